@@ -1,0 +1,28 @@
+# What every target of this tree is compiled with. Dependencies come in as system headers, so the warnings
+# below speak of our own code only.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# Debian 12's filesystem serves downloads of any size.
+add_compile_definitions(_FILE_OFFSET_BITS=64)
+
+find_program(VTDIRECT_CCACHE ccache)
+if(VTDIRECT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${VTDIRECT_CCACHE})
+endif()
+
+add_library(vtdirect_warnings INTERFACE)
+target_compile_options(vtdirect_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+                                                   -Woverloaded-virtual -Werror)
+
+if(VTDIRECT_SANITIZE)
+  add_compile_options(-fsanitize=${VTDIRECT_SANITIZE} -fno-omit-frame-pointer)
+  if(VTDIRECT_SANITIZE MATCHES "undefined")
+    add_compile_options(-fno-sanitize-recover=undefined)
+  endif()
+  add_link_options(-fsanitize=${VTDIRECT_SANITIZE})
+endif()

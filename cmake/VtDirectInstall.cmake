@@ -1,0 +1,1 @@
+# Install rules: headers, libraries, the CMake package, pkg-config files, catalogues.

@@ -1,0 +1,69 @@
+# The library and its platform, first as objects, so that tests can reach what the libraries hide and can put
+# a scripted transport in the place of the HTTP one.
+#
+#   vtdirect_objects             every layer of the library
+#   vtdirect_platform_transport  ConnectURI, DoRequestWithCommonAuth, their settings and credentials
+#   vtdirect_platform_rest       everything else that connection/platform/ asks for
+find_package(RapidJSON REQUIRED)
+find_package(EXPAT REQUIRED)
+
+add_library(vtdirect_rapidjson INTERFACE)
+target_include_directories(vtdirect_rapidjson SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS})
+
+add_library(vtdirect_headers INTERFACE)
+target_include_directories(vtdirect_headers INTERFACE ${PROJECT_SOURCE_DIR})
+
+add_library(vtdirect_objects OBJECT)
+target_link_libraries(vtdirect_objects PUBLIC vtdirect_headers vtdirect_rapidjson EXPAT::EXPAT
+                                       PRIVATE vtdirect_warnings)
+add_subdirectory(base)
+add_subdirectory(connection)
+add_subdirectory(documents)
+add_subdirectory(browsing)
+add_subdirectory(public)
+
+add_library(vtdirect)
+add_library(VtDirect::vtdirect ALIAS vtdirect)
+target_sources(vtdirect PRIVATE $<TARGET_OBJECTS:vtdirect_objects>)
+target_link_libraries(vtdirect PRIVATE $<BUILD_INTERFACE:vtdirect_rapidjson> EXPAT::EXPAT)
+set_target_properties(vtdirect PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+
+if(VTDIRECT_PLATFORM STREQUAL "default")
+  find_package(CURL REQUIRED)
+  add_library(vtdirect_platform_transport OBJECT)
+  target_link_libraries(vtdirect_platform_transport PUBLIC vtdirect_headers CURL::libcurl
+                                                    PRIVATE vtdirect_warnings)
+  add_library(vtdirect_platform_rest OBJECT)
+  target_link_libraries(vtdirect_platform_rest PUBLIC vtdirect_headers vtdirect_rapidjson
+                                               PRIVATE vtdirect_warnings)
+  add_subdirectory(platform)
+
+  add_library(platform)
+  add_library(VtDirect::platform ALIAS platform)
+  target_sources(platform PRIVATE $<TARGET_OBJECTS:vtdirect_platform_transport>
+                                  $<TARGET_OBJECTS:vtdirect_platform_rest>)
+  target_link_libraries(platform PRIVATE CURL::libcurl)
+  set_target_properties(platform PROPERTIES OUTPUT_NAME vtdirect_platform VERSION ${PROJECT_VERSION}
+                                            SOVERSION ${PROJECT_VERSION_MAJOR})
+  target_link_libraries(vtdirect PUBLIC platform)
+endif()
+
+# What a host in this tree sees is what it sees after an install: the installed headers and nothing else.
+set(VTDIRECT_STAGED_HEADERS ${PROJECT_BINARY_DIR}/include)
+set(VTDIRECT_PUBLIC_HEADERS public/vt_direct_manager.h public/vt_direct_utils.h)
+file(GLOB VTDIRECT_PLATFORM_HEADERS CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
+     ${PROJECT_SOURCE_DIR}/connection/platform/*.h)
+foreach(header IN LISTS VTDIRECT_PUBLIC_HEADERS)
+  get_filename_component(name ${header} NAME)
+  configure_file(${PROJECT_SOURCE_DIR}/${header} ${VTDIRECT_STAGED_HEADERS}/vtdirect/${name} COPYONLY)
+endforeach()
+foreach(header IN LISTS VTDIRECT_PLATFORM_HEADERS)
+  get_filename_component(name ${header} NAME)
+  configure_file(${PROJECT_SOURCE_DIR}/${header} ${VTDIRECT_STAGED_HEADERS}/vtdirect/platform/${name} COPYONLY)
+endforeach()
+target_include_directories(vtdirect PUBLIC $<BUILD_INTERFACE:${VTDIRECT_STAGED_HEADERS}>
+                                           $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+if(TARGET platform)
+  target_include_directories(platform PUBLIC $<BUILD_INTERFACE:${VTDIRECT_STAGED_HEADERS}>
+                                             $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endif()

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "export.h"
+
+/// Credentials of the default platform. A host sets them per origin, as a rule from inside its authentication
+/// callback. They are sent to that origin (scheme, host and port) only, never to where a redirect leads.
+///
+/// All functions may be called from any thread and make no request.
+namespace du::http {
+
+/// Sends user name and password, by Basic or Digest as the server asks, to the origin of `url`.
+/// Replaces whatever was set for that origin. A URL without a usable origin is ignored.
+VTDIRECT_API void SetPasswordCredentials(const std::string& url, const std::string& user,
+                                         const std::string& password);
+
+/// Sends a bearer token to the origin of `url`. Replaces whatever was set for that origin.
+VTDIRECT_API void SetBearerToken(const std::string& url, const std::string& token);
+
+/// Forgets what was set for the origin of `url`.
+VTDIRECT_API void ClearCredentials(const std::string& url);
+
+/// Forgets the credentials of all origins.
+VTDIRECT_API void ClearAllCredentials();
+
+}  // namespace du::http
