@@ -1,0 +1,46 @@
+#include "simulator/json.h"
+#include "simulator/odata_answers.h"
+#include "simulator/routes.h"
+
+namespace vantry_sim {
+namespace {
+
+/// The assembly of the translation add-on.
+constexpr std::string_view kInstalledAssembly = "kotia";
+
+Response AssemblyInstalled(const Request& request) {
+  JsonText json;
+  json.StartObject().Member("@odata.context", "$metadata#Edm.String");
+  // The answer is a text and no JSON boolean.
+  json.Member("value", request.Path("name") == kInstalledAssembly ? "true" : "false").EndObject();
+  return ODataResponse(json.Take());
+}
+
+void WriteFeature(JsonText& json, const char* name, const char* value) {
+  json.StartObject().Member("FeatureName", name);
+  json.Key("FeatureValues").StartArray().String(value).EndArray().EndObject();
+}
+
+Response VisualizationFeatures() {
+  JsonText json;
+  json.StartObject().Member("@odata.context", "$metadata#Collection(ZVK.Visualization.HVDFeature)");
+  json.Key("value").StartArray();
+  WriteFeature(json, "SeparatedsourceQ7zk", "true");
+  WriteFeature(json, "uploadvcsinfo", "true");
+  json.EndArray().EndObject();
+  return ODataResponse(json.Take());
+}
+
+}  // namespace
+
+void AddFeatureRoutes(Router& router, const ServiceContext& context) {
+  const Generation generation = context.options.generation;
+  if (HasOData(generation))
+    router.Add("GET", "servlet/odata/v1/ZVK/IsAssemblyInstalled(assemblyName='{name}')", AssemblyInstalled);
+  if (HasVisualization(generation)) {
+    router.Add("GET", "servlet/odata/v3/Visualization/GetHVDFeatures()",
+               [](const Request&) { return VisualizationFeatures(); });
+  }
+}
+
+}  // namespace vantry_sim

@@ -1,0 +1,424 @@
+#include "simulator/http_server.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <condition_variable>
+#include <cstdio>
+#include <map>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "simulator/connection_stream.h"
+#include "simulator/connection_threads.h"
+
+namespace vantry_sim {
+namespace {
+
+/// How long a silent connection is kept.
+constexpr int kKeepAliveSeconds = 300;
+/// The library counts requests down for its Keep-Alive header alone; the loop here serves without end.
+constexpr std::size_t kKeepAliveRequests = 1'000'000'000;
+/// How long a stop waits for answers that are under way.
+constexpr auto kGrace = std::chrono::seconds(3);
+/// The most of a body that is kept in memory.
+constexpr std::size_t kMostBodyInMemory = 1024 * 1024;
+constexpr std::size_t kBlock = 256 * 1024;
+
+/// A multipart body reaches the routes as it was sent: under this name the HTTP library doesn't know its type
+/// and leaves it alone.
+constexpr const char* kBodyType = "X-Vantry-Sim-Body-Type";
+
+class Descriptor {
+ public:
+  explicit Descriptor(const std::filesystem::path& path)
+      : number_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) close(number_);
+  }
+  [[nodiscard]] int number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+bool HasBody(const httplib::Request& request) {
+  return request.has_header("Transfer-Encoding") ||
+         (request.has_header("Content-Length") && request.get_header_value("Content-Length") != "0");
+}
+
+bool TakesBody(const std::string& method) {
+  return method == "POST" || method == "PUT" || method == "PATCH" || method == "DELETE";
+}
+
+/// Gives the bytes [offset, offset + length) of a body, whether it lies in memory or on disk.
+using BodyReader = std::function<bool(std::size_t offset, std::size_t length, httplib::DataSink& sink)>;
+
+BodyReader ReaderOf(const Response& response) {
+  if (!response.file) {
+    return [body = response.body](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
+      return sink.write(body.data() + offset, length);
+    };
+  }
+  auto file = std::make_shared<Descriptor>(response.file->path);
+  if (file->number() < 0) return {};
+  auto block = std::make_shared<std::vector<char>>(kBlock);
+  return [file, block](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
+    const std::size_t wanted = std::min(length, block->size());
+    const ssize_t count = pread(file->number(), block->data(), wanted, static_cast<off_t>(offset));
+    return count > 0 && sink.write(block->data(), static_cast<std::size_t>(count));
+  };
+}
+
+std::size_t BodySize(const Response& response) {
+  return response.file ? static_cast<std::size_t>(response.file->size) : response.body.size();
+}
+
+}  // namespace
+
+/// The HTTP library's server with a connection loop of our own: it keeps connections as long as clients want
+/// them, knows them all when it is to stop, and logs what really went over the wire.
+class HttpServer::Implementation final : public httplib::Server {
+ public:
+  Implementation(Simulator& simulator, RequestLog& log);
+  bool BindToOptions();
+  [[nodiscard]] int port() const { return port_; }
+  void Serve();
+  void StopServing();
+
+ private:
+  void WaitForStragglers();
+
+  /// One connection at work on one exchange.
+  struct Connection {
+    explicit Connection(int socket) : stream(socket) {}
+    ConnectionStream stream;
+    Exchange exchange;
+    bool close_after = false;
+  };
+
+  bool process_and_close_socket(socket_t socket) override;
+  void ServeOne(Connection& connection);
+  static void PrepareRequest(httplib::Request& request, Connection& connection, const Simulator& simulator);
+  void Answer(const httplib::Request& request, httplib::Response& response, std::string body);
+  void AnswerWithBody(const httplib::Request& request, httplib::Response& response,
+                      const httplib::ContentReader& reader);
+  void Fill(httplib::Response& out, const Response& answer, Connection& connection,
+            const std::optional<FaultAction>& fault);
+  static void FillError(const httplib::Request& request, httplib::Response& response);
+  Connection* Find(const httplib::Request& request);
+  bool Sleep(std::chrono::milliseconds duration);
+
+  Simulator& simulator_;
+  RequestLog& log_;
+  FaultTable faults_;
+  int port_ = 0;
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool stopping_ = false;
+  std::atomic<bool> serving_ = false;
+  std::map<std::pair<std::string, int>, Connection*> connections_;  ///< by the client's address and port
+};
+
+HttpServer::Implementation::Implementation(Simulator& simulator, RequestLog& log)
+    : simulator_(simulator), log_(log), faults_(simulator.options().faults) {
+  set_keep_alive_timeout(kKeepAliveSeconds);
+  set_keep_alive_max_count(kKeepAliveRequests);
+  new_task_queue = [] { return new ConnectionThreads; };
+  if (simulator.options().max_upload_bytes) set_payload_max_length(*simulator.options().max_upload_bytes);
+  set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
+    // Requests with a body go on to the handlers below, which read it first.
+    if (TakesBody(request.method)) return HandlerResponse::Unhandled;
+    Answer(request, response, {});
+    return HandlerResponse::Handled;
+  });
+  const auto with_body = [this](const httplib::Request& request, httplib::Response& response,
+                                const httplib::ContentReader& reader) {
+    AnswerWithBody(request, response, reader);
+  };
+  const char* any = "[\\s\\S]*";
+  Post(any, with_body);
+  Put(any, with_body);
+  Patch(any, with_body);
+  Delete(any, with_body);
+  set_error_handler(Handler(FillError));
+}
+
+bool HttpServer::Implementation::BindToOptions() {
+  const vantry_sim::Options& options = simulator_.options();
+  port_ = options.port == 0 ? bind_to_any_port(options.bind_address)
+                            : (bind_to_port(options.bind_address, options.port) ? options.port : -1);
+  if (port_ <= 0) return false;
+  simulator_.SetOwnAddress(options.bind_address + ":" + std::to_string(port_));
+  return true;
+}
+
+void HttpServer::Implementation::Serve() {
+  {
+    const std::lock_guard lock(mutex_);
+    if (stopping_) return;
+    serving_ = true;
+  }
+  std::thread stragglers([this] { WaitForStragglers(); });
+  listen_after_bind();
+  serving_ = false;
+  // Serving also ends when the listening socket fails.
+  StopServing();
+  stragglers.join();
+}
+
+void HttpServer::Implementation::StopServing() {
+  {
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(stopping_, true)) return;
+    // Whoever waits for a next request sees the end of the connection; answers go on.
+    for (auto& [address, connection] : connections_) connection->stream.ShutdownReading();
+    changed_.notify_all();
+  }
+  // The HTTP library forgets a stop that comes before it has begun to listen.
+  while (serving_ && !is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  stop();
+}
+
+void HttpServer::Implementation::WaitForStragglers() {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return stopping_; });
+  if (changed_.wait_for(lock, kGrace, [this] { return connections_.empty(); })) return;
+  for (auto& [address, connection] : connections_) {
+    connection->stream.Abort();
+    connection->stream.ShutdownBoth();
+  }
+}
+
+bool HttpServer::Implementation::process_and_close_socket(socket_t socket) {
+  Connection connection(socket);
+  std::pair<std::string, int> address;
+  connection.stream.get_remote_ip_and_port(address.first, address.second);
+  connection.exchange.remote_port = address.second;
+  {
+    const std::lock_guard lock(mutex_);
+    if (stopping_) return true;
+    connections_[address] = &connection;
+  }
+  while (!connection.close_after && !connection.stream.aborted() &&
+         connection.stream.WaitForRequest(kKeepAliveSeconds * 1000)) {
+    ServeOne(connection);
+  }
+  if (!connection.stream.aborted()) connection.stream.LingerBeforeClose();
+  const std::lock_guard lock(mutex_);
+  connections_.erase(address);
+  changed_.notify_all();
+  return true;
+}
+
+void HttpServer::Implementation::ServeOne(Connection& connection) {
+  Exchange& exchange = connection.exchange;
+  exchange.start = std::chrono::system_clock::now();
+  exchange.method.clear();
+  exchange.target.clear();
+  exchange.user.clear();
+  connection.stream.BeginExchange();
+
+  const auto begin = std::chrono::steady_clock::now();
+  bool closed_by_client = false;
+  const bool served =
+      process_request(connection.stream, false, closed_by_client,
+                      [&](httplib::Request& request) { PrepareRequest(request, connection, simulator_); });
+  const auto duration = std::chrono::steady_clock::now() - begin;
+  // A head that could not be read leaves the connection in the middle of nowhere.
+  const bool lost = exchange.method.empty();
+  if (!served || closed_by_client || lost) connection.close_after = true;
+  if (!connection.stream.read_any()) return;
+
+  exchange.duration = std::chrono::duration_cast<std::chrono::microseconds>(duration);
+  exchange.status = connection.stream.status();
+  exchange.body_bytes = connection.stream.body_bytes();
+  log_.Write(exchange);
+}
+
+/// Runs when the head of a request has been read and before anything is done with it.
+void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Connection& connection,
+                                                const Simulator& simulator) {
+  connection.stream.EndOfHead();
+  connection.exchange.method = request.method;
+  connection.exchange.target = request.target;
+  connection.exchange.user = simulator.UserOf(request.get_header_value("Authorization"));
+  if (!TakesBody(request.method)) {
+    // The HTTP library leaves such a body unread, and it would be taken for the next request.
+    if (HasBody(request)) connection.close_after = true;
+  } else {
+    const bool chunked = request.has_header("Transfer-Encoding");
+    if (chunked && request.has_header("Content-Length")) connection.close_after = true;
+    // Without either header the HTTP library would read until the client closes.
+    if (!chunked && !request.has_header("Content-Length")) request.set_header("Content-Length", "0");
+    if (request.is_multipart_form_data()) {
+      const std::string type = request.get_header_value("Content-Type");
+      request.headers.erase("Content-Type");
+      request.set_header(kBodyType, type);
+    }
+  }
+  if (connection.close_after) {
+    request.headers.erase("Connection");
+    request.set_header("Connection", "close");
+  }
+}
+
+void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request, httplib::Response& response,
+                                                const httplib::ContentReader& reader) {
+  const auto limit = simulator_.options().max_upload_bytes;
+  std::string body;
+  std::uint64_t size = 0;
+  const bool complete = reader([&](const char* data, std::size_t count) {
+    size += count;
+    if (limit && size > *limit) return false;
+    if (size <= kMostBodyInMemory) body.append(data, count);
+    return true;
+  });
+  const bool too_large = (limit && size > *limit) || response.status == 413;
+  if (!complete || too_large || size > kMostBodyInMemory) {
+    if (Connection* connection = Find(request); connection != nullptr && !complete)
+      connection->close_after = true;
+    const Response refusal =
+        complete || too_large ? ErrorResponse(413, "too-large", "the body is longer than this server takes")
+                              : ErrorResponse(400, "broken-body", "the body ended before its announced end");
+    response.status = refusal.status;
+    response.set_content(refusal.body, refusal.content_type);
+    return;
+  }
+  Answer(request, response, std::move(body));
+}
+
+void HttpServer::Implementation::Answer(const httplib::Request& request, httplib::Response& response,
+                                        std::string body) {
+  Connection* connection = Find(request);
+  if (connection == nullptr) {
+    response.status = 500;
+    return;
+  }
+  const auto fault = faults_.Take(request.method, request.target);
+  const std::chrono::milliseconds latency(simulator_.options().latency_milliseconds);
+  if (latency.count() > 0 && !Sleep(latency)) connection->close_after = true;
+
+  const bool stalls = fault && fault->kind == FaultAction::Kind::kStall && !fault->bytes;
+  if (stalls || (fault && fault->kind == FaultAction::Kind::kDrop)) {
+    if (stalls) connection->stream.WaitForClose();
+    connection->stream.Abort();
+    return;
+  }
+  if (fault && fault->kind == FaultAction::Kind::kStatus) {
+    Response refusal = ErrorResponse(fault->status, "fault", "this answer was asked for by --fault");
+    if (fault->status == 401) refusal.headers.emplace_back("WWW-Authenticate", "Basic realm=\"vantry-sim\"");
+    Fill(response, refusal, *connection, std::nullopt);
+    return;
+  }
+  if (!TakesBody(request.method) && HasBody(request)) {
+    Fill(response, ErrorResponse(400, "unexpected-body", "a request of this method carries no body"),
+         *connection, std::nullopt);
+    return;
+  }
+  Request own;
+  own.method = request.method == "HEAD" ? "GET" : request.method;
+  own.target = request.target;
+  own.host = request.get_header_value("Host");
+  own.user = connection->exchange.user;
+  own.body = std::move(body);
+  Fill(response, simulator_.Handle(own), *connection, fault);
+}
+
+/// @param fault a cut or a stall in the middle of the body, or nothing
+void HttpServer::Implementation::Fill(httplib::Response& out, const Response& answer, Connection& connection,
+                                      const std::optional<FaultAction>& fault) {
+  out.status = answer.status;
+  for (const auto& [name, value] : answer.headers) out.set_header(name, value);
+  if (!answer.file && !fault) {
+    out.set_content(answer.body, answer.content_type);
+    return;
+  }
+  BodyReader reader = ReaderOf(answer);
+  if (!reader) {
+    std::fprintf(stderr, "vantry-sim: cannot read %s\n", answer.file->path.c_str());
+    Fill(out, ErrorResponse(500, "internal", "the server has lost these bytes"), connection, std::nullopt);
+    return;
+  }
+  const std::size_t size = BodySize(answer);
+  if (!fault) {
+    // A provider of no bytes at all would make the HTTP library forget the length.
+    if (size == 0) {
+      out.set_content(std::string(), answer.content_type);
+    } else {
+      out.set_content_provider(size, answer.content_type, reader);
+    }
+    return;
+  }
+  const std::size_t limit = static_cast<std::size_t>(std::min<std::uint64_t>(*fault->bytes, size));
+  const bool stalls = fault->kind == FaultAction::Kind::kStall;
+  const auto broken = [reader, limit, stalls, &connection](std::size_t offset, std::size_t length,
+                                                           httplib::DataSink& sink) {
+    if (offset < limit) return reader(offset, std::min(length, limit - offset), sink);
+    if (stalls) connection.stream.WaitForClose();
+    connection.stream.Abort();
+    return false;
+  };
+  if (fault->kind == FaultAction::Kind::kChunkedCut) {
+    out.set_chunked_content_provider(answer.content_type,
+                                     [broken, limit](std::size_t offset, httplib::DataSink& sink) {
+                                       return broken(offset, offset < limit ? limit - offset : 0, sink);
+                                     });
+  } else {
+    out.set_content_provider(size, answer.content_type, broken);
+  }
+}
+
+/// Gives a reason to refusals that the HTTP library made itself, such as those of an unreadable head.
+void HttpServer::Implementation::FillError(const httplib::Request&, httplib::Response& response) {
+  if (!response.body.empty() || response.content_length_ > 0 || response.content_provider_) return;
+  const char* reason = "the request could not be read";
+  if (response.status == 404) reason = "this server has nothing at this path";
+  if (response.status == 413) reason = "the body is longer than this server takes";
+  if (response.status == 414) reason = "the request line is too long";
+  if (response.status == 416) reason = "no such range";
+  if (response.status >= 500) reason = "the server failed";
+  const Response refusal = ErrorResponse(response.status, "refused", reason);
+  response.set_content(refusal.body, refusal.content_type);
+}
+
+HttpServer::Implementation::Connection* HttpServer::Implementation::Find(const httplib::Request& request) {
+  const std::lock_guard lock(mutex_);
+  const auto found = connections_.find({request.remote_addr, request.remote_port});
+  return found == connections_.end() ? nullptr : found->second;
+}
+
+/// False when the server was stopped meanwhile.
+bool HttpServer::Implementation::Sleep(std::chrono::milliseconds duration) {
+  std::unique_lock lock(mutex_);
+  return !changed_.wait_for(lock, duration, [this] { return stopping_; });
+}
+
+HttpServer::HttpServer(Simulator& simulator, RequestLog& log)
+    : implementation_(std::make_unique<Implementation>(simulator, log)) {}
+
+HttpServer::~HttpServer() = default;
+
+bool HttpServer::Bind() {
+  return implementation_->BindToOptions();
+}
+
+int HttpServer::port() const {
+  return implementation_->port();
+}
+
+void HttpServer::Run() {
+  implementation_->Serve();
+}
+
+void HttpServer::Stop() {
+  implementation_->StopServing();
+}
+
+}  // namespace vantry_sim

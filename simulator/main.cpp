@@ -1,0 +1,70 @@
+#include <pthread.h>
+#include <signal.h>
+
+#include <cstdio>
+#include <exception>
+#include <thread>
+
+#include "simulator/http_server.h"
+#include "simulator/options.h"
+#include "simulator/request_log.h"
+#include "simulator/simulator.h"
+
+namespace {
+
+constexpr int kExitFailed = 1;
+
+sigset_t StopSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGINT);
+  return signals;
+}
+
+/// Serves until a stop signal arrives. The signals are blocked in every thread.
+int Serve(vantry_sim::Options options) {
+  vantry_sim::RequestLog log(options.log_file);
+  const std::string bind_address = options.bind_address;
+  vantry_sim::Simulator simulator(std::move(options));
+  vantry_sim::HttpServer server(simulator, log);
+  if (!server.Bind()) {
+    std::fprintf(stderr, "vantry-sim: cannot listen on %s port %d\n", bind_address.c_str(),
+                 simulator.options().port);
+    return kExitFailed;
+  }
+  // Scripts wait for this line, the only one on standard output.
+  std::printf("vantry-sim listening on http://%s:%d%s/\n", bind_address.c_str(), server.port(),
+              simulator.options().prefix.c_str());
+  std::fflush(stdout);
+
+  std::thread stopper([&server] {
+    const sigset_t signals = StopSignals();
+    int signal = 0;
+    sigwait(&signals, &signal);
+    server.Stop();
+  });
+  server.Run();
+  // When serving ended by itself nobody sent the signal.
+  pthread_kill(stopper.native_handle(), SIGTERM);
+  stopper.join();
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  vantry_sim::CommandLine line = vantry_sim::ParseCommandLine(argc, argv);
+  if (!line.options) {
+    std::fputs(line.text.c_str(), line.exit_code == 0 ? stdout : stderr);
+    return line.exit_code;
+  }
+  const sigset_t signals = StopSignals();
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  try {
+    return Serve(std::move(*line.options));
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "vantry-sim: %s\n", error.what());
+    return kExitFailed;
+  }
+}

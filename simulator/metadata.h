@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/generation.h"
+
+namespace vantry_sim {
+
+/// One row of the service list.
+struct ODataService {
+  std::string_view id;           ///< as in paths, e.g. "DataAdmin"
+  std::string_view name;         ///< for people
+  std::string_view description;  ///< for people
+  int schema_version;            ///< 0: the service has no schema of its own to fetch
+};
+
+/// The OData services of a generation; none for the gateway.
+std::vector<ODataService> ServicesOf(Generation generation);
+
+/// The $metadata document of a service, with the schema version that the generation has; nothing where the
+/// generation doesn't offer the service, or the service has no schema of its own.
+std::optional<std::string> MetadataDocument(Generation generation, std::string_view service);
+
+}  // namespace vantry_sim

@@ -1,0 +1,159 @@
+#include "simulator/options.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <charconv>
+#include <functional>
+#include <string_view>
+
+namespace vantry_sim {
+namespace {
+
+constexpr std::uint32_t kMostBulkDocuments = 5'000'000;
+
+struct Raw {
+  std::string seed = "demo";
+  std::string generation = "schema5";
+  std::string version = "12.0.2.0";
+  std::vector<std::string> users;
+  std::vector<std::string> faults;
+};
+
+template <typename Number>
+std::optional<Number> WholeNumber(std::string_view text) {
+  Number value{};
+  const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (text.empty() || code != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+bool ReadSeed(std::string_view text, Seed& seed) {
+  if (text == "demo") {
+    seed = {Seed::Kind::kDemo, 0};
+    return true;
+  }
+  if (text == "empty") {
+    seed = {Seed::Kind::kEmpty, 0};
+    return true;
+  }
+  if (!text.starts_with("bulk:")) return false;
+  const auto count = WholeNumber<std::uint32_t>(text.substr(5));
+  if (!count || *count == 0 || *count > kMostBulkDocuments) return false;
+  seed = {Seed::Kind::kBulk, *count};
+  return true;
+}
+
+bool ReadVersion(std::string_view text, VersionNumbers& version) {
+  unsigned* const parts[] = {&version.major, &version.minor, &version.service_pack, &version.cps};
+  for (std::size_t i = 0; i < 4; ++i) {
+    const auto dot = i < 3 ? text.find('.') : text.size();
+    if (dot == std::string_view::npos) return false;
+    const auto number = WholeNumber<unsigned>(text.substr(0, dot));
+    if (!number) return false;
+    *parts[i] = *number;
+    text.remove_prefix(i < 3 ? dot + 1 : dot);
+  }
+  return true;
+}
+
+bool ReadUser(std::string_view text, std::vector<UserCredentials>& users) {
+  // The name ends at the first colon, as HTTP Basic has it; a password may hold more of them.
+  const auto colon = text.find(':');
+  if (colon == std::string_view::npos || colon == 0) return false;
+  users.push_back({std::string(text.substr(0, colon)), std::string(text.substr(colon + 1))});
+  return true;
+}
+
+/// One leading "/" and none at the end; false for characters that a path segment cannot hold unescaped.
+bool NormalizePrefix(std::string& prefix) {
+  while (!prefix.empty() && prefix.back() == '/') prefix.pop_back();
+  if (prefix.empty()) return true;
+  if (prefix.front() != '/') prefix.insert(0, "/");
+  for (const char c : prefix) {
+    const bool letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    if (!letter && c != '/' && c != '-' && c != '_' && c != '.' && c != '~') return false;
+  }
+  return true;
+}
+
+/// The first thing wrong with the texts that CLI11 takes as they are; empty when all are read.
+std::string ReadTexts(const Raw& raw, Options& options) {
+  if (!ReadSeed(raw.seed, options.seed)) return "--seed must be demo, empty or bulk:N with N up to 5000000";
+  const auto generation = GenerationOf(raw.generation);
+  if (!generation) return "--generation must be gateway, schema1, schema4 or schema5";
+  options.generation = *generation;
+  if (!ReadVersion(raw.version, options.version)) return "--version must be four numbers, such as 12.0.2.0";
+  for (const std::string& user : raw.users) {
+    // The text is not repeated: it may hold a password.
+    if (!ReadUser(user, options.users)) return "--user must be NAME:PASSWORD";
+  }
+  for (const std::string& fault : raw.faults) {
+    std::string error;
+    auto rule = ParseFaultRule(fault, &error);
+    if (!rule) return "--fault: " + error;
+    options.faults.push_back(std::move(*rule));
+  }
+  if (!NormalizePrefix(options.prefix)) return "--prefix must be a path such as /vt";
+  while (!options.codebase_url.empty() && options.codebase_url.back() == '/') options.codebase_url.pop_back();
+  if (options.codebase_url.find_first_of("\r\n") != std::string::npos)
+    return "--codebase-url must be one line";
+  return {};
+}
+
+}  // namespace
+
+CommandLine ParseCommandLine(int argc, const char* const* argv) {
+  Options options;
+  Raw raw;
+  CLI::App app{"vantry-sim: a Vantry server to try clients on"};
+  app.set_help_flag("--help,-h", "Print this and exit");
+  app.add_option("--bind", options.bind_address, "Address to listen on")->capture_default_str();
+  app.add_option("--port", options.port, "Port; 0 picks a free one")
+      ->check(CLI::Range(0, 65535))
+      ->capture_default_str();
+  app.add_option("--data", options.data_directory,
+                 "Directory of the database and the contents; made if missing")
+      ->required();
+  app.add_option("--seed", raw.seed, "Fill a new data directory with demo, empty or bulk:N")
+      ->capture_default_str();
+  app.add_option("--generation", raw.generation, "gateway, schema1, schema4 or schema5")
+      ->capture_default_str();
+  app.add_option("--user", raw.users,
+                 "NAME:PASSWORD to let in; may come often; without it the server is open")
+      ->expected(1)
+      ->take_all();
+  app.add_option("--version", raw.version, "Server version to tell, as four numbers")->capture_default_str();
+  app.add_option("--codebase-url", options.codebase_url, "Address that the server calls its own");
+  app.add_option("--prefix", options.prefix, "Path in front of every route, such as /vt");
+  app.add_option("--latency", options.latency_milliseconds, "Milliseconds to wait before each answer");
+  app.add_option(
+         "--fault", raw.faults,
+         "\"METHOD PATTERN=STATUS|stall[:BYTES]|cut:BYTES|chunked-cut:BYTES|drop[*COUNT]\"; may come often")
+      ->expected(1)
+      ->take_all();
+  app.add_option("--max-upload", options.max_upload_bytes,
+                 "Most bytes of a request's body; beyond it comes 413");
+  app.add_option("--log", options.log_file, "File to append one line of JSON to for each request");
+  bool print_version = false;
+  app.add_flag("--version-info", print_version, "Print the program's own version and exit");
+
+  // Asking what the program is needs no data directory, which is otherwise required.
+  for (int i = 1; i < argc; ++i) {
+    if (std::string_view(argv[i]) == "--version-info")
+      return {std::nullopt, "vantry-sim " VANTRY_SIM_VERSION "\n", 0};
+  }
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    return {std::nullopt, app.help(), 0};
+  } catch (const CLI::ParseError& error) {
+    return {std::nullopt, std::string("vantry-sim: ") + error.what() + "\n", 2};
+  }
+  if (const std::string error = ReadTexts(raw, options); !error.empty()) {
+    return {std::nullopt, "vantry-sim: " + error + "\n", 2};
+  }
+  return {std::move(options), {}, 0};
+}
+
+}  // namespace vantry_sim

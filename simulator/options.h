@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "simulator/faults.h"
+#include "simulator/generation.h"
+
+namespace vantry_sim {
+
+/// A name and password that HTTP Basic lets in.
+struct UserCredentials {
+  std::string name;
+  std::string password;
+};
+
+/// The four numbers that the server calls its version.
+struct VersionNumbers {
+  unsigned major = 12;
+  unsigned minor = 0;
+  unsigned service_pack = 2;
+  unsigned cps = 0;
+};
+
+/// What a new data directory is filled with.
+struct Seed {
+  enum class Kind { kDemo, kEmpty, kBulk };
+  Kind kind = Kind::kDemo;
+  std::uint32_t bulk_documents = 0;
+};
+
+/// The command line, checked.
+struct Options {
+  std::string bind_address = "127.0.0.1";
+  int port = 8080;  ///< 0: any free one
+  std::string data_directory;
+  Seed seed;
+  Generation generation = Generation::kSchema5;
+  std::vector<UserCredentials> users;  ///< empty: the server is open
+  VersionNumbers version;
+  std::string codebase_url;  ///< without "/" at the end; empty: none
+  std::string prefix;        ///< "/vt", or empty
+  std::uint32_t latency_milliseconds = 0;
+  std::vector<FaultRule> faults;
+  std::optional<std::uint64_t> max_upload_bytes;  ///< nothing: no limit
+  std::string log_file;                           ///< empty: no log
+};
+
+/// What came of a command line: options to run with, or a text to print and an exit code.
+struct CommandLine {
+  std::optional<Options> options;
+  std::string text;  ///< help, program version or what is wrong; ends in a line feed
+  int exit_code = 0;
+};
+
+/// Reads the command line. Nothing is opened or created. `text` goes to standard output for an exit code of 0
+/// and to standard error for any other (2: bad usage).
+CommandLine ParseCommandLine(int argc, const char* const* argv);
+
+}  // namespace vantry_sim

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "simulator/router.h"
+#include "simulator/service_context.h"
+
+namespace vantry_sim {
+
+// Each adds one family of routes. The context outlives the router.
+
+/// The gateway servlet that tells who the server is.
+void AddIdentificationRoutes(Router& router, const ServiceContext& context);
+
+/// The list of OData services and their $metadata. None for a generation without OData.
+void AddMetadataRoutes(Router& router, const ServiceContext& context);
+
+/// The nonce against cross-site request forgery, by REST and, where the generation has it, by OData.
+void AddCsrfRoutes(Router& router, const ServiceContext& context);
+
+/// Lists of contexts.
+void AddContextRoutes(Router& router, const ServiceContext& context);
+
+/// Documents by id, their versions, the search by number.
+void AddDocumentRoutes(Router& router, const ServiceContext& context);
+
+/// The query of objects by type and property.
+void AddObjectRoutes(Router& router, const ServiceContext& context);
+
+/// The bytes of a stream.
+void AddContentRoutes(Router& router, const ServiceContext& context);
+
+/// What the server can do: installed assemblies and visualization features.
+void AddFeatureRoutes(Router& router, const ServiceContext& context);
+
+}  // namespace vantry_sim

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "simulator/content_store.h"
+#include "simulator/database.h"
+#include "simulator/options.h"
+#include "simulator/seed_writer.h"
+
+namespace vantry_sim {
+
+/// Fills the database, in one transaction, unless it was filled before. @throws std::exception
+void SeedOnce(Database& database, ContentStore& contents, const Seed& seed);
+
+/// Makes sure that everybody who can log in is a user of the database.
+void EnsureUsers(Database& database, const std::vector<UserCredentials>& users);
+
+/// The story of a bicycle maker; simulator/README.md lists its ids, which stay as they are.
+void SeedDemo(SeedWriter& writer);
+
+/// One product "Bulk" with the documents D1000001, D1000002, ... in its folder "Parts". They share one
+/// stream.
+void SeedBulk(SeedWriter& writer, std::uint32_t documents);
+
+}  // namespace vantry_sim

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "simulator/content_store.h"
+#include "simulator/database.h"
+#include "simulator/messages.h"
+#include "simulator/options.h"
+
+namespace vantry_sim {
+
+/// What the route handlers work with. Outlives the router. Handlers run one at a time.
+struct ServiceContext {
+  const Options& options;
+  Database& database;
+  ContentStore& contents;
+  std::string own_address;   ///< "127.0.0.1:8080", for requests without a usable Host header
+  std::string nonce_secret;  ///< random for each start
+};
+
+/// The absolute address under which the asker reaches this server, without "/" at the end: the codebase URL
+/// where one is set, else made of the request's Host header and the prefix. A Host header with anything but
+/// the characters of a host and a port is not repeated; the server's own address stands in for it.
+std::string BaseUrl(const ServiceContext& context, const Request& request);
+
+}  // namespace vantry_sim

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "simulator/content_store.h"
+#include "simulator/database.h"
+#include "simulator/messages.h"
+#include "simulator/options.h"
+#include "simulator/router.h"
+#include "simulator/service_context.h"
+
+namespace vantry_sim {
+
+/// The server without its HTTP: a data directory and the routes over it.
+class Simulator {
+ public:
+  /// Opens the data directory, or makes and seeds a new one. One that was seeded before keeps all that it
+  /// holds, whatever seed the options name. @throws std::exception when the directory cannot be used, for one
+  /// because another simulator has it
+  explicit Simulator(Options options);
+  Simulator(const Simulator&) = delete;
+  Simulator& operator=(const Simulator&) = delete;
+  ~Simulator();
+
+  [[nodiscard]] const Options& options() const { return options_; }
+
+  /// The address for requests whose Host header is of no use, e.g. "127.0.0.1:8080". Call before Handle.
+  void SetOwnAddress(std::string address) { context_->own_address = std::move(address); }
+
+  /// Who asks, by the value of the Authorization header; empty for a refusal.
+  [[nodiscard]] std::string UserOf(std::string_view authorization) const;
+
+  /// Answers a request whose `target`, `method`, `host`, `user` and `body` are set; the rest is filled here.
+  /// A request with an empty user gets the 401. Any thread; one request is handled at a time.
+  Response Handle(Request& request);
+
+ private:
+  Response Route(Request& request);
+
+  Options options_;
+  std::unique_ptr<class DataDirectory> data_;
+  std::unique_ptr<ServiceContext> context_;
+  Router router_;
+  std::mutex mutex_;
+};
+
+}  // namespace vantry_sim
