@@ -1,0 +1,74 @@
+#include "hosts/cli/address.h"
+
+#include <vtdirect/vt_direct_manager.h>
+
+#include <algorithm>
+
+namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] bool IsBarePath(const std::string& address) {
+  return address.starts_with("//") && address.find("://") == std::string::npos;
+}
+
+[[nodiscard]] std::string NicknameOf(const std::string& path) {
+  const std::size_t start = path.find("//") + 2;
+  return path.substr(start, std::min(path.find('/', start), path.size()) - start);
+}
+
+[[nodiscard]] std::string ServerOf(const std::string& uid) {
+  const std::size_t start = uid.find("://");
+  if (start == std::string::npos) return {};
+  return uid.substr(start + 3, std::min(uid.find('?'), uid.size()) - start - 3);
+}
+
+[[nodiscard]] Failure Unusable(const std::string& address, const std::string& why) {
+  return {ExitCode::Usage, "\"" + address + "\" " + why};
+}
+
+}  // namespace
+
+std::optional<Failure> ClassifyAddress(const std::string& address, AddressKind& kind) {
+  const std::string scheme = VtDirectManager::GetVFSLocationPrefix();
+  if (VtDirectManager::IsUID(address.c_str())) {
+    kind = AddressKind::Uid;
+    return std::nullopt;
+  }
+  if (address.starts_with(scheme + "://") || IsBarePath(address)) {
+    kind = AddressKind::Path;
+    if (!NicknameOf(address).empty()) return std::nullopt;
+    return Unusable(address, "names no server: a path is " + scheme + "://NICK/... or //NICK/...");
+  }
+  if (VtDirectManager::IsManaged(address.c_str()) && !VtDirectManager::IsVFSPath(address.c_str())) {
+    return Unusable(address, "is a UID without an id: a UID ends in ?id=ID");
+  }
+  if (address.starts_with("http://") || address.starts_with("https://")) {
+    return Unusable(address, "is a URL: list its server with --server NICK=URL and give //NICK/... or a UID");
+  }
+  return Unusable(address, "is neither a path (" + scheme + "://NICK/... or //NICK/...) nor a UID");
+}
+
+std::string ServerHint(const std::string& address, AddressKind kind) {
+  if (kind == AddressKind::Path) return NicknameOf(address) + "=URL";
+  return "NICK=https://" + ServerOf(address);
+}
+
+std::optional<Failure> RequireListedServer(const std::string& address, AddressKind kind) {
+  if (!VtDirectManager::GetServerURL(address.c_str()).empty()) return std::nullopt;
+  const std::string name = kind == AddressKind::Path
+                               ? "no server \"" + NicknameOf(address) + "\""
+                               : "the server of this UID, " + ServerOf(address) + ", is not listed";
+  return Failure{ExitCode::ServerNotListed, name + (kind == AddressKind::Path ? " is listed" : "") +
+                                                "; list it with --server " + ServerHint(address, kind) +
+                                                " or in the configuration file"};
+}
+
+std::string FileNameOf(const std::string& address) {
+  const std::string name = VtDirectManager::GetFileName(address.c_str());
+  // A path by id ("//plm/?id=D1001") holds an id where others hold a name. An escaped name has no "?" in it.
+  if (name.find('?') == std::string::npos) return name;
+  const std::string uid = VtDirectManager::GetUID(address.c_str());
+  return uid.empty() ? "" : VtDirectManager::GetFileName(uid.c_str());
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,116 @@
+#include "hosts/cli/command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iterator>
+#include <list>
+
+#include "hosts/cli/generated_texts.h"
+
+namespace vtdirect_cli {
+namespace {
+
+struct Binding {
+  std::string name;
+  CLI::Option* option = nullptr;
+  std::vector<std::string> values;
+};
+
+// The texts that the parser fills have to stay where they are.
+using Bindings = std::list<Binding>;
+
+[[nodiscard]] std::string Names(const OptionRow& row) {
+  const std::string longName = "--" + std::string(row.name);
+  return row.letter == 0 ? longName : std::string("-") + row.letter + "," + longName;
+}
+
+// The parser is told no help texts: those come from the table too, set by ourselves.
+void Bind(CLI::App& app, const OptionRow& row, Bindings& bindings) {
+  Binding& binding = bindings.emplace_back(Binding{row.name, nullptr, {}});
+  if (row.value == nullptr) {
+    binding.option = app.add_flag(Names(row));
+    return;
+  }
+  // One value for each time the option is given, or it would take the operands behind it as well.
+  binding.option = app.add_option(Names(row), binding.values)->allow_extra_args(false);
+  binding.option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void BindOperand(CLI::App& app, const OperandRow& row, Bindings& bindings) {
+  Binding& binding = bindings.emplace_back(Binding{row.name, nullptr, {}});
+  binding.option = app.add_option(row.name, binding.values)->allow_extra_args(false);
+  binding.option->required()->expected(1);
+}
+
+void Collect(const Bindings& bindings, Arguments& arguments) {
+  for (const Binding& binding : bindings) {
+    if (binding.option->count() > 0) arguments.Set(binding.name, binding.option->results());
+  }
+}
+
+void BindGlobals(CLI::App& app, Bindings& bindings) {
+  for (const OptionRow& row : GlobalOptions()) {
+    if (std::string("help") == row.name) {
+      app.set_help_flag(Names(row));
+    } else if (std::string("version") == row.name) {
+      app.set_version_flag(Names(row), VersionText());
+    } else {
+      Bind(app, row, bindings);
+    }
+  }
+}
+
+void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
+  CLI::App* const command = app.add_subcommand(row.name);
+  // A global option is understood behind the command too.
+  command->fallthrough();
+  for (const OperandRow& operand : row.operands) BindOperand(*command, operand, bindings);
+  for (const OptionRow& option : row.options) Bind(*command, option, bindings);
+}
+
+// The command that stands on the line, or null.
+[[nodiscard]] const CommandRow* Chosen(const CLI::App& app) {
+  for (const CommandRow& row : Commands()) {
+    if (app.got_subcommand(row.name)) return &row;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::string VersionText() {
+  return std::string("vtdirect ") + VTDIRECT_VERSION;
+}
+
+CommandLine ParseCommandLine(int argc, const char* const* argv) {
+  CommandLine line;
+  CLI::App app;
+  app.require_subcommand(0, 1);
+  Bindings globals;
+  BindGlobals(app, globals);
+  std::list<Bindings> ofCommands;
+  for (const CommandRow& row : Commands()) BindCommand(app, row, ofCommands.emplace_back());
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    line.text = HelpText(Chosen(app));
+    return line;
+  } catch (const CLI::CallForVersion&) {
+    line.text = VersionText() + "\n";
+    return line;
+  } catch (const CLI::ParseError& error) {
+    line.failure = Failure{ExitCode::Usage, std::string(error.what()) + "; see vtdirect --help"};
+    return line;
+  }
+  Collect(globals, line.arguments);
+  line.command = Chosen(app);
+  if (line.command == nullptr) {
+    line.failure = Failure{ExitCode::Usage, "no command is given; see vtdirect --help"};
+    return line;
+  }
+  Collect(*std::next(ofCommands.begin(), line.command - Commands().data()), line.arguments);
+  return line;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,37 @@
+#include "hosts/cli/exit_code.h"
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr ExitCodeRow kRows[] = {
+    {ExitCode::Ok, "ok", "The command did what it was asked."},
+    {ExitCode::Failure, "failure", "A failure of no other class."},
+    {ExitCode::Usage, "usage", "The command line or the configuration file is wrong. No request was made."},
+    {ExitCode::CannotConnect, "cannot-connect", "The server could not be reached, or gave no usable answer."},
+    {ExitCode::AuthenticationRefused, "authentication-refused",
+     "The server demands credentials, and there were none or it refused them."},
+    {ExitCode::ServerUnsupported, "server-unsupported", "The server is of a release that is not supported."},
+    {ExitCode::NotFound, "not-found", "The server answered and did not deliver the object."},
+    {ExitCode::DownloadFailed, "download-failed",
+     "The object is there, but its content did not arrive whole. What stood at the target is untouched."},
+    {ExitCode::LocalFile, "local-file", "A local file could not be read or written."},
+    {ExitCode::ServerNotListed, "server-not-listed",
+     "The address names a server that is not in the list of servers. No request was made."},
+    {ExitCode::Interrupted, "interrupted",
+     "Interrupted by SIGINT; SIGTERM gives 143 and SIGHUP 129. Nothing is left behind."},
+};
+
+}  // namespace
+
+std::span<const ExitCodeRow> ExitCodes() {
+  return kRows;
+}
+
+const char* NameOf(ExitCode code) {
+  for (const ExitCodeRow& row : kRows) {
+    if (row.code == code) return row.name;
+  }
+  return "failure";
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <span>
+#include <string>
+
+namespace vtdirect_cli {
+
+/// What the program tells its caller by its exit status. Scripts rely on the numbers: none ever changes.
+enum class ExitCode : int {
+  Ok = 0,
+  Failure = 1,
+  Usage = 2,
+  CannotConnect = 3,
+  AuthenticationRefused = 4,
+  ServerUnsupported = 5,
+  NotFound = 6,
+  DownloadFailed = 7,
+  LocalFile = 8,
+  ServerNotListed = 9,
+  Interrupted = 130,
+};
+
+struct ExitCodeRow {
+  ExitCode code;
+  const char* name;     ///< the class of failure as --json gives it
+  const char* meaning;  ///< for the help text and the manual page
+};
+
+/// Every exit code, by rising number. The help text, the manual page and --json read this table.
+[[nodiscard]] std::span<const ExitCodeRow> ExitCodes();
+
+/// The name of the class.
+[[nodiscard]] const char* NameOf(ExitCode code);
+
+/// A failure as it is reported: its class, and one sentence without a closing full stop or line feed.
+struct Failure {
+  ExitCode code = ExitCode::Failure;
+  std::string message;
+};
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "hosts/cli/command.h"
+
+namespace vtdirect_cli {
+
+/// The help text of a command, or of the whole program for null, set for eighty columns.
+[[nodiscard]] std::string HelpText(const CommandRow* command);
+
+/// The manual page, as the tables of commands, options and exit codes make it: vtdirect.1.
+[[nodiscard]] std::string ManualPage();
+
+/// The completion for bash, from the same tables: vtdirect.bash-completion.
+[[nodiscard]] std::string BashCompletion();
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,157 @@
+#include "hosts/cli/host.h"
+
+#include <vtdirect/platform/http_credentials.h>
+#include <vtdirect/platform/http_settings.h>
+#include <vtdirect/vt_direct_manager.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+
+#include "hosts/cli/local_text_file.h"
+
+namespace vtdirect_cli {
+namespace {
+
+// Enough for every source of credentials and three questions at the terminal, so that it is the host that
+// ends the tries and knows it.
+constexpr int kAuthenticationTries = 8;
+constexpr long kLongestSeconds = 24L * 60 * 60;
+
+// The library's authentication callback is a plain function without an argument of ours.
+Host* theHost = nullptr;
+
+bool AnswerDemand(const char* url) {
+  return theHost != nullptr && theHost->Authenticate(url == nullptr ? "" : url);
+}
+
+[[nodiscard]] std::string Environment(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+[[nodiscard]] std::optional<Failure> ReadSeconds(const Arguments& arguments, const std::string& option,
+                                                 long& seconds) {
+  if (!arguments.Has(option)) return std::nullopt;
+  const std::string text = arguments.Text(option);
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+  const bool whole = error == std::errc() && end == text.data() + text.size();
+  if (whole && seconds >= 1 && seconds <= kLongestSeconds) return std::nullopt;
+  return Failure{ExitCode::Usage,
+                 "--" + option + " takes a number of seconds from 1 to " + std::to_string(kLongestSeconds)};
+}
+
+[[nodiscard]] std::string NetrcFault(const std::string& path, int error) {
+  if (error != EPERM) return "cannot read " + path + ": " + std::strerror(error);
+  return path +
+         " is not used: it holds passwords, and others than its owner may read or write it "
+         "(chmod 600 mends that)";
+}
+
+}  // namespace
+
+Host::~Host() {
+  VtDirectManager::RegisterAuth(nullptr);
+  theHost = nullptr;
+}
+
+std::optional<Failure> Host::SetUp(const CommandRow& command, const Arguments& arguments) {
+  if (auto failure = LoadServers(arguments)) return failure;
+  if (auto failure = SetTransport(arguments)) return failure;
+  if (auto failure = SetCredentials(arguments)) return failure;
+  if (command.makesRequests) {
+    if (auto failure = MakeWorkDirectory()) return failure;
+  }
+  theHost = this;
+  VtDirectManager::RegisterAuth(AnswerDemand);
+  VtDirectManager::UpdateServerList(servers_);
+  return std::nullopt;
+}
+
+std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
+  const bool named = arguments.Has("config");
+  const std::string path =
+      named ? arguments.Text("config")
+            : DefaultConfigurationPath(Environment("XDG_CONFIG_HOME"), Environment("HOME"));
+  if (!path.empty() || named) {
+    if (auto failure = LoadConfiguration(path, named, servers_)) return failure;
+  }
+  for (const std::string& argument : arguments.All("server")) {
+    if (auto failure = AddServerArgument(argument, servers_)) return failure;
+  }
+  for (const auto& [nickname, url] : servers_) NameServer(url);
+  return std::nullopt;
+}
+
+std::optional<Failure> Host::SetTransport(const Arguments& arguments) {
+  du::http::TransportSettings settings = du::http::GetTransportSettings();
+  long connectSeconds = settings.connectTimeoutMilliseconds / 1000;
+  if (auto failure = ReadSeconds(arguments, "connect-timeout", connectSeconds)) return failure;
+  if (auto failure = ReadSeconds(arguments, "stall-timeout", settings.stallTimeoutSeconds)) return failure;
+  settings.connectTimeoutMilliseconds = connectSeconds * 1000;
+  settings.authenticationTries = kAuthenticationTries;
+  if (arguments.Has("ca-file")) {
+    settings.certificateAuthorityFile = arguments.Text("ca-file");
+    std::string ignored;
+    if (const int error = ReadLocalTextFile(settings.certificateAuthorityFile, ignored);
+        error != 0 && error != EFBIG) {
+      return Failure{ExitCode::LocalFile,
+                     "cannot read " + settings.certificateAuthorityFile + ": " + std::strerror(error)};
+    }
+  }
+  du::http::SetTransportSettings(settings);
+  return std::nullopt;
+}
+
+std::optional<Failure> Host::SetCredentials(const Arguments& arguments) {
+  sources_.token = Environment("VTDIRECT_TOKEN");
+  sources_.user = Environment("VTDIRECT_USER");
+  sources_.password = Environment("VTDIRECT_PASSWORD");
+  if (!arguments.Has("no-prompt")) sources_.prompt = PromptForPassword;
+
+  if (arguments.Has("netrc")) {
+    // The user counts on this file: not to use it is a failure, and not only a warning.
+    const std::string path = arguments.Text("netrc");
+    std::string text;
+    if (const int error = ReadLocalTextFile(path, text, true); error != 0) {
+      return Failure{ExitCode::LocalFile, NetrcFault(path, error)};
+    }
+    sources_.netrc = [text] { return ReadNetrc(text); };
+    return std::nullopt;
+  }
+  std::string path = Environment("NETRC");
+  if (path.empty() && !Environment("HOME").empty()) path = Environment("HOME") + "/.netrc";
+  if (!path.empty()) sources_.netrc = [this, path] { return LoadNetrc(path); };
+  return std::nullopt;
+}
+
+std::vector<NetrcEntry> Host::LoadNetrc(const std::string& path) {
+  std::string text;
+  const int error = ReadLocalTextFile(path, text, true);
+  if (error == 0) return ReadNetrc(text);
+  if (error != ENOENT) output_.Warning(NetrcFault(path, error));
+  return {};
+}
+
+std::optional<Failure> Host::MakeWorkDirectory() {
+  int error = 0;
+  workDirectory_ = WorkDirectory::Create(&error);
+  if (workDirectory_) return std::nullopt;
+  return Failure{ExitCode::LocalFile,
+                 std::string("cannot create a directory for temporary files: ") + std::strerror(error)};
+}
+
+std::string Host::authenticationRefusal() const {
+  return authenticator_ ? authenticator_->refusal() : "";
+}
+
+bool Host::Authenticate(const std::string& url) {
+  if (!authenticator_) {
+    const CredentialSinks sinks{du::http::SetPasswordCredentials, du::http::SetBearerToken};
+    authenticator_ = std::make_unique<Authenticator>(sources_, sinks, namedUrls_);
+  }
+  return authenticator_->Answer(url);
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "hosts/cli/authenticator.h"
+#include "hosts/cli/command.h"
+#include "hosts/cli/output.h"
+#include "hosts/cli/server_list.h"
+#include "hosts/cli/work_directory.h"
+
+namespace vtdirect_cli {
+
+/// What a command works with: where it speaks to, the servers, how a demand for authentication went.
+class Host {
+ public:
+  explicit Host(Output& output) : output_(output) {}
+  ~Host();
+  Host(const Host&) = delete;
+  Host& operator=(const Host&) = delete;
+
+  /// Reads the configuration, and sets the library up for one command.
+  [[nodiscard]] std::optional<Failure> SetUp(const CommandRow& command, const Arguments& arguments);
+
+  /// Lets the server at this URL have the user's credentials too: the user has named it by other means than
+  /// the list of servers. To be called before the first request.
+  void NameServer(const std::string& url) { namedUrls_.push_back(url); }
+
+  [[nodiscard]] Output& output() { return output_; }
+  [[nodiscard]] const ServerMap& servers() const { return servers_; }
+  /// The directory for temporary files; only for a command that makes requests.
+  [[nodiscard]] const std::string& workDirectory() const { return workDirectory_->path(); }
+
+  /// Whether a demand for authentication went without an answer, and what to tell the user.
+  [[nodiscard]] bool authenticationRefused() const { return authenticator_ && authenticator_->refused(); }
+  [[nodiscard]] std::string authenticationRefusal() const;
+
+  /// Answers a demand for authentication; called by the library's callback.
+  [[nodiscard]] bool Authenticate(const std::string& url);
+
+ private:
+  [[nodiscard]] std::optional<Failure> LoadServers(const Arguments& arguments);
+  [[nodiscard]] std::optional<Failure> SetTransport(const Arguments& arguments);
+  [[nodiscard]] std::optional<Failure> SetCredentials(const Arguments& arguments);
+  [[nodiscard]] std::optional<Failure> MakeWorkDirectory();
+  [[nodiscard]] std::vector<NetrcEntry> LoadNetrc(const std::string& path);
+
+  Output& output_;
+  ServerMap servers_;
+  std::vector<std::string> namedUrls_;
+  CredentialSources sources_;
+  std::unique_ptr<Authenticator> authenticator_;
+  std::unique_ptr<WorkDirectory> workDirectory_;
+};
+
+}  // namespace vtdirect_cli

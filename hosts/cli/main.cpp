@@ -1,0 +1,5 @@
+#include "hosts/cli/program.h"
+
+int main(int argc, char** argv) {
+  return vtdirect_cli::RunProgram(argc, argv);
+}

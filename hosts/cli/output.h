@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "hosts/cli/exit_code.h"
+
+namespace vtdirect_cli {
+
+using Value = std::variant<std::string, bool, std::uint64_t>;
+
+/// One result: keys with their values, in the order in which they are shown.
+using Record = std::vector<std::pair<std::string, Value>>;
+
+/// One line of JSON without a line feed: "schema" and "command", then the record. ASCII only: every other
+/// character is escaped, so no terminal is harmed.
+[[nodiscard]] std::string JsonLine(const std::string& command, const Record& record);
+
+/// The text of a value: a text as it can be shown on a terminal, "yes" or "no", a decimal number.
+[[nodiscard]] std::string TextOf(const Value& value);
+
+/// What the program says. Results go to standard output and nothing else does; all the rest goes to standard
+/// error.
+class Output {
+ public:
+  Output(std::ostream& out, std::ostream& err) : out_(out), err_(err) {}
+
+  /// @param json   results and failures as one JSON object a line
+  /// @param quiet  no notes
+  void Configure(std::string command, bool json, bool quiet);
+
+  [[nodiscard]] bool json() const { return json_; }
+  [[nodiscard]] bool quiet() const { return quiet_; }
+
+  /// A result as "key: value" lines, or as JSON.
+  void Lines(const Record& record);
+  /// A result as its values alone, parted by tabs on one line, or as JSON.
+  void Row(const Record& record);
+  /// A result that text mode does not show: JSON only.
+  void JsonOnly(const Record& record);
+  /// Something good to know. Standard error; neither with --quiet nor with --json.
+  void Note(const std::string& text);
+  /// Something that went wrong and didn't stop the command. Standard error.
+  void Warning(const std::string& text);
+  /// Reports why the command failed on standard error, and gives the failure's code.
+  ExitCode Fail(const Failure& failure);
+  /// Flushes the results. False when they could not be written.
+  [[nodiscard]] bool Finish();
+
+ private:
+  std::ostream& out_;
+  std::ostream& err_;
+  std::string command_;
+  bool json_ = false;
+  bool quiet_ = false;
+};
+
+}  // namespace vtdirect_cli

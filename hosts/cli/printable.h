@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vtdirect_cli {
+
+/// A text that came from a server, fit for a terminal.
+///
+/// Control bytes, the control characters U+0080 to U+009F, the characters that turn the direction of writing,
+/// the line and paragraph separators, and bytes that are no UTF-8 become "\xHH", one for each byte. All else
+/// stays, so an ordinary name with umlauts reads as it is.
+[[nodiscard]] std::string Printable(std::string_view text);
+
+/// The text with every byte that is no UTF-8 replaced by U+FFFD, so that it can stand in JSON.
+[[nodiscard]] std::string ValidUtf8(std::string_view text);
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,84 @@
+#include "hosts/cli/program.h"
+
+#include <signal.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+
+#include "hosts/cli/command_line.h"
+#include "hosts/cli/generated_texts.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/interruption.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+// A closed pipe and a file that may not grow are failures to be reported, after which temporary files go, and
+// no reason to drop dead.
+void TurnSignalsIntoErrors() {
+  signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
+}
+
+[[nodiscard]] std::string TraceLevels(const Arguments& arguments) {
+  if (arguments.Has("trace")) return arguments.Text("trace");
+  const char* const levels = std::getenv("FENLOOM_TRACE");
+  return levels == nullptr ? "" : levels;
+}
+
+[[nodiscard]] ExitCode RunCommand(const CommandRow& command, const Arguments& arguments, Output& output) {
+  if (arguments.Has("trace")) {
+    const std::string fault = TraceLevelsFault(arguments.Text("trace"));
+    if (!fault.empty()) return output.Fail({ExitCode::Usage, fault});
+  }
+  StartTraceLog(TraceLevels(arguments), std::cerr);
+  Host host(output);
+  if (const auto failure = host.SetUp(command, arguments)) return output.Fail(*failure);
+  return command.run(host, arguments);
+}
+
+[[nodiscard]] int Finish(Output& output, ExitCode code) {
+  errno = 0;
+  if (!output.Finish() && code == ExitCode::Ok) {
+    const std::string reason = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
+    code = output.Fail({ExitCode::LocalFile, "cannot write standard output" + reason});
+  }
+  const int interruption = InterruptionStatus();
+  return interruption != 0 ? interruption : static_cast<int>(code);
+}
+
+// For whoever builds or packages the program: what is installed beside it comes from its own tables.
+[[nodiscard]] bool Generate(int argc, const char* const* argv) {
+  if (argc != 3 || std::strcmp(argv[1], "--generate") != 0) return false;
+  if (std::strcmp(argv[2], "manual") == 0) {
+    std::cout << ManualPage();
+  } else if (std::strcmp(argv[2], "completion") == 0) {
+    std::cout << BashCompletion();
+  } else {
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+int RunProgram(int argc, const char* const* argv) {
+  TurnSignalsIntoErrors();
+  WatchForInterruption();
+  Output output(std::cout, std::cerr);
+  if (Generate(argc, argv)) return Finish(output, ExitCode::Ok);
+
+  const CommandLine line = ParseCommandLine(argc, argv);
+  if (line.failure) return static_cast<int>(output.Fail(*line.failure));
+  if (line.command == nullptr) {
+    std::cout << line.text;
+    return Finish(output, ExitCode::Ok);
+  }
+  output.Configure(line.command->name, line.arguments.Has("json"), line.arguments.Has("quiet"));
+  return Finish(output, RunCommand(*line.command, line.arguments, output));
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <iosfwd>
+#include <memory>
+#include <string>
+
+#include "hosts/cli/interruption.h"
+
+namespace vtdirect_cli {
+
+/// The text of a progress line, for example "fork.lxz  12.0 MiB of 64.0 MiB  18%".
+/// @param total  0 when it is not known
+[[nodiscard]] std::string ProgressText(const std::string& name, std::size_t done, std::size_t total);
+
+/// A line on a terminal that is rewritten as a transfer goes, at most ten times a second, and is gone at the
+/// end.
+class ProgressLine {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  /// @param terminal  where to write; null shows nothing
+  /// @param width     columns of the terminal; longer lines are cut
+  ProgressLine(std::ostream* terminal, std::string name, std::size_t width);
+  ~ProgressLine();
+  ProgressLine(const ProgressLine&) = delete;
+  ProgressLine& operator=(const ProgressLine&) = delete;
+
+  void Show(std::size_t done, std::size_t total, Clock::time_point now);
+  /// Takes the line away.
+  void Clear();
+
+ private:
+  std::ostream* terminal_;
+  std::string name_;
+  std::size_t width_;
+  std::atomic<bool> shown_{false};
+  Clock::time_point next_{};
+  std::unique_ptr<CleanUp> wipe_;
+};
+
+/// The width of the terminal on standard error; 0 when it is none.
+[[nodiscard]] std::size_t TerminalWidth();
+
+}  // namespace vtdirect_cli

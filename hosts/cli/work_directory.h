@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "hosts/cli/interruption.h"
+
+namespace vtdirect_cli {
+
+/// A private directory for everything temporary, the library's files included: TMPDIR points at it while it
+/// lives. However the process ends, one removal takes all of it away.
+class WorkDirectory {
+ public:
+  /// Creates it below TMPDIR, or /tmp. Null, with the error number, on failure.
+  [[nodiscard]] static std::unique_ptr<WorkDirectory> Create(int* error);
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+ private:
+  explicit WorkDirectory(const std::string& path);
+  std::string path_;
+  CleanUp removal_;
+};
+
+}  // namespace vtdirect_cli
