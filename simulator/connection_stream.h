@@ -33,6 +33,8 @@ class ConnectionStream final : public httplib::Stream {
   [[nodiscard]] int status() const { return status_; }
   /// Bytes sent behind the header block in this exchange.
   [[nodiscard]] std::uint64_t body_bytes() const { return body_bytes_; }
+  /// Whether the client sent more of a head than is read.
+  [[nodiscard]] bool head_too_long() const { return head_bytes_ > kMostHeadBytes; }
   /// Whether any byte of the exchange's request was read.
   [[nodiscard]] bool read_any() const { return read_any_; }
 
@@ -58,6 +60,10 @@ class ConnectionStream final : public httplib::Stream {
   socket_t socket() const override { return socket_; }
 
  private:
+  /// Room for a request line and a header block; a client that sends more without an end is not heard any
+  /// longer.
+  static constexpr std::size_t kMostHeadBytes = 256 * 1024;
+
   bool Fill();
   bool WaitFor(short events, int milliseconds) const;
   void Account(const char* data, std::size_t size);

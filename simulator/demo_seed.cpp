@@ -7,7 +7,6 @@ namespace vantry_sim {
 namespace {
 
 constexpr std::string_view kOrganization = "Kettenblitz";
-constexpr std::uint64_t kScanBytes = 64ULL * 1024 * 1024;
 
 /// Row ids of what the documents hang on.
 struct Places {
@@ -141,7 +140,7 @@ void AddOddNames(SeedWriter& writer, const Places& p) {
              p.drivetrain, {{1008, "A", 1}});
 }
 
-void AddOddContents(SeedWriter& writer, const Places& p) {
+void AddOddContents(SeedWriter& writer, const Places& p, std::uint64_t large_bytes) {
   const auto single = [&](std::int64_t number, const SeedMaster& master) {
     return writer.AddIteration(
         writer.AddMaster(number + 1000, master),
@@ -153,7 +152,7 @@ void AddOddContents(SeedWriter& writer, const Places& p) {
                                   .category = "OTHER",
                                   .sub_category = "OTHER"});
   writer.AddContent(
-      {.iteration = scan, .category = "GENERAL", .stream = writer.AddGeneratedStream(10090, kScanBytes)});
+      {.iteration = scan, .category = "GENERAL", .stream = writer.AddGeneratedStream(10090, large_bytes)});
 
   const auto empty =
       single(1010, {.name = "Empty note", .number = "0000100010", .cad_name = "empty note.lxz"});
@@ -276,11 +275,11 @@ void AddManual(SeedWriter& writer, const Places& p) {
 
 }  // namespace
 
-void SeedDemo(SeedWriter& writer) {
+void SeedDemo(SeedWriter& writer, std::uint64_t large_bytes) {
   const Places places = AddPlaces(writer);
   AddFrameDocuments(writer, places);
   AddOddNames(writer, places);
-  AddOddContents(writer, places);
+  AddOddContents(writer, places, large_bytes);
   AddDrivetrain(writer, places);
   AddWork(writer, places);
   AddElsewhere(writer, places);

@@ -75,6 +75,15 @@ BodyReader ReaderOf(const Response& response) {
   };
 }
 
+/// The HTTP library gives up on such a head without a word.
+void SendHeadTooLong(ConnectionStream& stream) {
+  const Response refusal = ErrorResponse(431, "head-too-long", "the head of the request has no end in sight");
+  const std::string head =
+      "HTTP/1.1 431 Request Header Fields Too Large\r\nConnection: close\r\nContent-Type: " +
+      refusal.content_type + "\r\nContent-Length: " + std::to_string(refusal.body.size()) + "\r\n\r\n";
+  if (stream.write(head.data(), head.size()) > 0) stream.write(refusal.body.data(), refusal.body.size());
+}
+
 std::size_t BodySize(const Response& response) {
   return response.file ? static_cast<std::size_t>(response.file->size) : response.body.size();
 }
@@ -231,10 +240,10 @@ void HttpServer::Implementation::ServeOne(Connection& connection) {
       process_request(connection.stream, false, closed_by_client,
                       [&](httplib::Request& request) { PrepareRequest(request, connection, simulator_); });
   const auto duration = std::chrono::steady_clock::now() - begin;
-  // A head that could not be read leaves the connection in the middle of nowhere.
   const bool lost = exchange.method.empty();
   if (!served || closed_by_client || lost) connection.close_after = true;
   if (!connection.stream.read_any()) return;
+  if (connection.stream.head_too_long()) SendHeadTooLong(connection.stream);
 
   exchange.duration = std::chrono::duration_cast<std::chrono::microseconds>(duration);
   exchange.status = connection.stream.status();
@@ -282,8 +291,12 @@ void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request,
   });
   const bool too_large = (limit && size > *limit) || response.status == 413;
   if (!complete || too_large || size > kMostBodyInMemory) {
-    if (Connection* connection = Find(request); connection != nullptr && !complete)
+    // The HTTP library reads away a body whose announced length is too much; any other one stops halfway.
+    const bool read_to_its_end = complete || (response.status == 413 && size == 0);
+    if (Connection* connection = Find(request); connection != nullptr && !read_to_its_end) {
       connection->close_after = true;
+      response.set_header("Connection", "close");
+    }
     const Response refusal =
         complete || too_large ? ErrorResponse(413, "too-large", "the body is longer than this server takes")
                               : ErrorResponse(400, "broken-body", "the body ended before its announced end");
@@ -376,7 +389,9 @@ void HttpServer::Implementation::Fill(httplib::Response& out, const Response& an
 }
 
 /// Gives a reason to refusals that the HTTP library made itself, such as those of an unreadable head.
-void HttpServer::Implementation::FillError(const httplib::Request&, httplib::Response& response) {
+void HttpServer::Implementation::FillError(const httplib::Request& request, httplib::Response& response) {
+  // A head that could not be read leaves the connection in the middle of nowhere.
+  if (request.remote_port < 0) response.set_header("Connection", "close");
   if (!response.body.empty() || response.content_length_ > 0 || response.content_provider_) return;
   const char* reason = "the request could not be read";
   if (response.status == 404) reason = "this server has nothing at this path";

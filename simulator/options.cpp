@@ -30,17 +30,18 @@ std::optional<Number> WholeNumber(std::string_view text) {
 
 bool ReadSeed(std::string_view text, Seed& seed) {
   if (text == "demo") {
-    seed = {Seed::Kind::kDemo, 0};
+    seed.kind = Seed::Kind::kDemo;
     return true;
   }
   if (text == "empty") {
-    seed = {Seed::Kind::kEmpty, 0};
+    seed.kind = Seed::Kind::kEmpty;
     return true;
   }
   if (!text.starts_with("bulk:")) return false;
   const auto count = WholeNumber<std::uint32_t>(text.substr(5));
   if (!count || *count == 0 || *count > kMostBulkDocuments) return false;
-  seed = {Seed::Kind::kBulk, *count};
+  seed.kind = Seed::Kind::kBulk;
+  seed.bulk_documents = *count;
   return true;
 }
 
@@ -116,6 +117,8 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
                  "Directory of the database and the contents; made if missing")
       ->required();
   app.add_option("--seed", raw.seed, "Fill a new data directory with demo, empty or bulk:N")
+      ->capture_default_str();
+  app.add_option("--large", options.seed.large_bytes, "Bytes of the demo's large content, D1009")
       ->capture_default_str();
   app.add_option("--generation", raw.generation, "gateway, schema1, schema4 or schema5")
       ->capture_default_str();

@@ -29,6 +29,7 @@ struct Seed {
   enum class Kind { kDemo, kEmpty, kBulk };
   Kind kind = Kind::kDemo;
   std::uint32_t bulk_documents = 0;
+  std::uint64_t large_bytes = 64ULL * 1024 * 1024;  ///< size of the demo's one large content
 };
 
 /// The command line, checked.

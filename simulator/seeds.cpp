@@ -28,7 +28,7 @@ void SeedOnce(Database& database, ContentStore& contents, const Seed& seed) {
   if (IsSeeded(database)) return;
   Transaction transaction(database);
   SeedWriter writer(database, contents);
-  if (seed.kind == Seed::Kind::kDemo) SeedDemo(writer);
+  if (seed.kind == Seed::Kind::kDemo) SeedDemo(writer, seed.large_bytes);
   if (seed.kind == Seed::Kind::kBulk) SeedBulk(writer, seed.bulk_documents);
   database.Prepare("INSERT OR IGNORE INTO users(name, full_name) VALUES(?1, ?1)").Bind(kOpenServerUser).Run();
   database.Prepare("INSERT INTO facts(key, value) VALUES('seed', ?1)").Bind(WordOf(seed.kind)).Run();

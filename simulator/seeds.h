@@ -17,7 +17,8 @@ void SeedOnce(Database& database, ContentStore& contents, const Seed& seed);
 void EnsureUsers(Database& database, const std::vector<UserCredentials>& users);
 
 /// The story of a bicycle maker; simulator/README.md lists its ids, which stay as they are.
-void SeedDemo(SeedWriter& writer);
+/// @param large_bytes size of the one large content
+void SeedDemo(SeedWriter& writer, std::uint64_t large_bytes);
 
 /// One product "Bulk" with the documents D1000001, D1000002, ... in its folder "Parts". They share one
 /// stream.
