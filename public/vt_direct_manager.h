@@ -14,42 +14,42 @@
 /// A Vantry server as a virtual file system.
 ///
 /// An address is one text in either of two families. A VFS path names an object by where it stands
-/// ("korvufenloom-vfs://plm/Products/Bike/Folders/Frames/fork.lxz", or "//plm/Products/..."); a UID names it by
-/// the server's identity of it ("korvufenloom-vt://plm.example/vt/?id=D1001&file=/fork.lxz").
+/// ("korvufenloom-vfs://plm/Products/Bike/Folders/Frames/fork.lxz", or "//plm/Products/..."); a UID names it
+/// by the server's identity of it ("korvufenloom-vt://plm.example/vt/?id=D1001&file=/fork.lxz").
 ///
 /// Threads: every call runs on the caller's thread and blocks on the network where it says that it makes
-/// requests. The library starts no thread and takes no lock: SetAppConfig, RegisterAuth, RegisterTaskRunner and
-/// UpdateServerList must not run while another thread is inside the library.
+/// requests. The library starts no thread and takes no lock: SetAppConfig, RegisterAuth, RegisterTaskRunner
+/// and UpdateServerList must not run while another thread is inside the library.
 ///
-/// Failures come back as false, the empty text or a status; nothing is thrown for them. Details go to the trace
-/// (vtdirect/platform/trace.h). Text arguments are copied; no argument is kept beyond the call unless a comment
-/// says so. A null address is answered like one that names nothing, without a trace.
+/// Failures come back as false, the empty text or a status; nothing is thrown for them. Details go to the
+/// trace (vtdirect/platform/trace.h). Text arguments are copied; no argument is kept beyond the call unless a
+/// comment says so. A null address is answered like one that names nothing, without a trace.
 namespace VtDirectManager {
 
 /// What a status callback is told.
 enum StatusCode : std::int32_t {
-  StatusOk = 0,                       ///< finished; the text is the UID of the result
-  StatusConnectFailed = 1,            ///< no server could be reached for the address
-  StatusServerRefused = 2,            ///< the server wants other credentials (ServerSupported only)
-  StatusServerUnsupported = 3,        ///< the server is of a release that is not supported (ServerSupported only)
-  StatusFileNotFound = 4,             ///< the server answered; the object is not there
-  StatusCreateFailed = 7,             ///< creating a new document failed
-  StatusUpdateFailed = 8,             ///< a new iteration of a document that was not checked out failed
-  StatusCheckedOutUpdateFailed = 9,   ///< storing into, or checking in, a checked-out document failed
-  StatusDownloadFailed = 10,          ///< a download failed
-  StatusFileTooLarge = 11,            ///< an upload is above the server's size limit
+  StatusOk = 0,                 ///< finished; the text is the UID of the result
+  StatusConnectFailed = 1,      ///< no server could be reached for the address
+  StatusServerRefused = 2,      ///< the server wants other credentials (ServerSupported only)
+  StatusServerUnsupported = 3,  ///< the server is of a release that is not supported (ServerSupported only)
+  StatusFileNotFound = 4,       ///< the server answered; the object is not there
+  StatusCreateFailed = 7,       ///< creating a new document failed
+  StatusUpdateFailed = 8,       ///< a new iteration of a document that was not checked out failed
+  StatusCheckedOutUpdateFailed = 9,  ///< storing into, or checking in, a checked-out document failed
+  StatusDownloadFailed = 10,         ///< a download failed
+  StatusFileTooLarge = 11,           ///< an upload is above the server's size limit
 };
 
 /// Where a checkout stands. The low byte holds flags of state; values from 0x8000 up are failures.
 enum VtCheckoutStatus : std::int32_t {
-  CheckoutNone = 0,                 ///< not checked out, and a checkout is possible
-  CheckoutByUserUnrecorded = 1,     ///< checked out by the connected user, but the UID is not that of the copy
-  CheckoutByOther = 2,              ///< checked out by somebody else
-  CheckoutInTempWorkspace = 0x11,   ///< the UID is that of a checkout in a temporary workspace
-  CheckoutInWorkspace = 0x21,       ///< the UID is that of a working copy in a workspace of the user's own
-  CheckoutStatusFailed = 0x8000,    ///< the state could not be found out
-  CheckoutUnsupported = 0x9000,     ///< the server offers no checkout
-  CheckoutNotPossible = 0xA000,     ///< not checked out, and the document cannot be checked out
+  CheckoutNone = 0,                ///< not checked out, and a checkout is possible
+  CheckoutByUserUnrecorded = 1,    ///< checked out by the connected user, but the UID is not that of the copy
+  CheckoutByOther = 2,             ///< checked out by somebody else
+  CheckoutInTempWorkspace = 0x11,  ///< the UID is that of a checkout in a temporary workspace
+  CheckoutInWorkspace = 0x21,      ///< the UID is that of a working copy in a workspace of the user's own
+  CheckoutStatusFailed = 0x8000,   ///< the state could not be found out
+  CheckoutUnsupported = 0x9000,    ///< the server offers no checkout
+  CheckoutNotPossible = 0xA000,    ///< not checked out, and the document cannot be checked out
 };
 
 /// Keys of the map of ReadDetails.
@@ -88,7 +88,7 @@ struct DirEntryDetails {
 
 /// One entry of an extended listing. Valid during the callback only.
 struct DirEntryExt {
-  const char* name;                ///< as it stands in a VFS path, escaped
+  const char* name;  ///< as it stands in a VFS path, escaped
   bool isFolder;
   const DirEntryDetails* details;  ///< null unless asked for
   const char** versions;           ///< null-terminated, null unless asked for
@@ -97,10 +97,10 @@ struct DirEntryExt {
 
 /// What UploadFenletAsync takes beside the content. Read only for the length of the call.
 struct UploadFenletParams {
-  const char* viewablePath;  ///< local viewable file
-  const char* vcsPath;       ///< local metadata file, may be null
+  const char* viewablePath;                               ///< local viewable file
+  const char* vcsPath;                                    ///< local metadata file, may be null
   const std::map<std::string, std::string>* sourceLinks;  ///< null means none
-  const char* language;      ///< value of the language attribute, may be null
+  const char* language;                                   ///< value of the language attribute, may be null
 };
 
 /// Keeps a server written off once it has failed, for as long as a host works through a batch. Opaque.
@@ -111,12 +111,14 @@ using StatusCallback = std::function<void(StatusCode, const char*)>;
 /// Told how a transfer goes: bytes so far, bytes in all (0 when unknown). False cancels the transfer.
 using ProgressCallback = std::function<bool(std::size_t, std::size_t)>;
 
-// ---- Settings, servers, sessions. None of these makes a request. -------------------------------------------
+// ---- Settings, servers, sessions. None of these makes a request.
+// -------------------------------------------
 
-/// Writes a process-wide setting. ConfigUriStem is to be set before the servers are. A key above 8 is ignored.
+/// Writes a process-wide setting. ConfigUriStem is to be set before the servers are. A key above 8 is
+/// ignored.
 ///
-/// Flags differ on purpose: ConfigLegacyVfsPaths is on for every non-empty value, even "false"; the two Browse
-/// flags are off for null, "" and exactly "false", and on for anything else.
+/// Flags differ on purpose: ConfigLegacyVfsPaths is on for every non-empty value, even "false"; the two
+/// Browse flags are off for null, "" and exactly "false", and on for anything else.
 /// @param value  null counts as empty, which brings back the default of a text
 VTDIRECT_API void SetAppConfig(ConfigItem item, const char* value);
 
@@ -128,8 +130,8 @@ VTDIRECT_API void SetAppConfig(ConfigItem item, const char* value);
 VTDIRECT_API void UpdateServerList(const std::map<std::string, std::string>& servers);
 
 /// Registers the function that a demand for authentication calls with the server's URL; it sets credentials
-/// (vtdirect/platform/http_credentials.h) and gives true to try again, or gives false. Applies to servers that
-/// exist already. Null answers every demand with false. Called on the thread of the request.
+/// (vtdirect/platform/http_credentials.h) and gives true to try again, or gives false. Applies to servers
+/// that exist already. Null answers every demand with false. Called on the thread of the request.
 VTDIRECT_API void RegisterAuth(bool (*callback)(const char* url));
 
 /// Registers the function that runs the tasks of the asynchronous operations; it takes a task over and gives
@@ -147,7 +149,8 @@ VTDIRECT_API void ReadRootDirs(void (*callback)(const char* nickname, void* user
 /// @param clear  true resets the flag behind the answer
 VTDIRECT_API bool ShouldInvalidateCache(bool clear);
 
-// ---- Addresses ----------------------------------------------------------------------------------------------
+// ---- Addresses
+// ----------------------------------------------------------------------------------------------
 
 /// Whether a text is a VFS path with a scheme. The bare form "//nickname/..." gives false, though every
 /// operation takes it. Reads the text only.
@@ -162,11 +165,12 @@ VTDIRECT_API bool IsManaged(const char* text);
 /// The scheme of VFS paths, without ":". Valid until ConfigUriStem is written.
 VTDIRECT_API const char* GetVFSLocationPrefix();
 
-/// Whether two UIDs name the same object: equal server and equal id. Two texts that are no UIDs compare equal,
-/// however they differ. Reads the texts only.
+/// Whether two UIDs name the same object: equal server and equal id. Two texts that are no UIDs compare
+/// equal, however they differ. Reads the texts only.
 VTDIRECT_API bool CompareUIDsEqual(const char* a, const char* b);
 
-/// A canonical UID for any address, or the empty text. Makes requests unless `path` is a UID with a file name.
+/// A canonical UID for any address, or the empty text. Makes requests unless `path` is a UID with a file
+/// name.
 VTDIRECT_API std::string GetUID(const char* path);
 
 /// The VFS path of the newest iteration, or the empty text. Makes requests for a UID only.
@@ -194,7 +198,8 @@ VTDIRECT_API std::string GetServerURL(const char* path);
 /// The nickname of the address's server, or the empty text. Makes no request.
 VTDIRECT_API std::string GetServerNickname(const char* path);
 
-// ---- What a server can do -------------------------------------------------------------------------------------
+// ---- What a server can do
+// -------------------------------------------------------------------------------------
 
 /// Whether a server can be used: asks its version, follows the address that it calls its own, and probes it.
 /// The server need not be in the list and is not entered. Makes requests.
@@ -225,22 +230,24 @@ VTDIRECT_API bool SupportsSeparatedSources(const char* path);
 /// Whether the server takes metadata files; false without a server. Makes a request on first use.
 VTDIRECT_API bool SupportsVCSMetadata(const char* path);
 
-// ---- Questions about one object --------------------------------------------------------------------------------
+// ---- Questions about one object
+// --------------------------------------------------------------------------------
 
 /// Whether the object is there. Makes requests.
 VTDIRECT_API bool FileExists(const char* path);
 
-/// The file name of an address, escaped as in a VFS path, or the empty text. Makes a request only when the text
-/// itself holds no name.
+/// The file name of an address, escaped as in a VFS path, or the empty text. Makes a request only when the
+/// text itself holds no name.
 VTDIRECT_API std::string GetFileName(const char* path);
 
-// ---- Download ---------------------------------------------------------------------------------------------------
+// ---- Download
+// ---------------------------------------------------------------------------------------------------
 
 /// Downloads an object's content into a local file, on this thread, to the end. Makes requests.
 ///
 /// `status` is called once or twice; the last call is the end of the operation: StatusOk with the UID, or
-/// StatusDownloadFailed with null, before it StatusConnectFailed when no server could be found. A partly written
-/// local file is not removed.
+/// StatusDownloadFailed with null, before it StatusConnectFailed when no server could be found. A partly
+/// written local file is not removed.
 /// @param localPath  full file name; its directory must exist; what was there is replaced
 /// @param uid        receives the UID on success
 /// @param status     may be empty
@@ -250,12 +257,14 @@ VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& 
 
 /// Tests the server's connection on this thread, then hands a GetFile to the task runner, where the callbacks
 /// run. The outcome arrives by `status`.
-/// @return whether the task was accepted; false after StatusConnectFailed when the server cannot be reached, and
+/// @return whether the task was accepted; false after StatusConnectFailed when the server cannot be reached,
+/// and
 ///         without a call when the runner refuses
 VTDIRECT_API bool GetFileAsync(const char* path, const char* localPath, StatusCallback status,
                                ProgressCallback progress);
 
-/// The direct URL of an object's content, for a downloader of the host's own. Makes requests; transfers nothing.
+/// The direct URL of an object's content, for a downloader of the host's own. Makes requests; transfers
+/// nothing.
 /// @param url       emptied for an object without content
 /// @param cacheKey  may be null; a key under which a host may cache that content; untouched without content
 /// @return false, outputs untouched, when the object is not found

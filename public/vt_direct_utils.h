@@ -10,8 +10,8 @@
 /// Local copies that clean up after themselves.
 namespace VtDirectUtils {
 
-/// Owns what was made on the disk to hold a local copy and removes it when it is destroyed. A failed removal is
-/// traced and not reported. Belongs to one thread at a time.
+/// Owns what was made on the disk to hold a local copy and removes it when it is destroyed. A failed removal
+/// is traced and not reported. Belongs to one thread at a time.
 class VTDIRECT_API LocalFileHolder {
  public:
   /// A host may build one for a file of its own, so that local and server files are handled alike.

@@ -9,12 +9,15 @@ void PrintTo(const TraceLine& line, std::ostream* out) {
 }
 
 TraceRecorder::TraceRecorder() {
-  dp::SetTraceHandler([this](const char* area, const char* name, dp::TraceType type, const std::string& text) {
-    if (std::string("fenlet") != area) strayAreas_.emplace_back(area);
-    lines_.push_back({static_cast<int>(type), name, text});
-  });
+  dp::SetTraceHandler(
+      [this](const char* area, const char* name, dp::TraceType type, const std::string& text) {
+        if (std::string("fenlet") != area) strayAreas_.emplace_back(area);
+        lines_.push_back({static_cast<int>(type), name, text});
+      });
 }
 
-TraceRecorder::~TraceRecorder() { dp::SetTraceHandler({}); }
+TraceRecorder::~TraceRecorder() {
+  dp::SetTraceHandler({});
+}
 
 }  // namespace vtdirect_test

@@ -1,0 +1,59 @@
+#include "browsing/document_details.h"
+
+#include <string_view>
+
+#include "base/tracers.h"
+#include "documents/checkout_id.h"
+#include "documents/document_reads.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// The server writes a content's name as a pattern in which this stands for the document's own name.
+std::string ExpandCadName(std::string_view pattern, std::string_view cadName) {
+  constexpr std::string_view placeholder = "{$CAD_NAME}";
+  std::string name;
+  std::size_t position = 0;
+  for (auto hit = pattern.find(placeholder); hit != std::string_view::npos;
+       hit = pattern.find(placeholder, position)) {
+    name.append(pattern.substr(position, hit - position)).append(cadName);
+    position = hit + placeholder.size();
+  }
+  return name.append(pattern.substr(position));
+}
+
+SourceEntry MakeSourceEntry(const ContentRecord& section, const std::string& cadName) {
+  return {ExpandCadName(section.fileName, cadName),
+          section.contentUrl.empty() ? std::string() : section.contentUrl.front(),
+          section.id + ":" + std::to_string(section.streamId)};
+}
+
+void FillAttributes(const DocumentRecord& record, std::map<std::string, std::string>& attributes) {
+  attributes["name"] = record.master.name;
+  attributes["number"] = record.master.number;
+}
+
+}  // namespace
+
+Status GetDocumentDetails(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& /*services*/,
+                          const char* id, DocumentQuery& query) {
+  DocumentRecord record;
+  const Status status = ReadDocument(connection, ParseCheckoutId(id).field0, record);
+  if (status != Ok) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id);
+    return status;
+  }
+  if (query.current != nullptr) {
+    *query.current = MakeFileInfo(record);
+    query.current->id = id;
+  }
+  if (query.attributes != nullptr) FillAttributes(record, *query.attributes);
+  if (query.contents != nullptr) {
+    for (const ContentRecord& section : record.contentSections) {
+      query.contents->push_back(MakeSourceEntry(section, record.master.cadName));
+    }
+  }
+  return Ok;
+}
+
+}  // namespace lxservices::cms_interface::vantry

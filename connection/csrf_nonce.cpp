@@ -1,0 +1,35 @@
+#include "connection/csrf_nonce.h"
+
+#include <vector>
+
+#include "connection/json_members.h"
+#include "connection/rest_items.h"
+#include "connection/rest_stream.h"
+#include "connection/vt_connection.h"
+
+namespace lxservices::cms_interface::vantry {
+
+std::string FetchRestCsrf(const std::shared_ptr<HttpConnection>& connection) {
+  std::vector<RestItem> rows;
+  if (!ReadRestItems(connection, "servlet/rest/security/csrf", rows, true, nullptr)) return {};
+  if (rows.size() != 1 || rows.front().id != "csrf") return {};
+  const auto& attributes = rows.front().attributes;
+  const auto key = attributes.find("nonce_key");
+  const auto nonce = attributes.find("nonce");
+  if (key == attributes.end() || nonce == attributes.end()) return {};
+  return key->second + ": " + nonce->second;
+}
+
+std::string FetchODataCsrf(const std::shared_ptr<HttpConnection>& connection) {
+  const auto request =
+      MakeGetRequest(connection, "servlet/odata/v1/ZVK/GetCSRFToken()", VtConnection::ODataHeaders());
+  RestStream response(request, {});
+  rapidjson::Document document;
+  if (!response.succeeded() || !ParseJsonResponse(response, document)) return {};
+  const rapidjson::Value* key = FindString(document, "NonceKey");
+  const rapidjson::Value* value = FindString(document, "NonceValue");
+  if (key == nullptr || value == nullptr) return {};
+  return std::string(TextView(*key)) + ": " + std::string(TextView(*value));
+}
+
+}  // namespace lxservices::cms_interface::vantry

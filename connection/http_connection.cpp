@@ -1,0 +1,67 @@
+#include "connection/http_connection.h"
+
+#include <cstring>
+#include <utility>
+
+#include "base/server_key.h"
+#include "connection/platform/uri.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// Marks this client to the server, which keeps the nonce and the licence apart for it.
+constexpr const char* clientMark = "X-Zvk-Connected: 1";
+
+}  // namespace
+
+HttpConnection::HttpConnection(const std::string& uri, AuthFunction auth)
+    : uri_(uri),
+      basePath_(WithTrailingSlash(du::GetURIPart(uri, du::URIPart::Path))),
+      connection_(du::http::ConnectURI(uri.c_str(), nullptr, nullptr)),
+      auth_(std::move(auth)) {}
+
+du::http::CommonAuth HttpConnection::MakeCommonAuth() const {
+  return {clientMark, [uri = uri_, auth = auth_] { return auth(uri.c_str()); }};
+}
+
+du::http::ErrorCode HttpConnection::SendRequest(const du::http::Request& request, int* httpStatus) {
+  if (!connection_) connection_ = du::http::ConnectURI(uri_.c_str(), nullptr, nullptr);
+  if (!connection_) return du::http::ErrorCode::NoConnection;
+  return du::http::DoRequestWithCommonAuth(*connection_, MakeCommonAuth(), request, httpStatus);
+}
+
+du::http::ErrorCode HttpConnection::SendWithProgress(const du::http::Request& request, int* httpStatus,
+                                                     du::http::ProgressFunction uploadProgress,
+                                                     du::http::ProgressFunction downloadProgress) {
+  du::http::Request observed = request;
+  std::unique_ptr<du::http::ProgressSource> body;
+  std::unique_ptr<du::http::ProgressSink> sink;
+  if (uploadProgress && request.body != nullptr) {
+    body = std::make_unique<du::http::ProgressSource>(*request.body, std::move(uploadProgress));
+    observed.body = body.get();
+  }
+  if (downloadProgress) {
+    sink = std::make_unique<du::http::ProgressSink>(std::move(downloadProgress), request.sink);
+    observed.sink = sink.get();
+  }
+  return SendRequest(observed, httpStatus);
+}
+
+std::uint16_t HttpConnection::DownloadToFile(const char* path, const char* headers, const char* filePath,
+                                             du::http::ProgressFunction downloadProgress) {
+  const std::string uri = basePath_ + path;
+  const char* headerText = headers != nullptr ? headers : "";
+  du::http::BufferFileSource headerSource(reinterpret_cast<const std::uint8_t*>(headerText),
+                                          std::strlen(headerText));
+  du::http::DiskFileSink sink(filePath);
+  du::http::Request request;
+  request.method = du::http::Method::Get;
+  request.uri = uri.c_str();
+  request.headers = &headerSource;
+  request.sink = &sink;
+  int status = 0;
+  const auto error = SendWithProgress(request, &status, {}, std::move(downloadProgress));
+  return static_cast<std::uint16_t>(error == du::http::ErrorCode::Done ? status : -1);
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "connection/platform/http.h"
+
+namespace lxservices::cms_interface::vantry {
+
+/// Called with a server's URL when that server demands authentication; true means try again.
+using AuthFunction = std::function<bool(const char* url)>;
+
+/// Binds one server URL to one platform connection and one authentication function. Held shared.
+///
+/// The platform connection is made at construction and kept as long as the object lives; one that could not
+/// be made is made again before the next request. Every request runs on the caller's thread, one at a time.
+class HttpConnection {
+ public:
+  /// @param uri   the server URL, kept exactly as given
+  /// @param auth  may be empty; then a demand for authentication raises std::bad_function_call
+  HttpConnection(const std::string& uri, AuthFunction auth);
+
+  [[nodiscard]] const std::string& uri() const { return uri_; }
+  /// The path of the URL with a "/" at its end; empty for a URL without a path.
+  [[nodiscard]] const std::string& basePath() const { return basePath_; }
+
+  /// How the platform is to authenticate one request. Owns copies of all that it uses.
+  [[nodiscard]] du::http::CommonAuth MakeCommonAuth() const;
+
+  /// Performs one exchange. Without a platform connection, and with none to be had, the result is
+  /// `NoConnection` and the status is left alone.
+  [[nodiscard]] du::http::ErrorCode SendRequest(const du::http::Request& request, int* httpStatus);
+
+  /// SendRequest with progress told about the body sent and about the body received. Either function may be
+  /// empty; an upload function counts only for a request with a body.
+  [[nodiscard]] du::http::ErrorCode SendWithProgress(const du::http::Request& request, int* httpStatus,
+                                                     du::http::ProgressFunction uploadProgress,
+                                                     du::http::ProgressFunction downloadProgress);
+
+  /// GETs `basePath()` plus `path` straight into a local file. The body of a refusal lands in the file too.
+  /// @param headers  header lines; null counts as none
+  /// @return the HTTP status; 65535 when the exchange failed
+  [[nodiscard]] std::uint16_t DownloadToFile(const char* path, const char* headers, const char* filePath,
+                                             du::http::ProgressFunction downloadProgress);
+
+ private:
+  std::string uri_;
+  std::string basePath_;
+  std::unique_ptr<du::http::Connection> connection_;
+  AuthFunction auth_;
+};
+
+}  // namespace lxservices::cms_interface::vantry

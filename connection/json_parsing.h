@@ -1,0 +1,72 @@
+#pragma once
+
+#include <rapidjson/document.h>
+#include <rapidjson/filereadstream.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
+
+#include <utility>
+
+/// Parsing of JSON that a server supplies. The parser is iterative and the nesting is bounded, so that no
+/// answer can exhaust the stack: neither here nor in the readers that walk a document. Makes no request.
+namespace lxservices::cms_interface::vantry {
+
+/// Deepest nesting of objects and arrays that is read. The deepest answer of a real server, an expanded
+/// folder tree, has two levels for each folder level.
+inline constexpr int maximumJsonDepth = 512;
+
+/// Passes events on to another handler and ends the parse below maximumJsonDepth.
+template <typename Handler>
+class DepthLimitedHandler {
+ public:
+  explicit DepthLimitedHandler(Handler& handler) : handler_(handler) {}
+
+  bool Null() { return handler_.Null(); }
+  bool Bool(bool value) { return handler_.Bool(value); }
+  bool Int(int value) { return handler_.Int(value); }
+  bool Uint(unsigned value) { return handler_.Uint(value); }
+  bool Int64(std::int64_t value) { return handler_.Int64(value); }
+  bool Uint64(std::uint64_t value) { return handler_.Uint64(value); }
+  bool Double(double value) { return handler_.Double(value); }
+  bool RawNumber(const char* text, rapidjson::SizeType length, bool copy) {
+    return handler_.RawNumber(text, length, copy);
+  }
+  bool String(const char* text, rapidjson::SizeType length, bool copy) {
+    return handler_.String(text, length, copy);
+  }
+  bool Key(const char* text, rapidjson::SizeType length, bool copy) {
+    return handler_.Key(text, length, copy);
+  }
+  bool StartObject() { return Enter() && handler_.StartObject(); }
+  bool EndObject(rapidjson::SizeType members) {
+    --depth_;
+    return handler_.EndObject(members);
+  }
+  bool StartArray() { return Enter() && handler_.StartArray(); }
+  bool EndArray(rapidjson::SizeType elements) {
+    --depth_;
+    return handler_.EndArray(elements);
+  }
+
+ private:
+  bool Enter() { return ++depth_ <= maximumJsonDepth; }
+
+  Handler& handler_;
+  int depth_ = 0;
+};
+
+/// Runs a SAX handler over a stream.
+/// @return false for what is no JSON, for further text behind the value, for too deep a nesting, and when the
+///         handler ends the parse
+template <typename Stream, typename Handler>
+[[nodiscard]] bool ReadJson(Stream& stream, Handler& handler) {
+  rapidjson::Reader reader;
+  DepthLimitedHandler<Handler> limited(handler);
+  return !reader.Parse<rapidjson::kParseIterativeFlag>(stream, limited).IsError();
+}
+
+/// Parses a stream into a document, which is left null when that fails.
+[[nodiscard]] bool ParseJson(rapidjson::FileReadStream& stream, rapidjson::Document& document);
+[[nodiscard]] bool ParseJson(rapidjson::MemoryStream& stream, rapidjson::Document& document);
+
+}  // namespace lxservices::cms_interface::vantry

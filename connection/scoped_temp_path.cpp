@@ -1,0 +1,34 @@
+#include "connection/scoped_temp_path.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "base/tracers.h"
+#include "connection/platform/files.h"
+
+namespace lxservices::cms_interface::vantry {
+
+ScopedTempPath::ScopedTempPath(std::string path, bool isDirectory)
+    : path_(std::move(path)), isDirectory_(isDirectory) {}
+
+ScopedTempPath::~ScopedTempPath() {
+  RemoveTempPath(path_, isDirectory_, VtDirectTracer());
+}
+
+void RemoveTempPath(const std::string& path, bool isDirectory, const dp::LXTracer& tracer) {
+  if (path.empty()) return;
+  if (isDirectory) {
+    if (!du::FileSystem::DeletePath(path, false)) {
+      tracer(dp::TraceType::Error, "Failed to delete path %s", path.c_str());
+    }
+  } else if (du::FileSystem::Unlink(path.c_str(), false) == -1) {
+    tracer(dp::TraceType::Error, "Failed to unlink file %s: %s", path.c_str(), std::strerror(errno));
+  }
+}
+
+std::string MakeTempFile(const char* stem, const char* extension) {
+  return du::FileSystem::MkTempFile(du::FileSystem::GetTempDir(true).c_str(), stem, extension);
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,175 @@
+#include "connection/service_schema.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <stdexcept>
+#include <string_view>
+
+#include "base/tracers.h"
+#include "connection/scoped_temp_path.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+constexpr int chunkSize = 512;
+// A version is a small number; the text of a hostile document must not be collected without bound.
+constexpr std::size_t maximumVersionText = 4096;
+
+struct SchemaParseState {
+  unsigned schemaDepth = 0;
+  unsigned entityDepth = 0;
+  unsigned annotationDepth = 0;
+  unsigned stringDepth = 0;
+  int entityIndex = -1;
+  std::string text;
+  SchemaQuery* query = nullptr;
+  int* version = nullptr;
+};
+
+// The value of an attribute, or nothing. Attributes come as a null-terminated list of names and values.
+const char* FindAttribute(const char** attributes, std::string_view name) {
+  for (; attributes[0] != nullptr; attributes += 2) {
+    if (attributes[0] == name) return attributes[1];
+  }
+  return nullptr;
+}
+
+int FindEntity(const SchemaQuery* query, const char* name) {
+  if (query == nullptr || name == nullptr) return -1;
+  for (std::size_t index = 0; index < query->size(); ++index) {
+    if ((*query)[index].name == name) return static_cast<int>(index);
+  }
+  return -1;
+}
+
+void Mark(std::vector<MemberQuery>& members, const char** attributes) {
+  const char* name = FindAttribute(attributes, "Name");
+  if (name == nullptr) return;
+  for (MemberQuery& member : members) {
+    if (member.name == name) member.found = true;
+  }
+}
+
+void StartSchemaChild(SchemaParseState& state, std::string_view name, const char** attributes) {
+  if (name == "EntityType") {
+    state.entityDepth = 1;
+    state.entityIndex = FindEntity(state.query, FindAttribute(attributes, "Name"));
+  } else if (name == "Annotation") {
+    const char* term = FindAttribute(attributes, "Term");
+    if (term != nullptr && std::string_view(term) == "Core.SchemaVersion") state.annotationDepth = 1;
+  }
+}
+
+void StartEntityChild(SchemaParseState& state, std::string_view name, const char** attributes) {
+  EntityQuery& entity = (*state.query)[static_cast<std::size_t>(state.entityIndex)];
+  if (name == "Property") Mark(entity.properties, attributes);
+  if (name == "NavigationProperty") Mark(entity.navigationProperties, attributes);
+}
+
+void StartElement(void* user, const char* name, const char** attributes) {
+  auto& state = *static_cast<SchemaParseState*>(user);
+  for (unsigned* depth : {&state.schemaDepth, &state.entityDepth, &state.annotationDepth}) {
+    if (*depth != 0) ++*depth;
+  }
+  const std::string_view element = name;
+  // A "Schema" starts a new count, but what follows still goes by the depths before that.
+  const unsigned entityDepth = state.entityDepth;
+  const unsigned annotationDepth = state.annotationDepth;
+  if (element == "Schema") {
+    state.schemaDepth = 1;
+  } else if (state.schemaDepth == 2) {
+    StartSchemaChild(state, element, attributes);
+    return;
+  }
+  if (entityDepth == 2 && state.entityIndex >= 0) {
+    StartEntityChild(state, element, attributes);
+  } else if (annotationDepth == 2 && element == "String") {
+    state.stringDepth = 1;
+    state.text.clear();
+  }
+}
+
+void CharacterData(void* user, const char* text, int length) {
+  auto& state = *static_cast<SchemaParseState*>(user);
+  if (state.annotationDepth == 0 || state.stringDepth == 0) return;
+  const auto room = maximumVersionText - state.text.size();
+  state.text.append(text, std::min(room, static_cast<std::size_t>(length)));
+}
+
+void EndElement(void* user, const char*) {
+  auto& state = *static_cast<SchemaParseState*>(user);
+  if (state.annotationDepth != 0 && state.stringDepth != 0) {
+    if (state.version != nullptr) {
+      *state.version = static_cast<int>(std::strtol(state.text.c_str(), nullptr, 10));
+    }
+    state.text.clear();
+  }
+  for (unsigned* depth :
+       {&state.schemaDepth, &state.entityDepth, &state.annotationDepth, &state.stringDepth}) {
+    if (*depth != 0) --*depth;
+  }
+}
+
+using Parser = std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)>;
+
+Parser MakeParser(SchemaParseState& state) {
+  Parser parser(XML_ParserCreate(nullptr), &XML_ParserFree);
+  if (!parser) throw std::runtime_error("creating parser");
+  XML_SetUserData(parser.get(), &state);
+  XML_SetElementHandler(parser.get(), StartElement, EndElement);
+  XML_SetCharacterDataHandler(parser.get(), CharacterData);
+  return parser;
+}
+
+// False for an XML error. The error of a chunk shows only when the buffer for the next one is asked for, and
+// so an error in the last chunk goes unnoticed: servers in the field send documents that are broken at their
+// very end, and these count as read.
+bool ParseDocument(std::istream& document, SchemaParseState& state) {
+  const Parser parser = MakeParser(state);
+  bool broken = false;
+  while (!document.eof()) {
+    void* buffer = broken ? nullptr : XML_GetBuffer(parser.get(), chunkSize);
+    if (buffer == nullptr) return false;
+    document.read(static_cast<char*>(buffer), chunkSize);
+    const auto count = static_cast<int>(document.gcount());
+    broken = XML_ParseBuffer(parser.get(), count, document.eof()) == XML_STATUS_ERROR;
+    if (document.bad()) break;
+  }
+  return true;
+}
+
+Status ParseTraced(std::istream& document, SchemaParseState& state) {
+  bool parsed = false;
+  try {
+    parsed = ParseDocument(document, state);
+  } catch (...) {
+    parsed = false;
+  }
+  if (parsed) return Ok;
+  CmsInterfaceTracer()(dp::TraceType::Error, "XML parse error");
+  return Refused;
+}
+
+}  // namespace
+
+Status FetchSchema(VtConnection& connection, const char* path, SchemaQuery* query, int* version) {
+  const ScopedTempPath file(MakeTempFile("vtmeta", "txt"));
+  const auto status = connection.http()->DownloadToFile(path, "", file.path().c_str(), {});
+  if (status != 200) {
+    CmsInterfaceTracer()(dp::TraceType::Information, "Failed to get schema info %s from server %s", path,
+                         connection.http()->uri().c_str());
+    return status == 404 ? NotFound : ServerError;
+  }
+  std::ifstream document(file.path(), std::ios::binary);
+  if (!document) return Ok;
+  SchemaParseState state;
+  state.query = query;
+  state.version = version;
+  return ParseTraced(document, state);
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/status.h"
+#include "connection/vt_connection.h"
+
+namespace lxservices::cms_interface::vantry {
+
+/// A member to look for; the parser sets `found`.
+struct MemberQuery {
+  std::string name;
+  bool found = false;
+};
+
+/// An entity type to look for, with the members that matter.
+struct EntityQuery {
+  std::string name;
+  std::vector<MemberQuery> properties;
+  std::vector<MemberQuery> navigationProperties;
+};
+
+/// What to look for in a service's `$metadata`.
+using SchemaQuery = std::vector<EntityQuery>;
+
+/// Reads a service's `$metadata`: one GET on this thread, through a temporary file and a 512-byte buffer, so
+/// that documents of any size pass in constant memory.
+/// @param query    may be null
+/// @param version  receives the schema version; left alone by a document without one. May be null.
+/// @return Ok; NotFound for HTTP 404; Refused for an XML error before the document's last chunk; ServerError
+/// for
+///         any other HTTP failure. An error in the last chunk goes unnoticed.
+Status FetchSchema(VtConnection& connection, const char* path, SchemaQuery* query, int* version);
+
+}  // namespace lxservices::cms_interface::vantry

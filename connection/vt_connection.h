@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "connection/http_connection.h"
+
+namespace lxservices::cms_interface::vantry {
+
+/// What is particular to a Vantry server, above its HttpConnection: the nonce against cross-site request
+/// forgery, the OData header lines and the negotiated authoring application version. Held shared by all that
+/// work with one server. Takes no lock.
+class VtConnection {
+ public:
+  /// Makes the HttpConnection; sends nothing.
+  VtConnection(const std::string& url, AuthFunction auth);
+
+  [[nodiscard]] const std::shared_ptr<HttpConnection>& http() const { return http_; }
+
+  /// The nonce's header line for REST requests that change something. The first call fetches it by the REST
+  /// route; a failed fetch gives the empty text, and the next call tries again.
+  [[nodiscard]] std::string CsrfHeader();
+
+  /// The header lines of every OData read.
+  [[nodiscard]] static const char* ODataHeaders();
+
+  /// The header lines of every OData write, the nonce's last. The first call fetches it by the OData route;
+  /// after a failed fetch the text ends in CR LF, and the next call tries again.
+  [[nodiscard]] std::string ODataWriteHeaders();
+
+  /// A connection of its own for another URL, with the same authentication: pages, contents and uploads may
+  /// lie on another host. Sends nothing. An empty URL gives an empty pointer.
+  [[nodiscard]] std::shared_ptr<HttpConnection> MakeSideConnection(const std::string& url) const;
+
+  /// The authoring application version negotiated with the server, empty at first. Kept here for the document
+  /// services; this class does not look at it.
+  std::string authAppVersion;
+
+ private:
+  std::shared_ptr<HttpConnection> http_;
+  /// One complete header line once a nonce has been fetched, by whichever route came first; never emptied.
+  std::string csrfHeader_;
+  AuthFunction auth_;
+};
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/// The text form of a document id with its workspace, and a host's only memory of a checkout. Pure functions.
+///
+/// "D1" is a document in no workspace; "D1|W2" the document D1 in the workspace W2; "D1|W2|D3|T" the document
+/// D1 checked out as D3 through the temporary workspace W2.
+namespace lxservices::cms_interface::vantry {
+
+struct CheckoutId {
+  std::string field0;
+  std::string field1;
+  std::string field2;
+  bool temporary = false;
+};
+
+/// Cuts a text at each "|". Any "T" in the fourth field counts; further fields are ignored. Null gives all
+/// empty.
+[[nodiscard]] CheckoutId ParseCheckoutId(const char* text);
+
+/// Whether an id has all that a checkout operation needs.
+[[nodiscard]] bool IsValidForCheckout(const CheckoutId& id);
+
+/// The document that is worked on: the working copy of a temporary checkout, else the document itself.
+[[nodiscard]] const std::string& WorkingDocumentId(const CheckoutId& id);
+
+/// The workspace of an id; empty for a temporary checkout, whose workspace is no place of the user's.
+[[nodiscard]] std::string WorkspaceOf(const CheckoutId& id);
+
+/// The temporary form, or the empty text unless all three are given.
+[[nodiscard]] std::string FormatTemporaryCheckoutId(std::string_view workspace, std::string_view base,
+                                                    std::string_view working);
+
+/// The workspace form, or `working` alone for an empty workspace. An empty `working` in a workspace gives
+/// "|" and the workspace, unlike the temporary form, which gives nothing then; hosts meet both.
+[[nodiscard]] std::string FormatWorkspaceId(std::string_view workspace, std::string_view working);
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,52 @@
+#include "documents/document_download.h"
+
+#include <fstream>
+#include <sstream>
+#include <utility>
+
+#include "base/tracers.h"
+#include "connection/url_split.h"
+#include "documents/checkout_id.h"
+#include "documents/document_reads.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// What stands in a local file; empty when it cannot be read.
+std::string ReadLocalFile(const char* path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  if (file) text << file.rdbuf();
+  return text.str();
+}
+
+}  // namespace
+
+bool DownloadDocument(const std::shared_ptr<VtConnection>& connection, const char* id, const char* localPath,
+                      FileInfo& info, du::http::ProgressFunction progress) {
+  DocumentRecord record;
+  if (ReadDocument(connection, ParseCheckoutId(id).field0, record) != Ok) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id);
+    return false;
+  }
+  if (DownloadPrimaryContent(connection, record, localPath, std::move(progress)) != 200) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to download file %s with error: %s", id,
+                     ReadLocalFile(localPath).c_str());
+    return false;
+  }
+  info = MakeFileInfo(record);
+  info.id = id;
+  return true;
+}
+
+std::uint16_t DownloadPrimaryContent(const std::shared_ptr<VtConnection>& connection,
+                                     const DocumentRecord& record, const char* localPath,
+                                     du::http::ProgressFunction progress) {
+  if (record.contentSections.empty() || record.contentSections.front().contentUrl.empty()) return 0;
+  const auto [base, path] = SplitUrlAtPath(record.contentSections.front().contentUrl.front());
+  const auto side = connection->MakeSideConnection(base);
+  if (side == nullptr) return 0;
+  return side->DownloadToFile(path.c_str(), "", localPath, std::move(progress));
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include "documents/document_records.h"
+
+/// Readers of the document service's JSON. Pure functions.
+///
+/// All of them give false, and leave the record alone, only for a value that is no object. No key is needed;
+/// a member that is absent or of another type leaves its field at the default, unknown members are passed
+/// over, and of a member that stands twice the later wins, while lists grow.
+namespace lxservices::cms_interface::vantry {
+
+/// The scalars of a summary without its master.
+bool ReadDocumentBase(const rapidjson::Value& value, DocumentSummary& record);
+/// ReadDocumentBase and the master.
+bool ReadDocumentSummary(const rapidjson::Value& value, DocumentSummary& record);
+bool ReadDocumentRecord(const rapidjson::Value& value, DocumentRecord& record);
+/// The member "epmMaster" of a document, as ReadEpmMaster; nothing happens without one.
+void ReadMasterOf(const rapidjson::Value& document, EpmMasterRecord& master);
+bool ReadEpmMaster(const rapidjson::Value& value, EpmMasterRecord& record);
+bool ReadDependency(const rapidjson::Value& value, DerivedSourceDependency& record);
+bool ReadContent(const rapidjson::Value& value, ContentRecord& record);
+bool ReadAttribute(const rapidjson::Value& value, FileBasedAttribute& record);
+bool ReadWorkspace(const rapidjson::Value& value, WorkspaceRecord& record);
+
+}  // namespace lxservices::cms_interface::vantry

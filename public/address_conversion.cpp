@@ -1,0 +1,75 @@
+#include "base/file_name.h"
+#include "public/address_text.h"
+#include "public/object_address.h"
+#include "public/path_resolution.h"
+#include "public/server_table.h"
+#include "public/vt_direct_manager.h"
+
+namespace VtDirectManager {
+
+using namespace lxservices::cms_interface;
+
+namespace {
+
+// Cuts a version off: what stands from the last "|" on, if that "|" stands in the last segment.
+std::string WithoutVersion(const std::string& relativePath) {
+  const auto bar = relativePath.rfind('|');
+  if (bar == std::string::npos) return relativePath;
+  const auto slash = relativePath.rfind('/');
+  return slash != std::string::npos && bar < slash ? relativePath : relativePath.substr(0, bar);
+}
+
+std::string VfsPathOfId(const std::shared_ptr<FileServer>& server, const std::string& id, bool folderOnly,
+                        bool latestForm) {
+  const std::string text = server->GetVFSPath(id.c_str(), folderOnly, latestForm);
+  return text.empty() ? std::string() : VfsPathOf(server, text);
+}
+
+std::string ResolvedVfsPath(const char* path, bool folderOnly) {
+  PathTarget target = ResolveTarget(path, {}, 0);
+  if (target.server == nullptr) return {};
+  if (target.id.empty()) target.id = target.server->ResolvePath(target.relativePath.c_str());
+  if (target.id.empty()) return {};
+  return VfsPathOfId(target.server, target.id, folderOnly, false);
+}
+
+}  // namespace
+
+std::string GetUID(const char* path) {
+  if (IsUID(path)) {
+    const UidParts uid = SplitUid(path);
+    if (!uid.base.empty() && !uid.id.empty()) {
+      return MakeUid(uid.base, uid.id, UnescapeFileName(GetFileName(path)).c_str(), nullptr);
+    }
+  }
+  const FileTarget target = ResolveFileTarget(path, {}, ResolveQuiet);
+  return target.server != nullptr ? UidOfId(*target.server, target.id) : std::string();
+}
+
+std::string GetVFSPathLatest(const char* path) {
+  const PathTarget target = ResolveTarget(path, {}, 0);
+  if (target.server == nullptr) return {};
+  if (target.id.empty()) return VfsPathOf(target.server, WithoutVersion(target.relativePath));
+  return VfsPathOfId(target.server, target.id, false, true);
+}
+
+std::string GetVFSPathVersioned(const char* path) {
+  return ResolvedVfsPath(path, false);
+}
+
+std::string GetVFSFolderPath(const char* path) {
+  return ResolvedVfsPath(path, true);
+}
+
+std::string GetServerURL(const char* path) {
+  const PathTarget target = ResolveTarget(path, {}, ResolveQuiet);
+  return target.server != nullptr ? target.server->GetServerURL() : std::string();
+}
+
+std::string GetServerNickname(const char* path) {
+  const PathTarget target = ResolveTarget(path, {}, ResolveQuiet);
+  if (target.server == nullptr) return {};
+  return !target.nickname.empty() ? target.nickname : FindNicknameOfKey(target.server->GetServerKey());
+}
+
+}  // namespace VtDirectManager

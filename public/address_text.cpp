@@ -1,0 +1,112 @@
+#include "public/address_text.h"
+
+#include "base/settings.h"
+#include "connection/platform/uri.h"
+#include "connection/url_escape.h"
+#include "public/vt_direct_manager.h"
+
+namespace lxservices::cms_interface {
+namespace {
+
+constexpr std::string_view legacyScheme = "vndir";
+
+bool HasVfsPrefix(std::string_view text) {
+  return text.starts_with(VfsScheme()) || (LegacyVfsPaths() && text.starts_with(legacyScheme));
+}
+
+// The text behind "scheme://" or behind the bare form's "//"; nothing when it is no VFS path.
+std::optional<std::string_view> BehindVfsPrefix(std::string_view text) {
+  const auto delimiter = text.find("://");
+  if (delimiter == std::string_view::npos) {
+    return text.starts_with("//") ? std::optional(text.substr(2)) : std::nullopt;
+  }
+  return HasVfsPrefix(text) ? std::optional(text.substr(delimiter + 3)) : std::nullopt;
+}
+
+bool StartsWithScheme(std::string_view text, std::string_view scheme) {
+  return text.starts_with(scheme) && text.substr(scheme.size()).starts_with(':');
+}
+
+bool IsGiven(const char* text) {
+  return text != nullptr && *text != '\0';
+}
+
+}  // namespace
+
+std::string SplitVfsPath(const char* text, std::string& relativePath) {
+  const auto rest = BehindVfsPrefix(text != nullptr ? text : "");
+  if (!rest) return {};
+  const auto slash = rest->find('/');
+  const std::string nickname(rest->substr(0, slash));
+  if (!nickname.empty()) relativePath = slash != std::string_view::npos ? rest->substr(slash + 1) : "";
+  return nickname;
+}
+
+UidParts SplitUid(const char* text) {
+  const std::string uid = text != nullptr ? text : "";
+  if (du::GetURIPart(uid, du::URIPart::Scheme) != UidScheme()) return {};
+  const auto position = du::GetURIPartPosCount(uid, du::URIPart::Query).first;
+  if (position == std::string::npos || position == 0) return {uid, {}};
+  return {uid.substr(0, position - 1), QueryParameter(uid, "id").value_or("")};
+}
+
+std::optional<std::string> QueryParameter(const std::string& text, std::string_view name) {
+  const auto [position, count] = du::GetURIPartPosCount(text, du::URIPart::Query);
+  if (position == std::string::npos) return std::nullopt;
+  std::string_view query = std::string_view(text).substr(position, count);
+  while (true) {
+    const auto end = query.find('&');
+    const std::string_view parameter = query.substr(0, end);
+    if (parameter.starts_with(name) && parameter.substr(name.size()).starts_with('=')) {
+      return std::string(parameter.substr(name.size() + 1));
+    }
+    if (end == std::string_view::npos) return std::nullopt;
+    query.remove_prefix(end + 1);
+  }
+}
+
+std::string MakeUid(const std::string& base, const std::string& id, const char* plainName,
+                    const char* extra) {
+  std::string uid = base + "?id=" + id;
+  if (IsGiven(extra)) uid.append("&").append(extra);
+  if (IsGiven(plainName)) uid.append("&file=/").append(vantry::EscapeForUrl(plainName));
+  return uid;
+}
+
+}  // namespace lxservices::cms_interface
+
+namespace VtDirectManager {
+
+using namespace lxservices::cms_interface;
+
+bool IsVFSPath(const char* text) {
+  if (text == nullptr) return false;
+  const std::string_view path = text;
+  if (StartsWithScheme(path, VfsScheme())) return true;
+  return LegacyVfsPaths() && path.starts_with("vndir://") && !path.starts_with("vndir://?");
+}
+
+bool IsUID(const char* text) {
+  if (text == nullptr) return false;
+  const std::string_view uid = text;
+  if (!uid.starts_with(UidScheme())) return false;
+  if (uid.find("?id=") != std::string_view::npos) return true;
+  const auto query = uid.find('?');
+  return query != std::string_view::npos && uid.find("&id=", query) != std::string_view::npos;
+}
+
+bool IsManaged(const char* text) {
+  if (text == nullptr) return false;
+  return StartsWithScheme(text, UidScheme()) || StartsWithScheme(text, VfsScheme()) ||
+         (LegacyVfsPaths() && StartsWithScheme(text, legacyScheme));
+}
+
+bool CompareUIDsEqual(const char* a, const char* b) {
+  // Texts that are no UIDs split into nothing and compare equal. Hosts use this to tell "no object" from "no
+  // object"; it is to stay.
+  const UidParts left = SplitUid(a);
+  const UidParts right = SplitUid(b);
+  return left.base == right.base && left.id == right.id;
+}
+
+}  // namespace VtDirectManager

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// The grammar of VFS paths and UIDs. Pure functions of the text and the configured schemes.
+namespace lxservices::cms_interface {
+
+/// The two results of SplitUid: what stands before "?", with its "/", and the id.
+struct UidParts {
+  std::string base;
+  std::string id;
+};
+
+/// The nickname of a VFS path, the bare form included; the empty text for anything else.
+/// @param relativePath  written only when a nickname was found
+[[nodiscard]] std::string SplitVfsPath(const char* text, std::string& relativePath);
+
+/// Both parts are empty for a text that is no UID. A UID without a query is all base.
+[[nodiscard]] UidParts SplitUid(const char* text);
+
+/// The value of a parameter of the query, not decoded; the first of that name counts.
+[[nodiscard]] std::optional<std::string> QueryParameter(const std::string& text, std::string_view name);
+
+/// Builds a UID.
+/// @param plainName  file name, not escaped; null or empty writes no file parameter
+/// @param extra      further parameters, put in as they stand; may be null or empty
+[[nodiscard]] std::string MakeUid(const std::string& base, const std::string& id, const char* plainName,
+                                  const char* extra);
+
+}  // namespace lxservices::cms_interface

@@ -1,0 +1,35 @@
+#include "base/settings.h"
+#include "public/vt_direct_manager.h"
+
+namespace VtDirectManager {
+
+using namespace lxservices::cms_interface;
+
+void SetAppConfig(ConfigItem item, const char* value) {
+  switch (item) {
+    case ConfigUriStem:
+      return SetUriStem(value);
+    case ConfigLegacyVfsPaths:
+      return SetLegacyVfsPaths(value);
+    case ConfigAuthoringApplication:
+      return SetAuthoringApplication(value);
+    case ConfigRegisterAuthAppVersion:
+      return SetAuthAppVersionToRegister(value);
+    case ConfigAuthAppVersion:
+      return SetAuthAppVersion(value);
+    case ConfigTempWorkspacePrefix:
+      return SetTemporaryWorkspacePrefix(value);
+    case ConfigTempWorkspaceDescription:
+      return SetTemporaryWorkspaceDescription(value);
+    case ConfigBrowseDynamicDocuments:
+      return SetBrowseDynamicDocuments(value);
+    case ConfigBrowseCadDocuments:
+      return SetBrowseCadDocuments(value);
+  }
+}
+
+const char* GetVFSLocationPrefix() {
+  return VfsScheme();
+}
+
+}  // namespace VtDirectManager

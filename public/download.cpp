@@ -1,0 +1,74 @@
+#include <utility>
+
+#include "base/tracers.h"
+#include "connection/url_escape.h"
+#include "public/host_callbacks.h"
+#include "public/object_address.h"
+#include "public/path_resolution.h"
+#include "public/vt_direct_manager.h"
+
+namespace VtDirectManager {
+
+using namespace lxservices::cms_interface;
+using vantry::EscapeForUrl;
+
+namespace {
+
+bool DownloadTarget(const PathTarget& target, const char* localPath, FileInfo& info,
+                    ProgressCallback progress) {
+  const std::string id = IdOfTarget(target);
+  return !id.empty() && target.server->GetFile(id.c_str(), localPath, info, std::move(progress));
+}
+
+// Opaque to hosts; never parsed here.
+std::string CacheKeyOf(FileServer& server, const SourceEntry& source) {
+  return "_lxvdccache:" + EscapeForUrl(server.GetServerKey()) + "://" + EscapeForUrl(source.key) + "&file=/" +
+         EscapeForUrl(source.fileName);
+}
+
+}  // namespace
+
+bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCallback status,
+             ProgressCallback progress) {
+  if (path != nullptr) VtDirectTracer()(dp::TraceType::Information, "Downloading %s\n", path);
+  const PathTarget target = ResolveTarget(path, status, 0);
+  FileInfo info;
+  if (target.server != nullptr && DownloadTarget(target, localPath, info, std::move(progress))) {
+    uid = UidOfInfo(*target.server, info, nullptr);
+    VtDirectTracer()(dp::TraceType::Information, "Downloading %s succeeded\n", path);
+    if (status) status(StatusOk, uid.c_str());
+    return true;
+  }
+  // Behind a failed resolution this is the second call, on purpose: the first tells why, this one that the
+  // operation is over.
+  if (path != nullptr) VtDirectTracer()(dp::TraceType::Error, "Failed to download %s\n", path);
+  if (status) status(StatusDownloadFailed, nullptr);
+  return false;
+}
+
+bool GetFileAsync(const char* path, const char* localPath, StatusCallback status, ProgressCallback progress) {
+  // The target is dropped: the task resolves the path afresh, since the server may be gone by then.
+  if (ResolveTarget(path, status, ResolveProbe).server == nullptr) return false;
+  return RunTask([path = std::string(path), localPath = std::string(localPath), status, progress] {
+    std::string uid;
+    GetFile(path.c_str(), localPath.c_str(), uid, status, progress);
+  });
+}
+
+bool GetFileDownloadURL(const char* path, std::string& url, std::string* cacheKey) {
+  const FileTarget target = ResolveFileTarget(path, {}, 0);
+  if (target.server == nullptr) return false;
+  std::vector<SourceEntry> contents;
+  DocumentQuery query;
+  query.contents = &contents;
+  if (target.server->ReadDetails(target.id.c_str(), query) != Ok) return false;
+  if (contents.empty()) {
+    url.clear();
+    return true;
+  }
+  url = contents.front().url;
+  if (cacheKey != nullptr) *cacheKey = CacheKeyOf(*target.server, contents.front());
+  return true;
+}
+
+}  // namespace VtDirectManager

@@ -1,0 +1,24 @@
+#include "public/object_address.h"
+
+#include "base/settings.h"
+#include "public/address_text.h"
+#include "public/server_table.h"
+
+namespace lxservices::cms_interface {
+
+std::string UidOfInfo(FileServer& server, const FileInfo& info, const char* extra) {
+  return MakeUid(server.GetServerKey(), info.id, info.cadName.c_str(), extra);
+}
+
+std::string UidOfId(FileServer& server, const std::string& id) {
+  FileInfo info;
+  if (server.GetFileInfo(id.c_str(), info) != Ok) return {};
+  return UidOfInfo(server, info, nullptr);
+}
+
+std::string VfsPathOf(const std::shared_ptr<FileServer>& server, const std::string& relativePath) {
+  if (server == nullptr) return {};
+  return std::string(VfsScheme()) + "://" + FindNicknameOfKey(server->GetServerKey()) + "/" + relativePath;
+}
+
+}  // namespace lxservices::cms_interface

@@ -1,0 +1,69 @@
+#include "public/path_resolution.h"
+
+#include <string_view>
+
+#include "base/tracers.h"
+#include "public/address_text.h"
+#include "public/server_table.h"
+
+namespace lxservices::cms_interface {
+namespace {
+
+dp::TraceType FailureLevel(unsigned flags) {
+  return (flags & ResolveQuiet) != 0 ? dp::TraceType::Miss : dp::TraceType::Error;
+}
+
+void Report(const VtDirectManager::StatusCallback& status, VtDirectManager::StatusCode code) {
+  if (status) status(code, nullptr);
+}
+
+PathTarget SplitAddress(const char* path) {
+  PathTarget target;
+  target.nickname = SplitVfsPath(path, target.relativePath);
+  if (!target.nickname.empty()) {
+    target.server = FindServerByNickname(target.nickname);
+    return target;
+  }
+  UidParts uid = SplitUid(path);
+  target.base = std::move(uid.base);
+  target.id = std::move(uid.id);
+  target.server = FindServerByKey(target.base);
+  return target;
+}
+
+}  // namespace
+
+PathTarget ResolveTarget(const char* path, const VtDirectManager::StatusCallback& status, unsigned flags) {
+  if (path == nullptr) return {};
+  PathTarget target = SplitAddress(path);
+  const bool mustAnswer = (flags & ResolveProbe) != 0;
+  if (target.server != nullptr && (!mustAnswer || target.server->TestConnection())) return target;
+  VtDirectTracer()(FailureLevel(flags), "Failed to connect to server path %s\n", path);
+  Report(status, VtDirectManager::StatusConnectFailed);
+  return {};
+}
+
+FileTarget ResolveFileTarget(const char* path, const VtDirectManager::StatusCallback& status,
+                             unsigned flags) {
+  const PathTarget target = ResolveTarget(path, status, flags);
+  if (target.server == nullptr) return {};
+  if ((flags & ResolveNeedId) != 0 && target.id.empty()) return {};
+  std::string id = IdOfTarget(target);
+  if (!id.empty()) return {target.server, std::move(id)};
+  VtDirectTracer()(FailureLevel(flags), "Failed to find file %s", path);
+  Report(status, VtDirectManager::StatusFileNotFound);
+  return {};
+}
+
+std::string IdOfTarget(const PathTarget& target) {
+  constexpr std::string_view byId = "?id=";
+  if (!target.id.empty()) return target.id;
+  const std::string_view relativePath = target.relativePath;
+  if (relativePath.starts_with(byId)) {
+    const std::string_view rest = relativePath.substr(byId.size());
+    return std::string(rest.substr(0, rest.find('&')));
+  }
+  return target.server->ResolvePath(target.relativePath.c_str());
+}
+
+}  // namespace lxservices::cms_interface

@@ -1,0 +1,33 @@
+#include "connection/server_check.h"
+#include "public/host_callbacks.h"
+#include "public/vt_direct_manager.h"
+
+namespace VtDirectManager {
+
+using namespace lxservices::cms_interface;
+
+namespace {
+
+StatusCode CodeOf(Status status) {
+  switch (status) {
+    case ConnectionFailed:
+      return StatusConnectFailed;
+    case Unauthorized:
+      return StatusServerRefused;
+    case Unsupported:
+      return StatusServerUnsupported;
+    default:
+      return StatusOk;
+  }
+}
+
+}  // namespace
+
+bool ServerSupported(const char* url, StatusCode* code, std::string* message) {
+  if (url == nullptr) return false;
+  const Status status = vantry::CheckServer(url, ForwardAuth, message);
+  if (code != nullptr) *code = CodeOf(status);
+  return status == Ok;
+}
+
+}  // namespace VtDirectManager

@@ -1,0 +1,80 @@
+#include "base/tracers.h"
+#include "browsing/create_file_server.h"
+#include "connection/server_check.h"
+#include "public/host_callbacks.h"
+#include "public/object_address.h"
+#include "public/server_table.h"
+#include "public/vt_direct_manager.h"
+
+namespace VtDirectManager {
+
+using namespace lxservices::cms_interface;
+
+namespace {
+
+bool IsSupported(const char* url) {
+  return vantry::CheckServer(url, ForwardAuth, nullptr) == Ok;
+}
+
+bool IsVantry(const std::shared_ptr<FileServer>& server) {
+  return dynamic_cast<vantry::VantryFileServer*>(server.get()) != nullptr;
+}
+
+// A server that stays out of the table lives for one call alone.
+std::shared_ptr<FileServer> FindOrMakeServer(const char* url, bool remember) {
+  auto server = FindServerByUrl(url);
+  if (server != nullptr || url == nullptr || !IsSupported(url)) return server;
+  return remember ? AddServerWithDerivedNickname(url) : CreateFileServer(url, ForwardAuth);
+}
+
+const char* TextOrEmpty(const char* text) {
+  return text != nullptr ? text : "";
+}
+
+std::string LookUpCadName(const char* url, const char* cadName) {
+  const auto server = FindOrMakeServer(url, true);
+  if (!IsVantry(server)) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to establish connection to server  at  URL %s\n",
+                     TextOrEmpty(url));
+    return {};
+  }
+  const std::string id = server->UIDFromVantryCadName(cadName);
+  if (!id.empty()) return UidOfId(*server, id);
+  VtDirectTracer()(dp::TraceType::Error, "Failed to find a CAD name %s at server URL %s\n",
+                   TextOrEmpty(cadName), TextOrEmpty(url));
+  return {};
+}
+
+}  // namespace
+
+std::string UIDFromVantryCadName(const char* url, const char* cadName) {
+  std::string uid = LookUpCadName(url, cadName);
+  if (uid.empty()) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to inquire uid for CAD Name %s, at server URL %s\n",
+                     TextOrEmpty(cadName), TextOrEmpty(url));
+  }
+  return uid;
+}
+
+std::string UIDFromVantryParams(const char* url, const char* documentId, const char* workspace,
+                                bool remember) {
+  const auto server = FindOrMakeServer(url, remember);
+  if (!IsVantry(server)) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to connect to server: %s\n", TextOrEmpty(url));
+    return {};
+  }
+  const std::string id = server->UIDFromVantryParams(documentId, workspace);
+  if (id.empty()) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to find a sensible object: %s %s\n",
+                     TextOrEmpty(documentId), TextOrEmpty(workspace));
+    return {};
+  }
+  std::string uid = UidOfId(*server, id);
+  if (uid.empty()) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to retrieve object: %s %s\n", TextOrEmpty(documentId),
+                     id.c_str());
+  }
+  return uid;
+}
+
+}  // namespace VtDirectManager

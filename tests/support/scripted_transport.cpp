@@ -1,0 +1,128 @@
+#include "tests/support/scripted_transport.h"
+
+#include <memory>
+#include <ostream>
+#include <utility>
+
+namespace vtdirect_test {
+namespace {
+
+ScriptedTransport* current = nullptr;
+
+class ScriptedConnection final : public du::http::Connection {
+ public:
+  explicit ScriptedConnection(std::string server) : server(std::move(server)) {}
+  std::string server;
+};
+
+std::string ReadAll(du::http::FileSource& source) {
+  std::string text;
+  std::uint8_t buffer[777];
+  std::size_t count = 0;
+  while (source.Read(buffer, sizeof buffer, &count) == du::http::ErrorCode::Done && count > 0) {
+    text.append(reinterpret_cast<const char*>(buffer), count);
+  }
+  return text;
+}
+
+std::string MethodName(du::http::Method method) {
+  switch (method) {
+    case du::http::Method::Get:
+      return "GET";
+    case du::http::Method::Post:
+      return "POST";
+    case du::http::Method::Patch:
+      return "PATCH";
+  }
+  return "method " + std::to_string(static_cast<int>(method));
+}
+
+// Delivers a body in pieces of an odd size, as a network does.
+du::http::ErrorCode Deliver(const Answer& answer, du::http::FileSink* sink) {
+  using du::http::ErrorCode;
+  if (sink == nullptr) return ErrorCode::Done;
+  if (const auto error = sink->Begin(answer.status, answer.body.size()); error != ErrorCode::Done)
+    return error;
+  constexpr std::size_t piece = 4099;
+  for (std::size_t position = 0; position < answer.body.size(); position += piece) {
+    const std::size_t count = std::min(piece, answer.body.size() - position);
+    const auto* data = reinterpret_cast<const std::uint8_t*>(answer.body.data()) + position;
+    if (const auto error = sink->Write(data, count); error != ErrorCode::Done) return error;
+  }
+  return sink->Finish();
+}
+
+}  // namespace
+
+void PrintTo(const SentRequest& request, std::ostream* out) {
+  *out << request.line << " to " << request.server << "\n" << request.headers;
+  if (request.body) *out << "\n\n" << *request.body;
+}
+
+ScriptedTransport::ScriptedTransport() {
+  current = this;
+}
+ScriptedTransport::~ScriptedTransport() {
+  current = nullptr;
+}
+
+ScriptedTransport& ScriptedTransport::Then(int status, std::string body) {
+  return Then(Answer{status, std::move(body)});
+}
+
+ScriptedTransport& ScriptedTransport::Then(Answer answer) {
+  script_.push_back(std::move(answer));
+  return *this;
+}
+
+ScriptedTransport& ScriptedTransport::ThenFail(du::http::ErrorCode error) {
+  return Then(Answer{0, {}, error});
+}
+
+std::vector<std::string> ScriptedTransport::lines() const {
+  std::vector<std::string> lines;
+  for (const auto& request : requests_) lines.push_back(request.line);
+  return lines;
+}
+
+std::unique_ptr<du::http::Connection> ScriptedTransport::Connect(const char* uri) {
+  connections_.emplace_back(uri);
+  if (refusedConnections_ > 0) {
+    --refusedConnections_;
+    return nullptr;
+  }
+  return std::make_unique<ScriptedConnection>(uri);
+}
+
+du::http::ErrorCode ScriptedTransport::Exchange(const std::string& server, const du::http::CommonAuth& auth,
+                                                const du::http::Request& request, int* httpStatus) {
+  SentRequest sent{server, MethodName(request.method) + " " + request.uri, ReadAll(*request.headers), {}};
+  if (request.body != nullptr) sent.body = ReadAll(*request.body);
+  requests_.push_back(std::move(sent));
+  clientMarks_.emplace_back(auth.header);
+  if (script_.empty()) return du::http::ErrorCode::NoConnection;
+  const Answer answer = std::move(script_.front());
+  script_.pop_front();
+  for (int demand = 0; demand < answer.demands; ++demand) authResults_.push_back(auth.reauthenticate());
+  if (answer.error != du::http::ErrorCode::Done) return answer.error;
+  const auto delivered = Deliver(answer, request.sink);
+  if (delivered == du::http::ErrorCode::Done) *httpStatus = answer.status;
+  return delivered;
+}
+
+}  // namespace vtdirect_test
+
+namespace du::http {
+
+std::unique_ptr<Connection> ConnectURI(const char* uri, const char*, const char*) {
+  return vtdirect_test::current != nullptr ? vtdirect_test::current->Connect(uri) : nullptr;
+}
+
+ErrorCode DoRequestWithCommonAuth(Connection& connection, const CommonAuth& auth, const Request& request,
+                                  int* httpStatus) {
+  if (vtdirect_test::current == nullptr) return ErrorCode::NoConnection;
+  const auto& scripted = static_cast<vtdirect_test::ScriptedConnection&>(connection);
+  return vtdirect_test::current->Exchange(scripted.server, auth, request, httpStatus);
+}
+
+}  // namespace du::http

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <deque>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "connection/platform/http.h"
+
+namespace vtdirect_test {
+
+/// One request as the library sent it, as a test compares it.
+struct SentRequest {
+  std::string server;   ///< the URL that the connection was made for
+  std::string line;     ///< method and URI: "GET servlet/OrvetGW"
+  std::string headers;  ///< the header text, joined by CR LF
+  std::optional<std::string> body;
+  friend bool operator==(const SentRequest&, const SentRequest&) = default;
+};
+void PrintTo(const SentRequest& request, std::ostream* out);
+
+/// What the script answers.
+struct Answer {
+  int status = 200;
+  std::string body;
+  du::http::ErrorCode error = du::http::ErrorCode::Done;
+  /// Called before the answer goes out, as a server's demand for authentication; the value is how often
+  /// reauthenticate is asked.
+  int demands = 0;
+};
+
+/// Takes the place of the platform's HTTP part: answers from a script, in order, and keeps what was sent. One
+/// lives at a time. A request behind the end of the script finds no connection.
+class ScriptedTransport {
+ public:
+  ScriptedTransport();
+  ~ScriptedTransport();
+  ScriptedTransport(const ScriptedTransport&) = delete;
+  ScriptedTransport& operator=(const ScriptedTransport&) = delete;
+
+  /// Adds to the script.
+  ScriptedTransport& Then(int status, std::string body = {});
+  ScriptedTransport& Then(Answer answer);
+  /// The exchange fails with this code.
+  ScriptedTransport& ThenFail(du::http::ErrorCode error);
+
+  /// The next `count` calls of ConnectURI give nothing.
+  void RefuseConnections(int count) { refusedConnections_ = count; }
+
+  [[nodiscard]] const std::vector<SentRequest>& requests() const { return requests_; }
+  /// Method and URI of all requests, in order.
+  [[nodiscard]] std::vector<std::string> lines() const;
+  /// Answers of the script that nobody asked for.
+  [[nodiscard]] std::size_t unanswered() const { return script_.size(); }
+  /// URLs that ConnectURI was called with, in order.
+  [[nodiscard]] const std::vector<std::string>& connections() const { return connections_; }
+  /// The client marks that requests carried, in order.
+  [[nodiscard]] const std::vector<std::string>& clientMarks() const { return clientMarks_; }
+  /// What reauthenticate gave, in order.
+  [[nodiscard]] const std::vector<bool>& authResults() const { return authResults_; }
+  void ClearRequests() { requests_.clear(); }
+
+  // For the two entry points.
+  std::unique_ptr<du::http::Connection> Connect(const char* uri);
+  du::http::ErrorCode Exchange(const std::string& server, const du::http::CommonAuth& auth,
+                               const du::http::Request& request, int* httpStatus);
+
+ private:
+  std::deque<Answer> script_;
+  std::vector<SentRequest> requests_;
+  std::vector<std::string> connections_;
+  std::vector<std::string> clientMarks_;
+  std::vector<bool> authResults_;
+  int refusedConnections_ = 0;
+};
+
+}  // namespace vtdirect_test
