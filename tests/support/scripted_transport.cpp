@@ -1,5 +1,6 @@
 #include "tests/support/scripted_transport.h"
 
+#include <algorithm>
 #include <memory>
 #include <ostream>
 #include <utility>
@@ -11,7 +12,7 @@ ScriptedTransport* current = nullptr;
 
 class ScriptedConnection final : public du::http::Connection {
  public:
-  explicit ScriptedConnection(std::string server) : server(std::move(server)) {}
+  explicit ScriptedConnection(std::string url) : server(std::move(url)) {}
   std::string server;
 };
 
@@ -107,6 +108,7 @@ du::http::ErrorCode ScriptedTransport::Exchange(const std::string& server, const
   if (answer.error != du::http::ErrorCode::Done) return answer.error;
   const auto delivered = Deliver(answer, request.sink);
   if (delivered == du::http::ErrorCode::Done) *httpStatus = answer.status;
+  if (answer.afterwards) answer.afterwards();
   return delivered;
 }
 

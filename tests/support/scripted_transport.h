@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <iosfwd>
 #include <optional>
 #include <string>
@@ -28,6 +29,8 @@ struct Answer {
   /// Called before the answer goes out, as a server's demand for authentication; the value is how often
   /// reauthenticate is asked.
   int demands = 0;
+  /// Called when the whole answer has been delivered: for what happens to local files behind it.
+  std::function<void()> afterwards = {};
 };
 
 /// Takes the place of the platform's HTTP part: answers from a script, in order, and keeps what was sent. One
