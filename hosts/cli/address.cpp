@@ -64,7 +64,11 @@ std::optional<Failure> RequireListedServer(const std::string& address, AddressKi
 }
 
 std::string FileNameOf(const std::string& address) {
-  const std::string name = VtDirectManager::GetFileName(address.c_str());
+  // The library takes a bare path for a text without a name and would ask the server; the full form of the same
+  // path is answered from its text.
+  const std::string full =
+      IsBarePath(address) ? VtDirectManager::GetVFSLocationPrefix() + (":" + address) : address;
+  const std::string name = VtDirectManager::GetFileName(full.c_str());
   // A path by id ("//plm/?id=D1001") holds an id where others hold a name. An escaped name has no "?" in it.
   if (name.find('?') == std::string::npos) return name;
   const std::string uid = VtDirectManager::GetUID(address.c_str());

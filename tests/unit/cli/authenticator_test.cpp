@@ -1,0 +1,136 @@
+#include "hosts/cli/authenticator.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr const char* kServer = "https://plm.example/vt/";
+
+class AuthenticatorTest : public testing::Test {
+ protected:
+  Authenticator Make(const std::vector<std::string>& named = {kServer}) {
+    CredentialSinks sinks;
+    sinks.setPassword = [this](const std::string& url, const std::string& user, const std::string& password) {
+      set_.push_back(url + " " + user + ":" + password);
+    };
+    sinks.setToken = [this](const std::string& url, const std::string& token) {
+      set_.push_back(url + " token " + token);
+    };
+    return {sources_, sinks, named};
+  }
+  void Netrc(const std::string& text) {
+    sources_.netrc = [this, text] {
+      ++netrcReads_;
+      return ReadNetrc(text);
+    };
+  }
+  void Prompt(const std::string& password) {
+    sources_.prompt = [this, password](const std::string& origin, const std::string& user) {
+      asked_.push_back(origin + " " + user);
+      return PasswordCredentials{user.empty() ? "typed" : user, password};
+    };
+  }
+
+  CredentialSources sources_;
+  std::vector<std::string> set_;
+  std::vector<std::string> asked_;
+  int netrcReads_ = 0;
+};
+
+}  // namespace
+
+TEST_F(AuthenticatorTest, TriesTokenEnvironmentNetrcAndThreeQuestionsInThisOrderOnceEach) {
+  sources_.token = "t";
+  sources_.user = "joe";
+  sources_.password = "e";
+  Netrc("machine plm.example login joe password n");
+  Prompt("p");
+  Authenticator authenticator = Make();
+  for (int i = 0; i < 6; ++i) EXPECT_TRUE(authenticator.Answer(kServer)) << i;
+  EXPECT_FALSE(authenticator.refused());
+  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_EQ(authenticator.refusal(), "https://plm.example refused the credentials");
+  const std::string at = kServer;
+  EXPECT_THAT(set_, ElementsAre(at + " token t", at + " joe:e", at + " joe:n", at + " joe:p", at + " joe:p",
+                                at + " joe:p"));
+  EXPECT_EQ(netrcReads_, 1);
+}
+
+TEST_F(AuthenticatorTest, WithNothingTellsHowToGiveCredentials) {
+  Authenticator authenticator = Make();
+  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_THAT(authenticator.refusal(),
+              HasSubstr("https://plm.example demands credentials; set VTDIRECT_USER"));
+}
+
+TEST_F(AuthenticatorTest, DoesNotSendWrongEnvironmentCredentialsTwice) {
+  sources_.user = "joe";
+  sources_.password = "wrong";
+  Authenticator authenticator = Make();
+  EXPECT_TRUE(authenticator.Answer(kServer));
+  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_FALSE(authenticator.Answer("https://plm.example/other/"));
+  EXPECT_EQ(set_.size(), 1U);
+}
+
+TEST_F(AuthenticatorTest, TakesThePasswordOfANamedUserFromTheNetrcFile) {
+  sources_.user = "ann";
+  Netrc("machine plm.example login joe password 1 machine plm.example login ann password 2");
+  Authenticator authenticator = Make();
+  EXPECT_TRUE(authenticator.Answer(kServer));
+  EXPECT_THAT(set_, ElementsAre(std::string(kServer) + " ann:2"));
+}
+
+TEST_F(AuthenticatorTest, StopsAskingWhenTheUserGivesUp) {
+  sources_.prompt = [this](const std::string& origin,
+                           const std::string&) -> std::optional<PasswordCredentials> {
+    asked_.push_back(origin);
+    return std::nullopt;
+  };
+  Authenticator authenticator = Make();
+  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_THAT(asked_, ElementsAre("https://plm.example"));
+}
+
+TEST_F(AuthenticatorTest, GivesNothingToAServerThatTheUserHasNotNamed) {
+  sources_.user = "joe";
+  sources_.password = "e";
+  Netrc("default login d password d machine evil.example login e password e");
+  Prompt("p");
+  Authenticator authenticator = Make();
+  for (const char* url : {"https://evil.example/", "http://plm.example/vt/", "https://plm.example:8443/vt/",
+                          "https://plm.example@evil.example/", "https://plm.example.evil.example/", ""}) {
+    EXPECT_FALSE(authenticator.Answer(url)) << url;
+    EXPECT_TRUE(authenticator.refused());
+  }
+  EXPECT_THAT(set_, IsEmpty());
+  EXPECT_THAT(asked_, IsEmpty());
+  EXPECT_THAT(authenticator.refusal(), HasSubstr("go only to servers that you have named"));
+}
+
+TEST_F(AuthenticatorTest, FollowsAServerFromHttpToHttpsAtTheUsualPortsOnly) {
+  sources_.user = "joe";
+  sources_.password = "e";
+  Authenticator authenticator = Make({"http://plm.example/vt", "http://other.example:8080/vt"});
+  EXPECT_TRUE(authenticator.Answer("https://plm.example/vt"));
+  EXPECT_FALSE(authenticator.Answer("https://plm.example:8443/vt"));
+  EXPECT_FALSE(authenticator.Answer("https://other.example/vt"));
+}
+
+TEST_F(AuthenticatorTest, KeepsServersApart) {
+  sources_.token = "t";
+  Authenticator authenticator = Make({"https://a.example/", "https://b.example/"});
+  EXPECT_TRUE(authenticator.Answer("https://a.example/"));
+  EXPECT_FALSE(authenticator.Answer("https://a.example/"));
+  EXPECT_TRUE(authenticator.Answer("https://b.example/"));
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,72 @@
+#include "hosts/cli/command_line.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace vtdirect_cli {
+namespace {
+
+CommandLine Parse(std::vector<const char*> words) {
+  words.insert(words.begin(), "vtdirect");
+  return ParseCommandLine(static_cast<int>(words.size()), words.data());
+}
+
+void ExpectUsageFailure(std::vector<const char*> words) {
+  const CommandLine line = Parse(std::move(words));
+  ASSERT_TRUE(line.failure);
+  EXPECT_EQ(line.failure->code, ExitCode::Usage);
+}
+
+}  // namespace
+
+TEST(CommandLine, TakesGlobalOptionsInFrontOfTheCommandAndBehindIt) {
+  const CommandLine line = Parse({"-s", "a=http://a/", "get", "//a/x", "--json", "--server=b=http://b/"});
+  ASSERT_NE(line.command, nullptr);
+  EXPECT_STREQ(line.command->name, "get");
+  EXPECT_THAT(line.arguments.All("server"), ElementsAre("a=http://a/", "b=http://b/"));
+  EXPECT_EQ(line.arguments.Text("ADDRESS"), "//a/x");
+  EXPECT_TRUE(line.arguments.Has("json"));
+  EXPECT_FALSE(line.arguments.Has("quiet"));
+}
+
+TEST(CommandLine, LetsTheLastOfSeveralValuesCount) {
+  EXPECT_EQ(Parse({"servers", "--config", "a", "--config", "b"}).arguments.Text("config"), "b");
+}
+
+TEST(CommandLine, TakesADashAsAValueAndWhatStandsBehindTwoDashesAsAnOperand) {
+  EXPECT_EQ(Parse({"get", "-o", "-", "x"}).arguments.Text("output"), "-");
+  EXPECT_EQ(Parse({"get", "-o-", "x"}).arguments.Text("output"), "-");
+  EXPECT_EQ(Parse({"get", "--", "-x"}).arguments.Text("ADDRESS"), "-x");
+}
+
+TEST(CommandLine, TakesAnAddressByteByByte) {
+  const char* const uid = "korvufenloom-vt://h/vt/?id=D1|W2&file=/a%7Cb [c],{d}=\\'\"\xFF";
+  EXPECT_EQ(Parse({"uid", uid}).arguments.Text("ADDRESS"), uid);
+}
+
+TEST(CommandLine, RefusesWhatTheTableDoesNotHold) {
+  ExpectUsageFailure({});
+  ExpectUsageFailure({"bogus"});
+  ExpectUsageFailure({"--bogus", "servers"});
+  ExpectUsageFailure({"servers", "--output", "x"});
+  ExpectUsageFailure({"uid"});
+  ExpectUsageFailure({"uid", "a", "b"});
+  ExpectUsageFailure({"servers", "--config"});
+  ExpectUsageFailure({"--password", "x", "servers"});
+}
+
+TEST(CommandLine, ShowsTheHelpTextOfTheProgramOrOfTheCommand) {
+  EXPECT_THAT(Parse({"--help"}).text, StartsWith("Usage: vtdirect [options] COMMAND"));
+  EXPECT_THAT(Parse({"get", "--help"}).text, StartsWith("Usage: vtdirect [options] get [options] ADDRESS\n"));
+  EXPECT_THAT(Parse({"--help", "uid"}).text, StartsWith("Usage: vtdirect [options] "));
+}
+
+TEST(CommandLine, ShowsTheVersion) {
+  EXPECT_THAT(Parse({"--version"}).text, StartsWith("vtdirect "));
+}
+
+}  // namespace vtdirect_cli

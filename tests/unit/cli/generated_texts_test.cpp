@@ -1,0 +1,82 @@
+#include "hosts/cli/generated_texts.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <set>
+#include <sstream>
+
+#include "hosts/cli/exit_code.h"
+#include "tests/support/temporary_directory.h"
+
+using testing::HasSubstr;
+
+namespace vtdirect_cli {
+namespace {
+
+// "--no-prompt" as the manual page writes it.
+std::string Set(std::string text) {
+  for (std::size_t at = 0; (at = text.find('-', at)) != std::string::npos; at += 2) text.insert(at, "\\");
+  return text;
+}
+
+void ExpectNamed(const OptionRow& row, const std::string& help) {
+  const std::string name = "--" + std::string(row.name);
+  EXPECT_THAT(help, HasSubstr(name));
+  EXPECT_THAT(ManualPage(), HasSubstr(Set(name)));
+  EXPECT_THAT(BashCompletion(), HasSubstr(name));
+}
+
+}  // namespace
+
+TEST(GeneratedTexts, NameEveryCommandAndEveryOption) {
+  for (const OptionRow& row : GlobalOptions()) ExpectNamed(row, HelpText(nullptr));
+  for (const CommandRow& row : Commands()) {
+    EXPECT_THAT(HelpText(nullptr), HasSubstr("\n  " + std::string(row.name) + " "));
+    EXPECT_THAT(ManualPage(), HasSubstr(".SS vtdirect " + std::string(row.name)));
+    for (const OptionRow& option : row.options) ExpectNamed(option, HelpText(&row));
+  }
+}
+
+TEST(GeneratedTexts, TellEveryExitStatus) {
+  for (const ExitCodeRow& row : ExitCodes()) {
+    const std::string number = std::to_string(static_cast<int>(row.code));
+    EXPECT_THAT(HelpText(nullptr), HasSubstr("\n  " + number + " "));
+    EXPECT_THAT(ManualPage(), HasSubstr(".B " + number + " " + Set(row.name)));
+  }
+}
+
+TEST(GeneratedTexts, FitEightyColumns) {
+  std::istringstream help(HelpText(nullptr));
+  for (std::string line; std::getline(help, line);) EXPECT_LE(line.size(), 80U) << line;
+}
+
+TEST(GeneratedTexts, AreWhatIsInstalled) {
+  // A difference here means: run "vtdirect --generate manual" and "--generate completion" again.
+  EXPECT_EQ(vtdirect_test::ReadFile(CLI_FOLDER "/vtdirect.1"), ManualPage());
+  EXPECT_EQ(vtdirect_test::ReadFile(CLI_FOLDER "/vtdirect.bash-completion"), BashCompletion());
+}
+
+TEST(Tables, GiveEachNameOnce) {
+  std::set<std::string> names;
+  for (const OptionRow& row : GlobalOptions()) EXPECT_TRUE(names.insert(row.name).second) << row.name;
+  for (const CommandRow& command : Commands()) {
+    std::set<std::string> own = names;
+    for (const OptionRow& row : command.options) EXPECT_TRUE(own.insert(row.name).second) << row.name;
+  }
+}
+
+TEST(ExitCodes, AreTheNumbersThatScriptsRelyOn) {
+  EXPECT_EQ(static_cast<int>(ExitCode::Usage), 2);
+  EXPECT_EQ(static_cast<int>(ExitCode::CannotConnect), 3);
+  EXPECT_EQ(static_cast<int>(ExitCode::AuthenticationRefused), 4);
+  EXPECT_EQ(static_cast<int>(ExitCode::ServerUnsupported), 5);
+  EXPECT_EQ(static_cast<int>(ExitCode::NotFound), 6);
+  EXPECT_EQ(static_cast<int>(ExitCode::DownloadFailed), 7);
+  EXPECT_EQ(static_cast<int>(ExitCode::LocalFile), 8);
+  EXPECT_EQ(static_cast<int>(ExitCode::ServerNotListed), 9);
+  EXPECT_EQ(static_cast<int>(ExitCode::Interrupted), 130);
+  EXPECT_STREQ(NameOf(ExitCode::NotFound), "not-found");
+}
+
+}  // namespace vtdirect_cli

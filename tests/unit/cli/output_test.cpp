@@ -1,0 +1,75 @@
+#include "hosts/cli/output.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace vtdirect_cli {
+namespace {
+
+class OutputTest : public testing::Test {
+ protected:
+  std::ostringstream out_;
+  std::ostringstream err_;
+  Output output_{out_, err_};
+};
+
+}  // namespace
+
+TEST_F(OutputTest, ShowsARecordAsLines) {
+  output_.Configure("info", false, false);
+  output_.Lines(
+      {{"name", std::string("a\x1B")}, {"exists", true}, {"there", false}, {"bytes", std::uint64_t{7}}});
+  EXPECT_EQ(out_.str(), "name: a\\x1B\nexists: yes\nthere: no\nbytes: 7\n");
+  EXPECT_EQ(err_.str(), "");
+}
+
+TEST_F(OutputTest, ShowsARowWithTabs) {
+  output_.Configure("servers", false, false);
+  output_.Row({{"nickname", std::string("plm\t")}, {"url", std::string("http://h/")}});
+  EXPECT_EQ(out_.str(), "plm\\x09\thttp://h/\n");
+}
+
+TEST_F(OutputTest, WritesOneJsonObjectALineInAscii) {
+  output_.Configure("info", true, false);
+  output_.Lines(
+      {{"name", std::string("gr\xC3\xBC\xC3\x9F \"\\\n\x1B\xFF\xC2\x9B")}, {"n", std::uint64_t{1}}});
+  output_.Row({{"b", true}});
+  EXPECT_EQ(
+      out_.str(),
+      "{\"schema\":1,\"command\":\"info\",\"name\":\"gr\\u00FC\\u00DF \\\"\\\\\\n\\u001B\\uFFFD\\u009B\","
+      "\"n\":1}\n{\"schema\":1,\"command\":\"info\",\"b\":true}\n");
+}
+
+TEST_F(OutputTest, KeepsNotesAndFailuresFromStandardOutput) {
+  output_.Configure("get", false, false);
+  output_.Note("saved x");
+  output_.JsonOnly({{"a", true}});
+  EXPECT_EQ(output_.Fail({ExitCode::NotFound, "not found: x\n"}), ExitCode::NotFound);
+  EXPECT_EQ(out_.str(), "");
+  EXPECT_EQ(err_.str(), "vtdirect: saved x\nvtdirect: not found: x\\x0A\n");
+}
+
+TEST_F(OutputTest, IsQuietOfNotesAndNotOfFailures) {
+  output_.Configure("get", false, true);
+  output_.Note("saved x");
+  static_cast<void>(output_.Fail({ExitCode::Usage, "wrong"}));
+  EXPECT_EQ(err_.str(), "vtdirect: wrong\n");
+}
+
+TEST_F(OutputTest, WritesAFailureAsJsonOnStandardError) {
+  output_.Configure("get", true, false);
+  static_cast<void>(output_.Fail({ExitCode::DownloadFailed, "broke off"}));
+  EXPECT_EQ(out_.str(), "");
+  EXPECT_EQ(err_.str(),
+            "{\"schema\":1,\"command\":\"get\",\"error\":\"download-failed\",\"exit\":7,\"message\":\"broke "
+            "off\"}\n");
+}
+
+TEST_F(OutputTest, TellsWhenResultsCouldNotBeWritten) {
+  EXPECT_TRUE(output_.Finish());
+  out_.setstate(std::ios::badbit);
+  EXPECT_FALSE(output_.Finish());
+}
+
+}  // namespace vtdirect_cli

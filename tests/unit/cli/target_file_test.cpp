@@ -1,0 +1,198 @@
+#include "hosts/cli/target_file.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "tests/support/temporary_directory.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using vtdirect_test::ReadFile;
+using vtdirect_test::WriteFile;
+
+namespace vtdirect_cli {
+namespace {
+
+class TargetFile : public testing::Test {
+ protected:
+  [[nodiscard]] std::string File(const std::string& name) const { return directory_.File(name); }
+  [[nodiscard]] static mode_t ModeOf(const std::string& path) {
+    struct stat facts = {};
+    EXPECT_EQ(stat(path.c_str(), &facts), 0);
+    return facts.st_mode & 07777U;
+  }
+  [[nodiscard]] std::unique_ptr<PendingFile> Pending(const std::string& name,
+                                                     const std::string& content) const {
+    int error = 0;
+    auto pending = PendingFile::Create(File(name), &error);
+    EXPECT_NE(pending, nullptr);
+    WriteFile(pending->path(), content);
+    return pending;
+  }
+  vtdirect_test::TemporaryDirectory directory_;
+};
+
+Target Settled(const std::string& option, const std::string& name = "n", bool noClobber = false) {
+  Target target;
+  EXPECT_FALSE(SettleTarget(option, name, noClobber, target));
+  return target;
+}
+
+}  // namespace
+
+TEST(SafeFileName, KeepsAnEscapedNameAsItIs) {
+  EXPECT_EQ(SafeFileName("Gabel \"vorn\" 50%25 ä.lxz"), "Gabel \"vorn\" 50%25 ä.lxz");
+  EXPECT_EQ(SafeFileName(""), "");
+  EXPECT_EQ(SafeFileName("a..b."), "a..b.");
+}
+
+TEST(SafeFileName, LeadsOutOfNoDirectoryAndHidesNowhere) {
+  EXPECT_EQ(SafeFileName(".."), "%2e.");
+  EXPECT_EQ(SafeFileName("."), "%2e");
+  EXPECT_EQ(SafeFileName(".bashrc"), "%2ebashrc");
+  EXPECT_EQ(SafeFileName("../../etc/passwd"), "%2e.%2f..%2fetc%2fpasswd");
+  EXPECT_EQ(SafeFileName("/etc"), "%2fetc");
+}
+
+TEST(SafeFileName, HoldsNoControlBytes) {
+  EXPECT_EQ(SafeFileName("a\nb\x7F\x1B"), "a%0ab%7f%1b");
+  EXPECT_EQ(SafeFileName(std::string("a\0b", 3)), "a%00b");
+}
+
+TEST_F(TargetFile, IsTheNameInTheCurrentDirectoryWithoutAnOption) {
+  EXPECT_TRUE(NeedsFileName(""));
+  EXPECT_EQ(Settled("", "surely-not-there.lxz").path, "surely-not-there.lxz");
+}
+
+TEST_F(TargetFile, IsStandardOutputForADash) {
+  EXPECT_FALSE(NeedsFileName("-"));
+  EXPECT_EQ(Settled("-").kind, Target::Kind::StandardOutput);
+}
+
+TEST_F(TargetFile, StandsInADirectoryThatIsNamed) {
+  ASSERT_EQ(mkdir(File("d").c_str(), 0700), 0);
+  EXPECT_TRUE(NeedsFileName(File("d")));
+  EXPECT_TRUE(NeedsFileName(File("none/")));
+  EXPECT_FALSE(NeedsFileName(File("none")));
+  EXPECT_EQ(Settled(File("d"), "n").path, File("d/n"));
+  EXPECT_EQ(Settled(File("d/"), "n").path, File("d/n"));
+}
+
+TEST_F(TargetFile, RefusesADirectoryInItsPlace) {
+  ASSERT_EQ(mkdir(File("d").c_str(), 0700), 0);
+  ASSERT_EQ(mkdir(File("d/n").c_str(), 0700), 0);
+  Target target;
+  const auto failure = SettleTarget(File("d"), "n", false, target);
+  ASSERT_TRUE(failure);
+  EXPECT_EQ(failure->code, ExitCode::LocalFile);
+}
+
+TEST_F(TargetFile, IsAWrittenDeviceAndNotAReplacedOne) {
+  EXPECT_EQ(Settled("/dev/null").kind, Target::Kind::Device);
+  ASSERT_EQ(mkfifo(File("p").c_str(), 0600), 0);
+  EXPECT_EQ(Settled(File("p"), "", true).kind, Target::Kind::Device);
+}
+
+TEST_F(TargetFile, RefusesAnExistingFileOnlyWhenAskedTo) {
+  WriteFile(File("f"), "x");
+  EXPECT_EQ(Settled(File("f")).path, File("f"));
+  Target target;
+  EXPECT_TRUE(SettleTarget(File("f"), "", true, target));
+}
+
+TEST_F(TargetFile, IsTheFileBehindALink) {
+  WriteFile(File("real"), "x");
+  ASSERT_EQ(symlink("real", File("link").c_str()), 0);
+  EXPECT_EQ(Settled(File("link")).path, File("real"));
+}
+
+TEST_F(TargetFile, StaysAsItWasUntilTheCommit) {
+  WriteFile(File("f"), "old");
+  auto pending = Pending("f", "new");
+  EXPECT_EQ(ReadFile(File("f")), "old");
+  EXPECT_EQ(pending->Commit(false), 0);
+  pending.reset();
+  EXPECT_EQ(ReadFile(File("f")), "new");
+  EXPECT_THAT(directory_.Entries(), ElementsAre("f"));
+}
+
+TEST_F(TargetFile, StaysAsItWasWithoutACommit) {
+  WriteFile(File("f"), "old");
+  Pending("f", "half").reset();
+  EXPECT_EQ(ReadFile(File("f")), "old");
+  EXPECT_THAT(directory_.Entries(), ElementsAre("f"));
+}
+
+TEST_F(TargetFile, IsReadableByItsOwnerAloneWhilePending) {
+  const auto pending = Pending("f", "x");
+  EXPECT_EQ(ModeOf(pending->path()), 0600U);
+}
+
+TEST_F(TargetFile, GetsThePermissionsThatTheUmaskLeaves) {
+  const mode_t before = umask(027);
+  EXPECT_EQ(Pending("f", "x")->Commit(false), 0);
+  EXPECT_EQ(umask(before), 027U);
+  EXPECT_EQ(ModeOf(File("f")), 0640U);
+}
+
+TEST_F(TargetFile, KeepsThePermissionsThatItHad) {
+  WriteFile(File("f"), "old");
+  ASSERT_EQ(chmod(File("f").c_str(), 0604), 0);
+  EXPECT_EQ(Pending("f", "new")->Commit(false), 0);
+  EXPECT_EQ(ModeOf(File("f")), 0604U);
+}
+
+TEST_F(TargetFile, ThatHasComeToBeIsNotReplacedWhenAskedNotTo) {
+  auto pending = Pending("f", "new");
+  WriteFile(File("f"), "other");
+  EXPECT_EQ(pending->Commit(true), EEXIST);
+  pending.reset();
+  EXPECT_EQ(ReadFile(File("f")), "other");
+  EXPECT_THAT(directory_.Entries(), ElementsAre("f"));
+  EXPECT_EQ(Pending("g", "new")->Commit(true), 0);
+  EXPECT_EQ(ReadFile(File("g")), "new");
+}
+
+TEST_F(TargetFile, NeedsADirectoryThatIsThere) {
+  int error = 0;
+  EXPECT_EQ(PendingFile::Create(File("none/f"), &error), nullptr);
+  EXPECT_EQ(error, ENOENT);
+}
+
+TEST_F(TargetFile, IsProbedWithoutBeingChanged) {
+  WriteFile(File("f"), "abc");
+  EXPECT_EQ(ProbeWritable(File("f")), 0);
+  EXPECT_EQ(ReadFile(File("f")), "abc");
+  EXPECT_EQ(ProbeWritable(File("none")), ENOENT);
+  EXPECT_EQ(ProbeWritable("/dev/full"), ENOSPC);
+}
+
+TEST_F(TargetFile, ThatMayNotGrowIsFoundOut) {
+  WriteFile(File("f"), std::string(1000, 'x'));
+  signal(SIGXFSZ, SIG_IGN);
+  const rlimit limit{1024, RLIM_INFINITY};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  EXPECT_EQ(ProbeWritable(File("f")), EFBIG);
+}
+
+TEST_F(TargetFile, IsCopiedWhole) {
+  const std::string content(200'000, 'y');
+  WriteFile(File("f"), content);
+  const int out = open(File("g").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_GE(out, 0);
+  EXPECT_EQ(CopyToDescriptor(File("f"), out), 0);
+  close(out);
+  EXPECT_EQ(ReadFile(File("g")), content);
+  const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
+  EXPECT_EQ(CopyToDescriptor(File("f"), full), ENOSPC);
+  close(full);
+}
+
+}  // namespace vtdirect_cli
