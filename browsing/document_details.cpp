@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "base/tracers.h"
+#include "browsing/latest_version.h"
 #include "documents/checkout_id.h"
 #include "documents/document_reads.h"
 
@@ -33,12 +34,34 @@ void FillAttributes(const DocumentRecord& record, std::map<std::string, std::str
   attributes["number"] = record.master.number;
 }
 
+// The newest version and the list of versions. One list serves both, and is read only when it is needed.
+void FillVersions(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
+                  const AskedDocument& asked, DocumentQuery& query) {
+  std::vector<DocCandidate> candidates;
+  bool isLatestOpen = query.latest != nullptr;
+  if (isLatestOpen) {
+    candidates = FindLatestCandidates(connection, services, asked);
+    isLatestOpen = !TakeLatestFromCandidate(candidates, asked, *query.latest);
+  }
+  if (query.versions == nullptr && !isLatestOpen) return;
+  std::vector<DocumentSummary> versions;
+  // A failure leaves the list empty, and the document then stands for its own newest version.
+  (void)ReadDocumentVersions(connection, asked.id, asked.record.contextId, versions);
+  if (isLatestOpen) TakeLatestFromVersions(versions, candidates, asked, *query.latest);
+  if (query.versions == nullptr) return;
+  for (const DocumentSummary& version : versions) {
+    query.versions->push_back({FormatWorkspaceId(asked.workspace, version.id), VersionText(version)});
+  }
+}
+
 }  // namespace
 
-Status GetDocumentDetails(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& /*services*/,
+Status GetDocumentDetails(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
                           const char* id, DocumentQuery& query) {
-  DocumentRecord record;
-  const Status status = ReadDocument(connection, ParseCheckoutId(id).field0, record);
+  const CheckoutId parsed = ParseCheckoutId(id);
+  AskedDocument asked{parsed.field0, WorkspaceOf(parsed), {}};
+  const DocumentRecord& record = asked.record;
+  const Status status = ReadDocument(connection, asked.id, asked.record);
   if (status != Ok) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id);
     return status;
@@ -47,6 +70,7 @@ Status GetDocumentDetails(const std::shared_ptr<VtConnection>& connection, const
     *query.current = MakeFileInfo(record);
     query.current->id = id;
   }
+  FillVersions(connection, services, asked, query);
   if (query.attributes != nullptr) FillAttributes(record, *query.attributes);
   if (query.contents != nullptr) {
     for (const ContentRecord& section : record.contentSections) {

@@ -5,6 +5,7 @@
 #include "browsing/document_details.h"
 #include "browsing/hvd_features.h"
 #include "connection/server_check.h"
+#include "documents/checkout_state.h"
 #include "documents/document_download.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -45,6 +46,10 @@ std::string VtRestLegacyFileServer::GetServerKey() {
 
 CheckoutServer* VtRestLegacyFileServer::GetCheckoutServer() {
   return this;
+}
+
+bool VtRestLegacyFileServer::GetCheckoutState(const char* id, VtCheckoutState& state) {
+  return vantry::GetCheckoutState(connection_, id, state);
 }
 
 void VtRestLegacyFileServer::ReadFeaturesOnce() {
@@ -110,9 +115,6 @@ std::string VtRestLegacyFileServer::UIDFromVantryParams(const char*, const char*
 }
 std::string VtRestLegacyFileServer::UIDFromVantryCadName(const char*) {
   return {};
-}
-bool VtRestLegacyFileServer::GetCheckoutState(const char*, VtCheckoutState&) {
-  return false;
 }
 bool VtRestLegacyFileServer::Checkout(const char*, FileInfo&) {
   return false;

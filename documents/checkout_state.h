@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
 #include <string>
+
+#include "connection/vt_connection.h"
 
 namespace lxservices::cms_interface {
 
@@ -14,4 +17,16 @@ struct VtCheckoutState {
   std::string checkedOutBy;
 };
 
+namespace vantry {
+
+/// Reads where a document stands: one GET on this thread, and a second one unless the id is that of a
+/// temporary checkout.
+/// @param id     a CheckoutId or a plain id; its first field is read
+/// @param state  written on success only
+/// @return false when the document could not be read, traced. Whether it is a working copy may have been left
+///         open by the server; it counts as none then.
+[[nodiscard]] bool GetCheckoutState(const std::shared_ptr<VtConnection>& connection, const char* id,
+                                    VtCheckoutState& state);
+
+}  // namespace vantry
 }  // namespace lxservices::cms_interface

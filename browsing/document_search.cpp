@@ -1,0 +1,94 @@
+#include "browsing/document_search.h"
+
+#include <optional>
+
+#include "connection/json_members.h"
+#include "connection/odata_page_reader.h"
+#include "connection/url_escape.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// Calls `take(row)` for each row of each page until it gives false.
+template <typename Take>
+void ForEachRow(const std::shared_ptr<VtConnection>& connection, std::string path, Take take) {
+  ODataPageReader reader(connection, std::move(path));
+  while (reader.Next()) {
+    if (!reader.page().IsObject()) return;
+    const rapidjson::Value* rows = FindArray(reader.page(), "value");
+    if (rows == nullptr) continue;
+    for (const auto& row : rows->GetArray()) {
+      if (!take(row)) return;
+    }
+  }
+}
+
+// A row without a text for its checkout status is none of ours: the server leaves the status null on some
+// rows, for reasons of its own, and a document whose status is unknown must not be taken for the newest.
+std::optional<DocCandidate> ReadCandidate(const rapidjson::Value& row) {
+  const rapidjson::Value* id = FindString(row, "ID");
+  const rapidjson::Value* version = FindString(row, "Version");
+  const rapidjson::Value* checkOutStatus = FindString(row, "CheckOutStatus");
+  if (id == nullptr || version == nullptr || checkOutStatus == nullptr) return std::nullopt;
+  return DocCandidate{std::string(TextView(*id)), std::string(TextView(*version)),
+                      checkOutStatus->GetStringLength() > 0};
+}
+
+std::vector<DocCandidate> Search(const std::shared_ptr<VtConnection>& connection, std::string path) {
+  std::vector<DocCandidate> candidates;
+  ForEachRow(connection, std::move(path), [&](const rapidjson::Value& row) {
+    if (auto candidate = ReadCandidate(row)) candidates.push_back(std::move(*candidate));
+    return true;
+  });
+  return candidates;
+}
+
+// Only the name is escaped; the blanks of the filter go out as they stand, and the transport makes them fit
+// for the wire. An apostrophe in the name is escaped like any other byte and not doubled.
+std::string FilterByName(const char* property, const std::string& name) {
+  return std::string("?$filter=") + property + " eq '" + EscapeForUrl(name) +
+         "'&$orderby=Version desc&$select=ID,Version,CheckOutStatus";
+}
+
+constexpr const char* newestVersionOnly = "&zvk.search.latestversion=true";
+
+}  // namespace
+
+std::vector<DocCandidate> SearchCadDocuments(const std::shared_ptr<VtConnection>& connection,
+                                             const std::string& name) {
+  return Search(connection, "servlet/odata/v1/CADDocumentMgmt/CADDocuments" + FilterByName("FileName", name) +
+                                newestVersionOnly);
+}
+
+std::vector<DocCandidate> SearchDynamicDocumentsV2(const std::shared_ptr<VtConnection>& connection,
+                                                   const std::string& name) {
+  return Search(connection, "servlet/odata/v2/DynamicDocMgmt/DynamicDocuments" +
+                                FilterByName("CADName", name) + newestVersionOnly);
+}
+
+std::vector<DocCandidate> SearchDynamicDocumentsV1(const std::shared_ptr<VtConnection>& connection,
+                                                   const std::string& name) {
+  return Search(connection,
+                "servlet/odata/v1/DynamicDocMgmt/DynamicDocuments" + FilterByName("CADName", name));
+}
+
+VersionEntry SearchFolderByCadName(const std::shared_ptr<VtConnection>& connection,
+                                   const std::string& cadName, const std::string& resource) {
+  // Unlike in the searches above the whole filter is escaped here, blanks and apostrophes included: the
+  // service that answers for folders wants it so, and the name is not escaped twice.
+  const std::string path = "servlet/odata/v4/DataAdmin/" + resource +
+                           "/FolderContents/ZVK.DynamicDocMgmt.DynamicDocument?$filter=" +
+                           EscapeForUrl("CADName eq '" + cadName + "'") +
+                           "&$orderby=Version desc&$select=CADName,ID,Version&$top=1";
+  VersionEntry found;
+  ForEachRow(connection, path, [&](const rapidjson::Value& row) {
+    const rapidjson::Value* id = FindString(row, "ID");
+    const rapidjson::Value* version = FindString(row, "Version");
+    if (id == nullptr || version == nullptr) return true;
+    found = {std::string(TextView(*id)), std::string(TextView(*version))};
+    return false;
+  });
+  return found;
+}
+
+}  // namespace lxservices::cms_interface::vantry
