@@ -1,1 +1,103 @@
-# Install rules: headers, libraries, the CMake package, pkg-config files, catalogues.
+# Install rules: headers, libraries, the CMake package, pkg-config files, catalogues, programs, .deb files.
+#
+# Components: runtime (shared libraries, catalogues), development (headers, static libraries, package files) and
+# programs, which is the default of whatever names none.
+include(CMakePackageConfigHelpers)
+
+set(VTDIRECT_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VtDirect)
+set(VTDIRECT_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+set(installed_libraries vtdirect)
+if(TARGET platform)
+  list(APPEND installed_libraries platform)
+endif()
+install(TARGETS ${installed_libraries} EXPORT VtDirectTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+install(EXPORT VtDirectTargets NAMESPACE VtDirect:: DESTINATION ${VTDIRECT_PACKAGE_DIR} COMPONENT development)
+
+install(DIRECTORY ${VTDIRECT_STAGED_HEADERS}/vtdirect DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        COMPONENT development)
+if(TARGET platform)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/catalogues/cmsinterface
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/vtdirect/catalogues COMPONENT runtime)
+endif()
+
+# The CMake package.
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/templates/VtDirectConfig.cmake.in
+                              ${PROJECT_BINARY_DIR}/VtDirectConfig.cmake
+                              INSTALL_DESTINATION ${VTDIRECT_PACKAGE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/VtDirectConfigVersion.cmake
+                                 COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/VtDirectConfig.cmake ${PROJECT_BINARY_DIR}/VtDirectConfigVersion.cmake
+        DESTINATION ${VTDIRECT_PACKAGE_DIR} COMPONENT development)
+
+# pkg-config. The prefix is found from where the file lies, so that an installed tree can be moved. A static
+# library's dependencies are named as plain requirements: they are shared libraries here, and "--static" would
+# ask for the static form of everything that libcurl itself is built from.
+file(RELATIVE_PATH VTDIRECT_PKGCONFIG_TO_PREFIX /prefix/${VTDIRECT_PKGCONFIG_DIR} /prefix)
+set(VTDIRECT_PC_REQUIRES "")
+set(VTDIRECT_PLATFORM_PC_REQUIRES "")
+if(TARGET platform)
+  list(APPEND VTDIRECT_PC_REQUIRES "vtdirect-platform = ${PROJECT_VERSION}")
+endif()
+if(NOT BUILD_SHARED_LIBS)
+  list(APPEND VTDIRECT_PC_REQUIRES expat)
+  list(APPEND VTDIRECT_PLATFORM_PC_REQUIRES libcurl)
+endif()
+list(JOIN VTDIRECT_PC_REQUIRES ", " VTDIRECT_PC_REQUIRES)
+set(pkgconfig_files vtdirect)
+if(TARGET platform)
+  list(APPEND pkgconfig_files vtdirect-platform)
+endif()
+foreach(name IN LISTS pkgconfig_files)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/templates/${name}.pc.in ${PROJECT_BINARY_DIR}/${name}.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${VTDIRECT_PKGCONFIG_DIR} COMPONENT development)
+endforeach()
+
+# Programs. hosts/cli installs its own with the pages that it writes; the simulator's stand here.
+if(TARGET vantry-sim)
+  install(TARGETS vantry-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
+  install(FILES ${PROJECT_SOURCE_DIR}/simulator/vantry-sim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+          COMPONENT programs OPTIONAL)
+  install(FILES ${PROJECT_SOURCE_DIR}/simulator/vantry-sim.bash-completion
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT programs RENAME vantry-sim
+          OPTIONAL)
+endif()
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+
+# Shared libraries are found beside each other, wherever the tree is put.
+if(BUILD_SHARED_LIBS)
+  set_target_properties(vtdirect PROPERTIES INSTALL_RPATH "$ORIGIN")
+  file(RELATIVE_PATH bin_to_lib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  if(TARGET vtdirect-cli)
+    set_target_properties(vtdirect-cli PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
+  endif()
+endif()
+
+# .deb files: cpack in the build directory.
+if(PROJECT_IS_TOP_LEVEL)
+  set(CPACK_GENERATOR DEB)
+  set(CPACK_PACKAGE_NAME vtdirect)
+  set(CPACK_PACKAGE_CONTACT "VtDirect maintainers <maintainers@vtdirect.example>")
+  set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "A Vantry server as a virtual file system")
+  set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
+  set(CPACK_DEB_COMPONENT_INSTALL ON)
+  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+  set(CPACK_DEBIAN_PACKAGE_SECTION libs)
+  find_program(VTDIRECT_SHLIBDEPS dpkg-shlibdeps)
+  if(VTDIRECT_SHLIBDEPS)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+  endif()
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvtdirect${PROJECT_VERSION_MAJOR})
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvtdirect-dev)
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+      "libvtdirect${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libexpat1-dev, libcurl4-openssl-dev")
+  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME vtdirect-tools)
+  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SECTION utils)
+  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_DEPENDS "libvtdirect${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+  include(CPack)
+endif()
