@@ -1,0 +1,55 @@
+#include "browsing/containers.h"
+
+#include "browsing/odata_rows.h"
+#include "connection/json_members.h"
+#include "connection/url_escape.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+constexpr const char* containersPath = "servlet/odata/v5/DataAdmin/Containers";
+
+}  // namespace
+
+std::string FindContainerId(const std::shared_ptr<VtConnection>& connection, const std::string& name,
+                            const char* type) {
+  std::string path = containersPath;
+  if (type != nullptr && *type != '\0') path.append("/").append(type);
+  path += "?$select=ID&$filter=" + EscapeForUrl("Name eq '" + name + "'");
+  std::string id;
+  bool found = false;
+  bool ambiguous = false;
+  (void)VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+    for (const auto& row : rows.GetArray()) {
+      const rapidjson::Value* rowId = FindString(row, "ID");
+      if (rowId == nullptr) continue;
+      // A name must mean exactly one container; with two, neither is taken.
+      ambiguous = found;
+      if (ambiguous) return false;
+      found = true;
+      id = TextView(*rowId);
+    }
+    return true;
+  });
+  return ambiguous ? std::string() : id;
+}
+
+bool ListContainers(const std::shared_ptr<VtConnection>& connection, const char* type,
+                    const DirEntryCallback& callback) {
+  const std::string path = std::string(containersPath) + "/" + type + "?$select=ID,Name";
+  return VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+    for (const auto& row : rows.GetArray()) {
+      const rapidjson::Value* id = FindString(row, "ID");
+      const rapidjson::Value* name = FindString(row, "Name");
+      if (id == nullptr || name == nullptr) continue;
+      DirEntryInfoExt entry;
+      entry.name = name->GetString();
+      entry.id = id->GetString();
+      entry.isDirectory = true;
+      callback(entry);
+    }
+    return true;
+  });
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "browsing/file_server.h"
+#include "connection/vt_connection.h"
+
+/// Contexts by the OData service, which calls them containers. Each call makes one GET a page, on this
+/// thread; nothing is cached or traced.
+namespace lxservices::cms_interface::vantry {
+
+/// The id of the one container with a name.
+/// @param name  an apostrophe in it is not doubled
+/// @param type  the OData type to look among; null or empty means all
+/// @return empty when there is none, and when there are several
+[[nodiscard]] std::string FindContainerId(const std::shared_ptr<VtConnection>& connection,
+                                          const std::string& name, const char* type);
+
+/// Delivers the containers of a type as directories.
+/// @return false when a page failed; what was delivered before stays delivered
+[[nodiscard]] bool ListContainers(const std::shared_ptr<VtConnection>& connection, const char* type,
+                                  const DirEntryCallback& callback);
+
+}  // namespace lxservices::cms_interface::vantry

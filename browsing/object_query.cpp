@@ -1,0 +1,15 @@
+#include "browsing/object_query.h"
+
+#include "connection/url_escape.h"
+
+namespace lxservices::cms_interface::vantry {
+
+bool QueryObjects(const std::shared_ptr<VtConnection>& connection, const std::string& typeId,
+                  const std::string& select, const std::string& filter, std::vector<RestItem>& rows) {
+  std::string path = "servlet/rest/objects?typeId=" + EscapeForUrl(typeId);
+  if (!select.empty()) path += "&$select=" + select;
+  if (!filter.empty()) path += "&$filter=" + filter;
+  return ReadRestItems(connection->http(), path, rows, false, nullptr);
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,38 @@
+#include "browsing/workspace_listing.h"
+
+#include "browsing/dir_entry.h"
+#include "documents/workspaces.h"
+
+namespace lxservices::cms_interface::vantry {
+
+bool ListWorkspaceDirs(const std::shared_ptr<VtConnection>& connection, const std::string& contextId,
+                       const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+  if ((flags & FileServer::Directories) == 0) return true;
+  WorkspaceList workspaces;
+  if (!ListUserWorkspaces(connection, contextId, workspaces)) return false;
+  for (const WorkspaceRecord& workspace : workspaces) EmitDirEntry(callback, workspace.name, "", true);
+  return true;
+}
+
+bool ListWorkspaceFiles(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId,
+                        const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+  if ((flags & FileServer::Files) == 0) return true;
+  DocumentList documents;
+  if (!ListWorkspaceDocuments(connection, workspaceId, documents)) return false;
+  for (const DocumentSummary& document : documents) {
+    EmitDirEntry(callback, document.master.cadName, "", false);
+  }
+  return true;
+}
+
+std::string FindWorkspaceIdByName(const std::shared_ptr<VtConnection>& connection, const std::string& name,
+                                  const std::string& contextId) {
+  WorkspaceList workspaces;
+  if (!ListWorkspaces(connection, contextId, workspaces)) return {};
+  for (const WorkspaceRecord& workspace : workspaces) {
+    if (workspace.name == name) return workspace.id;
+  }
+  return {};
+}
+
+}  // namespace lxservices::cms_interface::vantry
