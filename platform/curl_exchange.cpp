@@ -61,6 +61,7 @@ void CurlExchange::Start(du::http::FileSource* body, du::http::FileSink* sink,
   bodySize_ = body == nullptr ? std::nullopt : body->Size();
   bodySent_ = 0;
   status_ = 0;
+  headerEnded_ = false;
   unauthorizedSeen_ = false;
   headerBytes_ = 0;
   begun_ = false;
@@ -90,7 +91,8 @@ ErrorCode CurlExchange::Conclude(CURLcode result) {
     return ErrorCode::TooLarge;
   }
   if (result != CURLE_OK) return ErrorCodeOf(result);
-  if (status_ < 200) return ErrorCode::ProtocolFailure;
+  // curl is content with a connection that closes in the middle of a header.
+  if (status_ < 200 || !headerEnded_) return ErrorCode::ProtocolFailure;
   if (!BeginSink()) return failure_;
   return sink_->Finish();
 }
@@ -103,15 +105,20 @@ std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, v
     return 0;
   }
   if (exchange.lastMove_) exchange.lastMove_ = std::chrono::steady_clock::now();
-  exchange.ReadStatusLine(data, count);
+  exchange.ReadHeaderLine({data, count});
   return count;
 }
 
-void CurlExchange::ReadStatusLine(const char* data, std::size_t count) {
+void CurlExchange::ReadHeaderLine(std::string_view line) {
   // Header lines behind a body (trailers) must not change the status any more.
   if (begun_) return;
-  if (const int status = StatusOf({data, count}); status != 0) status_ = status;
-  if (status_ == 401) unauthorizedSeen_ = true;
+  if (const int status = StatusOf(line); status != 0) {
+    status_ = status;
+    headerEnded_ = false;
+    if (status == 401) unauthorizedSeen_ = true;
+  } else if (line == "\r\n" || line == "\n") {
+    headerEnded_ = true;
+  }
 }
 
 bool CurlExchange::BeginSink() {

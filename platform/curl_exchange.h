@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <exception>
 #include <optional>
+#include <string_view>
 
 #include "connection/platform/http.h"
 
@@ -43,7 +44,7 @@ class CurlExchange {
   static int OnRequestStarts(void* self, char*, char*, int, int);
   static int OnCloseSocket(void* self, curl_socket_t socket);
 
-  void ReadStatusLine(const char* data, std::size_t count);
+  void ReadHeaderLine(std::string_view line);
   [[nodiscard]] bool BeginSink();
   [[nodiscard]] std::size_t ReadBody(std::uint8_t* buffer, std::size_t capacity);
   [[nodiscard]] bool HasStalled(curl_off_t received, curl_off_t sent);
@@ -66,6 +67,7 @@ class CurlExchange {
   std::uint64_t bodySent_ = 0;
 
   int status_ = 0;                 ///< of the last status line, 1xx included
+  bool headerEnded_ = false;       ///< the empty line behind the last status line came
   bool unauthorizedSeen_ = false;  ///< a 401 came; only then may curl send the body once more
   std::size_t headerBytes_ = 0;
   bool begun_ = false;  ///< the sink has been begun

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vtdirect_test {
+
+/// The head of a request as it came off the wire.
+struct WireRequest {
+  std::string head;  ///< request line and header lines, each with its CR LF, without the closing empty line
+  std::string method;
+  std::string target;
+  std::string body;  ///< filled by Peer::ReadBody
+
+  /// The value of the first line with this name (any case), or "(none)".
+  [[nodiscard]] std::string Header(const std::string& name) const;
+  /// Names of all lines in their order.
+  [[nodiscard]] std::vector<std::string> HeaderNames() const;
+};
+
+/// One accepted connection, as a script plays on it.
+class Peer {
+ public:
+  using Recorder = std::function<void(const WireRequest&)>;
+  Peer(int socket, const std::atomic<bool>& stopping, Recorder record)
+      : socket_(socket), stopping_(stopping), record_(std::move(record)) {}
+
+  /// Reads the body that the head announces, by length or in chunks.
+  void ReadBody(WireRequest* request);
+  /// Reads and drops up to `count` bytes of what the client sends.
+  void ReadBytes(std::size_t count);
+  void Send(const std::string& bytes);
+  /// A complete answer with a Content-Length; the connection stays.
+  void Answer(int status, const std::string& body, const std::string& extraLines = "");
+  /// Closes orderly.
+  void Close();
+  /// Closes with a reset, as a server does that leaves unread data behind.
+  void Reset();
+  /// Says nothing until the client goes or the test is over.
+  void StaySilent();
+
+  [[nodiscard]] bool closed() const { return socket_ < 0; }
+
+ private:
+  friend class ScriptedServer;
+  [[nodiscard]] bool ReadMore();
+  [[nodiscard]] bool ReadHead(WireRequest* request);
+  void RecordOnce();
+  int socket_;
+  const std::atomic<bool>& stopping_;
+  Recorder record_;
+  const WireRequest* unrecorded_ = nullptr;
+  std::string pending_;
+  bool bodyRead_ = true;
+};
+
+/// A server on 127.0.0.1 that does what its script says, right or wrong.
+class ScriptedServer {
+ public:
+  /// Called for each request, on a thread of the connection.
+  using Script = std::function<void(Peer&, WireRequest&)>;
+
+  explicit ScriptedServer(Script script);
+  ~ScriptedServer();
+  ScriptedServer(const ScriptedServer&) = delete;
+  ScriptedServer& operator=(const ScriptedServer&) = delete;
+
+  [[nodiscard]] int port() const { return port_; }
+  [[nodiscard]] std::string Url() const { return "http://127.0.0.1:" + std::to_string(port_); }
+  /// TCP connections that were accepted.
+  [[nodiscard]] int connections() const { return connections_; }
+  /// Copies of all requests so far, each as it stood when its script first answered or ended.
+  [[nodiscard]] std::vector<WireRequest> requests() const;
+
+ private:
+  void Accept();
+  void Serve(int socket);
+  Script script_;
+  int port_ = 0;
+  int listener_;
+  std::atomic<bool> stopping_{false};
+  std::atomic<int> connections_{0};
+  mutable std::mutex mutex_;
+  std::vector<WireRequest> requests_;
+  std::vector<std::thread> threads_;
+  std::thread acceptor_;
+};
+
+/// A port of 127.0.0.1 that nobody listens on.
+int ClosedPort();
+
+}  // namespace vtdirect_test
