@@ -137,6 +137,11 @@ class HttpServer::Implementation final : public httplib::Server {
 
 HttpServer::Implementation::Implementation(Simulator& simulator, RequestLog& log)
     : simulator_(simulator), log_(log), faults_(simulator.options().faults) {
+  // The library would let two servers share a port, and clients would meet either of them.
+  set_socket_options([](socket_t socket) {
+    const int on = 1;
+    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+  });
   set_keep_alive_timeout(kKeepAliveSeconds);
   set_keep_alive_max_count(kKeepAliveRequests);
   new_task_queue = [] { return new ConnectionThreads; };

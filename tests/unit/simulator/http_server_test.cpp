@@ -1,0 +1,299 @@
+#include "simulator/http_server.h"
+
+#include <chrono>
+#include <thread>
+
+#include "raw_client.h"
+#include "simulator_fixture.h"
+
+namespace vantry_sim {
+namespace {
+
+class HttpServerTest : public SimulatorTest {
+ protected:
+  ~HttpServerTest() override { StopServer(); }
+
+  int Serve() {
+    options_.port = 0;
+    log_ = std::make_unique<RequestLog>((directory_ / "log").string());
+    server_ = std::make_unique<HttpServer>(Start(), *log_);
+    EXPECT_TRUE(server_->Bind());
+    thread_ = std::thread([this] { server_->Run(); });
+    return server_->port();
+  }
+
+  void StopServer() {
+    if (!server_) return;
+    server_->Stop();
+    if (thread_.joinable()) thread_.join();
+    server_.reset();
+  }
+
+  void Fault(const char* text) {
+    std::string error;
+    options_.faults.push_back(*ParseFaultRule(text, &error));
+  }
+
+  /// The log's lines, once the server has stopped.
+  std::vector<std::string> LogLines() {
+    StopServer();
+    std::vector<std::string> lines;
+    std::ifstream file(directory_ / "log");
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
+    return lines;
+  }
+
+  std::unique_ptr<RequestLog> log_;
+  std::unique_ptr<HttpServer> server_;
+  std::thread thread_;
+};
+
+TEST_F(HttpServerTest, ContentArrivesWholeWithItsLength) {
+  options_.seed.large_bytes = 3'000'001;
+  RawClient client(Serve());
+  const auto answer = client.Get("/servlet/rest/v1/content/streams/10090/scan");
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.headers.at("content-length"), "3000001");
+  EXPECT_TRUE(answer.complete);
+  EXPECT_EQ(answer.body, ReadFile(directory_ / "data/content/10090"));
+}
+
+TEST_F(HttpServerTest, EmptyContentIsAnswered) {
+  RawClient client(Serve());
+  const auto answer = client.Get("/servlet/rest/v1/content/streams/10100/empty");
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.headers.at("content-length"), "0");
+  EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);
+}
+
+TEST_F(HttpServerTest, LostContentFileIsA500) {
+  RawClient client(Serve());
+  std::filesystem::remove(directory_ / "data/content/10010");
+  EXPECT_EQ(client.Get("/servlet/rest/v1/content/streams/10010/x").status, 500);
+}
+
+TEST_F(HttpServerTest, OneConnectionServesThousandsOfRequestsQuickly) {
+  RawClient client(Serve());
+  const auto begin = std::chrono::steady_clock::now();
+  for (int i = 0; i < 5000; ++i) {
+    const auto answer = client.Get("/servlet/OrvetGW");
+    ASSERT_EQ(answer.status, 200) << i;
+  }
+  // A delayed acknowledgement in each exchange would take 40 ms of them, 200 s together.
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(60));
+  EXPECT_EQ(LogLines().size(), 5000U);
+}
+
+TEST_F(HttpServerTest, PipelinedRequestsAreAllAnswered) {
+  RawClient client(Serve());
+  const std::string request = "GET /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\n\r\n";
+  client.Send(request + request + request);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(client.Read().status, 200) << i;
+}
+
+TEST_F(HttpServerTest, IdleConnectionsDoNotStarveNewOnes) {
+  const int port = Serve();
+  std::vector<std::unique_ptr<RawClient>> idle;
+  for (int i = 0; i < 40; ++i) {
+    idle.push_back(std::make_unique<RawClient>(port));
+    ASSERT_EQ(idle.back()->Get("/servlet/OrvetGW").status, 200) << i;
+  }
+}
+
+TEST_F(HttpServerTest, HeadHasTheLengthAndNoBody) {
+  RawClient client(Serve());
+  client.Send("HEAD /servlet/rest/v1/content/streams/10090/x HTTP/1.1\r\nHost: h\r\n\r\n");
+  const auto answer = client.Read(10'000, true);
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.headers.at("content-length"), "4096");
+  EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);
+}
+
+TEST_F(HttpServerTest, KnownUserComesInAndOthersAreChallenged) {
+  options_.users = {{"anna", "pw"}};
+  RawClient client(Serve());
+  const auto refused = client.Get("/servlet/OrvetGW");
+  EXPECT_EQ(refused.status, 401);
+  EXPECT_EQ(refused.headers.at("www-authenticate"), "Basic realm=\"vantry-sim\", charset=\"UTF-8\"");
+  EXPECT_EQ(client.Get("/servlet/OrvetGW", "Authorization: Basic YW5uYTpwdw==\r\n").status, 200);
+}
+
+TEST_F(HttpServerTest, UnreadableRequestsGetAReason) {
+  const int port = Serve();
+  const std::pair<std::string, int> cases[] = {
+      {"nonsense\r\n\r\n", 400},
+      {"GET /" + std::string(9000, 'a') + " HTTP/1.1\r\n\r\n", 414},
+      {"GET / HTTP/9.9\r\n\r\n", 400},
+      {std::string(300'000, 'a'), 431},
+  };
+  for (const auto& [bytes, status] : cases) {
+    RawClient client(port);
+    client.Send(bytes);
+    const auto answer = client.Read();
+    EXPECT_EQ(answer.status, status) << bytes.substr(0, 40);
+    rapidjson::Document reason;
+    reason.Parse(answer.body.c_str());
+    ASSERT_TRUE(reason.IsObject()) << answer.body;
+    EXPECT_TRUE(reason["error"]["message"].IsString());
+    EXPECT_EQ(answer.headers.at("connection"), "close");
+    EXPECT_TRUE(client.ClosedByServer());
+  }
+}
+
+TEST_F(HttpServerTest, BodyOfAGetIsRefusedAndNotTakenForTheNextRequest) {
+  RawClient client(Serve());
+  client.Send(
+      "GET /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\nContent-Length: 33\r\n\r\nGET /servlet/smuggled "
+      "HTTP/1.1\r\n\r\n");
+  EXPECT_EQ(client.Read().status, 400);
+  EXPECT_TRUE(client.ClosedByServer());
+  EXPECT_EQ(LogLines().size(), 1U);
+}
+
+TEST_F(HttpServerTest, OtherMethodsAreRefusedAndTheConnectionStays) {
+  RawClient client(Serve());
+  client.Send("POST /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\nContent-Length: 5\r\n\r\nhello");
+  auto answer = client.Read();
+  EXPECT_EQ(answer.status, 405);
+  EXPECT_EQ(answer.headers.at("allow"), "GET");
+  client.Send("POST /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\n\r\n");
+  EXPECT_EQ(client.Read().status, 405);
+  client.Send(
+      "POST /x HTTP/1.1\r\nHost: h\r\nContent-Type: multipart/form-data; boundary=b\r\nContent-Length: "
+      "7\r\n\r\n--b\r\n\r\n");
+  EXPECT_EQ(client.Read().status, 404);
+  EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);
+}
+
+TEST_F(HttpServerTest, BodyBeyondTheLimitIs413WhetherAnnouncedOrChunked) {
+  options_.max_upload_bytes = 10;
+  const int port = Serve();
+  RawClient announced(port);
+  announced.Send("POST /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\nContent-Length: 11\r\n\r\nhello world");
+  EXPECT_EQ(announced.Read().status, 413);
+  EXPECT_EQ(announced.Get("/servlet/OrvetGW").status, 200);
+  announced.Send("POST /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\nContent-Length: 10\r\n\r\nhelloworld");
+  EXPECT_EQ(announced.Read().status, 405);
+
+  RawClient chunked(port);
+  chunked.Send(
+      "POST /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\nb\r\nhello "
+      "world\r\n0\r\n\r\n");
+  EXPECT_EQ(chunked.Read().status, 413);
+}
+
+TEST_F(HttpServerTest, CutAnswerAnnouncesItsWholeLengthAndEndsEarly) {
+  Fault("GET *streams/10090*=cut:1000");
+  Fault("GET *OrvetGW=cut:0");
+  const int port = Serve();
+  RawClient content(port);
+  auto answer = content.Get("/servlet/rest/v1/content/streams/10090/x");
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.headers.at("content-length"), "4096");
+  EXPECT_EQ(answer.body.size(), 1000U);
+  EXPECT_FALSE(answer.complete);
+  EXPECT_TRUE(content.ClosedByServer());
+
+  RawClient information(port);
+  answer = information.Get("/servlet/OrvetGW");
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.body.size(), 0U);
+  EXPECT_FALSE(answer.complete);
+}
+
+TEST_F(HttpServerTest, ChunkedAnswerBreaksOff) {
+  Fault("GET *streams/10090*=chunked-cut:1000");
+  RawClient client(Serve());
+  const auto answer = client.Get("/servlet/rest/v1/content/streams/10090/x");
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.headers.at("transfer-encoding"), "chunked");
+  EXPECT_EQ(answer.body, ReadFile(directory_ / "data/content/10090").substr(0, 1000));
+  EXPECT_FALSE(answer.complete);
+  EXPECT_TRUE(client.ClosedByServer());
+}
+
+TEST_F(HttpServerTest, StallingServerStaysConnectedAndSilent) {
+  Fault("GET *OrvetGW=stall");
+  Fault("GET *streams/10090*=stall:100");
+  const int port = Serve();
+  RawClient silent(port);
+  silent.Send("GET /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\n\r\n");
+  EXPECT_EQ(silent.Read(300).status, 0);
+  EXPECT_FALSE(silent.ClosedByServer(0));
+
+  RawClient halfway(port);
+  halfway.Send("GET /servlet/rest/v1/content/streams/10090/x HTTP/1.1\r\nHost: h\r\n\r\n");
+  const auto answer = halfway.Read(300);
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.body.size(), 100U);
+  EXPECT_FALSE(halfway.ClosedByServer(0));
+}
+
+TEST_F(HttpServerTest, DroppedConnectionCarriesNoByte) {
+  Fault("GET *OrvetGW=drop*1");
+  const int port = Serve();
+  RawClient dropped(port);
+  EXPECT_EQ(dropped.Get("/servlet/OrvetGW").status, 0);
+  EXPECT_TRUE(dropped.ClosedByServer());
+  EXPECT_EQ(RawClient(port).Get("/servlet/OrvetGW").status, 200);
+}
+
+TEST_F(HttpServerTest, StatusFaultEndsWithItsCount) {
+  Fault("GET *contexts?type=Product=503*1");
+  RawClient client(Serve());
+  EXPECT_EQ(client.Get("/servlet/rest/v1/contexts").status, 200);
+  EXPECT_EQ(client.Get("/servlet/rest/v1/contexts?type=Product").status, 503);
+  EXPECT_EQ(client.Get("/servlet/rest/v1/contexts?type=Product").status, 200);
+}
+
+TEST_F(HttpServerTest, LogTellsWhatWentOverTheWire) {
+  Fault("GET *streams/10090*=cut:1000");
+  const int port = Serve();
+  RawClient(port).Get("/servlet/rest/v1/content/streams/10090/x?y=%20",
+                      "Authorization: Basic YnJ1bm86cDp3\r\n");
+  const auto lines = LogLines();
+  ASSERT_EQ(lines.size(), 1U);
+  rapidjson::Document line;
+  line.Parse(lines[0].c_str());
+  EXPECT_STREQ(line["method"].GetString(), "GET");
+  EXPECT_STREQ(line["path"].GetString(), "/servlet/rest/v1/content/streams/10090/x?y=%20");
+  EXPECT_EQ(line["status"].GetInt(), 200);
+  EXPECT_EQ(line["bytes"].GetInt(), 1000);
+  EXPECT_STREQ(line["user"].GetString(), "bruno");
+  EXPECT_GT(line["port"].GetInt(), 0);
+}
+
+TEST_F(HttpServerTest, LatencyDelaysEachAnswer) {
+  options_.latency_milliseconds = 120;
+  RawClient client(Serve());
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(120));
+}
+
+TEST_F(HttpServerTest, StopEndsIdleAndStalledConnectionsInBoundedTime) {
+  Fault("GET *OrvetGW=stall");
+  const int port = Serve();
+  RawClient idle(port);
+  EXPECT_EQ(idle.Get("/servlet/rest/v1/contexts").status, 200);
+  RawClient stalled(port);
+  stalled.Send("GET /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\n\r\n");
+  EXPECT_EQ(stalled.Read(200).status, 0);
+  const auto begin = std::chrono::steady_clock::now();
+  StopServer();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+  EXPECT_TRUE(idle.ClosedByServer());
+  EXPECT_TRUE(stalled.ClosedByServer());
+}
+
+TEST_F(HttpServerTest, StopBeforeRunIsNotForgotten) {
+  options_.port = 0;
+  log_ = std::make_unique<RequestLog>("");
+  HttpServer server(Start(), *log_);
+  ASSERT_TRUE(server.Bind());
+  server.Stop();
+  server.Run();
+}
+
+}  // namespace
+}  // namespace vantry_sim

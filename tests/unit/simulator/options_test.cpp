@@ -1,0 +1,98 @@
+#include "simulator/options.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+
+namespace vantry_sim {
+namespace {
+
+CommandLine Parse(std::initializer_list<const char*> arguments) {
+  std::vector<const char*> argv{"vantry-sim"};
+  argv.insert(argv.end(), arguments);
+  return ParseCommandLine(static_cast<int>(argv.size()), argv.data());
+}
+
+TEST(Options, DefaultsNeedADataDirectoryAlone) {
+  const auto line = Parse({"--data", "d"});
+  ASSERT_TRUE(line.options) << line.text;
+  EXPECT_EQ(line.options->data_directory, "d");
+  EXPECT_EQ(line.options->bind_address, "127.0.0.1");
+  EXPECT_EQ(line.options->generation, Generation::kSchema5);
+  EXPECT_EQ(line.options->seed.kind, Seed::Kind::kDemo);
+  EXPECT_EQ(line.options->version.major, 12U);
+  EXPECT_EQ(line.options->version.service_pack, 2U);
+  EXPECT_TRUE(line.options->users.empty());
+  EXPECT_FALSE(line.options->max_upload_bytes);
+}
+
+TEST(Options, AllAreRead) {
+  const auto line =
+      Parse({"--port",    "0",          "--data",       "d",           "--seed",         "bulk:250",
+             "--user",    "a:p:w",      "--user",       "b:",          "--generation",   "schema4",
+             "--version", "11.0.30.7",  "--latency",    "15",          "--codebase-url", "http://h/x//",
+             "--prefix",  "vt/",        "--max-upload", "0",           "--log",          "l",
+             "--fault",   "GET /a=500", "--fault",      "GET /b=stall"});
+  ASSERT_TRUE(line.options) << line.text;
+  const Options& options = *line.options;
+  EXPECT_EQ(options.port, 0);
+  EXPECT_EQ(options.seed.kind, Seed::Kind::kBulk);
+  EXPECT_EQ(options.seed.bulk_documents, 250U);
+  ASSERT_EQ(options.users.size(), 2U);
+  EXPECT_EQ(options.users[0].name, "a");
+  EXPECT_EQ(options.users[0].password, "p:w");
+  EXPECT_EQ(options.users[1].password, "");
+  EXPECT_EQ(options.generation, Generation::kSchema4);
+  EXPECT_EQ(options.version.major, 11U);
+  EXPECT_EQ(options.version.minor, 0U);
+  EXPECT_EQ(options.version.service_pack, 30U);
+  EXPECT_EQ(options.version.cps, 7U);
+  EXPECT_EQ(options.latency_milliseconds, 15U);
+  EXPECT_EQ(options.codebase_url, "http://h/x");
+  EXPECT_EQ(options.prefix, "/vt");
+  EXPECT_EQ(options.max_upload_bytes, 0U);
+  EXPECT_EQ(options.log_file, "l");
+  EXPECT_EQ(options.faults.size(), 2U);
+}
+
+TEST(Options, BadValuesEndWithAReasonAndTwo) {
+  const std::vector<std::vector<const char*>> cases{
+      {},
+      {"--data", "d", "--port", "65536"},
+      {"--data", "d", "--seed", "bulk:0"},
+      {"--data", "d", "--seed", "bulk:x"},
+      {"--data", "d", "--seed", "other"},
+      {"--data", "d", "--generation", "schema2"},
+      {"--data", "d", "--user", "nameonly"},
+      {"--data", "d", "--user", ":pw"},
+      {"--data", "d", "--version", "12.0.2"},
+      {"--data", "d", "--version", "12.0.2.0.1"},
+      {"--data", "d", "--version", "12.0.2.x"},
+      {"--data", "d", "--prefix", "/a b"},
+      {"--data", "d", "--fault", "nonsense"},
+      {"--data", "d", "--unknown"},
+  };
+  for (const auto& arguments : cases) {
+    std::vector<const char*> argv{"vantry-sim"};
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    const auto line = ParseCommandLine(static_cast<int>(argv.size()), argv.data());
+    EXPECT_FALSE(line.options) << arguments.back();
+    EXPECT_EQ(line.exit_code, 2);
+    EXPECT_TRUE(line.text.starts_with("vantry-sim: "));
+    EXPECT_TRUE(line.text.ends_with("\n"));
+  }
+}
+
+TEST(Options, RefusedUserIsNotRepeatedSinceItMayHoldAPassword) {
+  EXPECT_EQ(Parse({"--data", "d", "--user", ":hush"}).text.find("hush"), std::string::npos);
+}
+
+TEST(Options, HelpAndProgramVersionEndWithZero) {
+  EXPECT_EQ(Parse({"--help"}).exit_code, 0);
+  EXPECT_NE(Parse({"--help"}).text.find("--generation"), std::string::npos);
+  EXPECT_EQ(Parse({"--version-info"}).exit_code, 0);
+  EXPECT_TRUE(Parse({"--version-info"}).text.starts_with("vantry-sim "));
+}
+
+}  // namespace
+}  // namespace vantry_sim

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+namespace vantry_sim {
+
+/// What a client saw of one answer.
+struct RawAnswer {
+  int status = 0;                              ///< 0: the connection ended before a status line
+  std::map<std::string, std::string> headers;  ///< names in lower case
+  std::string body;
+  bool complete = false;  ///< the announced length, or the last chunk, was reached
+};
+
+/// A client of bare sockets, so that answers are judged by the bytes on the wire. One connection.
+class RawClient {
+ public:
+  explicit RawClient(int port);
+  RawClient(const RawClient&) = delete;
+  RawClient& operator=(const RawClient&) = delete;
+  ~RawClient();
+
+  void Send(const std::string& bytes);
+  /// Sends a GET with a Host header, and the header lines given (each with CR LF), and reads the answer.
+  RawAnswer Get(const std::string& target, const std::string& header_lines = {});
+  /// Reads one answer. A silence of `milliseconds` ends it as incomplete.
+  RawAnswer Read(int milliseconds = 10'000, bool head_only = false);
+  /// Whether the server has closed, waiting for it up to `milliseconds`.
+  bool ClosedByServer(int milliseconds = 10'000);
+
+ private:
+  bool Fill(int milliseconds);
+  std::optional<std::string> Line(int milliseconds);
+  bool Take(std::size_t count, int milliseconds, std::string& out);
+
+  int socket_;
+  std::string pending_;
+};
+
+}  // namespace vantry_sim

@@ -1,0 +1,107 @@
+#include "simulator/seeds.h"
+
+#include "simulator_fixture.h"
+
+namespace vantry_sim {
+namespace {
+
+TEST_F(SimulatorTest, EmptySeedHoldsNoContext) {
+  options_.seed.kind = Seed::Kind::kEmpty;
+  EXPECT_EQ(GetJson("/servlet/rest/v1/contexts")["items"].Size(), 0U);
+}
+
+TEST_F(SimulatorTest, BulkSeedMakesAsManyDocumentsAsAsked) {
+  options_.seed.kind = Seed::Kind::kBulk;
+  options_.seed.bulk_documents = 300;
+  const auto first = GetJson("/servlet/rest/v1/dkm/documents/D1000001");
+  EXPECT_STREQ(first["epmMaster"]["cadName"].GetString(), "part 0000001.lxz");
+  EXPECT_STREQ(first["locationFolder"]["path"].GetString(), "/Bulk/Parts");
+  const auto last = GetJson("/servlet/rest/v1/dkm/documents/D1000300");
+  EXPECT_STREQ(last["epmMaster"]["number"].GetString(), "BULK-0000300");
+  EXPECT_EQ(Get("/servlet/rest/v1/dkm/documents/D1000301").status, 404);
+}
+
+TEST_F(SimulatorTest, EveryDemoContentIsAFileOfItsAnnouncedSize) {
+  Start();
+  simulator_.reset();
+  Database database((directory_ / "data/vantry-sim.db").string());
+  auto streams = database.Prepare("SELECT id, size FROM streams");
+  int count = 0;
+  for (; streams.Step(); ++count) {
+    const auto file = directory_ / "data/content" / std::to_string(streams.Integer(0));
+    EXPECT_EQ(std::filesystem::file_size(file), static_cast<std::uintmax_t>(streams.Integer(1))) << file;
+  }
+  EXPECT_GT(count, 40);
+}
+
+TEST_F(SimulatorTest, DemoLargeContentIsAsLongAsAskedAndTheSameEverywhere) {
+  options_.seed.large_bytes = 100'003;
+  Start();
+  const std::string bytes = ReadFile(directory_ / "data/content/10090");
+  ASSERT_EQ(bytes.size(), 100'003U);
+  // The first word of xorshift64 from 0x9E3779B97F4A7C15 ^ 10090, worked out apart, little-endian.
+  constexpr unsigned char kFirst[] = {0x09, 0xF0, 0x5F, 0x74, 0x67, 0x7E, 0x1B, 0xDC};
+  for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(static_cast<unsigned char>(bytes[i]), kFirst[i]) << i;
+}
+
+TEST_F(SimulatorTest, DemoHasExactlyOneLatestVersionPerCheckedInMaster) {
+  Start();
+  simulator_.reset();
+  Database database((directory_ / "data/vantry-sim.db").string());
+  auto odd = database.Prepare(
+      "SELECT m.cad_name FROM masters m WHERE (SELECT count(*) FROM iterations i WHERE i.master = m.id AND "
+      "i.is_latest = 1) <> 1");
+  while (odd.Step()) ADD_FAILURE() << odd.Text(0);
+}
+
+TEST_F(SimulatorTest, DemoTellsOfTwoRootsTwoUsersAndTheirWorkspaces) {
+  Start();
+  simulator_.reset();
+  Database database((directory_ / "data/vantry-sim.db").string());
+  const auto count = [&](const char* sql) {
+    auto statement = database.Prepare(sql);
+    return statement.Step() ? statement.Integer(0) : -1;
+  };
+  EXPECT_EQ(
+      count("SELECT count(*) FROM folders f JOIN contexts c ON c.id = f.context WHERE f.parent IS NULL AND "
+            "c.name = 'Trekking Bike'"),
+      2);
+  EXPECT_EQ(count("SELECT count(*) FROM users"), 2);
+  EXPECT_EQ(count("SELECT count(*) FROM workspaces w JOIN users u ON u.id = w.owner WHERE u.name = 'anna'"),
+            2);
+  EXPECT_EQ(count("SELECT count(*) FROM workspaces w JOIN users u ON u.id = w.owner WHERE u.name = 'bruno'"),
+            1);
+}
+
+TEST_F(SimulatorTest, SecondStartKeepsWhatIsThereWhateverTheSeed) {
+  Start();
+  options_.seed.kind = Seed::Kind::kEmpty;
+  Start();
+  EXPECT_EQ(Get("/servlet/rest/v1/dkm/documents/D1001").status, 200);
+}
+
+TEST_F(SimulatorTest, SeedingThatWasCutOffStartsAnew) {
+  std::filesystem::create_directories(directory_ / "data/content");
+  { std::ofstream(directory_ / "data/content/10010") << "half"; }
+  const auto document = GetJson("/servlet/rest/v1/dkm/documents/D1001");
+  const auto size = document["cadContent"]["contentSections"][0]["fileSize"].GetUint64();
+  EXPECT_EQ(std::filesystem::file_size(directory_ / "data/content/10010"), size);
+  EXPECT_GT(size, 4U);
+}
+
+TEST_F(SimulatorTest, DataDirectoryIsForOneSimulatorAtATime) {
+  Start();
+  EXPECT_THROW(Simulator second(options_), std::runtime_error);
+}
+
+TEST_F(SimulatorTest, WhoCanLogInIsAUser) {
+  options_.users = {{"carla", "pw"}};
+  Start();
+  simulator_.reset();
+  Database database((directory_ / "data/vantry-sim.db").string());
+  auto user = database.Prepare("SELECT 1 FROM users WHERE name = 'carla'");
+  EXPECT_TRUE(user.Step());
+}
+
+}  // namespace
+}  // namespace vantry_sim

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+
+#include "simulator/simulator.h"
+
+namespace vantry_sim {
+
+/// A data directory of its own for each test, and a simulator over it without any HTTP.
+class SimulatorTest : public ::testing::Test {
+ protected:
+  SimulatorTest() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "vantry-sim-test-XXXXXX").string();
+    directory_ = mkdtemp(pattern.data());
+    options_.data_directory = (directory_ / "data").string();
+    // The large content's size matters to no test but those that set it.
+    options_.seed.large_bytes = 4096;
+  }
+
+  ~SimulatorTest() override {
+    simulator_.reset();
+    std::filesystem::remove_all(directory_);
+  }
+
+  Simulator& Start() {
+    simulator_.reset();
+    simulator_ = std::make_unique<Simulator>(options_);
+    return *simulator_;
+  }
+
+  Response Get(const std::string& target, const std::string& user = "anna") {
+    if (!simulator_) Start();
+    Request request;
+    request.method = "GET";
+    request.target = target;
+    request.host = "sim.example:8080";
+    request.user = user;
+    return simulator_->Handle(request);
+  }
+
+  rapidjson::Document GetJson(const std::string& target, const std::string& user = "anna") {
+    const Response response = Get(target, user);
+    EXPECT_EQ(response.status, 200) << target << "\n" << response.body;
+    rapidjson::Document document;
+    document.Parse(response.body.c_str());
+    EXPECT_FALSE(document.HasParseError()) << response.body;
+    return document;
+  }
+
+  static std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  }
+
+  std::filesystem::path directory_;
+  Options options_;
+  std::unique_ptr<Simulator> simulator_;
+};
+
+}  // namespace vantry_sim
