@@ -76,7 +76,7 @@ std::string CurrentLanguage() {
     const std::string value = dp::Environment::Get(variable);
     if (value.empty()) continue;
     const std::string language = LanguageOf(value);
-    return language.empty() ? "en" : language;
+    return language.empty() || language == "posix" ? "en" : language;
   }
   return "en";
 }
