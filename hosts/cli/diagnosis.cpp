@@ -46,6 +46,10 @@ Failure Diagnose(Host& host, const std::string& address, bool missing) {
     if (Interrupted()) return InterruptedFailure();
     return {ExitCode::NotFound, WithHint("not found: " + address, hint)};
   }
+  std::string contentUrl;
+  if (VtDirectManager::GetFileDownloadURL(address.c_str(), contentUrl, nullptr) && contentUrl.empty()) {
+    return {ExitCode::DownloadFailed, address + " has no content"};
+  }
   return {ExitCode::DownloadFailed, WithHint("the download of " + address + " failed", hint)};
 }
 

@@ -1,0 +1,115 @@
+#include <gmock/gmock.h>
+
+#include "tests/e2e/cli/vtdirect_fixture.h"
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace vtdirect_test {
+
+TEST_F(VtDirect, ListsServersOfTheConfigurationFileAndOfTheCommandLineByNickname) {
+  WriteHome(".config/vtdirect/config", "# mine\n[servers]\nzeta = https://z.example/vt\nplm=http://old/\n",
+            0644);
+  const ProcessResult result = Run({"servers", "--server", "plm=https://plm.example/vt/"});
+  EXPECT_EQ(result.out, "plm\thttps://plm.example/vt/\nzeta\thttps://z.example/vt/\n");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+}
+
+TEST_F(VtDirect, ReadsTheConfigurationFileThatTheEnvironmentOrAnOptionNames) {
+  WriteHome("x/vtdirect/config", "[servers]\nx=http://x/\n", 0644);
+  WriteHome("y", "[servers]\ny=http://y/\n", 0644);
+  environment_["XDG_CONFIG_HOME"] = Home("x");
+  EXPECT_EQ(Run({"servers"}).out, "x\thttp://x/\n");
+  EXPECT_EQ(Run({"servers", "--config", Home("y")}).out, "y\thttp://y/\n");
+}
+
+TEST_F(VtDirect, ListsServersAsJsonObjects) {
+  EXPECT_EQ(Run({"--json", "-s", "a=http://a/", "-s", "b=http://b/", "servers"}).out,
+            "{\"schema\":1,\"command\":\"servers\",\"nickname\":\"a\",\"url\":\"http://a/\"}\n"
+            "{\"schema\":1,\"command\":\"servers\",\"nickname\":\"b\",\"url\":\"http://b/\"}\n");
+}
+
+TEST_F(VtDirect, ChecksASupportedServer) {
+  Serve();
+  const ProcessResult result = Run({"check", server().url()});
+  EXPECT_EQ(result.out, "url: " + server().url() + "\nsupported: yes\n");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(Run({"check", "sim"}).out, "url: " + server().url() + "\nsupported: yes\n");
+  EXPECT_EQ(Run({"check", "sim", "--json"}).out,
+            "{\"schema\":1,\"command\":\"check\",\"url\":\"" + server().url() + "\",\"supported\":true}\n");
+}
+
+TEST_F(VtDirect, TellsTheAddressThatAServerCallsItsOwn) {
+  Serve();
+  // The same server under its other name, which answers as well.
+  const std::string other = "http://localhost:" + server().authority().substr(10) + "/";
+  const Simulator& first = server();
+  ASSERT_EQ(first.authority().substr(0, 10), "127.0.0.1:");
+  const ProcessResult result = Run({"check", other});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, StartsWith("url: " + other + "\nsupported: yes\n"));
+}
+
+TEST_F(VtDirect, GivesTheUidOfADocument) {
+  Serve();
+  const ProcessResult result = Run({"uid", server().Uid("D1001")});
+  EXPECT_EQ(result.out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(Run({"uid", "//sim/?id=D1001"}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  EXPECT_EQ(Run({"uid", "korvufenloom-vfs://sim/?id=D1001"}).out,
+            server().Uid("D1001") + "&file=/fork.lxz\n");
+}
+
+TEST_F(VtDirect, DescribesADocument) {
+  Serve();
+  const ProcessResult result = Run({"info", server().Uid("D1001")});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_THAT(result.out, StartsWith("address: " + server().Uid("D1001") +
+                                     "\nkind: uid\nserver: sim\nserver_url: " + server().url() +
+                                     "\nexists: yes\nuid: " + server().Uid("D1001") +
+                                     "&file=/fork.lxz\nfile_name: fork.lxz\n"));
+  EXPECT_THAT(result.out, HasSubstr("\ncontent_url: http://" + server().authority() + kForkContent + "\n"));
+}
+
+TEST_F(VtDirect, DescribesADocumentAsJson) {
+  Serve();
+  const ProcessResult result = Run({"info", "//sim/?id=D1005", "--json"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, StartsWith("{\"schema\":1,\"command\":\"info\",\"address\":\"//sim/?id=D1005\","
+                                     "\"kind\":\"path\",\"server\":\"sim\",\"server_url\":\"" +
+                                     server().url() + "\",\"exists\":true,"));
+  EXPECT_THAT(result.out, HasSubstr("\"file_name\":\"Gr\\u00F6\\u00DFentabelle Rahmen.lxz\""));
+  EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1);
+}
+
+TEST_F(VtDirect, TellsThatAnObjectIsNotThere) {
+  Serve();
+  const ProcessResult result = Run({"info", "//sim/?id=D9999"});
+  EXPECT_EQ(result.status, 6);
+  EXPECT_EQ(result.out, "address: //sim/?id=D9999\nkind: path\nserver: sim\nserver_url: " + server().url() +
+                            "\nexists: no\n");
+  EXPECT_THAT(result.err, HasSubstr("not found: //sim/?id=D9999"));
+}
+
+TEST_F(VtDirect, ShowsTheTraceThatIsAskedForOnStandardError) {
+  Serve();
+  const ProcessResult result = Run({"--trace", "0", "get", server().Uid("D1001"), "-o", "-"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.err,
+              HasSubstr("trace 0 VtDirect: Downloading " + server().Uid("D1001") + " succeeded\n"));
+  EXPECT_EQ(Run({"get", server().Uid("D1001"), "-o", "-"}).err, "");
+}
+
+TEST_F(VtDirect, ShowsHelpAndVersionOnStandardOutput) {
+  EXPECT_THAT(Run({"--help"}).out, HasSubstr("Exit status:"));
+  EXPECT_THAT(Run({"get", "--help"}).out, HasSubstr("--no-clobber"));
+  EXPECT_THAT(Run({"--version"}).out, StartsWith("vtdirect "));
+  EXPECT_EQ(Run({"--version"}).status, 0);
+}
+
+}  // namespace vtdirect_test

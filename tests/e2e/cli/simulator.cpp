@@ -1,0 +1,89 @@
+#include "tests/e2e/cli/simulator.h"
+
+#include <arpa/inet.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <stdexcept>
+
+namespace vtdirect_test {
+namespace {
+
+constexpr std::string_view kReady = "vantry-sim listening on ";
+
+std::vector<std::string> Words(const std::string& directory, const std::string& log,
+                               const std::vector<std::string>& options) {
+  std::vector<std::string> words = {SIMULATOR_PROGRAM, "--port", "0",     "--data", directory + "/data",
+                                    "--seed",          "demo",   "--log", log};
+  words.insert(words.end(), options.begin(), options.end());
+  return words;
+}
+
+int PortOf(const std::string& authority) {
+  return std::stoi(authority.substr(authority.rfind(':') + 1));
+}
+
+std::string Exchange(int port, const std::string& request) {
+  const int connection = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  std::string answer;
+  if (connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+      send(connection, request.data(), request.size(), MSG_NOSIGNAL) ==
+          static_cast<ssize_t>(request.size())) {
+    char buffer[65536];
+    ssize_t count = 0;
+    while ((count = recv(connection, buffer, sizeof buffer, 0)) > 0) {
+      answer.append(buffer, static_cast<std::size_t>(count));
+    }
+  }
+  close(connection);
+  return answer;
+}
+
+}  // namespace
+
+Simulator::Simulator(const std::string& directory, const std::vector<std::string>& options)
+    : log_(directory + "/log") {
+  process_ = std::make_unique<Process>(Words(directory, log_, options), ProcessOptions{});
+  const auto ready = [this] {
+    const std::string output = process_->OutputSoFar();
+    const std::size_t start = output.find(kReady);
+    if (start == std::string::npos || output.find('\n', start) == std::string::npos)
+      return !process_->Running();
+    url_ = output.substr(start + kReady.size(), output.find('\n', start) - start - kReady.size());
+    return true;
+  };
+  if (!WaitUntil(ready) || url_.empty()) throw std::runtime_error("vantry-sim: " + process_->Wait().err);
+}
+
+Simulator::~Simulator() {
+  process_->Signal(SIGKILL);
+}
+
+std::string Simulator::authority() const {
+  const std::size_t start = url_.find("://") + 3;
+  return url_.substr(start, url_.find('/', start) - start);
+}
+
+std::string Simulator::Uid(const std::string& id) const {
+  return "korvufenloom-vt://" + url_.substr(url_.find("://") + 3) + "?id=" + id;
+}
+
+std::string Simulator::Get(const std::string& target) const {
+  const std::string answer =
+      Exchange(PortOf(authority()),
+               "GET " + target + " HTTP/1.1\r\nHost: " + authority() + "\r\nConnection: close\r\n\r\n");
+  const std::size_t head = answer.find("\r\n\r\n");
+  if (head == std::string::npos) throw std::runtime_error("no answer to " + target);
+  return answer.substr(head + 4);
+}
+
+std::string Simulator::Log() const {
+  return ReadFile(log_);
+}
+
+}  // namespace vtdirect_test

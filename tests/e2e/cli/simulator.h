@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/e2e/cli/process.h"
+#include "tests/support/temporary_directory.h"
+
+namespace vtdirect_test {
+
+/// A running vantry-sim with the demo repository, on a port of its own, with its data in `directory`.
+class Simulator {
+ public:
+  Simulator(const std::string& directory, const std::vector<std::string>& options);
+  ~Simulator();
+  Simulator(const Simulator&) = delete;
+  Simulator& operator=(const Simulator&) = delete;
+
+  /// The server's URL, with a closing "/".
+  [[nodiscard]] const std::string& url() const { return url_; }
+  /// Its host and port.
+  [[nodiscard]] std::string authority() const;
+  /// The UID of a document, without a file name.
+  [[nodiscard]] std::string Uid(const std::string& id) const;
+  /// The body that the server answers to a GET, read by nothing of the product.
+  [[nodiscard]] std::string Get(const std::string& target) const;
+  /// The targets that were asked for, in order, one a line, as its log has them.
+  [[nodiscard]] std::string Log() const;
+
+ private:
+  std::string log_;
+  std::string url_;
+  std::unique_ptr<Process> process_;
+};
+
+}  // namespace vtdirect_test

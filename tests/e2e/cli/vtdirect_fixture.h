@@ -1,0 +1,53 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/e2e/cli/process.h"
+#include "tests/e2e/cli/simulator.h"
+#include "tests/support/temporary_directory.h"
+
+namespace vtdirect_test {
+
+/// Where the content of the document D1001 stands on the server, and its first lines.
+inline constexpr const char* kForkContent = "/servlet/rest/v1/content/streams/10010/fork.lxz";
+inline constexpr const char* kForkHead = "FENLET DRAWING\nname fork.lxz\nversion B.1\n";
+
+/// Runs the program in an empty current directory, with a home of its own and a directory for temporary files
+/// that has to be empty again at the end. What the program finds in a folder is under the test's control.
+class VtDirect : public testing::Test {
+ protected:
+  VtDirect();
+  void TearDown() override;
+
+  /// Starts the simulator; what `Run` runs then knows it as "sim".
+  Simulator& Serve(const std::vector<std::string>& options = {});
+  [[nodiscard]] const Simulator& server() const { return *simulator_; }
+
+  [[nodiscard]] std::unique_ptr<Process> Start(const std::vector<std::string>& words);
+  ProcessResult Run(const std::vector<std::string>& words) { return Start(words)->Wait(); }
+
+  /// Writes a file below the home directory.
+  void WriteHome(const std::string& name, const std::string& content, unsigned mode);
+  [[nodiscard]] std::string Home(const std::string& name) const { return base_.File("home/" + name); }
+  [[nodiscard]] std::string Here(const std::string& name) const { return base_.File("here/" + name); }
+  /// Names in the current directory of the program.
+  [[nodiscard]] std::vector<std::string> HereNames() const;
+  [[nodiscard]] std::vector<std::string> TemporaryNames() const;
+
+  std::map<std::string, std::string> environment_;
+  std::string outFile_;
+
+ private:
+  TemporaryDirectory base_;
+  std::unique_ptr<Simulator> simulator_;
+};
+
+/// A TCP port on which nobody listens.
+[[nodiscard]] int UnusedPort();
+
+}  // namespace vtdirect_test
