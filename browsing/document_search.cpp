@@ -1,27 +1,15 @@
 #include "browsing/document_search.h"
 
 #include <optional>
+#include <string_view>
+#include <utility>
 
+#include "browsing/odata_rows.h"
 #include "connection/json_members.h"
-#include "connection/odata_page_reader.h"
 #include "connection/url_escape.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
-
-// Calls `take(row)` for each row of each page until it gives false.
-template <typename Take>
-void ForEachRow(const std::shared_ptr<VtConnection>& connection, std::string path, Take take) {
-  ODataPageReader reader(connection, std::move(path));
-  while (reader.Next()) {
-    if (!reader.page().IsObject()) return;
-    const rapidjson::Value* rows = FindArray(reader.page(), "value");
-    if (rows == nullptr) continue;
-    for (const auto& row : rows->GetArray()) {
-      if (!take(row)) return;
-    }
-  }
-}
 
 // A row without a text for its checkout status is none of ours: the server leaves the status null on some
 // rows, for reasons of its own, and a document whose status is unknown must not be taken for the newest.
@@ -34,10 +22,12 @@ std::optional<DocCandidate> ReadCandidate(const rapidjson::Value& row) {
                       checkOutStatus->GetStringLength() > 0};
 }
 
-std::vector<DocCandidate> Search(const std::shared_ptr<VtConnection>& connection, std::string path) {
+std::vector<DocCandidate> Search(const std::shared_ptr<VtConnection>& connection, const std::string& path) {
   std::vector<DocCandidate> candidates;
-  ForEachRow(connection, std::move(path), [&](const rapidjson::Value& row) {
-    if (auto candidate = ReadCandidate(row)) candidates.push_back(std::move(*candidate));
+  VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+    for (const auto& row : rows.GetArray()) {
+      if (auto candidate = ReadCandidate(row)) candidates.push_back(std::move(*candidate));
+    }
     return true;
   });
   return candidates;
@@ -81,12 +71,15 @@ VersionEntry SearchFolderByCadName(const std::shared_ptr<VtConnection>& connecti
                            EscapeForUrl("CADName eq '" + cadName + "'") +
                            "&$orderby=Version desc&$select=CADName,ID,Version&$top=1";
   VersionEntry found;
-  ForEachRow(connection, path, [&](const rapidjson::Value& row) {
-    const rapidjson::Value* id = FindString(row, "ID");
-    const rapidjson::Value* version = FindString(row, "Version");
-    if (id == nullptr || version == nullptr) return true;
-    found = {std::string(TextView(*id)), std::string(TextView(*version))};
-    return false;
+  VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+    for (const auto& row : rows.GetArray()) {
+      const rapidjson::Value* id = FindString(row, "ID");
+      const rapidjson::Value* version = FindString(row, "Version");
+      if (id == nullptr || version == nullptr) continue;
+      found = {std::string(TextView(*id)), std::string(TextView(*version))};
+      return false;
+    }
+    return true;
   });
   return found;
 }

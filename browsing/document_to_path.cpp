@@ -1,0 +1,87 @@
+#include "browsing/document_to_path.h"
+
+#include <algorithm>
+
+#include "base/file_name.h"
+#include "base/tracers.h"
+#include "browsing/context_kind.h"
+#include "browsing/document_details.h"
+#include "browsing/vfs_tree.h"
+#include "documents/checkout_id.h"
+#include "documents/document_reads.h"
+#include "documents/folder_path.h"
+#include "documents/workspaces.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// Root, context and section of the document's path; empty for a context that no root directory leads to.
+std::string SectionPath(const DocumentRecord& record, VfsNameId section) {
+  const std::string root = RootOfKind(KindOfRestWord(record.contextType.c_str()));
+  if (root.empty()) return {};
+  return root + "/" + record.contextName + "/" + LocalisedVfsName(section);
+}
+
+std::string PathInWorkspace(const std::shared_ptr<VtConnection>& connection, const DocumentRecord& record,
+                            const std::string& workspaceId, const char* id, bool folderOnly) {
+  WorkspaceList workspaces;
+  if (!ListUserWorkspaces(connection, record.contextId, workspaces)) {
+    VtDirectTracer()(dp::TraceType::Miss, "Failed to find workspace for %s", id);
+    return {};
+  }
+  const auto hit = std::find_if(workspaces.begin(), workspaces.end(), [&](const WorkspaceRecord& workspace) {
+    return workspace.id == workspaceId;
+  });
+  if (hit == workspaces.end()) return {};
+  std::string path = SectionPath(record, VfsNameId::Workspaces);
+  if (path.empty()) return {};
+  path += "/" + hit->name;
+  // The folder form ends in no "/" here, unlike below: hosts show the workspace by its last segment.
+  return folderOnly ? path : path + "/" + EscapeFileName(record.master.cadName);
+}
+
+// The path of the document's folder with its closing "/".
+std::string FolderPath(const DocumentRecord& record) {
+  std::string folderPath;
+  if (!GetFolderPathInContext(record, folderPath)) return {};
+  std::string path = SectionPath(record, VfsNameId::Folders);
+  if (path.empty()) return {};
+  if (!folderPath.starts_with('/')) path += '/';
+  path += folderPath;
+  if (!path.ends_with('/')) path += '/';
+  return path;
+}
+
+// "|" and the version for a document that is not the newest; nothing for the newest, whose path without a
+// version means it, and nothing when the server cannot tell.
+std::string VersionSuffix(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
+                          const DocumentRecord& record, const char* id) {
+  LatestInfo latest;
+  DocumentQuery query;
+  query.latest = &latest;
+  const bool isOlder = GetDocumentDetails(connection, services, id, query) == Ok && !latest.isLatest;
+  return isOlder ? "|" + VersionText(record) : std::string();
+}
+
+}  // namespace
+
+std::string FindDocumentPath(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services,
+                             const char* id, bool folderOnly, bool latestForm) {
+  const CheckoutId parsed = ParseCheckoutId(id);
+  DocumentRecord record;
+  if (ReadDocument(connection, parsed.field0, record) != Ok) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id);
+    return {};
+  }
+  if (const std::string workspaceId = WorkspaceOf(parsed); !workspaceId.empty()) {
+    return PathInWorkspace(connection, record, workspaceId, id, folderOnly);
+  }
+  std::string path = FolderPath(record);
+  if (path.empty() || folderOnly) return path;
+  path += EscapeFileName(record.master.cadName);
+  if (latestForm) return path;
+  EnsureServiceFlags(services, *connection);
+  return path + VersionSuffix(connection, services, record, id);
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,57 @@
+#include "browsing/file_location.h"
+
+#include "base/tracers.h"
+#include "browsing/cad_name_search.h"
+#include "browsing/document_details.h"
+#include "browsing/document_search.h"
+#include "browsing/folder_tree.h"
+#include "browsing/vfs_tree.h"
+#include "documents/checkout_id.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// The id by the folder itself; empty when OData cannot tell, in which case the context is searched.
+std::string FindThroughFolder(const std::shared_ptr<VtConnection>& connection, const std::string& cadName,
+                              const std::string& folderPath, ContextKind kind,
+                              const std::string& contextName) {
+  const char* type = ODataTypeOf(kind);
+  if (type == nullptr) {
+    VtDirectTracer()(dp::TraceType::Miss, "unhandled context type %d", static_cast<int>(kind));
+    return {};
+  }
+  const std::string resource = ResolveFolderResource(connection, contextName, type, folderPath);
+  if (resource.empty()) return {};
+  return SearchFolderByCadName(connection, cadName, resource).id;
+}
+
+// The search of a context may have given any version; where the server has dynamic documents they know
+// better.
+std::string NewestVersionOf(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
+                            const std::string& id) {
+  if (!services.dynamicDocPresent) return id;
+  LatestInfo latest;
+  DocumentQuery query;
+  query.latest = &latest;
+  if (GetDocumentDetails(connection, services, id.c_str(), query) != Ok) return id;
+  return ParseCheckoutId(latest.id.c_str()).field0;
+}
+
+}  // namespace
+
+std::string FindFileInFolder(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
+                             const std::string& cadName, const std::string& folderPath, ContextKind kind,
+                             const std::string& contextName) {
+  if (!ForceLegacyFileBrowse() && services.folderContents) {
+    std::string id = FindThroughFolder(connection, cadName, folderPath, kind, contextName);
+    if (!id.empty()) return id;
+  }
+  DocumentRecord record;
+  if (FindDocumentByCadNameInContext(connection, cadName, kind, contextName, record) == 0) {
+    VtDirectTracer()(dp::TraceType::Miss, "Failed to find file %s", cadName.c_str());
+    return {};
+  }
+  return NewestVersionOf(connection, services, record.id);
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,110 @@
+#include "browsing/path_to_document.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "base/file_name.h"
+#include "base/tracers.h"
+#include "browsing/contexts.h"
+#include "browsing/file_location.h"
+#include "browsing/vfs_tree.h"
+#include "browsing/workspace_listing.h"
+#include "documents/checkout_id.h"
+#include "documents/document_reads.h"
+#include "documents/workspaces.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// The document with a version. The versions are asked for before the version's text is looked at, so that a
+// path whose document is gone is told apart from one with a bad version.
+std::string FindVersion(const std::shared_ptr<VtConnection>& connection, const std::string& id,
+                        const std::string& version, const char* path) {
+  DocumentRecord record;
+  std::vector<DocumentSummary> versions;
+  if (ReadDocument(connection, id, record) != Ok ||
+      !ReadDocumentVersions(connection, id, record.contextId, versions)) {
+    VtDirectTracer()(dp::TraceType::Miss, "Failed to get file %s versions", path);
+    return {};
+  }
+  const auto stop = version.find('.');
+  if (stop == std::string::npos) {
+    VtDirectTracer()(dp::TraceType::Error, "Looking for bad version %s", version.c_str());
+    return {};
+  }
+  const std::string revision = version.substr(0, stop);
+  const std::string iteration = version.substr(stop + 1);
+  const auto hit = std::find_if(versions.begin(), versions.end(), [&](const DocumentSummary& candidate) {
+    return candidate.revision == revision && candidate.iteration == iteration;
+  });
+  // No line for a version that does not exist: hosts try versions out, and the caller traces the whole path.
+  return hit != versions.end() ? hit->id : std::string();
+}
+
+std::string ResolveInFolders(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
+                             const ParsedVfsPath& parsed, const char* path) {
+  const auto find = [&](const std::string& cadName) {
+    return FindFileInFolder(connection, services, cadName, parsed.folderPath, parsed.kind, parsed.context);
+  };
+  // A name that looks escaped may be a document's plain name, so the leaf is tried as it stands too. That
+  // second try is made even when both are the same: a search that failed for the moment gets another chance.
+  std::string id = find(UnescapeFileName(parsed.leaf));
+  if (id.empty()) id = find(parsed.leaf);
+  if (id.empty()) {
+    VtDirectTracer()(dp::TraceType::Miss, "Failed to find file %s", path);
+    return {};
+  }
+  return parsed.version.empty() ? id : FindVersion(connection, id, parsed.version, path);
+}
+
+const DocumentSummary* FindByCadName(const DocumentList& documents, const std::string& cadName) {
+  const auto hit = std::find_if(documents.begin(), documents.end(), [&](const DocumentSummary& document) {
+    return document.master.cadName == cadName;
+  });
+  return hit != documents.end() ? &*hit : nullptr;
+}
+
+// The version in the path, if any, plays no part: a workspace holds one version of a document.
+std::string ResolveInWorkspace(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
+                               const ParsedVfsPath& parsed, const char* path) {
+  const std::string contextId = ResolveContextId(connection, services, parsed.kind, parsed.context);
+  if (contextId.empty()) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate context %s on server\n", parsed.context.c_str());
+    return {};
+  }
+  const std::string workspaceId = FindWorkspaceIdByName(connection, parsed.folderPath, contextId);
+  if (workspaceId.empty()) {
+    VtDirectTracer()(dp::TraceType::Miss, "Failed to find workspace for file %s", path);
+    return {};
+  }
+  DocumentList documents;
+  if (!ListWorkspaceDocuments(connection, workspaceId, documents)) {
+    VtDirectTracer()(dp::TraceType::Miss, "Failed to find workspace documents for file %s", path);
+    return {};
+  }
+  const DocumentSummary* document = FindByCadName(documents, UnescapeFileName(parsed.leaf));
+  if (document == nullptr) document = FindByCadName(documents, parsed.leaf);
+  if (document == nullptr) {
+    VtDirectTracer()(dp::TraceType::Miss, "Failed to find file %s", path);
+    return {};
+  }
+  return FormatWorkspaceId(workspaceId, document->id);
+}
+
+}  // namespace
+
+std::string ResolveDocumentPath(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services,
+                                const char* path) {
+  if (path == nullptr) path = "";
+  const ParsedVfsPath parsed = SplitFilePath(path);
+  EnsureServiceFlags(services, *connection);
+  if (IsVfsName(parsed.section, VfsNameId::Folders)) {
+    return ResolveInFolders(connection, services, parsed, path);
+  }
+  if (IsVfsName(parsed.section, VfsNameId::Workspaces)) {
+    return ResolveInWorkspace(connection, services, parsed, path);
+  }
+  return {};
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,59 @@
+#include "browsing/web_pages.h"
+
+#include <algorithm>
+
+#include "base/server_key.h"
+#include "base/tracers.h"
+#include "connection/url_escape.h"
+#include "documents/checkout_id.h"
+#include "documents/document_reads.h"
+#include "documents/workspaces.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+bool FindWorkspaceOfId(const std::shared_ptr<VtConnection>& connection, const CheckoutId& id,
+                       WorkspaceRecord& workspace) {
+  if (id.field0.empty() || id.field1.empty()) return false;
+  DocumentRecord record;
+  if (ReadDocument(connection, id.field0, record) != Ok) return false;
+  return FindWorkspaceById(connection, id.field1, record.contextId, workspace);
+}
+
+}  // namespace
+
+std::string InformationPage(const VtConnection& connection, const char* id) {
+  const std::string url = WithTrailingSlash(connection.http()->uri());
+  if (url.empty()) return {};
+  return url + "app/#zvk1/tcomp/infoPage?oid=" + EscapeForUrl(ParseCheckoutId(id).field0);
+}
+
+std::string AttributesPage(const std::shared_ptr<VtConnection>& connection, const char* id) {
+  const CheckoutId parsed = ParseCheckoutId(id);
+  WorkspaceRecord workspace;
+  if (!FindWorkspaceOfId(connection, parsed, workspace)) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate %s on server\n", id != nullptr ? id : "");
+    return {};
+  }
+  return WithTrailingSlash(connection->http()->uri()) +
+         "servlet/VantryAuthGW/vn.enterprise.URLProcessor/URLTemplateAction?u8&action=MULTIEDITATTR&oid=" +
+         EscapeForUrl(parsed.field0) + "&wsName=" + EscapeForUrl(workspace.name) + "&wscontext=1";
+}
+
+bool FindWorkspaceById(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId,
+                       const std::string& contextId, WorkspaceRecord& workspace) {
+  WorkspaceList workspaces;
+  const bool listed = ListWorkspaces(connection, contextId, workspaces);
+  const auto hit = std::find_if(workspaces.begin(), workspaces.end(), [&](const WorkspaceRecord& candidate) {
+    return candidate.id == workspaceId;
+  });
+  if (!listed || hit == workspaces.end()) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate workspace %s in context %s on server\n",
+                     workspaceId.c_str(), contextId.c_str());
+    return false;
+  }
+  workspace = *hit;
+  return true;
+}
+
+}  // namespace lxservices::cms_interface::vantry
