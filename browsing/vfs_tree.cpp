@@ -91,6 +91,12 @@ ParsedVfsPath SplitFilePath(std::string_view path) {
   return parsed;
 }
 
+std::string WorkspaceNameOf(const ParsedVfsPath& directory) {
+  std::string name = directory.folderPath;
+  if (!name.empty() && name.back() == '/') name.pop_back();
+  return name;
+}
+
 bool ForceLegacyFileBrowse() {
   static const bool forced = dp::Environment::Test("FENLOOM_DC_FORCE_LEGACY_FILEBROWSE");
   return forced;

@@ -51,6 +51,9 @@ struct ParsedVfsPath {
 /// Takes a file's path apart: what stands behind the section is folder path, leaf and version.
 [[nodiscard]] ParsedVfsPath SplitFilePath(std::string_view path);
 
+/// The name of the workspace that a directory path leads to: its folder path without one closing "/".
+[[nodiscard]] std::string WorkspaceNameOf(const ParsedVfsPath& directory);
+
 /// Whether the environment switch FENLOOM_DC_FORCE_LEGACY_FILEBROWSE is set, which keeps all browsing of
 /// folders away from OData. Read once per process; any thread.
 [[nodiscard]] bool ForceLegacyFileBrowse();

@@ -1,0 +1,97 @@
+#include "browsing/directory_listing.h"
+
+#include <initializer_list>
+#include <string>
+
+#include "browsing/contexts.h"
+#include "browsing/dir_entry.h"
+#include "browsing/folder_contents.h"
+#include "browsing/folder_tree.h"
+#include "browsing/gateway_listing.h"
+#include "browsing/vfs_tree.h"
+#include "browsing/workspace_listing.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+bool ListNames(std::initializer_list<VfsNameId> names, const DirEntryCallback& callback,
+               FileServer::ReadDirFlags flags) {
+  if ((flags & FileServer::Directories) == 0) return true;
+  for (const VfsNameId name : names) EmitDirEntry(callback, LocalisedVfsName(name), "", true);
+  return true;
+}
+
+// One listing of one directory, with what all its steps need.
+struct Listing {
+  const std::shared_ptr<VtConnection>& connection;
+  ServiceFlags& services;
+  const DirEntryCallback& callback;
+  FileServer::ReadDirFlags flags;
+};
+
+bool ListResource(const Listing& listing, const std::string& resource) {
+  const bool details = (listing.flags & FileServer::Details) != 0;
+  const bool versions = (listing.flags & FileServer::Versions) != 0;
+  if (listing.services.dataAdminV5) {
+    return ListODataFolderV5(listing.connection, resource, listing.callback, details, versions);
+  }
+  return ListODataFolder(listing.connection, resource, listing.callback, details);
+}
+
+// By OData where the server has it and the folder is found there; the gateway is the road for all others.
+bool ListFolder(const Listing& listing, const ParsedVfsPath& path) {
+  if (!ForceLegacyFileBrowse()) {
+    EnsureServiceFlags(listing.services, *listing.connection);
+    if (listing.services.folderContents) {
+      const char* type = ODataTypeOf(path.kind);
+      if (type == nullptr) return false;
+      const std::string resource =
+          ResolveFolderResource(listing.connection, path.context, type, path.folderPath);
+      if (!resource.empty()) return ListResource(listing, resource);
+    }
+  }
+  return ListGatewayFolder(listing.connection, path.context, path.kind, path.folderPath, listing.callback,
+                           listing.flags);
+}
+
+bool ListWorkspacesSection(const Listing& listing, const ParsedVfsPath& path) {
+  EnsureServiceFlags(listing.services, *listing.connection);
+  const std::string contextId =
+      ResolveContextId(listing.connection, listing.services, path.kind, path.context);
+  if (contextId.empty()) return false;
+  if (path.folderPath.empty()) {
+    return ListWorkspaceDirs(listing.connection, contextId, listing.callback, listing.flags);
+  }
+  const std::string workspaceId = FindWorkspaceIdByName(listing.connection, WorkspaceNameOf(path), contextId);
+  return !workspaceId.empty() &&
+         ListWorkspaceFiles(listing.connection, workspaceId, listing.callback, listing.flags);
+}
+
+}  // namespace
+
+bool ListRootDirs(const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+  return ListNames({VfsNameId::Products, VfsNameId::Libraries, VfsNameId::Projects, VfsNameId::Sites},
+                   callback, flags);
+}
+
+bool ListSections(const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+  return ListNames({VfsNameId::Folders, VfsNameId::Workspaces}, callback, flags);
+}
+
+bool ListDirectory(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services, const char* path,
+                   const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+  if (path == nullptr || *path == '\0') return ListRootDirs(callback, flags);
+  const Listing listing{connection, services, callback, flags};
+  const ParsedVfsPath parsed = SplitDirectoryPath(path);
+  if (parsed.kind == ContextKind::None) return false;
+  if (parsed.context.empty()) {
+    EnsureServiceFlags(services, *connection);
+    return ListContexts(connection, services, parsed.kind, callback, flags);
+  }
+  if (parsed.section.empty()) return ListSections(callback, flags);
+  if (IsVfsName(parsed.section, VfsNameId::Folders)) return ListFolder(listing, parsed);
+  if (IsVfsName(parsed.section, VfsNameId::Workspaces)) return ListWorkspacesSection(listing, parsed);
+  return false;
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,131 @@
+#include "browsing/folder_contents.h"
+
+#include <utility>
+
+#include "base/settings.h"
+#include "browsing/folder_contents_handler.h"
+#include "browsing/odata_rows.h"
+#include "connection/json_members.h"
+#include "connection/json_parsing.h"
+#include "connection/rest_stream.h"
+#include "connection/url_split.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+constexpr const char* selectDetails = ",Version,Name,Number";
+constexpr const char* expandVersions = "&$expand=Versions($select=Version,ID)";
+constexpr const char* newestFirst = "&$orderby=Version desc";
+
+// One document list: what to ask for and how to read its rows.
+struct DocumentListing {
+  std::string path;
+  bool details = false;
+  bool versions = false;
+  bool fileNameKey = false;  ///< the name stands under "FileName", else under "CADName"
+};
+
+std::string DynamicDocumentsPath(const char* serviceVersion, const std::string& resource) {
+  return std::string("servlet/odata/") + serviceVersion + "/DataAdmin/" + resource +
+         "/FolderContents/ZVK.DynamicDocMgmt.DynamicDocument?$select=CADName,ID";
+}
+
+bool ReadPage(RestStream& response, FolderContentsHandler& handler) {
+  if (response.fileStream() != nullptr && ReadJson(*response.fileStream(), handler)) return true;
+  return response.memoryStream() != nullptr && ReadJson(*response.memoryStream(), handler);
+}
+
+// Reads one page; the next link is empty behind the last.
+bool ListPage(const std::shared_ptr<HttpConnection>& connection, const std::string& path,
+              const DocumentListing& listing, const DirEntryCallback& callback, std::string& nextLink) {
+  RestStream response(MakeGetRequest(connection, path.c_str(), VtConnection::ODataHeaders()), {});
+  if (!response.succeeded()) return false;
+  FolderContentsHandler handler(listing.details, listing.versions, listing.fileNameKey, callback);
+  if (!ReadPage(response, handler)) return false;
+  nextLink = handler.nextLink();
+  return true;
+}
+
+bool ListDocuments(const std::shared_ptr<VtConnection>& connection, const DocumentListing& listing,
+                   const DirEntryCallback& callback) {
+  std::string nextLink;
+  if (!ListPage(connection->http(), listing.path, listing, callback, nextLink)) return false;
+  while (!nextLink.empty()) {
+    // A next link is a full URL and may lead to another host.
+    const auto [base, path] = SplitUrlAtPath(std::exchange(nextLink, {}));
+    const auto side = connection->MakeSideConnection(base);
+    if (side == nullptr || !ListPage(side, path, listing, callback, nextLink)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool ListSubfolders(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
+                    const DirEntryCallback& callback) {
+  const std::string path = "servlet/odata/v1/DataAdmin/" + resource + "/Folders?$select=Name";
+  return VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+    for (const auto& row : rows.GetArray()) {
+      const rapidjson::Value* name = FindString(row, "Name");
+      if (name == nullptr) continue;
+      // Raw, where documents and the gateway's folders are escaped: the walk that looks a folder up compares
+      // with the server's own names.
+      DirEntryInfoExt entry;
+      entry.name = name->GetString();
+      entry.id = "";
+      entry.isDirectory = true;
+      callback(entry);
+    }
+    return true;
+  });
+}
+
+bool ListDynamicDocuments(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
+                          const DirEntryCallback& callback, bool details) {
+  DocumentListing listing{DynamicDocumentsPath("v4", resource), details};
+  if (details) listing.path.append(selectDetails).append(newestFirst);
+  return ListDocuments(connection, listing, callback);
+}
+
+bool ListDynamicDocumentsV5(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
+                            const DirEntryCallback& callback, bool details, bool versions) {
+  DocumentListing listing{DynamicDocumentsPath("v5", resource), details, versions};
+  if (details) listing.path += selectDetails;
+  if (versions) listing.path += expandVersions;
+  listing.path += newestFirst;
+  return ListDocuments(connection, listing, callback);
+}
+
+bool ListCadDocuments(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
+                      const DirEntryCallback& callback, bool details, bool versions) {
+  // Version 4 of the service on a server with version 5 too: it is the one that gives CAD documents by
+  // "FileName".
+  DocumentListing listing{"servlet/odata/v4/DataAdmin/" + resource +
+                              "/FolderContents/ZVK.CADDocumentMgmt.CADDocument?$select=FileName,ID",
+                          details, versions, true};
+  if (details) listing.path += selectDetails;
+  if (versions) listing.path += expandVersions;
+  listing.path += newestFirst;
+  return ListDocuments(connection, listing, callback);
+}
+
+bool ListODataFolder(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
+                     const DirEntryCallback& callback, bool details) {
+  if (!ListSubfolders(connection, resource, callback)) return false;
+  if (BrowseDynamicDocuments() && !ListDynamicDocuments(connection, resource, callback, details)) {
+    return false;
+  }
+  return !BrowseCadDocuments() || ListCadDocuments(connection, resource, callback, details, false);
+}
+
+bool ListODataFolderV5(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
+                       const DirEntryCallback& callback, bool details, bool versions) {
+  if (!ListSubfolders(connection, resource, callback)) return false;
+  if (BrowseDynamicDocuments() &&
+      !ListDynamicDocumentsV5(connection, resource, callback, details, versions)) {
+    return false;
+  }
+  return !BrowseCadDocuments() || ListCadDocuments(connection, resource, callback, details, versions);
+}
+
+}  // namespace lxservices::cms_interface::vantry

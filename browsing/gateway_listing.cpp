@@ -1,0 +1,126 @@
+#include "browsing/gateway_listing.h"
+
+#include <string_view>
+
+#include "base/file_name.h"
+#include "browsing/contexts.h"
+#include "connection/json_members.h"
+#include "connection/platform/environment.h"
+#include "connection/platform/uri.h"
+#include "connection/url_escape.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// Whether the gateway sends its names percent-escaped, as newer ones do. Read once per process.
+bool GatewayEscapes() {
+  static const bool escapes = dp::Environment::Test("FENLOOM_REST_SNXGW_NOW_ESCAPES");
+  return escapes;
+}
+
+std::string GatewayFolderPath(const ContextRecord& context, const std::string& folderPath) {
+  std::string path = "servlet/rest/snx_gw/organizations/" + EscapeForUrl(context.organization) + "/" +
+                     EscapeForUrl(context.typeClass) + "/" + EscapeForUrl(context.name) + "/folders";
+  if (!folderPath.empty()) path += "?path=" + EscapeForUrl(folderPath);
+  return path;
+}
+
+// Brings a name into path form. Without the switch every name is escaped, so the names of a gateway that
+// escapes come out escaped twice; a host that sees this sets the switch. With it a directory's name is what
+// the gateway takes back in "?path=", and passes as it stands.
+std::string NameInPathForm(const std::string& text, bool isDirectory) {
+  if (!GatewayEscapes()) return EscapeFileName(text);
+  if (isDirectory || !HoldsForbiddenCharacter(text)) return text;
+  std::string plain;
+  du::URI_Unescape(&plain, 0, text);
+  return EscapeFileName(plain);
+}
+
+void EmitGatewayEntry(const DirEntryCallback& callback, std::string_view text, bool isDirectory) {
+  const std::string name = NameInPathForm(std::string(text), isDirectory);
+  DirEntryInfoExt entry;
+  entry.name = name.c_str();
+  entry.isDirectory = isDirectory;
+  callback(entry);
+}
+
+// One element of the list: the address of a file, which ends in its name, or of a folder, which holds "path="
+// and ends in the folder's path.
+void ReadGatewayElement(std::string_view address, const DirEntryCallback& callback,
+                        FileServer::ReadDirFlags flags) {
+  constexpr std::string_view folderMark = "path=";
+  const auto slash = address.rfind('/');
+  if (slash == std::string_view::npos) return;
+  const auto mark = address.rfind(folderMark);
+  const bool isDirectory = mark != std::string_view::npos;
+  if ((flags & (isDirectory ? FileServer::Directories : FileServer::Files)) == 0) return;
+  const bool nameFollowsMark = isDirectory && mark > slash;
+  EmitGatewayEntry(callback, address.substr(nameFollowsMark ? mark + folderMark.size() : slash + 1),
+                   isDirectory);
+}
+
+void DeliverListing(const rapidjson::Value& listing, const DirEntryCallback& callback,
+                    FileServer::ReadDirFlags flags) {
+  if ((flags & (FileServer::Files | FileServer::Directories)) == 0 || !listing.IsObject()) return;
+  for (const auto& member : listing.GetObject()) {
+    if (TextView(member.name) != "folderContent" || !member.value.IsArray()) continue;
+    for (const auto& element : member.value.GetArray()) {
+      if (element.IsString()) ReadGatewayElement(TextView(element), callback, flags);
+    }
+  }
+}
+
+// An answer that was fetched when the folder was opened. A body can be read once and a handle any number of
+// times, so the first reading keeps what it parsed.
+class OpenedFolder {
+ public:
+  explicit OpenedFolder(const RestRequest& request) : stream_(request, {}) {}
+
+  [[nodiscard]] bool succeeded() const { return stream_.succeeded(); }
+
+  [[nodiscard]] bool Read(const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+    if (!parsed_) (void)ParseJsonResponse(stream_, listing_);
+    parsed_ = true;
+    DeliverListing(listing_, callback, flags);
+    return stream_.succeeded();
+  }
+
+ private:
+  RestStream stream_;
+  rapidjson::Document listing_;
+  bool parsed_ = false;
+};
+
+}  // namespace
+
+bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback,
+                        FileServer::ReadDirFlags flags) {
+  if (!stream.succeeded()) return false;
+  rapidjson::Document listing;
+  if (ParseJsonResponse(stream, listing)) DeliverListing(listing, callback, flags);
+  return true;
+}
+
+bool ListGatewayFolder(const std::shared_ptr<VtConnection>& connection, const std::string& contextName,
+                       ContextKind kind, const std::string& folderPath, const DirEntryCallback& callback,
+                       FileServer::ReadDirFlags flags) {
+  ContextRecord context;
+  if (!FindContext(connection, kind, contextName, context)) return false;
+  const std::string path = GatewayFolderPath(context, folderPath);
+  RestStream stream(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  return ReadGatewayListing(stream, callback, flags);
+}
+
+DirLister OpenGatewayFolder(const std::shared_ptr<VtConnection>& connection, const std::string& contextName,
+                            ContextKind kind, const std::string& folderPath) {
+  ContextRecord context;
+  if (!FindContext(connection, kind, contextName, context)) return {};
+  const std::string path = GatewayFolderPath(context, folderPath);
+  auto folder = std::make_shared<OpenedFolder>(MakeGetRequest(connection->http(), path.c_str(), nullptr));
+  if (!folder->succeeded()) return {};
+  return [folder](const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+    return folder->Read(callback, flags);
+  };
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "browsing/context_kind.h"
+#include "browsing/file_server.h"
+#include "connection/rest_stream.h"
+#include "connection/vt_connection.h"
+
+/// Folders by the publishing gateway, which lists one folder by its path and gives folders and files in one
+/// list. Makes requests on this thread; nothing is cached or traced.
+namespace lxservices::cms_interface::vantry {
+
+/// Lists a folder: one GET to find its context and one for the folder.
+/// @param folderPath  as the tree holds it; may be empty
+/// @return false when the context is not known or the gateway refused; a broken answer lists nothing and
+///         counts as success
+[[nodiscard]] bool ListGatewayFolder(const std::shared_ptr<VtConnection>& connection,
+                                     const std::string& contextName, ContextKind kind,
+                                     const std::string& folderPath, const DirEntryCallback& callback,
+                                     FileServer::ReadDirFlags flags);
+
+/// Fetches a folder's listing now, by the two GETs of ListGatewayFolder, and gives a lister that delivers it
+/// as often as it is called, without a further request.
+/// @return empty when the context is not known or the gateway refused
+[[nodiscard]] DirLister OpenGatewayFolder(const std::shared_ptr<VtConnection>& connection,
+                                          const std::string& contextName, ContextKind kind,
+                                          const std::string& folderPath);
+
+/// Delivers the gateway's answer: directories and files in its order, as far as `flags` asks for them. Reads
+/// the body, which can be done once. Sends nothing.
+/// @return whether the HTTP status was in 200 to 299
+[[nodiscard]] bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback,
+                                      FileServer::ReadDirFlags flags);
+
+}  // namespace lxservices::cms_interface::vantry
