@@ -36,6 +36,7 @@ install(FILES ${PROJECT_BINARY_DIR}/VtDirectConfig.cmake ${PROJECT_BINARY_DIR}/V
 # library's dependencies are named as plain requirements: they are shared libraries here, and "--static" would
 # ask for the static form of everything that libcurl itself is built from.
 file(RELATIVE_PATH VTDIRECT_PKGCONFIG_TO_PREFIX /prefix/${VTDIRECT_PKGCONFIG_DIR} /prefix)
+string(REGEX REPLACE "/$" "" VTDIRECT_PKGCONFIG_TO_PREFIX ${VTDIRECT_PKGCONFIG_TO_PREFIX})
 set(VTDIRECT_PC_REQUIRES "")
 set(VTDIRECT_PLATFORM_PC_REQUIRES "")
 if(TARGET platform)

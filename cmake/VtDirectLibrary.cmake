@@ -48,6 +48,21 @@ if(VTDIRECT_PLATFORM STREQUAL "default")
   target_link_libraries(vtdirect PUBLIC platform)
 endif()
 
+# Hidden visibility leaves the standard library's templates visible; the lists leave only what is meant.
+if(BUILD_SHARED_LIBS)
+  foreach(library IN ITEMS vtdirect platform)
+    if(TARGET ${library})
+      get_target_property(output ${library} OUTPUT_NAME)
+      if(NOT output)
+        set(output ${library})
+      endif()
+      set(exports ${PROJECT_SOURCE_DIR}/cmake/exports/${output}.map)
+      target_link_options(${library} PRIVATE LINKER:--version-script=${exports})
+      set_target_properties(${library} PROPERTIES LINK_DEPENDS ${exports})
+    endif()
+  endforeach()
+endif()
+
 # What a host in this tree sees is what it sees after an install: the installed headers and nothing else.
 set(VTDIRECT_STAGED_HEADERS ${PROJECT_BINARY_DIR}/include)
 set(VTDIRECT_PUBLIC_HEADERS public/vt_direct_manager.h public/vt_direct_utils.h)
