@@ -2,8 +2,14 @@
 
 #include <utility>
 
+#include "browsing/directory_listing.h"
 #include "browsing/document_details.h"
+#include "browsing/document_to_path.h"
 #include "browsing/hvd_features.h"
+#include "browsing/path_capabilities.h"
+#include "browsing/path_to_document.h"
+#include "browsing/vantry_lookup.h"
+#include "browsing/web_pages.h"
 #include "connection/server_check.h"
 #include "documents/checkout_state.h"
 #include "documents/document_download.h"
@@ -48,6 +54,30 @@ CheckoutServer* VtRestLegacyFileServer::GetCheckoutServer() {
   return this;
 }
 
+std::string VtRestLegacyFileServer::ResolvePath(const char* path) {
+  return ResolveDocumentPath(connection_, services_, path);
+}
+
+std::string VtRestLegacyFileServer::GetVFSPath(const char* id, bool folderOnly, bool latestForm) {
+  return FindDocumentPath(connection_, services_, id, folderOnly, latestForm);
+}
+
+std::string VtRestLegacyFileServer::BrowserInfo(const char* id) {
+  return InformationPage(*connection_, id);
+}
+
+std::string VtRestLegacyFileServer::EditAttributesURL(const char* id) {
+  return AttributesPage(connection_, id);
+}
+
+std::string VtRestLegacyFileServer::UIDFromVantryParams(const char* documentId, const char* workspaceId) {
+  return FindIdInWorkspace(connection_, documentId, workspaceId);
+}
+
+std::string VtRestLegacyFileServer::UIDFromVantryCadName(const char* cadName) {
+  return FindLatestIdByCadName(connection_, services_, cadName);
+}
+
 bool VtRestLegacyFileServer::GetCheckoutState(const char* id, VtCheckoutState& state) {
   return vantry::GetCheckoutState(connection_, id, state);
 }
@@ -68,13 +98,36 @@ bool VtRestLegacyFileServer::SupportsVCSMetadata() {
   return vcsInfo_;
 }
 
+bool VtRestLegacyFileServer::ReadDir(const char* path,
+                                     std::function<void(const char*, const char*, bool)> callback) {
+  constexpr auto everything = static_cast<ReadDirFlags>(Files | Directories);
+  const auto forward = [&callback](const DirEntryInfoExt& entry) {
+    callback(entry.name, entry.id, entry.isDirectory);
+  };
+  return ReadDirExt(path, forward, everything);
+}
+
+bool VtRestLegacyFileServer::ReadDirExt(const char* path, DirEntryCallback callback, ReadDirFlags flags) {
+  return ListDirectory(connection_, services_, path, callback, flags);
+}
+
+DirLister VtRestLegacyFileServer::OpenDir(const char* path) {
+  return OpenDirectory(connection_, services_, path);
+}
+
+bool VtRestLegacyFileServer::IsPathWritable(const char* path) {
+  return vantry::IsPathWritable(path);
+}
+
+bool VtRestLegacyFileServer::CanPathShowVersions(const char* path) {
+  return vantry::CanPathShowVersions(connection_, services_, path);
+}
+
+bool VtRestLegacyFileServer::CanPathShowDetails(const char* path) {
+  return vantry::CanPathShowDetails(connection_, services_, path);
+}
+
 // Not built yet; until then each gives its failure value.
-std::string VtRestLegacyFileServer::ResolvePath(const char*) {
-  return {};
-}
-std::string VtRestLegacyFileServer::GetVFSPath(const char*, bool, bool) {
-  return {};
-}
 Status VtRestLegacyFileServer::UploadNew(const char*, const DocumentUploadParams&, FileInfo&,
                                          ProgressFunction) {
   return Refused;
@@ -83,38 +136,8 @@ Status VtRestLegacyFileServer::UploadIteration(const char*, const DocumentUpload
                                                ProgressFunction) {
   return Refused;
 }
-bool VtRestLegacyFileServer::ReadDir(const char*, std::function<void(const char*, const char*, bool)>) {
-  return false;
-}
-bool VtRestLegacyFileServer::ReadDirExt(const char*, DirEntryCallback, ReadDirFlags) {
-  return false;
-}
-DirLister VtRestLegacyFileServer::OpenDir(const char*) {
-  return {};
-}
-bool VtRestLegacyFileServer::IsPathWritable(const char*) {
-  return false;
-}
-bool VtRestLegacyFileServer::CanPathShowVersions(const char*) {
-  return false;
-}
-bool VtRestLegacyFileServer::CanPathShowDetails(const char*) {
-  return false;
-}
-std::string VtRestLegacyFileServer::BrowserInfo(const char*) {
-  return {};
-}
 XliffServer* VtRestLegacyFileServer::GetXliffServer() {
   return nullptr;
-}
-std::string VtRestLegacyFileServer::EditAttributesURL(const char*) {
-  return {};
-}
-std::string VtRestLegacyFileServer::UIDFromVantryParams(const char*, const char*) {
-  return {};
-}
-std::string VtRestLegacyFileServer::UIDFromVantryCadName(const char*) {
-  return {};
 }
 bool VtRestLegacyFileServer::Checkout(const char*, FileInfo&) {
   return false;

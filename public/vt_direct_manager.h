@@ -230,6 +230,50 @@ VTDIRECT_API bool SupportsSeparatedSources(const char* path);
 /// Whether the server takes metadata files; false without a server. Makes a request on first use.
 VTDIRECT_API bool SupportsVCSMetadata(const char* path);
 
+// ---- Directories
+// ------------------------------------------------------------------------------------------------
+//
+// A path is handed to the server as it stands, and a level counts only when a "/" closes it: "//plm/Products"
+// lists nothing, "//plm/Products/" lists the products. A UID lists its server's root. Entries are delivered
+// on this thread, during the call.
+
+/// An open directory. Opaque.
+struct DirHandleData;
+/// Owns an open directory; empty when there is none. It is destroyed inside the library.
+using DirHandle = std::unique_ptr<DirHandleData, void (*)(DirHandleData*)>;
+
+/// Lists the files and folders of a directory. Makes requests; memory does not grow with the directory.
+/// @param callback  once per entry; the name is valid during the call only
+/// @param user      handed through to the callback untouched
+/// @return false without a server (nothing is sent), for a path that is no directory, and when the listing
+///         failed part of the way; what was delivered before that stays delivered. Each is traced.
+VTDIRECT_API bool ReadDir(const char* path, void (*callback)(const char* name, bool isFolder, void* user),
+                          void* user);
+
+/// ReadDir with details and versions as far as `flags` asks and the server can show them.
+///
+/// A server that browses folders by its newer services delivers files and folders whatever bits 1 and 2 say,
+/// so a host that wants one kind looks at `isFolder`.
+VTDIRECT_API bool ReadDirExt(const char* path, void (*callback)(DirEntryExt& entry, void* user), void* user,
+                             ReadDirFlags flags);
+
+/// Walks to a directory now, to read it later without that walk. Makes requests. The handle keeps what it
+/// needs of the server alive through an UpdateServerList.
+/// @return an empty handle when there is no such directory or it cannot be reached
+[[nodiscard]] VTDIRECT_API DirHandle OpenDir(const char* path);
+
+/// Lists an open directory, as often as wanted. Makes requests, except where opening has fetched the listing.
+/// @return false for an empty handle and when the listing failed; nothing is traced
+VTDIRECT_API bool ReadDir(const DirHandle& handle, void (*callback)(DirEntryExt& entry, void* user),
+                          void* user, ReadDirFlags flags);
+
+/// Whether an object or a directory is there. Makes requests.
+VTDIRECT_API bool FileOrFolderExists(const char* path);
+
+/// Whether a new document may be created at a path: nothing is there, and no document anywhere on the server
+/// has that name. False without a server. Makes requests.
+VTDIRECT_API bool FileNameAvailable(const char* path);
+
 // ---- Questions about one object
 // --------------------------------------------------------------------------------
 
@@ -239,6 +283,35 @@ VTDIRECT_API bool FileExists(const char* path);
 /// The file name of an address, escaped as in a VFS path, or the empty text. Makes a request only when the
 /// text itself holds no name.
 VTDIRECT_API std::string GetFileName(const char* path);
+
+/// The version and the UID of an object's newest iteration. Makes requests.
+/// @return false, outputs untouched, when the object is not found
+VTDIRECT_API bool GetLatest(const char* path, std::string& version, std::string& uid);
+
+/// The UID of an object's newest iteration; `path` itself, as it came, when it is that already; the empty
+/// text on failure. Makes requests.
+VTDIRECT_API std::string GetLatestUPath(const char* path);
+
+/// Whether an object is the newest iteration. UIDs only. Makes requests.
+///
+/// A server that cannot be reached or used is written off in every live Session.
+/// @param currentVersion  written on success only, as is `latestVersion`
+/// @param latestUid       may be null; receives the UID of the newest iteration by one more request, which is
+///                        sent after a failure too and then gives the empty text; untouched when `path` is no
+///                        UID with an id or has no server
+/// @return 0 newest, 1 a newer one exists, -1 on failure
+VTDIRECT_API int GetStatus(const char* path, std::string& currentVersion, std::string& latestVersion,
+                           std::string* latestUid);
+
+/// The key of an address's server, by which links are told to lie on one server. Makes no request.
+/// @return false, `context` untouched, without a server
+VTDIRECT_API bool GetLinkContext(const char* path, std::string& context);
+
+/// Reads details of an object. Makes requests, for an empty map too.
+/// @param details  the keys that are in it say what is wanted, and their values are replaced; an unknown key
+///                 keeps its value
+/// @return false, map untouched, when the object is not found
+VTDIRECT_API bool ReadDetails(const char* path, std::map<VtDetails, std::string>& details);
 
 // ---- Download
 // ---------------------------------------------------------------------------------------------------

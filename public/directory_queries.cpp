@@ -1,0 +1,110 @@
+#include <string>
+
+#include "base/tracers.h"
+#include "public/path_resolution.h"
+#include "public/vt_direct_manager.h"
+
+namespace VtDirectManager {
+
+using namespace lxservices::cms_interface;
+
+/// What OpenDir hands out.
+struct DirHandleData {
+  DirLister lister;
+};
+
+namespace {
+
+// The bits are the same ones, and what a host sets beyond them is the server's to pass over.
+FileServer::ReadDirFlags ServerFlags(ReadDirFlags flags) {
+  return static_cast<FileServer::ReadDirFlags>(flags);
+}
+
+// Hands each entry to the host without its id.
+DirEntryCallback ForwardEntries(void (*callback)(DirEntryExt& entry, void* user), void* user) {
+  return [callback, user](const DirEntryInfoExt& info) {
+    DirEntryDetails details{};
+    if (info.details != nullptr) {
+      details = {info.details->number, info.details->name, info.details->reserved};
+    }
+    DirEntryExt entry{info.name, info.isDirectory, info.details != nullptr ? &details : nullptr,
+                      info.versions, info.versionIds};
+    callback(entry, user);
+  };
+}
+
+bool ReportListing(const char* path, bool listed) {
+  if (!listed) VtDirectTracer()(dp::TraceType::Miss, "Failed to read dir %s\n", path);
+  return listed;
+}
+
+// A plain function of the library, so that a handle is destroyed where it was made.
+void CloseDir(DirHandleData* handle) {
+  delete handle;
+}
+
+bool IsObject(FileServer& server, const std::string& id) {
+  FileInfo info;
+  return !id.empty() && server.GetFileInfo(id.c_str(), info) == Ok;
+}
+
+// Behind the last "/", still escaped.
+std::string LastSegment(const std::string& relativePath) {
+  const auto slash = relativePath.rfind('/');
+  return slash != std::string::npos ? relativePath.substr(slash + 1) : relativePath;
+}
+
+}  // namespace
+
+bool ReadDir(const char* path, void (*callback)(const char* name, bool isFolder, void* user), void* user) {
+  const PathTarget target = ResolveTarget(path, {}, 0);
+  if (target.server == nullptr) return false;
+  const auto forward = [callback, user](const char* name, const char*, bool isFolder) {
+    callback(name, isFolder, user);
+  };
+  return ReportListing(path, target.server->ReadDir(target.relativePath.c_str(), forward));
+}
+
+bool ReadDirExt(const char* path, void (*callback)(DirEntryExt& entry, void* user), void* user,
+                ReadDirFlags flags) {
+  const PathTarget target = ResolveTarget(path, {}, 0);
+  if (target.server == nullptr) return false;
+  return ReportListing(path, target.server->ReadDirExt(target.relativePath.c_str(),
+                                                       ForwardEntries(callback, user), ServerFlags(flags)));
+}
+
+DirHandle OpenDir(const char* path) {
+  DirHandle handle(nullptr, CloseDir);
+  const PathTarget target = ResolveTarget(path, {}, ResolveQuiet);
+  if (target.server == nullptr) return handle;
+  DirLister lister = target.server->OpenDir(target.relativePath.c_str());
+  if (lister) handle.reset(new DirHandleData{std::move(lister)});
+  return handle;
+}
+
+bool ReadDir(const DirHandle& handle, void (*callback)(DirEntryExt& entry, void* user), void* user,
+             ReadDirFlags flags) {
+  if (handle == nullptr || !handle->lister) return false;
+  return handle->lister(ForwardEntries(callback, user), ServerFlags(flags));
+}
+
+bool FileOrFolderExists(const char* path) {
+  const PathTarget target = ResolveTarget(path, {}, ResolveQuiet);
+  if (target.server == nullptr) return false;
+  if (IsObject(*target.server, IdOfTarget(target))) return true;
+  return static_cast<bool>(target.server->OpenDir(target.relativePath.c_str()));
+}
+
+bool FileNameAvailable(const char* path) {
+  const PathTarget target = ResolveTarget(path, {}, ResolveQuiet);
+  if (target.server == nullptr) return false;
+  // An id whose object cannot be read counts as no object.
+  if (IsObject(*target.server, IdOfTarget(target))) return false;
+  auto* server = dynamic_cast<vantry::VantryFileServer*>(target.server.get());
+  if (server == nullptr) return true;
+  if (target.relativePath.find('?') != std::string::npos) return false;
+  // Such a server has one space of CAD names for all its folders: a name that is taken anywhere is taken.
+  return server->UIDFromVantryCadName(LastSegment(target.relativePath).c_str()).empty();
+}
+
+}  // namespace VtDirectManager
