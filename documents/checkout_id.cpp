@@ -1,5 +1,7 @@
 #include "documents/checkout_id.h"
 
+#include "base/tracers.h"
+
 namespace lxservices::cms_interface::vantry {
 namespace {
 
@@ -25,6 +27,13 @@ CheckoutId ParseCheckoutId(const char* text) {
 
 bool IsValidForCheckout(const CheckoutId& id) {
   return !id.field0.empty() && !id.field1.empty() && (!id.temporary || !id.field2.empty());
+}
+
+bool ParseValidCheckoutId(const char* text, CheckoutId& id) {
+  id = ParseCheckoutId(text);
+  if (IsValidForCheckout(id)) return true;
+  VtDirectTracer()(dp::TraceType::Error, "Bad id data for checkout %s\n", text != nullptr ? text : "");
+  return false;
 }
 
 const std::string& WorkingDocumentId(const CheckoutId& id) {

@@ -23,6 +23,9 @@ struct CheckoutId {
 /// Whether an id has all that a checkout operation needs.
 [[nodiscard]] bool IsValidForCheckout(const CheckoutId& id);
 
+/// ParseCheckoutId for a checkout operation: an id that is not valid for one is traced and gives false.
+[[nodiscard]] bool ParseValidCheckoutId(const char* text, CheckoutId& id);
+
 /// The document that is worked on: the working copy of a temporary checkout, else the document itself.
 [[nodiscard]] const std::string& WorkingDocumentId(const CheckoutId& id);
 

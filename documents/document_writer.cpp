@@ -14,10 +14,6 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-rapidjson::Value CopyText(std::string_view text, JsonAllocator& allocator) {
-  return {text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator};
-}
-
 bool IsAttributeNamed(const rapidjson::Value& element, std::string_view name) {
   const rapidjson::Value* definition = FindMember(element, "parameterDefinition");
   const rapidjson::Value* parameter =
@@ -38,27 +34,31 @@ bool WriteCompact(const rapidjson::Value& value, std::FILE* file) {
 
 }  // namespace
 
+rapidjson::Value MakeText(std::string_view text, JsonAllocator& allocator) {
+  return {text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator};
+}
+
 rapidjson::Value WriteContentSection(const ContentRecord& record, JsonAllocator& allocator) {
   rapidjson::Value section(rapidjson::kObjectType);
-  section.AddMember("category", CopyText(record.category, allocator), allocator);
-  section.AddMember("fileName", CopyText(record.fileName, allocator), allocator);
+  section.AddMember("category", MakeText(record.category, allocator), allocator);
+  section.AddMember("fileName", MakeText(record.fileName, allocator), allocator);
   if (record.isHidden) section.AddMember("isHidden", true, allocator);
   section.AddMember("streamId", record.streamId, allocator);
   rapidjson::Value receipt(rapidjson::kObjectType);
-  receipt.AddMember("encodedCCD", CopyText(record.encodedCCD, allocator), allocator);
+  receipt.AddMember("encodedCCD", MakeText(record.encodedCCD, allocator), allocator);
   section.AddMember("uploadInfo", receipt, allocator);
   return section;
 }
 
 rapidjson::Value WriteAttribute(const FileBasedAttribute& record, JsonAllocator& allocator) {
   rapidjson::Value definition(rapidjson::kObjectType);
-  definition.AddMember("parameterName", CopyText(record.parameterName, allocator), allocator);
+  definition.AddMember("parameterName", MakeText(record.parameterName, allocator), allocator);
   if (!record.attributeName.empty()) {
-    definition.AddMember("attributeName", CopyText(record.attributeName, allocator), allocator);
+    definition.AddMember("attributeName", MakeText(record.attributeName, allocator), allocator);
   }
-  definition.AddMember("valueType", CopyText(record.valueType, allocator), allocator);
+  definition.AddMember("valueType", MakeText(record.valueType, allocator), allocator);
   rapidjson::Value value(rapidjson::kObjectType);
-  value.AddMember("value", CopyText(record.value, allocator), allocator);
+  value.AddMember("value", MakeText(record.value, allocator), allocator);
   rapidjson::Value attribute(rapidjson::kObjectType);
   attribute.AddMember("parameterDefinition", definition, allocator);
   attribute.AddMember("parameterValue", value, allocator);

@@ -12,6 +12,9 @@ namespace lxservices::cms_interface::vantry {
 
 using JsonAllocator = rapidjson::Document::AllocatorType;
 
+/// A text value that owns a copy of the text.
+[[nodiscard]] rapidjson::Value MakeText(std::string_view text, JsonAllocator& allocator);
+
 /// A content section: "category", "fileName", "isHidden" (only when set), "streamId", "uploadInfo".
 [[nodiscard]] rapidjson::Value WriteContentSection(const ContentRecord& record, JsonAllocator& allocator);
 

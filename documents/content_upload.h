@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/status.h"
+#include "connection/vt_connection.h"
+
+namespace lxservices::cms_interface::vantry {
+
+/// The receipt for one uploaded file.
+struct UploadedContent {
+  std::uint64_t streamId = 0;  ///< 0 when the server reported nothing for the file
+  std::string encodedInfo;
+};
+
+/// Uploads local files to the server's content store: a ticket, and one multipart POST to wherever the ticket
+/// says, staged in a temporary file. On this thread. A ticket whose stream ids are no numbers raises
+/// std::invalid_argument or std::out_of_range.
+/// @param paths     a file that cannot be opened is left out of the body
+/// @param contents  receives one entry for each path, in the order of the paths
+/// @param progress  may be empty; told about the body sent
+/// @return Ok; Refused without a usable ticket and for a refused upload; ServerError when the staging file
+/// cannot
+///         be made; TooLarge for a body above the server's limit
+Status UploadContents(const std::shared_ptr<VtConnection>& connection, const std::vector<std::string>& paths,
+                      std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);
+
+/// UploadContents for optional paths: null and empty ones are left out. One behind a gap is traced as a
+/// warning.
+Status UploadPaths(const std::shared_ptr<VtConnection>& connection, const std::vector<const char*>& paths,
+                   std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace lxservices::cms_interface::vantry {
+
+/// The content type of the multipart body, with its boundary. Nothing checks that the boundary does not occur
+/// in a file.
+inline constexpr const char* multipartContentType =
+    "multipart/form-data; boundary=xxxxxxxxxxxxxxxxxxx-Fenloom-VtDirect-Upload-Boundary";
+
+/// Writes a multipart body into a file, part by part, with no file held in memory. The body begins with a CR
+/// LF and ends without one.
+///
+/// Errors of the file are not reported: behind the first one nothing more is written, so that a full disk
+/// leaves a body without its closing line, which no server takes for a whole one.
+class MultipartFile {
+ public:
+  /// @param path  an existing file, which is replaced
+  explicit MultipartFile(const std::string& path);
+  ~MultipartFile();
+  MultipartFile(const MultipartFile&) = delete;
+  MultipartFile& operator=(const MultipartFile&) = delete;
+
+  [[nodiscard]] bool IsOpen() const { return file_ != nullptr; }
+
+  /// Begins a part that is a form field of text; its value follows by AddText.
+  void BeginField(std::string_view name);
+  void AddText(std::string_view text);
+  /// Adds a part that holds a local file's bytes. A file that cannot be opened is left out.
+  void AddFile(const char* localPath, std::string_view partName);
+  /// Writes the closing line and closes the file.
+  void Finish();
+
+ private:
+  void AddBoundary();
+  void CopyFrom(std::FILE* source);
+
+  std::FILE* file_;
+  bool broken_ = false;
+};
+
+}  // namespace lxservices::cms_interface::vantry

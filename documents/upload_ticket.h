@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "connection/vt_connection.h"
+
+namespace lxservices::cms_interface::vantry {
+
+/// What the server gives out for one upload.
+struct UploadTicket {
+  std::string masterUrl;               ///< goes back to the server as it stands
+  std::string uploadUrl;               ///< absolute; receives the upload, maybe on another host
+  std::vector<std::string> fileNames;  ///< one part name for each requested file
+  std::vector<std::string> streamIds;  ///< one stream id, decimal digits, for each requested file
+};
+
+/// Asks the content store for a ticket: one POST on this thread, and a second one to the route of older
+/// servers when the first does not exist there.
+/// @return whether the ticket is complete; a refusal and a broken answer are traced, an incomplete one is
+/// not.
+///         Without a file for the request nothing is sent.
+[[nodiscard]] bool RequestUploadTicket(const std::shared_ptr<VtConnection>& connection, std::size_t fileCount,
+                                       UploadTicket& ticket);
+
+}  // namespace lxservices::cms_interface::vantry
