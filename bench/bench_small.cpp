@@ -1,0 +1,70 @@
+// Reads a document many times over, by the library or by libcurl alone, and prints the seconds it took.
+//
+//   bench-small library|libcurl SERVER-URL COUNT
+#include <curl/curl.h>
+#include <vtdirect/vt_direct_manager.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::size_t Append(char* data, std::size_t size, std::size_t count, void* target) {
+  static_cast<std::string*>(target)->append(data, size * count);
+  return size * count;
+}
+
+bool ReadByLibrary(const std::string& server, long count) {
+  VtDirectManager::SetAppConfig(VtDirectManager::ConfigUriStem, "bench");
+  VtDirectManager::UpdateServerList({{"server", server}});
+  for (long i = 0; i < count; ++i) {
+    const std::string address = "//server/?id=D" + std::to_string(i);
+    if (!VtDirectManager::FileExists(address.c_str())) return false;
+  }
+  return true;
+}
+
+// The same requests with the same header lines, on one handle; what comes back is kept and not looked at.
+bool ReadByLibcurl(const std::string& server, long count) {
+  CURL* handle = curl_easy_init();
+  curl_slist* lines = curl_slist_append(nullptr, "Accept: application/json");
+  curl_easy_setopt(handle, CURLOPT_HTTPHEADER, lines);
+  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, Append);
+  bool done = true;
+  for (long i = 0; i < count && done; ++i) {
+    std::string body;
+    const std::string url = server + "servlet/rest/v1/dkm/documents/D" + std::to_string(i);
+    curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, &body);
+    done = curl_easy_perform(handle) == CURLE_OK && !body.empty();
+  }
+  curl_slist_free_all(lines);
+  curl_easy_cleanup(handle);
+  return done;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string_view mode = argc == 4 ? argv[1] : "";
+  if (mode != "library" && mode != "libcurl") {
+    std::fprintf(stderr, "usage: bench-small library|libcurl SERVER-URL COUNT\n");
+    return 2;
+  }
+  curl_global_init(CURL_GLOBAL_DEFAULT);
+  const long count = std::strtol(argv[3], nullptr, 10);
+  const Clock::time_point began = Clock::now();
+  const bool done = mode == "library" ? ReadByLibrary(argv[2], count) : ReadByLibcurl(argv[2], count);
+  const std::chrono::duration<double> took = Clock::now() - began;
+  if (!done) {
+    std::fprintf(stderr, "bench-small: a request failed\n");
+    return 1;
+  }
+  std::printf("%.6f\n", took.count());
+  return 0;
+}
