@@ -20,8 +20,10 @@ DiskFileSink::~DiskFileSink() {
 ErrorCode DiskFileSink::Begin(int, std::optional<std::uint64_t>) {
   if (path_.empty()) return ErrorCode::LocalFileFailure;
   CloseDescriptor(&descriptor_);
-  descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, 0666);
-  return descriptor_ < 0 ? ErrorCode::LocalFileFailure : ErrorCode::Done;
+  // Without O_NONBLOCK, opening a pipe that nobody reads from would wait for ever. Writing may wait.
+  descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, 0666);
+  if (descriptor_ < 0 || ::fcntl(descriptor_, F_SETFL, 0) != 0) return ErrorCode::LocalFileFailure;
+  return ErrorCode::Done;
 }
 
 ErrorCode DiskFileSink::Write(const std::uint8_t* data, std::size_t count) {

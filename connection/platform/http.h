@@ -10,10 +10,11 @@
 
 #include "export.h"
 
-/// The HTTP road of the platform: one call performs one exchange, and small sources and sinks carry the bytes.
+/// The HTTP road of the platform: one call performs one exchange, and small sources and sinks carry the
+/// bytes.
 ///
-/// Threads: one Connection serves one exchange at a time, on the caller's thread. Different connections may be
-/// used from different threads at once. Sources and sinks belong to the thread of the exchange they serve.
+/// Threads: one Connection serves one exchange at a time, on the caller's thread. Different connections may
+/// be used from different threads at once. Sources and sinks belong to the thread of the exchange they serve.
 namespace du::http {
 
 /// How an exchange ended. An HTTP 404 or 500 is a delivered answer and not a failed exchange: it comes with
@@ -92,9 +93,11 @@ struct Request {
   /// stand on a request line (a search filter's blanks) and may lack the leading "/": the transport makes it
   /// fit for the wire, and changes nothing that already is.
   const char* uri = nullptr;
-  /// The extra header lines, joined by CR LF, with none behind the last. Always set; may be empty.
+  /// The extra header lines, joined by CR LF, with none behind the last. Always set; may be empty. Parts of
+  /// them come from servers: when a line is no header line (no ":", a name that is no token, a control byte)
+  /// or is one that frames the message ("Content-Length", "Host" ...), nothing is sent.
   FileSource* headers = nullptr;
-  /// The body, or null for a request without one.
+  /// The body, or null for a request without one. Without effect on a GET.
   FileSource* body = nullptr;
   /// Kept for the record's layout; every caller leaves it null.
   FileSink* secondSink = nullptr;
@@ -112,7 +115,8 @@ struct CommonAuth {
 };
 
 /// Makes a connection for a server URL. Makes no request and opens no socket.
-/// @param uri     URL of the server, "http" or "https"
+/// @param uri     URL of the server, "http" or "https". Only its scheme, host and port count; user name and
+///                password in it are passed over (see http_credentials.h).
 /// @param second  always null
 /// @param third   always null
 /// @return empty when the URL cannot be used
@@ -120,12 +124,20 @@ VTDIRECT_API std::unique_ptr<Connection> ConnectURI(const char* uri, const char*
 
 /// Performs one exchange and blocks until it is over.
 ///
-/// Sends the line of `auth` and the lines of `request.headers`, streams the body out and the response into the
-/// sink. Authentication happens inside this call: on HTTP 401 `auth.reauthenticate` is asked, a bounded number
-/// of times, and the body is rewound for each further try. A refused answer's body reaches the sink only when
-/// no further try follows. No exchange waits for ever: a connect limit and a stall limit end it.
+/// Sends the line of `auth` and the lines of `request.headers`, streams the body out and the response into
+/// the sink. Authentication happens inside this call: on HTTP 401 `auth.reauthenticate` is asked, a bounded
+/// number of times, and the body is rewound for each further try. A refused answer's body reaches the sink
+/// only when no further try follows. No exchange waits for ever: a connect limit and a stall limit end it.
+///
+/// A GET follows redirects, never out of https, and to another origin without credentials and without the
+/// caller's lines other than "Accept"; a redirect that isn't followed is reported as an answer. A body is
+/// never redirected, and never sent a second time but for a demand for authentication.
+///
+/// What a source, a sink or the callback throws passes through; the connection stays usable.
 /// @param httpStatus  receives the HTTP status when the result is `Done`; left alone otherwise, except that a
-///                    body above the server's limit also sets it to 413
+///                    body above the server's limit also sets it to 413. What that answer says reaches the
+///                    sink as far as it came. May be null.
+/// @return `ProtocolFailure`, with nothing sent, also for an unfit header line or an unknown method
 [[nodiscard]] VTDIRECT_API ErrorCode DoRequestWithCommonAuth(Connection& connection, const CommonAuth& auth,
                                                              const Request& request, int* httpStatus);
 
@@ -213,8 +225,8 @@ class VTDIRECT_API FailoverFileSink final : public FileSink {
   bool handedOut_ = false;
 };
 
-/// Chooses by the HTTP status to which of two sinks a body goes: 2xx to `onSuccess`, any other to `onFailure`.
-/// The sink that was not chosen is told nothing.
+/// Chooses by the HTTP status to which of two sinks a body goes: 2xx to `onSuccess`, any other to
+/// `onFailure`. The sink that was not chosen is told nothing.
 class VTDIRECT_API HttpSuccessFileSink final : public FileSink {
  public:
   HttpSuccessFileSink(FileSink* onSuccess, FileSink* onFailure);

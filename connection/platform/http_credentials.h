@@ -7,15 +7,21 @@
 /// Credentials of the default platform. A host sets them per origin, as a rule from inside its authentication
 /// callback. They are sent to that origin (scheme, host and port) only, never to where a redirect leads.
 ///
+/// Credentials that stand already are used before the host is asked: a token at once; a password when the
+/// server asks for it, from then on at once, and at once also with a body that goes out over https, which
+/// would be sent in vain otherwise. A header line "Authorization" of the caller's own goes before them.
+///
 /// All functions may be called from any thread and make no request.
 namespace du::http {
 
 /// Sends user name and password, by Basic or Digest as the server asks, to the origin of `url`.
-/// Replaces whatever was set for that origin. A URL without a usable origin is ignored.
+/// Replaces whatever was set for that origin. A URL without a usable origin and a user name with a control
+/// byte are ignored.
 VTDIRECT_API void SetPasswordCredentials(const std::string& url, const std::string& user,
                                          const std::string& password);
 
-/// Sends a bearer token to the origin of `url`. Replaces whatever was set for that origin.
+/// Sends a bearer token to the origin of `url`. Replaces whatever was set for that origin. A token with a
+/// control byte is ignored.
 VTDIRECT_API void SetBearerToken(const std::string& url, const std::string& token);
 
 /// Forgets what was set for the origin of `url`.

@@ -10,13 +10,15 @@ namespace du::http {
 struct TransportSettings {
   /// Longest time to set up a connection, in milliseconds. Zero or less means the default.
   long connectTimeoutMilliseconds = 30'000;
-  /// An exchange that moves no byte for this long is ended, in seconds. Zero or less means the default.
+  /// An exchange that moves no byte for this long is ended, at most a second later. Zero or less means the
+  /// default.
   long stallTimeoutSeconds = 60;
-  /// File of trusted certificates in PEM form; empty means the system's.
+  /// File of trusted certificates in PEM form, in place of the system's; empty means the system's.
   std::string certificateAuthorityFile;
-  /// Answers with a demand for authentication that one request will follow up with a further try.
+  /// Answers with a demand for authentication that one request will follow up with a further try; zero means
+  /// none.
   int authenticationTries = 3;
-  /// Redirects that one request follows.
+  /// Redirects that one GET follows; zero means none.
   int redirects = 10;
 };
 

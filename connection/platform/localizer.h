@@ -8,9 +8,11 @@ namespace du {
 
 /// Looks texts up in a catalogue. Lives for a single look-up.
 ///
-/// The default platform's catalogue is a JSON object of key to text, "<group>/<name>.<language>.json" below the
-/// catalogue directory for a catalogue named "<group>:<name>". The language comes from FENLOOM_LANGUAGE, else
-/// from LC_ALL, LC_MESSAGES, LANG. English is compiled in, so a host without the files has it.
+/// The default platform's catalogue is a JSON object of key to text, "<group>/<name>.<language>.json" below
+/// the catalogue directory for a catalogue named "<group>:<name>". The language comes from FENLOOM_LANGUAGE,
+/// else from LC_ALL, LC_MESSAGES, LANG. The English texts of "cmsinterface:cmsinterfaceStrings" are compiled
+/// in and stand in for every text that no file gives. Nothing is cached: a catalogue may change under a
+/// running host.
 class VTDIRECT_API Localizer {
  public:
   enum class ActionOnFailure : int { GiveKey = 0 };

@@ -7,20 +7,20 @@
 
 #include "export.h"
 
-/// Tracing. The library never prints: every line goes to the handler that the host has set, or, without one, to
-/// standard error as far as the environment variable FENLOOM_TRACE turns its type on.
+/// Tracing. The library never prints: every line goes to the handler that the host has set, or, without one,
+/// to standard error as far as the environment variable FENLOOM_TRACE turns its type on.
 namespace dp {
 
 enum class TraceType : int { Information = 0, Miss = 1, Warning = 2, Error = 3 };
 
-/// Receives every line, exactly as composed, line feeds or the lack of them included. Called on the thread that
-/// traced, possibly on several at once.
-using TraceHandler = std::function<void(const char* area, const char* name, TraceType type,
-                                        const std::string& text)>;
+/// Receives every line, exactly as composed, line feeds or the lack of them included. Called on the thread
+/// that traced, possibly on several at once.
+using TraceHandler =
+    std::function<void(const char* area, const char* name, TraceType type, const std::string& text)>;
 
 /// Hands every line of every type to `handler` from now on. An empty function restores the default: standard
-/// error gets the types that FENLOOM_TRACE names, digits from 0 to 3 in any order ("23": warnings and errors),
-/// and nothing when it is not set. May be called from any thread.
+/// error gets the types that FENLOOM_TRACE names, digits from 0 to 3 in any order ("23": warnings and
+/// errors), and nothing when it is not set. May be called from any thread.
 VTDIRECT_API void SetTraceHandler(TraceHandler handler);
 
 /// A line that is composed piece by piece and written when the formatter goes.

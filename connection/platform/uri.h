@@ -21,8 +21,8 @@ enum class URIPart : int {
   Fragment = 8,
 };
 
-/// Escapes every byte but the unreserved ones of RFC 3986 (letters, digits, "-", ".", "_", "~") as "%" and two
-/// upper-case hexadecimal digits.
+/// Escapes every byte but the unreserved ones of RFC 3986 (letters, digits, "-", ".", "_", "~") as "%" and
+/// two upper-case hexadecimal digits.
 /// @param out       replaced by the result; may be the same object as `in`
 /// @param position  first byte of `in` to take; beyond the end gives an empty result
 /// @param count     number of bytes; -1 means all
@@ -37,8 +37,8 @@ VTDIRECT_API void URI_Unescape(std::string* out, std::size_t position, const std
 /// no query.
 [[nodiscard]] VTDIRECT_API std::string GetURIPart(const std::string& uri, URIPart part);
 
-/// Position and length of a part within `uri`. An absent part has the position `npos` and the length 0; a part
-/// that is there and empty (the query of "a?") has its position and the length 0.
+/// Position and length of a part within `uri`. An absent part has the position `npos` and the length 0; a
+/// part that is there and empty (the query of "a?") has its position and the length 0.
 [[nodiscard]] VTDIRECT_API std::pair<std::size_t, std::size_t> GetURIPartPosCount(const std::string& uri,
                                                                                   URIPart part);
 

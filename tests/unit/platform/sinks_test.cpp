@@ -97,6 +97,13 @@ TEST(DiskFileSink, FailsForATargetThatCannotBeWritten) {
   EXPECT_EQ(null.Begin(200, std::nullopt), ErrorCode::LocalFileFailure);
 }
 
+TEST(DiskFileSink, WaitsForNobodyToReadAPipe) {
+  const TemporaryDirectory directory;
+  ASSERT_EQ(mkfifo(directory.File("pipe").c_str(), 0600), 0);
+  DiskFileSink sink(directory.File("pipe").c_str());
+  EXPECT_EQ(sink.Begin(200, 4), ErrorCode::LocalFileFailure);
+}
+
 TEST(DiskFileSink, FailsOnAFullDisk) {
   DiskFileSink sink("/dev/full");
   EXPECT_EQ(sink.Begin(200, 4), ErrorCode::Done);
