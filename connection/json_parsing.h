@@ -7,8 +7,8 @@
 
 #include <utility>
 
-/// Parsing of JSON that a server supplies. The parser is iterative and the nesting is bounded, so that no
-/// answer can exhaust the stack: neither here nor in the readers that walk a document. Makes no request.
+/// Parsing of JSON that a server supplies. The nesting is bounded, so that no answer can exhaust the stack:
+/// neither here nor in the readers that walk a document. Makes no request.
 namespace lxservices::cms_interface::vantry {
 
 /// Deepest nesting of objects and arrays that is read. The deepest answer of a real server, an expanded
@@ -55,14 +55,24 @@ class DepthLimitedHandler {
   int depth_ = 0;
 };
 
-/// Runs a SAX handler over a stream.
+/// Whether nothing is left of a stream whose next byte reads as the end. Both streams give a zero byte at
+/// their end, and only one that stands in the text can be taken.
+template <typename Stream>
+[[nodiscard]] bool IsAtEnd(Stream& stream) {
+  const auto position = stream.Tell();
+  stream.Take();
+  return stream.Tell() == position;
+}
+
+/// Runs a SAX handler over a stream. The reader recurses once for each level of nesting, which is faster than
+/// its iterative form, and the limit on the depth comes before each descent.
 /// @return false for what is no JSON, for further text behind the value, for too deep a nesting, and when the
 ///         handler ends the parse
 template <typename Stream, typename Handler>
 [[nodiscard]] bool ReadJson(Stream& stream, Handler& handler) {
   rapidjson::Reader reader;
   DepthLimitedHandler<Handler> limited(handler);
-  return !reader.Parse<rapidjson::kParseIterativeFlag>(stream, limited).IsError();
+  return !reader.Parse(stream, limited).IsError() && IsAtEnd(stream);
 }
 
 /// Parses a stream into a document, which is left null when that fails.
