@@ -1,10 +1,5 @@
 #include "simulator/http_server.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
 #include <condition_variable>
 #include <cstdio>
 #include <map>
@@ -12,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "simulator/answer_body.h"
 #include "simulator/connection_stream.h"
 #include "simulator/connection_threads.h"
 
@@ -26,26 +22,10 @@ constexpr std::size_t kKeepAliveRequests = 1'000'000'000;
 constexpr auto kGrace = std::chrono::seconds(3);
 /// The most of a body that is kept in memory.
 constexpr std::size_t kMostBodyInMemory = 1024 * 1024;
-constexpr std::size_t kBlock = 256 * 1024;
 
 /// A multipart body reaches the routes as it was sent: under this name the HTTP library doesn't know its type
 /// and leaves it alone.
 constexpr const char* kBodyType = "X-Vantry-Sim-Body-Type";
-
-class Descriptor {
- public:
-  explicit Descriptor(const std::filesystem::path& path)
-      : number_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  [[nodiscard]] int number() const { return number_; }
-
- private:
-  int number_;
-};
 
 bool HasBody(const httplib::Request& request) {
   return request.has_header("Transfer-Encoding") ||
@@ -56,25 +36,6 @@ bool TakesBody(const std::string& method) {
   return method == "POST" || method == "PUT" || method == "PATCH" || method == "DELETE";
 }
 
-/// Gives the bytes [offset, offset + length) of a body, whether it lies in memory or on disk.
-using BodyReader = std::function<bool(std::size_t offset, std::size_t length, httplib::DataSink& sink)>;
-
-BodyReader ReaderOf(const Response& response) {
-  if (!response.file) {
-    return [body = response.body](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
-      return sink.write(body.data() + offset, length);
-    };
-  }
-  auto file = std::make_shared<Descriptor>(response.file->path);
-  if (file->number() < 0) return {};
-  auto block = std::make_shared<std::vector<char>>(kBlock);
-  return [file, block](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
-    const std::size_t wanted = std::min(length, block->size());
-    const ssize_t count = pread(file->number(), block->data(), wanted, static_cast<off_t>(offset));
-    return count > 0 && sink.write(block->data(), static_cast<std::size_t>(count));
-  };
-}
-
 /// The HTTP library gives up on such a head without a word.
 void SendHeadTooLong(ConnectionStream& stream) {
   const Response refusal = ErrorResponse(431, "head-too-long", "the head of the request has no end in sight");
@@ -82,10 +43,6 @@ void SendHeadTooLong(ConnectionStream& stream) {
       "HTTP/1.1 431 Request Header Fields Too Large\r\nConnection: close\r\nContent-Type: " +
       refusal.content_type + "\r\nContent-Length: " + std::to_string(refusal.body.size()) + "\r\n\r\n";
   if (stream.write(head.data(), head.size()) > 0) stream.write(refusal.body.data(), refusal.body.size());
-}
-
-std::size_t BodySize(const Response& response) {
-  return response.file ? static_cast<std::size_t>(response.file->size) : response.body.size();
 }
 
 }  // namespace
@@ -354,43 +311,9 @@ void HttpServer::Implementation::Fill(httplib::Response& out, const Response& an
                                       const std::optional<FaultAction>& fault) {
   out.status = answer.status;
   for (const auto& [name, value] : answer.headers) out.set_header(name, value);
-  if (!answer.file && !fault) {
-    out.set_content(answer.body, answer.content_type);
-    return;
-  }
-  BodyReader reader = ReaderOf(answer);
-  if (!reader) {
-    std::fprintf(stderr, "vantry-sim: cannot read %s\n", answer.file->path.c_str());
-    Fill(out, ErrorResponse(500, "internal", "the server has lost these bytes"), connection, std::nullopt);
-    return;
-  }
-  const std::size_t size = BodySize(answer);
-  if (!fault) {
-    // A provider of no bytes at all would make the HTTP library forget the length.
-    if (size == 0) {
-      out.set_content(std::string(), answer.content_type);
-    } else {
-      out.set_content_provider(size, answer.content_type, reader);
-    }
-    return;
-  }
-  const std::size_t limit = static_cast<std::size_t>(std::min<std::uint64_t>(*fault->bytes, size));
-  const bool stalls = fault->kind == FaultAction::Kind::kStall;
-  const auto broken = [reader, limit, stalls, &connection](std::size_t offset, std::size_t length,
-                                                           httplib::DataSink& sink) {
-    if (offset < limit) return reader(offset, std::min(length, limit - offset), sink);
-    if (stalls) connection.stream.WaitForClose();
-    connection.stream.Abort();
-    return false;
-  };
-  if (fault->kind == FaultAction::Kind::kChunkedCut) {
-    out.set_chunked_content_provider(answer.content_type,
-                                     [broken, limit](std::size_t offset, httplib::DataSink& sink) {
-                                       return broken(offset, offset < limit ? limit - offset : 0, sink);
-                                     });
-  } else {
-    out.set_content_provider(size, answer.content_type, broken);
-  }
+  if (SetBody(out, answer, connection.stream, fault)) return;
+  std::fprintf(stderr, "vantry-sim: cannot read %s\n", answer.file->path.c_str());
+  Fill(out, ErrorResponse(500, "internal", "the server has lost these bytes"), connection, std::nullopt);
 }
 
 /// Gives a reason to refusals that the HTTP library made itself, such as those of an unreadable head.
