@@ -64,8 +64,8 @@ std::optional<Failure> RequireListedServer(const std::string& address, AddressKi
 }
 
 std::string FileNameOf(const std::string& address) {
-  // The library takes a bare path for a text without a name and would ask the server; the full form of the same
-  // path is answered from its text.
+  // The library takes a bare path for a text without a name and would ask the server; the full form of the
+  // same path is answered from its text.
   const std::string full =
       IsBarePath(address) ? VtDirectManager::GetVFSLocationPrefix() + (":" + address) : address;
   const std::string name = VtDirectManager::GetFileName(full.c_str());

@@ -35,6 +35,13 @@ struct Download {
   return {ExitCode::LocalFile, "cannot write " + what + ": " + std::strerror(error)};
 }
 
+// Why no file name could be found for the target.
+[[nodiscard]] Failure NamelessFailure(Host& host, const std::string& address) {
+  const bool isDirectory = address.ends_with('/');
+  if (!isDirectory && !VtDirectManager::FileExists(address.c_str())) return Diagnose(host, address, true);
+  return {ExitCode::Usage, "\"" + address + "\" has no file name; name a file with -o"};
+}
+
 [[nodiscard]] std::optional<Failure> ReadArguments(Host& host, const Arguments& arguments,
                                                    Download& download) {
   download.address = arguments.Text("ADDRESS");
@@ -52,11 +59,7 @@ struct Download {
   std::string name;
   if (NeedsFileName(output)) {
     name = SafeFileName(FileNameOf(download.address));
-    if (name.empty() && kind == AddressKind::Uid) return Diagnose(host, download.address, true);
-    if (name.empty()) {
-      return Failure{ExitCode::Usage,
-                     "\"" + download.address + "\" ends in no file name; name a file with -o"};
-    }
+    if (name.empty()) return NamelessFailure(host, download.address);
   }
   return SettleTarget(output, name, download.noClobber, download.target);
 }

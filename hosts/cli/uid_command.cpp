@@ -15,7 +15,11 @@ ExitCode RunUid(Host& host, const Arguments& arguments) {
   if (const auto failure = RequireListedServer(address, kind)) return host.output().Fail(*failure);
 
   const std::string uid = VtDirectManager::GetUID(address.c_str());
-  if (uid.empty()) return host.output().Fail(Diagnose(host, address, true));
+  // The library completes a UID by the file name when the server gives it, and takes the UID as it is
+  // otherwise.
+  const bool named = uid.find("&file=/") != std::string::npos;
+  const bool confirmed = named || (!uid.empty() && VtDirectManager::FileExists(address.c_str()));
+  if (!confirmed) return host.output().Fail(Diagnose(host, address, true));
   host.output().Row({{"uid", uid}});
   return ExitCode::Ok;
 }

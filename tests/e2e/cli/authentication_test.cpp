@@ -87,7 +87,7 @@ TEST_F(ClosedServer, GetsNothingWhenItIsNamedByAnotherServerOnly) {
                        {"--codebase-url", server().url().substr(0, server().url().size() - 1)});
   const std::string before = server().Log();
   const ProcessResult result =
-      Process({VTDIRECT_PROGRAM, "check", open.url()}, ProcessOptions{environment_, "", ""}).Wait();
+      Process({VTDIRECT_PROGRAM, "check", open.url()}, ProcessOptions{environment_, {}, {}}).Wait();
   EXPECT_EQ(result.status, 4);
   EXPECT_THAT(result.err, HasSubstr("credentials; they go only to servers that you have named"));
   EXPECT_THAT(server().Log().substr(before.size()), Not(HasSubstr("\"status\":200")));

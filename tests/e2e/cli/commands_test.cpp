@@ -44,13 +44,15 @@ TEST_F(VtDirect, ChecksASupportedServer) {
 
 TEST_F(VtDirect, TellsTheAddressThatAServerCallsItsOwn) {
   Serve();
-  // The same server under its other name, which answers as well.
-  const std::string other = "http://localhost:" + server().authority().substr(10) + "/";
-  const Simulator& first = server();
-  ASSERT_EQ(first.authority().substr(0, 10), "127.0.0.1:");
-  const ProcessResult result = Run({"check", other});
+  const std::string own = "http://" + server().authority();
+  const TemporaryDirectory directory;
+  const Simulator other(directory.path(), {"--codebase-url", own});
+  const ProcessResult result = Run({"check", other.url()});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.out, StartsWith("url: " + other + "\nsupported: yes\n"));
+  EXPECT_EQ(result.out, "url: " + other.url() + "\nsupported: yes\nuse: " + own + "\n");
+  EXPECT_EQ(Run({"--json", "check", other.url()}).out, "{\"schema\":1,\"command\":\"check\",\"url\":\"" +
+                                                           other.url() + "\",\"supported\":true,\"use\":\"" +
+                                                           own + "\"}\n");
 }
 
 TEST_F(VtDirect, GivesTheUidOfADocument) {

@@ -28,8 +28,9 @@ TEST_F(VtDirect, Gives2ForAWrongCommandLineWithoutAnyRequest) {
     const ProcessResult result = Run(words);
     EXPECT_EQ(result.status, 2) << testing::PrintToString(words);
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.err, HasSubstr("vtdirect: "));
+    EXPECT_NE(result.err, "");
   }
+  EXPECT_EQ(server().Log(), "");
   EXPECT_THAT(HereNames(), IsEmpty());
 }
 
@@ -60,6 +61,12 @@ TEST_F(VtDirect, Gives5ForAServerThatIsTooOld) {
   EXPECT_EQ(check.status, 5);
   EXPECT_THAT(check.out, HasSubstr("supported: no\nreason: server-unsupported\n"));
   EXPECT_THAT(check.err, HasSubstr("at least: 11.0 M030 is required"));
+}
+
+TEST_F(VtDirect, Gives5WhenAnOldServerDoesNotDeliver) {
+  Serve({"--version", "10.2.0.0"});
+  EXPECT_EQ(Run({"get", server().Uid("D9999"), "-o", "copy"}).status, 5);
+  EXPECT_THAT(HereNames(), IsEmpty());
 }
 
 TEST_F(VtDirect, Gives6ForAnObjectThatIsNotThere) {
@@ -95,6 +102,17 @@ TEST_F(VtDirect, Gives8ForALocalFileThatCannotBeWrittenOrRead) {
   EXPECT_EQ(Run({"--netrc", "none", "servers"}).status, 8);
   environment_["TMPDIR"] = "/nowhere/at/all";
   EXPECT_EQ(Run({"check", "sim"}).status, 8);
+}
+
+TEST_F(VtDirect, Gives8WhenTheDiskTakesNoMore) {
+  Serve();
+  WriteFile(Here("copy"), "old");
+  fileSizeLimit_ = 100'000;
+  const ProcessResult result = Run({"get", server().Uid("D1009"), "-o", "copy"});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_THAT(result.err, HasSubstr("File too large"));
+  EXPECT_EQ(ReadFile(Here("copy")), "old");
+  EXPECT_THAT(HereNames(), testing::ElementsAre("copy"));
 }
 
 TEST_F(VtDirect, Gives8WhenStandardOutputIsFull) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -36,6 +37,12 @@ int OpenOutput(const std::string& path) {
   return open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
 }
 
+bool LimitFileSize(unsigned long bytes) {
+  if (bytes == 0) return true;
+  const rlimit limit{bytes, bytes};
+  return setrlimit(RLIMIT_FSIZE, &limit) == 0;
+}
+
 void ResetSignals() {
   sigset_t none;
   sigemptyset(&none);
@@ -60,6 +67,7 @@ Process::Process(const std::vector<std::string>& words, const ProcessOptions& op
   setsid();
   const int nothing = open("/dev/null", O_RDONLY);
   const bool ready = dup2(nothing, 0) == 0 && dup2(out_, 1) == 1 && dup2(err_, 2) == 2 &&
+                     LimitFileSize(options.fileSizeLimit) &&
                      (options.directory.empty() || chdir(options.directory.c_str()) == 0);
   if (ready) execve(argv[0], argv.data(), envp.data());
   _exit(127);

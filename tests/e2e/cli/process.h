@@ -18,6 +18,7 @@ struct ProcessOptions {
   std::map<std::string, std::string> environment;  ///< the whole of it
   std::string directory;                           ///< current directory; empty: that of the test
   std::string outFile;                             ///< standard output goes there and not into the result
+  unsigned long fileSizeLimit = 0;                 ///< most bytes of a file that it may write; 0: any
 };
 
 /// A program that runs in a session of its own, so without a terminal, with nothing on its standard input and

@@ -46,7 +46,8 @@ std::unique_ptr<Process> VtDirect::Start(const std::vector<std::string>& words) 
   std::vector<std::string> all = {VTDIRECT_PROGRAM};
   if (simulator_) all.insert(all.end(), {"--server", "sim=" + simulator_->url()});
   all.insert(all.end(), words.begin(), words.end());
-  return std::make_unique<Process>(all, ProcessOptions{environment_, base_.File("here"), outFile_});
+  return std::make_unique<Process>(
+      all, ProcessOptions{environment_, base_.File("here"), outFile_, fileSizeLimit_});
 }
 
 void VtDirect::WriteHome(const std::string& name, const std::string& content, unsigned mode) {

@@ -41,6 +41,7 @@ class VtDirect : public testing::Test {
 
   std::map<std::string, std::string> environment_;
   std::string outFile_;
+  unsigned long fileSizeLimit_ = 0;
 
  private:
   TemporaryDirectory base_;
