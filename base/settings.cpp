@@ -86,9 +86,11 @@ bool BrowseCadDocuments() {
 }
 
 void SetUriStem(const char* stem) {
+  // A copy first: a host may hand in the very text that is replaced here.
+  const std::string given = TextOrEmpty(stem);
   Settings& settings = TheSettings();
-  settings.vfsScheme = IsGiven(stem) ? std::string(stem) + "-vfs" : defaultVfsScheme;
-  settings.uidScheme = IsGiven(stem) ? std::string(stem) + "-vt" : defaultUidScheme;
+  settings.vfsScheme = given.empty() ? defaultVfsScheme : given + "-vfs";
+  settings.uidScheme = given.empty() ? defaultUidScheme : given + "-vt";
 }
 
 void SetLegacyVfsPaths(const char* value) {

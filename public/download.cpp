@@ -14,10 +14,15 @@ using vantry::EscapeForUrl;
 
 namespace {
 
+const char* TextOrEmpty(const char* text) {
+  return text != nullptr ? text : "";
+}
+
 bool DownloadTarget(const PathTarget& target, const char* localPath, FileInfo& info,
                     ProgressCallback progress) {
   const std::string id = IdOfTarget(target);
-  return !id.empty() && target.server->GetFile(id.c_str(), localPath, info, std::move(progress));
+  if (id.empty()) return false;
+  return target.server->GetFile(id.c_str(), TextOrEmpty(localPath), info, std::move(progress));
 }
 
 // Opaque to hosts; never parsed here.
@@ -34,8 +39,9 @@ bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCa
   const PathTarget target = ResolveTarget(path, status, 0);
   FileInfo info;
   if (target.server != nullptr && DownloadTarget(target, localPath, info, std::move(progress))) {
-    uid = UidOfInfo(*target.server, info, nullptr);
+    std::string result = UidOfInfo(*target.server, info, nullptr);
     VtDirectTracer()(dp::TraceType::Information, "Downloading %s succeeded\n", path);
+    uid = std::move(result);  // the path is not looked at any more: a host may have handed in this very text
     if (status) status(StatusOk, uid.c_str());
     return true;
   }
@@ -49,10 +55,11 @@ bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCa
 bool GetFileAsync(const char* path, const char* localPath, StatusCallback status, ProgressCallback progress) {
   // The target is dropped: the task resolves the path afresh, since the server may be gone by then.
   if (ResolveTarget(path, status, ResolveProbe).server == nullptr) return false;
-  return RunTask([path = std::string(path), localPath = std::string(localPath), status, progress] {
-    std::string uid;
-    GetFile(path.c_str(), localPath.c_str(), uid, status, progress);
-  });
+  return RunTask(
+      [path = std::string(path), localPath = std::string(TextOrEmpty(localPath)), status, progress] {
+        std::string uid;
+        GetFile(path.c_str(), localPath.c_str(), uid, status, progress);
+      });
 }
 
 bool GetFileDownloadURL(const char* path, std::string& url, std::string* cacheKey) {

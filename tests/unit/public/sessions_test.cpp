@@ -1,0 +1,151 @@
+#include "public/sessions.h"
+
+#include "public/server_table.h"
+#include "public/vt_direct_manager.h"
+#include "tests/unit/public/fake_server.h"
+
+namespace {
+
+using namespace VtDirectManager;
+using namespace lxservices::cms_interface;
+using namespace vtdirect_test;
+
+class Sessions : public FakeServerTest {
+ protected:
+  static std::vector<std::weak_ptr<Session>>& sessions() { return TheManagerState().table.sessions; }
+  static void BlockPlm() { BlockServerInSessions(TheManagerState().table.servers.at(plmKey)); }
+};
+
+TEST_F(Sessions, StartEmptyAndAreHeldByTheHostAlone) {
+  auto session = StartSession();
+  ASSERT_NE(session, nullptr);
+  EXPECT_TRUE(session->blockedKeys.empty());
+  EXPECT_EQ(session.use_count(), 1);
+  ASSERT_EQ(sessions().size(), 1u);
+  session.reset();
+  EXPECT_TRUE(sessions().front().expired());
+}
+
+TEST_F(Sessions, RememberNothingWhenNoneIsAlive) {
+  BlockPlm();
+  EXPECT_NE(FindServerByNickname("plm"), nullptr);
+  StartSession();
+  BlockPlm();
+  EXPECT_NE(FindServerByNickname("plm"), nullptr);
+}
+
+TEST_F(Sessions, HideABlockedServerFromEveryLookUp) {
+  Put<FakeVantry>("lib", "korvufenloom-vt://lib.example/", "https://lib.example");
+  const auto session = StartSession();
+  BlockPlm();
+  EXPECT_EQ(FindServerByNickname("plm"), nullptr);
+  EXPECT_EQ(FindServerByKey(plmKey), nullptr);
+  EXPECT_EQ(FindServerByKey("korvufenloom-vt://plm.example/vt"), nullptr);
+  EXPECT_EQ(FindServerByUrl(plmUrl), nullptr);
+  EXPECT_NE(FindServerByNickname("lib"), nullptr);
+  EXPECT_EQ(FindNicknameOfKey(plmKey), "plm");
+}
+
+TEST_F(Sessions, BringTheServerBackWhenTheLastOneGoes) {
+  auto first = StartSession();
+  auto second = StartSession();
+  BlockPlm();
+  first.reset();
+  EXPECT_EQ(FindServerByNickname("plm"), nullptr);
+  second.reset();
+  EXPECT_NE(FindServerByNickname("plm"), nullptr);
+}
+
+TEST_F(Sessions, ThatStartLaterKnowNothingOfEarlierFailures) {
+  auto first = StartSession();
+  BlockPlm();
+  const auto second = StartSession();
+  first.reset();
+  EXPECT_NE(FindServerByNickname("plm"), nullptr);
+}
+
+TEST_F(Sessions, HoldAKeyOnce) {
+  const auto session = StartSession();
+  BlockPlm();
+  BlockPlm();
+  EXPECT_EQ(session->blockedKeys, std::set<std::string>{plmKey});
+}
+
+TEST_F(Sessions, AreNotTouchedByAnEmptyServer) {
+  const auto session = StartSession();
+  auto expired = StartSession();
+  expired.reset();
+  BlockServerInSessions(nullptr);
+  EXPECT_TRUE(session->blockedKeys.empty());
+  EXPECT_EQ(sessions().size(), 2u);
+}
+
+TEST_F(Sessions, ThatExpiredAreDroppedByAWalkWhichKeepsTheOrder) {
+  auto a = StartSession();
+  const auto b = StartSession();
+  auto c = StartSession();
+  auto d = StartSession();
+  const auto e = StartSession();
+  a.reset();
+  c.reset();
+  d.reset();
+  EXPECT_FALSE(IsKeyBlocked("x"));
+  ASSERT_EQ(sessions().size(), 2u);
+  EXPECT_EQ(sessions()[0].lock(), b);
+  EXPECT_EQ(sessions()[1].lock(), e);
+}
+
+// The walk ends at the first hit, so what stands behind it is not looked at.
+TEST_F(Sessions, BehindAHitAreLeftAlone) {
+  const auto first = StartSession();
+  auto second = StartSession();
+  BlockPlm();
+  second.reset();
+  EXPECT_TRUE(IsKeyBlocked(plmKey));
+  EXPECT_EQ(sessions().size(), 2u);
+  EXPECT_FALSE(IsKeyBlocked("x"));
+  EXPECT_EQ(sessions().size(), 1u);
+}
+
+TEST_F(Sessions, ThatExpiredAreDroppedByBlockingToo) {
+  auto first = StartSession();
+  const auto second = StartSession();
+  first.reset();
+  BlockPlm();
+  EXPECT_EQ(sessions().size(), 1u);
+  EXPECT_EQ(second->blockedKeys.count(plmKey), 1u);
+}
+
+TEST_F(Sessions, AreNotAskedAboutANicknameThatIsNotThere) {
+  auto session = StartSession();
+  session.reset();
+  EXPECT_EQ(FindServerByNickname("nobody"), nullptr);
+  EXPECT_EQ(sessions().size(), 1u);
+}
+
+TEST_F(Sessions, BlockAKeyAcrossAnUpdateOfTheList) {
+  auto session = StartSession();
+  BlockPlm();
+  UpdateServerList({{"plm", plmUrl}});
+  EXPECT_EQ(FindServerByNickname("plm"), nullptr);
+  session.reset();
+  EXPECT_NE(FindServerByNickname("plm"), nullptr);
+}
+
+TEST_F(Sessions, FailABlockedServersAddressesLikeUnknownOnes) {
+  const auto session = StartSession();
+  BlockPlm();
+  EXPECT_FALSE(FileExists("//plm/a"));
+  EXPECT_EQ(trace.lines(), (Traces{{1, "VtDirect", "Failed to connect to server path //plm/a\n"}}));
+  EXPECT_TRUE(answers.calls.empty());
+}
+
+TEST_F(Sessions, DoNotHideABlockedServerFromTheRootDirectory) {
+  const auto session = StartSession();
+  BlockPlm();
+  int count = 0;
+  ReadRootDirs([](const char*, void* user) { ++*static_cast<int*>(user); }, &count);
+  EXPECT_EQ(count, 1);
+}
+
+}  // namespace
