@@ -59,7 +59,8 @@ TEST_F(Tls, DropsTrustOnAStandingConnection) {
   Trust(certificate);
   EXPECT_EQ(vtdirect_test::Fetch(*connection, For("/doc")).body, "secure");
   Trust("");
-  // This server takes one connection at a time, so a fresh handshake may run into the limit before it can fail.
+  // This server takes one connection at a time, so a fresh handshake may run into the limit before it can
+  // fail.
   EXPECT_NE(vtdirect_test::Fetch(*connection, For("/doc")).code, ErrorCode::Done);
 }
 
