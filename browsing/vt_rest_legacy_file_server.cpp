@@ -8,11 +8,17 @@
 #include "browsing/hvd_features.h"
 #include "browsing/path_capabilities.h"
 #include "browsing/path_to_document.h"
+#include "browsing/upload_target.h"
 #include "browsing/vantry_lookup.h"
 #include "browsing/web_pages.h"
 #include "connection/server_check.h"
+#include "documents/checkin.h"
+#include "documents/checkout.h"
 #include "documents/checkout_state.h"
 #include "documents/document_download.h"
+#include "documents/document_storing.h"
+#include "documents/undo_checkout.h"
+#include "documents/verify_checkout.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -127,32 +133,41 @@ bool VtRestLegacyFileServer::CanPathShowDetails(const char* path) {
   return vantry::CanPathShowDetails(connection_, services_, path);
 }
 
-// Not built yet; until then each gives its failure value.
-Status VtRestLegacyFileServer::UploadNew(const char*, const DocumentUploadParams&, FileInfo&,
-                                         ProgressFunction) {
-  return Refused;
+Status VtRestLegacyFileServer::UploadNew(const char* path, const DocumentUploadParams& params, FileInfo& info,
+                                         ProgressFunction progress) {
+  EnsureServiceFlags(services_, *connection_);
+  return UploadNewDocument(connection_, services_, path, params, info, std::move(progress));
 }
-Status VtRestLegacyFileServer::UploadIteration(const char*, const DocumentUploadParams&, FileInfo&,
-                                               ProgressFunction) {
-  return Refused;
+
+Status VtRestLegacyFileServer::UploadIteration(const char* id, const DocumentUploadParams& params,
+                                               FileInfo& info, ProgressFunction progress) {
+  return IterateDocument(connection_, id, params, info, std::move(progress));
 }
+
+bool VtRestLegacyFileServer::Checkout(const char* id, FileInfo& info) {
+  return CheckoutDocument(connection_, id, info);
+}
+
+bool VtRestLegacyFileServer::UndoCheckout(const char* id, FileInfo& info) {
+  return UndoCheckoutDocument(connection_, id, info);
+}
+
+Status VtRestLegacyFileServer::Store(const char* id, const DocumentUploadParams& params,
+                                     ProgressFunction progress) {
+  return StoreDocument(connection_, id, params, std::move(progress));
+}
+
+bool VtRestLegacyFileServer::Checkin(const char* id, FileInfo& info) {
+  return CheckinDocument(connection_, id, info);
+}
+
+bool VtRestLegacyFileServer::VerifyCheckout(const char* id, FileInfo& info, VtCheckoutState& state) {
+  return vantry::VerifyCheckout(connection_, id, info, state);
+}
+
+// Not built yet; until then it gives its failure value.
 XliffServer* VtRestLegacyFileServer::GetXliffServer() {
   return nullptr;
-}
-bool VtRestLegacyFileServer::Checkout(const char*, FileInfo&) {
-  return false;
-}
-bool VtRestLegacyFileServer::UndoCheckout(const char*, FileInfo&) {
-  return false;
-}
-Status VtRestLegacyFileServer::Store(const char*, const DocumentUploadParams&, ProgressFunction) {
-  return Refused;
-}
-bool VtRestLegacyFileServer::Checkin(const char*, FileInfo&) {
-  return false;
-}
-bool VtRestLegacyFileServer::VerifyCheckout(const char*, FileInfo&, VtCheckoutState&) {
-  return false;
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -111,8 +111,7 @@ using StatusCallback = std::function<void(StatusCode, const char*)>;
 /// Told how a transfer goes: bytes so far, bytes in all (0 when unknown). False cancels the transfer.
 using ProgressCallback = std::function<bool(std::size_t, std::size_t)>;
 
-// ---- Settings, servers, sessions. None of these makes a request.
-// -------------------------------------------
+// ---- Settings, servers, sessions. None of these makes a request. ----
 
 /// Writes a process-wide setting. ConfigUriStem is to be set before the servers are. A key above 8 is
 /// ignored.
@@ -149,8 +148,7 @@ VTDIRECT_API void ReadRootDirs(void (*callback)(const char* nickname, void* user
 /// @param clear  true resets the flag behind the answer
 VTDIRECT_API bool ShouldInvalidateCache(bool clear);
 
-// ---- Addresses
-// ----------------------------------------------------------------------------------------------
+// ---- Addresses ----
 
 /// Whether a text is a VFS path with a scheme. The bare form "//nickname/..." gives false, though every
 /// operation takes it. Reads the text only.
@@ -198,8 +196,7 @@ VTDIRECT_API std::string GetServerURL(const char* path);
 /// The nickname of the address's server, or the empty text. Makes no request.
 VTDIRECT_API std::string GetServerNickname(const char* path);
 
-// ---- What a server can do
-// -------------------------------------------------------------------------------------
+// ---- What a server can do ----
 
 /// Whether a server can be used: asks its version, follows the address that it calls its own, and probes it.
 /// The server need not be in the list and is not entered. Makes requests.
@@ -230,8 +227,7 @@ VTDIRECT_API bool SupportsSeparatedSources(const char* path);
 /// Whether the server takes metadata files; false without a server. Makes a request on first use.
 VTDIRECT_API bool SupportsVCSMetadata(const char* path);
 
-// ---- Directories
-// ------------------------------------------------------------------------------------------------
+// ---- Directories ----
 //
 // A path is handed to the server as it stands, and a level counts only when a "/" closes it: "//plm/Products"
 // lists nothing, "//plm/Products/" lists the products. A UID lists its server's root. Entries are delivered
@@ -274,8 +270,7 @@ VTDIRECT_API bool FileOrFolderExists(const char* path);
 /// has that name. False without a server. Makes requests.
 VTDIRECT_API bool FileNameAvailable(const char* path);
 
-// ---- Questions about one object
-// --------------------------------------------------------------------------------
+// ---- Questions about one object ----
 
 /// Whether the object is there. Makes requests.
 VTDIRECT_API bool FileExists(const char* path);
@@ -313,8 +308,7 @@ VTDIRECT_API bool GetLinkContext(const char* path, std::string& context);
 /// @return false, map untouched, when the object is not found
 VTDIRECT_API bool ReadDetails(const char* path, std::map<VtDetails, std::string>& details);
 
-// ---- Download
-// ---------------------------------------------------------------------------------------------------
+// ---- Download ----
 
 /// Downloads an object's content into a local file, on this thread, to the end. Makes requests.
 ///
@@ -331,8 +325,7 @@ VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& 
 /// Tests the server's connection on this thread, then hands a GetFile to the task runner, where the callbacks
 /// run. The outcome arrives by `status`.
 /// @return whether the task was accepted; false after StatusConnectFailed when the server cannot be reached,
-/// and
-///         without a call when the runner refuses
+///         and without a call when the runner refuses
 VTDIRECT_API bool GetFileAsync(const char* path, const char* localPath, StatusCallback status,
                                ProgressCallback progress);
 
@@ -342,5 +335,83 @@ VTDIRECT_API bool GetFileAsync(const char* path, const char* localPath, StatusCa
 /// @param cacheKey  may be null; a key under which a host may cache that content; untouched without content
 /// @return false, outputs untouched, when the object is not found
 VTDIRECT_API bool GetFileDownloadURL(const char* path, std::string& url, std::string* cacheKey);
+
+// ---- Upload ----
+
+/// Stores a local file at an address, on this thread, to the end. Makes requests.
+///
+/// A VFS path names a new document and never overwrites one; a UID gets a new iteration, or, when it is that
+/// of a working copy, the file is stored into the checkout. A checkout in a temporary workspace is checked in
+/// behind the store without being asked to.
+///
+/// `status` is called at most once: StatusOk with the UID of the result; StatusConnectFailed when the server
+/// does not answer; StatusCreateFailed, StatusUpdateFailed or StatusCheckedOutUpdateFailed by what was tried;
+/// StatusFileTooLarge. It is not called when the address cannot be resolved or names a document that exists.
+/// Upload progress is told of the bytes sent.
+/// @param mainPath      local file of the primary content; must not be null
+/// @param viewablePath  local viewable file; empty for none; must not be null
+/// @param sourceLinks   escaped name, as GetSourceLinks gives it, to address; one that cannot be resolved is
+///                      traced and dropped
+/// @param status        may be empty
+/// @param progress      may be empty
+/// @param language      value of the language attribute; may be null
+/// @param checkIn       checks a working copy in behind the store
+VTDIRECT_API bool Upload(const char* path, const char* mainPath, const char* viewablePath,
+                         const std::map<std::string, std::string>& sourceLinks, StatusCallback status,
+                         ProgressCallback progress, const char* language, bool checkIn);
+
+/// Upload for a document of any kind, with nothing but its primary content. A temporary checkout is checked
+/// in only when asked to.
+/// @param kind  an unknown value counts as FileTypeFenlet
+VTDIRECT_API bool Upload(FileType kind, const char* path, const char* mainPath, StatusCallback status,
+                         ProgressCallback progress, const char* language, bool checkIn);
+
+/// Like Upload up to the transfer, which is handed to the task runner; the callbacks run there.
+/// @return whether the task was accepted
+VTDIRECT_API bool UploadAsync(const char* path, const char* mainPath, const char* viewablePath,
+                              const std::map<std::string, std::string>& sourceLinks, StatusCallback status,
+                              ProgressCallback progress, const char* language, bool checkIn);
+VTDIRECT_API bool UploadAsync(FileType kind, const char* path, const char* mainPath, StatusCallback status,
+                              ProgressCallback progress, const char* language, bool checkIn);
+
+/// UploadAsync with all that a Fenlet document can have. `params` is read during this call only.
+VTDIRECT_API bool UploadFenletAsync(const char* path, const char* mainPath, const UploadFenletParams& params,
+                                    StatusCallback status, ProgressCallback progress, bool checkIn);
+
+/// The documents that a document was made from: escaped name to UID, empty for one that cannot be read. UIDs
+/// only. Makes requests.
+/// @param links  entries under other names stay; unchanged on failure
+VTDIRECT_API void GetSourceLinks(const char* path, std::map<std::string, std::string>& links);
+
+/// Whether a document exists and has no content yet. Makes requests.
+VTDIRECT_API bool ShouldCreate(const char* path);
+
+// ---- Checkout ----
+
+/// Checks a document out and gives the UID of the working copy, which the host must use from then on; the
+/// empty text on failure. Makes requests.
+VTDIRECT_API std::string Checkout(const char* path);
+
+/// Checks a working copy in and gives the UID to go on with; the empty text on failure. UIDs only. Makes
+/// requests.
+VTDIRECT_API std::string Checkin(const char* path);
+
+/// Throws a working copy away and gives the UID to go on with; the empty text on failure. UIDs only. Makes
+/// requests.
+VTDIRECT_API std::string UndoCheckout(const char* path);
+
+/// Where a checkout stands. Makes requests.
+/// @param user  may be null; receives who holds the checkout, untouched without one
+VTDIRECT_API VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* user);
+
+/// Confirms that a remembered checkout still stands, and renews one in a temporary workspace that is out of
+/// date. UIDs only. Makes requests.
+/// @param uid  emptied first; the UID to go on with, which may differ from `path`
+VTDIRECT_API VtCheckoutStatus VerifyCheckout(const char* path, std::string& uid);
+
+/// Turns a checkout that was remembered in the older form, "workspace|working id", into a UID of today's
+/// form. Makes no request unless `uid` has no file name.
+/// @param legacy  null or empty gives `uid` back; a text without "|" gives a UID with an empty id
+VTDIRECT_API std::string ConvertLegacyCheckout(const char* uid, const char* legacy);
 
 }  // namespace VtDirectManager

@@ -1,0 +1,80 @@
+#include "public/source_links.h"
+
+#include "base/file_name.h"
+#include "base/tracers.h"
+#include "public/object_address.h"
+#include "public/path_resolution.h"
+#include "public/vt_direct_manager.h"
+
+namespace lxservices::cms_interface {
+namespace {
+
+// The object that a link leads to; empty, traced, when there is none on this server.
+std::string IdOfLink(const std::shared_ptr<FileServer>& server, const std::string& name,
+                     const std::string& address) {
+  const PathTarget target = ResolveTarget(address.c_str(), {}, 0);
+  if (target.server != server) {
+    VtDirectTracer()(dp::TraceType::Warning,
+                     "Links to different servers are unsupported: link to %s will be broken\n", name.c_str());
+    return {};
+  }
+  std::string id = IdOfTarget(target);
+  if (id.empty()) {
+    VtDirectTracer()(dp::TraceType::Warning, "Failed to resolve %s : link to %s will be broken\n",
+                     address.c_str(), name.c_str());
+  }
+  return id;
+}
+
+void ResolveSourceLink(const std::shared_ptr<FileServer>& server, std::map<std::string, std::string>& result,
+                       const std::string& name, const std::string& address) {
+  if (name.empty()) {
+    VtDirectTracer()(dp::TraceType::Error, "Not specifying a sensible source name is an error!");
+    return;
+  }
+  std::string id;
+  if (!address.empty()) id = IdOfLink(server, name, address);
+  if (id.empty()) {
+    result.erase(name);
+  } else {
+    result[name] = id;
+  }
+}
+
+}  // namespace
+
+std::map<std::string, std::string> ResolveSourceLinks(const std::shared_ptr<FileServer>& server,
+                                                      const std::map<std::string, std::string>& links) {
+  std::map<std::string, std::string> result;
+  for (const auto& [escapedName, address] : links) {
+    ResolveSourceLink(server, result, UnescapeFileName(escapedName), address);
+  }
+  return result;
+}
+
+}  // namespace lxservices::cms_interface
+
+namespace VtDirectManager {
+
+using namespace lxservices::cms_interface;
+
+void GetSourceLinks(const char* path, std::map<std::string, std::string>& links) {
+  const FileTarget target = ResolveFileTarget(path, {}, ResolveNeedId);
+  if (target.server == nullptr) return;
+  FileInfo info;
+  if (target.server->GetFileInfo(target.id.c_str(), info) != Ok) return;
+  for (const auto& [name, id] : info.dependencies) links[EscapeFileName(name)] = UidOfId(*target.server, id);
+}
+
+bool ShouldCreate(const char* path) {
+  const FileTarget target = ResolveFileTarget(path, {}, 0);
+  if (target.server == nullptr) return false;
+  FileInfo info;
+  if (target.server->GetFileInfo(target.id.c_str(), info) != Ok) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to find file %s", path);
+    return false;
+  }
+  return info.size == 0;
+}
+
+}  // namespace VtDirectManager

@@ -1,0 +1,75 @@
+#include "base/tracers.h"
+#include "public/source_links.h"
+#include "public/upload_job.h"
+
+namespace lxservices::cms_interface {
+namespace {
+
+DocumentKind KindOf(VtDirectManager::FileType type) {
+  switch (type) {
+    case VtDirectManager::FileTypeGeneral:
+      return DocumentKind::General;
+    case VtDirectManager::FileTypeUgc:
+      return DocumentKind::Ugc;
+    default:
+      return DocumentKind::Fenlet;
+  }
+}
+
+// The server half: whatever the address names on it.
+bool PrepareUploadJob(const PathTarget& target, const UploadRequest& request,
+                      const VtDirectManager::StatusCallback& status, UploadJob& job) {
+  if (!target.server->TestConnection()) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to connect to server path %s\n",
+                     target.server->GetServerURL().c_str());
+    if (status) status(VtDirectManager::StatusConnectFailed, nullptr);
+    return false;
+  }
+  job.server = target.server;
+  job.kind = KindOf(request.kind);
+  if (request.sourceLinks != nullptr) job.dependencies = ResolveSourceLinks(job.server, *request.sourceLinks);
+  job.mainPath = request.mainPath;
+  job.viewablePath = request.viewablePath;
+  if (request.language != nullptr) job.language = request.language;
+  return true;
+}
+
+// An object with a working copy gets a store, and one that stands in a temporary workspace a check-in behind
+// it.
+void PrepareIteration(const std::string& id, const UploadRequest& request, UploadJob& job) {
+  job.id = id;
+  job.checkIn = request.checkIn;
+  job.checkedOut = false;
+  CheckoutServer* checkout = job.server->GetCheckoutServer();
+  VtCheckoutState state;
+  if (checkout == nullptr || !checkout->GetCheckoutState(id.c_str(), state)) return;
+  if (!job.checkIn && request.autoCheckIn) job.checkIn = state.inWorkspace && !state.inUserWorkspace;
+  job.checkedOut = state.inWorkspace;
+}
+
+// A VFS path never overwrites: a new iteration needs a UID.
+bool PrepareCreation(const PathTarget& target, const char* path, UploadJob& job) {
+  const std::string id = job.server->ResolvePath(target.relativePath.c_str());
+  FileInfo info;
+  if (!id.empty() && job.server->GetFileInfo(id.c_str(), info) == Ok) {
+    VtDirectTracer()(dp::TraceType::Error, "File %s already exists\n", path);
+    return false;
+  }
+  job.relativePath = target.relativePath;
+  return true;
+}
+
+}  // namespace
+
+bool PrepareUpload(const UploadRequest& request, const VtDirectManager::StatusCallback& status,
+                   UploadJob& job) {
+  // A null file name has no meaning here; nothing is sent for it.
+  if (request.mainPath == nullptr || request.viewablePath == nullptr) return false;
+  const PathTarget target = ResolveTarget(request.path, {}, 0);
+  if (target.server == nullptr || !PrepareUploadJob(target, request, status, job)) return false;
+  if (target.id.empty()) return PrepareCreation(target, request.path, job);
+  PrepareIteration(target.id, request, job);
+  return true;
+}
+
+}  // namespace lxservices::cms_interface
