@@ -102,24 +102,20 @@ void Serve(int socket, Server& server) {
   close(socket);
 }
 
-// A document of the size and shape that a server really answers.
+// A document of the size and shape that a server really answers: one content, no attributes of its own.
 std::string Document(const Server& server) {
-  std::string json =
-      R"({"id":"D1","context":{"id":"C1","name":"Trekking Bike","type":"Product"},"revision":"B",)"
-      R"("iteration":"1","authAppVersion":"310","pdmIterationState":{"isCheckout":false,"isLatest":true},)"
-      R"("isDerived":false,"epmMaster":{"id":"M1","name":"Scan","number":"0000100001","category":"OTHER",)"
-      R"("subCategory":"OTHER","cadName":"scan.bin","authoringApplication":"MERIDOX"},)"
-      R"("locationFolder":{"id":"F1","name":"Frame","path":"/Trekking Bike/Frame"},)"
-      R"("cadContent":{"isSectioned":false,"contentSections":[{"id":"K1","category":"GENERAL",)"
-      R"("fileName":"{$CAD_NAME}","contentUrl":["http://127.0.0.1:)" +
-      std::to_string(server.port) + R"(/content"],"fileSize":)" + std::to_string(server.contentSize) +
-      R"(}]},"fileBasedAttributes":[)";
-  for (int i = 0; i < 8; ++i) {
-    if (i > 0) json += ',';
-    json += R"({"parameterDefinition":{"parameterName":"P)" + std::to_string(i) +
-            R"(","attributeName":"ZVK_DD_PAINT","valueType":"String"},"parameterValue":{"value":"Blau"}})";
-  }
-  return json + "]}";
+  return R"({"id":"D1","context":{"id":"OR:vn.product.Product:101","name":"Trekking Bike","type":"Product"},)"
+         R"("revision":"B","iteration":"1","authAppVersion":"310","ndVersion":"J-01","pdmIterationState":{)"
+         R"("isCheckout":false,"isCheckoutByYou":false,"isLatest":true,"checkoutByUser":"",)"
+         R"("checkoutToFolderName":""},"isDerived":false,"epmMaster":{"id":"M2001","name":"Fork",)"
+         R"("number":"0000100001","category":"iso","subCategory":"FENLET","cadName":"fork.lxz",)"
+         R"("authoringApplication":"MERIDOX"},"locationFolder":{"id":"OR:vn.folder.SubFolder:211",)"
+         R"("name":"Frame","path":"/Trekking Bike/Frame"},"derivedSourceDependencies":[],"cadContent":{)"
+         R"("isSectioned":false,"contentSections":[{"id":"K6","category":"FENLET","fileName":"{$CAD_NAME}",)"
+         R"("isForwardable":false,"isStale":false,"isHidden":false,"streamId":10010,)"
+         R"("contentUrl":["http://127.0.0.1:)" +
+         std::to_string(server.port) + R"(/content"],"fileSize":)" + std::to_string(server.contentSize) +
+         R"(}]},"secondaryContents":[],"fileBasedAttributes":[]})";
 }
 
 bool MakeBlock(Server& server) {

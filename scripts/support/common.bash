@@ -35,6 +35,7 @@ build() {
 start_server() {
   local log=$1 line=
   shift
+  : >"$log"
   "$@" >"$log" 2>"$log.errors" &
   server_pid=$!
   for _ in $(seq 600); do
