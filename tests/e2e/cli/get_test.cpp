@@ -23,6 +23,17 @@ TEST_F(VtDirect, DownloadsADocumentByteForByte) {
   EXPECT_THAT(HereNames(), ElementsAre("copy"));
 }
 
+TEST_F(VtDirect, DownloadsADocumentByItsPlaceAndItsVersion) {
+  Serve();
+  const std::string path = "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
+  EXPECT_THAT(Run({"get", path, "-o", "-"}).out, StartsWith(kForkHead));
+  EXPECT_THAT(Run({"get", path + "|A.1", "-o", "-"}).out,
+              StartsWith("FENLET DRAWING\nname fork.lxz\nversion A.1\n"));
+  EXPECT_EQ(Run({"get", path + "|C.1", "-o", "-"}).status, 6);
+  EXPECT_EQ(Run({"get", "korvufenloom-vfs:" + path + "|A.1"}).status, 0);
+  EXPECT_THAT(HereNames(), ElementsAre("fork.lxz"));
+}
+
 TEST_F(VtDirect, DownloadsALargeContentByteForByte) {
   Serve();
   EXPECT_EQ(Run({"get", server().Uid("D1009"), "-o", "copy"}).status, 0);
