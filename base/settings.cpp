@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "base/text.h"
+
 namespace lxservices::cms_interface {
 namespace {
 
@@ -26,10 +28,6 @@ struct Settings {
 Settings& TheSettings() {
   static Settings settings;
   return settings;
-}
-
-std::string TextOrEmpty(const char* value) {
-  return value != nullptr ? value : "";
 }
 
 bool IsGiven(const char* value) {

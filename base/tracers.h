@@ -14,5 +14,8 @@ namespace lxservices::cms_interface {
 [[nodiscard]] inline dp::LXTracer CmsInterfaceTracer() {
   return {"fenlet", "CmsInterface"};
 }
+[[nodiscard]] inline dp::LXTracer VtDirectXliffTracer() {
+  return {"fenlet", "VtDirectXliff"};
+}
 
 }  // namespace lxservices::cms_interface

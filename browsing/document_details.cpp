@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "base/text.h"
 #include "base/tracers.h"
 #include "browsing/latest_version.h"
 #include "documents/checkout_id.h"
@@ -63,12 +64,12 @@ Status GetDocumentDetails(const std::shared_ptr<VtConnection>& connection, const
   const DocumentRecord& record = asked.record;
   const Status status = ReadDocument(connection, asked.id, asked.record);
   if (status != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id);
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return status;
   }
   if (query.current != nullptr) {
     *query.current = MakeFileInfo(record);
-    query.current->id = id;
+    query.current->id = TextOrEmpty(id);
   }
   FillVersions(connection, services, asked, query);
   if (query.attributes != nullptr) FillAttributes(record, *query.attributes);

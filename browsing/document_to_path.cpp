@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/file_name.h"
+#include "base/text.h"
 #include "base/tracers.h"
 #include "browsing/context_kind.h"
 #include "browsing/document_details.h"
@@ -70,7 +71,7 @@ std::string FindDocumentPath(const std::shared_ptr<VtConnection>& connection, Se
   const CheckoutId parsed = ParseCheckoutId(id);
   DocumentRecord record;
   if (ReadDocument(connection, parsed.field0, record) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id);
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return {};
   }
   if (const std::string workspaceId = WorkspaceOf(parsed); !workspaceId.empty()) {

@@ -1,5 +1,6 @@
 #include "browsing/vantry_lookup.h"
 
+#include "base/text.h"
 #include "base/tracers.h"
 #include "browsing/cad_name_search.h"
 #include "browsing/document_details.h"
@@ -34,8 +35,8 @@ std::string FindCheckedOutId(const std::shared_ptr<VtConnection>& connection, co
 
 std::string FindIdInWorkspace(const std::shared_ptr<VtConnection>& connection, const char* documentId,
                               const char* workspaceId) {
-  const std::string id = documentId != nullptr ? documentId : "";
-  const std::string workspace = workspaceId != nullptr ? workspaceId : "";
+  const std::string id = TextOrEmpty(documentId);
+  const std::string workspace = TextOrEmpty(workspaceId);
   DocumentRecord record;
   if (ReadDocument(connection, id, record) != Ok) return NotLocated(id);
   if (workspace.empty()) return record.isCheckoutByYou ? FindCheckedOutId(connection, record, id) : id;

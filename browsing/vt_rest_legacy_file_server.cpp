@@ -19,6 +19,8 @@
 #include "documents/document_storing.h"
 #include "documents/undo_checkout.h"
 #include "documents/verify_checkout.h"
+#include "translation/nrx_xliff_server.h"
+#include "translation/translation_gate.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -165,9 +167,16 @@ bool VtRestLegacyFileServer::VerifyCheckout(const char* id, FileInfo& info, VtCh
   return vantry::VerifyCheckout(connection_, id, info, state);
 }
 
-// Not built yet; until then it gives its failure value.
 XliffServer* VtRestLegacyFileServer::GetXliffServer() {
-  return nullptr;
+  // A refusal is remembered, so that a server without translation is asked once; a server that is brought up
+  // to date while the host runs needs a new server object.
+  if (xliffServer_ != nullptr || xliffRefused_) return xliffServer_.get();
+  if (TranslationGate(*connection_)) {
+    xliffServer_ = std::make_unique<NrxXliffServer>(connection_);
+  } else {
+    xliffRefused_ = true;
+  }
+  return xliffServer_.get();
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -6,6 +6,7 @@
 #include "browsing/file_server.h"
 #include "connection/service_flags.h"
 #include "connection/vt_connection.h"
+#include "translation/xliff_server.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -56,6 +57,8 @@ class VtRestLegacyFileServer final : public VantryFileServer, private CheckoutSe
 
   std::shared_ptr<VtConnection> connection_;
   std::string serverKey_;
+  std::unique_ptr<XliffServer> xliffServer_;  ///< made on first demand
+  bool xliffRefused_ = false;
   ServiceFlags services_;
   bool featuresRead_ = false;
   bool separatedSources_ = false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/server_key.h"
+#include "base/text.h"
 #include "base/tracers.h"
 #include "connection/url_escape.h"
 #include "documents/checkout_id.h"
@@ -32,7 +33,7 @@ std::string AttributesPage(const std::shared_ptr<VtConnection>& connection, cons
   const CheckoutId parsed = ParseCheckoutId(id);
   WorkspaceRecord workspace;
   if (!FindWorkspaceOfId(connection, parsed, workspace)) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate %s on server\n", id != nullptr ? id : "");
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate %s on server\n", TextOrEmpty(id));
     return {};
   }
   return WithTrailingSlash(connection->http()->uri()) +

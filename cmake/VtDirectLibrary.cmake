@@ -19,6 +19,7 @@ target_link_libraries(vtdirect_objects PUBLIC vtdirect_headers vtdirect_rapidjso
 add_subdirectory(base)
 add_subdirectory(connection)
 add_subdirectory(documents)
+add_subdirectory(translation)
 add_subdirectory(browsing)
 add_subdirectory(public)
 

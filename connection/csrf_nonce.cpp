@@ -8,6 +8,17 @@
 #include "connection/vt_connection.h"
 
 namespace lxservices::cms_interface::vantry {
+namespace {
+
+// The header line; empty when the two texts do not make one line. A server's line feed in them would add
+// header lines of its choice to every later write.
+std::string MakeHeaderLine(std::string_view key, std::string_view value) {
+  constexpr std::string_view lineBreaks("\r\n\0", 3);
+  std::string line = std::string(key) + ": " + std::string(value);
+  return line.find_first_of(lineBreaks) == std::string::npos ? line : std::string();
+}
+
+}  // namespace
 
 std::string FetchRestCsrf(const std::shared_ptr<HttpConnection>& connection) {
   std::vector<RestItem> rows;
@@ -17,7 +28,7 @@ std::string FetchRestCsrf(const std::shared_ptr<HttpConnection>& connection) {
   const auto key = attributes.find("nonce_key");
   const auto nonce = attributes.find("nonce");
   if (key == attributes.end() || nonce == attributes.end()) return {};
-  return key->second + ": " + nonce->second;
+  return MakeHeaderLine(key->second, nonce->second);
 }
 
 std::string FetchODataCsrf(const std::shared_ptr<HttpConnection>& connection) {
@@ -29,7 +40,7 @@ std::string FetchODataCsrf(const std::shared_ptr<HttpConnection>& connection) {
   const rapidjson::Value* key = FindString(document, "NonceKey");
   const rapidjson::Value* value = FindString(document, "NonceValue");
   if (key == nullptr || value == nullptr) return {};
-  return std::string(TextView(*key)) + ": " + std::string(TextView(*value));
+  return MakeHeaderLine(TextView(*key), TextView(*value));
 }
 
 }  // namespace lxservices::cms_interface::vantry

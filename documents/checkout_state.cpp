@@ -1,5 +1,6 @@
 #include "documents/checkout_state.h"
 
+#include "base/text.h"
 #include "base/tracers.h"
 #include "documents/checkout_id.h"
 #include "documents/document_reads.h"
@@ -12,7 +13,7 @@ bool GetCheckoutState(const std::shared_ptr<VtConnection>& connection, const cha
   const CheckoutId parsed = ParseCheckoutId(id);
   DocumentRecord record;
   if (ReadDocument(connection, parsed.field0, record) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id);
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return false;
   }
   state.checkedOut = record.isCheckout;

@@ -4,6 +4,7 @@
 #include <sstream>
 #include <utility>
 
+#include "base/text.h"
 #include "base/tracers.h"
 #include "connection/url_split.h"
 #include "documents/checkout_id.h"
@@ -26,16 +27,16 @@ bool DownloadDocument(const std::shared_ptr<VtConnection>& connection, const cha
                       FileInfo& info, du::http::ProgressFunction progress) {
   DocumentRecord record;
   if (ReadDocument(connection, ParseCheckoutId(id).field0, record) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id);
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return false;
   }
   if (DownloadPrimaryContent(connection, record, localPath, std::move(progress)) != 200) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to download file %s with error: %s", id,
-                     ReadLocalFile(localPath).c_str());
+    VtDirectTracer()(dp::TraceType::Error, "Failed to download file %s with error: %s", TextOrEmpty(id),
+                     ReadLocalFile(TextOrEmpty(localPath)).c_str());
     return false;
   }
   info = MakeFileInfo(record);
-  info.id = id;
+  info.id = TextOrEmpty(id);
   return true;
 }
 

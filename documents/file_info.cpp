@@ -1,5 +1,6 @@
 #include "documents/file_info.h"
 
+#include "base/text.h"
 #include "base/tracers.h"
 #include "documents/checkout_id.h"
 #include "documents/document_reads.h"
@@ -25,11 +26,11 @@ Status GetFileInfo(const std::shared_ptr<VtConnection>& connection, const char* 
   DocumentRecord record;
   const Status status = ReadDocument(connection, ParseCheckoutId(id).field0, record);
   if (status != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id);
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return status;
   }
   info = MakeFileInfo(record);
-  info.id = id;
+  info.id = TextOrEmpty(id);
   return Ok;
 }
 

@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "base/text.h"
 #include "base/tracers.h"
 #include "connection/url_escape.h"
 #include "public/host_callbacks.h"
@@ -13,10 +14,6 @@ using namespace lxservices::cms_interface;
 using vantry::EscapeForUrl;
 
 namespace {
-
-const char* TextOrEmpty(const char* text) {
-  return text != nullptr ? text : "";
-}
 
 bool DownloadTarget(const PathTarget& target, const char* localPath, FileInfo& info,
                     ProgressCallback progress) {

@@ -1,3 +1,4 @@
+#include "base/text.h"
 #include "base/tracers.h"
 #include "browsing/create_file_server.h"
 #include "connection/server_check.h"
@@ -25,10 +26,6 @@ std::shared_ptr<FileServer> FindOrMakeServer(const char* url, bool remember) {
   auto server = FindServerByUrl(url);
   if (server != nullptr || url == nullptr || !IsSupported(url)) return server;
   return remember ? AddServerWithDerivedNickname(url) : CreateFileServer(url, ForwardAuth);
-}
-
-const char* TextOrEmpty(const char* text) {
-  return text != nullptr ? text : "";
 }
 
 std::string LookUpCadName(const char* url, const char* cadName) {

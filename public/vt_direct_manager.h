@@ -414,4 +414,23 @@ VTDIRECT_API VtCheckoutStatus VerifyCheckout(const char* path, std::string& uid)
 /// @param legacy  null or empty gives `uid` back; a text without "|" gives a UID with an empty id
 VTDIRECT_API std::string ConvertLegacyCheckout(const char* uid, const char* legacy);
 
+// ---- Translation ----
+
+/// Sends a source XLIFF file for a document: its first, or a new iteration of the one that it has. UIDs only.
+/// Makes requests.
+/// @param language  language of the source; travels as it comes
+VTDIRECT_API bool UploadSourceXliff(const char* path, const char* xliffPath, const char* language);
+
+/// The source XLIFF of a document. UIDs only. Makes requests.
+/// @return false without one; true with both arguments as they were when it cannot be read
+VTDIRECT_API bool GetUIDForSourceXliff(const char* path, std::string& uid, std::string& language);
+
+/// The translations of a document: language to UID, added to the map. UIDs only. Makes requests.
+/// @return whether the map then holds as many entries as the server lists: pass an empty map. One translation
+///         that cannot be read makes the result false, and the others are delivered.
+VTDIRECT_API bool GetXliffTranslations(const char* path, std::map<std::string, std::string>& translations);
+
+/// Marks a translated document as published. UIDs only. Makes requests.
+VTDIRECT_API bool SetXliffPublished(const char* path);
+
 }  // namespace VtDirectManager

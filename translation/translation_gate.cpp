@@ -1,0 +1,47 @@
+#include "translation/translation_gate.h"
+
+#include "base/tracers.h"
+#include "connection/odata_services.h"
+#include "connection/platform/environment.h"
+#include "connection/server_information.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+void TraceTooOld(const ServerVersion& version) {
+  VtDirectXliffTracer()(dp::TraceType::Information)
+      << "Server version: " << FormatServerVersion(version)
+      << " not supported for KOT translation integration, at least: "
+      << FormatServerVersion(MinimumTranslationVersion) << " is required - this feature will be disabled";
+}
+
+// Both lines say that translation is not available, and it is all the same: servers hide the add-on and the
+// service list from users without certain rights, for whom translation works. "doe" is the line's own
+// wording.
+void TraceWhatIsMissing(VtConnection& connection) {
+  if (!IsAssemblyInstalled(connection, "kotia")) {
+    VtDirectXliffTracer()(dp::TraceType::Information)
+        << "Cannot determine if KOT is installed on the server: KOT translation integration not available";
+  }
+  if (!HasODataDomain(connection, "DynamicDocMgmt")) {
+    VtDirectXliffTracer()(dp::TraceType::Information)
+        << "The required NRX APIs doe not appear to be available on this server: KOT translation integration "
+           "not available";
+  }
+}
+
+}  // namespace
+
+bool TranslationGate(VtConnection& connection) {
+  if (!dp::Environment::Get("FENLOOM_FORCE_NRX_XLIFF_ENABLE").empty()) return true;
+  ServerVersion version;
+  if (GetServerVersion(*connection.http(), version) != Ok) return false;
+  if (version < MinimumTranslationVersion) {
+    TraceTooOld(version);
+    return false;
+  }
+  TraceWhatIsMissing(connection);
+  return true;
+}
+
+}  // namespace lxservices::cms_interface::vantry

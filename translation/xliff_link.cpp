@@ -1,0 +1,35 @@
+#include "translation/xliff_link.h"
+
+#include "base/tracers.h"
+#include "connection/json_members.h"
+#include "documents/text_file.h"
+
+namespace lxservices::cms_interface::vantry {
+
+bool LinkXliffDocument(const std::shared_ptr<VtConnection>& connection, const std::string& sourceId,
+                       const std::string& xliffId) {
+  // Servers read this body with a reader of their own that knows no escapes, so the ids go in as they stand.
+  const ScopedTempPath body(WriteTextFile(
+      "upload", "json",
+      "{ \"oidForQ7zkDocument\":\"" + sourceId + "\", \"oidForXliffDocument\":\"" + xliffId + "\" }"));
+  if (body.path().empty()) return false;
+  const std::string headers = connection->ODataWriteHeaders();
+  RestStream response(MakeRestRequest(connection->http(), du::http::Method::Post,
+                                      "servlet/odata/v1/DynamicDocMgmt/CreateXliffLink", body.path().c_str(),
+                                      nullptr, headers.c_str()),
+                      {});
+  return ToldSuccess(response, "Failed to link documents");
+}
+
+bool ToldSuccess(RestStream& response, const char* failure) {
+  rapidjson::Document answer;
+  if (!response.succeeded() || !ParseJsonResponse(response, answer)) {
+    VtDirectXliffTracer()(dp::TraceType::Error, "%s with error %d : %s\n", failure, response.status(),
+                          response.errorText().c_str());
+    return false;
+  }
+  const rapidjson::Value* value = FindString(answer, "value");
+  return value != nullptr && TextView(*value) == "Success";
+}
+
+}  // namespace lxservices::cms_interface::vantry

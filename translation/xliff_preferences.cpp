@@ -1,0 +1,39 @@
+#include "translation/xliff_preferences.h"
+
+#include "connection/json_members.h"
+#include "connection/odata_page_reader.h"
+#include "connection/url_escape.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+std::string TextOrEmpty(const char* text) {
+  return text != nullptr ? text : "";
+}
+
+void ReadPreferences(const rapidjson::Value& page, XliffPreferences& preferences) {
+  const rapidjson::Value* rows = FindArray(page, "Preferences");
+  if (rows == nullptr) return;
+  for (const auto& row : rows->GetArray()) {
+    const rapidjson::Value* name = FindString(row, "Name");
+    const rapidjson::Value* value = FindString(row, "Value");
+    if (name != nullptr && value != nullptr) preferences[std::string(TextView(*name))] = TextView(*value);
+  }
+}
+
+}  // namespace
+
+XliffPreferences GetXliffPreferences(const std::shared_ptr<VtConnection>& connection, const char* documentId,
+                                     const char* sourceLanguage) {
+  XliffPreferences preferences;
+  ODataPageReader reader(connection, "servlet/odata/v1/DynamicDocMgmt/XliffPreferences(oidForQ7zkDocument='" +
+                                         EscapeForUrl(TextOrEmpty(documentId)) + "',sourceLanguage='" +
+                                         EscapeForUrl(TextOrEmpty(sourceLanguage)) + "')");
+  while (reader.Next()) {
+    if (!reader.page().IsObject()) break;
+    ReadPreferences(reader.page(), preferences);
+  }
+  return preferences;
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,22 @@
+#include "translation/xliff_publishing.h"
+
+#include "connection/url_escape.h"
+#include "documents/text_file.h"
+#include "translation/xliff_link.h"
+
+namespace lxservices::cms_interface::vantry {
+
+bool MarkPublished(const std::shared_ptr<VtConnection>& connection, const std::string& documentId) {
+  const ScopedTempPath body(
+      WriteTextFile("upload", "json", "{ \"ZVKDDEXTENDEDDOCTYPE\":\"x-raomPublished\" }"));
+  if (body.path().empty()) return false;
+  const std::string path =
+      "servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('" + EscapeForUrl(documentId) + "')";
+  const std::string headers = connection->ODataWriteHeaders();
+  RestStream response(MakeRestRequest(connection->http(), du::http::Method::Patch, path.c_str(),
+                                      body.path().c_str(), nullptr, headers.c_str()),
+                      {});
+  return response.status() == 204 || ToldSuccess(response, "Failed to set document as published");
+}
+
+}  // namespace lxservices::cms_interface::vantry

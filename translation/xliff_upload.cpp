@@ -1,0 +1,114 @@
+#include "translation/xliff_upload.h"
+
+#include <utility>
+
+#include "connection/platform/files.h"
+#include "documents/document_reads.h"
+#include "documents/text_document.h"
+#include "translation/xliff_context.h"
+#include "translation/xliff_folder.h"
+#include "translation/xliff_link.h"
+#include "translation/xliff_preferences.h"
+#include "translation/xliff_queries.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// A preference that is absent counts as empty.
+std::string Preference(const XliffPreferences& preferences, const char* name) {
+  const auto entry = preferences.find(name);
+  return entry != preferences.end() ? entry->second : std::string();
+}
+
+bool AreComplete(const XliffPreferences& preferences) {
+  for (const char* name : {"DB_CONTEXT_TYPE", "ZVK_DD_TRANSLATE", "ZVK_DD_LANGUAGE", "DB_CONTEXT_NAME",
+                           "ZVK_DD_EXTENDED_DOC_TYPE", "UPLOAD_SOFT_TYPE"}) {
+    if (Preference(preferences, name).empty()) return false;
+  }
+  return !Preference(preferences, "SUB_FOLDER_PATH").empty() ||
+         !Preference(preferences, "CABINET_OID").empty();
+}
+
+// Where a source XLIFF goes. An empty folder leaves the place to the server.
+struct Place {
+  std::string contextId;
+  std::string folderId;
+};
+
+Place FindPlaceByCabinet(const std::shared_ptr<VtConnection>& connection,
+                         const XliffPreferences& preferences) {
+  return {FindContextByCabinet(connection, Preference(preferences, "DB_CONTEXT_NAME"),
+                               Preference(preferences, "CABINET_OID"),
+                               Preference(preferences, "DB_CONTEXT_TYPE")),
+          Preference(preferences, "SUB_FOLDER_OID")};
+}
+
+// The folder is looked for even when no context fits.
+Place FindPlaceByPath(const std::shared_ptr<VtConnection>& connection, const XliffPreferences& preferences) {
+  const std::string name = Preference(preferences, "DB_CONTEXT_NAME");
+  const std::string type = Preference(preferences, "DB_CONTEXT_TYPE");
+  Place place;
+  if (!FindContextByName(connection, name, type, place.contextId)) return {};
+  place.folderId = FindFolderByPath(connection, name.c_str(), type.c_str(),
+                                    Preference(preferences, "SUB_FOLDER_PATH").c_str());
+  return place;
+}
+
+std::string BareName(const char* path) {
+  std::string name;
+  du::FileSpec(path).GetFile(&name);
+  return name;
+}
+
+FileInfo MakeFileInfoOf(const DocumentRecord& record) {
+  FileInfo info = MakeFileInfo(record);
+  info.id = record.id;
+  return info;
+}
+
+}  // namespace
+
+bool UploadSourceXliff(const std::shared_ptr<VtConnection>& connection, const std::string& sourceId,
+                       const char* xliffPath, const char* language, FileInfo& result,
+                       du::http::ProgressFunction progress) {
+  const XliffPreferences preferences = GetXliffPreferences(connection, sourceId.c_str(), language);
+  if (!AreComplete(preferences)) return false;
+  const bool byCabinet = !Preference(preferences, "CABINET_OID").empty();
+  const Place place =
+      byCabinet ? FindPlaceByCabinet(connection, preferences) : FindPlaceByPath(connection, preferences);
+  if (place.contextId.empty()) return false;
+  DocumentRecord record;
+  if (!UpdateTextDocument(connection, nullptr, BareName(xliffPath).c_str(), place.contextId.c_str(),
+                          place.folderId.empty() ? nullptr : place.folderId.c_str(), xliffPath,
+                          Preference(preferences, "ZVK_DD_TRANSLATE").c_str(),
+                          Preference(preferences, "ZVK_DD_LANGUAGE").c_str(),
+                          Preference(preferences, "ZVK_DD_EXTENDED_DOC_TYPE").c_str(),
+                          Preference(preferences, "UPLOAD_SOFT_TYPE").c_str(), &record,
+                          std::move(progress))) {
+    return false;
+  }
+  result = MakeFileInfoOf(record);
+  // The document stands on the server whether or not it could be linked; a host that was told of a failure
+  // would upload it a second time.
+  (void)LinkXliffDocument(connection, sourceId, record.id);
+  return true;
+}
+
+bool UpdateSourceXliff(const std::shared_ptr<VtConnection>& connection, const std::string& sourceId,
+                       const char* xliffPath, const char* language, FileInfo& result,
+                       du::http::ProgressFunction progress) {
+  XliffDocumentRef xliff;
+  if (!FindSourceXliff(connection, sourceId, xliff)) return false;
+  DocumentRecord document;
+  if (ReadDocument(connection, xliff.id, document) != Ok) return false;
+  DocumentRecord record;
+  if (!UpdateTextDocument(connection, &document, nullptr, nullptr, nullptr, xliffPath, nullptr, language,
+                          nullptr, nullptr, &record, std::move(progress))) {
+    return false;
+  }
+  result = MakeFileInfoOf(record);
+  (void)LinkXliffDocument(connection, sourceId, record.id);
+  return true;
+}
+
+}  // namespace lxservices::cms_interface::vantry
