@@ -6,7 +6,7 @@ script=$(basename "$0")
 jobs=$(nproc 2>/dev/null || echo 2)
 
 # The same source compiled in two build directories is one entry of the compiler cache.
-export CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1
+export CCACHE_NOHASHDIR=1
 
 say() { printf '%s\n' "$*"; }
 
