@@ -105,7 +105,10 @@ du::http::ErrorCode ScriptedTransport::Exchange(const std::string& server, const
   const Answer answer = std::move(script_.front());
   script_.pop_front();
   for (int demand = 0; demand < answer.demands; ++demand) authResults_.push_back(auth.reauthenticate());
-  if (answer.error != du::http::ErrorCode::Done) return answer.error;
+  if (answer.error != du::http::ErrorCode::Done) {
+    if (answer.status != 0) *httpStatus = answer.status;
+    return answer.error;
+  }
   const auto delivered = Deliver(answer, request.sink);
   if (delivered == du::http::ErrorCode::Done) *httpStatus = answer.status;
   if (answer.afterwards) answer.afterwards();

@@ -23,6 +23,7 @@ void PrintTo(const SentRequest& request, std::ostream* out);
 
 /// What the script answers.
 struct Answer {
+  /// Told of a failed exchange too, as a platform tells 413 of a body that is too large; 0 leaves it alone.
   int status = 200;
   std::string body;
   du::http::ErrorCode error = du::http::ErrorCode::Done;

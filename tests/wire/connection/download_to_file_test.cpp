@@ -72,6 +72,11 @@ TEST_F(DownloadToFile, AFailedExchangeIs65535) {
   }
 }
 
+TEST_F(DownloadToFile, AFailedExchangeIs65535EvenWhenThePlatformTellsAStatus) {
+  transport.Then(vtdirect_test::Answer{413, {}, ErrorCode::TooLarge});
+  EXPECT_EQ(Download("x", ""), 65535);
+}
+
 TEST_F(DownloadToFile, AConnectionThatCannotBeMadeIs65535) {
   transport.RefuseConnections(2);
   EXPECT_EQ(Download("x", ""), 65535);

@@ -182,6 +182,16 @@ TEST_F(RestStreamTest, AFailedExchangeHasStatusMinusOneAndItsCode) {
   }
 }
 
+TEST_F(RestStreamTest, AFailedExchangeHasStatusMinusOneEvenWhenThePlatformTellsAnother) {
+  for (const int told : {413, 200}) {
+    transport.Then(Answer{told, {}, ErrorCode::TooLarge});
+    const auto stream = Get();
+    EXPECT_EQ(stream->status(), -1);
+    EXPECT_EQ(static_cast<int>(stream->errorCode()), 5);
+    EXPECT_EQ(stream->memoryStream(), nullptr);
+  }
+}
+
 TEST_F(RestStreamTest, WithoutAConnectionTheStatusIsMinusOneAndTheCodeOne) {
   transport.RefuseConnections(1);
   connection = std::make_shared<HttpConnection>("http://plm.example/vt", AuthFunction{});
