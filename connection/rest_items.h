@@ -20,8 +20,7 @@ struct RestItem {
 /// The one reader of the server's REST lists: one GET, on this thread.
 ///
 /// A success with a broken body gives true and no rows; callers treat it as an empty list.
-/// @param rows          rows are appended, one for each element of the list, an empty one for what is no
-/// object
+/// @param rows          one is appended for each element of the list, an empty one for what is no object
 /// @param itemsWrapped  the list stands in the member "items" of an object
 /// @param status        may be null; Ok, Unauthorized for 401, ConnectionFailed for any other failure
 /// @return whether the HTTP status was in 200 to 299

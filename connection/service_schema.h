@@ -28,8 +28,7 @@ using SchemaQuery = std::vector<EntityQuery>;
 /// that documents of any size pass in constant memory.
 /// @param query    may be null
 /// @param version  receives the schema version; left alone by a document without one. May be null.
-/// @return Ok; NotFound for HTTP 404; Refused for an XML error before the document's last chunk; ServerError
-/// for
+/// @return Ok; NotFound for HTTP 404; Refused for an XML error before the document's last chunk; ServerError for
 ///         any other HTTP failure. An error in the last chunk goes unnoticed.
 Status FetchSchema(VtConnection& connection, const char* path, SchemaQuery* query, int* version);
 
