@@ -28,8 +28,8 @@ using SchemaQuery = std::vector<EntityQuery>;
 /// that documents of any size pass in constant memory.
 /// @param query    may be null
 /// @param version  receives the schema version; left alone by a document without one. May be null.
-/// @return Ok; NotFound for HTTP 404; Refused for an XML error before the document's last chunk; ServerError for
-///         any other HTTP failure. An error in the last chunk goes unnoticed.
+/// @return Ok; NotFound for HTTP 404; ServerError for any other HTTP failure; Refused for an XML error before
+///         the document's last chunk. An error in the last chunk goes unnoticed.
 Status FetchSchema(VtConnection& connection, const char* path, SchemaQuery* query, int* version);
 
 }  // namespace lxservices::cms_interface::vantry
