@@ -9,6 +9,8 @@ namespace {
 
 /// Requests wait this long for another process that looks into the file, such as the sqlite3 shell.
 constexpr int kBusyMilliseconds = 10'000;
+/// Filters from the wire make ever new texts of statements; beyond so many the ones at rest are dropped.
+constexpr std::size_t kMostStatementTexts = 512;
 
 [[noreturn]] void Fail(sqlite3* handle, const char* what) {
   throw DatabaseError(std::string(what) + ": " + sqlite3_errmsg(handle));
@@ -56,6 +58,14 @@ bool Statement::IsNull(int column) const {
   return sqlite3_column_type(handle_, column) == SQLITE_NULL;
 }
 
+Statement& Statement::BindAll(const std::vector<SqlValue>& values) {
+  int index = 0;
+  for (const SqlValue& value : values) {
+    std::visit([&](const auto& held) { BindOne(++index, held); }, value);
+  }
+  return *this;
+}
+
 void Statement::BindOne(int index, std::string_view value) {
   // A null pointer would bind NULL, which is another value than an empty text.
   const char* data = value.empty() ? "" : value.data();
@@ -90,10 +100,15 @@ Database::Database(const std::string& file) {
 }
 
 Database::~Database() {
+  ForgetIdle();
+  sqlite3_close(handle_);
+}
+
+void Database::ForgetIdle() {
   for (auto& [sql, handles] : idle_) {
     for (sqlite3_stmt* handle : handles) sqlite3_finalize(handle);
   }
-  sqlite3_close(handle_);
+  idle_.clear();
 }
 
 Statement Database::Prepare(std::string_view sql) {
@@ -121,6 +136,7 @@ std::int64_t Database::LastRowId() const {
 void Database::GiveBack(std::string sql, sqlite3_stmt* handle) {
   sqlite3_reset(handle);
   sqlite3_clear_bindings(handle);
+  if (idle_.size() >= kMostStatementTexts) ForgetIdle();
   idle_[std::move(sql)].push_back(handle);
 }
 

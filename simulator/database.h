@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 struct sqlite3;
@@ -21,6 +22,9 @@ class DatabaseError : public std::runtime_error {
 };
 
 class Database;
+
+/// A value that is bound to a parameter of a statement put together at run time.
+using SqlValue = std::variant<std::int64_t, std::string>;
 
 /// A prepared statement on loan from its database; goes back, reset, when destroyed. Values reach SQL through
 /// Bind alone. A text column that is NULL reads as empty, a NULL number as 0.
@@ -39,6 +43,9 @@ class Statement {
     (BindOne(++index, values), ...);
     return *this;
   }
+
+  /// Binds the values to the parameters in their order, as Bind does.
+  Statement& BindAll(const std::vector<SqlValue>& values);
 
   /// Goes to the next row. @return false behind the last one. @throws DatabaseError
   bool Step();
@@ -91,6 +98,7 @@ class Database {
  private:
   friend class Statement;
   void GiveBack(std::string sql, sqlite3_stmt* handle);
+  void ForgetIdle();
 
   sqlite3* handle_ = nullptr;
   std::map<std::string, std::vector<sqlite3_stmt*>, std::less<>> idle_;

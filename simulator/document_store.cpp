@@ -106,6 +106,13 @@ std::vector<DocumentRow> SearchByNumber(Database& database, std::string_view num
   return ReadRows(statement.Bind(number, context_oid, user));
 }
 
+std::vector<DocumentRow> DocumentsInWorkspace(Database& database, std::int64_t workspace_key) {
+  static const std::string kSql =
+      Query("WHERE i.id IN (SELECT iteration FROM workspace_documents WHERE workspace = ?1) ORDER BY i.id");
+  auto statement = database.Prepare(kSql);
+  return ReadRows(statement.Bind(workspace_key));
+}
+
 std::vector<DocumentRow> FindLatestByProperty(Database& database, DocumentProperty property,
                                               std::string_view value) {
   const std::string sql = Query("WHERE ")

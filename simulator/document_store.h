@@ -66,6 +66,10 @@ std::vector<DocumentRow> VersionsOf(Database& database, const DocumentRow& docum
 std::vector<DocumentRow> SearchByNumber(Database& database, std::string_view number,
                                         std::string_view context_oid, std::string_view user);
 
+/// The documents that a workspace holds, in the order of their ids: working copies, and what was added
+/// without a checkout.
+std::vector<DocumentRow> DocumentsInWorkspace(Database& database, std::int64_t workspace_key);
+
 /// The properties by which the object query finds documents.
 enum class DocumentProperty { kCadName, kNumber, kName };
 

@@ -51,7 +51,7 @@ void SendHeadTooLong(ConnectionStream& stream) {
 /// them, knows them all when it is to stop, and logs what really went over the wire.
 class HttpServer::Implementation final : public httplib::Server {
  public:
-  Implementation(Simulator& simulator, RequestLog& log);
+  Implementation(Simulator& simulator, RequestLog& log, Door door);
   bool BindToOptions();
   [[nodiscard]] int port() const { return port_; }
   void Serve();
@@ -82,7 +82,7 @@ class HttpServer::Implementation final : public httplib::Server {
 
   Simulator& simulator_;
   RequestLog& log_;
-  FaultTable faults_;
+  Door door_;
   int port_ = 0;
 
   std::mutex mutex_;
@@ -92,8 +92,8 @@ class HttpServer::Implementation final : public httplib::Server {
   std::map<std::pair<std::string, int>, Connection*> connections_;  ///< by the client's address and port
 };
 
-HttpServer::Implementation::Implementation(Simulator& simulator, RequestLog& log)
-    : simulator_(simulator), log_(log), faults_(simulator.options().faults) {
+HttpServer::Implementation::Implementation(Simulator& simulator, RequestLog& log, Door door)
+    : simulator_(simulator), log_(log), door_(door) {
   // The library would let two servers share a port, and clients would meet either of them.
   set_socket_options([](socket_t socket) {
     const int on = 1;
@@ -123,10 +123,12 @@ HttpServer::Implementation::Implementation(Simulator& simulator, RequestLog& log
 
 bool HttpServer::Implementation::BindToOptions() {
   const vantry_sim::Options& options = simulator_.options();
-  port_ = options.port == 0 ? bind_to_any_port(options.bind_address)
-                            : (bind_to_port(options.bind_address, options.port) ? options.port : -1);
+  const int wanted = door_ == Door::kMain ? options.port : options.page_port.value_or(0);
+  port_ = wanted == 0 ? bind_to_any_port(options.bind_address)
+                      : (bind_to_port(options.bind_address, wanted) ? wanted : -1);
   if (port_ <= 0) return false;
-  simulator_.SetOwnAddress(options.bind_address + ":" + std::to_string(port_));
+  if (door_ == Door::kPages) simulator_.SetPagePort(port_);
+  if (door_ == Door::kMain) simulator_.SetOwnAddress(options.bind_address + ":" + std::to_string(port_));
   return true;
 }
 
@@ -276,7 +278,7 @@ void HttpServer::Implementation::Answer(const httplib::Request& request, httplib
     response.status = 500;
     return;
   }
-  const auto fault = faults_.Take(request.method, request.target);
+  const auto fault = simulator_.faults().Take(request.method, request.target);
   const std::chrono::milliseconds latency(simulator_.options().latency_milliseconds);
   if (latency.count() > 0 && !Sleep(latency)) connection->close_after = true;
 
@@ -302,6 +304,7 @@ void HttpServer::Implementation::Answer(const httplib::Request& request, httplib
   own.target = request.target;
   own.host = request.get_header_value("Host");
   own.user = connection->exchange.user;
+  own.prefer = request.get_header_value("Prefer");
   own.body = std::move(body);
   Fill(response, simulator_.Handle(own), *connection, fault);
 }
@@ -343,8 +346,8 @@ bool HttpServer::Implementation::Sleep(std::chrono::milliseconds duration) {
   return !changed_.wait_for(lock, duration, [this] { return stopping_; });
 }
 
-HttpServer::HttpServer(Simulator& simulator, RequestLog& log)
-    : implementation_(std::make_unique<Implementation>(simulator, log)) {}
+HttpServer::HttpServer(Simulator& simulator, RequestLog& log, Door door)
+    : implementation_(std::make_unique<Implementation>(simulator, log, door)) {}
 
 HttpServer::~HttpServer() = default;
 

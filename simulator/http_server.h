@@ -8,16 +8,23 @@
 
 namespace vantry_sim {
 
-/// Serves a simulator over HTTP, with the faults and the latency of its options.
+/// What a port is for.
+enum class Door {
+  kMain,   ///< the address that clients are told
+  kPages,  ///< where lists go on, when they don't go on at the main one; answers all that the main one does
+};
+
+/// Serves a simulator over HTTP on one port, with the faults and the latency of its options.
 class HttpServer {
  public:
-  /// The simulator and the log outlive the server.
-  HttpServer(Simulator& simulator, RequestLog& log);
+  /// The simulator and the log outlive the server. Several servers may share both.
+  HttpServer(Simulator& simulator, RequestLog& log, Door door = Door::kMain);
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
   ~HttpServer();
 
-  /// Takes the address and port of the options. @return false when they are not to be had
+  /// Takes the address and the door's port of the options, and tells the simulator. To be called before any
+  /// server runs. @return false when they are not to be had
   [[nodiscard]] bool Bind();
 
   /// The port that Bind took.

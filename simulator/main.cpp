@@ -5,9 +5,9 @@
 #include <exception>
 #include <thread>
 
-#include "simulator/http_server.h"
 #include "simulator/options.h"
 #include "simulator/request_log.h"
+#include "simulator/server_group.h"
 #include "simulator/simulator.h"
 
 namespace {
@@ -27,24 +27,23 @@ int Serve(vantry_sim::Options options) {
   vantry_sim::RequestLog log(options.log_file);
   const std::string bind_address = options.bind_address;
   vantry_sim::Simulator simulator(std::move(options));
-  vantry_sim::HttpServer server(simulator, log);
-  if (!server.Bind()) {
-    std::fprintf(stderr, "vantry-sim: cannot listen on %s port %d\n", bind_address.c_str(),
-                 simulator.options().port);
+  vantry_sim::ServerGroup servers(simulator, log);
+  if (const int refused = servers.Bind(); refused >= 0) {
+    std::fprintf(stderr, "vantry-sim: cannot listen on %s port %d\n", bind_address.c_str(), refused);
     return kExitFailed;
   }
   // Scripts wait for this line, the only one on standard output.
-  std::printf("vantry-sim listening on http://%s:%d%s/\n", bind_address.c_str(), server.port(),
+  std::printf("vantry-sim listening on http://%s:%d%s/\n", bind_address.c_str(), servers.port(),
               simulator.options().prefix.c_str());
   std::fflush(stdout);
 
-  std::thread stopper([&server] {
+  std::thread stopper([&servers] {
     const sigset_t signals = StopSignals();
     int signal = 0;
     sigwait(&signals, &signal);
-    server.Stop();
+    servers.Stop();
   });
-  server.Run();
+  servers.Run();
   // When serving ended by itself nobody sent the signal.
   pthread_kill(stopper.native_handle(), SIGTERM);
   stopper.join();

@@ -17,10 +17,13 @@ namespace vantry_sim {
 struct Request {
   std::string method;     ///< "HEAD" arrives as "GET"
   std::string target;     ///< as it stands on the request line
+  std::string path;       ///< behind the prefix, as it stands on the request line, with "/" in front
   std::string host;       ///< the Host header, unchecked; may be empty
   std::string user;       ///< who asks; never empty behind the authentication
+  std::string prefer;     ///< the Prefer header; may be empty
   QueryParameters query;  ///< decoded
   std::map<std::string, std::string, std::less<>> path_parameters;  ///< decoded; what the route's braces took
+  std::vector<std::string> tail;  ///< decoded segments that an open end of the route took
   std::string body;
 
   /// The first value of a query parameter; nothing without one. An empty value is a value.

@@ -136,6 +136,14 @@ std::vector<ODataService> ServicesOf(Generation generation) {
   return services;
 }
 
+bool OffersVersion(Generation generation, std::string_view service, std::string_view digits) {
+  if (digits.size() != 1 || digits[0] < '1' || digits[0] > '9') return false;
+  for (const ODataService& known : ServicesOf(generation)) {
+    if (known.id == service) return digits[0] - '0' <= known.schema_version;
+  }
+  return false;
+}
+
 std::optional<std::string> MetadataDocument(Generation generation, std::string_view service) {
   for (const ODataService& known : ServicesOf(generation)) {
     if (known.id != service || known.schema_version == 0) continue;

@@ -20,6 +20,10 @@ struct ODataService {
 /// The OData services of a generation; none for the gateway.
 std::vector<ODataService> ServicesOf(Generation generation);
 
+/// Whether the generation offers the version of a service that a path names by its number: all up to the
+/// version of its schema. @param digits such as "4"
+bool OffersVersion(Generation generation, std::string_view service, std::string_view digits);
+
 /// The $metadata document of a service, with the schema version that the generation has; nothing where the
 /// generation doesn't offer the service, or the service has no schema of its own.
 std::optional<std::string> MetadataDocument(Generation generation, std::string_view service);

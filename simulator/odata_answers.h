@@ -1,18 +1,39 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 
+#include "simulator/json.h"
 #include "simulator/messages.h"
+#include "simulator/odata_collection.h"
+#include "simulator/odata_problem.h"
+#include "simulator/odata_query.h"
+#include "simulator/service_context.h"
 
 namespace vantry_sim {
 
 /// An OData answer with a JSON body.
-inline Response ODataResponse(std::string body) {
-  Response response;
-  response.content_type = "application/json;odata.metadata=minimal";
-  response.headers.emplace_back("OData-Version", "4.0");
-  response.body = std::move(body);
-  return response;
-}
+Response ODataResponse(std::string body);
+
+/// The refusal of a query.
+Response ODataRefusal(const ODataProblem& problem);
+
+/// What the rows of one list have beyond their columns.
+struct ODataRowParts {
+  /// The value of a property without a column.
+  std::function<std::string(std::string_view property, std::int64_t key)> computed;
+  /// Writes the member that an $expand asked for; empty for lists without navigations.
+  std::function<void(JsonText& json, std::int64_t key, const ODataExpand& expand)> expanded;
+};
+
+/// Answers a list, one page of it: rows, and the absolute address of the next page while there is one.
+///
+/// A page has as many rows as the server's page size and the client's Prefer header allow, whichever is less.
+/// @param query what the client asked; its $expand was checked by the caller
+Response AnswerODataList(const ServiceContext& context, const Request& request,
+                         const ODataCollection& collection, const ODataQuery& query,
+                         const ODataRowParts& parts);
 
 }  // namespace vantry_sim

@@ -130,6 +130,13 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
   app.add_option("--codebase-url", options.codebase_url, "Address that the server calls its own");
   app.add_option("--prefix", options.prefix, "Path in front of every route, such as /vt");
   app.add_option("--latency", options.latency_milliseconds, "Milliseconds to wait before each answer");
+  app.add_option("--page-size", options.page_size, "Most rows of a page of OData")
+      ->check(CLI::Range(1, 1'000'000))
+      ->capture_default_str();
+  app.add_option("--page-port", options.page_port, "Second port, where lists go on; 0 picks a free one")
+      ->check(CLI::Range(0, 65535));
+  app.add_flag("--gateway-escapes", options.gateway_escapes,
+               "The gateway lists names escaped, as newer ones do");
   app.add_option(
          "--fault", raw.faults,
          "\"METHOD PATTERN=STATUS|stall[:BYTES]|cut:BYTES|chunked-cut:BYTES|drop[*COUNT]\"; may come often")

@@ -1,9 +1,12 @@
 #include "simulator/router.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace vantry_sim {
 namespace {
+
+constexpr std::string_view kOpenEnd = "/{...}";
 
 std::vector<std::string_view> SplitPath(std::string_view path) {
   std::vector<std::string_view> parts;
@@ -30,7 +33,9 @@ std::optional<std::vector<std::string>> DecodedSegments(std::string_view path) {
 }  // namespace
 
 void Router::Add(std::string_view method, std::string_view pattern, Handler handler) {
-  routes_.push_back({std::string(method), ParsePattern(pattern), std::move(handler)});
+  const bool open_end = pattern.ends_with(kOpenEnd);
+  if (open_end) pattern.remove_suffix(kOpenEnd.size());
+  routes_.push_back({std::string(method), ParsePattern(pattern), open_end, std::move(handler)});
 }
 
 Response Router::Dispatch(Request& request, std::string_view path) const {
@@ -47,7 +52,9 @@ Response Router::Dispatch(Request& request, std::string_view path) const {
     response.headers.emplace_back("Allow", found.allowed);
     return response;
   }
-  for (std::size_t i = 0; i < segments->size(); ++i) {
+  const std::size_t known = found.route->segments.size();
+  request.tail.assign(segments->begin() + static_cast<std::ptrdiff_t>(known), segments->end());
+  for (std::size_t i = 0; i < known; ++i) {
     const Segment& segment = found.route->segments[i];
     if (segment.parameter.empty()) continue;
     const std::string& text = (*segments)[i];
@@ -80,19 +87,21 @@ bool Router::Fits(const Segment& segment, std::string_view text) {
 }
 
 bool Router::Fits(const Route& route, const std::vector<std::string>& segments) {
-  if (route.segments.size() != segments.size()) return false;
-  for (std::size_t i = 0; i < segments.size(); ++i) {
+  const std::size_t known = route.segments.size();
+  if (route.open_end ? segments.size() <= known : segments.size() != known) return false;
+  for (std::size_t i = 0; i < known; ++i) {
     if (!Fits(route.segments[i], segments[i])) return false;
   }
   return true;
 }
 
 bool Router::IsMoreLiteral(const Route& left, const Route& right) {
-  for (std::size_t i = 0; i < left.segments.size(); ++i) {
+  const std::size_t shared = std::min(left.segments.size(), right.segments.size());
+  for (std::size_t i = 0; i < shared; ++i) {
     const bool left_literal = left.segments[i].parameter.empty();
     if (left_literal != right.segments[i].parameter.empty()) return left_literal;
   }
-  return false;
+  return left.segments.size() > shared;
 }
 
 Router::Found Router::Find(std::string_view method, const std::vector<std::string>& segments) const {

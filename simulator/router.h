@@ -16,8 +16,9 @@ using Handler = std::function<Response(const Request&)>;
 /// A pattern is a path without "/" in front, e.g. `servlet/rest/v1/dkm/documents/{id}/versions`. A segment
 /// may hold one parameter with literal text on either side, as in
 /// `IsAssemblyInstalled(assemblyName='{name}')`; it takes at least one character. Segments are parted before
-/// they are decoded, so that an escaped "/" stays inside a parameter. Of two patterns that fit, the one with
-/// the literal segment further in front wins.
+/// they are decoded, so that an escaped "/" stays inside a parameter. A last segment of `{...}` is an open
+/// end: it takes one or more segments, which the handler finds in the request's `tail`. Of two patterns that
+/// fit, the one with the literal segment further in front wins.
 class Router {
  public:
   void Add(std::string_view method, std::string_view pattern, Handler handler);
@@ -36,6 +37,7 @@ class Router {
   struct Route {
     std::string method;
     std::vector<Segment> segments;
+    bool open_end = false;
     Handler handler;
   };
   struct Found {

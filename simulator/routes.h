@@ -25,6 +25,21 @@ void AddDocumentRoutes(Router& router, const ServiceContext& context);
 /// The query of objects by type and property.
 void AddObjectRoutes(Router& router, const ServiceContext& context);
 
+/// One folder by its path, through the publishing gateway.
+void AddGatewayRoutes(Router& router, const ServiceContext& context);
+
+/// Folders one level at a time, by REST.
+void AddFolderRoutes(Router& router, const ServiceContext& context);
+
+/// Containers, folder trees and folder contents by OData. None for a generation without OData.
+void AddDataAdminRoutes(Router& router, const ServiceContext& context);
+
+/// The searches for documents by OData. None for a generation without OData.
+void AddSearchRoutes(Router& router, const ServiceContext& context);
+
+/// Workspaces of the asking user and their documents.
+void AddWorkspaceRoutes(Router& router, const ServiceContext& context);
+
 /// The bytes of a stream.
 void AddContentRoutes(Router& router, const ServiceContext& context);
 

@@ -141,6 +141,21 @@ CREATE TABLE translations(
   is_published INTEGER NOT NULL,
   PRIMARY KEY(source, language)) WITHOUT ROWID;
 )sql",
+    R"sql(
+-- The master's service, repeated: a folder of a million documents is listed one service at a time.
+ALTER TABLE iterations ADD COLUMN service TEXT NOT NULL DEFAULT 'dynamic';
+UPDATE iterations SET service = (SELECT m.service FROM masters m WHERE m.id = iterations.master);
+ALTER TABLE iterations ADD COLUMN modified TEXT NOT NULL DEFAULT '2026-01-05T08:00:00Z';
+
+-- Sorts as versions do: revisions count A to Z and on with AA, and iteration 10 comes behind 9.
+ALTER TABLE iterations ADD COLUMN version_key TEXT
+  AS (printf('%04d%s.%010d', length(revision), revision, iteration)) VIRTUAL;
+
+DROP INDEX iterations_by_folder;
+CREATE INDEX iterations_in_folder ON iterations(folder, service, version_key DESC, id)
+  WHERE is_latest = 1 AND workspace IS NULL;
+CREATE INDEX iterations_by_service ON iterations(service, version_key DESC, id);
+)sql",
 };
 
 constexpr std::int64_t kNewest = std::size(kSteps);

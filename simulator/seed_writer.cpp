@@ -63,8 +63,8 @@ std::int64_t SeedWriter::AddIteration(std::int64_t master, const SeedIteration& 
   database_
       .Prepare(
           "INSERT INTO iterations(oid, master, context, folder, workspace, revision, iteration, is_latest, "
-          "auth_app_version, nd_version) VALUES(?1, ?2, ?3, nullif(?4, 0), nullif(?5, 0), ?6, ?7, ?8, ?9, "
-          "'J-01')")
+          "auth_app_version, nd_version, service) VALUES(?1, ?2, ?3, nullif(?4, 0), nullif(?5, 0), ?6, ?7, "
+          "?8, ?9, 'J-01', (SELECT service FROM masters WHERE id = ?2))")
       .Bind("D" + std::to_string(iteration.number), master, iteration.context, iteration.folder,
             iteration.workspace, iteration.revision, iteration.iteration, iteration.is_latest,
             iteration.auth_app_version)

@@ -33,7 +33,9 @@ std::string_view OriginForm(std::string_view target) {
 }  // namespace
 
 Simulator::Simulator(Options options)
-    : options_(std::move(options)), data_(std::make_unique<DataDirectory>(options_)) {
+    : options_(std::move(options)),
+      faults_(options_.faults),
+      data_(std::make_unique<DataDirectory>(options_)) {
   context_ = std::make_unique<ServiceContext>(ServiceContext{options_, data_->database(), data_->contents(),
                                                              options_.bind_address, RandomHexadecimal()});
   AddIdentificationRoutes(router_, *context_);
@@ -42,6 +44,11 @@ Simulator::Simulator(Options options)
   AddContextRoutes(router_, *context_);
   AddDocumentRoutes(router_, *context_);
   AddObjectRoutes(router_, *context_);
+  AddGatewayRoutes(router_, *context_);
+  AddFolderRoutes(router_, *context_);
+  AddDataAdminRoutes(router_, *context_);
+  AddSearchRoutes(router_, *context_);
+  AddWorkspaceRoutes(router_, *context_);
   AddContentRoutes(router_, *context_);
   AddFeatureRoutes(router_, *context_);
 }
@@ -80,7 +87,8 @@ Response Simulator::Route(Request& request) {
   if (!path.starts_with(prefix) || (path.size() > prefix.size() && path[prefix.size()] != '/')) {
     return ErrorResponse(404, "no-such-route", "this server has nothing outside its prefix");
   }
-  return router_.Dispatch(request, path.substr(prefix.size()));
+  request.path = path.substr(prefix.size());
+  return router_.Dispatch(request, request.path);
 }
 
 }  // namespace vantry_sim

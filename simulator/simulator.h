@@ -8,6 +8,7 @@
 
 #include "simulator/content_store.h"
 #include "simulator/database.h"
+#include "simulator/faults.h"
 #include "simulator/messages.h"
 #include "simulator/options.h"
 #include "simulator/router.h"
@@ -31,6 +32,12 @@ class Simulator {
   /// The address for requests whose Host header is of no use, e.g. "127.0.0.1:8080". Call before Handle.
   void SetOwnAddress(std::string address) { context_->own_address = std::move(address); }
 
+  /// The port where lists go on. Call before Handle; without it they go on where they began.
+  void SetPagePort(int port) { context_->page_port = port; }
+
+  /// What goes wrong; counted over all ports together.
+  [[nodiscard]] FaultTable& faults() { return faults_; }
+
   /// Who asks, by the value of the Authorization header; empty for a refusal.
   [[nodiscard]] std::string UserOf(std::string_view authorization) const;
 
@@ -42,6 +49,7 @@ class Simulator {
   Response Route(Request& request);
 
   Options options_;
+  FaultTable faults_;
   std::unique_ptr<class DataDirectory> data_;
   std::unique_ptr<ServiceContext> context_;
   Router router_;

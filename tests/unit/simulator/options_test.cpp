@@ -24,15 +24,45 @@ TEST(Options, DefaultsNeedADataDirectoryAlone) {
   EXPECT_EQ(line.options->version.service_pack, 2U);
   EXPECT_TRUE(line.options->users.empty());
   EXPECT_FALSE(line.options->max_upload_bytes);
+  EXPECT_EQ(line.options->page_size, 10'000U);
+  EXPECT_FALSE(line.options->page_port);
+  EXPECT_FALSE(line.options->gateway_escapes);
 }
 
 TEST(Options, AllAreRead) {
-  const auto line =
-      Parse({"--port",    "0",          "--data",       "d",           "--seed",         "bulk:250",
-             "--user",    "a:p:w",      "--user",       "b:",          "--generation",   "schema4",
-             "--version", "11.0.30.7",  "--latency",    "15",          "--codebase-url", "http://h/x//",
-             "--prefix",  "vt/",        "--max-upload", "0",           "--log",          "l",
-             "--fault",   "GET /a=500", "--fault",      "GET /b=stall"});
+  const auto line = Parse({"--port",
+                           "0",
+                           "--data",
+                           "d",
+                           "--seed",
+                           "bulk:250",
+                           "--user",
+                           "a:p:w",
+                           "--user",
+                           "b:",
+                           "--generation",
+                           "schema4",
+                           "--version",
+                           "11.0.30.7",
+                           "--latency",
+                           "15",
+                           "--codebase-url",
+                           "http://h/x//",
+                           "--prefix",
+                           "vt/",
+                           "--max-upload",
+                           "0",
+                           "--log",
+                           "l",
+                           "--fault",
+                           "GET /a=500",
+                           "--fault",
+                           "GET /b=stall",
+                           "--page-size",
+                           "25",
+                           "--page-port",
+                           "0",
+                           "--gateway-escapes"});
   ASSERT_TRUE(line.options) << line.text;
   const Options& options = *line.options;
   EXPECT_EQ(options.port, 0);
@@ -53,6 +83,9 @@ TEST(Options, AllAreRead) {
   EXPECT_EQ(options.max_upload_bytes, 0U);
   EXPECT_EQ(options.log_file, "l");
   EXPECT_EQ(options.faults.size(), 2U);
+  EXPECT_EQ(options.page_size, 25U);
+  EXPECT_EQ(options.page_port, 0);
+  EXPECT_TRUE(options.gateway_escapes);
 }
 
 TEST(Options, BadValuesEndWithAReasonAndTwo) {
@@ -69,6 +102,8 @@ TEST(Options, BadValuesEndWithAReasonAndTwo) {
       {"--data", "d", "--version", "12.0.2.0.1"},
       {"--data", "d", "--version", "12.0.2.x"},
       {"--data", "d", "--prefix", "/a b"},
+      {"--data", "d", "--page-size", "0"},
+      {"--data", "d", "--page-port", "65536"},
       {"--data", "d", "--fault", "nonsense"},
       {"--data", "d", "--unknown"},
   };

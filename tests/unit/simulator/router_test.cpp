@@ -21,6 +21,13 @@ Router Sample() {
   router.Add("POST", "documents/{id}", Says("write"));
   router.Add("GET", "documents/{id}/versions", Says("versions"));
   router.Add("GET", "Ask(name='{name}')", Says("ask"));
+  router.Add("GET", "tree/v{version}/{...}", [](const Request& request) {
+    Response response;
+    for (const std::string& segment : request.tail)
+      response.body += request.Path("version") + ":" + segment + ";";
+    return response;
+  });
+  router.Add("GET", "tree/v1/root", Says("root"));
   return router;
 }
 
@@ -45,6 +52,14 @@ TEST(Router, ParameterMayHaveTextOnBothSides) {
   EXPECT_EQ(Dispatch("GET", "/Ask(name=%27x%27)").body, "ask|name=x");
   EXPECT_EQ(Dispatch("GET", "/Ask(name='')").status, 404);
   EXPECT_EQ(Dispatch("GET", "/Ask(name=')").status, 404);
+}
+
+TEST(Router, OpenEndTakesOneOrMoreSegments) {
+  EXPECT_EQ(Dispatch("GET", "/tree/v2/a/b%2Fc/d").body, "2:a;2:b/c;2:d;");
+  EXPECT_EQ(Dispatch("GET", "/tree/v1/other").body, "1:other;");
+  EXPECT_EQ(Dispatch("GET", "/tree/v1/root").body, "root");
+  EXPECT_EQ(Dispatch("GET", "/tree/v1").status, 404);
+  EXPECT_EQ(Dispatch("GET", "/tree/v/a").status, 404);
 }
 
 TEST(Router, ParameterIsNeverEmpty) {

@@ -9,6 +9,7 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "simulator/simulator.h"
 
@@ -36,13 +37,14 @@ class SimulatorTest : public ::testing::Test {
     return *simulator_;
   }
 
-  Response Get(const std::string& target, const std::string& user = "anna") {
+  Response Get(const std::string& target, const std::string& user = "anna", const std::string& prefer = {}) {
     if (!simulator_) Start();
     Request request;
     request.method = "GET";
     request.target = target;
     request.host = "sim.example:8080";
     request.user = user;
+    request.prefer = prefer;
     return simulator_->Handle(request);
   }
 
@@ -53,6 +55,17 @@ class SimulatorTest : public ::testing::Test {
     document.Parse(response.body.c_str());
     EXPECT_FALSE(document.HasParseError()) << response.body;
     return document;
+  }
+
+  /// One member of each row of an OData list, in the order of the rows.
+  std::vector<std::string> Column(const std::string& target, const char* member,
+                                  const std::string& user = "anna") {
+    const auto document = GetJson(target, user);
+    std::vector<std::string> values;
+    for (const auto& row : document["value"].GetArray()) {
+      values.push_back(row.HasMember(member) ? row[member].GetString() : "(missing)");
+    }
+    return values;
   }
 
   static std::string ReadFile(const std::filesystem::path& path) {

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vantry_sim {
+
+/// A path below DataAdmin, such as `Containers('C')/Folders('F')/Folders('G')/FolderContents/ZVK.X.Y`.
+struct ResourcePath {
+  enum class Target { kContainers, kFolders, kContents };
+  Target target = Target::kContainers;
+  std::string cast;       ///< type that containers must have, e.g. "ZVK.DataAdmin.Site"; empty: any
+  std::string container;  ///< id; empty for the list of containers
+  std::vector<std::string> folders;  ///< ids, the outermost first
+  std::string content_type;          ///< type of the contents; empty: none was named
+};
+
+/// Reads the decoded segments behind the service's name. An apostrophe inside an id is doubled.
+/// @return nothing for a path of any other form
+std::optional<ResourcePath> ParseResourcePath(const std::vector<std::string>& segments);
+
+}  // namespace vantry_sim
