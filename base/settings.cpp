@@ -34,7 +34,7 @@ bool IsGiven(const char* value) {
   return value != nullptr && *value != '\0';
 }
 
-// The two kinds of flag read their value differently. Hosts in the field write "false" to the browse flags
+// The two kinds of flag read their value differently, and stay so. Hosts write "false" to the browse flags
 // and mean off, and have always written anything at all to the legacy flag and meant on.
 bool AnyValueIsOn(const char* value) {
   return IsGiven(value);

@@ -9,7 +9,7 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-// Marks this client to the server, which keeps the nonce and the licence apart for it.
+// Marks this client to the server.
 constexpr const char* clientMark = "X-Zvk-Connected: 1";
 
 }  // namespace

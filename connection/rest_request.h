@@ -26,7 +26,7 @@ struct RestRequest {
                                           const char* extraHeaders);
 
 /// Builds a GET. Header lines in order: the extra ones, then "Accept: application/json". The order is the
-/// other way about than in MakeRestRequest; servers log the two kinds apart by it, so it stays.
+/// other way about than in MakeRestRequest; both are the wire that servers know, and stay.
 [[nodiscard]] RestRequest MakeGetRequest(std::shared_ptr<HttpConnection> connection, const char* path,
                                          const char* extraHeaders);
 

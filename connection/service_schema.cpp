@@ -126,8 +126,8 @@ Parser MakeParser(SchemaParseState& state) {
 }
 
 // False for an XML error. The error of a chunk shows only when the buffer for the next one is asked for, and
-// so an error in the last chunk goes unnoticed: servers in the field send documents that are broken at their
-// very end, and these count as read.
+// so an error in the last chunk goes unnoticed: a document that is broken at its very end counts as
+// read, and is to go on counting so.
 bool ParseDocument(std::istream& document, SchemaParseState& state) {
   const Parser parser = MakeParser(state);
   bool broken = false;

@@ -32,7 +32,7 @@ void EnsureAuthAppVersion(const std::shared_ptr<VtConnection>& connection) {
 
 std::string RegisterAuthAppVersion(const std::shared_ptr<VtConnection>& connection,
                                    const std::string& version) {
-  // Servers compare this text with their table of versions, blanks included.
+  // The blanks are part of the format; the version stands without quotes and must be a number.
   const ScopedTempPath body(WriteTextFile("register", "json",
                                           "[{ \"authoringApplication\":\"" + AuthoringApplicationOrDefault() +
                                               "\", \"authAppVersion\":" + version +

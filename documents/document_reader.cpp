@@ -87,7 +87,7 @@ void ReadList(const rapidjson::Value& array, bool (*read)(const rapidjson::Value
 }
 
 // Unlike every other list, the primary sections keep an empty record for an element that is no object: the
-// indices of this list stay those of the server's, and uploads go by them.
+// indices of this list stay those of the server's.
 void ReadContentSections(const rapidjson::Value& array, std::vector<ContentRecord>& sections) {
   if (!array.IsArray()) return;
   for (const auto& element : array.GetArray()) ReadContent(element, sections.emplace_back());

@@ -102,8 +102,8 @@ bool IsManaged(const char* text) {
 }
 
 bool CompareUIDsEqual(const char* a, const char* b) {
-  // Texts that are no UIDs split into nothing and compare equal. Hosts use this to tell "no object" from "no
-  // object"; it is to stay.
+  // Texts that are no UIDs split into nothing and compare equal. That is intended: two
+  // addresses that name no object name no different ones.
   const UidParts left = SplitUid(a);
   const UidParts right = SplitUid(b);
   return left.base == right.base && left.id == right.id;

@@ -26,8 +26,8 @@ bool LocalFileHolder::IsTemporary() {
 std::unique_ptr<LocalFileHolder> GetLocalFile(const char* path) {
   const std::string directory = du::FileSystem::MkTempDir("fenloom");
   if (directory.empty()) return nullptr;
-  // Without a name there is no holder yet that would remove the directory, and it stays. Hosts sweep the
-  // temporary directory for the "fenloom" stem.
+  // Without a name there is no holder yet that would remove the directory, and it stays
+  // behind, empty; docs/known-behaviour.md tells hosts so.
   const std::string name = VtDirectManager::GetFileName(path);
   if (name.empty()) return nullptr;
   du::FileSpec file;

@@ -15,9 +15,8 @@ void TraceTooOld(const ServerVersion& version) {
       << FormatServerVersion(MinimumTranslationVersion) << " is required - this feature will be disabled";
 }
 
-// Both lines say that translation is not available, and it is all the same: servers hide the add-on and the
-// service list from users without certain rights, for whom translation works. "doe" is the line's own
-// wording.
+// Both lines say that translation is not available, and the gate opens all the same: they inform and do
+// not close it. "doe" is the line's own wording.
 void TraceWhatIsMissing(VtConnection& connection) {
   if (!IsAssemblyInstalled(connection, "kotia")) {
     VtDirectXliffTracer()(dp::TraceType::Information)

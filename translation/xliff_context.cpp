@@ -71,7 +71,7 @@ std::string FindContextByCabinet(const std::shared_ptr<VtConnection>& connection
     std::erase_if(containers, [&](const auto& entry) { return entry.second.name != contextName; });
   }
   // Contexts of one name that share a cabinet never yield a context, even where the type would tell them
-  // apart: a source XLIFF in the wrong one could not be taken back.
+  // apart. That outcome is to stay: nothing is stored where the place is in doubt.
   return containers.size() == 1 ? containers.begin()->first : std::string();
 }
 

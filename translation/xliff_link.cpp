@@ -8,7 +8,7 @@ namespace lxservices::cms_interface::vantry {
 
 bool LinkXliffDocument(const std::shared_ptr<VtConnection>& connection, const std::string& sourceId,
                        const std::string& xliffId) {
-  // Servers read this body with a reader of their own that knows no escapes, so the ids go in as they stand.
+  // The ids go in as they stand, with no escaping: that is the body that servers know.
   const ScopedTempPath body(WriteTextFile(
       "upload", "json",
       "{ \"oidForQ7zkDocument\":\"" + sourceId + "\", \"oidForXliffDocument\":\"" + xliffId + "\" }"));
