@@ -5,8 +5,9 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 script=$(basename "$0")
 jobs=$(nproc 2>/dev/null || echo 2)
 
-# The same source compiled in two build directories is one entry of the compiler cache.
+# The same source compiled in two build directories, or in two clones, is one entry of the compiler cache.
 export CCACHE_NOHASHDIR=1
+export CCACHE_BASEDIR=$root
 
 say() { printf '%s\n' "$*"; }
 
