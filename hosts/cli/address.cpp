@@ -63,6 +63,26 @@ std::optional<Failure> RequireListedServer(const std::string& address, AddressKi
                                                 " or in the configuration file"};
 }
 
+bool IsById(const std::string& address, AddressKind kind) {
+  if (kind == AddressKind::Uid) return true;
+  const std::size_t root = address.find('/', address.find("//") + 2);
+  return root != std::string::npos && address.compare(root + 1, 4, "?id=") == 0;
+}
+
+std::string PlacedAddress(const std::string& address, AddressKind kind) {
+  if (kind == AddressKind::Uid || !IsById(address, kind)) return address;
+  return VtDirectManager::GetUID(address.c_str());
+}
+
+std::string WithClosingSlash(const std::string& path) {
+  return path.ends_with('/') ? path : path + '/';
+}
+
+std::optional<Failure> RequireAddress(const std::string& address, AddressKind& kind) {
+  if (auto failure = ClassifyAddress(address, kind)) return failure;
+  return RequireListedServer(address, kind);
+}
+
 std::string FileNameOf(const std::string& address) {
   // The library takes a bare path for a text without a name and would ask the server; the full form of the
   // same path is answered from its text.

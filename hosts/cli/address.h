@@ -21,6 +21,21 @@ enum class AddressKind { Path, Uid };
 /// @return a failure that tells how to list it
 [[nodiscard]] std::optional<Failure> RequireListedServer(const std::string& address, AddressKind kind);
 
+/// Whether the address names an object by its id: a UID, or a path of the form "//NICK/?id=ID". It is never
+/// a directory.
+[[nodiscard]] bool IsById(const std::string& address, AddressKind kind);
+
+/// The address in a form whose path the library can tell: that of a path by id would be the text itself, so
+/// it becomes a UID; the empty text when there is no such object. Makes requests for a path by id.
+[[nodiscard]] std::string PlacedAddress(const std::string& address, AddressKind kind);
+
+/// The address as a directory's: the library counts a level only when a "/" closes it, and adds none.
+[[nodiscard]] std::string WithClosingSlash(const std::string& path);
+
+/// ClassifyAddress and RequireListedServer in one.
+/// @return a failure for a malformed address and an unlisted server
+[[nodiscard]] std::optional<Failure> RequireAddress(const std::string& address, AddressKind& kind);
+
 /// The file name of the object, escaped as in a path; empty when it can't be found out. Makes requests when
 /// the text itself holds no name.
 [[nodiscard]] std::string FileNameOf(const std::string& address);

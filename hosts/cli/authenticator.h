@@ -49,6 +49,8 @@ class Authenticator {
   [[nodiscard]] bool refused() const { return !refusal_.empty(); }
   /// What to tell the user about it.
   [[nodiscard]] const std::string& refusal() const { return refusal_; }
+  /// Starts anew with `refused`. What was tried stays tried.
+  void ForgetRefusal() { refusal_.clear(); }
 
  private:
   enum class Step { Token, Environment, Netrc, Prompt, Done };

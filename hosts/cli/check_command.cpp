@@ -46,7 +46,11 @@ CommandRow CheckCommand() {
       {{"URL", "The server's URL, for example https://plm.example/vt."}},
       {},
       true,
-      RunCheck};
+      RunCheck,
+      {{"url", MemberType::Text, nullptr, "the URL that was asked"},
+       {"supported", MemberType::Flag, nullptr, "whether the server can be used"},
+       {"reason", MemberType::Text, "when not supported", "name of the exit status that tells why"},
+       {"use", MemberType::Text, "when the server calls another address its own", "that address"}}};
 }
 
 }  // namespace vtdirect_cli

@@ -24,10 +24,28 @@ struct OptionRow {
   const char* help;  ///< one sentence
 };
 
-/// One operand of a command; each is required and given once.
+/// How often an operand is given.
+enum class Count { Once, AtMostOnce, AtLeastOnce };
+
+/// One operand of a command.
 struct OperandRow {
   const char* name;
   const char* help;
+  Count count = Count::Once;
+};
+
+/// How the operand stands in a line of usage: "PATH", "[PATH]" or "PATH...".
+[[nodiscard]] std::string UsageOf(const OperandRow& row);
+
+/// What a member of a JSON object holds.
+enum class MemberType { Text, Flag, Number, Texts };
+
+/// One member of the JSON objects that a command prints.
+struct MemberRow {
+  const char* name;
+  MemberType type;
+  const char* when;  ///< when it is there, completing "present ..."; null for always
+  const char* help;  ///< what it holds
 };
 
 /// The options and operands of one call, by the names of the table.
@@ -45,7 +63,8 @@ class Arguments {
   std::map<std::string, std::vector<std::string>> values_;
 };
 
-/// One command. The parser, the help texts, the manual page and the completion all read this record.
+/// One command. The parser, the help texts, the manual page, the completion and the description of the JSON
+/// all read this record.
 struct CommandRow {
   const char* name;
   const char* summary;      ///< one line
@@ -54,6 +73,7 @@ struct CommandRow {
   std::vector<OptionRow> options;
   bool makesRequests;
   ExitCode (*run)(Host& host, const Arguments& arguments);
+  std::vector<MemberRow> members = {};  ///< of the JSON objects on standard output
 };
 
 /// Every command, in the order of the help text.
@@ -61,6 +81,15 @@ struct CommandRow {
 
 /// The options that every command takes.
 [[nodiscard]] std::span<const OptionRow> GlobalOptions();
+
+/// The members of every JSON object on standard output and on standard error, in front of all others.
+[[nodiscard]] std::span<const MemberRow> CommonMembers();
+
+/// The members of a failure, on standard error.
+[[nodiscard]] std::span<const MemberRow> FailureMembers();
+
+/// "text", "flag", "number" or "texts".
+[[nodiscard]] const char* NameOf(MemberType type);
 
 /// A piece of the general documentation: the heading, and paragraphs parted by an empty line. A paragraph
 /// whose lines begin with two blanks is shown as it stands.
@@ -76,7 +105,13 @@ struct SectionRow {
 [[nodiscard]] CommandRow CheckCommand();
 [[nodiscard]] CommandRow GetCommand();
 [[nodiscard]] CommandRow InfoCommand();
+[[nodiscard]] CommandRow LsCommand();
+[[nodiscard]] CommandRow PathCommand();
+[[nodiscard]] CommandRow StatusCommand();
+[[nodiscard]] CommandRow TreeCommand();
 [[nodiscard]] CommandRow UidCommand();
+[[nodiscard]] CommandRow UrlCommand();
+[[nodiscard]] CommandRow VersionsCommand();
 [[nodiscard]] CommandRow ServersCommand();
 
 }  // namespace vtdirect_cli

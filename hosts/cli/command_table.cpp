@@ -12,9 +12,46 @@ std::vector<std::string> Arguments::All(const std::string& name) const {
   return found == values_.end() ? std::vector<std::string>{} : found->second;
 }
 
+std::string UsageOf(const OperandRow& row) {
+  const std::string name = row.name;
+  if (row.count == Count::AtMostOnce) return "[" + name + "]";
+  return row.count == Count::AtLeastOnce ? name + "..." : name;
+}
+
+const char* NameOf(MemberType type) {
+  switch (type) {
+    case MemberType::Flag:
+      return "flag";
+    case MemberType::Number:
+      return "number";
+    case MemberType::Texts:
+      return "texts";
+    default:
+      return "text";
+  }
+}
+
+std::span<const MemberRow> CommonMembers() {
+  static const std::vector<MemberRow> rows = {
+      {"schema", MemberType::Number, nullptr, "version of the form, now 1"},
+      {"command", MemberType::Text, nullptr, "the command"},
+  };
+  return rows;
+}
+
+std::span<const MemberRow> FailureMembers() {
+  static const std::vector<MemberRow> rows = {
+      {"error", MemberType::Text, nullptr, "name of the exit status"},
+      {"exit", MemberType::Number, nullptr, "its number"},
+      {"message", MemberType::Text, nullptr, "what happened, for a reader"},
+  };
+  return rows;
+}
+
 std::span<const CommandRow> Commands() {
-  static const std::vector<CommandRow> rows = {CheckCommand(), GetCommand(), InfoCommand(), UidCommand(),
-                                               ServersCommand()};
+  static const std::vector<CommandRow> rows = {
+      CheckCommand(), LsCommand(),   TreeCommand(), InfoCommand(), StatusCommand(), VersionsCommand(),
+      UidCommand(),   PathCommand(), UrlCommand(),  GetCommand(),  ServersCommand()};
   return rows;
 }
 
@@ -26,6 +63,8 @@ std::span<const OptionRow> GlobalOptions() {
        "Read this configuration file instead of the usual one."},
       {"json", 'j', nullptr, false, Completion::Nothing,
        "Print results, and on standard error a failure, as one JSON object a line."},
+      {"cad", 0, nullptr, false, Completion::Nothing,
+       "Look at CAD documents too, where the server keeps them apart from dynamic documents."},
       {"quiet", 'q', nullptr, false, Completion::Nothing, "Show no progress and no notes."},
       {"netrc", 0, "FILE", false, Completion::Files, "Take credentials from this netrc file."},
       {"no-prompt", 0, nullptr, false, Completion::Nothing, "Never ask for a password at the terminal."},

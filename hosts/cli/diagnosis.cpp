@@ -2,6 +2,7 @@
 
 #include <vtdirect/vt_direct_manager.h>
 
+#include "hosts/cli/address.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/trace_log.h"
 
@@ -10,6 +11,11 @@ namespace {
 
 [[nodiscard]] std::string WithHint(const std::string& message, const std::string& hint) {
   return hint.empty() ? message : message + " (" + hint + ")";
+}
+
+[[nodiscard]] Failure IsADocument(const std::string& address) {
+  return {ExitCode::Failure,
+          address + " is a document and no folder; vtdirect info and vtdirect versions tell of it"};
 }
 
 }  // namespace
@@ -33,15 +39,20 @@ Failure ServerFailure(const Host& host, const std::string& url, std::int32_t cod
   }
 }
 
-Failure Diagnose(Host& host, const std::string& address, bool missing) {
+std::optional<Failure> DiagnoseServer(Host& host, const std::string& url) {
   if (Interrupted()) return InterruptedFailure();
-  if (host.authenticationRefused()) return {ExitCode::AuthenticationRefused, host.authenticationRefusal()};
-  const std::string hint = FirstTracedError();
-
-  const std::string url = VtDirectManager::GetServerURL(address.c_str());
+  if (host.authenticationRefused())
+    return Failure{ExitCode::AuthenticationRefused, host.authenticationRefusal()};
   VtDirectManager::StatusCode code = VtDirectManager::StatusOk;
   ForgetTracedErrors();
   if (!VtDirectManager::ServerSupported(url.c_str(), &code, nullptr)) return ServerFailure(host, url, code);
+  return std::nullopt;
+}
+
+Failure Diagnose(Host& host, const std::string& address, bool missing) {
+  const std::string hint = FirstTracedError();
+  const std::string url = VtDirectManager::GetServerURL(address.c_str());
+  if (const auto failure = DiagnoseServer(host, url)) return *failure;
   if (missing || !VtDirectManager::FileExists(address.c_str())) {
     if (Interrupted()) return InterruptedFailure();
     return {ExitCode::NotFound, WithHint("not found: " + address, hint)};
@@ -51,6 +62,28 @@ Failure Diagnose(Host& host, const std::string& address, bool missing) {
     return {ExitCode::DownloadFailed, address + " has no content"};
   }
   return {ExitCode::DownloadFailed, WithHint("the download of " + address + " failed", hint)};
+}
+
+Failure DiagnoseObjectAsDirectory(Host& host, const std::string& address) {
+  if (VtDirectManager::FileExists(address.c_str())) return IsADocument(address);
+  return Diagnose(host, address, true);
+}
+
+Failure DiagnoseDirectory(Host& host, const std::string& path, std::uint64_t delivered) {
+  const std::string url = VtDirectManager::GetServerURL(path.c_str());
+  if (const auto failure = DiagnoseServer(host, url)) return *failure;
+  if (delivered > 0) {
+    return {ExitCode::Incomplete,
+            "the listing of " + path + " broke off after " + std::to_string(delivered) + " entries"};
+  }
+  // FileExists and not FileOrFolderExists: that one is true of a folder's path without its "/", too.
+  const std::string directory = WithClosingSlash(path);
+  if (directory != path && VtDirectManager::FileExists(path.c_str())) return IsADocument(path);
+  if (Interrupted()) return InterruptedFailure();
+  if (VtDirectManager::FileOrFolderExists(directory.c_str())) {
+    return {ExitCode::Incomplete, "the listing of " + path + " failed"};
+  }
+  return {ExitCode::NotFound, "not found: " + path};
 }
 
 }  // namespace vtdirect_cli

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "hosts/cli/exit_code.h"
@@ -16,6 +18,17 @@ namespace vtdirect_cli {
 /// read for it.
 /// @param missing  whether the operation has shown already that the server doesn't deliver the object
 [[nodiscard]] Failure Diagnose(Host& host, const std::string& address, bool missing);
+
+/// What is wrong with the server at this URL, or nothing when it can be used. Makes requests.
+[[nodiscard]] std::optional<Failure> DiagnoseServer(Host& host, const std::string& url);
+
+/// Why a directory could not be listed, or not to its end.
+/// @param path       as the user gave it; without a closing "/" it may be that of a document
+/// @param delivered  entries that came before the listing ended
+[[nodiscard]] Failure DiagnoseDirectory(Host& host, const std::string& path, std::uint64_t delivered);
+
+/// Why an address that names an object by its id can't be listed: because it is a document, if it is there.
+[[nodiscard]] Failure DiagnoseObjectAsDirectory(Host& host, const std::string& address);
 
 /// The class of a failure that ServerSupported has reported.
 /// @param code  of ServerSupported

@@ -1,5 +1,8 @@
 #include "hosts/cli/exit_code.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace vtdirect_cli {
 namespace {
 
@@ -16,12 +19,38 @@ constexpr ExitCodeRow kRows[] = {
      "The object is there, but its content did not arrive whole. What stood at the target is untouched."},
     {ExitCode::LocalFile, "local-file", "A local file could not be read or written."},
     {ExitCode::ServerNotListed, "server-not-listed",
-     "The address names a server that is not in the list of servers. No request was made."},
+     "The address names a server that is not in the list of servers. No request was made to it."},
+    {ExitCode::Outdated, "outdated", "A newer iteration exists (status only). All objects were found."},
+    {ExitCode::Incomplete, "incomplete",
+     "A listing broke off or reached a bound: what was printed is not all that is there."},
     {ExitCode::Interrupted, "interrupted",
      "Interrupted by SIGINT; SIGTERM gives 143 and SIGHUP 129. Nothing is left behind."},
 };
 
+// By rising weight.
+constexpr ExitCode kWeights[] = {ExitCode::Ok,
+                                 ExitCode::Outdated,
+                                 ExitCode::Incomplete,
+                                 ExitCode::NotFound,
+                                 ExitCode::DownloadFailed,
+                                 ExitCode::Failure,
+                                 ExitCode::ServerNotListed,
+                                 ExitCode::Usage,
+                                 ExitCode::ServerUnsupported,
+                                 ExitCode::AuthenticationRefused,
+                                 ExitCode::CannotConnect,
+                                 ExitCode::LocalFile,
+                                 ExitCode::Interrupted};
+
+[[nodiscard]] std::ptrdiff_t WeightOf(ExitCode code) {
+  return std::find(std::begin(kWeights), std::end(kWeights), code) - std::begin(kWeights);
+}
+
 }  // namespace
+
+ExitCode Worse(ExitCode one, ExitCode other) {
+  return WeightOf(one) < WeightOf(other) ? other : one;
+}
 
 std::span<const ExitCodeRow> ExitCodes() {
   return kRows;

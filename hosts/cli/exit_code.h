@@ -17,6 +17,8 @@ enum class ExitCode : int {
   DownloadFailed = 7,
   LocalFile = 8,
   ServerNotListed = 9,
+  Outdated = 10,
+  Incomplete = 11,
   Interrupted = 130,
 };
 
@@ -28,6 +30,10 @@ struct ExitCodeRow {
 
 /// Every exit code, by rising number. The help text, the manual page and --json read this table.
 [[nodiscard]] std::span<const ExitCodeRow> ExitCodes();
+
+/// Which of two tells more of what went wrong, for a command that works on several objects: a server that
+/// can't be used counts above an object that is not there, and that above one that is out of date.
+[[nodiscard]] ExitCode Worse(ExitCode one, ExitCode other);
 
 /// The name of the class.
 [[nodiscard]] const char* NameOf(ExitCode code);

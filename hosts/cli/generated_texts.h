@@ -15,4 +15,7 @@ namespace vtdirect_cli {
 /// The completion for bash, from the same tables: vtdirect.bash-completion.
 [[nodiscard]] std::string BashCompletion();
 
+/// The description of what --json prints, from the same tables, in Markdown: docs/json-output.md.
+[[nodiscard]] std::string JsonDocument();
+
 }  // namespace vtdirect_cli

@@ -176,7 +176,11 @@ CommandRow GetCommand() {
         "\"-\", once the content has arrived whole."},
        {"no-clobber", 'n', nullptr, false, Completion::Nothing, "Fail when the target exists."}},
       true,
-      RunGet};
+      RunGet,
+      {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+       {"uid", MemberType::Text, nullptr, "the object's UID"},
+       {"file", MemberType::Text, nullptr, "the local file"},
+       {"bytes", MemberType::Number, nullptr, "its size"}}};
 }
 
 }  // namespace vtdirect_cli

@@ -80,7 +80,7 @@ constexpr std::size_t kTermColumns = 28;
 [[nodiscard]] std::string CommandHelp(const CommandRow& row) {
   std::string out = "Usage: vtdirect [options] " + std::string(row.name);
   if (!row.options.empty()) out += " [options]";
-  for (const OperandRow& operand : row.operands) out += " " + std::string(operand.name);
+  for (const OperandRow& operand : row.operands) out += " " + UsageOf(operand);
   out += "\n" + Paragraphs(row.description) + "\n";
   for (const OperandRow& operand : row.operands) out += Term(operand.name, operand.help);
   out += OptionList(row.options);

@@ -64,6 +64,7 @@ std::optional<Failure> Host::SetUp(const CommandRow& command, const Arguments& a
     if (auto failure = MakeWorkDirectory()) return failure;
   }
   theHost = this;
+  if (arguments.Has("cad")) VtDirectManager::SetAppConfig(VtDirectManager::ConfigBrowseCadDocuments, "on");
   VtDirectManager::RegisterAuth(AnswerDemand);
   VtDirectManager::UpdateServerList(servers_);
   return std::nullopt;
@@ -144,6 +145,10 @@ std::optional<Failure> Host::MakeWorkDirectory() {
 
 std::string Host::authenticationRefusal() const {
   return authenticator_ ? authenticator_->refusal() : "";
+}
+
+void Host::ForgetAuthenticationRefusal() {
+  if (authenticator_) authenticator_->ForgetRefusal();
 }
 
 bool Host::Authenticate(const std::string& url) {

@@ -35,6 +35,8 @@ class Host {
   /// Whether a demand for authentication went without an answer, and what to tell the user.
   [[nodiscard]] bool authenticationRefused() const { return authenticator_ && authenticator_->refused(); }
   [[nodiscard]] std::string authenticationRefusal() const;
+  /// Lets a refusal of one server not count for what is asked of the next.
+  void ForgetAuthenticationRefusal();
 
   /// Answers a demand for authentication; called by the library's callback.
   [[nodiscard]] bool Authenticate(const std::string& url);

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <span>
 #include <string_view>
 
 #include "hosts/cli/command.h"
@@ -64,15 +65,25 @@ namespace {
   return out;
 }
 
+[[nodiscard]] std::string Members(std::span<const MemberRow> rows) {
+  std::string out;
+  for (const MemberRow& row : rows) {
+    out += out.empty() ? "" : ", ";
+    out += row.name;
+    if (row.when != nullptr) out += " (" + std::string(row.when) + ")";
+  }
+  return ".PP\n" + Escaped("The members with --json: " + out + ".") + "\n";
+}
+
 [[nodiscard]] std::string CommandSection(const CommandRow& row) {
   std::string out = ".SS vtdirect " + Escaped(row.name);
   if (!row.options.empty()) out += " [options]";
-  for (const OperandRow& operand : row.operands) out += " " + Escaped(operand.name);
+  for (const OperandRow& operand : row.operands) out += " " + Escaped(UsageOf(operand));
   out += "\n" + Paragraphs(row.description);
   for (const OperandRow& operand : row.operands) {
     out += Term(".I " + Escaped(operand.name), operand.help);
   }
-  return out + OptionList(row.options);
+  return out + OptionList(row.options) + Members(row.members);
 }
 
 [[nodiscard]] std::string ExitStatus() {

@@ -25,12 +25,22 @@ struct ValueWriter {
   void operator()(const std::string& text) const { WriteText(writer, text); }
   void operator()(bool flag) const { writer.Bool(flag); }
   void operator()(std::uint64_t number) const { writer.Uint64(number); }
+  void operator()(const std::vector<std::string>& texts) const {
+    writer.StartArray();
+    for (const std::string& text : texts) WriteText(writer, text);
+    writer.EndArray();
+  }
 };
 
 struct ValueText {
   std::string operator()(const std::string& text) const { return Printable(text); }
   std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
   std::string operator()(std::uint64_t number) const { return std::to_string(number); }
+  std::string operator()(const std::vector<std::string>& texts) const {
+    std::string out;
+    for (const std::string& text : texts) out += (out.empty() ? "" : " ") + Printable(text);
+    return out;
+  }
 };
 
 }  // namespace
@@ -76,6 +86,10 @@ void Output::Row(const Record& record) {
   out_ << '\n';
 }
 
+void Output::Row(const Record& shown, const Record& json) {
+  Row(json_ ? json : shown);
+}
+
 void Output::JsonOnly(const Record& record) {
   if (json_) out_ << JsonLine(command_, record) << '\n';
 }
@@ -100,7 +114,7 @@ ExitCode Output::Fail(const Failure& failure) {
   return failure.code;
 }
 
-bool Output::Finish() {
+bool Output::Flush() {
   out_.flush();
   return out_.good();
 }

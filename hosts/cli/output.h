@@ -11,7 +11,7 @@
 
 namespace vtdirect_cli {
 
-using Value = std::variant<std::string, bool, std::uint64_t>;
+using Value = std::variant<std::string, bool, std::uint64_t, std::vector<std::string>>;
 
 /// One result: keys with their values, in the order in which they are shown.
 using Record = std::vector<std::pair<std::string, Value>>;
@@ -20,7 +20,8 @@ using Record = std::vector<std::pair<std::string, Value>>;
 /// character is escaped, so no terminal is harmed.
 [[nodiscard]] std::string JsonLine(const std::string& command, const Record& record);
 
-/// The text of a value: a text as it can be shown on a terminal, "yes" or "no", a decimal number.
+/// The text of a value: a text as it can be shown on a terminal, "yes" or "no", a decimal number, texts
+/// parted by blanks.
 [[nodiscard]] std::string TextOf(const Value& value);
 
 /// What the program says. Results go to standard output and nothing else does; all the rest goes to standard
@@ -40,6 +41,8 @@ class Output {
   void Lines(const Record& record);
   /// A result as its values alone, parted by tabs on one line, or as JSON.
   void Row(const Record& record);
+  /// A row that text mode shows in another way than JSON does.
+  void Row(const Record& shown, const Record& json);
   /// A result that text mode does not show: JSON only.
   void JsonOnly(const Record& record);
   /// Something good to know. Standard error; neither with --quiet nor with --json.
@@ -48,8 +51,9 @@ class Output {
   void Warning(const std::string& text);
   /// Reports why the command failed on standard error, and gives the failure's code.
   ExitCode Fail(const Failure& failure);
-  /// Flushes the results. False when they could not be written.
-  [[nodiscard]] bool Finish();
+  /// Lets a reader have what was printed so far. False when results could not be written: nobody reads them
+  /// any more, or the disk is full.
+  [[nodiscard]] bool Flush();
 
  private:
   std::ostream& out_;

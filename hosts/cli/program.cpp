@@ -42,7 +42,7 @@ void TurnSignalsIntoErrors() {
 
 [[nodiscard]] int Finish(Output& output, ExitCode code) {
   errno = 0;
-  if (!output.Finish() && code == ExitCode::Ok) {
+  if (!output.Flush() && code == ExitCode::Ok) {
     const std::string reason = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
     code = output.Fail({ExitCode::LocalFile, "cannot write standard output" + reason});
   }
@@ -57,6 +57,8 @@ void TurnSignalsIntoErrors() {
     std::cout << ManualPage();
   } else if (std::strcmp(argv[2], "completion") == 0) {
     std::cout << BashCompletion();
+  } else if (std::strcmp(argv[2], "json-output") == 0) {
+    std::cout << JsonDocument();
   } else {
     return false;
   }

@@ -53,14 +53,11 @@ std::span<const SectionRow> Sections() {
        "\\xHH.\n\n"
        "With --json every result is one line of ASCII with one JSON object. \"schema\" is the version of its "
        "form, "
-       "now 1: it rises when a key goes or changes its meaning, and stays when one is added. \"command\" is "
+       "now 1: it rises when a member goes or changes its meaning, and stays when one is added. \"command\" "
+       "is "
        "the "
-       "command. The keys, by command:\n\n"
-       "  check    url, supported, reason (when not supported), use (an address to use instead)\n"
-       "  get      address, uid, file, bytes\n"
-       "  info     address, kind, server, server_url, exists, and what the text mode shows\n"
-       "  uid      uid\n"
-       "  servers  nickname, url: one object for each server\n\n"
+       "command; the other members stand with the commands above. A listing prints its lines as the rows "
+       "arrive.\n\n"
        "A failure is an object on standard error, with error (the name of the exit status), exit (its "
        "number) and "
        "message. Bytes that are no UTF-8 become U+FFFD."},
@@ -75,7 +72,10 @@ std::span<const SectionRow> Sections() {
        "  vtdirect check https://plm.example/vt\n"
        "  vtdirect -s plm=https://plm.example/vt get '//plm/Products/Bike/Folders/Frames/fork.lxz'\n"
        "  vtdirect get 'korvufenloom-vt://plm.example/vt/?id=D1001' -o - | sha256sum\n"
-       "  vtdirect --json info '//plm/?id=D1001'"},
+       "  vtdirect --json info '//plm/?id=D1001'\n"
+       "  vtdirect ls -l '//plm/Products/Bike/Folders'\n"
+       "  vtdirect tree --full-paths '//plm/Products/Bike' | sort\n"
+       "  vtdirect versions '//plm/Products/Bike/Folders/Frames/fork.lxz'"},
   };
   return rows;
 }

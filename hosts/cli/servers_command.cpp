@@ -30,7 +30,9 @@ CommandRow ServersCommand() {
       {},
       {},
       false,
-      RunServers};
+      RunServers,
+      {{"nickname", MemberType::Text, nullptr, "the nickname"},
+       {"url", MemberType::Text, nullptr, "the server's URL"}}};
 }
 
 }  // namespace vtdirect_cli

@@ -11,8 +11,7 @@ namespace {
 ExitCode RunUid(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
   AddressKind kind{};
-  if (const auto failure = ClassifyAddress(address, kind)) return host.output().Fail(*failure);
-  if (const auto failure = RequireListedServer(address, kind)) return host.output().Fail(*failure);
+  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
 
   const std::string uid = VtDirectManager::GetUID(address.c_str());
   // The library completes a UID by the file name when the server gives it, and takes the UID as it is
@@ -36,7 +35,8 @@ CommandRow UidCommand() {
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
       {},
       true,
-      RunUid};
+      RunUid,
+      {{"uid", MemberType::Text, nullptr, "the canonical UID"}}};
 }
 
 }  // namespace vtdirect_cli

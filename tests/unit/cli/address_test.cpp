@@ -65,6 +65,20 @@ TEST(Address, OfAListedServerIsFine) {
   EXPECT_FALSE(RequireListedServer("korvufenloom-vt://plm.example/vt/?id=1", AddressKind::Uid));
 }
 
+TEST(Address, NamesAnObjectByItsId) {
+  EXPECT_TRUE(IsById("korvufenloom-vt://plm.example/vt/?id=D1", AddressKind::Uid));
+  EXPECT_TRUE(IsById("//plm/?id=D1", AddressKind::Path));
+  EXPECT_TRUE(IsById("korvufenloom-vfs://plm/?id=D1&x=1", AddressKind::Path));
+  EXPECT_FALSE(IsById("//plm", AddressKind::Path));
+  EXPECT_FALSE(IsById("//plm/", AddressKind::Path));
+  EXPECT_FALSE(IsById("//plm/Products/?id=D1", AddressKind::Path));
+}
+
+TEST(Address, OfADirectoryClosesWithASlash) {
+  EXPECT_EQ(WithClosingSlash("//plm"), "//plm/");
+  EXPECT_EQ(WithClosingSlash("//plm/Products/"), "//plm/Products/");
+}
+
 TEST(Address, NamesTheFileEscaped) {
   EXPECT_EQ(FileNameOf("//plm/Products/Bike/Folders/a%7cb.lxz"), "a%7cb.lxz");
   EXPECT_EQ(FileNameOf("korvufenloom-vfs://plm/Products/Bike/Folders/a%7cb.lxz|B.3"), "a%7cb.lxz");

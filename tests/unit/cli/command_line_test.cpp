@@ -48,6 +48,25 @@ TEST(CommandLine, TakesAnAddressByteByByte) {
   EXPECT_EQ(Parse({"uid", uid}).arguments.Text("ADDRESS"), uid);
 }
 
+TEST(CommandLine, TakesAnOperandThatMayBeLeftOut) {
+  EXPECT_FALSE(Parse({"ls"}).arguments.Has("PATH"));
+  EXPECT_EQ(Parse({"ls", "-l", "//a/"}).arguments.Text("PATH"), "//a/");
+  EXPECT_EQ(Parse({"ls", "//a/", "--versions"}).arguments.Text("PATH"), "//a/");
+  ExpectUsageFailure({"ls", "//a/", "//b/"});
+}
+
+TEST(CommandLine, TakesAnOperandSeveralTimes) {
+  EXPECT_THAT(Parse({"status", "//a/x", "--json", "//a/y"}).arguments.All("ADDRESS"),
+              ElementsAre("//a/x", "//a/y"));
+  EXPECT_THAT(Parse({"status", "--", "-x", "y"}).arguments.All("ADDRESS"), ElementsAre("-x", "y"));
+  ExpectUsageFailure({"status"});
+}
+
+TEST(CommandLine, ShowsHowOftenAnOperandIsGiven) {
+  EXPECT_THAT(Parse({"ls", "--help"}).text, StartsWith("Usage: vtdirect [options] ls [options] [PATH]\n"));
+  EXPECT_THAT(Parse({"status", "--help"}).text, StartsWith("Usage: vtdirect [options] status ADDRESS...\n"));
+}
+
 TEST(CommandLine, RefusesWhatTheTableDoesNotHold) {
   ExpectUsageFailure({});
   ExpectUsageFailure({"bogus"});

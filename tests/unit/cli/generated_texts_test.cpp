@@ -52,9 +52,33 @@ TEST(GeneratedTexts, FitEightyColumns) {
 }
 
 TEST(GeneratedTexts, AreWhatIsInstalled) {
-  // A difference here means: run "vtdirect --generate manual" and "--generate completion" again.
+  // A difference here means: run "vtdirect --generate manual", "completion" and "json-output" again.
   EXPECT_EQ(vtdirect_test::ReadFile(CLI_FOLDER "/vtdirect.1"), ManualPage());
   EXPECT_EQ(vtdirect_test::ReadFile(CLI_FOLDER "/vtdirect.bash-completion"), BashCompletion());
+  EXPECT_EQ(vtdirect_test::ReadFile(DOCS_FOLDER "/json-output.md"), JsonDocument());
+}
+
+TEST(GeneratedTexts, DescribeEveryMemberOfTheJson) {
+  for (const CommandRow& command : Commands()) {
+    EXPECT_FALSE(command.members.empty()) << command.name;
+    const std::size_t start = JsonDocument().find("\n## " + std::string(command.name) + "\n");
+    ASSERT_NE(start, std::string::npos) << command.name;
+    const std::string section = JsonDocument().substr(start + 1);
+    const std::string own = section.substr(0, section.find("\n## "));
+    for (const MemberRow& row : command.members) {
+      EXPECT_THAT(own, HasSubstr("| `" + std::string(row.name) + "` | " + NameOf(row.type) + " | "));
+    }
+  }
+}
+
+TEST(Tables, GiveEachMemberOnce) {
+  for (const CommandRow& command : Commands()) {
+    std::set<std::string> names;
+    for (const MemberRow& row : CommonMembers()) names.insert(row.name);
+    for (const MemberRow& row : command.members) {
+      EXPECT_TRUE(names.insert(row.name).second) << command.name << " " << row.name;
+    }
+  }
 }
 
 TEST(Tables, GiveEachNameOnce) {
@@ -75,6 +99,8 @@ TEST(ExitCodes, AreTheNumbersThatScriptsRelyOn) {
   EXPECT_EQ(static_cast<int>(ExitCode::DownloadFailed), 7);
   EXPECT_EQ(static_cast<int>(ExitCode::LocalFile), 8);
   EXPECT_EQ(static_cast<int>(ExitCode::ServerNotListed), 9);
+  EXPECT_EQ(static_cast<int>(ExitCode::Outdated), 10);
+  EXPECT_EQ(static_cast<int>(ExitCode::Incomplete), 11);
   EXPECT_EQ(static_cast<int>(ExitCode::Interrupted), 130);
   EXPECT_STREQ(NameOf(ExitCode::NotFound), "not-found");
 }

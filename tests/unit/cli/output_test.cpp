@@ -41,6 +41,31 @@ TEST_F(OutputTest, WritesOneJsonObjectALineInAscii) {
       "\"n\":1}\n{\"schema\":1,\"command\":\"info\",\"b\":true}\n");
 }
 
+TEST_F(OutputTest, ShowsTextsPartedByBlanks) {
+  output_.Configure("ls", false, false);
+  output_.Row({{"name", std::string("a")}, {"versions", std::vector<std::string>{"A.2", "A.1\x1B"}}});
+  output_.Row({{"versions", std::vector<std::string>{}}, {"name", std::string("b")}});
+  EXPECT_EQ(out_.str(), "a\tA.2 A.1\\x1B\n\tb\n");
+}
+
+TEST_F(OutputTest, WritesTextsAsAnArray) {
+  output_.Configure("ls", true, false);
+  output_.Row(
+      {{"versions", std::vector<std::string>{"A.2", "\xFF"}}, {"version_ids", std::vector<std::string>{}}});
+  EXPECT_EQ(out_.str(),
+            "{\"schema\":1,\"command\":\"ls\",\"versions\":[\"A.2\",\"\\uFFFD\"],\"version_ids\":[]}\n");
+}
+
+TEST_F(OutputTest, ShowsARowInAnotherWayThanJsonDoes) {
+  output_.Configure("ls", false, false);
+  output_.Row({{"name", std::string("a/")}}, {{"name", std::string("a")}, {"folder", true}});
+  EXPECT_EQ(out_.str(), "a/\n");
+  out_.str("");
+  output_.Configure("ls", true, false);
+  output_.Row({{"name", std::string("a/")}}, {{"name", std::string("a")}, {"folder", true}});
+  EXPECT_EQ(out_.str(), "{\"schema\":1,\"command\":\"ls\",\"name\":\"a\",\"folder\":true}\n");
+}
+
 TEST_F(OutputTest, KeepsNotesAndFailuresFromStandardOutput) {
   output_.Configure("get", false, false);
   output_.Note("saved x");
@@ -67,9 +92,9 @@ TEST_F(OutputTest, WritesAFailureAsJsonOnStandardError) {
 }
 
 TEST_F(OutputTest, TellsWhenResultsCouldNotBeWritten) {
-  EXPECT_TRUE(output_.Finish());
+  EXPECT_TRUE(output_.Flush());
   out_.setstate(std::ios::badbit);
-  EXPECT_FALSE(output_.Finish());
+  EXPECT_FALSE(output_.Flush());
 }
 
 }  // namespace vtdirect_cli

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <vtdirect/vt_direct_manager.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace vtdirect_cli {
+
+/// Takes one entry of a listing, which is valid during the call only. False ends the listing.
+using EntryFunction = std::function<bool(const VtDirectManager::DirEntryExt& entry)>;
+
+/// How a listing ended.
+enum class ListingEnd {
+  Whole,        ///< every entry was delivered
+  Stopped,      ///< the receiver has ended it
+  Broken,       ///< it failed, perhaps after some entries
+  Unreachable,  ///< there is no such directory, or it can't be reached; nothing was delivered
+};
+
+/// Lists a directory by its path. Each entry is handed on as it arrives and none is kept.
+/// @param path   with its closing "/"
+/// @param flags  bits of ReadDirFlags
+[[nodiscard]] ListingEnd ListPath(const std::string& path, std::uint32_t flags, const EntryFunction& receive);
+
+/// Lists a directory by a handle of its own, so that a directory that isn't there can be told from a listing
+/// that broke off.
+[[nodiscard]] ListingEnd ListByHandle(const std::string& path, std::uint32_t flags,
+                                      const EntryFunction& receive);
+
+}  // namespace vtdirect_cli
