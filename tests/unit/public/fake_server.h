@@ -28,9 +28,9 @@ struct FakeAnswers {
   std::vector<lxservices::cms_interface::SourceEntry> contents;
   bool downloads = true;
   FileInfo downloaded;
-  std::string text;  ///< answer of BrowserInfo, EditAttributesURL and the two look-ups
-  bool yes = true;   ///< answer of the capability queries
-  bool checkout = true;
+  std::string text;                ///< answer of BrowserInfo, EditAttributesURL and the two look-ups
+  bool yes = true;                 ///< answer of the capability queries
+  bool lists = true;               ///< answer of ReadDir and ReadDirExt
   std::vector<std::string> calls;  ///< every operation but GetServerKey and GetServerURL, with its arguments
   lxservices::cms_interface::ProgressFunction progress;  ///< what GetFile was given
 };
@@ -84,11 +84,11 @@ class FakeServer : public Base {
     return Called("UploadIteration"), lxservices::cms_interface::Refused;
   }
   bool ReadDir(const char* path, std::function<void(const char*, const char*, bool)>) override {
-    return Called("ReadDir", path), false;
+    return Called("ReadDir", path), answers_.lists;
   }
   bool ReadDirExt(const char* path, lxservices::cms_interface::DirEntryCallback,
                   FileServer::ReadDirFlags) override {
-    return Called("ReadDirExt", path), false;
+    return Called("ReadDirExt", path), answers_.lists;
   }
   lxservices::cms_interface::DirLister OpenDir(const char* path) override {
     return Called("OpenDir", path), lxservices::cms_interface::DirLister();
