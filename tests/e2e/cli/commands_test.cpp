@@ -73,8 +73,9 @@ TEST_F(VtDirect, DescribesADocument) {
   EXPECT_EQ(result.err, "");
   EXPECT_THAT(result.out, StartsWith("address: " + server().Uid("D1001") +
                                      "\nkind: uid\nserver: sim\nserver_url: " + server().url() +
-                                     "\nexists: yes\nuid: " + server().Uid("D1001") +
-                                     "&file=/fork.lxz\nfile_name: fork.lxz\n"));
+                                     "\nexists: yes\ntype: document\nuid: " + server().Uid("D1001") +
+                                     "&file=/fork.lxz\nname: Fork\nnumber: 0000100001\nfile_name: "
+                                     "fork.lxz\nversion: B.1\nlatest_version: B.1\n"));
   EXPECT_THAT(result.out, HasSubstr("\ncontent_url: http://" + server().authority() + kForkContent + "\n"));
 }
 

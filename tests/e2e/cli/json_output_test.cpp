@@ -1,0 +1,154 @@
+#include <gmock/gmock.h>
+#include <rapidjson/document.h>
+
+#include <set>
+#include <sstream>
+
+#include "tests/e2e/cli/vtdirect_fixture.h"
+
+namespace vtdirect_test {
+namespace {
+
+struct Member {
+  std::string type;
+  bool always = false;
+};
+
+// Section of docs/json-output.md, by its heading, to the members that it documents.
+using Document = std::map<std::string, std::map<std::string, Member>>;
+
+std::vector<std::string> CellsOf(const std::string& row) {
+  std::vector<std::string> cells;
+  std::istringstream stream(row);
+  for (std::string cell; std::getline(stream, cell, '|');) {
+    const std::size_t start = cell.find_first_not_of(' ');
+    cells.push_back(start == std::string::npos ? ""
+                                               : cell.substr(start, cell.find_last_not_of(' ') - start + 1));
+  }
+  return cells;
+}
+
+Document ReadDocument() {
+  Document document;
+  std::string heading;
+  std::istringstream stream(ReadFile(JSON_DOCUMENT));
+  for (std::string line; std::getline(stream, line);) {
+    if (line.starts_with("## ")) heading = line.substr(3);
+    if (!line.starts_with("| `")) continue;
+    const std::vector<std::string> cells = CellsOf(line);
+    document[heading][cells.at(1).substr(1, cells.at(1).size() - 2)] = {cells.at(2), cells.at(3) == "always"};
+  }
+  return document;
+}
+
+bool IsOfType(const rapidjson::Value& value, const std::string& type) {
+  if (type == "text") return value.IsString();
+  if (type == "flag") return value.IsBool();
+  if (type == "number") return value.IsUint64();
+  if (type != "texts" || !value.IsArray()) return false;
+  for (const auto& element : value.GetArray()) {
+    if (!element.IsString()) return false;
+  }
+  return true;
+}
+
+class JsonOutput : public VtDirect {
+ protected:
+  // Runs a command and holds each line of both outputs to the document.
+  ProcessResult Check(std::vector<std::string> words, int status = 0) {
+    const std::string command = words.front();
+    words.insert(words.begin(), "--json");
+    const ProcessResult result = Run(words);
+    EXPECT_EQ(result.status, status) << testing::PrintToString(words) << result.err;
+    CheckLines(result.out, command, command);
+    CheckLines(result.err, "A failure", command);
+    return result;
+  }
+
+  void CheckLines(const std::string& text, const std::string& section, const std::string& command) {
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) CheckLine(line, section, command);
+  }
+
+  void CheckLine(const std::string& line, const std::string& section, const std::string& command) {
+    SCOPED_TRACE(section + ": " + line);
+    for (const char c : line) EXPECT_TRUE(c >= 0x20 && c < 0x7F);
+    rapidjson::Document json;
+    json.Parse(line.c_str());
+    ASSERT_TRUE(!json.HasParseError() && json.IsObject());
+    CheckMembers(json, section);
+    for (const std::string& part : {std::string("Every object"), section}) {
+      for (const auto& [name, member] : document_[part]) {
+        EXPECT_TRUE(!member.always || json.HasMember(name.c_str())) << name;
+      }
+    }
+    EXPECT_EQ(json["schema"].GetInt(), 1);
+    EXPECT_EQ(json["command"].GetString(), command);
+  }
+
+  void CheckMembers(const rapidjson::Value& json, const std::string& section) {
+    std::set<std::string> names;
+    for (const auto& [key, value] : json.GetObject()) {
+      const std::string name = key.GetString();
+      EXPECT_TRUE(names.insert(name).second) << name << " comes twice";
+      const bool common = document_["Every object"].contains(name);
+      const auto& members = document_[common ? "Every object" : section];
+      const auto member = members.find(name);
+      ASSERT_NE(member, members.end()) << name << " is not documented";
+      EXPECT_TRUE(IsOfType(value, member->second.type)) << name;
+      seen_[common ? "Every object" : section].insert(name);
+    }
+  }
+
+  Document document_ = ReadDocument();
+  std::map<std::string, std::set<std::string>> seen_;
+};
+
+}  // namespace
+
+TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
+  Serve();
+  const std::string fork = "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
+  const std::string dead = "http://127.0.0.1:" + std::to_string(UnusedPort()) + "/";
+  const TemporaryDirectory directory;
+  const Simulator other(directory.path(), {"--codebase-url", "http://" + server().authority()});
+
+  Check({"servers"});
+  Check({"check", "sim"});
+  Check({"check", other.url()});
+  Check({"check", dead}, 3);
+  Check({"ls"});
+  Check({"ls", "//sim"});
+  Check({"ls", "-l", "--versions", "//sim/Products/Trekking Bike/Folders/Drivetrain"});
+  Check({"ls", "//sim/Products/Trekking Bike/Folders/none"}, 6);
+  Check({"tree", "//sim/Products"});
+  Check({"info", fork});
+  Check({"info", server().Uid("D1015")});
+  Check({"info", "//sim/Products/Trekking Bike/Folders"});
+  Check({"info", "//sim/?id=D9999"}, 6);
+  Check({"status", server().Uid("D1101"), server().Uid("D1015"), fork}, 10);
+  Check({"status", server().Uid("D9999")}, 6);
+  Check({"versions", fork});
+  Check({"uid", fork});
+  Check({"path", server().Uid("D1001")});
+  Check({"url", fork});
+  Check({"get", fork});
+  Check({"get", "nonsense"}, 2);
+
+  for (const auto& [section, members] : document_) {
+    for (const auto& [name, member] : members) {
+      EXPECT_TRUE(seen_[section].contains(name)) << section << " never showed " << name;
+    }
+  }
+}
+
+TEST_F(JsonOutput, OfTheOldestGenerationIsWhatTheDocumentSays) {
+  Serve({"--generation", "gateway"});
+  Check({"ls", "-l", "--versions", "//sim/Products/Trekking Bike/Folders/Drivetrain"});
+  Check({"tree", "//sim/Products"});
+  Check({"info", "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz"});
+  Check({"versions", "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz|A.2"});
+  Check({"status", server().Uid("D1101")}, 10);
+}
+
+}  // namespace vtdirect_test

@@ -1,0 +1,194 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "tests/e2e/cli/vtdirect_fixture.h"
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace vtdirect_test {
+namespace {
+
+constexpr const char* kFork = "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
+constexpr const char* kFullFork = "korvufenloom-vfs://sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
+
+std::ptrdiff_t RequestsIn(const std::string& log) {
+  return std::count(log.begin(), log.end(), '\n');
+}
+
+}  // namespace
+
+class QuestionsToEachGeneration : public VtDirect, public testing::WithParamInterface<const char*> {
+ protected:
+  void SetUp() override { Serve({"--generation", GetParam()}); }
+};
+
+INSTANTIATE_TEST_SUITE_P(Generations, QuestionsToEachGeneration,
+                         testing::Values("gateway", "schema1", "schema4", "schema5"));
+
+TEST_P(QuestionsToEachGeneration, TellWhetherObjectsAreUpToDate) {
+  const std::string newest = server().Uid("D1001");
+  const std::string older = server().Uid("D1101");
+  const std::string brunos = server().Uid("D1015");
+  const ProcessResult result = Run({"status", newest, older, kFork, brunos});
+  EXPECT_EQ(result.out, "up-to-date\tB.1\tB.1\tnone\t" + newest + "\noutdated\tA.1\tB.1\tnot-possible\t" +
+                            older + "\nup-to-date\tB.1\tB.1\tnone\t" + kFork +
+                            "\nup-to-date\tA.1\tA.1\tby-other (bruno)\t" + brunos + "\n");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 10);
+  EXPECT_EQ(Run({"status", newest}).status, 0);
+}
+
+TEST_P(QuestionsToEachGeneration, GiveThePathsOfAnObject) {
+  for (const std::string& address :
+       {server().Uid("D1001"), std::string("//sim/?id=D1001"), std::string(kFork)}) {
+    EXPECT_EQ(Run({"path", address}).out, kFullFork + std::string("\n"));
+    EXPECT_EQ(Run({"path", "--latest", address}).out, kFullFork + std::string("\n"));
+    EXPECT_EQ(Run({"path", "--versioned", address}).out, kFullFork + std::string("\n"));
+    EXPECT_EQ(Run({"path", "--folder", address}).out,
+              "korvufenloom-vfs://sim/Products/Trekking Bike/Folders/Frame/\n");
+  }
+  EXPECT_EQ(Run({"path", "--versioned", server().Uid("D1201")}).out, kFullFork + std::string("|A.2\n"));
+}
+
+TEST_P(QuestionsToEachGeneration, FindTheObjectOfAPathAndOfAPathWithAVersion) {
+  EXPECT_EQ(Run({"uid", kFork}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  EXPECT_EQ(Run({"uid", kFork + std::string("|A.2")}).out, server().Uid("D1201") + "&file=/fork.lxz\n");
+}
+
+TEST_P(QuestionsToEachGeneration, GiveTheUrlOfAContent) {
+  const std::string url = "http://" + server().authority() + kForkContent;
+  EXPECT_EQ(Run({"url", kFork}).out, url + "\n");
+  EXPECT_THAT(Run({"url", "--json", server().Uid("D1001")}).out,
+              testing::StartsWith("{\"schema\":1,\"command\":\"url\",\"url\":\"" + url +
+                                  "\",\"cache_key\":\"_lxvdccache:"));
+  const ProcessResult empty = Run({"url", server().Uid("D1011")});
+  EXPECT_EQ(empty.status, 7);
+  EXPECT_EQ(empty.out, "");
+}
+
+TEST_P(QuestionsToEachGeneration, DescribeADocumentWithItsVersionsAndItsPlace) {
+  const ProcessResult result = Run({"info", server().Uid("D1101")});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_THAT(result.out, HasSubstr("\ntype: document\nuid: " + server().Uid("D1101") +
+                                    "&file=/fork.lxz\nname: Fork\nnumber: 0000100001\nfile_name: fork.lxz\n"
+                                    "version: A.1\nlatest_version: B.1\nlatest_uid: " +
+                                    server().Uid("D1001") +
+                                    "&file=/fork.lxz\ncheckout: not-possible\n"
+                                    "path_latest: " +
+                                    kFullFork + "\npath_versioned: " + kFullFork +
+                                    "|A.1\nfolder: korvufenloom-vfs://sim/Products/Trekking "
+                                    "Bike/Folders/Frame/\nwritable: yes\n"));
+  EXPECT_THAT(result.out, HasSubstr("\nweb_page: "));
+  EXPECT_THAT(result.out, HasSubstr("\ncheckout_supported: yes\n"));
+}
+
+TEST_P(QuestionsToEachGeneration, DescribeAFolder) {
+  const ProcessResult result = Run({"info", "//sim/Products/Trekking Bike/Folders/Frame"});
+  EXPECT_EQ(result.status, 0);
+  const bool details = GetParam() == std::string("schema4") || GetParam() == std::string("schema5");
+  const bool versions = GetParam() == std::string("schema5");
+  EXPECT_THAT(result.out,
+              HasSubstr("\nexists: yes\ntype: folder\nfolder: //sim/Products/Trekking Bike/Folders/Frame/\n"
+                        "writable: yes\nshows_details: " +
+                        std::string(details ? "yes" : "no") + "\nshows_versions: " +
+                        std::string(versions ? "yes" : "no") + "\ncheckout_supported: yes\n"));
+}
+
+TEST_P(QuestionsToEachGeneration, ListVersionsAsFarAsTheServerShowsThem) {
+  const std::string b1 = server().Uid("D1001");
+  const std::string a2 = server().Uid("D1201");
+  const std::string a1 = server().Uid("D1101");
+  for (const std::string& address : {a2, kFork + std::string("|A.2"), std::string("//sim/?id=D1201")}) {
+    const ProcessResult result = Run({"versions", address});
+    EXPECT_EQ(result.status, 0);
+    if (GetParam() == std::string("schema5")) {
+      EXPECT_EQ(result.out, "B.1\t" + b1 + "\tlatest\nA.2\t" + a2 + "\nA.1\t" + a1 + "\n");
+      EXPECT_EQ(result.err, "");
+    } else {
+      EXPECT_EQ(result.out, "A.2\t" + a2 + "&file=/fork.lxz\nB.1\t" + b1 + "&file=/fork.lxz\tlatest\n");
+      EXPECT_THAT(result.err, HasSubstr("lists no versions here"));
+    }
+  }
+}
+
+TEST_P(QuestionsToEachGeneration, Give6ForAnObjectThatIsNotThere) {
+  for (const char* command : {"status", "versions", "path", "url", "info", "uid"}) {
+    for (const std::string& address :
+         {server().Uid("D9999"), std::string("//sim/Products/Trekking Bike/Folders/Frame/none.lxz")}) {
+      // The newest iteration's path is the path itself, and nobody is asked.
+      if (command == std::string("path") && address.starts_with("//")) continue;
+      const ProcessResult result = Run({command, address});
+      EXPECT_EQ(result.status, 6) << command << " " << address;
+      EXPECT_THAT(result.err, HasSubstr("not found: " + address));
+    }
+  }
+}
+
+TEST_F(VtDirect, GivesThePathOfAWorkingCopyInItsWorkspace) {
+  Serve();
+  const ProcessResult uid = Run({"uid", "//sim/Products/Trekking Bike/Workspaces/Anna's bench/crank.lxz"});
+  EXPECT_EQ(uid.status, 0);
+  const std::string address = uid.out.substr(0, uid.out.find('\n'));
+  EXPECT_EQ(Run({"path", address}).out,
+            "korvufenloom-vfs://sim/Products/Trekking Bike/Workspaces/Anna's bench/crank.lxz\n");
+  EXPECT_THAT(Run({"status", address}).out, HasSubstr("\tA.1\tworkspace (anna)\t"));
+}
+
+TEST_F(VtDirect, AsksForOneFormOfAPathAtATime) {
+  Serve();
+  EXPECT_EQ(Run({"path", "--latest", "--folder", kFork}).status, 2);
+  EXPECT_EQ(server().Log(), "");
+}
+
+TEST_F(VtDirect, TellsTheWorstOfSeveralStatuses) {
+  Serve();
+  const std::string dead = "http://127.0.0.1:" + std::to_string(UnusedPort()) + "/";
+  const ProcessResult missing = Run({"status", server().Uid("D1101"), server().Uid("D9999"), kFork});
+  EXPECT_EQ(missing.status, 6);
+  EXPECT_THAT(missing.out, HasSubstr("\nfailed\t\t\t\t" + server().Uid("D9999") + "\nup-to-date\t"));
+  const ProcessResult unlisted = Run({"status", kFork, "//other/x"});
+  EXPECT_EQ(unlisted.status, 9);
+  EXPECT_THAT(unlisted.out, HasSubstr("up-to-date\tB.1\tB.1\tnone\t"));
+  const ProcessResult unreachable = Run({"status", "-s", "dead=" + dead, "//dead/Products/x", kFork});
+  EXPECT_EQ(unreachable.status, 3);
+  EXPECT_THAT(unreachable.out, HasSubstr("failed\t\t\t\t//dead/Products/x\nup-to-date\t"));
+  EXPECT_THAT(unreachable.err, HasSubstr("cannot connect to " + dead));
+  EXPECT_EQ(Run({"status", kFork, "nonsense"}).status, 2);
+}
+
+TEST_F(VtDirect, AsksAServerThatCannotBeUsedOnce) {
+  Serve({"--fault", "* *=503"});
+  EXPECT_EQ(Run({"status", server().Uid("D1001")}).status, 3);
+  const std::ptrdiff_t ofOne = RequestsIn(server().Log());
+  EXPECT_GT(ofOne, 0);
+  const ProcessResult several =
+      Run({"status", server().Uid("D1001"), server().Uid("D1002"), kFork, "//sim/?id=D1003"});
+  EXPECT_EQ(several.status, 3);
+  EXPECT_EQ(std::count(several.out.begin(), several.out.end(), '\n'), 4);
+  EXPECT_EQ(RequestsIn(server().Log()), 2 * ofOne);
+}
+
+TEST_F(VtDirect, AsksAServerThatCannotBeUsedOnceForPathsToo) {
+  Serve({"--fault", "* *=503"});
+  EXPECT_EQ(Run({"status", kFork}).status, 3);
+  const std::ptrdiff_t ofOne = RequestsIn(server().Log());
+  EXPECT_GT(ofOne, 0);
+  EXPECT_EQ(Run({"status", kFork, kFork, kFork}).status, 3);
+  EXPECT_EQ(RequestsIn(server().Log()), 2 * ofOne);
+}
+
+TEST_F(VtDirect, LetsTheRefusalOfOneServerNotCountForAnother) {
+  Serve();
+  const TemporaryDirectory directory;
+  const Simulator closed(directory.path(), {"--user", "anna:secret"});
+  const ProcessResult result = Run(
+      {"status", "--no-prompt", "-s", "closed=" + closed.url(), closed.Uid("D1001"), server().Uid("D9999")});
+  EXPECT_EQ(result.status, 4);
+  EXPECT_THAT(result.err, HasSubstr("demands credentials"));
+  EXPECT_THAT(result.err, HasSubstr("not found: " + server().Uid("D9999")));
+}
+
+}  // namespace vtdirect_test
