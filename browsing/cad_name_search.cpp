@@ -57,7 +57,7 @@ std::size_t FindAmongNumbers(const std::shared_ptr<VtConnection>& connection,
 }
 
 // The revisions as bytes, unlike where the newest version of a document is looked for: there a shorter text
-// is the older one. The two have always differed, and which document a path means hangs on it.
+// is the older one. The two differ on purpose: which document a path means hangs on this one.
 bool IsOlder(const DocumentRecord& left, const DocumentRecord& right) {
   if (left.revision != right.revision) return left.revision < right.revision;
   return std::strtoll(left.iteration.c_str(), nullptr, 10) <

@@ -37,7 +37,7 @@ std::string PathInWorkspace(const std::shared_ptr<VtConnection>& connection, con
   std::string path = SectionPath(record, VfsNameId::Workspaces);
   if (path.empty()) return {};
   path += "/" + hit->name;
-  // The folder form ends in no "/" here, unlike below: hosts show the workspace by its last segment.
+  // A workspace ends in no "/", unlike a folder below: hosts keep texts of both forms, so neither may change.
   return folderOnly ? path : path + "/" + EscapeFileName(record.master.cadName);
 }
 

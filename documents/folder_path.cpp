@@ -17,8 +17,9 @@ std::string_view ClassInId(std::string_view id) {
 bool GetFolderPathInContext(const DocumentRecord& record, std::string& path) {
   const std::string_view location = record.folderPath;
   if (location.size() <= 1 || location.front() != '/') return false;
-  // The beginning is all that is compared: "/Gadget2/x" counts as standing in "Gadget" too. The server gives
-  // no path of a foreign context, so nothing tells the two apart, and hosts keep paths made so.
+  // The beginning is all that is compared: "/Gadget2/x" counts as standing in "Gadget" too. The location is
+  // the document's own, so the test only has to tell a location with the context from one without; a stricter
+  // one would turn documents into working copies that were none before.
   if (!location.substr(1).starts_with(record.contextName)) return false;
   const auto second = location.find('/', 1);
   const std::string_view inContext =
