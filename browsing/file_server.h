@@ -55,7 +55,8 @@ class FileServer {
   /// The id of the object at a path. Makes requests.
   [[nodiscard]] virtual std::string ResolvePath(const char* path) = 0;
   /// The relative path of an object. Makes requests.
-  /// @param folderOnly  the path of the folder that holds it, with its closing "/"
+  /// @param folderOnly  the path of the folder that holds it, with its closing "/", or of the workspace,
+  /// without one
   /// @param latestForm  the path that always means the newest iteration
   [[nodiscard]] virtual std::string GetVFSPath(const char* id, bool folderOnly, bool latestForm) = 0;
   /// Downloads the content into a local file. Two requests.
