@@ -221,6 +221,22 @@ TEST_F(VtDirect, PrintsRowsAsTheyArrive) {
   EXPECT_EQ(process->Wait().status, 143);
 }
 
+TEST_F(VtDirect, ListsManyRowsInTheMemoryOfFew) {
+  const auto peakOf = [this](const std::string& rows) {
+    const TemporaryDirectory directory;
+    const Simulator simulator(directory.path(), {"--seed", "bulk:" + rows, "--page-size", "500"});
+    const ProcessResult result = Run(
+        {"ls", "-l", "--versions", "-s", "many=" + simulator.url(), "//many/Products/Bulk/Folders/Parts"});
+    EXPECT_EQ(std::to_string(LinesOf(result.out).size()), rows);
+    return result.peakKilobytes;
+  };
+  const long few = peakOf("1000");
+  const long many = peakOf("20000");
+  EXPECT_GT(few, 0);
+  // 19,000 rows, kept, would take more than a megabyte in their texts alone.
+  EXPECT_LT(many, few + 1024);
+}
+
 TEST_F(VtDirect, Gives11ForAListingThatBreaksOff) {
   Serve({"--page-size", "2", "--fault", "GET *skiptoken*=500"});
   const ProcessResult ls = Run({"ls", kFolders + std::string("/Frame")});

@@ -93,8 +93,10 @@ std::string Process::OutputSoFar() const {
 bool Process::Reap(int flags) {
   if (ended_) return true;
   int status = 0;
-  if (waitpid(id_, &status, flags) != id_) return false;
+  struct rusage usage = {};
+  if (wait4(id_, &status, flags, &usage) != id_) return false;
   ended_ = true;
+  peakKilobytes_ = usage.ru_maxrss;
   status_ = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
   return true;
 }
@@ -109,7 +111,7 @@ ProcessResult Process::Wait() {
     kill(id_, SIGKILL);
     static_cast<void>(Reap(0));
   }
-  return {status_, Content(out_), Content(err_)};
+  return {status_, Content(out_), Content(err_), peakKilobytes_};
 }
 
 void SleepMilliseconds(int milliseconds) {

@@ -12,6 +12,7 @@ struct ProcessResult {
   int status = 0;  ///< exit status; minus the signal's number when one ended the process
   std::string out;
   std::string err;
+  long peakKilobytes = 0;  ///< most memory that it had at a time
 };
 
 struct ProcessOptions {
@@ -44,6 +45,7 @@ class Process {
   int err_ = -1;
   bool ended_ = false;
   int status_ = 0;
+  long peakKilobytes_ = 0;
 };
 
 /// Polls until the condition holds. False after the given time.

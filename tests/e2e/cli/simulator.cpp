@@ -14,8 +14,8 @@ constexpr std::string_view kReady = "vantry-sim listening on ";
 
 std::vector<std::string> Words(const std::string& directory, const std::string& log,
                                const std::vector<std::string>& options) {
-  std::vector<std::string> words = {SIMULATOR_PROGRAM, "--port", "0",     "--data", directory + "/data",
-                                    "--seed",          "demo",   "--log", log};
+  std::vector<std::string> words = {SIMULATOR_PROGRAM,   "--port", "0", "--data",
+                                    directory + "/data", "--log",  log};
   words.insert(words.end(), options.begin(), options.end());
   return words;
 }
