@@ -15,13 +15,20 @@ namespace lxservices::cms_interface::vantry {
 bool ReadDocumentBase(const rapidjson::Value& value, DocumentSummary& record);
 /// ReadDocumentBase and the master.
 bool ReadDocumentSummary(const rapidjson::Value& value, DocumentSummary& record);
+/// ReadDocumentSummary and location, dependencies, contents and attributes. An element of a list that is no
+/// object is dropped; among the primary sections it stands as an empty record.
 bool ReadDocumentRecord(const rapidjson::Value& value, DocumentRecord& record);
 /// The member "epmMaster" of a document, as ReadEpmMaster; nothing happens without one.
 void ReadMasterOf(const rapidjson::Value& document, EpmMasterRecord& master);
+/// The object under "epmMaster".
 bool ReadEpmMaster(const rapidjson::Value& value, EpmMasterRecord& record);
+/// An element of "derivedSourceDependencies".
 bool ReadDependency(const rapidjson::Value& value, DerivedSourceDependency& record);
+/// An element of "contentSections" or "secondaryContents".
 bool ReadContent(const rapidjson::Value& value, ContentRecord& record);
+/// An element of "fileBasedAttributes".
 bool ReadAttribute(const rapidjson::Value& value, FileBasedAttribute& record);
+/// A workspace, as lists hold it.
 bool ReadWorkspace(const rapidjson::Value& value, WorkspaceRecord& record);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -15,9 +15,8 @@ namespace lxservices::cms_interface::vantry {
 
 /// Reads a document by its id. A body that is no JSON leaves the record at its defaults and counts as
 /// success.
-/// @return Ok on 200 to 299; ConnectionFailed without a usable exchange; Refused for any other answer.
-/// Nothing is
-///         traced.
+/// Nothing is traced.
+/// @return Ok on 200 to 299; ConnectionFailed without a usable exchange; Refused for any other answer
 Status ReadDocument(const std::shared_ptr<VtConnection>& connection, const std::string& id,
                     DocumentRecord& record);
 

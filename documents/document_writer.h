@@ -36,9 +36,8 @@ void ReplaceAttribute(rapidjson::Value& array, JsonAllocator& allocator, std::st
 
 /// Writes the compact JSON text of a value, members in the order in which they were added, to a temporary
 /// file.
-/// @return its path, which the caller removes; empty when the file cannot be made or written, and then
-/// nothing
-///         is left behind and nothing is traced
+/// @return its path, which the caller removes; empty when the file cannot be made or written: then nothing is
+///         left behind, and nothing is traced
 [[nodiscard]] std::string WriteJsonBodyFile(const rapidjson::Value& value);
 
 }  // namespace lxservices::cms_interface::vantry

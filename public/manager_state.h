@@ -21,6 +21,7 @@ struct ServerTable {
   std::vector<std::weak_ptr<VtDirectManager::Session>> sessions;  ///< not yet found expired
 };
 
+/// All that the host has set up, beside the settings of SetAppConfig.
 struct ManagerState {
   ServerTable table;
   bool (*authCallback)(const char*) = nullptr;
@@ -28,6 +29,7 @@ struct ManagerState {
   bool invalidateCache = true;
 };
 
+/// The one state, made on first use and gone with the process.
 [[nodiscard]] ManagerState& TheManagerState();
 
 }  // namespace lxservices::cms_interface

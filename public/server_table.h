@@ -9,6 +9,7 @@
 /// is not found by any of them.
 namespace lxservices::cms_interface {
 
+/// Finds the server of a nickname; empty for none.
 [[nodiscard]] std::shared_ptr<FileServer> FindServerByNickname(const std::string& nickname);
 
 /// Finds the server of a key, which may lack the closing "/"; nothing else is normalised.
