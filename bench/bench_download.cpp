@@ -4,23 +4,9 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include <cstdio>
-#include <fstream>
 #include <string>
 
-namespace {
-
-/// The "VmHWM" line of the kernel's account of this process, in KiB; -1 when there is none.
-long PeakResidentKilobytes() {
-  std::ifstream account("/proc/self/status");
-  std::string word;
-  while (account >> word) {
-    long kilobytes = -1;
-    if (word == "VmHWM:" && account >> kilobytes) return kilobytes;
-  }
-  return -1;
-}
-
-}  // namespace
+#include "bench/measurement.h"
 
 int main(int argc, char** argv) {
   if (argc != 3) {
@@ -31,6 +17,6 @@ int main(int argc, char** argv) {
   VtDirectManager::UpdateServerList({{"server", argv[1]}});
   std::string uid;
   if (!VtDirectManager::GetFile("//server/?id=D1", argv[2], uid, {}, {})) return 1;
-  std::printf("%ld\n", PeakResidentKilobytes());
+  std::printf("%ld\n", vtdirect_bench::PeakResidentKilobytes());
   return 0;
 }
