@@ -3,7 +3,6 @@
 #include <string>
 #include <utility>
 
-#include "base/file_name.h"
 #include "base/tracers.h"
 #include "browsing/contexts.h"
 #include "browsing/folder_ids.h"

@@ -65,14 +65,15 @@ void ReadReceipts(const rapidjson::Document& answer, const StreamIndex& streams,
   }
 }
 
-Status TraceRefusal(const RestStream& response) {
-  if (response.errorCode() == du::http::ErrorCode::TooLarge) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to update document: maximum file size exceeded\n");
-    return TooLarge;
-  }
-  VtDirectTracer()(dp::TraceType::Error, "Failed to upload document with error %d : %s\n", response.status(),
-                   response.errorText().c_str());
+Status TraceRefusal(int status, const std::string& errorText) {
+  VtDirectTracer()(dp::TraceType::Error, "Failed to upload document with error %d : %s\n", status,
+                   errorText.c_str());
   return Refused;
+}
+
+Status TraceTooLarge() {
+  VtDirectTracer()(dp::TraceType::Error, "Failed to update document: maximum file size exceeded\n");
+  return TooLarge;
 }
 
 // Sends the staged body over a connection of its own, even when it leads to the same server.
@@ -81,13 +82,17 @@ Status PostBody(const std::shared_ptr<VtConnection>& connection, const std::stri
                 std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
   const auto [base, path] = SplitUrlAtPath(uploadUrl);
   const auto side = connection->MakeSideConnection(base);
-  if (side == nullptr) return Refused;
+  if (side == nullptr) return TraceRefusal(-1, {});
   const std::string nonce = connection->CsrfHeader();
   RestStream response(MakeRestRequest(side, du::http::Method::Post, path.c_str(), bodyFile.c_str(),
                                       multipartContentType, nonce.c_str()),
                       std::move(progress));
   rapidjson::Document answer;
-  if (!response.succeeded() || !ParseJsonResponse(response, answer)) return TraceRefusal(response);
+  if (!response.succeeded() || !ParseJsonResponse(response, answer)) {
+    return response.errorCode() == du::http::ErrorCode::TooLarge
+               ? TraceTooLarge()
+               : TraceRefusal(response.status(), response.errorText());
+  }
   contents.assign(count, {});
   ReadReceipts(answer, streams, contents);
   return Ok;

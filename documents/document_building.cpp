@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/text.h"
 #include "documents/auth_app_version.h"
 #include "documents/content_upload.h"
 #include "documents/dependencies.h"
@@ -14,10 +15,6 @@ namespace {
 
 bool IsGiven(const char* path) {
   return path != nullptr && *path != '\0';
-}
-
-std::string TextOrEmpty(const char* text) {
-  return text != nullptr ? text : "";
 }
 
 // The entry at an index, or null for an index outside.
@@ -56,7 +53,7 @@ Status BuildFenlet(const std::shared_ptr<VtConnection>& connection, InstructionP
   parts.main = EntryAt(contents, 0);
   parts.viewable = EntryAt(contents, viewable);
   parts.vcs = EntryAt(contents, vcs);
-  parts.language = params.language != nullptr ? params.language : "";
+  parts.language = TextOrEmpty(params.language);
   parts.application = {AuthoringApplicationOrDefault(), AuthAppVersionOrDefault(*connection)};
   return PostInstruction(connection, parts, poster);
 }

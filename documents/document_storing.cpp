@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/text.h"
 #include "base/tracers.h"
 #include "documents/checkout_id.h"
 #include "documents/conflict_resolution.h"
@@ -12,10 +13,6 @@
 
 namespace lxservices::cms_interface::vantry {
 namespace {
-
-const char* TextOrEmpty(const char* text) {
-  return text != nullptr ? text : "";
-}
 
 // The three local paths, as the traces name them.
 struct LocalPaths {

@@ -10,11 +10,12 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
+// An element of another type is passed over: an empty stream id in its place could not be read as a number,
+// and would end the upload in an exception instead of a refusal.
 void AppendTexts(const rapidjson::Value& value, std::vector<std::string>& texts) {
   if (!value.IsArray()) return;
   for (const auto& element : value.GetArray()) {
-    // An element of another type keeps its place, so that names and streams still belong together.
-    texts.emplace_back(element.IsString() ? TextView(element) : std::string_view());
+    if (element.IsString()) texts.emplace_back(TextView(element));
   }
 }
 
@@ -41,16 +42,15 @@ bool RequestUploadTicket(const std::shared_ptr<VtConnection>& connection, std::s
   const ScopedTempPath body(
       WriteTextFile("upload", "json", "{\n\"noOfFiles\":" + std::to_string(fileCount) + "\n}"));
   if (body.path().empty()) return false;
-  const std::string nonce = connection->CsrfHeader();
-  const auto post = [&](const char* path) {
-    return MakeRestRequest(connection->http(), du::http::Method::Post, path, body.path().c_str(), nullptr,
-                           nonce.c_str());
-  };
   std::optional<RestStream> response;
-  response.emplace(post("servlet/rest/v1/content/creationFactory"), du::http::ProgressFunction());
-  if (response->status() == 404) {
-    response.emplace(post("servlet/rest/content/creationFactory"), du::http::ProgressFunction());
-  }
+  const auto post = [&](const char* path) {
+    const std::string nonce = connection->CsrfHeader();
+    response.emplace(MakeRestRequest(connection->http(), du::http::Method::Post, path, body.path().c_str(),
+                                     nullptr, nonce.c_str()),
+                     du::http::ProgressFunction());
+  };
+  post("servlet/rest/v1/content/creationFactory");
+  if (response->status() == 404) post("servlet/rest/content/creationFactory");
   rapidjson::Document answer;
   if (!response->succeeded() || !ParseJsonResponse(*response, answer)) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to update document with error %d : %s\n",

@@ -1,0 +1,102 @@
+#include "documents/multipart_file.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+
+#include "tests/support/temporary_directory.h"
+
+namespace vtdirect_test {
+namespace {
+
+using lxservices::cms_interface::vantry::MultipartFile;
+
+const std::string line = "\r\n--xxxxxxxxxxxxxxxxxxx-Fenloom-VtDirect-Upload-Boundary";
+
+class MultipartBody : public testing::Test {
+ protected:
+  TemporaryDirectory directory;
+  std::string path = directory.File("body");
+};
+
+TEST_F(MultipartBody, BeginsWithALineEndAndEndsWithoutOne) {
+  MultipartFile body(path);
+  ASSERT_TRUE(body.IsOpen());
+  body.Finish();
+  EXPECT_EQ(ReadFile(path), line + "--");
+}
+
+TEST_F(MultipartBody, HoldsFieldsAndFilesByteForByte) {
+  const std::string bytes("A\0\r\n--C", 7);
+  WriteFile(directory.File("a b.lxz"), bytes);
+  MultipartFile body(path);
+  body.BeginField("Master_URL");
+  body.AddText("one");
+  body.AddText("two");
+  body.AddFile(directory.File("a b.lxz").c_str(), "f1");
+  body.Finish();
+  EXPECT_EQ(ReadFile(path), line + "\r\nContent-Disposition: form-data; name=\"Master_URL\"\r\n\r\nonetwo" +
+                                line +
+                                "\r\nContent-Type: application/octet-stream\r\n"
+                                "Content-Disposition: form-data; name=\"f1\"; filename=\"a b.lxz\"\r\n\r\n" +
+                                bytes + line + "--");
+}
+
+TEST_F(MultipartBody, LeavesOutAFileThatCannotBeOpened) {
+  MultipartFile body(path);
+  body.AddFile(directory.File("missing").c_str(), "f1");
+  body.AddFile("", "f2");
+  body.AddFile(nullptr, "f3");
+  body.Finish();
+  EXPECT_EQ(ReadFile(path), line + "--");
+}
+
+TEST_F(MultipartBody, HoldsAnEmptyFileAsAnEmptyPart) {
+  WriteFile(directory.File("empty"), "");
+  MultipartFile body(path);
+  body.AddFile(directory.File("empty").c_str(), "f1");
+  body.Finish();
+  EXPECT_EQ(ReadFile(path), line +
+                                "\r\nContent-Type: application/octet-stream\r\n"
+                                "Content-Disposition: form-data; name=\"f1\"; filename=\"empty\"\r\n\r\n" +
+                                line + "--");
+}
+
+TEST_F(MultipartBody, CopiesAFileThatIsLongerThanItsBuffer) {
+  std::string bytes(3 * 1024 * 1024 + 17, 'x');
+  for (std::size_t index = 0; index < bytes.size(); index += 101) bytes[index] = static_cast<char>(index);
+  WriteFile(directory.File("long"), bytes);
+  MultipartFile body(path);
+  body.AddFile(directory.File("long").c_str(), "f");
+  body.Finish();
+  EXPECT_TRUE(ReadFile(path).ends_with("\r\n\r\n" + bytes + line + "--"));
+}
+
+TEST_F(MultipartBody, IsNotOpenWhereNoFileCanBeMade) {
+  EXPECT_FALSE(MultipartFile(directory.File("missing/body")).IsOpen());
+  EXPECT_FALSE(MultipartFile("").IsOpen());
+}
+
+// A disk that was full for a while must not leave a body with a gap and a closing line: a server would take
+// it for a whole one.
+TEST_F(MultipartBody, LacksItsClosingLineWhenAByteDidNotReachTheDisk) {
+  WriteFile(directory.File("long"), std::string(100'000, 'x'));
+  WriteFile(directory.File("short"), "short");
+  signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const rlimit small{50'000, before.rlim_max};
+  MultipartFile body(path);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  body.AddFile(directory.File("long").c_str(), "f1");
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+  body.AddFile(directory.File("short").c_str(), "f2");
+  body.Finish();
+  const std::string written = ReadFile(path);
+  EXPECT_TRUE(written.starts_with(line + "\r\nContent-Type"));
+  EXPECT_EQ(written.find("short"), std::string::npos);
+  EXPECT_FALSE(written.ends_with("--"));
+}
+
+}  // namespace
+}  // namespace vtdirect_test

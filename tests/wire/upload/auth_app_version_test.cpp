@@ -1,0 +1,97 @@
+#include "documents/auth_app_version.h"
+
+#include <stdlib.h>
+
+#include "base/settings.h"
+#include "tests/wire/storing/flow_fixture.h"
+
+namespace vtdirect_test {
+namespace {
+
+using namespace lxservices::cms_interface;
+using namespace lxservices::cms_interface::vantry;
+using testing::IsEmpty;
+
+using AuthoringApplicationVersions = FlowTest;
+
+TEST_F(AuthoringApplicationVersions, AreRegisteredByteForByte) {
+  ThenNonce();
+  transport.Then(204);
+  EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "310");
+  EXPECT_EQ(transport.requests(),
+            (Requests{ReadNonce(), Write(registerPath,
+                                         "[{ \"authoringApplication\":\"MERIDOX\", \"authAppVersion\":310, "
+                                         "\"ndVersions\":[\"J-01\"] }]")}));
+  EXPECT_THAT(trace.lines(), IsEmpty());
+}
+
+TEST_F(AuthoringApplicationVersions, AreRegisteredForTheHostsApplication) {
+  SetAuthoringApplication("MYAPP");
+  ThenNonce();
+  transport.Then(204);
+  EXPECT_EQ(RegisterAuthAppVersion(connection, "7"), "7");
+  EXPECT_EQ(transport.requests().back().body,
+            "[{ \"authoringApplication\":\"MYAPP\", \"authAppVersion\":7, \"ndVersions\":[\"J-01\"] }]");
+}
+
+TEST_F(AuthoringApplicationVersions, CountAsRegisteredFor204Alone) {
+  ThenNonce();
+  for (const int status : {200, 201, 203, 205, 400, 404, 500}) {
+    transport.Then(status, "{}");
+    EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "") << status;
+  }
+  transport.ThenFail(du::http::ErrorCode::NoConnection);
+  EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "");
+  EXPECT_THAT(trace.lines(), IsEmpty());
+}
+
+TEST_F(AuthoringApplicationVersions, AreNotRegisteredWithoutAFileForTheBody) {
+  setenv("TMPDIR", directory.File("missing").c_str(), 1);
+  EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "");
+  EXPECT_THAT(transport.lines(), IsEmpty());
+}
+
+TEST_F(AuthoringApplicationVersions, AreNotAskedForUnlessTheHostWantsOneRegistered) {
+  EnsureAuthAppVersion(connection);
+  EXPECT_EQ(connection->authAppVersion, "310");
+  EXPECT_THAT(transport.lines(), IsEmpty());
+}
+
+TEST_F(AuthoringApplicationVersions, AreTheHostsWithoutARegistration) {
+  SetAuthAppVersion("271");
+  EnsureAuthAppVersion(connection);
+  EXPECT_EQ(connection->authAppVersion, "271");
+  EXPECT_THAT(transport.lines(), IsEmpty());
+}
+
+TEST_F(AuthoringApplicationVersions, AreRegisteredOnceAConnection) {
+  SetAuthAppVersion("271");
+  SetAuthAppVersionToRegister("300");
+  ThenNonce();
+  transport.Then(204);
+  EnsureAuthAppVersion(connection);
+  EnsureAuthAppVersion(connection);
+  EXPECT_EQ(connection->authAppVersion, "300");
+  EXPECT_EQ(transport.lines(), (Lines{Get(noncePath), Post(registerPath)}));
+}
+
+TEST_F(AuthoringApplicationVersions, FallBackOnceARegistrationFailed) {
+  SetAuthAppVersion("271");
+  SetAuthAppVersionToRegister("300");
+  ThenNonce();
+  transport.Then(200);
+  EnsureAuthAppVersion(connection);
+  EnsureAuthAppVersion(connection);
+  EXPECT_EQ(connection->authAppVersion, "271");
+  EXPECT_EQ(transport.requests().size(), 2u);
+  SetAuthAppVersion("");
+  const auto other = NewConnection();
+  ThenNonce();
+  transport.Then(500);
+  EnsureAuthAppVersion(other);
+  EXPECT_EQ(other->authAppVersion, "310");
+  EXPECT_THAT(trace.lines(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vtdirect_test
