@@ -1,5 +1,6 @@
 #include "connection/platform/uri.h"
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 
@@ -38,15 +39,20 @@ std::size_t FindBefore(std::string_view text, std::string_view bytes, std::size_
   return found == std::string_view::npos || found > end ? end : found;
 }
 
-/// The length of the scheme that the text begins with, 0 without one.
+bool IsSchemeByte(char byte) {
+  return IsAsciiLetter(byte) || IsAsciiDigit(byte) || byte == '+' || byte == '-' || byte == '.';
+}
+
+/// The length of the scheme that the text begins with, 0 without one. In front of "://" any bytes make one: a
+/// host may give its addresses a stem that no strict scheme allows ("my_app").
 std::size_t SchemeLength(std::string_view uri) {
-  if (uri.empty() || !IsAsciiLetter(uri[0])) return 0;
-  std::size_t length = 1;
-  while (length < uri.size() && (IsAsciiLetter(uri[length]) || IsAsciiDigit(uri[length]) ||
-                                 uri[length] == '+' || uri[length] == '-' || uri[length] == '.')) {
-    ++length;
-  }
-  return length < uri.size() && uri[length] == ':' ? length : 0;
+  const std::size_t length = uri.find_first_of(":/?#");
+  if (length == std::string_view::npos || uri[length] != ':') return 0;
+  if (uri.substr(length).starts_with("://")) return length;
+  const std::string_view scheme = uri.substr(0, length);
+  const bool strict =
+      !scheme.empty() && IsAsciiLetter(scheme[0]) && std::all_of(scheme.begin(), scheme.end(), IsSchemeByte);
+  return strict ? length : 0;
 }
 
 void SplitUserInformation(std::string_view uri, std::size_t begin, std::size_t end, UriParts* parts) {

@@ -84,11 +84,11 @@ TEST(UriPart, IsFoundInEveryForm) {
       {"korvufenloom-vt://nick/Products/P 1/Folders/\xC3\xA4|2", "korvufenloom-vt", no, no, "nick", no,
        "/Products/P 1/Folders/\xC3\xA4|2", no, no},
       {"a+b.c-1://x", "a+b.c-1", no, no, "x", no, no, no, no},
-      {"1a://x", no, no, no, no, no, "1a://x", no, no},
+      {"1a://x", "1a", no, no, "x", no, no, no, no},
       {"-a:x", no, no, no, no, no, "-a:x", no, no},
-      {"a_b://x/y", no, no, no, no, no, "a_b://x/y", no, no},
+      {"my_app-vt://x/y?id=7", "my_app-vt", no, no, "x", no, "/y", "id=7", no},
       {"://x", no, no, no, no, no, "://x", no, no},
-      {"\xC3\xA4://x", no, no, no, no, no, "\xC3\xA4://x", no, no},
+      {"\xC3\xA4://x", "\xC3\xA4", no, no, "x", no, no, no, no},
       {"/a:b", no, no, no, no, no, "/a:b", no, no},
   };
   for (const SplitExample& example : examples) {
