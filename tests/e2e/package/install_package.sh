@@ -1,5 +1,6 @@
 #!/bin/bash
-# install_package.sh KIND SOURCE WORK BUILD_TYPE: builds one kind of the package and installs it into WORK/prefix.
+# install_package.sh KIND SOURCE WORK BUILD_TYPE: builds one kind of the package in WORK and installs it into
+# WORK/prefix.
 set -euo pipefail
 kind=$1 source=$2 work=$3 build_type=$4
 
@@ -14,11 +15,11 @@ esac
 # What an earlier run installed must not answer for what this one forgets to install.
 rm -rf "$work/prefix" "$work/hosts"
 mkdir -p "$work/hosts"
-cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE="$build_type" "${options[@]}" \
+cmake -S "$source" -B "$work" -G Ninja -DCMAKE_BUILD_TYPE="$build_type" "${options[@]}" \
   -DVTDIRECT_BUILD_PROGRAMS=OFF -DVTDIRECT_BUILD_TESTS=OFF -DVTDIRECT_BUILD_BENCHMARKS=OFF \
   -DCMAKE_INSTALL_PREFIX="$work/prefix" -DCMAKE_INSTALL_LIBDIR=lib
-cmake --build "$work/build" -j 2
-cmake --install "$work/build"
+cmake --build "$work" -j 2
+cmake --install "$work"
 
 [ -f "$work/prefix/lib/cmake/VtDirect/VtDirectConfig.cmake" ]
 [ -f "$work/prefix/lib/pkgconfig/vtdirect.pc" ]
