@@ -1,7 +1,9 @@
 #include "documents/document_download.h"
 
+#include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <system_error>
 #include <utility>
 
 #include "base/text.h"
@@ -15,6 +17,9 @@ namespace {
 
 // What stands in a local file; empty when it cannot be read.
 std::string ReadLocalFile(const char* path) {
+  // Opening a pipe that nobody writes to would wait for ever, and a device may never end.
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return {};
   std::ifstream file(path, std::ios::binary);
   std::ostringstream text;
   if (file) text << file.rdbuf();

@@ -1,5 +1,7 @@
 #include "documents/document_download.h"
 
+#include <sys/stat.h>
+
 #include <utility>
 
 #include "tests/wire/documents/connected_test.h"
@@ -191,6 +193,15 @@ TEST_F(Download, FailsForATargetThatCannotBeWritten) {
 TEST_F(Download, FailsForATargetThatIsADirectory) {
   file = directory.path();
   transport.Then(200, DocumentAt(contentUrl)).Then(200, "bytes");
+  ExpectFailure("");
+}
+
+TEST_F(Download, FailsForATargetThatIsAPipeAndWaitsForNobody) {
+  ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  transport.Then(200, DocumentAt(contentUrl)).Then(200, "bytes");
+  ExpectFailure("");
+  transport.Then(200, DocumentWith(""));
+  trace.Clear();
   ExpectFailure("");
 }
 
