@@ -70,7 +70,8 @@ Response AnswerODataList(const ServiceContext& context, const Request& request,
   json.EndArray();
   const bool top_reached = plan->top && rows >= *plan->top;
   if (!next.empty() && !top_reached) {
-    const auto rest = plan->top ? std::optional(*plan->top - rows) : std::nullopt;
+    std::optional<std::uint64_t> rest = plan->top;
+    if (rest) *rest -= rows;
     json.Member("@odata.nextLink", NextLink(context, request, next, rest));
   }
   json.EndObject();
