@@ -3,6 +3,7 @@
 #include <expat.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
@@ -16,6 +17,7 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 constexpr int chunkSize = 512;
+constexpr std::size_t fileBufferSize = 64 * 1024;
 // A version is a small number; the text of a hostile document must not be collected without bound.
 constexpr std::size_t maximumVersionText = 4096;
 
@@ -164,7 +166,10 @@ Status FetchSchema(VtConnection& connection, const char* path, SchemaQuery* quer
                          connection.http()->uri().c_str());
     return status == 404 ? NotFound : ServerError;
   }
-  std::ifstream document(file.path(), std::ios::binary);
+  std::array<char, fileBufferSize> fileBuffer;
+  std::ifstream document;
+  document.rdbuf()->pubsetbuf(fileBuffer.data(), fileBuffer.size());
+  document.open(file.path(), std::ios::binary);
   if (!document) return Ok;
   SchemaParseState state;
   state.query = query;
