@@ -67,6 +67,8 @@ BodyReader Broken(BodyReader reader, const FaultAction& fault, std::size_t limit
 
 bool SetBody(httplib::Response& out, const Response& answer, ConnectionStream& stream,
              const std::optional<FaultAction>& fault) {
+  constexpr int kNoContent = 204;
+  if (answer.status == kNoContent) return true;
   BodyReader reader = ReaderOf(answer);
   if (!reader) return false;
   const std::size_t size = BodySize(answer);

@@ -7,11 +7,36 @@
 
 namespace vantry_sim {
 
+/// Bytes on their way into the store. Removed again unless they were kept.
+class SpooledFile {
+ public:
+  /// Makes an empty file of a name of its own in the directory. @throws std::runtime_error
+  explicit SpooledFile(const std::filesystem::path& directory);
+  SpooledFile(SpooledFile&& other) noexcept;
+  SpooledFile(const SpooledFile&) = delete;
+  SpooledFile& operator=(const SpooledFile&) = delete;
+  SpooledFile& operator=(SpooledFile&&) = delete;
+  ~SpooledFile();
+
+  /// Appends. @return false when the disk doesn't take it
+  [[nodiscard]] bool Write(std::string_view bytes);
+  /// Waits until the disk has the bytes; nothing can be appended from then on. @return false when it hasn't
+  [[nodiscard]] bool Finish();
+  [[nodiscard]] std::uint64_t size() const { return size_; }
+
+ private:
+  friend class ContentStore;
+  std::filesystem::path path_;
+  int descriptor_ = -1;
+  std::uint64_t size_ = 0;
+};
+
 /// The bytes of all streams: one plain file each, DATA/content/<stream id>, so that anybody can compare what
 /// was fetched with what is held. A file's name is made of a number alone and never of a text from the wire.
 class ContentStore {
  public:
-  /// @param directory made if it is missing. @throws std::filesystem::filesystem_error
+  /// @param directory made if it is missing; what a killed process left spooled in it is removed. @throws
+  /// std::filesystem::filesystem_error
   explicit ContentStore(std::filesystem::path directory);
 
   /// Where the stream lies, whether or not it exists.
@@ -20,6 +45,15 @@ class ContentStore {
   /// Writes the stream's file, in place of one that is there. @throws std::runtime_error, e.g. for a full
   /// disk
   void Write(std::int64_t stream_id, std::string_view bytes) const;
+
+  /// A file for bytes that come piece by piece. @throws std::runtime_error
+  [[nodiscard]] SpooledFile Spool() const { return SpooledFile(directory_); }
+
+  /// Makes a finished file the stream's, in place of one that is there. @return false when the disk refuses
+  [[nodiscard]] bool Keep(SpooledFile file, std::int64_t stream_id) const;
+
+  /// Waits until the disk knows the names of all files that were kept. @return false when it refuses
+  [[nodiscard]] bool SyncNames() const;
 
   /// Writes `size` bytes that look random and are the same for the same id and size on every machine: the
   /// little-endian words of a xorshift64 generator. @throws std::runtime_error, e.g. for a full disk

@@ -11,7 +11,7 @@ Response RestNonce(const ServiceContext& context) {
   JsonText json;
   json.StartObject().Key("items").StartArray().StartObject();
   json.Member("id", "csrf").Member("typeId", "csrf").Key("attributes").StartObject();
-  json.Member("nonce_key", kNonceKey).Member("nonce", context.nonce_secret);
+  json.Member("nonce_key", kNonceKey).Member("nonce", context.nonce);
   json.EndObject().EndObject().EndArray().EndObject();
   Response response;
   response.body = json.Take();
@@ -22,7 +22,7 @@ Response ODataNonce(const ServiceContext& context) {
   JsonText json;
   json.StartObject();
   json.Member("@odata.context", "$metadata#ZVK.CSRFToken");
-  json.Member("NonceKey", kNonceKey).Member("NonceValue", context.nonce_secret).EndObject();
+  json.Member("NonceKey", kNonceKey).Member("NonceValue", context.nonce).EndObject();
   return ODataResponse(json.Take());
 }
 

@@ -9,7 +9,7 @@ SELECT i.id, i.oid, i.revision, i.iteration, i.auth_app_version, i.nd_version, i
        EXISTS(SELECT 1 FROM dependencies d WHERE d.iteration = i.id),
        u.name, w.name, c.oid, c.name, c.kind,
        m.id, m.oid, m.name, m.number, m.category, m.sub_category, m.cad_name, m.authoring_application,
-       i.folder, f.oid, f.name
+       i.folder, f.oid, f.name, i.workspace, k.base, c.id, m.service
 FROM iterations i
 JOIN masters m ON m.id = i.master
 JOIN contexts c ON c.id = i.context
@@ -54,6 +54,12 @@ DocumentRow ReadRow(const Statement& statement) {
   ++column;
   row.folder_oid = statement.Text(column++);
   row.folder_name = statement.Text(column++);
+  if (!statement.IsNull(column)) row.workspace_key = statement.Integer(column);
+  ++column;
+  if (!statement.IsNull(column)) row.checkout_base_key = statement.Integer(column);
+  ++column;
+  row.context_key = statement.Integer(column++);
+  row.service = statement.Text(column++);
   return row;
 }
 

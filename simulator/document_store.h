@@ -23,6 +23,10 @@ struct DocumentRow {
   std::string checkout_user;       ///< empty: not checked out
   std::string checkout_workspace;  ///< name of the workspace that it is checked out to
 
+  std::optional<std::int64_t> workspace_key;      ///< nothing for a checked-in document
+  std::optional<std::int64_t> checkout_base_key;  ///< base of the checkout that it is one end of
+
+  std::int64_t context_key = 0;
   std::string context_oid;
   std::string context_name;
   std::string context_kind;
@@ -35,6 +39,7 @@ struct DocumentRow {
   std::string sub_category;
   std::string cad_name;
   std::string authoring_application;
+  std::string service;  ///< "dynamic" or "cad"
 
   std::optional<std::int64_t> folder_key;  ///< nothing for a document that has never left its workspace
   std::string folder_oid;

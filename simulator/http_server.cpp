@@ -1,7 +1,10 @@
 #include "simulator/http_server.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstdio>
+#include <functional>
+#include <limits>
 #include <map>
 #include <thread>
 #include <utility>
@@ -10,6 +13,8 @@
 #include "simulator/answer_body.h"
 #include "simulator/connection_stream.h"
 #include "simulator/connection_threads.h"
+#include "simulator/http_refusals.h"
+#include "simulator/request_body.h"
 
 namespace vantry_sim {
 namespace {
@@ -21,7 +26,7 @@ constexpr std::size_t kKeepAliveRequests = 1'000'000'000;
 /// How long a stop waits for answers that are under way.
 constexpr auto kGrace = std::chrono::seconds(3);
 /// The most of a body that is kept in memory.
-constexpr std::size_t kMostBodyInMemory = 1024 * 1024;
+constexpr std::uint64_t kMostBodyInMemory = 16 * 1024 * 1024;
 
 /// A multipart body reaches the routes as it was sent: under this name the HTTP library doesn't know its type
 /// and leaves it alone.
@@ -34,15 +39,6 @@ bool HasBody(const httplib::Request& request) {
 
 bool TakesBody(const std::string& method) {
   return method == "POST" || method == "PUT" || method == "PATCH" || method == "DELETE";
-}
-
-/// The HTTP library gives up on such a head without a word.
-void SendHeadTooLong(ConnectionStream& stream) {
-  const Response refusal = ErrorResponse(431, "head-too-long", "the head of the request has no end in sight");
-  const std::string head =
-      "HTTP/1.1 431 Request Header Fields Too Large\r\nConnection: close\r\nContent-Type: " +
-      refusal.content_type + "\r\nContent-Length: " + std::to_string(refusal.body.size()) + "\r\n\r\n";
-  if (stream.write(head.data(), head.size()) > 0) stream.write(refusal.body.data(), refusal.body.size());
 }
 
 }  // namespace
@@ -71,12 +67,16 @@ class HttpServer::Implementation final : public httplib::Server {
   bool process_and_close_socket(socket_t socket) override;
   void ServeOne(Connection& connection);
   static void PrepareRequest(httplib::Request& request, Connection& connection, const Simulator& simulator);
-  void Answer(const httplib::Request& request, httplib::Response& response, std::string body);
+  using Produce = std::function<vantry_sim::Response(vantry_sim::Request&)>;
+  void Answer(const httplib::Request& request, httplib::Response& response, const Produce& produce);
   void AnswerWithBody(const httplib::Request& request, httplib::Response& response,
                       const httplib::ContentReader& reader);
+  void AnswerUpload(const httplib::Request& request, httplib::Response& response,
+                    const httplib::ContentReader& reader);
+  [[nodiscard]] vantry_sim::Request OwnRequest(const httplib::Request& request);
+  bool RefuseBody(const httplib::Request& request, httplib::Response& response, const BodyOutcome& outcome);
   void Fill(httplib::Response& out, const Response& answer, Connection& connection,
             const std::optional<FaultAction>& fault);
-  static void FillError(const httplib::Request& request, httplib::Response& response);
   Connection* Find(const httplib::Request& request);
   bool Sleep(std::chrono::milliseconds duration);
 
@@ -106,27 +106,37 @@ HttpServer::Implementation::Implementation(Simulator& simulator, RequestLog& log
   set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
     // Requests with a body go on to the handlers below, which read it first.
     if (TakesBody(request.method)) return HandlerResponse::Unhandled;
-    Answer(request, response, {});
+    Answer(request, response, [this](vantry_sim::Request& own) {
+      if (door_ != Door::kUploads) return simulator_.Handle(own);
+      return ErrorResponse(404, "no-such-route", "this port takes uploads alone");
+    });
     return HandlerResponse::Handled;
   });
   const auto with_body = [this](const httplib::Request& request, httplib::Response& response,
                                 const httplib::ContentReader& reader) {
-    AnswerWithBody(request, response, reader);
+    if (door_ == Door::kUploads) {
+      AnswerUpload(request, response, reader);
+    } else {
+      AnswerWithBody(request, response, reader);
+    }
   };
   const char* any = "[\\s\\S]*";
   Post(any, with_body);
   Put(any, with_body);
   Patch(any, with_body);
   Delete(any, with_body);
-  set_error_handler(Handler(FillError));
+  set_error_handler(Handler(GiveReason));
 }
 
 bool HttpServer::Implementation::BindToOptions() {
   const vantry_sim::Options& options = simulator_.options();
-  const int wanted = door_ == Door::kMain ? options.port : options.page_port.value_or(0);
+  const int wanted = door_ == Door::kMain      ? options.port
+                     : door_ == Door::kUploads ? options.upload_port
+                                               : options.page_port.value_or(0);
   port_ = wanted == 0 ? bind_to_any_port(options.bind_address)
                       : (bind_to_port(options.bind_address, wanted) ? wanted : -1);
   if (port_ <= 0) return false;
+  if (door_ == Door::kUploads) simulator_.SetUploadPort(port_);
   if (door_ == Door::kPages) simulator_.SetPagePort(port_);
   if (door_ == Door::kMain) simulator_.SetOwnAddress(options.bind_address + ":" + std::to_string(port_));
   return true;
@@ -244,35 +254,67 @@ void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Conne
 
 void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request, httplib::Response& response,
                                                 const httplib::ContentReader& reader) {
-  const auto limit = simulator_.options().max_upload_bytes;
+  const std::uint64_t limit =
+      std::min(simulator_.options().max_upload_bytes.value_or(kMostBodyInMemory), kMostBodyInMemory);
   std::string body;
-  std::uint64_t size = 0;
-  const bool complete = reader([&](const char* data, std::size_t count) {
-    size += count;
-    if (limit && size > *limit) return false;
-    if (size <= kMostBodyInMemory) body.append(data, count);
-    return true;
+  const BodyOutcome outcome =
+      ReadBody(reader, limit, response.status, [&](std::string_view piece) { body.append(piece); });
+  if (RefuseBody(request, response, outcome)) return;
+  Answer(request, response, [&](vantry_sim::Request& own) {
+    own.body = std::move(body);
+    return simulator_.Handle(own);
   });
-  const bool too_large = (limit && size > *limit) || response.status == 413;
-  if (!complete || too_large || size > kMostBodyInMemory) {
-    // The HTTP library reads away a body whose announced length is too much; any other one stops halfway.
-    const bool read_to_its_end = complete || (response.status == 413 && size == 0);
-    if (Connection* connection = Find(request); connection != nullptr && !read_to_its_end) {
-      connection->close_after = true;
-      response.set_header("Connection", "close");
-    }
-    const Response refusal =
-        complete || too_large ? ErrorResponse(413, "too-large", "the body is longer than this server takes")
-                              : ErrorResponse(400, "broken-body", "the body ended before its announced end");
-    response.status = refusal.status;
-    response.set_content(refusal.body, refusal.content_type);
-    return;
+}
+
+/// The bytes of an upload go to the disk while they come. They become the server's when the answer is made,
+/// and so a fault in its place leaves none of them.
+void HttpServer::Implementation::AnswerUpload(const httplib::Request& request, httplib::Response& response,
+                                              const httplib::ContentReader& reader) {
+  vantry_sim::Request own = OwnRequest(request);
+  vantry_sim::Response refusal;
+  const auto upload = simulator_.BeginUpload(own, refusal);
+  const std::uint64_t limit =
+      simulator_.options().max_upload_bytes.value_or(std::numeric_limits<std::uint64_t>::max());
+  // What was refused is still read: a client that sends listens only when it has sent all.
+  const BodyOutcome outcome = ReadBody(reader, limit, response.status, [&](std::string_view piece) {
+    if (upload) upload->Receive(piece);
+  });
+  if (RefuseBody(request, response, outcome)) return;
+  Answer(request, response, [&](vantry_sim::Request&) {
+    return upload ? simulator_.FinishUpload(*upload, own) : std::move(refusal);
+  });
+}
+
+/// Answers for a body that wasn't read whole. @return false for one that was
+bool HttpServer::Implementation::RefuseBody(const httplib::Request& request, httplib::Response& response,
+                                            const BodyOutcome& outcome) {
+  if (outcome.complete && !outcome.too_large) return false;
+  if (Connection* connection = Find(request); connection != nullptr && !outcome.at_its_end) {
+    connection->close_after = true;
+    response.set_header("Connection", "close");
   }
-  Answer(request, response, std::move(body));
+  const vantry_sim::Response refusal =
+      outcome.too_large ? ErrorResponse(413, "too-large", "the body is longer than this server takes")
+                        : ErrorResponse(400, "broken-body", "the body ended before its announced end");
+  response.status = refusal.status;
+  response.set_content(refusal.body, refusal.content_type);
+  return true;
+}
+
+vantry_sim::Request HttpServer::Implementation::OwnRequest(const httplib::Request& request) {
+  vantry_sim::Request own;
+  own.method = request.method == "HEAD" ? "GET" : request.method;
+  own.target = request.target;
+  own.host = request.get_header_value("Host");
+  own.prefer = request.get_header_value("Prefer");
+  own.nonce = request.get_header_value("X-Zvk-Nonce");
+  own.content_type = request.get_header_value(request.has_header(kBodyType) ? kBodyType : "Content-Type");
+  if (const Connection* connection = Find(request)) own.user = connection->exchange.user;
+  return own;
 }
 
 void HttpServer::Implementation::Answer(const httplib::Request& request, httplib::Response& response,
-                                        std::string body) {
+                                        const Produce& produce) {
   Connection* connection = Find(request);
   if (connection == nullptr) {
     response.status = 500;
@@ -299,14 +341,8 @@ void HttpServer::Implementation::Answer(const httplib::Request& request, httplib
          *connection, std::nullopt);
     return;
   }
-  Request own;
-  own.method = request.method == "HEAD" ? "GET" : request.method;
-  own.target = request.target;
-  own.host = request.get_header_value("Host");
-  own.user = connection->exchange.user;
-  own.prefer = request.get_header_value("Prefer");
-  own.body = std::move(body);
-  Fill(response, simulator_.Handle(own), *connection, fault);
+  vantry_sim::Request own = OwnRequest(request);
+  Fill(response, produce(own), *connection, fault);
 }
 
 /// @param fault a cut or a stall in the middle of the body, or nothing
@@ -317,21 +353,6 @@ void HttpServer::Implementation::Fill(httplib::Response& out, const Response& an
   if (SetBody(out, answer, connection.stream, fault)) return;
   std::fprintf(stderr, "vantry-sim: cannot read %s\n", answer.file->path.c_str());
   Fill(out, ErrorResponse(500, "internal", "the server has lost these bytes"), connection, std::nullopt);
-}
-
-/// Gives a reason to refusals that the HTTP library made itself, such as those of an unreadable head.
-void HttpServer::Implementation::FillError(const httplib::Request& request, httplib::Response& response) {
-  // A head that could not be read leaves the connection in the middle of nowhere.
-  if (request.remote_port < 0) response.set_header("Connection", "close");
-  if (!response.body.empty() || response.content_length_ > 0 || response.content_provider_) return;
-  const char* reason = "the request could not be read";
-  if (response.status == 404) reason = "this server has nothing at this path";
-  if (response.status == 413) reason = "the body is longer than this server takes";
-  if (response.status == 414) reason = "the request line is too long";
-  if (response.status == 416) reason = "no such range";
-  if (response.status >= 500) reason = "the server failed";
-  const Response refusal = ErrorResponse(response.status, "refused", reason);
-  response.set_content(refusal.body, refusal.content_type);
 }
 
 HttpServer::Implementation::Connection* HttpServer::Implementation::Find(const httplib::Request& request) {

@@ -10,8 +10,9 @@ namespace vantry_sim {
 
 /// What a port is for.
 enum class Door {
-  kMain,   ///< the address that clients are told
-  kPages,  ///< where lists go on, when they don't go on at the main one; answers all that the main one does
+  kMain,     ///< the address that clients are told
+  kPages,    ///< where lists go on, when they don't go on at the main one; answers all that the main one does
+  kUploads,  ///< where the bytes of documents go; takes nothing else
 };
 
 /// Serves a simulator over HTTP on one port, with the faults and the latency of its options.

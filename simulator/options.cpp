@@ -135,6 +135,12 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
       ->capture_default_str();
   app.add_option("--page-port", options.page_port, "Second port, where lists go on; 0 picks a free one")
       ->check(CLI::Range(0, 65535));
+  app.add_option("--upload-port", options.upload_port,
+                 "Port that takes the bytes of documents; 0 picks a free one")
+      ->check(CLI::Range(0, 65535))
+      ->capture_default_str();
+  app.add_flag("--old-creation-factory", options.old_creation_factory,
+               "The creation factory answers at its old address alone");
   app.add_flag("--gateway-escapes", options.gateway_escapes,
                "The gateway lists names escaped, as newer ones do");
   app.add_option(

@@ -44,9 +44,11 @@ struct Options {
   std::string codebase_url;  ///< without "/" at the end; empty: none
   std::string prefix;        ///< "/vt", or empty
   std::uint32_t latency_milliseconds = 0;
-  std::uint32_t page_size = 10'000;  ///< most rows of a page of OData
-  std::optional<int> page_port;      ///< a second port, for later pages; 0: any free one; nothing: none
-  bool gateway_escapes = false;      ///< the gateway lists names escaped
+  std::uint32_t page_size = 10'000;   ///< most rows of a page of OData
+  std::optional<int> page_port;       ///< a second port, for later pages; 0: any free one; nothing: none
+  int upload_port = 0;                ///< takes the bytes of documents; 0: any free one
+  bool old_creation_factory = false;  ///< uploads are asked for at the old address alone
+  bool gateway_escapes = false;       ///< the gateway lists names escaped
   std::vector<FaultRule> faults;
   std::optional<std::uint64_t> max_upload_bytes;  ///< nothing: no limit
   std::string log_file;                           ///< empty: no log

@@ -40,6 +40,21 @@ void AddSearchRoutes(Router& router, const ServiceContext& context);
 /// Workspaces of the asking user and their documents.
 void AddWorkspaceRoutes(Router& router, const ServiceContext& context);
 
+/// Making and deleting workspaces.
+void AddWorkspaceWriteRoutes(Router& router, const ServiceContext& context);
+
+/// Checkout, check-in, undo.
+void AddCheckoutRoutes(Router& router, const ServiceContext& context);
+
+/// Creating, iterating and storing documents.
+void AddDocumentWriteRoutes(Router& router, const ServiceContext& context);
+
+/// Tickets for uploads.
+void AddCreationFactoryRoutes(Router& router, const ServiceContext& context);
+
+/// Versions of the applications that write documents.
+void AddApplicationVersionRoutes(Router& router, const ServiceContext& context);
+
 /// The bytes of a stream.
 void AddContentRoutes(Router& router, const ServiceContext& context);
 

@@ -156,6 +156,33 @@ CREATE INDEX iterations_in_folder ON iterations(folder, service, version_key DES
   WHERE is_latest = 1 AND workspace IS NULL;
 CREATE INDEX iterations_by_service ON iterations(service, version_key DESC, id);
 )sql",
+    R"sql(
+-- Numbers for the ids of what is made at run time; seeds use smaller ones.
+CREATE TABLE counters(name TEXT PRIMARY KEY, next INTEGER NOT NULL) WITHOUT ROWID;
+INSERT INTO counters VALUES('id', 10000001);
+
+-- Where a document that has never been checked in will stand.
+ALTER TABLE iterations ADD COLUMN target_folder INTEGER REFERENCES folders(id);
+ALTER TABLE iterations ADD COLUMN comment TEXT NOT NULL DEFAULT '';
+ALTER TABLE masters ADD COLUMN type_id TEXT NOT NULL DEFAULT '';
+
+CREATE INDEX dependencies_by_source ON dependencies(source);
+CREATE INDEX workspace_documents_by_iteration ON workspace_documents(iteration);
+CREATE INDEX translations_by_xliff ON translations(xliff);
+
+-- A permission for one upload, and the streams that it may fill.
+CREATE TABLE tickets(
+  id INTEGER PRIMARY KEY,
+  token TEXT NOT NULL UNIQUE,
+  user INTEGER NOT NULL REFERENCES users(id),
+  master_url TEXT NOT NULL,
+  created INTEGER NOT NULL);
+CREATE TABLE ticket_streams(
+  ticket INTEGER NOT NULL REFERENCES tickets(id),
+  stream INTEGER NOT NULL UNIQUE,
+  file_name TEXT NOT NULL,
+  PRIMARY KEY(ticket, file_name)) WITHOUT ROWID;
+)sql",
 };
 
 constexpr std::int64_t kNewest = std::size(kSteps);

@@ -13,6 +13,7 @@ int ServerGroup::Bind() {
     return servers_.back()->Bind();
   };
   if (!bind(Door::kMain)) return options.port;
+  if (!bind(Door::kUploads)) return options.upload_port;
   if (options.page_port && !bind(Door::kPages)) return *options.page_port;
   return -1;
 }

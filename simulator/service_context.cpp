@@ -41,4 +41,8 @@ std::string PageBaseUrl(const ServiceContext& context, const Request& request) {
   return context.page_port == 0 ? BaseUrl(context, request) : OtherDoor(context, request, context.page_port);
 }
 
+std::string UploadBaseUrl(const ServiceContext& context, const Request& request) {
+  return OtherDoor(context, request, context.upload_port);
+}
+
 }  // namespace vantry_sim

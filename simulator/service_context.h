@@ -14,9 +14,10 @@ struct ServiceContext {
   const Options& options;
   Database& database;
   ContentStore& contents;
-  std::string own_address;   ///< "127.0.0.1:8080", for requests without a usable Host header
-  std::string nonce_secret;  ///< random for each start
-  int page_port = 0;         ///< where later pages are served; 0: where the first one was
+  std::string own_address;  ///< "127.0.0.1:8080", for requests without a usable Host header
+  std::string nonce;        ///< random, and the same for the life of the data directory
+  int page_port = 0;        ///< where later pages are served; 0: where the first one was
+  int upload_port = 0;      ///< where bytes are taken; 0: nowhere
 };
 
 /// The absolute address under which the asker reaches this server, without "/" at the end: the codebase URL
@@ -26,5 +27,8 @@ std::string BaseUrl(const ServiceContext& context, const Request& request);
 
 /// As BaseUrl, for the address of a list's later pages.
 std::string PageBaseUrl(const ServiceContext& context, const Request& request);
+
+/// As BaseUrl, for the port that takes uploads.
+std::string UploadBaseUrl(const ServiceContext& context, const Request& request);
 
 }  // namespace vantry_sim

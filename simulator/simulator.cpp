@@ -1,25 +1,30 @@
 #include "simulator/simulator.h"
 
 #include <cstdio>
-#include <random>
 #include <utility>
 
 #include "simulator/authentication.h"
 #include "simulator/data_directory.h"
+#include "simulator/random_text.h"
 #include "simulator/routes.h"
+#include "simulator/uploads.h"
 
 namespace vantry_sim {
 namespace {
 
-std::string RandomHexadecimal() {
-  std::random_device device;
-  std::string text;
-  for (int i = 0; i < 4; ++i) {
-    char part[9];
-    std::snprintf(part, sizeof part, "%08x", device());
-    text += part;
-  }
-  return text;
+Response Unauthorized() {
+  auto response = ErrorResponse(401, "unauthorized", "this server wants a user name and a password");
+  response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"vantry-sim\", charset=\"UTF-8\"");
+  return response;
+}
+
+/// The nonce of the data directory. It outlives the process, since clients fetch it once and for all.
+std::string NonceOf(Database& database) {
+  database.Prepare("INSERT OR IGNORE INTO facts(key, value) VALUES('nonce', ?1)")
+      .Bind(RandomHexadecimal())
+      .Run();
+  auto statement = database.Prepare("SELECT value FROM facts WHERE key = 'nonce'");
+  return statement.Step() ? statement.Text(0) : RandomHexadecimal();
 }
 
 /// A target in absolute form, which a client sends to a proxy and every server accepts, becomes one with a
@@ -36,8 +41,8 @@ Simulator::Simulator(Options options)
     : options_(std::move(options)),
       faults_(options_.faults),
       data_(std::make_unique<DataDirectory>(options_)) {
-  context_ = std::make_unique<ServiceContext>(ServiceContext{options_, data_->database(), data_->contents(),
-                                                             options_.bind_address, RandomHexadecimal()});
+  context_ = std::make_unique<ServiceContext>(ServiceContext{
+      options_, data_->database(), data_->contents(), options_.bind_address, NonceOf(data_->database())});
   AddIdentificationRoutes(router_, *context_);
   AddMetadataRoutes(router_, *context_);
   AddCsrfRoutes(router_, *context_);
@@ -49,6 +54,11 @@ Simulator::Simulator(Options options)
   AddDataAdminRoutes(router_, *context_);
   AddSearchRoutes(router_, *context_);
   AddWorkspaceRoutes(router_, *context_);
+  AddWorkspaceWriteRoutes(router_, *context_);
+  AddCheckoutRoutes(router_, *context_);
+  AddDocumentWriteRoutes(router_, *context_);
+  AddCreationFactoryRoutes(router_, *context_);
+  AddApplicationVersionRoutes(router_, *context_);
   AddContentRoutes(router_, *context_);
   AddFeatureRoutes(router_, *context_);
 }
@@ -60,18 +70,35 @@ std::string Simulator::UserOf(std::string_view authorization) const {
 }
 
 Response Simulator::Handle(Request& request) {
-  if (request.user.empty()) {
-    auto response = ErrorResponse(401, "unauthorized", "this server wants a user name and a password");
-    response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"vantry-sim\", charset=\"UTF-8\"");
-    return response;
-  }
+  if (request.user.empty()) return Unauthorized();
+  return Guarded([&] { return Route(request); });
+}
+
+/// Runs one handler at a time, and answers for what it throws.
+Response Simulator::Guarded(const std::function<Response()>& answer) {
   try {
     const std::lock_guard lock(mutex_);
-    return Route(request);
+    return answer();
   } catch (const std::exception& error) {
     std::fprintf(stderr, "vantry-sim: %s\n", error.what());
     return ErrorResponse(500, "internal", "the server failed; its error output says why");
   }
+}
+
+std::unique_ptr<UploadReceiver> Simulator::BeginUpload(Request& request, Response& refusal) {
+  std::unique_ptr<UploadReceiver> upload;
+  refusal = request.user.empty() ? Unauthorized() : Guarded([&] {
+    request.path = SplitTarget(OriginForm(request.target)).path;
+    Response response;
+    upload = ReceiverFor(*context_, request, response);
+    return response;
+  });
+  return upload;
+}
+
+Response Simulator::FinishUpload(UploadReceiver& upload, const Request& request) {
+  if (auto refusal = upload.Finish()) return std::move(*refusal);
+  return Guarded([&] { return StoreUpload(*context_, upload, request); });
 }
 
 Response Simulator::Route(Request& request) {

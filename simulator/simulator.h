@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -13,6 +14,7 @@
 #include "simulator/options.h"
 #include "simulator/router.h"
 #include "simulator/service_context.h"
+#include "simulator/upload_receiver.h"
 
 namespace vantry_sim {
 
@@ -35,6 +37,9 @@ class Simulator {
   /// The port where lists go on. Call before Handle; without it they go on where they began.
   void SetPagePort(int port) { context_->page_port = port; }
 
+  /// The port that takes uploads. Call before Handle; without it none are taken.
+  void SetUploadPort(int port) { context_->upload_port = port; }
+
   /// What goes wrong; counted over all ports together.
   [[nodiscard]] FaultTable& faults() { return faults_; }
 
@@ -45,8 +50,17 @@ class Simulator {
   /// A request with an empty user gets the 401. Any thread; one request is handled at a time.
   Response Handle(Request& request);
 
+  /// Starts an upload; its bytes go to the receiver and then to FinishUpload, on the caller's thread. The
+  /// request's body is not looked at. Any thread.
+  /// @return null with `refusal` filled
+  std::unique_ptr<UploadReceiver> BeginUpload(Request& request, Response& refusal);
+
+  /// Makes what was received the server's, whole or not at all, and answers. Any thread.
+  Response FinishUpload(UploadReceiver& upload, const Request& request);
+
  private:
   Response Route(Request& request);
+  Response Guarded(const std::function<Response()>& answer);
 
   Options options_;
   FaultTable faults_;

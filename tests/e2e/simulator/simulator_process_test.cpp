@@ -1,107 +1,15 @@
 // vantry-sim as the process that scripts start, stop and kill.
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <cstdlib>
 #include <filesystem>
-#include <regex>
 #include <string>
-#include <vector>
 
 #include "raw_client.h"
+#include "simulator_process.h"
 
+namespace vantry_sim {
 namespace {
-
-using vantry_sim::RawClient;
-
-/// A started vantry-sim with its standard output. Killed at the end if it still runs.
-class Process {
- public:
-  explicit Process(const std::vector<std::string>& arguments) {
-    int ends[2];
-    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
-    std::vector<char*> argv{const_cast<char*>(VANTRY_SIM_PROGRAM)};
-    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    id_ = fork();
-    if (id_ == 0) {
-      dup2(ends[1], STDOUT_FILENO);
-      execv(argv[0], argv.data());
-      _exit(127);
-    }
-    close(ends[1]);
-    output_ = ends[0];
-  }
-  Process(const Process&) = delete;
-  Process& operator=(const Process&) = delete;
-  ~Process() {
-    if (id_ > 0) {
-      Signal(SIGKILL);
-      Wait();
-    }
-    close(output_);
-  }
-
-  /// The next line of standard output; what there is after ten seconds of silence or at the end.
-  std::string Line() {
-    std::string line;
-    char c = 0;
-    for (;;) {
-      pollfd entry{output_, POLLIN, 0};
-      if (poll(&entry, 1, 10'000) <= 0 || read(output_, &c, 1) != 1) return line;
-      if (c == '\n') return line;
-      line += c;
-    }
-  }
-
-  /// The port of the ready line; 0 when it isn't one.
-  int ReadyPort() {
-    const std::string line = Line();
-    std::smatch match;
-    if (!std::regex_match(line, match,
-                          std::regex("vantry-sim listening on http://127\\.0\\.0\\.1:([0-9]+)(/vt)?/"))) {
-      ADD_FAILURE() << "not a ready line: " << line;
-      return 0;
-    }
-    return std::atoi(match[1].str().c_str());
-  }
-
-  void Signal(int signal) const { kill(id_, signal); }
-
-  /// The exit code, or 1000 and the signal that ended it.
-  int Wait() {
-    int status = 0;
-    waitpid(id_, &status, 0);
-    id_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-  }
-
- private:
-  pid_t id_ = -1;
-  int output_ = -1;
-};
-
-class SimulatorProcess : public ::testing::Test {
- protected:
-  SimulatorProcess() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "vantry-sim-process-XXXXXX").string();
-    directory_ = mkdtemp(pattern.data());
-  }
-  ~SimulatorProcess() override { std::filesystem::remove_all(directory_); }
-
-  std::vector<std::string> Arguments(std::vector<std::string> more = {}) const {
-    std::vector<std::string> all{"--port", "0", "--data", (directory_ / "data").string(), "--large", "4096"};
-    all.insert(all.end(), more.begin(), more.end());
-    return all;
-  }
-
-  std::filesystem::path directory_;
-};
 
 constexpr const char* kFork = "/servlet/rest/v1/dkm/documents/D1001";
 
@@ -177,3 +85,4 @@ TEST_F(SimulatorProcess, BadUsageEndsWithTwo) {
 }
 
 }  // namespace
+}  // namespace vantry_sim

@@ -43,6 +43,13 @@ RawAnswer RawClient::Get(const std::string& target, const std::string& header_li
   return Read();
 }
 
+RawAnswer RawClient::Post(const std::string& target, const std::string& header_lines,
+                          const std::string& body) {
+  Send("POST " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\n" + header_lines +
+       "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+  return Read();
+}
+
 RawAnswer RawClient::Read(int milliseconds, bool head_only) {
   RawAnswer answer;
   const auto first = Line(milliseconds);
@@ -57,7 +64,7 @@ RawAnswer RawClient::Read(int milliseconds, bool head_only) {
     std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
     answer.headers[name] = line->substr(std::min(colon + 2, line->size()));
   }
-  if (head_only) {
+  if (head_only || answer.status == 204) {
     answer.complete = true;
   } else if (answer.headers.count("transfer-encoding") != 0) {
     for (;;) {

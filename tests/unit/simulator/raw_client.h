@@ -25,6 +25,9 @@ class RawClient {
   void Send(const std::string& bytes);
   /// Sends a GET with a Host header, and the header lines given (each with CR LF), and reads the answer.
   RawAnswer Get(const std::string& target, const std::string& header_lines = {});
+  /// Sends a POST with a Host header, the header lines given (each with CR LF) and a body, and reads the
+  /// answer.
+  RawAnswer Post(const std::string& target, const std::string& header_lines, const std::string& body);
   /// Reads one answer. A silence of `milliseconds` ends it as incomplete.
   RawAnswer Read(int milliseconds = 10'000, bool head_only = false);
   /// Whether the server has closed, waiting for it up to `milliseconds`.

@@ -57,6 +57,45 @@ class SimulatorTest : public ::testing::Test {
     return document;
   }
 
+  /// The nonce, fetched as clients do it.
+  std::string Nonce() {
+    const auto answer = GetJson("/servlet/rest/security/csrf");
+    return answer["items"][0]["attributes"]["nonce"].GetString();
+  }
+
+  /// A POST of JSON as clients send it.
+  Response Post(const std::string& target, const std::string& body, const std::string& user = "anna") {
+    Request request;
+    request.method = "POST";
+    request.target = target;
+    request.host = "sim.example:8080";
+    request.user = user;
+    request.nonce = Nonce();
+    request.content_type = "application/json";
+    request.body = body;
+    return simulator_->Handle(request);
+  }
+
+  rapidjson::Document PostJson(const std::string& target, const std::string& body,
+                               const std::string& user = "anna") {
+    const Response response = Post(target, body, user);
+    EXPECT_EQ(response.status, 200) << target << "\n" << response.body;
+    rapidjson::Document document;
+    document.Parse(response.body.c_str());
+    EXPECT_FALSE(document.HasParseError()) << response.body;
+    return document;
+  }
+
+  /// The status of a POST and the code of its refusal, such as "409 name-taken"; "200" for one that was done.
+  std::string Outcome(const std::string& target, const std::string& body, const std::string& user = "anna") {
+    const Response response = Post(target, body, user);
+    rapidjson::Document reason;
+    reason.Parse(response.body.c_str());
+    if (response.status < 300 || !reason.IsObject()) return std::to_string(response.status);
+    EXPECT_STRNE(reason["error"]["message"].GetString(), "");
+    return std::to_string(response.status) + " " + reason["error"]["code"].GetString();
+  }
+
   /// One member of each row of an OData list, in the order of the rows.
   std::vector<std::string> Column(const std::string& target, const char* member,
                                   const std::string& user = "anna") {

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vantry_sim {
+
+/// Reads members of one JSON object and remembers the first that is wrong. A member that is missing leaves
+/// what it is read into as it was, unless it is required.
+class JsonMembers {
+ public:
+  /// @param value if it is no object, that is the first problem. @param problem where problems are told
+  JsonMembers(const rapidjson::Value& value, std::string& problem);
+
+  JsonMembers& Text(const char* name, std::string& out, bool required = false);
+  JsonMembers& Flag(const char* name, bool& out);
+  JsonMembers& Number(const char* name, std::int64_t& out, bool required = false);
+
+  /// The member, if it is there and an object or an array; null otherwise.
+  const rapidjson::Value* Object(const char* name, bool required = false);
+  const rapidjson::Value* Array(const char* name, bool required = false);
+
+  /// Whether the member stands there at all.
+  [[nodiscard]] bool Has(const char* name) const;
+
+ private:
+  const rapidjson::Value* Find(const char* name, bool required);
+  void Wrong(const char* name, const char* what);
+
+  const rapidjson::Value* object_ = nullptr;
+  std::string& problem_;
+};
+
+}  // namespace vantry_sim

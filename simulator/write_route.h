@@ -1,0 +1,24 @@
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include <functional>
+#include <string_view>
+
+#include "simulator/router.h"
+#include "simulator/service_context.h"
+
+namespace vantry_sim {
+
+/// Refuses with 403 a request that doesn't bring the nonce.
+Refusal RefuseNonce(const ServiceContext& context, const Request& request);
+
+/// Answers a write. The body was read; the database is in a transaction.
+using WriteHandler = std::function<Response(const Request& request, const rapidjson::Value& body)>;
+
+/// Adds a POST route whose body is JSON. Without the nonce comes 403, without a JSON content type 415, with a
+/// body that cannot be read 400, and the handler isn't run. What it wrote stands when its answer is a 2xx,
+/// and is undone otherwise.
+void AddWrite(Router& router, const ServiceContext& context, std::string_view pattern, WriteHandler handler);
+
+}  // namespace vantry_sim
