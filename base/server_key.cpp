@@ -24,8 +24,8 @@ std::string NormalizeServerUri(const char* url) {
   const auto rest = BehindScheme(url);
   if (!rest) return {};
   std::string_view kept = *rest;
-  // An "@" before the first "/" ends the key: what stands before it is kept, and not the host behind it. Keys
-  // that hosts have stored are made so; to keep the host would orphan them.
+  // An "@" before the first "/" ends the key: what stands before it is kept, and not the host behind it. UIDs
+  // hold keys of this form, and one that kept the host would name another server than they do.
   const auto position = kept.find_first_of("@/");
   if (position != std::string_view::npos && kept[position] == '@') kept = kept.substr(0, position);
   std::string key = UidScheme();

@@ -34,8 +34,8 @@ bool IsGiven(const char* value) {
   return value != nullptr && *value != '\0';
 }
 
-// The two kinds of flag read their value differently, and stay so. Hosts write "false" to the browse flags
-// and mean off, and have always written anything at all to the legacy flag and meant on.
+// The two kinds of flag read their value differently, and stay so. "false" turns the browse flags off, and
+// turns the legacy flag on like any other value.
 bool AnyValueIsOn(const char* value) {
   return IsGiven(value);
 }

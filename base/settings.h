@@ -29,12 +29,17 @@ namespace lxservices::cms_interface {
 
 /// Makes the two schemes of a stem; null or empty brings the defaults back.
 void SetUriStem(const char* stem);
-/// On for any value but null and the empty text: even "false" turns it on, and hosts rely on that.
+/// On for any value but null and the empty text: even "false" turns it on.
 void SetLegacyVfsPaths(const char* value);
+/// A text; null counts as empty, which brings back the default of whoever reads it.
 void SetAuthoringApplication(const char* value);
+/// A text; null counts as empty: no registration.
 void SetAuthAppVersionToRegister(const char* value);
+/// A text; null counts as empty, which brings back the default of whoever reads it.
 void SetAuthAppVersion(const char* value);
+/// A text; null counts as empty, which brings back the default.
 void SetTemporaryWorkspacePrefix(const char* value);
+/// A text; null counts as empty, which brings back the default.
 void SetTemporaryWorkspaceDescription(const char* value);
 /// Off for null, the empty text and exactly "false"; on for anything else, "False" included.
 void SetBrowseDynamicDocuments(const char* value);

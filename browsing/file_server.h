@@ -66,7 +66,7 @@ class FileServer {
   virtual Status ReadDetails(const char* id, DocumentQuery& query) = 0;
   /// Reads the summary of an object. One request.
   virtual Status GetFileInfo(const char* id, FileInfo& info) = 0;
-  /// True. Nothing calls it; hosts that derive from this class rely on its place.
+  /// True. Nothing calls it; its place among the operations is kept.
   [[nodiscard]] virtual bool AlwaysTrue() = 0;
   /// Creates a document at a path. Makes requests.
   virtual Status UploadNew(const char* path, const DocumentUploadParams& params, FileInfo& info,
@@ -81,8 +81,11 @@ class FileServer {
   [[nodiscard]] virtual bool ReadDirExt(const char* path, DirEntryCallback callback, ReadDirFlags flags) = 0;
   /// A lister of a directory that is resolved now and read later; empty when there is none. Makes requests.
   [[nodiscard]] virtual std::function<bool(DirEntryCallback, ReadDirFlags)> OpenDir(const char* path) = 0;
+  /// Whether documents can be created at a path. No request.
   [[nodiscard]] virtual bool IsPathWritable(const char* path) = 0;
+  /// Whether a listing of a path can show versions. The first call makes requests.
   [[nodiscard]] virtual bool CanPathShowVersions(const char* path) = 0;
+  /// Whether a listing of a path can show details. The first call makes requests.
   [[nodiscard]] virtual bool CanPathShowDetails(const char* path) = 0;
   /// The URL of the connection, as it was given.
   [[nodiscard]] virtual std::string GetServerURL() = 0;
@@ -109,15 +112,23 @@ class FileServer {
 /// Resolved once, read as often as wanted. Holds a share of the connection and not of the server object.
 using DirLister = std::function<bool(DirEntryCallback, FileServer::ReadDirFlags)>;
 
+/// Checking documents out and in. Ids are CheckoutIds; false, traced, on failure. Everything makes requests
+/// on the caller's thread.
 class CheckoutServer {
  public:
   virtual ~CheckoutServer() = default;
 
+  /// Reads where a document stands.
   [[nodiscard]] virtual bool GetCheckoutState(const char* id, VtCheckoutState& state) = 0;
+  /// Checks a document out; the summary carries the id to go on with.
   [[nodiscard]] virtual bool Checkout(const char* id, FileInfo& info) = 0;
+  /// Throws a working copy away.
   [[nodiscard]] virtual bool UndoCheckout(const char* id, FileInfo& info) = 0;
+  /// Puts a new iteration into the workspace of a checkout.
   virtual Status Store(const char* id, const DocumentUploadParams& params, ProgressFunction progress) = 0;
+  /// Makes a working copy the document's next iteration.
   [[nodiscard]] virtual bool Checkin(const char* id, FileInfo& info) = 0;
+  /// Confirms a checkout, and renews one in a temporary workspace that is out of date.
   [[nodiscard]] virtual bool VerifyCheckout(const char* id, FileInfo& info, VtCheckoutState& state) = 0;
 };
 

@@ -1,5 +1,7 @@
 #include "connection/csrf_nonce.h"
 
+#include <algorithm>
+#include <string_view>
 #include <vector>
 
 #include "connection/json_members.h"
@@ -10,12 +12,20 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-// The header line; empty when the two texts do not make one line. A server's line feed in them would add
-// header lines of its choice to every later write.
+// Bytes that a header's name may consist of.
+bool IsNameByte(char byte) {
+  constexpr std::string_view marks = "!#$%&'*+-.^_`|~";
+  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') ||
+         marks.find(byte) != std::string_view::npos;
+}
+
+// The header line; empty when the two texts do not make one, and then the next write asks again. A server's
+// line feed in them would add header lines of its choice to every later write.
 std::string MakeHeaderLine(std::string_view key, std::string_view value) {
   constexpr std::string_view lineBreaks("\r\n\0", 3);
   std::string line = std::string(key) + ": " + std::string(value);
-  return line.find_first_of(lineBreaks) == std::string::npos ? line : std::string();
+  const bool isName = !key.empty() && std::all_of(key.begin(), key.end(), IsNameByte);
+  return isName && line.find_first_of(lineBreaks) == std::string::npos ? line : std::string();
 }
 
 }  // namespace

@@ -11,8 +11,8 @@
 /// neither here nor in the readers that walk a document. Makes no request.
 namespace lxservices::cms_interface::vantry {
 
-/// Deepest nesting of objects and arrays that is read. The deepest answer of a real server, an expanded
-/// folder tree, has two levels for each folder level.
+/// Deepest nesting of objects and arrays that is read. An expanded folder tree, the deepest
+/// answer there is, takes two levels for each folder level.
 inline constexpr int maximumJsonDepth = 512;
 
 /// Passes events on to another handler and ends the parse below maximumJsonDepth.

@@ -34,7 +34,7 @@ bool SettleDataAdmin(ServiceFlags& flags, VtConnection& connection) {
   const Status status = FetchSchema(connection, "servlet/odata/DataAdmin/$metadata", &query, &version);
   if (status == Ok) {
     flags.dataAdminPresent = true;
-    // The member exists in some schemas before version 4, where it does not work.
+    // Before version 4 the member does not count, even where a schema has it.
     const bool hasFolderContents = query.front().navigationProperties.front().found;
     flags.folderContents = version >= 5 || (version == 4 && hasFolderContents);
     flags.dataAdminV5 = version >= 5;

@@ -37,7 +37,7 @@ struct CheckoutId {
                                                     std::string_view working);
 
 /// The workspace form, or `working` alone for an empty workspace. An empty `working` in a workspace gives
-/// "|" and the workspace, unlike the temporary form, which gives nothing then; hosts meet both.
+/// "|" and the workspace, unlike the temporary form, which gives nothing then; the two stay different.
 [[nodiscard]] std::string FormatWorkspaceId(std::string_view workspace, std::string_view working);
 
 }  // namespace lxservices::cms_interface::vantry

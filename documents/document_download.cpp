@@ -1,13 +1,16 @@
 #include "documents/document_download.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "base/text.h"
 #include "base/tracers.h"
+#include "connection/platform/files.h"
 #include "connection/url_split.h"
 #include "documents/checkout_id.h"
 #include "documents/document_reads.h"
@@ -15,15 +18,26 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-// What stands in a local file; empty when it cannot be read.
+// What stands in a local file up to the first zero byte, which is where a traced text ends; empty when it
+// cannot be read. A content whose transfer broke off is large and seldom text, and is not to be taken into
+// memory whole.
 std::string ReadLocalFile(const char* path) {
   // Opening a pipe that nobody writes to would wait for ever, and a device may never end.
   std::error_code error;
   if (!std::filesystem::is_regular_file(path, error)) return {};
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  if (file) text << file.rdbuf();
-  return text.str();
+  std::FILE* file = du::FileSystem::lxfopen(path, "rb");
+  if (file == nullptr) return {};
+  std::string text;
+  std::array<char, 64 * 1024> piece;
+  bool ended = false;
+  while (!ended) {
+    const std::size_t count = std::fread(piece.data(), 1, piece.size(), file);
+    const std::size_t zero = std::string_view(piece.data(), count).find('\0');
+    ended = count < piece.size() || zero != std::string_view::npos;
+    text.append(piece.data(), std::min(count, zero));
+  }
+  std::fclose(file);
+  return text;
 }
 
 }  // namespace

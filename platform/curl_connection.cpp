@@ -144,6 +144,20 @@ void CurlConnection::SetAuthentication(const OutgoingRequest& request) {
 
 ErrorCode CurlConnection::Send(const OutgoingRequest& request, du::http::FileSink& sink,
                                const du::http::TransportSettings& settings, int* httpStatus) {
+  // A host's progress function runs inside the exchange, and may call the library for the same server. That
+  // must not touch what the exchange still uses.
+  if (busy_) return ErrorCode::NoConnection;
+  struct Occupation {
+    explicit Occupation(bool& flag) : busy(flag) { busy = true; }
+    ~Occupation() { busy = false; }
+    bool& busy;
+  };
+  const Occupation occupation(busy_);
+  return SendAlone(request, sink, settings, httpStatus);
+}
+
+ErrorCode CurlConnection::SendAlone(const OutgoingRequest& request, du::http::FileSink& sink,
+                                    const du::http::TransportSettings& settings, int* httpStatus) {
   exchange_.Start(request.body, &sink, std::chrono::seconds(settings.stallTimeoutSeconds));
   SetLimits(settings);
   SetMethod(request);

@@ -36,7 +36,8 @@ class CurlConnection final : public du::http::Connection {
   [[nodiscard]] const Origin& origin() const { return origin_; }
 
   /// Sends one request and reads its answer into the sink; follows no redirect. A demand for authentication
-  /// that the request's own user and password can answer is answered on the way.
+  /// that the request's own user and password can answer is answered on the way. A request from inside
+  /// another one's source, sink or progress function gets `NoConnection`.
   [[nodiscard]] du::http::ErrorCode Send(const OutgoingRequest& request, du::http::FileSink& sink,
                                          const du::http::TransportSettings& settings, int* httpStatus);
 
@@ -58,6 +59,8 @@ class CurlConnection final : public du::http::Connection {
   };
 
   CurlConnection(Origin origin, CURL* handle);
+  [[nodiscard]] du::http::ErrorCode SendAlone(const OutgoingRequest& request, du::http::FileSink& sink,
+                                              const du::http::TransportSettings& settings, int* httpStatus);
   void SetFixedOptions();
   void SetLimits(const du::http::TransportSettings& settings);
   void SetMethod(const OutgoingRequest& request);
@@ -65,6 +68,7 @@ class CurlConnection final : public du::http::Connection {
   void SetAuthentication(const OutgoingRequest& request);
 
   Origin origin_;
+  bool busy_ = false;      ///< an exchange is under way
   CurlExchange exchange_;  ///< in front of the handle, whose last breath still calls it back
   std::unique_ptr<curl_slist, ListFreer> headerList_;
   std::vector<std::string> headerLines_;  ///< what `headerList_` was built from

@@ -27,7 +27,9 @@ PathTarget SplitAddress(const char* path) {
   UidParts uid = SplitUid(path);
   target.base = std::move(uid.base);
   target.id = std::move(uid.id);
-  target.server = FindServerByKey(target.base);
+  // A text that is no address has no base. A server whose URL cannot be read stands under the empty key, and
+  // must not be found by such a text.
+  if (!target.base.empty()) target.server = FindServerByKey(target.base);
   return target;
 }
 

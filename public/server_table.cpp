@@ -75,8 +75,8 @@ std::shared_ptr<FileServer> AddServer(const std::string& nickname, const std::st
 std::shared_ptr<FileServer> AddServerWithDerivedNickname(const std::string& url) {
   const std::string text = WithTrailingSlash(url);
   std::string nickname = du::GetURIPart(text, du::URIPart::Host);
-  // Each suffix goes behind the one before, so the series runs "host", "host-1", "host-1-2": hosts have
-  // stored paths with these nicknames, and a tidier series would break them.
+  // Each suffix goes behind the one before, so the series runs "host", "host-1", "host-1-2": that is
+  // the series to keep, since paths that hosts hold contain these nicknames.
   for (int counter = 1; FindServerByNickname(nickname) != nullptr; ++counter) {
     nickname += "-" + std::to_string(counter);
   }

@@ -29,4 +29,23 @@ for function in $declared; do
     failed=yes
   fi
 done
+for symbol in 'VtDirectUtils::GetLocalFile(char const\*)' \
+  'VtDirectUtils::LocalFileHolder::LocalFileHolder(' 'VtDirectUtils::LocalFileHolder::~LocalFileHolder()' \
+  'VtDirectUtils::LocalFileHolder::GetLocalPath' 'VtDirectUtils::LocalFileHolder::IsTemporary()'; do
+  if ! grep -q "^$symbol" <<<"$exported"; then
+    echo "$symbol is declared and not exported" >&2
+    failed=yes
+  fi
+done
+
+# What a host calls of the platform itself.
+platform=$(exports_of libvtdirect_platform.so)
+for function in du::http::SetPasswordCredentials du::http::SetBearerToken du::http::ClearCredentials \
+  du::http::ClearAllCredentials du::http::SetTransportSettings du::http::GetTransportSettings \
+  du::SetCatalogueDirectory dp::SetTraceHandler; do
+  if ! grep -q "^$function(" <<<"$platform"; then
+    echo "$function is declared and not exported" >&2
+    failed=yes
+  fi
+done
 [ $failed = no ]

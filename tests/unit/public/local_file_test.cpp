@@ -114,7 +114,7 @@ TEST_F(LocalCopy, OfAnUnknownServerLeavesNothingBehind) {
   EXPECT_TRUE(directory.Entries().empty());
 }
 
-// There is no holder yet that would remove the directory. Hosts count on it: see GetLocalFile.
+// There is no holder yet that would remove the directory. That is how GetLocalFile works.
 TEST_F(LocalCopy, WithoutANameLeavesItsDirectoryBehind) {
   EXPECT_EQ(GetLocalFile("korvufenloom-vfs://plm/P/C/F/a/"), nullptr);
   EXPECT_EQ(directory.Entries().size(), 1u);

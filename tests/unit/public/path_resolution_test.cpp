@@ -36,6 +36,16 @@ TEST_F(TargetResolution, TakesAVfsPathApartAndAsksNothing) {
   EXPECT_TRUE(trace.lines().empty());
 }
 
+TEST_F(TargetResolution, FindsNoServerOfAnUnreadableUrlForATextThatIsNoAddress) {
+  UpdateServerList({{"bad", "ftp://plm.example/"}});
+  for (const char* text : {"hello", "", "http://plm.example/", "//"}) {
+    trace.Clear();
+    EXPECT_EQ(ResolveTarget(text, {}, 0).server, nullptr) << text;
+    ASSERT_EQ(trace.lines().size(), 1u) << text;
+    EXPECT_EQ(trace.lines().front().text, "Failed to connect to server path " + std::string(text) + "\n");
+  }
+}
+
 TEST_F(TargetResolution, TakesTheBareForm) {
   const PathTarget target = ResolveTarget("//plm/x", {}, 0);
   ASSERT_NE(target.server, nullptr);

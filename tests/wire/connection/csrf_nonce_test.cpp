@@ -164,6 +164,17 @@ TEST_F(CsrfNonce, ANonceThatIsMoreThanOneHeaderLineIsNone) {
   }
 }
 
+TEST_F(CsrfNonce, AKeyThatIsNoHeaderNameIsAFailedFetchAndTriedAgain) {
+  for (const char* key : {"", "two words", "K:", "K\\t", "\xC3\xA4"}) {
+    const std::string text = key;
+    transport.Then(200,
+                   R"({"items":[{"id":"csrf","attributes":{"nonce_key":")" + text + R"(","nonce":"v"}}]})");
+    EXPECT_EQ(connection.CsrfHeader(), "") << key;
+  }
+  transport.Then(200, R"({"items":[{"id":"csrf","attributes":{"nonce_key":"K-1_a","nonce":"v w"}}]})");
+  EXPECT_EQ(connection.CsrfHeader(), "K-1_a: v w");
+}
+
 TEST_F(CsrfNonce, TwoConnectionsHaveNoncesOfTheirOwn) {
   VtConnection other(server, [](const char*) { return false; });
   transport.Then(200, restAnswer).Then(404);

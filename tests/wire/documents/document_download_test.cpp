@@ -164,6 +164,13 @@ TEST_F(Download, TracesTheWholeOfARefusalAndLeavesItInTheFile) {
   EXPECT_EQ(ReadFile(file), answer);
 }
 
+TEST_F(Download, TracesAnAnswerUpToItsFirstZeroByte) {
+  const std::string head(70'000, 'x');
+  transport.Then(200, DocumentAt(contentUrl))
+      .Then(403, head + std::string(1, '\0') + std::string(70'000, 'y'));
+  ExpectFailure(head);
+}
+
 TEST_F(Download, TakesNoOtherSuccessThan200) {
   for (const int status : {201, 204, 206, 299}) {
     trace.Clear();
