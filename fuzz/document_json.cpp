@@ -1,0 +1,19 @@
+#include <cstddef>
+#include <cstdint>
+
+#include "connection/json_parsing.h"
+#include "documents/document_reader.h"
+#include "documents/file_info.h"
+
+using namespace lxservices::cms_interface::vantry;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  rapidjson::MemoryStream stream(reinterpret_cast<const char*>(data), size);
+  rapidjson::Document document;
+  if (!ParseJson(stream, document)) return 0;
+  DocumentRecord record;
+  if (ReadDocumentRecord(document, record)) (void)MakeFileInfo(record);
+  WorkspaceRecord workspace;
+  ReadWorkspace(document, workspace);
+  return 0;
+}
