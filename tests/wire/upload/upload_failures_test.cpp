@@ -19,9 +19,10 @@ const Answer noList{200, "[]"};
 const TraceLine uploaded = Information("Uploaded document id D9 (A.2)\n");
 const TraceLine refusedPost = Error("Failed to update document with error {error}\n");
 const TraceLine refusedUpload = Error("Failed to upload document with error {error}\n");
-const TraceLine noSchema{
-    0, "CmsInterface",
-    "Failed to get schema info servlet/odata/DynamicDocMgmt/$metadata from server " + std::string(plmUrl)};
+TraceLine NoSchema(const std::string& service) {
+  return {0, "CmsInterface",
+          "Failed to get schema info servlet/odata/" + service + "/$metadata from server " + plmUrl};
+}
 
 // A step that the flow takes; its failures are told of apart.
 struct Request {
@@ -49,13 +50,13 @@ class UploadFailures : public UploadFrontTest {
     ending.lines.insert(ending.lines.begin() + 1, Get(noncePath));
     return ending;
   }
-  void Walk(const std::vector<Step>& steps, const std::string& address) {
+  void Walk(const std::vector<Step>& steps, const std::string& address, std::size_t first = 0) {
     const auto leftovers = [this] {
       Lines names = directory.Entries();
       std::erase(names, "local");
       return names;
     };
-    WalkFailures(transport, trace, steps, leftovers, [&] {
+    WalkFailuresFrom(first, transport, trace, steps, leftovers, [&] {
       // A server object that remembers nothing.
       UpdateServerList({});
       UpdateServerList({{"plm", plmUrl}});
@@ -74,7 +75,7 @@ class UploadFailures : public UploadFrontTest {
   // piece counts as read, so only a refusal leads here.
   static Ending NotProbed() {
     return {"false 1 (null);",
-            {noSchema, Error("Failed to connect to server path https://plm.example/vt/\n")},
+            {NoSchema("DynamicDocMgmt"), Error("Failed to connect to server path https://plm.example/vt/\n")},
             {{500, "boom"}},
             {Get("servlet/rest/v1/contexts")}};
   }
@@ -166,6 +167,71 @@ TEST_F(UploadFailures, OfAStoreIntoATemporaryCheckout) {
         {flow[7].line, flow[7].answer, notCheckedIn, unknownId},
         {flow[8].line, flow[8].answer, notDeleted, {stored, success}}},
        temporaryUid);
+}
+
+TEST_F(UploadFailures, OfACreation) {
+  setenv("FENLOOM_LANGUAGE", "en", 1);
+  const std::string path = "Products/Gadget/Folders/Sub/pump.fnl";
+  const std::string objectsLine =
+      Get("servlet/rest/objects?typeId=vn.epm.EPMDocument&$select=number&$filter=CADName eq 'pump.fnl'");
+  const Flow flow{{probeLine, schema},
+                  {Get("servlet/odata/DataAdmin/$metadata"), {404, ""}},
+                  {probeLine, {404, ""}},
+                  {Get("servlet/odata/CADDocumentMgmt/$metadata"), {404, ""}},
+                  {objectsLine, noList},
+                  {objectsLine, noList},
+                  {Get("servlet/rest/v1/contexts?type=Product"),
+                   {200, R"({"items":[{"id":"OR:vn.Product:5","attributes":{"name":"Gadget"}}]})"}},
+                  {Get("servlet/rest/v1/contexts/OR%3Avn.Product%3A5/folders"),
+                   {200, R"({"items":[{"id":"F1","attributes":{"name":"Sub"}}]})"}},
+                  {Get(noncePath), nonce},
+                  {Post(factoryPath), {200, Ticket(1)}},
+                  {uploadLine, {200, Receipts(1)}},
+                  {Post(documentsPath), storedAnswer}};
+  const TraceLine noRows = Error("Failed find any document with CADName pump.fnl");
+  const TraceLine notInFolder = Miss("Failed to find file pump.fnl");
+  // What is traced up to the transfer when the searches, in their order, could be made.
+  const auto searched = [&](bool first, bool second, const Traces& rest) {
+    Traces traces{NoSchema("DataAdmin"), NoSchema("DynamicDocMgmt"), NoSchema("CADDocumentMgmt")};
+    for (const bool made : {first, second}) {
+      if (made) traces.push_back(noRows);
+      traces.push_back(notInFolder);
+    }
+    traces.push_back(Miss("Failed to find file " + path));
+    traces.push_back(Storing(path));
+    traces.insert(traces.end(), rest.begin(), rest.end());
+    return traces;
+  };
+  const Traces success = searched(true, true, {uploaded});
+  const TraceLine notCreated =
+      Error("Failed to create document (" + mainPath + ", , ) on server ctx OR:vn.Product:5, folder F1\n");
+  const auto failed = [&](const TraceLine& line) {
+    return Ending{"false 7 (null);", searched(true, true, {line, notCreated})};
+  };
+  const Ending none{"not walked", {}};
+  const Ending noContext{"false 7 (null);",
+                         searched(true, true, {Error("Failed to locate context Gadget on server\n")})};
+  // The server decides where a document without a folder goes.
+  const Ending noFolder = GoesOn(flow, 8, stored, success);
+  const Ending withoutNonce = GoesOnWithoutNonce(flow, 8, stored, success);
+  std::vector<Step> steps;
+  for (std::size_t index = 0; index < 4; ++index) {
+    steps.push_back({flow[index].line, flow[index].answer, none, none});
+  }
+  const std::vector<std::pair<Ending, Ending>> endings{
+      {GoesOn(flow, 5, stored, searched(false, true, {uploaded})), GoesOn(flow, 5, stored, success)},
+      {GoesOn(flow, 6, stored, searched(true, false, {uploaded})), GoesOn(flow, 6, stored, success)},
+      {noContext, noContext},
+      {noFolder, noFolder},
+      {withoutNonce, withoutNonce},
+      {failed(refusedPost), failed(refusedPost)},
+      {failed(refusedUpload), failed(refusedUpload)},
+      {failed(refusedPost), failed(refusedPost)}};
+  for (const auto& [refused, unreadable] : endings) {
+    const Request& request = flow[steps.size()];
+    steps.push_back({request.line, request.answer, refused, unreadable});
+  }
+  Walk(steps, "//plm/" + path, 4);
 }
 
 }  // namespace
