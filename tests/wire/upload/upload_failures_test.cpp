@@ -169,7 +169,23 @@ TEST_F(UploadFailures, OfAStoreIntoATemporaryCheckout) {
        temporaryUid);
 }
 
-TEST_F(UploadFailures, OfACreation) {
+// What a creation at a path traces up to its end, when the two searches for its name could be made or not.
+class CreationFailures : public UploadFailures {
+ protected:
+  [[nodiscard]] Traces Searched(bool first, bool second, const std::string& path, const Traces& rest) const {
+    Traces traces{NoSchema("DataAdmin"), NoSchema("DynamicDocMgmt"), NoSchema("CADDocumentMgmt")};
+    for (const bool made : {first, second}) {
+      if (made) traces.push_back(Error("Failed find any document with CADName pump.fnl"));
+      traces.push_back(Miss("Failed to find file pump.fnl"));
+    }
+    traces.push_back(Miss("Failed to find file " + path));
+    traces.push_back(Storing(path));
+    traces.insert(traces.end(), rest.begin(), rest.end());
+    return traces;
+  }
+};
+
+TEST_F(CreationFailures, AtAPath) {
   setenv("FENLOOM_LANGUAGE", "en", 1);
   const std::string path = "Products/Gadget/Folders/Sub/pump.fnl";
   const std::string objectsLine =
@@ -188,19 +204,8 @@ TEST_F(UploadFailures, OfACreation) {
                   {Post(factoryPath), {200, Ticket(1)}},
                   {uploadLine, {200, Receipts(1)}},
                   {Post(documentsPath), storedAnswer}};
-  const TraceLine noRows = Error("Failed find any document with CADName pump.fnl");
-  const TraceLine notInFolder = Miss("Failed to find file pump.fnl");
-  // What is traced up to the transfer when the searches, in their order, could be made.
   const auto searched = [&](bool first, bool second, const Traces& rest) {
-    Traces traces{NoSchema("DataAdmin"), NoSchema("DynamicDocMgmt"), NoSchema("CADDocumentMgmt")};
-    for (const bool made : {first, second}) {
-      if (made) traces.push_back(noRows);
-      traces.push_back(notInFolder);
-    }
-    traces.push_back(Miss("Failed to find file " + path));
-    traces.push_back(Storing(path));
-    traces.insert(traces.end(), rest.begin(), rest.end());
-    return traces;
+    return Searched(first, second, path, rest);
   };
   const Traces success = searched(true, true, {uploaded});
   const TraceLine notCreated =
