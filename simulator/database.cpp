@@ -40,6 +40,10 @@ bool Statement::Step() {
 void Statement::Run() {
   while (Step()) {
   }
+  Reset();
+}
+
+void Statement::Reset() {
   sqlite3_reset(handle_);
 }
 

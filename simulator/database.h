@@ -53,6 +53,9 @@ class Statement {
   /// Runs a statement that gives no rows and makes it ready to be bound and run again. @throws DatabaseError
   void Run();
 
+  /// Makes the statement ready to be bound and run again.
+  void Reset();
+
   [[nodiscard]] std::string Text(int column) const;
   [[nodiscard]] std::int64_t Integer(int column) const;
   [[nodiscard]] bool IsNull(int column) const;

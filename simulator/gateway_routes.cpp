@@ -39,11 +39,16 @@ Response Listing(const ServiceContext& context, const Request& request) {
   for (const FolderRow& below : SubFolders(context.database, folder->key)) {
     json.String(place + "/folders?path=" + parent + shown(below.name));
   }
+  // In the order of the OData lists: the dynamic documents first, each kind newest first.
   auto documents = context.database.Prepare(
-      "SELECT m.cad_name FROM iterations i JOIN masters m ON m.id = i.master "
-      "WHERE i.folder = ?1 AND i.is_latest = 1 AND i.workspace IS NULL");
-  documents.Bind(folder->key);
-  while (documents.Step()) json.String(place + "/documents/" + shown(documents.Text(0)));
+      "SELECT m.cad_name FROM iterations i JOIN masters m ON m.id = i.master WHERE i.folder = ?1 AND "
+      "i.service = ?2 "
+      "AND i.is_latest = 1 AND i.workspace IS NULL ORDER BY i.version_key DESC, i.id");
+  for (const char* service : {"dynamic", "cad"}) {
+    documents.Bind(folder->key, service);
+    while (documents.Step()) json.String(place + "/documents/" + shown(documents.Text(0)));
+    documents.Reset();
+  }
   json.EndArray().EndObject();
   Response response;
   response.body = json.Take();

@@ -46,6 +46,13 @@ TEST_F(GatewayTest, PathWithASlashAtItsEndIsTheSameFolder) {
   EXPECT_EQ(Listing(kTrekking + "?path=Drivetrain%2F"), Listing(kTrekking + "?path=Drivetrain"));
 }
 
+TEST_F(GatewayTest, DynamicDocumentsComeInFrontOfCadDocuments) {
+  const auto document = GetJson(kTrekking);
+  const auto& elements = document["folderContent"];
+  EXPECT_STREQ(elements[elements.Size() - 1].GetString(),
+               "organizations/Kettenblitz/Trekking Bike/documents/handlebar.asm");
+}
+
 TEST_F(GatewayTest, NamesAreRawUnlessTheServerEscapesThem) {
   const std::string place = "organizations/Kettenblitz/Trekking Bike/documents/";
   const Texts raw = Listing(kTrekking + "?path=Drivetrain");

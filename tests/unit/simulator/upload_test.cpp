@@ -62,7 +62,8 @@ TEST_F(UploadTest, TicketIsForAReasonableNumberOfFiles) {
 }
 
 TEST_F(UploadTest, FilesLieInTheContentStoreByteForByte) {
-  const std::string odd("\r\n--BOUNDAR\0\xFF\r\n--", 20);
+  constexpr char kOdd[] = "\r\n--BOUNDAR\0\xFF\r\n--";
+  const std::string odd(kOdd, sizeof kOdd - 1);
   const auto uploaded = Upload({"first", odd, ""});
   ASSERT_EQ(uploaded.size(), 3U);
   EXPECT_EQ(ReadFile(directory_ / "data/content" / uploaded[0].stream), "first");
