@@ -96,8 +96,12 @@ VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* user) {
   return StatusOfState(state);
 }
 
-VtCheckoutStatus VerifyCheckout(const char* path, std::string& uid) {
+VtCheckoutStatus VerifyCheckout(const char* text, std::string& uid) {
+  // A host may hand in the text that is written over.
+  const std::string address = text != nullptr ? text : "";
+  const char* path = address.c_str();
   uid.clear();
+  if (text == nullptr) return CheckoutStatusFailed;
   const FileTarget target = ResolveFileTarget(path, {}, ResolveNeedId);
   if (target.server == nullptr) return CheckoutStatusFailed;
   CheckoutServer* checkout = CheckoutServerOf(target);
