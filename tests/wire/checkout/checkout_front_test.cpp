@@ -247,6 +247,14 @@ TEST_F(CheckoutFront, EmptiesTheUidOfACheckoutThatCannotBeVerified) {
   EXPECT_EQ(trace.lines(), Traces{Error("Failed to confirm checkout of " + uidStem + "D2|W12\n")});
 }
 
+TEST_F(CheckoutFront, VerifiesACheckoutIntoTheTextThatNamesIt) {
+  const std::string document = Document(R"("isLatest":true)");
+  transport.Then(200, document).Then(200, document).Then(200, "[]");
+  std::string uid = uidStem + "D1001";
+  EXPECT_EQ(VerifyCheckout(uid.c_str(), uid), CheckoutNone);
+  EXPECT_EQ(uid, uidStem + "D1001&file=/pump.fnl");
+}
+
 TEST_F(CheckoutFront, ConvertsACheckoutOfTheOlderForm) {
   const std::string uid = uidStem + "D1&file=/a%7Cb.fnl";
   EXPECT_EQ(ConvertLegacyCheckout(uid.c_str(), "W2|D3"), uidStem + "D1|W2|D3|T&file=/a%7Cb.fnl");
