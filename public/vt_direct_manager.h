@@ -238,7 +238,9 @@ struct DirHandleData;
 /// Owns an open directory; empty when there is none. It is destroyed inside the library.
 using DirHandle = std::unique_ptr<DirHandleData, void (*)(DirHandleData*)>;
 
-/// Lists the files and folders of a directory. Makes requests; memory does not grow with the directory.
+/// Lists the files and folders of a directory. Makes requests. The documents of a folder pass through row by
+/// row where the server lists them by its newer services; contexts, workspaces and the answer of an older
+/// server's gateway are held whole.
 /// @param callback  once per entry; the name is valid during the call only
 /// @param user      handed through to the callback untouched
 /// @return false without a server (nothing is sent), for a path that is no directory, and when the listing
@@ -254,7 +256,7 @@ VTDIRECT_API bool ReadDirExt(const char* path, void (*callback)(DirEntryExt& ent
                              ReadDirFlags flags);
 
 /// Walks to a directory now, to read it later without that walk. Makes requests. The handle keeps what it
-/// needs of the server alive through an UpdateServerList.
+/// needs of the server alive through an UpdateServerList, and an older server's listing until it is closed.
 /// @return an empty handle when there is no such directory or it cannot be reached
 [[nodiscard]] VTDIRECT_API DirHandle OpenDir(const char* path);
 
