@@ -222,6 +222,10 @@ TEST_F(VtDirect, PrintsRowsAsTheyArrive) {
 }
 
 TEST_F(VtDirect, ListsManyRowsInTheMemoryOfFew) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP()
+      << "AddressSanitizer holds freed memory back, so that the peak says nothing; the plain build tells";
+#endif
   const auto peakOf = [this](const std::string& rows) {
     const TemporaryDirectory directory;
     const Simulator simulator(directory.path(), {"--seed", "bulk:" + rows, "--page-size", "500"});
