@@ -30,10 +30,6 @@ Settings& TheSettings() {
   return settings;
 }
 
-bool IsGiven(const char* value) {
-  return value != nullptr && *value != '\0';
-}
-
 // The two kinds of flag read their value differently, and stay so. "false" turns the browse flags off, and
 // turns the legacy flag on like any other value.
 bool AnyValueIsOn(const char* value) {

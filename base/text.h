@@ -7,4 +7,9 @@ namespace lxservices::cms_interface {
   return text != nullptr ? text : "";
 }
 
+/// Whether a text from a host is neither null nor empty. Pure.
+[[nodiscard]] constexpr bool IsGiven(const char* text) noexcept {
+  return text != nullptr && *text != '\0';
+}
+
 }  // namespace lxservices::cms_interface

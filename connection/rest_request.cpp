@@ -1,5 +1,7 @@
 #include "connection/rest_request.h"
 
+#include "base/text.h"
+
 #include <string_view>
 #include <utility>
 
@@ -11,10 +13,6 @@ constexpr std::string_view acceptJson = "Accept: application/json";
 void AddLine(std::string& headers, std::string_view line) {
   if (!headers.empty()) headers += "\r\n";
   headers += line;
-}
-
-bool IsGiven(const char* text) {
-  return text != nullptr && *text != '\0';
 }
 
 }  // namespace

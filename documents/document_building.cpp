@@ -13,10 +13,6 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-bool IsGiven(const char* path) {
-  return path != nullptr && *path != '\0';
-}
-
 // The entry at an index, or null for an index outside.
 const UploadedContent* EntryAt(const std::vector<UploadedContent>& contents,
                                std::optional<std::size_t> index) {

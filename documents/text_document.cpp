@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/text.h"
 #include "base/tracers.h"
 #include "documents/content_upload.h"
 #include "documents/document_instruction.h"
@@ -15,10 +16,6 @@ namespace {
 
 constexpr const char* languageAttribute = "ZVK_DD_LANGUAGE";
 constexpr KindDefaults textDefaults{"TEXT", "{$CAD_NAME}", "xml", nullptr, "J-01"};
-
-const char* TextOrEmpty(const char* text) {
-  return text != nullptr ? text : "";
-}
 
 // What a text document is made of beside its content.
 struct TextProperties {

@@ -1,6 +1,7 @@
 #include "public/address_text.h"
 
 #include "base/settings.h"
+#include "base/text.h"
 #include "connection/platform/uri.h"
 #include "connection/url_escape.h"
 #include "public/vt_direct_manager.h"
@@ -25,10 +26,6 @@ std::optional<std::string_view> BehindVfsPrefix(std::string_view text) {
 
 bool StartsWithScheme(std::string_view text, std::string_view scheme) {
   return text.starts_with(scheme) && text.substr(scheme.size()).starts_with(':');
-}
-
-bool IsGiven(const char* text) {
-  return text != nullptr && *text != '\0';
 }
 
 }  // namespace

@@ -1,15 +1,12 @@
 #include "translation/xliff_preferences.h"
 
+#include "base/text.h"
 #include "connection/json_members.h"
 #include "connection/odata_page_reader.h"
 #include "connection/url_escape.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
-
-std::string TextOrEmpty(const char* text) {
-  return text != nullptr ? text : "";
-}
 
 void ReadPreferences(const rapidjson::Value& page, XliffPreferences& preferences) {
   const rapidjson::Value* rows = FindArray(page, "Preferences");
