@@ -30,36 +30,50 @@ ErrorCode FailoverFileSink::Begin(int, std::optional<std::uint64_t> expectedLeng
 }
 
 ErrorCode FailoverFileSink::Write(const std::uint8_t* data, std::size_t count) {
-  if (filePath_.empty() && count <= memoryLimit_ - buffer_.size()) {
+  if (count <= memoryLimit_ - buffer_.size()) {
     buffer_.insert(buffer_.end(), data, data + count);
     return ErrorCode::Done;
   }
   if (filePath_.empty()) {
-    const ErrorCode moved = MoveToFile();
-    if (moved != ErrorCode::Done) return moved;
+    const ErrorCode opened = OpenFile();
+    if (opened != ErrorCode::Done) return opened;
+  }
+  if (!WriteBuffer()) return ErrorCode::LocalFileFailure;
+  // What arrives in small pieces goes to the disk in large ones, through the memory that there is anyway.
+  if (count <= memoryLimit_) {
+    buffer_.insert(buffer_.end(), data, data + count);
+    return ErrorCode::Done;
   }
   return WriteAll(descriptor_, data, count) ? ErrorCode::Done : ErrorCode::LocalFileFailure;
 }
 
-ErrorCode FailoverFileSink::MoveToFile() {
+ErrorCode FailoverFileSink::OpenFile() {
   filePath_ = FileSystem::MkTempFile(nullptr, "response", "tmp");
   if (filePath_.empty()) return ErrorCode::LocalFileFailure;
   descriptor_ = ::open(filePath_.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW);
-  if (descriptor_ < 0) return ErrorCode::LocalFileFailure;
-  const std::vector<std::uint8_t> moving = std::exchange(buffer_, {});
-  return WriteAll(descriptor_, moving.data(), moving.size()) ? ErrorCode::Done : ErrorCode::LocalFileFailure;
+  return descriptor_ < 0 ? ErrorCode::LocalFileFailure : ErrorCode::Done;
+}
+
+bool FailoverFileSink::WriteBuffer() {
+  const bool written = WriteAll(descriptor_, buffer_.data(), buffer_.size());
+  buffer_.clear();
+  return written;
 }
 
 ErrorCode FailoverFileSink::Finish() {
-  return CloseDescriptor(&descriptor_) ? ErrorCode::Done : ErrorCode::LocalFileFailure;
+  const bool written = filePath_.empty() || WriteBuffer();
+  return CloseDescriptor(&descriptor_) && written ? ErrorCode::Done : ErrorCode::LocalFileFailure;
 }
 
 std::vector<std::uint8_t>&& FailoverFileSink::AdoptBuffer() {
+  if (!filePath_.empty()) buffer_.clear();
   return std::move(buffer_);
 }
 
 std::string FailoverFileSink::GetFilePath() {
   handedOut_ = true;
+  // Of an exchange that broke off, what arrived is handed out; its failure is known already.
+  if (descriptor_ >= 0) static_cast<void>(WriteBuffer());
   return filePath_;
 }
 

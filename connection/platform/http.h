@@ -217,7 +217,8 @@ class VTDIRECT_API FailoverFileSink final : public FileSink {
   std::string GetFilePath();
 
  private:
-  [[nodiscard]] ErrorCode MoveToFile();
+  [[nodiscard]] ErrorCode OpenFile();
+  [[nodiscard]] bool WriteBuffer();
   std::size_t memoryLimit_;
   std::vector<std::uint8_t> buffer_;
   std::string filePath_;

@@ -144,6 +144,16 @@ TEST(FailoverFileSink, MovesAtTheFirstByteAboveItsLimit) {
   EXPECT_EQ(ReadFile(sink.GetFilePath()), "nine byte");
 }
 
+TEST(FailoverFileSink, KeepsTheOrderOfPiecesSmallAndLargeInItsFile) {
+  const TemporaryDirectory directory;
+  FailoverFileSink sink(8);
+  EXPECT_EQ(
+      Pour(sink, 200, {"one ", "two ", "three ", "a piece above the limit ", "4", "", " and five", "!"}),
+      ErrorCode::Done);
+  EXPECT_EQ(ReadFile(sink.GetFilePath()), "one two three a piece above the limit 4 and five!");
+  EXPECT_THAT(sink.AdoptBuffer(), IsEmpty());
+}
+
 TEST(FailoverFileSink, RemovesAFileThatNobodyAskedFor) {
   const TemporaryDirectory directory;
   {
