@@ -91,7 +91,7 @@ void DeleteIteration(Database& database, std::int64_t iteration, std::optional<s
   DeleteParts(database, iteration);
   for (const char* sql :
        {"DELETE FROM workspace_documents WHERE iteration = ?1", "DELETE FROM checkouts WHERE working = ?1",
-        "DELETE FROM translations WHERE source = ?1 OR xliff = ?1"}) {
+        "DELETE FROM xliff_links WHERE document = ?1 OR xliff = ?1"}) {
     database.Prepare(sql).Bind(iteration).Run();
   }
   auto statement = database.Prepare("DELETE FROM iterations WHERE id = ?1 RETURNING master");

@@ -61,7 +61,7 @@ Response Folders(const ServiceContext& context, const Request& request, std::int
                  std::int64_t parent, const ODataQuery& query) {
   if (auto refusal = RefuseFolderExpand(query)) return std::move(*refusal);
   ODataRowParts parts;
-  parts.computed = [&](std::string_view, std::int64_t key) { return FolderPath(context.database, key); };
+  parts.computed = [&](std::string_view, std::int64_t key) { return FolderLocation(context.database, key); };
   parts.expanded = [&](JsonText& json, std::int64_t key, const ODataExpand& expand) {
     WriteFolderTree(json, context.database, container, key, expand);
   };

@@ -13,6 +13,7 @@ struct Places {
   std::int64_t trekking = 0, cargo = 0, standard_parts = 0, materials = 0, launch = 0, retrofit = 0,
                north = 0, south = 0;
   std::int64_t trekking_root = 0, frame = 0, drivetrain = 0, chains = 0, sizes = 0, workshop = 0, jigs = 0;
+  std::int64_t manuals = 0, translations = 0;
   std::int64_t cargo_root = 0, cargo_drive = 0;
   std::int64_t bolts = 0, lacquers = 0, launch_plans = 0, retrofit_root = 0, north_root = 0, south_root = 0;
   std::int64_t anna = 0, bruno = 0, anna_bench = 0, bruno_bench = 0;
@@ -43,6 +44,8 @@ Places AddPlaces(SeedWriter& writer) {
   p.chains = writer.AddFolder(213, p.trekking, p.drivetrain, "Chains");
   p.sizes = writer.AddFolder(214, p.trekking, p.trekking_root, "Größen & Maße");
   writer.AddFolder(216, p.trekking, p.trekking_root, "Nothing yet");
+  p.manuals = writer.AddFolder(217, p.trekking, p.trekking_root, "Manuals");
+  p.translations = writer.AddFolder(218, p.trekking, p.trekking_root, "Translations");
   p.workshop = writer.AddFolder(202, p.trekking, 0, "Workshop");
   p.jigs = writer.AddFolder(215, p.trekking, p.workshop, "Jigs");
   p.cargo_root = writer.AddFolder(203, p.cargo, 0, "Default");
@@ -254,25 +257,6 @@ void AddElsewhere(SeedWriter& writer, const Places& p) {
              p.south_root, {{1027, "A", 1}});
 }
 
-void AddManual(SeedWriter& writer, const Places& p) {
-  const SeedMaster manual{.name = "Welding manual",
-                          .number = "0000100028",
-                          .cad_name = "welding manual.xml",
-                          .category = "xml",
-                          .sub_category = "",
-                          .application = "SENTARIX"};
-  const auto iteration = writer.AddIteration(writer.AddMaster(2028, manual), {.number = 1028,
-                                                                              .context = p.trekking,
-                                                                              .folder = p.frame,
-                                                                              .is_latest = true,
-                                                                              .auth_app_version = "7000"});
-  const auto stream = writer.AddStream(
-      10280,
-      "<?xml version=\"1.0\"?>\n<manual><p>Wear gloves. Trage Handschuhe für dünne Rohre.</p></manual>\n");
-  writer.AddContent({.iteration = iteration, .category = "TEXT", .stream = stream});
-  writer.AddAttribute(iteration, 0, "ZVK_DD_LANGUAGE", "en");
-}
-
 }  // namespace
 
 void SeedDemo(SeedWriter& writer, std::uint64_t large_bytes) {
@@ -283,7 +267,10 @@ void SeedDemo(SeedWriter& writer, std::uint64_t large_bytes) {
   AddDrivetrain(writer, places);
   AddWork(writer, places);
   AddElsewhere(writer, places);
-  AddManual(writer, places);
+  SeedDemoManuals(writer, {.context = places.trekking,
+                           .frame = places.frame,
+                           .manuals = places.manuals,
+                           .translations = places.translations});
 }
 
 }  // namespace vantry_sim

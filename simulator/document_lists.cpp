@@ -18,8 +18,20 @@ constexpr ODataProperty kCheckOutStatus{
     "WHERE k.base = i.id OR k.working = i.id), '')"};
 constexpr ODataProperty kLastModified{"LastModified", "i.modified"};
 
-constexpr std::array kDynamicProperties{
-    kId, ODataProperty{"CADName", "m.cad_name"}, kName, kNumber, kVersion, kCheckOutStatus, kLastModified};
+// Both stand among the attributes; a document without one has an empty text.
+constexpr ODataProperty kAuthoringLanguage{
+    "AuthoringLanguage",
+    "ifnull((SELECT a.value FROM attributes a WHERE a.iteration = i.id "
+    "AND a.parameter_name = 'ZVK_DD_LANGUAGE'), '')"};
+constexpr ODataProperty kExtendedType{"ZVKDDEXTENDEDDOCTYPE",
+                                      "ifnull((SELECT a.value FROM attributes a WHERE a.iteration = i.id "
+                                      "AND a.parameter_name = 'ZVK_DD_EXTENDED_DOC_TYPE'), '')"};
+
+constexpr std::array kDynamicProperties{kId,           ODataProperty{"CADName", "m.cad_name"},
+                                        kName,         kNumber,
+                                        kVersion,      kCheckOutStatus,
+                                        kLastModified, kAuthoringLanguage,
+                                        kExtendedType};
 constexpr std::array kCadProperties{
     kId, ODataProperty{"FileName", "m.cad_name"}, kName, kNumber, kVersion, kCheckOutStatus, kLastModified};
 constexpr ODataEntity kDynamic{kDynamicProperties, "i.id", "Version", true};
@@ -81,7 +93,7 @@ void WriteVersions(JsonText& json, Database& database, std::int64_t iteration, D
   json.Key("Versions").StartArray();
   const auto write = [&](const ODataRow& row) {
     json.StartObject();
-    for (std::size_t i = 0; i < row.select->size(); ++i) json.Member((*row.select)[i]->name, row.values[i]);
+    WriteDocumentMembers(json, row);
     json.EndObject();
   };
   constexpr std::uint64_t kMostVersions = 10'000;
@@ -89,6 +101,23 @@ void WriteVersions(JsonText& json, Database& database, std::int64_t iteration, D
   if (plan)
     static_cast<void>(ReadODataPage(database, versions, *plan, std::nullopt, kMostVersions, write, ignored));
   json.EndArray();
+}
+
+ODataCollection OneDocument(std::int64_t iteration) {
+  ODataCollection list{&kDynamic, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
+  list.where.Add("i.id = ").Value(iteration);
+  return list;
+}
+
+ODataCollection Translations(std::int64_t xliff_master) {
+  ODataCollection list{&kDynamic, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
+  list.where.Add("i.master IN (SELECT translated FROM translations WHERE xliff = ").Value(xliff_master);
+  list.where.Add(") AND i.is_latest = 1 AND i.workspace IS NULL");
+  return list;
+}
+
+void WriteDocumentMembers(JsonText& json, const ODataRow& row) {
+  for (std::size_t i = 0; i < row.select->size(); ++i) json.Member((*row.select)[i]->name, row.values[i]);
 }
 
 bool VersionsHave(DocumentService service, const ODataExpand& expand) {

@@ -26,6 +26,17 @@ ODataCollection DocumentSearch(DocumentService service, bool latest_only, bool f
 void WriteVersions(JsonText& json, Database& database, std::int64_t iteration, DocumentService service,
                    const ODataExpand& expand);
 
+/// A dynamic document alone.
+/// @param iteration its row id; any other number gives an empty list
+ODataCollection OneDocument(std::int64_t iteration);
+
+/// The latest version of each translated document that came of a source XLIFF.
+/// @param xliff_master row id of the master of the source XLIFF
+ODataCollection Translations(std::int64_t xliff_master);
+
+/// Writes the properties of a row, which all have columns.
+void WriteDocumentMembers(JsonText& json, const ODataRow& row);
+
 /// Whether versions have every property that the $expand selects.
 bool VersionsHave(DocumentService service, const ODataExpand& expand);
 

@@ -164,6 +164,12 @@ FROM up JOIN contexts c ON c.id = up.context ORDER BY up.level DESC)sql");
   return path;
 }
 
+std::string FolderLocation(Database& database, std::int64_t folder_key) {
+  auto statement = database.Prepare("SELECT parent FROM folders WHERE id = ?1");
+  const bool below = statement.Bind(folder_key).Step() && !statement.IsNull(0);
+  return below ? FolderPath(database, statement.Integer(0)) : "/";
+}
+
 std::optional<std::int64_t> StreamSize(Database& database, std::int64_t stream) {
   auto statement = database.Prepare("SELECT size FROM streams WHERE id = ?1");
   if (!statement.Bind(stream).Step()) return std::nullopt;

@@ -90,6 +90,9 @@ std::vector<ContentRow> ContentsOf(Database& database, std::int64_t iteration_ke
 /// own name is no part of it, since clients address what is below a root without naming the root.
 std::string FolderPath(Database& database, std::int64_t folder_key);
 
+/// The place that a folder stands in: the FolderPath of the folder around it, and "/" for a root.
+std::string FolderLocation(Database& database, std::int64_t folder_key);
+
 /// The size of a stream; nothing for an unknown one.
 std::optional<std::int64_t> StreamSize(Database& database, std::int64_t stream);
 

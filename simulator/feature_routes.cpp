@@ -6,13 +6,14 @@ namespace vantry_sim {
 namespace {
 
 /// The assembly of the translation add-on.
-constexpr std::string_view kInstalledAssembly = "kotia";
+constexpr std::string_view kTranslationAssembly = "kotia";
 
-Response AssemblyInstalled(const Request& request) {
+Response AssemblyInstalled(const ServiceContext& context, const Request& request) {
+  const bool installed = context.options.translation && request.Path("name") == kTranslationAssembly;
   JsonText json;
   json.StartObject().Member("@odata.context", "$metadata#Edm.String");
   // The answer is a text and no JSON boolean.
-  json.Member("value", request.Path("name") == kInstalledAssembly ? "true" : "false").EndObject();
+  json.Member("value", installed ? "true" : "false").EndObject();
   return ODataResponse(json.Take());
 }
 
@@ -35,8 +36,10 @@ Response VisualizationFeatures() {
 
 void AddFeatureRoutes(Router& router, const ServiceContext& context) {
   const Generation generation = context.options.generation;
-  if (HasOData(generation))
-    router.Add("GET", "servlet/odata/v1/ZVK/IsAssemblyInstalled(assemblyName='{name}')", AssemblyInstalled);
+  if (HasOData(generation)) {
+    router.Add("GET", "servlet/odata/v1/ZVK/IsAssemblyInstalled(assemblyName='{name}')",
+               [&context](const Request& request) { return AssemblyInstalled(context, request); });
+  }
   if (HasVisualization(generation)) {
     router.Add("GET", "servlet/odata/v3/Visualization/GetHVDFeatures()",
                [](const Request&) { return VisualizationFeatures(); });

@@ -13,6 +13,7 @@ constexpr std::array kContainerProperties{
     ODataProperty{"ID", "c.oid"},
     ODataProperty{"Name", "c.name"},
     ODataProperty{"Description", "c.kind || ' of ' || c.organization"},
+    ODataProperty{"Type", "c.kind"},
 };
 constexpr ODataEntity kContainer{kContainerProperties, "c.id", "Name"};
 
@@ -33,7 +34,7 @@ void WriteFolder(JsonText& json, Database& database, const FolderRow& folder, co
   if (Selects(expand, "ID")) json.Member("ID", folder.oid);
   if (Selects(expand, "Name")) json.Member("Name", folder.name);
   if (Selects(expand, "Description")) json.Member("Description", "");
-  if (Selects(expand, "Location")) json.Member("Location", FolderPath(database, folder.key));
+  if (Selects(expand, "Location")) json.Member("Location", FolderLocation(database, folder.key));
 }
 
 /// A folder of the tree that is being written, and which of its children comes next. The depth of a tree is

@@ -71,7 +71,7 @@ class Schema {
 
 std::string DataAdmin(int version) {
   Schema schema("ZVK.DataAdmin");
-  schema.Entity("Container", {}).Property("ID").Property("Name").Property("Description");
+  schema.Entity("Container", {}).Property("ID").Property("Name").Property("Description").Property("Type");
   schema.Navigation("Folders", "Collection(ZVK.DataAdmin.Folder)").EndEntity();
   for (const std::string_view name :
        {"ProductContainer", "LibraryContainer", "ProjectContainer", "Site", "OrganizationContainer"}) {
@@ -95,11 +95,14 @@ void DocumentProperties(Schema& schema, std::string_view name_property) {
   schema.Property("CheckOutStatus").Property("LastModified", "Edm.DateTimeOffset");
 }
 
-std::string DynamicDocMgmt(int version) {
+std::string DynamicDocMgmt(int version, bool translation) {
   Schema schema("ZVK.DynamicDocMgmt");
   schema.Entity("DynamicDocument", {});
   DocumentProperties(schema, "CADName");
-  if (version >= 2) schema.Navigation("Versions", "Collection(ZVK.DynamicDocMgmt.DynamicDocument)");
+  schema.Property("AuthoringLanguage").Property("ZVKDDEXTENDEDDOCTYPE");
+  const char* const documents = "Collection(ZVK.DynamicDocMgmt.DynamicDocument)";
+  if (version >= 2) schema.Navigation("Versions", documents);
+  if (translation) schema.Navigation("Xliff", documents).Navigation("Translations", documents);
   schema.EndEntity();
   schema.EntitySet("DynamicDocMgmtContainer", "DynamicDocuments", "ZVK.DynamicDocMgmt.DynamicDocument");
   return schema.End(version);
@@ -144,11 +147,12 @@ bool OffersVersion(Generation generation, std::string_view service, std::string_
   return false;
 }
 
-std::optional<std::string> MetadataDocument(Generation generation, std::string_view service) {
+std::optional<std::string> MetadataDocument(Generation generation, std::string_view service,
+                                            bool translation) {
   for (const ODataService& known : ServicesOf(generation)) {
     if (known.id != service || known.schema_version == 0) continue;
     if (service == "DataAdmin") return DataAdmin(known.schema_version);
-    if (service == "DynamicDocMgmt") return DynamicDocMgmt(known.schema_version);
+    if (service == "DynamicDocMgmt") return DynamicDocMgmt(known.schema_version, translation);
     if (service == "CADDocumentMgmt") return CadDocumentMgmt(known.schema_version);
   }
   return std::nullopt;

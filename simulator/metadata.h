@@ -26,6 +26,8 @@ bool OffersVersion(Generation generation, std::string_view service, std::string_
 
 /// The $metadata document of a service, with the schema version that the generation has; nothing where the
 /// generation doesn't offer the service, or the service has no schema of its own.
-std::optional<std::string> MetadataDocument(Generation generation, std::string_view service);
+/// @param translation whether the translation add-on is installed, which adds to the dynamic documents
+std::optional<std::string> MetadataDocument(Generation generation, std::string_view service,
+                                            bool translation = true);
 
 }  // namespace vantry_sim

@@ -19,7 +19,8 @@ Response ServiceList(const ServiceContext& context) {
 }
 
 Response Metadata(const ServiceContext& context, const Request& request) {
-  auto document = MetadataDocument(context.options.generation, request.Path("service"));
+  auto document =
+      MetadataDocument(context.options.generation, request.Path("service"), context.options.translation);
   if (!document) return ErrorResponse(404, "no-such-service", "this server doesn't offer the service");
   Response response;
   response.content_type = "application/xml;charset=UTF-8";

@@ -18,9 +18,15 @@ void WriteRow(JsonText& json, const ODataRow& row, const ODataQuery& query, cons
   json.EndObject();
 }
 
-/// The same question, put to the rows behind the token.
-std::string NextLink(const ServiceContext& context, const Request& request, const std::string& token,
-                     std::optional<std::uint64_t> rest_of_top) {
+}  // namespace
+
+std::uint64_t PageLimit(const ServiceContext& context, const Request& request) {
+  const std::uint64_t own = context.options.page_size;
+  return std::min(own, PreferredPageSize(request.prefer).value_or(own));
+}
+
+std::string NextPageLink(const ServiceContext& context, const Request& request, const std::string& token,
+                         std::optional<std::uint64_t> rest_of_top) {
   std::string link = PageBaseUrl(context, request) + request.path + "?";
   for (const auto& [name, value] : request.query) {
     if (name == "$skiptoken" || name == "$top") continue;
@@ -29,8 +35,6 @@ std::string NextLink(const ServiceContext& context, const Request& request, cons
   if (rest_of_top) link.append("$top=").append(std::to_string(*rest_of_top)).append("&");
   return link.append("$skiptoken=").append(PercentEncode(token));
 }
-
-}  // namespace
 
 Response ODataResponse(std::string body) {
   Response response;
@@ -51,9 +55,7 @@ Response AnswerODataList(const ServiceContext& context, const Request& request,
   ODataProblem problem;
   const auto plan = PlanODataQuery(query, *collection.entity, problem);
   if (!plan) return ODataRefusal(problem);
-  const auto preferred = PreferredPageSize(request.prefer);
-  std::uint64_t limit =
-      std::min<std::uint64_t>(context.options.page_size, preferred.value_or(context.options.page_size));
+  std::uint64_t limit = PageLimit(context, request);
   if (plan->top) limit = std::min(limit, *plan->top);
 
   JsonText json;
@@ -72,11 +74,11 @@ Response AnswerODataList(const ServiceContext& context, const Request& request,
   if (!next.empty() && !top_reached) {
     std::optional<std::uint64_t> rest = plan->top;
     if (rest) *rest -= rows;
-    json.Member("@odata.nextLink", NextLink(context, request, next, rest));
+    json.Member("@odata.nextLink", NextPageLink(context, request, next, rest));
   }
   json.EndObject();
   Response response = ODataResponse(json.Take());
-  if (preferred)
+  if (PreferredPageSize(request.prefer))
     response.headers.emplace_back("Preference-Applied", "odata.maxpagesize=" + std::to_string(limit));
   return response;
 }

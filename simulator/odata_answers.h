@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,15 @@ Response ODataResponse(std::string body);
 
 /// The refusal of a query.
 Response ODataRefusal(const ODataProblem& problem);
+
+/// The most rows of a page: the server's page size, or what the client's Prefer header asks for if it is
+/// less.
+std::uint64_t PageLimit(const ServiceContext& context, const Request& request);
+
+/// The absolute address where a list goes on: the same question, put to the rows behind the token.
+/// @param rest_of_top rows of the client's $top that are still to come; nothing without one
+std::string NextPageLink(const ServiceContext& context, const Request& request, const std::string& token,
+                         std::optional<std::uint64_t> rest_of_top = std::nullopt);
 
 /// What the rows of one list have beyond their columns.
 struct ODataRowParts {

@@ -7,6 +7,8 @@
 #include <functional>
 #include <string_view>
 
+#include "simulator/xliff_preferences.h"
+
 namespace vantry_sim {
 namespace {
 
@@ -18,6 +20,8 @@ struct Raw {
   std::string version = "12.0.2.0";
   std::vector<std::string> users;
   std::vector<std::string> faults;
+  std::string xliff_folder = "cabinet";
+  bool without_translation = false;
 };
 
 template <typename Number>
@@ -78,6 +82,18 @@ bool NormalizePrefix(std::string& prefix) {
   return true;
 }
 
+std::string ReadTranslation(const Raw& raw, Options& options) {
+  options.translation = !raw.without_translation;
+  if (raw.xliff_folder != "cabinet" && raw.xliff_folder != "path")
+    return "--xliff-folder must be cabinet or path";
+  options.xliff_folder = raw.xliff_folder == "path" ? XliffFolder::kPath : XliffFolder::kCabinet;
+  for (const std::string& name : options.missing_preferences) {
+    // A misspelt name would leave nothing out, and a test with it would show nothing.
+    if (!IsXliffPreference(name)) return "--without-preference: there is no XLIFF preference " + name;
+  }
+  return {};
+}
+
 /// The first thing wrong with the texts that CLI11 takes as they are; empty when all are read.
 std::string ReadTexts(const Raw& raw, Options& options) {
   if (!ReadSeed(raw.seed, options.seed)) return "--seed must be demo, empty or bulk:N with N up to 5000000";
@@ -89,6 +105,7 @@ std::string ReadTexts(const Raw& raw, Options& options) {
     // The text is not repeated: it may hold a password.
     if (!ReadUser(user, options.users)) return "--user must be NAME:PASSWORD";
   }
+  if (const std::string error = ReadTranslation(raw, options); !error.empty()) return error;
   for (const std::string& fault : raw.faults) {
     std::string error;
     auto rule = ParseFaultRule(fault, &error);
@@ -100,6 +117,17 @@ std::string ReadTexts(const Raw& raw, Options& options) {
   if (options.codebase_url.find_first_of("\r\n") != std::string::npos)
     return "--codebase-url must be one line";
   return {};
+}
+
+void AddTranslationOptions(CLI::App& app, Raw& raw, Options& options) {
+  app.add_flag("--without-translation", raw.without_translation, "The translation add-on isn't installed");
+  app.add_option("--without-preference", options.missing_preferences,
+                 "Name of an XLIFF preference to leave out; may come often")
+      ->expected(1)
+      ->take_all();
+  app.add_option("--xliff-folder", raw.xliff_folder,
+                 "How the XLIFF preferences name the folder for uploads: cabinet or path")
+      ->capture_default_str();
 }
 
 }  // namespace
@@ -143,6 +171,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
                "The creation factory answers at its old address alone");
   app.add_flag("--gateway-escapes", options.gateway_escapes,
                "The gateway lists names escaped, as newer ones do");
+  AddTranslationOptions(app, raw, options);
   app.add_option(
          "--fault", raw.faults,
          "\"METHOD PATTERN=STATUS|stall[:BYTES]|cut:BYTES|chunked-cut:BYTES|drop[*COUNT]\"; may come often")

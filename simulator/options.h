@@ -32,6 +32,12 @@ struct Seed {
   std::uint64_t large_bytes = 64ULL * 1024 * 1024;  ///< size of the demo's one large content
 };
 
+/// How the preferences for an upload of XLIFF name the folder that it goes to.
+enum class XliffFolder {
+  kCabinet,  ///< by the ids of a context's root and of the folder
+  kPath,     ///< by the folder's path
+};
+
 /// The command line, checked.
 struct Options {
   std::string bind_address = "127.0.0.1";
@@ -49,6 +55,9 @@ struct Options {
   int upload_port = 0;                ///< takes the bytes of documents; 0: any free one
   bool old_creation_factory = false;  ///< uploads are asked for at the old address alone
   bool gateway_escapes = false;       ///< the gateway lists names escaped
+  bool translation = true;            ///< the translation add-on is installed
+  XliffFolder xliff_folder = XliffFolder::kCabinet;
+  std::vector<std::string> missing_preferences;  ///< names that the XLIFF preferences leave out
   std::vector<FaultRule> faults;
   std::optional<std::uint64_t> max_upload_bytes;  ///< nothing: no limit
   std::string log_file;                           ///< empty: no log

@@ -37,6 +37,13 @@ void AddDataAdminRoutes(Router& router, const ServiceContext& context);
 /// The searches for documents by OData. None for a generation without OData.
 void AddSearchRoutes(Router& router, const ServiceContext& context);
 
+/// Source XLIFF, translations and the type of a dynamic document by OData. None for a generation without
+/// OData, and none without the translation add-on.
+void AddTranslationRoutes(Router& router, const ServiceContext& context);
+
+/// What an upload of XLIFF is to look like. None where AddTranslationRoutes adds none.
+void AddXliffPreferenceRoutes(Router& router, const ServiceContext& context);
+
 /// Workspaces of the asking user and their documents.
 void AddWorkspaceRoutes(Router& router, const ServiceContext& context);
 

@@ -183,6 +183,20 @@ CREATE TABLE ticket_streams(
   file_name TEXT NOT NULL,
   PRIMARY KEY(ticket, file_name)) WITHOUT ROWID;
 )sql",
+    R"sql(
+-- The source XLIFF of a document is one iteration of the XLIFF document, and stays so until it is linked anew.
+DROP TABLE translations;
+CREATE TABLE xliff_links(
+  document INTEGER PRIMARY KEY REFERENCES iterations(id),
+  xliff INTEGER NOT NULL REFERENCES iterations(id));
+CREATE INDEX xliff_links_by_xliff ON xliff_links(xliff);
+
+-- The documents, whatever their iteration, that were made of a source XLIFF by translating it.
+CREATE TABLE translations(
+  xliff INTEGER NOT NULL REFERENCES masters(id),
+  translated INTEGER NOT NULL UNIQUE REFERENCES masters(id),
+  PRIMARY KEY(xliff, translated)) WITHOUT ROWID;
+)sql",
 };
 
 constexpr std::int64_t kNewest = std::size(kSteps);

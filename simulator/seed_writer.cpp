@@ -51,10 +51,9 @@ std::int64_t SeedWriter::AddMaster(std::int64_t number, const SeedMaster& master
   database_
       .Prepare(
           "INSERT INTO masters(oid, service, name, number, category, sub_category, cad_name, "
-          "authoring_application) "
-          "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)")
+          "authoring_application, type_id) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)")
       .Bind("M" + std::to_string(number), master.service, master.name, master.number, master.category,
-            master.sub_category, master.cad_name, master.application)
+            master.sub_category, master.cad_name, master.application, master.type_id)
       .Run();
   return database_.LastRowId();
 }
@@ -117,6 +116,16 @@ void SeedWriter::AddDependency(std::int64_t iteration, int position, std::string
           "revision_number, "
           "is_place_holder, has_complete_dependencies) VALUES(?1, ?2, ?3, 1, ?4, 0, 0, 1)")
       .Bind(iteration, position, child_name, source)
+      .Run();
+}
+
+void SeedWriter::AddXliffLink(std::int64_t document, std::int64_t xliff) {
+  database_.Prepare("INSERT INTO xliff_links(document, xliff) VALUES(?1, ?2)").Bind(document, xliff).Run();
+}
+
+void SeedWriter::AddTranslation(std::int64_t xliff, std::int64_t translated) {
+  database_.Prepare("INSERT INTO translations(xliff, translated) VALUES(?1, ?2)")
+      .Bind(xliff, translated)
       .Run();
 }
 

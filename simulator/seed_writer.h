@@ -18,6 +18,7 @@ struct SeedMaster {
   std::string_view category = "iso";
   std::string_view sub_category = "FENLET";
   std::string_view application = "MERIDOX";
+  std::string_view type_id = "";
 };
 
 /// Where an iteration stands and what it is called. Row ids are those that the Add functions returned; 0:
@@ -67,6 +68,10 @@ class SeedWriter {
   void AddContent(const SeedContent& content);
   void AddAttribute(std::int64_t iteration, int position, std::string_view name, std::string_view value);
   void AddDependency(std::int64_t iteration, int position, std::string_view child_name, std::int64_t source);
+  /// @param document, xliff iterations
+  void AddXliffLink(std::int64_t document, std::int64_t xliff);
+  /// @param xliff, translated masters
+  void AddTranslation(std::int64_t xliff, std::int64_t translated);
   void AddCheckout(std::int64_t base, std::int64_t working, std::int64_t workspace, std::int64_t user);
   void AddWorkspaceDocument(std::int64_t workspace, std::int64_t iteration);
 

@@ -20,6 +20,18 @@ void EnsureUsers(Database& database, const std::vector<UserCredentials>& users);
 /// @param large_bytes size of the one large content
 void SeedDemo(SeedWriter& writer, std::uint64_t large_bytes);
 
+/// Row ids of where the demo's manuals stand.
+struct ManualPlaces {
+  std::int64_t context = 0;
+  std::int64_t frame = 0;
+  std::int64_t manuals = 0;
+  std::int64_t translations = 0;
+};
+
+/// The part of SeedDemo that deals with texts: a manual with its source XLIFF and two translations, and one
+/// without any.
+void SeedDemoManuals(SeedWriter& writer, const ManualPlaces& places);
+
 /// One product "Bulk" with the documents D1000001, D1000002, ... in its folder "Parts". They share one
 /// stream.
 void SeedBulk(SeedWriter& writer, std::uint32_t documents);

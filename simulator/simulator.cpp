@@ -53,6 +53,8 @@ Simulator::Simulator(Options options)
   AddFolderRoutes(router_, *context_);
   AddDataAdminRoutes(router_, *context_);
   AddSearchRoutes(router_, *context_);
+  AddTranslationRoutes(router_, *context_);
+  AddXliffPreferenceRoutes(router_, *context_);
   AddWorkspaceRoutes(router_, *context_);
   AddWorkspaceWriteRoutes(router_, *context_);
   AddCheckoutRoutes(router_, *context_);

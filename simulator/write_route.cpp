@@ -32,8 +32,9 @@ Refusal RefuseNonce(const ServiceContext& context, const Request& request) {
                                              : "the nonce is not this server's");
 }
 
-void AddWrite(Router& router, const ServiceContext& context, std::string_view pattern, WriteHandler handler) {
-  router.Add("POST", pattern, [&context, handler = std::move(handler)](const Request& request) {
+void AddWrite(Router& router, const ServiceContext& context, std::string_view pattern, WriteHandler handler,
+              std::string_view method) {
+  router.Add(method, pattern, [&context, handler = std::move(handler)](const Request& request) {
     return Write(context, request, handler);
   });
 }

@@ -48,7 +48,7 @@ TEST_F(SimulatorTest, ExpandGivesAsManyLevelsOfFoldersAsAsked) {
   EXPECT_STREQ(roots[0]["ID"].GetString(), "OR:vn.folder.Cabinet:201");
   EXPECT_STREQ(roots[1]["Name"].GetString(), "Workshop");
   const auto& below = roots[0]["Folders"];
-  ASSERT_EQ(below.Size(), 4U);
+  ASSERT_EQ(below.Size(), 6U);
   EXPECT_STREQ(below[0]["Name"].GetString(), "Drivetrain");
   EXPECT_FALSE(below[0].HasMember("Folders"));
   EXPECT_FALSE(below[0].HasMember("Location"));
@@ -66,10 +66,10 @@ TEST_F(SimulatorTest, ExpandOfTheDeepestLevelGivesTheWholeTree) {
 
 TEST_F(SimulatorTest, FoldersOfAFolderAreListedByName) {
   EXPECT_EQ(Column(kV1 + kDefault + "/Folders?$select=Name", "Name"),
-            (Texts{"Drivetrain", "Frame", "Größen & Maße", "Nothing yet"}));
+            (Texts{"Drivetrain", "Frame", "Größen & Maße", "Manuals", "Nothing yet", "Translations"}));
   EXPECT_EQ(Column(kV1 + kTrekking + "/Folders?$select=Name", "Name"), (Texts{"Default", "Workshop"}));
   EXPECT_EQ(Column(kV1 + kChains + "/Folders?$select=Name", "Name"), Texts{});
-  EXPECT_EQ(Column(kV1 + kDrivetrain + "/Folders", "Location"), Texts{"/Trekking Bike/Drivetrain/Chains"});
+  EXPECT_EQ(Column(kV1 + kDrivetrain + "/Folders", "Location"), Texts{"/Trekking Bike/Drivetrain"});
 }
 
 TEST_F(SimulatorTest, FolderChainMustBeTheFoldersOwn) {

@@ -19,8 +19,9 @@ class FolderTest : public SimulatorTest {
 };
 
 TEST_F(FolderTest, ContextShowsWhatStandsRightBelowItsRoots) {
-  EXPECT_EQ(Names("/servlet/rest/v1/contexts/OR%3Avn.product.Product%3A101/folders"),
-            (Texts{"Drivetrain", "Frame", "Größen & Maße", "Nothing yet", "Jigs"}));
+  EXPECT_EQ(
+      Names("/servlet/rest/v1/contexts/OR%3Avn.product.Product%3A101/folders"),
+      (Texts{"Drivetrain", "Frame", "Größen & Maße", "Manuals", "Nothing yet", "Translations", "Jigs"}));
   EXPECT_EQ(Get("/servlet/rest/v1/contexts/unknown/folders").status, 404);
 }
 

@@ -33,8 +33,8 @@ TEST_F(GatewayTest, EmptyPathIsTheDefaultRoot) {
   const Texts root = Listing(kTrekking);
   EXPECT_EQ(root, Listing(kTrekking + "?path="));
   EXPECT_EQ(root, Listing(kTrekking + "?path=%2F"));
-  EXPECT_EQ(root.back(), "organizations/Kettenblitz/Trekking Bike/folders?path=Nothing yet");
-  EXPECT_EQ(root.size(), 8U);  // four folders, and D1009 to D1012
+  EXPECT_EQ(root.back(), "organizations/Kettenblitz/Trekking Bike/folders?path=Translations");
+  EXPECT_EQ(root.size(), 10U);  // six folders, and D1009 to D1012
 }
 
 TEST_F(GatewayTest, FolderBelowAnotherRootIsFoundToo) {
