@@ -38,7 +38,7 @@ std::string MethodName(du::http::Method method) {
   return "method " + std::to_string(static_cast<int>(method));
 }
 
-// Delivers a body in pieces of an odd size, as a network does.
+// Delivers a body in pieces of an odd size, as a network does. One that breaks off is never finished.
 du::http::ErrorCode Deliver(const Answer& answer, du::http::FileSink* sink) {
   using du::http::ErrorCode;
   if (sink == nullptr) return ErrorCode::Done;
@@ -50,7 +50,7 @@ du::http::ErrorCode Deliver(const Answer& answer, du::http::FileSink* sink) {
     const auto* data = reinterpret_cast<const std::uint8_t*>(answer.body.data()) + position;
     if (const auto error = sink->Write(data, count); error != ErrorCode::Done) return error;
   }
-  return sink->Finish();
+  return answer.error != ErrorCode::Done ? answer.error : sink->Finish();
 }
 
 }  // namespace
@@ -107,7 +107,7 @@ du::http::ErrorCode ScriptedTransport::Exchange(const std::string& server, const
   for (int demand = 0; demand < answer.demands; ++demand) authResults_.push_back(auth.reauthenticate());
   if (answer.error != du::http::ErrorCode::Done) {
     if (answer.status != 0) *httpStatus = answer.status;
-    return answer.error;
+    return answer.body.empty() ? answer.error : Deliver(answer, request.sink);
   }
   const auto delivered = Deliver(answer, request.sink);
   if (delivered == du::http::ErrorCode::Done) *httpStatus = answer.status;

@@ -25,6 +25,7 @@ void PrintTo(const SentRequest& request, std::ostream* out);
 struct Answer {
   /// Told of a failed exchange too, as a platform tells 413 of a body that is too large; 0 leaves it alone.
   int status = 200;
+  /// Of a failed exchange: what came before it broke off; nothing at all when it is empty.
   std::string body;
   du::http::ErrorCode error = du::http::ErrorCode::Done;
   /// Called before the answer goes out, as a server's demand for authentication; the value is how often
