@@ -73,5 +73,22 @@ TEST_F(DatabaseTest, SchemaIsMadeOnceAndThenLeftAlone) {
   EXPECT_TRUE(row.Step());
 }
 
+TEST_F(DatabaseTest, DirectoryFromBeforeTheLinksOfXliffIsTakenOver) {
+  Start();
+  simulator_.reset();
+  {
+    Database database((directory_ / "data/vantry-sim.db").string());
+    database.Execute(
+        "DROP TABLE xliff_links; DROP TABLE translations;"
+        "CREATE TABLE translations(source INTEGER, language TEXT, xliff INTEGER, is_published INTEGER,"
+        " PRIMARY KEY(source, language)) WITHOUT ROWID;"
+        "CREATE INDEX translations_by_xliff ON translations(xliff);"
+        "PRAGMA user_version = 3;");
+  }
+  const std::string service = "/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1028')";
+  EXPECT_EQ(GetJson(service + "/Xliff")["value"].Size(), 0U);
+  EXPECT_EQ(GetJson(service + "?$expand=Translations")["Translations"].Size(), 0U);
+}
+
 }  // namespace
 }  // namespace vantry_sim

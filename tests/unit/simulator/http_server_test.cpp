@@ -140,6 +140,22 @@ TEST_F(HttpServerTest, UnreadableRequestsGetAReason) {
   }
 }
 
+TEST_F(HttpServerTest, PatchIsAnsweredWithoutABody) {
+  RawClient client(Serve());
+  const std::string body = "{ \"ZVKDDEXTENDEDDOCTYPE\":\"x-raomPublished\" }";
+  client.Send(
+      "PATCH /servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1031') HTTP/1.1\r\nHost: h\r\n"
+      "Content-Type: application/json\r\nX-Zvk-Nonce: " +
+      Nonce() + "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+  const auto answer = client.Read();
+  EXPECT_EQ(answer.status, 204);
+  EXPECT_EQ(answer.body, "");
+  // The connection goes on behind an answer that has no body.
+  const auto document = client.Get("/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1031')");
+  EXPECT_EQ(document.status, 200);
+  EXPECT_NE(document.body.find("\"ZVKDDEXTENDEDDOCTYPE\":\"x-raomPublished\""), std::string::npos);
+}
+
 TEST_F(HttpServerTest, BodyOfAGetIsRefusedAndNotTakenForTheNextRequest) {
   RawClient client(Serve());
   client.Send(

@@ -24,6 +24,9 @@ TEST(Options, DefaultsNeedADataDirectoryAlone) {
   EXPECT_EQ(line.options->version.service_pack, 2U);
   EXPECT_TRUE(line.options->users.empty());
   EXPECT_FALSE(line.options->max_upload_bytes);
+  EXPECT_TRUE(line.options->translation);
+  EXPECT_TRUE(line.options->missing_preferences.empty());
+  EXPECT_EQ(line.options->xliff_folder, XliffFolder::kCabinet);
   EXPECT_EQ(line.options->page_size, 10'000U);
   EXPECT_FALSE(line.options->page_port);
   EXPECT_FALSE(line.options->gateway_escapes);
@@ -62,7 +65,14 @@ TEST(Options, AllAreRead) {
                            "25",
                            "--page-port",
                            "0",
-                           "--gateway-escapes"});
+                           "--gateway-escapes",
+                           "--without-translation",
+                           "--without-preference",
+                           "CABINET_OID",
+                           "--without-preference",
+                           "UPLOAD_SOFT_TYPE",
+                           "--xliff-folder",
+                           "path"});
   ASSERT_TRUE(line.options) << line.text;
   const Options& options = *line.options;
   EXPECT_EQ(options.port, 0);
@@ -86,6 +96,9 @@ TEST(Options, AllAreRead) {
   EXPECT_EQ(options.page_size, 25U);
   EXPECT_EQ(options.page_port, 0);
   EXPECT_TRUE(options.gateway_escapes);
+  EXPECT_FALSE(options.translation);
+  EXPECT_EQ(options.missing_preferences, (std::vector<std::string>{"CABINET_OID", "UPLOAD_SOFT_TYPE"}));
+  EXPECT_EQ(options.xliff_folder, XliffFolder::kPath);
 }
 
 TEST(Options, BadValuesEndWithAReasonAndTwo) {
@@ -105,6 +118,8 @@ TEST(Options, BadValuesEndWithAReasonAndTwo) {
       {"--data", "d", "--page-size", "0"},
       {"--data", "d", "--page-port", "65536"},
       {"--data", "d", "--fault", "nonsense"},
+      {"--data", "d", "--without-preference", "CABINET"},
+      {"--data", "d", "--xliff-folder", "both"},
       {"--data", "d", "--unknown"},
   };
   for (const auto& arguments : cases) {

@@ -73,6 +73,22 @@ TEST_F(SimulatorTest, DemoTellsOfTwoRootsTwoUsersAndTheirWorkspaces) {
             1);
 }
 
+TEST_F(SimulatorTest, DemoXliffNamesItsLanguages) {
+  Start();
+  const std::pair<const char*, const char*> languages[] = {
+      {"10290", "source-language=\"en\" datatype"},
+      {"10300", "source-language=\"en\" target-language=\"de\""},
+      {"10310", "source-language=\"en\" target-language=\"fr\""}};
+  for (const auto& [stream, text] : languages) {
+    const std::string xliff = ReadFile(directory_ / "data/content" / stream);
+    EXPECT_NE(xliff.find("<xliff xmlns=\"urn:oasis:names:tc:xliff:document:1.2\" version=\"1.2\">"),
+              std::string::npos)
+        << stream;
+    EXPECT_NE(xliff.find(text), std::string::npos) << stream;
+    EXPECT_NE(xliff.find("Wear gloves."), std::string::npos) << stream;
+  }
+}
+
 TEST_F(SimulatorTest, SecondStartKeepsWhatIsThereWhateverTheSeed) {
   Start();
   options_.seed.kind = Seed::Kind::kEmpty;

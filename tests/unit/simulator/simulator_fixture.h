@@ -65,8 +65,14 @@ class SimulatorTest : public ::testing::Test {
 
   /// A POST of JSON as clients send it.
   Response Post(const std::string& target, const std::string& body, const std::string& user = "anna") {
+    return Write("POST", target, body, user);
+  }
+
+  /// A write of JSON with the nonce.
+  Response Write(const std::string& method, const std::string& target, const std::string& body,
+                 const std::string& user = "anna") {
     Request request;
-    request.method = "POST";
+    request.method = method;
     request.target = target;
     request.host = "sim.example:8080";
     request.user = user;
@@ -88,7 +94,10 @@ class SimulatorTest : public ::testing::Test {
 
   /// The status of a POST and the code of its refusal, such as "409 name-taken"; "200" for one that was done.
   std::string Outcome(const std::string& target, const std::string& body, const std::string& user = "anna") {
-    const Response response = Post(target, body, user);
+    return OutcomeOf(Post(target, body, user));
+  }
+
+  static std::string OutcomeOf(const Response& response) {
     rapidjson::Document reason;
     reason.Parse(response.body.c_str());
     if (response.status < 300 || !reason.IsObject()) return std::to_string(response.status);
