@@ -130,12 +130,7 @@ void AddTranslationOptions(CLI::App& app, Raw& raw, Options& options) {
       ->capture_default_str();
 }
 
-}  // namespace
-
-CommandLine ParseCommandLine(int argc, const char* const* argv) {
-  Options options;
-  Raw raw;
-  CLI::App app{"vantry-sim: a Vantry server to try clients on"};
+void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.set_help_flag("--help,-h", "Print this and exit");
   app.add_option("--bind", options.bind_address, "Address to listen on")->capture_default_str();
   app.add_option("--port", options.port, "Port; 0 picks a free one")
@@ -180,6 +175,15 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
   app.add_option("--max-upload", options.max_upload_bytes,
                  "Most bytes of a request's body; beyond it comes 413");
   app.add_option("--log", options.log_file, "File to append one line of JSON to for each request");
+}
+
+}  // namespace
+
+CommandLine ParseCommandLine(int argc, const char* const* argv) {
+  Options options;
+  Raw raw;
+  CLI::App app{"vantry-sim: a Vantry server to try clients on"};
+  AddOptions(app, raw, options);
   bool print_version = false;
   app.add_flag("--version-info", print_version, "Print the program's own version and exit");
 
