@@ -70,27 +70,6 @@ void DeliverListing(const rapidjson::Value& listing, const DirEntryCallback& cal
   }
 }
 
-// An answer that was fetched when the folder was opened. A body can be read once and a handle any number of
-// times, so the first reading keeps what it parsed.
-class OpenedFolder {
- public:
-  explicit OpenedFolder(const RestRequest& request) : stream_(request, {}) {}
-
-  [[nodiscard]] bool succeeded() const { return stream_.succeeded(); }
-
-  [[nodiscard]] bool Read(const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
-    if (!parsed_) (void)ParseJsonResponse(stream_, listing_);
-    parsed_ = true;
-    DeliverListing(listing_, callback, flags);
-    return stream_.succeeded();
-  }
-
- private:
-  RestStream stream_;
-  rapidjson::Document listing_;
-  bool parsed_ = false;
-};
-
 }  // namespace
 
 bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback,
@@ -116,10 +95,16 @@ DirLister OpenGatewayFolder(const std::shared_ptr<VtConnection>& connection, con
   ContextRecord context;
   if (!FindContext(connection, kind, contextName, context)) return {};
   const std::string path = GatewayFolderPath(context, folderPath);
-  auto folder = std::make_shared<OpenedFolder>(MakeGetRequest(connection->http(), path.c_str(), nullptr));
-  if (!folder->succeeded()) return {};
-  return [folder](const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
-    return folder->Read(callback, flags);
+  // Parsed at once: a handle may be held for long, and shall hold no body and no temporary file meanwhile.
+  const auto listing = std::make_shared<rapidjson::Document>();
+  {
+    RestStream stream(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+    if (!stream.succeeded()) return {};
+    (void)ParseJsonResponse(stream, *listing);
+  }
+  return [listing](const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+    DeliverListing(*listing, callback, flags);
+    return true;
   };
 }
 

@@ -22,7 +22,8 @@ namespace lxservices::cms_interface::vantry {
                                      FileServer::ReadDirFlags flags);
 
 /// Fetches a folder's listing now, by the two GETs of ListGatewayFolder, and gives a lister that delivers it
-/// as often as it is called, without a further request.
+/// as often as it is called, without a further request. It holds the listing in memory, and no temporary
+/// file.
 /// @return empty when the context is not known or the gateway refused
 [[nodiscard]] DirLister OpenGatewayFolder(const std::shared_ptr<VtConnection>& connection,
                                           const std::string& contextName, ContextKind kind,
