@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "connection/platform/files.h"
+#include "base/local_path.h"
 #include "documents/document_reads.h"
 #include "documents/text_document.h"
 #include "translation/xliff_context.h"
@@ -52,12 +52,6 @@ Place FindPlaceByPath(const std::shared_ptr<VtConnection>& connection, const Xli
   place.folderId = FindFolderByPath(connection, name.c_str(), type.c_str(),
                                     Preference(preferences, "SUB_FOLDER_PATH").c_str());
   return place;
-}
-
-std::string BareName(const char* path) {
-  std::string name;
-  du::FileSpec(path).GetFile(&name);
-  return name;
 }
 
 FileInfo MakeFileInfoOf(const DocumentRecord& record) {

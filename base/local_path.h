@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+#include "connection/platform/files.h"
+
+namespace lxservices::cms_interface {
+
+/// The file name of a local path, with its extension; empty for null and for a path that ends in "/". Pure.
+[[nodiscard]] inline std::string BareName(const char* localPath) {
+  std::string name;
+  du::FileSpec(localPath).GetFile(&name);
+  return name;
+}
+
+}  // namespace lxservices::cms_interface
