@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "base/local_path.h"
 #include "connection/platform/files.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -15,12 +16,6 @@ constexpr std::size_t copyBufferSize = 1024 * 1024;
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
-
-std::string BareName(const char* path) {
-  std::string name;
-  du::FileSpec(path).GetFile(&name);
-  return name;
-}
 
 }  // namespace
 
