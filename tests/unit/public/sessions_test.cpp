@@ -13,6 +13,11 @@ using namespace vtdirect_test;
 class Sessions : public FakeServerTest {
  protected:
   static std::vector<std::weak_ptr<Session>>& sessions() { return TheManagerState().table.sessions; }
+  static int AskStatusOfD1() {
+    std::string current;
+    std::string latest;
+    return GetStatus("korvufenloom-vt://plm.example/vt/?id=D1", current, latest, nullptr);
+  }
   static void BlockPlm() { BlockServerInSessions(TheManagerState().table.servers.at(plmKey)); }
 };
 
@@ -138,6 +143,51 @@ TEST_F(Sessions, FailABlockedServersAddressesLikeUnknownOnes) {
   EXPECT_FALSE(FileExists("//plm/a"));
   EXPECT_EQ(trace.lines(), (Traces{{1, "VtDirect", "Failed to connect to server path //plm/a\n"}}));
   EXPECT_TRUE(answers.calls.empty());
+}
+
+// These failures are the server's, whichever document is asked for next.
+TEST_F(Sessions, WriteAServerOffWhoseStatusQueryFindsNoConnectionNoAccessOrNoSupport) {
+  Put<FakeVantry>("lib", "korvufenloom-vt://lib.example/", "https://lib.example");
+  for (const Status failure : {ConnectionFailed, Unauthorized, Unsupported}) {
+    SCOPED_TRACE(failure);
+    auto session = StartSession();
+    answers.detailsStatus = failure;
+    EXPECT_EQ(AskStatusOfD1(), -1);
+    EXPECT_EQ(session->blockedKeys, std::set<std::string>{plmKey});
+    answers.calls.clear();
+    EXPECT_EQ(AskStatusOfD1(), -1);
+    EXPECT_FALSE(FileExists("//plm/a"));
+    EXPECT_TRUE(answers.calls.empty());
+    EXPECT_NE(FindServerByNickname("lib"), nullptr);
+    session.reset();
+    answers.detailsStatus = Ok;
+    EXPECT_EQ(AskStatusOfD1(), 0);
+  }
+}
+
+TEST_F(Sessions, KeepAServerWhoseStatusQueryFailsForTheDocumentAlone) {
+  for (const Status failure : {NotFound, Refused, ServerError, TooLarge}) {
+    SCOPED_TRACE(failure);
+    const auto session = StartSession();
+    answers.detailsStatus = failure;
+    EXPECT_EQ(AskStatusOfD1(), -1);
+    EXPECT_TRUE(session->blockedKeys.empty());
+    EXPECT_NE(FindServerByNickname("plm"), nullptr);
+  }
+}
+
+// The server is blocked before the UID of the newest is asked for, which is asked of the server in hand.
+TEST_F(Sessions, DoNotKeepAFailedStatusQueryFromAskingForTheNewestUid) {
+  const auto session = StartSession();
+  answers.detailsStatus = Unauthorized;
+  std::string current = "unset";
+  std::string latest = "unset";
+  std::string latestUid = "unset";
+  EXPECT_EQ(GetStatus("korvufenloom-vt://plm.example/vt/?id=D1", current, latest, &latestUid), -1);
+  EXPECT_EQ(current, "unset");
+  EXPECT_EQ(latest, "unset");
+  EXPECT_EQ(latestUid, "");
+  EXPECT_EQ(answers.calls, (Lines{"ReadDetails(D1 current latest)", "GetFileInfo()"}));
 }
 
 TEST_F(Sessions, DoNotHideABlockedServerFromTheRootDirectory) {

@@ -24,6 +24,20 @@ class StatusQueries : public PublicTest {
         200, "[" + Document("D1", "1", isLatest) + (isLatest ? "" : "," + Document("D2", "2", true)) + "]");
   }
 
+  // The document that a search by the name a.lxz finds.
+  void ScriptFoundByName(const std::string& id, const std::string& iteration) {
+    transport.Then(200, R"([{"id":")" + id + R"(","attributes":{"number":"0042"}}])");
+    transport.Then(200, Document(id, iteration, id == "D2"));
+  }
+  // A document that is read, with the versions A.1 and A.2 behind it.
+  void ScriptBothVersionsOf(const std::string& id, const std::string& iteration) {
+    transport.Then(200, Document(id, iteration, id == "D2"));
+    transport.Then(200, "[" + Document("D1", "1", false) + "," + Document("D2", "2", true) + "]");
+  }
+  static std::string VersionsOf(const std::string& id) {
+    return documentsPath + id + "/versions?contextId=C5";
+  }
+
   std::string current = "unset";
   std::string latest = "unset";
   std::string latestUid = "unset";
@@ -60,6 +74,62 @@ TEST_F(StatusQueries, AnOlderIterationLeadsToTheUidOfTheNewest) {
   ScriptDetails(false);
   transport.Then(200, Document("D2", "2", true));
   EXPECT_EQ(GetLatestUPath("//plm/?id=D1"), "korvufenloom-vt://plm.example/vt/?id=D2&file=/a.lxz");
+}
+
+TEST_F(StatusQueries, ALocationPathOfTheNewestIterationStaysAsItCame) {
+  const std::string path = "//plm/Products/Bike/Folders/Frames/a.lxz";
+  ScriptRestServer();
+  ScriptFoundByName("D1", "1");
+  transport.Then(200, Document("D1", "1", true)).Then(200, "[" + Document("D1", "1", true) + "]");
+  EXPECT_EQ(GetLatestUPath(path.c_str()), path);
+  EXPECT_EQ(LinesFrom(4), (std::vector<std::string>{std::string(documentsPath) + "D1",
+                                                    std::string(documentsPath) + "D1", VersionsOf("D1")}));
+}
+
+TEST_F(StatusQueries, ALocationPathWithTheNewestVersionStaysAsItCame) {
+  const std::string path = "korvufenloom-vfs://plm/Products/Bike/Folders/Frames/a.lxz|A.2";
+  ScriptRestServer();
+  ScriptFoundByName("D2", "2");
+  ScriptBothVersionsOf("D2", "2");
+  ScriptBothVersionsOf("D2", "2");
+  EXPECT_EQ(GetLatestUPath(path.c_str()), path);
+}
+
+TEST_F(StatusQueries, ALocationPathWithAnOlderVersionLeadsToTheUidOfTheNewest) {
+  ScriptRestServer();
+  ScriptFoundByName("D2", "2");
+  ScriptBothVersionsOf("D2", "2");  // in which the path's version is found
+  ScriptBothVersionsOf("D1", "1");  // in which the newest is found
+  transport.Then(200, Document("D2", "2", true));
+  EXPECT_EQ(GetLatestUPath("//plm/Products/Bike/Folders/Frames/a.lxz|A.1"),
+            "korvufenloom-vt://plm.example/vt/?id=D2&file=/a.lxz");
+  const std::string document = documentsPath;
+  EXPECT_EQ(LinesFrom(4), (std::vector<std::string>{document + "D2", document + "D2", VersionsOf("D2"),
+                                                    document + "D1", VersionsOf("D1"), document + "D2"}));
+}
+
+TEST_F(StatusQueries, ALocationPathWithAVersionThatIsNotThereLeadsNowhere) {
+  ScriptRestServer();
+  for (const char* version : {"A.3", "B.1", "A"}) {
+    ScriptFoundByName("D2", "2");
+    ScriptBothVersionsOf("D2", "2");
+    const std::string path = std::string("//plm/Products/Bike/Folders/Frames/a.lxz|") + version;
+    EXPECT_EQ(GetLatestUPath(path.c_str()), "") << version;
+  }
+}
+
+TEST_F(StatusQueries, TheNewestIterationOfACopyInAWorkspaceIsItself) {
+  const char* const copy = "korvufenloom-vt://plm.example/vt/?id=D1|W7";
+  ScriptDetails(true);
+  EXPECT_EQ(GetLatestUPath(copy), copy);
+}
+
+// The newest is taken to lie in the workspace of the one that was asked for.
+TEST_F(StatusQueries, AnOlderIterationInAWorkspaceLeadsToTheNewestInThatWorkspace) {
+  ScriptDetails(false);
+  transport.Then(200, Document("D2", "2", true));
+  EXPECT_EQ(GetLatestUPath("korvufenloom-vt://plm.example/vt/?id=D1|W7"),
+            "korvufenloom-vt://plm.example/vt/?id=D2|W7&file=/a.lxz");
 }
 
 TEST_F(StatusQueries, GetLatestUPathIsEmptyOnEveryFailure) {
