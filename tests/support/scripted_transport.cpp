@@ -16,14 +16,14 @@ class ScriptedConnection final : public du::http::Connection {
   std::string server;
 };
 
-std::string ReadAll(du::http::FileSource& source) {
-  std::string text;
+du::http::ErrorCode ReadAll(du::http::FileSource& source, std::string& text) {
   std::uint8_t buffer[777];
   std::size_t count = 0;
-  while (source.Read(buffer, sizeof buffer, &count) == du::http::ErrorCode::Done && count > 0) {
+  auto error = du::http::ErrorCode::Done;
+  while ((error = source.Read(buffer, sizeof buffer, &count)) == du::http::ErrorCode::Done && count > 0) {
     text.append(reinterpret_cast<const char*>(buffer), count);
   }
-  return text;
+  return error;
 }
 
 std::string MethodName(du::http::Method method) {
@@ -97,10 +97,13 @@ std::unique_ptr<du::http::Connection> ScriptedTransport::Connect(const char* uri
 
 du::http::ErrorCode ScriptedTransport::Exchange(const std::string& server, const du::http::CommonAuth& auth,
                                                 const du::http::Request& request, int* httpStatus) {
-  SentRequest sent{server, MethodName(request.method) + " " + request.uri, ReadAll(*request.headers), {}};
-  if (request.body != nullptr) sent.body = ReadAll(*request.body);
+  SentRequest sent{server, MethodName(request.method) + " " + request.uri, {}, {}};
+  (void)ReadAll(*request.headers, sent.headers);
+  auto read = du::http::ErrorCode::Done;
+  if (request.body != nullptr) read = ReadAll(*request.body, sent.body.emplace());
   requests_.push_back(std::move(sent));
   clientMarks_.emplace_back(auth.header);
+  if (read != du::http::ErrorCode::Done) return read;
   if (script_.empty()) return du::http::ErrorCode::NoConnection;
   const Answer answer = std::move(script_.front());
   script_.pop_front();

@@ -36,7 +36,8 @@ struct Answer {
 };
 
 /// Takes the place of the platform's HTTP part: answers from a script, in order, and keeps what was sent. One
-/// lives at a time. A request behind the end of the script finds no connection.
+/// lives at a time. A request behind the end of the script finds no connection; one whose body cannot be read
+/// to its end fails with the body's code, and gets no answer.
 class ScriptedTransport {
  public:
   ScriptedTransport();

@@ -1,5 +1,6 @@
 #include "base/settings.h"
 #include "documents/document_storing.h"
+#include "documents/text_document.h"
 #include "tests/wire/storing/failing_steps.h"
 #include "tests/wire/storing/storing_fixture.h"
 
@@ -89,6 +90,52 @@ TEST_F(StoringFailures, OfAStore) {
   const Traces end{Error("Failed to store document id D1002 (" + mainPath + ", , )\n")};
   Walk(WithDocument("D1002", UploadSteps(Post(workspacesPath + "/W77/store"), end, "0 before"), "0 before"),
        [this](FileInfo&) { return StoreDocument(NewConnection(), "D1001|W77|D1002|T", params, {}); });
+}
+
+TEST_F(StoringFailures, OfAGeneralDocumentsIteration) {
+  params.kind = DocumentKind::General;
+  const Traces end{Error("Failed to iterate document id D1001 (" + mainPath + ", , )\n")};
+  Walk(WithDocument("D1001", UploadSteps(Post(documentsPath), end, "0 D1002"), "0 D1002"),
+       [this](FileInfo& result) { return IterateDocument(NewConnection(), "D1001", params, result, {}); });
+}
+
+// Without a registration between upload and end.
+TEST_F(StoringFailures, OfAUgcDocumentsCreation) {
+  params.kind = DocumentKind::Ugc;
+  const Traces end{Error("Failed to create document (" + mainPath + ", , ) on server ctx C5, folder F55\n")};
+  std::vector<Step> steps = UploadSteps(Post(documentsPath), end, "0 D1002");
+  steps.erase(steps.begin() + 3);
+  for (Ending* ending : {&steps[0].refused, &steps[0].unreadable}) {
+    ending->answers.erase(ending->answers.begin() + 3);
+    ending->lines.erase(ending->lines.begin() + 3);
+  }
+  Walk(steps, [this](FileInfo& result) {
+    return CreateDocument(NewConnection(), "a", "C5", "F55", params, result, {});
+  });
+}
+
+// The status alone decides at the end; a failed transfer is all that the caller learns before.
+TEST_F(StoringFailures, OfATextDocument) {
+  const TraceLine refusedPost = Error("Failed to update document with error {error}\n");
+  const Ending noUpload{"false ", {Error("Failed to upload document with error {error}\n")}};
+  const Ending withoutNonce{"true D1002",
+                            {},
+                            {{200, Ticket(1)}, nonce, {200, Receipts(1)}, stored},
+                            {Post(factoryPath), Get(noncePath), uploadLine, Post(documentsPath)}};
+  const Ending noTicket{"false ", {refusedPost}};
+  WalkFailures(
+      transport, trace,
+      {{Get(noncePath), nonce, withoutNonce, withoutNonce},
+       {Post(factoryPath), {200, Ticket(1)}, noTicket, noTicket},
+       {uploadLine, {200, Receipts(1)}, noUpload, noUpload},
+       {Post(documentsPath), stored, {"false ", {refusedPost}}, {"true ", {refusedPost}}}},
+      [this] { return Leftovers(); },
+      [this] {
+        DocumentRecord result;
+        const bool succeeded = UpdateTextDocument(NewConnection(), nullptr, "t.xml", "C5", "F55",
+                                                  mainPath.c_str(), "no", "de", "XLIFF", "vn.T", &result, {});
+        return (succeeded ? "true " : "false ") + result.id;
+      });
 }
 
 // A dependency that cannot be read is left out, and nothing tells of it.
