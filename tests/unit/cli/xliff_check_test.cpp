@@ -1,0 +1,316 @@
+#include "hosts/cli/xliff_check.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "tests/support/temporary_directory.h"
+
+using testing::HasSubstr;
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr const char* kOne = "urn:oasis:names:tc:xliff:document:1.2";
+
+// Hands a text out in pieces of the given size.
+ReadFunction Pieces(std::string text, std::size_t size) {
+  return [text = std::move(text), size, at = std::size_t{0}](char* buffer, std::size_t room) mutable {
+    const std::size_t count = std::min({size, room, text.size() - at});
+    std::memcpy(buffer, text.data() + at, count);
+    at += count;
+    return static_cast<std::ptrdiff_t>(count);
+  };
+}
+
+// "" when it is fit, else "LINE: WHAT". The same whatever the pieces.
+std::string Check(const std::string& text, const std::string& language = "en") {
+  const auto shown = [](const std::optional<XliffFault>& fault) {
+    return fault ? std::to_string(fault->line) + ": " + fault->what : std::string();
+  };
+  const std::string whole = shown(CheckXliff(Pieces(text, 65536), language));
+  EXPECT_EQ(shown(CheckXliff(Pieces(text, 1), language)), whole);
+  return whole;
+}
+
+std::string Version12(const std::string& content) {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xliff version=\"1.2\" xmlns=\"" + std::string(kOne) +
+         "\">\n" + content + "\n</xliff>\n";
+}
+
+std::string Version2(const std::string& version, const std::string& space, const std::string& language) {
+  return "<xliff version=\"" + version + "\" xmlns=\"urn:oasis:names:tc:xliff:document:" + space + "\"" +
+         language +
+         ">\n<file id=\"f\"><unit id=\"u\"><segment><source>a</source></segment></unit></file></xliff>";
+}
+
+std::string Utf16(const std::string& ascii) {
+  std::string out = "\xFF\xFE";
+  for (const char c : ascii) {
+    out += c;
+    out += '\0';
+  }
+  return out;
+}
+
+constexpr const char* kFile = "<file original=\"a\" source-language=\"en\" datatype=\"xml\"><body/></file>";
+
+// Makes a file of pieces, up to a size or an empty piece, and counts what was asked for.
+class Endless {
+ public:
+  Endless(std::string head, std::function<std::string(std::size_t)> piece, std::size_t size)
+      : pending_(std::move(head)), piece_(std::move(piece)), size_(size) {}
+
+  [[nodiscard]] ReadFunction Reader() {
+    return [this](char* buffer, std::size_t room) {
+      while (!ended_ && pending_.size() < room && read_ + pending_.size() < size_) Grow();
+      const std::size_t count = std::min(pending_.size(), room);
+      std::memcpy(buffer, pending_.data(), count);
+      pending_.erase(0, count);
+      read_ += count;
+      return static_cast<std::ptrdiff_t>(count);
+    };
+  }
+  [[nodiscard]] std::size_t read() const { return read_; }
+
+ private:
+  void Grow() {
+    const std::string piece = piece_(number_++);
+    ended_ = piece.empty();
+    pending_ += piece;
+  }
+
+  std::string pending_;
+  std::function<std::string(std::size_t)> piece_;
+  std::size_t size_;
+  std::size_t read_ = 0;
+  std::size_t number_ = 0;
+  bool ended_ = false;
+};
+
+constexpr std::size_t kHundredMegabytes = 100'000'000;
+
+// That a file of a hundred megabytes is refused before a third of it was read, for the reason given.
+void ExpectRefusedEarly(const std::string& head, const std::function<std::string(std::size_t)>& piece,
+                        const std::string& reason) {
+  Endless file(head, piece, kHundredMegabytes);
+  const auto fault = CheckXliff(file.Reader(), "en");
+  ASSERT_TRUE(fault);
+  EXPECT_THAT(fault->what, HasSubstr(reason));
+  EXPECT_LT(file.read(), kHundredMegabytes / 3);
+}
+
+const std::string kOpen = "<xliff version=\"1.2\" xmlns=\"" + std::string(kOne) + "\">" + kFile;
+
+}  // namespace
+
+TEST(XliffCheck, TakesVersion12) {
+  EXPECT_EQ(Check(Version12(kFile)), "");
+  EXPECT_EQ(Check(Version12(std::string(kFile) + kFile)), "");
+  EXPECT_EQ(Check("<x:xliff xmlns:x='" + std::string(kOne) +
+                  "' version='1.2'><x:file source-language='en'/>" + "</x:xliff>"),
+            "");
+}
+
+TEST(XliffCheck, TakesVersions20To22) {
+  EXPECT_EQ(Check(Version2("2.0", "2.0", " srcLang=\"en\"")), "");
+  EXPECT_EQ(Check(Version2("2.1", "2.0", " srcLang=\"en\"")), "");
+  EXPECT_EQ(Check(Version2("2.1", "2.1", " srcLang=\"en\"")), "");
+  EXPECT_EQ(Check(Version2("2.2", "2.2", " srcLang=\"en\"")), "");
+}
+
+TEST(XliffCheck, TakesTheEncodingsOfXml) {
+  EXPECT_EQ(Check("\xEF\xBB\xBF" + Version12(kFile)), "");
+  EXPECT_EQ(Check(Utf16("<xliff version='1.2' xmlns='" + std::string(kOne) + "'>" + kFile + "</xliff>")), "");
+  EXPECT_EQ(Check("<?xml version='1.0' encoding='ISO-8859-1'?><xliff version='1.2' xmlns='" +
+                  std::string(kOne) + "'><!-- \xFC -->" + kFile + "</xliff>"),
+            "");
+  EXPECT_THAT(Check("<?xml version='1.0' encoding='EBCDIC-1'?><xliff/>"),
+              HasSubstr("its encoding can't be read"));
+  EXPECT_THAT(Check(Version12("<file source-language=\"en\">\xFC</file>")),
+              testing::StartsWith("3: it is no "
+                                  "well-formed XML"));
+}
+
+TEST(LanguagesFit, WhenTheyAreTheSameAsFarAsBothGo) {
+  for (const auto& [one, other] : {std::pair{"en", "en"},
+                                   {"EN", "en"},
+                                   {"en_US", "en-us"},
+                                   {"en", "en-US"},
+                                   {"zh-Hans-CN", "zh_hans"}}) {
+    EXPECT_TRUE(LanguagesFit(one, other)) << one << other;
+    EXPECT_TRUE(LanguagesFit(other, one)) << one << other;
+  }
+  for (const auto& [one, other] : {std::pair{"en", "de"},
+                                   {"en-GB", "en-US"},
+                                   {"en", "eng"},
+                                   {"en", "e"},
+                                   {"en-U", "en-US"},
+                                   {"en", ""}}) {
+    EXPECT_FALSE(LanguagesFit(one, other)) << one << other;
+    EXPECT_FALSE(LanguagesFit(other, one)) << one << other;
+  }
+}
+
+TEST(XliffCheck, NamesTheLineOfTheFirstSourceLanguageThatDoesNotFit) {
+  const std::string german = "<file original='b'\n  source-language='de'/>";
+  EXPECT_EQ(Check(Version12(std::string(kFile) + "\n" + german)),
+            "4: its <file> has the source language \"de\" (source-language), and --language is \"en\"");
+  EXPECT_EQ(Check(Version12(kFile), "en-US"), "");
+  EXPECT_EQ(Check("\n" + Version2("2.0", "2.0", " srcLang=\"en-GB\""), "en-US"),
+            "2: its <xliff> has the source language \"en-GB\" (srcLang), and --language is \"en-US\"");
+}
+
+TEST(XliffCheck, WantsASourceLanguage) {
+  EXPECT_EQ(Check(Version12("<file original='a'/>")),
+            "3: its <file> tells no source language (source-language)");
+  EXPECT_EQ(Check(Version12(std::string(kFile) + "<file source-language=''/>")),
+            "3: its <file> tells no source language (source-language)");
+  EXPECT_EQ(Check(Version2("2.0", "2.0", "")), "1: its <xliff> tells no source language (srcLang)");
+}
+
+TEST(XliffCheck, WantsAFileRightInTheRoot) {
+  EXPECT_EQ(Check(Version12("")), "4: it has no <file> in its <xliff>");
+  EXPECT_EQ(Check(Version12("<group>" + std::string(kFile) + "</group>")),
+            "4: it has no <file> in its <xliff>");
+  EXPECT_EQ(Check(Version12("<file xmlns='urn:other' source-language='en'/>")),
+            "4: it has no <file> in its <xliff>");
+  EXPECT_EQ(Check("<xliff version='2.0' srcLang='en' xmlns='urn:oasis:names:tc:xliff:document:2.0'/>"),
+            "1: it has no <file> in its <xliff>");
+}
+
+TEST(XliffCheck, WantsTheRootAndNamespaceAndVersionOfXliff) {
+  EXPECT_EQ(Check("\n<tmx version='1.4'><file source-language='en'/></tmx>"),
+            "2: it is no XLIFF file: its outermost element is \"tmx\" and not \"xliff\"");
+  EXPECT_EQ(
+      Check("<xliff version='1.2'>" + std::string(kFile) + "</xliff>"),
+      "1: its <xliff> has no namespace; that of XLIFF 1.2 is \"urn:oasis:names:tc:xliff:document:1.2\"");
+  EXPECT_EQ(Check("<xliff version='1.2' xmlns='urn:x'>" + std::string(kFile) + "</xliff>"),
+            "1: its <xliff> has the namespace \"urn:x\"; that of XLIFF 1.2 is "
+            "\"urn:oasis:names:tc:xliff:document:1.2\"");
+  EXPECT_THAT(Check(Version2("2.0", "1.2", " srcLang='en'")), HasSubstr("that of XLIFF 2.0 is"));
+  EXPECT_THAT(Check(Version2("2.0", "2.1", " srcLang='en'")), HasSubstr("that of XLIFF 2.0 is"));
+  EXPECT_EQ(Check(Version2("1.1", "1.1", "")),
+            "1: its XLIFF version is \"1.1\"; 1.2 and 2.0 to 2.2 are taken");
+  EXPECT_EQ(Check("<xliff xmlns='" + std::string(kOne) + "'>" + kFile + "</xliff>"),
+            "1: its <xliff> tells no version; 1.2 and 2.0 to 2.2 are taken");
+}
+
+TEST(XliffCheck, CutsWhatItQuotes) {
+  EXPECT_EQ(Check("<xliff version='" + std::string(59, 'v') + "\xC3\xBC" + "v'/>"),
+            "1: its XLIFF version is \"" + std::string(59, 'v') + "...\"; 1.2 and 2.0 to 2.2 are taken");
+}
+
+TEST(XliffCheck, TellsAFileThatWasCutOff) {
+  const std::string whole = Version12("<file source-language='en'>\n<body><![CDATA[ text ]]></body></file>");
+  const auto cut = [&whole](const char* mark) { return Check(whole.substr(0, whole.find(mark))); };
+  EXPECT_THAT(cut("</body>"), testing::AllOf(testing::StartsWith("4: "), HasSubstr("cut off")));
+  EXPECT_THAT(cut("ody>"), testing::AllOf(testing::StartsWith("4: "), HasSubstr("cut off")));
+  EXPECT_THAT(cut("text"), testing::AllOf(testing::StartsWith("4: "), HasSubstr("cut off")));
+  EXPECT_THAT(cut("xliff>"), HasSubstr("cut off"));
+  EXPECT_EQ(Check(whole.substr(0, whole.find("</xliff>") + 8)), "");
+  // A character that was cut in two.
+  EXPECT_THAT(Check("<xliff version='1.2' xmlns='" + std::string(kOne) + "'>\xC3"), HasSubstr("cut off"));
+}
+
+TEST(XliffCheck, TellsWhatIsNoXml) {
+  EXPECT_THAT(Check(""), testing::StartsWith("1: it is empty"));
+  EXPECT_THAT(Check("\n\n"), testing::StartsWith("3: it is empty"));
+  EXPECT_THAT(Check("Dear server,\n"), testing::StartsWith("1: it is no XML file"));
+  EXPECT_THAT(Check("%PDF-1.7\n\x80\x81"), testing::StartsWith("1: it is no XML file"));
+  EXPECT_THAT(Check(std::string("\x7F"
+                                "ELF\0\0",
+                                6)),
+              testing::StartsWith("1: it is no XML file"));
+  EXPECT_THAT(Check(std::string(1000, '\0')), testing::StartsWith("1: it is no XML file"));
+}
+
+TEST(XliffCheck, TellsXmlThatIsNotWellFormed) {
+  EXPECT_EQ(Check(Version12("<file source-language='en'><a>\n</b></file>")),
+            "4: it is no well-formed XML (mismatched tag)");
+  EXPECT_THAT(Check(Version12("<file source-language='en' source-language='de'/>")),
+              testing::StartsWith("3: it is no well-formed XML"));
+  EXPECT_THAT(Check(Version12(kFile) + "<more/>"), testing::StartsWith("5: it is no well-formed XML"));
+  EXPECT_THAT(Check(Version12(std::string("<file source-language='en'>\0</file>", 35))),
+              testing::StartsWith("3: it is no well-formed XML"));
+  EXPECT_THAT(Check(Version12("<file source-language='en'>&who;</file>")),
+              testing::StartsWith("3: it is no well-formed XML"));
+}
+
+TEST(XliffCheck, RefusesDocumentTypesAndSoEveryEntity) {
+  const std::string bomb =
+      "<?xml version='1.0'?>\n<!DOCTYPE xliff [<!ENTITY a 'ha'><!ENTITY b "
+      "'&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;'>]>\n";
+  EXPECT_EQ(Check(bomb + "<xliff>&b;</xliff>"),
+            "2: it has a document type declaration (<!DOCTYPE>), which XLIFF does without");
+  EXPECT_THAT(Check("<!DOCTYPE xliff SYSTEM 'file:///etc/passwd'><xliff/>"), HasSubstr("document type"));
+}
+
+TEST(XliffCheck, EndsWithElementsNestedTooDeep) {
+  const std::string start =
+      "<xliff version='1.2' xmlns='" + std::string(kOne) + "'><file source-language='en'>";
+  const auto nested = [&start](int depth) {
+    std::string text = start;
+    for (int i = 0; i < depth; ++i) text += "<g>";
+    for (int i = 0; i < depth; ++i) text += "</g>";
+    return text + "</file></xliff>";
+  };
+  EXPECT_EQ(Check(nested(998)), "");
+  EXPECT_EQ(Check(nested(999)), "1: its elements are nested more than 1000 deep");
+  ExpectRefusedEarly(
+      start, [](std::size_t) { return "<g>"; }, "nested more than 1000 deep");
+}
+
+TEST(XliffCheck, EndsWithWhatWouldTakeMemoryWithoutEnd) {
+  const std::string reason = "too long a tag, or too many different names";
+  const auto filling = [](std::size_t) { return std::string(1000, 'a'); };
+  ExpectRefusedEarly(kOpen + "<file source-language='", filling, reason);
+  ExpectRefusedEarly(kOpen + "<", filling, reason);
+  ExpectRefusedEarly(kOpen + "<!--", filling, reason);
+  ExpectRefusedEarly(
+      kOpen, [](std::size_t number) { return "<n" + std::to_string(number) + "/>"; }, reason);
+  ExpectRefusedEarly(
+      kOpen, [](std::size_t number) { return "<n a" + std::to_string(number) + "=''/>"; }, reason);
+}
+
+TEST(XliffCheck, ReadsAnyAmountOfText) {
+  constexpr std::size_t kPieces = 100'000;
+  Endless file(
+      "<xliff version='1.2' xmlns='" + std::string(kOne) + "'><file source-language='en'>",
+      [](std::size_t number) {
+        if (number < kPieces) return std::string(1000, 'a');
+        return std::string(number == kPieces ? "</file></xliff>" : "");
+      },
+      2 * kHundredMegabytes);
+  const auto fault = CheckXliff(file.Reader(), "en");
+  EXPECT_EQ(fault ? fault->what : "", "");
+  EXPECT_GT(file.read(), kHundredMegabytes);
+}
+
+TEST(XliffCheck, TellsAFileThatCanNotBeRead) {
+  EXPECT_TRUE(CheckXliff([](char*, std::size_t) { return std::ptrdiff_t{-1}; }, "en"));
+  const vtdirect_test::TemporaryDirectory directory;
+  std::optional<XliffFault> fault;
+  const auto missing = CheckXliffFile(directory.File("none"), "en", fault);
+  ASSERT_TRUE(missing);
+  EXPECT_EQ(missing->code, ExitCode::LocalFile);
+  EXPECT_EQ(missing->message, "cannot read " + directory.File("none") + ": No such file or directory");
+  const auto folder = CheckXliffFile(directory.path(), "en", fault);
+  ASSERT_TRUE(folder);
+  EXPECT_EQ(folder->message, "cannot read " + directory.path() + ": Is a directory");
+}
+
+TEST(XliffCheck, ReadsALocalFile) {
+  const vtdirect_test::TemporaryDirectory directory;
+  vtdirect_test::WriteFile(directory.File("a.xlf"), Version12(kFile));
+  std::optional<XliffFault> fault;
+  EXPECT_FALSE(CheckXliffFile(directory.File("a.xlf"), "en", fault));
+  EXPECT_FALSE(fault);
+  EXPECT_FALSE(CheckXliffFile(directory.File("a.xlf"), "fr", fault));
+  ASSERT_TRUE(fault);
+  EXPECT_EQ(fault->line, 3U);
+}
+
+}  // namespace vtdirect_cli
