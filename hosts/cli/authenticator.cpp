@@ -38,7 +38,8 @@ bool Authenticator::Answer(const std::string& url) {
   const std::optional<Origin> origin = OriginOf(url);
   if (!origin || !IsNamed(*origin)) {
     refusal_ = (origin ? TextOf(*origin) : url) +
-               " demands credentials; they go only to servers that you have named, and this is none of them";
+               " demands credentials; they go only to servers that you have named, and this is none of them; "
+               "list it with --server too if it may have them";
     return false;
   }
   Progress& progress = ProgressOf(*origin);

@@ -102,11 +102,15 @@ struct SectionRow {
 [[nodiscard]] std::span<const SectionRow> Sections();
 
 // One function a file: each gives its row of the table.
+[[nodiscard]] CommandRow BrowseUrlCommand();
 [[nodiscard]] CommandRow CheckCommand();
+[[nodiscard]] CommandRow EditUrlCommand();
 [[nodiscard]] CommandRow GetCommand();
 [[nodiscard]] CommandRow InfoCommand();
+[[nodiscard]] CommandRow LinksCommand();
 [[nodiscard]] CommandRow LsCommand();
 [[nodiscard]] CommandRow PathCommand();
+[[nodiscard]] CommandRow PutCommand();
 [[nodiscard]] CommandRow StatusCommand();
 [[nodiscard]] CommandRow TreeCommand();
 [[nodiscard]] CommandRow UidCommand();

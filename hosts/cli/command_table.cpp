@@ -50,8 +50,9 @@ std::span<const MemberRow> FailureMembers() {
 
 std::span<const CommandRow> Commands() {
   static const std::vector<CommandRow> rows = {
-      CheckCommand(), LsCommand(),   TreeCommand(), InfoCommand(), StatusCommand(), VersionsCommand(),
-      UidCommand(),   PathCommand(), UrlCommand(),  GetCommand(),  ServersCommand()};
+      CheckCommand(),    LsCommand(),    TreeCommand(),    InfoCommand(),      StatusCommand(),
+      VersionsCommand(), UidCommand(),   PathCommand(),    UrlCommand(),       GetCommand(),
+      PutCommand(),      LinksCommand(), EditUrlCommand(), BrowseUrlCommand(), ServersCommand()};
   return rows;
 }
 

@@ -1,0 +1,174 @@
+#include "hosts/cli/put_failure.h"
+
+#include "hosts/cli/checkout_words.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+using Action = PutTarget::Action;
+using VtDirectManager::StatusCode;
+
+// What is there now, and what a user may do about it.
+struct Standing {
+  std::string text;
+  std::string next = "the same command can be given again";
+};
+
+[[nodiscard]] std::string InQuotes(const std::string& command, const std::string& address) {
+  return "\"vtdirect " + command + " '" + address + "'\"";
+}
+
+[[nodiscard]] const char* StepOf(Action action) {
+  switch (action) {
+    case Action::Create:
+      return "creating ";
+    case Action::Iterate:
+      return "making a new iteration of ";
+    default:
+      return "storing into the working copy ";
+  }
+}
+
+// How far it had come, from the bytes that the library has told of.
+[[nodiscard]] std::string PointOf(const PutOutcome& outcome) {
+  if (outcome.AllSent()) return "after the file was sent";
+  if (outcome.sent == 0) return "before the file was sent";
+  return "after " + std::to_string(outcome.sent) + " of " + std::to_string(outcome.total) + " bytes";
+}
+
+[[nodiscard]] Standing Unknown(const std::string& command, const std::string& address) {
+  return {"what stands now could not be found out",
+          InQuotes(command, address) + " tells when the server answers"};
+}
+
+// A name that isn't found on a server that answers is not there.
+[[nodiscard]] Standing StandingOfCreation(const PutTarget& target, const PutOutcome& outcome, bool answers) {
+  const std::string uid = answers ? VtDirectManager::GetUID(target.address.c_str()) : "";
+  if (uid.empty() && !answers && outcome.AllSent()) return Unknown("info", target.address);
+  if (uid.empty()) return {"nothing was created"};
+  const std::string next = InQuotes("info", uid) + " tells of it, and a further put makes a new iteration";
+  if (!outcome.AllSent()) return {"a document has come to stand there meanwhile: " + uid, next};
+  if (VtDirectManager::ShouldCreate(uid.c_str())) {
+    return {"the document is there now, without content: " + uid, next};
+  }
+  return {"a document is there now, and only the answer may have been lost: " + uid, next};
+}
+
+[[nodiscard]] Standing StandingOfIteration(const PutTarget& target, const PutOutcome& outcome) {
+  std::string version;
+  std::string newest;
+  const int status = VtDirectManager::GetStatus(target.address.c_str(), version, newest, nullptr);
+  if (status == 0) return {"nothing was changed, " + version + " is the newest iteration still"};
+  if (status < 0 && !outcome.AllSent()) return {"nothing was changed"};
+  if (status < 0) return Unknown("info", target.address);
+  const std::string next = InQuotes("versions", target.address) + " tells of them";
+  if (!outcome.AllSent()) return {"somebody has made the iteration " + newest + " meanwhile", next};
+  return {"the newest iteration is " + newest + " now, and only the answer may have been lost", next};
+}
+
+[[nodiscard]] std::string ContentOfWorkingCopy(const PutOutcome& outcome) {
+  if (!outcome.AllSent()) return "its content is as it was";
+  return outcome.mayCheckInToo ? "whether the file is stored in it is not known, checked in it is not"
+                               : "whether the file is stored in it is not known";
+}
+
+[[nodiscard]] Standing StandingOfStore(const PutTarget& target, const PutOutcome& outcome) {
+  const CheckoutState state = ReadCheckoutState(target.address);
+  if (state.state == "temporary-workspace" || state.state == "workspace") {
+    return {"you still have it checked out, and " + ContentOfWorkingCopy(outcome)};
+  }
+  // The state of a temporary checkout is that of the document it was taken from.
+  if (state.state == "none" || state.state == "not-possible") {
+    return {"it is not checked out any more" +
+                std::string(outcome.mayCheckInToo && outcome.AllSent()
+                                ? ", so it was checked in, and only the answer may have been lost"
+                                : ""),
+            InQuotes("verify", target.address) + " tells what stands"};
+  }
+  if (state.state == "by-other") {
+    return {"it is checked out by " + state.user + " now",
+            InQuotes("verify", target.address) + " tells more"};
+  }
+  if (!outcome.AllSent()) return {"nothing was stored"};
+  return Unknown("verify", target.address);
+}
+
+[[nodiscard]] Standing StandingOf(const PutTarget& target, const PutOutcome& outcome, bool answers) {
+  switch (target.action) {
+    case Action::Create:
+      return StandingOfCreation(target, outcome, answers);
+    case Action::Iterate:
+      return StandingOfIteration(target, outcome);
+    default:
+      return StandingOfStore(target, outcome);
+  }
+}
+
+// Nothing of the file has reached the server whole, so nothing was stored.
+[[nodiscard]] std::optional<Failure> LocalFailure(const PutOutcome& outcome) {
+  if (!outcome.changedFile.empty()) {
+    return Failure{ExitCode::LocalFile, outcome.changedFile +
+                                            " was written to while it was read; nothing was stored; give the "
+                                            "command again when nobody writes to it"};
+  }
+  if (outcome.copyIsShort) {
+    return Failure{
+        ExitCode::LocalFile,
+        "the files could not be copied whole to the directory for temporary files, from where they "
+        "are sent; nothing was stored; make room there, or set TMPDIR to another one"};
+  }
+  return std::nullopt;
+}
+
+[[nodiscard]] ExitCode CodeOf(Host& host, const PutTarget& target, const PutOutcome& outcome,
+                              std::string& why) {
+  const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(target.address.c_str()));
+  if (!failure && outcome.code == VtDirectManager::StatusConnectFailed) return ExitCode::CannotConnect;
+  if (!failure) return ExitCode::Failure;
+  why = failure->message;
+  return failure->code;
+}
+
+}  // namespace
+
+Failure CheckInNeeded(const PutTarget& target) {
+  return {
+      ExitCode::Failure,
+      target.address +
+          " is checked out in a temporary workspace, where a viewable, metadata and source links can only "
+          "be stored together with the check-in; nothing was sent; give --checkin as well"};
+}
+
+Failure PutCheckInFailure(Host& host, const std::string& uid) {
+  std::string why = FirstTracedError();
+  const auto server = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));
+  if (server && server->code == ExitCode::Interrupted) return InterruptedFailure();
+  if (server) why = server->message;
+  const CheckoutState state = ReadCheckoutState(uid);
+  const bool stands = state.state == "workspace" || state.state == "temporary-workspace";
+  std::string message = "the file is stored in the working copy " + uid + ", but checking it in failed";
+  if (!why.empty()) message += " (" + why + ")";
+  message += stands ? "; you still have it checked out; " + InQuotes("checkin", uid) + " tries again"
+                    : "; it is not seen to be checked out any more; " + InQuotes("verify", uid) + " tells";
+  return {server ? server->code : ExitCode::Failure, message};
+}
+
+Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& target,
+                   const PutOutcome& outcome) {
+  if (auto failure = LocalFailure(outcome)) return *failure;
+  std::string why = FirstTracedError();
+  const bool tooLarge = outcome.code == VtDirectManager::StatusFileTooLarge;
+  if (tooLarge) why = "the server takes no files as large as this";
+  const ExitCode code = tooLarge ? ExitCode::Failure : CodeOf(host, target, outcome, why);
+  if (code == ExitCode::Interrupted) return InterruptedFailure();
+  Standing standing = StandingOf(target, outcome, code != ExitCode::CannotConnect);
+  if (tooLarge) standing.next = "a smaller file, or a greater limit at the server, is needed";
+  std::string message = StepOf(target.action) + target.address + " from " + request.content.path +
+                        " failed " + PointOf(outcome);
+  if (!why.empty()) message += " (" + why + ")";
+  return {code, message + "; " + standing.text + "; " + standing.next};
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,277 @@
+#include <gmock/gmock.h>
+#include <signal.h>
+
+#include <atomic>
+#include <fstream>
+#include <thread>
+
+#include "tests/e2e/cli/put_fixture.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace vtdirect_test {
+namespace {
+
+const std::string kFrame = "//sim/Products/Trekking Bike/Folders/Frame/";
+const std::string kBench = "//sim/Products/Trekking Bike/Workspaces/Anna's bench/";
+
+// Each request that stores, and how far the message says it came.
+struct Step {
+  const char* name;
+  const char* request;
+  const char* point;
+};
+
+constexpr Step kTicket{"Ticket", "POST *creationFactory", "failed before the file was sent"};
+constexpr Step kUpload{"Upload", "POST *content/upload/*", "failed after the file was sent"};
+constexpr Step kCreation{"Creation", "POST *dkm/documents", "failed after the file was sent"};
+constexpr Step kStore{"Store", "POST *W301/store", "failed after the file was sent"};
+
+// What is answered in place of success without the server having done anything.
+constexpr const char* kRefusals[] = {"503", "409", "drop"};
+
+}  // namespace
+
+/// A file that is put while the server, or the file itself, lets it down.
+class PutFailure : public PutTest {
+ protected:
+  void SetUp() override { WriteFile(Here("f"), "content"); }
+
+  ProcessResult PutWithFault(const std::string& fault, const std::string& address) {
+    Serve({"--fault", fault});
+    const ProcessResult result = Run({"put", "f", address, "--stall-timeout", "2"});
+    EXPECT_EQ(result.out, "");
+    return result;
+  }
+};
+
+std::string NameOfStep(const testing::TestParamInfo<std::tuple<Step, const char*>>& info) {
+  return std::string(std::get<0>(info.param).name) + "_" + std::get<1>(info.param);
+}
+
+class PutRefused : public PutFailure, public testing::WithParamInterface<std::tuple<Step, const char*>> {};
+
+class CreationRefused : public PutRefused {};
+class IterationRefused : public PutRefused {};
+class StoreRefused : public PutRefused {};
+
+INSTANTIATE_TEST_SUITE_P(Steps, CreationRefused,
+                         testing::Combine(testing::Values(kTicket, kUpload, kCreation),
+                                          testing::ValuesIn(kRefusals)),
+                         NameOfStep);
+INSTANTIATE_TEST_SUITE_P(Steps, IterationRefused,
+                         testing::Combine(testing::Values(kTicket, kUpload, kCreation),
+                                          testing::ValuesIn(kRefusals)),
+                         NameOfStep);
+INSTANTIATE_TEST_SUITE_P(Steps, StoreRefused,
+                         testing::Combine(testing::Values(kTicket, kUpload, kStore),
+                                          testing::ValuesIn(kRefusals)),
+                         NameOfStep);
+
+TEST_P(CreationRefused, LeavesNothingAndSaysSo) {
+  const auto [step, action] = GetParam();
+  const ProcessResult result = PutWithFault(std::string(step.request) + "=" + action, kFrame);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("creating " + kFrame + "f from f " + step.point));
+  EXPECT_THAT(result.err, HasSubstr("; nothing was created; the same command can be given again"));
+  EXPECT_THAT(Run({"ls", kFrame}).out, Not(HasSubstr("/f\n")));
+}
+
+TEST_P(IterationRefused, LeavesTheNewestIterationAndSaysSo) {
+  const auto [step, action] = GetParam();
+  const ProcessResult result = PutWithFault(std::string(step.request) + "=" + action, kFrame + "frame.lxz");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("making a new iteration of " + server().Uid("D1002") +
+                                    "&file=/frame.lxz from f " + step.point));
+  EXPECT_THAT(result.err, HasSubstr("; nothing was changed, A.3 is the newest iteration still; the same "
+                                    "command can be given again"));
+  EXPECT_THAT(Content(kFrame + "frame.lxz"), HasSubstr("version A.3\n"));
+}
+
+TEST_P(StoreRefused, LeavesTheWorkingCopyAndSaysSo) {
+  const auto [step, action] = GetParam();
+  const ProcessResult result = PutWithFault(std::string(step.request) + "=" + action, kBench + "crank.lxz");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("storing into the working copy " + server().Uid("D1026|W301") +
+                                    "&file=/crank.lxz from f " + step.point));
+  EXPECT_THAT(result.err, HasSubstr("; you still have it checked out, and "));
+  EXPECT_THAT(result.err, HasSubstr("; the same command can be given again"));
+  EXPECT_THAT(DocumentOf(server(), "D1026").bytes, HasSubstr("name crank.lxz\n"));
+}
+
+// The server does what it is asked, and its answer is lost.
+TEST_F(PutFailure, TellsOfADocumentWhoseCreationWasNotConfirmed) {
+  const ProcessResult result = PutWithFault("POST *dkm/documents=cut:10", kFrame);
+  EXPECT_EQ(result.status, 1);
+  const std::string uid = Run({"uid", kFrame + "f"}).out;
+  ASSERT_NE(uid, "");
+  EXPECT_THAT(result.err, HasSubstr("; a document is there now, and only the answer may have been lost: " +
+                                    uid.substr(0, uid.size() - 1) + "; "));
+  EXPECT_EQ(Content(kFrame + "f"), "content");
+}
+
+TEST_F(PutFailure, TellsOfAnIterationThatWasNotConfirmed) {
+  const ProcessResult result = PutWithFault("POST *dkm/documents=cut:10", kFrame + "frame.lxz");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err,
+              HasSubstr("; the newest iteration is A.4 now, and only the answer may have been lost; "));
+}
+
+TEST_F(PutFailure, OfTheUploadsAnswerLeavesNothing) {
+  const ProcessResult result = PutWithFault("POST *content/upload/*=cut:10", kFrame);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("; nothing was created; "));
+}
+
+TEST_F(PutFailure, OfTheCheckInTellsThatTheFileIsStored) {
+  Serve({"--fault", "POST *W301/checkin=503*1"});
+  const ProcessResult result = Run({"put", "f", kBench + "crank.lxz", "--checkin"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  const std::string uid = server().Uid("D1026|W301") + "&file=/crank.lxz";
+  EXPECT_THAT(result.err, HasSubstr("the file is stored in the working copy " + uid));
+  EXPECT_THAT(result.err, HasSubstr("vtdirect checkin '" + uid + "'"));
+  EXPECT_EQ(DocumentOf(server(), "D1026").bytes, "content");
+  EXPECT_THAT(ReadFile(Home(".local/state/vtdirect/checkouts")), HasSubstr("D1026|W301"));
+}
+
+TEST_F(PutFailure, OfAFileThatIsTooLargeSaysSo) {
+  Serve({"--max-upload", "5000"});
+  WriteFile(Here("f"), std::string(100'000, 'x'));
+  const ProcessResult created = Run({"put", "f", kFrame});
+  EXPECT_EQ(created.status, 1);
+  EXPECT_THAT(created.err, HasSubstr("(the server takes no files as large as this); nothing was created"));
+  const ProcessResult iterated = Run({"put", "f", kFrame + "frame.lxz"});
+  EXPECT_THAT(iterated.err, HasSubstr("(the server takes no files as large as this); nothing was changed"));
+  const ProcessResult stored = Run({"put", "f", kBench + "crank.lxz"});
+  EXPECT_THAT(stored.err, HasSubstr("(the server takes no files as large as this); you still have it"));
+  WriteFile(Here("f"), "small");
+  EXPECT_EQ(Run({"put", "f", kFrame}).status, 0);
+}
+
+TEST_F(PutFailure, WithoutAServerToAskSaysThatItIsNotKnownWhatStands) {
+  Serve({"--fault", "POST *dkm/documents=cut:10", "--fault", "GET *OrvetGW*=drop"});
+  const ProcessResult result = Run({"put", "f", kFrame});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_THAT(result.err, HasSubstr("(cannot connect to " + server().url() +
+                                    "); what stands now could not be found "
+                                    "out; \"vtdirect info '" +
+                                    kFrame + "f'\" tells when the server answers"));
+}
+
+// The library copies the files before it sends them, and a copy that could not be made whole would be a torn
+// document.
+TEST_F(PutFailure, ForWantOfRoomForTheCopySaysSo) {
+  Serve();
+  WriteFile(Here("f"), std::string(300'000, 'x'));
+  fileSizeLimit_ = 100'000;
+  const ProcessResult result = Run({"put", "f", kFrame});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_THAT(result.err, HasSubstr("could not be copied whole to the directory for temporary files"));
+  EXPECT_THAT(result.err, HasSubstr("nothing was stored"));
+  EXPECT_THAT(Run({"ls", kFrame}).out, Not(HasSubstr("/f\n")));
+}
+
+/// Lets a function run all the while that a program does.
+class Meanwhile {
+ public:
+  explicit Meanwhile(std::function<void()> step)
+      : thread_([this, step = std::move(step)] {
+          while (!done_) step();
+        }) {}
+  ~Meanwhile() {
+    done_ = true;
+    thread_.join();
+  }
+
+ private:
+  std::atomic<bool> done_{false};
+  std::thread thread_;
+};
+
+TEST_F(PutFailure, OfAFileThatGrowsStoresNothing) {
+  Serve({"--latency", "20"});
+  ProcessResult result;
+  {
+    const Meanwhile writer([this] {
+      std::ofstream(Here("f"), std::ios::app) << "x";
+      SleepMilliseconds(1);
+    });
+    result = Run({"put", "f", kFrame});
+  }
+  EXPECT_EQ(result.status, 8);
+  EXPECT_THAT(result.err, HasSubstr("vtdirect: f was written to while it was read; nothing was stored"));
+  EXPECT_THAT(Run({"ls", kFrame}).out, Not(HasSubstr("/f\n")));
+}
+
+TEST_F(PutFailure, OfAFileThatShrinksOrGoesStoresNothing) {
+  Serve({"--latency", "50"});
+  WriteFile(Here("frame.lxz"), std::string(100'000, 'x'));
+  auto process = Start({"put", "frame.lxz", kFrame, "--viewable", "f"});
+  // The first answer comes later than this, and the files are read behind the last of several.
+  ASSERT_TRUE(WaitUntil([this] { return server().Log() != ""; }));
+  WriteFile(Here("frame.lxz"), "short");
+  const ProcessResult shrunk = process->Wait();
+  EXPECT_EQ(shrunk.status, 8);
+  EXPECT_THAT(shrunk.err, HasSubstr("frame.lxz was written to while it was read"));
+  const std::string before = server().Log();
+  process = Start({"put", "frame.lxz", kFrame, "--viewable", "f"});
+  ASSERT_TRUE(WaitUntil([&] { return server().Log() != before; }));
+  unlink(Here("f").c_str());
+  const ProcessResult gone = process->Wait();
+  EXPECT_EQ(gone.status, 8);
+  EXPECT_THAT(gone.err, HasSubstr("f was written to while it was read"));
+  EXPECT_THAT(Content(kFrame + "frame.lxz"), HasSubstr("version A.3\n"));
+}
+
+/// A server that answers a request no more, and a user who has had enough.
+class PutInterrupted : public PutFailure {
+ protected:
+  ProcessResult InterruptAt(const std::string& request, std::vector<std::string> words) {
+    Serve({"--fault", request + "=stall"});
+    words.insert(words.begin(), "put");
+    const auto process = Start(words);
+    EXPECT_TRUE(WaitUntil([this] { return server().Log().find(kLookedUp) != std::string::npos; }));
+    // The request is on its way; nothing else tells when it has arrived.
+    SleepMilliseconds(1000);
+    process->Signal(SIGINT);
+    ProcessResult result = process->Wait();
+    EXPECT_EQ(result.status, 130);
+    EXPECT_EQ(result.out, "");
+    return result;
+  }
+
+ private:
+  static constexpr const char* kLookedUp = "csrf";
+};
+
+TEST_F(PutInterrupted, BeforeTheFileIsSentSaysThatNothingIsStored) {
+  EXPECT_EQ(InterruptAt("POST *creationFactory", {"f", kFrame}).err,
+            "vtdirect: interrupted; nothing was stored\n");
+}
+
+TEST_F(PutInterrupted, WhileTheFileIsTakenSaysThatItIsNotKnown) {
+  EXPECT_EQ(InterruptAt("POST *content/upload/*", {"f", kFrame}).err,
+            "vtdirect: interrupted; the file was sent, and whether the server has stored it is not known; "
+            "\"vtdirect info '" +
+                kFrame + "f'\" tells\n");
+}
+
+TEST_F(PutInterrupted, WhileTheWorkingCopyIsStoredSaysSoInJsonToo) {
+  const std::string err = InterruptAt("POST *W301/store", {"f", kBench + "crank.lxz", "--json"}).err;
+  EXPECT_THAT(err,
+              testing::StartsWith("{\"schema\":1,\"command\":\"put\",\"error\":\"interrupted\",\"exit\":130,"
+                                  "\"message\":\"interrupted; the file was sent, and whether the server has "
+                                  "stored it is not known; "));
+  EXPECT_THAT(err, testing::EndsWith("}\n"));
+}
+
+TEST_F(PutInterrupted, WhileItIsCheckedInSaysThatTheFileIsStored) {
+  const std::string err = InterruptAt("POST *W301/checkin", {"f", kBench + "crank.lxz", "--checkin"}).err;
+  EXPECT_THAT(err, testing::StartsWith("vtdirect: interrupted; the file is stored in the working copy " +
+                                       server().Uid("D1026|W301")));
+  EXPECT_EQ(DocumentOf(server(), "D1026").bytes, "content");
+}
+
+}  // namespace vtdirect_test

@@ -1,0 +1,121 @@
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "tests/e2e/cli/put_fixture.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace vtdirect_test {
+namespace {
+
+const std::string kFrame = "//sim/Products/Trekking Bike/Folders/Frame/";
+const std::string kDrivetrain = "//sim/Products/Trekking Bike/Folders/Drivetrain/";
+
+}  // namespace
+
+/// What is refused before anything is sent.
+class PutRefusal : public PutTest {
+ protected:
+  void SetUp() override {
+    Serve();
+    WriteFile(Here("f"), "content");
+  }
+
+  /// Expects that nothing was sent, and gives what was said.
+  std::string Refuse(const std::vector<std::string>& arguments, int status) {
+    std::vector<std::string> words = {"put"};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    const ProcessResult result = Run(words);
+    EXPECT_EQ(result.status, status) << result.err;
+    EXPECT_EQ(result.out, "");
+    EXPECT_THAT(server().Log(), Not(HasSubstr("\"POST\"")));
+    return result.err;
+  }
+};
+
+TEST_F(PutRefusal, OfAFileThatCannotBeSentComesWithoutARequest) {
+  ASSERT_EQ(mkdir(Here("d").c_str(), 0700), 0);
+  ASSERT_EQ(mkfifo(Here("pipe").c_str(), 0600), 0);
+  EXPECT_EQ(Refuse({"none", kFrame}, 8), "vtdirect: cannot read none: No such file or directory\n");
+  EXPECT_EQ(Refuse({"d", kFrame}, 8), "vtdirect: cannot read d: it is a directory\n");
+  EXPECT_EQ(Refuse({"pipe", kFrame}, 8), "vtdirect: cannot read pipe: it is no regular file\n");
+  EXPECT_EQ(Refuse({"f", kFrame, "--viewable", "none"}, 8),
+            "vtdirect: cannot read none: No such file or directory\n");
+  EXPECT_EQ(Refuse({"f", kFrame, "--metadata", "d"}, 8), "vtdirect: cannot read d: it is a directory\n");
+  EXPECT_EQ(server().Log(), "");
+}
+
+TEST_F(PutRefusal, OfAFileWithoutPermissionComesWithoutARequest) {
+  ASSERT_EQ(chmod(Here("f").c_str(), 0), 0);
+  if (access(Here("f").c_str(), R_OK) == 0) GTEST_SKIP() << "this user reads every file";
+  EXPECT_EQ(Refuse({"f", kFrame}, 8), "vtdirect: cannot read f: Permission denied\n");
+  EXPECT_EQ(server().Log(), "");
+}
+
+TEST_F(PutRefusal, OfACallThatCannotBeMeantComesWithoutARequest) {
+  EXPECT_THAT(Refuse({"f"}, 2), HasSubstr("ADDRESS"));
+  EXPECT_THAT(Refuse({"f", "nonsense"}, 2), HasSubstr("neither a path"));
+  EXPECT_THAT(Refuse({"f", "//other/x/"}, 9), HasSubstr("no server \"other\" is listed"));
+  EXPECT_THAT(Refuse({"f", kFrame, "--kind", "drawing"}, 2),
+              HasSubstr("--kind takes fenlet, general or ugc"));
+  EXPECT_THAT(Refuse({"f", kFrame, "--kind", "ugc", "--viewable", "f"}, 2),
+              HasSubstr("--viewable is for Fenlet documents alone, not for ugc ones"));
+  EXPECT_THAT(Refuse({"f", kFrame, "--kind", "general", "--language", "de"}, 2),
+              HasSubstr("--language is for Fenlet documents alone"));
+  EXPECT_THAT(Refuse({"f", kFrame, "--language", ""}, 2), HasSubstr("--language takes"));
+  EXPECT_THAT(Refuse({"f", kFrame, "--viewable", ""}, 2), HasSubstr("--viewable takes a file name"));
+  EXPECT_THAT(Refuse({"f", kFrame, "--link", "nothing"}, 2), HasSubstr("\"nothing\" is no link"));
+  EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/x"}, 2), HasSubstr("no document can stand at"));
+  EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/Workspaces/x"}, 2),
+              HasSubstr("no document can stand at"));
+  EXPECT_EQ(server().Log(), "");
+}
+
+TEST_F(PutRefusal, OfALinkThatLeadsNowhereComesBeforeTheFileIsSent) {
+  EXPECT_THAT(Refuse({"f", kFrame, "--link", "a=" + kFrame + "none.lxz"}, 6),
+              HasSubstr("the link a: not found: " + kFrame + "none.lxz"));
+  EXPECT_THAT(Refuse({"f", kFrame, "--link", "a=" + server().Uid("D9999")}, 6),
+              HasSubstr("the link a: not found"));
+}
+
+TEST_F(PutRefusal, OfALinkToAnotherServerComesBeforeTheFileIsSent) {
+  const TemporaryDirectory directory;
+  const Simulator other(directory.path(), {});
+  EXPECT_THAT(Refuse({"f", kFrame, "--server", "other=" + other.url(), "--link", "a=//other/?id=D1001"}, 2),
+              HasSubstr("on another server than the document; nothing was sent"));
+}
+
+TEST_F(PutRefusal, OfADocumentThatSomebodyElseHasCheckedOutNamesHim) {
+  EXPECT_THAT(
+      Refuse({"f", kDrivetrain + "brake.lxz"}, 1),
+      HasSubstr(server().Uid("D1015") + "&file=/brake.lxz is checked out by bruno; nothing was sent"));
+}
+
+TEST_F(PutRefusal, OfADocumentThatOneHasCheckedOutByOtherMeansTellsOfTheWorkingCopy) {
+  EXPECT_THAT(Refuse({"f", kDrivetrain + "crank.lxz"}, 1), HasSubstr("no working copy of it is kept here"));
+}
+
+TEST_F(PutRefusal, OfAnOlderIterationTellsOfTheNewest) {
+  EXPECT_THAT(Refuse({"f", server().Uid("D1102")}, 1), HasSubstr("is not the newest iteration"));
+  EXPECT_THAT(Refuse({"f", kFrame + "frame.lxz|A.1"}, 1), HasSubstr("is not the newest iteration"));
+  EXPECT_THAT(Refuse({"f", kFrame + "frame.lxz|Z.1"}, 6), HasSubstr("leave the version away"));
+}
+
+TEST_F(PutRefusal, OfAFolderWithoutItsSlashTellsOfTheSlash) {
+  EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/Folders/Frame"}, 1),
+              HasSubstr("close it with \"/\""));
+}
+
+TEST_F(PutRefusal, OfWhatIsNotThereTellsSo) {
+  EXPECT_THAT(Refuse({"f", server().Uid("D9999")}, 6), HasSubstr("not found"));
+  EXPECT_THAT(Refuse({"f", "//sim/?id=D9999"}, 6), HasSubstr("not found"));
+  EXPECT_THAT(Refuse({"f", "//sim/Products/None/Folders/"}, 6), HasSubstr("there is no folder"));
+  EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/Workspaces/None/"}, 6),
+              HasSubstr("there is no folder"));
+  const std::string dead = "http://127.0.0.1:" + std::to_string(UnusedPort()) + "/";
+  EXPECT_THAT(Refuse({"f", "//dead/Products/X/Folders/", "--server", "dead=" + dead}, 3),
+              HasSubstr("cannot connect to " + dead));
+}
+
+}  // namespace vtdirect_test
