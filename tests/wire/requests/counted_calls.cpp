@@ -17,6 +17,7 @@ constexpr const char* uid = "korvufenloom-vt://plm.example/vt/?id=D1";
 constexpr const char* uidWithName = "korvufenloom-vt://plm.example/vt/?id=D1&file=/fork.lxz";
 constexpr const char* olderUid = "korvufenloom-vt://plm.example/vt/?id=D0";
 constexpr const char* uidWithSource = "korvufenloom-vt://plm.example/vt/?id=D4";
+constexpr const char* checkedOutUid = "korvufenloom-vt://plm.example/vt/?id=D2";
 constexpr const char* workspaceUid = "korvufenloom-vt://plm.example/vt/?id=D3|W1";
 constexpr const char* temporaryUid = "korvufenloom-vt://plm.example/vt/?id=D2|W9|D3|T";
 constexpr const char* path = "//plm/Products/Bike/Folders/Frames/fork.lxz";
@@ -126,6 +127,23 @@ bool SourceLinks() {
 bool Verify() {
   std::string result;
   return VerifyCheckout(temporaryUid, result) == CheckoutInTempWorkspace && !result.empty();
+}
+
+CountedCall UploadsXliffOf(const char* address) {
+  const auto upload = [address] { return UploadSourceXliff(address, LocalFile().c_str(), "en"); };
+  return {upload, [] {}, true, true};
+}
+
+bool FindSourceXliff() {
+  std::string found;
+  std::string language;
+  return GetUIDForSourceXliff(uid, found, language) && language == "en" &&
+         found == "korvufenloom-vt://plm.example/vt/?id=D5&file=/fork.lxz";
+}
+
+bool ListTranslations() {
+  std::map<std::string, std::string> translations;
+  return GetXliffTranslations(uid, translations) && translations.size() == 2;
 }
 
 bool Supported() {
@@ -265,6 +283,21 @@ std::map<std::pair<std::string, std::string>, CountedCall> WritingCalls() {
       {{"GetCheckoutStatus", "UID of a temporary checkout"},
        {[] { return GetCheckoutStatus(temporaryUid, nullptr) == CheckoutInTempWorkspace; }}},
       {{"VerifyCheckout", "UID of a temporary checkout that stands"}, {Verify}},
+      {{"ConvertLegacyCheckout", "UID with a file name"},
+       {[] { return !ConvertLegacyCheckout(uidWithName, "W9|D3").empty(); }}},
+      {{"ConvertLegacyCheckout", "UID"}, {[] { return !ConvertLegacyCheckout(uid, "W9|D3").empty(); }}},
+  };
+}
+
+std::map<std::pair<std::string, std::string>, CountedCall> TranslationCalls() {
+  return {
+      {{"UploadSourceXliff", "UID, the first one, into a cabinet"}, UploadsXliffOf(olderUid)},
+      {{"UploadSourceXliff", "UID, the first one, into a context by its name"},
+       UploadsXliffOf(checkedOutUid)},
+      {{"UploadSourceXliff", "UID of a document that has one"}, UploadsXliffOf(uid)},
+      {{"GetUIDForSourceXliff", "UID of a document that has one"}, {FindSourceXliff, [] {}, true, true}},
+      {{"GetXliffTranslations", "UID of a document with two"}, {ListTranslations, [] {}, true, true}},
+      {{"SetXliffPublished", "UID"}, {[] { return SetXliffPublished(uid); }, [] {}, true, true}},
   };
 }
 
@@ -273,7 +306,10 @@ std::map<std::pair<std::string, std::string>, CountedCall> WritingCalls() {
 const std::map<std::pair<std::string, std::string>, CountedCall>& CountedCalls() {
   static const auto calls = [] {
     auto all = AddressCalls();
-    for (auto more : {CapabilityCalls(), DirectoryCalls(), ObjectCalls(), WritingCalls()}) all.merge(more);
+    for (auto more :
+         {CapabilityCalls(), DirectoryCalls(), ObjectCalls(), WritingCalls(), TranslationCalls()}) {
+      all.merge(more);
+    }
     return all;
   }();
   return calls;
@@ -305,7 +341,6 @@ const std::map<std::string, std::function<void()>>& SilentCalls() {
        }},
       {"IsPathWritable", [] { IsPathWritable(folder); }},
       {"IsCheckoutSupported", [] { IsCheckoutSupported(uid); }},
-      {"ConvertLegacyCheckout", [] { ConvertLegacyCheckout(uidWithName, "W9|D3"); }},
   };
   return calls;
 }

@@ -15,6 +15,8 @@ struct CountedCall {
   std::function<void()> prepare = [] {};
   /// Whether the server is in the host's list.
   bool isListed = true;
+  /// Whether a server without OData refuses it, and what counts there is what that takes.
+  bool needsOData = false;
 };
 
 /// By function and what it is called with, in the words of the page.

@@ -24,7 +24,7 @@ std::string Joined(const std::vector<std::string>& lines) {
 // Makes one call against a server of one generation.
 class CallCounter {
  public:
-  explicit CallCounter(Generation generation) : server_(generation) {
+  explicit CallCounter(Generation generation) : generation_(generation), server_(generation) {
     setenv("FENLOOM_LANGUAGE", "en", 1);
     VtDirectManager::SetAppConfig(VtDirectManager::ConfigBrowseCadDocuments, "");
   }
@@ -43,12 +43,14 @@ class CallCounter {
  private:
   int RequestsOf(const CountedCall& call) {
     transport_.Clear();
-    EXPECT_TRUE(call.run()) << "the call failed";
+    const bool isRefused = call.needsOData && generation_ == Generation::Gateway;
+    EXPECT_EQ(call.run(), !isRefused);
     requests_ += "\ncall:" + Joined(transport_.lines());
     return static_cast<int>(transport_.lines().size());
   }
 
   TraceRecorder trace_;
+  Generation generation_;
   SampleServer server_;
   RoutingTransport transport_{[this](const std::string& line) { return server_.Answer(line); }};
   std::string requests_;
@@ -110,7 +112,6 @@ TEST(PageOfRequests, NamesTheSilentCalls) {
 
 TEST(PageOfRequests, NamesEveryPublicFunction) {
   std::set<std::string> named = ReadNamesInSection("Calls that never make a request");
-  named.merge(ReadNamesInSection("Calls that are not counted here"));
   for (const RequestRow& row : ReadRequestRows()) named.insert(row.function);
   EXPECT_EQ(named, ReadPublicFunctions());
 }

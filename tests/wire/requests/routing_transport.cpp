@@ -10,6 +10,17 @@ namespace {
 
 RoutingTransport* current = nullptr;
 
+std::string NameOf(du::http::Method method) {
+  switch (method) {
+    case du::http::Method::Get:
+      return "GET ";
+    case du::http::Method::Patch:
+      return "PATCH ";
+    default:
+      return "POST ";
+  }
+}
+
 class RoutedConnection final : public du::http::Connection {};
 
 }  // namespace
@@ -37,8 +48,7 @@ std::unique_ptr<Connection> ConnectURI(const char*, const char*, const char*) {
 
 ErrorCode DoRequestWithCommonAuth(Connection&, const CommonAuth&, const Request& request, int* httpStatus) {
   if (vtdirect_test::current == nullptr) return ErrorCode::NoConnection;
-  const std::string method = request.method == Method::Get ? "GET " : "POST ";
-  const auto answer = vtdirect_test::current->Exchange(method + request.uri);
+  const auto answer = vtdirect_test::current->Exchange(vtdirect_test::NameOf(request.method) + request.uri);
   *httpStatus = answer.status;
   if (request.sink == nullptr) return ErrorCode::Done;
   const auto* data = reinterpret_cast<const std::uint8_t*>(answer.body.data());

@@ -56,6 +56,15 @@ const std::string withSource =
     Document({"D4", "2", R"("isCheckout":false,"isLatest":true)",
               R"({"asStoredChildName":"wheel.lxz","isDirect":true,"source":{"id":"D1"}})"});
 
+const std::string sourceXliff = Document({"D5", "1", R"("isCheckout":false,"isLatest":true)"});
+const std::string translation = Document({"D6", "1", R"("isCheckout":false,"isLatest":true)"});
+
+// What the server wants to know of a first source XLIFF, but for the place where it goes.
+const std::string preferencesWithoutPlace =
+    R"({"Name":"ZVK_DD_TRANSLATE","Value":"yes"},{"Name":"ZVK_DD_LANGUAGE","Value":"en"},)"
+    R"({"Name":"ZVK_DD_EXTENDED_DOC_TYPE","Value":"xliff"},{"Name":"UPLOAD_SOFT_TYPE","Value":"Dynamic"},)"
+    R"({"Name":"DB_CONTEXT_TYPE","Value":"Product"},{"Name":"DB_CONTEXT_NAME","Value":"Bike"},)";
+
 std::string List(const std::string& elements) {
   return "[" + elements + "]";
 }
@@ -74,7 +83,7 @@ const std::vector<Route>& RestRoutes() {
        R"({"items":[{"id":"F1","attributes":{"name":"Frames"}}]})"},
       {"GET /vt/servlet/rest/v1/contexts", "contexts",
        R"({"items":[{"id":"OR:vn.product.Product:101",)"
-       R"("attributes":{"name":"Bike","organizationReference.name":"Acme"}}]})"},
+       R"("attributes":{"name":"Bike","type":"Product","organizationReference.name":"Acme"}}]})"},
       {"GET /vt/servlet/rest/snx_gw/organizations/Acme/", "?path=Frames",
        R"({"folderContent":["x/fork.lxz"]})"},
       {"GET /vt/servlet/rest/objects?", "'fork.lxz'", R"([{"id":"D1","attributes":{"number":"42"}}])"},
@@ -86,6 +95,8 @@ const std::vector<Route>& RestRoutes() {
       {"GET /vt/servlet/rest/v1/dkm/documents/D2", "", original},
       {"GET /vt/servlet/rest/v1/dkm/documents/D3", "", workingCopy},
       {"GET /vt/servlet/rest/v1/dkm/documents/D4", "", withSource},
+      {"GET /vt/servlet/rest/v1/dkm/documents/D5", "", sourceXliff},
+      {"GET /vt/servlet/rest/v1/dkm/documents/D6", "", translation},
       {"GET /vt/servlet/rest/v1/dkm/workspaces/W", "/documents", List(workingCopy)},
       {"GET /vt/servlet/rest/v1/dkm/workspaces?",
        "contextId=", R"([{"id":"W1","name":"Mine"},{"id":"W9","name":"FenloomTMP9"}])"},
@@ -133,6 +144,29 @@ const std::vector<Route>& ODataRoutes() {
   return routes;
 }
 
+const std::vector<Route>& TranslationRoutes() {
+  static const std::vector<Route> routes{
+      {"GET /vt/servlet/odata/v1/ZVK/GetCSRFToken()", "", R"({"NonceKey":"Nonce","NonceValue":"17"})"},
+      {"GET /vt/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1')/Xliff", "",
+       Rows(R"({"ID":"D5","AuthoringLanguage":"en"})")},
+      {"GET /vt/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D", "/Xliff", Rows("")},
+      {"GET /vt/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1')?$expand=Translations", "",
+       R"({"ID":"D1","AuthoringLanguage":"en","Translations":[{"ID":"D6","AuthoringLanguage":"de"},)"
+       R"({"ID":"D5","AuthoringLanguage":"fr"}]})"},
+      {"GET /vt/servlet/odata/v1/DynamicDocMgmt/XliffPreferences(oidForQ7zkDocument='D0'",
+       "sourceLanguage='en'",
+       R"({"Preferences":[)" + preferencesWithoutPlace + R"({"Name":"CABINET_OID","Value":"F9"}]})"},
+      {"GET /vt/servlet/odata/v1/DynamicDocMgmt/XliffPreferences(oidForQ7zkDocument='D2'",
+       "sourceLanguage='en'",
+       R"({"Preferences":[)" + preferencesWithoutPlace + R"({"Name":"SUB_FOLDER_PATH","Value":"Frames"}]})"},
+      {"GET /vt/servlet/odata/v1/DataAdmin/Containers?$expand=Folders", "",
+       Rows(R"({"ID":"OR:vn.product.Product:101","Name":"Bike","Type":"Product","Folders":[{"ID":"F9"}]})")},
+      {"POST /vt/servlet/odata/v1/DynamicDocMgmt/CreateXliffLink", "", R"({"value":"Success"})"},
+      {"PATCH /vt/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1')", "", R"({"value":"Success"})"},
+  };
+  return routes;
+}
+
 std::string Schema(int version, bool hasFolderContents) {
   return std::string(R"(<Schema><EntityType Name="Folder">)") +
          (hasFolderContents ? R"(<NavigationProperty Name="FolderContents"/>)" : "") +
@@ -143,7 +177,7 @@ std::string Schema(int version, bool hasFolderContents) {
 }  // namespace
 
 RoutedAnswer SampleServer::Answer(const std::string& line) {
-  if (line.starts_with("GET /vt/servlet/odata/")) return AnswerOData(line);
+  if (line.find(" /vt/servlet/odata/") != std::string::npos) return AnswerOData(line);
   const Route* route = FindRoute(RestRoutes(), line);
   return route != nullptr ? RoutedAnswer{200, route->body} : Unknown(line);
 }
@@ -157,6 +191,7 @@ RoutedAnswer SampleServer::AnswerOData(const std::string& line) {
                        line.find("/Visualization/") == std::string::npos) ||
                       (generation_ == Generation::Schema4 && line.find("/v5/") != std::string::npos);
   const Route* route = FindRoute(ODataRoutes(), line);
+  if (route == nullptr) route = FindRoute(TranslationRoutes(), line);
   return route != nullptr && !tooNew ? RoutedAnswer{200, route->body} : Unknown(line);
 }
 
