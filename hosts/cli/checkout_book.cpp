@@ -195,6 +195,14 @@ std::string UidToGoOnWith(Host& host, const std::string& address) {
   return uid;
 }
 
+std::string WithWorkspace(const std::string& uid) {
+  if (uid.empty() || HasWorkspace(uid)) return uid;
+  const std::string url = VtDirectManager::GetServerURL(uid.c_str());
+  const std::string found =
+      VtDirectManager::UIDFromVantryParams(url.c_str(), DocumentIdOf(uid).c_str(), nullptr, false);
+  return HasWorkspace(found) ? found : uid;
+}
+
 bool KeepCheckout(Host& host, const std::string& address, const std::string& uid) {
   if (!HasObjectId(uid)) return false;
   const CheckoutBook book;

@@ -52,6 +52,12 @@ class CheckoutBook {
 /// empty when there is no such object. Makes requests for a path. Warns of a book that can't be read.
 [[nodiscard]] std::string UidToGoOnWith(Host& host, const std::string& address);
 
+/// The UID with the workspace that its object stands in, which takes a working copy to be checked in; the UID
+/// itself when it has one, or its object stands in no workspace of the user's own. Of a document that the
+/// user has checked out by other means, a path may lead to the working copy without its workspace. Makes
+/// requests.
+[[nodiscard]] std::string WithWorkspace(const std::string& uid);
+
 /// Keeps a working copy. What the server has done stands even when the book can't be written, so that is a
 /// warning, which tells the UID.
 /// Makes requests.

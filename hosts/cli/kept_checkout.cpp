@@ -126,8 +126,12 @@ bool HasWorkspace(const std::string& uid) {
   return !FieldsOf(uid).field[1].empty();
 }
 
+std::string DocumentIdOf(const std::string& uid) {
+  return FieldsOf(uid).field[0];
+}
+
 bool HasObjectId(const std::string& uid) {
-  return VtDirectManager::IsUID(uid.c_str()) && !FieldsOf(uid).field[0].empty();
+  return VtDirectManager::IsUID(uid.c_str()) && !DocumentIdOf(uid).empty();
 }
 
 bool AreSameUid(const std::string& one, const std::string& other) {

@@ -34,6 +34,10 @@ struct KeptCheckout {
 /// Whether the UID names the workspace that its object stands in, which takes it to be checked in.
 [[nodiscard]] bool HasWorkspace(const std::string& uid);
 
+/// The id of the document in the UID, without a workspace; of a temporary checkout that of the document that
+/// was checked out.
+[[nodiscard]] std::string DocumentIdOf(const std::string& uid);
+
 /// Whether the UID names anything: the library gives one with an empty id where a server has answered without
 /// a document.
 [[nodiscard]] bool HasObjectId(const std::string& uid);
