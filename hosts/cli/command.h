@@ -63,8 +63,8 @@ class Arguments {
   std::map<std::string, std::vector<std::string>> values_;
 };
 
-/// One command. The parser, the help texts, the manual page, the completion and the description of the JSON
-/// all read this record.
+/// One command, named by one word, or by two of which the first is the name of a group. The parser, the help
+/// texts, the manual page, the completion and the description of the JSON all read this record.
 struct CommandRow {
   const char* name;
   const char* summary;      ///< one line
@@ -78,6 +78,21 @@ struct CommandRow {
 
 /// Every command, in the order of the help text.
 [[nodiscard]] std::span<const CommandRow> Commands();
+
+/// Several commands that share the first word of their names.
+struct GroupRow {
+  const char* name;
+  const char* summary;  ///< one line
+};
+
+/// Every group, in the order of its first command.
+[[nodiscard]] std::span<const GroupRow> Groups();
+
+/// The name of the group that the command belongs to; empty for a name of one word.
+[[nodiscard]] std::string GroupOf(const CommandRow& row);
+
+/// The last word of the command's name, which is what is typed behind the group's.
+[[nodiscard]] std::string WordOf(const CommandRow& row);
 
 /// The options that every command takes.
 [[nodiscard]] std::span<const OptionRow> GlobalOptions();
@@ -117,5 +132,10 @@ struct SectionRow {
 [[nodiscard]] CommandRow UrlCommand();
 [[nodiscard]] CommandRow VersionsCommand();
 [[nodiscard]] CommandRow ServersCommand();
+[[nodiscard]] CommandRow XliffPutCommand();
+[[nodiscard]] CommandRow XliffSourceCommand();
+[[nodiscard]] CommandRow XliffListCommand();
+[[nodiscard]] CommandRow XliffGetCommand();
+[[nodiscard]] CommandRow XliffPublishCommand();
 
 }  // namespace vtdirect_cli

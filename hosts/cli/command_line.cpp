@@ -61,20 +61,50 @@ void BindGlobals(CLI::App& app, Bindings& bindings) {
   }
 }
 
+void AddGroup(CLI::App& app, const GroupRow& row) {
+  CLI::App* const group = app.add_subcommand(row.name);
+  group->require_subcommand(0, 1);
+  group->fallthrough();
+}
+
 void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
-  CLI::App* const command = app.add_subcommand(row.name);
+  CLI::App& parent = GroupOf(row).empty() ? app : *app.get_subcommand(GroupOf(row));
+  CLI::App* const command = parent.add_subcommand(WordOf(row));
   // A global option is understood behind the command too.
   command->fallthrough();
   for (const OperandRow& operand : row.operands) BindOperand(*command, operand, bindings);
   for (const OptionRow& option : row.options) Bind(*command, option, bindings);
 }
 
-// The command that stands on the line, or null.
-[[nodiscard]] const CommandRow* Chosen(const CLI::App& app) {
-  for (const CommandRow& row : Commands()) {
+[[nodiscard]] const GroupRow* ChosenGroup(const CLI::App& app) {
+  for (const GroupRow& row : Groups()) {
     if (app.got_subcommand(row.name)) return &row;
   }
   return nullptr;
+}
+
+// The command that stands on the line, or null.
+[[nodiscard]] const CommandRow* Chosen(const CLI::App& app) {
+  for (const CommandRow& row : Commands()) {
+    const std::string group = GroupOf(row);
+    if (!group.empty() && !app.got_subcommand(group)) continue;
+    const CLI::App& parent = group.empty() ? app : *app.get_subcommand(group);
+    if (parent.got_subcommand(WordOf(row))) return &row;
+  }
+  return nullptr;
+}
+
+[[nodiscard]] std::string ChosenHelp(const CLI::App& app) {
+  const CommandRow* const command = Chosen(app);
+  const GroupRow* const group = ChosenGroup(app);
+  return command == nullptr && group != nullptr ? HelpText(*group) : HelpText(command);
+}
+
+[[nodiscard]] Failure MissingCommand(const CLI::App& app) {
+  const GroupRow* const group = ChosenGroup(app);
+  if (group == nullptr) return {ExitCode::Usage, "no command is given; see vtdirect --help"};
+  const std::string name = group->name;
+  return {ExitCode::Usage, name + " takes one of its commands; see vtdirect " + name + " --help"};
 }
 
 }  // namespace
@@ -89,13 +119,14 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
   app.require_subcommand(0, 1);
   Bindings globals;
   BindGlobals(app, globals);
+  for (const GroupRow& row : Groups()) AddGroup(app, row);
   std::list<Bindings> ofCommands;
   for (const CommandRow& row : Commands()) BindCommand(app, row, ofCommands.emplace_back());
 
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
-    line.text = HelpText(Chosen(app));
+    line.text = ChosenHelp(app);
     return line;
   } catch (const CLI::CallForVersion&) {
     line.text = VersionText() + "\n";
@@ -107,7 +138,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
   Collect(globals, line.arguments);
   line.command = Chosen(app);
   if (line.command == nullptr) {
-    line.failure = Failure{ExitCode::Usage, "no command is given; see vtdirect --help"};
+    line.failure = MissingCommand(app);
     return line;
   }
   Collect(*std::next(ofCommands.begin(), line.command - Commands().data()), line.arguments);

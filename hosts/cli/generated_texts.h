@@ -9,6 +9,9 @@ namespace vtdirect_cli {
 /// The help text of a command, or of the whole program for null, set for eighty columns.
 [[nodiscard]] std::string HelpText(const CommandRow* command);
 
+/// The help text of a group of commands.
+[[nodiscard]] std::string HelpText(const GroupRow& group);
+
 /// The manual page, as the tables of commands, options and exit codes make it: vtdirect.1.
 [[nodiscard]] std::string ManualPage();
 

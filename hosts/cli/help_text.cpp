@@ -93,4 +93,16 @@ std::string HelpText(const CommandRow* command) {
   return command == nullptr ? ProgramHelp() : CommandHelp(*command);
 }
 
+std::string HelpText(const GroupRow& group) {
+  const std::string name = group.name;
+  std::string out = "Usage: vtdirect [options] " + name + " COMMAND [options] [operands]\n\n" +
+                    Wrapped(group.summary + std::string("."), 0) + "\nCommands:\n";
+  for (const CommandRow& row : Commands()) {
+    if (GroupOf(row) == name) out += Term(row.name, row.summary);
+  }
+  return out + "\n" +
+         Wrapped("vtdirect " + name + " COMMAND --help tells of one command; vtdirect --help of all others.",
+                 0);
+}
+
 }  // namespace vtdirect_cli

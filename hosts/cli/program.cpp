@@ -23,6 +23,13 @@ void TurnSignalsIntoErrors() {
   signal(SIGXFSZ, SIG_IGN);
 }
 
+// The library's search for the folder of a first source XLIFF has no end where the server names the folder by
+// a path, unless a host asks for one: nobody at a terminal can want that. Who has set the variable has
+// decided.
+void BoundTheFolderScan() {
+  setenv("FENLOOM_XLIFF_BOUNDED_FOLDER_SCAN", "1", 0);
+}
+
 [[nodiscard]] std::string TraceLevels(const Arguments& arguments) {
   if (arguments.Has("trace")) return arguments.Text("trace");
   const char* const levels = std::getenv("FENLOOM_TRACE");
@@ -69,6 +76,7 @@ void TurnSignalsIntoErrors() {
 
 int RunProgram(int argc, const char* const* argv) {
   TurnSignalsIntoErrors();
+  BoundTheFolderScan();
   WatchForInterruption();
   Output output(std::cout, std::cerr);
   if (Generate(argc, argv)) return Finish(output, ExitCode::Ok);

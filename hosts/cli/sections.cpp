@@ -67,7 +67,13 @@ std::span<const SectionRow> Sections() {
        "  TMPDIR: where temporary files go, /tmp without it; content for standard output needs room there\n"
        "  FENLOOM_TRACE: what --trace takes, for when it isn't given\n"
        "  FENLOOM_LANGUAGE, LC_ALL, LC_MESSAGES, LANG: the language of the fixed words in paths\n"
-       "  https_proxy, http_proxy, all_proxy, no_proxy: the way to the server"},
+       "  https_proxy, http_proxy, all_proxy, no_proxy: the way to the server\n"
+       "  FENLOOM_XLIFF_BOUNDED_FOLDER_SCAN: see below\n\n"
+       "vtdirect sets FENLOOM_XLIFF_BOUNDED_FOLDER_SCAN to 1 for itself when it isn't in the environment. "
+       "Without it the library never ends its search for the folder of a first source XLIFF on a server "
+       "whose "
+       "preferences name that folder by a path; set it to the empty text to have the library as other hosts "
+       "have it."},
       {"EXAMPLES",
        "  vtdirect check https://plm.example/vt\n"
        "  vtdirect -s plm=https://plm.example/vt get '//plm/Products/Bike/Folders/Frames/fork.lxz'\n"
@@ -75,7 +81,9 @@ std::span<const SectionRow> Sections() {
        "  vtdirect --json info '//plm/?id=D1001'\n"
        "  vtdirect ls -l '//plm/Products/Bike/Folders'\n"
        "  vtdirect tree --full-paths '//plm/Products/Bike' | sort\n"
-       "  vtdirect versions '//plm/Products/Bike/Folders/Frames/fork.lxz'"},
+       "  vtdirect versions '//plm/Products/Bike/Folders/Frames/fork.lxz'\n"
+       "  vtdirect xliff put '//plm/?id=D1028' manual.xlf --language en\n"
+       "  vtdirect xliff get '//plm/?id=D1028' --language de -o manual_de.xlf"},
   };
   return rows;
 }

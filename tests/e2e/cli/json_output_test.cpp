@@ -56,7 +56,7 @@ class JsonOutput : public VtDirect {
  protected:
   // Runs a command and holds each line of both outputs to the document.
   ProcessResult Check(std::vector<std::string> words, int status = 0) {
-    const std::string command = words.front();
+    const std::string command = words.front() == "xliff" ? "xliff " + words.at(1) : words.front();
     words.insert(words.begin(), "--json");
     const ProcessResult result = Run(words);
     EXPECT_EQ(result.status, status) << testing::PrintToString(words) << result.err;
@@ -138,6 +138,15 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"links", fork});
   Check({"edit-url", server().Uid("D1026|W301")});
   Check({"browse-url", fork});
+  Check({"xliff", "source", "//sim/?id=D1028"});
+  Check({"xliff", "list", "//sim/?id=D1028"});
+  Check({"xliff", "get", "//sim/?id=D1028", "--language", "de"});
+  Check({"xliff", "publish", "//sim/?id=D1031"});
+  WriteFile(
+      Here("a.xlf"),
+      "<xliff version='2.0' srcLang='en' xmlns='urn:oasis:names:tc:xliff:document:2.0'><file/></xliff>");
+  Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "en"});
+  Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "de"}, 8);
 
   for (const auto& [section, members] : document_) {
     for (const auto& [name, member] : members) {

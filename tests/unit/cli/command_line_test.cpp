@@ -84,6 +84,37 @@ TEST(CommandLine, ShowsTheHelpTextOfTheProgramOrOfTheCommand) {
   EXPECT_THAT(Parse({"--help", "uid"}).text, StartsWith("Usage: vtdirect [options] "));
 }
 
+TEST(CommandLine, TakesACommandOfTwoWords) {
+  const CommandLine line = Parse({"xliff", "-j", "put", "//a/x", "put", "--language", "en", "-q"});
+  ASSERT_NE(line.command, nullptr);
+  EXPECT_STREQ(line.command->name, "xliff put");
+  EXPECT_EQ(line.arguments.Text("ADDRESS"), "//a/x");
+  EXPECT_EQ(line.arguments.Text("FILE"), "put");
+  EXPECT_EQ(line.arguments.Text("language"), "en");
+  EXPECT_TRUE(line.arguments.Has("json"));
+  EXPECT_TRUE(line.arguments.Has("quiet"));
+  // The same second word as that of a command of one word.
+  EXPECT_STREQ(Parse({"xliff", "get", "get"}).command->name, "xliff get");
+  EXPECT_STREQ(Parse({"get", "xliff"}).command->name, "get");
+}
+
+TEST(CommandLine, WantsACommandOfTheGroup) {
+  ASSERT_TRUE(Parse({"xliff"}).failure);
+  EXPECT_EQ(Parse({"xliff"}).failure->message, "xliff takes one of its commands; see vtdirect xliff --help");
+  ExpectUsageFailure({"xliff", "bogus"});
+  ExpectUsageFailure({"xliff", "ls"});
+  ExpectUsageFailure({"xliff", "put", "//a/x"});
+  ExpectUsageFailure({"xliff put", "//a/x", "x"});
+  ExpectUsageFailure({"source", "//a/x"});
+}
+
+TEST(CommandLine, ShowsTheHelpTextOfAGroup) {
+  EXPECT_THAT(Parse({"xliff", "--help"}).text, StartsWith("Usage: vtdirect [options] xliff COMMAND"));
+  EXPECT_THAT(Parse({"xliff", "--help"}).text, HasSubstr("\n  xliff put "));
+  EXPECT_THAT(Parse({"xliff", "list", "--help"}).text,
+              StartsWith("Usage: vtdirect [options] xliff list ADDRESS\n"));
+}
+
 TEST(CommandLine, ShowsTheVersion) {
   EXPECT_THAT(Parse({"--version"}).text, StartsWith("vtdirect "));
 }

@@ -33,9 +33,32 @@ TEST(GeneratedTexts, NameEveryCommandAndEveryOption) {
   for (const OptionRow& row : GlobalOptions()) ExpectNamed(row, HelpText(nullptr));
   for (const CommandRow& row : Commands()) {
     EXPECT_THAT(HelpText(nullptr), HasSubstr("\n  " + std::string(row.name) + " "));
-    EXPECT_THAT(ManualPage(), HasSubstr(".SS vtdirect " + std::string(row.name)));
+    EXPECT_THAT(ManualPage(), HasSubstr(".SS vtdirect " + Set(row.name)));
     for (const OptionRow& option : row.options) ExpectNamed(option, HelpText(&row));
   }
+}
+
+TEST(GeneratedTexts, NameEveryGroupAndItsCommands) {
+  for (const GroupRow& group : Groups()) {
+    EXPECT_THAT(BashCompletion(), HasSubstr("    " + std::string(group.name) + ") words=\""));
+    std::istringstream help(HelpText(group));
+    for (std::string line; std::getline(help, line);) EXPECT_LE(line.size(), 80U) << line;
+  }
+  const std::string words = "xliff) words=\"put source list get publish\" ;;";
+  EXPECT_THAT(BashCompletion(), HasSubstr(words));
+}
+
+TEST(Tables, HoldEachGroupTogether) {
+  std::set<std::string> met;
+  std::string last;
+  for (const CommandRow& row : Commands()) {
+    const std::string group = GroupOf(row);
+    const bool begins = !group.empty() && group != last;
+    EXPECT_TRUE(!begins || met.insert(group).second) << group;
+    last = group;
+  }
+  for (const GroupRow& group : Groups()) EXPECT_EQ(met.erase(group.name), 1U) << group.name;
+  EXPECT_TRUE(met.empty());
 }
 
 TEST(GeneratedTexts, TellEveryExitStatus) {

@@ -1,0 +1,218 @@
+#include <gmock/gmock.h>
+
+#include "tests/e2e/cli/xliff_fixture.h"
+
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace vtdirect_test {
+namespace {
+
+// A request that fails, and what the user is told.
+struct Step {
+  const char* request;
+  int status;
+  const char* text;
+};
+
+constexpr const char* kPreferences =
+    "no source XLIFF is linked to the document; where a first one goes is said by the "
+    "server's XLIFF preferences for en";
+
+// Those of a first upload before the document stands on the server, in their order.
+constexpr Step kBefore[] = {
+    {"GET *dkm/documents/D1032", 6, "not found: //sim/?id=D1032"},
+    {"GET */OrvetGW", 3, "cannot connect to "},
+    {"GET *XliffPreferences*", 1, kPreferences},
+    {"GET *DataAdmin/Containers*", 1, kPreferences},
+    {"GET *csrf", 1, "sending chain.xlf as the source XLIFF of //sim/?id=D1032 failed ("},
+    {"POST *creationFactory", 1, "the same command can be given again"},
+    {"POST *content/upload/*", 1, "the same command can be given again"},
+    {"POST *dkm/documents", 1, "the same command can be given again"}};
+
+// Those of an update before the new iteration stands on the server.
+constexpr Step kBeforeUpdate[] = {{"GET *dkm/documents/D1028", 6, "not found: //sim/?id=D1028"},
+                                  {"GET */OrvetGW", 3, "cannot connect to "},
+                                  {"GET *dkm/documents/D1029", 1, "what stands now could not be found out"},
+                                  {"GET *csrf", 1, "D1029&file=/welding%20manual.xlf as before"},
+                                  {"POST *creationFactory", 1, "D1029&file=/welding%20manual.xlf as before"},
+                                  {"POST *content/upload/*", 1, "D1029&file=/welding%20manual.xlf as before"},
+                                  {"POST *dkm/documents", 1, "D1029&file=/welding%20manual.xlf as before"}};
+
+constexpr const char* kRefusals[] = {"503", "drop"};
+
+}  // namespace
+
+class XliffStep : public XliffTest, public testing::WithParamInterface<std::tuple<Step, const char*>> {
+ protected:
+  [[nodiscard]] static Step step() { return std::get<0>(GetParam()); }
+  void ServeWithFault() { Serve({"--fault", std::string(step().request) + "=" + std::get<1>(GetParam())}); }
+  void ExpectFailure(const ProcessResult& result) {
+    EXPECT_EQ(result.status, step().status) << result.err;
+    EXPECT_EQ(result.out, "");
+    EXPECT_THAT(result.err, HasSubstr(step().text));
+    EXPECT_THAT(HereNames(), ElementsAre("chain.xlf"));
+  }
+};
+
+class FirstXliffStep : public XliffStep {};
+class UpdateXliffStep : public XliffStep {};
+
+INSTANTIATE_TEST_SUITE_P(Steps, FirstXliffStep,
+                         testing::Combine(testing::ValuesIn(kBefore), testing::ValuesIn(kRefusals)));
+INSTANTIATE_TEST_SUITE_P(Steps, UpdateXliffStep,
+                         testing::Combine(testing::ValuesIn(kBeforeUpdate), testing::ValuesIn(kRefusals)));
+
+TEST_P(FirstXliffStep, FailsWithWordsAndLinksNothing) {
+  ServeWithFault();
+  ExpectFailure(Put(kBareManual));
+  EXPECT_EQ(LinkOf("D1032"), "");
+}
+
+TEST_P(UpdateXliffStep, FailsWithWordsAndLeavesTheSourceAsItWas) {
+  ServeWithFault();
+  ExpectFailure(Put(kManual));
+  EXPECT_EQ(LinkOf("D1028"), "D1029");
+}
+
+TEST_F(XliffTest, TellsAFirstXliffThatCouldNotBeLinked) {
+  Serve({"--fault", "POST *CreateXliffLink=500"});
+  const ProcessResult result = Put(kBareManual);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(
+      result.err,
+      AllOf(StartsWith("vtdirect: the server has taken chain.xlf as a new document, but //sim/?id=D1032 does "
+                       "not show it as its source XLIFF; "),
+            HasSubstr("its administrator has to link that document or to remove it")));
+  EXPECT_EQ(LinkOf("D1032"), "");
+}
+
+TEST_F(XliffTest, TellsAnUpdateThatCouldNotBeLinkedAndMakesItGoodTheNextTime) {
+  Serve({"--fault", "POST *CreateXliffLink=500*1"});
+  const ProcessResult result = Put(kManual);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err,
+              HasSubstr("the server has taken chain.xlf, but //sim/?id=D1028 still shows the source XLIFF "
+                        "from before, " +
+                        server().Uid("D1029")));
+  EXPECT_EQ(LinkOf("D1028"), "D1029");
+}
+
+TEST_F(XliffTest, TellsAnXliffWhoseUidCanNotBeFoundOut) {
+  Serve({"--fault", "GET *dkm/documents/D100000*=500"});
+  const ProcessResult result = Put(kBareManual);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err,
+              AllOf(HasSubstr("the server has taken chain.xlf, but its UID could not be found out"),
+                    HasSubstr("\"vtdirect xliff source '//sim/?id=D1032'\" asks again")));
+  EXPECT_NE(LinkOf("D1032"), "");
+  const ProcessResult source = Run({"xliff", "source", kBareManual});
+  EXPECT_EQ(source.status, 6);
+  EXPECT_THAT(source.err, StartsWith("vtdirect: the source XLIFF of //sim/?id=D1032 could not be read"));
+}
+
+TEST_F(XliffTest, DoesNotTakeAFailedQuestionForADocumentWithoutASource) {
+  Serve({"--fault", "GET *DynamicDocuments('D1028')/Xliff=503*1"});
+  EXPECT_THAT(Put(kManual).err, HasSubstr("updated"));
+}
+
+TEST_F(XliffTest, NeedsNoneOfTheQuestionsThatOnlyInform) {
+  Serve({"--fault", "GET *IsAssemblyInstalled*=500", "--fault", "GET /servlet/odata/=500"});
+  EXPECT_EQ(Put(kBareManual).status, 0);
+}
+
+class XliffListFault : public XliffTest, public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Faults, XliffListFault, testing::Values("500", "drop", "cut:20"));
+
+TEST_P(XliffListFault, IsToldAsAListThatDoesNotCome) {
+  Serve({"--fault", "GET *expand=Translations=" + std::string(GetParam())});
+  for (const ProcessResult& result :
+       {Run({"xliff", "list", kManual}), Run({"xliff", "get", kManual, "-l", "de"})}) {
+    EXPECT_EQ(result.status, 11);
+    EXPECT_EQ(result.out, "");
+    EXPECT_THAT(result.err, HasSubstr("the translations of //sim/?id=D1028 could not be read"));
+  }
+}
+
+TEST_F(XliffTest, TellsADocumentThatWasNotMarked) {
+  Serve({"--fault", "PATCH *=500"});
+  const ProcessResult result = Run({"xliff", "publish", "//sim/?id=D1031"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err, HasSubstr("the server did not mark //sim/?id=D1031 as published"));
+  EXPECT_EQ(DocumentOf(server(), "D1031").attributes.at("ZVK_DD_EXTENDED_DOC_TYPE"), "x-raomTranslated");
+}
+
+// The commands, each on the document that it is for.
+class XliffCommands : public XliffTest {
+ protected:
+  void ExpectEach(int status, const std::string& text) {
+    const std::vector<std::vector<std::string>> calls = {{"put", kManual, "chain.xlf", "-l", "en"},
+                                                         {"source", kManual},
+                                                         {"list", kManual},
+                                                         {"get", kManual, "-l", "de"},
+                                                         {"publish", "//sim/?id=D1031"}};
+    for (std::vector<std::string> words : calls) {
+      words.insert(words.begin(), "xliff");
+      const ProcessResult result = Run(words);
+      const bool listing = words[1] == "list" || words[1] == "get";
+      EXPECT_EQ(result.status, status == 1 && listing ? 11 : status) << words[1] << result.err;
+      EXPECT_EQ(result.out, "");
+      EXPECT_THAT(result.err, HasSubstr(text));
+    }
+    EXPECT_THAT(HereNames(), ElementsAre("chain.xlf"));
+  }
+};
+
+TEST_F(XliffCommands, TellAServerThatIsTooOld) {
+  Serve({"--version", "11.1.10.0"});
+  ExpectEach(5, server().url() + " offers no translation: servers do from 11.1 M010 CPS 1 on");
+  EXPECT_EQ(Writes(), "");
+}
+
+TEST_F(XliffCommands, TellAServerWithoutTheAddOn) {
+  Serve({"--without-translation"});
+  ExpectEach(1, "may lack its add-on for them");
+  EXPECT_THAT(Writes(), testing::Not(HasSubstr("POST")));
+}
+
+TEST_F(XliffCommands, TellAServerOfTheOldestGeneration) {
+  Serve({"--generation", "gateway"});
+  ExpectEach(1, "may lack its add-on for them");
+  EXPECT_THAT(Writes(), testing::Not(HasSubstr("POST")));
+}
+
+TEST_F(XliffCommands, TellAServerThatCanNotBeReached) {
+  Serve({"--fault", "* *=drop"});
+  ExpectEach(3, "cannot connect to " + server().url());
+}
+
+class XliffPreference : public XliffTest, public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Names, XliffPreference,
+                         testing::Values("DB_CONTEXT_TYPE", "DB_CONTEXT_NAME", "CABINET_OID",
+                                         "ZVK_DD_TRANSLATE", "ZVK_DD_LANGUAGE", "ZVK_DD_EXTENDED_DOC_TYPE",
+                                         "UPLOAD_SOFT_TYPE"));
+
+TEST_P(XliffPreference, IsNamedAsALikelyReasonAndNothingIsSentWithoutIt) {
+  Serve({"--without-preference", GetParam()});
+  const ProcessResult result = Put(kBareManual);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr(kPreferences));
+  EXPECT_EQ(Writes(), "");
+  // An update has its place already.
+  EXPECT_EQ(Put(kManual).status, 0);
+}
+
+TEST_F(XliffTest, PutsTheFileIntoTheRootWhenThePreferencesNameNoFolder) {
+  Serve({"--without-preference", "SUB_FOLDER_OID"});
+  EXPECT_EQ(Put(kBareManual).status, 0);
+  EXPECT_EQ(DocumentOf(server(), LinkOf("D1032")).folder, "/Trekking Bike");
+}
+
+}  // namespace vtdirect_test
