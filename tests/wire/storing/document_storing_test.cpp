@@ -1,6 +1,9 @@
 #include "documents/document_storing.h"
 
+#include <functional>
+
 #include "base/settings.h"
+#include "documents/document_building.h"
 #include "tests/wire/storing/storing_fixture.h"
 
 namespace vtdirect_test {
@@ -176,6 +179,19 @@ TEST_F(DocumentStoring, OfAnUnknownKindDoesNothing) {
   EXPECT_EQ(IterateDocument(connection, "D1", params, info, {}), NotFound);
   EXPECT_EQ(transport.lines(), Lines{Get(documentsPath + "/D1")});
   EXPECT_EQ(trace.lines().size(), 2u);
+}
+
+// Whoever hands in none has made a mistake that no server can answer for.
+TEST_F(DocumentStoring, RaisesForAPosterThatIsNone) {
+  ThenNonce();
+  for (const DocumentKind kind : {DocumentKind::Fenlet, DocumentKind::General, DocumentKind::Ugc}) {
+    params.kind = kind;
+    transport.Then(200, Ticket(3)).Then(200, Receipts(3));
+    EXPECT_THROW((void)BuildDocumentForCreate(connection, "a", "F55", params, {}, {}),
+                 std::bad_function_call);
+    EXPECT_EQ(transport.lines().back(), uploadLine);
+    EXPECT_THAT(Leftovers(), IsEmpty());
+  }
 }
 
 TEST_F(DocumentStoring, TakesAMissingReceiptForAnEmptyOne) {

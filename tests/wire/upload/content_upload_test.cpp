@@ -214,6 +214,14 @@ TEST_F(ContentUpload, TellsOfAServersLimitApartFromAnyOtherRefusal) {
   EXPECT_EQ(trace.lines(), Traces{Error("Failed to upload document with error 413 : too large\n")});
 }
 
+// A ticket says nothing of the files' sizes.
+TEST_F(ContentUpload, TakesALimitOnTheTicketsRequestForARefusal) {
+  ThenNonce();
+  transport.Then({.status = 413, .body = "", .error = du::http::ErrorCode::TooLarge});
+  EXPECT_EQ(Upload({MakeLocal("a", "A")}), Refused);
+  EXPECT_EQ(trace.lines(), Traces{Error("Failed to update document with error -1 : \n")});
+}
+
 TEST_F(ContentUpload, TracesARefusalAndABodyThatIsNoJson) {
   ThenNonce();
   const std::string path = MakeLocal("a", "A");
@@ -324,6 +332,16 @@ TEST_F(OptionalPaths, LeaveOutTheOnesThatAreNotThere) {
   EXPECT_EQ(transport.requests()[1].body, "{\n\"noOfFiles\":1\n}");
   EXPECT_EQ(SentBody(), Multipart("901:f1:901;", {{"f1", "a", "A"}}));
   EXPECT_THAT(trace.lines(), IsEmpty());
+}
+
+TEST_F(OptionalPaths, WarnOfAnOnlyPathBehindAGap) {
+  ThenNonce();
+  transport.Then(200, Ticket(1)).Then(200, Receipts(1));
+  const std::string path = MakeLocal("b", "B");
+  EXPECT_EQ(UploadPaths(connection, {nullptr, path.c_str()}, contents, {}), Ok);
+  EXPECT_EQ(transport.requests()[1].body, "{\n\"noOfFiles\":1\n}");
+  EXPECT_EQ(SentBody(), Multipart("901:f1:901;", {{"f1", "b", "B"}}));
+  EXPECT_EQ(trace.lines(), Traces{Warning("Unexpected file path\n")});
 }
 
 TEST_F(OptionalPaths, WarnOnceOfAPathBehindAGap) {
