@@ -23,6 +23,23 @@ class EveryUpload : public UploadFormTest {
 
 INSTANTIATE_TEST_SUITE_P(Of, EveryUpload, testing::ValuesIn(AllUploadForms()), NameOfForm);
 
+// Unasked, some entries end the checkout themselves, and the others leave it as it is.
+TEST_P(EveryUpload, ToATemporaryCheckoutChecksInByItselfOrNotAtAll) {
+  ThenSchema();
+  transport.Then(200, R"({"id":"D1001"})").Then(200, R"({"id":"D1002"})");
+  ThenNonce();
+  transport.Then(200, Ticket(Files())).Then(200, Receipts(Files())).Then(200, "[]");
+  if (GetParam().ChecksInByItself()) {
+    transport.Then(200, storedDocument).Then(200);
+    EXPECT_EQ(Run(temporaryUid, false), Done(storedUid));
+    EXPECT_EQ(transport.lines().back(), Post(workspacesPath + "/W77/delete"));
+  } else {
+    transport.Then(200, R"({"id":"D1001","epmMaster":{"cadName":"pump.fnl"}})");
+    EXPECT_EQ(Run(temporaryUid, false), Done(temporaryUid + "&file=/pump.fnl"));
+    EXPECT_EQ(transport.lines().back(), DocumentLine("D1001"));
+  }
+}
+
 TEST_P(EveryUpload, AboveTheServersLimitTellsSoAtACreation) {
   ThenNewName();
   transport.Then(200, R"({"items":[{"id":"OR:vn.Product:5","attributes":{"name":"Gadget"}}]})");
