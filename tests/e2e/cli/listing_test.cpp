@@ -269,7 +269,7 @@ TEST_F(VtDirect, PrintsATreeIndentedWithDocumentsFirstAndFoldersByName) {
   const ProcessResult result = Run({"tree", kFolders});
   EXPECT_EQ(result.status, 0);
   const std::vector<std::string> lines = LinesOf(result.out);
-  ASSERT_EQ(lines.size(), 20U);
+  ASSERT_EQ(lines.size(), 26U);
   EXPECT_THAT(std::vector<std::string>(lines.begin(), lines.begin() + 3),
               UnorderedElementsAre("paint shop scan.bin", "empty note.lxz", "no content.lxz"));
   EXPECT_EQ(lines[3], "Drivetrain/");
