@@ -10,7 +10,8 @@
 namespace vtdirect_cli {
 namespace {
 
-// One listing under way. Nothing of an entry is kept, so that a folder of any size takes the same memory.
+// One listing under way. Nothing of an entry is kept, so that a folder whose documents the library hands on
+// row by row takes the same memory whatever it holds.
 struct Listing {
   Output& output;
   std::string directory;  // with its closing "/"
@@ -121,13 +122,14 @@ CommandRow LsCommand() {
       "ls",
       "List a folder, or the servers",
       "Prints one line for each entry of the folder at PATH, each as it arrives and in the order of the "
-      "server; a name is printed as it stands in a path, and a folder's closes with \"/\". A folder of any "
-      "size takes the same memory. Without PATH the nicknames of the listed servers are printed, and no "
-      "request is made.\n\nWith --long a line is kind (d for a folder, - for a document), name, number and "
-      "title, parted by tabs; with --versions the versions follow, parted by blanks. A server shows them in "
-      "folders only, and numbers and titles from schema 4 on, versions from schema 5 on; what it doesn't "
-      "show is empty.\n\nA missing \"/\" at the end of PATH is added. A document's path is refused with a "
-      "message that says so.",
+      "server; a name is printed as it stands in a path, and a folder's closes with \"/\". However many "
+      "documents a folder holds, listing them takes the same memory where the server lists folders by its "
+      "newer services, from schema 4 on; every other listing is held whole. Without PATH the nicknames of "
+      "the listed servers are printed, and no request is made.\n\nWith --long a line is kind (d for a "
+      "folder, - for a document), name, number and title, parted by tabs; with --versions the versions "
+      "follow, parted by blanks. A server shows them in folders only, and numbers and titles from schema 4 "
+      "on, versions from schema 5 on; what it doesn't show is empty.\n\nA missing \"/\" at the end of PATH "
+      "is added. A document's path is refused with a message that says so.",
       {{"PATH", "A path; see ADDRESSES.", Count::AtMostOnce}},
       {{"long", 'l', nullptr, false, Completion::Nothing, "Show kind, number and title too."},
        {"versions", 0, nullptr, false, Completion::Nothing, "Show the versions of each document."}},
