@@ -15,10 +15,19 @@ struct Version {
   std::string uid;
 };
 
-// What was found out of one object.
+// How far the versions of an object could be found out.
+enum class Extent {
+  Complete,
+  NotShown,   // no listing shows the versions of this object
+  LeftOut,    // the listing of its folder doesn't have it
+  BrokenOff,  // that listing ended before it
+};
+
 struct History {
   std::vector<Version> versions;
-  bool complete = false;
+  Extent extent = Extent::NotShown;
+  std::string folder;         // whose listing was read
+  std::uint64_t entries = 0;  // of that listing
 };
 
 // A version's UID: the server of the object's own, with the id of that version.
@@ -32,7 +41,7 @@ void Keep(const VtDirectManager::DirEntryExt& entry, const std::string& uid, His
     history.versions.push_back({*version, id == nullptr ? "" : UidOfVersion(uid, *id)});
     if (id != nullptr && *id != nullptr) ++id;
   }
-  history.complete = true;
+  history.extent = Extent::Complete;
 }
 
 // Looks for the document in a listing of its folder, and ends that where it stands.
@@ -41,25 +50,36 @@ void Keep(const VtDirectManager::DirEntryExt& entry, const std::string& uid, His
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos || !VtDirectManager::CanPathShowVersions(path.c_str())) return history;
   const std::string name = path.substr(slash + 1);
+  history.folder = path.substr(0, slash + 1);
   const auto receive = [&](const VtDirectManager::DirEntryExt& entry) {
-    if (entry.isFolder || entry.versions == nullptr || name != entry.name) return true;
-    Keep(entry, uid, history);
+    ++history.entries;
+    if (entry.isFolder || name != entry.name) return true;
+    if (entry.versions != nullptr) Keep(entry, uid, history);
     return false;
   };
-  static_cast<void>(ListPath(path.substr(0, slash + 1),
-                             VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirVersions, receive));
+  const ListingEnd end =
+      ListPath(history.folder, VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirVersions, receive);
+  if (end == ListingEnd::Broken) history.extent = Extent::BrokenOff;
+  if (end == ListingEnd::Whole) history.extent = Extent::LeftOut;
   return history;
 }
 
 // What every server tells: this version and the newest.
-[[nodiscard]] History FromObject(const std::string& uid, const Version& latest) {
-  History history;
+void AddFromObject(const std::string& uid, const Version& latest, History& history) {
   std::string current;
   std::string newest;
   const int status = VtDirectManager::GetStatus(uid.c_str(), current, newest, nullptr);
   if (status == 1) history.versions.push_back({current, uid});
   history.versions.push_back(latest);
-  return history;
+}
+
+// A listing that broke off is a failure, and no note.
+void NoteWhatIsLacking(Host& host, Extent extent, bool listsCadDocuments) {
+  const std::string shown = ": shown are the version of the object and the newest";
+  if (extent == Extent::NotShown) host.output().Note("this server lists no versions here" + shown);
+  if (extent != Extent::LeftOut) return;
+  host.output().Note("the listing of the folder does not show this object" + shown +
+                     (listsCadDocuments ? "" : "; CAD documents are listed with --cad"));
 }
 
 void Show(Host& host, const std::string& address, const History& history, const std::string& latest) {
@@ -71,10 +91,7 @@ void Show(Host& host, const std::string& address, const History& history, const 
                               {"version", version.version},
                               {"uid", version.uid},
                               {"latest", newest},
-                              {"complete", history.complete}});
-  }
-  if (!history.complete) {
-    host.output().Note("this server lists no versions here: shown are that of the object and the newest");
+                              {"complete", history.extent == Extent::Complete}});
   }
 }
 
@@ -91,8 +108,12 @@ ExitCode RunVersions(Host& host, const Arguments& arguments) {
   }
   const std::string path = VtDirectManager::GetVFSPathLatest(PlacedAddress(address, kind).c_str());
   History history = FromFolder(path, uid);
-  if (!history.complete) history = FromObject(uid, latest);
+  if (history.extent != Extent::Complete) AddFromObject(uid, latest, history);
   Show(host, address, history, latest.version);
+  if (history.extent == Extent::BrokenOff) {
+    return host.output().Fail(DiagnoseDirectory(host, history.folder, history.entries));
+  }
+  NoteWhatIsLacking(host, history.extent, arguments.Has("cad"));
   return ExitCode::Ok;
 }
 
@@ -105,8 +126,9 @@ CommandRow VersionsCommand() {
       "Prints version and UID of each version of the document at ADDRESS, parted by a tab, and \"latest\" "
       "behind the newest.\n\nA server that lists versions, from schema 5 on, tells them in the listing of "
       "the document's folder, which is read up to the document; the order is that listing's. Of any other "
-      "server, and of a document in a workspace, the object's own version and the newest are all that "
-      "can be had; a note says so, and with --json \"complete\" is false.",
+      "server, of a document in a workspace, and of a CAD document without --cad, the object's own version "
+      "and the newest are all that can be had; a note says so, and with --json \"complete\" is false. The "
+      "same two are printed when the listing breaks off, which gives exit status 11.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
       {},
       true,

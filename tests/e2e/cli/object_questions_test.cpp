@@ -114,6 +114,56 @@ TEST_P(QuestionsToEachGeneration, ListVersionsAsFarAsTheServerShowsThem) {
   }
 }
 
+// Of the folder's three documents the fork alone is of revision B, so it comes first.
+TEST_F(VtDirect, Gives11ForVersionsWhoseListingBreaksOffAndPrintsWhatIsKnown) {
+  Serve({"--page-size", "1", "--fault", "GET *FolderContents*skiptoken*=500"});
+  const std::string frame = "//sim/Products/Trekking Bike/Folders/Frame/frame.lxz|A.2";
+  const std::string a2 = server().Uid("D1202") + "&file=/frame.lxz";
+  const std::string a3 = server().Uid("D1002") + "&file=/frame.lxz";
+  const ProcessResult result = Run({"versions", frame});
+  EXPECT_EQ(result.out, "A.2\t" + a2 + "\nA.3\t" + a3 + "\tlatest\n");
+  EXPECT_EQ(result.err,
+            "vtdirect: the listing of korvufenloom-vfs://sim/Products/Trekking Bike/Folders/Frame/ broke off "
+            "after 1 entries\n");
+  EXPECT_EQ(result.status, 11);
+
+  const ProcessResult json = Run({"versions", "--json", frame});
+  EXPECT_THAT(json.out, HasSubstr("\"latest\":true,\"complete\":false}\n"));
+  EXPECT_THAT(json.out, testing::Not(HasSubstr("\"complete\":true")));
+  EXPECT_EQ(json.status, 11);
+
+  // What was looked for came before the listing broke.
+  const ProcessResult fork = Run({"versions", kFork});
+  EXPECT_EQ(std::count(fork.out.begin(), fork.out.end(), '\n'), 3);
+  EXPECT_EQ(fork.err, "");
+  EXPECT_EQ(fork.status, 0);
+}
+
+TEST_F(VtDirect, Gives11ForVersionsWhoseListingFailsAtOnce) {
+  Serve({"--fault", "GET *FolderContents*expand=Versions*=500"});
+  const ProcessResult result = Run({"versions", server().Uid("D1001")});
+  EXPECT_EQ(result.out, "B.1\t" + server().Uid("D1001") + "&file=/fork.lxz\tlatest\n");
+  EXPECT_EQ(result.err,
+            "vtdirect: the listing of korvufenloom-vfs://sim/Products/Trekking Bike/Folders/Frame/ failed\n");
+  EXPECT_EQ(result.status, 11);
+}
+
+TEST_F(VtDirect, SaysThatTheVersionsOfACadDocumentAreListedWithItsSwitch) {
+  Serve();
+  const std::string handlebar = server().Uid("D1012");
+  const ProcessResult without = Run({"versions", handlebar});
+  EXPECT_EQ(without.out, "A.1\t" + handlebar + "&file=/handlebar.asm\tlatest\n");
+  EXPECT_EQ(without.err,
+            "vtdirect: the listing of the folder does not show this object: shown are the version of the "
+            "object and the newest; CAD documents are listed with --cad\n");
+  EXPECT_EQ(without.status, 0);
+
+  const ProcessResult with = Run({"versions", "--cad", handlebar});
+  EXPECT_EQ(with.out, "A.1\t" + handlebar + "\tlatest\n");
+  EXPECT_EQ(with.err, "");
+  EXPECT_EQ(with.status, 0);
+}
+
 TEST_P(QuestionsToEachGeneration, Give6ForAnObjectThatIsNotThere) {
   for (const char* command : {"status", "versions", "path", "url", "info", "uid"}) {
     for (const std::string& address :
