@@ -11,6 +11,11 @@ namespace vtdirect_cli {
 /// Takes one entry of a listing, which is valid during the call only. False ends the listing.
 using EntryFunction = std::function<bool(const VtDirectManager::DirEntryExt& entry)>;
 
+/// A text of an entry; a server may leave any of them out, and then it is null.
+[[nodiscard]] inline std::string TextOrEmpty(const char* text) {
+  return text == nullptr ? "" : text;
+}
+
 /// How a listing ended.
 enum class ListingEnd {
   Whole,        ///< every entry was delivered

@@ -22,10 +22,6 @@ struct Listing {
   bool lacksVersions = false;
 };
 
-[[nodiscard]] std::string TextOrEmpty(const char* text) {
-  return text == nullptr ? "" : text;
-}
-
 [[nodiscard]] std::vector<std::string> TextsOf(const char** texts) {
   std::vector<std::string> out;
   for (; texts != nullptr && *texts != nullptr; ++texts) out.emplace_back(*texts);

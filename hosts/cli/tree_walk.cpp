@@ -41,7 +41,7 @@ class Walk {
   }
 
   [[nodiscard]] bool Receive(const VtDirectManager::DirEntryExt& entry) {
-    const std::string name = entry.name == nullptr ? "" : entry.name;
+    const std::string name = TextOrEmpty(entry.name);
     if (!entry.isFolder) return Show(name, false);
     if (waiting_ + name.size() + sizeof(std::string) > bounds_.waitingBytes) {
       end_.waitingBound = true;
