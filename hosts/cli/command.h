@@ -119,6 +119,9 @@ struct SectionRow {
 // One function a file: each gives its row of the table.
 [[nodiscard]] CommandRow BrowseUrlCommand();
 [[nodiscard]] CommandRow CheckCommand();
+[[nodiscard]] CommandRow CheckinCommand();
+[[nodiscard]] CommandRow CheckoutCommand();
+[[nodiscard]] CommandRow CheckoutsCommand();
 [[nodiscard]] CommandRow EditUrlCommand();
 [[nodiscard]] CommandRow GetCommand();
 [[nodiscard]] CommandRow InfoCommand();
@@ -129,7 +132,9 @@ struct SectionRow {
 [[nodiscard]] CommandRow StatusCommand();
 [[nodiscard]] CommandRow TreeCommand();
 [[nodiscard]] CommandRow UidCommand();
+[[nodiscard]] CommandRow UndoCommand();
 [[nodiscard]] CommandRow UrlCommand();
+[[nodiscard]] CommandRow VerifyCommand();
 [[nodiscard]] CommandRow VersionsCommand();
 [[nodiscard]] CommandRow ServersCommand();
 [[nodiscard]] CommandRow XliffPutCommand();

@@ -64,6 +64,7 @@ std::span<const SectionRow> Sections() {
       {"ENVIRONMENT",
        "  VTDIRECT_TOKEN, VTDIRECT_USER, VTDIRECT_PASSWORD, NETRC: see CREDENTIALS\n"
        "  XDG_CONFIG_HOME, HOME: where the configuration file and the netrc file are looked for\n"
+       "  XDG_STATE_HOME, HOME: where checkouts are kept, see checkouts\n"
        "  TMPDIR: where temporary files go, /tmp without it; content for standard output needs room there\n"
        "  FENLOOM_TRACE: what --trace takes, for when it isn't given\n"
        "  FENLOOM_LANGUAGE, LC_ALL, LC_MESSAGES, LANG: the language of the fixed words in paths\n"
@@ -82,6 +83,8 @@ std::span<const SectionRow> Sections() {
        "  vtdirect ls -l '//plm/Products/Bike/Folders'\n"
        "  vtdirect tree --full-paths '//plm/Products/Bike' | sort\n"
        "  vtdirect versions '//plm/Products/Bike/Folders/Frames/fork.lxz'\n"
+       "  vtdirect checkout '//plm/Products/Bike/Folders/Frames/fork.lxz'\n"
+       "  vtdirect checkin '//plm/Products/Bike/Folders/Frames/fork.lxz'\n"
        "  vtdirect xliff put '//plm/?id=D1028' manual.xlf --language en\n"
        "  vtdirect xliff get '//plm/?id=D1028' --language de -o manual_de.xlf"},
   };

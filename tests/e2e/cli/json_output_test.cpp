@@ -138,6 +138,14 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"links", fork});
   Check({"edit-url", server().Uid("D1026|W301")});
   Check({"browse-url", fork});
+  Check({"checkout", server().Uid("D1002")});
+  Check({"checkout", server().Uid("D1002")}, 1);
+  Check({"verify", server().Uid("D1002")});
+  Check({"verify", server().Uid("D1015")}, 1);
+  Check({"checkouts"});
+  Check({"undo", server().Uid("D1002")});
+  Check({"checkout", server().Uid("D1002")});
+  Check({"checkin", server().Uid("D1002")});
   Check({"xliff", "source", "//sim/?id=D1028"});
   Check({"xliff", "list", "//sim/?id=D1028"});
   Check({"xliff", "get", "//sim/?id=D1028", "--language", "de"});

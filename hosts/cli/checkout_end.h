@@ -1,0 +1,15 @@
+#pragma once
+
+#include "hosts/cli/command.h"
+#include "hosts/cli/storing_failure.h"
+
+namespace vtdirect_cli {
+
+/// Checks a working copy in, or throws it away, and prints the UID to go on with: what checkin and undo have
+/// in common.
+[[nodiscard]] ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end);
+
+/// The members of what both print with --json.
+[[nodiscard]] std::vector<MemberRow> CheckoutEndMembers();
+
+}  // namespace vtdirect_cli
