@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace vtdirect_test {
@@ -14,8 +15,10 @@ constexpr std::string_view kReady = "vantry-sim listening on ";
 
 std::vector<std::string> Words(const std::string& directory, const std::string& log,
                                const std::vector<std::string>& options) {
-  std::vector<std::string> words = {SIMULATOR_PROGRAM,   "--port", "0", "--data",
-                                    directory + "/data", "--log",  log};
+  std::vector<std::string> words = {SIMULATOR_PROGRAM, "--data", directory + "/data", "--log", log};
+  if (std::find(options.begin(), options.end(), "--port") == options.end()) {
+    words.insert(words.end(), {"--port", "0"});
+  }
   words.insert(words.end(), options.begin(), options.end());
   return words;
 }

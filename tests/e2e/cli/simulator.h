@@ -9,7 +9,8 @@
 
 namespace vtdirect_test {
 
-/// A running vantry-sim with the demo repository, on a port of its own, with its data in `directory`.
+/// A running vantry-sim with the demo repository, on a port of its own, with its data in `directory`. The
+/// option "--port" gives it another one, so that it can be started again where it was.
 class Simulator {
  public:
   Simulator(const std::string& directory, const std::vector<std::string>& options);

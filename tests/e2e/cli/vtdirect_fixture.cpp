@@ -38,8 +38,16 @@ void VtDirect::TearDown() {
 Simulator& VtDirect::Serve(const std::vector<std::string>& options) {
   std::vector<std::string> all = {"--large", "1000000"};
   all.insert(all.end(), options.begin(), options.end());
+  // Two can't share the data.
+  simulator_.reset();
   simulator_ = std::make_unique<Simulator>(base_.File("server"), all);
   return *simulator_;
+}
+
+void VtDirect::EndServer() {
+  simulator_.reset();
+  std::filesystem::remove_all(base_.File("server"));
+  std::filesystem::create_directory(base_.File("server"));
 }
 
 std::unique_ptr<Process> VtDirect::Start(const std::vector<std::string>& words) {

@@ -24,9 +24,12 @@ class VtDirect : public testing::Test {
   VtDirect();
   void TearDown() override;
 
-  /// Starts the simulator; what `Run` runs then knows it as "sim".
+  /// Starts the simulator, in place of the one that runs and with its data; what `Run` runs then knows it as
+  /// "sim".
   Simulator& Serve(const std::vector<std::string>& options = {});
   [[nodiscard]] const Simulator& server() const { return *simulator_; }
+  /// Ends the simulator and throws away what it holds.
+  void EndServer();
 
   [[nodiscard]] std::unique_ptr<Process> Start(const std::vector<std::string>& words);
   ProcessResult Run(const std::vector<std::string>& words) { return Start(words)->Wait(); }

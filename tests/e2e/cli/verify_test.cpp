@@ -1,0 +1,160 @@
+#include <gmock/gmock.h>
+
+#include "tests/e2e/cli/checkout_fixture.h"
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+namespace vtdirect_test {
+
+class Verify : public CheckoutTest {
+ protected:
+  void SetUp() override { Serve(); }
+
+  const std::string path_ = kForkPath;
+};
+
+TEST_F(Verify, TellsThatACheckoutStandsAndChangesNothing) {
+  const std::string uid = CheckOut(path_);
+  const std::string before = Book();
+  for (const std::string& address : {path_, uid, server().Uid("D1001")}) {
+    const ProcessResult result = Run({"verify", address});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, uid + "\n");
+    EXPECT_EQ(result.err, "vtdirect: " + address + " is checked out by you, in a temporary workspace\n");
+    EXPECT_EQ(Book(), before);
+  }
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+}
+
+TEST_F(Verify, KeepsACheckoutThatWasNotKept) {
+  const std::string uid = CheckOut(path_);
+  ASSERT_EQ(RunElsewhere({"verify", uid}).status, 0);
+  const ProcessResult listed = RunElsewhere({"checkouts"});
+  EXPECT_THAT(listed.out, HasSubstr("\tanna\tfork.lxz\t" + uid + "\n"));
+  EXPECT_EQ(RunElsewhere({"undo", path_}).status, 0);
+
+  const std::string crank = "//sim/Products/Trekking Bike/Workspaces/Anna's bench/crank.lxz";
+  for (const std::string& address : {crank, server().Uid("D1026")}) {
+    const ProcessResult result = RunElsewhere({"verify", address});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, server().Uid("D1026|W301") + "&file=/crank.lxz\n");
+    EXPECT_EQ(result.err, "vtdirect: " + address + " is checked out by you, in a workspace of yours\n");
+    EXPECT_THAT(RunElsewhere({"checkouts"}).out, HasSubstr("\tanna\tcrank.lxz\t" + result.out));
+    EXPECT_EQ(RunElsewhere({"checkouts", "--forget", server().Uid("D1026")}).status, 0);
+  }
+}
+
+TEST_F(Verify, CannotGoOnWithTheDocumentAloneThatWasCheckedOutByOtherMeans) {
+  const std::string document = server().Uid("D1016");
+  const ProcessResult result = Run({"verify", document});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err,
+              HasSubstr(document + " is checked out by you, and its working copy is not kept here; "
+                                   "give the UID of that, or its path"));
+  EXPECT_EQ(Book(), "");
+  EXPECT_EQ(HolderOf("D1016"), "anna");
+}
+
+TEST_F(Verify, ChecksOutAnewWhenTheTemporaryWorkspaceIsGone) {
+  const std::string old = CheckOut(path_);
+  ASSERT_EQ(RunElsewhere({"undo", old}).status, 0);
+  const ProcessResult result = Run({"verify", path_});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, MatchesRegex(TemporaryUid("D1001", "fork.lxz") + "\n"));
+  EXPECT_NE(result.out, old + "\n");
+  EXPECT_EQ(result.err,
+            "vtdirect: " + path_ + " is checked out by you, in a temporary workspace\n" +
+                "vtdirect: warning: the working copy " + old +
+                " was gone, with all that was not checked in; the document was checked out anew\n");
+  const std::string renewed = result.out.substr(0, result.out.size() - 1);
+  EXPECT_THAT(Book(), HasSubstr("\t" + renewed + "\t"));
+  EXPECT_THAT(Book(), testing::Not(HasSubstr(old)));
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+  EXPECT_EQ(TemporaryWorkspaces(), 1U);
+  EXPECT_EQ(Run({"checkin", path_}).status, 0);
+  EXPECT_EQ(TemporaryWorkspaces(), 0U);
+}
+
+TEST_F(Verify, DropsACheckoutThatWasCheckedInByOtherMeans) {
+  const std::string uid = CheckOut(path_);
+  const ProcessResult checkin = RunElsewhere({"checkin", uid});
+  ASSERT_EQ(checkin.status, 0);
+  const ProcessResult result = Run({"verify", server().Uid("D1001")});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, checkin.out) << "the newest iteration is what to go on with";
+  EXPECT_EQ(result.err, "vtdirect: " + server().Uid("D1001") +
+                            " is not checked out, and has a newer iteration; the checkout that was kept does "
+                            "not stand any more, and is dropped\n");
+  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(TemporaryWorkspaces(), 0U);
+}
+
+TEST_F(Verify, FindsWhatIsKeptOfAnOlderIterationByTheDocumentsPath) {
+  for (const std::string& address : {std::string(kForkOnBench), path_}) {
+    const std::string uid = CheckOut(address);
+    const ProcessResult checkin = RunElsewhere({"checkin", uid});
+    ASSERT_EQ(checkin.status, 0);
+    const ProcessResult result = Run({"verify", address});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, checkin.out);
+    EXPECT_THAT(result.err,
+                HasSubstr("is not checked out, and has a newer iteration; the checkout that was kept "
+                          "does not stand any more, and is dropped"));
+    EXPECT_EQ(Book(), kBookHead);
+  }
+}
+
+TEST_F(Verify, TellsThatADocumentInAWorkspaceIsNotCheckedOut) {
+  const ProcessResult result = Run({"verify", kForkOnBench});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, server().Uid("D1001|W301") + "&file=/fork.lxz\n");
+  EXPECT_EQ(result.err, "vtdirect: " + std::string(kForkOnBench) + " is not checked out\n");
+}
+
+TEST_F(Verify, DropsWhatIsGoneFromAWorkspaceOfOnesOwn) {
+  std::string uid = CheckOut(kForkOnBench);
+  ASSERT_EQ(RunElsewhere({"undo", uid}).status, 0);
+  const ProcessResult undone = Run({"verify", path_});
+  EXPECT_EQ(undone.status, 1);
+  EXPECT_EQ(undone.out, server().Uid("D1001|W301") + "&file=/fork.lxz\n");
+  EXPECT_THAT(undone.err,
+              HasSubstr("is not checked out; the checkout that was kept does not stand any more"));
+  EXPECT_EQ(Book(), kBookHead);
+
+  uid = CheckOut(kForkOnBench);
+  const ProcessResult checkin = RunElsewhere({"checkin", uid});
+  ASSERT_EQ(checkin.status, 0);
+  const ProcessResult checkedIn = Run({"verify", uid});
+  EXPECT_EQ(checkedIn.status, 1);
+  EXPECT_EQ(checkedIn.out, checkin.out);
+  EXPECT_THAT(checkedIn.err, HasSubstr("is not checked out, and has a newer iteration; "));
+  EXPECT_EQ(Book(), kBookHead);
+}
+
+TEST_F(Verify, TellsOfWhatWasNeverCheckedOut) {
+  const ProcessResult none = Run({"verify", path_});
+  EXPECT_EQ(none.status, 1);
+  EXPECT_EQ(none.out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  EXPECT_EQ(none.err, "vtdirect: " + path_ + " is not checked out\n");
+  const ProcessResult brunos = Run({"verify", server().Uid("D1015")});
+  EXPECT_EQ(brunos.status, 1);
+  EXPECT_EQ(brunos.err, "vtdirect: " + server().Uid("D1015") + " is checked out by bruno\n");
+  EXPECT_EQ(Book(), "");
+}
+
+TEST_F(Verify, DropsNothingForAServerThatCannotAnswer) {
+  const std::string uid = CheckOut(path_);
+  const std::string before = Book();
+  Restart({"--fault", "* *=503"});
+  for (const char* command : {"verify", "checkin", "undo"}) {
+    const ProcessResult result = Run({command, uid});
+    EXPECT_EQ(result.status, 3) << command;
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(Book(), before);
+  }
+  Restart({});
+  EXPECT_EQ(Run({"verify", path_}).out, uid + "\n");
+}
+
+}  // namespace vtdirect_test
