@@ -14,11 +14,12 @@ inline constexpr const char* multipartContentType =
 /// Writes a multipart body into a file, part by part, with no file held in memory. The body begins with a CR
 /// LF and ends without one.
 ///
-/// Errors of the file are not reported: behind the first one nothing more is written, so that a full disk
-/// leaves a body without its closing line, which no server takes for a whole one.
+/// Errors are not reported: behind the first one nothing more is written, so that a full disk, or a local
+/// file that cannot be read to the end it had, leaves a body without its closing line, which no server takes
+/// for a whole one.
 class MultipartFile {
  public:
-  /// @param path  an existing file, which is replaced
+  /// @param path  an empty file, or one that is not there yet
   explicit MultipartFile(const std::string& path);
   ~MultipartFile();
   MultipartFile(const MultipartFile&) = delete;
@@ -29,7 +30,8 @@ class MultipartFile {
   /// Begins a part that is a form field of text; its value follows by AddText.
   void BeginField(std::string_view name);
   void AddText(std::string_view text);
-  /// Adds a part that holds a local file's bytes. A file that cannot be opened is left out.
+  /// Adds a part that holds a local file's bytes, those included that are appended to it meanwhile. A file
+  /// that cannot be opened is left out.
   void AddFile(const char* localPath, std::string_view partName);
   /// Writes the closing line and closes the file.
   void Finish();

@@ -15,7 +15,8 @@ using du::http::Method;
 
 /// Large enough that a fast download is not a matter of system calls.
 constexpr long receiveBufferBytes = 512 * 1024;
-constexpr long uploadBufferBytes = 128 * 1024;
+/// The same for uploads. A host is told the progress, and may cancel, once for each of these.
+constexpr long uploadBufferBytes = 1024 * 1024;
 
 void InitialiseCurlOnce() {
   static std::once_flag once;
