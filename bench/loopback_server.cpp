@@ -17,8 +17,6 @@ namespace {
 constexpr std::size_t largestHead = 64 * 1024;
 
 void Serve(int socket, const Answerer& answer) {
-  const int on = 1;
-  setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
   std::string input;
   char buffer[8192];
   while (input.size() < largestHead) {
@@ -32,7 +30,6 @@ void Serve(int socket, const Answerer& answer) {
     if (count <= 0) break;
     input.append(buffer, static_cast<std::size_t>(count));
   }
-  close(socket);
 }
 
 }  // namespace
@@ -59,13 +56,22 @@ std::string LoopbackServer::Url() const {
 }
 
 void LoopbackServer::Run(const char* program, const Answerer& answer) {
+  RunConversations(program, [&answer](int socket) { Serve(socket, answer); });
+}
+
+void LoopbackServer::RunConversations(const char* program, const Conversation& converse) {
   std::printf("%s listening on %s\n", program, Url().c_str());
   std::fflush(stdout);
   for (;;) {
     const int socket = accept(listener_, nullptr, nullptr);
     if (socket < 0) continue;
     ++connections_;
-    std::thread([socket, &answer] { Serve(socket, answer); }).detach();
+    std::thread([socket, &converse] {
+      const int on = 1;
+      setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+      converse(socket);
+      close(socket);
+    }).detach();
   }
 }
 

@@ -13,6 +13,8 @@ namespace vtdirect_bench {
 
 /// Answers one request, given the request line; false closes the connection.
 using Answerer = std::function<bool(int socket, std::string_view target)>;
+/// Serves one connection to its end; the server closes it.
+using Conversation = std::function<void(int socket)>;
 
 class LoopbackServer {
  public:
@@ -27,8 +29,11 @@ class LoopbackServer {
   [[nodiscard]] std::string Url() const;
   /// Connections taken since the start.
   [[nodiscard]] std::uint64_t connections() const { return connections_; }
-  /// Prints where it listens and serves for ever, each connection on a thread of its own.
+  /// Prints where it listens and serves for ever, each connection on a thread of its own. For requests
+  /// without a body.
   [[noreturn]] void Run(const char* program, const Answerer& answer);
+  /// The same for a server that reads what its clients send by itself.
+  [[noreturn]] void RunConversations(const char* program, const Conversation& converse);
 
  private:
   int listener_ = -1;
