@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <set>
 
 #include "tests/e2e/cli/checkout_fixture.h"
 
@@ -30,6 +31,16 @@ class Checkouts : public CheckoutTest {
  protected:
   void WriteBook(const std::string& lines) {
     WriteHome(".local/state/vtdirect/checkouts", kBookHead + lines, 0600);
+  }
+
+  [[nodiscard]] std::string NamesBesideTheBook() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(Home(".local/state/vtdirect"))) {
+      names.insert(entry.path().filename());
+    }
+    std::string all;
+    for (const std::string& name : names) all += name + " ";
+    return all;
   }
 
   // A checkout is one all the same when it can't be kept; its UID is told twice.
@@ -157,6 +168,18 @@ TEST_F(Checkouts, ThatCannotBeWrittenFailNoCheckout) {
   ExpectUnkept("there is no home directory");
 }
 
+TEST_F(Checkouts, OnAFullDiskStayAsTheyWere) {
+  Serve();
+  std::string lines;
+  for (int i = 1; i <= 40; ++i) lines += LineOf(i);
+  WriteBook(lines);
+  // What is printed fits, and the book doesn't.
+  fileSizeLimit_ = lines.size() - 1000;
+  ExpectUnkept("cannot write " + BookPath() + ": File too large");
+  EXPECT_EQ(Book(), kBookHead + lines);
+  EXPECT_EQ(NamesBesideTheBook(), "checkouts checkouts.lock ");
+}
+
 TEST_F(Checkouts, ThatCannotBeReadAreNotReplaced) {
   Serve();
   std::filesystem::create_directories(BookPath());
@@ -169,11 +192,7 @@ TEST_F(Checkouts, LeaveNothingBesideTheirFile) {
   Serve();
   CheckOut(kForkPath);
   ASSERT_EQ(Run({"undo", kForkPath}).status, 0);
-  std::vector<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(Home(".local/state/vtdirect"))) {
-    names.push_back(entry.path().filename());
-  }
-  EXPECT_THAT(names, testing::UnorderedElementsAre("checkouts", "checkouts.lock"));
+  EXPECT_EQ(NamesBesideTheBook(), "checkouts checkouts.lock ");
   EXPECT_THAT(HereNames(), IsEmpty());
 }
 
