@@ -6,6 +6,7 @@
 #include "hosts/cli/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing_failure.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -16,10 +17,8 @@ namespace {
   if (uid.empty() || !VtDirectManager::FileExists(uid.c_str())) return Diagnose(host, address, true);
   const CheckoutState state = ReadCheckoutState(uid);
   if (state.state == "none") {
-    return {ExitCode::Failure, address +
-                                   " is no working copy, and only those have attributes to edit; \"vtdirect "
-                                   "checkout '" +
-                                   address + "'\" makes one"};
+    return {ExitCode::Failure, address + " is no working copy, and only those have attributes to edit; " +
+                                   CommandToType("checkout", address) + " makes one"};
   }
   if (state.state == "by-other") {
     return {ExitCode::Failure, address + " is checked out by " + state.user +
@@ -36,7 +35,8 @@ ExitCode RunEditUrl(Host& host, const Arguments& arguments) {
   if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
 
   ForgetTracedErrors();
-  const std::string uid = UidToGoOnWith(host, address);
+  // The page is that of the copy in its workspace, which an id alone does not tell.
+  const std::string uid = WithWorkspace(UidToGoOnWith(host, address));
   const std::string url = uid.empty() ? "" : VtDirectManager::VantryEditAttributesURL(uid.c_str());
   if (url.empty()) return host.output().Fail(WhyNoPage(host, address, uid));
   host.output().Row({{"url", url}}, {{"url", url}, {"uid", uid}});

@@ -12,6 +12,7 @@
 #include "hosts/cli/put_request.h"
 #include "hosts/cli/put_target.h"
 #include "hosts/cli/put_upload.h"
+#include "hosts/cli/storing_failure.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -71,9 +72,10 @@ void UpdateBook(Host& host, const Put& put) {
   }
 }
 
-void LookAtResult(Host& host, Put& put) {
+void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
   put.uid = UidOf(put);
   put.checkedIn = put.outcome.checkedIn;
+  report.Tell("the file is stored; the UID to go on with is " + put.uid);
   put.state = ReadCheckoutState(put.uid);
   UpdateBook(host, put);
   for (const std::string& name : MissingLinks(put.uid, put.links)) {
@@ -83,7 +85,7 @@ void LookAtResult(Host& host, Put& put) {
 
 [[nodiscard]] std::optional<Failure> CheckIn(Host& host, Put& put, InterruptionReport& report) {
   report.Tell("the file is stored in the working copy " + put.uid +
-              ", and whether it is checked in is not known; \"vtdirect verify '" + put.uid + "'\" tells");
+              ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) + " tells");
   ForgetTracedErrors();
   const std::string uid = VtDirectManager::Checkin(put.uid.c_str());
   if (uid.empty()) return PutCheckInFailure(host, put.uid);
@@ -110,7 +112,7 @@ void Report(Host& host, const Put& put) {
   if (put.checkedIn) note += ", and checked in";
   host.output().Note(note);
   if (IsWorkingCopy(put))
-    host.output().Note("it is checked out; \"vtdirect checkin '" + put.uid + "'\" checks it in");
+    host.output().Note("it is checked out; " + CommandToType("checkin", put.uid) + " checks it in");
 }
 
 ExitCode FailOrReport(Host& host, const Failure& failure, InterruptionReport& report) {
@@ -127,8 +129,9 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
     if (Interrupted()) return report.Report();
     return FailOrReport(host, PutFailure(host, put.request, put.target, put.outcome), report);
   }
-  LookAtResult(host, put);
+  LookAtResult(host, put, report);
   if (put.request.checkIn && IsWorkingCopy(put)) {
+    if (Interrupted()) return report.Report();
     if (const auto failure = CheckIn(host, put, report)) return FailOrReport(host, *failure, report);
   }
   Report(host, put);

@@ -2,6 +2,7 @@
 
 #include "hosts/cli/checkout_words.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/storing_failure.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -15,10 +16,6 @@ struct Standing {
   std::string text;
   std::string next = "the same command can be given again";
 };
-
-[[nodiscard]] std::string InQuotes(const std::string& command, const std::string& address) {
-  return "\"vtdirect " + command + " '" + address + "'\"";
-}
 
 [[nodiscard]] const char* StepOf(Action action) {
   switch (action) {
@@ -40,7 +37,7 @@ struct Standing {
 
 [[nodiscard]] Standing Unknown(const std::string& command, const std::string& address) {
   return {"what stands now could not be found out",
-          InQuotes(command, address) + " tells when the server answers"};
+          CommandToType(command, address) + " tells when the server answers"};
 }
 
 // A name that isn't found on a server that answers is not there.
@@ -48,7 +45,8 @@ struct Standing {
   const std::string uid = answers ? VtDirectManager::GetUID(target.address.c_str()) : "";
   if (uid.empty() && !answers && outcome.AllSent()) return Unknown("info", target.address);
   if (uid.empty()) return {"nothing was created"};
-  const std::string next = InQuotes("info", uid) + " tells of it, and a further put makes a new iteration";
+  const std::string next =
+      CommandToType("info", uid) + " tells of it, and a further put makes a new iteration";
   if (!outcome.AllSent()) return {"a document has come to stand there meanwhile: " + uid, next};
   if (VtDirectManager::ShouldCreate(uid.c_str())) {
     return {"the document is there now, without content: " + uid, next};
@@ -63,7 +61,7 @@ struct Standing {
   if (status == 0) return {"nothing was changed, " + version + " is the newest iteration still"};
   if (status < 0 && !outcome.AllSent()) return {"nothing was changed"};
   if (status < 0) return Unknown("info", target.address);
-  const std::string next = InQuotes("versions", target.address) + " tells of them";
+  const std::string next = CommandToType("versions", target.address) + " tells of them";
   if (!outcome.AllSent()) return {"somebody has made the iteration " + newest + " meanwhile", next};
   return {"the newest iteration is " + newest + " now, and only the answer may have been lost", next};
 }
@@ -85,11 +83,11 @@ struct Standing {
                 std::string(outcome.mayCheckInToo && outcome.AllSent()
                                 ? ", so it was checked in, and only the answer may have been lost"
                                 : ""),
-            InQuotes("verify", target.address) + " tells what stands"};
+            CommandToType("verify", target.address) + " tells what stands"};
   }
   if (state.state == "by-other") {
     return {"it is checked out by " + state.user + " now",
-            InQuotes("verify", target.address) + " tells more"};
+            CommandToType("verify", target.address) + " tells more"};
   }
   if (!outcome.AllSent()) return {"nothing was stored"};
   return Unknown("verify", target.address);
@@ -150,8 +148,9 @@ Failure PutCheckInFailure(Host& host, const std::string& uid) {
   const bool stands = state.state == "workspace" || state.state == "temporary-workspace";
   std::string message = "the file is stored in the working copy " + uid + ", but checking it in failed";
   if (!why.empty()) message += " (" + why + ")";
-  message += stands ? "; you still have it checked out; " + InQuotes("checkin", uid) + " tries again"
-                    : "; it is not seen to be checked out any more; " + InQuotes("verify", uid) + " tells";
+  message += stands
+                 ? "; you still have it checked out; " + CommandToType("checkin", uid) + " tries again"
+                 : "; it is not seen to be checked out any more; " + CommandToType("verify", uid) + " tells";
   return {server ? server->code : ExitCode::Failure, message};
 }
 

@@ -6,6 +6,9 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/escaped_name.h"
 #include "hosts/cli/kept_checkout.h"
+#include "hosts/cli/printable.h"
+#include "hosts/cli/storing_failure.h"
+#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -26,6 +29,13 @@ using VtDirectManager::VtCheckoutStatus;
 
 [[nodiscard]] Failure Unsent(const std::string& text, const std::string& next) {
   return {ExitCode::Failure, text + "; nothing was sent; " + next};
+}
+
+// Names are sent as text, and no text has such bytes.
+[[nodiscard]] std::optional<Failure> RequireName(const std::string& path) {
+  if (ValidUtf8(path) == path) return std::nullopt;
+  return Failure{ExitCode::Usage, "no document can be called " + path.substr(path.rfind('/') + 1) +
+                                      ": its name is no UTF-8; name the document behind the folder's path"};
 }
 
 // Only a place below a context's folders, or in a workspace, takes documents. No request is made for this.
@@ -64,10 +74,19 @@ using VtDirectManager::VtCheckoutStatus;
                 "give the UID or the path of the working copy (.../Workspaces/NAME/...)");
 }
 
+// A workspace may hold a document that isn't checked out. It is the document that gets an iteration.
+[[nodiscard]] std::string WithoutWorkspace(const std::string& uid) {
+  if (!HasWorkspace(uid) || IsTemporaryCopy(uid)) return uid;
+  const std::string url = VtDirectManager::GetServerURL(uid.c_str());
+  const std::string plain =
+      VtDirectManager::UIDFromVantryParams(url.c_str(), DocumentIdOf(uid).c_str(), nullptr, false);
+  return plain.empty() ? uid : plain;
+}
+
 // What was kept is no checkout any more: it was checked in or undone by other means.
 [[nodiscard]] Failure LostCheckout(const PutTarget& target) {
   return Unsent("the checkout " + target.address + " that is kept here does not stand any more",
-                "\"vtdirect verify '" + target.address + "'\" tells what stands, and renews it if it can");
+                CommandToType("verify", target.address) + " tells what stands, and renews it if it can");
 }
 
 [[nodiscard]] std::optional<Failure> SettleByStatus(Host& host, VtCheckoutStatus status,
@@ -75,12 +94,15 @@ using VtDirectManager::VtCheckoutStatus;
   switch (status) {
     case VtDirectManager::CheckoutNone:
     case VtDirectManager::CheckoutUnsupported:
+      if (kept) return LostCheckout(target);
       target.action = PutTarget::Action::Iterate;
-      return kept ? std::optional(LostCheckout(target)) : std::nullopt;
+      target.address = WithoutWorkspace(target.address);
+      return std::nullopt;
     case VtDirectManager::CheckoutInTempWorkspace:
     case VtDirectManager::CheckoutInWorkspace:
-      // A store needs the workspace, which the id alone of a working copy, or of what it was taken from, does
-      // not tell.
+      // A store needs the workspace, which the id alone of a working copy does not tell. What the copy was
+      // taken from stands in none.
+      target.address = WithWorkspace(target.address);
       if (!HasWorkspace(target.address)) return CheckedOutElsewhere(target);
       target.action = PutTarget::Action::Store;
       target.temporary = status == VtDirectManager::CheckoutInTempWorkspace;
@@ -114,10 +136,13 @@ std::optional<Failure> SettlePutTarget(Host& host, const PutRequest& request, Pu
   const bool byId = IsById(request.address, request.kind);
   target.address = request.address;
   if (!byId && target.address.ends_with('/')) target.address += EscapedName(BaseNameOf(request.content.path));
+  if (auto failure = RequireName(target.address)) return failure;
   if (!byId) {
     if (auto failure = RequirePlaceForDocuments(target.address)) return failure;
   }
+  ForgetTracedErrors();
   const std::string uid = UidToGoOnWith(host, target.address);
+  target.miss = FirstTracedError();
   if (uid.empty()) return SettleCreation(host, request, target);
   target.address = uid;
   return SettleExisting(host, target);

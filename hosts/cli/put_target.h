@@ -17,6 +17,7 @@ struct PutTarget {
   };
   Action action = Action::Create;
   std::string address;     ///< what the library is given: the path of a new document, or a UID
+  std::string miss;        ///< what the library traces, again and again, of a document that is not there yet
   bool temporary = false;  ///< the working copy stands in a temporary workspace
 };
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "hosts/cli/progress_line.h"
+#include "hosts/cli/storing_failure.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -42,9 +43,10 @@ class CopyCheck {
 
 // What a signal leaves, once the server has all it needs.
 [[nodiscard]] std::string UnknownEnd(const PutRequest& request, const PutTarget& target) {
-  return "the file was sent, and whether the server has stored it is not known; \"vtdirect " +
-         std::string(target.action == PutTarget::Action::Store ? "verify" : "info") + " '" +
-         (target.action == PutTarget::Action::Create ? target.address : request.address) + "'\" tells";
+  const bool isNew = target.action == PutTarget::Action::Create;
+  const char* const command = target.action == PutTarget::Action::Store ? "verify" : "info";
+  return "the file was sent, and whether the server has stored it is not known; " +
+         CommandToType(command, isNew ? target.address : request.address) + " tells";
 }
 
 [[nodiscard]] VtDirectManager::ProgressCallback ProgressOf(const PutRequest& request, const PutTarget& target,
@@ -103,7 +105,7 @@ PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& tar
   ProgressLine line(width == 0 ? nullptr : &std::cerr, request.content.path, width);
   CopyCheck check(request);
   report.Tell("nothing was stored");
-  ForgetTracedErrors();
+  ForgetTracedErrors(target.miss);
   Send(request, target, links, ProgressOf(request, target, report, check, line, outcome), outcome);
   line.Clear();
   return outcome;

@@ -17,6 +17,7 @@ struct Log {
   std::string levels;
   std::ostream* err = nullptr;
   std::string firstError;
+  std::string expectedError;
 };
 
 // The library's trace handler is one for the process, and may still be called while the process ends.
@@ -37,7 +38,10 @@ Log& TheLog() {
 void Take(const char* name, dp::TraceType type, const std::string& text) {
   Log& log = TheLog();
   const std::lock_guard lock(log.mutex);
-  if (type == dp::TraceType::Error && log.firstError.empty()) log.firstError = FirstLine(text);
+  if (type == dp::TraceType::Error && log.firstError.empty()) {
+    log.firstError = FirstLine(text);
+    if (log.firstError == log.expectedError) log.firstError.clear();
+  }
   const char level = static_cast<char>('0' + static_cast<int>(type));
   if (log.err == nullptr || log.levels.find(level) == std::string::npos) return;
   *log.err << "trace " << level << ' ' << name << ": " << Printable(WithoutLineEnd(text)) << std::endl;
@@ -65,9 +69,10 @@ std::string FirstTracedError() {
   return TheLog().firstError;
 }
 
-void ForgetTracedErrors() {
+void ForgetTracedErrors(const std::string& expected) {
   const std::lock_guard lock(TheLog().mutex);
   TheLog().firstError.clear();
+  TheLog().expectedError = expected;
 }
 
 }  // namespace vtdirect_cli

@@ -18,6 +18,7 @@ void StartTraceLog(const std::string& levels, std::ostream& err);
 [[nodiscard]] std::string FirstTracedError();
 
 /// Forgets what FirstTracedError gives.
-void ForgetTracedErrors();
+/// @param expected  a line that is known to come again, and counts for nothing from now on
+void ForgetTracedErrors(const std::string& expected = {});
 
 }  // namespace vtdirect_cli

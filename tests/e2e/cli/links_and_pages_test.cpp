@@ -78,6 +78,7 @@ TEST_F(LinksAndPages, GiveThePageThatEditsTheAttributesOfAWorkingCopy) {
                           "MULTIEDITATTR&oid=D1026&wsName=Anna%27s%20bench&wscontext=1\n";
   EXPECT_EQ(Run({"edit-url", kBench + "crank.lxz"}).out, url);
   EXPECT_EQ(Run({"edit-url", server().Uid("D1026|W301")}).out, url);
+  EXPECT_EQ(Run({"edit-url", server().Uid("D1026")}).out, url);
 }
 
 TEST_F(LinksAndPages, TellWhyThereAreNoAttributesToEdit) {

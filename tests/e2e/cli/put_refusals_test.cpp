@@ -72,6 +72,15 @@ TEST_F(PutRefusal, OfACallThatCannotBeMeantComesWithoutARequest) {
   EXPECT_EQ(server().Log(), "");
 }
 
+TEST_F(PutRefusal, OfANameThatIsNoTextComesWithoutARequest) {
+  WriteFile(Here("bad\xff.lxz"), "content");
+  EXPECT_EQ(
+      Refuse({"bad\xff.lxz", kFrame}, 2),
+      "vtdirect: no document can be called bad\\xFF.lxz: its name is no UTF-8; name the document behind the "
+      "folder's path\n");
+  EXPECT_EQ(server().Log(), "");
+}
+
 TEST_F(PutRefusal, OfALinkThatLeadsNowhereComesBeforeTheFileIsSent) {
   EXPECT_THAT(Refuse({"f", kFrame, "--link", "a=" + kFrame + "none.lxz"}, 6),
               HasSubstr("the link a: not found: " + kFrame + "none.lxz"));

@@ -272,6 +272,31 @@ TEST_F(PutTest, StoresAllItCanIntoAWorkingCopyOfOnesOwnWorkspaceAndLeavesItCheck
   EXPECT_THAT(DocumentOf(server(), "D1016").bytes, StartsWith("FENLET DRAWING\n"));
 }
 
+TEST_F(PutTest, FindsTheWorkspaceOfAWorkingCopyThatIsNamedByItsIdAlone) {
+  Serve();
+  WriteFile(Here("f"), "content");
+  const ProcessResult result = Run({"put", "f", server().Uid("D1026")});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, server().Uid("D1026|W301") + "&file=/crank.lxz\n");
+  EXPECT_EQ(DocumentOf(server(), "D1026").bytes, "content");
+}
+
+TEST_F(PutTest, MakesANewIterationOfADocumentThatAWorkspaceHoldsWithoutACheckout) {
+  Serve();
+  WriteFile(Here("f"), "content");
+  const ProcessResult fork = Run({"put", "f", kBench + "fork.lxz"});
+  EXPECT_EQ(fork.status, 0) << fork.err;
+  EXPECT_EQ(DocumentOf(server(), IdIn(fork.out)).version, "B.2");
+  EXPECT_EQ(Content(kFrame + "fork.lxz"), "content");
+
+  // What a check-in in a workspace of one's own leaves is such a document too.
+  const ProcessResult checkedIn = Run({"put", "f", kBench + "crank.lxz", "--checkin"});
+  ASSERT_EQ(checkedIn.status, 0) << checkedIn.err;
+  const ProcessResult again = Run({"put", "f", checkedIn.out.substr(0, checkedIn.out.size() - 1)});
+  EXPECT_EQ(again.status, 0) << again.err;
+  EXPECT_EQ(DocumentOf(server(), IdIn(again.out)).version, "A.3");
+}
+
 TEST_F(PutTest, ReadsALinkOfTheDocumentThatCannotBeReadAsAReasonToStop) {
   Serve({"--fault", "GET *documents/D1002=404"});
   WriteFile(Here("fork.lxz"), "new fork");

@@ -1,0 +1,196 @@
+#include <gmock/gmock.h>
+
+#include "tests/e2e/cli/put_fixture.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::Pair;
+using testing::SizeIs;
+
+namespace vtdirect_test {
+namespace {
+
+const std::string kFrame = "//sim/Products/Trekking Bike/Folders/Frame/";
+const std::string kFramePath = kFrame + "frame.lxz";
+
+}  // namespace
+
+/// Stores into a checkout in a temporary workspace, which the program keeps.
+class PutIntoCheckout : public PutTest {
+ protected:
+  void Checkout(const std::string& address, const std::vector<std::string>& options = {}) {
+    Serve(options);
+    WriteFile(Here("f"), "content");
+    WriteFile(Here("view"), "viewable");
+    WriteFile(Here("meta"), "metadata");
+    const ProcessResult result = Run({"checkout", address});
+    ASSERT_EQ(result.status, 0) << result.err;
+    copy_ = result.out.substr(0, result.out.size() - 1);
+  }
+
+  [[nodiscard]] std::string Book() const { return ReadFile(Home(".local/state/vtdirect/checkouts")); }
+  /// The id of the working copy: the third of "document|workspace|copy|T".
+  [[nodiscard]] std::string CopyId() const {
+    const std::size_t second = copy_.find('|', copy_.find('|') + 1);
+    return copy_.substr(second + 1, copy_.find('|', second + 1) - second - 1);
+  }
+
+  std::string copy_;  ///< UID of the working copy
+};
+
+TEST_F(PutIntoCheckout, LeavesItCheckedOutUnlessToldToCheckIn) {
+  Checkout(kFramePath);
+  const ProcessResult stored = Run({"put", "f", kFramePath});
+  EXPECT_EQ(stored.status, 0) << stored.err;
+  EXPECT_EQ(stored.out, copy_ + "\n");
+  EXPECT_EQ(DocumentOf(server(), CopyId()).bytes, "content");
+  EXPECT_EQ(DocumentOf(server(), "D1002").checkedOutBy, "anna");
+  EXPECT_THAT(Book(), HasSubstr(CopyId()));
+
+  WriteFile(Here("f"), "second content");
+  const ProcessResult again = Run({"put", "f", server().Uid("D1002"), "--language", "de"});
+  EXPECT_EQ(again.out, copy_ + "\n");
+
+  WriteFile(Here("f"), "third content");
+  const ProcessResult checkedIn = Run({"put", "f", kFrame + "frame.lxz", "--checkin", "--json"});
+  EXPECT_EQ(checkedIn.status, 0) << checkedIn.err;
+  EXPECT_THAT(checkedIn.out, HasSubstr("\"checked_in\":true,\"checkout\":\"none\"}"));
+  const ServerDocument document = DocumentOf(server(), IdIn(checkedIn.out));
+  EXPECT_EQ(document.version, "A.4");
+  EXPECT_EQ(document.bytes, "third content");
+  EXPECT_EQ(document.attributes.at("ZVK_DD_LANGUAGE"), "de");
+  EXPECT_EQ(document.checkedOutBy, "");
+  EXPECT_THAT(Book(), Not(HasSubstr(CopyId())));
+  EXPECT_EQ(Content(kFramePath), "third content");
+}
+
+TEST_F(PutIntoCheckout, WantsTheCheckInToBeAskedForWhereItCannotBeLeftOut) {
+  Checkout(kFramePath);
+  const std::string before = server().Log();
+  for (const std::vector<std::string>& options :
+       {std::vector<std::string>{"--viewable", "view"}, std::vector<std::string>{"--metadata", "meta"},
+        std::vector<std::string>{"--link", "gear=" + server().Uid("D1003")},
+        std::vector<std::string>{"--link", "gone="}}) {
+    std::vector<std::string> words = {"put", "f", kFramePath};
+    words.insert(words.end(), options.begin(), options.end());
+    const ProcessResult result = Run(words);
+    EXPECT_EQ(result.status, 1) << options.front();
+    EXPECT_THAT(result.err, HasSubstr("nothing was sent; give --checkin as well"));
+  }
+  EXPECT_THAT(server().Log().substr(before.size()), Not(HasSubstr("\"POST\"")));
+  EXPECT_EQ(DocumentOf(server(), "D1002").checkedOutBy, "anna");
+}
+
+TEST_F(PutIntoCheckout, StoresAllThereIsTogetherWithTheCheckIn) {
+  Checkout(kFramePath);
+  const ProcessResult result =
+      Run({"put", "f", kFramePath, "--viewable", "view", "--metadata", "meta", "--language", "de", "--link",
+           "gear=" + server().Uid("D1003"), "--checkin"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.err, HasSubstr(", and checked in\n"));
+  const ServerDocument document = DocumentOf(server(), IdIn(result.out));
+  EXPECT_EQ(document.version, "A.4");
+  EXPECT_EQ(document.bytes, "content");
+  ASSERT_THAT(document.secondary, SizeIs(2));
+  EXPECT_EQ(document.secondary[0].bytes, "viewable");
+  EXPECT_EQ(document.secondary[1].bytes, "metadata");
+  EXPECT_EQ(document.attributes.at("ZVK_DD_LANGUAGE"), "de");
+  EXPECT_THAT(document.sources, ElementsAre(Pair("gear", "D1003")));
+  EXPECT_EQ(document.checkedOutBy, "");
+  EXPECT_THAT(Book(), Not(HasSubstr(CopyId())));
+}
+
+TEST_F(PutIntoCheckout, KeepsTheLinksOfADocumentThatHasSome) {
+  Checkout(kFrame + "fork.lxz");
+  EXPECT_THAT(Run({"put", "f", kFrame + "fork.lxz"}).err, HasSubstr("give --checkin as well"));
+  const ProcessResult result = Run({"put", "f", kFrame + "fork.lxz", "--checkin"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  const ServerDocument document = DocumentOf(server(), IdIn(result.out));
+  EXPECT_EQ(document.bytes, "content");
+  EXPECT_THAT(document.sources, ElementsAre(Pair("frame.lxz", "D1002")));
+  EXPECT_EQ(document.attributes.at("ZVK_DD_PAINT"), "Nachtblau");
+}
+
+TEST_F(PutIntoCheckout, OfAnotherKindStoresTheContentAlone) {
+  Checkout(kFramePath);
+  const ProcessResult result = Run({"put", "f", kFramePath, "--kind", "general"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, copy_ + "\n");
+  EXPECT_EQ(DocumentOf(server(), CopyId()).bytes, "content");
+}
+
+TEST_F(PutIntoCheckout, ThatFailsAtTheStoreLeavesTheCheckout) {
+  Checkout(kFramePath, {"--fault", "POST */store=503*1"});
+  const ProcessResult failed = Run({"put", "f", kFramePath, "--checkin"});
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_THAT(failed.err, HasSubstr("storing into the working copy " + copy_ + " from f failed"));
+  EXPECT_THAT(failed.err, HasSubstr("; you still have it checked out, and whether the file is stored"));
+  EXPECT_EQ(DocumentOf(server(), "D1002").checkedOutBy, "anna");
+  EXPECT_EQ(Run({"put", "f", kFramePath, "--checkin"}).status, 0);
+  EXPECT_EQ(Content(kFramePath), "content");
+}
+
+TEST_F(PutIntoCheckout, ThatFailsAtTheCheckInLeavesTheStoredCopy) {
+  Checkout(kFramePath, {"--fault", "POST */checkin=503*1"});
+  const ProcessResult failed = Run({"put", "f", kFramePath, "--checkin"});
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_THAT(failed.err, HasSubstr("the file is stored in the working copy " + copy_));
+  EXPECT_EQ(DocumentOf(server(), CopyId()).bytes, "content");
+  EXPECT_THAT(Book(), HasSubstr(CopyId()));
+  EXPECT_EQ(Run({"checkin", kFramePath}).status, 0);
+  EXPECT_EQ(Content(kFramePath), "content");
+}
+
+TEST_F(PutIntoCheckout, ThatFailsAtACheckInThatCannotBeToldFromTheStoreSaysSo) {
+  Checkout(kFramePath, {"--fault", "POST */checkin=503*1"});
+  const ProcessResult failed = Run({"put", "f", kFramePath, "--checkin", "--viewable", "view"});
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_THAT(failed.err,
+              HasSubstr("; you still have it checked out, and whether the file is stored in it is "
+                        "not known, checked in it is not; the same command can be given again"));
+  EXPECT_EQ(Run({"put", "f", kFramePath, "--checkin", "--viewable", "view"}).status, 0);
+  EXPECT_EQ(Content(kFramePath), "content");
+}
+
+// The server checks in, and its answer is lost.
+TEST_F(PutIntoCheckout, WhoseCheckInWasNotConfirmedSaysThatItIsCheckedInNow) {
+  Checkout(kFramePath, {"--fault", "POST */checkin=cut:10"});
+  const ProcessResult together = Run({"put", "f", kFramePath, "--checkin", "--viewable", "view"});
+  EXPECT_EQ(together.status, 1);
+  EXPECT_THAT(together.err,
+              HasSubstr("it is not checked out any more, so it was checked in, and only the answer may "
+                        "have been lost; "));
+  EXPECT_EQ(Content(kFramePath), "content");
+}
+
+TEST_F(PutIntoCheckout, WhoseSeparateCheckInWasNotConfirmedSaysThatItIsNotCheckedOut) {
+  Checkout(kFramePath, {"--fault", "POST */checkin=cut:10"});
+  const ProcessResult apart = Run({"put", "f", kFramePath, "--checkin"});
+  EXPECT_EQ(apart.status, 1);
+  EXPECT_THAT(apart.err, HasSubstr("it is not seen to be checked out any more; "));
+  EXPECT_EQ(Content(kFramePath), "content");
+}
+
+TEST_F(PutIntoCheckout, ThatHasEndedElsewhereIsRefused) {
+  Checkout(kFramePath);
+  environment_["XDG_STATE_HOME"] = Home("elsewhere");
+  ASSERT_EQ(Run({"undo", copy_}).status, 0);
+  environment_.erase("XDG_STATE_HOME");
+  const ProcessResult result = Run({"put", "f", kFramePath});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("the checkout " + copy_ +
+                                    " that is kept here does not stand any more; nothing "
+                                    "was sent"));
+}
+
+TEST_F(PutIntoCheckout, TellsItsLinksAndThePageThatEditsItsAttributes) {
+  Checkout(kFrame + "fork.lxz");
+  EXPECT_EQ(Run({"links", kFrame + "fork.lxz"}).out,
+            "frame.lxz\t" + server().Uid("D1002") + "&file=/frame.lxz\n");
+  const ProcessResult page = Run({"edit-url", kFrame + "fork.lxz"});
+  EXPECT_EQ(page.status, 0) << page.err;
+  EXPECT_THAT(page.out, HasSubstr("action=MULTIEDITATTR&oid=D1001&wsName=FenloomTMP"));
+}
+
+}  // namespace vtdirect_test
