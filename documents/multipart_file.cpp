@@ -13,8 +13,9 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 constexpr std::string_view boundary = "xxxxxxxxxxxxxxxxxxx-Fenloom-VtDirect-Upload-Boundary";
-/// Fits into a processor's nearest large cache, out of which the second half of the copy is taken.
-constexpr std::size_t copyBufferSize = 256 * 1024;
+/// Fits into a processor's large caches, out of which the second half of the copy is taken. Measured: half as
+/// much and twice as much are both slower.
+constexpr std::size_t copyBufferSize = 1024 * 1024;
 
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
