@@ -110,7 +110,7 @@ const std::map<std::string, Names>& OwnersOfLibraries() {
   static const std::map<std::string, Names> table{
       {"rapidjson/",
        {"connection", "documents", "translation", "browsing", "platform", "simulator", "hosts/cli"}},
-      {"expat", {"connection"}},
+      {"expat", {"connection", "hosts/cli"}},
       {"curl/", {"platform"}},
       {"httplib", {"simulator"}},
       {"sqlite3", {"simulator"}},
