@@ -29,50 +29,16 @@ TEST(Options, DefaultsNeedADataDirectoryAlone) {
   EXPECT_EQ(line.options->xliff_folder, XliffFolder::kCabinet);
   EXPECT_EQ(line.options->page_size, 10'000U);
   EXPECT_FALSE(line.options->page_port);
+  EXPECT_EQ(line.options->upload_port, 0);
+  EXPECT_FALSE(line.options->old_creation_factory);
   EXPECT_FALSE(line.options->gateway_escapes);
 }
 
-TEST(Options, AllAreRead) {
-  const auto line = Parse({"--port",
-                           "0",
-                           "--data",
-                           "d",
-                           "--seed",
-                           "bulk:250",
-                           "--user",
-                           "a:p:w",
-                           "--user",
-                           "b:",
-                           "--generation",
-                           "schema4",
-                           "--version",
-                           "11.0.30.7",
-                           "--latency",
-                           "15",
-                           "--codebase-url",
-                           "http://h/x//",
-                           "--prefix",
-                           "vt/",
-                           "--max-upload",
-                           "0",
-                           "--log",
-                           "l",
-                           "--fault",
-                           "GET /a=500",
-                           "--fault",
-                           "GET /b=stall",
-                           "--page-size",
-                           "25",
-                           "--page-port",
-                           "0",
-                           "--gateway-escapes",
-                           "--without-translation",
-                           "--without-preference",
-                           "CABINET_OID",
-                           "--without-preference",
-                           "UPLOAD_SOFT_TYPE",
-                           "--xliff-folder",
-                           "path"});
+TEST(Options, ThoseOfTheServerAreRead) {
+  const auto line = Parse({"--port",       "0",        "--data",    "d",         "--seed",
+                           "bulk:250",     "--user",   "a:p:w",     "--user",    "b:",
+                           "--generation", "schema4",  "--version", "11.0.30.7", "--codebase-url",
+                           "http://h/x//", "--prefix", "vt/",       "--log",     "l"});
   ASSERT_TRUE(line.options) << line.text;
   const Options& options = *line.options;
   EXPECT_EQ(options.port, 0);
@@ -87,14 +53,46 @@ TEST(Options, AllAreRead) {
   EXPECT_EQ(options.version.minor, 0U);
   EXPECT_EQ(options.version.service_pack, 30U);
   EXPECT_EQ(options.version.cps, 7U);
-  EXPECT_EQ(options.latency_milliseconds, 15U);
   EXPECT_EQ(options.codebase_url, "http://h/x");
   EXPECT_EQ(options.prefix, "/vt");
-  EXPECT_EQ(options.max_upload_bytes, 0U);
   EXPECT_EQ(options.log_file, "l");
+}
+
+TEST(Options, ThoseOfItsAnswersAreRead) {
+  const auto line = Parse({"--data",
+                           "d",
+                           "--latency",
+                           "15",
+                           "--max-upload",
+                           "0",
+                           "--fault",
+                           "GET /a=500",
+                           "--fault",
+                           "GET /b=stall",
+                           "--page-size",
+                           "25",
+                           "--page-port",
+                           "0",
+                           "--upload-port",
+                           "4711",
+                           "--old-creation-factory",
+                           "--gateway-escapes",
+                           "--without-translation",
+                           "--without-preference",
+                           "CABINET_OID",
+                           "--without-preference",
+                           "UPLOAD_SOFT_TYPE",
+                           "--xliff-folder",
+                           "path"});
+  ASSERT_TRUE(line.options) << line.text;
+  const Options& options = *line.options;
+  EXPECT_EQ(options.latency_milliseconds, 15U);
+  EXPECT_EQ(options.max_upload_bytes, 0U);
   EXPECT_EQ(options.faults.size(), 2U);
   EXPECT_EQ(options.page_size, 25U);
   EXPECT_EQ(options.page_port, 0);
+  EXPECT_EQ(options.upload_port, 4711);
+  EXPECT_TRUE(options.old_creation_factory);
   EXPECT_TRUE(options.gateway_escapes);
   EXPECT_FALSE(options.translation);
   EXPECT_EQ(options.missing_preferences, (std::vector<std::string>{"CABINET_OID", "UPLOAD_SOFT_TYPE"}));
