@@ -1,4 +1,4 @@
-#include "tests/wire/storing/path_search.h"
+#include "tests/wire/checkout/front_walk.h"
 
 // Every request of every exported checkout operation, and of the questions about one, fails in every way.
 namespace vtdirect_test {
@@ -40,22 +40,8 @@ const std::string namelessVersionsLine = Get(documentsPath + "//versions?context
 const TraceLine created = Miss("Created temporary workspace W77\n");
 const TraceLine notDeleted = Error("Failed to delete temporary workspace W77\n");
 
-class CheckoutFrontFailures : public ListedServerTest {
+class CheckoutFrontFailures : public FrontWalkTest {
  protected:
-  ~CheckoutFrontFailures() override {
-    EXPECT_EQ(transport.unanswered(), 0u) << "answers that nobody asked for";
-    EXPECT_THAT(directory.Entries(), testing::IsEmpty()) << "files left behind";
-  }
-  void Walk(const std::vector<Step>& steps, const std::function<std::string()>& run, std::size_t first = 0) {
-    WalkFailuresFrom(
-        first, transport, trace, steps, [this] { return directory.Entries(); },
-        [&] {
-          // A server object that remembers nothing.
-          UpdateServerList({});
-          UpdateServerList({{"plm", plmUrl}});
-          return run();
-        });
-  }
   // The requests behind the reading of the document, as they go without a failure.
   static Ending Rest(const std::vector<Step>& steps, std::size_t from, const std::string& result,
                      const Traces& traces) {

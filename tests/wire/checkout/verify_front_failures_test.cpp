@@ -1,4 +1,4 @@
-#include "tests/wire/storing/path_search.h"
+#include "tests/wire/checkout/front_walk.h"
 
 // Every request of an exported verification, and of the pages of a document, fails in every way.
 namespace vtdirect_test {
@@ -50,21 +50,8 @@ std::string Text(VtCheckoutStatus status, const std::string& uid) {
 }
 const std::string lost = Text(CheckoutStatusFailed, "");
 
-class VerifyFrontFailures : public ListedServerTest {
+class VerifyFrontFailures : public FrontWalkTest {
  protected:
-  ~VerifyFrontFailures() override {
-    EXPECT_EQ(transport.unanswered(), 0u) << "answers that nobody asked for";
-    EXPECT_THAT(directory.Entries(), testing::IsEmpty()) << "files left behind";
-  }
-  void Walk(const std::vector<Step>& steps, const std::function<std::string()>& run, std::size_t first = 0) {
-    WalkFailuresFrom(
-        first, transport, trace, steps, [this] { return directory.Entries(); },
-        [&] {
-          UpdateServerList({});
-          UpdateServerList({{"plm", plmUrl}});
-          return run();
-        });
-  }
   static std::string Verify(const std::string& address) {
     std::string uid = "before";
     const VtCheckoutStatus status = VerifyCheckout(address.c_str(), uid);
