@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <functional>
 
 #include "hosts/cli/address.h"
+#include "hosts/cli/environment.h"
 #include "hosts/cli/local_text_file.h"
 #include "hosts/cli/state_file.h"
 
@@ -29,11 +29,6 @@ struct Book {
   std::vector<Line> lines;
   std::string fault;
 };
-
-[[nodiscard]] std::string Environment(const char* name) {
-  const char* const value = std::getenv(name);
-  return value == nullptr ? "" : value;
-}
 
 [[nodiscard]] std::string Now() {
   const std::time_t now = std::time(nullptr);

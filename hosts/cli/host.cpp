@@ -6,9 +6,9 @@
 
 #include <cerrno>
 #include <charconv>
-#include <cstdlib>
 #include <cstring>
 
+#include "hosts/cli/environment.h"
 #include "hosts/cli/local_text_file.h"
 
 namespace vtdirect_cli {
@@ -24,11 +24,6 @@ Host* theHost = nullptr;
 
 bool AnswerDemand(const char* url) {
   return theHost != nullptr && theHost->Authenticate(url == nullptr ? "" : url);
-}
-
-[[nodiscard]] std::string Environment(const char* name) {
-  const char* const value = std::getenv(name);
-  return value == nullptr ? "" : value;
 }
 
 [[nodiscard]] std::optional<Failure> ReadSeconds(const Arguments& arguments, const std::string& option,

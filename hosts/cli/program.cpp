@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "hosts/cli/command_line.h"
+#include "hosts/cli/environment.h"
 #include "hosts/cli/generated_texts.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
@@ -32,8 +33,7 @@ void BoundTheFolderScan() {
 
 [[nodiscard]] std::string TraceLevels(const Arguments& arguments) {
   if (arguments.Has("trace")) return arguments.Text("trace");
-  const char* const levels = std::getenv("FENLOOM_TRACE");
-  return levels == nullptr ? "" : levels;
+  return Environment("FENLOOM_TRACE");
 }
 
 [[nodiscard]] ExitCode RunCommand(const CommandRow& command, const Arguments& arguments, Output& output) {

@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <filesystem>
 
+#include "hosts/cli/environment.h"
+
 namespace vtdirect_cli {
 namespace {
 
@@ -16,9 +18,8 @@ void Remove(const std::string& path) {
 }  // namespace
 
 std::unique_ptr<WorkDirectory> WorkDirectory::Create(int* error) {
-  const char* const parent = std::getenv("TMPDIR");
-  std::string pattern =
-      (parent != nullptr && *parent != '\0' ? std::string(parent) : "/tmp") + "/vtdirect-XXXXXX";
+  const std::string parent = Environment("TMPDIR");
+  std::string pattern = (parent.empty() ? "/tmp" : parent) + "/vtdirect-XXXXXX";
   const InterruptionHold hold;
   if (mkdtemp(pattern.data()) == nullptr) {
     *error = errno;
