@@ -50,9 +50,12 @@ struct Accident {
   const char* name;
 };
 
-constexpr Accident kAccidents[] = {{"503*1", "RefusedOnce"},
-                                   {"503", "Refused"},
+// A sanitized program takes long to start, and each accident starts hundreds. The other build knows all four.
+constexpr Accident kAccidents[] = {{"503", "Refused"},
+#ifndef __SANITIZE_ADDRESS__
+                                   {"503*1", "RefusedOnce"},
                                    {"drop*1", "NotAnswered"},
+#endif
                                    {"cut:1*1", "DoneAndAnsweredInPart"}};
 
 }  // namespace
