@@ -1,6 +1,8 @@
 #include "hosts/cli/program.h"
 
+#include <fcntl.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -16,6 +18,15 @@
 
 namespace vtdirect_cli {
 namespace {
+
+// The first file or connection that is opened would take the place of a closed standard descriptor, and get
+// what is written there. What takes it now refuses to be read, or to be written, as a closed one does.
+void KeepStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) != -1 || errno != EBADF) continue;
+    static_cast<void>(open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+  }
+}
 
 // A closed pipe and a file that may not grow are failures to be reported, after which temporary files go, and
 // no reason to drop dead.
@@ -75,6 +86,7 @@ void BoundTheFolderScan() {
 }  // namespace
 
 int RunProgram(int argc, const char* const* argv) {
+  KeepStandardDescriptors();
   TurnSignalsIntoErrors();
   BoundTheFolderScan();
   WatchForInterruption();

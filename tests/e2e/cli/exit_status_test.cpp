@@ -122,6 +122,20 @@ TEST_F(VtDirect, Gives8WhenStandardOutputIsFull) {
   EXPECT_EQ(Run({"servers"}).status, 8);
 }
 
+// Nothing else that the program opens may take its place and get what is printed.
+TEST_F(VtDirect, Gives8WhenStandardOutputIsClosed) {
+  Serve();
+  for (const std::vector<std::string>& command :
+       {std::vector<std::string>{"info", server().Uid("D1001")}, {"get", server().Uid("D1001"), "-o", "-"}}) {
+    std::vector<std::string> words = {"/bin/sh",        "-c",       "exec \"$0\" \"$@\" >&-",
+                                      VTDIRECT_PROGRAM, "--server", "sim=" + server().url()};
+    words.insert(words.end(), command.begin(), command.end());
+    const ProcessResult result = Process(words, {environment_, Here("."), {}, 0}).Wait();
+    EXPECT_EQ(result.status, 8) << command.front();
+    EXPECT_EQ(result.err, "vtdirect: cannot write standard output: Bad file descriptor\n");
+  }
+}
+
 TEST_F(VtDirect, Gives9ForAServerThatIsNotListedWithoutAnyRequest) {
   Serve();
   for (const char* command : {"get", "info", "uid"}) {
