@@ -1,5 +1,7 @@
+#include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <exception>
@@ -13,6 +15,14 @@
 namespace {
 
 constexpr int kExitFailed = 1;
+
+/// A file or connection would take the place of a closed standard descriptor, and get the lines that are
+/// printed.
+void KeepStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) == -1) static_cast<void>(open("/dev/null", O_RDWR));
+  }
+}
 
 sigset_t StopSignals() {
   sigset_t signals;
@@ -53,6 +63,7 @@ int Serve(vantry_sim::Options options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  KeepStandardDescriptors();
   vantry_sim::CommandLine line = vantry_sim::ParseCommandLine(argc, argv);
   if (!line.options) {
     std::fputs(line.text.c_str(), line.exit_code == 0 ? stdout : stderr);

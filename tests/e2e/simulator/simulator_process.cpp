@@ -11,7 +11,7 @@
 
 namespace vantry_sim {
 
-Process::Process(const std::vector<std::string>& arguments) {
+Process::Process(const std::vector<std::string>& arguments, bool closed_output) {
   int ends[2];
   EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
   std::vector<char*> argv{const_cast<char*>(VANTRY_SIM_PROGRAM)};
@@ -20,6 +20,7 @@ Process::Process(const std::vector<std::string>& arguments) {
   id_ = fork();
   if (id_ == 0) {
     dup2(ends[1], STDOUT_FILENO);
+    if (closed_output) close(STDOUT_FILENO);
     execv(argv[0], argv.data());
     _exit(127);
   }

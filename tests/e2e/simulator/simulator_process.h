@@ -12,7 +12,8 @@ namespace vantry_sim {
 /// A started vantry-sim with its standard output. Killed at the end if it still runs.
 class Process {
  public:
-  explicit Process(const std::vector<std::string>& arguments);
+  /// @param closed_output  it has no standard output at all
+  explicit Process(const std::vector<std::string>& arguments, bool closed_output = false);
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
   ~Process();

@@ -35,6 +35,16 @@ TEST_F(SimulatorProcess, SignalRightAfterTheReadyLineIsHeeded) {
   }
 }
 
+// Else the ready line goes into the first file that is opened.
+TEST_F(SimulatorProcess, WithoutStandardOutputWritesItsReadyLineNowhere) {
+  const std::filesystem::path log = directory_ / "log";
+  Process process(Arguments({"--log", log}), true);
+  for (int tries = 0; tries < 1000 && !std::filesystem::exists(log); ++tries) usleep(10'000);
+  process.Signal(SIGTERM);
+  EXPECT_EQ(process.Wait(), 0);
+  EXPECT_EQ(std::filesystem::file_size(log), 0U);
+}
+
 TEST_F(SimulatorProcess, KilledServerKeepsWhatItHolds) {
   std::string before;
   {
