@@ -15,6 +15,8 @@ namespace {
 struct IdFields {
   std::string server;
   std::array<std::string, 4> field;
+  std::size_t start = 0;  // where the id stands in the UID
+  std::size_t length = 0;
 };
 
 [[nodiscard]] bool NeedsEscape(char c) {
@@ -77,7 +79,9 @@ struct IdFields {
   if (start == std::string_view::npos) start = uid.find("&id=");
   if (start == std::string_view::npos) return out;
   out.server = uid.substr(0, uid.find('?'));
-  const std::string_view id = uid.substr(start + 4, uid.find('&', start + 4) - start - 4);
+  out.start = start + 4;
+  const std::string_view id = uid.substr(out.start, uid.find('&', out.start) - out.start);
+  out.length = id.size();
   const auto fields = Split(id, '|');
   for (std::size_t i = 0; i < out.field.size() && i < fields.size(); ++i) out.field[i] = fields[i];
   return out;
@@ -120,6 +124,12 @@ bool LeadsTo(const KeptCheckout& checkout, const std::string& uid) {
 
 bool IsTemporaryCopy(const std::string& uid) {
   return !FieldsOf(uid).field[2].empty();
+}
+
+std::string ByOwnId(const std::string& uid) {
+  if (!IsTemporaryCopy(uid)) return uid;
+  const IdFields id = FieldsOf(uid);
+  return std::string(uid).replace(id.start, id.length, id.field[2] + "|" + id.field[1]);
 }
 
 bool HasWorkspace(const std::string& uid) {

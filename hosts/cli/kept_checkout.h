@@ -31,6 +31,10 @@ struct KeptCheckout {
 /// Whether the UID is that of a working copy in a temporary workspace, by its form.
 [[nodiscard]] bool IsTemporaryCopy(const std::string& uid);
 
+/// The UID of the working copy as one in a workspace of the user's own would have it: its own id and the
+/// workspace's. Of a UID in another form a copy.
+[[nodiscard]] std::string ByOwnId(const std::string& uid);
+
 /// Whether the UID names the workspace that its object stands in, which takes it to be checked in.
 [[nodiscard]] bool HasWorkspace(const std::string& uid);
 

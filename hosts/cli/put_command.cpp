@@ -44,9 +44,6 @@ struct Put {
   if (auto failure = ReadPutRequest(arguments, put.request)) return failure;
   if (auto failure = SettlePutTarget(host, put.request, put.target)) return failure;
   if (auto failure = SettleLinks(host, put.request, put.target, put.links)) return failure;
-  if (NeedsCheckIn(put.request, put.target, put.links) && !put.request.checkIn) {
-    return CheckInNeeded(put.target);
-  }
   if (Interrupted()) return InterruptedFailure();
   return std::nullopt;
 }
@@ -78,7 +75,7 @@ void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
   report.Tell("the file is stored; the UID to go on with is " + put.uid);
   put.state = ReadCheckoutState(put.uid);
   UpdateBook(host, put);
-  for (const std::string& name : MissingLinks(put.uid, put.links)) {
+  for (const std::string& name : MissingLinks(put.checkedIn ? put.uid : ByOwnId(put.uid), put.links)) {
     host.output().Warning("the document has no link " + name + ", though the server was told of it");
   }
 }
@@ -175,11 +172,7 @@ CommandRow PutCommand() {
       "into its working copy, as does the UID or the path of a working copy. A document that somebody else "
       "has "
       "checked out, or you by other means, is refused before anything is sent.\n\n"
-      "A store into a working copy leaves it checked out unless --checkin is given. A checkout in a "
-      "temporary "
-      "workspace takes a viewable, metadata and source links only together with its check-in, so --checkin "
-      "is "
-      "needed for them, and for a document that has source links.\n\n"
+      "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
       "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
       "that "
       "the server carries over. Metadata is of one iteration: without --metadata the new one has none. "

@@ -131,14 +131,6 @@ struct Standing {
 
 }  // namespace
 
-Failure CheckInNeeded(const PutTarget& target) {
-  return {
-      ExitCode::Failure,
-      target.address +
-          " is checked out in a temporary workspace, where a viewable, metadata and source links can only "
-          "be stored together with the check-in; nothing was sent; give --checkin as well"};
-}
-
 Failure PutCheckInFailure(Host& host, const std::string& uid) {
   std::string why = FirstTracedError();
   const auto server = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));

@@ -14,7 +14,4 @@ namespace vtdirect_cli {
 /// @param uid  the working copy's
 [[nodiscard]] Failure PutCheckInFailure(Host& host, const std::string& uid);
 
-/// The failure of a store that would need its check-in. Makes no request.
-[[nodiscard]] Failure CheckInNeeded(const PutTarget& target);
-
 }  // namespace vtdirect_cli

@@ -3,6 +3,7 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -27,6 +28,7 @@ namespace {
     return Failure{ExitCode::Usage, "the link " + name + " leads to " + address +
                                         ", which is on another server than the document; nothing was sent"};
   }
+  ForgetTracedErrors();
   if (VtDirectManager::FileExists(address.c_str())) return std::nullopt;
   Failure failure = Diagnose(host, address, true);
   failure.message = "the link " + name + ": " + failure.message + "; nothing was sent";
@@ -51,7 +53,7 @@ namespace {
 std::optional<Failure> SettleLinks(Host& host, const PutRequest& request, const PutTarget& target,
                                    SourceLinks& links) {
   if (request.type != VtDirectManager::FileTypeFenlet) return std::nullopt;
-  if (target.action != PutTarget::Action::Create) links = LinksOf(target.address);
+  if (target.action != PutTarget::Action::Create) links = LinksOf(target.before);
   if (auto failure = ApplyChanges(host, request, target, links)) return failure;
   for (const auto& [name, address] : links) {
     if (!address.empty()) continue;

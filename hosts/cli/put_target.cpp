@@ -145,7 +145,9 @@ std::optional<Failure> SettlePutTarget(Host& host, const PutRequest& request, Pu
   target.miss = FirstTracedError();
   if (uid.empty()) return SettleCreation(host, request, target);
   target.address = uid;
-  return SettleExisting(host, target);
+  if (auto failure = SettleExisting(host, target)) return failure;
+  target.before = target.temporary ? ByOwnId(target.address) : target.address;
+  return std::nullopt;
 }
 
 }  // namespace vtdirect_cli

@@ -72,12 +72,11 @@ class CopyCheck {
 
 void Send(const PutRequest& request, const PutTarget& target, const SourceLinks& links,
           const VtDirectManager::ProgressCallback& progress, PutOutcome& outcome) {
-  const char* const address = target.address.c_str();
   const char* const content = request.content.path.c_str();
   const auto status = StatusOf(outcome);
   if (HasContentAlone(request, links)) {
     // This form never checks in unasked.
-    static_cast<void>(VtDirectManager::Upload(request.type, address, content, status, progress,
+    static_cast<void>(VtDirectManager::Upload(request.type, target.address.c_str(), content, status, progress,
                                               request.language.c_str(), false));
     return;
   }
@@ -85,17 +84,18 @@ void Send(const PutRequest& request, const PutTarget& target, const SourceLinks&
   const std::string metadata = PathOf(request.metadata);
   const VtDirectManager::UploadFenletParams params{viewable.c_str(), metadata.c_str(), &links,
                                                    request.language.c_str()};
-  outcome.mayCheckInToo = target.temporary;
+  // This form checks a temporary checkout in, asked or not, which it knows by the form of its UID.
+  const bool byOwnId = target.temporary && !request.checkIn;
+  const std::string& address = byOwnId ? target.before : target.address;
+  outcome.mayCheckInToo = target.temporary && request.checkIn;
   // No task runner is registered, so the transfer is over when this returns.
-  static_cast<void>(VtDirectManager::UploadFenletAsync(address, content, params, status, progress, false));
+  static_cast<void>(
+      VtDirectManager::UploadFenletAsync(address.c_str(), content, params, status, progress, false));
   outcome.checkedIn = outcome.stored && outcome.mayCheckInToo;
+  if (byOwnId && outcome.stored) outcome.uid = target.address;
 }
 
 }  // namespace
-
-bool NeedsCheckIn(const PutRequest& request, const PutTarget& target, const SourceLinks& links) {
-  return target.temporary && (!HasContentAlone(request, links) || !request.links.empty());
-}
 
 PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& target, const SourceLinks& links,
                      InterruptionReport& report) {

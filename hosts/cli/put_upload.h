@@ -28,10 +28,6 @@ struct PutOutcome {
   [[nodiscard]] bool AllSent() const { return total > 0 && sent >= total; }
 };
 
-/// Whether these files can be stored into this working copy only together with its check-in: the library
-/// checks a temporary checkout in, asked or not, with everything but a lone content.
-[[nodiscard]] bool NeedsCheckIn(const PutRequest& request, const PutTarget& target, const SourceLinks& links);
-
 /// Sends the files and has them stored. Shows the progress; a signal cancels the transfer. Makes requests.
 [[nodiscard]] PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& target,
                                    const SourceLinks& links, InterruptionReport& report);

@@ -4,6 +4,7 @@
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::Not;
 using testing::Pair;
 using testing::SizeIs;
@@ -65,21 +66,69 @@ TEST_F(PutIntoCheckout, LeavesItCheckedOutUnlessToldToCheckIn) {
   EXPECT_EQ(Content(kFramePath), "third content");
 }
 
-TEST_F(PutIntoCheckout, WantsTheCheckInToBeAskedForWhereItCannotBeLeftOut) {
+TEST_F(PutIntoCheckout, StoresAllThereIsAndLeavesItCheckedOut) {
   Checkout(kFramePath);
-  const std::string before = server().Log();
-  for (const std::vector<std::string>& options :
-       {std::vector<std::string>{"--viewable", "view"}, std::vector<std::string>{"--metadata", "meta"},
-        std::vector<std::string>{"--link", "gear=" + server().Uid("D1003")},
-        std::vector<std::string>{"--link", "gone="}}) {
-    std::vector<std::string> words = {"put", "f", kFramePath};
-    words.insert(words.end(), options.begin(), options.end());
-    const ProcessResult result = Run(words);
-    EXPECT_EQ(result.status, 1) << options.front();
-    EXPECT_THAT(result.err, HasSubstr("nothing was sent; give --checkin as well"));
-  }
-  EXPECT_THAT(server().Log().substr(before.size()), Not(HasSubstr("\"POST\"")));
+  const std::string before = DocumentOf(server(), "D1002").bytes;
+  const ProcessResult stored = Run({"put", "f", kFramePath, "--viewable", "view", "--metadata", "meta",
+                                    "--language", "de", "--link", "gear=" + server().Uid("D1003")});
+  EXPECT_EQ(stored.status, 0) << stored.err;
+  EXPECT_EQ(stored.out, copy_ + "\n");
+  EXPECT_THAT(stored.err, Not(HasSubstr("warning")));
+  const ServerDocument copy = DocumentOf(server(), CopyId());
+  EXPECT_EQ(copy.bytes, "content");
+  ASSERT_THAT(copy.secondary, SizeIs(2));
+  EXPECT_EQ(copy.secondary[0].bytes, "viewable");
+  EXPECT_EQ(copy.secondary[1].bytes, "metadata");
+  EXPECT_THAT(copy.sources, ElementsAre(Pair("gear", "D1003")));
+  EXPECT_EQ(DocumentOf(server(), "D1002").bytes, before);
   EXPECT_EQ(DocumentOf(server(), "D1002").checkedOutBy, "anna");
+  EXPECT_THAT(Book(), HasSubstr("\t" + copy_ + "\t"));
+
+  const std::string checkedIn = Run({"checkin", kFramePath}).out;
+  const ServerDocument document = DocumentOf(server(), IdIn(checkedIn));
+  EXPECT_EQ(document.version, "A.4");
+  EXPECT_EQ(document.bytes, "content");
+  EXPECT_THAT(document.secondary, SizeIs(2));
+  EXPECT_THAT(document.sources, ElementsAre(Pair("gear", "D1003")));
+  EXPECT_EQ(document.checkedOutBy, "");
+}
+
+// What the document was when it was checked out does not count any more.
+TEST_F(PutIntoCheckout, KeepsTheLinksThatTheWorkingCopyHasByNow) {
+  Checkout(kFramePath);
+  ASSERT_EQ(Run({"put", "f", kFramePath, "--link", "gear=" + server().Uid("D1003")}).status, 0);
+  WriteFile(Here("f"), "second content");
+  EXPECT_EQ(Run({"put", "f", kFramePath}).out, copy_ + "\n");
+  EXPECT_EQ(DocumentOf(server(), CopyId()).bytes, "second content");
+  EXPECT_THAT(DocumentOf(server(), CopyId()).sources, ElementsAre(Pair("gear", "D1003")));
+  EXPECT_EQ(Run({"put", "f", kFramePath, "--link", "gear="}).out, copy_ + "\n");
+  EXPECT_THAT(DocumentOf(server(), CopyId()).sources, IsEmpty());
+  EXPECT_EQ(DocumentOf(server(), "D1002").checkedOutBy, "anna");
+}
+
+TEST_F(PutIntoCheckout, WithAViewableThatFailsAtTheStoreLeavesTheCheckout) {
+  Checkout(kFramePath, {"--fault", "POST */store=503*1"});
+  const ProcessResult failed = Run({"put", "f", kFramePath, "--viewable", "view"});
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_THAT(failed.err, HasSubstr("storing into the working copy " + copy_ + " from f failed"));
+  EXPECT_THAT(failed.err,
+              HasSubstr("; you still have it checked out, and whether the file is stored in it is "
+                        "not known; the same command can be given again"));
+  EXPECT_EQ(Run({"put", "f", kFramePath, "--viewable", "view"}).out, copy_ + "\n");
+}
+
+// The library asks a search whether it has a working copy before it. Without an answer it must not take the
+// copy for a document and iterate or check it in.
+TEST_F(PutIntoCheckout, WithAViewableThatIsNotSeenToBeACopyStoresNothing) {
+  Checkout(kFramePath, {"--fault", "GET *documents/search*=503"});
+  const ProcessResult failed = Run({"put", "f", kFramePath, "--viewable", "view"});
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_THAT(failed.err, HasSubstr("failed before the file was sent"));
+  EXPECT_THAT(failed.err, HasSubstr("you still have it checked out, and its content is as it was; the same"));
+  EXPECT_THAT(server().Log(), Not(HasSubstr("creationFactory")));
+  EXPECT_EQ(DocumentOf(server(), "D1002").checkedOutBy, "anna");
+  EXPECT_EQ(DocumentOf(server(), "D1002").version, "A.3");
+  EXPECT_THAT(Book(), HasSubstr("\t" + copy_ + "\t"));
 }
 
 TEST_F(PutIntoCheckout, StoresAllThereIsTogetherWithTheCheckIn) {
@@ -103,7 +152,8 @@ TEST_F(PutIntoCheckout, StoresAllThereIsTogetherWithTheCheckIn) {
 
 TEST_F(PutIntoCheckout, KeepsTheLinksOfADocumentThatHasSome) {
   Checkout(kFrame + "fork.lxz");
-  EXPECT_THAT(Run({"put", "f", kFrame + "fork.lxz"}).err, HasSubstr("give --checkin as well"));
+  EXPECT_EQ(Run({"put", "f", kFrame + "fork.lxz"}).out, copy_ + "\n");
+  EXPECT_THAT(DocumentOf(server(), CopyId()).sources, ElementsAre(Pair("frame.lxz", "D1002")));
   const ProcessResult result = Run({"put", "f", kFrame + "fork.lxz", "--checkin"});
   EXPECT_EQ(result.status, 0) << result.err;
   const ServerDocument document = DocumentOf(server(), IdIn(result.out));

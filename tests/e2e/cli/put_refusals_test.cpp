@@ -86,6 +86,9 @@ TEST_F(PutRefusal, OfALinkThatLeadsNowhereComesBeforeTheFileIsSent) {
               HasSubstr("the link a: not found: " + kFrame + "none.lxz"));
   EXPECT_THAT(Refuse({"f", kFrame, "--link", "a=" + server().Uid("D9999")}, 6),
               HasSubstr("the link a: not found"));
+  // What is told of the link is not what was traced of the new document before.
+  EXPECT_THAT(Refuse({"f", kFrame + "new.lxz", "--link", "a=" + kFrame + "none.lxz"}, 6),
+              Not(HasSubstr("CADName new.lxz")));
 }
 
 TEST_F(PutRefusal, OfALinkToAnotherServerComesBeforeTheFileIsSent) {

@@ -101,6 +101,14 @@ TEST(WorkingCopies, AreToldByTheFormOfTheirUids) {
   EXPECT_FALSE(HasObjectId(""));
 }
 
+TEST(WorkingCopies, HaveTheirOwnIdAndTheirWorkspaceInAnyForm) {
+  EXPECT_EQ(ByOwnId(Uid("D1|W7|D2|T")), Uid("D2|W7"));
+  EXPECT_EQ(ByOwnId(kServer + "?file=/a&id=D1|W7|D2|T&x=1"), kServer + "?file=/a&id=D2|W7&x=1");
+  EXPECT_EQ(ByOwnId(Uid("D2|W3")), Uid("D2|W3"));
+  EXPECT_EQ(ByOwnId(Uid("D1")), Uid("D1"));
+  EXPECT_EQ(ByOwnId("//plm/fork.lxz"), "//plm/fork.lxz");
+}
+
 TEST(Uids, AreTheSameWhenServerAndIdAre) {
   EXPECT_TRUE(AreSameUid(Uid("D1"), kServer + "?id=D1"));
   EXPECT_FALSE(AreSameUid(Uid("D1"), Uid("D2")));
