@@ -5,10 +5,18 @@
 #include "hosts/cli/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/kept_checkout.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
+
+// By the UID to go on with, a copy in a temporary workspace reads as the document that was checked out. That
+// is right only when the copy is there no more.
+[[nodiscard]] std::string ReadableUid(const std::string& uid) {
+  const std::string copy = ByOwnId(uid);
+  return copy != uid && VtDirectManager::FileExists(copy.c_str()) ? copy : uid;
+}
 
 ExitCode RunLinks(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
@@ -16,7 +24,7 @@ ExitCode RunLinks(Host& host, const Arguments& arguments) {
   if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
 
   ForgetTracedErrors();
-  const std::string uid = UidToGoOnWith(host, address);
+  const std::string uid = ReadableUid(UidToGoOnWith(host, address));
   if (uid.empty()) return host.output().Fail(Diagnose(host, address, true));
   std::map<std::string, std::string> links;
   VtDirectManager::GetSourceLinks(uid.c_str(), links);
@@ -45,8 +53,7 @@ CommandRow LinksCommand() {
       "Prints one line for each source link of the document at ADDRESS: the name by which the document "
       "calls its source, escaped as in a path, and the source's UID, parted by a tab; the UID is empty "
       "when the source can't be read. Of a document that is checked out by vtdirect they are those of its "
-      "working copy, in a temporary workspace those before the checkout. --link of put takes them as they "
-      "are printed, with \"=\" in place of the tab.",
+      "working copy. --link of put takes them as they are printed, with \"=\" in place of the tab.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
       {},
       true,

@@ -83,6 +83,7 @@ TEST_F(PutIntoCheckout, StoresAllThereIsAndLeavesItCheckedOut) {
   EXPECT_EQ(DocumentOf(server(), "D1002").bytes, before);
   EXPECT_EQ(DocumentOf(server(), "D1002").checkedOutBy, "anna");
   EXPECT_THAT(Book(), HasSubstr("\t" + copy_ + "\t"));
+  EXPECT_EQ(Run({"links", kFramePath}).out, "gear\t" + server().Uid("D1003") + "&file=/gear.lxz\n");
 
   const std::string checkedIn = Run({"checkin", kFramePath}).out;
   const ServerDocument document = DocumentOf(server(), IdIn(checkedIn));
