@@ -73,8 +73,8 @@ Failure DiagnoseDirectory(Host& host, const std::string& path, std::uint64_t del
   const std::string url = VtDirectManager::GetServerURL(path.c_str());
   if (const auto failure = DiagnoseServer(host, url)) return *failure;
   if (delivered > 0) {
-    return {ExitCode::Incomplete,
-            "the listing of " + path + " broke off after " + std::to_string(delivered) + " entries"};
+    return {ExitCode::Incomplete, "the listing of " + path + " broke off after " + std::to_string(delivered) +
+                                      (delivered == 1 ? " entry" : " entries")};
   }
   // FileExists and not FileOrFolderExists: that one is true of a folder's path without its "/", too.
   const std::string directory = WithClosingSlash(path);

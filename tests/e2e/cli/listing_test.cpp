@@ -254,6 +254,9 @@ TEST_F(VtDirect, Gives11ForAListingThatBreaksOff) {
   EXPECT_EQ(ls.err,
             "vtdirect: the listing of " + std::string(kFolders) + "/Frame broke off after 2 entries\n");
   EXPECT_EQ(ls.status, 11);
+  Serve({"--page-size", "1", "--fault", "GET *skiptoken*=500"});
+  EXPECT_EQ(Run({"ls", kFolders + std::string("/Frame")}).err,
+            "vtdirect: the listing of " + std::string(kFolders) + "/Frame broke off after 1 entry\n");
 }
 
 TEST_F(VtDirect, EndsAListingWhenItsOutputCannotBeWritten) {

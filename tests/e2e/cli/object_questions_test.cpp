@@ -124,7 +124,7 @@ TEST_F(VtDirect, Gives11ForVersionsWhoseListingBreaksOffAndPrintsWhatIsKnown) {
   EXPECT_EQ(result.out, "A.2\t" + a2 + "\nA.3\t" + a3 + "\tlatest\n");
   EXPECT_EQ(result.err,
             "vtdirect: the listing of korvufenloom-vfs://sim/Products/Trekking Bike/Folders/Frame/ broke off "
-            "after 1 entries\n");
+            "after 1 entry\n");
   EXPECT_EQ(result.status, 11);
 
   const ProcessResult json = Run({"versions", "--json", frame});
