@@ -90,7 +90,7 @@ TEST_F(XliffTest, TellsAFirstXliffThatCouldNotBeLinked) {
   EXPECT_EQ(LinkOf("D1032"), "");
 }
 
-TEST_F(XliffTest, TellsAnUpdateThatCouldNotBeLinkedAndMakesItGoodTheNextTime) {
+TEST_F(XliffTest, TellsAnUpdateThatCouldNotBeLinkedAndMayStandInTheWay) {
   Serve({"--fault", "POST *CreateXliffLink=500*1"});
   const ProcessResult result = Put(kManual);
   EXPECT_EQ(result.status, 1);
@@ -98,7 +98,40 @@ TEST_F(XliffTest, TellsAnUpdateThatCouldNotBeLinkedAndMakesItGoodTheNextTime) {
               HasSubstr("the server has taken chain.xlf, but //sim/?id=D1028 still shows the source XLIFF "
                         "from before, " +
                         server().Uid("D1029")));
+  EXPECT_THAT(result.err, HasSubstr("until its administrator has linked it, a further one may be refused"));
   EXPECT_EQ(LinkOf("D1028"), "D1029");
+
+  // The link leads to an iteration that is not the newest any more.
+  const ProcessResult again = Put(kManual);
+  EXPECT_EQ(again.status, 1);
+  EXPECT_THAT(again.err, HasSubstr("D1029 has a newer version"));
+  EXPECT_EQ(LinkOf("D1028"), "D1029");
+}
+
+TEST_F(XliffTest, TellsThatAFileMayBeThereWithoutALinkWhenTheAnswerIsLost) {
+  for (const char* address : {kBareManual, kManual}) {
+    EndServer();
+    Serve({"--fault", "POST *dkm/documents=cut:10*1"});
+    const ProcessResult lost = Put(address);
+    EXPECT_EQ(lost.status, 1);
+    EXPECT_THAT(lost.err,
+                HasSubstr("; if only the answer was lost, chain.xlf is on the server without a link; "));
+    // It is: a server that has said why it refuses has not taken anything.
+    const ProcessResult again = Put(address);
+    EXPECT_EQ(again.status, 1);
+    EXPECT_THAT(again.err, AllOf(HasSubstr("error 409"), testing::Not(HasSubstr("answer was lost"))));
+  }
+}
+
+TEST_F(XliffTest, TellsASourceXliffThatCameMeanwhile) {
+  Serve({"--fault", "POST *creationFactory=stall*1"});
+  const auto first = Start({"xliff", "put", kBareManual, "chain.xlf", "-l", "en", "--stall-timeout", "3"});
+  ASSERT_TRUE(WaitUntil([this] { return server().Log().find("security/csrf") != std::string::npos; }));
+  EXPECT_EQ(Put(kBareManual).status, 0);
+  const ProcessResult result = first->Wait();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr(LinkOf("D1032") + "&file=/chain.xlf now: only the answer may have been "
+                                                      "lost, or somebody else has sent one"));
 }
 
 TEST_F(XliffTest, TellsAnXliffWhoseUidCanNotBeFoundOut) {
