@@ -1,7 +1,6 @@
-#include <ostream>
-
 #include "browsing/create_file_server.h"
 #include "browsing/document_details.h"
+#include "tests/support/hostile_answer.h"
 #include "tests/wire/location/location_fixture.h"
 
 namespace vtdirect_test {
@@ -9,16 +8,6 @@ namespace {
 
 using namespace lxservices::cms_interface;
 using namespace lxservices::cms_interface::vantry;
-
-/// An answer is built by the test that needs it: the deep ones are large.
-struct HostileAnswer {
-  const char* name;
-  std::string (*body)();
-};
-
-void PrintTo(const HostileAnswer& answer, std::ostream* out) {
-  *out << answer.name;
-}
 
 /// Every operation of the location of documents, against a server that gives one and the same answer to
 /// whatever it is asked behind the questions for services.
@@ -74,13 +63,6 @@ TEST_P(HostileAnswers, EndEveryOtherOperation) {
     EXPECT_EQ(current.id, "D1");
     EXPECT_EQ(attributes["name"], "");
   });
-}
-
-std::string Nested(const std::string& open, const std::string& close, int levels) {
-  std::string text;
-  for (int level = 0; level < levels; ++level) text += open;
-  for (int level = 0; level < levels; ++level) text += close;
-  return text;
 }
 
 constexpr HostileAnswer hostileAnswers[] = {

@@ -1,5 +1,4 @@
-#include <ostream>
-
+#include "tests/support/hostile_answer.h"
 #include "tests/wire/translation/xliff_upload_fixture.h"
 #include "translation/xliff_context.h"
 #include "translation/xliff_folder.h"
@@ -11,16 +10,6 @@ namespace {
 using namespace lxservices::cms_interface;
 using namespace lxservices::cms_interface::vantry;
 using testing::IsEmpty;
-
-/// An answer is built by the test that needs it: the deep ones are large.
-struct HostileAnswer {
-  const char* name;
-  std::string (*body)();
-};
-
-void PrintTo(const HostileAnswer& answer, std::ostream* out) {
-  *out << answer.name;
-}
 
 /// The translation service of a server that gives one and the same answer to whatever it is asked.
 class HostileXliffAnswers : public XliffUploadTest, public testing::WithParamInterface<HostileAnswer> {
@@ -64,13 +53,6 @@ TEST_P(HostileXliffAnswers, DoNotSucceed) {
   ThenHostile();
   EXPECT_FALSE(Update());
   EXPECT_EQ(info.id, "before");
-}
-
-std::string Nested(const std::string& open, const std::string& close, int levels) {
-  std::string text;
-  for (int level = 0; level < levels; ++level) text += open;
-  for (int level = 0; level < levels; ++level) text += close;
-  return text;
 }
 
 constexpr HostileAnswer hostileAnswers[] = {
