@@ -48,6 +48,15 @@ struct Put {
   return std::nullopt;
 }
 
+// What fails before the first byte goes out says so, unless it has.
+[[nodiscard]] Failure WithNothingSent(Failure failure) {
+  const bool isOfUsage = failure.code == ExitCode::Usage;
+  if (!isOfUsage && failure.message.find("; nothing was ") == std::string::npos) {
+    failure.message += "; nothing was sent";
+  }
+  return failure;
+}
+
 // An answer that names no document leaves what the file went to.
 [[nodiscard]] std::string UidOf(const Put& put) {
   if (HasObjectId(put.outcome.uid)) return put.outcome.uid;
@@ -119,7 +128,9 @@ ExitCode FailOrReport(Host& host, const Failure& failure, InterruptionReport& re
 ExitCode RunPut(Host& host, const Arguments& arguments) {
   Put put;
   InterruptionReport report(host, "put");
-  if (const auto failure = Settle(host, arguments, put)) return FailOrReport(host, *failure, report);
+  if (const auto failure = Settle(host, arguments, put)) {
+    return FailOrReport(host, WithNothingSent(*failure), report);
+  }
 
   put.outcome = RunUpload(host, put.request, put.target, put.links, report);
   if (!put.outcome.stored) {

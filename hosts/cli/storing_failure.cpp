@@ -45,8 +45,15 @@ constexpr const char* kUnchanged = "nothing was changed";
   return error.empty() ? "" : " (" + error + ")";
 }
 
-[[nodiscard]] Failure NotFound(Host& host, const std::string& address) {
+// Before a command has changed anything.
+[[nodiscard]] Failure DiagnoseUnchanged(Host& host, const std::string& address) {
   Failure failure = Diagnose(host, address, true);
+  if (failure.code != ExitCode::Interrupted) failure.message += std::string("; ") + kUnchanged;
+  return failure;
+}
+
+[[nodiscard]] Failure NotFound(Host& host, const std::string& address) {
+  Failure failure = DiagnoseUnchanged(host, address);
   if (failure.code == ExitCode::NotFound &&
       VtDirectManager::FileOrFolderExists(WithClosingSlash(address).c_str())) {
     return {ExitCode::Failure, address + " is a folder, and only documents have working copies"};
@@ -163,7 +170,7 @@ std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address,
     case VtDirectManager::CheckoutUnsupported:
       return Refused("the server of " + address + " offers no checkout", "");
     case VtDirectManager::CheckoutStatusFailed:
-      return Diagnose(host, address, true);
+      return DiagnoseUnchanged(host, address);
     default:
       return RefusedOwnCheckout(address, uid);
   }
@@ -201,7 +208,7 @@ std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::stri
     case VtDirectManager::CheckoutUnsupported:
       return Refused("the server of " + address + " offers no checkout", "");
     default: {
-      Failure failure = Diagnose(host, address, true);
+      Failure failure = DiagnoseUnchanged(host, address);
       if (failure.code == ExitCode::NotFound && HasWorkspace(uid)) failure.message += "; " + verify;
       return failure;
     }

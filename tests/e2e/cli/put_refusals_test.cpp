@@ -37,19 +37,22 @@ class PutRefusal : public PutTest {
 TEST_F(PutRefusal, OfAFileThatCannotBeSentComesWithoutARequest) {
   ASSERT_EQ(mkdir(Here("d").c_str(), 0700), 0);
   ASSERT_EQ(mkfifo(Here("pipe").c_str(), 0600), 0);
-  EXPECT_EQ(Refuse({"none", kFrame}, 8), "vtdirect: cannot read none: No such file or directory\n");
-  EXPECT_EQ(Refuse({"d", kFrame}, 8), "vtdirect: cannot read d: it is a directory\n");
-  EXPECT_EQ(Refuse({"pipe", kFrame}, 8), "vtdirect: cannot read pipe: it is no regular file\n");
+  EXPECT_EQ(Refuse({"none", kFrame}, 8),
+            "vtdirect: cannot read none: No such file or directory; nothing was sent\n");
+  EXPECT_EQ(Refuse({"d", kFrame}, 8), "vtdirect: cannot read d: it is a directory; nothing was sent\n");
+  EXPECT_EQ(Refuse({"pipe", kFrame}, 8),
+            "vtdirect: cannot read pipe: it is no regular file; nothing was sent\n");
   EXPECT_EQ(Refuse({"f", kFrame, "--viewable", "none"}, 8),
-            "vtdirect: cannot read none: No such file or directory\n");
-  EXPECT_EQ(Refuse({"f", kFrame, "--metadata", "d"}, 8), "vtdirect: cannot read d: it is a directory\n");
+            "vtdirect: cannot read none: No such file or directory; nothing was sent\n");
+  EXPECT_EQ(Refuse({"f", kFrame, "--metadata", "d"}, 8),
+            "vtdirect: cannot read d: it is a directory; nothing was sent\n");
   EXPECT_EQ(server().Log(), "");
 }
 
 TEST_F(PutRefusal, OfAFileWithoutPermissionComesWithoutARequest) {
   ASSERT_EQ(chmod(Here("f").c_str(), 0), 0);
   if (access(Here("f").c_str(), R_OK) == 0) GTEST_SKIP() << "this user reads every file";
-  EXPECT_EQ(Refuse({"f", kFrame}, 8), "vtdirect: cannot read f: Permission denied\n");
+  EXPECT_EQ(Refuse({"f", kFrame}, 8), "vtdirect: cannot read f: Permission denied; nothing was sent\n");
   EXPECT_EQ(server().Log(), "");
 }
 
@@ -127,7 +130,7 @@ TEST_F(PutRefusal, OfWhatIsNotThereTellsSo) {
               HasSubstr("there is no folder"));
   const std::string dead = "http://127.0.0.1:" + std::to_string(UnusedPort()) + "/";
   EXPECT_THAT(Refuse({"f", "//dead/Products/X/Folders/", "--server", "dead=" + dead}, 3),
-              HasSubstr("cannot connect to " + dead));
+              HasSubstr("cannot connect to " + dead + "; nothing was sent"));
 }
 
 }  // namespace vtdirect_test
