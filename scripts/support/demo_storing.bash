@@ -90,9 +90,13 @@ show_storing() {
   as anna put "$work/stem.lxz" "$stem"
   same_content bruno "$uid" "$work/sketch"
 
-  next "She stores it once more, with a viewable, metadata and the frame that it was made from, and checks it in."
+  next "She stores it once more, with a viewable, metadata and the frame that it was made from."
   as anna put "$work/stem.lxz" "$stem" --viewable "$work/picture" --metadata "$work/history" --language en \
-    --link "frame.lxz=$frame/frame.lxz" --checkin
+    --link "frame.lxz=$frame/frame.lxz"
+  held "$(newest_of "(SELECT count(*) FROM checkouts c WHERE c.base = i.id)")" "A.1, 1"
+
+  next "She checks it in. Now Bruno sees the drawing."
+  as anna checkin "$stem"
   same_content bruno "$stem" "$work/stem.lxz"
   held "$(newest_of "(SELECT count(*) FROM contents c WHERE c.iteration = i.id AND c.role = 'secondary')")" "A.2, 2"
   held "$(newest_of "(SELECT s.cad_name FROM dependencies d JOIN iterations o ON o.id = d.source

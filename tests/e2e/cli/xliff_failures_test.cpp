@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <ostream>
+#include <string>
+
 #include "tests/e2e/cli/xliff_fixture.h"
 
 using testing::AllOf;
@@ -16,6 +19,10 @@ struct Step {
   int status;
   const char* text;
 };
+
+std::ostream& operator<<(std::ostream& stream, const Step& step) {
+  return stream << step.request;
+}
 
 constexpr const char* kPreferences =
     "no source XLIFF is linked to the document; where a first one goes is said by the "
@@ -41,11 +48,11 @@ constexpr Step kBeforeUpdate[] = {{"GET *dkm/documents/D1028", 6, "not found: //
                                   {"POST *content/upload/*", 1, "D1029&file=/welding%20manual.xlf as before"},
                                   {"POST *dkm/documents", 1, "D1029&file=/welding%20manual.xlf as before"}};
 
-constexpr const char* kRefusals[] = {"503", "drop"};
+const std::string kRefusals[] = {"503", "drop"};
 
 }  // namespace
 
-class XliffStep : public XliffTest, public testing::WithParamInterface<std::tuple<Step, const char*>> {
+class XliffStep : public XliffTest, public testing::WithParamInterface<std::tuple<Step, std::string>> {
  protected:
   [[nodiscard]] static Step step() { return std::get<0>(GetParam()); }
   void ServeWithFault() { Serve({"--fault", std::string(step().request) + "=" + std::get<1>(GetParam())}); }
