@@ -8,6 +8,8 @@ jobs=$(nproc 2>/dev/null || echo 2)
 # The same source compiled in two build directories, or in two clones, is one entry of the compiler cache.
 export CCACHE_NOHASHDIR=1
 export CCACHE_BASEDIR=$root
+# Without this the cache takes nothing that uses the precompiled headers of the tests.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
 
 say() { printf '%s\n' "$*"; }
 
