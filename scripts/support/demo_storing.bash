@@ -32,10 +32,10 @@ same_content() {
   say "   What the server holds is $(basename "$3"), byte for byte."
 }
 
-# held QUERY EXPECTED: asks the server's database, behind the server's back.
+# held QUERY EXPECTED: asks the database of the server with the directory $data, behind the server's back.
 held() {
   local found
-  found=$(sqlite3 -readonly "$work/data-life/vantry-sim.db" "$1")
+  found=$(sqlite3 -readonly "$data/vantry-sim.db" "$1")
   say "   database: $found"
   [ "$found" = "$2" ] || fail "the database should hold: $2"
 }
@@ -60,6 +60,7 @@ free_port() {
 show_storing() {
   local frame='//plm/Products/Trekking Bike/Folders/Frame'
   local stem=$frame/stem.lxz gear='//plm/Products/Trekking Bike/Folders/Drivetrain/gear.lxz' uid uploads
+  local data=$work/data-life
   printf 'a stem, first sketch\n' >"$work/sketch"
   head -c 3000000 /dev/urandom >"$work/stem.lxz"
   printf 'a picture of the stem\n' >"$work/picture"
@@ -68,7 +69,7 @@ show_storing() {
 
   next "Start a server that two users may use, Anna and Bruno."
   uploads=$(free_port)
-  start_server "$work/server-life" "$root/build/release/simulator/vantry-sim" --port 0 --data "$work/data-life" \
+  start_server "$work/server-life" "$root/build/release/simulator/vantry-sim" --port 0 --data "$data" \
     --user anna:anna --user bruno:bruno --upload-port "$uploads"
   # It takes the bytes of documents on a port of its own. Passwords go only to servers that are listed.
   printf '[servers]\nplm = %s\nuploads = http://127.0.0.1:%s/\n' "$server_url" "$uploads" >"$work/vtdirect/config"
@@ -116,7 +117,7 @@ show_storing() {
   as anna put "$work/sketch" "$gear"
   held "SELECT count(*) FROM checkouts" 3
   as anna undo "$gear"
-  same_content anna "$gear" "$work/data-life/content/10030"
+  same_content anna "$gear" "$data/content/10030"
   as anna checkouts
   held "SELECT count(*) FROM checkouts" 2
   say "   Those two are of the bicycle maker's own story."
