@@ -7,6 +7,7 @@
 #include "hosts/cli/address.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/storing_failure.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -80,7 +81,7 @@ SourceXliff FindSourceXliff(const XliffSubject& subject) {
 }
 
 std::string XliffCommandFor(const std::string& command, const std::string& address) {
-  return "\"vtdirect xliff " + command + " '" + address + "'\"";
+  return CommandToType("xliff " + command, address);
 }
 
 }  // namespace vtdirect_cli
