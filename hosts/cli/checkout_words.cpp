@@ -1,7 +1,5 @@
 #include "hosts/cli/checkout_words.h"
 
-#include <vtdirect/vt_direct_manager.h>
-
 namespace vtdirect_cli {
 
 const char* CheckoutWord(std::int32_t status) {
@@ -25,9 +23,13 @@ const char* CheckoutWord(std::int32_t status) {
   }
 }
 
+bool IsWorkingCopy(VtDirectManager::VtCheckoutStatus status) {
+  return status == VtDirectManager::CheckoutInWorkspace || status == VtDirectManager::CheckoutInTempWorkspace;
+}
+
 CheckoutState ReadCheckoutState(const std::string& address) {
   CheckoutState state;
-  state.state = CheckoutWord(VtDirectManager::GetCheckoutStatus(address.c_str(), &state.user));
+  state.status = VtDirectManager::GetCheckoutStatus(address.c_str(), &state.user);
   return state;
 }
 

@@ -1,21 +1,26 @@
 #pragma once
 
+#include <vtdirect/vt_direct_manager.h>
+
 #include <cstdint>
 #include <string>
 
 namespace vtdirect_cli {
 
-/// Where a checkout stands, in words.
+/// Where a checkout stands.
 struct CheckoutState {
-  std::string state;  ///< none, by-you, by-other, temporary-workspace, workspace, not-possible, unsupported
-                      ///< or unknown
-  std::string user;   ///< who holds it; empty without one
+  VtDirectManager::VtCheckoutStatus status = VtDirectManager::CheckoutStatusFailed;
+  std::string user;  ///< who holds it; empty without one
 };
 
 /// Asks the server. Makes requests.
 [[nodiscard]] CheckoutState ReadCheckoutState(const std::string& address);
 
-/// The word for a VtCheckoutStatus.
+/// The word for a VtCheckoutStatus: none, by-you, by-other, temporary-workspace, workspace, not-possible,
+/// unsupported or unknown.
 [[nodiscard]] const char* CheckoutWord(std::int32_t status);
+
+/// Whether it is that of a working copy of the connected user's, in a workspace of either kind.
+[[nodiscard]] bool IsWorkingCopy(VtDirectManager::VtCheckoutStatus status);
 
 }  // namespace vtdirect_cli

@@ -16,16 +16,16 @@ namespace {
   const std::string hint = FirstTracedError();
   if (uid.empty() || !VtDirectManager::FileExists(uid.c_str())) return Diagnose(host, address, true);
   const CheckoutState state = ReadCheckoutState(uid);
-  if (state.state == "none") {
+  if (state.status == VtDirectManager::CheckoutNone) {
     return {ExitCode::Failure, address + " is no working copy, and only those have attributes to edit; " +
                                    CommandToType("checkout", address) + " makes one"};
   }
-  if (state.state == "by-other") {
+  if (state.status == VtDirectManager::CheckoutByOther) {
     return {ExitCode::Failure, address + " is checked out by " + state.user +
                                    ", and only a working copy of your own has attributes to edit"};
   }
-  return {ExitCode::Failure, "the working copy of " + address + " was not found (checkout: " + state.state +
-                                 (hint.empty() ? "" : "; " + hint) +
+  return {ExitCode::Failure, "the working copy of " + address + " was not found (checkout: " +
+                                 CheckoutWord(state.status) + (hint.empty() ? "" : "; " + hint) +
                                  "); give the UID that checkout has printed, or the path in your workspace"};
 }
 

@@ -48,7 +48,7 @@ void DescribeVersion(const std::string& address, const std::string& uid, Record&
 
 void DescribeCheckout(const std::string& address, Record& record) {
   const CheckoutState checkout = ReadCheckoutState(address);
-  record.emplace_back("checkout", checkout.state);
+  record.emplace_back("checkout", std::string(CheckoutWord(checkout.status)));
   AddUnlessEmpty(record, "checked_out_by", checkout.user);
 }
 

@@ -64,14 +64,15 @@ struct Put {
   return VtDirectManager::GetUID(put.target.address.c_str());
 }
 
-[[nodiscard]] bool IsWorkingCopy(const Put& put) {
-  if (put.state.state == "workspace" || put.state.state == "temporary-workspace") return true;
+[[nodiscard]] bool LeavesWorkingCopy(const Put& put) {
+  if (IsWorkingCopy(put.state.status)) return true;
   // Not to know is no reason to forget a working copy.
-  return put.state.state == "unknown" && put.target.action == PutTarget::Action::Store && !put.checkedIn;
+  return put.state.status == VtDirectManager::CheckoutStatusFailed &&
+         put.target.action == PutTarget::Action::Store && !put.checkedIn;
 }
 
 void UpdateBook(Host& host, const Put& put) {
-  if (IsWorkingCopy(put)) {
+  if (LeavesWorkingCopy(put)) {
     KeepCheckout(host, put.request.address, put.uid);
   } else if (put.target.action == PutTarget::Action::Store) {
     ForgetCheckout(host, put.target.address);
@@ -111,13 +112,13 @@ void Report(Host& host, const Put& put) {
                                          {"action", std::string(WordOf(put.target.action))},
                                          {"uid", put.uid},
                                          {"checked_in", put.checkedIn},
-                                         {"checkout", put.state.state}});
+                                         {"checkout", std::string(CheckoutWord(put.state.status))}});
   static_cast<void>(host.output().Flush());
   std::string note = std::string(WordOf(put.target.action)) + " " + put.target.address + " from " + file +
                      ", " + std::to_string(size) + " bytes";
   if (put.checkedIn) note += ", and checked in";
   host.output().Note(note);
-  if (IsWorkingCopy(put))
+  if (LeavesWorkingCopy(put))
     host.output().Note("it is checked out; " + CommandToType("checkin", put.uid) + " checks it in");
 }
 
@@ -138,7 +139,7 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
     return FailOrReport(host, PutFailure(host, put.request, put.target, put.outcome), report);
   }
   LookAtResult(host, put, report);
-  if (put.request.checkIn && IsWorkingCopy(put)) {
+  if (put.request.checkIn && LeavesWorkingCopy(put)) {
     if (Interrupted()) return report.Report();
     if (const auto failure = CheckIn(host, put, report)) return FailOrReport(host, *failure, report);
   }

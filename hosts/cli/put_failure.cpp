@@ -74,18 +74,18 @@ struct Standing {
 
 [[nodiscard]] Standing StandingOfStore(const PutTarget& target, const PutOutcome& outcome) {
   const CheckoutState state = ReadCheckoutState(target.address);
-  if (state.state == "temporary-workspace" || state.state == "workspace") {
+  if (IsWorkingCopy(state.status)) {
     return {"you still have it checked out, and " + ContentOfWorkingCopy(outcome)};
   }
   // The state of a temporary checkout is that of the document it was taken from.
-  if (state.state == "none" || state.state == "not-possible") {
+  if (state.status == VtDirectManager::CheckoutNone || state.status == VtDirectManager::CheckoutNotPossible) {
     return {"it is not checked out any more" +
                 std::string(outcome.mayCheckInToo && outcome.AllSent()
                                 ? ", so it was checked in, and only the answer may have been lost"
                                 : ""),
             CommandToType("verify", target.address) + " tells what stands"};
   }
-  if (state.state == "by-other") {
+  if (state.status == VtDirectManager::CheckoutByOther) {
     return {"it is checked out by " + state.user + " now",
             CommandToType("verify", target.address) + " tells more"};
   }
@@ -136,8 +136,7 @@ Failure PutCheckInFailure(Host& host, const std::string& uid) {
   const auto server = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));
   if (server && server->code == ExitCode::Interrupted) return InterruptedFailure();
   if (server) why = server->message;
-  const CheckoutState state = ReadCheckoutState(uid);
-  const bool stands = state.state == "workspace" || state.state == "temporary-workspace";
+  const bool stands = IsWorkingCopy(ReadCheckoutState(uid).status);
   std::string message = "the file is stored in the working copy " + uid + ", but checking it in failed";
   if (!why.empty()) message += " (" + why + ")";
   message += stands

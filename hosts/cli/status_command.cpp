@@ -94,13 +94,14 @@ void Ask(Host& host, const Subject& subject, WrittenOff& writtenOff, Status& sta
   record.insert(record.end(), {{"uid", status.uid},
                                {"version", status.current},
                                {"latest_version", status.latest},
-                               {"checkout", status.checkout.state}});
+                               {"checkout", std::string(CheckoutWord(status.checkout.status))}});
   if (!status.checkout.user.empty()) record.emplace_back("checked_out_by", status.checkout.user);
   return record;
 }
 
 [[nodiscard]] Record ShownOf(const Subject& subject, const Status& status) {
-  std::string checkout = status.checkout.state;
+  // Where the status failed, the checkout was not asked for.
+  std::string checkout = status.failure ? "" : CheckoutWord(status.checkout.status);
   if (!status.checkout.user.empty()) checkout += " (" + status.checkout.user + ")";
   return {{"status", std::string(status.word())},
           {"version", status.current},

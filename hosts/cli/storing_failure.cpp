@@ -4,32 +4,15 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkout_book.h"
+#include "hosts/cli/checkout_words.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
 
-using VtDirectManager::VtCheckoutStatus;
-
-// Where a checkout stands, and who holds it.
-struct Standing {
-  VtCheckoutStatus status = VtDirectManager::CheckoutStatusFailed;
-  std::string user;
-};
-
 constexpr const char* kAgain = "the same command can be given again";
 constexpr const char* kUnchanged = "nothing was changed";
-
-[[nodiscard]] Standing StandingOf(const std::string& uid) {
-  Standing standing;
-  standing.status = VtDirectManager::GetCheckoutStatus(uid.c_str(), &standing.user);
-  return standing;
-}
-
-[[nodiscard]] bool IsWorkingCopy(VtCheckoutStatus status) {
-  return status == VtDirectManager::CheckoutInWorkspace || status == VtDirectManager::CheckoutInTempWorkspace;
-}
 
 [[nodiscard]] const char* NounOf(CheckoutEnd end) {
   return end == CheckoutEnd::Checkin ? "check-in" : "undo";
@@ -88,7 +71,7 @@ constexpr const char* kUnchanged = "nothing was changed";
 
 // What stands after a failed checkout, and what next.
 [[nodiscard]] std::string OutcomeOfCheckout(const std::string& uid) {
-  const Standing standing = StandingOf(uid);
+  const CheckoutState standing = ReadCheckoutState(uid);
   switch (standing.status) {
     case VtDirectManager::CheckoutNone:
       return std::string(kUnchanged) + ", it is not checked out; " + kAgain;
@@ -108,7 +91,7 @@ constexpr const char* kUnchanged = "nothing was changed";
 }
 
 [[nodiscard]] std::string OutcomeOfEnd(CheckoutEnd end, const std::string& uid) {
-  const Standing standing = StandingOf(uid);
+  const CheckoutState standing = ReadCheckoutState(uid);
   const std::string next = AdviceAfterEnd(end, uid);
   if (IsWorkingCopy(standing.status)) {
     return "you still have it checked out, and its working copy is " + uid + "; " + kAgain;
@@ -156,7 +139,7 @@ std::string AdviceAfterEnd(CheckoutEnd end, const std::string& uid) {
 
 std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address, const std::string& uid) {
   if (uid.empty()) return NotFound(host, address);
-  const Standing standing = StandingOf(uid);
+  const CheckoutState standing = ReadCheckoutState(uid);
   switch (standing.status) {
     case VtDirectManager::CheckoutNone:
       if (!IsTemporaryCopy(uid)) return std::nullopt;
@@ -187,7 +170,7 @@ Failure CheckoutFailure(Host& host, const std::string& address, const std::strin
 std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::string& address,
                                     const std::string& uid) {
   if (uid.empty()) return NotFound(host, address);
-  const Standing standing = StandingOf(uid);
+  const CheckoutState standing = ReadCheckoutState(uid);
   const std::string verify = CommandToType("verify", uid) + " tells what stands";
   switch (standing.status) {
     case VtDirectManager::CheckoutInTempWorkspace:

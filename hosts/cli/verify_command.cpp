@@ -25,10 +25,7 @@ struct Verification {
   bool isKept = false;
 
   // Without its workspace the UID is none to go on with.
-  [[nodiscard]] bool stands() const {
-    return HasWorkspace(uid) && (status == VtDirectManager::CheckoutInWorkspace ||
-                                 status == VtDirectManager::CheckoutInTempWorkspace);
-  }
+  [[nodiscard]] bool stands() const { return HasWorkspace(uid) && IsWorkingCopy(status); }
   [[nodiscard]] bool renewed() const { return stands() && !AreSameUid(uid, workingCopy); }
 };
 

@@ -17,7 +17,7 @@ TEST(CheckoutWords, TellEveryState) {
 }
 
 TEST(CheckoutWords, CallAnAddressWithoutAServerUnknown) {
-  EXPECT_EQ(ReadCheckoutState("//nowhere/x").state, "unknown");
+  EXPECT_STREQ(CheckoutWord(ReadCheckoutState("//nowhere/x").status), "unknown");
 }
 
 }  // namespace vtdirect_cli
