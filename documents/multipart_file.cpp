@@ -8,6 +8,7 @@
 
 #include "base/local_path.h"
 #include "connection/platform/files.h"
+#include "documents/disk_space.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
@@ -53,6 +54,7 @@ void MultipartFile::BeginField(std::string_view name) {
 void MultipartFile::AddText(std::string_view text) {
   if (broken_ || text.empty()) return;
   broken_ = std::fwrite(text.data(), 1, text.size(), file_) != text.size();
+  length_ += text.size();
 }
 
 void MultipartFile::AddFile(const char* localPath, std::string_view partName) {
@@ -83,10 +85,14 @@ void MultipartFile::CopyFrom(std::FILE* source) {
   // Whole pieces pass through one buffer of ours and none of the streams'.
   std::setvbuf(source, nullptr, _IONBF, 0);
   const std::uint64_t length = AnnouncedLength(source);
+  if (length > 0 && !broken_) ReserveDiskSpace(file_, length_, length);
   std::uint64_t copied = 0;
   std::vector<char> buffer(copyBufferSize);
   while (!broken_) {
-    const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), source);
+    // Up to the body's next multiple of a piece: the file system keeps such a piece in one, and would else
+    // keep each as a dozen smaller ones.
+    const std::size_t wanted = buffer.size() - length_ % buffer.size();
+    const std::size_t count = std::fread(buffer.data(), 1, wanted, source);
     if (count == 0) break;
     AddText({buffer.data(), count});
     copied += count;

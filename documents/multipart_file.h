@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -41,6 +42,7 @@ class MultipartFile {
   void CopyFrom(std::FILE* source);
 
   std::FILE* file_;
+  std::uint64_t length_ = 0;
   bool broken_ = false;
 };
 

@@ -72,6 +72,22 @@ TEST_F(MultipartBody, CopiesAFileThatIsLongerThanItsBuffer) {
   EXPECT_TRUE(ReadFile(path).ends_with("\r\n\r\n" + bytes + line + "--"));
 }
 
+TEST_F(MultipartBody, HoldsSeveralLongFilesOneBehindTheOther) {
+  const std::string first(2 * 1024 * 1024 - 1, 'a');
+  const std::string second(1024 * 1024 + 1, 'b');
+  WriteFile(directory.File("first"), first);
+  WriteFile(directory.File("second"), second);
+  MultipartFile body(path);
+  body.AddFile(directory.File("first").c_str(), "f1");
+  body.AddFile(directory.File("second").c_str(), "f2");
+  body.Finish();
+  const std::string head =
+      line + "\r\nContent-Type: application/octet-stream\r\nContent-Disposition: form-data; name=";
+  // Compared as a truth: a difference would print megabytes.
+  EXPECT_TRUE(ReadFile(path) == head + "\"f1\"; filename=\"first\"\r\n\r\n" + first + head +
+                                    "\"f2\"; filename=\"second\"\r\n\r\n" + second + line + "--");
+}
+
 TEST_F(MultipartBody, IsNotOpenWhereNoFileCanBeMade) {
   EXPECT_FALSE(MultipartFile(directory.File("missing/body")).IsOpen());
   EXPECT_FALSE(MultipartFile("").IsOpen());
