@@ -30,6 +30,9 @@ class Simulator {
   [[nodiscard]] std::string Log() const;
 
  private:
+  /// Gives why it didn't start; nothing when it did, and has a URL.
+  [[nodiscard]] std::string Start(const std::vector<std::string>& words);
+
   std::string log_;
   std::string url_;
   std::unique_ptr<Process> process_;
