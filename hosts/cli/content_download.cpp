@@ -37,8 +37,8 @@ namespace {
   if (const int error = ProbeWritable(localPath); error != 0)
     return WriteFailure(Printable(localPath), error);
   if (download.received == 0) return Diagnose(host, download.address, false);
-  std::string text = "the download of " + download.address + " broke off after " +
-                     std::to_string(download.received) + " bytes";
+  std::string text =
+      "the download of " + download.address + " broke off after " + ByteCount(download.received);
   if (download.announced > 0) text += " of " + std::to_string(download.announced);
   return {ExitCode::DownloadFailed, text};
 }
@@ -72,7 +72,7 @@ void Report(Host& host, const Download& download, std::uint64_t size) {
   Record record = download.described;
   record.insert(record.end(), {{"uid", download.uid}, {"file", download.target.path}, {"bytes", size}});
   host.output().JsonOnly(record);
-  host.output().Note("saved " + download.target.path + ", " + std::to_string(size) + " bytes");
+  host.output().Note("saved " + download.target.path + ", " + ByteCount(size));
 }
 
 ExitCode FetchIntoFile(Host& host, Download& download) {

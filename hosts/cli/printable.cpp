@@ -91,4 +91,8 @@ std::string ValidUtf8(std::string_view text) {
   return out;
 }
 
+std::string ByteCount(std::uint64_t count) {
+  return std::to_string(count) + (count == 1 ? " byte" : " bytes");
+}
+
 }  // namespace vtdirect_cli

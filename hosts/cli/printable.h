@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -14,5 +15,8 @@ namespace vtdirect_cli {
 
 /// The text with every byte that is no UTF-8 replaced by U+FFFD, so that it can stand in JSON.
 [[nodiscard]] std::string ValidUtf8(std::string_view text);
+
+/// "1 byte", "2 bytes".
+[[nodiscard]] std::string ByteCount(std::uint64_t count);
 
 }  // namespace vtdirect_cli

@@ -7,6 +7,7 @@
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/kept_checkout.h"
+#include "hosts/cli/printable.h"
 #include "hosts/cli/put_failure.h"
 #include "hosts/cli/put_links.h"
 #include "hosts/cli/put_request.h"
@@ -115,7 +116,7 @@ void Report(Host& host, const Put& put) {
                                          {"checkout", std::string(CheckoutWord(put.state.status))}});
   static_cast<void>(host.output().Flush());
   std::string note = std::string(WordOf(put.target.action)) + " " + put.target.address + " from " + file +
-                     ", " + std::to_string(size) + " bytes";
+                     ", " + ByteCount(size);
   if (put.checkedIn) note += ", and checked in";
   host.output().Note(note);
   if (LeavesWorkingCopy(put))

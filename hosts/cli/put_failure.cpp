@@ -2,6 +2,7 @@
 
 #include "hosts/cli/checkout_words.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/printable.h"
 #include "hosts/cli/storing_failure.h"
 #include "hosts/cli/trace_log.h"
 
@@ -32,7 +33,7 @@ struct Standing {
 [[nodiscard]] std::string PointOf(const PutOutcome& outcome) {
   if (outcome.AllSent()) return "after the file was sent";
   if (outcome.sent == 0) return "before the file was sent";
-  return "after " + std::to_string(outcome.sent) + " of " + std::to_string(outcome.total) + " bytes";
+  return "after " + std::to_string(outcome.sent) + " of " + ByteCount(outcome.total);
 }
 
 [[nodiscard]] Standing Unknown(const std::string& command, const std::string& address) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+using vtdirect_cli::ByteCount;
 using vtdirect_cli::Printable;
 using vtdirect_cli::ValidUtf8;
 
@@ -36,4 +37,11 @@ TEST(Printable, WritesBytesThatAreNoUtf8) {
 TEST(ValidUtf8, ReplacesEachByteThatIsNoUtf8) {
   EXPECT_EQ(ValidUtf8("a\xFF\xC3z"), "a\uFFFD\uFFFDz");
   EXPECT_EQ(ValidUtf8("Größe\n"), "Größe\n");
+}
+
+TEST(ByteCount, SaysOneByteAndSeveralBytes) {
+  EXPECT_EQ(ByteCount(0), "0 bytes");
+  EXPECT_EQ(ByteCount(1), "1 byte");
+  EXPECT_EQ(ByteCount(2), "2 bytes");
+  EXPECT_EQ(ByteCount(18446744073709551615U), "18446744073709551615 bytes");
 }
