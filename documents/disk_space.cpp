@@ -3,7 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <tuple>
 
 namespace lxservices::cms_interface::vantry {
 
@@ -14,8 +14,8 @@ void ReserveDiskSpace(std::FILE* file, std::uint64_t length, std::uint64_t bytes
   const int descriptor = ::fileno(file);
   const auto end = static_cast<off_t>(length);
   if (::fallocate(descriptor, FALLOC_FL_KEEP_SIZE, end, static_cast<off_t>(bytes)) == 0) return;
-  // A disk that has less keeps what it could give, and nothing for others.
-  if (errno == ENOSPC) static_cast<void>(::ftruncate(descriptor, end));
+  // A disk or a user's share of it that has less gives what there is, and nothing would be left for others.
+  std::ignore = ::ftruncate(descriptor, end);
 #else
   static_cast<void>(file), static_cast<void>(length), static_cast<void>(bytes);
 #endif

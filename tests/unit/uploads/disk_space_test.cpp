@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -54,6 +55,22 @@ TEST_F(DiskSpace, BeyondWhatAFileMayHoldIsNotTaken) {
   ReserveDiskSpace(file.get(), 3, 0x7fff'ffff'ffff'ffff);
   EXPECT_LT(Occupied(), megabyte);
   EXPECT_EQ(ReadFile(path), "abc");
+}
+
+// A file system in memory has a size, and says at once that it hasn't more.
+TEST_F(DiskSpace, BeyondWhatTheDiskHasIsNotTaken) {
+  path = "/dev/shm/disk-space-" + std::to_string(getpid());
+  struct statvfs disk {};
+  file.reset(std::fopen(path.c_str(), "ab"));
+  if (file == nullptr || statvfs(path.c_str(), &disk) != 0) GTEST_SKIP() << "no file system in memory";
+  std::setvbuf(file.get(), nullptr, _IONBF, 0);
+  ASSERT_EQ(std::fwrite("abc", 1, 3, file.get()), 3U);
+  const std::uint64_t all = std::uint64_t{disk.f_blocks} * disk.f_frsize;
+  ReserveDiskSpace(file.get(), 3, all + megabyte);
+  ASSERT_EQ(std::fwrite("def", 1, 3, file.get()), 3U);
+  EXPECT_EQ(ReadFile(path), "abcdef");
+  EXPECT_LT(Occupied(), megabyte);
+  std::remove(path.c_str());
 }
 
 TEST_F(DiskSpace, OfAPipeIsNothing) {
