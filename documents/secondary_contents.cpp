@@ -38,7 +38,8 @@ void CarryForward(const DocumentRecord& document, JsonAllocator& allocator, rapi
 rapidjson::Value MakeSecondaryContents(const InstructionParts& parts, const std::string& primaryFileName,
                                        JsonAllocator& allocator) {
   rapidjson::Value contents(rapidjson::kArrayType);
-  if (!DiscardSecondaryContent() && parts.document != nullptr) {
+  // A creation doesn't ask for the switch, so a host may still set it behind one.
+  if (parts.document != nullptr && !DiscardSecondaryContent()) {
     CarryForward(*parts.document, allocator, contents);
   }
   if (parts.viewable != nullptr) {

@@ -70,6 +70,15 @@ TEST_F(SecondaryContents, RememberTheSwitchForTheLifeOfTheProcess) {
   EXPECT_EQ(Text(), R"([{"category":"PICTURE","fileName":"b.png"}])");
 }
 
+TEST_F(SecondaryContents, OfANewDocumentLeaveTheSwitchUnread) {
+  parts.document = nullptr;
+  EXPECT_EQ(Text(), "[]");
+  setenv("FENLOOM_DC_DISCARD_SEC_CONTENT", "1", 1);
+  parts.document = &document;
+  Has("PICTURE", "b.png", true);
+  EXPECT_EQ(Text(), "[]");
+}
+
 TEST_F(SecondaryContents, OfANewDocumentAreWhatWasUploaded) {
   parts.document = nullptr;
   EXPECT_EQ(Text(), "[]");
