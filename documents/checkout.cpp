@@ -1,5 +1,6 @@
 #include "documents/checkout.h"
 
+#include "base/text.h"
 #include "base/tracers.h"
 #include "documents/checkout_id.h"
 #include "documents/conflict_resolution.h"
@@ -40,11 +41,11 @@ bool CheckoutDocument(const std::shared_ptr<VtConnection>& connection, const cha
   const CheckoutId checkoutId = ParseCheckoutId(id);
   DocumentRecord record;
   if (ReadDocument(connection, checkoutId.field0, record) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to find document id %s\n", id);
+    VtDirectTracer()(dp::TraceType::Error, "Failed to find document id %s\n", TextOrEmpty(id));
     return false;
   }
   if (record.isCheckout) {
-    VtDirectTracer()(dp::TraceType::Error, "Document %s is already checked out\n", id);
+    VtDirectTracer()(dp::TraceType::Error, "Document %s is already checked out\n", TextOrEmpty(id));
     return false;
   }
   const bool temporary = checkoutId.field1.empty();

@@ -1,3 +1,4 @@
+#include "public/upload_job.h"
 #include "public/vt_direct_manager.h"
 #include "tests/unit/public/fake_server.h"
 
@@ -43,6 +44,29 @@ TEST_F(ServerWithoutCheckout, IteratesWhatLooksLikeACheckout) {
       true));
   EXPECT_EQ(answers.calls, (Lines{"TestConnection", "GetCheckoutServer", "UploadIteration"}));
   EXPECT_EQ(code, StatusUpdateFailed);
+}
+
+// A working copy that was there when the upload was prepared, on a server that offers no checkout any more.
+TEST_F(ServerWithoutCheckout, StoresIntoNoCheckout) {
+  lxservices::cms_interface::UploadJob job;
+  job.server = lxservices::cms_interface::TheManagerState().table.servers[plmKey];
+  job.id = "D1|W77|D2|T";
+  job.checkedOut = true;
+  Lines told;
+  const auto status = [&](StatusCode code, const char* uid) {
+    told.push_back(std::to_string(code) + (uid == nullptr ? "" : uid));
+  };
+  EXPECT_FALSE(RunUploadJob(job, status, {}));
+  EXPECT_EQ(answers.calls, Lines{"GetCheckoutServer"});
+  EXPECT_EQ(told, Lines{"9"});
+}
+
+TEST_F(ServerWithoutCheckout, CreatesWhatHasNoIdWhateverElseIsSaid) {
+  lxservices::cms_interface::UploadJob job;
+  job.server = lxservices::cms_interface::TheManagerState().table.servers[plmKey];
+  job.checkedOut = true;
+  EXPECT_FALSE(RunUploadJob(job, {}, {}));
+  EXPECT_EQ(answers.calls, Lines{"UploadNew"});
 }
 
 }  // namespace

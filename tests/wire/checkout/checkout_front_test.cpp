@@ -141,7 +141,9 @@ TEST_F(CheckoutFront, OfNoServerGivesNothing) {
   EXPECT_EQ(Checkin(nullptr), "");
   EXPECT_EQ(UndoCheckout(nullptr), "");
   EXPECT_EQ(GetCheckoutStatus(nullptr, nullptr), CheckoutStatusFailed);
+  uid = "before";
   EXPECT_EQ(VerifyCheckout(nullptr, uid), CheckoutStatusFailed);
+  EXPECT_EQ(uid, "");
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
@@ -189,6 +191,26 @@ TEST_F(CheckoutFront, TellsTheUserOnlyOfACheckout) {
   transport.Then(200, Document(R"("isCheckout":true,"checkoutByUser":"eve")"));
   (void)GetCheckoutStatus(temporaryUid.c_str(), &user);
   EXPECT_EQ(user, "eve");
+}
+
+// The server tells of no checkout of it, and so of nobody who holds it.
+TEST_F(CheckoutFront, ADocumentThatWasNeverCheckedInIsCheckedOutByNobodyNamed) {
+  const std::string document = Document(R"("isLatest":true)");
+  const char* onlyVersion = R"([{"id":"D1001"}])";
+  std::string user = "before";
+  transport.Then(200, document).Then(200, onlyVersion);
+  EXPECT_EQ(GetCheckoutStatus((uidStem + "D1001|W12").c_str(), &user), CheckoutInWorkspace);
+  EXPECT_EQ(user, "");
+  transport.Then(200, document)
+      .Then(200, onlyVersion)
+      .Then(200, R"([{"id":"D1001"}])")
+      .Then(200, document)
+      .Then(200, document)
+      .Then(200, onlyVersion);
+  std::string uid;
+  EXPECT_EQ(VerifyCheckout((uidStem + "D1001|W12").c_str(), uid), CheckoutInWorkspace);
+  EXPECT_EQ(uid, uidStem + "D1001|W12&file=/pump.fnl");
+  EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
 TEST_F(CheckoutFront, HasNoStatusOfADocumentThatCannotBeRead) {

@@ -1,5 +1,9 @@
 #include "documents/checkout.h"
 
+#include <algorithm>
+#include <ctime>
+
+#include "documents/workspace_name.h"
 #include "tests/wire/storing/flow_fixture.h"
 
 namespace vtdirect_test {
@@ -58,6 +62,40 @@ TEST_F(CheckingOut, MakesATemporaryWorkspaceInTheDocumentsContext) {
   EXPECT_EQ(trace.lines(), Traces{Miss("Created temporary workspace W77\n")});
 }
 
+TEST_F(CheckingOut, NamesTheTemporaryWorkspaceAfterTheSecondOfTheCall) {
+  transport.Then(200, documentAnswer);
+  ThenNonce();
+  transport.Then(200, R"({"id":"W77"})").Then(200, copyAnswer);
+  const auto first = static_cast<std::uint32_t>(std::time(nullptr));
+  EXPECT_TRUE(Checkout("D1001"));
+  const auto last = static_cast<std::uint32_t>(std::time(nullptr));
+  const std::string body = transport.requests()[2].body.value_or("");
+  bool isOfTheCall = false;
+  for (std::uint32_t second = first; second <= last; ++second) {
+    const std::string name = MakeWorkspaceName("FenloomTMP", second);
+    isOfTheCall = isOfTheCall || body.starts_with(R"({"name":")" + name + "\"");
+  }
+  EXPECT_TRUE(isOfTheCall) << body << " between the seconds " << first << " and " << last;
+}
+
+// The document that a temporary checkout was made from, in its workspace, which is not this checkout's to
+// delete.
+TEST_F(CheckingOut, OfATemporaryCheckoutGoesToItsWorkspace) {
+  transport.Then(200, documentAnswer);
+  ThenNonce();
+  transport.Then(200, copyAnswer);
+  EXPECT_TRUE(Checkout("D1001|W77|D1005|T"));
+  EXPECT_EQ(transport.requests(),
+            (Requests{Read(documentsPath + "/D1001"), ReadNonce(),
+                      Write(workspacesPath + "/W77/checkout", CheckoutBody("D1001", "M2002"))}));
+  EXPECT_EQ(info.id, "D1002|W77");
+  transport.Then(200, documentAnswer).Then(409, "locked");
+  EXPECT_FALSE(Checkout("D1001|W77|D1005|T"));
+  EXPECT_EQ(transport.lines().back(), Post(workspacesPath + "/W77/checkout"));
+  EXPECT_EQ(trace.lines(),
+            Traces{Error("Failed to checkout document D1001 to workspace W77 with error 409 : locked\n")});
+}
+
 TEST_F(CheckingOut, GoesToTheWorkspaceThatTheIdNames) {
   transport.Then(200, documentAnswer);
   ThenNonce();
@@ -89,13 +127,28 @@ TEST_F(CheckingOut, RefusesWhatIsCheckedOutWhoeverHoldsIt) {
   EXPECT_EQ(info.id, "before");
 }
 
+// Only "isCheckout" counts.
+TEST_F(CheckingOut, TakesADocumentThatIsSaidToBeTheUsersAndNotCheckedOut) {
+  transport.Then(200, R"({"pdmIterationState":{"isCheckout":false,"isCheckoutByYou":true}})");
+  ThenNonce();
+  transport.Then(200, copyAnswer);
+  EXPECT_TRUE(Checkout("D1001|W2"));
+  EXPECT_EQ(transport.lines().back(), Post(workspacesPath + "/W2/checkout"));
+  EXPECT_THAT(trace.lines(), IsEmpty());
+}
+
 TEST_F(CheckingOut, AsksEvenForAnEmptyId) {
-  transport.Then(404).Then(404);
+  transport.Then(404).Then(404).Then(404);
   EXPECT_FALSE(Checkout(""));
+  EXPECT_FALSE(Checkout(nullptr));
   EXPECT_FALSE(Checkout("|W2"));
-  EXPECT_EQ(transport.lines(), (Lines{Get(documentsPath + "/"), Get(documentsPath + "/")}));
+  EXPECT_EQ(transport.lines(), Lines(3, Get(documentsPath + "/")));
   EXPECT_EQ(trace.lines(),
-            (Traces{Error("Failed to find document id \n"), Error("Failed to find document id |W2\n")}));
+            (Traces{Error("Failed to find document id \n"), Error("Failed to find document id \n"),
+                    Error("Failed to find document id |W2\n")}));
+  transport.Then(200, R"({"pdmIterationState":{"isCheckout":true}})");
+  EXPECT_FALSE(Checkout(nullptr));
+  EXPECT_EQ(trace.lines().back(), Error("Document  is already checked out\n"));
 }
 
 TEST_F(CheckingOut, GivesUpWithoutAWorkspace) {

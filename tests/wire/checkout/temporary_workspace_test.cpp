@@ -119,6 +119,28 @@ TEST_F(TemporaryWorkspaces, AreNotTriedAgainWhenTheNameWasFree) {
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
+// Only a name, and only the whole of it, is a name that is taken.
+TEST_F(TemporaryWorkspaces, AreNotTriedAgainForALongerNameOrAnotherMember) {
+  transport.Then(409).Then(200, R"([{"id":"FenloomTMPc6801501","name":"FenloomTMPc6801501x",)"
+                                R"("description":"FenloomTMPc6801501","contextId":"FenloomTMPc6801501"}])");
+  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "");
+  EXPECT_EQ(transport.requests(), (Requests{ReadNonce(), Creation(nameAt0), List()}));
+}
+
+TEST_F(TemporaryWorkspaces, HaveTheHostsPrefixAndDescriptionAtEveryTry) {
+  SetTemporaryWorkspacePrefix("MYTMP");
+  SetTemporaryWorkspaceDescription("ours");
+  const std::string rest = R"(","contextId":"C5","description":"ours"})";
+  const std::string taken = Taken({"MYTMPc6801501"});
+  transport.Then(409).Then(200, taken).Then(200, R"({"id":"W78"})");
+  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", RunningClock), "W78");
+  EXPECT_EQ(transport.requests().back().body, R"({"name":"MYTMP2f821e22)" + rest);
+  now = 0;
+  transport.Then(409).Then(200, taken).Then(200, R"({"id":"W79"})");
+  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "W79");
+  EXPECT_EQ(transport.requests().back().body, R"({"name":"MYTMPc68015010)" + rest);
+}
+
 TEST_F(TemporaryWorkspaces, CountAFailedListAsAnEmptyOne) {
   transport.Then(409).Then(500).Then(409).Then(200, R"({"items":[]})");
   EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "");

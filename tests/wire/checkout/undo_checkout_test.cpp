@@ -118,6 +118,15 @@ TEST_F(Undoing, FailsOnlyForADocumentThatCannotBeRead) {
   EXPECT_EQ(info.id, "before");
 }
 
+TEST_F(Undoing, InAWorkspaceOfTheUsersFailsForADocumentThatCannotBeReadBehindIt) {
+  ThenNonce();
+  transport.Then(200, "[]").Then(404);
+  EXPECT_FALSE(Undo("D2|W12"));
+  EXPECT_EQ(transport.lines().back(), Get(documentsPath + "/D2"));
+  EXPECT_EQ(trace.lines(), Traces{Error("Failed to locate document D2 on server\n")});
+  EXPECT_EQ(info.id, "before");
+}
+
 TEST_F(Undoing, RefusesAnIdThatIsNoneOfACheckout) {
   Traces expected;
   for (const char* id : {"D1", "", "|W2", "D1|W77||T"}) {

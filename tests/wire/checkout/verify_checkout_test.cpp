@@ -95,6 +95,50 @@ TEST_F(Verifying, OfACopyInAWorkspaceOfTheUsersAsksForTheCopy) {
   ExpectState(true, true, true, true);
 }
 
+// The server knows of no checkout of it, and still it is the user's alone.
+TEST_F(Verifying, OfADocumentThatWasNeverCheckedInIsTheUsers) {
+  const char* fresh =
+      R"({"id":"D1","revision":"A","iteration":"1","context":{"id":"C5"},"pdmIterationState":{"isLatest":true}})";
+  const char* only = R"([{"id":"D1"}])";
+  transport.Then(200, fresh)
+      .Then(200, only)
+      .Then(200, R"([{"id":"D1"}])")
+      .Then(200, fresh)
+      .Then(200, fresh)
+      .Then(200, only);
+  EXPECT_TRUE(Verify("D1|W12"));
+  EXPECT_EQ(transport.lines(), (Lines{DocumentLine("D1"), VersionsLine("D1"), HoldLine("W12"),
+                                      DocumentLine("D1"), DocumentLine("D1"), VersionsLine("D1")}));
+  EXPECT_EQ(info.id, "D1|W12");
+  ExpectState(true, true, true, true);
+  EXPECT_FALSE(state.isLatest);
+  EXPECT_THAT(trace.lines(), IsEmpty());
+}
+
+// Nothing refuses an id beforehand: what it lacks is asked for with an empty id.
+TEST_F(Verifying, OfATemporaryCheckoutWithoutACopyTriesToRenewNothing) {
+  transport.Then(404).Then(404).Then(404);
+  EXPECT_FALSE(Verify("D1|W77||T"));
+  EXPECT_EQ(transport.lines(), Lines(3, DocumentLine("")));
+  EXPECT_EQ(trace.lines(),
+            (Traces{Error("Bad id data for checkout D1|W77||T\n"), Error("Failed to find document id \n"),
+                    Error("Failed to locate document  on server\n")}));
+}
+
+TEST_F(Verifying, OfAWorkspaceWithoutADocumentFails) {
+  transport.Then(404);
+  EXPECT_FALSE(Verify("|W2"));
+  EXPECT_EQ(transport.lines(), Lines{DocumentLine("")});
+  EXPECT_THAT(trace.lines(), IsEmpty());
+}
+
+TEST_F(Verifying, OfATemporaryCheckoutWithoutAWorkspaceReadsTheDocument) {
+  transport.Then(200, CheckedIn("D1")).Then(200, CheckedIn("D1"));
+  EXPECT_TRUE(Verify("D1||D3|T"));
+  EXPECT_EQ(transport.lines(), (Lines{DocumentLine("D1"), DocumentLine("D1")}));
+  ExpectState(true, false, false, false);
+}
+
 TEST_F(Verifying, OfAUsersCheckoutThatNoLongerStandsFails) {
   transport.Then(404);
   EXPECT_FALSE(Verify("D1002|W12"));

@@ -63,6 +63,13 @@ TEST_F(Dependencies, ThatCannotBeReadAreLeftOutWithoutATrace) {
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
+// A new dependency has an empty source, which is what an empty id names, so nothing is asked.
+TEST_F(Dependencies, OfAnEmptyIdCostNoRequest) {
+  const auto list = ResolveDependencyMap(connection, {{"axle", ""}, {"bolt", "|W2"}});
+  EXPECT_THAT(transport.lines(), IsEmpty());
+  EXPECT_THAT(NamesAndSources(list), ElementsAre("axle ", "bolt "));
+}
+
 // The read of a document succeeds whatever its body.
 TEST_F(Dependencies, WhoseDocumentIsNoJsonStandWithoutAMaster) {
   transport.Then(200, "<html>");

@@ -246,6 +246,72 @@ TEST_F(DocumentStoring, IteratesADocumentThatIsNotCheckedOut) {
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
+TEST_F(DocumentStoring, CreatesAFenletOfTheHostsApplication) {
+  SetAuthoringApplication("MYAPP");
+  ThenUploadOf3();
+  transport.Then(200, storedAnswer);
+  EXPECT_EQ(CreateDocument(connection, "pump.fnl", "C5", "", params, info, {}), Ok);
+  const std::string body = *transport.requests().back().body;
+  EXPECT_NE(body.find(R"("cadName":"pump.fnl","authoringApplication":"MYAPP"})"), std::string::npos) << body;
+  EXPECT_NE(body.find(R"("authAppVersion":"310")"), std::string::npos) << body;
+}
+
+TEST_F(DocumentStoring, IteratesWithTheApplicationThatWroteTheDocument) {
+  SetAuthoringApplication("MYAPP");
+  SetAuthAppVersion("271");
+  transport.Then(200, R"({"id":"D1","authAppVersion":"207",
+                          "epmMaster":{"cadName":"pump.fnl","authoringApplication":"MERIDOX"}})");
+  ThenUploadOf3();
+  transport.Then(200, storedAnswer);
+  EXPECT_EQ(IterateDocument(connection, "D1", params, info, {}), Ok);
+  const std::string body = *transport.requests().back().body;
+  EXPECT_NE(body.find(R"("cadName":"pump.fnl","authoringApplication":"MERIDOX"})"), std::string::npos)
+      << body;
+  EXPECT_NE(body.find(R"("authAppVersion":"207")"), std::string::npos) << body;
+}
+
+// The document is what the server calls it, and the conflict that of the id that was asked for.
+TEST_F(DocumentStoring, NamesTheGivenIdInTheResolutionOfAnIteration) {
+  transport.Then(200, R"({"id":"D9"})");
+  ThenUploadOf3();
+  transport.Then(200, storedAnswer);
+  EXPECT_EQ(IterateDocument(connection, "D1", params, info, {}), Ok);
+  const std::string body = *transport.requests().back().body;
+  EXPECT_TRUE(body.starts_with(R"({"iterateInstructions":[{"epmDocument":{"id":"D9",)")) << body;
+  EXPECT_NE(body.find(R"("field":"id","value":"D1"})"), std::string::npos) << body;
+}
+
+TEST_F(DocumentStoring, OfAFenletWithMetadataAndNoViewableStoresTwoFiles) {
+  params.viewablePath = nullptr;
+  ThenNonce();
+  transport.Then(200, Ticket(2)).Then(200, Receipts(2)).Then(200, storedAnswer);
+  EXPECT_EQ(CreateDocument(connection, "pump.fnl", "C5", "", params, info, {}), Ok);
+  EXPECT_EQ(transport.requests()[2].body,
+            Multipart("901:f1:901;902:f2:902;", {{"f1", "main.fnl", "MAIN"}, {"f2", "meta.json", "{}"}}));
+  const std::string body = *transport.requests().back().body;
+  EXPECT_NE(body.find(R"("secondaryContents":[{"category":"VCSINFO","fileName":"cad-metadata.json",)"
+                      R"("isHidden":true,"streamId":902,"uploadInfo":{"encodedCCD":"r2"}}])"),
+            std::string::npos)
+      << body;
+}
+
+TEST_F(DocumentStoring, ReadsNoDependenciesAtAnIterationOfAnotherKind) {
+  const std::map<std::string, std::string> map{{"bolt", "D7"}};
+  params.dependencies = &map;
+  for (const DocumentKind kind : {DocumentKind::General, DocumentKind::Ugc}) {
+    params.kind = kind;
+    connection = NewConnection();
+    transport.ClearRequests();
+    transport.Then(200, R"({"id":"D1"})");
+    ThenNonce();
+    transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
+    EXPECT_EQ(IterateDocument(connection, "D1", params, info, {}), Ok);
+    EXPECT_EQ(transport.lines(), (Lines{Get(documentsPath + "/D1"), Get(noncePath), Post(factoryPath),
+                                        uploadLine, Post(documentsPath)}));
+    EXPECT_EQ(transport.requests().back().body->find("erived"), std::string::npos);
+  }
+}
+
 TEST_F(DocumentStoring, DropsDependenciesAtAnIterationWithAnEmptyMap) {
   const std::map<std::string, std::string> none;
   params.dependencies = &none;

@@ -101,6 +101,19 @@ TEST_F(UploadTarget, AtTheTopOfTheFoldersAsksForNoFolder) {
             (Lines{contextsLine, Get(noncePath), Post(factoryPath), uploadLine, Post(documentsPath)}));
 }
 
+// A path that ends with its section names no document: what the server makes of that is its affair.
+TEST_F(UploadTarget, MayBeASectionAlone) {
+  transport.Then(200, gadgetContext);
+  ThenStore();
+  EXPECT_EQ(Upload("Products/Gadget/Folders"), Ok);
+  EXPECT_NE(EndOfBody("").find(R"("cadName":"")"), std::string::npos) << EndOfBody("");
+  EXPECT_EQ(EndOfBody("").find("targetFolderId"), std::string::npos);
+  transport.Then(200, gadgetContext).Then(200, R"([{"id":"W1","name":"x"}])");
+  EXPECT_EQ(Upload("Products/Gadget/Workspaces"), Refused);
+  EXPECT_EQ(trace.lines(),
+            Traces{Error("Failed to locate workspace  in context OR:vn.Product:5 on server\n")});
+}
+
 TEST_F(UploadTarget, LosesTheVersionInThePath) {
   transport.Then(200, gadgetContext);
   ThenStore();

@@ -45,6 +45,16 @@ TEST_F(AuthoringApplicationVersions, CountAsRegisteredFor204Alone) {
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
+TEST_F(AuthoringApplicationVersions, AreRegisteredOutOfAFileThatGoesBehindIt) {
+  ThenNonce();
+  Lines during;
+  transport.Then({.status = 204, .body = "", .afterwards = [&] { during = Leftovers(); }});
+  EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "310");
+  ASSERT_EQ(during.size(), 1u);
+  EXPECT_TRUE(during.front().starts_with("register") && during.front().ends_with(".json")) << during.front();
+  EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
 TEST_F(AuthoringApplicationVersions, AreNotRegisteredWithoutAFileForTheBody) {
   setenv("TMPDIR", directory.File("missing").c_str(), 1);
   EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "");

@@ -177,6 +177,26 @@ TEST_F(ContentUpload, ReadsStreamNumbersUpTo64Bits) {
   EXPECT_THAT(Uploaded(), ElementsAre("18446744073709551615 x"));
 }
 
+TEST_F(ContentUpload, ReadsStreamNumbersAsFarAsTheyAreSome) {
+  ThenNonce();
+  transport
+      .Then(200,
+            R"({"masterUrl":"m","uploadUrl":"https://f/u","fileNames":["f","g"],"streamIds":["901x","-1"]})")
+      .Then(200, R"({"contentInfos":[{"streamId":18446744073709551615,"encodedInfo":"y"},
+                     {"streamId":901,"encodedInfo":"x"}]})");
+  EXPECT_EQ(Upload({MakeLocal("a", "A"), MakeLocal("b", "B")}), Ok);
+  EXPECT_THAT(Uploaded(), ElementsAre("901 x", "18446744073709551615 y"));
+}
+
+TEST_F(ContentUpload, KeepsTheLaterOfTwoReceiptsForOneStream) {
+  ThenNonce();
+  transport.Then(200, Ticket(1))
+      .Then(200,
+            R"({"contentInfos":[{"streamId":901,"encodedInfo":"x"},{"streamId":901,"encodedInfo":"y"}]})");
+  EXPECT_EQ(Upload({MakeLocal("a", "A")}), Ok);
+  EXPECT_THAT(Uploaded(), ElementsAre("901 y"));
+}
+
 // Nothing between here and the host takes these up: a server that gives out no numbers cannot be served.
 TEST_F(ContentUpload, RaisesForStreamsThatAreNoNumbersAndLeavesNothingBehind) {
   ThenNonce();

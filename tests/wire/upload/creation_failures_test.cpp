@@ -4,7 +4,6 @@
 namespace vtdirect_test {
 namespace {
 
-const TraceLine uploaded = Information("Uploaded document id D9 (A.2)\n");
 const TraceLine notNamed = Error("Failed find any document with CADName pump.fnl");
 const TraceLine noFile = Miss("Failed to find file pump.fnl");
 

@@ -4,8 +4,6 @@
 namespace vtdirect_test {
 namespace {
 
-const TraceLine uploaded = Information("Uploaded document id D9 (A.2)\n");
-
 class UploadFailures : public UploadWalkTest {
  protected:
   // The schema, and then the steps of a document's state. Each flow goes on behind them.

@@ -9,7 +9,6 @@ namespace {
 using namespace VtDirectManager;
 using testing::IsEmpty;
 
-const std::string temporaryUid = uidStem + "D1001|W77|D1002|T";
 const std::string newPath = "//plm/Products/Gadget/Folders/a.fnl";
 const Answer tooLarge{413, "", du::http::ErrorCode::TooLarge};
 

@@ -20,6 +20,17 @@ inline std::string DocumentLine(const std::string& id) {
   return Get(documentsPath + "/" + id);
 }
 
+inline const std::string temporaryUid = uidStem + "D1001|W77|D1002|T";
+inline const std::string versionsLine = DocumentLine("D1") + "/versions?contextId=";
+inline const Lines iterationLines{DocumentLine("D1"), Get(noncePath), Post(factoryPath), uploadLine,
+                                  Post(documentsPath)};
+inline const TraceLine uploaded = Information("Uploaded document id D9 (A.2)\n");
+
+inline Lines JoinLines(Lines first, const Lines& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
 /// A test of the exported functions with local files to store, that leaves nothing behind.
 class UploadFrontTest : public ListedServerTest {
  protected:
@@ -54,6 +65,25 @@ class UploadFrontTest : public ListedServerTest {
   void ThenNewName() {
     ThenSchema();
     transport.Then(404).Then(404).Then(404).Then(200, "[]").Then(200, "[]");
+  }
+  /// What a new iteration of "D1" takes behind its preparation.
+  void ThenIterate() {
+    transport.Then(200, R"({"id":"D1"})");
+    ThenNonce();
+    ThenUpload();
+    transport.Then(200, storedDocument);
+  }
+  /// The server answers, and has the temporary checkout.
+  void ThenTemporaryCheckout() {
+    ThenSchema();
+    transport.Then(200, R"({"id":"D1001"})");
+  }
+  /// What a store takes behind its preparation.
+  void ThenStore(const char* working = R"({"id":"D1002"})") {
+    transport.Then(200, working);
+    ThenNonce();
+    ThenUpload();
+    transport.Then(200, "[]");
   }
   [[nodiscard]] TraceLine Storing(const std::string& relativePath = {}) const {
     return Information("Storing document (" + mainPath + " ) to (<> - <" + relativePath + ">)\n");

@@ -6,24 +6,6 @@ namespace {
 using namespace VtDirectManager;
 using testing::IsEmpty;
 
-const std::string temporaryUid = uidStem + "D1001|W77|D1002|T";
-const std::string versionsLine = DocumentLine("D1") + "/versions?contextId=";
-const Lines iterationLines{DocumentLine("D1"), Get(noncePath), Post(factoryPath), uploadLine,
-                           Post(documentsPath)};
-const TraceLine uploaded = Information("Uploaded document id D9 (A.2)\n");
-
-Lines Join(Lines first, const Lines& second) {
-  first.insert(first.end(), second.begin(), second.end());
-  return first;
-}
-
-std::function<void()> task;
-bool acceptsTasks = true;
-bool KeepTask(std::function<void()> given) {
-  task = std::move(given);
-  return acceptsTasks;
-}
-
 class Uploading : public UploadFrontTest {
  protected:
   bool UploadFenlet(const std::string& path, bool checkIn = false) {
@@ -31,23 +13,6 @@ class Uploading : public UploadFrontTest {
   }
   bool UploadPlain(const std::string& path, FileType kind = FileTypeFenlet, bool checkIn = false) {
     return Upload(kind, path.c_str(), mainPath.c_str(), Status(), {}, nullptr, checkIn);
-  }
-  void ThenIterate() {
-    transport.Then(200, R"({"id":"D1"})");
-    ThenNonce();
-    ThenUpload();
-    transport.Then(200, storedDocument);
-  }
-  // The server answers, and has the temporary checkout.
-  void ThenTemporaryCheckout() {
-    ThenSchema();
-    transport.Then(200, R"({"id":"D1001"})");
-  }
-  void ThenStore(const char* working = R"({"id":"D1002"})") {
-    transport.Then(200, working);
-    ThenNonce();
-    ThenUpload();
-    transport.Then(200, "[]");
   }
 };
 
@@ -62,7 +27,7 @@ TEST_F(Uploading, ToAPlainDocumentMakesAnIterationAndNeverChecksIn) {
     ThenPlainDocument();
     ThenIterate();
     EXPECT_TRUE(UploadFenlet(uidOfD1, checkIn));
-    EXPECT_EQ(transport.lines(), Join({probeLine, DocumentLine("D1"), versionsLine}, iterationLines));
+    EXPECT_EQ(transport.lines(), JoinLines({probeLine, DocumentLine("D1"), versionsLine}, iterationLines));
     EXPECT_EQ(statuses, Lines{"0 " + storedUid});
     EXPECT_EQ(trace.lines(), (Traces{Storing(), uploaded}));
     EXPECT_TRUE(ShouldInvalidateCache(false));
@@ -244,90 +209,51 @@ TEST_F(Uploading, TellsItsProgressAndTakesALanguage) {
   EXPECT_NE(transport.requests().back().body->find(R"("parameterValue":{"value":"de"})"), std::string::npos);
 }
 
-TEST_F(Uploading, WithoutATaskRunnerRunsInTheCall) {
-  ThenPlainDocument();
-  ThenIterate();
-  EXPECT_TRUE(UploadAsync(uidOfD1, mainPath.c_str(), "", noLinks, Status(), {}, nullptr, false));
-  EXPECT_EQ(statuses, Lines{"0 " + storedUid});
-  ThenPlainDocument();
-  transport.Then(404);
-  // The task was run; what came of it is told by the status alone.
-  EXPECT_TRUE(UploadAsync(FileTypeGeneral, uidOfD1, mainPath.c_str(), Status(), {}, nullptr, false));
-  EXPECT_EQ(statuses.back(), "8 (null)");
-}
-
-TEST_F(Uploading, AsATaskTransfersWhenTheRunnerRunsItWhateverBecameOfArgumentsAndServers) {
-  RegisterTaskRunner(KeepTask);
-  acceptsTasks = true;
-  ThenPlainDocument();
-  {
-    std::string path = uidOfD1;
-    std::string file = mainPath;
-    std::string viewable;
-    std::string language = "de";
-    std::map<std::string, std::string> links;
-    EXPECT_TRUE(UploadAsync(path.c_str(), file.c_str(), viewable.c_str(), links, Status(), {},
-                            language.c_str(), false));
-    path.assign(path.size(), 'x');
-    file.assign(file.size(), 'x');
-    language.assign(language.size(), 'x');
+// Each form that takes one, in the order of the header.
+TEST_F(Uploading, TellsItsProgressInEachForm) {
+  std::size_t told = 0;
+  const auto note = [&](std::size_t done, std::size_t) {
+    told = done;
+    return true;
+  };
+  const char* file = mainPath.c_str();
+  const std::vector<std::function<bool()>> forms{
+      [&] { return Upload(FileTypeGeneral, uidOfD1, file, Status(), note, nullptr, false); },
+      [&] { return Upload(FileTypeUgc, uidOfD1, file, Status(), note, nullptr, false); },
+      [&] { return UploadAsync(uidOfD1, file, "", noLinks, Status(), note, nullptr, false); },
+      [&] { return UploadAsync(FileTypeFenlet, uidOfD1, file, Status(), note, "de", false); },
+      [&] {
+        return UploadFenletAsync(uidOfD1, file, {"", nullptr, nullptr, nullptr}, Status(), note, false);
+      },
+  };
+  for (std::size_t form = 0; form < forms.size(); ++form) {
+    UpdateServerList({});
+    UpdateServerList({{"plm", plmUrl}});
+    transport.ClearRequests();
+    told = 0;
+    ThenPlainDocument();
+    ThenIterate();
+    EXPECT_TRUE(forms[form]()) << form;
+    ASSERT_EQ(transport.requests().size(), 8u) << form;
+    EXPECT_EQ(told, transport.requests()[6].body->size()) << form;
+    const bool isGerman = transport.requests().back().body->find(R"("value":"de")") != std::string::npos;
+    EXPECT_EQ(isGerman, form == 3) << form;
   }
-  EXPECT_EQ(transport.lines(), (Lines{probeLine, DocumentLine("D1"), versionsLine}));
-  EXPECT_THAT(statuses, IsEmpty());
-  EXPECT_THAT(trace.lines(), IsEmpty());
-  UpdateServerList({});
+}
+
+// A host may ask for the flag and look at its log as soon as it is told.
+TEST_F(Uploading, IsTracedAndOutdatesWhatIsKnownBeforeItIsTold) {
+  ThenPlainDocument();
   ThenIterate();
-  task();
-  task = {};
-  EXPECT_EQ(transport.lines(), Join({probeLine, DocumentLine("D1"), versionsLine}, iterationLines));
-  EXPECT_EQ(statuses, Lines{"0 " + storedUid});
-  EXPECT_NE(transport.requests().back().body->find(R"("value":"de")"), std::string::npos);
-}
-
-TEST_F(Uploading, AsATaskThatTheRunnerRefusesFailsSilently) {
-  RegisterTaskRunner(KeepTask);
-  acceptsTasks = false;
-  ThenPlainDocument();
-  EXPECT_FALSE(UploadAsync(uidOfD1, mainPath.c_str(), "", noLinks, Status(), {}, nullptr, false));
-  task = {};
-  EXPECT_THAT(statuses, IsEmpty());
-  EXPECT_THAT(trace.lines(), IsEmpty());
-}
-
-TEST_F(Uploading, OfAFenletWithAllThatItCanHave) {
-  const std::string viewable = directory.File("local/view.lxz");
-  const std::string metadata = directory.File("local/meta.json");
-  WriteFile(viewable, "VIEW");
-  WriteFile(metadata, "{}");
-  const std::map<std::string, std::string> links{{"bo%7clt", uidStem + "D7"}};
-  const UploadFenletParams params{viewable.c_str(), metadata.c_str(), &links, "de"};
-  ThenPlainDocument();
-  transport.Then(200, R"({"id":"D1"})").Then(200, R"({"epmMaster":{"id":"M7","cadName":"bolt.fnl"}})");
-  ThenNonce();
-  transport.Then(200, Ticket(3)).Then(200, Receipts(3)).Then(200, storedDocument);
-  EXPECT_TRUE(UploadFenletAsync(uidOfD1, mainPath.c_str(), params, Status(), {}, false));
-  EXPECT_EQ(transport.lines(),
-            (Lines{probeLine, DocumentLine("D1"), versionsLine, DocumentLine("D1"), DocumentLine("D7"),
-                   Get(noncePath), Post(factoryPath), uploadLine, Post(documentsPath)}));
-  EXPECT_EQ(transport.requests()[7].body,
-            Multipart("901:f1:901;902:f2:902;903:f3:903;",
-                      {{"f1", "main.fnl", "MAIN"}, {"f2", "view.lxz", "VIEW"}, {"f3", "meta.json", "{}"}}));
-  const std::string body = *transport.requests().back().body;
-  EXPECT_NE(body.find(R"("asStoredChildName":"bo|lt")"), std::string::npos) << body;
-  EXPECT_NE(body.find(R"("category":"VCSINFO")"), std::string::npos) << body;
-  EXPECT_NE(body.find(R"("value":"de")"), std::string::npos) << body;
-  EXPECT_EQ(trace.lines(), (Traces{Information("Storing document (" + mainPath + " " + viewable + ") to (<" +
-                                               metadata + "> - <>)\n"),
-                                   uploaded}));
-}
-
-TEST_F(Uploading, OfAFenletWithNothingBesideItsContent) {
-  const UploadFenletParams params{"", nullptr, nullptr, nullptr};
-  ThenTemporaryCheckout();
-  ThenStore();
-  transport.Then(200, storedDocument).Then(200);
-  EXPECT_TRUE(UploadFenletAsync(temporaryUid.c_str(), mainPath.c_str(), params, Status(), {}, false));
-  EXPECT_EQ(statuses, Lines{"0 " + storedUid});
+  bool wasOutdated = false;
+  Traces traced;
+  const auto status = [&](StatusCode, const char*) {
+    wasOutdated = ShouldInvalidateCache(false);
+    traced = trace.lines();
+  };
+  EXPECT_TRUE(Upload(uidOfD1, mainPath.c_str(), "", noLinks, status, {}, nullptr, false));
+  EXPECT_TRUE(wasOutdated);
+  EXPECT_EQ(traced, (Traces{Storing(), uploaded}));
 }
 
 TEST_F(Uploading, OfAFileThatIsNotThereIsTheServersToRefuse) {

@@ -107,6 +107,27 @@ TEST_F(UploadTicketing, PassesOverElementsThatAreNoTexts) {
   EXPECT_THAT(ticket.streamIds, ElementsAre("901"));
 }
 
+TEST_F(UploadTicketing, TakesTheLaterOfTwoTextsAndAllOfTwoLists) {
+  ThenNonce();
+  transport.Then(200, R"({"masterUrl":"m1","fileNames":["f1"],"uploadUrl":"u1","streamIds":["1"],
+                          "masterUrl":"m2","fileNames":["f2"],"uploadUrl":"u2","streamIds":["2","3"]})");
+  EXPECT_TRUE(Request(1));
+  EXPECT_EQ(ticket.masterUrl, "m2");
+  EXPECT_EQ(ticket.uploadUrl, "u2");
+  EXPECT_THAT(ticket.fileNames, ElementsAre("f1", "f2"));
+  EXPECT_THAT(ticket.streamIds, ElementsAre("1", "2", "3"));
+}
+
+TEST_F(UploadTicketing, HoldsItsBodyInAFileMeanwhileAndNotLonger) {
+  ThenNonce();
+  Lines during;
+  transport.Then({.status = 200, .body = Ticket(1), .afterwards = [&] { during = Leftovers(); }});
+  EXPECT_TRUE(Request(1));
+  ASSERT_EQ(during.size(), 1u);
+  EXPECT_TRUE(during.front().starts_with("upload") && during.front().ends_with(".json")) << during.front();
+  EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
 TEST_F(UploadTicketing, AsksForTheNonceAgainBeforeTheOlderAddress) {
   transport.Then(500).Then(404);
   ThenNonce();

@@ -85,6 +85,14 @@ TEST_F(WorkspaceReads, TheUsersAreThoseWithoutTheTemporaryPrefix) {
   EXPECT_THAT(Names(list), ElementsAre(" ", "W1 mine", "W3 MYTMP1"));
 }
 
+TEST_F(WorkspaceReads, TheTemporaryPrefixStandsAtTheBeginningInTheseLetters) {
+  transport.Then(200, R"([{"id":"W1","name":"my FenloomTMP"},{"id":"W2","name":"fenloomtmp1"},
+                          {"id":"W3","name":"FenloomTM"},{"id":"W4","name":"FenloomTMP"}])");
+  WorkspaceList list;
+  EXPECT_TRUE(ListUserWorkspaces(connection, "C5", list));
+  EXPECT_THAT(Names(list), ElementsAre("W1 my FenloomTMP", "W2 fenloomtmp1", "W3 FenloomTM"));
+}
+
 TEST_F(WorkspaceReads, TheTemporaryPrefixIsTheHosts) {
   SetTemporaryWorkspacePrefix("MYTMP");
   transport.Then(200, three);
