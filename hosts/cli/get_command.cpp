@@ -26,22 +26,20 @@ ExitCode RunGet(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow GetCommand() {
-  return {
-      "get",
-      "Download an object's content",
-      "Downloads the content of the object at ADDRESS. It is written to a temporary file beside the target, "
-      "brought to the disk and renamed into place, so that a download that fails or is interrupted never "
-      "harms what was there. A symbolic link is followed: the file that it leads to is replaced, and the "
-      "link "
-      "stays. A device or a pipe is written into.\n\nWithout -o the file name is that of the object, escaped "
-      "as in a path (the characters |\\/<>:\"?*% as %hh), in the current directory. A dot in front and "
-      "control "
-      "bytes are escaped too, so that no name leads out of the directory or hides in it.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      DownloadOptions(),
-      true,
-      RunGet,
-      Members()};
+  return {"get",
+          "Download an object's content",
+          "Downloads the content of the object at ADDRESS. It is written to a temporary file beside the "
+          "target, brought to the disk and renamed into place, so that a download that fails or is "
+          "interrupted never harms what was there. A symbolic link is followed: the file that it leads to is "
+          "replaced, and the link stays. A device or a pipe is written into.\n\n"
+          "Without -o the file name is that of the object, escaped as in a path (the characters |\\/<>:\"?*% "
+          "as %hh), in the current directory. A dot in front and control bytes are escaped too, so that no "
+          "name leads out of the directory or hides in it.",
+          {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+          DownloadOptions(),
+          true,
+          RunGet,
+          Members()};
 }
 
 }  // namespace vtdirect_cli

@@ -178,23 +178,19 @@ CommandRow PutCommand() {
       "put",
       "Store a file as a document",
       "Stores FILE at ADDRESS, and prints the UID to go on with.\n\n"
-      "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the document "
-      "gets FILE's name, escaped as in a path, and stays named so. A path to a document that is not there "
-      "creates it. An existing document gets a new iteration; one that is checked out by vtdirect gets a "
-      "store "
-      "into its working copy, as does the UID or the path of a working copy. A document that somebody else "
-      "has "
-      "checked out, or you by other means, is refused before anything is sent.\n\n"
+      "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
+      "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
+      "not there creates it. An existing document gets a new iteration; one that is checked out by "
+      "vtdirect gets a store into its working copy, as does the UID or the path of a working copy. A "
+      "document that somebody else has checked out, or you by other means, is refused before anything is "
+      "sent.\n\n"
       "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
       "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
-      "that "
-      "the server carries over. Metadata is of one iteration: without --metadata the new one has none. "
-      "Documents "
-      "of the kinds general and ugc take a content alone.\n\n"
+      "that the server carries over. Metadata is of one iteration: without --metadata the new one has "
+      "none. Documents of the kinds general and ugc take a content alone.\n\n"
       "The files must not be written to while they are sent; when they are, nothing is stored. They are "
-      "copied to the directory for temporary files first, which needs room for all of them. A failure says "
-      "which "
-      "step failed, what stands on the server, and what can be done next.",
+      "copied to the directory for temporary files first, which needs room for all of them. A failure "
+      "says which step failed, what stands on the server, and what can be done next.",
       {{"FILE", "A local file."}, {"ADDRESS", "A path or a UID; see ADDRESSES."}},
       Options(),
       true,

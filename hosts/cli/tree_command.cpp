@@ -113,14 +113,13 @@ CommandRow TreeCommand() {
   return {
       "tree",
       "Print a folder and all below it",
-      "Walks the tree below PATH depth first and prints one line for each folder and document, indented by "
-      "two blanks a level; a folder's name closes with \"/\". In each folder the documents come first, as "
-      "the "
-      "server delivers them, then its folders by the bytes of their names. Only names of folders are kept in "
-      "memory, one folder's for each level.\n\nA folder that can't be listed is passed over with a warning. "
-      "A folder that contains itself would have no end, so a walk goes 64 levels deep and lists a million "
-      "folders at most. When any of this leaves something out, the exit status is 11. A missing \"/\" at the "
-      "end of PATH is added.",
+      "Walks the tree below PATH depth first and prints one line for each folder and document, indented "
+      "by two blanks a level; a folder's name closes with \"/\". In each folder the documents come first, "
+      "as the server delivers them, then its folders by the bytes of their names. Only names of folders "
+      "are kept in memory, one folder's for each level.\n\n"
+      "A folder that can't be listed is passed over with a warning. A folder that contains itself would "
+      "have no end, so a walk goes 64 levels deep and lists a million folders at most. When any of this "
+      "leaves something out, the exit status is 11. A missing \"/\" at the end of PATH is added.",
       {{"PATH", "A path; see ADDRESSES."}},
       {{"depth", 'd', "LEVELS", false, Completion::Nothing,
         "Show this many levels below PATH, and be content with it."},

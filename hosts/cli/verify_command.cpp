@@ -197,16 +197,13 @@ CommandRow VerifyCommand() {
   return {
       "verify",
       "Confirm that a checkout still stands",
-      "Asks the server whether the working copy at ADDRESS still stands, and prints the UID to go on with. "
-      "ADDRESS is that of the working copy, or of a document that is checked out by vtdirect (see "
-      "checkouts). "
-      "When a temporary workspace is gone, the document is checked out anew, which gives another UID; what "
-      "was "
-      "stored and not checked in is lost then, and a warning says so.\n\nWhere the checkout doesn't stand, "
-      "the "
-      "exit status is 1, standard error tells what does, and the UID is the document's. What is kept is "
-      "brought "
-      "up to date: a checkout that stands is kept, and one that doesn't is dropped.",
+      "Asks the server whether the working copy at ADDRESS still stands, and prints the UID to go on "
+      "with. ADDRESS is that of the working copy, or of a document that is checked out by vtdirect (see "
+      "checkouts). When a temporary workspace is gone, the document is checked out anew, which gives "
+      "another UID; what was stored and not checked in is lost then, and a warning says so.\n\n"
+      "Where the checkout doesn't stand, the exit status is 1, standard error tells what does, and the "
+      "UID is the document's. What is kept is brought up to date: a checkout that stands is kept, and one "
+      "that doesn't is dropped.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
       {},
       true,

@@ -96,21 +96,17 @@ CommandRow XliffPutCommand() {
       "xliff put",
       "Send a source XLIFF for a document",
       "Sends the XLIFF file FILE as what is to be translated of the document at ADDRESS: its first source "
-      "XLIFF, or a new iteration of the one that it has. Prints the UID of the source XLIFF, and says which "
-      "of "
-      "the two it was.\n\nBefore anything is sent, FILE is checked: it must be well-formed XLIFF 1.2, or 2.0 "
-      "to "
-      "2.2, in that version's namespace, with at least one <file>; and its source language (source-language "
-      "of "
-      "each <file>, or srcLang of a 2.x file) must fit --language. Languages are compared without regard to "
+      "XLIFF, or a new iteration of the one that it has. Prints the UID of the source XLIFF, and says "
+      "which of the two it was.\n\n"
+      "Before anything is sent, FILE is checked: it must be well-formed XLIFF 1.2, or 2.0 to 2.2, in that "
+      "version's namespace, with at least one <file>; and its source language (source-language of each "
+      "<file>, or srcLang of a 2.x file) must fit --language. Languages are compared without regard to "
       "case, and \"_\" counts as \"-\"; a name without a region fits every region, so en fits en-US and "
-      "en-US "
-      "fits en, and en-GB doesn't fit en-US. A document type declaration is a fault: entities can be "
-      "declared "
-      "there. The content of the units isn't checked. What is wrong is told with its line, and nothing is "
-      "sent.\n\nWhere a first source XLIFF goes is up to the server's XLIFF preferences for the document and "
-      "the language. An upload that fails has not changed what the document shows as its source XLIFF, or "
-      "the "
+      "en-US fits en, and en-GB doesn't fit en-US. A document type declaration is a fault: entities can "
+      "be declared there. The content of the units isn't checked. What is wrong is told with its line, "
+      "and nothing is sent.\n\n"
+      "Where a first source XLIFF goes is up to the server's XLIFF preferences for the document and the "
+      "language. An upload that fails has not changed what the document shows as its source XLIFF, or the "
       "message says what it shows now.",
       {{"ADDRESS", "A path or a UID of the document; see ADDRESSES."}, {"FILE", "The XLIFF file to send."}},
       {{"language", 'l', "LANGUAGE", false, Completion::Nothing,
