@@ -8,18 +8,21 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "tests/support/unused_port.h"
+
 namespace vtdirect_test {
 namespace {
 
 constexpr std::string_view kReady = "vantry-sim listening on ";
 
-// A port that the system gives to nobody who asks for any: a server that is started again must find its port
-// free, whatever runs beside it, and other tests and their connections take ports all the time.
-int PortOfThisProcess() {
-  constexpr int first = 10'000;
-  constexpr int count = 20'000;
-  static int used = 0;
-  return first + (static_cast<int>(getpid()) * 8 + used++) % count;
+std::vector<std::string> Words(const std::string& directory, const std::string& log,
+                               const std::vector<std::string>& options) {
+  std::vector<std::string> words = {SIMULATOR_PROGRAM, "--data", directory + "/data", "--log", log};
+  if (std::find(options.begin(), options.end(), "--port") == options.end()) {
+    words.insert(words.end(), {"--port", std::to_string(UnusedPort())});
+  }
+  words.insert(words.end(), options.begin(), options.end());
+  return words;
 }
 
 int PortOf(const std::string& authority) {
@@ -50,20 +53,7 @@ std::string Exchange(int port, const std::string& request) {
 
 Simulator::Simulator(const std::string& directory, const std::vector<std::string>& options)
     : log_(directory + "/log") {
-  const bool isPortGiven = std::find(options.begin(), options.end(), "--port") != options.end();
-  std::string error;
-  // Another program of this machine may sit on the first port that is tried.
-  for (int tries = 0; tries < (isPortGiven ? 1 : 20) && url_.empty(); ++tries) {
-    std::vector<std::string> words = {SIMULATOR_PROGRAM, "--data", directory + "/data", "--log", log_};
-    if (!isPortGiven) words.insert(words.end(), {"--port", std::to_string(PortOfThisProcess())});
-    words.insert(words.end(), options.begin(), options.end());
-    error = Start(words);
-  }
-  if (url_.empty()) throw std::runtime_error("vantry-sim: " + error);
-}
-
-std::string Simulator::Start(const std::vector<std::string>& words) {
-  process_ = std::make_unique<Process>(words, ProcessOptions{});
+  process_ = std::make_unique<Process>(Words(directory, log_, options), ProcessOptions{});
   const auto ready = [this] {
     const std::string output = process_->OutputSoFar();
     const std::size_t start = output.find(kReady);
@@ -72,7 +62,7 @@ std::string Simulator::Start(const std::vector<std::string>& words) {
     url_ = output.substr(start + kReady.size(), output.find('\n', start) - start - kReady.size());
     return true;
   };
-  return WaitUntil(ready) && !url_.empty() ? std::string() : process_->Wait().err;
+  if (!WaitUntil(ready) || url_.empty()) throw std::runtime_error("vantry-sim: " + process_->Wait().err);
 }
 
 Simulator::~Simulator() {

@@ -9,8 +9,8 @@
 
 namespace vtdirect_test {
 
-/// A running vantry-sim with the demo repository, on a port of its own, with its data in `directory`. The
-/// option "--port" gives it another one, so that it can be started again where it was.
+/// A running vantry-sim with the demo repository, on a port of its own that stays free, with its data in
+/// `directory`. The option "--port" gives it another one, so that it can be started again where it was.
 class Simulator {
  public:
   Simulator(const std::string& directory, const std::vector<std::string>& options);
@@ -30,9 +30,6 @@ class Simulator {
   [[nodiscard]] std::string Log() const;
 
  private:
-  /// Gives why it didn't start; nothing when it did, and has a URL.
-  [[nodiscard]] std::string Start(const std::vector<std::string>& words);
-
   std::string log_;
   std::string url_;
   std::unique_ptr<Process> process_;

@@ -1,8 +1,6 @@
 #include "tests/e2e/cli/vtdirect_fixture.h"
 
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,18 +69,6 @@ std::vector<std::string> VtDirect::HereNames() const {
 
 std::vector<std::string> VtDirect::TemporaryNames() const {
   return NamesIn(base_.File("temporary"));
-}
-
-int UnusedPort() {
-  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  EXPECT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), size), 0);
-  EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size), 0);
-  close(descriptor);
-  return ntohs(address.sin_port);
 }
 
 }  // namespace vtdirect_test

@@ -10,6 +10,7 @@
 #include "tests/e2e/cli/process.h"
 #include "tests/e2e/cli/simulator.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/unused_port.h"
 
 namespace vtdirect_test {
 
@@ -50,8 +51,5 @@ class VtDirect : public testing::Test {
   TemporaryDirectory base_;
   std::unique_ptr<Simulator> simulator_;
 };
-
-/// A TCP port on which nobody listens.
-[[nodiscard]] int UnusedPort();
 
 }  // namespace vtdirect_test

@@ -6,6 +6,7 @@
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/scripted_server.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/unused_port.h"
 
 namespace {
 
@@ -76,7 +77,7 @@ TEST_F(Failure, ConnectsToNobodyByItself) {
 }
 
 TEST_F(Failure, RefusedPort) {
-  ExpectFailure(FetchFrom("http://127.0.0.1:" + std::to_string(vtdirect_test::ClosedPort())),
+  ExpectFailure(FetchFrom("http://127.0.0.1:" + std::to_string(vtdirect_test::UnusedPort())),
                 ErrorCode::NoConnection);
 }
 

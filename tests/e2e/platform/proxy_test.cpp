@@ -3,6 +3,7 @@
 
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/scripted_server.h"
+#include "tests/support/unused_port.h"
 
 namespace {
 
@@ -19,7 +20,7 @@ class Proxy : public testing::Test {
 
 TEST_F(Proxy, ComesFromTheEnvironment) {
   ScriptedServer server([](Peer& peer, WireRequest&) { peer.Answer(200, "direct"); });
-  const std::string closed = "http://127.0.0.1:" + std::to_string(vtdirect_test::ClosedPort());
+  const std::string closed = "http://127.0.0.1:" + std::to_string(vtdirect_test::UnusedPort());
   setenv("http_proxy", closed.c_str(), 1);
   EXPECT_EQ(FetchFrom(server.Url()).code, ErrorCode::NoConnection);
   setenv("no_proxy", "127.0.0.1", 1);

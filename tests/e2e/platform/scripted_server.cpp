@@ -219,10 +219,4 @@ void ScriptedServer::Serve(int socket) {
   peer.Close();
 }
 
-int ClosedPort() {
-  int port = 0;
-  close(Listen(&port));
-  return port;
-}
-
 }  // namespace vtdirect_test

@@ -91,7 +91,4 @@ class ScriptedServer {
   std::thread acceptor_;
 };
 
-/// A port of 127.0.0.1 that nobody listens on.
-int ClosedPort();
-
 }  // namespace vtdirect_test

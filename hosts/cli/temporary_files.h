@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "hosts/cli/exit_code.h"
+
+namespace vtdirect_cli {
+
+/// Where temporary files go: what TMPDIR names, else /tmp.
+[[nodiscard]] std::string TemporaryDirectory();
+
+/// Why no temporary file of some size can be kept, in that directory; nothing when one
+/// can. Writes one to find out, and removes it.
+[[nodiscard]] std::optional<Failure> TemporaryFilesFailure();
+
+}  // namespace vtdirect_cli
