@@ -4,6 +4,7 @@
 #include "hosts/cli/checkout_book.h"
 #include "hosts/cli/command.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/document_place.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/storing_failure.h"
@@ -35,7 +36,8 @@ ExitCode RunCheckout(Host& host, const Arguments& arguments) {
   InterruptionReport report(host, "checkout");
   ForgetTracedErrors();
   const std::string document = VtDirectManager::GetUID(address.c_str());
-  const auto refusal = RefusalOfCheckout(host, address, document);
+  auto refusal = RefusalOfCheckout(host, address, document);
+  if (!refusal) refusal = RefusalOfAnotherPlace(address, kind, document);
   if (Interrupted()) return report.Report();
   if (refusal) return host.output().Fail(*refusal);
 

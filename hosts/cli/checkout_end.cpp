@@ -4,7 +4,9 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkout_book.h"
+#include "hosts/cli/checkout_words.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/document_place.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/trace_log.h"
 
@@ -19,7 +21,8 @@ struct Ending {
   std::string document;  // UID before the checkout; empty when it isn't kept
   std::string uid;       // to go on with
   std::string version;
-  bool isTold = false;  // the answer told that UID
+  bool isTold = false;    // the answer told that UID
+  bool hadEnded = false;  // what was left to undo was its workspace
 };
 
 [[nodiscard]] const char* NameOf(CheckoutEnd end) {
@@ -41,9 +44,10 @@ struct Ending {
   }
 }
 
-// An answer that tells no document leaves the library with the id that went in, or with none at all.
+// An answer that tells no document leaves the library with the id that went in, or with none at all. An undo
+// of what was checked in before leaves it with the iteration that was checked out, and there is a newer one.
 void SettleUid(const std::string& told, Ending& ending) {
-  ending.isTold = HasObjectId(told) && !AreSameUid(told, ending.workingCopy);
+  ending.isTold = !ending.hadEnded && HasObjectId(told) && !AreSameUid(told, ending.workingCopy);
   ending.uid = told;
   if (ending.isTold) return;
   const std::string& known = ending.document.empty() ? ending.workingCopy : ending.document;
@@ -52,11 +56,13 @@ void SettleUid(const std::string& told, Ending& ending) {
 }
 
 [[nodiscard]] std::optional<Failure> Perform(Host& host, Ending& ending) {
+  ending.hadEnded = ending.end == CheckoutEnd::Undo && HasEnded(ReadCheckoutState(ending.workingCopy).status);
   ForgetTracedErrors();
   const char* const workingCopy = ending.workingCopy.c_str();
   const std::string told = ending.end == CheckoutEnd::Checkin ? VtDirectManager::Checkin(workingCopy)
                                                               : VtDirectManager::UndoCheckout(workingCopy);
   if (told.empty()) return EndFailure(host, ending.end, ending.address, ending.workingCopy);
+  if (!ending.hadEnded) WarnOfLeftWorkspace(host);
   SettleUid(told, ending);
   // Of a temporary workspace the library reports an undo that the server has refused as done.
   if (ending.end == CheckoutEnd::Undo && IsCheckedOutByUser(ending.uid)) {
@@ -71,7 +77,9 @@ void ReadVersion(Ending& ending) {
 }
 
 [[nodiscard]] ExitCode Report(Host& host, const Ending& ending) {
-  const std::string done = PastOf(ending.end) + ending.address;
+  const std::string done =
+      ending.hadEnded ? "the checkout of " + ending.address + " had ended before; nothing is left of it"
+                      : PastOf(ending.end) + ending.address;
   if (ending.uid.empty()) {
     return host.output().Fail(
         {ExitCode::Incomplete, done + ", and the server did not tell the UID to go on with; " +
@@ -81,13 +89,19 @@ void ReadVersion(Ending& ending) {
   if (!ending.version.empty()) record.emplace_back("version", ending.version);
   host.output().Row({{"uid", ending.uid}}, record);
   static_cast<void>(host.output().Flush());
-  if (!ending.isTold)
+  if (!ending.isTold && !ending.hadEnded)
     host.output().Warning("the server's answer named no document; this is the newest iteration now");
   host.output().Note(done + (ending.version.empty() ? "" : "; it is version " + ending.version + " now"));
   return ExitCode::Ok;
 }
 
 }  // namespace
+
+void WarnOfLeftWorkspace(Host& host) {
+  const std::string error = FirstTracedError();
+  if (error.find("delete temporary workspace") == std::string::npos) return;
+  host.output().Warning(error + "; it stays on the server");
+}
 
 ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
   Ending ending;
@@ -98,8 +112,10 @@ ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
 
   InterruptionReport report(host, NameOf(end));
   ForgetTracedErrors();
-  ending.workingCopy = WithWorkspace(UidToGoOnWith(host, ending.address));
-  const auto refusal = RefusalOfEnd(host, end, ending.address, ending.workingCopy);
+  const std::string uid = VtDirectManager::GetUID(ending.address.c_str());
+  if (!uid.empty()) ending.workingCopy = WithWorkspace(UidToGoOnWith(host, uid));
+  auto refusal = RefusalOfEnd(host, end, ending.address, ending.workingCopy);
+  if (!refusal) refusal = RefusalOfAnotherPlace(ending.address, kind, uid);
   if (Interrupted()) return report.Report();
   if (refusal) return host.output().Fail(*refusal);
   if (const auto kept = CheckoutBook().Find(ending.workingCopy)) ending.document = kept->document;

@@ -9,6 +9,10 @@ namespace vtdirect_cli {
 /// in common.
 [[nodiscard]] ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end);
 
+/// Warns of the temporary workspace that a check-in or an undo could not delete, by what the library traced
+/// of it.
+void WarnOfLeftWorkspace(Host& host);
+
 /// The members of what both print with --json.
 [[nodiscard]] std::vector<MemberRow> CheckoutEndMembers();
 

@@ -33,4 +33,9 @@ CheckoutState ReadCheckoutState(const std::string& address) {
   return state;
 }
 
+bool HasEnded(VtDirectManager::VtCheckoutStatus status) {
+  return status == VtDirectManager::CheckoutNone || status == VtDirectManager::CheckoutByOther ||
+         status == VtDirectManager::CheckoutNotPossible;
+}
+
 }  // namespace vtdirect_cli

@@ -23,4 +23,7 @@ struct CheckoutState {
 /// Whether it is that of a working copy of the connected user's, in a workspace of either kind.
 [[nodiscard]] bool IsWorkingCopy(VtDirectManager::VtCheckoutStatus status);
 
+/// Whether the user has it checked out no more, so that what is kept of a checkout has ended.
+[[nodiscard]] bool HasEnded(VtDirectManager::VtCheckoutStatus status);
+
 }  // namespace vtdirect_cli

@@ -4,6 +4,7 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/temporary_files.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -35,6 +36,8 @@ Failure ServerFailure(const Host& host, const std::string& url, std::int32_t cod
     case VtDirectManager::StatusServerUnsupported:
       return {ExitCode::ServerUnsupported, WithHint(url + " is not supported", FirstTracedError())};
     default:
+      // Answers pass through temporary files, and one that can't be kept counts as none.
+      if (auto failure = TemporaryFilesFailure()) return *failure;
       return {ExitCode::CannotConnect, "cannot connect to " + url};
   }
 }

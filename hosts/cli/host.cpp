@@ -10,6 +10,8 @@
 
 #include "hosts/cli/environment.h"
 #include "hosts/cli/local_text_file.h"
+#include "hosts/cli/printable.h"
+#include "hosts/cli/temporary_files.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -134,8 +136,9 @@ std::optional<Failure> Host::MakeWorkDirectory() {
   int error = 0;
   workDirectory_ = WorkDirectory::Create(&error);
   if (workDirectory_) return std::nullopt;
-  return Failure{ExitCode::LocalFile,
-                 std::string("cannot create a directory for temporary files: ") + std::strerror(error)};
+  return Failure{ExitCode::LocalFile, "cannot create a directory for temporary files in " +
+                                          Printable(TemporaryDirectory()) + ": " + std::strerror(error) +
+                                          "; set TMPDIR to one where that can be done"};
 }
 
 std::string Host::authenticationRefusal() const {

@@ -1,6 +1,7 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include "hosts/cli/checkout_book.h"
+#include "hosts/cli/checkout_end.h"
 #include "hosts/cli/checkout_words.h"
 #include "hosts/cli/command.h"
 #include "hosts/cli/diagnosis.h"
@@ -65,6 +66,14 @@ struct Put {
   return VtDirectManager::GetUID(put.target.address.c_str());
 }
 
+// The server has taken a creation, told of no document, and shows none.
+[[nodiscard]] Failure NoDocument(const Put& put) {
+  return {ExitCode::Incomplete, "the server has taken " + put.request.content.path +
+                                    " and did not tell what became of it; it shows no document " +
+                                    put.target.address + "; " + CommandToType("info", put.target.address) +
+                                    " tells when it does, and the same command can be given again"};
+}
+
 [[nodiscard]] bool LeavesWorkingCopy(const Put& put) {
   if (IsWorkingCopy(put.state.status)) return true;
   // Not to know is no reason to forget a working copy.
@@ -81,7 +90,6 @@ void UpdateBook(Host& host, const Put& put) {
 }
 
 void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
-  put.uid = UidOf(put);
   put.checkedIn = put.outcome.checkedIn;
   report.Tell("the file is stored; the UID to go on with is " + put.uid);
   put.state = ReadCheckoutState(put.uid);
@@ -97,6 +105,7 @@ void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
   ForgetTracedErrors();
   const std::string uid = VtDirectManager::Checkin(put.uid.c_str());
   if (uid.empty()) return PutCheckInFailure(host, put.uid);
+  WarnOfLeftWorkspace(host);
   ForgetCheckout(host, put.uid);
   put.uid = uid;
   put.checkedIn = true;
@@ -139,6 +148,8 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
     if (Interrupted()) return report.Report();
     return FailOrReport(host, PutFailure(host, put.request, put.target, put.outcome), report);
   }
+  put.uid = UidOf(put);
+  if (put.uid.empty()) return FailOrReport(host, NoDocument(put), report);
   LookAtResult(host, put, report);
   if (put.request.checkIn && LeavesWorkingCopy(put)) {
     if (Interrupted()) return report.Report();

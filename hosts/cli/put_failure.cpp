@@ -1,5 +1,7 @@
 #include "hosts/cli/put_failure.h"
 
+#include <string_view>
+
 #include "hosts/cli/checkout_words.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/printable.h"
@@ -36,52 +38,59 @@ struct Standing {
   return "after " + std::to_string(outcome.sent) + " of " + ByteCount(outcome.total);
 }
 
+// A store follows an upload, and a server that names a status of the 400s has refused: in both cases nothing
+// of this upload stands there, whatever else does.
+[[nodiscard]] bool IsRefusal(const std::string& traced) {
+  constexpr std::string_view status = " with error 4";
+  return traced.starts_with("Failed to upload document") || traced.find(status) != std::string::npos;
+}
+
 [[nodiscard]] Standing Unknown(const std::string& command, const std::string& address) {
   return {"what stands now could not be found out",
           CommandToType(command, address) + " tells when the server answers"};
 }
 
 // A name that isn't found on a server that answers is not there.
-[[nodiscard]] Standing StandingOfCreation(const PutTarget& target, const PutOutcome& outcome, bool answers) {
+[[nodiscard]] Standing StandingOfCreation(const PutTarget& target, bool mayBeStored, bool answers) {
   const std::string uid = answers ? VtDirectManager::GetUID(target.address.c_str()) : "";
-  if (uid.empty() && !answers && outcome.AllSent()) return Unknown("info", target.address);
+  if (uid.empty() && !answers && mayBeStored) return Unknown("info", target.address);
   if (uid.empty()) return {"nothing was created"};
   const std::string next =
       CommandToType("info", uid) + " tells of it, and a further put makes a new iteration";
-  if (!outcome.AllSent()) return {"a document has come to stand there meanwhile: " + uid, next};
+  if (!mayBeStored) return {"a document has come to stand there meanwhile: " + uid, next};
   if (VtDirectManager::ShouldCreate(uid.c_str())) {
     return {"the document is there now, without content: " + uid, next};
   }
   return {"a document is there now, and only the answer may have been lost: " + uid, next};
 }
 
-[[nodiscard]] Standing StandingOfIteration(const PutTarget& target, const PutOutcome& outcome) {
+[[nodiscard]] Standing StandingOfIteration(const PutTarget& target, bool mayBeStored) {
   std::string version;
   std::string newest;
   const int status = VtDirectManager::GetStatus(target.address.c_str(), version, newest, nullptr);
   if (status == 0) return {"nothing was changed, " + version + " is the newest iteration still"};
-  if (status < 0 && !outcome.AllSent()) return {"nothing was changed"};
+  if (status < 0 && !mayBeStored) return {"nothing was changed"};
   if (status < 0) return Unknown("info", target.address);
   const std::string next = CommandToType("versions", target.address) + " tells of them";
-  if (!outcome.AllSent()) return {"somebody has made the iteration " + newest + " meanwhile", next};
+  if (!mayBeStored) return {"somebody has made the iteration " + newest + " meanwhile", next};
   return {"the newest iteration is " + newest + " now, and only the answer may have been lost", next};
 }
 
-[[nodiscard]] std::string ContentOfWorkingCopy(const PutOutcome& outcome) {
-  if (!outcome.AllSent()) return "its content is as it was";
+[[nodiscard]] std::string ContentOfWorkingCopy(const PutOutcome& outcome, bool mayBeStored) {
+  if (!mayBeStored) return "its content is as it was";
   return outcome.mayCheckInToo ? "whether the file is stored in it is not known, checked in it is not"
                                : "whether the file is stored in it is not known";
 }
 
-[[nodiscard]] Standing StandingOfStore(const PutTarget& target, const PutOutcome& outcome) {
+[[nodiscard]] Standing StandingOfStore(const PutTarget& target, const PutOutcome& outcome, bool mayBeStored) {
   const CheckoutState state = ReadCheckoutState(target.address);
   if (IsWorkingCopy(state.status)) {
-    return {"you still have it checked out, and " + ContentOfWorkingCopy(outcome)};
+    return {"you still have it checked out, and " + ContentOfWorkingCopy(outcome, mayBeStored)};
   }
   // The state of a temporary checkout is that of the document it was taken from.
   if (state.status == VtDirectManager::CheckoutNone || state.status == VtDirectManager::CheckoutNotPossible) {
     return {"it is not checked out any more" +
-                std::string(outcome.mayCheckInToo && outcome.AllSent()
+                std::string(outcome.mayCheckInToo && mayBeStored
                                 ? ", so it was checked in, and only the answer may have been lost"
                                 : ""),
             CommandToType("verify", target.address) + " tells what stands"};
@@ -90,18 +99,19 @@ struct Standing {
     return {"it is checked out by " + state.user + " now",
             CommandToType("verify", target.address) + " tells more"};
   }
-  if (!outcome.AllSent()) return {"nothing was stored"};
+  if (!mayBeStored) return {"nothing was stored"};
   return Unknown("verify", target.address);
 }
 
-[[nodiscard]] Standing StandingOf(const PutTarget& target, const PutOutcome& outcome, bool answers) {
+[[nodiscard]] Standing StandingOf(const PutTarget& target, const PutOutcome& outcome, bool mayBeStored,
+                                  bool answers) {
   switch (target.action) {
     case Action::Create:
-      return StandingOfCreation(target, outcome, answers);
+      return StandingOfCreation(target, mayBeStored, answers);
     case Action::Iterate:
-      return StandingOfIteration(target, outcome);
+      return StandingOfIteration(target, mayBeStored);
     default:
-      return StandingOfStore(target, outcome);
+      return StandingOfStore(target, outcome, mayBeStored);
   }
 }
 
@@ -151,10 +161,11 @@ Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& targe
   if (auto failure = LocalFailure(outcome)) return *failure;
   std::string why = FirstTracedError();
   const bool tooLarge = outcome.code == VtDirectManager::StatusFileTooLarge;
+  const bool mayBeStored = outcome.AllSent() && !tooLarge && !IsRefusal(why);
   if (tooLarge) why = "the server takes no files as large as this";
   const ExitCode code = tooLarge ? ExitCode::Failure : CodeOf(host, target, outcome, why);
   if (code == ExitCode::Interrupted) return InterruptedFailure();
-  Standing standing = StandingOf(target, outcome, code != ExitCode::CannotConnect);
+  Standing standing = StandingOf(target, outcome, mayBeStored, code != ExitCode::CannotConnect);
   if (tooLarge) standing.next = "a smaller file, or a greater limit at the server, is needed";
   std::string message = StepOf(target.action) + target.address + " from " + request.content.path +
                         " failed " + PointOf(outcome);

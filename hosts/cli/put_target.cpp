@@ -4,6 +4,7 @@
 
 #include "hosts/cli/checkout_book.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/document_place.h"
 #include "hosts/cli/escaped_name.h"
 #include "hosts/cli/kept_checkout.h"
 #include "hosts/cli/printable.h"
@@ -141,10 +142,11 @@ std::optional<Failure> SettlePutTarget(Host& host, const PutRequest& request, Pu
     if (auto failure = RequirePlaceForDocuments(target.address)) return failure;
   }
   ForgetTracedErrors();
-  const std::string uid = UidToGoOnWith(host, target.address);
+  const std::string uid = VtDirectManager::GetUID(target.address.c_str());
   target.miss = FirstTracedError();
   if (uid.empty()) return SettleCreation(host, request, target);
-  target.address = uid;
+  if (auto failure = RefusalOfAnotherPlace(target.address, request.kind, uid)) return failure;
+  target.address = UidToGoOnWith(host, uid);
   if (auto failure = SettleExisting(host, target)) return failure;
   target.before = target.temporary ? ByOwnId(target.address) : target.address;
   return std::nullopt;

@@ -49,12 +49,6 @@ struct Verification {
   }
 }
 
-// Whether the user has it checked out no more, so that what is kept of a checkout has ended.
-[[nodiscard]] bool HasEnded(VtCheckoutStatus status) {
-  return status == VtDirectManager::CheckoutNone || status == VtDirectManager::CheckoutByOther ||
-         status == VtDirectManager::CheckoutNotPossible;
-}
-
 // A checkout that was checked in by other means is kept by an iteration that the document's path leads to no
 // more.
 [[nodiscard]] std::optional<KeptCheckout> KeptOfOlderIteration(const std::string& uid) {

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "hosts/cli/environment.h"
+#include "hosts/cli/temporary_files.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -18,8 +18,7 @@ void Remove(const std::string& path) {
 }  // namespace
 
 std::unique_ptr<WorkDirectory> WorkDirectory::Create(int* error) {
-  const std::string parent = Environment("TMPDIR");
-  std::string pattern = (parent.empty() ? "/tmp" : parent) + "/vtdirect-XXXXXX";
+  std::string pattern = TemporaryDirectory() + "/vtdirect-XXXXXX";
   const InterruptionHold hold;
   if (mkdtemp(pattern.data()) == nullptr) {
     *error = errno;

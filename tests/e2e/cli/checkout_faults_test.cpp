@@ -9,6 +9,7 @@
 #include "tests/e2e/cli/checkout_fixture.h"
 
 using testing::AnyOf;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 
 namespace vtdirect_test {
@@ -290,6 +291,7 @@ TEST_F(CheckoutFailure, IsNoneWhenOnlyTheTemporaryWorkspaceStays) {
   const ProcessResult result = Run({"checkin", path_});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, Run({"uid", path_}).out);
+  EXPECT_THAT(result.err, ContainsRegex("warning: Failed to delete temporary workspace W[0-9]+; it stays"));
   EXPECT_EQ(Book(), kBookHead);
 }
 

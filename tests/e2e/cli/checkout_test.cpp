@@ -181,6 +181,34 @@ TEST_F(CheckoutOfADocument, CannotEndWhereThereIsNone) {
   EXPECT_EQ(HolderOf("D1016"), "anna");
 }
 
+TEST_F(CheckoutOfADocument, NeitherBeginsNorEndsByAPathWhereTheDocumentDoesNotStand) {
+  const std::string wrong = "//sim/Products/Trekking Bike/Folders/Frame/gear.lxz";
+  EXPECT_EQ(Run({"checkout", wrong}).status, 6);
+  EXPECT_EQ(HolderOf("D1003"), "");
+  CheckOut("//sim/Products/Trekking Bike/Folders/Drivetrain/gear.lxz");
+  for (const char* command : {"checkin", "undo"}) {
+    const ProcessResult result = Run({command, wrong});
+    EXPECT_EQ(result.status, 6);
+    EXPECT_THAT(result.err, HasSubstr("stands in korvufenloom-vfs://sim/Products/Trekking "
+                                      "Bike/Folders/Drivetrain/; nothing was changed"));
+  }
+  EXPECT_EQ(HolderOf("D1003"), "anna");
+}
+
+TEST_F(CheckoutOfADocument, UndoesNothingOfWhatWasCheckedIn) {
+  const std::string uid = CheckOut(kForkPath);
+  ASSERT_EQ(RunElsewhere({"checkin", uid}).status, 0);
+  const std::string newest = Run({"uid", kForkPath}).out;
+  for (int times = 0; times < 2; ++times) {
+    const ProcessResult result = Run({"undo", uid});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, newest);
+    EXPECT_EQ(result.err, "vtdirect: the checkout of " + uid +
+                              " had ended before; nothing is left of it; it is version B.2 now\n");
+    EXPECT_EQ(Book(), kBookHead);
+  }
+}
+
 TEST_F(CheckoutOfADocument, HasAnOddNameAllTheWay) {
   const std::string name = "odd%7c%5c%2f%3c%3e%3a%22%3f%2a%25name.lxz";
   const std::string path = "//sim/Products/Trekking Bike/Folders/Drivetrain/" + name;

@@ -134,7 +134,7 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"url", fork});
   Check({"get", fork});
   Check({"get", "nonsense"}, 2);
-  Check({"put", "fork.lxz", "//sim/Products/Trekking Bike/Folders/Drivetrain/"});
+  Check({"put", "fork.lxz", "//sim/Products/Trekking Bike/Folders/Frame/"});
   Check({"links", fork});
   Check({"edit-url", server().Uid("D1026|W301")});
   Check({"browse-url", fork});

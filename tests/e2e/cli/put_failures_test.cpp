@@ -95,7 +95,11 @@ TEST_P(StoreRefused, LeavesTheWorkingCopyAndSaysSo) {
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("storing into the working copy " + server().Uid("D1026|W301") +
                                     "&file=/crank.lxz from f " + step.point));
-  EXPECT_THAT(result.err, HasSubstr("; you still have it checked out, and "));
+  // Nothing is stored without what was uploaded, or against a refusal.
+  const bool mayBeStored = std::string(step.name) == "Store" && std::string(action) != "409";
+  EXPECT_THAT(result.err, HasSubstr(std::string("; you still have it checked out, and ") +
+                                    (mayBeStored ? "whether the file is stored in it is not known; "
+                                                 : "its content is as it was; ")));
   EXPECT_THAT(result.err, HasSubstr("; the same command can be given again"));
   EXPECT_THAT(DocumentOf(server(), "D1026").bytes, HasSubstr("name crank.lxz\n"));
 }
@@ -116,6 +120,43 @@ TEST_F(PutFailure, TellsOfAnIterationThatWasNotConfirmed) {
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err,
               HasSubstr("; the newest iteration is A.4 now, and only the answer may have been lost; "));
+}
+
+TEST_F(PutFailure, OfOneWhoCameTooLateSaysThatSomebodyElseWasFaster) {
+  Serve({"--latency", "200"});
+  for (const std::string& name : {std::string("frame.lxz"), std::string("new.lxz")}) {
+    const std::size_t before = server().Log().size();
+    const auto late = Start({"put", "f", kFrame + name});
+    ASSERT_TRUE(
+        WaitUntil([&] { return server().Log().find("creationFactory", before) != std::string::npos; }));
+    // The upload has still to be answered, and what makes the document comes behind it.
+    late->Signal(SIGSTOP);
+    EXPECT_EQ(Run({"put", "f", kFrame + name}).status, 0);
+    late->Signal(SIGCONT);
+    const ProcessResult result = late->Wait();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("with error 409"));
+    EXPECT_THAT(result.err,
+                HasSubstr(name == "new.lxz" ? "; a document has come to stand there meanwhile: "
+                                            : "; somebody has made the iteration A.4 meanwhile; "));
+  }
+}
+
+TEST_F(PutFailure, OfAnAnswerThatTellsOfNoDocumentIsToldWhenThereIsNone) {
+  const ProcessResult result = PutWithFault("POST *dkm/documents=200*1", kFrame);
+  EXPECT_EQ(result.status, 11);
+  EXPECT_THAT(result.err, HasSubstr("the server has taken f and did not tell what became of it; it shows no "
+                                    "document " +
+                                    kFrame + "f; "));
+}
+
+// Answers pass through temporary files. The bound holds for the message as well, which ends within it.
+TEST_F(PutFailure, ForWantOfAnyRoomBlamesNoServer) {
+  Serve();
+  fileSizeLimit_ = 120;
+  const ProcessResult result = Run({"put", "f", kFrame});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_THAT(result.err, HasSubstr(" (cannot write temp"));
 }
 
 TEST_F(PutFailure, OfTheUploadsAnswerLeavesNothing) {
