@@ -1,5 +1,7 @@
 #include "simulator/iteration_writer.h"
 
+#include <algorithm>
+
 #include "simulator/upload_store.h"
 #include "simulator/user_store.h"
 
@@ -59,11 +61,20 @@ Refusal CarriedContent(const ContentInstruction& instruction, const std::vector<
       "the version before has no forwardable content " + instruction.category + " " + instruction.file_name);
 }
 
+/// Whether a content that is to be carried comes anew in the same instructions: a version has one of each
+/// category and name.
+bool IsReplaced(const ContentInstruction& carried, const std::vector<ContentInstruction>& instructions) {
+  return std::any_of(instructions.begin(), instructions.end(), [&](const ContentInstruction& other) {
+    return other.stream && other.category == carried.category && other.file_name == carried.file_name;
+  });
+}
+
 Refusal WriteContents(Database& database, std::string_view user, std::string_view role,
                       const std::vector<ContentInstruction>& instructions,
                       const std::vector<ContentRow>& before, std::int64_t iteration) {
   std::int64_t position = 0;
   for (const ContentInstruction& instruction : instructions) {
+    if (!instruction.stream && IsReplaced(instruction, instructions)) continue;
     NewContent content{role, position++, instruction.category, instruction.file_name};
     auto refusal = instruction.stream ? UploadedContent(database, user, instruction, content)
                                       : CarriedContent(instruction, before, content);

@@ -56,6 +56,20 @@ TEST_P(PutToEachGeneration, MakesANewIterationOfAnExistingDocument) {
   EXPECT_EQ(Content("//sim/Products/Trekking Bike/Folders/Drivetrain/gear.lxz"), "second gear");
 }
 
+TEST_P(PutToEachGeneration, ReplacesTheViewableOfTheIterationBefore) {
+  WriteFile(Here("f.lxz"), "f");
+  for (const char* viewable : {"first", "second"}) {
+    WriteFile(Here("view"), viewable);
+    EXPECT_EQ(Run({"put", "f.lxz", kFrame, "--viewable", "view"}).status, 0);
+  }
+  const ProcessResult kept = Run({"put", "f.lxz", kFrame});
+  const ServerDocument document = DocumentOf(server(), IdIn(kept.out));
+  EXPECT_EQ(document.version, "A.3");
+  ASSERT_EQ(document.secondary.size(), 1U);
+  EXPECT_EQ(document.secondary[0].category, "VIEWABLE");
+  EXPECT_EQ(document.secondary[0].bytes, "second");
+}
+
 TEST_P(PutToEachGeneration, RefusesAFolderThatIsNotThere) {
   WriteFile(Here("new.lxz"), "x");
   const std::string folder = "//sim/Products/Trekking Bike/Folders/Frame/Nowhere/";

@@ -168,6 +168,20 @@ TEST_F(DocumentWriteTest, ForwardableContentIsCarriedByNameAndStale) {
   EXPECT_TRUE(secondary[0]["isForwardable"].GetBool());
 }
 
+TEST_F(DocumentWriteTest, ContentThatComesAnewTakesThePlaceOfTheCarriedOne) {
+  const Uploaded viewable = One();
+  const std::string both = R"(,"secondaryContents":[{"category":"VIEWABLE","fileName":"{$CAD_NAME}.lxz"},)"
+                           R"({"category":"VIEWABLE","fileName":"{$CAD_NAME}.lxz","streamId":)" +
+                           viewable.stream + R"(,"uploadInfo":{"encodedCCD":")" + viewable.receipt +
+                           R"("}}])";
+  const auto answer = PostJson(kDocuments, IterateBody(Instruction("D1001", "fork.lxz", One(), both)));
+  const auto& secondary = answer[0]["secondaryContents"];
+  ASSERT_EQ(secondary.Size(), 1U);
+  EXPECT_EQ(secondary[0]["streamId"].GetInt64(), std::stoll(viewable.stream));
+  EXPECT_FALSE(secondary[0]["isStale"].GetBool());
+  EXPECT_TRUE(secondary[0]["isForwardable"].GetBool());
+}
+
 TEST_F(DocumentWriteTest, WhatIsNotForwardableOrNotThereIsNotCarried) {
   const Uploaded file = One();
   for (const char* content : {R"({"category":"VCSINFO","fileName":"cad-metadata.json"})",
