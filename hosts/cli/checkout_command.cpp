@@ -36,8 +36,8 @@ ExitCode RunCheckout(Host& host, const Arguments& arguments) {
   InterruptionReport report(host, "checkout");
   ForgetTracedErrors();
   const std::string document = VtDirectManager::GetUID(address.c_str());
-  auto refusal = RefusalOfCheckout(host, address, document);
-  if (!refusal) refusal = RefusalOfAnotherPlace(address, kind, document);
+  auto refusal = RefusalOfAnotherPlace(address, document);
+  if (!refusal) refusal = RefusalOfCheckout(host, address, document);
   if (Interrupted()) return report.Report();
   if (refusal) return host.output().Fail(*refusal);
 
@@ -65,7 +65,7 @@ CommandRow CheckoutCommand() {
       "working copy by the document's address as well.\n\nThe working copy stands in a temporary "
       "workspace, or in one of your own when ADDRESS is the document's path there "
       "(.../Workspaces/NAME/FILE). A document that is checked out already, by whomever, is refused, and "
-      "so is an older iteration.",
+      "so is an older iteration, or a document of the name that stands in another folder than the path says.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
       {},
       true,

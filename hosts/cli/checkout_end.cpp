@@ -29,8 +29,10 @@ struct Ending {
   return end == CheckoutEnd::Checkin ? "checkin" : "undo";
 }
 
-[[nodiscard]] const char* PastOf(CheckoutEnd end) {
-  return end == CheckoutEnd::Checkin ? "checked in " : "undid the checkout of ";
+[[nodiscard]] std::string DoneTo(const Ending& ending) {
+  if (ending.hadEnded)
+    return "the checkout of " + ending.address + " had ended before, and nothing was undone";
+  return (ending.end == CheckoutEnd::Checkin ? "checked in " : "undid the checkout of ") + ending.address;
 }
 
 [[nodiscard]] bool IsCheckedOutByUser(const std::string& uid) {
@@ -53,6 +55,7 @@ void SettleUid(const std::string& told, Ending& ending) {
   const std::string& known = ending.document.empty() ? ending.workingCopy : ending.document;
   const std::string newest = VtDirectManager::GetLatestUPath(known.c_str());
   ending.uid = HasObjectId(newest) ? newest : ending.document;
+  if (ending.uid.empty() && ending.hadEnded) ending.uid = told;
 }
 
 [[nodiscard]] std::optional<Failure> Perform(Host& host, Ending& ending) {
@@ -65,7 +68,7 @@ void SettleUid(const std::string& told, Ending& ending) {
   if (!ending.hadEnded) WarnOfLeftWorkspace(host);
   SettleUid(told, ending);
   // Of a temporary workspace the library reports an undo that the server has refused as done.
-  if (ending.end == CheckoutEnd::Undo && IsCheckedOutByUser(ending.uid)) {
+  if (ending.end == CheckoutEnd::Undo && !ending.hadEnded && IsCheckedOutByUser(ending.uid)) {
     return EndFailure(host, ending.end, ending.address, ending.workingCopy);
   }
   return std::nullopt;
@@ -77,9 +80,7 @@ void ReadVersion(Ending& ending) {
 }
 
 [[nodiscard]] ExitCode Report(Host& host, const Ending& ending) {
-  const std::string done =
-      ending.hadEnded ? "the checkout of " + ending.address + " had ended before; nothing is left of it"
-                      : PastOf(ending.end) + ending.address;
+  const std::string done = DoneTo(ending);
   if (ending.uid.empty()) {
     return host.output().Fail(
         {ExitCode::Incomplete, done + ", and the server did not tell the UID to go on with; " +
@@ -100,7 +101,7 @@ void ReadVersion(Ending& ending) {
 void WarnOfLeftWorkspace(Host& host) {
   const std::string error = FirstTracedError();
   if (error.find("delete temporary workspace") == std::string::npos) return;
-  host.output().Warning(error + "; it stays on the server");
+  host.output().Warning(error + "; it may stay on the server");
 }
 
 ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
@@ -114,8 +115,8 @@ ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
   ForgetTracedErrors();
   const std::string uid = VtDirectManager::GetUID(ending.address.c_str());
   if (!uid.empty()) ending.workingCopy = WithWorkspace(UidToGoOnWith(host, uid));
-  auto refusal = RefusalOfEnd(host, end, ending.address, ending.workingCopy);
-  if (!refusal) refusal = RefusalOfAnotherPlace(ending.address, kind, uid);
+  auto refusal = RefusalOfAnotherPlace(ending.address, uid);
+  if (!refusal) refusal = RefusalOfEnd(host, end, ending.address, ending.workingCopy);
   if (Interrupted()) return report.Report();
   if (refusal) return host.output().Fail(*refusal);
   if (const auto kept = CheckoutBook().Find(ending.workingCopy)) ending.document = kept->document;
@@ -124,7 +125,7 @@ ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
               AdviceAfterEnd(end, ending.workingCopy));
   const auto failure = Perform(host, ending);
   if (failure) return Interrupted() ? report.Report() : host.output().Fail(*failure);
-  report.Tell(PastOf(end) + ending.address + "; the UID to go on with is " + ending.uid);
+  report.Tell(DoneTo(ending) + "; the UID to go on with is " + ending.uid);
   ForgetCheckout(host, ending.workingCopy);
   ReadVersion(ending);
   const ExitCode code = Report(host, ending);

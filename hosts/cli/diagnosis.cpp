@@ -36,7 +36,8 @@ Failure ServerFailure(const Host& host, const std::string& url, std::int32_t cod
     case VtDirectManager::StatusServerUnsupported:
       return {ExitCode::ServerUnsupported, WithHint(url + " is not supported", FirstTracedError())};
     default:
-      // Answers pass through temporary files, and one that can't be kept counts as none.
+      // What a server tells of itself passes through a temporary file, and counts as no answer when it can't
+      // be kept.
       if (auto failure = TemporaryFilesFailure()) return *failure;
       return {ExitCode::CannotConnect, "cannot connect to " + url};
   }

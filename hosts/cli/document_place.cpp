@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "hosts/cli/address.h"
 #include "hosts/cli/escaped_name.h"
 
 namespace vtdirect_cli {
@@ -28,16 +29,21 @@ namespace {
 
 }  // namespace
 
-std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, AddressKind kind,
-                                             const std::string& uid) {
-  if (kind == AddressKind::Uid || IsById(address, kind)) return std::nullopt;
+std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const std::string& uid) {
+  AddressKind kind{};
+  if (uid.empty() || ClassifyAddress(address, kind) || IsById(address, kind)) return std::nullopt;
   const std::string folder = VtDirectManager::GetVFSFolderPath(uid.c_str());
   if (folder.empty() || NamesOf(folder) == NamesOf(address.substr(0, address.rfind('/'))))
     return std::nullopt;
   return Failure{ExitCode::NotFound, "not found: " + address + "; the document of that name, " + uid +
                                          ", stands in " + WithClosingSlash(folder) +
-                                         "; nothing was changed; give its own address if it is meant, and "
-                                         "another name for a new document"};
+                                         "; nothing was changed; give its own address if it is meant"};
+}
+
+std::string UidAtPlace(const std::string& path) {
+  std::string uid = VtDirectManager::GetUID(path.c_str());
+  if (uid.empty() || RefusalOfAnotherPlace(path, uid)) return {};
+  return uid;
 }
 
 }  // namespace vtdirect_cli

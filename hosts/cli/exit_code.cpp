@@ -26,9 +26,7 @@ constexpr ExitCodeRow kRows[] = {
     {ExitCode::Incomplete, "incomplete",
      "A listing broke off or reached a bound: what was printed is not all that is there."},
     {ExitCode::Interrupted, "interrupted",
-     "Interrupted by SIGINT; SIGTERM gives 143 and SIGHUP 129. No local file is left behind; what stands on "
-     "a server "
-     "is told."},
+     "Interrupted by SIGINT; SIGTERM gives 143 and SIGHUP 129. No local file is left behind."},
 };
 
 // By rising weight.

@@ -5,6 +5,7 @@
 #include "hosts/cli/checkout_words.h"
 #include "hosts/cli/command.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/document_place.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/kept_checkout.h"
@@ -63,14 +64,21 @@ struct Put {
 [[nodiscard]] std::string UidOf(const Put& put) {
   if (HasObjectId(put.outcome.uid)) return put.outcome.uid;
   if (put.target.action != PutTarget::Action::Create) return put.target.address;
-  return VtDirectManager::GetUID(put.target.address.c_str());
+  return UidAtPlace(put.target.address);
 }
 
 // The server has taken a creation, told of no document, and shows none.
-[[nodiscard]] Failure NoDocument(const Put& put) {
-  return {ExitCode::Incomplete, "the server has taken " + put.request.content.path +
-                                    " and did not tell what became of it; it shows no document " +
-                                    put.target.address + "; " + CommandToType("info", put.target.address) +
+[[nodiscard]] Failure NoDocument(Host& host, const Put& put) {
+  const std::string& path = put.target.address;
+  const std::string taken =
+      "the server has taken " + put.request.content.path + " and did not tell what became of it";
+  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(path.c_str()))) {
+    if (failure->code == ExitCode::Interrupted) return *failure;
+    return {failure->code, taken + " (" + failure->message + "); " + CommandToType("info", path) +
+                               " tells when the server answers"};
+  }
+  return {ExitCode::Incomplete, taken + "; it shows no document " + path + "; " +
+                                    CommandToType("info", path) +
                                     " tells when it does, and the same command can be given again"};
 }
 
@@ -91,6 +99,7 @@ void UpdateBook(Host& host, const Put& put) {
 
 void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
   put.checkedIn = put.outcome.checkedIn;
+  if (put.checkedIn) WarnOfLeftWorkspace(host);
   report.Tell("the file is stored; the UID to go on with is " + put.uid);
   put.state = ReadCheckoutState(put.uid);
   UpdateBook(host, put);
@@ -149,7 +158,7 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
     return FailOrReport(host, PutFailure(host, put.request, put.target, put.outcome), report);
   }
   put.uid = UidOf(put);
-  if (put.uid.empty()) return FailOrReport(host, NoDocument(put), report);
+  if (put.uid.empty()) return FailOrReport(host, NoDocument(host, put), report);
   LookAtResult(host, put, report);
   if (put.request.checkIn && LeavesWorkingCopy(put)) {
     if (Interrupted()) return report.Report();
@@ -194,7 +203,7 @@ CommandRow PutCommand() {
       "not there creates it. An existing document gets a new iteration; one that is checked out by "
       "vtdirect gets a store into its working copy, as does the UID or the path of a working copy. A "
       "document that somebody else has checked out, or you by other means, is refused before anything is "
-      "sent.\n\n"
+      "sent, and so is one of the name that stands in another folder than the path says.\n\n"
       "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
       "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
       "that the server carries over. Metadata is of one iteration: without --metadata the new one has "

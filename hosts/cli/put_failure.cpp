@@ -1,9 +1,11 @@
 #include "hosts/cli/put_failure.h"
 
+#include <cstdlib>
 #include <string_view>
 
 #include "hosts/cli/checkout_words.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/document_place.h"
 #include "hosts/cli/printable.h"
 #include "hosts/cli/storing_failure.h"
 #include "hosts/cli/trace_log.h"
@@ -38,11 +40,19 @@ struct Standing {
   return "after " + std::to_string(outcome.sent) + " of " + ByteCount(outcome.total);
 }
 
-// A store follows an upload, and a server that names a status of the 400s has refused: in both cases nothing
-// of this upload stands there, whatever else does.
+// The status of a refusal in what the library traced of a store; 0 when it is none.
+[[nodiscard]] int RefusalIn(const std::string& traced) {
+  constexpr std::string_view store = "Failed to update document with error ";
+  if (!traced.starts_with(store)) return 0;
+  const int status = std::atoi(traced.c_str() + store.size());
+  // A server that was waited for too long has not refused.
+  return status >= 400 && status < 500 && status != 408 && status != 499 ? status : 0;
+}
+
+// A store follows an upload, and needs it; and a server that has refused a store has not done it. In both
+// cases nothing of this upload stands there, whatever else does.
 [[nodiscard]] bool IsRefusal(const std::string& traced) {
-  constexpr std::string_view status = " with error 4";
-  return traced.starts_with("Failed to upload document") || traced.find(status) != std::string::npos;
+  return traced.starts_with("Failed to upload document") || RefusalIn(traced) != 0;
 }
 
 [[nodiscard]] Standing Unknown(const std::string& command, const std::string& address) {
@@ -52,7 +62,7 @@ struct Standing {
 
 // A name that isn't found on a server that answers is not there.
 [[nodiscard]] Standing StandingOfCreation(const PutTarget& target, bool mayBeStored, bool answers) {
-  const std::string uid = answers ? VtDirectManager::GetUID(target.address.c_str()) : "";
+  const std::string uid = answers ? UidAtPlace(target.address) : "";
   if (uid.empty() && !answers && mayBeStored) return Unknown("info", target.address);
   if (uid.empty()) return {"nothing was created"};
   const std::string next =
@@ -165,7 +175,7 @@ Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& targe
   if (tooLarge) why = "the server takes no files as large as this";
   const ExitCode code = tooLarge ? ExitCode::Failure : CodeOf(host, target, outcome, why);
   if (code == ExitCode::Interrupted) return InterruptedFailure();
-  Standing standing = StandingOf(target, outcome, mayBeStored, code != ExitCode::CannotConnect);
+  Standing standing = StandingOf(target, outcome, mayBeStored, code == ExitCode::Failure);
   if (tooLarge) standing.next = "a smaller file, or a greater limit at the server, is needed";
   std::string message = StepOf(target.action) + target.address + " from " + request.content.path +
                         " failed " + PointOf(outcome);

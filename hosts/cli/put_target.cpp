@@ -145,7 +145,10 @@ std::optional<Failure> SettlePutTarget(Host& host, const PutRequest& request, Pu
   const std::string uid = VtDirectManager::GetUID(target.address.c_str());
   target.miss = FirstTracedError();
   if (uid.empty()) return SettleCreation(host, request, target);
-  if (auto failure = RefusalOfAnotherPlace(target.address, request.kind, uid)) return failure;
+  if (auto failure = RefusalOfAnotherPlace(target.address, uid)) {
+    failure->message += "; a new document needs another name";
+    return failure;
+  }
   target.address = UidToGoOnWith(host, uid);
   if (auto failure = SettleExisting(host, target)) return failure;
   target.before = target.temporary ? ByOwnId(target.address) : target.address;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <system_error>
 #include <vector>
 
@@ -15,6 +16,11 @@ namespace {
 
 // As much as the answers that pass through such files mostly have.
 constexpr std::size_t kBytes = 64 * 1024;
+
+// The program's own directory goes when it ends; what a user knows is where that lies.
+[[nodiscard]] std::string ParentOf(const std::string& directory) {
+  return std::filesystem::path(directory).parent_path().string();
+}
 
 // The error that keeps the bytes from being written; 0 for none.
 [[nodiscard]] int ErrorOfWriting(int file) {
@@ -44,8 +50,8 @@ std::optional<Failure> TemporaryFilesFailure() {
     unlink(path.c_str());
   }
   if (error == 0) return std::nullopt;
-  return Failure{ExitCode::LocalFile, "cannot write temporary files in " + Printable(directory) + ": " +
-                                          std::generic_category().message(error) +
+  return Failure{ExitCode::LocalFile, "cannot write temporary files in " + Printable(ParentOf(directory)) +
+                                          ": " + std::generic_category().message(error) +
                                           "; make room there, or set TMPDIR to another directory"};
 }
 

@@ -10,8 +10,8 @@ namespace vtdirect_cli {
 /// Where temporary files go: what TMPDIR names, else /tmp.
 [[nodiscard]] std::string TemporaryDirectory();
 
-/// Why no temporary file of some size can be kept, in that directory; nothing when one
-/// can. Writes one to find out, and removes it.
+/// Why no temporary file of some size can be kept in the directory of this run, which is there; nothing when
+/// one can. Writes one to find out, and removes it.
 [[nodiscard]] std::optional<Failure> TemporaryFilesFailure();
 
 }  // namespace vtdirect_cli

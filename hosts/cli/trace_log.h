@@ -14,11 +14,12 @@ namespace vtdirect_cli {
 void StartTraceLog(const std::string& levels, std::ostream& err);
 
 /// The first line of the first error that the library traced, cut to a bearable length; empty when there was
-/// none. It makes a message more telling; no decision rests on it.
+/// none. It makes a message more telling; nothing that is done rests on it.
 [[nodiscard]] std::string FirstTracedError();
 
 /// Forgets what FirstTracedError gives.
-/// @param expected  a line that is known to come again, and counts for nothing from now on
+/// @param expected  a line that is known to come again, and counts for nothing from now on, whatever name is
+/// in it
 void ForgetTracedErrors(const std::string& expected = {});
 
 }  // namespace vtdirect_cli

@@ -15,7 +15,8 @@ CommandRow UndoCommand() {
       "Throw a working copy away",
       "Throws the working copy at ADDRESS away, with all that was stored in it, so that the document is as "
       "it was before its checkout, and prints the UID to go on with. ADDRESS is that of the working copy, "
-      "or of a document that is checked out by vtdirect (see checkouts).",
+      "or of a document that is checked out by vtdirect (see checkouts). Of a checkout that has "
+      "ended it clears away what is left of its temporary workspace, and says so.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
       {},
       true,

@@ -5,6 +5,7 @@
 #include "hosts/cli/checkout_words.h"
 #include "hosts/cli/command.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/document_place.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/storing_failure.h"
@@ -160,6 +161,15 @@ void Print(Host& host, const Verification& found) {
   return ExitCode::Ok;
 }
 
+[[nodiscard]] std::optional<Failure> FindWorkingCopy(Host& host, Verification& found) {
+  const std::string uid = VtDirectManager::GetUID(found.address.c_str());
+  if (uid.empty()) return Diagnose(host, found.address, true);
+  // What is gone is renewed, which checks the document out anew.
+  if (auto failure = RefusalOfAnotherPlace(found.address, uid)) return failure;
+  found.workingCopy = WithWorkspace(UidToGoOnWith(host, uid));
+  return std::nullopt;
+}
+
 ExitCode RunVerify(Host& host, const Arguments& arguments) {
   Verification found;
   found.address = arguments.Text("ADDRESS");
@@ -168,10 +178,8 @@ ExitCode RunVerify(Host& host, const Arguments& arguments) {
 
   InterruptionReport report(host, "verify");
   ForgetTracedErrors();
-  found.workingCopy = WithWorkspace(UidToGoOnWith(host, found.address));
-  if (found.workingCopy.empty()) {
-    const Failure failure = Diagnose(host, found.address, true);
-    return Interrupted() ? report.Report() : host.output().Fail(failure);
+  if (const auto failure = FindWorkingCopy(host, found)) {
+    return Interrupted() ? report.Report() : host.output().Fail(*failure);
   }
   found.kept = CheckoutBook().Find(found.workingCopy);
   if (!found.kept) found.kept = KeptOfOlderIteration(found.workingCopy);

@@ -1,6 +1,7 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include "hosts/cli/command.h"
+#include "hosts/cli/document_place.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/trace_log.h"
 #include "hosts/cli/xliff_subject.h"
@@ -11,6 +12,9 @@ namespace {
 ExitCode RunXliffPublish(Host& host, const Arguments& arguments) {
   XliffSubject subject;
   if (const auto failure = SettleSubject(host, arguments, subject)) return host.output().Fail(*failure);
+  if (const auto failure = RefusalOfAnotherPlace(subject.address, subject.uid)) {
+    return host.output().Fail(*failure);
+  }
   ForgetTracedErrors();
   if (!VtDirectManager::SetXliffPublished(subject.uid.c_str())) {
     return host.output().Fail(

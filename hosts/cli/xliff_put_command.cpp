@@ -2,6 +2,7 @@
 
 #include "hosts/cli/command.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/document_place.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/interruption_report.h"
@@ -40,6 +41,7 @@ namespace {
   if (auto failure = InspectSource(arguments.Text("FILE"), put.file)) return failure;
   if (auto failure = CheckFile(host, arguments, put)) return failure;
   if (auto failure = SettleSubject(host, arguments, put.subject)) return failure;
+  if (auto failure = RefusalOfAnotherPlace(put.subject.address, put.subject.uid)) return failure;
   if (auto failure = LookAtSource(put.subject, put.before)) return failure;
   if (Interrupted()) return InterruptedFailure();
   return std::nullopt;

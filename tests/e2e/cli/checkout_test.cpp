@@ -186,7 +186,7 @@ TEST_F(CheckoutOfADocument, NeitherBeginsNorEndsByAPathWhereTheDocumentDoesNotSt
   EXPECT_EQ(Run({"checkout", wrong}).status, 6);
   EXPECT_EQ(HolderOf("D1003"), "");
   CheckOut("//sim/Products/Trekking Bike/Folders/Drivetrain/gear.lxz");
-  for (const char* command : {"checkin", "undo"}) {
+  for (const char* command : {"checkin", "undo", "verify"}) {
     const ProcessResult result = Run({command, wrong});
     EXPECT_EQ(result.status, 6);
     EXPECT_THAT(result.err, HasSubstr("stands in korvufenloom-vfs://sim/Products/Trekking "
@@ -204,9 +204,20 @@ TEST_F(CheckoutOfADocument, UndoesNothingOfWhatWasCheckedIn) {
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.out, newest);
     EXPECT_EQ(result.err, "vtdirect: the checkout of " + uid +
-                              " had ended before; nothing is left of it; it is version B.2 now\n");
+                              " had ended before, and nothing was undone; it is version B.2 now\n");
     EXPECT_EQ(Book(), kBookHead);
   }
+}
+
+TEST_F(CheckoutOfADocument, IsNotUndoneByTheUidOfTheOneBefore) {
+  const std::string first = CheckOut(kForkPath);
+  ASSERT_EQ(Run({"checkin", first}).status, 0);
+  const std::string second = CheckOut(kForkPath);
+  const ProcessResult result = RunElsewhere({"undo", first});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.err, HasSubstr(" had ended before, and nothing was undone"));
+  EXPECT_THAT(Run({"verify", second}).out, HasSubstr(second));
+  EXPECT_EQ(TemporaryWorkspaces(), 1U);
 }
 
 TEST_F(CheckoutOfADocument, HasAnOddNameAllTheWay) {

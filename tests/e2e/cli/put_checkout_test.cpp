@@ -182,6 +182,28 @@ TEST_F(PutIntoCheckout, ThatFailsAtTheStoreLeavesTheCheckout) {
   EXPECT_EQ(Content(kFramePath), "content");
 }
 
+// The library tells one failure for the store and the check-in behind it. What was refused is the second.
+TEST_F(PutIntoCheckout, WithAViewableThatIsRefusedAtTheCheckInDoesNotSayThatNothingIsStored) {
+  Checkout(kFramePath, {"--fault", "POST */checkin=409*1"});
+  const ProcessResult failed = Run({"put", "f", kFramePath, "--viewable", "view", "--checkin"});
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_THAT(failed.err,
+              HasSubstr("; you still have it checked out, and whether the file is stored in it is not "
+                        "known, checked in it is not; "));
+  EXPECT_EQ(DocumentOf(server(), CopyId()).bytes, "content");
+}
+
+TEST_F(PutIntoCheckout, TellsOfTheWorkspaceThatStays) {
+  for (const std::vector<std::string>& more : {std::vector<std::string>{}, {"--viewable", "view"}}) {
+    Checkout(kFramePath, {"--fault", "POST */delete=500*1"});
+    std::vector<std::string> words{"put", "f", kFramePath, "--checkin"};
+    words.insert(words.end(), more.begin(), more.end());
+    const ProcessResult result = Run(words);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.err, HasSubstr("warning: Failed to delete temporary workspace W"));
+  }
+}
+
 TEST_F(PutIntoCheckout, ThatFailsAtTheCheckInLeavesTheStoredCopy) {
   Checkout(kFramePath, {"--fault", "POST */checkin=503*1"});
   const ProcessResult failed = Run({"put", "f", kFramePath, "--checkin"});

@@ -127,9 +127,8 @@ TEST_F(PutFailure, OfOneWhoCameTooLateSaysThatSomebodyElseWasFaster) {
   for (const std::string& name : {std::string("frame.lxz"), std::string("new.lxz")}) {
     const std::size_t before = server().Log().size();
     const auto late = Start({"put", "f", kFrame + name});
-    ASSERT_TRUE(
-        WaitUntil([&] { return server().Log().find("creationFactory", before) != std::string::npos; }));
-    // The upload has still to be answered, and what makes the document comes behind it.
+    ASSERT_TRUE(WaitUntil([&] { return server().Log().find("csrf", before) != std::string::npos; }));
+    // Ticket and upload have still to be answered, and what makes the document comes behind them.
     late->Signal(SIGSTOP);
     EXPECT_EQ(Run({"put", "f", kFrame + name}).status, 0);
     late->Signal(SIGCONT);
@@ -150,7 +149,8 @@ TEST_F(PutFailure, OfAnAnswerThatTellsOfNoDocumentIsToldWhenThereIsNone) {
                                     kFrame + "f; "));
 }
 
-// Answers pass through temporary files. The bound holds for the message as well, which ends within it.
+// What a server tells of itself passes through a temporary file. The bound holds for the message as well,
+// which ends within it.
 TEST_F(PutFailure, ForWantOfAnyRoomBlamesNoServer) {
   Serve();
   fileSizeLimit_ = 120;

@@ -134,6 +134,23 @@ TEST_F(PutRefusal, OfADocumentThatStandsElsewhereTellsWhere) {
   }
 }
 
+// Every way of writing the same place is that place.
+TEST_F(PutRefusal, OfAnotherPlaceIsNoneOfTheSameOne) {
+  Serve({"--upload-port", std::to_string(UnusedPort())});
+  WriteFile(Here("top.lxz"), "content");
+  const std::string folders = "//sim/Products/Trekking Bike/Folders/";
+  const std::vector<std::string> same{folders,
+                                      folders + "top.lxz",
+                                      "korvufenloom-vfs:" + folders,
+                                      "//same/Products/Trekking Bike/Folders/top.lxz",
+                                      folders + "Frame//fork.lxz",
+                                      "//sim/Products/Trekking Bike/Workspaces/Anna's bench/crank.lxz"};
+  for (const std::string& address : same) {
+    const ProcessResult result = Run({"--server", "same=" + server().url(), "put", "top.lxz", address});
+    EXPECT_EQ(result.status, 0) << address << ": " << result.err;
+  }
+}
+
 TEST_F(PutRefusal, OfAFolderWithoutItsSlashTellsOfTheSlash) {
   EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/Folders/Frame"}, 1),
               HasSubstr("close it with \"/\""));
