@@ -31,10 +31,8 @@ if(VTDIRECT_SANITIZE)
   add_compile_options(-fsanitize=${VTDIRECT_SANITIZE} -fno-omit-frame-pointer)
   if(VTDIRECT_SANITIZE MATCHES "undefined")
     add_compile_options(-fno-sanitize-recover=undefined)
-  endif()
-  # The JSON library adds to the null pointer of its empty stack, which clang alone reports.
-  if(VTDIRECT_SANITIZE MATCHES "undefined" AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-    add_compile_options(-fno-sanitize=pointer-overflow)
+    # The JSON library adds to the null pointer of its empty stack, which clang alone reports.
+    add_compile_options($<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=pointer-overflow>)
   endif()
   add_link_options(-fsanitize=${VTDIRECT_SANITIZE})
 endif()
