@@ -26,6 +26,12 @@ inline const Lines iterationLines{DocumentLine("D1"), Get(noncePath), Post(facto
                                   Post(documentsPath)};
 inline const TraceLine uploaded = Information("Uploaded document id D9 (A.2)\n");
 
+/// A working copy in a workspace of the user's own, and the search that finds what it was taken from.
+inline constexpr const char* copyOfD1 =
+    R"({"id":"D2","revision":"A","iteration":"1","context":{"id":"C5"},
+        "epmMaster":{"number":"0042","cadName":"pump.fnl"},"pdmIterationState":{"isCheckoutByYou":true}})";
+inline constexpr const char* originalOfCopy = R"([{"id":"D1","revision":"A","iteration":"1"}])";
+
 inline Lines JoinLines(Lines first, const Lines& second) {
   first.insert(first.end(), second.begin(), second.end());
   return first;

@@ -95,9 +95,6 @@ TEST_F(UploadingLater, AsATaskThatTheRunnerRefusesFailsSilently) {
 }
 
 TEST_F(UploadingLater, ChecksInWhenAsked) {
-  const char* copy =
-      R"({"id":"D2","revision":"A","iteration":"1","context":{"id":"C5"},
-          "epmMaster":{"number":"0042","cadName":"pump.fnl"},"pdmIterationState":{"isCheckoutByYou":true}})";
   const std::string uid = uidStem + "D2|W12";
   const char* file = mainPath.c_str();
   const std::vector<std::function<bool()>> forms{
@@ -111,8 +108,8 @@ TEST_F(UploadingLater, ChecksInWhenAsked) {
     UpdateServerList({});
     UpdateServerList({{"plm", plmUrl}});
     ThenSchema();
-    transport.Then(200, copy).Then(200, R"([{"id":"D1","revision":"A","iteration":"1"}])");
-    ThenStore(copy);
+    transport.Then(200, copyOfD1).Then(200, originalOfCopy);
+    ThenStore(copyOfD1);
     transport.Then(200, storedDocument);
     EXPECT_TRUE(forms[form]()) << form;
     EXPECT_EQ(transport.lines().back(), Post(workspacesPath + "/W12/checkin")) << form;

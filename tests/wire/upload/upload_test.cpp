@@ -66,14 +66,10 @@ TEST_F(Uploading, OfAnyKindToATemporaryCheckoutChecksInOnlyWhenAsked) {
 }
 
 TEST_F(Uploading, ToACopyInTheUsersWorkspaceLeavesItCheckedOutUnlessAsked) {
-  const char* copy =
-      R"({"id":"D2","revision":"A","iteration":"1","context":{"id":"C5"},
-          "epmMaster":{"number":"0042","cadName":"pump.fnl"},"pdmIterationState":{"isCheckoutByYou":true}})";
-  const char* original = R"([{"id":"D1","revision":"A","iteration":"1"}])";
   ThenSchema();
-  transport.Then(200, copy).Then(200, original);
-  ThenStore(copy);
-  transport.Then(200, copy);
+  transport.Then(200, copyOfD1).Then(200, originalOfCopy);
+  ThenStore(copyOfD1);
+  transport.Then(200, copyOfD1);
   EXPECT_TRUE(UploadFenlet(uidStem + "D2|W12"));
   EXPECT_EQ(transport.lines(),
             (Lines{probeLine, DocumentLine("D2"), Get(documentsPath + "/search?number=0042&scope=C5"),
@@ -81,7 +77,7 @@ TEST_F(Uploading, ToACopyInTheUsersWorkspaceLeavesItCheckedOutUnlessAsked) {
                    Post(workspacesPath + "/W12/store"), DocumentLine("D2")}));
   EXPECT_EQ(statuses, Lines{"0 " + uidStem + "D2|W12&file=/pump.fnl"});
   ThenSchema();
-  transport.Then(200, copy).Then(200, original).Then(200, copy);
+  transport.Then(200, copyOfD1).Then(200, originalOfCopy).Then(200, copyOfD1);
   ThenUpload();
   transport.Then(200, "[]").Then(200, storedDocument);
   EXPECT_TRUE(UploadFenlet(uidStem + "D2|W12", true));
