@@ -9,6 +9,7 @@
 #include <functional>
 
 #include "hosts/cli/address.h"
+#include "hosts/cli/document_place.h"
 #include "hosts/cli/environment.h"
 #include "hosts/cli/local_text_file.h"
 #include "hosts/cli/state_file.h"
@@ -196,6 +197,14 @@ std::string WithWorkspace(const std::string& uid) {
   const std::string found =
       VtDirectManager::UIDFromVantryParams(url.c_str(), DocumentIdOf(uid).c_str(), nullptr, false);
   return HasWorkspace(found) ? found : uid;
+}
+
+std::optional<Failure> FindWorkingCopy(Host& host, const std::string& address, std::string& workingCopy) {
+  const std::string uid = VtDirectManager::GetUID(address.c_str());
+  if (uid.empty()) return std::nullopt;
+  if (auto failure = RefusalOfAnotherPlace(address, uid)) return failure;
+  workingCopy = WithWorkspace(UidToGoOnWith(host, uid));
+  return std::nullopt;
 }
 
 bool KeepCheckout(Host& host, const std::string& address, const std::string& uid) {

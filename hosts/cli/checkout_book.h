@@ -58,6 +58,12 @@ class CheckoutBook {
 /// requests.
 [[nodiscard]] std::string WithWorkspace(const std::string& uid);
 
+/// Both in one, for an address whose working copy is going to be changed. Makes requests.
+/// @param workingCopy  receives its UID; left alone when there is no such object
+/// @return a failure for a document that stands elsewhere than its path says
+[[nodiscard]] std::optional<Failure> FindWorkingCopy(Host& host, const std::string& address,
+                                                     std::string& workingCopy);
+
 /// Keeps a working copy. What the server has done stands even when the book can't be written, so that is a
 /// warning, which tells the UID.
 /// Makes requests.

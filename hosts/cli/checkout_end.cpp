@@ -6,7 +6,6 @@
 #include "hosts/cli/checkout_book.h"
 #include "hosts/cli/checkout_words.h"
 #include "hosts/cli/diagnosis.h"
-#include "hosts/cli/document_place.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/trace_log.h"
 
@@ -59,7 +58,6 @@ void SettleUid(const std::string& told, Ending& ending) {
 }
 
 [[nodiscard]] std::optional<Failure> Perform(Host& host, Ending& ending) {
-  ending.hadEnded = ending.end == CheckoutEnd::Undo && HasEnded(ReadCheckoutState(ending.workingCopy).status);
   ForgetTracedErrors();
   const char* const workingCopy = ending.workingCopy.c_str();
   const std::string told = ending.end == CheckoutEnd::Checkin ? VtDirectManager::Checkin(workingCopy)
@@ -113,13 +111,13 @@ ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
 
   InterruptionReport report(host, NameOf(end));
   ForgetTracedErrors();
-  const std::string uid = VtDirectManager::GetUID(ending.address.c_str());
-  if (!uid.empty()) ending.workingCopy = WithWorkspace(UidToGoOnWith(host, uid));
-  auto refusal = RefusalOfAnotherPlace(ending.address, uid);
-  if (!refusal) refusal = RefusalOfEnd(host, end, ending.address, ending.workingCopy);
+  CheckoutState standing;
+  auto refusal = FindWorkingCopy(host, ending.address, ending.workingCopy);
+  if (!refusal) refusal = RefusalOfEnd(host, end, ending.address, ending.workingCopy, standing);
   if (Interrupted()) return report.Report();
   if (refusal) return host.output().Fail(*refusal);
   if (const auto kept = CheckoutBook().Find(ending.workingCopy)) ending.document = kept->document;
+  ending.hadEnded = HasEnded(standing.status);
 
   report.Tell("whether the checkout of " + ending.address + " has ended is not known; " +
               AdviceAfterEnd(end, ending.workingCopy));

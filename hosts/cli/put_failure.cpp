@@ -40,19 +40,15 @@ struct Standing {
   return "after " + std::to_string(outcome.sent) + " of " + ByteCount(outcome.total);
 }
 
-// The status of a refusal in what the library traced of a store; 0 when it is none.
-[[nodiscard]] int RefusalIn(const std::string& traced) {
+// Whether the library traced that nothing of this upload stands on the server, whatever else does: a store
+// follows an upload, and needs it; and a server that has refused a store has not done it.
+[[nodiscard]] bool IsRefusal(const std::string& traced) {
   constexpr std::string_view store = "Failed to update document with error ";
-  if (!traced.starts_with(store)) return 0;
+  if (traced.starts_with("Failed to upload document")) return true;
+  if (!traced.starts_with(store)) return false;
   const int status = std::atoi(traced.c_str() + store.size());
   // A server that was waited for too long has not refused.
-  return status >= 400 && status < 500 && status != 408 && status != 499 ? status : 0;
-}
-
-// A store follows an upload, and needs it; and a server that has refused a store has not done it. In both
-// cases nothing of this upload stands there, whatever else does.
-[[nodiscard]] bool IsRefusal(const std::string& traced) {
-  return traced.starts_with("Failed to upload document") || RefusalIn(traced) != 0;
+  return status >= 400 && status < 500 && status != 408 && status != 499;
 }
 
 [[nodiscard]] Standing Unknown(const std::string& command, const std::string& address) {

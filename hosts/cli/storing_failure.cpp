@@ -168,9 +168,9 @@ Failure CheckoutFailure(Host& host, const std::string& address, const std::strin
 }
 
 std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::string& address,
-                                    const std::string& uid) {
+                                    const std::string& uid, CheckoutState& standing) {
   if (uid.empty()) return NotFound(host, address);
-  const CheckoutState standing = ReadCheckoutState(uid);
+  standing = ReadCheckoutState(uid);
   const std::string verify = CommandToType("verify", uid) + " tells what stands";
   switch (standing.status) {
     case VtDirectManager::CheckoutInTempWorkspace:

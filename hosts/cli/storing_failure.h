@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "hosts/cli/checkout_words.h"
 #include "hosts/cli/exit_code.h"
 #include "hosts/cli/host.h"
 
@@ -30,8 +31,9 @@ enum class CheckoutEnd { Checkin, Undo };
 
 /// Why there is no working copy whose checkout could end; nothing when there is one. A temporary workspace
 /// whose document has gone on without it can still be undone, which clears it away.
+/// @param standing  receives where the checkout stands, if there is an object
 [[nodiscard]] std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::string& address,
-                                                  const std::string& uid);
+                                                  const std::string& uid, CheckoutState& standing);
 
 /// Why a check-in or an undo of a working copy has failed.
 [[nodiscard]] Failure EndFailure(Host& host, CheckoutEnd end, const std::string& address,

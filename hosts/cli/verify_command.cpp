@@ -5,7 +5,6 @@
 #include "hosts/cli/checkout_words.h"
 #include "hosts/cli/command.h"
 #include "hosts/cli/diagnosis.h"
-#include "hosts/cli/document_place.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/storing_failure.h"
@@ -161,15 +160,6 @@ void Print(Host& host, const Verification& found) {
   return ExitCode::Ok;
 }
 
-[[nodiscard]] std::optional<Failure> FindWorkingCopy(Host& host, Verification& found) {
-  const std::string uid = VtDirectManager::GetUID(found.address.c_str());
-  if (uid.empty()) return Diagnose(host, found.address, true);
-  // What is gone is renewed, which checks the document out anew.
-  if (auto failure = RefusalOfAnotherPlace(found.address, uid)) return failure;
-  found.workingCopy = WithWorkspace(UidToGoOnWith(host, uid));
-  return std::nullopt;
-}
-
 ExitCode RunVerify(Host& host, const Arguments& arguments) {
   Verification found;
   found.address = arguments.Text("ADDRESS");
@@ -178,9 +168,10 @@ ExitCode RunVerify(Host& host, const Arguments& arguments) {
 
   InterruptionReport report(host, "verify");
   ForgetTracedErrors();
-  if (const auto failure = FindWorkingCopy(host, found)) {
-    return Interrupted() ? report.Report() : host.output().Fail(*failure);
-  }
+  // What is gone is renewed, which checks the document out anew.
+  auto refusal = FindWorkingCopy(host, found.address, found.workingCopy);
+  if (!refusal && found.workingCopy.empty()) refusal = Diagnose(host, found.address, true);
+  if (refusal) return Interrupted() ? report.Report() : host.output().Fail(*refusal);
   found.kept = CheckoutBook().Find(found.workingCopy);
   if (!found.kept) found.kept = KeptOfOlderIteration(found.workingCopy);
   if (found.kept) found.workingCopy = found.kept->uid;
