@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "connection/platform/files.h"
+#include "platform/files.h"
 
 namespace lxservices::cms_interface {
 

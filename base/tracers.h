@@ -1,6 +1,6 @@
 #pragma once
 
-#include "connection/platform/trace.h"
+#include "platform/trace.h"
 
 /// The tracers of the library, each made on the spot for one line. Hosts filter by these names.
 namespace lxservices::cms_interface {

@@ -9,7 +9,7 @@
 #include "browsing/contexts.h"
 #include "browsing/object_query.h"
 #include "connection/url_escape.h"
-#include "documents/document_reads.h"
+#include "documents/reading/document_reads.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "browsing/context_kind.h"
 #include "connection/vt_connection.h"
-#include "documents/document_records.h"
+#include "documents/reading/document_records.h"
 
 /// Searches of the REST services for a document by its CAD name or its number. Each makes requests, on this
 /// thread, and traces each failure unless it says otherwise.

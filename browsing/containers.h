@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "browsing/file_server.h"
+#include "browsing/dir_entry.h"
 #include "connection/vt_connection.h"
 
 /// Contexts by the OData service, which calls them containers. Each call makes one GET a page, on this

@@ -66,8 +66,8 @@ std::string ResolveContextId(const std::shared_ptr<VtConnection>& connection, co
 }
 
 bool ListContexts(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                  ContextKind kind, const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
-  if ((flags & FileServer::Directories) == 0) return true;
+                  ContextKind kind, const DirEntryCallback& callback, ReadDirFlags flags) {
+  if ((flags & Directories) == 0) return true;
   if (services.dataAdminV5) {
     const char* type = ODataTypeOf(kind);
     return type != nullptr && ListContainers(connection, type, callback);

@@ -6,7 +6,7 @@
 
 #include "base/status.h"
 #include "browsing/context_kind.h"
-#include "browsing/file_server.h"
+#include "browsing/dir_entry.h"
 #include "connection/rest_items.h"
 #include "connection/service_flags.h"
 #include "connection/vt_connection.h"
@@ -46,7 +46,6 @@ struct ContextRecord {
 /// by REST. Makes requests only when `flags` asks for directories; otherwise the result is true.
 /// @return false when a request failed, and for a kind that the service does not know
 [[nodiscard]] bool ListContexts(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                                ContextKind kind, const DirEntryCallback& callback,
-                                FileServer::ReadDirFlags flags);
+                                ContextKind kind, const DirEntryCallback& callback, ReadDirFlags flags);
 
 }  // namespace lxservices::cms_interface::vantry

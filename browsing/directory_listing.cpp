@@ -14,9 +14,8 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-bool ListNames(std::initializer_list<VfsNameId> names, const DirEntryCallback& callback,
-               FileServer::ReadDirFlags flags) {
-  if ((flags & FileServer::Directories) == 0) return true;
+bool ListNames(std::initializer_list<VfsNameId> names, const DirEntryCallback& callback, ReadDirFlags flags) {
+  if ((flags & Directories) == 0) return true;
   for (const VfsNameId name : names) EmitDirEntry(callback, LocalisedVfsName(name), "", true);
   return true;
 }
@@ -26,12 +25,12 @@ struct Listing {
   const std::shared_ptr<VtConnection>& connection;
   ServiceFlags& services;
   const DirEntryCallback& callback;
-  FileServer::ReadDirFlags flags;
+  ReadDirFlags flags;
 };
 
 bool ListResource(const Listing& listing, const std::string& resource) {
-  const bool details = (listing.flags & FileServer::Details) != 0;
-  const bool versions = (listing.flags & FileServer::Versions) != 0;
+  const bool details = (listing.flags & Details) != 0;
+  const bool versions = (listing.flags & Versions) != 0;
   if (listing.services.dataAdminV5) {
     return ListODataFolderV5(listing.connection, resource, listing.callback, details, versions);
   }
@@ -69,17 +68,17 @@ bool ListWorkspacesSection(const Listing& listing, const ParsedVfsPath& path) {
 
 }  // namespace
 
-bool ListRootDirs(const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+bool ListRootDirs(const DirEntryCallback& callback, ReadDirFlags flags) {
   return ListNames({VfsNameId::Products, VfsNameId::Libraries, VfsNameId::Projects, VfsNameId::Sites},
                    callback, flags);
 }
 
-bool ListSections(const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+bool ListSections(const DirEntryCallback& callback, ReadDirFlags flags) {
   return ListNames({VfsNameId::Folders, VfsNameId::Workspaces}, callback, flags);
 }
 
 bool ListDirectory(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services, const char* path,
-                   const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+                   const DirEntryCallback& callback, ReadDirFlags flags) {
   if (path == nullptr || *path == '\0') return ListRootDirs(callback, flags);
   const Listing listing{connection, services, callback, flags};
   const ParsedVfsPath parsed = SplitDirectoryPath(path);

@@ -12,7 +12,7 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-using Flags = FileServer::ReadDirFlags;
+using Flags = ReadDirFlags;
 
 DirLister OpenContexts(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services,
                        ContextKind kind) {
@@ -25,8 +25,8 @@ DirLister OpenContexts(const std::shared_ptr<VtConnection>& connection, ServiceF
 // The service's version is that of now, whatever the server object learns later.
 DirLister OpenResource(const std::shared_ptr<VtConnection>& connection, bool isV5, std::string resource) {
   return [connection, isV5, resource = std::move(resource)](const DirEntryCallback& callback, Flags flags) {
-    const bool details = (flags & FileServer::Details) != 0;
-    const bool versions = (flags & FileServer::Versions) != 0;
+    const bool details = (flags & Details) != 0;
+    const bool versions = (flags & Versions) != 0;
     return isV5 ? ListODataFolderV5(connection, resource, callback, details, versions)
                 : ListODataFolder(connection, resource, callback, details);
   };

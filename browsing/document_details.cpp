@@ -2,11 +2,11 @@
 
 #include <string_view>
 
+#include "base/checkout_id.h"
 #include "base/text.h"
 #include "base/tracers.h"
 #include "browsing/latest_version.h"
-#include "documents/checkout_id.h"
-#include "documents/document_reads.h"
+#include "documents/reading/document_reads.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

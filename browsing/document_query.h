@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "documents/file_info.h"
+#include "documents/reading/file_info.h"
 
 /// The request of ReadDetails: every member is an optional output, and null means not asked.
 namespace lxservices::cms_interface {

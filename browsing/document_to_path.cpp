@@ -2,16 +2,16 @@
 
 #include <algorithm>
 
+#include "base/checkout_id.h"
 #include "base/file_name.h"
 #include "base/text.h"
 #include "base/tracers.h"
 #include "browsing/context_kind.h"
 #include "browsing/document_details.h"
 #include "browsing/vfs_tree.h"
-#include "documents/checkout_id.h"
-#include "documents/document_reads.h"
-#include "documents/folder_path.h"
-#include "documents/workspaces.h"
+#include "documents/reading/document_reads.h"
+#include "documents/reading/folder_path.h"
+#include "documents/workspaces/workspaces.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

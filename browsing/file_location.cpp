@@ -1,12 +1,12 @@
 #include "browsing/file_location.h"
 
+#include "base/checkout_id.h"
 #include "base/tracers.h"
 #include "browsing/cad_name_search.h"
 #include "browsing/document_details.h"
 #include "browsing/document_search.h"
 #include "browsing/folder_tree.h"
 #include "browsing/vfs_tree.h"
-#include "documents/checkout_id.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

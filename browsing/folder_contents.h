@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "browsing/file_server.h"
+#include "browsing/dir_entry.h"
 #include "connection/vt_connection.h"
 
 /// The contents of one folder by OData. Makes one GET a page, on this thread; nothing is cached or traced.

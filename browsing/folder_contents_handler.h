@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "browsing/file_server.h"
+#include "browsing/dir_entry.h"
 
 namespace lxservices::cms_interface::vantry {
 

@@ -7,9 +7,9 @@
 #include "browsing/expanded_folders.h"
 #include "browsing/odata_rows.h"
 #include "connection/json_members.h"
-#include "connection/platform/files.h"
 #include "connection/rest_items.h"
 #include "connection/url_escape.h"
+#include "platform/files.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -5,8 +5,8 @@
 #include "browsing/expanded_folders.h"
 #include "browsing/odata_rows.h"
 #include "connection/json_members.h"
-#include "connection/platform/files.h"
 #include "connection/url_escape.h"
+#include "platform/files.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -5,9 +5,9 @@
 #include "base/file_name.h"
 #include "browsing/contexts.h"
 #include "connection/json_members.h"
-#include "connection/platform/environment.h"
-#include "connection/platform/uri.h"
 #include "connection/url_escape.h"
+#include "platform/environment.h"
+#include "platform/uri.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
@@ -46,22 +46,20 @@ void EmitGatewayEntry(const DirEntryCallback& callback, std::string_view text, b
 
 // One element of the list: the address of a file, which ends in its name, or of a folder, which holds "path="
 // and ends in the folder's path.
-void ReadGatewayElement(std::string_view address, const DirEntryCallback& callback,
-                        FileServer::ReadDirFlags flags) {
+void ReadGatewayElement(std::string_view address, const DirEntryCallback& callback, ReadDirFlags flags) {
   constexpr std::string_view folderMark = "path=";
   const auto slash = address.rfind('/');
   if (slash == std::string_view::npos) return;
   const auto mark = address.rfind(folderMark);
   const bool isDirectory = mark != std::string_view::npos;
-  if ((flags & (isDirectory ? FileServer::Directories : FileServer::Files)) == 0) return;
+  if ((flags & (isDirectory ? Directories : Files)) == 0) return;
   const bool nameFollowsMark = isDirectory && mark > slash;
   EmitGatewayEntry(callback, address.substr(nameFollowsMark ? mark + folderMark.size() : slash + 1),
                    isDirectory);
 }
 
-void DeliverListing(const rapidjson::Value& listing, const DirEntryCallback& callback,
-                    FileServer::ReadDirFlags flags) {
-  if ((flags & (FileServer::Files | FileServer::Directories)) == 0 || !listing.IsObject()) return;
+void DeliverListing(const rapidjson::Value& listing, const DirEntryCallback& callback, ReadDirFlags flags) {
+  if ((flags & (Files | Directories)) == 0 || !listing.IsObject()) return;
   for (const auto& member : listing.GetObject()) {
     if (TextView(member.name) != "folderContent" || !member.value.IsArray()) continue;
     for (const auto& element : member.value.GetArray()) {
@@ -72,8 +70,7 @@ void DeliverListing(const rapidjson::Value& listing, const DirEntryCallback& cal
 
 }  // namespace
 
-bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback,
-                        FileServer::ReadDirFlags flags) {
+bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback, ReadDirFlags flags) {
   if (!stream.succeeded()) return false;
   rapidjson::Document listing;
   if (ParseJsonResponse(stream, listing)) DeliverListing(listing, callback, flags);
@@ -82,7 +79,7 @@ bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback,
 
 bool ListGatewayFolder(const std::shared_ptr<VtConnection>& connection, const std::string& contextName,
                        ContextKind kind, const std::string& folderPath, const DirEntryCallback& callback,
-                       FileServer::ReadDirFlags flags) {
+                       ReadDirFlags flags) {
   ContextRecord context;
   if (!FindContext(connection, kind, contextName, context)) return false;
   const std::string path = GatewayFolderPath(context, folderPath);
@@ -102,7 +99,7 @@ DirLister OpenGatewayFolder(const std::shared_ptr<VtConnection>& connection, con
     if (!stream.succeeded()) return {};
     (void)ParseJsonResponse(stream, *listing);
   }
-  return [listing](const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
+  return [listing](const DirEntryCallback& callback, ReadDirFlags flags) {
     DeliverListing(*listing, callback, flags);
     return true;
   };

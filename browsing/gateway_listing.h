@@ -4,7 +4,7 @@
 #include <string>
 
 #include "browsing/context_kind.h"
-#include "browsing/file_server.h"
+#include "browsing/dir_entry.h"
 #include "connection/rest_stream.h"
 #include "connection/vt_connection.h"
 
@@ -19,7 +19,7 @@ namespace lxservices::cms_interface::vantry {
 [[nodiscard]] bool ListGatewayFolder(const std::shared_ptr<VtConnection>& connection,
                                      const std::string& contextName, ContextKind kind,
                                      const std::string& folderPath, const DirEntryCallback& callback,
-                                     FileServer::ReadDirFlags flags);
+                                     ReadDirFlags flags);
 
 /// Fetches a folder's listing now, by the two GETs of ListGatewayFolder, and gives a lister that delivers it
 /// as often as it is called, without a further request. It holds the listing in memory, and no temporary
@@ -33,6 +33,6 @@ namespace lxservices::cms_interface::vantry {
 /// the body, which can be done once. Sends nothing.
 /// @return whether the HTTP status was in 200 to 299
 [[nodiscard]] bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback,
-                                      FileServer::ReadDirFlags flags);
+                                      ReadDirFlags flags);
 
 }  // namespace lxservices::cms_interface::vantry

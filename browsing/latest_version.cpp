@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
+#include "base/checkout_id.h"
 #include "base/settings.h"
-#include "documents/checkout_id.h"
-#include "documents/document_reads.h"
-#include "documents/file_info.h"
+#include "documents/reading/document_reads.h"
+#include "documents/reading/file_info.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

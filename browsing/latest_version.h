@@ -8,7 +8,7 @@
 #include "browsing/document_search.h"
 #include "connection/service_flags.h"
 #include "connection/vt_connection.h"
-#include "documents/document_records.h"
+#include "documents/reading/document_records.h"
 
 /// Which version of a document is the newest. The OData services are asked first and the document's own list
 /// of versions decides what they leave open.

@@ -3,15 +3,15 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/checkout_id.h"
 #include "base/file_name.h"
 #include "base/tracers.h"
 #include "browsing/contexts.h"
 #include "browsing/file_location.h"
 #include "browsing/vfs_tree.h"
 #include "browsing/workspace_listing.h"
-#include "documents/checkout_id.h"
-#include "documents/document_reads.h"
-#include "documents/workspaces.h"
+#include "documents/reading/document_reads.h"
+#include "documents/workspaces/workspaces.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -1,13 +1,13 @@
 #include "browsing/vantry_lookup.h"
 
+#include "base/checkout_id.h"
 #include "base/text.h"
 #include "base/tracers.h"
 #include "browsing/cad_name_search.h"
 #include "browsing/document_details.h"
-#include "documents/checkout_id.h"
-#include "documents/document_reads.h"
-#include "documents/working_copy.h"
-#include "documents/workspaces.h"
+#include "documents/checkout/working_copy.h"
+#include "documents/reading/document_reads.h"
+#include "documents/workspaces/workspaces.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -1,7 +1,7 @@
 #include "browsing/vfs_tree.h"
 
-#include "connection/platform/environment.h"
-#include "connection/platform/localizer.h"
+#include "platform/environment.h"
+#include "platform/localizer.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

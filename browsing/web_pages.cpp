@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
+#include "base/checkout_id.h"
 #include "base/server_key.h"
 #include "base/text.h"
 #include "base/tracers.h"
 #include "connection/url_escape.h"
-#include "documents/checkout_id.h"
-#include "documents/document_reads.h"
-#include "documents/workspaces.h"
+#include "documents/reading/document_reads.h"
+#include "documents/workspaces/workspaces.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "connection/vt_connection.h"
-#include "documents/document_records.h"
+#include "documents/reading/document_records.h"
 
 /// Addresses of the server's own web pages. They are built for the host to show, and never fetched.
 namespace lxservices::cms_interface::vantry {

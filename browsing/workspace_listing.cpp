@@ -1,13 +1,13 @@
 #include "browsing/workspace_listing.h"
 
 #include "browsing/dir_entry.h"
-#include "documents/workspaces.h"
+#include "documents/workspaces/workspaces.h"
 
 namespace lxservices::cms_interface::vantry {
 
 bool ListWorkspaceDirs(const std::shared_ptr<VtConnection>& connection, const std::string& contextId,
-                       const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
-  if ((flags & FileServer::Directories) == 0) return true;
+                       const DirEntryCallback& callback, ReadDirFlags flags) {
+  if ((flags & Directories) == 0) return true;
   WorkspaceList workspaces;
   if (!ListUserWorkspaces(connection, contextId, workspaces)) return false;
   for (const WorkspaceRecord& workspace : workspaces) EmitDirEntry(callback, workspace.name, "", true);
@@ -15,8 +15,8 @@ bool ListWorkspaceDirs(const std::shared_ptr<VtConnection>& connection, const st
 }
 
 bool ListWorkspaceFiles(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId,
-                        const DirEntryCallback& callback, FileServer::ReadDirFlags flags) {
-  if ((flags & FileServer::Files) == 0) return true;
+                        const DirEntryCallback& callback, ReadDirFlags flags) {
+  if ((flags & Files) == 0) return true;
   DocumentList documents;
   if (!ListWorkspaceDocuments(connection, workspaceId, documents)) return false;
   for (const DocumentSummary& document : documents) {

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "browsing/file_server.h"
+#include "browsing/dir_entry.h"
 #include "connection/vt_connection.h"
 
 /// The workspaces section of a context. Makes requests on this thread; nothing is cached or traced.
@@ -13,13 +13,13 @@ namespace lxservices::cms_interface::vantry {
 /// `flags` asks for directories; otherwise the result is true.
 [[nodiscard]] bool ListWorkspaceDirs(const std::shared_ptr<VtConnection>& connection,
                                      const std::string& contextId, const DirEntryCallback& callback,
-                                     FileServer::ReadDirFlags flags);
+                                     ReadDirFlags flags);
 
 /// Delivers the documents of a workspace as files. One GET, when `flags` asks for files; otherwise the result
 /// is true.
 [[nodiscard]] bool ListWorkspaceFiles(const std::shared_ptr<VtConnection>& connection,
                                       const std::string& workspaceId, const DirEntryCallback& callback,
-                                      FileServer::ReadDirFlags flags);
+                                      ReadDirFlags flags);
 
 /// The id of the first workspace of a context with a name, temporary ones included: a working copy in one of
 /// them can be addressed by its path though the listing hides it. One GET.

@@ -3,7 +3,7 @@
 #
 #   vtdirect_objects             every layer of the library
 #   vtdirect_platform_transport  ConnectURI, DoRequestWithCommonAuth, their settings and credentials
-#   vtdirect_platform_rest       everything else that connection/platform/ asks for
+#   vtdirect_platform_rest       everything else that platform/ asks for
 find_package(RapidJSON REQUIRED)
 find_package(EXPAT REQUIRED)
 
@@ -21,6 +21,7 @@ add_subdirectory(connection)
 add_subdirectory(documents)
 add_subdirectory(translation)
 add_subdirectory(browsing)
+add_subdirectory(server)
 add_subdirectory(public)
 
 add_library(vtdirect)
@@ -37,7 +38,7 @@ if(VTDIRECT_PLATFORM STREQUAL "default")
   add_library(vtdirect_platform_rest OBJECT)
   target_link_libraries(vtdirect_platform_rest PUBLIC vtdirect_headers vtdirect_rapidjson
                                                PRIVATE vtdirect_warnings)
-  add_subdirectory(platform)
+  add_subdirectory(platform_default)
 
   add_library(platform)
   add_library(VtDirect::platform ALIAS platform)
@@ -68,7 +69,7 @@ endif()
 set(VTDIRECT_STAGED_HEADERS ${PROJECT_BINARY_DIR}/include)
 set(VTDIRECT_PUBLIC_HEADERS public/vt_direct_manager.h public/vt_direct_utils.h)
 file(GLOB VTDIRECT_PLATFORM_HEADERS CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
-     ${PROJECT_SOURCE_DIR}/connection/platform/*.h)
+     ${PROJECT_SOURCE_DIR}/platform/*.h)
 foreach(header IN LISTS VTDIRECT_PUBLIC_HEADERS)
   get_filename_component(name ${header} NAME)
   configure_file(${PROJECT_SOURCE_DIR}/${header} ${VTDIRECT_STAGED_HEADERS}/vtdirect/${name} COPYONLY)

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "base/server_key.h"
-#include "connection/platform/uri.h"
+#include "platform/uri.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "connection/platform/http.h"
+#include "platform/http.h"
 
 namespace lxservices::cms_interface::vantry {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "connection/json_parsing.h"
-#include "connection/platform/files.h"
+#include "platform/files.h"
 
 namespace lxservices::cms_interface::vantry {
 

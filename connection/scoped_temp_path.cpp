@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "base/tracers.h"
-#include "connection/platform/files.h"
+#include "platform/files.h"
 
 namespace lxservices::cms_interface::vantry {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "connection/platform/trace.h"
+#include "platform/trace.h"
 
 namespace lxservices::cms_interface::vantry {
 

@@ -3,10 +3,10 @@
 #include <vector>
 
 #include "base/tracers.h"
-#include "connection/platform/uri.h"
 #include "connection/rest_items.h"
 #include "connection/server_information.h"
 #include "connection/service_schema.h"
+#include "platform/uri.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -1,7 +1,7 @@
 #include "connection/service_flags.h"
 
-#include "connection/platform/environment.h"
 #include "connection/service_schema.h"
+#include "platform/environment.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "connection/platform/uri.h"
+#include "platform/uri.h"
 
 namespace lxservices::cms_interface::vantry {
 

@@ -1,6 +1,6 @@
 #include "connection/url_split.h"
 
-#include "connection/platform/uri.h"
+#include "platform/uri.h"
 
 namespace lxservices::cms_interface::vantry {
 

@@ -3,10 +3,10 @@
 #include <cstdlib>
 #include <string>
 
+#include "base/checkout_id.h"
 #include "base/file_name.h"
 #include "base/server_key.h"
-#include "connection/platform/uri.h"
-#include "documents/checkout_id.h"
+#include "platform/uri.h"
 #include "public/address_text.h"
 #include "public/vt_direct_manager.h"
 

@@ -2,8 +2,8 @@
 #include <cstdint>
 
 #include "connection/json_parsing.h"
-#include "documents/document_reader.h"
-#include "documents/file_info.h"
+#include "documents/reading/document_reader.h"
+#include "documents/reading/file_info.h"
 
 using namespace lxservices::cms_interface::vantry;
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "hosts/cli/xliff_check.h"
+#include "hosts/cli/translation/xliff_check.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::size_t position = 0;

@@ -2,8 +2,8 @@
 
 #include "base/settings.h"
 #include "base/text.h"
-#include "connection/platform/uri.h"
 #include "connection/url_escape.h"
+#include "platform/uri.h"
 #include "public/vt_direct_manager.h"
 
 namespace lxservices::cms_interface {

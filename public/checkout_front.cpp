@@ -1,8 +1,8 @@
 #include <string>
 
+#include "base/checkout_id.h"
 #include "base/file_name.h"
 #include "base/tracers.h"
-#include "documents/checkout_id.h"
 #include "public/address_text.h"
 #include "public/object_address.h"
 #include "public/path_resolution.h"

@@ -1,6 +1,6 @@
 #include "base/tracers.h"
-#include "connection/platform/files.h"
 #include "connection/scoped_temp_path.h"
+#include "platform/files.h"
 #include "public/vt_direct_manager.h"
 #include "public/vt_direct_utils.h"
 

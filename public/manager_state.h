@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "browsing/file_server.h"
 #include "public/session.h"
+#include "server/file_server.h"
 
 /// The process-wide state behind VtDirectManager. Plain unsynchronised values.
 namespace lxservices::cms_interface {

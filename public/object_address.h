@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "browsing/file_server.h"
+#include "server/file_server.h"
 
 /// Addresses of objects on a server.
 namespace lxservices::cms_interface {

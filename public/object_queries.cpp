@@ -3,7 +3,7 @@
 
 #include "base/file_name.h"
 #include "base/tracers.h"
-#include "connection/platform/uri.h"
+#include "platform/uri.h"
 #include "public/address_text.h"
 #include "public/path_resolution.h"
 #include "public/vt_direct_manager.h"

@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "browsing/file_server.h"
 #include "public/vt_direct_manager.h"
+#include "server/file_server.h"
 
 /// The first step of almost every exported function: from an address to a server and an object on it.
 namespace lxservices::cms_interface {

@@ -4,12 +4,12 @@
 
 #include "base/server_key.h"
 #include "base/settings.h"
-#include "browsing/create_file_server.h"
-#include "connection/platform/uri.h"
+#include "platform/uri.h"
 #include "public/host_callbacks.h"
 #include "public/manager_state.h"
 #include "public/sessions.h"
 #include "public/vt_direct_manager.h"
+#include "server/create_file_server.h"
 
 namespace lxservices::cms_interface {
 namespace {

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "browsing/file_server.h"
+#include "server/file_server.h"
 
 /// Look-ups in the server table. None of them makes a request. A server that a live session has written off
 /// is not found by any of them.

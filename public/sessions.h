@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "browsing/file_server.h"
+#include "server/file_server.h"
 
 /// Sessions, in which failed servers are written off. Nothing here makes a request.
 namespace lxservices::cms_interface {

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "browsing/file_server.h"
+#include "server/file_server.h"
 
 namespace lxservices::cms_interface {
 

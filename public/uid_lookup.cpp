@@ -1,11 +1,11 @@
 #include "base/text.h"
 #include "base/tracers.h"
-#include "browsing/create_file_server.h"
 #include "connection/server_check.h"
 #include "public/host_callbacks.h"
 #include "public/object_address.h"
 #include "public/server_table.h"
 #include "public/vt_direct_manager.h"
+#include "server/create_file_server.h"
 
 namespace VtDirectManager {
 

@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "browsing/file_server.h"
 #include "public/path_resolution.h"
 #include "public/vt_direct_manager.h"
+#include "server/file_server.h"
 
 /// An upload between its two halves: what can be refused at once, and the transfer.
 namespace lxservices::cms_interface {

@@ -8,9 +8,9 @@
 #include <thread>
 
 #include "simulator/options.h"
-#include "simulator/request_log.h"
-#include "simulator/server_group.h"
 #include "simulator/simulator.h"
+#include "simulator/wire/request_log.h"
+#include "simulator/wire/server_group.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <functional>
 #include <string_view>
 
-#include "simulator/xliff_preferences.h"
+#include "simulator/store/xliff_preferences.h"
 
 namespace vantry_sim {
 namespace {

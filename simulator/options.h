@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "simulator/faults.h"
-#include "simulator/generation.h"
+#include "simulator/store/generation.h"
+#include "simulator/wire/faults.h"
 
 namespace vantry_sim {
 

@@ -3,11 +3,11 @@
 #include <cstdio>
 #include <utility>
 
-#include "simulator/authentication.h"
-#include "simulator/data_directory.h"
-#include "simulator/random_text.h"
-#include "simulator/routes.h"
-#include "simulator/uploads.h"
+#include "simulator/routes/routes.h"
+#include "simulator/store/data_directory.h"
+#include "simulator/store/uploads.h"
+#include "simulator/wire/authentication.h"
+#include "simulator/wire/random_text.h"
 
 namespace vantry_sim {
 namespace {

@@ -7,14 +7,14 @@
 #include <string>
 #include <string_view>
 
-#include "simulator/content_store.h"
-#include "simulator/database.h"
-#include "simulator/faults.h"
-#include "simulator/messages.h"
 #include "simulator/options.h"
-#include "simulator/router.h"
-#include "simulator/service_context.h"
-#include "simulator/upload_receiver.h"
+#include "simulator/routes/service_context.h"
+#include "simulator/store/content_store.h"
+#include "simulator/store/database.h"
+#include "simulator/store/upload_receiver.h"
+#include "simulator/wire/faults.h"
+#include "simulator/wire/messages.h"
+#include "simulator/wire/router.h"
 
 namespace vantry_sim {
 

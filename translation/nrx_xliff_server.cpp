@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "documents/checkout_id.h"
+#include "base/checkout_id.h"
 #include "translation/xliff_publishing.h"
 #include "translation/xliff_queries.h"
 #include "translation/xliff_upload.h"

@@ -2,8 +2,8 @@
 
 #include "base/tracers.h"
 #include "connection/odata_services.h"
-#include "connection/platform/environment.h"
 #include "connection/server_information.h"
+#include "platform/environment.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -4,8 +4,8 @@
 
 #include "connection/json_members.h"
 #include "connection/odata_page_reader.h"
-#include "connection/platform/environment.h"
 #include "connection/url_escape.h"
+#include "platform/environment.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

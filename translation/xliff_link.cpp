@@ -2,7 +2,7 @@
 
 #include "base/tracers.h"
 #include "connection/json_members.h"
-#include "documents/text_file.h"
+#include "documents/storing/text_file.h"
 
 namespace lxservices::cms_interface::vantry {
 

@@ -1,7 +1,7 @@
 #include "translation/xliff_publishing.h"
 
 #include "connection/url_escape.h"
-#include "documents/text_file.h"
+#include "documents/storing/text_file.h"
 #include "translation/xliff_link.h"
 
 namespace lxservices::cms_interface::vantry {

@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "documents/file_info.h"
+#include "documents/reading/file_info.h"
 
 namespace lxservices::cms_interface {
 

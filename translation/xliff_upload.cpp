@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "base/local_path.h"
-#include "documents/document_reads.h"
-#include "documents/text_document.h"
+#include "documents/reading/document_reads.h"
+#include "documents/storing/text_document.h"
 #include "translation/xliff_context.h"
 #include "translation/xliff_folder.h"
 #include "translation/xliff_link.h"

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "connection/vt_connection.h"
-#include "documents/file_info.h"
+#include "documents/reading/file_info.h"
 
 /// The two ways of a source XLIFF to the server. Requests on this thread. A partly successful upload is never
 /// undone, and a link that fails is no failure: it is traced.

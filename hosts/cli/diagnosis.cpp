@@ -3,8 +3,8 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include "hosts/cli/address.h"
+#include "hosts/cli/files/temporary_files.h"
 #include "hosts/cli/interruption.h"
-#include "hosts/cli/temporary_files.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {

@@ -9,9 +9,9 @@
 #include <cstring>
 
 #include "hosts/cli/environment.h"
-#include "hosts/cli/local_text_file.h"
-#include "hosts/cli/printable.h"
-#include "hosts/cli/temporary_files.h"
+#include "hosts/cli/files/local_text_file.h"
+#include "hosts/cli/files/temporary_files.h"
+#include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {

@@ -4,11 +4,11 @@
 #include <memory>
 #include <string>
 
-#include "hosts/cli/authenticator.h"
-#include "hosts/cli/command.h"
-#include "hosts/cli/output.h"
-#include "hosts/cli/server_list.h"
-#include "hosts/cli/work_directory.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/files/work_directory.h"
+#include "hosts/cli/servers/authenticator.h"
+#include "hosts/cli/servers/server_list.h"
+#include "hosts/cli/texts/output.h"
 
 namespace vtdirect_cli {
 

@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include "hosts/cli/diagnosis.h"
-#include "hosts/cli/printable.h"
+#include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {

@@ -9,11 +9,11 @@
 #include <cstring>
 #include <iostream>
 
-#include "hosts/cli/command_line.h"
+#include "hosts/cli/commands/command_line.h"
 #include "hosts/cli/environment.h"
-#include "hosts/cli/generated_texts.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/texts/generated_texts.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {

@@ -5,7 +5,7 @@
 #include <mutex>
 #include <ostream>
 
-#include "hosts/cli/printable.h"
+#include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "connection/platform/http.h"
+#include "platform/http.h"
 
 namespace vtdirect_test {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "connection/platform/trace.h"
+#include "platform/trace.h"
 
 namespace vtdirect_test {
 

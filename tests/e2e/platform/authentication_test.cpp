@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "connection/platform/trace.h"
+#include "platform/trace.h"
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/scripted_server.h"
 #include "tests/support/temporary_directory.h"

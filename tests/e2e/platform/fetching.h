@@ -3,9 +3,9 @@
 #include <memory>
 #include <string>
 
-#include "connection/platform/http.h"
-#include "connection/platform/http_credentials.h"
-#include "connection/platform/http_settings.h"
+#include "platform/http.h"
+#include "platform/http_credentials.h"
+#include "platform/http_settings.h"
 
 namespace vtdirect_test {
 

@@ -6,7 +6,7 @@
 #include <ostream>
 #include <tuple>
 
-#include "connection/platform/http_settings.h"
+#include "platform/http_settings.h"
 #include "public/vt_direct_manager.h"
 #include "tests/e2e/cli/simulator.h"
 #include "tests/support/temporary_directory.h"

@@ -6,8 +6,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "connection/platform/http_settings.h"
-#include "documents/content_upload.h"
+#include "documents/storing/content_upload.h"
+#include "platform/http_settings.h"
 #include "tests/e2e/platform/scripted_server.h"
 #include "tests/support/temporary_directory.h"
 

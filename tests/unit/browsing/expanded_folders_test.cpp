@@ -6,7 +6,7 @@
 #include <string>
 
 #include "connection/json_parsing.h"
-#include "connection/platform/files.h"
+#include "platform/files.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {

@@ -1,4 +1,4 @@
-#include "hosts/cli/authenticator.h"
+#include "hosts/cli/servers/authenticator.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

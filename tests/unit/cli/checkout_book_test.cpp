@@ -1,4 +1,4 @@
-#include "hosts/cli/checkout_book.h"
+#include "hosts/cli/checkouts/checkout_book.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

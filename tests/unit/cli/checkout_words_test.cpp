@@ -1,4 +1,4 @@
-#include "hosts/cli/checkout_words.h"
+#include "hosts/cli/checkouts/checkout_words.h"
 
 #include <gtest/gtest.h>
 #include <vtdirect/vt_direct_manager.h>

@@ -1,4 +1,4 @@
-#include "hosts/cli/command_line.h"
+#include "hosts/cli/commands/command_line.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "hosts/cli/escaped_name.h"
+#include "hosts/cli/files/escaped_name.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/generated_texts.h"
+#include "hosts/cli/texts/generated_texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -5,7 +5,7 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include "hosts/cli/work_directory.h"
+#include "hosts/cli/files/work_directory.h"
 #include "tests/support/temporary_directory.h"
 
 using testing::ElementsAre;

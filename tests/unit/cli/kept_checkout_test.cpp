@@ -1,4 +1,4 @@
-#include "hosts/cli/kept_checkout.h"
+#include "hosts/cli/checkouts/kept_checkout.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/local_source.h"
+#include "hosts/cli/storing/local_source.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,11 +1,11 @@
-#include "hosts/cli/netrc.h"
+#include "hosts/cli/servers/netrc.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cerrno>
 
-#include "hosts/cli/local_text_file.h"
+#include "hosts/cli/files/local_text_file.h"
 #include "tests/support/temporary_directory.h"
 
 namespace vtdirect_cli {

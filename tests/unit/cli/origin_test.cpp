@@ -1,4 +1,4 @@
-#include "hosts/cli/origin.h"
+#include "hosts/cli/servers/origin.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/output.h"
+#include "hosts/cli/texts/output.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/printable.h"
+#include "hosts/cli/texts/printable.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/progress_line.h"
+#include "hosts/cli/texts/progress_line.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/put_request.h"
+#include "hosts/cli/storing/put_request.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

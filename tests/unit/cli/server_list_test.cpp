@@ -1,4 +1,4 @@
-#include "hosts/cli/server_list.h"
+#include "hosts/cli/servers/server_list.h"
 
 #include <gtest/gtest.h>
 

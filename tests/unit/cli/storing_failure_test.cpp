@@ -1,4 +1,4 @@
-#include "hosts/cli/storing_failure.h"
+#include "hosts/cli/checkouts/storing_failure.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/target_file.h"
+#include "hosts/cli/files/target_file.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

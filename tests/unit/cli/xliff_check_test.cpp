@@ -1,4 +1,4 @@
-#include "hosts/cli/xliff_check.h"
+#include "hosts/cli/translation/xliff_check.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "hosts/cli/xliff_translations.h"
+#include "hosts/cli/translation/xliff_translations.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "documents/checkout_id.h"
+#include "base/checkout_id.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "documents/document_reader.h"
+#include "documents/reading/document_reader.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-#include "documents/document_reader.h"
+#include "documents/reading/document_reader.h"
 #include "tests/unit/documents/record_text.h"
 
 namespace {

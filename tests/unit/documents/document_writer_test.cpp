@@ -1,4 +1,4 @@
-#include "documents/document_writer.h"
+#include "documents/storing/document_writer.h"
 
 #include <gtest/gtest.h>
 #include <rapidjson/stringbuffer.h>

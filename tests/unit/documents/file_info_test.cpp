@@ -1,4 +1,4 @@
-#include "documents/file_info.h"
+#include "documents/reading/file_info.h"
 
 #include <gtest/gtest.h>
 

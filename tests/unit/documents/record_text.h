@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "documents/document_records.h"
+#include "documents/reading/document_records.h"
 
 /// Records as texts, one field after the other, so that a test compares all of a record at once.
 namespace vtdirect_test {

@@ -68,14 +68,15 @@ std::vector<fs::path> SourcesOf(const std::string& folder, const Names& otherFol
 // The folders of the library, each with those of this tree that it may include from, itself not counted.
 const std::map<std::string, Names>& MayInclude() {
   static const std::map<std::string, Names> table{
-      {"connection/platform", {}},
-      {"base", {"connection/platform"}},
-      {"connection", {"base", "connection/platform"}},
-      {"documents", {"connection", "base", "connection/platform"}},
-      {"translation", {"documents", "connection", "base", "connection/platform"}},
-      {"browsing", {"translation", "documents", "connection", "base", "connection/platform"}},
-      {"public", {"browsing", "translation", "documents", "connection", "base", "connection/platform"}},
-      {"platform", {"connection/platform"}},
+      {"platform", {}},
+      {"base", {"platform"}},
+      {"connection", {"base", "platform"}},
+      {"documents", {"connection", "base", "platform"}},
+      {"translation", {"documents", "connection", "base", "platform"}},
+      {"browsing", {"translation", "documents", "connection", "base", "platform"}},
+      {"server", {"browsing", "translation", "documents", "connection", "base", "platform"}},
+      {"public", {"server", "browsing", "translation", "documents", "connection", "base", "platform"}},
+      {"platform_default", {"platform"}},
       {"simulator", {}},
       {"hosts/cli", {}},
       {"hosts/mount", {}},
@@ -109,9 +110,9 @@ bool IsOfTheStandardLibrary(const IncludeLine& include) {
 const std::map<std::string, Names>& OwnersOfLibraries() {
   static const std::map<std::string, Names> table{
       {"rapidjson/",
-       {"connection", "documents", "translation", "browsing", "platform", "simulator", "hosts/cli"}},
+       {"connection", "documents", "translation", "browsing", "platform_default", "simulator", "hosts/cli"}},
       {"expat", {"connection", "hosts/cli"}},
-      {"curl/", {"platform"}},
+      {"curl/", {"platform_default"}},
       {"httplib", {"simulator"}},
       {"sqlite3", {"simulator"}},
       {"CLI/", {"hosts/cli", "simulator"}},
@@ -154,7 +155,7 @@ TEST(IncludeDirections, HostsIncludeTheInstalledHeadersAndNothingElseOfTheLibrar
         if (!StartsWith(include.target, "vtdirect/")) continue;
         const std::string name = include.target.substr(std::string("vtdirect/").size());
         const bool isInstalled = installed.count(include.target) == 1 ||
-                                 (StartsWith(name, "platform/") && fs::exists(root / "connection" / name));
+                                 (StartsWith(name, "platform/") && fs::exists(root / name));
         EXPECT_TRUE(isInstalled) << file << " includes " << include.target;
       }
     }
@@ -182,7 +183,7 @@ TEST(IncludeDirections, ThePublicHeadersIncludeTheStandardLibraryAndTheirSibling
 }
 
 TEST(IncludeDirections, ThePlatformInterfaceIncludesTheStandardLibraryAndItsSiblings) {
-  for (const fs::path& header : SourcesOf("connection/platform", {})) {
+  for (const fs::path& header : SourcesOf("platform", {})) {
     EXPECT_EQ(header.extension(), ".h") << header;
     for (const IncludeLine& include : ReadIncludes(header)) {
       const bool isSibling = include.quoted && include.target.find('/') == std::string::npos &&
@@ -208,12 +209,12 @@ TEST(IncludeDirections, ALibraryIsIncludedByItsOwnersOnly) {
 TEST(IncludeDirections, TheTestSeesTheTree) {
   // A wrong root would let every test above pass on nothing.
   for (const char* folder :
-       {"connection/platform", "base", "connection", "documents", "browsing", "public", "platform"}) {
+       {"platform", "base", "connection", "documents", "browsing", "server", "public", "platform_default"}) {
     EXPECT_FALSE(SourcesOf(folder, Folders()).empty()) << folder;
   }
   bool sawPlatformHeader = false;
   for (const IncludeLine& include : ReadIncludes(root / "connection/http_connection.cpp")) {
-    sawPlatformHeader = sawPlatformHeader || FolderOf(include.target) == "connection/platform";
+    sawPlatformHeader = sawPlatformHeader || FolderOf(include.target) == "platform";
   }
   EXPECT_TRUE(sawPlatformHeader);
 }

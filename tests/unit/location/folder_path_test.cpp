@@ -1,4 +1,4 @@
-#include "documents/folder_path.h"
+#include "documents/reading/folder_path.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <set>
 
-#include "connection/platform/files.h"
+#include "platform/files.h"
 #include "tests/support/temporary_directory.h"
 
 namespace {

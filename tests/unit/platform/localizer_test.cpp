@@ -4,7 +4,7 @@
 
 #include <filesystem>
 
-#include "connection/platform/localizer.h"
+#include "platform/localizer.h"
 #include "tests/support/temporary_directory.h"
 
 namespace {

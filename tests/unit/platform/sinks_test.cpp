@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-#include "connection/platform/http.h"
+#include "platform/http.h"
 #include "tests/support/temporary_directory.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <type_traits>
 
-#include "connection/platform/http.h"
+#include "platform/http.h"
 #include "tests/support/temporary_directory.h"
 
 namespace {

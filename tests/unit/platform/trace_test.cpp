@@ -5,8 +5,8 @@
 #include <atomic>
 #include <thread>
 
-#include "connection/platform/environment.h"
-#include "connection/platform/trace.h"
+#include "platform/environment.h"
+#include "platform/trace.h"
 #include "tests/support/trace_recorder.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "connection/platform/uri.h"
+#include "platform/uri.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "connection/platform/http_settings.h"
-#include "platform/header_lines.h"
-#include "platform/origin.h"
-#include "platform/redirection.h"
-#include "platform/request_target.h"
-#include "platform/routing_sink.h"
+#include "platform/http_settings.h"
+#include "platform_default/header_lines.h"
+#include "platform_default/origin.h"
+#include "platform_default/redirection.h"
+#include "platform_default/request_target.h"
+#include "platform_default/routing_sink.h"
 #include "tests/support/temporary_directory.h"
 
 namespace {

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "browsing/file_server.h"
 #include "public/manager_state.h"
+#include "server/file_server.h"
 #include "tests/support/trace_recorder.h"
 
 namespace vtdirect_test {

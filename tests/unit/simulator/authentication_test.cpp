@@ -1,4 +1,4 @@
-#include "simulator/authentication.h"
+#include "simulator/wire/authentication.h"
 
 #include "simulator_fixture.h"
 

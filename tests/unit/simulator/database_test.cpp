@@ -1,8 +1,8 @@
-#include "simulator/database.h"
+#include "simulator/store/database.h"
 
 #include <unistd.h>
 
-#include "simulator/schema.h"
+#include "simulator/store/schema.h"
 #include "simulator_fixture.h"
 
 namespace vantry_sim {

@@ -1,4 +1,4 @@
-#include "simulator/faults.h"
+#include "simulator/wire/faults.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "simulator/forbidden_characters.h"
+#include "simulator/wire/forbidden_characters.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "simulator/http_server.h"
+#include "simulator/wire/http_server.h"
 
 #include <chrono>
 #include <thread>

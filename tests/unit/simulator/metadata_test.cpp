@@ -1,4 +1,4 @@
-#include "simulator/metadata.h"
+#include "simulator/wire/metadata.h"
 
 #include "simulator_fixture.h"
 

@@ -1,4 +1,4 @@
-#include "simulator/multipart_reader.h"
+#include "simulator/wire/multipart_reader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "simulator/odata_filter.h"
+#include "simulator/wire/odata_filter.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 
-#include "simulator/database.h"
+#include "simulator/store/database.h"
 
 namespace vantry_sim {
 namespace {

@@ -1,4 +1,4 @@
-#include "simulator/odata_query.h"
+#include "simulator/wire/odata_query.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include <thread>
 
 #include "raw_client.h"
-#include "simulator/server_group.h"
+#include "simulator/wire/server_group.h"
 #include "simulator_fixture.h"
 
 namespace vantry_sim {

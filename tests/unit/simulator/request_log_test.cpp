@@ -1,4 +1,4 @@
-#include "simulator/request_log.h"
+#include "simulator/wire/request_log.h"
 
 #include "simulator_fixture.h"
 

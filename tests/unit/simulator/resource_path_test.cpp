@@ -1,4 +1,4 @@
-#include "simulator/resource_path.h"
+#include "simulator/wire/resource_path.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "simulator/router.h"
+#include "simulator/wire/router.h"
 
 #include <gtest/gtest.h>
 

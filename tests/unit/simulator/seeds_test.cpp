@@ -1,4 +1,4 @@
-#include "simulator/seeds.h"
+#include "simulator/seed/seeds.h"
 
 #include "simulator_fixture.h"
 

@@ -2,7 +2,7 @@
 #include <thread>
 
 #include "raw_client.h"
-#include "simulator/server_group.h"
+#include "simulator/wire/server_group.h"
 #include "tests/support/unused_port.h"
 #include "write_fixture.h"
 

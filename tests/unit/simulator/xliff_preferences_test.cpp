@@ -1,5 +1,5 @@
 // Where a source XLIFF goes, and whether what the preferences name can be found by the lists.
-#include "simulator/xliff_preferences.h"
+#include "simulator/store/xliff_preferences.h"
 
 #include <algorithm>
 

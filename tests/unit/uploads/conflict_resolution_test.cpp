@@ -1,4 +1,4 @@
-#include "documents/conflict_resolution.h"
+#include "documents/storing/conflict_resolution.h"
 
 #include <gtest/gtest.h>
 

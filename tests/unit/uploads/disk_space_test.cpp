@@ -1,4 +1,4 @@
-#include "documents/disk_space.h"
+#include "documents/storing/disk_space.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "documents/document_instruction.h"
+#include "documents/storing/document_instruction.h"
 
 #include <gtest/gtest.h>
 

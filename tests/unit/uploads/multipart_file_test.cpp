@@ -1,4 +1,4 @@
-#include "documents/multipart_file.h"
+#include "documents/storing/multipart_file.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>

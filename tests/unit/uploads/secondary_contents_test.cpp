@@ -1,4 +1,4 @@
-#include "documents/secondary_contents.h"
+#include "documents/storing/secondary_contents.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>

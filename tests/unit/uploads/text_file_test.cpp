@@ -1,4 +1,4 @@
-#include "documents/text_file.h"
+#include "documents/storing/text_file.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>

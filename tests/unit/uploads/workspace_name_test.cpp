@@ -1,4 +1,4 @@
-#include "documents/workspace_name.h"
+#include "documents/workspaces/workspace_name.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "browsing/create_file_server.h"
+#include "server/create_file_server.h"
 
 namespace vtdirect_test {
 namespace {

@@ -1,4 +1,4 @@
-#include "documents/checkin.h"
+#include "documents/checkout/checkin.h"
 
 #include "tests/wire/storing/flow_fixture.h"
 

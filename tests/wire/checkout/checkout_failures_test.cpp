@@ -1,8 +1,8 @@
-#include "documents/checkin.h"
-#include "documents/checkout.h"
-#include "documents/temporary_workspace.h"
-#include "documents/undo_checkout.h"
-#include "documents/verify_checkout.h"
+#include "documents/checkout/checkin.h"
+#include "documents/checkout/checkout.h"
+#include "documents/checkout/undo_checkout.h"
+#include "documents/checkout/verify_checkout.h"
+#include "documents/workspaces/temporary_workspace.h"
 #include "tests/wire/storing/failing_steps.h"
 
 // Every request of every flow of a checkout fails in every way.

@@ -1,9 +1,9 @@
-#include "documents/checkout.h"
+#include "documents/checkout/checkout.h"
 
 #include <algorithm>
 #include <ctime>
 
-#include "documents/workspace_name.h"
+#include "documents/workspaces/workspace_name.h"
 #include "tests/wire/storing/flow_fixture.h"
 
 namespace vtdirect_test {

@@ -1,7 +1,7 @@
-#include "documents/temporary_workspace.h"
+#include "documents/workspaces/temporary_workspace.h"
 
 #include "base/settings.h"
-#include "documents/workspace_name.h"
+#include "documents/workspaces/workspace_name.h"
 #include "tests/wire/storing/flow_fixture.h"
 
 namespace vtdirect_test {

@@ -1,4 +1,4 @@
-#include "documents/undo_checkout.h"
+#include "documents/checkout/undo_checkout.h"
 
 #include "tests/wire/storing/flow_fixture.h"
 

@@ -1,4 +1,4 @@
-#include "documents/verify_checkout.h"
+#include "documents/checkout/verify_checkout.h"
 
 #include "tests/wire/storing/flow_fixture.h"
 

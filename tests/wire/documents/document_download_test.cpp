@@ -1,4 +1,4 @@
-#include "documents/document_download.h"
+#include "documents/reading/document_download.h"
 
 #include <sys/stat.h>
 

@@ -1,4 +1,4 @@
-#include "documents/document_reads.h"
+#include "documents/reading/document_reads.h"
 #include "tests/wire/documents/connected_test.h"
 
 namespace {

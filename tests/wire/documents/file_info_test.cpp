@@ -1,4 +1,4 @@
-#include "documents/file_info.h"
+#include "documents/reading/file_info.h"
 
 #include "tests/wire/documents/connected_test.h"
 

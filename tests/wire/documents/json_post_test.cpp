@@ -1,4 +1,4 @@
-#include "documents/json_post.h"
+#include "documents/storing/json_post.h"
 
 #include <stdlib.h>
 

@@ -1,4 +1,4 @@
-#include "documents/checkout_state.h"
+#include "documents/checkout/checkout_state.h"
 
 #include "tests/wire/location/location_fixture.h"
 

@@ -1,5 +1,5 @@
-#include "browsing/create_file_server.h"
 #include "browsing/document_details.h"
+#include "server/create_file_server.h"
 #include "tests/support/hostile_answer.h"
 #include "tests/wire/location/location_fixture.h"
 

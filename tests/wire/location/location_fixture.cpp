@@ -3,7 +3,7 @@
 #include <stdlib.h>
 
 #include "base/settings.h"
-#include "browsing/create_file_server.h"
+#include "server/create_file_server.h"
 
 namespace vtdirect_test {
 namespace {

@@ -1,6 +1,6 @@
 #include "browsing/web_pages.h"
 
-#include "browsing/create_file_server.h"
+#include "server/create_file_server.h"
 #include "tests/wire/location/location_fixture.h"
 
 namespace vtdirect_test {

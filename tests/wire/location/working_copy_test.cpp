@@ -1,4 +1,4 @@
-#include "documents/working_copy.h"
+#include "documents/checkout/working_copy.h"
 
 #include "tests/wire/location/location_fixture.h"
 

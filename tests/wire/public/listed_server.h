@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "browsing/file_server.h"
 #include "public/manager_state.h"
 #include "public/vt_direct_manager.h"
+#include "server/file_server.h"
 #include "tests/support/scripted_transport.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/trace_recorder.h"

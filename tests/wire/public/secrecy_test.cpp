@@ -1,4 +1,4 @@
-#include "documents/json_post.h"
+#include "documents/storing/json_post.h"
 #include "tests/wire/public/listed_server.h"
 
 // What a host's callback knows, and the nonce that a server gives, must not show in any trace.

@@ -1,4 +1,4 @@
-#include "browsing/create_file_server.h"
+#include "server/create_file_server.h"
 #include "tests/wire/public/listed_server.h"
 
 namespace {

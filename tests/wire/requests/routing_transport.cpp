@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "connection/platform/http.h"
+#include "platform/http.h"
 
 namespace vtdirect_test {
 namespace {

@@ -1,4 +1,4 @@
-#include "documents/dependencies.h"
+#include "documents/storing/dependencies.h"
 
 #include "tests/wire/storing/flow_fixture.h"
 

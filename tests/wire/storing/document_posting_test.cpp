@@ -1,4 +1,4 @@
-#include "documents/document_posting.h"
+#include "documents/storing/document_posting.h"
 
 #include <array>
 

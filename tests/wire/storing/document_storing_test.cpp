@@ -1,9 +1,9 @@
-#include "documents/document_storing.h"
+#include "documents/storing/document_storing.h"
 
 #include <functional>
 
 #include "base/settings.h"
-#include "documents/document_building.h"
+#include "documents/storing/document_building.h"
 #include "tests/wire/storing/storing_fixture.h"
 
 namespace vtdirect_test {

@@ -1,6 +1,6 @@
 #include "base/settings.h"
-#include "documents/document_storing.h"
-#include "documents/text_document.h"
+#include "documents/storing/document_storing.h"
+#include "documents/storing/text_document.h"
 #include "tests/wire/storing/failing_steps.h"
 #include "tests/wire/storing/storing_fixture.h"
 

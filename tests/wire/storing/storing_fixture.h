@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "documents/file_info.h"
-#include "documents/upload_params.h"
+#include "documents/reading/file_info.h"
+#include "documents/storing/upload_params.h"
 #include "tests/wire/storing/flow_fixture.h"
 
 namespace vtdirect_test {

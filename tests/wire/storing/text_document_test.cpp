@@ -1,4 +1,4 @@
-#include "documents/text_document.h"
+#include "documents/storing/text_document.h"
 
 #include <algorithm>
 

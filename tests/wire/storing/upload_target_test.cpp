@@ -1,4 +1,4 @@
-#include "browsing/upload_target.h"
+#include "server/upload_target.h"
 
 #include <stdlib.h>
 

@@ -2,7 +2,7 @@
 
 #include <stdlib.h>
 
-#include "browsing/create_file_server.h"
+#include "server/create_file_server.h"
 #include "tests/wire/translation/xliff_fixture.h"
 
 namespace vtdirect_test {

@@ -1,4 +1,4 @@
-#include "documents/auth_app_version.h"
+#include "documents/storing/auth_app_version.h"
 
 #include <stdlib.h>
 

@@ -14,8 +14,8 @@
 
 #include "connection/rest_request.h"
 #include "connection/rest_stream.h"
-#include "documents/content_upload.h"
-#include "documents/multipart_file.h"
+#include "documents/storing/content_upload.h"
+#include "documents/storing/multipart_file.h"
 #include "tests/wire/storing/flow_fixture.h"
 
 // Local files that cannot be read, change, or are larger than 32 bits can tell, and a disk without room.

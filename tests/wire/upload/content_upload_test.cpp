@@ -1,4 +1,4 @@
-#include "documents/content_upload.h"
+#include "documents/storing/content_upload.h"
 
 #include <stdlib.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "documents/upload_ticket.h"
+#include "documents/storing/upload_ticket.h"
 
 #include <stdlib.h>
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/settings.h"
-#include "documents/workspaces.h"
+#include "documents/workspaces/workspaces.h"
 #include "tests/support/scripted_transport.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/trace_recorder.h"

@@ -1,0 +1,67 @@
+#include "documents/checkout/checkin.h"
+
+#include "base/checkout_id.h"
+#include "base/tracers.h"
+#include "documents/storing/conflict_resolution.h"
+#include "documents/storing/json_post.h"
+#include "documents/workspaces/temporary_workspace.h"
+#include "documents/workspaces/workspace_post.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+rapidjson::Document MakeCheckinBody(const std::string& documentId, const char* comment,
+                                    bool removeFromWorkspace) {
+  rapidjson::Document body(rapidjson::kObjectType);
+  auto& allocator = body.GetAllocator();
+  rapidjson::Value instruction(rapidjson::kObjectType);
+  instruction.AddMember("id", MakeText(documentId, allocator), allocator);
+  rapidjson::Value instructions(rapidjson::kArrayType);
+  instructions.PushBack(instruction, allocator);
+  body.AddMember("checkinInstructions", instructions, allocator);
+  if (removeFromWorkspace) body.AddMember("removeFromWorkspace", true, allocator);
+  if (comment != nullptr) body.AddMember("checkinComment", MakeText(comment, allocator), allocator);
+  rapidjson::Value resolutions(rapidjson::kArrayType);
+  resolutions.PushBack(MakeResolution(allocator, checkinResolution, documentId), allocator);
+  body.AddMember("conflictResolutions", resolutions, allocator);
+  return body;
+}
+
+}  // namespace
+
+bool CheckinDocument(const std::shared_ptr<VtConnection>& connection, const char* text, FileInfo& info) {
+  CheckoutId checkoutId;
+  if (!ParseValidCheckoutId(text, checkoutId)) return false;
+  const std::string& id = WorkingDocumentId(checkoutId);
+  const std::string& workspace = checkoutId.field1;
+  DocumentRecord result;
+  // Both lines were written for a workspace number; a workspace's id is a text.
+  if (!PostCheckin(connection, workspace, id, nullptr, checkoutId.temporary, &result)) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to check-in document id %s on workspace %s\n", id.c_str(),
+                     workspace.c_str());
+    return false;
+  }
+  VtDirectTracer()(dp::TraceType::Miss, "Checked-in document id %s on workspace %s giving id %s\n",
+                   id.c_str(), workspace.c_str(), result.id.c_str());
+  if (checkoutId.temporary) DeleteTemporaryWorkspace(connection, workspace);
+  info = MakeFileInfo(result);
+  info.id = FormatWorkspaceId(WorkspaceOf(checkoutId), result.id);
+  return true;
+}
+
+bool PostCheckin(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId,
+                 const std::string& documentId, const char* comment, bool removeFromWorkspace,
+                 DocumentRecord* result) {
+  JsonPost post(*connection, WorkspaceOperationPath(workspaceId, "checkin"),
+                MakeCheckinBody(documentId, comment, removeFromWorkspace));
+  RestStream& response = post.response();
+  if (!response.succeeded()) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to check-in document with error %d : %s\n",
+                     response.status(), response.errorText().c_str());
+    return false;
+  }
+  if (result != nullptr) (void)ReadFirstDocument(response, *result);
+  return true;
+}
+
+}  // namespace lxservices::cms_interface::vantry

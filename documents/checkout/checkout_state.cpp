@@ -1,0 +1,42 @@
+#include "documents/checkout/checkout_state.h"
+
+#include "base/checkout_id.h"
+#include "base/text.h"
+#include "base/tracers.h"
+#include "documents/checkout/working_copy.h"
+#include "documents/reading/document_reads.h"
+
+namespace lxservices::cms_interface::vantry {
+
+bool GetCheckoutState(const std::shared_ptr<VtConnection>& connection, const char* id,
+                      VtCheckoutState& state) {
+  const CheckoutId parsed = ParseCheckoutId(id);
+  DocumentRecord record;
+  if (ReadDocument(connection, parsed.field0, record) != Ok) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
+    return false;
+  }
+  state.checkedOut = record.isCheckout;
+  state.checkedOutByYou = record.isCheckoutByYou;
+  state.isLatest = record.isLatest;
+  state.checkedOutBy = record.checkoutByUser;
+  if (parsed.temporary) {
+    state.inWorkspace = true;
+    state.inUserWorkspace = false;
+    return true;
+  }
+  bool isWorkingCopy = false;
+  (void)IsWorkingCopy(connection, record, isWorkingCopy);
+  state.inWorkspace = isWorkingCopy;
+  state.inUserWorkspace = isWorkingCopy;
+  if (isWorkingCopy) {
+    // The server does not count a document that was never checked in as checked out. To the host it is: it is
+    // the connected user's alone, and a check-in is what it waits for.
+    state.checkedOut = true;
+    state.checkedOutByYou = true;
+    state.isLatest = false;
+  }
+  return true;
+}
+
+}  // namespace lxservices::cms_interface::vantry

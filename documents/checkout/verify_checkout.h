@@ -1,0 +1,19 @@
+#pragma once
+
+#include <memory>
+
+#include "connection/vt_connection.h"
+#include "documents/checkout/checkout_state.h"
+#include "documents/reading/file_info.h"
+
+namespace lxservices::cms_interface::vantry {
+
+/// Looks a remembered checkout up on the server. One in a temporary workspace that is out of date is renewed:
+/// undone and checked out again, which gives it another id. Requests on this thread.
+/// @param info   receives the summary of what stands now
+/// @param state  receives where it stands
+/// @return false when the checkout no longer stands and is none to renew, or when its state cannot be read
+[[nodiscard]] bool VerifyCheckout(const std::shared_ptr<VtConnection>& connection, const char* id,
+                                  FileInfo& info, VtCheckoutState& state);
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,69 @@
+#include "documents/reading/document_reads.h"
+
+#include <utility>
+
+#include "base/tracers.h"
+#include "connection/rest_stream.h"
+#include "connection/url_escape.h"
+#include "documents/reading/document_reader.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+constexpr const char* documentsPath = "servlet/rest/v1/dkm/documents/";
+
+}  // namespace
+
+Status ReadDocument(const std::shared_ptr<VtConnection>& connection, const std::string& id,
+                    DocumentRecord& record) {
+  const std::string path = documentsPath + EscapeForUrl(id);
+  RestStream response(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  if (!response.succeeded()) {
+    return response.errorCode() != du::http::ErrorCode::Done ? ConnectionFailed : Refused;
+  }
+  rapidjson::Document document;
+  if (ParseJsonResponse(response, document)) ReadDocumentRecord(document, record);
+  return Ok;
+}
+
+bool ReadDocumentJson(const std::shared_ptr<VtConnection>& connection, const std::string& id,
+                      rapidjson::Document& document) {
+  const std::string path = documentsPath + EscapeForUrl(id);
+  RestStream response(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  if (!response.succeeded()) return false;
+  (void)ParseJsonResponse(response, document);
+  return true;
+}
+
+bool ReadDocumentVersions(const std::shared_ptr<VtConnection>& connection, const std::string& id,
+                          const std::string& contextId, std::vector<DocumentSummary>& versions) {
+  const std::string path =
+      documentsPath + EscapeForUrl(id) + "/versions?contextId=" + EscapeForUrl(contextId);
+  RestStream response(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  if (!response.succeeded()) return false;
+  rapidjson::Document document;
+  if (!ParseJsonResponse(response, document) || !document.IsArray()) return true;
+  for (const auto& element : document.GetArray()) {
+    DocumentSummary version;
+    if (ReadDocumentSummary(element, version)) versions.push_back(std::move(version));
+  }
+  return true;
+}
+
+bool SearchDocuments(const std::shared_ptr<VtConnection>& connection, const std::string& number,
+                     std::vector<DocumentRecord>& documents, const char* scope) {
+  std::string path = std::string(documentsPath) + "search?number=" + EscapeForUrl(number);
+  if (scope != nullptr && *scope != '\0') path += "&scope=" + EscapeForUrl(scope);
+  RestStream response(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  if (!response.succeeded()) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to find doc number %s with response: %s", number.c_str(),
+                     response.errorText().c_str());
+    return false;
+  }
+  rapidjson::Document document;
+  if (!ParseJsonResponse(response, document) || !document.IsArray()) return true;
+  for (const auto& element : document.GetArray()) ReadDocumentRecord(element, documents.emplace_back());
+  return true;
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,37 @@
+#include "documents/reading/file_info.h"
+
+#include "base/checkout_id.h"
+#include "base/text.h"
+#include "base/tracers.h"
+#include "documents/reading/document_reads.h"
+
+namespace lxservices::cms_interface::vantry {
+
+std::string VersionText(const DocumentSummary& record) {
+  return record.revision + "." + record.iteration;
+}
+
+FileInfo MakeFileInfo(const DocumentRecord& record) {
+  FileInfo info;
+  info.version = VersionText(record);
+  info.cadName = record.master.cadName;
+  for (const ContentRecord& section : record.contentSections) info.size += section.fileSize;
+  for (const auto& dependency : record.dependencies) {
+    info.dependencies[dependency.asStoredChildName] = dependency.sourceId;
+  }
+  return info;
+}
+
+Status GetFileInfo(const std::shared_ptr<VtConnection>& connection, const char* id, FileInfo& info) {
+  DocumentRecord record;
+  const Status status = ReadDocument(connection, ParseCheckoutId(id).field0, record);
+  if (status != Ok) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
+    return status;
+  }
+  info = MakeFileInfo(record);
+  info.id = TextOrEmpty(id);
+  return Ok;
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "base/status.h"
+#include "connection/vt_connection.h"
+#include "documents/reading/document_records.h"
+
+namespace lxservices::cms_interface {
+
+/// What the document flows hand back about one object.
+struct FileInfo {
+  std::string id;  ///< a CheckoutId or a plain id
+  std::string version;
+  std::string cadName;
+  std::uint64_t size = 0;                           ///< bytes of the primary content
+  std::map<std::string, std::string> dependencies;  ///< child name to object id
+};
+
+namespace vantry {
+
+/// Revision, a full stop, iteration: "B.3".
+[[nodiscard]] std::string VersionText(const DocumentSummary& record);
+
+/// The summary of a document; its `id` is left empty for the flow to set.
+[[nodiscard]] FileInfo MakeFileInfo(const DocumentRecord& record);
+
+/// Reads a document and fills its summary, with the whole id as its id: one GET on this thread.
+/// @param id  a CheckoutId or a plain id; its first field is read
+/// @return Ok, Refused or ConnectionFailed; a failure is traced
+Status GetFileInfo(const std::shared_ptr<VtConnection>& connection, const char* id, FileInfo& info);
+
+}  // namespace vantry
+}  // namespace lxservices::cms_interface

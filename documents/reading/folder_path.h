@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "documents/reading/document_records.h"
+
+namespace lxservices::cms_interface::vantry {
+
+/// Where a document stands among the folders of its context, without the context itself. Pure.
+///
+/// "/Gadget/Sub/Deep" in the context "Gadget" gives "/Sub/Deep". A document directly under the context has a
+/// path only when its folder is the context's cabinet; any other stands in no folder, such as one that has
+/// never left a workspace.
+/// @param path  set on success only
+/// @return false when the document stands in no folder of its context
+[[nodiscard]] bool GetFolderPathInContext(const DocumentRecord& record, std::string& path);
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,135 @@
+#include "documents/storing/content_upload.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <map>
+#include <stdexcept>
+#include <utility>
+
+#include "base/tracers.h"
+#include "connection/json_members.h"
+#include "connection/rest_stream.h"
+#include "connection/url_split.h"
+#include "documents/storing/multipart_file.h"
+#include "documents/storing/upload_ticket.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+/// Stream number to index of the path.
+using StreamIndex = std::map<std::uint64_t, std::size_t>;
+
+std::uint64_t ReadStreamId(const std::string& text) {
+  char* end = nullptr;
+  errno = 0;
+  const std::uint64_t number = std::strtoull(text.c_str(), &end, 10);
+  if (end == text.c_str()) throw std::invalid_argument("invalid stoull argument");
+  if (errno == ERANGE) throw std::out_of_range("stoull argument out of range");
+  return number;
+}
+
+void WriteHead(MultipartFile& body, const UploadTicket& ticket) {
+  body.BeginField("Master_URL");
+  body.AddText(ticket.masterUrl);
+  body.BeginField("CacheDescriptor_array");
+}
+
+void WriteDescriptors(MultipartFile& body, const UploadTicket& ticket, std::size_t count) {
+  for (std::size_t index = 0; index < count; ++index) {
+    const std::string& stream = ticket.streamIds[index];
+    body.AddText(stream + ":" + ticket.fileNames[index] + ":" + stream + ";");
+  }
+}
+
+StreamIndex WriteFiles(MultipartFile& body, const UploadTicket& ticket,
+                       const std::vector<std::string>& paths) {
+  StreamIndex streams;
+  for (std::size_t index = 0; index < paths.size(); ++index) {
+    streams[ReadStreamId(ticket.streamIds[index])] = index;
+    body.AddFile(paths[index].c_str(), ticket.fileNames[index]);
+  }
+  body.Finish();
+  return streams;
+}
+
+void ReadReceipts(const rapidjson::Document& answer, const StreamIndex& streams,
+                  std::vector<UploadedContent>& contents) {
+  const rapidjson::Value* receipts = FindArray(answer, "contentInfos");
+  if (receipts == nullptr) return;
+  for (const auto& receipt : receipts->GetArray()) {
+    const rapidjson::Value* info = FindString(receipt, "encodedInfo");
+    const rapidjson::Value* stream = FindMember(receipt, "streamId");
+    if (info == nullptr || stream == nullptr || !stream->IsUint64()) continue;
+    const auto entry = streams.find(stream->GetUint64());
+    if (entry != streams.end()) contents[entry->second] = {entry->first, std::string(TextView(*info))};
+  }
+}
+
+Status TraceRefusal(int status, const std::string& errorText) {
+  VtDirectTracer()(dp::TraceType::Error, "Failed to upload document with error %d : %s\n", status,
+                   errorText.c_str());
+  return Refused;
+}
+
+Status TraceTooLarge() {
+  VtDirectTracer()(dp::TraceType::Error, "Failed to update document: maximum file size exceeded\n");
+  return TooLarge;
+}
+
+// Sends the staged body over a connection of its own, even when it leads to the same server.
+Status PostBody(const std::shared_ptr<VtConnection>& connection, const std::string& uploadUrl,
+                const std::string& bodyFile, const StreamIndex& streams, std::size_t count,
+                std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
+  const auto [base, path] = SplitUrlAtPath(uploadUrl);
+  const auto side = connection->MakeSideConnection(base);
+  if (side == nullptr) return TraceRefusal(-1, {});
+  const std::string nonce = connection->CsrfHeader();
+  RestStream response(MakeRestRequest(side, du::http::Method::Post, path.c_str(), bodyFile.c_str(),
+                                      multipartContentType, nonce.c_str()),
+                      std::move(progress));
+  rapidjson::Document answer;
+  if (!response.succeeded() || !ParseJsonResponse(response, answer)) {
+    return response.errorCode() == du::http::ErrorCode::TooLarge
+               ? TraceTooLarge()
+               : TraceRefusal(response.status(), response.errorText());
+  }
+  contents.assign(count, {});
+  ReadReceipts(answer, streams, contents);
+  return Ok;
+}
+
+}  // namespace
+
+Status UploadContents(const std::shared_ptr<VtConnection>& connection, const std::vector<std::string>& paths,
+                      std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
+  UploadTicket ticket;
+  if (!RequestUploadTicket(connection, paths.size(), ticket)) return Refused;
+  const ScopedTempPath bodyFile(MakeTempFile("upload", "multipart"));
+  MultipartFile body(bodyFile.path());
+  if (!body.IsOpen()) return ServerError;
+  WriteHead(body, ticket);
+  if (paths.size() > ticket.fileNames.size() || paths.size() > ticket.streamIds.size()) return Refused;
+  WriteDescriptors(body, ticket, paths.size());
+  const StreamIndex streams = WriteFiles(body, ticket, paths);
+  return PostBody(connection, ticket.uploadUrl, bodyFile.path(), streams, paths.size(), contents,
+                  std::move(progress));
+}
+
+Status UploadPaths(const std::shared_ptr<VtConnection>& connection, const std::vector<const char*>& paths,
+                   std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
+  std::vector<std::string> given;
+  bool gap = false;
+  bool warned = false;
+  for (const char* path : paths) {
+    if (path == nullptr || *path == '\0') {
+      gap = true;
+      continue;
+    }
+    if (gap && !warned) VtDirectTracer()(dp::TraceType::Warning, "Unexpected file path\n");
+    warned = warned || gap;
+    given.emplace_back(path);
+  }
+  return UploadContents(connection, given, contents, std::move(progress));
+}
+
+}  // namespace lxservices::cms_interface::vantry

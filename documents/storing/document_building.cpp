@@ -1,0 +1,119 @@
+#include "documents/storing/document_building.h"
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "base/text.h"
+#include "documents/storing/auth_app_version.h"
+#include "documents/storing/content_upload.h"
+#include "documents/storing/dependencies.h"
+#include "documents/storing/document_instruction.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// The entry at an index, or null for an index outside.
+const UploadedContent* EntryAt(const std::vector<UploadedContent>& contents,
+                               std::optional<std::size_t> index) {
+  return index && *index < contents.size() ? &contents[*index] : nullptr;
+}
+
+Status PostInstruction(const std::shared_ptr<VtConnection>& connection, const InstructionParts& parts,
+                       const Poster& poster) {
+  rapidjson::Document memory;
+  JsonAllocator& allocator = memory.GetAllocator();
+  rapidjson::Value instruction = MakeInstruction(parts, allocator);
+  return poster(connection, allocator, instruction);
+}
+
+// Fenlet documents have a viewable and a metadata file beside the primary content.
+Status BuildFenlet(const std::shared_ptr<VtConnection>& connection, InstructionParts parts,
+                   const DocumentUploadParams& params, const Poster& poster,
+                   du::http::ProgressFunction progress) {
+  std::vector<std::string> paths{TextOrEmpty(params.mainPath)};
+  std::optional<std::size_t> viewable;
+  std::optional<std::size_t> vcs;
+  if (IsGiven(params.viewablePath)) {
+    viewable = paths.size();
+    paths.emplace_back(params.viewablePath);
+  }
+  if (IsGiven(params.vcsPath)) {
+    vcs = paths.size();
+    paths.emplace_back(params.vcsPath);
+  }
+  std::vector<UploadedContent> contents;
+  const Status status = UploadContents(connection, paths, contents, std::move(progress));
+  if (status != Ok) return status;
+  EnsureAuthAppVersion(connection);
+  parts.main = EntryAt(contents, 0);
+  parts.viewable = EntryAt(contents, viewable);
+  parts.vcs = EntryAt(contents, vcs);
+  parts.language = TextOrEmpty(params.language);
+  parts.application = {AuthoringApplicationOrDefault(), AuthAppVersionOrDefault(*connection)};
+  return PostInstruction(connection, parts, poster);
+}
+
+// General and UGC documents have the primary content alone. UGC ones belong to an application of their own,
+// whose version is never negotiated.
+Status BuildSimple(const std::shared_ptr<VtConnection>& connection, InstructionParts parts,
+                   const DocumentUploadParams& params, const Poster& poster,
+                   du::http::ProgressFunction progress) {
+  std::vector<UploadedContent> contents;
+  const Status status = UploadPaths(connection, {params.mainPath}, contents, std::move(progress));
+  if (status != Ok) return status;
+  if (parts.kind == DocumentKind::General) {
+    EnsureAuthAppVersion(connection);
+    parts.application = {AuthoringApplicationOrDefault(), AuthAppVersionOrDefault(*connection)};
+  } else {
+    parts.application = {"DOVA", "42"};
+  }
+  parts.main = EntryAt(contents, 0);
+  return PostInstruction(connection, parts, poster);
+}
+
+Status Build(const std::shared_ptr<VtConnection>& connection, const InstructionParts& parts,
+             const DocumentUploadParams& params, const Poster& poster, du::http::ProgressFunction progress) {
+  const auto build = parts.kind == DocumentKind::Fenlet ? BuildFenlet : BuildSimple;
+  return build(connection, parts, params, poster, std::move(progress));
+}
+
+bool IsKnown(DocumentKind kind) {
+  return kind == DocumentKind::Fenlet || kind == DocumentKind::General || kind == DocumentKind::Ugc;
+}
+
+}  // namespace
+
+Status BuildDocumentForCreate(const std::shared_ptr<VtConnection>& connection, const std::string& name,
+                              const std::string& folderId, const DocumentUploadParams& params,
+                              const Poster& poster, du::http::ProgressFunction progress) {
+  if (!IsKnown(params.kind)) return NotFound;
+  InstructionParts parts;
+  parts.kind = params.kind;
+  parts.name = name;
+  parts.folderId = folderId;
+  DependencyList dependencies;
+  if (params.kind == DocumentKind::Fenlet && params.dependencies != nullptr) {
+    dependencies = ResolveDependencyMap(connection, *params.dependencies);
+    parts.dependencies = &dependencies;
+  }
+  return Build(connection, parts, params, poster, std::move(progress));
+}
+
+Status BuildDocumentForIterate(const std::shared_ptr<VtConnection>& connection, const DocumentRecord& record,
+                               const rapidjson::Value& json, const DocumentUploadParams& params,
+                               const Poster& poster, du::http::ProgressFunction progress) {
+  if (!IsKnown(params.kind)) return NotFound;
+  InstructionParts parts;
+  parts.kind = params.kind;
+  parts.document = &record;
+  parts.json = &json;
+  DependencyList dependencies;
+  if (params.kind == DocumentKind::Fenlet && params.dependencies != nullptr) {
+    dependencies = MergeDependencyMap(connection, *params.dependencies, record.dependencies);
+    parts.dependencies = &dependencies;
+  }
+  return Build(connection, parts, params, poster, std::move(progress));
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "base/status.h"
+#include "connection/vt_connection.h"
+#include "documents/reading/document_records.h"
+#include "documents/storing/document_writer.h"
+#include "documents/storing/upload_params.h"
+
+/// From local files to an instruction for the server. Requests run on this thread.
+namespace lxservices::cms_interface::vantry {
+
+/// Sends an instruction to where it belongs.
+using Poster = std::function<Status(const std::shared_ptr<VtConnection>&, JsonAllocator&, rapidjson::Value&)>;
+
+/// Resolves the dependencies, uploads the files, settles the authoring application version, builds the
+/// instruction for a new document and hands it to the poster. Each step's failure ends the flow.
+/// @param folderId  may be empty
+/// @return what failed, or what the poster gave; NotFound, with nothing done, for an unknown kind
+Status BuildDocumentForCreate(const std::shared_ptr<VtConnection>& connection, const std::string& name,
+                              const std::string& folderId, const DocumentUploadParams& params,
+                              const Poster& poster, du::http::ProgressFunction progress);
+
+/// The same for a new iteration of a document.
+/// @param record  the document
+/// @param json    the document as the server gave it; stays valid for the call
+Status BuildDocumentForIterate(const std::shared_ptr<VtConnection>& connection, const DocumentRecord& record,
+                               const rapidjson::Value& json, const DocumentUploadParams& params,
+                               const Poster& poster, du::http::ProgressFunction progress);
+
+}  // namespace lxservices::cms_interface::vantry

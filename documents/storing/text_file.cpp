@@ -1,0 +1,21 @@
+#include "documents/storing/text_file.h"
+
+#include <cstdio>
+
+#include "connection/scoped_temp_path.h"
+#include "platform/files.h"
+
+namespace lxservices::cms_interface::vantry {
+
+std::string WriteTextFile(const char* stem, const char* extension, std::string_view text) {
+  const std::string path = MakeTempFile(stem, extension);
+  std::FILE* file = du::FileSystem::lxfopen(path.c_str(), "wb");
+  if (file != nullptr) {
+    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    if (std::fclose(file) == 0 && written) return path;
+  }
+  if (!path.empty()) du::FileSystem::Unlink(path.c_str(), false);
+  return {};
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,64 @@
+#include "documents/storing/upload_ticket.h"
+
+#include <optional>
+
+#include "base/tracers.h"
+#include "connection/json_members.h"
+#include "connection/rest_stream.h"
+#include "documents/storing/text_file.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+// An element of another type is passed over: an empty stream id in its place could not be read as a number,
+// and would end the upload in an exception instead of a refusal.
+void AppendTexts(const rapidjson::Value& value, std::vector<std::string>& texts) {
+  if (!value.IsArray()) return;
+  for (const auto& element : value.GetArray()) {
+    if (element.IsString()) texts.emplace_back(TextView(element));
+  }
+}
+
+void ReadTicket(const rapidjson::Document& answer, UploadTicket& ticket) {
+  if (!answer.IsObject()) return;
+  for (const auto& member : answer.GetObject()) {
+    const std::string_view name = TextView(member.name);
+    if (name == "masterUrl") CopyString(member.value, ticket.masterUrl);
+    if (name == "uploadUrl") CopyString(member.value, ticket.uploadUrl);
+    if (name == "fileNames") AppendTexts(member.value, ticket.fileNames);
+    if (name == "streamIds") AppendTexts(member.value, ticket.streamIds);
+  }
+}
+
+bool IsComplete(const UploadTicket& ticket) {
+  return !ticket.fileNames.empty() && !ticket.streamIds.empty() && !ticket.masterUrl.empty() &&
+         !ticket.uploadUrl.empty();
+}
+
+}  // namespace
+
+bool RequestUploadTicket(const std::shared_ptr<VtConnection>& connection, std::size_t fileCount,
+                         UploadTicket& ticket) {
+  const ScopedTempPath body(
+      WriteTextFile("upload", "json", "{\n\"noOfFiles\":" + std::to_string(fileCount) + "\n}"));
+  if (body.path().empty()) return false;
+  std::optional<RestStream> response;
+  const auto post = [&](const char* path) {
+    const std::string nonce = connection->CsrfHeader();
+    response.emplace(MakeRestRequest(connection->http(), du::http::Method::Post, path, body.path().c_str(),
+                                     nullptr, nonce.c_str()),
+                     du::http::ProgressFunction());
+  };
+  post("servlet/rest/v1/content/creationFactory");
+  if (response->status() == 404) post("servlet/rest/content/creationFactory");
+  rapidjson::Document answer;
+  if (!response->succeeded() || !ParseJsonResponse(*response, answer)) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to update document with error %d : %s\n",
+                     response->status(), response->errorText().c_str());
+    return false;
+  }
+  ReadTicket(answer, ticket);
+  return IsComplete(ticket);
+}
+
+}  // namespace lxservices::cms_interface::vantry

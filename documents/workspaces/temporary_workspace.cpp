@@ -1,0 +1,88 @@
+#include "documents/workspaces/temporary_workspace.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "base/settings.h"
+#include "base/tracers.h"
+#include "connection/url_escape.h"
+#include "documents/reading/document_reader.h"
+#include "documents/storing/document_writer.h"
+#include "documents/storing/json_post.h"
+#include "documents/workspaces/workspace_name.h"
+#include "documents/workspaces/workspaces.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+constexpr int nameTries = 16;
+
+bool IsTaken(const WorkspaceList& workspaces, const std::string& name) {
+  return std::any_of(workspaces.begin(), workspaces.end(),
+                     [&name](const WorkspaceRecord& workspace) { return workspace.name == name; });
+}
+
+// A name that no workspace in the list has; empty when none is found. The generator draws from the second of
+// the call, so its tries are worth something only when a second passes between them; the numbered names
+// behind them do not depend on that.
+std::string FindFreeName(const WorkspaceList& workspaces, Clock clock) {
+  for (int tries = 0; tries < nameTries; ++tries) {
+    std::string name = MakeWorkspaceName(TemporaryWorkspacePrefix(), clock());
+    if (!IsTaken(workspaces, name)) return name;
+  }
+  const std::string stem = MakeWorkspaceName(TemporaryWorkspacePrefix(), clock());
+  for (int number = 0; number < nameTries; ++number) {
+    std::string name = stem + std::to_string(number);
+    if (!IsTaken(workspaces, name)) return name;
+  }
+  return {};
+}
+
+}  // namespace
+
+bool CreateWorkspace(const std::shared_ptr<VtConnection>& connection, const std::string& contextId,
+                     const std::string& name, WorkspaceRecord& workspace, const char* description) {
+  rapidjson::Document body(rapidjson::kObjectType);
+  auto& allocator = body.GetAllocator();
+  body.AddMember("name", MakeText(name, allocator), allocator);
+  body.AddMember("contextId", MakeText(contextId, allocator), allocator);
+  if (description != nullptr) body.AddMember("description", MakeText(description, allocator), allocator);
+  JsonPost post(*connection, "servlet/rest/v1/dkm/workspaces", body);
+  if (!post.response().succeeded()) return false;
+  rapidjson::Document answer;
+  if (ParseJsonResponse(post.response(), answer)) ReadWorkspace(answer, workspace);
+  return true;
+}
+
+bool DeleteWorkspace(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId) {
+  const std::string path = "servlet/rest/v1/dkm/workspaces/" + EscapeForUrl(workspaceId) + "/delete";
+  JsonPost post(*connection, path, rapidjson::Value(rapidjson::kArrayType));
+  return post.response().succeeded();
+}
+
+void DeleteTemporaryWorkspace(const std::shared_ptr<VtConnection>& connection,
+                              const std::string& workspaceId) {
+  if (DeleteWorkspace(connection, workspaceId)) return;
+  VtDirectTracer()(dp::TraceType::Error, "Failed to delete temporary workspace %s\n", workspaceId.c_str());
+}
+
+std::uint32_t SystemSeconds() {
+  return static_cast<std::uint32_t>(std::time(nullptr));
+}
+
+std::string CreateTemporaryWorkspace(const std::shared_ptr<VtConnection>& connection,
+                                     const std::string& contextId, Clock clock) {
+  WorkspaceRecord workspace;
+  const char* description = TemporaryWorkspaceDescription();
+  std::string name = MakeWorkspaceName(TemporaryWorkspacePrefix(), clock());
+  if (CreateWorkspace(connection, contextId, name, workspace, description)) return workspace.id;
+  WorkspaceList workspaces;
+  (void)ListWorkspaces(connection, contextId, workspaces);
+  // The name was free, so the refusal had another reason, and another name would be refused as well.
+  if (!IsTaken(workspaces, name)) return {};
+  name = FindFreeName(workspaces, clock);
+  if (name.empty()) return {};
+  return CreateWorkspace(connection, contextId, name, workspace, description) ? workspace.id : std::string();
+}
+
+}  // namespace lxservices::cms_interface::vantry

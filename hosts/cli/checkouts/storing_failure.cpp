@@ -1,0 +1,208 @@
+#include "hosts/cli/checkouts/storing_failure.h"
+
+#include <vtdirect/vt_direct_manager.h>
+
+#include "hosts/cli/address.h"
+#include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr const char* kAgain = "the same command can be given again";
+constexpr const char* kUnchanged = "nothing was changed";
+
+[[nodiscard]] const char* NounOf(CheckoutEnd end) {
+  return end == CheckoutEnd::Checkin ? "check-in" : "undo";
+}
+
+[[nodiscard]] Failure Refused(const std::string& what, const std::string& next) {
+  return {ExitCode::Failure, what + "; " + kUnchanged + (next.empty() ? "" : "; " + next)};
+}
+
+// What the server says in the trace, in brackets.
+[[nodiscard]] std::string Hint() {
+  const std::string error = FirstTracedError();
+  return error.empty() ? "" : " (" + error + ")";
+}
+
+// Before a command has changed anything.
+[[nodiscard]] Failure DiagnoseUnchanged(Host& host, const std::string& address) {
+  Failure failure = Diagnose(host, address, true);
+  if (failure.code != ExitCode::Interrupted) failure.message += std::string("; ") + kUnchanged;
+  return failure;
+}
+
+[[nodiscard]] Failure NotFound(Host& host, const std::string& address) {
+  Failure failure = DiagnoseUnchanged(host, address);
+  if (failure.code == ExitCode::NotFound &&
+      VtDirectManager::FileOrFolderExists(WithClosingSlash(address).c_str())) {
+    return {ExitCode::Failure, address + " is a folder, and only documents have working copies"};
+  }
+  return failure;
+}
+
+[[nodiscard]] std::string NewestOf(const std::string& uid) {
+  return VtDirectManager::GetLatestUPath(uid.c_str());
+}
+
+[[nodiscard]] Failure RefusedOlderIteration(const std::string& address, const std::string& uid) {
+  const std::string newest = NewestOf(uid);
+  return Refused(address + " is not the newest iteration",
+                 newest.empty() ? "" : CommandToType("checkout", newest) + " checks out that one");
+}
+
+[[nodiscard]] Failure RefusedOwnCheckout(const std::string& address, const std::string& uid) {
+  if (const auto kept = CheckoutBook().Find(uid)) {
+    return Refused("you have " + address + " checked out already; its working copy is " + kept->uid,
+                   "go on with that, or " + CommandToType("undo", kept->uid) + " gives it up");
+  }
+  return Refused("you have " + address + " checked out already, and its working copy is not kept here",
+                 CommandToType("browse-url", uid) + " tells where its page is");
+}
+
+// The id of the document alone, or of its working copy, does not take that to be checked in.
+[[nodiscard]] Failure RefusedUnknownCopy(const std::string& address) {
+  return Refused("you have " + address + " checked out, but its working copy is not kept here",
+                 "give the UID of the working copy, or its path, .../Workspaces/NAME/FILE");
+}
+
+// What stands after a failed checkout, and what next.
+[[nodiscard]] std::string OutcomeOfCheckout(const std::string& uid) {
+  const CheckoutState standing = ReadCheckoutState(uid);
+  switch (standing.status) {
+    case VtDirectManager::CheckoutNone:
+      return std::string(kUnchanged) + ", it is not checked out; " + kAgain;
+    case VtDirectManager::CheckoutByOther:
+      return "it is checked out by " + standing.user +
+             " now; it can be checked out when that checkout has ended";
+    case VtDirectManager::CheckoutNotPossible:
+      return "it has a newer iteration now; " + CommandToType("checkout", NewestOf(uid)) +
+             " checks out that one";
+    case VtDirectManager::CheckoutStatusFailed:
+    case VtDirectManager::CheckoutUnsupported:
+      return "what stands now could not be found out; " + CommandToType("status", uid) + " tells";
+    default:
+      return "you have it checked out now, and the server did not tell the working copy; " +
+             CommandToType("browse-url", uid) + " tells where its page is, on which that can be undone";
+  }
+}
+
+[[nodiscard]] std::string OutcomeOfEnd(CheckoutEnd end, const std::string& uid) {
+  const CheckoutState standing = ReadCheckoutState(uid);
+  const std::string next = AdviceAfterEnd(end, uid);
+  if (IsWorkingCopy(standing.status)) {
+    return "you still have it checked out, and its working copy is " + uid + "; " + kAgain;
+  }
+  if (standing.status == VtDirectManager::CheckoutByOther) {
+    return "it is checked out by " + standing.user + " now; " + next;
+  }
+  // A working copy in a workspace of the user's own goes by its own id, which ends with it.
+  const bool isGone = standing.status != VtDirectManager::CheckoutStatusFailed ||
+                      (!IsTemporaryCopy(uid) && !VtDirectManager::FileExists(uid.c_str()));
+  if (!isGone) return "what stands now could not be found out; " + next;
+  return std::string("its working copy is not there any more, so the ") + NounOf(end) +
+         " may have been done, and only the answer lost; " + next;
+}
+
+// A server that can't be used tells nothing of what stands.
+[[nodiscard]] std::optional<Failure> ServerGone(Host& host, const std::string& step, const std::string& uid,
+                                                const std::string& next) {
+  const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));
+  if (!failure || failure->code == ExitCode::Interrupted) return failure;
+  return Failure{failure->code,
+                 step + " failed: " + failure->message +
+                     "; whether it was done is not known; when the server can be used again, " + next};
+}
+
+}  // namespace
+
+std::string CommandToType(const std::string& command, const std::string& address) {
+  std::string quoted;
+  for (const char c : address) {
+    if (c == '\'') {
+      quoted += "'\\''";
+    } else {
+      quoted += c;
+    }
+  }
+  return "\"vtdirect " + command + " '" + quoted + "'\"";
+}
+
+std::string AdviceAfterEnd(CheckoutEnd end, const std::string& uid) {
+  // To verify would check out anew what was undone. To undo once more does no harm.
+  if (end == CheckoutEnd::Undo && IsTemporaryCopy(uid)) return kAgain;
+  return CommandToType("verify", uid) + " tells what stands";
+}
+
+std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address, const std::string& uid) {
+  if (uid.empty()) return NotFound(host, address);
+  const CheckoutState standing = ReadCheckoutState(uid);
+  switch (standing.status) {
+    case VtDirectManager::CheckoutNone:
+      if (!IsTemporaryCopy(uid)) return std::nullopt;
+      return Refused(address + " is the UID of a working copy that does not stand any more",
+                     CommandToType("verify", uid) + " tells what does, and renews it if it can");
+    case VtDirectManager::CheckoutByOther:
+      return Refused(address + " is checked out by " + standing.user,
+                     "it can be checked out when that checkout has ended");
+    case VtDirectManager::CheckoutNotPossible:
+      return RefusedOlderIteration(address, uid);
+    case VtDirectManager::CheckoutUnsupported:
+      return Refused("the server of " + address + " offers no checkout", "");
+    case VtDirectManager::CheckoutStatusFailed:
+      return DiagnoseUnchanged(host, address);
+    default:
+      return RefusedOwnCheckout(address, uid);
+  }
+}
+
+Failure CheckoutFailure(Host& host, const std::string& address, const std::string& uid) {
+  const std::string step = "the checkout of " + address;
+  const std::string hint = Hint();
+  if (const auto failure = ServerGone(host, step, uid, CommandToType("status", uid) + " tells"))
+    return *failure;
+  return {ExitCode::Failure, step + " failed" + hint + "; " + OutcomeOfCheckout(uid)};
+}
+
+std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::string& address,
+                                    const std::string& uid, CheckoutState& standing) {
+  if (uid.empty()) return NotFound(host, address);
+  standing = ReadCheckoutState(uid);
+  const std::string verify = CommandToType("verify", uid) + " tells what stands";
+  switch (standing.status) {
+    case VtDirectManager::CheckoutInTempWorkspace:
+    case VtDirectManager::CheckoutInWorkspace:
+      return HasWorkspace(uid) ? std::nullopt : std::optional(RefusedUnknownCopy(address));
+    case VtDirectManager::CheckoutByOther:
+      return Refused(address + " is checked out by " + standing.user, "only they can end that checkout");
+    case VtDirectManager::CheckoutByUserUnrecorded:
+      if (!HasWorkspace(uid)) return RefusedUnknownCopy(address);
+      return Refused(
+          "you have " + address + " checked out, but whether this is its working copy could not be found out",
+          verify);
+    case VtDirectManager::CheckoutNone:
+    case VtDirectManager::CheckoutNotPossible:
+      if (!IsTemporaryCopy(uid)) return Refused(address + " is not checked out", "");
+      if (end == CheckoutEnd::Undo) return std::nullopt;
+      return Refused("the checkout of " + address + " does not stand any more", verify);
+    case VtDirectManager::CheckoutUnsupported:
+      return Refused("the server of " + address + " offers no checkout", "");
+    default: {
+      Failure failure = DiagnoseUnchanged(host, address);
+      if (failure.code == ExitCode::NotFound && HasWorkspace(uid)) failure.message += "; " + verify;
+      return failure;
+    }
+  }
+}
+
+Failure EndFailure(Host& host, CheckoutEnd end, const std::string& address, const std::string& uid) {
+  const std::string step = std::string("the ") + NounOf(end) + " of " + address;
+  const std::string hint = Hint();
+  if (const auto failure = ServerGone(host, step, uid, AdviceAfterEnd(end, uid))) return *failure;
+  return {ExitCode::Failure, step + " failed" + hint + "; " + OutcomeOfEnd(end, uid)};
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/exit_code.h"
+#include "hosts/cli/host.h"
+
+/// What a checkout, a check-in and an undo say when they don't happen: the step, what now stands on the
+/// server, and what to do next. Each asks the server, and changes nothing on it.
+namespace vtdirect_cli {
+
+/// What can end a checkout.
+enum class CheckoutEnd { Checkin, Undo };
+
+/// A command line of this program in quotes, the address as a shell takes it.
+[[nodiscard]] std::string CommandToType(const std::string& command, const std::string& address);
+
+/// What to do when it is not known whether a checkout has ended.
+[[nodiscard]] std::string AdviceAfterEnd(CheckoutEnd end, const std::string& uid);
+
+/// Why a document can't be checked out as it stands; nothing when it can.
+/// @param address  as it was given
+/// @param uid      its UID; empty for one that wasn't found
+[[nodiscard]] std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address,
+                                                       const std::string& uid);
+
+/// Why a checkout has failed that nothing stood against.
+[[nodiscard]] Failure CheckoutFailure(Host& host, const std::string& address, const std::string& uid);
+
+/// Why there is no working copy whose checkout could end; nothing when there is one. A temporary workspace
+/// whose document has gone on without it can still be undone, which clears it away.
+/// @param standing  receives where the checkout stands, if there is an object
+[[nodiscard]] std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::string& address,
+                                                  const std::string& uid, CheckoutState& standing);
+
+/// Why a check-in or an undo of a working copy has failed.
+[[nodiscard]] Failure EndFailure(Host& host, CheckoutEnd end, const std::string& address,
+                                 const std::string& uid);
+
+}  // namespace vtdirect_cli

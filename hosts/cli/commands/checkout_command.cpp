@@ -1,0 +1,79 @@
+#include <vtdirect/vt_direct_manager.h>
+
+#include "hosts/cli/address.h"
+#include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/interruption_report.h"
+#include "hosts/cli/storing/document_place.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+void Report(Host& host, const std::string& address, const std::string& document, const std::string& uid,
+            bool kept) {
+  host.output().Row({{"uid", uid}},
+                    {{"address", address}, {"document", document}, {"uid", uid}, {"kept", kept}});
+  static_cast<void>(host.output().Flush());
+  host.output().Note("checked out " + address +
+                     (kept ? "; put, checkin and undo find its working copy by this address as well" : ""));
+}
+
+// A signal before the answer leaves a working copy that nobody knows of here.
+[[nodiscard]] std::string UnknownEnd(const std::string& address) {
+  return "whether " + address + " is checked out is not known; " + CommandToType("status", address) +
+         " tells";
+}
+
+ExitCode RunCheckout(Host& host, const Arguments& arguments) {
+  const std::string address = arguments.Text("ADDRESS");
+  AddressKind kind{};
+  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+
+  InterruptionReport report(host, "checkout");
+  ForgetTracedErrors();
+  const std::string document = VtDirectManager::GetUID(address.c_str());
+  auto refusal = RefusalOfAnotherPlace(address, document);
+  if (!refusal) refusal = RefusalOfCheckout(host, address, document);
+  if (Interrupted()) return report.Report();
+  if (refusal) return host.output().Fail(*refusal);
+
+  report.Tell(UnknownEnd(address));
+  ForgetTracedErrors();
+  const std::string uid = VtDirectManager::Checkout(document.c_str());
+  if (!HasObjectId(uid)) {
+    const Failure failure = CheckoutFailure(host, address, document);
+    return Interrupted() ? report.Report() : host.output().Fail(failure);
+  }
+  report.Tell(address + " is checked out; its working copy is " + uid);
+  const bool kept = KeepCheckout(host, document, uid);
+  Report(host, address, document, uid, kept);
+  return Interrupted() ? report.Report() : ExitCode::Ok;
+}
+
+}  // namespace
+
+CommandRow CheckoutCommand() {
+  return {
+      "checkout",
+      "Check a document out",
+      "Checks the document at ADDRESS out, so that nobody else can change it, and prints the UID of the "
+      "working copy. That UID is kept (see checkouts): from then on put, verify, checkin and undo find the "
+      "working copy by the document's address as well.\n\nThe working copy stands in a temporary "
+      "workspace, or in one of your own when ADDRESS is the document's path there "
+      "(.../Workspaces/NAME/FILE). A document that is checked out already, by whomever, is refused, and "
+      "so is an older iteration, or a document of the name that stands in another folder than the path says.",
+      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+      {},
+      true,
+      RunCheckout,
+      {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+       {"document", MemberType::Text, nullptr, "the document's UID as it was before"},
+       {"uid", MemberType::Text, nullptr, "the working copy's UID, to go on with"},
+       {"kept", MemberType::Flag, nullptr, "whether that UID is kept"}}};
+}
+
+}  // namespace vtdirect_cli

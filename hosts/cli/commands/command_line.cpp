@@ -1,0 +1,148 @@
+#include "hosts/cli/commands/command_line.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iterator>
+#include <list>
+
+#include "hosts/cli/texts/generated_texts.h"
+
+namespace vtdirect_cli {
+namespace {
+
+struct Binding {
+  std::string name;
+  CLI::Option* option = nullptr;
+  std::vector<std::string> values;
+};
+
+// The texts that the parser fills have to stay where they are.
+using Bindings = std::list<Binding>;
+
+[[nodiscard]] std::string Names(const OptionRow& row) {
+  const std::string longName = "--" + std::string(row.name);
+  return row.letter == 0 ? longName : std::string("-") + row.letter + "," + longName;
+}
+
+// The parser is told no help texts: those come from the table too, set by ourselves.
+void Bind(CLI::App& app, const OptionRow& row, Bindings& bindings) {
+  Binding& binding = bindings.emplace_back(Binding{row.name, nullptr, {}});
+  if (row.value == nullptr) {
+    binding.option = app.add_flag(Names(row));
+    return;
+  }
+  // One value for each time the option is given, or it would take the operands behind it as well.
+  binding.option = app.add_option(Names(row), binding.values)->allow_extra_args(false);
+  binding.option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void BindOperand(CLI::App& app, const OperandRow& row, Bindings& bindings) {
+  Binding& binding = bindings.emplace_back(Binding{row.name, nullptr, {}});
+  binding.option = app.add_option(row.name, binding.values);
+  if (row.count != Count::AtMostOnce) binding.option->required();
+  if (row.count != Count::AtLeastOnce) binding.option->allow_extra_args(false)->expected(1);
+}
+
+void Collect(const Bindings& bindings, Arguments& arguments) {
+  for (const Binding& binding : bindings) {
+    if (binding.option->count() > 0) arguments.Set(binding.name, binding.option->results());
+  }
+}
+
+void BindGlobals(CLI::App& app, Bindings& bindings) {
+  for (const OptionRow& row : GlobalOptions()) {
+    if (std::string("help") == row.name) {
+      app.set_help_flag(Names(row));
+    } else if (std::string("version") == row.name) {
+      app.set_version_flag(Names(row), VersionText());
+    } else {
+      Bind(app, row, bindings);
+    }
+  }
+}
+
+void AddGroup(CLI::App& app, const GroupRow& row) {
+  CLI::App* const group = app.add_subcommand(row.name);
+  group->require_subcommand(0, 1);
+  group->fallthrough();
+}
+
+void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
+  CLI::App& parent = GroupOf(row).empty() ? app : *app.get_subcommand(GroupOf(row));
+  CLI::App* const command = parent.add_subcommand(WordOf(row));
+  // A global option is understood behind the command too.
+  command->fallthrough();
+  for (const OperandRow& operand : row.operands) BindOperand(*command, operand, bindings);
+  for (const OptionRow& option : row.options) Bind(*command, option, bindings);
+}
+
+[[nodiscard]] const GroupRow* ChosenGroup(const CLI::App& app) {
+  for (const GroupRow& row : Groups()) {
+    if (app.got_subcommand(row.name)) return &row;
+  }
+  return nullptr;
+}
+
+// The command that stands on the line, or null.
+[[nodiscard]] const CommandRow* Chosen(const CLI::App& app) {
+  for (const CommandRow& row : Commands()) {
+    const std::string group = GroupOf(row);
+    if (!group.empty() && !app.got_subcommand(group)) continue;
+    const CLI::App& parent = group.empty() ? app : *app.get_subcommand(group);
+    if (parent.got_subcommand(WordOf(row))) return &row;
+  }
+  return nullptr;
+}
+
+[[nodiscard]] std::string ChosenHelp(const CLI::App& app) {
+  const CommandRow* const command = Chosen(app);
+  const GroupRow* const group = ChosenGroup(app);
+  return command == nullptr && group != nullptr ? HelpText(*group) : HelpText(command);
+}
+
+[[nodiscard]] Failure MissingCommand(const CLI::App& app) {
+  const GroupRow* const group = ChosenGroup(app);
+  if (group == nullptr) return {ExitCode::Usage, "no command is given; see vtdirect --help"};
+  const std::string name = group->name;
+  return {ExitCode::Usage, name + " takes one of its commands; see vtdirect " + name + " --help"};
+}
+
+}  // namespace
+
+std::string VersionText() {
+  return std::string("vtdirect ") + VTDIRECT_VERSION;
+}
+
+CommandLine ParseCommandLine(int argc, const char* const* argv) {
+  CommandLine line;
+  CLI::App app;
+  app.require_subcommand(0, 1);
+  Bindings globals;
+  BindGlobals(app, globals);
+  for (const GroupRow& row : Groups()) AddGroup(app, row);
+  std::list<Bindings> ofCommands;
+  for (const CommandRow& row : Commands()) BindCommand(app, row, ofCommands.emplace_back());
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    line.text = ChosenHelp(app);
+    return line;
+  } catch (const CLI::CallForVersion&) {
+    line.text = VersionText() + "\n";
+    return line;
+  } catch (const CLI::ParseError& error) {
+    line.failure = Failure{ExitCode::Usage, std::string(error.what()) + "; see vtdirect --help"};
+    return line;
+  }
+  Collect(globals, line.arguments);
+  line.command = Chosen(app);
+  if (line.command == nullptr) {
+    line.failure = MissingCommand(app);
+    return line;
+  }
+  Collect(*std::next(ofCommands.begin(), line.command - Commands().data()), line.arguments);
+  return line;
+}
+
+}  // namespace vtdirect_cli

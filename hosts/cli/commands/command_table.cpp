@@ -1,0 +1,92 @@
+#include "hosts/cli/commands/command.h"
+
+namespace vtdirect_cli {
+
+std::string Arguments::Text(const std::string& name) const {
+  const auto found = values_.find(name);
+  return found == values_.end() || found->second.empty() ? "" : found->second.back();
+}
+
+std::vector<std::string> Arguments::All(const std::string& name) const {
+  const auto found = values_.find(name);
+  return found == values_.end() ? std::vector<std::string>{} : found->second;
+}
+
+std::string UsageOf(const OperandRow& row) {
+  const std::string name = row.name;
+  if (row.count == Count::AtMostOnce) return "[" + name + "]";
+  return row.count == Count::AtLeastOnce ? name + "..." : name;
+}
+
+const char* NameOf(MemberType type) {
+  switch (type) {
+    case MemberType::Flag:
+      return "flag";
+    case MemberType::Number:
+      return "number";
+    case MemberType::Texts:
+      return "texts";
+    default:
+      return "text";
+  }
+}
+
+std::span<const MemberRow> CommonMembers() {
+  static const std::vector<MemberRow> rows = {
+      {"schema", MemberType::Number, nullptr, "version of the form, now 1"},
+      {"command", MemberType::Text, nullptr, "the command"},
+  };
+  return rows;
+}
+
+std::span<const MemberRow> FailureMembers() {
+  static const std::vector<MemberRow> rows = {
+      {"error", MemberType::Text, nullptr, "name of the exit status"},
+      {"exit", MemberType::Number, nullptr, "its number"},
+      {"message", MemberType::Text, nullptr, "what happened, for a reader"},
+  };
+  return rows;
+}
+
+std::span<const CommandRow> Commands() {
+  static const std::vector<CommandRow> rows = {
+      CheckCommand(),       LsCommand(),          TreeCommand(),      InfoCommand(),
+      StatusCommand(),      VersionsCommand(),    UidCommand(),       PathCommand(),
+      UrlCommand(),         GetCommand(),         CheckoutCommand(),  PutCommand(),
+      CheckinCommand(),     UndoCommand(),        VerifyCommand(),    CheckoutsCommand(),
+      LinksCommand(),       EditUrlCommand(),     BrowseUrlCommand(), ServersCommand(),
+      XliffPutCommand(),    XliffSourceCommand(), XliffListCommand(), XliffGetCommand(),
+      XliffPublishCommand()};
+  return rows;
+}
+
+std::span<const OptionRow> GlobalOptions() {
+  static const std::vector<OptionRow> rows = {
+      {"server", 's', "NICK=URL", true, Completion::Nothing,
+       "List a server under a nickname, or give a listed nickname another URL. May be given several times."},
+      {"config", 'c', "FILE", false, Completion::Files,
+       "Read this configuration file instead of the usual one."},
+      {"json", 'j', nullptr, false, Completion::Nothing,
+       "Print results, and on standard error a failure, as one JSON object a line."},
+      {"cad", 0, nullptr, false, Completion::Nothing,
+       "Look at CAD documents too, where the server keeps them apart from dynamic documents."},
+      {"quiet", 'q', nullptr, false, Completion::Nothing, "Show no progress and no notes."},
+      {"netrc", 0, "FILE", false, Completion::Files, "Take credentials from this netrc file."},
+      {"no-prompt", 0, nullptr, false, Completion::Nothing, "Never ask for a password at the terminal."},
+      {"ca-file", 0, "FILE", false, Completion::Files,
+       "Trust the certificates in this PEM file instead of the system's."},
+      {"connect-timeout", 0, "SECONDS", false, Completion::Nothing,
+       "Longest time to set up a connection; 30 unless given."},
+      {"stall-timeout", 0, "SECONDS", false, Completion::Nothing,
+       "Longest time in which no byte moves; 60 unless given."},
+      {"trace", 0, "LEVELS", false, Completion::Nothing,
+       "Show the library's trace on standard error: digits of 0 information, 1 misses, 2 warnings, 3 "
+       "errors."},
+      {"help", 'h', nullptr, false, Completion::Nothing,
+       "Show a help text; of a command, when one is given."},
+      {"version", 0, nullptr, false, Completion::Nothing, "Show the version."},
+  };
+  return rows;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,183 @@
+#include <vtdirect/vt_direct_manager.h>
+
+#include "hosts/cli/address.h"
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+void AddUnlessEmpty(Record& record, const char* key, const std::string& value) {
+  if (!value.empty()) record.emplace_back(key, value);
+}
+
+// What the text of the address tells, with the list of servers.
+[[nodiscard]] Record DescribeAddress(const std::string& address, AddressKind kind) {
+  return {{"address", address},
+          {"kind", std::string(kind == AddressKind::Uid ? "uid" : "path")},
+          {"server", VtDirectManager::GetServerNickname(address.c_str())},
+          {"server_url", VtDirectManager::GetServerURL(address.c_str())}};
+}
+
+void DescribeIdentity(const std::string& address, const std::string& uid, Record& record) {
+  AddUnlessEmpty(record, "uid", uid);
+  std::map<VtDirectManager::VtDetails, std::string> details{{VtDirectManager::DetailName, ""},
+                                                            {VtDirectManager::DetailNumber, ""}};
+  if (VtDirectManager::ReadDetails(address.c_str(), details)) {
+    AddUnlessEmpty(record, "name", details[VtDirectManager::DetailName]);
+    AddUnlessEmpty(record, "number", details[VtDirectManager::DetailNumber]);
+  }
+  AddUnlessEmpty(record, "file_name", FileNameOf(address));
+}
+
+void DescribeVersion(const std::string& address, const std::string& uid, Record& record) {
+  std::string current;
+  std::string latest;
+  if (VtDirectManager::GetStatus(uid.c_str(), current, latest, nullptr) >= 0) {
+    AddUnlessEmpty(record, "version", current);
+  }
+  std::string latestUid;
+  if (VtDirectManager::GetLatest(address.c_str(), latest, latestUid)) {
+    AddUnlessEmpty(record, "latest_version", latest);
+    AddUnlessEmpty(record, "latest_uid", latestUid);
+  }
+}
+
+void DescribeCheckout(const std::string& address, Record& record) {
+  const CheckoutState checkout = ReadCheckoutState(address);
+  record.emplace_back("checkout", std::string(CheckoutWord(checkout.status)));
+  AddUnlessEmpty(record, "checked_out_by", checkout.user);
+}
+
+void DescribeFolder(const std::string& folder, Record& record) {
+  const char* const text = folder.c_str();
+  record.insert(record.end(), {{"folder", folder},
+                               {"writable", VtDirectManager::IsPathWritable(text)},
+                               {"shows_details", VtDirectManager::CanPathShowDetails(text)},
+                               {"shows_versions", VtDirectManager::CanPathShowVersions(text)}});
+}
+
+void DescribePlace(const std::string& address, const std::string& placed, Record& record) {
+  AddUnlessEmpty(record, "path_latest", VtDirectManager::GetVFSPathLatest(placed.c_str()));
+  AddUnlessEmpty(record, "path_versioned", VtDirectManager::GetVFSPathVersioned(address.c_str()));
+  const std::string folder = VtDirectManager::GetVFSFolderPath(address.c_str());
+  if (!folder.empty()) DescribeFolder(folder, record);
+  std::string url;
+  if (VtDirectManager::GetFileDownloadURL(address.c_str(), url, nullptr)) {
+    AddUnlessEmpty(record, "content_url", url);
+  }
+  std::string page;
+  if (VtDirectManager::BrowserInfo(address.c_str(), page)) AddUnlessEmpty(record, "web_page", page);
+}
+
+void DescribeObject(const std::string& address, AddressKind kind, Record& record) {
+  record.emplace_back("type", std::string("document"));
+  const std::string uid = VtDirectManager::GetUID(address.c_str());
+  DescribeIdentity(address, uid, record);
+  DescribeVersion(address, uid, record);
+  DescribeCheckout(address, record);
+  DescribePlace(address, IsById(address, kind) ? uid : address, record);
+}
+
+void DescribeServer(const std::string& address, Record& record) {
+  const char* const text = address.c_str();
+  record.insert(record.end(), {{"checkout_supported", VtDirectManager::IsCheckoutSupported(text)},
+                               {"translation_supported", VtDirectManager::TranslationSupported(text)},
+                               {"separated_sources", VtDirectManager::SupportsSeparatedSources(text)},
+                               {"vcs_metadata", VtDirectManager::SupportsVCSMetadata(text)}});
+}
+
+// Whether it is a folder's path, with or without the "/" that closes it.
+[[nodiscard]] bool IsFolder(const std::string& address, AddressKind kind) {
+  return !IsById(address, kind) && VtDirectManager::FileOrFolderExists(WithClosingSlash(address).c_str());
+}
+
+ExitCode FailMissing(Host& host, const std::string& address, Record& record) {
+  const Failure failure = Diagnose(host, address, true);
+  if (failure.code == ExitCode::NotFound) {
+    record.emplace_back("exists", false);
+    host.output().Lines(record);
+  }
+  return host.output().Fail(failure);
+}
+
+ExitCode RunInfo(Host& host, const Arguments& arguments) {
+  const std::string address = arguments.Text("ADDRESS");
+  AddressKind kind{};
+  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+
+  ForgetTracedErrors();
+  Record record = DescribeAddress(address, kind);
+  const bool isObject = VtDirectManager::FileExists(address.c_str());
+  if (!isObject && !IsFolder(address, kind)) return FailMissing(host, address, record);
+  record.emplace_back("exists", true);
+  if (isObject) {
+    DescribeObject(address, kind, record);
+  } else {
+    record.emplace_back("type", std::string("folder"));
+    DescribeFolder(WithClosingSlash(address), record);
+  }
+  DescribeServer(address, record);
+  host.output().Lines(record);
+  return ExitCode::Ok;
+}
+
+[[nodiscard]] std::vector<MemberRow> Members() {
+  constexpr const char* kTold = "for a document, as far as the server tells it";
+  constexpr const char* kFolder = "with folder";
+  constexpr const char* kThere = "when the object is there";
+  return {
+      {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+      {"kind", MemberType::Text, nullptr, "uid or path"},
+      {"server", MemberType::Text, nullptr, "nickname of the server"},
+      {"server_url", MemberType::Text, nullptr, "its URL"},
+      {"exists", MemberType::Flag, nullptr, "whether the object is there"},
+      {"type", MemberType::Text, kThere, "document or folder"},
+      {"uid", MemberType::Text, kTold, "the object's UID"},
+      {"name", MemberType::Text, kTold, "its name, free text"},
+      {"number", MemberType::Text, kTold, "its number"},
+      {"file_name", MemberType::Text, kTold, "its file name, escaped as in a path"},
+      {"version", MemberType::Text, kTold, "the version of this iteration"},
+      {"latest_version", MemberType::Text, kTold, "the newest version"},
+      {"latest_uid", MemberType::Text, kTold, "UID of the newest iteration"},
+      {"checkout", MemberType::Text, "for a document",
+       "none, by-you, by-other, temporary-workspace, workspace, not-possible, unsupported or unknown"},
+      {"checked_out_by", MemberType::Text, "when checked out", "who holds the checkout"},
+      {"path_latest", MemberType::Text, kTold, "path of the newest iteration"},
+      {"path_versioned", MemberType::Text, kTold, "path of exactly this iteration"},
+      {"folder", MemberType::Text, kTold, "path of the folder that holds it; of a folder its own path"},
+      {"content_url", MemberType::Text, kTold, "URL of its content"},
+      {"web_page", MemberType::Text, kTold, "address of its page for a web browser"},
+      {"writable", MemberType::Flag, kFolder, "whether documents can be created in that folder"},
+      {"shows_details", MemberType::Flag, kFolder, "whether its listing shows numbers and titles"},
+      {"shows_versions", MemberType::Flag, kFolder, "whether its listing shows versions"},
+      {"checkout_supported", MemberType::Flag, kThere, "whether the server offers checkout"},
+      {"translation_supported", MemberType::Flag, kThere, "whether it offers translation"},
+      {"separated_sources", MemberType::Flag, kThere, "whether it keeps sources apart"},
+      {"vcs_metadata", MemberType::Flag, kThere, "whether it takes metadata files"},
+  };
+}
+
+}  // namespace
+
+CommandRow InfoCommand() {
+  return {"info",
+          "Tell what is known of an object",
+          "Prints \"key: value\" lines: address, kind (path or uid), server and server_url, exists. For a "
+          "document that is there also type, uid, name, number, file_name (escaped, as in a path), version, "
+          "latest_version and latest_uid, checkout (see status) and checked_out_by, path_latest, "
+          "path_versioned, folder with writable, shows_details and shows_versions, content_url and web_page, "
+          "as far as the server tells them. For a folder: "
+          "type, folder, writable, shows_details, shows_versions. For both what the server offers: "
+          "checkout_supported, translation_supported, separated_sources, vcs_metadata.",
+          {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+          {},
+          true,
+          RunInfo,
+          Members()};
+}
+
+}  // namespace vtdirect_cli

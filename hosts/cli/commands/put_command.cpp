@@ -1,0 +1,221 @@
+#include <vtdirect/vt_direct_manager.h>
+
+#include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/checkout_end.h"
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/interruption_report.h"
+#include "hosts/cli/storing/document_place.h"
+#include "hosts/cli/storing/put_failure.h"
+#include "hosts/cli/storing/put_links.h"
+#include "hosts/cli/storing/put_request.h"
+#include "hosts/cli/storing/put_target.h"
+#include "hosts/cli/storing/put_upload.h"
+#include "hosts/cli/texts/printable.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+// One call of the command.
+struct Put {
+  PutRequest request;
+  PutTarget target;
+  SourceLinks links;
+  PutOutcome outcome;
+  std::string uid;  // to go on with
+  CheckoutState state;
+  bool checkedIn = false;
+};
+
+[[nodiscard]] const char* WordOf(PutTarget::Action action) {
+  switch (action) {
+    case PutTarget::Action::Create:
+      return "created";
+    case PutTarget::Action::Iterate:
+      return "iterated";
+    default:
+      return "stored";
+  }
+}
+
+[[nodiscard]] std::optional<Failure> Settle(Host& host, const Arguments& arguments, Put& put) {
+  if (auto failure = ReadPutRequest(arguments, put.request)) return failure;
+  if (auto failure = SettlePutTarget(host, put.request, put.target)) return failure;
+  if (auto failure = SettleLinks(host, put.request, put.target, put.links)) return failure;
+  if (Interrupted()) return InterruptedFailure();
+  return std::nullopt;
+}
+
+// What fails before the first byte goes out says so, unless it has.
+[[nodiscard]] Failure WithNothingSent(Failure failure) {
+  const bool isOfUsage = failure.code == ExitCode::Usage;
+  if (!isOfUsage && failure.message.find("; nothing was ") == std::string::npos) {
+    failure.message += "; nothing was sent";
+  }
+  return failure;
+}
+
+// An answer that names no document leaves what the file went to.
+[[nodiscard]] std::string UidOf(const Put& put) {
+  if (HasObjectId(put.outcome.uid)) return put.outcome.uid;
+  if (put.target.action != PutTarget::Action::Create) return put.target.address;
+  return UidAtPlace(put.target.address);
+}
+
+// The server has taken a creation, told of no document, and shows none.
+[[nodiscard]] Failure NoDocument(Host& host, const Put& put) {
+  const std::string& path = put.target.address;
+  const std::string taken =
+      "the server has taken " + put.request.content.path + " and did not tell what became of it";
+  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(path.c_str()))) {
+    if (failure->code == ExitCode::Interrupted) return *failure;
+    return {failure->code, taken + " (" + failure->message + "); " + CommandToType("info", path) +
+                               " tells when the server answers"};
+  }
+  return {ExitCode::Incomplete, taken + "; it shows no document " + path + "; " +
+                                    CommandToType("info", path) +
+                                    " tells when it does, and the same command can be given again"};
+}
+
+[[nodiscard]] bool LeavesWorkingCopy(const Put& put) {
+  if (IsWorkingCopy(put.state.status)) return true;
+  // Not to know is no reason to forget a working copy.
+  return put.state.status == VtDirectManager::CheckoutStatusFailed &&
+         put.target.action == PutTarget::Action::Store && !put.checkedIn;
+}
+
+void UpdateBook(Host& host, const Put& put) {
+  if (LeavesWorkingCopy(put)) {
+    KeepCheckout(host, put.request.address, put.uid);
+  } else if (put.target.action == PutTarget::Action::Store) {
+    ForgetCheckout(host, put.target.address);
+  }
+}
+
+void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
+  put.checkedIn = put.outcome.checkedIn;
+  if (put.checkedIn) WarnOfLeftWorkspace(host);
+  report.Tell("the file is stored; the UID to go on with is " + put.uid);
+  put.state = ReadCheckoutState(put.uid);
+  UpdateBook(host, put);
+  for (const std::string& name : MissingLinks(put.checkedIn ? put.uid : ByOwnId(put.uid), put.links)) {
+    host.output().Warning("the document has no link " + name + ", though the server was told of it");
+  }
+}
+
+[[nodiscard]] std::optional<Failure> CheckIn(Host& host, Put& put, InterruptionReport& report) {
+  report.Tell("the file is stored in the working copy " + put.uid +
+              ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) + " tells");
+  ForgetTracedErrors();
+  const std::string uid = VtDirectManager::Checkin(put.uid.c_str());
+  if (uid.empty()) return PutCheckInFailure(host, put.uid);
+  WarnOfLeftWorkspace(host);
+  ForgetCheckout(host, put.uid);
+  put.uid = uid;
+  put.checkedIn = true;
+  put.state = ReadCheckoutState(uid);
+  return std::nullopt;
+}
+
+void Report(Host& host, const Put& put) {
+  const std::string& file = put.request.content.path;
+  const std::uint64_t size = put.request.content.size();
+  host.output().Row({{"uid", put.uid}}, {{"address", put.request.address},
+                                         {"file", file},
+                                         {"bytes", size},
+                                         {"action", std::string(WordOf(put.target.action))},
+                                         {"uid", put.uid},
+                                         {"checked_in", put.checkedIn},
+                                         {"checkout", std::string(CheckoutWord(put.state.status))}});
+  static_cast<void>(host.output().Flush());
+  std::string note = std::string(WordOf(put.target.action)) + " " + put.target.address + " from " + file +
+                     ", " + ByteCount(size);
+  if (put.checkedIn) note += ", and checked in";
+  host.output().Note(note);
+  if (LeavesWorkingCopy(put))
+    host.output().Note("it is checked out; " + CommandToType("checkin", put.uid) + " checks it in");
+}
+
+ExitCode FailOrReport(Host& host, const Failure& failure, InterruptionReport& report) {
+  return failure.code == ExitCode::Interrupted ? report.Report() : host.output().Fail(failure);
+}
+
+ExitCode RunPut(Host& host, const Arguments& arguments) {
+  Put put;
+  InterruptionReport report(host, "put");
+  if (const auto failure = Settle(host, arguments, put)) {
+    return FailOrReport(host, WithNothingSent(*failure), report);
+  }
+
+  put.outcome = RunUpload(host, put.request, put.target, put.links, report);
+  if (!put.outcome.stored) {
+    if (Interrupted()) return report.Report();
+    return FailOrReport(host, PutFailure(host, put.request, put.target, put.outcome), report);
+  }
+  put.uid = UidOf(put);
+  if (put.uid.empty()) return FailOrReport(host, NoDocument(host, put), report);
+  LookAtResult(host, put, report);
+  if (put.request.checkIn && LeavesWorkingCopy(put)) {
+    if (Interrupted()) return report.Report();
+    if (const auto failure = CheckIn(host, put, report)) return FailOrReport(host, *failure, report);
+  }
+  Report(host, put);
+  return ExitCode::Ok;
+}
+
+[[nodiscard]] std::vector<OptionRow> Options() {
+  return {
+      {"viewable", 0, "FILE", false, Completion::Files, "Store this file as the document's viewable."},
+      {"metadata", 0, "FILE", false, Completion::Files, "Store this file as the document's metadata."},
+      {"language", 0, "LANGUAGE", false, Completion::Nothing, "Set the document's language."},
+      {"link", 0, "NAME=ADDRESS", true, Completion::Nothing,
+       "Say that the document was made from the one at ADDRESS, which it calls NAME; \"NAME=\" takes a link "
+       "away. May be given several times."},
+      {"kind", 0, "KIND", false, Completion::Nothing, "fenlet, general or ugc; fenlet unless given."},
+      {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in behind the store."},
+  };
+}
+
+[[nodiscard]] std::vector<MemberRow> Members() {
+  return {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+          {"file", MemberType::Text, nullptr, "FILE as it was given"},
+          {"bytes", MemberType::Number, nullptr, "its size"},
+          {"action", MemberType::Text, nullptr, "created, iterated or stored (into a working copy)"},
+          {"uid", MemberType::Text, nullptr, "the UID to go on with"},
+          {"checked_in", MemberType::Flag, nullptr, "whether a working copy was checked in"},
+          {"checkout", MemberType::Text, nullptr, "where the checkout of that UID stands; see status"}};
+}
+
+}  // namespace
+
+CommandRow PutCommand() {
+  return {
+      "put",
+      "Store a file as a document",
+      "Stores FILE at ADDRESS, and prints the UID to go on with.\n\n"
+      "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
+      "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
+      "not there creates it. An existing document gets a new iteration; one that is checked out by "
+      "vtdirect gets a store into its working copy, as does the UID or the path of a working copy. A "
+      "document that somebody else has checked out, or you by other means, is refused before anything is "
+      "sent, and so is one of the name that stands in another folder than the path says.\n\n"
+      "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
+      "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
+      "that the server carries over. Metadata is of one iteration: without --metadata the new one has "
+      "none. Documents of the kinds general and ugc take a content alone.\n\n"
+      "The files must not be written to while they are sent; when they are, nothing is stored. They are "
+      "copied to the directory for temporary files first, which needs room for all of them. A failure "
+      "says which step failed, what stands on the server, and what can be done next.",
+      {{"FILE", "A local file."}, {"ADDRESS", "A path or a UID; see ADDRESSES."}},
+      Options(),
+      true,
+      RunPut,
+      Members()};
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,136 @@
+#include <vtdirect/vt_direct_manager.h>
+
+#include <charconv>
+
+#include "hosts/cli/address.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/trace_log.h"
+#include "hosts/cli/tree_walk.h"
+
+namespace vtdirect_cli {
+namespace {
+
+// One walk, from its arguments to its exit status.
+struct Tree {
+  Host& host;
+  std::string path;   // as the user gave it
+  std::string start;  // with its closing "/"
+  TreeBounds bounds;
+  bool fullPaths = false;
+  bool depthGiven = false;
+  std::uint64_t shown = 0;
+  ExitCode worst = ExitCode::Ok;
+};
+
+[[nodiscard]] std::optional<Failure> ReadDepth(const Arguments& arguments, Tree& tree) {
+  if (!arguments.Has("depth")) return std::nullopt;
+  tree.depthGiven = true;
+  const std::string text = arguments.Text("depth");
+  const std::uint32_t deepest = TreeBounds().depth;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), tree.bounds.depth);
+  const bool whole = error == std::errc() && end == text.data() + text.size();
+  if (whole && tree.bounds.depth >= 1 && tree.bounds.depth <= deepest) return std::nullopt;
+  return Failure{ExitCode::Usage, "--depth takes a number from 1 to " + std::to_string(deepest)};
+}
+
+[[nodiscard]] bool ShowLine(Tree& tree, const TreeEntry& entry) {
+  const std::string indented =
+      std::string(2UL * (entry.depth - 1), ' ') + entry.name + (entry.isFolder ? "/" : "");
+  const std::string text = tree.fullPaths ? entry.path : indented;
+  Output& output = tree.host.output();
+  output.Row({{"path", text}}, {{"path", entry.path},
+                                {"name", entry.name},
+                                {"kind", std::string(entry.isFolder ? "folder" : "document")},
+                                {"depth", std::uint64_t{entry.depth}}});
+  return output.Flush();
+}
+
+// A folder that can't be listed is told of and passed over; a server that can't be used ends the walk.
+[[nodiscard]] bool PassOver(Tree& tree, const std::string& path) {
+  const std::string url = VtDirectManager::GetServerURL(path.c_str());
+  if (const auto failure = DiagnoseServer(tree.host, url)) {
+    tree.worst = tree.host.output().Fail(*failure);
+    return false;
+  }
+  tree.host.output().Warning("cannot list " + path + " to its end");
+  return true;
+}
+
+[[nodiscard]] TreeEnd Walk(Tree& tree) {
+  const TreeWork work{
+      [](const std::string& path, const EntryFunction& receive) {
+        return ListByHandle(path, VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirFolders, receive);
+      },
+      [&tree](const TreeEntry& entry) {
+        ++tree.shown;
+        return ShowLine(tree, entry);
+      },
+      [&tree](const std::string& path, ListingEnd /*end*/) { return PassOver(tree, path); },
+  };
+  return WalkTree(tree.start, tree.bounds, work);
+}
+
+// What is missing in a walk that went on to its end, or the empty text.
+[[nodiscard]] std::string WhatIsMissing(const Tree& tree, const TreeEnd& end) {
+  if (end.folderBound) return "more than " + std::to_string(tree.bounds.folders) + " folders";
+  if (end.waitingBound) return "more folder names in one place than can be kept";
+  if (end.beyondDepth > 0 && !tree.depthGiven) {
+    return std::to_string(end.beyondDepth) + " folders lie more than " + std::to_string(tree.bounds.depth) +
+           " levels deep";
+  }
+  if (end.notEnterable > 0) {
+    return std::to_string(end.notEnterable) + " folders have a name that cannot stand in a path";
+  }
+  return end.failures ? "some folders could not be listed" : "";
+}
+
+ExitCode Report(Tree& tree, const TreeEnd& end) {
+  if (end.start == ListingEnd::Broken || end.start == ListingEnd::Unreachable) {
+    return tree.host.output().Fail(DiagnoseDirectory(tree.host, tree.path, tree.shown));
+  }
+  if (tree.worst != ExitCode::Ok) return tree.worst;
+  const std::string missing = WhatIsMissing(tree, end);
+  if (missing.empty()) return ExitCode::Ok;
+  return tree.host.output().Fail({ExitCode::Incomplete, "the tree is not complete: " + missing});
+}
+
+ExitCode RunTree(Host& host, const Arguments& arguments) {
+  Tree tree{host, arguments.Text("PATH"), WithClosingSlash(arguments.Text("PATH")), {}};
+  tree.fullPaths = arguments.Has("full-paths");
+  AddressKind kind{};
+  if (const auto failure = RequireAddress(tree.path, kind)) return host.output().Fail(*failure);
+  if (const auto failure = ReadDepth(arguments, tree)) return host.output().Fail(*failure);
+  if (IsById(tree.path, kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, tree.path));
+  ForgetTracedErrors();
+  return Report(tree, Walk(tree));
+}
+
+}  // namespace
+
+CommandRow TreeCommand() {
+  return {
+      "tree",
+      "Print a folder and all below it",
+      "Walks the tree below PATH depth first and prints one line for each folder and document, indented "
+      "by two blanks a level; a folder's name closes with \"/\". In each folder the documents come first, "
+      "as the server delivers them, then its folders by the bytes of their names. Only names of folders "
+      "are kept in memory, one folder's for each level.\n\n"
+      "A folder that can't be listed is passed over with a warning. A folder that contains itself would "
+      "have no end, so a walk goes 64 levels deep and lists a million folders at most. When any of this "
+      "leaves something out, the exit status is 11. A missing \"/\" at the end of PATH is added.",
+      {{"PATH", "A path; see ADDRESSES."}},
+      {{"depth", 'd', "LEVELS", false, Completion::Nothing,
+        "Show this many levels below PATH, and be content with it."},
+       {"full-paths", 'f', nullptr, false, Completion::Nothing,
+        "Print whole paths without indentation, fit for sort and grep."}},
+      true,
+      RunTree,
+      {{"path", MemberType::Text, nullptr, "the entry's own path; a folder's closes with \"/\""},
+       {"name", MemberType::Text, nullptr, "its name as it stands in a path"},
+       {"kind", MemberType::Text, nullptr, "folder or document"},
+       {"depth", MemberType::Number, nullptr, "levels below PATH, from 1"}}};
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,42 @@
+#include <vtdirect/vt_direct_manager.h>
+
+#include "hosts/cli/address.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/host.h"
+
+namespace vtdirect_cli {
+namespace {
+
+ExitCode RunUid(Host& host, const Arguments& arguments) {
+  const std::string address = arguments.Text("ADDRESS");
+  AddressKind kind{};
+  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+
+  const std::string uid = VtDirectManager::GetUID(address.c_str());
+  // The library completes a UID by the file name when the server gives it, and takes the UID as it is
+  // otherwise.
+  const bool named = uid.find("&file=/") != std::string::npos;
+  const bool confirmed = named || (!uid.empty() && VtDirectManager::FileExists(address.c_str()));
+  if (!confirmed) return host.output().Fail(Diagnose(host, address, true));
+  host.output().Row({{"uid", uid}});
+  return ExitCode::Ok;
+}
+
+}  // namespace
+
+CommandRow UidCommand() {
+  return {
+      "uid",
+      "Print the UID of an object",
+      "Prints the canonical UID of the object at ADDRESS, which stays valid when the object moves or the "
+      "language changes. A UID that holds a file name is answered from its text alone, without asking the "
+      "server whether the object is there.",
+      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+      {},
+      true,
+      RunUid,
+      {{"uid", MemberType::Text, nullptr, "the canonical UID"}}};
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,43 @@
+#include <vtdirect/vt_direct_manager.h>
+
+#include "hosts/cli/address.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+ExitCode RunUrl(Host& host, const Arguments& arguments) {
+  const std::string address = arguments.Text("ADDRESS");
+  AddressKind kind{};
+  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+
+  std::string url;
+  std::string cacheKey;
+  ForgetTracedErrors();
+  if (!VtDirectManager::GetFileDownloadURL(address.c_str(), url, &cacheKey)) {
+    return host.output().Fail(Diagnose(host, address, true));
+  }
+  if (url.empty()) return host.output().Fail({ExitCode::DownloadFailed, address + " has no content"});
+  host.output().Row({{"url", url}}, {{"url", url}, {"cache_key", cacheKey}});
+  return ExitCode::Ok;
+}
+
+}  // namespace
+
+CommandRow UrlCommand() {
+  return {"url",
+          "Print the URL of an object's content",
+          "Prints the direct URL of the content of the object at ADDRESS, for a downloader of your own. "
+          "Nothing is downloaded. The server may demand credentials there too.",
+          {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+          {},
+          true,
+          RunUrl,
+          {{"url", MemberType::Text, nullptr, "the URL"},
+           {"cache_key", MemberType::Text, nullptr, "a key under which the content may be cached"}}};
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,212 @@
+#include <vtdirect/vt_direct_manager.h>
+
+#include "hosts/cli/address.h"
+#include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/interruption_report.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+using VtDirectManager::VtCheckoutStatus;
+
+struct Verification {
+  std::string address;
+  std::string workingCopy;
+  std::optional<KeptCheckout> kept;
+  VtCheckoutStatus status = VtDirectManager::CheckoutStatusFailed;
+  std::string user;
+  std::string uid;  // to go on with
+  bool isKept = false;
+
+  // Without its workspace the UID is none to go on with.
+  [[nodiscard]] bool stands() const { return HasWorkspace(uid) && IsWorkingCopy(status); }
+  [[nodiscard]] bool renewed() const { return stands() && !AreSameUid(uid, workingCopy); }
+};
+
+[[nodiscard]] std::string WordsOf(const Verification& found) {
+  switch (found.status) {
+    case VtDirectManager::CheckoutInTempWorkspace:
+      return "is checked out by you, in a temporary workspace";
+    case VtDirectManager::CheckoutInWorkspace:
+      if (found.stands()) return "is checked out by you, in a workspace of yours";
+      return "is checked out by you, and its working copy is not kept here; give the UID of that, or its "
+             "path, "
+             ".../Workspaces/NAME/FILE";
+    case VtDirectManager::CheckoutByUserUnrecorded:
+      return "is checked out by you, but in another working copy than this";
+    case VtDirectManager::CheckoutByOther:
+      return "is checked out by " + found.user;
+    case VtDirectManager::CheckoutNotPossible:
+      return "is not checked out, and has a newer iteration";
+    default:
+      return "is not checked out";
+  }
+}
+
+// A checkout that was checked in by other means is kept by an iteration that the document's path leads to no
+// more.
+[[nodiscard]] std::optional<KeptCheckout> KeptOfOlderIteration(const std::string& uid) {
+  for (const KeptCheckout& kept : CheckoutBook().Read().checkouts) {
+    if (kept.name != VtDirectManager::GetFileName(uid.c_str())) continue;
+    if (AreSameUid(VtDirectManager::GetLatestUPath(kept.document.c_str()), uid)) return kept;
+  }
+  return std::nullopt;
+}
+
+// To verify renews what is gone, and so would take what another user of this home has for gone.
+[[nodiscard]] std::optional<Failure> RefusalOfAnothers(const Verification& found) {
+  if (!found.kept || found.kept->user.empty()) return std::nullopt;
+  std::string user;
+  const auto status = VtDirectManager::GetCheckoutStatus(found.workingCopy.c_str(), &user);
+  if (status != VtDirectManager::CheckoutByOther || user != found.kept->user) return std::nullopt;
+  return Failure{ExitCode::Failure,
+                 "the checkout of " + found.address + " is kept for " + user +
+                     ", and you are somebody else at the server; nothing was changed; give "
+                     "the credentials of " +
+                     user};
+}
+
+// A working copy in a workspace of the user's own is asked for by its own id, which ends with it. What stands
+// then is what its document tells; while the user has that checked out, the working copy may be there still.
+[[nodiscard]] bool ReadFromDocument(Verification& found) {
+  if (!found.kept || IsTemporaryCopy(found.workingCopy)) return false;
+  found.uid = found.kept->document;
+  found.status = VtDirectManager::GetCheckoutStatus(found.uid.c_str(), &found.user);
+  return HasEnded(found.status);
+}
+
+// The library confirms only what is a checkout in a workspace of the user's own, and tells nothing of the
+// rest.
+[[nodiscard]] bool ReadAsDocument(Verification& found) {
+  if (IsTemporaryCopy(found.workingCopy)) return false;
+  found.uid = found.workingCopy;
+  found.status = VtDirectManager::GetCheckoutStatus(found.uid.c_str(), &found.user);
+  return HasEnded(found.status);
+}
+
+[[nodiscard]] std::optional<Failure> WhyUnknown(Host& host, Verification& found) {
+  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(found.workingCopy.c_str()))) {
+    return failure;
+  }
+  if (VtDirectManager::FileExists(found.workingCopy.c_str())) {
+    if (ReadAsDocument(found)) return std::nullopt;
+    return Failure{ExitCode::Failure,
+                   "where the checkout of " + found.address +
+                       " stands could not be found out; the same command can be given again"};
+  }
+  if (ReadFromDocument(found)) return std::nullopt;
+  std::string message = "not found: " + found.address;
+  if (found.kept) message += "; " + CommandToType("checkouts --forget", found.workingCopy) + " drops it";
+  return Failure{ExitCode::NotFound, message};
+}
+
+[[nodiscard]] std::optional<Failure> Ask(Host& host, Verification& found) {
+  // Nothing may be renewed for a server that only can't answer.
+  if (VtDirectManager::FileExists(found.workingCopy.c_str())) {
+    if (auto failure = RefusalOfAnothers(found)) return failure;
+    found.status = VtDirectManager::VerifyCheckout(found.workingCopy.c_str(), found.uid);
+  }
+  if (found.status == VtDirectManager::CheckoutStatusFailed) {
+    if (auto failure = WhyUnknown(host, found)) return failure;
+  }
+  if (found.status == VtDirectManager::CheckoutByOther) {
+    static_cast<void>(VtDirectManager::GetCheckoutStatus(found.uid.c_str(), &found.user));
+  }
+  if (found.status == VtDirectManager::CheckoutNotPossible) {
+    const std::string newest = VtDirectManager::GetLatestUPath(found.uid.c_str());
+    if (HasObjectId(newest)) found.uid = newest;
+  }
+  return std::nullopt;
+}
+
+void UpdateBook(Host& host, Verification& found) {
+  if (!found.stands()) {
+    if (found.kept) ForgetCheckout(host, found.workingCopy);
+  } else {
+    found.isKept = KeepCheckout(host, found.kept ? found.kept->document : found.workingCopy, found.uid);
+  }
+}
+
+void Print(Host& host, const Verification& found) {
+  Record record{{"address", found.address},
+                {"uid", found.uid},
+                {"checkout", std::string(CheckoutWord(found.status))},
+                {"renewed", found.renewed()},
+                {"kept", found.isKept}};
+  if (found.status == VtDirectManager::CheckoutByOther) record.emplace_back("checked_out_by", found.user);
+  host.output().Row({{"uid", found.uid}}, record);
+  static_cast<void>(host.output().Flush());
+}
+
+[[nodiscard]] ExitCode Report(Host& host, const Verification& found) {
+  Print(host, found);
+  const std::string words = found.address + " " + WordsOf(found);
+  if (!found.stands()) {
+    return host.output().Fail(
+        {ExitCode::Failure,
+         words + (found.kept ? "; the checkout that was kept does not stand any more, and is dropped" : "")});
+  }
+  host.output().Note(words);
+  if (found.renewed()) {
+    host.output().Warning("the working copy " + found.workingCopy +
+                          " was gone, with all that was not checked in; the document was checked out anew");
+  }
+  return ExitCode::Ok;
+}
+
+ExitCode RunVerify(Host& host, const Arguments& arguments) {
+  Verification found;
+  found.address = arguments.Text("ADDRESS");
+  AddressKind kind{};
+  if (const auto failure = RequireAddress(found.address, kind)) return host.output().Fail(*failure);
+
+  InterruptionReport report(host, "verify");
+  ForgetTracedErrors();
+  // What is gone is renewed, which checks the document out anew.
+  auto refusal = FindWorkingCopy(host, found.address, found.workingCopy);
+  if (!refusal && found.workingCopy.empty()) refusal = Diagnose(host, found.address, true);
+  if (refusal) return Interrupted() ? report.Report() : host.output().Fail(*refusal);
+  found.kept = CheckoutBook().Find(found.workingCopy);
+  if (!found.kept) found.kept = KeptOfOlderIteration(found.workingCopy);
+  if (found.kept) found.workingCopy = found.kept->uid;
+  report.Tell("where the checkout stands is not known; the same command can be given again");
+  const auto failure = Ask(host, found);
+  if (failure) return Interrupted() ? report.Report() : host.output().Fail(*failure);
+  report.Tell("the UID to go on with is " + found.uid);
+  UpdateBook(host, found);
+  const ExitCode code = Report(host, found);
+  return Interrupted() ? report.Report() : code;
+}
+
+}  // namespace
+
+CommandRow VerifyCommand() {
+  return {
+      "verify",
+      "Confirm that a checkout still stands",
+      "Asks the server whether the working copy at ADDRESS still stands, and prints the UID to go on "
+      "with. ADDRESS is that of the working copy, or of a document that is checked out by vtdirect (see "
+      "checkouts). When a temporary workspace is gone, the document is checked out anew, which gives "
+      "another UID; what was stored and not checked in is lost then, and a warning says so.\n\n"
+      "Where the checkout doesn't stand, the exit status is 1, standard error tells what does, and the "
+      "UID is the document's. What is kept is brought up to date: a checkout that stands is kept, and one "
+      "that doesn't is dropped.",
+      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+      {},
+      true,
+      RunVerify,
+      {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+       {"uid", MemberType::Text, nullptr, "the UID to go on with"},
+       {"checkout", MemberType::Text, nullptr, "where the checkout stands; see status"},
+       {"renewed", MemberType::Flag, nullptr, "whether the document was checked out anew"},
+       {"kept", MemberType::Flag, nullptr, "whether the UID is kept now"},
+       {"checked_out_by", MemberType::Text, "when somebody else holds it", "who does"}}};
+}
+
+}  // namespace vtdirect_cli

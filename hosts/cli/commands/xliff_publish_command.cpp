@@ -1,0 +1,46 @@
+#include <vtdirect/vt_direct_manager.h>
+
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
+#include "hosts/cli/trace_log.h"
+#include "hosts/cli/translation/xliff_subject.h"
+
+namespace vtdirect_cli {
+namespace {
+
+ExitCode RunXliffPublish(Host& host, const Arguments& arguments) {
+  XliffSubject subject;
+  if (const auto failure = SettleSubject(host, arguments, subject)) return host.output().Fail(*failure);
+  if (const auto failure = RefusalOfAnotherPlace(subject.address, subject.uid)) {
+    return host.output().Fail(*failure);
+  }
+  ForgetTracedErrors();
+  if (!VtDirectManager::SetXliffPublished(subject.uid.c_str())) {
+    return host.output().Fail(
+        DiagnoseXliff(host, subject,
+                      {ExitCode::Failure,
+                       "the server did not mark " + subject.address +
+                           " as published; it takes a translation, as \"vtdirect xliff list\" shows them"}));
+  }
+  host.output().Row({{"uid", subject.uid}}, {{"address", subject.address}, {"uid", subject.uid}});
+  host.output().Note(subject.address + " is marked as published");
+  return ExitCode::Ok;
+}
+
+}  // namespace
+
+CommandRow XliffPublishCommand() {
+  return {"xliff publish",
+          "Mark a translated document as published",
+          "Marks the document at ADDRESS, a translation, as published, and prints its UID. To do so again "
+          "changes nothing.",
+          {{"ADDRESS", "A path or a UID of the translation; see ADDRESSES."}},
+          {},
+          true,
+          RunXliffPublish,
+          {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+           {"uid", MemberType::Text, nullptr, "the UID of the document"}}};
+}
+
+}  // namespace vtdirect_cli

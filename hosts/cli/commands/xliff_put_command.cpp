@@ -1,0 +1,127 @@
+#include <vtdirect/vt_direct_manager.h>
+
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/interruption.h"
+#include "hosts/cli/interruption_report.h"
+#include "hosts/cli/storing/document_place.h"
+#include "hosts/cli/trace_log.h"
+#include "hosts/cli/translation/xliff_check.h"
+#include "hosts/cli/translation/xliff_put_failure.h"
+
+namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] std::optional<Failure> CheckFile(Host& host, const Arguments& arguments, const XliffPut& put) {
+  std::optional<XliffFault> fault;
+  if (auto failure = CheckXliffFile(put.file.path, put.language, fault)) return failure;
+  if (!fault) return std::nullopt;
+  const std::string text = put.file.path + ", line " + std::to_string(fault->line) + ": " + fault->what;
+  if (!arguments.Has("force")) {
+    return Failure{ExitCode::LocalFile, text + "; nothing was sent; --force sends the file all the same"};
+  }
+  host.output().Warning(text + "; it is sent all the same");
+  return std::nullopt;
+}
+
+// What is sent to a server that doesn't answer would be taken for a first source XLIFF, whatever is there.
+[[nodiscard]] std::optional<Failure> LookAtSource(const XliffSubject& subject, SourceXliff& source) {
+  source = FindSourceXliff(subject);
+  if (source.linked) return std::nullopt;
+  // A question that failed gets the same no as a document without one, and what is said of the upload rests
+  // on this.
+  source = FindSourceXliff(subject);
+  if (source.linked || AnswersQuestions(subject)) return std::nullopt;
+  return Unanswered(subject, {ExitCode::Failure, "nothing was sent"});
+}
+
+[[nodiscard]] std::optional<Failure> Settle(Host& host, const Arguments& arguments, XliffPut& put) {
+  if (auto failure = ReadLanguage(arguments, put.language)) return failure;
+  if (auto failure = InspectSource(arguments.Text("FILE"), put.file)) return failure;
+  if (auto failure = CheckFile(host, arguments, put)) return failure;
+  if (auto failure = SettleSubject(host, arguments, put.subject)) return failure;
+  if (auto failure = RefusalOfAnotherPlace(put.subject.address, put.subject.uid)) return failure;
+  if (auto failure = LookAtSource(put.subject, put.before)) return failure;
+  if (Interrupted()) return InterruptedFailure();
+  return std::nullopt;
+}
+
+[[nodiscard]] std::string UnknownEnd(const XliffPut& put) {
+  return "whether the server has taken " + put.file.path + " is not known; " +
+         XliffCommandFor("source", put.subject.address) + " tells";
+}
+
+void Report(Host& host, const XliffPut& put, const SourceXliff& after) {
+  const bool first = !put.before.linked;
+  host.output().Row({{"uid", after.uid}}, {{"address", put.subject.address},
+                                           {"uid", after.uid},
+                                           {"file", put.file.path},
+                                           {"language", put.language},
+                                           {"action", std::string(first ? "created" : "updated")}});
+  host.output().Note(put.file.path +
+                     (first ? " is the first source XLIFF of " : " updated the source XLIFF of ") +
+                     put.subject.address);
+  if (!IsUnchanged(put.file)) {
+    host.output().Warning(put.file.path +
+                          " was written to meanwhile; what was sent may be neither what it was nor "
+                          "what it is");
+  }
+}
+
+ExitCode RunXliffPut(Host& host, const Arguments& arguments) {
+  InterruptionReport report(host, "xliff put");
+  XliffPut put;
+  if (const auto failure = Settle(host, arguments, put)) {
+    return failure->code == ExitCode::Interrupted ? report.Report() : host.output().Fail(*failure);
+  }
+  report.Tell(UnknownEnd(put));
+  ForgetTracedErrors();
+  if (!VtDirectManager::UploadSourceXliff(put.subject.uid.c_str(), put.file.path.c_str(),
+                                          put.language.c_str())) {
+    if (Interrupted()) return report.Report();
+    return host.output().Fail(SendingFailure(host, put));
+  }
+  const SourceXliff after = FindSourceXliff(put.subject);
+  if (Interrupted()) return report.Report();
+  if (after.uid.empty() || after.uid == put.before.uid) {
+    return host.output().Fail(UnlinkedFailure(host, put, after));
+  }
+  Report(host, put, after);
+  return ExitCode::Ok;
+}
+
+}  // namespace
+
+CommandRow XliffPutCommand() {
+  return {
+      "xliff put",
+      "Send a source XLIFF for a document",
+      "Sends the XLIFF file FILE as what is to be translated of the document at ADDRESS: its first source "
+      "XLIFF, or a new iteration of the one that it has. Prints the UID of the source XLIFF, and says "
+      "which of the two it was.\n\n"
+      "Before anything is sent, FILE is checked: it must be well-formed XLIFF 1.2, or 2.0 to 2.2, in that "
+      "version's namespace, with at least one <file>; and its source language (source-language of each "
+      "<file>, or srcLang of a 2.x file) must fit --language. Languages are compared without regard to "
+      "case, and \"_\" counts as \"-\"; a name without a region fits every region, so en fits en-US and "
+      "en-US fits en, and en-GB doesn't fit en-US. A document type declaration is a fault: entities can "
+      "be declared there. The content of the units isn't checked. What is wrong is told with its line, "
+      "and nothing is sent.\n\n"
+      "Where a first source XLIFF goes is up to the server's XLIFF preferences for the document and the "
+      "language. An upload that fails has not changed what the document shows as its source XLIFF, or the "
+      "message says what it shows now.",
+      {{"ADDRESS", "A path or a UID of the document; see ADDRESSES."}, {"FILE", "The XLIFF file to send."}},
+      {{"language", 'l', "LANGUAGE", false, Completion::Nothing,
+        "The source language, for example en-US. Needed; the server gets it as it is given."},
+       {"force", 'f', nullptr, false, Completion::Nothing,
+        "Send FILE whatever the check finds; what it finds is a warning then."}},
+      true,
+      RunXliffPut,
+      {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+       {"uid", MemberType::Text, nullptr, "the UID of the source XLIFF"},
+       {"file", MemberType::Text, nullptr, "FILE"},
+       {"language", MemberType::Text, nullptr, "the language as it was given"},
+       {"action", MemberType::Text, nullptr, "created for the first source XLIFF, or updated"}}};
+}
+
+}  // namespace vtdirect_cli

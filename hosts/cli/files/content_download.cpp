@@ -1,0 +1,160 @@
+#include "hosts/cli/files/content_download.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vtdirect/vt_direct_manager.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+
+#include "hosts/cli/address.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/interruption.h"
+#include "hosts/cli/texts/printable.h"
+#include "hosts/cli/texts/progress_line.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] Failure WriteFailure(const std::string& what, int error) {
+  if (Interrupted()) return InterruptedFailure();
+  return {ExitCode::LocalFile, "cannot write " + what + ": " + std::strerror(error)};
+}
+
+// Why no file name could be found for the target.
+[[nodiscard]] Failure NamelessFailure(Host& host, const std::string& address) {
+  const bool isDirectory = address.ends_with('/');
+  if (!isDirectory && !VtDirectManager::FileExists(address.c_str())) return Diagnose(host, address, true);
+  return {ExitCode::Usage, "\"" + address + "\" has no file name; name a file with -o"};
+}
+
+// The class of a failed GetFile. The library's status tells a download that failed and not why; see Diagnose.
+[[nodiscard]] Failure DownloadFailure(Host& host, const Download& download, const std::string& localPath) {
+  if (Interrupted()) return InterruptedFailure();
+  if (const int error = ProbeWritable(localPath); error != 0)
+    return WriteFailure(Printable(localPath), error);
+  if (download.received == 0) return Diagnose(host, download.address, false);
+  std::string text =
+      "the download of " + download.address + " broke off after " + ByteCount(download.received);
+  if (download.announced > 0) text += " of " + std::to_string(download.announced);
+  return {ExitCode::DownloadFailed, text};
+}
+
+[[nodiscard]] std::optional<Failure> Fetch(Host& host, Download& download, const std::string& localPath) {
+  const bool quiet = host.output().quiet() || host.output().json();
+  const std::size_t width = quiet ? 0 : TerminalWidth();
+  const std::string& name = download.target.path.empty() ? download.address : download.target.path;
+  ProgressLine line(width == 0 ? nullptr : &std::cerr, name, width);
+  const auto progress = [&download, &line](std::size_t received, std::size_t announced) {
+    download.received = received;
+    download.announced = announced;
+    line.Show(received, announced, ProgressLine::Clock::now());
+    return !Interrupted();
+  };
+  ForgetTracedErrors();
+  const bool done =
+      VtDirectManager::GetFile(download.address.c_str(), localPath.c_str(), download.uid, {}, progress);
+  line.Clear();
+  if (!done) return DownloadFailure(host, download, localPath);
+  if (Interrupted()) return InterruptedFailure();
+  return std::nullopt;
+}
+
+[[nodiscard]] std::uint64_t SizeOf(const std::string& path) {
+  struct stat facts = {};
+  return stat(path.c_str(), &facts) == 0 ? static_cast<std::uint64_t>(facts.st_size) : 0;
+}
+
+void Report(Host& host, const Download& download, std::uint64_t size) {
+  Record record = download.described;
+  record.insert(record.end(), {{"uid", download.uid}, {"file", download.target.path}, {"bytes", size}});
+  host.output().JsonOnly(record);
+  host.output().Note("saved " + download.target.path + ", " + ByteCount(size));
+}
+
+ExitCode FetchIntoFile(Host& host, Download& download) {
+  int error = 0;
+  const auto pending = PendingFile::Create(download.target.path, &error);
+  if (!pending) return host.output().Fail(WriteFailure(download.target.path, error));
+  if (const auto failure = Fetch(host, download, pending->path())) return host.output().Fail(*failure);
+  const std::uint64_t size = SizeOf(pending->path());
+  error = pending->Commit(download.noClobber);
+  if (error != 0) return host.output().Fail(WriteFailure(download.target.path, error));
+  Report(host, download, size);
+  return ExitCode::Ok;
+}
+
+// A stream gets nothing until the content is complete, so that its reader never takes a part, or the server's
+// refusal, for the whole.
+ExitCode FetchIntoStream(Host& host, Download& download, int descriptor, const std::string& name) {
+  int error = 0;
+  const auto pending = PendingFile::Create(host.workDirectory() + "/content", &error);
+  if (!pending) return host.output().Fail(WriteFailure(host.workDirectory(), error));
+  if (const auto failure = Fetch(host, download, pending->path())) return host.output().Fail(*failure);
+  error = CopyToDescriptor(pending->path(), descriptor);
+  if (error != 0) return host.output().Fail(WriteFailure(name, error));
+  if (download.target.kind == Target::Kind::Device) Report(host, download, SizeOf(pending->path()));
+  return ExitCode::Ok;
+}
+
+ExitCode FetchIntoDevice(Host& host, Download& download) {
+  const int descriptor = open(download.target.path.c_str(), O_WRONLY | O_CLOEXEC);
+  if (descriptor < 0) return host.output().Fail(WriteFailure(download.target.path, errno));
+  const ExitCode code = FetchIntoStream(host, download, descriptor, download.target.path);
+  close(descriptor);
+  return code;
+}
+
+}  // namespace
+
+std::vector<OptionRow> DownloadOptions() {
+  return {
+      {"output", 'o', "FILE", false, Completion::Files,
+       "Write to FILE; into FILE when that is a directory or ends in \"/\"; to standard output when it is "
+       "\"-\", once the content has arrived whole."},
+      {"no-clobber", 'n', nullptr, false, Completion::Nothing, "Fail when the target exists."}};
+}
+
+std::vector<MemberRow> DownloadMembers() {
+  return {{"uid", MemberType::Text, nullptr, "the object's UID"},
+          {"file", MemberType::Text, nullptr, "the local file"},
+          {"bytes", MemberType::Number, nullptr, "its size"}};
+}
+
+std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& arguments) {
+  const std::string output = arguments.Text("output");
+  if (arguments.Has("output") && output.empty())
+    return Failure{ExitCode::Usage, "--output takes a file name"};
+  if (output == "-" && host.output().json()) {
+    return Failure{ExitCode::Usage, "--json and \"-o -\" both want standard output; give a file"};
+  }
+  return std::nullopt;
+}
+
+std::optional<Failure> SettleDownload(Host& host, const Arguments& arguments, Download& download) {
+  download.noClobber = arguments.Has("no-clobber");
+  const std::string output = arguments.Text("output");
+  std::string name;
+  if (NeedsFileName(output)) {
+    name = SafeFileName(FileNameOf(download.address));
+    if (name.empty()) return NamelessFailure(host, download.address);
+  }
+  return SettleTarget(output, name, download.noClobber, download.target);
+}
+
+ExitCode RunDownload(Host& host, Download& download) {
+  switch (download.target.kind) {
+    case Target::Kind::StandardOutput:
+      return FetchIntoStream(host, download, STDOUT_FILENO, "standard output");
+    case Target::Kind::Device:
+      return FetchIntoDevice(host, download);
+    case Target::Kind::File:
+      break;
+  }
+  return FetchIntoFile(host, download);
+}
+
+}  // namespace vtdirect_cli

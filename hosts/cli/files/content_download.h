@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/files/target_file.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/texts/output.h"
+
+namespace vtdirect_cli {
+
+/// One download of an object's content, from what was asked for to its result.
+struct Download {
+  std::string address;
+  Record described;  ///< members of the JSON object in front of those that every download has
+  Target target;
+  bool noClobber = false;
+  std::string uid;
+  std::size_t received = 0;
+  std::size_t announced = 0;
+};
+
+/// The options of a command that downloads, "output" and "no-clobber".
+[[nodiscard]] std::vector<OptionRow> DownloadOptions();
+
+/// The members of the JSON object that every download has.
+[[nodiscard]] std::vector<MemberRow> DownloadMembers();
+
+/// Whether the options fit together. Makes no request.
+[[nodiscard]] std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& arguments);
+
+/// Settles where the content of `download.address` goes, by the options. Makes requests when the target is
+/// named after the object and the address holds no name.
+[[nodiscard]] std::optional<Failure> SettleDownload(Host& host, const Arguments& arguments,
+                                                    Download& download);
+
+/// Downloads, puts the file in its place when it is whole, and reports.
+ExitCode RunDownload(Host& host, Download& download);
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,211 @@
+#include "hosts/cli/files/target_file.h"
+
+#include <fcntl.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+#include "hosts/cli/texts/printable.h"
+
+namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] std::string DirectoryOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+[[nodiscard]] Failure LocalFailure(const std::string& path, int error) {
+  return {ExitCode::LocalFile, "cannot write " + Printable(path) + ": " + std::strerror(error)};
+}
+
+// Replacing the link itself would leave the file that it leads to as it was, to the surprise of whoever made
+// it.
+[[nodiscard]] std::string BehindLinks(const std::string& path) {
+  struct stat facts = {};
+  if (lstat(path.c_str(), &facts) != 0 || !S_ISLNK(facts.st_mode)) return path;
+  char* const resolved = realpath(path.c_str(), nullptr);
+  if (resolved == nullptr) return path;
+  std::string out(resolved);
+  free(resolved);
+  return out;
+}
+
+[[nodiscard]] mode_t PermissionsFor(const std::string& target) {
+  struct stat facts = {};
+  if (stat(target.c_str(), &facts) == 0) return facts.st_mode & 0777U;
+  const mode_t mask = umask(0);
+  umask(mask);
+  return 0666U & ~mask;
+}
+
+// The directory's own entry reaches the disk too, or a crash could bring back the old file. Some filesystems
+// can't do this, which takes nothing from the file itself.
+void SyncDirectory(const std::string& directory) {
+  const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) return;
+  static_cast<void>(fsync(descriptor));
+  close(descriptor);
+}
+
+[[nodiscard]] int SyncAndPermit(const std::string& path, mode_t permissions) {
+  const int descriptor = open(path.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
+  if (descriptor < 0) return errno;
+  int error = fchmod(descriptor, permissions) == 0 ? 0 : errno;
+  if (error == 0 && fsync(descriptor) != 0) error = errno;
+  if (close(descriptor) != 0 && error == 0) error = errno;
+  return error;
+}
+
+[[nodiscard]] int RenameToNewName(const std::string& from, const std::string& to) {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
+  if (errno != EINVAL && errno != ENOSYS) return errno;
+  // A filesystem without that kind of rename: a hard link refuses an existing name too.
+  if (link(from.c_str(), to.c_str()) != 0) return errno;
+  return unlink(from.c_str()) == 0 ? 0 : errno;
+}
+
+[[nodiscard]] int WriteAll(int descriptor, const char* data, std::size_t size) {
+  while (size > 0) {
+    if (Interrupted()) return EINTR;
+    const ssize_t count = write(descriptor, data, size);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return errno;
+    data += count;
+    size -= static_cast<std::size_t>(count);
+  }
+  return 0;
+}
+
+[[nodiscard]] int CopyBetween(int from, int to) {
+  std::vector<char> buffer(std::size_t{1} << 16U);
+  for (;;) {
+    const ssize_t count = read(from, buffer.data(), buffer.size());
+    if (count == 0) return 0;
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return errno;
+    const int error = WriteAll(to, buffer.data(), static_cast<std::size_t>(count));
+    if (error != 0) return error;
+  }
+}
+
+}  // namespace
+
+std::string SafeFileName(const std::string& name) {
+  std::string out;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(name[i]);
+    const bool dotInFront = i == 0 && byte == '.';
+    if (byte >= 0x20 && byte != 0x7F && byte != '/' && !dotInFront) {
+      out += name[i];
+      continue;
+    }
+    char escaped[4];
+    std::snprintf(escaped, sizeof escaped, "%%%2.2x", static_cast<unsigned>(byte));
+    out += escaped;
+  }
+  return out;
+}
+
+bool NeedsFileName(const std::string& option) {
+  if (option.empty() || option.ends_with('/')) return true;
+  struct stat facts = {};
+  return option != "-" && stat(option.c_str(), &facts) == 0 && S_ISDIR(facts.st_mode);
+}
+
+std::optional<Failure> SettleTarget(const std::string& option, const std::string& name, bool noClobber,
+                                    Target& target) {
+  if (option == "-") {
+    target = {Target::Kind::StandardOutput, {}};
+    return std::nullopt;
+  }
+  std::string path = option;
+  if (option.empty()) {
+    path = name;
+  } else if (NeedsFileName(option)) {
+    path = option + (option.ends_with('/') ? "" : "/") + name;
+  }
+  path = BehindLinks(path);
+
+  struct stat facts = {};
+  if (stat(path.c_str(), &facts) != 0) {
+    target = {Target::Kind::File, path};
+    return std::nullopt;
+  }
+  if (S_ISDIR(facts.st_mode)) return LocalFailure(path, EISDIR);
+  if (S_ISREG(facts.st_mode)) {
+    if (noClobber) return LocalFailure(path, EEXIST);
+    target = {Target::Kind::File, path};
+    return std::nullopt;
+  }
+  // A device or a pipe is written into; replacing "/dev/null" by a file would be a bad joke.
+  target = {Target::Kind::Device, path};
+  return std::nullopt;
+}
+
+std::unique_ptr<PendingFile> PendingFile::Create(const std::string& target, int* error) {
+  std::string pattern = DirectoryOf(target) + "/.vtdirect-XXXXXX";
+  const InterruptionHold hold;
+  const int descriptor = mkostemp(pattern.data(), O_CLOEXEC);
+  if (descriptor < 0) {
+    *error = errno;
+    return nullptr;
+  }
+  close(descriptor);
+  return std::unique_ptr<PendingFile>(new PendingFile(pattern, target));
+}
+
+PendingFile::PendingFile(std::string path, std::string target)
+    : path_(std::move(path)),
+      target_(std::move(target)),
+      removal_([file = path_] { unlink(file.c_str()); }) {}
+
+int PendingFile::Commit(bool noClobber) {
+  if (const int error = SyncAndPermit(path_, PermissionsFor(target_)); error != 0) return error;
+  {
+    const InterruptionHold hold;
+    int error = 0;
+    if (noClobber) {
+      error = RenameToNewName(path_, target_);
+    } else if (rename(path_.c_str(), target_.c_str()) != 0) {
+      error = errno;
+    }
+    if (error != 0) return error;
+    removal_.Dismiss();
+  }
+  SyncDirectory(DirectoryOf(target_));
+  return 0;
+}
+
+int CopyToDescriptor(const std::string& path, int descriptor) {
+  const int from = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (from < 0) return errno;
+  const int error = CopyBetween(from, descriptor);
+  close(from);
+  return error;
+}
+
+int ProbeWritable(const std::string& path) {
+  const int descriptor = open(path.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+  if (descriptor < 0) return errno;
+  struct stat facts = {};
+  int error = fstat(descriptor, &facts) == 0 ? 0 : errno;
+  const std::vector<char> block(std::size_t{1} << 16U, '\0');
+  for (std::size_t written = 0; error == 0 && written < block.size();) {
+    const ssize_t count = write(descriptor, block.data() + written, block.size() - written);
+    if (count < 0) error = errno;
+    if (count > 0) written += static_cast<std::size_t>(count);
+  }
+  if (error == 0 && fsync(descriptor) != 0) error = errno;
+  static_cast<void>(ftruncate(descriptor, facts.st_size));
+  close(descriptor);
+  return error;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,105 @@
+#include "hosts/cli/servers/authenticator.h"
+
+#include <algorithm>
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr int kMostPrompts = 3;
+
+[[nodiscard]] bool IsUpgrade(const Origin& from, const Origin& to) {
+  return from.scheme == "http" && from.port == 80 && to.scheme == "https" && to.port == 443 &&
+         from.host == to.host;
+}
+
+}  // namespace
+
+Authenticator::Authenticator(CredentialSources sources, CredentialSinks sinks,
+                             const std::vector<std::string>& namedUrls)
+    : sources_(std::move(sources)), sinks_(std::move(sinks)) {
+  for (const std::string& url : namedUrls) {
+    if (const auto origin = OriginOf(url)) named_.push_back(*origin);
+  }
+}
+
+bool Authenticator::IsNamed(const Origin& origin) const {
+  return std::any_of(named_.begin(), named_.end(),
+                     [&origin](const Origin& named) { return named == origin || IsUpgrade(named, origin); });
+}
+
+Authenticator::Progress& Authenticator::ProgressOf(const Origin& origin) {
+  const auto found = std::find_if(progress_.begin(), progress_.end(),
+                                  [&origin](const Progress& progress) { return progress.origin == origin; });
+  if (found != progress_.end()) return *found;
+  return progress_.emplace_back(Progress{origin, Step::Token, 0, false});
+}
+
+bool Authenticator::Answer(const std::string& url) {
+  const std::optional<Origin> origin = OriginOf(url);
+  if (!origin || !IsNamed(*origin)) {
+    refusal_ = (origin ? TextOf(*origin) : url) +
+               " demands credentials; they go only to servers that you have named, and this is none of them; "
+               "list it with --server too if it may have them";
+    return false;
+  }
+  Progress& progress = ProgressOf(*origin);
+  if (Take(progress, url)) {
+    progress.offered = true;
+    return true;
+  }
+  refusal_ = TextOf(*origin) + (progress.offered
+                                    ? " refused the credentials"
+                                    : " demands credentials; set VTDIRECT_USER and VTDIRECT_PASSWORD or "
+                                      "VTDIRECT_TOKEN, or list it in a netrc file");
+  return false;
+}
+
+bool Authenticator::Take(Progress& progress, const std::string& url) {
+  if (progress.next == Step::Token) {
+    progress.next = Step::Environment;
+    if (OfferToken(url)) return true;
+  }
+  if (progress.next == Step::Environment) {
+    progress.next = Step::Netrc;
+    if (OfferEnvironment(url)) return true;
+  }
+  if (progress.next == Step::Netrc) {
+    progress.next = Step::Prompt;
+    if (OfferNetrc(url, progress.origin.host)) return true;
+  }
+  if (progress.next == Step::Prompt && OfferPrompt(progress, url)) return true;
+  progress.next = Step::Done;
+  return false;
+}
+
+bool Authenticator::OfferToken(const std::string& url) {
+  if (sources_.token.empty()) return false;
+  sinks_.setToken(url, sources_.token);
+  return true;
+}
+
+bool Authenticator::OfferEnvironment(const std::string& url) {
+  if (sources_.user.empty() || sources_.password.empty()) return false;
+  sinks_.setPassword(url, sources_.user, sources_.password);
+  return true;
+}
+
+bool Authenticator::OfferNetrc(const std::string& url, const std::string& host) {
+  if (!sources_.netrc) return false;
+  if (!netrcEntries_) netrcEntries_ = sources_.netrc();
+  const std::optional<NetrcEntry> entry = FindInNetrc(*netrcEntries_, host, sources_.user);
+  if (!entry) return false;
+  sinks_.setPassword(url, entry->login, entry->password);
+  return true;
+}
+
+bool Authenticator::OfferPrompt(Progress& progress, const std::string& url) {
+  if (!sources_.prompt || progress.prompts >= kMostPrompts) return false;
+  ++progress.prompts;
+  const auto answer = sources_.prompt(TextOf(progress.origin), sources_.user);
+  if (!answer) return false;
+  sinks_.setPassword(url, answer->user, answer->password);
+  return true;
+}
+
+}  // namespace vtdirect_cli

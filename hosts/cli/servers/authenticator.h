@@ -1,0 +1,80 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hosts/cli/servers/netrc.h"
+#include "hosts/cli/servers/origin.h"
+#include "hosts/cli/servers/password_prompt.h"
+
+namespace vtdirect_cli {
+
+/// Where credentials come from, in the order in which they are tried.
+struct CredentialSources {
+  std::string token;     ///< bearer token; empty for none
+  std::string user;      ///< empty for none
+  std::string password;  ///< counts only together with `user`
+  /// Reads the netrc file; called at the first need. May be empty.
+  std::function<std::vector<NetrcEntry>()> netrc;
+  /// Asks the user; nothing when that is not possible. May be empty.
+  std::function<std::optional<PasswordCredentials>(const std::string& origin, const std::string& user)>
+      prompt;
+};
+
+/// Where they go.
+struct CredentialSinks {
+  std::function<void(const std::string& url, const std::string& user, const std::string& password)>
+      setPassword;
+  std::function<void(const std::string& url, const std::string& token)> setToken;
+};
+
+/// Answers a server's demands for authentication: the token, else user and password of the environment, the
+/// netrc file, the user at the terminal up to three times. Each source is tried once for each origin, so that
+/// what a server has refused isn't sent to it over and over.
+///
+/// Credentials go only to servers that the user has named. What a server says about itself (the address that
+/// it calls its own, the address of a content) can point anywhere, and gets nothing; with one exception: from
+/// "http" to "https" on the same host, both at their usual ports.
+class Authenticator {
+ public:
+  /// @param namedUrls  the servers that the user has named
+  Authenticator(CredentialSources sources, CredentialSinks sinks, const std::vector<std::string>& namedUrls);
+
+  /// Sets further credentials for the origin of the URL. False when there are none, which ends the tries.
+  [[nodiscard]] bool Answer(const std::string& url);
+
+  /// Whether a demand has gone without an answer.
+  [[nodiscard]] bool refused() const { return !refusal_.empty(); }
+  /// What to tell the user about it.
+  [[nodiscard]] const std::string& refusal() const { return refusal_; }
+  /// Starts anew with `refused`. What was tried stays tried.
+  void ForgetRefusal() { refusal_.clear(); }
+
+ private:
+  enum class Step { Token, Environment, Netrc, Prompt, Done };
+  struct Progress {
+    Origin origin;
+    Step next = Step::Token;
+    int prompts = 0;
+    bool offered = false;  // something has been sent
+  };
+
+  [[nodiscard]] bool IsNamed(const Origin& origin) const;
+  [[nodiscard]] Progress& ProgressOf(const Origin& origin);
+  [[nodiscard]] bool Take(Progress& progress, const std::string& url);
+  [[nodiscard]] bool OfferToken(const std::string& url);
+  [[nodiscard]] bool OfferEnvironment(const std::string& url);
+  [[nodiscard]] bool OfferNetrc(const std::string& url, const std::string& host);
+  [[nodiscard]] bool OfferPrompt(Progress& progress, const std::string& url);
+
+  CredentialSources sources_;
+  CredentialSinks sinks_;
+  std::vector<Origin> named_;
+  std::vector<Progress> progress_;
+  std::optional<std::vector<NetrcEntry>> netrcEntries_;
+  std::string refusal_;
+};
+
+}  // namespace vtdirect_cli

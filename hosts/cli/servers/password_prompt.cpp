@@ -1,0 +1,108 @@
+#include "hosts/cli/servers/password_prompt.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <string.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "hosts/cli/interruption.h"
+#include "hosts/cli/texts/printable.h"
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr std::size_t kLongestAnswer = 1024;
+
+class Terminal {
+ public:
+  Terminal() : descriptor_(open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXEC)) {}
+  ~Terminal() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  [[nodiscard]] int descriptor() const { return descriptor_; }
+
+  void Write(const std::string& text) const {
+    static_cast<void>(!write(descriptor_, text.data(), text.size()));
+  }
+
+ private:
+  int descriptor_;
+};
+
+// Stopping the program while the echo is off would leave the shell's user typing blindly, and a program in
+// the background gets an error in place of a stop, and so asks for nothing.
+class NoStops {
+ public:
+  NoStops() {
+    struct sigaction ignore = {};
+    ignore.sa_handler = SIG_IGN;
+    for (std::size_t i = 0; i < std::size(kStops); ++i) sigaction(kStops[i], &ignore, &before_[i]);
+  }
+  ~NoStops() {
+    for (std::size_t i = 0; i < std::size(kStops); ++i) sigaction(kStops[i], &before_[i], nullptr);
+  }
+  NoStops(const NoStops&) = delete;
+  NoStops& operator=(const NoStops&) = delete;
+
+ private:
+  static constexpr int kStops[] = {SIGTSTP, SIGTTIN, SIGTTOU};
+  struct sigaction before_[std::size(kStops)] = {};
+};
+
+[[nodiscard]] std::optional<std::string> ReadLine(int descriptor) {
+  char buffer[kLongestAnswer];
+  std::size_t size = 0;
+  std::optional<std::string> line;
+  while (size < sizeof buffer) {
+    const ssize_t count = read(descriptor, buffer + size, 1);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) break;
+    if (buffer[size] == '\n') {
+      line.emplace(buffer, size);
+      break;
+    }
+    ++size;
+  }
+  explicit_bzero(buffer, sizeof buffer);
+  return line;
+}
+
+[[nodiscard]] std::optional<std::string> ReadLineWithoutEcho(int descriptor) {
+  termios before = {};
+  if (tcgetattr(descriptor, &before) != 0) return std::nullopt;
+  const CleanUp restore([descriptor, before] { tcsetattr(descriptor, TCSAFLUSH, &before); });
+  termios silent = before;
+  silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
+  silent.c_lflag |= ICANON;
+  if (tcsetattr(descriptor, TCSAFLUSH, &silent) != 0) return std::nullopt;
+  return ReadLine(descriptor);
+}
+
+}  // namespace
+
+std::optional<PasswordCredentials> PromptForPassword(const std::string& origin, const std::string& user) {
+  const Terminal terminal;
+  if (terminal.descriptor() < 0) return std::nullopt;
+  const NoStops noStops;
+  PasswordCredentials answer{user, {}};
+  if (user.empty()) {
+    terminal.Write("User name for " + Printable(origin) + ": ");
+    const std::optional<std::string> name = ReadLine(terminal.descriptor());
+    if (!name || name->empty()) return std::nullopt;
+    answer.user = *name;
+  }
+  terminal.Write("Password for " + Printable(answer.user) + " at " + Printable(origin) + ": ");
+  const std::optional<std::string> password = ReadLineWithoutEcho(terminal.descriptor());
+  terminal.Write("\n");
+  if (!password) return std::nullopt;
+  answer.password = *password;
+  return answer;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,47 @@
+#include "hosts/cli/storing/local_source.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] Failure Unreadable(const std::string& path, const std::string& why) {
+  return {ExitCode::LocalFile, "cannot read " + path + ": " + why};
+}
+
+[[nodiscard]] bool SameTime(const timespec& one, const timespec& other) {
+  return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
+}
+
+}  // namespace
+
+std::optional<Failure> InspectSource(const std::string& path, LocalSource& source) {
+  source.path = path;
+  // What is no file must not be opened: opening a pipe waits for its writer.
+  if (stat(path.c_str(), &source.facts) != 0) return Unreadable(path, std::strerror(errno));
+  if (S_ISDIR(source.facts.st_mode)) return Unreadable(path, "it is a directory");
+  if (!S_ISREG(source.facts.st_mode)) return Unreadable(path, "it is no regular file");
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) return Unreadable(path, std::strerror(errno));
+  close(descriptor);
+  return std::nullopt;
+}
+
+bool IsUnchanged(const LocalSource& source) {
+  struct stat now = {};
+  if (stat(source.path.c_str(), &now) != 0) return false;
+  const struct stat& before = source.facts;
+  // A file that was replaced by another counts as changed too: which of the two was read can't be told.
+  return now.st_dev == before.st_dev && now.st_ino == before.st_ino && now.st_size == before.st_size &&
+         SameTime(now.st_mtim, before.st_mtim);
+}
+
+std::string BaseNameOf(const std::string& path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+}  // namespace vtdirect_cli

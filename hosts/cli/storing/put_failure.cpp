@@ -1,0 +1,182 @@
+#include "hosts/cli/storing/put_failure.h"
+
+#include <cstdlib>
+#include <string_view>
+
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/storing/document_place.h"
+#include "hosts/cli/texts/printable.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+using Action = PutTarget::Action;
+using VtDirectManager::StatusCode;
+
+// What is there now, and what a user may do about it.
+struct Standing {
+  std::string text;
+  std::string next = "the same command can be given again";
+};
+
+[[nodiscard]] const char* StepOf(Action action) {
+  switch (action) {
+    case Action::Create:
+      return "creating ";
+    case Action::Iterate:
+      return "making a new iteration of ";
+    default:
+      return "storing into the working copy ";
+  }
+}
+
+// How far it had come, from the bytes that the library has told of.
+[[nodiscard]] std::string PointOf(const PutOutcome& outcome) {
+  if (outcome.AllSent()) return "after the file was sent";
+  if (outcome.sent == 0) return "before the file was sent";
+  return "after " + std::to_string(outcome.sent) + " of " + ByteCount(outcome.total);
+}
+
+// Whether the library traced that nothing of this upload stands on the server, whatever else does: a store
+// follows an upload, and needs it; and a server that has refused a store has not done it.
+[[nodiscard]] bool IsRefusal(const std::string& traced) {
+  constexpr std::string_view store = "Failed to update document with error ";
+  if (traced.starts_with("Failed to upload document")) return true;
+  if (!traced.starts_with(store)) return false;
+  const int status = std::atoi(traced.c_str() + store.size());
+  // A server that was waited for too long has not refused.
+  return status >= 400 && status < 500 && status != 408 && status != 499;
+}
+
+[[nodiscard]] Standing Unknown(const std::string& command, const std::string& address) {
+  return {"what stands now could not be found out",
+          CommandToType(command, address) + " tells when the server answers"};
+}
+
+// A name that isn't found on a server that answers is not there.
+[[nodiscard]] Standing StandingOfCreation(const PutTarget& target, bool mayBeStored, bool answers) {
+  const std::string uid = answers ? UidAtPlace(target.address) : "";
+  if (uid.empty() && !answers && mayBeStored) return Unknown("info", target.address);
+  if (uid.empty()) return {"nothing was created"};
+  const std::string next =
+      CommandToType("info", uid) + " tells of it, and a further put makes a new iteration";
+  if (!mayBeStored) return {"a document has come to stand there meanwhile: " + uid, next};
+  if (VtDirectManager::ShouldCreate(uid.c_str())) {
+    return {"the document is there now, without content: " + uid, next};
+  }
+  return {"a document is there now, and only the answer may have been lost: " + uid, next};
+}
+
+[[nodiscard]] Standing StandingOfIteration(const PutTarget& target, bool mayBeStored) {
+  std::string version;
+  std::string newest;
+  const int status = VtDirectManager::GetStatus(target.address.c_str(), version, newest, nullptr);
+  if (status == 0) return {"nothing was changed, " + version + " is the newest iteration still"};
+  if (status < 0 && !mayBeStored) return {"nothing was changed"};
+  if (status < 0) return Unknown("info", target.address);
+  const std::string next = CommandToType("versions", target.address) + " tells of them";
+  if (!mayBeStored) return {"somebody has made the iteration " + newest + " meanwhile", next};
+  return {"the newest iteration is " + newest + " now, and only the answer may have been lost", next};
+}
+
+[[nodiscard]] std::string ContentOfWorkingCopy(const PutOutcome& outcome, bool mayBeStored) {
+  if (!mayBeStored) return "its content is as it was";
+  return outcome.mayCheckInToo ? "whether the file is stored in it is not known, checked in it is not"
+                               : "whether the file is stored in it is not known";
+}
+
+[[nodiscard]] Standing StandingOfStore(const PutTarget& target, const PutOutcome& outcome, bool mayBeStored) {
+  const CheckoutState state = ReadCheckoutState(target.address);
+  if (IsWorkingCopy(state.status)) {
+    return {"you still have it checked out, and " + ContentOfWorkingCopy(outcome, mayBeStored)};
+  }
+  // The state of a temporary checkout is that of the document it was taken from.
+  if (state.status == VtDirectManager::CheckoutNone || state.status == VtDirectManager::CheckoutNotPossible) {
+    return {"it is not checked out any more" +
+                std::string(outcome.mayCheckInToo && mayBeStored
+                                ? ", so it was checked in, and only the answer may have been lost"
+                                : ""),
+            CommandToType("verify", target.address) + " tells what stands"};
+  }
+  if (state.status == VtDirectManager::CheckoutByOther) {
+    return {"it is checked out by " + state.user + " now",
+            CommandToType("verify", target.address) + " tells more"};
+  }
+  if (!mayBeStored) return {"nothing was stored"};
+  return Unknown("verify", target.address);
+}
+
+[[nodiscard]] Standing StandingOf(const PutTarget& target, const PutOutcome& outcome, bool mayBeStored,
+                                  bool answers) {
+  switch (target.action) {
+    case Action::Create:
+      return StandingOfCreation(target, mayBeStored, answers);
+    case Action::Iterate:
+      return StandingOfIteration(target, mayBeStored);
+    default:
+      return StandingOfStore(target, outcome, mayBeStored);
+  }
+}
+
+// Nothing of the file has reached the server whole, so nothing was stored.
+[[nodiscard]] std::optional<Failure> LocalFailure(const PutOutcome& outcome) {
+  if (!outcome.changedFile.empty()) {
+    return Failure{ExitCode::LocalFile, outcome.changedFile +
+                                            " was written to while it was read; nothing was stored; give the "
+                                            "command again when nobody writes to it"};
+  }
+  if (outcome.copyIsShort) {
+    return Failure{
+        ExitCode::LocalFile,
+        "the files could not be copied whole to the directory for temporary files, from where they "
+        "are sent; nothing was stored; make room there, or set TMPDIR to another one"};
+  }
+  return std::nullopt;
+}
+
+[[nodiscard]] ExitCode CodeOf(Host& host, const PutTarget& target, const PutOutcome& outcome,
+                              std::string& why) {
+  const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(target.address.c_str()));
+  if (!failure && outcome.code == VtDirectManager::StatusConnectFailed) return ExitCode::CannotConnect;
+  if (!failure) return ExitCode::Failure;
+  why = failure->message;
+  return failure->code;
+}
+
+}  // namespace
+
+Failure PutCheckInFailure(Host& host, const std::string& uid) {
+  std::string why = FirstTracedError();
+  const auto server = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));
+  if (server && server->code == ExitCode::Interrupted) return InterruptedFailure();
+  if (server) why = server->message;
+  const bool stands = IsWorkingCopy(ReadCheckoutState(uid).status);
+  std::string message = "the file is stored in the working copy " + uid + ", but checking it in failed";
+  if (!why.empty()) message += " (" + why + ")";
+  message += stands
+                 ? "; you still have it checked out; " + CommandToType("checkin", uid) + " tries again"
+                 : "; it is not seen to be checked out any more; " + CommandToType("verify", uid) + " tells";
+  return {server ? server->code : ExitCode::Failure, message};
+}
+
+Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& target,
+                   const PutOutcome& outcome) {
+  if (auto failure = LocalFailure(outcome)) return *failure;
+  std::string why = FirstTracedError();
+  const bool tooLarge = outcome.code == VtDirectManager::StatusFileTooLarge;
+  const bool mayBeStored = outcome.AllSent() && !tooLarge && !IsRefusal(why);
+  if (tooLarge) why = "the server takes no files as large as this";
+  const ExitCode code = tooLarge ? ExitCode::Failure : CodeOf(host, target, outcome, why);
+  if (code == ExitCode::Interrupted) return InterruptedFailure();
+  Standing standing = StandingOf(target, outcome, mayBeStored, code == ExitCode::Failure);
+  if (tooLarge) standing.next = "a smaller file, or a greater limit at the server, is needed";
+  std::string message = StepOf(target.action) + target.address + " from " + request.content.path +
+                        " failed " + PointOf(outcome);
+  if (!why.empty()) message += " (" + why + ")";
+  return {code, message + "; " + standing.text + "; " + standing.next};
+}
+
+}  // namespace vtdirect_cli

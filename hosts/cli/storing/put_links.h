@@ -1,0 +1,20 @@
+#pragma once
+
+#include <optional>
+
+#include "hosts/cli/host.h"
+#include "hosts/cli/storing/put_target.h"
+
+namespace vtdirect_cli {
+
+/// The links that the document is to have: for an existing one those that it has, with the changes that the
+/// request asks for. The library leaves out what isn't handed over, and drops without a failure what it can't
+/// resolve, so both are looked at before anything is sent. Makes requests.
+/// @return a failure for a link that would be lost, or that leads nowhere or to another server
+[[nodiscard]] std::optional<Failure> SettleLinks(Host& host, const PutRequest& request,
+                                                 const PutTarget& target, SourceLinks& links);
+
+/// The names of those links that the document at this UID doesn't have. Makes requests.
+[[nodiscard]] std::vector<std::string> MissingLinks(const std::string& uid, const SourceLinks& links);
+
+}  // namespace vtdirect_cli

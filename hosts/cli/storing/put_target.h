@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "hosts/cli/host.h"
+#include "hosts/cli/storing/put_request.h"
+
+namespace vtdirect_cli {
+
+/// Where a file goes, as the server tells before anything is sent.
+struct PutTarget {
+  enum class Action {
+    Create,   ///< a new document at a path
+    Iterate,  ///< a new iteration of a document that nobody has checked out
+    Store     ///< into a working copy
+  };
+  Action action = Action::Create;
+  std::string address;     ///< what the library is given: the path of a new document, or a UID
+  std::string miss;        ///< what the library traces, again and again, of a document that is not there yet
+  bool temporary = false;  ///< the working copy stands in a temporary workspace
+  /// By which UID the document is read that a store or an iteration follows. In a temporary workspace that of
+  /// the working copy by its own id: the UID to go on with reads as the document that was checked out.
+  std::string before;
+};
+
+/// Finds out what the address of the request means: a folder takes the file's name, what isn't there is
+/// created, and a document that this user has checked out by this program gets a store into its working copy.
+/// Makes requests, none of which changes anything.
+/// @return a failure for what the server can't take: no such folder, checked out by somebody else, an older
+///         iteration
+[[nodiscard]] std::optional<Failure> SettlePutTarget(Host& host, const PutRequest& request,
+                                                     PutTarget& target);
+
+}  // namespace vtdirect_cli

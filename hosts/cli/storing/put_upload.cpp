@@ -1,0 +1,114 @@
+#include "hosts/cli/storing/put_upload.h"
+
+#include <iostream>
+#include <vector>
+
+#include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/texts/progress_line.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+// Looks at the files once the copy that is sent has been made of them, and before a byte of it goes out. From
+// then on they are not read any more.
+class CopyCheck {
+ public:
+  explicit CopyCheck(const PutRequest& request) : sources_(request.Sources()) {}
+
+  [[nodiscard]] bool Passes(std::size_t copied, PutOutcome& outcome) {
+    if (done_) return true;
+    done_ = true;
+    std::uint64_t size = 0;
+    for (const LocalSource& source : sources_) {
+      size += source.size();
+      if (!IsUnchanged(source)) outcome.changedFile = source.path;
+    }
+    outcome.copyIsShort = copied < size;
+    return outcome.changedFile.empty() && !outcome.copyIsShort;
+  }
+
+ private:
+  std::vector<LocalSource> sources_;
+  bool done_ = false;
+};
+
+[[nodiscard]] bool HasContentAlone(const PutRequest& request, const SourceLinks& links) {
+  return !request.viewable && !request.metadata && links.empty();
+}
+
+[[nodiscard]] std::string PathOf(const std::optional<LocalSource>& source) {
+  return source ? source->path : std::string();
+}
+
+// What a signal leaves, once the server has all it needs.
+[[nodiscard]] std::string UnknownEnd(const PutRequest& request, const PutTarget& target) {
+  const bool isNew = target.action == PutTarget::Action::Create;
+  const char* const command = target.action == PutTarget::Action::Store ? "verify" : "info";
+  return "the file was sent, and whether the server has stored it is not known; " +
+         CommandToType(command, isNew ? target.address : request.address) + " tells";
+}
+
+[[nodiscard]] VtDirectManager::ProgressCallback ProgressOf(const PutRequest& request, const PutTarget& target,
+                                                           InterruptionReport& report, CopyCheck& check,
+                                                           ProgressLine& line, PutOutcome& outcome) {
+  return [&](std::size_t sent, std::size_t total) {
+    outcome.total = total;
+    if (!check.Passes(total, outcome) || Interrupted()) return false;
+    outcome.sent = sent;
+    line.Show(sent, total, ProgressLine::Clock::now());
+    if (outcome.AllSent()) report.Tell(UnknownEnd(request, target));
+    return true;
+  };
+}
+
+[[nodiscard]] VtDirectManager::StatusCallback StatusOf(PutOutcome& outcome) {
+  return [&outcome](VtDirectManager::StatusCode code, const char* uid) {
+    outcome.code = code;
+    outcome.stored = code == VtDirectManager::StatusOk;
+    if (uid != nullptr) outcome.uid = uid;
+  };
+}
+
+void Send(const PutRequest& request, const PutTarget& target, const SourceLinks& links,
+          const VtDirectManager::ProgressCallback& progress, PutOutcome& outcome) {
+  const char* const content = request.content.path.c_str();
+  const auto status = StatusOf(outcome);
+  if (HasContentAlone(request, links)) {
+    // This form never checks in unasked.
+    static_cast<void>(VtDirectManager::Upload(request.type, target.address.c_str(), content, status, progress,
+                                              request.language.c_str(), false));
+    return;
+  }
+  const std::string viewable = PathOf(request.viewable);
+  const std::string metadata = PathOf(request.metadata);
+  const VtDirectManager::UploadFenletParams params{viewable.c_str(), metadata.c_str(), &links,
+                                                   request.language.c_str()};
+  // This form checks a temporary checkout in, asked or not, which it knows by the form of its UID.
+  const bool byOwnId = target.temporary && !request.checkIn;
+  const std::string& address = byOwnId ? target.before : target.address;
+  outcome.mayCheckInToo = target.temporary && request.checkIn;
+  // No task runner is registered, so the transfer is over when this returns.
+  static_cast<void>(
+      VtDirectManager::UploadFenletAsync(address.c_str(), content, params, status, progress, false));
+  outcome.checkedIn = outcome.stored && outcome.mayCheckInToo;
+  if (byOwnId && outcome.stored) outcome.uid = target.address;
+}
+
+}  // namespace
+
+PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& target, const SourceLinks& links,
+                     InterruptionReport& report) {
+  PutOutcome outcome;
+  const bool quiet = host.output().quiet() || host.output().json();
+  const std::size_t width = quiet ? 0 : TerminalWidth();
+  ProgressLine line(width == 0 ? nullptr : &std::cerr, request.content.path, width);
+  CopyCheck check(request);
+  report.Tell("nothing was stored");
+  ForgetTracedErrors(target.miss);
+  Send(request, target, links, ProgressOf(request, target, report, check, line, outcome), outcome);
+  line.Clear();
+  return outcome;
+}
+
+}  // namespace vtdirect_cli

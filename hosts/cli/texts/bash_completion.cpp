@@ -1,0 +1,108 @@
+#include <span>
+#include <vector>
+
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/texts/generated_texts.h"
+
+namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] std::vector<std::string> NamesOf(const OptionRow& row) {
+  std::vector<std::string> names;
+  if (row.letter != 0) names.push_back(std::string("-") + row.letter);
+  names.push_back("--" + std::string(row.name));
+  return names;
+}
+
+[[nodiscard]] std::string LongNames(std::span<const OptionRow> rows) {
+  std::string out;
+  for (const OptionRow& row : rows) out += (out.empty() ? "--" : " --") + std::string(row.name);
+  return out;
+}
+
+// One line of a "case": what is offered behind the options that take a value.
+[[nodiscard]] std::string ValueCases(std::span<const OptionRow> rows, std::string_view indent) {
+  std::string out;
+  for (const OptionRow& row : rows) {
+    if (row.value == nullptr) continue;
+    std::string pattern;
+    for (const std::string& name : NamesOf(row)) pattern += (pattern.empty() ? "" : "|") + name;
+    std::string action = "COMPREPLY=()";
+    if (row.completion == Completion::Files)
+      action = "compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- \"$word\")";
+    if (row.completion == Completion::Directories)
+      action = "compopt -o filenames; mapfile -t COMPREPLY < <(compgen -d -- \"$word\")";
+    out += std::string(indent) + pattern + ") " + action + "; return ;;\n";
+  }
+  return out;
+}
+
+// What is offered where the first word of a command stands.
+[[nodiscard]] std::string FirstWords() {
+  std::string out;
+  std::string last;
+  for (const CommandRow& row : Commands()) {
+    const std::string word = GroupOf(row).empty() ? std::string(row.name) : GroupOf(row);
+    if (word == last) continue;
+    out += (out.empty() ? "" : " ") + word;
+    last = word;
+  }
+  return out;
+}
+
+[[nodiscard]] std::string WordsOf(const GroupRow& group) {
+  std::string out;
+  for (const CommandRow& row : Commands()) {
+    if (GroupOf(row) == group.name) out += (out.empty() ? "" : " ") + WordOf(row);
+  }
+  return out;
+}
+
+// The second word of a command, where there is one on the line.
+[[nodiscard]] std::string GroupCases() {
+  std::string out = "  case \"$command\" in\n";
+  for (const GroupRow& group : Groups()) {
+    out += "    " + std::string(group.name) + ") words=\"" + WordsOf(group) + "\" ;;\n";
+  }
+  return out +
+         "  esac\n"
+         "  for ((i++; i < COMP_CWORD && ${#words}; i++)); do\n"
+         "    case \" $words \" in *\" ${COMP_WORDS[i]} \"*) command=\"$command ${COMP_WORDS[i]}\"; break ;; "
+         "esac\n"
+         "  done\n";
+}
+
+[[nodiscard]] std::string CommandCases() {
+  std::string out = "  case \"$command\" in\n    \"\") options=\"$options $commands\" ;;\n";
+  for (const GroupRow& group : Groups()) {
+    out += "    " + std::string(group.name) + ") options=\"$options $words\" ;;\n";
+  }
+  for (const CommandRow& row : Commands()) {
+    if (row.options.empty()) continue;
+    out += "    \"" + std::string(row.name) + "\")\n      options=\"$options " + LongNames(row.options) +
+           "\"\n      case \"$previous\" in\n" + ValueCases(row.options, "        ") + "      esac ;;\n";
+  }
+  return out + "  esac\n";
+}
+
+}  // namespace
+
+std::string BashCompletion() {
+  return "# Completion of vtdirect for bash. Made by \"vtdirect --generate completion\".\n"
+         "_vtdirect() {\n"
+         "  local word=\"${COMP_WORDS[COMP_CWORD]}\" previous=\"${COMP_WORDS[COMP_CWORD-1]}\"\n"
+         "  local command=\"\" words=\"\" i\n"
+         "  local options=\"" +
+         LongNames(GlobalOptions()) + "\" commands=\"" + FirstWords() +
+         "\"\n"
+         "  for ((i = 1; i < COMP_CWORD; i++)); do\n"
+         "    case \" $commands \" in *\" ${COMP_WORDS[i]} \"*) command=\"${COMP_WORDS[i]}\"; break ;; esac\n"
+         "  done\n" +
+         GroupCases() + "  case \"$previous\" in\n" + ValueCases(GlobalOptions(), "    ") + "  esac\n" +
+         CommandCases() +
+         "  mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$word\")\n"
+         "}\n"
+         "complete -F _vtdirect vtdirect\n";
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,118 @@
+#include <algorithm>
+#include <span>
+#include <string_view>
+
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/command_line.h"
+#include "hosts/cli/texts/generated_texts.h"
+
+namespace vtdirect_cli {
+namespace {
+
+// "-" would be set as a hyphen, which can't be copied into a shell; a line that begins with a dot or an
+// apostrophe would be taken for a request of the formatter.
+[[nodiscard]] std::string Escaped(std::string_view text) {
+  std::string out;
+  bool lineStart = true;
+  for (const char c : text) {
+    if (lineStart && (c == '.' || c == '\'')) out += "\\&";
+    lineStart = c == '\n';
+    if (c == '\\') {
+      out += "\\e";
+    } else if (c == '-') {
+      out += "\\-";
+    } else if (c == '~') {
+      out += "\\(ti";
+    } else if (c == '\'') {
+      out += "\\(aq";
+    } else {
+      out += c;
+    }
+  }
+  return out;
+}
+
+[[nodiscard]] std::string Paragraphs(std::string_view text) {
+  std::string out;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find("\n\n"), text.size());
+    const std::string_view paragraph = text.substr(0, end);
+    text.remove_prefix(std::min(end + 2, text.size()));
+    if (paragraph.starts_with("  ")) {
+      out += ".PP\n.nf\n" + Escaped(paragraph) + "\n.fi\n";
+    } else {
+      out += ".PP\n" + Escaped(paragraph) + "\n";
+    }
+  }
+  return out;
+}
+
+[[nodiscard]] std::string Term(const std::string& term, std::string_view text) {
+  return ".TP\n" + term + "\n" + Escaped(text) + "\n";
+}
+
+[[nodiscard]] std::string OptionTerm(const OptionRow& row) {
+  std::string term = ".B ";
+  if (row.letter != 0) term += std::string("\\-") + row.letter + ", ";
+  term += "\\-\\-" + Escaped(row.name);
+  if (row.value != nullptr) term += " \\fI" + Escaped(row.value) + "\\fP";
+  return term;
+}
+
+[[nodiscard]] std::string OptionList(std::span<const OptionRow> rows) {
+  std::string out;
+  for (const OptionRow& row : rows) out += Term(OptionTerm(row), row.help);
+  return out;
+}
+
+[[nodiscard]] std::string Members(std::span<const MemberRow> rows) {
+  std::string out;
+  for (const MemberRow& row : rows) {
+    out += out.empty() ? "" : ", ";
+    out += row.name;
+    if (row.when != nullptr) out += " (" + std::string(row.when) + ")";
+  }
+  return ".PP\n" + Escaped("The members with --json: " + out + ".") + "\n";
+}
+
+[[nodiscard]] std::string CommandSection(const CommandRow& row) {
+  std::string out = ".SS vtdirect " + Escaped(row.name);
+  if (!row.options.empty()) out += " [options]";
+  for (const OperandRow& operand : row.operands) out += " " + Escaped(UsageOf(operand));
+  out += "\n" + Paragraphs(row.description);
+  for (const OperandRow& operand : row.operands) {
+    out += Term(".I " + Escaped(operand.name), operand.help);
+  }
+  return out + OptionList(row.options) + Members(row.members);
+}
+
+[[nodiscard]] std::string ExitStatus() {
+  std::string out = ".SH EXIT STATUS\n";
+  for (const ExitCodeRow& row : ExitCodes()) {
+    out += Term(".B " + std::to_string(static_cast<int>(row.code)) + " " + Escaped(row.name), row.meaning);
+  }
+  return out + ".PP\n" +
+         Escaped(
+             "The class is found out from what the library answers. When an operation has failed, vtdirect "
+             "asks again whether the server can be used and whether the object is there; so an object that "
+             "the server keeps from this user counts as not found.") +
+         "\n";
+}
+
+}  // namespace
+
+std::string ManualPage() {
+  std::string out = ".TH VTDIRECT 1 \"\" \"" + VersionText() + "\" \"User Commands\"\n";
+  out += ".SH NAME\nvtdirect \\- reach the documents of a Vantry server from the command line\n";
+  out += ".SH SYNOPSIS\n.B vtdirect\n[options] \\fIcommand\\fP [options] [operands]\n";
+  out += ".SH COMMANDS\n";
+  for (const CommandRow& row : Commands()) out += CommandSection(row);
+  out += ".SH OPTIONS\n.PP\nThese are taken in front of a command and behind it.\n";
+  out += OptionList(GlobalOptions());
+  for (const SectionRow& section : Sections()) {
+    out += ".SH " + std::string(section.heading) + "\n" + Paragraphs(section.text);
+  }
+  return out + ExitStatus();
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,122 @@
+#include "hosts/cli/texts/output.h"
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <ostream>
+
+#include "hosts/cli/texts/printable.h"
+
+namespace vtdirect_cli {
+namespace {
+
+// Raised when a key goes or changes its meaning; new keys come without a raise.
+constexpr int kJsonSchema = 1;
+
+using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::ASCII<>>;
+
+void WriteText(JsonWriter& writer, const std::string& text) {
+  const std::string valid = ValidUtf8(text);
+  writer.String(valid.data(), static_cast<rapidjson::SizeType>(valid.size()));
+}
+
+struct ValueWriter {
+  JsonWriter& writer;
+  void operator()(const std::string& text) const { WriteText(writer, text); }
+  void operator()(bool flag) const { writer.Bool(flag); }
+  void operator()(std::uint64_t number) const { writer.Uint64(number); }
+  void operator()(const std::vector<std::string>& texts) const {
+    writer.StartArray();
+    for (const std::string& text : texts) WriteText(writer, text);
+    writer.EndArray();
+  }
+};
+
+struct ValueText {
+  std::string operator()(const std::string& text) const { return Printable(text); }
+  std::string operator()(bool flag) const { return flag ? "yes" : "no"; }
+  std::string operator()(std::uint64_t number) const { return std::to_string(number); }
+  std::string operator()(const std::vector<std::string>& texts) const {
+    std::string out;
+    for (const std::string& text : texts) out += (out.empty() ? "" : " ") + Printable(text);
+    return out;
+  }
+};
+
+}  // namespace
+
+std::string JsonLine(const std::string& command, const Record& record) {
+  rapidjson::StringBuffer buffer;
+  JsonWriter writer(buffer);
+  writer.StartObject();
+  writer.Key("schema");
+  writer.Int(kJsonSchema);
+  writer.Key("command");
+  WriteText(writer, command);
+  for (const auto& [key, value] : record) {
+    WriteText(writer, key);
+    std::visit(ValueWriter{writer}, value);
+  }
+  writer.EndObject();
+  return {buffer.GetString(), buffer.GetSize()};
+}
+
+std::string TextOf(const Value& value) {
+  return std::visit(ValueText{}, value);
+}
+
+void Output::Configure(std::string command, bool json, bool quiet) {
+  command_ = std::move(command);
+  json_ = json;
+  quiet_ = quiet;
+}
+
+void Output::Lines(const Record& record) {
+  if (json_) return JsonOnly(record);
+  for (const auto& [key, value] : record) out_ << key << ": " << TextOf(value) << '\n';
+}
+
+void Output::Row(const Record& record) {
+  if (json_) return JsonOnly(record);
+  const char* separator = "";
+  for (const auto& [key, value] : record) {
+    out_ << separator << TextOf(value);
+    separator = "\t";
+  }
+  out_ << '\n';
+}
+
+void Output::Row(const Record& shown, const Record& json) {
+  Row(json_ ? json : shown);
+}
+
+void Output::JsonOnly(const Record& record) {
+  if (json_) out_ << JsonLine(command_, record) << '\n';
+}
+
+void Output::Note(const std::string& text) {
+  if (!quiet_ && !json_) err_ << "vtdirect: " << Printable(text) << std::endl;
+}
+
+void Output::Warning(const std::string& text) {
+  err_ << "vtdirect: warning: " << Printable(text) << std::endl;
+}
+
+ExitCode Output::Fail(const Failure& failure) {
+  if (json_) {
+    err_ << JsonLine(command_, {{"error", std::string(NameOf(failure.code))},
+                                {"exit", static_cast<std::uint64_t>(failure.code)},
+                                {"message", failure.message}})
+         << std::endl;
+  } else {
+    err_ << "vtdirect: " << Printable(failure.message) << std::endl;
+  }
+  return failure.code;
+}
+
+bool Output::Flush() {
+  out_.flush();
+  return out_.good();
+}
+
+}  // namespace vtdirect_cli

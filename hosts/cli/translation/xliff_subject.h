@@ -1,0 +1,54 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/exit_code.h"
+#include "hosts/cli/host.h"
+
+namespace vtdirect_cli {
+
+/// The document that a translation command is about.
+struct XliffSubject {
+  std::string address;  ///< as it was given
+  std::string uid;      ///< what the library's functions for translation take
+};
+
+/// Finds the document of the operand ADDRESS, on a server that offers translation. Makes requests.
+/// @return a failure for a malformed address, an unlisted server, a document that isn't there, and a server
+///         without translation
+[[nodiscard]] std::optional<Failure> SettleSubject(Host& host, const Arguments& arguments,
+                                                   XliffSubject& subject);
+
+/// The language of the option --language.
+/// @return a usage failure when there is none
+[[nodiscard]] std::optional<Failure> ReadLanguage(const Arguments& arguments, std::string& language);
+
+/// The failure of a translation operation, once the server and the document have been looked at again. To be
+/// called before anything else is asked of the library: it takes up what that has traced.
+/// @param otherwise  when neither of them explains it
+[[nodiscard]] Failure DiagnoseXliff(Host& host, const XliffSubject& subject, const Failure& otherwise);
+
+/// The source XLIFF of a document, as the server tells it.
+struct SourceXliff {
+  bool linked = false;  ///< whether there is one
+  std::string uid;      ///< empty when it can't be read
+  std::string language;
+};
+
+/// Asks for the source XLIFF. Makes requests.
+[[nodiscard]] SourceXliff FindSourceXliff(const XliffSubject& subject);
+
+/// Whether the server answers questions about the translations of the document. One without the add-on for
+/// translation doesn't, and the library can't tell it otherwise. Makes requests.
+[[nodiscard]] bool AnswersQuestions(const XliffSubject& subject);
+
+/// The failure of an operation on a server that doesn't.
+/// @param otherwise  what it would be on one that does
+[[nodiscard]] Failure Unanswered(const XliffSubject& subject, const Failure& otherwise);
+
+/// "vtdirect xliff COMMAND 'ADDRESS'", to be typed by the user.
+[[nodiscard]] std::string XliffCommandFor(const std::string& command, const std::string& address);
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,183 @@
+#include "platform_default/curl_connection.h"
+
+#include <chrono>
+#include <mutex>
+#include <new>
+#include <utility>
+
+#include "platform_default/header_lines.h"
+
+namespace vtdirect::platform {
+namespace {
+
+using du::http::ErrorCode;
+using du::http::Method;
+
+/// Large enough that a fast download is not a matter of system calls.
+constexpr long receiveBufferBytes = 512 * 1024;
+/// The same for uploads. A host is told the progress, and may cancel, once for each of these.
+constexpr long uploadBufferBytes = 1024 * 1024;
+
+void InitialiseCurlOnce() {
+  static std::once_flag once;
+  std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+}
+
+std::string TextInfo(CURL* handle, CURLINFO info) {
+  const char* text = nullptr;
+  return curl_easy_getinfo(handle, info, &text) == CURLE_OK && text != nullptr ? text : "";
+}
+
+const char* OrNull(const std::string& text) {
+  return text.empty() ? nullptr : text.c_str();
+}
+
+/// curl takes "Name:" as an order to leave a line out, and "Name;" for a line without a value.
+std::string AsCurlWantsIt(const std::string& line) {
+  const std::size_t colon = line.find(':');
+  if (line.find_first_not_of(" \t", colon + 1) != std::string::npos) return line;
+  return line.substr(0, colon) + ";";
+}
+
+/// The caller's lines, and behind them what keeps curl from adding lines of its own.
+std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool sizeKnown) {
+  std::vector<std::string> lines;
+  for (const std::string& line : request.headerLines) lines.push_back(AsCurlWantsIt(line));
+  if (!ContainsHeader(request.headerLines, "Accept")) lines.emplace_back("Accept:");
+  if (request.method == Method::Get) return lines;
+  if (!ContainsHeader(request.headerLines, "Content-Type")) lines.emplace_back("Content-Type:");
+  // Waiting for "100 Continue" costs a round trip, or a second where the server does not know it.
+  lines.emplace_back("Expect:");
+  if (request.body != nullptr && !sizeKnown) lines.emplace_back("Transfer-Encoding: chunked");
+  return lines;
+}
+
+}  // namespace
+
+std::unique_ptr<CurlConnection> CurlConnection::Make(Origin origin) {
+  InitialiseCurlOnce();
+  CURL* handle = curl_easy_init();
+  if (handle == nullptr) return nullptr;
+  return std::unique_ptr<CurlConnection>(new CurlConnection(std::move(origin), handle));
+}
+
+CurlConnection::CurlConnection(Origin origin, CURL* handle) : origin_(std::move(origin)), handle_(handle) {
+  systemAuthorityFile_ = TextInfo(handle, CURLINFO_CAINFO);
+  systemAuthorityDirectory_ = TextInfo(handle, CURLINFO_CAPATH);
+  exchange_.Attach(handle);
+  SetFixedOptions();
+}
+
+CurlConnection::~CurlConnection() = default;
+
+void CurlConnection::SetFixedOptions() {
+  CURL* handle = handle_.get();
+  curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+  curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+  curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
+  curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
+  curl_easy_setopt(handle, CURLOPT_USERAGENT, "VtDirect/" VTDIRECT_VERSION);
+  curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
+  // Redirects are followed outside of curl, which knows nothing of the rules for them.
+  curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
+  curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
+  curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
+  curl_easy_setopt(handle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  // Cookies live in memory, for this connection alone: a server may keep a session by them.
+  curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");
+  curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, receiveBufferBytes);
+  curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferBytes);
+}
+
+void CurlConnection::SetLimits(const du::http::TransportSettings& settings) {
+  CURL* handle = handle_.get();
+  curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, settings.connectTimeoutMilliseconds);
+  // A file named by the host replaces the system's trust and does not add to it.
+  const bool named = !settings.certificateAuthorityFile.empty();
+  curl_easy_setopt(handle, CURLOPT_CAINFO,
+                   OrNull(named ? settings.certificateAuthorityFile : systemAuthorityFile_));
+  curl_easy_setopt(handle, CURLOPT_CAPATH, named ? nullptr : OrNull(systemAuthorityDirectory_));
+}
+
+void CurlConnection::SetMethod(const OutgoingRequest& request) {
+  CURL* handle = handle_.get();
+  curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method == Method::Patch ? "PATCH" : nullptr);
+  if (request.method == Method::Get) {
+    curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
+    return;
+  }
+  curl_easy_setopt(handle, CURLOPT_POST, 1L);
+  if (request.body == nullptr) {
+    curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, curl_off_t{0});
+    curl_easy_setopt(handle, CURLOPT_POSTFIELDS, "");
+    return;
+  }
+  const std::optional<std::uint64_t> size = exchange_.BodySize();
+  curl_easy_setopt(handle, CURLOPT_POSTFIELDS, nullptr);
+  curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE,
+                   size ? static_cast<curl_off_t>(*size) : curl_off_t{-1});
+}
+
+void CurlConnection::SetHeaderLines(const OutgoingRequest& request) {
+  std::vector<std::string> lines = LinesForCurl(request, exchange_.BodySize().has_value());
+  if (headerList_ != nullptr && lines == headerLines_) return;
+  std::unique_ptr<curl_slist, ListFreer> list;
+  for (const std::string& line : lines) {
+    curl_slist* longer = curl_slist_append(list.get(), line.c_str());
+    if (longer == nullptr) throw std::bad_alloc();
+    static_cast<void>(list.release());
+    list.reset(longer);
+  }
+  curl_easy_setopt(handle_.get(), CURLOPT_HTTPHEADER, list.get());
+  headerList_ = std::move(list);
+  headerLines_ = std::move(lines);
+}
+
+void CurlConnection::SetAuthentication(const OutgoingRequest& request) {
+  CURL* handle = handle_.get();
+  const bool with = request.authenticationMask != CURLAUTH_NONE;
+  curl_easy_setopt(handle, CURLOPT_HTTPAUTH, with ? request.authenticationMask : CURLAUTH_BASIC);
+  curl_easy_setopt(handle, CURLOPT_USERNAME, with ? request.user.c_str() : nullptr);
+  curl_easy_setopt(handle, CURLOPT_PASSWORD, with ? request.password.c_str() : nullptr);
+}
+
+ErrorCode CurlConnection::Send(const OutgoingRequest& request, du::http::FileSink& sink,
+                               const du::http::TransportSettings& settings, int* httpStatus) {
+  // A host's progress function runs inside the exchange, and may call the library for the same server. That
+  // must not touch what the exchange still uses.
+  if (busy_) return ErrorCode::NoConnection;
+  struct Occupation {
+    explicit Occupation(bool& flag) : busy(flag) { busy = true; }
+    ~Occupation() { busy = false; }
+    bool& busy;
+  };
+  const Occupation occupation(busy_);
+  return SendAlone(request, sink, settings, httpStatus);
+}
+
+ErrorCode CurlConnection::SendAlone(const OutgoingRequest& request, du::http::FileSink& sink,
+                                    const du::http::TransportSettings& settings, int* httpStatus) {
+  exchange_.Start(request.body, &sink, std::chrono::seconds(settings.stallTimeoutSeconds));
+  SetLimits(settings);
+  SetMethod(request);
+  SetHeaderLines(request);
+  SetAuthentication(request);
+  curl_easy_setopt(handle_.get(), CURLOPT_URL, request.url.c_str());
+  return exchange_.Perform(httpStatus);
+}
+
+std::string CurlConnection::RedirectUrl() const {
+  return TextInfo(handle_.get(), CURLINFO_REDIRECT_URL);
+}
+
+PasswordScheme CurlConnection::DemandedScheme() const {
+  long offered = 0;
+  curl_easy_getinfo(handle_.get(), CURLINFO_HTTPAUTH_AVAIL, &offered);
+  if ((offered & CURLAUTH_DIGEST) != 0) return PasswordScheme::Digest;
+  if ((offered & CURLAUTH_BASIC) != 0) return PasswordScheme::Basic;
+  return PasswordScheme::Unknown;
+}
+
+}  // namespace vtdirect::platform

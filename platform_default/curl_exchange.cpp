@@ -1,0 +1,234 @@
+#include "platform_default/curl_exchange.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+
+#include "platform_default/characters.h"
+#include "platform_default/curl_errors.h"
+
+namespace vtdirect::platform {
+namespace {
+
+using du::http::ErrorCode;
+
+/// All header lines of one exchange. A server that never ends its header would otherwise never be stalled.
+constexpr std::size_t largestResponseHeader = 256 * 1024;
+constexpr int payloadTooLarge = 413;
+
+/// The status of "HTTP/1.1 413 ..."; 0 for anything else.
+int StatusOf(std::string_view line) {
+  if (line.substr(0, 5) != "HTTP/") return 0;
+  const std::size_t blank = line.find(' ');
+  if (blank == std::string_view::npos || line.size() < blank + 4) return 0;
+  int status = 0;
+  for (const char digit : line.substr(blank + 1, 3)) {
+    if (!IsAsciiDigit(digit)) return 0;
+    status = status * 10 + (digit - '0');
+  }
+  return status;
+}
+
+}  // namespace
+
+void CurlExchange::Attach(CURL* handle) {
+  handle_ = handle;
+  curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &OnHeader);
+  curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
+  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &OnBody);
+  curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
+  curl_easy_setopt(handle, CURLOPT_READFUNCTION, &OnRead);
+  curl_easy_setopt(handle, CURLOPT_READDATA, this);
+  curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, &OnSeek);
+  curl_easy_setopt(handle, CURLOPT_SEEKDATA, this);
+  curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, &OnProgress);
+  curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
+  curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, &OnRequestStarts);
+  curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
+  curl_easy_setopt(handle, CURLOPT_CLOSESOCKETFUNCTION, &OnCloseSocket);
+  curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, this);
+}
+
+void CurlExchange::Start(du::http::FileSource* body, du::http::FileSink* sink,
+                         std::chrono::seconds stallLimit) {
+  body_ = body;
+  sink_ = sink;
+  bodySize_ = body == nullptr ? std::nullopt : body->Size();
+  bodySent_ = 0;
+  status_ = 0;
+  headerEnded_ = false;
+  unauthorizedSeen_ = false;
+  headerBytes_ = 0;
+  begun_ = false;
+  failure_ = ErrorCode::Done;
+  thrown_ = nullptr;
+  stallLimit_ = stallLimit;
+  lastMove_.reset();
+  received_ = 0;
+  sent_ = 0;
+}
+
+ErrorCode CurlExchange::Perform(int* httpStatus) {
+  const BorrowedEnd borrowedEnd{*this};
+  const CURLcode result = curl_easy_perform(handle_);
+  if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
+  const ErrorCode code = Conclude(result);
+  if (code == ErrorCode::Done || code == ErrorCode::TooLarge) *httpStatus = status_;
+  return code;
+}
+
+ErrorCode CurlExchange::Conclude(CURLcode result) {
+  if (failure_ != ErrorCode::Done) return failure_;
+  // The refusal of a body counts as soon as its status is known: a server that refuses while we still send
+  // closes the connection, and sending or the rest of its answer then fails.
+  if (body_ != nullptr && status_ == payloadTooLarge) {
+    if (result == CURLE_OK && BeginSink()) static_cast<void>(sink_->Finish());
+    return ErrorCode::TooLarge;
+  }
+  if (result != CURLE_OK) return ErrorCodeOf(result);
+  // curl is content with a connection that closes in the middle of a header.
+  if (status_ < 200 || !headerEnded_) return ErrorCode::ProtocolFailure;
+  if (!BeginSink()) return failure_;
+  return sink_->Finish();
+}
+
+std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, void* self) {
+  auto& exchange = *static_cast<CurlExchange*>(self);
+  exchange.headerBytes_ += count;
+  if (exchange.headerBytes_ > largestResponseHeader) {
+    exchange.failure_ = ErrorCode::ProtocolFailure;
+    return 0;
+  }
+  if (exchange.lastMove_) exchange.lastMove_ = std::chrono::steady_clock::now();
+  exchange.ReadHeaderLine({data, count});
+  return count;
+}
+
+void CurlExchange::ReadHeaderLine(std::string_view line) {
+  // Header lines behind a body (trailers) must not change the status any more.
+  if (begun_) return;
+  if (const int status = StatusOf(line); status != 0) {
+    status_ = status;
+    headerEnded_ = false;
+    if (status == 401) unauthorizedSeen_ = true;
+  } else if (line == "\r\n" || line == "\n") {
+    headerEnded_ = true;
+  }
+}
+
+bool CurlExchange::BeginSink() {
+  if (begun_) return true;
+  curl_off_t length = -1;
+  curl_easy_getinfo(handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+  std::optional<std::uint64_t> expected;
+  if (length >= 0) expected = static_cast<std::uint64_t>(length);
+  begun_ = true;
+  failure_ = sink_->Begin(status_, expected);
+  return failure_ == ErrorCode::Done;
+}
+
+std::size_t CurlExchange::OnBody(char* data, std::size_t, std::size_t count, void* self) {
+  auto& exchange = *static_cast<CurlExchange*>(self);
+  try {
+    if (!exchange.BeginSink()) return 0;
+    exchange.failure_ = exchange.sink_->Write(reinterpret_cast<const std::uint8_t*>(data), count);
+  } catch (...) {
+    exchange.thrown_ = std::current_exception();
+    exchange.failure_ = ErrorCode::LocalFileFailure;
+  }
+  return exchange.failure_ == ErrorCode::Done ? count : 0;
+}
+
+std::size_t CurlExchange::OnRead(char* buffer, std::size_t size, std::size_t count, void* self) {
+  auto& exchange = *static_cast<CurlExchange*>(self);
+  try {
+    return exchange.ReadBody(reinterpret_cast<std::uint8_t*>(buffer), size * count);
+  } catch (...) {
+    exchange.thrown_ = std::current_exception();
+    exchange.failure_ = ErrorCode::LocalFileFailure;
+    return CURL_READFUNC_ABORT;
+  }
+}
+
+std::size_t CurlExchange::ReadBody(std::uint8_t* buffer, std::size_t capacity) {
+  if (body_ == nullptr) return 0;
+  if (bodySize_)
+    capacity = static_cast<std::size_t>(std::min<std::uint64_t>(capacity, *bodySize_ - bodySent_));
+  if (capacity == 0) return 0;
+  std::size_t count = 0;
+  failure_ = body_->Read(buffer, capacity, &count);
+  // A source that ends before the length it announced leaves the server waiting for the rest.
+  const bool broken = count > capacity || (count == 0 && bodySize_);
+  if (failure_ == ErrorCode::Done && broken) failure_ = ErrorCode::LocalFileFailure;
+  if (failure_ != ErrorCode::Done) return CURL_READFUNC_ABORT;
+  bodySent_ += count;
+  return count;
+}
+
+int CurlExchange::OnSeek(void* self, curl_off_t offset, int origin) {
+  auto& exchange = *static_cast<CurlExchange*>(self);
+  // curl asks for a second time when a kept connection dies under a request as well. The server may have
+  // acted on what it got by then, and a document must not be created twice: only a 401 allows it.
+  if (offset != 0 || origin != SEEK_SET || exchange.body_ == nullptr || !exchange.unauthorizedSeen_) {
+    return CURL_SEEKFUNC_FAIL;
+  }
+  try {
+    if (!exchange.body_->Rewind()) {
+      exchange.failure_ = ErrorCode::LocalFileFailure;
+      return CURL_SEEKFUNC_FAIL;
+    }
+  } catch (...) {
+    exchange.thrown_ = std::current_exception();
+    exchange.failure_ = ErrorCode::LocalFileFailure;
+    return CURL_SEEKFUNC_FAIL;
+  }
+  exchange.bodySent_ = 0;
+  return CURL_SEEKFUNC_OK;
+}
+
+int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) {
+  auto& exchange = *static_cast<CurlExchange*>(self);
+  if (!exchange.HasStalled(received, sent)) return 0;
+  exchange.failure_ = ErrorCode::TimedOut;
+  return 1;
+}
+
+bool CurlExchange::HasStalled(curl_off_t received, curl_off_t sent) {
+  // Until the connection stands, the connect limit alone counts.
+  if (!lastMove_) return false;
+  const auto now = std::chrono::steady_clock::now();
+  if (received != received_ || sent != sent_) {
+    received_ = received;
+    sent_ = sent;
+    lastMove_ = now;
+    return false;
+  }
+  return now - *lastMove_ >= stallLimit_;
+}
+
+int CurlExchange::OnRequestStarts(void* self, char*, char*, int, int) {
+  static_cast<CurlExchange*>(self)->lastMove_ = std::chrono::steady_clock::now();
+  return CURL_PREREQFUNC_OK;
+}
+
+int CurlExchange::OnCloseSocket(void* self, curl_socket_t socket) {
+  auto& exchange = *static_cast<CurlExchange*>(self);
+  const bool unanswered = exchange.status_ < 200 || exchange.status_ == 401;
+  if (exchange.body_ != nullptr && unanswered && !exchange.begun_) {
+    // Sending failed before an answer was read. What the server said before it closed the connection still
+    // waits in the socket; over TLS it cannot be read any more.
+    std::array<char, 64> waiting;
+    const ssize_t count = ::recv(socket, waiting.data(), waiting.size(), MSG_DONTWAIT);
+    if (count > 0 && StatusOf({waiting.data(), static_cast<std::size_t>(count)}) == payloadTooLarge) {
+      exchange.status_ = payloadTooLarge;
+    }
+  }
+  return ::close(socket);
+}
+
+}  // namespace vtdirect::platform

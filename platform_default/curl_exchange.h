@@ -1,0 +1,85 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <string_view>
+
+#include "platform/http.h"
+
+namespace vtdirect::platform {
+
+/// What one exchange on a curl handle needs while it runs, and what it learned when it is over: the functions
+/// that curl calls back, and their state.
+///
+/// An object serves one exchange after the other on the same handle. Nothing that the caller's sources and
+/// sinks throw may cross curl's frames, so it is kept here and goes on behind the exchange.
+class CurlExchange {
+ public:
+  /// Registers the callbacks on the handle, for good. The object must outlive the handle.
+  void Attach(CURL* handle);
+
+  /// Prepares the next exchange.
+  /// @param body  null for a request without one; it stands at its start
+  /// @param stallLimit  an exchange that moves no byte for this long once it is connected is ended
+  void Start(du::http::FileSource* body, du::http::FileSink* sink, std::chrono::seconds stallLimit);
+
+  /// Performs the exchange that was prepared. Throws what a source or a sink has thrown.
+  /// @param httpStatus  receives the status when the result is `Done`, and 413 with `TooLarge`
+  [[nodiscard]] du::http::ErrorCode Perform(int* httpStatus);
+
+  /// The length of the body that `Start` was given, if it is known.
+  [[nodiscard]] std::optional<std::uint64_t> BodySize() const { return bodySize_; }
+
+ private:
+  static std::size_t OnHeader(char* data, std::size_t, std::size_t count, void* self);
+  static std::size_t OnBody(char* data, std::size_t, std::size_t count, void* self);
+  static std::size_t OnRead(char* buffer, std::size_t size, std::size_t count, void* self);
+  static int OnSeek(void* self, curl_off_t offset, int origin);
+  static int OnProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
+  static int OnRequestStarts(void* self, char*, char*, int, int);
+  static int OnCloseSocket(void* self, curl_socket_t socket);
+
+  void ReadHeaderLine(std::string_view line);
+  [[nodiscard]] bool BeginSink();
+  [[nodiscard]] std::size_t ReadBody(std::uint8_t* buffer, std::size_t capacity);
+  [[nodiscard]] bool HasStalled(curl_off_t received, curl_off_t sent);
+  [[nodiscard]] du::http::ErrorCode Conclude(CURLcode result);
+
+  /// The handle lives on and may close its socket at any later time: nothing of the caller's stays behind the
+  /// exchange.
+  struct BorrowedEnd {
+    CurlExchange& exchange;
+    ~BorrowedEnd() {
+      exchange.body_ = nullptr;
+      exchange.sink_ = nullptr;
+    }
+  };
+
+  CURL* handle_ = nullptr;
+  du::http::FileSource* body_ = nullptr;
+  du::http::FileSink* sink_ = nullptr;
+  std::optional<std::uint64_t> bodySize_;
+  std::uint64_t bodySent_ = 0;
+
+  int status_ = 0;                 ///< of the last status line, 1xx included
+  bool headerEnded_ = false;       ///< the empty line behind the last status line came
+  bool unauthorizedSeen_ = false;  ///< a 401 came; only then may curl send the body once more
+  std::size_t headerBytes_ = 0;
+  bool begun_ = false;  ///< the sink has been begun
+
+  du::http::ErrorCode failure_ =
+      du::http::ErrorCode::Done;  ///< what a source or a sink ended the exchange with
+  std::exception_ptr thrown_;
+
+  std::chrono::seconds stallLimit_{0};
+  std::optional<std::chrono::steady_clock::time_point> lastMove_;  ///< set once the connection stands
+  curl_off_t received_ = 0;
+  curl_off_t sent_ = 0;
+};
+
+}  // namespace vtdirect::platform

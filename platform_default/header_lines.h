@@ -1,0 +1,31 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/http.h"
+
+namespace vtdirect::platform {
+
+/// Splits the header text of a request at CR LF; empty lines don't count.
+///
+/// Parts of the text come from servers (the name and the value of a nonce), so a line that is no header line
+/// must not reach the wire: one without a ":", with a name that is no token, or with a control byte in it.
+/// The same holds for the lines that frame a message or steer the connection ("Content-Length",
+/// "Transfer-Encoding", "Host" ...), which are the transport's own.
+/// @return nothing when any line is refused: a request with a part missing is not what the caller meant
+[[nodiscard]] std::optional<std::vector<std::string>> SplitHeaderLines(std::string_view text);
+
+/// Reads a header source to its end. A null source is an empty text.
+/// @return `Done`, the source's own failure, or `ProtocolFailure` for more than 256 KiB
+[[nodiscard]] du::http::ErrorCode ReadHeaderText(du::http::FileSource* source, std::string* text);
+
+/// True when the line's name is `name`, of whatever case.
+[[nodiscard]] bool HasHeaderName(std::string_view line, std::string_view name);
+
+/// True when one of the lines has the name.
+[[nodiscard]] bool ContainsHeader(const std::vector<std::string>& lines, std::string_view name);
+
+}  // namespace vtdirect::platform

@@ -1,0 +1,85 @@
+#include "platform/http_credentials.h"
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "platform_default/credential_store.h"
+
+namespace vtdirect::platform {
+namespace {
+
+struct Store {
+  std::mutex mutex;
+  std::map<std::string, Credentials> byOrigin;
+};
+
+Store& TheStore() {
+  static Store& store = *new Store;
+  return store;
+}
+
+/// Text that is to stand on a header line. A control byte would end the line and begin another.
+bool FitsHeaderLine(const std::string& text) {
+  return std::none_of(text.begin(), text.end(), [](char byte) {
+    const auto value = static_cast<unsigned char>(byte);
+    return value < 0x20 || value == 0x7F;
+  });
+}
+
+void Set(const std::string& url, Credentials credentials) {
+  const std::optional<Origin> origin = OriginOf(url);
+  if (!origin) return;
+  const std::lock_guard lock(TheStore().mutex);
+  Credentials& entry = TheStore().byOrigin[origin->Text()];
+  credentials.scheme = entry.scheme;
+  entry = std::move(credentials);
+}
+
+}  // namespace
+
+std::optional<Credentials> FindCredentials(const Origin& origin) {
+  const std::lock_guard lock(TheStore().mutex);
+  const auto entry = TheStore().byOrigin.find(origin.Text());
+  if (entry == TheStore().byOrigin.end()) return std::nullopt;
+  return entry->second;
+}
+
+void RememberPasswordScheme(const Origin& origin, PasswordScheme scheme) {
+  const std::lock_guard lock(TheStore().mutex);
+  const auto entry = TheStore().byOrigin.find(origin.Text());
+  if (entry != TheStore().byOrigin.end()) entry->second.scheme = scheme;
+}
+
+}  // namespace vtdirect::platform
+
+namespace du::http {
+
+using vtdirect::platform::Credentials;
+using vtdirect::platform::PasswordScheme;
+using vtdirect::platform::TheStore;
+
+void SetPasswordCredentials(const std::string& url, const std::string& user, const std::string& password) {
+  if (!vtdirect::platform::FitsHeaderLine(user)) return;
+  vtdirect::platform::Set(url, {false, user, password, PasswordScheme::Unknown});
+}
+
+void SetBearerToken(const std::string& url, const std::string& token) {
+  if (!vtdirect::platform::FitsHeaderLine(token)) return;
+  vtdirect::platform::Set(url, {true, {}, token, PasswordScheme::Unknown});
+}
+
+void ClearCredentials(const std::string& url) {
+  const auto origin = vtdirect::platform::OriginOf(url);
+  if (!origin) return;
+  const std::lock_guard lock(TheStore().mutex);
+  TheStore().byOrigin.erase(origin->Text());
+}
+
+void ClearAllCredentials() {
+  const std::lock_guard lock(TheStore().mutex);
+  TheStore().byOrigin.clear();
+}
+
+}  // namespace du::http

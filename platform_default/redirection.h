@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform_default/origin.h"
+
+namespace vtdirect::platform {
+
+/// Where a redirect leads: an origin and what stands on the request line there.
+struct Redirection {
+  Origin origin;
+  std::string target;
+};
+
+/// Whether and where a redirect is followed. User name, password and fragment of its URL are dropped. Pure
+/// function.
+/// @param url  absolute; empty when the answer names none
+/// @return nothing for another scheme than http and https, an unfit host or port, and for a way out of https
+[[nodiscard]] std::optional<Redirection> FollowableRedirection(const Origin& from, const std::string& url);
+
+}  // namespace vtdirect::platform

@@ -1,0 +1,59 @@
+#include "server/upload_target.h"
+
+#include <string>
+#include <utility>
+
+#include "base/tracers.h"
+#include "browsing/contexts.h"
+#include "browsing/folder_ids.h"
+#include "browsing/vfs_tree.h"
+#include "browsing/workspace_listing.h"
+#include "documents/storing/document_storing.h"
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+Status UploadIntoWorkspace(const std::shared_ptr<VtConnection>& connection, const ParsedVfsPath& target,
+                           const std::string& contextId, const DocumentUploadParams& params, FileInfo& info,
+                           ProgressFunction progress) {
+  const std::string workspace = FindWorkspaceIdByName(connection, target.folderPath, contextId);
+  if (workspace.empty()) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate workspace %s in context %s on server\n",
+                     target.folderPath.c_str(), contextId.c_str());
+    return Refused;
+  }
+  return CreateDocumentInWorkspace(connection, target.leaf, contextId, {}, workspace, params, info,
+                                   std::move(progress));
+}
+
+std::string FindFolder(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
+                       const std::string& contextId, const std::string& folderPath) {
+  return services.dataAdminPresent ? FindFolderIdOData(connection, contextId, folderPath)
+                                   : FindFolderIdRest(connection, contextId, folderPath);
+}
+
+}  // namespace
+
+Status UploadNewDocument(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
+                         const char* targetPath, const DocumentUploadParams& params, FileInfo& info,
+                         ProgressFunction progress) {
+  const ParsedVfsPath target = SplitFilePath(targetPath);
+  const std::string contextId = ResolveContextId(connection, services, target.kind, target.context);
+  if (contextId.empty()) {
+    VtDirectTracer()(dp::TraceType::Error, "Failed to locate context %s on server\n", target.context.c_str());
+    return Refused;
+  }
+  if (IsVfsName(target.section, VfsNameId::Workspaces)) {
+    return UploadIntoWorkspace(connection, target, contextId, params, info, std::move(progress));
+  }
+  if (!IsVfsName(target.section, VfsNameId::Folders)) {
+    // "most" is what has always stood in this line; logs are searched for it.
+    VtDirectTracer()(dp::TraceType::Error, "A target folder most be specified (where %s was given)\n",
+                     targetPath);
+    return NotFound;
+  }
+  const std::string folderId = FindFolder(connection, services, contextId, target.folderPath);
+  return CreateDocument(connection, target.leaf, contextId, folderId, params, info, std::move(progress));
+}
+
+}  // namespace lxservices::cms_interface::vantry

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+
+#include "base/status.h"
+#include "connection/service_flags.h"
+#include "connection/vt_connection.h"
+#include "server/file_server.h"
+
+namespace lxservices::cms_interface::vantry {
+
+/// Creates a document at a path below a context's folders or in one of its workspaces. Makes requests, on
+/// this thread. A version in the path is dropped.
+/// @return Refused when the context or the workspace is not found, NotFound when the path leads to neither
+///         section, each traced; else what the creation gave. A folder that is not found is no failure here:
+///         the server decides.
+Status UploadNewDocument(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
+                         const char* targetPath, const DocumentUploadParams& params, FileInfo& info,
+                         ProgressFunction progress);
+
+}  // namespace lxservices::cms_interface::vantry

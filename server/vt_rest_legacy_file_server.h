@@ -1,0 +1,68 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "connection/service_flags.h"
+#include "connection/vt_connection.h"
+#include "server/file_server.h"
+#include "translation/xliff_server.h"
+
+namespace lxservices::cms_interface::vantry {
+
+/// The one concrete server. Remembers which services and features the server has; holds no listing, context,
+/// folder or document. Always held by std::shared_ptr.
+class VtRestLegacyFileServer final : public VantryFileServer, private CheckoutServer {
+ public:
+  /// Sends nothing: all that is to be known of the server is found out on first use.
+  VtRestLegacyFileServer(std::shared_ptr<VtConnection> connection, std::string serverKey);
+
+  bool TestConnection() override;
+  std::string ResolvePath(const char* path) override;
+  std::string GetVFSPath(const char* id, bool folderOnly, bool latestForm) override;
+  bool GetFile(const char* id, const char* localPath, FileInfo& info, ProgressFunction progress) override;
+  Status ReadDetails(const char* id, DocumentQuery& query) override;
+  Status GetFileInfo(const char* id, FileInfo& info) override;
+  bool AlwaysTrue() override;
+  Status UploadNew(const char* path, const DocumentUploadParams& params, FileInfo& info,
+                   ProgressFunction progress) override;
+  Status UploadIteration(const char* id, const DocumentUploadParams& params, FileInfo& info,
+                         ProgressFunction progress) override;
+  bool ReadDir(const char* path, std::function<void(const char*, const char*, bool)> callback) override;
+  bool ReadDirExt(const char* path, DirEntryCallback callback, ReadDirFlags flags) override;
+  DirLister OpenDir(const char* path) override;
+  bool IsPathWritable(const char* path) override;
+  bool CanPathShowVersions(const char* path) override;
+  bool CanPathShowDetails(const char* path) override;
+  std::string GetServerURL() override;
+  std::string GetServerKey() override;
+  std::string BrowserInfo(const char* id) override;
+  XliffServer* GetXliffServer() override;
+  CheckoutServer* GetCheckoutServer() override;
+  std::string EditAttributesURL(const char* id) override;
+  std::string UIDFromVantryParams(const char* documentId, const char* workspaceId) override;
+  std::string UIDFromVantryCadName(const char* cadName) override;
+  bool SupportsSeparatedSources() override;
+  bool SupportsVCSMetadata() override;
+
+ private:
+  bool GetCheckoutState(const char* id, VtCheckoutState& state) override;
+  bool Checkout(const char* id, FileInfo& info) override;
+  bool UndoCheckout(const char* id, FileInfo& info) override;
+  Status Store(const char* id, const DocumentUploadParams& params, ProgressFunction progress) override;
+  bool Checkin(const char* id, FileInfo& info) override;
+  bool VerifyCheckout(const char* id, FileInfo& info, VtCheckoutState& state) override;
+
+  void ReadFeaturesOnce();
+
+  std::shared_ptr<VtConnection> connection_;
+  std::string serverKey_;
+  std::unique_ptr<XliffServer> xliffServer_;  ///< made on first demand
+  bool xliffRefused_ = false;
+  ServiceFlags services_;
+  bool featuresRead_ = false;
+  bool separatedSources_ = false;
+  bool vcsInfo_ = false;
+};
+
+}  // namespace lxservices::cms_interface::vantry

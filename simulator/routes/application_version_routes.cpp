@@ -1,0 +1,35 @@
+#include "simulator/routes/routes.h"
+#include "simulator/routes/write_route.h"
+#include "simulator/wire/json_members.h"
+
+namespace vantry_sim {
+namespace {
+
+Response Register(const ServiceContext& context, const rapidjson::Value& body) {
+  if (!body.IsArray() || body.Empty())
+    return ErrorResponse(400, "bad-body", "the body is an array of versions");
+  for (const rapidjson::Value& value : body.GetArray()) {
+    std::string problem, application;
+    std::int64_t version = 0;
+    JsonMembers members(value, problem);
+    members.Text("authoringApplication", application, true).Number("authAppVersion", version, true);
+    members.Array("ndVersions");
+    if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+    context.database
+        .Prepare("INSERT OR IGNORE INTO application_versions(application, version) VALUES(?1, ?2)")
+        .Bind(application, std::to_string(version))
+        .Run();
+  }
+  Response response;
+  response.status = 204;
+  return response;
+}
+
+}  // namespace
+
+void AddApplicationVersionRoutes(Router& router, const ServiceContext& context) {
+  AddWrite(router, context, "servlet/rest/v1/dkm/registerauthappversions",
+           [&context](const Request&, const rapidjson::Value& body) { return Register(context, body); });
+}
+
+}  // namespace vantry_sim

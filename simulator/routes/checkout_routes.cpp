@@ -1,0 +1,98 @@
+#include "simulator/routes/routes.h"
+#include "simulator/routes/write_route.h"
+#include "simulator/store/checkouts.h"
+#include "simulator/store/documents_answer.h"
+#include "simulator/wire/json_members.h"
+
+namespace vantry_sim {
+namespace {
+
+using Operation = Response (*)(const ServiceContext&, const Request&, const rapidjson::Value&,
+                               const WorkspaceRow&);
+
+/// The ids of `objIdList`.
+Refusal ReadIds(const rapidjson::Value& body, std::vector<std::string>& ids) {
+  std::string problem;
+  const rapidjson::Value* list = JsonMembers(body, problem).Array("objIdList", true);
+  if (problem.empty() && list->Empty()) problem = "objIdList is empty";
+  if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+  for (const rapidjson::Value& value : list->GetArray()) {
+    if (!value.IsString()) return ErrorResponse(400, "bad-body", "objIdList holds what is no text");
+    ids.emplace_back(value.GetString(), value.GetStringLength());
+  }
+  return std::nullopt;
+}
+
+Response CheckOutAll(const ServiceContext& context, const Request& request, const rapidjson::Value& body,
+                     const WorkspaceRow& workspace) {
+  std::vector<std::string> ids;
+  if (auto refusal = ReadIds(body, ids)) return std::move(*refusal);
+  std::string problem, dependencies;
+  JsonMembers(body, problem).Text("dependenciesOption", dependencies);
+  if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+  if (!dependencies.empty() && dependencies != "None") {
+    return ErrorResponse(501, "not-implemented", "dependenciesOption is None");
+  }
+  Resolutions resolutions;
+  if (auto refusal = resolutions.Read(body)) return std::move(*refusal);
+  std::vector<std::string> working(ids.size());
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    auto refusal = CheckOut(context.database, request.user, workspace, ids[i], resolutions, working[i]);
+    if (refusal) return std::move(*refusal);
+  }
+  return DocumentsResponse(context, request, working);
+}
+
+Response CheckInAll(const ServiceContext& context, const Request& request, const rapidjson::Value& body,
+                    const WorkspaceRow& workspace) {
+  std::string problem;
+  CheckInOrder order;
+  JsonMembers members(body, problem);
+  members.Flag("removeFromWorkspace", order.remove_from_workspace).Text("checkinComment", order.comment);
+  const rapidjson::Value* instructions = members.Array("checkinInstructions", true);
+  if (problem.empty() && instructions->Empty()) problem = "checkinInstructions is empty";
+  if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+  Resolutions resolutions;
+  if (auto refusal = resolutions.Read(body)) return std::move(*refusal);
+  std::vector<std::string> oids;
+  for (const rapidjson::Value& instruction : instructions->GetArray()) {
+    std::string id;
+    JsonMembers(instruction, problem).Text("id", id, true);
+    if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+    auto refusal =
+        CheckIn(context.database, request.user, workspace, id, order, resolutions, oids.emplace_back());
+    if (refusal) return std::move(*refusal);
+  }
+  return DocumentsResponse(context, request, oids);
+}
+
+Response UndoAll(const ServiceContext& context, const Request& request, const rapidjson::Value& body,
+                 const WorkspaceRow& workspace) {
+  std::vector<std::string> ids;
+  if (auto refusal = ReadIds(body, ids)) return std::move(*refusal);
+  std::vector<std::string> oids(ids.size());
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    auto refusal = UndoCheckOut(context.database, request.user, workspace, ids[i], oids[i]);
+    if (refusal) return std::move(*refusal);
+  }
+  return DocumentsResponse(context, request, oids);
+}
+
+void Add(Router& router, const ServiceContext& context, const char* word, Operation operation) {
+  AddWrite(router, context, std::string("servlet/rest/v1/dkm/workspaces/{id}/") + word,
+           [&context, operation](const Request& request, const rapidjson::Value& body) {
+             const auto workspace = FindWorkspace(context.database, request.Path("id"), request.user);
+             if (workspace) return operation(context, request, body, *workspace);
+             return ErrorResponse(404, "no-such-workspace", "this user has no workspace with this id");
+           });
+}
+
+}  // namespace
+
+void AddCheckoutRoutes(Router& router, const ServiceContext& context) {
+  Add(router, context, "checkout", CheckOutAll);
+  Add(router, context, "checkin", CheckInAll);
+  Add(router, context, "undocheckout", UndoAll);
+}
+
+}  // namespace vantry_sim

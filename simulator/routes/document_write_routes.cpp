@@ -1,0 +1,78 @@
+#include <functional>
+
+#include "simulator/routes/routes.h"
+#include "simulator/routes/write_route.h"
+#include "simulator/store/document_writer.h"
+#include "simulator/store/documents_answer.h"
+#include "simulator/wire/json_members.h"
+
+namespace vantry_sim {
+namespace {
+
+using WriteOne = std::function<Refusal(const DocumentInstruction&, std::string& oid)>;
+
+/// Carries out all instructions, or none of them, and answers with the documents that came of it.
+Response WriteAll(const ServiceContext& context, const Request& request, const rapidjson::Value& body,
+                  const char* member, const WriteOne& write) {
+  std::vector<DocumentInstruction> instructions;
+  if (auto refusal = ReadInstructions(body, member, instructions)) return std::move(*refusal);
+  std::vector<std::string> oids(instructions.size());
+  for (std::size_t i = 0; i < instructions.size(); ++i) {
+    if (auto refusal = write(instructions[i], oids[i])) return std::move(*refusal);
+  }
+  return DocumentsResponse(context, request, oids);
+}
+
+Response Documents(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+  std::string problem, context_id;
+  JsonMembers members(body, problem);
+  members.Text("contextId", context_id, true);
+  if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+  Resolutions resolutions;
+  if (auto refusal = resolutions.Read(body)) return std::move(*refusal);
+  Database& database = context.database;
+  const bool creates = members.Has("createInstructions");
+  if (creates == members.Has("iterateInstructions")) {
+    return ErrorResponse(400, "bad-body", "the body has either createInstructions or iterateInstructions");
+  }
+  if (creates) {
+    return WriteAll(context, request, body, "createInstructions",
+                    [&](const DocumentInstruction& instruction, std::string& oid) {
+                      return CreateDocument(database, request.user, context_id, instruction, oid);
+                    });
+  }
+  return WriteAll(context, request, body, "iterateInstructions",
+                  [&](const DocumentInstruction& instruction, std::string& oid) {
+                    return IterateDocument(database, request.user, context_id, instruction, resolutions, oid);
+                  });
+}
+
+Response Store(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+  const auto workspace = FindWorkspace(context.database, request.Path("id"), request.user);
+  if (!workspace) return ErrorResponse(404, "no-such-workspace", "this user has no workspace with this id");
+  Resolutions resolutions;
+  if (auto refusal = resolutions.Read(body)) return std::move(*refusal);
+  Database& database = context.database;
+  return WriteAll(
+      context, request, body, "storeInstructions",
+      [&](const DocumentInstruction& instruction, std::string& oid) {
+        return instruction.id.empty()
+                   ? CreateDocumentInWorkspace(database, request.user, *workspace, instruction, oid)
+                   : StoreDocument(database, request.user, *workspace, instruction, resolutions, oid);
+      });
+}
+
+}  // namespace
+
+void AddDocumentWriteRoutes(Router& router, const ServiceContext& context) {
+  AddWrite(router, context, "servlet/rest/v1/dkm/documents",
+           [&context](const Request& request, const rapidjson::Value& body) {
+             return Documents(context, request, body);
+           });
+  AddWrite(router, context, "servlet/rest/v1/dkm/workspaces/{id}/store",
+           [&context](const Request& request, const rapidjson::Value& body) {
+             return Store(context, request, body);
+           });
+}
+
+}  // namespace vantry_sim

@@ -1,0 +1,156 @@
+#include "simulator/routes/routes.h"
+#include "simulator/routes/write_route.h"
+#include "simulator/store/document_lists.h"
+#include "simulator/store/translation_store.h"
+#include "simulator/wire/json.h"
+#include "simulator/wire/json_members.h"
+#include "simulator/wire/metadata.h"
+#include "simulator/wire/odata_answers.h"
+
+namespace vantry_sim {
+namespace {
+
+/// The document of the request's path; a refusal for an unknown one and for a version of the service that
+/// isn't offered.
+Refusal FindAddressed(const ServiceContext& context, const Request& request,
+                      std::optional<DocumentRow>& document) {
+  if (!OffersVersion(context.options.generation, "DynamicDocMgmt", request.Path("version"))) {
+    return ErrorResponse(404, "no-such-resource", "this server doesn't offer this version of the service");
+  }
+  return FindDynamicDocument(context.database, request.Path("id"), request.user, document);
+}
+
+/// The address of one document takes no option that is for lists.
+std::optional<ODataProblem> RefuseListOptions(const ODataQuery& query) {
+  if (query.filter || !query.order.empty() || query.top || query.latest_version_only)
+    return ODataProblem{400, "one document takes $select and $expand alone"};
+  if (!query.expand && query.skip_token) return ODataProblem{400, "one document has no further page"};
+  if (query.expand && query.expand->navigation != "Translations")
+    return ODataProblem{query.expand->navigation == "Versions" ? 501 : 400,
+                        "$expand takes Translations here"};
+  return std::nullopt;
+}
+
+/// Writes one page of the translations that a document has, in the order of their languages.
+/// @return what is wrong with the question
+std::optional<ODataProblem> WriteTranslations(JsonText& json, const ServiceContext& context,
+                                              const Request& request, const DocumentRow& document,
+                                              const ODataQuery& query) {
+  const auto list = Translations(TranslatedXliffOf(context.database, document).value_or(0));
+  ODataQuery rows;
+  rows.select = query.expand->select;
+  rows.order = {{"AuthoringLanguage", false}};
+  ODataProblem problem;
+  const auto plan = PlanODataQuery(rows, *list.entity, problem);
+  if (!plan) return problem;
+  json.Key("Translations").StartArray();
+  const auto write = [&](const ODataRow& row) {
+    json.StartObject();
+    WriteDocumentMembers(json, row);
+    json.EndObject();
+  };
+  std::string next;
+  if (!ReadODataPage(context.database, list, *plan, query.skip_token, PageLimit(context, request), write,
+                     next)) {
+    return ODataProblem{400, "the $skiptoken is none of this server's"};
+  }
+  json.EndArray();
+  if (!next.empty()) json.Member("@odata.nextLink", NextPageLink(context, request, next));
+  return std::nullopt;
+}
+
+/// The document itself, which each page of its translations repeats.
+Response OneDocumentAnswer(const ServiceContext& context, const Request& request) {
+  std::optional<DocumentRow> document;
+  if (auto refusal = FindAddressed(context, request, document)) return std::move(*refusal);
+  ODataProblem problem;
+  const auto query = ParseODataQuery(request.query, problem);
+  if (!query) return ODataRefusal(problem);
+  if (const auto refused = RefuseListOptions(*query)) return ODataRefusal(*refused);
+  const auto list = OneDocument(document->key);
+  ODataQuery itself;
+  itself.select = query->select;
+  const auto plan = PlanODataQuery(itself, *list.entity, problem);
+  if (!plan) return ODataRefusal(problem);
+
+  JsonText json;
+  json.StartObject().Member("@odata.context", "$metadata#DynamicDocuments/$entity");
+  const auto write = [&](const ODataRow& row) { WriteDocumentMembers(json, row); };
+  std::string ignored;
+  static_cast<void>(ReadODataPage(context.database, list, *plan, std::nullopt, 1, write, ignored));
+  if (query->expand) {
+    if (const auto refused = WriteTranslations(json, context, request, *document, *query))
+      return ODataRefusal(*refused);
+  }
+  json.EndObject();
+  return ODataResponse(json.Take());
+}
+
+Response SourceXliff(const ServiceContext& context, const Request& request) {
+  std::optional<DocumentRow> document;
+  if (auto refusal = FindAddressed(context, request, document)) return std::move(*refusal);
+  ODataProblem problem;
+  const auto query = ParseODataQuery(request.query, problem);
+  if (!query) return ODataRefusal(problem);
+  if (query->expand || query->latest_version_only)
+    return ODataRefusal({400, "the source XLIFF is listed without $expand and without a search"});
+  const auto xliff = SourceXliffOf(context.database, *document);
+  return AnswerODataList(context, request, OneDocument(xliff.value_or(0)), *query, {});
+}
+
+Response CreateLink(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+  if (!OffersVersion(context.options.generation, "DynamicDocMgmt", request.Path("version"))) {
+    return ErrorResponse(404, "no-such-resource", "this server doesn't offer this version of the service");
+  }
+  std::string problem, document_id, xliff_id;
+  JsonMembers members(body, problem);
+  members.Text("oidForQ7zkDocument", document_id, true).Text("oidForXliffDocument", xliff_id, true);
+  if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+  std::optional<DocumentRow> document, xliff;
+  if (auto refusal = FindDynamicDocument(context.database, document_id, request.user, document))
+    return std::move(*refusal);
+  if (auto refusal = FindDynamicDocument(context.database, xliff_id, request.user, xliff))
+    return std::move(*refusal);
+  if (auto refusal = LinkXliff(context.database, *document, *xliff)) return std::move(*refusal);
+  JsonText json;
+  json.StartObject().Member("@odata.context", "$metadata#Edm.String").Member("value", "Success").EndObject();
+  return ODataResponse(json.Take());
+}
+
+Response ChangeDocument(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+  std::optional<DocumentRow> document;
+  if (auto refusal = FindAddressed(context, request, document)) return std::move(*refusal);
+  constexpr const char* kMember = "ZVKDDEXTENDEDDOCTYPE";
+  std::string problem, type;
+  JsonMembers members(body, problem);
+  members.Text(kMember, type, true);
+  if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+  if (body.MemberCount() != 1) return ErrorResponse(400, "bad-body", "nothing else than the type is changed");
+  if (auto refusal = SetExtendedType(context.database, *document, type)) return std::move(*refusal);
+  Response response;
+  response.status = 204;
+  return response;
+}
+
+}  // namespace
+
+void AddTranslationRoutes(Router& router, const ServiceContext& context) {
+  if (!HasOData(context.options.generation) || !context.options.translation) return;
+  const std::string service = "servlet/odata/v{version}/DynamicDocMgmt/";
+  router.Add("GET", service + "DynamicDocuments('{id}')",
+             [&context](const Request& request) { return OneDocumentAnswer(context, request); });
+  router.Add("GET", service + "DynamicDocuments('{id}')/Xliff",
+             [&context](const Request& request) { return SourceXliff(context, request); });
+  AddWrite(router, context, service + "CreateXliffLink",
+           [&context](const Request& request, const rapidjson::Value& body) {
+             return CreateLink(context, request, body);
+           });
+  AddWrite(
+      router, context, service + "DynamicDocuments('{id}')",
+      [&context](const Request& request, const rapidjson::Value& body) {
+        return ChangeDocument(context, request, body);
+      },
+      "PATCH");
+}
+
+}  // namespace vantry_sim

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "simulator/options.h"
+#include "simulator/seed/seed_writer.h"
+#include "simulator/store/content_store.h"
+#include "simulator/store/database.h"
+
+namespace vantry_sim {
+
+/// Fills the database, in one transaction, unless it was filled before. @throws std::exception
+void SeedOnce(Database& database, ContentStore& contents, const Seed& seed);
+
+/// Makes sure that everybody who can log in is a user of the database.
+void EnsureUsers(Database& database, const std::vector<UserCredentials>& users);
+
+/// The story of a bicycle maker; simulator/README.md lists its ids, which stay as they are.
+/// @param large_bytes size of the one large content
+void SeedDemo(SeedWriter& writer, std::uint64_t large_bytes);
+
+/// Row ids of where the demo's manuals stand.
+struct ManualPlaces {
+  std::int64_t context = 0;
+  std::int64_t frame = 0;
+  std::int64_t manuals = 0;
+  std::int64_t translations = 0;
+};
+
+/// The part of SeedDemo that deals with texts: a manual with its source XLIFF and two translations, and one
+/// without any.
+void SeedDemoManuals(SeedWriter& writer, const ManualPlaces& places);
+
+/// One product "Bulk" with the documents D1000001, D1000002, ... in its folder "Parts". They share one
+/// stream.
+void SeedBulk(SeedWriter& writer, std::uint32_t documents);
+
+}  // namespace vantry_sim

@@ -1,0 +1,199 @@
+#include "simulator/store/checkouts.h"
+
+#include <vector>
+
+#include "simulator/store/document_store.h"
+#include "simulator/store/document_writer.h"
+#include "simulator/store/folder_store.h"
+#include "simulator/store/iteration_writer.h"
+#include "simulator/store/user_store.h"
+
+namespace vantry_sim {
+namespace {
+
+Refusal FindIn(Database& database, std::string_view user, const std::string& id,
+               std::optional<DocumentRow>& document) {
+  document = FindDocument(database, id, user);
+  if (document) return std::nullopt;
+  return ErrorResponse(404, "no-such-document", "no document " + id + " for this user");
+}
+
+/// The document, if it is something of this workspace alone.
+Refusal FindWork(Database& database, std::string_view user, const WorkspaceRow& workspace,
+                 const std::string& id, std::optional<DocumentRow>& document) {
+  if (auto refusal = FindIn(database, user, id, document)) return refusal;
+  if (document->workspace_key == workspace.key) return std::nullopt;
+  return ErrorResponse(409, "not-checked-out", id + " is no working copy in " + workspace.oid);
+}
+
+Refusal RefuseCheckOut(const DocumentRow& document, const WorkspaceRow& workspace) {
+  const auto refuse = [&](std::string_view code, const std::string& reason) {
+    return ErrorResponse(409, code, document.oid + " " + reason);
+  };
+  if (document.workspace_key) return refuse("in-workspace", "is in a workspace already");
+  if (!document.checkout_user.empty())
+    return refuse("checked-out", "is checked out by " + document.checkout_user);
+  if (!document.is_latest) return refuse("not-latest", "has a newer version");
+  if (document.context_key != workspace.context_key) {
+    return refuse("other-context", "stands in another context than the workspace");
+  }
+  return std::nullopt;
+}
+
+bool HoldsMaster(Database& database, std::int64_t workspace, std::int64_t master) {
+  auto statement = database.Prepare(
+      "SELECT 1 FROM workspace_documents d JOIN iterations i ON i.id = d.iteration "
+      "WHERE d.workspace = ?1 AND i.master = ?2");
+  return statement.Bind(workspace, master).Step();
+}
+
+void RemoveMaster(Database& database, std::int64_t workspace, std::int64_t master) {
+  database
+      .Prepare(
+          "DELETE FROM workspace_documents WHERE workspace = ?1 "
+          "AND iteration IN (SELECT id FROM iterations WHERE master = ?2)")
+      .Bind(workspace, master)
+      .Run();
+}
+
+void AddToWorkspace(Database& database, std::int64_t workspace, std::int64_t iteration) {
+  database.Prepare("INSERT OR IGNORE INTO workspace_documents(workspace, iteration) VALUES(?1, ?2)")
+      .Bind(workspace, iteration)
+      .Run();
+}
+
+std::string OidOf(Database& database, std::int64_t iteration) {
+  auto statement = database.Prepare("SELECT oid FROM iterations WHERE id = ?1");
+  return statement.Bind(iteration).Step() ? statement.Text(0) : std::string();
+}
+
+bool HasStaleContent(Database& database, std::int64_t iteration) {
+  auto statement =
+      database.Prepare("SELECT 1 FROM contents WHERE iteration = ?1 AND role = 'secondary' AND is_stale = 1");
+  return statement.Bind(iteration).Step();
+}
+
+/// The folder that a document stands in, or will once it is checked in; 0 in a context without any.
+std::int64_t HomeOf(Database& database, const DocumentRow& document) {
+  auto statement = database.Prepare("SELECT ifnull(folder, target_folder) FROM iterations WHERE id = ?1");
+  if (statement.Bind(document.key).Step() && !statement.IsNull(0)) return statement.Integer(0);
+  const auto roots = RootFolders(database, document.context_key);
+  return roots.empty() ? 0 : roots.front().key;
+}
+
+/// What depended on an iteration that goes away depends on its base from then on, or on nothing.
+void DeleteIteration(Database& database, std::int64_t iteration, std::optional<std::int64_t> base) {
+  if (base) {
+    database.Prepare("UPDATE dependencies SET source = ?2 WHERE source = ?1").Bind(iteration, *base).Run();
+  } else {
+    database.Prepare("DELETE FROM dependencies WHERE source = ?1").Bind(iteration).Run();
+  }
+  DeleteParts(database, iteration);
+  for (const char* sql :
+       {"DELETE FROM workspace_documents WHERE iteration = ?1", "DELETE FROM checkouts WHERE working = ?1",
+        "DELETE FROM xliff_links WHERE document = ?1 OR xliff = ?1"}) {
+    database.Prepare(sql).Bind(iteration).Run();
+  }
+  auto statement = database.Prepare("DELETE FROM iterations WHERE id = ?1 RETURNING master");
+  if (!statement.Bind(iteration).Step()) return;
+  const std::int64_t master = statement.Integer(0);
+  statement.Run();
+  database
+      .Prepare(
+          "DELETE FROM masters WHERE id = ?1 AND NOT EXISTS (SELECT 1 FROM iterations WHERE master = ?1)")
+      .Bind(master)
+      .Run();
+}
+
+}  // namespace
+
+Refusal CheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
+                 const std::string& id, const Resolutions& resolutions, std::string& working_oid) {
+  std::optional<DocumentRow> document;
+  if (auto refusal = FindIn(database, user, id, document)) return refusal;
+  if (auto refusal = RefuseCheckOut(*document, workspace)) return refusal;
+  if (HoldsMaster(database, workspace.key, document->master_key) &&
+      !resolutions.Resolve(Conflict::kAlreadyInWorkspace, document->master_oid)) {
+    return Resolutions::Unresolved(Conflict::kAlreadyInWorkspace, document->master_oid);
+  }
+  const std::int64_t working = InsertIteration(database, {.master = document->master_key,
+                                                          .context = document->context_key,
+                                                          .folder = document->folder_key,
+                                                          .workspace = workspace.key,
+                                                          .revision = document->revision,
+                                                          .iteration = document->iteration,
+                                                          .auth_app_version = document->auth_app_version,
+                                                          .nd_version = document->nd_version});
+  CopyParts(database, document->key, working);
+  RemoveMaster(database, workspace.key, document->master_key);
+  AddToWorkspace(database, workspace.key, working);
+  database.Prepare("INSERT INTO checkouts(base, working, workspace, user) VALUES(?1, ?2, ?3, ?4)")
+      .Bind(document->key, working, workspace.key, workspace.owner_key)
+      .Run();
+  working_oid = OidOf(database, working);
+  return std::nullopt;
+}
+
+Refusal CheckIn(Database& database, std::string_view user, const WorkspaceRow& workspace,
+                const std::string& id, const CheckInOrder& order, const Resolutions& resolutions,
+                std::string& oid) {
+  std::optional<DocumentRow> work;
+  if (auto refusal = FindWork(database, user, workspace, id, work)) return refusal;
+  if (HasStaleContent(database, work->key) && !resolutions.Resolve(Conflict::kStaleContent, work->oid)) {
+    return Resolutions::Unresolved(Conflict::kStaleContent, work->oid);
+  }
+  const std::int64_t folder = HomeOf(database, *work);
+  if (auto refusal = RefuseTakenName(database, folder, work->cad_name, work->master_key)) return refusal;
+
+  if (work->checkout_base_key) {
+    database.Prepare("DELETE FROM checkouts WHERE working = ?1").Bind(work->key).Run();
+    database.Prepare("UPDATE iterations SET is_latest = 0 WHERE id = ?1")
+        .Bind(*work->checkout_base_key)
+        .Run();
+  }
+  // A client that goes on with the working copy's id is to find out.
+  oid = "D" + std::to_string(NextNumber(database));
+  database
+      .Prepare(
+          "UPDATE iterations SET oid = ?2, workspace = NULL, folder = nullif(?3, 0), target_folder = NULL, "
+          "iteration = iteration + ?4, is_latest = 1, comment = ?5, modified = "
+          "strftime('%Y-%m-%dT%H:%M:%SZ', 'now') "
+          "WHERE id = ?1")
+      .Bind(work->key, oid, folder, work->checkout_base_key ? 1 : 0, order.comment)
+      .Run();
+  if (order.remove_from_workspace) RemoveMaster(database, workspace.key, work->master_key);
+  return std::nullopt;
+}
+
+Refusal UndoCheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
+                     const std::string& id, std::string& base_oid) {
+  std::optional<DocumentRow> work;
+  if (auto refusal = FindWork(database, user, workspace, id, work)) return refusal;
+  if (!work->checkout_base_key) {
+    return ErrorResponse(409, "not-checked-out",
+                         id + " was never checked in, and there is nothing to go back to");
+  }
+  base_oid = OidOf(database, *work->checkout_base_key);
+  DeleteIteration(database, work->key, work->checkout_base_key);
+  AddToWorkspace(database, workspace.key, *work->checkout_base_key);
+  return std::nullopt;
+}
+
+void DeleteWorkspace(Database& database, const WorkspaceRow& workspace) {
+  std::vector<std::pair<std::int64_t, std::optional<std::int64_t>>> work;
+  {
+    auto statement = database.Prepare(
+        "SELECT i.id, k.base FROM iterations i LEFT JOIN checkouts k ON k.working = i.id WHERE i.workspace = "
+        "?1");
+    statement.Bind(workspace.key);
+    while (statement.Step()) {
+      work.emplace_back(statement.Integer(0),
+                        statement.IsNull(1) ? std::nullopt : std::optional(statement.Integer(1)));
+    }
+  }
+  for (const auto& [iteration, base] : work) DeleteIteration(database, iteration, base);
+  database.Prepare("DELETE FROM workspace_documents WHERE workspace = ?1").Bind(workspace.key).Run();
+  database.Prepare("DELETE FROM workspaces WHERE id = ?1").Bind(workspace.key).Run();
+}
+
+}  // namespace vantry_sim

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "simulator/store/conflict_resolution.h"
+#include "simulator/store/database.h"
+#include "simulator/store/workspace_store.h"
+#include "simulator/wire/messages.h"
+
+namespace vantry_sim {
+
+// Each of these is to be called in a transaction, which is to be rolled back behind a refusal, and gives the
+// id of the document that came of it.
+
+/// Puts a working copy into the workspace and locks the document for its owner. The working copy has an id of
+/// its own and the document's version.
+Refusal CheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
+                 const std::string& id, const Resolutions& resolutions, std::string& working_oid);
+
+/// How a check-in is to be done.
+struct CheckInOrder {
+  bool remove_from_workspace = false;
+  std::string comment;
+};
+
+/// Makes a working copy the document's next iteration, or a new document its first one. It gets a new id; the
+/// working copy's is gone.
+Refusal CheckIn(Database& database, std::string_view user, const WorkspaceRow& workspace,
+                const std::string& id, const CheckInOrder& order, const Resolutions& resolutions,
+                std::string& oid);
+
+/// Throws a working copy away. The document stays in the workspace without a checkout.
+Refusal UndoCheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
+                     const std::string& id, std::string& base_oid);
+
+/// Deletes a workspace with all that is only in it: working copies, whose checkouts end, and documents that
+/// were never checked in.
+void DeleteWorkspace(Database& database, const WorkspaceRow& workspace);
+
+}  // namespace vantry_sim

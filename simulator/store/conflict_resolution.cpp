@@ -1,0 +1,84 @@
+#include "simulator/store/conflict_resolution.h"
+
+#include <array>
+
+#include "simulator/wire/json_members.h"
+
+namespace vantry_sim {
+namespace {
+
+struct Form {
+  Conflict conflict;
+  std::string_view code;
+  std::string_view option;
+  std::string_view type;
+};
+
+/// The words as they go over the wire. The first code is spelled "WORKASPACE" there: clients send it so, and
+/// a server that took the other spelling would refuse them all.
+constexpr std::array<Form, 3> kForms{{
+    {Conflict::kAlreadyInWorkspace, "vn.epm.util.EPMConflictType.WORKASPACE_ADD_EXISTING_OBJECT",
+     "vn.epm.util.EPMResolutionType.WORKSPACE_SUBSTITUTE_EXISTING_OBJECT", "vn.epm.EPMDocumentMaster"},
+    {Conflict::kStaleContent, "com.zvk.vantry.udkm.common.conflict.UdkmConflictType.STALE_SEC_CONTENT",
+     "com.zvk.vantry.udkm.common.conflict.UdkmResolutionType.IGNORE_STALE_SEC_CONTENT", "vn.epm.EPMDocument"},
+    {Conflict::kOtherVersionUsed,
+     "vn.epm.upload.EPMUploadConflictType.IMAGE_HAS_REP_RULE_WITH_OTHER_VERSION_OF_ORIGINAL",
+     "vn.epm.upload.EPMUploadResolutionType.UPDATE_IMAGE_TO_NEW_VERSION", "vn.epm.EPMDocument"},
+}};
+
+Response BadResolution(std::string_view reason) {
+  return ErrorResponse(400, "bad-resolution", "conflictResolutions: " + std::string(reason));
+}
+
+}  // namespace
+
+Refusal Resolutions::Read(const rapidjson::Value& body) {
+  std::string problem;
+  const rapidjson::Value* list = JsonMembers(body, problem).Array("conflictResolutions");
+  if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+  if (list == nullptr) return std::nullopt;
+  for (const rapidjson::Value& value : list->GetArray()) {
+    if (auto refusal = ReadOne(value)) return refusal;
+  }
+  return std::nullopt;
+}
+
+Refusal Resolutions::ReadOne(const rapidjson::Value& value) {
+  std::string problem, code, option;
+  JsonMembers members(value, problem);
+  members.Text("code", code, true).Text("resolutionOption", option, true);
+  const rapidjson::Value* entities = members.Array("appliedEntities", true);
+  if (!problem.empty()) return BadResolution(problem);
+  for (const Form& form : kForms) {
+    if (form.code != code || form.option != option) continue;
+    for (const rapidjson::Value& entity : entities->GetArray()) {
+      std::string type, field, id;
+      JsonMembers(entity, problem).Text("type", type, true).Text("field", field, true).Text("value", id);
+      if (!problem.empty()) return BadResolution(problem);
+      if (type != form.type || field != "id")
+        return BadResolution("this conflict is about the id of another type");
+      entries_.push_back({form.conflict, std::move(id)});
+    }
+    return std::nullopt;
+  }
+  return BadResolution("this server knows no such pair of code and resolutionOption");
+}
+
+bool Resolutions::Resolve(Conflict conflict, std::string_view id) const {
+  for (const Entry& entry : entries_) {
+    if (entry.conflict == conflict && entry.id == id) return true;
+  }
+  return false;
+}
+
+Response Resolutions::Unresolved(Conflict conflict, std::string_view id) {
+  for (const Form& form : kForms) {
+    if (form.conflict != conflict) continue;
+    return ErrorResponse(409, "unresolved-conflict",
+                         std::string(form.code) + " for " + std::string(form.type) + " " + std::string(id) +
+                             " needs a resolution");
+  }
+  return ErrorResponse(409, "unresolved-conflict", "a conflict needs a resolution");
+}
+
+}  // namespace vantry_sim

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/wire/messages.h"
+
+namespace vantry_sim {
+
+/// The conflicts that a client must say how to resolve.
+enum class Conflict {
+  kAlreadyInWorkspace,  ///< checkout: the workspace holds another version of the document
+  kStaleContent,        ///< check-in: a secondary content is older than the primary one
+  kOtherVersionUsed,    ///< iterate and store: another document was made of an earlier version
+};
+
+/// The resolutions that came with a request.
+class Resolutions {
+ public:
+  /// Reads the member `conflictResolutions` of a body, which may be missing.
+  /// @return a refusal for a form that cannot be read, and for words that this server doesn't know
+  Refusal Read(const rapidjson::Value& body);
+
+  /// Whether the conflict was resolved for the object with this id.
+  [[nodiscard]] bool Resolve(Conflict conflict, std::string_view id) const;
+
+  /// The refusal of a conflict that nothing resolves: 409, with its code among the words.
+  [[nodiscard]] static Response Unresolved(Conflict conflict, std::string_view id);
+
+ private:
+  struct Entry {
+    Conflict conflict;
+    std::string id;
+  };
+  Refusal ReadOne(const rapidjson::Value& value);
+  std::vector<Entry> entries_;
+};
+
+}  // namespace vantry_sim

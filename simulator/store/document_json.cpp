@@ -1,0 +1,163 @@
+#include "simulator/store/document_json.h"
+
+#include <string>
+
+#include "simulator/wire/uri.h"
+
+namespace vantry_sim {
+namespace {
+
+constexpr std::string_view kCadNamePlaceholder = "{$CAD_NAME}";
+
+void WriteMaster(JsonText& json, const DocumentRow& document) {
+  json.Key("epmMaster").StartObject();
+  json.Member("id", document.master_oid);
+  json.Member("name", document.master_name);
+  json.Member("number", document.number);
+  json.Member("category", document.category);
+  json.Member("subCategory", document.sub_category);
+  json.Member("cadName", document.cad_name);
+  json.Member("authoringApplication", document.authoring_application);
+  json.EndObject();
+}
+
+void WriteState(JsonText& json, const DocumentRow& document, std::string_view user) {
+  json.Key("pdmIterationState").StartObject();
+  json.Member("isCheckout", !document.checkout_user.empty());
+  json.Member("isCheckoutByYou", document.checkout_user == user);
+  json.Member("isLatest", document.is_latest);
+  json.Member("checkoutByUser", document.checkout_user);
+  json.Member("checkoutToFolderName", document.checkout_workspace);
+  json.EndObject();
+}
+
+void WriteSummaryMembers(JsonText& json, const DocumentRow& document, std::string_view user) {
+  json.Member("id", document.oid);
+  json.Key("context").StartObject();
+  json.Member("id", document.context_oid).Member("name", document.context_name);
+  json.Member("type", document.context_kind).EndObject();
+  json.Member("revision", document.revision);
+  json.Member("iteration", std::to_string(document.iteration));
+  json.Member("authAppVersion", document.auth_app_version);
+  json.Member("ndVersion", document.nd_version);
+  WriteState(json, document, user);
+  json.Member("isDerived", document.is_derived);
+  WriteMaster(json, document);
+}
+
+void WriteLocation(JsonText& json, Database& database, const DocumentRow& document) {
+  // A document that has never been checked in stands in no folder, and the member is missing.
+  if (!document.folder_key) return;
+  json.Key("locationFolder").StartObject();
+  json.Member("id", document.folder_oid).Member("name", document.folder_name);
+  json.Member("path", FolderPath(database, *document.folder_key)).EndObject();
+}
+
+void WriteDependencies(JsonText& json, Database& database, const DocumentRow& document) {
+  auto statement = database.Prepare(
+      "SELECT d.as_stored_child_name, d.is_direct, i.oid, m.oid, m.name, m.number, m.category, "
+      "m.sub_category, "
+      "m.cad_name, m.authoring_application, i.revision, i.iteration, i.auth_app_version, i.nd_version, "
+      "d.revision_number, d.is_place_holder, EXISTS(SELECT 1 FROM dependencies x WHERE x.iteration = i.id), "
+      "d.has_complete_dependencies "
+      "FROM dependencies d JOIN iterations i ON i.id = d.source JOIN masters m ON m.id = i.master "
+      "WHERE d.iteration = ?1 ORDER BY d.position");
+  statement.Bind(document.key);
+  json.Key("derivedSourceDependencies").StartArray();
+  while (statement.Step()) {
+    json.StartObject();
+    json.Member("asStoredChildName", statement.Text(0)).Member("isDirect", statement.Integer(1) != 0);
+    json.Key("source").StartObject().Member("id", statement.Text(2));
+    json.Key("epmMaster").StartObject();
+    json.Member("id", statement.Text(3))
+        .Member("name", statement.Text(4))
+        .Member("number", statement.Text(5));
+    json.Member("category", statement.Text(6)).Member("subCategory", statement.Text(7));
+    json.Member("cadName", statement.Text(8)).Member("authoringApplication", statement.Text(9)).EndObject();
+    json.Member("revision", statement.Text(10)).Member("iteration", statement.Text(11));
+    json.Member("authAppVersion", statement.Text(12)).Member("ndVersion", statement.Text(13));
+    json.Member("revNum", statement.Integer(14)).Member("isPlaceHolder", statement.Integer(15) != 0);
+    json.Member("isDerived", statement.Integer(16) != 0);
+    json.Member("hasCompleteDependencies", statement.Integer(17) != 0).EndObject();
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
+/// The name that stands at the end of a content URL, for whoever reads it; the stream's number is what
+/// counts.
+std::string UrlFileName(const ContentRow& content, const DocumentRow& document) {
+  std::string name = content.file_name;
+  if (const auto at = name.find(kCadNamePlaceholder); at != std::string::npos) {
+    name.replace(at, kCadNamePlaceholder.size(), document.cad_name);
+  }
+  return PercentEncode(name.empty() ? "content" : name);
+}
+
+void WriteContent(JsonText& json, const ContentRow& content, const DocumentRow& document,
+                  std::string_view base_url) {
+  json.StartObject();
+  json.Member("id", content.oid).Member("category", content.category).Member("fileName", content.file_name);
+  json.Member("isForwardable", content.is_forwardable).Member("isStale", content.is_stale);
+  json.Member("isHidden", content.is_hidden);
+  if (content.stream) json.Member("streamId", *content.stream);
+  json.Key("contentUrl").StartArray();
+  if (content.stream) {
+    json.String(std::string(base_url) + "/servlet/rest/v1/content/streams/" +
+                std::to_string(*content.stream) + "/" + UrlFileName(content, document));
+  }
+  json.EndArray();
+  json.Member("fileSize", content.size).EndObject();
+}
+
+void WriteContents(JsonText& json, Database& database, const DocumentRow& document,
+                   std::string_view base_url) {
+  const auto primary = ContentsOf(database, document.key, ContentRole::kPrimary);
+  json.Key("cadContent").StartObject().Member("isSectioned", primary.size() > 1);
+  json.Key("contentSections").StartArray();
+  for (const ContentRow& content : primary) WriteContent(json, content, document, base_url);
+  json.EndArray().EndObject();
+
+  json.Key("secondaryContents").StartArray();
+  for (const ContentRow& content : ContentsOf(database, document.key, ContentRole::kSecondary)) {
+    WriteContent(json, content, document, base_url);
+  }
+  json.EndArray();
+}
+
+void WriteAttributes(JsonText& json, Database& database, const DocumentRow& document) {
+  auto statement = database.Prepare(
+      "SELECT parameter_name, attribute_name, value_type, value FROM attributes WHERE iteration = ?1 "
+      "ORDER BY position");
+  statement.Bind(document.key);
+  json.Key("fileBasedAttributes").StartArray();
+  while (statement.Step()) {
+    json.StartObject().Key("parameterDefinition").StartObject();
+    json.Member("parameterName", statement.Text(0)).Member("attributeName", statement.Text(1));
+    json.Member("valueType", statement.Text(2)).EndObject();
+    json.Key("parameterValue").StartObject().Member("value", statement.Text(3)).EndObject();
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
+}  // namespace
+
+void WriteDocumentSummary(JsonText& json, const DocumentRow& document, std::string_view user) {
+  json.StartObject();
+  WriteSummaryMembers(json, document, user);
+  json.EndObject();
+}
+
+void WriteDocument(JsonText& json, Database& database, const DocumentRow& document, std::string_view user,
+                   std::string_view base_url) {
+  json.StartObject();
+  WriteSummaryMembers(json, document, user);
+  WriteLocation(json, database, document);
+  WriteDependencies(json, database, document);
+  WriteContents(json, database, document, base_url);
+  WriteAttributes(json, database, document);
+  json.EndObject();
+}
+
+}  // namespace vantry_sim

@@ -1,0 +1,185 @@
+#include "simulator/store/document_writer.h"
+
+#include <cstdio>
+
+#include "simulator/store/document_store.h"
+#include "simulator/store/folder_store.h"
+#include "simulator/store/iteration_writer.h"
+#include "simulator/store/user_store.h"
+
+namespace vantry_sim {
+namespace {
+
+std::string OidOf(Database& database, std::int64_t iteration) {
+  auto statement = database.Prepare("SELECT oid FROM iterations WHERE id = ?1");
+  return statement.Bind(iteration).Step() ? statement.Text(0) : std::string();
+}
+
+/// The folder that an instruction names, or the root of the context when it names none.
+Refusal TargetFolder(Database& database, std::int64_t context, const DocumentInstruction& instruction,
+                     std::int64_t& folder) {
+  if (!instruction.target_folder.empty()) {
+    const auto place = FindFolder(database, instruction.target_folder);
+    if (!place || place->context != context) {
+      return ErrorResponse(404, "no-such-folder", "the context has no folder " + instruction.target_folder);
+    }
+    folder = place->folder;
+    return std::nullopt;
+  }
+  const auto roots = RootFolders(database, context);
+  if (roots.empty()) return ErrorResponse(409, "no-folder", "the context has no folder at all");
+  folder = roots.front().key;
+  return std::nullopt;
+}
+
+std::int64_t InsertMaster(Database& database, const DocumentInstruction& instruction) {
+  const std::int64_t number = NextNumber(database);
+  char digits[24];
+  std::snprintf(digits, sizeof digits, "%010lld", static_cast<long long>(number));
+  database
+      .Prepare(
+          "INSERT INTO masters(oid, service, name, number, category, sub_category, cad_name, "
+          "authoring_application, "
+          "type_id) VALUES(?1, 'dynamic', ?2, ?3, ?4, ?5, ?2, ?6, ?7)")
+      .Bind("M" + std::to_string(number), instruction.cad_name, digits, instruction.category,
+            instruction.sub_category, instruction.application, instruction.type_id)
+      .Run();
+  return database.LastRowId();
+}
+
+Refusal RefuseForCreation(const DocumentInstruction& instruction) {
+  if (instruction.id.empty()) return std::nullopt;
+  return ErrorResponse(400, "bad-body", "a document that is to be made has no id yet");
+}
+
+Refusal NoSuchDocument(const std::string& id) {
+  return ErrorResponse(404, "no-such-document", "no document " + id + " for this user");
+}
+
+/// Whether another document was made of some version of this one.
+bool IsUsed(Database& database, std::int64_t master) {
+  auto statement = database.Prepare(
+      "SELECT 1 FROM iterations s JOIN dependencies d ON d.source = s.id JOIN iterations x ON x.id = "
+      "d.iteration "
+      "WHERE s.master = ?1 AND x.master <> ?1 AND (x.is_latest = 1 OR x.workspace IS NOT NULL)");
+  return statement.Bind(master).Step();
+}
+
+Refusal RefuseUnresolvedUse(Database& database, const DocumentRow& document, const Resolutions& resolutions) {
+  if (resolutions.Resolve(Conflict::kOtherVersionUsed, document.oid) ||
+      !IsUsed(database, document.master_key)) {
+    return std::nullopt;
+  }
+  return Resolutions::Unresolved(Conflict::kOtherVersionUsed, document.oid);
+}
+
+Refusal RefuseForIteration(const DocumentRow& document, const DocumentInstruction& instruction) {
+  if (instruction.cad_name != document.cad_name) {
+    return ErrorResponse(409, "other-name", "the document is called " + document.cad_name + " and stays so");
+  }
+  if (!document.checkout_user.empty() && !document.workspace_key) {
+    return ErrorResponse(409, "checked-out", document.oid + " is checked out by " + document.checkout_user);
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+Refusal RefuseTakenName(Database& database, std::int64_t folder, std::string_view cad_name,
+                        std::int64_t master) {
+  auto statement = database.Prepare(
+      "SELECT i.oid FROM masters m JOIN iterations i ON i.master = m.id "
+      "WHERE m.cad_name = ?1 AND m.id <> ?2 AND i.is_latest = 1 AND i.workspace IS NULL AND +i.folder = ?3");
+  if (!statement.Bind(cad_name, master, folder).Step()) return std::nullopt;
+  return ErrorResponse(409, "name-taken",
+                       "the folder has another " + std::string(cad_name) + ": " + statement.Text(0));
+}
+
+Refusal CreateDocument(Database& database, std::string_view user, std::string_view context_oid,
+                       const DocumentInstruction& instruction, std::string& oid) {
+  if (auto refusal = RefuseForCreation(instruction)) return refusal;
+  const auto context = ContextKey(database, context_oid);
+  if (!context) return ErrorResponse(404, "no-such-context", "no context with this id");
+  std::int64_t folder = 0;
+  if (auto refusal = TargetFolder(database, *context, instruction, folder)) return refusal;
+  if (auto refusal = RefuseTakenName(database, folder, instruction.cad_name, 0)) return refusal;
+  const std::int64_t iteration = InsertIteration(database, {.master = InsertMaster(database, instruction),
+                                                            .context = *context,
+                                                            .folder = folder,
+                                                            .is_latest = true,
+                                                            .auth_app_version = instruction.auth_app_version,
+                                                            .nd_version = instruction.nd_version});
+  oid = OidOf(database, iteration);
+  return WriteParts(database, user, instruction, iteration, std::nullopt);
+}
+
+Refusal CreateDocumentInWorkspace(Database& database, std::string_view user, const WorkspaceRow& workspace,
+                                  const DocumentInstruction& instruction, std::string& oid) {
+  if (auto refusal = RefuseForCreation(instruction)) return refusal;
+  std::int64_t folder = 0;
+  if (auto refusal = TargetFolder(database, workspace.context_key, instruction, folder)) return refusal;
+  if (auto refusal = RefuseTakenName(database, folder, instruction.cad_name, 0)) return refusal;
+  const std::int64_t iteration = InsertIteration(database, {.master = InsertMaster(database, instruction),
+                                                            .context = workspace.context_key,
+                                                            .workspace = workspace.key,
+                                                            .target_folder = folder,
+                                                            .is_latest = true,
+                                                            .auth_app_version = instruction.auth_app_version,
+                                                            .nd_version = instruction.nd_version});
+  database.Prepare("INSERT INTO workspace_documents(workspace, iteration) VALUES(?1, ?2)")
+      .Bind(workspace.key, iteration)
+      .Run();
+  oid = OidOf(database, iteration);
+  return WriteParts(database, user, instruction, iteration, std::nullopt);
+}
+
+Refusal IterateDocument(Database& database, std::string_view user, std::string_view context_oid,
+                        const DocumentInstruction& instruction, const Resolutions& resolutions,
+                        std::string& oid) {
+  const auto document = FindDocument(database, instruction.id, user);
+  if (!document) return NoSuchDocument(instruction.id);
+  if (document->context_oid != context_oid) {
+    return ErrorResponse(409, "other-context", instruction.id + " stands in " + document->context_oid);
+  }
+  if (document->workspace_key) {
+    return ErrorResponse(409, "in-workspace",
+                         instruction.id + " is stored in its workspace and not iterated");
+  }
+  if (!document->is_latest) return ErrorResponse(409, "not-latest", instruction.id + " has a newer version");
+  if (auto refusal = RefuseForIteration(*document, instruction)) return refusal;
+  if (auto refusal = RefuseUnresolvedUse(database, *document, resolutions)) return refusal;
+
+  database.Prepare("UPDATE iterations SET is_latest = 0 WHERE id = ?1").Bind(document->key).Run();
+  const std::int64_t iteration = InsertIteration(database, {.master = document->master_key,
+                                                            .context = document->context_key,
+                                                            .folder = document->folder_key,
+                                                            .revision = document->revision,
+                                                            .iteration = document->iteration + 1,
+                                                            .is_latest = true,
+                                                            .auth_app_version = instruction.auth_app_version,
+                                                            .nd_version = instruction.nd_version});
+  oid = OidOf(database, iteration);
+  return WriteParts(database, user, instruction, iteration, document->key);
+}
+
+Refusal StoreDocument(Database& database, std::string_view user, const WorkspaceRow& workspace,
+                      const DocumentInstruction& instruction, const Resolutions& resolutions,
+                      std::string& oid) {
+  const auto document = FindDocument(database, instruction.id, user);
+  if (!document) return NoSuchDocument(instruction.id);
+  if (document->workspace_key != workspace.key) {
+    return ErrorResponse(409, "not-checked-out", instruction.id + " is no working copy in " + workspace.oid);
+  }
+  if (auto refusal = RefuseForIteration(*document, instruction)) return refusal;
+  if (auto refusal = RefuseUnresolvedUse(database, *document, resolutions)) return refusal;
+  database
+      .Prepare(
+          "UPDATE iterations SET auth_app_version = ?2, nd_version = ?3, "
+          "modified = strftime('%Y-%m-%dT%H:%M:%SZ', 'now') WHERE id = ?1")
+      .Bind(document->key, instruction.auth_app_version, instruction.nd_version)
+      .Run();
+  oid = document->oid;
+  return WriteParts(database, user, instruction, document->key, document->key);
+}
+
+}  // namespace vantry_sim

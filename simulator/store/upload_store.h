@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/store/database.h"
+
+namespace vantry_sim {
+
+/// A permission for one upload.
+struct UploadTicket {
+  std::string token;                            ///< stands in the address that the bytes go to
+  std::string master_url;                       ///< comes back in the upload as it is
+  std::map<std::string, std::int64_t> streams;  ///< by the name of their part, in the order of their numbers
+};
+
+/// The most files of one ticket.
+inline constexpr std::int64_t kMostFilesOfATicket = 100;
+
+/// Gives a ticket. Tickets older than a day are forgotten.
+UploadTicket MakeTicket(Database& database, std::string_view user, std::int64_t files,
+                        std::string_view master_url);
+
+/// The user's ticket with this token, as long as it hasn't been used.
+std::optional<UploadTicket> FindTicket(Database& database, std::string_view token, std::string_view user);
+
+/// A stream that was filled.
+struct ReceivedStream {
+  std::int64_t stream = 0;
+  std::uint64_t size = 0;
+  std::string part_name;
+};
+
+/// Uses up a ticket and gives a receipt for each stream, in their order. To be called in a transaction, when
+/// the bytes lie in the content store.
+std::vector<std::string> AcceptUpload(Database& database, const UploadTicket& ticket, std::string_view user,
+                                      const std::vector<ReceivedStream>& streams);
+
+/// Takes a receipt back, which can be done once. To be called in a transaction.
+/// @return false for one that was never given for this stream and user, or that was used
+bool TakeReceipt(Database& database, std::string_view user, std::int64_t stream, std::string_view receipt);
+
+}  // namespace vantry_sim

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/store/database.h"
+
+namespace vantry_sim {
+
+/// A user's area in one context.
+struct WorkspaceRow {
+  std::int64_t key = 0;
+  std::string oid;
+  std::string name;
+  std::string description;
+  std::string context_oid;
+  std::int64_t context_key = 0;
+  std::int64_t owner_key = 0;
+};
+
+/// The user's workspaces in a context, in the order they were made.
+std::vector<WorkspaceRow> WorkspacesOf(Database& database, std::string_view context_oid,
+                                       std::string_view user);
+
+/// The user's workspace with this id; nothing for an unknown one or somebody else's.
+std::optional<WorkspaceRow> FindWorkspace(Database& database, std::string_view oid, std::string_view user);
+
+}  // namespace vantry_sim

@@ -1,0 +1,31 @@
+#include "simulator/wire/messages.h"
+
+#include "simulator/wire/json.h"
+
+namespace vantry_sim {
+
+std::optional<std::string> Request::Query(std::string_view name) const {
+  for (const auto& [key, value] : query) {
+    if (key == name) return value;
+  }
+  return std::nullopt;
+}
+
+const std::string& Request::Path(std::string_view name) const {
+  static const std::string kNone;
+  const auto found = path_parameters.find(name);
+  return found == path_parameters.end() ? kNone : found->second;
+}
+
+Response ErrorResponse(int status, std::string_view code, std::string_view message) {
+  JsonText json;
+  json.StartObject().Key("error").StartObject();
+  json.Member("code", code).Member("message", message);
+  json.EndObject().EndObject();
+  Response response;
+  response.status = status;
+  response.body = json.Take();
+  return response;
+}
+
+}  // namespace vantry_sim

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "simulator/wire/uri.h"
+
+namespace vantry_sim {
+
+/// A request as the route handlers see it: checked, decoded, and free of the HTTP library.
+struct Request {
+  std::string method;        ///< "HEAD" arrives as "GET"
+  std::string target;        ///< as it stands on the request line
+  std::string path;          ///< behind the prefix, as it stands on the request line, with "/" in front
+  std::string host;          ///< the Host header, unchecked; may be empty
+  std::string user;          ///< who asks; never empty behind the authentication
+  std::string prefer;        ///< the Prefer header; may be empty
+  std::string nonce;         ///< the X-Zvk-Nonce header; may be empty
+  std::string content_type;  ///< the Content-Type header; may be empty
+  QueryParameters query;     ///< decoded
+  std::map<std::string, std::string, std::less<>> path_parameters;  ///< decoded; what the route's braces took
+  std::vector<std::string> tail;  ///< decoded segments that an open end of the route took
+  std::string body;
+
+  /// The first value of a query parameter; nothing without one. An empty value is a value.
+  [[nodiscard]] std::optional<std::string> Query(std::string_view name) const;
+
+  /// A path parameter of the route that was matched; empty for a name that the route doesn't have.
+  [[nodiscard]] const std::string& Path(std::string_view name) const;
+};
+
+/// A file that is the body of an answer, streamed and never held.
+struct FileBody {
+  std::filesystem::path path;
+  std::uint64_t size = 0;
+};
+
+/// An answer.
+struct Response {
+  int status = 200;
+  std::string content_type = "application/json;charset=UTF-8";
+  std::string body;
+  std::optional<FileBody> file;  ///< in place of `body`
+  std::vector<std::pair<std::string, std::string>> headers;
+};
+
+/// What an operation answers when it can't be done; nothing when it was.
+using Refusal = std::optional<Response>;
+
+/// A refusal with a reason: {"error":{"code":...,"message":...}}.
+/// @param code one word for programs, such as "not-found"
+Response ErrorResponse(int status, std::string_view code, std::string_view message);
+
+}  // namespace vantry_sim
