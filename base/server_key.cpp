@@ -8,8 +8,8 @@ namespace lxservices::cms_interface {
 namespace {
 
 // What stands behind the scheme, or nothing for a scheme that no server has.
-std::optional<std::string_view> BehindScheme(std::string_view url) {
-  const std::string keyPrefix = std::string(UidScheme()) + "://";
+std::optional<std::string_view> BehindScheme(std::string_view url, std::string_view uidScheme) {
+  const std::string keyPrefix = std::string(uidScheme) + "://";
   for (const std::string_view prefix :
        {std::string_view("http://"), std::string_view("https://"), std::string_view(keyPrefix)}) {
     if (url.starts_with(prefix)) return url.substr(prefix.size());
@@ -20,15 +20,19 @@ std::optional<std::string_view> BehindScheme(std::string_view url) {
 }  // namespace
 
 std::string NormalizeServerUri(const char* url) {
+  return NormalizeServerUri(url, CurrentSettings()->uidScheme);
+}
+
+std::string NormalizeServerUri(const char* url, std::string_view uidScheme) {
   if (url == nullptr) return {};
-  const auto rest = BehindScheme(url);
+  const auto rest = BehindScheme(url, uidScheme);
   if (!rest) return {};
   std::string_view kept = *rest;
   // An "@" before the first "/" ends the key: what stands before it is kept, and not the host behind it. UIDs
   // hold keys of this form, and one that kept the host would name another server than they do.
   const auto position = kept.find_first_of("@/");
   if (position != std::string_view::npos && kept[position] == '@') kept = kept.substr(0, position);
-  std::string key = UidScheme();
+  std::string key(uidScheme);
   key += "://";
   key += kept;
   return WithTrailingSlash(key);

@@ -1,33 +1,42 @@
 #include "base/settings.h"
 
+#include <mutex>
 #include <string_view>
+#include <utility>
 
 #include "base/text.h"
 
 namespace lxservices::cms_interface {
 namespace {
 
-constexpr const char* defaultVfsScheme = "korvufenloom-vfs";
-constexpr const char* defaultUidScheme = "korvufenloom-vt";
-constexpr const char* defaultWorkspacePrefix = "FenloomTMP";
-constexpr const char* defaultWorkspaceDescription = "ZVK Fenloom temporary workspace";
-
-struct Settings {
-  std::string vfsScheme = defaultVfsScheme;
-  std::string uidScheme = defaultUidScheme;
-  bool legacyVfsPaths = false;
-  std::string authoringApplication;
-  std::string authAppVersionToRegister;
-  std::string authAppVersion;
-  std::string temporaryWorkspacePrefix;
-  std::string temporaryWorkspaceDescription;
-  bool browseDynamicDocuments = true;
-  bool browseCadDocuments = false;
+struct SettingsSlot {
+  std::mutex mutex;
+  std::shared_ptr<const Settings> settings = std::make_shared<const Settings>();
 };
 
-Settings& TheSettings() {
-  static Settings settings;
-  return settings;
+SettingsSlot& Slot() {
+  static SettingsSlot slot;
+  return slot;
+}
+
+// Replaces the record by a changed copy. Whoever holds the old one goes on reading it.
+template <typename Change>
+void ChangeSettings(Change change) {
+  std::shared_ptr<const Settings> settings;  // released behind the lock
+  const std::lock_guard lock(Slot().mutex);
+  auto changed = std::make_shared<Settings>(*Slot().settings);
+  change(*changed);
+  settings = std::exchange(Slot().settings, std::move(changed));
+}
+
+// Writes one text; null counts as empty, and an empty text as `standard`.
+void SetText(std::string Settings::*text, const char* value, const std::string& standard = {}) {
+  const std::string given = IsGiven(value) ? value : standard;
+  ChangeSettings([&](Settings& settings) { settings.*text = given; });
+}
+
+void SetFlag(bool Settings::*flag, bool value) {
+  ChangeSettings([&](Settings& settings) { settings.*flag = value; });
 }
 
 // The two kinds of flag read their value differently, and stay so. "false" turns the browse flags off, and
@@ -39,83 +48,52 @@ bool AnyValueButFalseIsOn(const char* value) {
   return IsGiven(value) && std::string_view(value) != "false";
 }
 
-const char* TextOrDefault(const std::string& text, const char* standard) {
-  return text.empty() ? standard : text.c_str();
-}
-
 }  // namespace
 
-const char* VfsScheme() {
-  return TheSettings().vfsScheme.c_str();
-}
-const char* UidScheme() {
-  return TheSettings().uidScheme.c_str();
-}
-bool LegacyVfsPaths() {
-  return TheSettings().legacyVfsPaths;
-}
-std::string AuthoringApplication() {
-  return TheSettings().authoringApplication;
-}
-std::string AuthAppVersionToRegister() {
-  return TheSettings().authAppVersionToRegister;
-}
-std::string AuthAppVersion() {
-  return TheSettings().authAppVersion;
-}
-
-const char* TemporaryWorkspacePrefix() {
-  return TextOrDefault(TheSettings().temporaryWorkspacePrefix, defaultWorkspacePrefix);
-}
-
-const char* TemporaryWorkspaceDescription() {
-  return TextOrDefault(TheSettings().temporaryWorkspaceDescription, defaultWorkspaceDescription);
-}
-
-bool BrowseDynamicDocuments() {
-  return TheSettings().browseDynamicDocuments;
-}
-bool BrowseCadDocuments() {
-  return TheSettings().browseCadDocuments;
+std::shared_ptr<const Settings> CurrentSettings() {
+  const std::lock_guard lock(Slot().mutex);
+  return Slot().settings;
 }
 
 void SetUriStem(const char* stem) {
-  // A copy first: a host may hand in the very text that is replaced here.
   const std::string given = TextOrEmpty(stem);
-  Settings& settings = TheSettings();
-  settings.vfsScheme = given.empty() ? defaultVfsScheme : given + "-vfs";
-  settings.uidScheme = given.empty() ? defaultUidScheme : given + "-vt";
+  const Settings standard;
+  ChangeSettings([&](Settings& settings) {
+    settings.vfsScheme = given.empty() ? standard.vfsScheme : given + "-vfs";
+    settings.uidScheme = given.empty() ? standard.uidScheme : given + "-vt";
+  });
 }
 
 void SetLegacyVfsPaths(const char* value) {
-  TheSettings().legacyVfsPaths = AnyValueIsOn(value);
+  SetFlag(&Settings::legacyVfsPaths, AnyValueIsOn(value));
 }
+
 void SetAuthoringApplication(const char* value) {
-  TheSettings().authoringApplication = TextOrEmpty(value);
+  SetText(&Settings::authoringApplication, value);
 }
 
 void SetAuthAppVersionToRegister(const char* value) {
-  TheSettings().authAppVersionToRegister = TextOrEmpty(value);
+  SetText(&Settings::authAppVersionToRegister, value);
 }
 
 void SetAuthAppVersion(const char* value) {
-  TheSettings().authAppVersion = TextOrEmpty(value);
+  SetText(&Settings::authAppVersion, value);
 }
 
 void SetTemporaryWorkspacePrefix(const char* value) {
-  TheSettings().temporaryWorkspacePrefix = TextOrEmpty(value);
+  SetText(&Settings::temporaryWorkspacePrefix, value, Settings().temporaryWorkspacePrefix);
 }
 
 void SetTemporaryWorkspaceDescription(const char* value) {
-  TheSettings().temporaryWorkspaceDescription = TextOrEmpty(value);
+  SetText(&Settings::temporaryWorkspaceDescription, value, Settings().temporaryWorkspaceDescription);
 }
 
 void SetBrowseDynamicDocuments(const char* value) {
-  TheSettings().browseDynamicDocuments = AnyValueButFalseIsOn(value);
+  SetFlag(&Settings::browseDynamicDocuments, AnyValueButFalseIsOn(value));
 }
 
 void SetBrowseCadDocuments(const char* value) {
-  TheSettings().browseCadDocuments = AnyValueButFalseIsOn(value);
+  SetFlag(&Settings::browseCadDocuments, AnyValueButFalseIsOn(value));
 }
 
 }  // namespace lxservices::cms_interface

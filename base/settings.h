@@ -1,31 +1,29 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
-/// The process-wide settings behind SetAppConfig. Plain unsynchronised values: a host writes them while no
-/// other thread is inside the library. Nothing here makes a request.
+/// The process-wide settings behind SetAppConfig. Nothing here makes a request. Any thread may read and write
+/// them at any time.
 namespace lxservices::cms_interface {
 
-/// Scheme of VFS paths. The pointer stays valid until the stem is next written.
-[[nodiscard]] const char* VfsScheme();
-/// Scheme of UIDs. The pointer stays valid until the stem is next written.
-[[nodiscard]] const char* UidScheme();
-/// Whether the legacy scheme "vndir" is honoured.
-[[nodiscard]] bool LegacyVfsPaths();
-/// As stored: the reader puts the default in the place of an empty text.
-[[nodiscard]] std::string AuthoringApplication();
-/// As stored: an empty text means no registration.
-[[nodiscard]] std::string AuthAppVersionToRegister();
-/// As stored: the reader puts the default in the place of an empty text.
-[[nodiscard]] std::string AuthAppVersion();
-/// Name prefix of temporary workspaces. The pointer stays valid until the setting is next written.
-[[nodiscard]] const char* TemporaryWorkspacePrefix();
-/// Description of temporary workspaces. The pointer stays valid until the setting is next written.
-[[nodiscard]] const char* TemporaryWorkspaceDescription();
-/// Whether listing and location look at dynamic documents.
-[[nodiscard]] bool BrowseDynamicDocuments();
-/// Whether listing and location look at CAD documents.
-[[nodiscard]] bool BrowseCadDocuments();
+/// All settings, as one record. The initial values are the defaults.
+struct Settings {
+  std::string vfsScheme = "korvufenloom-vfs";  ///< scheme of VFS paths
+  std::string uidScheme = "korvufenloom-vt";   ///< scheme of UIDs
+  bool legacyVfsPaths = false;                 ///< the legacy scheme "vndir" is honoured
+  std::string authoringApplication;      ///< as stored: the reader puts the default in the place of "nothing"
+  std::string authAppVersionToRegister;  ///< as stored: empty means no registration
+  std::string authAppVersion;            ///< as stored, like authoringApplication
+  std::string temporaryWorkspacePrefix = "FenloomTMP";
+  std::string temporaryWorkspaceDescription = "ZVK Fenloom temporary workspace";
+  bool browseDynamicDocuments = true;  ///< listing and location look at dynamic documents
+  bool browseCadDocuments = false;     ///< listing and location look at CAD documents
+};
+
+/// The settings of now, as a whole that no later write changes. Whoever reads several that belong together
+/// reads them from one such record.
+[[nodiscard]] std::shared_ptr<const Settings> CurrentSettings();
 
 /// Makes the two schemes of a stem; null or empty brings the defaults back.
 void SetUriStem(const char* stem);

@@ -112,20 +112,22 @@ bool ListCadDocuments(const std::shared_ptr<VtConnection>& connection, const std
 bool ListODataFolder(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
                      const DirEntryCallback& callback, bool details) {
   if (!ListSubfolders(connection, resource, callback)) return false;
-  if (BrowseDynamicDocuments() && !ListDynamicDocuments(connection, resource, callback, details)) {
+  const auto settings = CurrentSettings();
+  if (settings->browseDynamicDocuments && !ListDynamicDocuments(connection, resource, callback, details)) {
     return false;
   }
-  return !BrowseCadDocuments() || ListCadDocuments(connection, resource, callback, details, false);
+  return !settings->browseCadDocuments || ListCadDocuments(connection, resource, callback, details, false);
 }
 
 bool ListODataFolderV5(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
                        const DirEntryCallback& callback, bool details, bool versions) {
   if (!ListSubfolders(connection, resource, callback)) return false;
-  if (BrowseDynamicDocuments() &&
+  const auto settings = CurrentSettings();
+  if (settings->browseDynamicDocuments &&
       !ListDynamicDocumentsV5(connection, resource, callback, details, versions)) {
     return false;
   }
-  return !BrowseCadDocuments() || ListCadDocuments(connection, resource, callback, details, versions);
+  return !settings->browseCadDocuments || ListCadDocuments(connection, resource, callback, details, versions);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -20,8 +20,9 @@ std::vector<DocCandidate> SearchDynamicDocuments(const std::shared_ptr<VtConnect
 std::vector<DocCandidate> SearchByCadName(const std::shared_ptr<VtConnection>& connection,
                                           const ServiceFlags& services, const std::string& cadName) {
   std::vector<DocCandidate> candidates;
-  if (BrowseDynamicDocuments()) candidates = SearchDynamicDocuments(connection, services, cadName);
-  if (candidates.empty() && BrowseCadDocuments() && services.cadDocPresent) {
+  const auto settings = CurrentSettings();
+  if (settings->browseDynamicDocuments) candidates = SearchDynamicDocuments(connection, services, cadName);
+  if (candidates.empty() && settings->browseCadDocuments && services.cadDocPresent) {
     candidates = SearchCadDocuments(connection, cadName);
   }
   return candidates;

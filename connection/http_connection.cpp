@@ -14,20 +14,36 @@ constexpr const char* clientMark = "X-Zvk-Connected: 1";
 
 }  // namespace
 
-HttpConnection::HttpConnection(const std::string& uri, AuthFunction auth)
+HttpConnection::HttpConnection(const std::string& uri, AuthFunction auth, Reach reach)
     : uri_(uri),
       basePath_(WithTrailingSlash(du::GetURIPart(uri, du::URIPart::Path))),
-      connection_(du::http::ConnectURI(uri.c_str(), nullptr, nullptr)),
-      auth_(std::move(auth)) {}
+      auth_(std::move(auth)),
+      reach_(reach) {
+  (void)Connect();
+}
+
+// The platform connection, or null when there is none to be had. It is made without the lock, since the
+// platform may be the host's own; of two threads that make one the later finds the other's and drops its own.
+du::http::Connection* HttpConnection::Connect() {
+  if (reach_ == Reach::Nowhere) return nullptr;
+  {
+    const std::lock_guard lock(mutex_);
+    if (connection_ != nullptr) return connection_.get();
+  }
+  auto made = du::http::ConnectURI(uri_.c_str(), nullptr, nullptr);
+  const std::lock_guard lock(mutex_);
+  if (connection_ == nullptr) connection_.swap(made);
+  return connection_.get();
+}
 
 du::http::CommonAuth HttpConnection::MakeCommonAuth() const {
   return {clientMark, [uri = uri_, auth = auth_] { return auth(uri.c_str()); }};
 }
 
 du::http::ErrorCode HttpConnection::SendRequest(const du::http::Request& request, int* httpStatus) {
-  if (!connection_) connection_ = du::http::ConnectURI(uri_.c_str(), nullptr, nullptr);
-  if (!connection_) return du::http::ErrorCode::NoConnection;
-  return du::http::DoRequestWithCommonAuth(*connection_, MakeCommonAuth(), request, httpStatus);
+  du::http::Connection* connection = Connect();
+  if (connection == nullptr) return du::http::ErrorCode::NoConnection;
+  return du::http::DoRequestWithCommonAuth(*connection, MakeCommonAuth(), request, httpStatus);
 }
 
 du::http::ErrorCode HttpConnection::SendWithProgress(const du::http::Request& request, int* httpStatus,

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "platform/http.h"
@@ -12,15 +13,23 @@ namespace lxservices::cms_interface::vantry {
 /// Called with a server's URL when that server demands authentication; true means try again.
 using AuthFunction = std::function<bool(const char* url)>;
 
+/// Where the requests of a connection go.
+enum class Reach {
+  Server,  ///< to the server of the URL
+  Nowhere  ///< nowhere: the URL is of a form that names no server, whatever a platform could make of it
+};
+
 /// Binds one server URL to one platform connection and one authentication function. Held shared.
 ///
-/// The platform connection is made at construction and kept as long as the object lives; one that could not
-/// be made is made again before the next request. Every request runs on the caller's thread, one at a time.
+/// The platform connection is made at construction; one that could not be made is made again before the next
+/// request. Once there is one, it is the same for as long as the object lives. Every request runs on the
+/// caller's thread; any number of threads may send at once, also from inside the callbacks of a request.
 class HttpConnection {
  public:
-  /// @param uri   the server URL, kept exactly as given
-  /// @param auth  may be empty; then a demand for authentication raises std::bad_function_call
-  HttpConnection(const std::string& uri, AuthFunction auth);
+  /// @param uri    the server URL, kept exactly as given
+  /// @param auth   may be empty; then a demand for authentication raises std::bad_function_call
+  /// @param reach  Nowhere makes every request end without a connection
+  HttpConnection(const std::string& uri, AuthFunction auth, Reach reach = Reach::Server);
 
   [[nodiscard]] const std::string& uri() const { return uri_; }
   /// The path of the URL with a "/" at its end; empty for a URL without a path.
@@ -46,10 +55,14 @@ class HttpConnection {
                                              du::http::ProgressFunction downloadProgress);
 
  private:
-  std::string uri_;
-  std::string basePath_;
+  [[nodiscard]] du::http::Connection* Connect();
+
+  const std::string uri_;
+  const std::string basePath_;
+  const AuthFunction auth_;
+  const Reach reach_;
+  std::mutex mutex_;  ///< guards the pointer below, not what it leads to
   std::unique_ptr<du::http::Connection> connection_;
-  AuthFunction auth_;
 };
 
 }  // namespace lxservices::cms_interface::vantry

@@ -4,8 +4,8 @@
 
 namespace lxservices::cms_interface::vantry {
 
-VtConnection::VtConnection(const std::string& url, AuthFunction auth)
-    : http_(std::make_shared<HttpConnection>(url, auth)), auth_(auth) {}
+VtConnection::VtConnection(const std::string& url, AuthFunction auth, Reach reach)
+    : http_(std::make_shared<HttpConnection>(url, auth, reach)), auth_(auth) {}
 
 std::string VtConnection::CsrfHeader() {
   if (csrfHeader_.empty()) csrfHeader_ = FetchRestCsrf(http_);

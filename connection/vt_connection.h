@@ -14,7 +14,7 @@ namespace lxservices::cms_interface::vantry {
 class VtConnection {
  public:
   /// Makes the HttpConnection; sends nothing.
-  VtConnection(const std::string& url, AuthFunction auth);
+  VtConnection(const std::string& url, AuthFunction auth, Reach reach = Reach::Server);
 
   [[nodiscard]] const std::shared_ptr<HttpConnection>& http() const { return http_; }
 

@@ -19,10 +19,9 @@ std::string WithoutVersion(const std::string& relativePath) {
   return slash != std::string::npos && bar < slash ? relativePath : relativePath.substr(0, bar);
 }
 
-std::string VfsPathOfId(const std::shared_ptr<FileServer>& server, const std::string& id, bool folderOnly,
-                        bool latestForm) {
-  const std::string text = server->GetVFSPath(id.c_str(), folderOnly, latestForm);
-  return text.empty() ? std::string() : VfsPathOf(server, text);
+std::string VfsPathOfId(const PathTarget& target, bool folderOnly, bool latestForm) {
+  const std::string text = target.server->GetVFSPath(target.id.c_str(), folderOnly, latestForm);
+  return text.empty() ? std::string() : VfsPathOf(target.server, *target.table, text);
 }
 
 std::string ResolvedVfsPath(const char* path, bool folderOnly) {
@@ -30,7 +29,7 @@ std::string ResolvedVfsPath(const char* path, bool folderOnly) {
   if (target.server == nullptr) return {};
   if (target.id.empty()) target.id = target.server->ResolvePath(target.relativePath.c_str());
   if (target.id.empty()) return {};
-  return VfsPathOfId(target.server, target.id, folderOnly, false);
+  return VfsPathOfId(target, folderOnly, false);
 }
 
 }  // namespace
@@ -49,8 +48,8 @@ std::string GetUID(const char* path) {
 std::string GetVFSPathLatest(const char* path) {
   const PathTarget target = ResolveTarget(path, {}, 0);
   if (target.server == nullptr) return {};
-  if (target.id.empty()) return VfsPathOf(target.server, WithoutVersion(target.relativePath));
-  return VfsPathOfId(target.server, target.id, false, true);
+  if (!target.id.empty()) return VfsPathOfId(target, false, true);
+  return VfsPathOf(target.server, *target.table, WithoutVersion(target.relativePath));
 }
 
 std::string GetVFSPathVersioned(const char* path) {
@@ -69,7 +68,7 @@ std::string GetServerURL(const char* path) {
 std::string GetServerNickname(const char* path) {
   const PathTarget target = ResolveTarget(path, {}, ResolveQuiet);
   if (target.server == nullptr) return {};
-  return !target.nickname.empty() ? target.nickname : FindNicknameOfKey(target.server->GetServerKey());
+  return !target.nickname.empty() ? target.nickname : FindNicknameOf(*target.table, target.server);
 }
 
 }  // namespace VtDirectManager

@@ -12,7 +12,9 @@ namespace {
 constexpr std::string_view legacyScheme = "vndir";
 
 bool HasVfsPrefix(std::string_view text) {
-  return text.starts_with(VfsScheme()) || (LegacyVfsPaths() && text.starts_with(legacyScheme));
+  const auto settings = CurrentSettings();
+  return text.starts_with(settings->vfsScheme) ||
+         (settings->legacyVfsPaths && text.starts_with(legacyScheme));
 }
 
 // The text behind "scheme://" or behind the bare form's "//"; nothing when it is no VFS path.
@@ -41,7 +43,7 @@ std::string SplitVfsPath(const char* text, std::string& relativePath) {
 
 UidParts SplitUid(const char* text) {
   const std::string uid = text != nullptr ? text : "";
-  if (du::GetURIPart(uid, du::URIPart::Scheme) != UidScheme()) return {};
+  if (du::GetURIPart(uid, du::URIPart::Scheme) != CurrentSettings()->uidScheme) return {};
   const auto position = du::GetURIPartPosCount(uid, du::URIPart::Query).first;
   if (position == std::string::npos || position == 0) return {uid, {}};
   return {uid.substr(0, position - 1), QueryParameter(uid, "id").value_or("")};
@@ -79,14 +81,15 @@ using namespace lxservices::cms_interface;
 bool IsVFSPath(const char* text) {
   if (text == nullptr) return false;
   const std::string_view path = text;
-  if (StartsWithScheme(path, VfsScheme())) return true;
-  return LegacyVfsPaths() && path.starts_with("vndir://") && !path.starts_with("vndir://?");
+  const auto settings = CurrentSettings();
+  if (StartsWithScheme(path, settings->vfsScheme)) return true;
+  return settings->legacyVfsPaths && path.starts_with("vndir://") && !path.starts_with("vndir://?");
 }
 
 bool IsUID(const char* text) {
   if (text == nullptr) return false;
   const std::string_view uid = text;
-  if (!uid.starts_with(UidScheme())) return false;
+  if (!uid.starts_with(CurrentSettings()->uidScheme)) return false;
   if (uid.find("?id=") != std::string_view::npos) return true;
   const auto query = uid.find('?');
   return query != std::string_view::npos && uid.find("&id=", query) != std::string_view::npos;
@@ -94,8 +97,9 @@ bool IsUID(const char* text) {
 
 bool IsManaged(const char* text) {
   if (text == nullptr) return false;
-  return StartsWithScheme(text, UidScheme()) || StartsWithScheme(text, VfsScheme()) ||
-         (LegacyVfsPaths() && StartsWithScheme(text, legacyScheme));
+  const auto settings = CurrentSettings();
+  return StartsWithScheme(text, settings->uidScheme) || StartsWithScheme(text, settings->vfsScheme) ||
+         (settings->legacyVfsPaths && StartsWithScheme(text, legacyScheme));
 }
 
 bool CompareUIDsEqual(const char* a, const char* b) {

@@ -1,3 +1,4 @@
+#include "base/lasting_text.h"
 #include "base/settings.h"
 #include "public/vt_direct_manager.h"
 
@@ -29,7 +30,7 @@ void SetAppConfig(ConfigItem item, const char* value) {
 }
 
 const char* GetVFSLocationPrefix() {
-  return VfsScheme();
+  return LastingText(CurrentSettings()->vfsScheme);
 }
 
 }  // namespace VtDirectManager

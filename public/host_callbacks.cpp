@@ -6,12 +6,12 @@
 namespace lxservices::cms_interface {
 
 bool ForwardAuth(const char* url) {
-  const auto callback = TheManagerState().authCallback;
+  const auto callback = TheManagerState().authCallback.load();
   return callback != nullptr && callback(url);
 }
 
 bool RunTask(std::function<void()> task) {
-  if (const auto runner = TheManagerState().taskRunner) return runner(task);
+  if (const auto runner = TheManagerState().taskRunner.load()) return runner(task);
   task();
   return true;
 }

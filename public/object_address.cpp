@@ -16,9 +16,10 @@ std::string UidOfId(FileServer& server, const std::string& id) {
   return UidOfInfo(server, info, nullptr);
 }
 
-std::string VfsPathOf(const std::shared_ptr<FileServer>& server, const std::string& relativePath) {
+std::string VfsPathOf(const std::shared_ptr<FileServer>& server, const ServerTable& table,
+                      const std::string& relativePath) {
   if (server == nullptr) return {};
-  return std::string(VfsScheme()) + "://" + FindNicknameOfKey(server->GetServerKey()) + "/" + relativePath;
+  return CurrentSettings()->vfsScheme + "://" + FindNicknameOf(table, server) + "/" + relativePath;
 }
 
 }  // namespace lxservices::cms_interface

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "public/manager_state.h"
 #include "server/file_server.h"
 
 /// Addresses of objects on a server.
@@ -16,7 +17,8 @@ namespace lxservices::cms_interface {
 [[nodiscard]] std::string UidOfId(FileServer& server, const std::string& id);
 
 /// The VFS path of a relative path; the empty text for an empty pointer. No request.
-[[nodiscard]] std::string VfsPathOf(const std::shared_ptr<FileServer>& server,
+/// @param table  the list that names the server
+[[nodiscard]] std::string VfsPathOf(const std::shared_ptr<FileServer>& server, const ServerTable& table,
                                     const std::string& relativePath);
 
 }  // namespace lxservices::cms_interface

@@ -1,6 +1,7 @@
 #include "public/path_resolution.h"
 
 #include <string_view>
+#include <utility>
 
 #include "base/tracers.h"
 #include "public/address_text.h"
@@ -17,32 +18,40 @@ void Report(const VtDirectManager::StatusCallback& status, VtDirectManager::Stat
   if (status) status(code, nullptr);
 }
 
-PathTarget SplitAddress(const char* path) {
+PathTarget SplitAddress(const char* path, std::shared_ptr<const ServerTable> table) {
   PathTarget target;
+  target.table = std::move(table);
   target.nickname = SplitVfsPath(path, target.relativePath);
   if (!target.nickname.empty()) {
-    target.server = FindServerByNickname(target.nickname);
+    target.server = FindServerByNickname(*target.table, target.nickname);
     return target;
   }
   UidParts uid = SplitUid(path);
   target.base = std::move(uid.base);
   target.id = std::move(uid.id);
-  // A text that is no address has no base. A server whose URL cannot be read stands under the empty key, and
-  // must not be found by such a text.
-  if (!target.base.empty()) target.server = FindServerByKey(target.base);
+  target.server = FindServerByKey(*target.table, target.base);
   return target;
 }
 
-}  // namespace
-
-PathTarget ResolveTarget(const char* path, const VtDirectManager::StatusCallback& status, unsigned flags) {
+PathTarget Resolve(const char* path, std::shared_ptr<const ServerTable> table,
+                   const VtDirectManager::StatusCallback& status, unsigned flags) {
   if (path == nullptr) return {};
-  PathTarget target = SplitAddress(path);
+  PathTarget target = SplitAddress(path, std::move(table));
   const bool mustAnswer = (flags & ResolveProbe) != 0;
   if (target.server != nullptr && (!mustAnswer || target.server->TestConnection())) return target;
   VtDirectTracer()(FailureLevel(flags), "Failed to connect to server path %s\n", path);
   Report(status, VtDirectManager::StatusConnectFailed);
   return {};
+}
+
+}  // namespace
+
+PathTarget ResolveTarget(const char* path, const VtDirectManager::StatusCallback& status, unsigned flags) {
+  return Resolve(path, TheManagerState().table(), status, flags);
+}
+
+PathTarget ResolveTarget(const char* path, std::shared_ptr<const ServerTable> table) {
+  return Resolve(path, std::move(table), {}, 0);
 }
 
 FileTarget ResolveFileTarget(const char* path, const VtDirectManager::StatusCallback& status,

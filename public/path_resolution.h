@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "public/manager_state.h"
 #include "public/vt_direct_manager.h"
 #include "server/file_server.h"
 
@@ -16,6 +17,8 @@ struct PathTarget {
   std::string relativePath;  ///< from a VFS path
   std::string base;          ///< from a UID: its part before "?"
   std::string id;            ///< from a UID
+  /// The list that the server was found in: an operation goes by the servers that it began with.
+  std::shared_ptr<const ServerTable> table;
 };
 
 /// A server and an object on it. `server` is empty unless `id` is not.
@@ -35,6 +38,9 @@ enum ResolveFlags : unsigned {
 /// @return an empty target on a failure, which is traced, and for null, which is not
 [[nodiscard]] PathTarget ResolveTarget(const char* path, const VtDirectManager::StatusCallback& status,
                                        unsigned flags);
+
+/// ResolveTarget for a further address of an operation that has begun, in the list that it began with.
+[[nodiscard]] PathTarget ResolveTarget(const char* path, std::shared_ptr<const ServerTable> table);
 
 /// Finds the server and the object of an address. Makes requests unless the address holds an id.
 /// @param status  may be empty; called once on a failure that is traced

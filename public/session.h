@@ -1,14 +1,9 @@
 #pragma once
 
-#include <set>
-#include <string>
-
 namespace VtDirectManager {
 
-/// The servers that a host's batch of work has written off. The host holds the only lasting reference.
-class Session {
- public:
-  std::set<std::string> blockedKeys;
-};
+/// A host's batch of work. The host holds the only lasting reference; which servers it has written off is
+/// kept in the list of sessions (public/session_list.h), so that nobody has to hold a session to look at it.
+class Session {};
 
 }  // namespace VtDirectManager

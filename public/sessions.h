@@ -5,7 +5,7 @@
 
 #include "server/file_server.h"
 
-/// Sessions, in which failed servers are written off. Nothing here makes a request.
+/// Sessions, in which failed servers are written off. Nothing here makes a request. Any thread, any time.
 namespace lxservices::cms_interface {
 
 /// Whether a live session has written the server of this key off. Drops expired sessions up to the hit.

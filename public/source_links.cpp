@@ -10,10 +10,9 @@ namespace lxservices::cms_interface {
 namespace {
 
 // The object that a link leads to; empty, traced, when there is none on this server.
-std::string IdOfLink(const std::shared_ptr<FileServer>& server, const std::string& name,
-                     const std::string& address) {
-  const PathTarget target = ResolveTarget(address.c_str(), {}, 0);
-  if (target.server != server) {
+std::string IdOfLink(const PathTarget& document, const std::string& name, const std::string& address) {
+  const PathTarget target = ResolveTarget(address.c_str(), document.table);
+  if (target.server != document.server) {
     VtDirectTracer()(dp::TraceType::Warning,
                      "Links to different servers are unsupported: link to %s will be broken\n", name.c_str());
     return {};
@@ -26,14 +25,14 @@ std::string IdOfLink(const std::shared_ptr<FileServer>& server, const std::strin
   return id;
 }
 
-void ResolveSourceLink(const std::shared_ptr<FileServer>& server, std::map<std::string, std::string>& result,
+void ResolveSourceLink(const PathTarget& document, std::map<std::string, std::string>& result,
                        const std::string& name, const std::string& address) {
   if (name.empty()) {
     VtDirectTracer()(dp::TraceType::Error, "Not specifying a sensible source name is an error!");
     return;
   }
   std::string id;
-  if (!address.empty()) id = IdOfLink(server, name, address);
+  if (!address.empty()) id = IdOfLink(document, name, address);
   if (id.empty()) {
     result.erase(name);
   } else {
@@ -43,11 +42,11 @@ void ResolveSourceLink(const std::shared_ptr<FileServer>& server, std::map<std::
 
 }  // namespace
 
-std::map<std::string, std::string> ResolveSourceLinks(const std::shared_ptr<FileServer>& server,
+std::map<std::string, std::string> ResolveSourceLinks(const PathTarget& document,
                                                       const std::map<std::string, std::string>& links) {
   std::map<std::string, std::string> result;
   for (const auto& [escapedName, address] : links) {
-    ResolveSourceLink(server, result, UnescapeFileName(escapedName), address);
+    ResolveSourceLink(document, result, UnescapeFileName(escapedName), address);
   }
   return result;
 }

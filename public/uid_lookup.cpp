@@ -3,6 +3,7 @@
 #include "connection/server_check.h"
 #include "public/host_callbacks.h"
 #include "public/object_address.h"
+#include "public/server_list.h"
 #include "public/server_table.h"
 #include "public/vt_direct_manager.h"
 #include "server/create_file_server.h"

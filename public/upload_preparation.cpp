@@ -27,7 +27,7 @@ bool PrepareUploadJob(const PathTarget& target, const UploadRequest& request,
   }
   job.server = target.server;
   job.kind = KindOf(request.kind);
-  if (request.sourceLinks != nullptr) job.dependencies = ResolveSourceLinks(job.server, *request.sourceLinks);
+  if (request.sourceLinks != nullptr) job.dependencies = ResolveSourceLinks(target, *request.sourceLinks);
   job.mainPath = request.mainPath;
   job.viewablePath = request.viewablePath;
   if (request.language != nullptr) job.language = request.language;

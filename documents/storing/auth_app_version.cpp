@@ -13,7 +13,7 @@ constexpr const char* defaultVersion = "310";
 }  // namespace
 
 std::string AuthoringApplicationOrDefault() {
-  std::string application = AuthoringApplication();
+  std::string application = CurrentSettings()->authoringApplication;
   return application.empty() ? defaultApplication : application;
 }
 
@@ -24,9 +24,9 @@ std::string AuthAppVersionOrDefault(const VtConnection& connection) {
 void EnsureAuthAppVersion(const std::shared_ptr<VtConnection>& connection) {
   if (!connection->authAppVersion.empty()) return;
   std::string version;
-  const std::string toRegister = AuthAppVersionToRegister();
+  const std::string toRegister = CurrentSettings()->authAppVersionToRegister;
   if (!toRegister.empty()) version = RegisterAuthAppVersion(connection, toRegister);
-  if (version.empty()) version = AuthAppVersion();
+  if (version.empty()) version = CurrentSettings()->authAppVersion;
   connection->authAppVersion = version.empty() ? defaultVersion : version;
 }
 

@@ -27,10 +27,10 @@ bool IsTaken(const WorkspaceList& workspaces, const std::string& name) {
 // behind them do not depend on that.
 std::string FindFreeName(const WorkspaceList& workspaces, Clock clock) {
   for (int tries = 0; tries < nameTries; ++tries) {
-    std::string name = MakeWorkspaceName(TemporaryWorkspacePrefix(), clock());
+    std::string name = MakeWorkspaceName(CurrentSettings()->temporaryWorkspacePrefix.c_str(), clock());
     if (!IsTaken(workspaces, name)) return name;
   }
-  const std::string stem = MakeWorkspaceName(TemporaryWorkspacePrefix(), clock());
+  const std::string stem = MakeWorkspaceName(CurrentSettings()->temporaryWorkspacePrefix.c_str(), clock());
   for (int number = 0; number < nameTries; ++number) {
     std::string name = stem + std::to_string(number);
     if (!IsTaken(workspaces, name)) return name;
@@ -73,8 +73,9 @@ std::uint32_t SystemSeconds() {
 std::string CreateTemporaryWorkspace(const std::shared_ptr<VtConnection>& connection,
                                      const std::string& contextId, Clock clock) {
   WorkspaceRecord workspace;
-  const char* description = TemporaryWorkspaceDescription();
-  std::string name = MakeWorkspaceName(TemporaryWorkspacePrefix(), clock());
+  const auto settings = CurrentSettings();
+  const char* description = settings->temporaryWorkspaceDescription.c_str();
+  std::string name = MakeWorkspaceName(CurrentSettings()->temporaryWorkspacePrefix.c_str(), clock());
   if (CreateWorkspace(connection, contextId, name, workspace, description)) return workspace.id;
   WorkspaceList workspaces;
   (void)ListWorkspaces(connection, contextId, workspaces);

@@ -38,7 +38,8 @@ bool ListUserWorkspaces(const std::shared_ptr<VtConnection>& connection, const s
                         WorkspaceList& list) {
   WorkspaceList all;
   if (!ListWorkspaces(connection, contextId, all)) return false;
-  const std::string_view prefix = TemporaryWorkspacePrefix();
+  const auto settings = CurrentSettings();
+  const std::string_view prefix = settings->temporaryWorkspacePrefix;
   all.remove_if([prefix](const WorkspaceRecord& workspace) { return workspace.name.starts_with(prefix); });
   list.splice(list.end(), all);
   return true;

@@ -9,30 +9,30 @@ namespace {
 using namespace lxservices::cms_interface;
 
 TEST(Settings, StandAtTheirDefaultsAtLoad) {
-  EXPECT_STREQ(VfsScheme(), "korvufenloom-vfs");
-  EXPECT_STREQ(UidScheme(), "korvufenloom-vt");
-  EXPECT_FALSE(LegacyVfsPaths());
-  EXPECT_EQ(AuthoringApplication(), "");
-  EXPECT_EQ(AuthAppVersionToRegister(), "");
-  EXPECT_EQ(AuthAppVersion(), "");
-  EXPECT_STREQ(TemporaryWorkspacePrefix(), "FenloomTMP");
-  EXPECT_STREQ(TemporaryWorkspaceDescription(), "ZVK Fenloom temporary workspace");
-  EXPECT_TRUE(BrowseDynamicDocuments());
-  EXPECT_FALSE(BrowseCadDocuments());
+  EXPECT_EQ(CurrentSettings()->vfsScheme, "korvufenloom-vfs");
+  EXPECT_EQ(CurrentSettings()->uidScheme, "korvufenloom-vt");
+  EXPECT_FALSE(CurrentSettings()->legacyVfsPaths);
+  EXPECT_EQ(CurrentSettings()->authoringApplication, "");
+  EXPECT_EQ(CurrentSettings()->authAppVersionToRegister, "");
+  EXPECT_EQ(CurrentSettings()->authAppVersion, "");
+  EXPECT_EQ(CurrentSettings()->temporaryWorkspacePrefix, "FenloomTMP");
+  EXPECT_EQ(CurrentSettings()->temporaryWorkspaceDescription, "ZVK Fenloom temporary workspace");
+  EXPECT_TRUE(CurrentSettings()->browseDynamicDocuments);
+  EXPECT_FALSE(CurrentSettings()->browseCadDocuments);
 }
 
 TEST(Settings, AStemMakesBothSchemes) {
   SetUriStem("acme");
-  EXPECT_STREQ(VfsScheme(), "acme-vfs");
-  EXPECT_STREQ(UidScheme(), "acme-vt");
+  EXPECT_EQ(CurrentSettings()->vfsScheme, "acme-vfs");
+  EXPECT_EQ(CurrentSettings()->uidScheme, "acme-vt");
 }
 
 TEST(Settings, AnEmptyStemAndANullStemBringTheDefaultSchemesBack) {
   for (const char* stem : {"", static_cast<const char*>(nullptr)}) {
     SetUriStem("acme");
     SetUriStem(stem);
-    EXPECT_STREQ(VfsScheme(), "korvufenloom-vfs");
-    EXPECT_STREQ(UidScheme(), "korvufenloom-vt");
+    EXPECT_EQ(CurrentSettings()->vfsScheme, "korvufenloom-vfs");
+    EXPECT_EQ(CurrentSettings()->uidScheme, "korvufenloom-vt");
   }
 }
 
@@ -40,17 +40,17 @@ TEST(Settings, AnyTextTurnsTheLegacySchemeOnEvenFalse) {
   for (const char* value : {"false", "0", "no", "1", " "}) {
     SetLegacyVfsPaths(nullptr);
     SetLegacyVfsPaths(value);
-    EXPECT_TRUE(LegacyVfsPaths()) << value;
+    EXPECT_TRUE(CurrentSettings()->legacyVfsPaths) << value;
   }
 }
 
 TEST(Settings, NullAndTheEmptyTextTurnTheLegacySchemeOff) {
   SetLegacyVfsPaths("1");
   SetLegacyVfsPaths("");
-  EXPECT_FALSE(LegacyVfsPaths());
+  EXPECT_FALSE(CurrentSettings()->legacyVfsPaths);
   SetLegacyVfsPaths("1");
   SetLegacyVfsPaths(nullptr);
-  EXPECT_FALSE(LegacyVfsPaths());
+  EXPECT_FALSE(CurrentSettings()->legacyVfsPaths);
 }
 
 TEST(Settings, ExactlyFalseTurnsABrowseFlagOff) {
@@ -59,8 +59,8 @@ TEST(Settings, ExactlyFalseTurnsABrowseFlagOff) {
     SetBrowseCadDocuments("yes");
     SetBrowseDynamicDocuments(off);
     SetBrowseCadDocuments(off);
-    EXPECT_FALSE(BrowseDynamicDocuments());
-    EXPECT_FALSE(BrowseCadDocuments());
+    EXPECT_FALSE(CurrentSettings()->browseDynamicDocuments);
+    EXPECT_FALSE(CurrentSettings()->browseCadDocuments);
   }
 }
 
@@ -70,26 +70,26 @@ TEST(Settings, AnyOtherTextTurnsABrowseFlagOn) {
     SetBrowseCadDocuments("");
     SetBrowseDynamicDocuments(on);
     SetBrowseCadDocuments(on);
-    EXPECT_TRUE(BrowseDynamicDocuments()) << on;
-    EXPECT_TRUE(BrowseCadDocuments()) << on;
+    EXPECT_TRUE(CurrentSettings()->browseDynamicDocuments) << on;
+    EXPECT_TRUE(CurrentSettings()->browseCadDocuments) << on;
   }
 }
 
 TEST(Settings, TheTwoBrowseFlagsAreApart) {
   SetBrowseDynamicDocuments("false");
-  EXPECT_FALSE(BrowseCadDocuments());
+  EXPECT_FALSE(CurrentSettings()->browseCadDocuments);
   SetBrowseCadDocuments("1");
-  EXPECT_FALSE(BrowseDynamicDocuments());
-  EXPECT_TRUE(BrowseCadDocuments());
+  EXPECT_FALSE(CurrentSettings()->browseDynamicDocuments);
+  EXPECT_TRUE(CurrentSettings()->browseCadDocuments);
 }
 
 TEST(Settings, TextsOfTheAuthoringApplicationAreStoredAsGiven) {
   SetAuthoringApplication("APP");
   SetAuthAppVersionToRegister("12");
   SetAuthAppVersion("311");
-  EXPECT_EQ(AuthoringApplication(), "APP");
-  EXPECT_EQ(AuthAppVersionToRegister(), "12");
-  EXPECT_EQ(AuthAppVersion(), "311");
+  EXPECT_EQ(CurrentSettings()->authoringApplication, "APP");
+  EXPECT_EQ(CurrentSettings()->authAppVersionToRegister, "12");
+  EXPECT_EQ(CurrentSettings()->authAppVersion, "311");
 }
 
 TEST(Settings, NullStoresTheEmptyTextOfTheAuthoringApplication) {
@@ -100,38 +100,40 @@ TEST(Settings, NullStoresTheEmptyTextOfTheAuthoringApplication) {
   SetAuthoringApplication(nullptr);
   SetAuthAppVersionToRegister(nullptr);
   SetAuthAppVersion(nullptr);
-  EXPECT_EQ(AuthoringApplication(), "");
-  EXPECT_EQ(AuthAppVersionToRegister(), "");
-  EXPECT_EQ(AuthAppVersion(), "");
+  EXPECT_EQ(CurrentSettings()->authoringApplication, "");
+  EXPECT_EQ(CurrentSettings()->authAppVersionToRegister, "");
+  EXPECT_EQ(CurrentSettings()->authAppVersion, "");
 }
 
 TEST(Settings, WorkspaceTextsFallBackToTheirDefaults) {
   SetTemporaryWorkspacePrefix("TMP");
   SetTemporaryWorkspaceDescription("ours");
-  EXPECT_STREQ(TemporaryWorkspacePrefix(), "TMP");
-  EXPECT_STREQ(TemporaryWorkspaceDescription(), "ours");
+  EXPECT_EQ(CurrentSettings()->temporaryWorkspacePrefix, "TMP");
+  EXPECT_EQ(CurrentSettings()->temporaryWorkspaceDescription, "ours");
   SetTemporaryWorkspacePrefix("");
   SetTemporaryWorkspaceDescription(nullptr);
-  EXPECT_STREQ(TemporaryWorkspacePrefix(), "FenloomTMP");
-  EXPECT_STREQ(TemporaryWorkspaceDescription(), "ZVK Fenloom temporary workspace");
+  EXPECT_EQ(CurrentSettings()->temporaryWorkspacePrefix, "FenloomTMP");
+  EXPECT_EQ(CurrentSettings()->temporaryWorkspaceDescription, "ZVK Fenloom temporary workspace");
 }
 
-TEST(Settings, ACopiedTextOutlivesTheSettingAndAPointerHoldsUntilTheSettingIsWritten) {
-  SetAuthAppVersion("311");
-  const std::string copy = AuthAppVersion();
-  SetTemporaryWorkspacePrefix("TMP");
-  const char* prefix = TemporaryWorkspacePrefix();
-  SetAuthAppVersion("312");
-  SetTemporaryWorkspaceDescription("other");
-  EXPECT_EQ(copy, "311");
-  EXPECT_STREQ(prefix, "TMP");
+TEST(Settings, ThatWereReadAreChangedByNoLaterWrite) {
+  SetUriStem("acme");
+  SetBrowseCadDocuments("1");
+  const auto before = CurrentSettings();
+  SetUriStem("other");
+  SetBrowseCadDocuments(nullptr);
+  EXPECT_EQ(before->vfsScheme, "acme-vfs");
+  EXPECT_EQ(before->uidScheme, "acme-vt");
+  EXPECT_TRUE(before->browseCadDocuments);
+  EXPECT_EQ(CurrentSettings()->uidScheme, "other-vt");
+  EXPECT_FALSE(CurrentSettings()->browseCadDocuments);
 }
 
 TEST(Settings, TheTextIsCopiedFromTheHost) {
   std::string text = "acme";
   SetUriStem(text.c_str());
   text.assign("xxxx");
-  EXPECT_STREQ(UidScheme(), "acme-vt");
+  EXPECT_EQ(CurrentSettings()->uidScheme, "acme-vt");
 }
 
 }  // namespace

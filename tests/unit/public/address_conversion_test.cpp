@@ -180,7 +180,7 @@ TEST_F(ObjectAddress, OfAnIdTakesTheIdThatTheServerGives) {
 }
 
 TEST_F(ObjectAddress, OfAPathNeedsAServer) {
-  EXPECT_EQ(VfsPathOf(nullptr, "a"), "");
+  EXPECT_EQ(VfsPathOf(nullptr, {}, "a"), "");
 }
 
 }  // namespace

@@ -12,14 +12,14 @@ using namespace lxservices::cms_interface;
 
 TEST(UriStem, HasADefault) {
   EXPECT_STREQ(GetVFSLocationPrefix(), "korvufenloom-vfs");
-  EXPECT_STREQ(VfsScheme(), "korvufenloom-vfs");
-  EXPECT_STREQ(UidScheme(), "korvufenloom-vt");
+  EXPECT_EQ(CurrentSettings()->vfsScheme, "korvufenloom-vfs");
+  EXPECT_EQ(CurrentSettings()->uidScheme, "korvufenloom-vt");
 }
 
 TEST(UriStem, MakesBothSchemes) {
   SetAppConfig(ConfigUriStem, "acme");
   EXPECT_STREQ(GetVFSLocationPrefix(), "acme-vfs");
-  EXPECT_STREQ(UidScheme(), "acme-vt");
+  EXPECT_EQ(CurrentSettings()->uidScheme, "acme-vt");
   EXPECT_TRUE(IsVFSPath("acme-vfs://plm/a"));
   EXPECT_FALSE(IsVFSPath("korvufenloom-vfs://plm/a"));
   EXPECT_TRUE(IsUID("acme-vt://s/?id=1"));
@@ -31,39 +31,40 @@ TEST(UriStem, GoesBackToItsDefaultForNullAndEmpty) {
     SetAppConfig(ConfigUriStem, "acme");
     SetAppConfig(ConfigUriStem, value);
     EXPECT_STREQ(GetVFSLocationPrefix(), "korvufenloom-vfs");
-    EXPECT_STREQ(UidScheme(), "korvufenloom-vt");
+    EXPECT_EQ(CurrentSettings()->uidScheme, "korvufenloom-vt");
   }
 }
 
 TEST(UriStem, MayBeMadeOfTheTextThatItReplaces) {
   SetAppConfig(ConfigUriStem, GetVFSLocationPrefix());
   EXPECT_STREQ(GetVFSLocationPrefix(), "korvufenloom-vfs-vfs");
-  EXPECT_STREQ(UidScheme(), "korvufenloom-vfs-vt");
+  EXPECT_EQ(CurrentSettings()->uidScheme, "korvufenloom-vfs-vt");
 }
 
 TEST(LegacyFlag, IsOffAtFirstAndOnForAnyValue) {
-  EXPECT_FALSE(LegacyVfsPaths());
+  EXPECT_FALSE(CurrentSettings()->legacyVfsPaths);
   for (const char* value : {"false", "False", "0", "no", "1", " "}) {
     SetAppConfig(ConfigLegacyVfsPaths, value);
-    EXPECT_TRUE(LegacyVfsPaths()) << value;
+    EXPECT_TRUE(CurrentSettings()->legacyVfsPaths) << value;
     SetAppConfig(ConfigLegacyVfsPaths, "");
-    EXPECT_FALSE(LegacyVfsPaths()) << value;
+    EXPECT_FALSE(CurrentSettings()->legacyVfsPaths) << value;
   }
   SetAppConfig(ConfigLegacyVfsPaths, "1");
   SetAppConfig(ConfigLegacyVfsPaths, nullptr);
-  EXPECT_FALSE(LegacyVfsPaths());
+  EXPECT_FALSE(CurrentSettings()->legacyVfsPaths);
 }
 
 struct BrowseFlag {
   ConfigItem item;
-  bool (*read)();
+  bool Settings::*flag;
   bool initial;
 };
 
 class BrowseFlags : public testing::TestWithParam<BrowseFlag> {};
 
 TEST_P(BrowseFlags, AreOffForNothingAndExactlyFalseAndElseOn) {
-  const auto& [item, read, initial] = GetParam();
+  const auto& [item, flag, initial] = GetParam();
+  const auto read = [flag = flag] { return (*CurrentSettings()).*flag; };
   EXPECT_EQ(read(), initial);
   for (const char* on : {"no", "False", "FALSE", "false ", "fals", "0", "true"}) {
     SetAppConfig(item, "false");
@@ -78,21 +79,22 @@ TEST_P(BrowseFlags, AreOffForNothingAndExactlyFalseAndElseOn) {
   EXPECT_FALSE(read());
 }
 
-INSTANTIATE_TEST_SUITE_P(Both, BrowseFlags,
-                         testing::Values(BrowseFlag{ConfigBrowseDynamicDocuments, BrowseDynamicDocuments,
-                                                    true},
-                                         BrowseFlag{ConfigBrowseCadDocuments, BrowseCadDocuments, false}),
-                         [](const auto& test) { return test.param.initial ? "Dynamic" : "Cad"; });
+INSTANTIATE_TEST_SUITE_P(
+    Both, BrowseFlags,
+    testing::Values(BrowseFlag{ConfigBrowseDynamicDocuments, &Settings::browseDynamicDocuments, true},
+                    BrowseFlag{ConfigBrowseCadDocuments, &Settings::browseCadDocuments, false}),
+    [](const auto& test) { return test.param.initial ? "Dynamic" : "Cad"; });
 
 struct StoredText {
   ConfigItem item;
-  std::string (*read)();
+  std::string Settings::*text;
 };
 
 class StoredTexts : public testing::TestWithParam<StoredText> {};
 
 TEST_P(StoredTexts, AreHandedOutAsTheyWereStored) {
-  const auto& [item, read] = GetParam();
+  const auto& [item, text] = GetParam();
+  const auto read = [text = text] { return (*CurrentSettings()).*text; };
   EXPECT_EQ(read(), "");
   SetAppConfig(item, "given");
   EXPECT_EQ(read(), "given");
@@ -103,44 +105,49 @@ TEST_P(StoredTexts, AreHandedOutAsTheyWereStored) {
   EXPECT_EQ(read(), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(All, StoredTexts,
-                         testing::Values(StoredText{ConfigAuthoringApplication, AuthoringApplication},
-                                         StoredText{ConfigRegisterAuthAppVersion, AuthAppVersionToRegister},
-                                         StoredText{ConfigAuthAppVersion, AuthAppVersion}),
-                         [](const auto& test) { return "Item" + std::to_string(test.param.item); });
+INSTANTIATE_TEST_SUITE_P(
+    All, StoredTexts,
+    testing::Values(StoredText{ConfigAuthoringApplication, &Settings::authoringApplication},
+                    StoredText{ConfigRegisterAuthAppVersion, &Settings::authAppVersionToRegister},
+                    StoredText{ConfigAuthAppVersion, &Settings::authAppVersion}),
+    [](const auto& test) { return "Item" + std::to_string(test.param.item); });
 
 struct DefaultedText {
   ConfigItem item;
-  const char* (*read)();
+  std::string Settings::*text;
   const char* standard;
 };
 
 class DefaultedTexts : public testing::TestWithParam<DefaultedText> {};
 
 TEST_P(DefaultedTexts, ComeBackToTheirDefaultForNullAndEmpty) {
-  const auto& [item, read, standard] = GetParam();
-  EXPECT_STREQ(read(), standard);
+  const auto& [item, text, standard] = GetParam();
+  const auto read = [text = text] { return (*CurrentSettings()).*text; };
+  EXPECT_EQ(read(), standard);
   SetAppConfig(item, "given");
-  EXPECT_STREQ(read(), "given");
+  EXPECT_EQ(read(), "given");
   SetAppConfig(item, "");
-  EXPECT_STREQ(read(), standard);
+  EXPECT_EQ(read(), standard);
   SetAppConfig(item, "given");
   SetAppConfig(item, nullptr);
-  EXPECT_STREQ(read(), standard);
+  EXPECT_EQ(read(), standard);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Both, DefaultedTexts,
-    testing::Values(DefaultedText{ConfigTempWorkspacePrefix, TemporaryWorkspacePrefix, "FenloomTMP"},
-                    DefaultedText{ConfigTempWorkspaceDescription, TemporaryWorkspaceDescription,
-                                  "ZVK Fenloom temporary workspace"}),
-    [](const auto& test) { return "Item" + std::to_string(test.param.item); });
+INSTANTIATE_TEST_SUITE_P(Both, DefaultedTexts,
+                         testing::Values(DefaultedText{ConfigTempWorkspacePrefix,
+                                                       &Settings::temporaryWorkspacePrefix, "FenloomTMP"},
+                                         DefaultedText{ConfigTempWorkspaceDescription,
+                                                       &Settings::temporaryWorkspaceDescription,
+                                                       "ZVK Fenloom temporary workspace"}),
+                         [](const auto& test) { return "Item" + std::to_string(test.param.item); });
 
 std::string AllSettings() {
-  std::string text = std::string(VfsScheme()) + ";" + UidScheme() + ";" + AuthoringApplication() + ";" +
-                     AuthAppVersionToRegister() + ";" + AuthAppVersion() + ";" + TemporaryWorkspacePrefix() +
-                     ";" + TemporaryWorkspaceDescription() + ";";
-  for (const bool flag : {LegacyVfsPaths(), BrowseDynamicDocuments(), BrowseCadDocuments()}) {
+  const Settings settings = *CurrentSettings();
+  std::string text = settings.vfsScheme + ";" + settings.uidScheme + ";" + settings.authoringApplication +
+                     ";" + settings.authAppVersionToRegister + ";" + settings.authAppVersion + ";" +
+                     settings.temporaryWorkspacePrefix + ";" + settings.temporaryWorkspaceDescription + ";";
+  for (const bool flag :
+       {settings.legacyVfsPaths, settings.browseDynamicDocuments, settings.browseCadDocuments}) {
     text += flag ? '1' : '0';
   }
   return text;

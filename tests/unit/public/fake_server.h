@@ -10,6 +10,7 @@
 
 #include "public/manager_state.h"
 #include "server/file_server.h"
+#include "tests/support/server_table_access.h"
 #include "tests/support/trace_recorder.h"
 
 namespace vtdirect_test {
@@ -152,9 +153,7 @@ class FakeServerTest : public testing::Test {
 
   template <typename Server>
   void Put(const std::string& nickname, const std::string& key, const std::string& url) {
-    auto& table = lxservices::cms_interface::TheManagerState().table;
-    table.nicknames[nickname] = key;
-    table.servers[key] = std::make_shared<Server>(key, url, answers);
+    PutServer(key, std::make_shared<Server>(key, url, answers), nickname);
   }
 
   FakeAnswers answers;

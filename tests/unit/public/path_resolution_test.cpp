@@ -100,7 +100,7 @@ TEST_F(TargetResolution, FailsForTextsThatAreNeitherForm) {
 
 TEST_F(TargetResolution, AddsNoServerForAUidThatIsNotInTheTable) {
   EXPECT_EQ(ResolveTarget("korvufenloom-vt://other.example/?id=D1", Status(), 0).server, nullptr);
-  EXPECT_EQ(TheManagerState().table.servers.size(), 1u);
+  EXPECT_EQ(TableNow().servers.size(), 1u);
   EXPECT_EQ(statuses, Lines{"1 (null)"});
 }
 

@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include "public/manager_state.h"
+#include "public/server_list.h"
 #include "public/vt_direct_manager.h"
 #include "tests/support/scripted_transport.h"
+#include "tests/support/server_table_access.h"
 #include "tests/support/trace_recorder.h"
 
 namespace {
@@ -12,6 +14,8 @@ namespace {
 using namespace VtDirectManager;
 using namespace lxservices::cms_interface;
 using Lines = std::vector<std::string>;
+using vtdirect_test::PutServer;
+using vtdirect_test::TableNow;
 
 // Every test also sees that nothing here makes a request or traces.
 class ServerList : public testing::Test {
@@ -21,7 +25,6 @@ class ServerList : public testing::Test {
     EXPECT_TRUE(trace.lines().empty());
   }
 
-  static ServerTable& table() { return TheManagerState().table; }
   static Lines Nicknames() {
     Lines nicknames;
     ReadRootDirs([](const char* nickname, void* user) { static_cast<Lines*>(user)->emplace_back(nickname); },
@@ -37,8 +40,8 @@ TEST_F(ServerList, EntersEachServerUnderItsKey) {
   UpdateServerList({{"plm", "https://plm.example/vt"}, {"lib", "http://lib.example:8080/a/"}});
   const std::map<std::string, std::string> nicknames{{"lib", "korvufenloom-vt://lib.example:8080/a/"},
                                                      {"plm", "korvufenloom-vt://plm.example/vt/"}};
-  EXPECT_EQ(table().nicknames, nicknames);
-  ASSERT_EQ(table().servers.size(), 2u);
+  EXPECT_EQ(TableNow().nicknames, nicknames);
+  ASSERT_EQ(TableNow().servers.size(), 2u);
   const auto plm = FindServerByNickname("plm");
   ASSERT_NE(plm, nullptr);
   EXPECT_EQ(plm->GetServerKey(), "korvufenloom-vt://plm.example/vt/");
@@ -48,9 +51,9 @@ TEST_F(ServerList, EntersEachServerUnderItsKey) {
 TEST_F(ServerList, GivesOneServerToTwoNicknamesOfOneUrl) {
   UpdateServerList({{"b", "https://plm.example/vt"}, {"a", "https://plm.example/vt/"}});
   EXPECT_EQ(Nicknames(), (Lines{"a", "b"}));
-  EXPECT_EQ(table().servers.size(), 1u);
+  EXPECT_EQ(TableNow().servers.size(), 1u);
   EXPECT_EQ(FindServerByNickname("a"), FindServerByNickname("b"));
-  EXPECT_EQ(FindNicknameOfKey("korvufenloom-vt://plm.example/vt/"), "a");
+  EXPECT_EQ(FindNicknameOfKey(TableNow(), "korvufenloom-vt://plm.example/vt/"), "a");
 }
 
 TEST_F(ServerList, KeepsTheServersOfAnUnchangedList) {
@@ -98,8 +101,8 @@ TEST_F(ServerList, DropsWhatIsNoLongerListedButNotFromUnderItsUsers) {
   std::shared_ptr<FileServer> held = FindServerByNickname("plm");
   const std::weak_ptr<FileServer> watched = held;
   UpdateServerList({});
-  EXPECT_TRUE(table().servers.empty());
-  EXPECT_TRUE(table().nicknames.empty());
+  EXPECT_TRUE(TableNow().servers.empty());
+  EXPECT_TRUE(TableNow().nicknames.empty());
   EXPECT_EQ(held->GetServerKey(), "korvufenloom-vt://plm.example/vt/");
   held.reset();
   EXPECT_TRUE(watched.expired());
@@ -117,16 +120,69 @@ TEST_F(ServerList, DropsAServerThatTheLibraryAddedUnlessTheListNamesIt) {
 
 TEST_F(ServerList, TakesItsOwnNicknamesAsAnArgument) {
   UpdateServerList({{"plm", "https://plm.example/vt"}});
-  UpdateServerList(table().nicknames);
+  UpdateServerList(TableNow().nicknames);
   EXPECT_EQ(Nicknames(), Lines{"plm"});
   EXPECT_EQ(FindServerByNickname("plm")->GetServerURL(), "https://plm.example/vt/");
 }
 
 TEST_F(ServerList, EntersAnUnreadableUrlUnderTheEmptyKey) {
   UpdateServerList({{"bad", "ftp://plm.example/"}});
-  EXPECT_EQ(table().nicknames.at("bad"), "");
+  EXPECT_EQ(TableNow().nicknames.at("bad"), "");
   ASSERT_NE(FindServerByNickname("bad"), nullptr);
   EXPECT_EQ(FindServerByNickname("bad")->GetServerKey(), "");
+}
+
+// The two forms of a server's URL that give a key are told by lower-case letters.
+TEST_F(ServerList, GivesEachUnreadableUrlAServerOfItsOwn) {
+  UpdateServerList({{"one", "HTTP://one.example/vt"}, {"two", "HTTP://two.example/vt"}});
+  ASSERT_NE(FindServerByNickname("one"), nullptr);
+  ASSERT_NE(FindServerByNickname("two"), nullptr);
+  EXPECT_EQ(FindServerByNickname("one")->GetServerURL(), "HTTP://one.example/vt/");
+  EXPECT_EQ(FindServerByNickname("two")->GetServerURL(), "HTTP://two.example/vt/");
+  EXPECT_TRUE(TableNow().servers.empty());
+}
+
+TEST_F(ServerList, GivesTwoNicknamesOfOneUnreadableUrlAServerEach) {
+  UpdateServerList({{"a", "HTTP://one.example"}, {"b", "HTTP://one.example"}});
+  ASSERT_NE(FindServerByNickname("a"), nullptr);
+  EXPECT_NE(FindServerByNickname("a"), FindServerByNickname("b"));
+}
+
+TEST_F(ServerList, FindsAServerOfAnUnreadableUrlByNoUid) {
+  UpdateServerList({{"one", "HTTP://one.example/vt"}});
+  for (const char* key : {"", "/", "HTTP://one.example/vt/", "korvufenloom-vt://one.example/vt/"}) {
+    EXPECT_EQ(FindServerByKey(key), nullptr) << key;
+  }
+}
+
+TEST_F(ServerList, KeepsTheServerOfAnUnreadableUrlForItsNicknameAndUrl) {
+  UpdateServerList({{"one", "HTTP://one.example"}});
+  const auto before = FindServerByNickname("one");
+  UpdateServerList({{"one", "HTTP://one.example/"}});
+  EXPECT_EQ(FindServerByNickname("one"), before);
+  UpdateServerList({{"one", "HTTP://other.example/"}});
+  ASSERT_NE(FindServerByNickname("one"), nullptr);
+  EXPECT_EQ(FindServerByNickname("one")->GetServerURL(), "HTTP://other.example/");
+  UpdateServerList({{"one", "http://one.example/"}});
+  EXPECT_EQ(FindServerByNickname("one")->GetServerURL(), "http://one.example/");
+  EXPECT_TRUE(TableNow().keylessServers.empty());
+}
+
+TEST_F(ServerList, NamesTheServerOfAnUnreadableUrlByItsOwnNickname) {
+  UpdateServerList({{"one", "HTTP://one.example"}, {"two", "HTTP://two.example"}});
+  EXPECT_EQ(GetVFSPathLatest("//two/Products/a"), "korvufenloom-vfs://two/Products/a");
+  EXPECT_EQ(GetServerNickname("//two/"), "two");
+}
+
+TEST_F(ServerList, MakesNoConnectionForAnUnreadableUrl) {
+  UpdateServerList({{"one", "HTTP://one.example"}});
+  EXPECT_FALSE(FindServerByNickname("one")->TestConnection());
+  EXPECT_TRUE(transport.connections().empty());
+  ASSERT_EQ(trace.lines().size(), 1u);
+  EXPECT_EQ(trace.lines().front().text,
+            "Failed to get schema info servlet/odata/DynamicDocMgmt/$metadata from server "
+            "HTTP://one.example/");
+  trace.Clear();
 }
 
 TEST_F(ServerList, TakesAnEmptyUrl) {
@@ -193,10 +249,10 @@ TEST_F(KeyLookUp, AddsTheClosingSlashAndNormalisesNothing) {
 
 TEST_F(KeyLookUp, FindsTheNicknameWithOrWithoutTheClosingSlash) {
   UpdateServerList({{"plm", "https://plm.example/vt"}});
-  EXPECT_EQ(FindNicknameOfKey("korvufenloom-vt://plm.example/vt/"), "plm");
-  EXPECT_EQ(FindNicknameOfKey("korvufenloom-vt://plm.example/vt"), "plm");
-  EXPECT_EQ(FindNicknameOfKey("korvufenloom-vt://other/"), "");
-  EXPECT_EQ(FindNicknameOfKey(""), "");
+  EXPECT_EQ(FindNicknameOfKey(TableNow(), "korvufenloom-vt://plm.example/vt/"), "plm");
+  EXPECT_EQ(FindNicknameOfKey(TableNow(), "korvufenloom-vt://plm.example/vt"), "plm");
+  EXPECT_EQ(FindNicknameOfKey(TableNow(), "korvufenloom-vt://other/"), "");
+  EXPECT_EQ(FindNicknameOfKey(TableNow(), ""), "");
 }
 
 TEST_F(UrlLookUp, GivesAServerBuiltForHttpsToEveryScheme) {
@@ -225,12 +281,12 @@ TEST_F(UrlLookUp, GivesNothingForUnknownAndUnreadableUrls) {
 }
 
 TEST_F(UrlLookUp, GivesNothingForAnEmptyEntry) {
-  table().servers["korvufenloom-vt://plm.example/"] = nullptr;
+  PutServer("korvufenloom-vt://plm.example/", nullptr);
   EXPECT_EQ(FindServerByUrl("https://plm.example/"), nullptr);
 }
 
 TEST_F(ServerList, FillsAnEmptyEntry) {
-  table().servers["korvufenloom-vt://plm.example/"] = nullptr;
+  PutServer("korvufenloom-vt://plm.example/", nullptr);
   EXPECT_NE(AddServer("plm", "https://plm.example"), nullptr);
   UpdateServerList({{"plm", "https://plm.example"}});
   EXPECT_NE(FindServerByNickname("plm"), nullptr);
@@ -257,15 +313,21 @@ TEST_F(DerivedNickname, GrowsBehindItselfForServersOfOneHost) {
   EXPECT_EQ(FindServerByNickname("plm.example-1-2")->GetServerURL(), "https://plm.example/c/");
 }
 
+TEST_F(DerivedNickname, IsGivenOnceToAnUnreadableUrl) {
+  const auto server = AddServerWithDerivedNickname("HTTP://plm.example/vt");
+  EXPECT_EQ(AddServerWithDerivedNickname("HTTP://plm.example/vt/"), server);
+  EXPECT_EQ(Nicknames(), Lines{"plm.example"});
+}
+
 // The series asks for a server and not for a nickname, so the nickname of a server that a session has written
 // off is taken over.
 TEST_F(DerivedNickname, TakesTheNicknameOfABlockedServer) {
   AddServerWithDerivedNickname("https://plm.example/a");
   const auto session = StartSession();
-  session->blockedKeys.insert("korvufenloom-vt://plm.example/a/");
+  TheManagerState().sessions.Block("korvufenloom-vt://plm.example/a/");
   AddServerWithDerivedNickname("https://plm.example/b");
   EXPECT_EQ(Nicknames(), Lines{"plm.example"});
-  EXPECT_EQ(table().nicknames.at("plm.example"), "korvufenloom-vt://plm.example/b/");
+  EXPECT_EQ(TableNow().nicknames.at("plm.example"), "korvufenloom-vt://plm.example/b/");
 }
 
 TEST_F(CacheFlag, StartsTrueAndIsClearedOnDemand) {

@@ -49,7 +49,7 @@ TEST_F(ServerWithoutCheckout, IteratesWhatLooksLikeACheckout) {
 // A working copy that was there when the upload was prepared, on a server that offers no checkout any more.
 TEST_F(ServerWithoutCheckout, StoresIntoNoCheckout) {
   lxservices::cms_interface::UploadJob job;
-  job.server = lxservices::cms_interface::TheManagerState().table.servers[plmKey];
+  job.server = TableNow().servers[plmKey];
   job.id = "D1|W77|D2|T";
   job.checkedOut = true;
   Lines told;
@@ -63,7 +63,7 @@ TEST_F(ServerWithoutCheckout, StoresIntoNoCheckout) {
 
 TEST_F(ServerWithoutCheckout, CreatesWhatHasNoIdWhateverElseIsSaid) {
   lxservices::cms_interface::UploadJob job;
-  job.server = lxservices::cms_interface::TheManagerState().table.servers[plmKey];
+  job.server = TableNow().servers[plmKey];
   job.checkedOut = true;
   EXPECT_FALSE(RunUploadJob(job, {}, {}));
   EXPECT_EQ(answers.calls, Lines{"UploadNew"});

@@ -7,9 +7,11 @@
 #include <vector>
 
 #include "public/manager_state.h"
+#include "public/path_resolution.h"
 #include "public/vt_direct_manager.h"
 #include "server/file_server.h"
 #include "tests/support/scripted_transport.h"
+#include "tests/support/server_table_access.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/trace_recorder.h"
 
@@ -36,13 +38,14 @@ class ListedServerTest : public testing::Test {
   ListedServerTest() { VtDirectManager::UpdateServerList({{"plm", plmUrl}}); }
 
   static std::shared_ptr<lxservices::cms_interface::FileServer> Plm() {
-    return lxservices::cms_interface::TheManagerState().table.servers.at("korvufenloom-vt://plm.example/vt/");
+    return TableNow().servers.at("korvufenloom-vt://plm.example/vt/");
+  }
+  static lxservices::cms_interface::PathTarget PlmTarget() {
+    return lxservices::cms_interface::ResolveTarget("//plm/", {}, 0);
   }
   static Lines Nicknames() {
     Lines nicknames;
-    for (const auto& entry : lxservices::cms_interface::TheManagerState().table.nicknames) {
-      nicknames.push_back(entry.first);
-    }
+    for (const auto& entry : TableNow().nicknames) nicknames.push_back(entry.first);
     return nicknames;
   }
   // An OData schema document without a version.

@@ -18,7 +18,7 @@ TEST_F(ServerObject, IsMadeWithoutARequestAndEnteredNowhere) {
   ASSERT_NE(server, nullptr);
   EXPECT_TRUE(transport.requests().empty());
   EXPECT_EQ(Nicknames(), Lines{"plm"});
-  EXPECT_EQ(TheManagerState().table.servers.size(), 1u);
+  EXPECT_EQ(TableNow().servers.size(), 1u);
 }
 
 TEST_F(ServerObject, GivesItsNormalisedKeyAndItsUrlAsItWasGiven) {

@@ -60,7 +60,7 @@ TEST_F(UnlistedServer, IsCheckedAndForgottenByTheLookUpOfADocumentWhenNotAsked) 
   EXPECT_EQ(UIDFromVantryParams(newUrl, "D1", "W2", false), "");
   EXPECT_EQ(FirstLines(2), (Lines{versionLine, probeLine}));
   EXPECT_EQ(Nicknames(), Lines{"plm"});
-  EXPECT_EQ(lxservices::cms_interface::TheManagerState().table.servers.size(), 1u);
+  EXPECT_EQ(TableNow().servers.size(), 1u);
 }
 
 TEST_F(UnlistedServer, GivesTheUidOfADocumentThatItHas) {

@@ -62,7 +62,7 @@ TEST_F(LinksFailures, OfALinkByPath) {
   const Ending dropped{"",
                        {Warning("Failed to resolve " + searchedPath + " : link to bolt will be broken\n")}};
   Walk(SearchSteps({"D1", {"bolt = D1;", {}}, dropped}), [] {
-    return TextOf(lxservices::cms_interface::ResolveSourceLinks(Plm(), {{"bolt", searchedPath}}));
+    return TextOf(lxservices::cms_interface::ResolveSourceLinks(PlmTarget(), {{"bolt", searchedPath}}));
   });
 }
 

@@ -15,7 +15,7 @@ using LinkMap = std::map<std::string, std::string>;
 
 class SourceLinks : public UploadFrontTest {
  protected:
-  static LinkMap Resolve(const LinkMap& links) { return ResolveSourceLinks(Plm(), links); }
+  static LinkMap Resolve(const LinkMap& links) { return ResolveSourceLinks(PlmTarget(), links); }
 };
 
 TEST_F(SourceLinks, ByUidCostNoRequest) {
