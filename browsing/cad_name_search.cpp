@@ -15,19 +15,18 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 // Only the name is escaped; the blanks and the apostrophes of the filter go out as they stand.
-bool QueryByCadName(const std::shared_ptr<VtConnection>& connection, const std::string& cadName,
-                    std::vector<RestItem>& rows) {
-  return QueryObjects(connection, "vn.epm.EPMDocument", "number",
-                      "CADName eq '" + EscapeForUrl(cadName) + "'", rows);
+bool QueryByCadName(ServerContext& server, const std::string& cadName, std::vector<RestItem>& rows) {
+  return QueryObjects(server, "vn.epm.EPMDocument", "number", "CADName eq '" + EscapeForUrl(cadName) + "'",
+                      rows);
 }
 
 void TraceNoneFound(const std::string& cadName) {
   VtDirectTracer()(dp::TraceType::Error, "Failed find any document with CADName %s", cadName.c_str());
 }
 
-bool ReadFound(const std::shared_ptr<VtConnection>& connection, const std::string& cadName,
-               const std::string& id, DocumentRecord& record) {
-  if (ReadDocument(connection, id, record) == Ok) return true;
+bool ReadFound(ServerContext& server, const std::string& cadName, const std::string& id,
+               DocumentRecord& record) {
+  if (ReadDocument(server, id, record) == Ok) return true;
   VtDirectTracer()(dp::TraceType::Error, "Failed get document with CADName %s id %s", cadName.c_str(),
                    id.c_str());
   return false;
@@ -43,13 +42,12 @@ std::set<std::string> NumbersOf(const std::vector<RestItem>& rows) {
   return numbers;
 }
 
-std::size_t FindAmongNumbers(const std::shared_ptr<VtConnection>& connection,
-                             const std::set<std::string>& numbers, const std::string& contextId,
-                             DocumentRecord& record) {
+std::size_t FindAmongNumbers(ServerContext& server, const std::set<std::string>& numbers,
+                             const std::string& contextId, DocumentRecord& record) {
   std::size_t count = 0;
   for (const std::string& number : numbers) {
     DocumentRecord found;
-    if (!FindLatestDocumentByNumber(connection, number, contextId.c_str(), found)) continue;
+    if (!FindLatestDocumentByNumber(server, number, contextId.c_str(), found)) continue;
     if (count == 0) record = std::move(found);
     ++count;
   }
@@ -66,32 +64,31 @@ bool IsOlder(const DocumentRecord& left, const DocumentRecord& right) {
 
 }  // namespace
 
-bool FindDocumentByCadName(const std::shared_ptr<VtConnection>& connection, const std::string& cadName,
-                           DocumentRecord& record) {
+bool FindDocumentByCadName(ServerContext& server, const std::string& cadName, DocumentRecord& record) {
   std::vector<RestItem> rows;
-  if (!QueryByCadName(connection, cadName, rows) || rows.empty()) {
+  if (!QueryByCadName(server, cadName, rows) || rows.empty()) {
     TraceNoneFound(cadName);
     return false;
   }
-  return ReadFound(connection, cadName, rows.front().id, record);
+  return ReadFound(server, cadName, rows.front().id, record);
 }
 
-std::size_t FindDocumentByCadNameInContext(const std::shared_ptr<VtConnection>& connection,
-                                           const std::string& cadName, ContextKind kind,
-                                           const std::string& contextName, DocumentRecord& record) {
+std::size_t FindDocumentByCadNameInContext(ServerContext& server, const std::string& cadName,
+                                           ContextKind kind, const std::string& contextName,
+                                           DocumentRecord& record) {
   std::vector<RestItem> rows;
-  if (!QueryByCadName(connection, cadName, rows)) return 0;
+  if (!QueryByCadName(server, cadName, rows)) return 0;
   if (rows.empty()) {
     TraceNoneFound(cadName);
     return 0;
   }
-  if (rows.size() == 1) return ReadFound(connection, cadName, rows.front().id, record) ? 1 : 0;
+  if (rows.size() == 1) return ReadFound(server, cadName, rows.front().id, record) ? 1 : 0;
   ContextRecord context;
-  if (!FindContext(connection, kind, contextName, context)) {
+  if (!FindContext(server, kind, contextName, context)) {
     VtDirectTracer()(dp::TraceType::Miss, "Failed to read dir %s\n", contextName.c_str());
     return 0;
   }
-  const std::size_t count = FindAmongNumbers(connection, NumbersOf(rows), context.id, record);
+  const std::size_t count = FindAmongNumbers(server, NumbersOf(rows), context.id, record);
   // Several numbers are worth a line and no failure: the smallest has been taken.
   if (count != 1) {
     VtDirectTracer()(dp::TraceType::Error, "Found %zu document with CADName %s", count, cadName.c_str());
@@ -99,10 +96,10 @@ std::size_t FindDocumentByCadNameInContext(const std::shared_ptr<VtConnection>& 
   return count;
 }
 
-bool FindLatestDocumentByNumber(const std::shared_ptr<VtConnection>& connection, const std::string& number,
-                                const char* scope, DocumentRecord& record) {
+bool FindLatestDocumentByNumber(ServerContext& server, const std::string& number, const char* scope,
+                                DocumentRecord& record) {
   std::vector<DocumentRecord> documents;
-  if (!SearchDocuments(connection, number, documents, scope) || documents.empty()) return false;
+  if (!SearchDocuments(server, number, documents, scope) || documents.empty()) return false;
   DocumentRecord* best = &documents.front();
   for (DocumentRecord& document : documents) {
     if (document.master.id != best->master.id) {

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <string>
 
 #include "browsing/context_kind.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 
 /// Searches of the REST services for a document by its CAD name or its number. Each makes requests, on this
@@ -14,8 +13,8 @@ namespace lxservices::cms_interface::vantry {
 
 /// Finds the first document with a CAD name, wherever it stands. Up to two GETs.
 /// @param record  the document; on a false result it is not to be used
-[[nodiscard]] bool FindDocumentByCadName(const std::shared_ptr<VtConnection>& connection,
-                                         const std::string& cadName, DocumentRecord& record);
+[[nodiscard]] bool FindDocumentByCadName(ServerContext& server, const std::string& cadName,
+                                         DocumentRecord& record);
 
 /// Finds a document with a CAD name in one context.
 ///
@@ -24,17 +23,15 @@ namespace lxservices::cms_interface::vantry {
 /// the name, one for the context, and one for each number.
 /// @param record  the document found; of several numbers in the context that of the smallest number
 /// @return how many were found, one for each number; any but 0 counts as found
-[[nodiscard]] std::size_t FindDocumentByCadNameInContext(const std::shared_ptr<VtConnection>& connection,
-                                                         const std::string& cadName, ContextKind kind,
-                                                         const std::string& contextName,
+[[nodiscard]] std::size_t FindDocumentByCadNameInContext(ServerContext& server, const std::string& cadName,
+                                                         ContextKind kind, const std::string& contextName,
                                                          DocumentRecord& record);
 
 /// Finds the newest version of the document with a number. One GET.
 /// @param scope   id of the context to look in; null or empty means everywhere
 /// @param record  written on success only
 /// @return false when there is none, untraced, and when several documents have the number
-[[nodiscard]] bool FindLatestDocumentByNumber(const std::shared_ptr<VtConnection>& connection,
-                                              const std::string& number, const char* scope,
-                                              DocumentRecord& record);
+[[nodiscard]] bool FindLatestDocumentByNumber(ServerContext& server, const std::string& number,
+                                              const char* scope, DocumentRecord& record);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -11,15 +11,14 @@ constexpr const char* containersPath = "servlet/odata/v5/DataAdmin/Containers";
 
 }  // namespace
 
-std::string FindContainerId(const std::shared_ptr<VtConnection>& connection, const std::string& name,
-                            const char* type) {
+std::string FindContainerId(ServerContext& server, const std::string& name, const char* type) {
   std::string path = containersPath;
   if (type != nullptr && *type != '\0') path.append("/").append(type);
   path += "?$select=ID&$filter=" + EscapeForUrl("Name eq '" + name + "'");
   std::string id;
   bool found = false;
   bool ambiguous = false;
-  (void)VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+  (void)VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {
       const rapidjson::Value* rowId = FindString(row, "ID");
       if (rowId == nullptr) continue;
@@ -34,10 +33,9 @@ std::string FindContainerId(const std::shared_ptr<VtConnection>& connection, con
   return ambiguous ? std::string() : id;
 }
 
-bool ListContainers(const std::shared_ptr<VtConnection>& connection, const char* type,
-                    const DirEntryCallback& callback) {
+bool ListContainers(ServerContext& server, const char* type, const DirEntryCallback& callback) {
   const std::string path = std::string(containersPath) + "/" + type + "?$select=ID,Name";
-  return VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+  return VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {
       const rapidjson::Value* id = FindString(row, "ID");
       const rapidjson::Value* name = FindString(row, "Name");

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "browsing/dir_entry.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 /// Contexts by the OData service, which calls them containers. Each call makes one GET a page, on this
 /// thread; nothing is cached or traced.
@@ -14,12 +13,10 @@ namespace lxservices::cms_interface::vantry {
 /// @param name  an apostrophe in it is not doubled
 /// @param type  the OData type to look among; null or empty means all
 /// @return empty when there is none, and when there are several
-[[nodiscard]] std::string FindContainerId(const std::shared_ptr<VtConnection>& connection,
-                                          const std::string& name, const char* type);
+[[nodiscard]] std::string FindContainerId(ServerContext& server, const std::string& name, const char* type);
 
 /// Delivers the containers of a type as directories.
 /// @return false when a page failed; what was delivered before stays delivered
-[[nodiscard]] bool ListContainers(const std::shared_ptr<VtConnection>& connection, const char* type,
-                                  const DirEntryCallback& callback);
+[[nodiscard]] bool ListContainers(ServerContext& server, const char* type, const DirEntryCallback& callback);
 
 }  // namespace lxservices::cms_interface::vantry

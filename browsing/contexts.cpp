@@ -23,25 +23,23 @@ std::string TypeClassOf(const std::string& id) {
   return first != last ? id.substr(first + 1, last - first - 1) : std::string();
 }
 
-bool ReadContextRows(const std::shared_ptr<VtConnection>& connection, ContextKind kind,
-                     std::vector<RestItem>& rows) {
+bool ReadContextRows(ServerContext& server, ContextKind kind, std::vector<RestItem>& rows) {
   const char* word = RestWordOf(kind);
-  if (word != nullptr) return ListContextsByKind(connection, word, rows, nullptr);
-  return ReadRestItems(connection->http(), contextsPath, rows, true, nullptr);
+  if (word != nullptr) return ListContextsByKind(server, word, rows, nullptr);
+  return ReadRestItems(server.http(), contextsPath, rows, true, nullptr);
 }
 
 }  // namespace
 
-bool ListContextsByKind(const std::shared_ptr<VtConnection>& connection, const char* word,
-                        std::vector<RestItem>& rows, Status* status) {
+bool ListContextsByKind(ServerContext& server, const char* word, std::vector<RestItem>& rows,
+                        Status* status) {
   const std::string path = std::string(contextsPath) + "?type=" + EscapeForUrl(word);
-  return ReadRestItems(connection->http(), path, rows, true, status);
+  return ReadRestItems(server.http(), path, rows, true, status);
 }
 
-bool FindContext(const std::shared_ptr<VtConnection>& connection, ContextKind kind, const std::string& name,
-                 ContextRecord& record) {
+bool FindContext(ServerContext& server, ContextKind kind, const std::string& name, ContextRecord& record) {
   std::vector<RestItem> rows;
-  if (!ReadContextRows(connection, kind, rows)) return false;
+  if (!ReadContextRows(server, kind, rows)) return false;
   record.typeClass.clear();
   for (const RestItem& row : rows) {
     if (AttributeOf(row, "name") != name) continue;
@@ -55,26 +53,25 @@ bool FindContext(const std::shared_ptr<VtConnection>& connection, ContextKind ki
   return false;
 }
 
-std::string ResolveContextId(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                             ContextKind kind, const std::string& name) {
-  if (services.dataAdminV5) {
+std::string ResolveContextId(ServerContext& server, ContextKind kind, const std::string& name) {
+  if (server.Services().dataAdminV5) {
     const char* type = ODataTypeOf(kind);
-    return type != nullptr ? FindContainerId(connection, name, type) : std::string();
+    return type != nullptr ? FindContainerId(server, name, type) : std::string();
   }
   ContextRecord record;
-  return FindContext(connection, kind, name, record) ? record.id : std::string();
+  return FindContext(server, kind, name, record) ? record.id : std::string();
 }
 
-bool ListContexts(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                  ContextKind kind, const DirEntryCallback& callback, ReadDirFlags flags) {
+bool ListContexts(ServerContext& server, ContextKind kind, const DirEntryCallback& callback,
+                  ReadDirFlags flags) {
   if ((flags & Directories) == 0) return true;
-  if (services.dataAdminV5) {
+  if (server.Services().dataAdminV5) {
     const char* type = ODataTypeOf(kind);
-    return type != nullptr && ListContainers(connection, type, callback);
+    return type != nullptr && ListContainers(server, type, callback);
   }
   const char* word = RestWordOf(kind);
   std::vector<RestItem> rows;
-  if (!ListContextsByKind(connection, word != nullptr ? word : "", rows, nullptr)) return false;
+  if (!ListContextsByKind(server, word != nullptr ? word : "", rows, nullptr)) return false;
   for (const RestItem& row : rows) EmitDirEntry(callback, AttributeOf(row, "name"), row.id, true);
   return true;
 }

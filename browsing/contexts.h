@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -8,8 +7,7 @@
 #include "browsing/context_kind.h"
 #include "browsing/dir_entry.h"
 #include "connection/rest_items.h"
-#include "connection/service_flags.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 /// The contexts of a server: products, libraries, projects, sites. Every call asks the server, on this
 /// thread; nothing is cached or traced.
@@ -26,26 +24,24 @@ struct ContextRecord {
 /// @param word    the REST word of the kind
 /// @param status  may be null; set as by ReadRestItems
 /// @return whether the HTTP status was in 200 to 299
-[[nodiscard]] bool ListContextsByKind(const std::shared_ptr<VtConnection>& connection, const char* word,
-                                      std::vector<RestItem>& rows, Status* status);
+[[nodiscard]] bool ListContextsByKind(ServerContext& server, const char* word, std::vector<RestItem>& rows,
+                                      Status* status);
 
 /// Finds a context by its name by REST. One GET.
 /// @param kind    None looks among all contexts
 /// @param record  filled on success only, except that its typeClass is emptied whenever the server answered
 /// @return false for an unknown name, and for a context whose id has no two colons
-[[nodiscard]] bool FindContext(const std::shared_ptr<VtConnection>& connection, ContextKind kind,
-                               const std::string& name, ContextRecord& record);
+[[nodiscard]] bool FindContext(ServerContext& server, ContextKind kind, const std::string& name,
+                               ContextRecord& record);
 
 /// The id of a context, by OData on a server with version 5 of the service, else by REST. Makes requests.
 /// @return empty when it is not found
-[[nodiscard]] std::string ResolveContextId(const std::shared_ptr<VtConnection>& connection,
-                                           const ServiceFlags& services, ContextKind kind,
-                                           const std::string& name);
+[[nodiscard]] std::string ResolveContextId(ServerContext& server, ContextKind kind, const std::string& name);
 
 /// Delivers the contexts of a kind as directories, by OData on a server with version 5 of the service, else
 /// by REST. Makes requests only when `flags` asks for directories; otherwise the result is true.
 /// @return false when a request failed, and for a kind that the service does not know
-[[nodiscard]] bool ListContexts(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                                ContextKind kind, const DirEntryCallback& callback, ReadDirFlags flags);
+[[nodiscard]] bool ListContexts(ServerContext& server, ContextKind kind, const DirEntryCallback& callback,
+                                ReadDirFlags flags);
 
 }  // namespace lxservices::cms_interface::vantry

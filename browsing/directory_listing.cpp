@@ -22,8 +22,7 @@ bool ListNames(std::initializer_list<VfsNameId> names, const DirEntryCallback& c
 
 // One listing of one directory, with what all its steps need.
 struct Listing {
-  const std::shared_ptr<VtConnection>& connection;
-  ServiceFlags& services;
+  ServerContext& server;
   const DirEntryCallback& callback;
   ReadDirFlags flags;
 };
@@ -31,39 +30,35 @@ struct Listing {
 bool ListResource(const Listing& listing, const std::string& resource) {
   const bool details = (listing.flags & Details) != 0;
   const bool versions = (listing.flags & Versions) != 0;
-  if (listing.services.dataAdminV5) {
-    return ListODataFolderV5(listing.connection, resource, listing.callback, details, versions);
+  if (listing.server.Services().dataAdminV5) {
+    return ListODataFolderV5(listing.server, resource, listing.callback, details, versions);
   }
-  return ListODataFolder(listing.connection, resource, listing.callback, details);
+  return ListODataFolder(listing.server, resource, listing.callback, details);
 }
 
 // By OData where the server has it and the folder is found there; the gateway is the road for all others.
 bool ListFolder(const Listing& listing, const ParsedVfsPath& path) {
   if (!ForceLegacyFileBrowse()) {
-    EnsureServiceFlags(listing.services, *listing.connection);
-    if (listing.services.folderContents) {
+    if (listing.server.Services().folderContents) {
       const char* type = ODataTypeOf(path.kind);
       if (type == nullptr) return false;
-      const std::string resource =
-          ResolveFolderResource(listing.connection, path.context, type, path.folderPath);
+      const std::string resource = ResolveFolderResource(listing.server, path.context, type, path.folderPath);
       if (!resource.empty()) return ListResource(listing, resource);
     }
   }
-  return ListGatewayFolder(listing.connection, path.context, path.kind, path.folderPath, listing.callback,
+  return ListGatewayFolder(listing.server, path.context, path.kind, path.folderPath, listing.callback,
                            listing.flags);
 }
 
 bool ListWorkspacesSection(const Listing& listing, const ParsedVfsPath& path) {
-  EnsureServiceFlags(listing.services, *listing.connection);
-  const std::string contextId =
-      ResolveContextId(listing.connection, listing.services, path.kind, path.context);
+  const std::string contextId = ResolveContextId(listing.server, path.kind, path.context);
   if (contextId.empty()) return false;
   if (path.folderPath.empty()) {
-    return ListWorkspaceDirs(listing.connection, contextId, listing.callback, listing.flags);
+    return ListWorkspaceDirs(listing.server, contextId, listing.callback, listing.flags);
   }
-  const std::string workspaceId = FindWorkspaceIdByName(listing.connection, WorkspaceNameOf(path), contextId);
+  const std::string workspaceId = FindWorkspaceIdByName(listing.server, WorkspaceNameOf(path), contextId);
   return !workspaceId.empty() &&
-         ListWorkspaceFiles(listing.connection, workspaceId, listing.callback, listing.flags);
+         ListWorkspaceFiles(listing.server, workspaceId, listing.callback, listing.flags);
 }
 
 }  // namespace
@@ -77,15 +72,15 @@ bool ListSections(const DirEntryCallback& callback, ReadDirFlags flags) {
   return ListNames({VfsNameId::Folders, VfsNameId::Workspaces}, callback, flags);
 }
 
-bool ListDirectory(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services, const char* path,
-                   const DirEntryCallback& callback, ReadDirFlags flags) {
+bool ListDirectory(ServerContext& server, const char* path, const DirEntryCallback& callback,
+                   ReadDirFlags flags) {
   if (path == nullptr || *path == '\0') return ListRootDirs(callback, flags);
-  const Listing listing{connection, services, callback, flags};
+  const Listing listing{server, callback, flags};
   const ParsedVfsPath parsed = SplitDirectoryPath(path);
   if (parsed.kind == ContextKind::None) return false;
   if (parsed.context.empty()) {
-    EnsureServiceFlags(services, *connection);
-    return ListContexts(connection, services, parsed.kind, callback, flags);
+    server.SettleServices();
+    return ListContexts(server, parsed.kind, callback, flags);
   }
   if (parsed.section.empty()) return ListSections(callback, flags);
   if (IsVfsName(parsed.section, VfsNameId::Folders)) return ListFolder(listing, parsed);

@@ -36,18 +36,17 @@ void FillAttributes(const DocumentRecord& record, std::map<std::string, std::str
 }
 
 // The newest version and the list of versions. One list serves both, and is read only when it is needed.
-void FillVersions(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                  const AskedDocument& asked, DocumentQuery& query) {
+void FillVersions(ServerContext& server, const AskedDocument& asked, DocumentQuery& query) {
   std::vector<DocCandidate> candidates;
   bool isLatestOpen = query.latest != nullptr;
   if (isLatestOpen) {
-    candidates = FindLatestCandidates(connection, services, asked);
+    candidates = FindLatestCandidates(server, asked);
     isLatestOpen = !TakeLatestFromCandidate(candidates, asked, *query.latest);
   }
   if (query.versions == nullptr && !isLatestOpen) return;
   std::vector<DocumentSummary> versions;
   // A failure leaves the list empty, and the document then stands for its own newest version.
-  (void)ReadDocumentVersions(connection, asked.id, asked.record.contextId, versions);
+  (void)ReadDocumentVersions(server, asked.id, asked.record.contextId, versions);
   if (isLatestOpen) TakeLatestFromVersions(versions, candidates, asked, *query.latest);
   if (query.versions == nullptr) return;
   for (const DocumentSummary& version : versions) {
@@ -57,12 +56,13 @@ void FillVersions(const std::shared_ptr<VtConnection>& connection, const Service
 
 }  // namespace
 
-Status GetDocumentDetails(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                          const char* id, DocumentQuery& query) {
+Status GetDocumentDetails(ServerContext& server, const char* id, DocumentQuery& query) {
+  // Before the document is read, whether or not the newest version is asked for.
+  server.SettleServices();
   const CheckoutId parsed = ParseCheckoutId(id);
   AskedDocument asked{parsed.field0, WorkspaceOf(parsed), {}};
   const DocumentRecord& record = asked.record;
-  const Status status = ReadDocument(connection, asked.id, asked.record);
+  const Status status = ReadDocument(server, asked.id, asked.record);
   if (status != Ok) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return status;
@@ -71,7 +71,7 @@ Status GetDocumentDetails(const std::shared_ptr<VtConnection>& connection, const
     *query.current = MakeFileInfo(record);
     query.current->id = TextOrEmpty(id);
   }
-  FillVersions(connection, services, asked, query);
+  FillVersions(server, asked, query);
   if (query.attributes != nullptr) FillAttributes(record, *query.attributes);
   if (query.contents != nullptr) {
     for (const ContentRecord& section : record.contentSections) {

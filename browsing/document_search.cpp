@@ -22,9 +22,9 @@ std::optional<DocCandidate> ReadCandidate(const rapidjson::Value& row) {
                       checkOutStatus->GetStringLength() > 0};
 }
 
-std::vector<DocCandidate> Search(const std::shared_ptr<VtConnection>& connection, const std::string& path) {
+std::vector<DocCandidate> Search(ServerContext& server, const std::string& path) {
   std::vector<DocCandidate> candidates;
-  VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+  VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {
       if (auto candidate = ReadCandidate(row)) candidates.push_back(std::move(*candidate));
     }
@@ -44,26 +44,22 @@ constexpr const char* newestVersionOnly = "&zvk.search.latestversion=true";
 
 }  // namespace
 
-std::vector<DocCandidate> SearchCadDocuments(const std::shared_ptr<VtConnection>& connection,
-                                             const std::string& name) {
-  return Search(connection, "servlet/odata/v1/CADDocumentMgmt/CADDocuments" + FilterByName("FileName", name) +
-                                newestVersionOnly);
+std::vector<DocCandidate> SearchCadDocuments(ServerContext& server, const std::string& name) {
+  return Search(server, "servlet/odata/v1/CADDocumentMgmt/CADDocuments" + FilterByName("FileName", name) +
+                            newestVersionOnly);
 }
 
-std::vector<DocCandidate> SearchDynamicDocumentsV2(const std::shared_ptr<VtConnection>& connection,
-                                                   const std::string& name) {
-  return Search(connection, "servlet/odata/v2/DynamicDocMgmt/DynamicDocuments" +
-                                FilterByName("CADName", name) + newestVersionOnly);
+std::vector<DocCandidate> SearchDynamicDocumentsV2(ServerContext& server, const std::string& name) {
+  return Search(server, "servlet/odata/v2/DynamicDocMgmt/DynamicDocuments" + FilterByName("CADName", name) +
+                            newestVersionOnly);
 }
 
-std::vector<DocCandidate> SearchDynamicDocumentsV1(const std::shared_ptr<VtConnection>& connection,
-                                                   const std::string& name) {
-  return Search(connection,
-                "servlet/odata/v1/DynamicDocMgmt/DynamicDocuments" + FilterByName("CADName", name));
+std::vector<DocCandidate> SearchDynamicDocumentsV1(ServerContext& server, const std::string& name) {
+  return Search(server, "servlet/odata/v1/DynamicDocMgmt/DynamicDocuments" + FilterByName("CADName", name));
 }
 
-VersionEntry SearchFolderByCadName(const std::shared_ptr<VtConnection>& connection,
-                                   const std::string& cadName, const std::string& resource) {
+VersionEntry SearchFolderByCadName(ServerContext& server, const std::string& cadName,
+                                   const std::string& resource) {
   // Unlike in the searches above the whole filter is escaped here, blanks and apostrophes included: the
   // service that answers for folders wants it so, and the name is not escaped twice.
   const std::string path = "servlet/odata/v4/DataAdmin/" + resource +
@@ -71,7 +67,7 @@ VersionEntry SearchFolderByCadName(const std::shared_ptr<VtConnection>& connecti
                            EscapeForUrl("CADName eq '" + cadName + "'") +
                            "&$orderby=Version desc&$select=CADName,ID,Version&$top=1";
   VersionEntry found;
-  VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+  VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {
       const rapidjson::Value* id = FindString(row, "ID");
       const rapidjson::Value* version = FindString(row, "Version");

@@ -23,10 +23,10 @@ std::string SectionPath(const DocumentRecord& record, VfsNameId section) {
   return root + "/" + record.contextName + "/" + LocalisedVfsName(section);
 }
 
-std::string PathInWorkspace(const std::shared_ptr<VtConnection>& connection, const DocumentRecord& record,
+std::string PathInWorkspace(ServerContext& server, const DocumentRecord& record,
                             const std::string& workspaceId, const char* id, bool folderOnly) {
   WorkspaceList workspaces;
-  if (!ListUserWorkspaces(connection, record.contextId, workspaces)) {
+  if (!ListUserWorkspaces(server, record.contextId, workspaces)) {
     VtDirectTracer()(dp::TraceType::Miss, "Failed to find workspace for %s", id);
     return {};
   }
@@ -55,34 +55,31 @@ std::string FolderPath(const DocumentRecord& record) {
 
 // "|" and the version for a document that is not the newest; nothing for the newest, whose path without a
 // version means it, and nothing when the server cannot tell.
-std::string VersionSuffix(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                          const DocumentRecord& record, const char* id) {
+std::string VersionSuffix(ServerContext& server, const DocumentRecord& record, const char* id) {
   LatestInfo latest;
   DocumentQuery query;
   query.latest = &latest;
-  const bool isOlder = GetDocumentDetails(connection, services, id, query) == Ok && !latest.isLatest;
+  const bool isOlder = GetDocumentDetails(server, id, query) == Ok && !latest.isLatest;
   return isOlder ? "|" + VersionText(record) : std::string();
 }
 
 }  // namespace
 
-std::string FindDocumentPath(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services,
-                             const char* id, bool folderOnly, bool latestForm) {
+std::string FindDocumentPath(ServerContext& server, const char* id, bool folderOnly, bool latestForm) {
   const CheckoutId parsed = ParseCheckoutId(id);
   DocumentRecord record;
-  if (ReadDocument(connection, parsed.field0, record) != Ok) {
+  if (ReadDocument(server, parsed.field0, record) != Ok) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return {};
   }
   if (const std::string workspaceId = WorkspaceOf(parsed); !workspaceId.empty()) {
-    return PathInWorkspace(connection, record, workspaceId, id, folderOnly);
+    return PathInWorkspace(server, record, workspaceId, id, folderOnly);
   }
   std::string path = FolderPath(record);
   if (path.empty() || folderOnly) return path;
   path += EscapeFileName(record.master.cadName);
   if (latestForm) return path;
-  EnsureServiceFlags(services, *connection);
-  return path + VersionSuffix(connection, services, record, id);
+  return path + VersionSuffix(server, record, id);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -12,7 +12,7 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 // The id by the folder itself; empty when OData cannot tell, in which case the context is searched.
-std::string FindThroughFolder(const std::shared_ptr<VtConnection>& connection, const std::string& cadName,
+std::string FindThroughFolder(ServerContext& server, const std::string& cadName,
                               const std::string& folderPath, ContextKind kind,
                               const std::string& contextName) {
   const char* type = ODataTypeOf(kind);
@@ -20,38 +20,36 @@ std::string FindThroughFolder(const std::shared_ptr<VtConnection>& connection, c
     VtDirectTracer()(dp::TraceType::Miss, "unhandled context type %d", static_cast<int>(kind));
     return {};
   }
-  const std::string resource = ResolveFolderResource(connection, contextName, type, folderPath);
+  const std::string resource = ResolveFolderResource(server, contextName, type, folderPath);
   if (resource.empty()) return {};
-  return SearchFolderByCadName(connection, cadName, resource).id;
+  return SearchFolderByCadName(server, cadName, resource).id;
 }
 
 // The search of a context may have given any version; where the server has dynamic documents they know
 // better.
-std::string NewestVersionOf(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                            const std::string& id) {
-  if (!services.dynamicDocPresent) return id;
+std::string NewestVersionOf(ServerContext& server, const std::string& id) {
+  if (!server.Services().dynamicDocPresent) return id;
   LatestInfo latest;
   DocumentQuery query;
   query.latest = &latest;
-  if (GetDocumentDetails(connection, services, id.c_str(), query) != Ok) return id;
+  if (GetDocumentDetails(server, id.c_str(), query) != Ok) return id;
   return ParseCheckoutId(latest.id.c_str()).field0;
 }
 
 }  // namespace
 
-std::string FindFileInFolder(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                             const std::string& cadName, const std::string& folderPath, ContextKind kind,
-                             const std::string& contextName) {
-  if (!ForceLegacyFileBrowse() && services.folderContents) {
-    std::string id = FindThroughFolder(connection, cadName, folderPath, kind, contextName);
+std::string FindFileInFolder(ServerContext& server, const std::string& cadName, const std::string& folderPath,
+                             ContextKind kind, const std::string& contextName) {
+  if (!ForceLegacyFileBrowse() && server.Services().folderContents) {
+    std::string id = FindThroughFolder(server, cadName, folderPath, kind, contextName);
     if (!id.empty()) return id;
   }
   DocumentRecord record;
-  if (FindDocumentByCadNameInContext(connection, cadName, kind, contextName, record) == 0) {
+  if (FindDocumentByCadNameInContext(server, cadName, kind, contextName, record) == 0) {
     VtDirectTracer()(dp::TraceType::Miss, "Failed to find file %s", cadName.c_str());
     return {};
   }
-  return NewestVersionOf(connection, services, record.id);
+  return NewestVersionOf(server, record.id);
 }
 
 }  // namespace lxservices::cms_interface::vantry

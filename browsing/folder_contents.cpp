@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "base/settings.h"
 #include "browsing/folder_contents_handler.h"
 #include "browsing/odata_rows.h"
 #include "connection/json_members.h"
@@ -46,14 +45,13 @@ bool ListPage(const std::shared_ptr<HttpConnection>& connection, const std::stri
   return true;
 }
 
-bool ListDocuments(const std::shared_ptr<VtConnection>& connection, const DocumentListing& listing,
-                   const DirEntryCallback& callback) {
+bool ListDocuments(ServerContext& server, const DocumentListing& listing, const DirEntryCallback& callback) {
   std::string nextLink;
-  if (!ListPage(connection->http(), listing.path, listing, callback, nextLink)) return false;
+  if (!ListPage(server.http(), listing.path, listing, callback, nextLink)) return false;
   while (!nextLink.empty()) {
     // A next link is a full URL and may lead to another host.
     const auto [base, path] = SplitUrlAtPath(std::exchange(nextLink, {}));
-    const auto side = connection->MakeSideConnection(base);
+    const auto side = server.MakeSideConnection(base);
     if (side == nullptr || !ListPage(side, path, listing, callback, nextLink)) return false;
   }
   return true;
@@ -61,10 +59,9 @@ bool ListDocuments(const std::shared_ptr<VtConnection>& connection, const Docume
 
 }  // namespace
 
-bool ListSubfolders(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
-                    const DirEntryCallback& callback) {
+bool ListSubfolders(ServerContext& server, const std::string& resource, const DirEntryCallback& callback) {
   const std::string path = "servlet/odata/v1/DataAdmin/" + resource + "/Folders?$select=Name";
-  return VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+  return VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {
       const rapidjson::Value* name = FindString(row, "Name");
       if (name == nullptr) continue;
@@ -80,24 +77,24 @@ bool ListSubfolders(const std::shared_ptr<VtConnection>& connection, const std::
   });
 }
 
-bool ListDynamicDocuments(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
+bool ListDynamicDocuments(ServerContext& server, const std::string& resource,
                           const DirEntryCallback& callback, bool details) {
   DocumentListing listing{DynamicDocumentsPath("v4", resource), details};
   if (details) listing.path.append(selectDetails).append(newestFirst);
-  return ListDocuments(connection, listing, callback);
+  return ListDocuments(server, listing, callback);
 }
 
-bool ListDynamicDocumentsV5(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
+bool ListDynamicDocumentsV5(ServerContext& server, const std::string& resource,
                             const DirEntryCallback& callback, bool details, bool versions) {
   DocumentListing listing{DynamicDocumentsPath("v5", resource), details, versions};
   if (details) listing.path += selectDetails;
   if (versions) listing.path += expandVersions;
   listing.path += newestFirst;
-  return ListDocuments(connection, listing, callback);
+  return ListDocuments(server, listing, callback);
 }
 
-bool ListCadDocuments(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
-                      const DirEntryCallback& callback, bool details, bool versions) {
+bool ListCadDocuments(ServerContext& server, const std::string& resource, const DirEntryCallback& callback,
+                      bool details, bool versions) {
   // Version 4 of the service on a server with version 5 too: it is the one that gives CAD documents by
   // "FileName".
   DocumentListing listing{"servlet/odata/v4/DataAdmin/" + resource +
@@ -106,28 +103,28 @@ bool ListCadDocuments(const std::shared_ptr<VtConnection>& connection, const std
   if (details) listing.path += selectDetails;
   if (versions) listing.path += expandVersions;
   listing.path += newestFirst;
-  return ListDocuments(connection, listing, callback);
+  return ListDocuments(server, listing, callback);
 }
 
-bool ListODataFolder(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
-                     const DirEntryCallback& callback, bool details) {
-  if (!ListSubfolders(connection, resource, callback)) return false;
-  const auto settings = CurrentSettings();
-  if (settings->browseDynamicDocuments && !ListDynamicDocuments(connection, resource, callback, details)) {
+bool ListODataFolder(ServerContext& server, const std::string& resource, const DirEntryCallback& callback,
+                     bool details) {
+  if (!ListSubfolders(server, resource, callback)) return false;
+  const Settings& settings = server.settings();
+  if (settings.browseDynamicDocuments && !ListDynamicDocuments(server, resource, callback, details)) {
     return false;
   }
-  return !settings->browseCadDocuments || ListCadDocuments(connection, resource, callback, details, false);
+  return !settings.browseCadDocuments || ListCadDocuments(server, resource, callback, details, false);
 }
 
-bool ListODataFolderV5(const std::shared_ptr<VtConnection>& connection, const std::string& resource,
-                       const DirEntryCallback& callback, bool details, bool versions) {
-  if (!ListSubfolders(connection, resource, callback)) return false;
-  const auto settings = CurrentSettings();
-  if (settings->browseDynamicDocuments &&
-      !ListDynamicDocumentsV5(connection, resource, callback, details, versions)) {
+bool ListODataFolderV5(ServerContext& server, const std::string& resource, const DirEntryCallback& callback,
+                       bool details, bool versions) {
+  if (!ListSubfolders(server, resource, callback)) return false;
+  const Settings& settings = server.settings();
+  if (settings.browseDynamicDocuments &&
+      !ListDynamicDocumentsV5(server, resource, callback, details, versions)) {
     return false;
   }
-  return !settings->browseCadDocuments || ListCadDocuments(connection, resource, callback, details, versions);
+  return !settings.browseCadDocuments || ListCadDocuments(server, resource, callback, details, versions);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "browsing/dir_entry.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 /// The contents of one folder by OData. Makes one GET a page, on this thread; nothing is cached or traced.
 ///
@@ -16,33 +15,28 @@ namespace lxservices::cms_interface::vantry {
 
 /// Delivers sub-folders, then dynamic documents, then CAD documents, the latter two as the settings turn them
 /// on. Takes no notice of what kind of entry was asked for; the callers filter.
-[[nodiscard]] bool ListODataFolder(const std::shared_ptr<VtConnection>& connection,
-                                   const std::string& resource, const DirEntryCallback& callback,
-                                   bool details);
+[[nodiscard]] bool ListODataFolder(ServerContext& server, const std::string& resource,
+                                   const DirEntryCallback& callback, bool details);
 
 /// ListODataFolder for a server with version 5 of the service, which also knows a document's versions.
-[[nodiscard]] bool ListODataFolderV5(const std::shared_ptr<VtConnection>& connection,
-                                     const std::string& resource, const DirEntryCallback& callback,
-                                     bool details, bool versions);
+[[nodiscard]] bool ListODataFolderV5(ServerContext& server, const std::string& resource,
+                                     const DirEntryCallback& callback, bool details, bool versions);
 
 /// Delivers the folders in a folder: names as the server has them, empty ids.
-[[nodiscard]] bool ListSubfolders(const std::shared_ptr<VtConnection>& connection,
-                                  const std::string& resource, const DirEntryCallback& callback);
+[[nodiscard]] bool ListSubfolders(ServerContext& server, const std::string& resource,
+                                  const DirEntryCallback& callback);
 
 /// Delivers the dynamic documents in a folder. Without details they come in no order, so that several
 /// versions of one document may come apart.
-[[nodiscard]] bool ListDynamicDocuments(const std::shared_ptr<VtConnection>& connection,
-                                        const std::string& resource, const DirEntryCallback& callback,
-                                        bool details);
+[[nodiscard]] bool ListDynamicDocuments(ServerContext& server, const std::string& resource,
+                                        const DirEntryCallback& callback, bool details);
 
 /// ListDynamicDocuments for a server with version 5 of the service.
-[[nodiscard]] bool ListDynamicDocumentsV5(const std::shared_ptr<VtConnection>& connection,
-                                          const std::string& resource, const DirEntryCallback& callback,
-                                          bool details, bool versions);
+[[nodiscard]] bool ListDynamicDocumentsV5(ServerContext& server, const std::string& resource,
+                                          const DirEntryCallback& callback, bool details, bool versions);
 
 /// Delivers the CAD documents in a folder.
-[[nodiscard]] bool ListCadDocuments(const std::shared_ptr<VtConnection>& connection,
-                                    const std::string& resource, const DirEntryCallback& callback,
-                                    bool details, bool versions);
+[[nodiscard]] bool ListCadDocuments(ServerContext& server, const std::string& resource,
+                                    const DirEntryCallback& callback, bool details, bool versions);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -41,7 +41,7 @@ void TakeIdOfNamed(const std::vector<RestItem>& rows, std::string_view name, std
 
 }  // namespace
 
-std::string FindFolderIdOData(const std::shared_ptr<VtConnection>& connection, const std::string& containerId,
+std::string FindFolderIdOData(ServerContext& server, const std::string& containerId,
                               const std::string& folderPath) {
   du::FileSpec spec;
   spec.SetDirPath(folderPath);
@@ -49,7 +49,7 @@ std::string FindFolderIdOData(const std::shared_ptr<VtConnection>& connection, c
   if (components.empty()) return {};
   std::string kept;
   const std::string path = ExpandedRootFoldersPath(containerId, spec.DirCount());
-  (void)VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+  (void)VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {
       std::string id = FindFolderIdBelow(row, components);
       if (id.empty()) continue;
@@ -63,14 +63,14 @@ std::string FindFolderIdOData(const std::shared_ptr<VtConnection>& connection, c
   return kept;
 }
 
-std::string FindFolderIdRest(const std::shared_ptr<VtConnection>& connection, const std::string& contextId,
+std::string FindFolderIdRest(ServerContext& server, const std::string& contextId,
                              const std::string& folderPath) {
   std::string_view rest = folderPath;
   std::string listPath = "servlet/rest/v1/contexts/" + EscapeForUrl(contextId) + "/folders";
   std::string id;
   while (!rest.empty()) {
     std::vector<RestItem> rows;
-    if (!ReadRestItems(connection->http(), listPath, rows, true, nullptr)) return {};
+    if (!ReadRestItems(server.http(), listPath, rows, true, nullptr)) return {};
     const auto slash = rest.find('/');
     TakeIdOfNamed(rows, rest.substr(0, slash), id);
     if (id.empty() || slash == std::string_view::npos) break;

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 /// The ids of folders that documents are to be created in. Makes requests on this thread; nothing is cached
 /// or traced. An empty path gives the empty text and sends nothing.
@@ -13,14 +12,14 @@ namespace lxservices::cms_interface::vantry {
 /// One GET a page.
 /// @param containerId  id of the context; goes into the path as it stands
 /// @return empty when there is no such folder; after a failed page, what was found before it
-[[nodiscard]] std::string FindFolderIdOData(const std::shared_ptr<VtConnection>& connection,
-                                            const std::string& containerId, const std::string& folderPath);
+[[nodiscard]] std::string FindFolderIdOData(ServerContext& server, const std::string& containerId,
+                                            const std::string& folderPath);
 
 /// The id of a folder by REST, for servers without the OData service. One GET a component.
 ///
 /// A component that is not found is passed over: the result is the deepest folder that was.
 /// @return empty when not even the first component is found, and when a request failed
-[[nodiscard]] std::string FindFolderIdRest(const std::shared_ptr<VtConnection>& connection,
-                                           const std::string& contextId, const std::string& folderPath);
+[[nodiscard]] std::string FindFolderIdRest(ServerContext& server, const std::string& contextId,
+                                           const std::string& folderPath);
 
 }  // namespace lxservices::cms_interface::vantry

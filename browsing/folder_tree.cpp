@@ -20,15 +20,14 @@ std::string ExpandedContainersPath(const std::string& contextName, const char* t
 
 }  // namespace
 
-std::string ResolveFolderResource(const std::shared_ptr<VtConnection>& connection,
-                                  const std::string& contextName, const char* type,
+std::string ResolveFolderResource(ServerContext& server, const std::string& contextName, const char* type,
                                   const std::string& folderPath) {
   du::FileSpec spec;
   spec.SetDirPath(folderPath);
   const FolderComponents components{spec.DirBegin(), spec.DirEnd()};
   std::string kept;
   const std::string path = ExpandedContainersPath(contextName, type, spec.DirCount());
-  (void)VisitODataPages(connection, path, [&](const rapidjson::Value& rows) {
+  (void)VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {
       const rapidjson::Value* id = FindString(row, "ID");
       const rapidjson::Value* folders = FindArray(row, "Folders");

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 /// Folders by OData, which gives a whole subtree in one answer: a folder path is looked up in it, in memory.
 /// Makes requests on this thread; nothing is cached or traced.
@@ -16,8 +15,7 @@ namespace lxservices::cms_interface::vantry {
 /// @param type        the OData type of the context's kind
 /// @param folderPath  components separated by "/", compared exactly; empty ones don't count
 /// @return empty when there is no such folder; after a failed page, what was found before it
-[[nodiscard]] std::string ResolveFolderResource(const std::shared_ptr<VtConnection>& connection,
-                                                const std::string& contextName, const char* type,
-                                                const std::string& folderPath);
+[[nodiscard]] std::string ResolveFolderResource(ServerContext& server, const std::string& contextName,
+                                                const char* type, const std::string& folderPath);
 
 }  // namespace lxservices::cms_interface::vantry

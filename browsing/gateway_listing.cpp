@@ -77,25 +77,24 @@ bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback, Re
   return true;
 }
 
-bool ListGatewayFolder(const std::shared_ptr<VtConnection>& connection, const std::string& contextName,
-                       ContextKind kind, const std::string& folderPath, const DirEntryCallback& callback,
-                       ReadDirFlags flags) {
+bool ListGatewayFolder(ServerContext& server, const std::string& contextName, ContextKind kind,
+                       const std::string& folderPath, const DirEntryCallback& callback, ReadDirFlags flags) {
   ContextRecord context;
-  if (!FindContext(connection, kind, contextName, context)) return false;
+  if (!FindContext(server, kind, contextName, context)) return false;
   const std::string path = GatewayFolderPath(context, folderPath);
-  RestStream stream(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  RestStream stream(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   return ReadGatewayListing(stream, callback, flags);
 }
 
-DirLister OpenGatewayFolder(const std::shared_ptr<VtConnection>& connection, const std::string& contextName,
-                            ContextKind kind, const std::string& folderPath) {
+DirLister OpenGatewayFolder(ServerContext& server, const std::string& contextName, ContextKind kind,
+                            const std::string& folderPath) {
   ContextRecord context;
-  if (!FindContext(connection, kind, contextName, context)) return {};
+  if (!FindContext(server, kind, contextName, context)) return {};
   const std::string path = GatewayFolderPath(context, folderPath);
   // Parsed at once: a handle may be held for long, and shall hold no body and no temporary file meanwhile.
   const auto listing = std::make_shared<rapidjson::Document>();
   {
-    RestStream stream(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+    RestStream stream(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
     if (!stream.succeeded()) return {};
     (void)ParseJsonResponse(stream, *listing);
   }

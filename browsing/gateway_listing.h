@@ -1,12 +1,11 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "browsing/context_kind.h"
 #include "browsing/dir_entry.h"
 #include "connection/rest_stream.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 /// Folders by the publishing gateway, which lists one folder by its path and gives folders and files in one
 /// list. Makes requests on this thread; nothing is cached or traced.
@@ -16,8 +15,7 @@ namespace lxservices::cms_interface::vantry {
 /// @param folderPath  as the tree holds it; may be empty
 /// @return false when the context is not known or the gateway refused; a broken answer lists nothing and
 ///         counts as success
-[[nodiscard]] bool ListGatewayFolder(const std::shared_ptr<VtConnection>& connection,
-                                     const std::string& contextName, ContextKind kind,
+[[nodiscard]] bool ListGatewayFolder(ServerContext& server, const std::string& contextName, ContextKind kind,
                                      const std::string& folderPath, const DirEntryCallback& callback,
                                      ReadDirFlags flags);
 
@@ -25,9 +23,8 @@ namespace lxservices::cms_interface::vantry {
 /// as often as it is called, without a further request. It holds the listing in memory, and no temporary
 /// file.
 /// @return empty when the context is not known or the gateway refused
-[[nodiscard]] DirLister OpenGatewayFolder(const std::shared_ptr<VtConnection>& connection,
-                                          const std::string& contextName, ContextKind kind,
-                                          const std::string& folderPath);
+[[nodiscard]] DirLister OpenGatewayFolder(ServerContext& server, const std::string& contextName,
+                                          ContextKind kind, const std::string& folderPath);
 
 /// Delivers the gateway's answer: directories and files in its order, as far as `flags` asks for them. Reads
 /// the body, which can be done once. Sends nothing.

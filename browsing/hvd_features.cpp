@@ -17,8 +17,8 @@ void ReadSwitch(const rapidjson::Value& values, bool& feature) {
 
 }  // namespace
 
-bool ReadHvdFeatures(const std::shared_ptr<VtConnection>& connection, bool& separatedSources, bool& vcsInfo) {
-  ODataPageReader reader(connection, "servlet/odata/v3/Visualization/GetHVDFeatures()");
+bool ReadHvdFeatures(ServerContext& server, bool& separatedSources, bool& vcsInfo) {
+  ODataPageReader reader(server, "servlet/odata/v3/Visualization/GetHVDFeatures()");
   while (reader.Next()) {
     const rapidjson::Value* rows = FindArray(reader.page(), "value");
     if (rows == nullptr && !reader.page().IsObject()) break;

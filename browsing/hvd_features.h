@@ -1,8 +1,6 @@
 #pragma once
 
-#include <memory>
-
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -11,7 +9,6 @@ namespace lxservices::cms_interface::vantry {
 /// @param separatedSources  set or cleared by what the server says; left alone when it says nothing
 /// @param vcsInfo           likewise
 /// @return false when a page failed
-[[nodiscard]] bool ReadHvdFeatures(const std::shared_ptr<VtConnection>& connection, bool& separatedSources,
-                                   bool& vcsInfo);
+[[nodiscard]] bool ReadHvdFeatures(ServerContext& server, bool& separatedSources, bool& vcsInfo);
 
 }  // namespace lxservices::cms_interface::vantry

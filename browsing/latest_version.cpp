@@ -3,38 +3,34 @@
 #include <algorithm>
 
 #include "base/checkout_id.h"
-#include "base/settings.h"
 #include "documents/reading/document_reads.h"
 #include "documents/reading/file_info.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-std::vector<DocCandidate> SearchDynamicDocuments(const std::shared_ptr<VtConnection>& connection,
-                                                 const ServiceFlags& services, const std::string& cadName) {
-  if (services.dynamicDocV2) return SearchDynamicDocumentsV2(connection, cadName);
-  if (services.dynamicDocPresent) return SearchDynamicDocumentsV1(connection, cadName);
+std::vector<DocCandidate> SearchDynamicDocuments(ServerContext& server, const std::string& cadName) {
+  if (server.Services().dynamicDocV2) return SearchDynamicDocumentsV2(server, cadName);
+  if (server.Services().dynamicDocPresent) return SearchDynamicDocumentsV1(server, cadName);
   return {};
 }
 
-std::vector<DocCandidate> SearchByCadName(const std::shared_ptr<VtConnection>& connection,
-                                          const ServiceFlags& services, const std::string& cadName) {
+std::vector<DocCandidate> SearchByCadName(ServerContext& server, const std::string& cadName) {
   std::vector<DocCandidate> candidates;
-  const auto settings = CurrentSettings();
-  if (settings->browseDynamicDocuments) candidates = SearchDynamicDocuments(connection, services, cadName);
-  if (candidates.empty() && settings->browseCadDocuments && services.cadDocPresent) {
-    candidates = SearchCadDocuments(connection, cadName);
+  const Settings& settings = server.settings();
+  if (settings.browseDynamicDocuments) candidates = SearchDynamicDocuments(server, cadName);
+  if (candidates.empty() && settings.browseCadDocuments && server.Services().cadDocPresent) {
+    candidates = SearchCadDocuments(server, cadName);
   }
   return candidates;
 }
 
 // The candidate's id is compared for a document in a workspace alone: there the search may have found the
 // very working copy that is asked about.
-bool IsVersionOf(const std::shared_ptr<VtConnection>& connection, const DocCandidate& candidate,
-                 const AskedDocument& asked) {
+bool IsVersionOf(ServerContext& server, const DocCandidate& candidate, const AskedDocument& asked) {
   if (!asked.workspace.empty() && candidate.id == asked.id) return true;
   DocumentRecord record;
-  return ReadDocument(connection, candidate.id, record) == Ok && record.master.id == asked.record.master.id;
+  return ReadDocument(server, candidate.id, record) == Ok && record.master.id == asked.record.master.id;
 }
 
 // A candidate that is checked out is somebody's copy in the making, and not the newest version, unless it is
@@ -83,14 +79,13 @@ void TakeVersionOfCandidate(const std::vector<DocumentSummary>& versions, const 
 
 }  // namespace
 
-std::vector<DocCandidate> FindLatestCandidates(const std::shared_ptr<VtConnection>& connection,
-                                               const ServiceFlags& services, const AskedDocument& asked) {
-  std::vector<DocCandidate> candidates = SearchByCadName(connection, services, asked.record.master.cadName);
+std::vector<DocCandidate> FindLatestCandidates(ServerContext& server, const AskedDocument& asked) {
+  std::vector<DocCandidate> candidates = SearchByCadName(server, asked.record.master.cadName);
   if (candidates.size() < 2) return candidates;
   // A CAD name can be used again by another master, so each is looked at. A single candidate is not, and is
   // taken at its word: the one request that this saves is made for every row of a host's status view.
   for (DocCandidate& candidate : candidates) {
-    if (IsVersionOf(connection, candidate, asked)) return {std::move(candidate)};
+    if (IsVersionOf(server, candidate, asked)) return {std::move(candidate)};
   }
   return candidates;
 }

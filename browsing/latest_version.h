@@ -1,13 +1,11 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "browsing/document_query.h"
 #include "browsing/document_search.h"
-#include "connection/service_flags.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 
 /// Which version of a document is the newest. The OData services are asked first and the document's own list
@@ -24,8 +22,7 @@ struct AskedDocument {
 /// What the OData services hold for the newest version of a document: none, one, or several when none of
 /// several could be told to be a version of this document. Makes requests, on this thread: one search or two,
 /// and up to one read for each of several candidates.
-[[nodiscard]] std::vector<DocCandidate> FindLatestCandidates(const std::shared_ptr<VtConnection>& connection,
-                                                             const ServiceFlags& services,
+[[nodiscard]] std::vector<DocCandidate> FindLatestCandidates(ServerContext& server,
                                                              const AskedDocument& asked);
 
 /// Takes a single candidate for the newest version. No request.

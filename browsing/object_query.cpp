@@ -4,12 +4,12 @@
 
 namespace lxservices::cms_interface::vantry {
 
-bool QueryObjects(const std::shared_ptr<VtConnection>& connection, const std::string& typeId,
-                  const std::string& select, const std::string& filter, std::vector<RestItem>& rows) {
+bool QueryObjects(ServerContext& server, const std::string& typeId, const std::string& select,
+                  const std::string& filter, std::vector<RestItem>& rows) {
   std::string path = "servlet/rest/objects?typeId=" + EscapeForUrl(typeId);
   if (!select.empty()) path += "&$select=" + select;
   if (!filter.empty()) path += "&$filter=" + filter;
-  return ReadRestItems(connection->http(), path, rows, false, nullptr);
+  return ReadRestItems(server.http(), path, rows, false, nullptr);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "connection/rest_items.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -16,8 +15,7 @@ namespace lxservices::cms_interface::vantry {
 /// @param select  attribute names; goes into the query as it stands; may be empty
 /// @param filter  goes into the query as it stands, so its values are escaped by the caller; may be empty
 /// @return whether the HTTP status was in 200 to 299
-[[nodiscard]] bool QueryObjects(const std::shared_ptr<VtConnection>& connection, const std::string& typeId,
-                                const std::string& select, const std::string& filter,
-                                std::vector<RestItem>& rows);
+[[nodiscard]] bool QueryObjects(ServerContext& server, const std::string& typeId, const std::string& select,
+                                const std::string& filter, std::vector<RestItem>& rows);
 
 }  // namespace lxservices::cms_interface::vantry

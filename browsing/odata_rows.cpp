@@ -5,9 +5,8 @@
 
 namespace lxservices::cms_interface::vantry {
 
-bool VisitODataPages(const std::shared_ptr<VtConnection>& connection, const std::string& path,
-                     const RowsVisitor& visit) {
-  ODataPageReader reader(connection, path);
+bool VisitODataPages(ServerContext& server, const std::string& path, const RowsVisitor& visit) {
+  ODataPageReader reader(server, path);
   while (reader.Next()) {
     if (!reader.page().IsObject()) break;
     const rapidjson::Value* rows = FindArray(reader.page(), "value");

@@ -3,10 +3,9 @@
 #include <rapidjson/document.h>
 
 #include <functional>
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -16,7 +15,6 @@ using RowsVisitor = std::function<bool(const rapidjson::Value& rows)>;
 /// Reads an OData answer page by page and shows the rows of each page to a visitor: one GET a page, on this
 /// thread. A page whose root is no object ends the reading; one without an array "value" is passed over.
 /// @return false when the page that was read last failed
-bool VisitODataPages(const std::shared_ptr<VtConnection>& connection, const std::string& path,
-                     const RowsVisitor& visit);
+bool VisitODataPages(ServerContext& server, const std::string& path, const RowsVisitor& visit);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -18,12 +18,12 @@ namespace {
 
 // The document with a version. The versions are asked for before the version's text is looked at, so that a
 // path whose document is gone is told apart from one with a bad version.
-std::string FindVersion(const std::shared_ptr<VtConnection>& connection, const std::string& id,
-                        const std::string& version, const char* path) {
+std::string FindVersion(ServerContext& server, const std::string& id, const std::string& version,
+                        const char* path) {
   DocumentRecord record;
   std::vector<DocumentSummary> versions;
-  if (ReadDocument(connection, id, record) != Ok ||
-      !ReadDocumentVersions(connection, id, record.contextId, versions)) {
+  if (ReadDocument(server, id, record) != Ok ||
+      !ReadDocumentVersions(server, id, record.contextId, versions)) {
     VtDirectTracer()(dp::TraceType::Miss, "Failed to get file %s versions", path);
     return {};
   }
@@ -41,10 +41,9 @@ std::string FindVersion(const std::shared_ptr<VtConnection>& connection, const s
   return hit != versions.end() ? hit->id : std::string();
 }
 
-std::string ResolveInFolders(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                             const ParsedVfsPath& parsed, const char* path) {
+std::string ResolveInFolders(ServerContext& server, const ParsedVfsPath& parsed, const char* path) {
   const auto find = [&](const std::string& cadName) {
-    return FindFileInFolder(connection, services, cadName, parsed.folderPath, parsed.kind, parsed.context);
+    return FindFileInFolder(server, cadName, parsed.folderPath, parsed.kind, parsed.context);
   };
   // A name that looks escaped may be a document's plain name, so the leaf is tried as it stands too. That
   // second try is made even when both are the same: a search that failed for the moment gets another chance.
@@ -54,7 +53,7 @@ std::string ResolveInFolders(const std::shared_ptr<VtConnection>& connection, co
     VtDirectTracer()(dp::TraceType::Miss, "Failed to find file %s", path);
     return {};
   }
-  return parsed.version.empty() ? id : FindVersion(connection, id, parsed.version, path);
+  return parsed.version.empty() ? id : FindVersion(server, id, parsed.version, path);
 }
 
 const DocumentSummary* FindByCadName(const DocumentList& documents, const std::string& cadName) {
@@ -65,20 +64,19 @@ const DocumentSummary* FindByCadName(const DocumentList& documents, const std::s
 }
 
 // The version in the path, if any, plays no part: a workspace holds one version of a document.
-std::string ResolveInWorkspace(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                               const ParsedVfsPath& parsed, const char* path) {
-  const std::string contextId = ResolveContextId(connection, services, parsed.kind, parsed.context);
+std::string ResolveInWorkspace(ServerContext& server, const ParsedVfsPath& parsed, const char* path) {
+  const std::string contextId = ResolveContextId(server, parsed.kind, parsed.context);
   if (contextId.empty()) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate context %s on server\n", parsed.context.c_str());
     return {};
   }
-  const std::string workspaceId = FindWorkspaceIdByName(connection, parsed.folderPath, contextId);
+  const std::string workspaceId = FindWorkspaceIdByName(server, parsed.folderPath, contextId);
   if (workspaceId.empty()) {
     VtDirectTracer()(dp::TraceType::Miss, "Failed to find workspace for file %s", path);
     return {};
   }
   DocumentList documents;
-  if (!ListWorkspaceDocuments(connection, workspaceId, documents)) {
+  if (!ListWorkspaceDocuments(server, workspaceId, documents)) {
     VtDirectTracer()(dp::TraceType::Miss, "Failed to find workspace documents for file %s", path);
     return {};
   }
@@ -93,16 +91,15 @@ std::string ResolveInWorkspace(const std::shared_ptr<VtConnection>& connection, 
 
 }  // namespace
 
-std::string ResolveDocumentPath(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services,
-                                const char* path) {
+std::string ResolveDocumentPath(ServerContext& server, const char* path) {
   if (path == nullptr) path = "";
   const ParsedVfsPath parsed = SplitFilePath(path);
-  EnsureServiceFlags(services, *connection);
+  server.SettleServices();
   if (IsVfsName(parsed.section, VfsNameId::Folders)) {
-    return ResolveInFolders(connection, services, parsed, path);
+    return ResolveInFolders(server, parsed, path);
   }
   if (IsVfsName(parsed.section, VfsNameId::Workspaces)) {
-    return ResolveInWorkspace(connection, services, parsed, path);
+    return ResolveInWorkspace(server, parsed, path);
   }
   return {};
 }

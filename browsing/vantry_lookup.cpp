@@ -19,13 +19,13 @@ std::string NotLocated(const std::string& documentId) {
 
 // The id of a document that the connected user has checked out: in the workspace that holds it if it is the
 // working copy, alone if it is the original.
-std::string FindCheckedOutId(const std::shared_ptr<VtConnection>& connection, const DocumentRecord& record,
+std::string FindCheckedOutId(ServerContext& server, const DocumentRecord& record,
                              const std::string& documentId) {
   bool isWorkingCopy = false;
-  if (!IsWorkingCopy(connection, record, isWorkingCopy)) return NotLocated(documentId);
+  if (!IsWorkingCopy(server, record, isWorkingCopy)) return NotLocated(documentId);
   if (!isWorkingCopy) return documentId;
   WorkspaceRecord workspace;
-  if (!FindWorkspaceOfDocument(connection, documentId, record.contextId, workspace)) {
+  if (!FindWorkspaceOfDocument(server, documentId, record.contextId, workspace)) {
     return NotLocated(documentId);
   }
   return FormatWorkspaceId(workspace.id, documentId);
@@ -33,15 +33,14 @@ std::string FindCheckedOutId(const std::shared_ptr<VtConnection>& connection, co
 
 }  // namespace
 
-std::string FindIdInWorkspace(const std::shared_ptr<VtConnection>& connection, const char* documentId,
-                              const char* workspaceId) {
+std::string FindIdInWorkspace(ServerContext& server, const char* documentId, const char* workspaceId) {
   const std::string id = TextOrEmpty(documentId);
   const std::string workspace = TextOrEmpty(workspaceId);
   DocumentRecord record;
-  if (ReadDocument(connection, id, record) != Ok) return NotLocated(id);
-  if (workspace.empty()) return record.isCheckoutByYou ? FindCheckedOutId(connection, record, id) : id;
+  if (ReadDocument(server, id, record) != Ok) return NotLocated(id);
+  if (workspace.empty()) return record.isCheckoutByYou ? FindCheckedOutId(server, record, id) : id;
   WorkspaceRecord found;
-  if (!FindUserWorkspace(connection, record.contextId, workspace, found)) {
+  if (!FindUserWorkspace(server, record.contextId, workspace, found)) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate workspace %s for document %s on server\n",
                      workspace.c_str(), id.c_str());
     return {};
@@ -50,16 +49,15 @@ std::string FindIdInWorkspace(const std::shared_ptr<VtConnection>& connection, c
   return FormatWorkspaceId(workspace, id);
 }
 
-std::string FindLatestIdByCadName(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services,
-                                  const char* cadName) {
+std::string FindLatestIdByCadName(ServerContext& server, const char* cadName) {
   if (cadName == nullptr) return {};
-  EnsureServiceFlags(services, *connection);
+  server.SettleServices();
   DocumentRecord record;
-  if (!FindDocumentByCadName(connection, cadName, record)) return {};
+  if (!FindDocumentByCadName(server, cadName, record)) return {};
   LatestInfo latest;
   DocumentQuery query;
   query.latest = &latest;
-  if (GetDocumentDetails(connection, services, record.id.c_str(), query) != Ok) return {};
+  if (GetDocumentDetails(server, record.id.c_str(), query) != Ok) return {};
   return latest.id;
 }
 

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "connection/service_flags.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 /// Ids for what a host knows of a document by other means. Makes requests, on this thread.
 namespace lxservices::cms_interface::vantry {
@@ -15,14 +13,13 @@ namespace lxservices::cms_interface::vantry {
 /// other document gives its id as it is.
 /// @param workspaceId  null or empty for none; otherwise it must be a workspace of the user's
 /// @return empty on failure, traced
-[[nodiscard]] std::string FindIdInWorkspace(const std::shared_ptr<VtConnection>& connection,
-                                            const char* documentId, const char* workspaceId);
+[[nodiscard]] std::string FindIdInWorkspace(ServerContext& server, const char* documentId,
+                                            const char* workspaceId);
 
-/// The id of the newest version of the first document with a CAD name.
-/// @param services  refreshed here
-/// @param cadName   plain; null gives the empty text without a request
+/// The id of the newest version of the first document with a CAD name. The server's services are settled
+/// first.
+/// @param cadName  plain; null gives the empty text without a request
 /// @return empty on failure, traced
-[[nodiscard]] std::string FindLatestIdByCadName(const std::shared_ptr<VtConnection>& connection,
-                                                ServiceFlags& services, const char* cadName);
+[[nodiscard]] std::string FindLatestIdByCadName(ServerContext& server, const char* cadName);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -13,38 +13,37 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-bool FindWorkspaceOfId(const std::shared_ptr<VtConnection>& connection, const CheckoutId& id,
-                       WorkspaceRecord& workspace) {
+bool FindWorkspaceOfId(ServerContext& server, const CheckoutId& id, WorkspaceRecord& workspace) {
   if (id.field0.empty() || id.field1.empty()) return false;
   DocumentRecord record;
-  if (ReadDocument(connection, id.field0, record) != Ok) return false;
-  return FindWorkspaceById(connection, id.field1, record.contextId, workspace);
+  if (ReadDocument(server, id.field0, record) != Ok) return false;
+  return FindWorkspaceById(server, id.field1, record.contextId, workspace);
 }
 
 }  // namespace
 
-std::string InformationPage(const VtConnection& connection, const char* id) {
-  const std::string url = WithTrailingSlash(connection.http()->uri());
+std::string InformationPage(const ServerContext& server, const char* id) {
+  const std::string url = WithTrailingSlash(server.http()->uri());
   if (url.empty()) return {};
   return url + "app/#zvk1/tcomp/infoPage?oid=" + EscapeForUrl(ParseCheckoutId(id).field0);
 }
 
-std::string AttributesPage(const std::shared_ptr<VtConnection>& connection, const char* id) {
+std::string AttributesPage(ServerContext& server, const char* id) {
   const CheckoutId parsed = ParseCheckoutId(id);
   WorkspaceRecord workspace;
-  if (!FindWorkspaceOfId(connection, parsed, workspace)) {
+  if (!FindWorkspaceOfId(server, parsed, workspace)) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate %s on server\n", TextOrEmpty(id));
     return {};
   }
-  return WithTrailingSlash(connection->http()->uri()) +
+  return WithTrailingSlash(server.http()->uri()) +
          "servlet/VantryAuthGW/vn.enterprise.URLProcessor/URLTemplateAction?u8&action=MULTIEDITATTR&oid=" +
          EscapeForUrl(parsed.field0) + "&wsName=" + EscapeForUrl(workspace.name) + "&wscontext=1";
 }
 
-bool FindWorkspaceById(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId,
-                       const std::string& contextId, WorkspaceRecord& workspace) {
+bool FindWorkspaceById(ServerContext& server, const std::string& workspaceId, const std::string& contextId,
+                       WorkspaceRecord& workspace) {
   WorkspaceList workspaces;
-  const bool listed = ListWorkspaces(connection, contextId, workspaces);
+  const bool listed = ListWorkspaces(server, contextId, workspaces);
   const auto hit = std::find_if(workspaces.begin(), workspaces.end(), [&](const WorkspaceRecord& candidate) {
     return candidate.id == workspaceId;
   });

@@ -5,30 +5,30 @@
 
 namespace lxservices::cms_interface::vantry {
 
-bool ListWorkspaceDirs(const std::shared_ptr<VtConnection>& connection, const std::string& contextId,
-                       const DirEntryCallback& callback, ReadDirFlags flags) {
+bool ListWorkspaceDirs(ServerContext& server, const std::string& contextId, const DirEntryCallback& callback,
+                       ReadDirFlags flags) {
   if ((flags & Directories) == 0) return true;
   WorkspaceList workspaces;
-  if (!ListUserWorkspaces(connection, contextId, workspaces)) return false;
+  if (!ListUserWorkspaces(server, contextId, workspaces)) return false;
   for (const WorkspaceRecord& workspace : workspaces) EmitDirEntry(callback, workspace.name, "", true);
   return true;
 }
 
-bool ListWorkspaceFiles(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId,
+bool ListWorkspaceFiles(ServerContext& server, const std::string& workspaceId,
                         const DirEntryCallback& callback, ReadDirFlags flags) {
   if ((flags & Files) == 0) return true;
   DocumentList documents;
-  if (!ListWorkspaceDocuments(connection, workspaceId, documents)) return false;
+  if (!ListWorkspaceDocuments(server, workspaceId, documents)) return false;
   for (const DocumentSummary& document : documents) {
     EmitDirEntry(callback, document.master.cadName, "", false);
   }
   return true;
 }
 
-std::string FindWorkspaceIdByName(const std::shared_ptr<VtConnection>& connection, const std::string& name,
+std::string FindWorkspaceIdByName(ServerContext& server, const std::string& name,
                                   const std::string& contextId) {
   WorkspaceList workspaces;
-  if (!ListWorkspaces(connection, contextId, workspaces)) return {};
+  if (!ListWorkspaces(server, contextId, workspaces)) return {};
   for (const WorkspaceRecord& workspace : workspaces) {
     if (workspace.name == name) return workspace.id;
   }

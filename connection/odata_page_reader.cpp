@@ -8,8 +8,8 @@
 
 namespace lxservices::cms_interface::vantry {
 
-ODataPageReader::ODataPageReader(std::shared_ptr<VtConnection> connection, std::string path)
-    : connection_(std::move(connection)), path_(std::move(path)) {}
+ODataPageReader::ODataPageReader(const ServerContext& server, std::string path)
+    : connection_(server.connection()), path_(std::move(path)) {}
 
 bool ODataPageReader::Next() {
   page_ = rapidjson::Document();

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -18,7 +18,7 @@ namespace lxservices::cms_interface::vantry {
 class ODataPageReader {
  public:
   /// Sends nothing.
-  ODataPageReader(std::shared_ptr<VtConnection> connection, std::string path);
+  ODataPageReader(const ServerContext& server, std::string path);
 
   /// Fetches the next page by one GET on this thread; a next link goes over a connection of its own.
   /// @return false behind the last page

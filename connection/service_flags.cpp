@@ -1,6 +1,7 @@
 #include "connection/service_flags.h"
 
 #include "connection/service_schema.h"
+#include "connection/vt_connection.h"
 #include "platform/environment.h"
 
 namespace lxservices::cms_interface::vantry {

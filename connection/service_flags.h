@@ -1,8 +1,8 @@
 #pragma once
 
-#include "connection/vt_connection.h"
-
 namespace lxservices::cms_interface::vantry {
+
+class VtConnection;
 
 /// Which OData services a server has. Found out on first use and kept for the life of the server object.
 struct ServiceFlags {

@@ -8,8 +8,8 @@ VtConnection::VtConnection(const std::string& url, AuthFunction auth, Reach reac
     : http_(std::make_shared<HttpConnection>(url, auth, reach)), auth_(auth) {}
 
 std::string VtConnection::CsrfHeader() {
-  if (csrfHeader_.empty()) csrfHeader_ = FetchRestCsrf(http_);
-  return csrfHeader_;
+  const std::string known = knowledge_.NonceLine();
+  return !known.empty() ? known : knowledge_.LearnNonceLine(FetchRestCsrf(http_));
 }
 
 const char* VtConnection::ODataHeaders() {
@@ -17,8 +17,9 @@ const char* VtConnection::ODataHeaders() {
 }
 
 std::string VtConnection::ODataWriteHeaders() {
-  if (csrfHeader_.empty()) csrfHeader_ = FetchODataCsrf(http_);
-  return std::string(ODataHeaders()) + "\r\n" + csrfHeader_;
+  std::string line = knowledge_.NonceLine();
+  if (line.empty()) line = knowledge_.LearnNonceLine(FetchODataCsrf(http_));
+  return std::string(ODataHeaders()) + "\r\n" + line;
 }
 
 std::shared_ptr<HttpConnection> VtConnection::MakeSideConnection(const std::string& url) const {

@@ -5,12 +5,13 @@
 #include <string_view>
 
 #include "connection/http_connection.h"
+#include "connection/server_knowledge.h"
 
 namespace lxservices::cms_interface::vantry {
 
 /// What is particular to a Vantry server, above its HttpConnection: the nonce against cross-site request
-/// forgery, the OData header lines and the negotiated authoring application version. Held shared by all that
-/// work with one server. Takes no lock.
+/// forgery, the OData header lines, and what has been learned of the server. Held shared by all that work
+/// with one server, on any number of threads.
 class VtConnection {
  public:
   /// Makes the HttpConnection; sends nothing.
@@ -33,15 +34,13 @@ class VtConnection {
   /// lie on another host. Sends nothing. An empty URL gives an empty pointer.
   [[nodiscard]] std::shared_ptr<HttpConnection> MakeSideConnection(const std::string& url) const;
 
-  /// The authoring application version negotiated with the server, empty at first. Kept here for the document
-  /// services; this class does not look at it.
-  std::string authAppVersion;
+  /// What has been learned of the server. Two threads may learn the same at once.
+  [[nodiscard]] ServerKnowledge& knowledge() { return knowledge_; }
 
  private:
-  std::shared_ptr<HttpConnection> http_;
-  /// One complete header line once a nonce has been fetched, by whichever route came first; never emptied.
-  std::string csrfHeader_;
-  AuthFunction auth_;
+  const std::shared_ptr<HttpConnection> http_;
+  const AuthFunction auth_;
+  ServerKnowledge knowledge_;
 };
 
 }  // namespace lxservices::cms_interface::vantry

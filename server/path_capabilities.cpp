@@ -5,13 +5,10 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-// Whether the path is browsed by OData if the server can do that, which `services` then tells.
-bool MayBrowseByOData(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services,
-                      const char* path) {
+// Whether the path is one that is browsed by OData, on a server that can do that.
+bool IsBrowsedByOData(const char* path) {
   if (path == nullptr || *path == '\0') return false;
-  if (!IsVfsName(SplitFilePath(path).section, VfsNameId::Folders) || ForceLegacyFileBrowse()) return false;
-  EnsureServiceFlags(services, *connection);
-  return true;
+  return IsVfsName(SplitFilePath(path).section, VfsNameId::Folders) && !ForceLegacyFileBrowse();
 }
 
 }  // namespace
@@ -23,14 +20,12 @@ bool IsPathWritable(const char* path) {
   return IsVfsName(parsed.section, VfsNameId::Workspaces) && !parsed.folderPath.empty();
 }
 
-bool CanPathShowDetails(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services,
-                        const char* path) {
-  return MayBrowseByOData(connection, services, path) && services.folderContents;
+bool CanPathShowDetails(ServerContext& server, const char* path) {
+  return IsBrowsedByOData(path) && server.Services().folderContents;
 }
 
-bool CanPathShowVersions(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services,
-                         const char* path) {
-  return MayBrowseByOData(connection, services, path) && services.dataAdminV5;
+bool CanPathShowVersions(ServerContext& server, const char* path) {
+  return IsBrowsedByOData(path) && server.Services().dataAdminV5;
 }
 
 }  // namespace lxservices::cms_interface::vantry

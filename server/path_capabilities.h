@@ -1,9 +1,6 @@
 #pragma once
 
-#include <memory>
-
-#include "connection/service_flags.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 /// What can be done at a path. Each gives false for an empty path, and splits the path as a file's.
 namespace lxservices::cms_interface::vantry {
@@ -12,13 +9,12 @@ namespace lxservices::cms_interface::vantry {
 /// request.
 [[nodiscard]] bool IsPathWritable(const char* path);
 
-/// Whether a listing shows details: below a folders section that is browsed by OData. Settles `services` on
-/// first need.
-[[nodiscard]] bool CanPathShowDetails(const std::shared_ptr<VtConnection>& connection, ServiceFlags& services,
-                                      const char* path);
+/// Whether a listing shows details: below a folders section that is browsed by OData. Settles the server's
+/// services for such a path.
+[[nodiscard]] bool CanPathShowDetails(ServerContext& server, const char* path);
 
-/// Whether a listing shows versions, which takes version 5 of the service. Settles `services` on first need.
-[[nodiscard]] bool CanPathShowVersions(const std::shared_ptr<VtConnection>& connection,
-                                       ServiceFlags& services, const char* path);
+/// Whether a listing shows versions, which takes version 5 of the service. Settles the server's services for
+/// such a path.
+[[nodiscard]] bool CanPathShowVersions(ServerContext& server, const char* path);
 
 }  // namespace lxservices::cms_interface::vantry

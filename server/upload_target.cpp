@@ -13,38 +13,35 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-Status UploadIntoWorkspace(const std::shared_ptr<VtConnection>& connection, const ParsedVfsPath& target,
-                           const std::string& contextId, const DocumentUploadParams& params, FileInfo& info,
-                           ProgressFunction progress) {
-  const std::string workspace = FindWorkspaceIdByName(connection, target.folderPath, contextId);
+Status UploadIntoWorkspace(ServerContext& server, const ParsedVfsPath& target, const std::string& contextId,
+                           const DocumentUploadParams& params, FileInfo& info, ProgressFunction progress) {
+  const std::string workspace = FindWorkspaceIdByName(server, target.folderPath, contextId);
   if (workspace.empty()) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate workspace %s in context %s on server\n",
                      target.folderPath.c_str(), contextId.c_str());
     return Refused;
   }
-  return CreateDocumentInWorkspace(connection, target.leaf, contextId, {}, workspace, params, info,
+  return CreateDocumentInWorkspace(server, target.leaf, contextId, {}, workspace, params, info,
                                    std::move(progress));
 }
 
-std::string FindFolder(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                       const std::string& contextId, const std::string& folderPath) {
-  return services.dataAdminPresent ? FindFolderIdOData(connection, contextId, folderPath)
-                                   : FindFolderIdRest(connection, contextId, folderPath);
+std::string FindFolder(ServerContext& server, const std::string& contextId, const std::string& folderPath) {
+  return server.Services().dataAdminPresent ? FindFolderIdOData(server, contextId, folderPath)
+                                            : FindFolderIdRest(server, contextId, folderPath);
 }
 
 }  // namespace
 
-Status UploadNewDocument(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                         const char* targetPath, const DocumentUploadParams& params, FileInfo& info,
-                         ProgressFunction progress) {
+Status UploadNewDocument(ServerContext& server, const char* targetPath, const DocumentUploadParams& params,
+                         FileInfo& info, ProgressFunction progress) {
   const ParsedVfsPath target = SplitFilePath(targetPath);
-  const std::string contextId = ResolveContextId(connection, services, target.kind, target.context);
+  const std::string contextId = ResolveContextId(server, target.kind, target.context);
   if (contextId.empty()) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate context %s on server\n", target.context.c_str());
     return Refused;
   }
   if (IsVfsName(target.section, VfsNameId::Workspaces)) {
-    return UploadIntoWorkspace(connection, target, contextId, params, info, std::move(progress));
+    return UploadIntoWorkspace(server, target, contextId, params, info, std::move(progress));
   }
   if (!IsVfsName(target.section, VfsNameId::Folders)) {
     // "most" is what has always stood in this line; logs are searched for it.
@@ -52,8 +49,8 @@ Status UploadNewDocument(const std::shared_ptr<VtConnection>& connection, const 
                      targetPath);
     return NotFound;
   }
-  const std::string folderId = FindFolder(connection, services, contextId, target.folderPath);
-  return CreateDocument(connection, target.leaf, contextId, folderId, params, info, std::move(progress));
+  const std::string folderId = FindFolder(server, contextId, target.folderPath);
+  return CreateDocument(server, target.leaf, contextId, folderId, params, info, std::move(progress));
 }
 
 }  // namespace lxservices::cms_interface::vantry

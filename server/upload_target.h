@@ -1,10 +1,7 @@
 #pragma once
 
-#include <memory>
-
 #include "base/status.h"
-#include "connection/service_flags.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "server/file_server.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -14,8 +11,7 @@ namespace lxservices::cms_interface::vantry {
 /// @return Refused when the context or the workspace is not found, NotFound when the path leads to neither
 ///         section, each traced; else what the creation gave. A folder that is not found is no failure here:
 ///         the server decides.
-Status UploadNewDocument(const std::shared_ptr<VtConnection>& connection, const ServiceFlags& services,
-                         const char* targetPath, const DocumentUploadParams& params, FileInfo& info,
-                         ProgressFunction progress);
+Status UploadNewDocument(ServerContext& server, const char* targetPath, const DocumentUploadParams& params,
+                         FileInfo& info, ProgressFunction progress);
 
 }  // namespace lxservices::cms_interface::vantry

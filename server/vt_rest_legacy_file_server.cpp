@@ -19,14 +19,17 @@
 #include "documents/storing/document_storing.h"
 #include "server/path_capabilities.h"
 #include "server/upload_target.h"
-#include "translation/nrx_xliff_server.h"
 #include "translation/translation_gate.h"
 
 namespace lxservices::cms_interface::vantry {
 
 VtRestLegacyFileServer::VtRestLegacyFileServer(std::shared_ptr<VtConnection> connection,
                                                std::string serverKey)
-    : connection_(std::move(connection)), serverKey_(std::move(serverKey)) {}
+    : connection_(std::move(connection)), serverKey_(std::move(serverKey)), xliffServer_(connection_) {}
+
+ServerContext VtRestLegacyFileServer::Begin() const {
+  return ServerContext(connection_);
+}
 
 bool VtRestLegacyFileServer::TestConnection() {
   return ProbeConnection(connection_) == Ok;
@@ -34,16 +37,18 @@ bool VtRestLegacyFileServer::TestConnection() {
 
 bool VtRestLegacyFileServer::GetFile(const char* id, const char* localPath, FileInfo& info,
                                      ProgressFunction progress) {
-  return DownloadDocument(connection_, id, localPath, info, std::move(progress));
+  ServerContext server = Begin();
+  return DownloadDocument(server, id, localPath, info, std::move(progress));
 }
 
 Status VtRestLegacyFileServer::ReadDetails(const char* id, DocumentQuery& query) {
-  EnsureServiceFlags(services_, *connection_);
-  return GetDocumentDetails(connection_, services_, id, query);
+  ServerContext server = Begin();
+  return GetDocumentDetails(server, id, query);
 }
 
 Status VtRestLegacyFileServer::GetFileInfo(const char* id, FileInfo& info) {
-  return vantry::GetFileInfo(connection_, id, info);
+  ServerContext server = Begin();
+  return vantry::GetFileInfo(server, id, info);
 }
 
 bool VtRestLegacyFileServer::AlwaysTrue() {
@@ -63,47 +68,54 @@ CheckoutServer* VtRestLegacyFileServer::GetCheckoutServer() {
 }
 
 std::string VtRestLegacyFileServer::ResolvePath(const char* path) {
-  return ResolveDocumentPath(connection_, services_, path);
+  ServerContext server = Begin();
+  return ResolveDocumentPath(server, path);
 }
 
 std::string VtRestLegacyFileServer::GetVFSPath(const char* id, bool folderOnly, bool latestForm) {
-  return FindDocumentPath(connection_, services_, id, folderOnly, latestForm);
+  ServerContext server = Begin();
+  return FindDocumentPath(server, id, folderOnly, latestForm);
 }
 
 std::string VtRestLegacyFileServer::BrowserInfo(const char* id) {
-  return InformationPage(*connection_, id);
+  return InformationPage(Begin(), id);
 }
 
 std::string VtRestLegacyFileServer::EditAttributesURL(const char* id) {
-  return AttributesPage(connection_, id);
+  ServerContext server = Begin();
+  return AttributesPage(server, id);
 }
 
 std::string VtRestLegacyFileServer::UIDFromVantryParams(const char* documentId, const char* workspaceId) {
-  return FindIdInWorkspace(connection_, documentId, workspaceId);
+  ServerContext server = Begin();
+  return FindIdInWorkspace(server, documentId, workspaceId);
 }
 
 std::string VtRestLegacyFileServer::UIDFromVantryCadName(const char* cadName) {
-  return FindLatestIdByCadName(connection_, services_, cadName);
+  ServerContext server = Begin();
+  return FindLatestIdByCadName(server, cadName);
 }
 
 bool VtRestLegacyFileServer::GetCheckoutState(const char* id, VtCheckoutState& state) {
-  return vantry::GetCheckoutState(connection_, id, state);
+  ServerContext server = Begin();
+  return vantry::GetCheckoutState(server, id, state);
 }
 
-void VtRestLegacyFileServer::ReadFeaturesOnce() {
+ServerFeatures VtRestLegacyFileServer::Features() {
+  if (const auto known = connection_->knowledge().Features()) return *known;
+  ServerContext server = Begin();
+  ServerFeatures features;
   // Whatever came of it: a server that failed once answers no for the life of this object.
-  if (!featuresRead_) (void)ReadHvdFeatures(connection_, separatedSources_, vcsInfo_);
-  featuresRead_ = true;
+  (void)ReadHvdFeatures(server, features.separatedSources, features.vcsInfo);
+  return connection_->knowledge().LearnFeatures(features);
 }
 
 bool VtRestLegacyFileServer::SupportsSeparatedSources() {
-  ReadFeaturesOnce();
-  return separatedSources_;
+  return Features().separatedSources;
 }
 
 bool VtRestLegacyFileServer::SupportsVCSMetadata() {
-  ReadFeaturesOnce();
-  return vcsInfo_;
+  return Features().vcsInfo;
 }
 
 bool VtRestLegacyFileServer::ReadDir(const char* path,
@@ -116,11 +128,13 @@ bool VtRestLegacyFileServer::ReadDir(const char* path,
 }
 
 bool VtRestLegacyFileServer::ReadDirExt(const char* path, DirEntryCallback callback, ReadDirFlags flags) {
-  return ListDirectory(connection_, services_, path, callback, flags);
+  ServerContext server = Begin();
+  return ListDirectory(server, path, callback, flags);
 }
 
 DirLister VtRestLegacyFileServer::OpenDir(const char* path) {
-  return OpenDirectory(connection_, services_, path);
+  ServerContext server = Begin();
+  return OpenDirectory(server, path);
 }
 
 bool VtRestLegacyFileServer::IsPathWritable(const char* path) {
@@ -128,55 +142,62 @@ bool VtRestLegacyFileServer::IsPathWritable(const char* path) {
 }
 
 bool VtRestLegacyFileServer::CanPathShowVersions(const char* path) {
-  return vantry::CanPathShowVersions(connection_, services_, path);
+  ServerContext server = Begin();
+  return vantry::CanPathShowVersions(server, path);
 }
 
 bool VtRestLegacyFileServer::CanPathShowDetails(const char* path) {
-  return vantry::CanPathShowDetails(connection_, services_, path);
+  ServerContext server = Begin();
+  return vantry::CanPathShowDetails(server, path);
 }
 
 Status VtRestLegacyFileServer::UploadNew(const char* path, const DocumentUploadParams& params, FileInfo& info,
                                          ProgressFunction progress) {
-  EnsureServiceFlags(services_, *connection_);
-  return UploadNewDocument(connection_, services_, path, params, info, std::move(progress));
+  ServerContext server = Begin();
+  return UploadNewDocument(server, path, params, info, std::move(progress));
 }
 
 Status VtRestLegacyFileServer::UploadIteration(const char* id, const DocumentUploadParams& params,
                                                FileInfo& info, ProgressFunction progress) {
-  return IterateDocument(connection_, id, params, info, std::move(progress));
+  ServerContext server = Begin();
+  return IterateDocument(server, id, params, info, std::move(progress));
 }
 
 bool VtRestLegacyFileServer::Checkout(const char* id, FileInfo& info) {
-  return CheckoutDocument(connection_, id, info);
+  ServerContext server = Begin();
+  return CheckoutDocument(server, id, info);
 }
 
 bool VtRestLegacyFileServer::UndoCheckout(const char* id, FileInfo& info) {
-  return UndoCheckoutDocument(connection_, id, info);
+  ServerContext server = Begin();
+  return UndoCheckoutDocument(server, id, info);
 }
 
 Status VtRestLegacyFileServer::Store(const char* id, const DocumentUploadParams& params,
                                      ProgressFunction progress) {
-  return StoreDocument(connection_, id, params, std::move(progress));
+  ServerContext server = Begin();
+  return StoreDocument(server, id, params, std::move(progress));
 }
 
 bool VtRestLegacyFileServer::Checkin(const char* id, FileInfo& info) {
-  return CheckinDocument(connection_, id, info);
+  ServerContext server = Begin();
+  return CheckinDocument(server, id, info);
 }
 
 bool VtRestLegacyFileServer::VerifyCheckout(const char* id, FileInfo& info, VtCheckoutState& state) {
-  return vantry::VerifyCheckout(connection_, id, info, state);
+  ServerContext server = Begin();
+  return vantry::VerifyCheckout(server, id, info, state);
 }
 
 XliffServer* VtRestLegacyFileServer::GetXliffServer() {
   // A refusal is remembered, so that a server without translation is asked once; a server that is brought up
   // to date while the host runs needs a new server object.
-  if (xliffServer_ != nullptr || xliffRefused_) return xliffServer_.get();
-  if (TranslationGate(*connection_)) {
-    xliffServer_ = std::make_unique<NrxXliffServer>(connection_);
-  } else {
-    xliffRefused_ = true;
+  auto translates = connection_->knowledge().Translates();
+  if (!translates) {
+    ServerContext server = Begin();
+    translates = connection_->knowledge().LearnTranslates(TranslationGate(server));
   }
-  return xliffServer_.get();
+  return *translates ? &xliffServer_ : nullptr;
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -3,15 +3,15 @@
 #include <memory>
 #include <string>
 
-#include "connection/service_flags.h"
+#include "connection/server_context.h"
 #include "connection/vt_connection.h"
 #include "server/file_server.h"
-#include "translation/xliff_server.h"
+#include "translation/nrx_xliff_server.h"
 
 namespace lxservices::cms_interface::vantry {
 
-/// The one concrete server. Remembers which services and features the server has; holds no listing, context,
-/// folder or document. Always held by std::shared_ptr.
+/// The one concrete server. Any number of threads may use it at once. What it learns of the server is kept by
+/// its connection; it holds no listing, context, folder or document. Always held by std::shared_ptr.
 class VtRestLegacyFileServer final : public VantryFileServer, private CheckoutServer {
  public:
   /// Sends nothing: all that is to be known of the server is found out on first use.
@@ -53,16 +53,13 @@ class VtRestLegacyFileServer final : public VantryFileServer, private CheckoutSe
   bool Checkin(const char* id, FileInfo& info) override;
   bool VerifyCheckout(const char* id, FileInfo& info, VtCheckoutState& state) override;
 
-  void ReadFeaturesOnce();
+  /// Each operation begins with a context of its own.
+  [[nodiscard]] ServerContext Begin() const;
+  [[nodiscard]] ServerFeatures Features();
 
-  std::shared_ptr<VtConnection> connection_;
-  std::string serverKey_;
-  std::unique_ptr<XliffServer> xliffServer_;  ///< made on first demand
-  bool xliffRefused_ = false;
-  ServiceFlags services_;
-  bool featuresRead_ = false;
-  bool separatedSources_ = false;
-  bool vcsInfo_ = false;
+  const std::shared_ptr<VtConnection> connection_;
+  const std::string serverKey_;
+  NrxXliffServer xliffServer_;  ///< handed out if the server translates
 };
 
 }  // namespace lxservices::cms_interface::vantry

@@ -21,30 +21,36 @@ NrxXliffServer::NrxXliffServer(std::shared_ptr<VtConnection> connection)
 
 bool NrxXliffServer::UploadSource(const char* id, const char* xliffPath, const char* language,
                                   FileInfo& result, std::function<bool(std::size_t, std::size_t)> progress) {
-  return UploadSourceXliff(connection_, SourceIdOf(id), xliffPath, language, result, std::move(progress));
+  ServerContext server(connection_);
+  return UploadSourceXliff(server, SourceIdOf(id), xliffPath, language, result, std::move(progress));
 }
 
 bool NrxXliffServer::UpdateSource(const char* id, const char* xliffPath, FileInfo& result,
                                   std::function<bool(std::size_t, std::size_t)> progress,
                                   const char* language) {
-  return UpdateSourceXliff(connection_, SourceIdOf(id), xliffPath, language, result, std::move(progress));
+  ServerContext server(connection_);
+  return UpdateSourceXliff(server, SourceIdOf(id), xliffPath, language, result, std::move(progress));
 }
 
 bool NrxXliffServer::GetSourceXliff(const char* id, XliffDocumentRef& xliff) {
-  return FindSourceXliff(connection_, SourceIdOf(id), xliff);
+  ServerContext server(connection_);
+  return FindSourceXliff(server, SourceIdOf(id), xliff);
 }
 
 bool NrxXliffServer::GetTranslations(const char* id, XliffDocumentRef& source,
                                      std::map<std::string, std::string>& translations) {
-  return ListTranslations(connection_, SourceIdOf(id), source, translations);
+  ServerContext server(connection_);
+  return ListTranslations(server, SourceIdOf(id), source, translations);
 }
 
 bool NrxXliffServer::GetDocumentLanguage(const char* id, XliffDocumentRef& document) {
-  return ReadDocumentLanguage(connection_, SourceIdOf(id), document);
+  ServerContext server(connection_);
+  return ReadDocumentLanguage(server, SourceIdOf(id), document);
 }
 
 bool NrxXliffServer::SetPublished(const char* id) {
-  return MarkPublished(connection_, SourceIdOf(id));
+  ServerContext server(connection_);
+  return MarkPublished(server, SourceIdOf(id));
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -7,7 +7,8 @@
 
 namespace lxservices::cms_interface::vantry {
 
-/// The translation service over OData. Keeps no state between operations.
+/// The translation service over OData. Keeps no state between operations, so any number of threads may use it
+/// at once.
 class NrxXliffServer final : public XliffServer {
  public:
   /// Sends nothing.
@@ -24,7 +25,7 @@ class NrxXliffServer final : public XliffServer {
   bool SetPublished(const char* id) override;
 
  private:
-  std::shared_ptr<VtConnection> connection_;
+  const std::shared_ptr<VtConnection> connection_;
 };
 
 }  // namespace lxservices::cms_interface::vantry

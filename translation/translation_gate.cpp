@@ -17,12 +17,12 @@ void TraceTooOld(const ServerVersion& version) {
 
 // Both lines say that translation is not available, and the gate opens all the same: they inform and do
 // not close it. "doe" is the line's own wording.
-void TraceWhatIsMissing(VtConnection& connection) {
-  if (!IsAssemblyInstalled(connection, "kotia")) {
+void TraceWhatIsMissing(ServerContext& server) {
+  if (!IsAssemblyInstalled(*server.connection(), "kotia")) {
     VtDirectXliffTracer()(dp::TraceType::Information)
         << "Cannot determine if KOT is installed on the server: KOT translation integration not available";
   }
-  if (!HasODataDomain(connection, "DynamicDocMgmt")) {
+  if (!HasODataDomain(*server.connection(), "DynamicDocMgmt")) {
     VtDirectXliffTracer()(dp::TraceType::Information)
         << "The required NRX APIs doe not appear to be available on this server: KOT translation integration "
            "not available";
@@ -31,15 +31,15 @@ void TraceWhatIsMissing(VtConnection& connection) {
 
 }  // namespace
 
-bool TranslationGate(VtConnection& connection) {
+bool TranslationGate(ServerContext& server) {
   if (!dp::Environment::Get("FENLOOM_FORCE_NRX_XLIFF_ENABLE").empty()) return true;
   ServerVersion version;
-  if (GetServerVersion(*connection.http(), version) != Ok) return false;
+  if (GetServerVersion(*server.http(), version) != Ok) return false;
   if (version < MinimumTranslationVersion) {
     TraceTooOld(version);
     return false;
   }
-  TraceWhatIsMissing(connection);
+  TraceWhatIsMissing(server);
   return true;
 }
 

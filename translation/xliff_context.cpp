@@ -41,9 +41,9 @@ bool HoldsFolder(const rapidjson::Value& container, const std::string& folderId)
   return false;
 }
 
-ContainerMatch ReadContainers(const std::shared_ptr<VtConnection>& connection, const std::string& cabinetId) {
+ContainerMatch ReadContainers(ServerContext& server, const std::string& cabinetId) {
   ContainerMatch containers;
-  ODataPageReader reader(connection, "servlet/odata/v1/DataAdmin/Containers?$expand=Folders");
+  ODataPageReader reader(server, "servlet/odata/v1/DataAdmin/Containers?$expand=Folders");
   while (reader.Next()) {
     if (!reader.page().IsObject()) break;
     const rapidjson::Value* rows = FindArray(reader.page(), "value");
@@ -63,10 +63,9 @@ std::string AttributeOf(const RestItem& item, const char* name) {
 
 }  // namespace
 
-std::string FindContextByCabinet(const std::shared_ptr<VtConnection>& connection,
-                                 const std::string& contextName, const std::string& cabinetId,
-                                 const std::string& /*contextType*/) {
-  ContainerMatch containers = ReadContainers(connection, cabinetId);
+std::string FindContextByCabinet(ServerContext& server, const std::string& contextName,
+                                 const std::string& cabinetId, const std::string& /*contextType*/) {
+  ContainerMatch containers = ReadContainers(server, cabinetId);
   if (containers.size() > 1) {
     std::erase_if(containers, [&](const auto& entry) { return entry.second.name != contextName; });
   }
@@ -75,10 +74,10 @@ std::string FindContextByCabinet(const std::shared_ptr<VtConnection>& connection
   return containers.size() == 1 ? containers.begin()->first : std::string();
 }
 
-bool FindContextByName(const std::shared_ptr<VtConnection>& connection, const std::string& contextName,
-                       const std::string& contextType, std::string& contextId) {
+bool FindContextByName(ServerContext& server, const std::string& contextName, const std::string& contextType,
+                       std::string& contextId) {
   std::vector<RestItem> contexts;
-  if (!ReadRestItems(connection->http(), "servlet/rest/v1/contexts", contexts, true, nullptr)) return false;
+  if (!ReadRestItems(server.http(), "servlet/rest/v1/contexts", contexts, true, nullptr)) return false;
   const std::string wantedType = UpperCase(contextType);
   for (const RestItem& context : contexts) {
     if (AttributeOf(context, "name") != contextName) continue;

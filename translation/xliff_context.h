@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 /// The context that a source XLIFF is stored in. Requests on this thread; nothing is traced.
 namespace lxservices::cms_interface::vantry {
@@ -11,15 +10,13 @@ namespace lxservices::cms_interface::vantry {
 /// The context that holds a cabinet. One GET a page. A cabinet in one context decides by itself; of several
 /// the one of that name does.
 /// @return empty when it cannot be told
-[[nodiscard]] std::string FindContextByCabinet(const std::shared_ptr<VtConnection>& connection,
-                                               const std::string& contextName, const std::string& cabinetId,
-                                               const std::string& contextType);
+[[nodiscard]] std::string FindContextByCabinet(ServerContext& server, const std::string& contextName,
+                                               const std::string& cabinetId, const std::string& contextType);
 
 /// The first context of a name and a type, types compared without regard to case. One GET.
 /// @param contextId  receives its id; left alone when none fits
 /// @return false when the list could not be read
-[[nodiscard]] bool FindContextByName(const std::shared_ptr<VtConnection>& connection,
-                                     const std::string& contextName, const std::string& contextType,
-                                     std::string& contextId);
+[[nodiscard]] bool FindContextByName(ServerContext& server, const std::string& contextName,
+                                     const std::string& contextType, std::string& contextId);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -44,8 +44,8 @@ bool HasExpandedElement(const rapidjson::Value& rows) {
 
 }  // namespace
 
-std::string FindFolderByPath(const std::shared_ptr<VtConnection>& connection, const char* contextName,
-                             const char* /*contextType*/, const char* subFolderPath) {
+std::string FindFolderByPath(ServerContext& server, const char* contextName, const char* /*contextType*/,
+                             const char* subFolderPath) {
   const std::string path = subFolderPath != nullptr ? subFolderPath : "";
   const auto slash = path.rfind('/');
   if (slash == std::string::npos || slash == 0) return {};
@@ -53,9 +53,9 @@ std::string FindFolderByPath(const std::shared_ptr<VtConnection>& connection, co
   const std::string location = path.substr(0, slash);
   const std::string context = contextName != nullptr ? contextName : "";
   ODataPageReader reader(
-      connection, "servlet/odata/v1/DataAdmin/Containers?$expand=Folders($select=ID,Name,Location;$levels=" +
-                      std::to_string(CountLevels(path)) +
-                      ")&$select=Name,ID&$filter=" + EscapeForUrl("Name eq '" + context + "'"));
+      server, "servlet/odata/v1/DataAdmin/Containers?$expand=Folders($select=ID,Name,Location;$levels=" +
+                  std::to_string(CountLevels(path)) +
+                  ")&$select=Name,ID&$filter=" + EscapeForUrl("Name eq '" + context + "'"));
   while (reader.Next()) {
     if (!reader.page().IsObject()) break;
     const rapidjson::Value* rows = FindArray(reader.page(), "value");

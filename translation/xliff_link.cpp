@@ -6,15 +6,14 @@
 
 namespace lxservices::cms_interface::vantry {
 
-bool LinkXliffDocument(const std::shared_ptr<VtConnection>& connection, const std::string& sourceId,
-                       const std::string& xliffId) {
+bool LinkXliffDocument(ServerContext& server, const std::string& sourceId, const std::string& xliffId) {
   // The ids go in as they stand, with no escaping: that is the body that servers know.
   const ScopedTempPath body(WriteTextFile(
       "upload", "json",
       "{ \"oidForQ7zkDocument\":\"" + sourceId + "\", \"oidForXliffDocument\":\"" + xliffId + "\" }"));
   if (body.path().empty()) return false;
-  const std::string headers = connection->ODataWriteHeaders();
-  RestStream response(MakeRestRequest(connection->http(), du::http::Method::Post,
+  const std::string headers = server.ODataWriteHeaders();
+  RestStream response(MakeRestRequest(server.http(), du::http::Method::Post,
                                       "servlet/odata/v1/DynamicDocMgmt/CreateXliffLink", body.path().c_str(),
                                       nullptr, headers.c_str()),
                       {});

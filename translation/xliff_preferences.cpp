@@ -20,12 +20,12 @@ void ReadPreferences(const rapidjson::Value& page, XliffPreferences& preferences
 
 }  // namespace
 
-XliffPreferences GetXliffPreferences(const std::shared_ptr<VtConnection>& connection, const char* documentId,
+XliffPreferences GetXliffPreferences(ServerContext& server, const char* documentId,
                                      const char* sourceLanguage) {
   XliffPreferences preferences;
-  ODataPageReader reader(connection, "servlet/odata/v1/DynamicDocMgmt/XliffPreferences(oidForQ7zkDocument='" +
-                                         EscapeForUrl(TextOrEmpty(documentId)) + "',sourceLanguage='" +
-                                         EscapeForUrl(TextOrEmpty(sourceLanguage)) + "')");
+  ODataPageReader reader(server, "servlet/odata/v1/DynamicDocMgmt/XliffPreferences(oidForQ7zkDocument='" +
+                                     EscapeForUrl(TextOrEmpty(documentId)) + "',sourceLanguage='" +
+                                     EscapeForUrl(TextOrEmpty(sourceLanguage)) + "')");
   while (reader.Next()) {
     if (!reader.page().IsObject()) break;
     ReadPreferences(reader.page(), preferences);

@@ -6,14 +6,14 @@
 
 namespace lxservices::cms_interface::vantry {
 
-bool MarkPublished(const std::shared_ptr<VtConnection>& connection, const std::string& documentId) {
+bool MarkPublished(ServerContext& server, const std::string& documentId) {
   const ScopedTempPath body(
       WriteTextFile("upload", "json", "{ \"ZVKDDEXTENDEDDOCTYPE\":\"x-raomPublished\" }"));
   if (body.path().empty()) return false;
   const std::string path =
       "servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('" + EscapeForUrl(documentId) + "')";
-  const std::string headers = connection->ODataWriteHeaders();
-  RestStream response(MakeRestRequest(connection->http(), du::http::Method::Patch, path.c_str(),
+  const std::string headers = server.ODataWriteHeaders();
+  RestStream response(MakeRestRequest(server.http(), du::http::Method::Patch, path.c_str(),
                                       body.path().c_str(), nullptr, headers.c_str()),
                       {});
   return response.status() == 204 || ToldSuccess(response, "Failed to set document as published");

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -11,7 +10,6 @@ namespace lxservices::cms_interface::vantry {
 /// @return true for 204, and for another success whose answer says "Success"; a refusal and an answer that is
 /// no
 ///         JSON are traced
-[[nodiscard]] bool MarkPublished(const std::shared_ptr<VtConnection>& connection,
-                                 const std::string& documentId);
+[[nodiscard]] bool MarkPublished(ServerContext& server, const std::string& documentId);
 
 }  // namespace lxservices::cms_interface::vantry

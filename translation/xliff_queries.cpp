@@ -21,9 +21,8 @@ bool ReadReference(const rapidjson::Value& object, XliffDocumentRef& reference) 
 }
 
 // The last row decides, whatever the rows before it were.
-bool ReadLastReference(const std::shared_ptr<VtConnection>& connection, const std::string& path,
-                       XliffDocumentRef& reference) {
-  ODataPageReader reader(connection, path);
+bool ReadLastReference(ServerContext& server, const std::string& path, XliffDocumentRef& reference) {
+  ODataPageReader reader(server, path);
   bool complete = false;
   while (reader.Next()) {
     if (!reader.page().IsObject()) return false;
@@ -48,19 +47,17 @@ void ReadTranslations(const rapidjson::Value& page, std::map<std::string, std::s
 
 }  // namespace
 
-bool FindSourceXliff(const std::shared_ptr<VtConnection>& connection, const std::string& sourceId,
-                     XliffDocumentRef& xliff) {
-  return ReadLastReference(connection, DocumentPath(sourceId) + "/Xliff", xliff);
+bool FindSourceXliff(ServerContext& server, const std::string& sourceId, XliffDocumentRef& xliff) {
+  return ReadLastReference(server, DocumentPath(sourceId) + "/Xliff", xliff);
 }
 
-bool ReadDocumentLanguage(const std::shared_ptr<VtConnection>& connection, const std::string& documentId,
-                          XliffDocumentRef& document) {
-  return ReadLastReference(connection, DocumentPath(documentId), document);
+bool ReadDocumentLanguage(ServerContext& server, const std::string& documentId, XliffDocumentRef& document) {
+  return ReadLastReference(server, DocumentPath(documentId), document);
 }
 
-bool ListTranslations(const std::shared_ptr<VtConnection>& connection, const std::string& sourceId,
-                      XliffDocumentRef& source, std::map<std::string, std::string>& translations) {
-  ODataPageReader reader(connection, DocumentPath(sourceId) + "?$expand=Translations");
+bool ListTranslations(ServerContext& server, const std::string& sourceId, XliffDocumentRef& source,
+                      std::map<std::string, std::string>& translations) {
+  ODataPageReader reader(server, DocumentPath(sourceId) + "?$expand=Translations");
   bool complete = false;
   while (reader.Next()) {
     complete = false;

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <map>
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "translation/xliff_server.h"
 
 /// Reads of the translation add-on. One GET a page, on this thread; nothing is traced.
@@ -12,18 +11,18 @@ namespace lxservices::cms_interface::vantry {
 
 /// Finds the source XLIFF of a document; of several the last of a page counts.
 /// @return false when there is none, or it lacks its id or its language
-[[nodiscard]] bool FindSourceXliff(const std::shared_ptr<VtConnection>& connection,
-                                   const std::string& sourceId, XliffDocumentRef& xliff);
+[[nodiscard]] bool FindSourceXliff(ServerContext& server, const std::string& sourceId,
+                                   XliffDocumentRef& xliff);
 
 /// Reads a document's own language, from an answer of the same form as FindSourceXliff's.
-[[nodiscard]] bool ReadDocumentLanguage(const std::shared_ptr<VtConnection>& connection,
-                                        const std::string& documentId, XliffDocumentRef& document);
+[[nodiscard]] bool ReadDocumentLanguage(ServerContext& server, const std::string& documentId,
+                                        XliffDocumentRef& document);
 
 /// Lists the translations of a document; of several of one language the last counts.
 /// @param translations  entries are added
 /// @return whether the last page told the document's own id and language
-[[nodiscard]] bool ListTranslations(const std::shared_ptr<VtConnection>& connection,
-                                    const std::string& sourceId, XliffDocumentRef& source,
+[[nodiscard]] bool ListTranslations(ServerContext& server, const std::string& sourceId,
+                                    XliffDocumentRef& source,
                                     std::map<std::string, std::string>& translations);
 
 }  // namespace lxservices::cms_interface::vantry

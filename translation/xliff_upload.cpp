@@ -35,21 +35,20 @@ struct Place {
   std::string folderId;
 };
 
-Place FindPlaceByCabinet(const std::shared_ptr<VtConnection>& connection,
-                         const XliffPreferences& preferences) {
-  return {FindContextByCabinet(connection, Preference(preferences, "DB_CONTEXT_NAME"),
+Place FindPlaceByCabinet(ServerContext& server, const XliffPreferences& preferences) {
+  return {FindContextByCabinet(server, Preference(preferences, "DB_CONTEXT_NAME"),
                                Preference(preferences, "CABINET_OID"),
                                Preference(preferences, "DB_CONTEXT_TYPE")),
           Preference(preferences, "SUB_FOLDER_OID")};
 }
 
 // The folder is looked for even when no context fits.
-Place FindPlaceByPath(const std::shared_ptr<VtConnection>& connection, const XliffPreferences& preferences) {
+Place FindPlaceByPath(ServerContext& server, const XliffPreferences& preferences) {
   const std::string name = Preference(preferences, "DB_CONTEXT_NAME");
   const std::string type = Preference(preferences, "DB_CONTEXT_TYPE");
   Place place;
-  if (!FindContextByName(connection, name, type, place.contextId)) return {};
-  place.folderId = FindFolderByPath(connection, name.c_str(), type.c_str(),
+  if (!FindContextByName(server, name, type, place.contextId)) return {};
+  place.folderId = FindFolderByPath(server, name.c_str(), type.c_str(),
                                     Preference(preferences, "SUB_FOLDER_PATH").c_str());
   return place;
 }
@@ -62,17 +61,16 @@ FileInfo MakeFileInfoOf(const DocumentRecord& record) {
 
 }  // namespace
 
-bool UploadSourceXliff(const std::shared_ptr<VtConnection>& connection, const std::string& sourceId,
-                       const char* xliffPath, const char* language, FileInfo& result,
-                       du::http::ProgressFunction progress) {
-  const XliffPreferences preferences = GetXliffPreferences(connection, sourceId.c_str(), language);
+bool UploadSourceXliff(ServerContext& server, const std::string& sourceId, const char* xliffPath,
+                       const char* language, FileInfo& result, du::http::ProgressFunction progress) {
+  const XliffPreferences preferences = GetXliffPreferences(server, sourceId.c_str(), language);
   if (!AreComplete(preferences)) return false;
   const bool byCabinet = !Preference(preferences, "CABINET_OID").empty();
   const Place place =
-      byCabinet ? FindPlaceByCabinet(connection, preferences) : FindPlaceByPath(connection, preferences);
+      byCabinet ? FindPlaceByCabinet(server, preferences) : FindPlaceByPath(server, preferences);
   if (place.contextId.empty()) return false;
   DocumentRecord record;
-  if (!UpdateTextDocument(connection, nullptr, BareName(xliffPath).c_str(), place.contextId.c_str(),
+  if (!UpdateTextDocument(server, nullptr, BareName(xliffPath).c_str(), place.contextId.c_str(),
                           place.folderId.empty() ? nullptr : place.folderId.c_str(), xliffPath,
                           Preference(preferences, "ZVK_DD_TRANSLATE").c_str(),
                           Preference(preferences, "ZVK_DD_LANGUAGE").c_str(),
@@ -84,24 +82,23 @@ bool UploadSourceXliff(const std::shared_ptr<VtConnection>& connection, const st
   result = MakeFileInfoOf(record);
   // The document stands on the server whether or not it could be linked; a host that was told of a failure
   // would upload it a second time.
-  (void)LinkXliffDocument(connection, sourceId, record.id);
+  (void)LinkXliffDocument(server, sourceId, record.id);
   return true;
 }
 
-bool UpdateSourceXliff(const std::shared_ptr<VtConnection>& connection, const std::string& sourceId,
-                       const char* xliffPath, const char* language, FileInfo& result,
-                       du::http::ProgressFunction progress) {
+bool UpdateSourceXliff(ServerContext& server, const std::string& sourceId, const char* xliffPath,
+                       const char* language, FileInfo& result, du::http::ProgressFunction progress) {
   XliffDocumentRef xliff;
-  if (!FindSourceXliff(connection, sourceId, xliff)) return false;
+  if (!FindSourceXliff(server, sourceId, xliff)) return false;
   DocumentRecord document;
-  if (ReadDocument(connection, xliff.id, document) != Ok) return false;
+  if (ReadDocument(server, xliff.id, document) != Ok) return false;
   DocumentRecord record;
-  if (!UpdateTextDocument(connection, &document, nullptr, nullptr, nullptr, xliffPath, nullptr, language,
-                          nullptr, nullptr, &record, std::move(progress))) {
+  if (!UpdateTextDocument(server, &document, nullptr, nullptr, nullptr, xliffPath, nullptr, language, nullptr,
+                          nullptr, &record, std::move(progress))) {
     return false;
   }
   result = MakeFileInfoOf(record);
-  (void)LinkXliffDocument(connection, sourceId, record.id);
+  (void)LinkXliffDocument(server, sourceId, record.id);
   return true;
 }
 

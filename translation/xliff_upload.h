@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/file_info.h"
 
 /// The two ways of a source XLIFF to the server. Requests on this thread. A partly successful upload is never
@@ -14,13 +13,13 @@ namespace lxservices::cms_interface::vantry {
 /// @param result  receives the summary of the new document
 /// @return false, without a trace, when a preference is missing or the place cannot be found; false after a
 ///         traced failure of the upload
-[[nodiscard]] bool UploadSourceXliff(const std::shared_ptr<VtConnection>& connection,
-                                     const std::string& sourceId, const char* xliffPath, const char* language,
-                                     FileInfo& result, du::http::ProgressFunction progress);
+[[nodiscard]] bool UploadSourceXliff(ServerContext& server, const std::string& sourceId,
+                                     const char* xliffPath, const char* language, FileInfo& result,
+                                     du::http::ProgressFunction progress);
 
 /// Makes a new iteration of the source XLIFF of a document, and links it: a new iteration has a new id.
-[[nodiscard]] bool UpdateSourceXliff(const std::shared_ptr<VtConnection>& connection,
-                                     const std::string& sourceId, const char* xliffPath, const char* language,
-                                     FileInfo& result, du::http::ProgressFunction progress);
+[[nodiscard]] bool UpdateSourceXliff(ServerContext& server, const std::string& sourceId,
+                                     const char* xliffPath, const char* language, FileInfo& result,
+                                     du::http::ProgressFunction progress);
 
 }  // namespace lxservices::cms_interface::vantry

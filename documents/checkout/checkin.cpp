@@ -29,30 +29,29 @@ rapidjson::Document MakeCheckinBody(const std::string& documentId, const char* c
 
 }  // namespace
 
-bool CheckinDocument(const std::shared_ptr<VtConnection>& connection, const char* text, FileInfo& info) {
+bool CheckinDocument(ServerContext& server, const char* text, FileInfo& info) {
   CheckoutId checkoutId;
   if (!ParseValidCheckoutId(text, checkoutId)) return false;
   const std::string& id = WorkingDocumentId(checkoutId);
   const std::string& workspace = checkoutId.field1;
   DocumentRecord result;
   // Both lines were written for a workspace number; a workspace's id is a text.
-  if (!PostCheckin(connection, workspace, id, nullptr, checkoutId.temporary, &result)) {
+  if (!PostCheckin(server, workspace, id, nullptr, checkoutId.temporary, &result)) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to check-in document id %s on workspace %s\n", id.c_str(),
                      workspace.c_str());
     return false;
   }
   VtDirectTracer()(dp::TraceType::Miss, "Checked-in document id %s on workspace %s giving id %s\n",
                    id.c_str(), workspace.c_str(), result.id.c_str());
-  if (checkoutId.temporary) DeleteTemporaryWorkspace(connection, workspace);
+  if (checkoutId.temporary) DeleteTemporaryWorkspace(server, workspace);
   info = MakeFileInfo(result);
   info.id = FormatWorkspaceId(WorkspaceOf(checkoutId), result.id);
   return true;
 }
 
-bool PostCheckin(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId,
-                 const std::string& documentId, const char* comment, bool removeFromWorkspace,
-                 DocumentRecord* result) {
-  JsonPost post(*connection, WorkspaceOperationPath(workspaceId, "checkin"),
+bool PostCheckin(ServerContext& server, const std::string& workspaceId, const std::string& documentId,
+                 const char* comment, bool removeFromWorkspace, DocumentRecord* result) {
+  JsonPost post(server, WorkspaceOperationPath(workspaceId, "checkin"),
                 MakeCheckinBody(documentId, comment, removeFromWorkspace));
   RestStream& response = post.response();
   if (!response.succeeded()) {

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 #include "documents/reading/file_info.h"
 
@@ -17,16 +16,15 @@ namespace lxservices::cms_interface::vantry {
 /// @return false, traced, when the id is not valid or the check-in is refused; the working copy then stays
 /// and
 ///         the same id can be used again. A workspace that cannot be deleted is traced and no failure.
-[[nodiscard]] bool CheckinDocument(const std::shared_ptr<VtConnection>& connection, const char* checkoutId,
-                                   FileInfo& info);
+[[nodiscard]] bool CheckinDocument(ServerContext& server, const char* checkoutId, FileInfo& info);
 
 /// The one POST of a check-in.
 /// @param comment              may be null
 /// @param removeFromWorkspace  takes the document out of the workspace
 /// @param result               may be null; receives the checked-in document
 /// @return whether the status was in 200 to 299; a refusal is traced
-[[nodiscard]] bool PostCheckin(const std::shared_ptr<VtConnection>& connection,
-                               const std::string& workspaceId, const std::string& documentId,
-                               const char* comment, bool removeFromWorkspace, DocumentRecord* result);
+[[nodiscard]] bool PostCheckin(ServerContext& server, const std::string& workspaceId,
+                               const std::string& documentId, const char* comment, bool removeFromWorkspace,
+                               DocumentRecord* result);
 
 }  // namespace lxservices::cms_interface::vantry

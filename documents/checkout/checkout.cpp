@@ -13,9 +13,8 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 // The workspace for a checkout that named none; empty, traced, when it cannot be made.
-std::string MakeWorkspaceTraced(const std::shared_ptr<VtConnection>& connection,
-                                const std::string& contextId) {
-  std::string workspace = CreateTemporaryWorkspace(connection, contextId);
+std::string MakeWorkspaceTraced(ServerContext& server, const std::string& contextId) {
+  std::string workspace = CreateTemporaryWorkspace(server, contextId);
   if (workspace.empty()) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to create temporary workspace\n");
   } else {
@@ -37,10 +36,10 @@ rapidjson::Document MakeCheckoutBody(const std::string& documentId, const std::s
 
 }  // namespace
 
-bool CheckoutDocument(const std::shared_ptr<VtConnection>& connection, const char* id, FileInfo& info) {
+bool CheckoutDocument(ServerContext& server, const char* id, FileInfo& info) {
   const CheckoutId checkoutId = ParseCheckoutId(id);
   DocumentRecord record;
-  if (ReadDocument(connection, checkoutId.field0, record) != Ok) {
+  if (ReadDocument(server, checkoutId.field0, record) != Ok) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to find document id %s\n", TextOrEmpty(id));
     return false;
   }
@@ -49,12 +48,11 @@ bool CheckoutDocument(const std::shared_ptr<VtConnection>& connection, const cha
     return false;
   }
   const bool temporary = checkoutId.field1.empty();
-  const std::string workspace =
-      temporary ? MakeWorkspaceTraced(connection, record.contextId) : checkoutId.field1;
+  const std::string workspace = temporary ? MakeWorkspaceTraced(server, record.contextId) : checkoutId.field1;
   if (workspace.empty()) return false;
   DocumentRecord result;
-  if (!PostCheckout(connection, workspace, checkoutId.field0, result, &record.master.id)) {
-    if (temporary) DeleteTemporaryWorkspace(connection, workspace);
+  if (!PostCheckout(server, workspace, checkoutId.field0, result, &record.master.id)) {
+    if (temporary) DeleteTemporaryWorkspace(server, workspace);
     return false;
   }
   info = MakeFileInfo(result);
@@ -64,9 +62,9 @@ bool CheckoutDocument(const std::shared_ptr<VtConnection>& connection, const cha
   return true;
 }
 
-bool PostCheckout(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId,
-                  const std::string& documentId, DocumentRecord& result, const std::string* masterId) {
-  JsonPost post(*connection, WorkspaceOperationPath(workspaceId, "checkout"),
+bool PostCheckout(ServerContext& server, const std::string& workspaceId, const std::string& documentId,
+                  DocumentRecord& result, const std::string* masterId) {
+  JsonPost post(server, WorkspaceOperationPath(workspaceId, "checkout"),
                 MakeCheckoutBody(documentId, masterId));
   RestStream& response = post.response();
   // A success whose body is no JSON is traced as a failure and still a success: the document is checked out.

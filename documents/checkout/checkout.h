@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 #include "documents/reading/file_info.h"
 
@@ -16,15 +15,14 @@ namespace lxservices::cms_interface::vantry {
 /// @param info  receives the summary with the CheckoutId of the working copy; left alone on failure
 /// @return false, traced, when the document cannot be read or is checked out already, by whomever, and when a
 ///         request fails
-[[nodiscard]] bool CheckoutDocument(const std::shared_ptr<VtConnection>& connection, const char* id,
-                                    FileInfo& info);
+[[nodiscard]] bool CheckoutDocument(ServerContext& server, const char* id, FileInfo& info);
 
 /// The one POST of a checkout.
 /// @param result    receives the working copy; an answer that is no JSON is traced, and leaves it empty
 /// @param masterId  names the master that may stand in the workspace already; null sends no resolution
 /// @return whether the status was in 200 to 299; a refusal is traced
-[[nodiscard]] bool PostCheckout(const std::shared_ptr<VtConnection>& connection,
-                                const std::string& workspaceId, const std::string& documentId,
-                                DocumentRecord& result, const std::string* masterId);
+[[nodiscard]] bool PostCheckout(ServerContext& server, const std::string& workspaceId,
+                                const std::string& documentId, DocumentRecord& result,
+                                const std::string* masterId);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -8,11 +8,10 @@
 
 namespace lxservices::cms_interface::vantry {
 
-bool GetCheckoutState(const std::shared_ptr<VtConnection>& connection, const char* id,
-                      VtCheckoutState& state) {
+bool GetCheckoutState(ServerContext& server, const char* id, VtCheckoutState& state) {
   const CheckoutId parsed = ParseCheckoutId(id);
   DocumentRecord record;
-  if (ReadDocument(connection, parsed.field0, record) != Ok) {
+  if (ReadDocument(server, parsed.field0, record) != Ok) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return false;
   }
@@ -26,7 +25,7 @@ bool GetCheckoutState(const std::shared_ptr<VtConnection>& connection, const cha
     return true;
   }
   bool isWorkingCopy = false;
-  (void)IsWorkingCopy(connection, record, isWorkingCopy);
+  (void)IsWorkingCopy(server, record, isWorkingCopy);
   state.inWorkspace = isWorkingCopy;
   state.inUserWorkspace = isWorkingCopy;
   if (isWorkingCopy) {

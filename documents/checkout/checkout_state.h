@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 namespace lxservices::cms_interface {
 
@@ -25,8 +24,7 @@ namespace vantry {
 /// @param state  written on success only
 /// @return false when the document could not be read, traced. Whether it is a working copy may have been left
 ///         open by the server; it counts as none then.
-[[nodiscard]] bool GetCheckoutState(const std::shared_ptr<VtConnection>& connection, const char* id,
-                                    VtCheckoutState& state);
+[[nodiscard]] bool GetCheckoutState(ServerContext& server, const char* id, VtCheckoutState& state);
 
 }  // namespace vantry
 }  // namespace lxservices::cms_interface

@@ -13,12 +13,11 @@ namespace {
 
 // The undo itself; nothing is sent when a temporary workspace no longer holds the copy. False when the
 // refusal ends the operation, which it does in a workspace of the user's only.
-bool UndoInWorkspace(const std::shared_ptr<VtConnection>& connection, const CheckoutId& checkoutId,
-                     DocumentRecord& result) {
+bool UndoInWorkspace(ServerContext& server, const CheckoutId& checkoutId, DocumentRecord& result) {
   const std::string& id = WorkingDocumentId(checkoutId);
   const std::string& workspace = checkoutId.field1;
-  if (checkoutId.temporary && !WorkspaceHoldsDocument(connection, id, workspace)) return true;
-  if (PostUndoCheckout(connection, workspace, id, &result)) return true;
+  if (checkoutId.temporary && !WorkspaceHoldsDocument(server, id, workspace)) return true;
+  if (PostUndoCheckout(server, workspace, id, &result)) return true;
   VtDirectTracer()(dp::TraceType::Error, "Failed to undo checkout of %s from temporary workspace %s\n",
                    id.c_str(), workspace.c_str());
   return checkoutId.temporary;
@@ -26,15 +25,15 @@ bool UndoInWorkspace(const std::shared_ptr<VtConnection>& connection, const Chec
 
 }  // namespace
 
-bool UndoCheckoutDocument(const std::shared_ptr<VtConnection>& connection, const char* text, FileInfo& info) {
+bool UndoCheckoutDocument(ServerContext& server, const char* text, FileInfo& info) {
   CheckoutId checkoutId;
   if (!ParseValidCheckoutId(text, checkoutId)) return false;
   DocumentRecord result;
-  if (!UndoInWorkspace(connection, checkoutId, result)) return false;
+  if (!UndoInWorkspace(server, checkoutId, result)) return false;
   // A refused undo does not keep the temporary workspace: deleting it is what frees the document, and the
   // caller is told of a success as long as the document can be read.
-  if (checkoutId.temporary) DeleteTemporaryWorkspace(connection, checkoutId.field1);
-  if (result.id.empty() && ReadDocument(connection, checkoutId.field0, result) != Ok) {
+  if (checkoutId.temporary) DeleteTemporaryWorkspace(server, checkoutId.field1);
+  if (result.id.empty() && ReadDocument(server, checkoutId.field0, result) != Ok) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n",
                      checkoutId.field0.c_str());
     return false;
@@ -44,10 +43,9 @@ bool UndoCheckoutDocument(const std::shared_ptr<VtConnection>& connection, const
   return true;
 }
 
-bool PostUndoCheckout(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId,
-                      const std::string& documentId, DocumentRecord* result) {
-  JsonPost post(*connection, WorkspaceOperationPath(workspaceId, "undocheckout"),
-                MakeObjectIdList(documentId));
+bool PostUndoCheckout(ServerContext& server, const std::string& workspaceId, const std::string& documentId,
+                      DocumentRecord* result) {
+  JsonPost post(server, WorkspaceOperationPath(workspaceId, "undocheckout"), MakeObjectIdList(documentId));
   RestStream& response = post.response();
   if (!response.succeeded()) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to undo check-out of document with error %d : %s\n",

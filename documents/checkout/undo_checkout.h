@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 #include "documents/reading/file_info.h"
 
@@ -18,14 +17,12 @@ namespace lxservices::cms_interface::vantry {
 /// @return false, traced, when the id is not valid, when an undo in a workspace of the user's is refused, and
 ///         when the document cannot be read afterwards. A refused undo in a temporary workspace is only
 ///         traced: the workspace goes all the same.
-[[nodiscard]] bool UndoCheckoutDocument(const std::shared_ptr<VtConnection>& connection,
-                                        const char* checkoutId, FileInfo& info);
+[[nodiscard]] bool UndoCheckoutDocument(ServerContext& server, const char* checkoutId, FileInfo& info);
 
 /// The one POST of an undo.
 /// @param result  may be null; receives the document as it was before
 /// @return whether the status was in 200 to 299; a refusal is traced
-[[nodiscard]] bool PostUndoCheckout(const std::shared_ptr<VtConnection>& connection,
-                                    const std::string& workspaceId, const std::string& documentId,
-                                    DocumentRecord* result);
+[[nodiscard]] bool PostUndoCheckout(ServerContext& server, const std::string& workspaceId,
+                                    const std::string& documentId, DocumentRecord* result);
 
 }  // namespace lxservices::cms_interface::vantry

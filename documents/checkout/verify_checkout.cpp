@@ -10,38 +10,35 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-bool ReadAsItStands(const std::shared_ptr<VtConnection>& connection, const char* id, FileInfo& info,
-                    VtCheckoutState& state) {
-  return GetFileInfo(connection, id, info) == Ok && GetCheckoutState(connection, id, state);
+bool ReadAsItStands(ServerContext& server, const char* id, FileInfo& info, VtCheckoutState& state) {
+  return GetFileInfo(server, id, info) == Ok && GetCheckoutState(server, id, state);
 }
 
 // Whether the working copy is one, and stands in the workspace that the id names.
-bool StandsInWorkspace(const std::shared_ptr<VtConnection>& connection, const CheckoutId& checkoutId) {
+bool StandsInWorkspace(ServerContext& server, const CheckoutId& checkoutId) {
   const std::string& working = WorkingDocumentId(checkoutId);
   DocumentRecord record;
   bool isCopy = false;
-  return ReadDocument(connection, working, record) == Ok && IsWorkingCopy(connection, record, isCopy) &&
-         isCopy && WorkspaceHoldsDocument(connection, working, checkoutId.field1);
+  return ReadDocument(server, working, record) == Ok && IsWorkingCopy(server, record, isCopy) && isCopy &&
+         WorkspaceHoldsDocument(server, working, checkoutId.field1);
 }
 
 // What cannot be checked out again is reported as the undo left it.
-bool Renew(const std::shared_ptr<VtConnection>& connection, const char* id, FileInfo& info,
-           VtCheckoutState& state) {
+bool Renew(ServerContext& server, const char* id, FileInfo& info, VtCheckoutState& state) {
   FileInfo undone;
-  (void)UndoCheckoutDocument(connection, id, undone);
-  if (!CheckoutDocument(connection, undone.id.c_str(), info)) info = undone;
-  return GetCheckoutState(connection, info.id.c_str(), state);
+  (void)UndoCheckoutDocument(server, id, undone);
+  if (!CheckoutDocument(server, undone.id.c_str(), info)) info = undone;
+  return GetCheckoutState(server, info.id.c_str(), state);
 }
 
 }  // namespace
 
-bool VerifyCheckout(const std::shared_ptr<VtConnection>& connection, const char* id, FileInfo& info,
-                    VtCheckoutState& state) {
+bool VerifyCheckout(ServerContext& server, const char* id, FileInfo& info, VtCheckoutState& state) {
   const CheckoutId checkoutId = ParseCheckoutId(id);
-  if (checkoutId.field1.empty() || StandsInWorkspace(connection, checkoutId)) {
-    return ReadAsItStands(connection, id, info, state);
+  if (checkoutId.field1.empty() || StandsInWorkspace(server, checkoutId)) {
+    return ReadAsItStands(server, id, info, state);
   }
-  return checkoutId.temporary && Renew(connection, id, info, state);
+  return checkoutId.temporary && Renew(server, id, info, state);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <memory>
-
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/checkout/checkout_state.h"
 #include "documents/reading/file_info.h"
 
@@ -13,7 +11,7 @@ namespace lxservices::cms_interface::vantry {
 /// @param info   receives the summary of what stands now
 /// @param state  receives where it stands
 /// @return false when the checkout no longer stands and is none to renew, or when its state cannot be read
-[[nodiscard]] bool VerifyCheckout(const std::shared_ptr<VtConnection>& connection, const char* id,
-                                  FileInfo& info, VtCheckoutState& state);
+[[nodiscard]] bool VerifyCheckout(ServerContext& server, const char* id, FileInfo& info,
+                                  VtCheckoutState& state);
 
 }  // namespace lxservices::cms_interface::vantry

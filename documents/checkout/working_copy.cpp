@@ -12,24 +12,23 @@ namespace {
 
 // A failed list is no failure here, unlike in the search below: a document that nobody shows to be new
 // is one that was checked in long ago.
-bool HasNeverLeftWorkspace(const std::shared_ptr<VtConnection>& connection, const DocumentRecord& record) {
+bool HasNeverLeftWorkspace(ServerContext& server, const DocumentRecord& record) {
   std::vector<DocumentSummary> versions;
-  if (!ReadDocumentVersions(connection, record.id, record.contextId, versions)) return false;
+  if (!ReadDocumentVersions(server, record.id, record.contextId, versions)) return false;
   std::string path;
   return versions.size() == 1 && !GetFolderPathInContext(record, path);
 }
 
 }  // namespace
 
-bool IsWorkingCopy(const std::shared_ptr<VtConnection>& connection, const DocumentRecord& record,
-                   bool& answer) {
+bool IsWorkingCopy(ServerContext& server, const DocumentRecord& record, bool& answer) {
   answer = false;
   if (!record.isCheckoutByYou) {
-    answer = HasNeverLeftWorkspace(connection, record);
+    answer = HasNeverLeftWorkspace(server, record);
     return true;
   }
   std::vector<DocumentRecord> documents;
-  if (!SearchDocuments(connection, record.master.number, documents, record.contextId.c_str())) return false;
+  if (!SearchDocuments(server, record.master.number, documents, record.contextId.c_str())) return false;
   // This document has its version twice, so it is the copy, and the other is what it was taken from: the
   // search finds originals and no copies.
   answer = std::any_of(documents.begin(), documents.end(), [&](const DocumentRecord& other) {

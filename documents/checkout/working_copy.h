@@ -1,8 +1,6 @@
 #pragma once
 
-#include <memory>
-
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -11,7 +9,6 @@ namespace lxservices::cms_interface::vantry {
 /// a document that has never left a workspace. One GET on this thread.
 /// @param answer  false unless the server's answer says otherwise
 /// @return false when the question could not be answered; a failed search is traced
-[[nodiscard]] bool IsWorkingCopy(const std::shared_ptr<VtConnection>& connection,
-                                 const DocumentRecord& record, bool& answer);
+[[nodiscard]] bool IsWorkingCopy(ServerContext& server, const DocumentRecord& record, bool& answer);
 
 }  // namespace lxservices::cms_interface::vantry

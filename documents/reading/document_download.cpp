@@ -42,14 +42,14 @@ std::string ReadLocalFile(const char* path) {
 
 }  // namespace
 
-bool DownloadDocument(const std::shared_ptr<VtConnection>& connection, const char* id, const char* localPath,
-                      FileInfo& info, du::http::ProgressFunction progress) {
+bool DownloadDocument(ServerContext& server, const char* id, const char* localPath, FileInfo& info,
+                      du::http::ProgressFunction progress) {
   DocumentRecord record;
-  if (ReadDocument(connection, ParseCheckoutId(id).field0, record) != Ok) {
+  if (ReadDocument(server, ParseCheckoutId(id).field0, record) != Ok) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return false;
   }
-  if (DownloadPrimaryContent(connection, record, localPath, std::move(progress)) != 200) {
+  if (DownloadPrimaryContent(server, record, localPath, std::move(progress)) != 200) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to download file %s with error: %s", TextOrEmpty(id),
                      ReadLocalFile(TextOrEmpty(localPath)).c_str());
     return false;
@@ -59,12 +59,11 @@ bool DownloadDocument(const std::shared_ptr<VtConnection>& connection, const cha
   return true;
 }
 
-std::uint16_t DownloadPrimaryContent(const std::shared_ptr<VtConnection>& connection,
-                                     const DocumentRecord& record, const char* localPath,
-                                     du::http::ProgressFunction progress) {
+std::uint16_t DownloadPrimaryContent(ServerContext& server, const DocumentRecord& record,
+                                     const char* localPath, du::http::ProgressFunction progress) {
   if (record.contentSections.empty() || record.contentSections.front().contentUrl.empty()) return 0;
   const auto [base, path] = SplitUrlAtPath(record.contentSections.front().contentUrl.front());
-  const auto side = connection->MakeSideConnection(base);
+  const auto side = server.MakeSideConnection(base);
   if (side == nullptr) return 0;
   return side->DownloadToFile(path.c_str(), "", localPath, std::move(progress));
 }

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 #include "documents/reading/file_info.h"
 
@@ -17,14 +16,13 @@ namespace lxservices::cms_interface::vantry {
 /// copy. After a failure the local file holds what the server answered, and the caller owns it.
 /// @param info  receives the summary, with the id that came in
 /// @return true when the answer was exactly 200; each failure is traced
-[[nodiscard]] bool DownloadDocument(const std::shared_ptr<VtConnection>& connection, const char* id,
-                                    const char* localPath, FileInfo& info,
-                                    du::http::ProgressFunction progress);
+[[nodiscard]] bool DownloadDocument(ServerContext& server, const char* id, const char* localPath,
+                                    FileInfo& info, du::http::ProgressFunction progress);
 
 /// Fetches the first URL of the first content section; no other URL or section is ever tried.
 /// @return the HTTP status, 65535 when the exchange failed, 0 when there was nothing to fetch
-[[nodiscard]] std::uint16_t DownloadPrimaryContent(const std::shared_ptr<VtConnection>& connection,
-                                                   const DocumentRecord& record, const char* localPath,
+[[nodiscard]] std::uint16_t DownloadPrimaryContent(ServerContext& server, const DocumentRecord& record,
+                                                   const char* localPath,
                                                    du::http::ProgressFunction progress);
 
 }  // namespace lxservices::cms_interface::vantry

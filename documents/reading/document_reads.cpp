@@ -14,10 +14,9 @@ constexpr const char* documentsPath = "servlet/rest/v1/dkm/documents/";
 
 }  // namespace
 
-Status ReadDocument(const std::shared_ptr<VtConnection>& connection, const std::string& id,
-                    DocumentRecord& record) {
+Status ReadDocument(ServerContext& server, const std::string& id, DocumentRecord& record) {
   const std::string path = documentsPath + EscapeForUrl(id);
-  RestStream response(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) {
     return response.errorCode() != du::http::ErrorCode::Done ? ConnectionFailed : Refused;
   }
@@ -26,20 +25,19 @@ Status ReadDocument(const std::shared_ptr<VtConnection>& connection, const std::
   return Ok;
 }
 
-bool ReadDocumentJson(const std::shared_ptr<VtConnection>& connection, const std::string& id,
-                      rapidjson::Document& document) {
+bool ReadDocumentJson(ServerContext& server, const std::string& id, rapidjson::Document& document) {
   const std::string path = documentsPath + EscapeForUrl(id);
-  RestStream response(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) return false;
   (void)ParseJsonResponse(response, document);
   return true;
 }
 
-bool ReadDocumentVersions(const std::shared_ptr<VtConnection>& connection, const std::string& id,
-                          const std::string& contextId, std::vector<DocumentSummary>& versions) {
+bool ReadDocumentVersions(ServerContext& server, const std::string& id, const std::string& contextId,
+                          std::vector<DocumentSummary>& versions) {
   const std::string path =
       documentsPath + EscapeForUrl(id) + "/versions?contextId=" + EscapeForUrl(contextId);
-  RestStream response(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) return false;
   rapidjson::Document document;
   if (!ParseJsonResponse(response, document) || !document.IsArray()) return true;
@@ -50,11 +48,11 @@ bool ReadDocumentVersions(const std::shared_ptr<VtConnection>& connection, const
   return true;
 }
 
-bool SearchDocuments(const std::shared_ptr<VtConnection>& connection, const std::string& number,
-                     std::vector<DocumentRecord>& documents, const char* scope) {
+bool SearchDocuments(ServerContext& server, const std::string& number, std::vector<DocumentRecord>& documents,
+                     const char* scope) {
   std::string path = std::string(documentsPath) + "search?number=" + EscapeForUrl(number);
   if (scope != nullptr && *scope != '\0') path += "&scope=" + EscapeForUrl(scope);
-  RestStream response(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to find doc number %s with response: %s", number.c_str(),
                      response.errorText().c_str());

@@ -22,9 +22,9 @@ FileInfo MakeFileInfo(const DocumentRecord& record) {
   return info;
 }
 
-Status GetFileInfo(const std::shared_ptr<VtConnection>& connection, const char* id, FileInfo& info) {
+Status GetFileInfo(ServerContext& server, const char* id, FileInfo& info) {
   DocumentRecord record;
-  const Status status = ReadDocument(connection, ParseCheckoutId(id).field0, record);
+  const Status status = ReadDocument(server, ParseCheckoutId(id).field0, record);
   if (status != Ok) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return status;

@@ -2,11 +2,10 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <string>
 
 #include "base/status.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 
 namespace lxservices::cms_interface {
@@ -31,7 +30,7 @@ namespace vantry {
 /// Reads a document and fills its summary, with the whole id as its id: one GET on this thread.
 /// @param id  a CheckoutId or a plain id; its first field is read
 /// @return Ok, Refused or ConnectionFailed; a failure is traced
-Status GetFileInfo(const std::shared_ptr<VtConnection>& connection, const char* id, FileInfo& info);
+Status GetFileInfo(ServerContext& server, const char* id, FileInfo& info);
 
 }  // namespace vantry
 }  // namespace lxservices::cms_interface

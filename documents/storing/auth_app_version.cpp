@@ -1,6 +1,5 @@
 #include "documents/storing/auth_app_version.h"
 
-#include "base/settings.h"
 #include "connection/rest_stream.h"
 #include "documents/storing/text_file.h"
 
@@ -12,37 +11,38 @@ constexpr const char* defaultVersion = "310";
 
 }  // namespace
 
-std::string AuthoringApplicationOrDefault() {
-  std::string application = CurrentSettings()->authoringApplication;
+std::string AuthoringApplicationOrDefault(const ServerContext& server) {
+  const std::string& application = server.settings().authoringApplication;
   return application.empty() ? defaultApplication : application;
 }
 
-std::string AuthAppVersionOrDefault(const VtConnection& connection) {
-  return connection.authAppVersion.empty() ? defaultVersion : connection.authAppVersion;
+std::string AuthAppVersionOrDefault(const ServerContext& server) {
+  const std::string version = server.connection()->knowledge().AuthAppVersion();
+  return version.empty() ? defaultVersion : version;
 }
 
-void EnsureAuthAppVersion(const std::shared_ptr<VtConnection>& connection) {
-  if (!connection->authAppVersion.empty()) return;
+void EnsureAuthAppVersion(ServerContext& server) {
+  ServerKnowledge& knowledge = server.connection()->knowledge();
+  if (!knowledge.AuthAppVersion().empty()) return;
   std::string version;
-  const std::string toRegister = CurrentSettings()->authAppVersionToRegister;
-  if (!toRegister.empty()) version = RegisterAuthAppVersion(connection, toRegister);
-  if (version.empty()) version = CurrentSettings()->authAppVersion;
-  connection->authAppVersion = version.empty() ? defaultVersion : version;
+  const std::string& toRegister = server.settings().authAppVersionToRegister;
+  if (!toRegister.empty()) version = RegisterAuthAppVersion(server, toRegister);
+  if (version.empty()) version = server.settings().authAppVersion;
+  knowledge.LearnAuthAppVersion(version.empty() ? defaultVersion : version);
 }
 
-std::string RegisterAuthAppVersion(const std::shared_ptr<VtConnection>& connection,
-                                   const std::string& version) {
+std::string RegisterAuthAppVersion(ServerContext& server, const std::string& version) {
   // The blanks are part of the format; the version stands without quotes and must be a number.
-  const ScopedTempPath body(WriteTextFile("register", "json",
-                                          "[{ \"authoringApplication\":\"" + AuthoringApplicationOrDefault() +
-                                              "\", \"authAppVersion\":" + version +
-                                              ", \"ndVersions\":[\"J-01\"] }]"));
+  const ScopedTempPath body(
+      WriteTextFile("register", "json",
+                    "[{ \"authoringApplication\":\"" + AuthoringApplicationOrDefault(server) +
+                        "\", \"authAppVersion\":" + version + ", \"ndVersions\":[\"J-01\"] }]"));
   if (body.path().empty()) return {};
-  const std::string nonce = connection->CsrfHeader();
-  RestStream response(MakeRestRequest(connection->http(), du::http::Method::Post,
-                                      "servlet/rest/v1/dkm/registerauthappversions", body.path().c_str(),
-                                      nullptr, nonce.c_str()),
-                      {});
+  const std::string nonce = server.CsrfHeader();
+  RestStream response(
+      MakeRestRequest(server.http(), du::http::Method::Post, "servlet/rest/v1/dkm/registerauthappversions",
+                      body.path().c_str(), nullptr, nonce.c_str()),
+      {});
   return response.status() == 204 ? version : std::string();
 }
 

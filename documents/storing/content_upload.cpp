@@ -77,13 +77,13 @@ Status TraceTooLarge() {
 }
 
 // Sends the staged body over a connection of its own, even when it leads to the same server.
-Status PostBody(const std::shared_ptr<VtConnection>& connection, const std::string& uploadUrl,
-                const std::string& bodyFile, const StreamIndex& streams, std::size_t count,
-                std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
+Status PostBody(ServerContext& server, const std::string& uploadUrl, const std::string& bodyFile,
+                const StreamIndex& streams, std::size_t count, std::vector<UploadedContent>& contents,
+                du::http::ProgressFunction progress) {
   const auto [base, path] = SplitUrlAtPath(uploadUrl);
-  const auto side = connection->MakeSideConnection(base);
+  const auto side = server.MakeSideConnection(base);
   if (side == nullptr) return TraceRefusal(-1, {});
-  const std::string nonce = connection->CsrfHeader();
+  const std::string nonce = server.CsrfHeader();
   RestStream response(MakeRestRequest(side, du::http::Method::Post, path.c_str(), bodyFile.c_str(),
                                       multipartContentType, nonce.c_str()),
                       std::move(progress));
@@ -100,10 +100,10 @@ Status PostBody(const std::shared_ptr<VtConnection>& connection, const std::stri
 
 }  // namespace
 
-Status UploadContents(const std::shared_ptr<VtConnection>& connection, const std::vector<std::string>& paths,
+Status UploadContents(ServerContext& server, const std::vector<std::string>& paths,
                       std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
   UploadTicket ticket;
-  if (!RequestUploadTicket(connection, paths.size(), ticket)) return Refused;
+  if (!RequestUploadTicket(server, paths.size(), ticket)) return Refused;
   const ScopedTempPath bodyFile(MakeTempFile("upload", "multipart"));
   MultipartFile body(bodyFile.path());
   if (!body.IsOpen()) return ServerError;
@@ -111,11 +111,11 @@ Status UploadContents(const std::shared_ptr<VtConnection>& connection, const std
   if (paths.size() > ticket.fileNames.size() || paths.size() > ticket.streamIds.size()) return Refused;
   WriteDescriptors(body, ticket, paths.size());
   const StreamIndex streams = WriteFiles(body, ticket, paths);
-  return PostBody(connection, ticket.uploadUrl, bodyFile.path(), streams, paths.size(), contents,
+  return PostBody(server, ticket.uploadUrl, bodyFile.path(), streams, paths.size(), contents,
                   std::move(progress));
 }
 
-Status UploadPaths(const std::shared_ptr<VtConnection>& connection, const std::vector<const char*>& paths,
+Status UploadPaths(ServerContext& server, const std::vector<const char*>& paths,
                    std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
   std::vector<std::string> given;
   bool gap = false;
@@ -129,7 +129,7 @@ Status UploadPaths(const std::shared_ptr<VtConnection>& connection, const std::v
     warned = warned || gap;
     given.emplace_back(path);
   }
-  return UploadContents(connection, given, contents, std::move(progress));
+  return UploadContents(server, given, contents, std::move(progress));
 }
 
 }  // namespace lxservices::cms_interface::vantry

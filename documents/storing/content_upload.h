@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "base/status.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -25,12 +24,12 @@ struct UploadedContent {
 /// @return Ok; Refused without a usable ticket and for a refused upload; ServerError when the staging file
 /// cannot
 ///         be made; TooLarge for a body above the server's limit
-Status UploadContents(const std::shared_ptr<VtConnection>& connection, const std::vector<std::string>& paths,
+Status UploadContents(ServerContext& server, const std::vector<std::string>& paths,
                       std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);
 
 /// UploadContents for optional paths: null and empty ones are left out. One behind a gap is traced as a
 /// warning.
-Status UploadPaths(const std::shared_ptr<VtConnection>& connection, const std::vector<const char*>& paths,
+Status UploadPaths(ServerContext& server, const std::vector<const char*>& paths,
                    std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);
 
 }  // namespace lxservices::cms_interface::vantry

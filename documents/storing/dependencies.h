@@ -1,11 +1,10 @@
 #pragma once
 
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 
 /// From a host's links, child name to document id, to the dependencies of a document. Each child that is not
@@ -16,23 +15,21 @@ using DependencyMap = std::map<std::string, std::string>;
 using DependencyList = std::vector<DerivedSourceDependency>;
 
 /// The dependencies of a new document, in the order of the names.
-[[nodiscard]] DependencyList ResolveDependencyMap(const std::shared_ptr<VtConnection>& connection,
-                                                  const DependencyMap& map);
+[[nodiscard]] DependencyList ResolveDependencyMap(ServerContext& server, const DependencyMap& map);
 
 /// The dependencies of a document's next iteration, in the order of the names: a dependency that the document
 /// has for a name is kept as far as it goes. Those that the map does not name are dropped.
-[[nodiscard]] DependencyList MergeDependencyMap(const std::shared_ptr<VtConnection>& connection,
-                                                const DependencyMap& map, const DependencyList& known);
+[[nodiscard]] DependencyList MergeDependencyMap(ServerContext& server, const DependencyMap& map,
+                                                const DependencyList& known);
 
 /// A dependency made from nothing but a name and an id.
 /// @return false when the child cannot be read
-[[nodiscard]] bool ResolveDependency(const std::shared_ptr<VtConnection>& connection, const std::string& name,
-                                     const std::string& id, DerivedSourceDependency& dependency);
+[[nodiscard]] bool ResolveDependency(ServerContext& server, const std::string& name, const std::string& id,
+                                     DerivedSourceDependency& dependency);
 
 /// Points a dependency at a child. One that points there already costs no request.
 /// @return false when the child cannot be read
-[[nodiscard]] bool FillDependencySource(const std::shared_ptr<VtConnection>& connection,
-                                        const std::string& name, const std::string& id,
+[[nodiscard]] bool FillDependencySource(ServerContext& server, const std::string& name, const std::string& id,
                                         DerivedSourceDependency& dependency);
 
 }  // namespace lxservices::cms_interface::vantry

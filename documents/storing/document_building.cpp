@@ -19,18 +19,16 @@ const UploadedContent* EntryAt(const std::vector<UploadedContent>& contents,
   return index && *index < contents.size() ? &contents[*index] : nullptr;
 }
 
-Status PostInstruction(const std::shared_ptr<VtConnection>& connection, const InstructionParts& parts,
-                       const Poster& poster) {
+Status PostInstruction(const InstructionParts& parts, const Poster& poster) {
   rapidjson::Document memory;
   JsonAllocator& allocator = memory.GetAllocator();
   rapidjson::Value instruction = MakeInstruction(parts, allocator);
-  return poster(connection, allocator, instruction);
+  return poster(allocator, instruction);
 }
 
 // Fenlet documents have a viewable and a metadata file beside the primary content.
-Status BuildFenlet(const std::shared_ptr<VtConnection>& connection, InstructionParts parts,
-                   const DocumentUploadParams& params, const Poster& poster,
-                   du::http::ProgressFunction progress) {
+Status BuildFenlet(ServerContext& server, InstructionParts parts, const DocumentUploadParams& params,
+                   const Poster& poster, du::http::ProgressFunction progress) {
   std::vector<std::string> paths{TextOrEmpty(params.mainPath)};
   std::optional<std::size_t> viewable;
   std::optional<std::size_t> vcs;
@@ -43,39 +41,38 @@ Status BuildFenlet(const std::shared_ptr<VtConnection>& connection, InstructionP
     paths.emplace_back(params.vcsPath);
   }
   std::vector<UploadedContent> contents;
-  const Status status = UploadContents(connection, paths, contents, std::move(progress));
+  const Status status = UploadContents(server, paths, contents, std::move(progress));
   if (status != Ok) return status;
-  EnsureAuthAppVersion(connection);
+  EnsureAuthAppVersion(server);
   parts.main = EntryAt(contents, 0);
   parts.viewable = EntryAt(contents, viewable);
   parts.vcs = EntryAt(contents, vcs);
   parts.language = TextOrEmpty(params.language);
-  parts.application = {AuthoringApplicationOrDefault(), AuthAppVersionOrDefault(*connection)};
-  return PostInstruction(connection, parts, poster);
+  parts.application = {AuthoringApplicationOrDefault(server), AuthAppVersionOrDefault(server)};
+  return PostInstruction(parts, poster);
 }
 
 // General and UGC documents have the primary content alone. UGC ones belong to an application of their own,
 // whose version is never negotiated.
-Status BuildSimple(const std::shared_ptr<VtConnection>& connection, InstructionParts parts,
-                   const DocumentUploadParams& params, const Poster& poster,
-                   du::http::ProgressFunction progress) {
+Status BuildSimple(ServerContext& server, InstructionParts parts, const DocumentUploadParams& params,
+                   const Poster& poster, du::http::ProgressFunction progress) {
   std::vector<UploadedContent> contents;
-  const Status status = UploadPaths(connection, {params.mainPath}, contents, std::move(progress));
+  const Status status = UploadPaths(server, {params.mainPath}, contents, std::move(progress));
   if (status != Ok) return status;
   if (parts.kind == DocumentKind::General) {
-    EnsureAuthAppVersion(connection);
-    parts.application = {AuthoringApplicationOrDefault(), AuthAppVersionOrDefault(*connection)};
+    EnsureAuthAppVersion(server);
+    parts.application = {AuthoringApplicationOrDefault(server), AuthAppVersionOrDefault(server)};
   } else {
     parts.application = {"DOVA", "42"};
   }
   parts.main = EntryAt(contents, 0);
-  return PostInstruction(connection, parts, poster);
+  return PostInstruction(parts, poster);
 }
 
-Status Build(const std::shared_ptr<VtConnection>& connection, const InstructionParts& parts,
-             const DocumentUploadParams& params, const Poster& poster, du::http::ProgressFunction progress) {
+Status Build(ServerContext& server, const InstructionParts& parts, const DocumentUploadParams& params,
+             const Poster& poster, du::http::ProgressFunction progress) {
   const auto build = parts.kind == DocumentKind::Fenlet ? BuildFenlet : BuildSimple;
-  return build(connection, parts, params, poster, std::move(progress));
+  return build(server, parts, params, poster, std::move(progress));
 }
 
 bool IsKnown(DocumentKind kind) {
@@ -84,9 +81,9 @@ bool IsKnown(DocumentKind kind) {
 
 }  // namespace
 
-Status BuildDocumentForCreate(const std::shared_ptr<VtConnection>& connection, const std::string& name,
-                              const std::string& folderId, const DocumentUploadParams& params,
-                              const Poster& poster, du::http::ProgressFunction progress) {
+Status BuildDocumentForCreate(ServerContext& server, const std::string& name, const std::string& folderId,
+                              const DocumentUploadParams& params, const Poster& poster,
+                              du::http::ProgressFunction progress) {
   if (!IsKnown(params.kind)) return NotFound;
   InstructionParts parts;
   parts.kind = params.kind;
@@ -94,13 +91,13 @@ Status BuildDocumentForCreate(const std::shared_ptr<VtConnection>& connection, c
   parts.folderId = folderId;
   DependencyList dependencies;
   if (params.kind == DocumentKind::Fenlet && params.dependencies != nullptr) {
-    dependencies = ResolveDependencyMap(connection, *params.dependencies);
+    dependencies = ResolveDependencyMap(server, *params.dependencies);
     parts.dependencies = &dependencies;
   }
-  return Build(connection, parts, params, poster, std::move(progress));
+  return Build(server, parts, params, poster, std::move(progress));
 }
 
-Status BuildDocumentForIterate(const std::shared_ptr<VtConnection>& connection, const DocumentRecord& record,
+Status BuildDocumentForIterate(ServerContext& server, const DocumentRecord& record,
                                const rapidjson::Value& json, const DocumentUploadParams& params,
                                const Poster& poster, du::http::ProgressFunction progress) {
   if (!IsKnown(params.kind)) return NotFound;
@@ -110,10 +107,10 @@ Status BuildDocumentForIterate(const std::shared_ptr<VtConnection>& connection, 
   parts.json = &json;
   DependencyList dependencies;
   if (params.kind == DocumentKind::Fenlet && params.dependencies != nullptr) {
-    dependencies = MergeDependencyMap(connection, *params.dependencies, record.dependencies);
+    dependencies = MergeDependencyMap(server, *params.dependencies, record.dependencies);
     parts.dependencies = &dependencies;
   }
-  return Build(connection, parts, params, poster, std::move(progress));
+  return Build(server, parts, params, poster, std::move(progress));
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "base/status.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 #include "documents/storing/document_writer.h"
 #include "documents/storing/upload_params.h"
@@ -14,20 +13,20 @@
 namespace lxservices::cms_interface::vantry {
 
 /// Sends an instruction to where it belongs.
-using Poster = std::function<Status(const std::shared_ptr<VtConnection>&, JsonAllocator&, rapidjson::Value&)>;
+using Poster = std::function<Status(JsonAllocator&, rapidjson::Value&)>;
 
 /// Resolves the dependencies, uploads the files, settles the authoring application version, builds the
 /// instruction for a new document and hands it to the poster. Each step's failure ends the flow.
 /// @param folderId  may be empty
 /// @return what failed, or what the poster gave; NotFound, with nothing done, for an unknown kind
-Status BuildDocumentForCreate(const std::shared_ptr<VtConnection>& connection, const std::string& name,
-                              const std::string& folderId, const DocumentUploadParams& params,
-                              const Poster& poster, du::http::ProgressFunction progress);
+Status BuildDocumentForCreate(ServerContext& server, const std::string& name, const std::string& folderId,
+                              const DocumentUploadParams& params, const Poster& poster,
+                              du::http::ProgressFunction progress);
 
 /// The same for a new iteration of a document.
 /// @param record  the document
 /// @param json    the document as the server gave it; stays valid for the call
-Status BuildDocumentForIterate(const std::shared_ptr<VtConnection>& connection, const DocumentRecord& record,
+Status BuildDocumentForIterate(ServerContext& server, const DocumentRecord& record,
                                const rapidjson::Value& json, const DocumentUploadParams& params,
                                const Poster& poster, du::http::ProgressFunction progress);
 

@@ -32,9 +32,9 @@ void ReadRecords(const rapidjson::Document& answer, std::span<DocumentRecord> re
   }
 }
 
-Status PostBody(const std::shared_ptr<VtConnection>& connection, const std::string& path,
-                const rapidjson::Value& body, std::span<DocumentRecord> records) {
-  JsonPost post(*connection, path, body);
+Status PostBody(ServerContext& server, const std::string& path, const rapidjson::Value& body,
+                std::span<DocumentRecord> records) {
+  JsonPost post(server, path, body);
   RestStream& response = post.response();
   rapidjson::Document answer;
   if (response.succeeded() && ParseJsonResponse(response, answer)) {
@@ -48,10 +48,9 @@ Status PostBody(const std::shared_ptr<VtConnection>& connection, const std::stri
 
 }  // namespace
 
-Status PostDocumentInstructions(const std::shared_ptr<VtConnection>& connection, bool isCreate,
-                                JsonAllocator& allocator, rapidjson::Value& instructions,
-                                const std::string& contextId, std::span<DocumentRecord> records,
-                                rapidjson::Value* resolutions) {
+Status PostDocumentInstructions(ServerContext& server, bool isCreate, JsonAllocator& allocator,
+                                rapidjson::Value& instructions, const std::string& contextId,
+                                std::span<DocumentRecord> records, rapidjson::Value* resolutions) {
   rapidjson::Value array = AsArray(instructions, allocator);
   if (array.Empty()) return NotFound;
   rapidjson::Value body(rapidjson::kObjectType);
@@ -59,18 +58,18 @@ Status PostDocumentInstructions(const std::shared_ptr<VtConnection>& connection,
                  allocator);
   body.AddMember("contextId", MakeText(contextId, allocator), allocator);
   AddResolutions(body, resolutions, allocator);
-  return PostBody(connection, "servlet/rest/v1/dkm/documents", body, records);
+  return PostBody(server, "servlet/rest/v1/dkm/documents", body, records);
 }
 
-Status PostStore(const std::shared_ptr<VtConnection>& connection, JsonAllocator& allocator,
-                 rapidjson::Value& instructions, const std::string& workspaceId,
-                 std::span<DocumentRecord> records, rapidjson::Value* resolutions) {
+Status PostStore(ServerContext& server, JsonAllocator& allocator, rapidjson::Value& instructions,
+                 const std::string& workspaceId, std::span<DocumentRecord> records,
+                 rapidjson::Value* resolutions) {
   rapidjson::Value array = AsArray(instructions, allocator);
   if (array.Empty()) return NotFound;
   rapidjson::Value body(rapidjson::kObjectType);
   body.AddMember("storeInstructions", array, allocator);
   AddResolutions(body, resolutions, allocator);
-  return PostBody(connection, WorkspaceOperationPath(workspaceId, "store"), body, records);
+  return PostBody(server, WorkspaceOperationPath(workspaceId, "store"), body, records);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <memory>
 #include <span>
 #include <string>
 
 #include "base/status.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 #include "documents/storing/document_writer.h"
 
@@ -17,14 +16,13 @@ namespace lxservices::cms_interface::vantry {
 /// @param records       filled from the answer's documents until either ends
 /// @param resolutions   a conflict resolution or an array of them; may be null
 /// @return Ok; NotFound for nothing to send; Refused, traced, for a refusal and for an answer that is no JSON
-Status PostDocumentInstructions(const std::shared_ptr<VtConnection>& connection, bool isCreate,
-                                JsonAllocator& allocator, rapidjson::Value& instructions,
-                                const std::string& contextId, std::span<DocumentRecord> records,
-                                rapidjson::Value* resolutions);
+Status PostDocumentInstructions(ServerContext& server, bool isCreate, JsonAllocator& allocator,
+                                rapidjson::Value& instructions, const std::string& contextId,
+                                std::span<DocumentRecord> records, rapidjson::Value* resolutions);
 
 /// Stores documents into a workspace. Otherwise like PostDocumentInstructions.
-Status PostStore(const std::shared_ptr<VtConnection>& connection, JsonAllocator& allocator,
-                 rapidjson::Value& instructions, const std::string& workspaceId,
-                 std::span<DocumentRecord> records, rapidjson::Value* resolutions);
+Status PostStore(ServerContext& server, JsonAllocator& allocator, rapidjson::Value& instructions,
+                 const std::string& workspaceId, std::span<DocumentRecord> records,
+                 rapidjson::Value* resolutions);
 
 }  // namespace lxservices::cms_interface::vantry

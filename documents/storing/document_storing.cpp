@@ -32,9 +32,9 @@ FileInfo MakeFileInfoWithId(const DocumentRecord& record, std::string id) {
 }
 
 // The document twice: as the server gave it, for what this model does not know, and as a record.
-bool ReadForIteration(const std::shared_ptr<VtConnection>& connection, const std::string& id,
-                      rapidjson::Document& json, DocumentRecord& record) {
-  if (!ReadDocumentJson(connection, id, json)) {
+bool ReadForIteration(ServerContext& server, const std::string& id, rapidjson::Document& json,
+                      DocumentRecord& record) {
+  if (!ReadDocumentJson(server, id, json)) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id.c_str());
     return false;
   }
@@ -44,16 +44,14 @@ bool ReadForIteration(const std::shared_ptr<VtConnection>& connection, const std
 
 }  // namespace
 
-Status CreateDocument(const std::shared_ptr<VtConnection>& connection, const std::string& name,
-                      const std::string& contextId, const std::string& folderId,
-                      const DocumentUploadParams& params, FileInfo& info,
+Status CreateDocument(ServerContext& server, const std::string& name, const std::string& contextId,
+                      const std::string& folderId, const DocumentUploadParams& params, FileInfo& info,
                       du::http::ProgressFunction progress) {
   DocumentRecord record;
-  const Poster poster = [&](const auto& server, JsonAllocator& allocator, rapidjson::Value& instruction) {
+  const Poster poster = [&](JsonAllocator& allocator, rapidjson::Value& instruction) {
     return PostDocumentInstructions(server, true, allocator, instruction, contextId, {&record, 1}, nullptr);
   };
-  const Status status =
-      BuildDocumentForCreate(connection, name, folderId, params, poster, std::move(progress));
+  const Status status = BuildDocumentForCreate(server, name, folderId, params, poster, std::move(progress));
   if (status != Ok) {
     const LocalPaths paths(params);
     VtDirectTracer()(dp::TraceType::Error,
@@ -65,16 +63,15 @@ Status CreateDocument(const std::shared_ptr<VtConnection>& connection, const std
   return Ok;
 }
 
-Status CreateDocumentInWorkspace(const std::shared_ptr<VtConnection>& connection, const std::string& name,
-                                 const std::string& contextId, const std::string& folderId,
-                                 const std::string& workspaceId, const DocumentUploadParams& params,
-                                 FileInfo& info, du::http::ProgressFunction progress) {
+Status CreateDocumentInWorkspace(ServerContext& server, const std::string& name, const std::string& contextId,
+                                 const std::string& folderId, const std::string& workspaceId,
+                                 const DocumentUploadParams& params, FileInfo& info,
+                                 du::http::ProgressFunction progress) {
   DocumentRecord record;
-  const Poster poster = [&](const auto& server, JsonAllocator& allocator, rapidjson::Value& instruction) {
+  const Poster poster = [&](JsonAllocator& allocator, rapidjson::Value& instruction) {
     return PostStore(server, allocator, instruction, workspaceId, {&record, 1}, nullptr);
   };
-  const Status status =
-      BuildDocumentForCreate(connection, name, folderId, params, poster, std::move(progress));
+  const Status status = BuildDocumentForCreate(server, name, folderId, params, poster, std::move(progress));
   if (status != Ok) {
     const LocalPaths paths(params);
     VtDirectTracer()(dp::TraceType::Error,
@@ -87,20 +84,18 @@ Status CreateDocumentInWorkspace(const std::shared_ptr<VtConnection>& connection
   return Ok;
 }
 
-Status IterateDocument(const std::shared_ptr<VtConnection>& connection, const char* id,
-                       const DocumentUploadParams& params, FileInfo& info,
-                       du::http::ProgressFunction progress) {
+Status IterateDocument(ServerContext& server, const char* id, const DocumentUploadParams& params,
+                       FileInfo& info, du::http::ProgressFunction progress) {
   rapidjson::Document json;
   DocumentRecord record;
-  if (!ReadForIteration(connection, id, json, record)) return Refused;
+  if (!ReadForIteration(server, id, json, record)) return Refused;
   DocumentRecord answer;
-  const Poster poster = [&](const auto& server, JsonAllocator& allocator, rapidjson::Value& instruction) {
+  const Poster poster = [&](JsonAllocator& allocator, rapidjson::Value& instruction) {
     rapidjson::Value resolution = MakeResolution(allocator, iterationResolution, id);
     return PostDocumentInstructions(server, false, allocator, instruction, record.contextId, {&answer, 1},
                                     &resolution);
   };
-  const Status status =
-      BuildDocumentForIterate(connection, record, json, params, poster, std::move(progress));
+  const Status status = BuildDocumentForIterate(server, record, json, params, poster, std::move(progress));
   if (status != Ok) {
     const LocalPaths paths(params);
     VtDirectTracer()(dp::TraceType::Error, "Failed to iterate document id %s (%s, %s, %s)\n", id, paths.main,
@@ -111,23 +106,22 @@ Status IterateDocument(const std::shared_ptr<VtConnection>& connection, const ch
   return Ok;
 }
 
-Status StoreDocument(const std::shared_ptr<VtConnection>& connection, const char* text,
-                     const DocumentUploadParams& params, du::http::ProgressFunction progress) {
+Status StoreDocument(ServerContext& server, const char* text, const DocumentUploadParams& params,
+                     du::http::ProgressFunction progress) {
   CheckoutId checkoutId;
   if (!ParseValidCheckoutId(text, checkoutId)) return NotFound;
   const std::string& id = WorkingDocumentId(checkoutId);
   rapidjson::Document json;
   DocumentRecord record;
-  if (!ReadForIteration(connection, id, json, record)) return Refused;
+  if (!ReadForIteration(server, id, json, record)) return Refused;
   // The answer is dropped: the CheckoutId stays the same, and check-in picks the newer iteration up through
   // it.
   DocumentRecord answer;
-  const Poster poster = [&](const auto& server, JsonAllocator& allocator, rapidjson::Value& instruction) {
+  const Poster poster = [&](JsonAllocator& allocator, rapidjson::Value& instruction) {
     rapidjson::Value resolution = MakeResolution(allocator, iterationResolution, record.id);
     return PostStore(server, allocator, instruction, checkoutId.field1, {&answer, 1}, &resolution);
   };
-  const Status status =
-      BuildDocumentForIterate(connection, record, json, params, poster, std::move(progress));
+  const Status status = BuildDocumentForIterate(server, record, json, params, poster, std::move(progress));
   if (status != Ok) {
     const LocalPaths paths(params);
     VtDirectTracer()(dp::TraceType::Error, "Failed to store document id %s (%s, %s, %s)\n", id.c_str(),

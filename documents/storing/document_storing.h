@@ -1,10 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "base/status.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/file_info.h"
 #include "documents/storing/upload_params.h"
 
@@ -16,28 +15,26 @@ namespace lxservices::cms_interface::vantry {
 /// @param folderId  may be empty: the server decides
 /// @param info      receives the summary with the new document's id
 /// @return Ok, or the status of the step that failed
-Status CreateDocument(const std::shared_ptr<VtConnection>& connection, const std::string& name,
-                      const std::string& contextId, const std::string& folderId,
-                      const DocumentUploadParams& params, FileInfo& info,
+Status CreateDocument(ServerContext& server, const std::string& name, const std::string& contextId,
+                      const std::string& folderId, const DocumentUploadParams& params, FileInfo& info,
                       du::http::ProgressFunction progress);
 
 /// Creates a document in a workspace; the id of the summary carries the workspace.
-Status CreateDocumentInWorkspace(const std::shared_ptr<VtConnection>& connection, const std::string& name,
-                                 const std::string& contextId, const std::string& folderId,
-                                 const std::string& workspaceId, const DocumentUploadParams& params,
-                                 FileInfo& info, du::http::ProgressFunction progress);
+Status CreateDocumentInWorkspace(ServerContext& server, const std::string& name, const std::string& contextId,
+                                 const std::string& folderId, const std::string& workspaceId,
+                                 const DocumentUploadParams& params, FileInfo& info,
+                                 du::http::ProgressFunction progress);
 
 /// Makes a new iteration of a document that is not checked out.
 /// @param info  receives the summary with the new iteration's id
-Status IterateDocument(const std::shared_ptr<VtConnection>& connection, const char* id,
-                       const DocumentUploadParams& params, FileInfo& info,
-                       du::http::ProgressFunction progress);
+Status IterateDocument(ServerContext& server, const char* id, const DocumentUploadParams& params,
+                       FileInfo& info, du::http::ProgressFunction progress);
 
 /// Puts a new iteration of a checked-out document into its workspace. The CheckoutId stays as it is.
 /// @return NotFound for an id that is not valid for a checkout operation, Refused when the working copy
 /// cannot be
 ///         read, else Ok or the status of the step that failed
-Status StoreDocument(const std::shared_ptr<VtConnection>& connection, const char* checkoutId,
-                     const DocumentUploadParams& params, du::http::ProgressFunction progress);
+Status StoreDocument(ServerContext& server, const char* checkoutId, const DocumentUploadParams& params,
+                     du::http::ProgressFunction progress);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -4,11 +4,11 @@
 
 namespace lxservices::cms_interface::vantry {
 
-JsonPost::JsonPost(VtConnection& connection, const std::string& path, const rapidjson::Value& body)
-    : csrfHeader_(connection.CsrfHeader()),
+JsonPost::JsonPost(ServerContext& server, const std::string& path, const rapidjson::Value& body)
+    : csrfHeader_(server.CsrfHeader()),
       bodyFile_(WriteJsonBodyFile(body)),
-      response_(MakeRestRequest(connection.http(), du::http::Method::Post, path.c_str(),
-                                bodyFile_.path().c_str(), nullptr, csrfHeader_.c_str()),
+      response_(MakeRestRequest(server.http(), du::http::Method::Post, path.c_str(), bodyFile_.path().c_str(),
+                                nullptr, csrfHeader_.c_str()),
                 {}) {}
 
 }  // namespace lxservices::cms_interface::vantry

@@ -2,11 +2,10 @@
 
 #include <rapidjson/document.h>
 
-#include <memory>
 #include <string>
 
 #include "connection/rest_stream.h"
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -17,7 +16,7 @@ class JsonPost {
  public:
   /// @param body  its compact JSON text is sent; when the file for it cannot be made, the request goes
   /// without
-  JsonPost(VtConnection& connection, const std::string& path, const rapidjson::Value& body);
+  JsonPost(ServerContext& server, const std::string& path, const rapidjson::Value& body);
 
   [[nodiscard]] RestStream& response() { return response_; }
 

@@ -105,15 +105,15 @@ rapidjson::Document MakeTextBody(const DocumentRecord* document, const TextPrope
 
 }  // namespace
 
-bool UpdateTextDocument(const std::shared_ptr<VtConnection>& connection, const DocumentRecord* document,
-                        const char* cadName, const char* contextId, const char* folderId, const char* path,
-                        const char* translate, const char* language, const char* extendedDocType,
-                        const char* typeId, DocumentRecord* result, du::http::ProgressFunction progress) {
+bool UpdateTextDocument(ServerContext& server, const DocumentRecord* document, const char* cadName,
+                        const char* contextId, const char* folderId, const char* path, const char* translate,
+                        const char* language, const char* extendedDocType, const char* typeId,
+                        DocumentRecord* result, du::http::ProgressFunction progress) {
   std::vector<UploadedContent> contents;
-  if (UploadContents(connection, {TextOrEmpty(path)}, contents, std::move(progress)) != Ok) return false;
+  if (UploadContents(server, {TextOrEmpty(path)}, contents, std::move(progress)) != Ok) return false;
   const TextProperties properties{cadName, folderId, translate, language, extendedDocType, typeId};
   const UploadedContent* content = contents.empty() ? nullptr : &contents.front();
-  JsonPost post(*connection, "servlet/rest/v1/dkm/documents",
+  JsonPost post(server, "servlet/rest/v1/dkm/documents",
                 MakeTextBody(document, properties, contextId, content));
   RestStream& response = post.response();
   DocumentRecord dropped;

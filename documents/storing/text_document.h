@@ -1,8 +1,6 @@
 #pragma once
 
-#include <memory>
-
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -22,10 +20,9 @@ namespace lxservices::cms_interface::vantry {
 /// @param progress         may be empty; told about the body sent
 /// @return whether the status of the POST was in 200 to 299; a refusal and an answer that is no JSON are
 /// traced
-[[nodiscard]] bool UpdateTextDocument(const std::shared_ptr<VtConnection>& connection,
-                                      const DocumentRecord* document, const char* cadName,
-                                      const char* contextId, const char* folderId, const char* path,
-                                      const char* translate, const char* language,
+[[nodiscard]] bool UpdateTextDocument(ServerContext& server, const DocumentRecord* document,
+                                      const char* cadName, const char* contextId, const char* folderId,
+                                      const char* path, const char* translate, const char* language,
                                       const char* extendedDocType, const char* typeId, DocumentRecord* result,
                                       du::http::ProgressFunction progress);
 

@@ -37,15 +37,14 @@ bool IsComplete(const UploadTicket& ticket) {
 
 }  // namespace
 
-bool RequestUploadTicket(const std::shared_ptr<VtConnection>& connection, std::size_t fileCount,
-                         UploadTicket& ticket) {
+bool RequestUploadTicket(ServerContext& server, std::size_t fileCount, UploadTicket& ticket) {
   const ScopedTempPath body(
       WriteTextFile("upload", "json", "{\n\"noOfFiles\":" + std::to_string(fileCount) + "\n}"));
   if (body.path().empty()) return false;
   std::optional<RestStream> response;
   const auto post = [&](const char* path) {
-    const std::string nonce = connection->CsrfHeader();
-    response.emplace(MakeRestRequest(connection->http(), du::http::Method::Post, path, body.path().c_str(),
+    const std::string nonce = server.CsrfHeader();
+    response.emplace(MakeRestRequest(server.http(), du::http::Method::Post, path, body.path().c_str(),
                                      nullptr, nonce.c_str()),
                      du::http::ProgressFunction());
   };

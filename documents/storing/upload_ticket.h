@@ -1,11 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 
 namespace lxservices::cms_interface::vantry {
 
@@ -22,7 +21,6 @@ struct UploadTicket {
 /// @return whether the ticket is complete; a refusal and a broken answer are traced, an incomplete one is
 /// not.
 ///         Without a file for the request nothing is sent.
-[[nodiscard]] bool RequestUploadTicket(const std::shared_ptr<VtConnection>& connection, std::size_t fileCount,
-                                       UploadTicket& ticket);
+[[nodiscard]] bool RequestUploadTicket(ServerContext& server, std::size_t fileCount, UploadTicket& ticket);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <ctime>
 
-#include "base/settings.h"
 #include "base/tracers.h"
 #include "connection/url_escape.h"
 #include "documents/reading/document_reader.h"
@@ -25,12 +24,12 @@ bool IsTaken(const WorkspaceList& workspaces, const std::string& name) {
 // A name that no workspace in the list has; empty when none is found. The generator draws from the second of
 // the call, so its tries are worth something only when a second passes between them; the numbered names
 // behind them do not depend on that.
-std::string FindFreeName(const WorkspaceList& workspaces, Clock clock) {
+std::string FindFreeName(const WorkspaceList& workspaces, const char* prefix, Clock clock) {
   for (int tries = 0; tries < nameTries; ++tries) {
-    std::string name = MakeWorkspaceName(CurrentSettings()->temporaryWorkspacePrefix.c_str(), clock());
+    std::string name = MakeWorkspaceName(prefix, clock());
     if (!IsTaken(workspaces, name)) return name;
   }
-  const std::string stem = MakeWorkspaceName(CurrentSettings()->temporaryWorkspacePrefix.c_str(), clock());
+  const std::string stem = MakeWorkspaceName(prefix, clock());
   for (int number = 0; number < nameTries; ++number) {
     std::string name = stem + std::to_string(number);
     if (!IsTaken(workspaces, name)) return name;
@@ -40,29 +39,28 @@ std::string FindFreeName(const WorkspaceList& workspaces, Clock clock) {
 
 }  // namespace
 
-bool CreateWorkspace(const std::shared_ptr<VtConnection>& connection, const std::string& contextId,
-                     const std::string& name, WorkspaceRecord& workspace, const char* description) {
+bool CreateWorkspace(ServerContext& server, const std::string& contextId, const std::string& name,
+                     WorkspaceRecord& workspace, const char* description) {
   rapidjson::Document body(rapidjson::kObjectType);
   auto& allocator = body.GetAllocator();
   body.AddMember("name", MakeText(name, allocator), allocator);
   body.AddMember("contextId", MakeText(contextId, allocator), allocator);
   if (description != nullptr) body.AddMember("description", MakeText(description, allocator), allocator);
-  JsonPost post(*connection, "servlet/rest/v1/dkm/workspaces", body);
+  JsonPost post(server, "servlet/rest/v1/dkm/workspaces", body);
   if (!post.response().succeeded()) return false;
   rapidjson::Document answer;
   if (ParseJsonResponse(post.response(), answer)) ReadWorkspace(answer, workspace);
   return true;
 }
 
-bool DeleteWorkspace(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId) {
+bool DeleteWorkspace(ServerContext& server, const std::string& workspaceId) {
   const std::string path = "servlet/rest/v1/dkm/workspaces/" + EscapeForUrl(workspaceId) + "/delete";
-  JsonPost post(*connection, path, rapidjson::Value(rapidjson::kArrayType));
+  JsonPost post(server, path, rapidjson::Value(rapidjson::kArrayType));
   return post.response().succeeded();
 }
 
-void DeleteTemporaryWorkspace(const std::shared_ptr<VtConnection>& connection,
-                              const std::string& workspaceId) {
-  if (DeleteWorkspace(connection, workspaceId)) return;
+void DeleteTemporaryWorkspace(ServerContext& server, const std::string& workspaceId) {
+  if (DeleteWorkspace(server, workspaceId)) return;
   VtDirectTracer()(dp::TraceType::Error, "Failed to delete temporary workspace %s\n", workspaceId.c_str());
 }
 
@@ -70,20 +68,19 @@ std::uint32_t SystemSeconds() {
   return static_cast<std::uint32_t>(std::time(nullptr));
 }
 
-std::string CreateTemporaryWorkspace(const std::shared_ptr<VtConnection>& connection,
-                                     const std::string& contextId, Clock clock) {
+std::string CreateTemporaryWorkspace(ServerContext& server, const std::string& contextId, Clock clock) {
   WorkspaceRecord workspace;
-  const auto settings = CurrentSettings();
-  const char* description = settings->temporaryWorkspaceDescription.c_str();
-  std::string name = MakeWorkspaceName(CurrentSettings()->temporaryWorkspacePrefix.c_str(), clock());
-  if (CreateWorkspace(connection, contextId, name, workspace, description)) return workspace.id;
+  const char* prefix = server.settings().temporaryWorkspacePrefix.c_str();
+  const char* description = server.settings().temporaryWorkspaceDescription.c_str();
+  std::string name = MakeWorkspaceName(prefix, clock());
+  if (CreateWorkspace(server, contextId, name, workspace, description)) return workspace.id;
   WorkspaceList workspaces;
-  (void)ListWorkspaces(connection, contextId, workspaces);
+  (void)ListWorkspaces(server, contextId, workspaces);
   // The name was free, so the refusal had another reason, and another name would be refused as well.
   if (!IsTaken(workspaces, name)) return {};
-  name = FindFreeName(workspaces, clock);
+  name = FindFreeName(workspaces, prefix, clock);
   if (name.empty()) return {};
-  return CreateWorkspace(connection, contextId, name, workspace, description) ? workspace.id : std::string();
+  return CreateWorkspace(server, contextId, name, workspace, description) ? workspace.id : std::string();
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <string>
 
-#include "connection/vt_connection.h"
+#include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 
 /// Making and deleting workspaces. Requests run on this thread; nothing is kept, and nothing traced unless
@@ -15,18 +14,16 @@ namespace lxservices::cms_interface::vantry {
 /// @param workspace    receives what the server tells of it; a success without JSON leaves it as it is
 /// @param description  null leaves it out
 /// @return whether the status was in 200 to 299
-[[nodiscard]] bool CreateWorkspace(const std::shared_ptr<VtConnection>& connection,
-                                   const std::string& contextId, const std::string& name,
-                                   WorkspaceRecord& workspace, const char* description);
+[[nodiscard]] bool CreateWorkspace(ServerContext& server, const std::string& contextId,
+                                   const std::string& name, WorkspaceRecord& workspace,
+                                   const char* description);
 
 /// Deletes a workspace with what stands in it: one POST.
 /// @return whether the status was in 200 to 299
-[[nodiscard]] bool DeleteWorkspace(const std::shared_ptr<VtConnection>& connection,
-                                   const std::string& workspaceId);
+[[nodiscard]] bool DeleteWorkspace(ServerContext& server, const std::string& workspaceId);
 
 /// DeleteWorkspace for a workspace that was made for one checkout; a failure is traced and goes no further.
-void DeleteTemporaryWorkspace(const std::shared_ptr<VtConnection>& connection,
-                              const std::string& workspaceId);
+void DeleteTemporaryWorkspace(ServerContext& server, const std::string& workspaceId);
 
 /// The time since 1970 in seconds.
 using Clock = std::uint32_t (*)();
@@ -35,7 +32,7 @@ using Clock = std::uint32_t (*)();
 /// Creates a workspace for one checkout: one POST, and after a refusal a list of the names taken and a second
 /// POST with a free one.
 /// @return its id; the empty text when it cannot be made
-[[nodiscard]] std::string CreateTemporaryWorkspace(const std::shared_ptr<VtConnection>& connection,
-                                                   const std::string& contextId, Clock clock = SystemSeconds);
+[[nodiscard]] std::string CreateTemporaryWorkspace(ServerContext& server, const std::string& contextId,
+                                                   Clock clock = SystemSeconds);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "base/settings.h"
 #include "base/tracers.h"
 #include "connection/rest_stream.h"
 #include "connection/url_escape.h"
@@ -16,9 +15,9 @@ constexpr const char* workspacesPath = "servlet/rest/v1/dkm/workspaces";
 
 // Reads a list: a record is appended for each element, and stays blank for one that the reader refuses.
 template <typename Record>
-bool ReadRecords(const std::shared_ptr<VtConnection>& connection, const std::string& path,
+bool ReadRecords(ServerContext& server, const std::string& path,
                  bool (*read)(const rapidjson::Value&, Record&), std::list<Record>& list) {
-  RestStream response(MakeGetRequest(connection->http(), path.c_str(), nullptr), {});
+  RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) return false;
   rapidjson::Document document;
   if (!ParseJsonResponse(response, document) || !document.IsArray()) return true;
@@ -28,33 +27,29 @@ bool ReadRecords(const std::shared_ptr<VtConnection>& connection, const std::str
 
 }  // namespace
 
-bool ListWorkspaces(const std::shared_ptr<VtConnection>& connection, const std::string& contextId,
-                    WorkspaceList& list) {
+bool ListWorkspaces(ServerContext& server, const std::string& contextId, WorkspaceList& list) {
   const std::string path = std::string(workspacesPath) + "?contextId=" + EscapeForUrl(contextId);
-  return ReadRecords(connection, path, ReadWorkspace, list);
+  return ReadRecords(server, path, ReadWorkspace, list);
 }
 
-bool ListUserWorkspaces(const std::shared_ptr<VtConnection>& connection, const std::string& contextId,
-                        WorkspaceList& list) {
+bool ListUserWorkspaces(ServerContext& server, const std::string& contextId, WorkspaceList& list) {
   WorkspaceList all;
-  if (!ListWorkspaces(connection, contextId, all)) return false;
-  const auto settings = CurrentSettings();
-  const std::string_view prefix = settings->temporaryWorkspacePrefix;
+  if (!ListWorkspaces(server, contextId, all)) return false;
+  const std::string_view prefix = server.settings().temporaryWorkspacePrefix;
   all.remove_if([prefix](const WorkspaceRecord& workspace) { return workspace.name.starts_with(prefix); });
   list.splice(list.end(), all);
   return true;
 }
 
-bool ListWorkspaceDocuments(const std::shared_ptr<VtConnection>& connection, const std::string& workspaceId,
-                            DocumentList& list) {
+bool ListWorkspaceDocuments(ServerContext& server, const std::string& workspaceId, DocumentList& list) {
   const std::string path = std::string(workspacesPath) + "/" + EscapeForUrl(workspaceId) + "/documents";
-  return ReadRecords(connection, path, ReadDocumentSummary, list);
+  return ReadRecords(server, path, ReadDocumentSummary, list);
 }
 
-bool WorkspaceHoldsDocument(const std::shared_ptr<VtConnection>& connection, const std::string& documentId,
+bool WorkspaceHoldsDocument(ServerContext& server, const std::string& documentId,
                             const std::string& workspaceId) {
   DocumentList documents;
-  if (!ListWorkspaceDocuments(connection, workspaceId, documents)) {
+  if (!ListWorkspaceDocuments(server, workspaceId, documents)) {
     VtDirectTracer()(dp::TraceType::Error, "Failed to get documents for workspace %s\n", workspaceId.c_str());
     return false;
   }
@@ -62,10 +57,10 @@ bool WorkspaceHoldsDocument(const std::shared_ptr<VtConnection>& connection, con
                      [&](const DocumentSummary& document) { return document.id == documentId; });
 }
 
-bool FindUserWorkspace(const std::shared_ptr<VtConnection>& connection, const std::string& contextId,
-                       const std::string& workspaceId, WorkspaceRecord& workspace) {
+bool FindUserWorkspace(ServerContext& server, const std::string& contextId, const std::string& workspaceId,
+                       WorkspaceRecord& workspace) {
   WorkspaceList list;
-  if (!ListUserWorkspaces(connection, contextId, list)) return false;
+  if (!ListUserWorkspaces(server, contextId, list)) return false;
   const auto hit = std::find_if(list.begin(), list.end(), [&](const WorkspaceRecord& candidate) {
     return candidate.id == workspaceId;
   });
@@ -74,12 +69,12 @@ bool FindUserWorkspace(const std::shared_ptr<VtConnection>& connection, const st
   return true;
 }
 
-bool FindWorkspaceOfDocument(const std::shared_ptr<VtConnection>& connection, const std::string& documentId,
+bool FindWorkspaceOfDocument(ServerContext& server, const std::string& documentId,
                              const std::string& contextId, WorkspaceRecord& workspace) {
   WorkspaceList list;
-  if (!ListUserWorkspaces(connection, contextId, list)) return false;
+  if (!ListUserWorkspaces(server, contextId, list)) return false;
   const auto hit = std::find_if(list.begin(), list.end(), [&](const WorkspaceRecord& candidate) {
-    return WorkspaceHoldsDocument(connection, documentId, candidate.id);
+    return WorkspaceHoldsDocument(server, documentId, candidate.id);
   });
   if (hit == list.end()) return false;
   workspace = *hit;

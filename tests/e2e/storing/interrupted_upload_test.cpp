@@ -49,10 +49,10 @@ class InterruptedUpload : public testing::Test {
       peer.Answer(200, R"({"masterUrl":"m","uploadUrl":"http://)" + request.Header("Host") +
                            R"(/up","fileNames":["f1"],"streamIds":["901"]})");
     });
-    const auto connection =
-        std::make_shared<VtConnection>(server.Url().c_str(), [](const char*) { return false; });
+    ServerContext operation(
+        std::make_shared<VtConnection>(server.Url().c_str(), [](const char*) { return false; }));
     std::vector<UploadedContent> contents;
-    return UploadContents(connection, {localFile_}, contents, std::move(progress));
+    return UploadContents(operation, {localFile_}, contents, std::move(progress));
   }
   void ExpectStagedOnlyWhileSent() const {
     EXPECT_THAT(during_, ElementsAre(EndsWith(".multipart")));

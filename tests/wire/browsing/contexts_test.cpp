@@ -27,7 +27,7 @@ TEST_F(Contexts, AreReadByTheWordOfTheirKind) {
   transport.Then(200, gadget);
   std::vector<RestItem> rows;
   lxservices::cms_interface::Status status = Refused;
-  EXPECT_TRUE(ListContextsByKind(connection, "Product", rows, &status));
+  EXPECT_TRUE(ListContextsByKind(Begin(connection), "Product", rows, &status));
   EXPECT_EQ(status, Ok);
   EXPECT_EQ(rows.size(), 3U);
   EXPECT_EQ(transport.requests(), Requests{Rest("servlet/rest/v1/contexts?type=Product")});
@@ -37,7 +37,7 @@ TEST_F(Contexts, AWordIsEscaped) {
   transport.Then(401);
   std::vector<RestItem> rows;
   lxservices::cms_interface::Status status = Ok;
-  EXPECT_FALSE(ListContextsByKind(connection, "a b&c", rows, &status));
+  EXPECT_FALSE(ListContextsByKind(Begin(connection), "a b&c", rows, &status));
   EXPECT_EQ(status, Unauthorized);
   EXPECT_EQ(transport.requests(), Requests{Rest("servlet/rest/v1/contexts?type=a%20b%26c")});
 }
@@ -45,7 +45,7 @@ TEST_F(Contexts, AWordIsEscaped) {
 TEST_F(Contexts, TheFirstOfANameIsFound) {
   transport.Then(200, gadget);
   ContextRecord record;
-  EXPECT_TRUE(FindContext(connection, ContextKind::Library, "Gadget", record));
+  EXPECT_TRUE(FindContext(Begin(connection), ContextKind::Library, "Gadget", record));
   EXPECT_EQ(record.id, "OR:vn.Example:77");
   EXPECT_EQ(record.name, "Gadget");
   EXPECT_EQ(record.typeClass, "vn.Example");
@@ -56,9 +56,9 @@ TEST_F(Contexts, TheFirstOfANameIsFound) {
 TEST_F(Contexts, WithoutAKindAllAreLookedThrough) {
   transport.Then(200, gadget).Then(200, gadget);
   ContextRecord record;
-  EXPECT_TRUE(FindContext(connection, ContextKind::None, "Widget", record));
+  EXPECT_TRUE(FindContext(Begin(connection), ContextKind::None, "Widget", record));
   EXPECT_EQ(record.organization, "");
-  EXPECT_TRUE(FindContext(connection, static_cast<ContextKind>(6), "Widget", record));
+  EXPECT_TRUE(FindContext(Begin(connection), static_cast<ContextKind>(6), "Widget", record));
   EXPECT_EQ(transport.requests(),
             (Requests{Rest("servlet/rest/v1/contexts"), Rest("servlet/rest/v1/contexts")}));
 }
@@ -69,7 +69,7 @@ TEST_F(Contexts, AnIdWithoutTwoColonsCountsAsNotFound) {
         {"id":"OR:vn.Example:77","attributes":{"name":"Gadget"}}]})");
     ContextRecord record;
     record.id = "untouched:vn.Old:1";
-    EXPECT_FALSE(FindContext(connection, ContextKind::Product, "Gadget", record)) << id;
+    EXPECT_FALSE(FindContext(Begin(connection), ContextKind::Product, "Gadget", record)) << id;
     EXPECT_EQ(record.id, "untouched:vn.Old:1");
   }
 }
@@ -77,21 +77,21 @@ TEST_F(Contexts, AnIdWithoutTwoColonsCountsAsNotFound) {
 TEST_F(Contexts, TheTypeClassReachesFromTheFirstColonToTheLast) {
   transport.Then(200, R"({"items":[{"id":"OR:vn:Example:77","attributes":{"name":"Gadget"}}]})");
   ContextRecord record;
-  EXPECT_TRUE(FindContext(connection, ContextKind::Site, "Gadget", record));
+  EXPECT_TRUE(FindContext(Begin(connection), ContextKind::Site, "Gadget", record));
   EXPECT_EQ(record.typeClass, "vn:Example");
 }
 
 TEST_F(Contexts, ARowWithoutANameComparesAsEmpty) {
   transport.Then(200, R"({"items":[{"id":"OR:vn.Example:1"}]})");
   ContextRecord record;
-  EXPECT_TRUE(FindContext(connection, ContextKind::Product, "", record));
+  EXPECT_TRUE(FindContext(Begin(connection), ContextKind::Product, "", record));
 }
 
 TEST_F(Contexts, AnUnknownNameOrAFailureFindsNothing) {
   transport.Then(200, gadget).Then(500).Then(200, "no json").Then(200, R"({"items":{}})");
   ContextRecord record;
   for (int answer = 0; answer < 4; ++answer) {
-    EXPECT_FALSE(FindContext(connection, ContextKind::Product, "gadget", record));
+    EXPECT_FALSE(FindContext(Begin(connection), ContextKind::Product, "gadget", record));
   }
   EXPECT_EQ(record.id, "");
   EXPECT_EQ(record.name, "");
@@ -99,43 +99,44 @@ TEST_F(Contexts, AnUnknownNameOrAFailureFindsNothing) {
 
 TEST_F(Contexts, TheirIdComesByRestBelowVersion5) {
   transport.Then(200, gadget).Then(404);
-  EXPECT_EQ(ResolveContextId(connection, ServiceFlags(), ContextKind::Project, "Gadget"), "OR:vn.Example:77");
-  EXPECT_EQ(ResolveContextId(connection, ServiceFlags(), ContextKind::Project, "Gadget"), "");
+  EXPECT_EQ(ResolveContextId(Begin(connection, ServiceFlags()), ContextKind::Project, "Gadget"),
+            "OR:vn.Example:77");
+  EXPECT_EQ(ResolveContextId(Begin(connection, ServiceFlags()), ContextKind::Project, "Gadget"), "");
   EXPECT_EQ(transport.requests(), (Requests{Rest("servlet/rest/v1/contexts?type=Project"),
                                             Rest("servlet/rest/v1/contexts?type=Project")}));
 }
 
 TEST_F(Contexts, TheirIdComesByODataInVersion5) {
   transport.Then(200, R"({"value":[{"ID":"C100"}]})");
-  EXPECT_EQ(ResolveContextId(connection, Version5(), ContextKind::Site, "Gadget"), "C100");
-  EXPECT_EQ(ResolveContextId(connection, Version5(), ContextKind::None, "Gadget"), "");
+  EXPECT_EQ(ResolveContextId(Begin(connection, Version5()), ContextKind::Site, "Gadget"), "C100");
+  EXPECT_EQ(ResolveContextId(Begin(connection, Version5()), ContextKind::None, "Gadget"), "");
   EXPECT_EQ(transport.requests(), Requests{OData("servlet/odata/v5/DataAdmin/Containers/ZVK.DataAdmin.Site"
                                                  "?$select=ID&$filter=Name%20eq%20%27Gadget%27")});
 }
 
 TEST_F(Contexts, AreNotAskedForWithoutTheBitForDirectories) {
-  EXPECT_TRUE(ListContexts(connection, ServiceFlags(), ContextKind::Product, Collect(), Bits(1)));
-  EXPECT_TRUE(ListContexts(connection, Version5(), ContextKind::None, Collect(), Bits(13)));
+  EXPECT_TRUE(ListContexts(Begin(connection, ServiceFlags()), ContextKind::Product, Collect(), Bits(1)));
+  EXPECT_TRUE(ListContexts(Begin(connection, Version5()), ContextKind::None, Collect(), Bits(13)));
   EXPECT_THAT(entries, IsEmpty());
   EXPECT_THAT(transport.requests(), IsEmpty());
 }
 
 TEST_F(Contexts, AreListedByRestBelowVersion5) {
   transport.Then(200, R"({"items":[{"id":"I1","attributes":{"name":"a|b"}},{"id":"I2"},7]})");
-  EXPECT_TRUE(ListContexts(connection, ServiceFlags(), ContextKind::Product, Collect(), Bits(2)));
+  EXPECT_TRUE(ListContexts(Begin(connection, ServiceFlags()), ContextKind::Product, Collect(), Bits(2)));
   EXPECT_THAT(entries, ElementsAre("dir a|b id=I1", "dir  id=I2", "dir  id="));
   EXPECT_EQ(transport.requests(), Requests{Rest("servlet/rest/v1/contexts?type=Product")});
 }
 
 TEST_F(Contexts, ARefusedListIsAFailure) {
   transport.Then(401);
-  EXPECT_FALSE(ListContexts(connection, ServiceFlags(), ContextKind::Product, Collect(), Bits(3)));
+  EXPECT_FALSE(ListContexts(Begin(connection, ServiceFlags()), ContextKind::Product, Collect(), Bits(3)));
 }
 
 TEST_F(Contexts, AreListedByODataInVersion5) {
   transport.Then(200, R"({"value":[{"ID":"C1","Name":"Gadget"}]})");
-  EXPECT_TRUE(ListContexts(connection, Version5(), ContextKind::Library, Collect(), Bits(3)));
-  EXPECT_FALSE(ListContexts(connection, Version5(), ContextKind::None, Collect(), Bits(3)));
+  EXPECT_TRUE(ListContexts(Begin(connection, Version5()), ContextKind::Library, Collect(), Bits(3)));
+  EXPECT_FALSE(ListContexts(Begin(connection, Version5()), ContextKind::None, Collect(), Bits(3)));
   EXPECT_THAT(entries, ElementsAre("dir Gadget id=C1"));
   EXPECT_EQ(transport.requests(), Requests{OData("servlet/odata/v5/DataAdmin/Containers/"
                                                  "ZVK.DataAdmin.LibraryContainer?$select=ID,Name")});
@@ -144,11 +145,11 @@ TEST_F(Contexts, AreListedByODataInVersion5) {
 TEST_F(Contexts, ObjectsAreQueriedWithSelectAndFilterAsTheyStand) {
   transport.Then(200, R"([{"id":"E1","attributes":{"number":"0042"}}])").Then(200, "[]");
   std::vector<RestItem> rows;
-  EXPECT_TRUE(QueryObjects(connection, "vn.epm.EPMDocument", "number", "CADName eq 'gear.lxz'", rows));
+  EXPECT_TRUE(QueryObjects(Begin(connection), "vn.epm.EPMDocument", "number", "CADName eq 'gear.lxz'", rows));
   ASSERT_EQ(rows.size(), 1U);
   EXPECT_EQ(rows[0].id, "E1");
   EXPECT_EQ(rows[0].attributes.at("number"), "0042");
-  EXPECT_TRUE(QueryObjects(connection, "a b", "", "", rows));
+  EXPECT_TRUE(QueryObjects(Begin(connection), "a b", "", "", rows));
   EXPECT_EQ(transport.requests(),
             (Requests{Rest("servlet/rest/objects?typeId=vn.epm.EPMDocument&$select=number&$filter="
                            "CADName eq 'gear.lxz'"),
@@ -158,9 +159,9 @@ TEST_F(Contexts, ObjectsAreQueriedWithSelectAndFilterAsTheyStand) {
 TEST_F(Contexts, AWrappedAnswerToAnObjectQueryGivesNoRows) {
   transport.Then(200, R"({"items":[{"id":"E1"}]})").Then(500);
   std::vector<RestItem> rows;
-  EXPECT_TRUE(QueryObjects(connection, "t", "", "", rows));
+  EXPECT_TRUE(QueryObjects(Begin(connection), "t", "", "", rows));
   EXPECT_THAT(rows, IsEmpty());
-  EXPECT_FALSE(QueryObjects(connection, "t", "", "", rows));
+  EXPECT_FALSE(QueryObjects(Begin(connection), "t", "", "", rows));
 }
 
 }  // namespace

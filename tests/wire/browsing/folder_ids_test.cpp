@@ -28,13 +28,13 @@ std::string Page(const std::string& rows, const std::string& nextLink = {}) {
 
 TEST_F(FolderIdByOData, IsFoundInOneRequestWithAsManyLevelsAsThePathHas) {
   transport.Then(200, Page(defaultRoot));
-  EXPECT_EQ(FindFolderIdOData(connection, "C100", "Sub/Deep"), "F3");
+  EXPECT_EQ(FindFolderIdOData(Begin(connection), "C100", "Sub/Deep"), "F3");
   EXPECT_EQ(transport.requests(), Requests{Expand("2")});
 }
 
 TEST_F(FolderIdByOData, OfAnEmptyPathIsEmptyAndSendsNothing) {
-  EXPECT_EQ(FindFolderIdOData(connection, "C100", ""), "");
-  EXPECT_EQ(FindFolderIdOData(connection, "C100", "///"), "");
+  EXPECT_EQ(FindFolderIdOData(Begin(connection), "C100", ""), "");
+  EXPECT_EQ(FindFolderIdOData(Begin(connection), "C100", "///"), "");
   EXPECT_THAT(transport.requests(), IsEmpty());
 }
 
@@ -42,14 +42,14 @@ TEST_F(FolderIdByOData, IsTheFirstRootsUnlessTheDefaultRootHasOne) {
   transport.Then(200, Page(std::string(otherRoot) + "," + thirdRoot))
       .Then(200, Page(std::string(otherRoot) + "," + defaultRoot + "," + thirdRoot))
       .Then(200, Page(std::string(defaultRoot) + "," + otherRoot));
-  EXPECT_EQ(FindFolderIdOData(connection, "C100", "Sub"), "R2");
-  EXPECT_EQ(FindFolderIdOData(connection, "C100", "Sub"), "F2");
-  EXPECT_EQ(FindFolderIdOData(connection, "C100", "Sub"), "F2");
+  EXPECT_EQ(FindFolderIdOData(Begin(connection), "C100", "Sub"), "R2");
+  EXPECT_EQ(FindFolderIdOData(Begin(connection), "C100", "Sub"), "F2");
+  EXPECT_EQ(FindFolderIdOData(Begin(connection), "C100", "Sub"), "F2");
 }
 
 TEST_F(FolderIdByOData, ADefaultRootWithoutTheFolderChangesNothing) {
   transport.Then(200, Page(std::string(R"({"ID":"F1","Name":"Default"},)") + otherRoot));
-  EXPECT_EQ(FindFolderIdOData(connection, "C100", "Sub"), "R2");
+  EXPECT_EQ(FindFolderIdOData(Begin(connection), "C100", "Sub"), "R2");
 }
 
 TEST_F(FolderIdByOData, ADefaultRootEndsItsPageAndNotTheReading) {
@@ -57,13 +57,14 @@ TEST_F(FolderIdByOData, ADefaultRootEndsItsPageAndNotTheReading) {
   transport.Then(200, Page(std::string(defaultRoot) + "," + laterDefault, "https://plm.example/vt/p2"))
       .Then(200, Page(thirdRoot, "https://plm.example/vt/p3"))
       .Then(200, Page(laterDefault));
-  EXPECT_EQ(FindFolderIdOData(connection, "C100", "Sub"), "L2");
+  EXPECT_EQ(FindFolderIdOData(Begin(connection), "C100", "Sub"), "L2");
   EXPECT_EQ(transport.requests().size(), 3U);
 }
 
 TEST_F(FolderIdByOData, IsEmptyOnAFailureAndForRowsOfAnotherType) {
   transport.Then(500).Then(200, Page(R"(7,"x",[],{"Folders":7},{"Name":"Sub","ID":"x"})")).Then(200, "{");
-  for (int answer = 0; answer < 3; ++answer) EXPECT_EQ(FindFolderIdOData(connection, "C100", "Sub"), "");
+  for (int answer = 0; answer < 3; ++answer)
+    EXPECT_EQ(FindFolderIdOData(Begin(connection), "C100", "Sub"), "");
 }
 
 class FolderIdByRest : public BrowsingTest {
@@ -72,7 +73,9 @@ class FolderIdByRest : public BrowsingTest {
   static SentRequest Below(const std::string& id) {
     return Rest("servlet/rest/v1/folders/" + id + "/folders");
   }
-  std::string Id(const std::string& folderPath) { return FindFolderIdRest(connection, "C:100", folderPath); }
+  std::string Id(const std::string& folderPath) {
+    return FindFolderIdRest(Begin(connection), "C:100", folderPath);
+  }
 };
 
 std::string Items(std::initializer_list<std::pair<const char*, const char*>> folders) {

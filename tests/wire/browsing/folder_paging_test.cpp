@@ -17,7 +17,7 @@ std::string Page(const std::string& rows, const std::string& nextLink) {
 
 class FolderPaging : public BrowsingTest {
  protected:
-  bool List() { return ListDynamicDocuments(connection, folder, Collect(), false); }
+  bool List() { return ListDynamicDocuments(Begin(connection), folder, Collect(), false); }
 };
 
 TEST_F(FolderPaging, AnEmptyPageWithoutANextLinkIsTheEnd) {
@@ -103,10 +103,10 @@ TEST_F(FolderPaging, ACallbackThatThrowsEndsAListingAndLeavesNothingBehind) {
     rows += (row > 0 ? ",{\"CADName\":\"n" : "{\"CADName\":\"n") + std::to_string(row) + "\",\"ID\":\"i\"}";
   }
   transport.Then(200, Page(rows, "http://other.example/same"));
-  EXPECT_THROW(
-      (void)ListDynamicDocuments(
-          connection, folder, [](const DirEntryInfoExt&) { throw std::runtime_error("enough"); }, false),
-      std::runtime_error);
+  EXPECT_THROW((void)ListDynamicDocuments(
+                   Begin(connection), folder,
+                   [](const DirEntryInfoExt&) { throw std::runtime_error("enough"); }, false),
+               std::runtime_error);
   EXPECT_THAT(directory.Entries(), IsEmpty());
 }
 
@@ -130,18 +130,18 @@ TEST_F(FolderPaging, AHostThatCannotBeConnectedEndsTheListing) {
   transport.Then(200, Page(R"({"CADName":"a","ID":"1"})", "http://other.example/p2"));
   transport.RefuseConnections(2);
   EXPECT_FALSE(ListDynamicDocuments(
-      connection, folder, [this](const DirEntryInfoExt& entry) { entries.push_back(EntryText(entry)); },
-      false));
+      Begin(connection), folder,
+      [this](const DirEntryInfoExt& entry) { entries.push_back(EntryText(entry)); }, false));
   EXPECT_THAT(entries, ElementsAre("file a id=1"));
 }
 
 TEST_F(FolderPaging, SubfoldersArePagedToo) {
   transport.Then(200, Page(R"({"Name":"A"})", "http://other.example/p2"))
       .Then(200, Page(R"({"Name":"B"})", ""));
-  EXPECT_TRUE(ListSubfolders(connection, folder, Collect()));
+  EXPECT_TRUE(ListSubfolders(Begin(connection), folder, Collect()));
   EXPECT_THAT(entries, ElementsAre("dir A id=", "dir B id="));
   transport.Then(200, Page(R"({"Name":"C"})", "http://other.example/p2")).Then(500);
-  EXPECT_FALSE(ListSubfolders(connection, folder, Collect()));
+  EXPECT_FALSE(ListSubfolders(Begin(connection), folder, Collect()));
   EXPECT_THAT(entries, ElementsAre("dir A id=", "dir B id=", "dir C id="));
 }
 

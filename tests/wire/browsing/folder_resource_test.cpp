@@ -11,7 +11,7 @@ class FolderResource : public BrowsingTest {
  protected:
   static std::string Resource(const std::shared_ptr<VtConnection>& connection,
                               const std::string& folderPath) {
-    return ResolveFolderResource(connection, "Gadget", "ZVK.DataAdmin.ProductContainer", folderPath);
+    return ResolveFolderResource(Begin(connection), "Gadget", "ZVK.DataAdmin.ProductContainer", folderPath);
   }
   static SentRequest Expand(const std::string& levels) {
     return OData(
@@ -102,7 +102,7 @@ TEST_F(FolderResource, OfAnAnswerNestedTooDeeplyIsEmpty) {
 
 TEST_F(FolderResource, LeavesOutEmptyComponentsAndEscapesTheContextsName) {
   transport.Then(200, Page(Container("C100", defaultRoot)));
-  EXPECT_EQ(ResolveFolderResource(connection, "A'b c", "ZVK.DataAdmin.Site", "//Sub//"),
+  EXPECT_EQ(ResolveFolderResource(Begin(connection), "A'b c", "ZVK.DataAdmin.Site", "//Sub//"),
             "Containers('C100')/Folders('F1')/Folders('F2')");
   EXPECT_EQ(
       transport.requests(),

@@ -22,7 +22,8 @@ class Gateway : public BrowsingTest {
     transport.Then(200, contexts).Then(200, R"({"folderContent":[)" + content + "]}");
   }
   bool List(unsigned bits, const std::string& folderPath = "Sub/Deep/") {
-    return ListGatewayFolder(connection, "Gadget/1", ContextKind::Product, folderPath, Collect(), Bits(bits));
+    return ListGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, folderPath, Collect(),
+                             Bits(bits));
   }
 };
 
@@ -151,7 +152,7 @@ TEST_F(Gateway, ALongListComesThroughATemporaryFileThatIsGoneAfterwards) {
 
 TEST_F(Gateway, AnOpenedFolderIsFetchedAtOnceAndReadAsOftenAsWanted) {
   Script(R"("x/folders?path=A","x/doc.lxz")");
-  const DirLister lister = OpenGatewayFolder(connection, "Gadget/1", ContextKind::Product, "Sub");
+  const DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
   ASSERT_TRUE(lister);
   EXPECT_EQ(transport.requests(), (Requests{Rest("servlet/rest/v1/contexts?type=Product"),
                                             Rest(std::string(gatewayPath) + "?path=Sub")}));
@@ -164,7 +165,7 @@ TEST_F(Gateway, AnOpenedFolderIsFetchedAtOnceAndReadAsOftenAsWanted) {
 
 TEST_F(Gateway, AnOpenedFolderHoldsNoTemporaryFile) {
   Script(LongList());
-  const DirLister lister = OpenGatewayFolder(connection, "Gadget/1", ContextKind::Product, "Sub");
+  const DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
   ASSERT_TRUE(lister);
   EXPECT_THAT(directory.Entries(), IsEmpty());
   EXPECT_FALSE(HasOpenFileIn(directory.path()));
@@ -178,13 +179,13 @@ TEST_F(Gateway, AnOpenedFolderHoldsNoTemporaryFile) {
 
 TEST_F(Gateway, AFolderThatCannotBeFetchedCannotBeOpened) {
   transport.Then(200, R"({"items":[]})").Then(200, contexts).Then(500);
-  EXPECT_FALSE(OpenGatewayFolder(connection, "Gadget/1", ContextKind::Product, "Sub"));
-  EXPECT_FALSE(OpenGatewayFolder(connection, "Gadget/1", ContextKind::Product, "Sub"));
+  EXPECT_FALSE(OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub"));
+  EXPECT_FALSE(OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub"));
 }
 
 TEST_F(Gateway, ABrokenAnswerOpensAndListsNothing) {
   transport.Then(200, contexts).Then(200, "no json");
-  const DirLister lister = OpenGatewayFolder(connection, "Gadget/1", ContextKind::Product, "Sub");
+  const DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
   ASSERT_TRUE(lister);
   EXPECT_TRUE(lister(Collect(), Bits(3)));
   EXPECT_TRUE(lister(Collect(), Bits(3)));

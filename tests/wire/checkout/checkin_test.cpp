@@ -27,7 +27,7 @@ std::string Resolution(const std::string& document) {
 class CheckingIn : public FlowTest {
  protected:
   CheckingIn() { info.id = "before"; }
-  bool Checkin(const char* id) { return CheckinDocument(connection, id, info); }
+  bool Checkin(const char* id) { return CheckinDocument(Begin(connection), id, info); }
   FileInfo info;
 };
 
@@ -109,15 +109,15 @@ TEST_F(CheckingIn, StandsWhateverBecomesOfTheWorkspace) {
 TEST_F(CheckingIn, CanSendACommentAndDropTheAnswer) {
   ThenNonce();
   transport.Then(200, checkedInAnswer).Then(204).Then(500, "boom");
-  EXPECT_TRUE(PostCheckin(connection, "W2", "D1", "why \"so\"", true, nullptr));
+  EXPECT_TRUE(PostCheckin(Begin(connection), "W2", "D1", "why \"so\"", true, nullptr));
   EXPECT_EQ(transport.requests().back().body,
             R"({"checkinInstructions":[{"id":"D1"}],"removeFromWorkspace":true,)"
             R"("checkinComment":"why \"so\"",)" +
                 Resolution("D1"));
-  EXPECT_TRUE(PostCheckin(connection, "W2", "D1", "", false, nullptr));
+  EXPECT_TRUE(PostCheckin(Begin(connection), "W2", "D1", "", false, nullptr));
   EXPECT_EQ(transport.requests().back().body,
             R"({"checkinInstructions":[{"id":"D1"}],"checkinComment":"",)" + Resolution("D1"));
-  EXPECT_FALSE(PostCheckin(connection, "W2", "D1", nullptr, false, nullptr));
+  EXPECT_FALSE(PostCheckin(Begin(connection), "W2", "D1", nullptr, false, nullptr));
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ const TraceLine notUndone = Error("Failed to undo check-out of document with err
 
 class CheckoutFailures : public FlowTest {
  protected:
-  using Operation = bool (*)(const Connection&, const char*, FileInfo&);
+  using Operation = bool (*)(ServerContext&, const char*, FileInfo&);
 
   void Walk(const std::vector<Step>& steps, const std::function<std::string()>& run) {
     WalkFailures(
@@ -60,7 +60,7 @@ class CheckoutFailures : public FlowTest {
     Walk(steps, [&] {
       FileInfo info;
       info.id = "before";
-      const bool succeeded = operation(NewConnection(), id, info);
+      const bool succeeded = operation(Begin(NewConnection()), id, info);
       return (succeeded ? "true " : "false ") + info.id;
     });
   }
@@ -68,7 +68,7 @@ class CheckoutFailures : public FlowTest {
     Walk(steps, [this]() -> std::string {
       FileInfo info;
       VtCheckoutState state;
-      if (!VerifyCheckout(NewConnection(), temporaryId, info, state)) return "false";
+      if (!VerifyCheckout(Begin(NewConnection()), temporaryId, info, state)) return "false";
       return "true " + info.id;
     });
   }
@@ -119,7 +119,7 @@ TEST_F(CheckoutFailures, OfTheDeletionBehindACheckoutThatFailed) {
       [this]() -> std::string {
         FileInfo info;
         info.id = "before";
-        return (CheckoutDocument(NewConnection(), "D1001", info) ? "true " : "false ") + info.id;
+        return (CheckoutDocument(Begin(NewConnection()), "D1001", info) ? "true " : "false ") + info.id;
       });
 }
 
@@ -148,7 +148,9 @@ TEST_F(CheckoutFailures, OfASecondTryAtATemporaryWorkspace) {
         {createLine, {409, ""}, {"", {}, {noList}, {listLine}}, none},
         {listLine, taken, none, none},
         {createLine, Workspace("W77"), none, none}},
-       [this] { return CreateTemporaryWorkspace(NewConnection(), "C5", [] { return std::uint32_t{1}; }); });
+       [this] {
+         return CreateTemporaryWorkspace(Begin(NewConnection()), "C5", [] { return std::uint32_t{1}; });
+       });
 }
 
 TEST_F(CheckoutFailures, OfACheckinOfATemporaryCheckout) {
@@ -220,7 +222,8 @@ TEST_F(CheckoutFailures, OfTheReadBehindAnUndo) {
       [this]() -> std::string {
         FileInfo info;
         info.id = "before";
-        return (UndoCheckoutDocument(NewConnection(), temporaryId, info) ? "true " : "false ") + info.id;
+        return (UndoCheckoutDocument(Begin(NewConnection()), temporaryId, info) ? "true " : "false ") +
+               info.id;
       });
 }
 
@@ -327,7 +330,7 @@ TEST_F(CheckoutFailures, OfAVerificationThatRenewsACheckout) {
       [this]() -> std::string {
         FileInfo info;
         VtCheckoutState state;
-        if (!VerifyCheckout(NewConnection(), temporaryId, info, state)) return "false";
+        if (!VerifyCheckout(Begin(NewConnection()), temporaryId, info, state)) return "false";
         return "true " + info.id;
       });
 }

@@ -36,7 +36,7 @@ std::string CheckoutBody(const std::string& document, const std::string& master)
 class CheckingOut : public FlowTest {
  protected:
   CheckingOut() { info.id = "before"; }
-  bool Checkout(const char* id) { return CheckoutDocument(connection, id, info); }
+  bool Checkout(const char* id) { return CheckoutDocument(Begin(connection), id, info); }
   FileInfo info;
 };
 
@@ -209,7 +209,7 @@ TEST_F(CheckingOut, SendsNoResolutionWithoutAMaster) {
   ThenNonce();
   transport.Then(200, copyAnswer);
   DocumentRecord result;
-  EXPECT_TRUE(PostCheckout(connection, "W2", "D1", result, nullptr));
+  EXPECT_TRUE(PostCheckout(Begin(connection), "W2", "D1", result, nullptr));
   EXPECT_EQ(transport.requests().back().body, R"({"objIdList":["D1"],"dependenciesOption":"None"})");
   EXPECT_EQ(result.id, "D1002");
 }

@@ -48,8 +48,8 @@ class TemporaryWorkspaces : public FlowTest {
 TEST_F(TemporaryWorkspaces, AreCreatedByOneRequestByteForByte) {
   transport.Then(200, R"({"id":"W77","name":"n","description":"d","contextId":"C5","more":[1]})");
   WorkspaceRecord workspace;
-  EXPECT_TRUE(
-      CreateWorkspace(connection, "C5", "FenloomTMP0a1b2c3d", workspace, "ZVK Fenloom temporary workspace"));
+  EXPECT_TRUE(CreateWorkspace(Begin(connection), "C5", "FenloomTMP0a1b2c3d", workspace,
+                              "ZVK Fenloom temporary workspace"));
   EXPECT_EQ(
       transport.requests(),
       (Requests{ReadNonce(), Write(workspacesPath, R"({"name":"FenloomTMP0a1b2c3d","contextId":"C5",)"
@@ -64,9 +64,9 @@ TEST_F(TemporaryWorkspaces, AreCreatedByOneRequestByteForByte) {
 TEST_F(TemporaryWorkspaces, AreCreatedWithoutADescriptionOnlyForNull) {
   transport.Then(201, "{}").Then(201, "{}");
   WorkspaceRecord workspace;
-  EXPECT_TRUE(CreateWorkspace(connection, "C5", "n", workspace, nullptr));
+  EXPECT_TRUE(CreateWorkspace(Begin(connection), "C5", "n", workspace, nullptr));
   EXPECT_EQ(transport.requests().back().body, R"({"name":"n","contextId":"C5"})");
-  EXPECT_TRUE(CreateWorkspace(connection, "C5", "n", workspace, ""));
+  EXPECT_TRUE(CreateWorkspace(Begin(connection), "C5", "n", workspace, ""));
   EXPECT_EQ(transport.requests().back().body, R"({"name":"n","contextId":"C5","description":""})");
 }
 
@@ -75,13 +75,13 @@ TEST_F(TemporaryWorkspaces, CountAsCreatedByTheStatusAlone) {
     transport.Then(200, body);
     WorkspaceRecord workspace;
     workspace.id = "before";
-    EXPECT_TRUE(CreateWorkspace(connection, "C5", "n", workspace, "d")) << body;
+    EXPECT_TRUE(CreateWorkspace(Begin(connection), "C5", "n", workspace, "d")) << body;
     EXPECT_EQ(workspace.id, "before") << body;
   }
   for (const int status : {199, 300, 401, 409, 500}) {
     transport.Then(status, R"({"id":"W"})");
     WorkspaceRecord workspace;
-    EXPECT_FALSE(CreateWorkspace(connection, "C5", "n", workspace, "d")) << status;
+    EXPECT_FALSE(CreateWorkspace(Begin(connection), "C5", "n", workspace, "d")) << status;
     EXPECT_EQ(workspace.id, "") << status;
   }
   EXPECT_THAT(trace.lines(), IsEmpty());
@@ -89,16 +89,16 @@ TEST_F(TemporaryWorkspaces, CountAsCreatedByTheStatusAlone) {
 
 TEST_F(TemporaryWorkspaces, AreDeletedByAnEmptyArray) {
   transport.Then(200, "<html>").Then(500).ThenFail(du::http::ErrorCode::TimedOut);
-  EXPECT_TRUE(DeleteWorkspace(connection, "OR:w/77"));
+  EXPECT_TRUE(DeleteWorkspace(Begin(connection), "OR:w/77"));
   EXPECT_EQ(transport.requests().back(), Write(workspacesPath + "/OR%3Aw%2F77/delete", "[]"));
-  EXPECT_FALSE(DeleteWorkspace(connection, "W77"));
-  EXPECT_FALSE(DeleteWorkspace(connection, "W77"));
+  EXPECT_FALSE(DeleteWorkspace(Begin(connection), "W77"));
+  EXPECT_FALSE(DeleteWorkspace(Begin(connection), "W77"));
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
 TEST_F(TemporaryWorkspaces, TakeTheFirstNameWhenTheServerDoes) {
   transport.Then(200, R"({"id":"W77"})");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "W77");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "W77");
   EXPECT_EQ(transport.requests(), (Requests{ReadNonce(), Creation(nameAt0)}));
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
@@ -107,14 +107,14 @@ TEST_F(TemporaryWorkspaces, HaveTheHostsPrefixAndDescription) {
   SetTemporaryWorkspacePrefix("MYTMP");
   SetTemporaryWorkspaceDescription("ours");
   transport.Then(200, R"({"id":"W77"})");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "W77");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "W77");
   EXPECT_EQ(transport.requests().back().body,
             R"({"name":"MYTMPc6801501","contextId":"C5","description":"ours"})");
 }
 
 TEST_F(TemporaryWorkspaces, AreNotTriedAgainWhenTheNameWasFree) {
   transport.Then(409, "no right").Then(200, Taken({nameAt1, "FenloomTMPC6801501", ""}));
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "");
   EXPECT_EQ(transport.requests(), (Requests{ReadNonce(), Creation(nameAt0), List()}));
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
@@ -123,7 +123,7 @@ TEST_F(TemporaryWorkspaces, AreNotTriedAgainWhenTheNameWasFree) {
 TEST_F(TemporaryWorkspaces, AreNotTriedAgainForALongerNameOrAnotherMember) {
   transport.Then(409).Then(200, R"([{"id":"FenloomTMPc6801501","name":"FenloomTMPc6801501x",)"
                                 R"("description":"FenloomTMPc6801501","contextId":"FenloomTMPc6801501"}])");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "");
   EXPECT_EQ(transport.requests(), (Requests{ReadNonce(), Creation(nameAt0), List()}));
 }
 
@@ -133,35 +133,35 @@ TEST_F(TemporaryWorkspaces, HaveTheHostsPrefixAndDescriptionAtEveryTry) {
   const std::string rest = R"(","contextId":"C5","description":"ours"})";
   const std::string taken = Taken({"MYTMPc6801501"});
   transport.Then(409).Then(200, taken).Then(200, R"({"id":"W78"})");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", RunningClock), "W78");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", RunningClock), "W78");
   EXPECT_EQ(transport.requests().back().body, R"({"name":"MYTMP2f821e22)" + rest);
   now = 0;
   transport.Then(409).Then(200, taken).Then(200, R"({"id":"W79"})");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "W79");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "W79");
   EXPECT_EQ(transport.requests().back().body, R"({"name":"MYTMPc68015010)" + rest);
 }
 
 TEST_F(TemporaryWorkspaces, CountAFailedListAsAnEmptyOne) {
   transport.Then(409).Then(500).Then(409).Then(200, R"({"items":[]})");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "");
   EXPECT_EQ(transport.requests().size(), 5u);
 }
 
 TEST_F(TemporaryWorkspaces, TakeTheNameOfALaterSecondWhenTheFirstIsTaken) {
   transport.Then(409).Then(200, Taken({"x", nameAt0})).Then(200, R"({"id":"W78"})");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", RunningClock), "W78");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", RunningClock), "W78");
   EXPECT_EQ(transport.requests(), (Requests{ReadNonce(), Creation(nameAt0), List(), Creation(nameAt1)}));
 }
 
 TEST_F(TemporaryWorkspaces, NumberTheNameWhenTheClockStandsStill) {
   transport.Then(409).Then(200, Taken({nameAt0})).Then(200, R"({"id":"W78"})");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "W78");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "W78");
   EXPECT_EQ(transport.requests().back(), Creation(nameAt0 + std::string("0")));
   transport.Then(409)
       .Then(200, Taken({nameAt0, nameAt0 + std::string("1"), nameAt0 + std::string("0")}))
       .Then(200, R"({"id":"W79"})");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "W79");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "W79");
   EXPECT_EQ(transport.requests().back(), Creation(nameAt0 + std::string("2")));
 }
 
@@ -169,10 +169,10 @@ TEST_F(TemporaryWorkspaces, AreNoneWhenEveryNameIsTaken) {
   Lines names{nameAt0};
   for (int number = 0; number < 16; ++number) names.push_back(nameAt0 + std::to_string(number));
   transport.Then(409).Then(200, Taken(names));
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "");
   names.erase(names.begin() + 16);  // number 15 is free
   transport.Then(409).Then(200, Taken(names)).Then(200, R"({"id":"W80"})");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "W80");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "W80");
   EXPECT_EQ(transport.requests().back(), Creation(nameAt0 + std::string("15")));
 }
 
@@ -183,14 +183,14 @@ TEST_F(TemporaryWorkspaces, DrawSixteenFurtherNamesBeforeTheyNumberOne) {
     names.push_back(MakeWorkspaceName("FenloomTMP", second));
   const std::string stem = MakeWorkspaceName("FenloomTMP", 17);
   transport.Then(409).Then(200, Taken(names)).Then(200, R"({"id":"W81"})");
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", RunningClock), "W81");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", RunningClock), "W81");
   EXPECT_EQ(transport.requests().back(), Creation(stem + "0"));
   EXPECT_EQ(now, 18u);
 }
 
 TEST_F(TemporaryWorkspaces, AreNoneWhenTheSecondCreationIsRefusedToo) {
   transport.Then(409).Then(200, Taken({nameAt0})).Then(409);
-  EXPECT_EQ(CreateTemporaryWorkspace(connection, "C5", StandingClock), "");
+  EXPECT_EQ(CreateTemporaryWorkspace(Begin(connection), "C5", StandingClock), "");
   EXPECT_EQ(transport.requests().size(), 4u);
   EXPECT_THAT(trace.lines(), IsEmpty());
 }

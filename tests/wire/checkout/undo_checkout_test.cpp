@@ -24,7 +24,7 @@ constexpr const char* documentAnswer =
 class Undoing : public FlowTest {
  protected:
   Undoing() { info.id = "before"; }
-  bool Undo(const char* id) { return UndoCheckoutDocument(connection, id, info); }
+  bool Undo(const char* id) { return UndoCheckoutDocument(Begin(connection), id, info); }
   FileInfo info;
 };
 
@@ -140,8 +140,8 @@ TEST_F(Undoing, RefusesAnIdThatIsNoneOfACheckout) {
 TEST_F(Undoing, CanDropTheAnswer) {
   ThenNonce();
   transport.Then(200, undoneAnswer).Then(500);
-  EXPECT_TRUE(PostUndoCheckout(connection, "W2", "D1", nullptr));
-  EXPECT_FALSE(PostUndoCheckout(connection, "W2", "D1", nullptr));
+  EXPECT_TRUE(PostUndoCheckout(Begin(connection), "W2", "D1", nullptr));
+  EXPECT_FALSE(PostUndoCheckout(Begin(connection), "W2", "D1", nullptr));
 }
 
 }  // namespace

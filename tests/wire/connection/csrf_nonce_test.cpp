@@ -31,7 +31,7 @@ class CsrfNonce : public testing::Test {
 
 TEST_F(CsrfNonce, ANewConnectionSendsNothingAndHasNoApplicationVersion) {
   EXPECT_THAT(transport.requests(), IsEmpty());
-  EXPECT_EQ(connection.authAppVersion, "");
+  EXPECT_EQ(connection.knowledge().AuthAppVersion(), "");
 }
 
 TEST_F(CsrfNonce, TheRestRouteAsksTheSecurityService) {

@@ -71,7 +71,7 @@ TEST_F(HostileAnswers, APageCutAnywhereFails) {
   const std::string body = R"({"value":[{"ID":"A"}],"@odata.nextLink":"http://plm.example/vt/2"})";
   for (std::size_t length = 0; length < body.size(); ++length) {
     transport.Then(200, body.substr(0, length));
-    ODataPageReader reader(connection, "x");
+    ODataPageReader reader(ServerContext(connection), "x");
     EXPECT_TRUE(reader.Next()) << length;
     EXPECT_TRUE(reader.failed()) << length;
     EXPECT_FALSE(reader.Next()) << length;
@@ -139,7 +139,7 @@ TEST_F(HostileAnswers, AnIdWithANulByteBehindItIsAnother) {
 TEST_F(HostileAnswers, ANextLinkOfAMegabyteIsFollowed) {
   const std::string path = "/vt/" + std::string(megabyte, 'n');
   transport.Then(200, R"({"value":[],"@odata.nextLink":"http://h)" + path + "\"}").Then(200, "{}");
-  ODataPageReader reader(connection, "x");
+  ODataPageReader reader(ServerContext(connection), "x");
   ASSERT_TRUE(reader.Next());
   ASSERT_TRUE(reader.Next());
   EXPECT_FALSE(reader.failed());

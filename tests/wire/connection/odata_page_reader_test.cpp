@@ -51,14 +51,14 @@ class ODataPageReaderTest : public testing::Test {
 };
 
 TEST_F(ODataPageReaderTest, ConstructionSendsNothing) {
-  const ODataPageReader reader(connection, "servlet/odata/x");
+  const ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
   EXPECT_THAT(transport.requests(), IsEmpty());
   EXPECT_FALSE(reader.failed());
 }
 
 TEST_F(ODataPageReaderTest, ReadsOnePageAndEnds) {
   transport.Then(200, Page("a"));
-  ODataPageReader reader(connection, "servlet/odata/x?$filter=Name eq 'b c'");
+  ODataPageReader reader(ServerContext(connection), "servlet/odata/x?$filter=Name eq 'b c'");
   ASSERT_TRUE(reader.Next());
   EXPECT_FALSE(reader.failed());
   ASSERT_TRUE(reader.page().IsObject());
@@ -73,7 +73,7 @@ TEST_F(ODataPageReaderTest, ReadsOnePageAndEnds) {
 }
 
 TEST_F(ODataPageReaderTest, AnEmptyPathIsTheEndAtOnce) {
-  ODataPageReader reader(connection, "");
+  ODataPageReader reader(ServerContext(connection), "");
   EXPECT_FALSE(reader.Next());
   EXPECT_FALSE(reader.failed());
   EXPECT_THAT(transport.requests(), IsEmpty());
@@ -83,7 +83,7 @@ TEST_F(ODataPageReaderTest, FollowsNextLinksOverConnectionsOfTheirOwn) {
   transport.Then(200, Page("a", "http://plm.example/vt/servlet/odata/x?$skiptoken=2"))
       .Then(200, Page("b", "http://plm.example/vt/servlet/odata/x?$skiptoken=3"))
       .Then(200, Page("c"));
-  ODataPageReader reader(connection, "servlet/odata/x");
+  ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
   EXPECT_THAT(ReadAll(reader), ElementsAre("a", "b", "c"));
   EXPECT_FALSE(reader.failed());
   // The base of a next link has no path, so its request is the link's path as it stands.
@@ -101,7 +101,7 @@ TEST_F(ODataPageReaderTest, ANextLinkMayLeadToAnotherHostAndPort) {
   vtdirect_test::Answer demanding{200, Page("b")};
   demanding.demands = 1;
   transport.Then(demanding);
-  ODataPageReader reader(connection, "servlet/odata/x");
+  ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
   EXPECT_THAT(ReadAll(reader), ElementsAre("a", "b"));
   EXPECT_EQ(transport.requests()[1],
             (SentRequest{"https://other.example:8443", "GET /odata/x?a=1&b=2", readHeaders, std::nullopt}));
@@ -112,7 +112,7 @@ TEST_F(ODataPageReaderTest, ANextLinkMayLeadToAnotherHostAndPort) {
 TEST_F(ODataPageReaderTest, AFailedFirstPageGivesAnEmptyDocumentAndThenTheEnd) {
   for (const int status : {404, 500, 401, 302}) {
     transport.Then(status, Page("a", "http://plm.example/vt/next"));
-    ODataPageReader reader(connection, "servlet/odata/x");
+    ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
     EXPECT_TRUE(reader.Next());
     EXPECT_TRUE(reader.failed());
     EXPECT_TRUE(reader.page().IsNull());
@@ -124,14 +124,14 @@ TEST_F(ODataPageReaderTest, AFailedFirstPageGivesAnEmptyDocumentAndThenTheEnd) {
 
 TEST_F(ODataPageReaderTest, ATransportFailureFailsThePage) {
   transport.ThenFail(du::http::ErrorCode::ProtocolFailure);
-  ODataPageReader reader(connection, "servlet/odata/x");
+  ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
   EXPECT_TRUE(reader.Next());
   EXPECT_TRUE(reader.failed());
 }
 
 TEST_F(ODataPageReaderTest, AFailedLaterPageKeepsWhatWasReadAndEnds) {
   transport.Then(200, Page("a", "http://plm.example/vt/2")).Then(500);
-  ODataPageReader reader(connection, "servlet/odata/x");
+  ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
   EXPECT_THAT(ReadAll(reader), ElementsAre("a"));
   EXPECT_TRUE(reader.failed());
   EXPECT_FALSE(reader.Next());
@@ -141,7 +141,7 @@ TEST_F(ODataPageReaderTest, AFailedLaterPageKeepsWhatWasReadAndEnds) {
 TEST_F(ODataPageReaderTest, APageThatIsNoJsonFails) {
   for (const char* body : {"", "<html>", R"({"value":["a"])", R"({"value":[]} x)"}) {
     transport.Then(200, body);
-    ODataPageReader reader(connection, "servlet/odata/x");
+    ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
     EXPECT_TRUE(reader.Next()) << body;
     EXPECT_TRUE(reader.failed()) << body;
     EXPECT_TRUE(reader.page().IsNull()) << body;
@@ -152,7 +152,7 @@ TEST_F(ODataPageReaderTest, APageThatIsNoJsonFails) {
 TEST_F(ODataPageReaderTest, ARootThatIsNoObjectIsAPageWithoutANextLink) {
   for (const char* body : {"[]", "1", "\"@odata.nextLink\""}) {
     transport.Then(200, body);
-    ODataPageReader reader(connection, "servlet/odata/x");
+    ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
     EXPECT_TRUE(reader.Next());
     EXPECT_FALSE(reader.failed());
     EXPECT_FALSE(reader.Next());
@@ -164,7 +164,7 @@ TEST_F(ODataPageReaderTest, ANextLinkThatIsNoTextOrEmptyEndsThePaging) {
        {R"({"value":[],"@odata.nextLink":1})", R"({"value":[],"@odata.nextLink":null})",
         R"({"value":[],"@odata.nextLink":""})", R"({"value":[],"nextLink":"http://h/x"})"}) {
     transport.Then(200, body);
-    ODataPageReader reader(connection, "servlet/odata/x");
+    ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
     EXPECT_TRUE(reader.Next()) << body;
     EXPECT_FALSE(reader.failed()) << body;
     EXPECT_FALSE(reader.Next()) << body;
@@ -174,7 +174,7 @@ TEST_F(ODataPageReaderTest, ANextLinkThatIsNoTextOrEmptyEndsThePaging) {
 TEST_F(ODataPageReaderTest, ANextLinkWithoutAServerFailsItsPage) {
   for (const char* link : {"/vt/servlet/odata/x?$skiptoken=2", "x?$skiptoken=2"}) {
     transport.Then(200, Page("a", link));
-    ODataPageReader reader(connection, "servlet/odata/x");
+    ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
     EXPECT_THAT(ReadAll(reader), ElementsAre("a")) << link;
     EXPECT_TRUE(reader.failed()) << link;
     EXPECT_FALSE(reader.Next()) << link;
@@ -184,7 +184,7 @@ TEST_F(ODataPageReaderTest, ANextLinkWithoutAServerFailsItsPage) {
 
 TEST_F(ODataPageReaderTest, ANextLinkWithoutAPathAsksForTheRoot) {
   transport.Then(200, Page("a", "http://other.example")).Then(200, Page("b"));
-  ODataPageReader reader(connection, "servlet/odata/x");
+  ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
   EXPECT_THAT(ReadAll(reader), ElementsAre("a", "b"));
   EXPECT_EQ(transport.requests()[1].server, "http://other.example");
   EXPECT_EQ(transport.requests()[1].line, "GET ");
@@ -192,7 +192,7 @@ TEST_F(ODataPageReaderTest, ANextLinkWithoutAPathAsksForTheRoot) {
 
 TEST_F(ODataPageReaderTest, TheSamePageAgainIsReadAsOftenAsTheServerLeadsToIt) {
   for (int turn = 0; turn < 50; ++turn) transport.Then(200, Page("a", "http://plm.example/vt/x"));
-  ODataPageReader reader(connection, "servlet/odata/x");
+  ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
   EXPECT_EQ(ReadAll(reader).size(), 50U);
   // The script ended, which is a failure of the transport.
   EXPECT_TRUE(reader.failed());
@@ -201,7 +201,7 @@ TEST_F(ODataPageReaderTest, TheSamePageAgainIsReadAsOftenAsTheServerLeadsToIt) {
 TEST_F(ODataPageReaderTest, APageTooLongForMemoryIsReadFromTheDiskAndLeavesNothing) {
   const std::string row(600000, 'r');
   transport.Then(200, Page(row, "http://plm.example/vt/2")).Then(200, Page("b"));
-  ODataPageReader reader(connection, "servlet/odata/x");
+  ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
   ASSERT_TRUE(reader.Next());
   EXPECT_EQ(reader.page()["value"][0].GetStringLength(), 600000U);
   EXPECT_THAT(directory.Entries(), IsEmpty());

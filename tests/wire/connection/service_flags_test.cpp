@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "connection/vt_connection.h"
 #include "tests/support/scripted_transport.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/trace_recorder.h"

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "connection/vt_connection.h"
+#include "tests/support/operation.h"
 #include "tests/support/scripted_transport.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/trace_recorder.h"

@@ -27,7 +27,7 @@ std::string DocumentAt(const std::string& url) {
 class Download : public ConnectedTest {
  protected:
   bool Run(const char* id, du::http::ProgressFunction progress = {}) {
-    return DownloadDocument(connection, id, file.c_str(), info, std::move(progress));
+    return DownloadDocument(Begin(connection), id, file.c_str(), info, std::move(progress));
   }
   void ExpectFailure(const std::string& answer) {
     EXPECT_FALSE(Run("D1"));
@@ -241,7 +241,7 @@ class ContentDownload : public ConnectedTest {
     DocumentRecord record;
     record.contentSections.resize(1);
     record.contentSections.front().contentUrl = std::move(urls);
-    return DownloadPrimaryContent(connection, record, directory.File("copy").c_str(), {});
+    return DownloadPrimaryContent(Begin(connection), record, directory.File("copy").c_str(), {});
   }
 };
 
@@ -259,7 +259,8 @@ TEST_F(ContentDownload, Gives65535ForAFailedExchange) {
 
 TEST_F(ContentDownload, GivesZeroWhenThereIsNothingToFetch) {
   EXPECT_EQ(Run({}), 0);
-  EXPECT_EQ(DownloadPrimaryContent(connection, DocumentRecord{}, directory.File("copy").c_str(), {}), 0);
+  EXPECT_EQ(DownloadPrimaryContent(Begin(connection), DocumentRecord{}, directory.File("copy").c_str(), {}),
+            0);
   EXPECT_TRUE(transport.requests().empty());
   EXPECT_TRUE(trace.lines().empty());
 }

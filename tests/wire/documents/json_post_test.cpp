@@ -24,7 +24,7 @@ using JsonPosting = ConnectedTest;
 
 TEST_F(JsonPosting, FetchesTheNonceFirstAndSendsTheCompactBody) {
   transport.Then(200, nonceAnswer).Then(200, R"({"ok":true})");
-  JsonPost post(*connection, "servlet/rest/v1/dkm/things?x=1", Body());
+  JsonPost post(Begin(connection), "servlet/rest/v1/dkm/things?x=1", Body());
   EXPECT_EQ(transport.requests(), (Requests{Read("servlet/rest/security/csrf"),
                                             {serverUrl, "POST /vt/servlet/rest/v1/dkm/things?x=1",
                                              writeHeaders, R"({"z":1,"a":"x y"})"}}));
@@ -36,16 +36,16 @@ TEST_F(JsonPosting, FetchesTheNonceFirstAndSendsTheCompactBody) {
 
 TEST_F(JsonPosting, FetchesTheNonceOncePerConnection) {
   transport.Then(200, nonceAnswer).Then(200, "{}").Then(200, "{}");
-  { const JsonPost first(*connection, "a", Body()); }
-  { const JsonPost second(*connection, "b", Body()); }
+  { const JsonPost first(Begin(connection), "a", Body()); }
+  { const JsonPost second(Begin(connection), "b", Body()); }
   EXPECT_EQ(transport.lines(), (Lines{"GET /vt/servlet/rest/security/csrf", "POST /vt/a", "POST /vt/b"}));
   EXPECT_EQ(transport.requests().back().headers, writeHeaders);
 }
 
 TEST_F(JsonPosting, GoesOnWithoutANonceAndAsksAgainNextTime) {
   transport.Then(500).Then(200, "{}").Then(200, nonceAnswer).Then(200, "{}");
-  { const JsonPost first(*connection, "a", Body()); }
-  { const JsonPost second(*connection, "b", Body()); }
+  { const JsonPost first(Begin(connection), "a", Body()); }
+  { const JsonPost second(Begin(connection), "b", Body()); }
   EXPECT_EQ(transport.requests()[1].headers, "Content-Type: application/json\r\nAccept: application/json");
   EXPECT_EQ(transport.requests()[3].headers, writeHeaders);
 }
@@ -53,7 +53,7 @@ TEST_F(JsonPosting, GoesOnWithoutANonceAndAsksAgainNextTime) {
 TEST_F(JsonPosting, KeepsTheBodyFileUntilTheAnswerHasBeenRead) {
   transport.Then(200, nonceAnswer).Then(200, "{}");
   {
-    const JsonPost post(*connection, "a", Body());
+    const JsonPost post(Begin(connection), "a", Body());
     EXPECT_EQ(directory.Entries().size(), 1u);
   }
   EXPECT_TRUE(directory.Entries().empty());
@@ -65,7 +65,7 @@ TEST_F(JsonPosting, LeavesNothingBehindALongAnswerOrAFailure) {
       .Then(200, "[\"" + std::string(600'000, 'x') + "\"]")
       .Then(500, "no")
       .ThenFail(du::http::ErrorCode::TimedOut);
-  for (int i = 0; i < 3; ++i) const JsonPost post(*connection, "a", Body());
+  for (int i = 0; i < 3; ++i) const JsonPost post(Begin(connection), "a", Body());
   EXPECT_EQ(transport.requests().size(), 4u);
   EXPECT_TRUE(directory.Entries().empty());
 }
@@ -74,14 +74,14 @@ TEST_F(JsonPosting, LeavesNothingBehindALongAnswerOrAFailure) {
 TEST_F(JsonPosting, GoesWithoutABodyWhenItsFileCannotBeMade) {
   transport.Then(200, nonceAnswer).Then(200, "{}");
   setenv("TMPDIR", directory.File("missing").c_str(), 1);
-  { const JsonPost post(*connection, "a", Body()); }
+  { const JsonPost post(Begin(connection), "a", Body()); }
   EXPECT_EQ(transport.requests().back(), (SentRequest{serverUrl, "POST /vt/a", writeHeaders, {}}));
   EXPECT_TRUE(trace.lines().empty());
 }
 
 TEST_F(JsonPosting, KeepsTheTextOfARefusal) {
   transport.Then(200, nonceAnswer).Then(409, "busy");
-  JsonPost post(*connection, "a", Body());
+  JsonPost post(Begin(connection), "a", Body());
   EXPECT_EQ(post.response().status(), 409);
   EXPECT_EQ(post.response().errorText(), "busy");
 }

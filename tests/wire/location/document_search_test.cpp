@@ -24,7 +24,7 @@ constexpr const char* odataReadHeaders =
 
 TEST_F(DocumentSearch, FindsCadDocumentsByTheirFileName) {
   wire.Then(200, Candidates({{"D1", "A.1", ""}, {"D2", "B.2", "checked out"}}));
-  EXPECT_THAT(SearchCadDocuments(connection, "gear.lxz"),
+  EXPECT_THAT(SearchCadDocuments(Begin(connection), "gear.lxz"),
               ElementsAre(Is("D1", "A.1", false), Is("D2", "B.2", true)));
   ASSERT_EQ(wire.requests().size(), 1u);
   EXPECT_EQ(wire.requests()[0].line,
@@ -37,7 +37,7 @@ TEST_F(DocumentSearch, FindsCadDocumentsByTheirFileName) {
 
 TEST_F(DocumentSearch, FindsDynamicDocumentsOfTheSecondServiceVersionByTheirCadName) {
   wire.Then(200, Candidates({{"D1", "A.1", ""}}));
-  EXPECT_THAT(SearchDynamicDocumentsV2(connection, "gear.lxz"), ElementsAre(Is("D1", "A.1", false)));
+  EXPECT_THAT(SearchDynamicDocumentsV2(Begin(connection), "gear.lxz"), ElementsAre(Is("D1", "A.1", false)));
   EXPECT_THAT(
       wire.lines(),
       ElementsAre("GET /vt/servlet/odata/v2/DynamicDocMgmt/DynamicDocuments?$filter=CADName eq 'gear.lxz'"
@@ -48,7 +48,7 @@ TEST_F(DocumentSearch, FindsDynamicDocumentsOfTheSecondServiceVersionByTheirCadN
 
 TEST_F(DocumentSearch, FindsEveryVersionByTheFirstServiceVersionWhichHasNoSwitchForTheNewest) {
   wire.Then(200, Candidates({{"D2", "A.2", ""}, {"D1", "A.1", ""}}));
-  EXPECT_THAT(SearchDynamicDocumentsV1(connection, "gear.lxz"),
+  EXPECT_THAT(SearchDynamicDocumentsV1(Begin(connection), "gear.lxz"),
               ElementsAre(Is("D2", "A.2", false), Is("D1", "A.1", false)));
   EXPECT_THAT(
       wire.lines(),
@@ -59,9 +59,9 @@ TEST_F(DocumentSearch, FindsEveryVersionByTheFirstServiceVersionWhichHasNoSwitch
 
 TEST_F(DocumentSearch, EscapesTheNameAloneAndDoublesNoApostrophe) {
   wire.Then(200, Candidates({})).Then(200, Candidates({})).Then(200, Candidates({}));
-  EXPECT_THAT(SearchCadDocuments(connection, "big gear's & more.lxz"), IsEmpty());
-  EXPECT_THAT(SearchDynamicDocumentsV2(connection, "a/b"), IsEmpty());
-  EXPECT_THAT(SearchDynamicDocumentsV1(connection, "a%b"), IsEmpty());
+  EXPECT_THAT(SearchCadDocuments(Begin(connection), "big gear's & more.lxz"), IsEmpty());
+  EXPECT_THAT(SearchDynamicDocumentsV2(Begin(connection), "a/b"), IsEmpty());
+  EXPECT_THAT(SearchDynamicDocumentsV1(Begin(connection), "a%b"), IsEmpty());
   EXPECT_THAT(wire.lines(),
               ElementsAre("GET /vt/servlet/odata/v1/CADDocumentMgmt/CADDocuments?$filter=FileName eq "
                           "'big%20gear%27s%20%26%20more.lxz'"
@@ -76,7 +76,7 @@ TEST_F(DocumentSearch, DropsRowsWithoutThreeTexts) {
                  R"({"ID":3,"Version":"A.1","CheckOutStatus":""})",
                  R"({"ID":"D4","Version":1,"CheckOutStatus":""})", R"({"Version":"A.1","CheckOutStatus":""})",
                  R"("D6")", "null", "[]", R"({"ID":"D5","Version":"A.2","CheckOutStatus":"x"})"}));
-  EXPECT_THAT(SearchCadDocuments(connection, "n"), ElementsAre(Is("D5", "A.2", true)));
+  EXPECT_THAT(SearchCadDocuments(Begin(connection), "n"), ElementsAre(Is("D5", "A.2", true)));
   ExpectQuiet();
 }
 
@@ -85,7 +85,7 @@ TEST_F(DocumentSearch, ReadsAllPagesAndFollowsALinkToAnotherHost) {
             Rows({R"({"ID":"D1","Version":"A.1","CheckOutStatus":""})"}, "https://two.example/odata/page?2"));
   wire.Then(200, R"({"value":null,"@odata.nextLink":"https://two.example/odata/page?3"})");
   wire.Then(200, Candidates({{"D3", "A.3", ""}}));
-  EXPECT_THAT(SearchDynamicDocumentsV2(connection, "n"),
+  EXPECT_THAT(SearchDynamicDocumentsV2(Begin(connection), "n"),
               ElementsAre(Is("D1", "A.1", false), Is("D3", "A.3", false)));
   ASSERT_EQ(wire.requests().size(), 3u);
   EXPECT_EQ(wire.requests()[1].server, "https://two.example");
@@ -96,18 +96,18 @@ TEST_F(DocumentSearch, ReadsAllPagesAndFollowsALinkToAnotherHost) {
 TEST_F(DocumentSearch, KeepsWhatItFoundBeforeAPageThatFails) {
   wire.Then(200, Rows({R"({"ID":"D1","Version":"A.1","CheckOutStatus":""})"}, "https://plm.example/vt/two"));
   wire.Then(500, "broken");
-  EXPECT_THAT(SearchDynamicDocumentsV2(connection, "n"), ElementsAre(Is("D1", "A.1", false)));
+  EXPECT_THAT(SearchDynamicDocumentsV2(Begin(connection), "n"), ElementsAre(Is("D1", "A.1", false)));
   wire.Then(200, "[]");
-  EXPECT_THAT(SearchDynamicDocumentsV2(connection, "n"), IsEmpty());
+  EXPECT_THAT(SearchDynamicDocumentsV2(Begin(connection), "n"), IsEmpty());
   wire.ThenFail(du::http::ErrorCode::NoConnection);
-  EXPECT_THAT(SearchDynamicDocumentsV2(connection, "n"), IsEmpty());
+  EXPECT_THAT(SearchDynamicDocumentsV2(Begin(connection), "n"), IsEmpty());
   ExpectQuiet();
 }
 
 TEST_F(DocumentSearch, SearchesAFolderWithTheWholeFilterEscaped) {
   wire.Then(200, Rows({R"({"CADName":"big gear","ID":"D7","Version":"B.2"})"}));
   const VersionEntry found =
-      SearchFolderByCadName(connection, "big gear", "Containers('C100')/Folders('F1')");
+      SearchFolderByCadName(Begin(connection), "big gear", "Containers('C100')/Folders('F1')");
   EXPECT_EQ(found.id, "D7");
   EXPECT_EQ(found.version, "B.2");
   ASSERT_EQ(wire.requests().size(), 1u);
@@ -122,7 +122,7 @@ TEST_F(DocumentSearch, TakesTheFirstRowOfAFolderWithIdAndVersionAndReadsNoFurthe
   wire.Then(200, Rows({R"({"ID":"D1"})", R"({"ID":"D2","Version":null})"}, "https://plm.example/vt/two"));
   wire.Then(200, Rows({R"({"ID":"D3","Version":"A.1"})", R"({"ID":"D4","Version":"A.2"})"},
                       "https://plm.example/vt/three"));
-  const VersionEntry found = SearchFolderByCadName(connection, "n", "R");
+  const VersionEntry found = SearchFolderByCadName(Begin(connection), "n", "R");
   EXPECT_EQ(found.id, "D3");
   EXPECT_EQ(found.version, "A.1");
   EXPECT_EQ(wire.requests().size(), 2u);
@@ -130,8 +130,8 @@ TEST_F(DocumentSearch, TakesTheFirstRowOfAFolderWithIdAndVersionAndReadsNoFurthe
 
 TEST_F(DocumentSearch, GivesNothingForAFolderWithoutTheDocument) {
   wire.Then(200, Rows({})).Then(404);
-  EXPECT_EQ(SearchFolderByCadName(connection, "n", "R").id, "");
-  EXPECT_EQ(SearchFolderByCadName(connection, "n", "R").id, "");
+  EXPECT_EQ(SearchFolderByCadName(Begin(connection), "n", "R").id, "");
+  EXPECT_EQ(SearchFolderByCadName(Begin(connection), "n", "R").id, "");
   ExpectQuiet();
 }
 

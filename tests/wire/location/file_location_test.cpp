@@ -14,7 +14,7 @@ using testing::ElementsAre;
 class FileLocation : public LocationTest {
  protected:
   std::string Find(ContextKind kind = ContextKind::Product) {
-    return FindFileInFolder(connection, services, "gear.lxz", "Sub", kind, "Gadget");
+    return FindFileInFolder(Begin(connection, services), "gear.lxz", "Sub", kind, "Gadget");
   }
 };
 

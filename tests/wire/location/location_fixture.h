@@ -11,6 +11,7 @@
 #include "connection/service_flags.h"
 #include "connection/vt_connection.h"
 #include "server/file_server.h"
+#include "tests/support/operation.h"
 #include "tests/support/scripted_transport.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/trace_recorder.h"

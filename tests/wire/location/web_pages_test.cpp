@@ -95,7 +95,7 @@ TEST_F(WebPages, KnowTheFirstWorkspaceOfAnId) {
   wire.Then(200, R"([{"id":"W1","name":"a"},{"id":"W2","name":"b","description":"c","contextId":"C5"},
                      {"id":"W2","name":"d"}])");
   WorkspaceRecord workspace;
-  EXPECT_TRUE(FindWorkspaceById(connection, "W2", "C5", workspace));
+  EXPECT_TRUE(FindWorkspaceById(Begin(connection), "W2", "C5", workspace));
   EXPECT_EQ(workspace.id, "W2");
   EXPECT_EQ(workspace.name, "b");
   EXPECT_EQ(workspace.description, "c");

@@ -20,7 +20,7 @@ class FeatureReading : public ListedServerTest {
  protected:
   // What is read into two switches that stood as given: "result separated info".
   std::string Read(bool separated, bool info) {
-    const bool result = vantry::ReadHvdFeatures(connection, separated, info);
+    const bool result = vantry::ReadHvdFeatures(Begin(connection), separated, info);
     return std::string(result ? "ok " : "failed ") + (separated ? "1" : "0") + (info ? "1" : "0");
   }
 

@@ -10,6 +10,7 @@
 #include "public/path_resolution.h"
 #include "public/vt_direct_manager.h"
 #include "server/file_server.h"
+#include "tests/support/operation.h"
 #include "tests/support/scripted_transport.h"
 #include "tests/support/server_table_access.h"
 #include "tests/support/temporary_directory.h"

@@ -39,8 +39,9 @@ TEST_F(Secrecy, OfCredentialsAndNoncesHoldsForEveryTrace) {
       .Then(200, std::string(R"({"items":[{"id":"csrf","attributes":{"nonce_key":"N","nonce":")") + canary +
                      R"("}}]})")
       .Then(500, "refused");
-  VtConnection connection(plmUrl, Login);
-  const JsonPost post(connection, "servlet/rest/v1/dkm/things", rapidjson::Value(rapidjson::kObjectType));
+  const auto connection = std::make_shared<VtConnection>(plmUrl, Login);
+  const JsonPost post(Begin(connection), "servlet/rest/v1/dkm/things",
+                      rapidjson::Value(rapidjson::kObjectType));
   ASSERT_EQ(transport.requests().back().headers,
             std::string("Content-Type: application/json\r\nAccept: application/json\r\nN: ") + canary);
 

@@ -39,7 +39,7 @@ class Dependencies : public FlowTest {
 
 TEST_F(Dependencies, OfANewDocumentAreReadInTheOrderOfTheNames) {
   transport.Then(200, Child("axle")).Then(200, Child("bolt"));
-  const auto list = ResolveDependencyMap(connection, {{"bolt", "D2|W9"}, {"axle", "D:1|W2|D3|T"}});
+  const auto list = ResolveDependencyMap(Begin(connection), {{"bolt", "D2|W9"}, {"axle", "D:1|W2|D3|T"}});
   EXPECT_EQ(transport.requests(), (Requests{Read(documentsPath + "/D%3A1"), Read(documentsPath + "/D2")}));
   EXPECT_THAT(NamesAndSources(list), ElementsAre("axle D:1", "bolt D2"));
   EXPECT_FALSE(list[0].isDirect);
@@ -58,14 +58,14 @@ TEST_F(Dependencies, OfANewDocumentAreReadInTheOrderOfTheNames) {
 
 TEST_F(Dependencies, ThatCannotBeReadAreLeftOutWithoutATrace) {
   transport.Then(404).Then(200, Child("bolt")).ThenFail(du::http::ErrorCode::TimedOut);
-  const auto list = ResolveDependencyMap(connection, {{"axle", "D1"}, {"bolt", "D2"}, {"cog", "D3"}});
+  const auto list = ResolveDependencyMap(Begin(connection), {{"axle", "D1"}, {"bolt", "D2"}, {"cog", "D3"}});
   EXPECT_THAT(NamesAndSources(list), ElementsAre("bolt D2"));
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
 // A new dependency has an empty source, which is what an empty id names, so nothing is asked.
 TEST_F(Dependencies, OfAnEmptyIdCostNoRequest) {
-  const auto list = ResolveDependencyMap(connection, {{"axle", ""}, {"bolt", "|W2"}});
+  const auto list = ResolveDependencyMap(Begin(connection), {{"axle", ""}, {"bolt", "|W2"}});
   EXPECT_THAT(transport.lines(), IsEmpty());
   EXPECT_THAT(NamesAndSources(list), ElementsAre("axle ", "bolt "));
 }
@@ -73,14 +73,14 @@ TEST_F(Dependencies, OfAnEmptyIdCostNoRequest) {
 // The read of a document succeeds whatever its body.
 TEST_F(Dependencies, WhoseDocumentIsNoJsonStandWithoutAMaster) {
   transport.Then(200, "<html>");
-  const auto list = ResolveDependencyMap(connection, {{"axle", "D1"}});
+  const auto list = ResolveDependencyMap(Begin(connection), {{"axle", "D1"}});
   EXPECT_THAT(NamesAndSources(list), ElementsAre("axle D1"));
   EXPECT_EQ(list[0].sourceMaster.id, "");
 }
 
 TEST_F(Dependencies, ThatTheDocumentHasCostNoRequestAndKeepWhatTheySay) {
   const DependencyList known{Known("bolt", "D2"), Known("axle", "D1")};
-  const auto list = MergeDependencyMap(connection, {{"axle", "D1|W2"}}, known);
+  const auto list = MergeDependencyMap(Begin(connection), {{"axle", "D1|W2"}}, known);
   EXPECT_THAT(transport.lines(), IsEmpty());
   EXPECT_THAT(NamesAndSources(list), ElementsAre("axle D1"));
   EXPECT_TRUE(list[0].isDirect);
@@ -91,7 +91,7 @@ TEST_F(Dependencies, ThatTheDocumentHasCostNoRequestAndKeepWhatTheySay) {
 
 TEST_F(Dependencies, ThatPointElsewhereNowAreReadAndKeepTheirFlags) {
   transport.Then(200, Child("new"));
-  const auto list = MergeDependencyMap(connection, {{"axle", "D7"}}, {Known("axle", "D1")});
+  const auto list = MergeDependencyMap(Begin(connection), {{"axle", "D7"}}, {Known("axle", "D1")});
   EXPECT_THAT(transport.lines(), ElementsAre(DocumentLine("D7")));
   EXPECT_THAT(NamesAndSources(list), ElementsAre("axle D7"));
   EXPECT_TRUE(list[0].isDirect);
@@ -105,7 +105,7 @@ TEST_F(Dependencies, AreSoughtByTheCadNameOfTheirMasterAndNotByTheNameStored) {
   DerivedSourceDependency known = Known("axle", "D1");
   known.asStoredChildName = "bolt";
   transport.Then(200, Child("bolt"));
-  const auto list = MergeDependencyMap(connection, {{"bolt", "D1"}}, {known});
+  const auto list = MergeDependencyMap(Begin(connection), {{"bolt", "D1"}}, {known});
   EXPECT_THAT(transport.lines(), ElementsAre(DocumentLine("D1")));
   EXPECT_FALSE(list[0].isDirect);
 }
@@ -113,7 +113,7 @@ TEST_F(Dependencies, AreSoughtByTheCadNameOfTheirMasterAndNotByTheNameStored) {
 TEST_F(Dependencies, AreTriedOneAfterTheOtherAndThenMadeAnew) {
   transport.Then(404).Then(404).Then(200, Child("axle"));
   const DependencyList known{Known("axle", "D1"), Known("axle", "D2"), Known("bolt", "D7")};
-  const auto list = MergeDependencyMap(connection, {{"axle", "D7"}}, known);
+  const auto list = MergeDependencyMap(Begin(connection), {{"axle", "D7"}}, known);
   EXPECT_THAT(transport.lines(), ElementsAre(DocumentLine("D7"), DocumentLine("D7"), DocumentLine("D7")));
   EXPECT_THAT(NamesAndSources(list), ElementsAre("axle D7"));
   EXPECT_FALSE(list[0].isDirect);
@@ -124,17 +124,18 @@ TEST_F(Dependencies, AreTriedOneAfterTheOtherAndThenMadeAnew) {
 TEST_F(Dependencies, TakeTheSecondOfOneNameWhenThatIsTheChild) {
   transport.Then(404);
   const auto list =
-      MergeDependencyMap(connection, {{"axle", "D2"}}, {Known("axle", "D1"), Known("axle", "D2")});
+      MergeDependencyMap(Begin(connection), {{"axle", "D2"}}, {Known("axle", "D1"), Known("axle", "D2")});
   EXPECT_THAT(transport.lines(), ElementsAre(DocumentLine("D2")));
   EXPECT_THAT(NamesAndSources(list), ElementsAre("axle D2"));
   EXPECT_TRUE(list[0].isDirect);
 }
 
 TEST_F(Dependencies, ThatTheMapDoesNotNameAreDropped) {
-  EXPECT_THAT(MergeDependencyMap(connection, {}, {Known("axle", "D1")}), IsEmpty());
+  EXPECT_THAT(MergeDependencyMap(Begin(connection), {}, {Known("axle", "D1")}), IsEmpty());
   transport.Then(404).Then(404);
-  EXPECT_THAT(MergeDependencyMap(connection, {{"axle", "D9"}}, {Known("axle", "D1"), Known("bolt", "D2")}),
-              IsEmpty());
+  EXPECT_THAT(
+      MergeDependencyMap(Begin(connection), {{"axle", "D9"}}, {Known("axle", "D1"), Known("bolt", "D2")}),
+      IsEmpty());
 }
 
 }  // namespace

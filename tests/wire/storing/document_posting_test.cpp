@@ -28,13 +28,13 @@ class DocumentPosting : public FlowTest {
   Status PostDocuments(bool isCreate, const char* instructions, const char* resolutions = nullptr) {
     rapidjson::Value value = Json(instructions);
     rapidjson::Value resolution = resolutions != nullptr ? Json(resolutions) : rapidjson::Value();
-    return PostDocumentInstructions(connection, isCreate, memory.GetAllocator(), value, "C5", records,
+    return PostDocumentInstructions(Begin(connection), isCreate, memory.GetAllocator(), value, "C5", records,
                                     resolutions != nullptr ? &resolution : nullptr);
   }
   Status Store(const char* instructions, const char* resolutions = nullptr) {
     rapidjson::Value value = Json(instructions);
     rapidjson::Value resolution = resolutions != nullptr ? Json(resolutions) : rapidjson::Value();
-    return PostStore(connection, memory.GetAllocator(), value, "W12", records,
+    return PostStore(Begin(connection), memory.GetAllocator(), value, "W12", records,
                      resolutions != nullptr ? &resolution : nullptr);
   }
   [[nodiscard]] std::string SentBody() const { return transport.requests().back().body.value_or("no body"); }
@@ -127,7 +127,7 @@ TEST_F(DocumentPosting, IsRefusedByABadStatusOrABodyThatIsNoJson) {
 TEST_F(DocumentPosting, EscapesTheWorkspace) {
   transport.Then(200, "[]");
   rapidjson::Value value(7);
-  EXPECT_EQ(PostStore(connection, memory.GetAllocator(), value, "OR:w/1 2", {}, nullptr), Ok);
+  EXPECT_EQ(PostStore(Begin(connection), memory.GetAllocator(), value, "OR:w/1 2", {}, nullptr), Ok);
   EXPECT_EQ(transport.requests().back().line, Post(workspacesPath + "/OR%3Aw%2F1%202/store"));
 }
 
@@ -139,9 +139,10 @@ TEST(DocumentPostingOfNothing, MakesNoRequest) {
   for (auto* empty : {new rapidjson::Value(), new rapidjson::Value(rapidjson::kArrayType)}) {
     const std::unique_ptr<rapidjson::Value> owner(empty);
     rapidjson::Value other(*empty, memory.GetAllocator());
-    EXPECT_EQ(PostDocumentInstructions(connection, true, memory.GetAllocator(), *empty, "C5", {}, nullptr),
-              NotFound);
-    EXPECT_EQ(PostStore(connection, memory.GetAllocator(), other, "W", {}, nullptr), NotFound);
+    EXPECT_EQ(
+        PostDocumentInstructions(Begin(connection), true, memory.GetAllocator(), *empty, "C5", {}, nullptr),
+        NotFound);
+    EXPECT_EQ(PostStore(Begin(connection), memory.GetAllocator(), other, "W", {}, nullptr), NotFound);
   }
   EXPECT_THAT(transport.lines(), IsEmpty());
 }

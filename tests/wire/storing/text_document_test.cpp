@@ -22,13 +22,13 @@ class TextDocument : public StoringTest {
  protected:
   void ThenUpload() { transport.Then(200, Ticket(1)).Then(200, Receipts(1)); }
   bool Iterate(const DocumentRecord& document, const char* language) {
-    return UpdateTextDocument(connection, &document, nullptr, nullptr, nullptr, mainPath.c_str(), nullptr,
-                              language, nullptr, nullptr, &result, {});
+    return UpdateTextDocument(Begin(connection), &document, nullptr, nullptr, nullptr, mainPath.c_str(),
+                              nullptr, language, nullptr, nullptr, &result, {});
   }
   // Creates with nothing but a name and a context.
   bool Create(DocumentRecord* answer) {
-    return UpdateTextDocument(connection, nullptr, "t", "C5", nullptr, mainPath.c_str(), nullptr, nullptr,
-                              nullptr, nullptr, answer, {});
+    return UpdateTextDocument(Begin(connection), nullptr, "t", "C5", nullptr, mainPath.c_str(), nullptr,
+                              nullptr, nullptr, nullptr, answer, {});
   }
   [[nodiscard]] std::string SentBody() const { return transport.requests().back().body.value_or("no body"); }
 
@@ -46,8 +46,8 @@ TEST_F(TextDocument, IsCreatedWithAllThatItIsGiven) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, storedAnswer);
-  EXPECT_TRUE(UpdateTextDocument(connection, nullptr, "t.xml", "C5", "F55", mainPath.c_str(), "no", "de",
-                                 "XLIFF", "vn.T", &result, {}));
+  EXPECT_TRUE(UpdateTextDocument(Begin(connection), nullptr, "t.xml", "C5", "F55", mainPath.c_str(), "no",
+                                 "de", "XLIFF", "vn.T", &result, {}));
   EXPECT_EQ(transport.lines(), (Lines{Get(noncePath), Post(factoryPath), uploadLine, Post(documentsPath)}));
   EXPECT_EQ(SentBody(),
             R"({"createInstructions":[{"epmDocument":{"epmMaster":{"category":"xml","cadName":"t.xml",)"
@@ -64,8 +64,8 @@ TEST_F(TextDocument, IsCreatedWithoutWhatItIsNotGiven) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(UpdateTextDocument(connection, nullptr, "t", "C5", nullptr, mainPath.c_str(), nullptr, "",
-                                 nullptr, nullptr, nullptr, {}));
+  EXPECT_TRUE(UpdateTextDocument(Begin(connection), nullptr, "t", "C5", nullptr, mainPath.c_str(), nullptr,
+                                 "", nullptr, nullptr, nullptr, {}));
   EXPECT_EQ(SentBody(),
             R"({"createInstructions":[{"epmDocument":{"epmMaster":{"category":"xml","cadName":"t",)"
             R"("authoringApplication":"SENTARIX"},)" +
@@ -77,8 +77,8 @@ TEST_F(TextDocument, NamesAnEmptyFolder) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(UpdateTextDocument(connection, nullptr, "t", "C5", "", mainPath.c_str(), nullptr, nullptr,
-                                 nullptr, nullptr, nullptr, {}));
+  EXPECT_TRUE(UpdateTextDocument(Begin(connection), nullptr, "t", "C5", "", mainPath.c_str(), nullptr,
+                                 nullptr, nullptr, nullptr, nullptr, {}));
   EXPECT_TRUE(SentBody().ends_with(R"(,"targetFolderId":""}],"contextId":"C5"})")) << SentBody();
 }
 
@@ -183,8 +183,8 @@ TEST_F(TextDocument, IsCreatedWithEmptyTextsThatItIsGiven) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(UpdateTextDocument(connection, nullptr, nullptr, nullptr, nullptr, mainPath.c_str(), "", "", "",
-                                 "", nullptr, {}));
+  EXPECT_TRUE(UpdateTextDocument(Begin(connection), nullptr, nullptr, nullptr, nullptr, mainPath.c_str(), "",
+                                 "", "", "", nullptr, {}));
   EXPECT_EQ(SentBody(),
             R"({"createInstructions":[{"epmDocument":{"epmMaster":{"category":"xml","cadName":"",)"
             R"("authoringApplication":"SENTARIX"},)" +
@@ -201,8 +201,8 @@ TEST_F(TextDocument, IsIteratedWithoutWhatOnlyANewOneIsGiven) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(UpdateTextDocument(connection, &document, "new.xml", "C5", "F55", mainPath.c_str(), "no", "de",
-                                 "XLIFF", "vn.T", &result, {}));
+  EXPECT_TRUE(UpdateTextDocument(Begin(connection), &document, "new.xml", "C5", "F55", mainPath.c_str(), "no",
+                                 "de", "XLIFF", "vn.T", &result, {}));
   EXPECT_EQ(SentBody(), R"({"iterateInstructions":[{"epmDocument":{"id":"D1","epmMaster":{"category":"xml",)"
                         R"("cadName":"old.xml","authoringApplication":"SENTARIX"},)" +
                             section +
@@ -283,8 +283,8 @@ TEST_F(TextDocument, TellsProgressOfItsUpload) {
   ThenUpload();
   transport.Then(200, "[]");
   std::size_t furthest = 0;
-  EXPECT_TRUE(UpdateTextDocument(connection, nullptr, "t", "C5", nullptr, mainPath.c_str(), nullptr, nullptr,
-                                 nullptr, nullptr, nullptr, [&](std::size_t done, std::size_t) {
+  EXPECT_TRUE(UpdateTextDocument(Begin(connection), nullptr, "t", "C5", nullptr, mainPath.c_str(), nullptr,
+                                 nullptr, nullptr, nullptr, nullptr, [&](std::size_t done, std::size_t) {
                                    furthest = std::max(furthest, done);
                                    return true;
                                  }));
@@ -313,7 +313,7 @@ TEST_F(TextDocument, FailsWithItsUploadAndWithTheRequestThatNamesIt) {
         [&] {
           DocumentRecord answer;
           answer.id = "before";
-          const bool success = UpdateTextDocument(NewConnection(), iterated, "t", "C5", "F55",
+          const bool success = UpdateTextDocument(Begin(NewConnection()), iterated, "t", "C5", "F55",
                                                   mainPath.c_str(), "no", "de", "XLIFF", "vn.T", &answer, {});
           return std::string(success ? "1 " : "0 ") + answer.id;
         });

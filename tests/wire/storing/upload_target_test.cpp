@@ -24,7 +24,9 @@ class UploadTarget : public StoringTest {
  protected:
   UploadTarget() { setenv("FENLOOM_LANGUAGE", "en", 1); }
 
-  Status Upload(const char* path) { return UploadNewDocument(connection, services, path, params, info, {}); }
+  Status Upload(const char* path) {
+    return UploadNewDocument(Begin(connection, services), path, params, info, {});
+  }
   void ThenStore() {
     ThenNonce();
     transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);

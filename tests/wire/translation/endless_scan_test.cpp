@@ -100,7 +100,7 @@ TEST_P(EndlessScanOf, DoesNotEndAndSendsNothing) {
   Child child([&](const Child::Report& report) {
     ThenTelling(report, 'f', Rows({}));
     report('s');
-    (void)FindFolderByPath(connection, "Gadget", "Product", GetParam());
+    (void)FindFolderByPath(Begin(connection), "Gadget", "Product", GetParam());
     report('e');
   });
   EXPECT_EQ(child.ReportsAfterWork(), "s");
@@ -115,7 +115,7 @@ TEST_F(EndlessScan, EndsByTheSwitch) {
   Child child([&](const Child::Report& report) {
     ThenTelling(report, 'f', Rows({}));
     report('s');
-    (void)FindFolderByPath(connection, "Gadget", "Product", "/A/B");
+    (void)FindFolderByPath(Begin(connection), "Gadget", "Product", "/A/B");
     report('e');
   });
   EXPECT_EQ(child.ReportsAfterWork(), "sfe");
@@ -126,7 +126,7 @@ TEST_F(EndlessScan, DoesNotEndByAnEmptySwitch) {
   setenv("FENLOOM_XLIFF_BOUNDED_FOLDER_SCAN", "", 1);
   Child child([&](const Child::Report& report) {
     report('s');
-    (void)FindFolderByPath(connection, "Gadget", "Product", "/A/B");
+    (void)FindFolderByPath(Begin(connection), "Gadget", "Product", "/A/B");
     report('e');
   });
   EXPECT_EQ(child.ReportsAfterWork(), "s");
@@ -136,7 +136,7 @@ TEST_F(EndlessScan, DoesNotEndByAnEmptySwitch) {
 TEST_F(EndlessScan, IsNotReachedByAPathWithoutAnInnerSlash) {
   Child child([&](const Child::Report& report) {
     for (const char* path : {"", "/", "A", "/A"}) {
-      (void)FindFolderByPath(connection, "Gadget", "Product", path);
+      (void)FindFolderByPath(Begin(connection), "Gadget", "Product", path);
       report('e');
     }
   });

@@ -29,14 +29,14 @@ TEST_P(HostileXliffAnswers, TellNothing) {
   EXPECT_FALSE(server.GetTranslations("D1", document, translations));
   EXPECT_THAT(translations, IsEmpty());
   ThenHostile();
-  EXPECT_THAT(GetXliffPreferences(connection, "D1", "en"), IsEmpty());
+  EXPECT_THAT(GetXliffPreferences(Begin(connection), "D1", "en"), IsEmpty());
   ThenHostile();
-  EXPECT_EQ(FindContextByCabinet(connection, "Gadget", "K1", "Product"), "");
+  EXPECT_EQ(FindContextByCabinet(Begin(connection), "Gadget", "K1", "Product"), "");
   ThenHostile();
-  EXPECT_EQ(FindFolderByPath(connection, "Gadget", "Product", "/Trans/Sub"), "");
+  EXPECT_EQ(FindFolderByPath(Begin(connection), "Gadget", "Product", "/Trans/Sub"), "");
   std::string context;
   ThenHostile();
-  EXPECT_TRUE(FindContextByName(connection, "Gadget", "Product", context));
+  EXPECT_TRUE(FindContextByName(Begin(connection), "Gadget", "Product", context));
   EXPECT_EQ(context, "");
   EXPECT_EQ(transport.requests().size(), 7U) << "nothing leads on";
   EXPECT_THAT(trace.lines(), IsEmpty());
@@ -47,7 +47,7 @@ TEST_P(HostileXliffAnswers, DoNotSucceed) {
   ThenHostile();
   EXPECT_FALSE(server.SetPublished("D1"));
   ThenHostile();
-  EXPECT_FALSE(LinkXliffDocument(connection, "D1", "X2"));
+  EXPECT_FALSE(LinkXliffDocument(Begin(connection), "D1", "X2"));
   ThenHostile();
   EXPECT_FALSE(Upload());
   ThenHostile();

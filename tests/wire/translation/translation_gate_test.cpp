@@ -43,7 +43,7 @@ class Gate : public XliffTest {
     trace.Clear();
     ScriptedTransport script;
     script.Then(200, Version(major, minor, servicePack, cps)).Then(200, installed).Then(200, hasService);
-    const bool opens = TranslationGate(*NewConnection());
+    const bool opens = TranslationGate(Begin(NewConnection()));
     EXPECT_EQ(script.requests().size(), opens ? 3U : 1U);
     EXPECT_EQ(trace.lines().empty(), opens);
     return opens;
@@ -57,7 +57,7 @@ class GateAndServer : public XliffTest {
 
 TEST_F(Gate, AsksForTheVersionThenTheAddOnThenTheServices) {
   transport.Then(200, Version(11, 1, 10, 1)).Then(200, installed).Then(200, hasService);
-  EXPECT_TRUE(TranslationGate(*connection));
+  EXPECT_TRUE(TranslationGate(Begin(connection)));
   EXPECT_EQ(transport.requests(),
             (Requests{{serverUrl, Get(versionPath), "", {}}, ReadPage(addOnPath), ReadPage(servicesPath)}));
   EXPECT_THAT(trace.lines(), IsEmpty());
@@ -86,7 +86,7 @@ TEST_F(Gate, StaysShutBelowTheMinimumVersionAndTracesBothVersions) {
 
 TEST_F(Gate, TakesInformationWithoutAVersionForTheLowestOne) {
   transport.Then(200, "<html>nothing</html>");
-  EXPECT_FALSE(TranslationGate(*connection));
+  EXPECT_FALSE(TranslationGate(Begin(connection)));
   EXPECT_EQ(trace.lines(), Traces{TooOld("0.0 F000")});
 }
 
@@ -94,26 +94,26 @@ TEST_F(Gate, StaysShutWithoutAVersion) {
   const TraceLine unknown =
       Error(std::string("Failed to get version info from server ") + serverUrl + " treating as unsupported");
   transport.Then(404).Then(500).Then(204).ThenFail(du::http::ErrorCode::NoConnection);
-  for (int turn = 0; turn < 4; ++turn) EXPECT_FALSE(TranslationGate(*connection)) << turn;
+  for (int turn = 0; turn < 4; ++turn) EXPECT_FALSE(TranslationGate(Begin(connection))) << turn;
   EXPECT_EQ(transport.lines(), Lines(4, Get(versionPath)));
   EXPECT_EQ(trace.lines(), Traces(4, unknown));
 }
 
 TEST_F(Gate, OpensWithoutTheAddOnAndTracesIt) {
   transport.Then(200, Version(12, 0, 0, 0)).Then(200, R"({"value":"false"})").Then(200, hasService);
-  EXPECT_TRUE(TranslationGate(*connection));
+  EXPECT_TRUE(TranslationGate(Begin(connection)));
   EXPECT_EQ(trace.lines(), Traces{noAddOn});
 }
 
 TEST_F(Gate, OpensWithoutTheServiceAndTracesIt) {
   transport.Then(200, Version(12, 0, 0, 0)).Then(200, installed).Then(200, R"([{"id":"DataAdmin"}])");
-  EXPECT_TRUE(TranslationGate(*connection));
+  EXPECT_TRUE(TranslationGate(Begin(connection)));
   EXPECT_EQ(trace.lines(), Traces{noService});
 }
 
 TEST_F(Gate, OpensWithoutBothAndTracesThemInOrder) {
   transport.Then(200, Version(12, 0, 0, 0)).Then(200, R"({"value":"false"})").Then(200, "[]");
-  EXPECT_TRUE(TranslationGate(*connection));
+  EXPECT_TRUE(TranslationGate(Begin(connection)));
   EXPECT_EQ(trace.lines(), (Traces{noAddOn, noService}));
 }
 
@@ -127,7 +127,7 @@ TEST_F(Gate, OpensWhenNeitherQuestionIsAnswered) {
   for (const Answer& failure : failures) {
     trace.Clear();
     transport.Then(200, Version(12, 0, 0, 0)).Then(failure).Then(failure);
-    EXPECT_TRUE(TranslationGate(*connection));
+    EXPECT_TRUE(TranslationGate(Begin(connection)));
     EXPECT_EQ(trace.lines(), (Traces{noAddOn, noService}));
   }
 }
@@ -135,7 +135,7 @@ TEST_F(Gate, OpensWhenNeitherQuestionIsAnswered) {
 TEST_F(Gate, IsForcedOpenByAnyTextWithoutARequest) {
   for (const char* text : {"0", "1", "false", " "}) {
     setenv("FENLOOM_FORCE_NRX_XLIFF_ENABLE", text, 1);
-    EXPECT_TRUE(TranslationGate(*connection)) << text;
+    EXPECT_TRUE(TranslationGate(Begin(connection))) << text;
   }
   EXPECT_THAT(transport.lines(), IsEmpty());
   EXPECT_THAT(trace.lines(), IsEmpty());
@@ -144,7 +144,7 @@ TEST_F(Gate, IsForcedOpenByAnyTextWithoutARequest) {
 TEST_F(Gate, IsNotForcedByAnEmptyText) {
   setenv("FENLOOM_FORCE_NRX_XLIFF_ENABLE", "", 1);
   transport.Then(404);
-  EXPECT_FALSE(TranslationGate(*connection));
+  EXPECT_FALSE(TranslationGate(Begin(connection)));
   EXPECT_EQ(transport.lines(), Lines{Get(versionPath)});
 }
 

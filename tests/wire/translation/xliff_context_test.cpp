@@ -22,7 +22,7 @@ std::string Context(const std::string& id, const std::string& name, const std::s
 class ContextByCabinet : public XliffTest {
  protected:
   std::string Find(const std::string& type = "Product") {
-    return FindContextByCabinet(connection, "Gadget", "K1", type);
+    return FindContextByCabinet(Begin(connection), "Gadget", "K1", type);
   }
   std::string FindIn(const std::vector<std::string>& containers, const std::string& type = "Product") {
     transport.Then(200, Rows(containers));
@@ -106,7 +106,7 @@ TEST_F(ContextByCabinet, TakesWhatAContainerDoesNotTellForEmpty) {
                     Container("C6", "Gadget", "Product")}),
             "C6");
   transport.Then(200, Rows({nameless, Container("C6", "Gadget", "Product")}));
-  EXPECT_EQ(FindContextByCabinet(connection, "", "K1", "Product"), "C5");
+  EXPECT_EQ(FindContextByCabinet(Begin(connection), "", "K1", "Product"), "C5");
 }
 
 // A container without an id is found like any other, and its id is empty.
@@ -135,7 +135,7 @@ class ContextByName : public XliffTest {
   // "found" and the id, or "failed" and the id.
   std::string Find(const std::string& name, const std::string& type) {
     std::string id = "before";
-    const bool read = FindContextByName(connection, name, type, id);
+    const bool read = FindContextByName(Begin(connection), name, type, id);
     return (read ? "found " : "failed ") + id;
   }
   std::string FindIn(const std::vector<std::string>& contexts) {

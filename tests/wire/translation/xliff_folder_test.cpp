@@ -108,7 +108,9 @@ TEST(FolderInTree, IsNoneInWhatIsNoList) {
 
 class FolderByPath : public XliffTest {
  protected:
-  std::string Find(const char* path) { return FindFolderByPath(connection, "Gadget", "Product", path); }
+  std::string Find(const char* path) {
+    return FindFolderByPath(Begin(connection), "Gadget", "Product", path);
+  }
   // The line that a search for this path sends.
   std::string LineOf(const char* path) {
     transport.ClearRequests();
@@ -158,8 +160,8 @@ TEST_F(FolderByPath, IsNoneWithoutARequestForAPathWithoutAnInnerSlash) {
 
 TEST_F(FolderByPath, EscapesTheWholeFilter) {
   transport.Then(200, Rows({})).Then(200, Rows({}));
-  EXPECT_EQ(FindFolderByPath(connection, "O'Neill & Sons", "Product", "/A/B"), "");
-  EXPECT_EQ(FindFolderByPath(connection, "", nullptr, "/A/B"), "");
+  EXPECT_EQ(FindFolderByPath(Begin(connection), "O'Neill & Sons", "Product", "/A/B"), "");
+  EXPECT_EQ(FindFolderByPath(Begin(connection), "", nullptr, "/A/B"), "");
   const std::string stem = FolderPath(2).substr(0, FolderPath(2).find("Name%20eq"));
   EXPECT_EQ(transport.lines(), (Lines{Get(stem + "Name%20eq%20%27O%27Neill%20%26%20Sons%27"),
                                       Get(stem + "Name%20eq%20%27%27")}));

@@ -10,7 +10,7 @@ using testing::IsEmpty;
 
 class XliffLink : public XliffTest {
  protected:
-  bool Link() { return LinkXliffDocument(connection, "D1", "X2"); }
+  bool Link() { return LinkXliffDocument(Begin(connection), "D1", "X2"); }
   bool LinkAnswered(const Answer& answer) {
     transport.Then(answer);
     return Link();
@@ -49,10 +49,10 @@ TEST_F(XliffLink, GoesWithoutANonceThatCannotBeHad) {
 TEST_F(XliffLink, WritesTheIdsWithoutEscaping) {
   ThenToken();
   transport.Then(200, linkedAnswer).Then(200, linkedAnswer);
-  EXPECT_TRUE(LinkXliffDocument(connection, "VR:a\"b\\", "\xc3\xa4 \n"));
+  EXPECT_TRUE(LinkXliffDocument(Begin(connection), "VR:a\"b\\", "\xc3\xa4 \n"));
   EXPECT_EQ(transport.requests().back().body,
             "{ \"oidForQ7zkDocument\":\"VR:a\"b\\\", \"oidForXliffDocument\":\"\xc3\xa4 \n\" }");
-  EXPECT_TRUE(LinkXliffDocument(connection, "", ""));
+  EXPECT_TRUE(LinkXliffDocument(Begin(connection), "", ""));
   EXPECT_EQ(transport.requests().back().body,
             "{ \"oidForQ7zkDocument\":\"\", \"oidForXliffDocument\":\"\" }");
 }

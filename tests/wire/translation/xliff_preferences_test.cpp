@@ -12,7 +12,7 @@ using testing::Pair;
 
 class XliffPreferenceQuery : public XliffTest {
  protected:
-  XliffPreferences Read() { return GetXliffPreferences(connection, "D1", "en"); }
+  XliffPreferences Read() { return GetXliffPreferences(Begin(connection), "D1", "en"); }
 };
 
 TEST_F(XliffPreferenceQuery, IsOneODataRead) {
@@ -28,14 +28,14 @@ TEST_F(XliffPreferenceQuery, IsOneODataRead) {
 
 TEST_F(XliffPreferenceQuery, EscapesTheIdAndTheLanguage) {
   transport.Then(200, "{}");
-  EXPECT_THAT(GetXliffPreferences(connection, "VR:d'1 2", "en&x"), IsEmpty());
+  EXPECT_THAT(GetXliffPreferences(Begin(connection), "VR:d'1 2", "en&x"), IsEmpty());
   EXPECT_EQ(transport.lines(), Lines{Get(PreferencesPath("VR%3Ad%271%202", "en%26x"))});
 }
 
 TEST_F(XliffPreferenceQuery, TakesNoLanguageForAnEmptyOne) {
   transport.Then(200, "{}").Then(200, "{}");
-  EXPECT_THAT(GetXliffPreferences(connection, "D1", nullptr), IsEmpty());
-  EXPECT_THAT(GetXliffPreferences(connection, "", ""), IsEmpty());
+  EXPECT_THAT(GetXliffPreferences(Begin(connection), "D1", nullptr), IsEmpty());
+  EXPECT_THAT(GetXliffPreferences(Begin(connection), "", ""), IsEmpty());
   EXPECT_EQ(transport.lines(), (Lines{Get(PreferencesPath("D1", "")), Get(PreferencesPath("", ""))}));
 }
 

@@ -17,7 +17,7 @@ using AuthoringApplicationVersions = FlowTest;
 TEST_F(AuthoringApplicationVersions, AreRegisteredByteForByte) {
   ThenNonce();
   transport.Then(204);
-  EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "310");
+  EXPECT_EQ(RegisterAuthAppVersion(Begin(connection), "310"), "310");
   EXPECT_EQ(transport.requests(),
             (Requests{ReadNonce(), Write(registerPath,
                                          "[{ \"authoringApplication\":\"MERIDOX\", \"authAppVersion\":310, "
@@ -29,7 +29,7 @@ TEST_F(AuthoringApplicationVersions, AreRegisteredForTheHostsApplication) {
   SetAuthoringApplication("MYAPP");
   ThenNonce();
   transport.Then(204);
-  EXPECT_EQ(RegisterAuthAppVersion(connection, "7"), "7");
+  EXPECT_EQ(RegisterAuthAppVersion(Begin(connection), "7"), "7");
   EXPECT_EQ(transport.requests().back().body,
             "[{ \"authoringApplication\":\"MYAPP\", \"authAppVersion\":7, \"ndVersions\":[\"J-01\"] }]");
 }
@@ -38,10 +38,10 @@ TEST_F(AuthoringApplicationVersions, CountAsRegisteredFor204Alone) {
   ThenNonce();
   for (const int status : {200, 201, 203, 205, 400, 404, 500}) {
     transport.Then(status, "{}");
-    EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "") << status;
+    EXPECT_EQ(RegisterAuthAppVersion(Begin(connection), "310"), "") << status;
   }
   transport.ThenFail(du::http::ErrorCode::NoConnection);
-  EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "");
+  EXPECT_EQ(RegisterAuthAppVersion(Begin(connection), "310"), "");
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
@@ -49,7 +49,7 @@ TEST_F(AuthoringApplicationVersions, AreRegisteredOutOfAFileThatGoesBehindIt) {
   ThenNonce();
   Lines during;
   transport.Then({.status = 204, .body = "", .afterwards = [&] { during = Leftovers(); }});
-  EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "310");
+  EXPECT_EQ(RegisterAuthAppVersion(Begin(connection), "310"), "310");
   ASSERT_EQ(during.size(), 1u);
   EXPECT_TRUE(during.front().starts_with("register") && during.front().ends_with(".json")) << during.front();
   EXPECT_THAT(Leftovers(), IsEmpty());
@@ -57,20 +57,20 @@ TEST_F(AuthoringApplicationVersions, AreRegisteredOutOfAFileThatGoesBehindIt) {
 
 TEST_F(AuthoringApplicationVersions, AreNotRegisteredWithoutAFileForTheBody) {
   setenv("TMPDIR", directory.File("missing").c_str(), 1);
-  EXPECT_EQ(RegisterAuthAppVersion(connection, "310"), "");
+  EXPECT_EQ(RegisterAuthAppVersion(Begin(connection), "310"), "");
   EXPECT_THAT(transport.lines(), IsEmpty());
 }
 
 TEST_F(AuthoringApplicationVersions, AreNotAskedForUnlessTheHostWantsOneRegistered) {
-  EnsureAuthAppVersion(connection);
-  EXPECT_EQ(connection->authAppVersion, "310");
+  EnsureAuthAppVersion(Begin(connection));
+  EXPECT_EQ(connection->knowledge().AuthAppVersion(), "310");
   EXPECT_THAT(transport.lines(), IsEmpty());
 }
 
 TEST_F(AuthoringApplicationVersions, AreTheHostsWithoutARegistration) {
   SetAuthAppVersion("271");
-  EnsureAuthAppVersion(connection);
-  EXPECT_EQ(connection->authAppVersion, "271");
+  EnsureAuthAppVersion(Begin(connection));
+  EXPECT_EQ(connection->knowledge().AuthAppVersion(), "271");
   EXPECT_THAT(transport.lines(), IsEmpty());
 }
 
@@ -79,9 +79,9 @@ TEST_F(AuthoringApplicationVersions, AreRegisteredOnceAConnection) {
   SetAuthAppVersionToRegister("300");
   ThenNonce();
   transport.Then(204);
-  EnsureAuthAppVersion(connection);
-  EnsureAuthAppVersion(connection);
-  EXPECT_EQ(connection->authAppVersion, "300");
+  EnsureAuthAppVersion(Begin(connection));
+  EnsureAuthAppVersion(Begin(connection));
+  EXPECT_EQ(connection->knowledge().AuthAppVersion(), "300");
   EXPECT_EQ(transport.lines(), (Lines{Get(noncePath), Post(registerPath)}));
 }
 
@@ -90,16 +90,16 @@ TEST_F(AuthoringApplicationVersions, FallBackOnceARegistrationFailed) {
   SetAuthAppVersionToRegister("300");
   ThenNonce();
   transport.Then(200);
-  EnsureAuthAppVersion(connection);
-  EnsureAuthAppVersion(connection);
-  EXPECT_EQ(connection->authAppVersion, "271");
+  EnsureAuthAppVersion(Begin(connection));
+  EnsureAuthAppVersion(Begin(connection));
+  EXPECT_EQ(connection->knowledge().AuthAppVersion(), "271");
   EXPECT_EQ(transport.requests().size(), 2u);
   SetAuthAppVersion("");
   const auto other = NewConnection();
   ThenNonce();
   transport.Then(500);
-  EnsureAuthAppVersion(other);
-  EXPECT_EQ(other->authAppVersion, "310");
+  EnsureAuthAppVersion(Begin(other));
+  EXPECT_EQ(other->knowledge().AuthAppVersion(), "310");
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 

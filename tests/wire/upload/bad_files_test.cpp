@@ -52,7 +52,7 @@ class FullDisk {
 class BadFiles : public FlowTest {
  protected:
   Status Upload(const std::vector<std::string>& paths, du::http::ProgressFunction progress = {}) {
-    return UploadContents(connection, paths, contents, std::move(progress));
+    return UploadContents(Begin(connection), paths, contents, std::move(progress));
   }
   void ThenUpload(int files) {
     ThenNonce();

@@ -19,7 +19,7 @@ using testing::IsEmpty;
 class ContentUpload : public FlowTest {
  protected:
   Status Upload(const std::vector<std::string>& paths) {
-    return UploadContents(connection, paths, contents, {});
+    return UploadContents(Begin(connection), paths, contents, {});
   }
   // What was uploaded, as "stream receipt".
   [[nodiscard]] Lines Uploaded() const {
@@ -295,7 +295,7 @@ TEST_F(ContentUpload, TellsTheProgressOfTheBodyAlone) {
   transport.Then(200, Ticket(1)).Then(200, Receipts(1));
   std::vector<std::size_t> told;
   std::size_t total = 0;
-  EXPECT_EQ(UploadContents(connection, {MakeLocal("a", std::string(100'000, 'x'))}, contents,
+  EXPECT_EQ(UploadContents(Begin(connection), {MakeLocal("a", std::string(100'000, 'x'))}, contents,
                            [&](std::size_t done, std::size_t all) {
                              told.push_back(done);
                              total = all;
@@ -348,7 +348,7 @@ TEST_F(OptionalPaths, LeaveOutTheOnesThatAreNotThere) {
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1));
   const std::string path = MakeLocal("a", "A");
-  EXPECT_EQ(UploadPaths(connection, {path.c_str(), nullptr, ""}, contents, {}), Ok);
+  EXPECT_EQ(UploadPaths(Begin(connection), {path.c_str(), nullptr, ""}, contents, {}), Ok);
   EXPECT_EQ(transport.requests()[1].body, "{\n\"noOfFiles\":1\n}");
   EXPECT_EQ(SentBody(), Multipart("901:f1:901;", {{"f1", "a", "A"}}));
   EXPECT_THAT(trace.lines(), IsEmpty());
@@ -358,7 +358,7 @@ TEST_F(OptionalPaths, WarnOfAnOnlyPathBehindAGap) {
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1));
   const std::string path = MakeLocal("b", "B");
-  EXPECT_EQ(UploadPaths(connection, {nullptr, path.c_str()}, contents, {}), Ok);
+  EXPECT_EQ(UploadPaths(Begin(connection), {nullptr, path.c_str()}, contents, {}), Ok);
   EXPECT_EQ(transport.requests()[1].body, "{\n\"noOfFiles\":1\n}");
   EXPECT_EQ(SentBody(), Multipart("901:f1:901;", {{"f1", "b", "B"}}));
   EXPECT_EQ(trace.lines(), Traces{Warning("Unexpected file path\n")});
@@ -369,7 +369,7 @@ TEST_F(OptionalPaths, WarnOnceOfAPathBehindAGap) {
   transport.Then(200, Ticket(2)).Then(200, Receipts(2));
   const std::string first = MakeLocal("a", "A");
   const std::string second = MakeLocal("b", "B");
-  EXPECT_EQ(UploadPaths(connection, {nullptr, first.c_str(), "", second.c_str()}, contents, {}), Ok);
+  EXPECT_EQ(UploadPaths(Begin(connection), {nullptr, first.c_str(), "", second.c_str()}, contents, {}), Ok);
   EXPECT_EQ(SentBody(), Multipart("901:f1:901;902:f2:902;", {{"f1", "a", "A"}, {"f2", "b", "B"}}));
   EXPECT_EQ(trace.lines(), Traces{Warning("Unexpected file path\n")});
 }
@@ -377,7 +377,7 @@ TEST_F(OptionalPaths, WarnOnceOfAPathBehindAGap) {
 TEST_F(OptionalPaths, OfWhichNoneIsThereAskForNoFiles) {
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, "{}");
-  EXPECT_EQ(UploadPaths(connection, {"", nullptr}, contents, {}), Ok);
+  EXPECT_EQ(UploadPaths(Begin(connection), {"", nullptr}, contents, {}), Ok);
   EXPECT_EQ(transport.requests()[1].body, "{\n\"noOfFiles\":0\n}");
   EXPECT_EQ(SentBody(), Multipart("", {}));
   EXPECT_THAT(contents, IsEmpty());

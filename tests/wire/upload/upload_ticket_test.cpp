@@ -15,7 +15,7 @@ const std::string olderFactoryPath = "servlet/rest/content/creationFactory";
 
 class UploadTicketing : public FlowTest {
  protected:
-  bool Request(std::size_t count) { return RequestUploadTicket(connection, count, ticket); }
+  bool Request(std::size_t count) { return RequestUploadTicket(Begin(connection), count, ticket); }
   UploadTicket ticket;
 };
 
