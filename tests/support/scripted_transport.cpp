@@ -1,6 +1,7 @@
 #include "tests/support/scripted_transport.h"
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <ostream>
 #include <utility>
@@ -8,7 +9,7 @@
 namespace vtdirect_test {
 namespace {
 
-ScriptedTransport* current = nullptr;
+std::atomic<ScriptedTransport*> current = nullptr;
 
 class ScriptedConnection final : public du::http::Connection {
  public:
@@ -80,6 +81,26 @@ ScriptedTransport& ScriptedTransport::ThenFail(du::http::ErrorCode error) {
   return Then(Answer{0, {}, error});
 }
 
+void ScriptedTransport::AnswerBy(Router router) {
+  const std::lock_guard lock(mutex_);
+  router_ = std::move(router);
+}
+
+void ScriptedTransport::OnConnect(std::function<void(const std::string& url)> action) {
+  const std::lock_guard lock(mutex_);
+  onConnect_ = std::move(action);
+}
+
+void ScriptedTransport::RefuseConnections(int count) {
+  const std::lock_guard lock(mutex_);
+  refusedConnections_ = count;
+}
+
+void ScriptedTransport::ClearRequests() {
+  const std::lock_guard lock(mutex_);
+  requests_.clear();
+}
+
 std::vector<std::string> ScriptedTransport::lines() const {
   std::vector<std::string> lines;
   for (const auto& request : requests_) lines.push_back(request.line);
@@ -87,6 +108,12 @@ std::vector<std::string> ScriptedTransport::lines() const {
 }
 
 std::unique_ptr<du::http::Connection> ScriptedTransport::Connect(const char* uri) {
+  std::unique_lock lock(mutex_);
+  if (const auto action = onConnect_) {
+    lock.unlock();
+    action(uri);
+    lock.lock();
+  }
   connections_.emplace_back(uri);
   if (refusedConnections_ > 0) {
     --refusedConnections_;
@@ -95,19 +122,37 @@ std::unique_ptr<du::http::Connection> ScriptedTransport::Connect(const char* uri
   return std::make_unique<ScriptedConnection>(uri);
 }
 
+std::optional<Answer> ScriptedTransport::AnswerTo(const SentRequest& sent, const char* clientMark,
+                                                  bool isWhole) {
+  std::unique_lock lock(mutex_);
+  requests_.push_back(sent);
+  clientMarks_.emplace_back(clientMark);
+  if (!isWhole) return std::nullopt;
+  if (const Router router = router_) {
+    lock.unlock();
+    return router(sent);
+  }
+  if (script_.empty()) return std::nullopt;
+  Answer answer = std::move(script_.front());
+  script_.pop_front();
+  return answer;
+}
+
 du::http::ErrorCode ScriptedTransport::Exchange(const std::string& server, const du::http::CommonAuth& auth,
                                                 const du::http::Request& request, int* httpStatus) {
   SentRequest sent{server, MethodName(request.method) + " " + request.uri, {}, {}};
   (void)ReadAll(*request.headers, sent.headers);
   auto read = du::http::ErrorCode::Done;
   if (request.body != nullptr) read = ReadAll(*request.body, sent.body.emplace());
-  requests_.push_back(std::move(sent));
-  clientMarks_.emplace_back(auth.header);
+  const auto found = AnswerTo(sent, auth.header, read == du::http::ErrorCode::Done);
   if (read != du::http::ErrorCode::Done) return read;
-  if (script_.empty()) return du::http::ErrorCode::NoConnection;
-  const Answer answer = std::move(script_.front());
-  script_.pop_front();
-  for (int demand = 0; demand < answer.demands; ++demand) authResults_.push_back(auth.reauthenticate());
+  if (!found) return du::http::ErrorCode::NoConnection;
+  const Answer& answer = *found;
+  for (int demand = 0; demand < answer.demands; ++demand) {
+    const bool again = auth.reauthenticate();
+    const std::lock_guard lock(mutex_);
+    authResults_.push_back(again);
+  }
   if (answer.error != du::http::ErrorCode::Done) {
     if (answer.status != 0) *httpStatus = answer.status;
     return answer.body.empty() ? answer.error : Deliver(answer, request.sink);
@@ -123,14 +168,16 @@ du::http::ErrorCode ScriptedTransport::Exchange(const std::string& server, const
 namespace du::http {
 
 std::unique_ptr<Connection> ConnectURI(const char* uri, const char*, const char*) {
-  return vtdirect_test::current != nullptr ? vtdirect_test::current->Connect(uri) : nullptr;
+  auto* transport = vtdirect_test::current.load();
+  return transport != nullptr ? transport->Connect(uri) : nullptr;
 }
 
 ErrorCode DoRequestWithCommonAuth(Connection& connection, const CommonAuth& auth, const Request& request,
                                   int* httpStatus) {
-  if (vtdirect_test::current == nullptr) return ErrorCode::NoConnection;
+  auto* transport = vtdirect_test::current.load();
+  if (transport == nullptr) return ErrorCode::NoConnection;
   const auto& scripted = static_cast<vtdirect_test::ScriptedConnection&>(connection);
-  return vtdirect_test::current->Exchange(scripted.server, auth, request, httpStatus);
+  return transport->Exchange(scripted.server, auth, request, httpStatus);
 }
 
 }  // namespace du::http

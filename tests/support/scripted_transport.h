@@ -3,6 +3,7 @@
 #include <deque>
 #include <functional>
 #include <iosfwd>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,8 +39,15 @@ struct Answer {
 /// Takes the place of the platform's HTTP part: answers from a script, in order, and keeps what was sent. One
 /// lives at a time. A request behind the end of the script finds no connection; one whose body cannot be read
 /// to its end fails with the body's code, and gets no answer.
+///
+/// Requests may come from any number of threads, and from inside the callbacks of others. What was sent is
+/// read when they are done.
 class ScriptedTransport {
  public:
+  /// What a server answers to a request. Called on the thread of the request, which may wait in it for what
+  /// other threads do.
+  using Router = std::function<Answer(const SentRequest& request)>;
+
   ScriptedTransport();
   ~ScriptedTransport();
   ScriptedTransport(const ScriptedTransport&) = delete;
@@ -51,8 +59,14 @@ class ScriptedTransport {
   /// The exchange fails with this code.
   ScriptedTransport& ThenFail(du::http::ErrorCode error);
 
+  /// From now on each request is answered by what it asks for, and not from the script.
+  void AnswerBy(Router router);
+
+  /// From now on called by each ConnectURI with its URL, on the thread that connects.
+  void OnConnect(std::function<void(const std::string& url)> action);
+
   /// The next `count` calls of ConnectURI give nothing.
-  void RefuseConnections(int count) { refusedConnections_ = count; }
+  void RefuseConnections(int count);
 
   [[nodiscard]] const std::vector<SentRequest>& requests() const { return requests_; }
   /// Method and URI of all requests, in order.
@@ -65,7 +79,7 @@ class ScriptedTransport {
   [[nodiscard]] const std::vector<std::string>& clientMarks() const { return clientMarks_; }
   /// What reauthenticate gave, in order.
   [[nodiscard]] const std::vector<bool>& authResults() const { return authResults_; }
-  void ClearRequests() { requests_.clear(); }
+  void ClearRequests();
 
   // For the two entry points.
   std::unique_ptr<du::http::Connection> Connect(const char* uri);
@@ -73,6 +87,12 @@ class ScriptedTransport {
                                const du::http::Request& request, int* httpStatus);
 
  private:
+  /// Keeps what was sent, and gives the answer to it; nothing when no answer is left.
+  [[nodiscard]] std::optional<Answer> AnswerTo(const SentRequest& sent, const char* clientMark, bool isWhole);
+
+  std::mutex mutex_;  ///< guards all members; held while none of the library's code runs
+  Router router_;
+  std::function<void(const std::string& url)> onConnect_;
   std::deque<Answer> script_;
   std::vector<SentRequest> requests_;
   std::vector<std::string> connections_;

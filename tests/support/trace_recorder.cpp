@@ -11,6 +11,7 @@ void PrintTo(const TraceLine& line, std::ostream* out) {
 TraceRecorder::TraceRecorder() {
   dp::SetTraceHandler(
       [this](const char* area, const char* name, dp::TraceType type, const std::string& text) {
+        const std::lock_guard lock(mutex_);
         if (std::string("fenlet") != area) strayAreas_.emplace_back(area);
         lines_.push_back({static_cast<int>(type), name, text});
       });

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -16,7 +17,8 @@ struct TraceLine {
 };
 void PrintTo(const TraceLine& line, std::ostream* out);
 
-/// Collects every traced line while it lives. Lines of another area than "fenlet" show in `strayAreas()`.
+/// Collects every traced line while it lives. Lines of another area than "fenlet" show in `strayAreas()`. Any
+/// number of threads may trace; what was traced is read when they are done.
 class TraceRecorder {
  public:
   TraceRecorder();
@@ -29,6 +31,7 @@ class TraceRecorder {
   void Clear() { lines_.clear(); }
 
  private:
+  std::mutex mutex_;
   std::vector<TraceLine> lines_;
   std::vector<std::string> strayAreas_;
 };

@@ -1,5 +1,6 @@
 #include "tests/wire/requests/counted_calls.h"
 
+#include <atomic>
 #include <fstream>
 #include <memory>
 
@@ -27,10 +28,16 @@ constexpr const char* folder = "//plm/Products/Bike/Folders/Frames/";
 constexpr const char* workspace = "//plm/Products/Bike/Workspaces/Mine/";
 constexpr auto everything = static_cast<ReadDirFlags>(15);
 
-// Where downloads go and uploads come from.
-std::string LocalFile() {
+const TemporaryDirectory& LocalFiles() {
   static const TemporaryDirectory directory;
-  const std::string file = directory.File("local");
+  return directory;
+}
+
+// Where this thread's downloads go and its uploads come from.
+std::string LocalFile() {
+  static std::atomic<int> threads = 0;
+  static thread_local const int thread = ++threads;
+  const std::string file = LocalFiles().File("local" + std::to_string(thread));
   std::ofstream(file) << "bytes";
   return file;
 }
@@ -343,6 +350,12 @@ const std::map<std::string, std::function<void()>>& SilentCalls() {
       {"IsCheckoutSupported", [] { IsCheckoutSupported(uid); }},
   };
   return calls;
+}
+
+std::vector<std::string> LeftoversOfCalls() {
+  std::vector<std::string> left = LocalFiles().Entries();
+  std::erase_if(left, [](const std::string& name) { return name.starts_with("local"); });
+  return left;
 }
 
 void ListSampleServer(bool isListed) {

@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace vtdirect_test {
 
@@ -24,6 +25,10 @@ struct CountedCall {
 
 /// By function: the calls that make no request at all.
 [[nodiscard]] const std::map<std::string, std::function<void()>>& SilentCalls();
+
+/// The temporary files that the calls have left behind. Its first call makes the directory for them, before
+/// any thread starts: the directory is told to the library by an environment variable.
+[[nodiscard]] std::vector<std::string> LeftoversOfCalls();
 
 /// Puts the server into the host's list under a fresh server object, or takes it out.
 void ListSampleServer(bool isListed);

@@ -27,6 +27,7 @@ class CallCounter {
   explicit CallCounter(Generation generation) : generation_(generation), server_(generation) {
     setenv("FENLOOM_LANGUAGE", "en", 1);
     VtDirectManager::SetAppConfig(VtDirectManager::ConfigBrowseCadDocuments, "");
+    transport_.AnswerBy([this](const SentRequest& request) { return server_.AnswerTo(request.line); });
   }
 
   Cost CostOf(const CountedCall& call) {
@@ -42,7 +43,7 @@ class CallCounter {
 
  private:
   int RequestsOf(const CountedCall& call) {
-    transport_.Clear();
+    transport_.ClearRequests();
     const bool isRefused = call.needsOData && generation_ == Generation::Gateway;
     EXPECT_EQ(call.run(), !isRefused);
     requests_ += "\ncall:" + Joined(transport_.lines());
@@ -52,7 +53,7 @@ class CallCounter {
   TraceRecorder trace_;
   Generation generation_;
   SampleServer server_;
-  RoutingTransport transport_{[this](const std::string& line) { return server_.Answer(line); }};
+  ScriptedTransport transport_;
   std::string requests_;
 };
 
@@ -89,7 +90,8 @@ TEST(RequestsOfACall, AreAsThePageSaysOnAServerWithTheFifthSchema) {
 TEST(RequestsOfACall, AreNoneForTheCallsThatThePageCallsSilent) {
   for (const auto& [function, call] : SilentCalls()) {
     SampleServer server(Generation::Schema5);
-    RoutingTransport transport([&](const std::string& line) { return server.Answer(line); });
+    ScriptedTransport transport;
+    transport.AnswerBy([&](const SentRequest& request) { return server.AnswerTo(request.line); });
     ListSampleServer(true);
     call();
     EXPECT_THAT(transport.lines(), IsEmpty()) << function;

@@ -176,13 +176,13 @@ std::string Schema(int version, bool hasFolderContents) {
 
 }  // namespace
 
-RoutedAnswer SampleServer::Answer(const std::string& line) {
+Answer SampleServer::AnswerTo(const std::string& line) {
   if (line.find(" /vt/servlet/odata/") != std::string::npos) return AnswerOData(line);
   const Route* route = FindRoute(RestRoutes(), line);
-  return route != nullptr ? RoutedAnswer{200, route->body} : Unknown(line);
+  return route != nullptr ? Answer{200, route->body} : Unknown(line);
 }
 
-RoutedAnswer SampleServer::AnswerOData(const std::string& line) {
+Answer SampleServer::AnswerOData(const std::string& line) {
   if (generation_ == Generation::Gateway) return {404, {}};
   if (line == "GET /vt/servlet/odata/") return {200, R"([{"id":"DynamicDocMgmt"}])"};
   if (line.ends_with("/$metadata")) return Metadata(line);
@@ -192,10 +192,10 @@ RoutedAnswer SampleServer::AnswerOData(const std::string& line) {
                       (generation_ == Generation::Schema4 && line.find("/v5/") != std::string::npos);
   const Route* route = FindRoute(ODataRoutes(), line);
   if (route == nullptr) route = FindRoute(TranslationRoutes(), line);
-  return route != nullptr && !tooNew ? RoutedAnswer{200, route->body} : Unknown(line);
+  return route != nullptr && !tooNew ? Answer{200, route->body} : Unknown(line);
 }
 
-RoutedAnswer SampleServer::Metadata(const std::string& line) const {
+Answer SampleServer::Metadata(const std::string& line) const {
   const bool isOld = generation_ == Generation::Schema1;
   if (line.find("/CADDocumentMgmt/") != std::string::npos) return {200, Schema(1, false)};
   if (line.find("/DynamicDocMgmt/") != std::string::npos) return {200, Schema(isOld ? 1 : 2, false)};
@@ -203,7 +203,8 @@ RoutedAnswer SampleServer::Metadata(const std::string& line) const {
   return {200, Schema(generation_ == Generation::Schema5 ? 5 : 4, true)};
 }
 
-RoutedAnswer SampleServer::Unknown(const std::string& line) {
+Answer SampleServer::Unknown(const std::string& line) {
+  const std::lock_guard lock(mutex_);
   unknown_.push_back(line);
   return {404, {}};
 }
