@@ -19,13 +19,18 @@ bool IsNameByte(char byte) {
          marks.find(byte) != std::string_view::npos;
 }
 
+bool IsControlByte(char byte) {
+  const auto value = static_cast<unsigned char>(byte);
+  return value < 0x20 || value == 0x7F;
+}
+
 // The header line; empty when the two texts do not make one, and then the next write asks again. A server's
-// line feed in them would add header lines of its choice to every later write.
+// line feed in them would add header lines of its choice to every later write, and with any other control
+// byte no later write could be sent.
 std::string MakeHeaderLine(std::string_view key, std::string_view value) {
-  constexpr std::string_view lineBreaks("\r\n\0", 3);
-  std::string line = std::string(key) + ": " + std::string(value);
   const bool isName = !key.empty() && std::all_of(key.begin(), key.end(), IsNameByte);
-  return isName && line.find_first_of(lineBreaks) == std::string::npos ? line : std::string();
+  if (!isName || std::any_of(value.begin(), value.end(), IsControlByte)) return {};
+  return std::string(key) + ": " + std::string(value);
 }
 
 }  // namespace

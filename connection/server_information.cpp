@@ -9,6 +9,9 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
+/// Much longer than any URL. A line is collected up to here, so that no document can fill the memory.
+constexpr std::size_t longestLine = 2 * 1024 * 1024;
+
 // The C library's atoi, with a result for numbers out of range too.
 std::uint32_t ReadNumber(const std::string& text) {
   return static_cast<std::uint32_t>(static_cast<int>(std::strtol(text.c_str(), nullptr, 10)));
@@ -31,6 +34,23 @@ void ReadLine(const std::string& line, ServerInfo& info) {
   if (key == "CodebaseURL") info.codebaseUrl = WithoutTrailingSlashes(value);
 }
 
+// Takes the next line, without its line feed; a longer one than there can be is given as an empty one. False
+// behind the last line.
+bool TakeLine(std::streambuf& document, std::string& line) {
+  using Traits = std::streambuf::traits_type;
+  line.clear();
+  bool isLine = false;
+  bool isTooLong = false;
+  for (auto byte = document.sbumpc(); byte != Traits::eof(); byte = document.sbumpc()) {
+    isLine = true;
+    if (byte == '\n') break;
+    isTooLong = isTooLong || line.size() == longestLine;
+    if (!isTooLong) line += Traits::to_char_type(byte);
+  }
+  if (isTooLong) line.clear();
+  return isLine;
+}
+
 }  // namespace
 
 Status GetServerInfo(HttpConnection& connection, ServerInfo& info) {
@@ -42,9 +62,10 @@ Status GetServerInfo(HttpConnection& connection, ServerInfo& info) {
     return ConnectionFailed;
   }
   info = {};
-  std::ifstream document(file.path());
+  std::filebuf document;
+  if (document.open(file.path(), std::ios::in) == nullptr) return Ok;
   std::string line;
-  while (std::getline(document, line)) ReadLine(line, info);
+  while (TakeLine(document, line)) ReadLine(line, info);
   return Ok;
 }
 

@@ -1,3 +1,5 @@
+#include <string>
+
 #include "connection/server_check.h"
 #include "public/host_callbacks.h"
 #include "public/vt_direct_manager.h"
@@ -25,7 +27,9 @@ StatusCode CodeOf(Status status) {
 
 bool ServerSupported(const char* url, StatusCode* code, std::string* message) {
   if (url == nullptr) return false;
-  const Status status = vantry::CheckServer(url, ForwardAuth, message);
+  // A copy: a host may hand in the very text that receives the answer, and the check empties that first.
+  const std::string address = url;
+  const Status status = vantry::CheckServer(address.c_str(), ForwardAuth, message);
   if (code != nullptr) *code = CodeOf(status);
   return status == Ok;
 }

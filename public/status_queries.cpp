@@ -67,7 +67,8 @@ int GetStatus(const char* path, std::string& currentVersion, std::string& latest
   if (status == Ok) {
     currentVersion = current.version;
     latestVersion = latest.version;
-    result = currentVersion == latestVersion ? 0 : 1;
+    // Not the outputs, which may be one text.
+    result = current.version == latest.version ? 0 : 1;
   } else if (WritesServerOff(status)) {
     BlockServerInSessions(target.server);
   }

@@ -63,6 +63,29 @@ enum ReadDirFlags : std::uint32_t {
   ReadDirVersions = 8,  ///< the versions of each document
 };
 
+/// Sets of these bits: ReadDirFiles | ReadDirDetails. A bit without a name passes through.
+constexpr ReadDirFlags operator|(ReadDirFlags left, ReadDirFlags right) {
+  return static_cast<ReadDirFlags>(static_cast<std::uint32_t>(left) | static_cast<std::uint32_t>(right));
+}
+constexpr ReadDirFlags operator&(ReadDirFlags left, ReadDirFlags right) {
+  return static_cast<ReadDirFlags>(static_cast<std::uint32_t>(left) & static_cast<std::uint32_t>(right));
+}
+constexpr ReadDirFlags operator^(ReadDirFlags left, ReadDirFlags right) {
+  return static_cast<ReadDirFlags>(static_cast<std::uint32_t>(left) ^ static_cast<std::uint32_t>(right));
+}
+constexpr ReadDirFlags operator~(ReadDirFlags flags) {
+  return static_cast<ReadDirFlags>(~static_cast<std::uint32_t>(flags));
+}
+constexpr ReadDirFlags& operator|=(ReadDirFlags& left, ReadDirFlags right) {
+  return left = left | right;
+}
+constexpr ReadDirFlags& operator&=(ReadDirFlags& left, ReadDirFlags right) {
+  return left = left & right;
+}
+constexpr ReadDirFlags& operator^=(ReadDirFlags& left, ReadDirFlags right) {
+  return left = left ^ right;
+}
+
 /// The kind of a document to upload.
 enum FileType : std::int32_t { FileTypeFenlet = 0, FileTypeGeneral = 1, FileTypeUgc = 2 };
 

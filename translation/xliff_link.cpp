@@ -9,7 +9,7 @@ namespace lxservices::cms_interface::vantry {
 bool LinkXliffDocument(ServerContext& server, const std::string& sourceId, const std::string& xliffId) {
   // The ids go in as they stand, with no escaping: that is the body that servers know.
   const ScopedTempPath body(WriteTextFile(
-      "upload", "json",
+      MakeTempFile("upload", "json"),
       "{ \"oidForQ7zkDocument\":\"" + sourceId + "\", \"oidForXliffDocument\":\"" + xliffId + "\" }"));
   if (body.path().empty()) return false;
   const std::string headers = server.ODataWriteHeaders();

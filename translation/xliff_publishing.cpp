@@ -8,7 +8,7 @@ namespace lxservices::cms_interface::vantry {
 
 bool MarkPublished(ServerContext& server, const std::string& documentId) {
   const ScopedTempPath body(
-      WriteTextFile("upload", "json", "{ \"ZVKDDEXTENDEDDOCTYPE\":\"x-raomPublished\" }"));
+      WriteTextFile(MakeTempFile("upload", "json"), "{ \"ZVKDDEXTENDEDDOCTYPE\":\"x-raomPublished\" }"));
   if (body.path().empty()) return false;
   const std::string path =
       "servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('" + EscapeForUrl(documentId) + "')";

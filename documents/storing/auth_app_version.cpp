@@ -2,6 +2,7 @@
 
 #include "connection/rest_stream.h"
 #include "documents/storing/text_file.h"
+#include "platform/files.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
@@ -34,7 +35,7 @@ void EnsureAuthAppVersion(ServerContext& server) {
 std::string RegisterAuthAppVersion(ServerContext& server, const std::string& version) {
   // The blanks are part of the format; the version stands without quotes and must be a number.
   const ScopedTempPath body(
-      WriteTextFile("register", "json",
+      WriteTextFile(du::FileSystem::MkTempFile(nullptr, "register", "json"),
                     "[{ \"authoringApplication\":\"" + AuthoringApplicationOrDefault(server) +
                         "\", \"authAppVersion\":" + version + ", \"ndVersions\":[\"J-01\"] }]"));
   if (body.path().empty()) return {};

@@ -2,13 +2,11 @@
 
 #include <cstdio>
 
-#include "connection/scoped_temp_path.h"
 #include "platform/files.h"
 
 namespace lxservices::cms_interface::vantry {
 
-std::string WriteTextFile(const char* stem, const char* extension, std::string_view text) {
-  const std::string path = MakeTempFile(stem, extension);
+std::string WriteTextFile(const std::string& path, std::string_view text) {
   std::FILE* file = du::FileSystem::lxfopen(path.c_str(), "wb");
   if (file != nullptr) {
     const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();

@@ -39,7 +39,7 @@ bool IsComplete(const UploadTicket& ticket) {
 
 bool RequestUploadTicket(ServerContext& server, std::size_t fileCount, UploadTicket& ticket) {
   const ScopedTempPath body(
-      WriteTextFile("upload", "json", "{\n\"noOfFiles\":" + std::to_string(fileCount) + "\n}"));
+      WriteTextFile(MakeTempFile("upload", "json"), "{\n\"noOfFiles\":" + std::to_string(fileCount) + "\n}"));
   if (body.path().empty()) return false;
   std::optional<RestStream> response;
   const auto post = [&](const char* path) {

@@ -3,17 +3,19 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include "connection/scoped_temp_path.h"
 #include "tests/support/temporary_directory.h"
 
 namespace vtdirect_test {
 namespace {
 
+using lxservices::cms_interface::vantry::MakeTempFile;
 using lxservices::cms_interface::vantry::WriteTextFile;
 
 TEST(TextFile, HoldsTheTextByteForByteInTheTemporaryDirectory) {
   const TemporaryDirectory directory;
   const std::string text("a\n\r\n\0z", 6);
-  const std::string path = WriteTextFile("upload", "json", text);
+  const std::string path = WriteTextFile(MakeTempFile("upload", "json"), text);
   ASSERT_EQ(directory.Entries().size(), 1u);
   EXPECT_EQ(path, directory.File(directory.Entries().front()));
   EXPECT_TRUE(directory.Entries().front().starts_with("upload"));
@@ -24,7 +26,7 @@ TEST(TextFile, HoldsTheTextByteForByteInTheTemporaryDirectory) {
 TEST(TextFile, IsNoneWithoutADirectory) {
   const TemporaryDirectory directory;
   setenv("TMPDIR", directory.File("missing").c_str(), 1);
-  EXPECT_EQ(WriteTextFile("upload", "json", "x"), "");
+  EXPECT_EQ(WriteTextFile(MakeTempFile("upload", "json"), "x"), "");
   EXPECT_TRUE(directory.Entries().empty());
 }
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <optional>
 #include <string>
 
@@ -162,6 +163,23 @@ TEST_F(CsrfNonce, ANonceThatIsMoreThanOneHeaderLineIsNone) {
     transport.Then(200, R"({"NonceKey":")" + text + R"(","NonceValue":"v"})");
     EXPECT_EQ(connection.ODataWriteHeaders(), odataLines + "\r\n") << value;
   }
+}
+
+// No header line can carry it, so every later write would fail.
+TEST_F(CsrfNonce, ANonceWithAControlByteIsAFailedFetchAndTriedAgain) {
+  for (int byte = 1; byte < 0x80; ++byte) {
+    if (byte == 0x20) byte = 0x7F;
+    char escaped[8];
+    std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(byte));
+    const std::string value = std::string("v") + escaped + "w";
+    transport.Then(200,
+                   R"({"items":[{"id":"csrf","attributes":{"nonce_key":"K","nonce":")" + value + R"("}}]})");
+    EXPECT_EQ(connection.CsrfHeader(), "") << byte;
+    transport.Then(200, R"({"NonceKey":"K","NonceValue":")" + value + "\"}");
+    EXPECT_EQ(connection.ODataWriteHeaders(), odataLines + "\r\n") << byte;
+  }
+  transport.Then(200, restAnswer);
+  EXPECT_EQ(connection.CsrfHeader(), "CSRF_NONCE: rest");
 }
 
 TEST_F(CsrfNonce, AKeyThatIsNoHeaderNameIsAFailedFetchAndTriedAgain) {

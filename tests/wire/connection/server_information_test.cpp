@@ -51,6 +51,15 @@ TEST_F(ServerInformation, IsOneGetOfTheGatewayWithoutHeaders) {
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
+// A line is taken into memory whole, so one without an end in sight is none.
+TEST_F(ServerInformation, IsReadPastALineThatIsLongerThanAnyUrl) {
+  const std::string longUrl = "https://plm.example/" + std::string(3 << 20, 'p');
+  const ServerInfo info = Read("ServerMajorVersion:12\nCodebaseURL:" + longUrl +
+                               "\nServerMinorVersion:" + std::string(3 << 20, ' ') + "1\nServerCPSVersion:3");
+  EXPECT_EQ(info.version, (ServerVersion{12, 0, 0, 3}));
+  EXPECT_EQ(info.codebaseUrl, "");
+}
+
 TEST_F(ServerInformation, HoldsVersionAndAddress) {
   const ServerInfo info = Read(
       "ServerMajorVersion:12\nServerMinorVersion:1\nServerServicepackVersion:20\nServerCPSVersion:3\n"

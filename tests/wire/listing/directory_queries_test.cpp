@@ -90,8 +90,21 @@ TEST_F(DirectoryQueries, AFailedListingIsTracedAsARoutineMiss) {
 TEST_F(DirectoryQueries, ReadDirExtHandsDetailsAndVersionsOn) {
   ScriptVersion5Folder();
   ScriptFolderContents();
-  EXPECT_TRUE(ReadDirExt("//plm/Products/Gadget/Folders/", CollectEntry, &entries, Bits(15)));
+  constexpr auto everything = ReadDirFiles | ReadDirFolders | ReadDirDetails | ReadDirVersions;
+  EXPECT_TRUE(ReadDirExt("//plm/Products/Gadget/Folders/", CollectEntry, &entries, everything));
   EXPECT_THAT(entries, ElementsAre("Sub/", "a%7cb (0042,Gear) A.2:D2 A.1:D1"));
+}
+
+TEST_F(DirectoryQueries, FlagsAreCombinedByTheirOperators) {
+  ReadDirFlags flags = ReadDirFiles | ReadDirDetails;
+  EXPECT_EQ(flags, Bits(5));
+  EXPECT_EQ(flags & ReadDirDetails, ReadDirDetails);
+  EXPECT_FALSE(flags & ReadDirFolders);
+  EXPECT_EQ(flags ^ ReadDirVersions, Bits(13));
+  EXPECT_EQ(flags & ~ReadDirFiles, ReadDirDetails);
+  EXPECT_EQ(flags |= ReadDirFolders, Bits(7));
+  EXPECT_EQ(flags &= ReadDirFiles | ReadDirFolders, Bits(3));
+  EXPECT_EQ(flags ^= ReadDirFiles, ReadDirFolders);
 }
 
 TEST_F(DirectoryQueries, FlagsGoThroughUnchanged) {

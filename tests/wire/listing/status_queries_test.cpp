@@ -159,6 +159,13 @@ TEST_F(StatusQueries, AnOlderIterationGivesTheVersionAndUidOfTheNewest) {
   EXPECT_EQ(latestUid, "korvufenloom-vt://plm.example/vt/?id=D2&file=/a.lxz");
 }
 
+TEST_F(StatusQueries, OneTextForBothVersionsTellsAnOlderIterationTheSame) {
+  ScriptDetails(false);
+  std::string both;
+  EXPECT_EQ(GetStatus(uid, both, both, nullptr), 1);
+  EXPECT_EQ(both, "A.2");
+}
+
 TEST_F(StatusQueries, AVfsPathHasNoStatusAndSendsNothing) {
   const auto session = StartSession();
   EXPECT_EQ(GetStatus("//plm/?id=D1", current, latest, &latestUid), -1);

@@ -31,6 +31,22 @@ TEST_F(ServerSupport, TellsTheAddressToUse) {
   EXPECT_EQ(transport.requests().back().server, "https://plm2.example/vt");
 }
 
+// A host may ask with the text that is to receive the address.
+TEST_F(ServerSupport, AsksTheServerOfATextThatReceivesTheAnswer) {
+  transport.Then(200, std::string(goodVersion) + "CodebaseURL:http://new.example/vt\n")
+      .Then(200, "<Schema/>");
+  std::string text = newUrl;
+  EXPECT_TRUE(ServerSupported(text.c_str(), nullptr, &text));
+  // The server's own address would lead out of https and is not followed.
+  EXPECT_EQ(text, "");
+  for (const SentRequest& request : transport.requests()) EXPECT_EQ(request.server, newUrl);
+  transport.Then(200, std::string(goodVersion) + "CodebaseURL:https://plm2.example/vt\n")
+      .Then(200, "<Schema/>");
+  text = newUrl;
+  EXPECT_TRUE(ServerSupported(text.c_str(), nullptr, &text));
+  EXPECT_EQ(text, "https://plm2.example/vt");
+}
+
 TEST_F(ServerSupport, OfAServerThatCannotBeReached) {
   StatusCode code = StatusOk;
   std::string message = "before";

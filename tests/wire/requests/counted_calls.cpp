@@ -26,7 +26,7 @@ constexpr const char* versionPath = "//plm/Products/Bike/Folders/Frames/fork.lxz
 constexpr const char* freePath = "//plm/Products/Bike/Folders/Frames/new.lxz";
 constexpr const char* folder = "//plm/Products/Bike/Folders/Frames/";
 constexpr const char* workspace = "//plm/Products/Bike/Workspaces/Mine/";
-constexpr auto everything = static_cast<ReadDirFlags>(15);
+constexpr auto everything = ReadDirFiles | ReadDirFolders | ReadDirDetails | ReadDirVersions;
 
 const TemporaryDirectory& LocalFiles() {
   static const TemporaryDirectory directory;

@@ -76,6 +76,8 @@ TEST_F(InsideACallback, OfAStatusTheServerAnswers) {
   EXPECT_EQ(told, 1);
 }
 
+constexpr auto everything = ReadDirFiles | ReadDirFolders | ReadDirDetails | ReadDirVersions;
+
 void AskForEach(const char*, bool, void* user) {
   ++*static_cast<int*>(user);
   EXPECT_TRUE(AskAndChangeAll());
@@ -93,9 +95,9 @@ TEST_F(InsideACallback, OfAListingTheServerAnswers) {
     int entries = 0;
     EXPECT_TRUE(ReadDir(path, AskForEach, &entries)) << path;
     EXPECT_GT(entries, 0) << path;
-    EXPECT_TRUE(ReadDirExt(path, AskForEachExt, &entries, static_cast<ReadDirFlags>(15))) << path;
+    EXPECT_TRUE(ReadDirExt(path, AskForEachExt, &entries, everything)) << path;
     const DirHandle handle = OpenDir(path);
-    EXPECT_TRUE(ReadDir(handle, AskForEachExt, &entries, static_cast<ReadDirFlags>(15))) << path;
+    EXPECT_TRUE(ReadDir(handle, AskForEachExt, &entries, everything)) << path;
   }
 }
 

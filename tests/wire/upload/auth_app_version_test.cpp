@@ -12,6 +12,12 @@ using namespace lxservices::cms_interface;
 using namespace lxservices::cms_interface::vantry;
 using testing::IsEmpty;
 
+// The directories that temporary files were asked for in, "(null)" for the platform's own.
+Lines& AskedDirectories() {
+  static Lines directories;
+  return directories;
+}
+
 using AuthoringApplicationVersions = FlowTest;
 
 TEST_F(AuthoringApplicationVersions, AreRegisteredByteForByte) {
@@ -53,6 +59,15 @@ TEST_F(AuthoringApplicationVersions, AreRegisteredOutOfAFileThatGoesBehindIt) {
   ASSERT_EQ(during.size(), 1u);
   EXPECT_TRUE(during.front().starts_with("register") && during.front().ends_with(".json")) << during.front();
   EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
+// A platform may keep the files of a null directory elsewhere than those of the directory that it names.
+TEST_F(AuthoringApplicationVersions, AreRegisteredOutOfAFileWhereThePlatformWantsIt) {
+  ThenNonce();
+  transport.Then(204);
+  AskedDirectories().clear();
+  EXPECT_EQ(RegisterAuthAppVersion(Begin(connection), "310"), "310");
+  EXPECT_EQ(AskedDirectories(), Lines{"(null)"});
 }
 
 TEST_F(AuthoringApplicationVersions, AreNotRegisteredWithoutAFileForTheBody) {
@@ -104,4 +119,19 @@ TEST_F(AuthoringApplicationVersions, FallBackOnceARegistrationFailed) {
 }
 
 }  // namespace
+
+void NoteAskedDirectory(const char* directory) {
+  AskedDirectories().emplace_back(directory != nullptr ? directory : "(null)");
+}
+
 }  // namespace vtdirect_test
+
+// The linker sends the platform's MkTempFile through here (see CMakeLists.txt).
+extern "C" {
+std::string __real__ZN2du10FileSystem10MkTempFileB5cxx11EPKcS2_S2_(const char*, const char*, const char*);
+std::string __wrap__ZN2du10FileSystem10MkTempFileB5cxx11EPKcS2_S2_(const char* directory, const char* stem,
+                                                                   const char* extension) {
+  vtdirect_test::NoteAskedDirectory(directory);
+  return __real__ZN2du10FileSystem10MkTempFileB5cxx11EPKcS2_S2_(directory, stem, extension);
+}
+}
