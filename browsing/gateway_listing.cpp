@@ -1,5 +1,7 @@
 #include "browsing/gateway_listing.h"
 
+#include <memory>
+#include <mutex>
 #include <string_view>
 
 #include "base/file_name.h"
@@ -68,6 +70,24 @@ void DeliverListing(const rapidjson::Value& listing, const DirEntryCallback& cal
   }
 }
 
+// The answer behind an open folder. Parsed at each listing and not once for all: it may be large and a handle
+// may be held for long, and as a document it takes more memory than its text.
+struct KeptAnswer {
+  KeptAnswer(ServerContext& server, const std::string& path)
+      : stream(MakeGetRequest(server.http(), path.c_str(), nullptr), {}) {}
+  std::mutex mutex;  ///< guards the stream, which has one position for all threads; not held for a callback
+  RestStream stream;
+};
+
+// Null for a broken answer.
+rapidjson::Document ParseAgain(KeptAnswer& answer) {
+  rapidjson::Document listing;
+  const std::lock_guard lock(answer.mutex);
+  answer.stream.Rewind();
+  (void)ParseJsonResponse(answer.stream, listing);
+  return listing;
+}
+
 }  // namespace
 
 bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback, ReadDirFlags flags) {
@@ -90,16 +110,11 @@ DirLister OpenGatewayFolder(ServerContext& server, const std::string& contextNam
                             const std::string& folderPath) {
   ContextRecord context;
   if (!FindContext(server, kind, contextName, context)) return {};
-  const std::string path = GatewayFolderPath(context, folderPath);
-  // Parsed at once: a handle may be held for long, and shall hold no body and no temporary file meanwhile.
-  const auto listing = std::make_shared<rapidjson::Document>();
-  {
-    RestStream stream(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
-    if (!stream.succeeded()) return {};
-    (void)ParseJsonResponse(stream, *listing);
-  }
-  return [listing](const DirEntryCallback& callback, ReadDirFlags flags) {
-    DeliverListing(*listing, callback, flags);
+  const auto answer = std::make_shared<KeptAnswer>(server, GatewayFolderPath(context, folderPath));
+  if (!answer->stream.succeeded()) return {};
+  return [answer](const DirEntryCallback& callback, ReadDirFlags flags) {
+    const rapidjson::Document listing = ParseAgain(*answer);
+    DeliverListing(listing, callback, flags);
     return true;
   };
 }

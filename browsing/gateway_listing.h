@@ -20,8 +20,8 @@ namespace lxservices::cms_interface::vantry {
                                      ReadDirFlags flags);
 
 /// Fetches a folder's listing now, by the two GETs of ListGatewayFolder, and gives a lister that delivers it
-/// as often as it is called, without a further request. It holds the listing in memory, and no temporary
-/// file.
+/// as often as it is called, without a further request, and on any number of threads at once. It holds the
+/// answer as it came: up to half a megabyte in memory, more in a temporary file that goes with the lister.
 /// @return empty when the context is not known or the gateway refused
 [[nodiscard]] DirLister OpenGatewayFolder(ServerContext& server, const std::string& contextName,
                                           ContextKind kind, const std::string& folderPath);

@@ -47,13 +47,21 @@ void RestStream::OpenBody(du::http::FailoverFileSink& sink) {
   if (!succeeded()) return;
   if (path.empty()) {
     body_ = sink.AdoptBuffer();
-    memoryStream_ =
-        std::make_unique<rapidjson::MemoryStream>(reinterpret_cast<const char*>(body_.data()), body_.size());
-    return;
+  } else {
+    file_ = du::FileSystem::lxfopen(path.c_str(), "rb");
   }
-  file_ = du::FileSystem::lxfopen(path.c_str(), "rb");
-  if (file_ == nullptr) return;
-  fileStream_ = std::make_unique<rapidjson::FileReadStream>(file_, readBuffer_.data(), readBuffer_.size());
+  Rewind();
+}
+
+void RestStream::Rewind() {
+  if (!succeeded()) return;
+  if (tempFile_ == nullptr) {
+    const auto* text = reinterpret_cast<const char*>(body_.data());
+    memoryStream_ = std::make_unique<rapidjson::MemoryStream>(text, body_.size());
+  } else if (file_ != nullptr) {
+    std::rewind(file_);
+    fileStream_ = std::make_unique<rapidjson::FileReadStream>(file_, readBuffer_.data(), readBuffer_.size());
+  }
 }
 
 bool ParseJsonResponse(RestStream& response, rapidjson::Document& document) {

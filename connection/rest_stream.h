@@ -25,9 +25,10 @@ namespace lxservices::cms_interface::vantry {
 /// One exchange and the owner of its response body. Constructing it performs the exchange, on this thread.
 ///
 /// A body of up to 524288 bytes stays in memory; a longer one goes through a temporary file that vanishes
-/// with this object. It is read once, by its file stream or its memory stream, of which at most one is set.
-/// The read buffer lives inside, so the object is neither copied nor moved: build it on the stack, or shared
-/// when reading goes on behind the function that sent the request.
+/// with this object. It is read by its file stream or its memory stream, of which at most one is set, from
+/// its first byte to its last, and after Rewind once more. Used by one thread at a time. The read buffer
+/// lives inside, so the object is neither copied nor moved: build it on the stack, or shared when reading
+/// goes on behind the function that sent the request.
 class RestStream {
  public:
   static constexpr std::size_t memoryLimit = 0x80000;
@@ -47,6 +48,8 @@ class RestStream {
   [[nodiscard]] rapidjson::FileReadStream* fileStream() const { return fileStream_.get(); }
   /// Null unless the body of a success is in memory.
   [[nodiscard]] rapidjson::MemoryStream* memoryStream() const { return memoryStream_.get(); }
+  /// Goes back to the first byte of the body of a success, for another reading.
+  void Rewind();
   /// The first 1024 bytes of the body of a response outside 200 to 299.
   [[nodiscard]] const std::string& errorText() const { return errorText_; }
 

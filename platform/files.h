@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <list>
 #include <string>
@@ -63,6 +64,16 @@ VTDIRECT_API bool DeletePath(const std::string& path, bool);
 
 /// `fopen`, with null for a null or empty path.
 [[nodiscard]] VTDIRECT_API std::FILE* lxfopen(const char* path, const char* mode);
+
+/// Asks the file system in one go for the space of the `bytes` bytes that are going to be appended to a file;
+/// without that it looks for space again with each piece that is written. A hint: the file's length and
+/// position stay as they are, and where the space can't be had, as on a disk that hasn't enough, on a pipe or
+/// on a file system that knows nothing of it, nothing changes.
+///
+/// The one operation that a platform may leave out: the library then writes without asking.
+/// @param file    open for writing, with nothing in its buffer
+/// @param length  the bytes that it holds
+VTDIRECT_API void ReserveSpace(std::FILE* file, std::uint64_t length, std::uint64_t bytes);
 
 }  // namespace FileSystem
 }  // namespace du

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <tuple>
 
 #include "platform/environment.h"
 
@@ -72,6 +73,20 @@ bool DeletePath(const std::string& path, bool) {
 std::FILE* lxfopen(const char* path, const char* mode) {
   if (path == nullptr || *path == '\0' || mode == nullptr) return nullptr;
   return std::fopen(path, mode);
+}
+
+// Not posix_fallocate: where the file system can't reserve, that one writes into each block instead, and a
+// copy that then breaks off would leave a file of the full length.
+void ReserveSpace(std::FILE* file, std::uint64_t length, std::uint64_t bytes) {
+#ifdef FALLOC_FL_KEEP_SIZE
+  const int descriptor = ::fileno(file);
+  const auto end = static_cast<off_t>(length);
+  if (::fallocate(descriptor, FALLOC_FL_KEEP_SIZE, end, static_cast<off_t>(bytes)) == 0) return;
+  // A disk or a user's share of it that has less gives what there is, and nothing would be left for others.
+  std::ignore = ::ftruncate(descriptor, end);
+#else
+  static_cast<void>(file), static_cast<void>(length), static_cast<void>(bytes);
+#endif
 }
 
 }  // namespace du::FileSystem

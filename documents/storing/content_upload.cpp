@@ -41,6 +41,7 @@ void WriteDescriptors(MultipartFile& body, const UploadTicket& ticket, std::size
   }
 }
 
+// Stream number to index of the path, for every path; the part of a file that cannot be opened is left out.
 StreamIndex WriteFiles(MultipartFile& body, const UploadTicket& ticket,
                        const std::vector<std::string>& paths) {
   StreamIndex streams;
@@ -48,7 +49,6 @@ StreamIndex WriteFiles(MultipartFile& body, const UploadTicket& ticket,
     streams[ReadStreamId(ticket.streamIds[index])] = index;
     body.AddFile(paths[index].c_str(), ticket.fileNames[index]);
   }
-  body.Finish();
   return streams;
 }
 
@@ -69,6 +69,12 @@ Status TraceRefusal(int status, const std::string& errorText) {
   VtDirectTracer()(dp::TraceType::Error, "Failed to upload document with error %d : %s\n", status,
                    errorText.c_str());
   return Refused;
+}
+
+// A body that is not whole is sent to nobody: what a server stored of it would be half of what a user has.
+Status TraceNotStaged(const std::string& bodyFile) {
+  VtDirectTracer()(dp::TraceType::Error, "Failed to write upload file %s\n", bodyFile.c_str());
+  return ServerError;
 }
 
 Status TraceTooLarge() {
@@ -111,6 +117,7 @@ Status UploadContents(ServerContext& server, const std::vector<std::string>& pat
   if (paths.size() > ticket.fileNames.size() || paths.size() > ticket.streamIds.size()) return Refused;
   WriteDescriptors(body, ticket, paths.size());
   const StreamIndex streams = WriteFiles(body, ticket, paths);
+  if (!body.Finish()) return TraceNotStaged(bodyFile.path());
   return PostBody(server, ticket.uploadUrl, bodyFile.path(), streams, paths.size(), contents,
                   std::move(progress));
 }

@@ -1,9 +1,10 @@
 #include "documents/storing/multipart_file.h"
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <vector>
 
 #include "base/local_path.h"
@@ -29,6 +30,12 @@ std::uint64_t AnnouncedLength(std::FILE* file) {
   const long end = std::ftell(file);
   std::rewind(file);
   return end < 0 ? 0 : static_cast<std::uint64_t>(end);
+}
+
+// A directory can be opened for reading, and nothing can be read from it.
+bool IsDirectory(const char* localPath) {
+  std::error_code error;
+  return localPath != nullptr && std::filesystem::is_directory(localPath, error);
 }
 
 }  // namespace
@@ -58,6 +65,7 @@ void MultipartFile::AddText(std::string_view text) {
 }
 
 void MultipartFile::AddFile(const char* localPath, std::string_view partName) {
+  if (IsDirectory(localPath)) return;
   const std::unique_ptr<std::FILE, FileCloser> source(du::FileSystem::lxfopen(localPath, "rb"));
   if (source == nullptr) return;
   AddBoundary();
@@ -69,11 +77,13 @@ void MultipartFile::AddFile(const char* localPath, std::string_view partName) {
   CopyFrom(source.get());
 }
 
-void MultipartFile::Finish() {
+bool MultipartFile::Finish() {
   AddBoundary();
   AddText("--");
-  std::fclose(file_);
+  // A disk across the network tells only here that it was full.
+  broken_ = std::fclose(file_) != 0 || broken_;
   file_ = nullptr;
+  return !broken_;
 }
 
 void MultipartFile::AddBoundary() {
@@ -97,8 +107,6 @@ void MultipartFile::CopyFrom(std::FILE* source) {
     AddText({buffer.data(), count});
     copied += count;
   }
-  // A directory opens like a file and counts as an empty one.
-  if (std::ferror(source) != 0 && errno == EISDIR) return;
   broken_ = broken_ || std::ferror(source) != 0 || copied < length;
 }
 

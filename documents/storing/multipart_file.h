@@ -15,9 +15,9 @@ inline constexpr const char* multipartContentType =
 /// Writes a multipart body into a file, part by part, with no file held in memory. The body begins with a CR
 /// LF and ends without one.
 ///
-/// Errors are not reported: behind the first one nothing more is written, so that a full disk, or a local
-/// file that cannot be read to the end it had, leaves a body without its closing line, which no server takes
-/// for a whole one.
+/// After the first error nothing more is written: a full disk, or a local file that cannot be read to the end
+/// it had, leaves a body without its closing line, which no server takes for a whole one. Finish tells of it,
+/// and such a body is not to be sent.
 class MultipartFile {
  public:
   /// @param path  an empty file, or one that is not there yet
@@ -32,10 +32,11 @@ class MultipartFile {
   void BeginField(std::string_view name);
   void AddText(std::string_view text);
   /// Adds a part that holds a local file's bytes, those included that are appended to it meanwhile. A file
-  /// that cannot be opened is left out.
+  /// that cannot be opened is left out; a directory is none that can.
   void AddFile(const char* localPath, std::string_view partName);
   /// Writes the closing line and closes the file.
-  void Finish();
+  /// @return whether every byte has reached the file
+  [[nodiscard]] bool Finish();
 
  private:
   void AddBoundary();

@@ -206,6 +206,23 @@ TEST(IncludeDirections, ALibraryIsIncludedByItsOwnersOnly) {
   }
 }
 
+// What is above the platform runs on every system that has one: it includes the standard library, the
+// libraries that it is built on, and nothing of a system's own.
+TEST(IncludeDirections, NothingAboveThePlatformIncludesASystemHeader) {
+  for (const char* folder :
+       {"base", "connection", "documents", "translation", "browsing", "server", "public", "platform"}) {
+    for (const fs::path& file : SourcesOf(folder, Folders())) {
+      for (const IncludeLine& include : ReadIncludes(file)) {
+        const bool isOfALibrary =
+            std::any_of(OwnersOfLibraries().begin(), OwnersOfLibraries().end(),
+                        [&](const auto& library) { return StartsWith(include.target, library.first); });
+        EXPECT_TRUE(include.quoted || isOfALibrary || IsOfTheStandardLibrary(include))
+            << file << " includes <" << include.target << ">";
+      }
+    }
+  }
+}
+
 TEST(IncludeDirections, TheTestSeesTheTree) {
   // A wrong root would let every test above pass on nothing.
   for (const char* folder :

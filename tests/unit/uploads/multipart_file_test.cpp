@@ -22,7 +22,7 @@ class MultipartBody : public testing::Test {
 TEST_F(MultipartBody, BeginsWithALineEndAndEndsWithoutOne) {
   MultipartFile body(path);
   ASSERT_TRUE(body.IsOpen());
-  body.Finish();
+  EXPECT_TRUE(body.Finish());
   EXPECT_EQ(ReadFile(path), line + "--");
 }
 
@@ -34,7 +34,7 @@ TEST_F(MultipartBody, HoldsFieldsAndFilesByteForByte) {
   body.AddText("one");
   body.AddText("two");
   body.AddFile(directory.File("a b.lxz").c_str(), "f1");
-  body.Finish();
+  EXPECT_TRUE(body.Finish());
   EXPECT_EQ(ReadFile(path), line + "\r\nContent-Disposition: form-data; name=\"Master_URL\"\r\n\r\nonetwo" +
                                 line +
                                 "\r\nContent-Type: application/octet-stream\r\n"
@@ -47,7 +47,14 @@ TEST_F(MultipartBody, LeavesOutAFileThatCannotBeOpened) {
   body.AddFile(directory.File("missing").c_str(), "f1");
   body.AddFile("", "f2");
   body.AddFile(nullptr, "f3");
-  body.Finish();
+  EXPECT_TRUE(body.Finish());
+  EXPECT_EQ(ReadFile(path), line + "--");
+}
+
+TEST_F(MultipartBody, LeavesOutADirectory) {
+  MultipartFile body(path);
+  body.AddFile(directory.path().c_str(), "f1");
+  EXPECT_TRUE(body.Finish());
   EXPECT_EQ(ReadFile(path), line + "--");
 }
 
@@ -55,7 +62,7 @@ TEST_F(MultipartBody, HoldsAnEmptyFileAsAnEmptyPart) {
   WriteFile(directory.File("empty"), "");
   MultipartFile body(path);
   body.AddFile(directory.File("empty").c_str(), "f1");
-  body.Finish();
+  EXPECT_TRUE(body.Finish());
   EXPECT_EQ(ReadFile(path), line +
                                 "\r\nContent-Type: application/octet-stream\r\n"
                                 "Content-Disposition: form-data; name=\"f1\"; filename=\"empty\"\r\n\r\n" +
@@ -68,7 +75,7 @@ TEST_F(MultipartBody, CopiesAFileThatIsLongerThanItsBuffer) {
   WriteFile(directory.File("long"), bytes);
   MultipartFile body(path);
   body.AddFile(directory.File("long").c_str(), "f");
-  body.Finish();
+  EXPECT_TRUE(body.Finish());
   EXPECT_TRUE(ReadFile(path).ends_with("\r\n\r\n" + bytes + line + "--"));
 }
 
@@ -80,7 +87,7 @@ TEST_F(MultipartBody, HoldsSeveralLongFilesOneBehindTheOther) {
   MultipartFile body(path);
   body.AddFile(directory.File("first").c_str(), "f1");
   body.AddFile(directory.File("second").c_str(), "f2");
-  body.Finish();
+  EXPECT_TRUE(body.Finish());
   const std::string head =
       line + "\r\nContent-Type: application/octet-stream\r\nContent-Disposition: form-data; name=";
   // Compared as a truth: a difference would print megabytes.
@@ -107,7 +114,7 @@ TEST_F(MultipartBody, LacksItsClosingLineWhenAByteDidNotReachTheDisk) {
   body.AddFile(directory.File("long").c_str(), "f1");
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
   body.AddFile(directory.File("short").c_str(), "f2");
-  body.Finish();
+  EXPECT_FALSE(body.Finish());
   const std::string written = ReadFile(path);
   EXPECT_TRUE(written.starts_with(line + "\r\nContent-Type"));
   EXPECT_EQ(written.find("short"), std::string::npos);
@@ -128,7 +135,7 @@ TEST_P(HalfReadFile, LeavesTheBodyWithoutItsClosingLine) {
   MultipartFile body(path);
   body.AddFile(GetParam(), "f1");
   body.AddFile(directory.File("next").c_str(), "f2");
-  body.Finish();
+  EXPECT_FALSE(body.Finish());
   const std::string written = ReadFile(path);
   EXPECT_TRUE(written.starts_with(line + "\r\nContent-Type")) << written;
   EXPECT_EQ(written.find("next"), std::string::npos);

@@ -163,18 +163,50 @@ TEST_F(Gateway, AnOpenedFolderIsFetchedAtOnceAndReadAsOftenAsWanted) {
   EXPECT_EQ(transport.requests().size(), 2U);
 }
 
-TEST_F(Gateway, AnOpenedFolderHoldsNoTemporaryFile) {
+TEST_F(Gateway, AnOpenedFolderHoldsALongAnswerInATemporaryFileThatGoesWithIt) {
   Script(LongList());
-  const DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
+  DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
   ASSERT_TRUE(lister);
-  EXPECT_THAT(directory.Entries(), IsEmpty());
-  EXPECT_FALSE(HasOpenFileIn(directory.path()));
+  EXPECT_EQ(directory.Entries().size(), 1U);
   EXPECT_TRUE(lister(Collect(), Bits(1)));
-  EXPECT_THAT(directory.Entries(), IsEmpty());
-  EXPECT_FALSE(HasOpenFileIn(directory.path()));
+  EXPECT_EQ(directory.Entries().size(), 1U);
   EXPECT_TRUE(lister(Collect(), Bits(1)));
   EXPECT_EQ(entries.size(), 120'000U);
   EXPECT_EQ(transport.requests().size(), 2U);
+  lister = {};
+  EXPECT_THAT(directory.Entries(), IsEmpty());
+  EXPECT_FALSE(HasOpenFileIn(directory.path()));
+}
+
+// Whoever clears the directory of temporary files takes the name of the file, and not the file that is open.
+TEST_F(Gateway, AnOpenedFolderIsReadAfterItsTemporaryFileWasRemoved) {
+  Script(LongList());
+  {
+    const DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
+    ASSERT_EQ(directory.Entries().size(), 1U);
+    std::filesystem::remove(directory.File(directory.Entries().front()));
+    EXPECT_TRUE(lister(Collect(), Bits(1)));
+    EXPECT_EQ(entries.size(), 60'000U);
+  }
+  // That the file could not be removed is traced, and harms nobody.
+  ASSERT_EQ(trace.lines().size(), 1U);
+  EXPECT_TRUE(trace.lines().front().text.starts_with("Failed to unlink file "));
+  trace.Clear();
+}
+
+TEST_F(Gateway, AnOpenedFolderIsListedByItsOwnCallback) {
+  Script(LongList());
+  const DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
+  int inner = 0;
+  int outer = 0;
+  EXPECT_TRUE(lister(
+      [&](const DirEntryInfoExt&) {
+        if (++outer > 1) return;
+        EXPECT_TRUE(lister([&inner](const DirEntryInfoExt&) { ++inner; }, Bits(1)));
+      },
+      Bits(1)));
+  EXPECT_EQ(outer, 60'000);
+  EXPECT_EQ(inner, 60'000);
 }
 
 TEST_F(Gateway, AFolderThatCannotBeFetchedCannotBeOpened) {

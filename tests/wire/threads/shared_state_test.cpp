@@ -186,6 +186,33 @@ TEST(UriStem, IsHandedOutAtOneAddressForEachText) {
   EXPECT_EQ(GetVFSLocationPrefix(), before);
 }
 
+// An older server's answer is kept as it came, here in a temporary file, and read anew at each listing.
+TEST(DirectoryHandle, IsReadByManyThreadsAtOnce) {
+  ThreadedHost host(Generation::Gateway);
+  std::string elements;
+  for (int index = 0; index < 20'000; ++index) {
+    elements +=
+        (index > 0 ? ",\"x/a-file-with-a-name-" : "\"x/a-file-with-a-name-") + std::to_string(index) + "\"";
+  }
+  host.transport.AnswerBy([&](const SentRequest& request) {
+    if (request.line.find("/snx_gw/") == std::string::npos) return host.AnswerOfServers(request);
+    return Answer{200, R"({"folderContent":[)" + elements + "]}"};
+  });
+  const DirHandle handle = OpenDir(framesFolder);
+  ASSERT_NE(handle, nullptr);
+  std::atomic<int> wrong = 0;
+  const auto read = [&] {
+    int count = 0;
+    const auto callback = [](DirEntryExt& entry, void* user) {
+      auto& number = *static_cast<int*>(user);
+      if (entry.name == "a-file-with-a-name-" + std::to_string(number)) ++number;
+    };
+    if (!ReadDir(handle, callback, &count, ReadDirFiles) || count != 20'000) ++wrong;
+  };
+  Together({read, read, read});
+  EXPECT_EQ(wrong, 0);
+}
+
 // Of two threads that send before there is a connection each may make one, and one of them stays.
 TEST(Connection, ThatCouldNotBeMadeIsMadeByWhoeverSendsNext) {
   ThreadedHost host;

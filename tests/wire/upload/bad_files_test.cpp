@@ -145,20 +145,36 @@ TEST_F(BadFiles, ThatArriveByAPipeAreReadToTheirEnd) {
   EXPECT_EQ(SentBody(), Multipart("901:f1:901;", {{"f1", "pipe", "first" + rest}}));
 }
 
-// What reached the disk is sent: it lacks its closing line, so no server takes it for a whole body.
-TEST_F(BadFiles, OnAFullDiskMakeABodyThatTheServerRefuses) {
+// Half of what a user has is never sent, even to a server that could tell.
+TEST_F(BadFiles, OnAFullDiskAreNotSent) {
   const std::string path = MakeLocal("a", std::string(1000, 'A'));
-  const std::string whole = Multipart("901:f1:901;", {{"f1", "a", std::string(1000, 'A')}});
   ThenNonce();
-  transport.Then(200, Ticket(1)).Then(400, "cut");
+  transport.Then(200, Ticket(1));
   {
     const FullDisk disk(700);
-    EXPECT_EQ(Upload({path}), Refused);
+    EXPECT_EQ(Upload({path}), ServerError);
   }
-  EXPECT_EQ(transport.lines(), (Lines{Get(noncePath), Post(factoryPath), uploadLine}));
-  EXPECT_TRUE(whole.starts_with(SentBody()));
-  EXPECT_LE(SentBody().size(), 700u);
-  EXPECT_EQ(trace.lines(), Traces{Error("Failed to upload document with error 400 : cut\n")});
+  EXPECT_EQ(transport.lines(), (Lines{Get(noncePath), Post(factoryPath)}));
+  ASSERT_EQ(trace.lines().size(), 1u);
+  EXPECT_EQ(trace.lines().front().type, 3);
+  EXPECT_THAT(trace.lines().front().text, testing::StartsWith("Failed to write upload file "));
+  EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
+// A setting of the kernel claims a page and ends within it, like a file that is cut while it is read.
+TEST_F(BadFiles, ThatEndBeforeTheLengthThatTheyHadAreNotSent) {
+  ThenNonce();
+  transport.Then(200, Ticket(2));
+  EXPECT_EQ(Upload({MakeLocal("a", "A"), "/sys/devices/system/cpu/online"}), ServerError);
+  EXPECT_EQ(transport.lines(), (Lines{Get(noncePath), Post(factoryPath)}));
+  EXPECT_THAT(Leftovers(), IsEmpty());
+}
+
+TEST_F(BadFiles, ThatAreDirectoriesAreLeftOut) {
+  ThenUpload(2);
+  EXPECT_EQ(Upload({directory.path(), MakeLocal("b", "B")}), Ok);
+  EXPECT_EQ(SentBody(), Multipart("901:f1:901;902:f2:902;", {{"f2", "b", "B"}}));
+  EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
 TEST_F(BadFiles, OnADiskWithoutRoomForTheTicketsBodyAskForNone) {
@@ -219,7 +235,7 @@ TEST_F(BadFiles, BeyondFourGigabytesAreStagedToTheirEnd) {
   MultipartFile body(pipe);
   ASSERT_TRUE(body.IsOpen());
   body.AddFile(large.c_str(), "f1");
-  body.Finish();
+  EXPECT_TRUE(body.Finish());
   writer.join();
   reader.join();
   const std::string line = "\r\n--xxxxxxxxxxxxxxxxxxx-Fenloom-VtDirect-Upload-Boundary";

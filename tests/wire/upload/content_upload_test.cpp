@@ -334,14 +334,6 @@ TEST_F(ContentUpload, SendsOddFileNamesAsTheyStand) {
   EXPECT_EQ(SentBody(), Multipart("901:f1:901;902:f2:902;903:f3:903;", parts));
 }
 
-TEST_F(ContentUpload, SendsAnEmptyPartForADirectory) {
-  ThenNonce();
-  std::filesystem::create_directory(Local("dir"));
-  transport.Then(200, Ticket(1)).Then(200, Receipts(1));
-  EXPECT_EQ(Upload({Local("dir")}), Ok);
-  EXPECT_EQ(SentBody(), Multipart("901:f1:901;", {{"f1", "dir", ""}}));
-}
-
 class OptionalPaths : public ContentUpload {};
 
 TEST_F(OptionalPaths, LeaveOutTheOnesThatAreNotThere) {
