@@ -31,7 +31,7 @@ struct UploadRequest {
   VtDirectManager::FileType kind = VtDirectManager::FileTypeFenlet;
   const char* path = nullptr;
   const char* mainPath = nullptr;
-  const char* viewablePath = nullptr;
+  const char* viewablePath = nullptr;                               ///< may be null
   const char* language = nullptr;                                   ///< may be null
   const std::map<std::string, std::string>* sourceLinks = nullptr;  ///< null for none
   bool checkIn = false;
@@ -39,16 +39,20 @@ struct UploadRequest {
 };
 
 /// Settles everything that can be refused at once. Makes requests, on this thread.
-/// @param status  called with StatusConnectFailed when the server does not answer, else not at all
+/// @param status  called with StatusConnectFailed when the server does not answer, with what was tried when
+/// there
+///                is no local file to store, and else not at all
 /// @return false, traced, when there is nothing to transfer
 [[nodiscard]] bool PrepareUpload(const UploadRequest& request, const VtDirectManager::StatusCallback& status,
                                  UploadJob& job);
 
 /// Transfers a job, on this thread. `status` gets exactly one call.
+/// @throws std::invalid_argument, std::out_of_range  for a stream id that is no number; `status` is then not
+/// called
 [[nodiscard]] bool RunUploadJob(const UploadJob& job, const VtDirectManager::StatusCallback& status,
                                 const VtDirectManager::ProgressCallback& progress);
 
-/// Hands a copy of a job to the task runner.
+/// Hands a copy of a job to the task runner. The task throws what RunUploadJob throws.
 /// @return whether the runner took it
 [[nodiscard]] bool PostUploadJob(const UploadJob& job, const VtDirectManager::StatusCallback& status,
                                  const VtDirectManager::ProgressCallback& progress);

@@ -1,3 +1,5 @@
+#include "base/checkout_id.h"
+#include "base/text.h"
 #include "base/tracers.h"
 #include "public/source_links.h"
 #include "public/upload_job.h"
@@ -29,7 +31,7 @@ bool PrepareUploadJob(const PathTarget& target, const UploadRequest& request,
   job.kind = KindOf(request.kind);
   if (request.sourceLinks != nullptr) job.dependencies = ResolveSourceLinks(target, *request.sourceLinks);
   job.mainPath = request.mainPath;
-  job.viewablePath = request.viewablePath;
+  job.viewablePath = TextOrEmpty(request.viewablePath);
   if (request.language != nullptr) job.language = request.language;
   return true;
 }
@@ -59,14 +61,32 @@ bool PrepareCreation(const PathTarget& target, const char* path, UploadJob& job)
   return true;
 }
 
+// What storing nothing would have been: the server is not asked, so an id in a workspace counts as checked
+// out.
+VtDirectManager::StatusCode CodeOfAddress(const PathTarget& target) {
+  if (target.id.empty()) return VtDirectManager::StatusCreateFailed;
+  const bool inWorkspace = !vantry::ParseCheckoutId(target.id.c_str()).field1.empty();
+  return inWorkspace ? VtDirectManager::StatusCheckedOutUpdateFailed : VtDirectManager::StatusUpdateFailed;
+}
+
+// A host that has no content to store has made a mistake, and is told so without a request.
+void ReportNoContent(const PathTarget& target, const char* path,
+                     const VtDirectManager::StatusCallback& status) {
+  VtDirectTracer()(dp::TraceType::Error, "No local file to store at %s\n", path);
+  if (status) status(CodeOfAddress(target), nullptr);
+}
+
 }  // namespace
 
 bool PrepareUpload(const UploadRequest& request, const VtDirectManager::StatusCallback& status,
                    UploadJob& job) {
-  // A null file name has no meaning here; nothing is sent for it.
-  if (request.mainPath == nullptr || request.viewablePath == nullptr) return false;
   const PathTarget target = ResolveTarget(request.path, {}, 0);
-  if (target.server == nullptr || !PrepareUploadJob(target, request, status, job)) return false;
+  if (target.server == nullptr) return false;
+  if (request.mainPath == nullptr) {
+    ReportNoContent(target, request.path, status);
+    return false;
+  }
+  if (!PrepareUploadJob(target, request, status, job)) return false;
   if (target.id.empty()) return PrepareCreation(target, request.path, job);
   PrepareIteration(target.id, request, job);
   return true;

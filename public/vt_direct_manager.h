@@ -17,13 +17,25 @@
 /// ("korvufenloom-vfs://plm/Products/Bike/Folders/Frames/fork.lxz", or "//plm/Products/..."); a UID names it
 /// by the server's identity of it ("korvufenloom-vt://plm.example/vt/?id=D1001&file=/fork.lxz").
 ///
-/// Threads: every call runs on the caller's thread and blocks on the network where it says that it makes
-/// requests. The library starts no thread and takes no lock: SetAppConfig, RegisterAuth, RegisterTaskRunner
-/// and UpdateServerList must not run while another thread is inside the library.
+/// Threads: every function may be called from any thread at any time: on the same server and the same
+/// document as other threads, from inside callbacks, and while SetAppConfig, RegisterAuth,
+/// RegisterTaskRunner, UpdateServerList, StartSession or the release of a session run on another thread. An
+/// operation goes on with the server object and the settings that it began with; each later one sees what was
+/// written. The library starts no thread: a call runs on its caller's thread and blocks on the network where
+/// it says that it makes requests. Callbacks run on the thread of the operation that they belong to, and no
+/// lock is held meanwhile; so they may run on several threads at once, and what they share is the host's to
+/// guard. The environment is read while operations run, so a host changes it (setenv) only while no other
+/// thread is inside the library.
+///
+/// What holds for all threads does not hold for the arguments: a text, a map or a handle that one thread
+/// hands in is not changed or destroyed by another one during the call.
 ///
 /// Failures come back as false, the empty text or a status; nothing is thrown for them. Details go to the
 /// trace (vtdirect/platform/trace.h). Text arguments are copied; no argument is kept beyond the call unless a
 /// comment says so. A null address is answered like one that names nothing, without a trace.
+///
+/// What a host's callback throws, and what the standard library throws for want of memory, passes through
+/// every function. The functions that store a file can throw more, and say so.
 namespace VtDirectManager {
 
 /// What a status callback is told.
@@ -120,7 +132,7 @@ struct DirEntryExt {
 
 /// What UploadFenletAsync takes beside the content. Read only for the length of the call.
 struct UploadFenletParams {
-  const char* viewablePath;                               ///< local viewable file
+  const char* viewablePath;                               ///< local viewable file, may be null
   const char* vcsPath;                                    ///< local metadata file, may be null
   const std::map<std::string, std::string>* sourceLinks;  ///< null means none
   const char* language;                                   ///< value of the language attribute, may be null
@@ -153,14 +165,19 @@ VTDIRECT_API void UpdateServerList(const std::map<std::string, std::string>& ser
 
 /// Registers the function that a demand for authentication calls with the server's URL; it sets credentials
 /// (vtdirect/platform/http_credentials.h) and gives true to try again, or gives false. Applies to servers
-/// that exist already. Null answers every demand with false. Called on the thread of the request.
+/// that exist already. Null answers every demand with false.
+///
+/// Called on the thread of the request, and so possibly on several threads at once. It may call the library,
+/// on the server that asks too. A call that has begun is not ended by another registration.
 VTDIRECT_API void RegisterAuth(bool (*callback)(const char* url));
 
 /// Registers the function that runs the tasks of the asynchronous operations; it takes a task over and gives
-/// whether it will run it. With null a task runs at once, inside the call that made it.
+/// whether it will run it. With null a task runs at once, inside the call that made it. Called on the thread
+/// of the operation, and so possibly on several threads at once. A task can throw, as UploadAsync tells.
 VTDIRECT_API void RegisterTaskRunner(bool (*runner)(std::function<void()>));
 
-/// Starts a session: until the result is released, a server whose status query failed is not asked again.
+/// Starts a session: until the result is released, a server whose status query failed is not asked again, by
+/// no thread. Release it on any thread.
 VTDIRECT_API std::shared_ptr<Session> StartSession();
 
 /// Calls back once per nickname, in the order of the nicknames, on this thread.
@@ -183,7 +200,8 @@ VTDIRECT_API bool IsUID(const char* text);
 /// Whether a text begins like an address of either family. Reads the text only.
 VTDIRECT_API bool IsManaged(const char* text);
 
-/// The scheme of VFS paths, without ":". Valid until ConfigUriStem is written.
+/// The scheme of VFS paths, without ":". The text stays valid and as it is for the life of the process, also
+/// when ConfigUriStem is written; then another call gives another text.
 VTDIRECT_API const char* GetVFSLocationPrefix();
 
 /// Whether two UIDs name the same object: equal server and equal id. Two texts that are no UIDs compare
@@ -279,11 +297,13 @@ VTDIRECT_API bool ReadDirExt(const char* path, void (*callback)(DirEntryExt& ent
                              ReadDirFlags flags);
 
 /// Walks to a directory now, to read it later without that walk. Makes requests. The handle keeps what it
-/// needs of the server alive through an UpdateServerList, and an older server's listing until it is closed.
+/// needs of the server alive through an UpdateServerList. An older server's answer is kept with it until it
+/// is closed: up to half a megabyte in memory, more in a temporary file.
 /// @return an empty handle when there is no such directory or it cannot be reached
 [[nodiscard]] VTDIRECT_API DirHandle OpenDir(const char* path);
 
-/// Lists an open directory, as often as wanted. Makes requests, except where opening has fetched the listing.
+/// Lists an open directory, as often as wanted, and on several threads at once. Makes requests, except where
+/// opening has fetched the listing.
 /// @return false for an empty handle and when the listing failed; nothing is traced
 VTDIRECT_API bool ReadDir(const DirHandle& handle, void (*callback)(DirEntryExt& entry, void* user),
                           void* user, ReadDirFlags flags);
@@ -373,8 +393,13 @@ VTDIRECT_API bool GetFileDownloadURL(const char* path, std::string& url, std::st
 /// does not answer; StatusCreateFailed, StatusUpdateFailed or StatusCheckedOutUpdateFailed by what was tried;
 /// StatusFileTooLarge. It is not called when the address cannot be resolved or names a document that exists.
 /// Upload progress is told of the bytes sent.
-/// @param mainPath      local file of the primary content; must not be null
-/// @param viewablePath  local viewable file; empty for none; must not be null
+/// @throws std::invalid_argument, std::out_of_range  when the server names a place for the content whose
+/// stream id
+///         is no number, or too large a one; nothing has been stored then
+/// @param mainPath      local file of the primary content; null is a failure that is traced and told to
+/// `status`,
+///                      without a request
+/// @param viewablePath  local viewable file; null or empty for none
 /// @param sourceLinks   escaped name, as GetSourceLinks gives it, to address; one that cannot be resolved is
 ///                      traced and dropped
 /// @param status        may be empty
@@ -388,10 +413,14 @@ VTDIRECT_API bool Upload(const char* path, const char* mainPath, const char* vie
 /// Upload for a document of any kind, with nothing but its primary content. A temporary checkout is checked
 /// in only when asked to.
 /// @param kind  an unknown value counts as FileTypeFenlet
+/// @throws      what Upload throws
 VTDIRECT_API bool Upload(FileType kind, const char* path, const char* mainPath, StatusCallback status,
                          ProgressCallback progress, const char* language, bool checkIn);
 
 /// Like Upload up to the transfer, which is handed to the task runner; the callbacks run there.
+///
+/// What Upload throws for a stream id leaves the task, on the thread of the runner, and `status` is then not
+/// called: a runner that lets it pass out of its thread ends the process. Runners catch what a task throws.
 /// @return whether the task was accepted
 VTDIRECT_API bool UploadAsync(const char* path, const char* mainPath, const char* viewablePath,
                               const std::map<std::string, std::string>& sourceLinks, StatusCallback status,
@@ -399,7 +428,8 @@ VTDIRECT_API bool UploadAsync(const char* path, const char* mainPath, const char
 VTDIRECT_API bool UploadAsync(FileType kind, const char* path, const char* mainPath, StatusCallback status,
                               ProgressCallback progress, const char* language, bool checkIn);
 
-/// UploadAsync with all that a Fenlet document can have. `params` is read during this call only.
+/// UploadAsync with all that a Fenlet document can have. `params` is read during this call only. Its task
+/// throws what that of UploadAsync throws.
 VTDIRECT_API bool UploadFenletAsync(const char* path, const char* mainPath, const UploadFenletParams& params,
                                     StatusCallback status, ProgressCallback progress, bool checkIn);
 
@@ -444,6 +474,7 @@ VTDIRECT_API std::string ConvertLegacyCheckout(const char* uid, const char* lega
 /// Sends a source XLIFF file for a document: its first, or a new iteration of the one that it has. UIDs only.
 /// Makes requests.
 /// @param language  language of the source; travels as it comes
+/// @throws          what Upload throws
 VTDIRECT_API bool UploadSourceXliff(const char* path, const char* xliffPath, const char* language);
 
 /// The source XLIFF of a document. UIDs only. Makes requests.

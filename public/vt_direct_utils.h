@@ -11,7 +11,8 @@
 namespace VtDirectUtils {
 
 /// Owns what was made on the disk to hold a local copy and removes it when it is destroyed. A failed removal
-/// is traced and not reported. Belongs to one thread at a time.
+/// is traced and not reported. Any thread may read it; it is destroyed once, when no thread reads it any
+/// more.
 class VTDIRECT_API LocalFileHolder {
  public:
   /// A host may build one for a file of its own, so that local and server files are handled alike.
@@ -34,7 +35,8 @@ class VTDIRECT_API LocalFileHolder {
   bool tempIsDirectory_;
 };
 
-/// Downloads an object into a temporary directory of its own, on this thread. Makes requests.
+/// Downloads an object into a temporary directory of its own, on this thread. Makes requests. May be called
+/// from any thread at any time, as the functions of VtDirectManager may.
 /// @return null on failure
 VTDIRECT_API std::unique_ptr<LocalFileHolder> GetLocalFile(const char* path);
 

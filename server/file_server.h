@@ -15,8 +15,9 @@
 ///
 /// Paths are relative to the server; an id is a CheckoutId or a plain object id, never a whole UID. A text
 /// result is empty on failure. Everything runs on the caller's thread and blocks on the network where a
-/// comment says that requests are made; no lock is taken. No server failure leaves an operation as an
-/// exception.
+/// comment says that requests are made. Any number of threads may use one server at once. No server failure
+/// leaves an operation as an exception, but for a stream id that is no number: it leaves the three that store
+/// a file.
 namespace lxservices::cms_interface {
 
 class CheckoutServer;
@@ -50,9 +51,11 @@ class FileServer {
   /// True. Nothing calls it; its place among the operations is kept.
   [[nodiscard]] virtual bool AlwaysTrue() = 0;
   /// Creates a document at a path. Makes requests.
+  /// @throws std::invalid_argument, std::out_of_range  as UploadContents does
   virtual Status UploadNew(const char* path, const DocumentUploadParams& params, FileInfo& info,
                            ProgressFunction progress) = 0;
   /// Makes a new iteration of a document. Makes requests.
+  /// @throws what UploadNew throws
   virtual Status UploadIteration(const char* id, const DocumentUploadParams& params, FileInfo& info,
                                  ProgressFunction progress) = 0;
   /// Lists files and directories: name, id, isDirectory. Makes requests.
@@ -103,6 +106,7 @@ class CheckoutServer {
   /// Throws a working copy away.
   [[nodiscard]] virtual bool UndoCheckout(const char* id, FileInfo& info) = 0;
   /// Puts a new iteration into the workspace of a checkout.
+  /// @throws std::invalid_argument, std::out_of_range  as UploadContents does
   virtual Status Store(const char* id, const DocumentUploadParams& params, ProgressFunction progress) = 0;
   /// Makes a working copy the document's next iteration.
   [[nodiscard]] virtual bool Checkin(const char* id, FileInfo& info) = 0;

@@ -7,7 +7,7 @@
 namespace lxservices::cms_interface::vantry {
 
 /// Creates a document at a path below a context's folders or in one of its workspaces. Makes requests, on
-/// this thread. A version in the path is dropped.
+/// this thread. A version in the path is dropped. Throws what UploadContents throws.
 /// @return Refused when the context or the workspace is not found, NotFound when the path leads to neither
 ///         section, each traced; else what the creation gave. A folder that is not found is no failure here:
 ///         the server decides.

@@ -23,10 +23,12 @@ class XliffServer {
   virtual ~XliffServer() = default;
 
   /// Uploads the first source XLIFF of a document. A link that fails is traced and no failure.
+  /// @throws std::invalid_argument, std::out_of_range  for a stream id that is no number
   [[nodiscard]] virtual bool UploadSource(const char* id, const char* xliffPath, const char* language,
                                           FileInfo& result,
                                           std::function<bool(std::size_t, std::size_t)> progress) = 0;
   /// Makes a new iteration of a document's source XLIFF, and links it anew.
+  /// @throws what UploadSource throws
   [[nodiscard]] virtual bool UpdateSource(const char* id, const char* xliffPath, FileInfo& result,
                                           std::function<bool(std::size_t, std::size_t)> progress,
                                           const char* language) = 0;

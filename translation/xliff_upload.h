@@ -6,7 +6,7 @@
 #include "documents/reading/file_info.h"
 
 /// The two ways of a source XLIFF to the server. Requests on this thread. A partly successful upload is never
-/// undone, and a link that fails is no failure: it is traced.
+/// undone, and a link that fails is no failure: it is traced. Both throw what UploadContents throws.
 namespace lxservices::cms_interface::vantry {
 
 /// Creates the source XLIFF of a document, where the server's preferences say, and links it.

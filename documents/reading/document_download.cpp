@@ -1,9 +1,9 @@
 #include "documents/reading/document_download.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
+#include <ostream>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -18,26 +18,29 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-// What stands in a local file up to the first zero byte, which is where a traced text ends; empty when it
-// cannot be read. A content whose transfer broke off is large and seldom text, and is not to be taken into
-// memory whole.
-std::string ReadLocalFile(const char* path) {
+/// As much of an answer as a line of a trace is for. A content whose transfer broke off may be large, and is
+/// seldom text.
+constexpr std::size_t tracedLength = 8 * 1024;
+
+// What a local file holds, for a trace line. The file is read when the line is written, and so not at all
+// when nobody listens.
+struct TracedContent {
+  const char* path;
+};
+
+// The beginning of the file up to its first zero byte, which is where a traced text ends; nothing when it
+// cannot be read.
+std::ostream& operator<<(std::ostream& line, const TracedContent& content) {
   // Opening a pipe that nobody writes to would wait for ever, and a device may never end.
   std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) return {};
-  std::FILE* file = du::FileSystem::lxfopen(path, "rb");
-  if (file == nullptr) return {};
-  std::string text;
-  std::array<char, 64 * 1024> piece;
-  bool ended = false;
-  while (!ended) {
-    const std::size_t count = std::fread(piece.data(), 1, piece.size(), file);
-    const std::size_t zero = std::string_view(piece.data(), count).find('\0');
-    ended = count < piece.size() || zero != std::string_view::npos;
-    text.append(piece.data(), std::min(count, zero));
-  }
+  if (!std::filesystem::is_regular_file(content.path, error)) return line;
+  std::FILE* file = du::FileSystem::lxfopen(content.path, "rb");
+  if (file == nullptr) return line;
+  std::array<char, tracedLength> text;
+  const std::size_t count = std::fread(text.data(), 1, text.size(), file);
   std::fclose(file);
-  return text;
+  const std::string_view read(text.data(), count);
+  return line << read.substr(0, read.find('\0'));
 }
 
 }  // namespace
@@ -50,8 +53,8 @@ bool DownloadDocument(ServerContext& server, const char* id, const char* localPa
     return false;
   }
   if (DownloadPrimaryContent(server, record, localPath, std::move(progress)) != 200) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to download file %s with error: %s", TextOrEmpty(id),
-                     ReadLocalFile(TextOrEmpty(localPath)).c_str());
+    VtDirectTracer()(dp::TraceType::Error) << "Failed to download file " << TextOrEmpty(id)
+                                           << " with error: " << TracedContent{TextOrEmpty(localPath)};
     return false;
   }
   info = MakeFileInfo(record);

@@ -13,7 +13,8 @@ namespace lxservices::cms_interface::vantry {
 /// connection of its own to wherever the content lies.
 ///
 /// A temporary CheckoutId downloads the document as it was before the checkout, a workspace form the working
-/// copy. After a failure the local file holds what the server answered, and the caller owns it.
+/// copy. After a failure the local file holds what the server answered, and the caller owns it; the trace
+/// line quotes the beginning of it, up to 8 KiB.
 /// @param info  receives the summary, with the id that came in
 /// @return true when the answer was exactly 200; each failure is traced
 [[nodiscard]] bool DownloadDocument(ServerContext& server, const char* id, const char* localPath,

@@ -16,8 +16,10 @@ struct UploadedContent {
 };
 
 /// Uploads local files to the server's content store: a ticket, and one multipart POST to wherever the ticket
-/// says, staged in a temporary file. On this thread. A ticket whose stream ids are no numbers raises
-/// std::invalid_argument or std::out_of_range.
+/// says, staged in a temporary file. On this thread.
+/// @throws std::invalid_argument, std::out_of_range  for a ticket whose stream ids are no numbers, or too
+/// large
+///         ones, before anything is stored
 /// @param paths     a file that cannot be opened, such as a directory, is left out of the body
 /// @param contents  receives one entry for each path, in the order of the paths
 /// @param progress  may be empty; told about the body sent
@@ -29,7 +31,7 @@ Status UploadContents(ServerContext& server, const std::vector<std::string>& pat
                       std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);
 
 /// UploadContents for optional paths: null and empty ones are left out. One behind a gap is traced as a
-/// warning.
+/// warning. Throws what UploadContents throws.
 Status UploadPaths(ServerContext& server, const std::vector<const char*>& paths,
                    std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);
 

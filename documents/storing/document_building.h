@@ -9,7 +9,8 @@
 #include "documents/storing/document_writer.h"
 #include "documents/storing/upload_params.h"
 
-/// From local files to an instruction for the server. Requests run on this thread.
+/// From local files to an instruction for the server. Requests run on this thread. Both throw what
+/// UploadContents throws.
 namespace lxservices::cms_interface::vantry {
 
 /// Sends an instruction to where it belongs.

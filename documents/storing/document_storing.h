@@ -8,7 +8,8 @@
 #include "documents/storing/upload_params.h"
 
 /// The flows that bring local files into documents. Requests run on this thread; each step's failure ends the
-/// flow and is traced, and nothing is undone on the server.
+/// flow and is traced, and nothing is undone on the server. A stream id that is no number leaves each of them
+/// as std::invalid_argument or std::out_of_range, before anything is stored.
 namespace lxservices::cms_interface::vantry {
 
 /// Creates a document in a folder.

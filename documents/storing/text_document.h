@@ -18,6 +18,7 @@ namespace lxservices::cms_interface::vantry {
 /// @param typeId           type of a new document, may be null
 /// @param result           may be null; receives the document or iteration
 /// @param progress         may be empty; told about the body sent
+/// @throws                 what UploadContents throws
 /// @return whether the status of the POST was in 200 to 299; a refusal and an answer that is no JSON are
 /// traced
 [[nodiscard]] bool UpdateTextDocument(ServerContext& server, const DocumentRecord* document,

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <ctime>
+#include <mutex>
+#include <set>
+#include <string>
 
 #include "base/tracers.h"
 #include "connection/url_escape.h"
@@ -21,18 +24,54 @@ bool IsTaken(const WorkspaceList& workspaces, const std::string& name) {
                      [&name](const WorkspaceRecord& workspace) { return workspace.name == name; });
 }
 
+/// The names that the operations of this process try, while there are any. Of several that begin within one
+/// second all but one are refused, and see the same list: without this they would all take the same next
+/// name.
+class TriedNames {
+ public:
+  TriedNames() {
+    const std::lock_guard lock(Shared().mutex);
+    ++Shared().operations;
+  }
+  // What one operation has created may be missing from the list of another that goes on.
+  ~TriedNames() {
+    const std::lock_guard lock(Shared().mutex);
+    if (--Shared().operations == 0) Shared().names.clear();
+  }
+  TriedNames(const TriedNames&) = delete;
+  TriedNames& operator=(const TriedNames&) = delete;
+
+  // Whether nobody else tries the name; from now on this operation does.
+  [[nodiscard]] bool Take(const std::string& name) {
+    const std::lock_guard lock(Shared().mutex);
+    return Shared().names.insert(name).second;
+  }
+
+ private:
+  struct State {
+    std::mutex mutex;
+    int operations = 0;
+    std::set<std::string> names;
+  };
+  static State& Shared() {
+    static State state;
+    return state;
+  }
+};
+
 // A name that no workspace in the list has; empty when none is found. The generator draws from the second of
 // the call, so its tries are worth something only when a second passes between them; the numbered names
 // behind them do not depend on that.
-std::string FindFreeName(const WorkspaceList& workspaces, const char* prefix, Clock clock) {
+std::string FindFreeName(const WorkspaceList& workspaces, const char* prefix, Clock clock,
+                         TriedNames& tried) {
   for (int tries = 0; tries < nameTries; ++tries) {
     std::string name = MakeWorkspaceName(prefix, clock());
-    if (!IsTaken(workspaces, name)) return name;
+    if (!IsTaken(workspaces, name) && tried.Take(name)) return name;
   }
   const std::string stem = MakeWorkspaceName(prefix, clock());
   for (int number = 0; number < nameTries; ++number) {
     std::string name = stem + std::to_string(number);
-    if (!IsTaken(workspaces, name)) return name;
+    if (!IsTaken(workspaces, name) && tried.Take(name)) return name;
   }
   return {};
 }
@@ -72,13 +111,15 @@ std::string CreateTemporaryWorkspace(ServerContext& server, const std::string& c
   WorkspaceRecord workspace;
   const char* prefix = server.settings().temporaryWorkspacePrefix.c_str();
   const char* description = server.settings().temporaryWorkspaceDescription.c_str();
+  TriedNames tried;
   std::string name = MakeWorkspaceName(prefix, clock());
+  (void)tried.Take(name);
   if (CreateWorkspace(server, contextId, name, workspace, description)) return workspace.id;
   WorkspaceList workspaces;
   (void)ListWorkspaces(server, contextId, workspaces);
   // The name was free, so the refusal had another reason, and another name would be refused as well.
   if (!IsTaken(workspaces, name)) return {};
-  name = FindFreeName(workspaces, prefix, clock);
+  name = FindFreeName(workspaces, prefix, clock, tried);
   if (name.empty()) return {};
   return CreateWorkspace(server, contextId, name, workspace, description) ? workspace.id : std::string();
 }

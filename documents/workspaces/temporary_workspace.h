@@ -30,7 +30,7 @@ using Clock = std::uint32_t (*)();
 [[nodiscard]] std::uint32_t SystemSeconds();
 
 /// Creates a workspace for one checkout: one POST, and after a refusal a list of the names taken and a second
-/// POST with a free one.
+/// POST with a free one. Operations on several threads at once take names apart from each other.
 /// @return its id; the empty text when it cannot be made
 [[nodiscard]] std::string CreateTemporaryWorkspace(ServerContext& server, const std::string& contextId,
                                                    Clock clock = SystemSeconds);

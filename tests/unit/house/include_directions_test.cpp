@@ -223,6 +223,33 @@ TEST(IncludeDirections, NothingAboveThePlatformIncludesASystemHeader) {
   }
 }
 
+// The comment above a declaration.
+std::string CommentAbove(const std::vector<std::string>& lines, const std::string& declaration) {
+  std::string comment;
+  for (const std::string& line : lines) {
+    if (StartsWith(line, "///")) {
+      comment += line + "\n";
+    } else if (StartsWith(line, declaration)) {
+      return comment;
+    } else {
+      comment.clear();
+    }
+  }
+  return "no " + declaration;
+}
+
+// What a host does not know of, it does not catch; on a runner's thread that ends the process.
+TEST(PublicHeader, TellsWhichFunctionsThrow) {
+  std::ifstream header(root / "public/vt_direct_manager.h");
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(header, line);) lines.push_back(line);
+  for (const char* function : {"Upload(const char* path", "Upload(FileType kind",
+                               "UploadAsync(const char* path", "UploadFenletAsync(", "UploadSourceXliff("}) {
+    const std::string comment = CommentAbove(lines, std::string("VTDIRECT_API bool ") + function);
+    EXPECT_NE(comment.find("throw"), std::string::npos) << function << ":\n" << comment;
+  }
+}
+
 TEST(IncludeDirections, TheTestSeesTheTree) {
   // A wrong root would let every test above pass on nothing.
   for (const char* folder :

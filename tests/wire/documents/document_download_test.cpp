@@ -1,5 +1,6 @@
 #include "documents/reading/document_download.h"
 
+#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <utility>
@@ -22,6 +23,12 @@ std::string DocumentWith(const std::string& contentSections) {
 
 std::string DocumentAt(const std::string& url) {
   return DocumentWith(R"({"fileSize":5,"contentUrl":[")" + url + R"("]})");
+}
+
+// The files that the library has opened by the platform.
+Lines& OpenedFiles() {
+  static Lines files;
+  return files;
 }
 
 class Download : public ConnectedTest {
@@ -158,17 +165,40 @@ TEST_F(Download, TriesNoSecondUrl) {
 }
 
 TEST_F(Download, TracesTheWholeOfARefusalAndLeavesItInTheFile) {
-  const std::string answer = "<html>\n" + std::string(100'000, 'e') + "</html>\n";
+  const std::string answer = "<html>\n" + std::string(5'000, 'e') + "</html>\n";
   transport.Then(200, DocumentAt(contentUrl)).Then(403, answer);
   ExpectFailure(answer);
   EXPECT_EQ(ReadFile(file), answer);
 }
 
 TEST_F(Download, TracesAnAnswerUpToItsFirstZeroByte) {
-  const std::string head(70'000, 'x');
+  const std::string head(7'000, 'x');
   transport.Then(200, DocumentAt(contentUrl))
       .Then(403, head + std::string(1, '\0') + std::string(70'000, 'y'));
   ExpectFailure(head);
+}
+
+// A content whose transfer broke off is as large as it got, and a trace is for reading.
+TEST_F(Download, TracesTheBeginningOfALongAnswerAlone) {
+  const std::string answer = "<html>\n" + std::string(1 << 20, 'e');
+  transport.Then(200, DocumentAt(contentUrl)).Then(Answer{0, answer, du::http::ErrorCode::ProtocolFailure});
+  ExpectFailure(answer.substr(0, 8192));
+  EXPECT_TRUE(ReadFile(file) == answer);
+}
+
+TEST_F(Download, ReadsNothingOfAnAnswerThatNobodyWillSee) {
+  transport.Then(200, DocumentAt(contentUrl))
+      .Then(403, "no")
+      .Then(200, DocumentAt(contentUrl))
+      .Then(403, "no");
+  OpenedFiles().clear();
+  EXPECT_FALSE(Run("D1"));
+  EXPECT_EQ(OpenedFiles(), Lines{file});
+  unsetenv("FENLOOM_TRACE");
+  dp::SetTraceHandler({});
+  OpenedFiles().clear();
+  EXPECT_FALSE(Run("D1"));
+  EXPECT_TRUE(OpenedFiles().empty());
 }
 
 TEST_F(Download, TakesNoOtherSuccessThan200) {
@@ -265,4 +295,17 @@ TEST_F(ContentDownload, GivesZeroWhenThereIsNothingToFetch) {
   EXPECT_TRUE(trace.lines().empty());
 }
 
+void NoteOpenedFile(const char* path) {
+  OpenedFiles().emplace_back(path != nullptr ? path : "(null)");
+}
+
 }  // namespace
+
+// The linker sends the platform's lxfopen through here (see CMakeLists.txt).
+extern "C" {
+std::FILE* __real__ZN2du10FileSystem7lxfopenEPKcS2_(const char*, const char*);
+std::FILE* __wrap__ZN2du10FileSystem7lxfopenEPKcS2_(const char* path, const char* mode) {
+  NoteOpenedFile(path);
+  return __real__ZN2du10FileSystem7lxfopenEPKcS2_(path, mode);
+}
+}

@@ -344,5 +344,15 @@ TEST_F(SourceUpdateOfNothing, FailsWithoutASourceXliff) {
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
+TEST_F(SourceUpload, LetsAStreamIdThatIsNoNumberOutAsAnException) {
+  ThenPreferences(CabinetPreferences());
+  transport.Then(200, cabinetAnswer);
+  ThenNonce();
+  transport.Then(200, R"({"masterUrl":"m","uploadUrl":"https://files.example/u","fileNames":["f1"],)"
+                      R"("streamIds":["none"]})");
+  EXPECT_THROW((void)Upload(), std::invalid_argument);
+  EXPECT_EQ(transport.lines().back(), Post(factoryPath));
+}
+
 }  // namespace
 }  // namespace vtdirect_test

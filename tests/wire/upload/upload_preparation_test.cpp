@@ -76,11 +76,47 @@ TEST_F(UploadPreparation, TakesAUidWithoutAnIdForAPath) {
   EXPECT_EQ(statuses, Lines{"7 (null)"});
 }
 
-TEST_F(UploadPreparation, RefusesAFileNameThatIsNull) {
-  EXPECT_FALSE(Upload(uidOfD1, nullptr, "", noLinks, Status(), {}, nullptr, false));
-  EXPECT_FALSE(Upload(uidOfD1, mainPath.c_str(), nullptr, noLinks, Status(), {}, nullptr, false));
+TEST_F(UploadPreparation, TellsOfAContentThatIsNullAndAsksNobody) {
+  for (const auto& [path, code] : std::map<std::string, std::string>{
+           {"//plm/Products/Gadget/Folders/a", "7 (null)"},
+           {uidOfD1, "8 (null)"},
+           {temporaryUid, "9 (null)"},
+           {uidStem + "D2|W1", "9 (null)"},
+       }) {
+    statuses.clear();
+    trace.Clear();
+    EXPECT_FALSE(Upload(path.c_str(), nullptr, "", noLinks, Status(), {}, nullptr, false));
+    EXPECT_FALSE(Upload(FileTypeGeneral, path.c_str(), nullptr, Status(), {}, nullptr, false));
+    EXPECT_FALSE(UploadAsync(path.c_str(), nullptr, "", noLinks, Status(), {}, nullptr, false));
+    EXPECT_FALSE(UploadAsync(FileTypeGeneral, path.c_str(), nullptr, Status(), {}, nullptr, false));
+    EXPECT_FALSE(UploadFenletAsync(path.c_str(), nullptr, UploadFenletParams{}, Status(), {}, false));
+    EXPECT_EQ(statuses, Lines(5, code)) << path;
+    EXPECT_EQ(trace.lines(), Traces(5, Error("No local file to store at " + path + "\n")));
+  }
   EXPECT_THAT(transport.lines(), IsEmpty());
+}
+
+TEST_F(UploadPreparation, OfNothingAtNoAddressIsSilent) {
+  EXPECT_FALSE(Upload(nullptr, nullptr, nullptr, noLinks, Status(), {}, nullptr, false));
+  EXPECT_FALSE(UploadFenletAsync(nullptr, nullptr, UploadFenletParams{}, Status(), {}, false));
   EXPECT_THAT(statuses, IsEmpty());
+  EXPECT_THAT(trace.lines(), IsEmpty());
+  EXPECT_THAT(transport.lines(), IsEmpty());
+}
+
+TEST_F(UploadPreparation, TakesAViewableThatIsNullForNone) {
+  for (const bool later : {false, true}) {
+    SCOPED_TRACE(later);
+    ThenPlainDocument();
+    ThenIterate();
+    const char* main = mainPath.c_str();
+    EXPECT_TRUE(later ? UploadFenletAsync(uidOfD1, main, UploadFenletParams{}, Status(), {}, false)
+                      : Upload(uidOfD1, main, nullptr, noLinks, Status(), {}, nullptr, false));
+    UpdateServerList({});
+    UpdateServerList({{"plm", plmUrl}});
+  }
+  EXPECT_EQ(statuses, Lines(2, "0 " + storedUid));
+  EXPECT_EQ(Traced(), (Traces{Storing(), uploaded, Storing(), uploaded}));
 }
 
 }  // namespace
