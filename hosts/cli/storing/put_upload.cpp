@@ -20,15 +20,27 @@ class CopyCheck {
     if (done_) return true;
     done_ = true;
     std::uint64_t size = 0;
-    for (const LocalSource& source : sources_) {
-      size += source.size();
-      if (!IsUnchanged(source)) outcome.changedFile = source.path;
-    }
+    for (const LocalSource& source : sources_) size += source.size();
+    LookForChanges(outcome);
     outcome.copyIsShort = copied < size;
     return outcome.changedFile.empty() && !outcome.copyIsShort;
   }
 
+  // Of an upload that failed: whether it ended because the copy could not be made. The library sends none
+  // that is not whole, and has then told of no progress.
+  void LookAtFailure(PutOutcome& outcome) const {
+    if (done_ || !FirstTracedError().starts_with("Failed to write upload file ")) return;
+    LookForChanges(outcome);
+    outcome.copyIsShort = true;
+  }
+
  private:
+  void LookForChanges(PutOutcome& outcome) const {
+    for (const LocalSource& source : sources_) {
+      if (!IsUnchanged(source)) outcome.changedFile = source.path;
+    }
+  }
+
   std::vector<LocalSource> sources_;
   bool done_ = false;
 };
@@ -107,6 +119,7 @@ PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& tar
   report.Tell("nothing was stored");
   ForgetTracedErrors(target.miss);
   Send(request, target, links, ProgressOf(request, target, report, check, line, outcome), outcome);
+  if (!outcome.stored) check.LookAtFailure(outcome);
   line.Clear();
   return outcome;
 }

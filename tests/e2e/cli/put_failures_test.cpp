@@ -156,7 +156,7 @@ TEST_F(PutFailure, ForWantOfAnyRoomBlamesNoServer) {
   fileSizeLimit_ = 120;
   const ProcessResult result = Run({"put", "f", kFrame});
   EXPECT_EQ(result.status, 8);
-  EXPECT_THAT(result.err, HasSubstr(" (cannot write temp"));
+  EXPECT_THAT(result.err, HasSubstr("could not be copied whole"));
 }
 
 TEST_F(PutFailure, OfTheUploadsAnswerLeavesNothing) {
