@@ -22,7 +22,7 @@ SettingsSlot& Slot() {
 // Replaces the record by a changed copy. Whoever holds the old one goes on reading it.
 template <typename Change>
 void ChangeSettings(Change change) {
-  std::shared_ptr<const Settings> settings;  // released behind the lock
+  std::shared_ptr<const Settings> settings;  // released after the lock
   const std::lock_guard lock(Slot().mutex);
   auto changed = std::make_shared<Settings>(*Slot().settings);
   change(*changed);

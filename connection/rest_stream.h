@@ -28,7 +28,7 @@ namespace lxservices::cms_interface::vantry {
 /// with this object. It is read by its file stream or its memory stream, of which at most one is set, from
 /// its first byte to its last, and after Rewind once more. Used by one thread at a time. The read buffer
 /// lives inside, so the object is neither copied nor moved: build it on the stack, or shared when reading
-/// goes on behind the function that sent the request.
+/// goes on after the function that sent the request.
 class RestStream {
  public:
   static constexpr std::size_t memoryLimit = 0x80000;

@@ -1,7 +1,7 @@
 #include "connection/scoped_temp_path.h"
 
 #include <cerrno>
-#include <cstring>
+#include <system_error>
 #include <utility>
 
 #include "base/tracers.h"
@@ -23,7 +23,9 @@ void RemoveTempPath(const std::string& path, bool isDirectory, const dp::LXTrace
       tracer(dp::TraceType::Error, "Failed to delete path %s", path.c_str());
     }
   } else if (du::FileSystem::Unlink(path.c_str(), false) == -1) {
-    tracer(dp::TraceType::Error, "Failed to unlink file %s: %s", path.c_str(), std::strerror(errno));
+    // Not strerror, whose text another thread may write over.
+    const std::string reason = std::generic_category().message(errno);
+    tracer(dp::TraceType::Error, "Failed to unlink file %s: %s", path.c_str(), reason.c_str());
   }
 }
 

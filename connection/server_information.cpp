@@ -35,7 +35,7 @@ void ReadLine(const std::string& line, ServerInfo& info) {
 }
 
 // Takes the next line, without its line feed; a longer one than there can be is given as an empty one. False
-// behind the last line.
+// after the last line.
 bool TakeLine(std::streambuf& document, std::string& line) {
   using Traits = std::streambuf::traits_type;
   line.clear();

@@ -10,7 +10,7 @@ std::shared_ptr<const ServerTable> ManagerState::table() const {
 }
 
 bool ManagerState::ReplaceTable(const std::shared_ptr<const ServerTable>& seen, ServerTable next) {
-  // The table that goes may hold the last share of a server; it is released behind the lock.
+  // The table that goes may hold the last share of a server; it is released after the lock.
   std::shared_ptr<const ServerTable> table = std::make_shared<const ServerTable>(std::move(next));
   const std::lock_guard lock(tableMutex_);
   if (table_ != seen) return false;

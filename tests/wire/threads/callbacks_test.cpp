@@ -14,7 +14,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // Questions to the same server, and to the same document, that cost requests; and every function that changes
-// what the operation around them stands on.
+// what the operation around them goes by.
 bool AskAndChangeAll() {
   std::string current;
   std::string latest;

@@ -85,15 +85,31 @@ TEST(ServerList, KeepsAServerObjectThatAllThreadsListAgain) {
 TEST(ServerList, IsBuiltAgainWhenItChangedMeanwhile) {
   ThreadedHost host;
   std::atomic<int> connections = 0;
+  std::shared_ptr<lxservices::cms_interface::FileServer> inner;
   host.transport.OnConnect([&](const std::string& url) {
-    if (url == "https://new.example/" && ++connections == 1) {
-      UpdateServerList({{"inner", "https://inner.example/"}, {"plm", plmUrl}});
-    }
+    if (url != "https://new.example/" || ++connections != 1) return;
+    UpdateServerList({{"inner", "https://inner.example/"}, {"plm", plmUrl}});
+    inner = TableNow().servers.at("korvufenloom-vt://inner.example/");
   });
   UpdateServerList({{"new", "https://new.example"}, {"inner", "https://inner.example"}});
   EXPECT_EQ(Nicknames(), (std::vector<std::string>{"inner", "new"}));
+  // The server of the list in between is kept, as it would be if that had been written before.
+  EXPECT_EQ(TableNow().servers.at("korvufenloom-vt://inner.example/"), inner);
   // What the first try made serves the second.
   EXPECT_EQ(connections, 1);
+}
+
+TEST(ServerList, LosesNoServerThatIsEnteredWhileAnotherOneIs) {
+  ThreadedHost host;
+  std::atomic<bool> entered = false;
+  host.transport.OnConnect([&](const std::string& url) {
+    // The URL as it is entered; the check before that uses it as it was given.
+    if (url != "https://first.example/vt/" || entered.exchange(true)) return;
+    EXPECT_NE(UIDFromVantryParams("https://second.example/vt", "D1", nullptr, true), "");
+  });
+  EXPECT_NE(UIDFromVantryParams("https://first.example/vt", "D1", nullptr, true), "");
+  EXPECT_TRUE(entered);
+  EXPECT_EQ(Nicknames(), (std::vector<std::string>{"down", "first.example", "plm", "second.example"}));
 }
 
 TEST(CacheFlag, IsTakenByOneThreadAlone) {
