@@ -70,22 +70,21 @@ TEST_F(Knowledge, GivesWholeGroupsOfServices) {
   EXPECT_EQ(knowledge.Services(), all);
 }
 
-TEST_F(Knowledge, LosesNoYesOfFeaturesAndTranslation) {
-  const auto failed = [&] {
-    knowledge.LearnFeatures({});
-    knowledge.LearnTranslates(false);
+TEST_F(Knowledge, LosesNoYesOfFeatures) {
+  const ServerFeatures yes{true, true};
+  const auto isWhole = [](const std::optional<ServerFeatures>& features) {
+    return !features || features->separatedSources == features->vcsInfo;
   };
-  const auto succeeded = [&] {
-    Expect(knowledge.LearnFeatures({true, true}) == ServerFeatures{true, true});
-    Expect(knowledge.LearnTranslates(true));
-  };
-  const auto read = [&] {
-    const auto features = knowledge.Features();
-    Expect(!features || features->separatedSources == features->vcsInfo);
-    (void)knowledge.Translates();
-  };
-  Together({Often(failed), Often(succeeded), Often(read)});
-  EXPECT_EQ(knowledge.Features(), (ServerFeatures{true, true}));
+  Together({Often([&] { knowledge.LearnFeatures({}); }),
+            Often([&] { Expect(knowledge.LearnFeatures(yes) == yes); }),
+            Often([&] { Expect(isWhole(knowledge.Features())); })});
+  EXPECT_EQ(knowledge.Features(), yes);
+}
+
+TEST_F(Knowledge, LosesNoYesOfTranslation) {
+  Together({Often([&] { knowledge.LearnTranslates(false); }),
+            Often([&] { Expect(knowledge.LearnTranslates(true)); }),
+            Often([&] { (void)knowledge.Translates(); })});
   EXPECT_EQ(knowledge.Translates(), true);
 }
 
