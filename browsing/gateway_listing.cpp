@@ -70,8 +70,8 @@ void DeliverListing(const rapidjson::Value& listing, const DirEntryCallback& cal
   }
 }
 
-// The answer that an open folder is read from. Parsed at each listing and not once for all: it may be large and a handle
-// may be held for long, and as a document it takes more memory than its text.
+// The answer that an open folder is read from. Parsed at each listing and not once for all: it may be large
+// and a handle may be held for long, and as a document it takes more memory than its text.
 struct KeptAnswer {
   KeptAnswer(ServerContext& server, const std::string& path)
       : stream(MakeGetRequest(server.http(), path.c_str(), nullptr), {}) {}
