@@ -1,24 +1,37 @@
 #pragma once
 
+#include <limits>
 #include <string>
 
 #include "export.h"
 
-/// Limits and trust of the default platform's transport, process-wide.
+/// Limits, connections and trust of the default platform's transport, process-wide.
 namespace du::http {
 
+/// For every limit below that counts time: no limit.
+inline constexpr long neverTimesOut = std::numeric_limits<long>::max();
+
+/// How the transport waits, keeps connections and trusts. Of each number below, zero or less means the
+/// default unless it says otherwise, and any larger value works.
 struct TransportSettings {
-  /// Longest time to set up a connection, in milliseconds. Zero or less means the default.
+  /// Longest time to set up a connection with all that belongs to it (name, TCP, proxy, TLS), in
+  /// milliseconds. Counts up to 24 days; what is longer means these.
   long connectTimeoutMilliseconds = 30'000;
-  /// An exchange that moves no byte for this long is ended, at most a second later. Zero or less means the
-  /// default.
+  /// An exchange is ended when no byte of its body goes out, or no byte of an answer that has begun comes in,
+  /// for this long, at most a second later.
   long stallTimeoutSeconds = 60;
+  /// Longest wait for the first byte of an answer, once the request is out. A server may have much to search
+  /// before it answers, so this is far more than the stall limit.
+  long firstByteTimeoutSeconds = 300;
+  /// The same for a request with a body, once the body is out: a server that stores a large file may work on
+  /// it for minutes.
+  long firstByteAfterBodyTimeoutSeconds = 900;
   /// File of trusted certificates in PEM form, in place of the system's; empty means the system's.
   std::string certificateAuthorityFile;
-  /// Answers with a demand for authentication that one request will follow up with a further try; zero means
-  /// none.
+  /// Answers with a demand for authentication that one request will follow up with a further try; zero or
+  /// less means none.
   int authenticationTries = 3;
-  /// Redirects that one GET follows; zero means none.
+  /// Redirects that one GET follows; zero or less means none.
   int redirects = 10;
 };
 

@@ -1,6 +1,7 @@
 #include "platform_default/curl_connection.h"
 
-#include <chrono>
+#include <algorithm>
+#include <limits>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -93,7 +94,10 @@ void CurlConnection::SetFixedOptions() {
 
 void CurlConnection::SetLimits(const du::http::TransportSettings& settings) {
   CURL* handle = handle_.get();
-  curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, settings.connectTimeoutMilliseconds);
+  // The largest value that every part of curl can hold: 24 days.
+  constexpr long longestWait = std::numeric_limits<int>::max();
+  curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS,
+                   std::min(settings.connectTimeoutMilliseconds, longestWait));
   // A file named by the host replaces the system's trust and does not add to it.
   const bool named = !settings.certificateAuthorityFile.empty();
   curl_easy_setopt(handle, CURLOPT_CAINFO,
@@ -159,7 +163,9 @@ ErrorCode CurlConnection::Send(const OutgoingRequest& request, du::http::FileSin
 
 ErrorCode CurlConnection::SendAlone(const OutgoingRequest& request, du::http::FileSink& sink,
                                     const du::http::TransportSettings& settings, int* httpStatus) {
-  exchange_.Start(request.body, &sink, std::chrono::seconds(settings.stallTimeoutSeconds));
+  exchange_.Start(request.body, &sink,
+                  {settings.stallTimeoutSeconds, settings.firstByteTimeoutSeconds,
+                   settings.firstByteAfterBodyTimeoutSeconds});
   SetLimits(settings);
   SetMethod(request);
   SetHeaderLines(request);

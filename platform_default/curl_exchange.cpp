@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <string_view>
 #include <utility>
 
@@ -33,6 +34,10 @@ int StatusOf(std::string_view line) {
   return status;
 }
 
+TransferClock::Time Now() {
+  return std::chrono::steady_clock::now();
+}
+
 }  // namespace
 
 void CurlExchange::Attach(CURL* handle) {
@@ -54,8 +59,7 @@ void CurlExchange::Attach(CURL* handle) {
   curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, this);
 }
 
-void CurlExchange::Start(du::http::FileSource* body, du::http::FileSink* sink,
-                         std::chrono::seconds stallLimit) {
+void CurlExchange::Start(du::http::FileSource* body, du::http::FileSink* sink, const TimeLimits& limits) {
   body_ = body;
   sink_ = sink;
   bodySize_ = body == nullptr ? std::nullopt : body->Size();
@@ -67,10 +71,7 @@ void CurlExchange::Start(du::http::FileSource* body, du::http::FileSink* sink,
   begun_ = false;
   failure_ = ErrorCode::Done;
   thrown_ = nullptr;
-  stallLimit_ = stallLimit;
-  lastMove_.reset();
-  received_ = 0;
-  sent_ = 0;
+  clock_.Reset(limits);
 }
 
 ErrorCode CurlExchange::Perform(int* httpStatus) {
@@ -104,7 +105,7 @@ std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, v
     exchange.failure_ = ErrorCode::ProtocolFailure;
     return 0;
   }
-  if (exchange.lastMove_) exchange.lastMove_ = std::chrono::steady_clock::now();
+  exchange.clock_.AnswerArrives(Now());
   exchange.ReadHeaderLine({data, count});
   return count;
 }
@@ -118,6 +119,7 @@ void CurlExchange::ReadHeaderLine(std::string_view line) {
     if (status == 401) unauthorizedSeen_ = true;
   } else if (line == "\r\n" || line == "\n") {
     headerEnded_ = true;
+    if (status_ < 200) clock_.AnswerWasInterim();
   }
 }
 
@@ -160,6 +162,7 @@ std::size_t CurlExchange::ReadBody(std::uint8_t* buffer, std::size_t capacity) {
   if (bodySize_)
     capacity = static_cast<std::size_t>(std::min<std::uint64_t>(capacity, *bodySize_ - bodySent_));
   if (capacity == 0) return 0;
+  clock_.BodyBegins();
   std::size_t count = 0;
   failure_ = body_->Read(buffer, capacity, &count);
   // A source that ends before the length it announced leaves the server waiting for the rest.
@@ -167,6 +170,8 @@ std::size_t CurlExchange::ReadBody(std::uint8_t* buffer, std::size_t capacity) {
   if (failure_ == ErrorCode::Done && broken) failure_ = ErrorCode::LocalFileFailure;
   if (failure_ != ErrorCode::Done) return CURL_READFUNC_ABORT;
   bodySent_ += count;
+  // How much of a body of unknown length is still on its way can't be told from outside.
+  if (count == 0) clock_.BodyIsOut();
   return count;
 }
 
@@ -193,26 +198,19 @@ int CurlExchange::OnSeek(void* self, curl_off_t offset, int origin) {
 
 int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) {
   auto& exchange = *static_cast<CurlExchange*>(self);
-  if (!exchange.HasStalled(received, sent)) return 0;
+  if (exchange.BodyIsOut(sent)) exchange.clock_.BodyIsOut();
+  if (!exchange.clock_.HasRunOut(Now(), received, sent)) return 0;
   exchange.failure_ = ErrorCode::TimedOut;
   return 1;
 }
 
-bool CurlExchange::HasStalled(curl_off_t received, curl_off_t sent) {
-  // Until the connection stands, the connect limit alone counts.
-  if (!lastMove_) return false;
-  const auto now = std::chrono::steady_clock::now();
-  if (received != received_ || sent != sent_) {
-    received_ = received;
-    sent_ = sent;
-    lastMove_ = now;
-    return false;
-  }
-  return now - *lastMove_ >= stallLimit_;
+bool CurlExchange::BodyIsOut(curl_off_t sent) const {
+  const std::uint64_t size = bodySize_.value_or(0);
+  return size > 0 && bodySent_ >= size && static_cast<std::uint64_t>(sent) >= size;
 }
 
 int CurlExchange::OnRequestStarts(void* self, char*, char*, int, int) {
-  static_cast<CurlExchange*>(self)->lastMove_ = std::chrono::steady_clock::now();
+  static_cast<CurlExchange*>(self)->clock_.RequestStarts(Now());
   return CURL_PREREQFUNC_OK;
 }
 

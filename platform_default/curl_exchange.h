@@ -2,7 +2,6 @@
 
 #include <curl/curl.h>
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -10,6 +9,7 @@
 #include <string_view>
 
 #include "platform/http.h"
+#include "platform_default/transfer_clock.h"
 
 namespace vtdirect::platform {
 
@@ -24,9 +24,9 @@ class CurlExchange {
   void Attach(CURL* handle);
 
   /// Prepares the next exchange.
-  /// @param body  null for a request without one; it stands at its start
-  /// @param stallLimit  an exchange that moves no byte for this long once it is connected is ended
-  void Start(du::http::FileSource* body, du::http::FileSink* sink, std::chrono::seconds stallLimit);
+  /// @param body    null for a request without one; it is at its first byte
+  /// @param limits  end an exchange that waits too long once it is connected
+  void Start(du::http::FileSource* body, du::http::FileSink* sink, const TimeLimits& limits);
 
   /// Performs the exchange that was prepared. Throws what a source or a sink has thrown.
   /// @param httpStatus  receives the status when the result is `Done`, and 413 with `TooLarge`
@@ -47,7 +47,7 @@ class CurlExchange {
   void ReadHeaderLine(std::string_view line);
   [[nodiscard]] bool BeginSink();
   [[nodiscard]] std::size_t ReadBody(std::uint8_t* buffer, std::size_t capacity);
-  [[nodiscard]] bool HasStalled(curl_off_t received, curl_off_t sent);
+  [[nodiscard]] bool BodyIsOut(curl_off_t sent) const;
   [[nodiscard]] du::http::ErrorCode Conclude(CURLcode result);
 
   /// The handle lives on and may close its socket at any later time: nothing of the caller's stays behind the
@@ -76,10 +76,7 @@ class CurlExchange {
       du::http::ErrorCode::Done;  ///< what a source or a sink ended the exchange with
   std::exception_ptr thrown_;
 
-  std::chrono::seconds stallLimit_{0};
-  std::optional<std::chrono::steady_clock::time_point> lastMove_;  ///< set once the connection stands
-  curl_off_t received_ = 0;
-  curl_off_t sent_ = 0;
+  TransferClock clock_;
 };
 
 }  // namespace vtdirect::platform

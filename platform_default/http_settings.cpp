@@ -21,10 +21,13 @@ SettingsSlot& Slot() {
 void SetTransportSettings(const TransportSettings& settings) {
   const TransportSettings defaults;
   TransportSettings sound = settings;
-  if (sound.connectTimeoutMilliseconds <= 0) {
-    sound.connectTimeoutMilliseconds = defaults.connectTimeoutMilliseconds;
-  }
-  if (sound.stallTimeoutSeconds <= 0) sound.stallTimeoutSeconds = defaults.stallTimeoutSeconds;
+  const auto takeDefault = [&sound, &defaults](auto TransportSettings::*limit) {
+    if (sound.*limit <= 0) sound.*limit = defaults.*limit;
+  };
+  takeDefault(&TransportSettings::connectTimeoutMilliseconds);
+  takeDefault(&TransportSettings::stallTimeoutSeconds);
+  takeDefault(&TransportSettings::firstByteTimeoutSeconds);
+  takeDefault(&TransportSettings::firstByteAfterBodyTimeoutSeconds);
   sound.authenticationTries = std::max(sound.authenticationTries, 0);
   sound.redirects = std::max(sound.redirects, 0);
   const std::lock_guard lock(Slot().mutex);
