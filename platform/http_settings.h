@@ -26,6 +26,16 @@ struct TransportSettings {
   /// The same for a request with a body, once the body is out: a server that stores a large file may work on
   /// it for minutes.
   long firstByteAfterBodyTimeoutSeconds = 900;
+  /// Connections that are kept for each origin (scheme, host and port) when no exchange uses them, so that
+  /// the next one needs no new handshake; zero or less keeps none.
+  int idleConnections = 8;
+  /// Longest time that a kept connection stays idle. It is closed by the first exchange with any origin after
+  /// that, since the library starts no thread.
+  long idleSeconds = 60;
+  /// Exchanges with one origin at one time. Further ones wait for a place, in the order in which they came
+  /// and as long as it takes: every exchange that has a place moves bytes or is ended by a limit above. One
+  /// that begins inside another one's callback, source or sink never waits, and may exceed this.
+  int exchangesAtOnce = 16;
   /// File of trusted certificates in PEM form, in place of the system's; empty means the system's.
   std::string certificateAuthorityFile;
   /// Answers with a demand for authentication that one request will follow up with a further try; zero or

@@ -34,6 +34,11 @@ int StatusOf(std::string_view line) {
   return status;
 }
 
+/// A demand for authentication, of the server or of a proxy. Nothing was done of what the request asks for.
+bool IsDemand(int status) {
+  return status == 401 || status == 407;
+}
+
 TransferClock::Time Now() {
   return std::chrono::steady_clock::now();
 }
@@ -59,14 +64,17 @@ void CurlExchange::Attach(CURL* handle) {
   curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, this);
 }
 
-void CurlExchange::Start(du::http::FileSource* body, du::http::FileSink* sink, const TimeLimits& limits) {
-  body_ = body;
-  sink_ = sink;
-  bodySize_ = body == nullptr ? std::nullopt : body->Size();
+void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
+  body_ = parts.body;
+  sink_ = parts.sink;
+  mayRepeat_ = parts.mayRepeat;
+  bodySize_ = body_ == nullptr ? std::nullopt : body_->Size();
   bodySent_ = 0;
   status_ = 0;
   headerEnded_ = false;
-  unauthorizedSeen_ = false;
+  sentBeforeStart_.reset();
+  demandSeen_ = false;
+  connectLimitRanOut_ = false;
   headerBytes_ = 0;
   begun_ = false;
   failure_ = ErrorCode::Done;
@@ -77,6 +85,8 @@ void CurlExchange::Start(du::http::FileSource* body, du::http::FileSink* sink, c
 ErrorCode CurlExchange::Perform(int* httpStatus) {
   const BorrowedEnd borrowedEnd{*this};
   const CURLcode result = curl_easy_perform(handle_);
+  // No other limit is curl's: all the rest end the exchange from the progress function.
+  connectLimitRanOut_ = result == CURLE_OPERATION_TIMEDOUT;
   if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
   const ErrorCode code = Conclude(result);
   if (code == ErrorCode::Done || code == ErrorCode::TooLarge) *httpStatus = status_;
@@ -116,7 +126,7 @@ void CurlExchange::ReadHeaderLine(std::string_view line) {
   if (const int status = StatusOf(line); status != 0) {
     status_ = status;
     headerEnded_ = false;
-    if (status == 401) unauthorizedSeen_ = true;
+    if (IsDemand(status)) demandSeen_ = true;
   } else if (line == "\r\n" || line == "\n") {
     headerEnded_ = true;
     if (status_ < 200) clock_.AnswerWasInterim();
@@ -178,8 +188,9 @@ std::size_t CurlExchange::ReadBody(std::uint8_t* buffer, std::size_t capacity) {
 int CurlExchange::OnSeek(void* self, curl_off_t offset, int origin) {
   auto& exchange = *static_cast<CurlExchange*>(self);
   // curl asks for a second time when a kept connection dies under a request as well. The server may have
-  // acted on what it got by then, and a document must not be created twice: only a 401 allows it.
-  if (offset != 0 || origin != SEEK_SET || exchange.body_ == nullptr || !exchange.unauthorizedSeen_) {
+  // acted on what it got by then, and a document must not be created twice: only a demand for authentication
+  // allows it.
+  if (offset != 0 || origin != SEEK_SET || exchange.body_ == nullptr || !exchange.demandSeen_) {
     return CURL_SEEKFUNC_FAIL;
   }
   try {
@@ -210,13 +221,31 @@ bool CurlExchange::BodyIsOut(curl_off_t sent) const {
 }
 
 int CurlExchange::OnRequestStarts(void* self, char*, char*, int, int) {
-  static_cast<CurlExchange*>(self)->clock_.RequestStarts(Now());
+  auto& exchange = *static_cast<CurlExchange*>(self);
+  const long sent = exchange.RequestBytesSent();
+  // curl starts a request anew when the kept connection under it turns out to be dead. For one that writes,
+  // that is right only while not a byte of it has gone out.
+  const bool isFirst = !exchange.sentBeforeStart_;
+  const bool mayStart = isFirst || exchange.mayRepeat_ || exchange.demandSeen_;
+  if (!mayStart && sent != *exchange.sentBeforeStart_) {
+    exchange.failure_ = ErrorCode::ProtocolFailure;
+    return CURL_PREREQFUNC_ABORT;
+  }
+  exchange.sentBeforeStart_ = sent;
+  exchange.demandSeen_ = false;  // one demand allows one more try
+  exchange.clock_.RequestStarts(Now());
   return CURL_PREREQFUNC_OK;
+}
+
+long CurlExchange::RequestBytesSent() const {
+  long bytes = 0;
+  curl_easy_getinfo(handle_, CURLINFO_REQUEST_SIZE, &bytes);
+  return bytes;
 }
 
 int CurlExchange::OnCloseSocket(void* self, curl_socket_t socket) {
   auto& exchange = *static_cast<CurlExchange*>(self);
-  const bool unanswered = exchange.status_ < 200 || exchange.status_ == 401;
+  const bool unanswered = exchange.status_ < 200 || IsDemand(exchange.status_);
   if (exchange.body_ != nullptr && unanswered && !exchange.begun_) {
     // Sending failed before an answer was read. What the server said before it closed the connection still
     // waits in the socket; over TLS it cannot be read any more.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <mutex>
 
+#include "platform_default/origin_registry.h"
+
 namespace du::http {
 namespace {
 
@@ -14,6 +16,14 @@ struct SettingsSlot {
 SettingsSlot& Slot() {
   static SettingsSlot& slot = *new SettingsSlot;
   return slot;
+}
+
+/// Gives whether the trust has changed.
+bool Store(const TransportSettings& settings) {
+  const std::lock_guard lock(Slot().mutex);
+  const bool other = Slot().settings.certificateAuthorityFile != settings.certificateAuthorityFile;
+  Slot().settings = settings;
+  return other;
 }
 
 }  // namespace
@@ -28,10 +38,14 @@ void SetTransportSettings(const TransportSettings& settings) {
   takeDefault(&TransportSettings::stallTimeoutSeconds);
   takeDefault(&TransportSettings::firstByteTimeoutSeconds);
   takeDefault(&TransportSettings::firstByteAfterBodyTimeoutSeconds);
+  takeDefault(&TransportSettings::idleSeconds);
+  takeDefault(&TransportSettings::exchangesAtOnce);
+  sound.idleConnections = std::max(sound.idleConnections, 0);
   sound.authenticationTries = std::max(sound.authenticationTries, 0);
   sound.redirects = std::max(sound.redirects, 0);
-  const std::lock_guard lock(Slot().mutex);
-  Slot().settings = sound;
+  if (!Store(sound)) return;
+  // Connections and sessions that were made under another trust end, after the new one is there.
+  vtdirect::platform::OriginRegistry::Instance().EndAllSessions();
 }
 
 TransportSettings GetTransportSettings() {
