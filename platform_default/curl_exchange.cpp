@@ -231,6 +231,7 @@ int CurlExchange::OnRequestStarts(void* self, char*, char*, int, int) {
     exchange.failure_ = ErrorCode::ProtocolFailure;
     return CURL_PREREQFUNC_ABORT;
   }
+  if (!isFirst && !exchange.demandSeen_) ++exchange.revivals_;
   exchange.sentBeforeStart_ = sent;
   exchange.demandSeen_ = false;  // one demand allows one more try
   exchange.clock_.RequestStarts(Now());

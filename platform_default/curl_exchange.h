@@ -43,6 +43,10 @@ class CurlExchange {
   /// True when the last exchange was ended by the limit on the time to connect.
   [[nodiscard]] bool ConnectLimitRanOut() const { return connectLimitRanOut_; }
 
+  /// How often a kept connection has died under a request of this handle, which curl then sent over a new
+  /// one.
+  [[nodiscard]] int Revivals() const { return revivals_; }
+
   /// The length of the body that `Start` was given, if it is known.
   [[nodiscard]] std::optional<std::uint64_t> BodySize() const { return bodySize_; }
 
@@ -85,6 +89,7 @@ class CurlExchange {
   std::optional<long> sentBeforeStart_;  ///< set once a request of this exchange has started
   bool demandSeen_ = false;  ///< the last answer was a 401 or 407; only then may a body go out once more
   bool connectLimitRanOut_ = false;
+  int revivals_ = 0;
   std::size_t headerBytes_ = 0;
   bool begun_ = false;  ///< the sink has been begun
 

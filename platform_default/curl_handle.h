@@ -48,6 +48,11 @@ class CurlHandle {
   [[nodiscard]] du::http::ErrorCode Send(const OutgoingRequest& request, du::http::FileSink& sink,
                                          const du::http::TransportSettings& settings, int* httpStatus);
 
+  /// True when this handle is not to be used any more. curl counts over a handle's whole life how often a
+  /// kept connection has died under a request, and from the sixth time on reports that instead of trying
+  /// again.
+  [[nodiscard]] bool IsWorn() const { return exchange_.Revivals() >= 4; }
+
   // What the last exchange has shown.
 
   /// Where its answer redirects to, as an absolute URL; empty when it does not.

@@ -46,7 +46,7 @@ std::unique_ptr<CurlHandle> OriginState::TakeHandle(const OriginSession& session
 void OriginState::GiveBack(std::unique_ptr<CurlHandle> handle, const du::http::TransportSettings& settings) {
   std::unique_ptr<CurlHandle> oldest;  // closed after the lock is gone, as is the handle that isn't kept
   const std::lock_guard lock(mutex_);
-  if (handle->session() != session_ || settings.idleConnections == 0) return;
+  if (handle->IsWorn() || handle->session() != session_ || settings.idleConnections == 0) return;
   if (idle_.size() >= static_cast<std::size_t>(settings.idleConnections)) {
     oldest = std::move(idle_.front().handle);
     idle_.erase(idle_.begin());

@@ -43,8 +43,8 @@ class OriginState {
   [[nodiscard]] std::unique_ptr<CurlHandle> TakeHandle(const OriginSession& session,
                                                        const du::http::TransportSettings& settings);
 
-  /// Keeps a handle for the next exchange, unless its session has ended or none are to be kept; of too many,
-  /// the one that was idle longest is closed.
+  /// Keeps a handle for the next exchange, unless it is worn, its session has ended or none are to be kept;
+  /// of too many, the one that was idle longest is closed.
   void GiveBack(std::unique_ptr<CurlHandle> handle, const du::http::TransportSettings& settings);
 
   /// Takes out the handles that were idle for too long. They are for the caller to close.

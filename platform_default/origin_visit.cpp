@@ -55,7 +55,15 @@ bool OriginVisit::IsWrittenOff() const {
 }
 
 ErrorCode OriginVisit::Send(const OutgoingRequest& request, du::http::FileSink& sink, int* httpStatus) {
-  const ExchangePlaces::Place place(state_->places, rules_.settings.exchangesAtOnce, rules_.mayWait);
+  place_.emplace(state_->places, rules_.settings.exchangesAtOnce, rules_.mayWait);
+  const ErrorCode result = SendInPlace(request, sink, httpStatus);
+  if (result != ErrorCode::Done) place_.reset();
+  return result;
+}
+
+ErrorCode OriginVisit::SendInPlace(const OutgoingRequest& request, du::http::FileSink& sink,
+                                   int* httpStatus) {
+  if (handle_ != nullptr && handle_->IsWorn()) handle_.reset();
   if (handle_ == nullptr) handle_ = state_->TakeHandle(*session_, rules_.settings);
   if (IsWrittenOff()) return ErrorCode::TimedOut;
   if (handle_ == nullptr) handle_ = CurlHandle::Make(session_);

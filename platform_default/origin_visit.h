@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/http.h"
@@ -40,12 +41,15 @@ class OriginVisit {
   /// True when the credentials or the trust have changed since then.
   [[nodiscard]] bool SessionHasEnded();
 
-  /// Performs one exchange. Waits for a place. See CurlHandle::Send.
+  /// Performs one exchange. Waits for a place, and after an answer keeps it. See CurlHandle::Send.
   /// @return also `NoConnection` when there is no memory for a handle, and `TimedOut`, with nothing tried,
   /// when
   ///         a connection was tried in vain a moment ago
   [[nodiscard]] du::http::ErrorCode Send(const OutgoingRequest& request, du::http::FileSink& sink,
                                          int* httpStatus);
+  /// Gives the place away and keeps the handle: the request goes on, but first a host's function runs, or an
+  /// exchange elsewhere.
+  void LeavePlace() { place_.reset(); }
   /// The answer that the request has got is the final one: others need not wait for it any longer.
   void HasFinalAnswer();
 
@@ -56,12 +60,16 @@ class OriginVisit {
   [[nodiscard]] std::string RedirectUrl() const { return handle_->RedirectUrl(); }
 
  private:
+  [[nodiscard]] du::http::ErrorCode SendInPlace(const OutgoingRequest& request, du::http::FileSink& sink,
+                                                int* httpStatus);
   [[nodiscard]] bool IsWrittenOff() const;
   void FollowSession(std::shared_ptr<OriginSession> session);
 
   const std::shared_ptr<OriginState> state_;
   const VisitRules& rules_;
   std::shared_ptr<OriginSession> session_;
+  /// Outlives the handle: who comes next for the place finds the handle there, and needs no new one.
+  std::optional<ExchangePlaces::Place> place_;
   std::unique_ptr<CurlHandle> handle_;  ///< null until one is needed, and after a failure
 };
 

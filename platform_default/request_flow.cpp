@@ -147,6 +147,7 @@ bool RequestFlow::MayFollowUp(int status) const {
 
 bool RequestFlow::FollowsUp(int status) {
   if (!MayFollowUp(status)) return false;
+  Visit().LeavePlace();
   return status == unauthorized ? FollowsDemand() : FollowsRedirect();
 }
 
