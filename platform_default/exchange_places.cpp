@@ -26,4 +26,9 @@ ExchangePlaces::Place::~Place() {
   }
 }
 
+std::size_t ExchangePlaces::Waiting() {
+  const std::lock_guard lock(mutex_);
+  return waiting_.size();
+}
+
 }  // namespace vtdirect::platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
 #include <mutex>
 
@@ -26,6 +27,9 @@ class ExchangePlaces {
    private:
     ExchangePlaces& places_;
   };
+
+  /// How many wait for a place now.
+  [[nodiscard]] std::size_t Waiting();
 
  private:
   /// Lives on the stack of the thread that waits.
