@@ -11,8 +11,9 @@ namespace du::http {
 /// For every limit below that counts time: no limit.
 inline constexpr long neverTimesOut = std::numeric_limits<long>::max();
 
-/// How the transport waits, keeps connections and trusts. Of each number below, zero or less means the
-/// default unless it says otherwise, and any larger value works.
+/// How the transport waits, keeps connections and trusts. A limit that ends a POST or PATCH leaves open
+/// whether the server has carried it out: see DoRequestWithCommonAuth. Of each number below, zero or less
+/// means the default unless it says otherwise, and any larger value works.
 struct TransportSettings {
   /// Longest time to set up a connection with all that belongs to it (name, TCP, proxy, TLS), in
   /// milliseconds. Counts up to 24 days; what is longer means these.
@@ -36,7 +37,9 @@ struct TransportSettings {
   /// and as long as it takes: every exchange that has a place moves bytes or is ended by a limit above. One
   /// that begins inside another one's callback, source or sink never waits, and may exceed this.
   int exchangesAtOnce = 16;
-  /// File of trusted certificates in PEM form, in place of the system's; empty means the system's.
+  /// File of trusted certificates in PEM form, in place of the system's; empty means the system's. It is read
+  /// when it is first needed, and again when it has changed. A file that can't be read or holds no
+  /// certificate makes every exchange over TLS end with TlsFailure.
   std::string certificateAuthorityFile;
   /// Answers with a demand for authentication that one request will follow up with a further try; zero or
   /// less means none.
@@ -45,7 +48,9 @@ struct TransportSettings {
   int redirects = 10;
 };
 
-/// Replaces the settings. Counts for exchanges that begin afterwards. May be called from any thread.
+/// Replaces the settings. Counts for requests that begin afterwards; those that are under way keep theirs.
+/// With another certificateAuthorityFile, kept connections are closed and all sessions end
+/// (http_credentials.h). May be called from any thread, from inside callbacks too.
 VTDIRECT_API void SetTransportSettings(const TransportSettings& settings);
 
 /// A copy of the settings in force.
