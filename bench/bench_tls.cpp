@@ -29,9 +29,11 @@ bool FetchByLibrary(const std::string& server, long count, const std::string& ce
   du::http::SetTransportSettings(settings);
   VtDirectManager::SetAppConfig(VtDirectManager::ConfigUriStem, "bench");
   VtDirectManager::UpdateServerList({{"server", server}});
-  const std::string file = directory + "/fetched";
   for (long i = 0; i < count; ++i) {
-    const std::string address = "//server/?id=D" + std::to_string(i);
+    const std::string number = std::to_string(i);
+    const std::string address = "//server/?id=D" + number;
+    // Each into a file of its own. Replacing one makes a disk write at once, and that would be measured.
+    const std::string file = directory + "/" + number;
     std::string uid;
     if (!VtDirectManager::GetFile(address.c_str(), file.c_str(), uid, {}, {})) return false;
   }

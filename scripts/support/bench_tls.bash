@@ -2,8 +2,32 @@
 # and stands at the end of a copy of the system's, so that a client reads all of them.
 
 tls_pid=
+tls_contents=
+
+# run_tls MODE COUNT: one run of the benchmark's program. Contents go into memory: what a disk takes for a new file is
+# more than all the rest, and no matter of connections.
+run_tls() {
+  rm -f "$tls_contents"/*
+  "$bin/bench-tls" "$1" "$tls_url" "$2" "$work/tls/all.pem" "$tls_contents" || fail "bench-tls $1 failed"
+}
+
+# tls_pair NUMBER COUNT: both, in turns. Pair 0 warms up and is not kept.
+tls_pair() {
+  local order=(library reference) mode
+  [ $(($1 % 2)) -eq 0 ] || order=(reference library)
+  for mode in "${order[@]}"; do
+    run_tls "$mode" "$2" >"$work/output"
+    [ "$1" -eq 0 ] || cat "$work/output" >>"$work/tls.$mode"
+  done
+}
 
 stop_tls_server() {
+  [ -z "$tls_contents" ] || rm -rf "$tls_contents"
+  tls_contents=
+  stop_nginx
+}
+
+stop_nginx() {
   [ -n "$tls_pid" ] || return 0
   kill "$tls_pid" 2>/dev/null || true
   wait "$tls_pid" 2>/dev/null || true
@@ -43,6 +67,7 @@ start_tls_server() {
   local port nginx
   nginx=$(command -v nginx || echo /usr/sbin/nginx)
   mkdir -p "$work/tls/files"
+  tls_contents=$(mktemp -d -p "$([ -w /dev/shm ] && echo /dev/shm || echo "$work")" vtdirect-bench.XXXXXX)
   openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj /CN=vtdirect-bench \
     -addext 'subjectAltName=IP:127.0.0.1' -keyout "$work/tls/key.pem" -out "$work/tls/certificate.pem" \
     2>"$work/tls/openssl.log" || fail "openssl made no certificate"
@@ -62,7 +87,7 @@ start_tls_server() {
       kill -0 "$tls_pid" 2>/dev/null || break
       sleep 0.1
     done
-    stop_tls_server
+    stop_nginx
   done
   [ -n "$tls_pid" ] || fail "nginx did not start: $(cat "$work/tls/error.log")"
   stop_server
@@ -72,7 +97,7 @@ start_tls_server() {
 tls_connections() {
   local before
   before=$(wc -l <"$work/tls/connections")
-  "$bin/bench-tls" "$1" "$tls_url" "$2" "$work/tls/all.pem" "$work" >"$work/output" || fail "bench-tls $1 failed"
+  run_tls "$1" "$2" >"$work/output"
   # The log is written when a request is done, which the client may know a moment earlier.
   sleep 0.2
   tail -n "+$((before + 1))" "$work/tls/connections" | sort -u | wc -l
@@ -82,9 +107,7 @@ bench_tls() {
   local pairs=${PAIRS:-15} contents=${COUNT:-200} number wall processor pages connections fresh
   rm -f "$work"/tls.*
   start_tls_server
-  for number in $(seq 0 "$pairs"); do
-    pair "$number" tls bench-tls "$tls_url" "$contents" "$work/tls/all.pem" "$work"
-  done
+  for number in $(seq 0 "$pairs"); do tls_pair "$number" "$contents"; done
   connections=$(tls_connections library "$contents")
   # 400 connections: two requests for each of 200 contents.
   fresh=$(tls_connections fresh 200)
