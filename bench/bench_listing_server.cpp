@@ -1,7 +1,10 @@
 // A server with one product folder that holds as many documents as its name says, and with a schema of any
 // size.
 //
-//   bench-listing-server SCHEMA-BYTES
+//   bench-listing-server SCHEMA-BYTES [PAGE-ROWS [MILLISECONDS]]
+//
+// PAGE-ROWS is 10,000 unless given. With MILLISECONDS, each answer takes that long: for clients that ask from
+// several threads.
 //
 //   GET /servlet/odata/DataAdmin/$metadata                a schema of version 5 with about SCHEMA-BYTES bytes
 //   GET /servlet/odata/<other service>/$metadata          a small schema of version 2
@@ -9,13 +12,17 @@
 //   GET /servlet/odata/.../Containers('N')/.../Folders    no folders
 //   GET /servlet/odata/.../Containers('N')/.../FolderContents/...   the first page of N documents
 //   GET /pages/N                                          a page, with N documents from here to the end
+//   GET /counters                                         "connections N" since the start
 //
-// All pages send the same 10,000 rows, which were made before the first request.
+// All pages send the same rows, which were made before the first request.
 #include <charconv>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "bench/loopback_server.h"
 
@@ -23,7 +30,7 @@ namespace {
 
 using namespace vtdirect_bench;
 
-constexpr std::uint64_t pageRows = 10000;
+constexpr std::uint64_t usualPageRows = 10000;
 constexpr const char* json = "application/json;odata.metadata=minimal";
 constexpr std::string_view pageStart = R"({"@odata.context":"$metadata#FolderContents","value":[)";
 
@@ -53,9 +60,9 @@ std::string Row(std::uint64_t row) {
          Version(row, 2) + "," + Version(row, 3) + "]}";
 }
 
-std::string Rows() {
+std::string Rows(std::uint64_t count) {
   std::string rows;
-  for (std::uint64_t row = 0; row < pageRows; ++row) {
+  for (std::uint64_t row = 0; row < count; ++row) {
     if (row > 0) rows += ",";
     rows += Row(row);
   }
@@ -102,8 +109,12 @@ std::uint64_t NumberBehind(std::string_view text, std::string_view mark) {
 
 class Repository {
  public:
-  Repository(std::string url, std::uint64_t schemaBytes)
-      : url_(std::move(url)), rows_(Rows()), bigSchema_(Schema(5, schemaBytes)), smallSchema_(Schema(2, 0)) {}
+  Repository(std::string url, std::uint64_t schemaBytes, std::uint64_t pageRows)
+      : url_(std::move(url)),
+        pageRows_(pageRows),
+        rows_(Rows(pageRows)),
+        bigSchema_(Schema(5, schemaBytes)),
+        smallSchema_(Schema(2, 0)) {}
 
   [[nodiscard]] bool ready() const {
     return rows_.file >= 0 && bigSchema_.file >= 0 && smallSchema_.file >= 0;
@@ -133,25 +144,36 @@ class Repository {
 
   [[nodiscard]] bool SendPage(int socket, std::uint64_t rowsLeft) const {
     std::string end = "]}";
-    if (rowsLeft > pageRows)
-      end = R"(],"@odata.nextLink":")" + url_ + "pages/" + std::to_string(rowsLeft - pageRows) + R"("})";
+    if (rowsLeft > pageRows_)
+      end = R"(],"@odata.nextLink":")" + url_ + "pages/" + std::to_string(rowsLeft - pageRows_) + R"("})";
     return SendAll(socket, Head(200, pageStart.size() + rows_.size + end.size(), json).append(pageStart)) &&
            SendFile(socket, rows_.file, 0, rows_.size) && SendAll(socket, end);
   }
 
   std::string url_;
+  std::uint64_t pageRows_;
   Prepared rows_;
   Prepared bigSchema_;
   Prepared smallSchema_;
 };
 
+/// A number among the arguments; `otherwise` when there is none, nothing when it is no number.
+std::optional<std::uint64_t> Number(int argc, char** argv, int index, std::uint64_t otherwise) {
+  if (index >= argc) return otherwise;
+  const std::string_view text = argv[index];
+  std::uint64_t number = 0;
+  if (std::from_chars(text.data(), text.data() + text.size(), number).ec != std::errc()) return std::nullopt;
+  return number;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::uint64_t schemaBytes = 0;
-  const std::string_view size = argc == 2 ? argv[1] : "";
-  if (std::from_chars(size.data(), size.data() + size.size(), schemaBytes).ec != std::errc()) {
-    std::fprintf(stderr, "usage: bench-listing-server SCHEMA-BYTES\n");
+  const auto schemaBytes = argc < 2 ? std::nullopt : Number(argc, argv, 1, 0);
+  const auto pageRows = Number(argc, argv, 2, usualPageRows);
+  const auto delay = Number(argc, argv, 3, 0);
+  if (!schemaBytes || !pageRows || *pageRows == 0 || !delay) {
+    std::fprintf(stderr, "usage: bench-listing-server SCHEMA-BYTES [PAGE-ROWS [MILLISECONDS]]\n");
     return 2;
   }
   LoopbackServer server;
@@ -159,11 +181,16 @@ int main(int argc, char** argv) {
     std::perror("bench-listing-server");
     return 1;
   }
-  const Repository repository(server.Url(), schemaBytes);
+  const Repository repository(server.Url(), *schemaBytes, *pageRows);
   if (!repository.ready()) {
     std::fprintf(stderr, "bench-listing-server: no file in memory could be made\n");
     return 1;
   }
-  server.Run("bench-listing-server",
-             [&](int socket, std::string_view target) { return repository.Answer(socket, target); });
+  server.Run("bench-listing-server", [&](int socket, std::string_view target) {
+    if (target.starts_with("GET /counters "))
+      return SendText(socket, 200, "text/plain",
+                      "connections " + std::to_string(server.connections()) + "\n");
+    if (*delay > 0) std::this_thread::sleep_for(std::chrono::milliseconds(*delay));
+    return repository.Answer(socket, target);
+  });
 }

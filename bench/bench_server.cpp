@@ -1,6 +1,8 @@
 // A server for measuring clients: one document, its content of any size, and a count of what was asked.
 //
-//   bench-server BYTES
+//   bench-server BYTES [MILLISECONDS]
+//
+// With MILLISECONDS, each answer takes that long: for clients that ask from several threads.
 //
 //   GET /servlet/rest/v1/dkm/documents/<any>   the document, as JSON
 //   GET /content                               BYTES bytes
@@ -8,11 +10,14 @@
 #include <algorithm>
 #include <atomic>
 #include <charconv>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "bench/loopback_server.h"
 
@@ -67,11 +72,13 @@ std::string RandomBlock() {
 
 int main(int argc, char** argv) {
   Content content;
-  const std::string_view size = argc == 2 ? argv[1] : "";
+  long delay = 0;
+  const std::string_view size = argc == 2 || argc == 3 ? argv[1] : "";
   if (std::from_chars(size.data(), size.data() + size.size(), content.size).ec != std::errc()) {
-    std::fprintf(stderr, "usage: bench-server BYTES\n");
+    std::fprintf(stderr, "usage: bench-server BYTES [MILLISECONDS]\n");
     return 2;
   }
+  if (argc == 3) delay = std::strtol(argv[2], nullptr, 10);
   LoopbackServer server;
   content.block = MakeMemoryFile(RandomBlock());
   if (content.block < 0 || !server.Listen()) {
@@ -87,6 +94,7 @@ int main(int argc, char** argv) {
                           std::to_string(requests) + "\n");
     }
     ++requests;
+    if (delay > 0) std::this_thread::sleep_for(std::chrono::milliseconds(delay));
     if (target.starts_with("GET /content ")) return SendContent(socket, content);
     if (target.starts_with("GET /servlet/rest/v1/dkm/documents/"))
       return SendText(socket, 200, "application/json", document);

@@ -13,27 +13,46 @@
 /// The HTTP road of the platform: one call performs one exchange, and small sources and sinks carry the
 /// bytes.
 ///
-/// Threads: one Connection serves one exchange at a time, on the caller's thread. Different connections may
-/// be used from different threads at once. Sources and sinks belong to the thread of the exchange they serve.
+/// Threads: everything may be called from any thread at any time, also on one Connection by several threads
+/// at once, and also from inside a source, a sink, a progress function or an authentication callback, for the
+/// same server too. Each exchange runs on its caller's thread and blocks it; its sources, sinks and callbacks
+/// are used on that thread alone. No lock is held while a request is under way or a host's code runs.
+///
+/// A Connection is an origin (scheme, host, port), and no socket. The default platform keeps the TCP
+/// connections to an origin for all that speak to it, and all of them share its cookies and its login
+/// (http_credentials.h). Threads wait for each other in two cases, and never inside a callback:
+///   - The first request to an origin, and the first after its credentials or the trust have changed, goes
+///     alone until the head of its answer is there, so that all share the session that it is given. When it
+///     ends without an answer, the next one goes first. Nobody waits longer for it than it may take: the
+///     connect limit and the limit of the first byte (http_settings.h); after that they go ahead.
+///   - Of more exchanges with an origin than `exchangesAtOnce`, the later ones wait for a place, first come
+///   first
+///     served, without a limit: each that has a place moves bytes or is ended by a limit of its own.
+/// So a callback must not wait for a call to the same origin that another thread is making.
 namespace du::http {
 
 /// How an exchange ended. An HTTP 404 or 500 is a delivered answer and not a failed exchange: it comes with
 /// `Done` and its status. Every other value means that there is no usable answer.
 enum class ErrorCode : std::int32_t {
   Done = 0,
-  NoConnection = 1,      ///< host unknown, port refused, or no connection could be set up
-  TimedOut = 2,          ///< the connect limit or the stall limit ran out
+  NoConnection = 1,  ///< host unknown, port refused, or no connection could be set up
+  /// A limit ran out: of the connecting, of the wait for an answer, or of a stall. Only while connecting
+  /// nothing was sent. After that a POST or PATCH may have been carried out: see DoRequestWithCommonAuth.
+  TimedOut = 2,
   Cancelled = 3,         ///< a progress function gave false
   TlsFailure = 4,        ///< the handshake failed or the certificate did not verify
   TooLarge = 5,          ///< the server refused a request body as too large (HTTP 413)
   LocalFileFailure = 6,  ///< a source could not be read, or a sink could not be written
-  ProtocolFailure = 7,   ///< the answer broke off, was cut short or was no HTTP
+  /// The answer broke off, was cut short or was no HTTP, or there was none. A POST or PATCH may have been
+  /// carried out.
+  ProtocolFailure = 7,
 };
 
 /// Method codes of a Request.
 enum class Method : std::int32_t { Get = 0, Post = 2, Patch = 5 };
 
-/// A platform's connection to one server. Opaque: the library holds it, hands it back and deletes it.
+/// A platform's connection to one server. Opaque: the library holds it, hands it back and deletes it. Any
+/// number of exchanges may run on one at the same time.
 class VTDIRECT_API Connection {
  public:
   Connection() = default;
@@ -127,11 +146,20 @@ VTDIRECT_API std::unique_ptr<Connection> ConnectURI(const char* uri, const char*
 /// Sends the line of `auth` and the lines of `request.headers`, streams the body out and the response into
 /// the sink. Authentication happens inside this call: on HTTP 401 `auth.reauthenticate` is asked, a bounded
 /// number of times, and the body is rewound for each further try. A refused answer's body reaches the sink
-/// only when no further try follows. No exchange waits for ever: a connect limit and a stall limit end it.
+/// only when no further try follows. No exchange waits for ever: limits on connecting, on the first byte of
+/// the answer and on a stall end it (http_settings.h). After a connect limit ran out, further exchanges that
+/// need a new connection to that origin fail with `TimedOut` at once for 5 seconds. That is forgotten when
+/// the origin answers, and when the limit, its credentials or the trust change.
 ///
-/// A GET follows redirects, never out of https, and to another origin without credentials and without the
-/// caller's lines other than "Accept"; a redirect that isn't followed is reported as an answer. A body is
-/// never redirected, and never sent a second time but for a demand for authentication.
+/// A GET follows redirects, never out of https, and to another origin without credentials, without the
+/// cookies that this process has there, and without the caller's lines other than "Accept"; a redirect that
+/// isn't followed is reported as an answer. A body is never redirected, and never sent a second time but for
+/// a demand for authentication.
+///
+/// A kept connection that the server has closed meanwhile costs a GET nothing: it is sent again over a new
+/// one. A POST or PATCH of which one byte went out is never sent again. When it ends with `TimedOut`,
+/// `ProtocolFailure` or `Cancelled`, the server may have carried it out or not, and nothing here can tell
+/// which: before it is tried again, ask the server for what it would have changed.
 ///
 /// What a source, a sink or the callback throws passes through; the connection stays usable.
 /// @param httpStatus  receives the HTTP status when the result is `Done`; left alone otherwise, except that a

@@ -11,7 +11,12 @@
 /// server asks for it, from then on at once, and at once also with a body that goes out over https, which
 /// would be sent in vain otherwise. A header line "Authorization" of the caller's own goes before them.
 ///
-/// All functions may be called from any thread and make no request.
+/// Each call begins a new session with its origin: cookies, the connections that are kept and what was
+/// learned of how the server takes a password are forgotten, also when the same credentials are set once
+/// more. Exchanges that are under way finish with what they began with; one that is refused tries the new
+/// credentials before it asks the host.
+///
+/// All functions may be called from any thread, from inside callbacks too, and make no request.
 namespace du::http {
 
 /// Sends user name and password, by Basic or Digest as the server asks, to the origin of `url`.

@@ -1,28 +1,56 @@
 #pragma once
 
+#include <limits>
 #include <string>
 
 #include "export.h"
 
-/// Limits and trust of the default platform's transport, process-wide.
+/// Limits, connections and trust of the default platform's transport, process-wide.
 namespace du::http {
 
+/// For every limit below that counts time: no limit.
+inline constexpr long neverTimesOut = std::numeric_limits<long>::max();
+
+/// How the transport waits, keeps connections and trusts. A limit that ends a POST or PATCH leaves open
+/// whether the server has carried it out: see DoRequestWithCommonAuth. Of each number below, zero or less
+/// means the default unless it says otherwise, and any larger value works.
 struct TransportSettings {
-  /// Longest time to set up a connection, in milliseconds. Zero or less means the default.
+  /// Longest time to set up a connection with all that belongs to it (name, TCP, proxy, TLS), in
+  /// milliseconds. Counts up to 24 days; what is longer means these.
   long connectTimeoutMilliseconds = 30'000;
-  /// An exchange that moves no byte for this long is ended, at most a second later. Zero or less means the
-  /// default.
+  /// An exchange is ended when no byte of its body goes out, or no byte of an answer that has begun comes in,
+  /// for this long, at most a second later.
   long stallTimeoutSeconds = 60;
-  /// File of trusted certificates in PEM form, in place of the system's; empty means the system's.
+  /// Longest wait for the first byte of an answer, once the request is out. A server may have much to search
+  /// before it answers, so this is far more than the stall limit.
+  long firstByteTimeoutSeconds = 300;
+  /// The same for a request with a body, once the body is out: a server that stores a large file may work on
+  /// it for minutes.
+  long firstByteAfterBodyTimeoutSeconds = 900;
+  /// Connections that are kept for each origin (scheme, host and port) when no exchange uses them, so that
+  /// the next one needs no new handshake; zero or less keeps none.
+  int idleConnections = 8;
+  /// Longest time that a kept connection stays idle. It is closed by the first exchange with any origin after
+  /// that, since the library starts no thread.
+  long idleSeconds = 60;
+  /// Exchanges with one origin at one time. Further ones wait for a place, in the order in which they came
+  /// and as long as it takes: every exchange that has a place moves bytes or is ended by a limit above. One
+  /// that begins inside another one's callback, source or sink never waits, and may exceed this.
+  int exchangesAtOnce = 16;
+  /// File of trusted certificates in PEM form, in place of the system's; empty means the system's. It is read
+  /// when it is first needed, and again when it has changed. A file that can't be read or holds no
+  /// certificate makes every exchange over TLS end with TlsFailure.
   std::string certificateAuthorityFile;
-  /// Answers with a demand for authentication that one request will follow up with a further try; zero means
-  /// none.
+  /// Answers with a demand for authentication that one request will follow up with a further try; zero or
+  /// less means none.
   int authenticationTries = 3;
-  /// Redirects that one GET follows; zero means none.
+  /// Redirects that one GET follows; zero or less means none.
   int redirects = 10;
 };
 
-/// Replaces the settings. Counts for exchanges that begin afterwards. May be called from any thread.
+/// Replaces the settings. Counts for requests that begin afterwards; those that are under way keep theirs.
+/// With another certificateAuthorityFile, kept connections are closed and all sessions end
+/// (http_credentials.h). May be called from any thread, from inside callbacks too.
 VTDIRECT_API void SetTransportSettings(const TransportSettings& settings);
 
 /// A copy of the settings in force.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <string_view>
 #include <utility>
 
@@ -33,6 +34,15 @@ int StatusOf(std::string_view line) {
   return status;
 }
 
+/// A demand for authentication, of the server or of a proxy. Nothing was done of what the request asks for.
+bool IsDemand(int status) {
+  return status == 401 || status == 407;
+}
+
+TransferClock::Time Now() {
+  return std::chrono::steady_clock::now();
+}
+
 }  // namespace
 
 void CurlExchange::Attach(CURL* handle) {
@@ -54,28 +64,29 @@ void CurlExchange::Attach(CURL* handle) {
   curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, this);
 }
 
-void CurlExchange::Start(du::http::FileSource* body, du::http::FileSink* sink,
-                         std::chrono::seconds stallLimit) {
-  body_ = body;
-  sink_ = sink;
-  bodySize_ = body == nullptr ? std::nullopt : body->Size();
+void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
+  body_ = parts.body;
+  sink_ = parts.sink;
+  mayRepeat_ = parts.mayRepeat;
+  bodySize_ = body_ == nullptr ? std::nullopt : body_->Size();
   bodySent_ = 0;
   status_ = 0;
   headerEnded_ = false;
-  unauthorizedSeen_ = false;
+  sentBeforeStart_.reset();
+  demandSeen_ = false;
+  connectLimitRanOut_ = false;
   headerBytes_ = 0;
   begun_ = false;
   failure_ = ErrorCode::Done;
   thrown_ = nullptr;
-  stallLimit_ = stallLimit;
-  lastMove_.reset();
-  received_ = 0;
-  sent_ = 0;
+  clock_.Reset(limits);
 }
 
 ErrorCode CurlExchange::Perform(int* httpStatus) {
   const BorrowedEnd borrowedEnd{*this};
   const CURLcode result = curl_easy_perform(handle_);
+  // No other limit is curl's: all the rest end the exchange from the progress function.
+  connectLimitRanOut_ = result == CURLE_OPERATION_TIMEDOUT;
   if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
   const ErrorCode code = Conclude(result);
   if (code == ErrorCode::Done || code == ErrorCode::TooLarge) *httpStatus = status_;
@@ -104,7 +115,7 @@ std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, v
     exchange.failure_ = ErrorCode::ProtocolFailure;
     return 0;
   }
-  if (exchange.lastMove_) exchange.lastMove_ = std::chrono::steady_clock::now();
+  exchange.clock_.AnswerArrives(Now());
   exchange.ReadHeaderLine({data, count});
   return count;
 }
@@ -115,9 +126,10 @@ void CurlExchange::ReadHeaderLine(std::string_view line) {
   if (const int status = StatusOf(line); status != 0) {
     status_ = status;
     headerEnded_ = false;
-    if (status == 401) unauthorizedSeen_ = true;
+    if (IsDemand(status)) demandSeen_ = true;
   } else if (line == "\r\n" || line == "\n") {
     headerEnded_ = true;
+    if (status_ < 200) clock_.AnswerWasInterim();
   }
 }
 
@@ -160,6 +172,7 @@ std::size_t CurlExchange::ReadBody(std::uint8_t* buffer, std::size_t capacity) {
   if (bodySize_)
     capacity = static_cast<std::size_t>(std::min<std::uint64_t>(capacity, *bodySize_ - bodySent_));
   if (capacity == 0) return 0;
+  clock_.BodyBegins();
   std::size_t count = 0;
   failure_ = body_->Read(buffer, capacity, &count);
   // A source that ends before the length it announced leaves the server waiting for the rest.
@@ -167,14 +180,17 @@ std::size_t CurlExchange::ReadBody(std::uint8_t* buffer, std::size_t capacity) {
   if (failure_ == ErrorCode::Done && broken) failure_ = ErrorCode::LocalFileFailure;
   if (failure_ != ErrorCode::Done) return CURL_READFUNC_ABORT;
   bodySent_ += count;
+  // How much of a body of unknown length is still on its way can't be told from outside.
+  if (count == 0) clock_.BodyIsOut();
   return count;
 }
 
 int CurlExchange::OnSeek(void* self, curl_off_t offset, int origin) {
   auto& exchange = *static_cast<CurlExchange*>(self);
   // curl asks for a second time when a kept connection dies under a request as well. The server may have
-  // acted on what it got by then, and a document must not be created twice: only a 401 allows it.
-  if (offset != 0 || origin != SEEK_SET || exchange.body_ == nullptr || !exchange.unauthorizedSeen_) {
+  // acted on what it got by then, and a document must not be created twice: only a demand for authentication
+  // allows it.
+  if (offset != 0 || origin != SEEK_SET || exchange.body_ == nullptr || !exchange.demandSeen_) {
     return CURL_SEEKFUNC_FAIL;
   }
   try {
@@ -193,32 +209,44 @@ int CurlExchange::OnSeek(void* self, curl_off_t offset, int origin) {
 
 int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) {
   auto& exchange = *static_cast<CurlExchange*>(self);
-  if (!exchange.HasStalled(received, sent)) return 0;
+  if (exchange.BodyIsOut(sent)) exchange.clock_.BodyIsOut();
+  if (!exchange.clock_.HasRunOut(Now(), received, sent)) return 0;
   exchange.failure_ = ErrorCode::TimedOut;
   return 1;
 }
 
-bool CurlExchange::HasStalled(curl_off_t received, curl_off_t sent) {
-  // Until the connection stands, the connect limit alone counts.
-  if (!lastMove_) return false;
-  const auto now = std::chrono::steady_clock::now();
-  if (received != received_ || sent != sent_) {
-    received_ = received;
-    sent_ = sent;
-    lastMove_ = now;
-    return false;
-  }
-  return now - *lastMove_ >= stallLimit_;
+bool CurlExchange::BodyIsOut(curl_off_t sent) const {
+  const std::uint64_t size = bodySize_.value_or(0);
+  return size > 0 && bodySent_ >= size && static_cast<std::uint64_t>(sent) >= size;
 }
 
 int CurlExchange::OnRequestStarts(void* self, char*, char*, int, int) {
-  static_cast<CurlExchange*>(self)->lastMove_ = std::chrono::steady_clock::now();
+  auto& exchange = *static_cast<CurlExchange*>(self);
+  const long sent = exchange.RequestBytesSent();
+  // curl starts a request anew when the kept connection under it turns out to be dead. For one that writes,
+  // that is right only while not a byte of it has gone out.
+  const bool isFirst = !exchange.sentBeforeStart_;
+  const bool mayStart = isFirst || exchange.mayRepeat_ || exchange.demandSeen_;
+  if (!mayStart && sent != *exchange.sentBeforeStart_) {
+    exchange.failure_ = ErrorCode::ProtocolFailure;
+    return CURL_PREREQFUNC_ABORT;
+  }
+  if (!isFirst && !exchange.demandSeen_) ++exchange.revivals_;
+  exchange.sentBeforeStart_ = sent;
+  exchange.demandSeen_ = false;  // one demand allows one more try
+  exchange.clock_.RequestStarts(Now());
   return CURL_PREREQFUNC_OK;
+}
+
+long CurlExchange::RequestBytesSent() const {
+  long bytes = 0;
+  curl_easy_getinfo(handle_, CURLINFO_REQUEST_SIZE, &bytes);
+  return bytes;
 }
 
 int CurlExchange::OnCloseSocket(void* self, curl_socket_t socket) {
   auto& exchange = *static_cast<CurlExchange*>(self);
-  const bool unanswered = exchange.status_ < 200 || exchange.status_ == 401;
+  const bool unanswered = exchange.status_ < 200 || IsDemand(exchange.status_);
   if (exchange.body_ != nullptr && unanswered && !exchange.begun_) {
     // Sending failed before an answer was read. What the server said before it closed the connection still
     // waits in the socket; over TLS it cannot be read any more.

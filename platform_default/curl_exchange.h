@@ -2,7 +2,6 @@
 
 #include <curl/curl.h>
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -10,8 +9,18 @@
 #include <string_view>
 
 #include "platform/http.h"
+#include "platform_default/transfer_clock.h"
 
 namespace vtdirect::platform {
+
+/// What an exchange is made of. Borrowed for as long as it runs.
+struct ExchangeParts {
+  du::http::FileSource* body = nullptr;  ///< null for a request without one; at its first byte
+  du::http::FileSink* sink = nullptr;
+  /// Whether the request may go out once more when a kept connection dies under it. What writes may not: the
+  /// server may have acted on it, and a document must not be created twice.
+  bool mayRepeat = false;
+};
 
 /// What one exchange on a curl handle needs while it runs, and what it learned when it is over: the functions
 /// that curl calls back, and their state.
@@ -24,13 +33,19 @@ class CurlExchange {
   void Attach(CURL* handle);
 
   /// Prepares the next exchange.
-  /// @param body  null for a request without one; it stands at its start
-  /// @param stallLimit  an exchange that moves no byte for this long once it is connected is ended
-  void Start(du::http::FileSource* body, du::http::FileSink* sink, std::chrono::seconds stallLimit);
+  /// @param limits  end an exchange that waits too long once it is connected
+  void Start(const ExchangeParts& parts, const TimeLimits& limits);
 
   /// Performs the exchange that was prepared. Throws what a source or a sink has thrown.
   /// @param httpStatus  receives the status when the result is `Done`, and 413 with `TooLarge`
   [[nodiscard]] du::http::ErrorCode Perform(int* httpStatus);
+
+  /// True when the last exchange was ended by the limit on the time to connect.
+  [[nodiscard]] bool ConnectLimitRanOut() const { return connectLimitRanOut_; }
+
+  /// How often a kept connection has died under a request of this handle, which curl then sent over a new
+  /// one.
+  [[nodiscard]] int Revivals() const { return revivals_; }
 
   /// The length of the body that `Start` was given, if it is known.
   [[nodiscard]] std::optional<std::uint64_t> BodySize() const { return bodySize_; }
@@ -47,7 +62,9 @@ class CurlExchange {
   void ReadHeaderLine(std::string_view line);
   [[nodiscard]] bool BeginSink();
   [[nodiscard]] std::size_t ReadBody(std::uint8_t* buffer, std::size_t capacity);
-  [[nodiscard]] bool HasStalled(curl_off_t received, curl_off_t sent);
+  /// Of the lines in front of the body, with those to a proxy.
+  [[nodiscard]] long RequestBytesSent() const;
+  [[nodiscard]] bool BodyIsOut(curl_off_t sent) const;
   [[nodiscard]] du::http::ErrorCode Conclude(CURLcode result);
 
   /// The handle lives on and may close its socket at any later time: nothing of the caller's stays behind the
@@ -66,9 +83,13 @@ class CurlExchange {
   std::optional<std::uint64_t> bodySize_;
   std::uint64_t bodySent_ = 0;
 
-  int status_ = 0;                 ///< of the last status line, 1xx included
-  bool headerEnded_ = false;       ///< the empty line behind the last status line came
-  bool unauthorizedSeen_ = false;  ///< a 401 came; only then may curl send the body once more
+  int status_ = 0;            ///< of the last status line, 1xx included
+  bool headerEnded_ = false;  ///< the empty line behind the last status line came
+  bool mayRepeat_ = false;
+  std::optional<long> sentBeforeStart_;  ///< set once a request of this exchange has started
+  bool demandSeen_ = false;  ///< the last answer was a 401 or 407; only then may a body go out once more
+  bool connectLimitRanOut_ = false;
+  int revivals_ = 0;
   std::size_t headerBytes_ = 0;
   bool begun_ = false;  ///< the sink has been begun
 
@@ -76,10 +97,7 @@ class CurlExchange {
       du::http::ErrorCode::Done;  ///< what a source or a sink ended the exchange with
   std::exception_ptr thrown_;
 
-  std::chrono::seconds stallLimit_{0};
-  std::optional<std::chrono::steady_clock::time_point> lastMove_;  ///< set once the connection stands
-  curl_off_t received_ = 0;
-  curl_off_t sent_ = 0;
+  TransferClock clock_;
 };
 
 }  // namespace vtdirect::platform

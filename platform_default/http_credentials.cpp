@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform_default/credential_store.h"
+#include "platform_default/origin_registry.h"
 
 namespace vtdirect::platform {
 namespace {
@@ -28,13 +29,16 @@ bool FitsHeaderLine(const std::string& text) {
   });
 }
 
+/// The credentials stand before the session ends, so that whoever finds the next session finds them too, and
+/// no login of an earlier user gets into it.
 void Set(const std::string& url, Credentials credentials) {
   const std::optional<Origin> origin = OriginOf(url);
   if (!origin) return;
-  const std::lock_guard lock(TheStore().mutex);
-  Credentials& entry = TheStore().byOrigin[origin->Text()];
-  credentials.scheme = entry.scheme;
-  entry = std::move(credentials);
+  {
+    const std::lock_guard lock(TheStore().mutex);
+    TheStore().byOrigin[origin->Text()] = std::move(credentials);
+  }
+  OriginRegistry::Instance().EndSession(*origin);
 }
 
 }  // namespace
@@ -46,40 +50,40 @@ std::optional<Credentials> FindCredentials(const Origin& origin) {
   return entry->second;
 }
 
-void RememberPasswordScheme(const Origin& origin, PasswordScheme scheme) {
-  const std::lock_guard lock(TheStore().mutex);
-  const auto entry = TheStore().byOrigin.find(origin.Text());
-  if (entry != TheStore().byOrigin.end()) entry->second.scheme = scheme;
-}
-
 }  // namespace vtdirect::platform
 
 namespace du::http {
 
 using vtdirect::platform::Credentials;
-using vtdirect::platform::PasswordScheme;
+using vtdirect::platform::OriginRegistry;
 using vtdirect::platform::TheStore;
 
 void SetPasswordCredentials(const std::string& url, const std::string& user, const std::string& password) {
   if (!vtdirect::platform::FitsHeaderLine(user)) return;
-  vtdirect::platform::Set(url, {false, user, password, PasswordScheme::Unknown});
+  vtdirect::platform::Set(url, {false, user, password});
 }
 
 void SetBearerToken(const std::string& url, const std::string& token) {
   if (!vtdirect::platform::FitsHeaderLine(token)) return;
-  vtdirect::platform::Set(url, {true, {}, token, PasswordScheme::Unknown});
+  vtdirect::platform::Set(url, {true, {}, token});
 }
 
 void ClearCredentials(const std::string& url) {
   const auto origin = vtdirect::platform::OriginOf(url);
   if (!origin) return;
-  const std::lock_guard lock(TheStore().mutex);
-  TheStore().byOrigin.erase(origin->Text());
+  {
+    const std::lock_guard lock(TheStore().mutex);
+    TheStore().byOrigin.erase(origin->Text());
+  }
+  OriginRegistry::Instance().EndSession(*origin);
 }
 
 void ClearAllCredentials() {
-  const std::lock_guard lock(TheStore().mutex);
-  TheStore().byOrigin.clear();
+  {
+    const std::lock_guard lock(TheStore().mutex);
+    TheStore().byOrigin.clear();
+  }
+  OriginRegistry::Instance().EndAllSessions();
 }
 
 }  // namespace du::http

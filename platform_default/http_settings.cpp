@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <mutex>
 
+#include "platform_default/origin_registry.h"
+
 namespace du::http {
 namespace {
 
@@ -16,19 +18,34 @@ SettingsSlot& Slot() {
   return slot;
 }
 
+/// Gives whether the trust has changed.
+bool Store(const TransportSettings& settings) {
+  const std::lock_guard lock(Slot().mutex);
+  const bool other = Slot().settings.certificateAuthorityFile != settings.certificateAuthorityFile;
+  Slot().settings = settings;
+  return other;
+}
+
 }  // namespace
 
 void SetTransportSettings(const TransportSettings& settings) {
   const TransportSettings defaults;
   TransportSettings sound = settings;
-  if (sound.connectTimeoutMilliseconds <= 0) {
-    sound.connectTimeoutMilliseconds = defaults.connectTimeoutMilliseconds;
-  }
-  if (sound.stallTimeoutSeconds <= 0) sound.stallTimeoutSeconds = defaults.stallTimeoutSeconds;
+  const auto takeDefault = [&sound, &defaults](auto TransportSettings::*limit) {
+    if (sound.*limit <= 0) sound.*limit = defaults.*limit;
+  };
+  takeDefault(&TransportSettings::connectTimeoutMilliseconds);
+  takeDefault(&TransportSettings::stallTimeoutSeconds);
+  takeDefault(&TransportSettings::firstByteTimeoutSeconds);
+  takeDefault(&TransportSettings::firstByteAfterBodyTimeoutSeconds);
+  takeDefault(&TransportSettings::idleSeconds);
+  takeDefault(&TransportSettings::exchangesAtOnce);
+  sound.idleConnections = std::max(sound.idleConnections, 0);
   sound.authenticationTries = std::max(sound.authenticationTries, 0);
   sound.redirects = std::max(sound.redirects, 0);
-  const std::lock_guard lock(Slot().mutex);
-  Slot().settings = sound;
+  if (!Store(sound)) return;
+  // Connections and sessions that were made under another trust end, after the new one is there.
+  vtdirect::platform::OriginRegistry::Instance().EndAllSessions();
 }
 
 TransportSettings GetTransportSettings() {

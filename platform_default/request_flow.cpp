@@ -1,5 +1,8 @@
 #include "platform_default/request_flow.h"
 
+#include <utility>
+
+#include "platform_default/credential_store.h"
 #include "platform_default/header_lines.h"
 #include "platform_default/redirection.h"
 #include "platform_default/request_target.h"
@@ -29,36 +32,47 @@ const char* OrEmpty(const char* text) {
 
 }  // namespace
 
-RequestFlow::RequestFlow(CurlConnection& connection, const du::http::CommonAuth& auth,
-                         const du::http::Request& request)
-    : connection_(connection),
-      auth_(auth),
+RequestFlow::RequestFlow(std::shared_ptr<OriginState> home, const du::http::CommonAuth& auth,
+                         const du::http::Request& request, bool mayWait)
+    : auth_(auth),
       request_(request),
       body_(request.method == Method::Get ? nullptr : request.body),
-      settings_(du::http::GetTransportSettings()),
-      origin_(connection.origin()),
+      rules_(RulesFor(du::http::GetTransportSettings(), mayWait)),
+      home_(home->origin()),
+      visit_(std::move(home), rules_),
+      origin_(home_),
       target_(RequestTarget(OrEmpty(request.uri))),
-      triesLeft_(settings_.authenticationTries),
-      redirectsLeft_(request.method == Method::Get ? settings_.redirects : 0) {}
+      triesLeft_(rules_.settings.authenticationTries),
+      redirectsLeft_(request.method == Method::Get ? rules_.settings.redirects : 0) {}
 
 ErrorCode RequestFlow::Run(int* httpStatus) {
   if (!IsKnown(request_.method)) return ErrorCode::ProtocolFailure;
   const ErrorCode headers = ReadHeaders();
   if (headers != ErrorCode::Done) return headers;
+  visit_.JoinSession();
   while (true) {
-    RoutingSink sink(request_.sink, [this](int status) { return MayFollowUp(status); });
+    RoutingSink sink(request_.sink, [this](int status) { return HoldsBack(status); });
     int status = 0;
-    const ErrorCode result = connection_.Send(MakeOutgoing(), sink, settings_, &status);
+    const ErrorCode result = Visit().Send(MakeOutgoing(), sink, &status);
     if (result == ErrorCode::TooLarge) *httpStatus = status;
     if (result != ErrorCode::Done) return result;
     LearnScheme();
     if (!FollowsUp(status)) {
+      visit_.HasFinalAnswer();
       const ErrorCode delivered = sink.Deliver();
       if (delivered == ErrorCode::Done) *httpStatus = status;
       return delivered;
     }
     if (body_ != nullptr && !body_->Rewind()) return ErrorCode::LocalFileFailure;
+    Visit().JoinSession();
   }
+}
+
+bool RequestFlow::HoldsBack(int status) {
+  if (MayFollowUp(status)) return true;
+  // A large content may take minutes to arrive; whoever waits for this answer needs no more than its head.
+  visit_.HasFinalAnswer();
+  return false;
 }
 
 ErrorCode RequestFlow::ReadHeaders() {
@@ -96,8 +110,7 @@ void RequestFlow::AddCredentials(OutgoingRequest* outgoing) {
     outgoing->headerLines.push_back("Authorization: Bearer " + credentials->secret);
     return;
   }
-  const bool learned = connection_.knownScheme != PasswordScheme::Unknown;
-  carried_ = PasswordRoad(learned ? connection_.knownScheme : credentials->scheme, body_ != nullptr);
+  carried_ = PasswordRoad(KnownScheme(), body_ != nullptr);
   if (carried_ == Carried::Nothing) return;
   outgoing->user = std::move(credentials->user);
   outgoing->password = std::move(credentials->secret);
@@ -119,10 +132,12 @@ RequestFlow::Carried RequestFlow::PasswordRoad(PasswordScheme scheme, bool hasBo
 
 void RequestFlow::LearnScheme() {
   if (foreign_) return;
-  const PasswordScheme demanded = connection_.DemandedScheme();
-  if (demanded == PasswordScheme::Unknown || demanded == connection_.knownScheme) return;
-  connection_.knownScheme = demanded;
-  RememberPasswordScheme(origin_, demanded);
+  const PasswordScheme shown = visit_.LearnScheme();
+  if (shown != PasswordScheme::Unknown) demanded_ = shown;
+}
+
+PasswordScheme RequestFlow::KnownScheme() const {
+  return demanded_ != PasswordScheme::Unknown ? demanded_ : visit_.KnownScheme();
 }
 
 bool RequestFlow::MayFollowUp(int status) const {
@@ -132,13 +147,16 @@ bool RequestFlow::MayFollowUp(int status) const {
 
 bool RequestFlow::FollowsUp(int status) {
   if (!MayFollowUp(status)) return false;
+  Visit().LeavePlace();
   return status == unauthorized ? FollowsDemand() : FollowsRedirect();
 }
 
 bool RequestFlow::FollowsDemand() {
   --triesLeft_;
+  // Another thread has answered the same demand meanwhile.
+  if (visit_.SessionHasEnded()) return true;
   // A password may stand that the last try did not carry, or not in the way that the server asks for.
-  const Carried wanted = PasswordRoad(connection_.knownScheme, body_ != nullptr);
+  const Carried wanted = PasswordRoad(KnownScheme(), body_ != nullptr);
   const bool untried = carried_ != Carried::WhateverIsAsked && wanted != carried_;
   if (untried && wanted != Carried::Nothing && !standingPasswordTried_) {
     const std::optional<Credentials> standing = FindCredentials(origin_);
@@ -151,11 +169,16 @@ bool RequestFlow::FollowsDemand() {
 }
 
 bool RequestFlow::FollowsRedirect() {
-  const std::optional<Redirection> next = FollowableRedirection(origin_, connection_.RedirectUrl());
+  const std::optional<Redirection> next = FollowableRedirection(origin_, Visit().RedirectUrl());
   if (!next) return false;
   --redirectsLeft_;
   // Once away, always away: a foreign server could otherwise send us back with an address of its own choice.
   foreign_ = foreign_ || next->origin != origin_;
+  if (next->origin != origin_) {
+    abroad_.reset();
+    if (next->origin != home_)
+      abroad_.emplace(OriginRegistry::Instance().StateOf(home_, next->origin), rules_);
+  }
   origin_ = next->origin;
   target_ = next->target;
   return true;

@@ -87,6 +87,11 @@ std::optional<Failure> Host::SetTransport(const Arguments& arguments) {
   long connectSeconds = settings.connectTimeoutMilliseconds / 1000;
   if (auto failure = ReadSeconds(arguments, "connect-timeout", connectSeconds)) return failure;
   if (auto failure = ReadSeconds(arguments, "stall-timeout", settings.stallTimeoutSeconds)) return failure;
+  if (arguments.Has("stall-timeout")) {
+    // Who names a time means any silence, also that of a server that has not begun to answer.
+    settings.firstByteTimeoutSeconds = settings.stallTimeoutSeconds;
+    settings.firstByteAfterBodyTimeoutSeconds = settings.stallTimeoutSeconds;
+  }
   settings.connectTimeoutMilliseconds = connectSeconds * 1000;
   settings.authenticationTries = kAuthenticationTries;
   if (arguments.Has("ca-file")) {

@@ -78,7 +78,9 @@ std::span<const OptionRow> GlobalOptions() {
       {"connect-timeout", 0, "SECONDS", false, Completion::Nothing,
        "Longest time to set up a connection; 30 unless given."},
       {"stall-timeout", 0, "SECONDS", false, Completion::Nothing,
-       "Longest time in which no byte moves; 60 unless given."},
+       "Longest time in which no byte moves. Unless given: 60, but 300 for an answer to begin, and 900 after "
+       "a "
+       "file was sent."},
       {"trace", 0, "LEVELS", false, Completion::Nothing,
        "Show the library's trace on standard error: digits of 0 information, 1 misses, 2 warnings, 3 "
        "errors."},

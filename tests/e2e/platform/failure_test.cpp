@@ -253,28 +253,6 @@ TEST_F(Failure, DownloadCancelledByItsProgress) {
   EXPECT_EQ(reports.back().second, 3'000'000u);
 }
 
-TEST_F(Failure, RequestFromInsideAProgressFunctionLeavesTheTransferAlone) {
-  ScriptedServer server([](Peer& peer, WireRequest&) { peer.Answer(200, std::string(3'000'000, 'x')); });
-  const auto connection = Connect(server.Url());
-  std::string body;
-  du::http::StringFileSink kept(body, 4'000'000);
-  int refused = 0;
-  du::http::ProgressSink sink(
-      [&](std::size_t, std::size_t) {
-        refused += Fetch(*connection).code == ErrorCode::NoConnection ? 1 : 0;
-        return true;
-      },
-      &kept);
-  du::http::BufferFileSource headers(nullptr, 0);
-  const du::http::Request request{Method::Get, "/", &headers, nullptr, nullptr, &sink};
-  int status = 0;
-  EXPECT_EQ(du::http::DoRequestWithCommonAuth(*connection, {nullptr, {}}, request, &status), ErrorCode::Done);
-  EXPECT_EQ(status, 200);
-  EXPECT_TRUE(body == std::string(3'000'000, 'x'));
-  EXPECT_GT(refused, 0);
-  EXPECT_EQ(Fetch(*connection).status, 200);
-}
-
 ErrorCode Upload(const std::string& url, du::http::FileSource& body) {
   du::http::BufferFileSource headers(nullptr, 0);
   const du::http::Request request{Method::Post, "/", &headers, &body, nullptr, nullptr};

@@ -68,6 +68,8 @@ void UseShortLimits() {
   du::http::TransportSettings settings;
   settings.connectTimeoutMilliseconds = 2000;
   settings.stallTimeoutSeconds = 1;
+  settings.firstByteTimeoutSeconds = 1;
+  settings.firstByteAfterBodyTimeoutSeconds = 1;
   du::http::SetTransportSettings(settings);
   du::http::ClearAllCredentials();
 }

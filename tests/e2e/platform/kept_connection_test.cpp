@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <thread>
 
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/scripted_server.h"
@@ -77,16 +79,52 @@ TEST_F(KeptConnection, ThatDiesUnderABodyNeverGetsItTwice) {
   EXPECT_EQ(posted, 1);
 }
 
-TEST_F(KeptConnection, KeepsCookiesForItselfAlone) {
-  ScriptedServer server(
-      [](Peer& peer, WireRequest&) { peer.Answer(200, "", "Set-Cookie: session=s1; Path=/\r\n"); });
+TEST_F(KeptConnection, IsUsedByEveryConnectionObjectOfItsOrigin) {
+  ScriptedServer server([](Peer& peer, WireRequest&) { peer.Answer(200, "fine"); });
+  for (int i = 0; i < 50; ++i) EXPECT_EQ(FetchFrom(server.Url()).body, "fine");
+  EXPECT_EQ(server.connections(), 1);
+}
+
+TEST_F(KeptConnection, ServesOnAfterACancelAndAnException) {
+  ScriptedServer server([](Peer& peer, WireRequest&) { peer.Answer(200, std::string(3'000'000, 'x')); });
   const auto connection = Connect(server.Url());
-  Fetch(*connection);
-  Fetch(*connection);
+  du::http::BufferFileSource headers(nullptr, 0);
+  int status = 0;
+  const auto fetchInto = [&](du::http::FileSink& sink) {
+    const du::http::Request request{Method::Get, "/", &headers, nullptr, nullptr, &sink};
+    return du::http::DoRequestWithCommonAuth(*connection, {nullptr, {}}, request, &status);
+  };
+  for (int i = 0; i < 3; ++i) {
+    du::http::ProgressSink cancelling([](std::size_t, std::size_t) { return false; }, nullptr);
+    EXPECT_EQ(fetchInto(cancelling), ErrorCode::Cancelled);
+    du::http::ProgressSink throwing([](std::size_t, std::size_t) -> bool { throw 7; }, nullptr);
+    EXPECT_THROW(static_cast<void>(fetchInto(throwing)), int);
+    EXPECT_TRUE(Fetch(*connection).body == std::string(3'000'000, 'x'));
+  }
+}
+
+TEST_F(KeptConnection, IsClosedWhenItWasIdleForTooLong) {
+  ScriptedServer server([](Peer& peer, WireRequest&) { peer.Answer(200, "fine"); });
+  ScriptedServer other([](Peer& peer, WireRequest&) { peer.Answer(200, "fine"); });
+  du::http::TransportSettings settings = du::http::GetTransportSettings();
+  settings.idleSeconds = 1;
+  du::http::SetTransportSettings(settings);
   FetchFrom(server.Url());
-  EXPECT_EQ(server.requests().at(0).Header("Cookie"), "(none)");
-  EXPECT_EQ(server.requests().at(1).Header("Cookie"), "session=s1");
-  EXPECT_EQ(server.requests().at(2).Header("Cookie"), "(none)");
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+  // Whoever comes next closes it, be it on the way to another server.
+  FetchFrom(other.Url());
+  EXPECT_TRUE(vtdirect_test::ComesTrue([&server] { return server.openConnections() == 0; }));
+  FetchFrom(server.Url());
+  EXPECT_EQ(server.connections(), 2);
+}
+
+TEST_F(KeptConnection, IsNotKeptWhereNoneAreWanted) {
+  ScriptedServer server([](Peer& peer, WireRequest&) { peer.Answer(200, "fine"); });
+  du::http::TransportSettings settings = du::http::GetTransportSettings();
+  settings.idleConnections = 0;
+  du::http::SetTransportSettings(settings);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(FetchFrom(server.Url()).body, "fine");
+  EXPECT_EQ(server.connections(), 3);
 }
 
 }  // namespace

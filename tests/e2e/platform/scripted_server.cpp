@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <stdexcept>
 
 namespace vtdirect_test {
@@ -87,6 +88,7 @@ bool Peer::ReadHead(WireRequest* request) {
   }
   request->head = pending_.substr(0, end + 2);
   pending_.erase(0, end + 4);
+  request->connection = number_;
   unrecorded_ = request;
   request->method = request->head.substr(0, request->head.find(' '));
   const std::size_t target = request->method.size() + 1;
@@ -174,6 +176,15 @@ void Peer::StaySilent() {
   Close();
 }
 
+bool ComesTrue(const std::function<bool()>& condition) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  return true;
+}
+
 ScriptedServer::ScriptedServer(Script script) : script_(std::move(script)), listener_(Listen(&port_)) {
   acceptor_ = std::thread([this] { Accept(); });
 }
@@ -198,13 +209,14 @@ void ScriptedServer::Accept() {
     if (socket < 0) continue;
     const int one = 1;
     setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
-    ++connections_;
-    threads_.emplace_back([this, socket] { Serve(socket); });
+    const int number = ++connections_;
+    ++open_;
+    threads_.emplace_back([this, socket, number] { Serve(socket, number); });
   }
 }
 
-void ScriptedServer::Serve(int socket) {
-  Peer peer(socket, stopping_, [this](const WireRequest& request) {
+void ScriptedServer::Serve(int socket, int number) {
+  Peer peer(socket, number, stopping_, [this](const WireRequest& request) {
     const std::lock_guard lock(mutex_);
     requests_.push_back(request);
   });
@@ -217,6 +229,7 @@ void ScriptedServer::Serve(int socket) {
     request = {};
   }
   peer.Close();
+  --open_;
 }
 
 }  // namespace vtdirect_test

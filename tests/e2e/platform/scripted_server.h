@@ -15,7 +15,8 @@ struct WireRequest {
   std::string head;  ///< request line and header lines, each with its CR LF, without the closing empty line
   std::string method;
   std::string target;
-  std::string body;  ///< filled by Peer::ReadBody
+  std::string body;    ///< filled by Peer::ReadBody
+  int connection = 0;  ///< the connection that it came over: 1 for the first that was accepted
 
   /// The value of the first line with this name (any case), or "(none)".
   [[nodiscard]] std::string Header(const std::string& name) const;
@@ -27,8 +28,8 @@ struct WireRequest {
 class Peer {
  public:
   using Recorder = std::function<void(const WireRequest&)>;
-  Peer(int socket, const std::atomic<bool>& stopping, Recorder record)
-      : socket_(socket), stopping_(stopping), record_(std::move(record)) {}
+  Peer(int socket, int number, const std::atomic<bool>& stopping, Recorder record)
+      : socket_(socket), number_(number), stopping_(stopping), record_(std::move(record)) {}
 
   /// Reads the body that the head announces, by length or in chunks.
   void ReadBody(WireRequest* request);
@@ -52,12 +53,16 @@ class Peer {
   [[nodiscard]] bool ReadHead(WireRequest* request);
   void RecordOnce();
   int socket_;
+  const int number_;
   const std::atomic<bool>& stopping_;
   Recorder record_;
   const WireRequest* unrecorded_ = nullptr;
   std::string pending_;
   bool bodyRead_ = true;
 };
+
+/// Waits until something that other threads do comes true, for ten seconds at most; false when it doesn't.
+[[nodiscard]] bool ComesTrue(const std::function<bool()>& condition);
 
 /// A server on 127.0.0.1 that does what its script says, right or wrong.
 class ScriptedServer {
@@ -74,17 +79,20 @@ class ScriptedServer {
   [[nodiscard]] std::string Url() const { return "http://127.0.0.1:" + std::to_string(port_); }
   /// TCP connections that were accepted.
   [[nodiscard]] int connections() const { return connections_; }
+  /// Of these, the ones that are not closed yet.
+  [[nodiscard]] int openConnections() const { return open_; }
   /// Copies of all requests so far, each as it stood when its script first answered or ended.
   [[nodiscard]] std::vector<WireRequest> requests() const;
 
  private:
   void Accept();
-  void Serve(int socket);
+  void Serve(int socket, int number);
   Script script_;
   int port_ = 0;
   int listener_;
   std::atomic<bool> stopping_{false};
   std::atomic<int> connections_{0};
+  std::atomic<int> open_{0};
   mutable std::mutex mutex_;
   std::vector<WireRequest> requests_;
   std::vector<std::thread> threads_;

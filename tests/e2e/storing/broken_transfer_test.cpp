@@ -28,6 +28,8 @@ class BrokenTransfer : public testing::Test {
   BrokenTransfer() {
     du::http::TransportSettings settings;
     settings.stallTimeoutSeconds = 1;
+    settings.firstByteTimeoutSeconds = 1;
+    settings.firstByteAfterBodyTimeoutSeconds = 1;
     du::http::SetTransportSettings(settings);
     WriteFile(mainPath_, std::string(300'000, 'm'));
   }

@@ -32,6 +32,8 @@ class InterruptedUpload : public testing::Test {
   InterruptedUpload() {
     du::http::TransportSettings settings;
     settings.stallTimeoutSeconds = 1;
+    settings.firstByteTimeoutSeconds = 1;
+    settings.firstByteAfterBodyTimeoutSeconds = 1;
     du::http::SetTransportSettings(settings);
     WriteFile(localFile_, std::string(fileSize, 'm'));
   }

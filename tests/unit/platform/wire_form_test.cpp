@@ -171,12 +171,16 @@ TEST(TransportSettings, FallBackOnTheDefaults) {
   du::http::TransportSettings settings;
   settings.connectTimeoutMilliseconds = 0;
   settings.stallTimeoutSeconds = -5;
+  settings.firstByteTimeoutSeconds = 0;
+  settings.firstByteAfterBodyTimeoutSeconds = -1;
   settings.authenticationTries = -1;
   settings.redirects = -1;
   du::http::SetTransportSettings(settings);
   const du::http::TransportSettings now = du::http::GetTransportSettings();
   EXPECT_EQ(now.connectTimeoutMilliseconds, 30'000);
   EXPECT_EQ(now.stallTimeoutSeconds, 60);
+  EXPECT_EQ(now.firstByteTimeoutSeconds, 300);
+  EXPECT_EQ(now.firstByteAfterBodyTimeoutSeconds, 900);
   EXPECT_EQ(now.authenticationTries, 0);
   EXPECT_EQ(now.redirects, 0);
 }

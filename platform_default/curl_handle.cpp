@@ -1,6 +1,7 @@
-#include "platform_default/curl_connection.h"
+#include "platform_default/curl_handle.h"
 
-#include <chrono>
+#include <algorithm>
+#include <limits>
 #include <mutex>
 #include <new>
 #include <utility>
@@ -54,23 +55,30 @@ std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool sizeK
 
 }  // namespace
 
-std::unique_ptr<CurlConnection> CurlConnection::Make(Origin origin) {
+std::unique_ptr<CurlHandle> CurlHandle::Make(std::shared_ptr<OriginSession> session) {
   InitialiseCurlOnce();
   CURL* handle = curl_easy_init();
   if (handle == nullptr) return nullptr;
-  return std::unique_ptr<CurlConnection>(new CurlConnection(std::move(origin), handle));
+  return std::unique_ptr<CurlHandle>(new CurlHandle(std::move(session), handle));
 }
 
-CurlConnection::CurlConnection(Origin origin, CURL* handle) : origin_(std::move(origin)), handle_(handle) {
-  systemAuthorityFile_ = TextInfo(handle, CURLINFO_CAINFO);
-  systemAuthorityDirectory_ = TextInfo(handle, CURLINFO_CAPATH);
+CurlHandle::CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle)
+    : session_(std::move(session)), handle_(handle) {
   exchange_.Attach(handle);
   SetFixedOptions();
+  SetTrust();
 }
 
-CurlConnection::~CurlConnection() = default;
+CurlHandle::~CurlHandle() = default;
 
-void CurlConnection::SetFixedOptions() {
+bool CurlHandle::Join(std::shared_ptr<OriginSession> session) {
+  if (session->certificateAuthorityFile() != session_->certificateAuthorityFile()) return false;
+  curl_easy_setopt(handle_.get(), CURLOPT_SHARE, session->share());
+  session_ = std::move(session);
+  return true;
+}
+
+void CurlHandle::SetFixedOptions() {
   CURL* handle = handle_.get();
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -84,24 +92,34 @@ void CurlConnection::SetFixedOptions() {
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 1L);
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
   curl_easy_setopt(handle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-  // Cookies live in memory, for this connection alone: a server may keep a session by them.
+  // Cookies live in memory: a server may keep a session by them.
+  curl_easy_setopt(handle, CURLOPT_SHARE, session_->share());
   curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");
   curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, receiveBufferBytes);
   curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferBytes);
 }
 
-void CurlConnection::SetLimits(const du::http::TransportSettings& settings) {
+void CurlHandle::SetTrust() {
   CURL* handle = handle_.get();
-  curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, settings.connectTimeoutMilliseconds);
   // A file named by the host replaces the system's trust and does not add to it.
-  const bool named = !settings.certificateAuthorityFile.empty();
-  curl_easy_setopt(handle, CURLOPT_CAINFO,
-                   OrNull(named ? settings.certificateAuthorityFile : systemAuthorityFile_));
-  curl_easy_setopt(handle, CURLOPT_CAPATH, named ? nullptr : OrNull(systemAuthorityDirectory_));
+  trust_ = {session_->certificateAuthorityFile(), ""};
+  if (trust_.file.empty()) trust_ = {TextInfo(handle, CURLINFO_CAINFO), TextInfo(handle, CURLINFO_CAPATH)};
+  const bool shared = trust_ != TrustSource{} && CanShareCertificates();
+  curl_easy_setopt(handle, CURLOPT_CAINFO, shared ? nullptr : OrNull(trust_.file));
+  curl_easy_setopt(handle, CURLOPT_CAPATH, shared ? nullptr : OrNull(trust_.directory));
+  if (!shared) return;
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &GiveCertificates);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, &trust_);
 }
 
-void CurlConnection::SetMethod(const OutgoingRequest& request) {
+void CurlHandle::SetConnectLimit(long milliseconds) {
+  // The largest value that every part of curl can hold: 24 days.
+  constexpr long longest = std::numeric_limits<int>::max();
+  curl_easy_setopt(handle_.get(), CURLOPT_CONNECTTIMEOUT_MS, std::min(milliseconds, longest));
+}
+
+void CurlHandle::SetMethod(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
   curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method == Method::Patch ? "PATCH" : nullptr);
   if (request.method == Method::Get) {
@@ -120,7 +138,7 @@ void CurlConnection::SetMethod(const OutgoingRequest& request) {
                    size ? static_cast<curl_off_t>(*size) : curl_off_t{-1});
 }
 
-void CurlConnection::SetHeaderLines(const OutgoingRequest& request) {
+void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
   std::vector<std::string> lines = LinesForCurl(request, exchange_.BodySize().has_value());
   if (headerList_ != nullptr && lines == headerLines_) return;
   std::unique_ptr<curl_slist, ListFreer> list;
@@ -135,7 +153,7 @@ void CurlConnection::SetHeaderLines(const OutgoingRequest& request) {
   headerLines_ = std::move(lines);
 }
 
-void CurlConnection::SetAuthentication(const OutgoingRequest& request) {
+void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
   const bool with = request.authenticationMask != CURLAUTH_NONE;
   curl_easy_setopt(handle, CURLOPT_HTTPAUTH, with ? request.authenticationMask : CURLAUTH_BASIC);
@@ -143,24 +161,12 @@ void CurlConnection::SetAuthentication(const OutgoingRequest& request) {
   curl_easy_setopt(handle, CURLOPT_PASSWORD, with ? request.password.c_str() : nullptr);
 }
 
-ErrorCode CurlConnection::Send(const OutgoingRequest& request, du::http::FileSink& sink,
-                               const du::http::TransportSettings& settings, int* httpStatus) {
-  // A host's progress function runs inside the exchange, and may call the library for the same server. That
-  // must not touch what the exchange still uses.
-  if (busy_) return ErrorCode::NoConnection;
-  struct Occupation {
-    explicit Occupation(bool& flag) : busy(flag) { busy = true; }
-    ~Occupation() { busy = false; }
-    bool& busy;
-  };
-  const Occupation occupation(busy_);
-  return SendAlone(request, sink, settings, httpStatus);
-}
-
-ErrorCode CurlConnection::SendAlone(const OutgoingRequest& request, du::http::FileSink& sink,
-                                    const du::http::TransportSettings& settings, int* httpStatus) {
-  exchange_.Start(request.body, &sink, std::chrono::seconds(settings.stallTimeoutSeconds));
-  SetLimits(settings);
+ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& sink,
+                           const du::http::TransportSettings& settings, int* httpStatus) {
+  exchange_.Start({request.body, &sink, request.method == Method::Get},
+                  {settings.stallTimeoutSeconds, settings.firstByteTimeoutSeconds,
+                   settings.firstByteAfterBodyTimeoutSeconds});
+  SetConnectLimit(settings.connectTimeoutMilliseconds);
   SetMethod(request);
   SetHeaderLines(request);
   SetAuthentication(request);
@@ -168,16 +174,22 @@ ErrorCode CurlConnection::SendAlone(const OutgoingRequest& request, du::http::Fi
   return exchange_.Perform(httpStatus);
 }
 
-std::string CurlConnection::RedirectUrl() const {
+std::string CurlHandle::RedirectUrl() const {
   return TextInfo(handle_.get(), CURLINFO_REDIRECT_URL);
 }
 
-PasswordScheme CurlConnection::DemandedScheme() const {
+PasswordScheme CurlHandle::DemandedScheme() const {
   long offered = 0;
   curl_easy_getinfo(handle_.get(), CURLINFO_HTTPAUTH_AVAIL, &offered);
   if ((offered & CURLAUTH_DIGEST) != 0) return PasswordScheme::Digest;
   if ((offered & CURLAUTH_BASIC) != 0) return PasswordScheme::Basic;
   return PasswordScheme::Unknown;
+}
+
+bool CurlHandle::IsConnected() const {
+  curl_socket_t socket = CURL_SOCKET_BAD;
+  return curl_easy_getinfo(handle_.get(), CURLINFO_ACTIVESOCKET, &socket) == CURLE_OK &&
+         socket != CURL_SOCKET_BAD;
 }
 
 }  // namespace vtdirect::platform

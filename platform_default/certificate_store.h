@@ -1,0 +1,28 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <string>
+
+namespace vtdirect::platform {
+
+/// Where trusted certificates come from: a PEM file, a directory in OpenSSL's layout, or both. Empty means
+/// that there is none.
+struct TrustSource {
+  std::string file;
+  std::string directory;
+  friend bool operator==(const TrustSource&, const TrustSource&) = default;
+};
+
+/// True when the libcurl of this process uses the very OpenSSL that we are linked with, so that certificates
+/// can be read once and handed to it. With any other, each connection reads them by itself.
+[[nodiscard]] bool CanShareCertificates();
+
+/// For CURLOPT_SSL_CTX_FUNCTION, with a TrustSource as its data: gives a connection the certificates of that
+/// source. They are read when they are first needed, and once more only when the file has changed, since
+/// reading the system's takes longer than all the rest of a handshake.
+/// @return CURLE_SSL_CACERT_BADFILE, which ends the handshake, when the file can't be read or holds no
+///         certificate
+CURLcode GiveCertificates(CURL* handle, void* sslContext, void* trustSource);
+
+}  // namespace vtdirect::platform

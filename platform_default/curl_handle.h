@@ -1,0 +1,91 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/http.h"
+#include "platform/http_settings.h"
+#include "platform_default/certificate_store.h"
+#include "platform_default/curl_exchange.h"
+#include "platform_default/origin_session.h"
+
+namespace vtdirect::platform {
+
+/// One request as it goes out, ready for the wire.
+struct OutgoingRequest {
+  du::http::Method method = du::http::Method::Get;
+  std::string url;
+  std::vector<std::string> headerLines;
+  du::http::FileSource* body = nullptr;  ///< null for a request without one
+  long authenticationMask = CURLAUTH_NONE;
+  std::string user;
+  std::string password;
+};
+
+/// One easy handle of libcurl with its callbacks, on which exchanges with one origin are performed one after
+/// the other, each on any thread. Between them it keeps its TCP connection and the state of a Digest login.
+class CurlHandle {
+ public:
+  /// Opens no socket. Null when curl has no memory for a handle.
+  [[nodiscard]] static std::unique_ptr<CurlHandle> Make(std::shared_ptr<OriginSession> session);
+
+  ~CurlHandle();
+  CurlHandle(const CurlHandle&) = delete;
+  CurlHandle& operator=(const CurlHandle&) = delete;
+
+  [[nodiscard]] const std::shared_ptr<OriginSession>& session() const { return session_; }
+  /// Goes over to another session with its cookies, and keeps its connection: for a request that is tried
+  /// again with new credentials.
+  /// @return false, with nothing changed, when that session trusts other certificates
+  [[nodiscard]] bool Join(std::shared_ptr<OriginSession> session);
+
+  /// Sends one request and reads its answer into the sink; follows no redirect. A demand for authentication
+  /// that the request's own user and password can answer is answered on the way. Throws what a source or a
+  /// sink has thrown.
+  [[nodiscard]] du::http::ErrorCode Send(const OutgoingRequest& request, du::http::FileSink& sink,
+                                         const du::http::TransportSettings& settings, int* httpStatus);
+
+  /// True when this handle is not to be used any more. curl counts over a handle's whole life how often a
+  /// kept connection has died under a request, and from the sixth time on reports that instead of trying
+  /// again.
+  [[nodiscard]] bool IsWorn() const { return exchange_.Revivals() >= 4; }
+
+  // What the last exchange has shown.
+
+  /// Where its answer redirects to, as an absolute URL; empty when it does not.
+  [[nodiscard]] std::string RedirectUrl() const;
+  /// How the server took or demanded a password; `Unknown` when it demanded none.
+  [[nodiscard]] PasswordScheme DemandedScheme() const;
+  /// True when it left a TCP connection open for the next one.
+  [[nodiscard]] bool IsConnected() const;
+  /// True when the connect limit ended it.
+  [[nodiscard]] bool ConnectLimitRanOut() const { return exchange_.ConnectLimitRanOut(); }
+
+ private:
+  struct HandleCloser {
+    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+  };
+  struct ListFreer {
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+  };
+
+  CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle);
+  void SetFixedOptions();
+  void SetTrust();
+  void SetConnectLimit(long milliseconds);
+  void SetMethod(const OutgoingRequest& request);
+  void SetHeaderLines(const OutgoingRequest& request);
+  void SetAuthentication(const OutgoingRequest& request);
+
+  std::shared_ptr<OriginSession> session_;  ///< before the handle, which uses its share to the last
+  TrustSource trust_;
+  CurlExchange exchange_;  ///< before the handle, whose end still calls it back
+  std::unique_ptr<curl_slist, ListFreer> headerList_;
+  std::vector<std::string> headerLines_;  ///< what `headerList_` was built from
+  std::unique_ptr<CURL, HandleCloser> handle_;
+};
+
+}  // namespace vtdirect::platform

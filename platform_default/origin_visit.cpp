@@ -1,0 +1,93 @@
+#include "platform_default/origin_visit.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace vtdirect::platform {
+
+using du::http::ErrorCode;
+
+VisitRules RulesFor(const du::http::TransportSettings& settings, bool mayWait) {
+  // More than this can't be added to a time of the clock.
+  constexpr long longest = 100L * 365 * 24 * 60 * 60;
+  const std::chrono::seconds connecting(std::min(settings.connectTimeoutMilliseconds / 1000, longest));
+  const std::chrono::seconds answering(std::min(settings.firstByteTimeoutSeconds, longest));
+  return {settings, mayWait, std::chrono::steady_clock::now() + connecting + answering};
+}
+
+OriginVisit::OriginVisit(std::shared_ptr<OriginState> state, const VisitRules& rules)
+    : state_(std::move(state)), rules_(rules) {}
+
+OriginVisit::~OriginVisit() {
+  if (session_ != nullptr) session_->firstExchange.Leave(this);
+  if (handle_ != nullptr) state_->GiveBack(std::move(handle_), rules_.settings);
+}
+
+void OriginVisit::JoinSession() {
+  do {
+    FollowSession(state_->Session());
+    // Away from home the request that was redirected keeps others waiting there already. Waiting here as well
+    // could make two requests wait for each other.
+    if (state_->home() == state_->origin())
+      session_->firstExchange.Enter(this, rules_.mayWait, rules_.firstExchangeDeadline);
+    // While this visit waited, the session may have ended and another one begun.
+  } while (SessionHasEnded());
+}
+
+void OriginVisit::FollowSession(std::shared_ptr<OriginSession> session) {
+  if (session == session_) return;
+  if (session_ != nullptr) session_->firstExchange.Leave(this);
+  session_ = std::move(session);
+  // The demand that was just answered with new credentials came over this handle: it knows what the server
+  // asks for, and its connection is at hand.
+  if (handle_ != nullptr && !handle_->Join(session_)) handle_.reset();
+}
+
+bool OriginVisit::SessionHasEnded() {
+  return state_->Session() != session_;
+}
+
+bool OriginVisit::IsWrittenOff() const {
+  // A kept connection needs no new one.
+  if (handle_ != nullptr && handle_->IsConnected()) return false;
+  return session_->IsWrittenOff(std::chrono::steady_clock::now(), rules_.settings.connectTimeoutMilliseconds);
+}
+
+ErrorCode OriginVisit::Send(const OutgoingRequest& request, du::http::FileSink& sink, int* httpStatus) {
+  place_.emplace(state_->places, rules_.settings.exchangesAtOnce, rules_.mayWait);
+  const ErrorCode result = SendInPlace(request, sink, httpStatus);
+  if (result != ErrorCode::Done) place_.reset();
+  return result;
+}
+
+ErrorCode OriginVisit::SendInPlace(const OutgoingRequest& request, du::http::FileSink& sink,
+                                   int* httpStatus) {
+  if (handle_ != nullptr && handle_->IsWorn()) handle_.reset();
+  if (handle_ == nullptr) handle_ = state_->TakeHandle(*session_, rules_.settings);
+  if (IsWrittenOff()) return ErrorCode::TimedOut;
+  if (handle_ == nullptr) handle_ = CurlHandle::Make(session_);
+  if (handle_ == nullptr) return ErrorCode::NoConnection;
+  // An exchange that failed, or was left by an exception, has lost its connection: its handle is not kept.
+  std::unique_ptr<CurlHandle> used = std::move(handle_);
+  const ErrorCode result = used->Send(request, sink, rules_.settings, httpStatus);
+  if (result == ErrorCode::Done) {
+    session_->ForgetWriteOff();
+    handle_ = std::move(used);
+  } else if (used->ConnectLimitRanOut()) {
+    session_->WriteOff(std::chrono::steady_clock::now(), rules_.settings.connectTimeoutMilliseconds);
+  }
+  return result;
+}
+
+void OriginVisit::HasFinalAnswer() {
+  session_->firstExchange.Answered(this);
+}
+
+PasswordScheme OriginVisit::LearnScheme() {
+  const PasswordScheme shown = handle_->DemandedScheme();
+  if (shown != PasswordScheme::Unknown) session_->LearnPasswordScheme(shown);
+  return shown;
+}
+
+}  // namespace vtdirect::platform

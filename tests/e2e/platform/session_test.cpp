@@ -1,0 +1,152 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/e2e/platform/fetching.h"
+#include "tests/e2e/platform/scripted_server.h"
+
+namespace {
+
+using testing::ElementsAre;
+using vtdirect_test::Asking;
+using vtdirect_test::Fetch;
+using vtdirect_test::FetchFrom;
+using vtdirect_test::Peer;
+using vtdirect_test::ScriptedServer;
+using vtdirect_test::WireRequest;
+
+/// What the connections of one origin share: cookies, and how the server takes a password.
+class Session : public testing::Test {
+ protected:
+  Session() { vtdirect_test::UseShortLimits(); }
+};
+
+/// Gives a session to whoever comes without one: "session=1" to the first, "session=2" to the next.
+ScriptedServer::Script GivingSessions(std::atomic<int>& given) {
+  return [&given](Peer& peer, WireRequest& request) {
+    peer.ReadBody(&request);
+    if (request.Header("Cookie") != "(none)") return peer.Answer(200, "");
+    peer.Answer(200, "", "Set-Cookie: session=" + std::to_string(++given) + "; Path=/\r\n");
+  };
+}
+
+std::vector<std::string> Cookies(const ScriptedServer& server) {
+  std::vector<std::string> cookies;
+  for (const WireRequest& request : server.requests()) cookies.push_back(request.Header("Cookie"));
+  return cookies;
+}
+
+TEST_F(Session, IsSharedByAllConnectionObjectsOfAnOrigin) {
+  std::atomic<int> given{0};
+  ScriptedServer server(GivingSessions(given));
+  const auto connection = vtdirect_test::Connect(server.Url());
+  Fetch(*connection);
+  Fetch(*connection);
+  FetchFrom(server.Url() + "/another/path");
+  EXPECT_THAT(Cookies(server), ElementsAre("(none)", "session=1", "session=1"));
+}
+
+TEST_F(Session, IsNotSharedWithAnotherPortOfTheHost) {
+  std::atomic<int> given{0};
+  ScriptedServer server(GivingSessions(given));
+  ScriptedServer other(GivingSessions(given));
+  FetchFrom(server.Url());
+  FetchFrom(other.Url());
+  FetchFrom(server.Url());
+  FetchFrom(other.Url());
+  EXPECT_THAT(Cookies(server), ElementsAre("(none)", "session=1"));
+  EXPECT_THAT(Cookies(other), ElementsAre("(none)", "session=2"));
+}
+
+TEST_F(Session, EndsWithTheCredentialsOfItsOrigin) {
+  std::atomic<int> given{0};
+  ScriptedServer server(GivingSessions(given));
+  const auto connection = vtdirect_test::Connect(server.Url());
+  Fetch(*connection);
+  du::http::SetBearerToken(server.Url(), "token");
+  Fetch(*connection);
+  du::http::SetPasswordCredentials(server.Url(), "paula", "s3cret");
+  Fetch(*connection);
+  du::http::ClearCredentials(server.Url());
+  Fetch(*connection);
+  du::http::ClearAllCredentials();
+  Fetch(*connection);
+  EXPECT_THAT(Cookies(server), ElementsAre("(none)", "(none)", "(none)", "(none)", "(none)"));
+  // The login could have been the connection's: each session has its own.
+  EXPECT_EQ(server.connections(), 5);
+}
+
+TEST_F(Session, OutlivesTheCredentialsOfAnotherOrigin) {
+  std::atomic<int> given{0};
+  ScriptedServer server(GivingSessions(given));
+  ScriptedServer other(GivingSessions(given));
+  FetchFrom(server.Url());
+  du::http::SetBearerToken(other.Url(), "token");
+  FetchFrom(server.Url());
+  EXPECT_THAT(Cookies(server), ElementsAre("(none)", "session=1"));
+}
+
+TEST_F(Session, IsNotLentToARedirectFromElsewhere) {
+  // Whoever can answer us could otherwise have us ask anything of a server where the user has a login.
+  std::atomic<int> given{0};
+  ScriptedServer server(GivingSessions(given));
+  ScriptedServer sly([&server](Peer& peer, WireRequest&) {
+    peer.Answer(302, "", "Location: " + server.Url() + "/delete\r\n");
+  });
+  FetchFrom(server.Url());
+  FetchFrom(sly.Url());
+  FetchFrom(server.Url());
+  EXPECT_THAT(Cookies(server), ElementsAre("(none)", "(none)", "session=1"));
+}
+
+TEST_F(Session, ComesBackFromASingleSignOn) {
+  // The server sends whoever has no session to the login, which knows its own, and which sends them back.
+  std::atomic<int> logins{0};
+  ScriptedServer* login = nullptr;
+  ScriptedServer server([&login](Peer& peer, WireRequest& request) {
+    if (request.Header("Cookie") == "user=paula") return peer.Answer(200, "in");
+    if (request.target == "/ticket")
+      return peer.Answer(302, "", "Set-Cookie: user=paula; Path=/\r\nLocation: /\r\n");
+    peer.Answer(302, "", "Location: " + login->Url() + "/\r\n");
+  });
+  ScriptedServer signOn([&logins, &server](Peer& peer, WireRequest& request) {
+    if (request.Header("Cookie") != "known=yes") ++logins;
+    peer.Answer(302, "", "Set-Cookie: known=yes; Path=/\r\nLocation: " + server.Url() + "/ticket\r\n");
+  });
+  login = &signOn;
+  EXPECT_EQ(FetchFrom(server.Url()).body, "in");
+  EXPECT_EQ(FetchFrom(server.Url()).body, "in");
+  EXPECT_EQ(signOn.requests().size(), 1u);
+  EXPECT_EQ(logins, 1);
+}
+
+TEST_F(Session, OfADigestLoginCostsOneDemandForEachHandle) {
+  ScriptedServer server([](Peer& peer, WireRequest& request) {
+    peer.ReadBody(&request);
+    if (request.Header("Authorization") != "(none)") return peer.Answer(200, std::string(2'000'000, 'v'));
+    peer.Answer(401, "", "WWW-Authenticate: Digest realm=\"vault\", nonce=\"nonce-1\"\r\n");
+  });
+  du::http::SetPasswordCredentials(server.Url(), "paula", "s3cret");
+  FetchFrom(server.Url());
+  EXPECT_EQ(server.requests().size(), 2u);
+  FetchFrom(server.Url());
+  EXPECT_EQ(server.requests().size(), 3u);
+  // A second handle is needed while the first is busy. Its nonce has to be asked for, once.
+  for (const std::size_t wanted : {6u, 8u}) {
+    bool inside = false;
+    du::http::BufferFileSource headers(nullptr, 0);
+    du::http::ProgressSink sink(
+        [&](std::size_t, std::size_t) {
+          if (!std::exchange(inside, true)) FetchFrom(server.Url());
+          return true;
+        },
+        nullptr);
+    const du::http::Request request{du::http::Method::Get, "/", &headers, nullptr, nullptr, &sink};
+    int status = 0;
+    EXPECT_EQ(du::http::DoRequestWithCommonAuth(*vtdirect_test::Connect(server.Url()), {nullptr, {}}, request,
+                                                &status),
+              du::http::ErrorCode::Done);
+    EXPECT_EQ(server.requests().size(), wanted);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,117 @@
+#include "tests/e2e/platform/tls_front.h"
+
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <stdexcept>
+
+namespace vtdirect_test {
+namespace {
+
+sockaddr_in Loopback(int port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  return address;
+}
+
+int ConnectTo(int port) {
+  const int plain = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const sockaddr_in address = Loopback(port);
+  if (connect(plain, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    close(plain);
+    return -1;
+  }
+  return plain;
+}
+
+void Hurry(int socket) {
+  const int one = 1;
+  setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
+}
+
+}  // namespace
+
+TlsFront::TlsFront(const std::string& directory, const std::string& name, int port)
+    : context_(SSL_CTX_new(TLS_server_method())), plainPort_(port) {
+  signal(SIGPIPE, SIG_IGN);  // a client may go while it is written to
+  const std::string base = directory + "/" + name;
+  if (SSL_CTX_use_certificate_file(context_.get(), (base + ".pem").c_str(), SSL_FILETYPE_PEM) != 1 ||
+      SSL_CTX_use_PrivateKey_file(context_.get(), (base + ".key").c_str(), SSL_FILETYPE_PEM) != 1) {
+    throw std::runtime_error("no certificate " + base);
+  }
+  listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = Loopback(0);
+  socklen_t length = sizeof address;
+  if (bind(listener_, reinterpret_cast<sockaddr*>(&address), length) != 0 || listen(listener_, 64) != 0 ||
+      getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
+    throw std::runtime_error("no port on 127.0.0.1");
+  }
+  port_ = ntohs(address.sin_port);
+  acceptor_ = std::thread([this] { Accept(); });
+}
+
+TlsFront::~TlsFront() {
+  stopping_ = true;
+  acceptor_.join();
+  for (std::thread& thread : threads_) thread.join();
+  close(listener_);
+}
+
+void TlsFront::Accept() {
+  while (!stopping_) {
+    pollfd waiting{listener_, POLLIN, 0};
+    if (poll(&waiting, 1, 20) <= 0) continue;
+    const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+    if (socket < 0) continue;
+    Hurry(socket);
+    ++connections_;
+    threads_.emplace_back([this, socket] { Serve(socket); });
+  }
+}
+
+void TlsFront::Serve(int socket) {
+  SSL* tls = SSL_new(context_.get());
+  SSL_set_fd(tls, socket);
+  if (SSL_accept(tls) == 1) {
+    ++handshakes_;
+    if (SSL_session_reused(tls) == 1) ++resumed_;
+    const int plain = ConnectTo(plainPort_);
+    if (plain >= 0) {
+      Hurry(plain);
+      Pump(tls, socket, plain);
+      close(plain);
+    }
+    SSL_shutdown(tls);
+  }
+  SSL_free(tls);
+  close(socket);
+}
+
+void TlsFront::Pump(SSL* tls, int socket, int plain) {
+  std::array<char, 16384> piece;
+  while (!stopping_) {
+    std::array<pollfd, 2> waiting{{{socket, POLLIN, 0}, {plain, POLLIN, 0}}};
+    if (poll(waiting.data(), waiting.size(), 20) <= 0) continue;
+    if (waiting[0].revents != 0) {
+      do {
+        const int count = SSL_read(tls, piece.data(), static_cast<int>(piece.size()));
+        if (count <= 0 || send(plain, piece.data(), static_cast<std::size_t>(count), MSG_NOSIGNAL) != count)
+          return;
+      } while (SSL_pending(tls) > 0);
+    }
+    if (waiting[1].revents != 0) {
+      const ssize_t count = recv(plain, piece.data(), piece.size(), 0);
+      if (count <= 0 || SSL_write(tls, piece.data(), static_cast<int>(count)) <= 0) return;
+    }
+  }
+}
+
+}  // namespace vtdirect_test

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <openssl/ssl.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vtdirect_test {
+
+/// Speaks TLS on 127.0.0.1 and passes all bytes on to a plain server there, for any number of connections at
+/// a time. Certificates: see MakeCertificate.
+class TlsFront {
+ public:
+  /// @param directory  holds "<name>.pem" and "<name>.key"
+  /// @param port       of the plain server
+  TlsFront(const std::string& directory, const std::string& name, int port);
+  ~TlsFront();
+  TlsFront(const TlsFront&) = delete;
+  TlsFront& operator=(const TlsFront&) = delete;
+
+  [[nodiscard]] std::string Url() const { return "https://127.0.0.1:" + std::to_string(port_); }
+  /// TCP connections that were accepted.
+  [[nodiscard]] int connections() const { return connections_; }
+  /// Handshakes that succeeded, and those of them that took up an earlier TLS session.
+  [[nodiscard]] int handshakes() const { return handshakes_; }
+  [[nodiscard]] int resumed() const { return resumed_; }
+
+ private:
+  struct ContextFreer {
+    void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
+  };
+  void Accept();
+  void Serve(int socket);
+  void Pump(SSL* tls, int socket, int plain);
+
+  std::unique_ptr<SSL_CTX, ContextFreer> context_;
+  const int plainPort_;
+  int port_ = 0;
+  int listener_ = -1;
+  std::atomic<bool> stopping_{false};
+  std::atomic<int> connections_{0};
+  std::atomic<int> handshakes_{0};
+  std::atomic<int> resumed_{0};
+  std::vector<std::thread> threads_;
+  std::thread acceptor_;
+};
+
+}  // namespace vtdirect_test
