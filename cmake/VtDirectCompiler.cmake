@@ -1,4 +1,4 @@
-# What every target of this tree is compiled with. Dependencies come in as system headers, so the warnings
+# What every target of this tree is compiled with, and nothing of a project that has this one in its tree. Dependencies come in as system headers, so the warnings
 # below speak of our own code only.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -6,13 +6,17 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# Files have helpers of the same name in their anonymous namespaces.
+set(CMAKE_UNITY_BUILD OFF)
 # Debian 12's filesystem serves downloads of any size.
 add_compile_definitions(_FILE_OFFSET_BITS=64)
 
-find_program(VTDIRECT_CCACHE ccache)
-if(VTDIRECT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${VTDIRECT_CCACHE})
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+  find_program(VTDIRECT_CCACHE ccache)
+  if(VTDIRECT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${VTDIRECT_CCACHE})
+  endif()
 endif()
 
 add_library(vtdirect_warnings INTERFACE)

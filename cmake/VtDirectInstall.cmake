@@ -8,17 +8,18 @@ set(VTDIRECT_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VtDirect)
 set(VTDIRECT_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 set(installed_libraries vtdirect)
-if(TARGET platform)
-  list(APPEND installed_libraries platform)
+if(TARGET vtdirect_platform)
+  list(APPEND installed_libraries vtdirect_platform)
 endif()
 install(TARGETS ${installed_libraries} EXPORT VtDirectTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT VtDirectTargets NAMESPACE VtDirect:: DESTINATION ${VTDIRECT_PACKAGE_DIR} COMPONENT development)
 
 install(DIRECTORY ${VTDIRECT_STAGED_HEADERS}/vtdirect DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         COMPONENT development)
-if(TARGET platform)
+if(TARGET vtdirect_platform)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/catalogues/cmsinterface
           DESTINATION ${CMAKE_INSTALL_DATADIR}/vtdirect/catalogues COMPONENT runtime)
 endif()
@@ -39,7 +40,7 @@ file(RELATIVE_PATH VTDIRECT_PKGCONFIG_TO_PREFIX /prefix/${VTDIRECT_PKGCONFIG_DIR
 string(REGEX REPLACE "/$" "" VTDIRECT_PKGCONFIG_TO_PREFIX ${VTDIRECT_PKGCONFIG_TO_PREFIX})
 set(VTDIRECT_PC_REQUIRES "")
 set(VTDIRECT_PLATFORM_PC_REQUIRES "")
-if(TARGET platform)
+if(TARGET vtdirect_platform)
   list(APPEND VTDIRECT_PC_REQUIRES "vtdirect-platform = ${PROJECT_VERSION}")
 endif()
 if(NOT BUILD_SHARED_LIBS)
@@ -48,7 +49,7 @@ if(NOT BUILD_SHARED_LIBS)
 endif()
 list(JOIN VTDIRECT_PC_REQUIRES ", " VTDIRECT_PC_REQUIRES)
 set(pkgconfig_files vtdirect)
-if(TARGET platform)
+if(TARGET vtdirect_platform)
   list(APPEND pkgconfig_files vtdirect-platform)
 endif()
 foreach(name IN LISTS pkgconfig_files)
