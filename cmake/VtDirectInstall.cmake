@@ -1,7 +1,8 @@
-# Install rules: headers, libraries, the CMake package, pkg-config files, catalogues, programs, .deb files.
+# Install rules: headers, libraries, the CMake package, pkg-config files, catalogues, programs.
 #
-# Components: runtime (shared libraries, catalogues), development (headers, static libraries, package files) and
-# programs, which is the default of whatever names none.
+# Components: runtime (shared libraries), catalogues (what no version of the libraries owns), development (headers,
+# static libraries, package files) and programs, which is the default of whatever names none. VtDirectPackages.cmake
+# makes a Debian package of each.
 include(CMakePackageConfigHelpers)
 
 set(VTDIRECT_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VtDirect)
@@ -21,7 +22,7 @@ install(DIRECTORY ${VTDIRECT_STAGED_HEADERS}/vtdirect DESTINATION ${CMAKE_INSTAL
         COMPONENT development)
 if(TARGET vtdirect_platform)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/catalogues/cmsinterface
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/vtdirect/catalogues COMPONENT runtime)
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/vtdirect/catalogues COMPONENT catalogues)
 endif()
 
 # The CMake package.
@@ -76,30 +77,4 @@ if(BUILD_SHARED_LIBS)
   if(TARGET vtdirect-cli)
     set_target_properties(vtdirect-cli PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
   endif()
-endif()
-
-# .deb files: cpack in the build directory.
-if(PROJECT_IS_TOP_LEVEL)
-  set(CPACK_GENERATOR DEB)
-  set(CPACK_PACKAGE_NAME vtdirect)
-  set(CPACK_PACKAGE_CONTACT "VtDirect maintainers <maintainers@vtdirect.example>")
-  set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "A Vantry server as a virtual file system")
-  set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
-  set(CPACK_DEB_COMPONENT_INSTALL ON)
-  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-  set(CPACK_DEBIAN_PACKAGE_SECTION libs)
-  find_program(VTDIRECT_SHLIBDEPS dpkg-shlibdeps)
-  if(VTDIRECT_SHLIBDEPS)
-    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
-  endif()
-  set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvtdirect${PROJECT_VERSION_MAJOR})
-  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvtdirect-dev)
-  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-      "libvtdirect${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libexpat1-dev, libcurl4-openssl-dev")
-  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME vtdirect-tools)
-  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SECTION utils)
-  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_DEPENDS "libvtdirect${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
-  include(CPack)
 endif()
