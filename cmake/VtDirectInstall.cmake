@@ -69,6 +69,9 @@ if(TARGET vantry-sim)
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+# README and the pages link to each other by where they are in the sources.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
+        COMPONENT development)
 
 # Shared libraries are found beside each other, wherever the tree is put.
 if(BUILD_SHARED_LIBS)

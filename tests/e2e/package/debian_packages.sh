@@ -63,7 +63,8 @@ depends_on libvtdirect-dev "libvtdirect0 \(= $version\)"
 ! dpkg-deb -f libvtdirect-dev_*.deb Depends | grep -e curl -e expat || wrong "hosts need no headers of third parties"
 has libvtdirect-dev include/vtdirect/vt_direct_manager.h include/vtdirect/platform/http.h \
   'lib/[^/]+/libvtdirect\.so' 'lib/[^/]+/libvtdirect_platform\.so' 'lib/[^/]+/pkgconfig/vtdirect\.pc' \
-  'lib/[^/]+/cmake/VtDirect/VtDirectConfig\.cmake' share/doc/libvtdirect-dev/README.md
+  'lib/[^/]+/cmake/VtDirect/VtDirectConfig\.cmake' share/doc/libvtdirect-dev/README.md \
+  share/doc/libvtdirect-dev/docs/recipes.md share/doc/libvtdirect-dev/examples/fetch.cpp
 
 # The programs.
 depends_on vtdirect-tools "libvtdirect0 \(= $version\)" libsqlite3-0
