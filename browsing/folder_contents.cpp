@@ -29,18 +29,13 @@ std::string DynamicDocumentsPath(const char* serviceVersion, const std::string& 
          "/FolderContents/ZVK.DynamicDocMgmt.DynamicDocument?$select=CADName,ID";
 }
 
-bool ReadPage(RestStream& response, FolderContentsHandler& handler) {
-  if (response.fileStream() != nullptr && ReadJson(*response.fileStream(), handler)) return true;
-  return response.memoryStream() != nullptr && ReadJson(*response.memoryStream(), handler);
-}
-
 // Reads one page; the next link is empty behind the last.
 bool ListPage(const std::shared_ptr<HttpConnection>& connection, const std::string& path,
               const DocumentListing& listing, const DirEntryCallback& callback, std::string& nextLink) {
   RestStream response(MakeGetRequest(connection, path.c_str(), VtConnection::ODataHeaders()), {});
   if (!response.succeeded()) return false;
   FolderContentsHandler handler(listing.details, listing.versions, listing.fileNameKey, callback);
-  if (!ReadPage(response, handler)) return false;
+  if (!ReadJson([&response] { return response.NextPiece(); }, handler)) return false;
   nextLink = handler.nextLink();
   return true;
 }

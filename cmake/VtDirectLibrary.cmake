@@ -11,11 +11,16 @@ find_package(EXPAT REQUIRED GLOBAL)
 add_library(vtdirect_rapidjson INTERFACE)
 target_include_directories(vtdirect_rapidjson SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS})
 
+# The headers alone: what is compiled of them goes into this library, and what is installed needs nothing of Boost.
+find_package(Boost 1.81 REQUIRED)
+add_library(vtdirect_boost_json INTERFACE)
+target_include_directories(vtdirect_boost_json SYSTEM INTERFACE ${Boost_INCLUDE_DIRS})
+
 add_library(vtdirect_headers INTERFACE)
 target_include_directories(vtdirect_headers INTERFACE ${PROJECT_SOURCE_DIR})
 
 add_library(vtdirect_objects OBJECT)
-target_link_libraries(vtdirect_objects PUBLIC vtdirect_headers vtdirect_rapidjson EXPAT::EXPAT
+target_link_libraries(vtdirect_objects PUBLIC vtdirect_headers vtdirect_rapidjson vtdirect_boost_json EXPAT::EXPAT
                                        PRIVATE vtdirect_warnings)
 add_subdirectory(base)
 add_subdirectory(connection)

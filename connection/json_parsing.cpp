@@ -3,11 +3,11 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-template <typename Stream>
-bool ParseInto(Stream& stream, rapidjson::Document& document) {
+template <typename Source>
+bool ParseInto(const Source& source, rapidjson::Document& document) {
   bool parsed = false;
   auto generate = [&](rapidjson::Document& handler) {
-    parsed = ReadJson(stream, handler);
+    parsed = ReadJson(source, handler);
     return parsed;
   };
   document.SetNull();
@@ -17,12 +17,12 @@ bool ParseInto(Stream& stream, rapidjson::Document& document) {
 
 }  // namespace
 
-bool ParseJson(rapidjson::FileReadStream& stream, rapidjson::Document& document) {
-  return ParseInto(stream, document);
+bool ParseJson(const JsonPieces& next, rapidjson::Document& document) {
+  return ParseInto(next, document);
 }
 
-bool ParseJson(rapidjson::MemoryStream& stream, rapidjson::Document& document) {
-  return ParseInto(stream, document);
+bool ParseJson(std::string_view text, rapidjson::Document& document) {
+  return ParseInto(text, document);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -54,19 +54,18 @@ void RestStream::OpenBody(du::http::FailoverFileSink& sink) {
 }
 
 void RestStream::Rewind() {
-  if (!succeeded()) return;
-  if (tempFile_ == nullptr) {
-    const auto* text = reinterpret_cast<const char*>(body_.data());
-    memoryStream_ = std::make_unique<rapidjson::MemoryStream>(text, body_.size());
-  } else if (file_ != nullptr) {
-    std::rewind(file_);
-    fileStream_ = std::make_unique<rapidjson::FileReadStream>(file_, readBuffer_.data(), readBuffer_.size());
-  }
+  if (file_ != nullptr) std::rewind(file_);
+  unread_ = {reinterpret_cast<const char*>(body_.data()), body_.size()};
+}
+
+// A file that cannot be read to its end reads as one that ends there, and what is left is no whole value.
+std::string_view RestStream::NextPiece() {
+  if (file_ == nullptr) return std::exchange(unread_, {});
+  return {readBuffer_.data(), std::fread(readBuffer_.data(), 1, readBuffer_.size(), file_)};
 }
 
 bool ParseJsonResponse(RestStream& response, rapidjson::Document& document) {
-  if (response.fileStream() != nullptr && ParseJson(*response.fileStream(), document)) return true;
-  return response.memoryStream() != nullptr && ParseJson(*response.memoryStream(), document);
+  return ParseJson([&response] { return response.NextPiece(); }, document);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <rapidjson/document.h>
-#include <rapidjson/filereadstream.h>
-#include <rapidjson/memorystream.h>
 
 #include <array>
 #include <cstddef>
@@ -10,6 +8,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "connection/rest_request.h"
@@ -25,10 +24,9 @@ namespace lxservices::cms_interface::vantry {
 /// One exchange and the owner of its response body. Constructing it performs the exchange, on this thread.
 ///
 /// A body of up to 524288 bytes stays in memory; a longer one goes through a temporary file that vanishes
-/// with this object. It is read by its file stream or its memory stream, of which at most one is set, from
-/// its first byte to its last, and after Rewind once more. Used by one thread at a time. The read buffer
-/// lives inside, so the object is neither copied nor moved: build it on the stack, or shared when reading
-/// goes on after the function that sent the request.
+/// with this object. It is read piece by piece from its first byte to its last, and after Rewind once more.
+/// Used by one thread at a time. The read buffer lives inside, so the object is neither copied nor moved:
+/// build it on the stack, or shared when reading goes on after the function that sent the request.
 class RestStream {
  public:
   static constexpr std::size_t memoryLimit = 0x80000;
@@ -44,10 +42,13 @@ class RestStream {
   [[nodiscard]] int status() const { return status_; }
   [[nodiscard]] bool succeeded() const { return IsSuccess(status_); }
   [[nodiscard]] du::http::ErrorCode errorCode() const { return errorCode_; }
-  /// Null unless the body of a success is on the disk.
-  [[nodiscard]] rapidjson::FileReadStream* fileStream() const { return fileStream_.get(); }
-  /// Null unless the body of a success is in memory.
-  [[nodiscard]] rapidjson::MemoryStream* memoryStream() const { return memoryStream_.get(); }
+  /// Whether the body of a success is on the disk and could be opened.
+  [[nodiscard]] bool isBodyOnDisk() const { return file_ != nullptr; }
+  /// Whether the body of a success, which may be empty, is in memory.
+  [[nodiscard]] bool isBodyInMemory() const { return succeeded() && tempFile_ == nullptr; }
+  /// The next piece of the body of a success: all of one that is in memory, at most 65536 bytes of one that
+  /// is on the disk. Empty at the end, and without a body. Valid until the next call.
+  [[nodiscard]] std::string_view NextPiece();
   /// Goes back to the first byte of the body of a success, for another reading.
   void Rewind();
   /// The first 1024 bytes of the body of a response outside 200 to 299.
@@ -61,9 +62,8 @@ class RestStream {
   du::http::ErrorCode errorCode_ = du::http::ErrorCode::Done;
   std::FILE* file_ = nullptr;
   std::array<char, 0x10000> readBuffer_;
-  std::unique_ptr<rapidjson::FileReadStream> fileStream_;
-  std::unique_ptr<rapidjson::MemoryStream> memoryStream_;
   std::vector<std::uint8_t> body_;
+  std::string_view unread_;  ///< what is left of a body in memory
   std::unique_ptr<ScopedTempPath> tempFile_;
   std::string errorText_;
 };

@@ -8,9 +8,8 @@
 using namespace lxservices::cms_interface::vantry;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  rapidjson::MemoryStream stream(reinterpret_cast<const char*>(data), size);
   rapidjson::Document document;
-  if (!ParseJson(stream, document)) return 0;
+  if (!ParseJson(std::string_view(reinterpret_cast<const char*>(data), size), document)) return 0;
   DocumentRecord record;
   if (ReadDocumentRecord(document, record)) (void)MakeFileInfo(record);
   WorkspaceRecord workspace;

@@ -14,6 +14,7 @@
 #include "platform/environment.h"
 #include "platform_default/characters.h"
 #include "platform_default/descriptor.h"
+#include "platform_default/json_exponents.h"
 
 namespace du {
 namespace {
@@ -22,6 +23,7 @@ using vtdirect::platform::CloseDescriptor;
 using vtdirect::platform::IsAsciiDigit;
 using vtdirect::platform::IsAsciiLetter;
 using vtdirect::platform::ReadSome;
+using vtdirect::platform::ShortenJsonExponents;
 using vtdirect::platform::ToAsciiLower;
 
 /// A catalogue holds a handful of words; whatever is larger is no catalogue.
@@ -123,10 +125,11 @@ std::optional<std::string> TextFromFile(std::string_view catalogue, std::string_
   if (path.empty()) return std::nullopt;
   const std::optional<std::string> content = ReadSmallFile(path);
   if (!content) return std::nullopt;
+  const std::string json = ShortenJsonExponents(*content);
   rapidjson::Document document;
   // Iterative: the depth of a file that anybody may have edited must not become the depth of our stack.
   constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
-  document.Parse<flags>(content->data(), content->size());
+  document.Parse<flags>(json.data(), json.size());
   if (document.HasParseError() || !document.IsObject()) return std::nullopt;
   const auto member = document.FindMember(rapidjson::Value(rapidjson::StringRef(key.data(), key.size())));
   if (member == document.MemberEnd() || !member->value.IsString()) return std::nullopt;

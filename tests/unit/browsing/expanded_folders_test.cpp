@@ -12,9 +12,8 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 rapidjson::Document Parse(const std::string& text) {
-  rapidjson::MemoryStream stream(text.data(), text.size());
   rapidjson::Document document;
-  EXPECT_TRUE(ParseJson(stream, document)) << text;
+  EXPECT_TRUE(ParseJson(text, document)) << text;
   return document;
 }
 
@@ -125,7 +124,7 @@ TEST(FolderWalkTest, TheDeepestTreeThatIsReadCanBeWalked) {
   std::string open;
   std::string close;
   std::string path;
-  for (int level = 0; level < maximumJsonDepth / 2; ++level) {
+  for (std::size_t level = 0; level < maximumJsonDepth / 2; ++level) {
     open += R"({"ID":"i","Name":"n","Folders":[)";
     close += "]}";
     path += "n/";

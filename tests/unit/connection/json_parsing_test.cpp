@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdio>
-#include <memory>
 #include <string>
+#include <string_view>
 
 #include "connection/json_members.h"
 
@@ -13,25 +11,20 @@ namespace {
 
 using namespace lxservices::cms_interface::vantry;
 
-// Parses through the memory stream, as a short answer is.
-bool Parses(const std::string& text, rapidjson::Document& document) {
-  rapidjson::MemoryStream stream(text.data(), text.size());
-  return ParseJson(stream, document);
-}
-
 bool Parses(const std::string& text) {
   rapidjson::Document document;
-  return Parses(text, document);
+  return ParseJson(text, document);
 }
 
-// Parses through a file and a buffer of a few bytes, as a long answer is.
-bool ParsesFromFile(const std::string& text, rapidjson::Document& document) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), &std::fclose);
-  if (!file || std::fwrite(text.data(), 1, text.size(), file.get()) != text.size()) return false;
-  std::rewind(file.get());
-  std::array<char, 16> buffer{};
-  rapidjson::FileReadStream stream(file.get(), buffer.data(), buffer.size());
-  return ParseJson(stream, document);
+// Parses in pieces of a few bytes, as a long answer comes from its file.
+bool ParsesInPieces(std::string_view text, rapidjson::Document& document) {
+  constexpr std::size_t pieceSize = 16;
+  const JsonPieces next = [&text] {
+    const std::string_view piece = text.substr(0, pieceSize);
+    text.remove_prefix(piece.size());
+    return piece;
+  };
+  return ParseJson(next, document);
 }
 
 std::string Arrays(std::size_t levels) {
@@ -69,24 +62,24 @@ TEST(JsonParsing, EndsAtAHundredThousandLevelsWithoutHarm) {
   EXPECT_FALSE(Parses(Objects(100000)));
 }
 
-TEST(JsonParsing, BoundsTheNestingOfAFileToo) {
+TEST(JsonParsing, BoundsTheNestingOfPiecesToo) {
   rapidjson::Document document;
-  EXPECT_TRUE(ParsesFromFile(Arrays(512), document));
-  EXPECT_FALSE(ParsesFromFile(Arrays(513), document));
-  EXPECT_FALSE(ParsesFromFile(std::string(100000, '['), document));
+  EXPECT_TRUE(ParsesInPieces(Arrays(512), document));
+  EXPECT_FALSE(ParsesInPieces(Arrays(513), document));
+  EXPECT_FALSE(ParsesInPieces(std::string(100000, '['), document));
 }
 
 TEST(JsonParsing, LeavesTheDocumentNullBehindAFailure) {
   rapidjson::Document document;
-  ASSERT_TRUE(Parses("{\"a\":1}", document));
-  EXPECT_FALSE(Parses("{\"a\":1,", document));
+  ASSERT_TRUE(ParseJson("{\"a\":1}", document));
+  EXPECT_FALSE(ParseJson("{\"a\":1,", document));
   EXPECT_TRUE(document.IsNull());
 }
 
 TEST(JsonParsing, AParsedDocumentCanBeReplaced) {
   rapidjson::Document document;
-  ASSERT_TRUE(Parses("[1,2]", document));
-  ASSERT_TRUE(Parses("{\"a\":\"b\"}", document));
+  ASSERT_TRUE(ParseJson("[1,2]", document));
+  ASSERT_TRUE(ParseJson("{\"a\":\"b\"}", document));
   ASSERT_NE(FindString(document, "a"), nullptr);
   EXPECT_EQ(TextView(*FindString(document, "a")), "b");
 }
@@ -96,9 +89,9 @@ TEST(JsonParsing, RefusesAnAnswerCutAnywhere) {
   ASSERT_TRUE(Parses(text));
   for (std::size_t length = 0; length < text.size(); ++length) {
     rapidjson::Document document;
-    EXPECT_FALSE(Parses(text.substr(0, length), document)) << length;
+    EXPECT_FALSE(ParseJson(text.substr(0, length), document)) << length;
     EXPECT_TRUE(document.IsNull()) << length;
-    EXPECT_FALSE(ParsesFromFile(text.substr(0, length), document)) << length;
+    EXPECT_FALSE(ParsesInPieces(text.substr(0, length), document)) << length;
   }
 }
 
@@ -116,18 +109,18 @@ TEST(JsonParsing, RefusesANulByteInsideATextOrAValue) {
 
 TEST(JsonParsing, ReadsAnEscapedNulByteWhole) {
   rapidjson::Document document;
-  ASSERT_TRUE(Parses("{\"a\":\"b\\u0000c\"}", document));
+  ASSERT_TRUE(ParseJson("{\"a\":\"b\\u0000c\"}", document));
   const auto* value = FindString(document, "a");
   ASSERT_NE(value, nullptr);
   EXPECT_EQ(TextView(*value), std::string_view("b\0c", 3));
 }
 
-TEST(JsonParsing, ReadsTextsOfAMegabyteFromMemoryAndFile) {
+TEST(JsonParsing, ReadsTextsOfAMegabyteWholeAndInPieces) {
   const std::string text = "[\"" + std::string(1 << 20, 'x') + "\"]";
   rapidjson::Document document;
-  ASSERT_TRUE(Parses(text, document));
+  ASSERT_TRUE(ParseJson(text, document));
   EXPECT_EQ(document[0].GetStringLength(), 1U << 20);
-  ASSERT_TRUE(ParsesFromFile(text, document));
+  ASSERT_TRUE(ParsesInPieces(text, document));
   EXPECT_EQ(document[0].GetStringLength(), 1U << 20);
 }
 
@@ -138,7 +131,7 @@ TEST(JsonParsing, RefusesANumberTooLargeForItsType) {
 
 TEST(JsonMembers, AMemberOfAnotherTypeCountsAsAbsent) {
   rapidjson::Document document;
-  ASSERT_TRUE(Parses(R"({"text":"t","list":[],"number":1})", document));
+  ASSERT_TRUE(ParseJson(R"({"text":"t","list":[],"number":1})", document));
   EXPECT_NE(FindMember(document, "number"), nullptr);
   EXPECT_EQ(FindString(document, "number"), nullptr);
   EXPECT_EQ(FindArray(document, "text"), nullptr);
@@ -149,7 +142,7 @@ TEST(JsonMembers, AMemberOfAnotherTypeCountsAsAbsent) {
 TEST(JsonMembers, WhatIsNoObjectHasNoMembers) {
   for (const char* text : {"[]", "null", "\"a\"", "1", "true"}) {
     rapidjson::Document document;
-    ASSERT_TRUE(Parses(text, document));
+    ASSERT_TRUE(ParseJson(text, document));
     EXPECT_EQ(FindMember(document, "a"), nullptr) << text;
     EXPECT_EQ(FindString(document, "a"), nullptr) << text;
     EXPECT_EQ(FindArray(document, "a"), nullptr) << text;
@@ -158,7 +151,7 @@ TEST(JsonMembers, WhatIsNoObjectHasNoMembers) {
 
 TEST(JsonMembers, CopyingLeavesTheTextAloneForAnotherType) {
   rapidjson::Document document;
-  ASSERT_TRUE(Parses(R"(["x\u0000y",1])", document));
+  ASSERT_TRUE(ParseJson(R"(["x\u0000y",1])", document));
   std::string text = "before";
   CopyString(document[1], text);
   EXPECT_EQ(text, "before");

@@ -72,8 +72,8 @@ TEST_F(RestStreamTest, AShortSuccessIsInMemory) {
   const auto stream = Get();
   EXPECT_EQ(stream->status(), 200);
   EXPECT_EQ(stream->errorCode(), ErrorCode::Done);
-  EXPECT_NE(stream->memoryStream(), nullptr);
-  EXPECT_EQ(stream->fileStream(), nullptr);
+  EXPECT_TRUE(stream->isBodyInMemory());
+  EXPECT_FALSE(stream->isBodyOnDisk());
   EXPECT_EQ(stream->errorText(), "");
   EXPECT_THAT(directory.Entries(), IsEmpty());
   rapidjson::Document document;
@@ -84,8 +84,8 @@ TEST_F(RestStreamTest, AShortSuccessIsInMemory) {
 TEST_F(RestStreamTest, ABodyOfExactlyTheLimitIsInMemory) {
   transport.Then(200, JsonOfSize(524288));
   const auto stream = Get();
-  EXPECT_NE(stream->memoryStream(), nullptr);
-  EXPECT_EQ(stream->fileStream(), nullptr);
+  EXPECT_TRUE(stream->isBodyInMemory());
+  EXPECT_FALSE(stream->isBodyOnDisk());
   EXPECT_THAT(directory.Entries(), IsEmpty());
   rapidjson::Document document;
   ASSERT_TRUE(ParseJsonResponse(*stream, document));
@@ -95,8 +95,8 @@ TEST_F(RestStreamTest, ABodyOfExactlyTheLimitIsInMemory) {
 TEST_F(RestStreamTest, ABodyOfOneByteMoreIsOnTheDiskUntilTheStreamGoes) {
   transport.Then(200, JsonOfSize(524289));
   auto stream = Get();
-  EXPECT_EQ(stream->memoryStream(), nullptr);
-  EXPECT_NE(stream->fileStream(), nullptr);
+  EXPECT_FALSE(stream->isBodyInMemory());
+  EXPECT_TRUE(stream->isBodyOnDisk());
   ASSERT_THAT(directory.Entries(), SizeIs(1));
   EXPECT_EQ(std::filesystem::file_size(directory.File(directory.Entries().front())), 524289U);
   rapidjson::Document document;
@@ -123,8 +123,8 @@ TEST_F(RestStreamTest, A500HasNoStreamAndKeepsTheFirst1024BytesOfTheErrorPage) {
   const auto stream = Get();
   EXPECT_EQ(stream->status(), 500);
   EXPECT_EQ(stream->errorCode(), ErrorCode::Done);
-  EXPECT_EQ(stream->memoryStream(), nullptr);
-  EXPECT_EQ(stream->fileStream(), nullptr);
+  EXPECT_FALSE(stream->isBodyInMemory());
+  EXPECT_FALSE(stream->isBodyOnDisk());
   EXPECT_EQ(stream->errorText(), page.substr(0, 1024));
   rapidjson::Document document;
   EXPECT_FALSE(ParseJsonResponse(*stream, document));
@@ -149,14 +149,14 @@ TEST_F(RestStreamTest, OnlyTwoHundredTo299AreSuccess) {
     const auto stream = Get();
     EXPECT_EQ(stream->status(), status);
     EXPECT_FALSE(stream->succeeded()) << status;
-    EXPECT_EQ(stream->memoryStream(), nullptr) << status;
+    EXPECT_FALSE(stream->isBodyInMemory()) << status;
     EXPECT_EQ(stream->errorText(), "[]") << status;
   }
   for (const int status : {200, 201, 299}) {
     transport.Then(status, "[]");
     const auto stream = Get();
     EXPECT_TRUE(stream->succeeded()) << status;
-    EXPECT_NE(stream->memoryStream(), nullptr) << status;
+    EXPECT_TRUE(stream->isBodyInMemory()) << status;
   }
 }
 
@@ -164,8 +164,8 @@ TEST_F(RestStreamTest, A204HasAnEmptyBodyThatDoesNotParse) {
   transport.Then(204);
   const auto stream = Get();
   EXPECT_EQ(stream->status(), 204);
-  ASSERT_NE(stream->memoryStream(), nullptr);
-  EXPECT_EQ(stream->memoryStream()->Peek(), '\0');
+  ASSERT_TRUE(stream->isBodyInMemory());
+  EXPECT_EQ(stream->NextPiece(), "");
   rapidjson::Document document;
   EXPECT_FALSE(ParseJsonResponse(*stream, document));
 }
@@ -177,8 +177,8 @@ TEST_F(RestStreamTest, AFailedExchangeHasStatusMinusOneAndItsCode) {
     const auto stream = Get();
     EXPECT_EQ(stream->status(), -1);
     EXPECT_EQ(stream->errorCode(), error);
-    EXPECT_EQ(stream->memoryStream(), nullptr);
-    EXPECT_EQ(stream->fileStream(), nullptr);
+    EXPECT_FALSE(stream->isBodyInMemory());
+    EXPECT_FALSE(stream->isBodyOnDisk());
   }
 }
 
@@ -188,7 +188,7 @@ TEST_F(RestStreamTest, AFailedExchangeHasStatusMinusOneEvenWhenThePlatformTellsA
     const auto stream = Get();
     EXPECT_EQ(stream->status(), -1);
     EXPECT_EQ(static_cast<int>(stream->errorCode()), 5);
-    EXPECT_EQ(stream->memoryStream(), nullptr);
+    EXPECT_FALSE(stream->isBodyInMemory());
   }
 }
 
@@ -207,8 +207,8 @@ TEST_F(RestStreamTest, AnExchangeThatFailsPartOfTheWayHasStatusMinusOneAndLeaves
   auto stream = Get([](std::size_t done, std::size_t) { return done <= 550000; });
   EXPECT_EQ(stream->status(), -1);
   EXPECT_EQ(stream->errorCode(), ErrorCode::Cancelled);
-  EXPECT_EQ(stream->fileStream(), nullptr);
-  EXPECT_EQ(stream->memoryStream(), nullptr);
+  EXPECT_FALSE(stream->isBodyOnDisk());
+  EXPECT_FALSE(stream->isBodyInMemory());
   // The file is taken over although the request failed, and goes with the stream.
   EXPECT_THAT(directory.Entries(), SizeIs(1));
   stream.reset();
@@ -221,8 +221,8 @@ TEST_F(RestStreamTest, AFileThatCannotBeOpenedGivesNoStreamAndFailsToParse) {
   transport.Then(answer);
   auto stream = Get();
   EXPECT_EQ(stream->status(), 200);
-  EXPECT_EQ(stream->fileStream(), nullptr);
-  EXPECT_EQ(stream->memoryStream(), nullptr);
+  EXPECT_FALSE(stream->isBodyOnDisk());
+  EXPECT_FALSE(stream->isBodyInMemory());
   rapidjson::Document document;
   EXPECT_FALSE(ParseJsonResponse(*stream, document));
   EXPECT_THAT(trace.lines(), IsEmpty());
