@@ -9,7 +9,7 @@ while read -r header; do
   printf '#include <%s>\n' "$header" |
     "$CXX" -std=c++17 -Wall -Wextra -Wpedantic -Wshadow -Werror -fsyntax-only -I "$include" -x c++ -
   dependencies=$(printf '#include <%s>\n' "$header" | "$CXX" -std=c++17 -I "$include" -M -x c++ -)
-  if grep -E '/(rapidjson|curl|expat[a-z_]*\.h)' <<<"$dependencies"; then
+  if grep -E '/(rapidjson|boost|curl|expat[a-z_]*\.h)' <<<"$dependencies"; then
     echo "$header includes what a host must not need" >&2
     exit 1
   fi

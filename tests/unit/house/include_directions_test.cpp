@@ -111,6 +111,7 @@ const std::map<std::string, Names>& OwnersOfLibraries() {
   static const std::map<std::string, Names> table{
       {"rapidjson/",
        {"connection", "documents", "translation", "browsing", "platform_default", "simulator", "hosts/cli"}},
+      {"boost/", {"connection"}},
       {"expat", {"connection", "hosts/cli"}},
       {"curl/", {"platform_default"}},
       {"httplib", {"simulator"}},

@@ -57,6 +57,13 @@ TEST_F(Localizer, ReadsTheCatalogueOfTheLanguage) {
   EXPECT_EQ(Text("VantryVFSPathFolders"), "Folders");
 }
 
+TEST_F(Localizer, SurvivesNumbersWhoseExponentOverflows) {
+  Catalogue("en", R"({"n": [1.11111111111111111111e-2147483639, 1e-99999999999], "k": "text", "m": 1})");
+  EXPECT_EQ(Text("k"), "text");
+  EXPECT_EQ(Text("n"), "n");
+  EXPECT_EQ(Text("m"), "m");
+}
+
 TEST_F(Localizer, TakesTheLanguageFromTheFirstVariableThatIsSet) {
   Catalogue("de", R"({"k": "deutsch"})");
   Catalogue("fr", R"({"k": "francais"})");

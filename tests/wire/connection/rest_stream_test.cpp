@@ -281,12 +281,65 @@ TEST_F(RestStreamTest, AnEmptyBodyFileIsABodyOfNoBytes) {
   std::filesystem::remove(file);
 }
 
+// The number led the parser out of a table of its own, and the host with it.
+TEST_F(RestStreamTest, ANumberWhoseExponentOverflowsIsZero) {
+  const std::string number = R"({"n":1.11111111111111111111e-2147483639})";
+  transport.Then(200, number).Then(200, number + std::string(600000, ' '));
+  for (int answer = 0; answer < 2; ++answer) {
+    rapidjson::Document document;
+    ASSERT_TRUE(ParseJsonResponse(*Get(), document));
+    EXPECT_EQ(document["n"].GetDouble(), 0);
+  }
+}
+
+// Of a file it is read in pieces of 65536 bytes, wherever that cuts it.
+TEST_F(RestStreamTest, ALongBodyIsReadWhateverItsPiecesCut) {
+  constexpr std::size_t pieceSize = 65536;
+  const std::string token = R"("a\u00e4\uD83D\uDE00\uDC00b",-1.5e-1,true,)";
+  for (std::size_t shift = 0; shift < token.size(); ++shift) {
+    std::string text = "[" + std::string(pieceSize - 1 - shift, ' ') + token;
+    text.append(std::string(500000, ' ')).append("7]");
+    transport.Then(200, text);
+    const auto stream = Get();
+    ASSERT_TRUE(stream->isBodyOnDisk());
+    rapidjson::Document document;
+    ASSERT_TRUE(ParseJsonResponse(*stream, document)) << shift;
+    ASSERT_EQ(document.Size(), 4U) << shift;
+    EXPECT_STREQ(document[0].GetString(),
+                 "a\xC3\xA4\xF0\x9F\x98\x80\xED\xB0\x80"
+                 "b")
+        << shift;
+    EXPECT_EQ(document[1].GetDouble(), -0.15) << shift;
+    EXPECT_TRUE(document[2].GetBool()) << shift;
+  }
+}
+
 TEST_F(RestStreamTest, AParseStartsWithAFreshDocument) {
   transport.Then(200, "{}").Then(200, "{");
   rapidjson::Document document;
   ASSERT_TRUE(ParseJsonResponse(*Get(), document));
   EXPECT_FALSE(ParseJsonResponse(*Get(), document));
   EXPECT_TRUE(document.IsNull());
+}
+
+TEST_F(RestStreamTest, ABodyComesInPiecesAndOnceMoreAfterRewinding) {
+  const std::string text(600000, 'x');
+  transport.Then(200, "1234").Then(200, text);
+  const auto inMemory = Get();
+  const auto onDisk = Get();
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(inMemory->NextPiece(), "1234");
+    EXPECT_EQ(inMemory->NextPiece(), "");
+    std::string pieces;
+    for (auto piece = onDisk->NextPiece(); !piece.empty(); piece = onDisk->NextPiece()) {
+      EXPECT_LE(piece.size(), 65536U);
+      pieces += piece;
+    }
+    EXPECT_EQ(pieces, text);
+    EXPECT_EQ(onDisk->NextPiece(), "");
+    inMemory->Rewind();
+    onDisk->Rewind();
+  }
 }
 
 TEST_F(RestStreamTest, ABodyIsReadOnce) {
