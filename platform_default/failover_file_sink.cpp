@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/files.h"
@@ -22,9 +23,7 @@ FailoverFileSink::~FailoverFileSink() {
 ErrorCode FailoverFileSink::Begin(int, std::optional<std::uint64_t> expectedLength) {
   // The announced length is the server's word: it saves re-allocations and never asks for more than the
   // limit.
-  if (expectedLength && *expectedLength <= memoryLimit_) {
-    buffer_.reserve(static_cast<std::size_t>(*expectedLength));
-  }
+  if (expectedLength) buffer_.reserve(std::min<std::uint64_t>(*expectedLength, memoryLimit_));
   return ErrorCode::Done;
 }
 
