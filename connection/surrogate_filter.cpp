@@ -1,7 +1,6 @@
 #include "connection/surrogate_filter.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace lxservices::cms_interface::vantry {
 namespace {
@@ -51,7 +50,8 @@ void AppendSurrogate(std::string_view escape, std::string& text) {
 
 std::string_view SurrogateFilter::Pass(std::string_view piece) {
   if (!heldBack_.empty()) {
-    joined_ = std::exchange(heldBack_, {}).append(piece);
+    joined_.assign(heldBack_).append(piece);
+    heldBack_.clear();
     piece = joined_;
   }
   rewritten_.clear();
