@@ -80,8 +80,9 @@ class JsonEvents {
   static bool Answer(bool goOn, Error& error);
 
   Handler& handler_;
-  std::vector<Level> levels_{1};  ///< the first is the text itself, and the others are open
-  std::string collected_;         ///< of a text that comes in parts
+  /// The first is the text itself, and the others are open.
+  std::vector<Level> levels_ = std::vector<Level>(1);
+  std::string collected_;  ///< of a text that comes in parts
   JsonNumber number_;
   bool silent_ = false;
 };
