@@ -303,7 +303,7 @@ VTDIRECT_API bool ReadDirExt(const char* path, void (*callback)(DirEntryExt& ent
 [[nodiscard]] VTDIRECT_API DirHandle OpenDir(const char* path);
 
 /// Lists an open directory, as often as wanted, and on several threads at once. Makes requests, except where
-/// opening has fetched the listing.
+/// opening has fetched the listing. The callback may close the handle; the listing then goes on to its end.
 /// @return false for an empty handle and when the listing failed; nothing is traced
 VTDIRECT_API bool ReadDir(const DirHandle& handle, void (*callback)(DirEntryExt& entry, void* user),
                           void* user, ReadDirFlags flags);

@@ -119,6 +119,23 @@ TEST_F(InsideACallback, OfAListingTheSameDirectoryIsListed) {
   EXPECT_GT(entries, 0);
 }
 
+// A folder's own folders come first, so that its documents are asked for when the handle is gone.
+TEST_F(InsideACallback, OfAListingItsHandleMayBeClosed) {
+  host.transport.AnswerBy([this](const SentRequest& request) {
+    const bool folders = request.line.ends_with("/Folders?$select=Name");
+    return folders ? Answer{200, R"({"value":[{"Name":"Wheels"}]})"} : host.AnswerOfServers(request);
+  });
+  static DirHandle handle(nullptr, nullptr);
+  handle = OpenDir(framesFolder);
+  std::vector<std::string> names;
+  const auto close = [](DirEntryExt& entry, void* user) {
+    handle.reset();
+    static_cast<std::vector<std::string>*>(user)->emplace_back(entry.name);
+  };
+  EXPECT_TRUE(ReadDir(handle, close, &names, everything));
+  EXPECT_THAT(names, ElementsAre("Wheels", "fork.lxz"));
+}
+
 TEST_F(InsideACallback, OfTheRootDirectoriesTheServersAreListedAnew) {
   std::vector<std::string> names;
   const auto collect = [](const char* nickname, void* user) {
