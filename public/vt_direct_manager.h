@@ -20,12 +20,16 @@
 /// Threads: every function may be called from any thread at any time: on the same server and the same
 /// document as other threads, from inside callbacks, and while SetAppConfig, RegisterAuth,
 /// RegisterTaskRunner, UpdateServerList, StartSession or the release of a session run on another thread. An
-/// operation goes on with the server object and the settings that it began with; each later one sees what was
-/// written. The library starts no thread: a call runs on its caller's thread and blocks on the network where
-/// it says that it makes requests. Callbacks run on the thread of the operation that they belong to, and no
-/// lock is held meanwhile; so they may run on several threads at once, and what they share is the host's to
-/// guard. The environment is read while operations run, so a host changes it (setenv) only while no other
-/// thread is inside the library.
+/// operation goes on with the server object that it began with; each later one sees what was written.
+/// Settings are read whole, at the beginning of each step of an operation: finding the object of a path,
+/// reading or writing it, making the address of the result. One that is written meanwhile counts from the
+/// next step on. A task of GetFileAsync looks for its server when it runs.
+///
+/// The library starts no thread: a call runs on its caller's thread and blocks on the network where it says
+/// that it makes requests. Callbacks run on the thread of the operation that they belong to, and no lock is
+/// held meanwhile; so they may run on several threads at once, and what they share is the host's to guard.
+/// The environment is read while operations run, so a host changes it (setenv) only while no other thread is
+/// inside the library.
 ///
 /// What holds for all threads does not hold for the arguments: a text, a map or a handle that one thread
 /// hands in is not changed or destroyed by another one during the call.
