@@ -471,9 +471,10 @@ VTDIRECT_API std::string UndoCheckout(const char* path);
 /// @param user  may be null; receives who holds the checkout, untouched without one
 VTDIRECT_API VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* user);
 
-/// Confirms that a remembered checkout still stands, and renews one in a temporary workspace that is out of
-/// date. UIDs only. Makes requests. After a failure without an answer GetCheckoutStatus tells whether the
-/// document is checked out.
+/// Confirms that a remembered checkout still stands, and renews one in a temporary workspace that could not
+/// be confirmed: undoes it, with the content that was stored into it, and checks out again. A question that
+/// merely failed leads to that too, so a host asks GetCheckoutStatus first. UIDs only. Makes requests. After
+/// a failure without an answer GetCheckoutStatus tells whether the document is checked out.
 /// @param uid  emptied first; the UID to go on with, which may differ from `path`
 VTDIRECT_API VtCheckoutStatus VerifyCheckout(const char* path, std::string& uid);
 
