@@ -8,7 +8,7 @@
 namespace vantry_sim {
 namespace {
 
-Response Ticket(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+Response Ticket(const ServiceContext& context, const Request& request, JsonValue body) {
   std::string problem;
   std::int64_t files = 0;
   JsonMembers(body, problem).Number("noOfFiles", files, true);
@@ -38,7 +38,7 @@ Response Ticket(const ServiceContext& context, const Request& request, const rap
 }  // namespace
 
 void AddCreationFactoryRoutes(Router& router, const ServiceContext& context) {
-  const auto ticket = [&context](const Request& request, const rapidjson::Value& body) {
+  const auto ticket = [&context](const Request& request, JsonValue body) {
     return Ticket(context, request, body);
   };
   AddWrite(router, context, "servlet/rest/content/creationFactory", ticket);

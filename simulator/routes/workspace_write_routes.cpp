@@ -10,7 +10,7 @@
 namespace vantry_sim {
 namespace {
 
-Response Create(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+Response Create(const ServiceContext& context, const Request& request, JsonValue body) {
   std::string problem, name, context_id, description;
   JsonMembers members(body, problem);
   members.Text("name", name, true).Text("contextId", context_id, true).Text("description", description);
@@ -34,7 +34,7 @@ Response Create(const ServiceContext& context, const Request& request, const rap
   return response;
 }
 
-Response Delete(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+Response Delete(const ServiceContext& context, const Request& request, JsonValue body) {
   if (!body.IsArray()) return ErrorResponse(400, "bad-body", "the body is an array");
   const auto workspace = FindWorkspace(context.database, request.Path("id"), request.user);
   if (!workspace) return ErrorResponse(404, "no-such-workspace", "this user has no workspace with this id");
@@ -48,13 +48,9 @@ Response Delete(const ServiceContext& context, const Request& request, const rap
 
 void AddWorkspaceWriteRoutes(Router& router, const ServiceContext& context) {
   AddWrite(router, context, "servlet/rest/v1/dkm/workspaces",
-           [&context](const Request& request, const rapidjson::Value& body) {
-             return Create(context, request, body);
-           });
+           [&context](const Request& request, JsonValue body) { return Create(context, request, body); });
   AddWrite(router, context, "servlet/rest/v1/dkm/workspaces/{id}/delete",
-           [&context](const Request& request, const rapidjson::Value& body) {
-             return Delete(context, request, body);
-           });
+           [&context](const Request& request, JsonValue body) { return Delete(context, request, body); });
 }
 
 }  // namespace vantry_sim

@@ -2,23 +2,21 @@
 
 #include <utility>
 
+#include "simulator/wire/json_reader.h"
+
 namespace vantry_sim {
 namespace {
-
-constexpr unsigned kParseFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
 
 Response Write(const ServiceContext& context, const Request& request, const WriteHandler& handler) {
   if (auto refusal = RefuseNonce(context, request)) return std::move(*refusal);
   if (!request.content_type.starts_with("application/json")) {
     return ErrorResponse(415, "no-json", "the body must come as application/json");
   }
-  rapidjson::Document body;
-  // Depth costs no stack here, and what reads the values knows how deep they may be.
-  body.Parse<kParseFlags>(request.body.data(), request.body.size());
-  if (body.HasParseError()) return ErrorResponse(400, "broken-json", "the body is no JSON text");
+  const auto body = ReadJson(request.body);
+  if (!body) return ErrorResponse(400, "broken-json", "the body is no JSON text");
 
   Transaction transaction(context.database);
-  Response response = handler(request, body);
+  Response response = handler(request, body->Root());
   if (response.status >= 200 && response.status < 300) transaction.Commit();
   return response;
 }

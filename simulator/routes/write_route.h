@@ -1,11 +1,10 @@
 #pragma once
 
-#include <rapidjson/document.h>
-
 #include <functional>
 #include <string_view>
 
 #include "simulator/routes/service_context.h"
+#include "simulator/wire/json_value.h"
 #include "simulator/wire/router.h"
 
 namespace vantry_sim {
@@ -14,7 +13,7 @@ namespace vantry_sim {
 Refusal RefuseNonce(const ServiceContext& context, const Request& request);
 
 /// Answers a write. The body was read; the database is in a transaction.
-using WriteHandler = std::function<Response(const Request& request, const rapidjson::Value& body)>;
+using WriteHandler = std::function<Response(const Request& request, JsonValue body)>;
 
 /// Adds a route whose body is JSON. Without the nonce comes 403, without a JSON content type 415, with a
 /// body that cannot be read 400, and the handler isn't run. What it wrote stands when its answer is a 2xx,
