@@ -37,7 +37,7 @@ int Serve(vantry_sim::Options options) {
   vantry_sim::RequestLog log(options.log_file);
   const std::string bind_address = options.bind_address;
   vantry_sim::Simulator simulator(std::move(options));
-  vantry_sim::ServerGroup servers(simulator, log);
+  vantry_sim::ServerGroup servers(simulator, log, vantry_sim::LimitsFor(simulator.options().max_connections));
   if (const int refused = servers.Bind(); refused >= 0) {
     std::fprintf(stderr, "vantry-sim: cannot listen on %s port %d\n", bind_address.c_str(), refused);
     return kExitFailed;

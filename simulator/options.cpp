@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "simulator/store/xliff_preferences.h"
+#include "simulator/wire/faults.h"
 
 namespace vantry_sim {
 namespace {
@@ -108,9 +109,8 @@ std::string ReadTexts(const Raw& raw, Options& options) {
   if (const std::string error = ReadTranslation(raw, options); !error.empty()) return error;
   for (const std::string& fault : raw.faults) {
     std::string error;
-    auto rule = ParseFaultRule(fault, &error);
-    if (!rule) return "--fault: " + error;
-    options.faults.push_back(std::move(*rule));
+    if (!ParseFaultRule(fault, &error)) return "--fault: " + error;
+    options.faults.push_back(fault);
   }
   if (!NormalizePrefix(options.prefix)) return "--prefix must be a path such as /vt";
   while (!options.codebase_url.empty() && options.codebase_url.back() == '/') options.codebase_url.pop_back();
@@ -167,11 +167,13 @@ void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.add_flag("--gateway-escapes", options.gateway_escapes,
                "The gateway lists names escaped, as newer ones do");
   AddTranslationOptions(app, raw, options);
-  app.add_option(
-         "--fault", raw.faults,
-         "\"METHOD PATTERN=STATUS|stall[:BYTES]|cut:BYTES|chunked-cut:BYTES|drop[*COUNT]\"; may come often")
+  app.add_option("--fault", raw.faults,
+                 "\"METHOD PATTERN=ACTION\", something that goes wrong, as the manual tells; may come often")
       ->expected(1)
       ->take_all();
+  app.add_option("--max-connections", options.max_connections, "Most connections at one time")
+      ->check(CLI::Range(16, 1'000'000))
+      ->capture_default_str();
   app.add_option("--max-upload", options.max_upload_bytes,
                  "Most bytes of a request's body; beyond it comes 413");
   app.add_option("--log", options.log_file, "File to append one line of JSON to for each request");

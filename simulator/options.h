@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "simulator/store/generation.h"
-#include "simulator/wire/faults.h"
 
 namespace vantry_sim {
 
@@ -57,8 +56,9 @@ struct Options {
   bool gateway_escapes = false;       ///< the gateway lists names escaped
   bool translation = true;            ///< the translation add-on is installed
   XliffFolder xliff_folder = XliffFolder::kCabinet;
-  std::vector<std::string> missing_preferences;  ///< names that the XLIFF preferences leave out
-  std::vector<FaultRule> faults;
+  std::vector<std::string> missing_preferences;   ///< names that the XLIFF preferences leave out
+  std::size_t max_connections = 16'384;           ///< at one time
+  std::vector<std::string> faults;                ///< texts of rules
   std::optional<std::uint64_t> max_upload_bytes;  ///< nothing: no limit
   std::string log_file;                           ///< empty: no log
 };

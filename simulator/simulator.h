@@ -12,8 +12,9 @@
 #include "simulator/store/content_store.h"
 #include "simulator/store/database.h"
 #include "simulator/store/upload_receiver.h"
-#include "simulator/wire/faults.h"
+#include "simulator/wire/fault_table.h"
 #include "simulator/wire/messages.h"
+#include "simulator/wire/request_history.h"
 #include "simulator/wire/router.h"
 
 namespace vantry_sim {
@@ -43,6 +44,9 @@ class Simulator {
   /// What goes wrong; counted over all ports together.
   [[nodiscard]] FaultTable& faults() { return faults_; }
 
+  /// What was asked, on all ports together.
+  [[nodiscard]] RequestHistory& history() { return history_; }
+
   /// Who asks, by the value of the Authorization header; empty for a refusal.
   [[nodiscard]] std::string UserOf(std::string_view authorization) const;
 
@@ -64,6 +68,7 @@ class Simulator {
 
   Options options_;
   FaultTable faults_;
+  RequestHistory history_;
   std::unique_ptr<class DataDirectory> data_;
   std::unique_ptr<ServiceContext> context_;
   Router router_;

@@ -61,6 +61,21 @@ JsonText& JsonText::Boolean(bool value) {
   return *this;
 }
 
+JsonText& JsonText::Null() {
+  state_->writer.Null();
+  return *this;
+}
+
+JsonText& JsonText::RawNumber(std::string_view text) {
+  state_->writer.RawValue(text.data(), text.size(), rapidjson::kNumberType);
+  return *this;
+}
+
+JsonText& JsonText::Raw(std::string_view text) {
+  state_->writer.RawValue(text.data(), text.size(), rapidjson::kObjectType);
+  return *this;
+}
+
 std::string JsonText::Take() {
   return {state_->buffer.GetString(), state_->buffer.GetSize()};
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,6 +24,7 @@ struct Request {
   std::string prefer;        ///< the Prefer header; may be empty
   std::string nonce;         ///< the X-Zvk-Nonce header; may be empty
   std::string content_type;  ///< the Content-Type header; may be empty
+  std::string range;         ///< the Range header; may be empty
   QueryParameters query;     ///< decoded
   std::map<std::string, std::string, std::less<>> path_parameters;  ///< decoded; what the route's braces took
   std::vector<std::string> tail;  ///< decoded segments that an open end of the route took
@@ -35,10 +37,11 @@ struct Request {
   [[nodiscard]] const std::string& Path(std::string_view name) const;
 };
 
-/// A file that is the body of an answer, streamed and never held.
+/// A file, or a part of one, that is the body of an answer, streamed and never held.
 struct FileBody {
   std::filesystem::path path;
   std::uint64_t size = 0;
+  std::uint64_t first = 0;  ///< where the body begins in the file
 };
 
 /// An answer.
@@ -46,7 +49,8 @@ struct Response {
   int status = 200;
   std::string content_type = "application/json;charset=UTF-8";
   std::string body;
-  std::optional<FileBody> file;  ///< in place of `body`
+  std::shared_ptr<const std::string> shared;  ///< in place of `body`, for one that several answers have
+  std::optional<FileBody> file;               ///< in place of `body`
   std::vector<std::pair<std::string, std::string>> headers;
 };
 

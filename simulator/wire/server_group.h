@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "simulator/wire/connection_gate.h"
 #include "simulator/wire/http_server.h"
 
 namespace vantry_sim {
@@ -11,24 +12,30 @@ namespace vantry_sim {
 class ServerGroup {
  public:
   /// The simulator and the log outlive the group.
-  ServerGroup(Simulator& simulator, RequestLog& log);
+  ServerGroup(Simulator& simulator, RequestLog& log, GateLimits limits = {});
 
-  /// Takes every port that the options ask for. @return -1, or the port that is not to be had
+  /// Takes every port that the options ask for, and tells the simulator. @return -1, or the port that is not
+  /// to be had
   [[nodiscard]] int Bind();
 
   /// The main port, behind Bind.
-  [[nodiscard]] int port() const { return servers_.front()->port(); }
+  [[nodiscard]] int port() const { return port_; }
 
-  /// Serves until Stop, or until one of the servers ends by itself; returns when all have ended.
+  /// Serves until Stop; returns when the last connection has ended. To be called once, after Bind.
   void Run();
 
-  /// Ends Run, from any thread.
+  /// Ends Run, from any thread, also before it has begun.
   void Stop();
 
  private:
+  int Open(Door door, const std::string& address, int port);
+
   Simulator& simulator_;
   RequestLog& log_;
+  StopSignal stop_;
+  int port_ = 0;
   std::vector<std::unique_ptr<HttpServer>> servers_;
+  ConnectionGate gate_;
 };
 
 }  // namespace vantry_sim

@@ -17,7 +17,8 @@ struct RawAnswer {
 /// A client of bare sockets, so that answers are judged by the bytes on the wire. One connection.
 class RawClient {
  public:
-  explicit RawClient(int port);
+  /// @param from the address of this machine that it comes from, all of 127.0.0.0/8
+  explicit RawClient(int port, const std::string& from = "127.0.0.1");
   RawClient(const RawClient&) = delete;
   RawClient& operator=(const RawClient&) = delete;
   ~RawClient();
