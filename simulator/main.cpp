@@ -43,8 +43,9 @@ int Serve(vantry_sim::Options options) {
     return kExitFailed;
   }
   // Scripts wait for this line, the only one on standard output.
-  std::printf("vantry-sim listening on http://%s:%d%s/\n", bind_address.c_str(), servers.port(),
-              simulator.options().prefix.c_str());
+  std::printf("vantry-sim listening on %s://%s:%d%s/\n",
+              vantry_sim::SpeaksTls(simulator.options()) ? "https" : "http", bind_address.c_str(),
+              servers.port(), simulator.options().prefix.c_str());
   std::fflush(stdout);
 
   std::thread stopper([&servers] {
@@ -69,6 +70,8 @@ int main(int argc, char** argv) {
     std::fputs(line.text.c_str(), line.exit_code == 0 ? stdout : stderr);
     return line.exit_code;
   }
+  // Writing to a connection that the client has closed is no reason to end.
+  signal(SIGPIPE, SIG_IGN);
   const sigset_t signals = StopSignals();
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   try {

@@ -20,6 +20,10 @@ struct Raw {
   std::string generation = "schema5";
   std::string version = "12.0.2.0";
   std::vector<std::string> users;
+  std::vector<std::string> tokens;
+  std::vector<std::string> tls;
+  bool sessions = false;
+  std::uint32_t session_seconds = 1800;
   std::vector<std::string> faults;
   std::string xliff_folder = "cabinet";
   bool without_translation = false;
@@ -106,6 +110,17 @@ std::string ReadTexts(const Raw& raw, Options& options) {
     // The text is not repeated: it may hold a password.
     if (!ReadUser(user, options.users)) return "--user must be NAME:PASSWORD";
   }
+  for (const std::string& token : raw.tokens) {
+    if (!ReadUser(token, options.tokens)) return "--token must be NAME:TOKEN";
+  }
+  if (options.digest && options.users.empty()) return "--digest needs a --user";
+  if (raw.sessions) options.session_seconds = raw.session_seconds;
+  if (!raw.tls.empty() && !options.tls_self_signed.empty())
+    return "--tls and --tls-self-signed exclude each other";
+  if (!raw.tls.empty()) {
+    options.tls_certificate = raw.tls[0];
+    options.tls_key = raw.tls[1];
+  }
   if (const std::string error = ReadTranslation(raw, options); !error.empty()) return error;
   for (const std::string& fault : raw.faults) {
     std::string error;
@@ -130,6 +145,24 @@ void AddTranslationOptions(CLI::App& app, Raw& raw, Options& options) {
       ->capture_default_str();
 }
 
+void AddAccessOptions(CLI::App& app, Raw& raw, Options& options) {
+  app.add_option("--user", raw.users,
+                 "NAME:PASSWORD to let in; may come often; without it the server is open")
+      ->expected(1)
+      ->take_all();
+  app.add_option("--token", raw.tokens, "NAME:TOKEN, a bearer token to let in; may come often")
+      ->expected(1)
+      ->take_all();
+  app.add_flag("--digest", options.digest, "Passwords come by HTTP Digest and not by Basic");
+  app.add_flag("--sessions", raw.sessions, "Sessions by cookie, each with a nonce of its own");
+  app.add_option("--session-seconds", raw.session_seconds, "A session ends after so long without a request")
+      ->check(CLI::Range(1, 1'000'000))
+      ->capture_default_str();
+  app.add_option("--tls", raw.tls, "Speak TLS with this certificate and its key, PEM files")->expected(2);
+  app.add_option("--tls-self-signed", options.tls_self_signed,
+                 "Speak TLS with cert.pem and key.pem in this directory, made if missing");
+}
+
 void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.set_help_flag("--help,-h", "Print this and exit");
   app.add_option("--bind", options.bind_address, "Address to listen on")->capture_default_str();
@@ -145,10 +178,7 @@ void AddOptions(CLI::App& app, Raw& raw, Options& options) {
       ->capture_default_str();
   app.add_option("--generation", raw.generation, "gateway, schema1, schema4 or schema5")
       ->capture_default_str();
-  app.add_option("--user", raw.users,
-                 "NAME:PASSWORD to let in; may come often; without it the server is open")
-      ->expected(1)
-      ->take_all();
+  AddAccessOptions(app, raw, options);
   app.add_option("--version", raw.version, "Server version to tell, as four numbers")->capture_default_str();
   app.add_option("--codebase-url", options.codebase_url, "Address that the server calls its own");
   app.add_option("--prefix", options.prefix, "Path in front of every route, such as /vt");

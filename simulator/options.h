@@ -9,7 +9,7 @@
 
 namespace vantry_sim {
 
-/// A name and password that HTTP Basic lets in.
+/// A name, and the password or the token that lets it in.
 struct UserCredentials {
   std::string name;
   std::string password;
@@ -44,7 +44,13 @@ struct Options {
   std::string data_directory;
   Seed seed;
   Generation generation = Generation::kSchema5;
-  std::vector<UserCredentials> users;  ///< empty: the server is open
+  std::vector<UserCredentials> users;            ///< without any, and without tokens, the server is open
+  std::vector<UserCredentials> tokens;           ///< bearer tokens, as passwords
+  bool digest = false;                           ///< passwords come by HTTP Digest
+  std::optional<std::uint32_t> session_seconds;  ///< how long a silent session lives; nothing: no sessions
+  std::string tls_certificate;                   ///< file; empty: no TLS
+  std::string tls_key;
+  std::string tls_self_signed;  ///< directory of a certificate of one's own; empty: none
   VersionNumbers version;
   std::string codebase_url;  ///< without "/" at the end; empty: none
   std::string prefix;        ///< "/vt", or empty
@@ -62,6 +68,11 @@ struct Options {
   std::optional<std::uint64_t> max_upload_bytes;  ///< nothing: no limit
   std::string log_file;                           ///< empty: no log
 };
+
+/// Whether the ports for clients speak TLS.
+inline bool SpeaksTls(const Options& options) {
+  return !options.tls_certificate.empty() || !options.tls_self_signed.empty();
+}
 
 /// What came of a command line: options to run with, or a text to print and an exit code.
 struct CommandLine {

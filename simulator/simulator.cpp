@@ -6,32 +6,16 @@
 #include "simulator/routes/routes.h"
 #include "simulator/store/data_directory.h"
 #include "simulator/store/uploads.h"
-#include "simulator/wire/authentication.h"
-#include "simulator/wire/random_text.h"
 
 namespace vantry_sim {
 namespace {
 
-Response Unauthorized() {
-  auto response = ErrorResponse(401, "unauthorized", "this server wants a user name and a password");
-  response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"vantry-sim\", charset=\"UTF-8\"");
-  return response;
-}
-
-/// The nonce of the data directory. It outlives the process, since clients fetch it once and for all.
-std::string NonceOf(Database& database) {
-  database.Prepare("INSERT OR IGNORE INTO facts(key, value) VALUES('nonce', ?1)")
-      .Bind(RandomHexadecimal())
-      .Run();
-  auto statement = database.Prepare("SELECT value FROM facts WHERE key = 'nonce'");
-  return statement.Step() ? statement.Text(0) : RandomHexadecimal();
-}
-
 /// A target in absolute form, which a client sends to a proxy and every server accepts, becomes one with a
 /// path in front.
 std::string_view OriginForm(std::string_view target) {
-  if (!target.starts_with("http://")) return target;
-  const auto slash = target.find('/', 7);
+  const std::size_t host = target.starts_with("http://") ? 7 : target.starts_with("https://") ? 8 : 0;
+  if (host == 0) return target;
+  const auto slash = target.find('/', host);
   return slash == std::string_view::npos ? std::string_view("/") : target.substr(slash);
 }
 
@@ -39,10 +23,14 @@ std::string_view OriginForm(std::string_view target) {
 
 Simulator::Simulator(Options options)
     : options_(std::move(options)),
+      users_(options_.users, options_.tokens),
+      authenticator_(users_, options_.digest),
       faults_(options_.faults),
       data_(std::make_unique<DataDirectory>(options_)) {
-  context_ = std::make_unique<ServiceContext>(ServiceContext{
-      options_, data_->database(), data_->contents(), options_.bind_address, NonceOf(data_->database())});
+  data_->database().SetClock(clock_);
+  nonces_ = std::make_unique<Nonces>(data_->database(), clock_, options_.session_seconds);
+  context_ = std::make_unique<ServiceContext>(
+      ServiceContext{options_, data_->database(), data_->contents(), options_.bind_address, *nonces_});
   AddIdentificationRoutes(router_, *context_);
   AddMetadataRoutes(router_, *context_);
   AddCsrfRoutes(router_, *context_);
@@ -67,13 +55,19 @@ Simulator::Simulator(Options options)
 
 Simulator::~Simulator() = default;
 
-std::string Simulator::UserOf(std::string_view authorization) const {
-  return Authenticate(authorization, options_.users).value_or("");
+void Simulator::ExpireSession(const Request& request) {
+  const std::lock_guard lock(mutex_);
+  nonces_->Expire(request);
 }
 
 Response Simulator::Handle(Request& request) {
-  if (request.user.empty()) return Unauthorized();
-  return Guarded([&] { return Route(request); });
+  if (request.user.empty()) return authenticator_.Challenge(request.authorization);
+  return Guarded([&] {
+    const auto cookie = nonces_->Enter(request, options_.prefix, SpeaksTls(options_));
+    Response response = Route(request);
+    if (cookie) response.headers.emplace_back("Set-Cookie", *cookie);
+    return response;
+  });
 }
 
 /// Runs one handler at a time, and answers for what it throws.
@@ -89,7 +83,7 @@ Response Simulator::Guarded(const std::function<Response()>& answer) {
 
 std::unique_ptr<UploadReceiver> Simulator::BeginUpload(Request& request, Response& refusal) {
   std::unique_ptr<UploadReceiver> upload;
-  refusal = request.user.empty() ? Unauthorized() : Guarded([&] {
+  refusal = request.user.empty() ? authenticator_.Challenge(request.authorization) : Guarded([&] {
     request.path = SplitTarget(OriginForm(request.target)).path;
     Response response;
     upload = ReceiverFor(*context_, request, response);

@@ -11,11 +11,14 @@
 #include "simulator/routes/service_context.h"
 #include "simulator/store/content_store.h"
 #include "simulator/store/database.h"
+#include "simulator/store/server_clock.h"
 #include "simulator/store/upload_receiver.h"
+#include "simulator/wire/authenticator.h"
 #include "simulator/wire/fault_table.h"
 #include "simulator/wire/messages.h"
 #include "simulator/wire/request_history.h"
 #include "simulator/wire/router.h"
+#include "simulator/wire/user_directory.h"
 
 namespace vantry_sim {
 
@@ -44,13 +47,24 @@ class Simulator {
   /// What goes wrong; counted over all ports together.
   [[nodiscard]] FaultTable& faults() { return faults_; }
 
+  /// The time that the server believes in.
+  [[nodiscard]] ServerClock& clock() { return clock_; }
+
+  /// Who may come in.
+  [[nodiscard]] UserDirectory& users() { return users_; }
+
   /// What was asked, on all ports together.
   [[nodiscard]] RequestHistory& history() { return history_; }
 
-  /// Who asks, by the value of the Authorization header; empty for a refusal.
-  [[nodiscard]] std::string UserOf(std::string_view authorization) const;
+  /// Who asks; empty for a refusal.
+  [[nodiscard]] std::string UserOf(const Introduction& introduction) const {
+    return authenticator_.UserOf(introduction);
+  }
 
-  /// Answers a request whose `target`, `method`, `host`, `user` and `body` are set; the rest is filled here.
+  /// Ends the session that a request came with or, on a server without sessions, the nonce. Any thread.
+  void ExpireSession(const Request& request);
+
+  /// Answers a request whose headers, `target`, `method`, `user` and `body` are set; the rest is filled here.
   /// A request with an empty user gets the 401. Any thread; one request is handled at a time.
   Response Handle(Request& request);
 
@@ -67,9 +81,13 @@ class Simulator {
   Response Guarded(const std::function<Response()>& answer);
 
   Options options_;
+  ServerClock clock_;
+  UserDirectory users_;
+  Authenticator authenticator_;
   FaultTable faults_;
   RequestHistory history_;
   std::unique_ptr<class DataDirectory> data_;
+  std::unique_ptr<Nonces> nonces_;
   std::unique_ptr<ServiceContext> context_;
   Router router_;
   std::mutex mutex_;

@@ -7,6 +7,12 @@
 namespace vantry_sim {
 namespace {
 
+Response WrongNonce(const Request& request) {
+  return ErrorResponse(403, "nonce",
+                       request.nonce.empty() ? "a request that writes brings the header X-Zvk-Nonce"
+                                             : "the nonce is not this server's, or not this session's");
+}
+
 Response Write(const ServiceContext& context, const Request& request, const WriteHandler& handler) {
   if (auto refusal = RefuseNonce(context, request)) return std::move(*refusal);
   if (!request.content_type.starts_with("application/json")) {
@@ -24,10 +30,13 @@ Response Write(const ServiceContext& context, const Request& request, const Writ
 }  // namespace
 
 Refusal RefuseNonce(const ServiceContext& context, const Request& request) {
-  if (request.nonce == context.nonce) return std::nullopt;
-  return ErrorResponse(403, "nonce",
-                       request.nonce.empty() ? "a request that writes brings the header X-Zvk-Nonce"
-                                             : "the nonce is not this server's");
+  if (context.nonces.Accepts(request)) return std::nullopt;
+  return WrongNonce(request);
+}
+
+Refusal RefuseUploadNonce(const ServiceContext& context, const Request& request) {
+  if (context.nonces.AcceptsUpload(request)) return std::nullopt;
+  return WrongNonce(request);
 }
 
 void AddWrite(Router& router, const ServiceContext& context, std::string_view pattern, WriteHandler handler,

@@ -9,8 +9,10 @@
 
 namespace vantry_sim {
 
-/// Refuses with 403 a request that doesn't bring the nonce.
+/// Refuses with 403 a request that doesn't bring its nonce.
 Refusal RefuseNonce(const ServiceContext& context, const Request& request);
+/// The same for an upload.
+Refusal RefuseUploadNonce(const ServiceContext& context, const Request& request);
 
 /// Answers a write. The body was read; the database is in a transaction.
 using WriteHandler = std::function<Response(const Request& request, JsonValue body)>;

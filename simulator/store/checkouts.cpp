@@ -156,8 +156,7 @@ Refusal CheckIn(Database& database, std::string_view user, const WorkspaceRow& w
   database
       .Prepare(
           "UPDATE iterations SET oid = ?2, workspace = NULL, folder = nullif(?3, 0), target_folder = NULL, "
-          "iteration = iteration + ?4, is_latest = 1, comment = ?5, modified = "
-          "strftime('%Y-%m-%dT%H:%M:%SZ', 'now') "
+          "iteration = iteration + ?4, is_latest = 1, comment = ?5, modified = server_time() "
           "WHERE id = ?1")
       .Bind(work->key, oid, folder, work->checkout_base_key ? 1 : 0, order.comment)
       .Run();

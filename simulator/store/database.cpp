@@ -4,6 +4,9 @@
 
 #include <utility>
 
+#include "simulator/store/server_clock.h"
+#include "simulator/wire/timestamp.h"
+
 namespace vantry_sim {
 namespace {
 
@@ -11,6 +14,21 @@ namespace {
 constexpr int kBusyMilliseconds = 10'000;
 /// Filters from the wire make ever new texts of statements; beyond so many the ones at rest are dropped.
 constexpr std::size_t kMostStatementTexts = 512;
+
+/// The time for the SQL functions. @param clock address of the database's pointer to its clock
+std::int64_t TimeFor(sqlite3_context* context) {
+  const auto* const* clock = static_cast<const ServerClock* const*>(sqlite3_user_data(context));
+  return *clock == nullptr ? ServerClock().Now() : (*clock)->Now();
+}
+
+void ServerTime(sqlite3_context* context, int, sqlite3_value**) {
+  const std::string text = TimestampOfSecond(TimeFor(context));
+  sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+void ServerSeconds(sqlite3_context* context, int, sqlite3_value**) {
+  sqlite3_result_int64(context, TimeFor(context) / 1000);
+}
 
 [[noreturn]] void Fail(sqlite3* handle, const char* what) {
   throw DatabaseError(std::string(what) + ": " + sqlite3_errmsg(handle));
@@ -96,6 +114,7 @@ Database::Database(const std::string& file) {
   }
   sqlite3_busy_timeout(handle_, kBusyMilliseconds);
   try {
+    AddFunctions();
     Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON;");
   } catch (const DatabaseError&) {
     sqlite3_close(handle_);
@@ -106,6 +125,17 @@ Database::Database(const std::string& file) {
 Database::~Database() {
   ForgetIdle();
   sqlite3_close(handle_);
+}
+
+void Database::AddFunctions() {
+  const auto add = [this](const char* name, void (*function)(sqlite3_context*, int, sqlite3_value**)) {
+    if (sqlite3_create_function_v2(handle_, name, 0, SQLITE_UTF8, &clock_, function, nullptr, nullptr,
+                                   nullptr) != SQLITE_OK) {
+      Fail(handle_, "cannot add a function");
+    }
+  };
+  add("server_time", ServerTime);
+  add("server_seconds", ServerSeconds);
 }
 
 void Database::ForgetIdle() {

@@ -78,6 +78,8 @@ class Statement {
   sqlite3_stmt* handle_;
 };
 
+class ServerClock;
+
 /// One connection to the database file. Not for several threads at once: the simulator runs one request's
 /// handler at a time.
 class Database {
@@ -95,15 +97,21 @@ class Database {
   /// Runs one or more statements without parameters. @throws DatabaseError
   void Execute(const char* sql);
 
+  /// What the SQL functions `server_time()`, a text, and `server_seconds()`, since 1970, go by from now on:
+  /// the machine's time without this. @param clock outlives the database
+  void SetClock(const ServerClock& clock) { clock_ = &clock; }
+
   /// The row id that the last INSERT made.
   [[nodiscard]] std::int64_t LastRowId() const;
 
  private:
   friend class Statement;
+  void AddFunctions();
   void GiveBack(std::string sql, sqlite3_stmt* handle);
   void ForgetIdle();
 
   sqlite3* handle_ = nullptr;
+  const ServerClock* clock_ = nullptr;
   std::map<std::string, std::vector<sqlite3_stmt*>, std::less<>> idle_;
 };
 

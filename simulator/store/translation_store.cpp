@@ -92,9 +92,7 @@ Refusal SetExtendedType(Database& database, const DocumentRow& document, std::st
                          "FROM attributes WHERE iteration = ?1")
       .Bind(document.key, kExtendedType, type)
       .Run();
-  database.Prepare("UPDATE iterations SET modified = strftime('%Y-%m-%dT%H:%M:%SZ', 'now') WHERE id = ?1")
-      .Bind(document.key)
-      .Run();
+  database.Prepare("UPDATE iterations SET modified = server_time() WHERE id = ?1").Bind(document.key).Run();
   return std::nullopt;
 }
 

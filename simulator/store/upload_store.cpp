@@ -13,7 +13,7 @@ void ForgetTicket(Database& database, std::int64_t ticket) {
 
 void ForgetOldTickets(Database& database) {
   std::vector<std::int64_t> old;
-  auto statement = database.Prepare("SELECT id FROM tickets WHERE created < unixepoch() - 86400");
+  auto statement = database.Prepare("SELECT id FROM tickets WHERE created < server_seconds() - 86400");
   while (statement.Step()) old.push_back(statement.Integer(0));
   for (const std::int64_t ticket : old) ForgetTicket(database, ticket);
 }
@@ -24,7 +24,8 @@ UploadTicket MakeTicket(Database& database, std::string_view user, std::int64_t 
                         std::string_view master_url) {
   ForgetOldTickets(database);
   UploadTicket ticket{RandomHexadecimal(), std::string(master_url), {}};
-  database.Prepare("INSERT INTO tickets(token, user, master_url, created) VALUES(?1, ?2, ?3, unixepoch())")
+  database
+      .Prepare("INSERT INTO tickets(token, user, master_url, created) VALUES(?1, ?2, ?3, server_seconds())")
       .Bind(ticket.token, UserKey(database, user), master_url)
       .Run();
   const std::int64_t key = database.LastRowId();

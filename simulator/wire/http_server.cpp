@@ -220,7 +220,8 @@ void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Ongoi
   ongoing.stream.EndOfHead();
   ongoing.exchange.method = request.method;
   ongoing.exchange.target = ShownTarget(request.target);
-  ongoing.exchange.user = simulator_.UserOf(request.get_header_value("Authorization"));
+  ongoing.exchange.user =
+      simulator_.UserOf({request.method, request.target, ongoing.head.Header("Authorization")});
   if (!TakesBody(request.method)) {
     // The HTTP library leaves such a body unread, and it would be taken for the next request.
     if (HasBody(request)) ongoing.close_after = true;
@@ -312,6 +313,8 @@ vantry_sim::Request HttpServer::Implementation::OwnRequest(const httplib::Reques
   // gives contents no name to compare.
   if (request.method == "GET" && !request.has_header("If-Range")) own.range = ongoing.head.Header("Range");
   own.user = ongoing.exchange.user;
+  own.cookies = ongoing.head.Header("Cookie");
+  own.authorization = ongoing.head.Header("Authorization");
   return own;
 }
 
@@ -334,6 +337,7 @@ void HttpServer::Implementation::Answer(const httplib::Request& request, httplib
     return;
   }
   vantry_sim::Request own = OwnRequest(request, *ongoing);
+  if (fault && fault->action.kind == Kind::kExpireSession) simulator_.ExpireSession(own);
   vantry_sim::Response answer = produce(own);
   if (fault && fault->action.kind == Kind::kLostAnswer) {
     ongoing->stream.Abort();
@@ -384,8 +388,9 @@ HttpServer::Implementation::Ongoing* HttpServer::Implementation::Find(const http
   return found == ongoing_.end() ? nullptr : found->second;
 }
 
-HttpServer::HttpServer(Simulator& simulator, RequestLog& log, StopSignal& stop, Door door)
-    : implementation_(std::make_unique<Implementation>(simulator, log, stop, door)) {}
+HttpServer::HttpServer(Simulator& simulator, RequestLog& log, StopSignal& stop, Door door,
+                       const TlsIdentity* tls)
+    : implementation_(std::make_unique<Implementation>(simulator, log, stop, door)), tls_(tls) {}
 
 HttpServer::~HttpServer() = default;
 
@@ -398,7 +403,7 @@ void HttpServer::Refuse(ConnectionStream& stream, int status) {
 }
 
 std::unique_ptr<Transport> HttpServer::Carry(int socket) {
-  return MakePlainTransport(socket);
+  return tls_ == nullptr ? MakePlainTransport(socket) : tls_->Carry(socket);
 }
 
 }  // namespace vantry_sim

@@ -7,6 +7,7 @@
 #include "simulator/wire/connection_gate.h"
 #include "simulator/wire/request_log.h"
 #include "simulator/wire/stop_signal.h"
+#include "simulator/wire/tls.h"
 
 namespace vantry_sim {
 
@@ -24,8 +25,8 @@ std::string_view WordOf(Door door);
 /// log and its history what really went over the wire. Any thread, several connections at once.
 class HttpServer final : public RequestServer {
  public:
-  /// All but the door outlive the server. Several servers may share them.
-  HttpServer(Simulator& simulator, RequestLog& log, StopSignal& stop, Door door);
+  /// All but the door outlive the server. Several servers may share them. @param tls null: none is spoken
+  HttpServer(Simulator& simulator, RequestLog& log, StopSignal& stop, Door door, const TlsIdentity* tls);
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
   ~HttpServer() override;
@@ -37,6 +38,7 @@ class HttpServer final : public RequestServer {
  private:
   class Implementation;
   std::unique_ptr<Implementation> implementation_;
+  const TlsIdentity* tls_;
 };
 
 }  // namespace vantry_sim

@@ -16,16 +16,19 @@ namespace vantry_sim {
 
 /// A request as the route handlers see it: checked, decoded, and free of the HTTP library.
 struct Request {
-  std::string method;        ///< "HEAD" arrives as "GET"
-  std::string target;        ///< as it stands on the request line
-  std::string path;          ///< behind the prefix, as it stands on the request line, with "/" in front
-  std::string host;          ///< the Host header, unchecked; may be empty
-  std::string user;          ///< who asks; never empty behind the authentication
-  std::string prefer;        ///< the Prefer header; may be empty
-  std::string nonce;         ///< the X-Zvk-Nonce header; may be empty
-  std::string content_type;  ///< the Content-Type header; may be empty
-  std::string range;         ///< the Range header; may be empty
-  QueryParameters query;     ///< decoded
+  std::string method;         ///< "HEAD" arrives as "GET"
+  std::string target;         ///< as it stands on the request line
+  std::string path;           ///< behind the prefix, as it stands on the request line, with "/" in front
+  std::string host;           ///< the Host header, unchecked; may be empty
+  std::string user;           ///< who asks; never empty behind the authentication
+  std::string prefer;         ///< the Prefer header; may be empty
+  std::string nonce;          ///< the X-Zvk-Nonce header; may be empty
+  std::string content_type;   ///< the Content-Type header; may be empty
+  std::string range;          ///< the Range header; may be empty
+  std::string cookies;        ///< the Cookie header; may be empty
+  std::string authorization;  ///< the Authorization header; may be empty
+  std::string session_nonce;  ///< of the session that it is in; empty on a server without sessions
+  QueryParameters query;      ///< decoded
   std::map<std::string, std::string, std::less<>> path_parameters;  ///< decoded; what the route's braces took
   std::vector<std::string> tail;  ///< decoded segments that an open end of the route took
   std::string body;

@@ -9,6 +9,12 @@ ServerGroup::ServerGroup(Simulator& simulator, RequestLog& log, GateLimits limit
 
 int ServerGroup::Bind() {
   const Options& options = simulator_.options();
+  if (SpeaksTls(options)) {
+    const TlsFiles files = options.tls_self_signed.empty()
+                               ? TlsFiles{options.tls_certificate, options.tls_key}
+                               : SelfSignedFiles(options.tls_self_signed, options.bind_address);
+    tls_ = std::make_unique<TlsIdentity>(files.certificate, files.key);
+  }
   port_ = Open(Door::kMain, options.bind_address, options.port);
   if (port_ < 0) return options.port;
   simulator_.SetOwnAddress(options.bind_address + ":" + std::to_string(port_));
@@ -26,7 +32,7 @@ int ServerGroup::Bind() {
 int ServerGroup::Open(Door door, const std::string& address, int port) {
   const ListeningSocket listening = ListenOn(address, port);
   if (listening.socket < 0) return -1;
-  servers_.push_back(std::make_unique<HttpServer>(simulator_, log_, stop_, door));
+  servers_.push_back(std::make_unique<HttpServer>(simulator_, log_, stop_, door, tls_.get()));
   gate_.Listen(listening.socket, *servers_.back());
   return listening.port;
 }

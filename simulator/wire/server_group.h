@@ -15,7 +15,7 @@ class ServerGroup {
   ServerGroup(Simulator& simulator, RequestLog& log, GateLimits limits = {});
 
   /// Takes every port that the options ask for, and tells the simulator. @return -1, or the port that is not
-  /// to be had
+  /// to be had. @throws std::runtime_error for a certificate that cannot be used
   [[nodiscard]] int Bind();
 
   /// The main port, behind Bind.
@@ -34,6 +34,7 @@ class ServerGroup {
   RequestLog& log_;
   StopSignal stop_;
   int port_ = 0;
+  std::unique_ptr<TlsIdentity> tls_;
   std::vector<std::unique_ptr<HttpServer>> servers_;
   ConnectionGate gate_;
 };
