@@ -7,6 +7,7 @@
 #include <exception>
 #include <thread>
 
+#include "simulator/export_command.h"
 #include "simulator/options.h"
 #include "simulator/simulator.h"
 #include "simulator/wire/request_log.h"
@@ -66,6 +67,16 @@ int Serve(vantry_sim::Options options) {
 int main(int argc, char** argv) {
   KeepStandardDescriptors();
   vantry_sim::CommandLine line = vantry_sim::ParseCommandLine(argc, argv);
+  try {
+    if (!line.check.empty()) return vantry_sim::CheckState(line.check);
+    if (line.export_options) {
+      vantry_sim::ExportState(*line.export_options);
+      return 0;
+    }
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "vantry-sim: %s\n", error.what());
+    return kExitFailed;
+  }
   if (!line.options) {
     std::fputs(line.text.c_str(), line.exit_code == 0 ? stdout : stderr);
     return line.exit_code;

@@ -13,7 +13,10 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::uint32_t kMostBulkDocuments = 5'000'000;
+constexpr const char* kSeedForm =
+    "--seed must be demo, empty, file:STATE or "
+    "bulk:N[,folders=F][,depth=D][,versions=V][,name=A-B][,size=A-B] with up "
+    "to 5000000 versions in all";
 
 struct Raw {
   std::string seed = "demo";
@@ -46,12 +49,16 @@ bool ReadSeed(std::string_view text, Seed& seed) {
     seed.kind = Seed::Kind::kEmpty;
     return true;
   }
+  if (text.starts_with("file:") && text.size() > 5) {
+    seed.kind = Seed::Kind::kFile;
+    seed.file = text.substr(5);
+    return true;
+  }
   if (!text.starts_with("bulk:")) return false;
-  const auto count = WholeNumber<std::uint32_t>(text.substr(5));
-  if (!count || *count == 0 || *count > kMostBulkDocuments) return false;
+  const auto shape = ReadBulkShape(text.substr(5));
+  if (shape) seed.bulk = *shape;
   seed.kind = Seed::Kind::kBulk;
-  seed.bulk_documents = *count;
-  return true;
+  return shape.has_value();
 }
 
 bool ReadVersion(std::string_view text, VersionNumbers& version) {
@@ -101,7 +108,7 @@ std::string ReadTranslation(const Raw& raw, Options& options) {
 
 /// The first thing wrong with the texts that CLI11 takes as they are; empty when all are read.
 std::string ReadTexts(const Raw& raw, Options& options) {
-  if (!ReadSeed(raw.seed, options.seed)) return "--seed must be demo, empty or bulk:N with N up to 5000000";
+  if (!ReadSeed(raw.seed, options.seed)) return kSeedForm;
   const auto generation = GenerationOf(raw.generation);
   if (!generation) return "--generation must be gateway, schema1, schema4 or schema5";
   options.generation = *generation;
@@ -172,7 +179,8 @@ void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.add_option("--data", options.data_directory,
                  "Directory of the database and the contents; made if missing")
       ->required();
-  app.add_option("--seed", raw.seed, "Fill a new data directory with demo, empty or bulk:N")
+  app.add_option("--seed", raw.seed,
+                 "Fill a new data directory with demo, empty, file:STATE or bulk:N[,SHAPE]")
       ->capture_default_str();
   app.add_option("--large", options.seed.large_bytes, "Bytes of the demo's large content, D1009")
       ->capture_default_str();
@@ -209,32 +217,76 @@ void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.add_option("--log", options.log_file, "File to append one line of JSON to for each request");
 }
 
+CommandLine Printed(std::string text, int exit_code) {
+  CommandLine line;
+  line.text = std::move(text);
+  line.exit_code = exit_code;
+  return line;
+}
+
+/// Parses, and turns what CLI11 throws into what is to be printed. Nothing when all was read.
+std::optional<CommandLine> Parse(CLI::App& app, int argc, const char* const* argv) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    return Printed(app.help(), 0);
+  } catch (const CLI::ParseError& error) {
+    return Printed(std::string("vantry-sim: ") + error.what() + "\n", 2);
+  }
+  return std::nullopt;
+}
+
+/// `vantry-sim export ...`, of which `argv` begins with the second word.
+CommandLine ParseExport(int argc, const char* const* argv) {
+  CLI::App app{"vantry-sim export: write what a data directory holds as a state file"};
+  app.set_help_flag("--help,-h", "Print this and exit");
+  ExportOptions options;
+  std::string format;
+  app.add_option("--data", options.data_directory, "Directory of the database and the contents")->required();
+  app.add_option("--out", options.out, "File to write, with longer contents in FILE.files beside it");
+  app.add_option("--format", format, "yaml or json; without it as the name of FILE says, or yaml");
+  if (auto printed = Parse(app, argc, argv)) return std::move(*printed);
+  if (format.empty()) format = options.out.ends_with(".json") ? "json" : "yaml";
+  if (format != "yaml" && format != "json") return Printed("vantry-sim: --format must be yaml or json\n", 2);
+  options.json = format == "json";
+  CommandLine line;
+  line.export_options = std::move(options);
+  return line;
+}
+
 }  // namespace
 
 CommandLine ParseCommandLine(int argc, const char* const* argv) {
+  if (argc > 1 && std::string_view(argv[1]) == "export") return ParseExport(argc - 1, argv + 1);
   Options options;
   Raw raw;
   CLI::App app{"vantry-sim: a Vantry server to try clients on"};
   AddOptions(app, raw, options);
   bool print_version = false;
   app.add_flag("--version-info", print_version, "Print the program's own version and exit");
+  std::string check;
+  app.add_option("--check", check, "Look at a state file, say what is wrong with it, and exit");
 
-  // Asking what the program is needs no data directory, which is otherwise required.
+  // Asking what the program is, or what a file says, needs no data directory, which is otherwise required.
   for (int i = 1; i < argc; ++i) {
     if (std::string_view(argv[i]) == "--version-info")
-      return {std::nullopt, "vantry-sim " VANTRY_SIM_VERSION "\n", 0};
+      return Printed("vantry-sim " VANTRY_SIM_VERSION "\n", 0);
+    if (std::string_view(argv[i]) == "--check") {
+      if (argc != 3 || i != 1)
+        return Printed("vantry-sim: --check takes a state file, and nothing else\n", 2);
+      CommandLine line;
+      line.check = argv[2];
+      return line;
+    }
   }
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    return {std::nullopt, app.help(), 0};
-  } catch (const CLI::ParseError& error) {
-    return {std::nullopt, std::string("vantry-sim: ") + error.what() + "\n", 2};
-  }
+  if (auto printed = Parse(app, argc, argv)) return std::move(*printed);
   if (const std::string error = ReadTexts(raw, options); !error.empty()) {
-    return {std::nullopt, "vantry-sim: " + error + "\n", 2};
+    return Printed("vantry-sim: " + error + "\n", 2);
   }
-  return {std::move(options), {}, 0};
+  options.seed.asked_for = app.count("--seed") > 0;
+  CommandLine line;
+  line.options = std::move(options);
+  return line;
 }
 
 }  // namespace vantry_sim

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "simulator/seed/bulk_shape.h"
 #include "simulator/store/generation.h"
 
 namespace vantry_sim {
@@ -25,9 +26,11 @@ struct VersionNumbers {
 
 /// What a new data directory is filled with.
 struct Seed {
-  enum class Kind { kDemo, kEmpty, kBulk };
+  enum class Kind { kDemo, kEmpty, kBulk, kFile };
   Kind kind = Kind::kDemo;
-  std::uint32_t bulk_documents = 0;
+  BulkShape bulk;
+  std::string file;                                 ///< YAML or JSON
+  bool asked_for = false;                           ///< the command line names it
   std::uint64_t large_bytes = 64ULL * 1024 * 1024;  ///< size of the demo's one large content
 };
 
@@ -74,10 +77,20 @@ inline bool SpeaksTls(const Options& options) {
   return !options.tls_certificate.empty() || !options.tls_self_signed.empty();
 }
 
-/// What came of a command line: options to run with, or a text to print and an exit code.
+/// What `vantry-sim export` is to do.
+struct ExportOptions {
+  std::string data_directory;
+  std::string out;    ///< file; empty: standard output
+  bool json = false;  ///< and not YAML
+};
+
+/// What came of a command line: options to run with, something else to do, or a text to print and an exit
+/// code.
 struct CommandLine {
   std::optional<Options> options;
-  std::string text;  ///< help, program version or what is wrong; ends in a line feed
+  std::optional<ExportOptions> export_options;
+  std::string check;  ///< a state file to look at; empty: none
+  std::string text;   ///< help, program version or what is wrong; ends in a line feed
   int exit_code = 0;
 };
 

@@ -20,7 +20,7 @@ Response Ticket(const ServiceContext& context, const Request& request, JsonValue
   if (context.upload_port == 0) return ErrorResponse(503, "no-uploads", "this server takes no uploads");
 
   const std::string master_url = BaseUrl(context, request) + "/servlet/rest/v1/content/master";
-  const UploadTicket ticket = MakeTicket(context.database, request.user, files, master_url);
+  const UploadTicket ticket = MakeTicket(context.database, context.contents, request.user, files, master_url);
   JsonText json;
   json.StartObject().Member("masterUrl", ticket.master_url);
   json.Member("uploadUrl", UploadBaseUrl(context, request) + std::string(kUploadPath) + ticket.token);

@@ -209,6 +209,10 @@ INSERT INTO ordered_ticket_streams SELECT ticket, file_name, stream FROM ticket_
 DROP TABLE ticket_streams;
 ALTER TABLE ordered_ticket_streams RENAME TO ticket_streams;
 )sql",
+    R"sql(
+-- The number that the bytes of a generated stream were made from; nothing for any other stream.
+ALTER TABLE streams ADD COLUMN generator INTEGER;
+)sql",
 };
 
 constexpr std::int64_t kNewest = std::size(kSteps);

@@ -20,7 +20,18 @@ void ForgetOldTickets(Database& database) {
 
 }  // namespace
 
-UploadTicket MakeTicket(Database& database, std::string_view user, std::int64_t files,
+std::int64_t LastStream(Database& database) {
+  auto statement = database.Prepare(
+      "SELECT max(ifnull((SELECT max(id) FROM streams), 0), ifnull((SELECT max(stream) FROM ticket_streams), "
+      "0))");
+  return statement.Step() ? statement.Integer(0) : 0;
+}
+
+void ForgetUploads(Database& database) {
+  database.Execute("DELETE FROM ticket_streams; DELETE FROM tickets; DELETE FROM uploads;");
+}
+
+UploadTicket MakeTicket(Database& database, ContentStore& contents, std::string_view user, std::int64_t files,
                         std::string_view master_url) {
   ForgetOldTickets(database);
   UploadTicket ticket{RandomHexadecimal(), std::string(master_url), {}};
@@ -30,7 +41,7 @@ UploadTicket MakeTicket(Database& database, std::string_view user, std::int64_t 
       .Run();
   const std::int64_t key = database.LastRowId();
   for (std::int64_t i = 0; i < files; ++i) {
-    const std::int64_t stream = NextNumber(database);
+    const std::int64_t stream = contents.NextStream();
     const std::string name = "file" + std::to_string(stream);
     database.Prepare("INSERT INTO ticket_streams(ticket, stream, file_name) VALUES(?1, ?2, ?3)")
         .Bind(key, stream, name)

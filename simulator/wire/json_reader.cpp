@@ -19,7 +19,8 @@ bool IsDigit(char c) {
 /// depth costs no stack.
 class Reader {
  public:
-  Reader(std::string_view text, JsonStore& store) : text_(text), store_(store) {}
+  Reader(std::string_view text, JsonStore& store, std::size_t deepest)
+      : text_(text), store_(store), deepest_(deepest) {}
 
   bool Read() {
     bool expect_value = true;
@@ -93,6 +94,7 @@ class Reader {
       ++at_;
       return true;
     }
+    if (open_.size() >= deepest_) return Fail("it is nested too deeply");
     open_.push_back({index, 0});
     expect_value = true;
     return true;
@@ -243,6 +245,7 @@ class Reader {
 
   std::string_view text_;
   JsonStore& store_;
+  std::size_t deepest_;
   std::size_t at_ = 0;
   std::uint32_t line_ = 1;
   std::vector<Open> open_;
@@ -272,13 +275,13 @@ std::string_view JsonValue::Name() const {
   return std::string_view(store_->texts).substr(node().name_at, node().name_size);
 }
 
-std::optional<JsonDocument> ReadJson(std::string_view text, JsonProblem* problem) {
+std::optional<JsonDocument> ReadJson(std::string_view text, JsonProblem* problem, std::size_t deepest) {
   auto store = std::make_unique<JsonStore>();
   if (text.size() > kLongestText) {
     if (problem != nullptr) *problem = {1, "it is longer than 2 GiB"};
     return std::nullopt;
   }
-  Reader reader(text, *store);
+  Reader reader(text, *store, deepest);
   if (reader.Read()) return JsonDocument(std::move(store));
   if (problem != nullptr) *problem = {reader.line(), reader.reason()};
   return std::nullopt;

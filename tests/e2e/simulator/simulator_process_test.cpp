@@ -2,8 +2,12 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <tuple>
 
 #include "raw_client.h"
 #include "simulator_process.h"
@@ -87,6 +91,64 @@ TEST_F(SimulatorProcess, TakenPortEndsWithOne) {
   Process second({"--port", std::to_string(port), "--data", (directory_ / "other").string(), "--large", "1"});
   EXPECT_EQ(second.Line(), "");
   EXPECT_EQ(second.Wait(), 1);
+}
+
+/// Runs the program to its end. @return its exit code, and what it said on either way
+std::pair<int, std::string> RunToItsEnd(const std::string& arguments,
+                                        const std::filesystem::path& directory) {
+  const std::string output = (directory / "output").string();
+  const int status =
+      std::system((std::string(VANTRY_SIM_PROGRAM) + " " + arguments + " >" + output + " 2>&1").c_str());
+  std::ifstream file(output);
+  return {WEXITSTATUS(status), {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()}};
+}
+
+TEST_F(SimulatorProcess, StateFileIsLookedAtWithoutAServer) {
+  const std::string state = (directory_ / "state.yaml").string();
+  std::ofstream(state) << "contexts: [{name: Bike}]\ndocuments: [{cadName: a.lxz, folder: Bike/Default}]\n";
+  auto [code, said] = RunToItsEnd("--check " + state, directory_);
+  EXPECT_EQ(code, 0);
+  EXPECT_EQ(said, state + ": 1 user, 1 context, 1 document in 1 version, 0 workspaces\n");
+  std::ofstream(state) << "contexts: [{name: Bike}]\nbikes: []\n";
+  std::tie(code, said) = RunToItsEnd("--check " + state, directory_);
+  EXPECT_EQ(code, 1);
+  EXPECT_EQ(said, state + ":2: a state has no key \"bikes\"\n");
+  std::tie(code, said) = RunToItsEnd("--check " + state + " --port 0", directory_);
+  EXPECT_EQ(code, 2);
+}
+
+TEST_F(SimulatorProcess, ExportWritesAStateThatAnotherServerBeginsWith) {
+  const std::string data = (directory_ / "data").string();
+  const std::string state = (directory_ / "state.yaml").string();
+  {
+    Process process(Arguments());
+    ASSERT_GT(process.ReadyPort(), 0);
+    const auto [code, said] = RunToItsEnd("export --data " + data + " --out " + state, directory_);
+    EXPECT_EQ(code, 1);
+    EXPECT_EQ(said, "vantry-sim: another vantry-sim uses " + data + "\n");
+  }
+  EXPECT_EQ(RunToItsEnd("export --data " + data + " --out " + state, directory_),
+            std::pair(0, std::string()));
+  Process process({"--port", "0", "--data", (directory_ / "other").string(), "--seed", "file:" + state});
+  RawClient client(process.ReadyPort());
+  EXPECT_NE(client.Get(kFork).body.find("\"fork.lxz\""), std::string::npos);
+}
+
+TEST_F(SimulatorProcess, SeedOfAFilledDirectoryIsIgnoredWithAWord) {
+  {
+    Process process(Arguments());
+    ASSERT_GT(process.ReadyPort(), 0);
+    process.Signal(SIGTERM);
+    EXPECT_EQ(process.Wait(), 0);
+  }
+  const std::string data = (directory_ / "data").string();
+  const auto [code, said] =
+      RunToItsEnd("--port 0 --bind 203.0.113.1 --seed empty --data " + data, directory_);
+  // An address of nobody's ends it behind the opening of the directory.
+  EXPECT_EQ(code, 1);
+  EXPECT_EQ(said, "vantry-sim: --seed is ignored, since " + data +
+                      " was filled before and keeps what it holds\n"
+                      "vantry-sim: cannot listen on 203.0.113.1 port 0\n");
 }
 
 TEST_F(SimulatorProcess, BadUsageEndsWithTwo) {

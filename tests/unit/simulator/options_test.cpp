@@ -62,7 +62,7 @@ TEST(Options, ThoseOfTheServerAreRead) {
   const Options& options = *line.options;
   EXPECT_EQ(options.port, 0);
   EXPECT_EQ(options.seed.kind, Seed::Kind::kBulk);
-  EXPECT_EQ(options.seed.bulk_documents, 250U);
+  EXPECT_EQ(options.seed.bulk.documents, 250U);
   ASSERT_EQ(options.users.size(), 2U);
   EXPECT_EQ(options.users[0].name, "a");
   EXPECT_EQ(options.users[0].password, "p:w");

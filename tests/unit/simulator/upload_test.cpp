@@ -207,6 +207,7 @@ TEST_F(WriteTest, TicketFromBeforeTheReorderedTableIsStillTaken) {
         " PRIMARY KEY(ticket, file_name)) WITHOUT ROWID;"
         "INSERT INTO old SELECT ticket, stream, file_name FROM ticket_streams;"
         "DROP TABLE ticket_streams; ALTER TABLE old RENAME TO ticket_streams;"
+        "ALTER TABLE streams DROP COLUMN generator;"
         "PRAGMA user_version = 4;");
   }
   Start();
