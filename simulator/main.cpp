@@ -44,9 +44,11 @@ int Serve(vantry_sim::Options options) {
     return kExitFailed;
   }
   // Scripts wait for this line, the only one on standard output.
-  std::printf("vantry-sim listening on %s://%s:%d%s/\n",
+  std::printf("vantry-sim listening on %s://%s:%d%s/",
               vantry_sim::SpeaksTls(simulator.options()) ? "https" : "http", bind_address.c_str(),
               servers.port(), simulator.options().prefix.c_str());
+  if (servers.admin_port() > 0) std::printf(" admin on http://127.0.0.1:%d/", servers.admin_port());
+  std::printf("\n");
   std::fflush(stdout);
 
   std::thread stopper([&servers] {

@@ -196,6 +196,9 @@ void AddOptions(CLI::App& app, Raw& raw, Options& options) {
       ->capture_default_str();
   app.add_option("--page-port", options.page_port, "Second port, where lists go on; 0 picks a free one")
       ->check(CLI::Range(0, 65535));
+  app.add_option("--admin-port", options.admin_port,
+                 "Port of 127.0.0.1 to control the server by; 0 picks a free one")
+      ->check(CLI::Range(0, 65535));
   app.add_option("--upload-port", options.upload_port,
                  "Port that takes the bytes of documents; 0 picks a free one")
       ->check(CLI::Range(0, 65535))

@@ -59,6 +59,7 @@ struct Options {
   std::string prefix;        ///< "/vt", or empty
   std::uint32_t latency_milliseconds = 0;
   std::uint32_t page_size = 10'000;   ///< most rows of a page of OData
+  std::optional<int> admin_port;      ///< where the server is controlled, on the loopback; nothing: nowhere
   std::optional<int> page_port;       ///< a second port, for later pages; 0: any free one; nothing: none
   int upload_port = 0;                ///< takes the bytes of documents; 0: any free one
   bool old_creation_factory = false;  ///< uploads are asked for at the old address alone

@@ -3,8 +3,9 @@
 #include <cstdio>
 #include <utility>
 
+#include "simulator/pages/page_routes.h"
 #include "simulator/routes/routes.h"
-#include "simulator/store/data_directory.h"
+#include "simulator/seed/seeds.h"
 #include "simulator/store/uploads.h"
 
 namespace vantry_sim {
@@ -23,6 +24,7 @@ std::string_view OriginForm(std::string_view target) {
 
 Simulator::Simulator(Options options)
     : options_(std::move(options)),
+      first_generation_(options_.generation),
       users_(options_.users, options_.tokens),
       authenticator_(users_, options_.digest),
       faults_(options_.faults),
@@ -31,6 +33,10 @@ Simulator::Simulator(Options options)
   nonces_ = std::make_unique<Nonces>(data_->database(), clock_, options_.session_seconds);
   context_ = std::make_unique<ServiceContext>(
       ServiceContext{options_, data_->database(), data_->contents(), options_.bind_address, *nonces_});
+  AddRoutes();
+}
+
+void Simulator::AddRoutes() {
   AddIdentificationRoutes(router_, *context_);
   AddMetadataRoutes(router_, *context_);
   AddCsrfRoutes(router_, *context_);
@@ -51,9 +57,36 @@ Simulator::Simulator(Options options)
   AddApplicationVersionRoutes(router_, *context_);
   AddContentRoutes(router_, *context_);
   AddFeatureRoutes(router_, *context_);
+  AddPageRoutes(router_, *context_);
 }
 
 Simulator::~Simulator() = default;
+
+Response Simulator::Exclusively(const std::function<Response(const ServiceContext&)>& answer) {
+  return Guarded([&] { return answer(*context_); });
+}
+
+void Simulator::SetGeneration(Generation generation) {
+  options_.generation = generation;
+  router_ = Router();
+  AddRoutes();
+}
+
+void Simulator::TakeUpState() {
+  EnsureUsers(data_->database(), options_.users);
+  nonces_->WriteBack();
+}
+
+bool Simulator::Reset() {
+  if (!snapshots().RestoreSeed(data_->database())) return false;
+  if (options_.generation != first_generation_) SetGeneration(first_generation_);
+  faults_.Reset(options_.faults);
+  users_.Reset();
+  clock_.Reset();
+  history_.Clear();
+  TakeUpState();
+  return true;
+}
 
 void Simulator::ExpireSession(const Request& request) {
   const std::lock_guard lock(mutex_);

@@ -10,6 +10,7 @@
 #include "simulator/options.h"
 #include "simulator/routes/service_context.h"
 #include "simulator/store/content_store.h"
+#include "simulator/store/data_directory.h"
 #include "simulator/store/database.h"
 #include "simulator/store/server_clock.h"
 #include "simulator/store/upload_receiver.h"
@@ -49,6 +50,7 @@ class Simulator {
 
   /// The time that the server believes in.
   [[nodiscard]] ServerClock& clock() { return clock_; }
+  [[nodiscard]] const ServerClock& clock() const { return clock_; }
 
   /// Who may come in.
   [[nodiscard]] UserDirectory& users() { return users_; }
@@ -63,6 +65,22 @@ class Simulator {
 
   /// Ends the session that a request came with or, on a server without sessions, the nonce. Any thread.
   void ExpireSession(const Request& request);
+
+  /// Runs with the state alone, and answers for what it throws. Any thread.
+  Response Exclusively(const std::function<Response(const ServiceContext&)>& answer);
+
+  // To be called by what runs exclusively.
+
+  /// Plays another generation of servers from now on.
+  void SetGeneration(Generation generation);
+  [[nodiscard]] Snapshots& snapshots() { return data_->snapshots(); }
+  [[nodiscard]] Nonces& nonces() { return *nonces_; }
+  /// The state was put in the place of another: the users of the start are in it, and the nonce that clients
+  /// hold is good.
+  void TakeUpState();
+  /// Everything as it was at the start: state, generation, faults, users, clock, and no requests remembered.
+  /// Sessions and the nonce stay, as clients hold them. @return false where no state was kept for it
+  bool Reset();
 
   /// Answers a request whose headers, `target`, `method`, `user` and `body` are set; the rest is filled here.
   /// A request with an empty user gets the 401. Any thread; one request is handled at a time.
@@ -79,14 +97,16 @@ class Simulator {
  private:
   Response Route(Request& request);
   Response Guarded(const std::function<Response()>& answer);
+  void AddRoutes();
 
   Options options_;
+  const Generation first_generation_;
   ServerClock clock_;
   UserDirectory users_;
   Authenticator authenticator_;
   FaultTable faults_;
   RequestHistory history_;
-  std::unique_ptr<class DataDirectory> data_;
+  std::unique_ptr<DataDirectory> data_;
   std::unique_ptr<Nonces> nonces_;
   std::unique_ptr<ServiceContext> context_;
   Router router_;

@@ -2,7 +2,6 @@
 #include "simulator/routes/write_route.h"
 #include "simulator/store/checkouts.h"
 #include "simulator/store/folder_store.h"
-#include "simulator/store/user_store.h"
 #include "simulator/store/workspace_store.h"
 #include "simulator/wire/json.h"
 #include "simulator/wire/json_members.h"
@@ -21,13 +20,9 @@ Response Create(const ServiceContext& context, const Request& request, JsonValue
     if (other.name == name)
       return ErrorResponse(409, "name-taken", "the user has a workspace of this name: " + other.oid);
   }
-  const std::string oid = "W" + std::to_string(NextNumber(context.database));
-  context.database
-      .Prepare("INSERT INTO workspaces(oid, context, owner, name, description) VALUES(?1, ?2, ?3, ?4, ?5)")
-      .Bind(oid, *place, UserKey(context.database, request.user), name, description)
-      .Run();
+  const WorkspaceRow made = MakeWorkspace(context.database, *place, request.user, name, description);
   JsonText json;
-  json.StartObject().Member("id", oid).Member("name", name).Member("description", description);
+  json.StartObject().Member("id", made.oid).Member("name", name).Member("description", description);
   json.Member("contextId", context_id).EndObject();
   Response response;
   response.body = json.Take();

@@ -52,8 +52,7 @@ void ForgetState(Database& database) {
   }
   // A folder refers to the one around it, which is older.
   database.Execute(
-      "PRAGMA defer_foreign_keys = ON; DELETE FROM folders; DELETE FROM contexts; DELETE FROM streams; "
-      "DELETE FROM users;");
+      "PRAGMA defer_foreign_keys = ON; DELETE FROM folders; DELETE FROM contexts; DELETE FROM users;");
 }
 
 Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed) {

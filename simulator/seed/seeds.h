@@ -24,7 +24,8 @@ Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed);
 /// Whether a database was filled.
 bool IsSeeded(Database& database);
 
-/// Empties a database, so that another state can be put into it. To be called in a transaction.
+/// Empties a database, so that another state can be put into it, which may refer to the streams of the one
+/// before. To be called in a transaction.
 void ForgetState(Database& database);
 
 /// Makes sure that everybody who can log in is a user of the database.

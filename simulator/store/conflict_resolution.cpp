@@ -63,7 +63,14 @@ Refusal Resolutions::ReadOne(JsonValue value) {
   return BadResolution("this server knows no such pair of code and resolutionOption");
 }
 
+Resolutions Resolutions::OfAll() {
+  Resolutions resolutions;
+  resolutions.all_ = true;
+  return resolutions;
+}
+
 bool Resolutions::Resolve(Conflict conflict, std::string_view id) const {
+  if (all_) return true;
   for (const Entry& entry : entries_) {
     if (entry.conflict == conflict && entry.id == id) return true;
   }

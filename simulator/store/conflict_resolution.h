@@ -23,6 +23,9 @@ class Resolutions {
   /// @return a refusal for a form that cannot be read, and for words that this server doesn't know
   Refusal Read(JsonValue body);
 
+  /// Resolutions of every conflict of every object, for a change that nobody is to be asked about.
+  [[nodiscard]] static Resolutions OfAll();
+
   /// Whether the conflict was resolved for the object with this id.
   [[nodiscard]] bool Resolve(Conflict conflict, std::string_view id) const;
 
@@ -36,6 +39,7 @@ class Resolutions {
   };
   Refusal ReadOne(JsonValue value);
   std::vector<Entry> entries_;
+  bool all_ = false;
 };
 
 }  // namespace vantry_sim

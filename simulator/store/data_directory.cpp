@@ -29,6 +29,9 @@ DataDirectory::DataDirectory(const Options& options) {
                  "vantry-sim: --seed is ignored, since %s was filled before and keeps what it holds\n",
                  options.data_directory.c_str());
   }
+  // A copy of millions of documents is made for nobody who doesn't ask for it.
+  if (seeding == Seeding::kDone && (options.seed.kind != Seed::Kind::kBulk || options.admin_port))
+    snapshots_->KeepSeed(*database_);
   EnsureUsers(*database_, options.users);
   contents_->CountFrom(LastStream(*database_));
 }
@@ -50,6 +53,7 @@ void DataDirectory::Open(const std::string& directory) {
   contents_ = std::make_unique<ContentStore>(place / "content");
   database_ = std::make_unique<Database>((place / kDatabaseFile).string());
   EnsureSchema(*database_);
+  snapshots_ = std::make_unique<Snapshots>(place);
 }
 
 DataDirectory::Lock::~Lock() {

@@ -7,11 +7,12 @@
 #include "simulator/options.h"
 #include "simulator/store/content_store.h"
 #include "simulator/store/database.h"
+#include "simulator/store/snapshots.h"
 
 namespace vantry_sim {
 
-/// DATA/vantry-sim.db, DATA/content/ and DATA/lock. The lock is held as long as the object lives, and a
-/// killed process leaves it free.
+/// DATA/vantry-sim.db, DATA/content/, DATA/snapshots/, DATA/seed.db and DATA/lock. The lock is held as long
+/// as the object lives, and a killed process leaves it free.
 class DataDirectory {
  public:
   /// Opens or makes the directory and seeds it unless it was seeded before. A seeding that was cut off left
@@ -24,6 +25,7 @@ class DataDirectory {
 
   Database& database() { return *database_; }
   ContentStore& contents() { return *contents_; }
+  Snapshots& snapshots() { return *snapshots_; }
 
  private:
   DataDirectory() = default;
@@ -46,6 +48,7 @@ class DataDirectory {
   Lock lock_;
   std::unique_ptr<Database> database_;
   std::unique_ptr<ContentStore> contents_;
+  std::unique_ptr<Snapshots> snapshots_;
 };
 
 }  // namespace vantry_sim

@@ -34,6 +34,33 @@ void ServerSeconds(sqlite3_context* context, int, sqlite3_value**) {
   throw DatabaseError(std::string(what) + ": " + sqlite3_errmsg(handle));
 }
 
+/// A connection to another database, for as long as something is copied.
+class OtherDatabase {
+ public:
+  OtherDatabase(const std::string& file, int flags) {
+    if (sqlite3_open_v2(file.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX, nullptr) == SQLITE_OK) return;
+    const std::string reason = handle_ != nullptr ? sqlite3_errmsg(handle_) : "out of memory";
+    sqlite3_close(handle_);
+    throw DatabaseError("cannot open " + file + ": " + reason);
+  }
+  OtherDatabase(const OtherDatabase&) = delete;
+  OtherDatabase& operator=(const OtherDatabase&) = delete;
+  ~OtherDatabase() { sqlite3_close(handle_); }
+  [[nodiscard]] sqlite3* handle() const { return handle_; }
+
+ private:
+  sqlite3* handle_ = nullptr;
+};
+
+void Copy(sqlite3* from, sqlite3* to) {
+  sqlite3_backup* backup = sqlite3_backup_init(to, "main", from, "main");
+  if (backup == nullptr) Fail(to, "cannot begin a copy");
+  const int code = sqlite3_backup_step(backup, -1);
+  sqlite3_backup_finish(backup);
+  if (code != SQLITE_DONE)
+    throw DatabaseError(std::string("cannot copy a database: ") + sqlite3_errstr(code));
+}
+
 }  // namespace
 
 Statement::Statement(Database& database, std::string sql, sqlite3_stmt* handle)
@@ -136,6 +163,27 @@ void Database::AddFunctions() {
   };
   add("server_time", ServerTime);
   add("server_seconds", ServerSeconds);
+}
+
+void Database::CopyTo(const std::string& file) {
+  const OtherDatabase other(file, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+  Copy(handle_, other.handle());
+  // The copy is one file for itself, that others may read without making any beside it.
+  if (sqlite3_exec(other.handle(), "PRAGMA journal_mode = DELETE", nullptr, nullptr, nullptr) != SQLITE_OK)
+    Fail(other.handle(), "cannot finish a copy");
+}
+
+void Database::ReplaceBy(const std::string& file) {
+  const OtherDatabase other(file, SQLITE_OPEN_READONLY);
+  ForgetIdle();
+  Copy(other.handle(), handle_);
+  ++replaced_;
+}
+
+DatabaseVersion Database::Version() {
+  auto statement = Prepare("PRAGMA data_version");
+  const std::int64_t others = statement.Step() ? statement.Integer(0) : 0;
+  return {others, replaced_, sqlite3_total_changes64(handle_)};
 }
 
 void Database::ForgetIdle() {

@@ -83,6 +83,14 @@ std::vector<std::string> AcceptUpload(Database& database, const UploadTicket& ti
   return receipts;
 }
 
+std::string GiveReceipt(Database& database, std::string_view user, std::int64_t stream) {
+  std::string receipt = RandomHexadecimal();
+  database.Prepare("INSERT OR REPLACE INTO uploads(stream, user, receipt, file_name) VALUES(?1, ?2, ?3, '')")
+      .Bind(stream, UserKey(database, user), receipt)
+      .Run();
+  return receipt;
+}
+
 bool TakeReceipt(Database& database, std::string_view user, std::int64_t stream, std::string_view receipt) {
   auto statement = database.Prepare(
       "DELETE FROM uploads WHERE stream = ?1 AND receipt = ?2 AND user = ?3 RETURNING stream");

@@ -47,6 +47,9 @@ struct ReceivedStream {
 std::vector<std::string> AcceptUpload(Database& database, const UploadTicket& ticket, std::string_view user,
                                       const std::vector<ReceivedStream>& streams);
 
+/// Gives a receipt for a stream that is there already. To be called in a transaction.
+std::string GiveReceipt(Database& database, std::string_view user, std::int64_t stream);
+
 /// Takes a receipt back, which can be done once. To be called in a transaction.
 /// @return false for one that was never given for this stream and user, or that was used
 bool TakeReceipt(Database& database, std::string_view user, std::int64_t stream, std::string_view receipt);

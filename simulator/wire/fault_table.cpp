@@ -18,8 +18,7 @@ std::uint64_t NextRandom(std::uint64_t& state) {
 }  // namespace
 
 FaultTable::FaultTable(const std::vector<std::string>& texts) {
-  std::string ignored;
-  for (const std::string& text : texts) static_cast<void>(Add(text, &ignored));
+  Reset(texts);
 }
 
 std::optional<std::uint64_t> FaultTable::Add(std::string_view text, std::string* error) {
@@ -47,6 +46,12 @@ void FaultTable::Clear() {
   const std::lock_guard lock(mutex_);
   entries_.clear();
   empty_ = true;
+}
+
+void FaultTable::Reset(const std::vector<std::string>& texts) {
+  Clear();
+  std::string ignored;
+  for (const std::string& text : texts) static_cast<void>(Add(text, &ignored));
 }
 
 std::vector<FaultEntry> FaultTable::List() const {

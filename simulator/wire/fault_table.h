@@ -42,6 +42,9 @@ class FaultTable {
   /// Removes all rules.
   void Clear();
 
+  /// These rules alone, counted anew.
+  void Reset(const std::vector<std::string>& texts);
+
   /// All rules, in the order in which they count.
   [[nodiscard]] std::vector<FaultEntry> List() const;
   [[nodiscard]] std::optional<FaultEntry> Find(std::uint64_t id) const;

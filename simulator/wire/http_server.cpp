@@ -44,7 +44,7 @@ Response FaultAnswer(const FaultAction& fault) {
     response.headers.emplace_back("Location", fault.text);
     return response;
   }
-  Response response = ErrorResponse(fault.status, "fault", "this answer was asked for by --fault");
+  Response response = ErrorResponse(fault.status, "fault", "this answer was asked for by a fault");
   if (!fault.text.empty()) {
     const bool json = fault.text.starts_with('{') || fault.text.starts_with('[');
     response.content_type = json ? "application/json;charset=UTF-8" : "text/plain;charset=UTF-8";
@@ -75,13 +75,23 @@ void ApplyRange(const Request& request, Response& response) {
 }  // namespace
 
 std::string_view WordOf(Door door) {
-  return door == Door::kMain ? "main" : door == Door::kPages ? "pages" : "uploads";
+  switch (door) {
+    case Door::kMain:
+      return "main";
+    case Door::kPages:
+      return "pages";
+    case Door::kUploads:
+      return "uploads";
+    case Door::kAdmin:
+      break;
+  }
+  return "admin";
 }
 
 /// The HTTP library's server, whose connections the gate holds.
 class HttpServer::Implementation final : public httplib::Server {
  public:
-  Implementation(Simulator& simulator, RequestLog& log, StopSignal& stop, Door door);
+  Implementation(const ServerParts& parts, Door door);
   bool ServeOne(ConnectionStream& stream);
   void Refuse(ConnectionStream& stream, int status);
 
@@ -118,19 +128,21 @@ class HttpServer::Implementation final : public httplib::Server {
   Simulator& simulator_;
   RequestLog& log_;
   StopSignal& stop_;
+  AdminApi* admin_;
   Door door_;
   std::mutex mutex_;
   std::map<std::pair<std::string, int>, Ongoing*> ongoing_;  ///< by the client's address and port
 };
 
-HttpServer::Implementation::Implementation(Simulator& simulator, RequestLog& log, StopSignal& stop, Door door)
-    : simulator_(simulator), log_(log), stop_(stop), door_(door) {
+HttpServer::Implementation::Implementation(const ServerParts& parts, Door door)
+    : simulator_(parts.simulator), log_(parts.log), stop_(parts.stop), admin_(parts.admin), door_(door) {
   // The HTTP library breaks long answers off where it has no listening socket. The gate listens in its place,
   // and the number of the socket is used for nothing else.
   svr_sock_ = 0;
   set_keep_alive_timeout(kKeepAliveSeconds);
   set_keep_alive_max_count(kKeepAliveRequests);
-  if (simulator.options().max_upload_bytes) set_payload_max_length(*simulator.options().max_upload_bytes);
+  const auto limit = simulator_.options().max_upload_bytes;
+  if (limit && door_ != Door::kAdmin) set_payload_max_length(*limit);
   SetHandlers();
 }
 
@@ -139,6 +151,7 @@ void HttpServer::Implementation::SetHandlers() {
     // Requests with a body go on to the handlers below, which read it first.
     if (TakesBody(request.method)) return HandlerResponse::Unhandled;
     Answer(request, response, [this](vantry_sim::Request& own) {
+      if (door_ == Door::kAdmin) return admin_->Handle(own);
       if (door_ != Door::kUploads) return simulator_.Handle(own);
       return ErrorResponse(404, "no-such-route", "this port takes uploads alone");
     });
@@ -183,6 +196,7 @@ bool HttpServer::Implementation::ServeOne(ConnectionStream& stream) {
 }
 
 void HttpServer::Implementation::Remember(Ongoing& ongoing) {
+  if (door_ == Door::kAdmin) return;
   RememberedRequest request;
   request.door = WordOf(door_);
   request.client = ongoing.stream.remote_address() + ":" + std::to_string(ongoing.stream.remote_port());
@@ -196,6 +210,7 @@ void HttpServer::Implementation::Remember(Ongoing& ongoing) {
 }
 
 void HttpServer::Implementation::Finish(Ongoing& ongoing, std::chrono::steady_clock::duration duration) {
+  if (door_ == Door::kAdmin) return;
   Exchange& exchange = ongoing.exchange;
   exchange.duration = std::chrono::duration_cast<std::chrono::microseconds>(duration);
   exchange.status = ongoing.stream.status();
@@ -207,6 +222,7 @@ void HttpServer::Implementation::Finish(Ongoing& ongoing, std::chrono::steady_cl
 /// Answers a head that is not served.
 void HttpServer::Implementation::Refuse(ConnectionStream& stream, int status) {
   SendRefusal(stream, status);
+  if (door_ == Door::kAdmin) return;
   Exchange exchange;
   exchange.start = std::chrono::system_clock::now();
   exchange.remote_port = stream.remote_port();
@@ -245,18 +261,20 @@ void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Ongoi
 void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request, httplib::Response& response,
                                                 const httplib::ContentReader& reader) {
   const std::uint64_t limit =
-      std::min(simulator_.options().max_upload_bytes.value_or(kMostBodyInMemory), kMostBodyInMemory);
+      door_ == Door::kAdmin
+          ? kMostBodyInMemory
+          : std::min(simulator_.options().max_upload_bytes.value_or(kMostBodyInMemory), kMostBodyInMemory);
   std::string body;
   const BodyOutcome outcome =
       ReadBody(reader, limit, response.status, [&](std::string_view piece) { body.append(piece); });
   if (RefuseBody(request, response, outcome)) return;
-  if (const Ongoing* ongoing = Find(request)) {
+  if (const Ongoing* ongoing = Find(request); ongoing != nullptr && door_ != Door::kAdmin) {
     simulator_.history().SetBody(ongoing->remembered,
                                  ShownBody(request.get_header_value("Content-Type"), body), body.size());
   }
   Answer(request, response, [&](vantry_sim::Request& own) {
     own.body = std::move(body);
-    return simulator_.Handle(own);
+    return door_ == Door::kAdmin ? admin_->Handle(own) : simulator_.Handle(own);
   });
 }
 
@@ -306,6 +324,7 @@ vantry_sim::Request HttpServer::Implementation::OwnRequest(const httplib::Reques
   own.method = request.method == "HEAD" ? "GET" : request.method;
   own.target = request.target;
   own.host = request.get_header_value("Host");
+  own.origin = ongoing.head.Header("Origin");
   own.prefer = request.get_header_value("Prefer");
   own.nonce = request.get_header_value("X-Zvk-Nonce");
   own.content_type = request.get_header_value(request.has_header(kBodyType) ? kBodyType : "Content-Type");
@@ -323,6 +342,11 @@ void HttpServer::Implementation::Answer(const httplib::Request& request, httplib
   Ongoing* ongoing = Find(request);
   if (ongoing == nullptr) {
     response.status = 500;
+    return;
+  }
+  if (door_ == Door::kAdmin) {
+    vantry_sim::Request own = OwnRequest(request, *ongoing);
+    Fill(response, produce(own), *ongoing, std::nullopt);
     return;
   }
   const auto fault = simulator_.faults().Take(request.method, request.target);
@@ -388,9 +412,9 @@ HttpServer::Implementation::Ongoing* HttpServer::Implementation::Find(const http
   return found == ongoing_.end() ? nullptr : found->second;
 }
 
-HttpServer::HttpServer(Simulator& simulator, RequestLog& log, StopSignal& stop, Door door,
-                       const TlsIdentity* tls)
-    : implementation_(std::make_unique<Implementation>(simulator, log, stop, door)), tls_(tls) {}
+HttpServer::HttpServer(const ServerParts& parts, Door door)
+    : implementation_(std::make_unique<Implementation>(parts, door)),
+      tls_(door == Door::kAdmin ? nullptr : parts.tls) {}
 
 HttpServer::~HttpServer() = default;
 

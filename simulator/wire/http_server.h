@@ -3,6 +3,7 @@
 #include <memory>
 #include <string_view>
 
+#include "simulator/admin/admin_api.h"
 #include "simulator/simulator.h"
 #include "simulator/wire/connection_gate.h"
 #include "simulator/wire/request_log.h"
@@ -16,17 +17,27 @@ enum class Door {
   kMain,     ///< the address that clients are told
   kPages,    ///< where lists go on, when they don't go on at the main one; answers all that the main one does
   kUploads,  ///< where the bytes of documents go; takes nothing else
+  kAdmin,    ///< where the server is controlled; without users, faults, latency, log and history
 };
 
-/// The word of a door: "main", "pages" or "uploads".
+/// The word of a door: "main", "pages", "uploads" or "admin".
 std::string_view WordOf(Door door);
+
+/// What a server works with.
+struct ServerParts {
+  Simulator& simulator;
+  RequestLog& log;
+  StopSignal& stop;
+  const TlsIdentity* tls = nullptr;  ///< for all doors but the admin's; null: none is spoken
+  AdminApi* admin = nullptr;         ///< for the admin's door
+};
 
 /// Speaks HTTP on the connections of one port, with the faults and the latency of a simulator, and tells its
 /// log and its history what really went over the wire. Any thread, several connections at once.
 class HttpServer final : public RequestServer {
  public:
-  /// All but the door outlive the server. Several servers may share them. @param tls null: none is spoken
-  HttpServer(Simulator& simulator, RequestLog& log, StopSignal& stop, Door door, const TlsIdentity* tls);
+  /// @param parts outlive the server. Several servers may share them
+  HttpServer(const ServerParts& parts, Door door);
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
   ~HttpServer() override;

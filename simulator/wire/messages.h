@@ -20,6 +20,7 @@ struct Request {
   std::string target;         ///< as it stands on the request line
   std::string path;           ///< behind the prefix, as it stands on the request line, with "/" in front
   std::string host;           ///< the Host header, unchecked; may be empty
+  std::string origin;         ///< the Origin header; may be empty
   std::string user;           ///< who asks; never empty behind the authentication
   std::string prefer;         ///< the Prefer header; may be empty
   std::string nonce;          ///< the X-Zvk-Nonce header; may be empty

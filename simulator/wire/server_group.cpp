@@ -5,7 +5,7 @@
 namespace vantry_sim {
 
 ServerGroup::ServerGroup(Simulator& simulator, RequestLog& log, GateLimits limits)
-    : simulator_(simulator), log_(log), gate_(limits) {}
+    : simulator_(simulator), log_(log), admin_(simulator), gate_(limits) {}
 
 int ServerGroup::Bind() {
   const Options& options = simulator_.options();
@@ -21,6 +21,11 @@ int ServerGroup::Bind() {
   const int upload_port = Open(Door::kUploads, options.bind_address, options.upload_port);
   if (upload_port < 0) return options.upload_port;
   simulator_.SetUploadPort(upload_port);
+  if (options.admin_port) {
+    // Whoever reaches this port can do everything, so nobody on another machine does.
+    admin_port_ = Open(Door::kAdmin, "127.0.0.1", *options.admin_port);
+    if (admin_port_ < 0) return *options.admin_port;
+  }
   if (!options.page_port) return -1;
   const int page_port = Open(Door::kPages, options.bind_address, *options.page_port);
   if (page_port < 0) return *options.page_port;
@@ -32,7 +37,8 @@ int ServerGroup::Bind() {
 int ServerGroup::Open(Door door, const std::string& address, int port) {
   const ListeningSocket listening = ListenOn(address, port);
   if (listening.socket < 0) return -1;
-  servers_.push_back(std::make_unique<HttpServer>(simulator_, log_, stop_, door, tls_.get()));
+  servers_.push_back(
+      std::make_unique<HttpServer>(ServerParts{simulator_, log_, stop_, tls_.get(), &admin_}, door));
   gate_.Listen(listening.socket, *servers_.back());
   return listening.port;
 }

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "simulator/admin/admin_api.h"
 #include "simulator/wire/connection_gate.h"
 #include "simulator/wire/http_server.h"
 
@@ -20,6 +21,8 @@ class ServerGroup {
 
   /// The main port, behind Bind.
   [[nodiscard]] int port() const { return port_; }
+  /// The admin's port, behind Bind; 0 without one.
+  [[nodiscard]] int admin_port() const { return admin_port_; }
 
   /// Serves until Stop; returns when the last connection has ended. To be called once, after Bind.
   void Run();
@@ -34,6 +37,8 @@ class ServerGroup {
   RequestLog& log_;
   StopSignal stop_;
   int port_ = 0;
+  int admin_port_ = 0;
+  AdminApi admin_;
   std::unique_ptr<TlsIdentity> tls_;
   std::vector<std::unique_ptr<HttpServer>> servers_;
   ConnectionGate gate_;

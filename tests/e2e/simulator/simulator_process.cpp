@@ -51,10 +51,12 @@ int Process::ReadyPort() {
   const std::string line = Line();
   std::smatch match;
   if (!std::regex_match(line, match,
-                        std::regex("vantry-sim listening on http://127\\.0\\.0\\.1:([0-9]+)(/vt)?/"))) {
+                        std::regex("vantry-sim listening on http://127\\.0\\.0\\.1:([0-9]+)(/vt)?/"
+                                   "( admin on http://127\\.0\\.0\\.1:([0-9]+)/)?"))) {
     ADD_FAILURE() << "not a ready line: " << line;
     return 0;
   }
+  admin_port_ = std::atoi(match[4].str().c_str());
   return std::atoi(match[1].str().c_str());
 }
 

@@ -24,6 +24,9 @@ class Process {
   /// The port of the ready line; 0 when it isn't one.
   int ReadyPort();
 
+  /// The admin's port of the ready line, once it was read; 0 without one.
+  [[nodiscard]] int admin_port() const { return admin_port_; }
+
   void Signal(int signal) const;
   [[nodiscard]] pid_t id() const { return id_; }
 
@@ -33,6 +36,7 @@ class Process {
  private:
   pid_t id_ = -1;
   int output_ = -1;
+  int admin_port_ = 0;
 };
 
 /// A directory of its own for each test.

@@ -93,6 +93,54 @@ TEST_F(SimulatorProcess, TakenPortEndsWithOne) {
   EXPECT_EQ(second.Wait(), 1);
 }
 
+TEST_F(SimulatorProcess, AdminPortIsToldOnTheReadyLineAndControlsTheServer) {
+  Process process(Arguments({"--admin-port", "0", "--user", "anna:pw", "--latency", "1"}));
+  const int port = process.ReadyPort();
+  ASSERT_GT(process.admin_port(), 0);
+  RawClient client(port);
+  RawClient admin(process.admin_port());
+  const auto control = [&](const std::string& method, const std::string& target,
+                           const std::string& body = {}) {
+    admin.Send(method + " " + target + " HTTP/1.1\r\nHost: 127.0.0.1:1\r\nContent-Length: " +
+               std::to_string(body.size()) + "\r\n\r\n" + body);
+    return admin.Read();
+  };
+  const std::string anna = "Authorization: Basic YW5uYTpwdw==\r\n";
+  EXPECT_EQ(client.Get(kFork, anna).status, 200);
+  EXPECT_EQ(control("DELETE", "/documents/D1001").status, 204);
+  EXPECT_EQ(client.Get(kFork, anna).status, 404);
+  EXPECT_EQ(control("POST", "/faults", "{\"rule\":\"GET *D1001=418*1\"}").status, 201);
+  EXPECT_EQ(client.Get(kFork, anna).status, 418);
+  EXPECT_EQ(control("POST", "/reset").status, 200);
+  EXPECT_EQ(client.Get(kFork, anna).status, 200);
+  const auto requests = control("GET", "/requests?path=*D1001&count=1&wait=10000");
+  EXPECT_EQ(requests.status, 200);
+  EXPECT_EQ(requests.body.find("YW5uYTpwdw"), std::string::npos);
+  // Whoever waits is let go when the server ends.
+  admin.Send("GET /requests?path=/never&wait=60000 HTTP/1.1\r\nHost: 127.0.0.1:1\r\n\r\n");
+  EXPECT_EQ(client.Get(kFork, anna).status, 200);
+  process.Signal(SIGTERM);
+  EXPECT_EQ(process.Wait(), 0);
+}
+
+TEST_F(SimulatorProcess, AdminPortIsOnTheLoopbackAloneAndOffWithoutItsOption) {
+  Process process(Arguments({"--bind", "0.0.0.0", "--admin-port", "0"}));
+  const std::string line = process.Line();
+  EXPECT_NE(line.find(" admin on http://127.0.0.1:"), std::string::npos) << line;
+  std::string listening;
+  std::ifstream sockets("/proc/net/tcp");
+  const int port = std::atoi(line.substr(line.rfind(':') + 1).c_str());
+  char place[32];
+  std::snprintf(place, sizeof place, "00000000:%04X", static_cast<unsigned>(port));
+  for (std::string entry; std::getline(sockets, entry);) listening += entry + "\n";
+  EXPECT_EQ(listening.find(place), std::string::npos);
+  std::snprintf(place, sizeof place, "0100007F:%04X", static_cast<unsigned>(port));
+  EXPECT_NE(listening.find(place), std::string::npos);
+  Process plain({"--port", "0", "--data", (directory_ / "other").string(), "--large", "1"});
+  EXPECT_GT(plain.ReadyPort(), 0);
+  EXPECT_EQ(plain.admin_port(), 0);
+}
+
 /// Runs the program to its end. @return its exit code, and what it said on either way
 std::pair<int, std::string> RunToItsEnd(const std::string& arguments,
                                         const std::filesystem::path& directory) {
