@@ -118,11 +118,14 @@ function ownField(label, key, value) {
 }
 
 async function showEditor(id) {
-  const document = await ask(`${data}document?id=${encodeURIComponent(id)}`);
+  const document = await ask(`${data}document?id=${encodeURIComponent(id)}&edit=1`);
   const back = element("p", {}, element("a", {href: infoAddress(id)}, "Back to the document"));
   if (!document.editable) return show(`Attributes of ${document.cadName}`, back,
     element("p", {}, `They cannot be edited: ${document.reason}.`), attributesTable(document));
-  show(`Attributes of ${document.cadName}`, back,
+  const copy = document.id === id ? null
+    : element("p", {}, "It is checked out by you: this is the working copy ",
+      element("a", {href: infoAddress(document.id)}, document.id), ".");
+  show(`Attributes of ${document.cadName}`, back, copy,
     element("form", {id: "attributes", onsubmit: (event) => save(event, id)},
       ownField("Name", "name", document.name), ownField("Number", "number", document.number),
       ...document.attributes.map(({name, value}) => field(name, value)),

@@ -1,6 +1,5 @@
 # Writes a C++ file with the bytes of other files in it: cmake -D OUT=... -D "FILES=a;b" -P embed.cmake
-set(types html "text/html;charset=UTF-8" css "text/css;charset=UTF-8" js "text/javascript;charset=UTF-8"
-          json "application/json;charset=UTF-8" svg "image/svg+xml")
+set(types html text/html css text/css js text/javascript json application/json svg image/svg+xml)
 set(texts "")
 set(entries "")
 set(index 0)
@@ -19,7 +18,7 @@ foreach(file IN LISTS FILES)
   string(REGEX REPLACE "((\\\\x[0-9a-f][0-9a-f])(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?)"
                        "    \"\\1\"\n" lines "${bytes}")
   string(APPEND texts "constexpr char kBytes${index}[] =\n${lines}    \"\";\n")
-  string(APPEND entries "    {\"${name}\", \"${type}\", {kBytes${index}, sizeof kBytes${index} - 1}},\n")
+  string(APPEND entries "    {\"${name}\", \"${type};charset=UTF-8\", {kBytes${index}, sizeof kBytes${index} - 1}},\n")
   math(EXPR index "${index} + 1")
 endforeach()
 file(WRITE ${OUT} "// Made of the files of simulator/pages and simulator/admin.

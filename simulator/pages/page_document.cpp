@@ -105,9 +105,9 @@ void WritePageWorkspaces(JsonText& json, Database& database, std::string_view us
   }
 }
 
-void WritePageDocument(JsonText& json, Database& database, const DocumentRow& document,
+void WritePageDocument(JsonText& json, Database& database, const DocumentRow& document, std::string_view user,
                        std::string_view base_url) {
-  const std::string reason = ReasonAgainstEditing(document);
+  const std::string reason = ReasonAgainstEditing(WorkingCopyOr(database, document, user).value_or(document));
   json.StartObject().Member("id", document.oid).Member("cadName", document.cad_name);
   json.Member("name", document.master_name).Member("number", document.number);
   json.Member("version", document.revision + "." + std::to_string(document.iteration));
@@ -119,6 +119,14 @@ void WritePageDocument(JsonText& json, Database& database, const DocumentRow& do
   WriteContents(json, database, document, base_url);
   WriteVersions(json, database, document.master_key);
   json.EndObject();
+}
+
+std::optional<DocumentRow> WorkingCopyOr(Database& database, const DocumentRow& document,
+                                         std::string_view user) {
+  if (document.workspace_key || document.checkout_user != user) return document;
+  auto statement = database.Prepare(
+      "SELECT i.oid FROM checkouts k JOIN iterations i ON i.id = k.working WHERE k.base = ?1");
+  return statement.Bind(document.key).Step() ? FindDocument(database, statement.Text(0), user) : document;
 }
 
 Refusal EditPageDocument(Database& database, const DocumentRow& document, JsonValue body) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,9 +19,15 @@ void WriteFolderDocuments(JsonText& json, Database& database, std::int64_t folde
 /// Writes the workspaces of a user with what they hold, as entries of an array.
 void WritePageWorkspaces(JsonText& json, Database& database, std::string_view user);
 
-/// Writes everything that a page shows of a document. @param base_url in front of content addresses
-void WritePageDocument(JsonText& json, Database& database, const DocumentRow& document,
+/// Writes everything that a page shows of a document. @param user who looks, and may edit. @param base_url in
+/// front of content addresses
+void WritePageDocument(JsonText& json, Database& database, const DocumentRow& document, std::string_view user,
                        std::string_view base_url);
+
+/// What a user edits when the address names a document: one's own working copy of it where there is one.
+/// Addresses of clients name the document that was checked out.
+std::optional<DocumentRow> WorkingCopyOr(Database& database, const DocumentRow& document,
+                                         std::string_view user);
 
 /// Gives a document another name, number and attributes, in its own place. To be called in a transaction.
 /// @return a refusal for a document that is checked out, other than the working copy itself, or has a newer

@@ -90,15 +90,17 @@ Response NoSuchDocument() {
 }
 
 Response Document(const ServiceContext& context, const Request& request) {
-  const auto document = FindDocument(context.database, request.Query("id").value_or(""), request.user);
+  auto document = FindDocument(context.database, request.Query("id").value_or(""), request.user);
+  if (document && request.Query("edit")) document = WorkingCopyOr(context.database, *document, request.user);
   if (!document) return NoSuchDocument();
   JsonText json;
-  WritePageDocument(json, context.database, *document, BaseUrl(context, request));
+  WritePageDocument(json, context.database, *document, request.user, BaseUrl(context, request));
   return Json(json);
 }
 
 Response Edit(const ServiceContext& context, const Request& request, JsonValue body) {
-  const auto document = FindDocument(context.database, request.Query("id").value_or(""), request.user);
+  auto document = FindDocument(context.database, request.Query("id").value_or(""), request.user);
+  if (document) document = WorkingCopyOr(context.database, *document, request.user);
   if (!document) return NoSuchDocument();
   if (auto refusal = EditPageDocument(context.database, *document, body)) return std::move(*refusal);
   Response response;
