@@ -68,6 +68,7 @@ Response Simulator::Exclusively(const std::function<Response(const ServiceContex
 
 void Simulator::SetGeneration(Generation generation) {
   options_.generation = generation;
+  answers_.Clear();
   router_ = Router();
   AddRoutes();
 }
@@ -97,7 +98,7 @@ Response Simulator::Handle(Request& request) {
   if (request.user.empty()) return authenticator_.Challenge(request.authorization);
   return Guarded([&] {
     const auto cookie = nonces_->Enter(request, options_.prefix, SpeaksTls(options_));
-    Response response = Route(request);
+    Response response = Answer(request);
     if (cookie) response.headers.emplace_back("Set-Cookie", *cookie);
     return response;
   });
@@ -128,6 +129,15 @@ std::unique_ptr<UploadReceiver> Simulator::BeginUpload(Request& request, Respons
 Response Simulator::FinishUpload(UploadReceiver& upload, const Request& request) {
   if (auto refusal = upload.Finish()) return std::move(*refusal);
   return Guarded([&] { return StoreUpload(*context_, upload, request); });
+}
+
+/// A read that nothing was written since has the answer that it had.
+Response Simulator::Answer(Request& request) {
+  if (request.method != "GET") return Route(request);
+  if (auto kept = answers_.Find(request, data_->database().Version())) return std::move(*kept);
+  Response response = Route(request);
+  answers_.Keep(request, response);
+  return response;
 }
 
 Response Simulator::Route(Request& request) {

@@ -14,6 +14,7 @@
 #include "simulator/store/database.h"
 #include "simulator/store/server_clock.h"
 #include "simulator/store/upload_receiver.h"
+#include "simulator/wire/answer_cache.h"
 #include "simulator/wire/authenticator.h"
 #include "simulator/wire/fault_table.h"
 #include "simulator/wire/messages.h"
@@ -96,6 +97,7 @@ class Simulator {
 
  private:
   Response Route(Request& request);
+  Response Answer(Request& request);
   Response Guarded(const std::function<Response()>& answer);
   void AddRoutes();
 
@@ -110,6 +112,7 @@ class Simulator {
   std::unique_ptr<Nonces> nonces_;
   std::unique_ptr<ServiceContext> context_;
   Router router_;
+  AnswerCache answers_;
   std::mutex mutex_;
 };
 

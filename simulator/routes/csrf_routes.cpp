@@ -14,6 +14,7 @@ Response RestNonce(const std::string& nonce) {
   json.Member("nonce_key", kNonceKey).Member("nonce", nonce);
   json.EndObject().EndObject().EndArray().EndObject();
   Response response;
+  response.once = true;
   response.body = json.Take();
   return response;
 }
@@ -23,7 +24,9 @@ Response ODataNonce(const std::string& nonce) {
   json.StartObject();
   json.Member("@odata.context", "$metadata#ZVK.CSRFToken");
   json.Member("NonceKey", kNonceKey).Member("NonceValue", nonce).EndObject();
-  return ODataResponse(json.Take());
+  Response response = ODataResponse(json.Take());
+  response.once = true;
+  return response;
 }
 
 }  // namespace

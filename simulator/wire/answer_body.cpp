@@ -97,6 +97,7 @@ httplib::ContentProvider Broken(BodyReader reader, const FaultAction& fault, std
   return [whole = Whole(std::move(reader)), limit, stalls, &stream](std::size_t offset, std::size_t length,
                                                                     httplib::DataSink& sink) {
     if (offset < limit) return whole(offset, std::min(length, limit - offset), sink);
+    static_cast<void>(stream.Flush());
     if (stalls) stream.WaitForClose();
     stream.Abort();
     return false;
@@ -128,8 +129,9 @@ bool SetBody(httplib::Response& out, const Response& answer, const AnswerWay& wa
              const std::optional<FaultAction>& fault) {
   constexpr int kNoContent = 204;
   if (answer.status == kNoContent) return true;
-  if (!fault && !answer.file && !answer.shared) {
-    out.set_content(answer.body, answer.content_type);
+  const bool short_one = !answer.file && (!answer.shared || answer.shared->size() <= kShortBody);
+  if (!fault && short_one) {
+    out.set_content(answer.shared ? *answer.shared : answer.body, answer.content_type);
     return true;
   }
   BodyReader reader = ReaderOf(answer);

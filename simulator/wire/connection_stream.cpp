@@ -42,6 +42,18 @@ short EventsOf(Moved wait) {
   return wait == Moved::kWaitWritable ? POLLOUT : POLLIN;
 }
 
+int StatusOf(std::string_view text) {
+  int status = 0;
+  if (text.starts_with("HTTP/1.1 ") && text.size() >= 12)
+    std::from_chars(text.data() + 9, text.data() + 12, status);
+  return status;
+}
+
+/// Whether this is the head of the answer itself, and not a "100 Continue" before it.
+bool IsFinalHead(std::string_view text) {
+  return StatusOf(text) >= 200;
+}
+
 /// The HTTP library would answer a part of a content with the status of a whole one. Without this line it
 /// doesn't know of the wish, which the content's answer reads from the head instead.
 void TakeRangeAway(std::string& buffer, std::size_t begin, std::size_t& head_size) {
@@ -109,6 +121,7 @@ RequestHead ConnectionStream::BeginExchange() {
   in_head_ = true;
   read_any_ = false;
   head_sent_ = false;
+  held_.clear();
   status_ = 0;
   body_bytes_ = 0;
   return head;
@@ -130,6 +143,7 @@ void ConnectionStream::ShutdownBoth() {
 
 void ConnectionStream::WaitForClose() {
   // What the client still sends is read away, since its end shows only behind it.
+  if (!Flush()) return;
   char dropped[4096];
   while (!aborted_) {
     std::size_t count = 0;
@@ -177,6 +191,40 @@ ssize_t ConnectionStream::read(char* data, std::size_t size) {
 }
 
 ssize_t ConnectionStream::write(const char* data, std::size_t size) {
+  if (aborted_) return -1;
+  if (!head_sent_ && held_.empty() && IsFinalHead({data, size})) {
+    held_.assign(data, size);
+    return static_cast<ssize_t>(size);
+  }
+  if (held_.empty()) return SendAll(data, size) ? static_cast<ssize_t>(size) : -1;
+  const std::size_t head = held_.size();
+  const std::size_t with_it = std::min(size, kBlock);
+  held_.append(data, with_it);
+  const bool sent = SendHeld(head) && SendAll(data + with_it, size - with_it);
+  return sent ? static_cast<ssize_t>(size) : -1;
+}
+
+bool ConnectionStream::Flush() {
+  return held_.empty() || SendHeld(held_.size());
+}
+
+/// @param head how much of what is held is the head; the rest is of the body
+bool ConnectionStream::SendHeld(std::size_t head) {
+  const std::string bytes = std::exchange(held_, {});
+  const std::size_t sent = SendSome(bytes.data(), bytes.size());
+  Account(bytes.data(), std::min(sent, head));
+  if (sent > head) Account(bytes.data() + head, sent - head);
+  return sent == bytes.size();
+}
+
+bool ConnectionStream::SendAll(const char* data, std::size_t size) {
+  const std::size_t sent = SendSome(data, size);
+  Account(data, sent);
+  return sent == size;
+}
+
+/// @return how much could be sent
+std::size_t ConnectionStream::SendSome(const char* data, std::size_t size) {
   std::size_t sent = 0;
   while (sent < size && !aborted_) {
     std::size_t count = 0;
@@ -187,8 +235,7 @@ ssize_t ConnectionStream::write(const char* data, std::size_t size) {
       break;
     }
   }
-  Account(data, sent);
-  return sent == size ? static_cast<ssize_t>(size) : -1;
+  return sent;
 }
 
 void ConnectionStream::get_remote_ip_and_port(std::string& ip, int& port) const {
@@ -240,9 +287,9 @@ void ConnectionStream::Account(const char* data, std::size_t size) {
     body_bytes_ += size;
     return;
   }
-  const std::string_view text(data, size);
-  if (!text.starts_with("HTTP/1.1 ") || size < 12) return;
-  std::from_chars(data + 9, data + 12, status_);
+  const int status = StatusOf({data, size});
+  if (status == 0) return;
+  status_ = status;
   head_sent_ = status_ >= 200;
 }
 

@@ -54,6 +54,10 @@ class ConnectionStream final : public httplib::Stream {
   /// Gives memory back while nothing is on its way.
   void ReleaseMemory();
 
+  /// Sends what is held back: the head of an answer waits for the first bytes of its body, so that both are
+  /// one write. To be called before anything else is waited for. @return false when it cannot be sent
+  bool Flush();
+
   /// From here on nothing is sent, and every read and write fails.
   void Abort() { aborted_ = true; }
   [[nodiscard]] bool aborted() const { return aborted_; }
@@ -88,6 +92,9 @@ class ConnectionStream final : public httplib::Stream {
   Moved ReadAhead();
   bool FillWaiting();
   bool WaitFor(short events, int milliseconds) const;
+  bool SendHeld(std::size_t head);
+  bool SendAll(const char* data, std::size_t size);
+  std::size_t SendSome(const char* data, std::size_t size);
   void Account(const char* data, std::size_t size);
   [[nodiscard]] std::string_view Pending() const { return std::string_view(buffer_).substr(begin_); }
 
@@ -104,6 +111,7 @@ class ConnectionStream final : public httplib::Stream {
   bool in_head_ = true;
   bool read_any_ = false;
   bool head_sent_ = false;
+  std::string held_;  ///< head of an answer that was not sent yet
   int status_ = 0;
   std::uint64_t body_bytes_ = 0;
   std::atomic<bool> aborted_ = false;

@@ -188,11 +188,13 @@ bool HttpServer::Implementation::ServeOne(ConnectionStream& stream) {
   bool closed_by_client = false;
   const bool served = process_request(stream, false, closed_by_client,
                                       [&](httplib::Request& request) { PrepareRequest(request, ongoing); });
+  // An answer without a body has only its head. One that breaks off gives its head away with what it had.
+  const bool flushed = stream.aborted() || stream.Flush();
   const bool lost = ongoing.exchange.method.empty();
   if (stream.read_any()) Finish(ongoing, std::chrono::steady_clock::now() - begin);
   const std::lock_guard lock(mutex_);
   ongoing_.erase(address);
-  return served && !closed_by_client && !lost && !ongoing.close_after;
+  return served && flushed && !closed_by_client && !lost && !ongoing.close_after;
 }
 
 void HttpServer::Implementation::Remember(Ongoing& ongoing) {

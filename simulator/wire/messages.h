@@ -48,6 +48,9 @@ struct FileBody {
   std::uint64_t first = 0;  ///< where the body begins in the file
 };
 
+/// A body up to this size is cheaper to copy than to share, and to be sent piece by piece.
+inline constexpr std::size_t kShortBody = 64 * 1024;
+
 /// An answer.
 struct Response {
   int status = 200;
@@ -56,6 +59,7 @@ struct Response {
   std::shared_ptr<const std::string> shared;  ///< in place of `body`, for one that several answers have
   std::optional<FileBody> file;               ///< in place of `body`
   std::vector<std::pair<std::string, std::string>> headers;
+  bool once = false;  ///< the same question may have another answer next time, though nothing was written
 };
 
 /// What an operation answers when it can't be done; nothing when it was.
