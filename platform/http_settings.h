@@ -7,6 +7,7 @@
 /// Limits and trust of the default platform's transport, process-wide.
 namespace du::http {
 
+/// What every exchange keeps to.
 struct TransportSettings {
   /// Longest time to set up a connection, in milliseconds. Zero or less means the default.
   long connectTimeoutMilliseconds = 30'000;
