@@ -253,6 +253,9 @@ class Writer {
   }
 
   void WriteFile(const FixtureBytes& bytes) {
+    // A symbolic link in the place of a content may lead anywhere.
+    if (std::filesystem::is_symlink(bytes.file))
+      throw std::runtime_error(bytes.file.string() + " is a symbolic link and no content");
     const bool beside = form_.kind == FixtureBytesForm::Kind::kBeside;
     if (beside && bytes.size > kLongestInlineText) return CopyBeside(bytes);
     const std::string all = ReadAll(bytes.file);

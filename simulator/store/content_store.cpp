@@ -19,6 +19,8 @@ namespace {
 constexpr std::string_view kSpoolPrefix = "incoming-";
 
 std::ofstream OpenForWriting(const std::filesystem::path& path) {
+  // What is written never goes through a link that has the file's name.
+  if (std::filesystem::is_symlink(path)) std::filesystem::remove(path);
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
   if (!file) throw std::runtime_error("cannot write " + path.string());
   return file;
@@ -139,7 +141,9 @@ bool ContentStore::HoldsGenerated(std::int64_t stream_id, std::uint64_t size, st
 }
 
 void ContentStore::Copy(std::int64_t stream_id, const std::filesystem::path& from) const {
-  std::filesystem::copy_file(from, PathOf(stream_id), std::filesystem::copy_options::overwrite_existing);
+  const auto path = PathOf(stream_id);
+  if (std::filesystem::is_symlink(path)) std::filesystem::remove(path);
+  std::filesystem::copy_file(from, path, std::filesystem::copy_options::overwrite_existing);
 }
 
 std::filesystem::path ContentStore::PathOf(std::int64_t stream_id) const {

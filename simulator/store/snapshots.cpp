@@ -104,7 +104,8 @@ void Snapshots::TakeTo(Database& database, const std::filesystem::path& file) {
 }
 
 bool Snapshots::RestoreFrom(Database& database, const std::filesystem::path& file) {
-  if (!std::filesystem::exists(file)) return false;
+  // A symbolic link is no snapshot: it may lead out of the directory.
+  if (std::filesystem::symlink_status(file).type() != std::filesystem::file_type::regular) return false;
   database.ReplaceBy(file.string());
   EnsureSchema(database);
   ForgetUploads(database);

@@ -13,12 +13,14 @@ namespace {
 
 using Kind = FaultAction::Kind;
 
-constexpr std::size_t kBlock = 256 * 1024;
+/// Each slow reader has a block of its own.
+constexpr std::size_t kBlock = 64 * 1024;
 
 class Descriptor {
  public:
+  /// A symbolic link in the place of a content is no content: it may lead anywhere.
   explicit Descriptor(const std::filesystem::path& path)
-      : number_(open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+      : number_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW)) {}
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   ~Descriptor() {

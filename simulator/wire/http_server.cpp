@@ -128,6 +128,7 @@ class HttpServer::Implementation final : public httplib::Server {
   Simulator& simulator_;
   RequestLog& log_;
   StopSignal& stop_;
+  BodyMemory& bodies_;
   AdminApi* admin_;
   Door door_;
   std::mutex mutex_;
@@ -135,7 +136,12 @@ class HttpServer::Implementation final : public httplib::Server {
 };
 
 HttpServer::Implementation::Implementation(const ServerParts& parts, Door door)
-    : simulator_(parts.simulator), log_(parts.log), stop_(parts.stop), admin_(parts.admin), door_(door) {
+    : simulator_(parts.simulator),
+      log_(parts.log),
+      stop_(parts.stop),
+      bodies_(parts.bodies),
+      admin_(parts.admin),
+      door_(door) {
   // The HTTP library breaks long answers off where it has no listening socket. The gate listens in its place,
   // and the number of the socket is used for nothing else.
   svr_sock_ = 0;
@@ -267,8 +273,12 @@ void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request,
           ? kMostBodyInMemory
           : std::min(simulator_.options().max_upload_bytes.value_or(kMostBodyInMemory), kMostBodyInMemory);
   std::string body;
-  const BodyOutcome outcome =
-      ReadBody(reader, limit, response.status, [&](std::string_view piece) { body.append(piece); });
+  BodyMemory::Share share(door_ == Door::kAdmin ? nullptr : &bodies_, request.remote_addr);
+  const BodyOutcome outcome = ReadBody(reader, limit, response.status, [&](std::string_view piece) {
+    if (!share.Grow(piece.size())) return false;
+    body.append(piece);
+    return true;
+  });
   if (RefuseBody(request, response, outcome)) return;
   if (const Ongoing* ongoing = Find(request); ongoing != nullptr && door_ != Door::kAdmin) {
     simulator_.history().SetBody(ongoing->remembered,
@@ -296,6 +306,7 @@ void HttpServer::Implementation::AnswerUpload(const httplib::Request& request, h
   const BodyOutcome outcome = ReadBody(reader, limit, response.status, [&](std::string_view piece) {
     size += piece.size();
     if (upload) upload->Receive(piece);
+    return true;
   });
   simulator_.history().SetBody(ongoing->remembered, {}, size);
   if (RefuseBody(request, response, outcome)) return;
@@ -312,9 +323,12 @@ bool HttpServer::Implementation::RefuseBody(const httplib::Request& request, htt
     ongoing->close_after = true;
     response.set_header("Connection", "close");
   }
-  const vantry_sim::Response refusal =
+  vantry_sim::Response refusal =
       outcome.too_large ? ErrorResponse(413, "too-large", "the body is longer than this server takes")
                         : ErrorResponse(400, "broken-body", "the body ended before its announced end");
+  if (outcome.no_room)
+    refusal =
+        ErrorResponse(503, "no-room", "the bodies that come now are as long as this server takes together");
   response.status = refusal.status;
   response.set_content(refusal.body, refusal.content_type);
   return true;

@@ -5,6 +5,7 @@
 
 #include "simulator/admin/admin_api.h"
 #include "simulator/simulator.h"
+#include "simulator/wire/body_memory.h"
 #include "simulator/wire/connection_gate.h"
 #include "simulator/wire/request_log.h"
 #include "simulator/wire/stop_signal.h"
@@ -28,6 +29,7 @@ struct ServerParts {
   Simulator& simulator;
   RequestLog& log;
   StopSignal& stop;
+  BodyMemory& bodies;
   const TlsIdentity* tls = nullptr;  ///< for all doors but the admin's; null: none is spoken
   AdminApi* admin = nullptr;         ///< for the admin's door
 };

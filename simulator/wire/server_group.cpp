@@ -38,7 +38,7 @@ int ServerGroup::Open(Door door, const std::string& address, int port) {
   const ListeningSocket listening = ListenOn(address, port);
   if (listening.socket < 0) return -1;
   servers_.push_back(
-      std::make_unique<HttpServer>(ServerParts{simulator_, log_, stop_, tls_.get(), &admin_}, door));
+      std::make_unique<HttpServer>(ServerParts{simulator_, log_, stop_, bodies_, tls_.get(), &admin_}, door));
   gate_.Listen(listening.socket, *servers_.back());
   return listening.port;
 }

@@ -36,6 +36,7 @@ class ServerGroup {
   Simulator& simulator_;
   RequestLog& log_;
   StopSignal stop_;
+  BodyMemory bodies_;
   int port_ = 0;
   int admin_port_ = 0;
   AdminApi admin_;

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <regex>
 
 namespace vantry_sim {
@@ -62,6 +63,14 @@ int Process::ReadyPort() {
 
 void Process::Signal(int signal) const {
   kill(id_, signal);
+}
+
+long Process::PeakKilobytes() const {
+  std::ifstream status("/proc/" + std::to_string(id_) + "/status");
+  for (std::string text; std::getline(status, text);) {
+    if (text.rfind("VmHWM:", 0) == 0) return std::atol(text.c_str() + 6);
+  }
+  return 0;
 }
 
 int Process::Wait() {

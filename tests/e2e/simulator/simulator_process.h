@@ -30,6 +30,9 @@ class Process {
   void Signal(int signal) const;
   [[nodiscard]] pid_t id() const { return id_; }
 
+  /// The most memory that it had at a time, in KiB of resident set; 0 when it cannot be asked.
+  [[nodiscard]] long PeakKilobytes() const;
+
   /// The exit code, or 1000 and the signal that ended it.
   int Wait();
 

@@ -34,6 +34,11 @@ RawClient::~RawClient() {
   close(socket_);
 }
 
+void RawClient::ReceiveLittle() {
+  const int bytes = 4096;
+  setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
+}
+
 void RawClient::Send(const std::string& bytes) {
   std::size_t sent = 0;
   while (sent < bytes.size()) {

@@ -23,6 +23,9 @@ class RawClient {
   RawClient& operator=(const RawClient&) = delete;
   ~RawClient();
 
+  /// Lets the system hold no more than a few kilobytes of what was not read yet.
+  void ReceiveLittle();
+
   void Send(const std::string& bytes);
   /// Sends a GET with a Host header, and the header lines given (each with CR LF), and reads the answer.
   RawAnswer Get(const std::string& target, const std::string& header_lines = {});
