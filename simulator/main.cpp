@@ -4,7 +4,10 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <filesystem>
+#include <stdexcept>
 #include <thread>
 
 #include "simulator/export_command.h"
@@ -64,6 +67,19 @@ int Serve(vantry_sim::Options options) {
   return 0;
 }
 
+/// Every route that there is, which is what a server of the newest generation has.
+void PrintRoutes() {
+  std::string place = (std::filesystem::temp_directory_path() / "vantry-sim-routes-XXXXXX").string();
+  if (mkdtemp(place.data()) == nullptr) throw std::runtime_error("cannot write " + place);
+  {
+    vantry_sim::Options options;
+    options.data_directory = place;
+    options.seed.kind = vantry_sim::Seed::Kind::kEmpty;
+    std::fputs(vantry_sim::RouteTable(vantry_sim::Simulator(options).Routes()).c_str(), stdout);
+  }
+  std::filesystem::remove_all(place);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -71,6 +87,10 @@ int main(int argc, char** argv) {
   vantry_sim::CommandLine line = vantry_sim::ParseCommandLine(argc, argv);
   try {
     if (!line.check.empty()) return vantry_sim::CheckState(line.check);
+    if (line.print_routes) {
+      PrintRoutes();
+      return 0;
+    }
     if (line.export_options) {
       vantry_sim::ExportState(*line.export_options);
       return 0;

@@ -30,6 +30,8 @@ struct Raw {
   std::vector<std::string> faults;
   std::string xliff_folder = "cabinet";
   bool without_translation = false;
+  bool print_version = false;
+  std::string check;
 };
 
 template <typename Number>
@@ -145,62 +147,85 @@ void AddTranslationOptions(CLI::App& app, Raw& raw, Options& options) {
   app.add_flag("--without-translation", raw.without_translation, "The translation add-on isn't installed");
   app.add_option("--without-preference", options.missing_preferences,
                  "Name of an XLIFF preference to leave out; may come often")
+      ->type_name("NAME")
       ->expected(1)
       ->take_all();
   app.add_option("--xliff-folder", raw.xliff_folder,
                  "How the XLIFF preferences name the folder for uploads: cabinet or path")
+      ->type_name("cabinet|path")
       ->capture_default_str();
 }
 
 void AddAccessOptions(CLI::App& app, Raw& raw, Options& options) {
   app.add_option("--user", raw.users,
                  "NAME:PASSWORD to let in; may come often; without it the server is open")
+      ->type_name("NAME:PASSWORD")
       ->expected(1)
       ->take_all();
   app.add_option("--token", raw.tokens, "NAME:TOKEN, a bearer token to let in; may come often")
+      ->type_name("NAME:TOKEN")
       ->expected(1)
       ->take_all();
   app.add_flag("--digest", options.digest, "Passwords come by HTTP Digest and not by Basic");
   app.add_flag("--sessions", raw.sessions, "Sessions by cookie, each with a nonce of its own");
   app.add_option("--session-seconds", raw.session_seconds, "A session ends after so long without a request")
+      ->type_name("N")
       ->check(CLI::Range(1, 1'000'000))
       ->capture_default_str();
-  app.add_option("--tls", raw.tls, "Speak TLS with this certificate and its key, PEM files")->expected(2);
+  app.add_option("--tls", raw.tls, "Speak TLS with this certificate and its key, PEM files")
+      ->type_name("CERT KEY")
+      ->expected(2);
   app.add_option("--tls-self-signed", options.tls_self_signed,
-                 "Speak TLS with cert.pem and key.pem in this directory, made if missing");
+                 "Speak TLS with cert.pem and key.pem in this directory, made if missing")
+      ->type_name("DIR");
 }
 
 void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.set_help_flag("--help,-h", "Print this and exit");
-  app.add_option("--bind", options.bind_address, "Address to listen on")->capture_default_str();
+  app.add_option("--bind", options.bind_address, "Address to listen on")
+      ->type_name("ADDRESS")
+      ->capture_default_str();
   app.add_option("--port", options.port, "Port; 0 picks a free one")
+      ->type_name("PORT")
       ->check(CLI::Range(0, 65535))
       ->capture_default_str();
   app.add_option("--data", options.data_directory,
                  "Directory of the database and the contents; made if missing")
+      ->type_name("DIR")
       ->required();
   app.add_option("--seed", raw.seed,
                  "Fill a new data directory with demo, empty, file:STATE or bulk:N[,SHAPE]")
+      ->type_name("demo|empty|file:STATE|bulk:N")
       ->capture_default_str();
   app.add_option("--large", options.seed.large_bytes, "Bytes of the demo's large content, D1009")
+      ->type_name("BYTES")
       ->capture_default_str();
-  app.add_option("--generation", raw.generation, "gateway, schema1, schema4 or schema5")
+  app.add_option("--generation", raw.generation, "Which services the server offers")
+      ->type_name("gateway|schema1|schema4|schema5")
       ->capture_default_str();
   AddAccessOptions(app, raw, options);
-  app.add_option("--version", raw.version, "Server version to tell, as four numbers")->capture_default_str();
-  app.add_option("--codebase-url", options.codebase_url, "Address that the server calls its own");
-  app.add_option("--prefix", options.prefix, "Path in front of every route, such as /vt");
-  app.add_option("--latency", options.latency_milliseconds, "Milliseconds to wait before each answer");
+  app.add_option("--version", raw.version, "Server version to tell, as four numbers")
+      ->type_name("A.B.C.D")
+      ->capture_default_str();
+  app.add_option("--codebase-url", options.codebase_url, "Address that the server calls its own")
+      ->type_name("URL");
+  app.add_option("--prefix", options.prefix, "Path in front of every route, such as /vt")->type_name("PATH");
+  app.add_option("--latency", options.latency_milliseconds, "Milliseconds to wait before each answer")
+      ->type_name("MS");
   app.add_option("--page-size", options.page_size, "Most rows of a page of OData")
+      ->type_name("N")
       ->check(CLI::Range(1, 1'000'000))
       ->capture_default_str();
   app.add_option("--page-port", options.page_port, "Second port, where lists go on; 0 picks a free one")
+      ->type_name("PORT")
       ->check(CLI::Range(0, 65535));
   app.add_option("--admin-port", options.admin_port,
                  "Port of 127.0.0.1 to control the server by; 0 picks a free one")
+      ->type_name("PORT")
       ->check(CLI::Range(0, 65535));
   app.add_option("--upload-port", options.upload_port,
                  "Port that takes the bytes of documents; 0 picks a free one")
+      ->type_name("PORT")
       ->check(CLI::Range(0, 65535))
       ->capture_default_str();
   app.add_flag("--old-creation-factory", options.old_creation_factory,
@@ -210,14 +235,21 @@ void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   AddTranslationOptions(app, raw, options);
   app.add_option("--fault", raw.faults,
                  "\"METHOD PATTERN=ACTION\", something that goes wrong, as the manual tells; may come often")
+      ->type_name("RULE")
       ->expected(1)
       ->take_all();
   app.add_option("--max-connections", options.max_connections, "Most connections at one time")
+      ->type_name("N")
       ->check(CLI::Range(16, 1'000'000))
       ->capture_default_str();
   app.add_option("--max-upload", options.max_upload_bytes,
-                 "Most bytes of a request's body; beyond it comes 413");
-  app.add_option("--log", options.log_file, "File to append one line of JSON to for each request");
+                 "Most bytes of a request's body; beyond it comes 413")
+      ->type_name("BYTES");
+  app.add_option("--log", options.log_file, "File to append one line of JSON to for each request")
+      ->type_name("FILE");
+  app.add_option("--check", raw.check, "Look at a state file, say what is wrong with it, and exit")
+      ->type_name("STATE");
+  app.add_flag("--version-info", raw.print_version, "Print the program's own version and exit");
 }
 
 CommandLine Printed(std::string text, int exit_code) {
@@ -239,15 +271,23 @@ std::optional<CommandLine> Parse(CLI::App& app, int argc, const char* const* arg
   return std::nullopt;
 }
 
+void AddExportOptions(CLI::App& app, ExportOptions& options, std::string& format) {
+  app.set_help_flag("--help,-h", "Print this and exit");
+  app.add_option("--data", options.data_directory, "Directory of the database and the contents")
+      ->type_name("DIR")
+      ->required();
+  app.add_option("--out", options.out, "File to write, with longer contents in FILE.files beside it")
+      ->type_name("FILE");
+  app.add_option("--format", format, "yaml or json; without it as the name of FILE says, or yaml")
+      ->type_name("yaml|json");
+}
+
 /// `vantry-sim export ...`, of which `argv` begins with the second word.
 CommandLine ParseExport(int argc, const char* const* argv) {
   CLI::App app{"vantry-sim export: write what a data directory holds as a state file"};
-  app.set_help_flag("--help,-h", "Print this and exit");
   ExportOptions options;
   std::string format;
-  app.add_option("--data", options.data_directory, "Directory of the database and the contents")->required();
-  app.add_option("--out", options.out, "File to write, with longer contents in FILE.files beside it");
-  app.add_option("--format", format, "yaml or json; without it as the name of FILE says, or yaml");
+  AddExportOptions(app, options, format);
   if (auto printed = Parse(app, argc, argv)) return std::move(*printed);
   if (format.empty()) format = options.out.ends_with(".json") ? "json" : "yaml";
   if (format != "yaml" && format != "json") return Printed("vantry-sim: --format must be yaml or json\n", 2);
@@ -257,18 +297,53 @@ CommandLine ParseExport(int argc, const char* const* argv) {
   return line;
 }
 
+std::vector<OptionText> TextsOf(const CLI::App& app) {
+  std::vector<OptionText> texts;
+  for (const CLI::Option* option : app.get_options()) {
+    OptionText text;
+    for (const std::string& name : option->get_lnames()) text.names.push_back("--" + name);
+    for (const std::string& name : option->get_snames()) text.names.push_back("-" + name);
+    // Behind the word for the value comes what the parser checks of it.
+    const std::string value = option->get_type_name();
+    if (option->get_type_size() != 0) text.value = value.substr(0, value.find(":INT in "));
+    text.about = option->get_description();
+    text.default_value = option->get_default_str();
+    texts.push_back(std::move(text));
+  }
+  return texts;
+}
+
+/// `--generate WHAT`, for whoever builds or packages the program.
+CommandLine Generated(std::string_view what) {
+  CommandLine line;
+  line.print_routes = what == "routes";
+  if (what == "manual") line.text = TextsOfProgram().ManualPage();
+  if (what == "completion") line.text = TextsOfProgram().BashCompletion();
+  if (line.text.empty() && !line.print_routes)
+    return Printed("vantry-sim: --generate takes manual, completion or routes\n", 2);
+  return line;
+}
+
 }  // namespace
 
+ProgramTexts TextsOfProgram() {
+  CLI::App server, exports;
+  Raw raw;
+  Options options;
+  ExportOptions export_options;
+  std::string format;
+  AddOptions(server, raw, options);
+  AddExportOptions(exports, export_options, format);
+  return {TextsOf(server), TextsOf(exports)};
+}
+
 CommandLine ParseCommandLine(int argc, const char* const* argv) {
+  if (argc == 3 && std::string_view(argv[1]) == "--generate") return Generated(argv[2]);
   if (argc > 1 && std::string_view(argv[1]) == "export") return ParseExport(argc - 1, argv + 1);
   Options options;
   Raw raw;
   CLI::App app{"vantry-sim: a Vantry server to try clients on"};
   AddOptions(app, raw, options);
-  bool print_version = false;
-  app.add_flag("--version-info", print_version, "Print the program's own version and exit");
-  std::string check;
-  app.add_option("--check", check, "Look at a state file, say what is wrong with it, and exit");
 
   // Asking what the program is, or what a file says, needs no data directory, which is otherwise required.
   for (int i = 1; i < argc; ++i) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "simulator/program_texts.h"
 #include "simulator/seed/bulk_shape.h"
 #include "simulator/store/generation.h"
 
@@ -91,12 +92,16 @@ struct CommandLine {
   std::optional<Options> options;
   std::optional<ExportOptions> export_options;
   std::string check;  ///< a state file to look at; empty: none
-  std::string text;   ///< help, program version or what is wrong; ends in a line feed
+  bool print_routes = false;
+  std::string text;  ///< help, program version or what is wrong; ends in a line feed
   int exit_code = 0;
 };
 
 /// Reads the command line. Nothing is opened or created. `text` goes to standard output for an exit code of 0
 /// and to standard error for any other (2: bad usage).
 CommandLine ParseCommandLine(int argc, const char* const* argv);
+
+/// What is told of the options, by the parser's own table.
+ProgramTexts TextsOfProgram();
 
 }  // namespace vantry_sim

@@ -59,6 +59,9 @@ class Simulator {
   /// What was asked, on all ports together.
   [[nodiscard]] RequestHistory& history() { return history_; }
 
+  /// What it answers.
+  [[nodiscard]] std::vector<Router::Listed> Routes() const { return router_.List(); }
+
   /// Who asks; empty for a refusal.
   [[nodiscard]] std::string UserOf(const Introduction& introduction) const {
     return authenticator_.UserOf(introduction);

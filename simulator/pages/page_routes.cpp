@@ -111,19 +111,31 @@ Response Edit(const ServiceContext& context, const Request& request, JsonValue b
 }  // namespace
 
 void AddPageRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "app", [&context](const Request&) { return ToThePage(context); });
-  router.Add("GET", "app/", [&context](const Request&) { return Page(context); });
-  router.Add("GET", "servlet/VantryAuthGW/vn.enterprise.URLProcessor/URLTemplateAction",
-             [&context](const Request&) { return Page(context); });
-  router.Add("GET", "app/files/{name}", [](const Request& request) { return File(request.Path("name")); });
-  router.Add("GET", "app/data/contexts", [&context](const Request&) { return Contexts(context); });
-  router.Add("GET", "app/data/folder",
-             [&context](const Request& request) { return Folder(context, request); });
-  router.Add("GET", "app/data/workspaces",
-             [&context](const Request& request) { return Workspaces(context, request); });
-  router.Add("GET", "app/data/document",
-             [&context](const Request& request) { return Document(context, request); });
-  AddWrite(router, context, "app/data/document",
+  router.Add(
+      "GET", "app", [&context](const Request&) { return ToThePage(context); }, "leads to `app/`");
+  router.Add(
+      "GET", "app/", [&context](const Request&) { return Page(context); }, "the [pages](#pages)");
+  router.Add(
+      "GET", "servlet/VantryAuthGW/vn.enterprise.URLProcessor/URLTemplateAction",
+      [&context](const Request&) { return Page(context); },
+      "the page where the attributes of a document are edited");
+  router.Add(
+      "GET", "app/files/{name}", [](const Request& request) { return File(request.Path("name")); },
+      "styles and scripts of the pages");
+  router.Add(
+      "GET", "app/data/contexts", [&context](const Request&) { return Contexts(context); },
+      "contexts, for the pages");
+  router.Add(
+      "GET", "app/data/folder", [&context](const Request& request) { return Folder(context, request); },
+      "a folder and its documents, for the pages");
+  router.Add(
+      "GET", "app/data/workspaces",
+      [&context](const Request& request) { return Workspaces(context, request); },
+      "one's own workspaces, for the pages");
+  router.Add(
+      "GET", "app/data/document", [&context](const Request& request) { return Document(context, request); },
+      "a document with its versions, for the pages");
+  AddWrite(router, context, {"app/data/document", "what the page for attributes changed: 204"},
            [&context](const Request& request, JsonValue body) { return Edit(context, request, body); });
 }
 

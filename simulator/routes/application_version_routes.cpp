@@ -28,7 +28,9 @@ Response Register(const ServiceContext& context, JsonValue body) {
 }  // namespace
 
 void AddApplicationVersionRoutes(Router& router, const ServiceContext& context) {
-  AddWrite(router, context, "servlet/rest/v1/dkm/registerauthappversions",
+  AddWrite(router, context,
+           {"servlet/rest/v1/dkm/registerauthappversions",
+            "array of `authoringApplication`, `authAppVersion`: 204"},
            [&context](const Request&, JsonValue body) { return Register(context, body); });
 }
 

@@ -77,8 +77,9 @@ Response UndoAll(const ServiceContext& context, const Request& request, JsonValu
   return DocumentsResponse(context, request, oids);
 }
 
-void Add(Router& router, const ServiceContext& context, const char* word, Operation operation) {
-  AddWrite(router, context, std::string("servlet/rest/v1/dkm/workspaces/{id}/") + word,
+void Add(Router& router, const ServiceContext& context, const char* word, const char* about,
+         Operation operation) {
+  AddWrite(router, context, {std::string("servlet/rest/v1/dkm/workspaces/{id}/") + word, about},
            [&context, operation](const Request& request, JsonValue body) {
              const auto workspace = FindWorkspace(context.database, request.Path("id"), request.user);
              if (workspace) return operation(context, request, body, *workspace);
@@ -89,9 +90,16 @@ void Add(Router& router, const ServiceContext& context, const char* word, Operat
 }  // namespace
 
 void AddCheckoutRoutes(Router& router, const ServiceContext& context) {
-  Add(router, context, "checkout", CheckOutAll);
-  Add(router, context, "checkin", CheckInAll);
-  Add(router, context, "undocheckout", UndoAll);
+  Add(router, context, "checkout",
+      "`objIdList`, `dependenciesOption` `None`, `conflictResolutions`: working copies, each under an id of "
+      "its own with the document's version",
+      CheckOutAll);
+  Add(router, context, "checkin",
+      "`checkinInstructions` with `id`, `removeFromWorkspace`, `checkinComment`, `conflictResolutions`: the "
+      "new iterations, under new ids",
+      CheckInAll);
+  Add(router, context, "undocheckout", "`objIdList`: the documents that the working copies were taken from",
+      UndoAll);
 }
 
 }  // namespace vantry_sim

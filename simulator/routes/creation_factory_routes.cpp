@@ -41,9 +41,12 @@ void AddCreationFactoryRoutes(Router& router, const ServiceContext& context) {
   const auto ticket = [&context](const Request& request, JsonValue body) {
     return Ticket(context, request, body);
   };
-  AddWrite(router, context, "servlet/rest/content/creationFactory", ticket);
+  AddWrite(router, context,
+           {"servlet/rest/content/creationFactory",
+            "`noOfFiles`, up to 100: a ticket of `masterUrl`, `uploadUrl`, `fileNames`, `streamIds`"},
+           ticket);
   if (context.options.old_creation_factory) return;
-  AddWrite(router, context, "servlet/rest/v1/content/creationFactory", ticket);
+  AddWrite(router, context, {"servlet/rest/v1/content/creationFactory", "the same"}, ticket);
 }
 
 }  // namespace vantry_sim

@@ -32,11 +32,14 @@ Response ODataNonce(const std::string& nonce) {
 }  // namespace
 
 void AddCsrfRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "servlet/rest/security/csrf",
-             [&context](const Request& request) { return RestNonce(context.nonces.For(request)); });
+  router.Add(
+      "GET", "servlet/rest/security/csrf",
+      [&context](const Request& request) { return RestNonce(context.nonces.For(request)); }, "the nonce");
   if (!HasOData(context.options.generation)) return;
-  router.Add("GET", "servlet/odata/v1/ZVK/GetCSRFToken()",
-             [&context](const Request& request) { return ODataNonce(context.nonces.For(request)); });
+  router.Add(
+      "GET", "servlet/odata/v1/ZVK/GetCSRFToken()",
+      [&context](const Request& request) { return ODataNonce(context.nonces.For(request)); },
+      "the same nonce");
 }
 
 }  // namespace vantry_sim

@@ -65,9 +65,15 @@ Response Store(const ServiceContext& context, const Request& request, JsonValue 
 }  // namespace
 
 void AddDocumentWriteRoutes(Router& router, const ServiceContext& context) {
-  AddWrite(router, context, "servlet/rest/v1/dkm/documents",
+  AddWrite(router, context,
+           {"servlet/rest/v1/dkm/documents",
+            "`createInstructions` or `iterateInstructions`, `contextId`, `conflictResolutions`: the new "
+            "documents or iterations"},
            [&context](const Request& request, JsonValue body) { return Documents(context, request, body); });
-  AddWrite(router, context, "servlet/rest/v1/dkm/workspaces/{id}/store",
+  AddWrite(router, context,
+           {"servlet/rest/v1/dkm/workspaces/{id}/store",
+            "`storeInstructions`, `conflictResolutions`: working copies with new contents under their old "
+            "ids; new documents for instructions without an id"},
            [&context](const Request& request, JsonValue body) { return Store(context, request, body); });
 }
 

@@ -137,16 +137,23 @@ Response ChangeDocument(const ServiceContext& context, const Request& request, J
 void AddTranslationRoutes(Router& router, const ServiceContext& context) {
   if (!HasOData(context.options.generation) || !context.options.translation) return;
   const std::string service = "servlet/odata/v{version}/DynamicDocMgmt/";
-  router.Add("GET", service + "DynamicDocuments('{id}')",
-             [&context](const Request& request) { return OneDocumentAnswer(context, request); });
-  router.Add("GET", service + "DynamicDocuments('{id}')/Xliff",
-             [&context](const Request& request) { return SourceXliff(context, request); });
-  AddWrite(router, context, service + "CreateXliffLink",
+  router.Add(
+      "GET", service + "DynamicDocuments('{id}')",
+      [&context](const Request& request) { return OneDocumentAnswer(context, request); },
+      "one document, with its translations by `?$expand=Translations`; see below");
+  router.Add(
+      "GET", service + "DynamicDocuments('{id}')/Xliff",
+      [&context](const Request& request) { return SourceXliff(context, request); },
+      "its source XLIFF, or nothing, in `value`");
+  AddWrite(router, context,
+           {service + "CreateXliffLink",
+            "`oidForQ7zkDocument`, `oidForXliffDocument`: the text `Success` in `value`"},
            [&context](const Request& request, JsonValue body) { return CreateLink(context, request, body); });
   AddWrite(
-      router, context, service + "DynamicDocuments('{id}')",
-      [&context](const Request& request, JsonValue body) { return ChangeDocument(context, request, body); },
-      "PATCH");
+      router, context,
+      {service + "DynamicDocuments('{id}')",
+       "`ZVKDDEXTENDEDDOCTYPE` and nothing else: 204; id and version stay", "PATCH"},
+      [&context](const Request& request, JsonValue body) { return ChangeDocument(context, request, body); });
 }
 
 }  // namespace vantry_sim

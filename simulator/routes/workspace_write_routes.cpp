@@ -42,9 +42,14 @@ Response Delete(const ServiceContext& context, const Request& request, JsonValue
 }  // namespace
 
 void AddWorkspaceWriteRoutes(Router& router, const ServiceContext& context) {
-  AddWrite(router, context, "servlet/rest/v1/dkm/workspaces",
-           [&context](const Request& request, JsonValue body) { return Create(context, request, body); });
-  AddWrite(router, context, "servlet/rest/v1/dkm/workspaces/{id}/delete",
+  AddWrite(
+      router, context,
+      {"servlet/rest/v1/dkm/workspaces",
+       "`name`, `contextId`, `description`: the workspace; 409 for a name that its user has in the context"},
+      [&context](const Request& request, JsonValue body) { return Create(context, request, body); });
+  AddWrite(router, context,
+           {"servlet/rest/v1/dkm/workspaces/{id}/delete",
+            "`[]`: working copies in it are thrown away, and documents that were never checked in"},
            [&context](const Request& request, JsonValue body) { return Delete(context, request, body); });
 }
 

@@ -39,11 +39,13 @@ Refusal RefuseUploadNonce(const ServiceContext& context, const Request& request)
   return WrongNonce(request);
 }
 
-void AddWrite(Router& router, const ServiceContext& context, std::string_view pattern, WriteHandler handler,
-              std::string_view method) {
-  router.Add(method, pattern, [&context, handler = std::move(handler)](const Request& request) {
-    return Write(context, request, handler);
-  });
+void AddWrite(Router& router, const ServiceContext& context, const WriteRoute& route, WriteHandler handler) {
+  router.Add(
+      route.method, route.pattern,
+      [&context, handler = std::move(handler)](const Request& request) {
+        return Write(context, request, handler);
+      },
+      route.about);
 }
 
 }  // namespace vantry_sim

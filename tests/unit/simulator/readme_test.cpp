@@ -2,6 +2,7 @@
 #include <regex>
 #include <set>
 
+#include "simulator/program_texts.h"
 #include "simulator/seed/fixture_reader.h"
 #include "simulator_fixture.h"
 
@@ -86,6 +87,19 @@ TEST(Readme, StateFileOfTheExampleIsOneThatIsTaken) {
   const auto fixture = ReadFixture(tree->Root(), {}, problems);
   ASSERT_TRUE(fixture) << TextOf(problems, "example");
   EXPECT_EQ(fixture->documents.size(), 7U);
+}
+
+TEST_F(SimulatorTest, ReadmeHasTheRoutesOfTheRouter) {
+  const std::string table = RouteTable(Start().Routes());
+  std::string told;
+  bool inside = false;
+  for (const std::string& line : ReadmeLines()) {
+    if (line == "<!-- end of routes -->") inside = false;
+    if (inside) told += line + "\n";
+    if (line == "<!-- routes -->") inside = true;
+  }
+  EXPECT_EQ(told, table) << "put in what vantry-sim --generate routes prints";
+  for (const Router::Listed& route : Start().Routes()) EXPECT_NE(route.about, "") << route.pattern;
 }
 
 TEST(Readme, ListsTheOptionsOfTheHelp) {
