@@ -180,6 +180,27 @@ void AddAccessOptions(CLI::App& app, Raw& raw, Options& options) {
       ->type_name("DIR");
 }
 
+/// What goes wrong, what is allowed, and what is printed.
+void AddRunOptions(CLI::App& app, Raw& raw, Options& options) {
+  app.add_option("--fault", raw.faults,
+                 "\"METHOD PATTERN=ACTION\", something that goes wrong, as the manual tells; may come often")
+      ->type_name("RULE")
+      ->expected(1)
+      ->take_all();
+  app.add_option("--max-connections", options.max_connections, "Most connections at one time")
+      ->type_name("N")
+      ->check(CLI::Range(16, 1'000'000))
+      ->capture_default_str();
+  app.add_option("--max-upload", options.max_upload_bytes,
+                 "Most bytes of a request's body; beyond it comes 413")
+      ->type_name("BYTES");
+  app.add_option("--log", options.log_file, "File to append one line of JSON to for each request")
+      ->type_name("FILE");
+  app.add_option("--check", raw.check, "Look at a state file, say what is wrong with it, and exit")
+      ->type_name("STATE");
+  app.add_flag("--version-info", raw.print_version, "Print the program's own version and exit");
+}
+
 void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.set_help_flag("--help,-h", "Print this and exit");
   app.add_option("--bind", options.bind_address, "Address to listen on")
@@ -233,23 +254,7 @@ void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.add_flag("--gateway-escapes", options.gateway_escapes,
                "The gateway lists names escaped, as newer ones do");
   AddTranslationOptions(app, raw, options);
-  app.add_option("--fault", raw.faults,
-                 "\"METHOD PATTERN=ACTION\", something that goes wrong, as the manual tells; may come often")
-      ->type_name("RULE")
-      ->expected(1)
-      ->take_all();
-  app.add_option("--max-connections", options.max_connections, "Most connections at one time")
-      ->type_name("N")
-      ->check(CLI::Range(16, 1'000'000))
-      ->capture_default_str();
-  app.add_option("--max-upload", options.max_upload_bytes,
-                 "Most bytes of a request's body; beyond it comes 413")
-      ->type_name("BYTES");
-  app.add_option("--log", options.log_file, "File to append one line of JSON to for each request")
-      ->type_name("FILE");
-  app.add_option("--check", raw.check, "Look at a state file, say what is wrong with it, and exit")
-      ->type_name("STATE");
-  app.add_flag("--version-info", raw.print_version, "Print the program's own version and exit");
+  AddRunOptions(app, raw, options);
 }
 
 CommandLine Printed(std::string text, int exit_code) {
