@@ -43,7 +43,8 @@ class ExportTest : public WriteTest {
       const std::string id = context["id"].GetString();
       ask("/servlet/odata/v1/DataAdmin/Containers('" + id + "')/Folders?$expand=Folders($levels=9)");
       ask(kWorkspaces + "?contextId=" + id);
-      for (const auto& workspace : GetJson(kWorkspaces + "?contextId=" + id, user).GetArray())
+      const auto workspaces = GetJson(kWorkspaces + "?contextId=" + id, user);
+      for (const auto& workspace : workspaces.GetArray())
         ask(kWorkspaces + "/" + std::string(workspace["id"].GetString()) + "/documents");
     }
     for (const char* name : {"gear.lxz", "fork.lxz", "frame.lxz", "worked.lxz"})
