@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string_view>
 
+#include "base/failure_step.h"
 #include "base/file_name.h"
 #include "browsing/contexts.h"
 #include "connection/json_members.h"
@@ -93,12 +94,15 @@ rapidjson::Document ParseAgain(KeptAnswer& answer) {
 bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback, ReadDirFlags flags) {
   if (!stream.succeeded()) return false;
   rapidjson::Document listing;
-  if (ParseJsonResponse(stream, listing)) DeliverListing(listing, callback, flags);
+  if (!ParseJsonResponse(stream, listing)) return true;
+  if (!listing.IsObject()) stream.ReportBroken();
+  DeliverListing(listing, callback, flags);
   return true;
 }
 
 bool ListGatewayFolder(ServerContext& server, const std::string& contextName, ContextKind kind,
                        const std::string& folderPath, const DirEntryCallback& callback, ReadDirFlags flags) {
+  const FailureStep step("list the folder");
   ContextRecord context;
   if (!FindContext(server, kind, contextName, context)) return false;
   const std::string path = GatewayFolderPath(context, folderPath);
@@ -108,6 +112,7 @@ bool ListGatewayFolder(ServerContext& server, const std::string& contextName, Co
 
 DirLister OpenGatewayFolder(ServerContext& server, const std::string& contextName, ContextKind kind,
                             const std::string& folderPath) {
+  const FailureStep step("list the folder");
   ContextRecord context;
   if (!FindContext(server, kind, contextName, context)) return {};
   const auto answer = std::make_shared<KeptAnswer>(server, GatewayFolderPath(context, folderPath));

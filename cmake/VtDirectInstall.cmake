@@ -1,7 +1,7 @@
 # Install rules: headers, libraries, the CMake package, pkg-config files, catalogues, programs.
 #
 # Components: runtime (shared libraries), catalogues (what no version of the libraries owns), development (headers,
-# static libraries, package files) and programs, which is the default of whatever names none. VtDirectPackages.cmake
+# static libraries, package files), programs, which is the default of whatever names none, and simulator. VtDirectPackages.cmake
 # makes a Debian package of each.
 include(CMakePackageConfigHelpers)
 
@@ -60,12 +60,13 @@ endforeach()
 
 # Programs. hosts/cli installs its own with the pages that it writes; the simulator's stand here.
 if(TARGET vantry-sim)
-  install(TARGETS vantry-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
+  install(TARGETS vantry-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT simulator)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/vantry-sim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
-          COMPONENT programs OPTIONAL)
+          COMPONENT simulator)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/vantry-sim.bash-completion
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT programs RENAME vantry-sim
-          OPTIONAL)
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT simulator RENAME vantry-sim)
+  install(FILES ${PROJECT_SOURCE_DIR}/simulator/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vantry-sim
+          COMPONENT simulator)
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)

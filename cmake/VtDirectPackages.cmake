@@ -66,10 +66,18 @@ application is built that uses the library, and examples of such."
 
 if(VTDIRECT_BUILD_PROGRAMS)
   vtdirect_debian_package(programs vtdirect-tools utils
-"virtual file system on a Vantry server - programs
-The command line vtdirect, which browses, fetches and stores documents, and
-vantry-sim, a server to try it against."
+"virtual file system on a Vantry server - command line
+The command line vtdirect, which browses, fetches and stores documents."
     DEPENDS "${library} (= ${packageVersion})")
+
+  # It shares nothing with the libraries, so that a host's test machine needs it alone.
+  vtdirect_debian_package(simulator vantry-sim devel
+"Vantry server to test clients against
+A server that speaks the wire of a product data management server of the
+Vantry kind, with a database of its own, for the tests of its clients: it
+starts from a file, goes back to it, tells what it was asked, and fails in the
+ways that it is told."
+  )
 endif()
 
 include(CPack)

@@ -7,10 +7,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "base/failure.h"
+#include "connection/exchange_failure.h"
 #include "connection/rest_request.h"
 #include "connection/scoped_temp_path.h"
 
@@ -49,6 +52,9 @@ class RestStream {
   /// The next piece of the body of a success: all of one that is in memory, at most 65536 bytes of one that
   /// is on the disk. Empty at the end, and without a body. Valid until the next call.
   [[nodiscard]] std::string_view NextPiece();
+  /// Reports that the body of a success is not what the step needs. Nothing for a failure, which has been
+  /// reported when it came.
+  void ReportBroken() const;
   /// Goes back to the first byte of the body of a success, for another reading.
   void Rewind();
   /// The first 1024 bytes of the body of a response outside 200 to 299.
@@ -56,6 +62,7 @@ class RestStream {
 
  private:
   void Exchange(const RestRequest& request, du::http::ProgressFunction progress);
+  void Keep(const RestRequest& request, const EndedExchange& exchange);
   void OpenBody(du::http::FailoverFileSink& sink);
 
   int status_ = -1;
@@ -66,10 +73,16 @@ class RestStream {
   std::string_view unread_;  ///< what is left of a body in memory
   std::unique_ptr<ScopedTempPath> tempFile_;
   std::string errorText_;
+  std::optional<Failure> ifBroken_;  ///< what ReportBroken says; none while nobody collects
 };
 
 /// Parses the body of a success into a document. The caller has tested the status.
-/// @return false without a body, for a body that is no JSON, and for one nested too deeply
+/// @return false, with its reason reported, without a body, for a body that is no JSON, and for one nested
+/// too deeply
 [[nodiscard]] bool ParseJsonResponse(RestStream& response, rapidjson::Document& document);
+
+/// ParseJsonResponse for an answer that is to be an array. JSON of another kind is reported and gives false
+/// too.
+[[nodiscard]] bool ParseArrayResponse(RestStream& response, rapidjson::Document& document);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -43,8 +43,7 @@ class OriginVisit {
 
   /// Performs one exchange. Waits for a place, and after an answer keeps it. See CurlHandle::Send.
   /// @return also `NoConnection` when there is no memory for a handle, and `TimedOut`, with nothing tried,
-  /// when
-  ///         a connection was tried in vain a moment ago
+  ///         when a connection was tried in vain a moment ago
   [[nodiscard]] du::http::ErrorCode Send(const OutgoingRequest& request, du::http::FileSink& sink,
                                          int* httpStatus);
   /// Gives the place away and keeps the handle: the request goes on, but first a host's function runs, or an

@@ -1,5 +1,8 @@
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
+#include "base/failure_trace.h"
 #include "base/text.h"
 #include "base/tracers.h"
 #include "connection/url_escape.h"
@@ -22,6 +25,19 @@ bool DownloadTarget(const PathTarget& target, const char* localPath, FileInfo& i
   return target.server->GetFile(id.c_str(), TextOrEmpty(localPath), info, std::move(progress));
 }
 
+// Whether the local file is as long as the server's record of the content. A length that nobody can tell, of
+// a pipe or in a record without one, is not compared.
+bool HasSizeOf(const FileInfo& info, const char* localPath) {
+  std::error_code error;
+  if (!info.downloadSize || !std::filesystem::is_regular_file(localPath, error)) return true;
+  const std::uintmax_t length = std::filesystem::file_size(localPath, error);
+  if (error || length == *info.downloadSize) return true;
+  TracerFor({FailureKind::AnswerBroken})(dp::TraceType::Error)
+      << "Downloaded " << length << " bytes of a document of " << *info.downloadSize << " bytes to "
+      << localPath << "\n";
+  return false;
+}
+
 // Opaque to hosts; never parsed here.
 std::string CacheKeyOf(FileServer& server, const SourceEntry& source) {
   return "_lxvdccache:" + EscapeForUrl(server.GetServerKey()) + "://" + EscapeForUrl(source.key) + "&file=/" +
@@ -32,10 +48,18 @@ std::string CacheKeyOf(FileServer& server, const SourceEntry& source) {
 
 bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCallback status,
              ProgressCallback progress) {
+  return GetFile(path, localPath, uid, DownloadOptions{std::move(status), std::move(progress), false});
+}
+
+bool GetFile(const char* path, const char* localPath, std::string& uid, const DownloadOptions& options) {
+  const FailureStep step("download");
+  const FailureMark mark;
+  const StatusCallback& status = options.status;
   if (path != nullptr) VtDirectTracer()(dp::TraceType::Information, "Downloading %s\n", path);
   const PathTarget target = ResolveTarget(path, status, 0);
   FileInfo info;
-  if (target.server != nullptr && DownloadTarget(target, localPath, info, std::move(progress))) {
+  if (target.server != nullptr && DownloadTarget(target, localPath, info, options.progress) &&
+      (!options.compareSize || HasSizeOf(info, TextOrEmpty(localPath)))) {
     std::string result = UidOfInfo(*target.server, info, nullptr);
     VtDirectTracer()(dp::TraceType::Information, "Downloading %s succeeded\n", path);
     uid = std::move(result);  // the path is not looked at any more: a host may have handed in this very text
@@ -44,19 +68,23 @@ bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCa
   }
   // Behind a failed resolution this is the second call, on purpose: the first tells why, this one that the
   // operation is over.
-  if (path != nullptr) VtDirectTracer()(dp::TraceType::Error, "Failed to download %s\n", path);
+  if (path != nullptr)
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Error, "Failed to download %s\n", path);
   if (status) status(StatusDownloadFailed, nullptr);
   return false;
 }
 
 bool GetFileAsync(const char* path, const char* localPath, StatusCallback status, ProgressCallback progress) {
+  return GetFileAsync(path, localPath, DownloadOptions{std::move(status), std::move(progress), false});
+}
+
+bool GetFileAsync(const char* path, const char* localPath, const DownloadOptions& options) {
   // The target is dropped: the task resolves the path afresh, since the server may be gone by then.
-  if (ResolveTarget(path, status, ResolveProbe).server == nullptr) return false;
-  return RunTask(
-      [path = std::string(path), localPath = std::string(TextOrEmpty(localPath)), status, progress] {
-        std::string uid;
-        GetFile(path.c_str(), localPath.c_str(), uid, status, progress);
-      });
+  if (ResolveTarget(path, options.status, ResolveProbe).server == nullptr) return false;
+  return RunTask([path = std::string(path), localPath = std::string(TextOrEmpty(localPath)), options] {
+    std::string uid;
+    (void)GetFile(path.c_str(), localPath.c_str(), uid, options);
+  });
 }
 
 bool GetFileDownloadURL(const char* path, std::string& url, std::string* cacheKey) {
@@ -73,6 +101,14 @@ bool GetFileDownloadURL(const char* path, std::string& url, std::string* cacheKe
   url = contents.front().url;
   if (cacheKey != nullptr) *cacheKey = CacheKeyOf(*target.server, contents.front());
   return true;
+}
+
+std::optional<std::uint64_t> GetContentSize(const char* path) {
+  const FailureStep step("ask for the size");
+  const FileTarget target = ResolveFileTarget(path, {}, 0);
+  FileInfo info;
+  if (target.server == nullptr || target.server->GetFileInfo(target.id.c_str(), info) != Ok) return {};
+  return info.downloadSize;
 }
 
 }  // namespace VtDirectManager

@@ -1,8 +1,8 @@
 #include <optional>
 #include <string>
 
+#include "base/failure_trace.h"
 #include "base/file_name.h"
-#include "base/tracers.h"
 #include "platform/uri.h"
 #include "public/address_text.h"
 #include "public/path_resolution.h"
@@ -16,12 +16,8 @@ namespace {
 
 // The name in a UID's file parameter, escaped as in a path; nothing when the parameter is absent or empty.
 std::optional<std::string> NameInUid(const char* uid) {
-  const auto value = QueryParameter(uid, "file");
-  if (!value || value->empty()) return std::nullopt;
-  const bool hasSlash = value->size() >= 2 && value->front() == '/';
-  std::string plain;
-  du::URI_Unescape(&plain, 0, hasSlash ? value->substr(1) : *value);
-  return EscapeFileName(plain);
+  const auto plain = PlainNameInUid(uid);
+  return plain ? std::optional(EscapeFileName(*plain)) : std::nullopt;
 }
 
 // The last segment of a VFS path without its version; nothing for a path without "/".
@@ -37,7 +33,7 @@ std::string NameFromServer(const char* path) {
   if (target.server == nullptr) return {};
   FileInfo info;
   if (target.server->GetFileInfo(target.id.c_str(), info) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to find file %s", path);
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to find file %s", path);
     return {};
   }
   return EscapeFileName(info.cadName);

@@ -5,7 +5,9 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #ifndef VTDIRECT_API
 #define VTDIRECT_API __attribute__((visibility("default")))
@@ -20,12 +22,16 @@
 /// Threads: every function may be called from any thread at any time: on the same server and the same
 /// document as other threads, from inside callbacks, and while SetAppConfig, RegisterAuth,
 /// RegisterTaskRunner, UpdateServerList, StartSession or the release of a session run on another thread. An
-/// operation goes on with the server object and the settings that it began with; each later one sees what was
-/// written. The library starts no thread: a call runs on its caller's thread and blocks on the network where
-/// it says that it makes requests. Callbacks run on the thread of the operation that they belong to, and no
-/// lock is held meanwhile; so they may run on several threads at once, and what they share is the host's to
-/// guard. The environment is read while operations run, so a host changes it (setenv) only while no other
-/// thread is inside the library.
+/// operation goes on with the server object that it began with; each later one sees what was written.
+/// Settings are read whole, at the beginning of each step of an operation: finding the object of a path,
+/// reading or writing it, making the address of the result. One that is written meanwhile counts from the
+/// next step on. A task of GetFileAsync looks for its server when it runs.
+///
+/// The library starts no thread: a call runs on its caller's thread and blocks on the network where it says
+/// that it makes requests. Callbacks run on the thread of the operation that they belong to, and no lock is
+/// held meanwhile; so they may run on several threads at once, and what they share is the host's to guard.
+/// The environment is read while operations run, so a host changes it (setenv) only while no other thread is
+/// inside the library.
 ///
 /// What holds for all threads does not hold for the arguments: a text, a map or a handle that one thread
 /// hands in is not changed or destroyed by another one during the call.
@@ -33,6 +39,10 @@
 /// Failures come back as false, the empty text or a status; nothing is thrown for them. Details go to the
 /// trace (vtdirect/platform/trace.h). Text arguments are copied; no argument is kept beyond the call unless a
 /// comment says so. A null address is answered like one that names nothing, without a trace.
+///
+/// A write that ends without an answer, because a limit of time ran out, the connection broke off or a
+/// progress function gave false, fails like any other, but may have been carried out: nothing tells whether
+/// it was, and nothing is sent a second time. The functions that write say what to ask before another try.
 ///
 /// What a host's callback throws, and what the standard library throws for want of memory, passes through
 /// every function. The functions that store a file can throw more, and say so.
@@ -208,6 +218,28 @@ VTDIRECT_API const char* GetVFSLocationPrefix();
 /// equal, however they differ. Reads the texts only.
 VTDIRECT_API bool CompareUIDsEqual(const char* a, const char* b);
 
+/// What a UID says. Every text may be empty but the first two.
+struct ParsedUID {
+  std::string server;       ///< key of the server, as GetLinkContext gives it, with its closing "/"
+  std::string document;     ///< id of the document; of a temporary checkout, the one that it was taken from
+  std::string workspace;    ///< id of the workspace, of whatever kind
+  std::string workingCopy;  ///< id of the document in that workspace; empty without a workspace
+  std::string fileName;     ///< plain, neither escaped as in a path nor as in a URL
+  bool isTemporaryCheckout = false;  ///< the workspace was made for this checkout and goes with it
+};
+
+/// Takes a UID apart, so that no host reads its text. A checkout's UID names what the server knew when it was
+/// made; whether that is so now, GetCheckoutStatus and FindTemporaryCheckouts ask. Reads the text only.
+/// @return nothing for null, for what is no UID, and for a UID with an empty id
+[[nodiscard]] VTDIRECT_API std::optional<ParsedUID> ParseUID(const char* text);
+
+/// The UID by which the content of a working copy is read: GetFile of a temporary checkout's own UID fetches
+/// the document from before the checkout. Reads the text only; whether the copy is there is not asked.
+/// @return the UID of the copy in its workspace; the empty text for a UID without a workspace, and for what
+/// is
+///         no UID
+[[nodiscard]] VTDIRECT_API std::string WorkingCopyUID(const char* text);
+
 /// A canonical UID for any address, or the empty text. Makes requests unless `path` is a UID with a file
 /// name.
 VTDIRECT_API std::string GetUID(const char* path);
@@ -303,7 +335,7 @@ VTDIRECT_API bool ReadDirExt(const char* path, void (*callback)(DirEntryExt& ent
 [[nodiscard]] VTDIRECT_API DirHandle OpenDir(const char* path);
 
 /// Lists an open directory, as often as wanted, and on several threads at once. Makes requests, except where
-/// opening has fetched the listing.
+/// opening has fetched the listing. The callback may close the handle; the listing then goes on to its end.
 /// @return false for an empty handle and when the listing failed; nothing is traced
 VTDIRECT_API bool ReadDir(const DirHandle& handle, void (*callback)(DirEntryExt& entry, void* user),
                           void* user, ReadDirFlags flags);
@@ -367,12 +399,34 @@ VTDIRECT_API bool ReadDetails(const char* path, std::map<VtDetails, std::string>
 VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCallback status,
                           ProgressCallback progress);
 
+/// What GetFile takes beside the address. Owns what it holds.
+struct DownloadOptions {
+  StatusCallback status;      ///< may be empty
+  ProgressCallback progress;  ///< may be empty
+  /// Whether the local file must be as long as the server's record of the document says; a content that is
+  /// longer or shorter is then a failed download. The file stays as it came, as after any failure. Nothing is
+  /// compared when the record tells no length, or `localPath` is no regular file.
+  bool compareSize = false;
+};
+
+/// GetFile, and with `compareSize` a comparison of lengths behind it. The requests are the same.
+VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& uid,
+                          const DownloadOptions& options);
+
+/// The length of the content that GetFile fetches, in bytes, as the server's record of the document tells it.
+/// Makes requests; transfers no content.
+/// @return nothing when the object is not found, has no content, or its record tells no length
+[[nodiscard]] VTDIRECT_API std::optional<std::uint64_t> GetContentSize(const char* path);
+
 /// Tests the server's connection on this thread, then hands a GetFile to the task runner, where the callbacks
 /// run. The outcome arrives by `status`.
 /// @return whether the task was accepted; false after StatusConnectFailed when the server cannot be reached,
 ///         and without a call when the runner refuses
 VTDIRECT_API bool GetFileAsync(const char* path, const char* localPath, StatusCallback status,
                                ProgressCallback progress);
+
+/// GetFileAsync with the options of GetFile.
+VTDIRECT_API bool GetFileAsync(const char* path, const char* localPath, const DownloadOptions& options);
 
 /// The direct URL of an object's content, for a downloader of the host's own. Makes requests; transfers
 /// nothing.
@@ -393,12 +447,14 @@ VTDIRECT_API bool GetFileDownloadURL(const char* path, std::string& url, std::st
 /// does not answer; StatusCreateFailed, StatusUpdateFailed or StatusCheckedOutUpdateFailed by what was tried;
 /// StatusFileTooLarge. It is not called when the address cannot be resolved or names a document that exists.
 /// Upload progress is told of the bytes sent.
-/// @throws std::invalid_argument, std::out_of_range  when the server names a place for the content whose
-/// stream id
-///         is no number, or too large a one; nothing has been stored then
+///
+/// After a failure without an answer FileExists tells whether a new document was stored, and a later version
+/// from GetLatest whether a new iteration was. A working copy can be stored once more, since the last store
+/// counts, after GetCheckoutStatus has told that it was not checked in.
+/// @throws std::invalid_argument, std::out_of_range  when the server names a place for the content and its
+///         stream id is no number, or too large a one; nothing has been stored then
 /// @param mainPath      local file of the primary content; null is a failure that is traced and told to
-/// `status`,
-///                      without a request
+///                      `status`, without a request
 /// @param viewablePath  local viewable file; null or empty for none
 /// @param sourceLinks   escaped name, as GetSourceLinks gives it, to address; one that cannot be resolved is
 ///                      traced and dropped
@@ -434,6 +490,38 @@ VTDIRECT_API bool UploadAsync(FileType kind, const char* path, const char* mainP
 VTDIRECT_API bool UploadFenletAsync(const char* path, const char* mainPath, const UploadFenletParams& params,
                                     StatusCallback status, ProgressCallback progress, bool checkIn);
 
+/// Whether a store into a working copy is followed by its check-in.
+enum class CheckInWish : std::int32_t {
+  /// As Upload does without being asked: a Fenlet document in a temporary workspace is checked in, and
+  /// nothing
+  /// else.
+  ByAddress = 0,
+  CheckIn = 1,    ///< always
+  NoCheckIn = 2,  ///< never: what is stored stays in the working copy, in a temporary workspace too
+};
+
+/// What Store takes beside address and content. Read only for the length of the call; callbacks are copied.
+struct StoreOptions {
+  FileType kind = FileTypeFenlet;                ///< an unknown value counts as FileTypeFenlet
+  CheckInWish checkIn = CheckInWish::ByAddress;  ///< plays no part without a working copy
+  const char* language = nullptr;                ///< value of the language attribute
+  const char* viewablePath = nullptr;            ///< Fenlet documents only
+  const char* vcsPath = nullptr;                 ///< metadata file; Fenlet documents only
+  const std::map<std::string, std::string>* sourceLinks = nullptr;  ///< as Upload; Fenlet documents only
+  StatusCallback status = {};                                       ///< called as by Upload
+  ProgressCallback progress = {};
+};
+
+/// Upload for a document of any kind, with all that it can have, and with a say in the check-in: Upload
+/// checks a temporary checkout in whether or not it is asked to. Makes requests, on this thread, to the end.
+/// @throws what Upload throws
+VTDIRECT_API bool Store(const char* path, const char* mainPath, const StoreOptions& options);
+
+/// Like Store up to the transfer, which is handed to the task runner; the callbacks run there. Its task
+/// throws what that of UploadAsync throws.
+/// @return whether the task was accepted
+VTDIRECT_API bool StoreAsync(const char* path, const char* mainPath, const StoreOptions& options);
+
 /// The documents that a document was made from: escaped name to UID, empty for one that cannot be read. UIDs
 /// only. Makes requests.
 /// @param links  entries under other names stay; unchanged on failure
@@ -445,25 +533,52 @@ VTDIRECT_API bool ShouldCreate(const char* path);
 // ---- Checkout ----
 
 /// Checks a document out and gives the UID of the working copy, which the host must use from then on; the
-/// empty text on failure. Makes requests.
+/// empty text on failure. Makes requests. After a failure without an answer GetCheckoutStatus tells whether
+/// the document is checked out.
 VTDIRECT_API std::string Checkout(const char* path);
 
 /// Checks a working copy in and gives the UID to go on with; the empty text on failure. UIDs only. Makes
-/// requests.
+/// requests. After a failure without an answer GetCheckoutStatus tells whether it is still checked out.
 VTDIRECT_API std::string Checkin(const char* path);
 
 /// Throws a working copy away and gives the UID to go on with; the empty text on failure. UIDs only. Makes
-/// requests.
+/// requests. After a failure without an answer GetCheckoutStatus tells whether it is still checked out.
 VTDIRECT_API std::string UndoCheckout(const char* path);
 
 /// Where a checkout stands. Makes requests.
 /// @param user  may be null; receives who holds the checkout, untouched without one
 VTDIRECT_API VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* user);
 
-/// Confirms that a remembered checkout still stands, and renews one in a temporary workspace that is out of
-/// date. UIDs only. Makes requests.
+/// Confirms that a remembered checkout still stands, and renews one in a temporary workspace that could not
+/// be confirmed: undoes it, with the content that was stored into it, and checks out again. A question that
+/// merely failed leads to that too, so a host asks GetCheckoutStatus first. UIDs only. Makes requests. After
+/// a failure without an answer GetCheckoutStatus tells whether the document is checked out.
 /// @param uid  emptied first; the UID to go on with, which may differ from `path`
 VTDIRECT_API VtCheckoutStatus VerifyCheckout(const char* path, std::string& uid);
+
+/// A working copy of the connected user in a temporary workspace.
+struct TemporaryCheckout {
+  /// The UID that Checkout gave, for Checkin, UndoCheckout, VerifyCheckout and the stores. Empty when the
+  /// server does not tell the document that the copy was taken from.
+  std::string uid;
+  std::string workspaceName;
+  std::string documentNumber;
+  std::string fileName;  ///< plain
+  std::string version;   ///< of the document that it was taken from: "B.3"
+};
+
+/// Finds checkouts that nobody remembers, by what the server tells alone: the temporary workspaces are those
+/// whose name begins with ConfigTempWorkspacePrefix, and a working copy is what the connected user has
+/// checked out in one. Changes nothing. Makes requests: for a document one for itself, one for the workspaces
+/// of its context, one for each temporary workspace, one for each copy that is found; for a context the same
+/// without the first; for a server, or one of its upper directories, one more for the contexts and then for
+/// each.
+/// @param path  a document; or a directory above folders and workspaces, "//plm/", "//plm/Products/" or
+///              "//plm/Products/Bike/", or a UID without an id, for the server
+/// @return in the server's order; nothing when any request failed, so that an empty list means that there are
+///         none
+[[nodiscard]] VTDIRECT_API std::optional<std::vector<TemporaryCheckout>> FindTemporaryCheckouts(
+    const char* path);
 
 /// Turns a checkout that was remembered in the older form, "workspace|working id", into a UID of today's
 /// form. Makes no request unless `uid` has no file name.
@@ -473,7 +588,8 @@ VTDIRECT_API std::string ConvertLegacyCheckout(const char* uid, const char* lega
 // ---- Translation ----
 
 /// Sends a source XLIFF file for a document: its first, or a new iteration of the one that it has. UIDs only.
-/// Makes requests.
+/// Makes requests. After a failure without an answer GetUIDForSourceXliff tells whether there is a first one,
+/// and a later version of it from GetLatest whether there is a new iteration.
 /// @param language  language of the source; travels as it comes
 /// @throws          what Upload throws
 VTDIRECT_API bool UploadSourceXliff(const char* path, const char* xliffPath, const char* language);
@@ -487,7 +603,8 @@ VTDIRECT_API bool GetUIDForSourceXliff(const char* path, std::string& uid, std::
 ///         that cannot be read makes the result false, and the others are delivered.
 VTDIRECT_API bool GetXliffTranslations(const char* path, std::map<std::string, std::string>& translations);
 
-/// Marks a translated document as published. UIDs only. Makes requests.
+/// Marks a translated document as published. UIDs only. Makes requests. After a failure without an answer it
+/// is set once more: that changes nothing where it is set already.
 VTDIRECT_API bool SetXliffPublished(const char* path);
 
 }  // namespace VtDirectManager

@@ -4,9 +4,13 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <filesystem>
+#include <stdexcept>
 #include <thread>
 
+#include "simulator/export_command.h"
 #include "simulator/options.h"
 #include "simulator/simulator.h"
 #include "simulator/wire/request_log.h"
@@ -37,14 +41,17 @@ int Serve(vantry_sim::Options options) {
   vantry_sim::RequestLog log(options.log_file);
   const std::string bind_address = options.bind_address;
   vantry_sim::Simulator simulator(std::move(options));
-  vantry_sim::ServerGroup servers(simulator, log);
+  vantry_sim::ServerGroup servers(simulator, log, vantry_sim::LimitsFor(simulator.options().max_connections));
   if (const int refused = servers.Bind(); refused >= 0) {
     std::fprintf(stderr, "vantry-sim: cannot listen on %s port %d\n", bind_address.c_str(), refused);
     return kExitFailed;
   }
   // Scripts wait for this line, the only one on standard output.
-  std::printf("vantry-sim listening on http://%s:%d%s/\n", bind_address.c_str(), servers.port(),
-              simulator.options().prefix.c_str());
+  std::printf("vantry-sim listening on %s://%s:%d%s/",
+              vantry_sim::SpeaksTls(simulator.options()) ? "https" : "http", bind_address.c_str(),
+              servers.port(), simulator.options().prefix.c_str());
+  if (servers.admin_port() > 0) std::printf(" admin on http://127.0.0.1:%d/", servers.admin_port());
+  std::printf("\n");
   std::fflush(stdout);
 
   std::thread stopper([&servers] {
@@ -60,15 +67,44 @@ int Serve(vantry_sim::Options options) {
   return 0;
 }
 
+/// Every route that there is, which is what a server of the newest generation has.
+void PrintRoutes() {
+  std::string place = (std::filesystem::temp_directory_path() / "vantry-sim-routes-XXXXXX").string();
+  if (mkdtemp(place.data()) == nullptr) throw std::runtime_error("cannot write " + place);
+  {
+    vantry_sim::Options options;
+    options.data_directory = place;
+    options.seed.kind = vantry_sim::Seed::Kind::kEmpty;
+    std::fputs(vantry_sim::RouteTable(vantry_sim::Simulator(options).Routes()).c_str(), stdout);
+  }
+  std::filesystem::remove_all(place);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   KeepStandardDescriptors();
   vantry_sim::CommandLine line = vantry_sim::ParseCommandLine(argc, argv);
+  try {
+    if (!line.check.empty()) return vantry_sim::CheckState(line.check);
+    if (line.print_routes) {
+      PrintRoutes();
+      return 0;
+    }
+    if (line.export_options) {
+      vantry_sim::ExportState(*line.export_options);
+      return 0;
+    }
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "vantry-sim: %s\n", error.what());
+    return kExitFailed;
+  }
   if (!line.options) {
     std::fputs(line.text.c_str(), line.exit_code == 0 ? stdout : stderr);
     return line.exit_code;
   }
+  // Writing to a connection that the client has closed is no reason to end.
+  signal(SIGPIPE, SIG_IGN);
   const sigset_t signals = StopSignals();
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   try {

@@ -8,20 +8,30 @@
 #include <string_view>
 
 #include "simulator/store/xliff_preferences.h"
+#include "simulator/wire/faults.h"
 
 namespace vantry_sim {
 namespace {
 
-constexpr std::uint32_t kMostBulkDocuments = 5'000'000;
+constexpr const char* kSeedForm =
+    "--seed must be demo, empty, file:STATE or "
+    "bulk:N[,folders=F][,depth=D][,versions=V][,name=A-B][,size=A-B] with up "
+    "to 5000000 versions in all";
 
 struct Raw {
   std::string seed = "demo";
   std::string generation = "schema5";
   std::string version = "12.0.2.0";
   std::vector<std::string> users;
+  std::vector<std::string> tokens;
+  std::vector<std::string> tls;
+  bool sessions = false;
+  std::uint32_t session_seconds = 1800;
   std::vector<std::string> faults;
   std::string xliff_folder = "cabinet";
   bool without_translation = false;
+  bool print_version = false;
+  std::string check;
 };
 
 template <typename Number>
@@ -41,12 +51,16 @@ bool ReadSeed(std::string_view text, Seed& seed) {
     seed.kind = Seed::Kind::kEmpty;
     return true;
   }
+  if (text.starts_with("file:") && text.size() > 5) {
+    seed.kind = Seed::Kind::kFile;
+    seed.file = text.substr(5);
+    return true;
+  }
   if (!text.starts_with("bulk:")) return false;
-  const auto count = WholeNumber<std::uint32_t>(text.substr(5));
-  if (!count || *count == 0 || *count > kMostBulkDocuments) return false;
+  const auto shape = ReadBulkShape(text.substr(5));
+  if (shape) seed.bulk = *shape;
   seed.kind = Seed::Kind::kBulk;
-  seed.bulk_documents = *count;
-  return true;
+  return shape.has_value();
 }
 
 bool ReadVersion(std::string_view text, VersionNumbers& version) {
@@ -96,7 +110,7 @@ std::string ReadTranslation(const Raw& raw, Options& options) {
 
 /// The first thing wrong with the texts that CLI11 takes as they are; empty when all are read.
 std::string ReadTexts(const Raw& raw, Options& options) {
-  if (!ReadSeed(raw.seed, options.seed)) return "--seed must be demo, empty or bulk:N with N up to 5000000";
+  if (!ReadSeed(raw.seed, options.seed)) return kSeedForm;
   const auto generation = GenerationOf(raw.generation);
   if (!generation) return "--generation must be gateway, schema1, schema4 or schema5";
   options.generation = *generation;
@@ -105,12 +119,22 @@ std::string ReadTexts(const Raw& raw, Options& options) {
     // The text is not repeated: it may hold a password.
     if (!ReadUser(user, options.users)) return "--user must be NAME:PASSWORD";
   }
+  for (const std::string& token : raw.tokens) {
+    if (!ReadUser(token, options.tokens)) return "--token must be NAME:TOKEN";
+  }
+  if (options.digest && options.users.empty()) return "--digest needs a --user";
+  if (raw.sessions) options.session_seconds = raw.session_seconds;
+  if (!raw.tls.empty() && !options.tls_self_signed.empty())
+    return "--tls and --tls-self-signed exclude each other";
+  if (!raw.tls.empty()) {
+    options.tls_certificate = raw.tls[0];
+    options.tls_key = raw.tls[1];
+  }
   if (const std::string error = ReadTranslation(raw, options); !error.empty()) return error;
   for (const std::string& fault : raw.faults) {
     std::string error;
-    auto rule = ParseFaultRule(fault, &error);
-    if (!rule) return "--fault: " + error;
-    options.faults.push_back(std::move(*rule));
+    if (!ParseFaultRule(fault, &error)) return "--fault: " + error;
+    options.faults.push_back(fault);
   }
   if (!NormalizePrefix(options.prefix)) return "--prefix must be a path such as /vt";
   while (!options.codebase_url.empty() && options.codebase_url.back() == '/') options.codebase_url.pop_back();
@@ -123,43 +147,106 @@ void AddTranslationOptions(CLI::App& app, Raw& raw, Options& options) {
   app.add_flag("--without-translation", raw.without_translation, "The translation add-on isn't installed");
   app.add_option("--without-preference", options.missing_preferences,
                  "Name of an XLIFF preference to leave out; may come often")
+      ->type_name("NAME")
       ->expected(1)
       ->take_all();
   app.add_option("--xliff-folder", raw.xliff_folder,
                  "How the XLIFF preferences name the folder for uploads: cabinet or path")
+      ->type_name("cabinet|path")
       ->capture_default_str();
+}
+
+void AddAccessOptions(CLI::App& app, Raw& raw, Options& options) {
+  app.add_option("--user", raw.users,
+                 "NAME:PASSWORD to let in; may come often; without it the server is open")
+      ->type_name("NAME:PASSWORD")
+      ->expected(1)
+      ->take_all();
+  app.add_option("--token", raw.tokens, "NAME:TOKEN, a bearer token to let in; may come often")
+      ->type_name("NAME:TOKEN")
+      ->expected(1)
+      ->take_all();
+  app.add_flag("--digest", options.digest, "Passwords come by HTTP Digest and not by Basic");
+  app.add_flag("--sessions", raw.sessions, "Sessions by cookie, each with a nonce of its own");
+  app.add_option("--session-seconds", raw.session_seconds, "A session ends after so long without a request")
+      ->type_name("N")
+      ->check(CLI::Range(1, 1'000'000))
+      ->capture_default_str();
+  app.add_option("--tls", raw.tls, "Speak TLS with this certificate and its key, PEM files")
+      ->type_name("CERT KEY")
+      ->expected(2);
+  app.add_option("--tls-self-signed", options.tls_self_signed,
+                 "Speak TLS with cert.pem and key.pem in this directory, made if missing")
+      ->type_name("DIR");
+}
+
+/// What goes wrong, what is allowed, and what is printed.
+void AddRunOptions(CLI::App& app, Raw& raw, Options& options) {
+  app.add_option("--fault", raw.faults,
+                 "\"METHOD PATTERN=ACTION\", something that goes wrong, as the manual tells; may come often")
+      ->type_name("RULE")
+      ->expected(1)
+      ->take_all();
+  app.add_option("--max-connections", options.max_connections, "Most connections at one time")
+      ->type_name("N")
+      ->check(CLI::Range(16, 1'000'000))
+      ->capture_default_str();
+  app.add_option("--max-upload", options.max_upload_bytes,
+                 "Most bytes of a request's body; beyond it comes 413")
+      ->type_name("BYTES");
+  app.add_option("--log", options.log_file, "File to append one line of JSON to for each request")
+      ->type_name("FILE");
+  app.add_option("--check", raw.check, "Look at a state file, say what is wrong with it, and exit")
+      ->type_name("STATE");
+  app.add_flag("--version-info", raw.print_version, "Print the program's own version and exit");
 }
 
 void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.set_help_flag("--help,-h", "Print this and exit");
-  app.add_option("--bind", options.bind_address, "Address to listen on")->capture_default_str();
+  app.add_option("--bind", options.bind_address, "Address to listen on")
+      ->type_name("ADDRESS")
+      ->capture_default_str();
   app.add_option("--port", options.port, "Port; 0 picks a free one")
+      ->type_name("PORT")
       ->check(CLI::Range(0, 65535))
       ->capture_default_str();
   app.add_option("--data", options.data_directory,
                  "Directory of the database and the contents; made if missing")
+      ->type_name("DIR")
       ->required();
-  app.add_option("--seed", raw.seed, "Fill a new data directory with demo, empty or bulk:N")
+  app.add_option("--seed", raw.seed,
+                 "Fill a new data directory with demo, empty, file:STATE or bulk:N[,SHAPE]")
+      ->type_name("demo|empty|file:STATE|bulk:N")
       ->capture_default_str();
   app.add_option("--large", options.seed.large_bytes, "Bytes of the demo's large content, D1009")
+      ->type_name("BYTES")
       ->capture_default_str();
-  app.add_option("--generation", raw.generation, "gateway, schema1, schema4 or schema5")
+  app.add_option("--generation", raw.generation, "Which services the server offers")
+      ->type_name("gateway|schema1|schema4|schema5")
       ->capture_default_str();
-  app.add_option("--user", raw.users,
-                 "NAME:PASSWORD to let in; may come often; without it the server is open")
-      ->expected(1)
-      ->take_all();
-  app.add_option("--version", raw.version, "Server version to tell, as four numbers")->capture_default_str();
-  app.add_option("--codebase-url", options.codebase_url, "Address that the server calls its own");
-  app.add_option("--prefix", options.prefix, "Path in front of every route, such as /vt");
-  app.add_option("--latency", options.latency_milliseconds, "Milliseconds to wait before each answer");
+  AddAccessOptions(app, raw, options);
+  app.add_option("--version", raw.version, "Server version to tell, as four numbers")
+      ->type_name("A.B.C.D")
+      ->capture_default_str();
+  app.add_option("--codebase-url", options.codebase_url, "Address that the server calls its own")
+      ->type_name("URL");
+  app.add_option("--prefix", options.prefix, "Path in front of every route, such as /vt")->type_name("PATH");
+  app.add_option("--latency", options.latency_milliseconds, "Milliseconds to wait before each answer")
+      ->type_name("MS");
   app.add_option("--page-size", options.page_size, "Most rows of a page of OData")
+      ->type_name("N")
       ->check(CLI::Range(1, 1'000'000))
       ->capture_default_str();
   app.add_option("--page-port", options.page_port, "Second port, where lists go on; 0 picks a free one")
+      ->type_name("PORT")
+      ->check(CLI::Range(0, 65535));
+  app.add_option("--admin-port", options.admin_port,
+                 "Port of 127.0.0.1 to control the server by; 0 picks a free one")
+      ->type_name("PORT")
       ->check(CLI::Range(0, 65535));
   app.add_option("--upload-port", options.upload_port,
                  "Port that takes the bytes of documents; 0 picks a free one")
+      ->type_name("PORT")
       ->check(CLI::Range(0, 65535))
       ->capture_default_str();
   app.add_flag("--old-creation-factory", options.old_creation_factory,
@@ -167,42 +254,122 @@ void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.add_flag("--gateway-escapes", options.gateway_escapes,
                "The gateway lists names escaped, as newer ones do");
   AddTranslationOptions(app, raw, options);
-  app.add_option(
-         "--fault", raw.faults,
-         "\"METHOD PATTERN=STATUS|stall[:BYTES]|cut:BYTES|chunked-cut:BYTES|drop[*COUNT]\"; may come often")
-      ->expected(1)
-      ->take_all();
-  app.add_option("--max-upload", options.max_upload_bytes,
-                 "Most bytes of a request's body; beyond it comes 413");
-  app.add_option("--log", options.log_file, "File to append one line of JSON to for each request");
+  AddRunOptions(app, raw, options);
+}
+
+CommandLine Printed(std::string text, int exit_code) {
+  CommandLine line;
+  line.text = std::move(text);
+  line.exit_code = exit_code;
+  return line;
+}
+
+/// Parses, and turns what CLI11 throws into what is to be printed. Nothing when all was read.
+std::optional<CommandLine> Parse(CLI::App& app, int argc, const char* const* argv) {
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    return Printed(app.help(), 0);
+  } catch (const CLI::ParseError& error) {
+    return Printed(std::string("vantry-sim: ") + error.what() + "\n", 2);
+  }
+  return std::nullopt;
+}
+
+void AddExportOptions(CLI::App& app, ExportOptions& options, std::string& format) {
+  app.set_help_flag("--help,-h", "Print this and exit");
+  app.add_option("--data", options.data_directory, "Directory of the database and the contents")
+      ->type_name("DIR")
+      ->required();
+  app.add_option("--out", options.out, "File to write, with longer contents in FILE.files beside it")
+      ->type_name("FILE");
+  app.add_option("--format", format, "yaml or json; without it as the name of FILE says, or yaml")
+      ->type_name("yaml|json");
+}
+
+/// `vantry-sim export ...`, of which `argv` begins with the second word.
+CommandLine ParseExport(int argc, const char* const* argv) {
+  CLI::App app{"vantry-sim export: write what a data directory holds as a state file"};
+  ExportOptions options;
+  std::string format;
+  AddExportOptions(app, options, format);
+  if (auto printed = Parse(app, argc, argv)) return std::move(*printed);
+  if (format.empty()) format = options.out.ends_with(".json") ? "json" : "yaml";
+  if (format != "yaml" && format != "json") return Printed("vantry-sim: --format must be yaml or json\n", 2);
+  options.json = format == "json";
+  CommandLine line;
+  line.export_options = std::move(options);
+  return line;
+}
+
+std::vector<OptionText> TextsOf(const CLI::App& app) {
+  std::vector<OptionText> texts;
+  for (const CLI::Option* option : app.get_options()) {
+    OptionText text;
+    for (const std::string& name : option->get_lnames()) text.names.push_back("--" + name);
+    for (const std::string& name : option->get_snames()) text.names.push_back("-" + name);
+    // Behind the word for the value comes what the parser checks of it.
+    const std::string value = option->get_type_name();
+    if (option->get_type_size() != 0) text.value = value.substr(0, value.find(":INT in "));
+    text.about = option->get_description();
+    text.default_value = option->get_default_str();
+    texts.push_back(std::move(text));
+  }
+  return texts;
+}
+
+/// `--generate WHAT`, for whoever builds or packages the program.
+CommandLine Generated(std::string_view what) {
+  CommandLine line;
+  line.print_routes = what == "routes";
+  if (what == "manual") line.text = TextsOfProgram().ManualPage();
+  if (what == "completion") line.text = TextsOfProgram().BashCompletion();
+  if (line.text.empty() && !line.print_routes)
+    return Printed("vantry-sim: --generate takes manual, completion or routes\n", 2);
+  return line;
 }
 
 }  // namespace
 
+ProgramTexts TextsOfProgram() {
+  CLI::App server, exports;
+  Raw raw;
+  Options options;
+  ExportOptions export_options;
+  std::string format;
+  AddOptions(server, raw, options);
+  AddExportOptions(exports, export_options, format);
+  return {TextsOf(server), TextsOf(exports)};
+}
+
 CommandLine ParseCommandLine(int argc, const char* const* argv) {
+  if (argc == 3 && std::string_view(argv[1]) == "--generate") return Generated(argv[2]);
+  if (argc > 1 && std::string_view(argv[1]) == "export") return ParseExport(argc - 1, argv + 1);
   Options options;
   Raw raw;
   CLI::App app{"vantry-sim: a Vantry server to try clients on"};
   AddOptions(app, raw, options);
-  bool print_version = false;
-  app.add_flag("--version-info", print_version, "Print the program's own version and exit");
 
-  // Asking what the program is needs no data directory, which is otherwise required.
+  // Asking what the program is, or what a file says, needs no data directory, which is otherwise required.
   for (int i = 1; i < argc; ++i) {
     if (std::string_view(argv[i]) == "--version-info")
-      return {std::nullopt, "vantry-sim " VANTRY_SIM_VERSION "\n", 0};
+      return Printed("vantry-sim " VANTRY_SIM_VERSION "\n", 0);
+    if (std::string_view(argv[i]) == "--check") {
+      if (argc != 3 || i != 1)
+        return Printed("vantry-sim: --check takes a state file, and nothing else\n", 2);
+      CommandLine line;
+      line.check = argv[2];
+      return line;
+    }
   }
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    return {std::nullopt, app.help(), 0};
-  } catch (const CLI::ParseError& error) {
-    return {std::nullopt, std::string("vantry-sim: ") + error.what() + "\n", 2};
-  }
+  if (auto printed = Parse(app, argc, argv)) return std::move(*printed);
   if (const std::string error = ReadTexts(raw, options); !error.empty()) {
-    return {std::nullopt, "vantry-sim: " + error + "\n", 2};
+    return Printed("vantry-sim: " + error + "\n", 2);
   }
-  return {std::move(options), {}, 0};
+  options.seed.asked_for = app.count("--seed") > 0;
+  CommandLine line;
+  line.options = std::move(options);
+  return line;
 }
 
 }  // namespace vantry_sim

@@ -3,35 +3,20 @@
 #include <cstdio>
 #include <utility>
 
+#include "simulator/pages/page_routes.h"
 #include "simulator/routes/routes.h"
-#include "simulator/store/data_directory.h"
+#include "simulator/seed/seeds.h"
 #include "simulator/store/uploads.h"
-#include "simulator/wire/authentication.h"
-#include "simulator/wire/random_text.h"
 
 namespace vantry_sim {
 namespace {
 
-Response Unauthorized() {
-  auto response = ErrorResponse(401, "unauthorized", "this server wants a user name and a password");
-  response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"vantry-sim\", charset=\"UTF-8\"");
-  return response;
-}
-
-/// The nonce of the data directory. It outlives the process, since clients fetch it once and for all.
-std::string NonceOf(Database& database) {
-  database.Prepare("INSERT OR IGNORE INTO facts(key, value) VALUES('nonce', ?1)")
-      .Bind(RandomHexadecimal())
-      .Run();
-  auto statement = database.Prepare("SELECT value FROM facts WHERE key = 'nonce'");
-  return statement.Step() ? statement.Text(0) : RandomHexadecimal();
-}
-
 /// A target in absolute form, which a client sends to a proxy and every server accepts, becomes one with a
 /// path in front.
 std::string_view OriginForm(std::string_view target) {
-  if (!target.starts_with("http://")) return target;
-  const auto slash = target.find('/', 7);
+  const std::size_t host = target.starts_with("http://") ? 7 : target.starts_with("https://") ? 8 : 0;
+  if (host == 0) return target;
+  const auto slash = target.find('/', host);
   return slash == std::string_view::npos ? std::string_view("/") : target.substr(slash);
 }
 
@@ -39,10 +24,19 @@ std::string_view OriginForm(std::string_view target) {
 
 Simulator::Simulator(Options options)
     : options_(std::move(options)),
+      first_generation_(options_.generation),
+      users_(options_.users, options_.tokens),
+      authenticator_(users_, options_.digest),
       faults_(options_.faults),
       data_(std::make_unique<DataDirectory>(options_)) {
-  context_ = std::make_unique<ServiceContext>(ServiceContext{
-      options_, data_->database(), data_->contents(), options_.bind_address, NonceOf(data_->database())});
+  data_->database().SetClock(clock_);
+  nonces_ = std::make_unique<Nonces>(data_->database(), clock_, options_.session_seconds);
+  context_ = std::make_unique<ServiceContext>(
+      ServiceContext{options_, data_->database(), data_->contents(), options_.bind_address, *nonces_});
+  AddRoutes();
+}
+
+void Simulator::AddRoutes() {
   AddIdentificationRoutes(router_, *context_);
   AddMetadataRoutes(router_, *context_);
   AddCsrfRoutes(router_, *context_);
@@ -63,17 +57,51 @@ Simulator::Simulator(Options options)
   AddApplicationVersionRoutes(router_, *context_);
   AddContentRoutes(router_, *context_);
   AddFeatureRoutes(router_, *context_);
+  AddPageRoutes(router_, *context_);
 }
 
 Simulator::~Simulator() = default;
 
-std::string Simulator::UserOf(std::string_view authorization) const {
-  return Authenticate(authorization, options_.users).value_or("");
+Response Simulator::Exclusively(const std::function<Response(const ServiceContext&)>& answer) {
+  return Guarded([&] { return answer(*context_); });
+}
+
+void Simulator::SetGeneration(Generation generation) {
+  options_.generation = generation;
+  answers_.Clear();
+  router_ = Router();
+  AddRoutes();
+}
+
+void Simulator::TakeUpState() {
+  EnsureUsers(data_->database(), options_.users);
+  nonces_->WriteBack();
+}
+
+bool Simulator::Reset() {
+  if (!snapshots().RestoreSeed(data_->database())) return false;
+  if (options_.generation != first_generation_) SetGeneration(first_generation_);
+  faults_.Reset(options_.faults);
+  users_.Reset();
+  clock_.Reset();
+  history_.Clear();
+  TakeUpState();
+  return true;
+}
+
+void Simulator::ExpireSession(const Request& request) {
+  const std::lock_guard lock(mutex_);
+  nonces_->Expire(request);
 }
 
 Response Simulator::Handle(Request& request) {
-  if (request.user.empty()) return Unauthorized();
-  return Guarded([&] { return Route(request); });
+  if (request.user.empty()) return authenticator_.Challenge(request.authorization);
+  return Guarded([&] {
+    const auto cookie = nonces_->Enter(request, options_.prefix, SpeaksTls(options_));
+    Response response = Answer(request);
+    if (cookie) response.headers.emplace_back("Set-Cookie", *cookie);
+    return response;
+  });
 }
 
 /// Runs one handler at a time, and answers for what it throws.
@@ -89,7 +117,7 @@ Response Simulator::Guarded(const std::function<Response()>& answer) {
 
 std::unique_ptr<UploadReceiver> Simulator::BeginUpload(Request& request, Response& refusal) {
   std::unique_ptr<UploadReceiver> upload;
-  refusal = request.user.empty() ? Unauthorized() : Guarded([&] {
+  refusal = request.user.empty() ? authenticator_.Challenge(request.authorization) : Guarded([&] {
     request.path = SplitTarget(OriginForm(request.target)).path;
     Response response;
     upload = ReceiverFor(*context_, request, response);
@@ -101,6 +129,15 @@ std::unique_ptr<UploadReceiver> Simulator::BeginUpload(Request& request, Respons
 Response Simulator::FinishUpload(UploadReceiver& upload, const Request& request) {
   if (auto refusal = upload.Finish()) return std::move(*refusal);
   return Guarded([&] { return StoreUpload(*context_, upload, request); });
+}
+
+/// A read that nothing was written since has the answer that it had.
+Response Simulator::Answer(Request& request) {
+  if (request.method != "GET") return Route(request);
+  if (auto kept = answers_.Find(request, data_->database().Version())) return std::move(*kept);
+  Response response = Route(request);
+  answers_.Keep(request, response);
+  return response;
 }
 
 Response Simulator::Route(Request& request) {

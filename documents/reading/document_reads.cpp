@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "connection/rest_stream.h"
 #include "connection/url_escape.h"
 #include "documents/reading/document_reader.h"
@@ -15,32 +15,35 @@ constexpr const char* documentsPath = "servlet/rest/v1/dkm/documents/";
 }  // namespace
 
 Status ReadDocument(ServerContext& server, const std::string& id, DocumentRecord& record) {
+  const FailureStep step("read the document");
   const std::string path = documentsPath + EscapeForUrl(id);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) {
     return response.errorCode() != du::http::ErrorCode::Done ? ConnectionFailed : Refused;
   }
   rapidjson::Document document;
-  if (ParseJsonResponse(response, document)) ReadDocumentRecord(document, record);
+  if (ParseJsonResponse(response, document) && !ReadDocumentRecord(document, record)) response.ReportBroken();
   return Ok;
 }
 
 bool ReadDocumentJson(ServerContext& server, const std::string& id, rapidjson::Document& document) {
+  const FailureStep step("read the document");
   const std::string path = documentsPath + EscapeForUrl(id);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) return false;
-  (void)ParseJsonResponse(response, document);
+  if (ParseJsonResponse(response, document) && !document.IsObject()) response.ReportBroken();
   return true;
 }
 
 bool ReadDocumentVersions(ServerContext& server, const std::string& id, const std::string& contextId,
                           std::vector<DocumentSummary>& versions) {
+  const FailureStep step("list the versions");
   const std::string path =
       documentsPath + EscapeForUrl(id) + "/versions?contextId=" + EscapeForUrl(contextId);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) return false;
   rapidjson::Document document;
-  if (!ParseJsonResponse(response, document) || !document.IsArray()) return true;
+  if (!ParseArrayResponse(response, document)) return true;
   for (const auto& element : document.GetArray()) {
     DocumentSummary version;
     if (ReadDocumentSummary(element, version)) versions.push_back(std::move(version));
@@ -50,16 +53,17 @@ bool ReadDocumentVersions(ServerContext& server, const std::string& id, const st
 
 bool SearchDocuments(ServerContext& server, const std::string& number, std::vector<DocumentRecord>& documents,
                      const char* scope) {
+  const FailureStep step("search by number");
   std::string path = std::string(documentsPath) + "search?number=" + EscapeForUrl(number);
   if (scope != nullptr && *scope != '\0') path += "&scope=" + EscapeForUrl(scope);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to find doc number %s with response: %s", number.c_str(),
-                     response.errorText().c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to find doc number %s with response: %s",
+                         number.c_str(), response.errorText().c_str());
     return false;
   }
   rapidjson::Document document;
-  if (!ParseJsonResponse(response, document) || !document.IsArray()) return true;
+  if (!ParseArrayResponse(response, document)) return true;
   for (const auto& element : document.GetArray()) ReadDocumentRecord(element, documents.emplace_back());
   return true;
 }

@@ -1,8 +1,8 @@
 #include "documents/reading/file_info.h"
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "documents/reading/document_reads.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -16,6 +16,9 @@ FileInfo MakeFileInfo(const DocumentRecord& record) {
   info.version = VersionText(record);
   info.cadName = record.master.cadName;
   for (const ContentRecord& section : record.contentSections) info.size += section.fileSize;
+  if (!record.contentSections.empty() && record.contentSections.front().fileSizeTold) {
+    info.downloadSize = record.contentSections.front().fileSize;
+  }
   for (const auto& dependency : record.dependencies) {
     info.dependencies[dependency.asStoredChildName] = dependency.sourceId;
   }
@@ -26,7 +29,7 @@ Status GetFileInfo(ServerContext& server, const char* id, FileInfo& info) {
   DocumentRecord record;
   const Status status = ReadDocument(server, ParseCheckoutId(id).field0, record);
   if (status != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return status;
   }
   info = MakeFileInfo(record);

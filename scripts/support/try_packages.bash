@@ -42,8 +42,8 @@ try_in_bare_debian() {
     return 1
 
   say "-- removal"
-  "${apt[@]}" purge 'libvtdirect*' vtdirect-tools || return 1
-  if find "$bare/usr" -iname '*vtdirect*' | grep .; then
+  "${apt[@]}" purge 'libvtdirect*' vtdirect-tools vantry-sim || return 1
+  if find "$bare/usr" \( -iname '*vtdirect*' -o -iname '*vantry*' \) | grep .; then
     say "The packages left this behind."
     return 1
   fi

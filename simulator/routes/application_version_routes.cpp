@@ -5,10 +5,10 @@
 namespace vantry_sim {
 namespace {
 
-Response Register(const ServiceContext& context, const rapidjson::Value& body) {
-  if (!body.IsArray() || body.Empty())
+Response Register(const ServiceContext& context, JsonValue body) {
+  if (!body.IsArray() || body.Size() == 0)
     return ErrorResponse(400, "bad-body", "the body is an array of versions");
-  for (const rapidjson::Value& value : body.GetArray()) {
+  for (const JsonValue value : body) {
     std::string problem, application;
     std::int64_t version = 0;
     JsonMembers members(value, problem);
@@ -28,8 +28,10 @@ Response Register(const ServiceContext& context, const rapidjson::Value& body) {
 }  // namespace
 
 void AddApplicationVersionRoutes(Router& router, const ServiceContext& context) {
-  AddWrite(router, context, "servlet/rest/v1/dkm/registerauthappversions",
-           [&context](const Request&, const rapidjson::Value& body) { return Register(context, body); });
+  AddWrite(router, context,
+           {"servlet/rest/v1/dkm/registerauthappversions",
+            "array of `authoringApplication`, `authAppVersion`: 204"},
+           [&context](const Request&, JsonValue body) { return Register(context, body); });
 }
 
 }  // namespace vantry_sim

@@ -7,23 +7,22 @@
 namespace vantry_sim {
 namespace {
 
-using Operation = Response (*)(const ServiceContext&, const Request&, const rapidjson::Value&,
-                               const WorkspaceRow&);
+using Operation = Response (*)(const ServiceContext&, const Request&, JsonValue, const WorkspaceRow&);
 
 /// The ids of `objIdList`.
-Refusal ReadIds(const rapidjson::Value& body, std::vector<std::string>& ids) {
+Refusal ReadIds(JsonValue body, std::vector<std::string>& ids) {
   std::string problem;
-  const rapidjson::Value* list = JsonMembers(body, problem).Array("objIdList", true);
-  if (problem.empty() && list->Empty()) problem = "objIdList is empty";
+  const JsonValue list = JsonMembers(body, problem).Array("objIdList", true);
+  if (problem.empty() && list.Size() == 0) problem = "objIdList is empty";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
-  for (const rapidjson::Value& value : list->GetArray()) {
-    if (!value.IsString()) return ErrorResponse(400, "bad-body", "objIdList holds what is no text");
-    ids.emplace_back(value.GetString(), value.GetStringLength());
+  for (const JsonValue value : list) {
+    if (!value.IsText()) return ErrorResponse(400, "bad-body", "objIdList holds what is no text");
+    ids.emplace_back(value.Text());
   }
   return std::nullopt;
 }
 
-Response CheckOutAll(const ServiceContext& context, const Request& request, const rapidjson::Value& body,
+Response CheckOutAll(const ServiceContext& context, const Request& request, JsonValue body,
                      const WorkspaceRow& workspace) {
   std::vector<std::string> ids;
   if (auto refusal = ReadIds(body, ids)) return std::move(*refusal);
@@ -43,19 +42,19 @@ Response CheckOutAll(const ServiceContext& context, const Request& request, cons
   return DocumentsResponse(context, request, working);
 }
 
-Response CheckInAll(const ServiceContext& context, const Request& request, const rapidjson::Value& body,
+Response CheckInAll(const ServiceContext& context, const Request& request, JsonValue body,
                     const WorkspaceRow& workspace) {
   std::string problem;
   CheckInOrder order;
   JsonMembers members(body, problem);
   members.Flag("removeFromWorkspace", order.remove_from_workspace).Text("checkinComment", order.comment);
-  const rapidjson::Value* instructions = members.Array("checkinInstructions", true);
-  if (problem.empty() && instructions->Empty()) problem = "checkinInstructions is empty";
+  const JsonValue instructions = members.Array("checkinInstructions", true);
+  if (problem.empty() && instructions.Size() == 0) problem = "checkinInstructions is empty";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   Resolutions resolutions;
   if (auto refusal = resolutions.Read(body)) return std::move(*refusal);
   std::vector<std::string> oids;
-  for (const rapidjson::Value& instruction : instructions->GetArray()) {
+  for (const JsonValue instruction : instructions) {
     std::string id;
     JsonMembers(instruction, problem).Text("id", id, true);
     if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
@@ -66,7 +65,7 @@ Response CheckInAll(const ServiceContext& context, const Request& request, const
   return DocumentsResponse(context, request, oids);
 }
 
-Response UndoAll(const ServiceContext& context, const Request& request, const rapidjson::Value& body,
+Response UndoAll(const ServiceContext& context, const Request& request, JsonValue body,
                  const WorkspaceRow& workspace) {
   std::vector<std::string> ids;
   if (auto refusal = ReadIds(body, ids)) return std::move(*refusal);
@@ -78,9 +77,10 @@ Response UndoAll(const ServiceContext& context, const Request& request, const ra
   return DocumentsResponse(context, request, oids);
 }
 
-void Add(Router& router, const ServiceContext& context, const char* word, Operation operation) {
-  AddWrite(router, context, std::string("servlet/rest/v1/dkm/workspaces/{id}/") + word,
-           [&context, operation](const Request& request, const rapidjson::Value& body) {
+void Add(Router& router, const ServiceContext& context, const char* word, const char* about,
+         Operation operation) {
+  AddWrite(router, context, {std::string("servlet/rest/v1/dkm/workspaces/{id}/") + word, about},
+           [&context, operation](const Request& request, JsonValue body) {
              const auto workspace = FindWorkspace(context.database, request.Path("id"), request.user);
              if (workspace) return operation(context, request, body, *workspace);
              return ErrorResponse(404, "no-such-workspace", "this user has no workspace with this id");
@@ -90,9 +90,16 @@ void Add(Router& router, const ServiceContext& context, const char* word, Operat
 }  // namespace
 
 void AddCheckoutRoutes(Router& router, const ServiceContext& context) {
-  Add(router, context, "checkout", CheckOutAll);
-  Add(router, context, "checkin", CheckInAll);
-  Add(router, context, "undocheckout", UndoAll);
+  Add(router, context, "checkout",
+      "`objIdList`, `dependenciesOption` `None`, `conflictResolutions`: working copies, each under an id of "
+      "its own with the document's version",
+      CheckOutAll);
+  Add(router, context, "checkin",
+      "`checkinInstructions` with `id`, `removeFromWorkspace`, `checkinComment`, `conflictResolutions`: the "
+      "new iterations, under new ids",
+      CheckInAll);
+  Add(router, context, "undocheckout", "`objIdList`: the documents that the working copies were taken from",
+      UndoAll);
 }
 
 }  // namespace vantry_sim

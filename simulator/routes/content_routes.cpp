@@ -29,8 +29,10 @@ Response Content(const ServiceContext& context, const Request& request) {
 }  // namespace
 
 void AddContentRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "servlet/rest/v1/content/streams/{stream}/{name}",
-             [&context](const Request& request) { return Content(context, request); });
+  router.Add(
+      "GET", "servlet/rest/v1/content/streams/{stream}/{name}",
+      [&context](const Request& request) { return Content(context, request); },
+      "the bytes of a stream, under any name; with `Range` one part of them and 206, or all of them and 200");
 }
 
 }  // namespace vantry_sim

@@ -43,8 +43,10 @@ Response ContextList(const ServiceContext& context, const Request& request) {
 }  // namespace
 
 void AddContextRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "servlet/rest/v1/contexts",
-             [&context](const Request& request) { return ContextList(context, request); });
+  router.Add(
+      "GET", "servlet/rest/v1/contexts",
+      [&context](const Request& request) { return ContextList(context, request); },
+      "contexts, in `items`; `?type=Product\\|Library\\|Project\\|Site\\|Organization` for those of a kind");
 }
 
 }  // namespace vantry_sim

@@ -8,7 +8,7 @@
 namespace vantry_sim {
 namespace {
 
-Response Ticket(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+Response Ticket(const ServiceContext& context, const Request& request, JsonValue body) {
   std::string problem;
   std::int64_t files = 0;
   JsonMembers(body, problem).Number("noOfFiles", files, true);
@@ -20,7 +20,7 @@ Response Ticket(const ServiceContext& context, const Request& request, const rap
   if (context.upload_port == 0) return ErrorResponse(503, "no-uploads", "this server takes no uploads");
 
   const std::string master_url = BaseUrl(context, request) + "/servlet/rest/v1/content/master";
-  const UploadTicket ticket = MakeTicket(context.database, request.user, files, master_url);
+  const UploadTicket ticket = MakeTicket(context.database, context.contents, request.user, files, master_url);
   JsonText json;
   json.StartObject().Member("masterUrl", ticket.master_url);
   json.Member("uploadUrl", UploadBaseUrl(context, request) + std::string(kUploadPath) + ticket.token);
@@ -38,12 +38,15 @@ Response Ticket(const ServiceContext& context, const Request& request, const rap
 }  // namespace
 
 void AddCreationFactoryRoutes(Router& router, const ServiceContext& context) {
-  const auto ticket = [&context](const Request& request, const rapidjson::Value& body) {
+  const auto ticket = [&context](const Request& request, JsonValue body) {
     return Ticket(context, request, body);
   };
-  AddWrite(router, context, "servlet/rest/content/creationFactory", ticket);
+  AddWrite(router, context,
+           {"servlet/rest/content/creationFactory",
+            "`noOfFiles`, up to 100: a ticket of `masterUrl`, `uploadUrl`, `fileNames`, `streamIds`"},
+           ticket);
   if (context.options.old_creation_factory) return;
-  AddWrite(router, context, "servlet/rest/v1/content/creationFactory", ticket);
+  AddWrite(router, context, {"servlet/rest/v1/content/creationFactory", "the same"}, ticket);
 }
 
 }  // namespace vantry_sim

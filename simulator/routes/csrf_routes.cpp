@@ -7,32 +7,39 @@ namespace {
 
 constexpr const char* kNonceKey = "X-Zvk-Nonce";
 
-Response RestNonce(const ServiceContext& context) {
+Response RestNonce(const std::string& nonce) {
   JsonText json;
   json.StartObject().Key("items").StartArray().StartObject();
   json.Member("id", "csrf").Member("typeId", "csrf").Key("attributes").StartObject();
-  json.Member("nonce_key", kNonceKey).Member("nonce", context.nonce);
+  json.Member("nonce_key", kNonceKey).Member("nonce", nonce);
   json.EndObject().EndObject().EndArray().EndObject();
   Response response;
+  response.once = true;
   response.body = json.Take();
   return response;
 }
 
-Response ODataNonce(const ServiceContext& context) {
+Response ODataNonce(const std::string& nonce) {
   JsonText json;
   json.StartObject();
   json.Member("@odata.context", "$metadata#ZVK.CSRFToken");
-  json.Member("NonceKey", kNonceKey).Member("NonceValue", context.nonce).EndObject();
-  return ODataResponse(json.Take());
+  json.Member("NonceKey", kNonceKey).Member("NonceValue", nonce).EndObject();
+  Response response = ODataResponse(json.Take());
+  response.once = true;
+  return response;
 }
 
 }  // namespace
 
 void AddCsrfRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "servlet/rest/security/csrf", [&context](const Request&) { return RestNonce(context); });
+  router.Add(
+      "GET", "servlet/rest/security/csrf",
+      [&context](const Request& request) { return RestNonce(context.nonces.For(request)); }, "the nonce");
   if (!HasOData(context.options.generation)) return;
-  router.Add("GET", "servlet/odata/v1/ZVK/GetCSRFToken()",
-             [&context](const Request&) { return ODataNonce(context); });
+  router.Add(
+      "GET", "servlet/odata/v1/ZVK/GetCSRFToken()",
+      [&context](const Request& request) { return ODataNonce(context.nonces.For(request)); },
+      "the same nonce");
 }
 
 }  // namespace vantry_sim

@@ -124,8 +124,14 @@ Response DataAdmin(const ServiceContext& context, const Request& request) {
 
 void AddDataAdminRoutes(Router& router, const ServiceContext& context) {
   if (!HasOData(context.options.generation)) return;
-  router.Add("GET", "servlet/odata/v{version}/DataAdmin/{...}",
-             [&context](const Request& request) { return DataAdmin(context, request); });
+  router.Add(
+      "GET", "servlet/odata/v{version}/DataAdmin/{...}",
+      [&context](const Request& request) { return DataAdmin(context, request); },
+      "contexts at `Containers` and `Containers/ZVK.DataAdmin.<type>`; roots at "
+      "`Containers('<id>')/Folders`, folders of a folder behind them at `Folders('<id>')/Folders`; the "
+      "latest version of each document in a folder at "
+      "`Folders('<id>')/FolderContents/ZVK.DynamicDocMgmt.DynamicDocument` and "
+      "`.../ZVK.CADDocumentMgmt.CADDocument`");
 }
 
 }  // namespace vantry_sim

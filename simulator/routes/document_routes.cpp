@@ -55,12 +55,17 @@ Response Search(const ServiceContext& context, const Request& request) {
 }  // namespace
 
 void AddDocumentRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "servlet/rest/v1/dkm/documents/search",
-             [&context](const Request& request) { return Search(context, request); });
-  router.Add("GET", "servlet/rest/v1/dkm/documents/{id}",
-             [&context](const Request& request) { return Document(context, request); });
-  router.Add("GET", "servlet/rest/v1/dkm/documents/{id}/versions",
-             [&context](const Request& request) { return Versions(context, request); });
+  router.Add(
+      "GET", "servlet/rest/v1/dkm/documents/search",
+      [&context](const Request& request) { return Search(context, request); },
+      "every version with the `?number=`, in a context with `&scope=<context id>`");
+  router.Add(
+      "GET", "servlet/rest/v1/dkm/documents/{id}",
+      [&context](const Request& request) { return Document(context, request); }, "a document");
+  router.Add(
+      "GET", "servlet/rest/v1/dkm/documents/{id}/versions",
+      [&context](const Request& request) { return Versions(context, request); },
+      "its versions, newest first; `?contextId=` must be its own");
 }
 
 }  // namespace vantry_sim

@@ -12,8 +12,8 @@ namespace {
 using WriteOne = std::function<Refusal(const DocumentInstruction&, std::string& oid)>;
 
 /// Carries out all instructions, or none of them, and answers with the documents that came of it.
-Response WriteAll(const ServiceContext& context, const Request& request, const rapidjson::Value& body,
-                  const char* member, const WriteOne& write) {
+Response WriteAll(const ServiceContext& context, const Request& request, JsonValue body, const char* member,
+                  const WriteOne& write) {
   std::vector<DocumentInstruction> instructions;
   if (auto refusal = ReadInstructions(body, member, instructions)) return std::move(*refusal);
   std::vector<std::string> oids(instructions.size());
@@ -23,7 +23,7 @@ Response WriteAll(const ServiceContext& context, const Request& request, const r
   return DocumentsResponse(context, request, oids);
 }
 
-Response Documents(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+Response Documents(const ServiceContext& context, const Request& request, JsonValue body) {
   std::string problem, context_id;
   JsonMembers members(body, problem);
   members.Text("contextId", context_id, true);
@@ -47,7 +47,7 @@ Response Documents(const ServiceContext& context, const Request& request, const 
                   });
 }
 
-Response Store(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+Response Store(const ServiceContext& context, const Request& request, JsonValue body) {
   const auto workspace = FindWorkspace(context.database, request.Path("id"), request.user);
   if (!workspace) return ErrorResponse(404, "no-such-workspace", "this user has no workspace with this id");
   Resolutions resolutions;
@@ -65,14 +65,16 @@ Response Store(const ServiceContext& context, const Request& request, const rapi
 }  // namespace
 
 void AddDocumentWriteRoutes(Router& router, const ServiceContext& context) {
-  AddWrite(router, context, "servlet/rest/v1/dkm/documents",
-           [&context](const Request& request, const rapidjson::Value& body) {
-             return Documents(context, request, body);
-           });
-  AddWrite(router, context, "servlet/rest/v1/dkm/workspaces/{id}/store",
-           [&context](const Request& request, const rapidjson::Value& body) {
-             return Store(context, request, body);
-           });
+  AddWrite(router, context,
+           {"servlet/rest/v1/dkm/documents",
+            "`createInstructions` or `iterateInstructions`, `contextId`, `conflictResolutions`: the new "
+            "documents or iterations"},
+           [&context](const Request& request, JsonValue body) { return Documents(context, request, body); });
+  AddWrite(router, context,
+           {"servlet/rest/v1/dkm/workspaces/{id}/store",
+            "`storeInstructions`, `conflictResolutions`: working copies with new contents under their old "
+            "ids; new documents for instructions without an id"},
+           [&context](const Request& request, JsonValue body) { return Store(context, request, body); });
 }
 
 }  // namespace vantry_sim

@@ -37,12 +37,16 @@ Response VisualizationFeatures() {
 void AddFeatureRoutes(Router& router, const ServiceContext& context) {
   const Generation generation = context.options.generation;
   if (HasOData(generation)) {
-    router.Add("GET", "servlet/odata/v1/ZVK/IsAssemblyInstalled(assemblyName='{name}')",
-               [&context](const Request& request) { return AssemblyInstalled(context, request); });
+    router.Add(
+        "GET", "servlet/odata/v1/ZVK/IsAssemblyInstalled(assemblyName='{name}')",
+        [&context](const Request& request) { return AssemblyInstalled(context, request); },
+        "`\"true\"` for `kotia`, the translation add-on, else `\"false\"`");
   }
   if (HasVisualization(generation)) {
-    router.Add("GET", "servlet/odata/v3/Visualization/GetHVDFeatures()",
-               [](const Request&) { return VisualizationFeatures(); });
+    router.Add(
+        "GET", "servlet/odata/v3/Visualization/GetHVDFeatures()",
+        [](const Request&) { return VisualizationFeatures(); },
+        "separated sources and VCS information, both on");
   }
 }
 

@@ -42,10 +42,14 @@ Response FoldersOfFolder(const ServiceContext& context, const Request& request) 
 }  // namespace
 
 void AddFolderRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "servlet/rest/v1/contexts/{id}/folders",
-             [&context](const Request& request) { return FoldersOfContext(context, request); });
-  router.Add("GET", "servlet/rest/v1/folders/{id}/folders",
-             [&context](const Request& request) { return FoldersOfFolder(context, request); });
+  router.Add(
+      "GET", "servlet/rest/v1/contexts/{id}/folders",
+      [&context](const Request& request) { return FoldersOfContext(context, request); },
+      "folders right below the roots of a context, in `items`");
+  router.Add(
+      "GET", "servlet/rest/v1/folders/{id}/folders",
+      [&context](const Request& request) { return FoldersOfFolder(context, request); },
+      "folders of a folder, in `items`");
 }
 
 }  // namespace vantry_sim

@@ -58,8 +58,10 @@ Response Listing(const ServiceContext& context, const Request& request) {
 }  // namespace
 
 void AddGatewayRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "servlet/rest/snx_gw/organizations/{organization}/{class}/{name}/folders",
-             [&context](const Request& request) { return Listing(context, request); });
+  router.Add(
+      "GET", "servlet/rest/snx_gw/organizations/{organization}/{class}/{name}/folders",
+      [&context](const Request& request) { return Listing(context, request); },
+      "one folder of a context by its `?path=`: texts in `folderContent`");
 }
 
 }  // namespace vantry_sim

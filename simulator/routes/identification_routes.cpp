@@ -22,12 +22,15 @@ std::string InformationDocument(const Options& options) {
 }  // namespace
 
 void AddIdentificationRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "servlet/OrvetGW", [&context](const Request&) {
-    Response response;
-    response.content_type = "text/plain;charset=UTF-8";
-    response.body = InformationDocument(context.options);
-    return response;
-  });
+  router.Add(
+      "GET", "servlet/OrvetGW",
+      [&context](const Request&) {
+        Response response;
+        response.content_type = "text/plain;charset=UTF-8";
+        response.body = InformationDocument(context.options);
+        return response;
+      },
+      "who the server is, as lines of `key:value`");
 }
 
 }  // namespace vantry_sim

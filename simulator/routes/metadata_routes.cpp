@@ -34,10 +34,12 @@ Response Metadata(const ServiceContext& context, const Request& request) {
 void AddMetadataRoutes(Router& router, const ServiceContext& context) {
   if (!HasOData(context.options.generation)) return;
   const auto list = [&context](const Request&) { return ServiceList(context); };
-  router.Add("GET", "servlet/odata/", list);
-  router.Add("GET", "servlet/odata", list);
-  router.Add("GET", "servlet/odata/{service}/$metadata",
-             [&context](const Request& request) { return Metadata(context, request); });
+  router.Add("GET", "servlet/odata/", list, "the OData services, as a bare array");
+  router.Add("GET", "servlet/odata", list, "the same");
+  router.Add(
+      "GET", "servlet/odata/{service}/$metadata",
+      [&context](const Request& request) { return Metadata(context, request); },
+      "the schema of DataAdmin, DynamicDocMgmt or CADDocumentMgmt");
 }
 
 }  // namespace vantry_sim

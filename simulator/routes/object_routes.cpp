@@ -70,8 +70,10 @@ Response Objects(const ServiceContext& context, const Request& request) {
 }  // namespace
 
 void AddObjectRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "servlet/rest/objects",
-             [&context](const Request& request) { return Objects(context, request); });
+  router.Add(
+      "GET", "servlet/rest/objects", [&context](const Request& request) { return Objects(context, request); },
+      "latest versions by `CADName`, `number` or `name`, as a bare array: "
+      "`?typeId=vn.epm.EPMDocument&$select=number&$filter=CADName eq '...'`");
 }
 
 }  // namespace vantry_sim

@@ -45,9 +45,12 @@ void AddSearchRoutes(Router& router, const ServiceContext& context) {
   if (!HasOData(context.options.generation)) return;
   router.Add(
       "GET", "servlet/odata/v{version}/DynamicDocMgmt/DynamicDocuments",
-      [&context](const Request& request) { return Search(context, request, DocumentService::kDynamic); });
-  router.Add("GET", "servlet/odata/v{version}/CADDocumentMgmt/CADDocuments",
-             [&context](const Request& request) { return Search(context, request, DocumentService::kCad); });
+      [&context](const Request& request) { return Search(context, request, DocumentService::kDynamic); },
+      "dynamic documents of all folders, with one's own working copies");
+  router.Add(
+      "GET", "servlet/odata/v{version}/CADDocumentMgmt/CADDocuments",
+      [&context](const Request& request) { return Search(context, request, DocumentService::kCad); },
+      "the same for CAD documents");
 }
 
 }  // namespace vantry_sim

@@ -3,6 +3,10 @@
 namespace vantry_sim {
 namespace {
 
+std::string SchemeOf(const Options& options) {
+  return SpeaksTls(options) ? "https://" : "http://";
+}
+
 bool IsHostAndPort(const std::string& text) {
   if (text.empty() || text.size() > 255) return false;
   for (const char c : text) {
@@ -26,7 +30,7 @@ std::string HostAndPort(const ServiceContext& context, const Request& request) {
 }
 
 std::string OtherDoor(const ServiceContext& context, const Request& request, int port) {
-  return "http://" + HostOf(HostAndPort(context, request)) + ":" + std::to_string(port) +
+  return SchemeOf(context.options) + HostOf(HostAndPort(context, request)) + ":" + std::to_string(port) +
          context.options.prefix;
 }
 
@@ -34,7 +38,7 @@ std::string OtherDoor(const ServiceContext& context, const Request& request, int
 
 std::string BaseUrl(const ServiceContext& context, const Request& request) {
   if (!context.options.codebase_url.empty()) return context.options.codebase_url;
-  return "http://" + HostAndPort(context, request) + context.options.prefix;
+  return SchemeOf(context.options) + HostAndPort(context, request) + context.options.prefix;
 }
 
 std::string PageBaseUrl(const ServiceContext& context, const Request& request) {

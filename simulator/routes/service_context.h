@@ -3,6 +3,7 @@
 #include <string>
 
 #include "simulator/options.h"
+#include "simulator/routes/nonces.h"
 #include "simulator/store/content_store.h"
 #include "simulator/store/database.h"
 #include "simulator/wire/messages.h"
@@ -15,9 +16,9 @@ struct ServiceContext {
   Database& database;
   ContentStore& contents;
   std::string own_address;  ///< "127.0.0.1:8080", for requests without a usable Host header
-  std::string nonce;        ///< random, and the same for the life of the data directory
-  int page_port = 0;        ///< where later pages are served; 0: where the first one was
-  int upload_port = 0;      ///< where bytes are taken; 0: nowhere
+  Nonces& nonces;
+  int page_port = 0;    ///< where later pages are served; 0: where the first one was
+  int upload_port = 0;  ///< where bytes are taken; 0: nowhere
 };
 
 /// The absolute address under which the asker reaches this server, without "/" at the end: the codebase URL

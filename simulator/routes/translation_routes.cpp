@@ -98,7 +98,7 @@ Response SourceXliff(const ServiceContext& context, const Request& request) {
   return AnswerODataList(context, request, OneDocument(xliff.value_or(0)), *query, {});
 }
 
-Response CreateLink(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+Response CreateLink(const ServiceContext& context, const Request& request, JsonValue body) {
   if (!OffersVersion(context.options.generation, "DynamicDocMgmt", request.Path("version"))) {
     return ErrorResponse(404, "no-such-resource", "this server doesn't offer this version of the service");
   }
@@ -117,7 +117,7 @@ Response CreateLink(const ServiceContext& context, const Request& request, const
   return ODataResponse(json.Take());
 }
 
-Response ChangeDocument(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+Response ChangeDocument(const ServiceContext& context, const Request& request, JsonValue body) {
   std::optional<DocumentRow> document;
   if (auto refusal = FindAddressed(context, request, document)) return std::move(*refusal);
   constexpr const char* kMember = "ZVKDDEXTENDEDDOCTYPE";
@@ -125,7 +125,7 @@ Response ChangeDocument(const ServiceContext& context, const Request& request, c
   JsonMembers members(body, problem);
   members.Text(kMember, type, true);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
-  if (body.MemberCount() != 1) return ErrorResponse(400, "bad-body", "nothing else than the type is changed");
+  if (body.Size() != 1) return ErrorResponse(400, "bad-body", "nothing else than the type is changed");
   if (auto refusal = SetExtendedType(context.database, *document, type)) return std::move(*refusal);
   Response response;
   response.status = 204;
@@ -137,20 +137,23 @@ Response ChangeDocument(const ServiceContext& context, const Request& request, c
 void AddTranslationRoutes(Router& router, const ServiceContext& context) {
   if (!HasOData(context.options.generation) || !context.options.translation) return;
   const std::string service = "servlet/odata/v{version}/DynamicDocMgmt/";
-  router.Add("GET", service + "DynamicDocuments('{id}')",
-             [&context](const Request& request) { return OneDocumentAnswer(context, request); });
-  router.Add("GET", service + "DynamicDocuments('{id}')/Xliff",
-             [&context](const Request& request) { return SourceXliff(context, request); });
-  AddWrite(router, context, service + "CreateXliffLink",
-           [&context](const Request& request, const rapidjson::Value& body) {
-             return CreateLink(context, request, body);
-           });
+  router.Add(
+      "GET", service + "DynamicDocuments('{id}')",
+      [&context](const Request& request) { return OneDocumentAnswer(context, request); },
+      "one document, with its translations by `?$expand=Translations`; see below");
+  router.Add(
+      "GET", service + "DynamicDocuments('{id}')/Xliff",
+      [&context](const Request& request) { return SourceXliff(context, request); },
+      "its source XLIFF, or nothing, in `value`");
+  AddWrite(router, context,
+           {service + "CreateXliffLink",
+            "`oidForQ7zkDocument`, `oidForXliffDocument`: the text `Success` in `value`"},
+           [&context](const Request& request, JsonValue body) { return CreateLink(context, request, body); });
   AddWrite(
-      router, context, service + "DynamicDocuments('{id}')",
-      [&context](const Request& request, const rapidjson::Value& body) {
-        return ChangeDocument(context, request, body);
-      },
-      "PATCH");
+      router, context,
+      {service + "DynamicDocuments('{id}')",
+       "`ZVKDDEXTENDEDDOCTYPE` and nothing else: 204; id and version stay", "PATCH"},
+      [&context](const Request& request, JsonValue body) { return ChangeDocument(context, request, body); });
 }
 
 }  // namespace vantry_sim

@@ -39,10 +39,13 @@ Response Documents(const ServiceContext& context, const Request& request) {
 }  // namespace
 
 void AddWorkspaceRoutes(Router& router, const ServiceContext& context) {
-  router.Add("GET", "servlet/rest/v1/dkm/workspaces",
-             [&context](const Request& request) { return List(context, request); });
-  router.Add("GET", "servlet/rest/v1/dkm/workspaces/{id}/documents",
-             [&context](const Request& request) { return Documents(context, request); });
+  router.Add(
+      "GET", "servlet/rest/v1/dkm/workspaces",
+      [&context](const Request& request) { return List(context, request); },
+      "one's own workspaces in the context `?contextId=`");
+  router.Add(
+      "GET", "servlet/rest/v1/dkm/workspaces/{id}/documents",
+      [&context](const Request& request) { return Documents(context, request); }, "what a workspace holds");
 }
 
 }  // namespace vantry_sim

@@ -2,7 +2,6 @@
 #include "simulator/routes/write_route.h"
 #include "simulator/store/checkouts.h"
 #include "simulator/store/folder_store.h"
-#include "simulator/store/user_store.h"
 #include "simulator/store/workspace_store.h"
 #include "simulator/wire/json.h"
 #include "simulator/wire/json_members.h"
@@ -10,7 +9,7 @@
 namespace vantry_sim {
 namespace {
 
-Response Create(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+Response Create(const ServiceContext& context, const Request& request, JsonValue body) {
   std::string problem, name, context_id, description;
   JsonMembers members(body, problem);
   members.Text("name", name, true).Text("contextId", context_id, true).Text("description", description);
@@ -21,20 +20,16 @@ Response Create(const ServiceContext& context, const Request& request, const rap
     if (other.name == name)
       return ErrorResponse(409, "name-taken", "the user has a workspace of this name: " + other.oid);
   }
-  const std::string oid = "W" + std::to_string(NextNumber(context.database));
-  context.database
-      .Prepare("INSERT INTO workspaces(oid, context, owner, name, description) VALUES(?1, ?2, ?3, ?4, ?5)")
-      .Bind(oid, *place, UserKey(context.database, request.user), name, description)
-      .Run();
+  const WorkspaceRow made = MakeWorkspace(context.database, *place, request.user, name, description);
   JsonText json;
-  json.StartObject().Member("id", oid).Member("name", name).Member("description", description);
+  json.StartObject().Member("id", made.oid).Member("name", name).Member("description", description);
   json.Member("contextId", context_id).EndObject();
   Response response;
   response.body = json.Take();
   return response;
 }
 
-Response Delete(const ServiceContext& context, const Request& request, const rapidjson::Value& body) {
+Response Delete(const ServiceContext& context, const Request& request, JsonValue body) {
   if (!body.IsArray()) return ErrorResponse(400, "bad-body", "the body is an array");
   const auto workspace = FindWorkspace(context.database, request.Path("id"), request.user);
   if (!workspace) return ErrorResponse(404, "no-such-workspace", "this user has no workspace with this id");
@@ -47,14 +42,15 @@ Response Delete(const ServiceContext& context, const Request& request, const rap
 }  // namespace
 
 void AddWorkspaceWriteRoutes(Router& router, const ServiceContext& context) {
-  AddWrite(router, context, "servlet/rest/v1/dkm/workspaces",
-           [&context](const Request& request, const rapidjson::Value& body) {
-             return Create(context, request, body);
-           });
-  AddWrite(router, context, "servlet/rest/v1/dkm/workspaces/{id}/delete",
-           [&context](const Request& request, const rapidjson::Value& body) {
-             return Delete(context, request, body);
-           });
+  AddWrite(
+      router, context,
+      {"servlet/rest/v1/dkm/workspaces",
+       "`name`, `contextId`, `description`: the workspace; 409 for a name that its user has in the context"},
+      [&context](const Request& request, JsonValue body) { return Create(context, request, body); });
+  AddWrite(router, context,
+           {"servlet/rest/v1/dkm/workspaces/{id}/delete",
+            "`[]`: working copies in it are thrown away, and documents that were never checked in"},
+           [&context](const Request& request, JsonValue body) { return Delete(context, request, body); });
 }
 
 }  // namespace vantry_sim

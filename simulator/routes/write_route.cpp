@@ -2,23 +2,27 @@
 
 #include <utility>
 
+#include "simulator/wire/json_reader.h"
+
 namespace vantry_sim {
 namespace {
 
-constexpr unsigned kParseFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag;
+Response WrongNonce(const Request& request) {
+  return ErrorResponse(403, "nonce",
+                       request.nonce.empty() ? "a request that writes brings the header X-Zvk-Nonce"
+                                             : "the nonce is not this server's, or not this session's");
+}
 
 Response Write(const ServiceContext& context, const Request& request, const WriteHandler& handler) {
   if (auto refusal = RefuseNonce(context, request)) return std::move(*refusal);
   if (!request.content_type.starts_with("application/json")) {
     return ErrorResponse(415, "no-json", "the body must come as application/json");
   }
-  rapidjson::Document body;
-  // Depth costs no stack here, and what reads the values knows how deep they may be.
-  body.Parse<kParseFlags>(request.body.data(), request.body.size());
-  if (body.HasParseError()) return ErrorResponse(400, "broken-json", "the body is no JSON text");
+  const auto body = ReadJson(request.body);
+  if (!body) return ErrorResponse(400, "broken-json", "the body is no JSON text");
 
   Transaction transaction(context.database);
-  Response response = handler(request, body);
+  Response response = handler(request, body->Root());
   if (response.status >= 200 && response.status < 300) transaction.Commit();
   return response;
 }
@@ -26,17 +30,22 @@ Response Write(const ServiceContext& context, const Request& request, const Writ
 }  // namespace
 
 Refusal RefuseNonce(const ServiceContext& context, const Request& request) {
-  if (request.nonce == context.nonce) return std::nullopt;
-  return ErrorResponse(403, "nonce",
-                       request.nonce.empty() ? "a request that writes brings the header X-Zvk-Nonce"
-                                             : "the nonce is not this server's");
+  if (context.nonces.Accepts(request)) return std::nullopt;
+  return WrongNonce(request);
 }
 
-void AddWrite(Router& router, const ServiceContext& context, std::string_view pattern, WriteHandler handler,
-              std::string_view method) {
-  router.Add(method, pattern, [&context, handler = std::move(handler)](const Request& request) {
-    return Write(context, request, handler);
-  });
+Refusal RefuseUploadNonce(const ServiceContext& context, const Request& request) {
+  if (context.nonces.AcceptsUpload(request)) return std::nullopt;
+  return WrongNonce(request);
+}
+
+void AddWrite(Router& router, const ServiceContext& context, const WriteRoute& route, WriteHandler handler) {
+  router.Add(
+      route.method, route.pattern,
+      [&context, handler = std::move(handler)](const Request& request) {
+        return Write(context, request, handler);
+      },
+      route.about);
 }
 
 }  // namespace vantry_sim

@@ -73,8 +73,11 @@ Response Preferences(const ServiceContext& context, const Request& request) {
 
 void AddXliffPreferenceRoutes(Router& router, const ServiceContext& context) {
   if (!HasOData(context.options.generation) || !context.options.translation) return;
-  router.Add("GET", "servlet/odata/v{version}/DynamicDocMgmt/XliffPreferences({arguments})",
-             [&context](const Request& request) { return Preferences(context, request); });
+  router.Add(
+      "GET", "servlet/odata/v{version}/DynamicDocMgmt/XliffPreferences({arguments})",
+      [&context](const Request& request) { return Preferences(context, request); },
+      "how a source XLIFF is to be uploaded; the arguments are "
+      "`oidForQ7zkDocument='<id>',sourceLanguage='<language>'`");
 }
 
 }  // namespace vantry_sim

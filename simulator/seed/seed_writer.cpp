@@ -3,17 +3,12 @@
 #include <algorithm>
 
 namespace vantry_sim {
-namespace {
-
-/// The class in the middle of a context's id, e.g. vn.product.Product.
-std::string ContextOid(std::string_view kind, int number) {
+std::string ContextOidFront(std::string_view kind) {
   std::string package(kind);
   std::transform(package.begin(), package.end(), package.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  return "OR:vn." + package + "." + std::string(kind) + ":" + std::to_string(number);
+  return "OR:vn." + package + "." + std::string(kind) + ":";
 }
-
-}  // namespace
 
 std::int64_t SeedWriter::AddUser(std::string_view name, std::string_view full_name) {
   database_.Prepare("INSERT INTO users(name, full_name) VALUES(?1, ?2)").Bind(name, full_name).Run();
@@ -23,7 +18,7 @@ std::int64_t SeedWriter::AddUser(std::string_view name, std::string_view full_na
 std::int64_t SeedWriter::AddContext(int number, std::string_view kind, std::string_view name,
                                     std::string_view organization) {
   database_.Prepare("INSERT INTO contexts(oid, kind, name, organization) VALUES(?1, ?2, ?3, ?4)")
-      .Bind(ContextOid(kind, number), kind, name, organization)
+      .Bind(ContextOidFront(kind) + std::to_string(number), kind, name, organization)
       .Run();
   return database_.LastRowId();
 }
@@ -80,8 +75,8 @@ std::int64_t SeedWriter::AddStream(std::int64_t number, std::string_view bytes) 
 }
 
 std::int64_t SeedWriter::AddGeneratedStream(std::int64_t number, std::uint64_t size) {
-  contents_.Generate(number, size);
-  database_.Prepare("INSERT INTO streams(id, size) VALUES(?1, ?2)")
+  contents_.Generate(number, size, number);
+  database_.Prepare("INSERT INTO streams(id, size, generator) VALUES(?1, ?2, ?1)")
       .Bind(number, static_cast<std::int64_t>(size))
       .Run();
   return number;

@@ -46,6 +46,9 @@ struct SeedContent {
   std::int64_t stream = 0;
 };
 
+/// What stands in front of the number in the id of a context of this kind: "OR:vn.product.Product:".
+std::string ContextOidFront(std::string_view kind);
+
 /// Inserts the rows of a seed. Every Add function returns the new row's id and throws DatabaseError, for one
 /// when a seed uses an id twice.
 class SeedWriter {

@@ -1,14 +1,13 @@
 #include "simulator/seed/seeds.h"
 
+#include <stdexcept>
+
+#include "simulator/seed/fixture_loader.h"
+#include "simulator/seed/fixture_reader.h"
 #include "simulator/wire/authentication.h"
 
 namespace vantry_sim {
 namespace {
-
-bool IsSeeded(Database& database) {
-  auto statement = database.Prepare("SELECT 1 FROM facts WHERE key = 'seed'");
-  return statement.Step();
-}
 
 const char* WordOf(Seed::Kind kind) {
   switch (kind) {
@@ -16,23 +15,58 @@ const char* WordOf(Seed::Kind kind) {
       return "demo";
     case Seed::Kind::kBulk:
       return "bulk";
+    case Seed::Kind::kFile:
+      return "file";
     case Seed::Kind::kEmpty:
       break;
   }
   return "empty";
 }
 
+/// A place to put something into, and nothing in it.
+void SeedEmpty(SeedWriter& writer) {
+  const auto product = writer.AddContext(101, "Product", "Empty", "Kettenblitz");
+  writer.AddFolder(201, product, 0, "Default");
+}
+
+void SeedFromFile(Database& database, ContentStore& contents, const std::string& file) {
+  std::vector<FixtureProblem> problems;
+  const auto fixture = ReadFixtureFile(file, problems);
+  if (!fixture) throw std::runtime_error(TextOf(problems, file));
+  LoadFixture(database, contents, *fixture);
+}
+
 }  // namespace
 
-void SeedOnce(Database& database, ContentStore& contents, const Seed& seed) {
-  if (IsSeeded(database)) return;
+bool IsSeeded(Database& database) {
+  auto statement = database.Prepare("SELECT 1 FROM facts WHERE key = 'seed'");
+  return statement.Step();
+}
+
+void ForgetState(Database& database) {
+  // What refers to others goes before what is referred to.
+  for (const char* table : {"translations", "xliff_links", "application_versions", "uploads",
+                            "ticket_streams", "tickets", "dependencies", "attributes", "contents",
+                            "checkouts", "workspace_documents", "iterations", "masters", "workspaces"}) {
+    database.Execute((std::string("DELETE FROM ") + table).c_str());
+  }
+  // A folder refers to the one around it, which is older.
+  database.Execute(
+      "PRAGMA defer_foreign_keys = ON; DELETE FROM folders; DELETE FROM contexts; DELETE FROM users;");
+}
+
+Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed) {
+  if (IsSeeded(database)) return Seeding::kBefore;
   Transaction transaction(database);
   SeedWriter writer(database, contents);
+  if (seed.kind == Seed::Kind::kEmpty) SeedEmpty(writer);
   if (seed.kind == Seed::Kind::kDemo) SeedDemo(writer, seed.large_bytes);
-  if (seed.kind == Seed::Kind::kBulk) SeedBulk(writer, seed.bulk_documents);
+  if (seed.kind == Seed::Kind::kBulk) SeedBulk(writer, seed.bulk);
+  if (seed.kind == Seed::Kind::kFile) SeedFromFile(database, contents, seed.file);
   database.Prepare("INSERT OR IGNORE INTO users(name, full_name) VALUES(?1, ?1)").Bind(kOpenServerUser).Run();
   database.Prepare("INSERT INTO facts(key, value) VALUES('seed', ?1)").Bind(WordOf(seed.kind)).Run();
   transaction.Commit();
+  return Seeding::kDone;
 }
 
 void EnsureUsers(Database& database, const std::vector<UserCredentials>& users) {

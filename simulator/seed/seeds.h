@@ -4,14 +4,29 @@
 #include <vector>
 
 #include "simulator/options.h"
+#include "simulator/seed/bulk_shape.h"
 #include "simulator/seed/seed_writer.h"
 #include "simulator/store/content_store.h"
 #include "simulator/store/database.h"
 
 namespace vantry_sim {
 
-/// Fills the database, in one transaction, unless it was filled before. @throws std::exception
-void SeedOnce(Database& database, ContentStore& contents, const Seed& seed);
+/// What a database was filled with.
+enum class Seeding {
+  kDone,    ///< with this seed, just now
+  kBefore,  ///< with whatever it was filled with before
+};
+
+/// Fills the database, in one transaction, unless it was filled before. @throws std::exception, for a state
+/// file with something wrong in it one that names its lines
+Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed);
+
+/// Whether a database was filled.
+bool IsSeeded(Database& database);
+
+/// Empties a database, so that another state can be put into it, which may refer to the streams of the one
+/// before. To be called in a transaction.
+void ForgetState(Database& database);
 
 /// Makes sure that everybody who can log in is a user of the database.
 void EnsureUsers(Database& database, const std::vector<UserCredentials>& users);
@@ -32,8 +47,8 @@ struct ManualPlaces {
 /// without any.
 void SeedDemoManuals(SeedWriter& writer, const ManualPlaces& places);
 
-/// One product "Bulk" with the documents D1000001, D1000002, ... in its folder "Parts". They share one
-/// stream.
-void SeedBulk(SeedWriter& writer, std::uint32_t documents);
+/// One product "Bulk" with the documents D1000001, D1000002, ..., in its folder "Parts" unless the shape has
+/// more of them. They share one stream, or a few.
+void SeedBulk(SeedWriter& writer, const BulkShape& shape);
 
 }  // namespace vantry_sim

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "simulator/store/document_deletion.h"
 #include "simulator/store/document_store.h"
 #include "simulator/store/document_writer.h"
 #include "simulator/store/folder_store.h"
@@ -81,30 +82,6 @@ std::int64_t HomeOf(Database& database, const DocumentRow& document) {
   return roots.empty() ? 0 : roots.front().key;
 }
 
-/// What depended on an iteration that goes away depends on its base from then on, or on nothing.
-void DeleteIteration(Database& database, std::int64_t iteration, std::optional<std::int64_t> base) {
-  if (base) {
-    database.Prepare("UPDATE dependencies SET source = ?2 WHERE source = ?1").Bind(iteration, *base).Run();
-  } else {
-    database.Prepare("DELETE FROM dependencies WHERE source = ?1").Bind(iteration).Run();
-  }
-  DeleteParts(database, iteration);
-  for (const char* sql :
-       {"DELETE FROM workspace_documents WHERE iteration = ?1", "DELETE FROM checkouts WHERE working = ?1",
-        "DELETE FROM xliff_links WHERE document = ?1 OR xliff = ?1"}) {
-    database.Prepare(sql).Bind(iteration).Run();
-  }
-  auto statement = database.Prepare("DELETE FROM iterations WHERE id = ?1 RETURNING master");
-  if (!statement.Bind(iteration).Step()) return;
-  const std::int64_t master = statement.Integer(0);
-  statement.Run();
-  database
-      .Prepare(
-          "DELETE FROM masters WHERE id = ?1 AND NOT EXISTS (SELECT 1 FROM iterations WHERE master = ?1)")
-      .Bind(master)
-      .Run();
-}
-
 }  // namespace
 
 Refusal CheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
@@ -156,8 +133,7 @@ Refusal CheckIn(Database& database, std::string_view user, const WorkspaceRow& w
   database
       .Prepare(
           "UPDATE iterations SET oid = ?2, workspace = NULL, folder = nullif(?3, 0), target_folder = NULL, "
-          "iteration = iteration + ?4, is_latest = 1, comment = ?5, modified = "
-          "strftime('%Y-%m-%dT%H:%M:%SZ', 'now') "
+          "iteration = iteration + ?4, is_latest = 1, comment = ?5, modified = server_time() "
           "WHERE id = ?1")
       .Bind(work->key, oid, folder, work->checkout_base_key ? 1 : 0, order.comment)
       .Run();

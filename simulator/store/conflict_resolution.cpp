@@ -32,26 +32,25 @@ Response BadResolution(std::string_view reason) {
 
 }  // namespace
 
-Refusal Resolutions::Read(const rapidjson::Value& body) {
+Refusal Resolutions::Read(JsonValue body) {
   std::string problem;
-  const rapidjson::Value* list = JsonMembers(body, problem).Array("conflictResolutions");
+  const JsonValue list = JsonMembers(body, problem).Array("conflictResolutions");
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
-  if (list == nullptr) return std::nullopt;
-  for (const rapidjson::Value& value : list->GetArray()) {
+  for (const JsonValue value : list) {
     if (auto refusal = ReadOne(value)) return refusal;
   }
   return std::nullopt;
 }
 
-Refusal Resolutions::ReadOne(const rapidjson::Value& value) {
+Refusal Resolutions::ReadOne(JsonValue value) {
   std::string problem, code, option;
   JsonMembers members(value, problem);
   members.Text("code", code, true).Text("resolutionOption", option, true);
-  const rapidjson::Value* entities = members.Array("appliedEntities", true);
+  const JsonValue entities = members.Array("appliedEntities", true);
   if (!problem.empty()) return BadResolution(problem);
   for (const Form& form : kForms) {
     if (form.code != code || form.option != option) continue;
-    for (const rapidjson::Value& entity : entities->GetArray()) {
+    for (const JsonValue entity : entities) {
       std::string type, field, id;
       JsonMembers(entity, problem).Text("type", type, true).Text("field", field, true).Text("value", id);
       if (!problem.empty()) return BadResolution(problem);
@@ -64,7 +63,14 @@ Refusal Resolutions::ReadOne(const rapidjson::Value& value) {
   return BadResolution("this server knows no such pair of code and resolutionOption");
 }
 
+Resolutions Resolutions::OfAll() {
+  Resolutions resolutions;
+  resolutions.all_ = true;
+  return resolutions;
+}
+
 bool Resolutions::Resolve(Conflict conflict, std::string_view id) const {
+  if (all_) return true;
   for (const Entry& entry : entries_) {
     if (entry.conflict == conflict && entry.id == id) return true;
   }

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <rapidjson/document.h>
-
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "simulator/wire/json_value.h"
 #include "simulator/wire/messages.h"
 
 namespace vantry_sim {
@@ -22,7 +21,10 @@ class Resolutions {
  public:
   /// Reads the member `conflictResolutions` of a body, which may be missing.
   /// @return a refusal for a form that cannot be read, and for words that this server doesn't know
-  Refusal Read(const rapidjson::Value& body);
+  Refusal Read(JsonValue body);
+
+  /// Resolutions of every conflict of every object, for a change that nobody is to be asked about.
+  [[nodiscard]] static Resolutions OfAll();
 
   /// Whether the conflict was resolved for the object with this id.
   [[nodiscard]] bool Resolve(Conflict conflict, std::string_view id) const;
@@ -35,8 +37,9 @@ class Resolutions {
     Conflict conflict;
     std::string id;
   };
-  Refusal ReadOne(const rapidjson::Value& value);
+  Refusal ReadOne(JsonValue value);
   std::vector<Entry> entries_;
+  bool all_ = false;
 };
 
 }  // namespace vantry_sim

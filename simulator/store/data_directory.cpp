@@ -5,45 +5,67 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
 
 #include "simulator/seed/seeds.h"
 #include "simulator/store/schema.h"
+#include "simulator/store/upload_store.h"
 
 namespace vantry_sim {
 namespace {
 
-int TakeLock(const std::filesystem::path& file) {
-  const int descriptor = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  if (descriptor < 0) throw std::runtime_error("cannot write " + file.string() + ": " + std::strerror(errno));
-  if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return descriptor;
-  close(descriptor);
-  throw std::runtime_error("another vantry-sim uses " + file.parent_path().string());
-}
+constexpr const char* kDatabaseFile = "vantry-sim.db";
 
 }  // namespace
 
 DataDirectory::DataDirectory(const Options& options) {
-  const std::filesystem::path directory = options.data_directory;
-  std::filesystem::create_directories(directory);
-  lock_ = TakeLock(directory / "lock");
-  try {
-    contents_ = std::make_unique<ContentStore>(directory / "content");
-    database_ = std::make_unique<Database>((directory / "vantry-sim.db").string());
-    EnsureSchema(*database_);
-    SeedOnce(*database_, *contents_, options.seed);
-    EnsureUsers(*database_, options.users);
-  } catch (...) {
-    close(lock_);
-    throw;
+  Open(options.data_directory);
+  const Seeding seeding = SeedOnce(*database_, *contents_, options.seed);
+  if (seeding == Seeding::kBefore && options.seed.asked_for) {
+    std::fprintf(stderr,
+                 "vantry-sim: --seed is ignored, since %s was filled before and keeps what it holds\n",
+                 options.data_directory.c_str());
   }
+  // A copy of millions of documents is made for nobody who doesn't ask for it.
+  if (seeding == Seeding::kDone && (options.seed.kind != Seed::Kind::kBulk || options.admin_port))
+    snapshots_->KeepSeed(*database_);
+  EnsureUsers(*database_, options.users);
+  contents_->CountFrom(LastStream(*database_));
 }
 
-DataDirectory::~DataDirectory() {
-  database_.reset();
-  close(lock_);
+std::unique_ptr<DataDirectory> DataDirectory::OpenFilled(const std::string& directory) {
+  if (!std::filesystem::exists(std::filesystem::path(directory) / kDatabaseFile))
+    throw std::runtime_error("there is no data of a vantry-sim in " + directory);
+  std::unique_ptr<DataDirectory> data(new DataDirectory);
+  data->Open(directory);
+  if (!IsSeeded(*data->database_)) throw std::runtime_error(directory + " was never filled");
+  return data;
+}
+
+/// Until it ends, nobody else opens it.
+void DataDirectory::Open(const std::string& directory) {
+  const std::filesystem::path place = directory;
+  std::filesystem::create_directories(place);
+  lock_.Take(place / "lock");
+  contents_ = std::make_unique<ContentStore>(place / "content");
+  database_ = std::make_unique<Database>((place / kDatabaseFile).string());
+  EnsureSchema(*database_);
+  snapshots_ = std::make_unique<Snapshots>(place);
+}
+
+DataDirectory::Lock::~Lock() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+void DataDirectory::Lock::Take(const std::filesystem::path& file) {
+  descriptor_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  if (descriptor_ < 0)
+    throw std::runtime_error("cannot write " + file.string() + ": " + std::strerror(errno));
+  if (flock(descriptor_, LOCK_EX | LOCK_NB) != 0)
+    throw std::runtime_error("another vantry-sim uses " + file.parent_path().string());
 }
 
 }  // namespace vantry_sim

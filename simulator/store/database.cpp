@@ -4,6 +4,9 @@
 
 #include <utility>
 
+#include "simulator/store/server_clock.h"
+#include "simulator/wire/timestamp.h"
+
 namespace vantry_sim {
 namespace {
 
@@ -12,8 +15,50 @@ constexpr int kBusyMilliseconds = 10'000;
 /// Filters from the wire make ever new texts of statements; beyond so many the ones at rest are dropped.
 constexpr std::size_t kMostStatementTexts = 512;
 
+/// The time for the SQL functions. @param clock address of the database's pointer to its clock
+std::int64_t TimeFor(sqlite3_context* context) {
+  const auto* const* clock = static_cast<const ServerClock* const*>(sqlite3_user_data(context));
+  return *clock == nullptr ? ServerClock().Now() : (*clock)->Now();
+}
+
+void ServerTime(sqlite3_context* context, int, sqlite3_value**) {
+  const std::string text = TimestampOfSecond(TimeFor(context));
+  sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+void ServerSeconds(sqlite3_context* context, int, sqlite3_value**) {
+  sqlite3_result_int64(context, TimeFor(context) / 1000);
+}
+
 [[noreturn]] void Fail(sqlite3* handle, const char* what) {
   throw DatabaseError(std::string(what) + ": " + sqlite3_errmsg(handle));
+}
+
+/// A connection to another database, for as long as something is copied.
+class OtherDatabase {
+ public:
+  OtherDatabase(const std::string& file, int flags) {
+    if (sqlite3_open_v2(file.c_str(), &handle_, flags | SQLITE_OPEN_NOMUTEX, nullptr) == SQLITE_OK) return;
+    const std::string reason = handle_ != nullptr ? sqlite3_errmsg(handle_) : "out of memory";
+    sqlite3_close(handle_);
+    throw DatabaseError("cannot open " + file + ": " + reason);
+  }
+  OtherDatabase(const OtherDatabase&) = delete;
+  OtherDatabase& operator=(const OtherDatabase&) = delete;
+  ~OtherDatabase() { sqlite3_close(handle_); }
+  [[nodiscard]] sqlite3* handle() const { return handle_; }
+
+ private:
+  sqlite3* handle_ = nullptr;
+};
+
+void Copy(sqlite3* from, sqlite3* to) {
+  sqlite3_backup* backup = sqlite3_backup_init(to, "main", from, "main");
+  if (backup == nullptr) Fail(to, "cannot begin a copy");
+  const int code = sqlite3_backup_step(backup, -1);
+  sqlite3_backup_finish(backup);
+  if (code != SQLITE_DONE)
+    throw DatabaseError(std::string("cannot copy a database: ") + sqlite3_errstr(code));
 }
 
 }  // namespace
@@ -96,6 +141,7 @@ Database::Database(const std::string& file) {
   }
   sqlite3_busy_timeout(handle_, kBusyMilliseconds);
   try {
+    AddFunctions();
     Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON;");
   } catch (const DatabaseError&) {
     sqlite3_close(handle_);
@@ -106,6 +152,38 @@ Database::Database(const std::string& file) {
 Database::~Database() {
   ForgetIdle();
   sqlite3_close(handle_);
+}
+
+void Database::AddFunctions() {
+  const auto add = [this](const char* name, void (*function)(sqlite3_context*, int, sqlite3_value**)) {
+    if (sqlite3_create_function_v2(handle_, name, 0, SQLITE_UTF8, &clock_, function, nullptr, nullptr,
+                                   nullptr) != SQLITE_OK) {
+      Fail(handle_, "cannot add a function");
+    }
+  };
+  add("server_time", ServerTime);
+  add("server_seconds", ServerSeconds);
+}
+
+void Database::CopyTo(const std::string& file) {
+  const OtherDatabase other(file, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+  Copy(handle_, other.handle());
+  // The copy is one file for itself, that others may read without making any beside it.
+  if (sqlite3_exec(other.handle(), "PRAGMA journal_mode = DELETE", nullptr, nullptr, nullptr) != SQLITE_OK)
+    Fail(other.handle(), "cannot finish a copy");
+}
+
+void Database::ReplaceBy(const std::string& file) {
+  const OtherDatabase other(file, SQLITE_OPEN_READONLY);
+  ForgetIdle();
+  Copy(other.handle(), handle_);
+  ++replaced_;
+}
+
+DatabaseVersion Database::Version() {
+  auto statement = Prepare("PRAGMA data_version");
+  const std::int64_t others = statement.Step() ? statement.Integer(0) : 0;
+  return {others, replaced_, sqlite3_total_changes64(handle_)};
 }
 
 void Database::ForgetIdle() {

@@ -78,6 +78,16 @@ class Statement {
   sqlite3_stmt* handle_;
 };
 
+class ServerClock;
+
+/// Says whether anything was written in between: two that are equal mean that nothing was.
+struct DatabaseVersion {
+  std::int64_t others = 0;
+  std::int64_t replaced = 0;
+  std::int64_t changes = 0;
+  bool operator==(const DatabaseVersion&) const = default;
+};
+
 /// One connection to the database file. Not for several threads at once: the simulator runs one request's
 /// handler at a time.
 class Database {
@@ -95,15 +105,32 @@ class Database {
   /// Runs one or more statements without parameters. @throws DatabaseError
   void Execute(const char* sql);
 
+  /// What the SQL functions `server_time()`, a text, and `server_seconds()`, since 1970, go by from now on:
+  /// the machine's time without this. @param clock outlives the database
+  void SetClock(const ServerClock& clock) { clock_ = &clock; }
+
+  /// Writes a copy of all that is held into a file, which must not be there. @throws DatabaseError
+  void CopyTo(const std::string& file);
+
+  /// Puts what a file holds in the place of all that is held, whole or not at all. Not to be called in a
+  /// transaction, nor while a statement is at work. @throws DatabaseError
+  void ReplaceBy(const std::string& file);
+
+  /// What changes with everything that is written, by this connection or by another process.
+  [[nodiscard]] DatabaseVersion Version();
+
   /// The row id that the last INSERT made.
   [[nodiscard]] std::int64_t LastRowId() const;
 
  private:
   friend class Statement;
+  void AddFunctions();
   void GiveBack(std::string sql, sqlite3_stmt* handle);
   void ForgetIdle();
 
   sqlite3* handle_ = nullptr;
+  const ServerClock* clock_ = nullptr;
+  std::int64_t replaced_ = 0;  ///< times that everything was
   std::map<std::string, std::vector<sqlite3_stmt*>, std::less<>> idle_;
 };
 

@@ -7,39 +7,39 @@
 namespace vantry_sim {
 namespace {
 
-ContentInstruction ReadContent(const rapidjson::Value& value, std::string& problem) {
+ContentInstruction ReadContent(JsonValue value, std::string& problem) {
   ContentInstruction content;
   JsonMembers members(value, problem);
   members.Text("category", content.category, true).Text("fileName", content.file_name, true);
   members.Flag("isHidden", content.is_hidden);
   if (!members.Has("streamId")) return content;
   members.Number("streamId", content.stream.emplace(0));
-  if (const auto* info = members.Object("uploadInfo", true)) {
-    JsonMembers(*info, problem).Text("encodedCCD", content.receipt);
+  if (const JsonValue info = members.Object("uploadInfo", true); !info.IsMissing()) {
+    JsonMembers(info, problem).Text("encodedCCD", content.receipt);
   }
   return content;
 }
 
-void ReadContents(const rapidjson::Value* array, std::string& problem, std::vector<ContentInstruction>& out) {
-  if (array == nullptr) return;
-  for (const rapidjson::Value& value : array->GetArray()) out.push_back(ReadContent(value, problem));
+void ReadContents(JsonValue array, std::string& problem, std::vector<ContentInstruction>& out) {
+  if (array.IsMissing()) return;
+  for (const JsonValue value : array) out.push_back(ReadContent(value, problem));
 }
 
 void ReadAttributes(JsonMembers& document, std::string& problem, DocumentInstruction& out) {
-  const rapidjson::Value* array = document.Array("fileBasedAttributes");
-  if (array == nullptr) return;
+  JsonValue array = document.Array("fileBasedAttributes");
+  if (array.IsMissing()) return;
   auto& attributes = out.attributes.emplace();
-  for (const rapidjson::Value& value : array->GetArray()) {
+  for (const JsonValue value : array) {
     AttributeInstruction attribute;
     JsonMembers members(value, problem);
-    if (const auto* definition = members.Object("parameterDefinition", true)) {
-      JsonMembers names(*definition, problem);
+    if (const JsonValue definition = members.Object("parameterDefinition", true); !definition.IsMissing()) {
+      JsonMembers names(definition, problem);
       names.Text("parameterName", attribute.parameter_name, true)
           .Text("attributeName", attribute.attribute_name);
       names.Text("valueType", attribute.value_type, true);
     }
-    if (const auto* given = members.Object("parameterValue", true)) {
-      JsonMembers(*given, problem).Text("value", attribute.value);
+    if (const JsonValue given = members.Object("parameterValue", true); !given.IsMissing()) {
+      JsonMembers(given, problem).Text("value", attribute.value);
     }
     attributes.push_back(std::move(attribute));
   }
@@ -49,32 +49,32 @@ void ReadAttributes(JsonMembers& document, std::string& problem, DocumentInstruc
 void ReadDependencies(JsonMembers& document, std::string& problem, DocumentInstruction& out) {
   bool derived = false;
   document.Flag("isDerived", derived);
-  const rapidjson::Value* array = document.Array("derivedSourceDependencies", derived);
-  if (!document.Has("isDerived") && array == nullptr) return;
+  JsonValue array = document.Array("derivedSourceDependencies", derived);
+  if (!document.Has("isDerived") && array.IsMissing()) return;
   auto& dependencies = out.dependencies.emplace();
-  if (array == nullptr) return;
-  for (const rapidjson::Value& value : array->GetArray()) {
+  if (array.IsMissing()) return;
+  for (const JsonValue value : array) {
     DependencyInstruction dependency;
     JsonMembers members(value, problem);
     members.Text("asStoredChildName", dependency.as_stored_child_name).Flag("isDirect", dependency.is_direct);
-    if (const auto* source = members.Object("source", true)) {
-      JsonMembers(*source, problem).Text("id", dependency.source, true);
+    if (const JsonValue source = members.Object("source", true); !source.IsMissing()) {
+      JsonMembers(source, problem).Text("id", dependency.source, true);
     }
     dependencies.push_back(std::move(dependency));
   }
 }
 
-void ReadDocument(const rapidjson::Value& value, std::string& problem, DocumentInstruction& out) {
+void ReadDocument(JsonValue value, std::string& problem, DocumentInstruction& out) {
   JsonMembers document(value, problem);
   document.Text("id", out.id).Text("authAppVersion", out.auth_app_version).Text("ndVersion", out.nd_version);
   document.Text("typeId", out.type_id);
-  if (const auto* master = document.Object("epmMaster", true)) {
-    JsonMembers members(*master, problem);
+  if (const JsonValue master = document.Object("epmMaster", true); !master.IsMissing()) {
+    JsonMembers members(master, problem);
     members.Text("cadName", out.cad_name, true).Text("category", out.category);
     members.Text("subCategory", out.sub_category).Text("authoringApplication", out.application);
   }
-  if (const auto* content = document.Object("cadContent", true)) {
-    ReadContents(JsonMembers(*content, problem).Array("contentSections", true), problem, out.primary);
+  if (const JsonValue content = document.Object("cadContent", true); !content.IsMissing()) {
+    ReadContents(JsonMembers(content, problem).Array("contentSections", true), problem, out.primary);
   }
   ReadContents(document.Array("secondaryContents"), problem, out.secondary);
   ReadAttributes(document, problem, out);
@@ -87,19 +87,18 @@ void ReadDocument(const rapidjson::Value& value, std::string& problem, DocumentI
 
 }  // namespace
 
-Refusal ReadInstructions(const rapidjson::Value& body, const char* member,
-                         std::vector<DocumentInstruction>& out) {
+Refusal ReadInstructions(JsonValue body, const char* member, std::vector<DocumentInstruction>& out) {
   std::string problem;
-  const rapidjson::Value* array = JsonMembers(body, problem).Array(member, true);
-  if (problem.empty() && array->Empty()) problem = std::string(member) + " is empty";
-  if (problem.empty() && array->Size() > kMostInstructions) problem = std::string(member) + " is too long";
+  JsonValue array = JsonMembers(body, problem).Array(member, true);
+  if (problem.empty() && array.Size() == 0) problem = std::string(member) + " is empty";
+  if (problem.empty() && array.Size() > kMostInstructions) problem = std::string(member) + " is too long";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
-  for (const rapidjson::Value& value : array->GetArray()) {
+  for (const JsonValue value : array) {
     DocumentInstruction instruction;
     JsonMembers members(value, problem);
     members.Text("targetFolderId", instruction.target_folder);
-    if (const auto* document = members.Object("epmDocument", true))
-      ReadDocument(*document, problem, instruction);
+    if (const JsonValue document = members.Object("epmDocument", true); !document.IsMissing())
+      ReadDocument(document, problem, instruction);
     if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
     out.push_back(std::move(instruction));
   }

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <rapidjson/document.h>
-
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "simulator/wire/json_value.h"
 #include "simulator/wire/messages.h"
 
 namespace vantry_sim {
@@ -57,7 +56,6 @@ inline constexpr std::size_t kMostInstructions = 1000;
 /// Reads an array of instructions.
 /// @param member such as "createInstructions"; must be there and hold something
 /// @return a refusal with 400 that says which member is wrong
-Refusal ReadInstructions(const rapidjson::Value& body, const char* member,
-                         std::vector<DocumentInstruction>& out);
+Refusal ReadInstructions(JsonValue body, const char* member, std::vector<DocumentInstruction>& out);
 
 }  // namespace vantry_sim

@@ -175,7 +175,7 @@ Refusal StoreDocument(Database& database, std::string_view user, const Workspace
   database
       .Prepare(
           "UPDATE iterations SET auth_app_version = ?2, nd_version = ?3, "
-          "modified = strftime('%Y-%m-%dT%H:%M:%SZ', 'now') WHERE id = ?1")
+          "modified = server_time() WHERE id = ?1")
       .Bind(document->key, instruction.auth_app_version, instruction.nd_version)
       .Run();
   oid = document->oid;

@@ -150,7 +150,7 @@ std::int64_t InsertIteration(Database& database, const NewIteration& iteration) 
           "iteration, "
           "is_latest, auth_app_version, nd_version, service, modified) VALUES(?1, ?2, ?3, nullif(?4, 0), "
           "nullif(?5, 0), nullif(?6, 0), ?7, ?8, ?9, ?10, ?11, (SELECT service FROM masters WHERE id = ?2), "
-          "strftime('%Y-%m-%dT%H:%M:%SZ', 'now'))")
+          "server_time())")
       .Bind("D" + std::to_string(NextNumber(database)), iteration.master, iteration.context,
             iteration.folder.value_or(0), iteration.workspace.value_or(0),
             iteration.target_folder.value_or(0), iteration.revision, iteration.iteration, iteration.is_latest,

@@ -197,6 +197,22 @@ CREATE TABLE translations(
   translated INTEGER NOT NULL UNIQUE REFERENCES masters(id),
   PRIMARY KEY(xliff, translated)) WITHOUT ROWID;
 )sql",
+    R"sql(
+-- The columns of the key come first: where another one stands between them, SQLite's integrity check takes
+-- values of a table without row ids for NULL.
+CREATE TABLE ordered_ticket_streams(
+  ticket INTEGER NOT NULL REFERENCES tickets(id),
+  file_name TEXT NOT NULL,
+  stream INTEGER NOT NULL UNIQUE,
+  PRIMARY KEY(ticket, file_name)) WITHOUT ROWID;
+INSERT INTO ordered_ticket_streams SELECT ticket, file_name, stream FROM ticket_streams;
+DROP TABLE ticket_streams;
+ALTER TABLE ordered_ticket_streams RENAME TO ticket_streams;
+)sql",
+    R"sql(
+-- The number that the bytes of a generated stream were made from; nothing for any other stream.
+ALTER TABLE streams ADD COLUMN generator INTEGER;
+)sql",
 };
 
 constexpr std::int64_t kNewest = std::size(kSteps);

@@ -1,5 +1,6 @@
 #include "simulator/store/translation_store.h"
 
+#include "simulator/store/attribute_store.h"
 #include "simulator/store/xliff_preferences.h"
 
 namespace vantry_sim {
@@ -83,18 +84,8 @@ Refusal SetExtendedType(Database& database, const DocumentRow& document, std::st
   }
   if (!document.workspace_key && !document.is_latest)
     return ErrorResponse(409, "not-latest", document.oid + " has a newer version");
-  auto known = database.Prepare("SELECT 1 FROM attributes WHERE iteration = ?1 AND parameter_name = ?2");
-  const bool has_one = known.Bind(document.key, kExtendedType).Step();
-  database
-      .Prepare(has_one ? "UPDATE attributes SET value = ?3 WHERE iteration = ?1 AND parameter_name = ?2"
-                       : "INSERT INTO attributes(iteration, position, parameter_name, attribute_name, "
-                         "value_type, value) SELECT ?1, ifnull(max(position) + 1, 0), ?2, ?2, 'String', ?3 "
-                         "FROM attributes WHERE iteration = ?1")
-      .Bind(document.key, kExtendedType, type)
-      .Run();
-  database.Prepare("UPDATE iterations SET modified = strftime('%Y-%m-%dT%H:%M:%SZ', 'now') WHERE id = ?1")
-      .Bind(document.key)
-      .Run();
+  SetAttribute(database, document.key, kExtendedType, type);
+  Touch(database, document.key);
   return std::nullopt;
 }
 

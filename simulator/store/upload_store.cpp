@@ -13,23 +13,35 @@ void ForgetTicket(Database& database, std::int64_t ticket) {
 
 void ForgetOldTickets(Database& database) {
   std::vector<std::int64_t> old;
-  auto statement = database.Prepare("SELECT id FROM tickets WHERE created < unixepoch() - 86400");
+  auto statement = database.Prepare("SELECT id FROM tickets WHERE created < server_seconds() - 86400");
   while (statement.Step()) old.push_back(statement.Integer(0));
   for (const std::int64_t ticket : old) ForgetTicket(database, ticket);
 }
 
 }  // namespace
 
-UploadTicket MakeTicket(Database& database, std::string_view user, std::int64_t files,
+std::int64_t LastStream(Database& database) {
+  auto statement = database.Prepare(
+      "SELECT max(ifnull((SELECT max(id) FROM streams), 0), ifnull((SELECT max(stream) FROM ticket_streams), "
+      "0))");
+  return statement.Step() ? statement.Integer(0) : 0;
+}
+
+void ForgetUploads(Database& database) {
+  database.Execute("DELETE FROM ticket_streams; DELETE FROM tickets; DELETE FROM uploads;");
+}
+
+UploadTicket MakeTicket(Database& database, ContentStore& contents, std::string_view user, std::int64_t files,
                         std::string_view master_url) {
   ForgetOldTickets(database);
   UploadTicket ticket{RandomHexadecimal(), std::string(master_url), {}};
-  database.Prepare("INSERT INTO tickets(token, user, master_url, created) VALUES(?1, ?2, ?3, unixepoch())")
+  database
+      .Prepare("INSERT INTO tickets(token, user, master_url, created) VALUES(?1, ?2, ?3, server_seconds())")
       .Bind(ticket.token, UserKey(database, user), master_url)
       .Run();
   const std::int64_t key = database.LastRowId();
   for (std::int64_t i = 0; i < files; ++i) {
-    const std::int64_t stream = NextNumber(database);
+    const std::int64_t stream = contents.NextStream();
     const std::string name = "file" + std::to_string(stream);
     database.Prepare("INSERT INTO ticket_streams(ticket, stream, file_name) VALUES(?1, ?2, ?3)")
         .Bind(key, stream, name)
@@ -69,6 +81,14 @@ std::vector<std::string> AcceptUpload(Database& database, const UploadTicket& ti
   auto statement = database.Prepare("SELECT id FROM tickets WHERE token = ?1");
   if (statement.Bind(ticket.token).Step()) ForgetTicket(database, statement.Integer(0));
   return receipts;
+}
+
+std::string GiveReceipt(Database& database, std::string_view user, std::int64_t stream) {
+  std::string receipt = RandomHexadecimal();
+  database.Prepare("INSERT OR REPLACE INTO uploads(stream, user, receipt, file_name) VALUES(?1, ?2, ?3, '')")
+      .Bind(stream, UserKey(database, user), receipt)
+      .Run();
+  return receipt;
 }
 
 bool TakeReceipt(Database& database, std::string_view user, std::int64_t stream, std::string_view receipt) {

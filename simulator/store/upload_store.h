@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "simulator/store/content_store.h"
 #include "simulator/store/database.h"
 
 namespace vantry_sim {
@@ -22,8 +23,14 @@ struct UploadTicket {
 inline constexpr std::int64_t kMostFilesOfATicket = 100;
 
 /// Gives a ticket. Tickets older than a day are forgotten.
-UploadTicket MakeTicket(Database& database, std::string_view user, std::int64_t files,
+UploadTicket MakeTicket(Database& database, ContentStore& contents, std::string_view user, std::int64_t files,
                         std::string_view master_url);
+
+/// The greatest number of a stream that the database knows, with those of tickets; 0 for none.
+std::int64_t LastStream(Database& database);
+
+/// Forgets all tickets, and uploads that no document has taken.
+void ForgetUploads(Database& database);
 
 /// The user's ticket with this token, as long as it hasn't been used.
 std::optional<UploadTicket> FindTicket(Database& database, std::string_view token, std::string_view user);
@@ -39,6 +46,9 @@ struct ReceivedStream {
 /// the bytes lie in the content store.
 std::vector<std::string> AcceptUpload(Database& database, const UploadTicket& ticket, std::string_view user,
                                       const std::vector<ReceivedStream>& streams);
+
+/// Gives a receipt for a stream that is there already. To be called in a transaction.
+std::string GiveReceipt(Database& database, std::string_view user, std::int64_t stream);
 
 /// Takes a receipt back, which can be done once. To be called in a transaction.
 /// @return false for one that was never given for this stream and user, or that was used

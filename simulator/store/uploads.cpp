@@ -28,7 +28,7 @@ std::unique_ptr<UploadReceiver> ReceiverFor(const ServiceContext& context, const
     refusal = ErrorResponse(404, "no-such-route", "this port takes uploads for tickets alone");
     return nullptr;
   }
-  if (auto missing = RefuseNonce(context, request)) {
+  if (auto missing = RefuseUploadNonce(context, request)) {
     refusal = std::move(*missing);
     return nullptr;
   }

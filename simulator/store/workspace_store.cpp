@@ -1,5 +1,7 @@
 #include "simulator/store/workspace_store.h"
 
+#include "simulator/store/user_store.h"
+
 namespace vantry_sim {
 namespace {
 
@@ -21,6 +23,16 @@ std::vector<WorkspaceRow> WorkspacesOf(Database& database, std::string_view cont
   std::vector<WorkspaceRow> rows;
   while (statement.Step()) rows.push_back(ReadRow(statement));
   return rows;
+}
+
+WorkspaceRow MakeWorkspace(Database& database, std::int64_t context, std::string_view user,
+                           std::string_view name, std::string_view description) {
+  const std::string oid = "W" + std::to_string(NextNumber(database));
+  database
+      .Prepare("INSERT INTO workspaces(oid, context, owner, name, description) VALUES(?1, ?2, ?3, ?4, ?5)")
+      .Bind(oid, context, UserKey(database, user), name, description)
+      .Run();
+  return FindWorkspace(database, oid, user).value_or(WorkspaceRow{});
 }
 
 std::optional<WorkspaceRow> FindWorkspace(Database& database, std::string_view oid, std::string_view user) {

@@ -25,6 +25,10 @@ struct WorkspaceRow {
 std::vector<WorkspaceRow> WorkspacesOf(Database& database, std::string_view context_oid,
                                        std::string_view user);
 
+/// Makes a workspace. @param context row id
+WorkspaceRow MakeWorkspace(Database& database, std::int64_t context, std::string_view user,
+                           std::string_view name, std::string_view description);
+
 /// The user's workspace with this id; nothing for an unknown one or somebody else's.
 std::optional<WorkspaceRow> FindWorkspace(Database& database, std::string_view oid, std::string_view user);
 

@@ -23,20 +23,6 @@ bool EqualIgnoringCase(std::string_view left, std::string_view lower) {
   return true;
 }
 
-std::optional<UserCredentials> ReadBasic(std::string_view authorization) {
-  const auto blank = authorization.find(' ');
-  if (blank == std::string_view::npos || !EqualIgnoringCase(authorization.substr(0, blank), "basic")) {
-    return std::nullopt;
-  }
-  authorization.remove_prefix(blank + 1);
-  while (authorization.starts_with(' ')) authorization.remove_prefix(1);
-  const auto text = DecodeBase64(authorization);
-  if (!text) return std::nullopt;
-  const auto colon = text->find(':');
-  if (colon == std::string::npos || colon == 0) return std::nullopt;
-  return UserCredentials{text->substr(0, colon), text->substr(colon + 1)};
-}
-
 }  // namespace
 
 std::optional<std::string> DecodeBase64(std::string_view text) {
@@ -56,15 +42,36 @@ std::optional<std::string> DecodeBase64(std::string_view text) {
   return out;
 }
 
-std::optional<std::string> Authenticate(std::string_view authorization,
-                                        const std::vector<UserCredentials>& users) {
-  const auto given = ReadBasic(authorization);
-  if (users.empty()) return given ? given->name : std::string(kOpenServerUser);
-  if (!given) return std::nullopt;
-  for (const UserCredentials& user : users) {
-    if (user.name == given->name && user.password == given->password) return user.name;
+std::string EncodeBase64(std::string_view bytes) {
+  constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string out;
+  for (std::size_t i = 0; i < bytes.size(); i += 3) {
+    std::uint32_t bits = 0;
+    for (std::size_t byte = 0; byte < 3; ++byte)
+      bits = bits << 8 | (i + byte < bytes.size() ? static_cast<unsigned char>(bytes[i + byte]) : 0U);
+    for (std::size_t digit = 0; digit < 4; ++digit)
+      out += i + digit > bytes.size() ? '=' : kDigits[bits >> (18 - 6 * digit) & 63];
   }
-  return std::nullopt;
+  return out;
+}
+
+std::optional<std::string_view> CredentialsOf(std::string_view authorization, std::string_view scheme) {
+  const auto blank = authorization.find(' ');
+  if (blank == std::string_view::npos || !EqualIgnoringCase(authorization.substr(0, blank), scheme))
+    return std::nullopt;
+  authorization.remove_prefix(blank + 1);
+  while (authorization.starts_with(' ')) authorization.remove_prefix(1);
+  return authorization;
+}
+
+std::optional<UserCredentials> ReadBasic(std::string_view authorization) {
+  const auto credentials = CredentialsOf(authorization, "basic");
+  if (!credentials) return std::nullopt;
+  const auto text = DecodeBase64(*credentials);
+  if (!text) return std::nullopt;
+  const auto colon = text->find(':');
+  if (colon == std::string::npos || colon == 0) return std::nullopt;
+  return UserCredentials{text->substr(0, colon), text->substr(colon + 1)};
 }
 
 }  // namespace vantry_sim

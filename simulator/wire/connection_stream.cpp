@@ -4,13 +4,13 @@
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace vantry_sim {
 namespace {
@@ -18,7 +18,9 @@ namespace {
 /// Room for a request line and a header block; a client that sends more without an end is not heard any
 /// longer.
 constexpr std::size_t kMostHeadBytes = 256 * 1024;
-/// How long a client may pause in the middle of a request, and while it takes an answer.
+/// How much is read ahead at once.
+constexpr std::size_t kBlock = 16 * 1024;
+/// How long a client may pause in the middle of a body, and while it takes an answer.
 constexpr int kReadMilliseconds = 60'000;
 constexpr int kWriteMilliseconds = 600'000;
 constexpr int kLingerMilliseconds = 500;
@@ -36,60 +38,137 @@ void AddressOf(const sockaddr_storage& address, socklen_t length, std::string& i
   std::from_chars(digits.data(), digits.data() + digits.size(), port);
 }
 
+short EventsOf(Moved wait) {
+  return wait == Moved::kWaitWritable ? POLLOUT : POLLIN;
+}
+
+int StatusOf(std::string_view text) {
+  int status = 0;
+  if (text.starts_with("HTTP/1.1 ") && text.size() >= 12)
+    std::from_chars(text.data() + 9, text.data() + 12, status);
+  return status;
+}
+
+/// Whether this is the head of the answer itself, and not a "100 Continue" before it.
+bool IsFinalHead(std::string_view text) {
+  return StatusOf(text) >= 200;
+}
+
+/// The HTTP library would answer a part of a content with the status of a whole one. Without this line it
+/// doesn't know of the wish, which the content's answer reads from the head instead.
+void TakeRangeAway(std::string& buffer, std::size_t begin, std::size_t& head_size) {
+  std::size_t line = begin;
+  while (line < begin + head_size) {
+    const auto end = buffer.find('\n', line);
+    if (end == std::string::npos || end >= begin + head_size) return;
+    const auto colon = buffer.find(':', line);
+    if (colon < end && SameHeaderName(std::string_view(buffer).substr(line, colon - line), "Range")) {
+      buffer.erase(line, end + 1 - line);
+      head_size -= end + 1 - line;
+    } else {
+      line = end + 1;
+    }
+  }
+}
+
 }  // namespace
 
-ConnectionStream::ConnectionStream(int socket) : socket_(socket) {
+ConnectionStream::ConnectionStream(std::unique_ptr<Transport> transport, std::uint64_t number)
+    : transport_(std::move(transport)), number_(number) {
   // An answer goes out in two writes, head and body; without this the second waits for the client's
   // acknowledgement of the first.
   const int on = 1;
-  setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  setsockopt(socket(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+  sockaddr_storage address{};
+  socklen_t length = sizeof address;
+  if (getpeername(socket(), reinterpret_cast<sockaddr*>(&address), &length) == 0)
+    AddressOf(address, length, remote_address_, remote_port_);
+  length = sizeof address;
+  if (getsockname(socket(), reinterpret_cast<sockaddr*>(&address), &length) == 0)
+    AddressOf(address, length, local_address_, local_port_);
 }
 
-ConnectionStream::~ConnectionStream() {
-  close(socket_);
+ConnectionStream::~ConnectionStream() = default;
+
+ConnectionStream::Arrival ConnectionStream::Collect(Moved& wait) {
+  wait = Moved::kWaitReadable;
+  for (;;) {
+    const std::string_view pending = Pending();
+    if (const HeadEnd end = FindHeadEnd(pending, looked_through_); end.known) {
+      head_left_ = end.size;
+      return Arrival::kHead;
+    }
+    looked_through_ = pending.size();
+    if (pending.size() > kMostHeadBytes) return Arrival::kTooLong;
+    const Moved moved = ReadAhead();
+    if (moved == Moved::kDone) continue;
+    wait = moved;
+    if (moved != Moved::kEnd) return pending.empty() ? Arrival::kNothing : Arrival::kPart;
+    // A head that was cut off is judged by the HTTP library.
+    head_left_ = Pending().size();
+    return head_left_ == 0 || aborted_ ? Arrival::kClosed : Arrival::kHead;
+  }
 }
 
-bool ConnectionStream::WaitForRequest(int milliseconds) {
-  if (begin_ < end_) return true;
-  return WaitFor(POLLIN, milliseconds) && Fill();
+bool ConnectionStream::WaitForBytes(int milliseconds) const {
+  return begin_ < buffer_.size() || transport_->HasBuffered() || WaitFor(POLLIN, milliseconds);
 }
 
-void ConnectionStream::BeginExchange() {
-  head_bytes_ = 0;
+RequestHead ConnectionStream::BeginExchange() {
+  RequestHead head = ReadRequestHead(Pending().substr(0, head_left_));
+  TakeRangeAway(buffer_, begin_, head_left_);
+  looked_through_ = 0;
   in_head_ = true;
   read_any_ = false;
   head_sent_ = false;
+  held_.clear();
   status_ = 0;
   body_bytes_ = 0;
+  return head;
+}
+
+void ConnectionStream::ReleaseMemory() {
+  if (begin_ < buffer_.size()) return;
+  begin_ = 0;
+  std::string().swap(buffer_);
 }
 
 void ConnectionStream::ShutdownReading() {
-  shutdown(socket_, SHUT_RD);
+  shutdown(socket(), SHUT_RD);
 }
 
 void ConnectionStream::ShutdownBoth() {
-  shutdown(socket_, SHUT_RDWR);
+  shutdown(socket(), SHUT_RDWR);
 }
 
 void ConnectionStream::WaitForClose() {
   // What the client still sends is read away, since its end shows only behind it.
-  while (!aborted_ && WaitFor(POLLIN | POLLRDHUP, -1)) {
-    char dropped[4096];
-    const ssize_t count = recv(socket_, dropped, sizeof dropped, 0);
-    if (count == 0 || (count < 0 && errno != EINTR)) return;
+  if (!Flush()) return;
+  char dropped[4096];
+  while (!aborted_) {
+    std::size_t count = 0;
+    const Moved moved = transport_->Receive(dropped, sizeof dropped, count);
+    if (moved == Moved::kEnd) return;
+    if (moved != Moved::kDone) WaitFor(static_cast<short>(EventsOf(moved) | POLLRDHUP), -1);
   }
 }
 
 void ConnectionStream::LingerBeforeClose() {
-  shutdown(socket_, SHUT_WR);
+  transport_->EndSending();
   char dropped[4096];
   while (WaitFor(POLLIN, kLingerMilliseconds)) {
-    if (recv(socket_, dropped, sizeof dropped, 0) <= 0) return;
+    if (recv(socket(), dropped, sizeof dropped, MSG_DONTWAIT) <= 0) return;
   }
 }
 
+void ConnectionStream::SendWithoutWaiting(std::string_view bytes) {
+  std::size_t count = 0;
+  static_cast<void>(transport_->Send(bytes.data(), bytes.size(), count));
+  Account(bytes.data(), count);
+}
+
 bool ConnectionStream::is_readable() const {
-  return begin_ < end_ || WaitFor(POLLIN, kReadMilliseconds);
+  return WaitForBytes(kReadMilliseconds);
 }
 
 bool ConnectionStream::is_writable() const {
@@ -98,11 +177,12 @@ bool ConnectionStream::is_writable() const {
 
 ssize_t ConnectionStream::read(char* data, std::size_t size) {
   if (aborted_) return -1;
-  if (begin_ == end_ && (!WaitFor(POLLIN, kReadMilliseconds) || !Fill())) return end_ == 0 ? 0 : -1;
-  const std::size_t count = std::min(size, end_ - begin_);
+  if (in_head_ && head_left_ == 0) return 0;
+  if (begin_ == buffer_.size() && !FillWaiting()) return aborted_ ? -1 : 0;
+  std::size_t count = std::min(size, buffer_.size() - begin_);
   if (in_head_) {
-    head_bytes_ += count;
-    if (head_bytes_ > kMostHeadBytes) return -1;
+    count = std::min(count, head_left_);
+    head_left_ -= count;
   }
   std::memcpy(data, buffer_.data() + begin_, count);
   begin_ += count;
@@ -111,50 +191,88 @@ ssize_t ConnectionStream::read(char* data, std::size_t size) {
 }
 
 ssize_t ConnectionStream::write(const char* data, std::size_t size) {
+  if (aborted_) return -1;
+  if (!head_sent_ && held_.empty() && IsFinalHead({data, size})) {
+    held_.assign(data, size);
+    return static_cast<ssize_t>(size);
+  }
+  if (held_.empty()) return SendAll(data, size) ? static_cast<ssize_t>(size) : -1;
+  const std::size_t head = held_.size();
+  const std::size_t with_it = std::min(size, kBlock);
+  held_.append(data, with_it);
+  const bool sent = SendHeld(head) && SendAll(data + with_it, size - with_it);
+  return sent ? static_cast<ssize_t>(size) : -1;
+}
+
+bool ConnectionStream::Flush() {
+  return held_.empty() || SendHeld(held_.size());
+}
+
+/// @param head how much of what is held is the head; the rest is of the body
+bool ConnectionStream::SendHeld(std::size_t head) {
+  const std::string bytes = std::exchange(held_, {});
+  const std::size_t sent = SendSome(bytes.data(), bytes.size());
+  Account(bytes.data(), std::min(sent, head));
+  if (sent > head) Account(bytes.data() + head, sent - head);
+  return sent == bytes.size();
+}
+
+bool ConnectionStream::SendAll(const char* data, std::size_t size) {
+  const std::size_t sent = SendSome(data, size);
+  Account(data, sent);
+  return sent == size;
+}
+
+/// @return how much could be sent
+std::size_t ConnectionStream::SendSome(const char* data, std::size_t size) {
   std::size_t sent = 0;
-  while (sent < size) {
-    if (aborted_) return -1;
-    const ssize_t count = send(socket_, data + sent, size - sent, MSG_NOSIGNAL | MSG_DONTWAIT);
-    if (count > 0) {
-      sent += static_cast<std::size_t>(count);
-    } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-      if (!WaitFor(POLLOUT, kWriteMilliseconds)) return -1;
-    } else if (errno != EINTR) {
-      Account(data, sent);
-      return -1;
+  while (sent < size && !aborted_) {
+    std::size_t count = 0;
+    const Moved moved = transport_->Send(data + sent, size - sent, count);
+    if (moved == Moved::kDone) {
+      sent += count;
+    } else if (moved == Moved::kEnd || !WaitFor(EventsOf(moved), kWriteMilliseconds)) {
+      break;
     }
   }
-  Account(data, size);
-  return static_cast<ssize_t>(size);
+  return sent;
 }
 
 void ConnectionStream::get_remote_ip_and_port(std::string& ip, int& port) const {
-  sockaddr_storage address{};
-  socklen_t length = sizeof address;
-  if (getpeername(socket_, reinterpret_cast<sockaddr*>(&address), &length) == 0)
-    AddressOf(address, length, ip, port);
+  ip = remote_address_;
+  port = remote_port_;
 }
 
 void ConnectionStream::get_local_ip_and_port(std::string& ip, int& port) const {
-  sockaddr_storage address{};
-  socklen_t length = sizeof address;
-  if (getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &length) == 0)
-    AddressOf(address, length, ip, port);
+  ip = local_address_;
+  port = local_port_;
 }
 
-/// Reads ahead; false at the end of the connection, with an empty buffer.
-bool ConnectionStream::Fill() {
-  for (;;) {
-    const ssize_t count = recv(socket_, buffer_.data(), buffer_.size(), 0);
-    if (count < 0 && errno == EINTR) continue;
+/// Takes one block of what has arrived.
+Moved ConnectionStream::ReadAhead() {
+  if (begin_ > 0) {
+    buffer_.erase(0, begin_);
     begin_ = 0;
-    end_ = count > 0 ? static_cast<std::size_t>(count) : 0;
-    return count > 0;
+  }
+  const std::size_t size = buffer_.size();
+  buffer_.resize(size + kBlock);
+  std::size_t count = 0;
+  const Moved moved = transport_->Receive(buffer_.data() + size, kBlock, count);
+  buffer_.resize(size + (moved == Moved::kDone ? count : 0));
+  return moved;
+}
+
+/// Waits for a block of a body. @return false at the end of the connection, and for a silent client
+bool ConnectionStream::FillWaiting() {
+  for (;;) {
+    const Moved moved = ReadAhead();
+    if (moved == Moved::kDone) return true;
+    if (moved == Moved::kEnd || aborted_ || !WaitFor(EventsOf(moved), kReadMilliseconds)) return false;
   }
 }
 
 bool ConnectionStream::WaitFor(short events, int milliseconds) const {
-  pollfd entry{socket_, events, 0};
+  pollfd entry{socket(), events, 0};
   for (;;) {
     const int count = poll(&entry, 1, milliseconds);
     if (count < 0 && errno == EINTR) continue;
@@ -169,9 +287,9 @@ void ConnectionStream::Account(const char* data, std::size_t size) {
     body_bytes_ += size;
     return;
   }
-  const std::string_view text(data, size);
-  if (!text.starts_with("HTTP/1.1 ") || size < 12) return;
-  std::from_chars(data + 9, data + 12, status_);
+  const int status = StatusOf({data, size});
+  if (status == 0) return;
+  status_ = status;
   head_sent_ = status_ >= 200;
 }
 

@@ -2,41 +2,61 @@
 
 #include <httplib.h>
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
+
+#include "simulator/wire/request_head.h"
+#include "simulator/wire/transport.h"
 
 namespace vantry_sim {
 
 /// One client's connection, for as long as it stands: what the HTTP library reads from and writes to. It
-/// keeps bytes that were read ahead from one request to the next, and counts what was really sent. Owned by
-/// the connection's thread; Abort, ShutdownReading and ShutdownBoth may come from any other.
+/// collects the head of a request without waiting, keeps bytes that were read ahead from one request to the
+/// next, and counts what was really sent. For one thread at a time; Abort, ShutdownReading and ShutdownBoth
+/// may come from any other.
 class ConnectionStream final : public httplib::Stream {
  public:
-  /// Takes over the socket and closes it at the end.
-  explicit ConnectionStream(int socket);
+  /// @param number that no other connection has
+  ConnectionStream(std::unique_ptr<Transport> transport, std::uint64_t number);
   ConnectionStream(const ConnectionStream&) = delete;
   ConnectionStream& operator=(const ConnectionStream&) = delete;
   ~ConnectionStream() override;
 
-  /// Waits for the first byte of a request. @return false when the client has closed, or stays silent for
-  /// `milliseconds`, or the connection was shut down
-  bool WaitForRequest(int milliseconds);
+  /// How far a connection is on its way to the next request.
+  enum class Arrival {
+    kNothing,  ///< no byte of it is there yet
+    kPart,     ///< its head has begun and has no end yet
+    kHead,     ///< its head is there
+    kTooLong,  ///< more of a head was sent than is read
+    kClosed,   ///< the client has closed, or the connection was shut down
+  };
 
-  /// Starts the counts of a new exchange.
-  void BeginExchange();
+  /// Takes what has arrived of the next request's head, without waiting. @param[out] wait what to wait for
+  /// before the next call, for kNothing and kPart
+  Arrival Collect(Moved& wait);
+
+  /// Waits for bytes of the next request. @return false when none came within the time
+  bool WaitForBytes(int milliseconds) const;
+
+  /// Starts the counts of a new exchange. The head has been collected. @return the head
+  RequestHead BeginExchange();
   /// The head of the request has been read: what comes now is its body, which may be long.
   void EndOfHead() { in_head_ = false; }
   /// The status that was sent in this exchange, 0 for none yet.
   [[nodiscard]] int status() const { return status_; }
   /// Bytes sent behind the header block in this exchange.
   [[nodiscard]] std::uint64_t body_bytes() const { return body_bytes_; }
-  /// Whether the client sent more of a head than is read.
-  [[nodiscard]] bool head_too_long() const { return head_bytes_ > kMostHeadBytes; }
   /// Whether any byte of the exchange's request was read.
   [[nodiscard]] bool read_any() const { return read_any_; }
+  /// Gives memory back while nothing is on its way.
+  void ReleaseMemory();
+
+  /// Sends what is held back: the head of an answer waits for the first bytes of its body, so that both are
+  /// one write. To be called before anything else is waited for. @return false when it cannot be sent
+  bool Flush();
 
   /// From here on nothing is sent, and every read and write fails.
   void Abort() { aborted_ = true; }
@@ -51,31 +71,47 @@ class ConnectionStream final : public httplib::Stream {
   /// bytes of a refused request doesn't take the answer away from it.
   void LingerBeforeClose();
 
+  /// Sends what the socket takes at once, for a refusal that nobody may be held up by.
+  void SendWithoutWaiting(std::string_view bytes);
+
+  /// A number that no other connection of its gate has.
+  [[nodiscard]] std::uint64_t number() const { return number_; }
+  [[nodiscard]] const std::string& remote_address() const { return remote_address_; }
+  [[nodiscard]] int remote_port() const { return remote_port_; }
+  [[nodiscard]] Transport& transport() { return *transport_; }
+
   bool is_readable() const override;
   bool is_writable() const override;
   ssize_t read(char* data, std::size_t size) override;
   ssize_t write(const char* data, std::size_t size) override;
   void get_remote_ip_and_port(std::string& ip, int& port) const override;
   void get_local_ip_and_port(std::string& ip, int& port) const override;
-  socket_t socket() const override { return socket_; }
+  socket_t socket() const override { return transport_->socket(); }
 
  private:
-  /// Room for a request line and a header block; a client that sends more without an end is not heard any
-  /// longer.
-  static constexpr std::size_t kMostHeadBytes = 256 * 1024;
-
-  bool Fill();
+  Moved ReadAhead();
+  bool FillWaiting();
   bool WaitFor(short events, int milliseconds) const;
+  bool SendHeld(std::size_t head);
+  bool SendAll(const char* data, std::size_t size);
+  std::size_t SendSome(const char* data, std::size_t size);
   void Account(const char* data, std::size_t size);
+  [[nodiscard]] std::string_view Pending() const { return std::string_view(buffer_).substr(begin_); }
 
-  int socket_;
-  std::array<char, 16384> buffer_{};
+  std::unique_ptr<Transport> transport_;
+  std::uint64_t number_;
+  std::string remote_address_;
+  int remote_port_ = 0;
+  std::string local_address_;
+  int local_port_ = 0;
+  std::string buffer_;  ///< read ahead; what lies before `begin_` was handed on
   std::size_t begin_ = 0;
-  std::size_t end_ = 0;
-  std::size_t head_bytes_ = 0;
+  std::size_t looked_through_ = 0;  ///< bytes of the next head that have no end in them
+  std::size_t head_left_ = 0;       ///< bytes of the head that were not handed on yet
   bool in_head_ = true;
   bool read_any_ = false;
   bool head_sent_ = false;
+  std::string held_;  ///< head of an answer that was not sent yet
   int status_ = 0;
   std::uint64_t body_bytes_ = 0;
   std::atomic<bool> aborted_ = false;

@@ -1,10 +1,41 @@
 #include "simulator/wire/faults.h"
 
+#include <array>
 #include <charconv>
 #include <utility>
 
 namespace vantry_sim {
 namespace {
+
+using Kind = FaultAction::Kind;
+
+constexpr const char* kForm =
+    "\"METHOD PATTERN=[after:N,][chance:PERCENT[:SEED],]ACTION[*COUNT]\", where ACTION is "
+    "STATUS|stall[:BYTES]|cut:BYTES|chunked-cut:BYTES|drop|lost-answer|slow:BYTES_PER_SECOND|"
+    "delay:MILLISECONDS|status:NNN:BODY|corrupt|redirect:URL|expire-session";
+
+constexpr std::uint64_t kLongestDelay = 3'600'000;
+constexpr std::size_t kLongestRule = 64 * 1024;
+
+/// An action that is one word, and maybe a number behind a colon.
+struct ActionWord {
+  std::string_view word;
+  Kind kind;
+  bool bare;    ///< may stand without a number
+  bool number;  ///< may have one
+};
+
+constexpr std::array<ActionWord, 9> kWords{{
+    {"stall", Kind::kStall, true, true},
+    {"cut", Kind::kCut, false, true},
+    {"chunked-cut", Kind::kChunkedCut, false, true},
+    {"drop", Kind::kDrop, true, false},
+    {"lost-answer", Kind::kLostAnswer, true, false},
+    {"slow", Kind::kSlow, false, true},
+    {"delay", Kind::kDelay, false, true},
+    {"corrupt", Kind::kCorrupt, true, false},
+    {"expire-session", Kind::kExpireSession, true, false},
+}};
 
 std::optional<std::uint64_t> NumberOf(std::string_view text) {
   std::uint64_t value = 0;
@@ -13,26 +44,116 @@ std::optional<std::uint64_t> NumberOf(std::string_view text) {
   return value;
 }
 
-std::optional<FaultAction> ActionWithBytes(FaultAction::Kind kind, std::string_view bytes) {
-  const auto number = NumberOf(bytes);
-  if (!number) return std::nullopt;
-  return FaultAction{kind, 0, number};
-}
-
-std::optional<FaultAction> ActionOf(std::string_view text) {
-  if (text == "stall") return FaultAction{FaultAction::Kind::kStall, 0, std::nullopt};
-  if (text == "drop") return FaultAction{FaultAction::Kind::kDrop, 0, std::nullopt};
-  if (const auto colon = text.find(':'); colon != std::string_view::npos) {
-    const std::string_view word = text.substr(0, colon);
-    const std::string_view bytes = text.substr(colon + 1);
-    if (word == "stall") return ActionWithBytes(FaultAction::Kind::kStall, bytes);
-    if (word == "cut") return ActionWithBytes(FaultAction::Kind::kCut, bytes);
-    if (word == "chunked-cut") return ActionWithBytes(FaultAction::Kind::kChunkedCut, bytes);
-    return std::nullopt;
-  }
+std::optional<int> StatusOf(std::string_view text) {
   const auto status = NumberOf(text);
   if (!status || *status < 200 || *status > 599) return std::nullopt;
-  return FaultAction{FaultAction::Kind::kStatus, static_cast<int>(*status), std::nullopt};
+  return static_cast<int>(*status);
+}
+
+/// A text goes into a header line or an answer as it is.
+bool IsHeaderText(std::string_view text) {
+  for (const char c : text) {
+    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) return false;
+  }
+  return !text.empty();
+}
+
+std::optional<FaultAction> PlainAction(std::string_view text) {
+  if (const auto status = StatusOf(text)) return FaultAction{Kind::kStatus, *status, std::nullopt, {}};
+  const auto colon = text.find(':');
+  const bool bare = colon == std::string_view::npos;
+  for (const ActionWord& known : kWords) {
+    if (known.word != text.substr(0, colon) || !(bare ? known.bare : known.number)) continue;
+    if (bare) return FaultAction{known.kind, 0, std::nullopt, {}};
+    const auto number = NumberOf(text.substr(colon + 1));
+    if (!number || (known.kind == Kind::kSlow && *number == 0) ||
+        (known.kind == Kind::kDelay && *number > kLongestDelay)) {
+      return std::nullopt;
+    }
+    return FaultAction{known.kind, 0, number, {}};
+  }
+  return std::nullopt;
+}
+
+/// An action that ends in a text of its own.
+std::optional<FaultAction> ActionWithText(std::string_view text) {
+  if (text.starts_with("redirect:")) {
+    text.remove_prefix(9);
+    if (!IsHeaderText(text)) return std::nullopt;
+    return FaultAction{Kind::kRedirect, 302, std::nullopt, std::string(text)};
+  }
+  if (!text.starts_with("status:")) return std::nullopt;
+  text.remove_prefix(7);
+  const auto colon = text.find(':');
+  if (colon == std::string_view::npos) return std::nullopt;
+  const auto status = StatusOf(text.substr(0, colon));
+  if (!status) return std::nullopt;
+  return FaultAction{Kind::kStatus, *status, std::nullopt, std::string(text.substr(colon + 1))};
+}
+
+/// Takes `WORD` and what follows it up to the next comma off the front.
+std::optional<std::string_view> TakeModifier(std::string_view& text, std::string_view word) {
+  if (!text.starts_with(word)) return std::nullopt;
+  const auto comma = text.find(',');
+  if (comma == std::string_view::npos) return std::nullopt;
+  const std::string_view value = text.substr(word.size(), comma - word.size());
+  text.remove_prefix(comma + 1);
+  return value;
+}
+
+/// @return what is wrong with them; null for nothing
+const char* TakeModifiers(std::string_view& text, FaultRule& rule) {
+  if (const auto value = TakeModifier(text, "after:")) {
+    const auto number = NumberOf(*value);
+    if (!number) return "no number behind after:";
+    rule.after = *number;
+  }
+  if (const auto value = TakeModifier(text, "chance:")) {
+    const auto colon = value->find(':');
+    const auto percent = NumberOf(value->substr(0, colon));
+    if (!percent || *percent < 1 || *percent > 100) return "no percentage from 1 to 100 behind chance:";
+    rule.percent = static_cast<unsigned>(*percent);
+    if (colon != std::string_view::npos) {
+      const auto seed = NumberOf(value->substr(colon + 1));
+      if (!seed) return "no number as the seed of chance:";
+      rule.seed = *seed;
+    }
+  }
+  return nullptr;
+}
+
+/// Reads everything behind the "=". @param with_text whether the action is one with a text of its own
+/// @return what is wrong with it; null for nothing
+const char* ReadEffect(std::string_view text, bool with_text, FaultRule& rule) {
+  if (const char* problem = TakeModifiers(text, rule)) return problem;
+  if (with_text && !text.starts_with("status:") && !text.starts_with("redirect:")) return "unknown action";
+  if (const auto star = text.rfind('*'); star != std::string_view::npos) {
+    const auto count = NumberOf(text.substr(star + 1));
+    // A text of its own may hold a star that counts nothing.
+    if ((!count || *count == 0) && !with_text) return "no count above zero";
+    if (count && *count > 0) {
+      rule.count = count;
+      text = text.substr(0, star);
+    }
+  }
+  auto action = with_text ? ActionWithText(text) : PlainAction(text);
+  if (!action) return "unknown action";
+  rule.action = std::move(*action);
+  return nullptr;
+}
+
+/// Where the "=" stands that parts pattern and action, and the action behind it.
+const char* SplitAtEquals(std::string_view text, std::size_t from, std::size_t& equals, FaultRule& rule) {
+  for (auto at = text.find('=', from); at != std::string_view::npos; at = text.find('=', at + 1)) {
+    FaultRule attempt = rule;
+    if (ReadEffect(text.substr(at + 1), true, attempt) != nullptr) continue;
+    equals = at;
+    rule = std::move(attempt);
+    return nullptr;
+  }
+  equals = text.rfind('=');
+  if (equals == std::string_view::npos || equals < from) return "no \"=\" behind the pattern";
+  return ReadEffect(text.substr(equals + 1), false, rule);
 }
 
 bool IsMethod(std::string_view text) {
@@ -43,37 +164,29 @@ bool IsMethod(std::string_view text) {
   return !text.empty();
 }
 
+/// @return what is wrong with the text; null for nothing
+const char* ReadRule(std::string_view text, FaultRule& rule) {
+  if (text.size() > kLongestRule) return "too long a text";
+  const auto blank = text.find(' ');
+  if (blank == std::string_view::npos) return "no blank behind the method";
+  rule.method = text.substr(0, blank);
+  if (!IsMethod(rule.method)) return "no method in capitals";
+  std::size_t equals = 0;
+  if (const char* problem = SplitAtEquals(text, blank + 1, equals, rule)) return problem;
+  rule.pattern = text.substr(blank + 1, equals - blank - 1);
+  if (rule.pattern.empty()) return "empty pattern";
+  if (rule.pattern.front() != '/' && rule.pattern.front() != '*') rule.pattern.insert(0, "/");
+  return nullptr;
+}
+
 }  // namespace
 
 std::optional<FaultRule> ParseFaultRule(std::string_view text, std::string* error) {
-  const auto fail = [&](const char* what) -> std::optional<FaultRule> {
-    *error =
-        std::string(what) + " in \"" + std::string(text) +
-        "\"; the form is \"METHOD PATTERN=STATUS|stall[:BYTES]|cut:BYTES|chunked-cut:BYTES|drop[*COUNT]\"";
-    return std::nullopt;
-  };
-  const auto blank = text.find(' ');
-  const auto equals = text.rfind('=');
-  if (blank == std::string_view::npos) return fail("no blank behind the method");
-  if (equals == std::string_view::npos || equals < blank) return fail("no \"=\" behind the pattern");
-
   FaultRule rule;
-  rule.method = text.substr(0, blank);
-  if (!IsMethod(rule.method)) return fail("no method in capitals");
-  rule.pattern = text.substr(blank + 1, equals - blank - 1);
-  if (rule.pattern.empty()) return fail("empty pattern");
-  if (rule.pattern.front() != '/' && rule.pattern.front() != '*') rule.pattern.insert(0, "/");
-
-  std::string_view action = text.substr(equals + 1);
-  if (const auto star = action.rfind('*'); star != std::string_view::npos) {
-    rule.count = NumberOf(action.substr(star + 1));
-    if (!rule.count || *rule.count == 0) return fail("no count above zero");
-    action = action.substr(0, star);
-  }
-  const auto known = ActionOf(action);
-  if (!known) return fail("unknown action");
-  rule.action = *known;
-  return rule;
+  const char* problem = ReadRule(text, rule);
+  if (problem == nullptr) return rule;
+  *error = std::string(problem) + " in \"" + std::string(text.substr(0, 200)) + "\"; the form is " + kForm;
+  return std::nullopt;
 }
 
 bool GlobMatches(std::string_view pattern, std::string_view text) {
@@ -98,21 +211,6 @@ bool GlobMatches(std::string_view pattern, std::string_view text) {
   }
   while (p < pattern.size() && pattern[p] == '*') ++p;
   return p == pattern.size();
-}
-
-FaultTable::FaultTable(std::vector<FaultRule> rules) : rules_(std::move(rules)) {}
-
-std::optional<FaultAction> FaultTable::Take(std::string_view method, std::string_view target) {
-  if (rules_.empty()) return std::nullopt;
-  const std::lock_guard lock(mutex_);
-  for (FaultRule& rule : rules_) {
-    if (rule.method != "*" && rule.method != method) continue;
-    if (rule.count && *rule.count == 0) continue;
-    if (!GlobMatches(rule.pattern, target)) continue;
-    if (rule.count) --*rule.count;
-    return rule.action;
-  }
-  return std::nullopt;
 }
 
 }  // namespace vantry_sim

@@ -6,12 +6,32 @@
 
 namespace vantry_sim {
 
-void SendHeadTooLong(ConnectionStream& stream) {
-  const Response refusal = ErrorResponse(431, "head-too-long", "the head of the request has no end in sight");
-  const std::string head =
-      "HTTP/1.1 431 Request Header Fields Too Large\r\nConnection: close\r\nContent-Type: " +
-      refusal.content_type + "\r\nContent-Length: " + std::to_string(refusal.body.size()) + "\r\n\r\n";
-  if (stream.write(head.data(), head.size()) > 0) stream.write(refusal.body.data(), refusal.body.size());
+namespace {
+
+struct Reason {
+  int status;
+  const char* phrase;
+  const char* code;
+  const char* message;
+};
+
+constexpr Reason kReasons[] = {
+    {408, "Request Timeout", "head-too-slow", "the head of the request took too long"},
+    {431, "Request Header Fields Too Large", "head-too-long", "the head of the request has no end in sight"},
+    {503, "Service Unavailable", "too-many-connections", "the server has no room for another connection"},
+};
+
+}  // namespace
+
+void SendRefusal(ConnectionStream& stream, int status) {
+  for (const Reason& reason : kReasons) {
+    if (reason.status != status) continue;
+    const Response refusal = ErrorResponse(status, reason.code, reason.message);
+    stream.SendWithoutWaiting("HTTP/1.1 " + std::to_string(status) + " " + reason.phrase +
+                              "\r\nConnection: close\r\nContent-Type: " + refusal.content_type +
+                              "\r\nContent-Length: " + std::to_string(refusal.body.size()) + "\r\n\r\n" +
+                              refusal.body);
+  }
 }
 
 void GiveReason(const httplib::Request& request, httplib::Response& response) {

@@ -1,30 +1,26 @@
 #include "simulator/wire/http_server.h"
 
 #include <algorithm>
-#include <condition_variable>
 #include <cstdio>
 #include <functional>
 #include <limits>
 #include <map>
-#include <thread>
 #include <utility>
-#include <vector>
 
 #include "simulator/wire/answer_body.h"
-#include "simulator/wire/connection_stream.h"
-#include "simulator/wire/connection_threads.h"
+#include "simulator/wire/byte_range.h"
 #include "simulator/wire/http_refusals.h"
+#include "simulator/wire/redaction.h"
 #include "simulator/wire/request_body.h"
 
 namespace vantry_sim {
 namespace {
 
-/// How long a silent connection is kept.
+using Kind = FaultAction::Kind;
+
+/// The HTTP library tells both in a header of its answers; the gate keeps connections its own way.
 constexpr int kKeepAliveSeconds = 300;
-/// The library counts requests down for its Keep-Alive header alone; the loop here serves without end.
 constexpr std::size_t kKeepAliveRequests = 1'000'000'000;
-/// How long a stop waits for answers that are under way.
-constexpr auto kGrace = std::chrono::seconds(3);
 /// The most of a body that is kept in memory.
 constexpr std::uint64_t kMostBodyInMemory = 16 * 1024 * 1024;
 
@@ -41,72 +37,127 @@ bool TakesBody(const std::string& method) {
   return method == "POST" || method == "PUT" || method == "PATCH" || method == "DELETE";
 }
 
+/// The answer that a fault puts in the place of any other.
+Response FaultAnswer(const FaultAction& fault) {
+  if (fault.kind == Kind::kRedirect) {
+    Response response = ErrorResponse(fault.status, "fault", "this answer was asked for by a fault");
+    response.headers.emplace_back("Location", fault.text);
+    return response;
+  }
+  Response response = ErrorResponse(fault.status, "fault", "this answer was asked for by a fault");
+  if (!fault.text.empty()) {
+    const bool json = fault.text.starts_with('{') || fault.text.starts_with('[');
+    response.content_type = json ? "application/json;charset=UTF-8" : "text/plain;charset=UTF-8";
+    response.body = fault.text;
+  }
+  if (fault.status == 401) response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"vantry-sim\"");
+  return response;
+}
+
+/// Makes a content's answer the part of it that was asked for.
+void ApplyRange(const Request& request, Response& response) {
+  if (!response.file || response.status != 200 || request.range.empty()) return;
+  const std::uint64_t size = response.file->size;
+  const RangeWish wish = ReadRange(request.range, size);
+  if (wish.kind == RangeWish::Kind::kUnsatisfiable) {
+    response = ErrorResponse(416, "no-such-range", "the content has no such bytes");
+    response.headers.emplace_back("Content-Range", "bytes */" + std::to_string(size));
+  } else if (wish.kind == RangeWish::Kind::kPart) {
+    response.status = 206;
+    response.file->first = wish.part.first;
+    response.file->size = wish.part.size;
+    response.headers.emplace_back("Content-Range", "bytes " + std::to_string(wish.part.first) + "-" +
+                                                       std::to_string(wish.part.first + wish.part.size - 1) +
+                                                       "/" + std::to_string(size));
+  }
+}
+
 }  // namespace
 
-/// The HTTP library's server with a connection loop of our own: it keeps connections as long as clients want
-/// them, knows them all when it is to stop, and logs what really went over the wire.
+std::string_view WordOf(Door door) {
+  switch (door) {
+    case Door::kMain:
+      return "main";
+    case Door::kPages:
+      return "pages";
+    case Door::kUploads:
+      return "uploads";
+    case Door::kAdmin:
+      break;
+  }
+  return "admin";
+}
+
+/// The HTTP library's server, whose connections the gate holds.
 class HttpServer::Implementation final : public httplib::Server {
  public:
-  Implementation(Simulator& simulator, RequestLog& log, Door door);
-  bool BindToOptions();
-  [[nodiscard]] int port() const { return port_; }
-  void Serve();
-  void StopServing();
+  Implementation(const ServerParts& parts, Door door);
+  bool ServeOne(ConnectionStream& stream);
+  void Refuse(ConnectionStream& stream, int status);
 
  private:
-  void WaitForStragglers();
-
   /// One connection at work on one exchange.
-  struct Connection {
-    explicit Connection(int socket) : stream(socket) {}
-    ConnectionStream stream;
+  struct Ongoing {
+    explicit Ongoing(ConnectionStream& connection) : stream(connection) {}
+    ConnectionStream& stream;
+    RequestHead head;
     Exchange exchange;
+    std::uint64_t remembered = 0;  ///< id in the history
+    std::uint64_t fault = 0;       ///< id of the rule that met it
     bool close_after = false;
   };
-
-  bool process_and_close_socket(socket_t socket) override;
-  void ServeOne(Connection& connection);
-  static void PrepareRequest(httplib::Request& request, Connection& connection, const Simulator& simulator);
   using Produce = std::function<vantry_sim::Response(vantry_sim::Request&)>;
+
+  void SetHandlers();
+  void Remember(Ongoing& ongoing);
+  void Finish(Ongoing& ongoing, std::chrono::steady_clock::duration duration);
+  void PrepareRequest(httplib::Request& request, Ongoing& ongoing);
   void Answer(const httplib::Request& request, httplib::Response& response, const Produce& produce);
+  bool MetByFault(const httplib::Request& request, httplib::Response& response, Ongoing& ongoing,
+                  const FaultAction& fault);
   void AnswerWithBody(const httplib::Request& request, httplib::Response& response,
                       const httplib::ContentReader& reader);
   void AnswerUpload(const httplib::Request& request, httplib::Response& response,
                     const httplib::ContentReader& reader);
-  [[nodiscard]] vantry_sim::Request OwnRequest(const httplib::Request& request);
+  vantry_sim::Request OwnRequest(const httplib::Request& request, const Ongoing& ongoing);
   bool RefuseBody(const httplib::Request& request, httplib::Response& response, const BodyOutcome& outcome);
-  void Fill(httplib::Response& out, const Response& answer, Connection& connection,
+  void Fill(httplib::Response& out, const Response& answer, Ongoing& ongoing,
             const std::optional<FaultAction>& fault);
-  Connection* Find(const httplib::Request& request);
-  bool Sleep(std::chrono::milliseconds duration);
+  Ongoing* Find(const httplib::Request& request);
 
   Simulator& simulator_;
   RequestLog& log_;
+  StopSignal& stop_;
+  BodyMemory& bodies_;
+  AdminApi* admin_;
   Door door_;
-  int port_ = 0;
-
   std::mutex mutex_;
-  std::condition_variable changed_;
-  bool stopping_ = false;
-  std::atomic<bool> serving_ = false;
-  std::map<std::pair<std::string, int>, Connection*> connections_;  ///< by the client's address and port
+  std::map<std::pair<std::string, int>, Ongoing*> ongoing_;  ///< by the client's address and port
 };
 
-HttpServer::Implementation::Implementation(Simulator& simulator, RequestLog& log, Door door)
-    : simulator_(simulator), log_(log), door_(door) {
-  // The library would let two servers share a port, and clients would meet either of them.
-  set_socket_options([](socket_t socket) {
-    const int on = 1;
-    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-  });
+HttpServer::Implementation::Implementation(const ServerParts& parts, Door door)
+    : simulator_(parts.simulator),
+      log_(parts.log),
+      stop_(parts.stop),
+      bodies_(parts.bodies),
+      admin_(parts.admin),
+      door_(door) {
+  // The HTTP library breaks long answers off where it has no listening socket. The gate listens in its place,
+  // and the number of the socket is used for nothing else.
+  svr_sock_ = 0;
   set_keep_alive_timeout(kKeepAliveSeconds);
   set_keep_alive_max_count(kKeepAliveRequests);
-  new_task_queue = [] { return new ConnectionThreads; };
-  if (simulator.options().max_upload_bytes) set_payload_max_length(*simulator.options().max_upload_bytes);
+  const auto limit = simulator_.options().max_upload_bytes;
+  if (limit && door_ != Door::kAdmin) set_payload_max_length(*limit);
+  SetHandlers();
+}
+
+void HttpServer::Implementation::SetHandlers() {
   set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
     // Requests with a body go on to the handlers below, which read it first.
     if (TakesBody(request.method)) return HandlerResponse::Unhandled;
     Answer(request, response, [this](vantry_sim::Request& own) {
+      if (door_ == Door::kAdmin) return admin_->Handle(own);
       if (door_ != Door::kUploads) return simulator_.Handle(own);
       return ErrorResponse(404, "no-such-route", "this port takes uploads alone");
     });
@@ -128,116 +179,79 @@ HttpServer::Implementation::Implementation(Simulator& simulator, RequestLog& log
   set_error_handler(Handler(GiveReason));
 }
 
-bool HttpServer::Implementation::BindToOptions() {
-  const vantry_sim::Options& options = simulator_.options();
-  const int wanted = door_ == Door::kMain      ? options.port
-                     : door_ == Door::kUploads ? options.upload_port
-                                               : options.page_port.value_or(0);
-  port_ = wanted == 0 ? bind_to_any_port(options.bind_address)
-                      : (bind_to_port(options.bind_address, wanted) ? wanted : -1);
-  if (port_ <= 0) return false;
-  if (door_ == Door::kUploads) simulator_.SetUploadPort(port_);
-  if (door_ == Door::kPages) simulator_.SetPagePort(port_);
-  if (door_ == Door::kMain) simulator_.SetOwnAddress(options.bind_address + ":" + std::to_string(port_));
-  return true;
-}
-
-void HttpServer::Implementation::Serve() {
+bool HttpServer::Implementation::ServeOne(ConnectionStream& stream) {
+  Ongoing ongoing(stream);
+  const std::pair<std::string, int> address{stream.remote_address(), stream.remote_port()};
+  ongoing.exchange.start = std::chrono::system_clock::now();
+  ongoing.exchange.remote_port = address.second;
+  ongoing.head = stream.BeginExchange();
+  Remember(ongoing);
   {
     const std::lock_guard lock(mutex_);
-    if (stopping_) return;
-    serving_ = true;
+    ongoing_[address] = &ongoing;
   }
-  std::thread stragglers([this] { WaitForStragglers(); });
-  listen_after_bind();
-  serving_ = false;
-  // Serving also ends when the listening socket fails.
-  StopServing();
-  stragglers.join();
-}
-
-void HttpServer::Implementation::StopServing() {
-  {
-    const std::lock_guard lock(mutex_);
-    if (std::exchange(stopping_, true)) return;
-    // Whoever waits for a next request sees the end of the connection; answers go on.
-    for (auto& [address, connection] : connections_) connection->stream.ShutdownReading();
-    changed_.notify_all();
-  }
-  // The HTTP library forgets a stop that comes before it has begun to listen.
-  while (serving_ && !is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  stop();
-}
-
-void HttpServer::Implementation::WaitForStragglers() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return stopping_; });
-  if (changed_.wait_for(lock, kGrace, [this] { return connections_.empty(); })) return;
-  for (auto& [address, connection] : connections_) {
-    connection->stream.Abort();
-    connection->stream.ShutdownBoth();
-  }
-}
-
-bool HttpServer::Implementation::process_and_close_socket(socket_t socket) {
-  Connection connection(socket);
-  std::pair<std::string, int> address;
-  connection.stream.get_remote_ip_and_port(address.first, address.second);
-  connection.exchange.remote_port = address.second;
-  {
-    const std::lock_guard lock(mutex_);
-    if (stopping_) return true;
-    connections_[address] = &connection;
-  }
-  while (!connection.close_after && !connection.stream.aborted() &&
-         connection.stream.WaitForRequest(kKeepAliveSeconds * 1000)) {
-    ServeOne(connection);
-  }
-  if (!connection.stream.aborted()) connection.stream.LingerBeforeClose();
-  const std::lock_guard lock(mutex_);
-  connections_.erase(address);
-  changed_.notify_all();
-  return true;
-}
-
-void HttpServer::Implementation::ServeOne(Connection& connection) {
-  Exchange& exchange = connection.exchange;
-  exchange.start = std::chrono::system_clock::now();
-  exchange.method.clear();
-  exchange.target.clear();
-  exchange.user.clear();
-  connection.stream.BeginExchange();
-
   const auto begin = std::chrono::steady_clock::now();
   bool closed_by_client = false;
-  const bool served =
-      process_request(connection.stream, false, closed_by_client,
-                      [&](httplib::Request& request) { PrepareRequest(request, connection, simulator_); });
-  const auto duration = std::chrono::steady_clock::now() - begin;
-  const bool lost = exchange.method.empty();
-  if (!served || closed_by_client || lost) connection.close_after = true;
-  if (!connection.stream.read_any()) return;
-  if (connection.stream.head_too_long()) SendHeadTooLong(connection.stream);
+  const bool served = process_request(stream, false, closed_by_client,
+                                      [&](httplib::Request& request) { PrepareRequest(request, ongoing); });
+  // An answer without a body has only its head. One that breaks off gives its head away with what it had.
+  const bool flushed = stream.aborted() || stream.Flush();
+  const bool lost = ongoing.exchange.method.empty();
+  if (stream.read_any()) Finish(ongoing, std::chrono::steady_clock::now() - begin);
+  const std::lock_guard lock(mutex_);
+  ongoing_.erase(address);
+  return served && flushed && !closed_by_client && !lost && !ongoing.close_after;
+}
 
+void HttpServer::Implementation::Remember(Ongoing& ongoing) {
+  if (door_ == Door::kAdmin) return;
+  RememberedRequest request;
+  request.door = WordOf(door_);
+  request.client = ongoing.stream.remote_address() + ":" + std::to_string(ongoing.stream.remote_port());
+  request.connection = ongoing.stream.number();
+  request.method = ongoing.head.method;
+  request.target = ShownTarget(ongoing.head.target);
+  request.start = ongoing.exchange.start;
+  for (const auto& [name, value] : ongoing.head.headers)
+    request.headers.emplace_back(name, ShownHeader(name, value));
+  ongoing.remembered = simulator_.history().Begin(std::move(request));
+}
+
+void HttpServer::Implementation::Finish(Ongoing& ongoing, std::chrono::steady_clock::duration duration) {
+  if (door_ == Door::kAdmin) return;
+  Exchange& exchange = ongoing.exchange;
   exchange.duration = std::chrono::duration_cast<std::chrono::microseconds>(duration);
-  exchange.status = connection.stream.status();
-  exchange.body_bytes = connection.stream.body_bytes();
+  exchange.status = ongoing.stream.status();
+  exchange.body_bytes = ongoing.stream.body_bytes();
+  simulator_.history().Finish(ongoing.remembered, exchange, ongoing.fault);
+  log_.Write(exchange);
+}
+
+/// Answers a head that is not served.
+void HttpServer::Implementation::Refuse(ConnectionStream& stream, int status) {
+  SendRefusal(stream, status);
+  if (door_ == Door::kAdmin) return;
+  Exchange exchange;
+  exchange.start = std::chrono::system_clock::now();
+  exchange.remote_port = stream.remote_port();
+  exchange.status = stream.status();
+  exchange.body_bytes = stream.body_bytes();
   log_.Write(exchange);
 }
 
 /// Runs when the head of a request has been read and before anything is done with it.
-void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Connection& connection,
-                                                const Simulator& simulator) {
-  connection.stream.EndOfHead();
-  connection.exchange.method = request.method;
-  connection.exchange.target = request.target;
-  connection.exchange.user = simulator.UserOf(request.get_header_value("Authorization"));
+void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Ongoing& ongoing) {
+  ongoing.stream.EndOfHead();
+  ongoing.exchange.method = request.method;
+  ongoing.exchange.target = ShownTarget(request.target);
+  ongoing.exchange.user =
+      simulator_.UserOf({request.method, request.target, ongoing.head.Header("Authorization")});
   if (!TakesBody(request.method)) {
     // The HTTP library leaves such a body unread, and it would be taken for the next request.
-    if (HasBody(request)) connection.close_after = true;
+    if (HasBody(request)) ongoing.close_after = true;
   } else {
     const bool chunked = request.has_header("Transfer-Encoding");
-    if (chunked && request.has_header("Content-Length")) connection.close_after = true;
+    if (chunked && request.has_header("Content-Length")) ongoing.close_after = true;
     // Without either header the HTTP library would read until the client closes.
     if (!chunked && !request.has_header("Content-Length")) request.set_header("Content-Length", "0");
     if (request.is_multipart_form_data()) {
@@ -246,7 +260,7 @@ void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Conne
       request.set_header(kBodyType, type);
     }
   }
-  if (connection.close_after) {
+  if (ongoing.close_after) {
     request.headers.erase("Connection");
     request.set_header("Connection", "close");
   }
@@ -255,14 +269,24 @@ void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Conne
 void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request, httplib::Response& response,
                                                 const httplib::ContentReader& reader) {
   const std::uint64_t limit =
-      std::min(simulator_.options().max_upload_bytes.value_or(kMostBodyInMemory), kMostBodyInMemory);
+      door_ == Door::kAdmin
+          ? kMostBodyInMemory
+          : std::min(simulator_.options().max_upload_bytes.value_or(kMostBodyInMemory), kMostBodyInMemory);
   std::string body;
-  const BodyOutcome outcome =
-      ReadBody(reader, limit, response.status, [&](std::string_view piece) { body.append(piece); });
+  BodyMemory::Share share(door_ == Door::kAdmin ? nullptr : &bodies_, request.remote_addr);
+  const BodyOutcome outcome = ReadBody(reader, limit, response.status, [&](std::string_view piece) {
+    if (!share.Grow(piece.size())) return false;
+    body.append(piece);
+    return true;
+  });
   if (RefuseBody(request, response, outcome)) return;
+  if (const Ongoing* ongoing = Find(request); ongoing != nullptr && door_ != Door::kAdmin) {
+    simulator_.history().SetBody(ongoing->remembered,
+                                 ShownBody(request.get_header_value("Content-Type"), body), body.size());
+  }
   Answer(request, response, [&](vantry_sim::Request& own) {
     own.body = std::move(body);
-    return simulator_.Handle(own);
+    return door_ == Door::kAdmin ? admin_->Handle(own) : simulator_.Handle(own);
   });
 }
 
@@ -270,15 +294,21 @@ void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request,
 /// and so a fault in its place leaves none of them.
 void HttpServer::Implementation::AnswerUpload(const httplib::Request& request, httplib::Response& response,
                                               const httplib::ContentReader& reader) {
-  vantry_sim::Request own = OwnRequest(request);
+  const Ongoing* ongoing = Find(request);
+  if (ongoing == nullptr) return;
+  vantry_sim::Request own = OwnRequest(request, *ongoing);
   vantry_sim::Response refusal;
   const auto upload = simulator_.BeginUpload(own, refusal);
   const std::uint64_t limit =
       simulator_.options().max_upload_bytes.value_or(std::numeric_limits<std::uint64_t>::max());
+  std::uint64_t size = 0;
   // What was refused is still read: a client that sends listens only when it has sent all.
   const BodyOutcome outcome = ReadBody(reader, limit, response.status, [&](std::string_view piece) {
+    size += piece.size();
     if (upload) upload->Receive(piece);
+    return true;
   });
+  simulator_.history().SetBody(ongoing->remembered, {}, size);
   if (RefuseBody(request, response, outcome)) return;
   Answer(request, response, [&](vantry_sim::Request&) {
     return upload ? simulator_.FinishUpload(*upload, own) : std::move(refusal);
@@ -289,103 +319,131 @@ void HttpServer::Implementation::AnswerUpload(const httplib::Request& request, h
 bool HttpServer::Implementation::RefuseBody(const httplib::Request& request, httplib::Response& response,
                                             const BodyOutcome& outcome) {
   if (outcome.complete && !outcome.too_large) return false;
-  if (Connection* connection = Find(request); connection != nullptr && !outcome.at_its_end) {
-    connection->close_after = true;
+  if (Ongoing* ongoing = Find(request); ongoing != nullptr && !outcome.at_its_end) {
+    ongoing->close_after = true;
     response.set_header("Connection", "close");
   }
-  const vantry_sim::Response refusal =
+  vantry_sim::Response refusal =
       outcome.too_large ? ErrorResponse(413, "too-large", "the body is longer than this server takes")
                         : ErrorResponse(400, "broken-body", "the body ended before its announced end");
+  if (outcome.no_room)
+    refusal =
+        ErrorResponse(503, "no-room", "the bodies that come now are as long as this server takes together");
   response.status = refusal.status;
   response.set_content(refusal.body, refusal.content_type);
   return true;
 }
 
-vantry_sim::Request HttpServer::Implementation::OwnRequest(const httplib::Request& request) {
+vantry_sim::Request HttpServer::Implementation::OwnRequest(const httplib::Request& request,
+                                                           const Ongoing& ongoing) {
   vantry_sim::Request own;
   own.method = request.method == "HEAD" ? "GET" : request.method;
   own.target = request.target;
   own.host = request.get_header_value("Host");
+  own.origin = ongoing.head.Header("Origin");
   own.prefer = request.get_header_value("Prefer");
   own.nonce = request.get_header_value("X-Zvk-Nonce");
   own.content_type = request.get_header_value(request.has_header(kBodyType) ? kBodyType : "Content-Type");
-  if (const Connection* connection = Find(request)) own.user = connection->exchange.user;
+  // A part can only be joined to what the client has when the server says what it is a part of, and this one
+  // gives contents no name to compare.
+  if (request.method == "GET" && !request.has_header("If-Range")) own.range = ongoing.head.Header("Range");
+  own.user = ongoing.exchange.user;
+  own.cookies = ongoing.head.Header("Cookie");
+  own.authorization = ongoing.head.Header("Authorization");
   return own;
 }
 
 void HttpServer::Implementation::Answer(const httplib::Request& request, httplib::Response& response,
                                         const Produce& produce) {
-  Connection* connection = Find(request);
-  if (connection == nullptr) {
+  Ongoing* ongoing = Find(request);
+  if (ongoing == nullptr) {
     response.status = 500;
     return;
   }
+  if (door_ == Door::kAdmin) {
+    vantry_sim::Request own = OwnRequest(request, *ongoing);
+    Fill(response, produce(own), *ongoing, std::nullopt);
+    return;
+  }
   const auto fault = simulator_.faults().Take(request.method, request.target);
+  if (fault) ongoing->fault = fault->rule;
   const std::chrono::milliseconds latency(simulator_.options().latency_milliseconds);
-  if (latency.count() > 0 && !Sleep(latency)) connection->close_after = true;
+  if (latency.count() > 0 && !stop_.Sleep(latency)) ongoing->close_after = true;
+  if (fault && MetByFault(request, response, *ongoing, fault->action)) return;
 
-  const bool stalls = fault && fault->kind == FaultAction::Kind::kStall && !fault->bytes;
-  if (stalls || (fault && fault->kind == FaultAction::Kind::kDrop)) {
-    if (stalls) connection->stream.WaitForClose();
-    connection->stream.Abort();
-    return;
-  }
-  if (fault && fault->kind == FaultAction::Kind::kStatus) {
-    Response refusal = ErrorResponse(fault->status, "fault", "this answer was asked for by --fault");
-    if (fault->status == 401) refusal.headers.emplace_back("WWW-Authenticate", "Basic realm=\"vantry-sim\"");
-    Fill(response, refusal, *connection, std::nullopt);
-    return;
-  }
   if (!TakesBody(request.method) && HasBody(request)) {
     Fill(response, ErrorResponse(400, "unexpected-body", "a request of this method carries no body"),
-         *connection, std::nullopt);
+         *ongoing, std::nullopt);
     return;
   }
-  vantry_sim::Request own = OwnRequest(request);
-  Fill(response, produce(own), *connection, fault);
+  vantry_sim::Request own = OwnRequest(request, *ongoing);
+  if (fault && fault->action.kind == Kind::kExpireSession) simulator_.ExpireSession(own);
+  vantry_sim::Response answer = produce(own);
+  if (fault && fault->action.kind == Kind::kLostAnswer) {
+    ongoing->stream.Abort();
+    return;
+  }
+  ApplyRange(own, answer);
+  Fill(response, answer, *ongoing, fault ? std::optional(fault->action) : std::nullopt);
 }
 
-/// @param fault a cut or a stall in the middle of the body, or nothing
-void HttpServer::Implementation::Fill(httplib::Response& out, const Response& answer, Connection& connection,
+/// Does what a fault does before a request is carried out. @return whether nothing else is to be done
+bool HttpServer::Implementation::MetByFault(const httplib::Request& request, httplib::Response& response,
+                                            Ongoing& ongoing, const FaultAction& fault) {
+  static_cast<void>(request);
+  switch (fault.kind) {
+    case Kind::kStatus:
+    case Kind::kRedirect:
+      Fill(response, FaultAnswer(fault), ongoing, std::nullopt);
+      return true;
+    case Kind::kStall:
+      if (fault.amount) return false;
+      ongoing.stream.WaitForClose();
+      ongoing.stream.Abort();
+      return true;
+    case Kind::kDrop:
+      ongoing.stream.Abort();
+      return true;
+    case Kind::kDelay:
+      if (!stop_.Sleep(std::chrono::milliseconds(fault.amount.value_or(0)))) ongoing.close_after = true;
+      return false;
+    default:
+      return false;
+  }
+}
+
+/// @param fault what happens to the body, or nothing
+void HttpServer::Implementation::Fill(httplib::Response& out, const Response& answer, Ongoing& ongoing,
                                       const std::optional<FaultAction>& fault) {
   out.status = answer.status;
   for (const auto& [name, value] : answer.headers) out.set_header(name, value);
-  if (SetBody(out, answer, connection.stream, fault)) return;
+  if (SetBody(out, answer, {ongoing.stream, stop_}, fault)) return;
   std::fprintf(stderr, "vantry-sim: cannot read %s\n", answer.file->path.c_str());
-  Fill(out, ErrorResponse(500, "internal", "the server has lost these bytes"), connection, std::nullopt);
+  Fill(out, ErrorResponse(500, "internal", "the server has lost these bytes"), ongoing, std::nullopt);
 }
 
-HttpServer::Implementation::Connection* HttpServer::Implementation::Find(const httplib::Request& request) {
+HttpServer::Implementation::Ongoing* HttpServer::Implementation::Find(const httplib::Request& request) {
   const std::lock_guard lock(mutex_);
-  const auto found = connections_.find({request.remote_addr, request.remote_port});
-  return found == connections_.end() ? nullptr : found->second;
+  const auto found = ongoing_.find({request.remote_addr, request.remote_port});
+  return found == ongoing_.end() ? nullptr : found->second;
 }
 
-/// False when the server was stopped meanwhile.
-bool HttpServer::Implementation::Sleep(std::chrono::milliseconds duration) {
-  std::unique_lock lock(mutex_);
-  return !changed_.wait_for(lock, duration, [this] { return stopping_; });
-}
-
-HttpServer::HttpServer(Simulator& simulator, RequestLog& log, Door door)
-    : implementation_(std::make_unique<Implementation>(simulator, log, door)) {}
+HttpServer::HttpServer(const ServerParts& parts, Door door)
+    : implementation_(std::make_unique<Implementation>(parts, door)),
+      tls_(door == Door::kAdmin ? nullptr : parts.tls) {}
 
 HttpServer::~HttpServer() = default;
 
-bool HttpServer::Bind() {
-  return implementation_->BindToOptions();
+bool HttpServer::Serve(ConnectionStream& stream) {
+  return implementation_->ServeOne(stream);
 }
 
-int HttpServer::port() const {
-  return implementation_->port();
+void HttpServer::Refuse(ConnectionStream& stream, int status) {
+  implementation_->Refuse(stream, status);
 }
 
-void HttpServer::Run() {
-  implementation_->Serve();
-}
-
-void HttpServer::Stop() {
-  implementation_->StopServing();
+std::unique_ptr<Transport> HttpServer::Carry(int socket) {
+  return tls_ == nullptr ? MakePlainTransport(socket) : tls_->Carry(socket);
 }
 
 }  // namespace vantry_sim

@@ -1,10 +1,15 @@
 #pragma once
 
 #include <memory>
-#include <string>
+#include <string_view>
 
+#include "simulator/admin/admin_api.h"
 #include "simulator/simulator.h"
+#include "simulator/wire/body_memory.h"
+#include "simulator/wire/connection_gate.h"
 #include "simulator/wire/request_log.h"
+#include "simulator/wire/stop_signal.h"
+#include "simulator/wire/tls.h"
 
 namespace vantry_sim {
 
@@ -13,34 +18,40 @@ enum class Door {
   kMain,     ///< the address that clients are told
   kPages,    ///< where lists go on, when they don't go on at the main one; answers all that the main one does
   kUploads,  ///< where the bytes of documents go; takes nothing else
+  kAdmin,    ///< where the server is controlled; without users, faults, latency, log and history
 };
 
-/// Serves a simulator over HTTP on one port, with the faults and the latency of its options.
-class HttpServer {
+/// The word of a door: "main", "pages", "uploads" or "admin".
+std::string_view WordOf(Door door);
+
+/// What a server works with.
+struct ServerParts {
+  Simulator& simulator;
+  RequestLog& log;
+  StopSignal& stop;
+  BodyMemory& bodies;
+  const TlsIdentity* tls = nullptr;  ///< for all doors but the admin's; null: none is spoken
+  AdminApi* admin = nullptr;         ///< for the admin's door
+};
+
+/// Speaks HTTP on the connections of one port, with the faults and the latency of a simulator, and tells its
+/// log and its history what really went over the wire. Any thread, several connections at once.
+class HttpServer final : public RequestServer {
  public:
-  /// The simulator and the log outlive the server. Several servers may share both.
-  HttpServer(Simulator& simulator, RequestLog& log, Door door = Door::kMain);
+  /// @param parts outlive the server. Several servers may share them
+  HttpServer(const ServerParts& parts, Door door);
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
-  ~HttpServer();
+  ~HttpServer() override;
 
-  /// Takes the address and the door's port of the options, and tells the simulator. To be called before any
-  /// server runs. @return false when they are not to be had
-  [[nodiscard]] bool Bind();
-
-  /// The port that Bind took.
-  [[nodiscard]] int port() const;
-
-  /// Serves until Stop; returns when the last connection has ended. To be called once, after Bind.
-  void Run();
-
-  /// Ends Run, from any thread. Answers that are under way are finished, unless they take longer than a few
-  /// seconds; idle connections are closed.
-  void Stop();
+  bool Serve(ConnectionStream& stream) override;
+  void Refuse(ConnectionStream& stream, int status) override;
+  std::unique_ptr<Transport> Carry(int socket) override;
 
  private:
   class Implementation;
   std::unique_ptr<Implementation> implementation_;
+  const TlsIdentity* tls_;
 };
 
 }  // namespace vantry_sim

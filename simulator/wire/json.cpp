@@ -3,44 +3,9 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include "simulator/wire/utf8.h"
+
 namespace vantry_sim {
-namespace {
-
-/// The length of the well-formed UTF-8 character at the head of the text; 0 for anything else.
-std::size_t CharacterLength(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const auto follows = [&](std::size_t i, unsigned low, unsigned high) {
-    return i < text.size() && byte(i) >= low && byte(i) <= high;
-  };
-  const unsigned first = byte(0);
-  if (first < 0x80) return 1;
-  if (first >= 0xC2 && first <= 0xDF) return follows(1, 0x80, 0xBF) ? 2 : 0;
-  if (first >= 0xE0 && first <= 0xEF) {
-    const unsigned low = first == 0xE0 ? 0xA0 : 0x80;
-    const unsigned high = first == 0xED ? 0x9F : 0xBF;
-    return follows(1, low, high) && follows(2, 0x80, 0xBF) ? 3 : 0;
-  }
-  if (first >= 0xF0 && first <= 0xF4) {
-    const unsigned low = first == 0xF0 ? 0x90 : 0x80;
-    const unsigned high = first == 0xF4 ? 0x8F : 0xBF;
-    return follows(1, low, high) && follows(2, 0x80, 0xBF) && follows(3, 0x80, 0xBF) ? 4 : 0;
-  }
-  return 0;
-}
-
-std::string ValidUtf8(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  while (!text.empty()) {
-    const std::size_t length = CharacterLength(text);
-    out += length == 0 ? std::string_view("\xEF\xBF\xBD") : text.substr(0, length);
-    text.remove_prefix(length == 0 ? 1 : length);
-  }
-  return out;
-}
-
-}  // namespace
-
 struct JsonText::State {
   rapidjson::StringBuffer buffer;
   rapidjson::Writer<rapidjson::StringBuffer> writer{buffer};
@@ -75,8 +40,14 @@ JsonText& JsonText::Key(std::string_view name) {
 }
 
 JsonText& JsonText::String(std::string_view value) {
-  const std::string valid = ValidUtf8(value);
-  state_->writer.String(valid.data(), static_cast<rapidjson::SizeType>(valid.size()));
+  const auto write = [this](std::string_view text) {
+    state_->writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+  };
+  if (IsUtf8(value)) {
+    write(value);
+  } else {
+    write(ValidUtf8(value));
+  }
   return *this;
 }
 
@@ -87,6 +58,21 @@ JsonText& JsonText::Number(std::int64_t value) {
 
 JsonText& JsonText::Boolean(bool value) {
   state_->writer.Bool(value);
+  return *this;
+}
+
+JsonText& JsonText::Null() {
+  state_->writer.Null();
+  return *this;
+}
+
+JsonText& JsonText::RawNumber(std::string_view text) {
+  state_->writer.RawValue(text.data(), text.size(), rapidjson::kNumberType);
+  return *this;
+}
+
+JsonText& JsonText::Raw(std::string_view text) {
+  state_->writer.RawValue(text.data(), text.size(), rapidjson::kObjectType);
   return *this;
 }
 

@@ -24,12 +24,18 @@ class JsonText {
   JsonText& String(std::string_view value);
   JsonText& Number(std::int64_t value);
   JsonText& Boolean(bool value);
+  JsonText& Null();
+  /// A number as it is written. @param text a JSON number
+  JsonText& RawNumber(std::string_view text);
 
   JsonText& Member(std::string_view name, std::string_view value) { return Key(name).String(value); }
   JsonText& Member(std::string_view name, const char* value) { return Key(name).String(value); }
   JsonText& Member(std::string_view name, const std::string& value) { return Key(name).String(value); }
   JsonText& Member(std::string_view name, std::int64_t value) { return Key(name).Number(value); }
   JsonText& Member(std::string_view name, bool value) { return Key(name).Boolean(value); }
+
+  /// A whole JSON text as a value.
+  JsonText& Raw(std::string_view text);
 
   /// The text written so far; the writer is used up.
   std::string Take();

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <rapidjson/document.h>
-
 #include <cstdint>
 #include <optional>
 #include <string>
+
+#include "simulator/wire/json_value.h"
 
 namespace vantry_sim {
 
@@ -13,24 +13,24 @@ namespace vantry_sim {
 class JsonMembers {
  public:
   /// @param value if it is no object, that is the first problem. @param problem where problems are told
-  JsonMembers(const rapidjson::Value& value, std::string& problem);
+  JsonMembers(JsonValue value, std::string& problem);
 
   JsonMembers& Text(const char* name, std::string& out, bool required = false);
   JsonMembers& Flag(const char* name, bool& out);
   JsonMembers& Number(const char* name, std::int64_t& out, bool required = false);
 
-  /// The member, if it is there and an object or an array; null otherwise.
-  const rapidjson::Value* Object(const char* name, bool required = false);
-  const rapidjson::Value* Array(const char* name, bool required = false);
+  /// The member, if it is there and an object or an array; missing otherwise.
+  JsonValue Object(const char* name, bool required = false);
+  JsonValue Array(const char* name, bool required = false);
 
   /// Whether the member stands there at all.
   [[nodiscard]] bool Has(const char* name) const;
 
  private:
-  const rapidjson::Value* Find(const char* name, bool required);
+  JsonValue Find(const char* name, bool required);
   void Wrong(const char* name, const char* what);
 
-  const rapidjson::Value* object_ = nullptr;
+  JsonValue object_;
   std::string& problem_;
 };
 

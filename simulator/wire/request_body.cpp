@@ -3,14 +3,14 @@
 namespace vantry_sim {
 
 BodyOutcome ReadBody(const httplib::ContentReader& reader, std::uint64_t limit, const int& status,
-                     const std::function<void(std::string_view)>& take) {
+                     const std::function<bool(std::string_view)>& take) {
   std::uint64_t size = 0;
   BodyOutcome outcome;
   outcome.complete = reader([&](const char* data, std::size_t count) {
     size += count;
     if (size > limit) return false;
-    take({data, count});
-    return true;
+    outcome.no_room = !take({data, count});
+    return !outcome.no_room;
   });
   outcome.too_large = size > limit || status == 413;
   // The HTTP library reads away a body whose announced length is too much; any other one stops halfway.

@@ -12,6 +12,7 @@ namespace vantry_sim {
 struct BodyOutcome {
   bool complete = false;    ///< it was read to its end
   bool too_large = false;   ///< it has more bytes than it may
+  bool no_room = false;     ///< what takes it had no room for it
   bool at_its_end = false;  ///< the connection stands behind the body, and a next request can be read
 };
 
@@ -19,8 +20,8 @@ struct BodyOutcome {
 /// @param limit most bytes that it may have
 /// @param status of the answer so far; the HTTP library sets it to 413 for an announced length that is too
 /// much
-/// @param take is given every piece up to the limit
+/// @param take is given every piece up to the limit, until it has no room and gives false
 BodyOutcome ReadBody(const httplib::ContentReader& reader, std::uint64_t limit, const int& status,
-                     const std::function<void(std::string_view)>& take);
+                     const std::function<bool(std::string_view)>& take);
 
 }  // namespace vantry_sim

@@ -32,10 +32,18 @@ std::optional<std::vector<std::string>> DecodedSegments(std::string_view path) {
 
 }  // namespace
 
-void Router::Add(std::string_view method, std::string_view pattern, Handler handler) {
+void Router::Add(std::string_view method, std::string_view pattern, Handler handler, std::string_view about) {
+  Listed listed{std::string(method), std::string(pattern), std::string(about)};
   const bool open_end = pattern.ends_with(kOpenEnd);
   if (open_end) pattern.remove_suffix(kOpenEnd.size());
-  routes_.push_back({std::string(method), ParsePattern(pattern), open_end, std::move(handler)});
+  routes_.push_back(
+      {std::move(listed), std::string(method), ParsePattern(pattern), open_end, std::move(handler)});
+}
+
+std::vector<Router::Listed> Router::List() const {
+  std::vector<Listed> list;
+  for (const Route& route : routes_) list.push_back(route.listed);
+  return list;
 }
 
 Response Router::Dispatch(Request& request, std::string_view path) const {

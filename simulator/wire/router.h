@@ -21,7 +21,17 @@ using Handler = std::function<Response(const Request&)>;
 /// fit, the one with the literal segment further in front wins.
 class Router {
  public:
-  void Add(std::string_view method, std::string_view pattern, Handler handler);
+  /// @param about what the route answers, in a few words of Markdown, for the table of routes
+  void Add(std::string_view method, std::string_view pattern, Handler handler, std::string_view about = {});
+
+  /// A route as it was added.
+  struct Listed {
+    std::string method;
+    std::string pattern;
+    std::string about;
+  };
+  /// All routes, in the order in which they were added.
+  [[nodiscard]] std::vector<Listed> List() const;
 
   /// Runs the handler of the request. @param path behind the prefix, undecoded, with "/" in front.
   /// @return 400 for a broken escape, 404 where no pattern fits, 405 with Allow where one fits for other
@@ -35,6 +45,7 @@ class Router {
     std::string after;
   };
   struct Route {
+    Listed listed;
     std::string method;
     std::vector<Segment> segments;
     bool open_end = false;

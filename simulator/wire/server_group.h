@@ -3,6 +3,8 @@
 #include <memory>
 #include <vector>
 
+#include "simulator/admin/admin_api.h"
+#include "simulator/wire/connection_gate.h"
 #include "simulator/wire/http_server.h"
 
 namespace vantry_sim {
@@ -11,24 +13,36 @@ namespace vantry_sim {
 class ServerGroup {
  public:
   /// The simulator and the log outlive the group.
-  ServerGroup(Simulator& simulator, RequestLog& log);
+  ServerGroup(Simulator& simulator, RequestLog& log, GateLimits limits = {});
 
-  /// Takes every port that the options ask for. @return -1, or the port that is not to be had
+  /// Takes every port that the options ask for, and tells the simulator. @return -1, or the port that is not
+  /// to be had. @throws std::runtime_error for a certificate that cannot be used
   [[nodiscard]] int Bind();
 
   /// The main port, behind Bind.
-  [[nodiscard]] int port() const { return servers_.front()->port(); }
+  [[nodiscard]] int port() const { return port_; }
+  /// The admin's port, behind Bind; 0 without one.
+  [[nodiscard]] int admin_port() const { return admin_port_; }
 
-  /// Serves until Stop, or until one of the servers ends by itself; returns when all have ended.
+  /// Serves until Stop; returns when the last connection has ended. To be called once, after Bind.
   void Run();
 
-  /// Ends Run, from any thread.
+  /// Ends Run, from any thread, also before it has begun.
   void Stop();
 
  private:
+  int Open(Door door, const std::string& address, int port);
+
   Simulator& simulator_;
   RequestLog& log_;
+  StopSignal stop_;
+  BodyMemory bodies_;
+  int port_ = 0;
+  int admin_port_ = 0;
+  AdminApi admin_;
+  std::unique_ptr<TlsIdentity> tls_;
   std::vector<std::unique_ptr<HttpServer>> servers_;
+  ConnectionGate gate_;
 };
 
 }  // namespace vantry_sim

@@ -67,9 +67,13 @@ has libvtdirect-dev include/vtdirect/vt_direct_manager.h include/vtdirect/platfo
   share/doc/libvtdirect-dev/docs/recipes.md share/doc/libvtdirect-dev/examples/fetch.cpp
 
 # The programs.
-depends_on vtdirect-tools "libvtdirect0 \(= $version\)" libsqlite3-0
-has vtdirect-tools bin/vtdirect bin/vantry-sim 'share/man/man1/vtdirect\.1\.gz' \
-  share/bash-completion/completions/vtdirect
+depends_on vtdirect-tools "libvtdirect0 \(= $version\)"
+has vtdirect-tools bin/vtdirect 'share/man/man1/vtdirect\.1\.gz' share/bash-completion/completions/vtdirect
+# The simulator is for those who have another client, too.
+depends_on vantry-sim libsqlite3-0 libssl3
+! dpkg-deb -f vantry-sim_*.deb Depends | grep -e vtdirect -e curl || wrong "vantry-sim needs nothing of the libraries"
+has vantry-sim bin/vantry-sim 'share/man/man1/vantry-sim\.1\.gz' share/bash-completion/completions/vantry-sim \
+  share/doc/vantry-sim/README.md
 for program in tree/usr/bin/* tree/usr/lib/*/*.so.0; do
   ! readelf -d "$program" | grep -E 'R(UN)?PATH' || wrong "$program looks for libraries at a place of its own"
   ! readelf -S "$program" | grep -F .debug_info || wrong "$program is not stripped"

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <regex>
 
 namespace vantry_sim {
@@ -51,15 +52,25 @@ int Process::ReadyPort() {
   const std::string line = Line();
   std::smatch match;
   if (!std::regex_match(line, match,
-                        std::regex("vantry-sim listening on http://127\\.0\\.0\\.1:([0-9]+)(/vt)?/"))) {
+                        std::regex("vantry-sim listening on http://127\\.0\\.0\\.1:([0-9]+)(/vt)?/"
+                                   "( admin on http://127\\.0\\.0\\.1:([0-9]+)/)?"))) {
     ADD_FAILURE() << "not a ready line: " << line;
     return 0;
   }
+  admin_port_ = std::atoi(match[4].str().c_str());
   return std::atoi(match[1].str().c_str());
 }
 
 void Process::Signal(int signal) const {
   kill(id_, signal);
+}
+
+long Process::PeakKilobytes() const {
+  std::ifstream status("/proc/" + std::to_string(id_) + "/status");
+  for (std::string text; std::getline(status, text);) {
+    if (text.rfind("VmHWM:", 0) == 0) return std::atol(text.c_str() + 6);
+  }
+  return 0;
 }
 
 int Process::Wait() {

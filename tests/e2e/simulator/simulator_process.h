@@ -24,8 +24,14 @@ class Process {
   /// The port of the ready line; 0 when it isn't one.
   int ReadyPort();
 
+  /// The admin's port of the ready line, once it was read; 0 without one.
+  [[nodiscard]] int admin_port() const { return admin_port_; }
+
   void Signal(int signal) const;
   [[nodiscard]] pid_t id() const { return id_; }
+
+  /// The most memory that it had at a time, in KiB of resident set; 0 when it cannot be asked.
+  [[nodiscard]] long PeakKilobytes() const;
 
   /// The exit code, or 1000 and the signal that ended it.
   int Wait();
@@ -33,6 +39,7 @@ class Process {
  private:
   pid_t id_ = -1;
   int output_ = -1;
+  int admin_port_ = 0;
 };
 
 /// A directory of its own for each test.

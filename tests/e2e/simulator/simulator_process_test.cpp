@@ -2,8 +2,12 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
+#include <tuple>
 
 #include "raw_client.h"
 #include "simulator_process.h"
@@ -73,20 +77,128 @@ TEST_F(SimulatorProcess, KilledWhileSeedingIsSeededAtTheNextStart) {
   EXPECT_EQ(client.Get(kFork).status, 200);
 }
 
-TEST_F(SimulatorProcess, SecondServerOnTheSameDataIsRefused) {
-  Process first(Arguments());
-  ASSERT_GT(first.ReadyPort(), 0);
-  Process second(Arguments());
-  EXPECT_EQ(second.Line(), "");
-  EXPECT_EQ(second.Wait(), 1);
-}
-
 TEST_F(SimulatorProcess, TakenPortEndsWithOne) {
   Process first(Arguments());
   const int port = first.ReadyPort();
   Process second({"--port", std::to_string(port), "--data", (directory_ / "other").string(), "--large", "1"});
   EXPECT_EQ(second.Line(), "");
   EXPECT_EQ(second.Wait(), 1);
+}
+
+TEST_F(SimulatorProcess, AdminPortIsToldOnTheReadyLineAndControlsTheServer) {
+  Process process(Arguments({"--admin-port", "0", "--user", "anna:pw", "--latency", "1"}));
+  const int port = process.ReadyPort();
+  ASSERT_GT(process.admin_port(), 0);
+  RawClient client(port);
+  RawClient admin(process.admin_port());
+  const auto control = [&](const std::string& method, const std::string& target,
+                           const std::string& body = {}) {
+    admin.Send(method + " " + target + " HTTP/1.1\r\nHost: 127.0.0.1:1\r\nContent-Length: " +
+               std::to_string(body.size()) + "\r\n\r\n" + body);
+    return admin.Read();
+  };
+  const std::string anna = "Authorization: Basic YW5uYTpwdw==\r\n";
+  EXPECT_EQ(client.Get(kFork, anna).status, 200);
+  EXPECT_EQ(control("DELETE", "/documents/D1001").status, 204);
+  EXPECT_EQ(client.Get(kFork, anna).status, 404);
+  EXPECT_EQ(control("POST", "/faults", "{\"rule\":\"GET *D1001=418*1\"}").status, 201);
+  EXPECT_EQ(client.Get(kFork, anna).status, 418);
+  EXPECT_EQ(control("POST", "/reset").status, 200);
+  EXPECT_EQ(client.Get(kFork, anna).status, 200);
+  const auto requests = control("GET", "/requests?path=*D1001&count=1&wait=10000");
+  EXPECT_EQ(requests.status, 200);
+  EXPECT_EQ(requests.body.find("YW5uYTpwdw"), std::string::npos);
+  // Whoever waits is let go when the server ends.
+  admin.Send("GET /requests?path=/never&wait=60000 HTTP/1.1\r\nHost: 127.0.0.1:1\r\n\r\n");
+  EXPECT_EQ(client.Get(kFork, anna).status, 200);
+  process.Signal(SIGTERM);
+  EXPECT_EQ(process.Wait(), 0);
+}
+
+TEST_F(SimulatorProcess, AdminPortIsOnTheLoopbackAloneAndOffWithoutItsOption) {
+  Process process(Arguments({"--bind", "0.0.0.0", "--admin-port", "0"}));
+  const std::string line = process.Line();
+  EXPECT_NE(line.find(" admin on http://127.0.0.1:"), std::string::npos) << line;
+  std::string listening;
+  std::ifstream sockets("/proc/net/tcp");
+  const int port = std::atoi(line.substr(line.rfind(':') + 1).c_str());
+  char place[32];
+  std::snprintf(place, sizeof place, "00000000:%04X", static_cast<unsigned>(port));
+  for (std::string entry; std::getline(sockets, entry);) listening += entry + "\n";
+  EXPECT_EQ(listening.find(place), std::string::npos);
+  std::snprintf(place, sizeof place, "0100007F:%04X", static_cast<unsigned>(port));
+  EXPECT_NE(listening.find(place), std::string::npos);
+  Process plain({"--port", "0", "--data", (directory_ / "other").string(), "--large", "1"});
+  EXPECT_GT(plain.ReadyPort(), 0);
+  EXPECT_EQ(plain.admin_port(), 0);
+}
+
+/// Runs the program to its end. @return its exit code, and what it said on either way
+std::pair<int, std::string> RunToItsEnd(const std::string& arguments,
+                                        const std::filesystem::path& directory) {
+  const std::string output = (directory / "output").string();
+  const int status =
+      std::system((std::string(VANTRY_SIM_PROGRAM) + " " + arguments + " >" + output + " 2>&1").c_str());
+  std::ifstream file(output);
+  return {WEXITSTATUS(status), {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()}};
+}
+
+TEST_F(SimulatorProcess, SecondServerOnTheSameDataSaysSoAndEnds) {
+  Process first(Arguments());
+  const int port = first.ReadyPort();
+  ASSERT_GT(port, 0);
+  const std::string data = (directory_ / "data").string();
+  EXPECT_EQ(RunToItsEnd("--port 0 --data " + data, directory_),
+            std::pair(1, "vantry-sim: another vantry-sim uses " + data + "\n"));
+  EXPECT_EQ(RawClient(port).Get(kFork).status, 200);
+}
+
+TEST_F(SimulatorProcess, StateFileIsLookedAtWithoutAServer) {
+  const std::string state = (directory_ / "state.yaml").string();
+  std::ofstream(state) << "contexts: [{name: Bike}]\ndocuments: [{cadName: a.lxz, folder: Bike/Default}]\n";
+  auto [code, said] = RunToItsEnd("--check " + state, directory_);
+  EXPECT_EQ(code, 0);
+  EXPECT_EQ(said, state + ": 1 user, 1 context, 1 document in 1 version, 0 workspaces\n");
+  std::ofstream(state) << "contexts: [{name: Bike}]\nbikes: []\n";
+  std::tie(code, said) = RunToItsEnd("--check " + state, directory_);
+  EXPECT_EQ(code, 1);
+  EXPECT_EQ(said, state + ":2: a state has no key \"bikes\"\n");
+  std::tie(code, said) = RunToItsEnd("--check " + state + " --port 0", directory_);
+  EXPECT_EQ(code, 2);
+}
+
+TEST_F(SimulatorProcess, ExportWritesAStateThatAnotherServerBeginsWith) {
+  const std::string data = (directory_ / "data").string();
+  const std::string state = (directory_ / "state.yaml").string();
+  {
+    Process process(Arguments());
+    ASSERT_GT(process.ReadyPort(), 0);
+    const auto [code, said] = RunToItsEnd("export --data " + data + " --out " + state, directory_);
+    EXPECT_EQ(code, 1);
+    EXPECT_EQ(said, "vantry-sim: another vantry-sim uses " + data + "\n");
+  }
+  EXPECT_EQ(RunToItsEnd("export --data " + data + " --out " + state, directory_),
+            std::pair(0, std::string()));
+  Process process({"--port", "0", "--data", (directory_ / "other").string(), "--seed", "file:" + state});
+  RawClient client(process.ReadyPort());
+  EXPECT_NE(client.Get(kFork).body.find("\"fork.lxz\""), std::string::npos);
+}
+
+TEST_F(SimulatorProcess, SeedOfAFilledDirectoryIsIgnoredWithAWord) {
+  {
+    Process process(Arguments());
+    ASSERT_GT(process.ReadyPort(), 0);
+    process.Signal(SIGTERM);
+    EXPECT_EQ(process.Wait(), 0);
+  }
+  const std::string data = (directory_ / "data").string();
+  const auto [code, said] =
+      RunToItsEnd("--port 0 --bind 203.0.113.1 --seed empty --data " + data, directory_);
+  // An address of nobody's ends it behind the opening of the directory.
+  EXPECT_EQ(code, 1);
+  EXPECT_EQ(said, "vantry-sim: --seed is ignored, since " + data +
+                      " was filled before and keeps what it holds\n"
+                      "vantry-sim: cannot listen on 203.0.113.1 port 0\n");
 }
 
 TEST_F(SimulatorProcess, BadUsageEndsWithTwo) {

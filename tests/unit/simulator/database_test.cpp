@@ -83,6 +83,7 @@ TEST_F(DatabaseTest, DirectoryFromBeforeTheLinksOfXliffIsTakenOver) {
         "CREATE TABLE translations(source INTEGER, language TEXT, xliff INTEGER, is_published INTEGER,"
         " PRIMARY KEY(source, language)) WITHOUT ROWID;"
         "CREATE INDEX translations_by_xliff ON translations(xliff);"
+        "ALTER TABLE streams DROP COLUMN generator;"
         "PRAGMA user_version = 3;");
   }
   const std::string service = "/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1028')";

@@ -1,4 +1,4 @@
-#include "simulator/wire/http_server.h"
+#include "simulator/wire/server_group.h"
 
 #include <chrono>
 #include <thread>
@@ -16,8 +16,8 @@ class HttpServerTest : public SimulatorTest {
   int Serve() {
     options_.port = 0;
     log_ = std::make_unique<RequestLog>((directory_ / "log").string());
-    server_ = std::make_unique<HttpServer>(Start(), *log_);
-    EXPECT_TRUE(server_->Bind());
+    server_ = std::make_unique<ServerGroup>(Start(), *log_, limits_);
+    EXPECT_EQ(server_->Bind(), -1);
     thread_ = std::thread([this] { server_->Run(); });
     return server_->port();
   }
@@ -29,10 +29,7 @@ class HttpServerTest : public SimulatorTest {
     server_.reset();
   }
 
-  void Fault(const char* text) {
-    std::string error;
-    options_.faults.push_back(*ParseFaultRule(text, &error));
-  }
+  void Fault(const char* text) { options_.faults.push_back(text); }
 
   /// The log's lines, once the server has stopped.
   std::vector<std::string> LogLines() {
@@ -44,7 +41,8 @@ class HttpServerTest : public SimulatorTest {
   }
 
   std::unique_ptr<RequestLog> log_;
-  std::unique_ptr<HttpServer> server_;
+  GateLimits limits_;
+  std::unique_ptr<ServerGroup> server_;
   std::thread thread_;
 };
 
@@ -262,17 +260,167 @@ TEST_F(HttpServerTest, StatusFaultEndsWithItsCount) {
   EXPECT_EQ(client.Get("/servlet/rest/v1/contexts?type=Product").status, 200);
 }
 
+TEST_F(HttpServerTest, LostAnswerIsCarriedOutAndThenTheConnectionCloses) {
+  Fault("POST *workspaces=lost-answer*1");
+  const int port = Serve();
+  const std::string headers = "Content-Type: application/json\r\nX-Zvk-Nonce: " + Nonce() + "\r\n";
+  const std::string body = R"({"name":"new","contextId":"OR:vn.product.Product:101"})";
+  RawClient client(port);
+  EXPECT_EQ(client.Post("/servlet/rest/v1/dkm/workspaces", headers, body).status, 0);
+  EXPECT_TRUE(client.ClosedByServer());
+  // It was made, and its name is taken.
+  EXPECT_EQ(RawClient(port).Post("/servlet/rest/v1/dkm/workspaces", headers, body).status, 409);
+}
+
+TEST_F(HttpServerTest, DroppedWriteIsNotCarriedOut) {
+  Fault("POST *workspaces=drop*1");
+  const int port = Serve();
+  const std::string headers = "Content-Type: application/json\r\nX-Zvk-Nonce: " + Nonce() + "\r\n";
+  const std::string body = R"({"name":"new","contextId":"OR:vn.product.Product:101"})";
+  EXPECT_EQ(RawClient(port).Post("/servlet/rest/v1/dkm/workspaces", headers, body).status, 0);
+  EXPECT_EQ(RawClient(port).Post("/servlet/rest/v1/dkm/workspaces", headers, body).status, 200);
+}
+
+TEST_F(HttpServerTest, StatusFaultCarriesTheBodyItWasGiven) {
+  Fault("GET *OrvetGW=status:200:ServerName:other\nEnd");
+  Fault("GET *contexts=status:404:{\"a=b\":1}*1");
+  RawClient client(Serve());
+  auto answer = client.Get("/servlet/OrvetGW");
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_EQ(answer.body, "ServerName:other\nEnd");
+  EXPECT_EQ(answer.headers.at("content-type"), "text/plain;charset=UTF-8");
+  answer = client.Get("/servlet/rest/v1/contexts");
+  EXPECT_EQ(answer.status, 404);
+  EXPECT_EQ(answer.body, "{\"a=b\":1}");
+  EXPECT_EQ(answer.headers.at("content-type"), "application/json;charset=UTF-8");
+  EXPECT_EQ(client.Get("/servlet/rest/v1/contexts").status, 200);
+}
+
+TEST_F(HttpServerTest, CorruptedContentDiffersInTheLowestBitOfItsMiddleByteAlone) {
+  Fault("GET *=corrupt");
+  RawClient client(Serve());
+  std::string expected = ReadFile(directory_ / "data/content/10090");
+  ASSERT_EQ(expected.size(), 4096U);
+  expected[2048] = static_cast<char>(expected[2048] ^ 1);
+  const auto answer = client.Get("/servlet/rest/v1/content/streams/10090/x");
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_TRUE(answer.complete);
+  EXPECT_EQ(answer.body, expected);
+  // A body of no bytes has nothing to turn over.
+  EXPECT_EQ(client.Get("/servlet/rest/v1/content/streams/10100/x").body, "");
+  EXPECT_NE(client.Get("/servlet/OrvetGW").body.find("ServerName"), std::string::npos);
+}
+
+TEST_F(HttpServerTest, RedirectSendsElsewhere) {
+  Fault("GET *OrvetGW=redirect:http://127.0.0.1:9/?a=b");
+  RawClient client(Serve());
+  const auto answer = client.Get("/servlet/OrvetGW");
+  EXPECT_EQ(answer.status, 302);
+  EXPECT_EQ(answer.headers.at("location"), "http://127.0.0.1:9/?a=b");
+}
+
+TEST_F(HttpServerTest, SlowBodyTakesItsTimeAndArrivesWhole) {
+  Fault("GET *streams/10090*=slow:20000");
+  RawClient client(Serve());
+  const auto begin = std::chrono::steady_clock::now();
+  const auto answer = client.Get("/servlet/rest/v1/content/streams/10090/x");
+  // 4096 bytes in pieces of a tenth of a second's worth: two of 2000 bytes, and the rest.
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(204));
+  EXPECT_EQ(answer.body, ReadFile(directory_ / "data/content/10090"));
+}
+
+TEST_F(HttpServerTest, DelayComesBeforeAnAnswerThatIsAsEver) {
+  Fault("GET *OrvetGW=delay:120");
+  RawClient client(Serve());
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(120));
+}
+
+TEST_F(HttpServerTest, PartOfAContentIs206AndEverythingElseIsWhole) {
+  RawClient client(Serve());
+  const std::string content = "/servlet/rest/v1/content/streams/10090/x";
+  const std::string bytes = ReadFile(directory_ / "data/content/10090");
+  auto answer = client.Get(content, "Range: bytes=100-199\r\n");
+  EXPECT_EQ(answer.status, 206);
+  EXPECT_EQ(answer.headers.at("content-range"), "bytes 100-199/4096");
+  EXPECT_EQ(answer.body, bytes.substr(100, 100));
+  answer = client.Get(content, "range: bytes=-96\r\n");
+  EXPECT_EQ(answer.status, 206);
+  EXPECT_EQ(answer.headers.at("content-range"), "bytes 4000-4095/4096");
+  EXPECT_EQ(answer.body, bytes.substr(4000));
+  answer = client.Get(content, "Range: bytes=4096-\r\n");
+  EXPECT_EQ(answer.status, 416);
+  EXPECT_EQ(answer.headers.at("content-range"), "bytes */4096");
+  for (const char* whole : {"Range: bytes=0-1,5-6\r\n", "Range: nonsense\r\n", "Range: bytes=9-5\r\n",
+                            "Range: bytes=0-9\r\nIf-Range: \"x\"\r\n"}) {
+    answer = client.Get(content, whole);
+    EXPECT_EQ(answer.status, 200) << whole;
+    EXPECT_EQ(answer.body, bytes) << whole;
+  }
+  // Lists and documents have no parts.
+  answer = client.Get("/servlet/OrvetGW", "Range: bytes=0-9\r\n");
+  EXPECT_EQ(answer.status, 200);
+  EXPECT_GT(answer.body.size(), 10U);
+}
+
+TEST_F(HttpServerTest, FaultOnAPartOfAContentCutsThePart) {
+  Fault("GET *=cut:10");
+  RawClient client(Serve());
+  const auto answer = client.Get("/servlet/rest/v1/content/streams/10090/x", "Range: bytes=100-199\r\n");
+  EXPECT_EQ(answer.status, 206);
+  EXPECT_EQ(answer.headers.at("content-length"), "100");
+  EXPECT_EQ(answer.body, ReadFile(directory_ / "data/content/10090").substr(100, 10));
+}
+
+TEST_F(HttpServerTest, HistoryRemembersRequestsWithoutTheirSecrets) {
+  Fault("GET *contexts=503");
+  const int port = Serve();
+  RawClient client(port);
+  client.Get(
+      "/servlet/rest/v1/contexts?token=canary1&type=Product",
+      "Authorization: Basic Y2FuYXJ5Mjpwdw==\r\nCookie: canary3\r\nX-Unknown: canary4\r\nPrefer: a\r\n");
+  client.Get("/servlet/rest/v1/contexts");
+  client.Post("/servlet/rest/v1/dkm/workspaces", "Content-Type: application/json\r\nX-Zvk-Nonce: canary5\r\n",
+              R"({"name":"bench","password":"canary6","deep":[{"key":"canary7","id":"D1"}],"n":1e5})");
+  StopServer();
+  const auto all = simulator_->history().Find({});
+  ASSERT_EQ(all.size(), 3U);
+  EXPECT_EQ(all[0].target, "/servlet/rest/v1/contexts?token=(hidden)&type=Product");
+  EXPECT_EQ(all[0].status, 200);
+  EXPECT_EQ(all[0].fault, 0U);
+  EXPECT_EQ(all[0].door, "main");
+  const std::vector<std::pair<std::string, std::string>> headers{{"Host", "sim.example"},
+                                                                 {"Authorization", "(hidden)"},
+                                                                 {"Cookie", "(hidden)"},
+                                                                 {"X-Unknown", "(hidden)"},
+                                                                 {"Prefer", "a"}};
+  EXPECT_EQ(all[0].headers, headers);
+  EXPECT_EQ(all[1].status, 503);
+  EXPECT_EQ(all[1].fault, 1U);
+  EXPECT_EQ(all[1].connection, all[0].connection);
+  EXPECT_EQ(all[2].method, "POST");
+  EXPECT_EQ(
+      all[2].body,
+      R"x({"name":"bench","password":"(hidden)","deep":[{"key":"(hidden)","id":"D1"}],"n":"(hidden)"})x");
+  for (const auto& request : all) {
+    std::string everything = request.target + request.body;
+    for (const auto& [name, value] : request.headers) everything += name + value;
+    EXPECT_EQ(everything.find("canary"), std::string::npos) << everything;
+  }
+}
+
 TEST_F(HttpServerTest, LogTellsWhatWentOverTheWire) {
   Fault("GET *streams/10090*=cut:1000");
   const int port = Serve();
-  RawClient(port).Get("/servlet/rest/v1/content/streams/10090/x?y=%20",
+  RawClient(port).Get("/servlet/rest/v1/content/streams/10090/x?type=%20&key=k1",
                       "Authorization: Basic YnJ1bm86cDp3\r\n");
   const auto lines = LogLines();
   ASSERT_EQ(lines.size(), 1U);
   rapidjson::Document line;
   line.Parse(lines[0].c_str());
   EXPECT_STREQ(line["method"].GetString(), "GET");
-  EXPECT_STREQ(line["path"].GetString(), "/servlet/rest/v1/content/streams/10090/x?y=%20");
+  EXPECT_STREQ(line["path"].GetString(), "/servlet/rest/v1/content/streams/10090/x?type=%20&key=(hidden)");
   EXPECT_EQ(line["status"].GetInt(), 200);
   EXPECT_EQ(line["bytes"].GetInt(), 1000);
   EXPECT_STREQ(line["user"].GetString(), "bruno");
@@ -305,8 +453,8 @@ TEST_F(HttpServerTest, StopEndsIdleAndStalledConnectionsInBoundedTime) {
 TEST_F(HttpServerTest, StopBeforeRunIsNotForgotten) {
   options_.port = 0;
   log_ = std::make_unique<RequestLog>("");
-  HttpServer server(Start(), *log_);
-  ASSERT_TRUE(server.Bind());
+  ServerGroup server(Start(), *log_);
+  ASSERT_EQ(server.Bind(), -1);
   server.Stop();
   server.Run();
 }

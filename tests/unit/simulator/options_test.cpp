@@ -34,6 +34,25 @@ TEST(Options, DefaultsNeedADataDirectoryAlone) {
   EXPECT_FALSE(line.options->gateway_escapes);
 }
 
+TEST(Options, WhoComesInAndHowIsRead) {
+  const auto line = Parse({"--data", "d", "--user", "a:p", "--digest", "--token", "robot:t:x", "--sessions",
+                           "--session-seconds", "5", "--tls", "c.pem", "k.pem"});
+  ASSERT_TRUE(line.options) << line.text;
+  EXPECT_TRUE(line.options->digest);
+  ASSERT_EQ(line.options->tokens.size(), 1U);
+  EXPECT_EQ(line.options->tokens[0].name, "robot");
+  EXPECT_EQ(line.options->tokens[0].password, "t:x");
+  EXPECT_EQ(line.options->session_seconds, 5U);
+  EXPECT_EQ(line.options->tls_certificate, "c.pem");
+  EXPECT_EQ(line.options->tls_key, "k.pem");
+  EXPECT_FALSE(Parse({"--data", "d", "--session-seconds", "5"}).options->session_seconds);
+  EXPECT_EQ(Parse({"--data", "d", "--digest"}).exit_code, 2);
+  EXPECT_EQ(Parse({"--data", "d", "--token", "secret"}).exit_code, 2);
+  EXPECT_EQ(Parse({"--data", "d", "--token", "secret"}).text.find("secret"), std::string::npos);
+  EXPECT_EQ(Parse({"--data", "d", "--tls", "c.pem"}).exit_code, 2);
+  EXPECT_EQ(Parse({"--data", "d", "--tls", "c", "k", "--tls-self-signed", "t"}).exit_code, 2);
+}
+
 TEST(Options, ThoseOfTheServerAreRead) {
   const auto line = Parse({"--port",       "0",        "--data",    "d",         "--seed",
                            "bulk:250",     "--user",   "a:p:w",     "--user",    "b:",
@@ -43,7 +62,7 @@ TEST(Options, ThoseOfTheServerAreRead) {
   const Options& options = *line.options;
   EXPECT_EQ(options.port, 0);
   EXPECT_EQ(options.seed.kind, Seed::Kind::kBulk);
-  EXPECT_EQ(options.seed.bulk_documents, 250U);
+  EXPECT_EQ(options.seed.bulk.documents, 250U);
   ASSERT_EQ(options.users.size(), 2U);
   EXPECT_EQ(options.users[0].name, "a");
   EXPECT_EQ(options.users[0].password, "p:w");

@@ -21,7 +21,7 @@ class PagingTest : public SimulatorTest {
  protected:
   void SeedBulk(std::uint32_t documents) {
     options_.seed.kind = Seed::Kind::kBulk;
-    options_.seed.bulk_documents = documents;
+    options_.seed.bulk.documents = documents;
   }
 
   /// The IDs of every page, in order; each page's size goes to `sizes`.

@@ -13,9 +13,14 @@
 
 namespace vantry_sim {
 
-RawClient::RawClient(int port) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+RawClient::RawClient(int port, const std::string& from)
+    : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
+  sockaddr_in own = address;
+  inet_pton(AF_INET, from.c_str(), &own.sin_addr);
+  if (bind(socket_, reinterpret_cast<sockaddr*>(&own), sizeof own) != 0)
+    throw std::runtime_error("cannot bind");
   address.sin_port = htons(static_cast<std::uint16_t>(port));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   if (connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
@@ -27,6 +32,11 @@ RawClient::RawClient(int port) : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOE
 
 RawClient::~RawClient() {
   close(socket_);
+}
+
+void RawClient::ReceiveLittle() {
+  const int bytes = 4096;
+  setsockopt(socket_, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
 }
 
 void RawClient::Send(const std::string& bytes) {

@@ -17,10 +17,14 @@ struct RawAnswer {
 /// A client of bare sockets, so that answers are judged by the bytes on the wire. One connection.
 class RawClient {
  public:
-  explicit RawClient(int port);
+  /// @param from the address of this machine that it comes from, all of 127.0.0.0/8
+  explicit RawClient(int port, const std::string& from = "127.0.0.1");
   RawClient(const RawClient&) = delete;
   RawClient& operator=(const RawClient&) = delete;
   ~RawClient();
+
+  /// Lets the system hold no more than a few kilobytes of what was not read yet.
+  void ReceiveLittle();
 
   void Send(const std::string& bytes);
   /// Sends a GET with a Host header, and the header lines given (each with CR LF), and reads the answer.

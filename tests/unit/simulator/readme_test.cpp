@@ -2,6 +2,8 @@
 #include <regex>
 #include <set>
 
+#include "simulator/program_texts.h"
+#include "simulator/seed/fixture_reader.h"
 #include "simulator_fixture.h"
 
 namespace vantry_sim {
@@ -68,6 +70,36 @@ TEST_F(SimulatorTest, ReadmeNamesEveryContextByItsId) {
         std::string(context["attributes"]["name"].GetString()) + " | `" + context["id"].GetString() + "` |";
     EXPECT_NE(readme.find(row), std::string::npos) << row;
   }
+}
+
+TEST(Readme, StateFileOfTheExampleIsOneThatIsTaken) {
+  std::string example;
+  bool inside = false;
+  for (const std::string& line : ReadmeLines()) {
+    if (line == "```") inside = false;
+    if (inside) example += line + "\n";
+    if (line == "```yaml") inside = true;
+  }
+  FixtureProblem broken;
+  const auto tree = ReadYaml(example, broken);
+  ASSERT_TRUE(tree) << TextOf(broken);
+  std::vector<FixtureProblem> problems;
+  const auto fixture = ReadFixture(tree->Root(), {}, problems);
+  ASSERT_TRUE(fixture) << TextOf(problems, "example");
+  EXPECT_EQ(fixture->documents.size(), 7U);
+}
+
+TEST_F(SimulatorTest, ReadmeHasTheRoutesOfTheRouter) {
+  const std::string table = RouteTable(Start().Routes());
+  std::string told;
+  bool inside = false;
+  for (const std::string& line : ReadmeLines()) {
+    if (line == "<!-- end of routes -->") inside = false;
+    if (inside) told += line + "\n";
+    if (line == "<!-- routes -->") inside = true;
+  }
+  EXPECT_EQ(told, table) << "put in what vantry-sim --generate routes prints";
+  for (const Router::Listed& route : Start().Routes()) EXPECT_NE(route.about, "") << route.pattern;
 }
 
 TEST(Readme, ListsTheOptionsOfTheHelp) {

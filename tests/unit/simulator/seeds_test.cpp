@@ -1,18 +1,62 @@
 #include "simulator/seed/seeds.h"
 
+#include <set>
+
 #include "simulator_fixture.h"
 
 namespace vantry_sim {
 namespace {
 
-TEST_F(SimulatorTest, EmptySeedHoldsNoContext) {
+TEST_F(SimulatorTest, EmptySeedHoldsNoDocumentAndAPlaceForOne) {
   options_.seed.kind = Seed::Kind::kEmpty;
-  EXPECT_EQ(GetJson("/servlet/rest/v1/contexts")["items"].Size(), 0U);
+  ASSERT_EQ(GetJson("/servlet/rest/v1/contexts")["items"].Size(), 1U);
+  EXPECT_EQ(Column("/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments", "ID").size(), 0U);
+  EXPECT_EQ(
+      Outcome("/servlet/rest/v1/dkm/workspaces", R"({"name":"w","contextId":"OR:vn.product.Product:101"})"),
+      "200");
+}
+
+TEST_F(SimulatorTest, BulkSeedTakesTheShapeThatItIsGiven) {
+  options_.seed.kind = Seed::Kind::kBulk;
+  options_.seed.bulk = *ReadBulkShape("6,folders=2,depth=3,versions=2,name=20-22,size=100-102");
+  const auto fourth = GetJson("/servlet/rest/v1/dkm/documents/D1000004");
+  EXPECT_STREQ(fourth["locationFolder"]["path"].GetString(), "/Bulk/Level 1/Level 2/Parts 00002");
+  EXPECT_STREQ(fourth["iteration"].GetString(), "2");
+  EXPECT_EQ(
+      GetJson("/servlet/rest/v1/dkm/documents/D1000004/versions?contextId=OR:vn.product.Product:101").Size(),
+      2U);
+  std::set<std::size_t> names;
+  std::set<int> sizes;
+  for (int i = 1; i <= 6; ++i) {
+    const auto document = GetJson("/servlet/rest/v1/dkm/documents/D100000" + std::to_string(i));
+    names.insert(std::string(document["epmMaster"]["cadName"].GetString()).size());
+    sizes.insert(document["cadContent"]["contentSections"][0]["fileSize"].GetInt());
+  }
+  EXPECT_EQ(names, (std::set<std::size_t>{20, 21, 22}));
+  EXPECT_EQ(sizes, (std::set<int>{100, 101, 102}));
+}
+
+TEST(BulkShape, IsReadWithBoundsThatASlipOfTheFingerMeets) {
+  EXPECT_EQ(ReadBulkShape("250")->documents, 250U);
+  const auto shape = ReadBulkShape("10,size=5,name=30-40,versions=3,depth=2,folders=4");
+  ASSERT_TRUE(shape);
+  EXPECT_EQ(shape->folders, 4U);
+  EXPECT_EQ(shape->depth, 2U);
+  EXPECT_EQ(shape->versions, 3U);
+  EXPECT_EQ(shape->name->least, 30U);
+  EXPECT_EQ(shape->name->most, 40U);
+  EXPECT_EQ(shape->size->least, 5U);
+  EXPECT_EQ(shape->size->most, 5U);
+  for (const char* wrong :
+       {"", "0", "x", "5000001", "10,", "10,folders", "10,folders=0", "10,depth=101", "10,name=9-3",
+        "10,name=241", "10,size=-1", "10,colour=3", "5000000,versions=2", ",folders=2"}) {
+    EXPECT_FALSE(ReadBulkShape(wrong)) << wrong;
+  }
 }
 
 TEST_F(SimulatorTest, BulkSeedMakesAsManyDocumentsAsAsked) {
   options_.seed.kind = Seed::Kind::kBulk;
-  options_.seed.bulk_documents = 300;
+  options_.seed.bulk.documents = 300;
   const auto first = GetJson("/servlet/rest/v1/dkm/documents/D1000001");
   EXPECT_STREQ(first["epmMaster"]["cadName"].GetString(), "part 0000001.lxz");
   EXPECT_STREQ(first["locationFolder"]["path"].GetString(), "/Bulk/Parts");

@@ -45,7 +45,9 @@ class SimulatorTest : public ::testing::Test {
     request.host = "sim.example:8080";
     request.user = user;
     request.prefer = prefer;
-    return simulator_->Handle(request);
+    Response response = simulator_->Handle(request);
+    if (response.shared) response.body = *response.shared;
+    return response;
   }
 
   rapidjson::Document GetJson(const std::string& target, const std::string& user = "anna") {

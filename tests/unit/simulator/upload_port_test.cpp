@@ -167,8 +167,7 @@ TEST_F(UploadPortTest, ClientThatGoesAwayLeavesNothing) {
 }
 
 TEST_F(UploadPortTest, FaultInPlaceOfAnAnswerLeavesTheTicketGood) {
-  std::string error;
-  options_.faults.push_back(*ParseFaultRule("POST *content/upload*=503*1", &error));
+  options_.faults.push_back("POST *content/upload*=503*1");
   Serve();
   const auto ticket = FetchTicket();
   RawClient client(PortOf(ticket));

@@ -188,5 +188,31 @@ TEST_F(UploadTest, WhatAKilledServerLeftHalfReceivedIsRemovedAtTheNextStart) {
   EXPECT_TRUE(std::filesystem::exists(directory_ / "data/content/10010"));
 }
 
+TEST_F(WriteTest, DatabaseWithAnOpenTicketIsSound) {
+  Ticket(3);
+  simulator_.reset();
+  Database database((directory_ / "data/vantry-sim.db").string());
+  auto check = database.Prepare("PRAGMA integrity_check");
+  ASSERT_TRUE(check.Step());
+  EXPECT_EQ(check.Text(0), "ok");
+}
+
+TEST_F(WriteTest, TicketFromBeforeTheReorderedTableIsStillTaken) {
+  const auto ticket = Ticket(1);
+  simulator_.reset();
+  {
+    Database database((directory_ / "data/vantry-sim.db").string());
+    database.Execute(
+        "CREATE TABLE old(ticket INTEGER NOT NULL, stream INTEGER NOT NULL UNIQUE, file_name TEXT NOT NULL,"
+        " PRIMARY KEY(ticket, file_name)) WITHOUT ROWID;"
+        "INSERT INTO old SELECT ticket, stream, file_name FROM ticket_streams;"
+        "DROP TABLE ticket_streams; ALTER TABLE old RENAME TO ticket_streams;"
+        "ALTER TABLE streams DROP COLUMN generator;"
+        "PRAGMA user_version = 4;");
+  }
+  Start();
+  EXPECT_EQ(Send(ticket, Body(ticket, {"bytes"})).status, 200);
+}
+
 }  // namespace
 }  // namespace vantry_sim

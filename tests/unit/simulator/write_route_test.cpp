@@ -38,6 +38,7 @@ TEST_F(WriteTest, BodyMustBeJsonAndSayso) {
   EXPECT_EQ(Outcome(kWorkspaces, "{"), "400 broken-json");
   EXPECT_EQ(Outcome(kWorkspaces, "{} x"), "400 broken-json");
   EXPECT_EQ(Outcome(kWorkspaces, "{\"name\":\"\xFF\"}"), "400 broken-json");
+  EXPECT_EQ(Outcome(kWorkspaces, R"({"n":1.11111111111111111111e-2147483639})"), "400 bad-body");
   EXPECT_EQ(Outcome(kWorkspaces, std::string(2'000'000, '[')), "400 broken-json");
   EXPECT_EQ(Outcome(kWorkspaces, std::string(1'000'000, '[') + std::string(1'000'000, ']')), "400 bad-body");
   Request request;

@@ -1,0 +1,64 @@
+// A vantry-sim of its own for each class of tests, and at the start of each test as it was in the beginning.
+#pragma once
+
+#include <curl/curl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+class VantrySim : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    char pattern[] = "/tmp/vantry-sim-XXXXXX";
+    directory = mkdtemp(pattern);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    server = fork();
+    if (server == 0) {
+      dup2(ends[1], STDOUT_FILENO);
+      execlp(getenv("VANTRY_SIM"), "vantry-sim", "--port", "0", "--admin-port", "0", "--data",
+             (directory + "/data").c_str(), "--seed", "file:" BICYCLES, nullptr);
+      _exit(127);
+    }
+    close(ends[1]);
+    FILE* const announcement = fdopen(ends[0], "r");
+    char own[200], control[200];
+    ASSERT_EQ(fscanf(announcement, "vantry-sim listening on %199s admin on %199s", own, control), 2);
+    fclose(announcement);
+    url = own, admin = control;
+  }
+  static void TearDownTestSuite() {
+    kill(server, SIGTERM);
+    waitpid(server, nullptr, 0);
+    std::filesystem::remove_all(directory);
+  }
+  void SetUp() override { Control("POST", "reset"); }
+
+  // Asks the admin port, and gives its answer.
+  static std::string Control(const char* method, const std::string& path, const std::string& body = {}) {
+    std::string answer;
+    CURL* const curl = curl_easy_init();
+    curl_easy_setopt(curl, CURLOPT_URL, (admin + path).c_str());
+    curl_easy_setopt(curl, CURLOPT_CUSTOMREQUEST, method);
+    if (!body.empty()) curl_easy_setopt(curl, CURLOPT_POSTFIELDS, body.c_str());
+    curl_easy_setopt(curl, CURLOPT_FAILONERROR, 1L);
+    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &answer);
+    curl_easy_setopt(
+        curl, CURLOPT_WRITEFUNCTION, +[](char* data, size_t, size_t size, void* to) {
+          static_cast<std::string*>(to)->append(data, size);
+          return size;
+        });
+    EXPECT_EQ(curl_easy_perform(curl), CURLE_OK) << method << " " << path;
+    curl_easy_cleanup(curl);
+    return answer;
+  }
+
+  inline static std::string directory, url, admin;
+  inline static pid_t server = -1;
+};

@@ -1,0 +1,153 @@
+#include "simulator/admin/document_control.h"
+
+#include "simulator/store/attribute_store.h"
+#include "simulator/store/checkouts.h"
+#include "simulator/store/document_deletion.h"
+#include "simulator/store/document_writer.h"
+#include "simulator/store/upload_store.h"
+#include "simulator/store/workspace_store.h"
+
+namespace vantry_sim {
+namespace {
+
+constexpr const char* kWorkspaceName = "Made by the admin port";
+
+/// The primary content of a new iteration: other bytes, or those of the version before.
+Refusal AddPrimary(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
+                   DocumentInstruction& instruction) {
+  const auto before = ContentsOf(context.database, document.key, ContentRole::kPrimary);
+  if (!change.content) {
+    for (const ContentRow& content : before) {
+      if (!content.stream) continue;
+      const std::string receipt = GiveReceipt(context.database, change.user, *content.stream);
+      instruction.primary.push_back({content.category, content.file_name, false, *content.stream, receipt});
+    }
+    if (!instruction.primary.empty()) return std::nullopt;
+    return ErrorResponse(409, "no-content", document.oid + " has no content, so give one");
+  }
+  const std::int64_t stream = context.contents.NextStream();
+  context.contents.Write(stream, *change.content);
+  context.database.Prepare("INSERT INTO streams(id, size) VALUES(?1, ?2)")
+      .Bind(stream, static_cast<std::int64_t>(change.content->size()))
+      .Run();
+  const std::string receipt = GiveReceipt(context.database, change.user, stream);
+  const std::string category = before.empty() ? document.sub_category : before.front().category;
+  const std::string name = before.empty() ? "{$CAD_NAME}" : before.front().file_name;
+  instruction.primary.push_back({category, name, false, stream, receipt});
+  return std::nullopt;
+}
+
+/// Whoever has a document checked out, the working copy, and the workspace that it is in.
+struct Work {
+  DocumentRow copy;
+  std::string user;
+  WorkspaceRow workspace;
+};
+
+Refusal FindWork(const ServiceContext& context, const DocumentRow& document, Work& work) {
+  auto statement = context.database.Prepare(
+      "SELECT i.oid, u.name, w.oid FROM iterations i JOIN workspaces w ON w.id = i.workspace "
+      "JOIN users u ON u.id = w.owner LEFT JOIN checkouts k ON k.working = i.id WHERE i.id = ?1 OR k.base = "
+      "?1");
+  if (!statement.Bind(document.key).Step())
+    return ErrorResponse(409, "not-checked-out", document.oid + " is not checked out");
+  work.user = statement.Text(1);
+  const auto workspace = FindWorkspace(context.database, statement.Text(2), work.user);
+  const auto copy = FindDocument(context.database, statement.Text(0), work.user);
+  if (!workspace || !copy) return ErrorResponse(500, "internal", "the working copy is lost");
+  work.workspace = *workspace;
+  work.copy = *copy;
+  return std::nullopt;
+}
+
+Refusal WorkspaceFor(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
+                     WorkspaceRow& workspace) {
+  if (!change.workspace.empty()) {
+    const auto found = FindWorkspace(context.database, change.workspace, change.user);
+    if (!found)
+      return ErrorResponse(404, "no-such-workspace", change.user + " has no workspace " + change.workspace);
+    workspace = *found;
+    return std::nullopt;
+  }
+  const auto all = WorkspacesOf(context.database, document.context_oid, change.user);
+  workspace = all.empty()
+                  ? MakeWorkspace(context.database, document.context_key, change.user, kWorkspaceName, "")
+                  : all.front();
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<DocumentRow> FindAnyDocument(Database& database, std::string_view oid) {
+  auto statement = database.Prepare(
+      "SELECT ifnull(u.name, '') FROM iterations i LEFT JOIN workspaces w ON w.id = i.workspace "
+      "LEFT JOIN users u ON u.id = w.owner WHERE i.oid = ?1");
+  if (!statement.Bind(oid).Step()) return std::nullopt;
+  return FindDocument(database, oid, statement.Text(0));
+}
+
+Refusal IterateAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
+                  std::string& id) {
+  DocumentInstruction instruction;
+  instruction.id = document.oid;
+  instruction.cad_name = document.cad_name;
+  instruction.auth_app_version = document.auth_app_version;
+  instruction.nd_version = document.nd_version;
+  if (auto refusal = AddPrimary(context, document, change, instruction)) return refusal;
+  for (const ContentRow& content : ContentsOf(context.database, document.key, ContentRole::kSecondary)) {
+    if (content.is_forwardable)
+      instruction.secondary.push_back(
+          {content.category, content.file_name, content.is_hidden, std::nullopt, {}});
+  }
+  if (auto refusal = IterateDocument(context.database, change.user, document.context_oid, instruction,
+                                     Resolutions::OfAll(), id)) {
+    return refusal;
+  }
+  const auto made = FindAnyDocument(context.database, id);
+  if (!made) return ErrorResponse(500, "internal", "the new iteration is lost");
+  for (const auto& [name, value] : change.attributes) SetAttribute(context.database, made->key, name, value);
+  context.database.Prepare("UPDATE iterations SET comment = ?2 WHERE id = ?1")
+      .Bind(made->key, change.comment)
+      .Run();
+  return std::nullopt;
+}
+
+Refusal CheckOutAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
+                   std::string& id) {
+  WorkspaceRow workspace;
+  if (auto refusal = WorkspaceFor(context, document, change, workspace)) return refusal;
+  return CheckOut(context.database, change.user, workspace, document.oid, Resolutions::OfAll(), id);
+}
+
+Refusal CheckInAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
+                  std::string& id) {
+  Work work;
+  if (auto refusal = FindWork(context, document, work)) return refusal;
+  return CheckIn(context.database, work.user, work.workspace, work.copy.oid, {false, change.comment},
+                 Resolutions::OfAll(), id);
+}
+
+Refusal UndoAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange&,
+               std::string& id) {
+  Work work;
+  if (auto refusal = FindWork(context, document, work)) return refusal;
+  return UndoCheckOut(context.database, work.user, work.workspace, work.copy.oid, id);
+}
+
+Refusal SetAttributes(const ServiceContext& context, const DocumentRow& document,
+                      const DocumentChange& change, std::string&) {
+  for (const auto& [name, value] : change.attributes)
+    SetAttribute(context.database, document.key, name, value);
+  Touch(context.database, document.key);
+  return std::nullopt;
+}
+
+void Delete(const ServiceContext& context, const DocumentRow& document, bool version_alone) {
+  if (version_alone) {
+    DeleteVersion(context.database, document);
+  } else {
+    DeleteDocument(context.database, document.master_key);
+  }
+}
+
+}  // namespace vantry_sim

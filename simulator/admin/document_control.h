@@ -1,0 +1,49 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "simulator/routes/service_context.h"
+#include "simulator/store/document_store.h"
+#include "simulator/wire/messages.h"
+
+namespace vantry_sim {
+
+/// What somebody does to a document behind the backs of clients.
+struct DocumentChange {
+  std::string user;
+  std::string comment;
+  std::string workspace;  ///< id of one of the user's; empty: any in the context, made if there is none
+  std::optional<std::string> content;  ///< bytes of the primary content; nothing: those that it has
+  std::vector<std::pair<std::string, std::string>> attributes;  ///< added to those that it has
+};
+
+// Each of these is to be called in a transaction, which is to be rolled back behind a refusal, and gives the
+// id of the version or the working copy that came of it. What a server would refuse to everybody is refused
+// here too; conflicts that a client would be asked about are resolved.
+
+/// The version or the working copy with this id, whoever's it is.
+std::optional<DocumentRow> FindAnyDocument(Database& database, std::string_view oid);
+
+/// Makes the next iteration of a document that nobody has checked out.
+Refusal IterateAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
+                  std::string& id);
+/// Checks a document out.
+Refusal CheckOutAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
+                   std::string& id);
+/// Checks in what somebody has checked out. @param document the base or the working copy
+Refusal CheckInAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
+                  std::string& id);
+/// Throws away what somebody has checked out. @param document the base or the working copy
+Refusal UndoAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
+               std::string& id);
+/// Gives a version other values of attributes, in its own place.
+Refusal SetAttributes(const ServiceContext& context, const DocumentRow& document,
+                      const DocumentChange& change, std::string& id);
+/// Deletes a document, or one version alone.
+void Delete(const ServiceContext& context, const DocumentRow& document, bool version_alone);
+
+}  // namespace vantry_sim

@@ -1,0 +1,118 @@
+#include "simulator/wire/request_history.h"
+
+#include <algorithm>
+
+#include "simulator/wire/faults.h"
+
+namespace vantry_sim {
+namespace {
+
+constexpr std::size_t kMostRequests = 10'000;
+constexpr std::size_t kMostBytes = 64 * 1024 * 1024;
+
+std::size_t SizeOf(const RememberedRequest& request) {
+  std::size_t size = sizeof request + request.target.size() + request.body.size();
+  for (const auto& [name, value] : request.headers) size += name.size() + value.size() + 64;
+  return size;
+}
+
+bool Means(const RequestFilter& filter, const RememberedRequest& request) {
+  if (!request.done && !filter.arrived) return false;
+  if (filter.status && (!request.done || *filter.status != request.status)) return false;
+  if (filter.method != "*" && filter.method != request.method) return false;
+  return request.id > filter.since && GlobMatches(filter.pattern, request.target);
+}
+
+}  // namespace
+
+std::uint64_t RequestHistory::Begin(RememberedRequest request) {
+  const std::lock_guard lock(mutex_);
+  request.id = ++last_id_;
+  size_ += SizeOf(request);
+  requests_.push_back(std::move(request));
+  Trim();
+  changed_.notify_all();
+  return last_id_;
+}
+
+void RequestHistory::SetBody(std::uint64_t id, std::string shown, std::uint64_t size) {
+  const std::lock_guard lock(mutex_);
+  RememberedRequest* request = Entry(id);
+  if (request == nullptr) return;
+  size_ += shown.size();
+  request->body = std::move(shown);
+  request->body_size = size;
+  Trim();
+}
+
+void RequestHistory::Finish(std::uint64_t id, const Exchange& exchange, std::uint64_t fault) {
+  const std::lock_guard lock(mutex_);
+  RememberedRequest* request = Entry(id);
+  if (request == nullptr) return;
+  request->done = true;
+  request->user = exchange.user;
+  request->duration = exchange.duration;
+  request->status = exchange.status;
+  request->answer_bytes = exchange.body_bytes;
+  request->fault = fault;
+  changed_.notify_all();
+}
+
+std::vector<RememberedRequest> RequestHistory::Find(const RequestFilter& filter) const {
+  const std::lock_guard lock(mutex_);
+  return FindLocked(filter);
+}
+
+std::vector<RememberedRequest> RequestHistory::Wait(const RequestFilter& filter, std::size_t count,
+                                                    std::chrono::milliseconds time) {
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, time, [&] {
+    const auto there =
+        std::count_if(requests_.begin(), requests_.end(),
+                      [&](const RememberedRequest& request) { return Means(filter, request); });
+    return ending_ || static_cast<std::size_t>(there) >= count;
+  });
+  return FindLocked(filter);
+}
+
+std::uint64_t RequestHistory::Mark() const {
+  const std::lock_guard lock(mutex_);
+  return last_id_;
+}
+
+void RequestHistory::Clear() {
+  const std::lock_guard lock(mutex_);
+  requests_.clear();
+  size_ = 0;
+}
+
+void RequestHistory::EndWaits() {
+  const std::lock_guard lock(mutex_);
+  ending_ = true;
+  changed_.notify_all();
+}
+
+/// The entries stand in the order of their ids.
+RememberedRequest* RequestHistory::Entry(std::uint64_t id) {
+  const auto found = std::lower_bound(
+      requests_.begin(), requests_.end(), id,
+      [](const RememberedRequest& request, std::uint64_t wanted) { return request.id < wanted; });
+  return found != requests_.end() && found->id == id ? &*found : nullptr;
+}
+
+std::vector<RememberedRequest> RequestHistory::FindLocked(const RequestFilter& filter) const {
+  std::vector<RememberedRequest> found;
+  for (const RememberedRequest& request : requests_) {
+    if (Means(filter, request)) found.push_back(request);
+  }
+  return found;
+}
+
+void RequestHistory::Trim() {
+  while (requests_.size() > kMostRequests || (size_ > kMostBytes && requests_.size() > 1)) {
+    size_ -= std::min(size_, SizeOf(requests_.front()));
+    requests_.pop_front();
+  }
+}
+
+}  // namespace vantry_sim

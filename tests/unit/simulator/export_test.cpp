@@ -1,0 +1,156 @@
+// What goes out as a state file comes in as the same state.
+#include "simulator/export_command.h"
+#include "write_fixture.h"
+
+namespace vantry_sim {
+namespace {
+
+class ExportTest : public WriteTest {
+ protected:
+  std::string Export(const std::string& name, bool json = false) {
+    simulator_.reset();
+    const std::string file = (directory_ / name).string();
+    ExportState({options_.data_directory, file, json});
+    return file;
+  }
+
+  /// Starts a server in a new directory with a state file.
+  void StartWith(const std::string& file) {
+    simulator_.reset();
+    options_.data_directory = (directory_ / "second").string();
+    options_.seed.kind = Seed::Kind::kFile;
+    options_.seed.file = file;
+    Start();
+  }
+
+  /// What a user sees of everything that can be asked, by the addresses that the answers lead to.
+  std::map<std::string, std::string> Everything(const std::string& user) {
+    std::map<std::string, std::string> answers;
+    const auto ask = [&](const std::string& target) { answers[target] = Get(target, user).body; };
+    ask("/servlet/rest/v1/contexts");
+    for (const std::string service : {"DynamicDocMgmt/DynamicDocuments", "CADDocumentMgmt/CADDocuments"}) {
+      ask("/servlet/odata/v1/" + service);
+      for (const std::string& id : Column("/servlet/odata/v1/" + service, "ID", user)) {
+        ask(kDocuments + "/" + id);
+        ask(kDocuments + "/" + id +
+            "/versions?contextId=" + GetJson(kDocuments + "/" + id, user)["context"]["id"].GetString());
+        ask("/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('" + id + "')?$expand=Translations");
+        ask("/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('" + id + "')/Xliff");
+      }
+    }
+    const auto contexts = GetJson("/servlet/rest/v1/contexts", user);
+    for (const auto& context : contexts["items"].GetArray()) {
+      const std::string id = context["id"].GetString();
+      ask("/servlet/odata/v1/DataAdmin/Containers('" + id + "')/Folders?$expand=Folders($levels=9)");
+      ask(kWorkspaces + "?contextId=" + id);
+      const auto workspaces = GetJson(kWorkspaces + "?contextId=" + id, user);
+      for (const auto& workspace : workspaces.GetArray())
+        ask(kWorkspaces + "/" + std::string(workspace["id"].GetString()) + "/documents");
+    }
+    for (const char* name : {"gear.lxz", "fork.lxz", "frame.lxz", "worked.lxz"})
+      ask("/servlet/rest/objects?typeId=vn.epm.EPMDocument&$select=number&$filter=CADName%20eq%20'" +
+          std::string(name) + "'");
+    return answers;
+  }
+
+  /// A state that no seed has: made, iterated, checked out, stored, checked in, linked.
+  void Work() {
+    auto uploaded = Upload({"new document", "viewable"});
+    const auto made =
+        PostJson(kDocuments,
+                 CreateBody(Instruction(
+                     "", "worked.lxz", uploaded[0],
+                     ",\"secondaryContents\":[" + Section("VIEWABLE", "v.lxz", uploaded[1]) +
+                         "],\"fileBasedAttributes\":[{\"parameterDefinition\":{\"parameterName\":\"P\","
+                         "\"attributeName\":\"A\",\"valueType\":\"Integer\"},\"parameterValue\":{\"value\":"
+                         "\"7: \\\"x\\\" # \\n\"}}]")));
+    const std::string id = made[0]["id"].GetString();
+    const std::string working = CheckOut("W301", "D1002");
+    uploaded = Upload({std::string("\0binary\xFF", 8)});
+    EXPECT_EQ(Outcome(kWorkspaces + "/W301/store",
+                      StoreBody(Instruction(working, "frame.lxz", uploaded[0]), IterateResolution(working))),
+              "200");
+    EXPECT_EQ(Outcome(kWorkspaces + "/W301/checkin", CheckinBody(working, ",\"checkinComment\":\"a: b\"")),
+              "200");
+    uploaded = Upload({"second"});
+    EXPECT_EQ(Outcome(kDocuments, IterateBody(Instruction(id, "worked.lxz", uploaded[0]))), "200");
+    CheckOut("W301", "D1003");
+    uploaded = Upload({"in a workspace"});
+    EXPECT_EQ(Outcome(kWorkspaces + "/W301/store", StoreBody(Instruction("", "never.lxz", uploaded[0]))),
+              "200");
+    EXPECT_EQ(Outcome(kWorkspaces + "/W301/undocheckout", "{\"objIdList\":[\"D1026\"]}"), "200");
+    // An upload that no document takes is no part of the state.
+    Upload({"left over"});
+  }
+
+  void ExpectTheSameBehindAnExport(bool json) {
+    const auto anna = Everything("anna");
+    const auto bruno = Everything("bruno");
+    EXPECT_GT(anna.size(), 100U);
+    const std::string first = Export(json ? "first.json" : "first.yaml", json);
+    StartWith(first);
+    EXPECT_EQ(Everything("anna"), anna);
+    EXPECT_EQ(Everything("bruno"), bruno);
+    for (const auto& entry : std::filesystem::directory_iterator(directory_ / "second/content"))
+      EXPECT_EQ(ReadFile(entry.path()), ReadFile(directory_ / "data/content" / entry.path().filename()))
+          << entry;
+    std::string again = ReadFile(Export(json ? "again.json" : "again.yaml", json));
+    for (auto at = again.find("again."); at != std::string::npos; at = again.find("again."))
+      again.replace(at, 5, "first");
+    EXPECT_EQ(again, ReadFile(first));
+  }
+};
+
+TEST_F(ExportTest, DemoComesBackTheSame) {
+  Start();
+  ExpectTheSameBehindAnExport(false);
+}
+
+TEST_F(ExportTest, WorkedStateComesBackTheSame) {
+  Start();
+  Work();
+  ExpectTheSameBehindAnExport(false);
+}
+
+TEST_F(ExportTest, WorkedStateComesBackTheSameByJson) {
+  Start();
+  Work();
+  ExpectTheSameBehindAnExport(true);
+}
+
+TEST_F(ExportTest, WorkGoesOnBehindAnExport) {
+  Start();
+  Work();
+  StartWith(Export("first.yaml"));
+  const auto uploaded = Upload({"third"});
+  EXPECT_EQ(Outcome(kDocuments, CreateBody(Instruction("", "more.lxz", uploaded[0]))), "200");
+}
+
+TEST_F(ExportTest, LargeGeneratedContentIsToldByItsSizeAlone) {
+  options_.seed.large_bytes = 50'000'000;
+  Start();
+  const std::string file = Export("state.yaml");
+  EXPECT_LT(std::filesystem::file_size(file), 100'000U);
+  EXPECT_NE(ReadFile(file).find("size: 50000000"), std::string::npos);
+  StartWith(file);
+  EXPECT_EQ(ReadFile(directory_ / "second/content/10090"), ReadFile(directory_ / "data/content/10090"));
+}
+
+TEST_F(ExportTest, DirectoryThatIsNoneIsRefusedAndLeftAlone) {
+  const std::string missing = (directory_ / "missing").string();
+  EXPECT_THROW(ExportState({missing, "", false}), std::exception);
+  EXPECT_FALSE(std::filesystem::exists(missing));
+  Start();
+  // The running server holds its directory.
+  EXPECT_THROW(ExportState({options_.data_directory, "", false}), std::exception);
+}
+
+TEST_F(ExportTest, EmptyStateTakesDocuments) {
+  options_.seed.kind = Seed::Kind::kEmpty;
+  Start();
+  StartWith(Export("empty.yaml"));
+  EXPECT_EQ(Outcome(kDocuments, CreateBody(Instruction("", "first.lxz", Upload({"x"})[0]))), "200");
+}
+
+}  // namespace
+}  // namespace vantry_sim
