@@ -47,6 +47,8 @@ class CurlExchange {
 
   /// What curl said at the end of the last exchange.
   [[nodiscard]] CURLcode Result() const { return result_; }
+  /// True when the last request could go out once more, see ExchangeParts.
+  [[nodiscard]] bool MayRepeat() const { return mayRepeat_; }
   /// True when the last exchange got the first line of an answer, an interim one included.
   [[nodiscard]] bool HasAnswer() const { return status_ != 0; }
 

@@ -219,9 +219,19 @@ ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& s
   curl_easy_setopt(handle_.get(), CURLOPT_URL, request.url.c_str());
   tlsEvents_ = {};
   const ErrorCode result = exchange_.Perform(httpStatus);
-  // The server has read nothing, but for curl the handshake was over already.
-  const bool refused = !exchange_.HasAnswer() && RefusedCertificate(tlsEvents_);
-  return result == ErrorCode::ProtocolFailure && refused ? ErrorCode::TlsFailure : result;
+  // For curl the handshake was over already.
+  return result == ErrorCode::ProtocolFailure && CertificateWasRefused() ? ErrorCode::TlsFailure : result;
+}
+
+bool CurlHandle::CertificateWasRefused() const {
+  if (exchange_.HasAnswer()) return false;
+  if (RefusedCertificate(tlsEvents_)) return true;
+  // The alert gets lost when our request is still on its way to a server that has closed already. What writes
+  // keeps the code that leaves open whether it was carried out.
+  const bool closed = exchange_.Result() == CURLE_RECV_ERROR || exchange_.Result() == CURLE_SEND_ERROR ||
+                      exchange_.Result() == CURLE_GOT_NOTHING;
+  return exchange_.MayRepeat() && closed && tlsEvents_.certificateAsked &&
+         session_->way().identity == nullptr;
 }
 
 std::string CurlHandle::CertificateComplaint() const {
@@ -230,7 +240,7 @@ std::string CurlHandle::CertificateComplaint() const {
     return "The client certificate can't be read with the passphrase that was given, if any: " +
            identity->certificateFile() + " with the key in " + identity->keyFile();
   }
-  if (exchange_.HasAnswer() || !RefusedCertificate(tlsEvents_)) return {};
+  if (!CertificateWasRefused()) return {};
   if (identity == nullptr) return "The server demands a client certificate, and none is set for it";
   return "The server refuses the client certificate " + identity->certificateFile();
 }

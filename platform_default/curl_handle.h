@@ -81,6 +81,7 @@ class CurlHandle {
 
   CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle);
   static CURLcode OnTlsContext(CURL* handle, void* context, void* self);
+  [[nodiscard]] bool CertificateWasRefused() const;
   void SetFixedOptions();
   void SetTrust();
   void SetIdentity();
