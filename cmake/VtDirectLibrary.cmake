@@ -33,8 +33,9 @@ set_target_properties(vtdirect PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION $
 if(VTDIRECT_PLATFORM STREQUAL "default")
   find_package(CURL REQUIRED)
   find_package(OpenSSL REQUIRED)
+  find_package(ZLIB REQUIRED)
   add_library(vtdirect_platform_transport OBJECT)
-  target_link_libraries(vtdirect_platform_transport PUBLIC vtdirect_headers CURL::libcurl OpenSSL::SSL
+  target_link_libraries(vtdirect_platform_transport PUBLIC vtdirect_headers CURL::libcurl OpenSSL::SSL ZLIB::ZLIB
                                                     PRIVATE vtdirect_warnings)
   add_library(vtdirect_platform_rest OBJECT)
   target_link_libraries(vtdirect_platform_rest PUBLIC vtdirect_headers vtdirect_rapidjson
@@ -45,7 +46,7 @@ if(VTDIRECT_PLATFORM STREQUAL "default")
   add_library(VtDirect::platform ALIAS platform)
   target_sources(platform PRIVATE $<TARGET_OBJECTS:vtdirect_platform_transport>
                                   $<TARGET_OBJECTS:vtdirect_platform_rest>)
-  target_link_libraries(platform PRIVATE CURL::libcurl OpenSSL::SSL)
+  target_link_libraries(platform PRIVATE CURL::libcurl OpenSSL::SSL ZLIB::ZLIB)
   set_target_properties(platform PROPERTIES OUTPUT_NAME vtdirect_platform VERSION ${PROJECT_VERSION}
                                             SOVERSION ${PROJECT_VERSION_MAJOR})
   target_link_libraries(vtdirect PUBLIC platform)

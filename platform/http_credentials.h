@@ -88,11 +88,11 @@ VTDIRECT_API void ClearClientCertificate(const std::string& url);
 VTDIRECT_API void ClearAllClientCertificates();
 
 /// Sends user name and password to the proxy, by Basic: the proxy of the settings (http_settings.h), or the
-/// one of the environment. They go before those in the proxy's URL and are never sent to a server. A user
-/// name with a control byte or a ":" is ignored. Begins new sessions with all origins.
+/// one of the environment. A user name in the proxy's own URL goes before them. They are never sent to a
+/// server. A user name with a control byte or a ":" is ignored. Begins new sessions with all origins.
 VTDIRECT_API void SetProxyCredentials(const std::string& user, const std::string& password);
 
-/// Forgets them. Those in the proxy's URL count again.
+/// Forgets them. Begins new sessions with all origins.
 VTDIRECT_API void ClearProxyCredentials();
 
 }  // namespace du::http

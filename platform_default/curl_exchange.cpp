@@ -70,7 +70,7 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   sink_ = parts.sink;
   mayRepeat_ = parts.mayRepeat;
   decodes_ = parts.decodes;
-  encoded_ = false;
+  decoder_.reset();
   bodySize_ = body_ == nullptr ? std::nullopt : body_->Size();
   bodySent_ = 0;
   status_ = 0;
@@ -103,13 +103,18 @@ ErrorCode CurlExchange::Conclude(CURLcode result) {
   // The refusal of a body counts as soon as its status is known: a server that refuses while we still send
   // closes the connection, and sending or the rest of its answer then fails.
   if (body_ != nullptr && status_ == payloadTooLarge) {
-    if (result == CURLE_OK && BeginSink()) static_cast<void>(sink_->Finish());
+    if (result == CURLE_OK && BeginSink()) static_cast<void>(FinishSink());
     return ErrorCode::TooLarge;
   }
   if (result != CURLE_OK) return ProxyRefusedTunnel() ? ErrorCode::NoConnection : ErrorCodeOf(result);
   // curl is content with a connection that closes in the middle of a header.
   if (status_ < 200 || !headerEnded_) return ErrorCode::ProtocolFailure;
   if (!BeginSink()) return failure_;
+  return FinishSink();
+}
+
+ErrorCode CurlExchange::FinishSink() {
+  if (decoder_ != nullptr && !decoder_->IsComplete()) return ErrorCode::ProtocolFailure;
   return sink_->Finish();
 }
 
@@ -138,9 +143,9 @@ void CurlExchange::ReadHeaderLine(std::string_view line) {
     status_ = status;
     headerEnded_ = false;
     if (IsDemand(status)) demandSeen_ = true;
-    encoded_ = false;
-  } else if (HasHeaderName(line, "Content-Encoding")) {
-    encoded_ = decodes_;
+    decoder_.reset();
+  } else if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
+    decoder_ = AnswerDecoder::For(line.substr(line.find(':') + 1));
   } else if (line == "\r\n" || line == "\n") {
     headerEnded_ = true;
     if (status_ < 200) clock_.AnswerWasInterim();
@@ -153,7 +158,7 @@ bool CurlExchange::BeginSink() {
   curl_easy_getinfo(handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   std::optional<std::uint64_t> expected;
   // What is announced is the length on the line, and a sink gets what is decoded.
-  if (length >= 0 && !encoded_) expected = static_cast<std::uint64_t>(length);
+  if (length >= 0 && decoder_ == nullptr) expected = static_cast<std::uint64_t>(length);
   begun_ = true;
   failure_ = sink_->Begin(status_, expected);
   return failure_ == ErrorCode::Done;
@@ -163,7 +168,10 @@ std::size_t CurlExchange::OnBody(char* data, std::size_t, std::size_t count, voi
   auto& exchange = *static_cast<CurlExchange*>(self);
   try {
     if (!exchange.BeginSink()) return 0;
-    exchange.failure_ = exchange.sink_->Write(reinterpret_cast<const std::uint8_t*>(data), count);
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(data);
+    exchange.failure_ = exchange.decoder_ == nullptr
+                            ? exchange.sink_->Write(bytes, count)
+                            : exchange.decoder_->Decode(bytes, count, *exchange.sink_);
   } catch (...) {
     exchange.thrown_ = std::current_exception();
     exchange.failure_ = ErrorCode::LocalFileFailure;

@@ -5,10 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string_view>
 
 #include "platform/http.h"
+#include "platform_default/answer_decoder.h"
 #include "platform_default/transfer_clock.h"
 
 namespace vtdirect::platform {
@@ -20,7 +22,7 @@ struct ExchangeParts {
   /// Whether the request may go out once more when a kept connection dies under it. What writes may not: the
   /// server may have acted on it, and a document must not be created twice.
   bool mayRepeat = false;
-  /// Whether curl decodes a compressed answer.
+  /// Whether a compressed answer is decoded on the way to the sink.
   bool decodes = false;
 };
 
@@ -70,6 +72,7 @@ class CurlExchange {
 
   void ReadHeaderLine(std::string_view line);
   [[nodiscard]] bool BeginSink();
+  [[nodiscard]] du::http::ErrorCode FinishSink();
   [[nodiscard]] std::size_t ReadBody(std::uint8_t* buffer, std::size_t capacity);
   /// Of the lines in front of the body, with those to a proxy.
   [[nodiscard]] long RequestBytesSent() const;
@@ -97,8 +100,8 @@ class CurlExchange {
   bool headerEnded_ = false;  ///< the empty line behind the last status line came
   bool mayRepeat_ = false;
   bool decodes_ = false;
-  bool encoded_ = false;                 ///< the answer is compressed and is being decoded
-  std::optional<long> sentBeforeStart_;  ///< set once a request of this exchange has started
+  std::unique_ptr<AnswerDecoder> decoder_;  ///< null for an answer that goes to the sink as it comes
+  std::optional<long> sentBeforeStart_;     ///< set once a request of this exchange has started
   bool demandSeen_ = false;  ///< the last answer was a 401 or 407; only then may a body go out once more
   bool connectLimitRanOut_ = false;
   CURLcode result_ = CURLE_OK;

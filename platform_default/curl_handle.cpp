@@ -45,6 +45,7 @@ std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool sizeK
   std::vector<std::string> lines;
   for (const std::string& line : request.headerLines) lines.push_back(AsCurlWantsIt(line));
   if (!ContainsHeader(request.headerLines, "Accept")) lines.emplace_back("Accept:");
+  if (request.asksForCompression) lines.emplace_back("Accept-Encoding: gzip, deflate");
   if (request.method == Method::Get) return lines;
   if (!ContainsHeader(request.headerLines, "Content-Type")) lines.emplace_back("Content-Type:");
   // Waiting for "100 Continue" costs a round trip, or a second where the server does not know it.
@@ -86,6 +87,8 @@ void CurlHandle::SetFixedOptions() {
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
   curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
+  // curl takes a packed answer that ends too early for a whole one, so it is unpacked outside of curl.
+  curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
   curl_easy_setopt(handle, CURLOPT_USERAGENT, "VtDirect/" VTDIRECT_VERSION);
   curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
   // Redirects are followed outside of curl, which knows nothing of the rules for them.
@@ -191,13 +194,6 @@ void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
   headerLines_ = std::move(lines);
 }
 
-void CurlHandle::SetCompression(const OutgoingRequest& request) {
-  CURL* handle = handle_.get();
-  // A server that compresses without being asked means its bytes as they are, a packed content for instance.
-  curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, request.asksForCompression ? 1L : 0L);
-  curl_easy_setopt(handle, CURLOPT_ACCEPT_ENCODING, request.asksForCompression ? "gzip, deflate" : nullptr);
-}
-
 void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
   const bool with = request.authenticationMask != CURLAUTH_NONE;
@@ -214,7 +210,6 @@ ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& s
   SetConnectLimit(settings.connectTimeoutMilliseconds);
   SetMethod(request);
   SetHeaderLines(request);
-  SetCompression(request);
   SetAuthentication(request);
   curl_easy_setopt(handle_.get(), CURLOPT_URL, request.url.c_str());
   tlsEvents_ = {};

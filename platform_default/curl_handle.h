@@ -89,7 +89,6 @@ class CurlHandle {
   void SetConnectLimit(long milliseconds);
   void SetMethod(const OutgoingRequest& request);
   void SetHeaderLines(const OutgoingRequest& request);
-  void SetCompression(const OutgoingRequest& request);
   void SetAuthentication(const OutgoingRequest& request);
 
   std::shared_ptr<OriginSession> session_;  ///< before the handle, which uses its share to the last

@@ -110,6 +110,8 @@ TEST_F(Compression, GivesTheDecodedText) {
       14);
   ScriptedServer gzip(Sending(Gzip(text), "gzip"));
   ScriptedServer deflate(Sending(zlib, "deflate"));
+  ScriptedServer bare(Sending(zlib.substr(2, 8), "deflate"));
+  EXPECT_EQ(FetchFrom(bare.Url(), Accepting("Accept: application/json")).body, "abc");
   EXPECT_TRUE(FetchFrom(gzip.Url(), Accepting("Accept: application/json")).body == text);
   EXPECT_EQ(FetchFrom(deflate.Url(), Accepting("Accept: application/json")).body, "abc");
 }
@@ -153,12 +155,35 @@ TEST_F(Compression, OfABrokenAnswerIsAFailure) {
   std::string bent = packed;
   bent[packed.size() / 2] = static_cast<char>(~bent[packed.size() / 2]);
   const std::string cut = packed.substr(0, packed.size() / 2);
-  for (const std::string& body : {bent, cut, std::string("no gzip at all")}) {
+  for (const std::string& body : {bent, cut, packed.substr(0, packed.size() - 1), packed.substr(0, 1),
+                                  packed + "more", std::string("{\"no\": \"gzip\"}")}) {
     ScriptedServer server(Sending(body, "gzip"));
     const Fetched fetched = FetchFrom(server.Url(), Accepting("Accept: application/json"));
     EXPECT_EQ(fetched.code, ErrorCode::ProtocolFailure) << body.size();
     EXPECT_EQ(fetched.status, -77);
   }
+}
+
+TEST_F(Compression, OfAnAnswerMayComeInPiecesAndInSeveralParts) {
+  const std::string packed = Gzip("one, ") + Gzip("two");
+  ScriptedServer server([&packed](Peer& peer, WireRequest&) {
+    peer.Send("HTTP/1.1 200 OK\r\nContent-Encoding: GZip\r\nTransfer-Encoding: chunked\r\n\r\n");
+    for (const char byte : packed) peer.Send("1\r\n" + std::string(1, byte) + "\r\n");
+    peer.Send("0\r\n\r\n");
+  });
+  EXPECT_EQ(FetchFrom(server.Url(), Accepting("Accept: application/json")).body, "one, two");
+}
+
+TEST_F(Compression, OfAnEmptyAnswerIsAnEmptyAnswer) {
+  ScriptedServer server(Sending("", "gzip"));
+  const Fetched fetched = FetchFrom(server.Url(), Accepting("Accept: application/json"));
+  EXPECT_EQ(fetched.status, 200);
+  EXPECT_EQ(fetched.body, "");
+}
+
+TEST_F(Compression, InAFormThatNobodyAskedForPassesAsItIs) {
+  ScriptedServer server(Sending("strange bytes", "br"));
+  EXPECT_EQ(FetchFrom(server.Url(), Accepting("Accept: application/json")).body, "strange bytes");
 }
 
 TEST_F(Compression, ThatNobodyAskedForPassesAsItIs) {
