@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/environment.h"
 #include "platform_default/header_lines.h"
 
 namespace vtdirect::platform {
@@ -38,6 +39,16 @@ std::string AsCurlWantsIt(const std::string& line) {
   const std::size_t colon = line.find(':');
   if (line.find_first_not_of(" \t", colon + 1) != std::string::npos) return line;
   return line.substr(0, colon) + ";";
+}
+
+/// A proxy is asked for plain requests one by one, and some close the connection after each without a word.
+/// What writes is never sent a second time, so it must not meet a connection that is about to close.
+bool NeedsFreshConnection(const OutgoingRequest& request, const ConnectionWay& way) {
+  if (request.method == Method::Get || request.url.compare(0, 5, "http:") != 0) return false;
+  if (way.proxy) return !way.proxy->empty();
+  // Those that curl looks at. Whether one counts for this host doesn't matter here.
+  const auto isSet = [](const char* name) { return !dp::Environment::Get(name).empty(); };
+  return isSet("http_proxy") || isSet("all_proxy") || isSet("ALL_PROXY");
 }
 
 /// The caller's lines, and behind them what keeps curl from adding lines of its own.
@@ -211,6 +222,8 @@ ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& s
   SetMethod(request);
   SetHeaderLines(request);
   SetAuthentication(request);
+  curl_easy_setopt(handle_.get(), CURLOPT_FRESH_CONNECT,
+                   NeedsFreshConnection(request, session_->way()) ? 1L : 0L);
   curl_easy_setopt(handle_.get(), CURLOPT_URL, request.url.c_str());
   tlsEvents_ = {};
   const ErrorCode result = exchange_.Perform(httpStatus);
