@@ -23,11 +23,12 @@ std::shared_ptr<OriginSession> OriginState::Session() {
 
 OriginState::Handles OriginState::EndSession() {
   Handles handles;
+  std::shared_ptr<OriginSession> ended;  // goes after the lock is gone: it may hold a function of the host's
   const std::lock_guard lock(mutex_);
   for (Idle& idle : idle_) handles.push_back(std::move(idle.handle));
   idle_.clear();
   if (session_ != nullptr) session_->firstExchange.Open();
-  session_.reset();
+  ended.swap(session_);
   return handles;
 }
 

@@ -3,6 +3,9 @@
 
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/scripted_server.h"
+#include "tests/e2e/platform/tls_front.h"
+#include "tests/e2e/platform/tls_server.h"
+#include "tests/support/temporary_directory.h"
 #include "tests/support/unused_port.h"
 
 namespace {
@@ -176,6 +179,20 @@ TEST_F(Proxy, AnswersADemandOfTheServerWithTheServersLogin) {
   for (const WireRequest& request : proxy.requests()) {
     EXPECT_EQ(request.Header("Proxy-Authorization"), "Basic cHJveHk6dXNlcg==");  // "proxy:user"
   }
+}
+
+TEST_F(Proxy, MayItselfBeReachedOverTls) {
+  if (!vtdirect_test::HaveOpenSsl())
+    GTEST_SKIP() << "the openssl program, which makes certificates, is missing";
+  const vtdirect_test::TemporaryDirectory directory;
+  const std::string certificate = vtdirect_test::MakeCertificate(directory.path(), "proxy", "IP:127.0.0.1");
+  ScriptedServer proxy(AnswerByProxy);
+  const vtdirect_test::TlsFront front(directory.path(), "proxy", proxy.port());
+  Set(front.Url());
+  EXPECT_NE(FetchFrom("http://vantry.invalid/").code, ErrorCode::Done);
+  EXPECT_EQ(front.handshakes(), 0);
+  vtdirect_test::Trust(certificate);
+  EXPECT_EQ(FetchFrom("http://vantry.invalid/").body, "by proxy");
 }
 
 }  // namespace
