@@ -22,8 +22,8 @@ constexpr const char* modules = "/usr/lib/apache2/modules/";
 
 // Apache hands the whole body over before it reads anything, so it has to be read to the end first.
 constexpr const char* echo = R"(#!/bin/sh
-body=$(cat)
-printf 'Content-Type: text/plain\n\n%s' "$body"
+  body=$(cat)
+  printf 'Content-Type: text/plain\n\n%s' "$body"
 )";
 
 constexpr const char* configuration = R"(
