@@ -76,6 +76,16 @@ void UseShortLimits() {
   du::http::ClearProxyCredentials();
 }
 
+void UseLongLimits() {
+  UseShortLimits();
+  du::http::TransportSettings settings = du::http::GetTransportSettings();
+  settings.connectTimeoutMilliseconds = 20'000;
+  settings.stallTimeoutSeconds = 20;
+  settings.firstByteTimeoutSeconds = 20;
+  settings.firstByteAfterBodyTimeoutSeconds = 20;
+  du::http::SetTransportSettings(settings);
+}
+
 void Trust(const std::string& certificateFile) {
   du::http::TransportSettings settings = du::http::GetTransportSettings();
   settings.certificateAuthorityFile = certificateFile;

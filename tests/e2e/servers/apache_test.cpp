@@ -70,7 +70,7 @@ constexpr const char* negotiateLogin = R"(
 class Apache : public testing::Test {
  protected:
   void SetUp() override {
-    vtdirect_test::UseShortLimits();
+    vtdirect_test::UseLongLimits();
     program_ = vtdirect_test::FindProgram("apache2");
     if (program_.empty()) GTEST_SKIP() << "Apache is missing (Debian package apache2-bin)";
     vtdirect_test::WriteFile(directory_.File("echo"), echo);

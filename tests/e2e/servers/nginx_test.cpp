@@ -49,7 +49,7 @@ http {
 class Nginx : public testing::Test {
  protected:
   void SetUp() override {
-    vtdirect_test::UseShortLimits();
+    vtdirect_test::UseLongLimits();
     program_ = vtdirect_test::FindProgram("nginx");
     if (program_.empty()) GTEST_SKIP() << "nginx is missing (Debian package nginx-light)";
     if (!vtdirect_test::HaveOpenSsl())

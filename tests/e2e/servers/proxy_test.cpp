@@ -38,7 +38,7 @@ ViaProxyName "between"
 class TinyProxy : public testing::Test {
  protected:
   void SetUp() override {
-    vtdirect_test::UseShortLimits();
+    vtdirect_test::UseLongLimits();
     program_ = vtdirect_test::FindProgram("tinyproxy");
     if (program_.empty()) GTEST_SKIP() << "tinyproxy is missing (Debian package tinyproxy-bin)";
     if (!vtdirect_test::HaveOpenSsl())
@@ -61,7 +61,7 @@ class TinyProxy : public testing::Test {
     du::http::SetTransportSettings(settings);
   }
   void UseProxyOfEnvironment() const {
-    vtdirect_test::UseShortLimits();
+    vtdirect_test::UseLongLimits();
     vtdirect_test::Trust(directory_.File("server.pem"));
     setenv("http_proxy", ProxyUrl().c_str(), 1);
     setenv("https_proxy", ProxyUrl().c_str(), 1);
