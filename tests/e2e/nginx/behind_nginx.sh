@@ -110,7 +110,7 @@ done
 # A listing comes packed, and contents do not.
 expect 0 get --ca-file "$work/certificate.pem" ls '//plm/Products/Trekking Bike/Folders/Frame/'
 grep -q fork.lxz "$work/answer"
-grep -q '/Folders(.* gzip$' "$work/access"
+wait_for grep -q '/Folders(.* gzip$' "$work/access"
 if grep '/content/streams/.* gzip$' "$work/access"; then
   echo "a content came packed" >&2
   exit 1
