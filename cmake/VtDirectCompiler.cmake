@@ -1,4 +1,4 @@
-# What every target of this tree is compiled with. Dependencies come in as system headers, so the warnings
+# What every target of this tree is compiled with, and nothing of a project that has this one in its tree. Dependencies come in as system headers, so the warnings
 # below speak of our own code only.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -6,18 +6,29 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# Files have helpers of the same name in their anonymous namespaces.
+set(CMAKE_UNITY_BUILD OFF)
 # Debian 12's filesystem serves downloads of any size.
 add_compile_definitions(_FILE_OFFSET_BITS=64)
 
-find_program(VTDIRECT_CCACHE ccache)
-if(VTDIRECT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${VTDIRECT_CCACHE})
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+  find_program(VTDIRECT_CCACHE ccache)
+  if(VTDIRECT_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${VTDIRECT_CCACHE})
+  endif()
 endif()
 
 add_library(vtdirect_warnings INTERFACE)
 target_compile_options(vtdirect_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
-                                                   -Woverloaded-virtual -Werror)
+                                                   -Woverloaded-virtual)
+# A newer compiler warns of more; that must not keep a stranger from building.
+if(VTDIRECT_WARNINGS_AS_ERRORS)
+  target_compile_options(vtdirect_warnings INTERFACE -Werror)
+endif()
+# GCC 12 takes the copy inside std::string's operator+ for one that overlaps, at -O3; GCC 13 no longer does.
+target_compile_options(vtdirect_warnings INTERFACE
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 # The iterators of the JSON library predate the comparison of C++20, and its templates warn where we use them.
 target_compile_options(vtdirect_warnings INTERFACE
                        $<$<CXX_COMPILER_ID:Clang>:-Wno-ambiguous-reversed-operator>)

@@ -1,26 +1,28 @@
-# Install rules: headers, libraries, the CMake package, pkg-config files, catalogues, programs, .deb files.
+# Install rules: headers, libraries, the CMake package, pkg-config files, catalogues, programs.
 #
-# Components: runtime (shared libraries, catalogues), development (headers, static libraries, package files) and
-# programs, which is the default of whatever names none.
+# Components: runtime (shared libraries), catalogues (what no version of the libraries owns), development (headers,
+# static libraries, package files) and programs, which is the default of whatever names none. VtDirectPackages.cmake
+# makes a Debian package of each.
 include(CMakePackageConfigHelpers)
 
 set(VTDIRECT_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VtDirect)
 set(VTDIRECT_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 set(installed_libraries vtdirect)
-if(TARGET platform)
-  list(APPEND installed_libraries platform)
+if(TARGET vtdirect_platform)
+  list(APPEND installed_libraries vtdirect_platform)
 endif()
 install(TARGETS ${installed_libraries} EXPORT VtDirectTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
-        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+        INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT VtDirectTargets NAMESPACE VtDirect:: DESTINATION ${VTDIRECT_PACKAGE_DIR} COMPONENT development)
 
 install(DIRECTORY ${VTDIRECT_STAGED_HEADERS}/vtdirect DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         COMPONENT development)
-if(TARGET platform)
+if(TARGET vtdirect_platform)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/catalogues/cmsinterface
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/vtdirect/catalogues COMPONENT runtime)
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/vtdirect/catalogues COMPONENT catalogues)
 endif()
 
 # The CMake package.
@@ -39,7 +41,7 @@ file(RELATIVE_PATH VTDIRECT_PKGCONFIG_TO_PREFIX /prefix/${VTDIRECT_PKGCONFIG_DIR
 string(REGEX REPLACE "/$" "" VTDIRECT_PKGCONFIG_TO_PREFIX ${VTDIRECT_PKGCONFIG_TO_PREFIX})
 set(VTDIRECT_PC_REQUIRES "")
 set(VTDIRECT_PLATFORM_PC_REQUIRES "")
-if(TARGET platform)
+if(TARGET vtdirect_platform)
   list(APPEND VTDIRECT_PC_REQUIRES "vtdirect-platform = ${PROJECT_VERSION}")
 endif()
 if(NOT BUILD_SHARED_LIBS)
@@ -48,7 +50,7 @@ if(NOT BUILD_SHARED_LIBS)
 endif()
 list(JOIN VTDIRECT_PC_REQUIRES ", " VTDIRECT_PC_REQUIRES)
 set(pkgconfig_files vtdirect)
-if(TARGET platform)
+if(TARGET vtdirect_platform)
   list(APPEND pkgconfig_files vtdirect-platform)
 endif()
 foreach(name IN LISTS pkgconfig_files)
@@ -67,6 +69,9 @@ if(TARGET vantry-sim)
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+# README and the pages link to each other by where they are in the sources.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
+        COMPONENT development)
 
 # Shared libraries are found beside each other, wherever the tree is put.
 if(BUILD_SHARED_LIBS)
@@ -75,30 +80,4 @@ if(BUILD_SHARED_LIBS)
   if(TARGET vtdirect-cli)
     set_target_properties(vtdirect-cli PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
   endif()
-endif()
-
-# .deb files: cpack in the build directory.
-if(PROJECT_IS_TOP_LEVEL)
-  set(CPACK_GENERATOR DEB)
-  set(CPACK_PACKAGE_NAME vtdirect)
-  set(CPACK_PACKAGE_CONTACT "VtDirect maintainers <maintainers@vtdirect.example>")
-  set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "A Vantry server as a virtual file system")
-  set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
-  set(CPACK_DEB_COMPONENT_INSTALL ON)
-  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-  set(CPACK_DEBIAN_PACKAGE_SECTION libs)
-  find_program(VTDIRECT_SHLIBDEPS dpkg-shlibdeps)
-  if(VTDIRECT_SHLIBDEPS)
-    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
-  endif()
-  set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvtdirect${PROJECT_VERSION_MAJOR})
-  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvtdirect-dev)
-  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
-      "libvtdirect${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION}), libexpat1-dev, libcurl4-openssl-dev, libssl-dev, zlib1g-dev")
-  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_NAME vtdirect-tools)
-  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SECTION utils)
-  set(CPACK_DEBIAN_PROGRAMS_PACKAGE_DEPENDS "libvtdirect${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
-  include(CPack)
 endif()

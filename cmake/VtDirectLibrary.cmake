@@ -5,7 +5,8 @@
 #   vtdirect_platform_transport  ConnectURI, DoRequestWithCommonAuth, their settings and credentials
 #   vtdirect_platform_rest       everything else that platform/ asks for
 find_package(RapidJSON REQUIRED)
-find_package(EXPAT REQUIRED)
+# GLOBAL: a static library passes these on to the programs of a project around this one, whose folder must know them.
+find_package(EXPAT REQUIRED GLOBAL)
 
 add_library(vtdirect_rapidjson INTERFACE)
 target_include_directories(vtdirect_rapidjson SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIRS})
@@ -31,9 +32,9 @@ target_link_libraries(vtdirect PRIVATE $<BUILD_INTERFACE:vtdirect_rapidjson> EXP
 set_target_properties(vtdirect PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 
 if(VTDIRECT_PLATFORM STREQUAL "default")
-  find_package(CURL REQUIRED)
-  find_package(OpenSSL REQUIRED)
-  find_package(ZLIB REQUIRED)
+  find_package(CURL REQUIRED GLOBAL)
+  find_package(OpenSSL REQUIRED GLOBAL)
+  find_package(ZLIB REQUIRED GLOBAL)
   add_library(vtdirect_platform_transport OBJECT)
   target_link_libraries(vtdirect_platform_transport PUBLIC vtdirect_headers CURL::libcurl OpenSSL::SSL ZLIB::ZLIB
                                                     PRIVATE vtdirect_warnings)
@@ -42,25 +43,21 @@ if(VTDIRECT_PLATFORM STREQUAL "default")
                                                PRIVATE vtdirect_warnings)
   add_subdirectory(platform_default)
 
-  add_library(platform)
-  add_library(VtDirect::platform ALIAS platform)
-  target_sources(platform PRIVATE $<TARGET_OBJECTS:vtdirect_platform_transport>
-                                  $<TARGET_OBJECTS:vtdirect_platform_rest>)
-  target_link_libraries(platform PRIVATE CURL::libcurl OpenSSL::SSL ZLIB::ZLIB)
-  set_target_properties(platform PROPERTIES OUTPUT_NAME vtdirect_platform VERSION ${PROJECT_VERSION}
-                                            SOVERSION ${PROJECT_VERSION_MAJOR})
-  target_link_libraries(vtdirect PUBLIC platform)
+  add_library(vtdirect_platform)
+  add_library(VtDirect::platform ALIAS vtdirect_platform)
+  target_sources(vtdirect_platform PRIVATE $<TARGET_OBJECTS:vtdirect_platform_transport>
+                                           $<TARGET_OBJECTS:vtdirect_platform_rest>)
+  target_link_libraries(vtdirect_platform PRIVATE CURL::libcurl OpenSSL::SSL ZLIB::ZLIB)
+  set_target_properties(vtdirect_platform PROPERTIES EXPORT_NAME platform VERSION ${PROJECT_VERSION}
+                                                     SOVERSION ${PROJECT_VERSION_MAJOR})
+  target_link_libraries(vtdirect PUBLIC vtdirect_platform)
 endif()
 
 # Hidden visibility leaves the standard library's templates visible; the lists leave only what is meant.
 if(BUILD_SHARED_LIBS)
-  foreach(library IN ITEMS vtdirect platform)
+  foreach(library IN ITEMS vtdirect vtdirect_platform)
     if(TARGET ${library})
-      get_target_property(output ${library} OUTPUT_NAME)
-      if(NOT output)
-        set(output ${library})
-      endif()
-      set(exports ${PROJECT_SOURCE_DIR}/cmake/exports/${output}.map)
+      set(exports ${PROJECT_SOURCE_DIR}/cmake/exports/${library}.map)
       target_link_options(${library} PRIVATE LINKER:--version-script=${exports})
       set_target_properties(${library} PROPERTIES LINK_DEPENDS ${exports})
     endif()
@@ -80,9 +77,7 @@ foreach(header IN LISTS VTDIRECT_PLATFORM_HEADERS)
   get_filename_component(name ${header} NAME)
   configure_file(${PROJECT_SOURCE_DIR}/${header} ${VTDIRECT_STAGED_HEADERS}/vtdirect/platform/${name} COPYONLY)
 endforeach()
-target_include_directories(vtdirect PUBLIC $<BUILD_INTERFACE:${VTDIRECT_STAGED_HEADERS}>
-                                           $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-if(TARGET platform)
-  target_include_directories(platform PUBLIC $<BUILD_INTERFACE:${VTDIRECT_STAGED_HEADERS}>
-                                             $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_include_directories(vtdirect PUBLIC $<BUILD_INTERFACE:${VTDIRECT_STAGED_HEADERS}>)
+if(TARGET vtdirect_platform)
+  target_include_directories(vtdirect_platform PUBLIC $<BUILD_INTERFACE:${VTDIRECT_STAGED_HEADERS}>)
 endif()

@@ -17,6 +17,7 @@ class VTDIRECT_API FileSpec {
   FileSpec();
   /// Splits at the last "/". A null path counts as empty.
   explicit FileSpec(const char* path);
+  /// Splits at the last "/".
   explicit FileSpec(const std::string& path);
 
   /// Sets the directory.
@@ -26,8 +27,11 @@ class VTDIRECT_API FileSpec {
   /// Sets a directory path alone and splits it into its components; empty components don't count.
   void SetDirPath(const std::string& path);
 
+  /// The number of the directory's components.
   [[nodiscard]] std::size_t DirCount() const;
+  /// The first component. Valid until the directory is set.
   [[nodiscard]] std::list<std::string>::const_iterator DirBegin() const;
+  /// The end of the components.
   [[nodiscard]] std::list<std::string>::const_iterator DirEnd() const;
 
   /// Gives the file name with its extension; false when there is none.

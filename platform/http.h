@@ -107,6 +107,7 @@ class VTDIRECT_API FileSink {
 
 /// One exchange. Filled by the caller on its stack; owns nothing and lives for the call only.
 struct Request {
+  /// What the server is asked to do.
   Method method = Method::Get;
   /// Absolute path and query on the connection's host, escaped by the caller. It may hold bytes that cannot
   /// stand on a request line (a search filter's blanks) and may lack the leading "/": the transport makes it
@@ -172,6 +173,7 @@ VTDIRECT_API std::unique_ptr<Connection> ConnectURI(const char* uri, const char*
 /// Serves bytes in place, without a copy. The buffer must stay valid for the life of the source.
 class VTDIRECT_API BufferFileSource final : public FileSource {
  public:
+  /// Takes the bytes; copies and owns nothing.
   BufferFileSource(const std::uint8_t* data, std::size_t size);
   std::optional<std::uint64_t> Size() override;
   ErrorCode Read(std::uint8_t* buffer, std::size_t capacity, std::size_t* count) override;
@@ -187,6 +189,7 @@ class VTDIRECT_API BufferFileSource final : public FileSource {
 /// harmless as long as the source is not read; a file that cannot be opened gives `LocalFileFailure`.
 class VTDIRECT_API DiskFileSource final : public FileSource {
  public:
+  /// Takes the path and opens nothing yet.
   explicit DiskFileSource(const char* path);
   ~DiskFileSource() override;
   std::optional<std::uint64_t> Size() override;
@@ -203,6 +206,7 @@ class VTDIRECT_API DiskFileSource final : public FileSource {
 /// so an exchange without any answer leaves an existing file alone.
 class VTDIRECT_API DiskFileSink final : public FileSink {
  public:
+  /// Takes the path and opens nothing yet.
   explicit DiskFileSink(const char* path);
   ~DiskFileSink() override;
   ErrorCode Begin(int httpStatus, std::optional<std::uint64_t> expectedLength) override;
@@ -217,6 +221,7 @@ class VTDIRECT_API DiskFileSink final : public FileSink {
 /// Appends to a string until that holds `limit` bytes of this response, and drops the rest without failing.
 class VTDIRECT_API StringFileSink final : public FileSink {
  public:
+  /// The string belongs to the caller and must outlive the sink; `limit` is in bytes.
   StringFileSink(std::string& target, std::size_t limit);
   ErrorCode Begin(int httpStatus, std::optional<std::uint64_t> expectedLength) override;
   ErrorCode Write(const std::uint8_t* data, std::size_t count) override;
@@ -232,6 +237,7 @@ class VTDIRECT_API StringFileSink final : public FileSink {
 /// nobody asked for removes its file itself.
 class VTDIRECT_API FailoverFileSink final : public FileSink {
  public:
+  /// @param memoryLimit  in bytes
   explicit FailoverFileSink(std::size_t memoryLimit);
   ~FailoverFileSink() override;
   ErrorCode Begin(int httpStatus, std::optional<std::uint64_t> expectedLength) override;
@@ -258,6 +264,7 @@ class VTDIRECT_API FailoverFileSink final : public FileSink {
 /// `onFailure`. The sink that was not chosen is told nothing.
 class VTDIRECT_API HttpSuccessFileSink final : public FileSink {
  public:
+  /// Both belong to the caller and must outlive this one.
   HttpSuccessFileSink(FileSink* onSuccess, FileSink* onFailure);
   ErrorCode Begin(int httpStatus, std::optional<std::uint64_t> expectedLength) override;
   ErrorCode Write(const std::uint8_t* data, std::size_t count) override;
@@ -275,6 +282,7 @@ using ProgressFunction = std::function<bool(std::size_t, std::size_t)>;
 /// Passes all bytes on to another sink and reports as they go.
 class VTDIRECT_API ProgressSink final : public FileSink {
  public:
+  /// `next` belongs to the caller and must outlive this one; an empty `report` reports nothing.
   ProgressSink(ProgressFunction report, FileSink* next);
   ErrorCode Begin(int httpStatus, std::optional<std::uint64_t> expectedLength) override;
   ErrorCode Write(const std::uint8_t* data, std::size_t count) override;
@@ -290,6 +298,7 @@ class VTDIRECT_API ProgressSink final : public FileSink {
 /// Serves the bytes of another source and reports as they go.
 class VTDIRECT_API ProgressSource final : public FileSource {
  public:
+  /// `inner` belongs to the caller and must outlive this one; an empty `report` reports nothing.
   ProgressSource(FileSource& inner, ProgressFunction report);
   std::optional<std::uint64_t> Size() override;
   ErrorCode Read(std::uint8_t* buffer, std::size_t capacity, std::size_t* count) override;

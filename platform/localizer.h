@@ -15,6 +15,7 @@ namespace du {
 /// running host.
 class VTDIRECT_API Localizer {
  public:
+  /// What to give for a key without a text.
   enum class ActionOnFailure : int { GiveKey = 0 };
 
   /// @param catalogue  "group:name"; one that cannot be read leaves the compiled-in texts

@@ -11,6 +11,7 @@
 /// to standard error as far as the environment variable FENLOOM_TRACE turns its type on.
 namespace dp {
 
+/// What a line is about; FENLOOM_TRACE names the types by these numbers.
 enum class TraceType : int { Information = 0, Miss = 1, Warning = 2, Error = 3 };
 
 /// Receives every line, exactly as composed, line feeds or the lack of them included. Called on the thread
@@ -26,7 +27,9 @@ VTDIRECT_API void SetTraceHandler(TraceHandler handler);
 /// A line that is composed piece by piece and written when the formatter goes.
 class VTDIRECT_API TraceFormatter {
  public:
+  /// Both texts must outlive it; without `enabled` nothing is composed and nothing written.
   TraceFormatter(const char* area, const char* name, TraceType type, bool enabled);
+  /// The line is written once, by the formatter that was moved to.
   TraceFormatter(TraceFormatter&&) noexcept;
   TraceFormatter(const TraceFormatter&) = delete;
   TraceFormatter& operator=(const TraceFormatter&) = delete;
@@ -50,6 +53,7 @@ class VTDIRECT_API TraceFormatter {
 /// Made on the spot for each trace and dropped behind it. Both texts must outlive it.
 class VTDIRECT_API LXTracer {
  public:
+  /// The two texts go before each line; null counts as empty.
   LXTracer(const char* area, const char* name);
 
   /// Writes one line with `printf` formatting, of any length.

@@ -116,15 +116,15 @@ enum ConfigItem : std::int32_t {
 
 /// Number and name of a document in a listing. Valid during the callback only.
 struct DirEntryDetails {
-  const char* number;
-  const char* name;
+  const char* number;    ///< the document's number
+  const char* name;      ///< the document's name, which is not its file's
   const char* reserved;  ///< always null
 };
 
 /// One entry of an extended listing. Valid during the callback only.
 struct DirEntryExt {
-  const char* name;  ///< as it stands in a VFS path, escaped
-  bool isFolder;
+  const char* name;                ///< as it stands in a VFS path, escaped
+  bool isFolder;                   ///< a directory that can be listed, otherwise a document
   const DirEntryDetails* details;  ///< null unless asked for
   const char** versions;           ///< null-terminated, null unless asked for
   const char** versionIds;         ///< null-terminated, parallel to `versions`
@@ -425,6 +425,7 @@ VTDIRECT_API bool Upload(FileType kind, const char* path, const char* mainPath, 
 VTDIRECT_API bool UploadAsync(const char* path, const char* mainPath, const char* viewablePath,
                               const std::map<std::string, std::string>& sourceLinks, StatusCallback status,
                               ProgressCallback progress, const char* language, bool checkIn);
+/// The same for a document of any kind, with nothing but its primary content.
 VTDIRECT_API bool UploadAsync(FileType kind, const char* path, const char* mainPath, StatusCallback status,
                               ProgressCallback progress, const char* language, bool checkIn);
 

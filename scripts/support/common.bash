@@ -20,7 +20,7 @@ fail() {
 
 # Installs what is missing, and nothing when all is there.
 ensure_tools() {
-  "$root/scripts/setup" --check >/dev/null 2>&1 || "$root/scripts/setup" "$@"
+  "$root/scripts/setup" --check "$@" >/dev/null 2>&1 || "$root/scripts/setup" "$@"
 }
 
 # build PRESET [TARGET...]: configures one of the presets and builds the targets, or all, into build/PRESET.

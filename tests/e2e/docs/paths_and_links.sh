@@ -17,7 +17,7 @@ check_paths() {
     paths=$((paths + 1))
     [ -e "$span" ] || miss "$1" "$span"
   done < <(grep -oE '`[^` ]+`' "$1" | tr -d '`' |
-    grep -E '^(base|bench|browsing|catalogues|cmake|connection|docs|documents|fuzz|hosts|platform|public|scripts|simulator|tests|translation)/' |
+    grep -E '^(base|bench|browsing|catalogues|cmake|connection|docs|documents|examples|fuzz|hosts|platform|platform_default|public|scripts|server|simulator|tests|translation)/' |
     grep -vE '[*<>]' || true)
 }
 

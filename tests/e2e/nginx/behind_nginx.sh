@@ -2,6 +2,7 @@
 # behind_nginx.sh: vantry-sim listens in the dark; nginx in front of it speaks TLS, wants a password, and serves it below
 # a path of its own. vtdirect gets through with the certificate and the password, and not without either of them.
 set -euo pipefail
+command -v "$NGINX_PROGRAM" >/dev/null || { echo "nginx is not installed; scripts/setup installs it" >&2 && exit 1; }
 work=$(mktemp -d)
 pids=()
 clean_up() {

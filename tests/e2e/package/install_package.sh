@@ -17,6 +17,7 @@ rm -rf "$work/prefix" "$work/hosts"
 mkdir -p "$work/hosts"
 cmake -S "$source" -B "$work" -G Ninja -DCMAKE_BUILD_TYPE="$build_type" "${options[@]}" \
   -DVTDIRECT_BUILD_PROGRAMS=OFF -DVTDIRECT_BUILD_TESTS=OFF -DVTDIRECT_BUILD_BENCHMARKS=OFF \
+  -DVTDIRECT_WARNINGS_AS_ERRORS=ON \
   -DCMAKE_INSTALL_PREFIX="$work/prefix" -DCMAKE_INSTALL_LIBDIR=lib
 cmake --build "$work" -j 2
 cmake --install "$work"

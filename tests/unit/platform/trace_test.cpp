@@ -147,7 +147,7 @@ TEST(Trace, ServesSeveralThreadsAtOnce) {
 TEST(Trace, TakesNoFormatAndNoNames) {
   TraceRecorder recorder;
   const char* format = nullptr;
-  LXTracer("fenlet", "VtDirect")(TraceType::Error, format);
+  LXTracer("fenlet", "VtDirect")(TraceType::Error, format, "for a format that is not there");
   EXPECT_THAT(recorder.lines(), IsEmpty());
   LXTracer(nullptr, nullptr)(TraceType::Error, "x");
   EXPECT_THAT(recorder.lines(), ElementsAre(TraceLine{3, "", "x"}));
