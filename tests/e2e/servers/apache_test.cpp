@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 
 #include "tests/e2e/platform/fetching.h"
-#include "tests/e2e/platform/scripted_server.h"
 #include "tests/e2e/servers/kerberos_realm.h"
 #include "tests/e2e/servers/server_program.h"
 #include "tests/support/temporary_directory.h"
@@ -113,17 +112,9 @@ class Apache : public testing::Test {
     asking.body = &body_;
     return asking;
   }
-  /// Method, status and user of each request, and how many its connection had before. A request is noted
-  /// after it was answered, so this waits until `count` of them are.
-  std::vector<std::string> Told(std::size_t count) {
-    std::vector<std::string> lines;
-    static_cast<void>(vtdirect_test::ComesTrue([this, count, &lines] {
-      lines.clear();
-      std::istringstream log(vtdirect_test::ReadFile(directory_.File("access.log")));
-      for (std::string line; std::getline(log, line);) lines.push_back(line);
-      return lines.size() >= count;
-    }));
-    return lines;
+  /// Method, status and user of each request, and how many its connection had before.
+  [[nodiscard]] std::vector<std::string> Told(std::size_t count) const {
+    return vtdirect_test::LinesOf(directory_.File("access.log"), count);
   }
 
   const std::string body_ = std::string(300'000, 'p') + "end";

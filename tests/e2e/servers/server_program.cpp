@@ -8,8 +8,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <sstream>
 #include <stdexcept>
 
+#include "tests/e2e/platform/scripted_server.h"
 #include "tests/support/temporary_directory.h"
 
 namespace vtdirect_test {
@@ -91,6 +93,17 @@ int RunProgram(const std::vector<std::string>& words, const std::string& logFile
   int status = 0;
   const bool ended = waitpid(process, &status, 0) == process && WIFEXITED(status);
   return ended ? WEXITSTATUS(status) : -1;
+}
+
+std::vector<std::string> LinesOf(const std::string& logFile, std::size_t count) {
+  std::vector<std::string> lines;
+  static_cast<void>(ComesTrue([&] {
+    lines.clear();
+    std::istringstream log(ReadFile(logFile));
+    for (std::string line; std::getline(log, line);) lines.push_back(line);
+    return lines.size() >= count;
+  }));
+  return lines;
 }
 
 ServerProgram::ServerProgram(const std::vector<std::string>& words, int port, const std::string& logFile) {

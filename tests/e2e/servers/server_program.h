@@ -18,6 +18,10 @@ namespace vtdirect_test {
 int RunProgram(const std::vector<std::string>& words, const std::string& logFile,
                const std::string& input = "");
 
+/// The lines of a server's log. A request is noted after it was answered, so this waits until `count` of them
+/// are there, ten seconds at most.
+std::vector<std::string> LinesOf(const std::string& logFile, std::size_t count);
+
 /// A server of somebody else's that serves one test: started in the foreground with this process's
 /// environment, in a session of its own, and stopped with all its children at the end, also when the test is
 /// killed.
