@@ -25,9 +25,8 @@
 ///     alone until the head of its answer is there, so that all share the session that it is given. When it
 ///     ends without an answer, the next one goes first. Nobody waits longer for it than it may take: the
 ///     connect limit and the limit of the first byte (http_settings.h); after that they go ahead.
-///   - Of more exchanges with an origin than `exchangesAtOnce`, the later ones wait for a place, first come
-///   first
-///     served, without a limit: each that has a place moves bytes or is ended by a limit of its own.
+///   - Of more exchanges with an origin than `exchangesAtOnce`, the later ones wait for a place, in the order
+///     in which they came and without a limit: each that has a place moves bytes or is ended by a limit.
 /// So a callback must not wait for a call to the same origin that another thread is making.
 namespace du::http {
 

@@ -44,8 +44,7 @@ class OriginVisit {
   /// Performs one exchange. Waits for a place, and after an answer keeps it. See CurlHandle::Send. Before all
   /// that, it may ask the host for a passphrase.
   /// @return also `NoConnection` when there is no memory for a handle, and `TimedOut`, with nothing tried,
-  /// when
-  ///         a connection was tried in vain a moment ago
+  ///         when a connection was tried in vain a moment ago
   [[nodiscard]] du::http::ErrorCode Send(const OutgoingRequest& request, du::http::FileSink& sink,
                                          int* httpStatus);
   /// Why the last exchange failed, as a text for traces, where more is known than its code; or empty.

@@ -85,7 +85,9 @@ DirHandle OpenDir(const char* path) {
 bool ReadDir(const DirHandle& handle, void (*callback)(DirEntryExt& entry, void* user), void* user,
              ReadDirFlags flags) {
   if (handle == nullptr || !handle->lister) return false;
-  return handle->lister(ForwardEntries(callback, user), ServerFlags(flags));
+  // A copy: the callback may close the handle, and the listing goes on to its end.
+  const DirLister lister = handle->lister;
+  return lister(ForwardEntries(callback, user), ServerFlags(flags));
 }
 
 bool FileOrFolderExists(const char* path) {

@@ -40,15 +40,14 @@ struct UploadRequest {
 
 /// Settles everything that can be refused at once. Makes requests, on this thread.
 /// @param status  called with StatusConnectFailed when the server does not answer, with what was tried when
-/// there
-///                is no local file to store, and else not at all
+///                there is no local file to store, and else not at all
 /// @return false, traced, when there is nothing to transfer
 [[nodiscard]] bool PrepareUpload(const UploadRequest& request, const VtDirectManager::StatusCallback& status,
                                  UploadJob& job);
 
 /// Transfers a job, on this thread. `status` gets exactly one call.
-/// @throws std::invalid_argument, std::out_of_range  for a stream id that is no number; `status` is then not
-/// called
+/// @throws std::invalid_argument, std::out_of_range  for a stream id that is no number, with no call of
+///         `status`
 [[nodiscard]] bool RunUploadJob(const UploadJob& job, const VtDirectManager::StatusCallback& status,
                                 const VtDirectManager::ProgressCallback& progress);
 

@@ -20,12 +20,16 @@
 /// Threads: every function may be called from any thread at any time: on the same server and the same
 /// document as other threads, from inside callbacks, and while SetAppConfig, RegisterAuth,
 /// RegisterTaskRunner, UpdateServerList, StartSession or the release of a session run on another thread. An
-/// operation goes on with the server object and the settings that it began with; each later one sees what was
-/// written. The library starts no thread: a call runs on its caller's thread and blocks on the network where
-/// it says that it makes requests. Callbacks run on the thread of the operation that they belong to, and no
-/// lock is held meanwhile; so they may run on several threads at once, and what they share is the host's to
-/// guard. The environment is read while operations run, so a host changes it (setenv) only while no other
-/// thread is inside the library.
+/// operation goes on with the server object that it began with; each later one sees what was written.
+/// Settings are read whole, at the beginning of each step of an operation: finding the object of a path,
+/// reading or writing it, making the address of the result. One that is written meanwhile counts from the
+/// next step on. A task of GetFileAsync looks for its server when it runs.
+///
+/// The library starts no thread: a call runs on its caller's thread and blocks on the network where it says
+/// that it makes requests. Callbacks run on the thread of the operation that they belong to, and no lock is
+/// held meanwhile; so they may run on several threads at once, and what they share is the host's to guard.
+/// The environment is read while operations run, so a host changes it (setenv) only while no other thread is
+/// inside the library.
 ///
 /// What holds for all threads does not hold for the arguments: a text, a map or a handle that one thread
 /// hands in is not changed or destroyed by another one during the call.
@@ -33,6 +37,10 @@
 /// Failures come back as false, the empty text or a status; nothing is thrown for them. Details go to the
 /// trace (vtdirect/platform/trace.h). Text arguments are copied; no argument is kept beyond the call unless a
 /// comment says so. A null address is answered like one that names nothing, without a trace.
+///
+/// A write that ends without an answer, because a limit of time ran out, the connection broke off or a
+/// progress function gave false, fails like any other, but may have been carried out: nothing tells whether
+/// it was, and nothing is sent a second time. The functions that write say what to ask before another try.
 ///
 /// What a host's callback throws, and what the standard library throws for want of memory, passes through
 /// every function. The functions that store a file can throw more, and say so.
@@ -303,7 +311,7 @@ VTDIRECT_API bool ReadDirExt(const char* path, void (*callback)(DirEntryExt& ent
 [[nodiscard]] VTDIRECT_API DirHandle OpenDir(const char* path);
 
 /// Lists an open directory, as often as wanted, and on several threads at once. Makes requests, except where
-/// opening has fetched the listing.
+/// opening has fetched the listing. The callback may close the handle; the listing then goes on to its end.
 /// @return false for an empty handle and when the listing failed; nothing is traced
 VTDIRECT_API bool ReadDir(const DirHandle& handle, void (*callback)(DirEntryExt& entry, void* user),
                           void* user, ReadDirFlags flags);
@@ -393,12 +401,14 @@ VTDIRECT_API bool GetFileDownloadURL(const char* path, std::string& url, std::st
 /// does not answer; StatusCreateFailed, StatusUpdateFailed or StatusCheckedOutUpdateFailed by what was tried;
 /// StatusFileTooLarge. It is not called when the address cannot be resolved or names a document that exists.
 /// Upload progress is told of the bytes sent.
-/// @throws std::invalid_argument, std::out_of_range  when the server names a place for the content whose
-/// stream id
-///         is no number, or too large a one; nothing has been stored then
+///
+/// After a failure without an answer FileExists tells whether a new document was stored, and a later version
+/// from GetLatest whether a new iteration was. A working copy can be stored once more, since the last store
+/// counts, after GetCheckoutStatus has told that it was not checked in.
+/// @throws std::invalid_argument, std::out_of_range  when the server names a place for the content and its
+///         stream id is no number, or too large a one; nothing has been stored then
 /// @param mainPath      local file of the primary content; null is a failure that is traced and told to
-/// `status`,
-///                      without a request
+///                      `status`, without a request
 /// @param viewablePath  local viewable file; null or empty for none
 /// @param sourceLinks   escaped name, as GetSourceLinks gives it, to address; one that cannot be resolved is
 ///                      traced and dropped
@@ -445,23 +455,26 @@ VTDIRECT_API bool ShouldCreate(const char* path);
 // ---- Checkout ----
 
 /// Checks a document out and gives the UID of the working copy, which the host must use from then on; the
-/// empty text on failure. Makes requests.
+/// empty text on failure. Makes requests. After a failure without an answer GetCheckoutStatus tells whether
+/// the document is checked out.
 VTDIRECT_API std::string Checkout(const char* path);
 
 /// Checks a working copy in and gives the UID to go on with; the empty text on failure. UIDs only. Makes
-/// requests.
+/// requests. After a failure without an answer GetCheckoutStatus tells whether it is still checked out.
 VTDIRECT_API std::string Checkin(const char* path);
 
 /// Throws a working copy away and gives the UID to go on with; the empty text on failure. UIDs only. Makes
-/// requests.
+/// requests. After a failure without an answer GetCheckoutStatus tells whether it is still checked out.
 VTDIRECT_API std::string UndoCheckout(const char* path);
 
 /// Where a checkout stands. Makes requests.
 /// @param user  may be null; receives who holds the checkout, untouched without one
 VTDIRECT_API VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* user);
 
-/// Confirms that a remembered checkout still stands, and renews one in a temporary workspace that is out of
-/// date. UIDs only. Makes requests.
+/// Confirms that a remembered checkout still stands, and renews one in a temporary workspace that could not
+/// be confirmed: undoes it, with the content that was stored into it, and checks out again. A question that
+/// merely failed leads to that too, so a host asks GetCheckoutStatus first. UIDs only. Makes requests. After
+/// a failure without an answer GetCheckoutStatus tells whether the document is checked out.
 /// @param uid  emptied first; the UID to go on with, which may differ from `path`
 VTDIRECT_API VtCheckoutStatus VerifyCheckout(const char* path, std::string& uid);
 
@@ -473,7 +486,8 @@ VTDIRECT_API std::string ConvertLegacyCheckout(const char* uid, const char* lega
 // ---- Translation ----
 
 /// Sends a source XLIFF file for a document: its first, or a new iteration of the one that it has. UIDs only.
-/// Makes requests.
+/// Makes requests. After a failure without an answer GetUIDForSourceXliff tells whether there is a first one,
+/// and a later version of it from GetLatest whether there is a new iteration.
 /// @param language  language of the source; travels as it comes
 /// @throws          what Upload throws
 VTDIRECT_API bool UploadSourceXliff(const char* path, const char* xliffPath, const char* language);
@@ -487,7 +501,8 @@ VTDIRECT_API bool GetUIDForSourceXliff(const char* path, std::string& uid, std::
 ///         that cannot be read makes the result false, and the others are delivered.
 VTDIRECT_API bool GetXliffTranslations(const char* path, std::map<std::string, std::string>& translations);
 
-/// Marks a translated document as published. UIDs only. Makes requests.
+/// Marks a translated document as published. UIDs only. Makes requests. After a failure without an answer it
+/// is set once more: that changes nothing where it is set already.
 VTDIRECT_API bool SetXliffPublished(const char* path);
 
 }  // namespace VtDirectManager

@@ -17,16 +17,14 @@ struct UploadedContent {
 
 /// Uploads local files to the server's content store: a ticket, and one multipart POST to wherever the ticket
 /// says, staged in a temporary file. On this thread.
-/// @throws std::invalid_argument, std::out_of_range  for a ticket whose stream ids are no numbers, or too
-/// large
-///         ones, before anything is stored
+/// @throws std::invalid_argument, std::out_of_range  for a ticket whose stream ids are no numbers, or are too
+///         large, before anything is stored
 /// @param paths     a file that cannot be opened, such as a directory, is left out of the body
 /// @param contents  receives one entry for each path, in the order of the paths
 /// @param progress  may be empty; told about the body sent
 /// @return Ok; Refused without a usable ticket and for a refused upload; ServerError when the staging file
-/// cannot
-///         be made, or, traced, not be written whole, and then nothing is sent to where the ticket says;
-///         TooLarge for a body above the server's limit
+///         cannot be made, or, traced, not be written whole, and then nothing is sent to where the ticket
+///         says; TooLarge for a body above the server's limit
 Status UploadContents(ServerContext& server, const std::vector<std::string>& paths,
                       std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);
 

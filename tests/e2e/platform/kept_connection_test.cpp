@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <thread>
+#include <utility>
 
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/scripted_server.h"
@@ -116,6 +118,36 @@ TEST_F(KeptConnection, IsClosedWhenItWasIdleForTooLong) {
   EXPECT_TRUE(vtdirect_test::ComesTrue([&server] { return server.openConnections() == 0; }));
   FetchFrom(server.Url());
   EXPECT_EQ(server.connections(), 2);
+}
+
+TEST_F(KeptConnection, IsOneOfNoMoreThanAreWanted) {
+  ScriptedServer server([](Peer& peer, WireRequest& request) {
+    peer.Answer(200, request.target == "/large" ? std::string(2'000'000, 'x') : "small");
+  });
+  du::http::TransportSettings settings = du::http::GetTransportSettings();
+  settings.idleConnections = 2;
+  du::http::SetTransportSettings(settings);
+  // Each transfer's callback begins the next one, so that there are four at one time.
+  const auto connection = Connect(server.Url());
+  du::http::BufferFileSource headers(nullptr, 0);
+  std::function<void(int)> fetch = [&](int deeper) {
+    bool begun = false;
+    du::http::ProgressSink sink(
+        [&](std::size_t, std::size_t) {
+          if (deeper > 0 && !std::exchange(begun, true)) fetch(deeper - 1);
+          return true;
+        },
+        nullptr);
+    const du::http::Request request{Method::Get, "/large", &headers, nullptr, nullptr, &sink};
+    int status = 0;
+    EXPECT_EQ(du::http::DoRequestWithCommonAuth(*connection, {nullptr, {}}, request, &status),
+              ErrorCode::Done);
+  };
+  fetch(3);
+  EXPECT_EQ(server.connections(), 4);
+  EXPECT_TRUE(vtdirect_test::ComesTrue([&server] { return server.openConnections() == 2; }));
+  EXPECT_EQ(Fetch(*connection).body, "small");
+  EXPECT_EQ(server.connections(), 4);
 }
 
 TEST_F(KeptConnection, IsNotKeptWhereNoneAreWanted) {

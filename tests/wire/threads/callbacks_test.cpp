@@ -1,5 +1,8 @@
 // The library called from inside its own callbacks, on the server that the callback is about.
 
+#include <atomic>
+#include <filesystem>
+#include <mutex>
 #include <thread>
 
 #include "public/vt_direct_manager.h"
@@ -119,6 +122,23 @@ TEST_F(InsideACallback, OfAListingTheSameDirectoryIsListed) {
   EXPECT_GT(entries, 0);
 }
 
+// A folder's own folders come first, so that its documents are asked for when the handle is gone.
+TEST_F(InsideACallback, OfAListingItsHandleMayBeClosed) {
+  host.transport.AnswerBy([this](const SentRequest& request) {
+    const bool folders = request.line.ends_with("/Folders?$select=Name");
+    return folders ? Answer{200, R"({"value":[{"Name":"Wheels"}]})"} : host.AnswerOfServers(request);
+  });
+  static DirHandle handle(nullptr, nullptr);
+  handle = OpenDir(framesFolder);
+  std::vector<std::string> names;
+  const auto close = [](DirEntryExt& entry, void* user) {
+    handle.reset();
+    static_cast<std::vector<std::string>*>(user)->emplace_back(entry.name);
+  };
+  EXPECT_TRUE(ReadDir(handle, close, &names, everything));
+  EXPECT_THAT(names, ElementsAre("Wheels", "fork.lxz"));
+}
+
 TEST_F(InsideACallback, OfTheRootDirectoriesTheServersAreListedAnew) {
   std::vector<std::string> names;
   const auto collect = [](const char* nickname, void* user) {
@@ -166,6 +186,36 @@ TEST_F(InsideACallback, OfTheTaskRunnerTheServerAnswers) {
   EXPECT_TRUE(GetFileAsync(uidOfD1, file.c_str(), {}, {}));
   EXPECT_TRUE(answered);
   EXPECT_EQ(ReadFile(file), "bytes");
+}
+
+// A runner with three threads, which take the tasks as they come.
+TEST_F(Callbacks, OfManyTasksOnTheThreadsOfARunnerAllTellOfASuccess) {
+  constexpr int downloads = 60;
+  static std::mutex mutex;
+  static std::vector<std::function<void()>> tasks;
+  RegisterTaskRunner([](std::function<void()> task) {
+    const std::lock_guard lock(mutex);
+    tasks.push_back(std::move(task));
+    return true;
+  });
+  std::atomic<int> succeeded = 0;
+  const auto status = [&](StatusCode code, const char*) { succeeded += code == StatusOk ? 1 : 0; };
+  for (int number = 0; number < downloads; ++number) {
+    const std::string copy = directory.File("copy" + std::to_string(number));
+    EXPECT_TRUE(GetFileAsync(uidOfD1, copy.c_str(), status, {}));
+  }
+  std::atomic<std::size_t> next = 0;
+  const auto run = [&] {
+    for (std::size_t task = next++; task < tasks.size(); task = next++) tasks[task]();
+  };
+  Together({run, run, run});
+  tasks.clear();
+  EXPECT_EQ(succeeded, downloads);
+  for (int number = 0; number < downloads; ++number) {
+    const std::string copy = directory.File("copy" + std::to_string(number));
+    EXPECT_EQ(ReadFile(copy), "bytes");
+    std::filesystem::remove(copy);
+  }
 }
 
 TEST_F(InsideACallback, OfATraceHandlerTheServerAnswers) {
