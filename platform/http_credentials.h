@@ -21,7 +21,7 @@
 ///
 /// Each call begins a new session with its origin: cookies, the connections that are kept and what was
 /// learned of how the server takes a password are forgotten, also when the same credentials are set once
-/// more. Exchanges that are under way finish with what they began with; one that is refused tries the new
+/// more. A call for an http origin does so with the https origins of its host as well. Exchanges that are under way finish with what they began with; one that is refused tries the new
 /// credentials before it asks the host.
 ///
 /// All functions may be called from any thread, from inside callbacks too, and make no request.
@@ -51,7 +51,8 @@ VTDIRECT_API void ClearCredentials(const std::string& url);
 VTDIRECT_API void ClearAllCredentials();
 
 /// A certificate with which this process says over TLS who it is. It is shown to a server that asks for one,
-/// never to where a redirect leads, but for the redirect from http to https on the same host.
+/// never to where a redirect leads, but for the redirect from http to https on the same host. What comes back
+/// from elsewhere to the origin that it began at is shown it again, as a single sign-on needs.
 ///
 /// A server that demands one and gets none, or refuses the one that it gets, ends the exchange with
 /// `TlsFailure`, and a trace line (area "fenlet", name "Transport") says so. Some servers finish the

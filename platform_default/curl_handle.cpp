@@ -87,7 +87,7 @@ CurlHandle::~CurlHandle() = default;
 
 bool CurlHandle::Join(std::shared_ptr<OriginSession> session) {
   if (session->way() != session_->way()) return false;
-  curl_easy_setopt(handle_.get(), CURLOPT_SHARE, session->share());
+  curl_easy_setopt(handle_.get(), CURLOPT_SHARE, session->share()->forCurl());
   session_ = std::move(session);
   return true;
 }
@@ -108,7 +108,7 @@ void CurlHandle::SetFixedOptions() {
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
   curl_easy_setopt(handle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
   // Cookies live in memory: a server may keep a session by them.
-  curl_easy_setopt(handle, CURLOPT_SHARE, session_->share());
+  curl_easy_setopt(handle, CURLOPT_SHARE, session_->share()->forCurl());
   curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");
   curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, receiveBufferBytes);

@@ -29,8 +29,7 @@ void OriginVisit::JoinSession() {
     FollowSession(state_->Session());
     // Away from home the request that was redirected keeps others waiting there already. Waiting here as well
     // could make two requests wait for each other.
-    if (state_->home() == state_->origin())
-      session_->firstExchange.Enter(this, rules_.mayWait, rules_.firstExchangeDeadline);
+    if (state_->IsHome()) session_->firstExchange.Enter(this, rules_.mayWait, rules_.firstExchangeDeadline);
     // While this visit waited, the session may have ended and another one begun.
   } while (SessionHasEnded());
 }

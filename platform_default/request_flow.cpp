@@ -43,6 +43,7 @@ RequestFlow::RequestFlow(std::shared_ptr<OriginState> home, const du::http::Comm
       request_(request),
       body_(request.method == Method::Get ? nullptr : request.body),
       rules_(RulesFor(du::http::GetTransportSettings(), mayWait)),
+      base_(home),
       home_(home->origin()),
       visit_(std::move(home), rules_),
       origin_(home_),
@@ -58,10 +59,10 @@ ErrorCode RequestFlow::Run(int* httpStatus) {
   while (true) {
     RoutingSink sink(request_.sink, [this](int status) { return HoldsBack(status); });
     int status = 0;
-    const ErrorCode result = Visit().Send(MakeOutgoing(), sink, &status);
+    const ErrorCode result = at_->Send(MakeOutgoing(), sink, &status);
     if (result == ErrorCode::TooLarge) *httpStatus = status;
     if (result != ErrorCode::Done) {
-      TraceFailure(origin_, Visit().Complaint());
+      TraceFailure(origin_, at_->Complaint());
       return result;
     }
     LearnScheme();
@@ -72,7 +73,7 @@ ErrorCode RequestFlow::Run(int* httpStatus) {
       return delivered;
     }
     if (body_ != nullptr && !body_->Rewind()) return ErrorCode::LocalFileFailure;
-    Visit().JoinSession();
+    at_->JoinSession();
   }
 }
 
@@ -85,6 +86,7 @@ bool RequestFlow::HoldsBack(int status) {
 
 void RequestFlow::HasFinalAnswer() {
   visit_.HasFinalAnswer();
+  if (secured_) secured_->HasFinalAnswer();
   if (abroad_) abroad_->HasFinalAnswer();
 }
 
@@ -170,13 +172,13 @@ RequestFlow::Carried RequestFlow::PasswordRoad(PasswordScheme scheme, bool hasBo
 
 void RequestFlow::LearnScheme() {
   if (place_ == Place::Foreign) return;
-  const PasswordScheme shown = Visit().LearnScheme();
+  const PasswordScheme shown = at_->LearnScheme();
   if (shown != PasswordScheme::Unknown) demanded_ = shown;
 }
 
 PasswordScheme RequestFlow::KnownScheme() const {
   if (demanded_ != PasswordScheme::Unknown) return demanded_;
-  return abroad_ ? abroad_->KnownScheme() : visit_.KnownScheme();
+  return at_->KnownScheme();
 }
 
 bool RequestFlow::MayFollowUp(int status) const {
@@ -186,14 +188,14 @@ bool RequestFlow::MayFollowUp(int status) const {
 
 bool RequestFlow::FollowsUp(int status) {
   if (!MayFollowUp(status)) return false;
-  Visit().LeavePlace();
+  at_->LeavePlace();
   return status == unauthorized ? FollowsDemand() : FollowsRedirect();
 }
 
 bool RequestFlow::FollowsDemand() {
   --triesLeft_;
   // Another thread has answered the same demand meanwhile.
-  if (Visit().SessionHasEnded()) return true;
+  if (at_->SessionHasEnded()) return true;
   return HasUntriedCredentials() || (auth_.reauthenticate && auth_.reauthenticate());
 }
 
@@ -212,7 +214,7 @@ bool RequestFlow::HasUntriedCredentials() {
 }
 
 bool RequestFlow::FollowsRedirect() {
-  const std::optional<Redirection> next = FollowableRedirection(origin_, Visit().RedirectUrl());
+  const std::optional<Redirection> next = FollowableRedirection(origin_, at_->RedirectUrl());
   if (!next) return false;
   --redirectsLeft_;
   if (next->origin != origin_) GoTo(next->origin);
@@ -220,14 +222,23 @@ bool RequestFlow::FollowsRedirect() {
   return true;
 }
 
+OriginVisit* RequestFlow::VisitTo(const Origin& origin) {
+  abroad_.reset();
+  if (origin == home_) return &visit_;
+  if (origin == base_->origin()) return &*secured_;
+  return &abroad_.emplace(OriginRegistry::Instance().StateFrom(base_, origin), rules_);
+}
+
 void RequestFlow::GoTo(const Origin& next) {
   // Once away, always away: a foreign server could otherwise send us back with an address of its own choice.
   const bool secures = place_ == Place::Home && Secures(origin_, next);
   place_ = secures ? Place::Secured : Place::Foreign;
-  abroad_.reset();
-  // On its own host the request is as much at home as one that was made for https. Elsewhere it is a guest.
-  if (next != home_)
-    abroad_.emplace(OriginRegistry::Instance().StateOf(secures ? next : home_, next), rules_);
+  if (secures) {
+    // On its own host the request is as much at home as one that was made for https.
+    base_ = OriginRegistry::Instance().StateOf(next);
+    secured_.emplace(base_, rules_);
+  }
+  at_ = VisitTo(next);
   origin_ = next;
   demanded_ = PasswordScheme::Unknown;
   loginDemanded_ = false;

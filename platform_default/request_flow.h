@@ -33,11 +33,10 @@ class RequestFlow {
   enum class Place {
     Home,     ///< the server's own origin
     Secured,  ///< the server's own host, from http to https
-    Foreign,  ///< any other origin, or back from there
+    Foreign,  ///< any other origin, or back from there: with the session of that place, and no login
   };
 
   [[nodiscard]] du::http::ErrorCode ReadHeaders();
-  [[nodiscard]] OriginVisit& Visit() { return abroad_ ? *abroad_ : visit_; }
   [[nodiscard]] bool HoldsBack(int status);
   [[nodiscard]] OutgoingRequest MakeOutgoing();
   [[nodiscard]] bool AsksForCompression(const std::vector<std::string>& lines) const;
@@ -54,15 +53,21 @@ class RequestFlow {
   [[nodiscard]] bool HasUntriedCredentials();
   [[nodiscard]] bool FollowsRedirect();
   void GoTo(const Origin& next);
+  [[nodiscard]] OriginVisit* VisitTo(const Origin& origin);
   void HasFinalAnswer();
 
   const du::http::CommonAuth& auth_;
   const du::http::Request& request_;
   du::http::FileSource* body_;
   const VisitRules rules_;
+  /// Where the redirects that lead abroad begin: the caller's origin, or the secured one of its host.
+  std::shared_ptr<OriginState> base_;
   const Origin home_;
   OriginVisit visit_;
+  /// Stays while the request is abroad, as the visit at home does: coming back finds it, and others wait.
+  std::optional<OriginVisit> secured_;
   std::optional<OriginVisit> abroad_;  ///< where a redirect has led to, while that is another origin
+  OriginVisit* at_ = &visit_;          ///< the one of these three that goes on
 
   std::vector<std::string> clientLines_;
   std::vector<std::string> callerLines_;

@@ -136,6 +136,45 @@ TEST_F(SecuredRedirect, SharesTheSessionOfTheHttpsOrigin) {
   EXPECT_EQ(vault_.requests().at(1).Header("Cookie"), "session=7");
 }
 
+TEST_F(SecuredRedirect, ForgetsTheSessionWithTheLoginOfTheHttpOrigin) {
+  // It was begun with that login, so it is paula's until otto's login is there.
+  script_ = [](Peer& peer, WireRequest& request) {
+    if (request.Header("Cookie") != "(none)") return peer.Answer(200, request.Header("Cookie"));
+    const std::string login = request.Header("Authorization");
+    if (login == "(none)") return peer.Answer(401, "who?", askBasic);
+    peer.Answer(200, login, "Set-Cookie: user=" + login.substr(7) + "; Path=/\r\n");
+  };
+  du::http::SetBearerToken(plain_.Url(), "paula");
+  EXPECT_EQ(FetchFrom(plain_.Url(), Doc()).body, "Bearer paula");
+  EXPECT_EQ(FetchFrom(plain_.Url(), Doc()).body, "user=paula");
+  du::http::SetBearerToken(plain_.Url(), "otto");
+  EXPECT_EQ(FetchFrom(plain_.Url(), Doc()).body, "Bearer otto");
+  du::http::ClearCredentials(plain_.Url());
+  EXPECT_EQ(FetchFrom(plain_.Url(), Doc()).status, 401);
+}
+
+TEST_F(SecuredRedirect, ComesBackFromASingleSignOnToTheSessionThatItLeft) {
+  ScriptedServer login([this](Peer& peer, WireRequest&) {
+    peer.Answer(302, "", "Location: " + front_->Url() + "/ticket\r\n");
+  });
+  const vtdirect_test::TlsFront loginFront(directory_.path(), "server", login.port());
+  const std::string signOn = "https://localhost" + loginFront.Url().substr(loginFront.Url().rfind(':'));
+  script_ = [&signOn](Peer& peer, WireRequest& request) {
+    const std::string cookie = request.Header("Cookie");
+    if (cookie == "user=paula") return peer.Answer(200, "in");
+    if (request.target != "/ticket")
+      return peer.Answer(302, "", "Set-Cookie: user=asked; Path=/\r\nLocation: " + signOn + "/\r\n");
+    // A ticket counts for whoever was sent to get it.
+    if (cookie != "user=asked") return peer.Answer(403, "a stolen ticket");
+    peer.Answer(302, "", "Set-Cookie: user=paula; Path=/\r\nLocation: /doc\r\n");
+  };
+  EXPECT_EQ(FetchFrom(plain_.Url(), Doc()).body, "in");
+  EXPECT_EQ(FetchFrom(plain_.Url(), Doc()).body, "in");
+  EXPECT_EQ(FetchFrom(front_->Url(), Doc()).body, "in");
+  EXPECT_EQ(login.requests().size(), 1u);
+  EXPECT_EQ(login.requests().at(0).Header("Cookie"), "(none)");
+}
+
 TEST_F(SecuredRedirect, ToAnotherNameOfTheSameMachineCarriesNothing) {
   Guard("Bearer t-https");
   const std::string other = "https://localhost" + front_->Url().substr(front_->Url().rfind(':'));
