@@ -79,9 +79,9 @@ std::string ClientIdentity::Passphrase() const {
   return passphrase_.value_or("");
 }
 
-void ClientIdentity::ForgetPassphrase() {
+void ClientIdentity::ForgetPassphrase(const std::string& unfit) {
   const std::lock_guard lock(mutex_);
-  passphrase_.reset();
+  if (passphrase_ == unfit) passphrase_.reset();
 }
 
 }  // namespace vtdirect::platform

@@ -28,8 +28,8 @@ class ClientIdentity {
   [[nodiscard]] bool Unlock();
   /// The passphrase that is known; empty when there is none.
   [[nodiscard]] std::string Passphrase() const;
-  /// The key could not be read with it: the host is asked anew.
-  void ForgetPassphrase();
+  /// The key could not be read with this one: the host is asked anew, unless it has told another one since.
+  void ForgetPassphrase(const std::string& unfit);
 
  private:
   [[nodiscard]] bool NeedsPassphrase() const;

@@ -86,7 +86,7 @@ CurlHandle::CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle)
 CurlHandle::~CurlHandle() = default;
 
 bool CurlHandle::Join(std::shared_ptr<OriginSession> session) {
-  if (session->way() != session_->way()) return false;
+  if (negotiated_ || session->way() != session_->way()) return false;
   curl_easy_setopt(handle_.get(), CURLOPT_SHARE, session->share()->forCurl());
   session_ = std::move(session);
   return true;
@@ -113,6 +113,8 @@ void CurlHandle::SetFixedOptions() {
   curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, receiveBufferBytes);
   curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferBytes);
+  // Where a request takes a fresh connection, the one before it is closed.
+  curl_easy_setopt(handle, CURLOPT_MAXCONNECTS, 1L);
 }
 
 void CurlHandle::SetTrust() {
@@ -149,7 +151,8 @@ void CurlHandle::SetIdentity() {
   curl_easy_setopt(handle, CURLOPT_SSLCERTTYPE, isPkcs12 ? "P12" : "PEM");
   if (!isPkcs12) curl_easy_setopt(handle, CURLOPT_SSLKEY, identity->keyFile().c_str());
   // Without any, OpenSSL would ask on the terminal.
-  curl_easy_setopt(handle, CURLOPT_KEYPASSWD, identity->Passphrase().c_str());
+  passphrase_ = identity->Passphrase();
+  curl_easy_setopt(handle, CURLOPT_KEYPASSWD, passphrase_.c_str());
 }
 
 void CurlHandle::SetProxy() {
@@ -208,6 +211,7 @@ void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
 void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
   const bool with = request.authenticationMask != CURLAUTH_NONE;
+  negotiated_ = request.authenticationMask == CURLAUTH_NEGOTIATE;
   curl_easy_setopt(handle, CURLOPT_HTTPAUTH, with ? request.authenticationMask : CURLAUTH_BASIC);
   curl_easy_setopt(handle, CURLOPT_USERNAME, with ? request.user.c_str() : nullptr);
   curl_easy_setopt(handle, CURLOPT_PASSWORD, with ? request.password.c_str() : nullptr);

@@ -84,7 +84,7 @@ ErrorCode OriginVisit::SendInPlace(const OutgoingRequest& request, du::http::Fil
 void OriginVisit::NoteFailure(const CurlHandle& used) {
   complaint_ = used.CertificateComplaint();
   const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
-  if (identity != nullptr && used.IdentityWasUnreadable()) identity->ForgetPassphrase();
+  if (identity != nullptr && used.IdentityWasUnreadable()) identity->ForgetPassphrase(used.passphrase());
   if (used.ConnectLimitRanOut()) {
     session_->WriteOff(std::chrono::steady_clock::now(), rules_.settings.connectTimeoutMilliseconds);
   }

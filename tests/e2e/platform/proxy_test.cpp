@@ -181,6 +181,22 @@ TEST_F(Proxy, AnswersADemandOfTheServerWithTheServersLogin) {
   }
 }
 
+TEST_F(Proxy, KeepsOneConnectionThoughEachWriteHasItsOwn) {
+  ScriptedServer proxy(AnswerByProxy);
+  Set(proxy.Url());
+  const auto connection = vtdirect_test::Connect("http://vantry.invalid/");
+  const std::string body = "body";
+  vtdirect_test::Asking post;
+  post.method = du::http::Method::Post;
+  post.body = &body;
+  for (int round = 0; round < 3; ++round) {
+    EXPECT_EQ(vtdirect_test::Fetch(*connection).body, "by proxy");
+    EXPECT_EQ(vtdirect_test::Fetch(*connection, post).body, "by proxy");
+  }
+  EXPECT_EQ(proxy.connections(), 4);
+  EXPECT_TRUE(vtdirect_test::ComesTrue([&proxy] { return proxy.openConnections() == 1; }));
+}
+
 TEST_F(Proxy, MayItselfBeReachedOverTls) {
   if (!vtdirect_test::HaveOpenSsl())
     GTEST_SKIP() << "the openssl program, which makes certificates, is missing";
