@@ -21,8 +21,9 @@
 ///
 /// Each call begins a new session with its origin: cookies, the connections that are kept and what was
 /// learned of how the server takes a password are forgotten, also when the same credentials are set once
-/// more. A call for an http origin does so with the https origins of its host as well. Exchanges that are under way finish with what they began with; one that is refused tries the new
-/// credentials before it asks the host.
+/// more. A call for an http origin does so with the https origins of its host as well. Exchanges that are
+/// under way finish with what they began with; one that is refused tries the new credentials before it asks
+/// the host.
 ///
 /// All functions may be called from any thread, from inside callbacks too, and make no request.
 namespace du::http {

@@ -25,8 +25,7 @@ struct ConnectionWay {
 
 /// The way of now.
 /// @param home  where the redirects that lead to `origin` begin; the same origin for the direct way. Nothing
-/// is
-///              shown to an origin that a redirect leads to.
+///              is shown to an origin that a redirect leads to.
 [[nodiscard]] ConnectionWay ConnectionWayTo(const Origin& home, const Origin& origin);
 
 }  // namespace vtdirect::platform

@@ -210,6 +210,20 @@ TEST_F(ClientCertificate, IsShownAfterARedirectFromHttpToHttpsOnTheSameHost) {
   EXPECT_EQ(FetchFrom(plain.Url()).body, "let in");
 }
 
+TEST_F(ClientCertificate, MayBeClearedByItsPassphraseFunctionWhichMayAskServersToo) {
+  const std::string locked = vtdirect_test::MakeLockedKey(directory_.path(), "client", "canary phrase");
+  ScriptedServer keyring([](Peer& peer, WireRequest&) { peer.Answer(200, "canary phrase"); });
+  const auto front = Demanding();
+  du::http::SetClientCertificate(
+      front->Url(), {certificate_, locked, [&](const std::string&) -> std::optional<std::string> {
+                       du::http::ClearAllClientCertificates();
+                       return FetchFrom(keyring.Url()).body;
+                     }});
+  // The exchange goes on with the certificate that it began with; the next one has none.
+  EXPECT_EQ(FetchFrom(front->Url()).body, "let in");
+  EXPECT_EQ(FetchFrom(front->Url()).code, ErrorCode::TlsFailure);
+}
+
 TEST_F(ClientCertificate, LetsAnExceptionOfThePassphraseFunctionThrough) {
   const std::string locked = vtdirect_test::MakeLockedKey(directory_.path(), "client", "canary phrase");
   const auto front = Demanding();
