@@ -70,8 +70,8 @@ struct ClientCertificate {
   std::string keyFile;
   /// Called when the key is locked, on the thread of the exchange that needs it, before it begins and while
   /// no lock is held; possibly on several threads at once. Its answer is kept in memory until the certificate
-  /// is set or cleared, and is dropped when it does not fit the key. May be empty: then a locked key is of no
-  /// use.
+  /// is set or cleared, and is dropped when it does not fit the key. It may make requests, but none that
+  /// needs this key. May be empty: then a locked key is of no use.
   PassphraseFunction passphrase;
 };
 
