@@ -39,8 +39,9 @@ set_target_properties(vtdirect PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION $
 if(VTDIRECT_PLATFORM STREQUAL "default")
   find_package(CURL REQUIRED GLOBAL)
   find_package(OpenSSL REQUIRED GLOBAL)
+  find_package(ZLIB REQUIRED GLOBAL)
   add_library(vtdirect_platform_transport OBJECT)
-  target_link_libraries(vtdirect_platform_transport PUBLIC vtdirect_headers CURL::libcurl OpenSSL::SSL
+  target_link_libraries(vtdirect_platform_transport PUBLIC vtdirect_headers CURL::libcurl OpenSSL::SSL ZLIB::ZLIB
                                                     PRIVATE vtdirect_warnings)
   add_library(vtdirect_platform_rest OBJECT)
   target_link_libraries(vtdirect_platform_rest PUBLIC vtdirect_headers vtdirect_rapidjson
@@ -51,7 +52,7 @@ if(VTDIRECT_PLATFORM STREQUAL "default")
   add_library(VtDirect::platform ALIAS vtdirect_platform)
   target_sources(vtdirect_platform PRIVATE $<TARGET_OBJECTS:vtdirect_platform_transport>
                                            $<TARGET_OBJECTS:vtdirect_platform_rest>)
-  target_link_libraries(vtdirect_platform PRIVATE CURL::libcurl OpenSSL::SSL)
+  target_link_libraries(vtdirect_platform PRIVATE CURL::libcurl OpenSSL::SSL ZLIB::ZLIB)
   set_target_properties(vtdirect_platform PROPERTIES EXPORT_NAME platform VERSION ${PROJECT_VERSION}
                                                      SOVERSION ${PROJECT_VERSION_MAJOR})
   target_link_libraries(vtdirect PUBLIC vtdirect_platform)

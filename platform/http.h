@@ -152,8 +152,9 @@ VTDIRECT_API std::unique_ptr<Connection> ConnectURI(const char* uri, const char*
 /// the origin answers, and when the limit, its credentials or the trust change.
 ///
 /// A GET follows redirects, never out of https, and to another origin without credentials, without the
-/// cookies that this process has there, and without the caller's lines other than "Accept"; a redirect that
-/// isn't followed is reported as an answer. A body is never redirected, and never sent a second time but for
+/// cookies that this process has there, and without the caller's lines other than "Accept"; those cookies of
+/// the first origin's session that are for that host or domain go along. A redirect that isn't followed is
+/// reported as an answer. A body is never redirected, and never sent a second time but for
 /// a demand for authentication.
 ///
 /// A kept connection that the server has closed meanwhile costs a GET nothing: it is sent again over a new

@@ -11,6 +11,7 @@
 
 #include "platform_default/characters.h"
 #include "platform_default/curl_errors.h"
+#include "platform_default/header_lines.h"
 
 namespace vtdirect::platform {
 namespace {
@@ -68,6 +69,8 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   body_ = parts.body;
   sink_ = parts.sink;
   mayRepeat_ = parts.mayRepeat;
+  decodes_ = parts.decodes;
+  decoder_.reset();
   bodySize_ = body_ == nullptr ? std::nullopt : body_->Size();
   bodySent_ = 0;
   status_ = 0;
@@ -75,6 +78,7 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   sentBeforeStart_.reset();
   demandSeen_ = false;
   connectLimitRanOut_ = false;
+  result_ = CURLE_OK;
   headerBytes_ = 0;
   begun_ = false;
   failure_ = ErrorCode::Done;
@@ -87,6 +91,7 @@ ErrorCode CurlExchange::Perform(int* httpStatus) {
   const CURLcode result = curl_easy_perform(handle_);
   // No other limit is curl's: all the rest end the exchange from the progress function.
   connectLimitRanOut_ = result == CURLE_OPERATION_TIMEDOUT;
+  result_ = result;
   if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
   const ErrorCode code = Conclude(result);
   if (code == ErrorCode::Done || code == ErrorCode::TooLarge) *httpStatus = status_;
@@ -98,14 +103,25 @@ ErrorCode CurlExchange::Conclude(CURLcode result) {
   // The refusal of a body counts as soon as its status is known: a server that refuses while we still send
   // closes the connection, and sending or the rest of its answer then fails.
   if (body_ != nullptr && status_ == payloadTooLarge) {
-    if (result == CURLE_OK && BeginSink()) static_cast<void>(sink_->Finish());
+    if (result == CURLE_OK && BeginSink()) static_cast<void>(FinishSink());
     return ErrorCode::TooLarge;
   }
-  if (result != CURLE_OK) return ErrorCodeOf(result);
+  if (result != CURLE_OK) return ProxyRefusedTunnel() ? ErrorCode::NoConnection : ErrorCodeOf(result);
   // curl is content with a connection that closes in the middle of a header.
   if (status_ < 200 || !headerEnded_) return ErrorCode::ProtocolFailure;
   if (!BeginSink()) return failure_;
+  return FinishSink();
+}
+
+ErrorCode CurlExchange::FinishSink() {
+  if (decoder_ != nullptr && !decoder_->IsComplete()) return ErrorCode::ProtocolFailure;
   return sink_->Finish();
+}
+
+bool CurlExchange::ProxyRefusedTunnel() const {
+  long answer = 0;
+  curl_easy_getinfo(handle_, CURLINFO_HTTP_CONNECTCODE, &answer);
+  return status_ == 0 && answer >= 300;
 }
 
 std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, void* self) {
@@ -127,6 +143,9 @@ void CurlExchange::ReadHeaderLine(std::string_view line) {
     status_ = status;
     headerEnded_ = false;
     if (IsDemand(status)) demandSeen_ = true;
+    decoder_.reset();
+  } else if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
+    decoder_ = AnswerDecoder::For(line.substr(line.find(':') + 1));
   } else if (line == "\r\n" || line == "\n") {
     headerEnded_ = true;
     if (status_ < 200) clock_.AnswerWasInterim();
@@ -138,7 +157,8 @@ bool CurlExchange::BeginSink() {
   curl_off_t length = -1;
   curl_easy_getinfo(handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   std::optional<std::uint64_t> expected;
-  if (length >= 0) expected = static_cast<std::uint64_t>(length);
+  // What is announced is the length on the line, and a sink gets what is decoded.
+  if (length >= 0 && decoder_ == nullptr) expected = static_cast<std::uint64_t>(length);
   begun_ = true;
   failure_ = sink_->Begin(status_, expected);
   return failure_ == ErrorCode::Done;
@@ -148,7 +168,10 @@ std::size_t CurlExchange::OnBody(char* data, std::size_t, std::size_t count, voi
   auto& exchange = *static_cast<CurlExchange*>(self);
   try {
     if (!exchange.BeginSink()) return 0;
-    exchange.failure_ = exchange.sink_->Write(reinterpret_cast<const std::uint8_t*>(data), count);
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(data);
+    exchange.failure_ = exchange.decoder_ == nullptr
+                            ? exchange.sink_->Write(bytes, count)
+                            : exchange.decoder_->Decode(bytes, count, *exchange.sink_);
   } catch (...) {
     exchange.thrown_ = std::current_exception();
     exchange.failure_ = ErrorCode::LocalFileFailure;

@@ -5,10 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string_view>
 
 #include "platform/http.h"
+#include "platform_default/answer_decoder.h"
 #include "platform_default/transfer_clock.h"
 
 namespace vtdirect::platform {
@@ -20,6 +22,8 @@ struct ExchangeParts {
   /// Whether the request may go out once more when a kept connection dies under it. What writes may not: the
   /// server may have acted on it, and a document must not be created twice.
   bool mayRepeat = false;
+  /// Whether a compressed answer is decoded on the way to the sink.
+  bool decodes = false;
 };
 
 /// What one exchange on a curl handle needs while it runs, and what it learned when it is over: the functions
@@ -43,6 +47,13 @@ class CurlExchange {
   /// True when the last exchange was ended by the limit on the time to connect.
   [[nodiscard]] bool ConnectLimitRanOut() const { return connectLimitRanOut_; }
 
+  /// What curl said at the end of the last exchange.
+  [[nodiscard]] CURLcode Result() const { return result_; }
+  /// True when the last request could go out once more, see ExchangeParts.
+  [[nodiscard]] bool MayRepeat() const { return mayRepeat_; }
+  /// True when the last exchange got the first line of an answer, an interim one included.
+  [[nodiscard]] bool HasAnswer() const { return status_ != 0; }
+
   /// How often a kept connection has died under a request of this handle, which curl then sent over a new
   /// one.
   [[nodiscard]] int Revivals() const { return revivals_; }
@@ -61,9 +72,11 @@ class CurlExchange {
 
   void ReadHeaderLine(std::string_view line);
   [[nodiscard]] bool BeginSink();
+  [[nodiscard]] du::http::ErrorCode FinishSink();
   [[nodiscard]] std::size_t ReadBody(std::uint8_t* buffer, std::size_t capacity);
   /// Of the lines in front of the body, with those to a proxy.
   [[nodiscard]] long RequestBytesSent() const;
+  [[nodiscard]] bool ProxyRefusedTunnel() const;
   [[nodiscard]] bool BodyIsOut(curl_off_t sent) const;
   [[nodiscard]] du::http::ErrorCode Conclude(CURLcode result);
 
@@ -86,9 +99,12 @@ class CurlExchange {
   int status_ = 0;            ///< of the last status line, 1xx included
   bool headerEnded_ = false;  ///< the empty line behind the last status line came
   bool mayRepeat_ = false;
-  std::optional<long> sentBeforeStart_;  ///< set once a request of this exchange has started
+  bool decodes_ = false;
+  std::unique_ptr<AnswerDecoder> decoder_;  ///< null for an answer that goes to the sink as it comes
+  std::optional<long> sentBeforeStart_;     ///< set once a request of this exchange has started
   bool demandSeen_ = false;  ///< the last answer was a 401 or 407; only then may a body go out once more
   bool connectLimitRanOut_ = false;
+  CURLcode result_ = CURLE_OK;
   int revivals_ = 0;
   std::size_t headerBytes_ = 0;
   bool begun_ = false;  ///< the sink has been begun

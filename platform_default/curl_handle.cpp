@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "platform/environment.h"
 #include "platform_default/header_lines.h"
 
 namespace vtdirect::platform {
@@ -40,11 +41,22 @@ std::string AsCurlWantsIt(const std::string& line) {
   return line.substr(0, colon) + ";";
 }
 
+/// A proxy is asked for plain requests one by one, and some close the connection after each without a word.
+/// What writes is never sent a second time, so it must not meet a connection that is about to close.
+bool NeedsFreshConnection(const OutgoingRequest& request, const ConnectionWay& way) {
+  if (request.method == Method::Get || request.url.compare(0, 5, "http:") != 0) return false;
+  if (way.proxy) return !way.proxy->empty();
+  // Those that curl looks at. Whether one counts for this host doesn't matter here.
+  const auto isSet = [](const char* name) { return !dp::Environment::Get(name).empty(); };
+  return isSet("http_proxy") || isSet("all_proxy") || isSet("ALL_PROXY");
+}
+
 /// The caller's lines, and behind them what keeps curl from adding lines of its own.
 std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool sizeKnown) {
   std::vector<std::string> lines;
   for (const std::string& line : request.headerLines) lines.push_back(AsCurlWantsIt(line));
   if (!ContainsHeader(request.headerLines, "Accept")) lines.emplace_back("Accept:");
+  if (request.asksForCompression) lines.emplace_back("Accept-Encoding: gzip, deflate");
   if (request.method == Method::Get) return lines;
   if (!ContainsHeader(request.headerLines, "Content-Type")) lines.emplace_back("Content-Type:");
   // Waiting for "100 Continue" costs a round trip, or a second where the server does not know it.
@@ -67,13 +79,15 @@ CurlHandle::CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle)
   exchange_.Attach(handle);
   SetFixedOptions();
   SetTrust();
+  SetIdentity();
+  SetProxy();
 }
 
 CurlHandle::~CurlHandle() = default;
 
 bool CurlHandle::Join(std::shared_ptr<OriginSession> session) {
-  if (session->certificateAuthorityFile() != session_->certificateAuthorityFile()) return false;
-  curl_easy_setopt(handle_.get(), CURLOPT_SHARE, session->share());
+  if (negotiated_ || session->way() != session_->way()) return false;
+  curl_easy_setopt(handle_.get(), CURLOPT_SHARE, session->share()->forCurl());
   session_ = std::move(session);
   return true;
 }
@@ -84,6 +98,7 @@ void CurlHandle::SetFixedOptions() {
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
   curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
+  // curl takes a packed answer that ends too early for a whole one, so it is unpacked outside of curl.
   curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
   curl_easy_setopt(handle, CURLOPT_USERAGENT, "VtDirect/" VTDIRECT_VERSION);
   curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
@@ -93,24 +108,64 @@ void CurlHandle::SetFixedOptions() {
   curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 2L);
   curl_easy_setopt(handle, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
   // Cookies live in memory: a server may keep a session by them.
-  curl_easy_setopt(handle, CURLOPT_SHARE, session_->share());
+  curl_easy_setopt(handle, CURLOPT_SHARE, session_->share()->forCurl());
   curl_easy_setopt(handle, CURLOPT_COOKIEFILE, "");
   curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, receiveBufferBytes);
   curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferBytes);
+  // Where a request takes a fresh connection, the one before it is closed.
+  curl_easy_setopt(handle, CURLOPT_MAXCONNECTS, 1L);
 }
 
 void CurlHandle::SetTrust() {
   CURL* handle = handle_.get();
   // A file named by the host replaces the system's trust and does not add to it.
-  trust_ = {session_->certificateAuthorityFile(), ""};
+  trust_ = {session_->way().certificateAuthorityFile, ""};
   if (trust_.file.empty()) trust_ = {TextInfo(handle, CURLINFO_CAINFO), TextInfo(handle, CURLINFO_CAPATH)};
   const bool shared = trust_ != TrustSource{} && CanShareCertificates();
   curl_easy_setopt(handle, CURLOPT_CAINFO, shared ? nullptr : OrNull(trust_.file));
   curl_easy_setopt(handle, CURLOPT_CAPATH, shared ? nullptr : OrNull(trust_.directory));
+  if (!session_->way().certificateAuthorityFile.empty()) {
+    curl_easy_setopt(handle, CURLOPT_PROXY_CAINFO, trust_.file.c_str());
+    curl_easy_setopt(handle, CURLOPT_PROXY_CAPATH, nullptr);
+  }
   if (!shared) return;
-  curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &GiveCertificates);
-  curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, &trust_);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &OnTlsContext);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
+}
+
+CURLcode CurlHandle::OnTlsContext(CURL*, void* context, void* self) {
+  auto* tls = static_cast<ssl_ctx_st*>(context);
+  if (BelongsToProxy(tls)) return CURLE_OK;
+  auto& handle = *static_cast<CurlHandle*>(self);
+  WatchTls(tls, &handle.tlsEvents_);
+  return GiveCertificates(tls, handle.trust_);
+}
+
+void CurlHandle::SetIdentity() {
+  const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
+  if (identity == nullptr) return;
+  CURL* handle = handle_.get();
+  const bool isPkcs12 = identity->IsPkcs12();
+  curl_easy_setopt(handle, CURLOPT_SSLCERT, identity->certificateFile().c_str());
+  curl_easy_setopt(handle, CURLOPT_SSLCERTTYPE, isPkcs12 ? "P12" : "PEM");
+  if (!isPkcs12) curl_easy_setopt(handle, CURLOPT_SSLKEY, identity->keyFile().c_str());
+  // Without any, OpenSSL would ask on the terminal.
+  passphrase_ = identity->Passphrase();
+  curl_easy_setopt(handle, CURLOPT_KEYPASSWD, passphrase_.c_str());
+}
+
+void CurlHandle::SetProxy() {
+  CURL* handle = handle_.get();
+  const ConnectionWay& way = session_->way();
+  if (way.proxy) {
+    curl_easy_setopt(handle, CURLOPT_PROXY, way.proxy->c_str());
+    // Unset, it would leave the exceptions to the environment.
+    curl_easy_setopt(handle, CURLOPT_NOPROXY, way.proxyExceptions.c_str());
+  }
+  if (!way.proxyCredentials) return;
+  curl_easy_setopt(handle, CURLOPT_PROXYUSERNAME, way.proxyCredentials->user.c_str());
+  curl_easy_setopt(handle, CURLOPT_PROXYPASSWORD, way.proxyCredentials->password.c_str());
 }
 
 void CurlHandle::SetConnectLimit(long milliseconds) {
@@ -156,6 +211,7 @@ void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
 void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
   const bool with = request.authenticationMask != CURLAUTH_NONE;
+  negotiated_ = request.authenticationMask == CURLAUTH_NEGOTIATE;
   curl_easy_setopt(handle, CURLOPT_HTTPAUTH, with ? request.authenticationMask : CURLAUTH_BASIC);
   curl_easy_setopt(handle, CURLOPT_USERNAME, with ? request.user.c_str() : nullptr);
   curl_easy_setopt(handle, CURLOPT_PASSWORD, with ? request.password.c_str() : nullptr);
@@ -163,15 +219,42 @@ void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
 
 ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& sink,
                            const du::http::TransportSettings& settings, int* httpStatus) {
-  exchange_.Start({request.body, &sink, request.method == Method::Get},
+  exchange_.Start({request.body, &sink, request.method == Method::Get, request.asksForCompression},
                   {settings.stallTimeoutSeconds, settings.firstByteTimeoutSeconds,
                    settings.firstByteAfterBodyTimeoutSeconds});
   SetConnectLimit(settings.connectTimeoutMilliseconds);
   SetMethod(request);
   SetHeaderLines(request);
   SetAuthentication(request);
+  curl_easy_setopt(handle_.get(), CURLOPT_FRESH_CONNECT,
+                   NeedsFreshConnection(request, session_->way()) ? 1L : 0L);
   curl_easy_setopt(handle_.get(), CURLOPT_URL, request.url.c_str());
-  return exchange_.Perform(httpStatus);
+  tlsEvents_ = {};
+  const ErrorCode result = exchange_.Perform(httpStatus);
+  // For curl the handshake was over already.
+  return result == ErrorCode::ProtocolFailure && CertificateWasRefused() ? ErrorCode::TlsFailure : result;
+}
+
+bool CurlHandle::CertificateWasRefused() const {
+  if (exchange_.HasAnswer()) return false;
+  if (RefusedCertificate(tlsEvents_)) return true;
+  // The alert gets lost when our request is still on its way to a server that has closed already. What writes
+  // keeps the code that leaves open whether it was carried out.
+  const bool closed = exchange_.Result() == CURLE_RECV_ERROR || exchange_.Result() == CURLE_SEND_ERROR ||
+                      exchange_.Result() == CURLE_GOT_NOTHING;
+  return exchange_.MayRepeat() && closed && tlsEvents_.certificateAsked &&
+         session_->way().identity == nullptr;
+}
+
+std::string CurlHandle::CertificateComplaint() const {
+  const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
+  if (IdentityWasUnreadable() && identity != nullptr) {
+    return "The client certificate can't be read with the passphrase that was given, if any: " +
+           identity->certificateFile() + " with the key in " + identity->keyFile();
+  }
+  if (!CertificateWasRefused()) return {};
+  if (identity == nullptr) return "The server demands a client certificate, and none is set for it";
+  return "The server refuses the client certificate " + identity->certificateFile();
 }
 
 std::string CurlHandle::RedirectUrl() const {

@@ -48,7 +48,7 @@ std::unique_ptr<Connection> ConnectURI(const char* uri, const char*, const char*
   if (uri == nullptr) return nullptr;
   const std::optional<vtdirect::platform::Origin> origin = vtdirect::platform::OriginOf(uri);
   if (!origin) return nullptr;
-  return std::make_unique<TransportConnection>(OriginRegistry::Instance().StateOf(*origin, *origin));
+  return std::make_unique<TransportConnection>(OriginRegistry::Instance().StateOf(*origin));
 }
 
 ErrorCode DoRequestWithCommonAuth(Connection& connection, const CommonAuth& auth, const Request& request,

@@ -1,5 +1,7 @@
 #include "platform_default/origin_registry.h"
 
+#include "platform_default/redirection.h"
+
 namespace vtdirect::platform {
 namespace {
 
@@ -18,10 +20,20 @@ OriginRegistry& OriginRegistry::Instance() {
   return registry;
 }
 
-std::shared_ptr<OriginState> OriginRegistry::StateOf(const Origin& home, const Origin& origin) {
+std::shared_ptr<OriginState> OriginRegistry::StateOf(const Origin& origin) {
+  return Find(nullptr, origin);
+}
+
+std::shared_ptr<OriginState> OriginRegistry::StateFrom(const std::shared_ptr<OriginState>& home,
+                                                       const Origin& origin) {
+  return Find(home, origin);
+}
+
+std::shared_ptr<OriginState> OriginRegistry::Find(const std::shared_ptr<OriginState>& home,
+                                                  const Origin& origin) {
   std::shared_ptr<OriginState> forgotten;  // its handles are closed after the lock is gone
   const std::lock_guard lock(mutex_);
-  const std::pair<std::string, std::string> key{home.Text(), origin.Text()};
+  const std::pair<std::string, std::string> key{(home ? home->origin() : origin).Text(), origin.Text()};
   auto found = entries_.find(key);
   if (found == entries_.end()) {
     if (entries_.size() >= mostOrigins) forgotten = ForgetOne();
@@ -51,10 +63,10 @@ std::vector<std::shared_ptr<OriginState>> OriginRegistry::AllStates() const {
   return states;
 }
 
-void OriginRegistry::EndSession(const Origin& home) {
+void OriginRegistry::EndSession(const Origin& origin) {
   OriginState::Handles closed;
   for (const std::shared_ptr<OriginState>& state : AllStates()) {
-    if (state->home() != home) continue;
+    if (state->home() != origin && !Secures(origin, state->home())) continue;
     for (auto& handle : state->EndSession()) closed.push_back(std::move(handle));
   }
 }

@@ -22,12 +22,16 @@ class OriginRegistry {
  public:
   static OriginRegistry& Instance();
 
-  /// The state of an origin, which is made if it is not there.
-  /// @param home  where the redirects that lead to `origin` begin; the same origin for the direct way
-  [[nodiscard]] std::shared_ptr<OriginState> StateOf(const Origin& home, const Origin& origin);
+  /// The state of an origin for the direct way, which is made if it is not there.
+  [[nodiscard]] std::shared_ptr<OriginState> StateOf(const Origin& origin);
+  /// The same for the way that a redirect of another origin leads.
+  /// @param home  where the redirects begin, as this registry has given it
+  [[nodiscard]] std::shared_ptr<OriginState> StateFrom(const std::shared_ptr<OriginState>& home,
+                                                       const Origin& origin);
 
-  /// Ends the session of an origin, with what its redirects have led to.
-  void EndSession(const Origin& home);
+  /// Ends the session of an origin, with what its redirects have led to. For an http origin the sessions of
+  /// https on the same host end too: its login may have been used for them.
+  void EndSession(const Origin& origin);
   /// Ends the sessions of all origins.
   void EndAllSessions();
   /// Closes what was idle for longer than the settings allow. Cheap when it was done a moment ago.
@@ -41,6 +45,8 @@ class OriginRegistry {
 
   OriginRegistry() = default;
   [[nodiscard]] std::vector<std::shared_ptr<OriginState>> AllStates() const;
+  [[nodiscard]] std::shared_ptr<OriginState> Find(const std::shared_ptr<OriginState>& home,
+                                                  const Origin& origin);
   [[nodiscard]] std::shared_ptr<OriginState> ForgetOne();
 
   mutable std::mutex mutex_;

@@ -14,23 +14,35 @@ bool HasExpired(OriginState::Time since, const du::http::TransportSettings& sett
 }  // namespace
 
 std::shared_ptr<OriginSession> OriginState::Session() {
+  Ended ended;
   const std::lock_guard lock(mutex_);
-  // The settings are read under the lock: whoever changes the trust sets it first and ends the sessions then,
-  // so that no session of the old trust can begin in between and stay.
-  if (session_ == nullptr) {
-    session_ = std::make_shared<OriginSession>(du::http::GetTransportSettings().certificateAuthorityFile);
+  std::shared_ptr<SessionShare> share;
+  if (!IsHome()) {
+    share = home_->Session()->share();
+    if (session_ != nullptr && session_->share() != share) ended = TakeSession();
   }
+  if (session_ != nullptr) return session_;
+  if (IsHome()) share = std::make_shared<SessionShare>();
+  // The settings are read under the lock: whoever changes the way sets it first and ends the sessions then,
+  // so that no session of the old way can begin in between and stay.
+  session_ = std::make_shared<OriginSession>(ConnectionWayTo(home(), origin_), std::move(share));
   return session_;
 }
 
 OriginState::Handles OriginState::EndSession() {
-  Handles handles;
+  Ended ended;
   const std::lock_guard lock(mutex_);
-  for (Idle& idle : idle_) handles.push_back(std::move(idle.handle));
+  ended = TakeSession();
+  return std::move(ended.handles);
+}
+
+OriginState::Ended OriginState::TakeSession() {
+  Ended ended;
+  for (Idle& idle : idle_) ended.handles.push_back(std::move(idle.handle));
   idle_.clear();
   if (session_ != nullptr) session_->firstExchange.Open();
-  session_.reset();
-  return handles;
+  ended.session.swap(session_);
+  return ended;
 }
 
 std::unique_ptr<CurlHandle> OriginState::TakeHandle(const OriginSession& session,

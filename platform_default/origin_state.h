@@ -17,21 +17,24 @@ namespace vtdirect::platform {
 /// What the process has of one origin: the session that all its connections share, the handles that nobody
 /// uses at the moment, and the places of the exchanges with it. Any thread.
 ///
-/// Where a redirect leads out of an origin, the other origin gets a state of its own for those who come that
-/// way: a server must not be able to send us anywhere with a login that the user has there. Coming back that
-/// way finds it again, as a single sign-on needs.
+/// Where a redirect leads out of an origin, its home, the other origin gets a state of its own for those who
+/// come that way: a server must not be able to send us anywhere with a login that the user has there. Coming
+/// back that way finds it again, and its cookies are those of home, as a single sign-on needs.
 class OriginState {
  public:
   using Time = std::chrono::steady_clock::time_point;
   using Handles = std::vector<std::unique_ptr<CurlHandle>>;
 
-  /// @param home  where the redirects that lead to `origin` begin; the same origin for the direct way
-  OriginState(Origin home, Origin origin) : home_(std::move(home)), origin_(std::move(origin)) {}
+  /// @param home  where the redirects that lead to `origin` begin; null for the direct way
+  OriginState(std::shared_ptr<OriginState> home, Origin origin)
+      : home_(std::move(home)), origin_(std::move(origin)) {}
 
-  [[nodiscard]] const Origin& home() const { return home_; }
+  [[nodiscard]] bool IsHome() const { return home_ == nullptr; }
+  /// Where the redirects begin that lead here; this origin itself for the direct way.
+  [[nodiscard]] const Origin& home() const { return IsHome() ? origin_ : home_->origin_; }
   [[nodiscard]] const Origin& origin() const { return origin_; }
 
-  /// The session of now.
+  /// The session of now. Away from home it ends with that of home.
   [[nodiscard]] std::shared_ptr<OriginSession> Session();
 
   /// Ends the session with all that it has learned: the next one begins with nothing. Exchanges that are
@@ -58,9 +61,17 @@ class OriginState {
     Time since;
   };
 
-  const Origin home_;
+  /// A session with its idle handles. To be let go while no lock is held: connections are closed, and the
+  /// session may hold a function of the host's.
+  struct Ended {
+    std::shared_ptr<OriginSession> session;
+    Handles handles;
+  };
+  [[nodiscard]] Ended TakeSession();
+
+  const std::shared_ptr<OriginState> home_;
   const Origin origin_;
-  std::mutex mutex_;
+  std::mutex mutex_;  ///< away from home, home's is taken inside of it and never the other way round
   std::shared_ptr<OriginSession> session_;
   std::vector<Idle> idle_;  ///< in the order of their last use
 };

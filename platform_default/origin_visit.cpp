@@ -29,8 +29,7 @@ void OriginVisit::JoinSession() {
     FollowSession(state_->Session());
     // Away from home the request that was redirected keeps others waiting there already. Waiting here as well
     // could make two requests wait for each other.
-    if (state_->home() == state_->origin())
-      session_->firstExchange.Enter(this, rules_.mayWait, rules_.firstExchangeDeadline);
+    if (state_->IsHome()) session_->firstExchange.Enter(this, rules_.mayWait, rules_.firstExchangeDeadline);
     // While this visit waited, the session may have ended and another one begun.
   } while (SessionHasEnded());
 }
@@ -55,6 +54,8 @@ bool OriginVisit::IsWrittenOff() const {
 }
 
 ErrorCode OriginVisit::Send(const OutgoingRequest& request, du::http::FileSink& sink, int* httpStatus) {
+  complaint_.clear();
+  if (!UnlockIdentity()) return ErrorCode::TlsFailure;
   place_.emplace(state_->places, rules_.settings.exchangesAtOnce, rules_.mayWait);
   const ErrorCode result = SendInPlace(request, sink, httpStatus);
   if (result != ErrorCode::Done) place_.reset();
@@ -74,10 +75,27 @@ ErrorCode OriginVisit::SendInPlace(const OutgoingRequest& request, du::http::Fil
   if (result == ErrorCode::Done) {
     session_->ForgetWriteOff();
     handle_ = std::move(used);
-  } else if (used->ConnectLimitRanOut()) {
-    session_->WriteOff(std::chrono::steady_clock::now(), rules_.settings.connectTimeoutMilliseconds);
+  } else {
+    NoteFailure(*used);
   }
   return result;
+}
+
+void OriginVisit::NoteFailure(const CurlHandle& used) {
+  complaint_ = used.CertificateComplaint();
+  const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
+  if (identity != nullptr && used.IdentityWasUnreadable()) identity->ForgetPassphrase(used.passphrase());
+  if (used.ConnectLimitRanOut()) {
+    session_->WriteOff(std::chrono::steady_clock::now(), rules_.settings.connectTimeoutMilliseconds);
+  }
+}
+
+bool OriginVisit::UnlockIdentity() {
+  const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
+  if (identity == nullptr || state_->origin().scheme != "https" || identity->Unlock()) return true;
+  complaint_ =
+      "The key of the client certificate is locked, and no passphrase was given: " + identity->keyFile();
+  return false;
 }
 
 void OriginVisit::HasFinalAnswer() {

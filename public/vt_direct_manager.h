@@ -89,21 +89,27 @@ enum ReadDirFlags : std::uint32_t {
 constexpr ReadDirFlags operator|(ReadDirFlags left, ReadDirFlags right) {
   return static_cast<ReadDirFlags>(static_cast<std::uint32_t>(left) | static_cast<std::uint32_t>(right));
 }
+/// The bits that both sets have.
 constexpr ReadDirFlags operator&(ReadDirFlags left, ReadDirFlags right) {
   return static_cast<ReadDirFlags>(static_cast<std::uint32_t>(left) & static_cast<std::uint32_t>(right));
 }
+/// The bits that one of the two sets has.
 constexpr ReadDirFlags operator^(ReadDirFlags left, ReadDirFlags right) {
   return static_cast<ReadDirFlags>(static_cast<std::uint32_t>(left) ^ static_cast<std::uint32_t>(right));
 }
+/// All bits that the set does not have, those without a name included.
 constexpr ReadDirFlags operator~(ReadDirFlags flags) {
   return static_cast<ReadDirFlags>(~static_cast<std::uint32_t>(flags));
 }
+/// Adds the bits of the second set to the first.
 constexpr ReadDirFlags& operator|=(ReadDirFlags& left, ReadDirFlags right) {
   return left = left | right;
 }
+/// Keeps those bits of the first set that the second has too.
 constexpr ReadDirFlags& operator&=(ReadDirFlags& left, ReadDirFlags right) {
   return left = left & right;
 }
+/// Turns over those bits of the first set that the second has.
 constexpr ReadDirFlags& operator^=(ReadDirFlags& left, ReadDirFlags right) {
   return left = left ^ right;
 }

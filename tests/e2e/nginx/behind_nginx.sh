@@ -38,7 +38,8 @@ pid $work/nginx.pid;
 error_log $work/nginx.log;
 events {}
 http {
-  access_log off;
+  log_format packing '\$uri \$sent_http_content_encoding';
+  access_log $work/access packing;
   client_body_temp_path $work/body;
   proxy_temp_path $work/proxy;
   fastcgi_temp_path $work/fastcgi;
@@ -48,6 +49,10 @@ http {
     listen 127.0.0.1:$1 ssl;
     ssl_certificate $work/certificate.pem;
     ssl_certificate_key $work/key.pem;
+    gzip on;
+    gzip_proxied any;
+    gzip_min_length 1;
+    gzip_types *;
     auth_basic plm;
     auth_basic_user_file $work/passwords;
     location /vt/ { proxy_pass http://127.0.0.1:$2; }
@@ -103,6 +108,14 @@ for document in D1001:10010 D1009:10090; do
   expect 0 get --ca-file "$work/certificate.pem" get "//plm/?id=${document%:*}" -o "$work/got"
   cmp "$work/got" "$work/data/content/${document#*:}"
 done
+# A listing comes packed, and contents do not.
+expect 0 get --ca-file "$work/certificate.pem" ls '//plm/Products/Trekking Bike/Folders/Frame/'
+grep -q fork.lxz "$work/answer"
+wait_for grep -q '/Folders(.* gzip$' "$work/access"
+if grep '/content/streams/.* gzip$' "$work/access"; then
+  echo "a content came packed" >&2
+  exit 1
+fi
 # The password stands in no message and no trace.
 expect 0 get --trace 0123 --ca-file "$work/certificate.pem" get '//plm/?id=D1001' -o "$work/got"
 [ -s "$work/vtdirect.log" ]

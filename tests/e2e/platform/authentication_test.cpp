@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <stdlib.h>
 
 #include "platform/trace.h"
 #include "tests/e2e/platform/fetching.h"
@@ -340,6 +341,44 @@ TEST_F(Authentication, ShowsNoSecretInAnyTrace) {
   EXPECT_EQ(FetchFrom(closed, Doc()).code, ErrorCode::NoConnection);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   for (const auto& line : traces.lines()) EXPECT_THAT(line.text, testing::Not(HasSubstr("canary")));
+}
+
+/// Kerberos without a ticket, and without a question to the network.
+class WithoutTicket {
+ public:
+  WithoutTicket() {
+    vtdirect_test::WriteFile(directory_.File("krb5.conf"),
+                             "[libdefaults]\n  default_realm = VTDIRECT.TEST\n  rdns = false\n"
+                             "  dns_lookup_kdc = false\n  dns_canonicalize_hostname = false\n");
+    setenv("KRB5_CONFIG", directory_.File("krb5.conf").c_str(), 1);
+    setenv("KRB5CCNAME", ("FILE:" + directory_.File("tickets")).c_str(), 1);
+  }
+  ~WithoutTicket() {
+    unsetenv("KRB5_CONFIG");
+    unsetenv("KRB5CCNAME");
+  }
+  WithoutTicket(const WithoutTicket&) = delete;
+  WithoutTicket& operator=(const WithoutTicket&) = delete;
+
+ private:
+  vtdirect_test::TemporaryDirectory directory_;
+};
+
+TEST_F(Authentication, ThatFollowsOneByNegotiateTakesAConnectionOfItsOwn) {
+  // A server may keep a login by Negotiate for the connection, and this is somebody else's.
+  const WithoutTicket withoutTicket;
+  for (const bool negotiates : {true, false}) {
+    ScriptedServer server(Guarded(basicPaula, askBasic));
+    if (negotiates) du::http::SetNegotiateCredentials(server.Url());
+    if (!negotiates) du::http::SetBearerToken(server.Url(), "old");
+    Asking asking = Doc();
+    asking.reauthenticate = [&server] {
+      du::http::SetPasswordCredentials(server.Url(), "paula", "s3cret");
+      return true;
+    };
+    EXPECT_EQ(FetchFrom(server.Url(), asking).body, "vaulted");
+    EXPECT_EQ(server.connections(), negotiates ? 2 : 1);
+  }
 }
 
 }  // namespace

@@ -72,6 +72,24 @@ void UseShortLimits() {
   settings.firstByteAfterBodyTimeoutSeconds = 1;
   du::http::SetTransportSettings(settings);
   du::http::ClearAllCredentials();
+  du::http::ClearAllClientCertificates();
+  du::http::ClearProxyCredentials();
+}
+
+void UseLongLimits() {
+  UseShortLimits();
+  du::http::TransportSettings settings = du::http::GetTransportSettings();
+  settings.connectTimeoutMilliseconds = 20'000;
+  settings.stallTimeoutSeconds = 20;
+  settings.firstByteTimeoutSeconds = 20;
+  settings.firstByteAfterBodyTimeoutSeconds = 20;
+  du::http::SetTransportSettings(settings);
+}
+
+void Trust(const std::string& certificateFile) {
+  du::http::TransportSettings settings = du::http::GetTransportSettings();
+  settings.certificateAuthorityFile = certificateFile;
+  du::http::SetTransportSettings(settings);
 }
 
 }  // namespace vtdirect_test

@@ -39,4 +39,11 @@ std::unique_ptr<du::http::Connection> Connect(const std::string& url);
 /// credentials of an earlier one.
 void UseShortLimits();
 
+/// The same with limits that a busy machine doesn't reach: for servers of others, whose tests are about no
+/// limit.
+void UseLongLimits();
+
+/// Trusts these certificates from now on, and no others.
+void Trust(const std::string& certificateFile);
+
 }  // namespace vtdirect_test

@@ -3,6 +3,7 @@
 
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/scripted_server.h"
+#include "tests/e2e/platform/sign_on.h"
 
 namespace {
 
@@ -10,8 +11,10 @@ using testing::ElementsAre;
 using vtdirect_test::Asking;
 using vtdirect_test::Fetch;
 using vtdirect_test::FetchFrom;
+using vtdirect_test::Named;
 using vtdirect_test::Peer;
 using vtdirect_test::ScriptedServer;
+using vtdirect_test::SignOnOfADomain;
 using vtdirect_test::WireRequest;
 
 /// What the connections of one origin share: cookies, and how the server takes a password.
@@ -106,17 +109,60 @@ TEST_F(Session, ComesBackFromASingleSignOn) {
     if (request.Header("Cookie") == "user=paula") return peer.Answer(200, "in");
     if (request.target == "/ticket")
       return peer.Answer(302, "", "Set-Cookie: user=paula; Path=/\r\nLocation: /\r\n");
-    peer.Answer(302, "", "Location: " + login->Url() + "/\r\n");
+    peer.Answer(302, "", "Location: " + Named("login", *login) + "/\r\n");
   });
   ScriptedServer signOn([&logins, &server](Peer& peer, WireRequest& request) {
     if (request.Header("Cookie") != "known=yes") ++logins;
-    peer.Answer(302, "", "Set-Cookie: known=yes; Path=/\r\nLocation: " + server.Url() + "/ticket\r\n");
+    peer.Answer(302, "",
+                "Set-Cookie: known=yes; Path=/\r\nLocation: " + Named("plm", server) + "/ticket\r\n");
   });
   login = &signOn;
-  EXPECT_EQ(FetchFrom(server.Url()).body, "in");
-  EXPECT_EQ(FetchFrom(server.Url()).body, "in");
+  EXPECT_EQ(FetchFrom(Named("plm", server)).body, "in");
+  EXPECT_EQ(FetchFrom(Named("plm", server)).body, "in");
   EXPECT_EQ(signOn.requests().size(), 1u);
   EXPECT_EQ(logins, 1);
+}
+
+TEST_F(Session, ComesBackFromASingleSignOnByACookieOfTheirDomain) {
+  const SignOnOfADomain domain;
+  EXPECT_EQ(FetchFrom(domain.Url()).body, "in");
+  EXPECT_EQ(FetchFrom(domain.Url()).body, "in");
+  EXPECT_EQ(domain.logins(), 1);
+}
+
+TEST_F(Session, ForgetsTheSingleSignOnWithTheCredentialsOfItsOrigin) {
+  const SignOnOfADomain domain;
+  EXPECT_EQ(FetchFrom(domain.Url()).body, "in");
+  du::http::SetBearerToken(domain.Url(), "token");
+  EXPECT_EQ(FetchFrom(domain.Url()).body, "in");
+  EXPECT_EQ(domain.logins(), 2);
+  du::http::ClearCredentials(domain.Url());
+  EXPECT_EQ(FetchFrom(domain.Url()).body, "in");
+  EXPECT_EQ(domain.logins(), 3);
+  // What is set for the login itself is for those who go there directly.
+  du::http::SetBearerToken(domain.LoginUrl(), "token");
+  EXPECT_EQ(FetchFrom(domain.Url()).body, "in");
+  EXPECT_EQ(domain.logins(), 3);
+}
+
+TEST_F(Session, IsNotSharedWithAnotherServerOfItsDomain) {
+  const SignOnOfADomain domain;
+  std::atomic<int> given{0};
+  ScriptedServer other(GivingSessions(given));
+  EXPECT_EQ(FetchFrom(domain.Url()).body, "in");
+  FetchFrom(Named("other", other));
+  EXPECT_THAT(Cookies(other), ElementsAre("(none)"));
+}
+
+TEST_F(Session, GoesWhereItsServerRedirectsToAnotherPortOfTheHost) {
+  // Cookies know hosts and no ports: a login may be another port of the host.
+  ScriptedServer other([](Peer& peer, WireRequest&) { peer.Answer(200, ""); });
+  ScriptedServer server([&other](Peer& peer, WireRequest&) {
+    peer.Answer(302, "", "Set-Cookie: session=1; Path=/\r\nLocation: " + other.Url() + "/\r\n");
+  });
+  FetchFrom(server.Url());
+  FetchFrom(other.Url());
+  EXPECT_THAT(Cookies(other), ElementsAre("session=1", "(none)"));
 }
 
 TEST_F(Session, OfADigestLoginCostsOneDemandForEachHandle) {

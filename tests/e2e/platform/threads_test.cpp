@@ -9,6 +9,7 @@
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/meeting.h"
 #include "tests/e2e/platform/scripted_server.h"
+#include "tests/e2e/platform/sign_on.h"
 #include "tests/e2e/platform/tls_front.h"
 #include "tests/e2e/platform/tls_server.h"
 #include "tests/support/temporary_directory.h"
@@ -317,6 +318,75 @@ TEST_F(Threads, WorkOnWhileCredentialsAndSettingsChange) {
   over = true;
   changer.join();
   EXPECT_EQ(good, 360);
+}
+
+TEST_F(Threads, ShareOneSingleSignOn) {
+  const vtdirect_test::SignOnOfADomain domain;
+  std::atomic<int> good{0};
+  Join(Start(6, [&](int) {
+    for (int i = 0; i < 10; ++i) good += FetchFrom(domain.Url()).body == "in" ? 1 : 0;
+  }));
+  EXPECT_EQ(good, 60);
+  EXPECT_EQ(domain.logins(), 1);
+}
+
+TEST_F(Threads, SignOnAnewWhileCredentialsChange) {
+  const vtdirect_test::SignOnOfADomain domain;
+  std::atomic<bool> over{false};
+  std::thread changer([&] {
+    for (int i = 0; !over; ++i) {
+      du::http::SetBearerToken(i % 2 == 0 ? domain.Url() : domain.LoginUrl(), "t" + std::to_string(i));
+      if (i % 5 == 0) du::http::ClearAllCredentials();
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+  });
+  // A session that ends while its login is under way costs another login, and so may the next one.
+  std::atomic<int> good{0};
+  Join(Start(6, [&](int) {
+    for (int i = 0; i < 20; ++i) good += FetchFrom(domain.Url()).code == ErrorCode::Done ? 1 : 0;
+  }));
+  over = true;
+  changer.join();
+  EXPECT_EQ(good, 120);
+  EXPECT_EQ(FetchFrom(domain.Url()).body, "in");
+}
+
+TEST_F(Threads, WorkOnWhileClientCertificatesAndProxiesChange) {
+  if (!vtdirect_test::HaveOpenSsl())
+    GTEST_SKIP() << "the openssl program, which makes certificates, is missing";
+  const vtdirect_test::TemporaryDirectory directory;
+  vtdirect_test::Trust(vtdirect_test::MakeCertificate(directory.path(), "server", "IP:127.0.0.1"));
+  const std::string client = vtdirect_test::MakeCertificate(directory.path(), "client", "DNS:anna.example");
+  const std::string locked = vtdirect_test::MakeLockedKey(directory.path(), "client", "s3cret");
+  ScriptedServer server([](Peer& peer, WireRequest&) { peer.Answer(200, "let in"); });
+  const vtdirect_test::TlsFront front(directory.path(), "server", server.port(), {client});
+  std::atomic<int> asked{0};
+  const du::http::ClientCertificate certificate{client, locked, [&asked](const std::string&) {
+                                                  ++asked;
+                                                  return std::optional<std::string>("s3cret");
+                                                }};
+  du::http::SetClientCertificateForAll(certificate);
+  std::atomic<bool> over{false};
+  std::thread changer([&] {
+    for (int i = 0; !over; ++i) {
+      du::http::TransportSettings settings = du::http::GetTransportSettings();
+      settings.proxy = i % 2 == 0 ? std::optional<std::string>("") : std::nullopt;
+      if (i % 5 == 0) du::http::SetTransportSettings(settings);
+      if (i % 3 == 0) du::http::SetClientCertificate(front.Url(), certificate);
+      if (i % 4 == 0) du::http::ClearClientCertificate(front.Url());
+      if (i % 7 == 0) du::http::SetProxyCredentials("paula", std::to_string(i));
+      if (i % 11 == 0) du::http::SetNegotiateCredentials("https://vantry.invalid/");
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  });
+  std::atomic<int> good{0};
+  Join(Start(6, [&](int) {
+    for (int i = 0; i < 20; ++i) good += FetchFrom(front.Url()).body == "let in" ? 1 : 0;
+  }));
+  over = true;
+  changer.join();
+  EXPECT_EQ(good, 120);
+  EXPECT_GE(asked, 1);
 }
 
 TEST_F(Threads, ShareCertificatesAndTlsSessions) {

@@ -15,7 +15,7 @@ class OriginThatDidNotAnswer : public testing::Test {
   static OriginSession::Time After(milliseconds time) { return OriginSession::Time() + time; }
 
   static constexpr long connectLimit = 30'000;
-  OriginSession session_{""};
+  OriginSession session_{{}, nullptr};
 };
 
 TEST_F(OriginThatDidNotAnswer, IsTriedAgainAfterFiveSeconds) {

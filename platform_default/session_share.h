@@ -1,0 +1,37 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <array>
+#include <memory>
+#include <mutex>
+
+namespace vtdirect::platform {
+
+/// What all handles of one session have in common inside curl: cookies and TLS sessions. The session of an
+/// origin has it together with the sessions of those that its redirects lead to: whom a server sends to a
+/// login for its whole domain comes back with a cookie that counts at both.
+///
+/// A cookie goes where its host or domain allows it, to every port there. A TLS session goes to the host and
+/// port that gave it, and to no other. Any thread.
+class SessionShare {
+ public:
+  SessionShare();
+  SessionShare(const SessionShare&) = delete;
+  SessionShare& operator=(const SessionShare&) = delete;
+
+  /// For CURLOPT_SHARE. Null when curl has no memory for it: then each handle has its own.
+  [[nodiscard]] CURLSH* forCurl() const { return share_.get(); }
+
+ private:
+  struct Closer {
+    void operator()(CURLSH* share) const { curl_share_cleanup(share); }
+  };
+  static void Lock(CURL* handle, curl_lock_data data, curl_lock_access access, void* self);
+  static void Unlock(CURL* handle, curl_lock_data data, void* self);
+
+  std::array<std::mutex, CURL_LOCK_DATA_LAST> mutexes_;  ///< one for each kind of data that curl locks
+  std::unique_ptr<CURLSH, Closer> share_;
+};
+
+}  // namespace vtdirect::platform
