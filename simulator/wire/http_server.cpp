@@ -281,8 +281,7 @@ void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request,
   });
   if (RefuseBody(request, response, outcome)) return;
   if (const Ongoing* ongoing = Find(request); ongoing != nullptr && door_ != Door::kAdmin) {
-    simulator_.history().SetBody(ongoing->remembered,
-                                 ShownBody(request.get_header_value("Content-Type"), body), body.size());
+    simulator_.history().ShowBody(ongoing->remembered, request.get_header_value("Content-Type"), body);
   }
   Answer(request, response, [&](vantry_sim::Request& own) {
     own.body = std::move(body);
