@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -23,7 +24,9 @@ constexpr std::size_t kBlock = 16 * 1024;
 /// How long a client may pause in the middle of a body, and while it takes an answer.
 constexpr int kReadMilliseconds = 60'000;
 constexpr int kWriteMilliseconds = 600'000;
+/// How long a closed connection is read for: until it has been silent for so long, and in all.
 constexpr int kLingerMilliseconds = 500;
+constexpr auto kLongestLinger = std::chrono::seconds(2);
 
 void AddressOf(const sockaddr_storage& address, socklen_t length, std::string& ip, int& port) {
   char host[NI_MAXHOST];
@@ -156,7 +159,8 @@ void ConnectionStream::WaitForClose() {
 void ConnectionStream::LingerBeforeClose() {
   transport_->EndSending();
   char dropped[4096];
-  while (WaitFor(POLLIN, kLingerMilliseconds)) {
+  const auto end = std::chrono::steady_clock::now() + kLongestLinger;
+  while (std::chrono::steady_clock::now() < end && WaitFor(POLLIN, kLingerMilliseconds)) {
     if (recv(socket(), dropped, sizeof dropped, MSG_DONTWAIT) <= 0) return;
   }
 }

@@ -78,6 +78,8 @@ class ConnectionStream final : public httplib::Stream {
   [[nodiscard]] std::uint64_t number() const { return number_; }
   [[nodiscard]] const std::string& remote_address() const { return remote_address_; }
   [[nodiscard]] int remote_port() const { return remote_port_; }
+  /// Of this machine's addresses the one that the client has connected to.
+  [[nodiscard]] const std::string& local_address() const { return local_address_; }
   [[nodiscard]] Transport& transport() { return *transport_; }
 
   bool is_readable() const override;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <tuple>
 #include <utility>
 
 #include "simulator/wire/answer_body.h"
@@ -107,6 +108,9 @@ class HttpServer::Implementation final : public httplib::Server {
     bool close_after = false;
   };
   using Produce = std::function<vantry_sim::Response(vantry_sim::Request&)>;
+  /// The client's address and port, and the address of this machine. A port of a client may be connected to
+  /// several addresses at one time.
+  using Ends = std::tuple<std::string, int, std::string>;
 
   void SetHandlers();
   void Remember(Ongoing& ongoing);
@@ -132,7 +136,7 @@ class HttpServer::Implementation final : public httplib::Server {
   AdminApi* admin_;
   Door door_;
   std::mutex mutex_;
-  std::map<std::pair<std::string, int>, Ongoing*> ongoing_;  ///< by the client's address and port
+  std::map<Ends, Ongoing*> ongoing_;
 };
 
 HttpServer::Implementation::Implementation(const ServerParts& parts, Door door)
@@ -181,14 +185,14 @@ void HttpServer::Implementation::SetHandlers() {
 
 bool HttpServer::Implementation::ServeOne(ConnectionStream& stream) {
   Ongoing ongoing(stream);
-  const std::pair<std::string, int> address{stream.remote_address(), stream.remote_port()};
+  const Ends ends{stream.remote_address(), stream.remote_port(), stream.local_address()};
   ongoing.exchange.start = std::chrono::system_clock::now();
-  ongoing.exchange.remote_port = address.second;
+  ongoing.exchange.remote_port = stream.remote_port();
   ongoing.head = stream.BeginExchange();
   Remember(ongoing);
   {
     const std::lock_guard lock(mutex_);
-    ongoing_[address] = &ongoing;
+    ongoing_[ends] = &ongoing;
   }
   const auto begin = std::chrono::steady_clock::now();
   bool closed_by_client = false;
@@ -199,7 +203,7 @@ bool HttpServer::Implementation::ServeOne(ConnectionStream& stream) {
   const bool lost = ongoing.exchange.method.empty();
   if (stream.read_any()) Finish(ongoing, std::chrono::steady_clock::now() - begin);
   const std::lock_guard lock(mutex_);
-  ongoing_.erase(address);
+  ongoing_.erase(ends);
   return served && flushed && !closed_by_client && !lost && !ongoing.close_after;
 }
 
@@ -423,7 +427,7 @@ void HttpServer::Implementation::Fill(httplib::Response& out, const Response& an
 
 HttpServer::Implementation::Ongoing* HttpServer::Implementation::Find(const httplib::Request& request) {
   const std::lock_guard lock(mutex_);
-  const auto found = ongoing_.find({request.remote_addr, request.remote_port});
+  const auto found = ongoing_.find({request.remote_addr, request.remote_port, request.local_addr});
   return found == ongoing_.end() ? nullptr : found->second;
 }
 

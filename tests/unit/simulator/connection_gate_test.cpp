@@ -53,6 +53,20 @@ TEST_F(ConnectionGateTest, HeadThatComesByteByByteIsServed) {
   EXPECT_EQ(client.Read().status, 200);
 }
 
+TEST_F(ConnectionGateTest, RefusedClientThatSendsOnIsLeftInTheEnd) {
+  RawClient client(Serve());
+  client.Send("GET /x HTTP/1.1\r\nHost: h\r\nContent-Length: 100000000\r\n\r\n");
+  EXPECT_EQ(client.Read().status, 400);
+  // It is never silent for as long as the server waits for a silent one.
+  bool closed = false;
+  for (int i = 0; i < 100 && !closed; ++i) {
+    client.Send("x");
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    closed = client.WasReset();
+  }
+  EXPECT_TRUE(closed);
+}
+
 TEST_F(ConnectionGateTest, HalfSentHeadsKeepNobodyWaiting) {
   // Far more of them than requests that may be served at a time.
   limits_.at_work = 4;
