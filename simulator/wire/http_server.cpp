@@ -342,6 +342,7 @@ vantry_sim::Request HttpServer::Implementation::OwnRequest(const httplib::Reques
   vantry_sim::Request own;
   own.method = request.method == "HEAD" ? "GET" : request.method;
   own.target = request.target;
+  own.client = request.remote_addr;
   own.host = request.get_header_value("Host");
   own.origin = ongoing.head.Header("Origin");
   own.prefer = request.get_header_value("Prefer");
