@@ -38,6 +38,16 @@ bool TakesBody(const std::string& method) {
   return method == "POST" || method == "PUT" || method == "PATCH" || method == "DELETE";
 }
 
+/// Which server's page a browser asks for. What a page of another server loads may come without an Origin, and
+/// newer browsers say so in another way. Whoever follows a link to here asks for nobody else.
+std::string OriginOf(const RequestHead& head) {
+  const std::string_view origin = head.Header("Origin");
+  const std::string_view site = head.Header("Sec-Fetch-Site");
+  const bool foreign = site == "cross-site" || site == "same-site";
+  return std::string(origin.empty() && foreign && head.Header("Sec-Fetch-Mode") != "navigate" ? "null"
+                                                                                              : origin);
+}
+
 /// The answer that a fault puts in the place of any other.
 Response FaultAnswer(const FaultAction& fault) {
   if (fault.kind == Kind::kRedirect) {
@@ -344,7 +354,7 @@ vantry_sim::Request HttpServer::Implementation::OwnRequest(const httplib::Reques
   own.target = request.target;
   own.client = request.remote_addr;
   own.host = request.get_header_value("Host");
-  own.origin = ongoing.head.Header("Origin");
+  own.origin = OriginOf(ongoing.head);
   own.prefer = request.get_header_value("Prefer");
   own.nonce = request.get_header_value("X-Zvk-Nonce");
   own.content_type = request.get_header_value(request.has_header(kBodyType) ? kBodyType : "Content-Type");

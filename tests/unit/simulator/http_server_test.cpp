@@ -410,6 +410,24 @@ TEST_F(HttpServerTest, HistoryRemembersRequestsWithoutTheirSecrets) {
   }
 }
 
+TEST_F(HttpServerTest, AdminPortGivesNothingToPagesOfOtherServers) {
+  options_.admin_port = 0;
+  Serve();
+  const auto status = [&](const std::string& lines) {
+    RawClient client(server_->admin_port());
+    client.Send("GET /status HTTP/1.1\r\nHost: 127.0.0.1\r\n" + lines + "\r\n");
+    return client.Read().status;
+  };
+  EXPECT_EQ(status(""), 200);
+  EXPECT_EQ(status("Sec-Fetch-Site: none\r\nSec-Fetch-Mode: navigate\r\n"), 200);
+  EXPECT_EQ(status("Sec-Fetch-Site: same-origin\r\nSec-Fetch-Mode: cors\r\n"), 200);
+  EXPECT_EQ(status("Sec-Fetch-Site: cross-site\r\nSec-Fetch-Mode: navigate\r\n"), 200);
+  EXPECT_EQ(status("Sec-Fetch-Site: cross-site\r\nSec-Fetch-Mode: no-cors\r\n"), 403);
+  // A page of another port of this machine.
+  EXPECT_EQ(status("Sec-Fetch-Site: same-site\r\nSec-Fetch-Mode: no-cors\r\n"), 403);
+  EXPECT_EQ(status("Origin: http://evil.example\r\n"), 403);
+}
+
 TEST_F(HttpServerTest, OnePortOfAClientMaySpeakToSeveralAddressesAtATime) {
   options_.bind_address = "0.0.0.0";
   const int port = Serve();
