@@ -38,8 +38,8 @@ bool TakesBody(const std::string& method) {
   return method == "POST" || method == "PUT" || method == "PATCH" || method == "DELETE";
 }
 
-/// Which server's page a browser asks for. What a page of another server loads may come without an Origin, and
-/// newer browsers say so in another way. Whoever follows a link to here asks for nobody else.
+/// Which server's page a browser asks for. What a page of another server loads may come without an Origin,
+/// and newer browsers say so in another way. Whoever follows a link to here asks for nobody else.
 std::string OriginOf(const RequestHead& head) {
   const std::string_view origin = head.Header("Origin");
   const std::string_view site = head.Header("Sec-Fetch-Site");
