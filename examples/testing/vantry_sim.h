@@ -34,8 +34,8 @@ class VantrySim : public testing::Test {
     url = own, admin = control;
   }
   static void TearDownTestSuite() {
-    kill(server, SIGTERM);
-    waitpid(server, nullptr, 0);
+    // Signals to -1 go to every process of the user.
+    if (server > 0) kill(server, SIGTERM), waitpid(server, nullptr, 0);
     std::filesystem::remove_all(directory);
   }
   void SetUp() override { Control("POST", "reset"); }

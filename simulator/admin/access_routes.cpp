@@ -74,7 +74,9 @@ Response ListSessions(Simulator& simulator) {
 Response EndSession(Simulator& simulator, const Request& request) {
   const std::string& text = request.Path("number");
   std::uint64_t number = 0;
-  std::from_chars(text.data(), text.data() + text.size(), number);
+  const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), number);
+  // No session has this one.
+  if (code != std::errc() || end != text.data() + text.size()) number = 0;
   return simulator.Exclusively([&](const ServiceContext&) {
     SessionTable* sessions = simulator.nonces().sessions();
     if (sessions == nullptr) return NoSessions();

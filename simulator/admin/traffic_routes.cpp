@@ -85,9 +85,8 @@ void WriteRequest(JsonText& json, const RememberedRequest& request) {
   json.EndObject();
 }
 
-void WriteRequests(JsonText& json, const RequestHistory& history,
-                   const std::vector<RememberedRequest>& requests) {
-  json.Member("mark", static_cast<std::int64_t>(history.Mark())).Key("requests").StartArray();
+void WriteRequests(JsonText& json, std::uint64_t mark, const std::vector<RememberedRequest>& requests) {
+  json.Member("mark", static_cast<std::int64_t>(mark)).Key("requests").StartArray();
   for (const RememberedRequest& request : requests) WriteRequest(json, request);
   json.EndArray();
 }
@@ -128,9 +127,9 @@ Response ListRequests(Simulator& simulator, const Request& request) {
   const std::uint64_t count = NumberOf(request, "count", 1, 10'000, problem);
   const std::uint64_t wait = NumberOf(request, "wait", 0, kLongestWait, problem);
   if (!filter || !problem.empty()) return ErrorResponse(400, "bad-parameter", problem);
-  RequestHistory& history = simulator.history();
-  const auto requests =
-      history.Wait(*filter, request.Query("wait") ? count : 0, std::chrono::milliseconds(wait));
+  std::uint64_t mark = 0;
+  const auto requests = simulator.history().Wait(*filter, request.Query("wait") ? count : 0,
+                                                 std::chrono::milliseconds(wait), &mark);
   const bool in_time = !request.Query("wait") || requests.size() >= count;
   return AdminAnswer(
       [&](JsonText& json) {
@@ -140,7 +139,7 @@ Response ListRequests(Simulator& simulator, const Request& request) {
           json.Member("message", "only " + std::to_string(requests.size()) + " requests came in time")
               .EndObject();
         }
-        WriteRequests(json, history, requests);
+        WriteRequests(json, mark, requests);
         json.EndObject();
       },
       in_time ? 200 : 504);

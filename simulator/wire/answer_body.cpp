@@ -125,12 +125,16 @@ void SetBroken(httplib::Response& out, const Response& answer, BodyReader reader
   }
 }
 
+/// A client reads no body with these, and would take one for the next answer.
+bool HasNoBody(int status) {
+  return status == 204 || status == 205 || status == 304;
+}
+
 }  // namespace
 
 bool SetBody(httplib::Response& out, const Response& answer, const AnswerWay& way,
              const std::optional<FaultAction>& fault) {
-  constexpr int kNoContent = 204;
-  if (answer.status == kNoContent) return true;
+  if (HasNoBody(answer.status)) return true;
   const bool short_one = !answer.file && (!answer.shared || answer.shared->size() <= kShortBody);
   if (!fault && short_one) {
     out.set_content(answer.shared ? *answer.shared : answer.body, answer.content_type);

@@ -32,14 +32,26 @@ std::optional<Response> AnswerCache::Find(const Request& request, const Database
 
 void AnswerCache::Keep(const Request& request, Response& response) {
   if (response.status != 200 || response.once) return;
-  if (response.body.size() > kShortBody)
-    response.shared = std::make_shared<const std::string>(std::exchange(response.body, {}));
+  if (response.body.size() > kShortBody && !Share(request, response)) {
+    response = ErrorResponse(503, "no-room",
+                             "the long answers that are read now are as much as this server holds together");
+    return;
+  }
   std::string key = KeyOf(request);
   const std::size_t size = SizeOf(key, response);
   if (size > kMostBytes / 2) return;
   if (size_ + size > kMostBytes) Clear();
   size_ += size;
   answers_.insert_or_assign(std::move(key), response);
+}
+
+/// Answers that nobody reads any longer make room. @return false where that is not enough
+bool AnswerCache::Share(const Request& request, Response& response) {
+  response.shared = memory_.Hold(response.body, request.client);
+  if (response.shared) return true;
+  Clear();
+  response.shared = memory_.Hold(response.body, request.client);
+  return response.shared != nullptr;
 }
 
 void AnswerCache::Clear() {

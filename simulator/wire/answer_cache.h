@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "simulator/store/database.h"
+#include "simulator/wire/answer_memory.h"
 #include "simulator/wire/messages.h"
 
 namespace vantry_sim {
@@ -19,13 +20,16 @@ class AnswerCache {
   std::optional<Response> Find(const Request& request, const DatabaseVersion& version);
 
   /// Keeps an answer, unless it is no 200, is not to be kept, or is too large. A long body is shared from
-  /// then on.
+  /// then on; where there is no room for it, the answer becomes a 503.
   void Keep(const Request& request, Response& response);
 
   /// Forgets all.
   void Clear();
 
  private:
+  bool Share(const Request& request, Response& response);
+
+  AnswerMemory memory_;
   DatabaseVersion version_;
   std::unordered_map<std::string, Response> answers_;
   std::size_t size_ = 0;  ///< bytes of bodies and keys

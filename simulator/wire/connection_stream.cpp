@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -23,7 +24,9 @@ constexpr std::size_t kBlock = 16 * 1024;
 /// How long a client may pause in the middle of a body, and while it takes an answer.
 constexpr int kReadMilliseconds = 60'000;
 constexpr int kWriteMilliseconds = 600'000;
+/// How long a closed connection is read for: until it has been silent for so long, and in all.
 constexpr int kLingerMilliseconds = 500;
+constexpr auto kLongestLinger = std::chrono::seconds(2);
 
 void AddressOf(const sockaddr_storage& address, socklen_t length, std::string& ip, int& port) {
   char host[NI_MAXHOST];
@@ -73,8 +76,9 @@ void TakeRangeAway(std::string& buffer, std::size_t begin, std::size_t& head_siz
 
 }  // namespace
 
-ConnectionStream::ConnectionStream(std::unique_ptr<Transport> transport, std::uint64_t number)
-    : transport_(std::move(transport)), number_(number) {
+ConnectionStream::ConnectionStream(std::unique_ptr<Transport> transport, std::uint64_t number,
+                                   std::chrono::milliseconds body_time)
+    : transport_(std::move(transport)), number_(number), body_time_(body_time) {
   // An answer goes out in two writes, head and body; without this the second waits for the client's
   // acknowledgement of the first.
   const int on = 1;
@@ -127,6 +131,12 @@ RequestHead ConnectionStream::BeginExchange() {
   return head;
 }
 
+void ConnectionStream::EndOfHead() {
+  in_head_ = false;
+  body_begin_ = std::chrono::steady_clock::now();
+  body_read_ = 0;
+}
+
 void ConnectionStream::ReleaseMemory() {
   if (begin_ < buffer_.size()) return;
   begin_ = 0;
@@ -156,7 +166,8 @@ void ConnectionStream::WaitForClose() {
 void ConnectionStream::LingerBeforeClose() {
   transport_->EndSending();
   char dropped[4096];
-  while (WaitFor(POLLIN, kLingerMilliseconds)) {
+  const auto end = std::chrono::steady_clock::now() + kLongestLinger;
+  while (std::chrono::steady_clock::now() < end && WaitFor(POLLIN, kLingerMilliseconds)) {
     if (recv(socket(), dropped, sizeof dropped, MSG_DONTWAIT) <= 0) return;
   }
 }
@@ -168,7 +179,7 @@ void ConnectionStream::SendWithoutWaiting(std::string_view bytes) {
 }
 
 bool ConnectionStream::is_readable() const {
-  return WaitForBytes(kReadMilliseconds);
+  return WaitForBytes(in_head_ ? kReadMilliseconds : MillisecondsForBody());
 }
 
 bool ConnectionStream::is_writable() const {
@@ -186,6 +197,7 @@ ssize_t ConnectionStream::read(char* data, std::size_t size) {
   }
   std::memcpy(data, buffer_.data() + begin_, count);
   begin_ += count;
+  if (!in_head_) body_read_ += count;
   read_any_ = true;
   return static_cast<ssize_t>(count);
 }
@@ -262,12 +274,21 @@ Moved ConnectionStream::ReadAhead() {
   return moved;
 }
 
-/// Waits for a block of a body. @return false at the end of the connection, and for a silent client
+/// How long a client may still take for the next bytes of a body. One that sends next to nothing would keep a
+/// thread for days.
+int ConnectionStream::MillisecondsForBody() const {
+  const auto passed = std::chrono::steady_clock::now() - body_begin_;
+  const auto granted = body_time_ + std::chrono::milliseconds(body_read_ * 1000 / 1024);
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(granted - passed).count();
+  return static_cast<int>(std::clamp<std::int64_t>(left, 0, kReadMilliseconds));
+}
+
+/// Waits for a block of a body. @return false at the end of the connection, and for a slow client
 bool ConnectionStream::FillWaiting() {
   for (;;) {
     const Moved moved = ReadAhead();
     if (moved == Moved::kDone) return true;
-    if (moved == Moved::kEnd || aborted_ || !WaitFor(EventsOf(moved), kReadMilliseconds)) return false;
+    if (moved == Moved::kEnd || aborted_ || !WaitFor(EventsOf(moved), MillisecondsForBody())) return false;
   }
 }
 

@@ -3,6 +3,7 @@
 #include <httplib.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -20,7 +21,9 @@ namespace vantry_sim {
 class ConnectionStream final : public httplib::Stream {
  public:
   /// @param number that no other connection has
-  ConnectionStream(std::unique_ptr<Transport> transport, std::uint64_t number);
+  /// @param body_time that a body has, beside a second for each KiB that came of it
+  ConnectionStream(std::unique_ptr<Transport> transport, std::uint64_t number,
+                   std::chrono::milliseconds body_time);
   ConnectionStream(const ConnectionStream&) = delete;
   ConnectionStream& operator=(const ConnectionStream&) = delete;
   ~ConnectionStream() override;
@@ -44,7 +47,7 @@ class ConnectionStream final : public httplib::Stream {
   /// Starts the counts of a new exchange. The head has been collected. @return the head
   RequestHead BeginExchange();
   /// The head of the request has been read: what comes now is its body, which may be long.
-  void EndOfHead() { in_head_ = false; }
+  void EndOfHead();
   /// The status that was sent in this exchange, 0 for none yet.
   [[nodiscard]] int status() const { return status_; }
   /// Bytes sent behind the header block in this exchange.
@@ -78,6 +81,8 @@ class ConnectionStream final : public httplib::Stream {
   [[nodiscard]] std::uint64_t number() const { return number_; }
   [[nodiscard]] const std::string& remote_address() const { return remote_address_; }
   [[nodiscard]] int remote_port() const { return remote_port_; }
+  /// Of this machine's addresses the one that the client has connected to.
+  [[nodiscard]] const std::string& local_address() const { return local_address_; }
   [[nodiscard]] Transport& transport() { return *transport_; }
 
   bool is_readable() const override;
@@ -91,6 +96,7 @@ class ConnectionStream final : public httplib::Stream {
  private:
   Moved ReadAhead();
   bool FillWaiting();
+  [[nodiscard]] int MillisecondsForBody() const;
   bool WaitFor(short events, int milliseconds) const;
   bool SendHeld(std::size_t head);
   bool SendAll(const char* data, std::size_t size);
@@ -100,6 +106,9 @@ class ConnectionStream final : public httplib::Stream {
 
   std::unique_ptr<Transport> transport_;
   std::uint64_t number_;
+  std::chrono::milliseconds body_time_;
+  std::chrono::steady_clock::time_point body_begin_;
+  std::uint64_t body_read_ = 0;  ///< bytes of the request's body
   std::string remote_address_;
   int remote_port_ = 0;
   std::string local_address_;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <tuple>
 #include <utility>
 
 #include "simulator/wire/answer_body.h"
@@ -35,6 +36,16 @@ bool HasBody(const httplib::Request& request) {
 
 bool TakesBody(const std::string& method) {
   return method == "POST" || method == "PUT" || method == "PATCH" || method == "DELETE";
+}
+
+/// Which server's page a browser asks for. What a page of another server loads may come without an Origin,
+/// and newer browsers say so in another way. Whoever follows a link to here asks for nobody else.
+std::string OriginOf(const RequestHead& head) {
+  const std::string_view origin = head.Header("Origin");
+  const std::string_view site = head.Header("Sec-Fetch-Site");
+  const bool foreign = site == "cross-site" || site == "same-site";
+  return std::string(origin.empty() && foreign && head.Header("Sec-Fetch-Mode") != "navigate" ? "null"
+                                                                                              : origin);
 }
 
 /// The answer that a fault puts in the place of any other.
@@ -107,6 +118,9 @@ class HttpServer::Implementation final : public httplib::Server {
     bool close_after = false;
   };
   using Produce = std::function<vantry_sim::Response(vantry_sim::Request&)>;
+  /// The client's address and port, and the address of this machine. A port of a client may be connected to
+  /// several addresses at one time.
+  using Ends = std::tuple<std::string, int, std::string>;
 
   void SetHandlers();
   void Remember(Ongoing& ongoing);
@@ -132,7 +146,7 @@ class HttpServer::Implementation final : public httplib::Server {
   AdminApi* admin_;
   Door door_;
   std::mutex mutex_;
-  std::map<std::pair<std::string, int>, Ongoing*> ongoing_;  ///< by the client's address and port
+  std::map<Ends, Ongoing*> ongoing_;
 };
 
 HttpServer::Implementation::Implementation(const ServerParts& parts, Door door)
@@ -181,14 +195,14 @@ void HttpServer::Implementation::SetHandlers() {
 
 bool HttpServer::Implementation::ServeOne(ConnectionStream& stream) {
   Ongoing ongoing(stream);
-  const std::pair<std::string, int> address{stream.remote_address(), stream.remote_port()};
+  const Ends ends{stream.remote_address(), stream.remote_port(), stream.local_address()};
   ongoing.exchange.start = std::chrono::system_clock::now();
-  ongoing.exchange.remote_port = address.second;
+  ongoing.exchange.remote_port = stream.remote_port();
   ongoing.head = stream.BeginExchange();
   Remember(ongoing);
   {
     const std::lock_guard lock(mutex_);
-    ongoing_[address] = &ongoing;
+    ongoing_[ends] = &ongoing;
   }
   const auto begin = std::chrono::steady_clock::now();
   bool closed_by_client = false;
@@ -199,7 +213,7 @@ bool HttpServer::Implementation::ServeOne(ConnectionStream& stream) {
   const bool lost = ongoing.exchange.method.empty();
   if (stream.read_any()) Finish(ongoing, std::chrono::steady_clock::now() - begin);
   const std::lock_guard lock(mutex_);
-  ongoing_.erase(address);
+  ongoing_.erase(ends);
   return served && flushed && !closed_by_client && !lost && !ongoing.close_after;
 }
 
@@ -281,8 +295,7 @@ void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request,
   });
   if (RefuseBody(request, response, outcome)) return;
   if (const Ongoing* ongoing = Find(request); ongoing != nullptr && door_ != Door::kAdmin) {
-    simulator_.history().SetBody(ongoing->remembered,
-                                 ShownBody(request.get_header_value("Content-Type"), body), body.size());
+    simulator_.history().ShowBody(ongoing->remembered, request.get_header_value("Content-Type"), body);
   }
   Answer(request, response, [&](vantry_sim::Request& own) {
     own.body = std::move(body);
@@ -339,8 +352,9 @@ vantry_sim::Request HttpServer::Implementation::OwnRequest(const httplib::Reques
   vantry_sim::Request own;
   own.method = request.method == "HEAD" ? "GET" : request.method;
   own.target = request.target;
+  own.client = request.remote_addr;
   own.host = request.get_header_value("Host");
-  own.origin = ongoing.head.Header("Origin");
+  own.origin = OriginOf(ongoing.head);
   own.prefer = request.get_header_value("Prefer");
   own.nonce = request.get_header_value("X-Zvk-Nonce");
   own.content_type = request.get_header_value(request.has_header(kBodyType) ? kBodyType : "Content-Type");
@@ -424,7 +438,7 @@ void HttpServer::Implementation::Fill(httplib::Response& out, const Response& an
 
 HttpServer::Implementation::Ongoing* HttpServer::Implementation::Find(const httplib::Request& request) {
   const std::lock_guard lock(mutex_);
-  const auto found = ongoing_.find({request.remote_addr, request.remote_port});
+  const auto found = ongoing_.find({request.remote_addr, request.remote_port, request.local_addr});
   return found == ongoing_.end() ? nullptr : found->second;
 }
 

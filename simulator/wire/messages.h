@@ -19,6 +19,7 @@ struct Request {
   std::string method;         ///< "HEAD" arrives as "GET"
   std::string target;         ///< as it stands on the request line
   std::string path;           ///< behind the prefix, as it stands on the request line, with "/" in front
+  std::string client;         ///< the address that it came from
   std::string host;           ///< the Host header, unchecked; may be empty
   std::string origin;         ///< the Origin header; may be empty
   std::string user;           ///< who asks; never empty behind the authentication

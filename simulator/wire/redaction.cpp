@@ -151,6 +151,9 @@ std::string ShownTarget(std::string_view target) {
   const auto mark = shown.find('?');
   std::string query = mark == std::string::npos ? std::string() : shown.substr(mark);
   if (mark != std::string::npos) shown.resize(mark);
+  // Whoever writes the path in escapes means the same one.
+  if (auto decoded = PercentDecode(shown); decoded && decoded->find(kUpload) != std::string::npos)
+    shown = std::move(*decoded);
   if (const auto upload = shown.find(kUpload);
       upload != std::string::npos && upload + kUpload.size() < shown.size())
     shown.replace(upload + kUpload.size(), std::string::npos, kHidden);

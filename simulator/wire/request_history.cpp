@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "simulator/wire/faults.h"
+#include "simulator/wire/redaction.h"
 
 namespace vantry_sim {
 namespace {
@@ -11,7 +12,8 @@ constexpr std::size_t kMostRequests = 10'000;
 constexpr std::size_t kMostBytes = 64 * 1024 * 1024;
 
 std::size_t SizeOf(const RememberedRequest& request) {
-  std::size_t size = sizeof request + request.target.size() + request.body.size();
+  std::size_t size = sizeof request + request.door.size() + request.client.size() + request.method.size() +
+                     request.target.size() + request.body.size() + request.user.size();
   for (const auto& [name, value] : request.headers) size += name.size() + value.size() + 64;
   return size;
 }
@@ -39,10 +41,19 @@ void RequestHistory::SetBody(std::uint64_t id, std::string shown, std::uint64_t 
   const std::lock_guard lock(mutex_);
   RememberedRequest* request = Entry(id);
   if (request == nullptr) return;
-  size_ += shown.size();
+  size_ += shown.size() - request->body.size();
   request->body = std::move(shown);
   request->body_size = size;
   Trim();
+}
+
+void RequestHistory::ShowBody(std::uint64_t id, std::string_view content_type, std::string_view body) {
+  std::string shown;
+  {
+    const std::lock_guard lock(showing_);
+    shown = ShownBody(content_type, body);
+  }
+  SetBody(id, std::move(shown), body.size());
 }
 
 void RequestHistory::Finish(std::uint64_t id, const Exchange& exchange, std::uint64_t fault) {
@@ -50,11 +61,13 @@ void RequestHistory::Finish(std::uint64_t id, const Exchange& exchange, std::uin
   RememberedRequest* request = Entry(id);
   if (request == nullptr) return;
   request->done = true;
+  size_ += exchange.user.size() - request->user.size();
   request->user = exchange.user;
   request->duration = exchange.duration;
   request->status = exchange.status;
   request->answer_bytes = exchange.body_bytes;
   request->fault = fault;
+  Trim();
   changed_.notify_all();
 }
 
@@ -64,7 +77,7 @@ std::vector<RememberedRequest> RequestHistory::Find(const RequestFilter& filter)
 }
 
 std::vector<RememberedRequest> RequestHistory::Wait(const RequestFilter& filter, std::size_t count,
-                                                    std::chrono::milliseconds time) {
+                                                    std::chrono::milliseconds time, std::uint64_t* mark) {
   std::unique_lock lock(mutex_);
   changed_.wait_for(lock, time, [&] {
     const auto there =
@@ -72,6 +85,8 @@ std::vector<RememberedRequest> RequestHistory::Wait(const RequestFilter& filter,
                       [&](const RememberedRequest& request) { return Means(filter, request); });
     return ending_ || static_cast<std::size_t>(there) >= count;
   });
+  // One that comes after this moment is neither among those found nor before the mark.
+  if (mark != nullptr) *mark = last_id_;
   return FindLocked(filter);
 }
 

@@ -57,13 +57,17 @@ class RequestHistory {
   /// The answer has gone out.
   void Finish(std::uint64_t id, const Exchange& exchange, std::uint64_t fault);
 
+  /// The same for a body that is shown without its secrets. What a JSON text says takes many times the memory
+  /// of its bytes, so bodies are looked at one at a time.
+  void ShowBody(std::uint64_t id, std::string_view content_type, std::string_view body);
+
   /// Those that the filter means, the oldest first.
   [[nodiscard]] std::vector<RememberedRequest> Find(const RequestFilter& filter) const;
 
   /// Waits until `count` requests that the filter means are there, or the time is over, or the server ends.
-  /// @return what was found
+  /// @return what was found. @param[out] mark the id of the latest request of that moment, if it is wanted
   std::vector<RememberedRequest> Wait(const RequestFilter& filter, std::size_t count,
-                                      std::chrono::milliseconds time);
+                                      std::chrono::milliseconds time, std::uint64_t* mark = nullptr);
 
   /// The id of the latest request; 0 before the first. Those that come later have greater ones.
   [[nodiscard]] std::uint64_t Mark() const;
@@ -79,6 +83,7 @@ class RequestHistory {
   [[nodiscard]] std::vector<RememberedRequest> FindLocked(const RequestFilter& filter) const;
   void Trim();
 
+  std::mutex showing_;  ///< held while one body is looked at
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<RememberedRequest> requests_;

@@ -1,6 +1,7 @@
 #include "simulator/wire/worker_threads.h"
 
 #include <chrono>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -26,8 +27,13 @@ void WorkerThreads::Run(std::function<void()> work) {
     changed_.notify_one();
     return;
   }
-  std::thread([this] { Loop(); }).detach();
-  ++threads_;
+  try {
+    std::thread([this] { Loop(); }).detach();
+    ++threads_;
+  } catch (const std::system_error&) {
+    // The system grants no more threads. The work waits for one of those that there are.
+    if (threads_ == 0) throw;
+  }
 }
 
 void WorkerThreads::Loop() {

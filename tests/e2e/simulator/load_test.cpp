@@ -169,5 +169,65 @@ TEST_F(UnderLoad, LongBodiesTogetherHaveABound) {
   ADD_FAILURE() << "there is no room for a short body";
 }
 
+/// A list of 7 MB, more than the system takes for a connection. No other number has the same answer.
+std::string LongList(int number) {
+  return "/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments?$top=" + std::to_string(39'000 + number);
+}
+
+TEST_F(UnderLoad, LongAnswersThatNobodyReadsHaveABound) {
+  Process process({"--port", "0", "--data", (directory_ / "data").string(), "--seed", "bulk:40000",
+                   "--page-size", "40000"});
+  const int port = process.ReadyPort();
+  ASSERT_GT(port, 0);
+  Clients clients;
+  constexpr int kClients = 36;
+  for (int i = 0; i < kClients; ++i) {
+    clients.push_back(std::make_unique<RawClient>(port));
+    clients.back()->ReceiveLittle();
+    clients.back()->Send("GET " + LongList(i) + " HTTP/1.1\r\nHost: h\r\n\r\n");
+  }
+  int given = 0, refused = 0;
+  for (const auto& client : clients) {
+    const int status = client->Read(30'000, true).status;
+    given += status == 200 ? 1 : 0;
+    refused += status == 503 ? 1 : 0;
+  }
+  std::printf("%d given, %d refused\n", given, refused);
+  EXPECT_EQ(given + refused, kClients);
+  EXPECT_GT(given, 0);
+  EXPECT_GT(refused, 0);
+  // A quarter is left for others.
+  EXPECT_EQ(RawClient(port, "127.0.0.2").Get(LongList(kClients)).status, 200);
+  // What is held, and what the allocator keeps of the making of those that were refused.
+  ExpectMemory(process, 600);
+  clients.clear();
+  for (int tries = 0; tries < 100; ++tries) {
+    if (RawClient(port).Get(LongList(kClients + 1 + tries)).status == 200) return;
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  ADD_FAILURE() << "there is no room for one answer";
+}
+
+TEST_F(UnderLoad, BodiesOfManyValuesTakeTheirMemoryOneAtATime) {
+  Process process(Arguments());
+  const int port = process.ReadyPort();
+  ASSERT_GT(port, 0);
+  // Four million values are as many as are read, and each takes twenty times its two bytes.
+  std::string body = "[0";
+  for (int i = 1; i < 4'000'000 - 1; ++i) body += ",0";
+  body += "]";
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 6; ++i) {
+    threads.emplace_back([&] {
+      EXPECT_EQ(RawClient(port)
+                    .Post("/servlet/rest/v1/dkm/documents", "Content-Type: application/json\r\n", body)
+                    .status,
+                403);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  ExpectMemory(process, 600);
+}
+
 }  // namespace
 }  // namespace vantry_sim

@@ -220,6 +220,7 @@ TEST_F(AdminTest, SessionsAreToldWithoutTheirCookiesAndEnded) {
   ASSERT_EQ(list["sessions"].Size(), 2U);
   EXPECT_EQ(list["sessions"][0].MemberCount(), 4U);
   EXPECT_STREQ(list["sessions"][1]["user"].GetString(), "bruno");
+  EXPECT_EQ(AdminOutcome("DELETE", "/sessions/1x"), "404 no-such-session");
   EXPECT_EQ(AdminOutcome("DELETE", "/sessions/1"), "204");
   EXPECT_EQ(AdminOutcome("DELETE", "/sessions/1"), "404 no-such-session");
   EXPECT_EQ(AdminOutcome("DELETE", "/sessions"), "204");

@@ -69,6 +69,76 @@ TEST(AnswerCache, LongBodiesAreSharedAndMemoryIsBounded) {
   EXPECT_FALSE(cache.Find(Ask("/huge"), {}));
 }
 
+TEST(AnswerMemory, OneClientGetsThreeQuartersAndOthersTheRest) {
+  AnswerMemory memory(100);
+  const auto hold = [&](std::size_t size, const char* client) {
+    std::string body(size, 'x');
+    return memory.Hold(body, client);
+  };
+  auto first = hold(50, "a");
+  const auto second = hold(25, "a");
+  ASSERT_TRUE(first && second);
+  EXPECT_FALSE(hold(1, "a"));
+  const auto other = hold(25, "b");
+  EXPECT_TRUE(other);
+  EXPECT_FALSE(hold(1, "b"));
+  // One that two read is there until both have.
+  auto again = first;
+  first.reset();
+  EXPECT_FALSE(hold(1, "a"));
+  again.reset();
+  EXPECT_TRUE(hold(50, "a"));
+}
+
+TEST(AnswerMemory, FirstAnswerIsTakenWhateverItsLengthAndARefusedOneIsLeftAlone) {
+  AnswerMemory memory(100);
+  std::string body(1000, 'x');
+  const auto long_one = memory.Hold(body, "a");
+  ASSERT_TRUE(long_one);
+  EXPECT_EQ(long_one->size(), 1000U);
+  body = "short";
+  EXPECT_FALSE(memory.Hold(body, "b"));
+  EXPECT_EQ(body, "short");
+}
+
+TEST(AnswerCache, AnswersThatAreReadHaveABoundTogether) {
+  AnswerCache cache;
+  std::vector<Response> read;
+  for (int i = 0; i < 10; ++i) {
+    read.push_back(Answer(std::string(40 << 20, 'x')));
+    cache.Keep(Ask("/" + std::to_string(i)), read.back());
+  }
+  // One client's part of 256 MiB holds four of 40 MiB.
+  for (int i = 0; i < 10; ++i) EXPECT_EQ(read[i].status, i < 4 ? 200 : 503) << i;
+  EXPECT_EQ(read[4].body.find("xxx"), std::string::npos);
+  Request elsewhere = Ask("/elsewhere");
+  elsewhere.client = "127.0.0.2";
+  Response other = Answer(std::string(40 << 20, 'x'));
+  cache.Keep(elsewhere, other);
+  EXPECT_EQ(other.status, 200);
+  read.clear();
+  Response later = Answer(std::string(40 << 20, 'x'));
+  cache.Keep(Ask("/later"), later);
+  EXPECT_EQ(later.status, 200);
+}
+
+TEST(AnswerCache, WhatIsOnlyKeptMakesRoomForWhatIsRead) {
+  AnswerCache cache;
+  std::vector<Response> read;
+  for (int i = 0; i < 3; ++i) {
+    read.push_back(Answer(std::string(50 << 20, 'x')));
+    cache.Keep(Ask("/" + std::to_string(i)), read.back());
+  }
+  Response kept = Answer(std::string(30 << 20, 'x'));
+  cache.Keep(Ask("/kept"), kept);
+  kept = {};
+  ASSERT_TRUE(cache.Find(Ask("/kept"), {}));
+  read.push_back(Answer(std::string(40 << 20, 'x')));
+  cache.Keep(Ask("/more"), read.back());
+  EXPECT_EQ(read.back().status, 200);
+  EXPECT_FALSE(cache.Find(Ask("/kept"), {}));
+}
+
 TEST_F(AdminTest, ReadsSeeEveryWriteWhoeverMadeIt) {
   const std::string target = "/servlet/rest/v1/dkm/documents/D1001";
   const auto paint = [&] {

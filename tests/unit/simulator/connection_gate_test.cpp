@@ -53,6 +53,37 @@ TEST_F(ConnectionGateTest, HeadThatComesByteByByteIsServed) {
   EXPECT_EQ(client.Read().status, 200);
 }
 
+TEST_F(ConnectionGateTest, RefusedClientThatSendsOnIsLeftInTheEnd) {
+  RawClient client(Serve());
+  client.Send("GET /x HTTP/1.1\r\nHost: h\r\nContent-Length: 100000000\r\n\r\n");
+  EXPECT_EQ(client.Read().status, 400);
+  // It is never silent for as long as the server waits for a silent one.
+  bool closed = false;
+  for (int i = 0; i < 100 && !closed; ++i) {
+    client.Send("x");
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    closed = client.WasReset();
+  }
+  EXPECT_TRUE(closed);
+}
+
+TEST_F(ConnectionGateTest, BodyThatTricklesIsRefusedAndOneThatFlowsIsNot) {
+  limits_.body = std::chrono::milliseconds(300);
+  const int port = Serve();
+  RawClient slow(port), quick(port);
+  const std::string head = "POST /servlet/rest/v1/dkm/documents HTTP/1.1\r\nHost: h\r\nContent-Length: ";
+  slow.Send(head + "100\r\n\r\n");
+  quick.Send(head + "11000\r\n\r\n" + std::string(1000, 'x'));
+  // A byte each time for the one and a kilobyte for the other, and never a silence.
+  for (int i = 0; i < 10; ++i) {
+    slow.Send("x");
+    quick.Send(std::string(1000, 'x'));
+    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+  }
+  EXPECT_EQ(slow.Read().status, 400);
+  EXPECT_EQ(quick.Read().status, 403);
+}
+
 TEST_F(ConnectionGateTest, HalfSentHeadsKeepNobodyWaiting) {
   // Far more of them than requests that may be served at a time.
   limits_.at_work = 4;

@@ -410,6 +410,49 @@ TEST_F(HttpServerTest, HistoryRemembersRequestsWithoutTheirSecrets) {
   }
 }
 
+TEST_F(HttpServerTest, AdminPortGivesNothingToPagesOfOtherServers) {
+  options_.admin_port = 0;
+  Serve();
+  const auto status = [&](const std::string& lines) {
+    RawClient client(server_->admin_port());
+    client.Send("GET /status HTTP/1.1\r\nHost: 127.0.0.1\r\n" + lines + "\r\n");
+    return client.Read().status;
+  };
+  EXPECT_EQ(status(""), 200);
+  EXPECT_EQ(status("Sec-Fetch-Site: none\r\nSec-Fetch-Mode: navigate\r\n"), 200);
+  EXPECT_EQ(status("Sec-Fetch-Site: same-origin\r\nSec-Fetch-Mode: cors\r\n"), 200);
+  EXPECT_EQ(status("Sec-Fetch-Site: cross-site\r\nSec-Fetch-Mode: navigate\r\n"), 200);
+  EXPECT_EQ(status("Sec-Fetch-Site: cross-site\r\nSec-Fetch-Mode: no-cors\r\n"), 403);
+  // A page of another port of this machine.
+  EXPECT_EQ(status("Sec-Fetch-Site: same-site\r\nSec-Fetch-Mode: no-cors\r\n"), 403);
+  EXPECT_EQ(status("Origin: http://evil.example\r\n"), 403);
+}
+
+TEST_F(HttpServerTest, OnePortOfAClientMaySpeakToSeveralAddressesAtATime) {
+  options_.bind_address = "0.0.0.0";
+  const int port = Serve();
+  RawClient first(port);
+  first.Send("POST /servlet/rest/v1/dkm/documents HTTP/1.1\r\nHost: h\r\nContent-Length: 2\r\n\r\n{");
+  // The server is at work on it once it is remembered.
+  for (int tries = 0; tries < 200 && simulator_->history().Mark() == 0; ++tries)
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  RawClient second(port, "127.0.0.1", "127.0.0.2", first.OwnPort());
+  EXPECT_EQ(second.Get("/servlet/OrvetGW").status, 200);
+  first.Send("}");
+  // A write without a nonce.
+  EXPECT_EQ(first.Read().status, 403);
+}
+
+TEST_F(HttpServerTest, StatusWithoutABodyLeavesTheConnectionInOrder) {
+  for (const char* rule : {"GET /a=204", "GET /b=205", "GET /c=304", "GET /d=status:304:x"}) Fault(rule);
+  RawClient client(Serve());
+  for (const char* target : {"/a", "/b", "/c", "/d"}) {
+    client.Send(std::string("GET ") + target + " HTTP/1.1\r\nHost: h\r\n\r\n");
+    EXPECT_GT(client.Read(10'000, true).status, 200) << target;
+    EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200) << target;
+  }
+}
+
 TEST_F(HttpServerTest, LogTellsWhatWentOverTheWire) {
   Fault("GET *streams/10090*=cut:1000");
   const int port = Serve();

@@ -13,25 +13,42 @@
 
 namespace vantry_sim {
 
-RawClient::RawClient(int port, const std::string& from)
+RawClient::RawClient(int port, const std::string& from, const std::string& to, int own_port)
     : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   sockaddr_in own = address;
   inet_pton(AF_INET, from.c_str(), &own.sin_addr);
+  own.sin_port = htons(static_cast<std::uint16_t>(own_port));
+  const int on = 1;
+  // Two connections may come from one port where they go to different addresses, and both allow it. A port
+  // that the system picks is one of its own.
+  if (own_port != 0) setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
   if (bind(socket_, reinterpret_cast<sockaddr*>(&own), sizeof own) != 0)
     throw std::runtime_error("cannot bind");
+  setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
   address.sin_port = htons(static_cast<std::uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  inet_pton(AF_INET, to.c_str(), &address.sin_addr);
   if (connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
     throw std::runtime_error("cannot connect");
   }
-  const int on = 1;
   setsockopt(socket_, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
 }
 
 RawClient::~RawClient() {
   close(socket_);
+}
+
+int RawClient::OwnPort() const {
+  sockaddr_in own{};
+  socklen_t length = sizeof own;
+  getsockname(socket_, reinterpret_cast<sockaddr*>(&own), &length);
+  return ntohs(own.sin_port);
+}
+
+bool RawClient::WasReset() const {
+  pollfd entry{socket_, 0, 0};
+  return poll(&entry, 1, 0) > 0 && (entry.revents & (POLLERR | POLLHUP)) != 0;
 }
 
 void RawClient::ReceiveLittle() {

@@ -18,10 +18,15 @@ struct RawAnswer {
 class RawClient {
  public:
   /// @param from the address of this machine that it comes from, all of 127.0.0.0/8
-  explicit RawClient(int port, const std::string& from = "127.0.0.1");
+  /// @param to the same, that it connects to. @param own_port that it comes from; 0: any
+  explicit RawClient(int port, const std::string& from = "127.0.0.1", const std::string& to = "127.0.0.1",
+                     int own_port = 0);
   RawClient(const RawClient&) = delete;
   RawClient& operator=(const RawClient&) = delete;
   ~RawClient();
+
+  /// The port that it comes from.
+  int OwnPort() const;
 
   /// Lets the system hold no more than a few kilobytes of what was not read yet.
   void ReceiveLittle();
@@ -34,6 +39,8 @@ class RawClient {
   RawAnswer Post(const std::string& target, const std::string& header_lines, const std::string& body);
   /// Reads one answer. A silence of `milliseconds` ends it as incomplete.
   RawAnswer Read(int milliseconds = 10'000, bool head_only = false);
+  /// Whether what was sent came to a socket that the server has closed for both ways.
+  bool WasReset() const;
   /// Whether the server has closed, waiting for it up to `milliseconds`.
   bool ClosedByServer(int milliseconds = 10'000);
 

@@ -4,6 +4,8 @@
 
 #include <thread>
 
+#include "simulator/wire/redaction.h"
+
 namespace vantry_sim {
 namespace {
 
@@ -70,6 +72,48 @@ TEST(RequestHistory, KeepsTheLatestWithinItsBounds) {
   EXPECT_EQ(history.Find({.pattern = "/b", .arrived = true}).size(), 3U);
   // What was forgotten is not missed.
   Finish(history, 1, 200);
+}
+
+TEST(RequestHistory, CountsEveryTextOfARequest) {
+  const std::string text(20 << 20, 'x');
+  RequestHistory methods;
+  for (int i = 0; i < 5; ++i) Begin(methods, text, "/a");
+  EXPECT_EQ(methods.Find({.arrived = true}).size(), 3U);
+  RequestHistory users;
+  Exchange exchange;
+  exchange.user = text;
+  for (int i = 0; i < 5; ++i) users.Finish(Begin(users, "GET", "/a"), exchange, 0);
+  EXPECT_EQ(users.Find({}).size(), 3U);
+}
+
+TEST(RequestHistory, MarkIsOfTheMomentInWhichTheRequestsWereFound) {
+  RequestHistory history;
+  std::thread client([&] {
+    for (int i = 0; i < 5000; ++i) Finish(history, Begin(history, "GET", "/a"), 200);
+  });
+  std::uint64_t mark = 0;
+  do {
+    const auto found = history.Wait({.arrived = true}, 0, std::chrono::milliseconds(0), &mark);
+    EXPECT_EQ(found.empty() ? 0 : found.back().id, mark);
+  } while (mark < 5000);
+  client.join();
+}
+
+TEST(Redaction, TokenOfAnUploadIsHiddenHoweverThePathIsWritten) {
+  const std::string shown = "/servlet/content/upload/(hidden)";
+  for (const char* target : {"/servlet/content/upload/t0ken", "/servlet/content/%75pload/t0ken",
+                             "/servlet%2Fcontent/upload%2ft0ken", "/servlet/content/upload/t%30ken/x"})
+    EXPECT_EQ(ShownTarget(target), shown);
+  EXPECT_EQ(ShownTarget("/servlet/x%20y?path=%2F"), "/servlet/x%20y?path=%2F");
+}
+
+TEST(RequestHistory, BodyIsShownWithoutItsSecrets) {
+  RequestHistory history;
+  const auto id = Begin(history, "POST", "/a");
+  history.ShowBody(id, "application/json", R"({"name":"n","password":"p"})");
+  Finish(history, id, 200);
+  EXPECT_EQ(history.Find({}).at(0).body, R"x({"name":"n","password":"(hidden)"})x");
+  EXPECT_EQ(history.Find({}).at(0).body_size, 27U);
 }
 
 }  // namespace
