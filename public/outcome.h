@@ -23,8 +23,9 @@
 ///   if (!cause) return false;
 ///   std::fprintf(stderr, "%s: %s", cause->step.c_str(), VtDirectManager::FailureKindText(cause->kind));
 ///   if (cause->httpStatus != 0) std::fprintf(stderr, " (HTTP %d)", cause->httpStatus);
-///   if (cause->kind == VtDirectManager::FailureKind::CredentialsWanted) std::fputs(", log in again",
-///   stderr); std::fputs("\n", stderr); return false;
+///   if (cause->kind == VtDirectManager::FailureKind::CredentialsWanted) std::fputs(", log in again", stderr);
+///   std::fputs("\n", stderr);
+///   return false;
 /// }
 /// ```
 namespace VtDirectManager {
@@ -102,9 +103,12 @@ struct Failure {
 /// Cost: where no object is on the stack, one look at a variable of the thread for each step and failure.
 class VTDIRECT_API Outcome {
  public:
+  /// How many entries are kept.
   static constexpr std::size_t maximumEntries = 64;
 
+  /// Collects from now on.
   Outcome();
+  /// Ends it; tasks that still run report to nobody here.
   ~Outcome();
   Outcome(const Outcome&) = delete;
   Outcome(Outcome&&) = delete;
@@ -123,6 +127,7 @@ class VTDIRECT_API Outcome {
   /// Whether any collected request may have been carried out although it failed.
   [[nodiscard]] bool MayHaveHappened() const;
 
+  /// Whether nothing has been collected.
   [[nodiscard]] bool Empty() const;
   /// How many entries went for want of room, out of the middle.
   [[nodiscard]] std::size_t Dropped() const;

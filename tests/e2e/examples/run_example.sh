@@ -146,14 +146,18 @@ check_reasons() {
   run 0 "$url" '//plm/?id=D1001'
   prints 'nothing is wrong'
   run 1 "$url" '//plm/?id=D9999'
-  prints 'there is no such document'
-  prints_like '^  .'
+  prints_like ': not found$'
+  prints '  HTTP 404'
+  prints '  there is no such document'
+  # A document without a content.
   run 1 "$url" '//plm/?id=D1011'
-  prints 'the document is there, and its content could not be fetched'
+  prints_like ': not found$'
   kill "$server" && wait "$server" || true
   server=
   run 1 "$url" '//plm/?id=D1001'
-  prints "no server answers at $url"
+  prints_like ': unreachable$'
+  prints_like "^  at $url"
+  prints '  see whether the server runs'
 }
 
 check_own_platform() {
