@@ -30,7 +30,7 @@ class InterruptionReport {
   Host& host_;
   std::string command_;
   std::mutex mutex_;
-  std::string line_;
+  std::string whatStands_;
   CleanUp atTheEnd_;
 };
 

@@ -55,7 +55,9 @@ void BoundTheFolderScan() {
   StartTraceLog(TraceLevels(arguments), std::cerr);
   Host host(output);
   if (const auto failure = host.SetUp(command, arguments)) return output.Fail(*failure);
-  return command.run(host, arguments);
+  const ExitCode code = command.run(host, arguments);
+  if (code == ExitCode::Ok) host.TellCredentialsAccepted();
+  return code;
 }
 
 [[nodiscard]] int Finish(Output& output, ExitCode code) {

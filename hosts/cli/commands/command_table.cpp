@@ -81,6 +81,8 @@ std::span<const OptionRow> GlobalOptions() {
        "Longest time in which no byte moves. Unless given: 60, but 300 for an answer to begin, and 900 after "
        "a "
        "file was sent."},
+      {"max-time", 0, "SECONDS", false, Completion::Nothing,
+       "End the command when so many seconds have passed, however far it has come."},
       {"trace", 0, "LEVELS", false, Completion::Nothing,
        "Show the library's trace on standard error: digits of 0 information, 1 misses, 2 warnings, 3 "
        "errors."},
