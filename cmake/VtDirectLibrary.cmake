@@ -68,7 +68,7 @@ endif()
 
 # What a host in this tree sees is what it sees after an install: the installed headers and nothing else.
 set(VTDIRECT_STAGED_HEADERS ${PROJECT_BINARY_DIR}/include)
-set(VTDIRECT_PUBLIC_HEADERS public/vt_direct_manager.h public/vt_direct_utils.h)
+set(VTDIRECT_PUBLIC_HEADERS public/vt_direct_manager.h public/vt_direct_utils.h public/outcome.h)
 file(GLOB VTDIRECT_PLATFORM_HEADERS CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
      ${PROJECT_SOURCE_DIR}/platform/*.h)
 foreach(header IN LISTS VTDIRECT_PUBLIC_HEADERS)

@@ -1,0 +1,30 @@
+#include "base/failure_step.h"
+
+#include "base/failure_thread.h"
+
+namespace lxservices::cms_interface {
+
+FailureStep::FailureStep(const char* words) noexcept : before_(ThisFailureThread().step) {
+  FailureThread& thread = ThisFailureThread();
+  if (thread.innermost != nullptr) thread.step = words;
+}
+
+FailureStep::~FailureStep() {
+  ThisFailureThread().step = before_;
+}
+
+FailureMark::FailureMark() noexcept : count_(ThisFailureThread().reports) {}
+
+bool FailureMark::ReportedSince() const noexcept {
+  return ThisFailureThread().reports != count_;
+}
+
+Reason Follows() noexcept {
+  return {ThisFailureThread().lastKind, true};
+}
+
+Reason FollowsOr(const FailureMark& mark, FailureKind kind) noexcept {
+  return mark.ReportedSince() ? Follows() : Reason{kind, false};
+}
+
+}  // namespace lxservices::cms_interface

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/failure.h"
+
+/// What a thread is doing, for the failures that it reports.
+namespace lxservices::cms_interface {
+
+/// Names the step that runs until the object goes; then the step around it counts again. Does nothing when
+/// nobody collects on this thread.
+class FailureStep {
+ public:
+  /// @param words  a literal: "check out", "fetch the nonce"
+  explicit FailureStep(const char* words) noexcept;
+  ~FailureStep();
+  FailureStep(const FailureStep&) = delete;
+  FailureStep& operator=(const FailureStep&) = delete;
+
+ private:
+  const char* before_;
+};
+
+/// Remembers how far this thread has reported, to tell later whether it has reported since.
+class FailureMark {
+ public:
+  FailureMark() noexcept;
+  [[nodiscard]] bool ReportedSince() const noexcept;
+
+ private:
+  std::uint64_t count_;
+};
+
+/// Why something failed, where the step and the rest are known already.
+struct Reason {
+  FailureKind kind = FailureKind::Refused;
+  bool follows = false;
+};
+
+/// The reason of what only follows from the failure that this thread reported last.
+[[nodiscard]] Reason Follows() noexcept;
+
+/// The reason of what follows from a failure since the mark; without one, a reason of its own.
+[[nodiscard]] Reason FollowsOr(const FailureMark& mark, FailureKind kind) noexcept;
+
+}  // namespace lxservices::cms_interface

@@ -1,0 +1,106 @@
+#include "public/outcome.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "base/failure_log.h"
+
+namespace VtDirectManager {
+
+using lxservices::cms_interface::FailureListener;
+using lxservices::cms_interface::FailureLog;
+
+static_assert(Outcome::maximumEntries == FailureLog::maximumEntries);
+static_assert(static_cast<int>(FailureKind::Cancelled) ==
+              static_cast<int>(lxservices::cms_interface::FailureKind::Cancelled));
+
+namespace {
+
+Failure ForHost(lxservices::cms_interface::Failure failure) {
+  return {static_cast<FailureKind>(failure.kind),
+          std::move(failure.step),
+          failure.httpStatus,
+          failure.platformError,
+          std::move(failure.serverText),
+          std::move(failure.url),
+          failure.mayHaveHappened,
+          failure.follows};
+}
+
+}  // namespace
+
+const char* FailureKindText(FailureKind kind) noexcept {
+  switch (kind) {
+    case FailureKind::NotFound:
+      return "not found";
+    case FailureKind::Ambiguous:
+      return "ambiguous";
+    case FailureKind::CredentialsWanted:
+      return "credentials wanted";
+    case FailureKind::Refused:
+      return "refused";
+    case FailureKind::Unreachable:
+      return "unreachable";
+    case FailureKind::TimedOut:
+      return "timed out";
+    case FailureKind::AnswerBroken:
+      return "answer broken";
+    case FailureKind::UnsupportedServer:
+      return "unsupported server";
+    case FailureKind::ServiceMissing:
+      return "service missing";
+    case FailureKind::Conflict:
+      return "conflict";
+    case FailureKind::TooLarge:
+      return "too large";
+    case FailureKind::LocalFile:
+      return "local file";
+    case FailureKind::Cancelled:
+      return "cancelled";
+  }
+  return "unknown";
+}
+
+struct Outcome::State {
+  std::shared_ptr<FailureLog> log = std::make_shared<FailureLog>();
+  FailureListener listener{log};
+};
+
+Outcome::Outcome() : state_(std::make_unique<State>()) {}
+
+Outcome::~Outcome() = default;
+
+std::vector<Failure> Outcome::Entries() const {
+  std::vector<Failure> entries;
+  for (auto& failure : state_->log->Entries()) entries.push_back(ForHost(std::move(failure)));
+  return entries;
+}
+
+std::optional<Failure> Outcome::Cause() const {
+  const std::vector<Failure> entries = Entries();
+  if (entries.empty()) return std::nullopt;
+  const auto cause =
+      std::find_if(entries.rbegin(), entries.rend(), [](const Failure& failure) { return !failure.follows; });
+  return cause != entries.rend() ? *cause : entries.front();
+}
+
+bool Outcome::MayHaveHappened() const {
+  const std::vector<Failure> entries = Entries();
+  return std::any_of(entries.begin(), entries.end(),
+                     [](const Failure& failure) { return failure.mayHaveHappened; });
+}
+
+bool Outcome::Empty() const {
+  return state_->log->Entries().empty();
+}
+
+std::size_t Outcome::Dropped() const {
+  return state_->log->Dropped();
+}
+
+void Outcome::Clear() {
+  state_->log->Clear();
+}
+
+}  // namespace VtDirectManager
