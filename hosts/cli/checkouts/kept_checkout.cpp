@@ -132,6 +132,12 @@ std::string ByOwnId(const std::string& uid) {
   return std::string(uid).replace(id.start, id.length, id.field[2] + "|" + id.field[1]);
 }
 
+std::string ByDocumentId(const std::string& uid) {
+  if (!IsTemporaryCopy(uid)) return uid;
+  const IdFields id = FieldsOf(uid);
+  return std::string(uid).replace(id.start, id.length, id.field[0]);
+}
+
 bool HasWorkspace(const std::string& uid) {
   return !FieldsOf(uid).field[1].empty();
 }

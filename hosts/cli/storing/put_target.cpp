@@ -87,7 +87,7 @@ using VtDirectManager::VtCheckoutStatus;
 // What was kept is no checkout any more: it was checked in or undone by other means.
 [[nodiscard]] Failure LostCheckout(const PutTarget& target) {
   return Unsent("the checkout " + target.address + " that is kept here does not stand any more",
-                CommandToType("verify", target.address) + " tells what stands, and renews it if it can");
+                CommandToType("verify", target.address) + " tells what stands");
 }
 
 [[nodiscard]] std::optional<Failure> SettleByStatus(Host& host, VtCheckoutStatus status,
