@@ -26,10 +26,14 @@ std::string TypeClassOf(const std::string& id) {
 bool ReadContextRows(ServerContext& server, ContextKind kind, std::vector<RestItem>& rows) {
   const char* word = RestWordOf(kind);
   if (word != nullptr) return ListContextsByKind(server, word, rows, nullptr);
-  return ReadRestItems(server.http(), contextsPath, rows, true, nullptr);
+  return ListAllContexts(server, rows);
 }
 
 }  // namespace
+
+bool ListAllContexts(ServerContext& server, std::vector<RestItem>& rows) {
+  return ReadRestItems(server.http(), contextsPath, rows, true, nullptr);
+}
 
 bool ListContextsByKind(ServerContext& server, const char* word, std::vector<RestItem>& rows,
                         Status* status) {

@@ -20,6 +20,10 @@ struct ContextRecord {
   std::string organization;
 };
 
+/// Appends the contexts of every kind by REST. One GET.
+/// @return whether the HTTP status was in 200 to 299
+[[nodiscard]] bool ListAllContexts(ServerContext& server, std::vector<RestItem>& rows);
+
 /// Appends the contexts of a kind by REST. One GET.
 /// @param word    the REST word of the kind
 /// @param status  may be null; set as by ReadRestItems

@@ -64,6 +64,15 @@ std::optional<std::string> QueryParameter(const std::string& text, std::string_v
   }
 }
 
+std::optional<std::string> PlainNameInUid(const std::string& uid) {
+  const auto value = QueryParameter(uid, "file");
+  if (!value || value->empty()) return std::nullopt;
+  const bool hasSlash = value->size() >= 2 && value->front() == '/';
+  std::string plain;
+  du::URI_Unescape(&plain, 0, hasSlash ? value->substr(1) : *value);
+  return plain;
+}
+
 std::string MakeUid(const std::string& base, const std::string& id, const char* plainName,
                     const char* extra) {
   std::string uid = base + "?id=" + id;

@@ -23,6 +23,9 @@ struct UidParts {
 /// The value of a parameter of the query, not decoded; the first of that name counts.
 [[nodiscard]] std::optional<std::string> QueryParameter(const std::string& text, std::string_view name);
 
+/// The file name in a UID, plain; nothing when there is none or it is empty.
+[[nodiscard]] std::optional<std::string> PlainNameInUid(const std::string& uid);
+
 /// Builds a UID.
 /// @param plainName  file name, not escaped; null or empty writes no file parameter
 /// @param extra      further parameters, put in as they stand; may be null or empty

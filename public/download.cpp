@@ -1,3 +1,5 @@
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include "base/text.h"
@@ -22,6 +24,18 @@ bool DownloadTarget(const PathTarget& target, const char* localPath, FileInfo& i
   return target.server->GetFile(id.c_str(), TextOrEmpty(localPath), info, std::move(progress));
 }
 
+// Whether the local file is as long as the server's record of the content. A length that nobody can tell, of
+// a pipe or in a record without one, is not compared.
+bool HasSizeOf(const FileInfo& info, const char* localPath) {
+  std::error_code error;
+  if (!info.downloadSize || !std::filesystem::is_regular_file(localPath, error)) return true;
+  const std::uintmax_t length = std::filesystem::file_size(localPath, error);
+  if (error || length == *info.downloadSize) return true;
+  VtDirectTracer()(dp::TraceType::Error) << "Downloaded " << length << " bytes of a document of "
+                                         << *info.downloadSize << " bytes to " << localPath << "\n";
+  return false;
+}
+
 // Opaque to hosts; never parsed here.
 std::string CacheKeyOf(FileServer& server, const SourceEntry& source) {
   return "_lxvdccache:" + EscapeForUrl(server.GetServerKey()) + "://" + EscapeForUrl(source.key) + "&file=/" +
@@ -32,10 +46,16 @@ std::string CacheKeyOf(FileServer& server, const SourceEntry& source) {
 
 bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCallback status,
              ProgressCallback progress) {
+  return GetFile(path, localPath, uid, DownloadOptions{std::move(status), std::move(progress), false});
+}
+
+bool GetFile(const char* path, const char* localPath, std::string& uid, const DownloadOptions& options) {
+  const StatusCallback& status = options.status;
   if (path != nullptr) VtDirectTracer()(dp::TraceType::Information, "Downloading %s\n", path);
   const PathTarget target = ResolveTarget(path, status, 0);
   FileInfo info;
-  if (target.server != nullptr && DownloadTarget(target, localPath, info, std::move(progress))) {
+  if (target.server != nullptr && DownloadTarget(target, localPath, info, options.progress) &&
+      (!options.compareSize || HasSizeOf(info, TextOrEmpty(localPath)))) {
     std::string result = UidOfInfo(*target.server, info, nullptr);
     VtDirectTracer()(dp::TraceType::Information, "Downloading %s succeeded\n", path);
     uid = std::move(result);  // the path is not looked at any more: a host may have handed in this very text
@@ -50,13 +70,16 @@ bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCa
 }
 
 bool GetFileAsync(const char* path, const char* localPath, StatusCallback status, ProgressCallback progress) {
+  return GetFileAsync(path, localPath, DownloadOptions{std::move(status), std::move(progress), false});
+}
+
+bool GetFileAsync(const char* path, const char* localPath, const DownloadOptions& options) {
   // The target is dropped: the task resolves the path afresh, since the server may be gone by then.
-  if (ResolveTarget(path, status, ResolveProbe).server == nullptr) return false;
-  return RunTask(
-      [path = std::string(path), localPath = std::string(TextOrEmpty(localPath)), status, progress] {
-        std::string uid;
-        GetFile(path.c_str(), localPath.c_str(), uid, status, progress);
-      });
+  if (ResolveTarget(path, options.status, ResolveProbe).server == nullptr) return false;
+  return RunTask([path = std::string(path), localPath = std::string(TextOrEmpty(localPath)), options] {
+    std::string uid;
+    (void)GetFile(path.c_str(), localPath.c_str(), uid, options);
+  });
 }
 
 bool GetFileDownloadURL(const char* path, std::string& url, std::string* cacheKey) {
@@ -73,6 +96,13 @@ bool GetFileDownloadURL(const char* path, std::string& url, std::string* cacheKe
   url = contents.front().url;
   if (cacheKey != nullptr) *cacheKey = CacheKeyOf(*target.server, contents.front());
   return true;
+}
+
+std::optional<std::uint64_t> GetContentSize(const char* path) {
+  const FileTarget target = ResolveFileTarget(path, {}, 0);
+  FileInfo info;
+  if (target.server == nullptr || target.server->GetFileInfo(target.id.c_str(), info) != Ok) return {};
+  return info.downloadSize;
 }
 
 }  // namespace VtDirectManager

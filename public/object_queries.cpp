@@ -16,12 +16,8 @@ namespace {
 
 // The name in a UID's file parameter, escaped as in a path; nothing when the parameter is absent or empty.
 std::optional<std::string> NameInUid(const char* uid) {
-  const auto value = QueryParameter(uid, "file");
-  if (!value || value->empty()) return std::nullopt;
-  const bool hasSlash = value->size() >= 2 && value->front() == '/';
-  std::string plain;
-  du::URI_Unescape(&plain, 0, hasSlash ? value->substr(1) : *value);
-  return EscapeFileName(plain);
+  const auto plain = PlainNameInUid(uid);
+  return plain ? std::optional(EscapeFileName(*plain)) : std::nullopt;
 }
 
 // The last segment of a VFS path without its version; nothing for a path without "/".

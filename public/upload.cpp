@@ -20,6 +20,23 @@ UploadRequest PlainRequest(FileType kind, const char* path, const char* mainPath
   return {kind, path, mainPath, "", language, nullptr, checkIn, false};
 }
 
+// A plain document is checked in only when asked to, and a Fenlet document in a temporary workspace always.
+UploadRequest StoreRequest(const char* path, const char* mainPath, const StoreOptions& options) {
+  const bool isFenlet = options.kind != FileTypeGeneral && options.kind != FileTypeUgc;
+  UploadRequest request =
+      PlainRequest(options.kind, path, mainPath, options.language, options.checkIn == CheckInWish::CheckIn);
+  request.autoCheckIn = isFenlet && options.checkIn == CheckInWish::ByAddress;
+  if (isFenlet) request.viewablePath = options.viewablePath;
+  if (isFenlet) request.sourceLinks = options.sourceLinks;
+  return request;
+}
+
+bool PrepareStore(const char* path, const char* mainPath, const StoreOptions& options, UploadJob& job) {
+  if (!PrepareUpload(StoreRequest(path, mainPath, options), options.status, job)) return false;
+  if (job.kind == DocumentKind::Fenlet && options.vcsPath != nullptr) job.vcsPath = options.vcsPath;
+  return true;
+}
+
 bool UploadNow(const UploadRequest& request, const StatusCallback& status, const ProgressCallback& progress) {
   UploadJob job;
   return PrepareUpload(request, status, job) && RunUploadJob(job, status, progress);
@@ -65,6 +82,16 @@ bool UploadFenletAsync(const char* path, const char* mainPath, const UploadFenle
   if (!PrepareUpload(request, status, job)) return false;
   if (params.vcsPath != nullptr) job.vcsPath = params.vcsPath;
   return PostUploadJob(job, status, progress);
+}
+
+bool Store(const char* path, const char* mainPath, const StoreOptions& options) {
+  UploadJob job;
+  return PrepareStore(path, mainPath, options, job) && RunUploadJob(job, options.status, options.progress);
+}
+
+bool StoreAsync(const char* path, const char* mainPath, const StoreOptions& options) {
+  UploadJob job;
+  return PrepareStore(path, mainPath, options, job) && PostUploadJob(job, options.status, options.progress);
 }
 
 }  // namespace VtDirectManager

@@ -5,7 +5,9 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <vector>
 
 #ifndef VTDIRECT_API
 #define VTDIRECT_API __attribute__((visibility("default")))
@@ -208,6 +210,28 @@ VTDIRECT_API const char* GetVFSLocationPrefix();
 /// equal, however they differ. Reads the texts only.
 VTDIRECT_API bool CompareUIDsEqual(const char* a, const char* b);
 
+/// What a UID says. Every text may be empty but the first two.
+struct ParsedUID {
+  std::string server;       ///< key of the server, as GetLinkContext gives it, with its closing "/"
+  std::string document;     ///< id of the document; of a temporary checkout, the one that it was taken from
+  std::string workspace;    ///< id of the workspace, of whatever kind
+  std::string workingCopy;  ///< id of the document in that workspace; empty without a workspace
+  std::string fileName;     ///< plain, neither escaped as in a path nor as in a URL
+  bool isTemporaryCheckout = false;  ///< the workspace was made for this checkout and goes with it
+};
+
+/// Takes a UID apart, so that no host reads its text. A checkout's UID names what the server knew when it was
+/// made; whether that is so now, GetCheckoutStatus and FindTemporaryCheckouts ask. Reads the text only.
+/// @return nothing for null, for what is no UID, and for a UID with an empty id
+[[nodiscard]] VTDIRECT_API std::optional<ParsedUID> ParseUID(const char* text);
+
+/// The UID by which the content of a working copy is read: GetFile of a temporary checkout's own UID fetches
+/// the document from before the checkout. Reads the text only; whether the copy is there is not asked.
+/// @return the UID of the copy in its workspace; the empty text for a UID without a workspace, and for what
+/// is
+///         no UID
+[[nodiscard]] VTDIRECT_API std::string WorkingCopyUID(const char* text);
+
 /// A canonical UID for any address, or the empty text. Makes requests unless `path` is a UID with a file
 /// name.
 VTDIRECT_API std::string GetUID(const char* path);
@@ -367,12 +391,34 @@ VTDIRECT_API bool ReadDetails(const char* path, std::map<VtDetails, std::string>
 VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCallback status,
                           ProgressCallback progress);
 
+/// What GetFile takes beside the address. Owns what it holds.
+struct DownloadOptions {
+  StatusCallback status;      ///< may be empty
+  ProgressCallback progress;  ///< may be empty
+  /// Whether the local file must be as long as the server's record of the document says; a content that is
+  /// longer or shorter is then a failed download. The file stays as it came, as after any failure. Nothing is
+  /// compared when the record tells no length, or `localPath` is no regular file.
+  bool compareSize = false;
+};
+
+/// GetFile, and with `compareSize` a comparison of lengths behind it. The requests are the same.
+VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& uid,
+                          const DownloadOptions& options);
+
+/// The length of the content that GetFile fetches, in bytes, as the server's record of the document tells it.
+/// Makes requests; transfers no content.
+/// @return nothing when the object is not found, has no content, or its record tells no length
+[[nodiscard]] VTDIRECT_API std::optional<std::uint64_t> GetContentSize(const char* path);
+
 /// Tests the server's connection on this thread, then hands a GetFile to the task runner, where the callbacks
 /// run. The outcome arrives by `status`.
 /// @return whether the task was accepted; false after StatusConnectFailed when the server cannot be reached,
 ///         and without a call when the runner refuses
 VTDIRECT_API bool GetFileAsync(const char* path, const char* localPath, StatusCallback status,
                                ProgressCallback progress);
+
+/// GetFileAsync with the options of GetFile.
+VTDIRECT_API bool GetFileAsync(const char* path, const char* localPath, const DownloadOptions& options);
 
 /// The direct URL of an object's content, for a downloader of the host's own. Makes requests; transfers
 /// nothing.
@@ -433,6 +479,38 @@ VTDIRECT_API bool UploadAsync(FileType kind, const char* path, const char* mainP
 VTDIRECT_API bool UploadFenletAsync(const char* path, const char* mainPath, const UploadFenletParams& params,
                                     StatusCallback status, ProgressCallback progress, bool checkIn);
 
+/// Whether a store into a working copy is followed by its check-in.
+enum class CheckInWish : std::int32_t {
+  /// As Upload does without being asked: a Fenlet document in a temporary workspace is checked in, and
+  /// nothing
+  /// else.
+  ByAddress = 0,
+  CheckIn = 1,    ///< always
+  NoCheckIn = 2,  ///< never: what is stored stays in the working copy, in a temporary workspace too
+};
+
+/// What Store takes beside address and content. Read only for the length of the call; callbacks are copied.
+struct StoreOptions {
+  FileType kind = FileTypeFenlet;                ///< an unknown value counts as FileTypeFenlet
+  CheckInWish checkIn = CheckInWish::ByAddress;  ///< plays no part without a working copy
+  const char* language = nullptr;                ///< value of the language attribute
+  const char* viewablePath = nullptr;            ///< Fenlet documents only
+  const char* vcsPath = nullptr;                 ///< metadata file; Fenlet documents only
+  const std::map<std::string, std::string>* sourceLinks = nullptr;  ///< as Upload; Fenlet documents only
+  StatusCallback status = {};                                       ///< called as by Upload
+  ProgressCallback progress = {};
+};
+
+/// Upload for a document of any kind, with all that it can have, and with a say in the check-in: Upload
+/// checks a temporary checkout in whether or not it is asked to. Makes requests, on this thread, to the end.
+/// @throws what Upload throws
+VTDIRECT_API bool Store(const char* path, const char* mainPath, const StoreOptions& options);
+
+/// Like Store up to the transfer, which is handed to the task runner; the callbacks run there. Its task
+/// throws what that of UploadAsync throws.
+/// @return whether the task was accepted
+VTDIRECT_API bool StoreAsync(const char* path, const char* mainPath, const StoreOptions& options);
+
 /// The documents that a document was made from: escaped name to UID, empty for one that cannot be read. UIDs
 /// only. Makes requests.
 /// @param links  entries under other names stay; unchanged on failure
@@ -463,6 +541,30 @@ VTDIRECT_API VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* u
 /// date. UIDs only. Makes requests.
 /// @param uid  emptied first; the UID to go on with, which may differ from `path`
 VTDIRECT_API VtCheckoutStatus VerifyCheckout(const char* path, std::string& uid);
+
+/// A working copy of the connected user in a temporary workspace.
+struct TemporaryCheckout {
+  /// The UID that Checkout gave, for Checkin, UndoCheckout, VerifyCheckout and the stores. Empty when the
+  /// server does not tell the document that the copy was taken from.
+  std::string uid;
+  std::string workspaceName;
+  std::string documentNumber;
+  std::string fileName;  ///< plain
+  std::string version;   ///< of the document that it was taken from: "B.3"
+};
+
+/// Finds checkouts that nobody remembers, by what the server tells alone: the temporary workspaces are those
+/// whose name begins with ConfigTempWorkspacePrefix, and a working copy is what the connected user has
+/// checked out in one. Changes nothing. Makes requests: for a document one for itself, one for the workspaces
+/// of its context, one for each temporary workspace, one for each copy that is found; for a context the same
+/// without the first; for a server, or one of its upper directories, one more for the contexts and then for
+/// each.
+/// @param path  a document; or a directory above folders and workspaces, "//plm/", "//plm/Products/" or
+///              "//plm/Products/Bike/", or a UID without an id, for the server
+/// @return in the server's order; nothing when any request failed, so that an empty list means that there are
+///         none
+[[nodiscard]] VTDIRECT_API std::optional<std::vector<TemporaryCheckout>> FindTemporaryCheckouts(
+    const char* path);
 
 /// Turns a checkout that was remembered in the older form, "workspace|working id", into a UID of today's
 /// form. Makes no request unless `uid` has no file name.

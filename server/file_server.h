@@ -2,11 +2,13 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "base/status.h"
 #include "browsing/dir_entry.h"
 #include "browsing/document_query.h"
+#include "browsing/temporary_checkouts.h"
 #include "documents/checkout/checkout_state.h"
 #include "documents/reading/file_info.h"
 #include "documents/storing/upload_params.h"
@@ -110,6 +112,12 @@ class CheckoutServer {
   virtual Status Store(const char* id, const DocumentUploadParams& params, ProgressFunction progress) = 0;
   /// Makes a working copy the document's next iteration.
   [[nodiscard]] virtual bool Checkin(const char* id, FileInfo& info) = 0;
+  /// The connected user's working copies of a document in temporary workspaces; nothing on failure. Changes
+  /// nothing.
+  [[nodiscard]] virtual std::optional<TemporaryCheckouts> FindTemporaryCheckoutsOf(const char* id) = 0;
+  /// Those of all documents in a context, of a kind of contexts, or of the server; nothing on failure and for
+  /// a path that leads to none of these. Changes nothing.
+  [[nodiscard]] virtual std::optional<TemporaryCheckouts> FindTemporaryCheckoutsBelow(const char* path) = 0;
   /// Confirms a checkout, and renews one in a temporary workspace that is out of date.
   [[nodiscard]] virtual bool VerifyCheckout(const char* id, FileInfo& info, VtCheckoutState& state) = 0;
 };

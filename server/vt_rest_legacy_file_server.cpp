@@ -184,6 +184,16 @@ bool VtRestLegacyFileServer::Checkin(const char* id, FileInfo& info) {
   return CheckinDocument(server, id, info);
 }
 
+std::optional<TemporaryCheckouts> VtRestLegacyFileServer::FindTemporaryCheckoutsOf(const char* id) {
+  ServerContext server = Begin();
+  return ListTemporaryCheckoutsOf(server, id);
+}
+
+std::optional<TemporaryCheckouts> VtRestLegacyFileServer::FindTemporaryCheckoutsBelow(const char* path) {
+  ServerContext server = Begin();
+  return ListTemporaryCheckoutsBelow(server, path);
+}
+
 bool VtRestLegacyFileServer::VerifyCheckout(const char* id, FileInfo& info, VtCheckoutState& state) {
   ServerContext server = Begin();
   return vantry::VerifyCheckout(server, id, info, state);

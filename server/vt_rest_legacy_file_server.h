@@ -51,6 +51,8 @@ class VtRestLegacyFileServer final : public VantryFileServer, private CheckoutSe
   bool UndoCheckout(const char* id, FileInfo& info) override;
   Status Store(const char* id, const DocumentUploadParams& params, ProgressFunction progress) override;
   bool Checkin(const char* id, FileInfo& info) override;
+  std::optional<TemporaryCheckouts> FindTemporaryCheckoutsOf(const char* id) override;
+  std::optional<TemporaryCheckouts> FindTemporaryCheckoutsBelow(const char* path) override;
   bool VerifyCheckout(const char* id, FileInfo& info, VtCheckoutState& state) override;
 
   /// Each operation begins with a context of its own.

@@ -169,7 +169,10 @@ bool ReadContent(const rapidjson::Value& content, ContentRecord& record) {
     if (name == "isHidden") CopyBool(value, record.isHidden);
     if (name == "streamId") CopyNumber(value, record.streamId);
     if (name == "contentUrl") ReadContentUrls(value, record.contentUrl);
-    if (name == "fileSize") CopyNumber(value, record.fileSize);
+    if (name == "fileSize") {
+      CopyNumber(value, record.fileSize);
+      record.fileSizeTold = record.fileSizeTold || value.IsUint64();
+    }
     if (name != "uploadInfo") return;
     ForEachMember(value, [&](std::string_view key, const rapidjson::Value& receipt) {
       if (key == "encodedCCD") CopyString(receipt, record.encodedCCD);

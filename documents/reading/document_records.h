@@ -65,6 +65,7 @@ struct ContentRecord {
   std::string encodedCCD;               ///< upload receipt
   std::vector<std::string> contentUrl;  ///< absolute URLs
   std::uint64_t fileSize = 0;           ///< bytes
+  bool fileSizeTold = false;            ///< whether the server told it: an empty file has 0 too
 };
 
 struct FileBasedAttribute {

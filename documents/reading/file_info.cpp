@@ -16,6 +16,9 @@ FileInfo MakeFileInfo(const DocumentRecord& record) {
   info.version = VersionText(record);
   info.cadName = record.master.cadName;
   for (const ContentRecord& section : record.contentSections) info.size += section.fileSize;
+  if (!record.contentSections.empty() && record.contentSections.front().fileSizeTold) {
+    info.downloadSize = record.contentSections.front().fileSize;
+  }
   for (const auto& dependency : record.dependencies) {
     info.dependencies[dependency.asStoredChildName] = dependency.sourceId;
   }

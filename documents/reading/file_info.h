@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "base/status.h"
@@ -16,6 +17,7 @@ struct FileInfo {
   std::string version;
   std::string cadName;
   std::uint64_t size = 0;                           ///< bytes of the primary content
+  std::optional<std::uint64_t> downloadSize;        ///< bytes of what a download fetches, if the server told
   std::map<std::string, std::string> dependencies;  ///< child name to object id
 };
 

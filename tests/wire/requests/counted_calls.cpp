@@ -125,6 +125,28 @@ bool UploadIntoCheckoutLater() {
   return UploadFenletAsync(temporaryUid, LocalFile().c_str(), params, Into(done), {}, false) && done;
 }
 
+bool StoreIntoCheckout() {
+  bool done = false;
+  StoreOptions options;
+  options.checkIn = CheckInWish::NoCheckIn;
+  options.status = Into(done);
+  return Store(temporaryUid, LocalFile().c_str(), options) && done;
+}
+
+bool StoreIntoCheckoutLater() {
+  bool done = false;
+  StoreOptions options;
+  options.checkIn = CheckInWish::NoCheckIn;
+  options.status = Into(done);
+  return StoreAsync(temporaryUid, LocalFile().c_str(), options) && done;
+}
+
+bool FindsTheCheckout(const char* address) {
+  const auto found = FindTemporaryCheckouts(address);
+  return found && found->size() == 1 &&
+         found->front().uid == "korvufenloom-vt://plm.example/vt/?id=D1|W9|D3|T&file=/fork.lxz";
+}
+
 bool SourceLinks() {
   std::map<std::string, std::string> links;
   GetSourceLinks(uidWithSource, links);
@@ -286,6 +308,16 @@ std::map<std::pair<std::string, std::string>, CountedCall> WritingCalls() {
       {{"Checkin", "UID in a workspace"}, {[] { return !Checkin(workspaceUid).empty(); }}},
       {{"UndoCheckout", "UID of a temporary checkout"}, {[] { return !UndoCheckout(temporaryUid).empty(); }}},
       {{"UndoCheckout", "UID in a workspace"}, {[] { return !UndoCheckout(workspaceUid).empty(); }}},
+      {{"Store", "UID of a temporary checkout, without its check-in"}, {StoreIntoCheckout}},
+      {{"StoreAsync", "UID of a temporary checkout, without its check-in"}, {StoreIntoCheckoutLater}},
+      {{"FindTemporaryCheckouts", "UID of a document with one"}, {[] { return FindsTheCheckout(uid); }}},
+      {{"FindTemporaryCheckouts", "root of a server with one context"},
+       {[] { return FindsTheCheckout("//plm/"); }}},
+      {{"FindTemporaryCheckouts", "Products/ with one context"},
+       {[] { return FindsTheCheckout("//plm/Products/"); }}},
+      {{"FindTemporaryCheckouts", "Products/Bike/"},
+       {[] { return FindsTheCheckout("//plm/Products/Bike/"); }}},
+      {{"GetContentSize", "UID"}, {[] { return GetContentSize(uid) == 5u; }}},
       {{"GetCheckoutStatus", "UID"}, {[] { return GetCheckoutStatus(uid, nullptr) == CheckoutNone; }}},
       {{"GetCheckoutStatus", "UID of a temporary checkout"},
        {[] { return GetCheckoutStatus(temporaryUid, nullptr) == CheckoutInTempWorkspace; }}},
@@ -338,6 +370,8 @@ const std::map<std::string, std::function<void()>>& SilentCalls() {
       {"IsUID", [] { IsUID(uid); }},
       {"IsManaged", [] { IsManaged(uid); }},
       {"GetVFSLocationPrefix", [] { GetVFSLocationPrefix(); }},
+      {"ParseUID", [] { (void)ParseUID(uid); }},
+      {"WorkingCopyUID", [] { (void)WorkingCopyUID(temporaryUid); }},
       {"CompareUIDsEqual", [] { CompareUIDsEqual(uid, uidWithName); }},
       {"GetServerURL", [] { GetServerURL(path); }},
       {"GetServerNickname", [] { GetServerNickname(uid); }},

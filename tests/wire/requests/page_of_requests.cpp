@@ -68,7 +68,7 @@ std::set<std::string> ReadNamesInSection(const std::string& heading) {
 }
 
 std::set<std::string> ReadPublicFunctions() {
-  static const std::regex declaration(R"(VTDIRECT_API [A-Za-z_:*<> ]*[ *]([A-Z][A-Za-z]+)\()");
+  static const std::regex declaration(R"(VTDIRECT_API [A-Za-z0-9_:*<> ]*[ *]([A-Z][A-Za-z]+)\()");
   std::set<std::string> names;
   for (const char* header : {MANAGER_HEADER, UTILS_HEADER}) {
     const std::string text = ReadWhole(header);
