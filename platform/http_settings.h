@@ -1,6 +1,7 @@
 #pragma once
 
 #include <limits>
+#include <optional>
 #include <string>
 
 #include "export.h"
@@ -46,11 +47,26 @@ struct TransportSettings {
   int authenticationTries = 3;
   /// Redirects that one GET follows; zero or less means none.
   int redirects = 10;
+  /// The proxy to all servers, in place of what the environment says: "http://host:port", "https://host:port"
+  /// or any other form that the environment may have. Without a value the environment decides (`http_proxy`,
+  /// `https_proxy`, `all_proxy` and `no_proxy`); the empty text means no proxy at all. A server over http is
+  /// asked through it, one over https is reached by a tunnel (CONNECT), in which the proxy sees host and port
+  /// alone. A text that names no proxy makes every exchange end with NoConnection. User name and password:
+  /// SetProxyCredentials in http_credentials.h.
+  std::optional<std::string> proxy;
+  /// Hosts that are reached without `proxy`, separated by commas; "plm.example" stands for the hosts below
+  /// it too, "*" for all. Takes the place of `no_proxy`, also when it is empty. Counts only together with
+  /// `proxy`.
+  std::string proxyExceptions;
+  /// Asks for compressed answers (gzip, deflate) where the caller's lines accept JSON or XML. Contents are
+  /// never asked for that way. Sinks get what is decoded: their limits and a progress function count that,
+  /// and no length is announced for an answer that comes compressed.
+  bool compressedAnswers = true;
 };
 
 /// Replaces the settings. Counts for requests that begin afterwards; those that are under way keep theirs.
-/// With another certificateAuthorityFile, kept connections are closed and all sessions end
-/// (http_credentials.h). May be called from any thread, from inside callbacks too.
+/// With another certificateAuthorityFile, proxy or proxyExceptions, kept connections are closed and all
+/// sessions end (http_credentials.h). May be called from any thread, from inside callbacks too.
 VTDIRECT_API void SetTransportSettings(const TransportSettings& settings);
 
 /// A copy of the settings in force.

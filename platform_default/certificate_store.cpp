@@ -97,11 +97,12 @@ bool CanShareCertificates() {
          std::string_view(used) == std::string("OpenSSL/") + OpenSSL_version(OPENSSL_VERSION_STRING);
 }
 
-CURLcode GiveCertificates(CURL*, void* sslContext, void* trustSource) {
-  auto* context = static_cast<SSL_CTX*>(sslContext);
-  // curl has been told of no certificates but for a proxy's own TLS, and those it has read by now.
-  if (sk_X509_OBJECT_num(X509_STORE_get0_objects(SSL_CTX_get_cert_store(context))) > 0) return CURLE_OK;
-  StorePointer store = StoreFor(*static_cast<const TrustSource*>(trustSource));
+bool BelongsToProxy(const ssl_ctx_st* context) {
+  return sk_X509_OBJECT_num(X509_STORE_get0_objects(SSL_CTX_get_cert_store(context))) > 0;
+}
+
+CURLcode GiveCertificates(ssl_ctx_st* context, const TrustSource& source) {
+  StorePointer store = StoreFor(source);
   // What OpenSSL says of a file that it can't read is of no use to the handshake, and would be taken for its
   // own.
   ERR_clear_error();

@@ -4,6 +4,8 @@
 
 #include <string>
 
+struct ssl_ctx_st;
+
 namespace vtdirect::platform {
 
 /// Where trusted certificates come from: a PEM file, a directory in OpenSSL's layout, or both. Empty means
@@ -18,11 +20,15 @@ struct TrustSource {
 /// can be read once and handed to it. With any other, each connection reads them by itself.
 [[nodiscard]] bool CanShareCertificates();
 
-/// For CURLOPT_SSL_CTX_FUNCTION, with a TrustSource as its data: gives a connection the certificates of that
-/// source. They are read when they are first needed, and once more only when the file has changed, since
-/// reading the system's takes longer than all the rest of a handshake.
+/// Gives the TLS context of a new connection the certificates of a source. They are read when they are first
+/// needed, and once more only when the file has changed, since reading the system's takes longer than all the
+/// rest of a handshake.
 /// @return CURLE_SSL_CACERT_BADFILE, which ends the handshake, when the file can't be read or holds no
 ///         certificate
-CURLcode GiveCertificates(CURL* handle, void* sslContext, void* trustSource);
+[[nodiscard]] CURLcode GiveCertificates(ssl_ctx_st* context, const TrustSource& source);
+
+/// True when curl has given the context certificates by itself. It has been told of none but for a proxy's
+/// own TLS.
+[[nodiscard]] bool BelongsToProxy(const ssl_ctx_st* context);
 
 }  // namespace vtdirect::platform

@@ -11,6 +11,7 @@
 
 #include "platform_default/characters.h"
 #include "platform_default/curl_errors.h"
+#include "platform_default/header_lines.h"
 
 namespace vtdirect::platform {
 namespace {
@@ -68,6 +69,8 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   body_ = parts.body;
   sink_ = parts.sink;
   mayRepeat_ = parts.mayRepeat;
+  decodes_ = parts.decodes;
+  encoded_ = false;
   bodySize_ = body_ == nullptr ? std::nullopt : body_->Size();
   bodySent_ = 0;
   status_ = 0;
@@ -75,6 +78,7 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   sentBeforeStart_.reset();
   demandSeen_ = false;
   connectLimitRanOut_ = false;
+  result_ = CURLE_OK;
   headerBytes_ = 0;
   begun_ = false;
   failure_ = ErrorCode::Done;
@@ -87,6 +91,7 @@ ErrorCode CurlExchange::Perform(int* httpStatus) {
   const CURLcode result = curl_easy_perform(handle_);
   // No other limit is curl's: all the rest end the exchange from the progress function.
   connectLimitRanOut_ = result == CURLE_OPERATION_TIMEDOUT;
+  result_ = result;
   if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
   const ErrorCode code = Conclude(result);
   if (code == ErrorCode::Done || code == ErrorCode::TooLarge) *httpStatus = status_;
@@ -101,11 +106,17 @@ ErrorCode CurlExchange::Conclude(CURLcode result) {
     if (result == CURLE_OK && BeginSink()) static_cast<void>(sink_->Finish());
     return ErrorCode::TooLarge;
   }
-  if (result != CURLE_OK) return ErrorCodeOf(result);
+  if (result != CURLE_OK) return ProxyRefusedTunnel() ? ErrorCode::NoConnection : ErrorCodeOf(result);
   // curl is content with a connection that closes in the middle of a header.
   if (status_ < 200 || !headerEnded_) return ErrorCode::ProtocolFailure;
   if (!BeginSink()) return failure_;
   return sink_->Finish();
+}
+
+bool CurlExchange::ProxyRefusedTunnel() const {
+  long answer = 0;
+  curl_easy_getinfo(handle_, CURLINFO_HTTP_CONNECTCODE, &answer);
+  return status_ == 0 && answer >= 300;
 }
 
 std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, void* self) {
@@ -127,6 +138,9 @@ void CurlExchange::ReadHeaderLine(std::string_view line) {
     status_ = status;
     headerEnded_ = false;
     if (IsDemand(status)) demandSeen_ = true;
+    encoded_ = false;
+  } else if (HasHeaderName(line, "Content-Encoding")) {
+    encoded_ = decodes_;
   } else if (line == "\r\n" || line == "\n") {
     headerEnded_ = true;
     if (status_ < 200) clock_.AnswerWasInterim();
@@ -138,7 +152,8 @@ bool CurlExchange::BeginSink() {
   curl_off_t length = -1;
   curl_easy_getinfo(handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
   std::optional<std::uint64_t> expected;
-  if (length >= 0) expected = static_cast<std::uint64_t>(length);
+  // What is announced is the length on the line, and a sink gets what is decoded.
+  if (length >= 0 && !encoded_) expected = static_cast<std::uint64_t>(length);
   begun_ = true;
   failure_ = sink_->Begin(status_, expected);
   return failure_ == ErrorCode::Done;

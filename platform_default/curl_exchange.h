@@ -20,6 +20,8 @@ struct ExchangeParts {
   /// Whether the request may go out once more when a kept connection dies under it. What writes may not: the
   /// server may have acted on it, and a document must not be created twice.
   bool mayRepeat = false;
+  /// Whether curl decodes a compressed answer.
+  bool decodes = false;
 };
 
 /// What one exchange on a curl handle needs while it runs, and what it learned when it is over: the functions
@@ -43,6 +45,13 @@ class CurlExchange {
   /// True when the last exchange was ended by the limit on the time to connect.
   [[nodiscard]] bool ConnectLimitRanOut() const { return connectLimitRanOut_; }
 
+  /// What curl said at the end of the last exchange.
+  [[nodiscard]] CURLcode Result() const { return result_; }
+  /// True when the last request could go out once more, see ExchangeParts.
+  [[nodiscard]] bool MayRepeat() const { return mayRepeat_; }
+  /// True when the last exchange got the first line of an answer, an interim one included.
+  [[nodiscard]] bool HasAnswer() const { return status_ != 0; }
+
   /// How often a kept connection has died under a request of this handle, which curl then sent over a new
   /// one.
   [[nodiscard]] int Revivals() const { return revivals_; }
@@ -64,6 +73,7 @@ class CurlExchange {
   [[nodiscard]] std::size_t ReadBody(std::uint8_t* buffer, std::size_t capacity);
   /// Of the lines in front of the body, with those to a proxy.
   [[nodiscard]] long RequestBytesSent() const;
+  [[nodiscard]] bool ProxyRefusedTunnel() const;
   [[nodiscard]] bool BodyIsOut(curl_off_t sent) const;
   [[nodiscard]] du::http::ErrorCode Conclude(CURLcode result);
 
@@ -86,9 +96,12 @@ class CurlExchange {
   int status_ = 0;            ///< of the last status line, 1xx included
   bool headerEnded_ = false;  ///< the empty line behind the last status line came
   bool mayRepeat_ = false;
+  bool decodes_ = false;
+  bool encoded_ = false;                 ///< the answer is compressed and is being decoded
   std::optional<long> sentBeforeStart_;  ///< set once a request of this exchange has started
   bool demandSeen_ = false;  ///< the last answer was a 401 or 407; only then may a body go out once more
   bool connectLimitRanOut_ = false;
+  CURLcode result_ = CURLE_OK;
   int revivals_ = 0;
   std::size_t headerBytes_ = 0;
   bool begun_ = false;  ///< the sink has been begun

@@ -67,12 +67,14 @@ CurlHandle::CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle)
   exchange_.Attach(handle);
   SetFixedOptions();
   SetTrust();
+  SetIdentity();
+  SetProxy();
 }
 
 CurlHandle::~CurlHandle() = default;
 
 bool CurlHandle::Join(std::shared_ptr<OriginSession> session) {
-  if (session->certificateAuthorityFile() != session_->certificateAuthorityFile()) return false;
+  if (session->way() != session_->way()) return false;
   curl_easy_setopt(handle_.get(), CURLOPT_SHARE, session->share());
   session_ = std::move(session);
   return true;
@@ -84,7 +86,6 @@ void CurlHandle::SetFixedOptions() {
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
   curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
-  curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
   curl_easy_setopt(handle, CURLOPT_USERAGENT, "VtDirect/" VTDIRECT_VERSION);
   curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
   // Redirects are followed outside of curl, which knows nothing of the rules for them.
@@ -103,14 +104,51 @@ void CurlHandle::SetFixedOptions() {
 void CurlHandle::SetTrust() {
   CURL* handle = handle_.get();
   // A file named by the host replaces the system's trust and does not add to it.
-  trust_ = {session_->certificateAuthorityFile(), ""};
+  trust_ = {session_->way().certificateAuthorityFile, ""};
   if (trust_.file.empty()) trust_ = {TextInfo(handle, CURLINFO_CAINFO), TextInfo(handle, CURLINFO_CAPATH)};
   const bool shared = trust_ != TrustSource{} && CanShareCertificates();
   curl_easy_setopt(handle, CURLOPT_CAINFO, shared ? nullptr : OrNull(trust_.file));
   curl_easy_setopt(handle, CURLOPT_CAPATH, shared ? nullptr : OrNull(trust_.directory));
+  if (!session_->way().certificateAuthorityFile.empty()) {
+    curl_easy_setopt(handle, CURLOPT_PROXY_CAINFO, trust_.file.c_str());
+    curl_easy_setopt(handle, CURLOPT_PROXY_CAPATH, nullptr);
+  }
   if (!shared) return;
-  curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &GiveCertificates);
-  curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, &trust_);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &OnTlsContext);
+  curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
+}
+
+CURLcode CurlHandle::OnTlsContext(CURL*, void* context, void* self) {
+  auto* tls = static_cast<ssl_ctx_st*>(context);
+  if (BelongsToProxy(tls)) return CURLE_OK;
+  auto& handle = *static_cast<CurlHandle*>(self);
+  WatchTls(tls, &handle.tlsEvents_);
+  return GiveCertificates(tls, handle.trust_);
+}
+
+void CurlHandle::SetIdentity() {
+  const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
+  if (identity == nullptr) return;
+  CURL* handle = handle_.get();
+  const bool isPkcs12 = identity->IsPkcs12();
+  curl_easy_setopt(handle, CURLOPT_SSLCERT, identity->certificateFile().c_str());
+  curl_easy_setopt(handle, CURLOPT_SSLCERTTYPE, isPkcs12 ? "P12" : "PEM");
+  if (!isPkcs12) curl_easy_setopt(handle, CURLOPT_SSLKEY, identity->keyFile().c_str());
+  // Without any, OpenSSL would ask on the terminal.
+  curl_easy_setopt(handle, CURLOPT_KEYPASSWD, identity->Passphrase().c_str());
+}
+
+void CurlHandle::SetProxy() {
+  CURL* handle = handle_.get();
+  const ConnectionWay& way = session_->way();
+  if (way.proxy) {
+    curl_easy_setopt(handle, CURLOPT_PROXY, way.proxy->c_str());
+    // Unset, it would leave the exceptions to the environment.
+    curl_easy_setopt(handle, CURLOPT_NOPROXY, way.proxyExceptions.c_str());
+  }
+  if (!way.proxyCredentials) return;
+  curl_easy_setopt(handle, CURLOPT_PROXYUSERNAME, way.proxyCredentials->user.c_str());
+  curl_easy_setopt(handle, CURLOPT_PROXYPASSWORD, way.proxyCredentials->password.c_str());
 }
 
 void CurlHandle::SetConnectLimit(long milliseconds) {
@@ -153,6 +191,13 @@ void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
   headerLines_ = std::move(lines);
 }
 
+void CurlHandle::SetCompression(const OutgoingRequest& request) {
+  CURL* handle = handle_.get();
+  // A server that compresses without being asked means its bytes as they are, a packed content for instance.
+  curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, request.asksForCompression ? 1L : 0L);
+  curl_easy_setopt(handle, CURLOPT_ACCEPT_ENCODING, request.asksForCompression ? "gzip, deflate" : nullptr);
+}
+
 void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
   const bool with = request.authenticationMask != CURLAUTH_NONE;
@@ -163,15 +208,41 @@ void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
 
 ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& sink,
                            const du::http::TransportSettings& settings, int* httpStatus) {
-  exchange_.Start({request.body, &sink, request.method == Method::Get},
+  exchange_.Start({request.body, &sink, request.method == Method::Get, request.asksForCompression},
                   {settings.stallTimeoutSeconds, settings.firstByteTimeoutSeconds,
                    settings.firstByteAfterBodyTimeoutSeconds});
   SetConnectLimit(settings.connectTimeoutMilliseconds);
   SetMethod(request);
   SetHeaderLines(request);
+  SetCompression(request);
   SetAuthentication(request);
   curl_easy_setopt(handle_.get(), CURLOPT_URL, request.url.c_str());
-  return exchange_.Perform(httpStatus);
+  tlsEvents_ = {};
+  const ErrorCode result = exchange_.Perform(httpStatus);
+  // For curl the handshake was over already.
+  return result == ErrorCode::ProtocolFailure && CertificateWasRefused() ? ErrorCode::TlsFailure : result;
+}
+
+bool CurlHandle::CertificateWasRefused() const {
+  if (exchange_.HasAnswer()) return false;
+  if (RefusedCertificate(tlsEvents_)) return true;
+  // The alert gets lost when our request is still on its way to a server that has closed already. What writes
+  // keeps the code that leaves open whether it was carried out.
+  const bool closed = exchange_.Result() == CURLE_RECV_ERROR || exchange_.Result() == CURLE_SEND_ERROR ||
+                      exchange_.Result() == CURLE_GOT_NOTHING;
+  return exchange_.MayRepeat() && closed && tlsEvents_.certificateAsked &&
+         session_->way().identity == nullptr;
+}
+
+std::string CurlHandle::CertificateComplaint() const {
+  const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
+  if (IdentityWasUnreadable() && identity != nullptr) {
+    return "The client certificate can't be read with the passphrase that was given, if any: " +
+           identity->certificateFile() + " with the key in " + identity->keyFile();
+  }
+  if (!CertificateWasRefused()) return {};
+  if (identity == nullptr) return "The server demands a client certificate, and none is set for it";
+  return "The server refuses the client certificate " + identity->certificateFile();
 }
 
 std::string CurlHandle::RedirectUrl() const {

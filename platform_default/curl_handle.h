@@ -11,6 +11,7 @@
 #include "platform_default/certificate_store.h"
 #include "platform_default/curl_exchange.h"
 #include "platform_default/origin_session.h"
+#include "platform_default/tls_events.h"
 
 namespace vtdirect::platform {
 
@@ -20,6 +21,7 @@ struct OutgoingRequest {
   std::string url;
   std::vector<std::string> headerLines;
   du::http::FileSource* body = nullptr;  ///< null for a request without one
+  bool asksForCompression = false;       ///< gzip and deflate, to be decoded on the way to the sink
   long authenticationMask = CURLAUTH_NONE;
   std::string user;
   std::string password;
@@ -39,7 +41,7 @@ class CurlHandle {
   [[nodiscard]] const std::shared_ptr<OriginSession>& session() const { return session_; }
   /// Goes over to another session with its cookies, and keeps its connection: for a request that is tried
   /// again with new credentials.
-  /// @return false, with nothing changed, when that session trusts other certificates
+  /// @return false, with nothing changed, when that session connects in another way
   [[nodiscard]] bool Join(std::shared_ptr<OriginSession> session);
 
   /// Sends one request and reads its answer into the sink; follows no redirect. A demand for authentication
@@ -63,6 +65,11 @@ class CurlHandle {
   [[nodiscard]] bool IsConnected() const;
   /// True when the connect limit ended it.
   [[nodiscard]] bool ConnectLimitRanOut() const { return exchange_.ConnectLimitRanOut(); }
+  /// What was wrong with this side's certificate, as a text for traces; empty when that did not end it. Names
+  /// files and no secret.
+  [[nodiscard]] std::string CertificateComplaint() const;
+  /// True when it ended because the client certificate or its key could not be read.
+  [[nodiscard]] bool IdentityWasUnreadable() const { return exchange_.Result() == CURLE_SSL_CERTPROBLEM; }
 
  private:
   struct HandleCloser {
@@ -73,15 +80,21 @@ class CurlHandle {
   };
 
   CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle);
+  static CURLcode OnTlsContext(CURL* handle, void* context, void* self);
+  [[nodiscard]] bool CertificateWasRefused() const;
   void SetFixedOptions();
   void SetTrust();
+  void SetIdentity();
+  void SetProxy();
   void SetConnectLimit(long milliseconds);
   void SetMethod(const OutgoingRequest& request);
   void SetHeaderLines(const OutgoingRequest& request);
+  void SetCompression(const OutgoingRequest& request);
   void SetAuthentication(const OutgoingRequest& request);
 
   std::shared_ptr<OriginSession> session_;  ///< before the handle, which uses its share to the last
   TrustSource trust_;
+  TlsEvents tlsEvents_;    ///< of the last exchange; before the handle, whose connections refer to it
   CurlExchange exchange_;  ///< before the handle, whose end still calls it back
   std::unique_ptr<curl_slist, ListFreer> headerList_;
   std::vector<std::string> headerLines_;  ///< what `headerList_` was built from

@@ -76,4 +76,12 @@ bool ContainsHeader(const std::vector<std::string>& lines, std::string_view name
                      [name](const std::string& line) { return HasHeaderName(line, name); });
 }
 
+bool AcceptsJsonOrXml(const std::vector<std::string>& lines) {
+  return std::any_of(lines.begin(), lines.end(), [](std::string line) {
+    if (!HasHeaderName(line, "Accept")) return false;
+    std::transform(line.begin(), line.end(), line.begin(), ToAsciiLower);
+    return line.find("json") != std::string::npos || line.find("xml") != std::string::npos;
+  });
+}
+
 }  // namespace vtdirect::platform

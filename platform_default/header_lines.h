@@ -28,4 +28,7 @@ namespace vtdirect::platform {
 /// True when one of the lines has the name.
 [[nodiscard]] bool ContainsHeader(const std::vector<std::string>& lines, std::string_view name);
 
+/// True when an "Accept" line among them names JSON or XML, alone or in a type of its own ("...+json").
+[[nodiscard]] bool AcceptsJsonOrXml(const std::vector<std::string>& lines);
+
 }  // namespace vtdirect::platform

@@ -14,6 +14,7 @@ namespace {
 struct Store {
   std::mutex mutex;
   std::map<std::string, Credentials> byOrigin;
+  std::optional<ProxyCredentials> ofProxy;
 };
 
 Store& TheStore() {
@@ -41,7 +42,20 @@ void Set(const std::string& url, Credentials credentials) {
   OriginRegistry::Instance().EndSession(*origin);
 }
 
+void SetForProxy(std::optional<ProxyCredentials> credentials) {
+  {
+    const std::lock_guard lock(TheStore().mutex);
+    TheStore().ofProxy = std::move(credentials);
+  }
+  OriginRegistry::Instance().EndAllSessions();
+}
+
 }  // namespace
+
+std::optional<ProxyCredentials> FindProxyCredentials() {
+  const std::lock_guard lock(TheStore().mutex);
+  return TheStore().ofProxy;
+}
 
 std::optional<Credentials> FindCredentials(const Origin& origin) {
   const std::lock_guard lock(TheStore().mutex);
@@ -54,18 +68,32 @@ std::optional<Credentials> FindCredentials(const Origin& origin) {
 
 namespace du::http {
 
-using vtdirect::platform::Credentials;
+using vtdirect::platform::CredentialKind;
 using vtdirect::platform::OriginRegistry;
 using vtdirect::platform::TheStore;
 
 void SetPasswordCredentials(const std::string& url, const std::string& user, const std::string& password) {
   if (!vtdirect::platform::FitsHeaderLine(user)) return;
-  vtdirect::platform::Set(url, {false, user, password});
+  vtdirect::platform::Set(url, {CredentialKind::Password, user, password});
 }
 
 void SetBearerToken(const std::string& url, const std::string& token) {
   if (!vtdirect::platform::FitsHeaderLine(token)) return;
-  vtdirect::platform::Set(url, {true, {}, token});
+  vtdirect::platform::Set(url, {CredentialKind::Token, {}, token});
+}
+
+void SetNegotiateCredentials(const std::string& url) {
+  vtdirect::platform::Set(url, {CredentialKind::Negotiate, {}, {}});
+}
+
+void SetProxyCredentials(const std::string& user, const std::string& password) {
+  // Basic ends the user name at its first ":".
+  if (!vtdirect::platform::FitsHeaderLine(user) || user.find(':') != std::string::npos) return;
+  vtdirect::platform::SetForProxy(vtdirect::platform::ProxyCredentials{user, password});
+}
+
+void ClearProxyCredentials() {
+  vtdirect::platform::SetForProxy(std::nullopt);
 }
 
 void ClearCredentials(const std::string& url) {

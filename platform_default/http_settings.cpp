@@ -18,10 +18,16 @@ SettingsSlot& Slot() {
   return slot;
 }
 
-/// Gives whether the trust has changed.
+/// Connections that were made by one of these are of no use with the other.
+bool ConnectAlike(const TransportSettings& a, const TransportSettings& b) {
+  return a.certificateAuthorityFile == b.certificateAuthorityFile && a.proxy == b.proxy &&
+         a.proxyExceptions == b.proxyExceptions;
+}
+
+/// Gives whether connections are made in another way from now on.
 bool Store(const TransportSettings& settings) {
   const std::lock_guard lock(Slot().mutex);
-  const bool other = Slot().settings.certificateAuthorityFile != settings.certificateAuthorityFile;
+  const bool other = !ConnectAlike(Slot().settings, settings);
   Slot().settings = settings;
   return other;
 }
@@ -44,7 +50,7 @@ void SetTransportSettings(const TransportSettings& settings) {
   sound.authenticationTries = std::max(sound.authenticationTries, 0);
   sound.redirects = std::max(sound.redirects, 0);
   if (!Store(sound)) return;
-  // Connections and sessions that were made under another trust end, after the new one is there.
+  // Connections and sessions that were made in the earlier way end, after the new one is there.
   vtdirect::platform::OriginRegistry::Instance().EndAllSessions();
 }
 

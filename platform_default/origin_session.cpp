@@ -9,8 +9,7 @@ constexpr std::chrono::seconds timeWrittenOff{5};
 
 }  // namespace
 
-OriginSession::OriginSession(std::string certificateAuthorityFile)
-    : certificateAuthorityFile_(std::move(certificateAuthorityFile)), share_(curl_share_init()) {
+OriginSession::OriginSession(ConnectionWay way) : way_(std::move(way)), share_(curl_share_init()) {
   if (share_ == nullptr) return;
   curl_share_setopt(share_.get(), CURLSHOPT_LOCKFUNC, &Lock);
   curl_share_setopt(share_.get(), CURLSHOPT_UNLOCKFUNC, &Unlock);

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 
+#include "platform_default/connection_way.h"
 #include "platform_default/first_exchange.h"
 
 namespace vtdirect::platform {
@@ -17,22 +18,21 @@ namespace vtdirect::platform {
 /// How a server takes a password, as far as it has told.
 enum class PasswordScheme { Unknown, Basic, Digest };
 
-/// What all connections to an origin share, and what is forgotten when its credentials or the trust of the
-/// process change: cookies, TLS sessions, how the server takes a password, and that nothing answers there.
+/// What all connections to an origin share, and what is forgotten when its credentials or the way to it
+/// change: cookies, TLS sessions, how the server takes a password, and that nothing answers there.
 ///
-/// The trust belongs to the session. A resumed TLS session isn't verified once more, so it must not outlive
-/// the trust that it was verified with.
+/// The way belongs to the session. A resumed TLS session isn't verified once more, so it must not outlive
+/// the trust that it was verified with, nor the certificate that was shown.
 class OriginSession {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
-  /// @param certificateAuthorityFile  what its connections trust; empty means the system's certificates
-  explicit OriginSession(std::string certificateAuthorityFile);
+  explicit OriginSession(ConnectionWay way);
   ~OriginSession();
   OriginSession(const OriginSession&) = delete;
   OriginSession& operator=(const OriginSession&) = delete;
 
-  [[nodiscard]] const std::string& certificateAuthorityFile() const { return certificateAuthorityFile_; }
+  [[nodiscard]] const ConnectionWay& way() const { return way_; }
   /// For CURLOPT_SHARE. Null when curl has no memory for it: then each handle has its own.
   [[nodiscard]] CURLSH* share() const { return share_.get(); }
 
@@ -60,7 +60,7 @@ class OriginSession {
   static void Lock(CURL* handle, curl_lock_data data, curl_lock_access access, void* self);
   static void Unlock(CURL* handle, curl_lock_data data, void* self);
 
-  const std::string certificateAuthorityFile_;
+  const ConnectionWay way_;
   std::atomic<PasswordScheme> passwordScheme_{PasswordScheme::Unknown};
   mutable std::mutex mutex_;
   std::optional<WrittenOff> writtenOff_;

@@ -15,11 +15,9 @@ bool HasExpired(OriginState::Time since, const du::http::TransportSettings& sett
 
 std::shared_ptr<OriginSession> OriginState::Session() {
   const std::lock_guard lock(mutex_);
-  // The settings are read under the lock: whoever changes the trust sets it first and ends the sessions then,
-  // so that no session of the old trust can begin in between and stay.
-  if (session_ == nullptr) {
-    session_ = std::make_shared<OriginSession>(du::http::GetTransportSettings().certificateAuthorityFile);
-  }
+  // The settings are read under the lock: whoever changes the way sets it first and ends the sessions then,
+  // so that no session of the old way can begin in between and stay.
+  if (session_ == nullptr) session_ = std::make_shared<OriginSession>(ConnectionWayTo(home_, origin_));
   return session_;
 }
 

@@ -55,6 +55,8 @@ bool OriginVisit::IsWrittenOff() const {
 }
 
 ErrorCode OriginVisit::Send(const OutgoingRequest& request, du::http::FileSink& sink, int* httpStatus) {
+  complaint_.clear();
+  if (!UnlockIdentity()) return ErrorCode::TlsFailure;
   place_.emplace(state_->places, rules_.settings.exchangesAtOnce, rules_.mayWait);
   const ErrorCode result = SendInPlace(request, sink, httpStatus);
   if (result != ErrorCode::Done) place_.reset();
@@ -74,10 +76,27 @@ ErrorCode OriginVisit::SendInPlace(const OutgoingRequest& request, du::http::Fil
   if (result == ErrorCode::Done) {
     session_->ForgetWriteOff();
     handle_ = std::move(used);
-  } else if (used->ConnectLimitRanOut()) {
-    session_->WriteOff(std::chrono::steady_clock::now(), rules_.settings.connectTimeoutMilliseconds);
+  } else {
+    NoteFailure(*used);
   }
   return result;
+}
+
+void OriginVisit::NoteFailure(const CurlHandle& used) {
+  complaint_ = used.CertificateComplaint();
+  const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
+  if (identity != nullptr && used.IdentityWasUnreadable()) identity->ForgetPassphrase();
+  if (used.ConnectLimitRanOut()) {
+    session_->WriteOff(std::chrono::steady_clock::now(), rules_.settings.connectTimeoutMilliseconds);
+  }
+}
+
+bool OriginVisit::UnlockIdentity() {
+  const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
+  if (identity == nullptr || state_->origin().scheme != "https" || identity->Unlock()) return true;
+  complaint_ =
+      "The key of the client certificate is locked, and no passphrase was given: " + identity->keyFile();
+  return false;
 }
 
 void OriginVisit::HasFinalAnswer() {

@@ -41,12 +41,15 @@ class OriginVisit {
   /// True when the credentials or the trust have changed since then.
   [[nodiscard]] bool SessionHasEnded();
 
-  /// Performs one exchange. Waits for a place, and after an answer keeps it. See CurlHandle::Send.
+  /// Performs one exchange. Waits for a place, and after an answer keeps it. See CurlHandle::Send. Before all
+  /// that, it may ask the host for a passphrase.
   /// @return also `NoConnection` when there is no memory for a handle, and `TimedOut`, with nothing tried,
   /// when
   ///         a connection was tried in vain a moment ago
   [[nodiscard]] du::http::ErrorCode Send(const OutgoingRequest& request, du::http::FileSink& sink,
                                          int* httpStatus);
+  /// Why the last exchange failed, as a text for traces, where more is known than its code; or empty.
+  [[nodiscard]] const std::string& Complaint() const { return complaint_; }
   /// Gives the place away and keeps the handle: the request goes on, but first a host's function runs, or an
   /// exchange elsewhere.
   void LeavePlace() { place_.reset(); }
@@ -62,6 +65,8 @@ class OriginVisit {
  private:
   [[nodiscard]] du::http::ErrorCode SendInPlace(const OutgoingRequest& request, du::http::FileSink& sink,
                                                 int* httpStatus);
+  [[nodiscard]] bool UnlockIdentity();
+  void NoteFailure(const CurlHandle& used);
   [[nodiscard]] bool IsWrittenOff() const;
   void FollowSession(std::shared_ptr<OriginSession> session);
 
@@ -70,6 +75,7 @@ class OriginVisit {
   std::shared_ptr<OriginSession> session_;
   /// Outlives the handle: who comes next for the place finds the handle there, and needs no new one.
   std::optional<ExchangePlaces::Place> place_;
+  std::string complaint_;
   std::unique_ptr<CurlHandle> handle_;  ///< null until one is needed, and after a failure
 };
 

@@ -16,4 +16,8 @@ std::optional<Redirection> FollowableRedirection(const Origin& from, const std::
   return Redirection{std::move(*origin), RequestTarget(target)};
 }
 
+bool Secures(const Origin& from, const Origin& to) {
+  return from.scheme == "http" && to.scheme == "https" && from.host == to.host;
+}
+
 }  // namespace vtdirect::platform

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform_default/credential_store.h"
+#include "platform/trace.h"
 #include "platform_default/header_lines.h"
 #include "platform_default/redirection.h"
 #include "platform_default/request_target.h"
@@ -30,6 +30,11 @@ const char* OrEmpty(const char* text) {
   return text == nullptr ? "" : text;
 }
 
+void TraceFailure(const Origin& origin, const std::string& complaint) {
+  if (complaint.empty()) return;
+  dp::LXTracer("fenlet", "Transport")(dp::TraceType::Error) << origin.Text() << ": " << complaint << ".\n";
+}
+
 }  // namespace
 
 RequestFlow::RequestFlow(std::shared_ptr<OriginState> home, const du::http::CommonAuth& auth,
@@ -55,10 +60,13 @@ ErrorCode RequestFlow::Run(int* httpStatus) {
     int status = 0;
     const ErrorCode result = Visit().Send(MakeOutgoing(), sink, &status);
     if (result == ErrorCode::TooLarge) *httpStatus = status;
-    if (result != ErrorCode::Done) return result;
+    if (result != ErrorCode::Done) {
+      TraceFailure(origin_, Visit().Complaint());
+      return result;
+    }
     LearnScheme();
     if (!FollowsUp(status)) {
-      visit_.HasFinalAnswer();
+      HasFinalAnswer();
       const ErrorCode delivered = sink.Deliver();
       if (delivered == ErrorCode::Done) *httpStatus = status;
       return delivered;
@@ -71,8 +79,13 @@ ErrorCode RequestFlow::Run(int* httpStatus) {
 bool RequestFlow::HoldsBack(int status) {
   if (MayFollowUp(status)) return true;
   // A large content may take minutes to arrive; whoever waits for this answer needs no more than its head.
-  visit_.HasFinalAnswer();
+  HasFinalAnswer();
   return false;
+}
+
+void RequestFlow::HasFinalAnswer() {
+  visit_.HasFinalAnswer();
+  if (abroad_) abroad_->HasFinalAnswer();
 }
 
 ErrorCode RequestFlow::ReadHeaders() {
@@ -95,28 +108,53 @@ OutgoingRequest RequestFlow::MakeOutgoing() {
   outgoing.headerLines = clientLines_;
   for (const std::string& line : callerLines_) {
     // A nonce or any other line of the caller's speaks to the server it was made for, and to no other.
-    if (!foreign_ || HasHeaderName(line, "Accept")) outgoing.headerLines.push_back(line);
+    if (place_ != Place::Foreign || HasHeaderName(line, "Accept")) outgoing.headerLines.push_back(line);
   }
+  outgoing.asksForCompression = AsksForCompression(outgoing.headerLines);
   AddCredentials(&outgoing);
   return outgoing;
 }
 
+bool RequestFlow::AsksForCompression(const std::vector<std::string>& lines) const {
+  return rules_.settings.compressedAnswers && !ContainsHeader(lines, "Accept-Encoding") &&
+         !ContainsHeader(lines, "Range") && AcceptsJsonOrXml(lines);
+}
+
 void RequestFlow::AddCredentials(OutgoingRequest* outgoing) {
   carried_ = Carried::Nothing;
-  if (foreign_ || ContainsHeader(outgoing->headerLines, "Authorization")) return;
-  std::optional<Credentials> credentials = FindCredentials(origin_);
+  if (place_ == Place::Foreign || ContainsHeader(outgoing->headerLines, "Authorization")) return;
+  std::optional<Credentials> credentials = StandingCredentials();
   if (!credentials) return;
-  if (credentials->isToken) {
-    outgoing->headerLines.push_back("Authorization: Bearer " + credentials->secret);
-    return;
+  switch (credentials->kind) {
+    case CredentialKind::Token:
+      carried_ = Carried::Token;
+      outgoing->headerLines.push_back("Authorization: Bearer " + credentials->secret);
+      break;
+    case CredentialKind::Negotiate:
+      carried_ = Carried::Negotiate;
+      outgoing->authenticationMask = CURLAUTH_NEGOTIATE;
+      break;
+    case CredentialKind::Password:
+      AddPassword(std::move(*credentials), outgoing);
+      break;
   }
+}
+
+void RequestFlow::AddPassword(Credentials credentials, OutgoingRequest* outgoing) {
   carried_ = PasswordRoad(KnownScheme(), body_ != nullptr);
   if (carried_ == Carried::Nothing) return;
-  outgoing->user = std::move(credentials->user);
-  outgoing->password = std::move(credentials->secret);
+  outgoing->user = std::move(credentials.user);
+  outgoing->password = std::move(credentials.secret);
   outgoing->authenticationMask = carried_ == Carried::Basic    ? CURLAUTH_BASIC
                                  : carried_ == Carried::Digest ? CURLAUTH_DIGEST
                                                                : CURLAUTH_BASIC | CURLAUTH_DIGEST;
+}
+
+std::optional<Credentials> RequestFlow::StandingCredentials() const {
+  std::optional<Credentials> own = FindCredentials(origin_);
+  if (own || place_ != Place::Secured || !loginDemanded_) return own;
+  // The host is asked with the address that it knows, the one with http, and sets its answer for that.
+  return FindCredentials(home_);
 }
 
 RequestFlow::Carried RequestFlow::PasswordRoad(PasswordScheme scheme, bool hasBody) const {
@@ -131,17 +169,18 @@ RequestFlow::Carried RequestFlow::PasswordRoad(PasswordScheme scheme, bool hasBo
 }
 
 void RequestFlow::LearnScheme() {
-  if (foreign_) return;
-  const PasswordScheme shown = visit_.LearnScheme();
+  if (place_ == Place::Foreign) return;
+  const PasswordScheme shown = Visit().LearnScheme();
   if (shown != PasswordScheme::Unknown) demanded_ = shown;
 }
 
 PasswordScheme RequestFlow::KnownScheme() const {
-  return demanded_ != PasswordScheme::Unknown ? demanded_ : visit_.KnownScheme();
+  if (demanded_ != PasswordScheme::Unknown) return demanded_;
+  return abroad_ ? abroad_->KnownScheme() : visit_.KnownScheme();
 }
 
 bool RequestFlow::MayFollowUp(int status) const {
-  if (status == unauthorized) return !foreign_ && triesLeft_ > 0;
+  if (status == unauthorized) return place_ != Place::Foreign && triesLeft_ > 0;
   return IsRedirect(status) && redirectsLeft_ > 0;
 }
 
@@ -154,34 +193,45 @@ bool RequestFlow::FollowsUp(int status) {
 bool RequestFlow::FollowsDemand() {
   --triesLeft_;
   // Another thread has answered the same demand meanwhile.
-  if (visit_.SessionHasEnded()) return true;
+  if (Visit().SessionHasEnded()) return true;
+  return HasUntriedCredentials() || (auth_.reauthenticate && auth_.reauthenticate());
+}
+
+bool RequestFlow::HasUntriedCredentials() {
+  const bool knewOfDemand = std::exchange(loginDemanded_, true);
+  const std::optional<Credentials> standing = StandingCredentials();
+  if (!standing) return false;
+  // Those of the http origin count from the first demand on.
+  if (place_ == Place::Secured && !knewOfDemand && !FindCredentials(origin_)) return true;
   // A password may stand that the last try did not carry, or not in the way that the server asks for.
+  if (standing->kind != CredentialKind::Password || standingPasswordTried_) return false;
   const Carried wanted = PasswordRoad(KnownScheme(), body_ != nullptr);
-  const bool untried = carried_ != Carried::WhateverIsAsked && wanted != carried_;
-  if (untried && wanted != Carried::Nothing && !standingPasswordTried_) {
-    const std::optional<Credentials> standing = FindCredentials(origin_);
-    if (standing && !standing->isToken) {
-      standingPasswordTried_ = true;
-      return true;
-    }
-  }
-  return auth_.reauthenticate && auth_.reauthenticate();
+  if (carried_ == Carried::WhateverIsAsked || wanted == carried_ || wanted == Carried::Nothing) return false;
+  standingPasswordTried_ = true;
+  return true;
 }
 
 bool RequestFlow::FollowsRedirect() {
   const std::optional<Redirection> next = FollowableRedirection(origin_, Visit().RedirectUrl());
   if (!next) return false;
   --redirectsLeft_;
-  // Once away, always away: a foreign server could otherwise send us back with an address of its own choice.
-  foreign_ = foreign_ || next->origin != origin_;
-  if (next->origin != origin_) {
-    abroad_.reset();
-    if (next->origin != home_)
-      abroad_.emplace(OriginRegistry::Instance().StateOf(home_, next->origin), rules_);
-  }
-  origin_ = next->origin;
+  if (next->origin != origin_) GoTo(next->origin);
   target_ = next->target;
   return true;
+}
+
+void RequestFlow::GoTo(const Origin& next) {
+  // Once away, always away: a foreign server could otherwise send us back with an address of its own choice.
+  const bool secures = place_ == Place::Home && Secures(origin_, next);
+  place_ = secures ? Place::Secured : Place::Foreign;
+  abroad_.reset();
+  // On its own host the request is as much at home as one that was made for https. Elsewhere it is a guest.
+  if (next != home_)
+    abroad_.emplace(OriginRegistry::Instance().StateOf(secures ? next : home_, next), rules_);
+  origin_ = next;
+  demanded_ = PasswordScheme::Unknown;
+  loginDemanded_ = false;
+  standingPasswordTried_ = false;
 }
 
 }  // namespace vtdirect::platform

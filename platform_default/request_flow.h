@@ -7,6 +7,7 @@
 
 #include "platform/http.h"
 #include "platform/http_settings.h"
+#include "platform_default/credential_store.h"
 #include "platform_default/origin_registry.h"
 #include "platform_default/origin_visit.h"
 
@@ -26,14 +27,23 @@ class RequestFlow {
   [[nodiscard]] du::http::ErrorCode Run(int* httpStatus);
 
  private:
-  /// How the last try carried a password.
-  enum class Carried { Nothing, Basic, Digest, WhateverIsAsked };
+  /// What the last try carried to log in.
+  enum class Carried { Nothing, Basic, Digest, WhateverIsAsked, Token, Negotiate };
+  /// Where redirects have led to.
+  enum class Place {
+    Home,     ///< the server's own origin
+    Secured,  ///< the server's own host, from http to https
+    Foreign,  ///< any other origin, or back from there
+  };
 
   [[nodiscard]] du::http::ErrorCode ReadHeaders();
   [[nodiscard]] OriginVisit& Visit() { return abroad_ ? *abroad_ : visit_; }
   [[nodiscard]] bool HoldsBack(int status);
   [[nodiscard]] OutgoingRequest MakeOutgoing();
+  [[nodiscard]] bool AsksForCompression(const std::vector<std::string>& lines) const;
   void AddCredentials(OutgoingRequest* outgoing);
+  void AddPassword(Credentials credentials, OutgoingRequest* outgoing);
+  [[nodiscard]] std::optional<Credentials> StandingCredentials() const;
   [[nodiscard]] PasswordScheme KnownScheme() const;
   [[nodiscard]] Carried PasswordRoad(PasswordScheme scheme, bool hasBody) const;
   void LearnScheme();
@@ -41,7 +51,10 @@ class RequestFlow {
   [[nodiscard]] bool MayFollowUp(int status) const;
   [[nodiscard]] bool FollowsUp(int status);
   [[nodiscard]] bool FollowsDemand();
+  [[nodiscard]] bool HasUntriedCredentials();
   [[nodiscard]] bool FollowsRedirect();
+  void GoTo(const Origin& next);
+  void HasFinalAnswer();
 
   const du::http::CommonAuth& auth_;
   const du::http::Request& request_;
@@ -55,11 +68,12 @@ class RequestFlow {
   std::vector<std::string> callerLines_;
   Origin origin_;
   std::string target_;
-  bool foreign_ = false;  ///< a redirect has led away from the server's own origin, be it back again too
+  Place place_ = Place::Home;
   Carried carried_ = Carried::Nothing;
   /// What this request itself was shown. New credentials end the session and what that has learned, but the
   /// demand that they answer still stands.
   PasswordScheme demanded_ = PasswordScheme::Unknown;
+  bool loginDemanded_ = false;  ///< by the origin that the request is at
   bool standingPasswordTried_ = false;
   int triesLeft_;
   int redirectsLeft_;

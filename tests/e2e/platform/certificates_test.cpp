@@ -42,7 +42,7 @@ class Certificates : public testing::Test {
   static Context ContextWith(const std::string& file) {
     Context context(SSL_CTX_new(TLS_client_method()));
     vtdirect::platform::TrustSource source{file, ""};
-    const CURLcode result = vtdirect::platform::GiveCertificates(nullptr, context.get(), &source);
+    const CURLcode result = vtdirect::platform::GiveCertificates(context.get(), source);
     EXPECT_TRUE(result == CURLE_OK || result == CURLE_SSL_CACERT_BADFILE) << result;
     return result == CURLE_OK ? std::move(context) : nullptr;
   }

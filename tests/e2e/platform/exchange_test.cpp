@@ -56,8 +56,8 @@ TEST_F(Exchange, SendsExactlyTheLinesThatWereGiven) {
   asking.headers = "OData-Version: 4.0\r\nAccept: application/json";
   FetchFrom(server.Url(), asking);
   const WireRequest request = server.requests().at(0);
-  EXPECT_THAT(request.HeaderNames(),
-              ElementsAre("Host", "User-Agent", "X-Zvk-Connected", "OData-Version", "Accept"));
+  EXPECT_THAT(request.HeaderNames(), ElementsAre("Host", "User-Agent", "Accept-Encoding", "X-Zvk-Connected",
+                                                 "OData-Version", "Accept"));
   EXPECT_EQ(request.Header("X-Zvk-Connected"), "1");
   EXPECT_EQ(request.Header("Accept"), "application/json");
   EXPECT_EQ(request.Header("User-Agent").substr(0, 9), "VtDirect/");
@@ -81,8 +81,8 @@ TEST_F(Exchange, PostsWithALengthAndTheGivenLinesOnly) {
   const WireRequest request = server.requests().at(0);
   EXPECT_EQ(request.method, "POST");
   EXPECT_EQ(request.body, body);
-  EXPECT_THAT(request.HeaderNames(), ElementsAre("Host", "User-Agent", "X-Zvk-Connected", "Content-Type",
-                                                 "Accept", "X-Nonce", "Content-Length"));
+  EXPECT_THAT(request.HeaderNames(), ElementsAre("Host", "User-Agent", "Accept-Encoding", "X-Zvk-Connected",
+                                                 "Content-Type", "Accept", "X-Nonce", "Content-Length"));
   EXPECT_EQ(request.Header("Content-Length"), "7");
 }
 

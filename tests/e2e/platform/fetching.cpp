@@ -72,6 +72,14 @@ void UseShortLimits() {
   settings.firstByteAfterBodyTimeoutSeconds = 1;
   du::http::SetTransportSettings(settings);
   du::http::ClearAllCredentials();
+  du::http::ClearAllClientCertificates();
+  du::http::ClearProxyCredentials();
+}
+
+void Trust(const std::string& certificateFile) {
+  du::http::TransportSettings settings = du::http::GetTransportSettings();
+  settings.certificateAuthorityFile = certificateFile;
+  du::http::SetTransportSettings(settings);
 }
 
 }  // namespace vtdirect_test

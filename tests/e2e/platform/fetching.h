@@ -39,4 +39,7 @@ std::unique_ptr<du::http::Connection> Connect(const std::string& url);
 /// credentials of an earlier one.
 void UseShortLimits();
 
+/// Trusts these certificates from now on, and no others.
+void Trust(const std::string& certificateFile);
+
 }  // namespace vtdirect_test

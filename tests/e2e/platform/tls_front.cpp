@@ -37,9 +37,18 @@ void Hurry(int socket) {
   setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &one, sizeof one);
 }
 
+/// Drops what a client still sends until it closes, a second at most.
+void WaitForEnd(int socket) {
+  const timeval second{1, 0};
+  setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &second, sizeof second);
+  std::array<char, 4096> piece;
+  while (recv(socket, piece.data(), piece.size(), 0) > 0) {
+  }
+}
+
 }  // namespace
 
-TlsFront::TlsFront(const std::string& directory, const std::string& name, int port)
+TlsFront::TlsFront(const std::string& directory, const std::string& name, int port, const TlsDemand& demand)
     : context_(SSL_CTX_new(TLS_server_method())), plainPort_(port) {
   signal(SIGPIPE, SIG_IGN);  // a client may go while it is written to
   const std::string base = directory + "/" + name;
@@ -47,6 +56,7 @@ TlsFront::TlsFront(const std::string& directory, const std::string& name, int po
       SSL_CTX_use_PrivateKey_file(context_.get(), (base + ".key").c_str(), SSL_FILETYPE_PEM) != 1) {
     throw std::runtime_error("no certificate " + base);
   }
+  Demand(demand);
   listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address = Loopback(0);
   socklen_t length = sizeof address;
@@ -56,6 +66,18 @@ TlsFront::TlsFront(const std::string& directory, const std::string& name, int po
   }
   port_ = ntohs(address.sin_port);
   acceptor_ = std::thread([this] { Accept(); });
+}
+
+void TlsFront::Demand(const TlsDemand& demand) {
+  SSL_CTX_set_max_proto_version(context_.get(), demand.highestVersion);
+  if (demand.clientCertificate.empty()) return;
+  if (SSL_CTX_load_verify_file(context_.get(), demand.clientCertificate.c_str()) != 1) {
+    throw std::runtime_error("no certificate " + demand.clientCertificate);
+  }
+  SSL_CTX_set_verify(context_.get(), SSL_VERIFY_PEER | SSL_VERIFY_FAIL_IF_NO_PEER_CERT, nullptr);
+  const std::string context = "front";
+  SSL_CTX_set_session_id_context(context_.get(), reinterpret_cast<const unsigned char*>(context.data()),
+                                 static_cast<unsigned>(context.size()));
 }
 
 TlsFront::~TlsFront() {
@@ -90,6 +112,11 @@ void TlsFront::Serve(int socket) {
       close(plain);
     }
     SSL_shutdown(tls);
+  } else {
+    // A request that is on its way already would turn the end of the connection into a reset, and the reset
+    // could overtake the alert.
+    shutdown(socket, SHUT_WR);
+    WaitForEnd(socket);
   }
   SSL_free(tls);
   close(socket);

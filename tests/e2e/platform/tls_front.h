@@ -10,13 +10,19 @@
 
 namespace vtdirect_test {
 
+/// What a TlsFront wants of its clients.
+struct TlsDemand {
+  std::string clientCertificate;  ///< PEM file; nobody gets in without this certificate. Empty: anybody does
+  int highestVersion = 0;         ///< TLS1_2_VERSION for instance; 0: the newest
+};
+
 /// Speaks TLS on 127.0.0.1 and passes all bytes on to a plain server there, for any number of connections at
 /// a time. Certificates: see MakeCertificate.
 class TlsFront {
  public:
   /// @param directory  holds "<name>.pem" and "<name>.key"
   /// @param port       of the plain server
-  TlsFront(const std::string& directory, const std::string& name, int port);
+  TlsFront(const std::string& directory, const std::string& name, int port, const TlsDemand& demand = {});
   ~TlsFront();
   TlsFront(const TlsFront&) = delete;
   TlsFront& operator=(const TlsFront&) = delete;
@@ -32,6 +38,7 @@ class TlsFront {
   struct ContextFreer {
     void operator()(SSL_CTX* context) const { SSL_CTX_free(context); }
   };
+  void Demand(const TlsDemand& demand);
   void Accept();
   void Serve(int socket);
   void Pump(SSL* tls, int socket, int plain);

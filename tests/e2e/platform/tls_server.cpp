@@ -50,6 +50,24 @@ std::string MakeCertificate(const std::string& directory, const std::string& nam
   return directory + "/" + name + ".pem";
 }
 
+std::string MakeLockedKey(const std::string& directory, const std::string& name,
+                          const std::string& passphrase) {
+  const std::string locked = name + ".locked.key";
+  if (!Run(directory, {"openssl", "pkcs8", "-topk8", "-in", name + ".key", "-out", locked, "-passout",
+                       "pass:" + passphrase})) {
+    throw std::runtime_error("openssl locked no key");
+  }
+  return directory + "/" + locked;
+}
+
+std::string MakePkcs12(const std::string& directory, const std::string& name, const std::string& passphrase) {
+  if (!Run(directory, {"openssl", "pkcs12", "-export", "-in", name + ".pem", "-inkey", name + ".key", "-out",
+                       name + ".p12", "-passout", "pass:" + passphrase})) {
+    throw std::runtime_error("openssl made no PKCS#12 file");
+  }
+  return directory + "/" + name + ".p12";
+}
+
 TlsServer::TlsServer(const std::string& directory, const std::string& name) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");

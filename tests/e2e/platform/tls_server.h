@@ -12,6 +12,13 @@ bool HaveOpenSsl();
 std::string MakeCertificate(const std::string& directory, const std::string& name,
                             const std::string& subjectName);
 
+/// Writes the key of such a certificate once more, locked with a passphrase, as "<name>.locked.key".
+std::string MakeLockedKey(const std::string& directory, const std::string& name,
+                          const std::string& passphrase);
+
+/// Writes such a certificate and its key into one PKCS#12 file, "<name>.p12".
+std::string MakePkcs12(const std::string& directory, const std::string& name, const std::string& passphrase);
+
 /// A TLS server on 127.0.0.1 that answers "GET /name" with the file of that name, which holds a whole answer,
 /// header included.
 class TlsServer {
