@@ -10,6 +10,7 @@
 #include "hosts/cli/environment.h"
 #include "hosts/cli/files/local_text_file.h"
 #include "hosts/cli/files/temporary_files.h"
+#include "hosts/cli/servers/server_access.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
@@ -83,6 +84,7 @@ std::optional<Failure> Host::SetUp(const CommandRow& command, const Arguments& a
   if (arguments.Has("cad")) VtDirectManager::SetAppConfig(VtDirectManager::ConfigBrowseCadDocuments, "on");
   VtDirectManager::RegisterAuth(AnswerDemand);
   VtDirectManager::UpdateServerList(configuration_.servers);
+  if (auto failure = SetAccess(command, arguments)) return failure;
   return LimitCommand(command, arguments);
 }
 
@@ -101,18 +103,64 @@ std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
   return ConfigurationFault(configuration_);
 }
 
+std::vector<std::string> Host::ServersOf(const CommandRow& command, const Arguments& arguments) const {
+  std::vector<std::string> urls;
+  for (const OperandRow& operand : command.operands) {
+    for (const std::string& text : arguments.All(operand.name)) {
+      const std::string url = ServerOfOperand(configuration_.servers, text);
+      if (!url.empty()) urls.push_back(url);
+    }
+  }
+  return urls;
+}
+
+std::optional<Failure> Host::SetAccess(const CommandRow& command, const Arguments& arguments) {
+  ServerAccess access{configuration_, {}, namedUrls_, ServersOf(command, arguments), {}};
+  access.listed.insert(access.listed.end(), access.used.begin(), access.used.end());
+  access.commandLine.authorityFile = arguments.Text("ca-file");
+  access.commandLine.clientCertificate = arguments.Text("client-cert");
+  access.commandLine.clientKey = arguments.Text("client-key");
+  access.commandLine.proxy = arguments.Text("proxy");
+  if (arguments.Has("client-key") && !arguments.Has("client-cert")) {
+    return Failure{ExitCode::Usage, "--client-key takes --client-cert beside it"};
+  }
+  if (arguments.Has("proxy")) {
+    if (const auto fault = ProxyFault(arguments.Text("proxy"))) return Failure{ExitCode::Usage, *fault};
+  }
+  const bool mayAsk = !arguments.Has("no-prompt");
+  access.passphrase = [this, mayAsk](const std::string& url, const std::string& keyFile) {
+    return AskPassphrase(url, keyFile, mayAsk);
+  };
+  if (auto failure = ApplyServerAccess(access)) return failure;
+  const std::string user = Environment("VTDIRECT_PROXY_USER");
+  if (!user.empty()) du::http::SetProxyCredentials(user, Environment("VTDIRECT_PROXY_PASSWORD"));
+  return std::nullopt;
+}
+
+std::optional<std::string> Host::AskPassphrase(const std::string& url, const std::string& keyFile,
+                                               bool mayAskUser) {
+  const std::string known = Environment("VTDIRECT_KEY_PASSPHRASE");
+  if (!known.empty()) return known;
+  const auto origin = OriginOf(url);
+  if (const auto helper = origin ? HelperOf(*origin) : std::nullopt) {
+    std::string fault;
+    // As git's helpers are told of a certificate.
+    const HelperFields fields = helper->Get({{"protocol", "cert"}, {"path", keyFile}}, fault);
+    if (!fault.empty()) output_.Warning(fault);
+    if (!ValueOf(fields, "password").empty()) return ValueOf(fields, "password");
+  }
+  return mayAskUser ? PromptForPassphrase(keyFile) : std::nullopt;
+}
+
 // A command that works with several servers has the shortest time of them.
 std::optional<Failure> Host::LimitCommand(const CommandRow& command, const Arguments& arguments) {
   long seconds = 0;
   if (auto failure = ReadSecondsOption(arguments, "max-time", seconds)) return failure;
   if (!command.makesRequests) return std::nullopt;
   if (!arguments.Has("max-time")) {
-    for (const OperandRow& operand : command.operands) {
-      for (const std::string& text : arguments.All(operand.name)) {
-        const std::string url = ServerOfOperand(configuration_.servers, text);
-        const auto limit = SettingsFor(configuration_, url).maxTime;
-        if (limit && (seconds == 0 || *limit < seconds)) seconds = *limit;
-      }
+    for (const std::string& url : ServersOf(command, arguments)) {
+      const auto limit = SettingsFor(configuration_, url).maxTime;
+      if (limit && (seconds == 0 || *limit < seconds)) seconds = *limit;
     }
   }
   if (seconds == 0) return std::nullopt;
@@ -135,15 +183,6 @@ std::optional<Failure> Host::SetTransport(const Arguments& arguments) {
   }
   settings.connectTimeoutMilliseconds = connectSeconds * 1000;
   settings.authenticationTries = kAuthenticationTries;
-  if (arguments.Has("ca-file")) {
-    settings.certificateAuthorityFile = arguments.Text("ca-file");
-    std::string ignored;
-    if (const int error = ReadLocalTextFile(settings.certificateAuthorityFile, ignored);
-        error != 0 && error != EFBIG) {
-      return Failure{ExitCode::LocalFile,
-                     "cannot read " + settings.certificateAuthorityFile + ": " + std::strerror(error)};
-    }
-  }
   du::http::SetTransportSettings(settings);
   return std::nullopt;
 }

@@ -49,6 +49,11 @@ class Host {
  private:
   [[nodiscard]] std::optional<Failure> LoadServers(const Arguments& arguments);
   [[nodiscard]] std::optional<Failure> LimitCommand(const CommandRow& command, const Arguments& arguments);
+  [[nodiscard]] std::optional<Failure> SetAccess(const CommandRow& command, const Arguments& arguments);
+  [[nodiscard]] std::vector<std::string> ServersOf(const CommandRow& command,
+                                                   const Arguments& arguments) const;
+  [[nodiscard]] std::optional<std::string> AskPassphrase(const std::string& url, const std::string& keyFile,
+                                                         bool mayAskUser);
   [[nodiscard]] std::optional<CredentialHelper> HelperOf(const Origin& origin) const;
   [[nodiscard]] HelperAnswer AskHelper(const Origin& origin, const std::string& user);
   [[nodiscard]] std::optional<Failure> SetTransport(const Arguments& arguments);

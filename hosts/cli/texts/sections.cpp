@@ -81,13 +81,17 @@ std::span<const SectionRow> Sections() {
        "number) and message. Bytes that are no UTF-8 become U+FFFD."},
       {"ENVIRONMENT",
        "  VTDIRECT_TOKEN, VTDIRECT_USER, VTDIRECT_PASSWORD, NETRC: see CREDENTIALS\n"
+       "  VTDIRECT_KEY_PASSPHRASE: the passphrase of a locked key of --client-cert or client_cert; without "
+       "it the credential helper is asked (protocol=cert, path=), then the terminal\n"
+       "  VTDIRECT_PROXY_USER, VTDIRECT_PROXY_PASSWORD: for a proxy that wants them; they go to no server\n"
        "  XDG_CONFIG_HOME, HOME: where the configuration file and the netrc file are looked for\n"
        "  XDG_STATE_HOME, HOME: where checkouts are kept, see checkouts\n"
        "  TMPDIR: where temporary files go, /tmp without it; content for standard output needs room "
        "there\n"
        "  FENLOOM_TRACE: what --trace takes, for when it isn't given\n"
        "  FENLOOM_LANGUAGE, LC_ALL, LC_MESSAGES, LANG: the language of the fixed words in paths\n"
-       "  https_proxy, http_proxy, all_proxy, no_proxy: the way to the server\n"
+       "  https_proxy, http_proxy, all_proxy, no_proxy: the way to the server, unless --proxy or a server's "
+       "section says it\n"
        "  FENLOOM_XLIFF_BOUNDED_FOLDER_SCAN: see below\n\n"
        "vtdirect sets FENLOOM_XLIFF_BOUNDED_FOLDER_SCAN to 1 for itself when it isn't in the environment. "
        "Without it the library never ends its search for the folder of a first source XLIFF on a server "
