@@ -7,6 +7,7 @@
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/content_download.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/storing/document_place.h"
@@ -97,12 +98,22 @@ void UpdateBook(Host& host, const Put& put) {
   }
 }
 
+// The server has the file's bytes now, so a later get may replace it.
+void RecordStored(Host& host, const Put& put) {
+  FetchRecord record;
+  record.address = put.request.address;
+  record.uid = put.uid;
+  const LocalSource& source = put.request.content;
+  if (Measure(source.path, record) && IsUnchanged(source)) RecordFetch(host, source.path, record);
+}
+
 void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
   put.checkedIn = put.outcome.checkedIn;
   if (put.checkedIn) WarnOfLeftWorkspace(host);
   report.Tell("the file is stored; the UID to go on with is " + put.uid);
   put.state = ReadCheckoutState(put.uid);
   UpdateBook(host, put);
+  RecordStored(host, put);
   for (const std::string& name : MissingLinks(put.checkedIn ? put.uid : ByOwnId(put.uid), put.links)) {
     host.output().Warning("the document has no link " + name + ", though the server was told of it");
   }
