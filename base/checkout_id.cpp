@@ -1,6 +1,6 @@
 #include "base/checkout_id.h"
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
@@ -32,7 +32,8 @@ bool IsValidForCheckout(const CheckoutId& id) {
 bool ParseValidCheckoutId(const char* text, CheckoutId& id) {
   id = ParseCheckoutId(text);
   if (IsValidForCheckout(id)) return true;
-  VtDirectTracer()(dp::TraceType::Error, "Bad id data for checkout %s\n", text != nullptr ? text : "");
+  TracerFor({FailureKind::NotFound})(dp::TraceType::Error, "Bad id data for checkout %s\n",
+                                     text != nullptr ? text : "");
   return false;
 }
 

@@ -32,6 +32,7 @@ struct Failure {
   std::string url;
   bool mayHaveHappened = false;
   bool follows = false;  ///< only tells what an entry before it led to
+  bool aside = false;    ///< did not decide how the call ended
 };
 
 }  // namespace lxservices::cms_interface

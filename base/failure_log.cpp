@@ -89,8 +89,11 @@ FailureListeners::~FailureListeners() {
 void ReportFailure(Failure failure) {
   if (thisThread.innermost == nullptr) return;
   if (failure.step.empty() && thisThread.step != nullptr) failure.step = thisThread.step;
-  ++thisThread.reports;
-  thisThread.lastKind = failure.kind;
+  failure.aside = thisThread.asides > 0;
+  if (!failure.aside) {
+    ++thisThread.reports;
+    thisThread.lastKind = failure.kind;
+  }
   for (const FailureListener* at = thisThread.innermost; at != nullptr; at = at->outer()) {
     if (const auto log = at->log().lock()) log->Add(failure);
   }

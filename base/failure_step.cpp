@@ -1,5 +1,8 @@
 #include "base/failure_step.h"
 
+#include <utility>
+
+#include "base/failure_log.h"
 #include "base/failure_thread.h"
 
 namespace lxservices::cms_interface {
@@ -11,6 +14,14 @@ FailureStep::FailureStep(const char* words) noexcept : before_(ThisFailureThread
 
 FailureStep::~FailureStep() {
   ThisFailureThread().step = before_;
+}
+
+FailureAside::FailureAside() noexcept {
+  ++ThisFailureThread().asides;
+}
+
+FailureAside::~FailureAside() {
+  --ThisFailureThread().asides;
 }
 
 FailureMark::FailureMark() noexcept : count_(ThisFailureThread().reports) {}
@@ -25,6 +36,14 @@ Reason Follows() noexcept {
 
 Reason FollowsOr(const FailureMark& mark, FailureKind kind) noexcept {
   return mark.ReportedSince() ? Follows() : Reason{kind, false};
+}
+
+void ReportReason(const Reason& reason) {
+  if (!FailuresAreCollected()) return;
+  Failure failure;
+  failure.kind = reason.kind;
+  failure.follows = reason.follows;
+  ReportFailure(std::move(failure));
 }
 
 }  // namespace lxservices::cms_interface

@@ -21,7 +21,18 @@ class FailureStep {
   const char* before_;
 };
 
-/// Remembers how far this thread has reported, to tell later whether it has reported since.
+/// While it lives, what this thread reports is said aside: it does not decide how the call ends. For
+/// clean-up, and for looks whose failure leaves a default.
+class FailureAside {
+ public:
+  FailureAside() noexcept;
+  ~FailureAside();
+  FailureAside(const FailureAside&) = delete;
+  FailureAside& operator=(const FailureAside&) = delete;
+};
+
+/// Remembers how far this thread has reported, to tell later whether it has reported since; what was said
+/// aside does not count.
 class FailureMark {
  public:
   FailureMark() noexcept;
@@ -42,5 +53,8 @@ struct Reason {
 
 /// The reason of what follows from a failure since the mark; without one, a reason of its own.
 [[nodiscard]] Reason FollowsOr(const FailureMark& mark, FailureKind kind) noexcept;
+
+/// Reports a reason for the step that runs. For a failure that is traced see base/failure_trace.h.
+void ReportReason(const Reason& reason);
 
 }  // namespace lxservices::cms_interface

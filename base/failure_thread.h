@@ -12,7 +12,8 @@ class FailureListener;
 struct FailureThread {
   FailureListener* innermost = nullptr;  ///< null while nobody collects
   const char* step = nullptr;            ///< of base/failure_step.h; null outside every step
-  std::uint64_t reports = 0;             ///< how many entries this thread has reported
+  int asides = 0;                        ///< how many FailureAside objects there are
+  std::uint64_t reports = 0;             ///< how many entries this thread has reported, asides apart
   FailureKind lastKind = FailureKind::Refused;
 };
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "browsing/contexts.h"
 #include "browsing/object_query.h"
 #include "connection/url_escape.h"
@@ -16,19 +16,21 @@ namespace {
 
 // Only the name is escaped; the blanks and the apostrophes of the filter go out as they stand.
 bool QueryByCadName(ServerContext& server, const std::string& cadName, std::vector<RestItem>& rows) {
+  const FailureStep step("search by name");
   return QueryObjects(server, "vn.epm.EPMDocument", "number", "CADName eq '" + EscapeForUrl(cadName) + "'",
                       rows);
 }
 
-void TraceNoneFound(const std::string& cadName) {
-  VtDirectTracer()(dp::TraceType::Error, "Failed find any document with CADName %s", cadName.c_str());
+void TraceNoneFound(const FailureMark& mark, const std::string& cadName) {
+  TracerFor(FollowsOr(mark, FailureKind::NotFound))(
+      dp::TraceType::Error, "Failed find any document with CADName %s", cadName.c_str());
 }
 
 bool ReadFound(ServerContext& server, const std::string& cadName, const std::string& id,
                DocumentRecord& record) {
   if (ReadDocument(server, id, record) == Ok) return true;
-  VtDirectTracer()(dp::TraceType::Error, "Failed get document with CADName %s id %s", cadName.c_str(),
-                   id.c_str());
+  TracerFor(Follows())(dp::TraceType::Error, "Failed get document with CADName %s id %s", cadName.c_str(),
+                       id.c_str());
   return false;
 }
 
@@ -65,9 +67,11 @@ bool IsOlder(const DocumentRecord& left, const DocumentRecord& right) {
 }  // namespace
 
 bool FindDocumentByCadName(ServerContext& server, const std::string& cadName, DocumentRecord& record) {
+  const FailureStep step("find a document by its name");
+  const FailureMark mark;
   std::vector<RestItem> rows;
   if (!QueryByCadName(server, cadName, rows) || rows.empty()) {
-    TraceNoneFound(cadName);
+    TraceNoneFound(mark, cadName);
     return false;
   }
   return ReadFound(server, cadName, rows.front().id, record);
@@ -76,22 +80,28 @@ bool FindDocumentByCadName(ServerContext& server, const std::string& cadName, Do
 std::size_t FindDocumentByCadNameInContext(ServerContext& server, const std::string& cadName,
                                            ContextKind kind, const std::string& contextName,
                                            DocumentRecord& record) {
+  const FailureStep step("find a document by its name");
+  const FailureMark mark;
   std::vector<RestItem> rows;
   if (!QueryByCadName(server, cadName, rows)) return 0;
   if (rows.empty()) {
-    TraceNoneFound(cadName);
+    TraceNoneFound(mark, cadName);
     return 0;
   }
   if (rows.size() == 1) return ReadFound(server, cadName, rows.front().id, record) ? 1 : 0;
   ContextRecord context;
   if (!FindContext(server, kind, contextName, context)) {
-    VtDirectTracer()(dp::TraceType::Miss, "Failed to read dir %s\n", contextName.c_str());
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to read dir %s\n",
+                                                      contextName.c_str());
     return 0;
   }
   const std::size_t count = FindAmongNumbers(server, NumbersOf(rows), context.id, record);
   // Several numbers are worth a line and no failure: the smallest has been taken.
   if (count != 1) {
-    VtDirectTracer()(dp::TraceType::Error, "Found %zu document with CADName %s", count, cadName.c_str());
+    const Reason reason =
+        count == 0 ? FollowsOr(mark, FailureKind::NotFound) : Reason{FailureKind::Ambiguous};
+    const auto aside = count > 1 ? std::make_unique<FailureAside>() : nullptr;
+    TracerFor(reason)(dp::TraceType::Error, "Found %zu document with CADName %s", count, cadName.c_str());
   }
   return count;
 }
@@ -103,7 +113,8 @@ bool FindLatestDocumentByNumber(ServerContext& server, const std::string& number
   DocumentRecord* best = &documents.front();
   for (DocumentRecord& document : documents) {
     if (document.master.id != best->master.id) {
-      VtDirectTracer()(dp::TraceType::Error, "Found multiple docs with the same number %s", number.c_str());
+      TracerFor({FailureKind::Ambiguous})(dp::TraceType::Error, "Found multiple docs with the same number %s",
+                                          number.c_str());
       return false;
     }
     if (IsOlder(*best, document)) best = &document;

@@ -1,5 +1,6 @@
 #include "browsing/containers.h"
 
+#include "base/failure_step.h"
 #include "browsing/odata_rows.h"
 #include "connection/json_members.h"
 #include "connection/url_escape.h"
@@ -12,6 +13,7 @@ constexpr const char* containersPath = "servlet/odata/v5/DataAdmin/Containers";
 }  // namespace
 
 std::string FindContainerId(ServerContext& server, const std::string& name, const char* type) {
+  const FailureStep step("find the context");
   std::string path = containersPath;
   if (type != nullptr && *type != '\0') path.append("/").append(type);
   path += "?$select=ID&$filter=" + EscapeForUrl("Name eq '" + name + "'");
@@ -30,10 +32,12 @@ std::string FindContainerId(ServerContext& server, const std::string& name, cons
     }
     return true;
   });
+  if (ambiguous) ReportReason({FailureKind::Ambiguous});
   return ambiguous ? std::string() : id;
 }
 
 bool ListContainers(ServerContext& server, const char* type, const DirEntryCallback& callback) {
+  const FailureStep step("list the contexts");
   const std::string path = std::string(containersPath) + "/" + type + "?$select=ID,Name";
   return VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {

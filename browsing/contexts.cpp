@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/failure_step.h"
 #include "browsing/containers.h"
 #include "browsing/dir_entry.h"
 #include "connection/url_escape.h"
@@ -32,11 +33,13 @@ bool ReadContextRows(ServerContext& server, ContextKind kind, std::vector<RestIt
 }  // namespace
 
 bool ListAllContexts(ServerContext& server, std::vector<RestItem>& rows) {
+  const FailureStep step("list the contexts");
   return ReadRestItems(server.http(), contextsPath, rows, true, nullptr);
 }
 
 bool ListContextsByKind(ServerContext& server, const char* word, std::vector<RestItem>& rows,
                         Status* status) {
+  const FailureStep step("list the contexts");
   const std::string path = std::string(contextsPath) + "?type=" + EscapeForUrl(word);
   return ReadRestItems(server.http(), path, rows, true, status);
 }

@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <string>
 
+#include "base/failure_step.h"
 #include "browsing/contexts.h"
 #include "browsing/dir_entry.h"
 #include "browsing/folder_contents.h"
@@ -74,6 +75,7 @@ bool ListSections(const DirEntryCallback& callback, ReadDirFlags flags) {
 
 bool ListDirectory(ServerContext& server, const char* path, const DirEntryCallback& callback,
                    ReadDirFlags flags) {
+  const FailureStep step("list the directory");
   if (path == nullptr || *path == '\0') return ListRootDirs(callback, flags);
   const Listing listing{server, callback, flags};
   const ParsedVfsPath parsed = SplitDirectoryPath(path);

@@ -1,6 +1,7 @@
 #include <string>
 #include <utility>
 
+#include "base/failure_step.h"
 #include "browsing/contexts.h"
 #include "browsing/directory_listing.h"
 #include "browsing/folder_contents.h"
@@ -66,6 +67,7 @@ DirLister OpenWorkspacesSection(ServerContext& server, const ParsedVfsPath& path
 }  // namespace
 
 DirLister OpenDirectory(ServerContext& server, const char* path) {
+  const FailureStep step("open the directory");
   if (path == nullptr || *path == '\0') return ListRootDirs;
   const ParsedVfsPath parsed = SplitDirectoryPath(path);
   if (parsed.kind == ContextKind::None) return {};

@@ -3,8 +3,8 @@
 #include <string_view>
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "browsing/latest_version.h"
 #include "documents/reading/document_reads.h"
 
@@ -64,7 +64,7 @@ Status GetDocumentDetails(ServerContext& server, const char* id, DocumentQuery& 
   const DocumentRecord& record = asked.record;
   const Status status = ReadDocument(server, asked.id, asked.record);
   if (status != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return status;
   }
   if (query.current != nullptr) {

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/failure_step.h"
 #include "browsing/odata_rows.h"
 #include "connection/json_members.h"
 #include "connection/url_escape.h"
@@ -23,6 +24,7 @@ std::optional<DocCandidate> ReadCandidate(const rapidjson::Value& row) {
 }
 
 std::vector<DocCandidate> Search(ServerContext& server, const std::string& path) {
+  const FailureStep step("find the newest version");
   std::vector<DocCandidate> candidates;
   VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {
@@ -60,6 +62,7 @@ std::vector<DocCandidate> SearchDynamicDocumentsV1(ServerContext& server, const 
 
 VersionEntry SearchFolderByCadName(ServerContext& server, const std::string& cadName,
                                    const std::string& resource) {
+  const FailureStep step("search by name");
   // Unlike in the searches above the whole filter is escaped here, blanks and apostrophes included: the
   // service that answers for folders wants it so, and the name is not escaped twice.
   const std::string path = "servlet/odata/v4/DataAdmin/" + resource +

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/file_name.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "browsing/context_kind.h"
 #include "browsing/document_details.h"
 #include "browsing/vfs_tree.h"
@@ -25,9 +25,10 @@ std::string SectionPath(const DocumentRecord& record, VfsNameId section) {
 
 std::string PathInWorkspace(ServerContext& server, const DocumentRecord& record,
                             const std::string& workspaceId, const char* id, bool folderOnly) {
+  const FailureStep step("find the path");
   WorkspaceList workspaces;
   if (!ListUserWorkspaces(server, record.contextId, workspaces)) {
-    VtDirectTracer()(dp::TraceType::Miss, "Failed to find workspace for %s", id);
+    TracerFor(Follows())(dp::TraceType::Miss, "Failed to find workspace for %s", id);
     return {};
   }
   const auto hit = std::find_if(workspaces.begin(), workspaces.end(), [&](const WorkspaceRecord& workspace) {
@@ -69,7 +70,7 @@ std::string FindDocumentPath(ServerContext& server, const char* id, bool folderO
   const CheckoutId parsed = ParseCheckoutId(id);
   DocumentRecord record;
   if (ReadDocument(server, parsed.field0, record) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return {};
   }
   if (const std::string workspaceId = WorkspaceOf(parsed); !workspaceId.empty()) {

@@ -1,7 +1,7 @@
 #include "browsing/file_location.h"
 
 #include "base/checkout_id.h"
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "browsing/cad_name_search.h"
 #include "browsing/document_details.h"
 #include "browsing/document_search.h"
@@ -17,7 +17,8 @@ std::string FindThroughFolder(ServerContext& server, const std::string& cadName,
                               const std::string& contextName) {
   const char* type = ODataTypeOf(kind);
   if (type == nullptr) {
-    VtDirectTracer()(dp::TraceType::Miss, "unhandled context type %d", static_cast<int>(kind));
+    TracerFor({FailureKind::NotFound})(dp::TraceType::Miss, "unhandled context type %d",
+                                       static_cast<int>(kind));
     return {};
   }
   const std::string resource = ResolveFolderResource(server, contextName, type, folderPath);
@@ -40,13 +41,16 @@ std::string NewestVersionOf(ServerContext& server, const std::string& id) {
 
 std::string FindFileInFolder(ServerContext& server, const std::string& cadName, const std::string& folderPath,
                              ContextKind kind, const std::string& contextName) {
+  const FailureStep step("find the file");
+  const FailureMark mark;
   if (!ForceLegacyFileBrowse() && server.Services().folderContents) {
     std::string id = FindThroughFolder(server, cadName, folderPath, kind, contextName);
     if (!id.empty()) return id;
   }
   DocumentRecord record;
   if (FindDocumentByCadNameInContext(server, cadName, kind, contextName, record) == 0) {
-    VtDirectTracer()(dp::TraceType::Miss, "Failed to find file %s", cadName.c_str());
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to find file %s",
+                                                      cadName.c_str());
     return {};
   }
   return NewestVersionOf(server, record.id);

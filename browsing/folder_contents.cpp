@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/failure_step.h"
 #include "browsing/folder_contents_handler.h"
 #include "browsing/odata_rows.h"
 #include "connection/json_members.h"
@@ -31,12 +32,15 @@ std::string DynamicDocumentsPath(const char* serviceVersion, const std::string& 
 
 bool ReadPage(RestStream& response, FolderContentsHandler& handler) {
   if (response.fileStream() != nullptr && ReadJson(*response.fileStream(), handler)) return true;
-  return response.memoryStream() != nullptr && ReadJson(*response.memoryStream(), handler);
+  if (response.memoryStream() != nullptr && ReadJson(*response.memoryStream(), handler)) return true;
+  response.ReportBroken();
+  return false;
 }
 
 // Reads one page; the next link is empty behind the last.
 bool ListPage(const std::shared_ptr<HttpConnection>& connection, const std::string& path,
               const DocumentListing& listing, const DirEntryCallback& callback, std::string& nextLink) {
+  const FailureStep step("list the folder");
   RestStream response(MakeGetRequest(connection, path.c_str(), VtConnection::ODataHeaders()), {});
   if (!response.succeeded()) return false;
   FolderContentsHandler handler(listing.details, listing.versions, listing.fileNameKey, callback);
@@ -52,6 +56,7 @@ bool ListDocuments(ServerContext& server, const DocumentListing& listing, const 
     // A next link is a full URL and may lead to another host.
     const auto [base, path] = SplitUrlAtPath(std::exchange(nextLink, {}));
     const auto side = server.MakeSideConnection(base);
+    if (side == nullptr) ReportReason({FailureKind::AnswerBroken});
     if (side == nullptr || !ListPage(side, path, listing, callback, nextLink)) return false;
   }
   return true;
@@ -60,6 +65,7 @@ bool ListDocuments(ServerContext& server, const DocumentListing& listing, const 
 }  // namespace
 
 bool ListSubfolders(ServerContext& server, const std::string& resource, const DirEntryCallback& callback) {
+  const FailureStep step("list the folder");
   const std::string path = "servlet/odata/v1/DataAdmin/" + resource + "/Folders?$select=Name";
   return VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/failure_step.h"
 #include "browsing/expanded_folders.h"
 #include "browsing/odata_rows.h"
 #include "connection/json_members.h"
@@ -43,6 +44,7 @@ void TakeIdOfNamed(const std::vector<RestItem>& rows, std::string_view name, std
 
 std::string FindFolderIdOData(ServerContext& server, const std::string& containerId,
                               const std::string& folderPath) {
+  const FailureStep step("find the folder");
   du::FileSpec spec;
   spec.SetDirPath(folderPath);
   const FolderComponents components{spec.DirBegin(), spec.DirEnd()};
@@ -65,6 +67,7 @@ std::string FindFolderIdOData(ServerContext& server, const std::string& containe
 
 std::string FindFolderIdRest(ServerContext& server, const std::string& contextId,
                              const std::string& folderPath) {
+  const FailureStep step("find the folder");
   std::string_view rest = folderPath;
   std::string listPath = "servlet/rest/v1/contexts/" + EscapeForUrl(contextId) + "/folders";
   std::string id;

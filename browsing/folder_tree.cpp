@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/failure_step.h"
 #include "browsing/expanded_folders.h"
 #include "browsing/odata_rows.h"
 #include "connection/json_members.h"
@@ -22,6 +23,7 @@ std::string ExpandedContainersPath(const std::string& contextName, const char* t
 
 std::string ResolveFolderResource(ServerContext& server, const std::string& contextName, const char* type,
                                   const std::string& folderPath) {
+  const FailureStep step("find the folder");
   du::FileSpec spec;
   spec.SetDirPath(folderPath);
   const FolderComponents components{spec.DirBegin(), spec.DirEnd()};

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string_view>
 
+#include "base/failure_step.h"
 #include "base/file_name.h"
 #include "browsing/contexts.h"
 #include "connection/json_members.h"
@@ -99,6 +100,7 @@ bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback, Re
 
 bool ListGatewayFolder(ServerContext& server, const std::string& contextName, ContextKind kind,
                        const std::string& folderPath, const DirEntryCallback& callback, ReadDirFlags flags) {
+  const FailureStep step("list the folder");
   ContextRecord context;
   if (!FindContext(server, kind, contextName, context)) return false;
   const std::string path = GatewayFolderPath(context, folderPath);
@@ -108,6 +110,7 @@ bool ListGatewayFolder(ServerContext& server, const std::string& contextName, Co
 
 DirLister OpenGatewayFolder(ServerContext& server, const std::string& contextName, ContextKind kind,
                             const std::string& folderPath) {
+  const FailureStep step("list the folder");
   ContextRecord context;
   if (!FindContext(server, kind, contextName, context)) return {};
   const auto answer = std::make_shared<KeptAnswer>(server, GatewayFolderPath(context, folderPath));

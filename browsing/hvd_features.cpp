@@ -1,5 +1,6 @@
 #include "browsing/hvd_features.h"
 
+#include "base/failure_step.h"
 #include "connection/json_members.h"
 #include "connection/odata_page_reader.h"
 
@@ -18,6 +19,7 @@ void ReadSwitch(const rapidjson::Value& values, bool& feature) {
 }  // namespace
 
 bool ReadHvdFeatures(ServerContext& server, bool& separatedSources, bool& vcsInfo) {
+  const FailureStep step("ask for the features");
   ODataPageReader reader(server, "servlet/odata/v3/Visualization/GetHVDFeatures()");
   while (reader.Next()) {
     const rapidjson::Value* rows = FindArray(reader.page(), "value");

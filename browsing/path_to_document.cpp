@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/file_name.h"
-#include "base/tracers.h"
 #include "browsing/contexts.h"
 #include "browsing/file_location.h"
 #include "browsing/vfs_tree.h"
@@ -20,16 +20,19 @@ namespace {
 // path whose document is gone is told apart from one with a bad version.
 std::string FindVersion(ServerContext& server, const std::string& id, const std::string& version,
                         const char* path) {
+  const FailureStep step("find the version");
+  const FailureMark mark;
   DocumentRecord record;
   std::vector<DocumentSummary> versions;
   if (ReadDocument(server, id, record) != Ok ||
       !ReadDocumentVersions(server, id, record.contextId, versions)) {
-    VtDirectTracer()(dp::TraceType::Miss, "Failed to get file %s versions", path);
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to get file %s versions",
+                                                      path);
     return {};
   }
   const auto stop = version.find('.');
   if (stop == std::string::npos) {
-    VtDirectTracer()(dp::TraceType::Error, "Looking for bad version %s", version.c_str());
+    TracerFor({FailureKind::NotFound})(dp::TraceType::Error, "Looking for bad version %s", version.c_str());
     return {};
   }
   const std::string revision = version.substr(0, stop);
@@ -38,10 +41,13 @@ std::string FindVersion(ServerContext& server, const std::string& id, const std:
     return candidate.revision == revision && candidate.iteration == iteration;
   });
   // No line for a version that does not exist: hosts try versions out, and the caller traces the whole path.
+  if (hit == versions.end()) ReportReason({FailureKind::NotFound});
   return hit != versions.end() ? hit->id : std::string();
 }
 
 std::string ResolveInFolders(ServerContext& server, const ParsedVfsPath& parsed, const char* path) {
+  const FailureStep step("find the file");
+  const FailureMark mark;
   const auto find = [&](const std::string& cadName) {
     return FindFileInFolder(server, cadName, parsed.folderPath, parsed.kind, parsed.context);
   };
@@ -50,7 +56,7 @@ std::string ResolveInFolders(ServerContext& server, const ParsedVfsPath& parsed,
   std::string id = find(UnescapeFileName(parsed.leaf));
   if (id.empty()) id = find(parsed.leaf);
   if (id.empty()) {
-    VtDirectTracer()(dp::TraceType::Miss, "Failed to find file %s", path);
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to find file %s", path);
     return {};
   }
   return parsed.version.empty() ? id : FindVersion(server, id, parsed.version, path);
@@ -65,25 +71,30 @@ const DocumentSummary* FindByCadName(const DocumentList& documents, const std::s
 
 // The version in the path, if any, plays no part: a workspace holds one version of a document.
 std::string ResolveInWorkspace(ServerContext& server, const ParsedVfsPath& parsed, const char* path) {
+  const FailureStep step("find the file in its workspace");
+  const FailureMark mark;
   const std::string contextId = ResolveContextId(server, parsed.kind, parsed.context);
   if (contextId.empty()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate context %s on server\n", parsed.context.c_str());
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(
+        dp::TraceType::Error, "Failed to locate context %s on server\n", parsed.context.c_str());
     return {};
   }
   const std::string workspaceId = FindWorkspaceIdByName(server, parsed.folderPath, contextId);
   if (workspaceId.empty()) {
-    VtDirectTracer()(dp::TraceType::Miss, "Failed to find workspace for file %s", path);
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss,
+                                                      "Failed to find workspace for file %s", path);
     return {};
   }
   DocumentList documents;
   if (!ListWorkspaceDocuments(server, workspaceId, documents)) {
-    VtDirectTracer()(dp::TraceType::Miss, "Failed to find workspace documents for file %s", path);
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss,
+                                                      "Failed to find workspace documents for file %s", path);
     return {};
   }
   const DocumentSummary* document = FindByCadName(documents, UnescapeFileName(parsed.leaf));
   if (document == nullptr) document = FindByCadName(documents, parsed.leaf);
   if (document == nullptr) {
-    VtDirectTracer()(dp::TraceType::Miss, "Failed to find file %s", path);
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to find file %s", path);
     return {};
   }
   return FormatWorkspaceId(workspaceId, document->id);

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "base/checkout_id.h"
+#include "base/failure_step.h"
 #include "base/text.h"
 #include "browsing/contexts.h"
 #include "browsing/vfs_tree.h"
@@ -94,6 +95,7 @@ bool ListContextIds(ServerContext& server, std::string_view path, std::vector<st
 }  // namespace
 
 std::optional<TemporaryCheckouts> ListTemporaryCheckoutsOf(ServerContext& server, const char* id) {
+  const FailureStep step("find temporary checkouts");
   DocumentRecord document;
   if (ReadDocument(server, ParseCheckoutId(id).field0, document) != Ok) return std::nullopt;
   TemporaryCheckouts found;
@@ -102,6 +104,7 @@ std::optional<TemporaryCheckouts> ListTemporaryCheckoutsOf(ServerContext& server
 }
 
 std::optional<TemporaryCheckouts> ListTemporaryCheckoutsBelow(ServerContext& server, const char* path) {
+  const FailureStep step("find temporary checkouts");
   std::vector<std::string> contexts;
   if (!ListContextIds(server, TextOrEmpty(path), contexts)) return std::nullopt;
   TemporaryCheckouts found;

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/server_key.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "connection/url_escape.h"
 #include "documents/reading/document_reads.h"
 #include "documents/workspaces/workspaces.h"
@@ -29,10 +29,13 @@ std::string InformationPage(const ServerContext& server, const char* id) {
 }
 
 std::string AttributesPage(ServerContext& server, const char* id) {
+  const FailureStep step("find the attributes page");
+  const FailureMark mark;
   const CheckoutId parsed = ParseCheckoutId(id);
   WorkspaceRecord workspace;
   if (!FindWorkspaceOfId(server, parsed, workspace)) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate %s on server\n", TextOrEmpty(id));
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Error, "Failed to locate %s on server\n",
+                                                      TextOrEmpty(id));
     return {};
   }
   return WithTrailingSlash(server.http()->uri()) +
@@ -42,14 +45,17 @@ std::string AttributesPage(ServerContext& server, const char* id) {
 
 bool FindWorkspaceById(ServerContext& server, const std::string& workspaceId, const std::string& contextId,
                        WorkspaceRecord& workspace) {
+  const FailureStep step("find the workspace");
+  const FailureMark mark;
   WorkspaceList workspaces;
   const bool listed = ListWorkspaces(server, contextId, workspaces);
   const auto hit = std::find_if(workspaces.begin(), workspaces.end(), [&](const WorkspaceRecord& candidate) {
     return candidate.id == workspaceId;
   });
   if (!listed || hit == workspaces.end()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate workspace %s in context %s on server\n",
-                     workspaceId.c_str(), contextId.c_str());
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(
+        dp::TraceType::Error, "Failed to locate workspace %s in context %s on server\n", workspaceId.c_str(),
+        contextId.c_str());
     return false;
   }
   workspace = *hit;

@@ -1,5 +1,6 @@
 #include "browsing/workspace_listing.h"
 
+#include "base/failure_step.h"
 #include "browsing/dir_entry.h"
 #include "documents/workspaces/workspaces.h"
 
@@ -27,6 +28,7 @@ bool ListWorkspaceFiles(ServerContext& server, const std::string& workspaceId,
 
 std::string FindWorkspaceIdByName(ServerContext& server, const std::string& name,
                                   const std::string& contextId) {
+  const FailureStep step("find the workspace");
   WorkspaceList workspaces;
   if (!ListWorkspaces(server, contextId, workspaces)) return {};
   for (const WorkspaceRecord& workspace : workspaces) {

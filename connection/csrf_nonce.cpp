@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/failure_step.h"
 #include "connection/json_members.h"
 #include "connection/rest_items.h"
 #include "connection/rest_stream.h"
@@ -33,20 +34,35 @@ std::string MakeHeaderLine(std::string_view key, std::string_view value) {
   return std::string(key) + ": " + std::string(value);
 }
 
+// An answer that holds no nonce, or none that can be sent.
+std::string NoNonce(const FailureMark& mark) {
+  ReportReason(FollowsOr(mark, FailureKind::AnswerBroken));
+  return {};
+}
+
+std::string LineOrReason(const FailureMark& mark, std::string_view key, std::string_view value) {
+  std::string line = MakeHeaderLine(key, value);
+  return line.empty() ? NoNonce(mark) : line;
+}
+
 }  // namespace
 
 std::string FetchRestCsrf(const std::shared_ptr<HttpConnection>& connection) {
+  const FailureStep step("fetch the nonce");
+  const FailureMark mark;
   std::vector<RestItem> rows;
   if (!ReadRestItems(connection, "servlet/rest/security/csrf", rows, true, nullptr)) return {};
-  if (rows.size() != 1 || rows.front().id != "csrf") return {};
+  if (rows.size() != 1 || rows.front().id != "csrf") return NoNonce(mark);
   const auto& attributes = rows.front().attributes;
   const auto key = attributes.find("nonce_key");
   const auto nonce = attributes.find("nonce");
-  if (key == attributes.end() || nonce == attributes.end()) return {};
-  return MakeHeaderLine(key->second, nonce->second);
+  if (key == attributes.end() || nonce == attributes.end()) return NoNonce(mark);
+  return LineOrReason(mark, key->second, nonce->second);
 }
 
 std::string FetchODataCsrf(const std::shared_ptr<HttpConnection>& connection) {
+  const FailureStep step("fetch the nonce");
+  const FailureMark mark;
   const auto request =
       MakeGetRequest(connection, "servlet/odata/v1/ZVK/GetCSRFToken()", VtConnection::ODataHeaders());
   RestStream response(request, {});
@@ -54,8 +70,8 @@ std::string FetchODataCsrf(const std::shared_ptr<HttpConnection>& connection) {
   if (!response.succeeded() || !ParseJsonResponse(response, document)) return {};
   const rapidjson::Value* key = FindString(document, "NonceKey");
   const rapidjson::Value* value = FindString(document, "NonceValue");
-  if (key == nullptr || value == nullptr) return {};
-  return MakeHeaderLine(TextView(*key), TextView(*value));
+  if (key == nullptr || value == nullptr) return NoNonce(mark);
+  return LineOrReason(mark, TextView(*key), TextView(*value));
 }
 
 }  // namespace lxservices::cms_interface::vantry

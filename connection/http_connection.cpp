@@ -1,9 +1,15 @@
 #include "connection/http_connection.h"
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
 #include <utility>
 
+#include "base/failure_log.h"
 #include "base/server_key.h"
+#include "base/text.h"
+#include "connection/exchange_failure.h"
 #include "platform/uri.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -11,6 +17,32 @@ namespace {
 
 // Marks this client to the server.
 constexpr const char* clientMark = "X-Zvk-Connected: 1";
+
+// The beginning of a refusal's body, which lands in the local file.
+std::string ReadRefusal(const char* filePath) {
+  constexpr std::size_t longest = 1024;
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(TextOrEmpty(filePath), error)) return {};
+  std::string text(longest, '\0');
+  std::ifstream file(filePath, std::ios::binary);
+  file.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(file.gcount()));
+  return text;
+}
+
+void ReportDownload(const HttpConnection& connection, const std::string& uri, du::http::ErrorCode error,
+                    int status, const char* filePath) {
+  EndedExchange exchange;
+  exchange.server = connection.uri();
+  exchange.uri = uri;
+  exchange.isOwnAddress = connection.reach() != Reach::Given;
+  exchange.error = error;
+  exchange.status = status;
+  std::string text;
+  if (error == du::http::ErrorCode::Done && status > 299) text = ReadRefusal(filePath);
+  exchange.text = text;
+  ReportFailure(DescribeFailure(exchange));
+}
 
 }  // namespace
 
@@ -77,6 +109,9 @@ std::uint16_t HttpConnection::DownloadToFile(const char* path, const char* heade
   request.sink = &sink;
   int status = 0;
   const auto error = SendWithProgress(request, &status, {}, std::move(downloadProgress));
+  if (FailuresAreCollected() && (error != du::http::ErrorCode::Done || status != 200)) {
+    ReportDownload(*this, uri, error, status, filePath);
+  }
   return static_cast<std::uint16_t>(error == du::http::ErrorCode::Done ? status : -1);
 }
 

@@ -15,7 +15,8 @@ using AuthFunction = std::function<bool(const char* url)>;
 
 /// Where the requests of a connection go.
 enum class Reach {
-  Server,  ///< to the server of the URL
+  Server,  ///< to the server of the URL, which the host gave
+  Given,   ///< to an address that a server gave; it may hold a ticket
   Nowhere  ///< nowhere: the URL is of a form that names no server, whatever a platform could make of it
 };
 
@@ -32,6 +33,7 @@ class HttpConnection {
   HttpConnection(const std::string& uri, AuthFunction auth, Reach reach = Reach::Server);
 
   [[nodiscard]] const std::string& uri() const { return uri_; }
+  [[nodiscard]] Reach reach() const { return reach_; }
   /// The path of the URL with a "/" at its end; empty for a URL without a path.
   [[nodiscard]] const std::string& basePath() const { return basePath_; }
 

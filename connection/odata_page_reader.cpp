@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/failure_step.h"
 #include "connection/json_members.h"
 #include "connection/rest_stream.h"
 #include "connection/url_split.h"
@@ -23,6 +24,7 @@ bool ODataPageReader::Next() {
   }
   path_.clear();
   nextLink_.clear();
+  if (http == nullptr) ReportReason({FailureKind::AnswerBroken});  // a next link that leads nowhere
   failed_ = http == nullptr || !FetchPage(http, path);
   if (failed_) return true;
   if (const auto* link = FindString(page_, "@odata.nextLink")) nextLink_ = TextView(*link);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/failure_step.h"
 #include "connection/json_members.h"
 #include "connection/rest_stream.h"
 
@@ -10,6 +11,7 @@ namespace {
 
 // Reads a small OData answer whole; the document stays null on failure.
 rapidjson::Document ReadODataDocument(VtConnection& connection, const std::string& path) {
+  const FailureStep step("ask which services there are");
   rapidjson::Document document;
   RestStream response(MakeGetRequest(connection.http(), path.c_str(), VtConnection::ODataHeaders()), {});
   if (response.succeeded()) (void)ParseJsonResponse(response, document);

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "base/failure_log.h"
+#include "connection/exchange_watch.h"
 #include "connection/json_parsing.h"
 #include "platform/files.h"
 
@@ -19,7 +21,8 @@ void RestStream::Exchange(const RestRequest& request, du::http::ProgressFunction
   const std::string uri = request.connection->basePath() + (request.path != nullptr ? request.path : "");
   du::http::BufferFileSource headers(reinterpret_cast<const std::uint8_t*>(request.headers.data()),
                                      request.headers.size());
-  du::http::DiskFileSource body(request.bodyFile);
+  du::http::DiskFileSource bodyFile(request.bodyFile);
+  WatchedSource body(bodyFile);
   du::http::FailoverFileSink success(memoryLimit);
   du::http::StringFileSink failure(errorText_, errorLimit);
   du::http::HttpSuccessFileSink sink(&success, &failure);
@@ -36,8 +39,36 @@ void RestStream::Exchange(const RestRequest& request, du::http::ProgressFunction
   (exchange.body != nullptr ? uploadProgress : downloadProgress) = std::move(progress);
   errorCode_ = request.connection->SendWithProgress(exchange, &status_, std::move(uploadProgress),
                                                     std::move(downloadProgress));
+  if (FailuresAreCollected()) {
+    EndedExchange ended;
+    ended.uri = uri;
+    ended.wasSentWhole = exchange.body == nullptr || body.wasReadWhole();
+    Keep(request, ended);
+  }
   if (errorCode_ != du::http::ErrorCode::Done) status_ = -1;
   OpenBody(success);
+}
+
+// Reports a failed exchange, and keeps what there is to say of a success whose body turns out to be broken.
+void RestStream::Keep(const RestRequest& request, const EndedExchange& exchange) {
+  EndedExchange ended = exchange;
+  ended.method = request.method;
+  ended.server = request.connection->uri();
+  ended.isOwnAddress = request.connection->reach() != Reach::Given;
+  ended.headers = request.headers;
+  ended.error = errorCode_;
+  ended.status = status_;
+  ended.text = errorText_;
+  Failure failure = DescribeFailure(ended);
+  if (errorCode_ == du::http::ErrorCode::Done && succeeded()) {
+    ifBroken_ = std::move(failure);
+  } else {
+    ReportFailure(std::move(failure));
+  }
+}
+
+void RestStream::ReportBroken() const {
+  if (ifBroken_) ReportFailure(*ifBroken_);
 }
 
 void RestStream::OpenBody(du::http::FailoverFileSink& sink) {
@@ -66,7 +97,9 @@ void RestStream::Rewind() {
 
 bool ParseJsonResponse(RestStream& response, rapidjson::Document& document) {
   if (response.fileStream() != nullptr && ParseJson(*response.fileStream(), document)) return true;
-  return response.memoryStream() != nullptr && ParseJson(*response.memoryStream(), document);
+  if (response.memoryStream() != nullptr && ParseJson(*response.memoryStream(), document)) return true;
+  response.ReportBroken();
+  return false;
 }
 
 }  // namespace lxservices::cms_interface::vantry

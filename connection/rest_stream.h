@@ -9,9 +9,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "base/failure.h"
+#include "connection/exchange_failure.h"
 #include "connection/rest_request.h"
 #include "connection/scoped_temp_path.h"
 
@@ -48,6 +51,9 @@ class RestStream {
   [[nodiscard]] rapidjson::FileReadStream* fileStream() const { return fileStream_.get(); }
   /// Null unless the body of a success is in memory.
   [[nodiscard]] rapidjson::MemoryStream* memoryStream() const { return memoryStream_.get(); }
+  /// Reports that the body of a success is not what the step needs. Nothing for a failure, which has been
+  /// reported when it came.
+  void ReportBroken() const;
   /// Goes back to the first byte of the body of a success, for another reading.
   void Rewind();
   /// The first 1024 bytes of the body of a response outside 200 to 299.
@@ -55,6 +61,7 @@ class RestStream {
 
  private:
   void Exchange(const RestRequest& request, du::http::ProgressFunction progress);
+  void Keep(const RestRequest& request, const EndedExchange& exchange);
   void OpenBody(du::http::FailoverFileSink& sink);
 
   int status_ = -1;
@@ -66,10 +73,12 @@ class RestStream {
   std::vector<std::uint8_t> body_;
   std::unique_ptr<ScopedTempPath> tempFile_;
   std::string errorText_;
+  std::optional<Failure> ifBroken_;  ///< what ReportBroken says; none while nobody collects
 };
 
 /// Parses the body of a success into a document. The caller has tested the status.
-/// @return false without a body, for a body that is no JSON, and for one nested too deeply
+/// @return false, with its reason reported, without a body, for a body that is no JSON, and for one nested
+/// too deeply
 [[nodiscard]] bool ParseJsonResponse(RestStream& response, rapidjson::Document& document);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -4,6 +4,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/failure_trace.h"
 #include "base/tracers.h"
 #include "platform/files.h"
 
@@ -18,14 +19,18 @@ ScopedTempPath::~ScopedTempPath() {
 
 void RemoveTempPath(const std::string& path, bool isDirectory, const dp::LXTracer& tracer) {
   if (path.empty()) return;
+  const FailureStep step("remove a temporary file");
+  const FailureAside aside;
   if (isDirectory) {
     if (!du::FileSystem::DeletePath(path, false)) {
-      tracer(dp::TraceType::Error, "Failed to delete path %s", path.c_str());
+      TracerFor({FailureKind::LocalFile}, tracer)(dp::TraceType::Error, "Failed to delete path %s",
+                                                  path.c_str());
     }
   } else if (du::FileSystem::Unlink(path.c_str(), false) == -1) {
     // Not strerror, whose text another thread may write over.
     const std::string reason = std::generic_category().message(errno);
-    tracer(dp::TraceType::Error, "Failed to unlink file %s: %s", path.c_str(), reason.c_str());
+    TracerFor({FailureKind::LocalFile}, tracer)(dp::TraceType::Error, "Failed to unlink file %s: %s",
+                                                path.c_str(), reason.c_str());
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "base/failure_trace.h"
 #include "base/tracers.h"
 #include "connection/rest_items.h"
 #include "connection/server_information.h"
@@ -12,7 +13,7 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 void TraceUnsupported(const ServerVersion& version) {
-  VtDirectTracer()(dp::TraceType::Error)
+  TracerFor({FailureKind::UnsupportedServer})(dp::TraceType::Error)
       << "Server version: " << FormatServerVersion(version)
       << " unsupported, at least: " << FormatServerVersion(MinimumServerVersion) << " is required";
 }
@@ -30,10 +31,11 @@ std::string AddressToFollow(const std::string& url, const std::string& codebaseU
 }
 
 Status ProbeTraced(const std::shared_ptr<VtConnection>& connection, const char* url) {
+  const FailureMark mark;
   const Status status = ProbeConnection(connection);
   if (status != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to get useful data from server %s treating as unsupported",
-                     url);
+    TracerFor(FollowsOr(mark, FailureKind::UnsupportedServer))(
+        dp::TraceType::Error, "Failed to get useful data from server %s treating as unsupported", url);
   }
   return status;
 }
@@ -41,6 +43,7 @@ Status ProbeTraced(const std::shared_ptr<VtConnection>& connection, const char* 
 }  // namespace
 
 Status ProbeConnection(const std::shared_ptr<VtConnection>& connection) {
+  const FailureStep step("ask whether the server answers");
   int version = 0;
   if (FetchSchema(*connection, "servlet/odata/DynamicDocMgmt/$metadata", nullptr, &version) == Ok) return Ok;
   std::vector<RestItem> contexts;
@@ -50,6 +53,7 @@ Status ProbeConnection(const std::shared_ptr<VtConnection>& connection) {
 }
 
 Status CheckServer(const char* url, const AuthFunction& auth, std::string* redirect) {
+  const FailureStep step("check the server");
   const auto connection = std::make_shared<VtConnection>(url, auth);
   ServerInfo info;
   if (const Status status = GetServerInfo(*connection->http(), info); status != Ok) return status;

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "connection/scoped_temp_path.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -54,11 +54,12 @@ bool TakeLine(std::streambuf& document, std::string& line) {
 }  // namespace
 
 Status GetServerInfo(HttpConnection& connection, ServerInfo& info) {
+  const FailureStep step("ask the server for its version");
   const ScopedTempPath file(MakeTempFile("vtinfo", "txt"));
   if (connection.DownloadToFile("servlet/OrvetGW", "", file.path().c_str(), {}) != 200) {
-    VtDirectTracer()(dp::TraceType::Error,
-                     "Failed to get version info from server %s treating as unsupported",
-                     connection.uri().c_str());
+    TracerFor(Follows())(dp::TraceType::Error,
+                         "Failed to get version info from server %s treating as unsupported",
+                         connection.uri().c_str());
     return ConnectionFailed;
   }
   info = {};

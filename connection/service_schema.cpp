@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "base/failure_trace.h"
 #include "base/tracers.h"
 #include "connection/scoped_temp_path.h"
 
@@ -152,13 +153,15 @@ Status ParseTraced(std::istream& document, SchemaParseState& state) {
     parsed = false;
   }
   if (parsed) return Ok;
-  CmsInterfaceTracer()(dp::TraceType::Error, "XML parse error");
+  TracerFor({FailureKind::AnswerBroken}, CmsInterfaceTracer())(dp::TraceType::Error, "XML parse error");
   return Refused;
 }
 
 }  // namespace
 
 Status FetchSchema(VtConnection& connection, const char* path, SchemaQuery* query, int* version) {
+  const FailureStep step("look for a service");
+  const FailureAside aside;  // a service that cannot be seen is done without
   const ScopedTempPath file(MakeTempFile("vtmeta", "txt"));
   const auto status = connection.http()->DownloadToFile(path, "", file.path().c_str(), {});
   if (status != 200) {

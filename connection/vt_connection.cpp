@@ -24,7 +24,7 @@ std::string VtConnection::ODataWriteHeaders() {
 
 std::shared_ptr<HttpConnection> VtConnection::MakeSideConnection(const std::string& url) const {
   if (url.empty()) return nullptr;
-  return std::make_shared<HttpConnection>(url, auth_);
+  return std::make_shared<HttpConnection>(url, auth_, Reach::Given);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,3 +1,4 @@
+#include "base/failure_step.h"
 #include "base/file_name.h"
 #include "public/address_text.h"
 #include "public/object_address.h"
@@ -20,15 +21,23 @@ std::string WithoutVersion(const std::string& relativePath) {
 }
 
 std::string VfsPathOfId(const PathTarget& target, bool folderOnly, bool latestForm) {
+  const FailureStep step("find the path");
+  const FailureMark mark;
   const std::string text = target.server->GetVFSPath(target.id.c_str(), folderOnly, latestForm);
+  if (text.empty()) ReportReason(FollowsOr(mark, FailureKind::NotFound));
   return text.empty() ? std::string() : VfsPathOf(target.server, *target.table, text);
 }
 
 std::string ResolvedVfsPath(const char* path, bool folderOnly) {
   PathTarget target = ResolveTarget(path, {}, 0);
   if (target.server == nullptr) return {};
+  const FailureStep step("find the file");
+  const FailureMark mark;
   if (target.id.empty()) target.id = target.server->ResolvePath(target.relativePath.c_str());
-  if (target.id.empty()) return {};
+  if (target.id.empty()) {
+    ReportReason(FollowsOr(mark, FailureKind::NotFound));
+    return {};
+  }
   return VfsPathOfId(target, folderOnly, false);
 }
 

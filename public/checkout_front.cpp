@@ -1,8 +1,8 @@
 #include <string>
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/file_name.h"
-#include "base/tracers.h"
 #include "public/address_text.h"
 #include "public/object_address.h"
 #include "public/path_resolution.h"
@@ -50,42 +50,51 @@ void TraceUnlessIntact(VtCheckoutStatus status, const char* path) {
     default:
       break;
   }
-  VtDirectTracer()(dp::TraceType::Error, "Failed to confirm checkout of %s%s\n", path, reason);
+  TracerFor({FailureKind::Conflict})(dp::TraceType::Error, "Failed to confirm checkout of %s%s\n", path,
+                                     reason);
 }
 
 }  // namespace
 
 std::string Checkout(const char* path) {
+  const FailureStep step("check out");
+  const FailureMark mark;
   const FileTarget target = ResolveFileTarget(path, {}, 0);
   CheckoutServer* checkout = CheckoutServerOf(target);
   if (checkout == nullptr) return {};
   FileInfo info;
   if (checkout->Checkout(target.id.c_str(), info)) return UidOfInfo(*target.server, info, nullptr);
-  VtDirectTracer()(dp::TraceType::Error, "Failed to checkout file %s", path);
+  TracerFor(FollowsOr(mark, FailureKind::Refused))(dp::TraceType::Error, "Failed to checkout file %s", path);
   return {};
 }
 
 std::string Checkin(const char* path) {
+  const FailureStep step("check in");
+  const FailureMark mark;
   const FileTarget target = ResolveFileTarget(path, {}, ResolveNeedId);
   CheckoutServer* checkout = CheckoutServerOf(target);
   if (checkout == nullptr) return {};
   FileInfo info;
   if (checkout->Checkin(target.id.c_str(), info)) return UidBehindCheckout(target, info);
-  VtDirectTracer()(dp::TraceType::Error, "Failed to check-in file %s", path);
+  TracerFor(FollowsOr(mark, FailureKind::Refused))(dp::TraceType::Error, "Failed to check-in file %s", path);
   return {};
 }
 
 std::string UndoCheckout(const char* path) {
+  const FailureStep step("undo the checkout");
+  const FailureMark mark;
   const FileTarget target = ResolveFileTarget(path, {}, ResolveNeedId);
   CheckoutServer* checkout = CheckoutServerOf(target);
   if (checkout == nullptr) return {};
   FileInfo info;
   if (checkout->UndoCheckout(target.id.c_str(), info)) return UidBehindCheckout(target, info);
-  VtDirectTracer()(dp::TraceType::Error, "Failed to undo checkout of file %s", path);
+  TracerFor(FollowsOr(mark, FailureKind::Refused))(dp::TraceType::Error, "Failed to undo checkout of file %s",
+                                                   path);
   return {};
 }
 
 VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* user) {
+  const FailureStep step("ask where the checkout stands");
   const FileTarget target = ResolveFileTarget(path, {}, ResolveQuiet);
   if (target.server == nullptr) return CheckoutStatusFailed;
   CheckoutServer* checkout = CheckoutServerOf(target);
@@ -97,6 +106,8 @@ VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* user) {
 }
 
 VtCheckoutStatus VerifyCheckout(const char* text, std::string& uid) {
+  const FailureStep step("verify the checkout");
+  const FailureMark mark;
   // A host may hand in the text that is written over.
   const std::string address = text != nullptr ? text : "";
   const char* path = address.c_str();
@@ -109,7 +120,8 @@ VtCheckoutStatus VerifyCheckout(const char* text, std::string& uid) {
   FileInfo info;
   VtCheckoutState state;
   if (!checkout->VerifyCheckout(target.id.c_str(), info, state)) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to confirm checkout of %s\n", path);
+    TracerFor(FollowsOr(mark, FailureKind::Conflict))(dp::TraceType::Error,
+                                                      "Failed to confirm checkout of %s\n", path);
     return CheckoutStatusFailed;
   }
   uid = UidOfInfo(*target.server, info, nullptr);

@@ -1,6 +1,6 @@
 #include <string>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "public/path_resolution.h"
 #include "public/vt_direct_manager.h"
 
@@ -33,8 +33,9 @@ DirEntryCallback ForwardEntries(void (*callback)(DirEntryExt& entry, void* user)
   };
 }
 
-bool ReportListing(const char* path, bool listed) {
-  if (!listed) VtDirectTracer()(dp::TraceType::Miss, "Failed to read dir %s\n", path);
+bool ReportListing(const FailureMark& mark, const char* path, bool listed) {
+  if (!listed)
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to read dir %s\n", path);
   return listed;
 }
 
@@ -57,38 +58,51 @@ std::string LastSegment(const std::string& relativePath) {
 }  // namespace
 
 bool ReadDir(const char* path, void (*callback)(const char* name, bool isFolder, void* user), void* user) {
+  const FailureStep step("list the directory");
+  const FailureMark mark;
   const PathTarget target = ResolveTarget(path, {}, 0);
   if (target.server == nullptr) return false;
   const auto forward = [callback, user](const char* name, const char*, bool isFolder) {
     callback(name, isFolder, user);
   };
-  return ReportListing(path, target.server->ReadDir(target.relativePath.c_str(), forward));
+  return ReportListing(mark, path, target.server->ReadDir(target.relativePath.c_str(), forward));
 }
 
 bool ReadDirExt(const char* path, void (*callback)(DirEntryExt& entry, void* user), void* user,
                 ReadDirFlags flags) {
+  const FailureStep step("list the directory");
+  const FailureMark mark;
   const PathTarget target = ResolveTarget(path, {}, 0);
   if (target.server == nullptr) return false;
-  return ReportListing(path, target.server->ReadDirExt(target.relativePath.c_str(),
-                                                       ForwardEntries(callback, user), ServerFlags(flags)));
+  return ReportListing(mark, path,
+                       target.server->ReadDirExt(target.relativePath.c_str(), ForwardEntries(callback, user),
+                                                 ServerFlags(flags)));
 }
 
 DirHandle OpenDir(const char* path) {
+  const FailureStep step("open the directory");
+  const FailureMark mark;
   DirHandle handle(nullptr, CloseDir);
   const PathTarget target = ResolveTarget(path, {}, ResolveQuiet);
   if (target.server == nullptr) return handle;
   DirLister lister = target.server->OpenDir(target.relativePath.c_str());
+  if (!lister) ReportReason(FollowsOr(mark, FailureKind::NotFound));
   if (lister) handle.reset(new DirHandleData{std::move(lister)});
   return handle;
 }
 
 bool ReadDir(const DirHandle& handle, void (*callback)(DirEntryExt& entry, void* user), void* user,
              ReadDirFlags flags) {
-  if (handle == nullptr || !handle->lister) return false;
-  return handle->lister(ForwardEntries(callback, user), ServerFlags(flags));
+  const FailureStep step("list the directory");
+  const FailureMark mark;
+  const bool isOpen = handle != nullptr && handle->lister;
+  const bool listed = isOpen && handle->lister(ForwardEntries(callback, user), ServerFlags(flags));
+  if (!listed) ReportReason(FollowsOr(mark, FailureKind::NotFound));
+  return listed;
 }
 
 bool FileOrFolderExists(const char* path) {
+  const FailureStep step("find the file or folder");
   const PathTarget target = ResolveTarget(path, {}, ResolveQuiet);
   if (target.server == nullptr) return false;
   if (IsObject(*target.server, IdOfTarget(target))) return true;
@@ -96,8 +110,10 @@ bool FileOrFolderExists(const char* path) {
 }
 
 bool FileNameAvailable(const char* path) {
+  const FailureStep step("look whether the name is free");
   const PathTarget target = ResolveTarget(path, {}, ResolveQuiet);
   if (target.server == nullptr) return false;
+  const FailureAside aside;  // that nothing is found is what a free name needs
   // An id whose object cannot be read counts as no object.
   if (IsObject(*target.server, IdOfTarget(target))) return false;
   auto* server = dynamic_cast<vantry::VantryFileServer*>(target.server.get());

@@ -2,6 +2,7 @@
 #include <system_error>
 #include <utility>
 
+#include "base/failure_trace.h"
 #include "base/text.h"
 #include "base/tracers.h"
 #include "connection/url_escape.h"
@@ -31,8 +32,9 @@ bool HasSizeOf(const FileInfo& info, const char* localPath) {
   if (!info.downloadSize || !std::filesystem::is_regular_file(localPath, error)) return true;
   const std::uintmax_t length = std::filesystem::file_size(localPath, error);
   if (error || length == *info.downloadSize) return true;
-  VtDirectTracer()(dp::TraceType::Error) << "Downloaded " << length << " bytes of a document of "
-                                         << *info.downloadSize << " bytes to " << localPath << "\n";
+  TracerFor({FailureKind::AnswerBroken})(dp::TraceType::Error)
+      << "Downloaded " << length << " bytes of a document of " << *info.downloadSize << " bytes to "
+      << localPath << "\n";
   return false;
 }
 
@@ -50,6 +52,8 @@ bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCa
 }
 
 bool GetFile(const char* path, const char* localPath, std::string& uid, const DownloadOptions& options) {
+  const FailureStep step("download");
+  const FailureMark mark;
   const StatusCallback& status = options.status;
   if (path != nullptr) VtDirectTracer()(dp::TraceType::Information, "Downloading %s\n", path);
   const PathTarget target = ResolveTarget(path, status, 0);
@@ -64,7 +68,8 @@ bool GetFile(const char* path, const char* localPath, std::string& uid, const Do
   }
   // Behind a failed resolution this is the second call, on purpose: the first tells why, this one that the
   // operation is over.
-  if (path != nullptr) VtDirectTracer()(dp::TraceType::Error, "Failed to download %s\n", path);
+  if (path != nullptr)
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Error, "Failed to download %s\n", path);
   if (status) status(StatusDownloadFailed, nullptr);
   return false;
 }
@@ -99,6 +104,7 @@ bool GetFileDownloadURL(const char* path, std::string& url, std::string* cacheKe
 }
 
 std::optional<std::uint64_t> GetContentSize(const char* path) {
+  const FailureStep step("ask for the size");
   const FileTarget target = ResolveFileTarget(path, {}, 0);
   FileInfo info;
   if (target.server == nullptr || target.server->GetFileInfo(target.id.c_str(), info) != Ok) return {};

@@ -1,3 +1,4 @@
+#include "base/failure_step.h"
 #include "base/tracers.h"
 #include "connection/scoped_temp_path.h"
 #include "platform/files.h"
@@ -24,8 +25,13 @@ bool LocalFileHolder::IsTemporary() {
 }
 
 std::unique_ptr<LocalFileHolder> GetLocalFile(const char* path) {
+  using namespace lxservices::cms_interface;
+  const FailureStep step("download");
   const std::string directory = du::FileSystem::MkTempDir("fenloom");
-  if (directory.empty()) return nullptr;
+  if (directory.empty()) {
+    ReportReason({FailureKind::LocalFile});
+    return nullptr;
+  }
   // Without a name there is no holder yet that would remove the directory, and it stays
   // behind, empty; docs/known-behaviour.md tells hosts so.
   const std::string name = VtDirectManager::GetFileName(path);

@@ -1,8 +1,8 @@
 #include <optional>
 #include <string>
 
+#include "base/failure_trace.h"
 #include "base/file_name.h"
-#include "base/tracers.h"
 #include "platform/uri.h"
 #include "public/address_text.h"
 #include "public/path_resolution.h"
@@ -33,7 +33,7 @@ std::string NameFromServer(const char* path) {
   if (target.server == nullptr) return {};
   FileInfo info;
   if (target.server->GetFileInfo(target.id.c_str(), info) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to find file %s", path);
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to find file %s", path);
     return {};
   }
   return EscapeFileName(info.cadName);

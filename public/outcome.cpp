@@ -25,7 +25,8 @@ Failure ForHost(lxservices::cms_interface::Failure failure) {
           std::move(failure.serverText),
           std::move(failure.url),
           failure.mayHaveHappened,
-          failure.follows};
+          failure.follows,
+          failure.aside};
 }
 
 }  // namespace
@@ -80,9 +81,9 @@ std::vector<Failure> Outcome::Entries() const {
 std::optional<Failure> Outcome::Cause() const {
   const std::vector<Failure> entries = Entries();
   if (entries.empty()) return std::nullopt;
-  const auto cause =
-      std::find_if(entries.rbegin(), entries.rend(), [](const Failure& failure) { return !failure.follows; });
-  return cause != entries.rend() ? *cause : entries.front();
+  const auto cause = std::find_if(entries.rbegin(), entries.rend(),
+                                  [](const Failure& failure) { return !failure.follows && !failure.aside; });
+  return cause != entries.rend() ? *cause : entries.back();
 }
 
 bool Outcome::MayHaveHappened() const {

@@ -76,6 +76,10 @@ struct Failure {
   /// the entry before it was refused. Its kind is then that of the entry before it, and it has no status,
   /// text or URL of its own.
   bool follows = false;
+  /// Whether this did not decide how the call ended: clean-up after another failure, a look whose failure
+  /// leaves a default, a source link that was left out. A host that cares for what was left behind reads
+  /// these too.
+  bool aside = false;
 };
 
 /// Collects what goes wrong in the calls that this thread makes while the object lives, in order.
@@ -112,8 +116,8 @@ class VTDIRECT_API Outcome {
   /// A copy of what has been collected, oldest first.
   [[nodiscard]] std::vector<Failure> Entries() const;
 
-  /// The newest entry that does not follow from another, which is what ended the last call that failed;
-  /// nothing when nothing was collected.
+  /// The newest entry that neither follows from another nor was said aside, which is what ended the last call
+  /// that failed. Without one the newest of all; nothing when nothing was collected.
   [[nodiscard]] std::optional<Failure> Cause() const;
 
   /// Whether any collected request may have been carried out although it failed.

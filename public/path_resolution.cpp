@@ -3,9 +3,11 @@
 #include <string_view>
 #include <utility>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
+#include "base/server_key.h"
 #include "public/address_text.h"
 #include "public/server_table.h"
+#include "public/sessions.h"
 
 namespace lxservices::cms_interface {
 namespace {
@@ -33,13 +35,28 @@ PathTarget SplitAddress(const char* path, std::shared_ptr<const ServerTable> tab
   return target;
 }
 
+// A server that a session has written off is in the list; another one is not.
+FailureKind KindOfNoServer(const PathTarget& target) {
+  if (target.server != nullptr) return FailureKind::Unreachable;
+  std::string key = WithTrailingSlash(target.base);
+  const auto entry = target.table->nicknames.find(target.nickname);
+  if (entry != target.table->nicknames.end()) key = entry->second;
+  return IsKeyBlocked(key) ? FailureKind::Unreachable : FailureKind::NotFound;
+}
+
 PathTarget Resolve(const char* path, std::shared_ptr<const ServerTable> table,
                    const VtDirectManager::StatusCallback& status, unsigned flags) {
-  if (path == nullptr) return {};
+  const FailureStep step("find the server");
+  const FailureMark mark;
+  if (path == nullptr) {
+    ReportReason({FailureKind::NotFound});
+    return {};
+  }
   PathTarget target = SplitAddress(path, std::move(table));
   const bool mustAnswer = (flags & ResolveProbe) != 0;
   if (target.server != nullptr && (!mustAnswer || target.server->TestConnection())) return target;
-  VtDirectTracer()(FailureLevel(flags), "Failed to connect to server path %s\n", path);
+  TracerFor(FollowsOr(mark, KindOfNoServer(target)))(FailureLevel(flags),
+                                                     "Failed to connect to server path %s\n", path);
   Report(status, VtDirectManager::StatusConnectFailed);
   return {};
 }
@@ -56,12 +73,17 @@ PathTarget ResolveTarget(const char* path, std::shared_ptr<const ServerTable> ta
 
 FileTarget ResolveFileTarget(const char* path, const VtDirectManager::StatusCallback& status,
                              unsigned flags) {
+  const FailureMark mark;
   const PathTarget target = ResolveTarget(path, status, flags);
   if (target.server == nullptr) return {};
-  if ((flags & ResolveNeedId) != 0 && target.id.empty()) return {};
+  const FailureStep step("find the file");
+  if ((flags & ResolveNeedId) != 0 && target.id.empty()) {
+    ReportReason({FailureKind::NotFound});
+    return {};
+  }
   std::string id = IdOfTarget(target);
   if (!id.empty()) return {target.server, std::move(id)};
-  VtDirectTracer()(FailureLevel(flags), "Failed to find file %s", path);
+  TracerFor(FollowsOr(mark, FailureKind::NotFound))(FailureLevel(flags), "Failed to find file %s", path);
   Report(status, VtDirectManager::StatusFileNotFound);
   return {};
 }

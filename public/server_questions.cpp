@@ -1,5 +1,6 @@
 #include <string>
 
+#include "base/failure_step.h"
 #include "connection/server_check.h"
 #include "public/host_callbacks.h"
 #include "public/vt_direct_manager.h"
@@ -26,7 +27,11 @@ StatusCode CodeOf(Status status) {
 }  // namespace
 
 bool ServerSupported(const char* url, StatusCode* code, std::string* message) {
-  if (url == nullptr) return false;
+  const FailureStep step("check the server");
+  if (url == nullptr) {
+    ReportReason({FailureKind::NotFound});
+    return false;
+  }
   // A copy: a host may hand in the very text that receives the answer, and the check empties that first.
   const std::string address = url;
   const Status status = vantry::CheckServer(address.c_str(), ForwardAuth, message);

@@ -1,7 +1,7 @@
 #include "public/source_links.h"
 
+#include "base/failure_trace.h"
 #include "base/file_name.h"
-#include "base/tracers.h"
 #include "public/object_address.h"
 #include "public/path_resolution.h"
 #include "public/vt_direct_manager.h"
@@ -11,24 +11,30 @@ namespace {
 
 // The object that a link leads to; empty, traced, when there is none on this server.
 std::string IdOfLink(const PathTarget& document, const std::string& name, const std::string& address) {
+  const FailureMark mark;
   const PathTarget target = ResolveTarget(address.c_str(), document.table);
   if (target.server != document.server) {
-    VtDirectTracer()(dp::TraceType::Warning,
-                     "Links to different servers are unsupported: link to %s will be broken\n", name.c_str());
+    TracerFor({FailureKind::NotFound})(
+        dp::TraceType::Warning, "Links to different servers are unsupported: link to %s will be broken\n",
+        name.c_str());
     return {};
   }
   std::string id = IdOfTarget(target);
   if (id.empty()) {
-    VtDirectTracer()(dp::TraceType::Warning, "Failed to resolve %s : link to %s will be broken\n",
-                     address.c_str(), name.c_str());
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Warning,
+                                                      "Failed to resolve %s : link to %s will be broken\n",
+                                                      address.c_str(), name.c_str());
   }
   return id;
 }
 
 void ResolveSourceLink(const PathTarget& document, std::map<std::string, std::string>& result,
                        const std::string& name, const std::string& address) {
+  const FailureStep step("find a source link");
+  const FailureAside aside;  // the document is stored without the link
   if (name.empty()) {
-    VtDirectTracer()(dp::TraceType::Error, "Not specifying a sensible source name is an error!");
+    TracerFor({FailureKind::NotFound})(dp::TraceType::Error,
+                                       "Not specifying a sensible source name is an error!");
     return;
   }
   std::string id;
@@ -58,6 +64,7 @@ namespace VtDirectManager {
 using namespace lxservices::cms_interface;
 
 void GetSourceLinks(const char* path, std::map<std::string, std::string>& links) {
+  const FailureStep step("read the source links");
   const FileTarget target = ResolveFileTarget(path, {}, ResolveNeedId);
   if (target.server == nullptr) return;
   FileInfo info;
@@ -66,11 +73,12 @@ void GetSourceLinks(const char* path, std::map<std::string, std::string>& links)
 }
 
 bool ShouldCreate(const char* path) {
+  const FailureStep step("ask whether the document has content");
   const FileTarget target = ResolveFileTarget(path, {}, 0);
   if (target.server == nullptr) return false;
   FileInfo info;
   if (target.server->GetFileInfo(target.id.c_str(), info) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to find file %s", path);
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to find file %s", path);
     return false;
   }
   return info.size == 0;

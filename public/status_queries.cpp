@@ -1,6 +1,8 @@
 #include <map>
+#include <memory>
 #include <string>
 
+#include "base/failure_step.h"
 #include "public/object_address.h"
 #include "public/path_resolution.h"
 #include "public/sessions.h"
@@ -35,6 +37,7 @@ void FillDetail(std::map<VtDetails, std::string>& details, VtDetails key,
 }  // namespace
 
 bool GetLatest(const char* path, std::string& version, std::string& uid) {
+  const FailureStep step("ask for the newest version");
   const FileTarget target = ResolveFileTarget(path, {}, 0);
   if (target.server == nullptr) return false;
   LatestInfo latest;
@@ -47,6 +50,7 @@ bool GetLatest(const char* path, std::string& version, std::string& uid) {
 }
 
 std::string GetLatestUPath(const char* path) {
+  const FailureStep step("ask for the newest version");
   const FileTarget target = ResolveFileTarget(path, {}, 0);
   if (target.server == nullptr) return {};
   FileInfo current;
@@ -58,6 +62,7 @@ std::string GetLatestUPath(const char* path) {
 
 int GetStatus(const char* path, std::string& currentVersion, std::string& latestVersion,
               std::string* latestUid) {
+  const FailureStep step("ask for the newest version");
   const FileTarget target = ResolveFileTarget(path, {}, ResolveNeedId);
   if (target.server == nullptr) return -1;
   FileInfo current;
@@ -74,6 +79,7 @@ int GetStatus(const char* path, std::string& currentVersion, std::string& latest
   }
   // After a failure too, with the empty id, for which no server has an object: every status query that wants
   // the UID ends in this request, and the text is then empty. It must not be saved.
+  const auto aside = result < 0 ? std::make_unique<FailureAside>() : nullptr;
   if (latestUid != nullptr) *latestUid = UidOfId(*target.server, latest.id);
   return result;
 }
@@ -86,6 +92,7 @@ bool GetLinkContext(const char* path, std::string& context) {
 }
 
 bool ReadDetails(const char* path, std::map<VtDetails, std::string>& details) {
+  const FailureStep step("read the details");
   const FileTarget target = ResolveFileTarget(path, {}, ResolveQuiet);
   if (target.server == nullptr) return false;
   FileInfo current;

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/failure_step.h"
 #include "public/address_text.h"
 #include "public/path_resolution.h"
 #include "public/vt_direct_manager.h"
@@ -40,10 +41,15 @@ TemporaryCheckout ForHost(FileServer& server, const TemporaryCheckoutEntry& entr
 }  // namespace
 
 std::optional<std::vector<TemporaryCheckout>> FindTemporaryCheckouts(const char* path) {
+  const FailureStep step("find temporary checkouts");
+  const FailureMark mark;
   const PathTarget target = ResolveTarget(path, {}, 0);
   if (target.server == nullptr) return std::nullopt;
   const auto entries = Find(target);
-  if (!entries) return std::nullopt;
+  if (!entries) {
+    ReportReason(FollowsOr(mark, FailureKind::NotFound));
+    return std::nullopt;
+  }
   std::vector<TemporaryCheckout> found;
   for (const auto& entry : *entries) found.push_back(ForHost(*target.server, entry));
   return found;

@@ -1,5 +1,5 @@
+#include "base/failure_trace.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "connection/server_check.h"
 #include "public/host_callbacks.h"
 #include "public/object_address.h"
@@ -30,47 +30,55 @@ std::shared_ptr<FileServer> FindOrMakeServer(const char* url, bool remember) {
 }
 
 std::string LookUpCadName(const char* url, const char* cadName) {
+  const FailureStep step("find a document by its name");
+  const FailureMark mark;
   const auto server = FindOrMakeServer(url, true);
   if (!IsVantry(server)) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to establish connection to server  at  URL %s\n",
-                     TextOrEmpty(url));
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(
+        dp::TraceType::Error, "Failed to establish connection to server  at  URL %s\n", TextOrEmpty(url));
     return {};
   }
   const std::string id = server->UIDFromVantryCadName(cadName);
   if (!id.empty()) return UidOfId(*server, id);
-  VtDirectTracer()(dp::TraceType::Error, "Failed to find a CAD name %s at server URL %s\n",
-                   TextOrEmpty(cadName), TextOrEmpty(url));
+  TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Error,
+                                                    "Failed to find a CAD name %s at server URL %s\n",
+                                                    TextOrEmpty(cadName), TextOrEmpty(url));
   return {};
 }
 
 }  // namespace
 
 std::string UIDFromVantryCadName(const char* url, const char* cadName) {
+  const FailureStep step("find a document by its name");
   std::string uid = LookUpCadName(url, cadName);
   if (uid.empty()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to inquire uid for CAD Name %s, at server URL %s\n",
-                     TextOrEmpty(cadName), TextOrEmpty(url));
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to inquire uid for CAD Name %s, at server URL %s\n",
+                         TextOrEmpty(cadName), TextOrEmpty(url));
   }
   return uid;
 }
 
 std::string UIDFromVantryParams(const char* url, const char* documentId, const char* workspace,
                                 bool remember) {
+  const FailureStep step("find a document by its id");
+  const FailureMark mark;
   const auto server = FindOrMakeServer(url, remember);
   if (!IsVantry(server)) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to connect to server: %s\n", TextOrEmpty(url));
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Error,
+                                                      "Failed to connect to server: %s\n", TextOrEmpty(url));
     return {};
   }
   const std::string id = server->UIDFromVantryParams(documentId, workspace);
   if (id.empty()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to find a sensible object: %s %s\n",
-                     TextOrEmpty(documentId), TextOrEmpty(workspace));
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Error,
+                                                      "Failed to find a sensible object: %s %s\n",
+                                                      TextOrEmpty(documentId), TextOrEmpty(workspace));
     return {};
   }
   std::string uid = UidOfId(*server, id);
   if (uid.empty()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to retrieve object: %s %s\n", TextOrEmpty(documentId),
-                     id.c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to retrieve object: %s %s\n", TextOrEmpty(documentId),
+                         id.c_str());
   }
   return uid;
 }

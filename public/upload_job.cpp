@@ -1,5 +1,6 @@
 #include "public/upload_job.h"
 
+#include "base/failure_step.h"
 #include "base/tracers.h"
 #include "public/host_callbacks.h"
 #include "public/manager_state.h"
@@ -34,6 +35,7 @@ bool StoreCheckedOut(const UploadJob& job, const DocumentUploadParams& params, F
   if (status != Ok) return false;
   if (job.checkIn) return checkout->Checkin(job.id.c_str(), info);
   // The store stands, whether or not its document can be read now.
+  const FailureAside aside;
   (void)job.server->GetFileInfo(job.id.c_str(), info);
   return true;
 }
@@ -53,12 +55,15 @@ bool Transfer(const UploadJob& job, FileInfo& info, const VtDirectManager::Progr
 
 bool RunUploadJob(const UploadJob& job, const VtDirectManager::StatusCallback& status,
                   const VtDirectManager::ProgressCallback& progress) {
+  const FailureStep step("store");
+  const FailureMark mark;
   VtDirectTracer()(dp::TraceType::Information, "Storing document (%s %s) to (<%s> - <%s>)\n",
                    job.mainPath.c_str(), job.viewablePath.c_str(), job.vcsPath.c_str(),
                    job.relativePath.c_str());
   FileInfo info;
   StatusCode code = VtDirectManager::StatusOk;
   if (!Transfer(job, info, progress, code)) {
+    ReportReason(FollowsOr(mark, FailureKind::Refused));
     if (status) status(code, nullptr);
     return false;
   }

@@ -1,6 +1,6 @@
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "public/source_links.h"
 #include "public/upload_job.h"
 
@@ -21,9 +21,11 @@ DocumentKind KindOf(VtDirectManager::FileType type) {
 // The server half: whatever the address names on it.
 bool PrepareUploadJob(const PathTarget& target, const UploadRequest& request,
                       const VtDirectManager::StatusCallback& status, UploadJob& job) {
+  const FailureStep step("find the server");
+  const FailureMark mark;
   if (!target.server->TestConnection()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to connect to server path %s\n",
-                     target.server->GetServerURL().c_str());
+    TracerFor(FollowsOr(mark, FailureKind::Unreachable))(
+        dp::TraceType::Error, "Failed to connect to server path %s\n", target.server->GetServerURL().c_str());
     if (status) status(VtDirectManager::StatusConnectFailed, nullptr);
     return false;
   }
@@ -49,12 +51,18 @@ void PrepareIteration(const std::string& id, const UploadRequest& request, Uploa
   job.checkedOut = state.inWorkspace;
 }
 
+// That nothing is there is what a new document needs, and a look that fails counts as that.
+bool IsThere(FileServer& server, const std::string& relativePath) {
+  const FailureAside aside;
+  const std::string id = server.ResolvePath(relativePath.c_str());
+  FileInfo info;
+  return !id.empty() && server.GetFileInfo(id.c_str(), info) == Ok;
+}
+
 // A VFS path never overwrites: a new iteration needs a UID.
 bool PrepareCreation(const PathTarget& target, const char* path, UploadJob& job) {
-  const std::string id = job.server->ResolvePath(target.relativePath.c_str());
-  FileInfo info;
-  if (!id.empty() && job.server->GetFileInfo(id.c_str(), info) == Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "File %s already exists\n", path);
+  if (IsThere(*job.server, target.relativePath)) {
+    TracerFor({FailureKind::Conflict})(dp::TraceType::Error, "File %s already exists\n", path);
     return false;
   }
   job.relativePath = target.relativePath;
@@ -72,7 +80,7 @@ VtDirectManager::StatusCode CodeOfAddress(const PathTarget& target) {
 // A host that has no content to store has made a mistake, and is told so without a request.
 void ReportNoContent(const PathTarget& target, const char* path,
                      const VtDirectManager::StatusCallback& status) {
-  VtDirectTracer()(dp::TraceType::Error, "No local file to store at %s\n", path);
+  TracerFor({FailureKind::LocalFile})(dp::TraceType::Error, "No local file to store at %s\n", path);
   if (status) status(CodeOfAddress(target), nullptr);
 }
 
@@ -80,6 +88,7 @@ void ReportNoContent(const PathTarget& target, const char* path,
 
 bool PrepareUpload(const UploadRequest& request, const VtDirectManager::StatusCallback& status,
                    UploadJob& job) {
+  const FailureStep step("prepare the upload");
   const PathTarget target = ResolveTarget(request.path, {}, 0);
   if (target.server == nullptr) return false;
   if (request.mainPath == nullptr) {

@@ -3,7 +3,7 @@
 #include <string>
 #include <utility>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "browsing/contexts.h"
 #include "browsing/folder_ids.h"
 #include "browsing/vfs_tree.h"
@@ -15,10 +15,13 @@ namespace {
 
 Status UploadIntoWorkspace(ServerContext& server, const ParsedVfsPath& target, const std::string& contextId,
                            const DocumentUploadParams& params, FileInfo& info, ProgressFunction progress) {
+  const FailureStep step("find the workspace");
+  const FailureMark mark;
   const std::string workspace = FindWorkspaceIdByName(server, target.folderPath, contextId);
   if (workspace.empty()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate workspace %s in context %s on server\n",
-                     target.folderPath.c_str(), contextId.c_str());
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(
+        dp::TraceType::Error, "Failed to locate workspace %s in context %s on server\n",
+        target.folderPath.c_str(), contextId.c_str());
     return Refused;
   }
   return CreateDocumentInWorkspace(server, target.leaf, contextId, {}, workspace, params, info,
@@ -34,10 +37,13 @@ std::string FindFolder(ServerContext& server, const std::string& contextId, cons
 
 Status UploadNewDocument(ServerContext& server, const char* targetPath, const DocumentUploadParams& params,
                          FileInfo& info, ProgressFunction progress) {
+  const FailureStep step("create the document");
+  const FailureMark mark;
   const ParsedVfsPath target = SplitFilePath(targetPath);
   const std::string contextId = ResolveContextId(server, target.kind, target.context);
   if (contextId.empty()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate context %s on server\n", target.context.c_str());
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(
+        dp::TraceType::Error, "Failed to locate context %s on server\n", target.context.c_str());
     return Refused;
   }
   if (IsVfsName(target.section, VfsNameId::Workspaces)) {
@@ -45,8 +51,8 @@ Status UploadNewDocument(ServerContext& server, const char* targetPath, const Do
   }
   if (!IsVfsName(target.section, VfsNameId::Folders)) {
     // "most" is what has always stood in this line; logs are searched for it.
-    VtDirectTracer()(dp::TraceType::Error, "A target folder most be specified (where %s was given)\n",
-                     targetPath);
+    TracerFor({FailureKind::NotFound})(
+        dp::TraceType::Error, "A target folder most be specified (where %s was given)\n", targetPath);
     return NotFound;
   }
   const std::string folderId = FindFolder(server, contextId, target.folderPath);

@@ -1,5 +1,6 @@
 #include "translation/translation_gate.h"
 
+#include "base/failure_step.h"
 #include "base/tracers.h"
 #include "connection/odata_services.h"
 #include "connection/server_information.h"
@@ -32,10 +33,12 @@ void TraceWhatIsMissing(ServerContext& server) {
 }  // namespace
 
 bool TranslationGate(ServerContext& server) {
+  const FailureStep step("ask whether the server translates");
   if (!dp::Environment::Get("FENLOOM_FORCE_NRX_XLIFF_ENABLE").empty()) return true;
   ServerVersion version;
   if (GetServerVersion(*server.http(), version) != Ok) return false;
   if (version < MinimumTranslationVersion) {
+    ReportReason({FailureKind::ServiceMissing});
     TraceTooOld(version);
     return false;
   }

@@ -3,6 +3,7 @@
 #include <map>
 #include <vector>
 
+#include "base/failure_step.h"
 #include "connection/json_members.h"
 #include "connection/odata_page_reader.h"
 #include "connection/rest_items.h"
@@ -65,6 +66,7 @@ std::string AttributeOf(const RestItem& item, const char* name) {
 
 std::string FindContextByCabinet(ServerContext& server, const std::string& contextName,
                                  const std::string& cabinetId, const std::string& /*contextType*/) {
+  const FailureStep step("find the context");
   ContainerMatch containers = ReadContainers(server, cabinetId);
   if (containers.size() > 1) {
     std::erase_if(containers, [&](const auto& entry) { return entry.second.name != contextName; });
@@ -76,6 +78,7 @@ std::string FindContextByCabinet(ServerContext& server, const std::string& conte
 
 bool FindContextByName(ServerContext& server, const std::string& contextName, const std::string& contextType,
                        std::string& contextId) {
+  const FailureStep step("find the context");
   std::vector<RestItem> contexts;
   if (!ReadRestItems(server.http(), "servlet/rest/v1/contexts", contexts, true, nullptr)) return false;
   const std::string wantedType = UpperCase(contextType);

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "base/failure_step.h"
 #include "connection/json_members.h"
 #include "connection/odata_page_reader.h"
 #include "connection/url_escape.h"
@@ -46,6 +47,7 @@ bool HasExpandedElement(const rapidjson::Value& rows) {
 
 std::string FindFolderByPath(ServerContext& server, const char* contextName, const char* /*contextType*/,
                              const char* subFolderPath) {
+  const FailureStep step("find the folder");
   const std::string path = subFolderPath != nullptr ? subFolderPath : "";
   const auto slash = path.rfind('/');
   if (slash == std::string::npos || slash == 0) return {};

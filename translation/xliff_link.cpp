@@ -1,5 +1,6 @@
 #include "translation/xliff_link.h"
 
+#include "base/failure_trace.h"
 #include "base/tracers.h"
 #include "connection/json_members.h"
 #include "documents/storing/text_file.h"
@@ -7,6 +8,7 @@
 namespace lxservices::cms_interface::vantry {
 
 bool LinkXliffDocument(ServerContext& server, const std::string& sourceId, const std::string& xliffId) {
+  const FailureStep step("link the XLIFF document");
   // The ids go in as they stand, with no escaping: that is the body that servers know.
   const ScopedTempPath body(WriteTextFile(
       MakeTempFile("upload", "json"),
@@ -23,12 +25,14 @@ bool LinkXliffDocument(ServerContext& server, const std::string& sourceId, const
 bool ToldSuccess(RestStream& response, const char* failure) {
   rapidjson::Document answer;
   if (!response.succeeded() || !ParseJsonResponse(response, answer)) {
-    VtDirectXliffTracer()(dp::TraceType::Error, "%s with error %d : %s\n", failure, response.status(),
-                          response.errorText().c_str());
+    TracerFor(Follows(), VtDirectXliffTracer())(dp::TraceType::Error, "%s with error %d : %s\n", failure,
+                                                response.status(), response.errorText().c_str());
     return false;
   }
   const rapidjson::Value* value = FindString(answer, "value");
-  return value != nullptr && TextView(*value) == "Success";
+  const bool isSuccess = value != nullptr && TextView(*value) == "Success";
+  if (!isSuccess) ReportReason({value != nullptr ? FailureKind::Refused : FailureKind::AnswerBroken});
+  return isSuccess;
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,5 +1,6 @@
 #include "translation/xliff_preferences.h"
 
+#include "base/failure_step.h"
 #include "base/text.h"
 #include "connection/json_members.h"
 #include "connection/odata_page_reader.h"
@@ -22,6 +23,7 @@ void ReadPreferences(const rapidjson::Value& page, XliffPreferences& preferences
 
 XliffPreferences GetXliffPreferences(ServerContext& server, const char* documentId,
                                      const char* sourceLanguage) {
+  const FailureStep step("read the translation preferences");
   XliffPreferences preferences;
   ODataPageReader reader(server, "servlet/odata/v1/DynamicDocMgmt/XliffPreferences(oidForQ7zkDocument='" +
                                      EscapeForUrl(TextOrEmpty(documentId)) + "',sourceLanguage='" +

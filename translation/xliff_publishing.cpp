@@ -1,5 +1,6 @@
 #include "translation/xliff_publishing.h"
 
+#include "base/failure_step.h"
 #include "connection/url_escape.h"
 #include "documents/storing/text_file.h"
 #include "translation/xliff_link.h"
@@ -7,6 +8,7 @@
 namespace lxservices::cms_interface::vantry {
 
 bool MarkPublished(ServerContext& server, const std::string& documentId) {
+  const FailureStep step("mark the document as published");
   const ScopedTempPath body(
       WriteTextFile(MakeTempFile("upload", "json"), "{ \"ZVKDDEXTENDEDDOCTYPE\":\"x-raomPublished\" }"));
   if (body.path().empty()) return false;

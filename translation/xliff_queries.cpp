@@ -1,5 +1,6 @@
 #include "translation/xliff_queries.h"
 
+#include "base/failure_step.h"
 #include "connection/json_members.h"
 #include "connection/odata_page_reader.h"
 #include "connection/url_escape.h"
@@ -48,15 +49,18 @@ void ReadTranslations(const rapidjson::Value& page, std::map<std::string, std::s
 }  // namespace
 
 bool FindSourceXliff(ServerContext& server, const std::string& sourceId, XliffDocumentRef& xliff) {
+  const FailureStep step("find the source XLIFF");
   return ReadLastReference(server, DocumentPath(sourceId) + "/Xliff", xliff);
 }
 
 bool ReadDocumentLanguage(ServerContext& server, const std::string& documentId, XliffDocumentRef& document) {
+  const FailureStep step("read the language");
   return ReadLastReference(server, DocumentPath(documentId), document);
 }
 
 bool ListTranslations(ServerContext& server, const std::string& sourceId, XliffDocumentRef& source,
                       std::map<std::string, std::string>& translations) {
+  const FailureStep step("list the translations");
   ODataPageReader reader(server, DocumentPath(sourceId) + "?$expand=Translations");
   bool complete = false;
   while (reader.Next()) {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "base/failure_step.h"
 #include "base/local_path.h"
 #include "documents/reading/document_reads.h"
 #include "documents/storing/text_document.h"
@@ -63,12 +64,20 @@ FileInfo MakeFileInfoOf(const DocumentRecord& record) {
 
 bool UploadSourceXliff(ServerContext& server, const std::string& sourceId, const char* xliffPath,
                        const char* language, FileInfo& result, du::http::ProgressFunction progress) {
+  const FailureStep step("upload the source XLIFF");
+  const FailureMark mark;
   const XliffPreferences preferences = GetXliffPreferences(server, sourceId.c_str(), language);
-  if (!AreComplete(preferences)) return false;
+  if (!AreComplete(preferences)) {
+    ReportReason(FollowsOr(mark, FailureKind::ServiceMissing));
+    return false;
+  }
   const bool byCabinet = !Preference(preferences, "CABINET_OID").empty();
   const Place place =
       byCabinet ? FindPlaceByCabinet(server, preferences) : FindPlaceByPath(server, preferences);
-  if (place.contextId.empty()) return false;
+  if (place.contextId.empty()) {
+    ReportReason(FollowsOr(mark, FailureKind::NotFound));
+    return false;
+  }
   DocumentRecord record;
   if (!UpdateTextDocument(server, nullptr, BareName(xliffPath).c_str(), place.contextId.c_str(),
                           place.folderId.empty() ? nullptr : place.folderId.c_str(), xliffPath,
@@ -82,12 +91,14 @@ bool UploadSourceXliff(ServerContext& server, const std::string& sourceId, const
   result = MakeFileInfoOf(record);
   // The document stands on the server whether or not it could be linked; a host that was told of a failure
   // would upload it a second time.
+  const FailureAside aside;
   (void)LinkXliffDocument(server, sourceId, record.id);
   return true;
 }
 
 bool UpdateSourceXliff(ServerContext& server, const std::string& sourceId, const char* xliffPath,
                        const char* language, FileInfo& result, du::http::ProgressFunction progress) {
+  const FailureStep step("upload the source XLIFF");
   XliffDocumentRef xliff;
   if (!FindSourceXliff(server, sourceId, xliff)) return false;
   DocumentRecord document;
@@ -98,6 +109,7 @@ bool UpdateSourceXliff(ServerContext& server, const std::string& sourceId, const
     return false;
   }
   result = MakeFileInfoOf(record);
+  const FailureAside aside;
   (void)LinkXliffDocument(server, sourceId, record.id);
   return true;
 }

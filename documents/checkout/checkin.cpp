@@ -1,6 +1,7 @@
 #include "documents/checkout/checkin.h"
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/tracers.h"
 #include "documents/storing/conflict_resolution.h"
 #include "documents/storing/json_post.h"
@@ -30,6 +31,7 @@ rapidjson::Document MakeCheckinBody(const std::string& documentId, const char* c
 }  // namespace
 
 bool CheckinDocument(ServerContext& server, const char* text, FileInfo& info) {
+  const FailureStep step("check in");
   CheckoutId checkoutId;
   if (!ParseValidCheckoutId(text, checkoutId)) return false;
   const std::string& id = WorkingDocumentId(checkoutId);
@@ -37,8 +39,8 @@ bool CheckinDocument(ServerContext& server, const char* text, FileInfo& info) {
   DocumentRecord result;
   // Both lines were written for a workspace number; a workspace's id is a text.
   if (!PostCheckin(server, workspace, id, nullptr, checkoutId.temporary, &result)) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to check-in document id %s on workspace %s\n", id.c_str(),
-                     workspace.c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to check-in document id %s on workspace %s\n",
+                         id.c_str(), workspace.c_str());
     return false;
   }
   VtDirectTracer()(dp::TraceType::Miss, "Checked-in document id %s on workspace %s giving id %s\n",
@@ -55,8 +57,8 @@ bool PostCheckin(ServerContext& server, const std::string& workspaceId, const st
                 MakeCheckinBody(documentId, comment, removeFromWorkspace));
   RestStream& response = post.response();
   if (!response.succeeded()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to check-in document with error %d : %s\n",
-                     response.status(), response.errorText().c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to check-in document with error %d : %s\n",
+                         response.status(), response.errorText().c_str());
     return false;
   }
   if (result != nullptr) (void)ReadFirstDocument(response, *result);

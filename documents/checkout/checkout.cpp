@@ -1,6 +1,7 @@
 #include "documents/checkout/checkout.h"
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/text.h"
 #include "base/tracers.h"
 #include "documents/reading/document_reads.h"
@@ -14,9 +15,11 @@ namespace {
 
 // The workspace for a checkout that named none; empty, traced, when it cannot be made.
 std::string MakeWorkspaceTraced(ServerContext& server, const std::string& contextId) {
+  const FailureMark mark;
   std::string workspace = CreateTemporaryWorkspace(server, contextId);
   if (workspace.empty()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to create temporary workspace\n");
+    TracerFor(FollowsOr(mark, FailureKind::Refused))(dp::TraceType::Error,
+                                                     "Failed to create temporary workspace\n");
   } else {
     VtDirectTracer()(dp::TraceType::Miss, "Created temporary workspace %s\n", workspace.c_str());
   }
@@ -37,14 +40,16 @@ rapidjson::Document MakeCheckoutBody(const std::string& documentId, const std::s
 }  // namespace
 
 bool CheckoutDocument(ServerContext& server, const char* id, FileInfo& info) {
+  const FailureStep step("check out");
   const CheckoutId checkoutId = ParseCheckoutId(id);
   DocumentRecord record;
   if (ReadDocument(server, checkoutId.field0, record) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to find document id %s\n", TextOrEmpty(id));
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to find document id %s\n", TextOrEmpty(id));
     return false;
   }
   if (record.isCheckout) {
-    VtDirectTracer()(dp::TraceType::Error, "Document %s is already checked out\n", TextOrEmpty(id));
+    TracerFor({FailureKind::Conflict})(dp::TraceType::Error, "Document %s is already checked out\n",
+                                       TextOrEmpty(id));
     return false;
   }
   const bool temporary = checkoutId.field1.empty();
@@ -69,7 +74,7 @@ bool PostCheckout(ServerContext& server, const std::string& workspaceId, const s
   RestStream& response = post.response();
   // A success whose body is no JSON is traced as a failure and still a success: the document is checked out.
   if (!response.succeeded() || !ReadFirstDocument(response, result)) {
-    VtDirectTracer()(
+    TracerFor(Follows())(
         dp::TraceType::Error, "Failed to checkout document %s to workspace %s with error %d : %s\n",
         documentId.c_str(), workspaceId.c_str(), response.status(), response.errorText().c_str());
   }

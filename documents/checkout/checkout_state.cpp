@@ -1,18 +1,19 @@
 #include "documents/checkout/checkout_state.h"
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "documents/checkout/working_copy.h"
 #include "documents/reading/document_reads.h"
 
 namespace lxservices::cms_interface::vantry {
 
 bool GetCheckoutState(ServerContext& server, const char* id, VtCheckoutState& state) {
+  const FailureStep step("ask where the checkout stands");
   const CheckoutId parsed = ParseCheckoutId(id);
   DocumentRecord record;
   if (ReadDocument(server, parsed.field0, record) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return false;
   }
   state.checkedOut = record.isCheckout;

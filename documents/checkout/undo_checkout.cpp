@@ -1,7 +1,7 @@
 #include "documents/checkout/undo_checkout.h"
 
 #include "base/checkout_id.h"
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "documents/reading/document_reads.h"
 #include "documents/storing/json_post.h"
 #include "documents/workspaces/temporary_workspace.h"
@@ -18,14 +18,15 @@ bool UndoInWorkspace(ServerContext& server, const CheckoutId& checkoutId, Docume
   const std::string& workspace = checkoutId.field1;
   if (checkoutId.temporary && !WorkspaceHoldsDocument(server, id, workspace)) return true;
   if (PostUndoCheckout(server, workspace, id, &result)) return true;
-  VtDirectTracer()(dp::TraceType::Error, "Failed to undo checkout of %s from temporary workspace %s\n",
-                   id.c_str(), workspace.c_str());
+  TracerFor(Follows())(dp::TraceType::Error, "Failed to undo checkout of %s from temporary workspace %s\n",
+                       id.c_str(), workspace.c_str());
   return checkoutId.temporary;
 }
 
 }  // namespace
 
 bool UndoCheckoutDocument(ServerContext& server, const char* text, FileInfo& info) {
+  const FailureStep step("undo the checkout");
   CheckoutId checkoutId;
   if (!ParseValidCheckoutId(text, checkoutId)) return false;
   DocumentRecord result;
@@ -34,8 +35,8 @@ bool UndoCheckoutDocument(ServerContext& server, const char* text, FileInfo& inf
   // caller is told of a success as long as the document can be read.
   if (checkoutId.temporary) DeleteTemporaryWorkspace(server, checkoutId.field1);
   if (result.id.empty() && ReadDocument(server, checkoutId.field0, result) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n",
-                     checkoutId.field0.c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n",
+                         checkoutId.field0.c_str());
     return false;
   }
   info = MakeFileInfo(result);
@@ -48,8 +49,8 @@ bool PostUndoCheckout(ServerContext& server, const std::string& workspaceId, con
   JsonPost post(server, WorkspaceOperationPath(workspaceId, "undocheckout"), MakeObjectIdList(documentId));
   RestStream& response = post.response();
   if (!response.succeeded()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to undo check-out of document with error %d : %s\n",
-                     response.status(), response.errorText().c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to undo check-out of document with error %d : %s\n",
+                         response.status(), response.errorText().c_str());
     return false;
   }
   if (result != nullptr) (void)ReadFirstDocument(response, *result);

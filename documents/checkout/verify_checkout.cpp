@@ -1,6 +1,7 @@
 #include "documents/checkout/verify_checkout.h"
 
 #include "base/checkout_id.h"
+#include "base/failure_step.h"
 #include "documents/checkout/checkout.h"
 #include "documents/checkout/undo_checkout.h"
 #include "documents/checkout/working_copy.h"
@@ -34,6 +35,7 @@ bool Renew(ServerContext& server, const char* id, FileInfo& info, VtCheckoutStat
 }  // namespace
 
 bool VerifyCheckout(ServerContext& server, const char* id, FileInfo& info, VtCheckoutState& state) {
+  const FailureStep step("verify the checkout");
   const CheckoutId checkoutId = ParseCheckoutId(id);
   if (checkoutId.field1.empty() || StandsInWorkspace(server, checkoutId)) {
     return ReadAsItStands(server, id, info, state);

@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "connection/url_split.h"
 #include "documents/reading/document_reads.h"
 #include "platform/files.h"
@@ -47,14 +47,17 @@ std::ostream& operator<<(std::ostream& line, const TracedContent& content) {
 
 bool DownloadDocument(ServerContext& server, const char* id, const char* localPath, FileInfo& info,
                       du::http::ProgressFunction progress) {
+  const FailureStep step("download the content");
+  const FailureMark mark;
   DocumentRecord record;
   if (ReadDocument(server, ParseCheckoutId(id).field0, record) != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return false;
   }
   if (DownloadPrimaryContent(server, record, localPath, std::move(progress)) != 200) {
-    VtDirectTracer()(dp::TraceType::Error) << "Failed to download file " << TextOrEmpty(id)
-                                           << " with error: " << TracedContent{TextOrEmpty(localPath)};
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Error)
+        << "Failed to download file " << TextOrEmpty(id)
+        << " with error: " << TracedContent{TextOrEmpty(localPath)};
     return false;
   }
   info = MakeFileInfo(record);

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "connection/rest_stream.h"
 #include "connection/url_escape.h"
 #include "documents/reading/document_reader.h"
@@ -15,6 +15,7 @@ constexpr const char* documentsPath = "servlet/rest/v1/dkm/documents/";
 }  // namespace
 
 Status ReadDocument(ServerContext& server, const std::string& id, DocumentRecord& record) {
+  const FailureStep step("read the document");
   const std::string path = documentsPath + EscapeForUrl(id);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) {
@@ -26,6 +27,7 @@ Status ReadDocument(ServerContext& server, const std::string& id, DocumentRecord
 }
 
 bool ReadDocumentJson(ServerContext& server, const std::string& id, rapidjson::Document& document) {
+  const FailureStep step("read the document");
   const std::string path = documentsPath + EscapeForUrl(id);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) return false;
@@ -35,6 +37,7 @@ bool ReadDocumentJson(ServerContext& server, const std::string& id, rapidjson::D
 
 bool ReadDocumentVersions(ServerContext& server, const std::string& id, const std::string& contextId,
                           std::vector<DocumentSummary>& versions) {
+  const FailureStep step("list the versions");
   const std::string path =
       documentsPath + EscapeForUrl(id) + "/versions?contextId=" + EscapeForUrl(contextId);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
@@ -50,12 +53,13 @@ bool ReadDocumentVersions(ServerContext& server, const std::string& id, const st
 
 bool SearchDocuments(ServerContext& server, const std::string& number, std::vector<DocumentRecord>& documents,
                      const char* scope) {
+  const FailureStep step("search by number");
   std::string path = std::string(documentsPath) + "search?number=" + EscapeForUrl(number);
   if (scope != nullptr && *scope != '\0') path += "&scope=" + EscapeForUrl(scope);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to find doc number %s with response: %s", number.c_str(),
-                     response.errorText().c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to find doc number %s with response: %s",
+                         number.c_str(), response.errorText().c_str());
     return false;
   }
   rapidjson::Document document;

@@ -1,8 +1,8 @@
 #include "documents/reading/file_info.h"
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "documents/reading/document_reads.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -29,7 +29,7 @@ Status GetFileInfo(ServerContext& server, const char* id, FileInfo& info) {
   DocumentRecord record;
   const Status status = ReadDocument(server, ParseCheckoutId(id).field0, record);
   if (status != Ok) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
     return status;
   }
   info = MakeFileInfo(record);

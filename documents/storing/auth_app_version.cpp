@@ -1,5 +1,6 @@
 #include "documents/storing/auth_app_version.h"
 
+#include "base/failure_step.h"
 #include "connection/rest_stream.h"
 #include "documents/storing/text_file.h"
 #include "platform/files.h"
@@ -33,6 +34,7 @@ void EnsureAuthAppVersion(ServerContext& server) {
 }
 
 std::string RegisterAuthAppVersion(ServerContext& server, const std::string& version) {
+  const FailureStep step("register the application version");
   // The blanks are part of the format; the version stands without quotes and must be a number.
   const ScopedTempPath body(
       WriteTextFile(du::FileSystem::MkTempFile(nullptr, "register", "json"),

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "connection/json_members.h"
 #include "connection/rest_stream.h"
 #include "connection/url_split.h"
@@ -23,6 +23,7 @@ std::uint64_t ReadStreamId(const std::string& text) {
   char* end = nullptr;
   errno = 0;
   const std::uint64_t number = std::strtoull(text.c_str(), &end, 10);
+  if (end == text.c_str() || errno == ERANGE) ReportReason({FailureKind::AnswerBroken});
   if (end == text.c_str()) throw std::invalid_argument("invalid stoull argument");
   if (errno == ERANGE) throw std::out_of_range("stoull argument out of range");
   return number;
@@ -65,20 +66,27 @@ void ReadReceipts(const rapidjson::Document& answer, const StreamIndex& streams,
   }
 }
 
-Status TraceRefusal(int status, const std::string& errorText) {
-  VtDirectTracer()(dp::TraceType::Error, "Failed to upload document with error %d : %s\n", status,
-                   errorText.c_str());
+// A failure without a line of its own.
+Status Because(FailureKind kind, Status status) {
+  ReportReason({kind});
+  return status;
+}
+
+Status TraceRefusal(const Reason& reason, int status, const std::string& errorText) {
+  TracerFor(reason)(dp::TraceType::Error, "Failed to upload document with error %d : %s\n", status,
+                    errorText.c_str());
   return Refused;
 }
 
 // A body that is not whole is sent to nobody: what a server stored of it would be half of what a user has.
 Status TraceNotStaged(const std::string& bodyFile) {
-  VtDirectTracer()(dp::TraceType::Error, "Failed to write upload file %s\n", bodyFile.c_str());
+  TracerFor({FailureKind::LocalFile})(dp::TraceType::Error, "Failed to write upload file %s\n",
+                                      bodyFile.c_str());
   return ServerError;
 }
 
 Status TraceTooLarge() {
-  VtDirectTracer()(dp::TraceType::Error, "Failed to update document: maximum file size exceeded\n");
+  TracerFor(Follows())(dp::TraceType::Error, "Failed to update document: maximum file size exceeded\n");
   return TooLarge;
 }
 
@@ -88,7 +96,7 @@ Status PostBody(ServerContext& server, const std::string& uploadUrl, const std::
                 du::http::ProgressFunction progress) {
   const auto [base, path] = SplitUrlAtPath(uploadUrl);
   const auto side = server.MakeSideConnection(base);
-  if (side == nullptr) return TraceRefusal(-1, {});
+  if (side == nullptr) return TraceRefusal({FailureKind::AnswerBroken}, -1, {});
   const std::string nonce = server.CsrfHeader();
   RestStream response(MakeRestRequest(side, du::http::Method::Post, path.c_str(), bodyFile.c_str(),
                                       multipartContentType, nonce.c_str()),
@@ -97,7 +105,7 @@ Status PostBody(ServerContext& server, const std::string& uploadUrl, const std::
   if (!response.succeeded() || !ParseJsonResponse(response, answer)) {
     return response.errorCode() == du::http::ErrorCode::TooLarge
                ? TraceTooLarge()
-               : TraceRefusal(response.status(), response.errorText());
+               : TraceRefusal(Follows(), response.status(), response.errorText());
   }
   contents.assign(count, {});
   ReadReceipts(answer, streams, contents);
@@ -108,13 +116,16 @@ Status PostBody(ServerContext& server, const std::string& uploadUrl, const std::
 
 Status UploadContents(ServerContext& server, const std::vector<std::string>& paths,
                       std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
+  const FailureStep step("upload the contents");
   UploadTicket ticket;
   if (!RequestUploadTicket(server, paths.size(), ticket)) return Refused;
   const ScopedTempPath bodyFile(MakeTempFile("upload", "multipart"));
   MultipartFile body(bodyFile.path());
-  if (!body.IsOpen()) return ServerError;
+  if (!body.IsOpen()) return Because(FailureKind::LocalFile, ServerError);
   WriteHead(body, ticket);
-  if (paths.size() > ticket.fileNames.size() || paths.size() > ticket.streamIds.size()) return Refused;
+  if (paths.size() > ticket.fileNames.size() || paths.size() > ticket.streamIds.size()) {
+    return Because(FailureKind::AnswerBroken, Refused);
+  }
   WriteDescriptors(body, ticket, paths.size());
   const StreamIndex streams = WriteFiles(body, ticket, paths);
   if (!body.Finish()) return TraceNotStaged(bodyFile.path());
@@ -132,7 +143,8 @@ Status UploadPaths(ServerContext& server, const std::vector<const char*>& paths,
       gap = true;
       continue;
     }
-    if (gap && !warned) VtDirectTracer()(dp::TraceType::Warning, "Unexpected file path\n");
+    const FailureAside aside;  // the others are sent
+    if (gap && !warned) TracerFor({FailureKind::LocalFile})(dp::TraceType::Warning, "Unexpected file path\n");
     warned = warned || gap;
     given.emplace_back(path);
   }

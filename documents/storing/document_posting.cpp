@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "documents/reading/document_reader.h"
 #include "documents/storing/json_post.h"
 #include "documents/workspaces/workspace_post.h"
@@ -41,8 +41,8 @@ Status PostBody(ServerContext& server, const std::string& path, const rapidjson:
     ReadRecords(answer, records);
     return Ok;
   }
-  VtDirectTracer()(dp::TraceType::Error, "Failed to update document with error %d : %s\n", response.status(),
-                   response.errorText().c_str());
+  TracerFor(Follows())(dp::TraceType::Error, "Failed to update document with error %d : %s\n",
+                       response.status(), response.errorText().c_str());
   return Refused;
 }
 
@@ -51,6 +51,7 @@ Status PostBody(ServerContext& server, const std::string& path, const rapidjson:
 Status PostDocumentInstructions(ServerContext& server, bool isCreate, JsonAllocator& allocator,
                                 rapidjson::Value& instructions, const std::string& contextId,
                                 std::span<DocumentRecord> records, rapidjson::Value* resolutions) {
+  const FailureStep step("write the document");
   rapidjson::Value array = AsArray(instructions, allocator);
   if (array.Empty()) return NotFound;
   rapidjson::Value body(rapidjson::kObjectType);
@@ -64,6 +65,7 @@ Status PostDocumentInstructions(ServerContext& server, bool isCreate, JsonAlloca
 Status PostStore(ServerContext& server, JsonAllocator& allocator, rapidjson::Value& instructions,
                  const std::string& workspaceId, std::span<DocumentRecord> records,
                  rapidjson::Value* resolutions) {
+  const FailureStep step("store into the workspace");
   rapidjson::Value array = AsArray(instructions, allocator);
   if (array.Empty()) return NotFound;
   rapidjson::Value body(rapidjson::kObjectType);

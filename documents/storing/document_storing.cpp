@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "base/checkout_id.h"
+#include "base/failure_trace.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "documents/reading/document_reader.h"
 #include "documents/reading/document_reads.h"
 #include "documents/storing/conflict_resolution.h"
@@ -35,7 +35,7 @@ FileInfo MakeFileInfoWithId(const DocumentRecord& record, std::string id) {
 bool ReadForIteration(ServerContext& server, const std::string& id, rapidjson::Document& json,
                       DocumentRecord& record) {
   if (!ReadDocumentJson(server, id, json)) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to locate document %s on server\n", id.c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", id.c_str());
     return false;
   }
   ReadDocumentRecord(json, record);
@@ -54,9 +54,9 @@ Status CreateDocument(ServerContext& server, const std::string& name, const std:
   const Status status = BuildDocumentForCreate(server, name, folderId, params, poster, std::move(progress));
   if (status != Ok) {
     const LocalPaths paths(params);
-    VtDirectTracer()(dp::TraceType::Error,
-                     "Failed to create document (%s, %s, %s) on server ctx %s, folder %s\n", paths.main,
-                     paths.viewable, paths.vcs, contextId.c_str(), folderId.c_str());
+    TracerFor(Follows())(dp::TraceType::Error,
+                         "Failed to create document (%s, %s, %s) on server ctx %s, folder %s\n", paths.main,
+                         paths.viewable, paths.vcs, contextId.c_str(), folderId.c_str());
     return status;
   }
   info = MakeFileInfoWithId(record, record.id);
@@ -74,10 +74,10 @@ Status CreateDocumentInWorkspace(ServerContext& server, const std::string& name,
   const Status status = BuildDocumentForCreate(server, name, folderId, params, poster, std::move(progress));
   if (status != Ok) {
     const LocalPaths paths(params);
-    VtDirectTracer()(dp::TraceType::Error,
-                     "Failed to create document (%s, %s, %s) on server ctx %s, folder %s, workspace %s\n",
-                     paths.main, paths.viewable, paths.vcs, contextId.c_str(), folderId.c_str(),
-                     workspaceId.c_str());
+    TracerFor(Follows())(dp::TraceType::Error,
+                         "Failed to create document (%s, %s, %s) on server ctx %s, folder %s, workspace %s\n",
+                         paths.main, paths.viewable, paths.vcs, contextId.c_str(), folderId.c_str(),
+                         workspaceId.c_str());
     return status;
   }
   info = MakeFileInfoWithId(record, FormatWorkspaceId(workspaceId, record.id));
@@ -98,8 +98,8 @@ Status IterateDocument(ServerContext& server, const char* id, const DocumentUplo
   const Status status = BuildDocumentForIterate(server, record, json, params, poster, std::move(progress));
   if (status != Ok) {
     const LocalPaths paths(params);
-    VtDirectTracer()(dp::TraceType::Error, "Failed to iterate document id %s (%s, %s, %s)\n", id, paths.main,
-                     paths.viewable, paths.vcs);
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to iterate document id %s (%s, %s, %s)\n", id,
+                         paths.main, paths.viewable, paths.vcs);
     return status;
   }
   info = MakeFileInfoWithId(answer, answer.id);
@@ -124,8 +124,8 @@ Status StoreDocument(ServerContext& server, const char* text, const DocumentUplo
   const Status status = BuildDocumentForIterate(server, record, json, params, poster, std::move(progress));
   if (status != Ok) {
     const LocalPaths paths(params);
-    VtDirectTracer()(dp::TraceType::Error, "Failed to store document id %s (%s, %s, %s)\n", id.c_str(),
-                     paths.main, paths.viewable, paths.vcs);
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to store document id %s (%s, %s, %s)\n", id.c_str(),
+                         paths.main, paths.viewable, paths.vcs);
   }
   return status;
 }

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdio>
 
+#include "base/failure_step.h"
 #include "connection/json_members.h"
 #include "connection/scoped_temp_path.h"
 #include "platform/files.h"
@@ -87,6 +88,7 @@ std::string WriteJsonBodyFile(const rapidjson::Value& value) {
   const std::string path = MakeTempFile("upload", "json");
   std::FILE* file = du::FileSystem::lxfopen(path.c_str(), "wb");
   if (file != nullptr && WriteCompact(value, file)) return path;
+  ReportReason({FailureKind::LocalFile});
   if (!path.empty()) du::FileSystem::Unlink(path.c_str(), false);
   return {};
 }

@@ -7,6 +7,7 @@
 #include <system_error>
 #include <vector>
 
+#include "base/failure_step.h"
 #include "base/local_path.h"
 #include "documents/storing/disk_space.h"
 #include "platform/files.h"
@@ -65,9 +66,10 @@ void MultipartFile::AddText(std::string_view text) {
 }
 
 void MultipartFile::AddFile(const char* localPath, std::string_view partName) {
-  if (IsDirectory(localPath)) return;
-  const std::unique_ptr<std::FILE, FileCloser> source(du::FileSystem::lxfopen(localPath, "rb"));
-  if (source == nullptr) return;
+  const bool isDirectory = IsDirectory(localPath);
+  const std::unique_ptr<std::FILE, FileCloser> source(isDirectory ? nullptr
+                                                                  : du::FileSystem::lxfopen(localPath, "rb"));
+  if (source == nullptr) return ReportReason({FailureKind::LocalFile});
   AddBoundary();
   AddText("\r\nContent-Type: application/octet-stream\r\nContent-Disposition: form-data; name=\"");
   AddText(partName);

@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/failure_trace.h"
 #include "base/text.h"
-#include "base/tracers.h"
 #include "documents/storing/content_upload.h"
 #include "documents/storing/document_instruction.h"
 #include "documents/storing/json_post.h"
@@ -109,6 +109,7 @@ bool UpdateTextDocument(ServerContext& server, const DocumentRecord* document, c
                         const char* contextId, const char* folderId, const char* path, const char* translate,
                         const char* language, const char* extendedDocType, const char* typeId,
                         DocumentRecord* result, du::http::ProgressFunction progress) {
+  const FailureStep step("write the XLIFF document");
   std::vector<UploadedContent> contents;
   if (UploadContents(server, {TextOrEmpty(path)}, contents, std::move(progress)) != Ok) return false;
   const TextProperties properties{cadName, folderId, translate, language, extendedDocType, typeId};
@@ -118,8 +119,8 @@ bool UpdateTextDocument(ServerContext& server, const DocumentRecord* document, c
   RestStream& response = post.response();
   DocumentRecord dropped;
   if (!response.succeeded() || !ReadFirstDocument(response, result != nullptr ? *result : dropped)) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to update document with error %d : %s\n",
-                     response.status(), response.errorText().c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to update document with error %d : %s\n",
+                         response.status(), response.errorText().c_str());
   }
   return response.succeeded();
 }

@@ -1,5 +1,7 @@
 #include "documents/storing/text_file.h"
 
+#include "base/failure_step.h"
+
 #include <cstdio>
 
 #include "platform/files.h"
@@ -12,6 +14,7 @@ std::string WriteTextFile(const std::string& path, std::string_view text) {
     const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
     if (std::fclose(file) == 0 && written) return path;
   }
+  ReportReason({FailureKind::LocalFile});
   if (!path.empty()) du::FileSystem::Unlink(path.c_str(), false);
   return {};
 }

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "connection/json_members.h"
 #include "connection/rest_stream.h"
 #include "documents/storing/text_file.h"
@@ -38,6 +38,7 @@ bool IsComplete(const UploadTicket& ticket) {
 }  // namespace
 
 bool RequestUploadTicket(ServerContext& server, std::size_t fileCount, UploadTicket& ticket) {
+  const FailureStep step("ask for a place to upload to");
   const ScopedTempPath body(
       WriteTextFile(MakeTempFile("upload", "json"), "{\n\"noOfFiles\":" + std::to_string(fileCount) + "\n}"));
   if (body.path().empty()) return false;
@@ -52,11 +53,12 @@ bool RequestUploadTicket(ServerContext& server, std::size_t fileCount, UploadTic
   if (response->status() == 404) post("servlet/rest/content/creationFactory");
   rapidjson::Document answer;
   if (!response->succeeded() || !ParseJsonResponse(*response, answer)) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to update document with error %d : %s\n",
-                     response->status(), response->errorText().c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to update document with error %d : %s\n",
+                         response->status(), response->errorText().c_str());
     return false;
   }
   ReadTicket(answer, ticket);
+  if (!IsComplete(ticket)) response->ReportBroken();
   return IsComplete(ticket);
 }
 

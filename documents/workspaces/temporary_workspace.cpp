@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "connection/url_escape.h"
 #include "documents/reading/document_reader.h"
 #include "documents/storing/document_writer.h"
@@ -80,6 +80,7 @@ std::string FindFreeName(const WorkspaceList& workspaces, const char* prefix, Cl
 
 bool CreateWorkspace(ServerContext& server, const std::string& contextId, const std::string& name,
                      WorkspaceRecord& workspace, const char* description) {
+  const FailureStep step("create a workspace");
   rapidjson::Document body(rapidjson::kObjectType);
   auto& allocator = body.GetAllocator();
   body.AddMember("name", MakeText(name, allocator), allocator);
@@ -93,14 +94,17 @@ bool CreateWorkspace(ServerContext& server, const std::string& contextId, const 
 }
 
 bool DeleteWorkspace(ServerContext& server, const std::string& workspaceId) {
+  const FailureStep step("delete a workspace");
   const std::string path = "servlet/rest/v1/dkm/workspaces/" + EscapeForUrl(workspaceId) + "/delete";
   JsonPost post(server, path, rapidjson::Value(rapidjson::kArrayType));
   return post.response().succeeded();
 }
 
 void DeleteTemporaryWorkspace(ServerContext& server, const std::string& workspaceId) {
+  const FailureAside aside;  // the document is checked in, or its checkout has failed or ended, all the same
   if (DeleteWorkspace(server, workspaceId)) return;
-  VtDirectTracer()(dp::TraceType::Error, "Failed to delete temporary workspace %s\n", workspaceId.c_str());
+  TracerFor(Follows())(dp::TraceType::Error, "Failed to delete temporary workspace %s\n",
+                       workspaceId.c_str());
 }
 
 std::uint32_t SystemSeconds() {

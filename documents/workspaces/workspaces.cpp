@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "base/tracers.h"
+#include "base/failure_trace.h"
 #include "connection/rest_stream.h"
 #include "connection/url_escape.h"
 #include "documents/reading/document_reader.h"
@@ -28,6 +28,7 @@ bool ReadRecords(ServerContext& server, const std::string& path,
 }  // namespace
 
 bool ListWorkspaces(ServerContext& server, const std::string& contextId, WorkspaceList& list) {
+  const FailureStep step("list the workspaces");
   const std::string path = std::string(workspacesPath) + "?contextId=" + EscapeForUrl(contextId);
   return ReadRecords(server, path, ReadWorkspace, list);
 }
@@ -42,6 +43,7 @@ bool ListUserWorkspaces(ServerContext& server, const std::string& contextId, Wor
 }
 
 bool ListWorkspaceDocuments(ServerContext& server, const std::string& workspaceId, DocumentList& list) {
+  const FailureStep step("list a workspace");
   const std::string path = std::string(workspacesPath) + "/" + EscapeForUrl(workspaceId) + "/documents";
   return ReadRecords(server, path, ReadDocumentSummary, list);
 }
@@ -50,7 +52,8 @@ bool WorkspaceHoldsDocument(ServerContext& server, const std::string& documentId
                             const std::string& workspaceId) {
   DocumentList documents;
   if (!ListWorkspaceDocuments(server, workspaceId, documents)) {
-    VtDirectTracer()(dp::TraceType::Error, "Failed to get documents for workspace %s\n", workspaceId.c_str());
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to get documents for workspace %s\n",
+                         workspaceId.c_str());
     return false;
   }
   return std::any_of(documents.begin(), documents.end(),

@@ -120,6 +120,8 @@ const std::vector<SilentQuestion>& SilentQuestions() {
       {"ReadRootDirs", [] { return RootDirs().starts_with("downplm"); }},
       {"IsVFSPath", [] { return IsVFSPath("korvufenloom-vfs://plm/a") && !IsVFSPath("//plm/a"); }},
       {"IsUID", [] { return IsUID(uidOfD1) && !IsUID("korvufenloom-vt://plm.example/vt/"); }},
+      {"ParseUID", [] { return ParseUID(uidOfD1)->document == "D1" && !ParseUID("korvufenloom-vt://plm/"); }},
+      {"WorkingCopyUID", [] { return WorkingCopyUID(uidOfD1).empty(); }},
       {"IsManaged", [] { return IsManaged(uidOfD1) && !IsManaged("other:x"); }},
       {"GetVFSLocationPrefix", [] { return GetVFSLocationPrefix() == std::string("korvufenloom-vfs"); }},
       {"CompareUIDsEqual",

@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <regex>
+#include <string>
+#include <vector>
+
+// What people read in a trace and what programs read in an Outcome are said by one function, in one
+// statement.
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path root = VTDIRECT_SOURCE_DIRECTORY;
+
+std::vector<fs::path> LibrarySources() {
+  std::vector<fs::path> files;
+  for (const char* folder :
+       {"base", "connection", "documents", "browsing", "translation", "server", "public"}) {
+    for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
+      const auto extension = entry.path().extension();
+      if (extension == ".cpp" || extension == ".h") files.push_back(entry.path());
+    }
+  }
+  return files;
+}
+
+std::string ReadWhole(const fs::path& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The statement that a position is in, up to there.
+std::string StatementBefore(const std::string& text, std::size_t position) {
+  // A brace closes a block at the end of its line, and a record within a line.
+  const auto semicolon = text.rfind(';', position);
+  const auto block = text.rfind("}\n", position);
+  std::size_t start = semicolon == std::string::npos ? 0 : semicolon;
+  if (block != std::string::npos && block > start) start = block;
+  return text.substr(start, position - start);
+}
+
+// Statements that name a type of failure and trace nothing.
+const std::map<std::string, std::string>& Exceptions() {
+  static const std::map<std::string, std::string> exceptions{
+      {"public/path_resolution.cpp",
+       "FailureLevel chooses between two types; TracerFor traces by its result"},
+      {"base/failure_trace.h", "the comment that shows how TracerFor is used"},
+  };
+  return exceptions;
+}
+
+TEST(TracesOfFailures, AreWrittenByTheFunctionThatReportsTheirReason) {
+  const std::regex failure(R"(TraceType::(Error|Warning))");
+  int found = 0;
+  for (const fs::path& file : LibrarySources()) {
+    const std::string name = fs::relative(file, root).string();
+    const std::string text = ReadWhole(file);
+    for (std::sregex_iterator hit(text.begin(), text.end(), failure), end; hit != end; ++hit) {
+      ++found;
+      const std::string statement = StatementBefore(text, static_cast<std::size_t>(hit->position()));
+      const bool reports = statement.find("TracerFor(") != std::string::npos;
+      EXPECT_TRUE(reports || Exceptions().count(name) == 1) << name << ": " << statement;
+    }
+  }
+  EXPECT_GT(found, 50);
+}
+
+// A type that is worked out would pass the test above.
+TEST(TracesOfOtherThings, NameTheirTypeWhereTheyAreWritten) {
+  const std::regex plain(R"(Tracer\(\)\(\s*([A-Za-z:]*))");
+  for (const fs::path& file : LibrarySources()) {
+    const std::string text = ReadWhole(file);
+    for (std::sregex_iterator hit(text.begin(), text.end(), plain), end; hit != end; ++hit) {
+      const std::string type = (*hit)[1];
+      EXPECT_TRUE(type == "dp::TraceType::Information" || type == "dp::TraceType::Miss")
+          << file << ": " << hit->str();
+    }
+  }
+}
+
+TEST(ExceptionsOfTraces, AreInUse) {
+  for (const auto& [name, reason] : Exceptions()) {
+    EXPECT_NE(ReadWhole(root / name).find("TraceType::Error"), std::string::npos) << name << ": " << reason;
+  }
+}
+
+}  // namespace
