@@ -2,10 +2,19 @@
 
 #include <unistd.h>
 
+#include <exception>
+
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/texts/output.h"
 
 namespace vtdirect_cli {
+namespace {
+
+// The catch at the top has nothing else of the command that was unwound.
+std::string toldBeforeException;
+
+}  // namespace
+
 InterruptionReport::InterruptionReport(Host& host, const std::string& command)
     : host_(host), command_(command), atTheEnd_([this] { Write(); }) {
   Tell("nothing was changed");
@@ -13,6 +22,11 @@ InterruptionReport::InterruptionReport(Host& host, const std::string& command)
 
 InterruptionReport::~InterruptionReport() {
   atTheEnd_.Dismiss();
+  if (std::uncaught_exceptions() > 0) toldBeforeException = whatStands_;
+}
+
+std::string InterruptionReport::ToldBeforeException() {
+  return toldBeforeException;
 }
 
 void InterruptionReport::Tell(const std::string& whatStands) {

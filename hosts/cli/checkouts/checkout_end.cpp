@@ -7,6 +7,7 @@
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -97,9 +98,8 @@ void ReadVersion(Ending& ending) {
 }  // namespace
 
 void WarnOfLeftWorkspace(Host& host) {
-  const std::string error = FirstTracedError();
-  if (error.find("delete temporary workspace") == std::string::npos) return;
-  host.output().Warning(error + "; it may stay on the server");
+  if (!WorkspaceStays()) return;
+  host.output().Warning(FirstTracedError() + "; it may stay on the server");
 }
 
 ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {

@@ -27,4 +27,9 @@ enum class Presence {
 /// @param uid  the working copy's, with its workspace
 [[nodiscard]] CheckoutState StandingOfTemporaryCopy(const std::string& uid);
 
+/// Checks a document out into a temporary workspace whose name no other run of the program tries, and tries
+/// again with the next name while another workspace has it. Makes requests.
+/// @return the working copy's UID; empty when the checkout failed, with the reasons of the last try
+[[nodiscard]] std::string CheckOutDocument(const std::string& document);
+
 }  // namespace vtdirect_cli

@@ -2,6 +2,7 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
@@ -42,9 +43,8 @@ ExitCode RunCheckout(Host& host, const Arguments& arguments) {
   if (refusal) return host.output().Fail(*refusal);
 
   report.Tell(UnknownEnd(address));
-  ForgetTracedErrors();
-  const std::string uid = VtDirectManager::Checkout(document.c_str());
-  if (!HasObjectId(uid)) {
+  const std::string uid = CheckOutDocument(document);
+  if (uid.empty()) {
     const Failure failure = CheckoutFailure(host, address, document);
     return Interrupted() ? report.Report() : host.output().Fail(failure);
   }

@@ -108,15 +108,11 @@ void RecordStored(Host& host, const Put& put) {
 }
 
 void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
-  put.checkedIn = put.outcome.checkedIn;
-  if (put.checkedIn) WarnOfLeftWorkspace(host);
   report.Tell("the file is stored; the UID to go on with is " + put.uid);
   put.state = ReadCheckoutState(put.uid);
   UpdateBook(host, put);
   RecordStored(host, put);
-  for (const std::string& name : MissingLinks(put.checkedIn ? put.uid : ByOwnId(put.uid), put.links)) {
-    host.output().Warning("the document has no link " + name + ", though the server was told of it");
-  }
+  WarnOfMissingLinks(host, ByOwnId(put.uid), put.links);
 }
 
 [[nodiscard]] std::optional<Failure> CheckIn(Host& host, Put& put, InterruptionReport& report) {
@@ -187,6 +183,10 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
       {"link", 0, "NAME=ADDRESS", true, Completion::Nothing,
        "Say that the document was made from the one at ADDRESS, which it calls NAME; \"NAME=\" takes a link "
        "away. May be given several times."},
+      {"force", 'f', nullptr, false, Completion::Nothing,
+       "Store a content of another kind over a document that may be a Fenlet; its viewable, metadata and "
+       "links "
+       "go."},
       {"kind", 0, "KIND", false, Completion::Nothing, "fenlet, general or ugc; fenlet unless given."},
       {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in behind the store."},
   };
@@ -218,7 +218,10 @@ CommandRow PutCommand() {
       "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
       "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
       "that the server carries over. Metadata is of one iteration: without --metadata the new one has "
-      "none. Documents of the kinds general and ugc take a content alone.\n\n"
+      "none. Documents of the kinds general and ugc take a content alone: over a document "
+      "that is there they take --force, since the server does not tell whether it is a Fenlet document, "
+      "whose "
+      "viewable, metadata and links would go.\n\n"
       "The files must not be written to while they are sent; when they are, nothing is stored. They are "
       "copied to the directory for temporary files first, which needs room for all of them. A failure "
       "says which step failed, what stands on the server, and what can be done next.",

@@ -150,9 +150,8 @@ void AskOfTemporaryCopy(Verification& found) {
 [[nodiscard]] std::optional<Failure> Renew(Host& host, Verification& found, InterruptionReport& report) {
   report.Tell("whether " + found.address + " is checked out anew is not known; " +
               CommandToType("status", found.uid) + " tells");
-  ForgetTracedErrors();
-  const std::string uid = VtDirectManager::Checkout(found.uid.c_str());
-  if (!HasObjectId(uid)) return CheckoutFailure(host, found.address, found.uid);
+  const std::string uid = CheckOutDocument(found.uid);
+  if (uid.empty()) return CheckoutFailure(host, found.address, found.uid);
   found.uid = uid;
   found.status = VtDirectManager::CheckoutInTempWorkspace;
   return std::nullopt;
