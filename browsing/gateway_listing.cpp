@@ -94,7 +94,9 @@ rapidjson::Document ParseAgain(KeptAnswer& answer) {
 bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback, ReadDirFlags flags) {
   if (!stream.succeeded()) return false;
   rapidjson::Document listing;
-  if (ParseJsonResponse(stream, listing)) DeliverListing(listing, callback, flags);
+  if (!ParseJsonResponse(stream, listing)) return true;
+  if (!listing.IsObject()) stream.ReportBroken();
+  DeliverListing(listing, callback, flags);
   return true;
 }
 

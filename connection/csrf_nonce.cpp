@@ -68,6 +68,7 @@ std::string FetchODataCsrf(const std::shared_ptr<HttpConnection>& connection) {
   RestStream response(request, {});
   rapidjson::Document document;
   if (!response.succeeded() || !ParseJsonResponse(response, document)) return {};
+  if (!document.IsObject()) response.ReportBroken();
   const rapidjson::Value* key = FindString(document, "NonceKey");
   const rapidjson::Value* value = FindString(document, "NonceValue");
   if (key == nullptr || value == nullptr) return NoNonce(mark);

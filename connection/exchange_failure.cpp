@@ -19,9 +19,9 @@ constexpr std::size_t shortestSecret = 4;
 constexpr std::size_t longestText = 1024;
 
 /// The parameters that this library sends itself: names, numbers and ids of what is asked for.
-constexpr std::array<std::string_view, 13> harmlessParameters{
-    "$expand", "$filter", "$levels",   "$orderby", "$select", "$skip", "$top",
-    "number",  "scope",   "contextId", "path",     "type",    "typeId"};
+constexpr std::array<std::string_view, 12> harmlessParameters{
+    "$expand", "$filter", "$orderby", "$select", "$top",   "contextId",
+    "number",  "path",    "scope",    "type",    "typeId", "zvk.search.latestversion"};
 constexpr std::array<std::string_view, 5> harmlessHeaders{"Accept", "Content-Type", "OData-Version",
                                                           "OData-MaxVersion", "Prefer"};
 

@@ -33,7 +33,9 @@ bool ODataPageReader::Next() {
 
 bool ODataPageReader::FetchPage(const std::shared_ptr<HttpConnection>& connection, const std::string& path) {
   RestStream response(MakeGetRequest(connection, path.c_str(), VtConnection::ODataHeaders()), {});
-  return response.succeeded() && ParseJsonResponse(response, page_);
+  if (!response.succeeded() || !ParseJsonResponse(response, page_)) return false;
+  if (!page_.IsObject()) response.ReportBroken();
+  return true;
 }
 
 }  // namespace lxservices::cms_interface::vantry

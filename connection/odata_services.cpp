@@ -14,7 +14,10 @@ rapidjson::Document ReadODataDocument(VtConnection& connection, const std::strin
   const FailureStep step("ask which services there are");
   rapidjson::Document document;
   RestStream response(MakeGetRequest(connection.http(), path.c_str(), VtConnection::ODataHeaders()), {});
-  if (response.succeeded()) (void)ParseJsonResponse(response, document);
+  if (response.succeeded() && ParseJsonResponse(response, document) && !document.IsArray() &&
+      !document.IsObject()) {
+    response.ReportBroken();
+  }
   return document;
 }
 

@@ -30,7 +30,7 @@ void ReadRows(RestStream& response, bool itemsWrapped, std::vector<RestItem>& ro
   if (!ParseJsonResponse(response, document)) return;
   const rapidjson::Value* list = itemsWrapped ? FindArray(document, "items") : nullptr;
   if (list == nullptr) list = &document;
-  if (!list->IsArray()) return;
+  if (!list->IsArray()) return response.ReportBroken();
   for (const auto& element : list->GetArray()) rows.push_back(ReadItem(element));
 }
 

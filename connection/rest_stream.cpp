@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/failure_log.h"
+#include "base/failure_step.h"
 #include "connection/exchange_watch.h"
 #include "connection/json_parsing.h"
 #include "platform/files.h"
@@ -68,7 +69,11 @@ void RestStream::Keep(const RestRequest& request, const EndedExchange& exchange)
 }
 
 void RestStream::ReportBroken() const {
-  if (ifBroken_) ReportFailure(*ifBroken_);
+  if (ifBroken_) {
+    ReportFailure(*ifBroken_);
+  } else if (succeeded()) {
+    ReportReason({FailureKind::AnswerBroken});  // kept from before somebody collected
+  }
 }
 
 void RestStream::OpenBody(du::http::FailoverFileSink& sink) {
@@ -100,6 +105,12 @@ bool ParseJsonResponse(RestStream& response, rapidjson::Document& document) {
   if (response.memoryStream() != nullptr && ParseJson(*response.memoryStream(), document)) return true;
   response.ReportBroken();
   return false;
+}
+
+bool ParseArrayResponse(RestStream& response, rapidjson::Document& document) {
+  if (!ParseJsonResponse(response, document)) return false;
+  if (!document.IsArray()) response.ReportBroken();
+  return document.IsArray();
 }
 
 }  // namespace lxservices::cms_interface::vantry

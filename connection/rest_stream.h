@@ -81,4 +81,8 @@ class RestStream {
 /// too deeply
 [[nodiscard]] bool ParseJsonResponse(RestStream& response, rapidjson::Document& document);
 
+/// ParseJsonResponse for an answer that is to be an array. JSON of another kind is reported and gives false
+/// too.
+[[nodiscard]] bool ParseArrayResponse(RestStream& response, rapidjson::Document& document);
+
 }  // namespace lxservices::cms_interface::vantry

@@ -31,7 +31,8 @@ bool ToldSuccess(RestStream& response, const char* failure) {
   }
   const rapidjson::Value* value = FindString(answer, "value");
   const bool isSuccess = value != nullptr && TextView(*value) == "Success";
-  if (!isSuccess) ReportReason({value != nullptr ? FailureKind::Refused : FailureKind::AnswerBroken});
+  if (value == nullptr) response.ReportBroken();
+  if (value != nullptr && !isSuccess) ReportReason({FailureKind::Refused});
   return isSuccess;
 }
 

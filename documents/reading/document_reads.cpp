@@ -22,7 +22,7 @@ Status ReadDocument(ServerContext& server, const std::string& id, DocumentRecord
     return response.errorCode() != du::http::ErrorCode::Done ? ConnectionFailed : Refused;
   }
   rapidjson::Document document;
-  if (ParseJsonResponse(response, document)) ReadDocumentRecord(document, record);
+  if (ParseJsonResponse(response, document) && !ReadDocumentRecord(document, record)) response.ReportBroken();
   return Ok;
 }
 
@@ -31,7 +31,7 @@ bool ReadDocumentJson(ServerContext& server, const std::string& id, rapidjson::D
   const std::string path = documentsPath + EscapeForUrl(id);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) return false;
-  (void)ParseJsonResponse(response, document);
+  if (ParseJsonResponse(response, document) && !document.IsObject()) response.ReportBroken();
   return true;
 }
 
@@ -43,7 +43,7 @@ bool ReadDocumentVersions(ServerContext& server, const std::string& id, const st
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) return false;
   rapidjson::Document document;
-  if (!ParseJsonResponse(response, document) || !document.IsArray()) return true;
+  if (!ParseArrayResponse(response, document)) return true;
   for (const auto& element : document.GetArray()) {
     DocumentSummary version;
     if (ReadDocumentSummary(element, version)) versions.push_back(std::move(version));
@@ -63,7 +63,7 @@ bool SearchDocuments(ServerContext& server, const std::string& number, std::vect
     return false;
   }
   rapidjson::Document document;
-  if (!ParseJsonResponse(response, document) || !document.IsArray()) return true;
+  if (!ParseArrayResponse(response, document)) return true;
   for (const auto& element : document.GetArray()) ReadDocumentRecord(element, documents.emplace_back());
   return true;
 }

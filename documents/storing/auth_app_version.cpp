@@ -46,6 +46,7 @@ std::string RegisterAuthAppVersion(ServerContext& server, const std::string& ver
       MakeRestRequest(server.http(), du::http::Method::Post, "servlet/rest/v1/dkm/registerauthappversions",
                       body.path().c_str(), nullptr, nonce.c_str()),
       {});
+  if (response.status() != 204) response.ReportBroken();
   return response.status() == 204 ? version : std::string();
 }
 

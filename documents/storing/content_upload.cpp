@@ -23,9 +23,10 @@ std::uint64_t ReadStreamId(const std::string& text) {
   char* end = nullptr;
   errno = 0;
   const std::uint64_t number = std::strtoull(text.c_str(), &end, 10);
-  if (end == text.c_str() || errno == ERANGE) ReportReason({FailureKind::AnswerBroken});
+  const bool isTooLarge = errno == ERANGE;
+  if (end == text.c_str() || isTooLarge) ReportReason({FailureKind::AnswerBroken});
   if (end == text.c_str()) throw std::invalid_argument("invalid stoull argument");
-  if (errno == ERANGE) throw std::out_of_range("stoull argument out of range");
+  if (isTooLarge) throw std::out_of_range("stoull argument out of range");
   return number;
 }
 
@@ -109,6 +110,7 @@ Status PostBody(ServerContext& server, const std::string& uploadUrl, const std::
   }
   contents.assign(count, {});
   ReadReceipts(answer, streams, contents);
+  if (FindArray(answer, "contentInfos") == nullptr) response.ReportBroken();
   return Ok;
 }
 

@@ -38,6 +38,7 @@ Status PostBody(ServerContext& server, const std::string& path, const rapidjson:
   RestStream& response = post.response();
   rapidjson::Document answer;
   if (response.succeeded() && ParseJsonResponse(response, answer)) {
+    if (!answer.IsArray()) response.ReportBroken();
     ReadRecords(answer, records);
     return Ok;
   }

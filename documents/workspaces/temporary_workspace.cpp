@@ -89,7 +89,9 @@ bool CreateWorkspace(ServerContext& server, const std::string& contextId, const 
   JsonPost post(server, "servlet/rest/v1/dkm/workspaces", body);
   if (!post.response().succeeded()) return false;
   rapidjson::Document answer;
-  if (ParseJsonResponse(post.response(), answer)) ReadWorkspace(answer, workspace);
+  if (ParseJsonResponse(post.response(), answer) && !ReadWorkspace(answer, workspace)) {
+    post.response().ReportBroken();
+  }
   return true;
 }
 

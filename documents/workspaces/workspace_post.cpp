@@ -22,6 +22,7 @@ rapidjson::Document MakeObjectIdList(const std::string& documentId) {
 bool ReadFirstDocument(RestStream& response, DocumentRecord& record) {
   rapidjson::Document answer;
   if (!ParseJsonResponse(response, answer)) return false;
+  if (!answer.IsArray()) response.ReportBroken();
   if (answer.IsArray() && !answer.Empty()) ReadDocumentRecord(answer[0], record);
   return true;
 }

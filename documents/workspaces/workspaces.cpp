@@ -20,7 +20,7 @@ bool ReadRecords(ServerContext& server, const std::string& path,
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) return false;
   rapidjson::Document document;
-  if (!ParseJsonResponse(response, document) || !document.IsArray()) return true;
+  if (!ParseArrayResponse(response, document)) return true;
   for (const auto& element : document.GetArray()) read(element, list.emplace_back());
   return true;
 }

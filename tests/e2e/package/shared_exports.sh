@@ -31,7 +31,11 @@ for function in $declared; do
 done
 for symbol in 'VtDirectUtils::GetLocalFile(char const\*)' \
   'VtDirectUtils::LocalFileHolder::LocalFileHolder(' 'VtDirectUtils::LocalFileHolder::~LocalFileHolder()' \
-  'VtDirectUtils::LocalFileHolder::GetLocalPath' 'VtDirectUtils::LocalFileHolder::IsTemporary()'; do
+  'VtDirectUtils::LocalFileHolder::GetLocalPath' 'VtDirectUtils::LocalFileHolder::IsTemporary()' \
+  'VtDirectManager::Outcome::Outcome()' 'VtDirectManager::Outcome::~Outcome()' 'VtDirectManager::Outcome::Entries' \
+  'VtDirectManager::Outcome::Cause' 'VtDirectManager::Outcome::MayHaveHappened() const' \
+  'VtDirectManager::Outcome::Empty() const' 'VtDirectManager::Outcome::Dropped() const' \
+  'VtDirectManager::Outcome::Clear()' 'VtDirectManager::FailureKindText'; do
   if ! grep -q "^$symbol" <<<"$exported"; then
     echo "$symbol is declared and not exported" >&2
     failed=yes

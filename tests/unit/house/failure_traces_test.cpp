@@ -5,6 +5,7 @@
 #include <iterator>
 #include <map>
 #include <regex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,31 @@ TEST(ExceptionsOfTraces, AreInUse) {
   for (const auto& [name, reason] : Exceptions()) {
     EXPECT_NE(ReadWhole(root / name).find("TraceType::Error"), std::string::npos) << name << ": " << reason;
   }
+}
+
+// The words between double quotes in the section of the page that lists the steps.
+std::set<std::string> StepsOfThePage() {
+  const std::string page = ReadWhole(root / "docs/reasons.md");
+  const auto start = page.find("\n## Steps\n");
+  const std::string section = page.substr(start, page.find("\n## ", start + 1) - start);
+  const std::regex quoted("\"([^\"]+)\"");
+  std::set<std::string> steps;
+  for (std::sregex_iterator hit(section.begin(), section.end(), quoted), end; hit != end; ++hit) {
+    steps.insert((*hit)[1]);
+  }
+  return steps;
+}
+
+TEST(StepsOfFailures, AreThoseOfThePage) {
+  const std::regex step("FailureStep [a-z]+\\(\"([^\"]+)\"\\)");
+  std::set<std::string> steps;
+  for (const fs::path& file : LibrarySources()) {
+    const std::string text = ReadWhole(file);
+    for (std::sregex_iterator hit(text.begin(), text.end(), step), end; hit != end; ++hit) {
+      steps.insert((*hit)[1]);
+    }
+  }
+  EXPECT_EQ(steps, StepsOfThePage());
 }
 
 }  // namespace

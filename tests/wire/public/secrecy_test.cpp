@@ -1,4 +1,5 @@
 #include "documents/storing/json_post.h"
+#include "public/outcome.h"
 #include "tests/wire/public/listed_server.h"
 
 // What a host's callback knows, and the nonce that a server gives, must not show in any trace.
@@ -19,6 +20,47 @@ using Secrecy = ListedServerTest;
 
 Answer Demanding(int status, std::string body) {
   return {status, std::move(body), du::http::ErrorCode::Done, 2};
+}
+
+std::string TextOf(const Failure& failure) {
+  return failure.step + "\n" + failure.serverText + "\n" + failure.url;
+}
+
+// A server that repeats what it was sent, and addresses that hold what only their receiver may know.
+TEST_F(Secrecy, OfNoncesLoginsAndTicketsHoldsForEveryReason) {
+  const std::string secret = canary;
+  RegisterAuth(Login);
+  UpdateServerList({{"plm", "https://" + secret + ":" + secret + "@plm.example/vt/"}});
+  const std::string nonce =
+      R"({"items":[{"id":"csrf","attributes":{"nonce_key":"N","nonce":")" + secret + R"("}}]})";
+  const std::string document = R"({"id":"D1","cadContent":{"contentSections":[{"contentUrl":["https://)" +
+                               secret + ":" + secret + "@files.example/" + secret + "?t=" + secret +
+                               R"("]}]}})";
+  const std::string ticket = R"({"masterUrl":"m","uploadUrl":"https://files.example/)" + secret +
+                             "?t=" + secret + R"(","fileNames":["f"],"streamIds":["1"]})";
+  const std::string said = "what is " + secret + "?";
+  transport.Then(200, document).Then(403, said);  // a download
+  transport.Then(200, nonce).Then(500, said);     // a check-in
+  ThenSchema();                                   // a store
+  transport.Then(200, R"({"id":"D1"})").Then(200, "[]").Then(200, R"({"id":"D1"})").Then(200, ticket);
+  transport.Then(500, said);
+  const Outcome outcome;
+  const std::string copy = directory.File("copy");
+  std::string uid;
+  std::string stem;
+  ASSERT_TRUE(GetLinkContext("//plm/", stem));
+  const std::string document1 = stem + "?id=D1";
+  EXPECT_FALSE(GetFile(document1.c_str(), copy.c_str(), uid, {}, {}));
+  EXPECT_EQ(Checkin((document1 + "|W2|D3|T").c_str()), "");
+  EXPECT_FALSE(Upload(FileTypeGeneral, document1.c_str(), copy.c_str(), {}, {}, nullptr, false));
+  const auto entries = outcome.Entries();
+  int refusals = 0;
+  for (const Failure& entry : entries) {
+    EXPECT_EQ(TextOf(entry).find(secret), std::string::npos) << TextOf(entry);
+    if (!entry.serverText.empty()) ++refusals;
+  }
+  EXPECT_EQ(refusals, 3);
+  EXPECT_EQ(transport.unanswered(), 0u);
 }
 
 TEST_F(Secrecy, OfCredentialsAndNoncesHoldsForEveryTrace) {

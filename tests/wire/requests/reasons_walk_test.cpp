@@ -21,6 +21,7 @@ using VtDirectManager::FailureKindText;
 using VtDirectManager::Outcome;
 
 constexpr std::string_view said = "said by the server";
+constexpr const char* anotherKind = "7";
 
 /// A way to fail, and what it says of a request.
 struct Way {
@@ -29,13 +30,14 @@ struct Way {
   FailureKind kind;
   int httpStatus;
   bool mayHaveHappened;  ///< of a request that changes something
+  bool isWalkedAlways = false;
 };
 
 std::vector<Way> WaysToFail() {
   const std::string text(said);
   return {
       {"credentials wanted", {401, text}, FailureKind::CredentialsWanted, 401, false},
-      {"forbidden", {403, text}, FailureKind::Refused, 403, false},
+      {"forbidden", {403, text}, FailureKind::Refused, 403, false, true},
       {"not found", {404, text}, FailureKind::NotFound, 404, false},
       {"conflict", {409, text}, FailureKind::Conflict, 409, false},
       {"precondition", {412, text}, FailureKind::Conflict, 412, false},
@@ -43,11 +45,12 @@ std::vector<Way> WaysToFail() {
       {"server error", {500, text}, FailureKind::Refused, 500, true},
       {"unreachable", {0, {}, ErrorCode::NoConnection}, FailureKind::Unreachable, 0, false},
       {"no TLS session", {0, {}, ErrorCode::TlsFailure}, FailureKind::Unreachable, 0, false},
-      {"lost answer", {0, {}, ErrorCode::ProtocolFailure}, FailureKind::AnswerBroken, 0, true},
+      {"lost answer", {0, {}, ErrorCode::ProtocolFailure}, FailureKind::AnswerBroken, 0, true, true},
       {"stall", {0, {}, ErrorCode::TimedOut}, FailureKind::TimedOut, 0, true},
       {"cut", {200, "[", ErrorCode::ProtocolFailure}, FailureKind::AnswerBroken, 0, true},
       {"cancelled", {0, {}, ErrorCode::Cancelled}, FailureKind::Cancelled, 0, true},
-      {"broken JSON", {200, "<html>"}, FailureKind::AnswerBroken, 200, true},
+      {"JSON of another kind", {200, anotherKind}, FailureKind::AnswerBroken, 200, true, true},
+      {"broken JSON", {200, "<html>"}, FailureKind::AnswerBroken, 200, true, true},
   };
 }
 
@@ -113,7 +116,10 @@ std::vector<std::string> StepsOf(const std::string& line) {
 }
 
 // Answers that are no JSON, or whose body nobody reads.
-bool IsJsonRead(const std::string& line) {
+bool IsJsonRead(const std::string& call, const std::string& line) {
+  // Opening keeps the listing as it came, for whoever reads the handle.
+  const bool opens = call.starts_with("OpenDir") || call.starts_with("FileOrFolderExists");
+  if (opens && line.find("/snx_gw/") != std::string::npos) return false;
   for (const char* other : {"/OrvetGW", "$metadata", "GET /content/", "/delete"}) {
     if (line.find(other) != std::string::npos) return false;
   }
@@ -126,14 +132,21 @@ std::string UrlOf(const std::string& line) {
   return "https://plm.example" + line.substr(line.find(' ') + 1);
 }
 
+// A platform tells 413 of a body as an error of its own, and of a GET as any other answer.
+Answer AnswerOf(const Way& way, const std::string& line) {
+  Answer answer = way.answer;
+  if (line.starts_with("GET ") && answer.error == ErrorCode::TooLarge) answer.error = ErrorCode::Done;
+  return answer;
+}
+
 bool IsOf(const Failure& entry, const std::string& line, const Way& way) {
   const bool isWrite = !line.starts_with("GET ");
   const auto steps = StepsOf(line);
-  const bool isDelivered = way.answer.error == ErrorCode::Done;
-  const bool hasText = way.answer.body == said && (isDelivered || way.httpStatus == 413);
+  const bool hasText = way.answer.body == said;
+  const int error = static_cast<int>(AnswerOf(way, line).error);
   return entry.kind == way.kind && std::find(steps.begin(), steps.end(), entry.step) != steps.end() &&
-         entry.httpStatus == way.httpStatus && entry.platformError == static_cast<int>(way.answer.error) &&
-         entry.url == UrlOf(line) && entry.mayHaveHappened == (isWrite && way.mayHaveHappened) &&
+         entry.httpStatus == way.httpStatus && entry.platformError == error && entry.url == UrlOf(line) &&
+         entry.mayHaveHappened == (isWrite && way.mayHaveHappened) &&
          (entry.serverText == (hasText ? said : "") || line.starts_with("GET /content/")) && !entry.follows;
 }
 
@@ -150,7 +163,7 @@ std::string Told(const std::vector<Failure>& entries) {
 
 class ReasonWalk {
  public:
-  explicit ReasonWalk(Generation generation) : server_(generation) {
+  ReasonWalk(Generation generation, bool everyWay) : server_(generation), everyWay_(everyWay) {
     setenv("FENLOOM_LANGUAGE", "en", 1);
     VtDirectManager::SetAppConfig(VtDirectManager::ConfigBrowseCadDocuments, "");
     transport_.AnswerBy([this](const SentRequest& request) { return AnswerTo(request); });
@@ -159,6 +172,7 @@ class ReasonWalk {
   void Walk(const std::string& name, const CountedCall& call) {
     const std::size_t requests = RequestsOf(call);
     for (const Way& way : WaysToFail()) {
+      if (!everyWay_ && !way.isWalkedAlways) continue;
       for (std::size_t failing = 0; failing < requests; ++failing) Fail(name, call, way, failing);
     }
   }
@@ -167,7 +181,7 @@ class ReasonWalk {
   Answer AnswerTo(const SentRequest& request) {
     if (way_ == nullptr || sent_++ != failing_) return server_.AnswerTo(request.line);
     line_ = request.line;
-    return way_->answer;
+    return AnswerOf(*way_, line_);
   }
 
   void Prepare(const CountedCall& call) {
@@ -185,6 +199,7 @@ class ReasonWalk {
 
   void Fail(const std::string& name, const CountedCall& call, const Way& way, std::size_t failing) {
     Prepare(call);
+    trace_.Clear();
     way_ = &way;
     failing_ = failing;
     sent_ = 0;
@@ -193,17 +208,24 @@ class ReasonWalk {
     const bool done = call.run();
     const auto entries = outcome.Entries();
     const std::string where = name + ", " + line_ + ": " + way.name + Told(entries);
-    ExpectReason(entries, way, where);
+    if (IsEmptyPage(way)) return;
+    ExpectReason(name, entries, way, where);
     if (done) return;
     const auto cause = outcome.Cause();
     ASSERT_TRUE(cause.has_value()) << where;
     EXPECT_FALSE(cause->follows || cause->aside) << where;
   }
 
-  void ExpectReason(const std::vector<Failure>& entries, const Way& way, const std::string& where) {
+  // Pages of documents are read as they come, and any JSON without a row is an empty page.
+  [[nodiscard]] bool IsEmptyPage(const Way& way) const {
+    return line_.find("/FolderContents/ZVK.") != std::string::npos && way.answer.body == anotherKind;
+  }
+
+  void ExpectReason(const std::string& name, const std::vector<Failure>& entries, const Way& way,
+                    const std::string& where) {
     ASSERT_FALSE(line_.empty()) << where;
     const bool isBroken = way.answer.error != ErrorCode::Done || way.httpStatus != 200;
-    if (!isBroken && !IsJsonRead(line_)) return;
+    if (!isBroken && !IsJsonRead(name, line_)) return;
     const bool told = std::any_of(entries.begin(), entries.end(),
                                   [&](const Failure& entry) { return IsOf(entry, line_, way); });
     EXPECT_TRUE(told) << where;
@@ -211,6 +233,7 @@ class ReasonWalk {
 
   TraceRecorder trace_;
   SampleServer server_;
+  const bool everyWay_;
   ScriptedTransport transport_;
   const Way* way_ = nullptr;
   std::size_t failing_ = 0;
@@ -218,8 +241,10 @@ class ReasonWalk {
   std::string line_;
 };
 
-void WalkGeneration(Generation generation) {
-  ReasonWalk walk(generation);
+// Every way on the oldest and on the newest servers, whose roads have no request in common where they differ;
+// a refusal, a lost answer and a broken one on those between.
+void WalkGeneration(Generation generation, bool everyWay) {
+  ReasonWalk walk(generation, everyWay);
   for (const auto& [name, call] : CountedCalls()) {
     walk.Walk(name.first + " of " + name.second, call);
     if (testing::Test::HasFailure()) return;
@@ -227,19 +252,19 @@ void WalkGeneration(Generation generation) {
 }
 
 TEST(ReasonOfEachFailure, IsToldOnAServerWithTheGatewayAlone) {
-  WalkGeneration(Generation::Gateway);
+  WalkGeneration(Generation::Gateway, true);
 }
 
 TEST(ReasonOfEachFailure, IsToldOnAServerWithTheFirstSchema) {
-  WalkGeneration(Generation::Schema1);
+  WalkGeneration(Generation::Schema1, false);
 }
 
 TEST(ReasonOfEachFailure, IsToldOnAServerWithTheFourthSchema) {
-  WalkGeneration(Generation::Schema4);
+  WalkGeneration(Generation::Schema4, false);
 }
 
 TEST(ReasonOfEachFailure, IsToldOnAServerWithTheFifthSchema) {
-  WalkGeneration(Generation::Schema5);
+  WalkGeneration(Generation::Schema5, true);
 }
 
 }  // namespace
