@@ -64,12 +64,12 @@ void SettleUid(const std::string& told, Ending& ending) {
   const std::string told = ending.end == CheckoutEnd::Checkin ? VtDirectManager::Checkin(workingCopy)
                                                               : VtDirectManager::UndoCheckout(workingCopy);
   if (told.empty()) return EndFailure(host, ending.end, ending.address, ending.workingCopy);
-  if (!ending.hadEnded) WarnOfLeftWorkspace(host);
   SettleUid(told, ending);
   // Of a temporary workspace the library reports an undo that the server has refused as done.
   if (ending.end == CheckoutEnd::Undo && !ending.hadEnded && IsCheckedOutByUser(ending.uid)) {
     return EndFailure(host, ending.end, ending.address, ending.workingCopy);
   }
+  if (!ending.hadEnded) WarnOfLeftWorkspace(host);
   return std::nullopt;
 }
 
