@@ -34,6 +34,9 @@ class Host {
 
   [[nodiscard]] Output& output() { return output_; }
   [[nodiscard]] const ServerMap& servers() const { return configuration_.servers; }
+  /// URLs of the servers that the operands of a command name.
+  [[nodiscard]] std::vector<std::string> ServersOf(const CommandRow& command,
+                                                   const Arguments& arguments) const;
   /// The directory for temporary files; only for a command that makes requests.
   [[nodiscard]] const std::string& workDirectory() const { return workDirectory_->path(); }
 
@@ -50,8 +53,6 @@ class Host {
   [[nodiscard]] std::optional<Failure> LoadServers(const Arguments& arguments);
   [[nodiscard]] std::optional<Failure> LimitCommand(const CommandRow& command, const Arguments& arguments);
   [[nodiscard]] std::optional<Failure> SetAccess(const CommandRow& command, const Arguments& arguments);
-  [[nodiscard]] std::vector<std::string> ServersOf(const CommandRow& command,
-                                                   const Arguments& arguments) const;
   [[nodiscard]] std::optional<std::string> AskPassphrase(const std::string& url, const std::string& keyFile,
                                                          bool mayAskUser);
   [[nodiscard]] std::optional<CredentialHelper> HelperOf(const Origin& origin) const;

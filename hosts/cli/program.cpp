@@ -11,6 +11,7 @@
 #include <iostream>
 #include <new>
 
+#include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command_line.h"
 #include "hosts/cli/environment.h"
 #include "hosts/cli/host.h"
@@ -60,6 +61,9 @@ void BoundTheFolderScan() {
   const ReasonCollector reasons;
   Host host(output);
   if (const auto failure = host.SetUp(command, arguments)) return output.Fail(*failure);
+  if (command.makesRequests && std::strcmp(command.name, "recover") != 0) {
+    WarnOfOpenEntries(host, host.ServersOf(command, arguments));
+  }
   const ExitCode code = command.run(host, arguments);
   if (code == ExitCode::Ok) host.TellCredentialsAccepted();
   return code;

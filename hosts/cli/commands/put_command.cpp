@@ -3,11 +3,13 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_end.h"
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/content_download.h"
+#include "hosts/cli/files/sha256.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/storing/document_place.h"
@@ -41,6 +43,17 @@ struct Put {
       return "iterated";
     default:
       return "stored";
+  }
+}
+
+[[nodiscard]] const char* StepOf(PutTarget::Action action) {
+  switch (action) {
+    case PutTarget::Action::Create:
+      return "create";
+    case PutTarget::Action::Iterate:
+      return "iterate";
+    default:
+      return "store";
   }
 }
 
@@ -119,14 +132,25 @@ void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
   report.Tell("the file is stored in the working copy " + put.uid +
               ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) + " tells");
   ForgetTracedErrors();
+  JournaledStep step(host, {{}, {}, "checkin", put.request.address, put.uid, {}, {}});
   const std::string uid = VtDirectManager::Checkin(put.uid.c_str());
-  if (uid.empty()) return PutCheckInFailure(host, put.uid);
+  if (uid.empty()) {
+    step.SettleUnlessUnknown();
+    return PutCheckInFailure(host, put.uid);
+  }
   WarnOfLeftWorkspace(host);
   ForgetCheckout(host, put.uid);
+  step.Settle();
   put.uid = uid;
   put.checkedIn = true;
   put.state = ReadCheckoutState(uid);
   return std::nullopt;
+}
+
+[[nodiscard]] JournalEntry EntryOf(const Put& put) {
+  const std::string& file = put.request.content.path;
+  return {
+      {}, {}, StepOf(put.target.action), put.request.address, put.target.address, file, Sha256OfFile(file)};
 }
 
 void Report(Host& host, const Put& put) {
@@ -148,6 +172,17 @@ void Report(Host& host, const Put& put) {
     host.output().Note("it is checked out; " + CommandToType("checkin", put.uid) + " checks it in");
 }
 
+// A server that is asked for the folder and doesn't answer is asked by the library to choose one.
+[[nodiscard]] std::optional<Failure> CreatedElsewhere(const Put& put) {
+  if (put.target.action != PutTarget::Action::Create) return std::nullopt;
+  if (!RefusalOfAnotherPlace(put.target.address, put.uid)) return std::nullopt;
+  return Failure{ExitCode::Incomplete,
+                 put.request.content.path + " is stored as " + put.uid + ", but the server has put it into " +
+                     VtDirectManager::GetVFSFolderPath(put.uid.c_str()) + " and not where " +
+                     put.target.address + " says; move it there on its page, to which " +
+                     CommandToType("browse-url", put.uid) + " leads"};
+}
+
 ExitCode FailOrReport(Host& host, const Failure& failure, InterruptionReport& report) {
   return failure.code == ExitCode::Interrupted ? report.Report() : host.output().Fail(failure);
 }
@@ -159,14 +194,18 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
     return FailOrReport(host, WithNothingSent(*failure), report);
   }
 
+  JournaledStep step(host, EntryOf(put));
   put.outcome = RunUpload(host, put.request, put.target, put.links, report);
   if (!put.outcome.stored) {
+    step.SettleUnlessUnknown();
     if (Interrupted()) return report.Report();
     return FailOrReport(host, PutFailure(host, put.request, put.target, put.outcome), report);
   }
   put.uid = UidOf(put);
   if (put.uid.empty()) return FailOrReport(host, NoDocument(host, put), report);
   LookAtResult(host, put, report);
+  step.Settle();
+  if (const auto failure = CreatedElsewhere(put)) return FailOrReport(host, *failure, report);
   if (put.request.checkIn && LeavesWorkingCopy(put)) {
     if (Interrupted()) return report.Report();
     if (const auto failure = CheckIn(host, put, report)) return FailOrReport(host, *failure, report);

@@ -3,6 +3,7 @@
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
@@ -150,8 +151,14 @@ void AskOfTemporaryCopy(Verification& found) {
 [[nodiscard]] std::optional<Failure> Renew(Host& host, Verification& found, InterruptionReport& report) {
   report.Tell("whether " + found.address + " is checked out anew is not known; " +
               CommandToType("status", found.uid) + " tells");
+  JournaledStep step(host, {{}, {}, "checkout", found.address, found.uid, {}, {}});
   const std::string uid = CheckOutDocument(found.uid);
-  if (uid.empty()) return CheckoutFailure(host, found.address, found.uid);
+  if (uid.empty()) {
+    step.SettleUnlessUnknown();
+    return CheckoutFailure(host, found.address, found.uid);
+  }
+  static_cast<void>(KeepCheckout(host, found.kept ? found.kept->document : found.uid, uid));
+  step.Settle();
   found.uid = uid;
   found.status = VtDirectManager::CheckoutInTempWorkspace;
   return std::nullopt;

@@ -244,6 +244,7 @@ TEST_F(CheckoutFailure, OfACheckoutSaysThatNothingWasChanged) {
     EXPECT_EQ(HolderOf("D1001"), "");
     EXPECT_EQ(TemporaryWorkspaces(), 0U);
     EXPECT_EQ(Book(), "");
+    EXPECT_EQ(Run({"recover"}).status, 0);
   }
 }
 
@@ -265,6 +266,7 @@ TEST_F(CheckoutFailure, OfACheckInOrAnUndoSaysThatTheWorkingCopyStays) {
     const std::string err = Fail({fault}, {"checkin", path_});
     EXPECT_THAT(err, testing::StartsWith("vtdirect: the check-in of " + path_ + " failed ("));
     EXPECT_THAT(err, testing::EndsWith(stays));
+    EXPECT_EQ(Run({"recover"}).status, 0);
   }
   const std::string err = Fail({"POST *undocheckout=500", "POST *delete=500"}, {"undo", path_});
   EXPECT_THAT(err, testing::StartsWith("vtdirect: the undo of " + path_ + " failed ("));
@@ -347,11 +349,13 @@ TEST_F(CheckoutInterrupted, TellsHowToFindOutWhatStands) {
   EXPECT_EQ(InterruptAt("POST *checkout", {"checkout", path}),
             "vtdirect: interrupted; whether " + path + " is checked out is not known; \"vtdirect status '" +
                 path + "'\" tells\n");
+  EXPECT_EQ(Run({"recover"}).status, 0);
   EXPECT_EQ(Book(), "");
   const std::string uid = CheckOut(path);
   EXPECT_EQ(InterruptAt("POST *checkin", {"checkin", path}),
             "vtdirect: interrupted; whether the checkout of " + path +
                 " has ended is not known; \"vtdirect verify '" + uid + "'\" tells what stands\n");
+  EXPECT_EQ(Run({"recover"}).status, 0);
   EXPECT_EQ(InterruptAt("POST *undocheckout", {"undo", path}),
             "vtdirect: interrupted; whether the checkout of " + path +
                 " has ended is not known; the same command can be given again\n");

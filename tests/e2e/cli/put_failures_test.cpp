@@ -153,7 +153,7 @@ TEST_F(PutFailure, OfAnAnswerThatTellsOfNoDocumentIsToldWhenThereIsNone) {
 // which ends within it.
 TEST_F(PutFailure, ForWantOfAnyRoomBlamesNoServer) {
   Serve();
-  fileSizeLimit_ = 120;
+  fileSizeLimit_ = 480;
   const ProcessResult result = Run({"put", "f", kFrame});
   EXPECT_EQ(result.status, 8);
   EXPECT_THAT(result.err, HasSubstr("could not be copied whole"));
