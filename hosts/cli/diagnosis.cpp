@@ -22,7 +22,7 @@ namespace {
 }  // namespace
 
 Failure InterruptedFailure() {
-  return {ExitCode::Interrupted, "interrupted"};
+  return {ExitCode::Interrupted, TimeIsOver() ? "the time for the command is over" : "interrupted"};
 }
 
 Failure ServerFailure(const Host& host, const std::string& url, std::int32_t code) {

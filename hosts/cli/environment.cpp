@@ -9,4 +9,11 @@ std::string Environment(const char* name) {
   return value == nullptr ? "" : value;
 }
 
+std::string StateDirectory() {
+  const std::string stateHome = Environment("XDG_STATE_HOME");
+  if (stateHome.starts_with('/')) return stateHome + "/vtdirect";
+  const std::string home = Environment("HOME");
+  return home.empty() ? "" : home + "/.local/state/vtdirect";
+}
+
 }  // namespace vtdirect_cli

@@ -25,6 +25,8 @@ constexpr ExitCodeRow kRows[] = {
     {ExitCode::Outdated, "outdated", "A newer iteration exists (status only). All objects were found."},
     {ExitCode::Incomplete, "incomplete",
      "A listing broke off or reached a bound: what was printed is not all that is there."},
+    {ExitCode::TimedOut, "timed-out",
+     "The time that --max-time or the configuration file allows was over before the command had ended."},
     {ExitCode::Interrupted, "interrupted",
      "Interrupted by SIGINT; SIGTERM gives 143 and SIGHUP 129. No local file is left behind."},
 };
@@ -42,6 +44,7 @@ constexpr ExitCode kWeights[] = {ExitCode::Ok,
                                  ExitCode::AuthenticationRefused,
                                  ExitCode::CannotConnect,
                                  ExitCode::LocalFile,
+                                 ExitCode::TimedOut,
                                  ExitCode::Interrupted};
 
 [[nodiscard]] std::ptrdiff_t WeightOf(ExitCode code) {

@@ -19,6 +19,7 @@ enum class ExitCode : int {
   ServerNotListed = 9,
   Outdated = 10,
   Incomplete = 11,
+  TimedOut = 12,
   Interrupted = 130,
 };
 

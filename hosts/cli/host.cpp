@@ -5,12 +5,12 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 
 #include "hosts/cli/environment.h"
 #include "hosts/cli/files/local_text_file.h"
 #include "hosts/cli/files/temporary_files.h"
+#include "hosts/cli/servers/server_access.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
@@ -19,7 +19,8 @@ namespace {
 // Enough for every source of credentials and three questions at the terminal, so that it is the host that
 // ends the tries and knows it.
 constexpr int kAuthenticationTries = 8;
-constexpr long kLongestSeconds = 24L * 60 * 60;
+// Long enough to unlock a keyring.
+constexpr long kHelperSeconds = 60;
 
 // The library's authentication callback is a plain function without an argument of ours.
 Host* theHost = nullptr;
@@ -28,15 +29,34 @@ bool AnswerDemand(const char* url) {
   return theHost != nullptr && theHost->Authenticate(url == nullptr ? "" : url);
 }
 
-[[nodiscard]] std::optional<Failure> ReadSeconds(const Arguments& arguments, const std::string& option,
-                                                 long& seconds) {
+[[nodiscard]] std::optional<Failure> ReadSecondsOption(const Arguments& arguments, const std::string& option,
+                                                       long& seconds) {
   if (!arguments.Has(option)) return std::nullopt;
-  const std::string text = arguments.Text(option);
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  const bool whole = error == std::errc() && end == text.data() + text.size();
-  if (whole && seconds >= 1 && seconds <= kLongestSeconds) return std::nullopt;
+  const auto read = ReadSeconds(arguments.Text(option));
+  if (read) seconds = *read;
+  if (read) return std::nullopt;
   return Failure{ExitCode::Usage,
-                 "--" + option + " takes a number of seconds from 1 to " + std::to_string(kLongestSeconds)};
+                 "--" + option + " takes a number of seconds from 1 to " + std::to_string(longestSeconds)};
+}
+
+// The server that an operand names: by a nickname, an address or a URL; empty for any other text.
+[[nodiscard]] std::string ServerOfOperand(const ServerMap& servers, const std::string& text) {
+  const auto listed = servers.find(text);
+  if (listed != servers.end()) return listed->second;
+  return OriginOf(text) ? text : VtDirectManager::GetServerURL(text.c_str());
+}
+
+// As git's helpers are told of a server.
+[[nodiscard]] HelperFields FieldsOf(const Origin& origin) {
+  const std::string text = TextOf(origin);
+  return {{"protocol", origin.scheme}, {"host", text.substr(text.find("://") + 3)}};
+}
+
+[[nodiscard]] HelperFields FieldsOf(const Origin& origin, const PasswordCredentials& credentials) {
+  HelperFields fields = FieldsOf(origin);
+  fields.emplace_back("username", credentials.user);
+  fields.emplace_back("password", credentials.password);
+  return fields;
 }
 
 [[nodiscard]] std::string NetrcFault(const std::string& path, int error) {
@@ -63,8 +83,9 @@ std::optional<Failure> Host::SetUp(const CommandRow& command, const Arguments& a
   theHost = this;
   if (arguments.Has("cad")) VtDirectManager::SetAppConfig(VtDirectManager::ConfigBrowseCadDocuments, "on");
   VtDirectManager::RegisterAuth(AnswerDemand);
-  VtDirectManager::UpdateServerList(servers_);
-  return std::nullopt;
+  VtDirectManager::UpdateServerList(configuration_.servers);
+  if (auto failure = SetAccess(command, arguments)) return failure;
+  return LimitCommand(command, arguments);
 }
 
 std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
@@ -73,20 +94,88 @@ std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
       named ? arguments.Text("config")
             : DefaultConfigurationPath(Environment("XDG_CONFIG_HOME"), Environment("HOME"));
   if (!path.empty() || named) {
-    if (auto failure = LoadConfiguration(path, named, servers_)) return failure;
+    if (auto failure = LoadConfiguration(path, named, configuration_)) return failure;
   }
   for (const std::string& argument : arguments.All("server")) {
-    if (auto failure = AddServerArgument(argument, servers_)) return failure;
+    if (auto failure = AddServerArgument(argument, configuration_)) return failure;
   }
-  for (const auto& [nickname, url] : servers_) NameServer(url);
+  for (const auto& [nickname, url] : configuration_.servers) NameServer(url);
+  return ConfigurationFault(configuration_);
+}
+
+std::vector<std::string> Host::ServersOf(const CommandRow& command, const Arguments& arguments) const {
+  std::vector<std::string> urls;
+  for (const OperandRow& operand : command.operands) {
+    for (const std::string& text : arguments.All(operand.name)) {
+      const std::string url = ServerOfOperand(configuration_.servers, text);
+      if (!url.empty()) urls.push_back(url);
+    }
+  }
+  return urls;
+}
+
+std::optional<Failure> Host::SetAccess(const CommandRow& command, const Arguments& arguments) {
+  ServerAccess access{configuration_, {}, namedUrls_, ServersOf(command, arguments), {}};
+  access.listed.insert(access.listed.end(), access.used.begin(), access.used.end());
+  access.commandLine.authorityFile = arguments.Text("ca-file");
+  access.commandLine.clientCertificate = arguments.Text("client-cert");
+  access.commandLine.clientKey = arguments.Text("client-key");
+  access.commandLine.proxy = arguments.Text("proxy");
+  if (arguments.Has("client-key") && !arguments.Has("client-cert")) {
+    return Failure{ExitCode::Usage, "--client-key takes --client-cert beside it"};
+  }
+  if (arguments.Has("proxy")) {
+    if (const auto fault = ProxyFault(arguments.Text("proxy"))) return Failure{ExitCode::Usage, *fault};
+  }
+  const bool mayAsk = !arguments.Has("no-prompt");
+  access.passphrase = [this, mayAsk](const std::string& url, const std::string& keyFile) {
+    return AskPassphrase(url, keyFile, mayAsk);
+  };
+  if (auto failure = ApplyServerAccess(access)) return failure;
+  const std::string user = Environment("VTDIRECT_PROXY_USER");
+  if (!user.empty()) du::http::SetProxyCredentials(user, Environment("VTDIRECT_PROXY_PASSWORD"));
+  return std::nullopt;
+}
+
+std::optional<std::string> Host::AskPassphrase(const std::string& url, const std::string& keyFile,
+                                               bool mayAskUser) {
+  const std::string known = Environment("VTDIRECT_KEY_PASSPHRASE");
+  if (!known.empty()) return known;
+  const auto origin = OriginOf(url);
+  if (const auto helper = origin ? HelperOf(*origin) : std::nullopt) {
+    std::string fault;
+    // As git's helpers are told of a certificate.
+    const HelperFields fields = helper->Get({{"protocol", "cert"}, {"path", keyFile}}, fault);
+    if (!fault.empty()) output_.Warning(fault);
+    if (!ValueOf(fields, "password").empty()) return ValueOf(fields, "password");
+  }
+  return mayAskUser ? PromptForPassphrase(keyFile) : std::nullopt;
+}
+
+// A command that works with several servers has the shortest time of them.
+std::optional<Failure> Host::LimitCommand(const CommandRow& command, const Arguments& arguments) {
+  long seconds = 0;
+  if (auto failure = ReadSecondsOption(arguments, "max-time", seconds)) return failure;
+  if (!command.makesRequests) return std::nullopt;
+  if (!arguments.Has("max-time")) {
+    for (const std::string& url : ServersOf(command, arguments)) {
+      const auto limit = SettingsFor(configuration_, url).maxTime;
+      if (limit && (seconds == 0 || *limit < seconds)) seconds = *limit;
+    }
+  }
+  if (seconds == 0) return std::nullopt;
+  const Failure failure{ExitCode::TimedOut, "the time for the command is over (" + std::to_string(seconds) +
+                                                " s, by --max-time or max_time)"};
+  LimitTime(seconds, static_cast<int>(failure.code), FailureLine(command.name, output_.json(), failure));
   return std::nullopt;
 }
 
 std::optional<Failure> Host::SetTransport(const Arguments& arguments) {
   du::http::TransportSettings settings = du::http::GetTransportSettings();
   long connectSeconds = settings.connectTimeoutMilliseconds / 1000;
-  if (auto failure = ReadSeconds(arguments, "connect-timeout", connectSeconds)) return failure;
-  if (auto failure = ReadSeconds(arguments, "stall-timeout", settings.stallTimeoutSeconds)) return failure;
+  if (auto failure = ReadSecondsOption(arguments, "connect-timeout", connectSeconds)) return failure;
+  if (auto failure = ReadSecondsOption(arguments, "stall-timeout", settings.stallTimeoutSeconds))
+    return failure;
   if (arguments.Has("stall-timeout")) {
     // Who names a time means any silence, also that of a server that has not begun to answer.
     settings.firstByteTimeoutSeconds = settings.stallTimeoutSeconds;
@@ -94,15 +183,6 @@ std::optional<Failure> Host::SetTransport(const Arguments& arguments) {
   }
   settings.connectTimeoutMilliseconds = connectSeconds * 1000;
   settings.authenticationTries = kAuthenticationTries;
-  if (arguments.Has("ca-file")) {
-    settings.certificateAuthorityFile = arguments.Text("ca-file");
-    std::string ignored;
-    if (const int error = ReadLocalTextFile(settings.certificateAuthorityFile, ignored);
-        error != 0 && error != EFBIG) {
-      return Failure{ExitCode::LocalFile,
-                     "cannot read " + settings.certificateAuthorityFile + ": " + std::strerror(error)};
-    }
-  }
   du::http::SetTransportSettings(settings);
   return std::nullopt;
 }
@@ -112,6 +192,7 @@ std::optional<Failure> Host::SetCredentials(const Arguments& arguments) {
   sources_.user = Environment("VTDIRECT_USER");
   sources_.password = Environment("VTDIRECT_PASSWORD");
   if (!arguments.Has("no-prompt")) sources_.prompt = PromptForPassword;
+  SetHelper();
 
   if (arguments.Has("netrc")) {
     // The user counts on this file: not to use it is a failure, and not only a warning.
@@ -127,6 +208,47 @@ std::optional<Failure> Host::SetCredentials(const Arguments& arguments) {
   if (path.empty() && !Environment("HOME").empty()) path = Environment("HOME") + "/.netrc";
   if (!path.empty()) sources_.netrc = [this, path] { return LoadNetrc(path); };
   return std::nullopt;
+}
+
+void Host::SetHelper() {
+  sources_.helper.get = [this](const Origin& origin, const std::string& user) {
+    return AskHelper(origin, user);
+  };
+  sources_.helper.store = [this](const Origin& origin, const PasswordCredentials& accepted) {
+    const auto helper = HelperOf(origin);
+    const std::string fault = helper ? helper->Store(FieldsOf(origin, accepted)) : std::string();
+    if (!fault.empty()) output_.Warning(fault);
+  };
+  sources_.helper.erase = [this](const Origin& origin, const PasswordCredentials& refused) {
+    const auto helper = HelperOf(origin);
+    const std::string fault = helper ? helper->Erase(FieldsOf(origin, refused)) : std::string();
+    if (!fault.empty()) output_.Warning(fault);
+  };
+}
+
+std::optional<CredentialHelper> Host::HelperOf(const Origin& origin) const {
+  const std::string command = SettingsFor(configuration_, TextOf(origin)).credentialHelper;
+  if (command.empty()) return std::nullopt;
+  return CredentialHelper(command, kHelperSeconds);
+}
+
+HelperAnswer Host::AskHelper(const Origin& origin, const std::string& user) {
+  HelperAnswer answer;
+  const auto helper = HelperOf(origin);
+  if (!helper) return answer;
+  HelperFields about = FieldsOf(origin);
+  if (!user.empty()) about.emplace_back("username", user);
+  std::string fault;
+  const HelperFields fields = helper->Get(about, fault);
+  if (!fault.empty()) output_.Warning(fault);
+  const std::string quit = ValueOf(fields, "quit");
+  answer.quit = quit == "1" || quit == "true";
+  const std::string told = ValueOf(fields, "username");
+  PasswordCredentials credentials{told.empty() ? user : told, ValueOf(fields, "password")};
+  // Of another user than the one that was asked for it is no answer.
+  const bool fits = user.empty() || credentials.user == user;
+  if (fits && !credentials.user.empty() && !credentials.password.empty()) answer.credentials = credentials;
+  return answer;
 }
 
 std::vector<NetrcEntry> Host::LoadNetrc(const std::string& path) {
@@ -148,6 +270,10 @@ std::optional<Failure> Host::MakeWorkDirectory() {
 
 std::string Host::authenticationRefusal() const {
   return authenticator_ ? authenticator_->refusal() : "";
+}
+
+void Host::TellCredentialsAccepted() {
+  if (authenticator_ && !authenticator_->refused()) authenticator_->TellAccepted();
 }
 
 void Host::ForgetAuthenticationRefusal() {

@@ -7,6 +7,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/files/work_directory.h"
 #include "hosts/cli/servers/authenticator.h"
+#include "hosts/cli/servers/credential_helper.h"
 #include "hosts/cli/servers/server_list.h"
 #include "hosts/cli/texts/output.h"
 
@@ -27,8 +28,15 @@ class Host {
   /// the list of servers. To be called before the first request.
   void NameServer(const std::string& url) { namedUrls_.push_back(url); }
 
+  /// To be called when the command has done what it was asked: a server has then taken the credentials that
+  /// it was given, and the credential helper is told.
+  void TellCredentialsAccepted();
+
   [[nodiscard]] Output& output() { return output_; }
-  [[nodiscard]] const ServerMap& servers() const { return servers_; }
+  [[nodiscard]] const ServerMap& servers() const { return configuration_.servers; }
+  /// URLs of the servers that the operands of a command name.
+  [[nodiscard]] std::vector<std::string> ServersOf(const CommandRow& command,
+                                                   const Arguments& arguments) const;
   /// The directory for temporary files; only for a command that makes requests.
   [[nodiscard]] const std::string& workDirectory() const { return workDirectory_->path(); }
 
@@ -43,13 +51,20 @@ class Host {
 
  private:
   [[nodiscard]] std::optional<Failure> LoadServers(const Arguments& arguments);
+  [[nodiscard]] std::optional<Failure> LimitCommand(const CommandRow& command, const Arguments& arguments);
+  [[nodiscard]] std::optional<Failure> SetAccess(const CommandRow& command, const Arguments& arguments);
+  [[nodiscard]] std::optional<std::string> AskPassphrase(const std::string& url, const std::string& keyFile,
+                                                         bool mayAskUser);
+  [[nodiscard]] std::optional<CredentialHelper> HelperOf(const Origin& origin) const;
+  [[nodiscard]] HelperAnswer AskHelper(const Origin& origin, const std::string& user);
   [[nodiscard]] std::optional<Failure> SetTransport(const Arguments& arguments);
   [[nodiscard]] std::optional<Failure> SetCredentials(const Arguments& arguments);
+  void SetHelper();
   [[nodiscard]] std::optional<Failure> MakeWorkDirectory();
   [[nodiscard]] std::vector<NetrcEntry> LoadNetrc(const std::string& path);
 
   Output& output_;
-  ServerMap servers_;
+  Configuration configuration_;
   std::vector<std::string> namedUrls_;
   CredentialSources sources_;
   std::unique_ptr<Authenticator> authenticator_;

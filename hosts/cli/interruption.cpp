@@ -6,6 +6,7 @@
 #include <atomic>
 #include <ctime>
 #include <thread>
+#include <utility>
 
 namespace vtdirect_cli {
 namespace {
@@ -14,7 +15,9 @@ constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 constexpr long kGraceNanoseconds = 250'000'000;
 
 struct State {
-  std::atomic<int> signal{0};
+  std::atomic<int> status{0};    // with which the program ends; 0 while nothing has come
+  std::atomic<int> timedOut{0};  // the status of the limit of time; 0 without one
+  std::atomic<bool> limitIsTold{false};
   std::recursive_mutex mutex;
   std::list<std::function<void()>*> undos;
 };
@@ -36,16 +39,36 @@ void UndoAll() {
   for (auto undo = state.undos.rbegin(); undo != state.undos.rend(); ++undo) (**undo)();
 }
 
+// Of a signal and the limit of time the first one counts.
+[[nodiscard]] bool ComesFirst(int status) {
+  int none = 0;
+  return TheState().status.compare_exchange_strong(none, status);
+}
+
+[[noreturn]] void EndProgram() {
+  State& state = TheState();
+  const std::lock_guard lock(state.mutex);
+  UndoAll();
+  _exit(state.status);
+}
+
 void Watch(sigset_t signals) {
   int signal = 0;
   if (sigwait(&signals, &signal) != 0) return;
-  State& state = TheState();
-  state.signal = signal;
+  static_cast<void>(ComesFirst(128 + signal));
   const timespec grace{0, kGraceNanoseconds};
   static_cast<void>(sigtimedwait(&signals, nullptr, &grace));
-  const std::lock_guard lock(state.mutex);
-  UndoAll();
-  _exit(128 + signal);
+  EndProgram();
+}
+
+void WatchTheTime(long seconds) {
+  timespec left{seconds, 0};
+  while (nanosleep(&left, &left) != 0) {
+  }
+  if (!ComesFirst(TheState().timedOut)) return;
+  const timespec grace{0, kGraceNanoseconds};
+  nanosleep(&grace, nullptr);
+  EndProgram();
 }
 
 }  // namespace
@@ -61,13 +84,32 @@ void WatchForInterruption() {
   std::thread(Watch, signals).detach();
 }
 
+void LimitTime(long seconds, int timedOut, std::string line) {
+  // Never destroyed, as the state: it comes first and so is undone last.
+  static CleanUp* const told = new CleanUp([line = std::move(line)] {
+    if (!TimeIsOver() || TheState().limitIsTold) return;
+    static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
+  });
+  static_cast<void>(told);
+  TheState().timedOut = timedOut;
+  std::thread(WatchTheTime, seconds).detach();
+}
+
+bool TimeIsOver() {
+  const State& state = TheState();
+  return state.timedOut != 0 && state.status == state.timedOut;
+}
+
+void TellNothingOfTheLimit() {
+  TheState().limitIsTold = true;
+}
+
 bool Interrupted() {
-  return TheState().signal != 0;
+  return TheState().status != 0;
 }
 
 int InterruptionStatus() {
-  const int signal = TheState().signal;
-  return signal == 0 ? 0 : 128 + signal;
+  return TheState().status;
 }
 
 InterruptionHold::InterruptionHold() : lock_(TheState().mutex) {}

@@ -3,6 +3,7 @@
 #include <functional>
 #include <list>
 #include <mutex>
+#include <string>
 
 /// SIGINT, SIGTERM and SIGHUP. A thread of its own waits for them, since the library may sit in a call that
 /// moves no byte and so asks no progress function for a long while. When one comes, `Interrupted()` turns
@@ -15,10 +16,22 @@ namespace vtdirect_cli {
 /// program has set to be ignored stays ignored.
 void WatchForInterruption();
 
-/// Whether a signal has come. Any thread.
+/// Ends the program in the same way when so much time has passed, with the exit status `timedOut` and the
+/// line on standard error, unless something that is undone has told more. To be called once at most.
+/// @param line  with its line feed
+void LimitTime(long seconds, int timedOut, std::string line);
+
+/// Whether it is the limit of time that has ended the program. Any thread.
+[[nodiscard]] bool TimeIsOver();
+
+/// Keeps the limit of time from writing its line: what has come to an end has been told already. Any thread.
+void TellNothingOfTheLimit();
+
+/// Whether a signal has come, or the time is over. Any thread.
 [[nodiscard]] bool Interrupted();
 
-/// The exit status that belongs to the signal that came; 0 when none has. Any thread.
+/// The exit status that belongs to the signal that came, or to the time that is over; 0 without either. Any
+/// thread.
 [[nodiscard]] int InterruptionStatus();
 
 /// While one lives, the process isn't ended by the watch: for a step that must be done whole or not at all.

@@ -2,19 +2,16 @@
 
 #include <unistd.h>
 
+#include <exception>
+
 #include "hosts/cli/diagnosis.h"
-#include "hosts/cli/texts/printable.h"
+#include "hosts/cli/texts/output.h"
 
 namespace vtdirect_cli {
 namespace {
 
-[[nodiscard]] std::string LineOf(bool json, const std::string& command, const std::string& message) {
-  if (!json) return "vtdirect: " + Printable(message) + "\n";
-  return JsonLine(command, {{"error", std::string(NameOf(ExitCode::Interrupted))},
-                            {"exit", static_cast<std::uint64_t>(ExitCode::Interrupted)},
-                            {"message", message}}) +
-         "\n";
-}
+// The catch at the top has nothing else of the command that was unwound.
+std::string toldBeforeException;
 
 }  // namespace
 
@@ -25,13 +22,16 @@ InterruptionReport::InterruptionReport(Host& host, const std::string& command)
 
 InterruptionReport::~InterruptionReport() {
   atTheEnd_.Dismiss();
+  if (std::uncaught_exceptions() > 0) toldBeforeException = whatStands_;
+}
+
+std::string InterruptionReport::ToldBeforeException() {
+  return toldBeforeException;
 }
 
 void InterruptionReport::Tell(const std::string& whatStands) {
-  const std::string message = InterruptedFailure().message + "; " + whatStands;
-  std::string line = LineOf(host_.output().json(), command_, message);
   const std::lock_guard lock(mutex_);
-  line_ = std::move(line);
+  whatStands_ = whatStands;
 }
 
 ExitCode InterruptionReport::Report() {
@@ -45,7 +45,11 @@ ExitCode InterruptionReport::Report() {
 // By the descriptor: the stream may be in use on another thread.
 void InterruptionReport::Write() {
   const std::lock_guard lock(mutex_);
-  static_cast<void>(!write(STDERR_FILENO, line_.data(), line_.size()));
+  Failure failure = InterruptedFailure();
+  failure.message += "; " + whatStands_;
+  const std::string line = FailureLine(command_, host_.output().json(), failure);
+  static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
+  TellNothingOfTheLimit();
 }
 
 }  // namespace vtdirect_cli

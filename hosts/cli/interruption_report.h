@@ -21,6 +21,9 @@ class InterruptionReport {
   /// What is to be said from now on, behind "interrupted".
   void Tell(const std::string& whatStands);
 
+  /// What the report that an exception has destroyed would have said; empty without one.
+  [[nodiscard]] static std::string ToldBeforeException();
+
   /// Says it now, once; for a command that has noticed the signal itself.
   ExitCode Report();
 
@@ -30,7 +33,7 @@ class InterruptionReport {
   Host& host_;
   std::string command_;
   std::mutex mutex_;
-  std::string line_;
+  std::string whatStands_;
   CleanUp atTheEnd_;
 };
 

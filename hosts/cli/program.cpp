@@ -7,12 +7,17 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <iostream>
+#include <new>
 
+#include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command_line.h"
 #include "hosts/cli/environment.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/interruption_report.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/generated_texts.h"
 #include "hosts/cli/trace_log.h"
 
@@ -53,9 +58,32 @@ void BoundTheFolderScan() {
     if (!fault.empty()) return output.Fail({ExitCode::Usage, fault});
   }
   StartTraceLog(TraceLevels(arguments), std::cerr);
+  const ReasonCollector reasons;
   Host host(output);
   if (const auto failure = host.SetUp(command, arguments)) return output.Fail(*failure);
-  return command.run(host, arguments);
+  if (command.makesRequests && std::strcmp(command.name, "recover") != 0) {
+    WarnOfOpenEntries(host, host.ServersOf(command, arguments));
+  }
+  const ExitCode code = command.run(host, arguments);
+  if (code == ExitCode::Ok) host.TellCredentialsAccepted();
+  return code;
+}
+
+// Expected failures are no exceptions. What comes here all the same has undone all that was temporary on its
+// way.
+[[nodiscard]] ExitCode RunGuarded(const CommandRow& command, const Arguments& arguments, Output& output) {
+  std::string what;
+  try {
+    return RunCommand(command, arguments, output);
+  } catch (const std::bad_alloc&) {
+    what = "there is not enough memory";
+  } catch (const std::exception& exception) {
+    what = std::string("an unexpected failure ended the command (") + exception.what() + ")";
+  } catch (...) {
+    what = "an unexpected failure ended the command";
+  }
+  const std::string stands = InterruptionReport::ToldBeforeException();
+  return output.Fail({ExitCode::Failure, stands.empty() ? what : what + "; " + stands});
 }
 
 [[nodiscard]] int Finish(Output& output, ExitCode code) {
@@ -100,7 +128,7 @@ int RunProgram(int argc, const char* const* argv) {
     return Finish(output, ExitCode::Ok);
   }
   output.Configure(line.command->name, line.arguments.Has("json"), line.arguments.Has("quiet"));
-  return Finish(output, RunCommand(*line.command, line.arguments, output));
+  return Finish(output, RunGuarded(*line.command, line.arguments, output));
 }
 
 }  // namespace vtdirect_cli

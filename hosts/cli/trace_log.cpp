@@ -5,6 +5,7 @@
 #include <mutex>
 #include <ostream>
 
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
@@ -17,7 +18,6 @@ struct Log {
   std::string levels;
   std::ostream* err = nullptr;
   std::string firstError;
-  std::string expectedError;
 };
 
 // The library's trace handler is one for the process, and may still be called while the process ends.
@@ -30,11 +30,6 @@ Log& TheLog() {
   return text.substr(0, std::min(text.find_first_of("\r\n"), kLongestHint));
 }
 
-// A document is sought by its name as it reads and as it was written, and each miss is traced.
-[[nodiscard]] std::string WithoutName(const std::string& line) {
-  return line.substr(0, line.find(" CADName "));
-}
-
 [[nodiscard]] std::string WithoutLineEnd(std::string text) {
   while (text.ends_with('\n') || text.ends_with('\r')) text.pop_back();
   return text;
@@ -45,9 +40,6 @@ void Take(const char* name, dp::TraceType type, const std::string& text) {
   const std::lock_guard lock(log.mutex);
   if (type == dp::TraceType::Error && log.firstError.empty()) {
     log.firstError = FirstLine(text);
-    if (!log.expectedError.empty() && WithoutName(log.firstError) == WithoutName(log.expectedError)) {
-      log.firstError.clear();
-    }
   }
   const char level = static_cast<char>('0' + static_cast<int>(type));
   if (log.err == nullptr || log.levels.find(level) == std::string::npos) return;
@@ -76,10 +68,10 @@ std::string FirstTracedError() {
   return TheLog().firstError;
 }
 
-void ForgetTracedErrors(const std::string& expected) {
+void ForgetTracedErrors() {
+  ForgetReasons();
   const std::lock_guard lock(TheLog().mutex);
   TheLog().firstError.clear();
-  TheLog().expectedError = expected;
 }
 
 }  // namespace vtdirect_cli

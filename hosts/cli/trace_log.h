@@ -17,9 +17,7 @@ void StartTraceLog(const std::string& levels, std::ostream& err);
 /// none. It makes a message more telling; nothing that is done rests on it.
 [[nodiscard]] std::string FirstTracedError();
 
-/// Forgets what FirstTracedError gives.
-/// @param expected  a line that is known to come again, and counts for nothing from now on, whatever name is
-/// in it
-void ForgetTracedErrors(const std::string& expected = {});
+/// Forgets what FirstTracedError gives, and the reasons that were collected.
+void ForgetTracedErrors();
 
 }  // namespace vtdirect_cli

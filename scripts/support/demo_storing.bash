@@ -56,10 +56,27 @@ free_port() {
   say "$port"
 }
 
+# killed_at_checkin USER FILE ADDRESS: a put with a check-in whose answer never comes, killed while it waits.
+killed_at_checkin() {
+  local pid journal=$work/state-$1/vtdirect/journal
+  say "   [$1] \$ vtdirect put $(basename "$2") '$3' --checkin"
+  XDG_STATE_HOME=$work/state-$1 VTDIRECT_USER=$1 VTDIRECT_PASSWORD=$1 TMPDIR=$work "$vtdirect" put "$2" "$3" --checkin \
+    >/dev/null 2>&1 &
+  pid=$!
+  for _ in $(seq 300); do
+    ! grep -q 'checkin' "$journal" || break
+    sleep 0.1
+  done
+  grep -q 'checkin' "$journal" || fail "the check-in was not written to the journal"
+  kill -KILL "$pid"
+  wait "$pid" 2>/dev/null || true
+  say "   killed while it waits for the answer"
+}
+
 # The life of a stem: created, checked out, stored, checked in, iterated; and a change of a gear, thrown away again.
 show_storing() {
   local frame='//plm/Products/Trekking Bike/Folders/Frame'
-  local stem=$frame/stem.lxz gear='//plm/Products/Trekking Bike/Folders/Drivetrain/gear.lxz' uid uploads
+  local stem=$frame/stem.lxz gear='//plm/Products/Trekking Bike/Folders/Drivetrain/gear.lxz' uid uploads port
   local data=$work/data-life
   printf 'a stem, first sketch\n' >"$work/sketch"
   head -c 3000000 /dev/urandom >"$work/stem.lxz"
@@ -121,6 +138,18 @@ show_storing() {
   as anna checkouts
   held "SELECT count(*) FROM checkouts" 2
   say "   Those two are of the bicycle maker's own story."
+
+  next "She stores into the gear with a check-in, and is killed in the middle of it. Nothing is lost."
+  port=${server_url##*:}
+  stop_server
+  start_server "$work/server-life" "$root/build/release/simulator/vantry-sim" --port "${port%/}" --data "$data" \
+    --user anna:anna --user bruno:bruno --upload-port "$uploads" --fault 'POST *checkin=stall*1'
+  as anna checkout "$gear"
+  killed_at_checkin anna "$work/shorter" "$gear"
+  as anna status "$gear"
+  as anna recover
+  as anna checkin "$gear"
+  same_content bruno "$gear" "$work/shorter"
 
   next "Stop the server."
   stop_server

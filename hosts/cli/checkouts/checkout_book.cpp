@@ -140,10 +140,8 @@ void PutIntoBook(Book& book, const KeptCheckout& checkout) {
 }  // namespace
 
 std::string CheckoutBook::Location() {
-  const std::string stateHome = Environment("XDG_STATE_HOME");
-  if (stateHome.starts_with('/')) return stateHome + "/vtdirect/checkouts";
-  const std::string home = Environment("HOME");
-  return home.empty() ? "" : home + "/.local/state/vtdirect/checkouts";
+  const std::string directory = StateDirectory();
+  return directory.empty() ? "" : directory + "/checkouts";
 }
 
 BookContents CheckoutBook::Read() const {

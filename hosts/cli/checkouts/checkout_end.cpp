@@ -5,8 +5,10 @@
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -59,16 +61,22 @@ void SettleUid(const std::string& told, Ending& ending) {
 
 [[nodiscard]] std::optional<Failure> Perform(Host& host, Ending& ending) {
   ForgetTracedErrors();
+  JournaledStep step(host, {{}, {}, NameOf(ending.end), ending.address, ending.workingCopy, {}, {}});
   const char* const workingCopy = ending.workingCopy.c_str();
   const std::string told = ending.end == CheckoutEnd::Checkin ? VtDirectManager::Checkin(workingCopy)
                                                               : VtDirectManager::UndoCheckout(workingCopy);
-  if (told.empty()) return EndFailure(host, ending.end, ending.address, ending.workingCopy);
-  if (!ending.hadEnded) WarnOfLeftWorkspace(host);
+  if (told.empty()) {
+    step.SettleUnlessUnknown();
+    return EndFailure(host, ending.end, ending.address, ending.workingCopy);
+  }
   SettleUid(told, ending);
   // Of a temporary workspace the library reports an undo that the server has refused as done.
   if (ending.end == CheckoutEnd::Undo && !ending.hadEnded && IsCheckedOutByUser(ending.uid)) {
     return EndFailure(host, ending.end, ending.address, ending.workingCopy);
   }
+  if (!ending.hadEnded) WarnOfLeftWorkspace(host);
+  ForgetCheckout(host, ending.workingCopy);
+  step.Settle();
   return std::nullopt;
 }
 
@@ -97,9 +105,8 @@ void ReadVersion(Ending& ending) {
 }  // namespace
 
 void WarnOfLeftWorkspace(Host& host) {
-  const std::string error = FirstTracedError();
-  if (error.find("delete temporary workspace") == std::string::npos) return;
-  host.output().Warning(error + "; it may stay on the server");
+  if (!WorkspaceStays()) return;
+  host.output().Warning(FirstTracedError() + "; it may stay on the server");
 }
 
 ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
@@ -124,7 +131,6 @@ ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
   const auto failure = Perform(host, ending);
   if (failure) return Interrupted() ? report.Report() : host.output().Fail(*failure);
   report.Tell(DoneTo(ending) + "; the UID to go on with is " + ending.uid);
-  ForgetCheckout(host, ending.workingCopy);
   ReadVersion(ending);
   const ExitCode code = Report(host, ending);
   return Interrupted() ? report.Report() : code;

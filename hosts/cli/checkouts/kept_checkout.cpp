@@ -3,9 +3,9 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include <array>
-#include <charconv>
-#include <cstdio>
 #include <vector>
+
+#include "hosts/cli/texts/tabbed_line.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -18,50 +18,6 @@ struct IdFields {
   std::size_t start = 0;  // where the id stands in the UID
   std::size_t length = 0;
 };
-
-[[nodiscard]] bool NeedsEscape(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte < 0x20 || byte == 0x7F || c == '\\';
-}
-
-[[nodiscard]] std::string Escaped(const std::string& text) {
-  std::string out;
-  for (const char c : text) {
-    if (!NeedsEscape(c)) {
-      out += c;
-      continue;
-    }
-    char escaped[5];
-    std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
-    out += escaped;
-  }
-  return out;
-}
-
-[[nodiscard]] std::optional<char> EscapedByte(std::string_view text) {
-  if (text.size() < 4 || text[1] != 'x') return std::nullopt;
-  unsigned value = 0;
-  const auto [end, error] = std::from_chars(text.data() + 2, text.data() + 4, value, 16);
-  if (error != std::errc() || end != text.data() + 4) return std::nullopt;
-  return static_cast<char>(value);
-}
-
-[[nodiscard]] std::optional<std::string> Unescaped(std::string_view text) {
-  std::string out;
-  while (!text.empty()) {
-    if (text.front() != '\\') {
-      if (NeedsEscape(text.front())) return std::nullopt;
-      out += text.front();
-      text.remove_prefix(1);
-      continue;
-    }
-    const auto byte = EscapedByte(text);
-    if (!byte) return std::nullopt;
-    out += *byte;
-    text.remove_prefix(4);
-  }
-  return out;
-}
 
 [[nodiscard]] std::vector<std::string_view> Split(std::string_view text, char separator) {
   std::vector<std::string_view> parts;
@@ -90,26 +46,15 @@ struct IdFields {
 }  // namespace
 
 std::string LineOfCheckout(const KeptCheckout& checkout) {
-  std::string line;
-  for (const std::string* field :
-       {&checkout.document, &checkout.uid, &checkout.name, &checkout.user, &checkout.since}) {
-    if (field != &checkout.document) line += '\t';
-    line += Escaped(*field);
-  }
-  return line;
+  return LineOfFields({checkout.document, checkout.uid, checkout.name, checkout.user, checkout.since});
 }
 
 std::optional<KeptCheckout> CheckoutOfLine(std::string_view line) {
-  std::array<std::string, 5> text;
-  const auto fields = Split(line, '\t');
-  if (fields.size() != text.size()) return std::nullopt;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto unescaped = Unescaped(fields[i]);
-    if (!unescaped) return std::nullopt;
-    text[i] = *unescaped;
-  }
-  if (!HasObjectId(text[1])) return std::nullopt;
-  return KeptCheckout{text[0], text[1], text[2], text[3], text[4]};
+  const auto fields = FieldsOfLine(line);
+  if (!fields || fields->size() != 5) return std::nullopt;
+  KeptCheckout checkout{(*fields)[0], (*fields)[1], (*fields)[2], (*fields)[3], (*fields)[4]};
+  if (!HasObjectId(checkout.uid)) return std::nullopt;
+  return checkout;
 }
 
 bool LeadsTo(const KeptCheckout& checkout, const std::string& uid) {
@@ -130,6 +75,12 @@ std::string ByOwnId(const std::string& uid) {
   if (!IsTemporaryCopy(uid)) return uid;
   const IdFields id = FieldsOf(uid);
   return std::string(uid).replace(id.start, id.length, id.field[2] + "|" + id.field[1]);
+}
+
+std::string ByDocumentId(const std::string& uid) {
+  if (!IsTemporaryCopy(uid)) return uid;
+  const IdFields id = FieldsOf(uid);
+  return std::string(uid).replace(id.start, id.length, id.field[0]);
 }
 
 bool HasWorkspace(const std::string& uid) {

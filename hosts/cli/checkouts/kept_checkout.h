@@ -35,6 +35,10 @@ struct KeptCheckout {
 /// workspace's. Of a UID in another form a copy.
 [[nodiscard]] std::string ByOwnId(const std::string& uid);
 
+/// The UID of the document that a working copy in a temporary workspace was taken from. Of a UID in another
+/// form a copy.
+[[nodiscard]] std::string ByDocumentId(const std::string& uid);
+
 /// Whether the UID names the workspace that its object stands in, which takes it to be checked in.
 [[nodiscard]] bool HasWorkspace(const std::string& uid);
 

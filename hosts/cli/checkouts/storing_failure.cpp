@@ -144,7 +144,7 @@ std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address,
     case VtDirectManager::CheckoutNone:
       if (!IsTemporaryCopy(uid)) return std::nullopt;
       return Refused(address + " is the UID of a working copy that does not stand any more",
-                     CommandToType("verify", uid) + " tells what does, and renews it if it can");
+                     CommandToType("verify", uid) + " tells what does");
     case VtDirectManager::CheckoutByOther:
       return Refused(address + " is checked out by " + standing.user,
                      "it can be checked out when that checkout has ended");

@@ -4,6 +4,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -12,7 +13,8 @@ namespace {
 ExitCode RunBrowseUrl(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
   AddressKind kind{};
-  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
+    return host.output().Fail(*failure);
 
   std::string url;
   ForgetTracedErrors();
@@ -32,7 +34,7 @@ CommandRow BrowseUrlCommand() {
       "Prints the address at which a web browser shows the object at ADDRESS. For an address that names an "
       "object by its id the server isn't asked, not even whether the object is there.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {},
+      {AnywhereOption()},
       true,
       RunBrowseUrl,
       {{"url", MemberType::Text, nullptr, "the URL"}}};

@@ -2,6 +2,8 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/journaled_step.h"
+#include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
@@ -42,14 +44,16 @@ ExitCode RunCheckout(Host& host, const Arguments& arguments) {
   if (refusal) return host.output().Fail(*refusal);
 
   report.Tell(UnknownEnd(address));
-  ForgetTracedErrors();
-  const std::string uid = VtDirectManager::Checkout(document.c_str());
-  if (!HasObjectId(uid)) {
+  JournaledStep step(host, {{}, {}, "checkout", address, document, {}, {}});
+  const std::string uid = CheckOutDocument(document);
+  if (uid.empty()) {
+    step.SettleUnlessUnknown();
     const Failure failure = CheckoutFailure(host, address, document);
     return Interrupted() ? report.Report() : host.output().Fail(failure);
   }
   report.Tell(address + " is checked out; its working copy is " + uid);
   const bool kept = KeepCheckout(host, document, uid);
+  step.Settle();
   Report(host, address, document, uid, kept);
   return Interrupted() ? report.Report() : ExitCode::Ok;
 }

@@ -129,6 +129,7 @@ struct SectionRow {
 [[nodiscard]] CommandRow LsCommand();
 [[nodiscard]] CommandRow PathCommand();
 [[nodiscard]] CommandRow PutCommand();
+[[nodiscard]] CommandRow RecoverCommand();
 [[nodiscard]] CommandRow StatusCommand();
 [[nodiscard]] CommandRow TreeCommand();
 [[nodiscard]] CommandRow UidCommand();

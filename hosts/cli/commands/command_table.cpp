@@ -50,12 +50,11 @@ std::span<const MemberRow> FailureMembers() {
 
 std::span<const CommandRow> Commands() {
   static const std::vector<CommandRow> rows = {
-      CheckCommand(),       LsCommand(),          TreeCommand(),      InfoCommand(),
-      StatusCommand(),      VersionsCommand(),    UidCommand(),       PathCommand(),
-      UrlCommand(),         GetCommand(),         CheckoutCommand(),  PutCommand(),
-      CheckinCommand(),     UndoCommand(),        VerifyCommand(),    CheckoutsCommand(),
-      LinksCommand(),       EditUrlCommand(),     BrowseUrlCommand(), ServersCommand(),
-      XliffPutCommand(),    XliffSourceCommand(), XliffListCommand(), XliffGetCommand(),
+      CheckCommand(),       LsCommand(),       TreeCommand(),        InfoCommand(),      StatusCommand(),
+      VersionsCommand(),    UidCommand(),      PathCommand(),        UrlCommand(),       GetCommand(),
+      CheckoutCommand(),    PutCommand(),      CheckinCommand(),     UndoCommand(),      VerifyCommand(),
+      CheckoutsCommand(),   RecoverCommand(),  LinksCommand(),       EditUrlCommand(),   BrowseUrlCommand(),
+      ServersCommand(),     XliffPutCommand(), XliffSourceCommand(), XliffListCommand(), XliffGetCommand(),
       XliffPublishCommand()};
   return rows;
 }
@@ -75,12 +74,20 @@ std::span<const OptionRow> GlobalOptions() {
       {"no-prompt", 0, nullptr, false, Completion::Nothing, "Never ask for a password at the terminal."},
       {"ca-file", 0, "FILE", false, Completion::Files,
        "Trust the certificates in this PEM file instead of the system's."},
+      {"client-cert", 0, "FILE", false, Completion::Files,
+       "Show this certificate (PEM or PKCS#12) to the listed servers that ask for one."},
+      {"client-key", 0, "FILE", false, Completion::Files,
+       "The key of --client-cert in PEM form, when that file does not hold it."},
+      {"proxy", 0, "URL", false, Completion::Nothing,
+       "Reach the servers by this proxy instead of the environment's; none for the direct way."},
       {"connect-timeout", 0, "SECONDS", false, Completion::Nothing,
        "Longest time to set up a connection; 30 unless given."},
       {"stall-timeout", 0, "SECONDS", false, Completion::Nothing,
        "Longest time in which no byte moves. Unless given: 60, but 300 for an answer to begin, and 900 after "
        "a "
        "file was sent."},
+      {"max-time", 0, "SECONDS", false, Completion::Nothing,
+       "End the command when so many seconds have passed, however far it has come."},
       {"trace", 0, "LEVELS", false, Completion::Nothing,
        "Show the library's trace on standard error: digits of 0 information, 1 misses, 2 warnings, 3 "
        "errors."},

@@ -7,6 +7,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -32,7 +33,8 @@ namespace {
 ExitCode RunEditUrl(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
   AddressKind kind{};
-  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
+    return host.output().Fail(*failure);
 
   ForgetTracedErrors();
   // The page is that of the copy in its workspace, which an id alone does not tell.
@@ -52,7 +54,7 @@ CommandRow EditUrlCommand() {
       "Prints the address at which a web browser edits the attributes of a working copy. ADDRESS is that of "
       "the working copy, or of a document that is checked out by vtdirect.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {},
+      {AnywhereOption()},
       true,
       RunEditUrl,
       {{"url", MemberType::Text, nullptr, "the URL"},

@@ -1,10 +1,81 @@
+#include <vtdirect/vt_direct_manager.h>
+
 #include "hosts/cli/address.h"
+#include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/content_download.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/interruption.h"
+#include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
 namespace {
+
+[[nodiscard]] Failure NotFetched(const std::string& what, const std::string& next) {
+  return {ExitCode::Failure, what + "; nothing was fetched; " + next};
+}
+
+[[nodiscard]] std::string BaseInstead(const std::string& address) {
+  return CommandToType("get --base", address) + " fetches the content from before the checkout";
+}
+
+[[nodiscard]] Presence PresenceOfCopy(const std::string& workingCopy) {
+  if (!IsTemporaryCopy(workingCopy)) return PresenceOf(workingCopy);
+  switch (StandingOfTemporaryCopy(workingCopy).status) {
+    case VtDirectManager::CheckoutInTempWorkspace:
+      return Presence::There;
+    case VtDirectManager::CheckoutStatusFailed:
+    case VtDirectManager::CheckoutUnsupported:
+      return Presence::NotKnown;
+    default:
+      return Presence::Gone;
+  }
+}
+
+// The content of the working copy, which the library gives for its own id alone: the UID of a temporary
+// checkout reads as the document that was checked out.
+[[nodiscard]] std::optional<Failure> SettleCopy(Host& host, const std::string& uid,
+                                                const std::string& workingCopy, Download& download) {
+  switch (PresenceOfCopy(workingCopy)) {
+    case Presence::There:
+      download.source = ByOwnId(workingCopy);
+      download.uidToGoOnWith = workingCopy;
+      return std::nullopt;
+    case Presence::Gone:
+      if (IsTemporaryCopy(uid)) {
+        return NotFetched("the working copy " + uid + " is not there any more",
+                          CommandToType("verify", uid) + " tells what is; " + BaseInstead(download.address));
+      }
+      download.source = uid;
+      host.output().Note("the working copy of " + download.address +
+                         " that is kept here is not there any more; this is the document's own content");
+      return std::nullopt;
+    default:
+      return NotFetched("whether the working copy " + workingCopy + " is there could not be found out",
+                        "the same command can be given again; " + BaseInstead(download.address));
+  }
+}
+
+// What a user means by a document that they have checked out is its working copy, unless they say otherwise.
+[[nodiscard]] std::optional<Failure> SettleContent(Host& host, const Arguments& arguments,
+                                                   Download& download) {
+  const std::string uid = VtDirectManager::GetUID(download.address.c_str());
+  if (uid.empty()) return std::nullopt;
+  const auto kept = CheckoutBook().Find(uid);
+  const std::string workingCopy = kept ? kept->uid : uid;
+  // The walk to a path's document need not be made twice.
+  if (!VtDirectManager::IsUID(download.address.c_str())) download.source = uid;
+  if (arguments.Has("base")) {
+    download.source = kept && AreSameUid(kept->uid, uid) ? kept->document : uid;
+    if (IsTemporaryCopy(download.source)) download.source = ByDocumentId(download.source);
+    return std::nullopt;
+  }
+  if (!kept && !IsTemporaryCopy(uid)) return std::nullopt;
+  return SettleCopy(host, uid, workingCopy, download);
+}
 
 ExitCode RunGet(Host& host, const Arguments& arguments) {
   Download download;
@@ -12,9 +83,22 @@ ExitCode RunGet(Host& host, const Arguments& arguments) {
   download.described = {{"address", download.address}};
   if (const auto failure = CheckDownloadOptions(host, arguments)) return host.output().Fail(*failure);
   AddressKind kind{};
-  if (const auto failure = RequireAddress(download.address, kind)) return host.output().Fail(*failure);
+  if (const auto failure = RequirePlacedAddress(arguments, download.address, kind)) {
+    return host.output().Fail(*failure);
+  }
   if (const auto failure = SettleDownload(host, arguments, download)) return host.output().Fail(*failure);
+  if (const auto failure = SettleContent(host, arguments, download)) return host.output().Fail(*failure);
+  if (Interrupted()) return host.output().Fail(InterruptedFailure());
   return RunDownload(host, download);
+}
+
+[[nodiscard]] std::vector<OptionRow> Options() {
+  std::vector<OptionRow> options = {
+      AnywhereOption(),
+      {"base", 0, nullptr, false, Completion::Nothing,
+       "Of a document that you have checked out, fetch the content from before the checkout."}};
+  for (const OptionRow& row : DownloadOptions()) options.push_back(row);
+  return options;
 }
 
 [[nodiscard]] std::vector<MemberRow> Members() {
@@ -26,20 +110,29 @@ ExitCode RunGet(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow GetCommand() {
-  return {"get",
-          "Download an object's content",
-          "Downloads the content of the object at ADDRESS. It is written to a temporary file beside the "
-          "target, brought to the disk and renamed into place, so that a download that fails or is "
-          "interrupted never harms what was there. A symbolic link is followed: the file that it leads to is "
-          "replaced, and the link stays. A device or a pipe is written into.\n\n"
-          "Without -o the file name is that of the object, escaped as in a path (the characters |\\/<>:\"?*% "
-          "as %hh), in the current directory. A dot in front and control bytes are escaped too, so that no "
-          "name leads out of the directory or hides in it.",
-          {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-          DownloadOptions(),
-          true,
-          RunGet,
-          Members()};
+  return {
+      "get",
+      "Download an object's content",
+      "Downloads the content of the object at ADDRESS. Of a document that is checked out by vtdirect (see "
+      "checkouts) it is the working copy's, with all that was stored in it; --base asks for the content from "
+      "before the checkout. A path must lead to a document where it says; --anywhere takes the one of that "
+      "name wherever it is.\n\n"
+      "It is written to a temporary file beside the target, brought to the disk and renamed into place, so "
+      "that a download that fails or is interrupted never harms what was there. A symbolic link is followed, "
+      "also to a file that is not there yet: the file that it leads to is replaced, and the link stays. A "
+      "device or a pipe is written into.\n\n"
+      "Only a file that vtdirect has saved, or stored with put, and that nobody has changed since is "
+      "replaced: what get has saved is recorded, with size and SHA-256, in $XDG_STATE_HOME/vtdirect/fetched "
+      "or ~/.local/state/vtdirect/fetched. Any other file takes --force. A write-protected file is never "
+      "replaced. A file that is replaced keeps its permissions, and its group where you may give it.\n\n"
+      "Without -o the file name is that of the object, escaped as in a path (the characters |\\/<>:\"?*% "
+      "as %hh), in the current directory. A dot in front and control bytes are escaped too, so that no "
+      "name leads out of the directory or hides in it.",
+      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+      Options(),
+      true,
+      RunGet,
+      Members()};
 }
 
 }  // namespace vtdirect_cli

@@ -5,6 +5,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -107,7 +108,8 @@ ExitCode FailMissing(Host& host, const std::string& address, Record& record) {
 ExitCode RunInfo(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
   AddressKind kind{};
-  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
+    return host.output().Fail(*failure);
 
   ForgetTracedErrors();
   Record record = DescribeAddress(address, kind);
@@ -174,7 +176,7 @@ CommandRow InfoCommand() {
           "type, folder, writable, shows_details, shows_versions. For both what the server offers: "
           "checkout_supported, translation_supported, separated_sources, vcs_metadata.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-          {},
+          {AnywhereOption()},
           true,
           RunInfo,
           Members()};

@@ -6,6 +6,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -21,7 +22,8 @@ namespace {
 ExitCode RunLinks(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
   AddressKind kind{};
-  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
+    return host.output().Fail(*failure);
 
   ForgetTracedErrors();
   const std::string uid = ReadableUid(UidToGoOnWith(host, address));
@@ -55,7 +57,7 @@ CommandRow LinksCommand() {
       "when the source can't be read. Of a document that is checked out by vtdirect they are those of its "
       "working copy. --link of put takes them as they are printed, with \"=\" in place of the tab.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {},
+      {AnywhereOption()},
       true,
       RunLinks,
       {{"name", MemberType::Text, nullptr, "the name of the link, escaped as in a path"},

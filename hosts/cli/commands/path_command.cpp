@@ -4,6 +4,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -46,7 +47,8 @@ ExitCode RunPath(Host& host, const Arguments& arguments) {
         {ExitCode::Usage, "--latest, --versioned and --folder ask for different paths; give one of them"});
   }
   AddressKind kind{};
-  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
+    return host.output().Fail(*failure);
 
   ForgetTracedErrors();
   const std::string path = form->path(PlacedAddress(address, kind).c_str());
@@ -64,7 +66,8 @@ CommandRow PathCommand() {
           "which is the form without a version, unless told otherwise. For a path the newest iteration's is "
           "answered from its text alone, without asking the server whether the object is there.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-          {{"latest", 0, nullptr, false, Completion::Nothing, "The path of the newest iteration."},
+          {AnywhereOption(),
+           {"latest", 0, nullptr, false, Completion::Nothing, "The path of the newest iteration."},
            {"versioned", 0, nullptr, false, Completion::Nothing,
             "The path of exactly this iteration: with its version when a newer one exists."},
            {"folder", 0, nullptr, false, Completion::Nothing, "The path of the folder that holds it."}},

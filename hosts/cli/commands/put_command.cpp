@@ -3,10 +3,13 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_end.h"
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/content_download.h"
+#include "hosts/cli/files/sha256.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/storing/document_place.h"
@@ -40,6 +43,17 @@ struct Put {
       return "iterated";
     default:
       return "stored";
+  }
+}
+
+[[nodiscard]] const char* StepOf(PutTarget::Action action) {
+  switch (action) {
+    case PutTarget::Action::Create:
+      return "create";
+    case PutTarget::Action::Iterate:
+      return "iterate";
+    default:
+      return "store";
   }
 }
 
@@ -97,29 +111,46 @@ void UpdateBook(Host& host, const Put& put) {
   }
 }
 
+// The server has the file's bytes now, so a later get may replace it.
+void RecordStored(Host& host, const Put& put) {
+  FetchRecord record;
+  record.address = put.request.address;
+  record.uid = put.uid;
+  const LocalSource& source = put.request.content;
+  if (Measure(source.path, record) && IsUnchanged(source)) RecordFetch(host, source.path, record);
+}
+
 void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
-  put.checkedIn = put.outcome.checkedIn;
-  if (put.checkedIn) WarnOfLeftWorkspace(host);
   report.Tell("the file is stored; the UID to go on with is " + put.uid);
   put.state = ReadCheckoutState(put.uid);
   UpdateBook(host, put);
-  for (const std::string& name : MissingLinks(put.checkedIn ? put.uid : ByOwnId(put.uid), put.links)) {
-    host.output().Warning("the document has no link " + name + ", though the server was told of it");
-  }
+  RecordStored(host, put);
+  WarnOfMissingLinks(host, ByOwnId(put.uid), put.links);
 }
 
 [[nodiscard]] std::optional<Failure> CheckIn(Host& host, Put& put, InterruptionReport& report) {
   report.Tell("the file is stored in the working copy " + put.uid +
               ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) + " tells");
   ForgetTracedErrors();
+  JournaledStep step(host, {{}, {}, "checkin", put.request.address, put.uid, {}, {}});
   const std::string uid = VtDirectManager::Checkin(put.uid.c_str());
-  if (uid.empty()) return PutCheckInFailure(host, put.uid);
+  if (uid.empty()) {
+    step.SettleUnlessUnknown();
+    return PutCheckInFailure(host, put.uid);
+  }
   WarnOfLeftWorkspace(host);
   ForgetCheckout(host, put.uid);
+  step.Settle();
   put.uid = uid;
   put.checkedIn = true;
   put.state = ReadCheckoutState(uid);
   return std::nullopt;
+}
+
+[[nodiscard]] JournalEntry EntryOf(const Put& put) {
+  const std::string& file = put.request.content.path;
+  return {
+      {}, {}, StepOf(put.target.action), put.request.address, put.target.address, file, Sha256OfFile(file)};
 }
 
 void Report(Host& host, const Put& put) {
@@ -141,6 +172,17 @@ void Report(Host& host, const Put& put) {
     host.output().Note("it is checked out; " + CommandToType("checkin", put.uid) + " checks it in");
 }
 
+// A server that is asked for the folder and doesn't answer is asked by the library to choose one.
+[[nodiscard]] std::optional<Failure> CreatedElsewhere(const Put& put) {
+  if (put.target.action != PutTarget::Action::Create) return std::nullopt;
+  if (!RefusalOfAnotherPlace(put.target.address, put.uid)) return std::nullopt;
+  return Failure{ExitCode::Incomplete,
+                 put.request.content.path + " is stored as " + put.uid + ", but the server has put it into " +
+                     VtDirectManager::GetVFSFolderPath(put.uid.c_str()) + " and not where " +
+                     put.target.address + " says; move it there on its page, to which " +
+                     CommandToType("browse-url", put.uid) + " leads"};
+}
+
 ExitCode FailOrReport(Host& host, const Failure& failure, InterruptionReport& report) {
   return failure.code == ExitCode::Interrupted ? report.Report() : host.output().Fail(failure);
 }
@@ -152,14 +194,18 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
     return FailOrReport(host, WithNothingSent(*failure), report);
   }
 
+  JournaledStep step(host, EntryOf(put));
   put.outcome = RunUpload(host, put.request, put.target, put.links, report);
   if (!put.outcome.stored) {
+    step.SettleUnlessUnknown();
     if (Interrupted()) return report.Report();
     return FailOrReport(host, PutFailure(host, put.request, put.target, put.outcome), report);
   }
   put.uid = UidOf(put);
   if (put.uid.empty()) return FailOrReport(host, NoDocument(host, put), report);
   LookAtResult(host, put, report);
+  step.Settle();
+  if (const auto failure = CreatedElsewhere(put)) return FailOrReport(host, *failure, report);
   if (put.request.checkIn && LeavesWorkingCopy(put)) {
     if (Interrupted()) return report.Report();
     if (const auto failure = CheckIn(host, put, report)) return FailOrReport(host, *failure, report);
@@ -176,6 +222,10 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
       {"link", 0, "NAME=ADDRESS", true, Completion::Nothing,
        "Say that the document was made from the one at ADDRESS, which it calls NAME; \"NAME=\" takes a link "
        "away. May be given several times."},
+      {"force", 'f', nullptr, false, Completion::Nothing,
+       "Store a content of another kind over a document that may be a Fenlet; its viewable, metadata and "
+       "links "
+       "go."},
       {"kind", 0, "KIND", false, Completion::Nothing, "fenlet, general or ugc; fenlet unless given."},
       {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in behind the store."},
   };
@@ -207,7 +257,10 @@ CommandRow PutCommand() {
       "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
       "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
       "that the server carries over. Metadata is of one iteration: without --metadata the new one has "
-      "none. Documents of the kinds general and ugc take a content alone.\n\n"
+      "none. Documents of the kinds general and ugc take a content alone: over a document "
+      "that is there they take --force, since the server does not tell whether it is a Fenlet document, "
+      "whose "
+      "viewable, metadata and links would go.\n\n"
       "The files must not be written to while they are sent; when they are, nothing is stored. They are "
       "copied to the directory for temporary files first, which needs room for all of them. A failure "
       "says which step failed, what stands on the server, and what can be done next.",

@@ -8,6 +8,7 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -17,6 +18,7 @@ struct Subject {
   std::string address;
   AddressKind kind{};
   std::string serverUrl;  // taken before anything is asked: the library knows no server that is written off
+  bool anywhere = false;
 };
 
 struct Status {
@@ -44,7 +46,7 @@ using WrittenOff = std::map<std::string, Failure>;
 [[nodiscard]] std::optional<Failure> ReadSubjects(const Arguments& arguments,
                                                   std::vector<Subject>& subjects) {
   for (const std::string& address : arguments.All("ADDRESS")) {
-    Subject subject{address, {}, VtDirectManager::GetServerURL(address.c_str())};
+    Subject subject{address, {}, VtDirectManager::GetServerURL(address.c_str()), arguments.Has("anywhere")};
     if (auto failure = ClassifyAddress(address, subject.kind)) return failure;
     subjects.push_back(std::move(subject));
   }
@@ -63,6 +65,8 @@ void Ask(Host& host, const Subject& subject, WrittenOff& writtenOff, Status& sta
   host.ForgetAuthenticationRefusal();
   ForgetTracedErrors();
   status.uid = VtDirectManager::GetUID(subject.address.c_str());
+  if (!subject.anywhere) status.failure = RefusalOfAnotherPlace(subject.address, status.uid);
+  if (status.failure) return;
   const int answer = status.uid.empty() ? -1
                                         : VtDirectManager::GetStatus(status.uid.c_str(), status.current,
                                                                      status.latest, nullptr);
@@ -146,7 +150,7 @@ CommandRow StatusCommand() {
       "that can't be used is asked once; every further address on it fails at once. The exit status tells "
       "the worst that happened: 10 when an object is outdated, and above that the classes of failure.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES. May be given several times.", Count::AtLeastOnce}},
-      {},
+      {AnywhereOption()},
       true,
       RunStatus,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},

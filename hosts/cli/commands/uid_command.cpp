@@ -4,6 +4,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -11,7 +12,8 @@ namespace {
 ExitCode RunUid(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
   AddressKind kind{};
-  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
+    return host.output().Fail(*failure);
 
   const std::string uid = VtDirectManager::GetUID(address.c_str());
   // The library completes a UID by the file name when the server gives it, and takes the UID as it is
@@ -33,7 +35,7 @@ CommandRow UidCommand() {
       "language changes. A UID that holds a file name is answered from its text alone, without asking the "
       "server whether the object is there.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {},
+      {AnywhereOption()},
       true,
       RunUid,
       {{"uid", MemberType::Text, nullptr, "the canonical UID"}}};

@@ -4,6 +4,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -12,7 +13,8 @@ namespace {
 ExitCode RunUrl(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
   AddressKind kind{};
-  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
+    return host.output().Fail(*failure);
 
   std::string url;
   std::string cacheKey;
@@ -33,7 +35,7 @@ CommandRow UrlCommand() {
           "Prints the direct URL of the content of the object at ADDRESS, for a downloader of your own. "
           "Nothing is downloaded. The server may demand credentials there too.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-          {},
+          {AnywhereOption()},
           true,
           RunUrl,
           {{"url", MemberType::Text, nullptr, "the URL"},

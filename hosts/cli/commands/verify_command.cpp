@@ -3,6 +3,8 @@
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/journaled_step.h"
+#include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
@@ -27,6 +29,10 @@ struct Verification {
   // Without its workspace the UID is none to go on with.
   [[nodiscard]] bool stands() const { return HasWorkspace(uid) && IsWorkingCopy(status); }
   [[nodiscard]] bool renewed() const { return stands() && !AreSameUid(uid, workingCopy); }
+  // Nobody holds the document any more, and there is no newer iteration: the copy was thrown away.
+  [[nodiscard]] bool isGone() const {
+    return IsTemporaryCopy(workingCopy) && status == VtDirectManager::CheckoutNone;
+  }
 };
 
 [[nodiscard]] std::string WordsOf(const Verification& found) {
@@ -59,17 +65,17 @@ struct Verification {
   return std::nullopt;
 }
 
-// To verify renews what is gone, and so would take what another user of this home has for gone.
+// What another user of this home has checked out is theirs, and is not dropped.
 [[nodiscard]] std::optional<Failure> RefusalOfAnothers(const Verification& found) {
-  if (!found.kept || found.kept->user.empty()) return std::nullopt;
-  std::string user;
-  const auto status = VtDirectManager::GetCheckoutStatus(found.workingCopy.c_str(), &user);
-  if (status != VtDirectManager::CheckoutByOther || user != found.kept->user) return std::nullopt;
+  if (!found.kept || found.kept->user.empty() || found.status != VtDirectManager::CheckoutByOther ||
+      found.user != found.kept->user) {
+    return std::nullopt;
+  }
   return Failure{ExitCode::Failure,
-                 "the checkout of " + found.address + " is kept for " + user +
+                 "the checkout of " + found.address + " is kept for " + found.user +
                      ", and you are somebody else at the server; nothing was changed; give "
                      "the credentials of " +
-                     user};
+                     found.user};
 }
 
 // A working copy in a workspace of the user's own is asked for by its own id, which ends with it. What stands
@@ -90,46 +96,82 @@ struct Verification {
   return HasEnded(found.status);
 }
 
+[[nodiscard]] Failure NotFoundOut(const Verification& found) {
+  return {ExitCode::Failure,
+          "where the checkout of " + found.address +
+              " stands could not be found out; nothing was changed; the same command can be "
+              "given again"};
+}
+
 [[nodiscard]] std::optional<Failure> WhyUnknown(Host& host, Verification& found) {
   if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(found.workingCopy.c_str()))) {
     return failure;
   }
-  if (VtDirectManager::FileExists(found.workingCopy.c_str())) {
-    if (ReadAsDocument(found)) return std::nullopt;
-    return Failure{ExitCode::Failure,
-                   "where the checkout of " + found.address +
-                       " stands could not be found out; the same command can be given again"};
-  }
-  if (ReadFromDocument(found)) return std::nullopt;
+  const Presence presence = PresenceOf(found.workingCopy);
+  if (presence == Presence::There && ReadAsDocument(found)) return std::nullopt;
+  if (presence != Presence::There && ReadFromDocument(found)) return std::nullopt;
+  const bool mayBeACopy = found.kept || HasWorkspace(found.workingCopy);
+  if (presence != Presence::Gone && mayBeACopy) return NotFoundOut(found);
   std::string message = "not found: " + found.address;
   if (found.kept) message += "; " + CommandToType("checkouts --forget", found.workingCopy) + " drops it";
   return Failure{ExitCode::NotFound, message};
 }
 
+// By reads alone: the library's own confirmation would throw a temporary checkout away and make another when
+// one of its questions fails.
+void AskOfTemporaryCopy(Verification& found) {
+  const CheckoutState state = StandingOfTemporaryCopy(found.workingCopy);
+  found.status = state.status;
+  found.user = state.user;
+  const bool isCopy = state.status == VtDirectManager::CheckoutInTempWorkspace;
+  found.uid = isCopy ? found.workingCopy : ByDocumentId(found.workingCopy);
+}
+
 [[nodiscard]] std::optional<Failure> Ask(Host& host, Verification& found) {
-  // Nothing may be renewed for a server that only can't answer.
-  if (VtDirectManager::FileExists(found.workingCopy.c_str())) {
-    if (auto failure = RefusalOfAnothers(found)) return failure;
+  if (IsTemporaryCopy(found.workingCopy)) {
+    AskOfTemporaryCopy(found);
+  } else {
+    // Of any other working copy the library only reads.
     found.status = VtDirectManager::VerifyCheckout(found.workingCopy.c_str(), found.uid);
   }
   if (found.status == VtDirectManager::CheckoutStatusFailed) {
     if (auto failure = WhyUnknown(host, found)) return failure;
   }
-  if (found.status == VtDirectManager::CheckoutByOther) {
+  if (found.status == VtDirectManager::CheckoutByOther && found.user.empty()) {
     static_cast<void>(VtDirectManager::GetCheckoutStatus(found.uid.c_str(), &found.user));
   }
   if (found.status == VtDirectManager::CheckoutNotPossible) {
     const std::string newest = VtDirectManager::GetLatestUPath(found.uid.c_str());
     if (HasObjectId(newest)) found.uid = newest;
   }
+  return RefusalOfAnothers(found);
+}
+
+// Checks the document out anew. The server has said that nobody holds it.
+[[nodiscard]] std::optional<Failure> Renew(Host& host, Verification& found, InterruptionReport& report) {
+  report.Tell("whether " + found.address + " is checked out anew is not known; " +
+              CommandToType("status", found.uid) + " tells");
+  JournaledStep step(host, {{}, {}, "checkout", found.address, found.uid, {}, {}});
+  const std::string uid = CheckOutDocument(found.uid);
+  if (uid.empty()) {
+    step.SettleUnlessUnknown();
+    return CheckoutFailure(host, found.address, found.uid);
+  }
+  static_cast<void>(KeepCheckout(host, found.kept ? found.kept->document : found.uid, uid));
+  step.Settle();
+  found.uid = uid;
+  found.status = VtDirectManager::CheckoutInTempWorkspace;
   return std::nullopt;
 }
 
 void UpdateBook(Host& host, Verification& found) {
-  if (!found.stands()) {
-    if (found.kept) ForgetCheckout(host, found.workingCopy);
-  } else {
+  if (found.stands()) {
     found.isKept = KeepCheckout(host, found.kept ? found.kept->document : found.workingCopy, found.uid);
+  } else if (found.kept && HasEnded(found.status) && !found.isGone()) {
+    // What is gone can still be renewed, and what is left of its workspace be cleared away.
+    ForgetCheckout(host, found.workingCopy);
+  } else {
+    found.isKept = found.kept.has_value();
   }
 }
 
@@ -144,15 +186,25 @@ void Print(Host& host, const Verification& found) {
   static_cast<void>(host.output().Flush());
 }
 
+[[nodiscard]] Failure NotStanding(const Verification& found) {
+  std::string message = found.address + " " + WordsOf(found);
+  if (found.isGone()) {
+    message += "; the working copy " + found.workingCopy + " is gone, with all that was not checked in; " +
+               CommandToType("verify --renew", found.address) + " checks the document out anew";
+  } else if (found.kept && !found.isKept) {
+    message += "; the checkout that was kept does not stand any more, and is dropped";
+    if (IsTemporaryCopy(found.workingCopy) && found.status == VtDirectManager::CheckoutNotPossible) {
+      message += "; " + CommandToType("undo", found.workingCopy) +
+                 " clears away what may be left of its temporary workspace";
+    }
+  }
+  return {ExitCode::Failure, message};
+}
+
 [[nodiscard]] ExitCode Report(Host& host, const Verification& found) {
   Print(host, found);
-  const std::string words = found.address + " " + WordsOf(found);
-  if (!found.stands()) {
-    return host.output().Fail(
-        {ExitCode::Failure,
-         words + (found.kept ? "; the checkout that was kept does not stand any more, and is dropped" : "")});
-  }
-  host.output().Note(words);
+  if (!found.stands()) return host.output().Fail(NotStanding(found));
+  host.output().Note(found.address + " " + WordsOf(found));
   if (found.renewed()) {
     host.output().Warning("the working copy " + found.workingCopy +
                           " was gone, with all that was not checked in; the document was checked out anew");
@@ -168,7 +220,6 @@ ExitCode RunVerify(Host& host, const Arguments& arguments) {
 
   InterruptionReport report(host, "verify");
   ForgetTracedErrors();
-  // What is gone is renewed, which checks the document out anew.
   auto refusal = FindWorkingCopy(host, found.address, found.workingCopy);
   if (!refusal && found.workingCopy.empty()) refusal = Diagnose(host, found.address, true);
   if (refusal) return Interrupted() ? report.Report() : host.output().Fail(*refusal);
@@ -176,7 +227,10 @@ ExitCode RunVerify(Host& host, const Arguments& arguments) {
   if (!found.kept) found.kept = KeptOfOlderIteration(found.workingCopy);
   if (found.kept) found.workingCopy = found.kept->uid;
   report.Tell("where the checkout stands is not known; the same command can be given again");
-  const auto failure = Ask(host, found);
+  auto failure = Ask(host, found);
+  if (!failure && arguments.Has("renew") && found.isGone() && !Interrupted()) {
+    failure = Renew(host, found, report);
+  }
   if (failure) return Interrupted() ? report.Report() : host.output().Fail(*failure);
   report.Tell("the UID to go on with is " + found.uid);
   UpdateBook(host, found);
@@ -192,13 +246,16 @@ CommandRow VerifyCommand() {
       "Confirm that a checkout still stands",
       "Asks the server whether the working copy at ADDRESS still stands, and prints the UID to go on "
       "with. ADDRESS is that of the working copy, or of a document that is checked out by vtdirect (see "
-      "checkouts). When a temporary workspace is gone, the document is checked out anew, which gives "
-      "another UID; what was stored and not checked in is lost then, and a warning says so.\n\n"
+      "checkouts). Nothing is changed on the server.\n\n"
+      "When the server says that the working copy in a temporary workspace is gone and that nobody holds the "
+      "document, --renew checks it out anew, which gives another UID. What was stored and not checked in is "
+      "lost by then, and a warning says so. A question that fails is no such answer.\n\n"
       "Where the checkout doesn't stand, the exit status is 1, standard error tells what does, and the "
       "UID is the document's. What is kept is brought up to date: a checkout that stands is kept, and one "
-      "that doesn't is dropped.",
+      "that has ended otherwise is dropped.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {},
+      {{"renew", 0, nullptr, false, Completion::Nothing,
+        "Check the document out anew when its working copy is gone."}},
       true,
       RunVerify,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},

@@ -5,6 +5,7 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/listing.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -98,7 +99,8 @@ void Show(Host& host, const std::string& address, const History& history, const 
 ExitCode RunVersions(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
   AddressKind kind{};
-  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
+    return host.output().Fail(*failure);
 
   ForgetTracedErrors();
   Version latest;
@@ -130,7 +132,7 @@ CommandRow VersionsCommand() {
       "and the newest are all that can be had; a note says so, and with --json \"complete\" is false. The "
       "same two are printed when the listing breaks off, which gives exit status 11.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {},
+      {AnywhereOption()},
       true,
       RunVersions,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},

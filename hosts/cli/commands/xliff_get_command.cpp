@@ -1,6 +1,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/files/content_download.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/translation/xliff_translations.h"
 
 namespace vtdirect_cli {
@@ -37,6 +38,7 @@ namespace {
                                      "The language of the translation, as \"vtdirect xliff list\" shows it. "
                                      "Needed. The case of its letters "
                                      "doesn't matter, nor does \"_\" for \"-\"."}};
+  options.push_back(AnywhereOption());
   for (const OptionRow& row : DownloadOptions()) options.push_back(row);
   return options;
 }

@@ -1,5 +1,6 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/translation/xliff_translations.h"
 
 namespace vtdirect_cli {
@@ -29,7 +30,7 @@ CommandRow XliffListCommand() {
       "it, and its UID, parted by a tab, in the order of the languages. When a translation can't be read, "
       "the others are printed, and the exit status is 11.",
       {{"ADDRESS", "A path or a UID of the document that is translated; see ADDRESSES."}},
-      {},
+      {AnywhereOption()},
       true,
       RunXliffList,
       {{"language", MemberType::Text, nullptr, "the language"},

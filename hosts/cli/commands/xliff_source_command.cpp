@@ -1,5 +1,6 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/trace_log.h"
 #include "hosts/cli/translation/xliff_subject.h"
 
@@ -36,7 +37,7 @@ CommandRow XliffSourceCommand() {
       "Prints the UID of the source XLIFF of the document at ADDRESS and its language as the server names "
       "it, parted by a tab. A document that has none gives exit status 6.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {},
+      {AnywhereOption()},
       true,
       RunXliffSource,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},

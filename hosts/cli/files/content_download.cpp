@@ -11,6 +11,8 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/fetch_record.h"
+#include "hosts/cli/files/replacement.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/texts/progress_line.h"
@@ -55,12 +57,23 @@ namespace {
     return !Interrupted();
   };
   ForgetTracedErrors();
-  const bool done =
-      VtDirectManager::GetFile(download.address.c_str(), localPath.c_str(), download.uid, {}, progress);
+  VtDirectManager::DownloadOptions options;
+  options.progress = progress;
+  options.compareSize = true;
+  const std::string& source = download.source.empty() ? download.address : download.source;
+  const bool done = VtDirectManager::GetFile(source.c_str(), localPath.c_str(), download.uid, options);
   line.Clear();
+  if (done && !download.uidToGoOnWith.empty()) download.uid = download.uidToGoOnWith;
   if (!done) return DownloadFailure(host, download, localPath);
   if (Interrupted()) return InterruptedFailure();
   return std::nullopt;
+}
+
+[[nodiscard]] Failure ChangedMeanwhile(const std::string& path) {
+  return {ExitCode::LocalFile,
+          path +
+              " was written to while the content was fetched, and is not replaced; the same command can be "
+              "given again"};
 }
 
 [[nodiscard]] std::uint64_t SizeOf(const std::string& path) {
@@ -81,8 +94,15 @@ ExitCode FetchIntoFile(Host& host, Download& download) {
   if (!pending) return host.output().Fail(WriteFailure(download.target.path, error));
   if (const auto failure = Fetch(host, download, pending->path())) return host.output().Fail(*failure);
   const std::uint64_t size = SizeOf(pending->path());
-  error = pending->Commit(download.noClobber);
+  // Before anybody else can write to it: what is recorded is what the server has.
+  FetchRecord record;
+  const bool measured = Measure(pending->path(), record);
+  error = pending->Commit(download.force ? nullptr : &download.target.before);
+  if (error == ESTALE) return host.output().Fail(ChangedMeanwhile(download.target.path));
   if (error != 0) return host.output().Fail(WriteFailure(download.target.path, error));
+  record.address = download.address;
+  record.uid = download.uid;
+  if (measured) RecordFetch(host, download.target.path, record);
   Report(host, download, size);
   return ExitCode::Ok;
 }
@@ -115,7 +135,9 @@ std::vector<OptionRow> DownloadOptions() {
       {"output", 'o', "FILE", false, Completion::Files,
        "Write to FILE; into FILE when that is a directory or ends in \"/\"; to standard output when it is "
        "\"-\", once the content has arrived whole."},
-      {"no-clobber", 'n', nullptr, false, Completion::Nothing, "Fail when the target exists."}};
+      {"no-clobber", 'n', nullptr, false, Completion::Nothing, "Fail when the target exists."},
+      {"force", 'f', nullptr, false, Completion::Nothing,
+       "Replace a file that vtdirect did not save, or that was changed since; what is in it is lost."}};
 }
 
 std::vector<MemberRow> DownloadMembers() {
@@ -128,6 +150,9 @@ std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& argumen
   const std::string output = arguments.Text("output");
   if (arguments.Has("output") && output.empty())
     return Failure{ExitCode::Usage, "--output takes a file name"};
+  if (arguments.Has("force") && arguments.Has("no-clobber")) {
+    return Failure{ExitCode::Usage, "--force and --no-clobber can't be meant together"};
+  }
   if (output == "-" && host.output().json()) {
     return Failure{ExitCode::Usage, "--json and \"-o -\" both want standard output; give a file"};
   }
@@ -136,13 +161,24 @@ std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& argumen
 
 std::optional<Failure> SettleDownload(Host& host, const Arguments& arguments, Download& download) {
   download.noClobber = arguments.Has("no-clobber");
+  download.force = arguments.Has("force");
   const std::string output = arguments.Text("output");
   std::string name;
   if (NeedsFileName(output)) {
     name = SafeFileName(FileNameOf(download.address));
     if (name.empty()) return NamelessFailure(host, download.address);
   }
-  return SettleTarget(output, name, download.noClobber, download.target);
+  if (auto failure = SettleTarget(output, name, download.noClobber, download.target)) return failure;
+  return RefusalOfReplacement(download.target, download.force);
+}
+
+void RecordFetch(Host& host, const std::string& file, FetchRecord record) {
+  std::string newest;
+  static_cast<void>(VtDirectManager::GetStatus(record.uid.c_str(), record.version, newest, nullptr));
+  const std::string fault = FetchRecords().Keep(file, record);
+  if (fault.empty()) return;
+  host.output().Warning("it is not recorded that the server has the content of " + file + ": " + fault +
+                        "; a further get into it takes --force");
 }
 
 ExitCode RunDownload(Host& host, Download& download) {

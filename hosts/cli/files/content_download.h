@@ -5,6 +5,7 @@
 #include <string>
 
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/files/fetch_record.h"
 #include "hosts/cli/files/target_file.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/texts/output.h"
@@ -14,15 +15,18 @@ namespace vtdirect_cli {
 /// One download of an object's content, from what was asked for to its result.
 struct Download {
   std::string address;
-  Record described;  ///< members of the JSON object in front of those that every download has
+  std::string source;         ///< what is fetched in its place; empty for the address itself
+  std::string uidToGoOnWith;  ///< what is reported in place of the source's UID; empty for that
+  Record described;           ///< members of the JSON object in front of those that every download has
   Target target;
   bool noClobber = false;
+  bool force = false;
   std::string uid;
   std::size_t received = 0;
   std::size_t announced = 0;
 };
 
-/// The options of a command that downloads, "output" and "no-clobber".
+/// The options of a command that downloads: "output", "no-clobber" and "force".
 [[nodiscard]] std::vector<OptionRow> DownloadOptions();
 
 /// The members of the JSON object that every download has.
@@ -32,9 +36,14 @@ struct Download {
 [[nodiscard]] std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& arguments);
 
 /// Settles where the content of `download.address` goes, by the options. Makes requests when the target is
-/// named after the object and the address holds no name.
+/// named after the object and the address holds no name. A file that would be lost is a failure.
 [[nodiscard]] std::optional<Failure> SettleDownload(Host& host, const Arguments& arguments,
                                                     Download& download);
+
+/// Records that the server has the bytes of a local file, so that a later download may replace it, with the
+/// version that the server tells. What goes wrong is a warning. Makes requests.
+/// @param record  with all but file and version
+void RecordFetch(Host& host, const std::string& file, FetchRecord record);
 
 /// Downloads, puts the file in its place when it is whole, and reports.
 ExitCode RunDownload(Host& host, Download& download);

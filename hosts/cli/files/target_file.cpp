@@ -10,57 +10,43 @@
 #include <cstring>
 #include <vector>
 
+#include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
 
-[[nodiscard]] std::string DirectoryOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 [[nodiscard]] Failure LocalFailure(const std::string& path, int error) {
   return {ExitCode::LocalFile, "cannot write " + Printable(path) + ": " + std::strerror(error)};
 }
 
-// Replacing the link itself would leave the file that it leads to as it was, to the surprise of whoever made
-// it.
-[[nodiscard]] std::string BehindLinks(const std::string& path) {
-  struct stat facts = {};
-  if (lstat(path.c_str(), &facts) != 0 || !S_ISLNK(facts.st_mode)) return path;
-  char* const resolved = realpath(path.c_str(), nullptr);
-  if (resolved == nullptr) return path;
-  std::string out(resolved);
-  free(resolved);
-  return out;
+// The group goes before the permissions, since giving one away takes permissions along. A user may give a
+// file to groups of their own alone; what can't be given stays the user's.
+void TakeOver(int descriptor, const struct stat& before) {
+  static_cast<void>(!fchown(descriptor, static_cast<uid_t>(-1), before.st_gid));
 }
 
-[[nodiscard]] mode_t PermissionsFor(const std::string& target) {
-  struct stat facts = {};
-  if (stat(target.c_str(), &facts) == 0) return facts.st_mode & 0777U;
+[[nodiscard]] mode_t PermissionsOfNewFile() {
   const mode_t mask = umask(0);
   umask(mask);
   return 0666U & ~mask;
 }
 
-// The directory's own entry reaches the disk too, or a crash could bring back the old file. Some filesystems
-// can't do this, which takes nothing from the file itself.
-void SyncDirectory(const std::string& directory) {
-  const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;
-  static_cast<void>(fsync(descriptor));
-  close(descriptor);
-}
-
-[[nodiscard]] int SyncAndPermit(const std::string& path, mode_t permissions) {
+[[nodiscard]] int SyncAndPermit(const std::string& path, const std::string& target) {
   const int descriptor = open(path.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC);
   if (descriptor < 0) return errno;
-  int error = fchmod(descriptor, permissions) == 0 ? 0 : errno;
+  struct stat before = {};
+  const bool replaces = stat(target.c_str(), &before) == 0;
+  if (replaces) TakeOver(descriptor, before);
+  int error = fchmod(descriptor, replaces ? before.st_mode & 0777U : PermissionsOfNewFile()) == 0 ? 0 : errno;
   if (error == 0 && fsync(descriptor) != 0) error = errno;
   if (close(descriptor) != 0 && error == 0) error = errno;
   return error;
+}
+
+[[nodiscard]] bool IsSameFile(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino && one.st_size == other.st_size &&
+         one.st_mtim.tv_sec == other.st_mtim.tv_sec && one.st_mtim.tv_nsec == other.st_mtim.tv_nsec;
 }
 
 [[nodiscard]] int RenameToNewName(const std::string& from, const std::string& to) {
@@ -71,16 +57,10 @@ void SyncDirectory(const std::string& directory) {
   return unlink(from.c_str()) == 0 ? 0 : errno;
 }
 
-[[nodiscard]] int WriteAll(int descriptor, const char* data, std::size_t size) {
-  while (size > 0) {
-    if (Interrupted()) return EINTR;
-    const ssize_t count = write(descriptor, data, size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errno;
-    data += count;
-    size -= static_cast<std::size_t>(count);
-  }
-  return 0;
+[[nodiscard]] int RenameOver(const std::string& from, const std::string& to, const struct stat& expected) {
+  struct stat now = {};
+  if (stat(to.c_str(), &now) != 0 || !IsSameFile(now, expected)) return ESTALE;
+  return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
 [[nodiscard]] int CopyBetween(int from, int to) {
@@ -90,7 +70,8 @@ void SyncDirectory(const std::string& directory) {
     if (count == 0) return 0;
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return errno;
-    const int error = WriteAll(to, buffer.data(), static_cast<std::size_t>(count));
+    if (Interrupted()) return EINTR;
+    const int error = WriteAll(to, {buffer.data(), static_cast<std::size_t>(count)});
     if (error != 0) return error;
   }
 }
@@ -135,13 +116,15 @@ std::optional<Failure> SettleTarget(const std::string& option, const std::string
 
   struct stat facts = {};
   if (stat(path.c_str(), &facts) != 0) {
+    // A name that is too long would show only when the whole content is there.
+    if (errno != ENOENT) return LocalFailure(path, errno);
     target = {Target::Kind::File, path};
     return std::nullopt;
   }
   if (S_ISDIR(facts.st_mode)) return LocalFailure(path, EISDIR);
   if (S_ISREG(facts.st_mode)) {
     if (noClobber) return LocalFailure(path, EEXIST);
-    target = {Target::Kind::File, path};
+    target = {Target::Kind::File, path, facts};
     return std::nullopt;
   }
   // A device or a pipe is written into; replacing "/dev/null" by a file would be a bad joke.
@@ -166,15 +149,15 @@ PendingFile::PendingFile(std::string path, std::string target)
       target_(std::move(target)),
       removal_([file = path_] { unlink(file.c_str()); }) {}
 
-int PendingFile::Commit(bool noClobber) {
-  if (const int error = SyncAndPermit(path_, PermissionsFor(target_)); error != 0) return error;
+int PendingFile::Commit(const std::optional<struct stat>* expected) {
+  if (const int error = SyncAndPermit(path_, target_); error != 0) return error;
   {
     const InterruptionHold hold;
     int error = 0;
-    if (noClobber) {
-      error = RenameToNewName(path_, target_);
-    } else if (rename(path_.c_str(), target_.c_str()) != 0) {
-      error = errno;
+    if (expected == nullptr) {
+      if (rename(path_.c_str(), target_.c_str()) != 0) error = errno;
+    } else {
+      error = *expected ? RenameOver(path_, target_, **expected) : RenameToNewName(path_, target_);
     }
     if (error != 0) return error;
     removal_.Dismiss();

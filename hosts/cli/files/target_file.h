@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,6 +22,8 @@ struct Target {
   Kind kind = Kind::File;
   /// Full or relative path; for a symbolic link, the file that it leads to.
   std::string path;
+  /// What was there when the target was settled; nothing without a regular file.
+  std::optional<struct stat> before = std::nullopt;
 };
 
 /// Whether the option means a directory, so that a file name is needed to complete it: it is empty (no
@@ -44,11 +48,14 @@ class PendingFile {
   /// The file to write into, by its path.
   [[nodiscard]] const std::string& path() const { return path_; }
 
-  /// Brings the content to the disk and puts the file in the target's place, with the target's permissions,
-  /// or for a new file with those that the umask leaves.
-  /// @param noClobber  fail with EEXIST when the target has come to be
+  /// Brings the content to the disk and puts the file in the target's place, with the target's permissions
+  /// and, where the user may give it, its group; or for a new file with those that the umask leaves.
+  /// @param expected  what must be there still: nothing, which fails with EEXIST when a file has come to be,
+  /// or
+  ///                  the file with these facts, which fails with ESTALE when it was written to; null for
+  ///                  whatever is there
   /// @return 0, or the error number; the target is then as it was
-  [[nodiscard]] int Commit(bool noClobber);
+  [[nodiscard]] int Commit(const std::optional<struct stat>* expected);
 
  private:
   PendingFile(std::string path, std::string target);

@@ -31,7 +31,8 @@ Authenticator::Progress& Authenticator::ProgressOf(const Origin& origin) {
   const auto found = std::find_if(progress_.begin(), progress_.end(),
                                   [&origin](const Progress& progress) { return progress.origin == origin; });
   if (found != progress_.end()) return *found;
-  return progress_.emplace_back(Progress{origin, Step::Token, 0, false});
+  progress_.emplace_back().origin = origin;
+  return progress_.back();
 }
 
 bool Authenticator::Answer(const std::string& url) {
@@ -43,6 +44,7 @@ bool Authenticator::Answer(const std::string& url) {
     return false;
   }
   Progress& progress = ProgressOf(*origin);
+  TellRefused(progress);
   if (Take(progress, url)) {
     progress.offered = true;
     return true;
@@ -60,8 +62,12 @@ bool Authenticator::Take(Progress& progress, const std::string& url) {
     if (OfferToken(url)) return true;
   }
   if (progress.next == Step::Environment) {
-    progress.next = Step::Netrc;
+    progress.next = Step::Helper;
     if (OfferEnvironment(url)) return true;
+  }
+  if (progress.next == Step::Helper) {
+    progress.next = Step::Netrc;
+    if (OfferHelpers(progress, url)) return true;
   }
   if (progress.next == Step::Netrc) {
     progress.next = Step::Prompt;
@@ -84,6 +90,31 @@ bool Authenticator::OfferEnvironment(const std::string& url) {
   return true;
 }
 
+bool Authenticator::OfferHelpers(Progress& progress, const std::string& url) {
+  if (!sources_.helper.get) return false;
+  const HelperAnswer answer = sources_.helper.get(progress.origin, sources_.user);
+  if (answer.quit) progress.next = Step::Done;
+  if (answer.quit || !answer.credentials) return false;
+  sinks_.setPassword(url, answer.credentials->user, answer.credentials->password);
+  progress.last = answer.credentials;
+  progress.lastIsHelpers = true;
+  return true;
+}
+
+void Authenticator::TellRefused(Progress& progress) {
+  if (progress.last && progress.lastIsHelpers && sources_.helper.erase) {
+    sources_.helper.erase(progress.origin, *progress.last);
+  }
+  progress.last.reset();
+}
+
+void Authenticator::TellAccepted() {
+  for (Progress& progress : progress_) {
+    if (progress.last && sources_.helper.store) sources_.helper.store(progress.origin, *progress.last);
+    progress.last.reset();
+  }
+}
+
 bool Authenticator::OfferNetrc(const std::string& url, const std::string& host) {
   if (!sources_.netrc) return false;
   if (!netrcEntries_) netrcEntries_ = sources_.netrc();
@@ -99,6 +130,8 @@ bool Authenticator::OfferPrompt(Progress& progress, const std::string& url) {
   const auto answer = sources_.prompt(TextOf(progress.origin), sources_.user);
   if (!answer) return false;
   sinks_.setPassword(url, answer->user, answer->password);
+  progress.last = answer;
+  progress.lastIsHelpers = false;
   return true;
 }
 

@@ -11,11 +11,25 @@
 
 namespace vtdirect_cli {
 
+/// What a credential helper has answered.
+struct HelperAnswer {
+  std::optional<PasswordCredentials> credentials;
+  bool quit = false;  ///< no other source is to be tried
+};
+
+/// The credential helper of an origin. Any of them may be empty.
+struct HelperCalls {
+  std::function<HelperAnswer(const Origin& origin, const std::string& user)> get;
+  std::function<void(const Origin& origin, const PasswordCredentials& accepted)> store;
+  std::function<void(const Origin& origin, const PasswordCredentials& refused)> erase;
+};
+
 /// Where credentials come from, in the order in which they are tried.
 struct CredentialSources {
   std::string token;     ///< bearer token; empty for none
   std::string user;      ///< empty for none
   std::string password;  ///< counts only together with `user`
+  HelperCalls helper;
   /// Reads the netrc file; called at the first need. May be empty.
   std::function<std::vector<NetrcEntry>()> netrc;
   /// Asks the user; nothing when that is not possible. May be empty.
@@ -31,8 +45,8 @@ struct CredentialSinks {
 };
 
 /// Answers a server's demands for authentication: the token, else user and password of the environment, the
-/// netrc file, the user at the terminal up to three times. Each source is tried once for each origin, so that
-/// what a server has refused isn't sent to it over and over.
+/// credential helper, the netrc file, the user at the terminal up to three times. Each source is tried once
+/// for each origin, so that what a server has refused isn't sent to it over and over.
 ///
 /// Credentials go only to servers that the user has named. What a server says about itself (the address that
 /// it calls its own, the address of a content) can point anywhere, and gets nothing; with one exception: from
@@ -45,6 +59,9 @@ class Authenticator {
   /// Sets further credentials for the origin of the URL. False when there are none, which ends the tries.
   [[nodiscard]] bool Answer(const std::string& url);
 
+  /// The server has taken what it was given: the helper is told to keep what it gave, or what was typed.
+  void TellAccepted();
+
   /// Whether a demand has gone without an answer.
   [[nodiscard]] bool refused() const { return !refusal_.empty(); }
   /// What to tell the user about it.
@@ -53,12 +70,15 @@ class Authenticator {
   void ForgetRefusal() { refusal_.clear(); }
 
  private:
-  enum class Step { Token, Environment, Netrc, Prompt, Done };
+  enum class Step { Token, Environment, Helper, Netrc, Prompt, Done };
   struct Progress {
     Origin origin;
     Step next = Step::Token;
     int prompts = 0;
     bool offered = false;  // something has been sent
+    // What was sent last, if it was the helper's or typed.
+    std::optional<PasswordCredentials> last = std::nullopt;
+    bool lastIsHelpers = false;
   };
 
   [[nodiscard]] bool IsNamed(const Origin& origin) const;
@@ -66,6 +86,8 @@ class Authenticator {
   [[nodiscard]] bool Take(Progress& progress, const std::string& url);
   [[nodiscard]] bool OfferToken(const std::string& url);
   [[nodiscard]] bool OfferEnvironment(const std::string& url);
+  [[nodiscard]] bool OfferHelpers(Progress& progress, const std::string& url);
+  void TellRefused(Progress& progress);
   [[nodiscard]] bool OfferNetrc(const std::string& url, const std::string& host);
   [[nodiscard]] bool OfferPrompt(Progress& progress, const std::string& url);
 

@@ -105,4 +105,14 @@ std::optional<PasswordCredentials> PromptForPassword(const std::string& origin, 
   return answer;
 }
 
+std::optional<std::string> PromptForPassphrase(const std::string& keyFile) {
+  const Terminal terminal;
+  if (terminal.descriptor() < 0) return std::nullopt;
+  const NoStops noStops;
+  terminal.Write("Passphrase for " + Printable(keyFile) + ": ");
+  auto passphrase = ReadLineWithoutEcho(terminal.descriptor());
+  terminal.Write("\n");
+  return passphrase;
+}
+
 }  // namespace vtdirect_cli

@@ -18,4 +18,8 @@ struct PasswordCredentials {
 [[nodiscard]] std::optional<PasswordCredentials> PromptForPassword(const std::string& origin,
                                                                    const std::string& user);
 
+/// Asks for the passphrase of a key in the same way.
+/// @return nothing without a terminal, and when the user closes the input
+[[nodiscard]] std::optional<std::string> PromptForPassphrase(const std::string& keyFile);
+
 }  // namespace vtdirect_cli

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <memory>
+#include <utility>
 
 #include "hosts/cli/files/local_text_file.h"
 #include "hosts/cli/servers/origin.h"
@@ -27,16 +27,70 @@ namespace {
   return {ExitCode::Usage, name + ":" + std::to_string(line) + ": " + what};
 }
 
-// One line below "[servers]".
-[[nodiscard]] std::optional<std::string> ReadServerLine(std::string_view line, ServerMap& servers) {
+// Where the lines of a configuration file belong.
+struct Section {
+  enum class Kind { None, Servers, Server };
+  Kind kind = Kind::None;
+  std::string nickname;  // of a server's own section
+};
+
+// "KEY = VALUE" with the blanks around both taken away; nothing without a "=".
+[[nodiscard]] std::optional<std::pair<std::string, std::string>> KeyAndValue(std::string_view line) {
   const std::size_t equals = line.find('=');
-  if (equals == std::string_view::npos) return "expected \"NICK = URL\"";
-  const std::string nickname(Trimmed(line.substr(0, equals)));
-  const std::string url(Trimmed(line.substr(equals + 1)));
+  if (equals == std::string_view::npos) return std::nullopt;
+  return std::pair{std::string(Trimmed(line.substr(0, equals))),
+                   std::string(Trimmed(line.substr(equals + 1)))};
+}
+
+[[nodiscard]] std::optional<std::string> ListServer(const std::string& nickname, const std::string& url,
+                                                    ServerMap& servers) {
   if (auto fault = NicknameFault(nickname)) return fault;
   if (auto fault = ServerUrlFault(url)) return fault;
   if (!servers.emplace(nickname, url).second) return "the nickname \"" + nickname + "\" comes twice";
   return std::nullopt;
+}
+
+// "[servers]" or "[server NICK]".
+[[nodiscard]] std::optional<std::string> OpenSection(std::string_view line, Section& section,
+                                                     Configuration& configuration) {
+  constexpr std::string_view kServer = "[server ";
+  if (line == "[servers]") {
+    section = {Section::Kind::Servers, {}};
+    return std::nullopt;
+  }
+  if (!line.starts_with(kServer) || !line.ends_with(']')) {
+    return "unknown section " + std::string(line) + "; those there are: [servers], [server NICK]";
+  }
+  section.kind = Section::Kind::Server;
+  section.nickname = Trimmed(line.substr(kServer.size(), line.size() - kServer.size() - 1));
+  if (auto fault = NicknameFault(section.nickname)) return fault;
+  if (configuration.settings.try_emplace(section.nickname).second) return std::nullopt;
+  return "the section " + std::string(line) + " comes twice";
+}
+
+[[nodiscard]] std::optional<std::string> ReadLine(std::string_view line, const Section& section,
+                                                  Configuration& configuration) {
+  const auto read = KeyAndValue(line);
+  switch (section.kind) {
+    case Section::Kind::None:
+      return "this line stands before any section; expected \"[servers]\"";
+    case Section::Kind::Servers:
+      if (!read) return "expected \"NICK = URL\"";
+      return ListServer(read->first, read->second, configuration.servers);
+    default:
+      if (!read) return "expected \"KEY = VALUE\"";
+      if (read->first == "url") return ListServer(section.nickname, read->second, configuration.servers);
+      return ReadServerSetting(read->first, read->second, configuration.settings[section.nickname]);
+  }
+}
+
+// Host and, where the URL names one, port: what the library tells servers by, beside the path.
+[[nodiscard]] std::string AuthorityOf(std::string_view url) {
+  const Origin origin = OriginOf(url).value_or(Origin{});
+  const std::size_t start = url.find("://") + 3;
+  const std::string_view authority = url.substr(start, url.find_first_of("/?#", start) - start);
+  const bool namesPort = authority.find(':', authority.rfind(']') + 1) != std::string_view::npos;
+  return origin.host + (namesPort ? ":" + std::to_string(origin.port) : "");
 }
 
 }  // namespace
@@ -66,38 +120,36 @@ std::optional<std::string> ServerUrlFault(std::string_view url) {
   return std::nullopt;
 }
 
-std::optional<Failure> AddServerArgument(std::string_view argument, ServerMap& servers) {
+std::optional<Failure> AddServerArgument(std::string_view argument, Configuration& configuration) {
   const std::size_t equals = argument.find('=');
   if (equals == std::string_view::npos) {
     return Failure{ExitCode::Usage, "--server takes NICK=URL, for example plm=https://plm.example/vt"};
   }
-  const std::string_view nickname = argument.substr(0, equals);
-  const std::string_view url = argument.substr(equals + 1);
+  const std::string nickname(argument.substr(0, equals));
+  const std::string url(argument.substr(equals + 1));
   auto fault = NicknameFault(nickname);
   if (!fault) fault = ServerUrlFault(url);
   if (fault) return Failure{ExitCode::Usage, "--server: " + *fault};
-  servers[std::string(nickname)] = url;
+  const auto before = configuration.servers.find(nickname);
+  if (before != configuration.servers.end() && OriginOf(before->second) != OriginOf(url)) {
+    // A certificate or a password of one server must not go to another.
+    configuration.settings.erase(nickname);
+  }
+  configuration.servers[nickname] = url;
   return std::nullopt;
 }
 
-std::optional<Failure> ReadConfiguration(std::string_view text, const std::string& name, ServerMap& servers) {
-  bool inServers = false;
+std::optional<Failure> ReadConfiguration(std::string_view text, const std::string& name,
+                                         Configuration& configuration) {
+  Section section;
   for (int number = 1; !text.empty(); ++number) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     const std::string_view line = Trimmed(text.substr(0, end));
     text.remove_prefix(std::min(end + 1, text.size()));
     if (line.empty() || line.front() == '#' || line.front() == ';') continue;
-    if (line == "[servers]") {
-      inServers = true;
-      continue;
-    }
-    if (line.front() == '[') {
-      return LineFault(name, number,
-                       "unknown section " + std::string(line) + "; the one there is: [servers]");
-    }
-    if (!inServers)
-      return LineFault(name, number, "this line stands before any section; expected \"[servers]\"");
-    if (auto fault = ReadServerLine(line, servers)) return LineFault(name, number, *fault);
+    const auto fault = line.front() == '[' ? OpenSection(line, section, configuration)
+                                           : ReadLine(line, section, configuration);
+    if (fault) return LineFault(name, number, *fault);
   }
   return std::nullopt;
 }
@@ -108,7 +160,8 @@ std::string DefaultConfigurationPath(const std::string& configHome, const std::s
   return home + "/.config/vtdirect/config";
 }
 
-std::optional<Failure> LoadConfiguration(const std::string& path, bool required, ServerMap& servers) {
+std::optional<Failure> LoadConfiguration(const std::string& path, bool required,
+                                         Configuration& configuration) {
   std::string text;
   const int error = ReadLocalTextFile(path, text);
   if (error == ENOENT && !required) return std::nullopt;
@@ -116,7 +169,42 @@ std::optional<Failure> LoadConfiguration(const std::string& path, bool required,
     return Failure{ExitCode::LocalFile,
                    "cannot read the configuration file " + path + ": " + std::strerror(error)};
   }
-  return ReadConfiguration(text, path, servers);
+  return ReadConfiguration(text, path, configuration);
+}
+
+std::optional<Failure> ConfigurationFault(const Configuration& configuration) {
+  std::map<std::string, std::pair<std::string, std::string>> seen;  // authority to URL and nickname
+  for (const auto& [nickname, url] : configuration.servers) {
+    const auto [place, isNew] = seen.try_emplace(AuthorityOf(url), url, nickname);
+    const auto& [otherUrl, otherNickname] = place->second;
+    if (isNew || OriginOf(otherUrl)->scheme == OriginOf(url)->scheme) continue;
+    return Failure{ExitCode::Usage, "the servers \"" + otherNickname + "\" (" + otherUrl + ") and \"" +
+                                        nickname + "\" (" + url +
+                                        ") are one host under http and https, which addresses do not tell "
+                                        "apart; list it under one of them"};
+  }
+  for (const auto& [nickname, url] : configuration.servers) {
+    std::optional<Failure> fault;
+    static_cast<void>(SettingsFor(configuration, url, &fault));
+    if (fault) return fault;
+  }
+  return std::nullopt;
+}
+
+ServerSettings SettingsFor(const Configuration& configuration, const std::string& url,
+                           std::optional<Failure>* fault) {
+  ServerSettings settings;
+  const auto origin = OriginOf(url);
+  for (const auto& [nickname, listed] : configuration.servers) {
+    const auto found = configuration.settings.find(nickname);
+    if (found == configuration.settings.end() || !origin || OriginOf(listed) != origin) continue;
+    const std::string key = MergeSettings(found->second, settings);
+    if (key.empty() || fault == nullptr) continue;
+    *fault = Failure{ExitCode::Usage, "two sections set " + key + " for " + TextOf(*origin) +
+                                          " and do not agree; what is said of one nickname holds for its "
+                                          "scheme, host and port"};
+  }
+  return settings;
 }
 
 }  // namespace vtdirect_cli

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "hosts/cli/exit_code.h"
+#include "hosts/cli/servers/server_settings.h"
 
 namespace vtdirect_cli {
 
@@ -20,19 +21,29 @@ using ServerMap = std::map<std::string, std::string>;
 /// process lists, shell histories and messages.
 [[nodiscard]] std::optional<std::string> ServerUrlFault(std::string_view url);
 
-/// Adds one "NICK=URL" of the command line; a nickname that is there already gets the new URL.
+/// The servers that a user has listed.
+struct Configuration {
+  ServerMap servers;
+  /// By nickname, for those of which more is said than the URL.
+  std::map<std::string, ServerSettings> settings;
+};
+
+/// Adds one "NICK=URL" of the command line; a nickname that is there already gets the new URL. What the
+/// configuration file says of that nickname stays with the scheme, host and port that it was said of.
 /// @return what is wrong with it, or nothing
-[[nodiscard]] std::optional<Failure> AddServerArgument(std::string_view argument, ServerMap& servers);
+[[nodiscard]] std::optional<Failure> AddServerArgument(std::string_view argument,
+                                                       Configuration& configuration);
 
 /// Reads the text of a configuration file.
 ///
-/// The form: a line "[servers]", then lines "NICK = URL". Blanks around both count for nothing. Empty lines
-/// and lines that begin with "#" or ";" are passed over. Any other line, any other section and a nickname
-/// that comes twice are faults.
+/// The form: a line "[servers]", then lines "NICK = URL"; and for a server of which more is to be said a line
+/// "[server NICK]", then lines "KEY = VALUE", of which "url" may be left out when the server is listed
+/// otherwise. Blanks around all of them count for nothing. Empty lines and lines that begin with "#" or ";"
+/// are passed over. Any other line, any other section and what comes twice are faults.
 /// @param name  of the file, for the message
 /// @return the first fault, with file and line, or nothing
 [[nodiscard]] std::optional<Failure> ReadConfiguration(std::string_view text, const std::string& name,
-                                                       ServerMap& servers);
+                                                       Configuration& configuration);
 
 /// The configuration file that is read when none is named: "$XDG_CONFIG_HOME/vtdirect/config", else
 /// "~/.config/vtdirect/config"; empty when neither directory is known.
@@ -43,6 +54,16 @@ using ServerMap = std::map<std::string, std::string>;
 /// Reads the file and then its text.
 /// @param required  whether a missing file is a fault
 [[nodiscard]] std::optional<Failure> LoadConfiguration(const std::string& path, bool required,
-                                                       ServerMap& servers);
+                                                       Configuration& configuration);
+
+/// What can't be meant by the list as a whole, or nothing. One host and port under both schemes: the library
+/// tells servers by host, port and path, so the address of one would lead to the other, and a password that
+/// is meant for https could go out in clear.
+[[nodiscard]] std::optional<Failure> ConfigurationFault(const Configuration& configuration);
+
+/// What is said of the server at this URL: that of every nickname of its scheme, host and port.
+/// @param fault  receives what is wrong when two of them say different things
+[[nodiscard]] ServerSettings SettingsFor(const Configuration& configuration, const std::string& url,
+                                         std::optional<Failure>* fault = nullptr);
 
 }  // namespace vtdirect_cli

@@ -40,6 +40,24 @@ std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const s
                                          "; nothing was changed; give its own address if it is meant"};
 }
 
+OptionRow AnywhereOption() {
+  return {"anywhere",
+          0,
+          nullptr,
+          false,
+          Completion::Nothing,
+          "Take the document of that name in whichever folder it is, as the server's search finds it."};
+}
+
+std::optional<Failure> RequirePlacedAddress(const Arguments& arguments, const std::string& address,
+                                            AddressKind& kind) {
+  if (auto failure = RequireAddress(address, kind)) return failure;
+  if (arguments.Has("anywhere") || IsById(address, kind) || address.ends_with('/')) return std::nullopt;
+  auto failure = RefusalOfAnotherPlace(address, VtDirectManager::GetUID(address.c_str()));
+  if (failure) failure->message += ", or --anywhere";
+  return failure;
+}
+
 std::string UidAtPlace(const std::string& path) {
   std::string uid = VtDirectManager::GetUID(path.c_str());
   if (uid.empty() || RefusalOfAnotherPlace(path, uid)) return {};

@@ -3,13 +3,15 @@
 #include <optional>
 #include <string>
 
+#include "hosts/cli/address.h"
+#include "hosts/cli/commands/command.h"
 #include "hosts/cli/exit_code.h"
 
 /// Whether a document stands where a path says.
 ///
 /// The library finds documents by their names: the only one of a name is found in whichever folder the path
-/// looks for it, and of several one in the path's context. What is only read may come from there; what is
-/// changed must not.
+/// looks for it, and of several one in the path's context. Another document than the one that was named is
+/// neither changed nor, unasked, taken for it.
 namespace vtdirect_cli {
 
 /// A failure that tells where the document stands that a path was resolved to, if that is another folder than
@@ -19,6 +21,16 @@ namespace vtdirect_cli {
 /// @param uid      what it was resolved to; empty for nothing
 [[nodiscard]] std::optional<Failure> RefusalOfAnotherPlace(const std::string& address,
                                                            const std::string& uid);
+
+/// The option that lets a reading command take the document of a name wherever it is.
+[[nodiscard]] OptionRow AnywhereOption();
+
+/// RequireAddress for a command that reads a document: a path must lead to one where it says, unless
+/// --anywhere was given. Makes requests for a path.
+/// @return a failure for a malformed address, an unlisted server and another place; nothing for an address
+///         that leads to no document, and for a folder's
+[[nodiscard]] std::optional<Failure> RequirePlacedAddress(const Arguments& arguments,
+                                                          const std::string& address, AddressKind& kind);
 
 /// The UID of the document that stands at a path; empty when none does. Makes requests.
 [[nodiscard]] std::string UidAtPlace(const std::string& path);

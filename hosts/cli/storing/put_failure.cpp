@@ -1,11 +1,9 @@
 #include "hosts/cli/storing/put_failure.h"
 
-#include <cstdlib>
-#include <string_view>
-
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/trace_log.h"
@@ -40,17 +38,6 @@ struct Standing {
   return "after " + std::to_string(outcome.sent) + " of " + ByteCount(outcome.total);
 }
 
-// Whether the library traced that nothing of this upload stands on the server, whatever else does: a store
-// follows an upload, and needs it; and a server that has refused a store has not done it.
-[[nodiscard]] bool IsRefusal(const std::string& traced) {
-  constexpr std::string_view store = "Failed to update document with error ";
-  if (traced.starts_with("Failed to upload document")) return true;
-  if (!traced.starts_with(store)) return false;
-  const int status = std::atoi(traced.c_str() + store.size());
-  // A server that was waited for too long has not refused.
-  return status >= 400 && status < 500 && status != 408 && status != 499;
-}
-
 [[nodiscard]] Standing Unknown(const std::string& command, const std::string& address) {
   return {"what stands now could not be found out",
           CommandToType(command, address) + " tells when the server answers"};
@@ -82,24 +69,18 @@ struct Standing {
   return {"the newest iteration is " + newest + " now, and only the answer may have been lost", next};
 }
 
-[[nodiscard]] std::string ContentOfWorkingCopy(const PutOutcome& outcome, bool mayBeStored) {
-  if (!mayBeStored) return "its content is as it was";
-  return outcome.mayCheckInToo ? "whether the file is stored in it is not known, checked in it is not"
-                               : "whether the file is stored in it is not known";
+[[nodiscard]] std::string ContentOfWorkingCopy(bool mayBeStored) {
+  return mayBeStored ? "whether the file is stored in it is not known" : "its content is as it was";
 }
 
-[[nodiscard]] Standing StandingOfStore(const PutTarget& target, const PutOutcome& outcome, bool mayBeStored) {
+[[nodiscard]] Standing StandingOfStore(const PutTarget& target, bool mayBeStored) {
   const CheckoutState state = ReadCheckoutState(target.address);
   if (IsWorkingCopy(state.status)) {
-    return {"you still have it checked out, and " + ContentOfWorkingCopy(outcome, mayBeStored)};
+    return {"you still have it checked out, and " + ContentOfWorkingCopy(mayBeStored)};
   }
   // The state of a temporary checkout is that of the document it was taken from.
   if (state.status == VtDirectManager::CheckoutNone || state.status == VtDirectManager::CheckoutNotPossible) {
-    return {"it is not checked out any more" +
-                std::string(outcome.mayCheckInToo && mayBeStored
-                                ? ", so it was checked in, and only the answer may have been lost"
-                                : ""),
-            CommandToType("verify", target.address) + " tells what stands"};
+    return {"it is not checked out any more", CommandToType("verify", target.address) + " tells what stands"};
   }
   if (state.status == VtDirectManager::CheckoutByOther) {
     return {"it is checked out by " + state.user + " now",
@@ -109,15 +90,14 @@ struct Standing {
   return Unknown("verify", target.address);
 }
 
-[[nodiscard]] Standing StandingOf(const PutTarget& target, const PutOutcome& outcome, bool mayBeStored,
-                                  bool answers) {
+[[nodiscard]] Standing StandingOf(const PutTarget& target, bool mayBeStored, bool answers) {
   switch (target.action) {
     case Action::Create:
       return StandingOfCreation(target, mayBeStored, answers);
     case Action::Iterate:
       return StandingOfIteration(target, mayBeStored);
     default:
-      return StandingOfStore(target, outcome, mayBeStored);
+      return StandingOfStore(target, mayBeStored);
   }
 }
 
@@ -127,6 +107,12 @@ struct Standing {
     return Failure{ExitCode::LocalFile, outcome.changedFile +
                                             " was written to while it was read; nothing was stored; give the "
                                             "command again when nobody writes to it"};
+  }
+  if (outcome.brokenTicket) {
+    return Failure{
+        ExitCode::Failure,
+        "the server's answer for a place to upload to could not be understood; nothing was stored; the "
+        "same command can be given again"};
   }
   if (outcome.copyIsShort) {
     return Failure{
@@ -165,13 +151,13 @@ Failure PutCheckInFailure(Host& host, const std::string& uid) {
 Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& target,
                    const PutOutcome& outcome) {
   if (auto failure = LocalFailure(outcome)) return *failure;
-  std::string why = FirstTracedError();
+  std::string why = WordsOfLastReason();
   const bool tooLarge = outcome.code == VtDirectManager::StatusFileTooLarge;
-  const bool mayBeStored = outcome.AllSent() && !tooLarge && !IsRefusal(why);
+  const bool mayBeStored = outcome.AllSent() && !tooLarge && ChangeMayHaveHappened();
   if (tooLarge) why = "the server takes no files as large as this";
   const ExitCode code = tooLarge ? ExitCode::Failure : CodeOf(host, target, outcome, why);
   if (code == ExitCode::Interrupted) return InterruptedFailure();
-  Standing standing = StandingOf(target, outcome, mayBeStored, code == ExitCode::Failure);
+  Standing standing = StandingOf(target, mayBeStored, code == ExitCode::Failure);
   if (tooLarge) standing.next = "a smaller file, or a greater limit at the server, is needed";
   std::string message = StepOf(target.action) + target.address + " from " + request.content.path +
                         " failed " + PointOf(outcome);

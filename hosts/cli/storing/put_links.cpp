@@ -1,19 +1,36 @@
 #include "hosts/cli/storing/put_links.h"
 
+#include <vtdirect/outcome.h>
 #include <vtdirect/vt_direct_manager.h>
 
+#include <optional>
+
+#include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
 
-[[nodiscard]] SourceLinks LinksOf(const std::string& uid) {
+// Nothing when they could not be read: a document that can't be read looks like one without links.
+[[nodiscard]] std::optional<SourceLinks> LinksOf(const std::string& uid) {
+  const VtDirectManager::Outcome outcome;
   SourceLinks links;
   VtDirectManager::GetSourceLinks(uid.c_str(), links);
-  // A document that could not be read looks like one without links, whose links would then be lost.
-  if (links.empty()) VtDirectManager::GetSourceLinks(uid.c_str(), links);
+  if (links.empty() && !outcome.Empty()) return std::nullopt;
   return links;
+}
+
+// The new iteration would have none of them.
+[[nodiscard]] Failure LinksUnread(Host& host, const PutTarget& target) {
+  Failure failure = {ExitCode::Failure, {}};
+  if (auto server = DiagnoseServer(host, VtDirectManager::GetServerURL(target.address.c_str())))
+    failure = *server;
+  if (failure.code == ExitCode::Interrupted) return failure;
+  failure.message = "the source links of " + target.address + " could not be read, and would be lost" +
+                    (failure.message.empty() ? "" : " (" + failure.message + ")") +
+                    "; nothing was sent; the same command can be given again";
+  return failure;
 }
 
 [[nodiscard]] std::string ContextOf(const std::string& address) {
@@ -53,7 +70,11 @@ namespace {
 std::optional<Failure> SettleLinks(Host& host, const PutRequest& request, const PutTarget& target,
                                    SourceLinks& links) {
   if (request.type != VtDirectManager::FileTypeFenlet) return std::nullopt;
-  if (target.action != PutTarget::Action::Create) links = LinksOf(target.before);
+  if (target.action != PutTarget::Action::Create) {
+    const auto before = LinksOf(target.before);
+    if (!before) return LinksUnread(host, target);
+    links = *before;
+  }
   if (auto failure = ApplyChanges(host, request, target, links)) return failure;
   for (const auto& [name, address] : links) {
     if (!address.empty()) continue;
@@ -66,14 +87,18 @@ std::optional<Failure> SettleLinks(Host& host, const PutRequest& request, const 
   return std::nullopt;
 }
 
-std::vector<std::string> MissingLinks(const std::string& uid, const SourceLinks& links) {
-  std::vector<std::string> missing;
-  if (links.empty()) return missing;
-  const SourceLinks stored = LinksOf(uid);
-  for (const auto& [name, address] : links) {
-    if (!stored.contains(name)) missing.push_back(name);
+void WarnOfMissingLinks(Host& host, const std::string& uid, const SourceLinks& links) {
+  if (links.empty()) return;
+  const auto stored = LinksOf(uid);
+  if (!stored) {
+    host.output().Warning("whether the document has its source links could not be found out; " +
+                          CommandToType("links", uid) + " tells");
+    return;
   }
-  return missing;
+  for (const auto& [name, address] : links) {
+    if (stored->contains(name)) continue;
+    host.output().Warning("the document has no link " + name + ", though the server was told of it");
+  }
 }
 
 }  // namespace vtdirect_cli

@@ -14,7 +14,7 @@ namespace vtdirect_cli {
 [[nodiscard]] std::optional<Failure> SettleLinks(Host& host, const PutRequest& request,
                                                  const PutTarget& target, SourceLinks& links);
 
-/// The names of those links that the document at this UID doesn't have. Makes requests.
-[[nodiscard]] std::vector<std::string> MissingLinks(const std::string& uid, const SourceLinks& links);
+/// Warns of those links that the document at this UID doesn't have. Makes requests.
+void WarnOfMissingLinks(Host& host, const std::string& uid, const SourceLinks& links);
 
 }  // namespace vtdirect_cli

@@ -103,6 +103,7 @@ std::optional<Failure> AddLink(const std::string& argument, SourceLinks& links) 
 std::optional<Failure> ReadPutRequest(const Arguments& arguments, PutRequest& request) {
   request.address = arguments.Text("ADDRESS");
   request.checkIn = arguments.Has("checkin");
+  request.force = arguments.Has("force");
   if (auto failure = ReadType(arguments, request.type)) return failure;
   if (auto failure = RefuseForType(arguments, request.type)) return failure;
   if (auto failure = ReadLanguage(arguments, request.language)) return failure;

@@ -27,6 +27,7 @@ struct PutRequest {
   std::string language;  ///< empty for none
   SourceLinks links;     ///< an empty address takes the link away
   bool checkIn = false;
+  bool force = false;
 
   /// Every file that is to be sent.
   [[nodiscard]] std::vector<LocalSource> Sources() const;

@@ -87,7 +87,7 @@ using VtDirectManager::VtCheckoutStatus;
 // What was kept is no checkout any more: it was checked in or undone by other means.
 [[nodiscard]] Failure LostCheckout(const PutTarget& target) {
   return Unsent("the checkout " + target.address + " that is kept here does not stand any more",
-                CommandToType("verify", target.address) + " tells what stands, and renews it if it can");
+                CommandToType("verify", target.address) + " tells what stands");
 }
 
 [[nodiscard]] std::optional<Failure> SettleByStatus(Host& host, VtCheckoutStatus status,
@@ -124,6 +124,14 @@ using VtDirectManager::VtCheckoutStatus;
   }
 }
 
+// The server tells of no document what kind it has, and the library leaves out what a kind has not.
+[[nodiscard]] Failure MayDropParts(const PutRequest& request) {
+  return Unsent(request.address +
+                    " is there already, and if it is a Fenlet document, a content of another kind "
+                    "drops its viewable, metadata and links",
+                "give --force to store it all the same");
+}
+
 [[nodiscard]] std::optional<Failure> SettleExisting(Host& host, PutTarget& target) {
   const bool kept = CheckoutBook().Find(target.address).has_value();
   std::string user;
@@ -143,12 +151,12 @@ std::optional<Failure> SettlePutTarget(Host& host, const PutRequest& request, Pu
   }
   ForgetTracedErrors();
   const std::string uid = VtDirectManager::GetUID(target.address.c_str());
-  target.miss = FirstTracedError();
   if (uid.empty()) return SettleCreation(host, request, target);
   if (auto failure = RefusalOfAnotherPlace(target.address, uid)) {
     failure->message += "; a new document needs another name";
     return failure;
   }
+  if (request.type != VtDirectManager::FileTypeFenlet && !request.force) return MayDropParts(request);
   target.address = UidToGoOnWith(host, uid);
   if (auto failure = SettleExisting(host, target)) return failure;
   target.before = target.temporary ? ByOwnId(target.address) : target.address;

@@ -17,7 +17,6 @@ struct PutTarget {
   };
   Action action = Action::Create;
   std::string address;     ///< what the library is given: the path of a new document, or a UID
-  std::string miss;        ///< what the library traces, again and again, of a document that is not there yet
   bool temporary = false;  ///< the working copy stands in a temporary workspace
   /// By which UID the document is read that a store or an iteration follows. In a temporary workspace that of
   /// the working copy by its own id: the UID to go on with reads as the document that was checked out.

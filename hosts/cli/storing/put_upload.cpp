@@ -1,9 +1,11 @@
 #include "hosts/cli/storing/put_upload.h"
 
+#include <exception>
 #include <iostream>
 #include <vector>
 
 #include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/progress_line.h"
 #include "hosts/cli/trace_log.h"
 
@@ -29,7 +31,7 @@ class CopyCheck {
   // Of an upload that failed: whether it ended because the copy could not be made. The library sends none
   // that is not whole, and has then told of no progress.
   void LookAtFailure(PutOutcome& outcome) const {
-    if (done_ || !FirstTracedError().starts_with("Failed to write upload file ")) return;
+    if (done_ || !LocalFileFailed()) return;
     LookForChanges(outcome);
     outcome.copyIsShort = true;
   }
@@ -44,10 +46,6 @@ class CopyCheck {
   std::vector<LocalSource> sources_;
   bool done_ = false;
 };
-
-[[nodiscard]] bool HasContentAlone(const PutRequest& request, const SourceLinks& links) {
-  return !request.viewable && !request.metadata && links.empty();
-}
 
 [[nodiscard]] std::string PathOf(const std::optional<LocalSource>& source) {
   return source ? source->path : std::string();
@@ -82,29 +80,31 @@ class CopyCheck {
   };
 }
 
+// The store alone: a check-in is a step of its own, which is told apart when something goes wrong. Unasked
+// the library would check a temporary checkout in, which it knows by the form of its UID.
 void Send(const PutRequest& request, const PutTarget& target, const SourceLinks& links,
           const VtDirectManager::ProgressCallback& progress, PutOutcome& outcome) {
-  const char* const content = request.content.path.c_str();
-  const auto status = StatusOf(outcome);
-  if (HasContentAlone(request, links)) {
-    // This form never checks in unasked.
-    static_cast<void>(VtDirectManager::Upload(request.type, target.address.c_str(), content, status, progress,
-                                              request.language.c_str(), false));
-    return;
-  }
   const std::string viewable = PathOf(request.viewable);
   const std::string metadata = PathOf(request.metadata);
-  const VtDirectManager::UploadFenletParams params{viewable.c_str(), metadata.c_str(), &links,
-                                                   request.language.c_str()};
-  // This form checks a temporary checkout in, asked or not, which it knows by the form of its UID.
-  const bool byOwnId = target.temporary && !request.checkIn;
-  const std::string& address = byOwnId ? target.before : target.address;
-  outcome.mayCheckInToo = target.temporary && request.checkIn;
-  // No task runner is registered, so the transfer is over when this returns.
-  static_cast<void>(
-      VtDirectManager::UploadFenletAsync(address.c_str(), content, params, status, progress, false));
-  outcome.checkedIn = outcome.stored && outcome.mayCheckInToo;
-  if (byOwnId && outcome.stored) outcome.uid = target.address;
+  VtDirectManager::StoreOptions options;
+  options.kind = request.type;
+  options.checkIn = VtDirectManager::CheckInWish::NoCheckIn;
+  options.language = request.language.c_str();
+  options.viewablePath = viewable.c_str();
+  options.vcsPath = metadata.c_str();
+  options.sourceLinks = &links;
+  options.status = StatusOf(outcome);
+  options.progress = progress;
+  try {
+    static_cast<void>(VtDirectManager::Store(target.address.c_str(), request.content.path.c_str(), options));
+  } catch (const std::exception&) {
+    // The library lets through what its readers raise for a ticket that makes no sense. No content has gone
+    // out before there is one.
+    outcome.stored = false;
+    outcome.brokenTicket = outcome.sent == 0;
+    if (!outcome.brokenTicket) throw;
+  }
+  if (target.temporary && outcome.stored) outcome.uid = target.address;
 }
 
 }  // namespace
@@ -117,7 +117,7 @@ PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& tar
   ProgressLine line(width == 0 ? nullptr : &std::cerr, request.content.path, width);
   CopyCheck check(request);
   report.Tell("nothing was stored");
-  ForgetTracedErrors(target.miss);
+  ForgetTracedErrors();
   Send(request, target, links, ProgressOf(request, target, report, check, line, outcome), outcome);
   if (!outcome.stored) check.LookAtFailure(outcome);
   line.Clear();

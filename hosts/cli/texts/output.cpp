@@ -5,6 +5,7 @@
 
 #include <ostream>
 
+#include "hosts/cli/interruption.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
@@ -61,6 +62,16 @@ std::string JsonLine(const std::string& command, const Record& record) {
   return {buffer.GetString(), buffer.GetSize()};
 }
 
+std::string FailureLine(const std::string& command, bool json, const Failure& failure) {
+  if (!json) return "vtdirect: " + Printable(failure.message) + "\n";
+  const bool timedOut = failure.code == ExitCode::Interrupted && TimeIsOver();
+  const ExitCode code = timedOut ? ExitCode::TimedOut : failure.code;
+  return JsonLine(command, {{"error", std::string(NameOf(code))},
+                            {"exit", static_cast<std::uint64_t>(code)},
+                            {"message", failure.message}}) +
+         "\n";
+}
+
 std::string TextOf(const Value& value) {
   return std::visit(ValueText{}, value);
 }
@@ -103,14 +114,8 @@ void Output::Warning(const std::string& text) {
 }
 
 ExitCode Output::Fail(const Failure& failure) {
-  if (json_) {
-    err_ << JsonLine(command_, {{"error", std::string(NameOf(failure.code))},
-                                {"exit", static_cast<std::uint64_t>(failure.code)},
-                                {"message", failure.message}})
-         << std::endl;
-  } else {
-    err_ << "vtdirect: " << Printable(failure.message) << std::endl;
-  }
+  err_ << FailureLine(command_, json_, failure) << std::flush;
+  TellNothingOfTheLimit();
   return failure.code;
 }
 

@@ -20,6 +20,9 @@ using Record = std::vector<std::pair<std::string, Value>>;
 /// character is escaped, so no terminal is harmed.
 [[nodiscard]] std::string JsonLine(const std::string& command, const Record& record);
 
+/// One line, with its line feed, that tells of a failure on standard error: words for a reader, or JSON.
+[[nodiscard]] std::string FailureLine(const std::string& command, bool json, const Failure& failure);
+
 /// The text of a value: a text as it can be shown on a terminal, "yes" or "no", a decimal number, texts
 /// parted by blanks.
 [[nodiscard]] std::string TextOf(const Value& value);

@@ -1,5 +1,6 @@
 #include "hosts/cli/translation/xliff_put_failure.h"
 
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -7,20 +8,19 @@ namespace {
 
 // A server may have done what it was asked when its answer doesn't come, and what it was not asked any more
 // is the link.
-// @param traced  what the message shows of the exchange that failed
-[[nodiscard]] std::string UnlinkedOf(const XliffPut& put, const std::string& traced) {
-  if (traced.find("with error -1 ") == std::string::npos) return {};
+// @param lost  whether a request may have been carried out although it failed
+[[nodiscard]] std::string UnlinkedOf(const XliffPut& put, bool lost) {
+  if (!lost) return {};
   return "; if only the answer was lost, " + put.file.path + " is on the server without a link";
 }
 
-[[nodiscard]] std::string StandingOf(const XliffPut& put, const SourceXliff& after,
-                                     const std::string& traced) {
+[[nodiscard]] std::string StandingOf(const XliffPut& put, const SourceXliff& after, bool lost) {
   if (!after.linked && !put.before.linked) {
-    return "no source XLIFF is linked to the document" + UnlinkedOf(put, traced);
+    return "no source XLIFF is linked to the document" + UnlinkedOf(put, lost);
   }
   if (after.uid.empty()) return "what stands now could not be found out";
   if (after.uid == put.before.uid) {
-    return "its source XLIFF is " + after.uid + " as before" + UnlinkedOf(put, traced);
+    return "its source XLIFF is " + after.uid + " as before" + UnlinkedOf(put, lost);
   }
   return "its source XLIFF is " + after.uid +
          " now: only the answer may have been lost, or somebody else has sent one";
@@ -38,14 +38,14 @@ namespace {
 
 Failure SendingFailure(Host& host, const XliffPut& put) {
   const std::string traced = FirstTracedError();
+  const bool lost = ChangeMayHaveHappened();
   Failure failure =
       DiagnoseXliff(host, put.subject,
                     {ExitCode::Failure, "sending " + put.file.path + " as the source XLIFF of " +
                                             put.subject.address + " failed"});
   // Of a server that can't be used and a document that isn't there, nothing more can be said.
   if (failure.code != ExitCode::Failure) return failure;
-  failure.message +=
-      "; " + StandingOf(put, FindSourceXliff(put.subject), traced) + "; " + NextOf(put, traced);
+  failure.message += "; " + StandingOf(put, FindSourceXliff(put.subject), lost) + "; " + NextOf(put, traced);
   return failure;
 }
 

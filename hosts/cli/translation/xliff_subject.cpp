@@ -8,6 +8,7 @@
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -35,7 +36,7 @@ namespace {
 std::optional<Failure> SettleSubject(Host& host, const Arguments& arguments, XliffSubject& subject) {
   subject.address = arguments.Text("ADDRESS");
   AddressKind kind{};
-  if (auto failure = RequireAddress(subject.address, kind)) return failure;
+  if (auto failure = RequirePlacedAddress(arguments, subject.address, kind)) return failure;
   ForgetTracedErrors();
   subject.uid = VtDirectManager::GetUID(subject.address.c_str());
   if (!IsThere(subject, kind)) return Diagnose(host, subject.address, true);

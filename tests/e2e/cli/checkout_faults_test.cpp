@@ -76,7 +76,11 @@ class CheckoutFaults : public CheckoutTest, public testing::WithParamInterface<s
     }
   }
 
-  ProcessResult RunFlow() { return Run({flow_.command, Address()}); }
+  // A verification is free to renew, and must not while the working copy is there.
+  ProcessResult RunFlow() {
+    if (std::string(flow_.command) == "verify") return Run({"verify", "--renew", Address()});
+    return Run({flow_.command, Address()});
+  }
 
   [[nodiscard]] std::string Address() const {
     return flow_.checkedOutFrom == nullptr ? kForkPath : flow_.checkedOutFrom;
@@ -149,12 +153,20 @@ class CheckoutFaults : public CheckoutTest, public testing::WithParamInterface<s
     EXPECT_EQ(result.status, undoneInTemporary ? 0 : 1) << result.err;
     EXPECT_EQ(HolderOf("D1001"), "");
     EXPECT_EQ(Book(), kBookHead);
+    if (!undoneInTemporary && flow_.checkedOutFrom == kForkPath) {
+      EXPECT_THAT(result.err, HasSubstr("\"vtdirect undo '" + uid_ + "'\" clears away"));
+      EXPECT_EQ(Run({"undo", uid_}).status, 0);
+    }
     EXPECT_EQ(TemporaryWorkspaces(), 0U);
     EXPECT_EQ(Run({"checkout", FirstLine(result.out)}).status, 0) << "the UID is one to go on with";
   }
 
   void ExpectTruthOfVerify(const ProcessResult& result) {
     const bool held = !HolderOf("D1001").empty();
+    if (!flow_.isGone) {
+      EXPECT_EQ(Run({"verify", kForkPath}).out, uid_ + "\n") << "the very working copy";
+      EXPECT_EQ(TemporaryWorkspaces(), flow_.checkedOutFrom == kForkPath ? 1U : 0U);
+    }
     if (result.status != 0) {
       EXPECT_TRUE(!held || Book().find("\t" + uid_ + "\t") != std::string::npos) << "nothing is forgotten";
       return;
@@ -232,6 +244,7 @@ TEST_F(CheckoutFailure, OfACheckoutSaysThatNothingWasChanged) {
     EXPECT_EQ(HolderOf("D1001"), "");
     EXPECT_EQ(TemporaryWorkspaces(), 0U);
     EXPECT_EQ(Book(), "");
+    EXPECT_EQ(Run({"recover"}).status, 0);
   }
 }
 
@@ -253,6 +266,7 @@ TEST_F(CheckoutFailure, OfACheckInOrAnUndoSaysThatTheWorkingCopyStays) {
     const std::string err = Fail({fault}, {"checkin", path_});
     EXPECT_THAT(err, testing::StartsWith("vtdirect: the check-in of " + path_ + " failed ("));
     EXPECT_THAT(err, testing::EndsWith(stays));
+    EXPECT_EQ(Run({"recover"}).status, 0);
   }
   const std::string err = Fail({"POST *undocheckout=500", "POST *delete=500"}, {"undo", path_});
   EXPECT_THAT(err, testing::StartsWith("vtdirect: the undo of " + path_ + " failed ("));
@@ -273,6 +287,9 @@ TEST_F(CheckoutFailure, OfACheckInWhoseAnswerIsLostSaysThatItMayHaveBeenDone) {
     EXPECT_THAT(Book(), HasSubstr("\t" + uid + "\t"));
     EXPECT_EQ(Run({"verify", uid}).out, Run({"uid", address}).out);
     EXPECT_EQ(Book(), kBookHead);
+    if (address == kForkPath) {
+      EXPECT_EQ(Run({"undo", uid}).status, 0);
+    }
     EXPECT_EQ(TemporaryWorkspaces(), 0U);
   }
 }
@@ -332,11 +349,13 @@ TEST_F(CheckoutInterrupted, TellsHowToFindOutWhatStands) {
   EXPECT_EQ(InterruptAt("POST *checkout", {"checkout", path}),
             "vtdirect: interrupted; whether " + path + " is checked out is not known; \"vtdirect status '" +
                 path + "'\" tells\n");
+  EXPECT_EQ(Run({"recover"}).status, 0);
   EXPECT_EQ(Book(), "");
   const std::string uid = CheckOut(path);
   EXPECT_EQ(InterruptAt("POST *checkin", {"checkin", path}),
             "vtdirect: interrupted; whether the checkout of " + path +
                 " has ended is not known; \"vtdirect verify '" + uid + "'\" tells what stands\n");
+  EXPECT_EQ(Run({"recover"}).status, 0);
   EXPECT_EQ(InterruptAt("POST *undocheckout", {"undo", path}),
             "vtdirect: interrupted; whether the checkout of " + path +
                 " has ended is not known; the same command can be given again\n");

@@ -177,7 +177,7 @@ TEST_F(Checkouts, OnAFullDiskStayAsTheyWere) {
   fileSizeLimit_ = lines.size() - 1000;
   ExpectUnkept("cannot write " + BookPath() + ": File too large");
   EXPECT_EQ(Book(), kBookHead + lines);
-  EXPECT_EQ(NamesBesideTheBook(), "checkouts checkouts.lock ");
+  EXPECT_EQ(NamesBesideTheBook(), "checkouts checkouts.lock journal journal.lock ");
 }
 
 TEST_F(Checkouts, ThatCannotBeReadAreNotReplaced) {
@@ -192,7 +192,7 @@ TEST_F(Checkouts, LeaveNothingBesideTheirFile) {
   Serve();
   CheckOut(kForkPath);
   ASSERT_EQ(Run({"undo", kForkPath}).status, 0);
-  EXPECT_EQ(NamesBesideTheBook(), "checkouts checkouts.lock ");
+  EXPECT_EQ(NamesBesideTheBook(), "checkouts checkouts.lock journal journal.lock ");
   EXPECT_THAT(HereNames(), IsEmpty());
 }
 

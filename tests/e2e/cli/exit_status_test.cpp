@@ -108,7 +108,7 @@ TEST_F(VtDirect, Gives8WhenTheDiskTakesNoMore) {
   Serve();
   WriteFile(Here("copy"), "old");
   fileSizeLimit_ = 100'000;
-  const ProcessResult result = Run({"get", server().Uid("D1009"), "-o", "copy"});
+  const ProcessResult result = Run({"get", "--force", server().Uid("D1009"), "-o", "copy"});
   EXPECT_EQ(result.status, 8);
   EXPECT_THAT(result.err, HasSubstr("File too large"));
   EXPECT_EQ(ReadFile(Here("copy")), "old");

@@ -104,7 +104,7 @@ TEST_F(VtDirect, ReplacesWhatWasThereWhenTheDownloadIsComplete) {
   Serve();
   WriteFile(Here("copy"), "old");
   ASSERT_EQ(symlink("copy", Here("link").c_str()), 0);
-  EXPECT_EQ(Run({"get", server().Uid("D1001"), "-o", "link"}).status, 0);
+  EXPECT_EQ(Run({"get", "--force", server().Uid("D1001"), "-o", "link"}).status, 0);
   EXPECT_THAT(ReadFile(Here("copy")), StartsWith(kForkHead));
   EXPECT_THAT(HereNames(), ElementsAre("copy", "link"));
 }
@@ -122,7 +122,8 @@ class BrokenDownload : public VtDirect, public testing::WithParamInterface<const
 TEST_P(BrokenDownload, LeavesWhatWasThereAndNothingElse) {
   Serve({"--fault", GetParam()});
   WriteFile(Here("copy"), "old");
-  const ProcessResult result = Run({"--stall-timeout", "1", "get", server().Uid("D1001"), "-o", "copy"});
+  const ProcessResult result =
+      Run({"--stall-timeout", "1", "get", "-f", server().Uid("D1001"), "-o", "copy"});
   EXPECT_EQ(result.status, 7);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(ReadFile(Here("copy")), "old");

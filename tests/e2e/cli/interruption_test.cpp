@@ -35,7 +35,7 @@ class StalledServer : public VtDirect {
 TEST_F(StalledServer, EndsWith130OnSigintInTheMiddleOfAContentAndLeavesNothing) {
   Serve({"--fault", "GET *streams*=stall:2000"});
   WriteFile(Here("copy"), "old");
-  const auto process = StartAndStall({"get", server().Uid("D1001"), "-o", "copy"}, ".vtdirect-");
+  const auto process = StartAndStall({"get", "--force", server().Uid("D1001"), "-o", "copy"}, ".vtdirect-");
   process->Signal(SIGINT);
   EXPECT_EQ(process->Wait().status, 130);
   EXPECT_EQ(ReadFile(Here("copy")), "old");

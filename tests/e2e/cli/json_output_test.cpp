@@ -143,6 +143,12 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"verify", server().Uid("D1002")});
   Check({"verify", server().Uid("D1015")}, 1);
   Check({"checkouts"});
+  // As a run leaves it that was killed before the answer.
+  WriteHome(".local/state/vtdirect/journal",
+            "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t//sim/?id=D1002\t" +
+                server().Uid("D1002") + "\t\t\n",
+            0600);
+  Check({"recover"});
   Check({"undo", server().Uid("D1002")});
   Check({"checkout", server().Uid("D1002")});
   Check({"checkin", server().Uid("D1002")});

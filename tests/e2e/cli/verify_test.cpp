@@ -56,10 +56,46 @@ TEST_F(Verify, CannotGoOnWithTheDocumentAloneThatWasCheckedOutByOtherMeans) {
   EXPECT_EQ(HolderOf("D1016"), "anna");
 }
 
-TEST_F(Verify, ChecksOutAnewWhenTheTemporaryWorkspaceIsGone) {
+TEST_F(Verify, KeepsWhatWasStoredWhicheverQuestionFails) {
+  WriteFile(Here("fork.lxz"), "an hour's work");
+  const std::string uid = CheckOut(path_);
+  ASSERT_EQ(Run({"put", "fork.lxz", path_}).status, 0);
+  for (const char* fault :
+       {"GET *documents/search*=503*1", "GET *documents/search*=stall*1", "GET *workspaces/W*/documents=500",
+        "GET *workspaces/W*/documents=404", "GET *dkm/workspaces?*=drop", "GET *dkm/documents/D*=503*1",
+        "GET *dkm/documents/D*=404*1", "GET *dkm/documents/D*=cut:10*1", "GET *=404"}) {
+    for (const char* renew : {"--renew", "--quiet"}) {
+      Restart({"--fault", fault});
+      const ProcessResult result = Run({"--stall-timeout", "1", "verify", renew, path_});
+      EXPECT_TRUE(result.status != 0 || result.out == uid + "\n") << fault << ": " << result.out;
+      Restart({});
+      EXPECT_EQ(Run({"verify", path_}).out, uid + "\n") << fault;
+      EXPECT_EQ(TemporaryWorkspaces(), 1U) << fault;
+    }
+  }
+  const std::string newest = Run({"checkin", path_}).out;
+  EXPECT_EQ(Run({"get", newest.substr(0, newest.find('\n')), "-o", "-"}).out, "an hour's work");
+}
+
+TEST_F(Verify, TellsThatATemporaryCopyIsGoneAndChangesNothing) {
   const std::string old = CheckOut(path_);
   ASSERT_EQ(RunElsewhere({"undo", old}).status, 0);
+  const std::string before = Book();
   const ProcessResult result = Run({"verify", path_});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  EXPECT_EQ(result.err, "vtdirect: " + path_ + " is not checked out; the working copy " + old +
+                            " is gone, with all that was not checked in; \"vtdirect verify --renew '" +
+                            path_ + "'\" checks the document out anew\n");
+  EXPECT_EQ(HolderOf("D1001"), "");
+  EXPECT_EQ(TemporaryWorkspaces(), 0U);
+  EXPECT_EQ(Book(), before) << "so that it can still be renewed";
+}
+
+TEST_F(Verify, ChecksOutAnewWhenTheTemporaryWorkspaceIsGoneAndThatIsWanted) {
+  const std::string old = CheckOut(path_);
+  ASSERT_EQ(RunElsewhere({"undo", old}).status, 0);
+  const ProcessResult result = Run({"verify", "--renew", path_});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.out, MatchesRegex(TemporaryUid("D1001", "fork.lxz") + "\n"));
   EXPECT_NE(result.out, old + "\n");
@@ -85,7 +121,8 @@ TEST_F(Verify, DropsACheckoutThatWasCheckedInByOtherMeans) {
   EXPECT_EQ(result.out, checkin.out) << "the newest iteration is what to go on with";
   EXPECT_EQ(result.err, "vtdirect: " + server().Uid("D1001") +
                             " is not checked out, and has a newer iteration; the checkout that was kept does "
-                            "not stand any more, and is dropped\n");
+                            "not stand any more, and is dropped; \"vtdirect undo '" +
+                            uid + "'\" clears away what may be left of its temporary workspace\n");
   EXPECT_EQ(Book(), kBookHead);
   EXPECT_EQ(TemporaryWorkspaces(), 0U);
 }

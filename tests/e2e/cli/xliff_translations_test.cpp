@@ -111,7 +111,7 @@ TEST_F(XliffTest, NamesTheLanguagesThatThereAre) {
 TEST_F(XliffTest, LeavesWhatStoodThereWhenADownloadBreaksOff) {
   Serve({"--fault", "GET *content/streams/10300*=cut:20"});
   WriteFile(Here("copy"), "before");
-  EXPECT_EQ(Run({"xliff", "get", kManual, "-l", "de", "-o", "copy"}).status, 7);
+  EXPECT_EQ(Run({"xliff", "get", "-f", kManual, "-l", "de", "-o", "copy"}).status, 7);
   EXPECT_EQ(ReadFile(Here("copy")), "before");
   EXPECT_THAT(HereNames(), ElementsAre("chain.xlf", "copy"));
 }

@@ -30,6 +30,18 @@ class AuthenticatorTest : public testing::Test {
       return ReadNetrc(text);
     };
   }
+  void Helper(const HelperAnswer& answer) {
+    sources_.helper.get = [this, answer](const Origin& origin, const std::string& user) {
+      asked_.push_back("helper " + TextOf(origin) + " " + user);
+      return answer;
+    };
+    sources_.helper.store = [this](const Origin& origin, const PasswordCredentials& accepted) {
+      told_.push_back("store " + TextOf(origin) + " " + accepted.user + ":" + accepted.password);
+    };
+    sources_.helper.erase = [this](const Origin& origin, const PasswordCredentials& refused) {
+      told_.push_back("erase " + TextOf(origin) + " " + refused.user + ":" + refused.password);
+    };
+  }
   void Prompt(const std::string& password) {
     sources_.prompt = [this, password](const std::string& origin, const std::string& user) {
       asked_.push_back(origin + " " + user);
@@ -40,6 +52,7 @@ class AuthenticatorTest : public testing::Test {
   CredentialSources sources_;
   std::vector<std::string> set_;
   std::vector<std::string> asked_;
+  std::vector<std::string> told_;  // to the helper
   int netrcReads_ = 0;
 };
 
@@ -131,6 +144,58 @@ TEST_F(AuthenticatorTest, KeepsServersApart) {
   EXPECT_TRUE(authenticator.Answer("https://a.example/"));
   EXPECT_FALSE(authenticator.Answer("https://a.example/"));
   EXPECT_TRUE(authenticator.Answer("https://b.example/"));
+}
+
+TEST_F(AuthenticatorTest, AsksTheHelperAfterTheEnvironmentAndBeforeTheNetrcFile) {
+  sources_.user = "joe";
+  sources_.password = "e";
+  Helper({PasswordCredentials{"joe", "h"}, false});
+  Netrc("machine plm.example login joe password n");
+  Authenticator authenticator = Make();
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(authenticator.Answer(kServer)) << i;
+  const std::string at = kServer;
+  EXPECT_THAT(set_, ElementsAre(at + " joe:e", at + " joe:h", at + " joe:n"));
+  EXPECT_THAT(asked_, ElementsAre("helper https://plm.example joe"));
+  EXPECT_THAT(told_, ElementsAre("erase https://plm.example joe:h"));
+}
+
+TEST_F(AuthenticatorTest, TellsTheHelperWhatWasTaken) {
+  Helper({PasswordCredentials{"joe", "h"}, false});
+  Authenticator authenticator = Make();
+  EXPECT_TRUE(authenticator.Answer(kServer));
+  EXPECT_THAT(told_, IsEmpty());
+  authenticator.TellAccepted();
+  authenticator.TellAccepted();
+  EXPECT_THAT(told_, ElementsAre("store https://plm.example joe:h"));
+}
+
+TEST_F(AuthenticatorTest, TellsTheHelperWhatWasTypedWhenItWasTaken) {
+  Helper({});
+  Prompt("p");
+  Authenticator authenticator = Make();
+  EXPECT_TRUE(authenticator.Answer(kServer));
+  EXPECT_TRUE(authenticator.Answer(kServer));
+  EXPECT_THAT(told_, IsEmpty()) << "what the helper never gave is not taken from it";
+  authenticator.TellAccepted();
+  EXPECT_THAT(told_, ElementsAre("store https://plm.example typed:p"));
+}
+
+TEST_F(AuthenticatorTest, AsksNobodyElseWhenTheHelperSaysToQuit) {
+  Helper({std::nullopt, true});
+  Netrc("machine plm.example login joe password n");
+  Prompt("p");
+  Authenticator authenticator = Make();
+  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_THAT(set_, IsEmpty());
+  EXPECT_EQ(netrcReads_, 0);
+  EXPECT_TRUE(authenticator.refused());
+}
+
+TEST_F(AuthenticatorTest, NeverAsksTheHelperForAServerThatTheUserHasNotNamed) {
+  Helper({PasswordCredentials{"joe", "h"}, false});
+  Authenticator authenticator = Make();
+  EXPECT_FALSE(authenticator.Answer("https://evil.example/"));
+  EXPECT_THAT(asked_, IsEmpty());
 }
 
 }  // namespace vtdirect_cli

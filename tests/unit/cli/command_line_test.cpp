@@ -64,7 +64,8 @@ TEST(CommandLine, TakesAnOperandSeveralTimes) {
 
 TEST(CommandLine, ShowsHowOftenAnOperandIsGiven) {
   EXPECT_THAT(Parse({"ls", "--help"}).text, StartsWith("Usage: vtdirect [options] ls [options] [PATH]\n"));
-  EXPECT_THAT(Parse({"status", "--help"}).text, StartsWith("Usage: vtdirect [options] status ADDRESS...\n"));
+  EXPECT_THAT(Parse({"status", "--help"}).text,
+              StartsWith("Usage: vtdirect [options] status [options] ADDRESS...\n"));
 }
 
 TEST(CommandLine, RefusesWhatTheTableDoesNotHold) {
@@ -112,7 +113,7 @@ TEST(CommandLine, ShowsTheHelpTextOfAGroup) {
   EXPECT_THAT(Parse({"xliff", "--help"}).text, StartsWith("Usage: vtdirect [options] xliff COMMAND"));
   EXPECT_THAT(Parse({"xliff", "--help"}).text, HasSubstr("\n  xliff put "));
   EXPECT_THAT(Parse({"xliff", "list", "--help"}).text,
-              StartsWith("Usage: vtdirect [options] xliff list ADDRESS\n"));
+              StartsWith("Usage: vtdirect [options] xliff list [options] ADDRESS\n"));
 }
 
 TEST(CommandLine, ShowsTheVersion) {

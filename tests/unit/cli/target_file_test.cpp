@@ -20,6 +20,9 @@ using vtdirect_test::WriteFile;
 namespace vtdirect_cli {
 namespace {
 
+// No file is expected to be there.
+const std::optional<struct stat> kNothing;
+
 class TargetFile : public testing::Test {
  protected:
   [[nodiscard]] std::string File(const std::string& name) const { return directory_.File(name); }
@@ -117,7 +120,7 @@ TEST_F(TargetFile, StaysAsItWasUntilTheCommit) {
   WriteFile(File("f"), "old");
   auto pending = Pending("f", "new");
   EXPECT_EQ(ReadFile(File("f")), "old");
-  EXPECT_EQ(pending->Commit(false), 0);
+  EXPECT_EQ(pending->Commit(nullptr), 0);
   pending.reset();
   EXPECT_EQ(ReadFile(File("f")), "new");
   EXPECT_THAT(directory_.Entries(), ElementsAre("f"));
@@ -137,7 +140,7 @@ TEST_F(TargetFile, IsReadableByItsOwnerAloneWhilePending) {
 
 TEST_F(TargetFile, GetsThePermissionsThatTheUmaskLeaves) {
   const mode_t before = umask(027);
-  EXPECT_EQ(Pending("f", "x")->Commit(false), 0);
+  EXPECT_EQ(Pending("f", "x")->Commit(nullptr), 0);
   EXPECT_EQ(umask(before), 027U);
   EXPECT_EQ(ModeOf(File("f")), 0640U);
 }
@@ -145,18 +148,18 @@ TEST_F(TargetFile, GetsThePermissionsThatTheUmaskLeaves) {
 TEST_F(TargetFile, KeepsThePermissionsThatItHad) {
   WriteFile(File("f"), "old");
   ASSERT_EQ(chmod(File("f").c_str(), 0604), 0);
-  EXPECT_EQ(Pending("f", "new")->Commit(false), 0);
+  EXPECT_EQ(Pending("f", "new")->Commit(nullptr), 0);
   EXPECT_EQ(ModeOf(File("f")), 0604U);
 }
 
 TEST_F(TargetFile, ThatHasComeToBeIsNotReplacedWhenAskedNotTo) {
   auto pending = Pending("f", "new");
   WriteFile(File("f"), "other");
-  EXPECT_EQ(pending->Commit(true), EEXIST);
+  EXPECT_EQ(pending->Commit(&kNothing), EEXIST);
   pending.reset();
   EXPECT_EQ(ReadFile(File("f")), "other");
   EXPECT_THAT(directory_.Entries(), ElementsAre("f"));
-  EXPECT_EQ(Pending("g", "new")->Commit(true), 0);
+  EXPECT_EQ(Pending("g", "new")->Commit(&kNothing), 0);
   EXPECT_EQ(ReadFile(File("g")), "new");
 }
 

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vtdirect_cli {
+
+/// A change on a server that was begun, and of which it is not known here how it ended.
+struct JournalEntry {
+  std::string
+      writer;         ///< the process that wrote it, so that one under way can be told from one that was lost
+  std::string since;  ///< UTC, as 2026-01-31T09:00:00Z
+  std::string step;   ///< checkout, checkin, undo, create, iterate or store
+  std::string address;  ///< as it was given
+  std::string uid;      ///< the document's or the working copy's; for create the path
+  std::string file;     ///< the local file that is stored; empty without one
+  std::string sha256;   ///< of its bytes
+};
+
+/// The file beside the list of checkouts that holds each change from before it is sent until its answer is
+/// in. Killed at whatever moment, the program leaves an entry of what it was about. None of the functions
+/// makes a request.
+class Journal {
+ public:
+  explicit Journal(std::string path = Location()) : path_(std::move(path)) {}
+
+  [[nodiscard]] static std::string Location();
+
+  /// Writes an entry of this process. @return why it could not be written, or an empty text
+  [[nodiscard]] std::string Write(JournalEntry& entry) const;
+
+  /// Strikes an entry out. @return why that was not possible, or an empty text
+  [[nodiscard]] std::string StrikeOut(const JournalEntry& entry) const;
+
+  /// The entries whose process has gone, oldest first.
+  /// @param fault  receives why the file can't be read; empty when it can, or isn't there
+  [[nodiscard]] std::vector<JournalEntry> Open(std::string& fault) const;
+
+ private:
+  std::string path_;
+};
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,187 @@
+#include "hosts/cli/checkouts/recovery.h"
+
+#include <unistd.h>
+#include <vtdirect/vt_direct_manager.h>
+
+#include <algorithm>
+
+#include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/files/sha256.h"
+#include "hosts/cli/interruption.h"
+#include "hosts/cli/reasons.h"
+#include "hosts/cli/storing/document_place.h"
+#include "hosts/cli/trace_log.h"
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr std::size_t kMostWarnings = 3;
+
+[[nodiscard]] Finding NotKnown(const std::string& address) {
+  return {false,
+          false,
+          {},
+          "where " + address + " stands could not be found out; \"vtdirect recover\" asks again"};
+}
+
+// The id of the document that a UID of any form was taken from.
+[[nodiscard]] std::string DocumentOf(const std::string& uid) {
+  const auto parsed = VtDirectManager::ParseUID(uid.c_str());
+  return parsed ? parsed->document : std::string();
+}
+
+[[nodiscard]] Finding FindCheckout(const JournalEntry& entry) {
+  const auto copies = VtDirectManager::FindTemporaryCheckouts(entry.uid.c_str());
+  const CheckoutState state = ReadCheckoutState(entry.uid);
+  if (!copies || state.status == VtDirectManager::CheckoutStatusFailed) return NotKnown(entry.address);
+  for (const auto& copy : *copies) {
+    if (copy.uid.empty() || DocumentOf(copy.uid) != DocumentOf(entry.uid)) continue;
+    return {true, false, copy.uid, entry.address + " was checked out; its working copy is " + copy.uid};
+  }
+  if (state.status == VtDirectManager::CheckoutByUserUnrecorded) {
+    return {false,
+            false,
+            {},
+            "you have " + entry.address + " checked out, and the server does not tell the working copy; " +
+                CommandToType("browse-url", entry.uid) + " tells where its page is"};
+  }
+  return {true, false, {}, entry.address + " was not checked out; nothing was changed"};
+}
+
+[[nodiscard]] Presence PresenceOfCheckout(const std::string& uid) {
+  if (!IsTemporaryCopy(uid)) return PresenceOf(uid);
+  switch (StandingOfTemporaryCopy(uid).status) {
+    case VtDirectManager::CheckoutInTempWorkspace:
+      return Presence::There;
+    case VtDirectManager::CheckoutStatusFailed:
+    case VtDirectManager::CheckoutUnsupported:
+      return Presence::NotKnown;
+    default:
+      return Presence::Gone;
+  }
+}
+
+[[nodiscard]] Finding FindEnd(const JournalEntry& entry) {
+  switch (PresenceOfCheckout(entry.uid)) {
+    case Presence::There:
+      return {true,
+              false,
+              {},
+              "you still have " + entry.address + " checked out, and its working copy is " + entry.uid +
+                  "; " + CommandToType(entry.step, entry.address) + " can be given again"};
+    case Presence::Gone:
+      return {true, true, {}, "the checkout of " + entry.address + " has ended"};
+    default:
+      return NotKnown(entry.address);
+  }
+}
+
+// The bytes that the server has, as a sum; empty when they could not be fetched.
+[[nodiscard]] std::string SumOnServer(Host& host, const std::string& uid) {
+  const std::string path = host.workDirectory() + "/recovered";
+  std::string ignored;
+  VtDirectManager::DownloadOptions options;
+  options.compareSize = true;
+  const bool fetched = VtDirectManager::GetFile(uid.c_str(), path.c_str(), ignored, options);
+  const std::string sum = fetched ? Sha256OfFile(path) : "";
+  unlink(path.c_str());
+  return sum;
+}
+
+[[nodiscard]] Finding CompareContent(Host& host, const JournalEntry& entry, const std::string& uid) {
+  const std::string sum = SumOnServer(host, uid);
+  if (sum.empty()) return NotKnown(entry.address);
+  if (sum == entry.sha256) return {true, false, {}, entry.file + " is stored in " + uid};
+  return {true,
+          false,
+          {},
+          uid + " has another content than " + entry.file +
+              " had, so that was not stored, or somebody has stored "
+              "another since; it can be put again"};
+}
+
+[[nodiscard]] Finding FindStore(Host& host, const JournalEntry& entry) {
+  switch (PresenceOfCheckout(entry.uid)) {
+    case Presence::There:
+      return CompareContent(host, entry, ByOwnId(entry.uid));
+    case Presence::Gone:
+      return {true,
+              false,
+              {},
+              "the working copy " + entry.uid + ", into which " + entry.file +
+                  " was stored, is not there any more; " + CommandToType("verify", entry.address) +
+                  " tells what is"};
+    default:
+      return NotKnown(entry.address);
+  }
+}
+
+[[nodiscard]] Finding FindIteration(Host& host, const JournalEntry& entry) {
+  const std::string newest = VtDirectManager::GetLatestUPath(entry.uid.c_str());
+  if (!HasObjectId(newest)) return NotKnown(entry.address);
+  if (!AreSameUid(newest, entry.uid)) return CompareContent(host, entry, newest);
+  return {true,
+          false,
+          {},
+          entry.file + " was not stored: " + entry.address + " has no newer iteration; it can be put again"};
+}
+
+[[nodiscard]] Finding FindCreation(Host& host, const JournalEntry& entry) {
+  ForgetTracedErrors();
+  const std::string uid = UidAtPlace(entry.uid);
+  if (!uid.empty()) return CompareContent(host, entry, uid);
+  const auto reason = LastReason();
+  if (reason && reason->kind != VtDirectManager::FailureKind::NotFound) return NotKnown(entry.address);
+  return {true,
+          false,
+          {},
+          entry.file + " was not stored: there is no document " + entry.uid + "; it can be put again"};
+}
+
+}  // namespace
+
+Finding FindOutWhatStands(Host& host, const JournalEntry& entry) {
+  if (entry.step == "checkout") return FindCheckout(entry);
+  if (entry.step == "checkin" || entry.step == "undo") return FindEnd(entry);
+  if (entry.step == "store") return FindStore(host, entry);
+  if (entry.step == "iterate") return FindIteration(host, entry);
+  if (entry.step == "create") return FindCreation(host, entry);
+  return NotKnown(entry.address);
+}
+
+void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding) {
+  if (!finding.isKnown) return;
+  // A checkout that can't be kept stays in the journal, which is then the one place that knows of it.
+  if (!finding.workingCopy.empty() && !KeepCheckout(host, entry.uid, finding.workingCopy)) return;
+  if (finding.hasEnded) {
+    // The library deletes the workspace and has nothing else left to undo. It may be gone already.
+    if (IsTemporaryCopy(entry.uid)) static_cast<void>(VtDirectManager::UndoCheckout(entry.uid.c_str()));
+    ForgetCheckout(host, entry.uid);
+  }
+  const std::string fault = Journal().StrikeOut(entry);
+  if (!fault.empty()) host.output().Warning("the entry is still in the journal: " + fault);
+}
+
+void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls) {
+  std::string fault;
+  std::size_t warned = 0;
+  for (const JournalEntry& entry : Journal().Open(fault)) {
+    const std::string url = VtDirectManager::GetServerURL(entry.uid.c_str());
+    const bool isUsed = !url.empty() && std::find(urls.begin(), urls.end(), url) != urls.end();
+    if (!isUsed || Interrupted()) continue;
+    if (++warned > kMostWarnings) {
+      host.output().Warning(
+          "there are more changes that were not confirmed; \"vtdirect recover\" settles them");
+      break;
+    }
+    host.output().Warning("a " + entry.step + " of " + entry.address + " was begun " + entry.since +
+                          " and not confirmed: " + FindOutWhatStands(host, entry).words +
+                          "; \"vtdirect recover\" settles it");
+  }
+  if (!fault.empty()) host.output().Warning(fault);
+  ForgetTracedErrors();
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "hosts/cli/checkouts/journal.h"
+#include "hosts/cli/host.h"
+
+namespace vtdirect_cli {
+
+/// What the server says of an entry of the journal.
+struct Finding {
+  bool isKnown = false;     ///< whether the change was done or not is certain now
+  bool hasEnded = false;    ///< the checkout of a check-in or an undo is over
+  std::string workingCopy;  ///< of a checkout that was done: its UID
+  std::string words;        ///< where things stand, and what to do next
+};
+
+/// Asks the server where things stand, by reads alone. What it doesn't say is not assumed. Makes requests; a
+/// store is compared with the bytes that the server has, which transfers them.
+[[nodiscard]] Finding FindOutWhatStands(Host& host, const JournalEntry& entry);
+
+/// Brings what is kept here up to date, clears away the temporary workspace of a checkout that is over, and
+/// strikes the entry out. Makes requests.
+void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding);
+
+/// Warns of the open entries on these servers, with what stands. Makes requests if there are any.
+/// @param urls  of the servers that a command works with
+void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls);
+
+}  // namespace vtdirect_cli

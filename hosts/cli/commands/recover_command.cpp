@@ -1,0 +1,64 @@
+#include "hosts/cli/checkouts/recovery.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/interruption.h"
+
+namespace vtdirect_cli {
+namespace {
+
+void Show(Host& host, const JournalEntry& entry, const Finding& finding) {
+  host.output().Row({{"since", entry.since},
+                     {"step", entry.step},
+                     {"address", entry.address},
+                     {"settled", finding.isKnown},
+                     {"found", finding.words}});
+  static_cast<void>(host.output().Flush());
+}
+
+ExitCode RunRecover(Host& host, const Arguments& /*arguments*/) {
+  std::string fault;
+  std::uint64_t open = 0;
+  for (const JournalEntry& entry : Journal().Open(fault)) {
+    const Finding finding = FindOutWhatStands(host, entry);
+    if (Interrupted()) return host.output().Fail(InterruptedFailure());
+    SettleEntry(host, entry, finding);
+    Show(host, entry, finding);
+    if (!finding.isKnown) ++open;
+  }
+  if (!fault.empty()) return host.output().Fail({ExitCode::LocalFile, fault});
+  if (open == 0) return ExitCode::Ok;
+  return host.output().Fail({ExitCode::Incomplete, std::to_string(open) +
+                                                       " changes could not be settled and stay in "
+                                                       "the journal"});
+}
+
+}  // namespace
+
+CommandRow RecoverCommand() {
+  return {
+      "recover",
+      "Settle changes that were not confirmed",
+      "Asks the servers about each change that was begun and whose answer never came: the program was "
+      "killed, "
+      "the connection broke, the time was over. Prints one line for each: since when, the step (checkout, "
+      "checkin, undo, create, iterate or store), the address, whether it is settled, and where things stand, "
+      "parted by tabs. Nothing is guessed: what a server doesn't answer stays open, and the exit status is "
+      "11.\n\n"
+      "A checkout that was done is kept (see checkouts), one that has ended is dropped and its temporary "
+      "workspace cleared away. A store is compared with the bytes that the server has. Nothing is stored, "
+      "checked in or thrown away.\n\n"
+      "The changes are in $XDG_STATE_HOME/vtdirect/journal, or ~/.local/state/vtdirect/journal, from before "
+      "they are sent until their answers are in. Every command on a server with such a change warns of it.",
+      {},
+      {},
+      true,
+      RunRecover,
+      {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
+       {"step", MemberType::Text, nullptr, "checkout, checkin, undo, create, iterate or store"},
+       {"address", MemberType::Text, nullptr, "the address as it was given"},
+       {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
+       {"found", MemberType::Text, nullptr, "where things stand, for a reader"}}};
+}
+
+}  // namespace vtdirect_cli

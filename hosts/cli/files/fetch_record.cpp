@@ -1,0 +1,85 @@
+#include "hosts/cli/files/fetch_record.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <filesystem>
+#include <vector>
+
+#include "hosts/cli/environment.h"
+#include "hosts/cli/files/durable_file.h"
+#include "hosts/cli/files/local_text_file.h"
+#include "hosts/cli/files/sha256.h"
+#include "hosts/cli/texts/tabbed_line.h"
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr std::string_view kFirstLine = "vtdirect-fetched 1\n";
+
+// One path for each file, whatever the current directory is.
+[[nodiscard]] std::string AbsolutePath(const std::string& path) {
+  std::error_code error;
+  const auto real = std::filesystem::weakly_canonical(path, error);
+  return error ? path : real.string();
+}
+
+[[nodiscard]] std::optional<FetchRecord> RecordOfText(std::string_view text) {
+  if (!text.starts_with(kFirstLine) || !text.ends_with('\n')) return std::nullopt;
+  text.remove_prefix(kFirstLine.size());
+  text.remove_suffix(1);
+  const auto fields = FieldsOfLine(text);
+  if (!fields || fields->size() != 6) return std::nullopt;
+  FetchRecord record{(*fields)[0], (*fields)[1], (*fields)[2], (*fields)[3], 0, (*fields)[5]};
+  const std::string& size = (*fields)[4];
+  const auto [end, error] = std::from_chars(size.data(), size.data() + size.size(), record.size);
+  if (error != std::errc() || end != size.data() + size.size() || record.sha256.empty()) return std::nullopt;
+  return record;
+}
+
+}  // namespace
+
+std::string FetchRecords::Location() {
+  const std::string directory = StateDirectory();
+  return directory.empty() ? "" : directory + "/fetched";
+}
+
+std::optional<FetchRecord> FetchRecords::Find(const std::string& path) const {
+  if (directory_.empty()) return std::nullopt;
+  const std::string file = AbsolutePath(path);
+  std::string text;
+  if (ReadLocalTextFile(directory_ + "/" + Sha256OfText(file), text) != 0) return std::nullopt;
+  auto record = RecordOfText(text);
+  if (record && record->file != file) return std::nullopt;
+  return record;
+}
+
+std::string FetchRecords::Keep(const std::string& path, FetchRecord record) const {
+  if (directory_.empty()) return "there is no home directory (HOME, XDG_STATE_HOME) to keep it in";
+  record.file = AbsolutePath(path);
+  int error = MakeDirectories(directory_);
+  if (error == 0) {
+    const std::string line = LineOfFields({record.file, record.address, record.uid, record.version,
+                                           std::to_string(record.size), record.sha256});
+    error =
+        ReplaceDurably(directory_ + "/" + Sha256OfText(record.file), std::string(kFirstLine) + line + "\n");
+  }
+  return error == 0 ? "" : "cannot write in " + directory_ + ": " + std::strerror(error);
+}
+
+bool Measure(const std::string& path, FetchRecord& record) {
+  struct stat facts = {};
+  if (stat(path.c_str(), &facts) != 0) return false;
+  record.size = static_cast<std::uint64_t>(facts.st_size);
+  record.sha256 = Sha256OfFile(path);
+  return !record.sha256.empty();
+}
+
+bool IsAsRecorded(const std::string& path, const FetchRecord& record) {
+  FetchRecord now;
+  return Measure(path, now) && now.size == record.size && now.sha256 == record.sha256;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,46 @@
+#include "hosts/cli/files/replacement.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "hosts/cli/files/fetch_record.h"
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr const char* kNext =
+    "; nothing was fetched; --force replaces it and loses what is in it, -o writes to another file";
+
+// The administrator may write everything, but that a file is protected says that nobody should.
+[[nodiscard]] bool IsWriteProtected(const Target& target) {
+  return (target.before->st_mode & 0222U) == 0 || access(target.path.c_str(), W_OK) != 0;
+}
+
+}  // namespace
+
+std::optional<Failure> RefusalOfReplacement(const Target& target, bool force) {
+  if (target.kind != Target::Kind::File || !target.before) return std::nullopt;
+  if (IsWriteProtected(target)) {
+    return Failure{ExitCode::LocalFile,
+                   target.path +
+                       " is write-protected, and is not replaced; nothing was fetched; allow writing "
+                       "to it (chmod u+w), or give another file with -o"};
+  }
+  if (force) return std::nullopt;
+  const auto record = FetchRecords().Find(target.path);
+  if (!record) {
+    return Failure{ExitCode::LocalFile,
+                   target.path +
+                       " is there and was not saved by vtdirect, so that its content may be nowhere "
+                       "else" +
+                       kNext};
+  }
+  if (IsAsRecorded(target.path, *record)) return std::nullopt;
+  const std::string version = record->version.empty() ? "" : " as version " + record->version;
+  return Failure{ExitCode::LocalFile, target.path + " was changed since vtdirect saved it" + version +
+                                          " of " + record->address + kNext};
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,76 @@
+#include "hosts/cli/reasons.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace vtdirect_cli {
+namespace {
+
+// The library collects on the stack of the thread, and so there is one.
+VtDirectManager::Outcome* theOutcome = nullptr;
+
+// So much of what a server says fits into a message.
+constexpr std::size_t kLongestServerText = 200;
+
+// Steps that bring bytes to the server or ask for a place for them. No document shows what they leave.
+constexpr std::string_view kStepsBeforeAChange[] = {"fetch the nonce", "ask for a place to upload to",
+                                                    "upload the contents",
+                                                    "register the application version"};
+
+[[nodiscard]] bool ComesBeforeAChange(const Reason& reason) {
+  return std::find(std::begin(kStepsBeforeAChange), std::end(kStepsBeforeAChange), reason.step) !=
+         std::end(kStepsBeforeAChange);
+}
+
+template <typename Condition>
+[[nodiscard]] bool AnyReason(Condition condition) {
+  const auto reasons = Reasons();
+  return std::any_of(reasons.begin(), reasons.end(), condition);
+}
+
+}  // namespace
+
+ReasonCollector::ReasonCollector() {
+  theOutcome = &outcome_;
+}
+
+ReasonCollector::~ReasonCollector() {
+  theOutcome = nullptr;
+}
+
+std::vector<Reason> Reasons() {
+  return theOutcome == nullptr ? std::vector<Reason>{} : theOutcome->Entries();
+}
+
+std::optional<Reason> LastReason() {
+  return theOutcome == nullptr ? std::nullopt : theOutcome->Cause();
+}
+
+std::string WordsOfLastReason() {
+  const auto reason = LastReason();
+  if (!reason) return {};
+  std::string words = reason->step + ": " + VtDirectManager::FailureKindText(reason->kind);
+  if (reason->httpStatus != 0) words += ", HTTP " + std::to_string(reason->httpStatus);
+  if (!reason->serverText.empty()) words += ": " + reason->serverText.substr(0, kLongestServerText);
+  return words;
+}
+
+void ForgetReasons() {
+  if (theOutcome != nullptr) theOutcome->Clear();
+}
+
+bool ChangeMayHaveHappened() {
+  return AnyReason(
+      [](const Reason& reason) { return reason.mayHaveHappened && !ComesBeforeAChange(reason); });
+}
+
+bool LocalFileFailed() {
+  return AnyReason(
+      [](const Reason& reason) { return reason.kind == VtDirectManager::FailureKind::LocalFile; });
+}
+
+bool WorkspaceStays() {
+  return AnyReason([](const Reason& reason) { return reason.step == "delete a workspace"; });
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,88 @@
+#include "hosts/cli/servers/server_access.h"
+
+#include <vtdirect/platform/http_credentials.h>
+#include <vtdirect/platform/http_settings.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "hosts/cli/files/local_text_file.h"
+
+namespace vtdirect_cli {
+namespace {
+
+// A file that is only too large for a text may hold certificates all the same.
+[[nodiscard]] std::optional<Failure> RequireReadable(const std::string& path) {
+  if (path.empty()) return std::nullopt;
+  std::string ignored;
+  const int error = ReadLocalTextFile(path, ignored);
+  if (error == 0 || error == EFBIG) return std::nullopt;
+  return Failure{ExitCode::LocalFile, "cannot read " + path + ": " + std::strerror(error)};
+}
+
+[[nodiscard]] ServerSettings SettingsOf(const ServerAccess& access, const std::string& url) {
+  ServerSettings settings = access.commandLine;
+  const ServerSettings said = SettingsFor(access.configuration, url);
+  // A key of the file belongs to its certificate.
+  const bool hasCertificate = !settings.clientCertificate.empty();
+  const std::string key = settings.clientKey;
+  static_cast<void>(MergeSettings(said, settings));
+  if (hasCertificate) settings.clientKey = key;
+  return settings;
+}
+
+// What counts for the whole process.
+struct ProcessWide {
+  std::string proxy;
+  std::string authorityFile;
+};
+
+[[nodiscard]] std::optional<Failure> CollectProcessWide(const ServerAccess& access, ProcessWide& wide) {
+  bool isFirst = true;
+  for (const std::string& url : access.used) {
+    const ServerSettings settings = SettingsOf(access, url);
+    if (!isFirst && (settings.proxy != wide.proxy || settings.authorityFile != wide.authorityFile)) {
+      return Failure{
+          ExitCode::Usage,
+          "the servers of this command have different proxies or ca_files; give them to commands of "
+          "their own"};
+    }
+    isFirst = false;
+    wide = {settings.proxy, settings.authorityFile};
+  }
+  if (access.used.empty()) wide = {access.commandLine.proxy, access.commandLine.authorityFile};
+  return std::nullopt;
+}
+
+void ShowCertificate(const ServerAccess& access, const std::string& url, const ServerSettings& settings) {
+  du::http::ClientCertificate certificate;
+  certificate.certificateFile = settings.clientCertificate;
+  certificate.keyFile = settings.clientKey;
+  certificate.passphrase = [ask = access.passphrase, url](const std::string& keyFile) {
+    return ask(url, keyFile);
+  };
+  du::http::SetClientCertificate(url, certificate);
+}
+
+}  // namespace
+
+std::optional<Failure> ApplyServerAccess(const ServerAccess& access) {
+  ProcessWide wide;
+  if (auto failure = CollectProcessWide(access, wide)) return failure;
+  if (auto failure = RequireReadable(wide.authorityFile)) return failure;
+  du::http::TransportSettings transport = du::http::GetTransportSettings();
+  if (!wide.authorityFile.empty()) transport.certificateAuthorityFile = wide.authorityFile;
+  if (!wide.proxy.empty()) transport.proxy = wide.proxy == "none" ? std::string() : wide.proxy;
+  du::http::SetTransportSettings(transport);
+  for (const std::string& url : access.listed) {
+    const ServerSettings settings = SettingsOf(access, url);
+    if (settings.negotiate.value_or(false)) du::http::SetNegotiateCredentials(url);
+    if (settings.clientCertificate.empty()) continue;
+    if (auto failure = RequireReadable(settings.clientCertificate)) return failure;
+    if (auto failure = RequireReadable(settings.clientKey)) return failure;
+    ShowCertificate(access, url, settings);
+  }
+  return std::nullopt;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,81 @@
+#include "hosts/cli/servers/server_settings.h"
+
+#include <charconv>
+#include <utility>
+
+#include "hosts/cli/servers/origin.h"
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr std::pair<const char*, std::string ServerSettings::*> kTexts[] = {
+    {"client_cert", &ServerSettings::clientCertificate},
+    {"client_key", &ServerSettings::clientKey},
+    {"ca_file", &ServerSettings::authorityFile},
+    {"proxy", &ServerSettings::proxy},
+    {"credential_helper", &ServerSettings::credentialHelper},
+};
+
+template <typename Value>
+[[nodiscard]] bool Merge(const std::optional<Value>& other, std::optional<Value>& value) {
+  if (!value) value = other;
+  return !other || value == other;
+}
+
+[[nodiscard]] std::string UnknownKey(const std::string& key) {
+  std::string known = "url";
+  for (const auto& [name, member] : kTexts) known += std::string(", ") + name;
+  return "unknown setting \"" + key + "\"; those there are: " + known + ", negotiate, max_time";
+}
+
+}  // namespace
+
+std::optional<long> ReadSeconds(std::string_view text) {
+  long seconds = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+  const bool whole = error == std::errc() && end == text.data() + text.size();
+  if (!whole || seconds < 1 || seconds > longestSeconds) return std::nullopt;
+  return seconds;
+}
+
+std::optional<std::string> ProxyFault(std::string_view proxy) {
+  if (proxy == "none") return std::nullopt;
+  if (!OriginOf(proxy)) {
+    return "a proxy is \"none\", or a URL that begins with \"http://\" or \"https://\" and holds a host, and "
+           "no "
+           "user name or password";
+  }
+  return std::nullopt;
+}
+
+std::optional<std::string> ReadServerSetting(const std::string& key, const std::string& value,
+                                             ServerSettings& settings) {
+  if (value.empty()) return "\"" + key + "\" has no value";
+  if (key == "negotiate") {
+    if (value != "yes" && value != "no") return "negotiate takes yes or no";
+    settings.negotiate = value == "yes";
+    return std::nullopt;
+  }
+  if (key == "max_time") {
+    settings.maxTime = ReadSeconds(value);
+    if (settings.maxTime) return std::nullopt;
+    return "max_time takes a number of seconds from 1 to " + std::to_string(longestSeconds);
+  }
+  for (const auto& [name, member] : kTexts) {
+    if (key != name) continue;
+    settings.*member = value;
+    return key == "proxy" ? ProxyFault(value) : std::nullopt;
+  }
+  return UnknownKey(key);
+}
+
+std::string MergeSettings(const ServerSettings& other, ServerSettings& settings) {
+  for (const auto& [name, member] : kTexts) {
+    if ((settings.*member).empty()) settings.*member = other.*member;
+    if (!(other.*member).empty() && other.*member != settings.*member) return name;
+  }
+  if (!Merge(other.negotiate, settings.negotiate)) return "negotiate";
+  return Merge(other.maxTime, settings.maxTime) ? "" : "max_time";
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vtdirect_cli {
+
+/// What the configuration file says of one server beside its URL. An empty text means that nothing is said.
+struct ServerSettings {
+  std::string clientCertificate;  ///< file of the certificate that the server is shown
+  std::string clientKey;          ///< file of its key; empty when the certificate's file holds it
+  std::string authorityFile;      ///< trusted certificates in place of the system's
+  std::string proxy;              ///< URL of the proxy; "none" for the direct way
+  std::string credentialHelper;   ///< command line of the credential helper
+  std::optional<bool> negotiate;  ///< whether Kerberos is used
+  std::optional<long> maxTime;    ///< longest time of a command, in seconds
+};
+
+/// Longest time that any limit of the command line or the configuration file may name.
+inline constexpr long longestSeconds = 24L * 60 * 60;
+
+/// Reads a number of seconds, from 1 to `longestSeconds`; nothing for any other text.
+[[nodiscard]] std::optional<long> ReadSeconds(std::string_view text);
+
+/// What is wrong with the URL of a proxy, or nothing. It holds no user name and no password: it shows in
+/// messages and process lists.
+[[nodiscard]] std::optional<std::string> ProxyFault(std::string_view proxy);
+
+/// Reads one "KEY = VALUE" of a server's section, apart from its URL.
+/// @return what is wrong with it, or nothing
+[[nodiscard]] std::optional<std::string> ReadServerSetting(const std::string& key, const std::string& value,
+                                                           ServerSettings& settings);
+
+/// Puts what `other` says where `settings` says nothing.
+/// @return the key of which both say something else, or the empty text
+[[nodiscard]] std::string MergeSettings(const ServerSettings& other, ServerSettings& settings);
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Lines of the program's own state files: fields parted by tabs. A backslash and every control byte stand as
+/// "\xHH"; all other bytes stand for themselves.
+namespace vtdirect_cli {
+
+/// Without a line feed.
+[[nodiscard]] std::string LineOfFields(const std::vector<std::string>& fields);
+
+/// @return nothing for a line that LineOfFields would not have written
+[[nodiscard]] std::optional<std::vector<std::string>> FieldsOfLine(std::string_view line);
+
+}  // namespace vtdirect_cli
