@@ -334,7 +334,7 @@ TEST_F(Exchange, ServesConnectionsOnSeveralThreads) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(fine, 200);
-  EXPECT_EQ(server.connections(), 4);
+  EXPECT_LE(server.connections(), 4);
 }
 
 }  // namespace
