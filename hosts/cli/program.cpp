@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
@@ -23,6 +24,8 @@
 
 namespace vtdirect_cli {
 namespace {
+
+constexpr std::size_t kPiece = std::size_t{1} << 16U;
 
 // The first file or connection that is opened would take the place of a closed standard descriptor, and get
 // what is written there. What takes it now refuses to be read, or to be written, as a closed one does.
@@ -88,7 +91,10 @@ void BoundTheFolderScan() {
 
 [[nodiscard]] int Finish(Output& output, ExitCode code) {
   errno = 0;
-  if (!output.Flush() && code == ExitCode::Ok) {
+  const bool written = output.Flush();
+  // Who has read what they wanted needs no complaint, and a shell that counts it sees a closed pipe.
+  if (output.nobodyReads()) return 128 + SIGPIPE;
+  if (!written && code == ExitCode::Ok) {
     const std::string reason = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
     code = output.Fail({ExitCode::LocalFile, "cannot write standard output" + reason});
   }
@@ -115,6 +121,8 @@ void BoundTheFolderScan() {
 
 int RunProgram(int argc, const char* const* argv) {
   KeepStandardDescriptors();
+  // Before anything is printed. What is no terminal gets large pieces.
+  if (isatty(STDOUT_FILENO) != 1) static_cast<void>(setvbuf(stdout, nullptr, _IOFBF, kPiece));
   TurnSignalsIntoErrors();
   BoundTheFolderScan();
   WatchForInterruption();

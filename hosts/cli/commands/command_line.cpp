@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <iterator>
 #include <list>
 
@@ -107,6 +108,24 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
   return {ExitCode::Usage, name + " takes one of its commands; see vtdirect " + name + " --help"};
 }
 
+// "help get" is what "get --help" is. The parser takes the words from the back.
+[[nodiscard]] std::vector<std::string> WordsFor(int argc, const char* const* argv) {
+  std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+  if (!words.empty() && words.front() == "help") {
+    words.erase(words.begin());
+    words.emplace_back("--help");
+  }
+  std::reverse(words.begin(), words.end());
+  return words;
+}
+
+// In their order, which the parser's own text turns round.
+[[nodiscard]] Failure UnexpectedWords(const CLI::App& app) {
+  std::string words;
+  for (const std::string& word : app.remaining(true)) words += " " + word;
+  return {ExitCode::Usage, "not expected:" + words + "; see vtdirect --help"};
+}
+
 }  // namespace
 
 std::string VersionText() {
@@ -124,12 +143,15 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
   for (const CommandRow& row : Commands()) BindCommand(app, row, ofCommands.emplace_back());
 
   try {
-    app.parse(argc, argv);
+    app.parse(WordsFor(argc, argv));
   } catch (const CLI::CallForHelp&) {
     line.text = ChosenHelp(app);
     return line;
   } catch (const CLI::CallForVersion&) {
     line.text = VersionText() + "\n";
+    return line;
+  } catch (const CLI::ExtrasError&) {
+    line.failure = UnexpectedWords(app);
     return line;
   } catch (const CLI::ParseError& error) {
     line.failure = Failure{ExitCode::Usage, std::string(error.what()) + "; see vtdirect --help"};

@@ -60,7 +60,7 @@ void AddVersions(const VtDirectManager::DirEntryExt& entry, Record& shown, Recor
     listing.lacksVersions |= listing.versions && entry.versions == nullptr;
   }
   listing.output.Row(shown, json);
-  return listing.output.Flush();
+  return listing.output.FlushRow();
 }
 
 void ShowNickname(const char* nickname, void* user) {

@@ -44,7 +44,7 @@ struct Tree {
                                 {"name", entry.name},
                                 {"kind", std::string(entry.isFolder ? "folder" : "document")},
                                 {"depth", std::uint64_t{entry.depth}}});
-  return output.Flush();
+  return output.FlushRow();
 }
 
 // A folder that can't be listed is told of and passed over; a server that can't be used ends the walk.

@@ -3,6 +3,9 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <ostream>
 
 #include "hosts/cli/interruption.h"
@@ -13,6 +16,9 @@ namespace {
 
 // Raised when a key goes or changes its meaning; new keys come without a raise.
 constexpr int kJsonSchema = 1;
+
+// Often enough for whoever watches a slow listing in a pipe.
+constexpr std::chrono::milliseconds kBetweenPieces(100);
 
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::ASCII<>>;
 
@@ -120,8 +126,18 @@ ExitCode Output::Fail(const Failure& failure) {
 }
 
 bool Output::Flush() {
+  if (!out_.good()) return false;
+  errno = 0;
   out_.flush();
+  if (!out_.good()) nobodyReads_ = errno == EPIPE;
+  lastFlush_ = std::chrono::steady_clock::now();
   return out_.good();
+}
+
+bool Output::FlushRow() {
+  if (!out_.good()) return Flush();
+  const bool isDue = std::chrono::steady_clock::now() - lastFlush_ >= kBetweenPieces;
+  return isDue || isatty(STDOUT_FILENO) == 1 ? Flush() : true;
 }
 
 }  // namespace vtdirect_cli

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <iosfwd>
 #include <string>
@@ -54,6 +55,11 @@ class Output {
   void Warning(const std::string& text);
   /// Reports why the command failed on standard error, and gives the failure's code.
   ExitCode Fail(const Failure& failure);
+  /// Lets a reader have the rows of a listing: at once on a terminal, elsewhere in large pieces and at least
+  /// some times a second. False as Flush.
+  [[nodiscard]] bool FlushRow();
+  /// Whether results could not be written because nobody reads them any more, as after "| head".
+  [[nodiscard]] bool nobodyReads() const { return nobodyReads_; }
   /// Lets a reader have what was printed so far. False when results could not be written: nobody reads them
   /// any more, or the disk is full.
   [[nodiscard]] bool Flush();
@@ -64,6 +70,8 @@ class Output {
   std::string command_;
   bool json_ = false;
   bool quiet_ = false;
+  bool nobodyReads_ = false;
+  std::chrono::steady_clock::time_point lastFlush_;
 };
 
 }  // namespace vtdirect_cli

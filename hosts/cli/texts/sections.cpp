@@ -76,7 +76,9 @@ std::span<const SectionRow> Sections() {
        "With --json every result is one line of ASCII with one JSON object. \"schema\" is the version of "
        "its form, now 1: it rises when a member goes or changes its meaning, and stays when one is added. "
        "\"command\" is the command; the other members stand with the commands above. A listing prints its "
-       "lines as the rows arrive.\n\n"
+       "lines as the rows arrive. When nobody reads standard output any more, as after \"| head\", the "
+       "program "
+       "ends without a word and with exit status 141.\n\n"
        "A failure is an object on standard error, with error (the name of the exit status), exit (its "
        "number) and message. Bytes that are no UTF-8 become U+FFFD."},
       {"ENVIRONMENT",

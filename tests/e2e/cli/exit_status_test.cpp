@@ -122,6 +122,25 @@ TEST_F(VtDirect, Gives8WhenStandardOutputIsFull) {
   EXPECT_EQ(Run({"servers"}).status, 8);
 }
 
+// As after "| head": who has read what they wanted needs no complaint. The program begins when its reader has
+// gone.
+TEST_F(VtDirect, EndsInSilenceWhenNobodyReads) {
+  Serve();
+  for (const char* command : {"ls", "tree", "info"}) {
+    std::vector<std::string> words = {
+        "/bin/bash",
+        "-c",
+        "exec 3>&2; { read -r; \"$0\" \"$@\"; echo \"status $?\" >&3; } < <(sleep 0.2; echo go) | true",
+        VTDIRECT_PROGRAM,
+        "--server",
+        "sim=" + server().url(),
+        command,
+        "//sim/Products/"};
+    Process process(words, ProcessOptions{environment_, Here(""), {}, 0});
+    EXPECT_EQ(process.Wait().err, "status 141\n") << command;
+  }
+}
+
 // Nothing else that the program opens may take its place and get what is printed.
 TEST_F(VtDirect, Gives8WhenStandardOutputIsClosed) {
   Serve();

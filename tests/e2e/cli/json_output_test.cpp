@@ -65,6 +65,12 @@ class JsonOutput : public VtDirect {
     return result;
   }
 
+  // As a run leaves it that was killed before the answer.
+  void LeaveOpenCheckin(const std::string& uid) {
+    WriteHome(".local/state/vtdirect/journal",
+              "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + uid + "\t" + uid + "\t\t\n", 0600);
+  }
+
   void CheckLines(const std::string& text, const std::string& section, const std::string& command) {
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) CheckLine(line, section, command);
@@ -143,11 +149,7 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"verify", server().Uid("D1002")});
   Check({"verify", server().Uid("D1015")}, 1);
   Check({"checkouts"});
-  // As a run leaves it that was killed before the answer.
-  WriteHome(".local/state/vtdirect/journal",
-            "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t//sim/?id=D1002\t" +
-                server().Uid("D1002") + "\t\t\n",
-            0600);
+  LeaveOpenCheckin(server().Uid("D1002"));
   Check({"recover"});
   Check({"undo", server().Uid("D1002")});
   Check({"checkout", server().Uid("D1002")});

@@ -120,4 +120,17 @@ TEST(CommandLine, ShowsTheVersion) {
   EXPECT_THAT(Parse({"--version"}).text, StartsWith("vtdirect "));
 }
 
+TEST(CommandLine, TakesHelpAsAWord) {
+  EXPECT_EQ(Parse({"help"}).text, Parse({"--help"}).text);
+  EXPECT_EQ(Parse({"help", "get"}).text, Parse({"get", "--help"}).text);
+  EXPECT_EQ(Parse({"help", "xliff", "get"}).text, Parse({"xliff", "get", "--help"}).text);
+}
+
+TEST(CommandLine, NamesUnexpectedWordsInTheirOrder) {
+  const CommandLine line = Parse({"get", "a", "b", "c"});
+  ASSERT_TRUE(line.failure);
+  EXPECT_EQ(line.failure->code, ExitCode::Usage);
+  EXPECT_EQ(line.failure->message, "not expected: b c; see vtdirect --help");
+}
+
 }  // namespace vtdirect_cli
