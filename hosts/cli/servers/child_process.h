@@ -14,7 +14,8 @@ struct ChildResult {
 };
 
 /// Runs a command line by the shell, in a process group of its own, which is killed as a whole when it must
-/// end. It gets `input` and then the end of the input, signals as usual, and the program's standard error.
+/// end. The caller ignores SIGPIPE, as the program does: a command may end before it has read its input. It
+/// gets `input` and then the end of the input, signals as usual, and the program's standard error.
 /// @param seconds  longest time
 [[nodiscard]] ChildResult RunShell(const std::string& commandLine, const std::string& input, long seconds);
 

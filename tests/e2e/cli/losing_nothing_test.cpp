@@ -54,6 +54,17 @@ enum class Accident { KilledBefore, KilledAfter, Refused, Lost, Cut, Reset, Sile
 /// settles what was left open, and what is kept here agrees with the server.
 class LosingNothing : public CheckoutTest, public testing::WithParamInterface<Change> {
  protected:
+  // A killed program leaves its directory for temporary files.
+  void RemoveWhatKilledProgramsLeave() {
+    std::filesystem::remove_all(Home("../temporary"));
+    std::filesystem::create_directory(Home("../temporary"));
+  }
+
+  void TearDown() override {
+    RemoveWhatKilledProgramsLeave();
+    CheckoutTest::TearDown();
+  }
+
   void Begin() {
     environment_.erase("http_proxy");
     std::filesystem::remove_all(Home(".local"));
@@ -176,8 +187,6 @@ TEST_P(LosingNothing, WhicheverRequestFailsInWhicheverWay) {
       SCOPED_TRACE("status " + std::to_string(result_.status) + ": " + result_.out + result_.err);
       ExpectRecovery();
       ExpectNothingIsLost();
-      std::filesystem::remove_all(std::filesystem::path(Home("../temporary")));
-      std::filesystem::create_directory(std::filesystem::path(Home("../temporary")));
     }
   }
 }
