@@ -59,19 +59,14 @@ ask() {
     'BEGIN {printf "%.2f", t / h}')" >>"$work/$name"
 }
 
-# quartiles: the first, the second and the third of the numbers.
-quartiles() {
-  sort -g | awk '{v[NR] = $1} function q(p, i) {i = p * (NR - 1) + 1; return v[int(i)] + (i - int(i)) * (v[int(i) + 1] - v[int(i)])}
-    END {v[NR + 1] = v[NR]; printf "%.3f %.3f %.3f\n", q(0.25), q(0.5), q(0.75)}'
-}
-
 # sim_row TITLE NAME REQUESTS: the comparison of $work/NAME.sim and $work/NAME.nginx as a line of the table.
 sim_row() {
-  local ratio low high own theirs
-  read -r low ratio high < <(paste "$work/$2.sim" "$work/$2.nginx" | awk '{print $1 / $3}' | quartiles)
+  local ratios ratio own theirs
+  ratios=$(paste "$work/$2.sim" "$work/$2.nginx" | awk '{print $1 / $3}')
+  ratio=$(median <<<"$ratios" | xargs printf %.2f)
   own=$(awk -v n="$3" '{print n / $1}' "$work/$2.sim" | median)
   theirs=$(awk -v n="$3" '{print n / $1}' "$work/$2.nginx" | median)
-  say "| $1 | $(printf %.0f "$own") | $(printf %.0f "$theirs") | $ratio ($low to $high) | 3 |" \
+  say "| $1 | $(printf %.0f "$own") | $(printf %.0f "$theirs") | $ratio ($(quartiles <<<"$ratios")) | 3 |" \
     "$(judge "$ratio" 3) | $(awk '{print $2}' "$work/$2.sim" | median) | $(awk '{print $2}' "$work/$2.nginx" | median) |"
 }
 
