@@ -53,7 +53,7 @@ enum class FailureKind : std::int32_t {
 
 /// One thing that went wrong. A plain record, the host's to keep.
 struct Failure {
-  FailureKind kind = FailureKind::Refused;
+  FailureKind kind = FailureKind::Refused;  ///< what went wrong
   std::string step;  ///< what was being done, in English words: "check out", "fetch the nonce"
 
   /// The status of the answer; 0 when there was no request or no whole answer.

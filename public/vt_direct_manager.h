@@ -515,7 +515,7 @@ struct StoreOptions {
   const char* vcsPath = nullptr;                 ///< metadata file; Fenlet documents only
   const std::map<std::string, std::string>* sourceLinks = nullptr;  ///< as Upload; Fenlet documents only
   StatusCallback status = {};                                       ///< called as by Upload
-  ProgressCallback progress = {};
+  ProgressCallback progress = {};                                   ///< called as by Upload
 };
 
 /// Upload for a document of any kind, with all that it can have, and with a say in the check-in: Upload
@@ -567,10 +567,10 @@ struct TemporaryCheckout {
   /// The UID that Checkout gave, for Checkin, UndoCheckout, VerifyCheckout and the stores. Empty when the
   /// server does not tell the document that the copy was taken from.
   std::string uid;
-  std::string workspaceName;
-  std::string documentNumber;
-  std::string fileName;  ///< plain
-  std::string version;   ///< of the document that it was taken from: "B.3"
+  std::string workspaceName;   ///< as the server has it, with the prefix of temporary workspaces
+  std::string documentNumber;  ///< of the working copy, as the server has it
+  std::string fileName;        ///< plain
+  std::string version;         ///< of the document that it was taken from: "B.3"
 };
 
 /// Finds checkouts that nobody remembers, by what the server tells alone: the temporary workspaces are those

@@ -54,9 +54,12 @@ adapt_page() {
     }'
 }
 
-# The words of the headings of PAGE that any page links to.
+# The words of the headings of PAGE that any page links to, itself included.
 linked_headings() {
-  grep -hoE "\]\([^)]*$(basename "$1")#[^)]+\)" README.md docs/*.md docs/decisions/*.md | sed 's/.*#//; s/)$//' | sort -u
+  {
+    grep -hoE "\]\([^)]*$(basename "$1")#[^)]+\)" README.md docs/*.md docs/decisions/*.md || true
+    grep -hoE '\]\(#[^)]+\)' "$1" || true
+  } | sed 's/.*#//; s/)$//' | sort -u
 }
 
 # copy_pages DIRECTORY: the pages with the paths that they have in the sources.
@@ -68,7 +71,7 @@ copy_pages() {
     # Two pages of one name would both be the first one.
     [ "$page" != simulator/README.md ] || name=simulator/vantry-sim.md
     adapt_page "$(linked_headings "$page")" <"$page" |
-      sed -E 's,\]\(simulator/README\.md\),](simulator/vantry-sim.md),; s,\]\(docs/decisions\),](docs/decisions.md),
+      sed -E 's,\]\((\.\./)?simulator/README\.md\),](\1simulator/vantry-sim.md),; s,\]\(docs/decisions\),](docs/decisions.md),
               s,\]\([^)#]*#([^)]+)\),](#\1),' >"$to/$name"
   done
   {
