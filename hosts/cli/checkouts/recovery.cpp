@@ -50,21 +50,8 @@ constexpr std::size_t kMostWarnings = 3;
   return {true, false, {}, entry.address + " was not checked out; nothing was changed"};
 }
 
-[[nodiscard]] Presence PresenceOfCheckout(const std::string& uid) {
-  if (!IsTemporaryCopy(uid)) return PresenceOf(uid);
-  switch (StandingOfTemporaryCopy(uid).status) {
-    case VtDirectManager::CheckoutInTempWorkspace:
-      return Presence::There;
-    case VtDirectManager::CheckoutStatusFailed:
-    case VtDirectManager::CheckoutUnsupported:
-      return Presence::NotKnown;
-    default:
-      return Presence::Gone;
-  }
-}
-
 [[nodiscard]] Finding FindEnd(const JournalEntry& entry) {
-  switch (PresenceOfCheckout(entry.uid)) {
+  switch (PresenceOfWorkingCopy(entry.uid)) {
     case Presence::There:
       return {true,
               false,
@@ -103,7 +90,7 @@ constexpr std::size_t kMostWarnings = 3;
 }
 
 [[nodiscard]] Finding FindStore(Host& host, const JournalEntry& entry) {
-  switch (PresenceOfCheckout(entry.uid)) {
+  switch (PresenceOfWorkingCopy(entry.uid)) {
     case Presence::There:
       return CompareContent(host, entry, ByOwnId(entry.uid));
     case Presence::Gone:

@@ -71,6 +71,19 @@ CheckoutState StandingOfTemporaryCopy(const std::string& uid) {
   }
 }
 
+Presence PresenceOfWorkingCopy(const std::string& workingCopy) {
+  if (!IsTemporaryCopy(workingCopy)) return PresenceOf(workingCopy);
+  switch (StandingOfTemporaryCopy(workingCopy).status) {
+    case VtDirectManager::CheckoutInTempWorkspace:
+      return Presence::There;
+    case VtDirectManager::CheckoutStatusFailed:
+    case VtDirectManager::CheckoutUnsupported:
+      return Presence::NotKnown;
+    default:
+      return Presence::Gone;
+  }
+}
+
 std::string CheckOutDocument(const std::string& document) {
   for (int tries = 1;; ++tries) {
     ForgetTracedErrors();

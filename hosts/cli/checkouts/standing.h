@@ -27,6 +27,10 @@ enum class Presence {
 /// @param uid  the working copy's, with its workspace
 [[nodiscard]] CheckoutState StandingOfTemporaryCopy(const std::string& uid);
 
+/// Whether a working copy is there, in whatever workspace; of one in a temporary workspace, whether its checkout
+/// stands as well. Makes requests.
+[[nodiscard]] Presence PresenceOfWorkingCopy(const std::string& workingCopy);
+
 /// Checks a document out into a temporary workspace whose name no other run of the program tries, and tries
 /// again with the next name while another workspace has it. Makes requests.
 /// @return the working copy's UID; empty when the checkout failed, with the reasons of the last try

@@ -22,24 +22,11 @@ namespace {
   return CommandToType("get --base", address) + " fetches the content from before the checkout";
 }
 
-[[nodiscard]] Presence PresenceOfCopy(const std::string& workingCopy) {
-  if (!IsTemporaryCopy(workingCopy)) return PresenceOf(workingCopy);
-  switch (StandingOfTemporaryCopy(workingCopy).status) {
-    case VtDirectManager::CheckoutInTempWorkspace:
-      return Presence::There;
-    case VtDirectManager::CheckoutStatusFailed:
-    case VtDirectManager::CheckoutUnsupported:
-      return Presence::NotKnown;
-    default:
-      return Presence::Gone;
-  }
-}
-
 // The content of the working copy, which the library gives for its own id alone: the UID of a temporary
 // checkout reads as the document that was checked out.
 [[nodiscard]] std::optional<Failure> SettleCopy(Host& host, const std::string& uid,
                                                 const std::string& workingCopy, Download& download) {
-  switch (PresenceOfCopy(workingCopy)) {
+  switch (PresenceOfWorkingCopy(workingCopy)) {
     case Presence::There:
       download.source = ByOwnId(workingCopy);
       download.uidToGoOnWith = workingCopy;
