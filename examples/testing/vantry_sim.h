@@ -4,8 +4,6 @@
 #include <curl/curl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -17,25 +15,18 @@ class VantrySim : public testing::Test {
   static void SetUpTestSuite() {
     char pattern[] = "/tmp/vantry-sim-XXXXXX";
     directory = mkdtemp(pattern);
-    int ends[2];
-    ASSERT_EQ(pipe(ends), 0);
-    server = fork();
-    if (server == 0) {
-      dup2(ends[1], STDOUT_FILENO);
-      execlp(getenv("VANTRY_SIM"), "vantry-sim", "--port", "0", "--admin-port", "0", "--data",
-             (directory + "/data").c_str(), "--seed", "file:" BICYCLES, nullptr);
-      _exit(127);
-    }
-    close(ends[1]);
-    FILE* const announcement = fdopen(ends[0], "r");
+    const std::string command = "echo $$; exec \"$VANTRY_SIM\" --port 0 --admin-port 0 --data " + directory +
+                                "/data --seed file:" BICYCLES;
+    output = popen(command.c_str(), "r");
+    ASSERT_NE(output, nullptr);
     char own[200], control[200];
-    ASSERT_EQ(fscanf(announcement, "vantry-sim listening on %199s admin on %199s", own, control), 2);
-    fclose(announcement);
+    ASSERT_EQ(fscanf(output, "%d vantry-sim listening on %199s admin on %199s", &server, own, control), 3);
     url = own, admin = control;
   }
   static void TearDownTestSuite() {
     // Signals to -1 go to every process of the user.
-    if (server > 0) kill(server, SIGTERM), waitpid(server, nullptr, 0);
+    if (server > 0) kill(server, SIGTERM);
+    if (output != nullptr) pclose(output);
     std::filesystem::remove_all(directory);
   }
   void SetUp() override { Control("POST", "reset"); }
@@ -61,4 +52,5 @@ class VantrySim : public testing::Test {
 
   inline static std::string directory, url, admin;
   inline static pid_t server = -1;
+  inline static FILE* output = nullptr;
 };
