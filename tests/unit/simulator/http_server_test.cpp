@@ -101,7 +101,7 @@ TEST_F(HttpServerTest, IdleConnectionsDoNotStarveNewOnes) {
 TEST_F(HttpServerTest, HeadHasTheLengthAndNoBody) {
   RawClient client(Serve());
   client.Send("HEAD /servlet/rest/v1/content/streams/10090/x HTTP/1.1\r\nHost: h\r\n\r\n");
-  const auto answer = client.Read(10'000, true);
+  const auto answer = client.Read(kHungMilliseconds, true);
   EXPECT_EQ(answer.status, 200);
   EXPECT_EQ(answer.headers.at("content-length"), "4096");
   EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);
@@ -448,7 +448,7 @@ TEST_F(HttpServerTest, StatusWithoutABodyLeavesTheConnectionInOrder) {
   RawClient client(Serve());
   for (const char* target : {"/a", "/b", "/c", "/d"}) {
     client.Send(std::string("GET ") + target + " HTTP/1.1\r\nHost: h\r\n\r\n");
-    EXPECT_GT(client.Read(10'000, true).status, 200) << target;
+    EXPECT_GT(client.Read(kHungMilliseconds, true).status, 200) << target;
     EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200) << target;
   }
 }

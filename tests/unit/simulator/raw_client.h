@@ -14,6 +14,10 @@ struct RawAnswer {
   bool complete = false;  ///< the announced length, or the last chunk, was reached
 };
 
+/// How long a silence is waited for before an answer counts as missing: far longer than any answer takes, on a
+/// busy machine and under a sanitizer too, because it is there for a server that hangs.
+inline constexpr int kHungMilliseconds = 60'000;
+
 /// A client of bare sockets, so that answers are judged by the bytes on the wire. One connection.
 class RawClient {
  public:
@@ -38,11 +42,11 @@ class RawClient {
   /// answer.
   RawAnswer Post(const std::string& target, const std::string& header_lines, const std::string& body);
   /// Reads one answer. A silence of `milliseconds` ends it as incomplete.
-  RawAnswer Read(int milliseconds = 10'000, bool head_only = false);
+  RawAnswer Read(int milliseconds = kHungMilliseconds, bool head_only = false);
   /// Whether what was sent came to a socket that the server has closed for both ways.
   bool WasReset() const;
   /// Whether the server has closed, waiting for it up to `milliseconds`.
-  bool ClosedByServer(int milliseconds = 10'000);
+  bool ClosedByServer(int milliseconds = kHungMilliseconds);
 
  private:
   bool Fill(int milliseconds);
