@@ -29,14 +29,15 @@ bool AnswerDemand(const char* url) {
   return theHost != nullptr && theHost->Authenticate(url == nullptr ? "" : url);
 }
 
-[[nodiscard]] std::optional<Failure> ReadSecondsOption(const Arguments& arguments, const std::string& option,
+[[nodiscard]] std::optional<Failure> ReadSecondsOption(const Arguments& arguments, ArgumentName option,
                                                        long& seconds) {
   if (!arguments.Has(option)) return std::nullopt;
   const auto read = ReadSeconds(arguments.Text(option));
   if (read) seconds = *read;
   if (read) return std::nullopt;
-  return Failure{ExitCode::Usage,
-                 "--" + option + " takes a number of seconds from 1 to " + std::to_string(longestSeconds)};
+  return Failure{ExitCode::Usage, "--" + std::string(option.text()) +
+                                      " takes a number of seconds from 1 to " +
+                                      std::to_string(longestSeconds)};
 }
 
 // The server that an operand names: by a nickname, an address or a URL; empty for any other text.

@@ -12,7 +12,7 @@ namespace vtdirect_cli {
 namespace {
 
 struct Binding {
-  std::string name;
+  ArgumentName name;
   CLI::Option* option = nullptr;
   std::vector<std::string> values;
 };
@@ -21,7 +21,7 @@ struct Binding {
 using Bindings = std::list<Binding>;
 
 [[nodiscard]] std::string Names(const OptionRow& row) {
-  const std::string longName = "--" + std::string(row.name);
+  const std::string longName = "--" + std::string(row.name.text());
   return row.letter == 0 ? longName : std::string("-") + row.letter + "," + longName;
 }
 
@@ -39,7 +39,7 @@ void Bind(CLI::App& app, const OptionRow& row, Bindings& bindings) {
 
 void BindOperand(CLI::App& app, const OperandRow& row, Bindings& bindings) {
   Binding& binding = bindings.emplace_back(Binding{row.name, nullptr, {}});
-  binding.option = app.add_option(row.name, binding.values);
+  binding.option = app.add_option(row.name.text(), binding.values);
   if (row.count != Count::AtMostOnce) binding.option->required();
   if (row.count != Count::AtLeastOnce) binding.option->allow_extra_args(false)->expected(1);
 }
@@ -52,9 +52,9 @@ void Collect(const Bindings& bindings, Arguments& arguments) {
 
 void BindGlobals(CLI::App& app, Bindings& bindings) {
   for (const OptionRow& row : GlobalOptions()) {
-    if (std::string("help") == row.name) {
+    if (row.name == "help") {
       app.set_help_flag(Names(row));
-    } else if (std::string("version") == row.name) {
+    } else if (row.name == "version") {
       app.set_version_flag(Names(row), VersionText());
     } else {
       Bind(app, row, bindings);

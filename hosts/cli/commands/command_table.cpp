@@ -2,18 +2,18 @@
 
 namespace vtdirect_cli {
 
-std::string Arguments::Text(const std::string& name) const {
+std::string Arguments::Text(ArgumentName name) const {
   const auto found = values_.find(name);
   return found == values_.end() || found->second.empty() ? "" : found->second.back();
 }
 
-std::vector<std::string> Arguments::All(const std::string& name) const {
+std::vector<std::string> Arguments::All(ArgumentName name) const {
   const auto found = values_.find(name);
   return found == values_.end() ? std::vector<std::string>{} : found->second;
 }
 
 std::string UsageOf(const OperandRow& row) {
-  const std::string name = row.name;
+  const std::string name = row.name.text();
   if (row.count == Count::AtMostOnce) return "[" + name + "]";
   return row.count == Count::AtLeastOnce ? name + "..." : name;
 }

@@ -11,7 +11,7 @@ namespace vtdirect_cli {
 namespace {
 
 struct Form {
-  const char* option;
+  ArgumentName option;
   std::string (*path)(const char* address);
 };
 

@@ -26,19 +26,21 @@ constexpr std::pair<const char*, FileType> kTypes[] = {{"fenlet", VtDirectManage
 // What the library would leave out without a word.
 [[nodiscard]] std::optional<Failure> RefuseForType(const Arguments& arguments, FileType type) {
   if (type == VtDirectManager::FileTypeFenlet) return std::nullopt;
-  for (const char* option : {"viewable", "metadata", "language", "link"}) {
+  for (const ArgumentName option :
+       {ArgumentName("viewable"), ArgumentName("metadata"), ArgumentName("language"), ArgumentName("link")}) {
     if (!arguments.Has(option)) continue;
-    return Failure{ExitCode::Usage, std::string("--") + option + " is for Fenlet documents alone, not for " +
-                                        arguments.Text("kind") + " ones"};
+    return Failure{ExitCode::Usage, std::string("--") + option.text() +
+                                        " is for Fenlet documents alone, not for " + arguments.Text("kind") +
+                                        " ones"};
   }
   return std::nullopt;
 }
 
-[[nodiscard]] std::optional<Failure> ReadOptionalSource(const Arguments& arguments, const char* option,
+[[nodiscard]] std::optional<Failure> ReadOptionalSource(const Arguments& arguments, ArgumentName option,
                                                         std::optional<LocalSource>& source) {
   if (!arguments.Has(option)) return std::nullopt;
   const std::string path = arguments.Text(option);
-  if (path.empty()) return Failure{ExitCode::Usage, std::string("--") + option + " takes a file name"};
+  if (path.empty()) return Failure{ExitCode::Usage, std::string("--") + option.text() + " takes a file name"};
   return InspectSource(path, source.emplace());
 }
 

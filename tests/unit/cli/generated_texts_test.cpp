@@ -21,7 +21,7 @@ std::string Set(std::string text) {
 }
 
 void ExpectNamed(const OptionRow& row, const std::string& help) {
-  const std::string name = "--" + std::string(row.name);
+  const std::string name = "--" + std::string(row.name.text());
   EXPECT_THAT(help, HasSubstr(name));
   EXPECT_THAT(ManualPage(), HasSubstr(Set(name)));
   EXPECT_THAT(BashCompletion(), HasSubstr(name));
@@ -106,11 +106,25 @@ TEST(Tables, GiveEachMemberOnce) {
 
 TEST(Tables, GiveEachNameOnce) {
   std::set<std::string> names;
-  for (const OptionRow& row : GlobalOptions()) EXPECT_TRUE(names.insert(row.name).second) << row.name;
+  for (const OptionRow& row : GlobalOptions())
+    EXPECT_TRUE(names.insert(row.name.text()).second) << row.name.text();
   for (const CommandRow& command : Commands()) {
     std::set<std::string> own = names;
-    for (const OptionRow& row : command.options) EXPECT_TRUE(own.insert(row.name).second) << row.name;
+    for (const OptionRow& row : command.options) {
+      EXPECT_TRUE(own.insert(row.name.text()).second) << row.name.text();
+    }
   }
+}
+
+// A name that no row has would be an option that nobody can give.
+TEST(Tables, HaveEveryNameThatCanBeAskedFor) {
+  std::set<std::string> used;
+  for (const OptionRow& row : GlobalOptions()) used.insert(row.name.text());
+  for (const CommandRow& command : Commands()) {
+    for (const OptionRow& row : command.options) used.insert(row.name.text());
+    for (const OperandRow& row : command.operands) used.insert(row.name.text());
+  }
+  EXPECT_EQ(used, std::set<std::string>(std::begin(argumentNames), std::end(argumentNames)));
 }
 
 TEST(ExitCodes, AreTheNumbersThatScriptsRelyOn) {

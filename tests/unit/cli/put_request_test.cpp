@@ -77,14 +77,15 @@ TEST_F(PutRequestTest, KnowsThreeKinds) {
 
 TEST_F(PutRequestTest, LetsNothingBeLeftOutOfAKindThatCannotHaveIt) {
   arguments_.Set("kind", {"general"});
-  for (const char* option : {"viewable", "metadata", "language", "link"}) {
+  for (const ArgumentName option :
+       {ArgumentName("viewable"), ArgumentName("metadata"), ArgumentName("language"), ArgumentName("link")}) {
     Arguments arguments = arguments_;
     arguments.Set(option, {"x"});
     PutRequest request;
     const auto failure = ReadPutRequest(arguments, request);
-    ASSERT_TRUE(failure) << option;
+    ASSERT_TRUE(failure) << option.text();
     EXPECT_EQ(failure->message,
-              std::string("--") + option + " is for Fenlet documents alone, not for general ones");
+              std::string("--") + option.text() + " is for Fenlet documents alone, not for general ones");
   }
 }
 
