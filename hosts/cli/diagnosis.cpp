@@ -5,13 +5,70 @@
 #include "hosts/cli/address.h"
 #include "hosts/cli/files/temporary_files.h"
 #include "hosts/cli/interruption.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
 
-[[nodiscard]] std::string WithHint(const std::string& message, const std::string& hint) {
-  return hint.empty() ? message : message + " (" + hint + ")";
+using VtDirectManager::FailureKind;
+
+constexpr int kFirstOfServerErrors = 500;
+
+[[nodiscard]] bool IsServerError(const Reason& reason) {
+  return reason.kind == FailureKind::Refused && reason.httpStatus >= kFirstOfServerErrors;
+}
+
+// Whether the content was on its way: the object was found by then.
+[[nodiscard]] bool IsOfContent(const Reason& reason) {
+  return reason.step == "download" || reason.step == "download the content";
+}
+
+// That nothing was found is what the message says; what the server said of it may tell more.
+[[nodiscard]] std::string WithWordsOf(const std::string& message, const std::optional<Reason>& reason) {
+  const bool tellsMore = reason && (reason->kind != FailureKind::NotFound || !reason->serverText.empty());
+  return tellsMore ? message + " (" + WordsOf(*reason) + ")" : message;
+}
+
+// Whether a server that gave this answer can be used: it knows what it is asked.
+[[nodiscard]] bool IsOfUsableServer(const Reason& reason) {
+  return reason.kind == FailureKind::Conflict || reason.kind == FailureKind::TooLarge ||
+         reason.kind == FailureKind::Ambiguous || reason.kind == FailureKind::Cancelled;
+}
+
+// What the failed call tells of the server by itself.
+[[nodiscard]] std::optional<Failure> ServerFailureByReason(const Host& host, const std::string& url,
+                                                           const Reason& reason) {
+  switch (reason.kind) {
+    case FailureKind::CredentialsWanted:
+      return ServerFailure(host, url, VtDirectManager::StatusServerRefused);
+    case FailureKind::Unreachable:
+      return ServerFailure(host, url, VtDirectManager::StatusConnectFailed);
+    case FailureKind::UnsupportedServer:
+      return ServerFailure(host, url, VtDirectManager::StatusServerUnsupported);
+    default:
+      return std::nullopt;
+  }
+}
+
+// What the failed question for an object tells by itself, so that nothing more need be asked.
+[[nodiscard]] std::optional<Failure> ObjectFailureByReason(const Host& host, const std::string& address,
+                                                           const Reason& reason) {
+  const std::string url = VtDirectManager::GetServerURL(address.c_str());
+  if (auto failure = ServerFailureByReason(host, url, reason)) return failure;
+  if (IsOfContent(reason) && reason.kind != FailureKind::NotFound && reason.kind != FailureKind::LocalFile) {
+    return Failure{ExitCode::DownloadFailed, WithWordsOf("the download of " + address + " failed", reason)};
+  }
+  if (reason.kind == FailureKind::TimedOut) {
+    return ServerFailure(host, url, VtDirectManager::StatusConnectFailed);
+  }
+  if (reason.kind == FailureKind::AnswerBroken || IsServerError(reason)) {
+    return Failure{ExitCode::CannotConnect,
+                   WithWordsOf(url + " gave no usable answer for " + address, reason)};
+  }
+  if (reason.kind == FailureKind::Ambiguous) {
+    return Failure{ExitCode::NotFound, WithWordsOf("not found: " + address, reason)};
+  }
+  return std::nullopt;
 }
 
 [[nodiscard]] Failure IsADocument(const std::string& address) {
@@ -19,14 +76,7 @@ namespace {
           address + " is a document and no folder; vtdirect info and vtdirect versions tell of it"};
 }
 
-}  // namespace
-
-Failure InterruptedFailure() {
-  return {ExitCode::Interrupted, TimeIsOver() ? "the time for the command is over" : "interrupted"};
-}
-
-Failure ServerFailure(const Host& host, const std::string& url, std::int32_t code) {
-  if (Interrupted()) return InterruptedFailure();
+[[nodiscard]] Failure ServerFailureOfCode(const Host& host, const std::string& url, std::int32_t code) {
   // A refused user gets no version either, so the library reports a missing connection: the demand that went
   // without an answer tells more.
   if (host.authenticationRefused()) return {ExitCode::AuthenticationRefused, host.authenticationRefusal()};
@@ -34,7 +84,8 @@ Failure ServerFailure(const Host& host, const std::string& url, std::int32_t cod
     case VtDirectManager::StatusServerRefused:
       return {ExitCode::AuthenticationRefused, url + " refused the credentials"};
     case VtDirectManager::StatusServerUnsupported:
-      return {ExitCode::ServerUnsupported, WithHint(url + " is not supported", FirstTracedError())};
+      return {ExitCode::ServerUnsupported,
+              url + " is not supported: it has to be of release 11.0 M030 or later"};
     default:
       // What a server tells of itself passes through a temporary file, and counts as no answer when it can't
       // be kept.
@@ -43,37 +94,25 @@ Failure ServerFailure(const Host& host, const std::string& url, std::int32_t cod
   }
 }
 
-std::optional<Failure> DiagnoseServer(Host& host, const std::string& url) {
-  if (Interrupted()) return InterruptedFailure();
-  if (host.authenticationRefused())
-    return Failure{ExitCode::AuthenticationRefused, host.authenticationRefusal()};
-  VtDirectManager::StatusCode code = VtDirectManager::StatusOk;
-  ForgetTracedErrors();
-  if (!VtDirectManager::ServerSupported(url.c_str(), &code, nullptr)) return ServerFailure(host, url, code);
-  return std::nullopt;
-}
-
-Failure Diagnose(Host& host, const std::string& address, bool missing) {
-  const std::string hint = FirstTracedError();
-  const std::string url = VtDirectManager::GetServerURL(address.c_str());
-  if (const auto failure = DiagnoseServer(host, url)) return *failure;
-  if (missing || !VtDirectManager::FileExists(address.c_str())) {
+[[nodiscard]] Failure DiagnoseByQuestions(Host& host, const std::string& address, bool missing,
+                                          const std::optional<Reason>& reason) {
+  if (const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(address.c_str())))
+    return *failure;
+  // A server that can be used has said so already.
+  const bool isKnown = reason && reason->kind == FailureKind::NotFound && !IsOfContent(*reason);
+  if (missing || isKnown || !VtDirectManager::FileExists(address.c_str())) {
     if (Interrupted()) return InterruptedFailure();
-    return {ExitCode::NotFound, WithHint("not found: " + address, hint)};
+    return {ExitCode::NotFound, WithWordsOf("not found: " + address, reason)};
   }
   std::string contentUrl;
   if (VtDirectManager::GetFileDownloadURL(address.c_str(), contentUrl, nullptr) && contentUrl.empty()) {
     return {ExitCode::DownloadFailed, address + " has no content"};
   }
-  return {ExitCode::DownloadFailed, WithHint("the download of " + address + " failed", hint)};
+  return {ExitCode::DownloadFailed, WithWordsOf("the download of " + address + " failed", reason)};
 }
 
-Failure DiagnoseObjectAsDirectory(Host& host, const std::string& address) {
-  if (VtDirectManager::FileExists(address.c_str())) return IsADocument(address);
-  return Diagnose(host, address, true);
-}
-
-Failure DiagnoseDirectory(Host& host, const std::string& path, std::uint64_t delivered) {
+[[nodiscard]] Failure DiagnoseListing(Host& host, const std::string& path, std::uint64_t delivered,
+                                      const std::optional<Reason>& reason) {
   const std::string url = VtDirectManager::GetServerURL(path.c_str());
   if (const auto failure = DiagnoseServer(host, url)) return *failure;
   if (delivered > 0) {
@@ -84,10 +123,66 @@ Failure DiagnoseDirectory(Host& host, const std::string& path, std::uint64_t del
   const std::string directory = WithClosingSlash(path);
   if (directory != path && VtDirectManager::FileExists(path.c_str())) return IsADocument(path);
   if (Interrupted()) return InterruptedFailure();
-  if (VtDirectManager::FileOrFolderExists(directory.c_str())) {
-    return {ExitCode::Incomplete, "the listing of " + path + " failed"};
+  const bool mayBeThere = reason && reason->kind != FailureKind::NotFound;
+  if (mayBeThere || VtDirectManager::FileOrFolderExists(directory.c_str())) {
+    return {ExitCode::Incomplete, WithWordsOf("the listing of " + path + " failed", reason)};
   }
   return {ExitCode::NotFound, "not found: " + path};
+}
+
+}  // namespace
+
+Failure InterruptedFailure() {
+  return {ExitCode::Interrupted, TimeIsOver() ? "the time for the command is over" : "interrupted"};
+}
+
+Failure ServerFailure(const Host& host, const std::string& url, std::int32_t code) {
+  if (Interrupted()) return InterruptedFailure();
+  return WithReason(ServerFailureOfCode(host, url, code));
+}
+
+std::optional<Failure> DiagnoseServer(Host& host, const std::string& url) {
+  if (Interrupted()) return InterruptedFailure();
+  if (host.authenticationRefused())
+    return Failure{ExitCode::AuthenticationRefused, host.authenticationRefusal()};
+  if (const auto reason = LastReason()) {
+    if (IsOfUsableServer(*reason)) return std::nullopt;
+    if (auto failure = ServerFailureByReason(host, url, *reason)) return failure;
+  }
+  VtDirectManager::StatusCode code = VtDirectManager::StatusOk;
+  ForgetReasons();
+  if (!VtDirectManager::ServerSupported(url.c_str(), &code, nullptr)) return ServerFailure(host, url, code);
+  return std::nullopt;
+}
+
+Failure ObjectFailure(const Host& host, const std::string& address, const std::optional<Reason>& reason) {
+  std::optional<Failure> failure;
+  if (reason) failure = ObjectFailureByReason(host, address, *reason);
+  if (!failure) failure = Failure{ExitCode::NotFound, WithWordsOf("not found: " + address, reason)};
+  if (!failure->reason) failure->reason = reason;
+  return *failure;
+}
+
+Failure Diagnose(Host& host, const std::string& address, bool missing) {
+  if (Interrupted()) return InterruptedFailure();
+  const auto reason = LastReason();
+  std::optional<Failure> failure;
+  if (reason && !host.authenticationRefused()) failure = ObjectFailureByReason(host, address, *reason);
+  if (!failure) failure = DiagnoseByQuestions(host, address, missing, reason);
+  if (!failure->reason) failure->reason = reason;
+  return *failure;
+}
+
+Failure DiagnoseObjectAsDirectory(Host& host, const std::string& address) {
+  if (VtDirectManager::FileExists(address.c_str())) return IsADocument(address);
+  return Diagnose(host, address, true);
+}
+
+Failure DiagnoseDirectory(Host& host, const std::string& path, std::uint64_t delivered) {
+  const auto reason = LastReason();
+  Failure failure = DiagnoseListing(host, path, delivered, reason);
+  if (!failure.reason) failure.reason = reason;
+  return failure;
 }
 
 }  // namespace vtdirect_cli

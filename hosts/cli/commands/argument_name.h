@@ -1,59 +1,26 @@
 #pragma once
 
-#include <algorithm>
-#include <iterator>
+#include <cstddef>
 #include <string_view>
 
 namespace vtdirect_cli {
 
-/// Every option, as it is written after the two dashes, and every operand, in capital letters.
-inline constexpr std::string_view argumentNames[] = {
-    "ADDRESS",
-    "FILE",
-    "PATH",
-    "URL",
-    "anywhere",
-    "base",
-    "ca-file",
-    "cad",
-    "checkin",
-    "client-cert",
-    "client-key",
-    "config",
-    "connect-timeout",
-    "depth",
-    "folder",
-    "force",
-    "forget",
-    "full-paths",
-    "help",
-    "json",
-    "kind",
-    "language",
-    "latest",
-    "link",
-    "long",
-    "max-time",
-    "metadata",
-    "netrc",
-    "no-clobber",
-    "no-prompt",
-    "output",
-    "proxy",
-    "quiet",
-    "renew",
-    "server",
-    "stall-timeout",
-    "trace",
-    "version",
-    "versioned",
-    "versions",
-    "viewable",
-};
+/// Every option, as it is written after the two dashes, and every operand, in capital letters; a blank before
+/// and after each.
+inline constexpr std::string_view argumentNames =
+    " ADDRESS FILE PATH URL anywhere base ca-file cad checkin client-cert client-key config "
+    "connect-timeout depth folder force forget full-paths help json kind language latest link long max-time "
+    "metadata netrc no-clobber no-prompt output proxy quiet renew server stall-timeout trace version "
+    "versioned versions viewable ";
 
 /// Whether an option or an operand is called so.
 [[nodiscard]] constexpr bool IsArgumentName(std::string_view text) {
-  return std::find(std::begin(argumentNames), std::end(argumentNames), text) != std::end(argumentNames);
+  if (text.empty() || text.find(' ') != std::string_view::npos) return false;
+  for (std::size_t at = argumentNames.find(text); at != std::string_view::npos;
+       at = argumentNames.find(text, at + 1)) {
+    if (argumentNames[at - 1] == ' ' && argumentNames[at + text.size()] == ' ') return true;
+  }
+  return false;
 }
 
 /// The name of an option or an operand. A text in the source becomes one if it is in the list above; any other

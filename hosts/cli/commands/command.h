@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "hosts/cli/commands/argument_name.h"
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
 
 namespace vtdirect_cli {
 
@@ -103,6 +103,12 @@ struct GroupRow {
 
 /// The members of a failure, on standard error.
 [[nodiscard]] std::span<const MemberRow> FailureMembers();
+
+/// The members of a warning, on standard error.
+[[nodiscard]] std::span<const MemberRow> WarningMembers();
+
+/// What the members mean that several commands have: the same in each of them.
+[[nodiscard]] std::span<const MemberRow> Vocabulary();
 
 /// "text", "flag", "number" or "texts".
 [[nodiscard]] const char* NameOf(MemberType type);

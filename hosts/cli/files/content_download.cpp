@@ -11,12 +11,13 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/fetch_record.h"
 #include "hosts/cli/files/replacement.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/texts/progress_line.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -56,7 +57,7 @@ namespace {
     line.Show(received, announced, ProgressLine::Clock::now());
     return !Interrupted();
   };
-  ForgetTracedErrors();
+  ForgetReasons();
   VtDirectManager::DownloadOptions options;
   options.progress = progress;
   options.compareSize = true;
@@ -89,15 +90,15 @@ void Report(Host& host, const Download& download, std::uint64_t size) {
 }
 
 ExitCode FetchIntoFile(Host& host, Download& download) {
-  int error = 0;
-  const auto pending = PendingFile::Create(download.target.path, &error);
-  if (!pending) return host.output().Fail(WriteFailure(download.target.path, error));
-  if (const auto failure = Fetch(host, download, pending->path())) return host.output().Fail(*failure);
-  const std::uint64_t size = SizeOf(pending->path());
+  DurableFile pending(download.target.path);
+  if (pending.error() != 0) return host.output().Fail(WriteFailure(download.target.path, pending.error()));
+  if (const auto failure = Fetch(host, download, pending.path())) return host.output().Fail(*failure);
+  const std::uint64_t size = SizeOf(pending.path());
   // Before anybody else can write to it: what is recorded is what the server has.
   FetchRecord record;
-  const bool measured = Measure(pending->path(), record);
-  error = pending->Commit(download.force ? nullptr : &download.target.before);
+  const bool measured = Measure(pending.path(), record);
+  const auto condition = download.force ? DurableFile::Condition::Anything : DurableFile::Condition::AsBefore;
+  const int error = pending.Commit(DurableFile::Permissions::OfTarget, condition, download.target.before);
   if (error == ESTALE) return host.output().Fail(ChangedMeanwhile(download.target.path));
   if (error != 0) return host.output().Fail(WriteFailure(download.target.path, error));
   record.address = download.address;
@@ -110,13 +111,12 @@ ExitCode FetchIntoFile(Host& host, Download& download) {
 // A stream gets nothing until the content is complete, so that its reader never takes a part, or the server's
 // refusal, for the whole.
 ExitCode FetchIntoStream(Host& host, Download& download, int descriptor, const std::string& name) {
-  int error = 0;
-  const auto pending = PendingFile::Create(host.workDirectory() + "/content", &error);
-  if (!pending) return host.output().Fail(WriteFailure(host.workDirectory(), error));
-  if (const auto failure = Fetch(host, download, pending->path())) return host.output().Fail(*failure);
-  error = CopyToDescriptor(pending->path(), descriptor);
+  const DurableFile pending(host.workDirectory() + "/content");
+  if (pending.error() != 0) return host.output().Fail(WriteFailure(host.workDirectory(), pending.error()));
+  if (const auto failure = Fetch(host, download, pending.path())) return host.output().Fail(*failure);
+  const int error = CopyToDescriptor(pending.path(), descriptor);
   if (error != 0) return host.output().Fail(WriteFailure(name, error));
-  if (download.target.kind == Target::Kind::Device) Report(host, download, SizeOf(pending->path()));
+  if (download.target.kind == Target::Kind::Device) Report(host, download, SizeOf(pending.path()));
   return ExitCode::Ok;
 }
 
@@ -159,7 +159,9 @@ std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& argumen
   return std::nullopt;
 }
 
-std::optional<Failure> SettleDownload(Host& host, const Arguments& arguments, Download& download) {
+Result<Download> SettleDownload(Host& host, const Arguments& arguments, const std::string& address) {
+  Download download;
+  download.address = address;
   download.noClobber = arguments.Has("no-clobber");
   download.force = arguments.Has("force");
   const std::string output = arguments.Text("output");
@@ -168,8 +170,11 @@ std::optional<Failure> SettleDownload(Host& host, const Arguments& arguments, Do
     name = SafeFileName(FileNameOf(download.address));
     if (name.empty()) return NamelessFailure(host, download.address);
   }
-  if (auto failure = SettleTarget(output, name, download.noClobber, download.target)) return failure;
-  return RefusalOfReplacement(download.target, download.force);
+  const auto target = SettleTarget(output, name, download.noClobber);
+  if (!target) return target.failure();
+  if (auto failure = RefusalOfReplacement(*target, download.force)) return *failure;
+  download.target = *target;
+  return download;
 }
 
 void RecordFetch(Host& host, const std::string& file, FetchRecord record) {

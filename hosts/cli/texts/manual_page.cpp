@@ -93,9 +93,10 @@ namespace {
   }
   return out + ".PP\n" +
          Escaped(
-             "The class is found out from what the library answers. When an operation has failed, vtdirect "
-             "asks again whether the server can be used and whether the object is there; so an object that "
-             "the server keeps from this user counts as not found.") +
+             "The class is found out from the reason that the library tells of a failed call. Where that is "
+             "not enough, vtdirect asks again whether the server can be used and whether the object is "
+             "there. "
+             "An object that the server keeps from this user counts as not found.") +
          "\n";
 }
 
