@@ -52,7 +52,9 @@ std::optional<Reason> LastReason() {
 
 bool AnswerIsMissing(const VtDirectManager::Outcome& outcome) {
   const auto cause = outcome.Cause();
-  return cause && !cause->aside && cause->kind != VtDirectManager::FailureKind::NotFound;
+  // That there are several is an answer as well.
+  return cause && !cause->aside && cause->kind != VtDirectManager::FailureKind::NotFound &&
+         cause->kind != VtDirectManager::FailureKind::Ambiguous;
 }
 
 Failure WithReason(Failure failure) {

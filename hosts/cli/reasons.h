@@ -30,8 +30,8 @@ class ReasonCollector {
 /// requests before it that change something may.
 [[nodiscard]] std::optional<Reason> LastReason();
 
-/// Whether something that the server was asked for since is unknown: a call failed, and not because nothing was
-/// there. What it gave is no answer then.
+/// Whether what the server was asked for is unknown: a call failed, and not because nothing was there or several
+/// were. What it gave is no answer then.
 [[nodiscard]] bool AnswerIsMissing(const VtDirectManager::Outcome& outcome);
 
 /// The failure with the last reason, unless it has one.

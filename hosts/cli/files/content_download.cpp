@@ -43,7 +43,7 @@ namespace {
   std::string text =
       "the download of " + download.address + " broke off after " + ByteCount(download.received);
   if (download.announced > 0) text += " of " + std::to_string(download.announced);
-  return {ExitCode::DownloadFailed, text};
+  return WithReason({ExitCode::DownloadFailed, text});
 }
 
 [[nodiscard]] std::optional<Failure> Fetch(Host& host, Download& download, const std::string& localPath) {

@@ -11,7 +11,6 @@ namespace vtdirect_cli {
 namespace {
 
 using Action = PutTarget::Action;
-using VtDirectManager::StatusCode;
 
 constexpr const char* kAgain = "the same command can be given again";
 

@@ -115,6 +115,8 @@ TEST_F(VtDirect, Gives7ForADocumentWithoutContent) {
 TEST_F(VtDirect, Gives7WhenTheServerRefusesTheContent) {
   Serve({"--fault", "GET *streams*=500"});
   EXPECT_EQ(Run({"get", server().Uid("D1001")}).status, 7);
+  const std::string log = server().Log();
+  EXPECT_EQ(log.find("\"path\"", log.find("streams")), std::string::npos) << "nothing is asked afterwards";
   EXPECT_THAT(HereNames(), IsEmpty());
 }
 
