@@ -20,6 +20,7 @@ using du::http::ErrorCode;
 
 /// All header lines of one exchange. A server that never ends its header would otherwise never be stalled.
 constexpr std::size_t largestResponseHeader = 256 * 1024;
+constexpr int badRequest = 400;
 constexpr int payloadTooLarge = 413;
 
 /// The status of "HTTP/1.1 413 ..."; 0 for anything else.
@@ -78,6 +79,8 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   sentBeforeStart_.reset();
   demandSeen_ = false;
   connectLimitRanOut_ = false;
+  waitLimitRanOut_ = false;
+  notes_.NewAnswer();
   result_ = CURLE_OK;
   headerBytes_ = 0;
   begun_ = false;
@@ -144,7 +147,11 @@ void CurlExchange::ReadHeaderLine(std::string_view line) {
     headerEnded_ = false;
     if (IsDemand(status)) demandSeen_ = true;
     decoder_.reset();
-  } else if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
+    notes_.NewAnswer();
+    return;
+  }
+  notes_.HeaderLine(line);
+  if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
     decoder_ = AnswerDecoder::For(line.substr(line.find(':') + 1));
   } else if (line == "\r\n" || line == "\n") {
     headerEnded_ = true;
@@ -164,10 +171,18 @@ bool CurlExchange::BeginSink() {
   return failure_ == ErrorCode::Done;
 }
 
+bool CurlExchange::IsBodyOfAnAnswer(std::string_view bytes) {
+  const bool hasHead = status_ >= 200 && headerEnded_;
+  // What is no HTTP at all tells by its first bytes what it is, and a refusal of a bad request by its words.
+  if (!hasHead || status_ == badRequest) notes_.Body(bytes);
+  if (!hasHead) failure_ = ErrorCode::ProtocolFailure;
+  return hasHead;
+}
+
 std::size_t CurlExchange::OnBody(char* data, std::size_t, std::size_t count, void* self) {
   auto& exchange = *static_cast<CurlExchange*>(self);
   try {
-    if (!exchange.BeginSink()) return 0;
+    if (!exchange.IsBodyOfAnAnswer({data, count}) || !exchange.BeginSink()) return 0;
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(data);
     exchange.failure_ = exchange.decoder_ == nullptr
                             ? exchange.sink_->Write(bytes, count)
@@ -235,6 +250,7 @@ int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t received, curl_o
   if (exchange.BodyIsOut(sent)) exchange.clock_.BodyIsOut();
   if (!exchange.clock_.HasRunOut(Now(), received, sent)) return 0;
   exchange.failure_ = ErrorCode::TimedOut;
+  exchange.waitLimitRanOut_ = true;
   return 1;
 }
 
