@@ -41,6 +41,12 @@ bool IsDemand(int status) {
   return status == 401 || status == 407;
 }
 
+bool IsConnected(int socket) {
+  sockaddr_storage peer{};
+  socklen_t length = sizeof peer;
+  return ::getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &length) == 0;
+}
+
 TransferClock::Time Now() {
   return std::chrono::steady_clock::now();
 }
@@ -62,6 +68,8 @@ void CurlExchange::Attach(CURL* handle) {
   curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
   curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, &OnRequestStarts);
   curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
+  curl_easy_setopt(handle, CURLOPT_SOCKOPTFUNCTION, &OnNewSocket);
+  curl_easy_setopt(handle, CURLOPT_SOCKOPTDATA, this);
   curl_easy_setopt(handle, CURLOPT_CLOSESOCKETFUNCTION, &OnCloseSocket);
   curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, this);
 }
@@ -80,6 +88,7 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   demandSeen_ = false;
   connectLimitRanOut_ = false;
   waitLimitRanOut_ = false;
+  hadConnection_ = false;
   notes_.NewAnswer();
   result_ = CURLE_OK;
   headerBytes_ = 0;
@@ -283,8 +292,15 @@ long CurlExchange::RequestBytesSent() const {
   return bytes;
 }
 
+int CurlExchange::OnNewSocket(void* self, curl_socket_t, curlsocktype) {
+  // What was closed before was the connection of an earlier exchange.
+  static_cast<CurlExchange*>(self)->hadConnection_ = false;
+  return CURL_SOCKOPT_OK;
+}
+
 int CurlExchange::OnCloseSocket(void* self, curl_socket_t socket) {
   auto& exchange = *static_cast<CurlExchange*>(self);
+  exchange.hadConnection_ = exchange.hadConnection_ || IsConnected(socket);
   const bool unanswered = exchange.status_ < 200 || IsDemand(exchange.status_);
   if (exchange.body_ != nullptr && unanswered && !exchange.begun_) {
     // Sending failed before an answer was read. What the server said before it closed the connection still

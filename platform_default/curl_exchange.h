@@ -60,6 +60,9 @@ class CurlExchange {
   /// The status of the last line that had one; 0 without any.
   [[nodiscard]] int Status() const { return status_; }
   [[nodiscard]] const AnswerNotes& Notes() const { return notes_; }
+  /// True when a connection that it made was there, if only for the handshake, and ended with it. curl tells
+  /// the time of a connection that is ready for a request, and of no other.
+  [[nodiscard]] bool HadConnection() const { return hadConnection_; }
   /// True when it waited too long once it was connected, and for what it waited.
   [[nodiscard]] bool WaitLimitRanOut() const { return waitLimitRanOut_; }
   [[nodiscard]] TransferClock::Wait LastWait() const { return clock_.CurrentWait(); }
@@ -78,6 +81,7 @@ class CurlExchange {
   static int OnSeek(void* self, curl_off_t offset, int origin);
   static int OnProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
   static int OnRequestStarts(void* self, char*, char*, int, int);
+  static int OnNewSocket(void* self, curl_socket_t socket, curlsocktype purpose);
   static int OnCloseSocket(void* self, curl_socket_t socket);
 
   void ReadHeaderLine(std::string_view line);
@@ -116,6 +120,7 @@ class CurlExchange {
   bool demandSeen_ = false;  ///< the last answer was a 401 or 407; only then may a body go out once more
   bool connectLimitRanOut_ = false;
   bool waitLimitRanOut_ = false;
+  bool hadConnection_ = false;
   AnswerNotes notes_;
   CURLcode result_ = CURLE_OK;
   int revivals_ = 0;

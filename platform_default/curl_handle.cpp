@@ -290,7 +290,7 @@ ExchangeEvidence CurlHandle::EvidenceOf(const Origin& origin, ErrorCode code) co
   evidence.curlText = curlText_.data();
   evidence.systemError = NumberInfo(handle, CURLINFO_OS_ERRNO);
   evidence.hasAddress = HasTime(handle, CURLINFO_NAMELOOKUP_TIME_T);
-  evidence.hasConnected = HasTime(handle, CURLINFO_CONNECT_TIME_T);
+  evidence.hasConnected = exchange_.HadConnection();
   evidence.tunnelStatus = static_cast<int>(NumberInfo(handle, CURLINFO_HTTP_CONNECTCODE));
   evidence.waitsForTunnel = origin.scheme == "https" && watchesTls_ && !tlsEvents_.begun;
   evidence.tls = tlsEvents_;

@@ -105,16 +105,16 @@ TEST_F(FailureDetails, TellThatAnAnswerStops) {
 }
 
 TEST_F(FailureDetails, TellThatABodyIsNotTaken) {
-  ScriptedServer server([](Peer& peer, WireRequest&) { peer.StaySilent(); });
+  const FullPort deaf(4);
+  const std::string url = "http://127.0.0.1:" + std::to_string(deaf.port());
   // More than the buffers of both sides hold.
   const std::string body(64'000'000, 'b');
   Asking post;
   post.method = du::http::Method::Post;
   post.body = &body;
-  const Fetched fetched = FetchFrom(server.Url(), post);
+  const Fetched fetched = FetchFrom(url, post);
   EXPECT_EQ(fetched.code, ErrorCode::TimedOut);
-  Expect(fetched, server.Url(), FailureDetail::BodyStalled,
-         "The server stopped taking what was sent, for 1 s");
+  Expect(fetched, url, FailureDetail::BodyStalled, "The server stopped taking what was sent, for 1 s");
 }
 
 TEST_F(FailureDetails, TellThatAConnectionEndsTooEarly) {

@@ -69,8 +69,8 @@ void RawServer::Serve(int socket) const {
   }
 }
 
-FullPort::FullPort() {
-  listener_ = Listen(0, &port_);
+FullPort::FullPort(int room) : waiting_(room == 0 ? 8 : 0) {
+  listener_ = Listen(room, &port_);
   // One of them fills the queue; the others wait as everybody does who comes after them.
   for (int& one : waiting_) {
     one = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);

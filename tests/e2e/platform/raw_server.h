@@ -3,6 +3,7 @@
 #include <atomic>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace vtdirect_test {
 
@@ -32,10 +33,11 @@ class RawServer {
   std::thread acceptor_;
 };
 
-/// A port of 127.0.0.1 that takes no connection: the system drops whoever comes.
+/// A port of 127.0.0.1 that takes no connection: the system drops whoever comes. Or, with room for them, one
+/// that takes some and never reads or says a byte.
 class FullPort {
  public:
-  FullPort();
+  explicit FullPort(int room = 0);
   ~FullPort();
   FullPort(const FullPort&) = delete;
   FullPort& operator=(const FullPort&) = delete;
@@ -45,7 +47,7 @@ class FullPort {
  private:
   int port_ = 0;
   int listener_ = -1;
-  int waiting_[8];
+  std::vector<int> waiting_;
 };
 
 }  // namespace vtdirect_test
