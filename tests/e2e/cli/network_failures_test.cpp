@@ -160,10 +160,10 @@ TEST_F(UnusableCertificate, IsNotLookedAtWithoutAFileOfTrustedOnes) {
   MakeCertificate(Home(""), {"server", "IP:127.0.0.1", -1, 2, "authority"});
   authority_ = Home("empty.pem");
   WriteFile(authority_, "");
-  EXPECT_EQ(
-      CheckServer(),
-      CannotConnect(url_, "the file of trusted certificates holds no certificate: " + authority_ +
-                              "; name a PEM file with the certificates to trust by --ca-file or ca_file"));
+  const std::string err = CheckServer();
+  EXPECT_EQ(err, CannotConnect(
+                     url_, "the file of trusted certificates holds no certificate: " + authority_ +
+                               "; name a PEM file with the certificates to trust by --ca-file or ca_file"));
 }
 
 class RefusedContent : public VtDirect {};
