@@ -6,6 +6,7 @@
 #include "hosts/cli/files/temporary_files.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
+#include "hosts/cli/texts/network_failures.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -26,7 +27,10 @@ constexpr int kFirstOfServerErrors = 500;
 // That nothing was found is what the message says; what the server said of it may tell more.
 [[nodiscard]] std::string WithWordsOf(const std::string& message, const std::optional<Reason>& reason) {
   const bool tellsMore = reason && (reason->kind != FailureKind::NotFound || !reason->serverText.empty());
-  return tellsMore ? message + " (" + WordsOf(*reason) + ")" : message;
+  if (!tellsMore) return message;
+  // What is known of the way to the server tells more than what the operation says that failed for it.
+  const std::string hint = NetworkHint(reason);
+  return message + " (" + (hint.empty() ? WordsOf(*reason) : hint) + ")";
 }
 
 // Whether a server that gave this answer can be used: it knows what it is asked.
@@ -58,12 +62,9 @@ constexpr int kFirstOfServerErrors = 500;
   if (IsOfContent(reason) && reason.kind != FailureKind::NotFound && reason.kind != FailureKind::LocalFile) {
     return Failure{ExitCode::DownloadFailed, WithWordsOf("the download of " + address + " failed", reason)};
   }
-  if (reason.kind == FailureKind::TimedOut) {
-    return ServerFailure(host, url, VtDirectManager::StatusConnectFailed);
-  }
-  if (reason.kind == FailureKind::AnswerBroken || IsServerError(reason)) {
-    return Failure{ExitCode::CannotConnect,
-                   WithWordsOf(url + " gave no usable answer for " + address, reason)};
+  if (reason.kind == FailureKind::TimedOut || reason.kind == FailureKind::AnswerBroken ||
+      IsServerError(reason)) {
+    return UnusableServer(url, reason, address);
   }
   if (reason.kind == FailureKind::Ambiguous) {
     return Failure{ExitCode::NotFound, WithWordsOf("not found: " + address, reason)};
@@ -76,21 +77,37 @@ constexpr int kFirstOfServerErrors = 500;
           address + " is a document and no folder; vtdirect info and vtdirect versions tell of it"};
 }
 
+[[nodiscard]] Failure UnsupportedFailure(const std::string& url) {
+  const auto reason = LastReason();
+  Failure failure{ExitCode::ServerUnsupported,
+                  url + " is not supported: it has to be of release 11.0 M030 or later"};
+  // What is no server of this kind has no release that could be too old.
+  if (!NetworkHint(reason).empty()) failure = UnusableServer(url, reason);
+  failure.code = ExitCode::ServerUnsupported;
+  return failure;
+}
+
+// The server may offer no way to log in that could ever be accepted.
+[[nodiscard]] Failure RefusedLogin(const Host& host) {
+  const std::string hint = NetworkHint(LastReason());
+  const std::string refusal = host.authenticationRefusal();
+  return WithReason({ExitCode::AuthenticationRefused, hint.empty() ? refusal : refusal + " (" + hint + ")"});
+}
+
 [[nodiscard]] Failure ServerFailureOfCode(const Host& host, const std::string& url, std::int32_t code) {
   // A refused user gets no version either, so the library reports a missing connection: the demand that went
   // without an answer tells more.
-  if (host.authenticationRefused()) return {ExitCode::AuthenticationRefused, host.authenticationRefusal()};
+  if (host.authenticationRefused()) return RefusedLogin(host);
   switch (code) {
     case VtDirectManager::StatusServerRefused:
       return {ExitCode::AuthenticationRefused, url + " refused the credentials"};
     case VtDirectManager::StatusServerUnsupported:
-      return {ExitCode::ServerUnsupported,
-              url + " is not supported: it has to be of release 11.0 M030 or later"};
+      return UnsupportedFailure(url);
     default:
       // What a server tells of itself passes through a temporary file, and counts as no answer when it can't
       // be kept.
       if (auto failure = TemporaryFilesFailure()) return *failure;
-      return {ExitCode::CannotConnect, "cannot connect to " + url};
+      return UnusableServer(url, LastReason());
   }
 }
 
@@ -143,8 +160,7 @@ Failure ServerFailure(const Host& host, const std::string& url, std::int32_t cod
 
 std::optional<Failure> DiagnoseServer(Host& host, const std::string& url) {
   if (Interrupted()) return InterruptedFailure();
-  if (host.authenticationRefused())
-    return Failure{ExitCode::AuthenticationRefused, host.authenticationRefusal()};
+  if (host.authenticationRefused()) return RefusedLogin(host);
   if (const auto reason = LastReason()) {
     if (IsOfUsableServer(*reason)) return std::nullopt;
     if (auto failure = ServerFailureByReason(host, url, *reason)) return failure;

@@ -116,7 +116,7 @@ constexpr const char* kUnchanged = "nothing was changed";
   const auto reason = LastReason();
   auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));
   if (!failure || failure->code == ExitCode::Interrupted) return failure;
-  failure->message = step + " failed: " + failure->message + "; whether it was done is not known";
+  failure->message = step + " failed: " + failure->Text() + "; whether it was done is not known";
   failure->advice = "when the server can be used again, " + next;
   failure->reason = reason;
   return failure;

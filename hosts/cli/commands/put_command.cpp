@@ -95,7 +95,7 @@ struct Put {
       "the server has taken " + put.request.content.path + " and did not tell what became of it";
   if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(path.c_str()))) {
     if (failure->code == ExitCode::Interrupted) return *failure;
-    return {failure->code, taken + " (" + failure->message + ")",
+    return {failure->code, taken + " (" + failure->Text() + ")",
             CommandToType("info", path) + " tells when the server answers", failure->reason};
   }
   return {ExitCode::Incomplete, taken + "; it shows no document " + path,

@@ -124,7 +124,7 @@ constexpr const char* kAgain = "the same command can be given again";
   const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(target.address.c_str()));
   if (!failure && outcome.code == VtDirectManager::StatusConnectFailed) return ExitCode::CannotConnect;
   if (!failure) return ExitCode::Failure;
-  why = failure->message;
+  why = failure->Text();
   return failure->code;
 }
 
@@ -135,7 +135,7 @@ Failure PutCheckInFailure(Host& host, const std::string& uid) {
   std::string why = WordsOfLastReason();
   const auto server = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));
   if (server && server->code == ExitCode::Interrupted) return InterruptedFailure();
-  if (server) why = server->message;
+  if (server) why = server->Text();
   const bool stands = IsWorkingCopy(ReadCheckoutState(uid).status);
   failure.message = "the file is stored in the working copy " + uid + ", but checking it in failed";
   if (!why.empty()) failure.message += " (" + why + ")";

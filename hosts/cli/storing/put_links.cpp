@@ -28,7 +28,7 @@ namespace {
     failure = *server;
   if (failure.code == ExitCode::Interrupted) return failure;
   failure.message = "the source links of " + target.address + " could not be read, and would be lost" +
-                    (failure.message.empty() ? "" : " (" + failure.message + ")") + "; nothing was sent";
+                    (failure.message.empty() ? "" : " (" + failure.Text() + ")") + "; nothing was sent";
   failure.advice = "the same command can be given again";
   return failure;
 }

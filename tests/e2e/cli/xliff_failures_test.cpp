@@ -33,8 +33,8 @@ constexpr const char* kMended =
 
 // Those of a first upload before the document stands on the server, in their order.
 constexpr Step kBefore[] = {
-    {"GET *dkm/documents/D1032", 3, "gave no usable answer for //sim/?id=D1032"},
-    {"GET */OrvetGW", 3, "cannot connect to "},
+    {"GET *dkm/documents/D1032", 3, " for //sim/?id=D1032"},
+    {"GET */OrvetGW", 3, "no usable answer from "},
     {"GET *XliffPreferences*", 1, kMended},
     {"GET *DataAdmin/Containers*", 1, kMended},
     {"GET *csrf", 1, "sending chain.xlf as the source XLIFF of //sim/?id=D1032 failed ("},
@@ -43,14 +43,13 @@ constexpr Step kBefore[] = {
     {"POST *dkm/documents", 1, "the same command can be given again"}};
 
 // Those of an update before the new iteration stands on the server.
-constexpr Step kBeforeUpdate[] = {
-    {"GET *dkm/documents/D1028", 3, "gave no usable answer for //sim/?id=D1028"},
-    {"GET */OrvetGW", 3, "cannot connect to "},
-    {"GET *dkm/documents/D1029", 1, "what stands now could not be found out"},
-    {"GET *csrf", 1, "D1029&file=/welding%20manual.xlf as before"},
-    {"POST *creationFactory", 1, "D1029&file=/welding%20manual.xlf as before"},
-    {"POST *content/upload/*", 1, "D1029&file=/welding%20manual.xlf as before"},
-    {"POST *dkm/documents", 1, "D1029&file=/welding%20manual.xlf as before"}};
+constexpr Step kBeforeUpdate[] = {{"GET *dkm/documents/D1028", 3, " for //sim/?id=D1028"},
+                                  {"GET */OrvetGW", 3, "no usable answer from "},
+                                  {"GET *dkm/documents/D1029", 1, "what stands now could not be found out"},
+                                  {"GET *csrf", 1, "D1029&file=/welding%20manual.xlf as before"},
+                                  {"POST *creationFactory", 1, "D1029&file=/welding%20manual.xlf as before"},
+                                  {"POST *content/upload/*", 1, "D1029&file=/welding%20manual.xlf as before"},
+                                  {"POST *dkm/documents", 1, "D1029&file=/welding%20manual.xlf as before"}};
 
 const std::string kRefusals[] = {"503", "drop"};
 
@@ -233,7 +232,7 @@ TEST_F(XliffCommands, TellAServerOfTheOldestGeneration) {
 
 TEST_F(XliffCommands, TellAServerThatCanNotBeReached) {
   Serve({"--fault", "* *=drop"});
-  ExpectEach(3, server().url() + " gave no usable answer for ");
+  ExpectEach(3, "no usable answer from " + server().url() + " for //sim/");
 }
 
 class XliffPreference : public XliffTest, public testing::WithParamInterface<const char*> {};
