@@ -12,7 +12,6 @@
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -116,11 +115,9 @@ constexpr std::size_t kMostWarnings = 3;
 }
 
 [[nodiscard]] Finding FindCreation(Host& host, const JournalEntry& entry) {
-  ForgetTracedErrors();
-  const std::string uid = UidAtPlace(entry.uid);
-  if (!uid.empty()) return CompareContent(host, entry, uid);
-  const auto reason = LastReason();
-  if (reason && reason->kind != VtDirectManager::FailureKind::NotFound) return NotKnown(entry.address);
+  const auto uid = UidAtPlace(entry.uid);
+  if (!uid) return NotKnown(entry.address);
+  if (!uid->empty()) return CompareContent(host, entry, *uid);
   return {true,
           false,
           {},
@@ -168,7 +165,7 @@ void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls) {
                           "; \"vtdirect recover\" settles it");
   }
   if (!fault.empty()) host.output().Warning(fault);
-  ForgetTracedErrors();
+  ForgetReasons();
 }
 
 }  // namespace vtdirect_cli

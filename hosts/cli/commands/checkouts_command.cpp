@@ -57,9 +57,9 @@ CommandRow CheckoutsCommand() {
       RunCheckouts,
       {{"since", MemberType::Text, nullptr, "when it was first kept: UTC, as 2026-01-31T09:00:00Z"},
        {"user", MemberType::Text, nullptr, "who holds it, as the server calls them"},
-       {"name", MemberType::Text, nullptr, "the file name, escaped as in a path"},
+       {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
        {"uid", MemberType::Text, nullptr, "the working copy's UID"},
-       {"document", MemberType::Text, nullptr, "the document's UID as it was before"}}};
+       {"document", MemberType::Text, nullptr, "the document's UID as it was before its checkout"}}};
 }
 
 }  // namespace vtdirect_cli

@@ -56,7 +56,7 @@ CommandRow RecoverCommand() {
       RunRecover,
       {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
        {"step", MemberType::Text, nullptr, "checkout, checkin, undo, create, iterate or store"},
-       {"address", MemberType::Text, nullptr, "the address as it was given"},
+       {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
        {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
        {"found", MemberType::Text, nullptr, "where things stand, for a reader"}}};
 }

@@ -6,7 +6,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/tree_walk.h"
 
 namespace vtdirect_cli {
@@ -24,14 +24,14 @@ struct Tree {
   ExitCode worst = ExitCode::Ok;
 };
 
-[[nodiscard]] std::optional<Failure> ReadDepth(const Arguments& arguments, Tree& tree) {
-  if (!arguments.Has("depth")) return std::nullopt;
-  tree.depthGiven = true;
-  const std::string text = arguments.Text("depth");
+[[nodiscard]] Result<std::uint32_t> ReadDepth(const Arguments& arguments) {
   const std::uint32_t deepest = TreeBounds().depth;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), tree.bounds.depth);
+  if (!arguments.Has("depth")) return deepest;
+  const std::string text = arguments.Text("depth");
+  std::uint32_t depth = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), depth);
   const bool whole = error == std::errc() && end == text.data() + text.size();
-  if (whole && tree.bounds.depth >= 1 && tree.bounds.depth <= deepest) return std::nullopt;
+  if (whole && depth >= 1 && depth <= deepest) return depth;
   return Failure{ExitCode::Usage, "--depth takes a number from 1 to " + std::to_string(deepest)};
 }
 
@@ -99,11 +99,14 @@ ExitCode Report(Tree& tree, const TreeEnd& end) {
 ExitCode RunTree(Host& host, const Arguments& arguments) {
   Tree tree{host, arguments.Text("PATH"), WithClosingSlash(arguments.Text("PATH")), {}};
   tree.fullPaths = arguments.Has("full-paths");
-  AddressKind kind{};
-  if (const auto failure = RequireAddress(tree.path, kind)) return host.output().Fail(*failure);
-  if (const auto failure = ReadDepth(arguments, tree)) return host.output().Fail(*failure);
-  if (IsById(tree.path, kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, tree.path));
-  ForgetTracedErrors();
+  const auto kind = RequireAddress(tree.path);
+  if (!kind) return host.output().Fail(kind.failure());
+  const auto depth = ReadDepth(arguments);
+  if (!depth) return host.output().Fail(depth.failure());
+  tree.bounds.depth = *depth;
+  tree.depthGiven = arguments.Has("depth");
+  if (IsById(tree.path, *kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, tree.path));
+  ForgetReasons();
   return Report(tree, Walk(tree));
 }
 
@@ -127,9 +130,9 @@ CommandRow TreeCommand() {
         "Print whole paths without indentation, fit for sort and grep."}},
       true,
       RunTree,
-      {{"path", MemberType::Text, nullptr, "the entry's own path; a folder's closes with \"/\""},
-       {"name", MemberType::Text, nullptr, "its name as it stands in a path"},
-       {"kind", MemberType::Text, nullptr, "folder or document"},
+      {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
+       {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+       {"kind", MemberType::Text, nullptr, "document, folder or server"},
        {"depth", MemberType::Number, nullptr, "levels below PATH, from 1"}}};
 }
 

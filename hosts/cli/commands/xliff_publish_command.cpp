@@ -2,20 +2,21 @@
 
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 #include "hosts/cli/translation/xliff_subject.h"
 
 namespace vtdirect_cli {
 namespace {
 
 ExitCode RunXliffPublish(Host& host, const Arguments& arguments) {
-  XliffSubject subject;
-  if (const auto failure = SettleSubject(host, arguments, subject)) return host.output().Fail(*failure);
+  const auto settled = SettleSubject(host, arguments);
+  if (!settled) return host.output().Fail(settled.failure());
+  const XliffSubject& subject = *settled;
   if (const auto failure = RefusalOfAnotherPlace(subject.address, subject.uid)) {
     return host.output().Fail(*failure);
   }
-  ForgetTracedErrors();
+  ForgetReasons();
   if (!VtDirectManager::SetXliffPublished(subject.uid.c_str())) {
     return host.output().Fail(
         DiagnoseXliff(host, subject,

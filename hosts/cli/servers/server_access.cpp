@@ -37,7 +37,8 @@ struct ProcessWide {
   std::string authorityFile;
 };
 
-[[nodiscard]] std::optional<Failure> CollectProcessWide(const ServerAccess& access, ProcessWide& wide) {
+[[nodiscard]] Result<ProcessWide> CollectProcessWide(const ServerAccess& access) {
+  ProcessWide wide;
   bool isFirst = true;
   for (const std::string& url : access.used) {
     const ServerSettings settings = SettingsOf(access, url);
@@ -51,7 +52,7 @@ struct ProcessWide {
     wide = {settings.proxy, settings.authorityFile};
   }
   if (access.used.empty()) wide = {access.commandLine.proxy, access.commandLine.authorityFile};
-  return std::nullopt;
+  return wide;
 }
 
 void ShowCertificate(const ServerAccess& access, const std::string& url, const ServerSettings& settings) {
@@ -67,8 +68,9 @@ void ShowCertificate(const ServerAccess& access, const std::string& url, const S
 }  // namespace
 
 std::optional<Failure> ApplyServerAccess(const ServerAccess& access) {
-  ProcessWide wide;
-  if (auto failure = CollectProcessWide(access, wide)) return failure;
+  const auto collected = CollectProcessWide(access);
+  if (!collected) return collected.failure();
+  const ProcessWide& wide = *collected;
   if (auto failure = RequireReadable(wide.authorityFile)) return failure;
   du::http::TransportSettings transport = du::http::GetTransportSettings();
   if (!wide.authorityFile.empty()) transport.certificateAuthorityFile = wide.authorityFile;

@@ -139,8 +139,8 @@ std::optional<Failure> AddServerArgument(std::string_view argument, Configuratio
   return std::nullopt;
 }
 
-std::optional<Failure> ReadConfiguration(std::string_view text, const std::string& name,
-                                         Configuration& configuration) {
+Result<Configuration> ReadConfiguration(std::string_view text, const std::string& name) {
+  Configuration configuration;
   Section section;
   for (int number = 1; !text.empty(); ++number) {
     const std::size_t end = std::min(text.find('\n'), text.size());
@@ -151,7 +151,7 @@ std::optional<Failure> ReadConfiguration(std::string_view text, const std::strin
                                            : ReadLine(line, section, configuration);
     if (fault) return LineFault(name, number, *fault);
   }
-  return std::nullopt;
+  return configuration;
 }
 
 std::string DefaultConfigurationPath(const std::string& configHome, const std::string& home) {
@@ -160,16 +160,15 @@ std::string DefaultConfigurationPath(const std::string& configHome, const std::s
   return home + "/.config/vtdirect/config";
 }
 
-std::optional<Failure> LoadConfiguration(const std::string& path, bool required,
-                                         Configuration& configuration) {
+Result<Configuration> LoadConfiguration(const std::string& path, bool required) {
   std::string text;
   const int error = ReadLocalTextFile(path, text);
-  if (error == ENOENT && !required) return std::nullopt;
+  if (error == ENOENT && !required) return Configuration{};
   if (error != 0) {
     return Failure{ExitCode::LocalFile,
                    "cannot read the configuration file " + path + ": " + std::strerror(error)};
   }
-  return ReadConfiguration(text, path, configuration);
+  return ReadConfiguration(text, path);
 }
 
 std::optional<Failure> ConfigurationFault(const Configuration& configuration) {

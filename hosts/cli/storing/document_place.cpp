@@ -8,6 +8,7 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/files/escaped_name.h"
+#include "hosts/cli/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -27,17 +28,28 @@ namespace {
   return names;
 }
 
+[[nodiscard]] Failure NotToldFailure(const std::string& address, const VtDirectManager::Outcome& outcome) {
+  const auto cause = outcome.Cause();
+  return {ExitCode::CannotConnect,
+          "where the document of " + address + " stands could not be found out (" + WordsOf(*cause) +
+              "); nothing was changed",
+          "the same command can be given again", cause};
+}
+
 }  // namespace
 
 std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const std::string& uid) {
-  AddressKind kind{};
-  if (uid.empty() || ClassifyAddress(address, kind) || IsById(address, kind)) return std::nullopt;
+  const auto kind = ClassifyAddress(address);
+  if (uid.empty() || !kind || IsById(address, *kind)) return std::nullopt;
+  const VtDirectManager::Outcome outcome;
   const std::string folder = VtDirectManager::GetVFSFolderPath(uid.c_str());
+  if (folder.empty() && AnswerIsMissing(outcome)) return NotToldFailure(address, outcome);
   if (folder.empty() || NamesOf(folder) == NamesOf(address.substr(0, address.rfind('/'))))
     return std::nullopt;
-  return Failure{ExitCode::NotFound, "not found: " + address + "; the document of that name, " + uid +
-                                         ", stands in " + WithClosingSlash(folder) +
-                                         "; nothing was changed; give its own address if it is meant"};
+  return Failure{ExitCode::NotFound,
+                 "not found: " + address + "; the document of that name, " + uid + ", stands in " +
+                     WithClosingSlash(folder) + "; nothing was changed",
+                 "give its own address if it is meant"};
 }
 
 OptionRow AnywhereOption() {
@@ -49,19 +61,23 @@ OptionRow AnywhereOption() {
           "Take the document of that name in whichever folder it is, as the server's search finds it."};
 }
 
-std::optional<Failure> RequirePlacedAddress(const Arguments& arguments, const std::string& address,
-                                            AddressKind& kind) {
-  if (auto failure = RequireAddress(address, kind)) return failure;
-  if (arguments.Has("anywhere") || IsById(address, kind) || address.ends_with('/')) return std::nullopt;
-  auto failure = RefusalOfAnotherPlace(address, VtDirectManager::GetUID(address.c_str()));
-  if (failure) failure->message += ", or --anywhere";
-  return failure;
+Result<AddressKind> RequirePlacedAddress(const Arguments& arguments, const std::string& address) {
+  const auto kind = RequireAddress(address);
+  if (!kind || arguments.Has("anywhere") || IsById(address, *kind) || address.ends_with('/')) return kind;
+  auto refusal = RefusalOfAnotherPlace(address, VtDirectManager::GetUID(address.c_str()));
+  if (!refusal) return kind;
+  if (refusal->code == ExitCode::NotFound) refusal->advice += ", or --anywhere";
+  return *refusal;
 }
 
-std::string UidAtPlace(const std::string& path) {
-  std::string uid = VtDirectManager::GetUID(path.c_str());
-  if (uid.empty() || RefusalOfAnotherPlace(path, uid)) return {};
-  return uid;
+Result<std::string> UidAtPlace(const std::string& path) {
+  const VtDirectManager::Outcome outcome;
+  const std::string uid = VtDirectManager::GetUID(path.c_str());
+  if (uid.empty() && AnswerIsMissing(outcome)) return NotToldFailure(path, outcome);
+  const auto refusal = RefusalOfAnotherPlace(path, uid);
+  if (!refusal) return uid;
+  if (refusal->code != ExitCode::NotFound) return *refusal;
+  return std::string();
 }
 
 }  // namespace vtdirect_cli

@@ -5,7 +5,8 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
+#include "hosts/cli/result.h"
 
 /// Whether a document stands where a path says.
 ///
@@ -14,9 +15,9 @@
 /// neither changed nor, unasked, taken for it.
 namespace vtdirect_cli {
 
-/// A failure that tells where the document stands that a path was resolved to, if that is another folder than
-/// the path's. Nothing for an address by id, and where the server shows no path of the document. Makes
-/// requests.
+/// A failure of the code NotFound that tells where the document stands that a path was resolved to, if that is
+/// another folder than the path's; one of another code if the server could not tell where it stands. Nothing
+/// for an address by id, and where the server shows no path of the document. Makes requests.
 /// @param address  as it was given, with the document's name
 /// @param uid      what it was resolved to; empty for nothing
 [[nodiscard]] std::optional<Failure> RefusalOfAnotherPlace(const std::string& address,
@@ -27,12 +28,13 @@ namespace vtdirect_cli {
 
 /// RequireAddress for a command that reads a document: a path must lead to one where it says, unless
 /// --anywhere was given. Makes requests for a path.
-/// @return a failure for a malformed address, an unlisted server and another place; nothing for an address
-///         that leads to no document, and for a folder's
-[[nodiscard]] std::optional<Failure> RequirePlacedAddress(const Arguments& arguments,
-                                                          const std::string& address, AddressKind& kind);
+/// @return which family the address is of, also of one that leads to no document and of a folder's; a failure for
+///         a malformed address, an unlisted server and another place
+[[nodiscard]] Result<AddressKind> RequirePlacedAddress(const Arguments& arguments,
+                                                       const std::string& address);
 
 /// The UID of the document that stands at a path; empty when none does. Makes requests.
-[[nodiscard]] std::string UidAtPlace(const std::string& path);
+/// @return a failure if the server could not tell
+[[nodiscard]] Result<std::string> UidAtPlace(const std::string& path);
 
 }  // namespace vtdirect_cli

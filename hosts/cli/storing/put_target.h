@@ -4,6 +4,7 @@
 #include <string>
 
 #include "hosts/cli/host.h"
+#include "hosts/cli/result.h"
 #include "hosts/cli/storing/put_request.h"
 
 namespace vtdirect_cli {
@@ -26,9 +27,8 @@ struct PutTarget {
 /// Finds out what the address of the request means: a folder takes the file's name, what isn't there is
 /// created, and a document that this user has checked out by this program gets a store into its working copy.
 /// Makes requests, none of which changes anything.
-/// @return a failure for what the server can't take: no such folder, checked out by somebody else, an older
+/// @return where it goes, or a failure for what the server can't take: no such folder, checked out by somebody else, an older
 ///         iteration
-[[nodiscard]] std::optional<Failure> SettlePutTarget(Host& host, const PutRequest& request,
-                                                     PutTarget& target);
+[[nodiscard]] Result<PutTarget> SettlePutTarget(Host& host, const PutRequest& request);
 
 }  // namespace vtdirect_cli

@@ -7,7 +7,6 @@
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/progress_line.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -117,7 +116,7 @@ PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& tar
   ProgressLine line(width == 0 ? nullptr : &std::cerr, request.content.path, width);
   CopyCheck check(request);
   report.Tell("nothing was stored");
-  ForgetTracedErrors();
+  ForgetReasons();
   Send(request, target, links, ProgressOf(request, target, report, check, line, outcome), outcome);
   if (!outcome.stored) check.LookAtFailure(outcome);
   line.Clear();

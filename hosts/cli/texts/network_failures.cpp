@@ -156,11 +156,15 @@ std::optional<NetworkFailure> NetworkFailureOf(const Reason& reason) {
   }
 }
 
-std::string UnusableServerText(const std::string& url, const std::optional<Reason>& reason) {
+Failure UnusableServer(const std::string& url, const std::optional<Reason>& reason,
+                       const std::string& address) {
   const auto failure = reason ? AnyFailureOf(*reason) : std::nullopt;
-  if (!failure) return "cannot connect to " + url;
-  return (failure->wasReached ? "no usable answer from " : "cannot connect to ") + url + ": " +
-         WithAdvice(*failure);
+  if (!failure) return {ExitCode::CannotConnect, "cannot connect to " + url, {}, reason};
+  const std::string subject = address.empty() ? url : url + " for " + address;
+  return {ExitCode::CannotConnect,
+          (failure->wasReached ? "no usable answer from " + subject : "cannot connect to " + url) + ": " +
+              failure->what,
+          failure->advice, reason};
 }
 
 std::string AnswerText(const Reason& reason) {

@@ -64,21 +64,20 @@ std::optional<XliffFault> CheckXliff(const ReadFunction& read, const std::string
   return frame.Result();
 }
 
-std::optional<Failure> CheckXliffFile(const std::string& path, const std::string& language,
-                                      std::optional<XliffFault>& fault) {
+Result<std::optional<XliffFault>> CheckXliffFile(const std::string& path, const std::string& language) {
   const auto unreadable = [&path](int error) {
     return Failure{ExitCode::LocalFile, "cannot read " + path + ": " + std::strerror(error)};
   };
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) return unreadable(errno);
   int error = 0;
-  fault =
+  const auto fault =
       CheckXliff([descriptor, &error](char* buffer,
                                       std::size_t size) { return ReadSome(descriptor, buffer, size, error); },
                  language);
   close(descriptor);
   if (error != 0) return unreadable(error);
-  return std::nullopt;
+  return fault;
 }
 
 }  // namespace vtdirect_cli

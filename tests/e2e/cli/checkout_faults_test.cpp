@@ -310,7 +310,9 @@ TEST_F(CheckoutFailure, IsNoneWhenOnlyTheTemporaryWorkspaceStays) {
   EXPECT_EQ(result.out, Run({"uid", path_}).out);
   EXPECT_THAT(
       result.err,
-      ContainsRegex("warning: Failed to delete temporary workspace W[0-9]+; it may stay on the server"));
+      ContainsRegex(
+          "warning: the temporary workspace could not be deleted .*HTTP 500.*; it may stay on the server, at "
+          "http://.*/workspaces/W[0-9]+/"));
   EXPECT_EQ(Book(), kBookHead);
 }
 

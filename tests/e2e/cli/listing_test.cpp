@@ -179,8 +179,8 @@ TEST_F(VtDirect, ListsTheServersWithoutAnyRequest) {
   Serve();
   EXPECT_EQ(Run({"ls"}).out, "sim/\n");
   EXPECT_EQ(Run({"ls", "-s", "arch=http://a/", "--json"}).out,
-            "{\"schema\":1,\"command\":\"ls\",\"path\":\"//arch/\",\"name\":\"arch\",\"kind\":\"server\"}\n"
-            "{\"schema\":1,\"command\":\"ls\",\"path\":\"//sim/\",\"name\":\"sim\",\"kind\":\"server\"}\n");
+            "{\"schema\":2,\"command\":\"ls\",\"path\":\"//arch/\",\"name\":\"arch\",\"kind\":\"server\"}\n"
+            "{\"schema\":2,\"command\":\"ls\",\"path\":\"//sim/\",\"name\":\"sim\",\"kind\":\"server\"}\n");
   EXPECT_EQ(server().Log(), "");
 }
 
@@ -202,7 +202,7 @@ TEST_F(VtDirect, ShowsVersionsWithTheirIdsAsJson) {
   const ProcessResult result = Run({"ls", "--json", "--versions", kFolders + std::string("/Frame/")});
   EXPECT_THAT(
       result.out,
-      HasSubstr("{\"schema\":1,\"command\":\"ls\",\"path\":\"//sim/Products/Trekking "
+      HasSubstr("{\"schema\":2,\"command\":\"ls\",\"path\":\"//sim/Products/Trekking "
                 "Bike/Folders/Frame/fork.lxz\",\"name\":\"fork.lxz\",\"kind\":\"document\",\"versions\":"
                 "[\"B.1\",\"A.2\",\"A.1\"],\"version_ids\":[\"D1001\",\"D1201\",\"D1101\"]}\n"));
 }

@@ -306,7 +306,7 @@ TEST_F(PutInterrupted, WhileTheFileIsTakenSaysThatItIsNotKnown) {
 TEST_F(PutInterrupted, WhileTheWorkingCopyIsStoredSaysSoInJsonToo) {
   const std::string err = InterruptAt("POST *W301/store", {"f", kBench + "crank.lxz", "--json"}).err;
   EXPECT_THAT(err,
-              testing::StartsWith("{\"schema\":1,\"command\":\"put\",\"error\":\"interrupted\",\"exit\":130,"
+              testing::StartsWith("{\"schema\":2,\"command\":\"put\",\"error\":\"interrupted\",\"exit\":130,"
                                   "\"message\":\"interrupted; the file was sent, and whether the server has "
                                   "stored it is not known; "));
   EXPECT_THAT(err, testing::EndsWith("}\n"));

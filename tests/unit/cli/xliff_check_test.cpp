@@ -292,25 +292,25 @@ TEST(XliffCheck, ReadsAnyAmountOfText) {
 TEST(XliffCheck, TellsAFileThatCanNotBeRead) {
   EXPECT_TRUE(CheckXliff([](char*, std::size_t) { return std::ptrdiff_t{-1}; }, "en"));
   const vtdirect_test::TemporaryDirectory directory;
-  std::optional<XliffFault> fault;
-  const auto missing = CheckXliffFile(directory.File("none"), "en", fault);
-  ASSERT_TRUE(missing);
-  EXPECT_EQ(missing->code, ExitCode::LocalFile);
-  EXPECT_EQ(missing->message, "cannot read " + directory.File("none") + ": No such file or directory");
-  const auto folder = CheckXliffFile(directory.path(), "en", fault);
-  ASSERT_TRUE(folder);
-  EXPECT_EQ(folder->message, "cannot read " + directory.path() + ": Is a directory");
+  const auto missing = CheckXliffFile(directory.File("none"), "en");
+  ASSERT_FALSE(missing);
+  EXPECT_EQ(missing.failure().code, ExitCode::LocalFile);
+  EXPECT_EQ(missing.failure().message,
+            "cannot read " + directory.File("none") + ": No such file or directory");
+  const auto folder = CheckXliffFile(directory.path(), "en");
+  ASSERT_FALSE(folder);
+  EXPECT_EQ(folder.failure().message, "cannot read " + directory.path() + ": Is a directory");
 }
 
 TEST(XliffCheck, ReadsALocalFile) {
   const vtdirect_test::TemporaryDirectory directory;
   vtdirect_test::WriteFile(directory.File("a.xlf"), Version12(kFile));
-  std::optional<XliffFault> fault;
-  EXPECT_FALSE(CheckXliffFile(directory.File("a.xlf"), "en", fault));
-  EXPECT_FALSE(fault);
-  EXPECT_FALSE(CheckXliffFile(directory.File("a.xlf"), "fr", fault));
-  ASSERT_TRUE(fault);
-  EXPECT_EQ(fault->line, 3U);
+  const auto fit = CheckXliffFile(directory.File("a.xlf"), "en");
+  ASSERT_TRUE(fit);
+  EXPECT_FALSE(*fit);
+  const auto other = CheckXliffFile(directory.File("a.xlf"), "fr");
+  ASSERT_TRUE(other && *other);
+  EXPECT_EQ((*other)->line, 3U);
 }
 
 }  // namespace vtdirect_cli
