@@ -27,6 +27,8 @@ void OnState(const SSL* connection, int where, int alert) {
 void WatchTls(ssl_ctx_st* context, TlsEvents* events) {
   if (SSL_CTX_set_ex_data(context, EventsIndex(), events) != 1) return;
   SSL_CTX_set_cert_cb(context, &OnCertificateAsked, events);
+  // A line that was cut must not look like an answer that has ended.
+  SSL_CTX_clear_options(context, SSL_OP_IGNORE_UNEXPECTED_EOF);
   SSL_CTX_set_info_callback(context, &OnState);
 }
 
