@@ -9,6 +9,7 @@
 #include "base/failure_log.h"
 #include "base/server_key.h"
 #include "base/text.h"
+#include "connection/bounded_sink.h"
 #include "connection/exchange_failure.h"
 #include "platform/uri.h"
 
@@ -97,18 +98,30 @@ du::http::ErrorCode HttpConnection::SendWithProgress(const du::http::Request& re
 
 std::uint16_t HttpConnection::DownloadToFile(const char* path, const char* headers, const char* filePath,
                                              du::http::ProgressFunction downloadProgress) {
+  du::http::DiskFileSink sink(filePath);
+  return Download(path, headers, filePath, sink, std::move(downloadProgress));
+}
+
+std::uint16_t HttpConnection::DownloadDocumentTo(const char* filePath, const char* path,
+                                                 std::uint64_t longest) {
+  du::http::DiskFileSink file(filePath);
+  BoundedSink sink(file, longest, filePath);
+  return Download(path, "", filePath, sink, {});
+}
+
+std::uint16_t HttpConnection::Download(const char* path, const char* headers, const char* filePath,
+                                       du::http::FileSink& sink, du::http::ProgressFunction progress) {
   const std::string uri = basePath_ + path;
   const char* headerText = headers != nullptr ? headers : "";
   du::http::BufferFileSource headerSource(reinterpret_cast<const std::uint8_t*>(headerText),
                                           std::strlen(headerText));
-  du::http::DiskFileSink sink(filePath);
   du::http::Request request;
   request.method = du::http::Method::Get;
   request.uri = uri.c_str();
   request.headers = &headerSource;
   request.sink = &sink;
   int status = 0;
-  const auto error = SendWithProgress(request, &status, {}, std::move(downloadProgress));
+  const auto error = SendWithProgress(request, &status, {}, std::move(progress));
   if (FailuresAreCollected() && (error != du::http::ErrorCode::Done || status != 200)) {
     ReportDownload(*this, uri, error, status, filePath);
   }

@@ -56,8 +56,15 @@ class HttpConnection {
   [[nodiscard]] std::uint16_t DownloadToFile(const char* path, const char* headers, const char* filePath,
                                              du::http::ProgressFunction downloadProgress);
 
+  /// DownloadToFile for a document of the server's that goes through a temporary file. One that is longer than
+  /// `longest` bytes is a failed exchange and a broken answer; the file then holds no more than these.
+  [[nodiscard]] std::uint16_t DownloadDocumentTo(const char* filePath, const char* path,
+                                                 std::uint64_t longest);
+
  private:
   [[nodiscard]] du::http::Connection* Connect();
+  [[nodiscard]] std::uint16_t Download(const char* path, const char* headers, const char* filePath,
+                                       du::http::FileSink& sink, du::http::ProgressFunction progress);
 
   const std::string uri_;
   const std::string basePath_;
