@@ -6,8 +6,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 #include "hosts/cli/files/durable_file.h"
@@ -76,20 +79,29 @@ void TakeOver(int descriptor, const struct stat& before) {
   }
 }
 
+// The number of bytes at the beginning that must not stand in a file name as they are. A byte that is no UTF-8
+// may, but for the controls of a terminal among them: it is what an older server means by a letter.
+[[nodiscard]] std::size_t UnsafeLength(std::string_view rest, bool isFirst) {
+  if (rest.front() == '/' || (isFirst && rest.front() == '.')) return 1;
+  const std::size_t length = UnprintableLength(rest);
+  const bool isByteOfNoText = length == 1 && static_cast<unsigned char>(rest.front()) >= 0xA0;
+  return isByteOfNoText ? 0 : length;
+}
+
 }  // namespace
 
 std::string SafeFileName(const std::string& name) {
   std::string out;
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(name[i]);
-    const bool dotInFront = i == 0 && byte == '.';
-    if (byte >= 0x20 && byte != 0x7F && byte != '/' && !dotInFront) {
-      out += name[i];
-      continue;
+  std::string_view rest = name;
+  while (!rest.empty()) {
+    const std::size_t unsafe = UnsafeLength(rest, out.empty());
+    for (const char c : rest.substr(0, unsafe)) {
+      char escaped[4];
+      std::snprintf(escaped, sizeof escaped, "%%%2.2x", static_cast<unsigned>(static_cast<unsigned char>(c)));
+      out += escaped;
     }
-    char escaped[4];
-    std::snprintf(escaped, sizeof escaped, "%%%2.2x", static_cast<unsigned>(byte));
-    out += escaped;
+    if (unsafe == 0) out += rest.front();
+    rest.remove_prefix(std::max<std::size_t>(unsafe, 1));
   }
   return out;
 }

@@ -76,6 +76,12 @@ std::string Printable(std::string_view text) {
   return out;
 }
 
+std::size_t UnprintableLength(std::string_view text) {
+  if (text.empty()) return 0;
+  const Character character = CharacterAt(text, 0);
+  return character.valid && !HarmsTerminal(character.value) ? 0 : character.length;
+}
+
 std::string ValidUtf8(std::string_view text) {
   std::string out;
   out.reserve(text.size());
