@@ -153,8 +153,7 @@ VTDIRECT_API std::unique_ptr<Connection> ConnectURI(const char* uri, const char*
 ///
 /// A GET follows redirects, never out of https, and to another origin without credentials, without the
 /// cookies that this process has there, and without the caller's lines other than "Accept"; those cookies of
-/// the first origin's session that are for that host or domain go along, but none to another port of the host
-/// that set it. A redirect that isn't followed is
+/// the first origin's session that are for that host or domain go along. A redirect that isn't followed is
 /// reported as an answer. A body is never redirected, and never sent a second time but for
 /// a demand for authentication.
 ///

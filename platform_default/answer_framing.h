@@ -16,6 +16,8 @@ class AnswerFraming {
   ///         a list, for a second, different length, and for any other transfer coding than one "chunked"
   [[nodiscard]] bool Take(std::string_view line);
 
+  /// Whether nothing but the end of the connection tells where the body ends.
+  [[nodiscard]] bool EndsWithConnection() const { return !length_ && !chunked_; }
   /// Whether the body is coded (gzip and the like): what comes is not the content itself.
   [[nodiscard]] bool IsCoded() const { return coded_; }
 

@@ -72,6 +72,7 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   decodes_ = parts.decodes;
   refusesCoded_ = parts.refusesCoded;
   mostDemands_ = parts.demands;
+  tls_ = parts.tls;
   demands_ = 0;
   cut_ = false;
   framing_ = {};
@@ -116,6 +117,7 @@ ErrorCode CurlExchange::Conclude(CURLcode result) {
   if (result != CURLE_OK) return ProxyRefusedTunnel() ? ErrorCode::NoConnection : ErrorCodeOf(result);
   // curl is content with a connection that closes in the middle of a header.
   if (status_ < 200 || !headerEnded_) return ErrorCode::ProtocolFailure;
+  if (WasCutOff()) return ErrorCode::ProtocolFailure;
   if (!BeginSink()) return failure_;
   return FinishSink();
 }
@@ -275,6 +277,12 @@ int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t received, curl_o
   if (!exchange.clock_.HasRunOut(Now(), received, sent)) return 0;
   exchange.failure_ = ErrorCode::TimedOut;
   return 1;
+}
+
+// Whoever cuts a line can end a connection, but not the TLS on it. curl takes both for the end of the body.
+bool CurlExchange::WasCutOff() const {
+  const bool mayHaveBody = status_ != 204 && status_ != 304;
+  return tls_ != nullptr && mayHaveBody && framing_.EndsWithConnection() && !tls_->closed;
 }
 
 // curl reads the body of a demand that it is going to answer by itself, and shows nothing of it.

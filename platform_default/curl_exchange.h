@@ -13,6 +13,7 @@
 #include "platform_default/answer_decoder.h"
 #include "platform_default/answer_framing.h"
 #include "platform_default/refusal_sink.h"
+#include "platform_default/tls_events.h"
 #include "platform_default/transfer_clock.h"
 
 namespace vtdirect::platform {
@@ -31,6 +32,8 @@ struct ExchangeParts {
   /// Answers with a demand for authentication after which curl may send the request once more by itself. A
   /// server can call each login stale and ask for the next one.
   int demands = 1;
+  /// Where the events of a connection over TLS are noted; null for any other connection.
+  const TlsEvents* tls = nullptr;
 };
 
 /// What one exchange on a curl handle needs while it runs, and what it learned when it is over: the functions
@@ -97,6 +100,7 @@ class CurlExchange {
   [[nodiscard]] long RequestBytesSent() const;
   [[nodiscard]] bool ProxyRefusedTunnel() const;
   [[nodiscard]] bool BodyIsOut(curl_off_t sent) const;
+  [[nodiscard]] bool WasCutOff() const;
   [[nodiscard]] bool IsDrowned(curl_off_t received) const;
   [[nodiscard]] du::http::ErrorCode Conclude(CURLcode result);
 
@@ -122,6 +126,7 @@ class CurlExchange {
   bool mayRepeat_ = false;
   bool decodes_ = false;
   bool refusesCoded_ = false;
+  const TlsEvents* tls_ = nullptr;
   int mostDemands_ = 1;
   int demands_ = 0;
   bool cut_ = false;

@@ -152,8 +152,13 @@ void CurlHandle::SetTrust() {
     curl_easy_setopt(handle, CURLOPT_PROXY_CAPATH, nullptr);
   }
   if (!shared) return;
+  watchesTls_ = true;
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &OnTlsContext);
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
+}
+
+const TlsEvents* CurlHandle::WatchedTls(const OutgoingRequest& request) const {
+  return watchesTls_ && request.url.starts_with("https:") ? &tlsEvents_ : nullptr;
 }
 
 CURLcode CurlHandle::OnTlsContext(CURL*, void* context, void* self) {
@@ -242,7 +247,7 @@ void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
 ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& sink,
                            const du::http::TransportSettings& settings, int* httpStatus) {
   exchange_.Start({request.body, &sink, request.method == Method::Get, request.asksForCompression,
-                   request.asksForIdentity, request.demands},
+                   request.asksForIdentity, request.demands, WatchedTls(request)},
                   {settings.stallTimeoutSeconds, settings.firstByteTimeoutSeconds,
                    settings.firstByteAfterBodyTimeoutSeconds});
   SetConnectLimit(settings.connectTimeoutMilliseconds);

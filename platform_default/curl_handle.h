@@ -90,6 +90,7 @@ class CurlHandle {
   static CURLcode OnTlsContext(CURL* handle, void* context, void* self);
   [[nodiscard]] bool CertificateWasRefused() const;
   [[nodiscard]] curl_socket_t KeptSocket() const;
+  [[nodiscard]] const TlsEvents* WatchedTls(const OutgoingRequest& request) const;
   [[nodiscard]] bool HasUnaskedBytes() const;
   void SetFixedOptions();
   void SetTrust();
@@ -103,6 +104,7 @@ class CurlHandle {
   std::shared_ptr<OriginSession> session_;  ///< before the handle, which uses its share to the last
   TrustSource trust_;
   std::string passphrase_;
+  bool watchesTls_ = false;
   bool negotiated_ = false;  ///< the last exchange carried a login by Negotiate
   TlsEvents tlsEvents_;      ///< of the last exchange; before the handle, whose connections refer to it
   CurlExchange exchange_;    ///< before the handle, whose end still calls it back

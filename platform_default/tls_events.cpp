@@ -17,9 +17,11 @@ int OnCertificateAsked(SSL*, void* events) {
 }
 
 void OnState(const SSL* connection, int where, int alert) {
-  if ((where & SSL_CB_READ_ALERT) != SSL_CB_READ_ALERT || (alert >> 8) != SSL3_AL_FATAL) return;
-  void* events = SSL_CTX_get_ex_data(SSL_get_SSL_CTX(connection), EventsIndex());
-  if (events != nullptr) static_cast<TlsEvents*>(events)->fatalAlert = alert & 0xFF;
+  if ((where & SSL_CB_READ_ALERT) != SSL_CB_READ_ALERT) return;
+  auto* events = static_cast<TlsEvents*>(SSL_CTX_get_ex_data(SSL_get_SSL_CTX(connection), EventsIndex()));
+  if (events == nullptr) return;
+  if ((alert & 0xFF) == SSL_AD_CLOSE_NOTIFY) events->closed = true;
+  if ((alert >> 8) == SSL3_AL_FATAL) events->fatalAlert = alert & 0xFF;
 }
 
 }  // namespace
@@ -27,8 +29,6 @@ void OnState(const SSL* connection, int where, int alert) {
 void WatchTls(ssl_ctx_st* context, TlsEvents* events) {
   if (SSL_CTX_set_ex_data(context, EventsIndex(), events) != 1) return;
   SSL_CTX_set_cert_cb(context, &OnCertificateAsked, events);
-  // A line that was cut must not look like an answer that has ended.
-  SSL_CTX_clear_options(context, SSL_OP_IGNORE_UNEXPECTED_EOF);
   SSL_CTX_set_info_callback(context, &OnState);
 }
 

@@ -11,6 +11,7 @@ namespace vtdirect::platform {
 struct TlsEvents {
   bool certificateAsked = false;  ///< it asked for a client certificate
   std::optional<int> fatalAlert;  ///< the number of the alert with which it ended the connection
+  bool closed = false;            ///< it has closed the TLS connection as it should be
 };
 
 /// Notes the events of all TLS connections that are made with `context`.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <malloc.h>
+
 #include <cstddef>
 #include <fstream>
 #include <string>
@@ -29,6 +31,7 @@ inline constexpr bool memoryIsMeasured = true;
 class ResidentGrowth {
  public:
   ResidentGrowth() {
+    malloc_trim(0);  // what is free already would be taken again without a trace
     std::ofstream("/proc/self/clear_refs") << "5";  // the most there was begins anew
     before_ = MemoryOfProcess("VmRSS");
   }

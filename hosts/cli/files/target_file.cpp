@@ -6,7 +6,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -79,29 +78,30 @@ void TakeOver(int descriptor, const struct stat& before) {
   }
 }
 
-// The number of bytes at the beginning that must not stand in a file name as they are. A byte that is no UTF-8
-// may, but for the controls of a terminal among them: it is what an older server means by a letter.
-[[nodiscard]] std::size_t UnsafeLength(std::string_view rest, bool isFirst) {
-  if (rest.front() == '/' || (isFirst && rest.front() == '.')) return 1;
-  const std::size_t length = UnprintableLength(rest);
-  const bool isByteOfNoText = length == 1 && static_cast<unsigned char>(rest.front()) >= 0xA0;
-  return isByteOfNoText ? 0 : length;
+// A byte that is no UTF-8 may stand in a file name, but for the controls of a terminal among them: it is what an
+// older server means by a letter.
+[[nodiscard]] bool IsSafe(std::string_view bytes, bool isPrintable, bool isFirst) {
+  if (bytes == "/" || (isFirst && bytes == ".")) return false;
+  return isPrintable || (bytes.size() == 1 && static_cast<unsigned char>(bytes.front()) >= 0xA0);
 }
 
 }  // namespace
 
 std::string SafeFileName(const std::string& name) {
   std::string out;
-  std::string_view rest = name;
-  while (!rest.empty()) {
-    const std::size_t unsafe = UnsafeLength(rest, out.empty());
-    for (const char c : rest.substr(0, unsafe)) {
+  for (std::string_view rest = name; !rest.empty();) {
+    const FirstCharacter first = FirstCharacterOf(rest);
+    const std::string_view bytes = rest.substr(0, first.length);
+    rest.remove_prefix(first.length);
+    if (IsSafe(bytes, first.isPrintable, out.empty())) {
+      out += bytes;
+      continue;
+    }
+    for (const char c : bytes) {
       char escaped[4];
       std::snprintf(escaped, sizeof escaped, "%%%2.2x", static_cast<unsigned>(static_cast<unsigned char>(c)));
       out += escaped;
     }
-    if (unsafe == 0) out += rest.front();
-    rest.remove_prefix(std::max<std::size_t>(unsafe, 1));
   }
   return out;
 }

@@ -76,10 +76,9 @@ std::string Printable(std::string_view text) {
   return out;
 }
 
-std::size_t UnprintableLength(std::string_view text) {
-  if (text.empty()) return 0;
+FirstCharacter FirstCharacterOf(std::string_view text) {
   const Character character = CharacterAt(text, 0);
-  return character.valid && !HarmsTerminal(character.value) ? 0 : character.length;
+  return {character.length, character.valid && !HarmsTerminal(character.value)};
 }
 
 std::string ValidUtf8(std::string_view text) {
