@@ -48,6 +48,7 @@ ErrorCode FailoverFileSink::Write(const std::uint8_t* data, std::size_t count) {
 }
 
 bool FailoverFileSink::WriteToFile(const std::uint8_t* data, std::size_t count) {
+  if (count == 0) return true;
   if (!MayGrow(descriptor_, written_, count)) return false;
   written_ += count;
   return WriteAll(descriptor_, data, count);

@@ -63,6 +63,7 @@ TEST_F(TemporarySpace, IsASetting) {
   EXPECT_EQ(Fill(longer, 100, 1'000'000), 1000u);
   EXPECT_EQ(refusal_, ErrorCode::LocalFileFailure);
   EXPECT_EQ(FileSize(), 1000u);
+  std::filesystem::remove(longer.GetFilePath());
   ASSERT_EQ(trace_.lines().size(), 1u);
   EXPECT_NE(trace_.lines()[0].text.find("largestTemporaryFile"), std::string::npos);
 }
