@@ -36,10 +36,16 @@ void ReadLine(const std::string& line, ServerInfo& info) {
 
 }  // namespace
 
+du::http::FailureReport ForeignServer() {
+  return {du::http::FailureDetail::ForeignServer, "What answers there is not a Vantry server"};
+}
+
 Status GetServerInfo(HttpConnection& connection, ServerInfo& info) {
   const FailureStep step("ask the server for its version");
   const ScopedTempPath file(MakeTempFile("vtinfo", "txt"));
-  if (connection.DownloadDocumentTo(file.path().c_str(), "servlet/OrvetGW", longestDocument) != 200) {
+  const std::string path = file.path();
+  if (connection.DownloadDocumentTo(path.c_str(), "servlet/OrvetGW", longestDocument, ForeignServer()) !=
+      200) {
     TracerFor(Follows())(dp::TraceType::Error,
                          "Failed to get version info from server %s treating as unsupported",
                          connection.uri().c_str());

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "export.h"
+#include "failure_detail.h"
 
 /// The HTTP road of the platform: one call performs one exchange, and small sources and sinks carry the
 /// bytes.
@@ -131,6 +132,10 @@ struct CommonAuth {
   /// Called when the server demands authentication. True: try again with the credentials that now stand.
   /// False: report the server's answer as it is.
   std::function<bool()> reauthenticate;
+  /// Told at most once, on the request's thread and before its end, what the exchange failed on, where more
+  /// is known than the error code; and of an answer whose status or coding speaks of something between here
+  /// and the server. May be empty. A platform that knows no more leaves it alone.
+  std::function<void(const FailureReport&)> explain = {};
 };
 
 /// Makes a connection for a server URL. Makes no request and opens no socket.
@@ -153,7 +158,8 @@ VTDIRECT_API std::unique_ptr<Connection> ConnectURI(const char* uri, const char*
 ///
 /// A GET follows redirects, never out of https, and to another origin without credentials, without the
 /// cookies that this process has there, and without the caller's lines other than "Accept"; those cookies of
-/// the first origin's session that are for that host or domain go along. A redirect that isn't followed is
+/// the first origin's session that are for that host or domain go along, but none to another port of the host
+/// that set it. A redirect that isn't followed is
 /// reported as an answer. A body is never redirected, and never sent a second time but for
 /// a demand for authentication.
 ///
