@@ -84,6 +84,8 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   tls_ = parts.tls;
   demands_ = 0;
   cut_ = false;
+  unclear_ = false;
+  codedContent_ = false;
   framing_ = {};
   refusal_.reset();
   decoder_.reset();
@@ -172,9 +174,9 @@ bool CurlExchange::ReadHeaderLine(std::string_view line) {
   if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
     decoder_ = AnswerDecoder::For(line.substr(line.find(':') + 1));
   }
-  if (framing_.Take(line)) return true;
-  failure_ = ErrorCode::ProtocolFailure;
-  return false;
+  unclear_ = !framing_.Take(line);
+  if (unclear_) failure_ = ErrorCode::ProtocolFailure;
+  return !unclear_;
 }
 
 void CurlExchange::BeginAnswer(int status) {
@@ -192,7 +194,8 @@ void CurlExchange::BeginAnswer(int status) {
 bool CurlExchange::EndHeader() {
   headerEnded_ = true;
   if (status_ < 200) clock_.AnswerWasInterim();
-  if (refusesCoded_ && framing_.IsCoded() && IsSuccess(status_)) failure_ = ErrorCode::ProtocolFailure;
+  codedContent_ = refusesCoded_ && framing_.IsCoded() && IsSuccess(status_);
+  if (codedContent_) failure_ = ErrorCode::ProtocolFailure;
   // curl answers a demand by itself as long as it finds a way to.
   cut_ = IsDemand(status_) && demands_ > mostDemands_;
   return failure_ == ErrorCode::Done && !cut_;

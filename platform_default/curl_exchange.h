@@ -80,6 +80,9 @@ class CurlExchange {
   /// True when a connection that it made was there, if only for the handshake, and ended with it. curl tells
   /// the time of a connection that is ready for a request, and of no other.
   [[nodiscard]] bool HadConnection() const { return hadConnection_; }
+  /// True when its answer was refused for its lines: for its length or transfer coding, and for a coded content.
+  [[nodiscard]] bool WasUnclear() const { return unclear_; }
+  [[nodiscard]] bool WasCoded() const { return codedContent_; }
   /// True when it waited too long once it was connected, and for what it waited.
   [[nodiscard]] bool WaitLimitRanOut() const { return waitLimitRanOut_; }
   [[nodiscard]] TransferClock::Wait LastWait() const { return clock_.CurrentWait(); }
@@ -145,6 +148,8 @@ class CurlExchange {
   int mostDemands_ = 1;
   int demands_ = 0;
   bool cut_ = false;
+  bool unclear_ = false;
+  bool codedContent_ = false;
   AnswerFraming framing_;                   ///< of the last answer
   std::optional<RefusalSink> refusal_;      ///< before the sink of an answer that is no success
   std::unique_ptr<AnswerDecoder> decoder_;  ///< null for an answer that goes to the sink as it comes

@@ -308,6 +308,8 @@ ExchangeEvidence CurlHandle::EvidenceOf(const Origin& origin, ErrorCode code) co
   evidence.origin = origin;
   evidence.code = code;
   evidence.status = exchange_.Status();
+  evidence.isUnclear = exchange_.WasUnclear();
+  evidence.isCodedContent = exchange_.WasCoded();
   evidence.notes = exchange_.Notes();
   evidence.offeredLogins = NumberInfo(handle, CURLINFO_HTTPAUTH_AVAIL);
   evidence.limitRanOut = exchange_.WaitLimitRanOut();
