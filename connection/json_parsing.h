@@ -33,7 +33,8 @@ template <typename Handler>
   return reader.Read(text) && reader.Finish();
 }
 
-/// Parses a text into a document, which is left null when that fails.
+/// Parses a text into a document, which is left null when that fails: also for a text that is longer than the
+/// settings allow (largestJson), and when there is no memory for the document.
 [[nodiscard]] bool ParseJson(const JsonPieces& next, rapidjson::Document& document);
 [[nodiscard]] bool ParseJson(std::string_view text, rapidjson::Document& document);
 

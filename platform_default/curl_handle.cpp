@@ -1,5 +1,7 @@
 #include "platform_default/curl_handle.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
 #include <limits>
 #include <mutex>
@@ -48,6 +50,25 @@ const char* OrNull(const std::string& text) {
   return text.empty() ? nullptr : text.c_str();
 }
 
+/// Where an answer redirects to that curl has not read to its end.
+std::string LocationUrl(CURL* handle) {
+  struct Closer {
+    void operator()(CURLU* url) const { curl_url_cleanup(url); }
+  };
+  curl_header* location = nullptr;
+  if (curl_easy_header(handle, "Location", 0, CURLH_HEADER, -1, &location) != CURLHE_OK) return {};
+  const std::unique_ptr<CURLU, Closer> url(curl_url());
+  const std::string base = TextInfo(handle, CURLINFO_EFFECTIVE_URL);
+  constexpr unsigned lenient = CURLU_URLENCODE | CURLU_ALLOW_SPACE | CURLU_PATH_AS_IS;
+  if (curl_url_set(url.get(), CURLUPART_URL, base.c_str(), lenient) != CURLUE_OK) return {};
+  if (curl_url_set(url.get(), CURLUPART_URL, location->value, lenient) != CURLUE_OK) return {};
+  char* text = nullptr;
+  if (curl_url_get(url.get(), CURLUPART_URL, &text, 0) != CURLUE_OK) return {};
+  const std::string absolute = text;
+  curl_free(text);
+  return absolute;
+}
+
 /// curl takes "Name:" as an order to leave a line out, and "Name;" for a line without a value.
 std::string AsCurlWantsIt(const std::string& line) {
   const std::size_t colon = line.find(':');
@@ -71,6 +92,7 @@ std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool sizeK
   for (const std::string& line : request.headerLines) lines.push_back(AsCurlWantsIt(line));
   if (!ContainsHeader(request.headerLines, "Accept")) lines.emplace_back("Accept:");
   if (request.asksForCompression) lines.emplace_back("Accept-Encoding: gzip, deflate");
+  if (request.asksForIdentity) lines.emplace_back("Accept-Encoding: identity");
   if (request.method == Method::Get) return lines;
   if (!ContainsHeader(request.headerLines, "Content-Type")) lines.emplace_back("Content-Type:");
   // Waiting for "100 Continue" costs a round trip, or a second where the server does not know it.
@@ -149,6 +171,10 @@ void CurlHandle::SetTrust() {
   if (!shared) return;
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &OnTlsContext);
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
+}
+
+const TlsEvents* CurlHandle::WatchedTls(const OutgoingRequest& request) const {
+  return watchesTls_ && request.url.starts_with("https:") ? &tlsEvents_ : nullptr;
 }
 
 CURLcode CurlHandle::OnTlsContext(CURL*, void* context, void* self) {
@@ -237,7 +263,8 @@ void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
 
 ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& sink,
                            const du::http::TransportSettings& settings, int* httpStatus) {
-  exchange_.Start({request.body, &sink, request.method == Method::Get, request.asksForCompression},
+  exchange_.Start({request.body, &sink, request.method == Method::Get, request.asksForCompression,
+                   request.asksForIdentity, request.demands, WatchedTls(request)},
                   {settings.stallTimeoutSeconds, settings.firstByteTimeoutSeconds,
                    settings.firstByteAfterBodyTimeoutSeconds});
   SetConnectLimit(settings.connectTimeoutMilliseconds);
@@ -245,7 +272,7 @@ ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& s
   SetHeaderLines(request);
   SetAuthentication(request);
   curl_easy_setopt(handle_.get(), CURLOPT_FRESH_CONNECT,
-                   NeedsFreshConnection(request, session_->way()) ? 1L : 0L);
+                   NeedsFreshConnection(request, session_->way()) || HasUnaskedBytes() ? 1L : 0L);
   curl_easy_setopt(handle_.get(), CURLOPT_URL, request.url.c_str());
   tlsEvents_ = {};
   const ErrorCode result = exchange_.Perform(httpStatus);
@@ -281,6 +308,8 @@ ExchangeEvidence CurlHandle::EvidenceOf(const Origin& origin, ErrorCode code) co
   evidence.origin = origin;
   evidence.code = code;
   evidence.status = exchange_.Status();
+  evidence.isUnclear = exchange_.WasUnclear();
+  evidence.isCodedContent = exchange_.WasCoded();
   evidence.notes = exchange_.Notes();
   evidence.offeredLogins = NumberInfo(handle, CURLINFO_HTTPAUTH_AVAIL);
   evidence.limitRanOut = exchange_.WaitLimitRanOut();
@@ -311,6 +340,7 @@ FailureReport CurlHandle::Explain(const Origin& origin, ErrorCode code) const {
 }
 
 std::string CurlHandle::RedirectUrl() const {
+  if (exchange_.WasCut()) return LocationUrl(handle_.get());
   return TextInfo(handle_.get(), CURLINFO_REDIRECT_URL);
 }
 
@@ -322,10 +352,23 @@ PasswordScheme CurlHandle::DemandedScheme() const {
   return PasswordScheme::Unknown;
 }
 
-bool CurlHandle::IsConnected() const {
+curl_socket_t CurlHandle::KeptSocket() const {
   curl_socket_t socket = CURL_SOCKET_BAD;
-  return curl_easy_getinfo(handle_.get(), CURLINFO_ACTIVESOCKET, &socket) == CURLE_OK &&
-         socket != CURL_SOCKET_BAD;
+  const CURLcode known = curl_easy_getinfo(handle_.get(), CURLINFO_ACTIVESOCKET, &socket);
+  return known == CURLE_OK ? socket : CURL_SOCKET_BAD;
+}
+
+bool CurlHandle::IsConnected() const {
+  return KeptSocket() != CURL_SOCKET_BAD;
+}
+
+// What a server sends between two requests would be read as the answer to the second one, which may be for
+// another document or another user of this process.
+bool CurlHandle::HasUnaskedBytes() const {
+  const curl_socket_t socket = KeptSocket();
+  if (socket == CURL_SOCKET_BAD) return false;
+  char byte = 0;
+  return ::recv(socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
 }
 
 }  // namespace vtdirect::platform

@@ -24,6 +24,8 @@ struct OutgoingRequest {
   std::vector<std::string> headerLines;
   du::http::FileSource* body = nullptr;  ///< null for a request without one
   bool asksForCompression = false;       ///< gzip and deflate, to be decoded on the way to the sink
+  bool asksForIdentity = false;          ///< the content as it is; a coded one is refused
+  int demands = 1;                       ///< see ExchangeParts
   long authenticationMask = CURLAUTH_NONE;
   std::string user;
   std::string password;
@@ -64,6 +66,8 @@ class CurlHandle {
   [[nodiscard]] std::string RedirectUrl() const;
   /// How the server took or demanded a password; `Unknown` when it demanded none.
   [[nodiscard]] PasswordScheme DemandedScheme() const;
+  /// Demands for authentication that it met, those included that were answered on the way.
+  [[nodiscard]] int Demands() const { return exchange_.Demands(); }
   /// True when it left a TCP connection open for the next one.
   [[nodiscard]] bool IsConnected() const;
   /// True when the connect limit ended it.
@@ -88,6 +92,9 @@ class CurlHandle {
   CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle);
   static CURLcode OnTlsContext(CURL* handle, void* context, void* self);
   [[nodiscard]] bool CertificateWasRefused() const;
+  [[nodiscard]] curl_socket_t KeptSocket() const;
+  [[nodiscard]] const TlsEvents* WatchedTls(const OutgoingRequest& request) const;
+  [[nodiscard]] bool HasUnaskedBytes() const;
   [[nodiscard]] du::http::FailureReport ExplainIdentity() const;
   [[nodiscard]] ExchangeEvidence EvidenceOf(const Origin& origin, du::http::ErrorCode code) const;
   void SetFixedOptions();

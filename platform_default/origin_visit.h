@@ -58,6 +58,8 @@ class OriginVisit {
   [[nodiscard]] PasswordScheme KnownScheme() const { return session_->passwordScheme(); }
   /// Keeps for all how the server takes a password, if the last answer has shown it, and gives it.
   PasswordScheme LearnScheme();
+  /// Demands for authentication that the last exchange met, those included that it answered by itself.
+  [[nodiscard]] int Demands() const { return handle_->Demands(); }
   /// Where the last answer redirects to; empty when it does not.
   [[nodiscard]] std::string RedirectUrl() const { return handle_->RedirectUrl(); }
 

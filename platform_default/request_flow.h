@@ -48,6 +48,7 @@ class RequestFlow {
   [[nodiscard]] PasswordScheme KnownScheme() const;
   [[nodiscard]] Carried PasswordRoad(PasswordScheme scheme, bool hasBody) const;
   void LearnScheme();
+  void CountDemands(int status);
 
   [[nodiscard]] bool MayFollowUp(int status) const;
   [[nodiscard]] bool FollowsUp(int status);

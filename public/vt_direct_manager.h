@@ -128,6 +128,13 @@ enum ConfigItem : std::int32_t {
   ConfigTempWorkspaceDescription = 6,  ///< their description; empty means "ZVK Fenloom temporary workspace"
   ConfigBrowseDynamicDocuments = 7,    ///< flag, initially on: look at dynamic documents
   ConfigBrowseCadDocuments = 8,        ///< flag, initially off: look at CAD documents
+  /// Longest JSON answer that is read into memory as a whole, as a decimal number of bytes; a longer one is
+  /// broken. In memory it takes up to sixteen times as much. Empty means 67108864 (64 MiB). A listing that is
+  /// handed on row by row may be longer.
+  ConfigLargestJson = 9,
+  /// Longest text within a JSON answer, as a decimal number of bytes; an answer with a longer one is broken
+  /// from there on. Empty means 16777216 (16 MiB).
+  ConfigLongestJsonText = 10,
 };
 
 /// Number and name of a document in a listing. Valid during the callback only.

@@ -101,7 +101,7 @@ std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
   for (const std::string& argument : arguments.All("server")) {
     if (auto failure = AddServerArgument(argument, configuration_)) return failure;
   }
-  for (const auto& [nickname, url] : configuration_.servers) NameServer(url);
+  for (const auto& [nickname, url] : configuration_.servers) namedUrls_.push_back(url);
   return ConfigurationFault(configuration_);
 }
 
@@ -116,7 +116,18 @@ std::vector<std::string> Host::ServersOf(const CommandRow& command, const Argume
   return urls;
 }
 
+// A command that names no server works with all of them.
+std::vector<std::string> Host::MeantUrls() const {
+  if (usedUrls_.empty()) return namedUrls_;
+  std::vector<std::string> meant = usedUrls_;
+  for (const std::string& url : usedUrls_) {
+    for (const std::string& other : ServersWithLoginOf(configuration_, url)) meant.push_back(other);
+  }
+  return meant;
+}
+
 std::optional<Failure> Host::SetAccess(const CommandRow& command, const Arguments& arguments) {
+  usedUrls_ = ServersOf(command, arguments);
   ServerAccess access{configuration_, {}, namedUrls_, ServersOf(command, arguments), {}};
   access.listed.insert(access.listed.end(), access.used.begin(), access.used.end());
   access.commandLine.authorityFile = arguments.Text("ca-file");
@@ -288,7 +299,7 @@ void Host::ForgetAuthenticationRefusal() {
 bool Host::Authenticate(const std::string& url) {
   if (!authenticator_) {
     const CredentialSinks sinks{du::http::SetPasswordCredentials, du::http::SetBearerToken};
-    authenticator_ = std::make_unique<Authenticator>(sources_, sinks, namedUrls_);
+    authenticator_ = std::make_unique<Authenticator>(sources_, sinks, namedUrls_, MeantUrls());
   }
   return authenticator_->Answer(url);
 }

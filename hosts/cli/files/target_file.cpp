@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
+#include <string_view>
 #include <vector>
 
 #include "hosts/cli/files/durable_file.h"
@@ -33,20 +35,30 @@ namespace {
   }
 }
 
+// A byte that is no UTF-8 may stand in a file name, but for the controls of a terminal among them: it is what an
+// older server means by a letter.
+[[nodiscard]] bool IsSafe(std::string_view bytes, bool isPrintable, bool isFirst) {
+  if (bytes == "/" || (isFirst && bytes == ".")) return false;
+  return isPrintable || (bytes.size() == 1 && static_cast<unsigned char>(bytes.front()) >= 0xA0);
+}
+
 }  // namespace
 
 std::string SafeFileName(const std::string& name) {
   std::string out;
-  for (std::size_t i = 0; i < name.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(name[i]);
-    const bool dotInFront = i == 0 && byte == '.';
-    if (byte >= 0x20 && byte != 0x7F && byte != '/' && !dotInFront) {
-      out += name[i];
+  for (std::string_view rest = name; !rest.empty();) {
+    const FirstCharacter first = FirstCharacterOf(rest);
+    const std::string_view bytes = rest.substr(0, first.length);
+    rest.remove_prefix(first.length);
+    if (IsSafe(bytes, first.isPrintable, out.empty())) {
+      out += bytes;
       continue;
     }
-    char escaped[4];
-    std::snprintf(escaped, sizeof escaped, "%%%2.2x", static_cast<unsigned>(byte));
-    out += escaped;
+    for (const char c : bytes) {
+      char escaped[4];
+      std::snprintf(escaped, sizeof escaped, "%%%2.2x", static_cast<unsigned>(static_cast<unsigned char>(c)));
+      out += escaped;
+    }
   }
   return out;
 }

@@ -9,8 +9,9 @@
 
 namespace vtdirect_cli {
 
-/// A file name that came with an address, made fit for the current directory: control bytes, "/" and a dot in
-/// front become "%hh", so that no name climbs out of the directory, hides there or garbles a listing.
+/// A file name that came with an address, made fit for the current directory: control characters, those that
+/// turn the direction of writing, the line and paragraph separators, "/" and a dot in front become "%hh", so
+/// that no name climbs out of the directory, hides there, garbles a listing or looks like another one.
 /// @return empty for an empty name
 [[nodiscard]] std::string SafeFileName(const std::string& name);
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "hosts/cli/result.h"
 #include "hosts/cli/servers/server_settings.h"
@@ -58,6 +59,11 @@ struct Configuration {
 /// tells servers by host, port and path, so the address of one would lead to the other, and a password that
 /// is meant for https could go out in clear.
 [[nodiscard]] std::optional<Failure> ConfigurationFault(const Configuration& configuration);
+
+/// URLs of the servers that may have the token and the password that are meant for the one at this URL: those
+/// that its "login_also_for" names.
+[[nodiscard]] std::vector<std::string> ServersWithLoginOf(const Configuration& configuration,
+                                                          const std::string& url);
 
 /// What is said of the server at this URL: that of every nickname of its scheme, host and port.
 /// @param fault  receives what is wrong when two of them say different things

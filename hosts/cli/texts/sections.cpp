@@ -38,6 +38,10 @@ std::span<const SectionRow> Sections() {
        "  proxy              URL of the proxy, or none for the direct way, as --proxy\n"
        "  negotiate          yes to be known by Kerberos\n"
        "  credential_helper  see CREDENTIALS\n"
+       "  login_also_for     nicknames, with commas between: see CREDENTIALS\n"
+       "  http_addresses     what becomes of an http address that this server, asked by https, names for a "
+       "content, a page or an upload: refuse (nothing is sent there), upgrade (the same host by https) or "
+       "allow; refuse unless said\n"
        "  max_time           as --max-time, for commands on this server\n\n"
        "What the command line says goes before it. A --server that gives the nickname another scheme, host "
        "or "
@@ -68,7 +72,10 @@ std::span<const SectionRow> Sections() {
        "minute is passed over with a warning. It can't ask at the terminal.\n\n"
        "Credentials go only to the servers that are listed and to the URL of check, by scheme, host and "
        "port; never to another address that a server names. The one exception is https on the same host "
-       "in place of http, both at their usual ports."},
+       "in place of http, both at their usual ports. Those of VTDIRECT_TOKEN, VTDIRECT_USER and "
+       "VTDIRECT_PASSWORD go only to the servers that the command names, and not to another that is listed "
+       "and that one of these leads to, unless login_also_for of the server that is named says so. A command "
+       "that names none works with all."},
       {"OUTPUT",
        "Results alone go to standard output. Progress (only when standard error is a terminal), notes, "
        "warnings and failures go to standard error. What came from a server is shown with its control "

@@ -64,10 +64,12 @@ TEST_F(Exchange, SendsExactlyTheLinesThatWereGiven) {
   EXPECT_EQ(request.Header("Host"), "127.0.0.1:" + std::to_string(server.port()));
 }
 
-TEST_F(Exchange, AddsNoLinesOfItsOwnToAGet) {
+TEST_F(Exchange, AddsNoLinesToAGetOfAContentButThatItIsWantedAsItIs) {
   ScriptedServer server(AnswerOk);
   FetchFrom(server.Url());
-  EXPECT_THAT(server.requests().at(0).HeaderNames(), ElementsAre("Host", "User-Agent", "X-Zvk-Connected"));
+  EXPECT_THAT(server.requests().at(0).HeaderNames(),
+              ElementsAre("Host", "User-Agent", "X-Zvk-Connected", "Accept-Encoding"));
+  EXPECT_EQ(server.requests().at(0).Header("Accept-Encoding"), "identity");
 }
 
 TEST_F(Exchange, PostsWithALengthAndTheGivenLinesOnly) {
@@ -276,12 +278,14 @@ TEST_F(Exchange, ReadsABodyThatTheEndOfTheConnectionCloses) {
   EXPECT_EQ(FetchFrom(server.Url()).body, "to the end");
 }
 
-TEST_F(Exchange, LeavesACodedBodyAsItIs) {
+TEST_F(Exchange, LeavesACodedBodyAsItIsForACallerThatAskedForIt) {
   ScriptedServer server([](Peer& peer, WireRequest&) {
     peer.Answer(200, "\x1F\x8B not unpacked", "Content-Encoding: gzip\r\n");
   });
-  EXPECT_EQ(FetchFrom(server.Url()).body, "\x1F\x8B not unpacked");
-  EXPECT_EQ(server.requests().at(0).Header("Accept-Encoding"), "(none)");
+  Asking asking;
+  asking.headers = "Accept-Encoding: gzip";
+  EXPECT_EQ(FetchFrom(server.Url(), asking).body, "\x1F\x8B not unpacked");
+  EXPECT_EQ(server.requests().at(0).Header("Accept-Encoding"), "gzip");
 }
 
 TEST_F(Exchange, ThrowsABodyAwayThatNobodyWants) {

@@ -41,6 +41,14 @@ TEST_F(OutputTest, WritesOneJsonObjectALineInAscii) {
       "\"n\":1}\n{\"schema\":2,\"command\":\"info\",\"b\":true}\n");
 }
 
+TEST(JsonLine, HoldsNoControlCharacterOfATerminal) {
+  EXPECT_EQ(JsonLine("get", {{"file", std::string("a\x7F"
+                                                  "b\x1B"
+                                                  "c\xC2\x9B"
+                                                  "d")}}),
+            R"({"schema":1,"command":"get","file":"a\u007Fb\u001Bc\u009Bd"})");
+}
+
 TEST_F(OutputTest, ShowsTextsPartedByBlanks) {
   output_.Configure("ls", false, false);
   output_.Row({{"name", std::string("a")}, {"versions", std::vector<std::string>{"A.2", "A.1\x1B"}}});

@@ -73,7 +73,7 @@ TEST(Configuration, NamesFileAndLineOfAFaultInAServersSection) {
             "f:4: the nickname \"a\" comes twice");
   EXPECT_EQ(FaultOf("[server a]\nproxi = x"),
             "f:2: unknown setting \"proxi\"; those there are: url, client_cert, client_key, ca_file, proxy, "
-            "credential_helper, negotiate, max_time");
+            "credential_helper, login_also_for, http_addresses, negotiate, max_time");
   EXPECT_EQ(FaultOf("[server a]\nmax_time = 0"), "f:2: max_time takes a number of seconds from 1 to 86400");
   EXPECT_EQ(FaultOf("[server a]\nnegotiate = perhaps"), "f:2: negotiate takes yes or no");
   EXPECT_EQ(FaultOf("[server a]\nca_file ="), "f:2: \"ca_file\" has no value");

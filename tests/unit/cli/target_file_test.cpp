@@ -53,6 +53,21 @@ TEST(SafeFileName, HoldsNoControlBytes) {
   EXPECT_EQ(SafeFileName(std::string("a\0b", 3)), "a%00b");
 }
 
+TEST(SafeFileName, HoldsNothingThatMakesItLookLikeAnother) {
+  EXPECT_EQ(SafeFileName("fork\u202Ezxl.exe"), "fork%e2%80%aezxl.exe");
+  EXPECT_EQ(SafeFileName("\u2066a\u2069\u200F\u061C"), "%e2%81%a6a%e2%81%a9%e2%80%8f%d8%9c");
+  EXPECT_EQ(SafeFileName("a\u2028b\u2029"), "a%e2%80%a8b%e2%80%a9");
+  EXPECT_EQ(SafeFileName("a\xC2\x9Bm\xC2\x85"), "a%c2%9bm%c2%85") << "controls of a terminal in two bytes";
+  EXPECT_EQ(SafeFileName("a\x9Bm"), "a%9bm") << "and in one";
+}
+
+TEST(SafeFileName, KeepsLettersOfEveryLanguageAndOfOlderServers) {
+  for (const char* name :
+       {"Gäbel \u05D0\u05D1.lxz", "\u0641\u0648\u0631\u0643", "フォーク", "\U0001F6B2", "\xE4.lxz"}) {
+    EXPECT_EQ(SafeFileName(name), name);
+  }
+}
+
 TEST_F(TargetFile, IsTheNameInTheCurrentDirectoryWithoutAnOption) {
   EXPECT_TRUE(NeedsFileName(""));
   EXPECT_EQ(Settled("", "surely-not-there.lxz").path, "surely-not-there.lxz");

@@ -121,6 +121,40 @@ TEST(XliffCheck, TakesVersions20To22) {
   EXPECT_EQ(Check(Version2("2.2", "2.2", " srcLang=\"en\"")), "");
 }
 
+// A file whose source text holds these bytes, in an encoding.
+std::string Encoded(const std::string& encoding, const std::string& bytes, const std::string& quote = "\"") {
+  return "<?xml version=" + quote + "1.0" + quote + " encoding=" + quote + encoding + quote +
+         "?>\n<xliff version=\"1.2\" xmlns=\"" + kOne +
+         "\">\n<file original=\"a\" source-language=\"en\" datatype=\"xml\"><body><trans-unit "
+         "id=\"1\"><source>" +
+         bytes + "</source></trans-unit></body></file>\n</xliff>\n";
+}
+
+TEST(XliffCheck, TakesEveryEncodingThatTheMachineKnows) {
+  EXPECT_EQ(Check(Encoded("windows-1252",
+                          "Gr\xF6\xDF"
+                          "e 5 \x80 \x96 \x93x\x94")),
+            "");
+  EXPECT_EQ(Check(Encoded("Windows-1250", "\x8Aroub", "'")), "");
+  EXPECT_EQ(Check(Encoded("ISO-8859-15", "5 \xA4")), "");
+  EXPECT_EQ(Check(Encoded("KOI8-R", "\xD7\xC9\xCE\xD4")), "");
+  EXPECT_EQ(Check(Encoded("Shift_JIS", "\x83\x74\x83\x48\x81\x5B\x83\x4E \x95\x5C")), "")
+      << "with a byte of \"\\\"";
+  EXPECT_EQ(Check(Encoded("EUC-JP", "\xA5\xD5\x8F\xB0\xA1")), "");
+  EXPECT_EQ(Check(Encoded("GB18030", "\xB2\xE6 \x81\x39\xEF\x30")), "") << "with one of four bytes";
+  EXPECT_EQ(Check(Encoded("Big5", "\xA4\x65")), "");
+  EXPECT_EQ(Check(Encoded("EUC-KR", "\xC6\xF7\xC5\xA9")), "");
+  EXPECT_EQ(Check(Encoded("ISO-2022-JP", "\x1B$B%U%)!<%/\x1B(B")), "");
+}
+
+TEST(XliffCheck, RefusesBytesThatAreNoneOfTheEncoding) {
+  EXPECT_THAT(Check(Encoded("windows-1252", "a\x81z")), HasSubstr("3: "));
+  EXPECT_THAT(Check(Encoded("Shift_JIS", "a\x83")), HasSubstr("3: ")) << "half of a character";
+  const std::string whole = Encoded("EUC-JP", "x");
+  EXPECT_NE(Check(whole + "<!--\xA5"), "") << "at the end of the file";
+  EXPECT_THAT(Check(Encoded("no-such-encoding", "x")), HasSubstr("its encoding can't be read"));
+}
+
 TEST(XliffCheck, TakesTheEncodingsOfXml) {
   EXPECT_EQ(Check("\xEF\xBB\xBF" + Version12(kFile)), "");
   EXPECT_EQ(Check(Utf16("<xliff version='1.2' xmlns='" + std::string(kOne) + "'>" + kFile + "</xliff>")), "");
