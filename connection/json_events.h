@@ -32,7 +32,11 @@ class JsonEvents {
   using Error = json_grammar::error_code;
   using Text = json_grammar::string_view;
 
-  explicit JsonEvents(Handler& handler) : handler_(handler) {}
+  explicit JsonEvents(Handler& handler) : handler_(handler) {
+    constexpr std::size_t usualLevels = 16;
+    levels_.reserve(usualLevels);
+    levels_.emplace_back();
+  }
 
   bool on_document_begin(Error&) { return true; }
   bool on_document_end(Error&) { return true; }
@@ -81,7 +85,7 @@ class JsonEvents {
 
   Handler& handler_;
   /// The first is the text itself, and the others are open.
-  std::vector<Level> levels_ = std::vector<Level>(1);
+  std::vector<Level> levels_;
   std::string collected_;  ///< of a text that comes in parts
   JsonNumber number_;
   bool silent_ = false;

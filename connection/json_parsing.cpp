@@ -1,13 +1,53 @@
 #include "connection/json_parsing.h"
 
+#include <rapidjson/reader.h>
+
+#include <cstdint>
+#include <functional>
+
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-template <typename Source>
-bool ParseInto(const Source& source, rapidjson::Document& document) {
+// Hands all events on to a document, and has it copy only texts that are not part of what is read: those with
+// escapes are put together elsewhere, and are gone after the event.
+class InPlaceHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, InPlaceHandler> {
+ public:
+  InPlaceHandler(std::string_view text, rapidjson::Document& document) : text_(text), document_(document) {}
+
+  bool Null() { return document_.Null(); }
+  bool Bool(bool value) { return document_.Bool(value); }
+  bool Int(int value) { return document_.Int(value); }
+  bool Uint(unsigned value) { return document_.Uint(value); }
+  bool Int64(std::int64_t value) { return document_.Int64(value); }
+  bool Uint64(std::uint64_t value) { return document_.Uint64(value); }
+  bool Double(double value) { return document_.Double(value); }
+  bool String(const char* text, rapidjson::SizeType length, bool) {
+    return document_.String(text, length, !IsPart(text, length));
+  }
+  bool Key(const char* text, rapidjson::SizeType length, bool) {
+    return document_.Key(text, length, !IsPart(text, length));
+  }
+  bool StartObject() { return document_.StartObject(); }
+  bool EndObject(rapidjson::SizeType members) { return document_.EndObject(members); }
+  bool StartArray() { return document_.StartArray(); }
+  bool EndArray(rapidjson::SizeType elements) { return document_.EndArray(elements); }
+
+ private:
+  [[nodiscard]] bool IsPart(const char* text, std::size_t length) const {
+    const std::less_equal<const char*> before;
+    return before(text_.data(), text) && before(text + length, text_.data() + text_.size());
+  }
+
+  const std::string_view text_;
+  rapidjson::Document& document_;
+};
+
+// `read` makes the events of a document.
+template <typename Read>
+bool Fill(rapidjson::Document& document, Read read) {
   bool parsed = false;
   auto generate = [&](rapidjson::Document& handler) {
-    parsed = ReadJson(source, handler);
+    parsed = read(handler);
     return parsed;
   };
   document.SetNull();
@@ -18,11 +58,18 @@ bool ParseInto(const Source& source, rapidjson::Document& document) {
 }  // namespace
 
 bool ParseJson(const JsonPieces& next, rapidjson::Document& document) {
-  return ParseInto(next, document);
+  return Fill(document, [&next](rapidjson::Document& handler) { return ReadJson(next, handler); });
 }
 
 bool ParseJson(std::string_view text, rapidjson::Document& document) {
-  return ParseInto(text, document);
+  return Fill(document, [text](rapidjson::Document& handler) { return ReadJson(text, handler); });
+}
+
+bool ParseJsonInPlace(std::string_view text, rapidjson::Document& document) {
+  return Fill(document, [text](rapidjson::Document& handler) {
+    InPlaceHandler inPlace(text, handler);
+    return ReadJson(text, inPlace);
+  });
 }
 
 }  // namespace lxservices::cms_interface::vantry
