@@ -160,7 +160,7 @@ class UnsizedSource final : public du::http::FileSource {
 
 // The handle of a connection keeps the lines that it was given last, for as long as they are the same.
 TEST_F(Exchange, GivesEachRequestOfAConnectionItsOwnLines) {
-  ScriptedServer server([](Peer& peer, WireRequest&) { peer.Answer(200, ""); });
+  ScriptedServer server(AnswerOk);
   const auto connection = Connect(server.Url());
   const auto send = [&](Method method, const std::string& headers) {
     Asking asking;
