@@ -52,7 +52,7 @@ bench_start() (
     heading "$starts starts of the program, $pairs pairs"
     comparison_head vtdirect curl
     comparison start-version "--version" wall:2
-    comparison start-get "get of 4 KiB, two requests, against curl -o, one request" wall:2 instructions:2
+    comparison start-get "get of 4 KiB, eight requests, against curl -o, one request" wall:2 instructions:2
     say
     say "Files lie in $(stat -f -c %T "$home"), so that bringing them to the disk counts for nothing."
   } | publish start
