@@ -34,7 +34,11 @@ class JsonEvents {
   using Text = json_grammar::string_view;
 
   /// @param longestText  in bytes, as it is without its escapes
-  JsonEvents(Handler& handler, std::uint64_t longestText) : handler_(handler), longestText_(longestText) {}
+  JsonEvents(Handler& handler, std::uint64_t longestText) : handler_(handler), longestText_(longestText) {
+    constexpr std::size_t usualLevels = 16;
+    levels_.reserve(usualLevels);
+    levels_.emplace_back();
+  }
 
   bool on_document_begin(Error&) { return true; }
   bool on_document_end(Error&) { return true; }
@@ -85,7 +89,7 @@ class JsonEvents {
   Handler& handler_;
   const std::uint64_t longestText_;
   /// The first is the text itself, and the others are open.
-  std::vector<Level> levels_ = std::vector<Level>(1);
+  std::vector<Level> levels_;
   std::string collected_;  ///< of a text that comes in parts
   JsonNumber number_;
   bool silent_ = false;

@@ -70,10 +70,10 @@ std::string LocationUrl(CURL* handle) {
 }
 
 /// curl takes "Name:" as an order to leave a line out, and "Name;" for a line without a value.
-std::string AsCurlWantsIt(const std::string& line) {
+std::string AsCurlWantsIt(std::string_view line) {
   const std::size_t colon = line.find(':');
-  if (line.find_first_not_of(" \t", colon + 1) != std::string::npos) return line;
-  return line.substr(0, colon) + ";";
+  if (line.find_first_not_of(" \t", colon + 1) != std::string_view::npos) return std::string(line);
+  return std::string(line.substr(0, colon)) + ";";
 }
 
 /// A proxy is asked for plain requests one by one, and some close the connection after each without a word.
@@ -87,9 +87,9 @@ bool NeedsFreshConnection(const OutgoingRequest& request, const ConnectionWay& w
 }
 
 /// The caller's lines, and behind them what keeps curl from adding lines of its own.
-std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool sizeKnown) {
+std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool isChunked) {
   std::vector<std::string> lines;
-  for (const std::string& line : request.headerLines) lines.push_back(AsCurlWantsIt(line));
+  for (const std::string_view line : request.headerLines) lines.push_back(AsCurlWantsIt(line));
   if (!ContainsHeader(request.headerLines, "Accept")) lines.emplace_back("Accept:");
   if (request.asksForCompression) lines.emplace_back("Accept-Encoding: gzip, deflate");
   if (request.asksForIdentity) lines.emplace_back("Accept-Encoding: identity");
@@ -97,8 +97,15 @@ std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool sizeK
   if (!ContainsHeader(request.headerLines, "Content-Type")) lines.emplace_back("Content-Type:");
   // Waiting for "100 Continue" costs a round trip, or a second where the server does not know it.
   lines.emplace_back("Expect:");
-  if (request.body != nullptr && !sizeKnown) lines.emplace_back("Transfer-Encoding: chunked");
+  if (isChunked) lines.emplace_back("Transfer-Encoding: chunked");
   return lines;
+}
+
+bool IsMadeFor(const HeaderOrder& order, const OutgoingRequest& request, bool isChunked) {
+  return order.method == request.method && order.asksForCompression == request.asksForCompression &&
+         order.isChunked == isChunked &&
+         std::equal(order.lines.begin(), order.lines.end(), request.headerLines.begin(),
+                    request.headerLines.end());
 }
 
 }  // namespace
@@ -212,16 +219,18 @@ void CurlHandle::SetProxy() {
 }
 
 void CurlHandle::SetConnectLimit(long milliseconds) {
-  connectLimit_ = milliseconds;
+  if (std::exchange(connectLimit_, milliseconds) == milliseconds) return;
   // The largest value that every part of curl can hold: 24 days.
   constexpr long longest = std::numeric_limits<int>::max();
   curl_easy_setopt(handle_.get(), CURLOPT_CONNECTTIMEOUT_MS, std::min(milliseconds, longest));
 }
 
 void CurlHandle::SetMethod(const OutgoingRequest& request) {
+  const bool isGet = request.method == Method::Get;
+  if (std::exchange(isForGet_, isGet) && isGet) return;
   CURL* handle = handle_.get();
   curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method == Method::Patch ? "PATCH" : nullptr);
-  if (request.method == Method::Get) {
+  if (isGet) {
     curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
     return;
   }
@@ -238,10 +247,14 @@ void CurlHandle::SetMethod(const OutgoingRequest& request) {
 }
 
 void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
-  std::vector<std::string> lines = LinesForCurl(request, exchange_.BodySize().has_value());
-  if (headerList_ != nullptr && lines == headerLines_) return;
+  const bool isChunked = request.body != nullptr && !exchange_.BodySize();
+  if (headerList_ != nullptr && IsMadeFor(headerOrder_, request, isChunked)) return;
+  HeaderOrder order{{request.headerLines.begin(), request.headerLines.end()},
+                    request.method,
+                    request.asksForCompression,
+                    isChunked};
   std::unique_ptr<curl_slist, ListFreer> list;
-  for (const std::string& line : lines) {
+  for (const std::string& line : LinesForCurl(request, isChunked)) {
     curl_slist* longer = curl_slist_append(list.get(), line.c_str());
     if (longer == nullptr) throw std::bad_alloc();
     static_cast<void>(list.release());
@@ -249,12 +262,14 @@ void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
   }
   curl_easy_setopt(handle_.get(), CURLOPT_HTTPHEADER, list.get());
   headerList_ = std::move(list);
-  headerLines_ = std::move(lines);
+  headerOrder_ = std::move(order);
 }
 
 void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
   const bool with = request.authenticationMask != CURLAUTH_NONE;
+  if (!with && !hasLogin_) return;
+  hasLogin_ = with;
   negotiated_ = request.authenticationMask == CURLAUTH_NEGOTIATE;
   curl_easy_setopt(handle, CURLOPT_HTTPAUTH, with ? request.authenticationMask : CURLAUTH_BASIC);
   curl_easy_setopt(handle, CURLOPT_USERNAME, with ? request.user.c_str() : nullptr);

@@ -23,7 +23,7 @@ struct VisitRules {
 };
 
 /// The rules for a request that begins now.
-[[nodiscard]] VisitRules RulesFor(const du::http::TransportSettings& settings, bool mayWait);
+[[nodiscard]] VisitRules RulesFor(du::http::TransportSettings settings, bool mayWait);
 
 /// The exchanges of one request with one origin: takes part in the origin's session, takes a handle when one
 /// is needed, keeps it from one try to the next, and gives it back at its end. One thread.

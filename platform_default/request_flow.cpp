@@ -108,11 +108,10 @@ void RequestFlow::HasFinalAnswer() {
 }
 
 ErrorCode RequestFlow::ReadHeaders() {
-  std::string text;
-  const ErrorCode read = ReadHeaderText(request_.headers, &text);
+  const ErrorCode read = ReadHeaderText(request_.headers, &callerText_);
   if (read != ErrorCode::Done) return read;
   auto client = SplitHeaderLines(OrEmpty(auth_.header));
-  auto caller = SplitHeaderLines(text);
+  auto caller = SplitHeaderLines(callerText_);
   if (!client || !caller) return ErrorCode::ProtocolFailure;
   clientLines_ = std::move(*client);
   callerLines_ = std::move(*caller);
@@ -124,8 +123,9 @@ OutgoingRequest RequestFlow::MakeOutgoing() {
   outgoing.method = request_.method;
   outgoing.url = origin_.Text() + target_;
   outgoing.body = body_;
+  outgoing.headerLines.reserve(clientLines_.size() + callerLines_.size() + 1);
   outgoing.headerLines = clientLines_;
-  for (const std::string& line : callerLines_) {
+  for (const std::string_view line : callerLines_) {
     // A nonce or any other line of the caller's speaks to the server it was made for, and to no other.
     if (place_ != Place::Foreign || HasHeaderName(line, "Accept")) outgoing.headerLines.push_back(line);
   }
@@ -136,7 +136,7 @@ OutgoingRequest RequestFlow::MakeOutgoing() {
   return outgoing;
 }
 
-bool RequestFlow::AsksForCompression(const std::vector<std::string>& lines) const {
+bool RequestFlow::AsksForCompression(const std::vector<std::string_view>& lines) const {
   return rules_.settings.compressedAnswers && !ContainsHeader(lines, "Accept-Encoding") &&
          !ContainsHeader(lines, "Range") && AcceptsJsonOrXml(lines);
 }
@@ -149,7 +149,8 @@ void RequestFlow::AddCredentials(OutgoingRequest* outgoing) {
   switch (credentials->kind) {
     case CredentialKind::Token:
       carried_ = Carried::Token;
-      outgoing->headerLines.push_back("Authorization: Bearer " + credentials->secret);
+      tokenLine_ = "Authorization: Bearer " + credentials->secret;
+      outgoing->headerLines.push_back(tokenLine_);
       break;
     case CredentialKind::Negotiate:
       carried_ = Carried::Negotiate;

@@ -10,6 +10,7 @@
 #include "hosts/cli/environment.h"
 #include "hosts/cli/files/local_text_file.h"
 #include "hosts/cli/files/temporary_files.h"
+#include "hosts/cli/folders_ahead.h"
 #include "hosts/cli/servers/server_access.h"
 #include "hosts/cli/texts/printable.h"
 
@@ -26,7 +27,7 @@ constexpr long kHelperSeconds = 60;
 Host* theHost = nullptr;
 
 bool AnswerDemand(const char* url) {
-  return theHost != nullptr && theHost->Authenticate(url == nullptr ? "" : url);
+  return !IsAheadOfWalk() && theHost != nullptr && theHost->Authenticate(url == nullptr ? "" : url);
 }
 
 // @param otherwise  the seconds if the option was not given

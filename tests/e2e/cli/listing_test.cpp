@@ -292,6 +292,30 @@ TEST_F(VtDirect, PrintsNoMoreLevelsOfATreeThanAskedFor) {
   EXPECT_EQ(Run({"tree", "--depth", "65", "//sim"}).status, 2);
 }
 
+TEST_F(VtDirect, PrintsTheSameTreeWhenItListsSeveralFoldersAtOneTime) {
+  Serve({"--user", "anna:secret"});
+  WriteHome(".netrc", "machine 127.0.0.1 login anna password secret\n", 0600);
+  const ProcessResult alone = Run({"tree", "//sim/Products"});
+  EXPECT_EQ(alone.status, 0);
+  EXPECT_THAT(alone.out, HasSubstr("chain.lxz"));
+  for (const char* atOnce : {"1", "4", "16"}) {
+    const ProcessResult result = Run({"tree", "--parallel", atOnce, "//sim/Products"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, alone.out);
+  }
+  EXPECT_EQ(Run({"tree", "--parallel", "0", "//sim"}).status, 2);
+  EXPECT_EQ(Run({"tree", "--parallel", "17", "//sim"}).status, 2);
+}
+
+TEST_F(VtDirect, PassesOverAFolderThatCannotBeListedAmongSeveralAtOneTime) {
+  Serve({"--generation", "gateway", "--fault", "GET *snx_gw*Frame*=500"});
+  const ProcessResult alone = Run({"tree", "--full-paths", kFolders});
+  const ProcessResult result = Run({"tree", "--parallel", "4", "--full-paths", kFolders});
+  EXPECT_EQ(result.status, 11);
+  EXPECT_EQ(result.out, alone.out);
+  EXPECT_EQ(result.err, alone.err);
+}
+
 TEST_F(VtDirect, PassesOverAFolderOfATreeThatCannotBeListed) {
   Serve({"--generation", "gateway", "--fault", "GET *snx_gw*Frame*=500"});
   const ProcessResult result = Run({"tree", "--full-paths", kFolders});

@@ -160,6 +160,30 @@ class UnsizedSource final : public du::http::FileSource {
   std::size_t position_ = 0;
 };
 
+// The handle of a connection keeps the lines that it was given last, for as long as they are the same.
+TEST_F(Exchange, GivesEachRequestOfAConnectionItsOwnLines) {
+  ScriptedServer server(AnswerOk);
+  const auto connection = Connect(server.Url());
+  const auto send = [&](Method method, const std::string& headers) {
+    Asking asking;
+    asking.method = method;
+    asking.headers = headers;
+    EXPECT_EQ(Fetch(*connection, asking).status, 200);
+    return server.requests().back();
+  };
+  EXPECT_EQ(send(Method::Get, "A: 1").Header("A"), "1");
+  EXPECT_EQ(send(Method::Get, "A: 1").Header("A"), "1");
+  EXPECT_EQ(send(Method::Get, "A: 2").Header("A"), "2");
+  EXPECT_EQ(send(Method::Get, "A: 2\r\nB: 3").Header("B"), "3");
+  EXPECT_EQ(send(Method::Get, "A: 2").Header("B"), "(none)");
+  EXPECT_EQ(send(Method::Get, "").Header("A"), "(none)");
+  EXPECT_EQ(send(Method::Get, "Accept: application/json").Header("Accept-Encoding"), "gzip, deflate");
+  EXPECT_EQ(send(Method::Get, "Accept: text/plain").Header("Accept-Encoding"), "(none)");
+  EXPECT_EQ(send(Method::Post, "A: 2").Header("Content-Length"), "0");
+  EXPECT_EQ(send(Method::Get, "A: 2").Header("Content-Length"), "(none)");
+  EXPECT_EQ(server.connections(), 1);
+}
+
 TEST_F(Exchange, PostsABodyOfUnknownSizeInChunks) {
   ScriptedServer server(AnswerOk);
   UnsizedSource body("of a length that nobody knows");
