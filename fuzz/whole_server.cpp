@@ -26,7 +26,7 @@ namespace {
 using vtdirect_test::CountedCall;
 
 constexpr std::size_t threads = VTDIRECT_FUZZ_THREADS;
-constexpr std::size_t mostCalls = 12;
+constexpr std::size_t mostCalls = 8;
 
 const std::vector<CountedCall>& Calls() {
   static const std::vector<CountedCall> calls = [] {
