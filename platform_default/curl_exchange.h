@@ -12,6 +12,7 @@
 #include "platform/http.h"
 #include "platform_default/answer_decoder.h"
 #include "platform_default/answer_notes.h"
+#include "platform_default/folded_start.h"
 #include "platform_default/transfer_clock.h"
 
 namespace vtdirect::platform {
@@ -131,6 +132,7 @@ class CurlExchange {
       du::http::ErrorCode::Done;  ///< what a source or a sink ended the exchange with
   std::exception_ptr thrown_;
 
+  FoldedStart foldedStart_;
   TransferClock clock_;
 };
 
