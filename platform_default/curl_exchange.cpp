@@ -55,6 +55,7 @@ TransferClock::Time Now() {
 
 void CurlExchange::Attach(CURL* handle) {
   handle_ = handle;
+  foldedStart_.Attach(handle);
   curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &OnHeader);
   curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &OnBody);
@@ -93,6 +94,7 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   bodySent_ = 0;
   status_ = 0;
   headerEnded_ = false;
+  foldedStart_.Start();
   sentBeforeStart_.reset();
   demandSeen_ = false;
   connectLimitRanOut_ = false;
@@ -154,7 +156,7 @@ bool CurlExchange::ProxyRefusedTunnel() const {
 std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, void* self) {
   auto& exchange = *static_cast<CurlExchange*>(self);
   exchange.headerBytes_ += count;
-  if (exchange.headerBytes_ > largestResponseHeader) {
+  if (exchange.headerBytes_ > largestResponseHeader || exchange.foldedStart_.Met()) {
     exchange.failure_ = ErrorCode::ProtocolFailure;
     return 0;
   }

@@ -13,6 +13,7 @@
 #include "platform_default/answer_decoder.h"
 #include "platform_default/answer_framing.h"
 #include "platform_default/answer_notes.h"
+#include "platform_default/folded_start.h"
 #include "platform_default/refusal_sink.h"
 #include "platform_default/tls_events.h"
 #include "platform_default/transfer_clock.h"
@@ -168,6 +169,7 @@ class CurlExchange {
       du::http::ErrorCode::Done;  ///< what a source or a sink ended the exchange with
   std::exception_ptr thrown_;
 
+  FoldedStart foldedStart_;
   TransferClock clock_;
 };
 
