@@ -2,6 +2,8 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/copy_search.h"
+#include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
@@ -46,6 +48,19 @@ namespace {
   }
 }
 
+// A working copy that is not kept here.
+[[nodiscard]] std::optional<Failure> SettleCopyOnServer(Host& host, const std::string& uid,
+                                                        Download& download) {
+  const CopySearch found = CopyToGoOnWith(host, download.address, ReadCheckoutState(uid).status, uid);
+  if (found.failure) {
+    return Failure{found.failure->code, found.failure->message + "; " + BaseInstead(download.address)};
+  }
+  if (!IsTemporaryCopy(found.uid)) return std::nullopt;
+  download.source = ByOwnId(found.uid);
+  download.uidToGoOnWith = found.uid;
+  return std::nullopt;
+}
+
 // What a user means by a document that they have checked out is its working copy, unless they say otherwise.
 [[nodiscard]] std::optional<Failure> SettleContent(Host& host, const Arguments& arguments,
                                                    Download& download) {
@@ -60,7 +75,7 @@ namespace {
     if (IsTemporaryCopy(download.source)) download.source = ByDocumentId(download.source);
     return std::nullopt;
   }
-  if (!kept && !IsTemporaryCopy(uid)) return std::nullopt;
+  if (!kept && !IsTemporaryCopy(uid)) return SettleCopyOnServer(host, uid, download);
   return SettleCopy(host, uid, workingCopy, download);
 }
 

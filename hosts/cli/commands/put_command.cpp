@@ -175,7 +175,7 @@ void Report(Host& host, const Put& put) {
 // A server that is asked for the folder and doesn't answer is asked by the library to choose one.
 [[nodiscard]] std::optional<Failure> CreatedElsewhere(const Put& put) {
   if (put.target.action != PutTarget::Action::Create) return std::nullopt;
-  if (!RefusalOfAnotherPlace(put.target.address, put.uid)) return std::nullopt;
+  if (!IsElsewhere(put.target.address, put.uid)) return std::nullopt;
   return Failure{ExitCode::Incomplete,
                  put.request.content.path + " is stored as " + put.uid + ", but the server has put it into " +
                      VtDirectManager::GetVFSFolderPath(put.uid.c_str()) + " and not where " +
@@ -251,9 +251,13 @@ CommandRow PutCommand() {
       "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
       "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
       "not there creates it. An existing document gets a new iteration; one that is checked out by "
-      "vtdirect gets a store into its working copy, as does the UID or the path of a working copy. A "
-      "document that somebody else has checked out, or you by other means, is refused before anything is "
-      "sent, and so is one of the name that stands in another folder than the path says.\n\n"
+      "vtdirect, here or on another machine, gets a store into its working copy, as does the UID or the path "
+      "of "
+      "a working copy. A document that somebody else has checked out, or you by other means, is refused "
+      "before anything is "
+      "sent. A document of the name in another folder doesn't count: a new one is created beside it, as long "
+      "as "
+      "the folder has none.\n\n"
       "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
       "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
       "that the server carries over. Metadata is of one iteration: without --metadata the new one has "

@@ -1,5 +1,6 @@
 #include "hosts/cli/storing/document_place.h"
 
+#include <vtdirect/outcome.h>
 #include <vtdirect/vt_direct_manager.h>
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/files/escaped_name.h"
+#include "hosts/cli/listing.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -27,17 +29,43 @@ namespace {
   return names;
 }
 
+// Where a document is, compared with its path.
+struct Place {
+  Presence presence = Presence::There;  // at the path; also for a document that is in no folder
+  std::string folder;                   // the one that it is in instead
+};
+
+[[nodiscard]] Place PlaceOf(const std::string& address, const std::string& uid) {
+  AddressKind kind{};
+  if (uid.empty() || ClassifyAddress(address, kind) || IsById(address, kind)) return {};
+  const VtDirectManager::Outcome outcome;
+  const std::string folder = VtDirectManager::GetVFSFolderPath(uid.c_str());
+  if (folder.empty()) {
+    const auto cause = outcome.Cause();
+    const bool hasNone = !cause || cause->kind == VtDirectManager::FailureKind::NotFound;
+    return {hasNone ? Presence::There : Presence::NotKnown, {}};
+  }
+  const bool isThere = NamesOf(folder) == NamesOf(address.substr(0, address.rfind('/')));
+  return {isThere ? Presence::There : Presence::Gone, folder};
+}
+
 }  // namespace
 
 std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const std::string& uid) {
-  AddressKind kind{};
-  if (uid.empty() || ClassifyAddress(address, kind) || IsById(address, kind)) return std::nullopt;
-  const std::string folder = VtDirectManager::GetVFSFolderPath(uid.c_str());
-  if (folder.empty() || NamesOf(folder) == NamesOf(address.substr(0, address.rfind('/'))))
-    return std::nullopt;
+  const Place place = PlaceOf(address, uid);
+  if (place.presence == Presence::There) return std::nullopt;
+  if (place.presence == Presence::NotKnown) {
+    return Failure{ExitCode::Failure, "in which folder the document of the name is that " + address +
+                                          " leads to could not be found out; nothing was changed; the same "
+                                          "command can be given again"};
+  }
   return Failure{ExitCode::NotFound, "not found: " + address + "; the document of that name, " + uid +
-                                         ", stands in " + WithClosingSlash(folder) +
+                                         ", stands in " + WithClosingSlash(place.folder) +
                                          "; nothing was changed; give its own address if it is meant"};
+}
+
+bool IsElsewhere(const std::string& address, const std::string& uid) {
+  return PlaceOf(address, uid).presence == Presence::Gone;
 }
 
 OptionRow AnywhereOption() {
@@ -60,8 +88,24 @@ std::optional<Failure> RequirePlacedAddress(const Arguments& arguments, const st
 
 std::string UidAtPlace(const std::string& path) {
   std::string uid = VtDirectManager::GetUID(path.c_str());
-  if (uid.empty() || RefusalOfAnotherPlace(path, uid)) return {};
+  if (IsElsewhere(path, uid)) return {};
   return uid;
+}
+
+Presence PresenceInFolder(const std::string& path) {
+  const std::size_t nameAt = path.rfind('/') + 1;
+  const std::string name = NormalizedName(path.substr(nameAt));
+  const auto isOther = [&name](const VtDirectManager::DirEntryExt& entry) {
+    return entry.isFolder || NormalizedName(TextOrEmpty(entry.name)) != name;
+  };
+  switch (ListPath(path.substr(0, nameAt), VtDirectManager::ReadDirFiles, isOther)) {
+    case ListingEnd::Whole:
+      return Presence::Gone;
+    case ListingEnd::Stopped:
+      return Presence::There;
+    default:
+      return Presence::NotKnown;
+  }
 }
 
 }  // namespace vtdirect_cli

@@ -43,10 +43,24 @@ struct Standing {
           CommandToType(command, address) + " tells when the server answers"};
 }
 
+// The path leads to the other document of the name, so only the folder tells.
+[[nodiscard]] Standing StandingBesideNamesake(const PutTarget& target) {
+  switch (PresenceInFolder(target.address)) {
+    case Presence::There:
+      return {"the folder has a document of that name now, and only the answer may have been lost",
+              CommandToType("ls", target.address.substr(0, target.address.rfind('/') + 1)) + " shows it"};
+    case Presence::Gone:
+      return {"nothing was created"};
+    default:
+      return Unknown("ls", target.address.substr(0, target.address.rfind('/') + 1));
+  }
+}
+
 // A name that isn't found on a server that answers is not there.
 [[nodiscard]] Standing StandingOfCreation(const PutTarget& target, bool mayBeStored, bool answers) {
   const std::string uid = answers ? UidAtPlace(target.address) : "";
   if (uid.empty() && !answers && mayBeStored) return Unknown("info", target.address);
+  if (uid.empty() && target.hasNamesake && mayBeStored) return StandingBesideNamesake(target);
   if (uid.empty()) return {"nothing was created"};
   const std::string next =
       CommandToType("info", uid) + " tells of it, and a further put makes a new iteration";

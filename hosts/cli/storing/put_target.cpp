@@ -3,7 +3,10 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/copy_search.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/escaped_name.h"
@@ -70,6 +73,33 @@ using VtDirectManager::VtCheckoutStatus;
   return Failure{ExitCode::NotFound, "there is no folder " + folder + " that you can see; nothing was sent"};
 }
 
+[[nodiscard]] Failure HiddenByNamesake(const std::string& path, const std::string& namesake) {
+  return Unsent("there is a document " + path +
+                    " already, and the server leads this path to another one of that "
+                    "name, " +
+                    namesake,
+                "give the UID of the document that is meant");
+}
+
+// The path leads to a document of the name in another folder. On such a server it may do so also when the
+// folder has one of its own, so the folder's listing decides.
+[[nodiscard]] std::optional<Failure> SettleBesideNamesake(Host& host, const PutRequest& request,
+                                                          const std::string& namesake,
+                                                          const Failure& elsewhere, PutTarget& target) {
+  if (NamesVersion(target.address) || elsewhere.code != ExitCode::NotFound) return elsewhere;
+  if (auto failure = SettleCreation(host, request, target)) return failure;
+  target.hasNamesake = true;
+  switch (PresenceInFolder(target.address)) {
+    case Presence::Gone:
+      return std::nullopt;
+    case Presence::There:
+      return HiddenByNamesake(target.address, namesake);
+    default:
+      return Unsent("whether there is a document " + target.address + " already could not be found out",
+                    "the same command can be given again");
+  }
+}
+
 [[nodiscard]] Failure CheckedOutElsewhere(const PutTarget& target) {
   return Unsent("you have " + target.address + " checked out, but no working copy of it is kept here",
                 "give the UID or the path of the working copy (.../Workspaces/NAME/...)");
@@ -132,14 +162,24 @@ using VtDirectManager::VtCheckoutStatus;
                 "give --force to store it all the same");
 }
 
-[[nodiscard]] std::optional<Failure> SettleExisting(Host& host, PutTarget& target) {
+[[nodiscard]] std::optional<Failure> SettleExisting(Host& host, const PutRequest& request,
+                                                    PutTarget& target) {
   const bool kept = CheckoutBook().Find(target.address).has_value();
-  std::string user;
-  const VtCheckoutStatus status = VtDirectManager::GetCheckoutStatus(target.address.c_str(), &user);
-  return SettleByStatus(host, status, user, kept, target);
+  CheckoutState state = ReadCheckoutState(target.address);
+  if (!kept) {
+    const CopySearch found = CopyToGoOnWith(host, request.address, state.status, target.address);
+    if (found.failure) return found.failure;
+    if (found.uid != target.address) state.status = VtDirectManager::CheckoutInTempWorkspace;
+    target.address = found.uid;
+  }
+  return SettleByStatus(host, state.status, state.user, kept, target);
 }
 
 }  // namespace
+
+std::string PathToStoreAt(const PutTarget& target) {
+  return target.hasNamesake ? target.address + "|-.0" : target.address;
+}
 
 std::optional<Failure> SettlePutTarget(Host& host, const PutRequest& request, PutTarget& target) {
   const bool byId = IsById(request.address, request.kind);
@@ -152,13 +192,12 @@ std::optional<Failure> SettlePutTarget(Host& host, const PutRequest& request, Pu
   ForgetTracedErrors();
   const std::string uid = VtDirectManager::GetUID(target.address.c_str());
   if (uid.empty()) return SettleCreation(host, request, target);
-  if (auto failure = RefusalOfAnotherPlace(target.address, uid)) {
-    failure->message += "; a new document needs another name";
-    return failure;
+  if (const auto elsewhere = RefusalOfAnotherPlace(target.address, uid)) {
+    return SettleBesideNamesake(host, request, uid, *elsewhere, target);
   }
   if (request.type != VtDirectManager::FileTypeFenlet && !request.force) return MayDropParts(request);
   target.address = UidToGoOnWith(host, uid);
-  if (auto failure = SettleExisting(host, target)) return failure;
+  if (auto failure = SettleExisting(host, request, target)) return failure;
   target.before = target.temporary ? ByOwnId(target.address) : target.address;
   return std::nullopt;
 }
