@@ -456,6 +456,11 @@ VTDIRECT_API bool GetFileDownloadURL(const char* path, std::string& url, std::st
 /// of a working copy, the file is stored into the checkout. A checkout in a temporary workspace is checked in
 /// behind the store without being asked to.
 ///
+/// A document of the name in another folder counts as the path's where the server has no other of that name,
+/// so a new one is refused. A version behind the name is looked for with it and is not part of a new
+/// document's name: a path with one that no document has ("fork.lxz|-.0") creates the document all the same. A
+/// host that does so has looked into the folder before.
+///
 /// `status` is called at most once: StatusOk with the UID of the result; StatusConnectFailed when the server
 /// does not answer; StatusCreateFailed, StatusUpdateFailed or StatusCheckedOutUpdateFailed by what was tried;
 /// StatusFileTooLarge. It is not called when the address cannot be resolved or names a document that exists.

@@ -108,12 +108,14 @@ std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
 
 std::vector<std::string> Host::ServersOf(const CommandRow& command, const Arguments& arguments) const {
   std::vector<std::string> urls;
-  for (const OperandRow& operand : command.operands) {
-    for (const std::string& text : arguments.All(operand.name)) {
+  const auto add = [&](const std::vector<std::string>& texts) {
+    for (const std::string& text : texts) {
       const std::string url = ServerOfOperand(configuration_.servers, text);
       if (!url.empty()) urls.push_back(url);
     }
-  }
+  };
+  for (const OperandRow& operand : command.operands) add(arguments.All(operand.name));
+  add(arguments.All("on"));
   return urls;
 }
 

@@ -37,7 +37,7 @@ class Host {
 
   [[nodiscard]] Output& output() { return output_; }
   [[nodiscard]] const ServerMap& servers() const { return configuration_.servers; }
-  /// URLs of the servers that the operands of a command name.
+  /// URLs of the servers that the operands of a command name, or its option --on.
   [[nodiscard]] std::vector<std::string> ServersOf(const CommandRow& command,
                                                    const Arguments& arguments) const;
   /// The directory for temporary files; only for a command that makes requests.

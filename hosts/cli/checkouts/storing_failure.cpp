@@ -5,6 +5,7 @@
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/copy_search.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/reasons.h"
 
@@ -54,11 +55,19 @@ constexpr const char* kUnchanged = "nothing was changed";
                    newest.empty() ? "" : CommandToType("checkout", newest) + " checks out that one");
 }
 
-[[nodiscard]] Failure RefusedOwnCheckout(const std::string& address, const std::string& uid) {
+[[nodiscard]] Failure RefusedOwnCheckout(Host& host, const std::string& address, const std::string& uid) {
   if (const auto kept = CheckoutBook().Find(uid)) {
     return RefusedAs(FailureClass::Conflict,
                      "you have " + address + " checked out already; its working copy is " + kept->uid,
                      "go on with that, or " + CommandToType("undo", kept->uid) + " gives it up");
+  }
+  const CopySearch found = SearchForCopy(host, address, uid);
+  if (found.failure) return *found.failure;
+  if (!found.uid.empty()) {
+    return RefusedAs(FailureClass::Conflict,
+                     "you have " + address + " checked out already, in the temporary workspace " +
+                         found.workspaceName + ", which is not kept here; its working copy is " + found.uid,
+                     "go on with that, or " + CommandToType("undo", found.uid) + " gives it up");
   }
   return RefusedAs(FailureClass::Conflict,
                    "you have " + address + " checked out already, and its working copy is not kept here",
@@ -71,8 +80,18 @@ constexpr const char* kUnchanged = "nothing was changed";
                  "give the UID of the working copy, or its path, .../Workspaces/NAME/FILE");
 }
 
+[[nodiscard]] WhatStands OwnCheckoutNow(Host& host, const std::string& address, const std::string& uid) {
+  const CopySearch found = SearchForCopy(host, address, uid);
+  if (!found.uid.empty()) {
+    return {"you have it checked out now, and its working copy is " + found.uid,
+            "go on with that, or " + CommandToType("undo", found.uid) + " gives it up"};
+  }
+  return {"you have it checked out now, and the server did not tell the working copy",
+          CommandToType("browse-url", uid) + " tells where its page is, on which that can be undone"};
+}
+
 // What stands after a failed checkout, and what next.
-[[nodiscard]] WhatStands OutcomeOfCheckout(const std::string& uid) {
+[[nodiscard]] WhatStands OutcomeOfCheckout(Host& host, const std::string& address, const std::string& uid) {
   const CheckoutState standing = ReadCheckoutState(uid);
   switch (standing.status) {
     case VtDirectManager::CheckoutNone:
@@ -87,8 +106,7 @@ constexpr const char* kUnchanged = "nothing was changed";
     case VtDirectManager::CheckoutUnsupported:
       return {"what stands now could not be found out", CommandToType("status", uid) + " tells"};
     default:
-      return {"you have it checked out now, and the server did not tell the working copy",
-              CommandToType("browse-url", uid) + " tells where its page is, on which that can be undone"};
+      return OwnCheckoutNow(host, address, uid);
   }
 }
 
@@ -167,7 +185,7 @@ std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address,
     case VtDirectManager::CheckoutStatusFailed:
       return DiagnoseUnchanged(host, address);
     default:
-      return RefusedOwnCheckout(address, uid);
+      return RefusedOwnCheckout(host, address, uid);
   }
 }
 
@@ -176,7 +194,7 @@ Failure CheckoutFailure(Host& host, const std::string& address, const std::strin
   Failure failed = WithReason({ExitCode::Failure, WithWords(step + " failed")});
   if (const auto failure = ServerGone(host, step, uid, CommandToType("status", uid) + " tells"))
     return *failure;
-  return WithStanding(failed, OutcomeOfCheckout(uid));
+  return WithStanding(failed, OutcomeOfCheckout(host, address, uid));
 }
 
 std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::string& address,

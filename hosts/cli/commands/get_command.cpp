@@ -2,6 +2,8 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/copy_search.h"
+#include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
@@ -49,6 +51,20 @@ struct Content {
   }
 }
 
+// Of a working copy that is not kept here, or of the document itself.
+[[nodiscard]] Result<Content> ContentOnServer(Host& host, const std::string& address,
+                                              const std::string& uid) {
+  const CopySearch found = CopyToGoOnWith(host, address, ReadCheckoutState(uid).status, uid);
+  if (found.failure) {
+    Failure failure = *found.failure;
+    failure.advice += (failure.advice.empty() ? "" : "; ") + BaseInstead(address);
+    return failure;
+  }
+  if (IsTemporaryCopy(found.uid)) return Content{ByOwnId(found.uid), found.uid};
+  // The walk to a path's document need not be made twice.
+  return Content{VtDirectManager::IsUID(address.c_str()) ? "" : uid, {}};
+}
+
 // What a user means by a document that they have checked out is its working copy, unless they say otherwise.
 [[nodiscard]] Result<Content> SettleContent(Host& host, const Arguments& arguments,
                                             const std::string& address) {
@@ -59,8 +75,7 @@ struct Content {
     return Content{ByDocumentId(kept && AreSameUid(kept->uid, uid) ? kept->document : uid), {}};
   }
   if (kept || IsTemporaryCopy(uid)) return ContentOfCopy(host, address, uid, kept ? kept->uid : uid);
-  // The walk to a path's document need not be made twice.
-  return Content{VtDirectManager::IsUID(address.c_str()) ? "" : uid, {}};
+  return ContentOnServer(host, address, uid);
 }
 
 ExitCode RunGet(Host& host, const Arguments& arguments) {

@@ -1,5 +1,7 @@
 #include <vtdirect/vt_direct_manager.h>
 
+#include "hosts/cli/checkouts/journaled_step.h"
+#include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/reasons.h"
@@ -17,13 +19,17 @@ ExitCode RunXliffPublish(Host& host, const Arguments& arguments) {
     return host.output().Fail(*failure);
   }
   ForgetReasons();
+  JournaledStep step(host, {{}, {}, "xliff publish", subject.address, subject.uid, {}, {}});
   if (!VtDirectManager::SetXliffPublished(subject.uid.c_str())) {
+    step.SettleUnlessUnknown();
     return host.output().Fail(
         DiagnoseXliff(host, subject,
                       {ExitCode::Failure,
                        "the server did not mark " + subject.address +
                            " as published; it takes a translation, as \"vtdirect xliff list\" shows them"}));
   }
+  step.Settle();
+  SettleRepeated(host, "xliff publish", subject.uid);
   host.output().Row({{"uid", subject.uid}}, {{"address", subject.address}, {"uid", subject.uid}});
   host.output().Note(subject.address + " is marked as published");
   return ExitCode::Ok;

@@ -1,7 +1,9 @@
 #include <vtdirect/vt_direct_manager.h>
 
+#include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/sha256.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/interruption_report.h"
@@ -87,13 +89,19 @@ ExitCode RunXliffPut(Host& host, const Arguments& arguments) {
   const XliffPut& put = *settled;
   report.Tell(UnknownEnd(put));
   ForgetReasons();
+  const std::string& file = put.file.path;
+  JournaledStep step(host,
+                     {{}, {}, "xliff put", put.subject.address, put.subject.uid, file, Sha256OfFile(file)});
   if (!VtDirectManager::UploadSourceXliff(put.subject.uid.c_str(), put.file.path.c_str(),
                                           put.language.c_str())) {
+    step.SettleUnlessUnknown();
     if (Interrupted()) return report.Report();
     return host.output().Fail(SendingFailure(host, put));
   }
   const SourceXliff after = FindSourceXliff(put.subject);
   if (Interrupted()) return report.Report();
+  // Of an upload that went through, its link alone can be open.
+  if (!after.uid.empty()) step.Settle();
   if (after.uid.empty() || after.uid == put.before.uid) {
     return host.output().Fail(UnlinkedFailure(host, put, after));
   }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "hosts/cli/address.h"
+#include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/failure.h"
 #include "hosts/cli/result.h"
@@ -17,11 +18,15 @@ namespace vtdirect_cli {
 
 /// A failure of the code NotFound that tells where the document stands that a path was resolved to, if that is
 /// another folder than the path's; one of another code if the server could not tell where it stands. Nothing
-/// for an address by id, and where the server shows no path of the document. Makes requests.
+/// for an address by id, and for a document that is in no folder. Makes requests.
 /// @param address  as it was given, with the document's name
 /// @param uid      what it was resolved to; empty for nothing
 [[nodiscard]] std::optional<Failure> RefusalOfAnotherPlace(const std::string& address,
                                                            const std::string& uid);
+
+/// Whether the server says that a document is in another folder than a path says. A question that failed is no
+/// such answer. Makes requests.
+[[nodiscard]] bool IsElsewhere(const std::string& address, const std::string& uid);
 
 /// The option that lets a reading command take the document of a name wherever it is.
 [[nodiscard]] OptionRow AnywhereOption();
@@ -36,5 +41,10 @@ namespace vtdirect_cli {
 /// The UID of the document that stands at a path; empty when none does. Makes requests.
 /// @return a failure if the server could not tell
 [[nodiscard]] Result<std::string> UidAtPlace(const std::string& path);
+
+/// Whether the folder of a path lists a document of the path's name, for a path that leads to a document of
+/// that name in another folder. Reads the folder up to that document. Makes requests.
+/// @return NotKnown when the listing failed
+[[nodiscard]] Presence PresenceInFolder(const std::string& path);
 
 }  // namespace vtdirect_cli

@@ -37,10 +37,24 @@ constexpr const char* kAgain = "the same command can be given again";
           CommandToType(command, address) + " tells when the server answers"};
 }
 
+// The path leads to the other document of the name, so only the folder tells.
+[[nodiscard]] WhatStands StandingBesideNamesake(const PutTarget& target) {
+  switch (PresenceInFolder(target.address)) {
+    case Presence::There:
+      return {"the folder has a document of that name now, and only the answer may have been lost",
+              CommandToType("ls", target.address.substr(0, target.address.rfind('/') + 1)) + " shows it"};
+    case Presence::Gone:
+      return {"nothing was created", kAgain, true};
+    default:
+      return Unknown("ls", target.address.substr(0, target.address.rfind('/') + 1));
+  }
+}
+
 // A name that isn't found on a server that answers is not there.
 [[nodiscard]] WhatStands StandingOfCreation(const PutTarget& target, bool mayBeStored, bool answers) {
   const Result<std::string> found = answers ? UidAtPlace(target.address) : Result<std::string>(Failure{});
   if (!found && mayBeStored) return Unknown("info", target.address);
+  if (found && found->empty() && target.hasNamesake && mayBeStored) return StandingBesideNamesake(target);
   if (!found || found->empty()) return {"nothing was created", kAgain, true};
   const std::string& uid = *found;
   const std::string next =

@@ -3,7 +3,10 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/copy_search.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/escaped_name.h"
@@ -59,9 +62,36 @@ namespace {
     return Unsent(path + " is a folder", "close it with \"/\" to put the file into it");
   }
   const std::string folder = FolderOf(path);
-  if (IsFolder(folder)) return PutTarget{PutTarget::Action::Create, path, false, {}};
+  if (IsFolder(folder)) return PutTarget{PutTarget::Action::Create, path, false, false, {}};
   if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(path.c_str()))) return *failure;
   return Failure{ExitCode::NotFound, "there is no folder " + folder + " that you can see; nothing was sent"};
+}
+
+[[nodiscard]] Failure HiddenByNamesake(const std::string& path, const std::string& namesake) {
+  return Unsent("there is a document " + path +
+                    " already, and the server leads this path to another one of that name, " + namesake,
+                "give the UID of the document that is meant");
+}
+
+// The path leads to a document of the name in another folder. On such a server it may do so also when the
+// folder has one of its own, so the folder's listing decides.
+// @param elsewhere  that it does, or that this could not be found out
+[[nodiscard]] Result<PutTarget> SettleBesideNamesake(Host& host, const PutRequest& request,
+                                                     const std::string& path, const std::string& namesake,
+                                                     const Failure& elsewhere) {
+  if (NamesVersion(path) || elsewhere.code != ExitCode::NotFound) return elsewhere;
+  auto target = SettleCreation(host, request, path);
+  if (!target) return target;
+  target->hasNamesake = true;
+  switch (PresenceInFolder(path)) {
+    case Presence::Gone:
+      return target;
+    case Presence::There:
+      return HiddenByNamesake(path, namesake);
+    default:
+      return Unsent("whether there is a document " + path + " already could not be found out",
+                    "the same command can be given again");
+  }
 }
 
 [[nodiscard]] Failure CheckedOutElsewhere(const std::string& uid) {
@@ -90,13 +120,13 @@ namespace {
 [[nodiscard]] Result<PutTarget> StoreInto(const std::string& uid, bool isTemporary) {
   const std::string workingCopy = WithWorkspace(uid);
   if (!HasWorkspace(workingCopy)) return CheckedOutElsewhere(workingCopy);
-  return PutTarget{PutTarget::Action::Store, workingCopy, isTemporary,
+  return PutTarget{PutTarget::Action::Store, workingCopy, isTemporary, false,
                    isTemporary ? ByOwnId(workingCopy) : workingCopy};
 }
 
 [[nodiscard]] PutTarget IterationOf(const std::string& uid) {
   const std::string document = WithoutWorkspace(uid);
-  return {PutTarget::Action::Iterate, document, false, document};
+  return {PutTarget::Action::Iterate, document, false, false, document};
 }
 
 // Where the checkout stands was not told. That is an end of what is kept only if the server says that there is
@@ -108,9 +138,8 @@ namespace {
   return isKept && isMissing ? LostCheckout(uid) : ObjectFailure(host, uid, reason);
 }
 
-[[nodiscard]] Result<PutTarget> SettleExisting(Host& host, const std::string& uid) {
-  const bool isKept = CheckoutBook().Find(uid).has_value();
-  const CheckoutState state = ReadCheckoutState(uid);
+[[nodiscard]] Result<PutTarget> SettleByState(Host& host, const std::string& uid, bool isKept,
+                                              const CheckoutState& state) {
   switch (state.status) {
     case VtDirectManager::CheckoutNone:
     case VtDirectManager::CheckoutUnsupported:
@@ -132,6 +161,17 @@ namespace {
   }
 }
 
+[[nodiscard]] Result<PutTarget> SettleExisting(Host& host, const PutRequest& request,
+                                               const std::string& uid) {
+  const bool isKept = CheckoutBook().Find(uid).has_value();
+  CheckoutState state = ReadCheckoutState(uid);
+  if (isKept) return SettleByState(host, uid, isKept, state);
+  const CopySearch found = CopyToGoOnWith(host, request.address, state.status, uid);
+  if (found.failure) return *found.failure;
+  if (found.uid != uid) state.status = VtDirectManager::CheckoutInTempWorkspace;
+  return SettleByState(host, found.uid, isKept, state);
+}
+
 // The server tells of no document what kind it has, and the library leaves out what a kind has not.
 [[nodiscard]] Failure MayDropParts(const PutRequest& request) {
   return Unsent(request.address +
@@ -141,6 +181,10 @@ namespace {
 }
 
 }  // namespace
+
+std::string PathToStoreAt(const PutTarget& target) {
+  return target.hasNamesake ? target.address + "|-.0" : target.address;
+}
 
 Result<PutTarget> SettlePutTarget(Host& host, const PutRequest& request) {
   const bool byId = IsById(request.address, request.kind);
@@ -156,12 +200,11 @@ Result<PutTarget> SettlePutTarget(Host& host, const PutRequest& request) {
   // A name that could not be asked for may be taken.
   if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, path, true);
   if (uid.empty()) return SettleCreation(host, request, path);
-  if (auto failure = RefusalOfAnotherPlace(path, uid)) {
-    if (failure->code == ExitCode::NotFound) failure->advice += "; a new document needs another name";
-    return *failure;
+  if (const auto elsewhere = RefusalOfAnotherPlace(path, uid)) {
+    return SettleBesideNamesake(host, request, path, uid, *elsewhere);
   }
   if (request.type != VtDirectManager::FileTypeFenlet && !request.force) return MayDropParts(request);
-  return SettleExisting(host, UidToGoOnWith(host, uid));
+  return SettleExisting(host, request, UidToGoOnWith(host, uid));
 }
 
 }  // namespace vtdirect_cli

@@ -95,7 +95,8 @@ void Send(const PutRequest& request, const PutTarget& target, const SourceLinks&
   options.status = StatusOf(outcome);
   options.progress = progress;
   try {
-    static_cast<void>(VtDirectManager::Store(target.address.c_str(), request.content.path.c_str(), options));
+    static_cast<void>(
+        VtDirectManager::Store(PathToStoreAt(target).c_str(), request.content.path.c_str(), options));
   } catch (const std::exception&) {
     // The library lets through what its readers raise for a ticket that makes no sense. No content has gone
     // out before there is one.

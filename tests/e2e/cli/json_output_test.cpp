@@ -159,6 +159,7 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"verify", server().Uid("D1002")});
   Check({"verify", server().Uid("D1015")}, 1);
   Check({"checkouts"});
+  Check({"checkouts", "--on", "sim"});
   LeaveOpenCheckin(server().Uid("D1002"));
   Check({"uid", fork});
   Check({"recover"});

@@ -218,6 +218,19 @@ TEST_F(PutFailure, ForWantOfRoomForTheCopySaysSo) {
   EXPECT_THAT(Run({"ls", kFrame}).out, Not(HasSubstr("/f\n")));
 }
 
+// What is around the file makes the body longer, so that a copy without its end may be longer than the file.
+TEST_F(PutFailure, ForWantOfRoomForTheEndOfTheBodySendsNoHalfOne) {
+  Serve();
+  fileSizeLimit_ = 100'000;
+  for (const std::size_t room : {0U, 100U, 300U}) {
+    WriteFile(Here("f"), std::string(fileSizeLimit_ - room, 'x'));
+    const ProcessResult result = Run({"put", "f", kFrame});
+    EXPECT_EQ(result.status, 8) << room;
+    EXPECT_THAT(result.err, HasSubstr("nothing was stored")) << room;
+    EXPECT_THAT(server().Log(), Not(HasSubstr("content/upload"))) << room;
+  }
+}
+
 /// Lets a function run all the while that a program does.
 class Meanwhile {
  public:
