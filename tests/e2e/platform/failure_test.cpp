@@ -185,16 +185,13 @@ TEST_F(Failure, WhateverIsNotHttp) {
 
 // curl takes every line that begins as a status line does for one of an answer, and hands on what follows.
 TEST_F(Failure, WhatFollowsAStatusLineWithoutAStatusReachesNobody) {
-  for (const char* answer : {"HTTP/garbage\r\n\r\nbody", "HTTP/HTTP/1.1 200 OK\r\n\r\nbody"}) {
-    ScriptedServer server([answer](Peer& peer, WireRequest&) {
-      peer.Send(answer);
-      peer.Close();
-    });
-    const Fetched fetched = FetchFrom(server.Url());
-    EXPECT_EQ(fetched.code, ErrorCode::ProtocolFailure) << answer;
-    EXPECT_EQ(fetched.begun, 0) << answer;
-    EXPECT_EQ(fetched.body, "") << answer;
-  }
+  ScriptedServer server([](Peer& peer, WireRequest&) {
+    peer.Send("HTTP/garbage\r\n\r\nbody");
+    peer.Close();
+  });
+  const Fetched fetched = FetchFrom(server.Url());
+  ExpectFailure(fetched, ErrorCode::ProtocolFailure);
+  EXPECT_EQ(fetched.begun, 0);
 }
 
 // It continues nothing, and curl would join it to what it has kept of the answer before.
