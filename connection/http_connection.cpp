@@ -131,7 +131,7 @@ std::uint16_t HttpConnection::Download(const DownloadParts& parts, du::http::Pro
   const auto error = SendWithProgress(request, &status, {}, std::move(progress), &found);
   const bool isDelivered = error == du::http::ErrorCode::Done;
   if (FailuresAreCollected() && (!isDelivered || status != 200)) {
-    if (isDelivered && IsMiss(status)) found = ifMissed;
+    if (isDelivered && IsMiss(status)) found = parts.ifMissed;
     EndedExchange exchange;
     exchange.uri = uri;
     exchange.error = error;
