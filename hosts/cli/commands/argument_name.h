@@ -10,7 +10,8 @@ namespace vtdirect_cli {
 inline constexpr std::string_view argumentNames =
     " ADDRESS FILE PATH URL anywhere base ca-file cad checkin client-cert client-key config "
     "connect-timeout depth folder force forget full-paths help json kind language latest link long max-time "
-    "metadata netrc no-clobber no-prompt on output parallel proxy quiet renew server stall-timeout trace version "
+    "metadata netrc no-clobber no-prompt on output parallel proxy quiet renew server stall-timeout trace "
+    "version "
     "versioned versions viewable ";
 
 /// Whether an option or an operand is called so.
