@@ -127,13 +127,16 @@ struct SectionRow {
 [[nodiscard]] CommandRow InfoCommand();
 [[nodiscard]] CommandRow LinksCommand();
 [[nodiscard]] CommandRow LsCommand();
+[[nodiscard]] CommandRow MountCommand();
 [[nodiscard]] CommandRow PathCommand();
 [[nodiscard]] CommandRow PutCommand();
 [[nodiscard]] CommandRow RecoverCommand();
+[[nodiscard]] CommandRow RefreshCommand();
 [[nodiscard]] CommandRow StatusCommand();
 [[nodiscard]] CommandRow TreeCommand();
 [[nodiscard]] CommandRow UidCommand();
 [[nodiscard]] CommandRow UndoCommand();
+[[nodiscard]] CommandRow UnmountCommand();
 [[nodiscard]] CommandRow UrlCommand();
 [[nodiscard]] CommandRow VerifyCommand();
 [[nodiscard]] CommandRow VersionsCommand();

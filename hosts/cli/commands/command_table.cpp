@@ -50,12 +50,12 @@ std::span<const MemberRow> FailureMembers() {
 
 std::span<const CommandRow> Commands() {
   static const std::vector<CommandRow> rows = {
-      CheckCommand(),       LsCommand(),       TreeCommand(),        InfoCommand(),      StatusCommand(),
-      VersionsCommand(),    UidCommand(),      PathCommand(),        UrlCommand(),       GetCommand(),
-      CheckoutCommand(),    PutCommand(),      CheckinCommand(),     UndoCommand(),      VerifyCommand(),
-      CheckoutsCommand(),   RecoverCommand(),  LinksCommand(),       EditUrlCommand(),   BrowseUrlCommand(),
-      ServersCommand(),     XliffPutCommand(), XliffSourceCommand(), XliffListCommand(), XliffGetCommand(),
-      XliffPublishCommand()};
+      CheckCommand(),       LsCommand(),        TreeCommand(),     InfoCommand(),        StatusCommand(),
+      VersionsCommand(),    UidCommand(),       PathCommand(),     UrlCommand(),         GetCommand(),
+      CheckoutCommand(),    PutCommand(),       CheckinCommand(),  UndoCommand(),        VerifyCommand(),
+      CheckoutsCommand(),   RecoverCommand(),   LinksCommand(),    EditUrlCommand(),     BrowseUrlCommand(),
+      MountCommand(),       RefreshCommand(),   UnmountCommand(),  ServersCommand(),     XliffPutCommand(),
+      XliffSourceCommand(), XliffListCommand(), XliffGetCommand(), XliffPublishCommand()};
   return rows;
 }
 
