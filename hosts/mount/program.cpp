@@ -132,6 +132,13 @@ struct Parts {
   return std::nullopt;
 }
 
+// Some thread waits for a server that is silent. The tree is gone, so nobody waits for that thread.
+[[noreturn]] void EndAtOnce(Parts& parts, ExitCode code) {
+  parts.temporary.reset();
+  parts.cache.DropAll();
+  _exit(static_cast<int>(code));
+}
+
 [[nodiscard]] ExitCode Serve(vtdirect_cli::Host& host, const MountOptions& options, Parts& parts,
                              Background* background) {
   Mount mount(options.settings, parts.facts, parts.cache, parts.log);
@@ -139,11 +146,14 @@ struct Parts {
   const auto session = Session::Open(mount, fault);
   if (session == nullptr) return host.output().Fail({ExitCode::Failure, fault});
   parts.log.Write(options.settings.address + " is mounted at " + options.settings.directory);
+  host.output().JsonOnly({{"address", options.settings.address}, {"directory", options.settings.directory}});
+  static_cast<void>(host.output().Flush());
   if (background != nullptr) background->LetGo();
-  const bool endedWell = session->Run();
-  mount.Stop();
+  const ExitCode code = session->Run() ? ExitCode::Ok : ExitCode::Failure;
+  const bool allHasEnded = mount.Stop();
   parts.log.Write(options.settings.directory + " is unmounted");
-  return endedWell ? ExitCode::Ok : ExitCode::Failure;
+  if (!allHasEnded) EndAtOnce(parts, code);
+  return code;
 }
 
 [[nodiscard]] ExitCode RunMount(const vtdirect_cli::CommandLine& line, vtdirect_cli::Output& output,

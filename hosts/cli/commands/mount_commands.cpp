@@ -102,6 +102,11 @@ template <typename Condition>
   return condition();
 }
 
+ExitCode Report(Host& host, const std::string& directory) {
+  host.output().JsonOnly({{"directory", directory}});
+  return ExitCode::Ok;
+}
+
 ExitCode RunRefresh(Host& host, const Arguments& arguments) {
   const std::string directory = arguments.Text("DIR");
   const auto before = StateOfMount(directory);
@@ -114,7 +119,7 @@ ExitCode RunRefresh(Host& host, const Arguments& arguments) {
     const auto now = StateOfMount(directory);
     return now && now->refreshes != before->refreshes;
   };
-  if (WaitFor(isRefreshed)) return ExitCode::Ok;
+  if (WaitFor(isRefreshed)) return Report(host, directory);
   return host.output().Fail({ExitCode::TimedOut, "the mount of " + directory + " did not answer"});
 }
 
@@ -152,8 +157,12 @@ ExitCode RunUnmount(Host& host, const Arguments& arguments) {
   if (RunUnmountProgram(directory) != 0) {
     return host.output().Fail({ExitCode::Failure, directory + " is not unmounted; it may be in use"});
   }
-  if (WaitFor([&] { return !state || HasEnded(state->process); })) return ExitCode::Ok;
+  if (WaitFor([&] { return !state || HasEnded(state->process); })) return Report(host, directory);
   return host.output().Fail({ExitCode::TimedOut, directory + " is unmounted, and its program still runs"});
+}
+
+[[nodiscard]] MemberRow DirectoryMember() {
+  return {"directory", MemberType::Text, nullptr, "the directory where it is shown"};
 }
 
 [[nodiscard]] std::vector<OptionRow> MountOptions() {
@@ -204,7 +213,8 @@ CommandRow UnmountCommand() {
           {{"DIR", "The directory."}},
           {},
           false,
-          RunUnmount};
+          RunUnmount,
+          {DirectoryMember()}};
 }
 
 CommandRow RefreshCommand() {
@@ -214,7 +224,8 @@ CommandRow RefreshCommand() {
           {{"DIR", "The directory, or any file in it."}},
           {},
           false,
-          RunRefresh};
+          RunRefresh,
+          {DirectoryMember()}};
 }
 
 }  // namespace vtdirect_cli

@@ -138,6 +138,15 @@ void ContentCache::Drop(const std::string& file) {
   unlink(file.c_str());
 }
 
+void ContentCache::DropAll() const {
+  const std::string own = std::to_string(getpid()) + "-";
+  std::error_code error;
+  for (auto entry = fs::directory_iterator(Parts(), error); !error && entry != fs::directory_iterator();
+       entry.increment(error)) {
+    if (entry->path().filename().string().starts_with(own)) Drop(entry->path().string());
+  }
+}
+
 void ContentCache::ShrinkTo(std::uint64_t bytes) {
   const std::lock_guard lock(shrinking_);
   const OpenFile otherProcesses(open((directory_ + "/lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600));

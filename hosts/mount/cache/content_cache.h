@@ -44,6 +44,9 @@ class ContentCache {
   /// Removes a file of NewFile.
   static void Drop(const std::string& file);
 
+  /// Removes all files of NewFile that this process has; for its end.
+  void DropAll() const;
+
   /// Throws files away until they take no more than so many bytes.
   void ShrinkTo(std::uint64_t bytes);
 

@@ -9,6 +9,7 @@ namespace {
 
 // A slow document must not hold up those who read others.
 constexpr std::size_t fetchesAtOnce = 32;
+constexpr std::chrono::milliseconds patience{500};
 
 [[nodiscard]] struct stat PatternOfNow() {
   struct stat pattern = {};
@@ -71,9 +72,9 @@ void Mount::Refresh(fuse_session* session) {
   ++refreshes_;
 }
 
-void Mount::Stop() {
-  fetches_.Stop();
-  questions_.Stop();
+bool Mount::Stop() {
+  const bool haveFetchesEnded = fetches_.StopWithin(patience);
+  return questions_.StopWithin(patience) && haveFetchesEnded;
 }
 
 }  // namespace vtdirect_mount

@@ -62,8 +62,10 @@ class Mount {
   /// Lets the server be asked anew for all that can change, and the kernel forget it.
   void Refresh(fuse_session* session);
 
-  /// Ends what is under way, and waits for it.
-  void Stop();
+  /// Ends what is under way, and waits for it a moment.
+  /// @return whether all has ended; if not, a thread waits for a silent server, and the process must end
+  ///         without destroying this
+  [[nodiscard]] bool Stop();
 
  private:
   const MountSettings settings_;

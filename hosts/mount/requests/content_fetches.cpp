@@ -111,11 +111,16 @@ std::vector<ContentFetches::Wish> ContentFetches::End(const Iteration& iteration
 }
 
 void ContentFetches::Stop() {
+  static_cast<void>(StopWithin({}));
+  pool_.Stop();
+}
+
+bool ContentFetches::StopWithin(std::chrono::milliseconds most) {
   {
     const std::lock_guard lock(mutex_);
     isStopped_ = true;
   }
-  pool_.Stop();
+  return pool_.StopWithin(most);
 }
 
 }  // namespace vtdirect_mount

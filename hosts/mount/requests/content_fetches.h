@@ -36,6 +36,9 @@ class ContentFetches {
 
   /// Ends what is under way; waits until it has ended.
   void Stop();
+  /// The same, but waits no longer than so much.
+  /// @return whether all has ended; if not, this must not be destroyed
+  [[nodiscard]] bool StopWithin(std::chrono::milliseconds most);
 
  private:
   struct Flight {

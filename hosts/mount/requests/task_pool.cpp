@@ -24,26 +24,41 @@ void TaskPool::Work() {
     std::deque<Task>& queue = waiting_.empty() ? later_ : waiting_;
     Task task = std::move(queue.front());
     queue.pop_front();
+    ++busy_;
     lock.unlock();
     task();
     task = nullptr;  // what it holds goes before the lock is taken
     lock.lock();
+    if (--busy_ == 0) isQuiet_.notify_all();
   }
 }
 
-void TaskPool::Stop() {
-  std::vector<std::thread> threads;
+void TaskPool::DropTasks() {
   std::deque<Task> dropped;
   std::deque<Task> alsoDropped;
   {
     const std::lock_guard lock(mutex_);
     isStopped_ = true;
-    threads.swap(threads_);
     dropped.swap(waiting_);
     alsoDropped.swap(later_);
   }
   hasWork_.notify_all();
+}
+
+void TaskPool::Stop() {
+  DropTasks();
+  std::vector<std::thread> threads;
+  {
+    const std::lock_guard lock(mutex_);
+    threads.swap(threads_);
+  }
   for (std::thread& thread : threads) thread.join();
+}
+
+bool TaskPool::StopWithin(std::chrono::milliseconds most) {
+  DropTasks();
+  std::unique_lock lock(mutex_);
+  return isQuiet_.wait_for(lock, most, [this] { return busy_ == 0; });
 }
 
 }  // namespace vtdirect_mount

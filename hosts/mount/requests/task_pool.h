@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -28,18 +29,24 @@ class TaskPool {
 
   /// Drops what has not begun and waits for what has.
   void Stop();
+  /// The same, but waits no longer than so much.
+  /// @return whether all has ended; if not, threads still work and the pool must not be destroyed
+  [[nodiscard]] bool StopWithin(std::chrono::milliseconds most);
 
  private:
   void Add(Task task, std::deque<Task>& queue);
   void Work();
+  void DropTasks();
 
   const std::size_t mostThreads_;
   std::mutex mutex_;
   std::condition_variable hasWork_;
+  std::condition_variable isQuiet_;
   std::deque<Task> waiting_;
   std::deque<Task> later_;
   std::vector<std::thread> threads_;
   std::size_t idle_ = 0;
+  std::size_t busy_ = 0;
   bool isStopped_ = false;
 };
 

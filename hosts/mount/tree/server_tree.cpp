@@ -29,7 +29,8 @@ constexpr auto forGood = std::chrono::hours(24 * 365);
 
 ServerTree::ServerTree(std::chrono::steady_clock::duration refresh, FactsFile& facts, ContentCache& cache,
                        std::function<void(const std::string&)> report)
-    : facts_(facts),
+    : keepsListings_(refresh.count() > 0),
+      facts_(facts),
       cache_(cache),
       report_(std::move(report)),
       folders_(refresh),
@@ -101,6 +102,7 @@ std::string ServerTree::UidByListing(const std::string& folder, const std::strin
 }
 
 bool ServerTree::IsListingWorthIt(const std::string& folder) {
+  if (!keepsListings_) return false;
   if (versions_.Peek(folder).value != nullptr) return true;
   const auto listing = folders_.Peek(folder);
   if (listing.value == nullptr) return false;

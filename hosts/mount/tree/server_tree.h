@@ -56,6 +56,7 @@ class ServerTree {
   template <typename Value, typename Question>
   [[nodiscard]] Answer<Value> Asked(const std::string& what, Question question);
 
+  const bool keepsListings_;
   FactsFile& facts_;
   ContentCache& cache_;
   const std::function<void(const std::string&)> report_;

@@ -25,7 +25,10 @@ class MountTest : public VtDirect {
 
   /// The directory of the mount, and a path below it.
   [[nodiscard]] std::string Tree(const std::string& name = "") const;
+  /// Whether something is mounted there, alive or not.
   [[nodiscard]] bool IsMounted() const;
+  /// Whether a living mount is there.
+  [[nodiscard]] bool AnswersAsMount() const;
   [[nodiscard]] std::string Cache() const { return Home(".cache/vtdirect"); }
 
   /// The names in a directory, sorted.

@@ -27,11 +27,21 @@ TEST_F(MountTest, ReturnsWhenTheTreeIsThereAndIsTakenAwayByUnmount) {
   EXPECT_THAT(ReadFile(Home(".local/state/vtdirect/mount.log")), HasSubstr(Tree() + " is unmounted"));
 }
 
+TEST_F(MountTest, IsToldInJsonToo) {
+  Serve();
+  EXPECT_EQ(Run({"--json", "mount", "--no-prompt", "//sim", Tree()}).out,
+            R"({"schema":1,"command":"mount","address":"//sim/","directory":")" + Tree() + "\"}\n");
+  EXPECT_EQ(Run({"--json", "refresh", Tree()}).out,
+            R"({"schema":1,"command":"refresh","directory":")" + Tree() + "\"}\n");
+  EXPECT_EQ(Run({"--json", "unmount", Tree()}).out,
+            R"({"schema":1,"command":"unmount","directory":")" + Tree() + "\"}\n");
+}
+
 TEST_F(MountTest, OfAFolderShowsThatFolder) {
   Serve();
   const std::string folder = "//sim/" + std::string(kFrame);
   ASSERT_EQ(Run({"mount", "--no-prompt", folder, Tree()}).status, 0);
-  EXPECT_THAT(Names(Tree()), ElementsAre("fork.lxz", "frame.lxz"));
+  EXPECT_THAT(Names(Tree()), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
   EXPECT_EQ(Run({"unmount", Tree()}).status, 0);
 }
 
@@ -90,11 +100,11 @@ TEST_F(MountTest, ThatWasKilledIsClearedAwayByTheNext) {
 TEST_F(MountTest, IsRefreshedByAHangUp) {
   Serve();
   Mount({"--refresh", "3600"});
-  ASSERT_EQ(Names(Tree(kFrame)).size(), 2U);
+  ASSERT_EQ(Names(Tree(kFrame)).size(), 3U);
   WriteFile(Here("new.lxz"), "FENLET new\n");
   ASSERT_EQ(Run({"put", "-q", "new.lxz", "//sim/" + std::string(kFrame)}).status, 0);
   SignalMount(SIGHUP);
-  EXPECT_TRUE(WaitUntil([this] { return Names(Tree(kFrame)).size() == 3; }));
+  EXPECT_TRUE(WaitUntil([this] { return Names(Tree(kFrame)).size() == 4; }));
 }
 
 TEST_F(MountTest, GivesNoContentToProgramsThatMakeThumbnails) {
@@ -112,16 +122,16 @@ TEST_F(MountTest, LetsCommandsTakeItsPathsForAddresses) {
   Serve();
   Mount();
   EXPECT_EQ(Run({"uid", Tree(kFork)}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
-  EXPECT_EQ(Run({"ls", Tree(kFrame)}).out, "fork.lxz\nframe.lxz\n");
+  EXPECT_EQ(Run({"ls", Tree(kFrame)}).out, "fork.lxz\nframe.lxz\nwelding manual.xml\n");
   EXPECT_EQ(Run({"uid", Tree(std::string(kFrame) + ".versions/fork.lxz/A.1.lxz")}).out,
             server().Uid("D1101") + "&file=/fork.lxz\n");
   ASSERT_EQ(Run({"checkout", "-q", Tree(kFork)}).status, 0);
   EXPECT_EQ(Run({"undo", "-q", Tree(kFork)}).status, 0);
   // A name that is not there yet is that of a new document.
   WriteFile(Here("source.lxz"), "FENLET new\n");
-  ASSERT_EQ(Run({"put", "-q", "source.lxz", Tree(std::string(kFrame) + "what?.lxz")}).status, 0);
+  ASSERT_EQ(Run({"put", "-q", "source.lxz", Tree(std::string(kFrame) + "new.lxz")}).status, 0);
   ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
-  EXPECT_EQ(Text(Tree(std::string(kFrame) + "what?.lxz")), "FENLET new\n");
+  EXPECT_EQ(Text(Tree(std::string(kFrame) + "new.lxz")), "FENLET new\n");
   // A local file outside of the mount is no address.
   EXPECT_EQ(Run({"uid", "source.lxz"}).status, 2);
 }

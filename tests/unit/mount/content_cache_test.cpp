@@ -120,6 +120,16 @@ TEST_F(ContentCacheTest, ClearsAwayWhatAKilledProcessLeft) {
   EXPECT_EQ(FilesIn("parts"), 1U);
 }
 
+TEST_F(ContentCacheTest, DropsItsOwnPartsAlone) {
+  ContentCache cache(Directory(), 1000);
+  ASSERT_EQ(cache.Prepare(), "");
+  vtdirect_test::WriteFile(cache.NewFile(), "under way");
+  vtdirect_test::WriteFile(Directory() + "/parts/1-0", "another process's");
+  cache.DropAll();
+  EXPECT_EQ(FilesIn("parts"), 1U);
+  EXPECT_TRUE(std::filesystem::exists(Directory() + "/parts/1-0"));
+}
+
 TEST_F(ContentCacheTest, LeavesNoPartBehindThatCannotBeKept) {
   ContentCache cache(Directory(), 1000);
   ASSERT_EQ(cache.Prepare(), "");

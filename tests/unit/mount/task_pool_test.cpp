@@ -54,6 +54,24 @@ TEST(TaskPool, BeginsWhatCanWaitWhenNothingElseDoes) {
   EXPECT_EQ(order, "now later");
 }
 
+TEST(TaskPool, WaitsForATaskNoLongerThanItIsTold) {
+  TaskPool pool(1);
+  std::promise<void> begun;
+  std::promise<void> release;
+  bool isCarriedOut = false;
+  pool.Post([&begun, future = release.get_future().share()] {
+    begun.set_value();
+    future.wait();
+  });
+  begun.get_future().wait();
+  pool.Post([&] { isCarriedOut = true; });
+  EXPECT_FALSE(pool.StopWithin(std::chrono::milliseconds(1)));
+  release.set_value();
+  EXPECT_TRUE(pool.StopWithin(std::chrono::seconds(10)));
+  pool.Stop();
+  EXPECT_FALSE(isCarriedOut);
+}
+
 TEST(TaskPool, DropsWhatComesAfterItsEnd) {
   TaskPool pool(1);
   bool isCarriedOut = false;
