@@ -69,6 +69,22 @@ constexpr NumberOption cacheSizeOption{"cache-size", 4096, 1, std::uint64_t{1} <
   return std::nullopt;
 }
 
+[[nodiscard]] std::optional<Failure> ReadWriting(const Arguments& arguments, MountSettings& settings) {
+  settings.write = arguments.Has("write");
+  settings.autoCheckout = arguments.Has("auto-checkout");
+  for (const std::string& pattern : arguments.All("scratch")) settings.scratch.Add(pattern);
+  std::error_code error;
+  settings.startDirectory = std::filesystem::current_path(error).string();
+  const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+  settings.command = {error ? "vtdirect" : (self.parent_path() / "vtdirect").string()};
+  for (std::string& word : vtdirect_cli::WordsOf(vtdirect_cli::GlobalOptions(), arguments)) {
+    settings.command.push_back(std::move(word));
+  }
+  if (!arguments.Has("no-prompt")) settings.command.emplace_back("--no-prompt");
+  if (settings.write || (!settings.autoCheckout && !arguments.Has("scratch"))) return std::nullopt;
+  return Failure{ExitCode::Usage, "--auto-checkout and --scratch take --write beside them"};
+}
+
 }  // namespace
 
 std::optional<Failure> ReadMountOptions(const Arguments& arguments, MountOptions& options) {
@@ -84,6 +100,7 @@ std::optional<Failure> ReadMountOptions(const Arguments& arguments, MountOptions
   options.settings.refresh = std::chrono::seconds(refresh);
   options.settings.parallel = parallel;
   options.settings.noPreview = arguments.Has("no-preview");
+  if (auto failure = ReadWriting(arguments, options.settings)) return failure;
   options.cacheBytes = mebibytes * mebibyte;
   return ReadPlaces(arguments, options);
 }

@@ -142,7 +142,8 @@ struct Parts {
 [[nodiscard]] ExitCode Serve(vtdirect_cli::Host& host, const MountOptions& options, Parts& parts,
                              Background* background) {
   Mount mount(options.settings, parts.facts, parts.cache, parts.log);
-  std::string fault;
+  std::string fault = mount.writing() == nullptr ? "" : mount.writing()->Prepare(options.settings.address);
+  if (!fault.empty()) return host.output().Fail({ExitCode::LocalFile, fault});
   const auto session = Session::Open(mount, fault);
   if (session == nullptr) return host.output().Fail({ExitCode::Failure, fault});
   parts.log.Write(options.settings.address + " is mounted at " + options.settings.directory);

@@ -79,6 +79,9 @@ struct CommandRow {
 /// Every command, in the order of the help text.
 [[nodiscard]] std::span<const CommandRow> Commands();
 
+/// The options that were given of these, as words of a command line.
+[[nodiscard]] std::vector<std::string> WordsOf(std::span<const OptionRow> rows, const Arguments& arguments);
+
 /// Several commands that share the first word of their names.
 struct GroupRow {
   const char* name;

@@ -18,6 +18,20 @@ std::string UsageOf(const OperandRow& row) {
   return row.count == Count::AtLeastOnce ? name + "..." : name;
 }
 
+std::vector<std::string> WordsOf(std::span<const OptionRow> rows, const Arguments& arguments) {
+  std::vector<std::string> words;
+  for (const OptionRow& row : rows) {
+    if (!arguments.Has(row.name)) continue;
+    const std::string option = "--" + std::string(row.name);
+    if (row.value == nullptr) {
+      words.push_back(option);
+      continue;
+    }
+    for (const std::string& value : arguments.All(row.name)) words.insert(words.end(), {option, value});
+  }
+  return words;
+}
+
 const char* NameOf(MemberType type) {
   switch (type) {
     case MemberType::Flag:

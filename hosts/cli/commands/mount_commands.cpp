@@ -25,19 +25,6 @@ constexpr const char* mountAttribute = "user.vantry.mount";
 constexpr int waitMilliseconds = 50;
 constexpr int mostWaits = 600;
 
-void AddOptions(std::span<const OptionRow> rows, const Arguments& arguments,
-                std::vector<std::string>& words) {
-  for (const OptionRow& row : rows) {
-    for (const std::string& value : arguments.All(row.name)) {
-      words.push_back("--" + std::string(row.name));
-      if (row.value != nullptr) words.push_back(value);
-    }
-    if (row.value == nullptr && arguments.Has(row.name) && arguments.All(row.name).empty()) {
-      words.push_back("--" + std::string(row.name));
-    }
-  }
-}
-
 [[nodiscard]] std::string ProgramBeside(const char* name) {
   std::error_code error;
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -61,8 +48,8 @@ void Execute(std::vector<std::string>& words) {
 ExitCode RunMount(Host& host, const Arguments& arguments) {
   const CommandRow row = MountCommand();
   std::vector<std::string> words{ProgramBeside(mountProgram)};
-  AddOptions(GlobalOptions(), arguments, words);
-  AddOptions(row.options, arguments, words);
+  for (std::string& word : WordsOf(GlobalOptions(), arguments)) words.push_back(std::move(word));
+  for (std::string& word : WordsOf(row.options, arguments)) words.push_back(std::move(word));
   words.insert(words.end(), {"--", arguments.Text("ADDRESS"), arguments.Text("DIR")});
   RestoreSignals();
   Execute(words);
@@ -177,6 +164,14 @@ ExitCode RunUnmount(Host& host, const Arguments& arguments) {
       {"cache-size", 0, "MIB", false, Completion::Nothing,
        "How much the kept contents may take, in mebibytes; 4096 unless given."},
       {"log", 0, "FILE", false, Completion::Files, "Where the mount says what went wrong."},
+      {"write", 'w', nullptr, false, Completion::Nothing,
+       "Let documents that are checked out be written to, and files be created."},
+      {"auto-checkout", 0, nullptr, false, Completion::Nothing,
+       "With --write: check a document out when it is first written to."},
+      {"scratch", 0, "PATTERN", true, Completion::Nothing,
+       "With --write: files whose names match this pattern of the shell's kind stay on this machine, beside "
+       "those of "
+       "well-known editors. May be given several times."},
       {"no-preview", 0, nullptr, false, Completion::Nothing,
        "Give no contents to programs that make thumbnails."},
   };

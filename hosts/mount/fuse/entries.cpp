@@ -11,6 +11,7 @@ namespace {
 
 constexpr mode_t directoryMode = S_IFDIR | 0555U;
 constexpr mode_t fileMode = S_IFREG | 0444U;
+constexpr mode_t writableMode = 0644U;
 constexpr std::uint64_t blockBytes = 512;
 
 template <typename Value>
@@ -25,7 +26,7 @@ template <typename Value>
 
 [[nodiscard]] struct stat DirectoryAttributes(const Mount& mount) {
   struct stat attributes = mount.pattern();
-  attributes.st_mode = directoryMode;
+  attributes.st_mode = mount.writing() == nullptr ? directoryMode : directoryMode | S_IWUSR;
   return attributes;
 }
 
@@ -81,6 +82,13 @@ template <typename Value>
 
 [[nodiscard]] Answer<LookedUp> LookUpInFolder(Mount& mount, const Node& parent, const std::string& name,
                                               Effort effort) {
+  const std::string address = parent.address + NameInPath(name);
+  if (mount.writing() != nullptr && mount.writing()->overlay().Find(address) != nullptr) {
+    return WithAttributes(mount, NodeBelow(parent, name, NodeKind::Document, address), effort);
+  }
+  if (mount.writing() != nullptr && mount.writing()->overlay().IsAside(address, Overlay::Clock::now())) {
+    return {ENOENT};
+  }
   const auto listing = ListingOf(mount, parent.address, effort);
   if (listing.value == nullptr) return {listing.error};
   if (name == versionsFolder) {
@@ -143,6 +151,21 @@ template <typename Value>
   return lines;
 }
 
+// What lies over the folder: files that are here alone, and documents that were put aside.
+void AddLocalFiles(const Node& directory, const FolderListing& listing, const Overlay& overlay,
+                   std::vector<DirectoryLine>& lines) {
+  const auto now = Overlay::Clock::now();
+  std::erase_if(lines, [&](const DirectoryLine& line) {
+    return !line.isFolder && overlay.IsAside(directory.address + NameInPath(line.name), now);
+  });
+  for (const std::string& name : overlay.NamesIn(directory.address)) {
+    const std::string shown = ShownName(name, false);
+    if (listing.Find(shown) == nullptr) {
+      lines.push_back(LineOf(shown, NodeKind::Document, directory.address + name));
+    }
+  }
+}
+
 }  // namespace
 
 std::pair<std::string, std::string> PartsOfPath(const std::string& path) {
@@ -159,11 +182,28 @@ Answer<Iteration> IterationOf(Mount& mount, const Node& file, Effort effort) {
                                : KnownOnly(mount.tree().PeekDocument(folder, name));
 }
 
+struct stat AttributesOfLocal(const Mount& mount, const LocalFile& file) {
+  struct stat attributes = mount.pattern();
+  struct stat local = {};
+  if (fstat(file.file().descriptor(), &local) != 0) return attributes;
+  attributes.st_mode = S_IFREG | writableMode;
+  attributes.st_size = local.st_size;
+  attributes.st_blocks = local.st_blocks;
+  attributes.st_mtim = local.st_mtim;
+  attributes.st_ctim = attributes.st_atim = local.st_mtim;
+  return attributes;
+}
+
 Answer<struct stat> AttributesOf(Mount& mount, const Node& node, Effort effort) {
   if (IsDirectory(node.kind)) return Found(DirectoryAttributes(mount));
+  if (const auto local = mount.LocalAt(node)) return Found(AttributesOfLocal(mount, *local));
   const auto iteration = IterationOf(mount, node, effort);
   if (iteration.value == nullptr) return {iteration.error};
-  return Found(FileAttributes(mount, iteration.value->facts));
+  struct stat attributes = FileAttributes(mount, iteration.value->facts);
+  if (node.kind == NodeKind::Document && mount.writing() != nullptr && CanChange(iteration.value->uid)) {
+    attributes.st_mode = S_IFREG | writableMode;
+  }
+  return Found(attributes);
 }
 
 Answer<LookedUp> LookUp(Mount& mount, const Node& parent, const std::string& name, Effort effort) {
@@ -192,7 +232,11 @@ Answer<std::vector<DirectoryLine>> LinesOf(Mount& mount, const Node& directory) 
   }
   const auto listing = ListingOf(mount, directory.address, Effort::Ask);
   if (listing.value == nullptr) return {listing.error};
-  return Found(LinesOfFolder(directory, *listing.value));
+  std::vector<DirectoryLine> lines = LinesOfFolder(directory, *listing.value);
+  if (mount.writing() != nullptr && directory.kind == NodeKind::Folder) {
+    AddLocalFiles(directory, *listing.value, mount.writing()->overlay(), lines);
+  }
+  return Found(std::move(lines));
 }
 
 }  // namespace vtdirect_mount

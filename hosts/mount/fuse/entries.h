@@ -29,6 +29,9 @@ struct LookedUp {
 /// The attributes of a node.
 [[nodiscard]] Answer<struct stat> AttributesOf(Mount& mount, const Node& node, Effort effort);
 
+/// The attributes of a file that was written to here, or is being written to.
+[[nodiscard]] struct stat AttributesOfLocal(const Mount& mount, const LocalFile& file);
+
 /// The iteration that a file shows: of a document the newest one.
 [[nodiscard]] Answer<Iteration> IterationOf(Mount& mount, const Node& file, Effort effort);
 

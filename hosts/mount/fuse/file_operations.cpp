@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -6,45 +7,24 @@
 #include <utility>
 
 #include "hosts/mount/fuse/entries.h"
+#include "hosts/mount/fuse/open_document.h"
 #include "hosts/mount/fuse/operations.h"
 #include "hosts/mount/names/preview_programs.h"
 
 namespace vtdirect_mount {
 namespace {
 
-// An open file: the iteration that it was when it was opened, whatever becomes of the document. Its content
-// is fetched when it is first read.
-class OpenDocument {
- public:
-  explicit OpenDocument(Iteration iteration) : iteration_(std::move(iteration)) {}
-
-  [[nodiscard]] const Iteration& iteration() const { return iteration_; }
-  [[nodiscard]] std::shared_ptr<const OpenFile> content() const {
-    const std::lock_guard lock(mutex_);
-    return content_;
-  }
-  void SetContent(const std::shared_ptr<const OpenFile>& content) {
-    const std::lock_guard lock(mutex_);
-    content_ = content;
-  }
-
- private:
-  const Iteration iteration_;
-  mutable std::mutex mutex_;
-  std::shared_ptr<const OpenFile> content_;
-};
-
-using Handle = std::shared_ptr<OpenDocument>;
-
-[[nodiscard]] const Handle& HandleOf(const fuse_file_info* file) {
-  return *reinterpret_cast<const Handle*>(file->fh);
-}
-
 [[nodiscard]] std::string ProgramOf(fuse_req_t request) {
   std::ifstream file("/proc/" + std::to_string(fuse_req_ctx(request)->pid) + "/comm");
   std::string name;
   std::getline(file, name);
   return name;
+}
+
+void ReplyHandle(fuse_req_t request, fuse_file_info file, std::shared_ptr<OpenDocument> opened) {
+  auto* const handle = new Handle(std::move(opened));
+  file.fh = reinterpret_cast<std::uint64_t>(handle);
+  if (fuse_reply_open(request, &file) != 0) delete handle;
 }
 
 void ReplyOpen(fuse_req_t request, Mount& mount, std::uint64_t node, const Answer<Iteration>& answer) {
@@ -55,9 +35,46 @@ void ReplyOpen(fuse_req_t request, Mount& mount, std::uint64_t node, const Answe
   fuse_file_info file = {};
   const bool isAsBefore = mount.IsAsBefore(node, answer.value->key);
   file.keep_cache = isAsBefore && !CanChange(answer.value->uid) ? 1 : 0;
-  auto* const handle = new Handle(std::make_shared<OpenDocument>(*answer.value));
-  file.fh = reinterpret_cast<std::uint64_t>(handle);
-  if (fuse_reply_open(request, &file) != 0) delete handle;
+  ReplyHandle(request, file, std::make_shared<OpenDocument>(*answer.value));
+}
+
+// What lies on this machine changes without the kernel's knowledge only by the kernel's own writes.
+void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Node& node, const Writable& writable, int flags) {
+  if (writable.file == nullptr) {
+    fuse_reply_err(request, writable.error);
+    return;
+  }
+  const bool writes = (flags & O_ACCMODE) != O_RDONLY;
+  if (writes && (flags & O_TRUNC) != 0) {
+    mount.writing()->NoteChange(node.address, *writable.file);
+    if (ftruncate(writable.file->file().descriptor(), 0) != 0) {
+      fuse_reply_err(request, errno);
+      return;
+    }
+  }
+  mount.writing()->NoteOpened(writable.file);
+  static_cast<void>(mount.IsAsBefore(node.number, writable.file->name()));
+  ReplyHandle(request, {}, std::make_shared<OpenDocument>(writable.file, writes));
+}
+
+// True when the request is taken care of.
+[[nodiscard]] bool OpenLocal(fuse_req_t request, Mount& mount, const std::shared_ptr<const Node>& node,
+                             int flags) {
+  const bool writes = (flags & O_ACCMODE) != O_RDONLY;
+  if (const auto local = mount.LocalAt(*node)) {
+    ReplyOpenLocal(request, mount, *node, {0, local}, flags);
+    return true;
+  }
+  if (!writes) return false;
+  if (mount.writing() == nullptr || node->kind != NodeKind::Document) {
+    fuse_reply_err(request, mount.writing() == nullptr ? EROFS : EPERM);
+    return true;
+  }
+  mount.Ask(request, [&mount, node, flags](const auto& pending) {
+    const Writable writable = mount.writing()->Edit(node->address, (flags & O_TRUNC) == 0);
+    pending->Answer([&](fuse_req_t asked) { ReplyOpenLocal(asked, mount, *node, writable, flags); });
+  });
+  return true;
 }
 
 // What is to be read of a file, as far as the file goes.
@@ -74,6 +91,10 @@ struct Stretch {
 
 // The bytes go from the file to the kernel without passing through this program where the kernel can do so.
 void ReplyContent(fuse_req_t request, const OpenFile& content, const Stretch& stretch) {
+  if (stretch.size == 0) {
+    fuse_reply_buf(request, nullptr, 0);
+    return;
+  }
   fuse_bufvec buffer = FUSE_BUFVEC_INIT(stretch.size);
   buffer.buf[0].flags = static_cast<fuse_buf_flags>(FUSE_BUF_IS_FD | FUSE_BUF_FD_SEEK);
   buffer.buf[0].fd = content.descriptor();
@@ -90,10 +111,7 @@ void OnOpen(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
     fuse_reply_err(request, ESTALE);
     return;
   }
-  if ((file->flags & O_ACCMODE) != O_RDONLY) {
-    fuse_reply_err(request, EROFS);
-    return;
-  }
+  if (OpenLocal(request, mount, node, file->flags)) return;
   if (mount.settings().noPreview && MakesPreviews(ProgramOf(request))) {
     fuse_reply_err(request, EACCES);
     return;
@@ -108,6 +126,10 @@ void OnOpen(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
 
 void OnRead(fuse_req_t request, fuse_ino_t /*node*/, std::size_t size, off_t offset, fuse_file_info* file) {
   const Handle handle = HandleOf(file);
+  if (handle->local() != nullptr) {
+    return ReplyContent(request, handle->local()->file(),
+                        WithinFile({offset, size}, handle->local()->size()));
+  }
   const Stretch stretch = WithinFile({offset, size}, handle->iteration().facts.size);
   if (stretch.size == 0) {
     fuse_reply_buf(request, nullptr, 0);
@@ -123,7 +145,11 @@ void OnRead(fuse_req_t request, fuse_ino_t /*node*/, std::size_t size, off_t off
   MountOf(request).fetches().Fetch(handle->iteration(), {[pending] { return !pending->IsAnswered(); }, done});
 }
 
-void OnRelease(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* file) {
+void OnRelease(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
+  Mount& mount = MountOf(request);
+  const auto& local = HandleOf(file)->local();
+  const auto node = local == nullptr ? nullptr : mount.nodes().Find(number);
+  if (node != nullptr) mount.writing()->NoteClosed(node->address, local);
   delete reinterpret_cast<Handle*>(file->fh);
   fuse_reply_err(request, 0);
 }

@@ -19,6 +19,7 @@
 #include "hosts/mount/tree/lookahead.h"
 #include "hosts/mount/tree/node_table.h"
 #include "hosts/mount/tree/server_tree.h"
+#include "hosts/mount/writing/writing.h"
 
 namespace vtdirect_mount {
 
@@ -27,8 +28,13 @@ struct MountSettings {
   std::string address;    ///< path of the directory on the server, with its closing "/"
   std::string directory;  ///< where it is mounted
   std::chrono::seconds refresh{10};
-  std::size_t parallel = 8;  ///< questions for folders and attributes at one time
-  bool noPreview = false;    ///< contents are not given to programs that make thumbnails
+  std::size_t parallel = 8;          ///< questions for folders and attributes at one time
+  bool noPreview = false;            ///< contents are not given to programs that make thumbnails
+  bool write = false;                ///< documents can be written to
+  ScratchNames scratch;              ///< names of files that stay on this machine
+  bool autoCheckout = false;         ///< a document is checked out when it is first written to
+  std::vector<std::string> command;  ///< vtdirect, with the options of every call
+  std::string startDirectory;        ///< where the program was started
 };
 
 /// All that the operations work with: the tree, the contents, the nodes that the kernel knows. Any thread.
@@ -49,6 +55,12 @@ class Mount {
   /// How often everything was outdated by Refresh.
   [[nodiscard]] std::size_t refreshes() const { return refreshes_; }
 
+  /// What programs write; null where the tree can only be read.
+  [[nodiscard]] Writing* writing() { return writing_.get(); }
+  [[nodiscard]] const Writing* writing() const { return writing_.get(); }
+  /// The file of this machine that lies over a document; null without one.
+  [[nodiscard]] std::shared_ptr<LocalFile> LocalAt(const Node& node);
+
   /// Has a request answered by another thread, which may make requests.
   void Ask(fuse_req_t request, std::function<void(const std::shared_ptr<PendingRequest>&)> task);
   /// Asks for what a program is about to ask next.
@@ -68,6 +80,8 @@ class Mount {
   [[nodiscard]] bool Stop();
 
  private:
+  [[nodiscard]] std::string UidOf(const std::string& address, int& error);
+
   const MountSettings settings_;
   Log& log_;
   struct stat pattern_ = {};
@@ -79,6 +93,7 @@ class Mount {
   std::map<std::uint64_t, std::string> seen_;
   std::atomic<std::size_t> refreshes_{0};
   TaskPool questions_;
+  std::unique_ptr<Writing> writing_;
 };
 
 }  // namespace vtdirect_mount

@@ -12,7 +12,25 @@ void OnInit(void* /*mount*/, fuse_conn_info* connection) {
       static_cast<unsigned>(FUSE_CAP_SPLICE_WRITE | FUSE_CAP_SPLICE_MOVE | FUSE_CAP_PARALLEL_DIROPS);
 }
 
-[[nodiscard]] fuse_lowlevel_ops MakeOperations() {
+void AddWriting(fuse_lowlevel_ops& operations) {
+  operations.create = OnCreate;
+  operations.write = OnWrite;
+  operations.setattr = OnSetAttributes;
+  operations.flush = OnFlush;
+  operations.fsync = OnSync;
+  operations.rename = OnRename;
+  operations.unlink = OnUnlink;
+  operations.mkdir = OnMakeDirectory;
+  operations.rmdir = OnRemoveDirectory;
+  operations.symlink = OnSymbolicLink;
+  operations.link = OnLink;
+  operations.mknod = OnMakeNode;
+  operations.setxattr = OnSetExtended;
+}
+
+}  // namespace
+
+fuse_lowlevel_ops Operations(bool writes) {
   fuse_lowlevel_ops operations = {};
   operations.init = OnInit;
   operations.lookup = OnLookup;
@@ -27,13 +45,7 @@ void OnInit(void* /*mount*/, fuse_conn_info* connection) {
   operations.release = OnRelease;
   operations.getxattr = OnGetExtended;
   operations.listxattr = OnListExtended;
-  return operations;
-}
-
-}  // namespace
-
-const fuse_lowlevel_ops& Operations() {
-  static const fuse_lowlevel_ops operations = MakeOperations();
+  if (writes) AddWriting(operations);
   return operations;
 }
 

@@ -10,7 +10,8 @@ namespace vtdirect_mount {
 class Mount;
 
 /// The table by which libfuse calls this program. The session's user data is the Mount.
-[[nodiscard]] const fuse_lowlevel_ops& Operations();
+/// @param writes  whether the tree can be written to
+[[nodiscard]] fuse_lowlevel_ops Operations(bool writes);
 
 /// The mount that a request belongs to.
 [[nodiscard]] inline Mount& MountOf(fuse_req_t request) {
@@ -34,6 +35,26 @@ void OnReleaseDirectory(fuse_req_t request, fuse_ino_t node, fuse_file_info* fil
 void OnOpen(fuse_req_t request, fuse_ino_t node, fuse_file_info* file);
 void OnRead(fuse_req_t request, fuse_ino_t node, std::size_t size, off_t offset, fuse_file_info* file);
 void OnRelease(fuse_req_t request, fuse_ino_t node, fuse_file_info* file);
+
+// write_operations.cpp, where the mount can be written to
+void OnCreate(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode, fuse_file_info* file);
+void OnWrite(fuse_req_t request, fuse_ino_t node, const char* bytes, std::size_t size, off_t offset,
+             fuse_file_info* file);
+void OnSetAttributes(fuse_req_t request, fuse_ino_t node, struct stat* wanted, int what,
+                     fuse_file_info* file);
+void OnFlush(fuse_req_t request, fuse_ino_t node, fuse_file_info* file);
+void OnSync(fuse_req_t request, fuse_ino_t node, int dataOnly, fuse_file_info* file);
+void OnRename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_t newParent,
+              const char* newName, unsigned flags);
+void OnUnlink(fuse_req_t request, fuse_ino_t parent, const char* name);
+// What a server does not have fails with EPERM.
+void OnMakeDirectory(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode);
+void OnRemoveDirectory(fuse_req_t request, fuse_ino_t parent, const char* name);
+void OnSymbolicLink(fuse_req_t request, const char* target, fuse_ino_t parent, const char* name);
+void OnLink(fuse_req_t request, fuse_ino_t node, fuse_ino_t newParent, const char* newName);
+void OnMakeNode(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode, dev_t device);
+void OnSetExtended(fuse_req_t request, fuse_ino_t node, const char* name, const char* value, std::size_t size,
+                   int flags);
 
 // attribute_operations.cpp
 void OnGetExtended(fuse_req_t request, fuse_ino_t node, const char* name, std::size_t size);

@@ -41,13 +41,14 @@ void ClearAwayDeadMount(const std::string& directory) {
 }
 
 [[nodiscard]] fuse_session* NewSession(Mount& mount) {
+  const bool writes = mount.writing() != nullptr;
   fuse_args arguments = FUSE_ARGS_INIT(0, nullptr);
-  for (const char* argument :
-       {"vtdirect-mount", "-o", "ro,nosuid,nodev,noatime,fsname=vtdirect,subtype=vtdirect"}) {
+  for (const char* argument : {"vtdirect-mount", "-o", writes ? "rw" : "ro", "-o",
+                               "nosuid,nodev,noatime,fsname=vtdirect,subtype=vtdirect"}) {
     if (fuse_opt_add_arg(&arguments, argument) != 0) return nullptr;
   }
-  fuse_session* const session =
-      fuse_session_new(&arguments, &Operations(), sizeof(fuse_lowlevel_ops), &mount);
+  const fuse_lowlevel_ops operations = Operations(writes);
+  fuse_session* const session = fuse_session_new(&arguments, &operations, sizeof operations, &mount);
   fuse_opt_free_args(&arguments);
   return session;
 }

@@ -48,6 +48,20 @@ std::shared_ptr<const Node> NodeTable::Enter(Node wanted) {
   return held.node;
 }
 
+void NodeTable::Move(std::uint64_t parent, const std::string& name, const Node& wanted) {
+  const std::lock_guard lock(mutex_);
+  const auto place = byName_.find(KeyOf(parent, name));
+  if (place == byName_.end()) return;
+  const std::uint64_t number = place->second;
+  byName_.erase(place);
+  Node moved = *held_[number].node;
+  moved.parent = wanted.parent;
+  moved.name = wanted.name;
+  moved.address = wanted.address;
+  held_[number].node = std::make_shared<const Node>(std::move(moved));
+  byName_[KeyOf(wanted.parent, wanted.name)] = number;
+}
+
 void NodeTable::Forget(std::uint64_t number, std::uint64_t times) {
   const std::lock_guard lock(mutex_);
   const auto place = held_.find(number);

@@ -47,6 +47,10 @@ class NodeTable {
   /// @param wanted  its number counts for nothing
   [[nodiscard]] std::shared_ptr<const Node> Enter(Node wanted);
 
+  /// A name was given to what another name had: the number stays with what it is, and gets a new address.
+  /// @param wanted  parent, name and address from now on
+  void Move(std::uint64_t parent, const std::string& name, const Node& wanted);
+
   /// The kernel holds the node so many times less. The root stays.
   void Forget(std::uint64_t number, std::uint64_t times);
 

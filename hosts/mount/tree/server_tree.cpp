@@ -60,13 +60,14 @@ Answer<FolderListing> ServerTree::Folder(const std::string& path) {
 Answer<Iteration> ServerTree::Document(const std::string& folder, const std::string& name) {
   const Answer<std::string> uid = UidOf(folder, name);
   if (uid.value == nullptr) return {uid.error};
-  return IterationOf(*uid.value);
+  return IterationOf(readBy_(*uid.value));
 }
 
 Answer<Iteration> ServerTree::PeekDocument(const std::string& folder, const std::string& name) {
   const Answer<std::string> uid = uids_.Peek(folder + name);
   if (uid.value == nullptr) return {};
-  return CanChange(*uid.value) ? workingCopies_.Peek(*uid.value) : iterations_.Peek(*uid.value);
+  const std::string readBy = readBy_(*uid.value);
+  return CanChange(readBy) ? workingCopies_.Peek(readBy) : iterations_.Peek(readBy);
 }
 
 Answer<Iteration> ServerTree::IterationOf(const std::string& uid) {

@@ -34,6 +34,14 @@ class ServerTree {
   [[nodiscard]] Answer<Iteration> Document(const std::string& folder, const std::string& name);
   [[nodiscard]] Answer<Iteration> PeekDocument(const std::string& folder, const std::string& name);
 
+  /// The UID of a document.
+  [[nodiscard]] Answer<std::string> UidOf(const std::string& folder, const std::string& name);
+
+  /// Gives the UID by which a document is read, for that by which it is found.
+  using ReadBy = std::function<std::string(const std::string& uid)>;
+  /// Has documents read by other UIDs from now on. To be called before the first question.
+  void SetReadBy(ReadBy readBy) { readBy_ = std::move(readBy); }
+
   /// The iteration of a UID.
   [[nodiscard]] Answer<Iteration> IterationOf(const std::string& uid);
 
@@ -48,7 +56,6 @@ class ServerTree {
   void Outdate(const std::string& folder, const std::string& name);
 
  private:
-  [[nodiscard]] Answer<std::string> UidOf(const std::string& folder, const std::string& name);
   [[nodiscard]] std::string UidByListing(const std::string& folder, const std::string& name);
   [[nodiscard]] bool IsListingWorthIt(const std::string& folder);
   [[nodiscard]] std::string UidOfId(const std::string& id);
@@ -60,6 +67,7 @@ class ServerTree {
   FactsFile& facts_;
   ContentCache& cache_;
   const std::function<void(const std::string&)> report_;
+  ReadBy readBy_ = [](const std::string& uid) { return uid; };
   ServerPresence presence_;
   KeptAnswers<FolderListing> folders_;
   KeptAnswers<FolderVersions> versions_;

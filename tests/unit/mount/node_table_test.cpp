@@ -51,6 +51,19 @@ TEST(NodeTable, TellsTheNumberBeforehand) {
   EXPECT_NE(table.Enter(Wanted("b", NodeKind::Document, "//plm/a"))->number, number);
 }
 
+TEST(NodeTable, KeepsTheNumberOfWhatIsRenamed) {
+  NodeTable table("//plm/");
+  const auto before = table.Enter(Wanted("a~", NodeKind::Document, "//plm/a~"));
+  const auto replaced = table.Enter(Wanted("a", NodeKind::Document, "//plm/a"));
+  table.Move(NodeTable::rootNumber, "a~", Wanted("a", NodeKind::Document, "//plm/a"));
+  EXPECT_EQ(table.Find(before->number)->address, "//plm/a");
+  EXPECT_EQ(table.Enter(Wanted("a", NodeKind::Document, "//plm/a"))->number, before->number);
+  // What had the name is known by its number until the kernel forgets it.
+  table.Forget(replaced->number, 1);
+  EXPECT_EQ(table.Find(replaced->number), nullptr);
+  EXPECT_EQ(table.Enter(Wanted("a", NodeKind::Document, "//plm/a"))->number, before->number);
+}
+
 TEST(NodeTable, NeverForgetsTheRoot) {
   NodeTable table("//plm/");
   table.Forget(NodeTable::rootNumber, 1000);
