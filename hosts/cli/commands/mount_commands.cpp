@@ -197,7 +197,9 @@ CommandRow MountCommand() {
       {{"ADDRESS", "The path of a directory."}, {"DIR", "Where it is shown."}},
       MountOptions(),
       false,
-      RunMount};
+      RunMount,
+      {{"address", MemberType::Text, nullptr, "the path that is shown, with its closing \"/\""},
+       DirectoryMember()}};
 }
 
 CommandRow UnmountCommand() {

@@ -25,7 +25,8 @@ void AddWriting(fuse_lowlevel_ops& operations) {
   operations.symlink = OnSymbolicLink;
   operations.link = OnLink;
   operations.mknod = OnMakeNode;
-  operations.setxattr = OnSetExtended;
+  // No extended attributes can be set: without a function for that programs are told that it is not supported,
+  // and go on without access lists.
 }
 
 }  // namespace

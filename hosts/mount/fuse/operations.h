@@ -53,8 +53,6 @@ void OnRemoveDirectory(fuse_req_t request, fuse_ino_t parent, const char* name);
 void OnSymbolicLink(fuse_req_t request, const char* target, fuse_ino_t parent, const char* name);
 void OnLink(fuse_req_t request, fuse_ino_t node, fuse_ino_t newParent, const char* newName);
 void OnMakeNode(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t mode, dev_t device);
-void OnSetExtended(fuse_req_t request, fuse_ino_t node, const char* name, const char* value, std::size_t size,
-                   int flags);
 
 // attribute_operations.cpp
 void OnGetExtended(fuse_req_t request, fuse_ino_t node, const char* name, std::size_t size);

@@ -194,9 +194,4 @@ void OnMakeNode(fuse_req_t request, fuse_ino_t /*parent*/, const char* /*name*/,
   fuse_reply_err(request, EPERM);
 }
 
-void OnSetExtended(fuse_req_t request, fuse_ino_t /*node*/, const char* /*name*/, const char* /*value*/,
-                   std::size_t /*size*/, int /*flags*/) {
-  fuse_reply_err(request, EPERM);
-}
-
 }  // namespace vtdirect_mount
