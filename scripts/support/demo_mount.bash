@@ -25,7 +25,7 @@ show_mount() {
   printf '[servers]\nplm = %s\n' "$server_url" >"$work/vtdirect/config"
   mkdir -p "$work/plm"
   mounted=$work/plm
-  run mount //plm/ "$mounted"
+  run mount --write //plm/ "$mounted"
   export PLM=$mounted
   in_shell 'find "$PLM/Products/Trekking Bike/Folders" -maxdepth 2 | sed "s,^$PLM,~/plm," | sort | head -12'
   in_shell 'cd "$PLM/Products/Trekking Bike/Folders" && grep -rl "version B.1"'
@@ -33,6 +33,20 @@ show_mount() {
   cmp "$mounted/Products/Trekking Bike/Folders/Frame/fork.lxz" "$work/mounted-data/content/10010" ||
     fail "what the mount shows is not what the server holds"
   say "   The same bytes as in the server's store."
+  next "Check a document out, edit it in its directory with two editors, and check it in."
+  run checkout "$mounted/Products/Trekking Bike/Folders/Frame/fork.lxz"
+  in_shell 'sed -i "s/fork/FORK/" "$PLM/Products/Trekking Bike/Folders/Frame/fork.lxz"'
+  if command -v vim >/dev/null; then
+    in_shell 'vim -es -u NONE -c "2s/FORK/Fork/" -c wq "$PLM/Products/Trekking Bike/Folders/Frame/fork.lxz"'
+  fi
+  run checkin "$mounted/Products/Trekking Bike/Folders/Frame/fork.lxz"
+  run refresh "$mounted"
+  in_shell 'head -3 "$PLM/Products/Trekking Bike/Folders/Frame/fork.lxz"'
+  grep -qi "name fork.lxz" "$mounted/Products/Trekking Bike/Folders/Frame/fork.lxz" || fail "the edit is not there"
+  ! cmp -s "$mounted/Products/Trekking Bike/Folders/Frame/fork.lxz" "$work/mounted-data/content/10010" ||
+    fail "the document is as it was"
+  in_shell 'ls "$PLM/Products/Trekking Bike/Folders/Frame/.versions/fork.lxz"'
+
   next "Take the directory away."
   run unmount "$mounted"
   mounted=

@@ -27,7 +27,8 @@ constexpr std::string_view prefix = "user.vantry.";
 [[nodiscard]] Answer<std::string> DetailOf(const std::string& uid, VtDirectManager::VtDetails key) {
   const VtDirectManager::Outcome outcome;
   std::map<VtDirectManager::VtDetails, std::string> details{{key, ""}};
-  if (!VtDirectManager::ReadDetails(uid.c_str(), details)) return {ErrorOf(outcome)};
+  if (!VtDirectManager::ReadDetails(uid.c_str(), details))
+    return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
   return Found(details[key]);
 }
 
@@ -35,7 +36,8 @@ constexpr std::string_view prefix = "user.vantry.";
   const VtDirectManager::Outcome outcome;
   std::string current;
   std::string latest;
-  if (VtDirectManager::GetStatus(uid.c_str(), current, latest, nullptr) < 0) return {ErrorOf(outcome)};
+  if (VtDirectManager::GetStatus(uid.c_str(), current, latest, nullptr) < 0)
+    return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
   return Found(current);
 }
 
@@ -44,7 +46,7 @@ constexpr std::string_view prefix = "user.vantry.";
   const VtDirectManager::Outcome outcome;
   std::string holder;
   const auto status = VtDirectManager::GetCheckoutStatus(uid.c_str(), &holder);
-  if (status == VtDirectManager::CheckoutStatusFailed) return {ErrorOf(outcome)};
+  if (status == VtDirectManager::CheckoutStatusFailed) return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
   if (asksForHolder) return Found(holder);
   const bool isMine = status == VtDirectManager::CheckoutByUserUnrecorded ||
                       status == VtDirectManager::CheckoutInTempWorkspace ||

@@ -3,9 +3,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <fstream>
 #include <utility>
 
+#include "hosts/mount/fuse/calling_process.h"
 #include "hosts/mount/fuse/entries.h"
 #include "hosts/mount/fuse/open_document.h"
 #include "hosts/mount/fuse/operations.h"
@@ -13,13 +13,6 @@
 
 namespace vtdirect_mount {
 namespace {
-
-[[nodiscard]] std::string ProgramOf(fuse_req_t request) {
-  std::ifstream file("/proc/" + std::to_string(fuse_req_ctx(request)->pid) + "/comm");
-  std::string name;
-  std::getline(file, name);
-  return name;
-}
 
 void ReplyHandle(fuse_req_t request, fuse_file_info file, std::shared_ptr<OpenDocument> opened) {
   auto* const handle = new Handle(std::move(opened));
@@ -54,7 +47,9 @@ void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Node& node, const Wr
   }
   mount.writing()->NoteOpened(writable.file);
   static_cast<void>(mount.IsAsBefore(node.number, writable.file->name()));
-  ReplyHandle(request, {}, std::make_shared<OpenDocument>(writable.file, writes));
+  ReplyHandle(
+      request, {},
+      std::make_shared<OpenDocument>(writable.file, writes ? ProcessOf(fuse_req_ctx(request)->pid) : 0));
 }
 
 // True when the request is taken care of.
@@ -112,7 +107,7 @@ void OnOpen(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
     return;
   }
   if (OpenLocal(request, mount, node, file->flags)) return;
-  if (mount.settings().noPreview && MakesPreviews(ProgramOf(request))) {
+  if (mount.settings().noPreview && MakesPreviews(ProgramOf(fuse_req_ctx(request)->pid))) {
     fuse_reply_err(request, EACCES);
     return;
   }
@@ -147,10 +142,11 @@ void OnRead(fuse_req_t request, fuse_ino_t /*node*/, std::size_t size, off_t off
 
 void OnRelease(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
   Mount& mount = MountOf(request);
-  const auto& local = HandleOf(file)->local();
-  const auto node = local == nullptr ? nullptr : mount.nodes().Find(number);
-  if (node != nullptr) mount.writing()->NoteClosed(node->address, local);
-  delete reinterpret_cast<Handle*>(file->fh);
+  const std::unique_ptr<Handle> handle(reinterpret_cast<Handle*>(file->fh));
+  const auto node = mount.nodes().Find(number);
+  if ((*handle)->local() != nullptr && node != nullptr) {
+    mount.writing()->Close(node->address, (*handle)->local(), (*handle)->writes());
+  }
   fuse_reply_err(request, 0);
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <memory>
 #include <mutex>
 
@@ -14,13 +16,14 @@ namespace vtdirect_mount {
 class OpenDocument {
  public:
   explicit OpenDocument(Iteration iteration) : iteration_(std::move(iteration)) {}
-  /// @param writes  whether it was opened for writing
-  OpenDocument(std::shared_ptr<LocalFile> local, bool writes) : local_(std::move(local)), writes_(writes) {}
+  /// @param writer  the process that opened it for writing; 0 when it was opened for reading
+  OpenDocument(std::shared_ptr<LocalFile> local, pid_t writer) : local_(std::move(local)), writer_(writer) {}
 
   [[nodiscard]] const Iteration& iteration() const { return iteration_; }
   /// Null for a document of the server.
   [[nodiscard]] const std::shared_ptr<LocalFile>& local() const { return local_; }
-  [[nodiscard]] bool writes() const { return writes_; }
+  [[nodiscard]] bool writes() const { return writer_ != 0; }
+  [[nodiscard]] pid_t writer() const { return writer_; }
   [[nodiscard]] std::shared_ptr<const OpenFile> content() const {
     const std::lock_guard lock(mutex_);
     return content_;
@@ -33,7 +36,7 @@ class OpenDocument {
  private:
   const Iteration iteration_;
   const std::shared_ptr<LocalFile> local_;
-  const bool writes_ = false;
+  const pid_t writer_ = 0;
   mutable std::mutex mutex_;
   std::shared_ptr<const OpenFile> content_;
 };

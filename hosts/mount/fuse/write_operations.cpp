@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 
+#include "hosts/mount/fuse/calling_process.h"
 #include "hosts/mount/fuse/entries.h"
 #include "hosts/mount/fuse/open_document.h"
 #include "hosts/mount/fuse/operations.h"
@@ -31,7 +32,8 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
   entry.attr_timeout = entry.entry_timeout = mount.seconds();
   mount.writing()->NoteOpened(made.file);
   fuse_file_info file = {};
-  auto* const handle = new Handle(std::make_shared<OpenDocument>(made.file, true));
+  auto* const handle =
+      new Handle(std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid)));
   file.fh = reinterpret_cast<std::uint64_t>(handle);
   if (fuse_reply_create(request, &entry, &file) == 0) return;
   delete handle;
@@ -60,7 +62,9 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
   return mount.LocalAt(node);
 }
 
-// Stores what was changed, by the thread that does so, and answers when that is done.
+// Stores what was changed, by the thread that does so, and answers when that is done. A process that got the
+// open file from the one that opened it closes it too, "(a; b) >FILE" after each of its commands; then the
+// file is not complete yet, and is stored by the last who closes it.
 void StoreAndReply(fuse_req_t request, fuse_ino_t number, const fuse_file_info* file) {
   Mount& mount = MountOf(request);
   const Handle handle = HandleOf(file);

@@ -52,7 +52,8 @@ void ContentFetches::Fetch(const Iteration& iteration, Wish wish) {
 void ContentFetches::Run(const Iteration& iteration, const std::shared_ptr<Flight>& flight) {
   const Answer<OpenFile> answer = FetchWithRoom(iteration, flight);
   if (answer.error != 0 && answer.error != EINTR && report_) {
-    report_("cannot fetch " + iteration.uid + ": " + std::strerror(answer.error));
+    report_("cannot fetch " + iteration.uid + ": " +
+            (answer.words.empty() ? std::strerror(answer.error) : answer.words));
   }
   for (const Wish& wish : End(iteration, flight)) wish.done(answer);
 }
@@ -77,7 +78,7 @@ Answer<OpenFile> ContentFetches::Download(const Iteration& iteration, const std:
   std::string uid;
   if (!VtDirectManager::GetFile(iteration.uid.c_str(), file.c_str(), uid, options)) {
     ContentCache::Drop(file);
-    return {LocalFileFailed(outcome) ? ENOSPC : ErrorOf(outcome)};
+    return {LocalFileFailed(outcome) ? ENOSPC : ErrorOf(outcome), nullptr, WordsOf(outcome)};
   }
   auto opened = OpenWhole(file, iteration.facts.size);
   if (opened == nullptr) {

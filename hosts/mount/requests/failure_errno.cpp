@@ -38,6 +38,7 @@ std::string WordsOf(const VtDirectManager::Outcome& outcome) {
   if (!cause) return "the server gave no reason";
   std::string words = cause->step + ": " + VtDirectManager::FailureKindText(cause->kind);
   if (cause->httpStatus != 0) words += ", HTTP " + std::to_string(cause->httpStatus);
+  if (!cause->platformText.empty()) words += ": " + cause->platformText;
   if (!cause->serverText.empty()) words += ": " + cause->serverText;
   return words;
 }

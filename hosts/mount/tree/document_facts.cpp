@@ -19,7 +19,7 @@ namespace {
   if (!VtDirectManager::GetFile(uid.c_str(), file.c_str(), result, {}, {}) ||
       stat(file.c_str(), &status) != 0) {
     ContentCache::Drop(file);
-    return {ErrorOf(outcome)};
+    return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
   }
   if (const int error = cache.Keep(KeyOfUid(uid), file); error != 0) return {error};
   return Found(static_cast<std::uint64_t>(status.st_size));
@@ -28,9 +28,9 @@ namespace {
 [[nodiscard]] Answer<std::uint64_t> AskForSize(const std::string& uid, ContentCache& cache) {
   const VtDirectManager::Outcome outcome;
   if (const auto size = VtDirectManager::GetContentSize(uid.c_str())) return Found(*size);
-  if (!outcome.Empty()) return {ErrorOf(outcome)};
+  if (!outcome.Empty()) return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
   if (VtDirectManager::ShouldCreate(uid.c_str())) return Found(std::uint64_t{0});
-  if (!outcome.Empty()) return {ErrorOf(outcome)};
+  if (!outcome.Empty()) return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
   return MeasureByDownload(uid, cache);
 }
 
@@ -58,7 +58,7 @@ Answer<Iteration> KnownFacts(const std::string& uid, const FactsFile& file) {
 
 Answer<Iteration> AskForFacts(const std::string& uid, FactsFile& file, ContentCache& cache) {
   const auto size = AskForSize(uid, cache);
-  if (size.value == nullptr) return {size.error};
+  if (size.value == nullptr) return {size.error, nullptr, size.words};
   const Iteration iteration{uid, KeyOfUid(uid), {*size.value, std::time(nullptr)}};
   if (!CanChange(uid)) file.Keep(iteration.key, iteration.facts);
   return Found(iteration);

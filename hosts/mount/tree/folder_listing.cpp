@@ -55,7 +55,7 @@ Answer<FolderListing> ListFolder(const std::string& path) {
   if (VtDirectManager::ReadDirExt(path.c_str(), AddEntry, &listing, ReadDirFiles | ReadDirFolders)) {
     return Found(std::move(listing));
   }
-  return {ErrorOf(outcome)};
+  return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
 }
 
 Answer<FolderVersions> ListVersions(const std::string& path) {
@@ -67,7 +67,7 @@ Answer<FolderVersions> ListVersions(const std::string& path) {
   if (VtDirectManager::ReadDirExt(path.c_str(), AddVersions, &versions, ReadDirFiles | ReadDirVersions)) {
     return Found(std::move(versions));
   }
-  return {ErrorOf(outcome)};
+  return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
 }
 
 }  // namespace vtdirect_mount

@@ -21,7 +21,7 @@ constexpr auto forGood = std::chrono::hours(24 * 365);
 [[nodiscard]] Answer<std::string> FindUid(const std::string& path) {
   const VtDirectManager::Outcome outcome;
   std::string uid = VtDirectManager::GetUID(path.c_str());
-  if (uid.empty()) return {ErrorOf(outcome)};
+  if (uid.empty()) return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
   return Found(std::move(uid));
 }
 
@@ -47,7 +47,7 @@ Answer<Value> ServerTree::Asked(const std::string& what, Question question) {
   Answer<Value> answer = question();
   presence_.Note(begun, ServerPresence::Clock::now(), answer.error);
   if (answer.error != 0 && answer.error != ENOTSUP && report_) {
-    report_(what + ": " + std::strerror(answer.error));
+    report_(what + ": " + (answer.words.empty() ? std::strerror(answer.error) : answer.words));
   }
   return answer;
 }
@@ -141,7 +141,8 @@ Answer<std::vector<DocumentVersion>> ServerTree::VersionsOf(const std::string& f
   if (listed.error != ENOTSUP) return {listed.error};
   const VtDirectManager::Outcome outcome;
   DocumentVersion newest;
-  if (!VtDirectManager::GetLatest(uid.value->c_str(), newest.text, newest.id)) return {ErrorOf(outcome)};
+  if (!VtDirectManager::GetLatest(uid.value->c_str(), newest.text, newest.id))
+    return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
   versions.push_back(std::move(newest));
   return Found(std::move(versions));
 }

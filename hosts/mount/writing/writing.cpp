@@ -150,8 +150,20 @@ Writable Writing::Create(const std::string& address) {
   return made;
 }
 
-void Writing::NoteClosed(const std::string& address, const std::shared_ptr<LocalFile>& file) {
-  if (file->NoteClosed() == 0 && !file->isDirty() && !file->isScratch()) overlay_.Take(address, file);
+bool Writing::IsWaiting(const std::string& address) {
+  const std::lock_guard lock(mutex_);
+  return waiting_.contains(address);
+}
+
+void Writing::Close(const std::string& address, const std::shared_ptr<LocalFile>& file, bool writes) {
+  const auto close = [this, address, file] {
+    if (file->NoteClosed() == 0 && !file->isDirty() && !file->isScratch()) overlay_.Take(address, file);
+  };
+  if (!writes || !file->isDirty() || file->isScratch() || IsWaiting(address)) return close();
+  Post([this, address, file, close] {
+    static_cast<void>(Store(address, file));
+    close();
+  });
 }
 
 // The document's UID, when it may be stored into.
@@ -190,13 +202,24 @@ void Writing::NoteChange(const std::string& address, LocalFile& file) {
   NoteWaiting(address, file, false, "it was not closed");
 }
 
+// What was written when a document was checked out, or was not there, must not become a new iteration of one
+// that is not checked out any more, or that somebody else has made meanwhile.
+std::string Writing::WhyNotNow(const std::string& address) {
+  mounted_.outdate(address);
+  int error = 0;
+  const std::string uid = mounted_.uidOf(address, error);
+  if (uid.empty()) return error == ENOENT ? "" : std::strerror(error);
+  return IsCheckedOut(uid) ? "" : "the document is not checked out here";
+}
+
 int Writing::Store(const std::string& address, const std::shared_ptr<LocalFile>& file) {
   if (!file->isDirty() || file->isScratch()) return 0;
   const std::uint64_t changes = file->changes();
   file->Keep(true);
   if (fsync(file->file().descriptor()) != 0) return EIO;
   NoteWaiting(address, *file, true, "it was not confirmed that it is stored");
-  const std::string fault = runner_.Run({"put", "--quiet", "--", file->path(), address});
+  std::string fault = WhyNotNow(address);
+  if (fault.empty()) fault = runner_.Run({"put", "--quiet", "--", file->path(), address});
   if (!fault.empty()) {
     mounted_.log(address + " is not stored, and waits: " + fault);
     NoteWaiting(address, *file, true, fault);

@@ -69,9 +69,11 @@ class Writing {
   void NoteChange(const std::string& address, LocalFile& file);
   /// Hands over a task that stores or renames: one at a time, in the order in which they come.
   void Post(TaskPool::Task task) { stores_.Post(std::move(task)); }
-  /// A file was opened, or closed for good. One that holds nothing new goes with the last.
-  void NoteOpened(const std::shared_ptr<LocalFile>& file) { file->NoteOpened(); }
-  void NoteClosed(const std::string& address, const std::shared_ptr<LocalFile>& file);
+  /// A file was opened.
+  static void NoteOpened(const std::shared_ptr<LocalFile>& file) { file->NoteOpened(); }
+  /// A file was closed for good, which nobody can be told the end of. What is new in it and was not stored yet
+  /// is stored; one that holds nothing new goes with the last.
+  void Close(const std::string& address, const std::shared_ptr<LocalFile>& file, bool writes);
   /// Tries again to store what waits, and not only after a while.
   void RetryNow();
   /// Ends what is under way, and waits for it so long. @return whether all has ended
@@ -88,6 +90,8 @@ class Writing {
 
  private:
   [[nodiscard]] Writable NewFile(const std::string& contentOf);
+  [[nodiscard]] std::string WhyNotNow(const std::string& address);
+  [[nodiscard]] bool IsWaiting(const std::string& address);
   [[nodiscard]] int RequireCheckout(const std::string& address, std::string& uid);
   [[nodiscard]] int SetAside(const std::string& document, const std::string& backup);
   [[nodiscard]] int MoveOnto(const std::string& from, const std::string& to,

@@ -89,7 +89,8 @@ TEST_F(ServerAway, SaysInTheLogWhatWentWrong) {
   Serve({"--fault", "GET */content/*=503"});
   Mount({"--log", Home("log")});
   EXPECT_EQ(ErrorOfReading(Tree(kFork)), EIO);
-  EXPECT_THAT(ReadFile(Home("log")), HasSubstr("cannot fetch "));
+  EXPECT_THAT(ReadFile(Home("log")), HasSubstr("cannot fetch " + server().Uid("D1001")));
+  EXPECT_THAT(ReadFile(Home("log")), HasSubstr("HTTP 503"));
 }
 
 }  // namespace

@@ -93,6 +93,27 @@ TEST_F(MountWriting, MakesANewFileADocument) {
   EXPECT_THAT(Names(Unstored()), IsEmpty());
 }
 
+TEST_F(MountWriting, StoresAFileThatSeveralProcessesWriteWhenTheLastHasClosedIt) {
+  Serve();
+  Mount({"--write"});
+  const std::string line = "(/bin/echo one; /bin/echo two) >\"$TREE/" + std::string(kFrame) + "new.lxz\"";
+  EXPECT_EQ(Shell(line).err, "");
+  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "new.lxz"), "one\ntwo\n");
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
+}
+
+TEST_F(MountWriting, MakesNoIterationOfADocumentThatIsNotCheckedOutAnyMore) {
+  MountAndCheckOut();
+  const int descriptor = open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(write(descriptor, "FENLET edited\n", 14), 14);
+  ASSERT_EQ(Run({"undo", "-q", Path()}).status, 0);
+  EXPECT_EQ(close(descriptor), -1);
+  EXPECT_EQ(errno, EIO);
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("not checked out"));
+}
+
 TEST_F(MountWriting, LetsSedEditInPlace) {
   MountAndCheckOut();
   WriteFile(Here("local.lxz"), server().Get(kForkContent));
