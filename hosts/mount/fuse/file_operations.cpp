@@ -39,7 +39,7 @@ void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Node& node, const Wr
   }
   const bool writes = (flags & O_ACCMODE) != O_RDONLY;
   if (writes && (flags & O_TRUNC) != 0) {
-    mount.writing()->NoteChange(node.address, *writable.file);
+    mount.writing()->NoteChange(node.address, *writable.file, false);
     if (ftruncate(writable.file->file().descriptor(), 0) != 0) {
       fuse_reply_err(request, errno);
       return;

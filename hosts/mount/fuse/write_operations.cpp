@@ -45,7 +45,7 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
                            int what) {
   const int descriptor = local.file().descriptor();
   if ((what & FUSE_SET_ATTR_SIZE) != 0) {
-    mount.writing()->NoteChange(node.address, local);
+    mount.writing()->NoteChange(node.address, local, true);
     if (ftruncate(descriptor, wanted.st_size) != 0) return errno;
   }
   if ((what & (FUSE_SET_ATTR_MTIME | FUSE_SET_ATTR_MTIME_NOW)) != 0) {
@@ -69,7 +69,9 @@ void StoreAndReply(fuse_req_t request, fuse_ino_t number, const fuse_file_info* 
   Mount& mount = MountOf(request);
   const Handle handle = HandleOf(file);
   const auto node = mount.nodes().Find(number);
-  if (!handle->writes() || node == nullptr || !handle->local()->isDirty() || handle->local()->isScratch()) {
+  const bool isDue = handle->writes() && handle->local()->isDirty() && handle->local()->isDue();
+  if (!isDue || node == nullptr || handle->local()->isScratch() ||
+      ProcessOf(fuse_req_ctx(request)->pid) != handle->writer()) {
     fuse_reply_err(request, 0);
     return;
   }
@@ -106,7 +108,7 @@ void OnWrite(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size
     fuse_reply_err(request, node == nullptr ? ESTALE : EBADF);
     return;
   }
-  mount.writing()->NoteChange(node->address, *handle->local());
+  mount.writing()->NoteChange(node->address, *handle->local(), true);
   const ssize_t count = pwrite(handle->local()->file().descriptor(), bytes, size, offset);
   if (count < 0) {
     fuse_reply_err(request, errno);

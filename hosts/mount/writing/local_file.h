@@ -28,10 +28,20 @@ class LocalFile {
 
   /// How often it was changed; tells whether it was changed while it was stored.
   [[nodiscard]] std::uint64_t changes() const { return changes_; }
-  void NoteChange() { ++changes_; }
+  /// Notes a change.
+  /// @param isDue  whether it is to be stored at the next close. A file that was created or emptied when it
+  ///               was opened is about to be written to: a shell closes it once before that.
+  void NoteChange(bool isDue) {
+    ++changes_;
+    if (isDue) isDue_ = true;
+  }
+  [[nodiscard]] bool isDue() const { return isDue_; }
   /// Whether it holds what the server doesn't have.
   [[nodiscard]] bool isDirty() const { return stored_ != changes_; }
-  void NoteStored(std::uint64_t changes) { stored_ = changes; }
+  void NoteStored(std::uint64_t changes) {
+    stored_ = changes;
+    isDue_ = isDirty();
+  }
   /// Whether it is for this machine alone.
   [[nodiscard]] bool isScratch() const { return isScratch_; }
   void SetScratch(bool isScratch) { isScratch_ = isScratch; }
@@ -49,6 +59,7 @@ class LocalFile {
   std::atomic<std::uint64_t> changes_{0};
   std::atomic<std::uint64_t> stored_{0};
   std::atomic<std::size_t> opened_{0};
+  std::atomic<bool> isDue_{false};
   std::atomic<bool> isScratch_{false};
   std::atomic<bool> keeps_{false};
 };

@@ -95,7 +95,7 @@ std::string Writing::Prepare(const std::string& below) {
     if (descriptor < 0) continue;
     auto file = std::make_shared<LocalFile>(unstored.name, path, descriptor);
     file->Keep(true);
-    file->NoteChange();
+    file->NoteChange(true);
     overlay_.Lay(unstored.address, std::move(file));
     const std::lock_guard lock(mutex_);
     waiting_.insert(unstored.address);
@@ -146,7 +146,7 @@ Writable Writing::Create(const std::string& address) {
   made.file->SetScratch(IsScratch(address));
   overlay_.Lay(address, made.file);
   // An empty new file is a document too, once it is closed.
-  NoteChange(address, *made.file);
+  NoteChange(address, *made.file, false);
   return made;
 }
 
@@ -194,9 +194,9 @@ void Writing::NoteWaiting(const std::string& address, const LocalFile& file, boo
   if (error != 0) mounted_.log("cannot note that " + address + " waits: " + std::strerror(error));
 }
 
-void Writing::NoteChange(const std::string& address, LocalFile& file) {
+void Writing::NoteChange(const std::string& address, LocalFile& file, bool isDue) {
   const bool isFirst = !file.isDirty();
-  file.NoteChange();
+  file.NoteChange(isDue);
   if (!isFirst || file.isScratch()) return;
   file.Keep(true);
   NoteWaiting(address, file, false, "it was not closed");
@@ -271,7 +271,7 @@ int Writing::MoveOnto(const std::string& from, const std::string& to,
     file->Keep(false);
     return 0;
   }
-  file->NoteChange();
+  file->NoteChange(true);
   return Store(to, file);
 }
 

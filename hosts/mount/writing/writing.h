@@ -66,7 +66,8 @@ class Writing {
   /// @param keepsContent  whether the file begins with the document's content
   [[nodiscard]] Writable Edit(const std::string& address, bool keepsContent);
   /// Notes that a file of that address is about to be changed, so that a crash is told of.
-  void NoteChange(const std::string& address, LocalFile& file);
+  /// @param isDue  as LocalFile::NoteChange
+  void NoteChange(const std::string& address, LocalFile& file, bool isDue);
   /// Hands over a task that stores or renames: one at a time, in the order in which they come.
   void Post(TaskPool::Task task) { stores_.Post(std::move(task)); }
   /// A file was opened.

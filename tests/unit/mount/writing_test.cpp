@@ -88,13 +88,16 @@ TEST_F(OverlayTest, RemovesContentsThatNobodyWaitsFor) {
 TEST(LocalFile, IsDirtyUntilItsLastChangeIsStored) {
   LocalFile file("a", "/nowhere/a", -1);
   EXPECT_FALSE(file.isDirty());
-  file.NoteChange();
+  file.NoteChange(false);
+  EXPECT_FALSE(file.isDue());
   const auto changes = file.changes();
-  file.NoteChange();
+  file.NoteChange(true);
   file.NoteStored(changes);
   EXPECT_TRUE(file.isDirty());
+  EXPECT_TRUE(file.isDue());
   file.NoteStored(file.changes());
   EXPECT_FALSE(file.isDirty());
+  EXPECT_FALSE(file.isDue());
 }
 
 TEST(UnstoredFiles, AreKeptWithAllThatIsKnown) {
