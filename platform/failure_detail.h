@@ -34,6 +34,8 @@ enum class FailureDetail : std::int32_t {
   LoginUnknown = 20,        ///< it offers only ways to log in that this side does not know
   CodingUnknown = 21,       ///< its answer is coded in a way that this side does not know
   ForeignServer = 22,       ///< it speaks HTTP and is no Vantry server
+  AnswerUnclear = 23,       ///< its answer tells in two ways, or in none that can be read, where it ends
+  ContentCoded = 24,        ///< it codes a content that was asked for as it is
 
   // TLS.
   TlsTooOld = 30,
@@ -65,7 +67,7 @@ enum class FailureDetail : std::int32_t {
 
 /// A detail with its sentence.
 struct FailureReport {
-  FailureDetail detail = FailureDetail::Unknown;
+  FailureDetail detail = FailureDetail::Unknown;  ///< Unknown: no more than the error code says
   /// One English sentence without a full stop: "The name plm.example is not known". It may name hosts, ports,
   /// local files and what a server says of itself, and holds no secret. Empty with Unknown.
   std::string text;

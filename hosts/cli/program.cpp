@@ -131,12 +131,12 @@ int RunProgram(int argc, const char* const* argv) {
   if (Generate(argc, argv)) return Finish(output, ExitCode::Ok);
 
   const CommandLine line = ParseCommandLine(argc, argv);
+  output.Configure(line.named, line.json, line.arguments.Has("quiet"));
   if (line.failure) return static_cast<int>(output.Fail(*line.failure));
   if (line.command == nullptr) {
     std::cout << line.text;
     return Finish(output, ExitCode::Ok);
   }
-  output.Configure(line.command->name, line.arguments.Has("json"), line.arguments.Has("quiet"));
   const Arguments arguments = WithMountedAddresses(*line.command, line.arguments);
   return Finish(output, RunGuarded(*line.command, arguments, output));
 }

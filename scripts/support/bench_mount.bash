@@ -1,5 +1,13 @@
 # The mount beside vtdirect ls, rclone's mount and the disk. Sourced by scripts/bench, whose functions and variables it uses.
 
+# seconds COMMAND...: how long the command takes, its output in $work/output.
+seconds() {
+  local began
+  began=$(date +%s%N)
+  "$@" >"$work/output" || fail "failed: $*"
+  awk -v ns=$(($(date +%s%N) - began)) 'BEGIN {printf "%.6f", ns / 1e9}'
+}
+
 stop_mounts() {
   local directory
   for directory in "$work/plm" "$work/dav"; do
@@ -63,7 +71,7 @@ bench_mount_walks() {
 bench_mount_read() {
   local file="$work/plm/Products/Bulk/Folders/Parts/part 0000001.lxz" pair own disk
   start_server "$work/server" "$root/build/release/simulator/vantry-sim" --port 0 --data "$work/mount-read" \
-    --seed "bulk:1,size=$bytes"
+    --seed "bulk:1,size=$bytes-$bytes"
   mount_server
   cp "$file" "$work/copy"
   cmp "$file" "$work/copy" || fail "the bytes differ"
@@ -92,7 +100,7 @@ read_small() {
 bench_mount_small() {
   local pair
   start_server "$work/server" "$root/build/release/simulator/vantry-sim" --port 0 --data "$work/mount-small" \
-    --seed bulk:1000,size=4096 --latency 50
+    --seed bulk:1000,size=4096-4096 --latency 50
   for pair in $(seq "${PAIRS:-3}"); do
     mount_server
     seconds read_small >>"$work/mount-small-times"
