@@ -3,7 +3,6 @@
 #include <sys/xattr.h>
 
 #include <cerrno>
-#include <cstring>
 
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/escaped_name.h"
@@ -24,7 +23,7 @@ constexpr std::size_t longestAddress = 65'536;
 }
 
 [[nodiscard]] bool TakesAddress(const OperandRow& operand) {
-  return std::strcmp(operand.name, "ADDRESS") == 0 || std::strcmp(operand.name, "PATH") == 0;
+  return operand.name == "ADDRESS" || operand.name == "PATH";
 }
 
 }  // namespace

@@ -20,7 +20,7 @@ using vtdirect_cli::Failure;
 constexpr std::uint64_t mebibyte = std::uint64_t{1} << 20U;
 
 struct NumberOption {
-  const char* name;
+  vtdirect_cli::ArgumentName name;
   std::uint64_t usual;
   std::uint64_t least;
   std::uint64_t most;
@@ -38,7 +38,7 @@ constexpr NumberOption cacheSizeOption{"cache-size", 4096, 1, std::uint64_t{1} <
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   const bool isNumber = error == std::errc() && end == text.data() + text.size() && !text.empty();
   if (isNumber && number >= option.least && number <= option.most) return std::nullopt;
-  return Failure{ExitCode::Usage, "--" + std::string(option.name) + " takes a number from " +
+  return Failure{ExitCode::Usage, "--" + std::string(option.name.text()) + " takes a number from " +
                                       std::to_string(option.least) + " to " + std::to_string(option.most)};
 }
 

@@ -55,9 +55,9 @@ void SetLimits(const Arguments& arguments) {
   if (auto failure = host.SetUp(row, arguments)) return failure;
   SetLimits(arguments);
   ShareCredentials(host);
-  vtdirect_cli::AddressKind kind{};
-  if (auto failure = vtdirect_cli::RequireAddress(options.settings.address, kind)) return failure;
-  if (kind == vtdirect_cli::AddressKind::Path) return std::nullopt;
+  const auto kind = vtdirect_cli::RequireAddress(options.settings.address);
+  if (!kind) return kind.failure();
+  if (*kind == vtdirect_cli::AddressKind::Path) return std::nullopt;
   return Failure{ExitCode::Usage, "a UID names no directory; give a path, //NICK/..."};
 }
 

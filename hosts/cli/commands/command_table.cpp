@@ -22,7 +22,7 @@ std::vector<std::string> WordsOf(std::span<const OptionRow> rows, const Argument
   std::vector<std::string> words;
   for (const OptionRow& row : rows) {
     if (!arguments.Has(row.name)) continue;
-    const std::string option = "--" + std::string(row.name);
+    const std::string option = "--" + std::string(row.name.text());
     if (row.value == nullptr) {
       words.push_back(option);
       continue;
