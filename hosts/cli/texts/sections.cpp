@@ -13,7 +13,8 @@ std::span<const SectionRow> Sections() {
        "A UID names an object by the server's identity of it:\n\n"
        "  korvufenloom-vt://plm.example/vt/?id=D1001&file=/fork.lxz\n\n"
        "The server in a UID must be listed too, under any nickname; no server is ever added by itself. "
-       "Put an address in quotes: it holds characters that mean something to the shell."},
+       "Put an address in quotes: it holds characters that mean something to the shell.\n\n"
+       "A local path below a directory where mount shows a server stands for what it shows there."},
       {"SERVERS",
        "Servers are listed in the configuration file and by --server, which goes before the file. A "
        "nickname is not empty and holds no \"/\". A URL begins with https:// or http:// and holds no user "
