@@ -12,6 +12,7 @@
 #include "hosts/cli/files/temporary_files.h"
 #include "hosts/cli/folders_ahead.h"
 #include "hosts/cli/servers/server_access.h"
+#include "hosts/cli/servers/server_environment.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
@@ -90,15 +91,16 @@ std::optional<Failure> Host::SetUp(const CommandRow& command, const Arguments& a
 }
 
 std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
-  const bool named = arguments.Has("config");
-  const std::string path =
-      named ? arguments.Text("config")
-            : DefaultConfigurationPath(Environment("XDG_CONFIG_HOME"), Environment("HOME"));
+  const std::string fromEnvironment = Environment("VTDIRECT_CONFIG");
+  const bool named = arguments.Has("config") || !fromEnvironment.empty();
+  std::string path = arguments.Has("config") ? arguments.Text("config") : fromEnvironment;
+  if (!named) path = DefaultConfigurationPath(Environment("XDG_CONFIG_HOME"), Environment("HOME"));
   if (!path.empty() || named) {
     auto read = LoadConfiguration(path, named);
     if (!read) return read.failure();
     configuration_ = std::move(*read);
   }
+  if (auto failure = AddServersOfEnvironment(ServerVariables(), configuration_)) return failure;
   for (const std::string& argument : arguments.All("server")) {
     if (auto failure = AddServerArgument(argument, configuration_)) return failure;
   }
