@@ -47,6 +47,21 @@ TEST_F(VtDirect, ListsServersOfTheEnvironmentBetweenTheFileAndTheCommandLine) {
   EXPECT_THAT(result.err, HasSubstr("VTDIRECT_SERVER_d: a server URL begins with"));
 }
 
+TEST_F(VtDirect, AsksWhetherAnotherWordWasMeant) {
+  const auto adviceOf = [this](const std::vector<std::string>& words, int status) {
+    const ProcessResult result = Run(words);
+    EXPECT_EQ(result.status, status);
+    return result.err;
+  };
+  EXPECT_THAT(adviceOf({"chekout", "//a/b"}, 2),
+              HasSubstr("not expected: chekout //a/b; did you mean checkout?"));
+  EXPECT_THAT(adviceOf({"get", "//a/b", "--ouput", "f"}, 2), HasSubstr("did you mean --output?"));
+  EXPECT_THAT(adviceOf({"xliff", "lst"}, 2), HasSubstr("did you mean list?"));
+  EXPECT_THAT(adviceOf({"--server", "plm=http://h/", "get", "//plmm/b"}, 9), HasSubstr("did you mean plm?"));
+  EXPECT_THAT(adviceOf({"--server", "plm=http://h/", "doctor", "lpm"}, 9), HasSubstr("did you mean plm?"));
+  EXPECT_EQ(adviceOf({"zzzzzz"}, 2).find("did you mean"), std::string::npos);
+}
+
 TEST_F(VtDirect, ListsServersAsJsonObjects) {
   EXPECT_EQ(Run({"--json", "-s", "a=http://a/", "-s", "b=http://b/", "servers"}).out,
             "{\"schema\":2,\"command\":\"servers\",\"nickname\":\"a\",\"url\":\"http://a/\"}\n"
