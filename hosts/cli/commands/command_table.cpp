@@ -14,6 +14,7 @@ std::vector<std::string> Arguments::All(const std::string& name) const {
 
 std::string UsageOf(const OperandRow& row) {
   const std::string name = row.name;
+  if (row.count == Count::AnyNumber) return "[" + name + "...]";
   if (row.count == Count::AtMostOnce) return "[" + name + "]";
   return row.count == Count::AtLeastOnce ? name + "..." : name;
 }
@@ -50,12 +51,13 @@ std::span<const MemberRow> FailureMembers() {
 
 std::span<const CommandRow> Commands() {
   static const std::vector<CommandRow> rows = {
-      CheckCommand(),       LsCommand(),       TreeCommand(),        InfoCommand(),      StatusCommand(),
-      VersionsCommand(),    UidCommand(),      PathCommand(),        UrlCommand(),       GetCommand(),
-      CheckoutCommand(),    PutCommand(),      CheckinCommand(),     UndoCommand(),      VerifyCommand(),
-      CheckoutsCommand(),   RecoverCommand(),  LinksCommand(),       EditUrlCommand(),   BrowseUrlCommand(),
-      ServersCommand(),     XliffPutCommand(), XliffSourceCommand(), XliffListCommand(), XliffGetCommand(),
-      XliffPublishCommand()};
+      CheckCommand(),     LsCommand(),       TreeCommand(),        InfoCommand(),     StatusCommand(),
+      VersionsCommand(),  UidCommand(),      PathCommand(),        UrlCommand(),      GetCommand(),
+      CheckoutCommand(),  PutCommand(),      CheckinCommand(),     UndoCommand(),     VerifyCommand(),
+      CheckoutsCommand(), RecoverCommand(),  LinksCommand(),       EditUrlCommand(),  BrowseUrlCommand(),
+      CloneCommand(),     StCommand(),       PullCommand(),        CommitCommand(),   RevertCommand(),
+      DiffCommand(),      LogCommand(),      ServersCommand(),     XliffPutCommand(), XliffSourceCommand(),
+      XliffListCommand(), XliffGetCommand(), XliffPublishCommand()};
   return rows;
 }
 

@@ -26,9 +26,13 @@ void TakeOver(int descriptor, const struct stat& before) {
   static_cast<void>(!fchown(descriptor, static_cast<uid_t>(-1), before.st_gid));
 }
 
+// Asked once: the mask can't be read without being changed, which a second thread would notice.
 [[nodiscard]] mode_t PermissionsOfNewFile() {
-  const mode_t mask = umask(0);
-  umask(mask);
+  static const mode_t mask = [] {
+    const mode_t current = umask(0);
+    umask(current);
+    return current;
+  }();
   return 0666U & ~mask;
 }
 
@@ -133,7 +137,12 @@ std::optional<Failure> SettleTarget(const std::string& option, const std::string
 }
 
 std::unique_ptr<PendingFile> PendingFile::Create(const std::string& target, int* error) {
-  std::string pattern = DirectoryOf(target) + "/.vtdirect-XXXXXX";
+  return CreateIn(DirectoryOf(target), target, error);
+}
+
+std::unique_ptr<PendingFile> PendingFile::CreateIn(const std::string& directory, const std::string& target,
+                                                   int* error) {
+  std::string pattern = directory + "/.vtdirect-XXXXXX";
   const InterruptionHold hold;
   const int descriptor = mkostemp(pattern.data(), O_CLOEXEC);
   if (descriptor < 0) {

@@ -44,6 +44,9 @@ class PendingFile {
   /// Creates it exclusively, readable by its owner alone, in the directory of the target.
   /// @return null, with `error` set, on failure
   [[nodiscard]] static std::unique_ptr<PendingFile> Create(const std::string& target, int* error);
+  /// The same in another directory of the target's file system.
+  [[nodiscard]] static std::unique_ptr<PendingFile> CreateIn(const std::string& directory,
+                                                             const std::string& target, int* error);
 
   /// The file to write into, by its path.
   [[nodiscard]] const std::string& path() const { return path_; }
