@@ -25,12 +25,12 @@ namespace {
 
 // A directory of somebody's files is no place for a work folder. One that was not finished counts as empty.
 [[nodiscard]] std::optional<Failure> RefusalOfDirectory(const std::string& directory) {
-  std::error_code error;
-  if (std::filesystem::exists(directory + "/.vtdirect/files.db", error)) {
+  if (WorkFolder::IsMade(directory)) {
     return Failure{ExitCode::LocalFile, Printable(directory) +
                                             " is a work folder already; vtdirect pull in it fetches what is "
                                             "missing"};
   }
+  std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
     if (entry.path().filename() == ".vtdirect") continue;
     return Failure{ExitCode::LocalFile,

@@ -63,6 +63,7 @@ using End = FetchResult::End;
     return Failed(CannotWrite(wanted.path, error));
   }
   Arrival arrival = FetchVersion(folder, *wanted.document);
+  if (arrival.hasNoContent) return {End::Empty, std::nullopt, {}};
   if (arrival.failure) return Failed(*arrival.failure);
   if (const int error = PutInPlace(folder, arrival, expected); error != 0) {
     return Failed(NotPlaced(wanted.path, error));
@@ -88,6 +89,8 @@ Arrival FetchVersion(WorkFolder& folder, const RemoteDocument& document) {
   const std::string& local = arrival.pending->path();
   if (!VtDirectManager::GetFile(document.uid.c_str(), local.c_str(), uid, options)) {
     arrival.failure = WhyFailed(outcome, "cannot fetch " + Printable(document.path));
+    arrival.hasNoContent =
+        arrival.failure->code == ExitCode::NotFound && VtDirectManager::ShouldCreate(document.uid.c_str());
     if (const int full = Interrupted() ? 0 : ProbeWritable(local); full != 0) {
       arrival.failure = CannotWrite(document.path, full);
     }

@@ -14,6 +14,7 @@ struct FetchResult {
   enum class End {
     Fetched,  ///< the server's bytes are in its place
     Known,    ///< it had the server's bytes already, and is kept as such now
+    Empty,    ///< the document has no content yet, and so there is no file
     Left,     ///< it was changed here, or did not come from the server, and is as it was
     Failed
   };
@@ -38,6 +39,7 @@ struct Arrival {
   std::unique_ptr<PendingFile> pending;
   FolderFile file;
   std::optional<Failure> failure;
+  bool hasNoContent = false;  ///< the failure is that the document has no content yet
 };
 
 /// Fetches a version into a file beside the others, for `path`. Makes requests.

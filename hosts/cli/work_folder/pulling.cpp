@@ -36,6 +36,9 @@ class PullReport {
   void Tell(const Comparison& wanted, const FetchResult& result) {
     const std::lock_guard lock(mutex_);
     if (result.failure) failures_.push_back(*result.failure);
+    if (result.end == End::Empty) {
+      host_.output().Note(wanted.path + " has no content on the server yet");
+    }
     if (result.end != End::Fetched && result.end != End::Known) return;
     ++(result.end == End::Fetched ? fetched_ : known_);
     bytes_ += result.end == End::Fetched ? result.file.size : 0;

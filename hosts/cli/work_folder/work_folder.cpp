@@ -67,6 +67,10 @@ std::string WorkFolder::RootAbove(const std::string& directory) {
   return {};
 }
 
+bool WorkFolder::IsMade(const std::string& directory) {
+  return IsThere(DatabaseIn(directory)) && FileStore::Open(DatabaseIn(directory)).store != nullptr;
+}
+
 WorkFolder::Opening WorkFolder::OpenHere() {
   const std::string root = RootAbove(CurrentDirectory());
   if (root.empty()) return {nullptr, Failure{ExitCode::Usage, outsideText}};

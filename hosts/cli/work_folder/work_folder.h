@@ -20,6 +20,9 @@ class WorkFolder {
   /// The work folder that a directory lies in; empty when it lies in none. Reads the disk only.
   [[nodiscard]] static std::string RootAbove(const std::string& directory);
 
+  /// Whether a directory is a work folder whose making came to its end.
+  [[nodiscard]] static bool IsMade(const std::string& directory);
+
   /// Opens the work folder that the current directory lies in. Makes no request.
   /// @return a failure outside of a work folder, for one that can't be read, and when the nickname in its
   ///         address leads to another server than the one that its files come from
