@@ -68,7 +68,8 @@ void Show(Host& host, const std::string& action, const FolderFile& file) {
         {ExitCode::Incomplete, Printable(file.path) + " was not sent: the server could not be asked for its "
                                                       "newest version"});
   }
-  host.output().Note(file.path + " is not changed, and not sent");
+  const bool isHere = file.state != FileState::Missing;
+  host.output().Note(file.path + (isHere ? " is not changed, and not sent" : " is not here, and not sent"));
   return ExitCode::Ok;
 }
 

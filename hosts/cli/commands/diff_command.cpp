@@ -8,14 +8,16 @@
 namespace vtdirect_cli {
 namespace {
 
-[[nodiscard]] ExitCode DiffOne(Host& host, WorkFolder& folder, const FolderFile& file, LocalState state) {
+[[nodiscard]] ExitCode DiffOne(Host& host, const WorkFolder& folder, const FolderFile& file,
+                               LocalState state) {
   const bool differs = state != LocalState::Same;
   host.output().JsonOnly({{"path", file.path}, {"version", file.version}, {"differs", differs}});
   if (!differs || host.output().json()) return ExitCode::Ok;
   if (state == LocalState::Missing) {
     return host.output().Fail({ExitCode::LocalFile, file.path + " is not here; vtdirect revert fetches it"});
   }
-  const Arrival old = FetchVersion(folder, {file.path, file.address, file.uid, file.version});
+  const Arrival old =
+      FetchVersion(folder, host.workDirectory(), {file.path, file.address, file.uid, file.version});
   if (old.failure) return host.output().Fail(*old.failure);
   static_cast<void>(host.output().Flush());
   const auto failure = ShowDifference({old.pending->path(), file.path + " (version " + file.version + ")"},

@@ -32,9 +32,6 @@ struct KeptEdit {
 }
 
 [[nodiscard]] Failure NotReverted(const std::string& path, int error) {
-  if (error == ESTALE || error == EEXIST) {
-    return {ExitCode::Failure, Printable(path) + " was written to meanwhile; it is left as it is"};
-  }
   return {ExitCode::LocalFile,
           "cannot replace " + Printable(path) + ": " + std::strerror(error) + "; it is left as it is"};
 }
@@ -48,14 +45,15 @@ struct KeptEdit {
   if (const int error = MakeFoldersFor(folder.root(), file.path); error != 0) {
     return host.output().Fail(NotReverted(file.path, error));
   }
-  Arrival arrival = FetchVersion(folder, {file.path, file.address, file.uid, file.version});
+  Arrival arrival =
+      FetchVersion(folder, folder.incoming(), {file.path, file.address, file.uid, file.version});
   if (arrival.failure) return host.output().Fail(*arrival.failure);
   KeptEdit edit;
   if (before) edit = KeepEdit(place);
   if (edit.error != 0) return host.output().Fail(NotReverted(file.path, edit.error));
-  if (const int error = PutInPlace(folder, arrival, before); error != 0) {
+  if (const auto failure = PutInPlace(folder, arrival, before)) {
     if (!edit.name.empty()) unlink(edit.name.c_str());
-    return host.output().Fail(NotReverted(file.path, error));
+    return host.output().Fail(*failure);
   }
   const std::string kept = edit.name.empty() ? "" : edit.name.substr(folder.root().size() + 1);
   host.output().Row({{"edit", kept}},

@@ -25,6 +25,7 @@ void TakeOwnCheckouts(std::vector<Line>& lines) {
     for (const KeptCheckout& kept : book.checkouts) {
       if (!LeadsTo(kept, line.file.file->uid)) continue;
       line.isHeldHere = true;
+      line.checkout = "by-you";
       line.holder = kept.user;
     }
   }
@@ -39,13 +40,12 @@ void AskForHolders(std::vector<Line>& lines, bool all, unsigned threads) {
   }
   RunInParallel(asked.size(), threads, [&asked](std::size_t number) {
     Line& line = *asked[number];
-    line.holder = ReadCheckoutState(line.file.document->uid).user;
+    const CheckoutState state = ReadCheckoutState(line.file.document->uid);
+    if (state.user.empty()) return;
+    line.holder = state.user;
+    line.checkout = CheckoutWord(state.status);
+    if (state.status == VtDirectManager::CheckoutByOther) line.checkout += " (" + state.user + ")";
   });
-}
-
-[[nodiscard]] std::string CheckoutOf(const Line& line) {
-  if (line.isHeldHere) return "by-you";
-  return line.holder.empty() ? "" : "by-other (" + line.holder + ")";
 }
 
 void Show(Host& host, const Line& line) {
@@ -61,7 +61,7 @@ void Show(Host& host, const Line& line) {
   host.output().Row({{"state", std::string(WordOf(file.state))},
                      {"version", version},
                      {"latest_version", newest},
-                     {"checkout", CheckoutOf(line)},
+                     {"checkout", line.checkout},
                      {"path", file.path}},
                     json);
 }

@@ -62,21 +62,19 @@ using End = FetchResult::End;
   if (const int error = MakeFoldersFor(folder.root(), wanted.path); error != 0) {
     return Failed(CannotWrite(wanted.path, error));
   }
-  Arrival arrival = FetchVersion(folder, *wanted.document);
+  Arrival arrival = FetchVersion(folder, folder.incoming(), *wanted.document);
   if (arrival.hasNoContent) return {End::Empty, std::nullopt, {}};
   if (arrival.failure) return Failed(*arrival.failure);
-  if (const int error = PutInPlace(folder, arrival, expected); error != 0) {
-    return Failed(NotPlaced(wanted.path, error));
-  }
+  if (const auto failure = PutInPlace(folder, arrival, expected)) return Failed(*failure);
   return {End::Fetched, std::nullopt, arrival.file};
 }
 
 }  // namespace
 
-Arrival FetchVersion(WorkFolder& folder, const RemoteDocument& document) {
+Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, const RemoteDocument& document) {
   Arrival arrival;
   int error = 0;
-  arrival.pending = PendingFile::CreateIn(folder.incoming(), folder.OnDisk(document.path), &error);
+  arrival.pending = PendingFile::CreateIn(directory, folder.OnDisk(document.path), &error);
   if (!arrival.pending) {
     arrival.failure = CannotWrite(document.path, error);
     return arrival;
@@ -106,16 +104,17 @@ Arrival FetchVersion(WorkFolder& folder, const RemoteDocument& document) {
   return arrival;
 }
 
-int PutInPlace(WorkFolder& folder, Arrival& arrival, const std::optional<struct stat>& expected) {
-  // Nothing lies in its place without a word of where it came from, so this is no warning.
-  if (!folder.store().Announce(arrival.file).empty()) return EIO;
+std::optional<Failure> PutInPlace(WorkFolder& folder, Arrival& arrival,
+                                  const std::optional<struct stat>& expected) {
+  // Nothing lies in its place without a word of where it came from.
+  const std::string fault = folder.store().Announce(arrival.file);
+  if (!fault.empty()) return StoreFailure(fault);
   if (const int error = arrival.pending->Commit(&expected); error != 0) {
     static_cast<void>(folder.store().Withdraw(arrival.file.path));
-    return error;
+    return NotPlaced(arrival.file.path, error);
   }
-  // It is announced, and so the next command keeps it when this can't.
   static_cast<void>(folder.store().Keep(arrival.file));
-  return 0;
+  return std::nullopt;
 }
 
 FetchResult RecogniseFile(WorkFolder& folder, const Comparison& wanted) {
@@ -126,7 +125,7 @@ FetchResult RecogniseFile(WorkFolder& folder, const Comparison& wanted) {
   const auto size = VtDirectManager::GetContentSize(wanted.document->uid.c_str());
   if (!size) return Failed(WhyFailed(outcome, "cannot ask for " + Printable(wanted.path)));
   if (*size != facts.size) return {End::Left, std::nullopt, {}};
-  Arrival arrival = FetchVersion(folder, *wanted.document);
+  Arrival arrival = FetchVersion(folder, folder.incoming(), *wanted.document);
   if (arrival.failure) return Failed(*arrival.failure);
   if (!HasBytesOf(place, facts, arrival.file)) return {End::Left, std::nullopt, {}};
   arrival.file.time = facts.time;

@@ -42,13 +42,16 @@ struct Arrival {
   bool hasNoContent = false;  ///< the failure is that the document has no content yet
 };
 
-/// Fetches a version into a file beside the others, for `path`. Makes requests.
-[[nodiscard]] Arrival FetchVersion(WorkFolder& folder, const RemoteDocument& document);
+/// Fetches a version into a new file of a directory. Makes requests.
+/// @param directory  on the file system of the work folder, when the content is to be put in its place
+[[nodiscard]] Arrival FetchVersion(const WorkFolder& folder, const std::string& directory,
+                                   const RemoteDocument& document);
 
 /// Puts a content in its place, and keeps that it is there.
 /// @param expected  as PendingFile::Commit takes it
-/// @return 0, or the error number; a fault of the database is none, since the file is in its place then
-[[nodiscard]] int PutInPlace(WorkFolder& folder, Arrival& arrival,
-                             const std::optional<struct stat>& expected);
+/// @return why it is not there, and the place is then as it was. That it could not be kept is no failure: it
+///         was announced, and the next command keeps it.
+[[nodiscard]] std::optional<Failure> PutInPlace(WorkFolder& folder, Arrival& arrival,
+                                                const std::optional<struct stat>& expected);
 
 }  // namespace vtdirect_cli
