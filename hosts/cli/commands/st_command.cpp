@@ -13,7 +13,8 @@ namespace {
 /// One line of the answer.
 struct Line {
   Comparison file;
-  std::string holder;       // who has it checked out; empty for nobody, and when it wasn't asked
+  std::string checkout;     // as status calls it; empty when nobody has it, and when it was not asked
+  std::string holder;       // who has it checked out
   bool isHeldHere = false;  // by this program
 };
 
@@ -80,7 +81,7 @@ ExitCode RunSt(Host& host, const Arguments& arguments) {
   ForgetTracedErrors();
   const RemoteTree tree = ReadRemoteTree(folder->store().server(), {"", folder->address()}, threads.count);
   std::vector<Line> lines;
-  for (Comparison& comparison : Compare(local.side, tree)) lines.push_back({std::move(comparison), {}});
+  for (Comparison& comparison : Compare(local.side, tree)) lines.push_back({std::move(comparison), {}, {}});
   TakeOwnCheckouts(lines);
   AskForHolders(lines, arguments.Has("checkouts"), threads.count);
   if (Interrupted()) return host.output().Fail(InterruptedFailure());

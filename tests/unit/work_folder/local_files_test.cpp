@@ -1,5 +1,6 @@
 #include "hosts/cli/work_folder/local_files.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
