@@ -31,8 +31,10 @@ struct Failure {
   std::string serverText;
   std::string url;
   bool mayHaveHappened = false;
-  bool follows = false;  ///< only tells what an entry before it led to
-  bool aside = false;    ///< did not decide how the call ended
+  bool follows = false;    ///< only tells what an entry before it led to
+  bool aside = false;      ///< did not decide how the call ended
+  int platformDetail = 0;  ///< what the platform, or the library, found behind it
+  std::string platformText;
 };
 
 }  // namespace lxservices::cms_interface

@@ -43,6 +43,8 @@ void ReportReason(const Reason& reason) {
   Failure failure;
   failure.kind = reason.kind;
   failure.follows = reason.follows;
+  failure.platformDetail = static_cast<int>(reason.found.detail);
+  failure.platformText = reason.found.text;
   ReportFailure(std::move(failure));
 }
 

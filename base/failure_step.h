@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "base/failure.h"
+#include "platform/failure_detail.h"
 
 /// What a thread is doing, for the failures that it reports.
 namespace lxservices::cms_interface {
@@ -46,6 +47,7 @@ class FailureMark {
 struct Reason {
   FailureKind kind = FailureKind::Refused;
   bool follows = false;
+  du::http::FailureReport found = {};  ///< what lay behind it, where that is known
 };
 
 /// The reason of what only follows from the failure that this thread reported last.

@@ -195,6 +195,8 @@ Failure DescribeFailure(const EndedExchange& exchange) {
   if (!isUnreadable) failure.serverText = ShownText(exchange);
   failure.url = ShownUrl(exchange);
   failure.mayHaveHappened = MayHaveHappened(exchange);
+  failure.platformDetail = static_cast<int>(exchange.found.detail);
+  failure.platformText = PrintableText(exchange.found.text, longestText);
   return failure;
 }
 

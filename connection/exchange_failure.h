@@ -18,8 +18,9 @@ struct EndedExchange {
   std::string_view headers;  ///< the header lines that were sent
   bool wasSentWhole = true;  ///< whether the body, if there was one, was read to its end
   du::http::ErrorCode error = du::http::ErrorCode::Done;
-  int status = 0;         ///< counts for an answer that was delivered, and with TooLarge
-  std::string_view text;  ///< what the server said
+  int status = 0;                      ///< counts for an answer that was delivered, and with TooLarge
+  std::string_view text;               ///< what the server said
+  du::http::FailureReport found = {};  ///< what lay behind it, where that is known
 };
 
 /// The kind of a delivered answer outside 200 to 299.

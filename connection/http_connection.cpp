@@ -30,16 +30,17 @@ std::string ReadRefusal(const char* filePath) {
   return text;
 }
 
-void ReportDownload(const HttpConnection& connection, const std::string& uri, du::http::ErrorCode error,
-                    int status, const char* filePath) {
-  EndedExchange exchange;
+/// How a program answers that does not know an address at all.
+bool IsMiss(int status) {
+  return status == 404 || status == 405 || status == 410 || status == 501;
+}
+
+// Of a download that failed: what is known of it, without what the connection and the file tell.
+void ReportDownload(const HttpConnection& connection, EndedExchange exchange, const char* filePath) {
   exchange.server = connection.uri();
-  exchange.uri = uri;
   exchange.isOwnAddress = connection.reach() != Reach::Given;
-  exchange.error = error;
-  exchange.status = status;
   std::string text;
-  if (error == du::http::ErrorCode::Done && status > 299) text = ReadRefusal(filePath);
+  if (exchange.error == du::http::ErrorCode::Done && exchange.status > 299) text = ReadRefusal(filePath);
   exchange.text = text;
   ReportFailure(DescribeFailure(exchange));
 }
@@ -72,15 +73,19 @@ du::http::CommonAuth HttpConnection::MakeCommonAuth() const {
   return {clientMark, [uri = uri_, auth = auth_] { return auth(uri.c_str()); }};
 }
 
-du::http::ErrorCode HttpConnection::SendRequest(const du::http::Request& request, int* httpStatus) {
+du::http::ErrorCode HttpConnection::SendRequest(const du::http::Request& request, int* httpStatus,
+                                                du::http::FailureReport* found) {
   du::http::Connection* connection = Connect();
   if (connection == nullptr) return du::http::ErrorCode::NoConnection;
-  return du::http::DoRequestWithCommonAuth(*connection, MakeCommonAuth(), request, httpStatus);
+  du::http::CommonAuth auth = MakeCommonAuth();
+  if (found != nullptr) auth.explain = [found](const du::http::FailureReport& report) { *found = report; };
+  return du::http::DoRequestWithCommonAuth(*connection, auth, request, httpStatus);
 }
 
 du::http::ErrorCode HttpConnection::SendWithProgress(const du::http::Request& request, int* httpStatus,
                                                      du::http::ProgressFunction uploadProgress,
-                                                     du::http::ProgressFunction downloadProgress) {
+                                                     du::http::ProgressFunction downloadProgress,
+                                                     du::http::FailureReport* found) {
   du::http::Request observed = request;
   std::unique_ptr<du::http::ProgressSource> body;
   std::unique_ptr<du::http::ProgressSink> sink;
@@ -92,11 +97,12 @@ du::http::ErrorCode HttpConnection::SendWithProgress(const du::http::Request& re
     sink = std::make_unique<du::http::ProgressSink>(std::move(downloadProgress), request.sink);
     observed.sink = sink.get();
   }
-  return SendRequest(observed, httpStatus);
+  return SendRequest(observed, httpStatus, found);
 }
 
 std::uint16_t HttpConnection::DownloadToFile(const char* path, const char* headers, const char* filePath,
-                                             du::http::ProgressFunction downloadProgress) {
+                                             du::http::ProgressFunction downloadProgress,
+                                             const du::http::FailureReport& ifMissed) {
   const std::string uri = basePath_ + path;
   const char* headerText = headers != nullptr ? headers : "";
   du::http::BufferFileSource headerSource(reinterpret_cast<const std::uint8_t*>(headerText),
@@ -108,9 +114,17 @@ std::uint16_t HttpConnection::DownloadToFile(const char* path, const char* heade
   request.headers = &headerSource;
   request.sink = &sink;
   int status = 0;
-  const auto error = SendWithProgress(request, &status, {}, std::move(downloadProgress));
-  if (FailuresAreCollected() && (error != du::http::ErrorCode::Done || status != 200)) {
-    ReportDownload(*this, uri, error, status, filePath);
+  du::http::FailureReport found;
+  const auto error = SendWithProgress(request, &status, {}, std::move(downloadProgress), &found);
+  const bool isDelivered = error == du::http::ErrorCode::Done;
+  if (FailuresAreCollected() && (!isDelivered || status != 200)) {
+    if (isDelivered && IsMiss(status)) found = ifMissed;
+    EndedExchange exchange;
+    exchange.uri = uri;
+    exchange.error = error;
+    exchange.status = status;
+    exchange.found = std::move(found);
+    ReportDownload(*this, std::move(exchange), filePath);
   }
   return static_cast<std::uint16_t>(error == du::http::ErrorCode::Done ? status : -1);
 }

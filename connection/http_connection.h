@@ -42,19 +42,24 @@ class HttpConnection {
 
   /// Performs one exchange. Without a platform connection, and with none to be had, the result is
   /// `NoConnection` and the status is left alone.
-  [[nodiscard]] du::http::ErrorCode SendRequest(const du::http::Request& request, int* httpStatus);
+  /// @param found  receives what lay behind a failure, as far as the platform tells; may be null
+  [[nodiscard]] du::http::ErrorCode SendRequest(const du::http::Request& request, int* httpStatus,
+                                                du::http::FailureReport* found = nullptr);
 
   /// SendRequest with progress told about the body sent and about the body received. Either function may be
   /// empty; an upload function counts only for a request with a body.
   [[nodiscard]] du::http::ErrorCode SendWithProgress(const du::http::Request& request, int* httpStatus,
                                                      du::http::ProgressFunction uploadProgress,
-                                                     du::http::ProgressFunction downloadProgress);
+                                                     du::http::ProgressFunction downloadProgress,
+                                                     du::http::FailureReport* found = nullptr);
 
   /// GETs `basePath()` plus `path` straight into a local file. The body of a refusal lands in the file too.
-  /// @param headers  header lines; null counts as none
+  /// @param headers   header lines; null counts as none
+  /// @param ifMissed  what it means, for the reason of the failure, that the server has no such address
   /// @return the HTTP status; 65535 when the exchange failed
   [[nodiscard]] std::uint16_t DownloadToFile(const char* path, const char* headers, const char* filePath,
-                                             du::http::ProgressFunction downloadProgress);
+                                             du::http::ProgressFunction downloadProgress,
+                                             const du::http::FailureReport& ifMissed = {});
 
  private:
   [[nodiscard]] du::http::Connection* Connect();

@@ -38,10 +38,10 @@ void RestStream::Exchange(const RestRequest& request, du::http::ProgressFunction
   du::http::ProgressFunction uploadProgress;
   du::http::ProgressFunction downloadProgress;
   (exchange.body != nullptr ? uploadProgress : downloadProgress) = std::move(progress);
+  EndedExchange ended;
   errorCode_ = request.connection->SendWithProgress(exchange, &status_, std::move(uploadProgress),
-                                                    std::move(downloadProgress));
+                                                    std::move(downloadProgress), &ended.found);
   if (FailuresAreCollected()) {
-    EndedExchange ended;
     ended.uri = uri;
     ended.wasSentWhole = exchange.body == nullptr || body.wasReadWhole();
     Keep(request, ended);

@@ -13,7 +13,10 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 void TraceUnsupported(const ServerVersion& version) {
-  TracerFor({FailureKind::UnsupportedServer})(dp::TraceType::Error)
+  Reason reason{FailureKind::UnsupportedServer};
+  // A page of somebody else's has no version at all.
+  if (version == ServerVersion{}) reason.found = ForeignServer();
+  TracerFor(reason)(dp::TraceType::Error)
       << "Server version: " << FormatServerVersion(version)
       << " unsupported, at least: " << FormatServerVersion(MinimumServerVersion) << " is required";
 }

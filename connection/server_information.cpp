@@ -53,10 +53,14 @@ bool TakeLine(std::streambuf& document, std::string& line) {
 
 }  // namespace
 
+du::http::FailureReport ForeignServer() {
+  return {du::http::FailureDetail::ForeignServer, "What answers there is not a Vantry server"};
+}
+
 Status GetServerInfo(HttpConnection& connection, ServerInfo& info) {
   const FailureStep step("ask the server for its version");
   const ScopedTempPath file(MakeTempFile("vtinfo", "txt"));
-  if (connection.DownloadToFile("servlet/OrvetGW", "", file.path().c_str(), {}) != 200) {
+  if (connection.DownloadToFile("servlet/OrvetGW", "", file.path().c_str(), {}, ForeignServer()) != 200) {
     TracerFor(Follows())(dp::TraceType::Error,
                          "Failed to get version info from server %s treating as unsupported",
                          connection.uri().c_str());

@@ -20,6 +20,9 @@ struct ServerInfo {
 /// @return Ok, or ConnectionFailed, traced, when the answer is not exactly 200
 Status GetServerInfo(HttpConnection& connection, ServerInfo& info);
 
+/// What it means that a server has no information document, or one without a version key.
+[[nodiscard]] du::http::FailureReport ForeignServer();
+
 /// GetServerInfo for the version alone.
 Status GetServerVersion(HttpConnection& connection, ServerVersion& version);
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "export.h"
+#include "failure_detail.h"
 
 /// The HTTP road of the platform: one call performs one exchange, and small sources and sinks carry the
 /// bytes.
@@ -131,6 +132,10 @@ struct CommonAuth {
   /// Called when the server demands authentication. True: try again with the credentials that now stand.
   /// False: report the server's answer as it is.
   std::function<bool()> reauthenticate;
+  /// Told at most once, on the request's thread and before its end, what the exchange failed on, where more
+  /// is known than the error code; and of an answer whose status or coding speaks of something between here
+  /// and the server. May be empty. A platform that knows no more leaves it alone.
+  std::function<void(const FailureReport&)> explain = {};
 };
 
 /// Makes a connection for a server URL. Makes no request and opens no socket.

@@ -6,10 +6,13 @@
 #include <openssl/x509_vfy.h>
 #include <sys/stat.h>
 
+#include <filesystem>
+#include <fstream>
 #include <list>
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace vtdirect::platform {
@@ -99,6 +102,20 @@ bool CanShareCertificates() {
 
 bool BelongsToProxy(const ssl_ctx_st* context) {
   return sk_X509_OBJECT_num(X509_STORE_get0_objects(SSL_CTX_get_cert_store(context))) > 0;
+}
+
+TrustFault FaultOfTrustFile(const std::string& file) {
+  // A certificate of a file that is any larger than this has begun by then.
+  constexpr std::streamsize longest = 64 * 1024;
+  std::error_code error;
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream || !std::filesystem::is_regular_file(file, error)) return TrustFault::Unreadable;
+  std::string text(static_cast<std::size_t>(longest), '\0');
+  stream.read(text.data(), longest);
+  text.resize(static_cast<std::size_t>(stream.gcount()));
+  const bool begins =
+      text.find("-----BEGIN ") != std::string::npos && text.find("CERTIFICATE") != std::string::npos;
+  return begins ? TrustFault::Broken : TrustFault::Empty;
 }
 
 CURLcode GiveCertificates(ssl_ctx_st* context, const TrustSource& source) {

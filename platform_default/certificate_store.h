@@ -27,6 +27,13 @@ struct TrustSource {
 ///         certificate
 [[nodiscard]] CURLcode GiveCertificates(ssl_ctx_st* context, const TrustSource& source);
 
+/// What is wrong with a file of trusted certificates.
+enum class TrustFault { None, Unreadable, Empty, Broken };
+
+/// Why the certificates of a file could not be taken: reads it. `Empty` when not even the beginning of one is
+/// in it, `Broken` for everything else that could be read.
+[[nodiscard]] TrustFault FaultOfTrustFile(const std::string& file);
+
 /// True when curl has given the context certificates by itself. It has been told of none but for a proxy's
 /// own TLS.
 [[nodiscard]] bool BelongsToProxy(const ssl_ctx_st* context);

@@ -20,6 +20,7 @@ using du::http::ErrorCode;
 
 /// All header lines of one exchange. A server that never ends its header would otherwise never be stalled.
 constexpr std::size_t largestResponseHeader = 256 * 1024;
+constexpr int badRequest = 400;
 constexpr int payloadTooLarge = 413;
 
 /// The status of "HTTP/1.1 413 ..."; 0 for anything else.
@@ -38,6 +39,12 @@ int StatusOf(std::string_view line) {
 /// A demand for authentication, of the server or of a proxy. Nothing was done of what the request asks for.
 bool IsDemand(int status) {
   return status == 401 || status == 407;
+}
+
+bool IsConnected(int socket) {
+  sockaddr_storage peer{};
+  socklen_t length = sizeof peer;
+  return ::getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &length) == 0;
 }
 
 TransferClock::Time Now() {
@@ -61,6 +68,8 @@ void CurlExchange::Attach(CURL* handle) {
   curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
   curl_easy_setopt(handle, CURLOPT_PREREQFUNCTION, &OnRequestStarts);
   curl_easy_setopt(handle, CURLOPT_PREREQDATA, this);
+  curl_easy_setopt(handle, CURLOPT_SOCKOPTFUNCTION, &OnNewSocket);
+  curl_easy_setopt(handle, CURLOPT_SOCKOPTDATA, this);
   curl_easy_setopt(handle, CURLOPT_CLOSESOCKETFUNCTION, &OnCloseSocket);
   curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, this);
 }
@@ -78,6 +87,9 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   sentBeforeStart_.reset();
   demandSeen_ = false;
   connectLimitRanOut_ = false;
+  waitLimitRanOut_ = false;
+  hadConnection_ = false;
+  notes_.NewAnswer();
   result_ = CURLE_OK;
   headerBytes_ = 0;
   begun_ = false;
@@ -144,7 +156,11 @@ void CurlExchange::ReadHeaderLine(std::string_view line) {
     headerEnded_ = false;
     if (IsDemand(status)) demandSeen_ = true;
     decoder_.reset();
-  } else if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
+    notes_.NewAnswer();
+    return;
+  }
+  notes_.HeaderLine(line);
+  if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
     decoder_ = AnswerDecoder::For(line.substr(line.find(':') + 1));
   } else if (line == "\r\n" || line == "\n") {
     headerEnded_ = true;
@@ -164,10 +180,18 @@ bool CurlExchange::BeginSink() {
   return failure_ == ErrorCode::Done;
 }
 
+bool CurlExchange::IsBodyOfAnAnswer(std::string_view bytes) {
+  const bool hasHead = status_ >= 200 && headerEnded_;
+  // What is no HTTP at all tells by its first bytes what it is, and a refusal of a bad request by its words.
+  if (!hasHead || status_ == badRequest) notes_.Body(bytes);
+  if (!hasHead) failure_ = ErrorCode::ProtocolFailure;
+  return hasHead;
+}
+
 std::size_t CurlExchange::OnBody(char* data, std::size_t, std::size_t count, void* self) {
   auto& exchange = *static_cast<CurlExchange*>(self);
   try {
-    if (!exchange.BeginSink()) return 0;
+    if (!exchange.IsBodyOfAnAnswer({data, count}) || !exchange.BeginSink()) return 0;
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(data);
     exchange.failure_ = exchange.decoder_ == nullptr
                             ? exchange.sink_->Write(bytes, count)
@@ -235,6 +259,7 @@ int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t received, curl_o
   if (exchange.BodyIsOut(sent)) exchange.clock_.BodyIsOut();
   if (!exchange.clock_.HasRunOut(Now(), received, sent)) return 0;
   exchange.failure_ = ErrorCode::TimedOut;
+  exchange.waitLimitRanOut_ = true;
   return 1;
 }
 
@@ -267,8 +292,15 @@ long CurlExchange::RequestBytesSent() const {
   return bytes;
 }
 
+int CurlExchange::OnNewSocket(void* self, curl_socket_t, curlsocktype) {
+  // What was closed before was the connection of an earlier exchange.
+  static_cast<CurlExchange*>(self)->hadConnection_ = false;
+  return CURL_SOCKOPT_OK;
+}
+
 int CurlExchange::OnCloseSocket(void* self, curl_socket_t socket) {
   auto& exchange = *static_cast<CurlExchange*>(self);
+  exchange.hadConnection_ = exchange.hadConnection_ || IsConnected(socket);
   const bool unanswered = exchange.status_ < 200 || IsDemand(exchange.status_);
   if (exchange.body_ != nullptr && unanswered && !exchange.begun_) {
     // Sending failed before an answer was read. What the server said before it closed the connection still

@@ -11,6 +11,7 @@
 
 #include "platform/http.h"
 #include "platform_default/answer_decoder.h"
+#include "platform_default/answer_notes.h"
 #include "platform_default/transfer_clock.h"
 
 namespace vtdirect::platform {
@@ -54,6 +55,18 @@ class CurlExchange {
   /// True when the last exchange got the first line of an answer, an interim one included.
   [[nodiscard]] bool HasAnswer() const { return status_ != 0; }
 
+  // What the last exchange has shown, for the sentence that explains it.
+
+  /// The status of the last line that had one; 0 without any.
+  [[nodiscard]] int Status() const { return status_; }
+  [[nodiscard]] const AnswerNotes& Notes() const { return notes_; }
+  /// True when a connection that it made was there, if only for the handshake, and ended with it. curl tells
+  /// the time of a connection that is ready for a request, and of no other.
+  [[nodiscard]] bool HadConnection() const { return hadConnection_; }
+  /// True when it waited too long once it was connected, and for what it waited.
+  [[nodiscard]] bool WaitLimitRanOut() const { return waitLimitRanOut_; }
+  [[nodiscard]] TransferClock::Wait LastWait() const { return clock_.CurrentWait(); }
+
   /// How often a kept connection has died under a request of this handle, which curl then sent over a new
   /// one.
   [[nodiscard]] int Revivals() const { return revivals_; }
@@ -68,9 +81,11 @@ class CurlExchange {
   static int OnSeek(void* self, curl_off_t offset, int origin);
   static int OnProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent);
   static int OnRequestStarts(void* self, char*, char*, int, int);
+  static int OnNewSocket(void* self, curl_socket_t socket, curlsocktype purpose);
   static int OnCloseSocket(void* self, curl_socket_t socket);
 
   void ReadHeaderLine(std::string_view line);
+  [[nodiscard]] bool IsBodyOfAnAnswer(std::string_view bytes);
   [[nodiscard]] bool BeginSink();
   [[nodiscard]] du::http::ErrorCode FinishSink();
   [[nodiscard]] std::size_t ReadBody(std::uint8_t* buffer, std::size_t capacity);
@@ -104,6 +119,9 @@ class CurlExchange {
   std::optional<long> sentBeforeStart_;     ///< set once a request of this exchange has started
   bool demandSeen_ = false;  ///< the last answer was a 401 or 407; only then may a body go out once more
   bool connectLimitRanOut_ = false;
+  bool waitLimitRanOut_ = false;
+  bool hadConnection_ = false;
+  AnswerNotes notes_;
   CURLcode result_ = CURLE_OK;
   int revivals_ = 0;
   std::size_t headerBytes_ = 0;

@@ -7,12 +7,15 @@
 #include <utility>
 
 #include "platform/environment.h"
+#include "platform_default/failure_words.h"
 #include "platform_default/header_lines.h"
 
 namespace vtdirect::platform {
 namespace {
 
 using du::http::ErrorCode;
+using du::http::FailureDetail;
+using du::http::FailureReport;
 using du::http::Method;
 
 /// Large enough that a fast download is not a matter of system calls.
@@ -28,6 +31,17 @@ void InitialiseCurlOnce() {
 std::string TextInfo(CURL* handle, CURLINFO info) {
   const char* text = nullptr;
   return curl_easy_getinfo(handle, info, &text) == CURLE_OK && text != nullptr ? text : "";
+}
+
+long NumberInfo(CURL* handle, CURLINFO info) {
+  long number = 0;
+  return curl_easy_getinfo(handle, info, &number) == CURLE_OK ? number : 0;
+}
+
+/// Whether a stage was reached, of which curl has noted the time.
+bool HasTime(CURL* handle, CURLINFO info) {
+  curl_off_t microseconds = 0;
+  return curl_easy_getinfo(handle, info, &microseconds) == CURLE_OK && microseconds > 0;
 }
 
 const char* OrNull(const std::string& text) {
@@ -97,7 +111,9 @@ void CurlHandle::SetFixedOptions() {
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-  curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
+  // What is no HTTP comes as a body without a head, which the exchange refuses once it has seen its start.
+  curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 1L);
+  curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, curlText_.data());
   // curl takes a packed answer that ends too early for a whole one, so it is unpacked outside of curl.
   curl_easy_setopt(handle, CURLOPT_HTTP_CONTENT_DECODING, 0L);
   curl_easy_setopt(handle, CURLOPT_USERAGENT, "VtDirect/" VTDIRECT_VERSION);
@@ -129,6 +145,7 @@ void CurlHandle::SetTrust() {
     curl_easy_setopt(handle, CURLOPT_PROXY_CAINFO, trust_.file.c_str());
     curl_easy_setopt(handle, CURLOPT_PROXY_CAPATH, nullptr);
   }
+  watchesTls_ = shared;
   if (!shared) return;
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &OnTlsContext);
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
@@ -169,6 +186,7 @@ void CurlHandle::SetProxy() {
 }
 
 void CurlHandle::SetConnectLimit(long milliseconds) {
+  connectLimit_ = milliseconds;
   // The largest value that every part of curl can hold: 24 days.
   constexpr long longest = std::numeric_limits<int>::max();
   curl_easy_setopt(handle_.get(), CURLOPT_CONNECTTIMEOUT_MS, std::min(milliseconds, longest));
@@ -246,15 +264,50 @@ bool CurlHandle::CertificateWasRefused() const {
          session_->way().identity == nullptr;
 }
 
-std::string CurlHandle::CertificateComplaint() const {
+FailureReport CurlHandle::ExplainIdentity() const {
   const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
   if (IdentityWasUnreadable() && identity != nullptr) {
-    return "The client certificate can't be read with the passphrase that was given, if any: " +
-           identity->certificateFile() + " with the key in " + identity->keyFile();
+    return ReportOf(FailureDetail::ClientCertificateUnreadable,
+                    {identity->certificateFile(), identity->keyFile()});
   }
   if (!CertificateWasRefused()) return {};
-  if (identity == nullptr) return "The server demands a client certificate, and none is set for it";
-  return "The server refuses the client certificate " + identity->certificateFile();
+  if (identity == nullptr) return ReportOf(FailureDetail::ClientCertificateWanted);
+  return ReportOf(FailureDetail::ClientCertificateRefused, {identity->certificateFile()});
+}
+
+ExchangeEvidence CurlHandle::EvidenceOf(const Origin& origin, ErrorCode code) const {
+  CURL* handle = handle_.get();
+  ExchangeEvidence evidence;
+  evidence.origin = origin;
+  evidence.code = code;
+  evidence.status = exchange_.Status();
+  evidence.notes = exchange_.Notes();
+  evidence.offeredLogins = NumberInfo(handle, CURLINFO_HTTPAUTH_AVAIL);
+  evidence.limitRanOut = exchange_.WaitLimitRanOut();
+  evidence.wait = exchange_.LastWait();
+  evidence.connectLimitMilliseconds = connectLimit_;
+  evidence.result = exchange_.Result();
+  evidence.curlText = curlText_.data();
+  evidence.systemError = NumberInfo(handle, CURLINFO_OS_ERRNO);
+  evidence.hasAddress = HasTime(handle, CURLINFO_NAMELOOKUP_TIME_T);
+  evidence.hasConnected = exchange_.HadConnection();
+  evidence.tunnelStatus = static_cast<int>(NumberInfo(handle, CURLINFO_HTTP_CONNECTCODE));
+  evidence.waitsForTunnel = origin.scheme == "https" && watchesTls_ && !tlsEvents_.begun;
+  evidence.tls = tlsEvents_;
+  evidence.verification = static_cast<int>(NumberInfo(handle, CURLINFO_SSL_VERIFYRESULT));
+  if (evidence.result == CURLE_SSL_CACERT_BADFILE) {
+    evidence.trustFile = trust_.file;
+    evidence.trustFault = FaultOfTrustFile(trust_.file);
+  }
+  return evidence;
+}
+
+FailureReport CurlHandle::Explain(const Origin& origin, ErrorCode code) const {
+  const bool isPlainSuccess = code == ErrorCode::Done && exchange_.Status() < 300;
+  if (isPlainSuccess && exchange_.Notes().unknownCoding().empty()) return {};
+  FailureReport report = ExplainIdentity();
+  if (report.detail == FailureDetail::Unknown) report = ExplainFailure(EvidenceOf(origin, code));
+  return report;
 }
 
 std::string CurlHandle::RedirectUrl() const {

@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <array>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "platform/http_settings.h"
 #include "platform_default/certificate_store.h"
 #include "platform_default/curl_exchange.h"
+#include "platform_default/failure_explanation.h"
 #include "platform_default/origin_session.h"
 #include "platform_default/tls_events.h"
 
@@ -66,9 +68,10 @@ class CurlHandle {
   [[nodiscard]] bool IsConnected() const;
   /// True when the connect limit ended it.
   [[nodiscard]] bool ConnectLimitRanOut() const { return exchange_.ConnectLimitRanOut(); }
-  /// What was wrong with this side's certificate, as a text for traces; empty when that did not end it. Names
-  /// files and no secret.
-  [[nodiscard]] std::string CertificateComplaint() const;
+  /// What it failed on, or what its answer shows of something between here and the server; Unknown when
+  /// there is no more to say than the code.
+  /// @param code  what Send gave
+  [[nodiscard]] du::http::FailureReport Explain(const Origin& origin, du::http::ErrorCode code) const;
   /// The passphrase that the key of the client certificate is read with; empty when there is none.
   [[nodiscard]] const std::string& passphrase() const { return passphrase_; }
   /// True when it ended because the client certificate or its key could not be read.
@@ -85,6 +88,8 @@ class CurlHandle {
   CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle);
   static CURLcode OnTlsContext(CURL* handle, void* context, void* self);
   [[nodiscard]] bool CertificateWasRefused() const;
+  [[nodiscard]] du::http::FailureReport ExplainIdentity() const;
+  [[nodiscard]] ExchangeEvidence EvidenceOf(const Origin& origin, du::http::ErrorCode code) const;
   void SetFixedOptions();
   void SetTrust();
   void SetIdentity();
@@ -97,9 +102,12 @@ class CurlHandle {
   std::shared_ptr<OriginSession> session_;  ///< before the handle, which uses its share to the last
   TrustSource trust_;
   std::string passphrase_;
-  bool negotiated_ = false;  ///< the last exchange carried a login by Negotiate
-  TlsEvents tlsEvents_;      ///< of the last exchange; before the handle, whose connections refer to it
-  CurlExchange exchange_;    ///< before the handle, whose end still calls it back
+  bool watchesTls_ = false;                       ///< whether `tlsEvents_` is told anything
+  bool negotiated_ = false;                       ///< the last exchange carried a login by Negotiate
+  long connectLimit_ = 0;                         ///< of the last exchange, in milliseconds
+  std::array<char, CURL_ERROR_SIZE> curlText_{};  ///< before the handle, which writes it
+  TlsEvents tlsEvents_;    ///< of the last exchange; before the handle, whose connections refer to it
+  CurlExchange exchange_;  ///< before the handle, whose end still calls it back
   std::unique_ptr<curl_slist, ListFreer> headerList_;
   std::vector<std::string> headerLines_;  ///< what `headerList_` was built from
   std::unique_ptr<CURL, HandleCloser> handle_;

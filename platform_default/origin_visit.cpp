@@ -4,9 +4,12 @@
 #include <chrono>
 #include <utility>
 
+#include "platform_default/failure_words.h"
+
 namespace vtdirect::platform {
 
 using du::http::ErrorCode;
+using du::http::FailureDetail;
 
 VisitRules RulesFor(const du::http::TransportSettings& settings, bool mayWait) {
   // More than this can't be added to a time of the clock.
@@ -54,7 +57,7 @@ bool OriginVisit::IsWrittenOff() const {
 }
 
 ErrorCode OriginVisit::Send(const OutgoingRequest& request, du::http::FileSink& sink, int* httpStatus) {
-  complaint_.clear();
+  found_ = {};
   if (!UnlockIdentity()) return ErrorCode::TlsFailure;
   place_.emplace(state_->places, rules_.settings.exchangesAtOnce, rules_.mayWait);
   const ErrorCode result = SendInPlace(request, sink, httpStatus);
@@ -66,12 +69,16 @@ ErrorCode OriginVisit::SendInPlace(const OutgoingRequest& request, du::http::Fil
                                    int* httpStatus) {
   if (handle_ != nullptr && handle_->IsWorn()) handle_.reset();
   if (handle_ == nullptr) handle_ = state_->TakeHandle(*session_, rules_.settings);
-  if (IsWrittenOff()) return ErrorCode::TimedOut;
+  if (IsWrittenOff()) {
+    found_ = ReportOf(FailureDetail::WrittenOff, {state_->origin().host});
+    return ErrorCode::TimedOut;
+  }
   if (handle_ == nullptr) handle_ = CurlHandle::Make(session_);
   if (handle_ == nullptr) return ErrorCode::NoConnection;
   // An exchange that failed, or was left by an exception, has lost its connection: its handle is not kept.
   std::unique_ptr<CurlHandle> used = std::move(handle_);
   const ErrorCode result = used->Send(request, sink, rules_.settings, httpStatus);
+  found_ = used->Explain(state_->origin(), result);
   if (result == ErrorCode::Done) {
     session_->ForgetWriteOff();
     handle_ = std::move(used);
@@ -82,7 +89,6 @@ ErrorCode OriginVisit::SendInPlace(const OutgoingRequest& request, du::http::Fil
 }
 
 void OriginVisit::NoteFailure(const CurlHandle& used) {
-  complaint_ = used.CertificateComplaint();
   const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
   if (identity != nullptr && used.IdentityWasUnreadable()) identity->ForgetPassphrase(used.passphrase());
   if (used.ConnectLimitRanOut()) {
@@ -93,8 +99,7 @@ void OriginVisit::NoteFailure(const CurlHandle& used) {
 bool OriginVisit::UnlockIdentity() {
   const std::shared_ptr<ClientIdentity>& identity = session_->way().identity;
   if (identity == nullptr || state_->origin().scheme != "https" || identity->Unlock()) return true;
-  complaint_ =
-      "The key of the client certificate is locked, and no passphrase was given: " + identity->keyFile();
+  found_ = ReportOf(FailureDetail::ClientKeyLocked, {identity->keyFile()});
   return false;
 }
 

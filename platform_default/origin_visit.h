@@ -47,8 +47,8 @@ class OriginVisit {
   ///         when a connection was tried in vain a moment ago
   [[nodiscard]] du::http::ErrorCode Send(const OutgoingRequest& request, du::http::FileSink& sink,
                                          int* httpStatus);
-  /// Why the last exchange failed, as a text for traces, where more is known than its code; or empty.
-  [[nodiscard]] const std::string& Complaint() const { return complaint_; }
+  /// What the last exchange failed on, where more is known than its code; see CurlHandle::Explain.
+  [[nodiscard]] const du::http::FailureReport& Found() const { return found_; }
   /// Gives the place away and keeps the handle: the request goes on, but first a host's function runs, or an
   /// exchange elsewhere.
   void LeavePlace() { place_.reset(); }
@@ -74,7 +74,7 @@ class OriginVisit {
   std::shared_ptr<OriginSession> session_;
   /// Outlives the handle: who comes next for the place finds the handle there, and needs no new one.
   std::optional<ExchangePlaces::Place> place_;
-  std::string complaint_;
+  du::http::FailureReport found_;
   std::unique_ptr<CurlHandle> handle_;  ///< null until one is needed, and after a failure
 };
 

@@ -30,9 +30,8 @@ const char* OrEmpty(const char* text) {
   return text == nullptr ? "" : text;
 }
 
-void TraceFailure(const Origin& origin, const std::string& complaint) {
-  if (complaint.empty()) return;
-  dp::LXTracer("fenlet", "Transport")(dp::TraceType::Error) << origin.Text() << ": " << complaint << ".\n";
+void TraceFailure(const Origin& origin, const std::string& sentence) {
+  dp::LXTracer("fenlet", "Transport")(dp::TraceType::Error) << origin.Text() << ": " << sentence << ".\n";
 }
 
 }  // namespace
@@ -62,12 +61,13 @@ ErrorCode RequestFlow::Run(int* httpStatus) {
     const ErrorCode result = at_->Send(MakeOutgoing(), sink, &status);
     if (result == ErrorCode::TooLarge) *httpStatus = status;
     if (result != ErrorCode::Done) {
-      TraceFailure(origin_, at_->Complaint());
+      TellWhatWasFound();
       return result;
     }
     LearnScheme();
     if (!FollowsUp(status)) {
       HasFinalAnswer();
+      TellWhatWasFound();
       const ErrorCode delivered = sink.Deliver();
       if (delivered == ErrorCode::Done) *httpStatus = status;
       return delivered;
@@ -75,6 +75,13 @@ ErrorCode RequestFlow::Run(int* httpStatus) {
     if (body_ != nullptr && !body_->Rewind()) return ErrorCode::LocalFileFailure;
     at_->JoinSession();
   }
+}
+
+void RequestFlow::TellWhatWasFound() const {
+  const du::http::FailureReport& found = at_->Found();
+  if (found.detail == du::http::FailureDetail::Unknown) return;
+  TraceFailure(origin_, found.text);
+  if (auth_.explain) auth_.explain(found);
 }
 
 bool RequestFlow::HoldsBack(int status) {

@@ -38,6 +38,8 @@ class RequestFlow {
 
   [[nodiscard]] du::http::ErrorCode ReadHeaders();
   [[nodiscard]] bool HoldsBack(int status);
+  /// Traces what the last exchange failed on, if that is known, and tells it to the caller.
+  void TellWhatWasFound() const;
   [[nodiscard]] OutgoingRequest MakeOutgoing();
   [[nodiscard]] bool AsksForCompression(const std::vector<std::string>& lines) const;
   void AddCredentials(OutgoingRequest* outgoing);

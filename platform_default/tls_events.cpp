@@ -1,6 +1,9 @@
 #include "platform_default/tls_events.h"
 
 #include <openssl/ssl.h>
+#include <openssl/x509_vfy.h>
+
+#include "platform_default/certificate_text.h"
 
 namespace vtdirect::platform {
 namespace {
@@ -16,18 +19,46 @@ int OnCertificateAsked(SSL*, void* events) {
   return 1;  // go on, with whatever there is
 }
 
+TlsEvents* EventsOf(const SSL* connection) {
+  return static_cast<TlsEvents*>(SSL_CTX_get_ex_data(SSL_get_SSL_CTX(connection), EventsIndex()));
+}
+
 void OnState(const SSL* connection, int where, int alert) {
-  if ((where & SSL_CB_READ_ALERT) != SSL_CB_READ_ALERT || (alert >> 8) != SSL3_AL_FATAL) return;
-  void* events = SSL_CTX_get_ex_data(SSL_get_SSL_CTX(connection), EventsIndex());
-  if (events != nullptr) static_cast<TlsEvents*>(events)->fatalAlert = alert & 0xFF;
+  if ((where & SSL_CB_ALERT) == 0 || (alert >> 8) != SSL3_AL_FATAL) return;
+  TlsEvents* events = EventsOf(connection);
+  if (events == nullptr) return;
+  const bool isRead = (where & SSL_CB_READ) != 0;
+  (isRead ? events->fatalAlert : events->ownAlert) = alert & 0xFF;
+}
+
+/// OpenSSL calls this for each certificate of the chain, with its verdict, which stays as it is.
+int OnVerdict(int isGood, X509_STORE_CTX* verification) {
+  const auto* connection =
+      static_cast<const SSL*>(X509_STORE_CTX_get_ex_data(verification, SSL_get_ex_data_X509_STORE_CTX_idx()));
+  TlsEvents* events = connection == nullptr ? nullptr : EventsOf(connection);
+  const X509* certificate = X509_STORE_CTX_get_current_cert(verification);
+  if (events == nullptr || certificate == nullptr) return isGood;
+  const int depth = X509_STORE_CTX_get_error_depth(verification);
+  if (isGood == 1) {
+    if (depth == 0) events->certificateHosts = HostsOf(certificate);
+    return isGood;
+  }
+  CertificateFault& fault = events->fault;
+  fault.code = X509_STORE_CTX_get_error(verification);
+  fault.isOfAuthority = depth > 0;
+  fault.date = fault.code == X509_V_ERR_CERT_NOT_YET_VALID ? DateText(X509_get0_notBefore(certificate))
+                                                           : DateText(X509_get0_notAfter(certificate));
+  return isGood;
 }
 
 }  // namespace
 
 void WatchTls(ssl_ctx_st* context, TlsEvents* events) {
   if (SSL_CTX_set_ex_data(context, EventsIndex(), events) != 1) return;
+  events->begun = true;
   SSL_CTX_set_cert_cb(context, &OnCertificateAsked, events);
   SSL_CTX_set_info_callback(context, &OnState);
+  SSL_CTX_set_verify(context, SSL_CTX_get_verify_mode(context), &OnVerdict);
 }
 
 bool RefusedCertificate(const TlsEvents& events) {

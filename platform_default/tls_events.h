@@ -1,16 +1,29 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 struct ssl_ctx_st;
 
 namespace vtdirect::platform {
 
+/// Why a server's certificate did not verify.
+struct CertificateFault {
+  int code = 0;  ///< X509_V_ERR_...; 0 when it did verify, but for its host
+  bool isOfAuthority = false;
+  std::string date;  ///< of its end, or of its beginning when that is still to come: "2026-10-01"
+};
+
 /// What a server did in a handshake, or after it over the same TLS connection, that an error code of curl's
 /// doesn't tell.
 struct TlsEvents {
+  bool begun = false;             ///< a handshake was about to begin
   bool certificateAsked = false;  ///< it asked for a client certificate
   std::optional<int> fatalAlert;  ///< the number of the alert with which it ended the connection
+  std::optional<int> ownAlert;    ///< of the alert with which this side did
+  CertificateFault fault;
+  /// The hosts that its certificate is for: "a.example, b.example"; empty for one that names none.
+  std::string certificateHosts;
 };
 
 /// Notes the events of all TLS connections that are made with `context`.

@@ -26,6 +26,11 @@ long TransferClock::LimitOfThisStage() const {
   return bodyBegun_ ? limits_.stall : limits_.firstByte;
 }
 
+TransferClock::Wait TransferClock::CurrentWait() const {
+  const bool sends = bodyBegun_ && !bodyOut_;
+  return {answering_ ? Stage::Answer : (sends ? Stage::Body : Stage::FirstByte), LimitOfThisStage()};
+}
+
 bool TransferClock::HasRunOut(Time now, std::int64_t received, std::int64_t sent) {
   if (!running_) return false;
   if (received != received_ || sent != sent_) {

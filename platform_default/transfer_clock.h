@@ -22,6 +22,13 @@ class TransferClock {
  public:
   using Time = std::chrono::steady_clock::time_point;
 
+  /// What is being waited for: that the body goes out, that an answer begins, that it goes on.
+  enum class Stage { Body, FirstByte, Answer };
+  struct Wait {
+    Stage stage = Stage::FirstByte;
+    long seconds = 0;  ///< the limit of this stage
+  };
+
   /// Forgets the exchange before. Nothing runs out until a request starts.
   void Reset(const TimeLimits& limits);
 
@@ -40,6 +47,9 @@ class TransferClock {
   /// True when no byte has moved for as long as the stage allows.
   /// @param received, sent  bytes of both bodies so far
   [[nodiscard]] bool HasRunOut(Time now, std::int64_t received, std::int64_t sent);
+
+  /// What was waited for last.
+  [[nodiscard]] Wait CurrentWait() const;
 
  private:
   [[nodiscard]] long LimitOfThisStage() const;

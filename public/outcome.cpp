@@ -26,7 +26,9 @@ Failure ForHost(lxservices::cms_interface::Failure failure) {
           std::move(failure.url),
           failure.mayHaveHappened,
           failure.follows,
-          failure.aside};
+          failure.aside,
+          failure.platformDetail,
+          std::move(failure.platformText)};
 }
 
 }  // namespace

@@ -81,6 +81,14 @@ struct Failure {
   /// leaves a default, a source link that was left out. A host that cares for what was left behind reads
   /// these too.
   bool aside = false;
+  /// What the exchange failed on, finer than `platformError` (du::http::FailureDetail in
+  /// vtdirect/platform/failure_detail.h): an expired certificate, a refused port, a server that is none of
+  /// this kind. 0 when no more is known. docs/troubleshooting.md says what to do about each.
+  int platformDetail = 0;
+  /// The same as an English sentence without a full stop, of at most 1024 printable bytes: "The server's
+  /// certificate expired on 2026-10-01". Names hosts, ports and local files, and holds no secret. Empty when
+  /// `platformDetail` is 0.
+  std::string platformText;
 };
 
 /// Collects what goes wrong in the calls that this thread makes while the object lives, in order.

@@ -5,6 +5,8 @@
 #include "hosts/cli/address.h"
 #include "hosts/cli/files/temporary_files.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/reasons.h"
+#include "hosts/cli/texts/network_failures.h"
 #include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
@@ -19,6 +21,24 @@ namespace {
           address + " is a document and no folder; vtdirect info and vtdirect versions tell of it"};
 }
 
+// What is known of the way to the server tells more than what the operation says that failed for it.
+[[nodiscard]] std::string Hint() {
+  const std::string hint = NetworkHint(LastReason());
+  return hint.empty() ? FirstTracedError() : hint;
+}
+
+[[nodiscard]] Failure UnsupportedFailure(const std::string& url) {
+  const auto reason = LastReason();
+  // What is no server of this kind has no release that could be too old.
+  if (!NetworkHint(reason).empty()) return {ExitCode::ServerUnsupported, UnusableServerText(url, reason)};
+  return {ExitCode::ServerUnsupported, WithHint(url + " is not supported", FirstTracedError())};
+}
+
+// The server may offer no way to log in that could ever be accepted.
+[[nodiscard]] Failure RefusedLogin(const Host& host) {
+  return {ExitCode::AuthenticationRefused, WithHint(host.authenticationRefusal(), NetworkHint(LastReason()))};
+}
+
 }  // namespace
 
 Failure InterruptedFailure() {
@@ -29,24 +49,23 @@ Failure ServerFailure(const Host& host, const std::string& url, std::int32_t cod
   if (Interrupted()) return InterruptedFailure();
   // A refused user gets no version either, so the library reports a missing connection: the demand that went
   // without an answer tells more.
-  if (host.authenticationRefused()) return {ExitCode::AuthenticationRefused, host.authenticationRefusal()};
+  if (host.authenticationRefused()) return RefusedLogin(host);
   switch (code) {
     case VtDirectManager::StatusServerRefused:
       return {ExitCode::AuthenticationRefused, url + " refused the credentials"};
     case VtDirectManager::StatusServerUnsupported:
-      return {ExitCode::ServerUnsupported, WithHint(url + " is not supported", FirstTracedError())};
+      return UnsupportedFailure(url);
     default:
       // What a server tells of itself passes through a temporary file, and counts as no answer when it can't
       // be kept.
       if (auto failure = TemporaryFilesFailure()) return *failure;
-      return {ExitCode::CannotConnect, "cannot connect to " + url};
+      return {ExitCode::CannotConnect, UnusableServerText(url, LastReason())};
   }
 }
 
 std::optional<Failure> DiagnoseServer(Host& host, const std::string& url) {
   if (Interrupted()) return InterruptedFailure();
-  if (host.authenticationRefused())
-    return Failure{ExitCode::AuthenticationRefused, host.authenticationRefusal()};
+  if (host.authenticationRefused()) return RefusedLogin(host);
   VtDirectManager::StatusCode code = VtDirectManager::StatusOk;
   ForgetTracedErrors();
   if (!VtDirectManager::ServerSupported(url.c_str(), &code, nullptr)) return ServerFailure(host, url, code);
@@ -54,7 +73,7 @@ std::optional<Failure> DiagnoseServer(Host& host, const std::string& url) {
 }
 
 Failure Diagnose(Host& host, const std::string& address, bool missing) {
-  const std::string hint = FirstTracedError();
+  const std::string hint = Hint();
   const std::string url = VtDirectManager::GetServerURL(address.c_str());
   if (const auto failure = DiagnoseServer(host, url)) return *failure;
   if (missing || !VtDirectManager::FileExists(address.c_str())) {

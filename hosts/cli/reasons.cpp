@@ -51,6 +51,7 @@ std::string WordsOfLastReason() {
   if (!reason) return {};
   std::string words = reason->step + ": " + VtDirectManager::FailureKindText(reason->kind);
   if (reason->httpStatus != 0) words += ", HTTP " + std::to_string(reason->httpStatus);
+  if (!reason->platformText.empty()) words += ": " + reason->platformText;
   if (!reason->serverText.empty()) words += ": " + reason->serverText.substr(0, kLongestServerText);
   return words;
 }

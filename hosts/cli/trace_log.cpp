@@ -4,6 +4,7 @@
 
 #include <mutex>
 #include <ostream>
+#include <string_view>
 
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
@@ -38,7 +39,9 @@ Log& TheLog() {
 void Take(const char* name, dp::TraceType type, const std::string& text) {
   Log& log = TheLog();
   const std::lock_guard lock(log.mutex);
-  if (type == dp::TraceType::Error && log.firstError.empty()) {
+  // What the transport says comes as a reason as well, and what the library says tells which step it ended.
+  const bool isOfLibrary = std::string_view(name) != "Transport";
+  if (type == dp::TraceType::Error && isOfLibrary && log.firstError.empty()) {
     log.firstError = FirstLine(text);
   }
   const char level = static_cast<char>('0' + static_cast<int>(type));

@@ -153,6 +153,8 @@ du::http::ErrorCode ScriptedTransport::Exchange(const std::string& server, const
     const std::lock_guard lock(mutex_);
     authResults_.push_back(again);
   }
+  const bool isExplained = answer.found.detail != du::http::FailureDetail::Unknown;
+  if (isExplained && auth.explain) auth.explain(answer.found);
   if (answer.error != du::http::ErrorCode::Done) {
     if (answer.status != 0) *httpStatus = answer.status;
     return answer.body.empty() ? answer.error : Deliver(answer, request.sink);

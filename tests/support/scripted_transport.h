@@ -34,6 +34,8 @@ struct Answer {
   int demands = 0;
   /// Called when the whole answer has been delivered: for what happens to local files behind it.
   std::function<void()> afterwards = {};
+  /// Told to the library before the exchange ends, as a platform explains a failure.
+  du::http::FailureReport found = {};
 };
 
 /// Takes the place of the platform's HTTP part: answers from a script, in order, and keeps what was sent. One

@@ -14,6 +14,8 @@
 #include "hosts/cli/files/fetch_record.h"
 #include "hosts/cli/files/replacement.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/reasons.h"
+#include "hosts/cli/texts/network_failures.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/texts/progress_line.h"
 #include "hosts/cli/trace_log.h"
@@ -38,11 +40,19 @@ namespace {
   if (Interrupted()) return InterruptedFailure();
   if (const int error = ProbeWritable(localPath); error != 0)
     return WriteFailure(Printable(localPath), error);
-  if (download.received == 0) return Diagnose(host, download.address, false);
+  const auto reason = LastReason();
+  const int status = reason ? reason->httpStatus : 0;
+  if (download.received == 0 || status == 401) return Diagnose(host, download.address, false);
+  // What came is then no part of the content, but what the server says instead of it.
+  if (status != 0 && status != 200) {
+    return {ExitCode::DownloadFailed,
+            "the content of " + download.address + " was not given: " + AnswerText(*reason)};
+  }
   std::string text =
       "the download of " + download.address + " broke off after " + ByteCount(download.received);
   if (download.announced > 0) text += " of " + std::to_string(download.announced);
-  return {ExitCode::DownloadFailed, text};
+  const std::string why = NetworkHint(reason);
+  return {ExitCode::DownloadFailed, why.empty() ? text : text + ": " + why};
 }
 
 [[nodiscard]] std::optional<Failure> Fetch(Host& host, Download& download, const std::string& localPath) {

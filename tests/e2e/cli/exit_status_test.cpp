@@ -43,7 +43,8 @@ TEST_F(VtDirect, Gives2ForAMalformedConfigurationFileWithFileAndLine) {
 }
 
 TEST_F(VtDirect, Gives3WhenNobodyListens) {
-  const std::string server = "http://127.0.0.1:" + std::to_string(UnusedPort()) + "/";
+  const std::string port = std::to_string(UnusedPort());
+  const std::string server = "http://127.0.0.1:" + port + "/";
   const ProcessResult check = Run({"check", server});
   EXPECT_EQ(check.status, 3);
   EXPECT_EQ(check.out, "url: " + server + "\nsupported: no\nreason: cannot-connect\n");
@@ -51,7 +52,9 @@ TEST_F(VtDirect, Gives3WhenNobodyListens) {
     const ProcessResult result = Run({"-s", "dead=" + server, command, "//dead/?id=D1"});
     EXPECT_EQ(result.status, 3) << command;
     EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "vtdirect: cannot connect to " + server + "\n");
+    EXPECT_EQ(result.err, "vtdirect: cannot connect to " + server +
+                              ": the machine 127.0.0.1 refuses connections on port " + port +
+                              "; look whether the server runs, and whether its address has the right port\n");
   }
 }
 

@@ -195,10 +195,14 @@ TEST_F(PutFailure, WithoutAServerToAskSaysThatItIsNotKnownWhatStands) {
   Serve({"--fault", "POST *dkm/documents=cut:10", "--fault", "GET *OrvetGW*=drop"});
   const ProcessResult result = Run({"put", "f", kFrame});
   EXPECT_EQ(result.status, 3);
-  EXPECT_THAT(result.err, HasSubstr("(cannot connect to " + server().url() +
-                                    "); what stands now could not be found "
-                                    "out; \"vtdirect info '" +
-                                    kFrame + "f'\" tells when the server answers"));
+  EXPECT_THAT(
+      result.err,
+      HasSubstr(
+          "(no usable answer from " + server().url() +
+          ": the server closed the connection without an answer; try again; if it "
+          "stays so, look whether the address should begin with https); what stands now could not be found "
+          "out; \"vtdirect info '" +
+          kFrame + "f'\" tells when the server answers"));
 }
 
 // The library copies the files before it sends them, and a copy that could not be made whole would be a torn

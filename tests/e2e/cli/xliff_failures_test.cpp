@@ -31,7 +31,7 @@ constexpr const char* kPreferences =
 // Those of a first upload before the document stands on the server, in their order.
 constexpr Step kBefore[] = {
     {"GET *dkm/documents/D1032", 6, "not found: //sim/?id=D1032"},
-    {"GET */OrvetGW", 3, "cannot connect to "},
+    {"GET */OrvetGW", 3, "no usable answer from "},
     {"GET *XliffPreferences*", 1, kPreferences},
     {"GET *DataAdmin/Containers*", 1, kPreferences},
     {"GET *csrf", 1, "sending chain.xlf as the source XLIFF of //sim/?id=D1032 failed ("},
@@ -41,7 +41,7 @@ constexpr Step kBefore[] = {
 
 // Those of an update before the new iteration stands on the server.
 constexpr Step kBeforeUpdate[] = {{"GET *dkm/documents/D1028", 6, "not found: //sim/?id=D1028"},
-                                  {"GET */OrvetGW", 3, "cannot connect to "},
+                                  {"GET */OrvetGW", 3, "no usable answer from "},
                                   {"GET *dkm/documents/D1029", 1, "what stands now could not be found out"},
                                   {"GET *csrf", 1, "D1029&file=/welding%20manual.xlf as before"},
                                   {"POST *creationFactory", 1, "D1029&file=/welding%20manual.xlf as before"},
@@ -229,7 +229,7 @@ TEST_F(XliffCommands, TellAServerOfTheOldestGeneration) {
 
 TEST_F(XliffCommands, TellAServerThatCanNotBeReached) {
   Serve({"--fault", "* *=drop"});
-  ExpectEach(3, "cannot connect to " + server().url());
+  ExpectEach(3, "no usable answer from " + server().url() + ": the server closed the connection");
 }
 
 class XliffPreference : public XliffTest, public testing::WithParamInterface<const char*> {};

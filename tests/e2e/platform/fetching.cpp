@@ -45,7 +45,11 @@ Fetched Fetch(du::http::Connection& connection, const Asking& asking) {
   request.headers = &headers;
   if (asking.body != nullptr) request.body = &body;
   request.sink = &sink;
-  const du::http::CommonAuth auth{"X-Zvk-Connected: 1", asking.reauthenticate};
+  const auto explain = [&fetched](const du::http::FailureReport& found) {
+    fetched.found = found;
+    ++fetched.explanations;
+  };
+  const du::http::CommonAuth auth{"X-Zvk-Connected: 1", asking.reauthenticate, explain};
   fetched.code = du::http::DoRequestWithCommonAuth(connection, auth, request, &fetched.status);
   return fetched;
 }

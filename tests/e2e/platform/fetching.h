@@ -24,6 +24,8 @@ struct Fetched {
   std::string body;
   int begun = 0;  ///< how often the sink was begun and finished
   int finished = 0;
+  du::http::FailureReport found;  ///< what the platform explained it by
+  int explanations = 0;           ///< how often it did
 };
 
 /// Performs one exchange with the mark "X-Zvk-Connected: 1".

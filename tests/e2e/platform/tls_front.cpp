@@ -70,6 +70,10 @@ TlsFront::TlsFront(const std::string& directory, const std::string& name, int po
 
 void TlsFront::Demand(const TlsDemand& demand) {
   SSL_CTX_set_max_proto_version(context_.get(), demand.highestVersion);
+  if (demand.highestVersion != 0 && demand.highestVersion < TLS1_2_VERSION) {
+    SSL_CTX_set_min_proto_version(context_.get(), TLS1_VERSION);
+    SSL_CTX_set_security_level(context_.get(), 0);  // at any other, OpenSSL speaks nothing as old
+  }
   if (demand.clientCertificate.empty()) return;
   if (SSL_CTX_load_verify_file(context_.get(), demand.clientCertificate.c_str()) != 1) {
     throw std::runtime_error("no certificate " + demand.clientCertificate);

@@ -12,6 +12,7 @@
 namespace {
 
 using du::http::ErrorCode;
+using du::http::FailureDetail;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using vtdirect_test::Asking;
@@ -151,6 +152,15 @@ TEST_F(Nginx, AnswersWithAPageToWhoHasNoCertificate) {
   EXPECT_EQ(fetched.code, ErrorCode::Done);
   EXPECT_EQ(fetched.status, 400);
   EXPECT_THAT(fetched.body, HasSubstr("No required SSL certificate was sent"));
+  EXPECT_EQ(fetched.found.detail, FailureDetail::ClientCertificateWanted);
+}
+
+TEST_F(Nginx, IsToldToWantHttpsByWhoAsksByHttp) {
+  Start("");
+  const Fetched fetched = FetchFrom("http://127.0.0.1:" + std::to_string(port_), For("/doc.json"));
+  EXPECT_EQ(fetched.code, ErrorCode::Done);
+  EXPECT_EQ(fetched.status, 400);
+  EXPECT_EQ(fetched.found.detail, FailureDetail::WantsHttps);
 }
 
 TEST_F(Nginx, SendsPlainRequestsOnToTlsWithTheLoginThatCountsThere) {

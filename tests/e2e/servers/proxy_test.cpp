@@ -14,6 +14,7 @@
 namespace {
 
 using du::http::ErrorCode;
+using du::http::FailureDetail;
 using testing::HasSubstr;
 using testing::Not;
 using vtdirect_test::Asking;
@@ -149,7 +150,9 @@ TEST_F(TinyProxy, WithAPasswordLetsNobodyElseThrough) {
   UseProxyOfSettings();
   // A refused request over http has an answer, the proxy's own; a refused tunnel leads nowhere.
   EXPECT_EQ(FetchFrom(server_.Url()).status, 407);
+  EXPECT_EQ(FetchFrom(server_.Url()).found.detail, FailureDetail::ProxyWantsLogin);
   EXPECT_EQ(FetchFrom(front_->Url()).code, ErrorCode::NoConnection);
+  EXPECT_EQ(FetchFrom(front_->Url()).found.detail, FailureDetail::ProxyWantsLogin);
   du::http::SetProxyCredentials("paula", "canary-wrong");
   EXPECT_EQ(FetchFrom(front_->Url()).code, ErrorCode::NoConnection);
   EXPECT_EQ(FetchFrom(front_->Url(), Post()).code, ErrorCode::NoConnection);

@@ -183,6 +183,48 @@ TEST_F(Reasons, OfATaskThatNobodyTakesAreTold) {
   EXPECT_EQ(Cause(outcome), "refused, hand the task over");
 }
 
+TEST_F(Reasons, HoldWhatThePlatformFoundBehindAFailure) {
+  Answer answer{0, {}, du::http::ErrorCode::TlsFailure};
+  answer.found = {du::http::FailureDetail::CertificateExpired, "It expired\x1b[2J" + std::string(2000, 'x')};
+  transport.Then(answer);
+  const Outcome outcome;
+  EXPECT_FALSE(FileExists(uidOfD1));
+  ASSERT_TRUE(outcome.Cause());
+  EXPECT_EQ(outcome.Cause()->kind, FailureKind::Unreachable);
+  EXPECT_EQ(outcome.Cause()->platformDetail, 34);
+  EXPECT_EQ(outcome.Cause()->platformText, "It expired [2J" + std::string(1024 - 14, 'x'));
+}
+
+TEST_F(Reasons, HoldNothingOfAPlatformThatExplainsNothing) {
+  transport.ThenFail(du::http::ErrorCode::NoConnection);
+  const Outcome outcome;
+  EXPECT_FALSE(FileExists(uidOfD1));
+  ASSERT_TRUE(outcome.Cause());
+  EXPECT_EQ(outcome.Cause()->platformDetail, 0);
+  EXPECT_EQ(outcome.Cause()->platformText, "");
+}
+
+TEST_F(Reasons, TellAServerThatIsNoneOfThisKind) {
+  constexpr int foreignServer = 22;
+  StatusCode code = StatusOk;
+  transport.Then(404, "<html>").Then(200, "<html>\n<p>It works: well</p>\n").Then(503, "closed");
+  Outcome outcome;
+  EXPECT_FALSE(ServerSupported("http://shop.example/", &code, nullptr));
+  EXPECT_EQ(code, StatusConnectFailed);
+  EXPECT_EQ(outcome.Cause()->kind, FailureKind::NotFound);
+  EXPECT_EQ(outcome.Cause()->platformDetail, foreignServer);
+  EXPECT_EQ(outcome.Cause()->platformText, "What answers there is not a Vantry server");
+  outcome.Clear();
+  EXPECT_FALSE(ServerSupported("http://shop.example/", &code, nullptr));
+  EXPECT_EQ(code, StatusServerUnsupported);
+  EXPECT_EQ(outcome.Cause()->kind, FailureKind::UnsupportedServer);
+  EXPECT_EQ(outcome.Cause()->platformDetail, foreignServer);
+  outcome.Clear();
+  // It may be one that is not ready to work.
+  EXPECT_FALSE(ServerSupported("http://shop.example/", &code, nullptr));
+  EXPECT_EQ(outcome.Cause()->platformDetail, 0);
+}
+
 TEST_F(Reasons, ReachTheHostOfACallFromInsideACallbackAndTheOneAround) {
   transport.Then(200, documentJson).Then(200, "bytes").Then(404);
   const Outcome outer;

@@ -1,0 +1,176 @@
+#include "hosts/cli/texts/network_failures.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "hosts/cli/texts/printable.h"
+
+namespace vtdirect_cli {
+namespace {
+
+using Detail = du::http::FailureDetail;
+using Kind = VtDirectManager::FailureKind;
+
+// So much of what a server says fits into a message.
+constexpr std::size_t kLongestServerText = 200;
+
+constexpr const char* kClock =
+    "ask who runs the server for a new certificate, and look at this machine's date";
+constexpr const char* kTrust =
+    "name the file of that certificate, or of its authority, by --ca-file or ca_file, if you know it to be "
+    "genuine";
+constexpr const char* kAuthorityFile =
+    "name a PEM file with the certificates to trust by --ca-file or ca_file";
+constexpr const char* kClientCertificate =
+    "name the right one by --client-cert and --client-key, or client_cert and client_key";
+constexpr const char* kProxy =
+    "look at --proxy, at proxy in the configuration file, and at http_proxy and https_proxy";
+constexpr const char* kSlow = "try again later, or with a larger --stall-timeout";
+constexpr const char* kAgain = "try again; if it stays so, ask who runs the server";
+constexpr const char* kAddress = "look whether host, port and path of the server's address are right";
+constexpr const char* kAskAdministrator = "ask who runs the server";
+
+constexpr NetworkAdvice kAdvices[] = {
+    {Detail::NameUnknown, false,
+     "look whether the server's name is spelt right, and whether this machine has a network"},
+    {Detail::NameUnanswered, false, "look whether this machine has a network and a name server that answers"},
+    {Detail::PortRefused, false, "look whether the server runs, and whether its address has the right port"},
+    {Detail::RouteDead, false,
+     "look whether this machine has a network, and whether the server needs a VPN or a proxy"},
+    {Detail::ConnectUnanswered, false,
+     "look whether the server runs and no firewall is between, or try again with a larger --connect-timeout"},
+    {Detail::WrittenOff, false, "wait five seconds, and look whether the server runs"},
+    {Detail::HandshakeUnanswered, true,
+     "look whether the server speaks https on this port, or try again later"},
+    {Detail::AnswerUnanswered, true, kSlow},
+    {Detail::AnswerStalled, true, kSlow},
+    {Detail::BodyStalled, true, kSlow},
+    {Detail::ClosedUnanswered, true,
+     "try again; if it stays so, look whether the address should begin with https"},
+    {Detail::AnswerCut, true, kAgain},
+    {Detail::NoHttp, true, kAddress},
+    {Detail::HttpVersionUnknown, true, "ask who runs the server to offer HTTP/1.1"},
+    {Detail::WantsHttps, true, "write https in place of http in the server's address"},
+    {Detail::WantsHttp, true,
+     "look whether the port is right; write http in place of https only where nobody can listen in"},
+    {Detail::LoginUnknown, true, "ask who runs the server to offer Basic, Digest, Negotiate or Bearer"},
+    {Detail::CodingUnknown, true,
+     "ask who runs the server, or the proxy before it, to send answers as they are or by gzip"},
+    {Detail::ForeignServer, true, kAddress},
+    {Detail::TlsTooOld, true, "ask who runs the server to offer TLS 1.2 or newer"},
+    {Detail::TlsNothingInCommon, true, "ask who runs the server to offer the usual ciphers"},
+    {Detail::TlsBrokenOff, true, "look whether the server speaks https on this port, or try again later"},
+    {Detail::TlsFailed, true, kAskAdministrator},
+    {Detail::CertificateExpired, true, kClock},
+    {Detail::CertificateNotYetValid, true, kClock},
+    {Detail::CertificateOfOtherHost, true,
+     "write the server's address with a name that the certificate is for"},
+    {Detail::CertificateSelfSigned, true, kTrust},
+    {Detail::AuthorityUnknown, true, kTrust},
+    {Detail::CertificateInvalid, true, kAskAdministrator},
+    {Detail::AuthorityFileUnreadable, false, kAuthorityFile},
+    {Detail::AuthorityFileEmpty, false, kAuthorityFile},
+    {Detail::AuthorityFileBroken, false, kAuthorityFile},
+    {Detail::ClientCertificateWanted, true,
+     "name yours by --client-cert and --client-key, or client_cert and client_key"},
+    {Detail::ClientCertificateRefused, true, kClientCertificate},
+    {Detail::ClientCertificateUnreadable, false, kClientCertificate},
+    {Detail::ClientKeyLocked, false, "give the passphrase when you are asked, or by VTDIRECT_KEY_PASSPHRASE"},
+    {Detail::ProxyNameUnknown, false, kProxy},
+    {Detail::ProxyUnreachable, false, kProxy},
+    {Detail::ProxyUnanswered, false, kProxy},
+    {Detail::ProxyWantsLogin, false, "set VTDIRECT_PROXY_USER and VTDIRECT_PROXY_PASSWORD"},
+    {Detail::ProxyRefuses, false, "ask who runs the proxy, or reach the server without it by --proxy none"},
+    {Detail::GatewayFailed, false, "try again later; if it stays so, ask who runs the server or the proxy"},
+};
+
+[[nodiscard]] const NetworkAdvice* AdviceOf(int detail) {
+  const auto* found =
+      std::find_if(std::begin(kAdvices), std::end(kAdvices),
+                   [detail](const NetworkAdvice& row) { return static_cast<int>(row.detail) == detail; });
+  return found == std::end(kAdvices) ? nullptr : found;
+}
+
+// The library's sentences begin with a capital; here they follow a colon.
+[[nodiscard]] std::string InASentence(const std::string& text) {
+  std::string inner = Printable(text);
+  if (!inner.empty() && inner[0] >= 'A' && inner[0] <= 'Z')
+    inner[0] = static_cast<char>(inner[0] - 'A' + 'a');
+  return inner;
+}
+
+[[nodiscard]] const char* MeaningOf(int status) {
+  switch (status) {
+    case 403:
+      return "the server refuses the request";
+    case 429:
+      return "the server is asked too often";
+    case 503:
+      return "the server is not ready to work";
+    default:
+      return status >= 500 ? "the server failed" : "the server answers otherwise than it should";
+  }
+}
+
+// Of an answer that says by its status that nothing can be had of this server now.
+[[nodiscard]] NetworkFailure FailureOfStatus(const Reason& reason) {
+  NetworkFailure failure;
+  failure.wasReached = true;
+  failure.what =
+      std::string(MeaningOf(reason.httpStatus)) + " (HTTP " + std::to_string(reason.httpStatus) + ")";
+  const std::string said = Printable(reason.serverText.substr(0, kLongestServerText));
+  if (!said.empty()) failure.what += ": " + said;
+  failure.advice = reason.httpStatus >= 500 || reason.httpStatus == 429 ? "try again later" : kAddress;
+  return failure;
+}
+
+[[nodiscard]] std::optional<NetworkFailure> AnyFailureOf(const Reason& reason) {
+  auto failure = NetworkFailureOf(reason);
+  if (!failure && reason.httpStatus != 0) failure = FailureOfStatus(reason);
+  return failure;
+}
+
+[[nodiscard]] std::string WithAdvice(const NetworkFailure& failure) {
+  return failure.advice.empty() ? failure.what : failure.what + "; " + failure.advice;
+}
+
+}  // namespace
+
+std::span<const NetworkAdvice> NetworkAdvices() {
+  return kAdvices;
+}
+
+std::optional<NetworkFailure> NetworkFailureOf(const Reason& reason) {
+  if (const NetworkAdvice* advice = AdviceOf(reason.platformDetail)) {
+    return NetworkFailure{advice->wasReached, InASentence(reason.platformText), advice->text};
+  }
+  // A later platform may know details that this program does not.
+  if (!reason.platformText.empty()) return NetworkFailure{true, InASentence(reason.platformText), {}};
+  switch (reason.kind) {
+    case Kind::TimedOut:
+      return NetworkFailure{true, "the server did not answer in time", kSlow};
+    case Kind::AnswerBroken:
+      return NetworkFailure{true, "the answer is not what a server of this kind gives", kAddress};
+    default:
+      return std::nullopt;
+  }
+}
+
+std::string UnusableServerText(const std::string& url, const std::optional<Reason>& reason) {
+  const auto failure = reason ? AnyFailureOf(*reason) : std::nullopt;
+  if (!failure) return "cannot connect to " + url;
+  return (failure->wasReached ? "no usable answer from " : "cannot connect to ") + url + ": " +
+         WithAdvice(*failure);
+}
+
+std::string AnswerText(const Reason& reason) {
+  const auto failure = AnyFailureOf(reason);
+  return failure ? WithAdvice(*failure) : std::string();
+}
+
+std::string NetworkHint(const std::optional<Reason>& reason) {
+  if (!reason || reason->platformText.empty()) return {};
+  return AnswerText(*reason);
+}
+
+}  // namespace vtdirect_cli

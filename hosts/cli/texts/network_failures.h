@@ -1,0 +1,48 @@
+#pragma once
+
+#include <vtdirect/platform/failure_detail.h>
+
+#include <optional>
+#include <span>
+#include <string>
+
+#include "hosts/cli/reasons.h"
+
+/// What went wrong between here and a server, in words, and what to do next. docs/troubleshooting.md is made
+/// of the same sentences; a test holds the two together.
+namespace vtdirect_cli {
+
+/// What to do next about one detail.
+struct NetworkAdvice {
+  du::http::FailureDetail detail;
+  /// Whether the server, or what answers in its place, was reached at all.
+  bool wasReached;
+  const char* text;  ///< without a full stop, with a small letter in front
+};
+
+/// By rising number of the detail, without Unknown.
+[[nodiscard]] std::span<const NetworkAdvice> NetworkAdvices();
+
+/// A failure of the way to a server, or of what answers there.
+struct NetworkFailure {
+  bool wasReached = false;
+  std::string what;    ///< "the server's certificate expired on 2026-10-01"
+  std::string advice;  ///< what to do next; empty when there is none
+};
+
+/// Nothing for a reason that is not about the way to a server: a refusal of what was asked, a local file.
+[[nodiscard]] std::optional<NetworkFailure> NetworkFailureOf(const Reason& reason);
+
+/// "cannot connect to URL: what; advice", or, when somebody was reached, "no usable answer from URL: ...".
+/// @param reason  why the server can't be used, if that is known
+[[nodiscard]] std::string UnusableServerText(const std::string& url, const std::optional<Reason>& reason);
+
+/// What an answer that is none says, and what to do next: "the server is not ready to work (HTTP 503); try
+/// again later".
+/// @param reason  with a detail or with a status
+[[nodiscard]] std::string AnswerText(const Reason& reason);
+
+/// What the reason says of the way to the server, for brackets behind a message; empty when it says nothing.
+[[nodiscard]] std::string NetworkHint(const std::optional<Reason>& reason);
+
+}  // namespace vtdirect_cli

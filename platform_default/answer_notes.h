@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vtdirect::platform {
+
+/// What an answer shows of itself that is of use only when it turns out to be none of the kind that was asked
+/// for. All of it is short, whatever the server sends.
+class AnswerNotes {
+ public:
+  /// Forgets what an answer before has shown.
+  void NewAnswer();
+  /// A header line of the answer.
+  void HeaderLine(std::string_view line);
+  /// The next bytes of a body that may tell by its words who speaks.
+  void Body(std::string_view bytes);
+
+  /// The ways to log in that are offered, by the names of their schemes.
+  [[nodiscard]] const std::vector<std::string>& loginSchemes() const { return loginSchemes_; }
+  /// By what the body is packed, if that is a way that is known to the world and not to this transport.
+  [[nodiscard]] const std::string& unknownCoding() const { return unknownCoding_; }
+  /// The first bytes that Body was given.
+  [[nodiscard]] const std::string& start() const { return start_; }
+
+ private:
+  std::vector<std::string> loginSchemes_;
+  std::string unknownCoding_;
+  std::string start_;
+};
+
+}  // namespace vtdirect::platform
