@@ -1,6 +1,7 @@
 #include "hosts/cli/work_folder/why_failed.h"
 
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/texts/network_failures.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -34,6 +35,9 @@ Failure WhyFailed(const VtDirectManager::Outcome& outcome, const std::string& wh
   if (Interrupted()) return {ExitCode::Interrupted, what + ": interrupted"};
   const auto cause = outcome.Cause();
   if (!cause) return {ExitCode::Incomplete, what};
+  // What is known of the way to the server tells most, and what to do about it.
+  const std::string hint = NetworkHint(cause);
+  if (!hint.empty()) return {CodeOf(cause->kind), what + ": " + hint};
   std::string words = what + ": " + VtDirectManager::FailureKindText(cause->kind);
   if (cause->httpStatus != 0) words += ", HTTP " + std::to_string(cause->httpStatus);
   if (!cause->serverText.empty()) words += ": " + cause->serverText.substr(0, longestServerText);
