@@ -5,9 +5,9 @@ inside() {
   local directory=$1
   shift
   say "   [in $(basename "$directory")]"
-  pushd "$directory" >/dev/null
+  pushd "$directory" >/dev/null || return
   "$@"
-  popd >/dev/null
+  popd >/dev/null || return
 }
 
 # Both clone the manuals, both edit one; the second commit meets a conflict, which is then resolved.
