@@ -1,5 +1,6 @@
 #include "base/settings.h"
 
+#include <charconv>
 #include <mutex>
 #include <string_view>
 #include <utility>
@@ -37,6 +38,16 @@ void SetText(std::string Settings::*text, const char* value, const std::string& 
 
 void SetFlag(bool Settings::*flag, bool value) {
   ChangeSettings([&](Settings& settings) { settings.*flag = value; });
+}
+
+// Writes a number of bytes; what is none, and zero, counts as the default.
+void SetBytes(std::uint64_t Settings::*bytes, const char* value) {
+  const std::string_view text = IsGiven(value) ? value : "";
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool isNumber = error == std::errc() && end == text.data() + text.size() && number > 0;
+  const std::uint64_t given = isNumber ? number : Settings().*bytes;
+  ChangeSettings([&](Settings& settings) { settings.*bytes = given; });
 }
 
 // The two kinds of flag read their value differently, and stay so. "false" turns the browse flags off, and
@@ -94,6 +105,14 @@ void SetBrowseDynamicDocuments(const char* value) {
 
 void SetBrowseCadDocuments(const char* value) {
   SetFlag(&Settings::browseCadDocuments, AnyValueButFalseIsOn(value));
+}
+
+void SetLargestJson(const char* value) {
+  SetBytes(&Settings::largestJson, value);
+}
+
+void SetLongestJsonText(const char* value) {
+  SetBytes(&Settings::longestJsonText, value);
 }
 
 }  // namespace lxservices::cms_interface

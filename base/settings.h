@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -19,6 +20,10 @@ struct Settings {
   std::string temporaryWorkspaceDescription = "ZVK Fenloom temporary workspace";
   bool browseDynamicDocuments = true;  ///< listing and location look at dynamic documents
   bool browseCadDocuments = false;     ///< listing and location look at CAD documents
+  /// Longest JSON answer that is read into memory as a whole, which takes many times as much there; in bytes.
+  std::uint64_t largestJson = std::uint64_t{64} << 20;
+  /// Longest text within any JSON answer, in bytes.
+  std::uint64_t longestJsonText = std::uint64_t{16} << 20;
 };
 
 /// The settings of now, as a whole that no later write changes. Whoever reads several that belong together
@@ -43,5 +48,9 @@ void SetTemporaryWorkspaceDescription(const char* value);
 void SetBrowseDynamicDocuments(const char* value);
 /// Read like SetBrowseDynamicDocuments.
 void SetBrowseCadDocuments(const char* value);
+/// A decimal number of bytes from 1 on; anything else brings back the default.
+void SetLargestJson(const char* value);
+/// Read like SetLargestJson.
+void SetLongestJsonText(const char* value);
 
 }  // namespace lxservices::cms_interface

@@ -1,20 +1,19 @@
-// Reads one page of a folder's documents from its file by the library's reader of JSON, or by RapidJSON's.
-// The handler only counts, so that the readers are measured. Prints for each, over a number of rounds that
-// take them in turn, the lower quartile, the median and the upper quartile of the processor time in
-// milliseconds, and what the page holds.
+// Reads one page of a folder's documents from its file, again and again, by the library's reader of JSON or by
+// RapidJSON's, and prints "SECONDS PROCESSOR-SECONDS PEAK-KIB INSTRUCTIONS".
 //
-//   bench-json [ROUNDS]
+//   bench-json library|reference|in-situ events|rows|document TIMES
+//
+// "events" only counts them, so that the reader alone is measured; "rows" makes the rows of a listing, and
+// "document" a document, as most answers become one. "in-situ" changes the text where it is, for events alone.
 #include <rapidjson/filereadstream.h>
 #include <rapidjson/reader.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "bench/measurement.h"
@@ -101,7 +100,6 @@ bool ReadInSitu(std::FILE* file, Handler& handler) {
   return !rapidjson::Reader().Parse<rapidjson::kParseInsituFlag>(stream, handler).IsError();
 }
 
-// A document, as most answers become one.
 bool ParseByLibrary(std::FILE* file, rapidjson::Document& document) {
   std::vector<char> buffer(pieceSize);
   return ParseJson(
@@ -115,69 +113,55 @@ bool ParseByRapidJson(std::FILE* file, rapidjson::Document& document) {
   return !document.ParseStream(stream).HasParseError();
 }
 
-struct Reading {
-  const char* name;
-  std::function<std::size_t(std::FILE*)> run;  ///< gives what it counted, 0 for a failure
-  std::vector<double> milliseconds = {};
-};
-
-std::vector<Reading> Readings() {
-  const auto counting = [](auto read) {
-    return [read](std::FILE* file) {
-      Counter counter;
-      return read(file, counter) ? counter.events : 0;
-    };
-  };
-  const auto listing = [](auto read) {
-    return [read](std::FILE* file) {
-      std::size_t rows = 0;
-      FolderContentsHandler handler(true, true, false, [&rows](const DirEntryInfoExt&) { ++rows; });
-      return read(file, handler) ? rows : 0;
-    };
-  };
-  const auto parsing = [](auto parse) {
-    return [parse](std::FILE* file) {
-      rapidjson::Document document;
-      return parse(file, document) ? std::size_t{1} : 0;
-    };
-  };
-  return {{"rapidjson, file", counting(ReadByRapidJson<Counter>)},
-          {"rapidjson, in situ", counting(ReadInSitu<Counter>)},
-          {"library, file", counting(ReadByLibrary<Counter>)},
-          {"rapidjson, file, listing", listing(ReadByRapidJson<FolderContentsHandler>)},
-          {"library, file, listing", listing(ReadByLibrary<FolderContentsHandler>)},
-          {"rapidjson, document", parsing(ParseByRapidJson)},
-          {"library, document", parsing(ParseByLibrary)}};
+// Each gives false for a failure, and when there was nothing to read.
+bool CountEvents(std::string_view mode, std::FILE* file) {
+  Counter counter;
+  const bool read = mode == "library"   ? ReadByLibrary(file, counter)
+                    : mode == "in-situ" ? ReadInSitu(file, counter)
+                                        : ReadByRapidJson(file, counter);
+  return read && counter.events > 0;
 }
 
-double Quantile(const std::vector<double>& sorted, double part) {
-  return sorted[static_cast<std::size_t>(part * static_cast<double>(sorted.size() - 1) + 0.5)];
+bool MakeRows(std::string_view mode, std::FILE* file) {
+  int rows = 0;
+  FolderContentsHandler handler(true, true, false, [&rows](const DirEntryInfoExt&) { ++rows; });
+  return (mode == "library" ? ReadByLibrary(file, handler) : ReadByRapidJson(file, handler)) &&
+         rows == rowsOfThePage;
+}
+
+bool MakeDocument(std::string_view mode, std::FILE* file) {
+  rapidjson::Document document;
+  return mode == "library" ? ParseByLibrary(file, document) : ParseByRapidJson(file, document);
+}
+
+bool ReadPage(std::string_view mode, std::string_view what, std::FILE* file) {
+  std::rewind(file);
+  if (what == "events") return CountEvents(mode, file);
+  return what == "rows" ? MakeRows(mode, file) : MakeDocument(mode, file);
+}
+
+bool IsKnown(std::string_view mode, std::string_view what) {
+  if (mode == "in-situ") return what == "events";
+  return (mode == "library" || mode == "reference") &&
+         (what == "events" || what == "rows" || what == "document");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  const long rounds = argc > 1 ? std::strtol(argv[1], nullptr, 10) : 101;
+  const long times = argc == 4 && IsKnown(argv[1], argv[2]) ? std::strtol(argv[3], nullptr, 10) : 0;
   const std::string page = MakePage();
   const File file(std::tmpfile(), &std::fclose);
-  if (rounds <= 0 || !file || std::fwrite(page.data(), 1, page.size(), file.get()) != page.size()) {
-    std::fprintf(stderr, "usage: bench-json [ROUNDS], with room for a temporary file\n");
+  if (times <= 0 || !file || std::fwrite(page.data(), 1, page.size(), file.get()) != page.size()) {
+    std::fprintf(stderr,
+                 "usage: bench-json library|reference|in-situ events|rows|document TIMES, with room for a "
+                 "temporary file\n");
     return 2;
   }
-  std::vector<Reading> readings = Readings();
-  for (long round = 0; round < rounds; ++round) {
-    for (Reading& reading : readings) {
-      std::rewind(file.get());
-      const double began = vtdirect_bench::ProcessorSeconds();
-      if (reading.run(file.get()) == 0) return 1;
-      reading.milliseconds.push_back((vtdirect_bench::ProcessorSeconds() - began) * 1000);
-    }
+  const vtdirect_bench::Stopwatch stopwatch;
+  for (long i = 0; i < times; ++i) {
+    if (!ReadPage(argv[1], argv[2], file.get())) return 1;
   }
-  std::printf("%zu bytes, %ld rounds: lower quartile, median, upper quartile\n", page.size(), rounds);
-  for (Reading& reading : readings) {
-    std::sort(reading.milliseconds.begin(), reading.milliseconds.end());
-    std::printf("%-26s %6.2f %6.2f %6.2f ms\n", reading.name, Quantile(reading.milliseconds, 0.25),
-                Quantile(reading.milliseconds, 0.5), Quantile(reading.milliseconds, 0.75));
-  }
+  std::printf("%s\n", stopwatch.Report().c_str());
   return 0;
 }

@@ -1,6 +1,5 @@
 // Lists a folder of many documents by the library, or only fetches the pages and runs a JSON reader over
-// them, or only fetches them. Prints the seconds that took, on the clock and of processor time, and the
-// highest resident memory in KiB.
+// them, or only fetches them. Prints "SECONDS PROCESSOR-SECONDS PEAK-KIB INSTRUCTIONS".
 //
 //   bench-listing library|reference|fetch SERVER-URL ROWS
 #include <curl/curl.h>

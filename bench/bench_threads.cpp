@@ -1,5 +1,5 @@
-// Asks a server from several threads at once, each the same number of times, and prints the seconds that it
-// took.
+// Asks a server from several threads at once, each the same number of times, and prints
+// "SECONDS PROCESSOR-SECONDS PEAK-KIB INSTRUCTIONS".
 //
 //   bench-threads exists|listing SERVER-URL THREADS COUNT [ROWS]
 //
@@ -7,7 +7,6 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include <atomic>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -16,9 +15,9 @@
 #include <thread>
 #include <vector>
 
-namespace {
+#include "bench/measurement.h"
 
-using Clock = std::chrono::steady_clock;
+namespace {
 
 bool Exists(long number) {
   return VtDirectManager::FileExists(("//server/?id=D" + std::to_string(number)).c_str());
@@ -69,13 +68,13 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "bench-threads: the first call failed\n");
     return 1;
   }
-  const Clock::time_point began = Clock::now();
+  const vtdirect_bench::Stopwatch stopwatch;
   const long failed = AskAtOnce(std::strtol(argv[3], nullptr, 10), std::strtol(argv[4], nullptr, 10), ask);
-  const std::chrono::duration<double> took = Clock::now() - began;
+  const std::string report = stopwatch.Report();
   if (failed > 0) {
     std::fprintf(stderr, "bench-threads: %ld calls failed\n", failed);
     return 1;
   }
-  std::printf("%.6f\n", took.count());
+  std::printf("%s\n", report.c_str());
   return 0;
 }

@@ -1,5 +1,5 @@
 // Fetches the content of documents over TLS, by the library or by libcurl alone on one handle, and prints
-// "SECONDS PROCESSOR-SECONDS PEAK-KIB".
+// "SECONDS PROCESSOR-SECONDS PEAK-KIB INSTRUCTIONS".
 //
 //   bench-tls library|reference|fresh SERVER-URL COUNT CERTIFICATES DIRECTORY
 //

@@ -6,6 +6,8 @@
 #include <fstream>
 #include <string>
 
+#include "bench/instruction_counter.h"
+
 namespace vtdirect_bench {
 
 /// The "VmHWM" line of the kernel's account of this process, in KiB; -1 when there is none.
@@ -32,14 +34,15 @@ inline double ProcessorSeconds() {
 /// Runs from its construction on.
 class Stopwatch {
  public:
-  /// "SECONDS PROCESSOR-SECONDS PEAK-KIB" up to now.
+  /// "SECONDS PROCESSOR-SECONDS PEAK-KIB INSTRUCTIONS" up to now.
   [[nodiscard]] std::string Report() const {
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - began_;
     return std::to_string(took.count()) + " " + std::to_string(ProcessorSeconds() - processor_) + " " +
-           std::to_string(PeakResidentKilobytes());
+           std::to_string(PeakResidentKilobytes()) + " " + instructions_.Count();
   }
 
  private:
+  InstructionCounter instructions_;
   std::chrono::steady_clock::time_point began_ = std::chrono::steady_clock::now();
   double processor_ = ProcessorSeconds();
 };

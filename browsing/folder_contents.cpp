@@ -54,8 +54,9 @@ bool ListDocuments(ServerContext& server, const DocumentListing& listing, const 
   while (!nextLink.empty()) {
     // A next link is a full URL and may lead to another host.
     const auto [base, path] = SplitUrlAtPath(std::exchange(nextLink, {}));
+    const FailureMark mark;
     const auto side = server.MakeSideConnection(base);
-    if (side == nullptr) ReportReason({FailureKind::AnswerBroken});
+    if (side == nullptr) ReportReason(FollowsOr(mark, FailureKind::AnswerBroken));
     if (side == nullptr || !ListPage(side, path, listing, callback, nextLink)) return false;
   }
   return true;

@@ -9,6 +9,7 @@
 #include "base/failure_log.h"
 #include "base/server_key.h"
 #include "base/text.h"
+#include "connection/bounded_sink.h"
 #include "connection/exchange_failure.h"
 #include "platform/uri.h"
 
@@ -103,28 +104,40 @@ du::http::ErrorCode HttpConnection::SendWithProgress(const du::http::Request& re
 std::uint16_t HttpConnection::DownloadToFile(const char* path, const char* headers, const char* filePath,
                                              du::http::ProgressFunction downloadProgress,
                                              const du::http::FailureReport& ifMissed) {
-  const std::string uri = basePath_ + path;
-  const char* headerText = headers != nullptr ? headers : "";
+  du::http::DiskFileSink sink(filePath);
+  return Download({path, headers, filePath, sink, ifMissed}, std::move(downloadProgress));
+}
+
+std::uint16_t HttpConnection::DownloadDocumentTo(const char* filePath, const char* path,
+                                                 std::uint64_t longest,
+                                                 const du::http::FailureReport& ifMissed) {
+  du::http::DiskFileSink file(filePath);
+  BoundedSink sink(file, longest, filePath);
+  return Download({path, "", filePath, sink, ifMissed}, {});
+}
+
+std::uint16_t HttpConnection::Download(const DownloadParts& parts, du::http::ProgressFunction progress) {
+  const std::string uri = basePath_ + parts.path;
+  const char* headerText = parts.headers != nullptr ? parts.headers : "";
   du::http::BufferFileSource headerSource(reinterpret_cast<const std::uint8_t*>(headerText),
                                           std::strlen(headerText));
-  du::http::DiskFileSink sink(filePath);
   du::http::Request request;
   request.method = du::http::Method::Get;
   request.uri = uri.c_str();
   request.headers = &headerSource;
-  request.sink = &sink;
+  request.sink = &parts.sink;
   int status = 0;
   du::http::FailureReport found;
-  const auto error = SendWithProgress(request, &status, {}, std::move(downloadProgress), &found);
+  const auto error = SendWithProgress(request, &status, {}, std::move(progress), &found);
   const bool isDelivered = error == du::http::ErrorCode::Done;
   if (FailuresAreCollected() && (!isDelivered || status != 200)) {
-    if (isDelivered && IsMiss(status)) found = ifMissed;
+    if (isDelivered && IsMiss(status)) found = parts.ifMissed;
     EndedExchange exchange;
     exchange.uri = uri;
     exchange.error = error;
     exchange.status = status;
     exchange.found = std::move(found);
-    ReportDownload(*this, std::move(exchange), filePath);
+    ReportDownload(*this, std::move(exchange), parts.filePath);
   }
   return static_cast<std::uint16_t>(error == du::http::ErrorCode::Done ? status : -1);
 }

@@ -61,8 +61,22 @@ class HttpConnection {
                                              du::http::ProgressFunction downloadProgress,
                                              const du::http::FailureReport& ifMissed = {});
 
+  /// DownloadToFile for a document of the server's that goes through a temporary file. One that is longer than
+  /// `longest` bytes is a failed exchange and a broken answer; the file then holds no more than these.
+  [[nodiscard]] std::uint16_t DownloadDocumentTo(const char* filePath, const char* path,
+                                                 std::uint64_t longest,
+                                                 const du::http::FailureReport& ifMissed = {});
+
  private:
   [[nodiscard]] du::http::Connection* Connect();
+  struct DownloadParts {
+    const char* path;
+    const char* headers;   ///< may be null
+    const char* filePath;  ///< where the sink writes
+    du::http::FileSink& sink;
+    const du::http::FailureReport& ifMissed;
+  };
+  [[nodiscard]] std::uint16_t Download(const DownloadParts& parts, du::http::ProgressFunction progress);
 
   const std::string uri_;
   const std::string basePath_;

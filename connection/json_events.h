@@ -20,7 +20,8 @@ inline constexpr std::size_t maximumJsonDepth = 512;
 
 /// Turns the events of Boost.JSON's parser, whose names and parameters these are, into those of RapidJSON's
 /// reader. A text that a piece holds whole and without escapes is handed on where it is; its bytes are valid
-/// during the event alone and no zero byte follows them. Ends the parse below maximumJsonDepth.
+/// during the event alone and no zero byte follows them. Ends the parse below maximumJsonDepth, and at a text
+/// that is longer than it may be.
 template <typename Handler>
 class JsonEvents {
  public:
@@ -32,7 +33,12 @@ class JsonEvents {
   using Error = json_grammar::error_code;
   using Text = json_grammar::string_view;
 
-  explicit JsonEvents(Handler& handler) : handler_(handler) {}
+  /// @param longestText  in bytes, as it is without its escapes
+  JsonEvents(Handler& handler, std::uint64_t longestText) : handler_(handler), longestText_(longestText) {
+    constexpr std::size_t usualLevels = 16;
+    levels_.reserve(usualLevels);
+    levels_.emplace_back();
+  }
 
   bool on_document_begin(Error&) { return true; }
   bool on_document_end(Error&) { return true; }
@@ -40,9 +46,9 @@ class JsonEvents {
   bool on_object_end(std::size_t, Error& error) { return Value(handler_.EndObject(Leave()), error); }
   bool on_array_begin(Error& error) { return Begin(Kind::Array, error); }
   bool on_array_end(std::size_t, Error& error) { return Value(handler_.EndArray(Leave()), error); }
-  bool on_key_part(Text part, std::size_t, Error&) { return Collect(part); }
+  bool on_key_part(Text part, std::size_t, Error& error) { return Collect(part, error); }
   bool on_key(Text text, std::size_t, Error& error);
-  bool on_string_part(Text part, std::size_t, Error&) { return Collect(part); }
+  bool on_string_part(Text part, std::size_t, Error& error) { return Collect(part, error); }
   bool on_string(Text text, std::size_t, Error& error);
   bool on_number_part(Text part, Error&);
   bool on_int64(std::int64_t, Text text, Error& error) { return Number(text, error); }
@@ -74,14 +80,16 @@ class JsonEvents {
 
   bool Begin(Kind kind, Error& error);
   rapidjson::SizeType Leave();
-  bool Collect(Text part);
+  bool Collect(Text part, Error& error);
+  [[nodiscard]] bool HasRoomFor(Text part) const { return collected_.size() + part.size() <= longestText_; }
   bool Number(Text text, Error& error);
   bool Value(bool goOn, Error& error);
   static bool Answer(bool goOn, Error& error);
 
   Handler& handler_;
+  const std::uint64_t longestText_;
   /// The first is the text itself, and the others are open.
-  std::vector<Level> levels_ = std::vector<Level>(1);
+  std::vector<Level> levels_;
   std::string collected_;  ///< of a text that comes in parts
   JsonNumber number_;
   bool silent_ = false;
@@ -105,7 +113,8 @@ rapidjson::SizeType JsonEvents<Handler>::Leave() {
 }
 
 template <typename Handler>
-bool JsonEvents<Handler>::Collect(Text part) {
+bool JsonEvents<Handler>::Collect(Text part, Error& error) {
+  if (!HasRoomFor(part)) return Answer(false, error);
   collected_.append(part.data(), part.size());
   return true;
 }
@@ -113,10 +122,11 @@ bool JsonEvents<Handler>::Collect(Text part) {
 template <typename Handler>
 bool JsonEvents<Handler>::on_key(Text text, std::size_t, Error& error) {
   if (silent_) return true;
+  if (!HasRoomFor(text)) return Answer(false, error);
   if (collected_.empty()) {
     return Answer(handler_.Key(text.data(), static_cast<rapidjson::SizeType>(text.size()), true), error);
   }
-  Collect(text);
+  collected_.append(text.data(), text.size());
   const bool goOn =
       handler_.Key(collected_.data(), static_cast<rapidjson::SizeType>(collected_.size()), true);
   collected_.clear();
@@ -126,10 +136,11 @@ bool JsonEvents<Handler>::on_key(Text text, std::size_t, Error& error) {
 template <typename Handler>
 bool JsonEvents<Handler>::on_string(Text text, std::size_t, Error& error) {
   if (silent_) return true;
+  if (!HasRoomFor(text)) return Answer(false, error);
   if (collected_.empty()) {
     return Value(handler_.String(text.data(), static_cast<rapidjson::SizeType>(text.size()), true), error);
   }
-  Collect(text);
+  collected_.append(text.data(), text.size());
   const bool goOn =
       handler_.String(collected_.data(), static_cast<rapidjson::SizeType>(collected_.size()), true);
   collected_.clear();

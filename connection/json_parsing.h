@@ -33,8 +33,13 @@ template <typename Handler>
   return reader.Read(text) && reader.Finish();
 }
 
-/// Parses a text into a document, which is left null when that fails.
+/// Parses a text into a document, which is left null when that fails: also for a text that is longer than the
+/// settings allow (largestJson), and when there is no memory for the document.
 [[nodiscard]] bool ParseJson(const JsonPieces& next, rapidjson::Document& document);
 [[nodiscard]] bool ParseJson(std::string_view text, rapidjson::Document& document);
+
+/// The same without a copy of what stands in the text without escapes: no zero byte follows such a member's
+/// name or value, and the text must outlive the document.
+[[nodiscard]] bool ParseJsonInPlace(std::string_view text, rapidjson::Document& document);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "base/settings.h"
 #include "connection/json_events.h"
 #include "connection/surrogate_filter.h"
 
@@ -17,12 +18,12 @@ namespace lxservices::cms_interface::vantry {
 /// The grammar is Boost.JSON's parser. It goes down by recursion, for a few levels alone: for what is deeper
 /// a new parser begins, and another one goes on after its end. So neither the stack nor the memory grows with
 /// the nesting of the text, but for the eight bytes that a level takes, of which there are at most
-/// maximumJsonDepth.
+/// maximumJsonDepth. A text within it may have the length of the settings (longestJsonText).
 template <typename Handler>
 class JsonReader {
  public:
   /// The handler must outlive the reader.
-  explicit JsonReader(Handler& handler) : parser_(Options(), handler) {}
+  explicit JsonReader(Handler& handler) : parser_(Options(), handler, CurrentSettings()->longestJsonText) {}
 
   /// Takes the next piece; how a text is cut into pieces changes nothing.
   /// @return false from the first error on, and once the handler has ended the parse

@@ -13,6 +13,7 @@ ODataPageReader::ODataPageReader(const ServerContext& server, std::string path)
     : connection_(server.connection()), path_(std::move(path)) {}
 
 bool ODataPageReader::Next() {
+  const FailureMark mark;
   page_ = rapidjson::Document();
   if (path_.empty() && nextLink_.empty()) return false;
   std::shared_ptr<HttpConnection> http = connection_->http();
@@ -24,7 +25,8 @@ bool ODataPageReader::Next() {
   }
   path_.clear();
   nextLink_.clear();
-  if (http == nullptr) ReportReason({FailureKind::AnswerBroken});  // a next link that leads nowhere
+  // A next link that leads nowhere.
+  if (http == nullptr) ReportReason(FollowsOr(mark, FailureKind::AnswerBroken));
   failed_ = http == nullptr || !FetchPage(http, path);
   if (failed_) return true;
   if (const auto* link = FindString(page_, "@odata.nextLink")) nextLink_ = TextView(*link);

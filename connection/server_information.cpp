@@ -9,8 +9,8 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-/// Much longer than any URL. A line is collected up to here, so that no document can fill the memory.
-constexpr std::size_t longestLine = 2 * 1024 * 1024;
+/// Far more than any server has to tell. A longer document is none.
+constexpr std::uint64_t longestDocument = 64 * 1024;
 
 // The C library's atoi, with a result for numbers out of range too.
 std::uint32_t ReadNumber(const std::string& text) {
@@ -34,23 +34,6 @@ void ReadLine(const std::string& line, ServerInfo& info) {
   if (key == "CodebaseURL") info.codebaseUrl = WithoutTrailingSlashes(value);
 }
 
-// Takes the next line, without its line feed; a longer one than there can be is given as an empty one. False
-// after the last line.
-bool TakeLine(std::streambuf& document, std::string& line) {
-  using Traits = std::streambuf::traits_type;
-  line.clear();
-  bool isLine = false;
-  bool isTooLong = false;
-  for (auto byte = document.sbumpc(); byte != Traits::eof(); byte = document.sbumpc()) {
-    isLine = true;
-    if (byte == '\n') break;
-    isTooLong = isTooLong || line.size() == longestLine;
-    if (!isTooLong) line += Traits::to_char_type(byte);
-  }
-  if (isTooLong) line.clear();
-  return isLine;
-}
-
 }  // namespace
 
 du::http::FailureReport ForeignServer() {
@@ -60,17 +43,17 @@ du::http::FailureReport ForeignServer() {
 Status GetServerInfo(HttpConnection& connection, ServerInfo& info) {
   const FailureStep step("ask the server for its version");
   const ScopedTempPath file(MakeTempFile("vtinfo", "txt"));
-  if (connection.DownloadToFile("servlet/OrvetGW", "", file.path().c_str(), {}, ForeignServer()) != 200) {
+  const std::string path = file.path();
+  if (connection.DownloadDocumentTo(path.c_str(), "servlet/OrvetGW", longestDocument, ForeignServer()) !=
+      200) {
     TracerFor(Follows())(dp::TraceType::Error,
                          "Failed to get version info from server %s treating as unsupported",
                          connection.uri().c_str());
     return ConnectionFailed;
   }
   info = {};
-  std::filebuf document;
-  if (document.open(file.path(), std::ios::in) == nullptr) return Ok;
-  std::string line;
-  while (TakeLine(document, line)) ReadLine(line, info);
+  std::ifstream document(file.path());
+  for (std::string line; std::getline(document, line);) ReadLine(line, info);
   return Ok;
 }
 

@@ -16,7 +16,8 @@ struct ServerInfo {
 
 /// Reads the gateway's information document: one GET on this thread, through a temporary file.
 ///
-/// A document without a version key reads as version 0.0 F000 and is no failure here.
+/// A document without a version key reads as version 0.0 F000 and is no failure here. One of more than 64 KiB
+/// is a broken answer.
 /// @return Ok, or ConnectionFailed, traced, when the answer is not exactly 200
 Status GetServerInfo(HttpConnection& connection, ServerInfo& info);
 

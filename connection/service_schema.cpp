@@ -5,19 +5,30 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 
 #include "base/failure_trace.h"
 #include "base/tracers.h"
+#include "connection/bounded_xml.h"
 #include "connection/scoped_temp_path.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
 
 constexpr int chunkSize = 512;
+// Each chunk has the parser look at the token that is open from its beginning. Beyond this length, which no
+// token of a schema comes near, a chunk is as long as what is there already, so that a long token costs no
+// more than its length.
+constexpr std::size_t longToken = 16 * 1024;
+// A token that is still open after this many bytes makes a broken document.
+constexpr std::size_t longestToken = 256 * 1024;
+constexpr std::uint64_t longestDocument = std::uint64_t{64} << 20;
+constexpr std::uint16_t failedDownload = 65535;
 constexpr std::size_t fileBufferSize = 64 * 1024;
 // A version is a small number; the text of a hostile document must not be collected without bound.
 constexpr std::size_t maximumVersionText = 4096;
@@ -120,12 +131,33 @@ void EndElement(void* user, const char*) {
 using Parser = std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)>;
 
 Parser MakeParser(SchemaParseState& state) {
-  Parser parser(XML_ParserCreate(nullptr), &XML_ParserFree);
+  Parser parser(MakeBoundedXmlParser(), &XML_ParserFree);
   if (!parser) throw std::runtime_error("creating parser");
   XML_SetUserData(parser.get(), &state);
   XML_SetElementHandler(parser.get(), StartElement, EndElement);
   XML_SetCharacterDataHandler(parser.get(), CharacterData);
   return parser;
+}
+
+// How much of the token at the end of what was parsed has come: the document's length so far, less the place
+// where the parser would go on.
+class OpenToken {
+ public:
+  // To be told after each chunk.
+  void Took(XML_Parser parser, int count) {
+    parsed_ += count;
+    // Nothing is known of it when nothing was parsed yet.
+    if (const auto place = XML_GetCurrentByteIndex(parser); place >= 0) begin_ = place;
+  }
+  [[nodiscard]] std::size_t length() const { return static_cast<std::size_t>(parsed_ - begin_); }
+
+ private:
+  XML_Index parsed_ = 0;
+  XML_Index begin_ = 0;
+};
+
+int NextChunkSize(const OpenToken& open) {
+  return open.length() < longToken ? chunkSize : static_cast<int>(open.length());
 }
 
 // False for an XML error. The error of a chunk shows only when the buffer for the next one is asked for, and
@@ -134,15 +166,24 @@ Parser MakeParser(SchemaParseState& state) {
 bool ParseDocument(std::istream& document, SchemaParseState& state) {
   const Parser parser = MakeParser(state);
   bool broken = false;
+  OpenToken open;
   while (!document.eof()) {
-    void* buffer = broken ? nullptr : XML_GetBuffer(parser.get(), chunkSize);
+    const int size = NextChunkSize(open);
+    void* buffer = broken ? nullptr : XML_GetBuffer(parser.get(), size);
     if (buffer == nullptr) return false;
-    document.read(static_cast<char*>(buffer), chunkSize);
+    document.read(static_cast<char*>(buffer), size);
     const auto count = static_cast<int>(document.gcount());
     broken = XML_ParseBuffer(parser.get(), count, document.eof()) == XML_STATUS_ERROR;
+    open.Took(parser.get(), count);
+    if (open.length() > longestToken) return false;
     if (document.bad()) break;
   }
   return true;
+}
+
+Status TraceBroken() {
+  TracerFor({FailureKind::AnswerBroken}, CmsInterfaceTracer())(dp::TraceType::Error, "XML parse error");
+  return Refused;
 }
 
 Status ParseTraced(std::istream& document, SchemaParseState& state) {
@@ -152,9 +193,14 @@ Status ParseTraced(std::istream& document, SchemaParseState& state) {
   } catch (...) {
     parsed = false;
   }
-  if (parsed) return Ok;
-  TracerFor({FailureKind::AnswerBroken}, CmsInterfaceTracer())(dp::TraceType::Error, "XML parse error");
-  return Refused;
+  return parsed ? Ok : TraceBroken();
+}
+
+// So it is where the download was ended for its length. It would be no other one the next time.
+bool IsAsLongAsMayBe(const std::string& path) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  return !error && size >= longestDocument;
 }
 
 }  // namespace
@@ -163,7 +209,8 @@ Status FetchSchema(VtConnection& connection, const char* path, SchemaQuery* quer
   const FailureStep step("look for a service");
   const FailureAside aside;  // a service that cannot be seen is done without
   const ScopedTempPath file(MakeTempFile("vtmeta", "txt"));
-  const auto status = connection.http()->DownloadToFile(path, "", file.path().c_str(), {});
+  const auto status = connection.http()->DownloadDocumentTo(file.path().c_str(), path, longestDocument);
+  if (status == failedDownload && IsAsLongAsMayBe(file.path())) return TraceBroken();
   if (status != 200) {
     CmsInterfaceTracer()(dp::TraceType::Information, "Failed to get schema info %s from server %s", path,
                          connection.http()->uri().c_str());

@@ -9,4 +9,8 @@ namespace lxservices::cms_interface::vantry {
 /// is the first and the second is empty. Pure.
 [[nodiscard]] std::pair<std::string, std::string> SplitUrlAtPath(const std::string& url);
 
+/// The same for the address of a content, as it is asked for: without its fragment, which is no server's
+/// affair, and cut at its query when it has no path. Pure.
+[[nodiscard]] std::pair<std::string, std::string> SplitContentUrl(const std::string& url);
+
 }  // namespace lxservices::cms_interface::vantry

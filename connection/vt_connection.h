@@ -31,7 +31,8 @@ class VtConnection {
   [[nodiscard]] std::string ODataWriteHeaders();
 
   /// A connection of its own for another URL, with the same authentication: pages, contents and uploads may
-  /// lie on another host. Sends nothing. An empty URL gives an empty pointer.
+  /// lie on another host. Sends nothing. An empty URL gives an empty pointer, and so does an "http" URL for a
+  /// server by "https" unless the settings allow it, which is traced and reported.
   [[nodiscard]] std::shared_ptr<HttpConnection> MakeSideConnection(const std::string& url) const;
 
   /// What has been learned of the server. Two threads may learn the same at once.

@@ -34,6 +34,8 @@ enum class FailureDetail : std::int32_t {
   LoginUnknown = 20,        ///< it offers only ways to log in that this side does not know
   CodingUnknown = 21,       ///< its answer is coded in a way that this side does not know
   ForeignServer = 22,       ///< it speaks HTTP and is no Vantry server
+  AnswerUnclear = 23,       ///< its answer tells in two ways, or in none that can be read, where it ends
+  ContentCoded = 24,        ///< it codes a content that was asked for as it is
 
   // TLS.
   TlsTooOld = 30,

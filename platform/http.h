@@ -158,7 +158,8 @@ VTDIRECT_API std::unique_ptr<Connection> ConnectURI(const char* uri, const char*
 ///
 /// A GET follows redirects, never out of https, and to another origin without credentials, without the
 /// cookies that this process has there, and without the caller's lines other than "Accept"; those cookies of
-/// the first origin's session that are for that host or domain go along. A redirect that isn't followed is
+/// the first origin's session that are for that host or domain go along, but none to another port of the host
+/// that set it. A redirect that isn't followed is
 /// reported as an answer. A body is never redirected, and never sent a second time but for
 /// a demand for authentication.
 ///
@@ -239,7 +240,8 @@ class VTDIRECT_API StringFileSink final : public FileSink {
 
 /// Keeps a body in memory while it fits within `memoryLimit` bytes; past that, moves it into a temporary file
 /// of its own. The file outlives the sink: whoever asks for its path reads and deletes it. A sink whose path
-/// nobody asked for removes its file itself.
+/// nobody asked for removes its file itself. The file has a largest size and never takes the last of its file
+/// system (http_settings.h): beyond that the exchange ends with `LocalFileFailure`.
 class VTDIRECT_API FailoverFileSink final : public FileSink {
  public:
   /// @param memoryLimit  in bytes
@@ -258,9 +260,11 @@ class VTDIRECT_API FailoverFileSink final : public FileSink {
  private:
   [[nodiscard]] ErrorCode OpenFile();
   [[nodiscard]] bool WriteBuffer();
+  [[nodiscard]] bool WriteToFile(const std::uint8_t* data, std::size_t count);
   std::size_t memoryLimit_;
   std::vector<std::uint8_t> buffer_;
   std::string filePath_;
+  std::uint64_t written_ = 0;
   int descriptor_ = -1;
   bool handedOut_ = false;
 };

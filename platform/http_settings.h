@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <limits>
 #include <optional>
 #include <string>
@@ -11,6 +12,14 @@ namespace du::http {
 
 /// For every limit below that counts time: no limit.
 inline constexpr long neverTimesOut = std::numeric_limits<long>::max();
+
+/// What becomes of an "http" address that a server names which was itself asked by "https": the address of a
+/// content, of the next page of a listing, or of an upload.
+enum class HttpAddresses {
+  Refuse,   ///< nothing is sent there
+  Allow,    ///< it is asked as it is, in clear: contents and the nonce can be read and changed on the way
+  Upgrade,  ///< the same host is asked by "https", at the port that was named, or at 443 for none and for 80
+};
 
 /// How the transport waits, keeps connections and trusts. A limit that ends a POST or PATCH leaves open
 /// whether the server has carried it out: see DoRequestWithCommonAuth. Of each number below, zero or less
@@ -62,6 +71,12 @@ struct TransportSettings {
   /// never asked for that way. Sinks get what is decoded: their limits and a progress function count that,
   /// and no length is announced for an answer that comes compressed.
   bool compressedAnswers = true;
+  /// Longest temporary file of an answer, in bytes. A longer answer that is not for a file of the caller's ends
+  /// its exchange with LocalFileFailure, and so does one that would take the last 64 MiB of the file system.
+  std::int64_t largestTemporaryFile = std::int64_t{4} << 30;
+  /// For sites whose proxy speaks https, and whose server does not know it and names addresses with http. A
+  /// redirect never leaves https, whatever this says.
+  HttpAddresses httpAddresses = HttpAddresses::Refuse;
 };
 
 /// Replaces the settings. Counts for requests that begin afterwards; those that are under way keep theirs.

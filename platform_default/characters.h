@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 
 /// Bytes as URIs and header lines see them, whatever the locale. Pure functions.
@@ -15,6 +16,22 @@ namespace vtdirect::platform {
 
 [[nodiscard]] constexpr char ToAsciiLower(char byte) {
   return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+}
+
+/// For each value of a byte whether it has a property. Looked up, where each byte of many texts is asked about.
+using ByteTable = std::array<bool, 256>;
+
+/// The table of a function that tells of a byte whether it has the property.
+template <typename Property>
+[[nodiscard]] constexpr ByteTable TableOf(Property property) {
+  ByteTable table{};
+  for (std::size_t value = 0; value < table.size(); ++value)
+    table[value] = property(static_cast<char>(value));
+  return table;
+}
+
+[[nodiscard]] constexpr bool IsIn(const ByteTable& table, char byte) {
+  return table[static_cast<unsigned char>(byte)];
 }
 
 /// The value of a hexadecimal digit of either case, -1 for any other byte.

@@ -55,6 +55,7 @@ TransferClock::Time Now() {
 
 void CurlExchange::Attach(CURL* handle) {
   handle_ = handle;
+  foldedStart_.Attach(handle);
   curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &OnHeader);
   curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &OnBody);
@@ -79,11 +80,21 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   sink_ = parts.sink;
   mayRepeat_ = parts.mayRepeat;
   decodes_ = parts.decodes;
+  refusesCoded_ = parts.refusesCoded;
+  mostDemands_ = parts.demands;
+  tls_ = parts.tls;
+  demands_ = 0;
+  cut_ = false;
+  unclear_ = false;
+  codedContent_ = false;
+  framing_ = {};
+  refusal_.reset();
   decoder_.reset();
   bodySize_ = body_ == nullptr ? std::nullopt : body_->Size();
   bodySent_ = 0;
   status_ = 0;
   headerEnded_ = false;
+  foldedStart_.Start();
   sentBeforeStart_.reset();
   demandSeen_ = false;
   connectLimitRanOut_ = false;
@@ -118,16 +129,22 @@ ErrorCode CurlExchange::Conclude(CURLcode result) {
     if (result == CURLE_OK && BeginSink()) static_cast<void>(FinishSink());
     return ErrorCode::TooLarge;
   }
+  if (cut_) return BeginSink() ? AnswerSink().Finish() : failure_;
   if (result != CURLE_OK) return ProxyRefusedTunnel() ? ErrorCode::NoConnection : ErrorCodeOf(result);
   // curl is content with a connection that closes in the middle of a header.
   if (status_ < 200 || !headerEnded_) return ErrorCode::ProtocolFailure;
+  if (WasCutOff()) return ErrorCode::ProtocolFailure;
   if (!BeginSink()) return failure_;
   return FinishSink();
 }
 
 ErrorCode CurlExchange::FinishSink() {
   if (decoder_ != nullptr && !decoder_->IsComplete()) return ErrorCode::ProtocolFailure;
-  return sink_->Finish();
+  return AnswerSink().Finish();
+}
+
+du::http::FileSink& CurlExchange::AnswerSink() {
+  return refusal_ ? *refusal_ : *sink_;
 }
 
 bool CurlExchange::ProxyRefusedTunnel() const {
@@ -139,33 +156,51 @@ bool CurlExchange::ProxyRefusedTunnel() const {
 std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, void* self) {
   auto& exchange = *static_cast<CurlExchange*>(self);
   exchange.headerBytes_ += count;
-  if (exchange.headerBytes_ > largestResponseHeader) {
+  if (exchange.headerBytes_ > largestResponseHeader || exchange.foldedStart_.Met()) {
     exchange.failure_ = ErrorCode::ProtocolFailure;
     return 0;
   }
   exchange.clock_.AnswerArrives(Now());
-  exchange.ReadHeaderLine({data, count});
-  return count;
+  return exchange.ReadHeaderLine({data, count}) ? count : 0;
 }
 
-void CurlExchange::ReadHeaderLine(std::string_view line) {
+bool CurlExchange::ReadHeaderLine(std::string_view line) {
   // Header lines behind a body (trailers) must not change the status any more.
-  if (begun_) return;
+  if (begun_) return true;
+  if (line == "\r\n" || line == "\n") return EndHeader();
   if (const int status = StatusOf(line); status != 0) {
-    status_ = status;
-    headerEnded_ = false;
-    if (IsDemand(status)) demandSeen_ = true;
-    decoder_.reset();
-    notes_.NewAnswer();
-    return;
+    BeginAnswer(status);
+    return true;
   }
   notes_.HeaderLine(line);
   if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
     decoder_ = AnswerDecoder::For(line.substr(line.find(':') + 1));
-  } else if (line == "\r\n" || line == "\n") {
-    headerEnded_ = true;
-    if (status_ < 200) clock_.AnswerWasInterim();
   }
+  unclear_ = !framing_.Take(line);
+  if (unclear_) failure_ = ErrorCode::ProtocolFailure;
+  return !unclear_;
+}
+
+void CurlExchange::BeginAnswer(int status) {
+  status_ = status;
+  headerEnded_ = false;
+  if (IsDemand(status)) {
+    demandSeen_ = true;
+    ++demands_;
+  }
+  decoder_.reset();
+  framing_ = {};
+  notes_.NewAnswer();
+}
+
+bool CurlExchange::EndHeader() {
+  headerEnded_ = true;
+  if (status_ < 200) clock_.AnswerWasInterim();
+  codedContent_ = refusesCoded_ && framing_.IsCoded() && IsSuccess(status_);
+  if (codedContent_) failure_ = ErrorCode::ProtocolFailure;
+  // curl answers a demand by itself as long as it finds a way to.
+  cut_ = IsDemand(status_) && demands_ > mostDemands_;
+  return failure_ == ErrorCode::Done && !cut_;
 }
 
 bool CurlExchange::BeginSink() {
@@ -176,7 +211,8 @@ bool CurlExchange::BeginSink() {
   // What is announced is the length on the line, and a sink gets what is decoded.
   if (length >= 0 && decoder_ == nullptr) expected = static_cast<std::uint64_t>(length);
   begun_ = true;
-  failure_ = sink_->Begin(status_, expected);
+  if (!IsSuccess(status_)) refusal_.emplace(*sink_);
+  failure_ = AnswerSink().Begin(status_, expected);
   return failure_ == ErrorCode::Done;
 }
 
@@ -192,15 +228,19 @@ std::size_t CurlExchange::OnBody(char* data, std::size_t, std::size_t count, voi
   auto& exchange = *static_cast<CurlExchange*>(self);
   try {
     if (!exchange.IsBodyOfAnAnswer({data, count}) || !exchange.BeginSink()) return 0;
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(data);
-    exchange.failure_ = exchange.decoder_ == nullptr
-                            ? exchange.sink_->Write(bytes, count)
-                            : exchange.decoder_->Decode(bytes, count, *exchange.sink_);
+    exchange.TakeBody(reinterpret_cast<const std::uint8_t*>(data), count);
   } catch (...) {
     exchange.thrown_ = std::current_exception();
     exchange.failure_ = ErrorCode::LocalFileFailure;
   }
-  return exchange.failure_ == ErrorCode::Done ? count : 0;
+  return exchange.failure_ == ErrorCode::Done && !exchange.cut_ ? count : 0;
+}
+
+void CurlExchange::TakeBody(const std::uint8_t* data, std::size_t count) {
+  du::http::FileSink& sink = AnswerSink();
+  failure_ = decoder_ == nullptr ? sink.Write(data, count) : decoder_->Decode(data, count, sink);
+  cut_ = failure_ == ErrorCode::Cancelled && refusal_ && refusal_->IsFull();
+  if (cut_) failure_ = ErrorCode::Done;
 }
 
 std::size_t CurlExchange::OnRead(char* buffer, std::size_t size, std::size_t count, void* self) {
@@ -257,10 +297,26 @@ int CurlExchange::OnSeek(void* self, curl_off_t offset, int origin) {
 int CurlExchange::OnProgress(void* self, curl_off_t, curl_off_t received, curl_off_t, curl_off_t sent) {
   auto& exchange = *static_cast<CurlExchange*>(self);
   if (exchange.BodyIsOut(sent)) exchange.clock_.BodyIsOut();
+  if (exchange.IsDrowned(received)) {
+    exchange.failure_ = ErrorCode::ProtocolFailure;
+    return 1;
+  }
   if (!exchange.clock_.HasRunOut(Now(), received, sent)) return 0;
   exchange.failure_ = ErrorCode::TimedOut;
   exchange.waitLimitRanOut_ = true;
   return 1;
+}
+
+// Whoever cuts a line can end a connection, but not the TLS on it. curl takes both for the end of the body.
+bool CurlExchange::WasCutOff() const {
+  const bool mayHaveBody = status_ != 204 && status_ != 304;
+  return tls_ != nullptr && mayHaveBody && framing_.EndsWithConnection() && !tls_->closed;
+}
+
+// curl reads the body of a demand that it is going to answer by itself, and shows nothing of it.
+bool CurlExchange::IsDrowned(curl_off_t received) const {
+  return demandSeen_ && !begun_ && IsDemand(status_) &&
+         received > static_cast<curl_off_t>(keptOfRefusal + skippedOfRefusal);
 }
 
 bool CurlExchange::BodyIsOut(curl_off_t sent) const {

@@ -11,7 +11,11 @@
 
 #include "platform/http.h"
 #include "platform_default/answer_decoder.h"
+#include "platform_default/answer_framing.h"
 #include "platform_default/answer_notes.h"
+#include "platform_default/folded_start.h"
+#include "platform_default/refusal_sink.h"
+#include "platform_default/tls_events.h"
 #include "platform_default/transfer_clock.h"
 
 namespace vtdirect::platform {
@@ -25,6 +29,13 @@ struct ExchangeParts {
   bool mayRepeat = false;
   /// Whether a compressed answer is decoded on the way to the sink.
   bool decodes = false;
+  /// Whether a coded success is refused: it was asked for as it is, and its bytes are not the content.
+  bool refusesCoded = false;
+  /// Answers with a demand for authentication after which curl may send the request once more by itself. A
+  /// server can call each login stale and ask for the next one.
+  int demands = 1;
+  /// Where the events of a connection over TLS are noted; null for any other connection.
+  const TlsEvents* tls = nullptr;
 };
 
 /// What one exchange on a curl handle needs while it runs, and what it learned when it is over: the functions
@@ -55,6 +66,13 @@ class CurlExchange {
   /// True when the last exchange got the first line of an answer, an interim one included.
   [[nodiscard]] bool HasAnswer() const { return status_ != 0; }
 
+  /// Demands for authentication that the last exchange was answered with, those that curl met by itself
+  /// included.
+  [[nodiscard]] int Demands() const { return demands_; }
+  /// True when the last answer was ended because it had more to say than is read of a refusal, or because it
+  /// was one demand too many. curl takes that for a failure and looks at none of its lines.
+  [[nodiscard]] bool WasCut() const { return cut_; }
+
   // What the last exchange has shown, for the sentence that explains it.
 
   /// The status of the last line that had one; 0 without any.
@@ -63,6 +81,9 @@ class CurlExchange {
   /// True when a connection that it made was there, if only for the handshake, and ended with it. curl tells
   /// the time of a connection that is ready for a request, and of no other.
   [[nodiscard]] bool HadConnection() const { return hadConnection_; }
+  /// True when its answer was refused for its lines: for its length or transfer coding, and for a coded content.
+  [[nodiscard]] bool WasUnclear() const { return unclear_; }
+  [[nodiscard]] bool WasCoded() const { return codedContent_; }
   /// True when it waited too long once it was connected, and for what it waited.
   [[nodiscard]] bool WaitLimitRanOut() const { return waitLimitRanOut_; }
   [[nodiscard]] TransferClock::Wait LastWait() const { return clock_.CurrentWait(); }
@@ -84,15 +105,22 @@ class CurlExchange {
   static int OnNewSocket(void* self, curl_socket_t socket, curlsocktype purpose);
   static int OnCloseSocket(void* self, curl_socket_t socket);
 
-  void ReadHeaderLine(std::string_view line);
+  /// False when the answer ends here.
+  [[nodiscard]] bool ReadHeaderLine(std::string_view line);
+  void BeginAnswer(int status);
+  [[nodiscard]] bool EndHeader();
+  void TakeBody(const std::uint8_t* data, std::size_t count);
   [[nodiscard]] bool IsBodyOfAnAnswer(std::string_view bytes);
   [[nodiscard]] bool BeginSink();
   [[nodiscard]] du::http::ErrorCode FinishSink();
+  [[nodiscard]] du::http::FileSink& AnswerSink();
   [[nodiscard]] std::size_t ReadBody(std::uint8_t* buffer, std::size_t capacity);
   /// Of the lines in front of the body, with those to a proxy.
   [[nodiscard]] long RequestBytesSent() const;
   [[nodiscard]] bool ProxyRefusedTunnel() const;
   [[nodiscard]] bool BodyIsOut(curl_off_t sent) const;
+  [[nodiscard]] bool WasCutOff() const;
+  [[nodiscard]] bool IsDrowned(curl_off_t received) const;
   [[nodiscard]] du::http::ErrorCode Conclude(CURLcode result);
 
   /// The handle lives on and may close its socket at any later time: nothing of the caller's stays behind the
@@ -100,6 +128,7 @@ class CurlExchange {
   struct BorrowedEnd {
     CurlExchange& exchange;
     ~BorrowedEnd() {
+      exchange.refusal_.reset();
       exchange.body_ = nullptr;
       exchange.sink_ = nullptr;
     }
@@ -115,6 +144,15 @@ class CurlExchange {
   bool headerEnded_ = false;  ///< the empty line behind the last status line came
   bool mayRepeat_ = false;
   bool decodes_ = false;
+  bool refusesCoded_ = false;
+  const TlsEvents* tls_ = nullptr;
+  int mostDemands_ = 1;
+  int demands_ = 0;
+  bool cut_ = false;
+  bool unclear_ = false;
+  bool codedContent_ = false;
+  AnswerFraming framing_;                   ///< of the last answer
+  std::optional<RefusalSink> refusal_;      ///< before the sink of an answer that is no success
   std::unique_ptr<AnswerDecoder> decoder_;  ///< null for an answer that goes to the sink as it comes
   std::optional<long> sentBeforeStart_;     ///< set once a request of this exchange has started
   bool demandSeen_ = false;  ///< the last answer was a 401 or 407; only then may a body go out once more
@@ -131,6 +169,7 @@ class CurlExchange {
       du::http::ErrorCode::Done;  ///< what a source or a sink ended the exchange with
   std::exception_ptr thrown_;
 
+  FoldedStart foldedStart_;
   TransferClock clock_;
 };
 

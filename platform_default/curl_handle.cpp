@@ -1,5 +1,7 @@
 #include "platform_default/curl_handle.h"
 
+#include <sys/socket.h>
+
 #include <algorithm>
 #include <limits>
 #include <mutex>
@@ -48,11 +50,30 @@ const char* OrNull(const std::string& text) {
   return text.empty() ? nullptr : text.c_str();
 }
 
+/// Where an answer redirects to that curl has not read to its end.
+std::string LocationUrl(CURL* handle) {
+  struct Closer {
+    void operator()(CURLU* url) const { curl_url_cleanup(url); }
+  };
+  curl_header* location = nullptr;
+  if (curl_easy_header(handle, "Location", 0, CURLH_HEADER, -1, &location) != CURLHE_OK) return {};
+  const std::unique_ptr<CURLU, Closer> url(curl_url());
+  const std::string base = TextInfo(handle, CURLINFO_EFFECTIVE_URL);
+  constexpr unsigned lenient = CURLU_URLENCODE | CURLU_ALLOW_SPACE | CURLU_PATH_AS_IS;
+  if (curl_url_set(url.get(), CURLUPART_URL, base.c_str(), lenient) != CURLUE_OK) return {};
+  if (curl_url_set(url.get(), CURLUPART_URL, location->value, lenient) != CURLUE_OK) return {};
+  char* text = nullptr;
+  if (curl_url_get(url.get(), CURLUPART_URL, &text, 0) != CURLUE_OK) return {};
+  const std::string absolute = text;
+  curl_free(text);
+  return absolute;
+}
+
 /// curl takes "Name:" as an order to leave a line out, and "Name;" for a line without a value.
-std::string AsCurlWantsIt(const std::string& line) {
+std::string AsCurlWantsIt(std::string_view line) {
   const std::size_t colon = line.find(':');
-  if (line.find_first_not_of(" \t", colon + 1) != std::string::npos) return line;
-  return line.substr(0, colon) + ";";
+  if (line.find_first_not_of(" \t", colon + 1) != std::string_view::npos) return std::string(line);
+  return std::string(line.substr(0, colon)) + ";";
 }
 
 /// A proxy is asked for plain requests one by one, and some close the connection after each without a word.
@@ -66,17 +87,25 @@ bool NeedsFreshConnection(const OutgoingRequest& request, const ConnectionWay& w
 }
 
 /// The caller's lines, and behind them what keeps curl from adding lines of its own.
-std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool sizeKnown) {
+std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool isChunked) {
   std::vector<std::string> lines;
-  for (const std::string& line : request.headerLines) lines.push_back(AsCurlWantsIt(line));
+  for (const std::string_view line : request.headerLines) lines.push_back(AsCurlWantsIt(line));
   if (!ContainsHeader(request.headerLines, "Accept")) lines.emplace_back("Accept:");
   if (request.asksForCompression) lines.emplace_back("Accept-Encoding: gzip, deflate");
+  if (request.asksForIdentity) lines.emplace_back("Accept-Encoding: identity");
   if (request.method == Method::Get) return lines;
   if (!ContainsHeader(request.headerLines, "Content-Type")) lines.emplace_back("Content-Type:");
   // Waiting for "100 Continue" costs a round trip, or a second where the server does not know it.
   lines.emplace_back("Expect:");
-  if (request.body != nullptr && !sizeKnown) lines.emplace_back("Transfer-Encoding: chunked");
+  if (isChunked) lines.emplace_back("Transfer-Encoding: chunked");
   return lines;
+}
+
+bool IsMadeFor(const HeaderOrder& order, const OutgoingRequest& request, bool isChunked) {
+  return order.method == request.method && order.asksForCompression == request.asksForCompression &&
+         order.isChunked == isChunked &&
+         std::equal(order.lines.begin(), order.lines.end(), request.headerLines.begin(),
+                    request.headerLines.end());
 }
 
 }  // namespace
@@ -151,6 +180,10 @@ void CurlHandle::SetTrust() {
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
 }
 
+const TlsEvents* CurlHandle::WatchedTls(const OutgoingRequest& request) const {
+  return watchesTls_ && request.url.starts_with("https:") ? &tlsEvents_ : nullptr;
+}
+
 CURLcode CurlHandle::OnTlsContext(CURL*, void* context, void* self) {
   auto* tls = static_cast<ssl_ctx_st*>(context);
   if (BelongsToProxy(tls)) return CURLE_OK;
@@ -186,16 +219,18 @@ void CurlHandle::SetProxy() {
 }
 
 void CurlHandle::SetConnectLimit(long milliseconds) {
-  connectLimit_ = milliseconds;
+  if (std::exchange(connectLimit_, milliseconds) == milliseconds) return;
   // The largest value that every part of curl can hold: 24 days.
   constexpr long longest = std::numeric_limits<int>::max();
   curl_easy_setopt(handle_.get(), CURLOPT_CONNECTTIMEOUT_MS, std::min(milliseconds, longest));
 }
 
 void CurlHandle::SetMethod(const OutgoingRequest& request) {
+  const bool isGet = request.method == Method::Get;
+  if (std::exchange(isForGet_, isGet) && isGet) return;
   CURL* handle = handle_.get();
   curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, request.method == Method::Patch ? "PATCH" : nullptr);
-  if (request.method == Method::Get) {
+  if (isGet) {
     curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
     return;
   }
@@ -212,10 +247,14 @@ void CurlHandle::SetMethod(const OutgoingRequest& request) {
 }
 
 void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
-  std::vector<std::string> lines = LinesForCurl(request, exchange_.BodySize().has_value());
-  if (headerList_ != nullptr && lines == headerLines_) return;
+  const bool isChunked = request.body != nullptr && !exchange_.BodySize();
+  if (headerList_ != nullptr && IsMadeFor(headerOrder_, request, isChunked)) return;
+  HeaderOrder order{{request.headerLines.begin(), request.headerLines.end()},
+                    request.method,
+                    request.asksForCompression,
+                    isChunked};
   std::unique_ptr<curl_slist, ListFreer> list;
-  for (const std::string& line : lines) {
+  for (const std::string& line : LinesForCurl(request, isChunked)) {
     curl_slist* longer = curl_slist_append(list.get(), line.c_str());
     if (longer == nullptr) throw std::bad_alloc();
     static_cast<void>(list.release());
@@ -223,12 +262,14 @@ void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
   }
   curl_easy_setopt(handle_.get(), CURLOPT_HTTPHEADER, list.get());
   headerList_ = std::move(list);
-  headerLines_ = std::move(lines);
+  headerOrder_ = std::move(order);
 }
 
 void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
   const bool with = request.authenticationMask != CURLAUTH_NONE;
+  if (!with && !hasLogin_) return;
+  hasLogin_ = with;
   negotiated_ = request.authenticationMask == CURLAUTH_NEGOTIATE;
   curl_easy_setopt(handle, CURLOPT_HTTPAUTH, with ? request.authenticationMask : CURLAUTH_BASIC);
   curl_easy_setopt(handle, CURLOPT_USERNAME, with ? request.user.c_str() : nullptr);
@@ -237,7 +278,8 @@ void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
 
 ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& sink,
                            const du::http::TransportSettings& settings, int* httpStatus) {
-  exchange_.Start({request.body, &sink, request.method == Method::Get, request.asksForCompression},
+  exchange_.Start({request.body, &sink, request.method == Method::Get, request.asksForCompression,
+                   request.asksForIdentity, request.demands, WatchedTls(request)},
                   {settings.stallTimeoutSeconds, settings.firstByteTimeoutSeconds,
                    settings.firstByteAfterBodyTimeoutSeconds});
   SetConnectLimit(settings.connectTimeoutMilliseconds);
@@ -245,7 +287,7 @@ ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& s
   SetHeaderLines(request);
   SetAuthentication(request);
   curl_easy_setopt(handle_.get(), CURLOPT_FRESH_CONNECT,
-                   NeedsFreshConnection(request, session_->way()) ? 1L : 0L);
+                   NeedsFreshConnection(request, session_->way()) || HasUnaskedBytes() ? 1L : 0L);
   curl_easy_setopt(handle_.get(), CURLOPT_URL, request.url.c_str());
   tlsEvents_ = {};
   const ErrorCode result = exchange_.Perform(httpStatus);
@@ -281,6 +323,8 @@ ExchangeEvidence CurlHandle::EvidenceOf(const Origin& origin, ErrorCode code) co
   evidence.origin = origin;
   evidence.code = code;
   evidence.status = exchange_.Status();
+  evidence.isUnclear = exchange_.WasUnclear();
+  evidence.isCodedContent = exchange_.WasCoded();
   evidence.notes = exchange_.Notes();
   evidence.offeredLogins = NumberInfo(handle, CURLINFO_HTTPAUTH_AVAIL);
   evidence.limitRanOut = exchange_.WaitLimitRanOut();
@@ -311,6 +355,7 @@ FailureReport CurlHandle::Explain(const Origin& origin, ErrorCode code) const {
 }
 
 std::string CurlHandle::RedirectUrl() const {
+  if (exchange_.WasCut()) return LocationUrl(handle_.get());
   return TextInfo(handle_.get(), CURLINFO_REDIRECT_URL);
 }
 
@@ -322,10 +367,23 @@ PasswordScheme CurlHandle::DemandedScheme() const {
   return PasswordScheme::Unknown;
 }
 
-bool CurlHandle::IsConnected() const {
+curl_socket_t CurlHandle::KeptSocket() const {
   curl_socket_t socket = CURL_SOCKET_BAD;
-  return curl_easy_getinfo(handle_.get(), CURLINFO_ACTIVESOCKET, &socket) == CURLE_OK &&
-         socket != CURL_SOCKET_BAD;
+  const CURLcode known = curl_easy_getinfo(handle_.get(), CURLINFO_ACTIVESOCKET, &socket);
+  return known == CURLE_OK ? socket : CURL_SOCKET_BAD;
+}
+
+bool CurlHandle::IsConnected() const {
+  return KeptSocket() != CURL_SOCKET_BAD;
+}
+
+// What a server sends between two requests would be read as the answer to the second one, which may be for
+// another document or another user of this process.
+bool CurlHandle::HasUnaskedBytes() const {
+  const curl_socket_t socket = KeptSocket();
+  if (socket == CURL_SOCKET_BAD) return false;
+  char byte = 0;
+  return ::recv(socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
 }
 
 }  // namespace vtdirect::platform

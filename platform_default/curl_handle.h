@@ -5,6 +5,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/http.h"
@@ -17,16 +18,26 @@
 
 namespace vtdirect::platform {
 
-/// One request as it goes out, ready for the wire.
+/// One request as it goes out, ready for the wire. The lines are not owned.
 struct OutgoingRequest {
   du::http::Method method = du::http::Method::Get;
   std::string url;
-  std::vector<std::string> headerLines;
+  std::vector<std::string_view> headerLines;
   du::http::FileSource* body = nullptr;  ///< null for a request without one
   bool asksForCompression = false;       ///< gzip and deflate, to be decoded on the way to the sink
+  bool asksForIdentity = false;          ///< the content as it is; a coded one is refused
+  int demands = 1;                       ///< see ExchangeParts
   long authenticationMask = CURLAUTH_NONE;
   std::string user;
   std::string password;
+};
+
+/// What the header lines that curl is given depend on. Most requests of a handle have the same.
+struct HeaderOrder {
+  std::vector<std::string> lines;
+  du::http::Method method = du::http::Method::Get;
+  bool asksForCompression = false;
+  bool isChunked = false;
 };
 
 /// One easy handle of libcurl with its callbacks, on which exchanges with one origin are performed one after
@@ -64,6 +75,8 @@ class CurlHandle {
   [[nodiscard]] std::string RedirectUrl() const;
   /// How the server took or demanded a password; `Unknown` when it demanded none.
   [[nodiscard]] PasswordScheme DemandedScheme() const;
+  /// Demands for authentication that it met, those included that were answered on the way.
+  [[nodiscard]] int Demands() const { return exchange_.Demands(); }
   /// True when it left a TCP connection open for the next one.
   [[nodiscard]] bool IsConnected() const;
   /// True when the connect limit ended it.
@@ -88,6 +101,9 @@ class CurlHandle {
   CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle);
   static CURLcode OnTlsContext(CURL* handle, void* context, void* self);
   [[nodiscard]] bool CertificateWasRefused() const;
+  [[nodiscard]] curl_socket_t KeptSocket() const;
+  [[nodiscard]] const TlsEvents* WatchedTls(const OutgoingRequest& request) const;
+  [[nodiscard]] bool HasUnaskedBytes() const;
   [[nodiscard]] du::http::FailureReport ExplainIdentity() const;
   [[nodiscard]] ExchangeEvidence EvidenceOf(const Origin& origin, du::http::ErrorCode code) const;
   void SetFixedOptions();
@@ -102,14 +118,17 @@ class CurlHandle {
   std::shared_ptr<OriginSession> session_;  ///< before the handle, which uses its share to the last
   TrustSource trust_;
   std::string passphrase_;
-  bool watchesTls_ = false;                       ///< whether `tlsEvents_` is told anything
+  // What the handle is set to, so that most exchanges change nothing of it.
+  long connectLimit_ = 0;  ///< in milliseconds
+  bool isForGet_ = false;
+  bool hasLogin_ = false;
   bool negotiated_ = false;                       ///< the last exchange carried a login by Negotiate
-  long connectLimit_ = 0;                         ///< of the last exchange, in milliseconds
+  bool watchesTls_ = false;                       ///< whether `tlsEvents_` is told anything
   std::array<char, CURL_ERROR_SIZE> curlText_{};  ///< before the handle, which writes it
   TlsEvents tlsEvents_;    ///< of the last exchange; before the handle, whose connections refer to it
   CurlExchange exchange_;  ///< before the handle, whose end still calls it back
   std::unique_ptr<curl_slist, ListFreer> headerList_;
-  std::vector<std::string> headerLines_;  ///< what `headerList_` was built from
+  HeaderOrder headerOrder_;  ///< what `headerList_` was made for
   std::unique_ptr<CURL, HandleCloser> handle_;
 };
 

@@ -7,10 +7,12 @@
 #include "platform/files.h"
 #include "platform/http.h"
 #include "platform_default/descriptor.h"
+#include "platform_default/temporary_space.h"
 
 namespace du::http {
 
 using vtdirect::platform::CloseDescriptor;
+using vtdirect::platform::MayGrow;
 using vtdirect::platform::WriteAll;
 
 FailoverFileSink::FailoverFileSink(std::size_t memoryLimit) : memoryLimit_(memoryLimit) {}
@@ -42,7 +44,14 @@ ErrorCode FailoverFileSink::Write(const std::uint8_t* data, std::size_t count) {
     buffer_.insert(buffer_.end(), data, data + count);
     return ErrorCode::Done;
   }
-  return WriteAll(descriptor_, data, count) ? ErrorCode::Done : ErrorCode::LocalFileFailure;
+  return WriteToFile(data, count) ? ErrorCode::Done : ErrorCode::LocalFileFailure;
+}
+
+bool FailoverFileSink::WriteToFile(const std::uint8_t* data, std::size_t count) {
+  if (count == 0) return true;
+  if (!MayGrow(descriptor_, written_, count)) return false;
+  written_ += count;
+  return WriteAll(descriptor_, data, count);
 }
 
 ErrorCode FailoverFileSink::OpenFile() {
@@ -53,7 +62,7 @@ ErrorCode FailoverFileSink::OpenFile() {
 }
 
 bool FailoverFileSink::WriteBuffer() {
-  const bool written = WriteAll(descriptor_, buffer_.data(), buffer_.size());
+  const bool written = WriteToFile(buffer_.data(), buffer_.size());
   buffer_.clear();
   return written;
 }

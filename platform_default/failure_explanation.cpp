@@ -166,7 +166,9 @@ FailureReport ExplainBrokenAnswer(const ExchangeEvidence& evidence) {
   if (evidence.status == 0 && isNoHttp) {
     return ReportOf(Detail::NoHttp, {PortOf(evidence), evidence.origin.host});
   }
+  if (evidence.isUnclear) return ReportOf(Detail::AnswerUnclear);
   if (!evidence.notes.unknownCoding().empty()) return ExplainCoding(evidence.notes);
+  if (evidence.isCodedContent) return ReportOf(Detail::ContentCoded);
   switch (evidence.result) {
     case CURLE_UNSUPPORTED_PROTOCOL:
       return ReportOf(Detail::HttpVersionUnknown);

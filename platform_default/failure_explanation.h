@@ -20,6 +20,8 @@ struct ExchangeEvidence {
   Origin origin;                                         ///< where it went
   du::http::ErrorCode code = du::http::ErrorCode::Done;  ///< how it ended
   int status = 0;                                        ///< of its last status line, 0 without one
+  bool isUnclear = false;                                ///< its answer was refused for its length or coding
+  bool isCodedContent = false;                           ///< its answer was refused for being coded
   AnswerNotes notes;
   long offeredLogins = 0;  ///< those of curl's CURLAUTH_ bits that the answer offers
 

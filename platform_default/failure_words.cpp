@@ -29,6 +29,8 @@ constexpr FailureSentence sentences[] = {
     {Detail::WantsHttp, "The server does not speak TLS on port {}, and was asked by https"},
     {Detail::LoginUnknown, "The server offers only ways to log in that are not supported here: {}"},
     {Detail::CodingUnknown, "The server packs its answer by {}, which is not supported here"},
+    {Detail::AnswerUnclear, "The server's answer does not tell clearly where it ends"},
+    {Detail::ContentCoded, "The server packs a content that was asked for as it is"},
     {Detail::TlsTooOld, "The server speaks no version of TLS from 1.2 on"},
     {Detail::TlsNothingInCommon, "The server and this machine have no cipher of TLS in common"},
     {Detail::TlsBrokenOff, "The server closed the connection during the TLS handshake"},

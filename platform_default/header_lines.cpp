@@ -16,14 +16,24 @@ constexpr std::array<std::string_view, 9> transportHeaders{
     "Connection",        "Content-Length", "Expect",          "Host", "Keep-Alive", "TE",
     "Transfer-Encoding", "Upgrade",        "Proxy-Connection"};
 
-bool IsTokenByte(char byte) {
+constexpr ByteTable tokenBytes = TableOf([](char byte) {
   return IsAsciiLetter(byte) || IsAsciiDigit(byte) ||
          std::string_view("!#$%&'*+-.^_`|~").find(byte) != std::string_view::npos;
-}
+});
 
-bool IsValueByte(char byte) {
+constexpr ByteTable valueBytes = TableOf([](char byte) {
   const auto value = static_cast<unsigned char>(byte);
   return byte == '\t' || (value >= 0x20 && value != 0x7F);
+});
+
+bool HoldsOnly(const ByteTable& table, std::string_view text) {
+  return std::all_of(text.begin(), text.end(), [&table](char byte) { return IsIn(table, byte); });
+}
+
+bool ContainsWord(std::string_view text, std::string_view lowerWord) {
+  const auto found = std::search(text.begin(), text.end(), lowerWord.begin(), lowerWord.end(),
+                                 [](char byte, char wanted) { return ToAsciiLower(byte) == wanted; });
+  return found != text.end();
 }
 
 bool IsFitLine(std::string_view line) {
@@ -31,23 +41,22 @@ bool IsFitLine(std::string_view line) {
   if (colon == std::string_view::npos || colon == 0) return false;
   const std::string_view name = line.substr(0, colon);
   const std::string_view value = line.substr(colon + 1);
-  if (!std::all_of(name.begin(), name.end(), IsTokenByte)) return false;
-  if (!std::all_of(value.begin(), value.end(), IsValueByte)) return false;
+  if (!HoldsOnly(tokenBytes, name) || !HoldsOnly(valueBytes, value)) return false;
   return std::none_of(transportHeaders.begin(), transportHeaders.end(),
                       [line](std::string_view reserved) { return HasHeaderName(line, reserved); });
 }
 
 }  // namespace
 
-std::optional<std::vector<std::string>> SplitHeaderLines(std::string_view text) {
-  std::vector<std::string> lines;
+std::optional<std::vector<std::string_view>> SplitHeaderLines(std::string_view text) {
+  std::vector<std::string_view> lines;
   while (!text.empty()) {
     const std::size_t end = std::min(text.find("\r\n"), text.size());
     const std::string_view line = text.substr(0, end);
     text.remove_prefix(std::min(end + 2, text.size()));
     if (line.empty()) continue;
     if (!IsFitLine(line)) return std::nullopt;
-    lines.emplace_back(line);
+    lines.push_back(line);
   }
   return lines;
 }
@@ -71,16 +80,14 @@ bool HasHeaderName(std::string_view line, std::string_view name) {
                     [](char left, char right) { return ToAsciiLower(left) == ToAsciiLower(right); });
 }
 
-bool ContainsHeader(const std::vector<std::string>& lines, std::string_view name) {
+bool ContainsHeader(const std::vector<std::string_view>& lines, std::string_view name) {
   return std::any_of(lines.begin(), lines.end(),
-                     [name](const std::string& line) { return HasHeaderName(line, name); });
+                     [name](std::string_view line) { return HasHeaderName(line, name); });
 }
 
-bool AcceptsJsonOrXml(const std::vector<std::string>& lines) {
-  return std::any_of(lines.begin(), lines.end(), [](std::string line) {
-    if (!HasHeaderName(line, "Accept")) return false;
-    std::transform(line.begin(), line.end(), line.begin(), ToAsciiLower);
-    return line.find("json") != std::string::npos || line.find("xml") != std::string::npos;
+bool AcceptsJsonOrXml(const std::vector<std::string_view>& lines) {
+  return std::any_of(lines.begin(), lines.end(), [](std::string_view line) {
+    return HasHeaderName(line, "Accept") && (ContainsWord(line, "json") || ContainsWord(line, "xml"));
   });
 }
 

@@ -15,8 +15,9 @@ namespace vtdirect::platform {
 /// must not reach the wire: one without a ":", with a name that is no token, or with a control byte in it.
 /// The same holds for the lines that frame a message or steer the connection ("Content-Length",
 /// "Transfer-Encoding", "Host" ...), which are the transport's own.
-/// @return nothing when any line is refused: a request with a part missing is not what the caller meant
-[[nodiscard]] std::optional<std::vector<std::string>> SplitHeaderLines(std::string_view text);
+/// @return the lines, which are parts of the text; nothing when any of them is refused: a request with a part
+///         missing is not what the caller meant
+[[nodiscard]] std::optional<std::vector<std::string_view>> SplitHeaderLines(std::string_view text);
 
 /// Reads a header source to its end. A null source is an empty text.
 /// @return `Done`, the source's own failure, or `ProtocolFailure` for more than 256 KiB
@@ -26,9 +27,9 @@ namespace vtdirect::platform {
 [[nodiscard]] bool HasHeaderName(std::string_view line, std::string_view name);
 
 /// True when one of the lines has the name.
-[[nodiscard]] bool ContainsHeader(const std::vector<std::string>& lines, std::string_view name);
+[[nodiscard]] bool ContainsHeader(const std::vector<std::string_view>& lines, std::string_view name);
 
 /// True when an "Accept" line among them names JSON or XML, alone or in a type of its own ("...+json").
-[[nodiscard]] bool AcceptsJsonOrXml(const std::vector<std::string>& lines);
+[[nodiscard]] bool AcceptsJsonOrXml(const std::vector<std::string_view>& lines);
 
 }  // namespace vtdirect::platform

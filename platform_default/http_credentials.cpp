@@ -59,6 +59,7 @@ std::optional<ProxyCredentials> FindProxyCredentials() {
 
 std::optional<Credentials> FindCredentials(const Origin& origin) {
   const std::lock_guard lock(TheStore().mutex);
+  if (TheStore().byOrigin.empty()) return std::nullopt;
   const auto entry = TheStore().byOrigin.find(origin.Text());
   if (entry == TheStore().byOrigin.end()) return std::nullopt;
   return entry->second;

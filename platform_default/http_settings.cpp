@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "platform_default/origin_registry.h"
+#include "platform_default/temporary_space.h"
 
 namespace du::http {
 namespace {
@@ -46,9 +47,11 @@ void SetTransportSettings(const TransportSettings& settings) {
   takeDefault(&TransportSettings::firstByteAfterBodyTimeoutSeconds);
   takeDefault(&TransportSettings::idleSeconds);
   takeDefault(&TransportSettings::exchangesAtOnce);
+  takeDefault(&TransportSettings::largestTemporaryFile);
   sound.idleConnections = std::max(sound.idleConnections, 0);
   sound.authenticationTries = std::max(sound.authenticationTries, 0);
   sound.redirects = std::max(sound.redirects, 0);
+  vtdirect::platform::SetLargestTemporaryFile(static_cast<std::uint64_t>(sound.largestTemporaryFile));
   if (!Store(sound)) return;
   // Connections and sessions that were made in the earlier way end, after the new one is there.
   vtdirect::platform::OriginRegistry::Instance().EndAllSessions();

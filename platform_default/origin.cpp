@@ -45,8 +45,11 @@ std::optional<std::uint16_t> PortFrom(std::string_view digits) {
 }  // namespace
 
 std::string Origin::Text() const {
-  std::string text = scheme + "://" + host;
-  if (port != StandardPort(scheme)) text += ":" + std::to_string(port);
+  constexpr std::size_t longestPort = 6;  // with its colon
+  std::string text;
+  text.reserve(scheme.size() + 3 + host.size() + longestPort);
+  text.append(scheme).append("://").append(host);
+  if (port != StandardPort(scheme)) text.append(":").append(std::to_string(port));
   return text;
 }
 

@@ -19,14 +19,21 @@ std::shared_ptr<OriginSession> OriginState::Session() {
   std::shared_ptr<SessionShare> share;
   if (!IsHome()) {
     share = home_->Session()->share();
-    if (session_ != nullptr && session_->share() != share) ended = TakeSession();
+    if (session_ != nullptr && shareOfHome_ != share) ended = TakeSession();
+    shareOfHome_ = share;
   }
   if (session_ != nullptr) return session_;
-  if (IsHome()) share = std::make_shared<SessionShare>();
+  if (share == nullptr || !share->Admits(origin_)) share = NewShare();
   // The settings are read under the lock: whoever changes the way sets it first and ends the sessions then,
   // so that no session of the old way can begin in between and stay.
   session_ = std::make_shared<OriginSession>(ConnectionWayTo(home(), origin_), std::move(share));
   return session_;
+}
+
+std::shared_ptr<SessionShare> OriginState::NewShare() const {
+  auto share = std::make_shared<SessionShare>();
+  static_cast<void>(share->Admits(origin_));
+  return share;
 }
 
 OriginState::Handles OriginState::EndSession() {

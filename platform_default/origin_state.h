@@ -19,7 +19,8 @@ namespace vtdirect::platform {
 ///
 /// Where a redirect leads out of an origin, its home, the other origin gets a state of its own for those who
 /// come that way: a server must not be able to send us anywhere with a login that the user has there. Coming
-/// back that way finds it again, and its cookies are those of home, as a single sign-on needs.
+/// back that way finds it again, and its cookies are those of home, as a single sign-on needs, but for another
+/// port of a host that has been there already.
 class OriginState {
  public:
   using Time = std::chrono::steady_clock::time_point;
@@ -68,12 +69,14 @@ class OriginState {
     Handles handles;
   };
   [[nodiscard]] Ended TakeSession();
+  [[nodiscard]] std::shared_ptr<SessionShare> NewShare() const;
 
   const std::shared_ptr<OriginState> home_;
   const Origin origin_;
   std::mutex mutex_;  ///< away from home, home's is taken inside of it and never the other way round
   std::shared_ptr<OriginSession> session_;
-  std::vector<Idle> idle_;  ///< in the order of their last use
+  std::shared_ptr<SessionShare> shareOfHome_;  ///< away from home, of home's session when this one began
+  std::vector<Idle> idle_;                     ///< in the order of their last use
 };
 
 }  // namespace vtdirect::platform

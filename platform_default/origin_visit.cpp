@@ -11,12 +11,12 @@ namespace vtdirect::platform {
 using du::http::ErrorCode;
 using du::http::FailureDetail;
 
-VisitRules RulesFor(const du::http::TransportSettings& settings, bool mayWait) {
+VisitRules RulesFor(du::http::TransportSettings settings, bool mayWait) {
   // More than this can't be added to a time of the clock.
   constexpr long longest = 100L * 365 * 24 * 60 * 60;
   const std::chrono::seconds connecting(std::min(settings.connectTimeoutMilliseconds / 1000, longest));
   const std::chrono::seconds answering(std::min(settings.firstByteTimeoutSeconds, longest));
-  return {settings, mayWait, std::chrono::steady_clock::now() + connecting + answering};
+  return {std::move(settings), mayWait, std::chrono::steady_clock::now() + connecting + answering};
 }
 
 OriginVisit::OriginVisit(std::shared_ptr<OriginState> state, const VisitRules& rules)

@@ -23,7 +23,7 @@ struct VisitRules {
 };
 
 /// The rules for a request that begins now.
-[[nodiscard]] VisitRules RulesFor(const du::http::TransportSettings& settings, bool mayWait);
+[[nodiscard]] VisitRules RulesFor(du::http::TransportSettings settings, bool mayWait);
 
 /// The exchanges of one request with one origin: takes part in the origin's session, takes a handle when one
 /// is needed, keeps it from one try to the next, and gives it back at its end. One thread.
@@ -58,6 +58,8 @@ class OriginVisit {
   [[nodiscard]] PasswordScheme KnownScheme() const { return session_->passwordScheme(); }
   /// Keeps for all how the server takes a password, if the last answer has shown it, and gives it.
   PasswordScheme LearnScheme();
+  /// Demands for authentication that the last exchange met, those included that it answered by itself.
+  [[nodiscard]] int Demands() const { return handle_->Demands(); }
   /// Where the last answer redirects to; empty when it does not.
   [[nodiscard]] std::string RedirectUrl() const { return handle_->RedirectUrl(); }
 

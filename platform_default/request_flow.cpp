@@ -1,5 +1,6 @@
 #include "platform_default/request_flow.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/trace.h"
@@ -16,6 +17,9 @@ using du::http::Method;
 namespace {
 
 constexpr int unauthorized = 401;
+/// Demands of one exchange that are no further try: the first, which only tells how to log in, and the last,
+/// which is the answer.
+constexpr int freeDemands = 2;
 
 /// The redirects that a GET may follow; the other 3xx statuses are answers in their own right.
 bool IsRedirect(int status) {
@@ -28,6 +32,11 @@ bool IsKnown(Method method) {
 
 const char* OrEmpty(const char* text) {
   return text == nullptr ? "" : text;
+}
+
+/// The bytes of a content are a user's file, and of those of another kind nobody says how to read them.
+bool AsksForContent(const std::vector<std::string>& lines) {
+  return !ContainsHeader(lines, "Accept-Encoding") && !AcceptsJsonOrXml(lines);
 }
 
 void TraceFailure(const Origin& origin, const std::string& sentence) {
@@ -65,6 +74,7 @@ ErrorCode RequestFlow::Run(int* httpStatus) {
       return result;
     }
     LearnScheme();
+    CountDemands(status);
     if (!FollowsUp(status)) {
       HasFinalAnswer();
       TellWhatWasFound();
@@ -98,11 +108,10 @@ void RequestFlow::HasFinalAnswer() {
 }
 
 ErrorCode RequestFlow::ReadHeaders() {
-  std::string text;
-  const ErrorCode read = ReadHeaderText(request_.headers, &text);
+  const ErrorCode read = ReadHeaderText(request_.headers, &callerText_);
   if (read != ErrorCode::Done) return read;
   auto client = SplitHeaderLines(OrEmpty(auth_.header));
-  auto caller = SplitHeaderLines(text);
+  auto caller = SplitHeaderLines(callerText_);
   if (!client || !caller) return ErrorCode::ProtocolFailure;
   clientLines_ = std::move(*client);
   callerLines_ = std::move(*caller);
@@ -114,17 +123,20 @@ OutgoingRequest RequestFlow::MakeOutgoing() {
   outgoing.method = request_.method;
   outgoing.url = origin_.Text() + target_;
   outgoing.body = body_;
+  outgoing.headerLines.reserve(clientLines_.size() + callerLines_.size() + 1);
   outgoing.headerLines = clientLines_;
-  for (const std::string& line : callerLines_) {
+  for (const std::string_view line : callerLines_) {
     // A nonce or any other line of the caller's speaks to the server it was made for, and to no other.
     if (place_ != Place::Foreign || HasHeaderName(line, "Accept")) outgoing.headerLines.push_back(line);
   }
   outgoing.asksForCompression = AsksForCompression(outgoing.headerLines);
+  outgoing.asksForIdentity = request_.method == Method::Get && AsksForContent(outgoing.headerLines);
+  outgoing.demands = triesLeft_ + freeDemands;
   AddCredentials(&outgoing);
   return outgoing;
 }
 
-bool RequestFlow::AsksForCompression(const std::vector<std::string>& lines) const {
+bool RequestFlow::AsksForCompression(const std::vector<std::string_view>& lines) const {
   return rules_.settings.compressedAnswers && !ContainsHeader(lines, "Accept-Encoding") &&
          !ContainsHeader(lines, "Range") && AcceptsJsonOrXml(lines);
 }
@@ -137,7 +149,8 @@ void RequestFlow::AddCredentials(OutgoingRequest* outgoing) {
   switch (credentials->kind) {
     case CredentialKind::Token:
       carried_ = Carried::Token;
-      outgoing->headerLines.push_back("Authorization: Bearer " + credentials->secret);
+      tokenLine_ = "Authorization: Bearer " + credentials->secret;
+      outgoing->headerLines.push_back(tokenLine_);
       break;
     case CredentialKind::Negotiate:
       carried_ = Carried::Negotiate;
@@ -181,6 +194,13 @@ void RequestFlow::LearnScheme() {
   if (place_ == Place::Foreign) return;
   const PasswordScheme shown = at_->LearnScheme();
   if (shown != PasswordScheme::Unknown) demanded_ = shown;
+}
+
+// Those that an exchange has followed up by itself count like the others: a server that calls each login
+// stale would be logged in to without end.
+void RequestFlow::CountDemands(int status) {
+  const int followed = at_->Demands() - (status == unauthorized ? freeDemands : 1);
+  triesLeft_ = std::max(0, triesLeft_ - std::max(0, followed));
 }
 
 PasswordScheme RequestFlow::KnownScheme() const {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/http.h"
@@ -41,13 +42,14 @@ class RequestFlow {
   /// Traces what the last exchange failed on, if that is known, and tells it to the caller.
   void TellWhatWasFound() const;
   [[nodiscard]] OutgoingRequest MakeOutgoing();
-  [[nodiscard]] bool AsksForCompression(const std::vector<std::string>& lines) const;
+  [[nodiscard]] bool AsksForCompression(const std::vector<std::string_view>& lines) const;
   void AddCredentials(OutgoingRequest* outgoing);
   void AddPassword(Credentials credentials, OutgoingRequest* outgoing);
   [[nodiscard]] std::optional<Credentials> StandingCredentials() const;
   [[nodiscard]] PasswordScheme KnownScheme() const;
   [[nodiscard]] Carried PasswordRoad(PasswordScheme scheme, bool hasBody) const;
   void LearnScheme();
+  void CountDemands(int status);
 
   [[nodiscard]] bool MayFollowUp(int status) const;
   [[nodiscard]] bool FollowsUp(int status);
@@ -71,8 +73,10 @@ class RequestFlow {
   std::optional<OriginVisit> abroad_;  ///< where a redirect has led to, while that is another origin
   OriginVisit* at_ = &visit_;          ///< the one of these three that goes on
 
-  std::vector<std::string> clientLines_;
-  std::vector<std::string> callerLines_;
+  std::string callerText_;  ///< what the caller's lines are parts of
+  std::vector<std::string_view> clientLines_;
+  std::vector<std::string_view> callerLines_;
+  std::string tokenLine_;  ///< of the last try, when that carried a token
   Origin origin_;
   std::string target_;
   Place place_ = Place::Home;

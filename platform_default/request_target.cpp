@@ -9,11 +9,16 @@ bool IsEscape(std::string_view uri, std::size_t at) {
   return uri.size() - at > 2 && HexadecimalValue(uri[at + 1]) >= 0 && HexadecimalValue(uri[at + 2]) >= 0;
 }
 
+constexpr bool FitsAnywhere(char byte) {
+  const auto value = static_cast<unsigned char>(byte);
+  return value > 0x20 && value < 0x7F &&
+         std::string_view("\"<>\\^`{|}#%").find(byte) == std::string_view::npos;
+}
+
+constexpr ByteTable fitting = TableOf(FitsAnywhere);
+
 bool FitsRequestLine(std::string_view uri, std::size_t at) {
-  const auto value = static_cast<unsigned char>(uri[at]);
-  if (value <= 0x20 || value >= 0x7F) return false;
-  if (uri[at] == '%') return IsEscape(uri, at);
-  return std::string_view("\"<>\\^`{|}#").find(uri[at]) == std::string_view::npos;
+  return IsIn(fitting, uri[at]) || (uri[at] == '%' && IsEscape(uri, at));
 }
 
 }  // namespace
@@ -23,11 +28,10 @@ std::string RequestTarget(std::string_view uri) {
   target.reserve(uri.size() + 1);
   if (uri.empty() || uri.front() != '/') target += '/';
   for (std::size_t at = 0; at < uri.size(); ++at) {
-    if (FitsRequestLine(uri, at)) {
-      target += uri[at];
-    } else {
-      AppendPercentEscaped(uri[at], &target);
-    }
+    const std::size_t begin = at;
+    while (at < uri.size() && FitsRequestLine(uri, at)) ++at;
+    target.append(uri, begin, at - begin);
+    if (at < uri.size()) AppendPercentEscaped(uri[at], &target);
   }
   return target;
 }

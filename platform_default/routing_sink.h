@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <optional>
+#include <vector>
 
 #include "platform/http.h"
 
@@ -9,9 +11,9 @@ namespace vtdirect::platform {
 
 /// Stands between an exchange and the caller's sink.
 ///
-/// An answer that may yet be followed by a further try is held back, in memory at first and then in a
-/// temporary file that goes with this object; any other goes straight through. So the caller's sink is begun
-/// once, whatever number of tries it took.
+/// An answer that may yet be followed by a further try is held back in memory: it is no success, and of those
+/// little is kept (RefusalSink). Any other goes straight through. So the caller's sink is begun once, whatever
+/// number of tries it took.
 class RoutingSink final : public du::http::FileSink {
  public:
   using HoldBack = std::function<bool(int httpStatus)>;
@@ -30,12 +32,11 @@ class RoutingSink final : public du::http::FileSink {
   [[nodiscard]] du::http::ErrorCode Deliver();
 
  private:
-  [[nodiscard]] du::http::ErrorCode DeliverFrom(du::http::FileSource& source);
   du::http::FileSink* target_;
   HoldBack holdBack_;
   int httpStatus_ = 0;
   std::optional<std::uint64_t> expectedLength_;
-  std::optional<du::http::FailoverFileSink> held_;
+  std::optional<std::vector<std::uint8_t>> held_;
 };
 
 }  // namespace vtdirect::platform

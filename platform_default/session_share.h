@@ -3,8 +3,13 @@
 #include <curl/curl.h>
 
 #include <array>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <string>
+
+#include "platform_default/origin.h"
 
 namespace vtdirect::platform {
 
@@ -12,13 +17,17 @@ namespace vtdirect::platform {
 /// origin has it together with the sessions of those that its redirects lead to: whom a server sends to a
 /// login for its whole domain comes back with a cookie that counts at both.
 ///
-/// A cookie goes where its host or domain allows it, to every port there. A TLS session goes to the host and
-/// port that gave it, and to no other. Any thread.
+/// A cookie goes where its host or domain allows it, but never to another port of the host that it came from:
+/// another port may be another user's server. curl knows no ports of cookies, so of each host only one port
+/// gets in. A TLS session goes to the host and port that gave it, and to no other. Any thread.
 class SessionShare {
  public:
   SessionShare();
   SessionShare(const SessionShare&) = delete;
   SessionShare& operator=(const SessionShare&) = delete;
+
+  /// Whether the sessions of this origin may have it too. The first port of a host that asks gets in.
+  [[nodiscard]] bool Admits(const Origin& origin);
 
   /// For CURLOPT_SHARE. Null when curl has no memory for it: then each handle has its own.
   [[nodiscard]] CURLSH* forCurl() const { return share_.get(); }
@@ -30,6 +39,8 @@ class SessionShare {
   static void Lock(CURL* handle, curl_lock_data data, curl_lock_access access, void* self);
   static void Unlock(CURL* handle, curl_lock_data data, void* self);
 
+  std::mutex portsMutex_;
+  std::map<std::string, std::uint16_t> ports_;           ///< by host
   std::array<std::mutex, CURL_LOCK_DATA_LAST> mutexes_;  ///< one for each kind of data that curl locks
   std::unique_ptr<CURLSH, Closer> share_;
 };

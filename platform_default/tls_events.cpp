@@ -24,10 +24,12 @@ TlsEvents* EventsOf(const SSL* connection) {
 }
 
 void OnState(const SSL* connection, int where, int alert) {
-  if ((where & SSL_CB_ALERT) == 0 || (alert >> 8) != SSL3_AL_FATAL) return;
+  if ((where & SSL_CB_ALERT) == 0) return;
   TlsEvents* events = EventsOf(connection);
   if (events == nullptr) return;
   const bool isRead = (where & SSL_CB_READ) != 0;
+  if (isRead && (alert & 0xFF) == SSL_AD_CLOSE_NOTIFY) events->closed = true;
+  if ((alert >> 8) != SSL3_AL_FATAL) return;
   (isRead ? events->fatalAlert : events->ownAlert) = alert & 0xFF;
 }
 

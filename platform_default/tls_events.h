@@ -20,6 +20,7 @@ struct TlsEvents {
   bool begun = false;             ///< a handshake was about to begin
   bool certificateAsked = false;  ///< it asked for a client certificate
   std::optional<int> fatalAlert;  ///< the number of the alert with which it ended the connection
+  bool closed = false;            ///< it has closed the TLS connection as it should be
   std::optional<int> ownAlert;    ///< of the alert with which this side did
   CertificateFault fault;
   /// The hosts that its certificate is for: "a.example, b.example"; empty for one that names none.

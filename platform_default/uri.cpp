@@ -10,9 +10,12 @@ namespace du {
 namespace {
 
 using vtdirect::platform::AppendPercentEscaped;
+using vtdirect::platform::ByteTable;
 using vtdirect::platform::HexadecimalValue;
 using vtdirect::platform::IsAsciiDigit;
 using vtdirect::platform::IsAsciiLetter;
+using vtdirect::platform::IsIn;
+using vtdirect::platform::TableOf;
 
 struct Range {
   std::size_t position = std::string::npos;
@@ -24,10 +27,10 @@ struct UriParts {
   Range scheme, user, password, host, port, path, query, fragment;
 };
 
-bool IsUnreserved(char byte) {
+constexpr ByteTable unreserved = TableOf([](char byte) {
   return IsAsciiLetter(byte) || IsAsciiDigit(byte) || byte == '-' || byte == '.' || byte == '_' ||
          byte == '~';
-}
+});
 
 Range Between(std::size_t begin, std::size_t end) {
   return {begin, end - begin};
@@ -133,8 +136,10 @@ Range PartOf(const UriParts& parts, URIPart part) {
 void URI_Escape(std::string* out, const std::string& in, std::size_t position, std::size_t count) {
   std::string escaped;
   if (position < in.size()) {
-    for (const char byte : std::string_view(in).substr(position, count)) {
-      if (IsUnreserved(byte)) {
+    const std::string_view part = std::string_view(in).substr(position, count);
+    escaped.reserve(part.size());
+    for (const char byte : part) {
+      if (IsIn(unreserved, byte)) {
         escaped += byte;
       } else {
         AppendPercentEscaped(byte, &escaped);

@@ -26,6 +26,10 @@ void SetAppConfig(ConfigItem item, const char* value) {
       return SetBrowseDynamicDocuments(value);
     case ConfigBrowseCadDocuments:
       return SetBrowseCadDocuments(value);
+    case ConfigLargestJson:
+      return SetLargestJson(value);
+    case ConfigLongestJsonText:
+      return SetLongestJsonText(value);
   }
 }
 

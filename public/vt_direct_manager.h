@@ -128,6 +128,13 @@ enum ConfigItem : std::int32_t {
   ConfigTempWorkspaceDescription = 6,  ///< their description; empty means "ZVK Fenloom temporary workspace"
   ConfigBrowseDynamicDocuments = 7,    ///< flag, initially on: look at dynamic documents
   ConfigBrowseCadDocuments = 8,        ///< flag, initially off: look at CAD documents
+  /// Longest JSON answer that is read into memory as a whole, as a decimal number of bytes; a longer one is
+  /// broken. In memory it takes up to sixteen times as much. Empty means 67108864 (64 MiB). A listing that is
+  /// handed on row by row may be longer.
+  ConfigLargestJson = 9,
+  /// Longest text within a JSON answer, as a decimal number of bytes; an answer with a longer one is broken
+  /// from there on. Empty means 16777216 (16 MiB).
+  ConfigLongestJsonText = 10,
 };
 
 /// Number and name of a document in a listing. Valid during the callback only.
@@ -448,6 +455,11 @@ VTDIRECT_API bool GetFileDownloadURL(const char* path, std::string& url, std::st
 /// A VFS path names a new document and never overwrites one; a UID gets a new iteration, or, when it is that
 /// of a working copy, the file is stored into the checkout. A checkout in a temporary workspace is checked in
 /// behind the store without being asked to.
+///
+/// A document of the name in another folder counts as the path's where the server has no other of that name,
+/// so a new one is refused. A version behind the name is looked for with it and is not part of a new
+/// document's name: a path with one that no document has ("fork.lxz|-.0") creates the document all the same. A
+/// host that does so has looked into the folder before.
 ///
 /// `status` is called at most once: StatusOk with the UID of the result; StatusConnectFailed when the server
 /// does not answer; StatusCreateFailed, StatusUpdateFailed or StatusCheckedOutUpdateFailed by what was tried;

@@ -68,7 +68,7 @@ bool DownloadDocument(ServerContext& server, const char* id, const char* localPa
 std::uint16_t DownloadPrimaryContent(ServerContext& server, const DocumentRecord& record,
                                      const char* localPath, du::http::ProgressFunction progress) {
   if (record.contentSections.empty() || record.contentSections.front().contentUrl.empty()) return 0;
-  const auto [base, path] = SplitUrlAtPath(record.contentSections.front().contentUrl.front());
+  const auto [base, path] = SplitContentUrl(record.contentSections.front().contentUrl.front());
   const auto side = server.MakeSideConnection(base);
   if (side == nullptr) return 0;
   return side->DownloadToFile(path.c_str(), "", localPath, std::move(progress));

@@ -1,5 +1,7 @@
 #include "documents/reading/document_reads.h"
 
+#include <array>
+#include <cstddef>
 #include <utility>
 
 #include "base/failure_trace.h"
@@ -12,6 +14,20 @@ namespace {
 
 constexpr const char* documentsPath = "servlet/rest/v1/dkm/documents/";
 
+/// A document with room for the usual answer, which is then read without asking for memory.
+class RoomyDocument {
+ public:
+  RoomyDocument() : allocator_(room_.data(), room_.size()), document_(&allocator_, stackBytes) {}
+  [[nodiscard]] rapidjson::Document& get() { return document_; }
+
+ private:
+  static constexpr std::size_t stackBytes = 4096;
+
+  alignas(std::max_align_t) std::array<char, 16384> room_;
+  rapidjson::Document::AllocatorType allocator_;
+  rapidjson::Document document_;
+};
+
 }  // namespace
 
 Status ReadDocument(ServerContext& server, const std::string& id, DocumentRecord& record) {
@@ -21,8 +37,10 @@ Status ReadDocument(ServerContext& server, const std::string& id, DocumentRecord
   if (!response.succeeded()) {
     return response.errorCode() != du::http::ErrorCode::Done ? ConnectionFailed : Refused;
   }
-  rapidjson::Document document;
-  if (ParseJsonResponse(response, document) && !ReadDocumentRecord(document, record)) response.ReportBroken();
+  RoomyDocument room;
+  rapidjson::Document& document = room.get();
+  if (ParseJsonInResponse(response, document) && !ReadDocumentRecord(document, record))
+    response.ReportBroken();
   return Ok;
 }
 

@@ -91,16 +91,24 @@ Status TraceTooLarge() {
   return TooLarge;
 }
 
+// What was staged, and where.
+struct StagedBody {
+  const std::string& file;
+  std::string contentType;
+  std::size_t fileCount;  ///< those included that could not be opened
+  StreamIndex streams;
+};
+
 // Sends the staged body over a connection of its own, even when it leads to the same server.
-Status PostBody(ServerContext& server, const std::string& uploadUrl, const std::string& bodyFile,
-                const StreamIndex& streams, std::size_t count, std::vector<UploadedContent>& contents,
-                du::http::ProgressFunction progress) {
+Status PostBody(ServerContext& server, const std::string& uploadUrl, const StagedBody& staged,
+                std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
   const auto [base, path] = SplitUrlAtPath(uploadUrl);
+  const FailureMark mark;
   const auto side = server.MakeSideConnection(base);
-  if (side == nullptr) return TraceRefusal({FailureKind::AnswerBroken}, -1, {});
+  if (side == nullptr) return TraceRefusal(FollowsOr(mark, FailureKind::AnswerBroken), -1, {});
   const std::string nonce = server.CsrfHeader();
-  RestStream response(MakeRestRequest(side, du::http::Method::Post, path.c_str(), bodyFile.c_str(),
-                                      multipartContentType, nonce.c_str()),
+  RestStream response(MakeRestRequest(side, du::http::Method::Post, path.c_str(), staged.file.c_str(),
+                                      staged.contentType.c_str(), nonce.c_str()),
                       std::move(progress));
   rapidjson::Document answer;
   if (!response.succeeded() || !ParseJsonResponse(response, answer)) {
@@ -108,8 +116,8 @@ Status PostBody(ServerContext& server, const std::string& uploadUrl, const std::
                ? TraceTooLarge()
                : TraceRefusal(Follows(), response.status(), response.errorText());
   }
-  contents.assign(count, {});
-  ReadReceipts(answer, streams, contents);
+  contents.assign(staged.fileCount, {});
+  ReadReceipts(answer, staged.streams, contents);
   if (FindArray(answer, "contentInfos") == nullptr) response.ReportBroken();
   return Ok;
 }
@@ -131,8 +139,8 @@ Status UploadContents(ServerContext& server, const std::vector<std::string>& pat
   WriteDescriptors(body, ticket, paths.size());
   const StreamIndex streams = WriteFiles(body, ticket, paths);
   if (!body.Finish()) return TraceNotStaged(bodyFile.path());
-  return PostBody(server, ticket.uploadUrl, bodyFile.path(), streams, paths.size(), contents,
-                  std::move(progress));
+  const StagedBody staged{bodyFile.path(), body.ContentType(), paths.size(), streams};
+  return PostBody(server, ticket.uploadUrl, staged, contents, std::move(progress));
 }
 
 Status UploadPaths(ServerContext& server, const std::vector<const char*>& paths,

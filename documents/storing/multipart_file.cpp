@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <random>
 #include <system_error>
 #include <vector>
 
@@ -15,7 +16,6 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-constexpr std::string_view boundary = "xxxxxxxxxxxxxxxxxxx-Fenloom-VtDirect-Upload-Boundary";
 /// Fits into a processor's large caches, out of which the second half of the copy is taken. Measured: half as
 /// much and twice as much are both slower.
 constexpr std::size_t copyBufferSize = 1024 * 1024;
@@ -39,11 +39,33 @@ bool IsDirectory(const char* localPath) {
   return localPath != nullptr && std::filesystem::is_directory(localPath, error);
 }
 
+// As long as the usual one, and with a random beginning.
+std::string RandomBoundary() {
+  constexpr std::string_view digits = "0123456789abcdef";
+  std::string boundary(usualBoundary);
+  std::random_device random;
+  for (std::size_t at = 0; boundary[at] == 'x'; ++at) boundary[at] = digits[random() % digits.size()];
+  return boundary;
+}
+
+bool IsInFile(const std::string& path, const std::string& boundary) {
+  const std::unique_ptr<std::FILE, FileCloser> file(du::FileSystem::lxfopen(path.c_str(), "rb"));
+  BoundarySearch search(boundary);
+  std::vector<char> buffer(copyBufferSize);
+  while (file != nullptr && !search.Found()) {
+    const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), file.get());
+    if (count == 0) break;
+    search.Take({buffer.data(), count});
+  }
+  return search.Found();
+}
+
 }  // namespace
 
 // Not "wb": file systems write a truncated file out to the disk as soon as it is closed, lest a crash leave
 // nothing of the old one or the new. This file is gone after the request, mostly before it had to be written.
-MultipartFile::MultipartFile(const std::string& path) : file_(du::FileSystem::lxfopen(path.c_str(), "ab")) {
+MultipartFile::MultipartFile(const std::string& path)
+    : path_(path), file_(du::FileSystem::lxfopen(path.c_str(), "ab")) {
   // A stream's buffer would split each piece of a file in two.
   if (file_ != nullptr) std::setvbuf(file_, nullptr, _IONBF, 0);
 }
@@ -85,12 +107,13 @@ bool MultipartFile::Finish() {
   // A disk across the network tells only here that it was full.
   broken_ = std::fclose(file_) != 0 || broken_;
   file_ = nullptr;
-  return !broken_;
+  return !broken_ && (!search_.Found() || ChangeBoundary());
 }
 
 void MultipartFile::AddBoundary() {
   AddText("\r\n--");
-  AddText(boundary);
+  boundaries_.push_back(length_);
+  AddText(boundary_);
 }
 
 void MultipartFile::CopyFrom(std::FILE* source) {
@@ -100,6 +123,7 @@ void MultipartFile::CopyFrom(std::FILE* source) {
   if (length > 0 && !broken_) ReserveDiskSpace(file_, length_, length);
   std::uint64_t copied = 0;
   std::vector<char> buffer(copyBufferSize);
+  search_.Restart();
   while (!broken_) {
     // Up to the body's next multiple of a piece: the file system keeps such a piece in one, and would else
     // keep each as a dozen smaller ones.
@@ -107,9 +131,29 @@ void MultipartFile::CopyFrom(std::FILE* source) {
     const std::size_t count = std::fread(buffer.data(), 1, wanted, source);
     if (count == 0) break;
     AddText({buffer.data(), count});
+    search_.Take({buffer.data(), count});
     copied += count;
   }
   broken_ = broken_ || std::ferror(source) != 0 || copied < length;
+}
+
+// In place: a source may be a pipe, which can't be read a second time.
+bool MultipartFile::ChangeBoundary() {
+  do {
+    boundary_ = RandomBoundary();
+  } while (IsInFile(path_, boundary_));
+  return WriteBoundaries();
+}
+
+bool MultipartFile::WriteBoundaries() {
+  std::unique_ptr<std::FILE, FileCloser> file(du::FileSystem::lxfopen(path_.c_str(), "r+b"));
+  if (file == nullptr) return false;
+  bool written = true;
+  for (const std::uint64_t position : boundaries_) {
+    written = written && std::fseek(file.get(), static_cast<long>(position), SEEK_SET) == 0 &&
+              std::fwrite(boundary_.data(), 1, boundary_.size(), file.get()) == boundary_.size();
+  }
+  return std::fclose(file.release()) == 0 && written;
 }
 
 }  // namespace lxservices::cms_interface::vantry

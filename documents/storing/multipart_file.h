@@ -4,16 +4,20 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "documents/storing/boundary_search.h"
 
 namespace lxservices::cms_interface::vantry {
 
-/// The content type of the multipart body, with its boundary. Nothing checks that the boundary does not occur
-/// in a file.
-inline constexpr const char* multipartContentType =
-    "multipart/form-data; boundary=xxxxxxxxxxxxxxxxxxx-Fenloom-VtDirect-Upload-Boundary";
+/// The boundary of every multipart body, but for one with a file that holds it.
+inline constexpr std::string_view usualBoundary = "xxxxxxxxxxxxxxxxxxx-Fenloom-VtDirect-Upload-Boundary";
 
 /// Writes a multipart body into a file, part by part, with no file held in memory. The body begins with a CR
 /// LF and ends without one.
+///
+/// A server ends a part where it finds the boundary, so a file that holds it would be stored up to there and
+/// no further. Such a body gets another boundary, which no file in it holds.
 ///
 /// After the first error nothing more is written: a full disk, or a local file that cannot be read to the end
 /// it had, leaves a body without its closing line, which no server takes for a whole one. Finish tells of it,
@@ -37,12 +41,20 @@ class MultipartFile {
   /// Writes the closing line and closes the file.
   /// @return whether every byte has reached the file
   [[nodiscard]] bool Finish();
+  /// The content type of the body, with its boundary. Known after Finish.
+  [[nodiscard]] std::string ContentType() const { return "multipart/form-data; boundary=" + boundary_; }
 
  private:
   void AddBoundary();
   void CopyFrom(std::FILE* source);
+  [[nodiscard]] bool ChangeBoundary();
+  [[nodiscard]] bool WriteBoundaries();
 
+  const std::string path_;
   std::FILE* file_;
+  std::string boundary_{usualBoundary};
+  std::vector<std::uint64_t> boundaries_;  ///< where they are in the file
+  BoundarySearch search_{usualBoundary};
   std::uint64_t length_ = 0;
   bool broken_ = false;
 };

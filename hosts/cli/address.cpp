@@ -28,15 +28,11 @@ namespace {
 
 }  // namespace
 
-std::optional<Failure> ClassifyAddress(const std::string& address, AddressKind& kind) {
+Result<AddressKind> ClassifyAddress(const std::string& address) {
   const std::string scheme = VtDirectManager::GetVFSLocationPrefix();
-  if (VtDirectManager::IsUID(address.c_str())) {
-    kind = AddressKind::Uid;
-    return std::nullopt;
-  }
+  if (VtDirectManager::IsUID(address.c_str())) return AddressKind::Uid;
   if (address.starts_with(scheme + "://") || IsBarePath(address)) {
-    kind = AddressKind::Path;
-    if (!NicknameOf(address).empty()) return std::nullopt;
+    if (!NicknameOf(address).empty()) return AddressKind::Path;
     return Unusable(address, "names no server: a path is " + scheme + "://NICK/... or //NICK/...");
   }
   if (VtDirectManager::IsManaged(address.c_str()) && !VtDirectManager::IsVFSPath(address.c_str())) {
@@ -58,9 +54,8 @@ std::optional<Failure> RequireListedServer(const std::string& address, AddressKi
   const std::string name = kind == AddressKind::Path
                                ? "no server \"" + NicknameOf(address) + "\""
                                : "the server of this UID, " + ServerOf(address) + ", is not listed";
-  return Failure{ExitCode::ServerNotListed, name + (kind == AddressKind::Path ? " is listed" : "") +
-                                                "; list it with --server " + ServerHint(address, kind) +
-                                                " or in the configuration file"};
+  return Failure{ExitCode::ServerNotListed, name + (kind == AddressKind::Path ? " is listed" : ""),
+                 "list it with --server " + ServerHint(address, kind) + " or in the configuration file"};
 }
 
 bool IsById(const std::string& address, AddressKind kind) {
@@ -78,9 +73,11 @@ std::string WithClosingSlash(const std::string& path) {
   return path.ends_with('/') ? path : path + '/';
 }
 
-std::optional<Failure> RequireAddress(const std::string& address, AddressKind& kind) {
-  if (auto failure = ClassifyAddress(address, kind)) return failure;
-  return RequireListedServer(address, kind);
+Result<AddressKind> RequireAddress(const std::string& address) {
+  const auto kind = ClassifyAddress(address);
+  if (!kind) return kind;
+  if (auto failure = RequireListedServer(address, *kind)) return *failure;
+  return kind;
 }
 
 std::string FileNameOf(const std::string& address) {

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/result.h"
 
 namespace vtdirect_cli {
 
@@ -11,7 +11,7 @@ enum class AddressKind { Path, Uid };
 
 /// Which family the address is of.
 /// @return a usage failure that tells what is wrong with a text that is of neither
-[[nodiscard]] std::optional<Failure> ClassifyAddress(const std::string& address, AddressKind& kind);
+[[nodiscard]] Result<AddressKind> ClassifyAddress(const std::string& address);
 
 /// What a "NICK=URL" would have to be for the server of this address to be found, as far as the address
 /// tells.
@@ -34,7 +34,7 @@ enum class AddressKind { Path, Uid };
 
 /// ClassifyAddress and RequireListedServer in one.
 /// @return a failure for a malformed address and an unlisted server
-[[nodiscard]] std::optional<Failure> RequireAddress(const std::string& address, AddressKind& kind);
+[[nodiscard]] Result<AddressKind> RequireAddress(const std::string& address);
 
 /// The file name of the object, escaped as in a path; empty when it can't be found out. Makes requests when
 /// the text itself holds no name.

@@ -7,13 +7,69 @@
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/network_failures.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
 
-[[nodiscard]] std::string WithHint(const std::string& message, const std::string& hint) {
-  return hint.empty() ? message : message + " (" + hint + ")";
+using VtDirectManager::FailureKind;
+
+constexpr int kFirstOfServerErrors = 500;
+
+[[nodiscard]] bool IsServerError(const Reason& reason) {
+  return reason.kind == FailureKind::Refused && reason.httpStatus >= kFirstOfServerErrors;
+}
+
+// Whether the content was on its way: the object was found by then.
+[[nodiscard]] bool IsOfContent(const Reason& reason) {
+  return reason.step == "download" || reason.step == "download the content";
+}
+
+// That nothing was found is what the message says; what the server said of it may tell more.
+[[nodiscard]] std::string WithWordsOf(const std::string& message, const std::optional<Reason>& reason) {
+  const bool tellsMore = reason && (reason->kind != FailureKind::NotFound || !reason->serverText.empty());
+  if (!tellsMore) return message;
+  // What is known of the way to the server tells more than what the operation says that failed for it.
+  const std::string hint = NetworkHint(reason);
+  return message + " (" + (hint.empty() ? WordsOf(*reason) : hint) + ")";
+}
+
+// Whether a server that gave this answer can be used: it knows what it is asked.
+[[nodiscard]] bool IsOfUsableServer(const Reason& reason) {
+  return reason.kind == FailureKind::Conflict || reason.kind == FailureKind::TooLarge ||
+         reason.kind == FailureKind::Ambiguous || reason.kind == FailureKind::Cancelled;
+}
+
+// What the failed call tells of the server by itself.
+[[nodiscard]] std::optional<Failure> ServerFailureByReason(const Host& host, const std::string& url,
+                                                           const Reason& reason) {
+  switch (reason.kind) {
+    case FailureKind::CredentialsWanted:
+      return ServerFailure(host, url, VtDirectManager::StatusServerRefused);
+    case FailureKind::Unreachable:
+      return ServerFailure(host, url, VtDirectManager::StatusConnectFailed);
+    case FailureKind::UnsupportedServer:
+      return ServerFailure(host, url, VtDirectManager::StatusServerUnsupported);
+    default:
+      return std::nullopt;
+  }
+}
+
+// What the failed question for an object tells by itself, so that nothing more need be asked.
+[[nodiscard]] std::optional<Failure> ObjectFailureByReason(const Host& host, const std::string& address,
+                                                           const Reason& reason) {
+  const std::string url = VtDirectManager::GetServerURL(address.c_str());
+  if (auto failure = ServerFailureByReason(host, url, reason)) return failure;
+  if (IsOfContent(reason) && reason.kind != FailureKind::NotFound && reason.kind != FailureKind::LocalFile) {
+    return Failure{ExitCode::DownloadFailed, WithWordsOf("the download of " + address + " failed", reason)};
+  }
+  if (reason.kind == FailureKind::TimedOut || reason.kind == FailureKind::AnswerBroken ||
+      IsServerError(reason)) {
+    return UnusableServer(url, reason, address);
+  }
+  if (reason.kind == FailureKind::Ambiguous) {
+    return Failure{ExitCode::NotFound, WithWordsOf("not found: " + address, reason)};
+  }
+  return std::nullopt;
 }
 
 [[nodiscard]] Failure IsADocument(const std::string& address) {
@@ -21,32 +77,24 @@ namespace {
           address + " is a document and no folder; vtdirect info and vtdirect versions tell of it"};
 }
 
-// What is known of the way to the server tells more than what the operation says that failed for it.
-[[nodiscard]] std::string Hint() {
-  const std::string hint = NetworkHint(LastReason());
-  return hint.empty() ? FirstTracedError() : hint;
-}
-
 [[nodiscard]] Failure UnsupportedFailure(const std::string& url) {
   const auto reason = LastReason();
+  Failure failure{ExitCode::ServerUnsupported,
+                  url + " is not supported: it has to be of release 11.0 M030 or later"};
   // What is no server of this kind has no release that could be too old.
-  if (!NetworkHint(reason).empty()) return {ExitCode::ServerUnsupported, UnusableServerText(url, reason)};
-  return {ExitCode::ServerUnsupported, WithHint(url + " is not supported", FirstTracedError())};
+  if (!NetworkHint(reason).empty()) failure = UnusableServer(url, reason);
+  failure.code = ExitCode::ServerUnsupported;
+  return failure;
 }
 
 // The server may offer no way to log in that could ever be accepted.
 [[nodiscard]] Failure RefusedLogin(const Host& host) {
-  return {ExitCode::AuthenticationRefused, WithHint(host.authenticationRefusal(), NetworkHint(LastReason()))};
+  const std::string hint = NetworkHint(LastReason());
+  const std::string refusal = host.authenticationRefusal();
+  return WithReason({ExitCode::AuthenticationRefused, hint.empty() ? refusal : refusal + " (" + hint + ")"});
 }
 
-}  // namespace
-
-Failure InterruptedFailure() {
-  return {ExitCode::Interrupted, TimeIsOver() ? "the time for the command is over" : "interrupted"};
-}
-
-Failure ServerFailure(const Host& host, const std::string& url, std::int32_t code) {
-  if (Interrupted()) return InterruptedFailure();
+[[nodiscard]] Failure ServerFailureOfCode(const Host& host, const std::string& url, std::int32_t code) {
   // A refused user gets no version either, so the library reports a missing connection: the demand that went
   // without an answer tells more.
   if (host.authenticationRefused()) return RefusedLogin(host);
@@ -59,40 +107,29 @@ Failure ServerFailure(const Host& host, const std::string& url, std::int32_t cod
       // What a server tells of itself passes through a temporary file, and counts as no answer when it can't
       // be kept.
       if (auto failure = TemporaryFilesFailure()) return *failure;
-      return {ExitCode::CannotConnect, UnusableServerText(url, LastReason())};
+      return UnusableServer(url, LastReason());
   }
 }
 
-std::optional<Failure> DiagnoseServer(Host& host, const std::string& url) {
-  if (Interrupted()) return InterruptedFailure();
-  if (host.authenticationRefused()) return RefusedLogin(host);
-  VtDirectManager::StatusCode code = VtDirectManager::StatusOk;
-  ForgetTracedErrors();
-  if (!VtDirectManager::ServerSupported(url.c_str(), &code, nullptr)) return ServerFailure(host, url, code);
-  return std::nullopt;
-}
-
-Failure Diagnose(Host& host, const std::string& address, bool missing) {
-  const std::string hint = Hint();
-  const std::string url = VtDirectManager::GetServerURL(address.c_str());
-  if (const auto failure = DiagnoseServer(host, url)) return *failure;
-  if (missing || !VtDirectManager::FileExists(address.c_str())) {
+[[nodiscard]] Failure DiagnoseByQuestions(Host& host, const std::string& address, bool missing,
+                                          const std::optional<Reason>& reason) {
+  if (const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(address.c_str())))
+    return *failure;
+  // A server that can be used has said so already.
+  const bool isKnown = reason && reason->kind == FailureKind::NotFound && !IsOfContent(*reason);
+  if (missing || isKnown || !VtDirectManager::FileExists(address.c_str())) {
     if (Interrupted()) return InterruptedFailure();
-    return {ExitCode::NotFound, WithHint("not found: " + address, hint)};
+    return {ExitCode::NotFound, WithWordsOf("not found: " + address, reason)};
   }
   std::string contentUrl;
   if (VtDirectManager::GetFileDownloadURL(address.c_str(), contentUrl, nullptr) && contentUrl.empty()) {
     return {ExitCode::DownloadFailed, address + " has no content"};
   }
-  return {ExitCode::DownloadFailed, WithHint("the download of " + address + " failed", hint)};
+  return {ExitCode::DownloadFailed, WithWordsOf("the download of " + address + " failed", reason)};
 }
 
-Failure DiagnoseObjectAsDirectory(Host& host, const std::string& address) {
-  if (VtDirectManager::FileExists(address.c_str())) return IsADocument(address);
-  return Diagnose(host, address, true);
-}
-
-Failure DiagnoseDirectory(Host& host, const std::string& path, std::uint64_t delivered) {
+[[nodiscard]] Failure DiagnoseListing(Host& host, const std::string& path, std::uint64_t delivered,
+                                      const std::optional<Reason>& reason) {
   const std::string url = VtDirectManager::GetServerURL(path.c_str());
   if (const auto failure = DiagnoseServer(host, url)) return *failure;
   if (delivered > 0) {
@@ -103,10 +140,65 @@ Failure DiagnoseDirectory(Host& host, const std::string& path, std::uint64_t del
   const std::string directory = WithClosingSlash(path);
   if (directory != path && VtDirectManager::FileExists(path.c_str())) return IsADocument(path);
   if (Interrupted()) return InterruptedFailure();
-  if (VtDirectManager::FileOrFolderExists(directory.c_str())) {
-    return {ExitCode::Incomplete, "the listing of " + path + " failed"};
+  const bool mayBeThere = reason && reason->kind != FailureKind::NotFound;
+  if (mayBeThere || VtDirectManager::FileOrFolderExists(directory.c_str())) {
+    return {ExitCode::Incomplete, WithWordsOf("the listing of " + path + " failed", reason)};
   }
   return {ExitCode::NotFound, "not found: " + path};
+}
+
+}  // namespace
+
+Failure InterruptedFailure() {
+  return {ExitCode::Interrupted, TimeIsOver() ? "the time for the command is over" : "interrupted"};
+}
+
+Failure ServerFailure(const Host& host, const std::string& url, std::int32_t code) {
+  if (Interrupted()) return InterruptedFailure();
+  return WithReason(ServerFailureOfCode(host, url, code));
+}
+
+std::optional<Failure> DiagnoseServer(Host& host, const std::string& url) {
+  if (Interrupted()) return InterruptedFailure();
+  if (host.authenticationRefused()) return RefusedLogin(host);
+  if (const auto reason = LastReason()) {
+    if (IsOfUsableServer(*reason)) return std::nullopt;
+    if (auto failure = ServerFailureByReason(host, url, *reason)) return failure;
+  }
+  VtDirectManager::StatusCode code = VtDirectManager::StatusOk;
+  ForgetReasons();
+  if (!VtDirectManager::ServerSupported(url.c_str(), &code, nullptr)) return ServerFailure(host, url, code);
+  return std::nullopt;
+}
+
+Failure ObjectFailure(const Host& host, const std::string& address, const std::optional<Reason>& reason) {
+  std::optional<Failure> failure;
+  if (reason) failure = ObjectFailureByReason(host, address, *reason);
+  if (!failure) failure = Failure{ExitCode::NotFound, WithWordsOf("not found: " + address, reason)};
+  if (!failure->reason) failure->reason = reason;
+  return *failure;
+}
+
+Failure Diagnose(Host& host, const std::string& address, bool missing) {
+  if (Interrupted()) return InterruptedFailure();
+  const auto reason = LastReason();
+  std::optional<Failure> failure;
+  if (reason && !host.authenticationRefused()) failure = ObjectFailureByReason(host, address, *reason);
+  if (!failure) failure = DiagnoseByQuestions(host, address, missing, reason);
+  if (!failure->reason) failure->reason = reason;
+  return *failure;
+}
+
+Failure DiagnoseObjectAsDirectory(Host& host, const std::string& address) {
+  if (VtDirectManager::FileExists(address.c_str())) return IsADocument(address);
+  return Diagnose(host, address, true);
+}
+
+Failure DiagnoseDirectory(Host& host, const std::string& path, std::uint64_t delivered) {
+  const auto reason = LastReason();
+  Failure failure = DiagnoseListing(host, path, delivered, reason);
+  if (!failure.reason) failure.reason = reason;
+  return failure;
 }
 
 }  // namespace vtdirect_cli

@@ -4,22 +4,27 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
 #include "hosts/cli/host.h"
 
 namespace vtdirect_cli {
 
 /// Why an operation on an address has failed.
 ///
-/// The library tells success from failure, and hardly more. What stands between is asked for afterwards, by
-/// its own functions: whether a demand for authentication went without an answer, what ServerSupported says
-/// of the server, whether FileExists finds the object. So a failure costs some further requests, and an
-/// object that the server keeps from this user can't be told from one that is not there. No trace line is
-/// read for it.
+/// The reason of the last call of the library that failed tells most of it, without a request. Where it says
+/// that something was not found, or there is none, the server is asked whether it can be used at all, since
+/// one of another kind knows nothing of what it is asked for; and if that does not tell it either, for the
+/// object. An object that the server keeps from this user can't be told from one that is not there.
 /// @param missing  whether the operation has shown already that the server doesn't deliver the object
 [[nodiscard]] Failure Diagnose(Host& host, const std::string& address, bool missing);
 
-/// What is wrong with the server at this URL, or nothing when it can be used. Makes requests.
+/// Why the server, which can be used, did not give an object. Makes no request.
+/// @param reason  of the call that asked for the object; nothing if it gave none
+[[nodiscard]] Failure ObjectFailure(const Host& host, const std::string& address,
+                                    const std::optional<Reason>& reason);
+
+/// What is wrong with the server at this URL, or nothing when it can be used. Makes requests, unless the last
+/// reason tells it.
 [[nodiscard]] std::optional<Failure> DiagnoseServer(Host& host, const std::string& url);
 
 /// Why a directory could not be listed, or not to its end.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <span>
-#include <string>
 
 namespace vtdirect_cli {
 
@@ -25,7 +24,7 @@ enum class ExitCode : int {
 
 struct ExitCodeRow {
   ExitCode code;
-  const char* name;     ///< the class of failure as --json gives it
+  const char* name;     ///< as --json gives it
   const char* meaning;  ///< for the help text and the manual page
 };
 
@@ -36,13 +35,7 @@ struct ExitCodeRow {
 /// can't be used counts above an object that is not there, and that above one that is out of date.
 [[nodiscard]] ExitCode Worse(ExitCode one, ExitCode other);
 
-/// The name of the class.
+/// Its name, "not-found".
 [[nodiscard]] const char* NameOf(ExitCode code);
-
-/// A failure as it is reported: its class, and one sentence without a closing full stop or line feed.
-struct Failure {
-  ExitCode code = ExitCode::Failure;
-  std::string message;
-};
 
 }  // namespace vtdirect_cli

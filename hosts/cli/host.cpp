@@ -10,6 +10,7 @@
 #include "hosts/cli/environment.h"
 #include "hosts/cli/files/local_text_file.h"
 #include "hosts/cli/files/temporary_files.h"
+#include "hosts/cli/folders_ahead.h"
 #include "hosts/cli/servers/server_access.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/work_folder.h"
@@ -27,17 +28,17 @@ constexpr long kHelperSeconds = 60;
 Host* theHost = nullptr;
 
 bool AnswerDemand(const char* url) {
-  return theHost != nullptr && theHost->Authenticate(url == nullptr ? "" : url);
+  return !IsAheadOfWalk() && theHost != nullptr && theHost->Authenticate(url == nullptr ? "" : url);
 }
 
-[[nodiscard]] std::optional<Failure> ReadSecondsOption(const Arguments& arguments, const std::string& option,
-                                                       long& seconds) {
-  if (!arguments.Has(option)) return std::nullopt;
-  const auto read = ReadSeconds(arguments.Text(option));
-  if (read) seconds = *read;
-  if (read) return std::nullopt;
-  return Failure{ExitCode::Usage,
-                 "--" + option + " takes a number of seconds from 1 to " + std::to_string(longestSeconds)};
+// @param otherwise  the seconds if the option was not given
+[[nodiscard]] Result<long> ReadSecondsOption(const Arguments& arguments, ArgumentName option,
+                                             long otherwise) {
+  if (!arguments.Has(option)) return otherwise;
+  if (const auto read = ReadSeconds(arguments.Text(option))) return *read;
+  return Failure{ExitCode::Usage, "--" + std::string(option.text()) +
+                                      " takes a number of seconds from 1 to " +
+                                      std::to_string(longestSeconds)};
 }
 
 // The server that an operand names: by a nickname, an address, a URL or a file of a work folder; empty for any
@@ -97,23 +98,27 @@ std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
       named ? arguments.Text("config")
             : DefaultConfigurationPath(Environment("XDG_CONFIG_HOME"), Environment("HOME"));
   if (!path.empty() || named) {
-    if (auto failure = LoadConfiguration(path, named, configuration_)) return failure;
+    auto read = LoadConfiguration(path, named);
+    if (!read) return read.failure();
+    configuration_ = std::move(*read);
   }
   for (const std::string& argument : arguments.All("server")) {
     if (auto failure = AddServerArgument(argument, configuration_)) return failure;
   }
-  for (const auto& [nickname, url] : configuration_.servers) NameServer(url);
+  for (const auto& [nickname, url] : configuration_.servers) namedUrls_.push_back(url);
   return ConfigurationFault(configuration_);
 }
 
 std::vector<std::string> Host::ServersOf(const CommandRow& command, const Arguments& arguments) const {
   std::vector<std::string> urls;
-  for (const OperandRow& operand : command.operands) {
-    for (const std::string& text : arguments.All(operand.name)) {
+  const auto add = [&](const std::vector<std::string>& texts) {
+    for (const std::string& text : texts) {
       const std::string url = ServerOfOperand(configuration_.servers, text);
       if (!url.empty()) urls.push_back(url);
     }
-  }
+  };
+  for (const OperandRow& operand : command.operands) add(arguments.All(operand.name));
+  add(arguments.All("on"));
   if (command.worksInFolder) {
     const std::string url = VtDirectManager::GetServerURL(AddressOfWorkFolderHere().c_str());
     if (!url.empty()) urls.push_back(url);
@@ -121,7 +126,18 @@ std::vector<std::string> Host::ServersOf(const CommandRow& command, const Argume
   return urls;
 }
 
+// A command that names no server works with all of them.
+std::vector<std::string> Host::MeantUrls() const {
+  if (usedUrls_.empty()) return namedUrls_;
+  std::vector<std::string> meant = usedUrls_;
+  for (const std::string& url : usedUrls_) {
+    for (const std::string& other : ServersWithLoginOf(configuration_, url)) meant.push_back(other);
+  }
+  return meant;
+}
+
 std::optional<Failure> Host::SetAccess(const CommandRow& command, const Arguments& arguments) {
+  usedUrls_ = ServersOf(command, arguments);
   ServerAccess access{configuration_, {}, namedUrls_, ServersOf(command, arguments), {}};
   access.listed.insert(access.listed.end(), access.used.begin(), access.used.end());
   access.commandLine.authorityFile = arguments.Text("ca-file");
@@ -161,8 +177,9 @@ std::optional<std::string> Host::AskPassphrase(const std::string& url, const std
 
 // A command that works with several servers has the shortest time of them.
 std::optional<Failure> Host::LimitCommand(const CommandRow& command, const Arguments& arguments) {
-  long seconds = 0;
-  if (auto failure = ReadSecondsOption(arguments, "max-time", seconds)) return failure;
+  const auto given = ReadSecondsOption(arguments, "max-time", 0);
+  if (!given) return given.failure();
+  long seconds = *given;
   if (!command.makesRequests) return std::nullopt;
   if (!arguments.Has("max-time")) {
     for (const std::string& url : ServersOf(command, arguments)) {
@@ -179,16 +196,18 @@ std::optional<Failure> Host::LimitCommand(const CommandRow& command, const Argum
 
 std::optional<Failure> Host::SetTransport(const Arguments& arguments) {
   du::http::TransportSettings settings = du::http::GetTransportSettings();
-  long connectSeconds = settings.connectTimeoutMilliseconds / 1000;
-  if (auto failure = ReadSecondsOption(arguments, "connect-timeout", connectSeconds)) return failure;
-  if (auto failure = ReadSecondsOption(arguments, "stall-timeout", settings.stallTimeoutSeconds))
-    return failure;
+  const auto connectSeconds =
+      ReadSecondsOption(arguments, "connect-timeout", settings.connectTimeoutMilliseconds / 1000);
+  if (!connectSeconds) return connectSeconds.failure();
+  const auto stallSeconds = ReadSecondsOption(arguments, "stall-timeout", settings.stallTimeoutSeconds);
+  if (!stallSeconds) return stallSeconds.failure();
+  settings.stallTimeoutSeconds = *stallSeconds;
   if (arguments.Has("stall-timeout")) {
     // Who names a time means any silence, also that of a server that has not begun to answer.
     settings.firstByteTimeoutSeconds = settings.stallTimeoutSeconds;
     settings.firstByteAfterBodyTimeoutSeconds = settings.stallTimeoutSeconds;
   }
-  settings.connectTimeoutMilliseconds = connectSeconds * 1000;
+  settings.connectTimeoutMilliseconds = *connectSeconds * 1000;
   settings.authenticationTries = kAuthenticationTries;
   du::http::SetTransportSettings(settings);
   return std::nullopt;
@@ -292,7 +311,7 @@ bool Host::Authenticate(const std::string& url) {
   const std::lock_guard lock(authenticating_);
   if (!authenticator_) {
     const CredentialSinks sinks{du::http::SetPasswordCredentials, du::http::SetBearerToken};
-    authenticator_ = std::make_unique<Authenticator>(sources_, sinks, namedUrls_);
+    authenticator_ = std::make_unique<Authenticator>(sources_, sinks, namedUrls_, MeantUrls());
   }
   return authenticator_->Answer(url);
 }

@@ -27,7 +27,10 @@ class Host {
 
   /// Lets the server at this URL have the user's credentials too: the user has named it by other means than
   /// the list of servers. To be called before the first request.
-  void NameServer(const std::string& url) { namedUrls_.push_back(url); }
+  void NameServer(const std::string& url) {
+    namedUrls_.push_back(url);
+    usedUrls_.push_back(url);
+  }
 
   /// To be called when the command has done what it was asked: a server has then taken the credentials that
   /// it was given, and the credential helper is told.
@@ -35,7 +38,7 @@ class Host {
 
   [[nodiscard]] Output& output() { return output_; }
   [[nodiscard]] const ServerMap& servers() const { return configuration_.servers; }
-  /// URLs of the servers that the operands of a command name.
+  /// URLs of the servers that the operands of a command name, or its option --on.
   [[nodiscard]] std::vector<std::string> ServersOf(const CommandRow& command,
                                                    const Arguments& arguments) const;
   /// The directory for temporary files; only for a command that makes requests.
@@ -54,6 +57,7 @@ class Host {
   [[nodiscard]] std::optional<Failure> LoadServers(const Arguments& arguments);
   [[nodiscard]] std::optional<Failure> LimitCommand(const CommandRow& command, const Arguments& arguments);
   [[nodiscard]] std::optional<Failure> SetAccess(const CommandRow& command, const Arguments& arguments);
+  [[nodiscard]] std::vector<std::string> MeantUrls() const;
   [[nodiscard]] std::optional<std::string> AskPassphrase(const std::string& url, const std::string& keyFile,
                                                          bool mayAskUser);
   [[nodiscard]] std::optional<CredentialHelper> HelperOf(const Origin& origin) const;
@@ -67,6 +71,7 @@ class Host {
   Output& output_;
   Configuration configuration_;
   std::vector<std::string> namedUrls_;
+  std::vector<std::string> usedUrls_;  ///< of these, the ones that the operands of the command name
   CredentialSources sources_;
   std::mutex authenticating_;
   std::unique_ptr<Authenticator> authenticator_;

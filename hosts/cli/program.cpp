@@ -59,7 +59,7 @@ void BoundTheFolderScan() {
 // In a work folder the name of a file is as good as its document's address.
 [[nodiscard]] Arguments WithAddresses(const CommandRow& command, Arguments arguments) {
   for (const OperandRow& operand : command.operands) {
-    if (std::strcmp(operand.name, "ADDRESS") != 0 || !arguments.Has(operand.name)) continue;
+    if (!(operand.name == ArgumentName("ADDRESS")) || !arguments.Has(operand.name)) continue;
     std::vector<std::string> texts = arguments.All(operand.name);
     for (std::string& text : texts) text = UidOfWorkFile(text).value_or(text);
     arguments.Set(operand.name, std::move(texts));
@@ -142,12 +142,12 @@ int RunProgram(int argc, const char* const* argv) {
   if (Generate(argc, argv)) return Finish(output, ExitCode::Ok);
 
   const CommandLine line = ParseCommandLine(argc, argv);
+  output.Configure(line.named, line.json, line.arguments.Has("quiet"));
   if (line.failure) return static_cast<int>(output.Fail(*line.failure));
   if (line.command == nullptr) {
     std::cout << line.text;
     return Finish(output, ExitCode::Ok);
   }
-  output.Configure(line.command->name, line.arguments.Has("json"), line.arguments.Has("quiet"));
   return Finish(output, RunGuarded(*line.command, line.arguments, output));
 }
 

@@ -43,17 +43,41 @@ std::vector<Reason> Reasons() {
 }
 
 std::optional<Reason> LastReason() {
-  return theOutcome == nullptr ? std::nullopt : theOutcome->Cause();
+  auto reason = theOutcome == nullptr ? std::nullopt : theOutcome->Cause();
+  // What was said aside alone ended nothing.
+  if (!reason || reason->aside) return std::nullopt;
+  reason->mayHaveHappened = ChangeMayHaveHappened();
+  return reason;
+}
+
+bool AnswerIsMissing(const VtDirectManager::Outcome& outcome) {
+  const auto cause = outcome.Cause();
+  // That there are several is an answer as well.
+  return cause && !cause->aside && cause->kind != VtDirectManager::FailureKind::NotFound &&
+         cause->kind != VtDirectManager::FailureKind::Ambiguous;
+}
+
+Failure WithReason(Failure failure) {
+  if (!failure.reason) failure.reason = LastReason();
+  return failure;
+}
+
+std::string WordsOf(const Reason& reason) {
+  std::string words = reason.step + ": " + VtDirectManager::FailureKindText(reason.kind);
+  if (reason.httpStatus != 0) words += ", HTTP " + std::to_string(reason.httpStatus);
+  if (!reason.platformText.empty()) words += ": " + reason.platformText;
+  if (!reason.serverText.empty()) words += ": " + reason.serverText.substr(0, kLongestServerText);
+  return words;
 }
 
 std::string WordsOfLastReason() {
   const auto reason = LastReason();
-  if (!reason) return {};
-  std::string words = reason->step + ": " + VtDirectManager::FailureKindText(reason->kind);
-  if (reason->httpStatus != 0) words += ", HTTP " + std::to_string(reason->httpStatus);
-  if (!reason->platformText.empty()) words += ": " + reason->platformText;
-  if (!reason->serverText.empty()) words += ": " + reason->serverText.substr(0, kLongestServerText);
-  return words;
+  return reason ? WordsOf(*reason) : "";
+}
+
+std::string WithWords(const std::string& message) {
+  const std::string words = WordsOfLastReason();
+  return words.empty() ? message : message + " (" + words + ")";
 }
 
 void ForgetReasons() {
@@ -70,8 +94,11 @@ bool LocalFileFailed() {
       [](const Reason& reason) { return reason.kind == VtDirectManager::FailureKind::LocalFile; });
 }
 
-bool WorkspaceStays() {
-  return AnyReason([](const Reason& reason) { return reason.step == "delete a workspace"; });
+std::optional<Reason> WhyWorkspaceStays() {
+  for (const Reason& reason : Reasons()) {
+    if (reason.step == "delete a workspace") return reason;
+  }
+  return std::nullopt;
 }
 
 }  // namespace vtdirect_cli

@@ -3,12 +3,13 @@
 #include <vtdirect/outcome.h>
 
 #include <optional>
+#include <string>
 #include <vector>
+
+#include "hosts/cli/failure.h"
 
 /// Why the library's calls failed, as values. The program keeps one collector for all that a command asks.
 namespace vtdirect_cli {
-
-using Reason = VtDirectManager::Failure;
 
 /// Collects for this thread while it lives. One at a time.
 class ReasonCollector {
@@ -25,13 +26,27 @@ class ReasonCollector {
 /// What was collected since the last call of ForgetReasons, oldest first.
 [[nodiscard]] std::vector<Reason> Reasons();
 
-/// What ended the last call that failed; nothing when none did.
+/// What ended the last call that failed; nothing if none did. It says that it may have happened if any of the
+/// requests before it that change something may.
 [[nodiscard]] std::optional<Reason> LastReason();
+
+/// Whether what the server was asked for is unknown: a call failed, and not because nothing was there or several
+/// were. What it gave is no answer then.
+[[nodiscard]] bool AnswerIsMissing(const VtDirectManager::Outcome& outcome);
+
+/// The failure with the last reason, unless it has one.
+[[nodiscard]] Failure WithReason(Failure failure);
 
 void ForgetReasons();
 
-/// The last reason for a reader: "check in: conflict, HTTP 409: what the server said"; empty without one.
+/// A reason for a reader: "check in: conflict, HTTP 409: what the server said".
+[[nodiscard]] std::string WordsOf(const Reason& reason);
+
+/// The last reason for a reader; empty without one.
 [[nodiscard]] std::string WordsOfLastReason();
+
+/// A message with the last reason in brackets.
+[[nodiscard]] std::string WithWords(const std::string& message);
 
 /// Whether a request that stores, creates, checks out, in or anything else but bring bytes to the server may
 /// have been carried out although it failed.
@@ -40,7 +55,7 @@ void ForgetReasons();
 /// Whether a local file could not be read or written.
 [[nodiscard]] bool LocalFileFailed();
 
-/// Whether a workspace could not be deleted.
-[[nodiscard]] bool WorkspaceStays();
+/// Why a temporary workspace could not be deleted; nothing if none was left.
+[[nodiscard]] std::optional<Reason> WhyWorkspaceStays();
 
 }  // namespace vtdirect_cli

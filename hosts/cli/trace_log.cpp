@@ -4,31 +4,22 @@
 
 #include <mutex>
 #include <ostream>
-#include <string_view>
 
-#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::size_t kLongestHint = 300;
-
 struct Log {
   std::mutex mutex;
   std::string levels;
   std::ostream* err = nullptr;
-  std::string firstError;
 };
 
 // The library's trace handler is one for the process, and may still be called while the process ends.
 Log& TheLog() {
   static Log* const log = new Log;
   return *log;
-}
-
-[[nodiscard]] std::string FirstLine(const std::string& text) {
-  return text.substr(0, std::min(text.find_first_of("\r\n"), kLongestHint));
 }
 
 [[nodiscard]] std::string WithoutLineEnd(std::string text) {
@@ -39,11 +30,6 @@ Log& TheLog() {
 void Take(const char* name, dp::TraceType type, const std::string& text) {
   Log& log = TheLog();
   const std::lock_guard lock(log.mutex);
-  // What the transport says comes as a reason as well, and what the library says tells which step it ended.
-  const bool isOfLibrary = std::string_view(name) != "Transport";
-  if (type == dp::TraceType::Error && isOfLibrary && log.firstError.empty()) {
-    log.firstError = FirstLine(text);
-  }
   const char level = static_cast<char>('0' + static_cast<int>(type));
   if (log.err == nullptr || log.levels.find(level) == std::string::npos) return;
   *log.err << "trace " << level << ' ' << name << ": " << Printable(WithoutLineEnd(text)) << std::endl;
@@ -64,17 +50,6 @@ void StartTraceLog(const std::string& levels, std::ostream& err) {
   }
   dp::SetTraceHandler([](const char* /*area*/, const char* name, dp::TraceType type,
                          const std::string& text) { Take(name, type, text); });
-}
-
-std::string FirstTracedError() {
-  const std::lock_guard lock(TheLog().mutex);
-  return TheLog().firstError;
-}
-
-void ForgetTracedErrors() {
-  ForgetReasons();
-  const std::lock_guard lock(TheLog().mutex);
-  TheLog().firstError.clear();
 }
 
 }  // namespace vtdirect_cli

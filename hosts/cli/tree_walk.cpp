@@ -90,7 +90,22 @@ class Walk {
     return false;
   }
 
+  // Those that are going to be entered, as far as they are known by now.
+  void TellWhatComes() {
+    if (!work_.expect) return;
+    std::vector<std::string> paths;
+    for (std::size_t depth = std::min<std::size_t>(levels_.size(), bounds_.depth - 1); depth > 0; --depth) {
+      const Level& level = levels_[depth - 1];
+      for (auto name = level.folders.rbegin(); name != level.folders.rend(); ++name) {
+        if (paths.size() == work_.expected) break;
+        if (IsEnterable(*name)) paths.push_back(level.path + *name + "/");
+      }
+    }
+    work_.expect(std::move(paths));
+  }
+
   void Descend(const std::string& path) {
+    TellWhatComes();
     const ListingEnd end = Enter(path);
     if (end != ListingEnd::Broken && end != ListingEnd::Unreachable) return;
     end_.failures = true;

@@ -33,6 +33,9 @@ struct TreeWork {
   std::function<bool(const TreeEntry& entry)> show;
   /// Told of a folder below the start that could not be listed, or not whole. False ends the walk.
   std::function<bool(const std::string& path, ListingEnd end)> failed;
+  /// Told before each folder is listed which ones come after it, the nearest first. May be empty.
+  std::function<void(std::vector<std::string> paths)> expect = {};
+  std::size_t expected = 0;  ///< how many of them it wants to know
 };
 
 /// How a walk ended.

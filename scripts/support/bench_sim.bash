@@ -48,27 +48,19 @@ stop_file_server() {
   file_server_pid=
 }
 
-# ask NAME SERVER-PID PORT PATH CONNECTIONS REQUESTS: adds "SECONDS PROCESSOR-SECONDS" of a run to $work/NAME.
+# ask SERVER-PID PORT PATH CONNECTIONS REQUESTS: a run, with the processor time of the server and not of the client.
 ask() {
-  local name=$1 server=$2 before seconds
-  shift 2
+  local server=$1 before seconds
+  shift
   before=$(processor_ticks "$server")
   seconds=$("$bin/bench-sim" "$@" | awk '{print $1}')
   [ -n "$seconds" ] || fail "bench-sim failed: $*"
   say "$seconds $(awk -v t=$(($(processor_ticks "$server") - before)) -v h="$(getconf CLK_TCK)" \
-    'BEGIN {printf "%.2f", t / h}')" >>"$work/$name"
+    'BEGIN {printf "%.2f", t / h}') - -"
 }
 
-# sim_row TITLE NAME REQUESTS: the comparison of $work/NAME.sim and $work/NAME.nginx as a line of the table.
-sim_row() {
-  local ratios ratio own theirs
-  ratios=$(paste "$work/$2.sim" "$work/$2.nginx" | awk '{print $1 / $3}')
-  ratio=$(median <<<"$ratios" | xargs printf %.2f)
-  own=$(awk -v n="$3" '{print n / $1}' "$work/$2.sim" | median)
-  theirs=$(awk -v n="$3" '{print n / $1}' "$work/$2.nginx" | median)
-  say "| $1 | $(printf %.0f "$own") | $(printf %.0f "$theirs") | $ratio ($(quartiles <<<"$ratios")) | 3 |" \
-    "$(judge "$ratio" 3) | $(awk '{print $2}' "$work/$2.sim" | median) | $(awk '{print $2}' "$work/$2.nginx" | median) |"
-}
+# speed NAME MODE REQUESTS: requests a second, by the median of the runs.
+speed() { awk -v n="$3" -v s="$(column "$1" "$2" wall | median)" 'BEGIN {printf "%.0f", n / s}'; }
 
 # How long the first answer takes, which is made from the database: no two ask the same.
 first_answers() {
@@ -82,7 +74,6 @@ bench_sim() {
   local pairs=${PAIRS:-9} number connections kind paths=() requests=() port
   local document=servlet/rest/v1/dkm/documents/D1000001
   local rows=servlet/odata/v1/DynamicDocMgmt/DynamicDocuments
-  rm -f "$work"/sim-*
   start_server "$work/server" "$root/build/release/simulator/vantry-sim" --port 0 --data "$work/sim" --seed bulk:10000
   port=$(sed 's/.*:\([0-9]*\).*/\1/' <<<"$server_url")
   mkdir -p "$work/html"
@@ -101,17 +92,23 @@ bench_sim() {
     done
   done
   {
-    say "vantry-sim beside nginx with the same bytes on the disk, $pairs pairs ($(date -u +%F), load before: $load_before)"
-    say
-    say "| what | vantry-sim, requests/s | nginx, requests/s | ratio of time (quartiles) | target | met | processor s | nginx |"
-    say "| --- | --- | --- | --- | --- | --- | --- | --- |"
+    heading "vantry-sim beside nginx with the same bytes on the disk, $pairs pairs"
+    comparison_head vantry-sim nginx
     for connections in 1 8 64; do
-      sim_row "a document ($(stat -c %s "$work/html/document") bytes), $connections connections" \
-        "sim-0-$connections" "${requests[0]}"
+      comparison "sim-0-$connections" "a document ($(stat -c %s "$work/html/document") bytes), $connections connections" wall:3
     done
     for connections in 1 8 64; do
-      sim_row "a page of 10,000 rows ($(stat -c %s "$work/html/rows") bytes), $connections connections" \
-        "sim-1-$connections" "${requests[1]}"
+      comparison "sim-1-$connections" \
+        "a page of 10,000 rows ($(stat -c %s "$work/html/rows") bytes), $connections connections" wall:3
+    done
+    say
+    say "| requests a second, with connections: | vantry-sim | nginx |"
+    say "| --- | --- | --- |"
+    for kind in 0 1; do
+      for connections in 1 8 64; do
+        say "| $(cut -d / -f 3 <<<"${paths[kind]}"), $connections | $(speed "sim-$kind-$connections" library "${requests[kind]}")" \
+          "| $(speed "sim-$kind-$connections" reference "${requests[kind]}") |"
+      done
     done
     say
     say "An answer is made once until something is written. The first of such a page takes (quartiles):" \
@@ -121,21 +118,20 @@ bench_sim() {
   stop_server
 }
 
-# sim_pair NUMBER NAME PATH NGINX-PATH CONNECTIONS REQUESTS: both, one after the other. Pair 0 warms up and shows that
-# both send as many bytes.
+# sim_pair NUMBER NAME PATH NGINX-PATH CONNECTIONS REQUESTS: both, one after the other. Pair 0 shows that both send as
+# many bytes, and is not kept.
 sim_pair() {
-  local number=$1 name=$2 order=(sim nginx) which
-  [ $((number % 2)) -eq 0 ] || order=(nginx sim)
+  local number=$1 name=$2 order=(library reference) mode
+  [ $((number % 2)) -eq 0 ] || order=(reference library)
   if [ "$number" -eq 0 ]; then
     [ "$("$bin/bench-sim" "$port" "$3" "$5" 10 | awk '{print $2}')" -eq \
       "$("$bin/bench-sim" "$file_server_port" "$4" "$5" 10 | awk '{print $2}')" ] || fail "the two send different bodies"
     return
   fi
-  for which in "${order[@]}"; do
-    if [ $which = sim ]; then
-      ask "$name.sim" "$server_pid" "$port" "$3" "$5" "$6"
-    else
-      ask "$name.nginx" "$file_server_pid" "$file_server_port" "$4" "$5" "$6"
-    fi
+  for mode in "${order[@]}"; do
+    case $mode in
+      library) keep "$number" "$name" library ask "$server_pid" "$port" "$3" "$5" "$6" ;;
+      reference) keep "$number" "$name" reference ask "$file_server_pid" "$file_server_port" "$4" "$5" "$6" ;;
+    esac
   done
 }

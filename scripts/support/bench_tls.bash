@@ -11,15 +11,8 @@ run_tls() {
   "$bin/bench-tls" "$1" "$tls_url" "$2" "$work/tls/all.pem" "$tls_contents" || fail "bench-tls $1 failed"
 }
 
-# tls_pair NUMBER COUNT: both, in turns. Pair 0 warms up and is not kept.
-tls_pair() {
-  local order=(library reference) mode
-  [ $(($1 % 2)) -eq 0 ] || order=(reference library)
-  for mode in "${order[@]}"; do
-    run_tls "$mode" "$2" >"$work/output"
-    [ "$1" -eq 0 ] || cat "$work/output" >>"$work/tls.$mode"
-  done
-}
+# tls_turn MODE: one run, of as many contents as "bench_tls" wants.
+tls_turn() { run_tls "$1" "$contents"; }
 
 stop_tls_server() {
   [ -z "$tls_contents" ] || rm -rf "$tls_contents"
@@ -104,10 +97,9 @@ tls_connections() {
 }
 
 bench_tls() {
-  local pairs=${PAIRS:-15} contents=${COUNT:-200} number wall processor pages connections fresh
-  rm -f "$work"/tls.*
+  local pairs=${PAIRS:-15} contents=${COUNT:-200} number pages connections fresh
   start_tls_server
-  for number in $(seq 0 "$pairs"); do tls_pair "$number" "$contents"; done
+  for number in $(seq 0 "$pairs"); do turns "$number" tls tls_turn; done
   connections=$(tls_connections library "$contents")
   # 400 connections: two requests for each of 200 contents.
   fresh=$(tls_connections fresh 200)
@@ -116,19 +108,14 @@ bench_tls() {
   start_server "$work/server" "$bin/bench-listing-server" 0 1000
   pages=$(connections_of "$bin/bench-threads" listing "$server_url" 1 1 50000)
   stop_server
-  wall=$(ratio tls 1) processor=$(ratio tls 2)
   {
-    say "$contents contents of 4 KiB over TLS with all of the system's certificates, $pairs pairs" \
-      "($(date -u +%F), load before: $load_before)"
+    heading "$contents contents of 4 KiB over TLS with all of the system's certificates, $pairs pairs"
+    comparison_head GetFile "one handle of libcurl"
+    comparison tls "contents over TLS" wall:1.3 processor:1.3
     say
-    say "| what | GetFile | one handle of libcurl | median of the ratios | quartiles | target | met |"
-    say "| --- | --- | --- | --- | --- | --- | --- |"
-    say "| seconds | $(field tls library 1 | median) | $(field tls reference 1 | median) | $wall |" \
-      "$(ratios tls 1 | quartiles) | 1.3 | $(judge "$wall" 1.3) |"
-    say "| seconds of the processor | $(field tls library 2 | median) | $(field tls reference 2 | median) | $processor |" \
-      "$(ratios tls 2 | quartiles) | 1.3 | $(judge "$processor" 1.3) |"
-    say "| TCP connections | $connections | 1 | | | 2 | $(judge "$connections" 2) |"
-    say "| TCP connections of listings of 50 pages, twice | $pages | | | | 2 | $(judge "$pages" 2) |"
+    bound_head
+    bound "TCP connections" "$connections" 2
+    bound "TCP connections of listings of 50 pages, twice" "$pages" 2
     say
     say "Processor time with a new connection for each request: $fresh."
   } | publish tls

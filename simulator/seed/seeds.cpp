@@ -55,7 +55,7 @@ void ForgetState(Database& database) {
       "PRAGMA defer_foreign_keys = ON; DELETE FROM folders; DELETE FROM contexts; DELETE FROM users;");
 }
 
-Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed) {
+Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed, bool to_be_kept) {
   if (IsSeeded(database)) return Seeding::kBefore;
   Transaction transaction(database);
   SeedWriter writer(database, contents);
@@ -65,8 +65,18 @@ Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed) {
   if (seed.kind == Seed::Kind::kFile) SeedFromFile(database, contents, seed.file);
   database.Prepare("INSERT OR IGNORE INTO users(name, full_name) VALUES(?1, ?1)").Bind(kOpenServerUser).Run();
   database.Prepare("INSERT INTO facts(key, value) VALUES('seed', ?1)").Bind(WordOf(seed.kind)).Run();
+  if (to_be_kept) database.Execute("INSERT INTO facts(key, value) VALUES('seed-to-be-kept', '')");
   transaction.Commit();
   return Seeding::kDone;
+}
+
+bool IsSeedToBeKept(Database& database) {
+  auto statement = database.Prepare("SELECT 1 FROM facts WHERE key = 'seed-to-be-kept'");
+  return statement.Step();
+}
+
+void NoteKeptSeed(Database& database) {
+  database.Execute("DELETE FROM facts WHERE key = 'seed-to-be-kept'");
 }
 
 void EnsureUsers(Database& database, const std::vector<UserCredentials>& users) {

@@ -19,7 +19,14 @@ enum class Seeding {
 
 /// Fills the database, in one transaction, unless it was filled before. @throws std::exception, for a state
 /// file with something wrong in it one that names its lines
-Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed);
+/// @param to_be_kept whether a copy of the seed is to be kept, which IsSeedToBeKept then tells
+Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed, bool to_be_kept = false);
+
+/// Whether a copy of the seed is still to be kept: a process may be killed between filling the database and
+/// copying it, and nobody has written to it then.
+bool IsSeedToBeKept(Database& database);
+/// Notes that the copy was made.
+void NoteKeptSeed(Database& database);
 
 /// Whether a database was filled.
 bool IsSeeded(Database& database);

@@ -23,17 +23,25 @@ constexpr const char* kDatabaseFile = "vantry-sim.db";
 
 DataDirectory::DataDirectory(const Options& options) {
   Open(options.data_directory);
-  const Seeding seeding = SeedOnce(*database_, *contents_, options.seed);
+  // A copy of millions of documents is made for nobody who doesn't ask for it.
+  const bool keeps_seed = options.seed.kind != Seed::Kind::kBulk || options.admin_port;
+  const Seeding seeding = SeedOnce(*database_, *contents_, options.seed, keeps_seed);
   if (seeding == Seeding::kBefore && options.seed.asked_for) {
     std::fprintf(stderr,
                  "vantry-sim: --seed is ignored, since %s was filled before and keeps what it holds\n",
                  options.data_directory.c_str());
   }
-  // A copy of millions of documents is made for nobody who doesn't ask for it.
-  if (seeding == Seeding::kDone && (options.seed.kind != Seed::Kind::kBulk || options.admin_port))
-    snapshots_->KeepSeed(*database_);
+  KeepSeed();
   EnsureUsers(*database_, options.users);
   contents_->CountFrom(LastStream(*database_));
+}
+
+/// Also for a process that was killed after it had filled the database. The copy has the note too, and what
+/// goes back to it has it again, but then there is a copy.
+void DataDirectory::KeepSeed() {
+  if (!IsSeedToBeKept(*database_)) return;
+  if (!snapshots_->HasSeed()) snapshots_->KeepSeed(*database_);
+  NoteKeptSeed(*database_);
 }
 
 std::unique_ptr<DataDirectory> DataDirectory::OpenFilled(const std::string& directory) {

@@ -30,6 +30,7 @@ class DataDirectory {
  private:
   DataDirectory() = default;
   void Open(const std::string& directory);
+  void KeepSeed();
 
   /// Held as long as it lives, and by nobody else.
   class Lock {

@@ -57,9 +57,9 @@ GateLimits LimitsFor(std::size_t connections) {
 /// A connection and where it stands. The gate's thread has it in every state but kWorking.
 struct ConnectionGate::Connection {
   Connection(std::uint64_t number, std::unique_ptr<Transport> transport, RequestServer& owner,
-             std::chrono::milliseconds body_time)
+             const GateLimits& limits)
       : id(number),
-        stream(std::move(transport), number, body_time),
+        stream(std::move(transport), number, limits.body, limits.answer),
         server(owner),
         client(stream.remote_address()) {}
 
@@ -157,7 +157,7 @@ void ConnectionGate::Accept(Listener& listener) {
 }
 
 void ConnectionGate::Admit(int socket, RequestServer& server) {
-  auto connection = std::make_unique<Connection>(++last_id_, server.Carry(socket), server, limits_.body);
+  auto connection = std::make_unique<Connection>(++last_id_, server.Carry(socket), server, limits_);
   Closing closing;
   const std::lock_guard lock(mutex_);
   const auto client = clients_.find(connection->client);

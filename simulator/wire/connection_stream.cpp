@@ -10,6 +10,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstring>
+#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -21,9 +22,11 @@ namespace {
 constexpr std::size_t kMostHeadBytes = 256 * 1024;
 /// How much is read ahead at once.
 constexpr std::size_t kBlock = 16 * 1024;
-/// How long a client may pause in the middle of a body, and while it takes an answer.
+/// How long a client may pause in the middle of a body.
 constexpr int kReadMilliseconds = 60'000;
-constexpr int kWriteMilliseconds = 600'000;
+/// What gives a client another second to take its answer. Far more than of a body, since the system takes some of
+/// it in the client's place.
+constexpr std::uint64_t kAnswerBytesInASecond = 64 * 1024;
 /// How long a closed connection is read for: until it has been silent for so long, and in all.
 constexpr int kLingerMilliseconds = 500;
 constexpr auto kLongestLinger = std::chrono::seconds(2);
@@ -77,8 +80,8 @@ void TakeRangeAway(std::string& buffer, std::size_t begin, std::size_t& head_siz
 }  // namespace
 
 ConnectionStream::ConnectionStream(std::unique_ptr<Transport> transport, std::uint64_t number,
-                                   std::chrono::milliseconds body_time)
-    : transport_(std::move(transport)), number_(number), body_time_(body_time) {
+                                   std::chrono::milliseconds body_time, std::chrono::milliseconds answer_time)
+    : transport_(std::move(transport)), number_(number), body_time_(body_time), answer_time_(answer_time) {
   // An answer goes out in two writes, head and body; without this the second waits for the client's
   // acknowledgement of the first.
   const int on = 1;
@@ -128,6 +131,8 @@ RequestHead ConnectionStream::BeginExchange() {
   held_.clear();
   status_ = 0;
   body_bytes_ = 0;
+  taken_ = 0;
+  waited_ = {};
   return head;
 }
 
@@ -183,7 +188,8 @@ bool ConnectionStream::is_readable() const {
 }
 
 bool ConnectionStream::is_writable() const {
-  return !aborted_ && WaitFor(POLLOUT, kWriteMilliseconds);
+  // Whoever writes waits for the client, within the time that this one has.
+  return !aborted_;
 }
 
 ssize_t ConnectionStream::read(char* data, std::size_t size) {
@@ -243,7 +249,8 @@ std::size_t ConnectionStream::SendSome(const char* data, std::size_t size) {
     const Moved moved = transport_->Send(data + sent, size - sent, count);
     if (moved == Moved::kDone) {
       sent += count;
-    } else if (moved == Moved::kEnd || !WaitFor(EventsOf(moved), kWriteMilliseconds)) {
+      if (waited_.count() > 0) taken_ += count;
+    } else if (moved == Moved::kEnd || !WaitForClient(EventsOf(moved))) {
       break;
     }
   }
@@ -290,6 +297,19 @@ bool ConnectionStream::FillWaiting() {
     if (moved == Moved::kDone) return true;
     if (moved == Moved::kEnd || aborted_ || !WaitFor(EventsOf(moved), MillisecondsForBody())) return false;
   }
+}
+
+/// Waits until a client takes more of its answer. The waits are counted together: one that takes a few bytes now and
+/// then would keep a thread for days. What the server itself takes its time for doesn't count.
+bool ConnectionStream::WaitForClient(short events) {
+  const auto granted = answer_time_ + std::chrono::milliseconds(taken_ * 1000 / kAnswerBytesInASecond);
+  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(granted - waited_).count();
+  if (left <= 0) return false;
+  const auto begin = std::chrono::steady_clock::now();
+  const bool ready =
+      WaitFor(events, static_cast<int>(std::min<std::int64_t>(left, std::numeric_limits<int>::max())));
+  waited_ += std::chrono::steady_clock::now() - begin;
+  return ready;
 }
 
 bool ConnectionStream::WaitFor(short events, int milliseconds) const {

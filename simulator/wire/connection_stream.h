@@ -22,8 +22,9 @@ class ConnectionStream final : public httplib::Stream {
  public:
   /// @param number that no other connection has
   /// @param body_time that a body has, beside a second for each KiB that came of it
+  /// @param answer_time that a client keeps an answer waiting, beside a second for each 64 KiB of it
   ConnectionStream(std::unique_ptr<Transport> transport, std::uint64_t number,
-                   std::chrono::milliseconds body_time);
+                   std::chrono::milliseconds body_time, std::chrono::milliseconds answer_time);
   ConnectionStream(const ConnectionStream&) = delete;
   ConnectionStream& operator=(const ConnectionStream&) = delete;
   ~ConnectionStream() override;
@@ -98,6 +99,7 @@ class ConnectionStream final : public httplib::Stream {
   bool FillWaiting();
   [[nodiscard]] int MillisecondsForBody() const;
   bool WaitFor(short events, int milliseconds) const;
+  bool WaitForClient(short events);
   bool SendHeld(std::size_t head);
   bool SendAll(const char* data, std::size_t size);
   std::size_t SendSome(const char* data, std::size_t size);
@@ -107,6 +109,7 @@ class ConnectionStream final : public httplib::Stream {
   std::unique_ptr<Transport> transport_;
   std::uint64_t number_;
   std::chrono::milliseconds body_time_;
+  std::chrono::milliseconds answer_time_;
   std::chrono::steady_clock::time_point body_begin_;
   std::uint64_t body_read_ = 0;  ///< bytes of the request's body
   std::string remote_address_;
@@ -123,6 +126,8 @@ class ConnectionStream final : public httplib::Stream {
   std::string held_;  ///< head of an answer that was not sent yet
   int status_ = 0;
   std::uint64_t body_bytes_ = 0;
+  std::chrono::steady_clock::duration waited_{};  ///< for the client to take the exchange's answer
+  std::uint64_t taken_ = 0;  ///< bytes that went out after a first wait: before it the system takes them
   std::atomic<bool> aborted_ = false;
 };
 

@@ -287,7 +287,7 @@ void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request,
           ? kMostBodyInMemory
           : std::min(simulator_.options().max_upload_bytes.value_or(kMostBodyInMemory), kMostBodyInMemory);
   std::string body;
-  BodyMemory::Share share(door_ == Door::kAdmin ? nullptr : &bodies_, request.remote_addr);
+  BodyMemory::Share share(&bodies_, request.remote_addr);
   const BodyOutcome outcome = ReadBody(reader, limit, response.status, [&](std::string_view piece) {
     if (!share.Grow(piece.size())) return false;
     body.append(piece);

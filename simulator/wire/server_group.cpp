@@ -3,9 +3,15 @@
 #include "simulator/wire/listening_socket.h"
 
 namespace vantry_sim {
+namespace {
+
+/// What the bodies that come to the admin port take of memory together: three of the longest from one client.
+constexpr std::uint64_t kMostAdminBodies = 64ULL * 1024 * 1024;
+
+}  // namespace
 
 ServerGroup::ServerGroup(Simulator& simulator, RequestLog& log, GateLimits limits)
-    : simulator_(simulator), log_(log), admin_(simulator), gate_(limits) {}
+    : simulator_(simulator), log_(log), admin_bodies_(kMostAdminBodies), admin_(simulator), gate_(limits) {}
 
 int ServerGroup::Bind() {
   const Options& options = simulator_.options();
@@ -37,8 +43,9 @@ int ServerGroup::Bind() {
 int ServerGroup::Open(Door door, const std::string& address, int port) {
   const ListeningSocket listening = ListenOn(address, port);
   if (listening.socket < 0) return -1;
+  BodyMemory& bodies = door == Door::kAdmin ? admin_bodies_ : bodies_;
   servers_.push_back(
-      std::make_unique<HttpServer>(ServerParts{simulator_, log_, stop_, bodies_, tls_.get(), &admin_}, door));
+      std::make_unique<HttpServer>(ServerParts{simulator_, log_, stop_, bodies, tls_.get(), &admin_}, door));
   gate_.Listen(listening.socket, *servers_.back());
   return listening.port;
 }

@@ -37,6 +37,7 @@ class ServerGroup {
   RequestLog& log_;
   StopSignal stop_;
   BodyMemory bodies_;
+  BodyMemory admin_bodies_;  ///< of their own: who floods the other ports takes no room from these
   int port_ = 0;
   int admin_port_ = 0;
   AdminApi admin_;

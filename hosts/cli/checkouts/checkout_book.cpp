@@ -9,6 +9,8 @@
 #include <functional>
 
 #include "hosts/cli/address.h"
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/copy_search.h"
 #include "hosts/cli/environment.h"
 #include "hosts/cli/files/local_text_file.h"
 #include "hosts/cli/files/state_file.h"
@@ -201,7 +203,13 @@ std::optional<Failure> FindWorkingCopy(Host& host, const std::string& address, s
   const std::string uid = VtDirectManager::GetUID(address.c_str());
   if (uid.empty()) return std::nullopt;
   if (auto failure = RefusalOfAnotherPlace(address, uid)) return failure;
-  workingCopy = WithWorkspace(UidToGoOnWith(host, uid));
+  workingCopy = UidToGoOnWith(host, uid);
+  if (!CheckoutBook().Find(uid)) {
+    CopySearch found = CopyToGoOnWith(host, address, ReadCheckoutState(uid).status, uid);
+    if (found.failure) return found.failure;
+    workingCopy = found.uid;
+  }
+  workingCopy = WithWorkspace(workingCopy);
   return std::nullopt;
 }
 

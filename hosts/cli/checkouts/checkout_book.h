@@ -58,9 +58,11 @@ class CheckoutBook {
 /// requests.
 [[nodiscard]] std::string WithWorkspace(const std::string& uid);
 
-/// Both in one, for an address whose working copy is going to be changed. Makes requests.
+/// Both in one, for an address whose working copy is going to be changed; a working copy that is not kept is
+/// looked for on the server. Makes requests.
 /// @param workingCopy  receives its UID; left alone when there is no such object
-/// @return a failure for a document that stands elsewhere than its path says
+/// @return a failure for a document that stands elsewhere than its path says, and for a working copy that the
+///         server does not tell for certain
 [[nodiscard]] std::optional<Failure> FindWorkingCopy(Host& host, const std::string& address,
                                                      std::string& workingCopy);
 

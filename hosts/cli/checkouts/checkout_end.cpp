@@ -9,7 +9,6 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/reasons.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -60,7 +59,7 @@ void SettleUid(const std::string& told, Ending& ending) {
 }
 
 [[nodiscard]] std::optional<Failure> Perform(Host& host, Ending& ending) {
-  ForgetTracedErrors();
+  ForgetReasons();
   JournaledStep step(host, {{}, {}, NameOf(ending.end), ending.address, ending.workingCopy, {}, {}});
   const char* const workingCopy = ending.workingCopy.c_str();
   const std::string told = ending.end == CheckoutEnd::Checkin ? VtDirectManager::Checkin(workingCopy)
@@ -93,6 +92,7 @@ void ReadVersion(Ending& ending) {
                                    CommandToType("uid", "PATH") + " tells it by the document's path"});
   }
   Record record{{"address", ending.address}, {"uid", ending.uid}};
+  if (ending.end == CheckoutEnd::Undo) record.emplace_back("had_ended", ending.hadEnded);
   if (!ending.version.empty()) record.emplace_back("version", ending.version);
   host.output().Row({{"uid", ending.uid}}, record);
   static_cast<void>(host.output().Flush());
@@ -105,19 +105,21 @@ void ReadVersion(Ending& ending) {
 }  // namespace
 
 void WarnOfLeftWorkspace(Host& host) {
-  if (!WorkspaceStays()) return;
-  host.output().Warning(FirstTracedError() + "; it may stay on the server");
+  const auto reason = WhyWorkspaceStays();
+  if (!reason) return;
+  host.output().Warning("the temporary workspace could not be deleted (" + WordsOf(*reason) +
+                        "); it may stay on the server, at " + reason->url);
 }
 
 ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
   Ending ending;
   ending.end = end;
   ending.address = arguments.Text("ADDRESS");
-  AddressKind kind{};
-  if (const auto failure = RequireAddress(ending.address, kind)) return host.output().Fail(*failure);
+  const auto kind = RequireAddress(ending.address);
+  if (!kind) return host.output().Fail(kind.failure());
 
   InterruptionReport report(host, NameOf(end));
-  ForgetTracedErrors();
+  ForgetReasons();
   CheckoutState standing;
   auto refusal = FindWorkingCopy(host, ending.address, ending.workingCopy);
   if (!refusal) refusal = RefusalOfEnd(host, end, ending.address, ending.workingCopy, standing);

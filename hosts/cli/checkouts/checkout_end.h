@@ -9,8 +9,7 @@ namespace vtdirect_cli {
 /// in common.
 [[nodiscard]] ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end);
 
-/// Warns of the temporary workspace that a check-in or an undo could not delete, by what the library traced
-/// of it.
+/// Warns of the temporary workspace that a check-in or an undo could not delete, and why.
 void WarnOfLeftWorkspace(Host& host);
 
 /// The members of what both print with --json.

@@ -11,7 +11,7 @@ struct JournalEntry {
   std::string
       writer;         ///< the process that wrote it, so that one under way can be told from one that was lost
   std::string since;  ///< UTC, as 2026-01-31T09:00:00Z
-  std::string step;   ///< checkout, checkin, undo, create, iterate or store
+  std::string step;   ///< checkout, checkin, undo, create, iterate, store, xliff put or xliff publish
   std::string address;  ///< as it was given
   std::string uid;      ///< the document's or the working copy's; for create the path
   std::string file;     ///< the local file that is stored; empty without one

@@ -12,19 +12,12 @@
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/translation/xliff_recovery.h"
 
 namespace vtdirect_cli {
 namespace {
 
 constexpr std::size_t kMostWarnings = 3;
-
-[[nodiscard]] Finding NotKnown(const std::string& address) {
-  return {false,
-          false,
-          {},
-          "where " + address + " stands could not be found out; \"vtdirect recover\" asks again"};
-}
 
 // The id of the document that a UID of any form was taken from.
 [[nodiscard]] std::string DocumentOf(const std::string& uid) {
@@ -65,18 +58,6 @@ constexpr std::size_t kMostWarnings = 3;
   }
 }
 
-// The bytes that the server has, as a sum; empty when they could not be fetched.
-[[nodiscard]] std::string SumOnServer(Host& host, const std::string& uid) {
-  const std::string path = host.workDirectory() + "/recovered";
-  std::string ignored;
-  VtDirectManager::DownloadOptions options;
-  options.compareSize = true;
-  const bool fetched = VtDirectManager::GetFile(uid.c_str(), path.c_str(), ignored, options);
-  const std::string sum = fetched ? Sha256OfFile(path) : "";
-  unlink(path.c_str());
-  return sum;
-}
-
 [[nodiscard]] Finding CompareContent(Host& host, const JournalEntry& entry, const std::string& uid) {
   const std::string sum = SumOnServer(host, uid);
   if (sum.empty()) return NotKnown(entry.address);
@@ -115,19 +96,63 @@ constexpr std::size_t kMostWarnings = 3;
           entry.file + " was not stored: " + entry.address + " has no newer iteration; it can be put again"};
 }
 
-[[nodiscard]] Finding FindCreation(Host& host, const JournalEntry& entry) {
-  ForgetTracedErrors();
-  const std::string uid = UidAtPlace(entry.uid);
-  if (!uid.empty()) return CompareContent(host, entry, uid);
-  const auto reason = LastReason();
-  if (reason && reason->kind != VtDirectManager::FailureKind::NotFound) return NotKnown(entry.address);
+[[nodiscard]] Finding NotCreated(const JournalEntry& entry) {
   return {true,
           false,
           {},
           entry.file + " was not stored: there is no document " + entry.uid + "; it can be put again"};
 }
 
+// The path leads to a document of the name in another folder, so only the folder tells whether it has one.
+[[nodiscard]] Finding FindBesideNamesake(const JournalEntry& entry) {
+  switch (PresenceInFolder(entry.uid)) {
+    case Presence::Gone:
+      return NotCreated(entry);
+    case Presence::There:
+      return {true,
+              false,
+              {},
+              "there is a document " + entry.uid + " now, which was not there before " + entry.file +
+                  " was sent; its content could not be compared, since the server leads that path to another "
+                  "document of the name"};
+    default:
+      return NotKnown(entry.address);
+  }
+}
+
+[[nodiscard]] Finding FindCreation(Host& host, const JournalEntry& entry) {
+  const VtDirectManager::Outcome outcome;
+  const std::string uid = VtDirectManager::GetUID(entry.uid.c_str());
+  if (IsElsewhere(entry.uid, uid)) return FindBesideNamesake(entry);
+  if (!uid.empty()) return CompareContent(host, entry, uid);
+  return AnswerIsMissing(outcome) ? NotKnown(entry.address) : NotCreated(entry);
+}
+
+// "a checkout", "an undo", "an xliff put".
+[[nodiscard]] std::string WithArticle(const std::string& step) {
+  const bool startsWithVowel = step.find_first_of("aeioux") == 0;
+  return (startsWithVowel ? "an " : "a ") + step;
+}
+
 }  // namespace
+
+Finding NotKnown(const std::string& address) {
+  return {false,
+          false,
+          {},
+          "where " + address + " stands could not be found out; \"vtdirect recover\" asks again"};
+}
+
+std::string SumOnServer(Host& host, const std::string& uid) {
+  const std::string path = host.workDirectory() + "/recovered";
+  std::string ignored;
+  VtDirectManager::DownloadOptions options;
+  options.compareSize = true;
+  const bool fetched = VtDirectManager::GetFile(uid.c_str(), path.c_str(), ignored, options);
+  const std::string sum = fetched ? Sha256OfFile(path) : "";
+  unlink(path.c_str());
+  return sum;
+}
 
 Finding FindOutWhatStands(Host& host, const JournalEntry& entry) {
   if (entry.step == "checkout") return FindCheckout(entry);
@@ -135,6 +160,8 @@ Finding FindOutWhatStands(Host& host, const JournalEntry& entry) {
   if (entry.step == "store") return FindStore(host, entry);
   if (entry.step == "iterate") return FindIteration(host, entry);
   if (entry.step == "create") return FindCreation(host, entry);
+  if (entry.step == "xliff put") return FindSentXliff(host, entry);
+  if (entry.step == "xliff publish") return FindPublication(entry);
   return NotKnown(entry.address);
 }
 
@@ -151,6 +178,13 @@ void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding) 
   if (!fault.empty()) host.output().Warning("the entry is still in the journal: " + fault);
 }
 
+void SettleRepeated(Host& host, const std::string& step, const std::string& uid) {
+  std::string fault;
+  for (const JournalEntry& entry : Journal().Open(fault)) {
+    if (entry.step == step && AreSameUid(entry.uid, uid)) SettleEntry(host, entry, {true, false, {}, {}});
+  }
+}
+
 void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls) {
   std::string fault;
   std::size_t warned = 0;
@@ -163,12 +197,12 @@ void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls) {
           "there are more changes that were not confirmed; \"vtdirect recover\" settles them");
       break;
     }
-    host.output().Warning("a " + entry.step + " of " + entry.address + " was begun " + entry.since +
+    host.output().Warning(WithArticle(entry.step) + " of " + entry.address + " was begun " + entry.since +
                           " and not confirmed: " + FindOutWhatStands(host, entry).words +
                           "; \"vtdirect recover\" settles it");
   }
   if (!fault.empty()) host.output().Warning(fault);
-  ForgetTracedErrors();
+  ForgetReasons();
 }
 
 }  // namespace vtdirect_cli

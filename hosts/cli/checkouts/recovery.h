@@ -16,6 +16,12 @@ struct Finding {
   std::string words;        ///< where things stand, and what to do next
 };
 
+/// The SHA-256 of the content that the server has; empty when it could not be fetched. Makes requests.
+[[nodiscard]] std::string SumOnServer(Host& host, const std::string& uid);
+
+/// What is said of a change whose outcome could not be found out.
+[[nodiscard]] Finding NotKnown(const std::string& address);
+
 /// Asks the server where things stand, by reads alone. What it doesn't say is not assumed. Makes requests; a
 /// store is compared with the bytes that the server has, which transfers them.
 [[nodiscard]] Finding FindOutWhatStands(Host& host, const JournalEntry& entry);
@@ -23,6 +29,10 @@ struct Finding {
 /// Brings what is kept here up to date, clears away the temporary workspace of a checkout that is over, and
 /// strikes the entry out. Makes requests.
 void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding);
+
+/// Strikes out the open entries of a change that can be made again without harm, and was now made.
+/// @param uid  of the object that was changed
+void SettleRepeated(Host& host, const std::string& step, const std::string& uid);
 
 /// Warns of the open entries on these servers, with what stands. Makes requests if there are any.
 /// @param urls  of the servers that a command works with

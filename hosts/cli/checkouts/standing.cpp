@@ -9,7 +9,6 @@
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -86,7 +85,7 @@ Presence PresenceOfWorkingCopy(const std::string& workingCopy) {
 
 std::string CheckOutDocument(const std::string& document) {
   for (int tries = 1;; ++tries) {
-    ForgetTracedErrors();
+    ForgetReasons();
     const WorkspacePrefix prefix;
     const std::string uid = VtDirectManager::Checkout(document.c_str());
     if (HasObjectId(uid)) return uid;

@@ -5,8 +5,9 @@
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/copy_search.h"
 #include "hosts/cli/diagnosis.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -19,13 +20,13 @@ constexpr const char* kUnchanged = "nothing was changed";
 }
 
 [[nodiscard]] Failure Refused(const std::string& what, const std::string& next) {
-  return {ExitCode::Failure, what + "; " + kUnchanged + (next.empty() ? "" : "; " + next)};
+  return {ExitCode::Failure, what + "; " + kUnchanged, next};
 }
 
-// What the server says in the trace, in brackets.
-[[nodiscard]] std::string Hint() {
-  const std::string error = FirstTracedError();
-  return error.empty() ? "" : " (" + error + ")";
+[[nodiscard]] Failure RefusedAs(FailureClass failureClass, const std::string& what, const std::string& next) {
+  Failure failure = Refused(what, next);
+  failure.failureClass = failureClass;
+  return failure;
 }
 
 // Before a command has changed anything.
@@ -50,17 +51,27 @@ constexpr const char* kUnchanged = "nothing was changed";
 
 [[nodiscard]] Failure RefusedOlderIteration(const std::string& address, const std::string& uid) {
   const std::string newest = NewestOf(uid);
-  return Refused(address + " is not the newest iteration",
-                 newest.empty() ? "" : CommandToType("checkout", newest) + " checks out that one");
+  return RefusedAs(FailureClass::Conflict, address + " is not the newest iteration",
+                   newest.empty() ? "" : CommandToType("checkout", newest) + " checks out that one");
 }
 
-[[nodiscard]] Failure RefusedOwnCheckout(const std::string& address, const std::string& uid) {
+[[nodiscard]] Failure RefusedOwnCheckout(Host& host, const std::string& address, const std::string& uid) {
   if (const auto kept = CheckoutBook().Find(uid)) {
-    return Refused("you have " + address + " checked out already; its working copy is " + kept->uid,
-                   "go on with that, or " + CommandToType("undo", kept->uid) + " gives it up");
+    return RefusedAs(FailureClass::Conflict,
+                     "you have " + address + " checked out already; its working copy is " + kept->uid,
+                     "go on with that, or " + CommandToType("undo", kept->uid) + " gives it up");
   }
-  return Refused("you have " + address + " checked out already, and its working copy is not kept here",
-                 CommandToType("browse-url", uid) + " tells where its page is");
+  const CopySearch found = SearchForCopy(host, address, uid);
+  if (found.failure) return *found.failure;
+  if (!found.uid.empty()) {
+    return RefusedAs(FailureClass::Conflict,
+                     "you have " + address + " checked out already, in the temporary workspace " +
+                         found.workspaceName + ", which is not kept here; its working copy is " + found.uid,
+                     "go on with that, or " + CommandToType("undo", found.uid) + " gives it up");
+  }
+  return RefusedAs(FailureClass::Conflict,
+                   "you have " + address + " checked out already, and its working copy is not kept here",
+                   CommandToType("browse-url", uid) + " tells where its page is");
 }
 
 // The id of the document alone, or of its working copy, does not take that to be checked in.
@@ -69,52 +80,64 @@ constexpr const char* kUnchanged = "nothing was changed";
                  "give the UID of the working copy, or its path, .../Workspaces/NAME/FILE");
 }
 
+[[nodiscard]] WhatStands OwnCheckoutNow(Host& host, const std::string& address, const std::string& uid) {
+  const CopySearch found = SearchForCopy(host, address, uid);
+  if (!found.uid.empty()) {
+    return {"you have it checked out now, and its working copy is " + found.uid,
+            "go on with that, or " + CommandToType("undo", found.uid) + " gives it up"};
+  }
+  return {"you have it checked out now, and the server did not tell the working copy",
+          CommandToType("browse-url", uid) + " tells where its page is, on which that can be undone"};
+}
+
 // What stands after a failed checkout, and what next.
-[[nodiscard]] std::string OutcomeOfCheckout(const std::string& uid) {
+[[nodiscard]] WhatStands OutcomeOfCheckout(Host& host, const std::string& address, const std::string& uid) {
   const CheckoutState standing = ReadCheckoutState(uid);
   switch (standing.status) {
     case VtDirectManager::CheckoutNone:
-      return std::string(kUnchanged) + ", it is not checked out; " + kAgain;
+      return {std::string(kUnchanged) + ", it is not checked out", kAgain, true};
     case VtDirectManager::CheckoutByOther:
-      return "it is checked out by " + standing.user +
-             " now; it can be checked out when that checkout has ended";
+      return {"it is checked out by " + standing.user + " now",
+              "it can be checked out when that checkout has ended"};
     case VtDirectManager::CheckoutNotPossible:
-      return "it has a newer iteration now; " + CommandToType("checkout", NewestOf(uid)) +
-             " checks out that one";
+      return {"it has a newer iteration now",
+              CommandToType("checkout", NewestOf(uid)) + " checks out that one"};
     case VtDirectManager::CheckoutStatusFailed:
     case VtDirectManager::CheckoutUnsupported:
-      return "what stands now could not be found out; " + CommandToType("status", uid) + " tells";
+      return {"what stands now could not be found out", CommandToType("status", uid) + " tells"};
     default:
-      return "you have it checked out now, and the server did not tell the working copy; " +
-             CommandToType("browse-url", uid) + " tells where its page is, on which that can be undone";
+      return OwnCheckoutNow(host, address, uid);
   }
 }
 
-[[nodiscard]] std::string OutcomeOfEnd(CheckoutEnd end, const std::string& uid) {
+[[nodiscard]] WhatStands OutcomeOfEnd(CheckoutEnd end, const std::string& uid) {
   const CheckoutState standing = ReadCheckoutState(uid);
   const std::string next = AdviceAfterEnd(end, uid);
   if (IsWorkingCopy(standing.status)) {
-    return "you still have it checked out, and its working copy is " + uid + "; " + kAgain;
+    return {"you still have it checked out, and its working copy is " + uid, kAgain, true};
   }
   if (standing.status == VtDirectManager::CheckoutByOther) {
-    return "it is checked out by " + standing.user + " now; " + next;
+    return {"it is checked out by " + standing.user + " now", next};
   }
   // A working copy in a workspace of the user's own goes by its own id, which ends with it.
   const bool isGone = standing.status != VtDirectManager::CheckoutStatusFailed ||
                       (!IsTemporaryCopy(uid) && !VtDirectManager::FileExists(uid.c_str()));
-  if (!isGone) return "what stands now could not be found out; " + next;
-  return std::string("its working copy is not there any more, so the ") + NounOf(end) +
-         " may have been done, and only the answer lost; " + next;
+  if (!isGone) return {"what stands now could not be found out", next};
+  return {std::string("its working copy is not there any more, so the ") + NounOf(end) +
+              " may have been done, and only the answer lost",
+          next};
 }
 
 // A server that can't be used tells nothing of what stands.
 [[nodiscard]] std::optional<Failure> ServerGone(Host& host, const std::string& step, const std::string& uid,
                                                 const std::string& next) {
-  const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));
+  const auto reason = LastReason();
+  auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));
   if (!failure || failure->code == ExitCode::Interrupted) return failure;
-  return Failure{failure->code,
-                 step + " failed: " + failure->message +
-                     "; whether it was done is not known; when the server can be used again, " + next};
+  failure->message = step + " failed: " + failure->Text() + "; whether it was done is not known";
+  failure->advice = "when the server can be used again, " + next;
+  failure->reason = reason;
+  return failure;
 }
 
 }  // namespace
@@ -129,6 +152,13 @@ std::string CommandToType(const std::string& command, const std::string& address
     }
   }
   return "\"vtdirect " + command + " '" + quoted + "'\"";
+}
+
+Failure WithStanding(Failure failure, const WhatStands& stands) {
+  failure.message += "; " + stands.text;
+  failure.advice = stands.next;
+  if (stands.isUnchanged && failure.reason) failure.reason->mayHaveHappened = false;
+  return failure;
 }
 
 std::string AdviceAfterEnd(CheckoutEnd end, const std::string& uid) {
@@ -146,8 +176,8 @@ std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address,
       return Refused(address + " is the UID of a working copy that does not stand any more",
                      CommandToType("verify", uid) + " tells what does");
     case VtDirectManager::CheckoutByOther:
-      return Refused(address + " is checked out by " + standing.user,
-                     "it can be checked out when that checkout has ended");
+      return RefusedAs(FailureClass::Locked, address + " is checked out by " + standing.user,
+                       "it can be checked out when that checkout has ended");
     case VtDirectManager::CheckoutNotPossible:
       return RefusedOlderIteration(address, uid);
     case VtDirectManager::CheckoutUnsupported:
@@ -155,16 +185,16 @@ std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address,
     case VtDirectManager::CheckoutStatusFailed:
       return DiagnoseUnchanged(host, address);
     default:
-      return RefusedOwnCheckout(address, uid);
+      return RefusedOwnCheckout(host, address, uid);
   }
 }
 
 Failure CheckoutFailure(Host& host, const std::string& address, const std::string& uid) {
   const std::string step = "the checkout of " + address;
-  const std::string hint = Hint();
+  Failure failed = WithReason({ExitCode::Failure, WithWords(step + " failed")});
   if (const auto failure = ServerGone(host, step, uid, CommandToType("status", uid) + " tells"))
     return *failure;
-  return {ExitCode::Failure, step + " failed" + hint + "; " + OutcomeOfCheckout(uid)};
+  return WithStanding(failed, OutcomeOfCheckout(host, address, uid));
 }
 
 std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::string& address,
@@ -177,7 +207,8 @@ std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::stri
     case VtDirectManager::CheckoutInWorkspace:
       return HasWorkspace(uid) ? std::nullopt : std::optional(RefusedUnknownCopy(address));
     case VtDirectManager::CheckoutByOther:
-      return Refused(address + " is checked out by " + standing.user, "only they can end that checkout");
+      return RefusedAs(FailureClass::Locked, address + " is checked out by " + standing.user,
+                       "only they can end that checkout");
     case VtDirectManager::CheckoutByUserUnrecorded:
       if (!HasWorkspace(uid)) return RefusedUnknownCopy(address);
       return Refused(
@@ -192,7 +223,7 @@ std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::stri
       return Refused("the server of " + address + " offers no checkout", "");
     default: {
       Failure failure = DiagnoseUnchanged(host, address);
-      if (failure.code == ExitCode::NotFound && HasWorkspace(uid)) failure.message += "; " + verify;
+      if (failure.code == ExitCode::NotFound && HasWorkspace(uid)) failure.advice = verify;
       return failure;
     }
   }
@@ -200,9 +231,9 @@ std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::stri
 
 Failure EndFailure(Host& host, CheckoutEnd end, const std::string& address, const std::string& uid) {
   const std::string step = std::string("the ") + NounOf(end) + " of " + address;
-  const std::string hint = Hint();
+  Failure failed = WithReason({ExitCode::Failure, WithWords(step + " failed")});
   if (const auto failure = ServerGone(host, step, uid, AdviceAfterEnd(end, uid))) return *failure;
-  return {ExitCode::Failure, step + " failed" + hint + "; " + OutcomeOfEnd(end, uid)};
+  return WithStanding(failed, OutcomeOfEnd(end, uid));
 }
 
 }  // namespace vtdirect_cli

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "hosts/cli/checkouts/checkout_words.h"
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
 #include "hosts/cli/host.h"
 
 /// What a checkout, a check-in and an undo say when they don't happen: the step, what now stands on the
@@ -13,6 +13,16 @@ namespace vtdirect_cli {
 
 /// What can end a checkout.
 enum class CheckoutEnd { Checkin, Undo };
+
+/// What is there after a failure, as the server was asked for it.
+struct WhatStands {
+  std::string text;
+  std::string next = "the same command can be given again";  ///< what a user may do about it
+  bool isUnchanged = false;  ///< the server has said that nothing of the change was carried out
+};
+
+/// The failure with what stands and what to do about it.
+[[nodiscard]] Failure WithStanding(Failure failure, const WhatStands& stands);
 
 /// A command line of this program in quotes, the address as a shell takes it.
 [[nodiscard]] std::string CommandToType(const std::string& command, const std::string& address);

@@ -4,20 +4,19 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
 
 ExitCode RunBrowseUrl(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
-  AddressKind kind{};
-  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
-    return host.output().Fail(*failure);
+  const auto kind = RequirePlacedAddress(arguments, address);
+  if (!kind) return host.output().Fail(kind.failure());
 
   std::string url;
-  ForgetTracedErrors();
+  ForgetReasons();
   if (!VtDirectManager::BrowserInfo(address.c_str(), url)) {
     return host.output().Fail(Diagnose(host, address, true));
   }

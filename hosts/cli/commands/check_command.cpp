@@ -3,7 +3,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -21,7 +21,7 @@ ExitCode RunCheck(Host& host, const Arguments& arguments) {
 
   VtDirectManager::StatusCode code = VtDirectManager::StatusOk;
   std::string redirect;
-  ForgetTracedErrors();
+  ForgetReasons();
   if (VtDirectManager::ServerSupported(url.c_str(), &code, &redirect)) {
     Record record{{"url", url}, {"supported", true}};
     if (!redirect.empty()) record.emplace_back("use", redirect);
@@ -30,7 +30,7 @@ ExitCode RunCheck(Host& host, const Arguments& arguments) {
   }
   const Failure failure = ServerFailure(host, url, code);
   if (failure.code == ExitCode::Interrupted) return host.output().Fail(failure);
-  host.output().Lines({{"url", url}, {"supported", false}, {"reason", std::string(NameOf(failure.code))}});
+  host.output().Lines({{"url", url}, {"supported", false}, {"reason", std::string(ClassOf(failure))}});
   return host.output().Fail(failure);
 }
 
@@ -49,7 +49,7 @@ CommandRow CheckCommand() {
       RunCheck,
       {{"url", MemberType::Text, nullptr, "the URL that was asked"},
        {"supported", MemberType::Flag, nullptr, "whether the server can be used"},
-       {"reason", MemberType::Text, "when not supported", "name of the exit status that tells why"},
+       {"reason", MemberType::Text, "when not supported", "the class of the failure"},
        {"use", MemberType::Text, "when the server calls another address its own", "that address"}}};
 }
 

@@ -9,8 +9,8 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -31,11 +31,11 @@ void Report(Host& host, const std::string& address, const std::string& document,
 }
 
 [[nodiscard]] ExitCode CheckOutOne(Host& host, const std::string& address) {
-  AddressKind kind{};
-  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
+  const auto kind = RequireAddress(address);
+  if (!kind) return host.output().Fail(kind.failure());
 
   InterruptionReport report(host, "checkout");
-  ForgetTracedErrors();
+  ForgetReasons();
   const std::string document = VtDirectManager::GetUID(address.c_str());
   auto refusal = RefusalOfAnotherPlace(address, document);
   if (!refusal) refusal = RefusalOfCheckout(host, address, document);
@@ -84,7 +84,7 @@ CommandRow CheckoutCommand() {
       true,
       RunCheckout,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-       {"document", MemberType::Text, nullptr, "the document's UID as it was before"},
+       {"document", MemberType::Text, nullptr, "the document's UID as it was before its checkout"},
        {"uid", MemberType::Text, nullptr, "the working copy's UID, to go on with"},
        {"kept", MemberType::Flag, nullptr, "whether that UID is kept"}}};
 }

@@ -10,8 +10,8 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/target_file.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
-#include "hosts/cli/trace_log.h"
 #include "hosts/cli/work_folder/pulling.h"
 
 namespace vtdirect_cli {
@@ -26,15 +26,14 @@ namespace {
 // A directory of somebody's files is no place for a work folder. One that was not finished counts as empty.
 [[nodiscard]] std::optional<Failure> RefusalOfDirectory(const std::string& directory) {
   if (WorkFolder::IsMade(directory)) {
-    return Failure{ExitCode::LocalFile, Printable(directory) +
-                                            " is a work folder already; vtdirect pull in it fetches what is "
-                                            "missing"};
+    return Failure{ExitCode::LocalFile, Printable(directory) + " is a work folder already",
+                   "vtdirect pull in it fetches what is missing"};
   }
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
     if (entry.path().filename() == ".vtdirect") continue;
-    return Failure{ExitCode::LocalFile,
-                   Printable(directory) + " is not empty; nothing was fetched; give another directory"};
+    return Failure{ExitCode::LocalFile, Printable(directory) + " is not empty; nothing was fetched",
+                   "give another directory"};
   }
   return std::nullopt;
 }
@@ -47,26 +46,27 @@ namespace {
 
 ExitCode RunClone(Host& host, const Arguments& arguments) {
   const std::string address = WithClosingSlash(arguments.Text("PATH"));
-  const Threads threads = ReadThreads(arguments);
-  if (threads.failure) return host.output().Fail(*threads.failure);
-  AddressKind kind{};
-  if (const auto failure = RequireAddress(address, kind)) return host.output().Fail(*failure);
-  if (IsById(address, kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, address));
+  const auto threads = ReadThreads(arguments);
+  if (!threads) return host.output().Fail(threads.failure());
+  const auto kind = RequireAddress(address);
+  if (!kind) return host.output().Fail(kind.failure());
+  if (IsById(address, *kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, address));
   const std::string directory = arguments.Has("DIR") ? arguments.Text("DIR") : NameOfFolder(address);
   if (const auto failure = RefusalOfDirectory(directory)) return host.output().Fail(*failure);
 
-  ForgetTracedErrors();
+  ForgetReasons();
   std::string server;
   static_cast<void>(VtDirectManager::GetLinkContext(address.c_str(), server));
-  const RemoteTree tree = ReadRemoteTree(server, {"", address}, threads.count);
+  const RemoteTree tree = ReadRemoteTree(server, {"", address}, *threads);
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
   // A directory is made only for a folder that is there.
   if (!tree.Knows("")) return host.output().Fail(DiagnoseDirectory(host, address, 0));
   if (const auto failure = MakeDirectory(directory)) return host.output().Fail(*failure);
-  const auto [folder, failure] = WorkFolder::Create(directory, address);
-  if (failure) return host.output().Fail(*failure);
-  if (const auto locked = folder->Lock()) return host.output().Fail(*locked);
-  return PullAll(host, *folder, tree, threads.count);
+  const auto created = WorkFolder::Create(directory, address);
+  if (!created) return host.output().Fail(created.failure());
+  WorkFolder& folder = **created;
+  if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
+  return PullAll(host, folder, tree, *threads);
 }
 
 }  // namespace

@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/commands/argument_name.h"
+#include "hosts/cli/failure.h"
 
 namespace vtdirect_cli {
 
@@ -16,7 +17,7 @@ enum class Completion { Nothing, Files, Directories };
 
 /// One option of the program or of a command.
 struct OptionRow {
-  const char* name;   ///< long name, without dashes
+  ArgumentName name;  ///< long name, without dashes
   char letter;        ///< short name; 0 for none
   const char* value;  ///< what stands for its value in the help; null for a flag
   bool repeatable;    ///< may be given several times, all of which count; otherwise the last one counts
@@ -29,7 +30,7 @@ enum class Count { Once, AtMostOnce, AtLeastOnce, AnyNumber };
 
 /// One operand of a command.
 struct OperandRow {
-  const char* name;
+  ArgumentName name;
   const char* help;
   Count count = Count::Once;
 };
@@ -52,15 +53,15 @@ struct MemberRow {
 class Arguments {
  public:
   /// Whether the option was given.
-  [[nodiscard]] bool Has(const std::string& name) const { return values_.contains(name); }
+  [[nodiscard]] bool Has(ArgumentName name) const { return values_.contains(name); }
   /// The last value; empty when it wasn't given.
-  [[nodiscard]] std::string Text(const std::string& name) const;
+  [[nodiscard]] std::string Text(ArgumentName name) const;
   /// Every value, in order.
-  [[nodiscard]] std::vector<std::string> All(const std::string& name) const;
-  void Set(const std::string& name, std::vector<std::string> values) { values_[name] = std::move(values); }
+  [[nodiscard]] std::vector<std::string> All(ArgumentName name) const;
+  void Set(ArgumentName name, std::vector<std::string> values) { values_[name] = std::move(values); }
 
  private:
-  std::map<std::string, std::vector<std::string>> values_;
+  std::map<ArgumentName, std::vector<std::string>> values_;
 };
 
 /// One command, named by one word, or by two of which the first is the name of a group. The parser, the help
@@ -103,6 +104,12 @@ struct GroupRow {
 
 /// The members of a failure, on standard error.
 [[nodiscard]] std::span<const MemberRow> FailureMembers();
+
+/// The members of a warning, on standard error.
+[[nodiscard]] std::span<const MemberRow> WarningMembers();
+
+/// What the members mean that several commands have: the same in each of them.
+[[nodiscard]] std::span<const MemberRow> Vocabulary();
 
 /// "text", "flag", "number" or "texts".
 [[nodiscard]] const char* NameOf(MemberType type);

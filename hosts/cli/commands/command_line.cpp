@@ -12,7 +12,7 @@ namespace vtdirect_cli {
 namespace {
 
 struct Binding {
-  std::string name;
+  ArgumentName name;
   CLI::Option* option = nullptr;
   std::vector<std::string> values;
 };
@@ -21,7 +21,7 @@ struct Binding {
 using Bindings = std::list<Binding>;
 
 [[nodiscard]] std::string Names(const OptionRow& row) {
-  const std::string longName = "--" + std::string(row.name);
+  const std::string longName = "--" + std::string(row.name.text());
   return row.letter == 0 ? longName : std::string("-") + row.letter + "," + longName;
 }
 
@@ -39,7 +39,7 @@ void Bind(CLI::App& app, const OptionRow& row, Bindings& bindings) {
 
 void BindOperand(CLI::App& app, const OperandRow& row, Bindings& bindings) {
   Binding& binding = bindings.emplace_back(Binding{row.name, nullptr, {}});
-  binding.option = app.add_option(row.name, binding.values);
+  binding.option = app.add_option(row.name.text(), binding.values);
   if (row.count == Count::Once || row.count == Count::AtLeastOnce) binding.option->required();
   if (row.count == Count::Once || row.count == Count::AtMostOnce)
     binding.option->allow_extra_args(false)->expected(1);
@@ -53,9 +53,9 @@ void Collect(const Bindings& bindings, Arguments& arguments) {
 
 void BindGlobals(CLI::App& app, Bindings& bindings) {
   for (const OptionRow& row : GlobalOptions()) {
-    if (std::string("help") == row.name) {
+    if (row.name == "help") {
       app.set_help_flag(Names(row));
-    } else if (std::string("version") == row.name) {
+    } else if (row.name == "version") {
       app.set_version_flag(Names(row), VersionText());
     } else {
       Bind(app, row, bindings);
@@ -104,9 +104,43 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
 
 [[nodiscard]] Failure MissingCommand(const CLI::App& app) {
   const GroupRow* const group = ChosenGroup(app);
-  if (group == nullptr) return {ExitCode::Usage, "no command is given; see vtdirect --help"};
+  if (group == nullptr) return {ExitCode::Usage, "no command is given", "see vtdirect --help"};
   const std::string name = group->name;
-  return {ExitCode::Usage, name + " takes one of its commands; see vtdirect " + name + " --help"};
+  return {ExitCode::Usage, name + " takes one of its commands", "see vtdirect " + name + " --help"};
+}
+
+// The letters of the options that take no value, up to the first that takes one: what follows that one is its
+// value.
+[[nodiscard]] bool HasLetter(std::string_view cluster, char wanted) {
+  for (const char letter : cluster) {
+    if (letter == wanted) return true;
+    const auto takesValue = [letter](const OptionRow& row) {
+      return row.letter == letter && row.value != nullptr;
+    };
+    if (std::any_of(GlobalOptions().begin(), GlobalOptions().end(), takesValue)) return false;
+    for (const CommandRow& command : Commands()) {
+      if (std::any_of(command.options.begin(), command.options.end(), takesValue)) return false;
+    }
+  }
+  return false;
+}
+
+// Of a line that can't be understood nobody can tell what a word means, so "--json" counts wherever it is.
+[[nodiscard]] bool AsksForJson(int argc, const char* const* argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view word = argv[i];
+    if (word == "--") return false;
+    if (word == "--json") return true;
+    if (word.starts_with('-') && !word.starts_with("--") && HasLetter(word.substr(1), 'j')) return true;
+  }
+  return false;
+}
+
+// "xliff" of a line that names the group alone.
+[[nodiscard]] std::string NamedBy(const CLI::App& app) {
+  if (const CommandRow* const command = Chosen(app)) return command->name;
+  const GroupRow* const group = ChosenGroup(app);
+  return group == nullptr ? "" : group->name;
 }
 
 // "help get" is what "get --help" is. The parser takes the words from the back.
@@ -124,7 +158,7 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
 [[nodiscard]] Failure UnexpectedWords(const CLI::App& app) {
   std::string words;
   for (const std::string& word : app.remaining(true)) words += " " + word;
-  return {ExitCode::Usage, "not expected:" + words + "; see vtdirect --help"};
+  return {ExitCode::Usage, "not expected:" + words, "see vtdirect --help"};
 }
 
 }  // namespace
@@ -135,6 +169,7 @@ std::string VersionText() {
 
 CommandLine ParseCommandLine(int argc, const char* const* argv) {
   CommandLine line;
+  line.json = AsksForJson(argc, argv);
   CLI::App app;
   app.require_subcommand(0, 1);
   Bindings globals;
@@ -153,13 +188,17 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
     return line;
   } catch (const CLI::ExtrasError&) {
     line.failure = UnexpectedWords(app);
+    line.named = NamedBy(app);
     return line;
   } catch (const CLI::ParseError& error) {
-    line.failure = Failure{ExitCode::Usage, std::string(error.what()) + "; see vtdirect --help"};
+    line.failure = Failure{ExitCode::Usage, error.what(), "see vtdirect --help"};
+    line.named = NamedBy(app);
     return line;
   }
   Collect(globals, line.arguments);
+  line.json = line.arguments.Has("json");
   line.command = Chosen(app);
+  line.named = NamedBy(app);
   if (line.command == nullptr) {
     line.failure = MissingCommand(app);
     return line;

@@ -13,6 +13,8 @@ struct CommandLine {
   Arguments arguments;
   std::string text;
   std::optional<Failure> failure;
+  std::string named;  ///< the command that the line names, also one that is used wrongly; empty if none is
+  bool json = false;  ///< whether a failure of the line is to be told as JSON
 };
 
 /// Reads the command line by the table of commands. Does nothing else.

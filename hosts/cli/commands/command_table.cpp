@@ -2,18 +2,18 @@
 
 namespace vtdirect_cli {
 
-std::string Arguments::Text(const std::string& name) const {
+std::string Arguments::Text(ArgumentName name) const {
   const auto found = values_.find(name);
   return found == values_.end() || found->second.empty() ? "" : found->second.back();
 }
 
-std::vector<std::string> Arguments::All(const std::string& name) const {
+std::vector<std::string> Arguments::All(ArgumentName name) const {
   const auto found = values_.find(name);
   return found == values_.end() ? std::vector<std::string>{} : found->second;
 }
 
 std::string UsageOf(const OperandRow& row) {
-  const std::string name = row.name;
+  const std::string name = row.name.text();
   if (row.count == Count::AnyNumber) return "[" + name + "...]";
   if (row.count == Count::AtMostOnce) return "[" + name + "]";
   return row.count == Count::AtLeastOnce ? name + "..." : name;
@@ -32,9 +32,15 @@ const char* NameOf(MemberType type) {
   }
 }
 
+namespace {
+
+constexpr const char* kAfterCall = "when a call of the library failed";
+
+}  // namespace
+
 std::span<const MemberRow> CommonMembers() {
   static const std::vector<MemberRow> rows = {
-      {"schema", MemberType::Number, nullptr, "version of the form, now 1"},
+      {"schema", MemberType::Number, nullptr, "version of the form, now 2"},
       {"command", MemberType::Text, nullptr, "the command"},
   };
   return rows;
@@ -42,9 +48,41 @@ std::span<const MemberRow> CommonMembers() {
 
 std::span<const MemberRow> FailureMembers() {
   static const std::vector<MemberRow> rows = {
-      {"error", MemberType::Text, nullptr, "name of the exit status"},
-      {"exit", MemberType::Number, nullptr, "its number"},
-      {"message", MemberType::Text, nullptr, "what happened, for a reader"},
+      {"error", MemberType::Text, nullptr, "the class of the failure: a name of the list below"},
+      {"exit", MemberType::Number, nullptr, "the exit status"},
+      {"message", MemberType::Text, nullptr, "what happened and what to do, for a reader"},
+      {"retryable", MemberType::Flag, nullptr,
+       "whether the same command can be given again as it is, and may succeed then"},
+      {"advice", MemberType::Text, "when there is something to do",
+       "the end of the message: what to do next"},
+      {"kind", MemberType::Text, kAfterCall, "what went wrong there, in words: \"not found\", \"timed out\""},
+      {"step", MemberType::Text, kAfterCall, "what was being done: \"check in\""},
+      {"http_status", MemberType::Number, "when the server answered", "the status of its answer"},
+      {"server_text", MemberType::Text, "when the server told more", "the start of what it said"},
+      {"may_have_happened", MemberType::Flag, kAfterCall,
+       "whether a change may have been carried out although it failed; to be looked at before it is sent "
+       "again"},
+  };
+  return rows;
+}
+
+std::span<const MemberRow> WarningMembers() {
+  static const std::vector<MemberRow> rows = {
+      {"warning", MemberType::Text, nullptr, "what went wrong and did not stop the command, for a reader"},
+  };
+  return rows;
+}
+
+std::span<const MemberRow> Vocabulary() {
+  static const std::vector<MemberRow> rows = {
+      {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+      {"kind", MemberType::Text, nullptr, "document, folder or server"},
+      {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+      {"title", MemberType::Text, nullptr, "the document's name that people gave it, free text"},
+      {"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
+      {"folder", MemberType::Text, nullptr, "path of the folder that holds the document"},
+      {"uid", MemberType::Text, nullptr, "the UID to go on with, of the object that the line is about"},
+      {"document", MemberType::Text, nullptr, "the document's UID as it was before its checkout"},
   };
   return rows;
 }

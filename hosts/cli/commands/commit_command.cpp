@@ -1,8 +1,8 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
-#include "hosts/cli/trace_log.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/pulling.h"
 #include "hosts/cli/work_folder/sending.h"
@@ -23,10 +23,10 @@ namespace {
 }
 
 void Show(Host& host, const std::string& action, const FolderFile& file) {
-  host.output().Row({{"action", action}, {"version", file.version}, {"path", file.path}},
+  host.output().Row({{"action", action}, {"version", file.version}, {"file", file.path}},
                     {{"action", action},
-                     {"path", file.path},
-                     {"address", file.address},
+                     {"file", file.path},
+                     {"path", file.address},
                      {"uid", file.uid},
                      {"version", file.version},
                      {"bytes", file.size}});
@@ -90,7 +90,7 @@ void Show(Host& host, const std::string& action, const FolderFile& file) {
 
 ExitCode CommitAll(Host& host, WorkFolder& folder, const LocalSide& side,
                    const std::vector<FolderFile>& files) {
-  ForgetTracedErrors();
+  ForgetReasons();
   const RemoteTree tree = ReadRemoteFolders(folder.store().server(), FoldersOf(files), usualThreads);
   ExitCode worst = ExitCode::Ok;
   for (const Failure& failure : tree.failures) {
@@ -105,23 +105,24 @@ ExitCode CommitAll(Host& host, WorkFolder& folder, const LocalSide& side,
 }
 
 ExitCode RunCommit(Host& host, const Arguments& arguments) {
-  const auto [folder, failure] = WorkFolder::OpenHere();
-  if (failure) return host.output().Fail(*failure);
-  if (const auto locked = folder->Lock()) return host.output().Fail(*locked);
-  const LocalReading local = ReadLocalSide(*folder);
-  if (local.failure) return host.output().Fail(*local.failure);
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  WorkFolder& folder = **opened;
+  if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
   std::vector<FolderFile> files;
   if (arguments.Has("FILE")) {
-    const NamedFiles named = FilesNamed(*folder, local.side, arguments.All("FILE"));
-    if (named.failure) return host.output().Fail(*named.failure);
-    files = named.files;
+    const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
+    if (!named) return host.output().Fail(named.failure());
+    files = *named;
   } else {
-    for (const auto& [path, file] : local.side.kept) {
-      if (local.side.states.at(path) == LocalState::Modified) files.push_back(file);
+    for (const auto& [path, file] : local->kept) {
+      if (local->states.at(path) == LocalState::Modified) files.push_back(file);
     }
     if (files.empty()) host.output().Note("no file was changed here");
   }
-  return CommitAll(host, *folder, local.side, files);
+  return CommitAll(host, folder, *local, files);
 }
 
 }  // namespace
@@ -148,8 +149,8 @@ CommandRow CommitCommand() {
       RunCommit,
       {{"action", MemberType::Text, nullptr,
         "committed, or known when the server had the file's content already"},
-       {"path", MemberType::Text, nullptr, "the file, below the work folder"},
-       {"address", MemberType::Text, nullptr, "the document's path on the server"},
+       {"file", MemberType::Text, nullptr, "the file, below the work folder"},
+       {"path", MemberType::Text, nullptr, "the document's path on the server"},
        {"uid", MemberType::Text, nullptr, "UID of the version that the file is now"},
        {"version", MemberType::Text, nullptr, "that version"},
        {"bytes", MemberType::Number, nullptr, "the file's size"}}};

@@ -1,6 +1,6 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/work_folder/difference.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/work_files.h"
@@ -11,7 +11,7 @@ namespace {
 [[nodiscard]] ExitCode DiffOne(Host& host, const WorkFolder& folder, const FolderFile& file,
                                LocalState state) {
   const bool differs = state != LocalState::Same;
-  host.output().JsonOnly({{"path", file.path}, {"version", file.version}, {"differs", differs}});
+  host.output().JsonOnly({{"file", file.path}, {"version", file.version}, {"differs", differs}});
   if (!differs || host.output().json()) return ExitCode::Ok;
   if (state == LocalState::Missing) {
     return host.output().Fail({ExitCode::LocalFile, file.path + " is not here; vtdirect revert fetches it"});
@@ -26,16 +26,17 @@ namespace {
 }
 
 ExitCode RunDiff(Host& host, const Arguments& arguments) {
-  const auto [folder, failure] = WorkFolder::OpenHere();
-  if (failure) return host.output().Fail(*failure);
-  const LocalReading local = ReadLocalSide(*folder);
-  if (local.failure) return host.output().Fail(*local.failure);
-  const NamedFiles named = FilesNamed(*folder, local.side, arguments.All("FILE"));
-  if (named.failure) return host.output().Fail(*named.failure);
-  ForgetTracedErrors();
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  WorkFolder& folder = **opened;
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
+  const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
+  if (!named) return host.output().Fail(named.failure());
+  ForgetReasons();
   ExitCode worst = ExitCode::Ok;
-  for (const FolderFile& file : named.files) {
-    worst = Worse(worst, DiffOne(host, *folder, file, local.side.states.at(file.path)));
+  for (const FolderFile& file : *named) {
+    worst = Worse(worst, DiffOne(host, folder, file, local->states.at(file.path)));
   }
   return worst;
 }
@@ -55,7 +56,7 @@ CommandRow DiffCommand() {
       {},
       true,
       RunDiff,
-      {{"path", MemberType::Text, nullptr, "the file, below the work folder"},
+      {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
        {"version", MemberType::Text, nullptr, "the version that it came from"},
        {"differs", MemberType::Flag, nullptr, "whether it was changed"}}};
   row.worksInFolder = true;

@@ -7,14 +7,14 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
 
 [[nodiscard]] Failure WhyNoPage(Host& host, const std::string& address, const std::string& uid) {
-  const std::string hint = FirstTracedError();
+  const std::string hint = WordsOfLastReason();
   if (uid.empty() || !VtDirectManager::FileExists(uid.c_str())) return Diagnose(host, address, true);
   const CheckoutState state = ReadCheckoutState(uid);
   if (state.status == VtDirectManager::CheckoutNone) {
@@ -32,11 +32,10 @@ namespace {
 
 ExitCode RunEditUrl(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
-  AddressKind kind{};
-  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
-    return host.output().Fail(*failure);
+  const auto kind = RequirePlacedAddress(arguments, address);
+  if (!kind) return host.output().Fail(kind.failure());
 
-  ForgetTracedErrors();
+  ForgetReasons();
   // The page is that of the copy in its workspace, which an id alone does not tell.
   const std::string uid = WithWorkspace(UidToGoOnWith(host, address));
   const std::string url = uid.empty() ? "" : VtDirectManager::VantryEditAttributesURL(uid.c_str());

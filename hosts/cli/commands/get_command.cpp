@@ -2,6 +2,8 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/copy_search.h"
+#include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
@@ -15,68 +17,81 @@ namespace vtdirect_cli {
 namespace {
 
 [[nodiscard]] Failure NotFetched(const std::string& what, const std::string& next) {
-  return {ExitCode::Failure, what + "; nothing was fetched; " + next};
+  return {ExitCode::Failure, what + "; nothing was fetched", next};
 }
 
 [[nodiscard]] std::string BaseInstead(const std::string& address) {
   return CommandToType("get --base", address) + " fetches the content from before the checkout";
 }
 
+// What is fetched, and what it is called to go on with.
+struct Content {
+  std::string source;         // empty for the address itself
+  std::string uidToGoOnWith;  // empty for the source's UID
+};
+
 // The content of the working copy, which the library gives for its own id alone: the UID of a temporary
 // checkout reads as the document that was checked out.
-[[nodiscard]] std::optional<Failure> SettleCopy(Host& host, const std::string& uid,
-                                                const std::string& workingCopy, Download& download) {
+[[nodiscard]] Result<Content> ContentOfCopy(Host& host, const std::string& address, const std::string& uid,
+                                            const std::string& workingCopy) {
   switch (PresenceOfWorkingCopy(workingCopy)) {
     case Presence::There:
-      download.source = ByOwnId(workingCopy);
-      download.uidToGoOnWith = workingCopy;
-      return std::nullopt;
+      return Content{ByOwnId(workingCopy), workingCopy};
     case Presence::Gone:
       if (IsTemporaryCopy(uid)) {
         return NotFetched("the working copy " + uid + " is not there any more",
-                          CommandToType("verify", uid) + " tells what is; " + BaseInstead(download.address));
+                          CommandToType("verify", uid) + " tells what is; " + BaseInstead(address));
       }
-      download.source = uid;
-      host.output().Note("the working copy of " + download.address +
+      host.output().Note("the working copy of " + address +
                          " that is kept here is not there any more; this is the document's own content");
-      return std::nullopt;
+      return Content{uid, {}};
     default:
       return NotFetched("whether the working copy " + workingCopy + " is there could not be found out",
-                        "the same command can be given again; " + BaseInstead(download.address));
+                        "the same command can be given again; " + BaseInstead(address));
   }
+}
+
+// Of a working copy that is not kept here, or of the document itself.
+[[nodiscard]] Result<Content> ContentOnServer(Host& host, const std::string& address,
+                                              const std::string& uid) {
+  const CopySearch found = CopyToGoOnWith(host, address, ReadCheckoutState(uid).status, uid);
+  if (found.failure) {
+    Failure failure = *found.failure;
+    failure.advice += (failure.advice.empty() ? "" : "; ") + BaseInstead(address);
+    return failure;
+  }
+  if (IsTemporaryCopy(found.uid)) return Content{ByOwnId(found.uid), found.uid};
+  // The walk to a path's document need not be made twice.
+  return Content{VtDirectManager::IsUID(address.c_str()) ? "" : uid, {}};
 }
 
 // What a user means by a document that they have checked out is its working copy, unless they say otherwise.
-[[nodiscard]] std::optional<Failure> SettleContent(Host& host, const Arguments& arguments,
-                                                   Download& download) {
-  const std::string uid = VtDirectManager::GetUID(download.address.c_str());
-  if (uid.empty()) return std::nullopt;
+[[nodiscard]] Result<Content> SettleContent(Host& host, const Arguments& arguments,
+                                            const std::string& address) {
+  const std::string uid = VtDirectManager::GetUID(address.c_str());
+  if (uid.empty()) return Content{};
   const auto kept = CheckoutBook().Find(uid);
-  const std::string workingCopy = kept ? kept->uid : uid;
-  // The walk to a path's document need not be made twice.
-  if (!VtDirectManager::IsUID(download.address.c_str())) download.source = uid;
   if (arguments.Has("base")) {
-    download.source = kept && AreSameUid(kept->uid, uid) ? kept->document : uid;
-    if (IsTemporaryCopy(download.source)) download.source = ByDocumentId(download.source);
-    return std::nullopt;
+    return Content{ByDocumentId(kept && AreSameUid(kept->uid, uid) ? kept->document : uid), {}};
   }
-  if (!kept && !IsTemporaryCopy(uid)) return std::nullopt;
-  return SettleCopy(host, uid, workingCopy, download);
+  if (kept || IsTemporaryCopy(uid)) return ContentOfCopy(host, address, uid, kept ? kept->uid : uid);
+  return ContentOnServer(host, address, uid);
 }
 
 ExitCode RunGet(Host& host, const Arguments& arguments) {
-  Download download;
-  download.address = arguments.Text("ADDRESS");
-  download.described = {{"address", download.address}};
+  const std::string address = arguments.Text("ADDRESS");
   if (const auto failure = CheckDownloadOptions(host, arguments)) return host.output().Fail(*failure);
-  AddressKind kind{};
-  if (const auto failure = RequirePlacedAddress(arguments, download.address, kind)) {
-    return host.output().Fail(*failure);
-  }
-  if (const auto failure = SettleDownload(host, arguments, download)) return host.output().Fail(*failure);
-  if (const auto failure = SettleContent(host, arguments, download)) return host.output().Fail(*failure);
+  const auto kind = RequirePlacedAddress(arguments, address);
+  if (!kind) return host.output().Fail(kind.failure());
+  auto download = SettleDownload(host, arguments, address);
+  if (!download) return host.output().Fail(download.failure());
+  const auto content = SettleContent(host, arguments, address);
+  if (!content) return host.output().Fail(content.failure());
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
-  return RunDownload(host, download);
+  download->described = {{"address", address}};
+  download->source = content->source;
+  download->uidToGoOnWith = content->uidToGoOnWith;
+  return RunDownload(host, *download);
 }
 
 [[nodiscard]] std::vector<OptionRow> Options() {
@@ -113,8 +128,10 @@ CommandRow GetCommand() {
       "or ~/.local/state/vtdirect/fetched. Any other file takes --force. A write-protected file is never "
       "replaced. A file that is replaced keeps its permissions, and its group where you may give it.\n\n"
       "Without -o the file name is that of the object, escaped as in a path (the characters |\\/<>:\"?*% "
-      "as %hh), in the current directory. A dot in front and control bytes are escaped too, so that no "
-      "name leads out of the directory or hides in it.",
+      "as %hh), in the current directory. A dot in front, control characters and those that turn the "
+      "direction of writing are escaped too, so that no name leads out of the directory, hides in it or "
+      "looks like "
+      "another.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
       Options(),
       true,

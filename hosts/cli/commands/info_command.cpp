@@ -5,8 +5,8 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -18,7 +18,7 @@ void AddUnlessEmpty(Record& record, const char* key, const std::string& value) {
 // What the text of the address tells, with the list of servers.
 [[nodiscard]] Record DescribeAddress(const std::string& address, AddressKind kind) {
   return {{"address", address},
-          {"kind", std::string(kind == AddressKind::Uid ? "uid" : "path")},
+          {"address_kind", std::string(kind == AddressKind::Uid ? "uid" : "path")},
           {"server", VtDirectManager::GetServerNickname(address.c_str())},
           {"server_url", VtDirectManager::GetServerURL(address.c_str())}};
 }
@@ -28,10 +28,10 @@ void DescribeIdentity(const std::string& address, const std::string& uid, Record
   std::map<VtDirectManager::VtDetails, std::string> details{{VtDirectManager::DetailName, ""},
                                                             {VtDirectManager::DetailNumber, ""}};
   if (VtDirectManager::ReadDetails(address.c_str(), details)) {
-    AddUnlessEmpty(record, "name", details[VtDirectManager::DetailName]);
+    AddUnlessEmpty(record, "title", details[VtDirectManager::DetailName]);
     AddUnlessEmpty(record, "number", details[VtDirectManager::DetailNumber]);
   }
-  AddUnlessEmpty(record, "file_name", FileNameOf(address));
+  AddUnlessEmpty(record, "name", FileNameOf(address));
 }
 
 void DescribeVersion(const std::string& address, const std::string& uid, Record& record) {
@@ -53,9 +53,10 @@ void DescribeCheckout(const std::string& address, Record& record) {
   AddUnlessEmpty(record, "checked_out_by", checkout.user);
 }
 
-void DescribeFolder(const std::string& folder, Record& record) {
+// @param member  "folder" for that of a document, "path" for one that was asked for itself
+void DescribeFolder(const char* member, const std::string& folder, Record& record) {
   const char* const text = folder.c_str();
-  record.insert(record.end(), {{"folder", folder},
+  record.insert(record.end(), {{member, folder},
                                {"writable", VtDirectManager::IsPathWritable(text)},
                                {"shows_details", VtDirectManager::CanPathShowDetails(text)},
                                {"shows_versions", VtDirectManager::CanPathShowVersions(text)}});
@@ -65,7 +66,7 @@ void DescribePlace(const std::string& address, const std::string& placed, Record
   AddUnlessEmpty(record, "path_latest", VtDirectManager::GetVFSPathLatest(placed.c_str()));
   AddUnlessEmpty(record, "path_versioned", VtDirectManager::GetVFSPathVersioned(address.c_str()));
   const std::string folder = VtDirectManager::GetVFSFolderPath(address.c_str());
-  if (!folder.empty()) DescribeFolder(folder, record);
+  if (!folder.empty()) DescribeFolder("folder", folder, record);
   std::string url;
   if (VtDirectManager::GetFileDownloadURL(address.c_str(), url, nullptr)) {
     AddUnlessEmpty(record, "content_url", url);
@@ -75,7 +76,7 @@ void DescribePlace(const std::string& address, const std::string& placed, Record
 }
 
 void DescribeObject(const std::string& address, AddressKind kind, Record& record) {
-  record.emplace_back("type", std::string("document"));
+  record.emplace_back("kind", std::string("document"));
   const std::string uid = VtDirectManager::GetUID(address.c_str());
   DescribeIdentity(address, uid, record);
   DescribeVersion(address, uid, record);
@@ -107,20 +108,19 @@ ExitCode FailMissing(Host& host, const std::string& address, Record& record) {
 
 ExitCode RunInfo(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
-  AddressKind kind{};
-  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
-    return host.output().Fail(*failure);
+  const auto kind = RequirePlacedAddress(arguments, address);
+  if (!kind) return host.output().Fail(kind.failure());
 
-  ForgetTracedErrors();
-  Record record = DescribeAddress(address, kind);
+  ForgetReasons();
+  Record record = DescribeAddress(address, *kind);
   const bool isObject = VtDirectManager::FileExists(address.c_str());
-  if (!isObject && !IsFolder(address, kind)) return FailMissing(host, address, record);
+  if (!isObject && !IsFolder(address, *kind)) return FailMissing(host, address, record);
   record.emplace_back("exists", true);
   if (isObject) {
-    DescribeObject(address, kind, record);
+    DescribeObject(address, *kind, record);
   } else {
-    record.emplace_back("type", std::string("folder"));
-    DescribeFolder(WithClosingSlash(address), record);
+    record.emplace_back("kind", std::string("folder"));
+    DescribeFolder("path", WithClosingSlash(address), record);
   }
   DescribeServer(address, record);
   host.output().Lines(record);
@@ -129,19 +129,19 @@ ExitCode RunInfo(Host& host, const Arguments& arguments) {
 
 [[nodiscard]] std::vector<MemberRow> Members() {
   constexpr const char* kTold = "for a document, as far as the server tells it";
-  constexpr const char* kFolder = "with folder";
+  constexpr const char* kFolder = "with folder, and for a folder";
   constexpr const char* kThere = "when the object is there";
   return {
       {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-      {"kind", MemberType::Text, nullptr, "uid or path"},
+      {"address_kind", MemberType::Text, nullptr, "uid or path: what ADDRESS is"},
       {"server", MemberType::Text, nullptr, "nickname of the server"},
       {"server_url", MemberType::Text, nullptr, "its URL"},
       {"exists", MemberType::Flag, nullptr, "whether the object is there"},
-      {"type", MemberType::Text, kThere, "document or folder"},
+      {"kind", MemberType::Text, kThere, "document, folder or server"},
       {"uid", MemberType::Text, kTold, "the object's UID"},
-      {"name", MemberType::Text, kTold, "its name, free text"},
+      {"title", MemberType::Text, kTold, "the document's name that people gave it, free text"},
       {"number", MemberType::Text, kTold, "its number"},
-      {"file_name", MemberType::Text, kTold, "its file name, escaped as in a path"},
+      {"name", MemberType::Text, kTold, "the name as it stands in a path, escaped"},
       {"version", MemberType::Text, kTold, "the version of this iteration"},
       {"latest_version", MemberType::Text, kTold, "the newest version"},
       {"latest_uid", MemberType::Text, kTold, "UID of the newest iteration"},
@@ -150,10 +150,11 @@ ExitCode RunInfo(Host& host, const Arguments& arguments) {
       {"checked_out_by", MemberType::Text, "when checked out", "who holds the checkout"},
       {"path_latest", MemberType::Text, kTold, "path of the newest iteration"},
       {"path_versioned", MemberType::Text, kTold, "path of exactly this iteration"},
-      {"folder", MemberType::Text, kTold, "path of the folder that holds it; of a folder its own path"},
+      {"folder", MemberType::Text, kTold, "path of the folder that holds the document"},
+      {"path", MemberType::Text, "for a folder", "the object's own path; a folder's closes with \"/\""},
       {"content_url", MemberType::Text, kTold, "URL of its content"},
       {"web_page", MemberType::Text, kTold, "address of its page for a web browser"},
-      {"writable", MemberType::Flag, kFolder, "whether documents can be created in that folder"},
+      {"writable", MemberType::Flag, kFolder, "whether documents can be created in the folder"},
       {"shows_details", MemberType::Flag, kFolder, "whether its listing shows numbers and titles"},
       {"shows_versions", MemberType::Flag, kFolder, "whether its listing shows versions"},
       {"checkout_supported", MemberType::Flag, kThere, "whether the server offers checkout"},
@@ -166,20 +167,21 @@ ExitCode RunInfo(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow InfoCommand() {
-  return {"info",
-          "Tell what is known of an object",
-          "Prints \"key: value\" lines: address, kind (path or uid), server and server_url, exists. For a "
-          "document that is there also type, uid, name, number, file_name (escaped, as in a path), version, "
-          "latest_version and latest_uid, checkout (see status) and checked_out_by, path_latest, "
-          "path_versioned, folder with writable, shows_details and shows_versions, content_url and web_page, "
-          "as far as the server tells them. For a folder: "
-          "type, folder, writable, shows_details, shows_versions. For both what the server offers: "
-          "checkout_supported, translation_supported, separated_sources, vcs_metadata.",
-          {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-          {AnywhereOption()},
-          true,
-          RunInfo,
-          Members()};
+  return {
+      "info",
+      "Tell what is known of an object",
+      "Prints \"key: value\" lines: address, address_kind (path or uid), server and server_url, exists. For "
+      "a document that is there also kind, uid, title, number, name (escaped, as in a path), version, "
+      "latest_version and latest_uid, checkout (see status) and checked_out_by, path_latest, "
+      "path_versioned, folder with writable, shows_details and shows_versions, content_url and web_page, "
+      "as far as the server tells them. For a folder: "
+      "kind, path, writable, shows_details, shows_versions. For both what the server offers: "
+      "checkout_supported, translation_supported, separated_sources, vcs_metadata.",
+      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+      {AnywhereOption()},
+      true,
+      RunInfo,
+      Members()};
 }
 
 }  // namespace vtdirect_cli

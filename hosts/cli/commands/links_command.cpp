@@ -6,8 +6,8 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -21,11 +21,10 @@ namespace {
 
 ExitCode RunLinks(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
-  AddressKind kind{};
-  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
-    return host.output().Fail(*failure);
+  const auto kind = RequirePlacedAddress(arguments, address);
+  if (!kind) return host.output().Fail(kind.failure());
 
-  ForgetTracedErrors();
+  ForgetReasons();
   const std::string uid = ReadableUid(UidToGoOnWith(host, address));
   if (uid.empty()) return host.output().Fail(Diagnose(host, address, true));
   std::map<std::string, std::string> links;
@@ -36,7 +35,7 @@ ExitCode RunLinks(Host& host, const Arguments& arguments) {
   }
   std::uint64_t unreadable = 0;
   for (const auto& [name, source] : links) {
-    host.output().Row({{"name", name}, {"uid", source}});
+    host.output().Row({{"link", name}, {"uid", source}});
     if (source.empty()) ++unreadable;
   }
   if (links.empty()) host.output().Note(address + " has no source links");
@@ -60,7 +59,8 @@ CommandRow LinksCommand() {
       {AnywhereOption()},
       true,
       RunLinks,
-      {{"name", MemberType::Text, nullptr, "the name of the link, escaped as in a path"},
+      {{"link", MemberType::Text, nullptr,
+        "by which name the document calls its source, escaped as in a path"},
        {"uid", MemberType::Text, nullptr, "the source's UID; empty when it can't be read"}}};
 }
 

@@ -3,7 +3,7 @@
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/work_folder/work_files.h"
 
 namespace vtdirect_cli {
@@ -14,7 +14,7 @@ void Show(Host& host, const FolderFile& file, const RemoteVersion& version, bool
   std::string mark = isHere ? "here" : "";
   if (isNewest) mark += mark.empty() ? "latest" : " latest";
   host.output().Row({{"version", version.version}, {"uid", version.uid}, {"mark", mark}},
-                    {{"path", file.path},
+                    {{"file", file.path},
                      {"version", version.version},
                      {"uid", version.uid},
                      {"here", isHere},
@@ -22,27 +22,28 @@ void Show(Host& host, const FolderFile& file, const RemoteVersion& version, bool
 }
 
 [[nodiscard]] ExitCode LogOne(Host& host, const WorkFolder& folder, const FolderFile& file) {
-  const RemoteVersions history = VersionsOf(folder.server(), file);
-  if (history.failure) return host.output().Fail(*history.failure);
-  for (std::size_t number = 0; number < history.versions.size(); ++number) {
-    Show(host, file, history.versions[number], number == 0);
+  const auto history = VersionsOf(folder.server(), file);
+  if (!history) return host.output().Fail(history.failure());
+  for (std::size_t number = 0; number < history->versions.size(); ++number) {
+    Show(host, file, history->versions[number], number == 0);
   }
-  if (!history.isComplete) {
+  if (!history->isComplete) {
     host.output().Note("this server lists no versions here: shown are the newest and the file's own");
   }
   return ExitCode::Ok;
 }
 
 ExitCode RunLog(Host& host, const Arguments& arguments) {
-  const auto [folder, failure] = WorkFolder::OpenHere();
-  if (failure) return host.output().Fail(*failure);
-  const LocalReading local = ReadLocalSide(*folder);
-  if (local.failure) return host.output().Fail(*local.failure);
-  const NamedFiles named = FilesNamed(*folder, local.side, arguments.All("FILE"));
-  if (named.failure) return host.output().Fail(*named.failure);
-  ForgetTracedErrors();
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  WorkFolder& folder = **opened;
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
+  const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
+  if (!named) return host.output().Fail(named.failure());
+  ForgetReasons();
   ExitCode worst = ExitCode::Ok;
-  for (const FolderFile& file : named.files) worst = Worse(worst, LogOne(host, *folder, file));
+  for (const FolderFile& file : *named) worst = Worse(worst, LogOne(host, folder, file));
   return worst;
 }
 
@@ -59,7 +60,7 @@ CommandRow LogCommand() {
       {},
       true,
       RunLog,
-      {{"path", MemberType::Text, nullptr, "the file, below the work folder"},
+      {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
        {"version", MemberType::Text, nullptr, "the version"},
        {"uid", MemberType::Text, nullptr, "UID of this version"},
        {"here", MemberType::Flag, nullptr, "whether the file came from it"},

@@ -5,7 +5,7 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/listing.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -92,7 +92,7 @@ void NoteWhatIsLacking(const Listing& listing) {
 }
 
 ExitCode ListDirectory(Host& host, const std::string& path, Listing& listing) {
-  ForgetTracedErrors();
+  ForgetReasons();
   const ListingEnd end =
       ListPath(listing.directory, FlagsOf(listing),
                [&listing](const VtDirectManager::DirEntryExt& entry) { return ShowEntry(listing, entry); });
@@ -104,9 +104,9 @@ ExitCode ListDirectory(Host& host, const std::string& path, Listing& listing) {
 ExitCode RunLs(Host& host, const Arguments& arguments) {
   if (!arguments.Has("PATH")) return ListServers(host);
   const std::string path = arguments.Text("PATH");
-  AddressKind kind{};
-  if (const auto failure = RequireAddress(path, kind)) return host.output().Fail(*failure);
-  if (IsById(path, kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, path));
+  const auto kind = RequireAddress(path);
+  if (!kind) return host.output().Fail(kind.failure());
+  if (IsById(path, *kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, path));
   Listing listing{host.output(), WithClosingSlash(path), arguments.Has("long"), arguments.Has("versions")};
   return ListDirectory(host, path, listing);
 }
@@ -131,11 +131,12 @@ CommandRow LsCommand() {
        {"versions", 0, nullptr, false, Completion::Nothing, "Show the versions of each document."}},
       true,
       RunLs,
-      {{"path", MemberType::Text, nullptr, "the entry's own path; a folder's closes with \"/\""},
-       {"name", MemberType::Text, nullptr, "its name as it stands in a path"},
-       {"kind", MemberType::Text, nullptr, "folder, document or server"},
+      {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
+       {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+       {"kind", MemberType::Text, nullptr, "document, folder or server"},
        {"number", MemberType::Text, "with --long, when the server shows it", "the document's number"},
-       {"title", MemberType::Text, "with --long, when the server shows it", "the document's name"},
+       {"title", MemberType::Text, "with --long, when the server shows it",
+        "the document's name that people gave it, free text"},
        {"versions", MemberType::Texts, "with --versions, when the server shows them",
         "the document's versions"},
        {"version_ids", MemberType::Texts, "with versions",

@@ -4,14 +4,14 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
 
 struct Form {
-  const char* option;
+  ArgumentName option;
   std::string (*path)(const char* address);
 };
 
@@ -46,12 +46,11 @@ ExitCode RunPath(Host& host, const Arguments& arguments) {
     return host.output().Fail(
         {ExitCode::Usage, "--latest, --versioned and --folder ask for different paths; give one of them"});
   }
-  AddressKind kind{};
-  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
-    return host.output().Fail(*failure);
+  const auto kind = RequirePlacedAddress(arguments, address);
+  if (!kind) return host.output().Fail(kind.failure());
 
-  ForgetTracedErrors();
-  const std::string path = form->path(PlacedAddress(address, kind).c_str());
+  ForgetReasons();
+  const std::string path = form->path(PlacedAddress(address, *kind).c_str());
   if (path.empty()) return host.output().Fail(WithoutPath(host, address));
   host.output().Row({{"path", path}});
   return ExitCode::Ok;

@@ -1,20 +1,21 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/work_folder/pulling.h"
 
 namespace vtdirect_cli {
 namespace {
 
 ExitCode RunPull(Host& host, const Arguments& arguments) {
-  const Threads threads = ReadThreads(arguments);
-  if (threads.failure) return host.output().Fail(*threads.failure);
-  const auto [folder, failure] = WorkFolder::OpenHere();
-  if (failure) return host.output().Fail(*failure);
-  if (const auto locked = folder->Lock()) return host.output().Fail(*locked);
-  ForgetTracedErrors();
-  const RemoteTree tree = ReadRemoteTree(folder->store().server(), {"", folder->address()}, threads.count);
-  return PullAll(host, *folder, tree, threads.count);
+  const auto threads = ReadThreads(arguments);
+  if (!threads) return host.output().Fail(threads.failure());
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  WorkFolder& folder = **opened;
+  if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
+  ForgetReasons();
+  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *threads);
+  return PullAll(host, folder, tree, *threads);
 }
 
 }  // namespace

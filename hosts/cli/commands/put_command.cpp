@@ -12,6 +12,7 @@
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/storing/put_failure.h"
 #include "hosts/cli/storing/put_links.h"
@@ -19,7 +20,6 @@
 #include "hosts/cli/storing/put_target.h"
 #include "hosts/cli/storing/put_upload.h"
 #include "hosts/cli/texts/printable.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -58,9 +58,15 @@ struct Put {
 }
 
 [[nodiscard]] std::optional<Failure> Settle(Host& host, const Arguments& arguments, Put& put) {
-  if (auto failure = ReadPutRequest(arguments, put.request)) return failure;
-  if (auto failure = SettlePutTarget(host, put.request, put.target)) return failure;
-  if (auto failure = SettleLinks(host, put.request, put.target, put.links)) return failure;
+  const auto request = ReadPutRequest(arguments);
+  if (!request) return request.failure();
+  put.request = *request;
+  const auto target = SettlePutTarget(host, put.request);
+  if (!target) return target.failure();
+  put.target = *target;
+  const auto links = SettleLinks(host, put.request, put.target);
+  if (!links) return links.failure();
+  put.links = *links;
   if (Interrupted()) return InterruptedFailure();
   return std::nullopt;
 }
@@ -78,7 +84,8 @@ struct Put {
 [[nodiscard]] std::string UidOf(const Put& put) {
   if (HasObjectId(put.outcome.uid)) return put.outcome.uid;
   if (put.target.action != PutTarget::Action::Create) return put.target.address;
-  return UidAtPlace(put.target.address);
+  const auto uid = UidAtPlace(put.target.address);
+  return uid ? *uid : "";
 }
 
 // The server has taken a creation, told of no document, and shows none.
@@ -88,12 +95,11 @@ struct Put {
       "the server has taken " + put.request.content.path + " and did not tell what became of it";
   if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(path.c_str()))) {
     if (failure->code == ExitCode::Interrupted) return *failure;
-    return {failure->code, taken + " (" + failure->message + "); " + CommandToType("info", path) +
-                               " tells when the server answers"};
+    return {failure->code, taken + " (" + failure->Text() + ")",
+            CommandToType("info", path) + " tells when the server answers", failure->reason};
   }
-  return {ExitCode::Incomplete, taken + "; it shows no document " + path + "; " +
-                                    CommandToType("info", path) +
-                                    " tells when it does, and the same command can be given again"};
+  return {ExitCode::Incomplete, taken + "; it shows no document " + path,
+          CommandToType("info", path) + " tells when it does, and the same command can be given again"};
 }
 
 [[nodiscard]] bool LeavesWorkingCopy(const Put& put) {
@@ -131,7 +137,7 @@ void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
 [[nodiscard]] std::optional<Failure> CheckIn(Host& host, Put& put, InterruptionReport& report) {
   report.Tell("the file is stored in the working copy " + put.uid +
               ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) + " tells");
-  ForgetTracedErrors();
+  ForgetReasons();
   JournaledStep step(host, {{}, {}, "checkin", put.request.address, put.uid, {}, {}});
   const std::string uid = VtDirectManager::Checkin(put.uid.c_str());
   if (uid.empty()) {
@@ -175,7 +181,15 @@ void Report(Host& host, const Put& put) {
 // A server that is asked for the folder and doesn't answer is asked by the library to choose one.
 [[nodiscard]] std::optional<Failure> CreatedElsewhere(const Put& put) {
   if (put.target.action != PutTarget::Action::Create) return std::nullopt;
-  if (!RefusalOfAnotherPlace(put.target.address, put.uid)) return std::nullopt;
+  const auto refusal = RefusalOfAnotherPlace(put.target.address, put.uid);
+  if (!refusal) return std::nullopt;
+  if (refusal->code != ExitCode::NotFound) {
+    return Failure{ExitCode::Incomplete,
+                   put.request.content.path + " is stored as " + put.uid +
+                       ", but whether the server has put it where " + put.target.address +
+                       " says could not be found out",
+                   CommandToType("path --folder", put.uid) + " tells", refusal->reason};
+  }
   return Failure{ExitCode::Incomplete,
                  put.request.content.path + " is stored as " + put.uid + ", but the server has put it into " +
                      VtDirectManager::GetVFSFolderPath(put.uid.c_str()) + " and not where " +
@@ -251,9 +265,13 @@ CommandRow PutCommand() {
       "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
       "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
       "not there creates it. An existing document gets a new iteration; one that is checked out by "
-      "vtdirect gets a store into its working copy, as does the UID or the path of a working copy. A "
-      "document that somebody else has checked out, or you by other means, is refused before anything is "
-      "sent, and so is one of the name that stands in another folder than the path says.\n\n"
+      "vtdirect, here or on another machine, gets a store into its working copy, as does the UID or the path "
+      "of "
+      "a working copy. A document that somebody else has checked out, or you by other means, is refused "
+      "before anything is "
+      "sent. A document of the name in another folder doesn't count: a new one is created beside it, as long "
+      "as "
+      "the folder has none.\n\n"
       "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
       "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
       "that the server carries over. Metadata is of one iteration: without --metadata the new one has "

@@ -42,12 +42,15 @@ CommandRow RecoverCommand() {
       "Asks the servers about each change that was begun and whose answer never came: the program was "
       "killed, "
       "the connection broke, the time was over. Prints one line for each: since when, the step (checkout, "
-      "checkin, undo, create, iterate or store), the address, whether it is settled, and where things stand, "
+      "checkin, undo, create, iterate, store, xliff put or xliff publish), the address, whether it is "
+      "settled, and where things stand, "
       "parted by tabs. Nothing is guessed: what a server doesn't answer stays open, and the exit status is "
       "11.\n\n"
       "A checkout that was done is kept (see checkouts), one that has ended is dropped and its temporary "
       "workspace cleared away. A store is compared with the bytes that the server has. Nothing is stored, "
-      "checked in or thrown away.\n\n"
+      "checked in or thrown away. No question tells whether a translation is marked as published: such a "
+      "change "
+      "stays open until xliff publish has marked it once more.\n\n"
       "The changes are in $XDG_STATE_HOME/vtdirect/journal, or ~/.local/state/vtdirect/journal, from before "
       "they are sent until their answers are in. Every command on a server with such a change warns of it.",
       {},
@@ -55,8 +58,10 @@ CommandRow RecoverCommand() {
       true,
       RunRecover,
       {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
-       {"step", MemberType::Text, nullptr, "checkout, checkin, undo, create, iterate or store"},
-       {"address", MemberType::Text, nullptr, "the address as it was given"},
+       {"step", MemberType::Text, nullptr,
+        "checkout, checkin, undo, create, iterate, store, xliff put or xliff "
+        "publish"},
+       {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
        {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
        {"found", MemberType::Text, nullptr, "where things stand, for a reader"}}};
 }

@@ -5,8 +5,8 @@
 
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
-#include "hosts/cli/trace_log.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/work_files.h"
 
@@ -57,7 +57,7 @@ struct KeptEdit {
   }
   const std::string kept = edit.name.empty() ? "" : edit.name.substr(folder.root().size() + 1);
   host.output().Row({{"edit", kept}},
-                    {{"path", file.path}, {"version", file.version}, {"uid", file.uid}, {"edit", kept}});
+                    {{"file", file.path}, {"version", file.version}, {"uid", file.uid}, {"edit", kept}});
   static_cast<void>(host.output().Flush());
   host.output().Note(file.path + " is version " + file.version + " again" +
                      (kept.empty() ? "" : "; what it was is in " + kept));
@@ -65,21 +65,22 @@ struct KeptEdit {
 }
 
 ExitCode RunRevert(Host& host, const Arguments& arguments) {
-  const auto [folder, failure] = WorkFolder::OpenHere();
-  if (failure) return host.output().Fail(*failure);
-  if (const auto locked = folder->Lock()) return host.output().Fail(*locked);
-  const LocalReading local = ReadLocalSide(*folder);
-  if (local.failure) return host.output().Fail(*local.failure);
-  const NamedFiles named = FilesNamed(*folder, local.side, arguments.All("FILE"));
-  if (named.failure) return host.output().Fail(*named.failure);
-  ForgetTracedErrors();
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  WorkFolder& folder = **opened;
+  if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
+  const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
+  if (!named) return host.output().Fail(named.failure());
+  ForgetReasons();
   ExitCode worst = ExitCode::Ok;
-  for (const FolderFile& file : named.files) {
-    if (local.side.states.at(file.path) == LocalState::Same) {
+  for (const FolderFile& file : *named) {
+    if (local->states.at(file.path) == LocalState::Same) {
       host.output().Note(file.path + " is not changed, and left as it is");
       continue;
     }
-    worst = Worse(worst, PutBack(host, *folder, file));
+    worst = Worse(worst, PutBack(host, folder, file));
   }
   return worst;
 }
@@ -97,7 +98,7 @@ CommandRow RevertCommand() {
       {},
       true,
       RunRevert,
-      {{"path", MemberType::Text, nullptr, "the file, below the work folder"},
+      {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
        {"version", MemberType::Text, nullptr, "the version that it is again"},
        {"uid", MemberType::Text, nullptr, "that version's UID"},
        {"edit", MemberType::Text, nullptr, "where the changed file is; empty when there was none"}}};

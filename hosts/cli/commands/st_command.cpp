@@ -3,7 +3,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/work_folder/parallel.h"
 #include "hosts/cli/work_folder/pulling.h"
 
@@ -53,8 +53,8 @@ void Show(Host& host, const Line& line) {
   const Comparison& file = line.file;
   const std::string version = file.file ? file.file->version : "";
   const std::string newest = file.document ? file.document->version : "";
-  Record json{{"path", file.path}, {"state", std::string(WordOf(file.state))}, {"modified", file.isModified}};
-  if (file.file) json.insert(json.end(), {{"address", file.file->address}, {"uid", file.file->uid}});
+  Record json{{"file", file.path}, {"state", std::string(WordOf(file.state))}, {"modified", file.isModified}};
+  if (file.file) json.insert(json.end(), {{"path", file.file->address}, {"uid", file.file->uid}});
   if (!version.empty()) json.emplace_back("version", version);
   if (!newest.empty()) json.emplace_back("latest_version", newest);
   json.emplace_back("checked_out_here", line.isHeldHere);
@@ -63,7 +63,7 @@ void Show(Host& host, const Line& line) {
                      {"version", version},
                      {"latest_version", newest},
                      {"checkout", line.checkout},
-                     {"path", file.path}},
+                     {"file", file.path}},
                     json);
 }
 
@@ -72,18 +72,19 @@ void Show(Host& host, const Line& line) {
 }
 
 ExitCode RunSt(Host& host, const Arguments& arguments) {
-  const Threads threads = ReadThreads(arguments);
-  if (threads.failure) return host.output().Fail(*threads.failure);
-  const auto [folder, failure] = WorkFolder::OpenHere();
-  if (failure) return host.output().Fail(*failure);
-  const LocalReading local = ReadLocalSide(*folder);
-  if (local.failure) return host.output().Fail(*local.failure);
-  ForgetTracedErrors();
-  const RemoteTree tree = ReadRemoteTree(folder->store().server(), {"", folder->address()}, threads.count);
+  const auto threads = ReadThreads(arguments);
+  if (!threads) return host.output().Fail(threads.failure());
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  WorkFolder& folder = **opened;
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
+  ForgetReasons();
+  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *threads);
   std::vector<Line> lines;
-  for (Comparison& comparison : Compare(local.side, tree)) lines.push_back({std::move(comparison), {}, {}});
+  for (Comparison& comparison : Compare(*local, tree)) lines.push_back({std::move(comparison), {}, {}});
   TakeOwnCheckouts(lines);
-  AskForHolders(lines, arguments.Has("checkouts"), threads.count);
+  AskForHolders(lines, arguments.Has("checkouts"), *threads);
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
   for (const Line& line : lines) {
     if (IsToShow(line, arguments.Has("all"))) Show(host, line);
@@ -116,11 +117,11 @@ CommandRow StCommand() {
        ParallelOption()},
       true,
       RunSt,
-      {{"path", MemberType::Text, nullptr, "the file, below the work folder"},
+      {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
        {"state", MemberType::Text, nullptr,
         "same, modified, newer, both, missing, new, in-the-way, unknown or gone"},
        {"modified", MemberType::Flag, nullptr, "whether it was changed here"},
-       {"address", MemberType::Text, "when it came from the server", "the document's path there"},
+       {"path", MemberType::Text, "when it came from the server", "the document's path there"},
        {"uid", MemberType::Text, "when it came from the server", "UID of the version that it came from"},
        {"version", MemberType::Text, "when it came from the server", "that version"},
        {"latest_version", MemberType::Text, "when the server shows it", "the newest version"},

@@ -8,8 +8,8 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -43,27 +43,29 @@ using WrittenOff = std::map<std::string, Failure>;
          code == ExitCode::ServerUnsupported;
 }
 
-[[nodiscard]] std::optional<Failure> ReadSubjects(const Arguments& arguments,
-                                                  std::vector<Subject>& subjects) {
+[[nodiscard]] Result<std::vector<Subject>> ReadSubjects(const Arguments& arguments) {
+  std::vector<Subject> subjects;
   for (const std::string& address : arguments.All("ADDRESS")) {
-    Subject subject{address, {}, VtDirectManager::GetServerURL(address.c_str()), arguments.Has("anywhere")};
-    if (auto failure = ClassifyAddress(address, subject.kind)) return failure;
-    subjects.push_back(std::move(subject));
+    const auto kind = ClassifyAddress(address);
+    if (!kind) return kind.failure();
+    subjects.push_back(
+        {address, *kind, VtDirectManager::GetServerURL(address.c_str()), arguments.Has("anywhere")});
   }
-  return std::nullopt;
+  return subjects;
 }
 
 [[nodiscard]] Failure WhyFailed(Host& host, const Subject& subject, WrittenOff& writtenOff) {
+  const auto reason = LastReason();
   if (const auto failure = DiagnoseServer(host, subject.serverUrl)) {
     if (IsOfServer(failure->code)) writtenOff.emplace(subject.serverUrl, *failure);
     return *failure;
   }
-  return {ExitCode::NotFound, "not found: " + subject.address};
+  return ObjectFailure(host, subject.address, reason);
 }
 
 void Ask(Host& host, const Subject& subject, WrittenOff& writtenOff, Status& status) {
   host.ForgetAuthenticationRefusal();
-  ForgetTracedErrors();
+  ForgetReasons();
   status.uid = VtDirectManager::GetUID(subject.address.c_str());
   if (!subject.anywhere) status.failure = RefusalOfAnotherPlace(subject.address, status.uid);
   if (status.failure) return;
@@ -92,7 +94,7 @@ void Ask(Host& host, const Subject& subject, WrittenOff& writtenOff, Status& sta
 [[nodiscard]] Record JsonOf(const Subject& subject, const Status& status) {
   Record record{{"address", subject.address}, {"status", std::string(status.word())}};
   if (status.failure) {
-    record.emplace_back("error", std::string(NameOf(status.failure->code)));
+    record.emplace_back("error", std::string(ClassOf(*status.failure)));
     return record;
   }
   record.insert(record.end(), {{"uid", status.uid},
@@ -122,13 +124,13 @@ void Ask(Host& host, const Subject& subject, WrittenOff& writtenOff, Status& sta
 }
 
 ExitCode RunStatus(Host& host, const Arguments& arguments) {
-  std::vector<Subject> subjects;
-  if (const auto failure = ReadSubjects(arguments, subjects)) return host.output().Fail(*failure);
+  const auto subjects = ReadSubjects(arguments);
+  if (!subjects) return host.output().Fail(subjects.failure());
 
   const auto session = VtDirectManager::StartSession();
   WrittenOff writtenOff;
   ExitCode worst = ExitCode::Ok;
-  for (const Subject& subject : subjects) {
+  for (const Subject& subject : *subjects) {
     const Status status = StatusOf(host, subject, writtenOff);
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
     worst = Worse(worst, Report(host, subject, status));
@@ -155,7 +157,7 @@ CommandRow StatusCommand() {
       RunStatus,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
        {"status", MemberType::Text, nullptr, "up-to-date, outdated or failed"},
-       {"error", MemberType::Text, "when failed", "name of the exit status that tells why"},
+       {"error", MemberType::Text, "when failed", "the class of the failure"},
        {"uid", MemberType::Text, "unless failed", "the object's UID"},
        {"version", MemberType::Text, "unless failed", "the object's version"},
        {"latest_version", MemberType::Text, "unless failed", "the newest version"},

@@ -5,8 +5,9 @@
 #include "hosts/cli/address.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/folders_ahead.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/tree_walk.h"
 
 namespace vtdirect_cli {
@@ -20,19 +21,32 @@ struct Tree {
   TreeBounds bounds;
   bool fullPaths = false;
   bool depthGiven = false;
+  unsigned atOnce = 1;  // folders that are listed at one time
   std::uint64_t shown = 0;
   ExitCode worst = ExitCode::Ok;
 };
 
-[[nodiscard]] std::optional<Failure> ReadDepth(const Arguments& arguments, Tree& tree) {
-  if (!arguments.Has("depth")) return std::nullopt;
-  tree.depthGiven = true;
-  const std::string text = arguments.Text("depth");
-  const std::uint32_t deepest = TreeBounds().depth;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), tree.bounds.depth);
+// A whole number from 1 to `most`; nothing for any other text.
+[[nodiscard]] std::optional<std::uint32_t> ReadNumber(const std::string& text, std::uint32_t most) {
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   const bool whole = error == std::errc() && end == text.data() + text.size();
-  if (whole && tree.bounds.depth >= 1 && tree.bounds.depth <= deepest) return std::nullopt;
+  return whole && number >= 1 && number <= most ? std::optional(number) : std::nullopt;
+}
+
+[[nodiscard]] Result<std::uint32_t> ReadDepth(const Arguments& arguments) {
+  const std::uint32_t deepest = TreeBounds().depth;
+  if (!arguments.Has("depth")) return deepest;
+  if (const auto depth = ReadNumber(arguments.Text("depth"), deepest)) return *depth;
   return Failure{ExitCode::Usage, "--depth takes a number from 1 to " + std::to_string(deepest)};
+}
+
+[[nodiscard]] Result<std::uint32_t> ReadParallel(const Arguments& arguments) {
+  // As many exchanges as the platform makes with one server at one time.
+  constexpr std::uint32_t most = 16;
+  if (!arguments.Has("parallel")) return std::uint32_t{1};
+  if (const auto atOnce = ReadNumber(arguments.Text("parallel"), most)) return *atOnce;
+  return Failure{ExitCode::Usage, "--parallel takes a number from 1 to " + std::to_string(most)};
 }
 
 [[nodiscard]] bool ShowLine(Tree& tree, const TreeEntry& entry) {
@@ -58,17 +72,25 @@ struct Tree {
   return true;
 }
 
+[[nodiscard]] ListingEnd ListFolder(const std::string& path, const EntryFunction& receive) {
+  return ListByHandle(path, VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirFolders, receive);
+}
+
 [[nodiscard]] TreeEnd Walk(Tree& tree) {
-  const TreeWork work{
-      [](const std::string& path, const EntryFunction& receive) {
-        return ListByHandle(path, VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirFolders, receive);
-      },
+  // The walk's own listing is one of them.
+  FoldersAhead ahead(ListFolder, tree.atOnce - 1);
+  TreeWork work{
+      [&ahead](const std::string& path, const EntryFunction& receive) { return ahead.Enter(path, receive); },
       [&tree](const TreeEntry& entry) {
         ++tree.shown;
         return ShowLine(tree, entry);
       },
       [&tree](const std::string& path, ListingEnd /*end*/) { return PassOver(tree, path); },
   };
+  if (tree.atOnce > 1) {
+    work.expect = [&ahead](std::vector<std::string> paths) { ahead.Expect(std::move(paths)); };
+    work.expected = 2UL * tree.atOnce;
+  }
   return WalkTree(tree.start, tree.bounds, work);
 }
 
@@ -99,11 +121,17 @@ ExitCode Report(Tree& tree, const TreeEnd& end) {
 ExitCode RunTree(Host& host, const Arguments& arguments) {
   Tree tree{host, arguments.Text("PATH"), WithClosingSlash(arguments.Text("PATH")), {}};
   tree.fullPaths = arguments.Has("full-paths");
-  AddressKind kind{};
-  if (const auto failure = RequireAddress(tree.path, kind)) return host.output().Fail(*failure);
-  if (const auto failure = ReadDepth(arguments, tree)) return host.output().Fail(*failure);
-  if (IsById(tree.path, kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, tree.path));
-  ForgetTracedErrors();
+  const auto kind = RequireAddress(tree.path);
+  if (!kind) return host.output().Fail(kind.failure());
+  const auto depth = ReadDepth(arguments);
+  if (!depth) return host.output().Fail(depth.failure());
+  tree.bounds.depth = *depth;
+  tree.depthGiven = arguments.Has("depth");
+  const auto atOnce = ReadParallel(arguments);
+  if (!atOnce) return host.output().Fail(atOnce.failure());
+  tree.atOnce = *atOnce;
+  if (IsById(tree.path, *kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, tree.path));
+  ForgetReasons();
   return Report(tree, Walk(tree));
 }
 
@@ -123,13 +151,16 @@ CommandRow TreeCommand() {
       {{"PATH", "A path; see ADDRESSES."}},
       {{"depth", 'd', "LEVELS", false, Completion::Nothing,
         "Show this many levels below PATH, and be content with it."},
+       {"parallel", 0, "NUMBER", false, Completion::Nothing,
+        "List so many folders at one time, 16 at most; without it, one after the other. The output is the "
+        "same."},
        {"full-paths", 'f', nullptr, false, Completion::Nothing,
         "Print whole paths without indentation, fit for sort and grep."}},
       true,
       RunTree,
-      {{"path", MemberType::Text, nullptr, "the entry's own path; a folder's closes with \"/\""},
-       {"name", MemberType::Text, nullptr, "its name as it stands in a path"},
-       {"kind", MemberType::Text, nullptr, "folder or document"},
+      {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
+       {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+       {"kind", MemberType::Text, nullptr, "document, folder or server"},
        {"depth", MemberType::Number, nullptr, "levels below PATH, from 1"}}};
 }
 

@@ -11,9 +11,8 @@ namespace {
 
 ExitCode RunUid(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
-  AddressKind kind{};
-  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
-    return host.output().Fail(*failure);
+  const auto kind = RequirePlacedAddress(arguments, address);
+  if (!kind) return host.output().Fail(kind.failure());
 
   const std::string uid = VtDirectManager::GetUID(address.c_str());
   // The library completes a UID by the file name when the server gives it, and takes the UID as it is

@@ -7,6 +7,13 @@ ExitCode RunUndo(Host& host, const Arguments& arguments) {
   return EndCheckout(host, arguments, CheckoutEnd::Undo);
 }
 
+[[nodiscard]] std::vector<MemberRow> Members() {
+  std::vector<MemberRow> members = CheckoutEndMembers();
+  members.push_back({"had_ended", MemberType::Flag, nullptr,
+                     "whether the checkout had ended before, so that nothing was undone"});
+  return members;
+}
+
 }  // namespace
 
 CommandRow UndoCommand() {
@@ -21,7 +28,7 @@ CommandRow UndoCommand() {
       {},
       true,
       RunUndo,
-      CheckoutEndMembers()};
+      Members()};
 }
 
 }  // namespace vtdirect_cli

@@ -4,21 +4,20 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
 
 ExitCode RunUrl(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
-  AddressKind kind{};
-  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
-    return host.output().Fail(*failure);
+  const auto kind = RequirePlacedAddress(arguments, address);
+  if (!kind) return host.output().Fail(kind.failure());
 
   std::string url;
   std::string cacheKey;
-  ForgetTracedErrors();
+  ForgetReasons();
   if (!VtDirectManager::GetFileDownloadURL(address.c_str(), url, &cacheKey)) {
     return host.output().Fail(Diagnose(host, address, true));
   }

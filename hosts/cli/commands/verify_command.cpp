@@ -10,7 +10,7 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -215,11 +215,11 @@ void Print(Host& host, const Verification& found) {
 ExitCode RunVerify(Host& host, const Arguments& arguments) {
   Verification found;
   found.address = arguments.Text("ADDRESS");
-  AddressKind kind{};
-  if (const auto failure = RequireAddress(found.address, kind)) return host.output().Fail(*failure);
+  const auto kind = RequireAddress(found.address);
+  if (!kind) return host.output().Fail(kind.failure());
 
   InterruptionReport report(host, "verify");
-  ForgetTracedErrors();
+  ForgetReasons();
   auto refusal = FindWorkingCopy(host, found.address, found.workingCopy);
   if (!refusal && found.workingCopy.empty()) refusal = Diagnose(host, found.address, true);
   if (refusal) return Interrupted() ? report.Report() : host.output().Fail(*refusal);

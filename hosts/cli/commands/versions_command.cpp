@@ -5,8 +5,8 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/listing.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -98,17 +98,16 @@ void Show(Host& host, const std::string& address, const History& history, const 
 
 ExitCode RunVersions(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
-  AddressKind kind{};
-  if (const auto failure = RequirePlacedAddress(arguments, address, kind))
-    return host.output().Fail(*failure);
+  const auto kind = RequirePlacedAddress(arguments, address);
+  if (!kind) return host.output().Fail(kind.failure());
 
-  ForgetTracedErrors();
+  ForgetReasons();
   Version latest;
   const std::string uid = VtDirectManager::GetUID(address.c_str());
   if (uid.empty() || !VtDirectManager::GetLatest(address.c_str(), latest.version, latest.uid)) {
     return host.output().Fail(Diagnose(host, address, true));
   }
-  const std::string path = VtDirectManager::GetVFSPathLatest(PlacedAddress(address, kind).c_str());
+  const std::string path = VtDirectManager::GetVFSPathLatest(PlacedAddress(address, *kind).c_str());
   History history = FromFolder(path, uid);
   if (history.extent != Extent::Complete) AddFromObject(uid, latest, history);
   Show(host, address, history, latest.version);

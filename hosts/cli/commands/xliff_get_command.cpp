@@ -44,21 +44,21 @@ namespace {
 }
 
 ExitCode RunXliffGet(Host& host, const Arguments& arguments) {
-  std::string language;
-  XliffSubject subject;
-  if (const auto failure = ReadLanguage(arguments, language)) return host.output().Fail(*failure);
+  const auto given = ReadLanguage(arguments);
+  if (!given) return host.output().Fail(given.failure());
   if (const auto failure = CheckDownloadOptions(host, arguments)) return host.output().Fail(*failure);
-  if (const auto failure = SettleSubject(host, arguments, subject)) return host.output().Fail(*failure);
+  const auto settled = SettleSubject(host, arguments);
+  if (!settled) return host.output().Fail(settled.failure());
+  const std::string& language = *given;
+  const XliffSubject& subject = *settled;
 
   const XliffTranslations translations = FindTranslations(subject);
-  Download download;
-  download.address = TranslationInto(translations, language);
-  if (download.address.empty()) {
-    return host.output().Fail(NoTranslation(host, subject, language, translations));
-  }
-  download.described = {{"address", subject.address}, {"language", language}};
-  if (const auto failure = SettleDownload(host, arguments, download)) return host.output().Fail(*failure);
-  return RunDownload(host, download);
+  const std::string translation = TranslationInto(translations, language);
+  if (translation.empty()) return host.output().Fail(NoTranslation(host, subject, language, translations));
+  auto download = SettleDownload(host, arguments, translation);
+  if (!download) return host.output().Fail(download.failure());
+  download->described = {{"address", subject.address}, {"language", language}};
+  return RunDownload(host, *download);
 }
 
 }  // namespace

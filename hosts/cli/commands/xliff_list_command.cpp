@@ -7,8 +7,9 @@ namespace vtdirect_cli {
 namespace {
 
 ExitCode RunXliffList(Host& host, const Arguments& arguments) {
-  XliffSubject subject;
-  if (const auto failure = SettleSubject(host, arguments, subject)) return host.output().Fail(*failure);
+  const auto settled = SettleSubject(host, arguments);
+  if (!settled) return host.output().Fail(settled.failure());
+  const XliffSubject& subject = *settled;
   const XliffTranslations translations = FindTranslations(subject);
   for (const auto& [language, uid] : translations.uids) {
     host.output().Row({{"language", language}, {"uid", uid}});

@@ -1,12 +1,14 @@
 #include <vtdirect/vt_direct_manager.h>
 
+#include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/sha256.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 #include "hosts/cli/translation/xliff_check.h"
 #include "hosts/cli/translation/xliff_put_failure.h"
 
@@ -14,37 +16,45 @@ namespace vtdirect_cli {
 namespace {
 
 [[nodiscard]] std::optional<Failure> CheckFile(Host& host, const Arguments& arguments, const XliffPut& put) {
-  std::optional<XliffFault> fault;
-  if (auto failure = CheckXliffFile(put.file.path, put.language, fault)) return failure;
+  const auto check = CheckXliffFile(put.file.path, put.language);
+  if (!check) return check.failure();
+  const std::optional<XliffFault>& fault = *check;
   if (!fault) return std::nullopt;
   const std::string text = put.file.path + ", line " + std::to_string(fault->line) + ": " + fault->what;
   if (!arguments.Has("force")) {
-    return Failure{ExitCode::LocalFile, text + "; nothing was sent; --force sends the file all the same"};
+    return Failure{ExitCode::LocalFile, text + "; nothing was sent", "--force sends the file all the same"};
   }
   host.output().Warning(text + "; it is sent all the same");
   return std::nullopt;
 }
 
 // What is sent to a server that doesn't answer would be taken for a first source XLIFF, whatever is there.
-[[nodiscard]] std::optional<Failure> LookAtSource(const XliffSubject& subject, SourceXliff& source) {
-  source = FindSourceXliff(subject);
-  if (source.linked) return std::nullopt;
+[[nodiscard]] Result<SourceXliff> LookAtSource(const XliffSubject& subject) {
+  SourceXliff source = FindSourceXliff(subject);
+  if (source.linked) return source;
   // A question that failed gets the same no as a document without one, and what is said of the upload rests
   // on this.
   source = FindSourceXliff(subject);
-  if (source.linked || AnswersQuestions(subject)) return std::nullopt;
+  if (source.linked || AnswersQuestions(subject)) return source;
   return Unanswered(subject, {ExitCode::Failure, "nothing was sent"});
 }
 
-[[nodiscard]] std::optional<Failure> Settle(Host& host, const Arguments& arguments, XliffPut& put) {
-  if (auto failure = ReadLanguage(arguments, put.language)) return failure;
-  if (auto failure = InspectSource(arguments.Text("FILE"), put.file)) return failure;
-  if (auto failure = CheckFile(host, arguments, put)) return failure;
-  if (auto failure = SettleSubject(host, arguments, put.subject)) return failure;
-  if (auto failure = RefusalOfAnotherPlace(put.subject.address, put.subject.uid)) return failure;
-  if (auto failure = LookAtSource(put.subject, put.before)) return failure;
+[[nodiscard]] Result<XliffPut> Settle(Host& host, const Arguments& arguments) {
+  const auto language = ReadLanguage(arguments);
+  if (!language) return language.failure();
+  const auto file = InspectSource(arguments.Text("FILE"));
+  if (!file) return file.failure();
+  XliffPut put{{}, *file, *language, {}};
+  if (auto failure = CheckFile(host, arguments, put)) return *failure;
+  const auto subject = SettleSubject(host, arguments);
+  if (!subject) return subject.failure();
+  if (auto failure = RefusalOfAnotherPlace(subject->address, subject->uid)) return *failure;
+  const auto before = LookAtSource(*subject);
+  if (!before) return before.failure();
   if (Interrupted()) return InterruptedFailure();
-  return std::nullopt;
+  put.subject = *subject;
+  put.before = *before;
+  return put;
 }
 
 [[nodiscard]] std::string UnknownEnd(const XliffPut& put) {
@@ -71,19 +81,27 @@ void Report(Host& host, const XliffPut& put, const SourceXliff& after) {
 
 ExitCode RunXliffPut(Host& host, const Arguments& arguments) {
   InterruptionReport report(host, "xliff put");
-  XliffPut put;
-  if (const auto failure = Settle(host, arguments, put)) {
-    return failure->code == ExitCode::Interrupted ? report.Report() : host.output().Fail(*failure);
+  const auto settled = Settle(host, arguments);
+  if (!settled) {
+    const bool isInterrupted = settled.failure().code == ExitCode::Interrupted;
+    return isInterrupted ? report.Report() : host.output().Fail(settled.failure());
   }
+  const XliffPut& put = *settled;
   report.Tell(UnknownEnd(put));
-  ForgetTracedErrors();
+  ForgetReasons();
+  const std::string& file = put.file.path;
+  JournaledStep step(host,
+                     {{}, {}, "xliff put", put.subject.address, put.subject.uid, file, Sha256OfFile(file)});
   if (!VtDirectManager::UploadSourceXliff(put.subject.uid.c_str(), put.file.path.c_str(),
                                           put.language.c_str())) {
+    step.SettleUnlessUnknown();
     if (Interrupted()) return report.Report();
     return host.output().Fail(SendingFailure(host, put));
   }
   const SourceXliff after = FindSourceXliff(put.subject);
   if (Interrupted()) return report.Report();
+  // Of an upload that went through, its link alone can be open.
+  if (!after.uid.empty()) step.Settle();
   if (after.uid.empty() || after.uid == put.before.uid) {
     return host.output().Fail(UnlinkedFailure(host, put, after));
   }

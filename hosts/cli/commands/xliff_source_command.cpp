@@ -1,7 +1,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 #include "hosts/cli/translation/xliff_subject.h"
 
 namespace vtdirect_cli {
@@ -16,9 +16,10 @@ namespace {
 }
 
 ExitCode RunXliffSource(Host& host, const Arguments& arguments) {
-  XliffSubject subject;
-  if (const auto failure = SettleSubject(host, arguments, subject)) return host.output().Fail(*failure);
-  ForgetTracedErrors();
+  const auto settled = SettleSubject(host, arguments);
+  if (!settled) return host.output().Fail(settled.failure());
+  const XliffSubject& subject = *settled;
+  ForgetReasons();
   const SourceXliff source = FindSourceXliff(subject);
   if (source.uid.empty()) {
     return host.output().Fail(DiagnoseXliff(host, subject, NoSource(subject, source)));

@@ -11,6 +11,7 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/fetch_record.h"
 #include "hosts/cli/files/replacement.h"
 #include "hosts/cli/interruption.h"
@@ -18,7 +19,6 @@
 #include "hosts/cli/texts/network_failures.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/texts/progress_line.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -45,14 +45,14 @@ namespace {
   if (download.received == 0 || status == 401) return Diagnose(host, download.address, false);
   // What came is then no part of the content, but what the server says instead of it.
   if (status != 0 && status != 200) {
-    return {ExitCode::DownloadFailed,
-            "the content of " + download.address + " was not given: " + AnswerText(*reason)};
+    return WithReason({ExitCode::DownloadFailed,
+                       "the content of " + download.address + " was not given: " + AnswerText(*reason)});
   }
   std::string text =
       "the download of " + download.address + " broke off after " + ByteCount(download.received);
   if (download.announced > 0) text += " of " + std::to_string(download.announced);
   const std::string why = NetworkHint(reason);
-  return {ExitCode::DownloadFailed, why.empty() ? text : text + ": " + why};
+  return WithReason({ExitCode::DownloadFailed, why.empty() ? text : text + ": " + why});
 }
 
 [[nodiscard]] std::optional<Failure> Fetch(Host& host, Download& download, const std::string& localPath) {
@@ -66,7 +66,7 @@ namespace {
     line.Show(received, announced, ProgressLine::Clock::now());
     return !Interrupted();
   };
-  ForgetTracedErrors();
+  ForgetReasons();
   VtDirectManager::DownloadOptions options;
   options.progress = progress;
   options.compareSize = true;
@@ -99,15 +99,15 @@ void Report(Host& host, const Download& download, std::uint64_t size) {
 }
 
 ExitCode FetchIntoFile(Host& host, Download& download) {
-  int error = 0;
-  const auto pending = PendingFile::Create(download.target.path, &error);
-  if (!pending) return host.output().Fail(WriteFailure(download.target.path, error));
-  if (const auto failure = Fetch(host, download, pending->path())) return host.output().Fail(*failure);
-  const std::uint64_t size = SizeOf(pending->path());
+  DurableFile pending(download.target.path);
+  if (pending.error() != 0) return host.output().Fail(WriteFailure(download.target.path, pending.error()));
+  if (const auto failure = Fetch(host, download, pending.path())) return host.output().Fail(*failure);
+  const std::uint64_t size = SizeOf(pending.path());
   // Before anybody else can write to it: what is recorded is what the server has.
   FetchRecord record;
-  const bool measured = Measure(pending->path(), record);
-  error = pending->Commit(download.force ? nullptr : &download.target.before);
+  const bool measured = Measure(pending.path(), record);
+  const auto condition = download.force ? DurableFile::Condition::Anything : DurableFile::Condition::AsBefore;
+  const int error = pending.Commit(DurableFile::Permissions::OfTarget, condition, download.target.before);
   if (error == ESTALE) return host.output().Fail(ChangedMeanwhile(download.target.path));
   if (error != 0) return host.output().Fail(WriteFailure(download.target.path, error));
   record.address = download.address;
@@ -120,13 +120,12 @@ ExitCode FetchIntoFile(Host& host, Download& download) {
 // A stream gets nothing until the content is complete, so that its reader never takes a part, or the server's
 // refusal, for the whole.
 ExitCode FetchIntoStream(Host& host, Download& download, int descriptor, const std::string& name) {
-  int error = 0;
-  const auto pending = PendingFile::Create(host.workDirectory() + "/content", &error);
-  if (!pending) return host.output().Fail(WriteFailure(host.workDirectory(), error));
-  if (const auto failure = Fetch(host, download, pending->path())) return host.output().Fail(*failure);
-  error = CopyToDescriptor(pending->path(), descriptor);
+  const DurableFile pending(host.workDirectory() + "/content");
+  if (pending.error() != 0) return host.output().Fail(WriteFailure(host.workDirectory(), pending.error()));
+  if (const auto failure = Fetch(host, download, pending.path())) return host.output().Fail(*failure);
+  const int error = CopyToDescriptor(pending.path(), descriptor);
   if (error != 0) return host.output().Fail(WriteFailure(name, error));
-  if (download.target.kind == Target::Kind::Device) Report(host, download, SizeOf(pending->path()));
+  if (download.target.kind == Target::Kind::Device) Report(host, download, SizeOf(pending.path()));
   return ExitCode::Ok;
 }
 
@@ -169,7 +168,9 @@ std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& argumen
   return std::nullopt;
 }
 
-std::optional<Failure> SettleDownload(Host& host, const Arguments& arguments, Download& download) {
+Result<Download> SettleDownload(Host& host, const Arguments& arguments, const std::string& address) {
+  Download download;
+  download.address = address;
   download.noClobber = arguments.Has("no-clobber");
   download.force = arguments.Has("force");
   const std::string output = arguments.Text("output");
@@ -178,8 +179,11 @@ std::optional<Failure> SettleDownload(Host& host, const Arguments& arguments, Do
     name = SafeFileName(FileNameOf(download.address));
     if (name.empty()) return NamelessFailure(host, download.address);
   }
-  if (auto failure = SettleTarget(output, name, download.noClobber, download.target)) return failure;
-  return RefusalOfReplacement(download.target, download.force);
+  const auto target = SettleTarget(output, name, download.noClobber);
+  if (!target) return target.failure();
+  if (auto failure = RefusalOfReplacement(*target, download.force)) return *failure;
+  download.target = *target;
+  return download;
 }
 
 void RecordFetch(Host& host, const std::string& file, FetchRecord record) {

@@ -8,6 +8,7 @@
 #include "hosts/cli/files/fetch_record.h"
 #include "hosts/cli/files/target_file.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/result.h"
 #include "hosts/cli/texts/output.h"
 
 namespace vtdirect_cli {
@@ -35,10 +36,10 @@ struct Download {
 /// Whether the options fit together. Makes no request.
 [[nodiscard]] std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& arguments);
 
-/// Settles where the content of `download.address` goes, by the options. Makes requests when the target is
-/// named after the object and the address holds no name. A file that would be lost is a failure.
-[[nodiscard]] std::optional<Failure> SettleDownload(Host& host, const Arguments& arguments,
-                                                    Download& download);
+/// A download of the content of an address, with the options and where it goes by them. Makes requests when the
+/// target is named after the object and the address holds no name. A file that would be lost is a failure.
+[[nodiscard]] Result<Download> SettleDownload(Host& host, const Arguments& arguments,
+                                              const std::string& address);
 
 /// Records that the server has the bytes of a local file, so that a later download may replace it, with the
 /// version that the server tells. What goes wrong is a warning. Makes requests.

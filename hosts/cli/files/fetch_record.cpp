@@ -27,8 +27,9 @@ constexpr std::string_view kFirstLine = "vtdirect-fetched 1\n";
 }
 
 [[nodiscard]] std::optional<FetchRecord> RecordOfText(std::string_view text) {
-  if (!text.starts_with(kFirstLine) || !text.ends_with('\n')) return std::nullopt;
+  if (!text.starts_with(kFirstLine)) return std::nullopt;
   text.remove_prefix(kFirstLine.size());
+  if (!text.ends_with('\n')) return std::nullopt;
   text.remove_suffix(1);
   const auto fields = FieldsOfLine(text);
   if (!fields || fields->size() != 6) return std::nullopt;

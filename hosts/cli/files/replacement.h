@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
 #include "hosts/cli/files/target_file.h"
 
 namespace vtdirect_cli {

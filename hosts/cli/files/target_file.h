@@ -2,17 +2,16 @@
 
 #include <sys/stat.h>
 
-#include <memory>
 #include <optional>
 #include <string>
 
-#include "hosts/cli/exit_code.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/result.h"
 
 namespace vtdirect_cli {
 
-/// A file name that came with an address, made fit for the current directory: control bytes, "/" and a dot in
-/// front become "%hh", so that no name climbs out of the directory, hides there or garbles a listing.
+/// A file name that came with an address, made fit for the current directory: control characters, those that
+/// turn the direction of writing, the line and paragraph separators, "/" and a dot in front become "%hh", so
+/// that no name climbs out of the directory, hides there, garbles a listing or looks like another one.
 /// @return empty for an empty name
 [[nodiscard]] std::string SafeFileName(const std::string& name);
 
@@ -34,38 +33,7 @@ struct Target {
 /// @param option    value of -o; empty when it wasn't given; "-" means standard output
 /// @param name      completes a directory; unused otherwise
 /// @param noClobber refuse a file that exists
-/// @return a failure, or nothing
-[[nodiscard]] std::optional<Failure> SettleTarget(const std::string& option, const std::string& name,
-                                                  bool noClobber, Target& target);
-
-/// A file beside the target that takes its place when it is complete, and is removed otherwise.
-class PendingFile {
- public:
-  /// Creates it exclusively, readable by its owner alone, in the directory of the target.
-  /// @return null, with `error` set, on failure
-  [[nodiscard]] static std::unique_ptr<PendingFile> Create(const std::string& target, int* error);
-  /// The same in another directory of the target's file system.
-  [[nodiscard]] static std::unique_ptr<PendingFile> CreateIn(const std::string& directory,
-                                                             const std::string& target, int* error);
-
-  /// The file to write into, by its path.
-  [[nodiscard]] const std::string& path() const { return path_; }
-
-  /// Brings the content to the disk and puts the file in the target's place, with the target's permissions
-  /// and, where the user may give it, its group; or for a new file with those that the umask leaves.
-  /// @param expected  what must be there still: nothing, which fails with EEXIST when a file has come to be,
-  /// or
-  ///                  the file with these facts, which fails with ESTALE when it was written to; null for
-  ///                  whatever is there
-  /// @return 0, or the error number; the target is then as it was
-  [[nodiscard]] int Commit(const std::optional<struct stat>* expected);
-
- private:
-  PendingFile(std::string path, std::string target);
-  std::string path_;
-  std::string target_;
-  CleanUp removal_;
-};
+[[nodiscard]] Result<Target> SettleTarget(const std::string& option, const std::string& name, bool noClobber);
 
 /// Writes all of a local file to an open descriptor.
 /// @return 0, or the error number; EINTR when the program was interrupted

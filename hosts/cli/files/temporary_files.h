@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
 
 namespace vtdirect_cli {
 

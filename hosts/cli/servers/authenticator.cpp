@@ -12,20 +12,27 @@ constexpr int kMostPrompts = 3;
          from.host == to.host;
 }
 
+[[nodiscard]] std::vector<Origin> OriginsOf(const std::vector<std::string>& urls) {
+  std::vector<Origin> origins;
+  for (const std::string& url : urls) {
+    if (const auto origin = OriginOf(url)) origins.push_back(*origin);
+  }
+  return origins;
+}
+
+[[nodiscard]] bool IsAmong(const std::vector<Origin>& origins, const Origin& origin) {
+  return std::any_of(origins.begin(), origins.end(),
+                     [&origin](const Origin& one) { return one == origin || IsUpgrade(one, origin); });
+}
+
 }  // namespace
 
 Authenticator::Authenticator(CredentialSources sources, CredentialSinks sinks,
-                             const std::vector<std::string>& namedUrls)
-    : sources_(std::move(sources)), sinks_(std::move(sinks)) {
-  for (const std::string& url : namedUrls) {
-    if (const auto origin = OriginOf(url)) named_.push_back(*origin);
-  }
-}
-
-bool Authenticator::IsNamed(const Origin& origin) const {
-  return std::any_of(named_.begin(), named_.end(),
-                     [&origin](const Origin& named) { return named == origin || IsUpgrade(named, origin); });
-}
+                             const std::vector<std::string>& named, const std::vector<std::string>& meant)
+    : sources_(std::move(sources)),
+      sinks_(std::move(sinks)),
+      named_(OriginsOf(named)),
+      meant_(OriginsOf(meant)) {}
 
 Authenticator::Progress& Authenticator::ProgressOf(const Origin& origin) {
   const auto found = std::find_if(progress_.begin(), progress_.end(),
@@ -37,7 +44,7 @@ Authenticator::Progress& Authenticator::ProgressOf(const Origin& origin) {
 
 bool Authenticator::Answer(const std::string& url) {
   const std::optional<Origin> origin = OriginOf(url);
-  if (!origin || !IsNamed(*origin)) {
+  if (!origin || !IsAmong(named_, *origin)) {
     refusal_ = (origin ? TextOf(*origin) : url) +
                " demands credentials; they go only to servers that you have named, and this is none of them; "
                "list it with --server too if it may have them";
@@ -49,21 +56,30 @@ bool Authenticator::Answer(const std::string& url) {
     progress.offered = true;
     return true;
   }
-  refusal_ = TextOf(*origin) + (progress.offered
-                                    ? " refused the credentials"
-                                    : " demands credentials; set VTDIRECT_USER and VTDIRECT_PASSWORD or "
-                                      "VTDIRECT_TOKEN, or list it in a netrc file");
+  refusal_ = TextOf(*origin) + RefusalOf(progress);
   return false;
+}
+
+std::string Authenticator::RefusalOf(const Progress& progress) const {
+  if (progress.offered) return " refused the credentials";
+  const bool hasPassword = !sources_.user.empty() && !sources_.password.empty();
+  if ((hasPassword || !sources_.token.empty()) && !IsAmong(meant_, progress.origin)) {
+    return " demands credentials; those of the environment are for the server that the command names; if "
+           "this "
+           "one may have them too, name it in that server's login_also_for";
+  }
+  return " demands credentials; set VTDIRECT_USER and VTDIRECT_PASSWORD or VTDIRECT_TOKEN, or list it in a "
+         "netrc file";
 }
 
 bool Authenticator::Take(Progress& progress, const std::string& url) {
   if (progress.next == Step::Token) {
     progress.next = Step::Environment;
-    if (OfferToken(url)) return true;
+    if (OfferToken(progress, url)) return true;
   }
   if (progress.next == Step::Environment) {
     progress.next = Step::Helper;
-    if (OfferEnvironment(url)) return true;
+    if (OfferEnvironment(progress, url)) return true;
   }
   if (progress.next == Step::Helper) {
     progress.next = Step::Netrc;
@@ -78,14 +94,14 @@ bool Authenticator::Take(Progress& progress, const std::string& url) {
   return false;
 }
 
-bool Authenticator::OfferToken(const std::string& url) {
-  if (sources_.token.empty()) return false;
+bool Authenticator::OfferToken(const Progress& progress, const std::string& url) {
+  if (sources_.token.empty() || !IsAmong(meant_, progress.origin)) return false;
   sinks_.setToken(url, sources_.token);
   return true;
 }
 
-bool Authenticator::OfferEnvironment(const std::string& url) {
-  if (sources_.user.empty() || sources_.password.empty()) return false;
+bool Authenticator::OfferEnvironment(const Progress& progress, const std::string& url) {
+  if (sources_.user.empty() || sources_.password.empty() || !IsAmong(meant_, progress.origin)) return false;
   sinks_.setPassword(url, sources_.user, sources_.password);
   return true;
 }

@@ -51,10 +51,16 @@ struct CredentialSinks {
 /// Credentials go only to servers that the user has named. What a server says about itself (the address that
 /// it calls its own, the address of a content) can point anywhere, and gets nothing; with one exception: from
 /// "http" to "https" on the same host, both at their usual ports.
+///
+/// The token and the user and password of the environment name no server. They are meant for the ones that the
+/// command works with, so no other one gets them, though it be listed: a server could name it as the place of
+/// a content. The other sources are asked for an origin and may give what is meant for that.
 class Authenticator {
  public:
-  /// @param namedUrls  the servers that the user has named
-  Authenticator(CredentialSources sources, CredentialSinks sinks, const std::vector<std::string>& namedUrls);
+  /// @param named  URLs of the servers that the user has named
+  /// @param meant  of those that the token and the password of the environment are for
+  Authenticator(CredentialSources sources, CredentialSinks sinks, const std::vector<std::string>& named,
+                const std::vector<std::string>& meant);
 
   /// Sets further credentials for the origin of the URL. False when there are none, which ends the tries.
   [[nodiscard]] bool Answer(const std::string& url);
@@ -81,11 +87,11 @@ class Authenticator {
     bool lastIsHelpers = false;
   };
 
-  [[nodiscard]] bool IsNamed(const Origin& origin) const;
   [[nodiscard]] Progress& ProgressOf(const Origin& origin);
+  [[nodiscard]] std::string RefusalOf(const Progress& progress) const;
   [[nodiscard]] bool Take(Progress& progress, const std::string& url);
-  [[nodiscard]] bool OfferToken(const std::string& url);
-  [[nodiscard]] bool OfferEnvironment(const std::string& url);
+  [[nodiscard]] bool OfferToken(const Progress& progress, const std::string& url);
+  [[nodiscard]] bool OfferEnvironment(const Progress& progress, const std::string& url);
   [[nodiscard]] bool OfferHelpers(Progress& progress, const std::string& url);
   void TellRefused(Progress& progress);
   [[nodiscard]] bool OfferNetrc(const std::string& url, const std::string& host);
@@ -94,6 +100,7 @@ class Authenticator {
   CredentialSources sources_;
   CredentialSinks sinks_;
   std::vector<Origin> named_;
+  std::vector<Origin> meant_;
   std::vector<Progress> progress_;
   std::optional<std::vector<NetrcEntry>> netrcEntries_;
   std::string refusal_;

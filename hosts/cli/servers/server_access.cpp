@@ -35,23 +35,31 @@ namespace {
 struct ProcessWide {
   std::string proxy;
   std::string authorityFile;
+  std::string httpAddresses;
 };
 
-[[nodiscard]] std::optional<Failure> CollectProcessWide(const ServerAccess& access, ProcessWide& wide) {
+[[nodiscard]] du::http::HttpAddresses RuleOf(const std::string& name) {
+  if (name == "allow") return du::http::HttpAddresses::Allow;
+  return name == "upgrade" ? du::http::HttpAddresses::Upgrade : du::http::HttpAddresses::Refuse;
+}
+
+[[nodiscard]] Result<ProcessWide> CollectProcessWide(const ServerAccess& access) {
+  ProcessWide wide;
   bool isFirst = true;
   for (const std::string& url : access.used) {
     const ServerSettings settings = SettingsOf(access, url);
-    if (!isFirst && (settings.proxy != wide.proxy || settings.authorityFile != wide.authorityFile)) {
-      return Failure{
-          ExitCode::Usage,
-          "the servers of this command have different proxies or ca_files; give them to commands of "
-          "their own"};
+    const ProcessWide next{settings.proxy, settings.authorityFile, settings.httpAddresses};
+    if (!isFirst && (next.proxy != wide.proxy || next.authorityFile != wide.authorityFile ||
+                     next.httpAddresses != wide.httpAddresses)) {
+      return Failure{ExitCode::Usage,
+                     "the servers of this command have different proxies, ca_files or http_addresses; give "
+                     "them to commands of their own"};
     }
     isFirst = false;
-    wide = {settings.proxy, settings.authorityFile};
+    wide = next;
   }
-  if (access.used.empty()) wide = {access.commandLine.proxy, access.commandLine.authorityFile};
-  return std::nullopt;
+  if (access.used.empty()) wide = {access.commandLine.proxy, access.commandLine.authorityFile, {}};
+  return wide;
 }
 
 void ShowCertificate(const ServerAccess& access, const std::string& url, const ServerSettings& settings) {
@@ -67,12 +75,14 @@ void ShowCertificate(const ServerAccess& access, const std::string& url, const S
 }  // namespace
 
 std::optional<Failure> ApplyServerAccess(const ServerAccess& access) {
-  ProcessWide wide;
-  if (auto failure = CollectProcessWide(access, wide)) return failure;
+  const auto collected = CollectProcessWide(access);
+  if (!collected) return collected.failure();
+  const ProcessWide& wide = *collected;
   if (auto failure = RequireReadable(wide.authorityFile)) return failure;
   du::http::TransportSettings transport = du::http::GetTransportSettings();
   if (!wide.authorityFile.empty()) transport.certificateAuthorityFile = wide.authorityFile;
   if (!wide.proxy.empty()) transport.proxy = wide.proxy == "none" ? std::string() : wide.proxy;
+  transport.httpAddresses = RuleOf(wide.httpAddresses);
   du::http::SetTransportSettings(transport);
   for (const std::string& url : access.listed) {
     const ServerSettings settings = SettingsOf(access, url);

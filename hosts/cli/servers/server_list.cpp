@@ -93,6 +93,29 @@ struct Section {
   return origin.host + (namesPort ? ":" + std::to_string(origin.port) : "");
 }
 
+// The nicknames of a list with commas between them.
+[[nodiscard]] std::vector<std::string> Nicknames(std::string_view list) {
+  std::vector<std::string> nicknames;
+  while (!list.empty()) {
+    const std::size_t end = std::min(list.find(','), list.size());
+    nicknames.emplace_back(Trimmed(list.substr(0, end)));
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return nicknames;
+}
+
+// A nickname that is misspelt would leave a server without its login, and nobody would know why.
+[[nodiscard]] std::optional<Failure> LoginFault(const Configuration& configuration) {
+  for (const auto& [nickname, settings] : configuration.settings) {
+    for (const std::string& other : Nicknames(settings.loginAlsoFor)) {
+      if (configuration.servers.count(other) != 0) continue;
+      return Failure{ExitCode::Usage, "login_also_for of the server \"" + nickname + "\" names \"" + other +
+                                          "\", which is not listed"};
+    }
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::optional<std::string> NicknameFault(std::string_view nickname) {
@@ -139,8 +162,8 @@ std::optional<Failure> AddServerArgument(std::string_view argument, Configuratio
   return std::nullopt;
 }
 
-std::optional<Failure> ReadConfiguration(std::string_view text, const std::string& name,
-                                         Configuration& configuration) {
+Result<Configuration> ReadConfiguration(std::string_view text, const std::string& name) {
+  Configuration configuration;
   Section section;
   for (int number = 1; !text.empty(); ++number) {
     const std::size_t end = std::min(text.find('\n'), text.size());
@@ -151,7 +174,7 @@ std::optional<Failure> ReadConfiguration(std::string_view text, const std::strin
                                            : ReadLine(line, section, configuration);
     if (fault) return LineFault(name, number, *fault);
   }
-  return std::nullopt;
+  return configuration;
 }
 
 std::string DefaultConfigurationPath(const std::string& configHome, const std::string& home) {
@@ -160,16 +183,15 @@ std::string DefaultConfigurationPath(const std::string& configHome, const std::s
   return home + "/.config/vtdirect/config";
 }
 
-std::optional<Failure> LoadConfiguration(const std::string& path, bool required,
-                                         Configuration& configuration) {
+Result<Configuration> LoadConfiguration(const std::string& path, bool required) {
   std::string text;
   const int error = ReadLocalTextFile(path, text);
-  if (error == ENOENT && !required) return std::nullopt;
+  if (error == ENOENT && !required) return Configuration{};
   if (error != 0) {
     return Failure{ExitCode::LocalFile,
                    "cannot read the configuration file " + path + ": " + std::strerror(error)};
   }
-  return ReadConfiguration(text, path, configuration);
+  return ReadConfiguration(text, path);
 }
 
 std::optional<Failure> ConfigurationFault(const Configuration& configuration) {
@@ -188,7 +210,16 @@ std::optional<Failure> ConfigurationFault(const Configuration& configuration) {
     static_cast<void>(SettingsFor(configuration, url, &fault));
     if (fault) return fault;
   }
-  return std::nullopt;
+  return LoginFault(configuration);
+}
+
+std::vector<std::string> ServersWithLoginOf(const Configuration& configuration, const std::string& url) {
+  std::vector<std::string> urls;
+  for (const std::string& nickname : Nicknames(SettingsFor(configuration, url).loginAlsoFor)) {
+    const auto server = configuration.servers.find(nickname);
+    if (server != configuration.servers.end()) urls.push_back(server->second);
+  }
+  return urls;
 }
 
 ServerSettings SettingsFor(const Configuration& configuration, const std::string& url,

@@ -4,8 +4,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/result.h"
 #include "hosts/cli/servers/server_settings.h"
 
 namespace vtdirect_cli {
@@ -41,9 +42,8 @@ struct Configuration {
 /// otherwise. Blanks around all of them count for nothing. Empty lines and lines that begin with "#" or ";"
 /// are passed over. Any other line, any other section and what comes twice are faults.
 /// @param name  of the file, for the message
-/// @return the first fault, with file and line, or nothing
-[[nodiscard]] std::optional<Failure> ReadConfiguration(std::string_view text, const std::string& name,
-                                                       Configuration& configuration);
+/// @return the configuration, or the first fault with file and line
+[[nodiscard]] Result<Configuration> ReadConfiguration(std::string_view text, const std::string& name);
 
 /// The configuration file that is read when none is named: "$XDG_CONFIG_HOME/vtdirect/config", else
 /// "~/.config/vtdirect/config"; empty when neither directory is known.
@@ -53,13 +53,17 @@ struct Configuration {
 
 /// Reads the file and then its text.
 /// @param required  whether a missing file is a fault
-[[nodiscard]] std::optional<Failure> LoadConfiguration(const std::string& path, bool required,
-                                                       Configuration& configuration);
+[[nodiscard]] Result<Configuration> LoadConfiguration(const std::string& path, bool required);
 
 /// What can't be meant by the list as a whole, or nothing. One host and port under both schemes: the library
 /// tells servers by host, port and path, so the address of one would lead to the other, and a password that
 /// is meant for https could go out in clear.
 [[nodiscard]] std::optional<Failure> ConfigurationFault(const Configuration& configuration);
+
+/// URLs of the servers that may have the token and the password that are meant for the one at this URL: those
+/// that its "login_also_for" names.
+[[nodiscard]] std::vector<std::string> ServersWithLoginOf(const Configuration& configuration,
+                                                          const std::string& url);
 
 /// What is said of the server at this URL: that of every nickname of its scheme, host and port.
 /// @param fault  receives what is wrong when two of them say different things

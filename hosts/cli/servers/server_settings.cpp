@@ -14,12 +14,19 @@ constexpr std::pair<const char*, std::string ServerSettings::*> kTexts[] = {
     {"ca_file", &ServerSettings::authorityFile},
     {"proxy", &ServerSettings::proxy},
     {"credential_helper", &ServerSettings::credentialHelper},
+    {"login_also_for", &ServerSettings::loginAlsoFor},
+    {"http_addresses", &ServerSettings::httpAddresses},
 };
 
 template <typename Value>
 [[nodiscard]] bool Merge(const std::optional<Value>& other, std::optional<Value>& value) {
   if (!value) value = other;
   return !other || value == other;
+}
+
+[[nodiscard]] std::optional<std::string> HttpAddressesFault(const std::string& value) {
+  if (value == "refuse" || value == "allow" || value == "upgrade") return std::nullopt;
+  return "http_addresses takes refuse, allow or upgrade";
 }
 
 [[nodiscard]] std::string UnknownKey(const std::string& key) {
@@ -64,6 +71,7 @@ std::optional<std::string> ReadServerSetting(const std::string& key, const std::
   for (const auto& [name, member] : kTexts) {
     if (key != name) continue;
     settings.*member = value;
+    if (key == "http_addresses") return HttpAddressesFault(value);
     return key == "proxy" ? ProxyFault(value) : std::nullopt;
   }
   return UnknownKey(key);

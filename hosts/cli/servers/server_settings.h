@@ -14,6 +14,8 @@ struct ServerSettings {
   std::string authorityFile;      ///< trusted certificates in place of the system's
   std::string proxy;              ///< URL of the proxy; "none" for the direct way
   std::string credentialHelper;   ///< command line of the credential helper
+  std::string loginAlsoFor;       ///< nicknames of servers that may have its login too, with commas between
+  std::string httpAddresses;      ///< what becomes of http addresses that it names: refuse, allow, upgrade
   std::optional<bool> negotiate;  ///< whether Kerberos is used
   std::optional<long> maxTime;    ///< longest time of a command, in seconds
 };

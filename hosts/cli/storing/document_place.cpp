@@ -1,5 +1,6 @@
 #include "hosts/cli/storing/document_place.h"
 
+#include <vtdirect/outcome.h>
 #include <vtdirect/vt_direct_manager.h>
 
 #include <algorithm>
@@ -8,6 +9,8 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/files/escaped_name.h"
+#include "hosts/cli/listing.h"
+#include "hosts/cli/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -27,17 +30,45 @@ namespace {
   return names;
 }
 
+// Where a document is, compared with its path.
+struct Place {
+  Presence presence = Presence::There;  // at the path; also for a document that is in no folder
+  std::string folder;                   // the one that it is in instead
+  std::optional<Reason> reason;         // why it is not known
+};
+
+[[nodiscard]] Place PlaceOf(const std::string& address, const std::string& uid) {
+  const auto kind = ClassifyAddress(address);
+  if (uid.empty() || !kind || IsById(address, *kind)) return {};
+  const VtDirectManager::Outcome outcome;
+  const std::string folder = VtDirectManager::GetVFSFolderPath(uid.c_str());
+  if (folder.empty() && AnswerIsMissing(outcome)) return {Presence::NotKnown, {}, outcome.Cause()};
+  if (folder.empty()) return {};
+  const bool isThere = NamesOf(folder) == NamesOf(address.substr(0, address.rfind('/')));
+  return {isThere ? Presence::There : Presence::Gone, folder, {}};
+}
+
+[[nodiscard]] Failure NotToldFailure(const std::string& address, const std::optional<Reason>& reason) {
+  return {ExitCode::Failure,
+          "in which folder the document of the name is that " + address +
+              " leads to could not be found out (" + WordsOf(*reason) + "); nothing was changed",
+          "the same command can be given again", reason};
+}
+
 }  // namespace
 
 std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const std::string& uid) {
-  AddressKind kind{};
-  if (uid.empty() || ClassifyAddress(address, kind) || IsById(address, kind)) return std::nullopt;
-  const std::string folder = VtDirectManager::GetVFSFolderPath(uid.c_str());
-  if (folder.empty() || NamesOf(folder) == NamesOf(address.substr(0, address.rfind('/'))))
-    return std::nullopt;
-  return Failure{ExitCode::NotFound, "not found: " + address + "; the document of that name, " + uid +
-                                         ", stands in " + WithClosingSlash(folder) +
-                                         "; nothing was changed; give its own address if it is meant"};
+  const Place place = PlaceOf(address, uid);
+  if (place.presence == Presence::There) return std::nullopt;
+  if (place.presence == Presence::NotKnown) return NotToldFailure(address, place.reason);
+  return Failure{ExitCode::NotFound,
+                 "not found: " + address + "; the document of that name, " + uid + ", stands in " +
+                     WithClosingSlash(place.folder) + "; nothing was changed",
+                 "give its own address if it is meant"};
+}
+
+bool IsElsewhere(const std::string& address, const std::string& uid) {
+  return PlaceOf(address, uid).presence == Presence::Gone;
 }
 
 OptionRow AnywhereOption() {
@@ -49,19 +80,38 @@ OptionRow AnywhereOption() {
           "Take the document of that name in whichever folder it is, as the server's search finds it."};
 }
 
-std::optional<Failure> RequirePlacedAddress(const Arguments& arguments, const std::string& address,
-                                            AddressKind& kind) {
-  if (auto failure = RequireAddress(address, kind)) return failure;
-  if (arguments.Has("anywhere") || IsById(address, kind) || address.ends_with('/')) return std::nullopt;
-  auto failure = RefusalOfAnotherPlace(address, VtDirectManager::GetUID(address.c_str()));
-  if (failure) failure->message += ", or --anywhere";
-  return failure;
+Result<AddressKind> RequirePlacedAddress(const Arguments& arguments, const std::string& address) {
+  const auto kind = RequireAddress(address);
+  if (!kind || arguments.Has("anywhere") || IsById(address, *kind) || address.ends_with('/')) return kind;
+  auto refusal = RefusalOfAnotherPlace(address, VtDirectManager::GetUID(address.c_str()));
+  if (!refusal) return kind;
+  if (refusal->code == ExitCode::NotFound) refusal->advice += ", or --anywhere";
+  return *refusal;
 }
 
-std::string UidAtPlace(const std::string& path) {
-  std::string uid = VtDirectManager::GetUID(path.c_str());
-  if (uid.empty() || RefusalOfAnotherPlace(path, uid)) return {};
-  return uid;
+Result<std::string> UidAtPlace(const std::string& path) {
+  const VtDirectManager::Outcome outcome;
+  const std::string uid = VtDirectManager::GetUID(path.c_str());
+  if (uid.empty() && AnswerIsMissing(outcome)) return NotToldFailure(path, outcome.Cause());
+  const Place place = PlaceOf(path, uid);
+  if (place.presence == Presence::NotKnown) return NotToldFailure(path, place.reason);
+  return place.presence == Presence::There ? uid : std::string();
+}
+
+Presence PresenceInFolder(const std::string& path) {
+  const std::size_t nameAt = path.rfind('/') + 1;
+  const std::string name = NormalizedName(path.substr(nameAt));
+  const auto isOther = [&name](const VtDirectManager::DirEntryExt& entry) {
+    return entry.isFolder || NormalizedName(TextOrEmpty(entry.name)) != name;
+  };
+  switch (ListPath(path.substr(0, nameAt), VtDirectManager::ReadDirFiles, isOther)) {
+    case ListingEnd::Whole:
+      return Presence::Gone;
+    case ListingEnd::Stopped:
+      return Presence::There;
+    default:
+      return Presence::NotKnown;
+  }
 }
 
 }  // namespace vtdirect_cli

@@ -4,8 +4,10 @@
 #include <string>
 
 #include "hosts/cli/address.h"
+#include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
+#include "hosts/cli/result.h"
 
 /// Whether a document stands where a path says.
 ///
@@ -14,25 +16,35 @@
 /// neither changed nor, unasked, taken for it.
 namespace vtdirect_cli {
 
-/// A failure that tells where the document stands that a path was resolved to, if that is another folder than
-/// the path's. Nothing for an address by id, and where the server shows no path of the document. Makes
-/// requests.
+/// A failure of the code NotFound that tells where the document stands that a path was resolved to, if that is
+/// another folder than the path's; one of another code if the server could not tell where it stands. Nothing
+/// for an address by id, and for a document that is in no folder. Makes requests.
 /// @param address  as it was given, with the document's name
 /// @param uid      what it was resolved to; empty for nothing
 [[nodiscard]] std::optional<Failure> RefusalOfAnotherPlace(const std::string& address,
                                                            const std::string& uid);
+
+/// Whether the server says that a document is in another folder than a path says. A question that failed is no
+/// such answer. Makes requests.
+[[nodiscard]] bool IsElsewhere(const std::string& address, const std::string& uid);
 
 /// The option that lets a reading command take the document of a name wherever it is.
 [[nodiscard]] OptionRow AnywhereOption();
 
 /// RequireAddress for a command that reads a document: a path must lead to one where it says, unless
 /// --anywhere was given. Makes requests for a path.
-/// @return a failure for a malformed address, an unlisted server and another place; nothing for an address
-///         that leads to no document, and for a folder's
-[[nodiscard]] std::optional<Failure> RequirePlacedAddress(const Arguments& arguments,
-                                                          const std::string& address, AddressKind& kind);
+/// @return which family the address is of, also of one that leads to no document and of a folder's; a failure for
+///         a malformed address, an unlisted server and another place
+[[nodiscard]] Result<AddressKind> RequirePlacedAddress(const Arguments& arguments,
+                                                       const std::string& address);
 
 /// The UID of the document that stands at a path; empty when none does. Makes requests.
-[[nodiscard]] std::string UidAtPlace(const std::string& path);
+/// @return a failure if the server could not tell
+[[nodiscard]] Result<std::string> UidAtPlace(const std::string& path);
+
+/// Whether the folder of a path lists a document of the path's name, for a path that leads to a document of
+/// that name in another folder. Reads the folder up to that document. Makes requests.
+/// @return NotKnown when the listing failed
+[[nodiscard]] Presence PresenceInFolder(const std::string& path);
 
 }  // namespace vtdirect_cli

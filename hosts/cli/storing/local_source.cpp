@@ -19,8 +19,8 @@ namespace {
 
 }  // namespace
 
-std::optional<Failure> InspectSource(const std::string& path, LocalSource& source) {
-  source.path = path;
+Result<LocalSource> InspectSource(const std::string& path) {
+  LocalSource source{path};
   // What is no file must not be opened: opening a pipe waits for its writer.
   if (stat(path.c_str(), &source.facts) != 0) return Unreadable(path, std::strerror(errno));
   if (S_ISDIR(source.facts.st_mode)) return Unreadable(path, "it is a directory");
@@ -28,7 +28,7 @@ std::optional<Failure> InspectSource(const std::string& path, LocalSource& sourc
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) return Unreadable(path, std::strerror(errno));
   close(descriptor);
-  return std::nullopt;
+  return source;
 }
 
 bool IsUnchanged(const LocalSource& source) {

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/result.h"
 
 namespace vtdirect_cli {
 
@@ -20,7 +20,7 @@ struct LocalSource {
 
 /// Looks at a file and tries whether it can be read.
 /// @return a failure for what is missing, is no regular file or can't be opened
-[[nodiscard]] std::optional<Failure> InspectSource(const std::string& path, LocalSource& source);
+[[nodiscard]] Result<LocalSource> InspectSource(const std::string& path);
 
 /// Whether the file is still the one that was looked at, with nothing written to it since.
 [[nodiscard]] bool IsUnchanged(const LocalSource& source);

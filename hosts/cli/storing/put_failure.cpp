@@ -6,19 +6,13 @@
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/texts/printable.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
 
 using Action = PutTarget::Action;
-using VtDirectManager::StatusCode;
 
-// What is there now, and what a user may do about it.
-struct Standing {
-  std::string text;
-  std::string next = "the same command can be given again";
-};
+constexpr const char* kAgain = "the same command can be given again";
 
 [[nodiscard]] const char* StepOf(Action action) {
   switch (action) {
@@ -38,16 +32,31 @@ struct Standing {
   return "after " + std::to_string(outcome.sent) + " of " + ByteCount(outcome.total);
 }
 
-[[nodiscard]] Standing Unknown(const std::string& command, const std::string& address) {
+[[nodiscard]] WhatStands Unknown(const std::string& command, const std::string& address) {
   return {"what stands now could not be found out",
           CommandToType(command, address) + " tells when the server answers"};
 }
 
+// The path leads to the other document of the name, so only the folder tells.
+[[nodiscard]] WhatStands StandingBesideNamesake(const PutTarget& target) {
+  switch (PresenceInFolder(target.address)) {
+    case Presence::There:
+      return {"the folder has a document of that name now, and only the answer may have been lost",
+              CommandToType("ls", target.address.substr(0, target.address.rfind('/') + 1)) + " shows it"};
+    case Presence::Gone:
+      return {"nothing was created", kAgain, true};
+    default:
+      return Unknown("ls", target.address.substr(0, target.address.rfind('/') + 1));
+  }
+}
+
 // A name that isn't found on a server that answers is not there.
-[[nodiscard]] Standing StandingOfCreation(const PutTarget& target, bool mayBeStored, bool answers) {
-  const std::string uid = answers ? UidAtPlace(target.address) : "";
-  if (uid.empty() && !answers && mayBeStored) return Unknown("info", target.address);
-  if (uid.empty()) return {"nothing was created"};
+[[nodiscard]] WhatStands StandingOfCreation(const PutTarget& target, bool mayBeStored, bool answers) {
+  const Result<std::string> found = answers ? UidAtPlace(target.address) : Result<std::string>(Failure{});
+  if (!found && mayBeStored) return Unknown("info", target.address);
+  if (found && found->empty() && target.hasNamesake && mayBeStored) return StandingBesideNamesake(target);
+  if (!found || found->empty()) return {"nothing was created", kAgain, true};
+  const std::string& uid = *found;
   const std::string next =
       CommandToType("info", uid) + " tells of it, and a further put makes a new iteration";
   if (!mayBeStored) return {"a document has come to stand there meanwhile: " + uid, next};
@@ -57,11 +66,12 @@ struct Standing {
   return {"a document is there now, and only the answer may have been lost: " + uid, next};
 }
 
-[[nodiscard]] Standing StandingOfIteration(const PutTarget& target, bool mayBeStored) {
+[[nodiscard]] WhatStands StandingOfIteration(const PutTarget& target, bool mayBeStored) {
   std::string version;
   std::string newest;
   const int status = VtDirectManager::GetStatus(target.address.c_str(), version, newest, nullptr);
-  if (status == 0) return {"nothing was changed, " + version + " is the newest iteration still"};
+  if (status == 0)
+    return {"nothing was changed, " + version + " is the newest iteration still", kAgain, true};
   if (status < 0 && !mayBeStored) return {"nothing was changed"};
   if (status < 0) return Unknown("info", target.address);
   const std::string next = CommandToType("versions", target.address) + " tells of them";
@@ -73,7 +83,7 @@ struct Standing {
   return mayBeStored ? "whether the file is stored in it is not known" : "its content is as it was";
 }
 
-[[nodiscard]] Standing StandingOfStore(const PutTarget& target, bool mayBeStored) {
+[[nodiscard]] WhatStands StandingOfStore(const PutTarget& target, bool mayBeStored) {
   const CheckoutState state = ReadCheckoutState(target.address);
   if (IsWorkingCopy(state.status)) {
     return {"you still have it checked out, and " + ContentOfWorkingCopy(mayBeStored)};
@@ -90,7 +100,7 @@ struct Standing {
   return Unknown("verify", target.address);
 }
 
-[[nodiscard]] Standing StandingOf(const PutTarget& target, bool mayBeStored, bool answers) {
+[[nodiscard]] WhatStands StandingOf(const PutTarget& target, bool mayBeStored, bool answers) {
   switch (target.action) {
     case Action::Create:
       return StandingOfCreation(target, mayBeStored, answers);
@@ -104,21 +114,21 @@ struct Standing {
 // Nothing of the file has reached the server whole, so nothing was stored.
 [[nodiscard]] std::optional<Failure> LocalFailure(const PutOutcome& outcome) {
   if (!outcome.changedFile.empty()) {
-    return Failure{ExitCode::LocalFile, outcome.changedFile +
-                                            " was written to while it was read; nothing was stored; give the "
-                                            "command again when nobody writes to it"};
+    return Failure{ExitCode::LocalFile,
+                   outcome.changedFile + " was written to while it was read; nothing was stored",
+                   "give the command again when nobody writes to it"};
   }
   if (outcome.brokenTicket) {
-    return Failure{
-        ExitCode::Failure,
-        "the server's answer for a place to upload to could not be understood; nothing was stored; the "
-        "same command can be given again"};
+    return Failure{ExitCode::Failure,
+                   "the server's answer for a place to upload to could not be understood; nothing was stored",
+                   kAgain};
   }
   if (outcome.copyIsShort) {
     return Failure{
         ExitCode::LocalFile,
         "the files could not be copied whole to the directory for temporary files, from where they "
-        "are sent; nothing was stored; make room there, or set TMPDIR to another one"};
+        "are sent; nothing was stored",
+        "make room there, or set TMPDIR to another one"};
   }
   return std::nullopt;
 }
@@ -128,41 +138,46 @@ struct Standing {
   const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(target.address.c_str()));
   if (!failure && outcome.code == VtDirectManager::StatusConnectFailed) return ExitCode::CannotConnect;
   if (!failure) return ExitCode::Failure;
-  why = failure->message;
+  why = failure->Text();
   return failure->code;
 }
 
 }  // namespace
 
 Failure PutCheckInFailure(Host& host, const std::string& uid) {
-  std::string why = FirstTracedError();
+  Failure failure = WithReason({});
+  std::string why = WordsOfLastReason();
   const auto server = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));
   if (server && server->code == ExitCode::Interrupted) return InterruptedFailure();
-  if (server) why = server->message;
+  if (server) why = server->Text();
   const bool stands = IsWorkingCopy(ReadCheckoutState(uid).status);
-  std::string message = "the file is stored in the working copy " + uid + ", but checking it in failed";
-  if (!why.empty()) message += " (" + why + ")";
-  message += stands
-                 ? "; you still have it checked out; " + CommandToType("checkin", uid) + " tries again"
-                 : "; it is not seen to be checked out any more; " + CommandToType("verify", uid) + " tells";
-  return {server ? server->code : ExitCode::Failure, message};
+  failure.message = "the file is stored in the working copy " + uid + ", but checking it in failed";
+  if (!why.empty()) failure.message += " (" + why + ")";
+  failure.message +=
+      stands ? "; you still have it checked out" : "; it is not seen to be checked out any more";
+  failure.advice =
+      stands ? CommandToType("checkin", uid) + " tries again" : CommandToType("verify", uid) + " tells";
+  if (server) failure.code = server->code;
+  return failure;
 }
 
 Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& target,
                    const PutOutcome& outcome) {
   if (auto failure = LocalFailure(outcome)) return *failure;
+  Failure failure = WithReason({});
   std::string why = WordsOfLastReason();
   const bool tooLarge = outcome.code == VtDirectManager::StatusFileTooLarge;
   const bool mayBeStored = outcome.AllSent() && !tooLarge && ChangeMayHaveHappened();
   if (tooLarge) why = "the server takes no files as large as this";
-  const ExitCode code = tooLarge ? ExitCode::Failure : CodeOf(host, target, outcome, why);
-  if (code == ExitCode::Interrupted) return InterruptedFailure();
-  Standing standing = StandingOf(target, mayBeStored, code == ExitCode::Failure);
+  failure.code = tooLarge ? ExitCode::Failure : CodeOf(host, target, outcome, why);
+  if (failure.code == ExitCode::Interrupted) return InterruptedFailure();
+  WhatStands standing = StandingOf(target, mayBeStored, failure.code == ExitCode::Failure);
   if (tooLarge) standing.next = "a smaller file, or a greater limit at the server, is needed";
-  std::string message = StepOf(target.action) + target.address + " from " + request.content.path +
-                        " failed " + PointOf(outcome);
-  if (!why.empty()) message += " (" + why + ")";
-  return {code, message + "; " + standing.text + "; " + standing.next};
+  failure.message = StepOf(target.action) + target.address + " from " + request.content.path + " failed " +
+                    PointOf(outcome);
+  if (!why.empty()) failure.message += " (" + why + ")";
+  if (failure.reason) failure.reason->mayHaveHappened = mayBeStored;
+  return WithStanding(failure, standing);
 }
 
 }  // namespace vtdirect_cli

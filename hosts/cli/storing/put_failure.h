@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
 #include "hosts/cli/storing/put_upload.h"
 
 namespace vtdirect_cli {

@@ -7,7 +7,7 @@
 
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/diagnosis.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -23,13 +23,13 @@ namespace {
 
 // The new iteration would have none of them.
 [[nodiscard]] Failure LinksUnread(Host& host, const PutTarget& target) {
-  Failure failure = {ExitCode::Failure, {}};
+  Failure failure = WithReason({ExitCode::Failure, {}});
   if (auto server = DiagnoseServer(host, VtDirectManager::GetServerURL(target.address.c_str())))
     failure = *server;
   if (failure.code == ExitCode::Interrupted) return failure;
   failure.message = "the source links of " + target.address + " could not be read, and would be lost" +
-                    (failure.message.empty() ? "" : " (" + failure.message + ")") +
-                    "; nothing was sent; the same command can be given again";
+                    (failure.message.empty() ? "" : " (" + failure.Text() + ")") + "; nothing was sent";
+  failure.advice = "the same command can be given again";
   return failure;
 }
 
@@ -45,46 +45,43 @@ namespace {
     return Failure{ExitCode::Usage, "the link " + name + " leads to " + address +
                                         ", which is on another server than the document; nothing was sent"};
   }
-  ForgetTracedErrors();
+  ForgetReasons();
   if (VtDirectManager::FileExists(address.c_str())) return std::nullopt;
   Failure failure = Diagnose(host, address, true);
   failure.message = "the link " + name + ": " + failure.message + "; nothing was sent";
   return failure;
 }
 
-[[nodiscard]] std::optional<Failure> ApplyChanges(Host& host, const PutRequest& request,
-                                                  const PutTarget& target, SourceLinks& links) {
+[[nodiscard]] Result<SourceLinks> WithChanges(Host& host, const PutRequest& request, const PutTarget& target,
+                                              SourceLinks links) {
   for (const auto& [name, address] : request.links) {
     if (address.empty()) {
       links.erase(name);
       continue;
     }
-    if (auto failure = CheckLink(host, target, name, address)) return failure;
+    if (auto failure = CheckLink(host, target, name, address)) return *failure;
     links[name] = address;
   }
-  return std::nullopt;
+  return links;
 }
 
 }  // namespace
 
-std::optional<Failure> SettleLinks(Host& host, const PutRequest& request, const PutTarget& target,
-                                   SourceLinks& links) {
-  if (request.type != VtDirectManager::FileTypeFenlet) return std::nullopt;
-  if (target.action != PutTarget::Action::Create) {
-    const auto before = LinksOf(target.before);
-    if (!before) return LinksUnread(host, target);
-    links = *before;
-  }
-  if (auto failure = ApplyChanges(host, request, target, links)) return failure;
-  for (const auto& [name, address] : links) {
+Result<SourceLinks> SettleLinks(Host& host, const PutRequest& request, const PutTarget& target) {
+  if (request.type != VtDirectManager::FileTypeFenlet) return SourceLinks{};
+  const bool isNew = target.action == PutTarget::Action::Create;
+  const auto before = isNew ? SourceLinks{} : LinksOf(target.before);
+  if (!before) return LinksUnread(host, target);
+  const auto links = WithChanges(host, request, target, *before);
+  if (!links) return links;
+  for (const auto& [name, address] : *links) {
     if (!address.empty()) continue;
     return Failure{ExitCode::Failure,
                    "the document has a link " + name +
-                       " to a document that can't be read now, and would lose it; nothing was sent; give "
-                       "--link '" +
-                       name + "=ADDRESS', or --link '" + name + "=' to take it away"};
+                       " to a document that can't be read now, and would lose it; nothing was sent",
+                   "give --link '" + name + "=ADDRESS', or --link '" + name + "=' to take it away"};
   }
-  return std::nullopt;
+  return links;
 }
 
 void WarnOfMissingLinks(Host& host, const std::string& uid, const SourceLinks& links) {

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "hosts/cli/host.h"
+#include "hosts/cli/result.h"
 #include "hosts/cli/storing/put_target.h"
 
 namespace vtdirect_cli {
@@ -11,8 +12,7 @@ namespace vtdirect_cli {
 /// request asks for. The library leaves out what isn't handed over, and drops without a failure what it can't
 /// resolve, so both are looked at before anything is sent. Makes requests.
 /// @return a failure for a link that would be lost, or that leads nowhere or to another server
-[[nodiscard]] std::optional<Failure> SettleLinks(Host& host, const PutRequest& request,
-                                                 const PutTarget& target, SourceLinks& links);
+[[nodiscard]] Result<SourceLinks> SettleLinks(Host& host, const PutRequest& request, const PutTarget& target);
 
 /// Warns of those links that the document at this UID doesn't have. Makes requests.
 void WarnOfMissingLinks(Host& host, const std::string& uid, const SourceLinks& links);

@@ -13,12 +13,10 @@ constexpr std::pair<const char*, FileType> kTypes[] = {{"fenlet", VtDirectManage
                                                        {"general", VtDirectManager::FileTypeGeneral},
                                                        {"ugc", VtDirectManager::FileTypeUgc}};
 
-[[nodiscard]] std::optional<Failure> ReadType(const Arguments& arguments, FileType& type) {
-  if (!arguments.Has("kind")) return std::nullopt;
+[[nodiscard]] Result<FileType> ReadType(const Arguments& arguments) {
+  if (!arguments.Has("kind")) return VtDirectManager::FileTypeFenlet;
   for (const auto& [name, value] : kTypes) {
-    if (arguments.Text("kind") != name) continue;
-    type = value;
-    return std::nullopt;
+    if (arguments.Text("kind") == name) return value;
   }
   return Failure{ExitCode::Usage, "--kind takes fenlet, general or ugc"};
 }
@@ -26,27 +24,29 @@ constexpr std::pair<const char*, FileType> kTypes[] = {{"fenlet", VtDirectManage
 // What the library would leave out without a word.
 [[nodiscard]] std::optional<Failure> RefuseForType(const Arguments& arguments, FileType type) {
   if (type == VtDirectManager::FileTypeFenlet) return std::nullopt;
-  for (const char* option : {"viewable", "metadata", "language", "link"}) {
+  for (const ArgumentName option :
+       {ArgumentName("viewable"), ArgumentName("metadata"), ArgumentName("language"), ArgumentName("link")}) {
     if (!arguments.Has(option)) continue;
-    return Failure{ExitCode::Usage, std::string("--") + option + " is for Fenlet documents alone, not for " +
-                                        arguments.Text("kind") + " ones"};
+    return Failure{ExitCode::Usage, std::string("--") + option.text() +
+                                        " is for Fenlet documents alone, not for " + arguments.Text("kind") +
+                                        " ones"};
   }
   return std::nullopt;
 }
 
-[[nodiscard]] std::optional<Failure> ReadOptionalSource(const Arguments& arguments, const char* option,
-                                                        std::optional<LocalSource>& source) {
-  if (!arguments.Has(option)) return std::nullopt;
+[[nodiscard]] Result<std::optional<LocalSource>> ReadOptionalSource(const Arguments& arguments,
+                                                                    ArgumentName option) {
+  if (!arguments.Has(option)) return std::optional<LocalSource>();
   const std::string path = arguments.Text(option);
-  if (path.empty()) return Failure{ExitCode::Usage, std::string("--") + option + " takes a file name"};
-  return InspectSource(path, source.emplace());
+  if (path.empty()) return Failure{ExitCode::Usage, std::string("--") + option.text() + " takes a file name"};
+  const auto source = InspectSource(path);
+  if (!source) return source.failure();
+  return std::optional<LocalSource>(*source);
 }
 
-[[nodiscard]] std::optional<Failure> ReadLanguage(const Arguments& arguments, std::string& language) {
-  if (!arguments.Has("language")) return std::nullopt;
-  language = arguments.Text("language");
-  if (language.empty()) return Failure{ExitCode::Usage, "--language takes the name of a language"};
-  return std::nullopt;
+[[nodiscard]] std::optional<Failure> RefuseNoLanguage(const Arguments& arguments) {
+  if (!arguments.Has("language") || !arguments.Text("language").empty()) return std::nullopt;
+  return Failure{ExitCode::Usage, "--language takes the name of a language"};
 }
 
 [[nodiscard]] bool BeginsAsAddress(const std::string& text) {
@@ -61,17 +61,16 @@ constexpr std::pair<const char*, FileType> kTypes[] = {{"fenlet", VtDirectManage
   return argument.ends_with('=') ? argument.size() - 1 : std::string::npos;
 }
 
-[[nodiscard]] std::optional<Failure> ReadLinks(const Arguments& arguments, SourceLinks& links) {
+[[nodiscard]] Result<SourceLinks> ReadLinks(const Arguments& arguments) {
+  SourceLinks links;
   for (const std::string& argument : arguments.All("link")) {
-    if (auto failure = AddLink(argument, links)) return failure;
+    const auto link = ReadLink(argument);
+    if (!link) return link.failure();
+    if (!links.insert(*link).second) {
+      return Failure{ExitCode::Usage, "--link names \"" + link->first + "\" twice"};
+    }
   }
-  return std::nullopt;
-}
-
-[[nodiscard]] std::optional<Failure> ReadSources(const Arguments& arguments, PutRequest& request) {
-  if (auto failure = InspectSource(arguments.Text("FILE"), request.content)) return failure;
-  if (auto failure = ReadOptionalSource(arguments, "viewable", request.viewable)) return failure;
-  return ReadOptionalSource(arguments, "metadata", request.metadata);
+  return links;
 }
 
 }  // namespace
@@ -83,33 +82,45 @@ std::vector<LocalSource> PutRequest::Sources() const {
   return sources;
 }
 
-std::optional<Failure> AddLink(const std::string& argument, SourceLinks& links) {
+Result<SourceLinks::value_type> ReadLink(const std::string& argument) {
   const std::size_t end = EndOfName(argument);
   if (end == 0 || end == std::string::npos) {
     return Failure{ExitCode::Usage, "\"" + argument +
                                         "\" is no link: --link takes NAME=ADDRESS, or NAME= to take the "
                                         "link away"};
   }
-  const std::string name = NormalizedName(argument.substr(0, end));
-  const std::string address = argument.substr(end + 1);
-  if (!links.emplace(name, address).second) {
-    return Failure{ExitCode::Usage, "--link names \"" + name + "\" twice"};
-  }
-  if (address.empty()) return std::nullopt;
-  AddressKind kind{};
-  return RequireAddress(address, kind);
+  SourceLinks::value_type link(NormalizedName(argument.substr(0, end)), argument.substr(end + 1));
+  if (link.second.empty()) return link;
+  const auto kind = RequireAddress(link.second);
+  if (!kind) return kind.failure();
+  return link;
 }
 
-std::optional<Failure> ReadPutRequest(const Arguments& arguments, PutRequest& request) {
-  request.address = arguments.Text("ADDRESS");
-  request.checkIn = arguments.Has("checkin");
-  request.force = arguments.Has("force");
-  if (auto failure = ReadType(arguments, request.type)) return failure;
-  if (auto failure = RefuseForType(arguments, request.type)) return failure;
-  if (auto failure = ReadLanguage(arguments, request.language)) return failure;
-  if (auto failure = RequireAddress(request.address, request.kind)) return failure;
-  if (auto failure = ReadLinks(arguments, request.links)) return failure;
-  return ReadSources(arguments, request);
+Result<PutRequest> ReadPutRequest(const Arguments& arguments) {
+  const auto type = ReadType(arguments);
+  if (!type) return type.failure();
+  if (auto failure = RefuseForType(arguments, *type)) return *failure;
+  if (auto failure = RefuseNoLanguage(arguments)) return *failure;
+  const auto kind = RequireAddress(arguments.Text("ADDRESS"));
+  if (!kind) return kind.failure();
+  const auto links = ReadLinks(arguments);
+  if (!links) return links.failure();
+  const auto content = InspectSource(arguments.Text("FILE"));
+  if (!content) return content.failure();
+  const auto viewable = ReadOptionalSource(arguments, "viewable");
+  if (!viewable) return viewable.failure();
+  const auto metadata = ReadOptionalSource(arguments, "metadata");
+  if (!metadata) return metadata.failure();
+  return PutRequest{arguments.Text("ADDRESS"),
+                    *kind,
+                    *type,
+                    *content,
+                    *viewable,
+                    *metadata,
+                    arguments.Text("language"),
+                    *links,
+                    arguments.Has("checkin"),
+                    arguments.Has("force")};
 }
 
 }  // namespace vtdirect_cli

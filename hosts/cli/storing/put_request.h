@@ -35,11 +35,11 @@ struct PutRequest {
 
 /// Reads the arguments and looks at the local files. Makes no request.
 /// @return a failure for what can't be meant, a server that isn't listed, and a file that can't be sent
-[[nodiscard]] std::optional<Failure> ReadPutRequest(const Arguments& arguments, PutRequest& request);
+[[nodiscard]] Result<PutRequest> ReadPutRequest(const Arguments& arguments);
 
 /// Takes "NAME=ADDRESS" apart. A name may hold "=" as well as an address does, so they are parted where an
 /// address begins, or at a closing "=" when there is none.
-/// @return a failure for anything else, and for a name that is there already
-[[nodiscard]] std::optional<Failure> AddLink(const std::string& argument, SourceLinks& links);
+/// @return a failure for anything else
+[[nodiscard]] Result<SourceLinks::value_type> ReadLink(const std::string& argument);
 
 }  // namespace vtdirect_cli

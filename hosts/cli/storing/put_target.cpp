@@ -3,18 +3,19 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/copy_search.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/escaped_name.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/texts/printable.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
-
-using VtDirectManager::VtCheckoutStatus;
 
 [[nodiscard]] bool IsFolder(const std::string& path) {
   return VtDirectManager::OpenDir(WithClosingSlash(path).c_str()) != nullptr;
@@ -28,8 +29,9 @@ using VtDirectManager::VtCheckoutStatus;
   return path.find('|', path.rfind('/')) != std::string::npos;
 }
 
-[[nodiscard]] Failure Unsent(const std::string& text, const std::string& next) {
-  return {ExitCode::Failure, text + "; nothing was sent; " + next};
+[[nodiscard]] Failure Unsent(const std::string& text, const std::string& next,
+                             FailureClass failureClass = FailureClass::OfExitCode) {
+  return {ExitCode::Failure, text + "; nothing was sent", next, std::nullopt, failureClass};
 }
 
 // Names are sent as text, and no text has such bytes.
@@ -48,31 +50,54 @@ using VtDirectManager::VtCheckoutStatus;
 }
 
 // The library would let a server without the folder choose another one.
-[[nodiscard]] std::optional<Failure> SettleCreation(Host& host, const PutRequest& request,
-                                                    PutTarget& target) {
+[[nodiscard]] Result<PutTarget> SettleCreation(Host& host, const PutRequest& request,
+                                               const std::string& path) {
   if (IsById(request.address, request.kind)) return Diagnose(host, request.address, true);
-  const std::string& path = target.address;
   const bool folderGiven = path != request.address;
   if (!folderGiven && NamesVersion(path)) {
-    return Failure{ExitCode::NotFound, "not found: " + path +
-                                           "; nothing was sent; to create it leave the version away, which "
-                                           "the server chooses"};
+    return Failure{ExitCode::NotFound, "not found: " + path + "; nothing was sent",
+                   "to create it leave the version away, which the server chooses"};
   }
   if (!folderGiven && IsFolder(path)) {
     return Unsent(path + " is a folder", "close it with \"/\" to put the file into it");
   }
   const std::string folder = FolderOf(path);
-  if (IsFolder(folder)) {
-    target.action = PutTarget::Action::Create;
-    return std::nullopt;
-  }
-  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(path.c_str()))) return failure;
+  if (IsFolder(folder)) return PutTarget{PutTarget::Action::Create, path, false, false, {}};
+  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(path.c_str()))) return *failure;
   return Failure{ExitCode::NotFound, "there is no folder " + folder + " that you can see; nothing was sent"};
 }
 
-[[nodiscard]] Failure CheckedOutElsewhere(const PutTarget& target) {
-  return Unsent("you have " + target.address + " checked out, but no working copy of it is kept here",
-                "give the UID or the path of the working copy (.../Workspaces/NAME/...)");
+[[nodiscard]] Failure HiddenByNamesake(const std::string& path, const std::string& namesake) {
+  return Unsent("there is a document " + path +
+                    " already, and the server leads this path to another one of that name, " + namesake,
+                "give the UID of the document that is meant");
+}
+
+// The path leads to a document of the name in another folder. On such a server it may do so also when the
+// folder has one of its own, so the folder's listing decides.
+// @param elsewhere  that it does, or that this could not be found out
+[[nodiscard]] Result<PutTarget> SettleBesideNamesake(Host& host, const PutRequest& request,
+                                                     const std::string& path, const std::string& namesake,
+                                                     const Failure& elsewhere) {
+  if (NamesVersion(path) || elsewhere.code != ExitCode::NotFound) return elsewhere;
+  auto target = SettleCreation(host, request, path);
+  if (!target) return target;
+  target->hasNamesake = true;
+  switch (PresenceInFolder(path)) {
+    case Presence::Gone:
+      return target;
+    case Presence::There:
+      return HiddenByNamesake(path, namesake);
+    default:
+      return Unsent("whether there is a document " + path + " already could not be found out",
+                    "the same command can be given again");
+  }
+}
+
+[[nodiscard]] Failure CheckedOutElsewhere(const std::string& uid) {
+  return Unsent("you have " + uid + " checked out, but no working copy of it is kept here",
+                "give the UID or the path of the working copy (.../Workspaces/NAME/...)",
+                FailureClass::Conflict);
 }
 
 // A workspace may hold a document that isn't checked out. It is the document that gets an iteration.
@@ -85,43 +110,66 @@ using VtDirectManager::VtCheckoutStatus;
 }
 
 // What was kept is no checkout any more: it was checked in or undone by other means.
-[[nodiscard]] Failure LostCheckout(const PutTarget& target) {
-  return Unsent("the checkout " + target.address + " that is kept here does not stand any more",
-                CommandToType("verify", target.address) + " tells what stands");
+[[nodiscard]] Failure LostCheckout(const std::string& uid) {
+  return Unsent("the checkout " + uid + " that is kept here does not stand any more",
+                CommandToType("verify", uid) + " tells what stands");
 }
 
-[[nodiscard]] std::optional<Failure> SettleByStatus(Host& host, VtCheckoutStatus status,
-                                                    const std::string& user, bool kept, PutTarget& target) {
-  switch (status) {
+// A store needs the workspace, which the id alone of a working copy does not tell. What the copy was taken from
+// stands in none.
+[[nodiscard]] Result<PutTarget> StoreInto(const std::string& uid, bool isTemporary) {
+  const std::string workingCopy = WithWorkspace(uid);
+  if (!HasWorkspace(workingCopy)) return CheckedOutElsewhere(workingCopy);
+  return PutTarget{PutTarget::Action::Store, workingCopy, isTemporary, false,
+                   isTemporary ? ByOwnId(workingCopy) : workingCopy};
+}
+
+[[nodiscard]] PutTarget IterationOf(const std::string& uid) {
+  const std::string document = WithoutWorkspace(uid);
+  return {PutTarget::Action::Iterate, document, false, false, document};
+}
+
+// Where the checkout stands was not told. That is an end of what is kept only if the server says that there is
+// nothing.
+[[nodiscard]] Failure WhyUnknown(Host& host, const std::string& uid, bool isKept) {
+  const auto reason = LastReason();
+  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()))) return *failure;
+  const bool isMissing = !reason || reason->kind == VtDirectManager::FailureKind::NotFound;
+  return isKept && isMissing ? LostCheckout(uid) : ObjectFailure(host, uid, reason);
+}
+
+[[nodiscard]] Result<PutTarget> SettleByState(Host& host, const std::string& uid, bool isKept,
+                                              const CheckoutState& state) {
+  switch (state.status) {
     case VtDirectManager::CheckoutNone:
     case VtDirectManager::CheckoutUnsupported:
-      if (kept) return LostCheckout(target);
-      target.action = PutTarget::Action::Iterate;
-      target.address = WithoutWorkspace(target.address);
-      return std::nullopt;
+      if (isKept) return LostCheckout(uid);
+      return IterationOf(uid);
     case VtDirectManager::CheckoutInTempWorkspace:
     case VtDirectManager::CheckoutInWorkspace:
-      // A store needs the workspace, which the id alone of a working copy does not tell. What the copy was
-      // taken from stands in none.
-      target.address = WithWorkspace(target.address);
-      if (!HasWorkspace(target.address)) return CheckedOutElsewhere(target);
-      target.action = PutTarget::Action::Store;
-      target.temporary = status == VtDirectManager::CheckoutInTempWorkspace;
-      return std::nullopt;
+      return StoreInto(uid, state.status == VtDirectManager::CheckoutInTempWorkspace);
     case VtDirectManager::CheckoutByOther:
-      return Unsent(target.address + " is checked out by " + user,
-                    "it takes a new iteration when it is checked in");
+      return Unsent(uid + " is checked out by " + state.user,
+                    "it takes a new iteration when it is checked in", FailureClass::Locked);
     case VtDirectManager::CheckoutByUserUnrecorded:
-      return kept ? LostCheckout(target) : CheckedOutElsewhere(target);
+      return isKept ? LostCheckout(uid) : CheckedOutElsewhere(uid);
     case VtDirectManager::CheckoutNotPossible:
-      return Unsent(target.address + " is not the newest iteration",
-                    "give the UID of the newest one, or its path without a version");
+      return Unsent(uid + " is not the newest iteration",
+                    "give the UID of the newest one, or its path without a version", FailureClass::Conflict);
     default:
-      if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(target.address.c_str()))) {
-        return failure;
-      }
-      return kept ? LostCheckout(target) : Failure{ExitCode::NotFound, "not found: " + target.address};
+      return WhyUnknown(host, uid, isKept);
   }
+}
+
+[[nodiscard]] Result<PutTarget> SettleExisting(Host& host, const PutRequest& request,
+                                               const std::string& uid) {
+  const bool isKept = CheckoutBook().Find(uid).has_value();
+  CheckoutState state = ReadCheckoutState(uid);
+  if (isKept) return SettleByState(host, uid, isKept, state);
+  const CopySearch found = CopyToGoOnWith(host, request.address, state.status, uid);
+  if (found.failure) return *found.failure;
+  if (found.uid != uid) state.status = VtDirectManager::CheckoutInTempWorkspace;
+  return SettleByState(host, found.uid, isKept, state);
 }
 
 // The server tells of no document what kind it has, and the library leaves out what a kind has not.
@@ -132,35 +180,31 @@ using VtDirectManager::VtCheckoutStatus;
                 "give --force to store it all the same");
 }
 
-[[nodiscard]] std::optional<Failure> SettleExisting(Host& host, PutTarget& target) {
-  const bool kept = CheckoutBook().Find(target.address).has_value();
-  std::string user;
-  const VtCheckoutStatus status = VtDirectManager::GetCheckoutStatus(target.address.c_str(), &user);
-  return SettleByStatus(host, status, user, kept, target);
-}
-
 }  // namespace
 
-std::optional<Failure> SettlePutTarget(Host& host, const PutRequest& request, PutTarget& target) {
+std::string PathToStoreAt(const PutTarget& target) {
+  return target.hasNamesake ? target.address + "|-.0" : target.address;
+}
+
+Result<PutTarget> SettlePutTarget(Host& host, const PutRequest& request) {
   const bool byId = IsById(request.address, request.kind);
-  target.address = request.address;
-  if (!byId && target.address.ends_with('/')) target.address += EscapedName(BaseNameOf(request.content.path));
-  if (auto failure = RequireName(target.address)) return failure;
+  std::string path = request.address;
+  if (!byId && path.ends_with('/')) path += EscapedName(BaseNameOf(request.content.path));
+  if (auto failure = RequireName(path)) return *failure;
   if (!byId) {
-    if (auto failure = RequirePlaceForDocuments(target.address)) return failure;
+    if (auto failure = RequirePlaceForDocuments(path)) return *failure;
   }
-  ForgetTracedErrors();
-  const std::string uid = VtDirectManager::GetUID(target.address.c_str());
-  if (uid.empty()) return SettleCreation(host, request, target);
-  if (auto failure = RefusalOfAnotherPlace(target.address, uid)) {
-    failure->message += "; a new document needs another name";
-    return failure;
+  ForgetReasons();
+  const VtDirectManager::Outcome outcome;
+  const std::string uid = VtDirectManager::GetUID(path.c_str());
+  // A name that could not be asked for may be taken.
+  if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, path, true);
+  if (uid.empty()) return SettleCreation(host, request, path);
+  if (const auto elsewhere = RefusalOfAnotherPlace(path, uid)) {
+    return SettleBesideNamesake(host, request, path, uid, *elsewhere);
   }
   if (request.type != VtDirectManager::FileTypeFenlet && !request.force) return MayDropParts(request);
-  target.address = UidToGoOnWith(host, uid);
-  if (auto failure = SettleExisting(host, target)) return failure;
-  target.before = target.temporary ? ByOwnId(target.address) : target.address;
-  return std::nullopt;
+  return SettleExisting(host, request, UidToGoOnWith(host, uid));
 }
 
 }  // namespace vtdirect_cli

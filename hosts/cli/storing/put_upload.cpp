@@ -7,7 +7,6 @@
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/progress_line.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -96,7 +95,8 @@ void Send(const PutRequest& request, const PutTarget& target, const SourceLinks&
   options.status = StatusOf(outcome);
   options.progress = progress;
   try {
-    static_cast<void>(VtDirectManager::Store(target.address.c_str(), request.content.path.c_str(), options));
+    static_cast<void>(
+        VtDirectManager::Store(PathToStoreAt(target).c_str(), request.content.path.c_str(), options));
   } catch (const std::exception&) {
     // The library lets through what its readers raise for a ticket that makes no sense. No content has gone
     // out before there is one.
@@ -117,7 +117,7 @@ PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& tar
   ProgressLine line(width == 0 ? nullptr : &std::cerr, request.content.path, width);
   CopyCheck check(request);
   report.Tell("nothing was stored");
-  ForgetTracedErrors();
+  ForgetReasons();
   Send(request, target, links, ProgressOf(request, target, report, check, line, outcome), outcome);
   if (!outcome.stored) check.LookAtFailure(outcome);
   line.Clear();

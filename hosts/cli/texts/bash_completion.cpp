@@ -10,13 +10,13 @@ namespace {
 [[nodiscard]] std::vector<std::string> NamesOf(const OptionRow& row) {
   std::vector<std::string> names;
   if (row.letter != 0) names.push_back(std::string("-") + row.letter);
-  names.push_back("--" + std::string(row.name));
+  names.push_back("--" + std::string(row.name.text()));
   return names;
 }
 
 [[nodiscard]] std::string LongNames(std::span<const OptionRow> rows) {
   std::string out;
-  for (const OptionRow& row : rows) out += (out.empty() ? "--" : " --") + std::string(row.name);
+  for (const OptionRow& row : rows) out += (out.empty() ? "--" : " --") + std::string(row.name.text());
   return out;
 }
 

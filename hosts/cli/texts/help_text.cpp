@@ -52,7 +52,7 @@ constexpr std::size_t kTermColumns = 28;
 
 [[nodiscard]] std::string OptionTerm(const OptionRow& row) {
   std::string term = row.letter == 0 ? "    " : std::string("-") + row.letter + ", ";
-  term += "--" + std::string(row.name);
+  term += "--" + std::string(row.name.text());
   if (row.value != nullptr) term += " " + std::string(row.value);
   return term;
 }
@@ -82,7 +82,7 @@ constexpr std::size_t kTermColumns = 28;
   if (!row.options.empty()) out += " [options]";
   for (const OperandRow& operand : row.operands) out += " " + UsageOf(operand);
   out += "\n" + Paragraphs(row.description) + "\n";
-  for (const OperandRow& operand : row.operands) out += Term(operand.name, operand.help);
+  for (const OperandRow& operand : row.operands) out += Term(operand.name.text(), operand.help);
   out += OptionList(row.options);
   return out + "\nFor the options of every command: vtdirect --help\n";
 }

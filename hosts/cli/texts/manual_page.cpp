@@ -54,7 +54,7 @@ namespace {
 [[nodiscard]] std::string OptionTerm(const OptionRow& row) {
   std::string term = ".B ";
   if (row.letter != 0) term += std::string("\\-") + row.letter + ", ";
-  term += "\\-\\-" + Escaped(row.name);
+  term += "\\-\\-" + Escaped(row.name.text());
   if (row.value != nullptr) term += " \\fI" + Escaped(row.value) + "\\fP";
   return term;
 }
@@ -81,7 +81,7 @@ namespace {
   for (const OperandRow& operand : row.operands) out += " " + Escaped(UsageOf(operand));
   out += "\n" + Paragraphs(row.description);
   for (const OperandRow& operand : row.operands) {
-    out += Term(".I " + Escaped(operand.name), operand.help);
+    out += Term(".I " + Escaped(operand.name.text()), operand.help);
   }
   return out + OptionList(row.options) + Members(row.members);
 }
@@ -93,9 +93,10 @@ namespace {
   }
   return out + ".PP\n" +
          Escaped(
-             "The class is found out from what the library answers. When an operation has failed, vtdirect "
-             "asks again whether the server can be used and whether the object is there; so an object that "
-             "the server keeps from this user counts as not found.") +
+             "The class is found out from the reason that the library tells of a failed call. Where that is "
+             "not enough, vtdirect asks again whether the server can be used and whether the object is "
+             "there. "
+             "An object that the server keeps from this user counts as not found.") +
          "\n";
 }
 

@@ -57,6 +57,9 @@ constexpr NetworkAdvice kAdvices[] = {
     {Detail::CodingUnknown, true,
      "ask who runs the server, or the proxy before it, to send answers as they are or by gzip"},
     {Detail::ForeignServer, true, kAddress},
+    {Detail::AnswerUnclear, true, kAskAdministrator},
+    {Detail::ContentCoded, true,
+     "ask who runs the server, or the proxy before it, to send contents as they are"},
     {Detail::TlsTooOld, true, "ask who runs the server to offer TLS 1.2 or newer"},
     {Detail::TlsNothingInCommon, true, "ask who runs the server to offer the usual ciphers"},
     {Detail::TlsBrokenOff, true, "look whether the server speaks https on this port, or try again later"},
@@ -156,11 +159,15 @@ std::optional<NetworkFailure> NetworkFailureOf(const Reason& reason) {
   }
 }
 
-std::string UnusableServerText(const std::string& url, const std::optional<Reason>& reason) {
+Failure UnusableServer(const std::string& url, const std::optional<Reason>& reason,
+                       const std::string& address) {
   const auto failure = reason ? AnyFailureOf(*reason) : std::nullopt;
-  if (!failure) return "cannot connect to " + url;
-  return (failure->wasReached ? "no usable answer from " : "cannot connect to ") + url + ": " +
-         WithAdvice(*failure);
+  if (!failure) return {ExitCode::CannotConnect, "cannot connect to " + url, {}, reason};
+  const std::string subject = address.empty() ? url : url + " for " + address;
+  return {ExitCode::CannotConnect,
+          (failure->wasReached ? "no usable answer from " + subject : "cannot connect to " + url) + ": " +
+              failure->what,
+          failure->advice, reason};
 }
 
 std::string AnswerText(const Reason& reason) {

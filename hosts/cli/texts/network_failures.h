@@ -33,9 +33,12 @@ struct NetworkFailure {
 /// Nothing for a reason that is not about the way to a server: a refusal of what was asked, a local file.
 [[nodiscard]] std::optional<NetworkFailure> NetworkFailureOf(const Reason& reason);
 
-/// "cannot connect to URL: what; advice", or, when somebody was reached, "no usable answer from URL: ...".
-/// @param reason  why the server can't be used, if that is known
-[[nodiscard]] std::string UnusableServerText(const std::string& url, const std::optional<Reason>& reason);
+/// "cannot connect to URL: what", or, when somebody was reached, "no usable answer from URL: what", with the
+/// advice.
+/// @param reason   why the server can't be used, if that is known
+/// @param address  what it was asked for; empty for nothing in particular
+[[nodiscard]] Failure UnusableServer(const std::string& url, const std::optional<Reason>& reason,
+                                     const std::string& address = {});
 
 /// What an answer that is none says, and what to do next: "the server is not ready to work (HTTP 503); try
 /// again later".

@@ -15,7 +15,7 @@ namespace vtdirect_cli {
 namespace {
 
 // Raised when a key goes or changes its meaning; new keys come without a raise.
-constexpr int kJsonSchema = 1;
+constexpr int kJsonSchema = 2;
 
 // Often enough for whoever watches a slow listing in a pipe.
 constexpr std::chrono::milliseconds kBetweenPieces(100);
@@ -50,6 +50,37 @@ struct ValueText {
   }
 };
 
+[[nodiscard]] Record RecordOf(const Failure& failure) {
+  Record record{{"error", std::string(ClassOf(failure))},
+                {"exit", static_cast<std::uint64_t>(failure.code)},
+                {"message", failure.Text()},
+                {"retryable", IsRetryable(failure)}};
+  if (!failure.advice.empty()) record.emplace_back("advice", failure.advice);
+  if (!failure.reason) return record;
+  const Reason& reason = *failure.reason;
+  record.emplace_back("kind", std::string(VtDirectManager::FailureKindText(reason.kind)));
+  record.emplace_back("step", reason.step);
+  if (reason.httpStatus > 0)
+    record.emplace_back("http_status", static_cast<std::uint64_t>(reason.httpStatus));
+  if (!reason.serverText.empty()) record.emplace_back("server_text", reason.serverText);
+  record.emplace_back("may_have_happened", reason.mayHaveHappened);
+  return record;
+}
+
+// The writer takes it for a character like the others of ASCII, and a terminal does not.
+[[nodiscard]] std::string WithoutDelete(std::string_view json) {
+  std::string out;
+  out.reserve(json.size());
+  for (const char c : json) {
+    if (c == '\x7F') {
+      out += "\\u007F";
+    } else {
+      out += c;
+    }
+  }
+  return out;
+}
+
 }  // namespace
 
 std::string JsonLine(const std::string& command, const Record& record) {
@@ -65,17 +96,19 @@ std::string JsonLine(const std::string& command, const Record& record) {
     std::visit(ValueWriter{writer}, value);
   }
   writer.EndObject();
-  return {buffer.GetString(), buffer.GetSize()};
+  return WithoutDelete({buffer.GetString(), buffer.GetSize()});
 }
 
-std::string FailureLine(const std::string& command, bool json, const Failure& failure) {
-  if (!json) return "vtdirect: " + Printable(failure.message) + "\n";
+std::string FailureLine(const std::string& command, bool json, Failure failure) {
+  if (!json) return "vtdirect: " + Printable(failure.Text()) + "\n";
   const bool timedOut = failure.code == ExitCode::Interrupted && TimeIsOver();
-  const ExitCode code = timedOut ? ExitCode::TimedOut : failure.code;
-  return JsonLine(command, {{"error", std::string(NameOf(code))},
-                            {"exit", static_cast<std::uint64_t>(code)},
-                            {"message", failure.message}}) +
-         "\n";
+  if (timedOut) failure.code = ExitCode::TimedOut;
+  return JsonLine(command, RecordOf(failure)) + "\n";
+}
+
+std::string WarningLine(const std::string& command, bool json, const std::string& text) {
+  if (!json) return "vtdirect: warning: " + Printable(text) + "\n";
+  return JsonLine(command, {{"warning", text}}) + "\n";
 }
 
 std::string TextOf(const Value& value) {
@@ -116,7 +149,7 @@ void Output::Note(const std::string& text) {
 }
 
 void Output::Warning(const std::string& text) {
-  err_ << "vtdirect: warning: " << Printable(text) << std::endl;
+  err_ << WarningLine(command_, json_, text) << std::flush;
 }
 
 ExitCode Output::Fail(const Failure& failure) {

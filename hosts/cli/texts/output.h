@@ -8,7 +8,7 @@
 #include <variant>
 #include <vector>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
 
 namespace vtdirect_cli {
 
@@ -22,7 +22,10 @@ using Record = std::vector<std::pair<std::string, Value>>;
 [[nodiscard]] std::string JsonLine(const std::string& command, const Record& record);
 
 /// One line, with its line feed, that tells of a failure on standard error: words for a reader, or JSON.
-[[nodiscard]] std::string FailureLine(const std::string& command, bool json, const Failure& failure);
+[[nodiscard]] std::string FailureLine(const std::string& command, bool json, Failure failure);
+
+/// One line, with its line feed, that tells of what went wrong and didn't stop the command.
+[[nodiscard]] std::string WarningLine(const std::string& command, bool json, const std::string& text);
 
 /// The text of a value: a text as it can be shown on a terminal, "yes" or "no", a decimal number, texts
 /// parted by blanks.

@@ -76,6 +76,11 @@ std::string Printable(std::string_view text) {
   return out;
 }
 
+FirstCharacter FirstCharacterOf(std::string_view text) {
+  const Character character = CharacterAt(text, 0);
+  return {character.length, character.valid && !HarmsTerminal(character.value)};
+}
+
 std::string ValidUtf8(std::string_view text) {
   std::string out;
   out.reserve(text.size());

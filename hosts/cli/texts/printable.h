@@ -13,6 +13,15 @@ namespace vtdirect_cli {
 /// stays, so an ordinary name with umlauts reads as it is.
 [[nodiscard]] std::string Printable(std::string_view text);
 
+/// The character at the beginning of a text.
+struct FirstCharacter {
+  std::size_t length = 0;    ///< in bytes; a byte that is no UTF-8 is one by itself
+  bool isPrintable = false;  ///< whether Printable leaves it as it is
+};
+
+/// The first character of a text that is not empty.
+[[nodiscard]] FirstCharacter FirstCharacterOf(std::string_view text);
+
 /// The text with every byte that is no UTF-8 replaced by U+FFFD, so that it can stand in JSON.
 [[nodiscard]] std::string ValidUtf8(std::string_view text);
 

@@ -40,6 +40,10 @@ std::span<const SectionRow> Sections() {
        "  proxy              URL of the proxy, or none for the direct way, as --proxy\n"
        "  negotiate          yes to be known by Kerberos\n"
        "  credential_helper  see CREDENTIALS\n"
+       "  login_also_for     nicknames, with commas between: see CREDENTIALS\n"
+       "  http_addresses     what becomes of an http address that this server, asked by https, names for a "
+       "content, a page or an upload: refuse (nothing is sent there), upgrade (the same host by https) or "
+       "allow; refuse unless said\n"
        "  max_time           as --max-time, for commands on this server\n\n"
        "What the command line says goes before it. A --server that gives the nickname another scheme, host "
        "or "
@@ -70,19 +74,28 @@ std::span<const SectionRow> Sections() {
        "minute is passed over with a warning. It can't ask at the terminal.\n\n"
        "Credentials go only to the servers that are listed and to the URL of check, by scheme, host and "
        "port; never to another address that a server names. The one exception is https on the same host "
-       "in place of http, both at their usual ports."},
+       "in place of http, both at their usual ports. Those of VTDIRECT_TOKEN, VTDIRECT_USER and "
+       "VTDIRECT_PASSWORD go only to the servers that the command names, and not to another that is listed "
+       "and that one of these leads to, unless login_also_for of the server that is named says so. A command "
+       "that names none works with all."},
       {"OUTPUT",
        "Results alone go to standard output. Progress (only when standard error is a terminal), notes, "
        "warnings and failures go to standard error. What came from a server is shown with its control "
        "characters as \\xHH.\n\n"
        "With --json every result is one line of ASCII with one JSON object. \"schema\" is the version of "
-       "its form, now 1: it rises when a member goes or changes its meaning, and stays when one is added. "
+       "its form, now 2: it rises when a member goes or changes its meaning, and stays when one is added. "
        "\"command\" is the command; the other members stand with the commands above. A listing prints its "
        "lines as the rows arrive. When nobody reads standard output any more, as after \"| head\", the "
        "program "
        "ends without a word and with exit status 141.\n\n"
-       "A failure is an object on standard error, with error (the name of the exit status), exit (its "
-       "number) and message. Bytes that are no UTF-8 become U+FFFD."},
+       "A failure is an object on standard error, also that of a wrong command line. It has error (its "
+       "class: "
+       "the name of the exit status, or one of locked, refused, unavailable, conflict and lost-answer, which "
+       "divide some of them further), exit (the exit status), message, retryable (whether the same command "
+       "can be given again as it is) and advice (what to do next). After a call of the library that failed "
+       "it has kind, step, http_status, server_text and may_have_happened, which is true when a change may "
+       "have been carried out although it failed. A warning is an object on standard error with the member "
+       "warning. Bytes that are no UTF-8 become U+FFFD."},
       {"ENVIRONMENT",
        "  VTDIRECT_TOKEN, VTDIRECT_USER, VTDIRECT_PASSWORD, NETRC: see CREDENTIALS\n"
        "  VTDIRECT_KEY_PASSPHRASE: the passphrase of a locked key of --client-cert or client_cert; without "

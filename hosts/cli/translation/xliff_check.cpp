@@ -9,6 +9,7 @@
 #include <memory>
 
 #include "hosts/cli/translation/bounded_xml.h"
+#include "hosts/cli/translation/utf8_reading.h"
 #include "hosts/cli/translation/xliff_frame.h"
 
 namespace vtdirect_cli {
@@ -23,10 +24,13 @@ constexpr int kPieceSize = 64 * 1024;
 
 // Feeds the file to the parser until it ends, or a fault does.
 [[nodiscard]] bool ReadAll(const ReadFunction& read, XML_Parser parser) {
+  Utf8Reading reading(read);
+  if (!reading.Begin()) return false;
+  if (reading.converts()) XML_SetEncoding(parser, "UTF-8");
   for (;;) {
     void* const buffer = XML_GetBuffer(parser, kPieceSize);
     if (buffer == nullptr) return true;
-    const std::ptrdiff_t count = read(static_cast<char*>(buffer), kPieceSize);
+    const std::ptrdiff_t count = reading.Read(static_cast<char*>(buffer), kPieceSize);
     if (count < 0) return false;
     if (XML_ParseBuffer(parser, static_cast<int>(count), count == 0) != XML_STATUS_OK || count == 0)
       return true;
@@ -64,21 +68,20 @@ std::optional<XliffFault> CheckXliff(const ReadFunction& read, const std::string
   return frame.Result();
 }
 
-std::optional<Failure> CheckXliffFile(const std::string& path, const std::string& language,
-                                      std::optional<XliffFault>& fault) {
+Result<std::optional<XliffFault>> CheckXliffFile(const std::string& path, const std::string& language) {
   const auto unreadable = [&path](int error) {
     return Failure{ExitCode::LocalFile, "cannot read " + path + ": " + std::strerror(error)};
   };
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) return unreadable(errno);
   int error = 0;
-  fault =
+  const auto fault =
       CheckXliff([descriptor, &error](char* buffer,
                                       std::size_t size) { return ReadSome(descriptor, buffer, size, error); },
                  language);
   close(descriptor);
   if (error != 0) return unreadable(error);
-  return std::nullopt;
+  return fault;
 }
 
 }  // namespace vtdirect_cli

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/result.h"
 
 namespace vtdirect_cli {
 
@@ -33,9 +33,8 @@ using ReadFunction = std::function<std::ptrdiff_t(char* buffer, std::size_t size
 [[nodiscard]] std::optional<XliffFault> CheckXliff(const ReadFunction& read, const std::string& language);
 
 /// Checks a local file.
-/// @param fault  what keeps the file from being fit; empty when it is
-/// @return a failure when it can't be read
-[[nodiscard]] std::optional<Failure> CheckXliffFile(const std::string& path, const std::string& language,
-                                                    std::optional<XliffFault>& fault);
+/// @return what keeps the file from being fit, nothing when it is; a failure when it can't be read
+[[nodiscard]] Result<std::optional<XliffFault>> CheckXliffFile(const std::string& path,
+                                                               const std::string& language);
 
 }  // namespace vtdirect_cli

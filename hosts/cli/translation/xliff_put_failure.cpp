@@ -1,7 +1,6 @@
 #include "hosts/cli/translation/xliff_put_failure.h"
 
 #include "hosts/cli/reasons.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -26,9 +25,9 @@ namespace {
          " now: only the answer may have been lost, or somebody else has sent one";
 }
 
-// @param traced  what the message shows of what a server has said
-[[nodiscard]] std::string NextOf(const XliffPut& put, const std::string& traced) {
-  if (put.before.linked || !traced.empty()) return "once that is mended, the same command can be given again";
+// @param known  whether the message says why
+[[nodiscard]] std::string NextOf(const XliffPut& put, bool known) {
+  if (put.before.linked || known) return "once that is mended, the same command can be given again";
   // Preferences that don't do are passed over without a word.
   return "where a first one goes is said by the server's XLIFF preferences for " + put.language +
          ", which its administrator can look at: they may be incomplete, or lead nowhere";
@@ -37,7 +36,9 @@ namespace {
 }  // namespace
 
 Failure SendingFailure(Host& host, const XliffPut& put) {
-  const std::string traced = FirstTracedError();
+  const auto reason = LastReason();
+  // Preferences that lead nowhere look like a server without what the upload needs.
+  const bool known = reason && reason->kind != VtDirectManager::FailureKind::ServiceMissing;
   const bool lost = ChangeMayHaveHappened();
   Failure failure =
       DiagnoseXliff(host, put.subject,
@@ -45,7 +46,8 @@ Failure SendingFailure(Host& host, const XliffPut& put) {
                                             put.subject.address + " failed"});
   // Of a server that can't be used and a document that isn't there, nothing more can be said.
   if (failure.code != ExitCode::Failure) return failure;
-  failure.message += "; " + StandingOf(put, FindSourceXliff(put.subject), lost) + "; " + NextOf(put, traced);
+  failure.message += "; " + StandingOf(put, FindSourceXliff(put.subject), lost);
+  failure.advice = NextOf(put, known);
   return failure;
 }
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/storing/local_source.h"
 #include "hosts/cli/translation/xliff_subject.h"

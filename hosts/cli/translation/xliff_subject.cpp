@@ -8,8 +8,8 @@
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -33,32 +33,35 @@ namespace {
 
 }  // namespace
 
-std::optional<Failure> SettleSubject(Host& host, const Arguments& arguments, XliffSubject& subject) {
-  subject.address = arguments.Text("ADDRESS");
-  AddressKind kind{};
-  if (auto failure = RequirePlacedAddress(arguments, subject.address, kind)) return failure;
-  ForgetTracedErrors();
+Result<XliffSubject> SettleSubject(Host& host, const Arguments& arguments) {
+  XliffSubject subject{arguments.Text("ADDRESS"), {}};
+  const auto kind = RequirePlacedAddress(arguments, subject.address);
+  if (!kind) return kind.failure();
+  ForgetReasons();
   subject.uid = VtDirectManager::GetUID(subject.address.c_str());
-  if (!IsThere(subject, kind)) return Diagnose(host, subject.address, true);
+  if (!IsThere(subject, *kind)) return Diagnose(host, subject.address, true);
   if (!VtDirectManager::TranslationSupported(subject.uid.c_str())) return NoTranslation(host, subject);
   if (Interrupted()) return InterruptedFailure();
-  return std::nullopt;
+  return subject;
 }
 
-std::optional<Failure> ReadLanguage(const Arguments& arguments, std::string& language) {
-  language = arguments.Text("language");
-  if (!language.empty()) return std::nullopt;
+Result<std::string> ReadLanguage(const Arguments& arguments) {
+  const std::string language = arguments.Text("language");
+  if (!language.empty()) return language;
   return Failure{ExitCode::Usage, "--language is needed, with the name of a language, for example en-US"};
 }
 
 Failure DiagnoseXliff(Host& host, const XliffSubject& subject, const Failure& otherwise) {
-  const std::string hint = FirstTracedError();
+  const auto reason = LastReason();
   if (auto failure = DiagnoseServer(host, ServerOf(subject))) return *failure;
   const bool there = VtDirectManager::FileExists(subject.uid.c_str());
   Failure failure{ExitCode::NotFound, "not found: " + subject.address};
   if (there) failure = AnswersQuestions(subject) ? otherwise : Unanswered(subject, otherwise);
   if (Interrupted()) return InterruptedFailure();
-  if (!hint.empty()) failure.message += " (" + hint + ")";
+  // That nothing was found is what the message says.
+  const bool tellsMore = reason && reason->kind != VtDirectManager::FailureKind::NotFound;
+  if (tellsMore) failure.message += " (" + WordsOf(*reason) + ")";
+  failure.reason = reason;
   return failure;
 }
 
@@ -72,7 +75,9 @@ Failure Unanswered(const XliffSubject& subject, const Failure& otherwise) {
                            ", and may lack its add-on for them";
   // What a server doesn't answer for can't be called missing.
   if (otherwise.code == ExitCode::NotFound) return {ExitCode::Failure, text};
-  return {otherwise.code, otherwise.message + "; " + text};
+  Failure failure = otherwise;
+  failure.message += "; " + text;
+  return failure;
 }
 
 SourceXliff FindSourceXliff(const XliffSubject& subject) {

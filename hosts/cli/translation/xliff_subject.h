@@ -4,8 +4,8 @@
 #include <string>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/exit_code.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/result.h"
 
 namespace vtdirect_cli {
 
@@ -18,15 +18,14 @@ struct XliffSubject {
 /// Finds the document of the operand ADDRESS, on a server that offers translation. Makes requests.
 /// @return a failure for a malformed address, an unlisted server, a document that isn't there, and a server
 ///         without translation
-[[nodiscard]] std::optional<Failure> SettleSubject(Host& host, const Arguments& arguments,
-                                                   XliffSubject& subject);
+[[nodiscard]] Result<XliffSubject> SettleSubject(Host& host, const Arguments& arguments);
 
 /// The language of the option --language.
 /// @return a usage failure when there is none
-[[nodiscard]] std::optional<Failure> ReadLanguage(const Arguments& arguments, std::string& language);
+[[nodiscard]] Result<std::string> ReadLanguage(const Arguments& arguments);
 
 /// The failure of a translation operation, once the server and the document have been looked at again. To be
-/// called before anything else is asked of the library: it takes up what that has traced.
+/// called before anything else is asked of the library: it takes up the last reason.
 /// @param otherwise  when neither of them explains it
 [[nodiscard]] Failure DiagnoseXliff(Host& host, const XliffSubject& subject, const Failure& otherwise);
 

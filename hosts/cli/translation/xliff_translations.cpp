@@ -2,14 +2,14 @@
 
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/translation/xliff_check.h"
 
 namespace vtdirect_cli {
 
 XliffTranslations FindTranslations(const XliffSubject& subject) {
   XliffTranslations translations;
-  ForgetTracedErrors();
+  ForgetReasons();
   translations.whole = VtDirectManager::GetXliffTranslations(subject.uid.c_str(), translations.uids);
   return translations;
 }

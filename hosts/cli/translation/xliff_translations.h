@@ -3,7 +3,7 @@
 #include <map>
 #include <string>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/translation/xliff_subject.h"
 

@@ -61,20 +61,17 @@ const char* WordOf(FileState state) {
   }
 }
 
-LocalReading ReadLocalSide(WorkFolder& folder) {
-  LocalReading reading;
+Result<LocalSide> ReadLocalSide(WorkFolder& folder) {
   auto files = folder.store().Files();
-  if (!files) {
-    reading.failure = StoreFailure("its database does not answer");
-    return reading;
+  if (!files) return StoreFailure("its database does not answer");
+  LocalSide side;
+  side.kept = std::move(*files);
+  TakeWhatArrived(folder, side);
+  for (const auto& [path, file] : side.kept) {
+    side.states.emplace(path, StateOf(folder.store(), folder.OnDisk(path), file));
   }
-  reading.side.kept = std::move(*files);
-  TakeWhatArrived(folder, reading.side);
-  for (const auto& [path, file] : reading.side.kept) {
-    reading.side.states.emplace(path, StateOf(folder.store(), folder.OnDisk(path), file));
-  }
-  reading.side.files = FilesBelow(folder.root());
-  return reading;
+  side.files = FilesBelow(folder.root());
+  return side;
 }
 
 std::vector<Comparison> Compare(const LocalSide& local, const RemoteTree& tree) {

@@ -43,13 +43,9 @@ struct LocalSide {
   std::vector<std::string> files;            ///< all that are there
 };
 
-struct LocalReading {
-  LocalSide side;
-  std::optional<Failure> failure;  ///< what is kept can't be read
-};
-
 /// Looks at the files of a work folder. Makes no request.
-[[nodiscard]] LocalReading ReadLocalSide(WorkFolder& folder);
+/// @return a failure if what is kept can't be read
+[[nodiscard]] Result<LocalSide> ReadLocalSide(WorkFolder& folder);
 
 /// Compares both sides, by the order of the paths. Of what the server could not be asked for, the local side
 /// alone counts. Makes no request.

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "hosts/cli/files/fetch_record.h"
+#include "hosts/cli/files/target_file.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/why_failed.h"
@@ -21,8 +22,9 @@ using End = FetchResult::End;
   return {End::Failed, std::move(failure), {}};
 }
 
-[[nodiscard]] FetchResult Left(const std::string& path, const std::string& why) {
-  return {End::Left, Failure{ExitCode::Failure, Printable(path) + " " + why}, {}};
+[[nodiscard]] FetchResult Left(const std::string& path, const std::string& why,
+                               const std::string& advice = {}) {
+  return {End::Left, Failure{ExitCode::Failure, Printable(path) + " " + why, advice}, {}};
 }
 
 [[nodiscard]] Failure CannotWrite(const std::string& path, int error) {
@@ -43,7 +45,7 @@ using End = FetchResult::End;
     return Left(wanted.path, "was changed here; it is left as it is");
   }
   if ((facts.st_mode & 0222U) == 0 || access(place.c_str(), W_OK) != 0) {
-    return Left(wanted.path, "is write-protected; it is left as it is; chmod u+w lets it be replaced");
+    return Left(wanted.path, "is write-protected; it is left as it is", "chmod u+w lets it be replaced");
   }
   expected = facts;
   return std::nullopt;
@@ -73,9 +75,8 @@ using End = FetchResult::End;
 
 Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, const RemoteDocument& document) {
   Arrival arrival;
-  int error = 0;
-  arrival.pending = PendingFile::CreateIn(directory, folder.OnDisk(document.path), &error);
-  if (!arrival.pending) {
+  arrival.pending = std::make_unique<DurableFile>(folder.OnDisk(document.path), directory);
+  if (const int error = arrival.pending->error(); error != 0) {
     arrival.failure = CannotWrite(document.path, error);
     return arrival;
   }
@@ -105,11 +106,13 @@ Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, con
 }
 
 std::optional<Failure> PutInPlace(WorkFolder& folder, Arrival& arrival,
-                                  const std::optional<struct stat>& expected) {
+                                  const std::optional<struct stat>& before) {
   // Nothing lies in its place without a word of where it came from.
   const std::string fault = folder.store().Announce(arrival.file);
   if (!fault.empty()) return StoreFailure(fault);
-  if (const int error = arrival.pending->Commit(&expected); error != 0) {
+  if (const int error = arrival.pending->Commit(DurableFile::Permissions::OfTarget,
+                                                DurableFile::Condition::AsBefore, before);
+      error != 0) {
     static_cast<void>(folder.store().Withdraw(arrival.file.path));
     return NotPlaced(arrival.file.path, error);
   }
@@ -141,11 +144,13 @@ FetchResult FetchFile(WorkFolder& folder, const Comparison& wanted) {
   if (wanted.state == FileState::InTheWay) {
     return Left(wanted.path,
                 "is here and did not come from the server, which has another document of that name; it is "
-                "left as it is; move it away and pull again");
+                "left as it is",
+                "move it away and pull again");
   }
-  return Left(wanted.path, "was changed here, and the server has version " + wanted.document->version +
-                               "; it is left as it is; vtdirect diff shows your changes, and vtdirect revert "
-                               "keeps them beside it before you pull again");
+  return Left(
+      wanted.path,
+      "was changed here, and the server has version " + wanted.document->version + "; it is left as it is",
+      "vtdirect diff shows your changes, and vtdirect revert keeps them beside it before you pull again");
 }
 
 }  // namespace vtdirect_cli

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/files/target_file.h"
+#include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/work_folder/comparison.h"
 
 namespace vtdirect_cli {
@@ -36,7 +36,7 @@ struct FetchResult {
 
 /// A content that has arrived and is in no place yet.
 struct Arrival {
-  std::unique_ptr<PendingFile> pending;
+  std::unique_ptr<DurableFile> pending;
   FolderFile file;
   std::optional<Failure> failure;
   bool hasNoContent = false;  ///< the failure is that the document has no content yet
@@ -48,10 +48,10 @@ struct Arrival {
                                    const RemoteDocument& document);
 
 /// Puts a content in its place, and keeps that it is there.
-/// @param expected  as PendingFile::Commit takes it
+/// @param before  what was at the place: nothing, or the file that is to be replaced
 /// @return why it is not there, and the place is then as it was. That it could not be kept is no failure: it
 ///         was announced, and the next command keeps it.
 [[nodiscard]] std::optional<Failure> PutInPlace(WorkFolder& folder, Arrival& arrival,
-                                                const std::optional<struct stat>& expected);
+                                                const std::optional<struct stat>& before);
 
 }  // namespace vtdirect_cli

@@ -43,9 +43,9 @@ class PullReport {
     ++(result.end == End::Fetched ? fetched_ : known_);
     bytes_ += result.end == End::Fetched ? result.file.size : 0;
     const std::string action = result.end == End::Fetched ? "fetched" : "known";
-    host_.output().Row({{"action", action}, {"path", wanted.path}}, {{"action", action},
-                                                                     {"path", wanted.path},
-                                                                     {"address", wanted.document->address},
+    host_.output().Row({{"action", action}, {"file", wanted.path}}, {{"action", action},
+                                                                     {"file", wanted.path},
+                                                                     {"path", wanted.document->address},
                                                                      {"uid", result.file.uid},
                                                                      {"version", result.file.version},
                                                                      {"bytes", result.file.size}});
@@ -70,7 +70,7 @@ class PullReport {
     host_.output().Note(note);
     if (Interrupted()) {
       Failure failure = InterruptedFailure();
-      failure.message += "; the same command goes on where this one ended";
+      failure.advice = "the same command goes on where this one ended";
       return host_.output().Fail(failure);
     }
     return worst;
@@ -96,17 +96,14 @@ void MakeFolders(const WorkFolder& folder, const RemoteTree& tree, PullReport& r
 
 }  // namespace
 
-Threads ReadThreads(const Arguments& arguments) {
-  Threads threads;
-  if (!arguments.Has("parallel")) return threads;
+Result<unsigned> ReadThreads(const Arguments& arguments) {
+  if (!arguments.Has("parallel")) return usualThreads;
   const std::string text = arguments.Text("parallel");
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), threads.count);
+  unsigned count = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
   const bool whole = error == std::errc() && end == text.data() + text.size();
-  if (!whole || threads.count < 1 || threads.count > mostThreads) {
-    threads.failure =
-        Failure{ExitCode::Usage, "--parallel takes a number from 1 to " + std::to_string(mostThreads)};
-  }
-  return threads;
+  if (whole && count >= 1 && count <= mostThreads) return count;
+  return Failure{ExitCode::Usage, "--parallel takes a number from 1 to " + std::to_string(mostThreads)};
 }
 
 OptionRow ParallelOption() {
@@ -115,13 +112,13 @@ OptionRow ParallelOption() {
 }
 
 ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, unsigned threads) {
-  const LocalReading local = ReadLocalSide(folder);
-  if (local.failure) return host.output().Fail(*local.failure);
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
   PullReport report(host);
   for (const Failure& failure : tree.failures) report.Tell(failure);
   MakeFolders(folder, tree, report);
   std::vector<Comparison> wanted;
-  for (const Comparison& comparison : Compare(local.side, tree)) {
+  for (const Comparison& comparison : Compare(*local, tree)) {
     if (IsToFetch(comparison)) wanted.push_back(comparison);
     if (comparison.state != FileState::Gone) continue;
     if (FactsOf(folder.OnDisk(comparison.path)).kind == LocalFacts::Kind::Nothing) {
@@ -138,8 +135,8 @@ ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, unsigne
 std::vector<MemberRow> PullMembers() {
   return {{"action", MemberType::Text, nullptr,
            "fetched, or known when the file had the server's content already"},
-          {"path", MemberType::Text, nullptr, "the file, below the work folder"},
-          {"address", MemberType::Text, nullptr, "the document's path on the server"},
+          {"file", MemberType::Text, nullptr, "the file, below the work folder"},
+          {"path", MemberType::Text, nullptr, "the document's path on the server"},
           {"uid", MemberType::Text, nullptr, "UID of the version that the file has now"},
           {"version", MemberType::Text, nullptr, "that version"},
           {"bytes", MemberType::Number, nullptr, "the file's size"}};

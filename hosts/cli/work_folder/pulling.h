@@ -1,6 +1,7 @@
 #pragma once
 
 #include "hosts/cli/host.h"
+#include "hosts/cli/result.h"
 #include "hosts/cli/work_folder/comparison.h"
 
 namespace vtdirect_cli {
@@ -10,11 +11,8 @@ inline constexpr unsigned usualThreads = 4;
 inline constexpr unsigned mostThreads = 16;
 
 /// The value of --parallel.
-struct Threads {
-  unsigned count = usualThreads;
-  std::optional<Failure> failure;  ///< a value that can't be meant
-};
-[[nodiscard]] Threads ReadThreads(const Arguments& arguments);
+/// @return a usage failure for one that can't be meant
+[[nodiscard]] Result<unsigned> ReadThreads(const Arguments& arguments);
 [[nodiscard]] OptionRow ParallelOption();
 
 /// Fetches the newest version of all that was not changed here, and tells of each file and, at the end, of all

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failure.h"
 
 namespace vtdirect_cli {
 

@@ -11,12 +11,12 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/put_failure.h"
 #include "hosts/cli/storing/put_links.h"
 #include "hosts/cli/storing/put_target.h"
 #include "hosts/cli/storing/put_upload.h"
 #include "hosts/cli/texts/printable.h"
-#include "hosts/cli/trace_log.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -53,7 +53,7 @@ class Sending {
   }
 
   [[nodiscard]] std::optional<Failure> CheckOut() {
-    ForgetTracedErrors();
+    ForgetReasons();
     if (auto refusal = RefusalOfCheckout(host_, file_.address, file_.uid)) return refusal;
     if (Interrupted()) return InterruptedFailure();
     report_.Tell(Named("was not sent, and whether its document is checked out is not known; ") +
@@ -81,13 +81,13 @@ class Sending {
     Undo();
     if (status > 0) return ConflictOf(file_.path, file_.version, newest);
     return Failure{ExitCode::CannotConnect,
-                   Named("was not sent: whether its document has a newer version could not be found out; the "
-                         "same command can be given again")};
+                   Named("was not sent: whether its document has a newer version could not be found out"),
+                   "the same command can be given again", LastReason()};
   }
 
   void Undo() {
     JournaledStep step(host_, {{}, {}, "undo", file_.address, workingCopy_, {}, {}});
-    ForgetTracedErrors();
+    ForgetReasons();
     if (VtDirectManager::UndoCheckout(workingCopy_.c_str()).empty()) {
       step.SettleUnlessUnknown();
       host_.output().Warning("the checkout of " + Printable(file_.path) + " stands still; " +
@@ -101,21 +101,22 @@ class Sending {
   [[nodiscard]] std::optional<Failure> Store() {
     request_.address = workingCopy_;
     request_.kind = AddressKind::Uid;
-    if (auto failure = InspectSource(folder_.OnDisk(file_.path), request_.content)) return failure;
+    const auto source = InspectSource(folder_.OnDisk(file_.path));
+    if (!source) return source.failure();
+    request_.content = *source;
     sha256_ = Sha256OfFile(request_.content.path);
-    PutTarget target;
-    SourceLinks links;
-    if (auto failure = SettlePutTarget(host_, request_, target)) return failure;
-    if (target.action != PutTarget::Action::Store) return NoWorkingCopy();
-    if (auto failure = SettleLinks(host_, request_, target, links)) return failure;
+    const auto target = SettlePutTarget(host_, request_);
+    if (!target) return target.failure();
+    if (target->action != PutTarget::Action::Store) return NoWorkingCopy();
+    const auto links = SettleLinks(host_, request_, *target);
+    if (!links) return links.failure();
     if (Interrupted()) return InterruptedFailure();
-    return Upload(target, links);
+    return Upload(*target, *links);
   }
 
   [[nodiscard]] Failure NoWorkingCopy() const {
-    return {ExitCode::Failure,
-            Named("was not sent: the checkout that is kept of it does not stand any more; ") +
-                CommandToType("verify", workingCopy_) + " tells what stands"};
+    return {ExitCode::Failure, Named("was not sent: the checkout that is kept of it does not stand any more"),
+            CommandToType("verify", workingCopy_) + " tells what stands"};
   }
 
   [[nodiscard]] std::optional<Failure> Upload(const PutTarget& target, const SourceLinks& links) {
@@ -138,7 +139,7 @@ class Sending {
     report_.Tell(Named("is stored in the working copy ") + workingCopy_ +
                  ", and whether it is checked in is not known; " + CommandToType("verify", workingCopy_) +
                  " tells");
-    ForgetTracedErrors();
+    ForgetReasons();
     JournaledStep step(host_, {{}, {}, "checkin", file_.address, workingCopy_, {}, {}});
     uid_ = VtDirectManager::Checkin(workingCopy_.c_str());
     if (uid_.empty()) {
@@ -191,9 +192,9 @@ SendResult SendFile(Host& host, WorkFolder& folder, const Comparison& changed) {
 Failure ConflictOf(const std::string& path, const std::string& base, const std::string& newest) {
   return {ExitCode::Failure,
           "conflict: " + Printable(path) + " was made from version " + base +
-              ", and the server has version " + newest +
-              "; nothing was sent; vtdirect revert keeps your changes beside it, and vtdirect pull "
-              "fetches the new version"};
+              ", and the server has version " + newest + "; nothing was sent",
+          "vtdirect revert keeps your changes beside it, and vtdirect pull fetches the new version",
+          std::nullopt, FailureClass::Conflict};
 }
 
 }  // namespace vtdirect_cli

@@ -37,11 +37,11 @@ Failure WhyFailed(const VtDirectManager::Outcome& outcome, const std::string& wh
   if (!cause) return {ExitCode::Incomplete, what};
   // What is known of the way to the server tells most, and what to do about it.
   const std::string hint = NetworkHint(cause);
-  if (!hint.empty()) return {CodeOf(cause->kind), what + ": " + hint};
+  if (!hint.empty()) return {CodeOf(cause->kind), what + ": " + hint, {}, cause};
   std::string words = what + ": " + VtDirectManager::FailureKindText(cause->kind);
   if (cause->httpStatus != 0) words += ", HTTP " + std::to_string(cause->httpStatus);
   if (!cause->serverText.empty()) words += ": " + cause->serverText.substr(0, longestServerText);
-  return {CodeOf(cause->kind), words};
+  return {CodeOf(cause->kind), words, {}, cause};
 }
 
 }  // namespace vtdirect_cli

@@ -5,35 +5,31 @@
 
 namespace vtdirect_cli {
 
-NamedFiles FilesNamed(const WorkFolder& folder, const LocalSide& side,
-                      const std::vector<std::string>& names) {
-  NamedFiles named;
+Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const LocalSide& side,
+                                           const std::vector<std::string>& names) {
+  std::vector<FolderFile> files;
   for (const std::string& name : names) {
     const auto kept = side.kept.find(folder.PathOf(name));
     if (kept == side.kept.end()) {
-      named.failure =
-          Failure{ExitCode::Usage, Printable(name) +
-                                       " did not come from the server of this work folder; nothing "
-                                       "was done; vtdirect st --all shows the files that did"};
-      return named;
+      return Failure{ExitCode::Usage,
+                     Printable(name) + " did not come from the server of this work folder; nothing was done",
+                     "vtdirect st --all shows the files that did"};
     }
-    named.files.push_back(kept->second);
+    files.push_back(kept->second);
   }
-  return named;
+  return files;
 }
 
-RemoteVersions VersionsOf(const std::string& server, const FolderFile& file) {
-  RemoteVersions history;
+Result<RemoteVersions> VersionsOf(const std::string& server, const FolderFile& file) {
   const RemoteTree tree = ReadRemoteFolders(server, {FolderOfDocument(file.path, file.address)}, 1);
   const auto found = tree.documents.find(file.path);
   if (found == tree.documents.end()) {
     const bool isKnown = tree.Knows(file.path) || tree.failures.empty();
-    history.failure =
-        isKnown ? Failure{ExitCode::NotFound, Printable(file.path) + " is not on the server any more"}
-                : tree.failures.front();
-    return history;
+    if (!isKnown) return tree.failures.front();
+    return Failure{ExitCode::NotFound, Printable(file.path) + " is not on the server any more"};
   }
   const RemoteDocument& document = found->second;
+  RemoteVersions history;
   history.isComplete = !document.versions.empty();
   history.versions = document.versions;
   if (history.isComplete) return history;

@@ -8,25 +8,20 @@
 
 namespace vtdirect_cli {
 
-/// The files of a work folder that a user has named.
-struct NamedFiles {
-  std::vector<FolderFile> files;
-  std::optional<Failure> failure;  ///< a name that no such file has
-};
-
-/// Finds what is kept of each file by its name, as one in the current directory has it. Makes no request.
-[[nodiscard]] NamedFiles FilesNamed(const WorkFolder& folder, const LocalSide& side,
-                                    const std::vector<std::string>& names);
+/// Finds what is kept of each file of a work folder that a user has named, by its name as one in the current
+/// directory has it. Makes no request.
+/// @return a failure for a name that no such file has
+[[nodiscard]] Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const LocalSide& side,
+                                                         const std::vector<std::string>& names);
 
 /// The versions of a file's document, the newest first.
 struct RemoteVersions {
   std::vector<RemoteVersion> versions;
   bool isComplete = false;  ///< whether these are all of them
-  std::optional<Failure> failure;
 };
 
 /// Reads the versions out of the listing of the document's folder; of a server that does not list them the
 /// newest and the file's own. Makes requests.
-[[nodiscard]] RemoteVersions VersionsOf(const std::string& server, const FolderFile& file);
+[[nodiscard]] Result<RemoteVersions> VersionsOf(const std::string& server, const FolderFile& file);
 
 }  // namespace vtdirect_cli

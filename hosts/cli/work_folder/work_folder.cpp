@@ -17,8 +17,8 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr const char* outsideText =
-    "this is no work folder, and lies in none; vtdirect clone makes one of a folder on a server";
+constexpr const char* outsideText = "this is no work folder, and lies in none";
+constexpr const char* outsideAdvice = "vtdirect clone makes one of a folder on a server";
 
 [[nodiscard]] std::string DatabaseIn(const std::string& root) {
   return root + "/.vtdirect/files.db";
@@ -71,36 +71,37 @@ bool WorkFolder::IsMade(const std::string& directory) {
   return IsThere(DatabaseIn(directory)) && FileStore::Open(DatabaseIn(directory)).store != nullptr;
 }
 
-WorkFolder::Opening WorkFolder::OpenHere() {
+Result<std::unique_ptr<WorkFolder>> WorkFolder::OpenHere() {
   const std::string root = RootAbove(CurrentDirectory());
-  if (root.empty()) return {nullptr, Failure{ExitCode::Usage, outsideText}};
+  if (root.empty()) return Failure{ExitCode::Usage, outsideText, outsideAdvice};
   auto [store, fault] = FileStore::Open(DatabaseIn(root));
-  if (!store) return {nullptr, StoreFailure(fault)};
+  if (!store) return StoreFailure(fault);
   const std::string server = ServerOf(store->address());
   if (server.empty()) {
-    return {nullptr, Failure{ExitCode::ServerNotListed, "the server of this work folder, " +
-                                                            Printable(store->address()) +
-                                                            ", is not in the list of servers"}};
+    return Failure{
+        ExitCode::ServerNotListed,
+        "the server of this work folder, " + Printable(store->address()) + ", is not in the list of servers"};
   }
   if (server != store->server()) {
-    return {nullptr,
-            Failure{ExitCode::Usage, "the files of this work folder come from " + store->server() + ", and " +
-                                         store->address() + " leads to " + server +
-                                         " now; nothing was done; list that server by this nickname again"}};
+    return Failure{ExitCode::Usage,
+                   "the files of this work folder come from " + store->server() + ", and " +
+                       store->address() + " leads to " + server + " now; nothing was done",
+                   "list that server by this nickname again"};
   }
-  return {std::unique_ptr<WorkFolder>(new WorkFolder(root, std::move(store))), std::nullopt};
+  return std::unique_ptr<WorkFolder>(new WorkFolder(root, std::move(store)));
 }
 
-WorkFolder::Opening WorkFolder::Create(const std::string& directory, const std::string& address) {
+Result<std::unique_ptr<WorkFolder>> WorkFolder::Create(const std::string& directory,
+                                                       const std::string& address) {
   std::error_code error;
   const std::string root = std::filesystem::canonical(directory, error).string();
-  if (error) return {nullptr, LocalFailure("cannot open " + directory, error.value())};
+  if (error) return LocalFailure("cannot open " + directory, error.value());
   if (const int code = MakeDirectories(root + "/.vtdirect/incoming"); code != 0) {
-    return {nullptr, LocalFailure("cannot write in " + directory, code)};
+    return LocalFailure("cannot write in " + directory, code);
   }
   auto [store, fault] = FileStore::Create(DatabaseIn(root), address, ServerOf(address));
-  if (!store) return {nullptr, StoreFailure(fault)};
-  return {std::unique_ptr<WorkFolder>(new WorkFolder(root, std::move(store))), std::nullopt};
+  if (!store) return StoreFailure(fault);
+  return std::unique_ptr<WorkFolder>(new WorkFolder(root, std::move(store)));
 }
 
 WorkFolder::~WorkFolder() {
@@ -112,9 +113,8 @@ std::optional<Failure> WorkFolder::Lock() {
   lock_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (lock_ < 0) return LocalFailure("cannot write " + file, errno);
   if (flock(lock_, LOCK_EX | LOCK_NB) != 0) {
-    return Failure{ExitCode::Failure,
-                   "another vtdirect is at work in this work folder; nothing was done; the same command can "
-                   "be given again when it has ended"};
+    return Failure{ExitCode::Failure, "another vtdirect is at work in this work folder; nothing was done",
+                   "the same command can be given again when it has ended"};
   }
   if (const int code = MakeDirectories(incoming()); code != 0) {
     return LocalFailure("cannot write in " + root_, code);
@@ -159,11 +159,12 @@ std::string AddressOfWorkFolderHere() {
 std::optional<std::string> UidOfWorkFile(const std::string& text) {
   if (text.starts_with("//") || VtDirectManager::IsManaged(text.c_str())) return std::nullopt;
   if (WorkFolder::RootAbove(CurrentDirectory()).empty()) return std::nullopt;
-  const auto opening = WorkFolder::OpenHere();
-  if (!opening.folder) return std::nullopt;
-  const auto files = opening.folder->store().Files();
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return std::nullopt;
+  WorkFolder& folder = **opened;
+  const auto files = folder.store().Files();
   if (!files) return std::nullopt;
-  const auto file = files->find(opening.folder->PathOf(text));
+  const auto file = files->find(folder.PathOf(text));
   if (file == files->end()) return std::nullopt;
   return file->second.uid;
 }

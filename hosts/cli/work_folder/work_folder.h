@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/result.h"
 #include "hosts/cli/work_folder/file_store.h"
 
 namespace vtdirect_cli {
@@ -12,11 +12,6 @@ namespace vtdirect_cli {
 /// A directory whose files come from a folder of a server, with what is kept of them in `.vtdirect/`.
 class WorkFolder {
  public:
-  struct Opening {
-    std::unique_ptr<WorkFolder> folder;  ///< null on failure
-    std::optional<Failure> failure;
-  };
-
   /// The work folder that a directory lies in; empty when it lies in none. Reads the disk only.
   [[nodiscard]] static std::string RootAbove(const std::string& directory);
 
@@ -26,11 +21,12 @@ class WorkFolder {
   /// Opens the work folder that the current directory lies in. Makes no request.
   /// @return a failure outside of a work folder, for one that can't be read, and when the nickname in its
   ///         address leads to another server than the one that its files come from
-  [[nodiscard]] static Opening OpenHere();
+  [[nodiscard]] static Result<std::unique_ptr<WorkFolder>> OpenHere();
 
   /// Makes a work folder of a directory that is there and has nothing in it. Makes no request.
   /// @param address  path of the folder on the server, with its closing "/"
-  [[nodiscard]] static Opening Create(const std::string& directory, const std::string& address);
+  [[nodiscard]] static Result<std::unique_ptr<WorkFolder>> Create(const std::string& directory,
+                                                                  const std::string& address);
 
   /// Keeps every other process from changing this work folder until the object goes, and clears away what a
   /// killed one has left: half-written files, and announcements, of which those that are true are kept.

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/e2e/cli/vtdirect_fixture.h"
+#include "tests/e2e/platform/scripted_server.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -99,6 +100,53 @@ TEST_F(ClosedServer, KeepsSecretsOutOfTheTrace) {
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.err, Not(HasSubstr("se cret")));
   EXPECT_THAT(result.err, Not(HasSubstr("YW5uYT")));  // "anna" at the head of a Basic line
+}
+
+/// A server that names another one, which is listed too, as the place of its contents.
+class NamedPlace : public VtDirect {
+ protected:
+  NamedPlace() { Serve({"--codebase-url", place_.Url() + "/"}); }
+
+  ProcessResult Get(const std::string& setting) {
+    environment_["VTDIRECT_TOKEN"] = "the-token";
+    WriteHome(".config/vtdirect/config",
+              "[server main]\nurl = " + server().url() + "\n" + setting +
+                  "[server place]\nurl = " + place_.Url() + "/\n",
+              0600);
+    return Run({"--no-prompt", "get", "//main/?id=D1001", "-o", "copy", "--force"});
+  }
+  /// Whether the other server was ever sent the token.
+  [[nodiscard]] bool HasGotTheToken() const {
+    bool has = false;
+    for (const WireRequest& request : place_.requests())
+      has = has || request.Header("Authorization") == "Bearer the-token";
+    return has;
+  }
+
+  ScriptedServer place_{[](Peer& peer, WireRequest& request) {
+    if (request.Header("Authorization") == "Bearer the-token") return peer.Answer(200, "content");
+    peer.Answer(401, "", "WWW-Authenticate: Bearer\r\n");
+  }};
+};
+
+TEST_F(NamedPlace, DoesNotGetTheTokenOfTheEnvironment) {
+  const ProcessResult result = Get("");
+  EXPECT_NE(result.status, 0);
+  EXPECT_FALSE(place_.requests().empty());
+  EXPECT_FALSE(HasGotTheToken());
+  EXPECT_THAT(result.err, HasSubstr("login_also_for"));
+}
+
+TEST_F(NamedPlace, GetsItWhereTheConfigurationNamesThePair) {
+  static_cast<void>(Get("login_also_for = place\n"));
+  EXPECT_TRUE(HasGotTheToken());
+}
+
+TEST_F(NamedPlace, OfAPairHasToBeListed) {
+  const ProcessResult result = Get("login_also_for = nowhere\n");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.err, HasSubstr("nowhere"));
+  EXPECT_TRUE(place_.requests().empty());
 }
 
 }  // namespace vtdirect_test

@@ -250,11 +250,10 @@ TEST_F(CheckoutFailure, OfACheckoutSaysThatNothingWasChanged) {
 
 TEST_F(CheckoutFailure, OfACheckoutThatStandsSaysSo) {
   const std::string err = Fail({"POST *checkout=cut:1", "POST *delete=500"}, {"checkout", path_});
+  const std::string uid = TemporaryUid("D1001", "fork.lxz");
   EXPECT_THAT(err,
-              testing::EndsWith("; you have it checked out now, and the server did not tell the working "
-                                "copy; \"vtdirect browse-url '" +
-                                server().Uid("D1001") +
-                                "&file=/fork.lxz'\" tells where its page is, on which that can be undone\n"));
+              testing::ContainsRegex("; you have it checked out now, and its working copy is " + uid +
+                                     "; go on with that, or \"vtdirect undo '" + uid + "'\" gives it up\n"));
   EXPECT_EQ(HolderOf("D1001"), "anna");
 }
 
@@ -310,7 +309,9 @@ TEST_F(CheckoutFailure, IsNoneWhenOnlyTheTemporaryWorkspaceStays) {
   EXPECT_EQ(result.out, Run({"uid", path_}).out);
   EXPECT_THAT(
       result.err,
-      ContainsRegex("warning: Failed to delete temporary workspace W[0-9]+; it may stay on the server"));
+      ContainsRegex(
+          "warning: the temporary workspace could not be deleted .*HTTP 500.*; it may stay on the server, at "
+          "http://.*/workspaces/W[0-9]+/"));
   EXPECT_EQ(Book(), kBookHead);
 }
 

@@ -207,6 +207,7 @@ TEST_F(CheckoutOfADocument, UndoesNothingOfWhatWasCheckedIn) {
                               " had ended before, and nothing was undone; it is version B.2 now\n");
     EXPECT_EQ(Book(), kBookHead);
   }
+  EXPECT_THAT(Run({"--json", "undo", uid}).out, HasSubstr("\"had_ended\":true"));
 }
 
 TEST_F(CheckoutOfADocument, IsNotUndoneByTheUidOfTheOneBefore) {

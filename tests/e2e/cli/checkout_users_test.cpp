@@ -107,6 +107,14 @@ TEST_F(CheckoutByTwo, IsDroppedWhenTheOtherHasTakenItOver) {
   EXPECT_EQ(RunAs("bruno", {"verify", kForkPath}).out, brunos + "\n");
 }
 
+TEST_F(CheckoutByTwo, IsShownByTheServerToItsHolderAlone) {
+  const std::string uid = CheckOutAs("anna", kForkPath);
+  EXPECT_THAT(RunAs("anna", {"checkouts", "--on", "sim"}).out, HasSubstr(uid));
+  const ProcessResult brunos = RunAs("bruno", {"checkouts", "--on", "sim"});
+  EXPECT_EQ(brunos.status, 0) << brunos.err;
+  EXPECT_EQ(brunos.out, "");
+}
+
 TEST_F(CheckoutByTwo, AsksForCredentialsFirst) {
   for (const char* command : {"checkout", "checkin", "undo", "verify"}) {
     const ProcessResult result = Run({"--no-prompt", command, kForkPath});

@@ -69,7 +69,7 @@ TEST_F(Checkouts, AreListedWithoutARequest) {
                             "\n2026-01-31T09:00:00Z\tanna\tn2.lxz\t" + WorkingCopyOf(2) + "\n");
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(Run({"checkouts", "--json"}).out.substr(0, Run({"checkouts", "--json"}).out.find('\n')),
-            "{\"schema\":1,\"command\":\"checkouts\",\"since\":\"2026-01-31T09:00:00Z\",\"user\":\"anna\","
+            "{\"schema\":2,\"command\":\"checkouts\",\"since\":\"2026-01-31T09:00:00Z\",\"user\":\"anna\","
             "\"name\":\"n1.lxz\",\"uid\":\"" +
                 WorkingCopyOf(1) + "\",\"document\":\"" + UidOf(1) + "\"}");
   EXPECT_EQ(server().Log(), "");

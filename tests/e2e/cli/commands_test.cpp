@@ -27,8 +27,8 @@ TEST_F(VtDirect, ReadsTheConfigurationFileThatTheEnvironmentOrAnOptionNames) {
 
 TEST_F(VtDirect, ListsServersAsJsonObjects) {
   EXPECT_EQ(Run({"--json", "-s", "a=http://a/", "-s", "b=http://b/", "servers"}).out,
-            "{\"schema\":1,\"command\":\"servers\",\"nickname\":\"a\",\"url\":\"http://a/\"}\n"
-            "{\"schema\":1,\"command\":\"servers\",\"nickname\":\"b\",\"url\":\"http://b/\"}\n");
+            "{\"schema\":2,\"command\":\"servers\",\"nickname\":\"a\",\"url\":\"http://a/\"}\n"
+            "{\"schema\":2,\"command\":\"servers\",\"nickname\":\"b\",\"url\":\"http://b/\"}\n");
 }
 
 TEST_F(VtDirect, ChecksASupportedServer) {
@@ -39,7 +39,7 @@ TEST_F(VtDirect, ChecksASupportedServer) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(Run({"check", "sim"}).out, "url: " + server().url() + "\nsupported: yes\n");
   EXPECT_EQ(Run({"check", "sim", "--json"}).out,
-            "{\"schema\":1,\"command\":\"check\",\"url\":\"" + server().url() + "\",\"supported\":true}\n");
+            "{\"schema\":2,\"command\":\"check\",\"url\":\"" + server().url() + "\",\"supported\":true}\n");
 }
 
 TEST_F(VtDirect, TellsTheAddressThatAServerCallsItsOwn) {
@@ -50,7 +50,7 @@ TEST_F(VtDirect, TellsTheAddressThatAServerCallsItsOwn) {
   const ProcessResult result = Run({"check", other.url()});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, "url: " + other.url() + "\nsupported: yes\nuse: " + own + "\n");
-  EXPECT_EQ(Run({"--json", "check", other.url()}).out, "{\"schema\":1,\"command\":\"check\",\"url\":\"" +
+  EXPECT_EQ(Run({"--json", "check", other.url()}).out, "{\"schema\":2,\"command\":\"check\",\"url\":\"" +
                                                            other.url() + "\",\"supported\":true,\"use\":\"" +
                                                            own + "\"}\n");
 }
@@ -72,9 +72,9 @@ TEST_F(VtDirect, DescribesADocument) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.err, "");
   EXPECT_THAT(result.out, StartsWith("address: " + server().Uid("D1001") +
-                                     "\nkind: uid\nserver: sim\nserver_url: " + server().url() +
-                                     "\nexists: yes\ntype: document\nuid: " + server().Uid("D1001") +
-                                     "&file=/fork.lxz\nname: Fork\nnumber: 0000100001\nfile_name: "
+                                     "\naddress_kind: uid\nserver: sim\nserver_url: " + server().url() +
+                                     "\nexists: yes\nkind: document\nuid: " + server().Uid("D1001") +
+                                     "&file=/fork.lxz\ntitle: Fork\nnumber: 0000100001\nname: "
                                      "fork.lxz\nversion: B.1\nlatest_version: B.1\n"));
   EXPECT_THAT(result.out, HasSubstr("\ncontent_url: http://" + server().authority() + kForkContent + "\n"));
 }
@@ -83,10 +83,10 @@ TEST_F(VtDirect, DescribesADocumentAsJson) {
   Serve();
   const ProcessResult result = Run({"info", "//sim/?id=D1005", "--json"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.out, StartsWith("{\"schema\":1,\"command\":\"info\",\"address\":\"//sim/?id=D1005\","
-                                     "\"kind\":\"path\",\"server\":\"sim\",\"server_url\":\"" +
+  EXPECT_THAT(result.out, StartsWith("{\"schema\":2,\"command\":\"info\",\"address\":\"//sim/?id=D1005\","
+                                     "\"address_kind\":\"path\",\"server\":\"sim\",\"server_url\":\"" +
                                      server().url() + "\",\"exists\":true,"));
-  EXPECT_THAT(result.out, HasSubstr("\"file_name\":\"Gr\\u00F6\\u00DFentabelle Rahmen.lxz\""));
+  EXPECT_THAT(result.out, HasSubstr("\"name\":\"Gr\\u00F6\\u00DFentabelle Rahmen.lxz\""));
   EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1);
 }
 
@@ -94,8 +94,8 @@ TEST_F(VtDirect, TellsThatAnObjectIsNotThere) {
   Serve();
   const ProcessResult result = Run({"info", "//sim/?id=D9999"});
   EXPECT_EQ(result.status, 6);
-  EXPECT_EQ(result.out, "address: //sim/?id=D9999\nkind: path\nserver: sim\nserver_url: " + server().url() +
-                            "\nexists: no\n");
+  EXPECT_EQ(result.out, "address: //sim/?id=D9999\naddress_kind: path\nserver: sim\nserver_url: " +
+                            server().url() + "\nexists: no\n");
   EXPECT_THAT(result.err, HasSubstr("not found: //sim/?id=D9999"));
 }
 

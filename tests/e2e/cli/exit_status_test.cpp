@@ -58,12 +58,38 @@ TEST_F(VtDirect, Gives3WhenNobodyListens) {
   }
 }
 
+// A question without an answer is no "not found", and the server is not asked what is known already.
+TEST_F(VtDirect, Gives3ForADocumentThatTheServerDoesNotAnswerFor) {
+  for (const char* action : {"503", "drop", "cut:10"}) {
+    Serve({"--fault", std::string("GET *dkm/documents/D1001=") + action});
+    for (const char* command : {"get", "info", "uid", "url", "path", "links"}) {
+      const std::size_t before = server().Log().size();
+      const ProcessResult result = Run({command, "//sim/?id=D1001"});
+      EXPECT_EQ(result.status, 3) << command << " " << action << result.err;
+      EXPECT_THAT(result.err,
+                  HasSubstr("no usable answer from " + server().url() + " for //sim/?id=D1001: "));
+      EXPECT_EQ(server().Log().substr(before).find("OrvetGW"), std::string::npos) << command << " " << action;
+    }
+  }
+}
+
+TEST_F(VtDirect, TellsAServerThatCanNotAnswerNowInJson) {
+  Serve({"--fault", "GET *dkm/documents/D1001=503"});
+  const ProcessResult result = Run({"--json", "uid", "//sim/?id=D1001"});
+  EXPECT_EQ(result.status, 3);
+  for (const char* member :
+       {"\"error\":\"unavailable\"", "\"exit\":3", "\"retryable\":true", "\"kind\":\"refused\"",
+        "\"step\":\"read the document\"", "\"http_status\":503", "\"may_have_happened\":false"}) {
+    EXPECT_THAT(result.err, HasSubstr(member));
+  }
+}
+
 TEST_F(VtDirect, Gives5ForAServerThatIsTooOld) {
   Serve({"--version", "11.0.29.0"});
   const ProcessResult check = Run({"check", server().url()});
   EXPECT_EQ(check.status, 5);
   EXPECT_THAT(check.out, HasSubstr("supported: no\nreason: server-unsupported\n"));
-  EXPECT_THAT(check.err, HasSubstr("at least: 11.0 M030 is required"));
+  EXPECT_THAT(check.err, HasSubstr(" is not supported: it has to be of release 11.0 M030 or later"));
 }
 
 TEST_F(VtDirect, Gives5WhenAnOldServerDoesNotDeliver) {
@@ -93,6 +119,8 @@ TEST_F(VtDirect, Gives7ForADocumentWithoutContent) {
 TEST_F(VtDirect, Gives7WhenTheServerRefusesTheContent) {
   Serve({"--fault", "GET *streams*=500"});
   EXPECT_EQ(Run({"get", server().Uid("D1001")}).status, 7);
+  const std::string log = server().Log();
+  EXPECT_EQ(log.find("\"path\"", log.find("streams")), std::string::npos) << "nothing is asked afterwards";
   EXPECT_THAT(HereNames(), IsEmpty());
 }
 
@@ -180,8 +208,10 @@ TEST_F(VtDirect, ReportsAFailureAsJsonOnStandardError) {
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(
       result.err,
-      "{\"schema\":1,\"command\":\"uid\",\"error\":\"server-not-listed\",\"exit\":9,\"message\":\"no server "
-      "\\\"other\\\" is listed; list it with --server other=URL or in the configuration file\"}\n");
+      "{\"schema\":2,\"command\":\"uid\",\"error\":\"server-not-listed\",\"exit\":9,\"message\":\"no server "
+      "\\\"other\\\" is listed; list it with --server other=URL or in the configuration "
+      "file\",\"retryable\":false,"
+      "\"advice\":\"list it with --server other=URL or in the configuration file\"}\n");
 }
 
 TEST_F(VtDirect, EndsInBoundedTimeWhenTheServerStalls) {

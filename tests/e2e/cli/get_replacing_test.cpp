@@ -2,9 +2,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 
 #include "tests/e2e/cli/checkout_fixture.h"
+#include "tests/e2e/cli/meddler.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -237,6 +239,26 @@ TEST_F(GetByPath, IsRefusedWhereTheDocumentDoesNotStand) {
     }
   }
   EXPECT_THAT(HereNames(), ElementsAre());
+}
+
+// An answer that did not come says nothing about the place.
+TEST_F(GetByPath, IsRefusedWhenTheServerDoesNotTellWhereTheDocumentStands) {
+  bool wasTold = false;
+  for (int passing = 0; passing < 4; ++passing) {
+    std::atomic<int> reads = 0;
+    Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+      const bool isRead = request.target.find("dkm/documents/D1001") != std::string::npos;
+      if (isRead && reads++ >= passing) return peer.Answer(503, "{}");
+      peer.Send(forward());
+    });
+    environment_["http_proxy"] = meddler.Url();
+    const ProcessResult result = Run({"uid", "//sim/Products/NoSuch/Folders/X/Y/fork.lxz"});
+    EXPECT_NE(result.status, 0) << passing;
+    EXPECT_EQ(result.out, "") << passing;
+    wasTold |= result.err.find("could not be found out") != std::string::npos;
+    environment_.erase("http_proxy");
+  }
+  EXPECT_TRUE(wasTold) << "one of them is the question for the place";
 }
 
 TEST_F(GetByPath, TakesTheDocumentAnywhereWhenAsked) {

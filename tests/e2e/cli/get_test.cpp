@@ -94,7 +94,7 @@ TEST_F(VtDirect, WritesIntoADeviceAndLeavesItInPlace) {
 TEST_F(VtDirect, DescribesADownloadAsJson) {
   Serve();
   const ProcessResult result = Run({"get", server().Uid("D1010"), "-o", "copy", "--json"});
-  EXPECT_EQ(result.out, "{\"schema\":1,\"command\":\"get\",\"address\":\"" + server().Uid("D1010") +
+  EXPECT_EQ(result.out, "{\"schema\":2,\"command\":\"get\",\"address\":\"" + server().Uid("D1010") +
                             "\",\"uid\":\"" + server().Uid("D1010") +
                             "&file=/empty%20note.lxz\",\"file\":\"copy\",\"bytes\":0}\n");
   EXPECT_EQ(result.err, "");

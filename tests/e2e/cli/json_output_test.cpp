@@ -35,6 +35,8 @@ Document ReadDocument() {
   std::istringstream stream(ReadFile(JSON_DOCUMENT));
   for (std::string line; std::getline(stream, line);) {
     if (line.starts_with("## ")) heading = line.substr(3);
+    // These tell of members and classes, and are no members of an object.
+    if (heading == "One name, one meaning" || heading == "Classes of failures") continue;
     if (!line.starts_with("| `")) continue;
     const std::vector<std::string> cells = CellsOf(line);
     document[heading][cells.at(1).substr(1, cells.at(1).size() - 2)] = {cells.at(2), cells.at(3) == "always"};
@@ -62,7 +64,7 @@ class JsonOutput : public VtDirect {
     const ProcessResult result = Run(words);
     EXPECT_EQ(result.status, status) << testing::PrintToString(words) << result.err;
     CheckLines(result.out, command, command);
-    CheckLines(result.err, "A failure", command);
+    CheckErrors(result.err, command);
     return result;
   }
 
@@ -70,6 +72,14 @@ class JsonOutput : public VtDirect {
   void LeaveOpenCheckin(const std::string& uid) {
     WriteHome(".local/state/vtdirect/journal",
               "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + uid + "\t" + uid + "\t\t\n", 0600);
+  }
+
+  void CheckErrors(const std::string& text, const std::string& command) {
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+      const bool isWarning = line.find("\"warning\":") != std::string::npos;
+      CheckLine(line, isWarning ? "A warning" : "A failure", command);
+    }
   }
 
   void CheckLines(const std::string& text, const std::string& section, const std::string& command) {
@@ -89,7 +99,7 @@ class JsonOutput : public VtDirect {
         EXPECT_TRUE(!member.always || json.HasMember(name.c_str())) << name;
       }
     }
-    EXPECT_EQ(json["schema"].GetInt(), 1);
+    EXPECT_EQ(json["schema"].GetInt(), 2);
     EXPECT_EQ(json["command"].GetString(), command);
   }
 
@@ -168,7 +178,9 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"verify", server().Uid("D1002")});
   Check({"verify", server().Uid("D1015")}, 1);
   Check({"checkouts"});
+  Check({"checkouts", "--on", "sim"});
   LeaveOpenCheckin(server().Uid("D1002"));
+  Check({"uid", fork});
   Check({"recover"});
   Check({"undo", server().Uid("D1002")});
   Check({"checkout", server().Uid("D1002")});
@@ -198,6 +210,37 @@ TEST_F(JsonOutput, OfTheOldestGenerationIsWhatTheDocumentSays) {
   Check({"info", "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz"});
   Check({"versions", "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz|A.2"});
   Check({"status", server().Uid("D1101")}, 10);
+}
+
+TEST_F(JsonOutput, IsThatOfAWrongCommandLineToo) {
+  Check({"get"}, 2);
+  Check({"get", "//sim/a", "--bogus"}, 2);
+  Check({"get", "//sim/a", "--stall-timeout", "0"}, 2);
+  Check({"xliff", "list"}, 2);
+  const ProcessResult none = Run({"--json"});
+  EXPECT_EQ(none.out, "");
+  EXPECT_EQ(
+      none.err,
+      "{\"schema\":2,\"command\":\"\",\"error\":\"usage\",\"exit\":2,\"message\":\"no command is given; "
+      "see vtdirect --help\",\"retryable\":false,\"advice\":\"see vtdirect --help\"}\n");
+}
+
+// What a script does next depends on it.
+TEST_F(JsonOutput, TellsWhyACheckoutFailed) {
+  const auto classAfter = [this](const std::string& fault) {
+    Serve({"--fault", fault});
+    const ProcessResult result = Run({"--json", "checkout", server().Uid("D1002")});
+    CheckErrors(result.err, "checkout");
+    EXPECT_EQ(result.status, 1) << fault << result.err;
+    rapidjson::Document json;
+    json.Parse(result.err.c_str());
+    return std::string(json["error"].GetString()) + (json["retryable"].GetBool() ? " again" : "");
+  };
+  EXPECT_EQ(classAfter("POST *checkout=409"), "conflict");
+  EXPECT_EQ(classAfter("POST *checkout=423"), "locked again");
+  EXPECT_EQ(classAfter("POST *checkout=403"), "refused");
+  // The server says afterwards that nobody has it checked out.
+  EXPECT_EQ(classAfter("POST *checkout=503*1"), "unavailable again");
 }
 
 }  // namespace vtdirect_test

@@ -25,7 +25,7 @@ TEST_F(LinksAndPages, ListTheSourcesOfADocumentByNameAndUid) {
     EXPECT_EQ(result.err, "");
   }
   EXPECT_EQ(Run({"links", kFork, "--json"}).out,
-            "{\"schema\":1,\"command\":\"links\",\"name\":\"frame.lxz\","
+            "{\"schema\":2,\"command\":\"links\",\"link\":\"frame.lxz\","
             "\"uid\":\"" +
                 server().Uid("D1002") + "&file=/frame.lxz\"}\n");
 }

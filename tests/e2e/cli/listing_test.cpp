@@ -179,8 +179,8 @@ TEST_F(VtDirect, ListsTheServersWithoutAnyRequest) {
   Serve();
   EXPECT_EQ(Run({"ls"}).out, "sim/\n");
   EXPECT_EQ(Run({"ls", "-s", "arch=http://a/", "--json"}).out,
-            "{\"schema\":1,\"command\":\"ls\",\"path\":\"//arch/\",\"name\":\"arch\",\"kind\":\"server\"}\n"
-            "{\"schema\":1,\"command\":\"ls\",\"path\":\"//sim/\",\"name\":\"sim\",\"kind\":\"server\"}\n");
+            "{\"schema\":2,\"command\":\"ls\",\"path\":\"//arch/\",\"name\":\"arch\",\"kind\":\"server\"}\n"
+            "{\"schema\":2,\"command\":\"ls\",\"path\":\"//sim/\",\"name\":\"sim\",\"kind\":\"server\"}\n");
   EXPECT_EQ(server().Log(), "");
 }
 
@@ -202,7 +202,7 @@ TEST_F(VtDirect, ShowsVersionsWithTheirIdsAsJson) {
   const ProcessResult result = Run({"ls", "--json", "--versions", kFolders + std::string("/Frame/")});
   EXPECT_THAT(
       result.out,
-      HasSubstr("{\"schema\":1,\"command\":\"ls\",\"path\":\"//sim/Products/Trekking "
+      HasSubstr("{\"schema\":2,\"command\":\"ls\",\"path\":\"//sim/Products/Trekking "
                 "Bike/Folders/Frame/fork.lxz\",\"name\":\"fork.lxz\",\"kind\":\"document\",\"versions\":"
                 "[\"B.1\",\"A.2\",\"A.1\"],\"version_ids\":[\"D1001\",\"D1201\",\"D1101\"]}\n"));
 }
@@ -290,6 +290,30 @@ TEST_F(VtDirect, PrintsNoMoreLevelsOfATreeThanAskedFor) {
             "Lastenrad Größe L/\n  Folders/\n  Workspaces/\nTrekking Bike/\n  Folders/\n  Workspaces/\n");
   EXPECT_EQ(Run({"tree", "--depth", "0", "//sim"}).status, 2);
   EXPECT_EQ(Run({"tree", "--depth", "65", "//sim"}).status, 2);
+}
+
+TEST_F(VtDirect, PrintsTheSameTreeWhenItListsSeveralFoldersAtOneTime) {
+  Serve({"--user", "anna:secret"});
+  WriteHome(".netrc", "machine 127.0.0.1 login anna password secret\n", 0600);
+  const ProcessResult alone = Run({"tree", "//sim/Products"});
+  EXPECT_EQ(alone.status, 0);
+  EXPECT_THAT(alone.out, HasSubstr("chain.lxz"));
+  for (const char* atOnce : {"1", "4", "16"}) {
+    const ProcessResult result = Run({"tree", "--parallel", atOnce, "//sim/Products"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, alone.out);
+  }
+  EXPECT_EQ(Run({"tree", "--parallel", "0", "//sim"}).status, 2);
+  EXPECT_EQ(Run({"tree", "--parallel", "17", "//sim"}).status, 2);
+}
+
+TEST_F(VtDirect, PassesOverAFolderThatCannotBeListedAmongSeveralAtOneTime) {
+  Serve({"--generation", "gateway", "--fault", "GET *snx_gw*Frame*=500"});
+  const ProcessResult alone = Run({"tree", "--full-paths", kFolders});
+  const ProcessResult result = Run({"tree", "--parallel", "4", "--full-paths", kFolders});
+  EXPECT_EQ(result.status, 11);
+  EXPECT_EQ(result.out, alone.out);
+  EXPECT_EQ(result.err, alone.err);
 }
 
 TEST_F(VtDirect, PassesOverAFolderOfATreeThatCannotBeListed) {

@@ -4,8 +4,7 @@
 #include <atomic>
 #include <filesystem>
 
-#include "tests/e2e/cli/checkout_fixture.h"
-#include "tests/e2e/cli/meddler.h"
+#include "tests/e2e/cli/accident_fixture.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -14,6 +13,8 @@ namespace vtdirect_test {
 namespace {
 
 constexpr const char* kNewPath = "//sim/Products/Trekking Bike/Folders/Frame/new.lxz";
+// Another gear.lxz is in the folder Drivetrain.
+constexpr const char* kBesideNamesake = "//sim/Products/Trekking Bike/Folders/Frame/gear.lxz";
 constexpr const char* kStoredBefore = "stored before";
 constexpr const char* kNewContent = "new content";
 
@@ -32,88 +33,26 @@ const Change kChanges[] = {
     {"StoreAndCheckIn", {"put", "f", kForkPath, "--checkin"}, true},
     {"Iterate", {"put", "f", kForkPath}, false},
     {"Create", {"put", "f", kNewPath}, false},
+    {"CreateBesideNamesake", {"put", "f", kBesideNamesake}, false},
 };
-
-enum class Accident { KilledBefore, KilledAfter, Refused, Lost, Cut, Reset, Silent };
-
-// A read has no consequence, so of it three ways stand for all.
-[[nodiscard]] std::vector<Accident> AccidentsOf(bool isWrite) {
-#ifdef __SANITIZE_ADDRESS__
-  // A sanitized program takes long to start. The other build knows all of them.
-  if (!isWrite) return {};
-#endif
-  if (!isWrite) return {Accident::KilledBefore, Accident::Refused, Accident::Lost};
-  return {Accident::KilledBefore, Accident::KilledAfter, Accident::Refused, Accident::Lost,
-          Accident::Cut,          Accident::Reset,       Accident::Silent};
-}
 
 }  // namespace
 
 /// Every request of every command that changes something fails in every way, and the program is killed before
 /// and after each. Afterwards the server or the disk has every byte that was stored or edited, `recover`
 /// settles what was left open, and what is kept here agrees with the server.
-class LosingNothing : public CheckoutTest, public testing::WithParamInterface<Change> {
+class LosingNothing : public AccidentTest, public testing::WithParamInterface<Change> {
  protected:
-  // A killed program leaves its directory for temporary files.
-  void RemoveWhatKilledProgramsLeave() {
-    std::filesystem::remove_all(Home("../temporary"));
-    std::filesystem::create_directory(Home("../temporary"));
-  }
-
-  void TearDown() override {
-    RemoveWhatKilledProgramsLeave();
-    CheckoutTest::TearDown();
-  }
-
-  void Begin() {
-    environment_.erase("http_proxy");
-    std::filesystem::remove_all(Home(".local"));
-    EndServer();
-    Serve();
+  void SetUp() override {
+    AccidentTest::SetUp();
     WriteFile(Here("f"), kNewContent);
     WriteFile(Here("g"), kStoredBefore);
     base_ = server().Get(kForkContent);
-    if (!GetParam().isCheckedOut) return;
-    CheckOut(kForkPath);
-    ASSERT_EQ(Run({"put", "g", kForkPath}).status, 0);
-  }
-
-  // Runs the change with an accident at one of its requests. Gives whether that request came.
-  bool RunWithAccident(int at, Accident accident, bool* isWrite) {
-    int number = 0;
-    bool came = false;
-    std::atomic<Process*> process = nullptr;
-    {
-      Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
-        if (number++ != at) return peer.Send(forward());
-        came = true;
-        *isWrite = request.method != "GET";
-        EXPECT_TRUE(WaitUntil([&process] { return process != nullptr; }));
-        Happen(accident, peer, forward, *process);
-      });
-      environment_["http_proxy"] = meddler.Url();
-      const auto running = Start(Words());
-      process = running.get();
-      result_ = running->Wait();
+    if (GetParam().isCheckedOut) {
+      CheckOut(kForkPath);
+      ASSERT_EQ(Run({"put", "g", kForkPath}).status, 0);
     }
-    environment_.erase("http_proxy");
-    return came;
-  }
-
-  [[nodiscard]] static std::vector<std::string> Words() {
-    std::vector<std::string> words = {"--stall-timeout", "1"};
-    words.insert(words.end(), GetParam().words.begin(), GetParam().words.end());
-    return words;
-  }
-
-  static void Happen(Accident accident, Peer& peer, const Meddler::Forward& forward, const Process& process) {
-    if (accident == Accident::KilledBefore) return process.Signal(SIGKILL);
-    if (accident == Accident::Refused) return peer.Answer(503, "{}");
-    const std::string answer = forward();
-    if (accident == Accident::KilledAfter) process.Signal(SIGKILL);
-    if (accident == Accident::Cut) peer.Send(answer.substr(0, answer.size() - answer.size() / 4 - 1));
-    if (accident == Accident::Reset) peer.Reset();
-    if (accident == Accident::Silent) peer.StaySilent();
+    KeepBeginning();
   }
 
   // What a reader of the path gets now, from the working copy if there is one.
@@ -140,7 +79,7 @@ class LosingNothing : public CheckoutTest, public testing::WithParamInterface<Ch
     const std::string command = GetParam().name;
     const bool isHeld = HolderOf("D1001") == "anna";
     const bool done = result_.status == 0;
-    const std::string content = Content(command == "Create" ? kNewPath : kForkPath);
+    const std::string content = Content(command.starts_with("Create") ? GetParam().words.back() : kForkPath);
     if (command == "Checkout" || command == "Store") {
       EXPECT_TRUE(isHeld || (command == "Checkout" && !done));
     }
@@ -150,45 +89,24 @@ class LosingNothing : public CheckoutTest, public testing::WithParamInterface<Ch
 
   // Whoever has it checked out can go on by the document's path; nobody else is told that they could.
   void ExpectTheBookIsRight(bool isHeld) {
+    EXPECT_EQ(Book().find("\tfork.lxz\t") != std::string::npos, isHeld) << Book();
     const ProcessResult verified = Run({"verify", kForkPath});
     EXPECT_EQ(verified.status, isHeld ? 0 : 1) << verified.err;
     const ProcessResult next = Run({isHeld ? "checkin" : "checkout", kForkPath});
     EXPECT_EQ(next.status, 0) << next.err;
   }
 
-  void ExpectRecovery() {
-    const ProcessResult recovered = Run({"recover"});
-    EXPECT_EQ(recovered.status, 0) << recovered.out << recovered.err;
-    EXPECT_THAT(recovered.out, Not(HasSubstr("could not be found out")));
-    EXPECT_EQ(Run({"recover"}).out, "") << "nothing stays open";
-  }
-
   std::string base_;
-  ProcessResult result_;
 };
 
 INSTANTIATE_TEST_SUITE_P(Changes, LosingNothing, testing::ValuesIn(kChanges),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST_P(LosingNothing, WhicheverRequestFailsInWhicheverWay) {
-  bool came = true;
-  for (int at = 0; came && !HasFailure(); ++at) {
-    bool isWrite = false;
-    Begin();
-    came = RunWithAccident(at, Accident::KilledBefore, &isWrite);
-    for (const Accident accident : AccidentsOf(isWrite)) {
-      if (!came) break;
-      SCOPED_TRACE("request " + std::to_string(at) + " accident " +
-                   std::to_string(static_cast<int>(accident)));
-      if (accident != Accident::KilledBefore) {
-        Begin();
-        RunWithAccident(at, accident, &isWrite);
-      }
-      SCOPED_TRACE("status " + std::to_string(result_.status) + ": " + result_.out + result_.err);
-      ExpectRecovery();
-      ExpectNothingIsLost();
-    }
-  }
+  MeetEveryAccident(GetParam().words, [this] {
+    ExpectRecovery();
+    ExpectNothingIsLost();
+  });
 }
 
 /// What the next commands say of a change that was not confirmed.

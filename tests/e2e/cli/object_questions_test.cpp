@@ -61,7 +61,7 @@ TEST_P(QuestionsToEachGeneration, GiveTheUrlOfAContent) {
   const std::string url = "http://" + server().authority() + kForkContent;
   EXPECT_EQ(Run({"url", kFork}).out, url + "\n");
   EXPECT_THAT(Run({"url", "--json", server().Uid("D1001")}).out,
-              testing::StartsWith("{\"schema\":1,\"command\":\"url\",\"url\":\"" + url +
+              testing::StartsWith("{\"schema\":2,\"command\":\"url\",\"url\":\"" + url +
                                   "\",\"cache_key\":\"_lxvdccache:"));
   const ProcessResult empty = Run({"url", server().Uid("D1011")});
   EXPECT_EQ(empty.status, 7);
@@ -72,8 +72,8 @@ TEST_P(QuestionsToEachGeneration, DescribeADocumentWithItsVersionsAndItsPlace) {
   const ProcessResult result = Run({"info", server().Uid("D1101")});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.err, "");
-  EXPECT_THAT(result.out, HasSubstr("\ntype: document\nuid: " + server().Uid("D1101") +
-                                    "&file=/fork.lxz\nname: Fork\nnumber: 0000100001\nfile_name: fork.lxz\n"
+  EXPECT_THAT(result.out, HasSubstr("\nkind: document\nuid: " + server().Uid("D1101") +
+                                    "&file=/fork.lxz\ntitle: Fork\nnumber: 0000100001\nname: fork.lxz\n"
                                     "version: A.1\nlatest_version: B.1\nlatest_uid: " +
                                     server().Uid("D1001") +
                                     "&file=/fork.lxz\ncheckout: not-possible\n"
@@ -91,7 +91,7 @@ TEST_P(QuestionsToEachGeneration, DescribeAFolder) {
   const bool details = GetParam() == std::string("schema4") || GetParam() == std::string("schema5");
   const bool versions = GetParam() == std::string("schema5");
   EXPECT_THAT(result.out,
-              HasSubstr("\nexists: yes\ntype: folder\nfolder: //sim/Products/Trekking Bike/Folders/Frame/\n"
+              HasSubstr("\nexists: yes\nkind: folder\npath: //sim/Products/Trekking Bike/Folders/Frame/\n"
                         "writable: yes\nshows_details: " +
                         std::string(details ? "yes" : "no") + "\nshows_versions: " +
                         std::string(versions ? "yes" : "no") + "\ncheckout_supported: yes\n"));
@@ -143,8 +143,9 @@ TEST_F(VtDirect, Gives11ForVersionsWhoseListingFailsAtOnce) {
   Serve({"--fault", "GET *FolderContents*expand=Versions*=500"});
   const ProcessResult result = Run({"versions", server().Uid("D1001")});
   EXPECT_EQ(result.out, "B.1\t" + server().Uid("D1001") + "&file=/fork.lxz\tlatest\n");
-  EXPECT_EQ(result.err,
-            "vtdirect: the listing of korvufenloom-vfs://sim/Products/Trekking Bike/Folders/Frame/ failed\n");
+  EXPECT_THAT(result.err,
+              testing::StartsWith("vtdirect: the listing of korvufenloom-vfs://sim/Products/Trekking "
+                                  "Bike/Folders/Frame/ failed (list the folder: refused, HTTP 500"));
   EXPECT_EQ(result.status, 11);
 }
 

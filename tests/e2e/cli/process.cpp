@@ -2,10 +2,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -105,7 +107,17 @@ bool Process::Running() {
   return !Reap(WNOHANG);
 }
 
+// Returns as soon as the process has ended.
+void Process::AwaitEnd() const {
+  const int end = static_cast<int>(syscall(SYS_pidfd_open, id_, 0));
+  if (end < 0) return;
+  pollfd waiting = {end, POLLIN, 0};
+  static_cast<void>(poll(&waiting, 1, kPatienceMilliseconds));
+  close(end);
+}
+
 ProcessResult Process::Wait() {
+  if (!ended_) AwaitEnd();
   if (!WaitUntil([this] { return Reap(WNOHANG); }, kPatienceMilliseconds)) {
     ADD_FAILURE() << "the process does not end; standard error so far: " << Content(err_);
     kill(id_, SIGKILL);

@@ -40,6 +40,7 @@ class Process {
 
  private:
   [[nodiscard]] bool Reap(int flags);
+  void AwaitEnd() const;
   pid_t id_ = -1;
   int out_ = -1;
   int err_ = -1;

@@ -199,7 +199,10 @@ TEST_F(PutIntoCheckout, TellsOfTheWorkspaceThatStays) {
     words.insert(words.end(), more.begin(), more.end());
     const ProcessResult result = Run(words);
     EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.err, HasSubstr("warning: Failed to delete temporary workspace W"));
+    EXPECT_THAT(
+        result.err,
+        HasSubstr(
+            "warning: the temporary workspace could not be deleted (delete a workspace: refused, HTTP 500"));
   }
 }
 

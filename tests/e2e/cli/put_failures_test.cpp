@@ -218,6 +218,19 @@ TEST_F(PutFailure, ForWantOfRoomForTheCopySaysSo) {
   EXPECT_THAT(Run({"ls", kFrame}).out, Not(HasSubstr("/f\n")));
 }
 
+// What is around the file makes the body longer, so that a copy without its end may be longer than the file.
+TEST_F(PutFailure, ForWantOfRoomForTheEndOfTheBodySendsNoHalfOne) {
+  Serve();
+  fileSizeLimit_ = 100'000;
+  for (const std::size_t room : {0U, 100U, 300U}) {
+    WriteFile(Here("f"), std::string(fileSizeLimit_ - room, 'x'));
+    const ProcessResult result = Run({"put", "f", kFrame});
+    EXPECT_EQ(result.status, 8) << room;
+    EXPECT_THAT(result.err, HasSubstr("nothing was stored")) << room;
+    EXPECT_THAT(server().Log(), Not(HasSubstr("content/upload"))) << room;
+  }
+}
+
 /// Lets a function run all the while that a program does.
 class Meanwhile {
  public:
@@ -306,7 +319,7 @@ TEST_F(PutInterrupted, WhileTheFileIsTakenSaysThatItIsNotKnown) {
 TEST_F(PutInterrupted, WhileTheWorkingCopyIsStoredSaysSoInJsonToo) {
   const std::string err = InterruptAt("POST *W301/store", {"f", kBench + "crank.lxz", "--json"}).err;
   EXPECT_THAT(err,
-              testing::StartsWith("{\"schema\":1,\"command\":\"put\",\"error\":\"interrupted\",\"exit\":130,"
+              testing::StartsWith("{\"schema\":2,\"command\":\"put\",\"error\":\"interrupted\",\"exit\":130,"
                                   "\"message\":\"interrupted; the file was sent, and whether the server has "
                                   "stored it is not known; "));
   EXPECT_THAT(err, testing::EndsWith("}\n"));

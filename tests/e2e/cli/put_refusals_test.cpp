@@ -118,23 +118,6 @@ TEST_F(PutRefusal, OfAnOlderIterationTellsOfTheNewest) {
   EXPECT_THAT(Refuse({"f", kFrame + "frame.lxz|Z.1"}, 6), HasSubstr("leave the version away"));
 }
 
-// The library finds the only document of a name whichever folder it is looked for in.
-TEST_F(PutRefusal, OfADocumentThatStandsElsewhereTellsWhere) {
-  WriteFile(Here("gear.lxz"), "content");
-  for (const char* generation : {"gateway", "schema1", "schema4", "schema5"}) {
-    Serve({"--generation", generation});
-    const std::string gear =
-        "; the document of that name, " + server().Uid("D1003") +
-        "&file=/gear.lxz, stands in korvufenloom-vfs://sim/Products/Trekking Bike/Folders/"
-        "Drivetrain/; nothing was changed; ";
-    EXPECT_THAT(Refuse({"gear.lxz", kFrame}, 6), HasSubstr("not found: " + kFrame + "gear.lxz" + gear));
-    EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/Folders/None/gear.lxz"}, 6), HasSubstr(gear));
-    EXPECT_THAT(
-        Refuse({"f", kFrame + "nachtblau.lxz"}, 6),
-        HasSubstr(", stands in korvufenloom-vfs://sim/Libraries/Materials/Folders/Lacke/; nothing was"));
-  }
-}
-
 // Every way of writing the same place is that place.
 TEST_F(PutRefusal, OfAnotherPlaceIsNoneOfTheSameOne) {
   Serve({"--upload-port", std::to_string(UnusedPort())});

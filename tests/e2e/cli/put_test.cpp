@@ -105,7 +105,7 @@ TEST_F(PutTest, CreatesADocumentByItsName) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.err, "");
   const std::string uid = server().Uid(IdIn(result.out)) + "&file=/other.lxz";
-  EXPECT_EQ(result.out, "{\"schema\":1,\"command\":\"put\",\"address\":\"" + kFrame +
+  EXPECT_EQ(result.out, "{\"schema\":2,\"command\":\"put\",\"address\":\"" + kFrame +
                             "other.lxz\",\"file\":\"local\",\"bytes\":7,\"action\":\"created\",\"uid\":\"" +
                             uid + "\",\"checked_in\":false,\"checkout\":\"none\"}\n");
   EXPECT_EQ(DocumentOf(server(), IdIn(uid)).name, "other.lxz");

@@ -67,6 +67,43 @@ TEST_F(CertifiedServer, AsksTheHelperForThePassphrase) {
   EXPECT_EQ(ReadFile(Home("log")), "protocol=cert\npath=" + locked_ + "\n\n");
 }
 
+/// A server behind a proxy that speaks https, of which it does not know: the addresses that it names are of http.
+class SecuredServer : public VtDirect {
+ protected:
+  void SetUp() override {
+    if (!HaveOpenSsl()) GTEST_SKIP() << "the openssl program, which makes certificates, is missing";
+    Serve();
+    authority_ = MakeCertificate(Home(""), "server", "IP:127.0.0.1");
+    const std::string port = server().authority().substr(server().authority().find(':') + 1);
+    front_ = std::make_unique<TlsFront>(Home(""), "server", std::stoi(port));
+    Serve({"--port", port, "--codebase-url", "http" + front_->Url().substr(5) + "/"});
+  }
+
+  ProcessResult Get(const std::string& rule) {
+    WriteHome(".config/vtdirect/config",
+              "[server secured]\nurl = " + front_->Url() + "/\nca_file = " + authority_ +
+                  (rule.empty() ? "" : "\nhttp_addresses = " + rule) + "\n",
+              0600);
+    return Run({"--connect-timeout", "2", "get", "--force", "//secured/?id=D1001", "-o", "copy"});
+  }
+
+  std::string authority_;
+  std::unique_ptr<TlsFront> front_;
+};
+
+TEST_F(SecuredServer, IsLeftForAnHttpAddressOfItsOnlyWhereTheConfigurationSaysSo) {
+  for (const char* rule : {"", "refuse"}) {
+    const ProcessResult refused = Get(rule);
+    EXPECT_EQ(refused.status, 7) << refused.err;
+    EXPECT_THAT(refused.err, HasSubstr("httpAddresses"));
+    EXPECT_EQ(HereNames().size(), 0u);
+  }
+  const ProcessResult upgraded = Get("upgrade");
+  EXPECT_EQ(upgraded.status, 0) << upgraded.err;
+  EXPECT_EQ(ReadFile(Here("copy")), server().Get(kForkContent));
+  EXPECT_EQ(Get("always").status, 2);
+}
+
 /// The way to the server, with a proxy where nobody listens.
 class ProxiedServer : public VtDirect {
  protected:
@@ -92,7 +129,7 @@ TEST_F(ProxiedServer, HasOneProxyForOneCommand) {
             0600);
   const ProcessResult result = Run({"status", "//here/?id=D1001", "//other/?id=D1001"});
   EXPECT_EQ(result.status, 2);
-  EXPECT_THAT(result.err, HasSubstr("the servers of this command have different proxies or ca_files"));
+  EXPECT_THAT(result.err, HasSubstr("the servers of this command have different proxies, ca_files"));
 }
 
 }  // namespace vtdirect_test

@@ -53,13 +53,17 @@ std::string Exchange(int port, const std::string& request) {
 
 Simulator::Simulator(const std::string& directory, const std::vector<std::string>& options)
     : log_(directory + "/log") {
+  const auto admin = std::find(options.begin(), options.end(), "--admin-port");
+  if (admin != options.end()) adminPort_ = std::stoi(*(admin + 1));
   process_ = std::make_unique<Process>(Words(directory, log_, options), ProcessOptions{});
   const auto ready = [this] {
     const std::string output = process_->OutputSoFar();
     const std::size_t start = output.find(kReady);
     if (start == std::string::npos || output.find('\n', start) == std::string::npos)
       return !process_->Running();
-    url_ = output.substr(start + kReady.size(), output.find('\n', start) - start - kReady.size());
+    // The address of the admin port may follow after a blank.
+    const std::size_t begin = start + kReady.size();
+    url_ = output.substr(begin, output.find_first_of(" \n", begin) - begin);
     return true;
   };
   if (!WaitUntil(ready) || url_.empty()) throw std::runtime_error("vantry-sim: " + process_->Wait().err);
@@ -85,6 +89,13 @@ std::string Simulator::Get(const std::string& target) const {
   const std::size_t head = answer.find("\r\n\r\n");
   if (head == std::string::npos) throw std::runtime_error("no answer to " + target);
   return answer.substr(head + 4);
+}
+
+void Simulator::Control(const std::string& method, const std::string& target) const {
+  const std::string answer = Exchange(
+      adminPort_, method + " " + target + " HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(adminPort_) +
+                      "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+  if (!answer.starts_with("HTTP/1.1 2")) throw std::runtime_error(method + " " + target + ": " + answer);
 }
 
 std::string Simulator::Log() const {

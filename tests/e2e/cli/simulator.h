@@ -26,11 +26,14 @@ class Simulator {
   [[nodiscard]] std::string Uid(const std::string& id) const;
   /// The body that the server answers to a GET, read by nothing of the product.
   [[nodiscard]] std::string Get(const std::string& target) const;
+  /// Asks the port that "--admin-port" has opened. Throws when it doesn't do what it was asked.
+  void Control(const std::string& method, const std::string& target) const;
   /// The targets that were asked for, in order, one a line, as its log has them.
   [[nodiscard]] std::string Log() const;
 
  private:
   std::string log_;
+  int adminPort_ = 0;
   std::string url_;
   std::unique_ptr<Process> process_;
 };

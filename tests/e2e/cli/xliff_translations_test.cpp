@@ -120,7 +120,7 @@ TEST_F(XliffTest, TellsJsonOfAnUpdate) {
   Serve();
   const ProcessResult result = Run({"--json", "xliff", "put", kManual, "chain.xlf", "-l", "en"});
   EXPECT_EQ(result.out,
-            "{\"schema\":1,\"command\":\"xliff put\",\"address\":\"//sim/?id=D1028\",\"uid\":\"" +
+            "{\"schema\":2,\"command\":\"xliff put\",\"address\":\"//sim/?id=D1028\",\"uid\":\"" +
                 server().Uid(LinkOf("D1028")) +
                 "&file=/welding%20manual.xlf\",\"file\":\"chain.xlf\",\"language\":\"en\",\"action\":"
                 "\"updated\"}\n");

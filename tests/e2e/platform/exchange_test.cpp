@@ -64,10 +64,12 @@ TEST_F(Exchange, SendsExactlyTheLinesThatWereGiven) {
   EXPECT_EQ(request.Header("Host"), "127.0.0.1:" + std::to_string(server.port()));
 }
 
-TEST_F(Exchange, AddsNoLinesOfItsOwnToAGet) {
+TEST_F(Exchange, AddsNoLinesToAGetOfAContentButThatItIsWantedAsItIs) {
   ScriptedServer server(AnswerOk);
   FetchFrom(server.Url());
-  EXPECT_THAT(server.requests().at(0).HeaderNames(), ElementsAre("Host", "User-Agent", "X-Zvk-Connected"));
+  EXPECT_THAT(server.requests().at(0).HeaderNames(),
+              ElementsAre("Host", "User-Agent", "X-Zvk-Connected", "Accept-Encoding"));
+  EXPECT_EQ(server.requests().at(0).Header("Accept-Encoding"), "identity");
 }
 
 TEST_F(Exchange, PostsWithALengthAndTheGivenLinesOnly) {
@@ -157,6 +159,30 @@ class UnsizedSource final : public du::http::FileSource {
   std::string text_;
   std::size_t position_ = 0;
 };
+
+// The handle of a connection keeps the lines that it was given last, for as long as they are the same.
+TEST_F(Exchange, GivesEachRequestOfAConnectionItsOwnLines) {
+  ScriptedServer server(AnswerOk);
+  const auto connection = Connect(server.Url());
+  const auto send = [&](Method method, const std::string& headers) {
+    Asking asking;
+    asking.method = method;
+    asking.headers = headers;
+    EXPECT_EQ(Fetch(*connection, asking).status, 200);
+    return server.requests().back();
+  };
+  EXPECT_EQ(send(Method::Get, "A: 1").Header("A"), "1");
+  EXPECT_EQ(send(Method::Get, "A: 1").Header("A"), "1");
+  EXPECT_EQ(send(Method::Get, "A: 2").Header("A"), "2");
+  EXPECT_EQ(send(Method::Get, "A: 2\r\nB: 3").Header("B"), "3");
+  EXPECT_EQ(send(Method::Get, "A: 2").Header("B"), "(none)");
+  EXPECT_EQ(send(Method::Get, "").Header("A"), "(none)");
+  EXPECT_EQ(send(Method::Get, "Accept: application/json").Header("Accept-Encoding"), "gzip, deflate");
+  EXPECT_EQ(send(Method::Get, "Accept: text/plain").Header("Accept-Encoding"), "(none)");
+  EXPECT_EQ(send(Method::Post, "A: 2").Header("Content-Length"), "0");
+  EXPECT_EQ(send(Method::Get, "A: 2").Header("Content-Length"), "(none)");
+  EXPECT_EQ(server.connections(), 1);
+}
 
 TEST_F(Exchange, PostsABodyOfUnknownSizeInChunks) {
   ScriptedServer server(AnswerOk);
@@ -276,12 +302,14 @@ TEST_F(Exchange, ReadsABodyThatTheEndOfTheConnectionCloses) {
   EXPECT_EQ(FetchFrom(server.Url()).body, "to the end");
 }
 
-TEST_F(Exchange, LeavesACodedBodyAsItIs) {
+TEST_F(Exchange, LeavesACodedBodyAsItIsForACallerThatAskedForIt) {
   ScriptedServer server([](Peer& peer, WireRequest&) {
     peer.Answer(200, "\x1F\x8B not unpacked", "Content-Encoding: gzip\r\n");
   });
-  EXPECT_EQ(FetchFrom(server.Url()).body, "\x1F\x8B not unpacked");
-  EXPECT_EQ(server.requests().at(0).Header("Accept-Encoding"), "(none)");
+  Asking asking;
+  asking.headers = "Accept-Encoding: gzip";
+  EXPECT_EQ(FetchFrom(server.Url(), asking).body, "\x1F\x8B not unpacked");
+  EXPECT_EQ(server.requests().at(0).Header("Accept-Encoding"), "gzip");
 }
 
 TEST_F(Exchange, ThrowsABodyAwayThatNobodyWants) {

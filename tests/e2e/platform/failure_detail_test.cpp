@@ -170,8 +170,19 @@ TEST_F(FailureDetails, TellThatAServerOffersNoKnownWayToLogIn) {
 }
 
 TEST_F(FailureDetails, TellByWhatAnAnswerIsPacked) {
-  ExpectOf("HTTP/1.1 200 OK\r\nContent-Encoding: BR\r\nContent-Length: 4\r\n\r\nbrbr", ErrorCode::Done,
-           FailureDetail::CodingUnknown, "The server packs its answer by br, which is not supported here");
+  ExpectOf("HTTP/1.1 200 OK\r\nContent-Encoding: BR\r\nContent-Length: 4\r\n\r\nbrbr",
+           ErrorCode::ProtocolFailure, FailureDetail::CodingUnknown,
+           "The server packs its answer by br, which is not supported here");
+  ExpectOf("HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: 4\r\n\r\ngzip",
+           ErrorCode::ProtocolFailure, FailureDetail::ContentCoded,
+           "The server packs a content that was asked for as it is");
+}
+
+TEST_F(FailureDetails, TellOfAnAnswerWhoseEndNobodyCanTell) {
+  for (const char* lines : {"Content-Length: 4\r\nContent-Length: 5\r\n", "Transfer-Encoding: gzip\r\n"}) {
+    ExpectOf("HTTP/1.1 200 OK\r\n" + std::string(lines) + "\r\nfour", ErrorCode::ProtocolFailure,
+             FailureDetail::AnswerUnclear, "The server's answer does not tell clearly where it ends");
+  }
 }
 
 TEST_F(FailureDetails, TellOfAGatewayThatCannotReachTheServer) {

@@ -183,6 +183,41 @@ TEST_F(Failure, WhateverIsNotHttp) {
   }
 }
 
+// curl takes every line that begins as a status line does for one of an answer, and hands on what follows.
+TEST_F(Failure, WhatFollowsAStatusLineWithoutAStatusReachesNobody) {
+  ScriptedServer server([](Peer& peer, WireRequest&) {
+    peer.Send("HTTP/garbage\r\n\r\nbody");
+    peer.Close();
+  });
+  const Fetched fetched = FetchFrom(server.Url());
+  ExpectFailure(fetched, ErrorCode::ProtocolFailure);
+  EXPECT_EQ(fetched.begun, 0);
+}
+
+// It continues nothing, and curl would join it to what it has kept of the answer before.
+TEST_F(Failure, ContinuationLineRightBehindTheStatusLine) {
+  for (const char* first : {" X: y", "\tX: y"}) {
+    ScriptedServer server([first](Peer& peer, WireRequest& request) {
+      const std::string line = request.target == "/folded" ? first : "X: y";
+      peer.Send("HTTP/1.1 200 OK\r\n" + line + "\r\nContent-Length: 0\r\n\r\n");
+    });
+    const auto connection = Connect(server.Url());
+    EXPECT_EQ(Fetch(*connection).code, ErrorCode::Done);
+    Asking folded;
+    folded.uri = "/folded";
+    ExpectFailure(Fetch(*connection, folded), ErrorCode::ProtocolFailure);
+    EXPECT_EQ(Fetch(*connection).code, ErrorCode::Done);
+  }
+}
+
+TEST_F(Failure, ContinuationLineOfAHeaderLineIsPartOfIt) {
+  ScriptedServer server([](Peer& peer, WireRequest&) {
+    peer.Send("HTTP/1.1 200 OK\r\nX: y\r\n z\r\nContent-Length: 0\r\n\r\n");
+  });
+  const auto connection = Connect(server.Url());
+  for (int exchange = 0; exchange < 2; ++exchange) EXPECT_EQ(Fetch(*connection).code, ErrorCode::Done);
+}
+
 TEST_F(Failure, HeaderWithoutEnd) {
   ScriptedServer server([](Peer& peer, WireRequest&) {
     peer.Send("HTTP/1.1 200 OK\r\n");

@@ -81,7 +81,7 @@ TEST_F(Redirect, CarriesNothingSecretToAnotherOrigin) {
   EXPECT_EQ(FetchFrom(server.Url(), FromStart()).body, "arrived at /elsewhere");
   EXPECT_EQ(server.requests().at(0).Header("Authorization"), "Bearer token-1");
   EXPECT_THAT(other.requests().at(0).HeaderNames(),
-              ElementsAre("Host", "User-Agent", "X-Zvk-Connected", "Accept"));
+              ElementsAre("Host", "User-Agent", "X-Zvk-Connected", "Accept", "Accept-Encoding"));
 }
 
 TEST_F(Redirect, CarriesNothingSecretOnTheWayBackEither) {
@@ -119,7 +119,7 @@ TEST_F(Redirect, OfARequestWithABodyIsReported) {
     asking.body = &body;
     const Fetched fetched = FetchFrom(server.Url(), asking);
     EXPECT_EQ(fetched.status, 307);
-    EXPECT_TRUE(fetched.body == std::string(200'000, 'r'));
+    EXPECT_TRUE(fetched.body == std::string(64 * 1024, 'r'));
     EXPECT_EQ(server.requests().size(), 1u);
   }
 }
@@ -131,7 +131,7 @@ TEST_F(Redirect, ThatLeadsNowhereIsReported) {
     const Fetched fetched = FetchFrom(server.Url(), FromStart());
     EXPECT_EQ(fetched.code, ErrorCode::Done) << location;
     EXPECT_EQ(fetched.status, 302) << location;
-    EXPECT_TRUE(fetched.body == std::string(200'000, 'r')) << location;
+    EXPECT_TRUE(fetched.body == std::string(64 * 1024, 'r')) << location;
     EXPECT_EQ(fetched.begun, 1);
   }
 }
@@ -149,7 +149,7 @@ TEST_F(Redirect, InACircleEndsAtTheLimit) {
   ScriptedServer server(LeadingTo("/start"));
   const Fetched fetched = FetchFrom(server.Url(), FromStart());
   EXPECT_EQ(fetched.status, 302);
-  EXPECT_TRUE(fetched.body == std::string(200'000, 'r'));
+  EXPECT_TRUE(fetched.body == std::string(64 * 1024, 'r'));
   EXPECT_EQ(server.requests().size(), 11u);
 }
 

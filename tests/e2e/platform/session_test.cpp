@@ -154,15 +154,47 @@ TEST_F(Session, IsNotSharedWithAnotherServerOfItsDomain) {
   EXPECT_THAT(Cookies(other), ElementsAre("(none)"));
 }
 
-TEST_F(Session, GoesWhereItsServerRedirectsToAnotherPortOfTheHost) {
-  // Cookies know hosts and no ports: a login may be another port of the host.
+TEST_F(Session, NeverGoesToAnotherPortOfTheHost) {
   ScriptedServer other([](Peer& peer, WireRequest&) { peer.Answer(200, ""); });
   ScriptedServer server([&other](Peer& peer, WireRequest&) {
     peer.Answer(302, "", "Set-Cookie: session=1; Path=/\r\nLocation: " + other.Url() + "/\r\n");
   });
   FetchFrom(server.Url());
+  FetchFrom(server.Url());
   FetchFrom(other.Url());
-  EXPECT_THAT(Cookies(other), ElementsAre("session=1", "(none)"));
+  EXPECT_THAT(Cookies(server), ElementsAre("(none)", "session=1"));
+  EXPECT_THAT(Cookies(other), ElementsAre("(none)", "(none)", "(none)"));
+}
+
+TEST_F(Session, OfAnotherPortOfTheHostNeverComesBack) {
+  ScriptedServer* home = nullptr;
+  ScriptedServer other([&home](Peer& peer, WireRequest&) {
+    peer.Answer(302, "", "Set-Cookie: theirs=1; Path=/\r\nLocation: " + home->Url() + "/back\r\n");
+  });
+  ScriptedServer server([&other](Peer& peer, WireRequest& request) {
+    if (request.target == "/back") return peer.Answer(200, "back");
+    peer.Answer(302, "", "Location: " + other.Url() + "/\r\n");
+  });
+  home = &server;
+  EXPECT_EQ(FetchFrom(server.Url()).body, "back");
+  EXPECT_EQ(FetchFrom(server.Url()).body, "back");
+  EXPECT_THAT(Cookies(server), ElementsAre("(none)", "(none)", "(none)", "(none)"));
+  EXPECT_THAT(Cookies(other), ElementsAre("(none)", "theirs=1"));
+}
+
+TEST_F(Session, OfALoginNeverGoesToAnotherPortOfTheLoginsHost) {
+  ScriptedServer second([](Peer& peer, WireRequest&) { peer.Answer(200, "in"); });
+  ScriptedServer login([&second](Peer& peer, WireRequest&) {
+    peer.Answer(302, "",
+                "Set-Cookie: known=yes; Path=/\r\nSet-Cookie: user=paula; Domain=vantry.localhost; Path=/\r\n"
+                "Location: " +
+                    Named("login", second) + "/\r\n");
+  });
+  ScriptedServer server([&login](Peer& peer, WireRequest&) {
+    peer.Answer(302, "", "Location: " + Named("login", login) + "/\r\n");
+  });
+  EXPECT_EQ(FetchFrom(Named("plm", server)).body, "in");
+  EXPECT_THAT(Cookies(second), ElementsAre("(none)"));
 }
 
 TEST_F(Session, OfADigestLoginCostsOneDemandForEachHandle) {

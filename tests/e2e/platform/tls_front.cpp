@@ -49,7 +49,7 @@ void WaitForEnd(int socket) {
 }  // namespace
 
 TlsFront::TlsFront(const std::string& directory, const std::string& name, int port, const TlsDemand& demand)
-    : context_(SSL_CTX_new(TLS_server_method())), plainPort_(port) {
+    : context_(SSL_CTX_new(TLS_server_method())), plainPort_(port), cuts_(demand.cuts) {
   signal(SIGPIPE, SIG_IGN);  // a client may go while it is written to
   const std::string base = directory + "/" + name;
   if (SSL_CTX_use_certificate_file(context_.get(), (base + ".pem").c_str(), SSL_FILETYPE_PEM) != 1 ||
@@ -115,7 +115,7 @@ void TlsFront::Serve(int socket) {
       Pump(tls, socket, plain);
       close(plain);
     }
-    SSL_shutdown(tls);
+    if (!cuts_) SSL_shutdown(tls);
   } else {
     // A request that is on its way already would turn the end of the connection into a reset, and the reset
     // could overtake the alert.

@@ -14,6 +14,7 @@ namespace vtdirect_test {
 struct TlsDemand {
   std::string clientCertificate;  ///< PEM file; nobody gets in without this certificate. Empty: anybody does
   int highestVersion = 0;         ///< TLS1_2_VERSION for instance; 0: the newest
+  bool cuts = false;              ///< ends its connections without the close of TLS, as a cut line does
 };
 
 /// Speaks TLS on 127.0.0.1 and passes all bytes on to a plain server there, for any number of connections at
@@ -45,6 +46,7 @@ class TlsFront {
 
   std::unique_ptr<SSL_CTX, ContextFreer> context_;
   const int plainPort_;
+  const bool cuts_;
   int port_ = 0;
   int listener_ = -1;
   std::atomic<bool> stopping_{false};

@@ -236,15 +236,20 @@ TEST(FolderContents, NestingBelowTheLimitFailsWithoutExhaustingTheStack) {
   EXPECT_FALSE(Read(nested(1'000'000)).read);
 }
 
-TEST(FolderContents, AHundredMegabytesOfNameAreOneName) {
-  std::string page = R"({"value":[{"ID":"1","CADName":")";
-  page.append(100'000'000, 'n').append(R"("},{"CADName":"b","ID":"2"}]})");
+// As long as a text may be, and longer: what was delivered before stays delivered.
+TEST(FolderContents, ALongNameIsOneNameUpTo16MiB) {
+  constexpr std::size_t longest = 16 * 1024 * 1024;
+  const std::string begin = R"({"value":[{"CADName":"a","ID":"0"},{"ID":"1","CADName":")";
+  const std::string end = R"("},{"CADName":"b","ID":"2"}]})";
   std::vector<std::size_t> lengths;
   FolderContentsHandler handler(false, false, false, [&lengths](const DirEntryInfoExt& entry) {
     lengths.push_back(std::string_view(entry.name).size());
   });
-  EXPECT_TRUE(ReadJson(page, handler));
-  EXPECT_THAT(lengths, ElementsAre(100'000'000U, 1U));
+  EXPECT_TRUE(ReadJson(begin + std::string(longest, 'n') + end, handler));
+  EXPECT_THAT(lengths, ElementsAre(1U, longest, 1U));
+  lengths.clear();
+  EXPECT_FALSE(ReadJson(begin + std::string(100'000'000, 'n') + end, handler));
+  EXPECT_THAT(lengths, ElementsAre(1U));
 }
 
 }  // namespace

@@ -10,19 +10,17 @@ namespace vtdirect_cli {
 namespace {
 
 AddressKind KindOf(const std::string& address) {
-  AddressKind kind{};
-  const auto failure = ClassifyAddress(address, kind);
-  EXPECT_FALSE(failure) << failure->message;
-  return kind;
+  const auto kind = ClassifyAddress(address);
+  EXPECT_TRUE(kind) << address;
+  return kind ? *kind : AddressKind{};
 }
 
 std::string FaultOf(const std::string& address) {
-  AddressKind kind{};
-  const auto failure = ClassifyAddress(address, kind);
-  EXPECT_TRUE(failure) << address;
-  if (!failure) return "";
-  EXPECT_EQ(failure->code, ExitCode::Usage);
-  return failure->message;
+  const auto kind = ClassifyAddress(address);
+  EXPECT_FALSE(kind) << address;
+  if (kind) return "";
+  EXPECT_EQ(kind.failure().code, ExitCode::Usage);
+  return kind.failure().message;
 }
 
 }  // namespace
@@ -51,12 +49,12 @@ TEST(Address, OfAnUnlistedServerTellsHowToListIt) {
   const auto path = RequireListedServer("//plm/x", AddressKind::Path);
   ASSERT_TRUE(path);
   EXPECT_EQ(path->code, ExitCode::ServerNotListed);
-  EXPECT_THAT(path->message, HasSubstr("no server \"plm\" is listed; list it with --server plm=URL"));
+  EXPECT_THAT(path->Text(), HasSubstr("no server \"plm\" is listed; list it with --server plm=URL"));
 
   const auto uid = RequireListedServer("korvufenloom-vt://plm.example/vt/?id=1", AddressKind::Uid);
   ASSERT_TRUE(uid);
   EXPECT_EQ(uid->code, ExitCode::ServerNotListed);
-  EXPECT_THAT(uid->message, HasSubstr("--server NICK=https://plm.example/vt/"));
+  EXPECT_THAT(uid->Text(), HasSubstr("--server NICK=https://plm.example/vt/"));
 }
 
 TEST(Address, OfAListedServerIsFine) {

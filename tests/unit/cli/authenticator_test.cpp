@@ -14,7 +14,8 @@ constexpr const char* kServer = "https://plm.example/vt/";
 
 class AuthenticatorTest : public testing::Test {
  protected:
-  Authenticator Make(const std::vector<std::string>& named = {kServer}) {
+  Authenticator Make(const std::vector<std::string>& named = {kServer}) { return Make(named, named); }
+  Authenticator Make(const std::vector<std::string>& named, const std::vector<std::string>& meant) {
     CredentialSinks sinks;
     sinks.setPassword = [this](const std::string& url, const std::string& user, const std::string& password) {
       set_.push_back(url + " " + user + ":" + password);
@@ -22,7 +23,7 @@ class AuthenticatorTest : public testing::Test {
     sinks.setToken = [this](const std::string& url, const std::string& token) {
       set_.push_back(url + " token " + token);
     };
-    return {sources_, sinks, named};
+    return {sources_, sinks, named, meant};
   }
   void Netrc(const std::string& text) {
     sources_.netrc = [this, text] {
@@ -111,6 +112,33 @@ TEST_F(AuthenticatorTest, StopsAskingWhenTheUserGivesUp) {
   EXPECT_FALSE(authenticator.Answer(kServer));
   EXPECT_FALSE(authenticator.Answer(kServer));
   EXPECT_THAT(asked_, ElementsAre("https://plm.example"));
+}
+
+TEST_F(AuthenticatorTest, KeepsWhatIsMeantForOneServerFromAnotherThatIsListed) {
+  const std::string other = "https://files.example/store";
+  sources_.token = "t";
+  sources_.user = "joe";
+  sources_.password = "e";
+  Authenticator authenticator = Make({kServer, other}, {kServer});
+  EXPECT_FALSE(authenticator.Answer(other));
+  EXPECT_THAT(set_, IsEmpty());
+  EXPECT_THAT(authenticator.refusal(), HasSubstr("login_also_for"));
+  EXPECT_TRUE(authenticator.Answer(kServer));
+  EXPECT_THAT(set_, ElementsAre(std::string(kServer) + " token t"));
+  Authenticator paired = Make({kServer, other}, {kServer, other});
+  EXPECT_TRUE(paired.Answer(other));
+}
+
+TEST_F(AuthenticatorTest, AsksForWhatIsMeantForAnotherServerThatIsListed) {
+  const std::string other = "https://files.example/store";
+  sources_.token = "t";
+  Netrc("machine files.example login f password n");
+  Prompt("p");
+  Authenticator authenticator = Make({kServer, other}, {kServer});
+  EXPECT_TRUE(authenticator.Answer(other));
+  EXPECT_TRUE(authenticator.Answer(other));
+  EXPECT_THAT(set_, ElementsAre(other + " f:n", other + " typed:p"));
+  EXPECT_THAT(asked_, ElementsAre("https://files.example "));
 }
 
 TEST_F(AuthenticatorTest, GivesNothingToAServerThatTheUserHasNotNamed) {

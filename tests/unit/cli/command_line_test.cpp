@@ -101,7 +101,7 @@ TEST(CommandLine, TakesACommandOfTwoWords) {
 
 TEST(CommandLine, WantsACommandOfTheGroup) {
   ASSERT_TRUE(Parse({"xliff"}).failure);
-  EXPECT_EQ(Parse({"xliff"}).failure->message, "xliff takes one of its commands; see vtdirect xliff --help");
+  EXPECT_EQ(Parse({"xliff"}).failure->Text(), "xliff takes one of its commands; see vtdirect xliff --help");
   ExpectUsageFailure({"xliff", "bogus"});
   ExpectUsageFailure({"xliff", "ls"});
   ExpectUsageFailure({"xliff", "put", "//a/x"});
@@ -130,7 +130,34 @@ TEST(CommandLine, NamesUnexpectedWordsInTheirOrder) {
   const CommandLine line = Parse({"get", "a", "b", "c"});
   ASSERT_TRUE(line.failure);
   EXPECT_EQ(line.failure->code, ExitCode::Usage);
-  EXPECT_EQ(line.failure->message, "not expected: b c; see vtdirect --help");
+  EXPECT_EQ(line.failure->Text(), "not expected: b c; see vtdirect --help");
+}
+
+TEST(CommandLine, TellsWhetherAFailureIsWantedAsJson) {
+  for (const std::vector<const char*>& words : std::vector<std::vector<const char*>>{
+           {"--json", "bogus"}, {"get", "--json"}, {"-j"}, {"-qj", "get"}, {"get", "a", "b", "-jq"}}) {
+    const CommandLine line = Parse(words);
+    EXPECT_TRUE(line.failure);
+    EXPECT_TRUE(line.json) << testing::PrintToString(words);
+  }
+  // The value of an option, and a word behind two dashes, are no options.
+  for (const std::vector<const char*>& words :
+       std::vector<std::vector<const char*>>{{"get"}, {"get", "-oj"}, {"get", "a", "b", "--", "--json"}}) {
+    const CommandLine line = Parse(words);
+    EXPECT_TRUE(line.failure);
+    EXPECT_FALSE(line.json) << testing::PrintToString(words);
+  }
+  EXPECT_TRUE(Parse({"ls", "-lj"}).json);
+  EXPECT_FALSE(Parse({"ls", "--", "--json"}).json);
+}
+
+TEST(CommandLine, NamesTheCommandThatIsUsedWrongly) {
+  EXPECT_EQ(Parse({"get"}).named, "get");
+  EXPECT_EQ(Parse({"get", "a", "b"}).named, "get");
+  EXPECT_EQ(Parse({"xliff", "list"}).named, "xliff list");
+  EXPECT_EQ(Parse({"xliff"}).named, "xliff");
+  EXPECT_EQ(Parse({"bogus"}).named, "");
+  EXPECT_EQ(Parse({}).named, "");
 }
 
 }  // namespace vtdirect_cli

@@ -64,8 +64,10 @@ TEST(FetchRecords, BelieveNoRecordThatIsBroken) {
   ASSERT_EQ(records.Keep(file, RecordOf(file)), "");
   const std::string place = directory.File(Sha256OfText(file));
   const std::string text = vtdirect_test::ReadFile(place);
-  for (const std::string& broken : {std::string(), text.substr(0, text.size() - 1), text + "x", "y" + text,
-                                    std::string("vtdirect-fetched 1\n/other\ta\tu\tB.1\t3\tff\n")}) {
+  for (const std::string& broken :
+       {std::string(), text.substr(0, text.size() - 1), text + "x", "y" + text,
+        std::string("vtdirect-fetched 1\n"), std::string("vtdirect-fetched 1\n\n"),
+        std::string("vtdirect-fetched 1\n/other\ta\tu\tB.1\t3\tff\n")}) {
     WriteFile(place, broken);
     EXPECT_FALSE(records.Find(file)) << broken;
   }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <set>
 #include <sstream>
 
@@ -21,7 +22,7 @@ std::string Set(std::string text) {
 }
 
 void ExpectNamed(const OptionRow& row, const std::string& help) {
-  const std::string name = "--" + std::string(row.name);
+  const std::string name = "--" + std::string(row.name.text());
   EXPECT_THAT(help, HasSubstr(name));
   EXPECT_THAT(ManualPage(), HasSubstr(Set(name)));
   EXPECT_THAT(BashCompletion(), HasSubstr(name));
@@ -104,13 +105,43 @@ TEST(Tables, GiveEachMemberOnce) {
   }
 }
 
+// A reader of one command's lines must not have to learn another's.
+TEST(Tables, GiveEachMemberOfTheVocabularyItsOneMeaning) {
+  const std::set<std::string> oneText = {"address", "kind", "name", "title", "folder", "document"};
+  for (const MemberRow& meaning : Vocabulary()) {
+    for (const CommandRow& command : Commands()) {
+      for (const MemberRow& row : command.members) {
+        if (std::string(row.name) != meaning.name) continue;
+        EXPECT_EQ(row.type, meaning.type) << command.name << " " << row.name;
+        if (!oneText.contains(row.name)) continue;
+        EXPECT_STREQ(row.help, meaning.help) << command.name << " " << row.name;
+      }
+    }
+  }
+}
+
 TEST(Tables, GiveEachNameOnce) {
   std::set<std::string> names;
-  for (const OptionRow& row : GlobalOptions()) EXPECT_TRUE(names.insert(row.name).second) << row.name;
+  for (const OptionRow& row : GlobalOptions())
+    EXPECT_TRUE(names.insert(row.name.text()).second) << row.name.text();
   for (const CommandRow& command : Commands()) {
     std::set<std::string> own = names;
-    for (const OptionRow& row : command.options) EXPECT_TRUE(own.insert(row.name).second) << row.name;
+    for (const OptionRow& row : command.options) {
+      EXPECT_TRUE(own.insert(row.name.text()).second) << row.name.text();
+    }
   }
+}
+
+// A name that no row has would be an option that nobody can give.
+TEST(Tables, HaveEveryNameThatCanBeAskedFor) {
+  std::set<std::string> used;
+  for (const OptionRow& row : GlobalOptions()) used.insert(row.name.text());
+  for (const CommandRow& command : Commands()) {
+    for (const OptionRow& row : command.options) used.insert(row.name.text());
+    for (const OperandRow& row : command.operands) used.insert(row.name.text());
+  }
+  std::istringstream words{std::string(argumentNames)};
+  EXPECT_EQ(used, (std::set<std::string>{std::istream_iterator<std::string>(words), {}}));
 }
 
 TEST(ExitCodes, AreTheNumbersThatScriptsRelyOn) {

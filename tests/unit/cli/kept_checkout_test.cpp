@@ -103,10 +103,18 @@ TEST(WorkingCopies, AreToldByTheFormOfTheirUids) {
 
 TEST(WorkingCopies, HaveTheirOwnIdAndTheirWorkspaceInAnyForm) {
   EXPECT_EQ(ByOwnId(Uid("D1|W7|D2|T")), Uid("D2|W7"));
-  EXPECT_EQ(ByOwnId(kServer + "?file=/a&id=D1|W7|D2|T&x=1"), kServer + "?file=/a&id=D2|W7&x=1");
+  EXPECT_EQ(ByOwnId(kServer + "?file=/a%7Cb&id=D1|W7|D2|T&x=1"), kServer + "?id=D2|W7&file=/a%7Cb");
   EXPECT_EQ(ByOwnId(Uid("D2|W3")), Uid("D2|W3"));
   EXPECT_EQ(ByOwnId(Uid("D1")), Uid("D1"));
   EXPECT_EQ(ByOwnId("//plm/fork.lxz"), "//plm/fork.lxz");
+}
+
+TEST(WorkingCopies, HaveADocument) {
+  EXPECT_EQ(ByDocumentId(Uid("D1|W7|D2|T")), Uid("D1"));
+  EXPECT_EQ(ByDocumentId(kServer + "?id=D1|W7|D2|T&file=/gr%C3%BC%20b.lxz"),
+            kServer + "?id=D1&file=/gr%C3%BC%20b.lxz");
+  EXPECT_EQ(ByDocumentId(kServer + "?id=D1|W7|D2|T"), kServer + "?id=D1");
+  EXPECT_EQ(ByDocumentId(Uid("D2|W3")), Uid("D2|W3"));
 }
 
 TEST(Uids, AreTheSameWhenServerAndIdAre) {

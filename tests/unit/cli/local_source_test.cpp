@@ -20,9 +20,9 @@ class LocalSourceTest : public testing::Test {
   LocalSourceTest() { WriteFile(path_, "content"); }
 
   LocalSource Inspected() {
-    LocalSource source;
-    EXPECT_FALSE(InspectSource(path_, source));
-    return source;
+    const auto source = InspectSource(path_);
+    EXPECT_TRUE(source);
+    return source ? *source : LocalSource{};
   }
 
   // The time of the last change, moved where no clock could have set it by chance.
@@ -46,21 +46,21 @@ TEST_F(LocalSourceTest, TellsTheSizeOfAFile) {
 TEST_F(LocalSourceTest, FollowsALink) {
   const std::string link = directory_.File("link");
   ASSERT_EQ(symlink("source", link.c_str()), 0);
-  LocalSource source;
-  EXPECT_FALSE(InspectSource(link, source));
-  EXPECT_EQ(source.size(), 7U);
+  const auto source = InspectSource(link);
+  ASSERT_TRUE(source);
+  EXPECT_EQ(source->size(), 7U);
 }
 
 TEST_F(LocalSourceTest, RefusesWhatIsNoFile) {
-  LocalSource source;
-  const auto missing = InspectSource(directory_.File("none"), source);
-  ASSERT_TRUE(missing);
-  EXPECT_EQ(missing->code, ExitCode::LocalFile);
-  EXPECT_EQ(missing->message, "cannot read " + directory_.File("none") + ": No such file or directory");
-  EXPECT_EQ(InspectSource(directory_.path(), source)->message,
+  const auto missing = InspectSource(directory_.File("none"));
+  ASSERT_FALSE(missing);
+  EXPECT_EQ(missing.failure().code, ExitCode::LocalFile);
+  EXPECT_EQ(missing.failure().message,
+            "cannot read " + directory_.File("none") + ": No such file or directory");
+  EXPECT_EQ(InspectSource(directory_.path()).failure().message,
             "cannot read " + directory_.path() + ": it is a directory");
-  EXPECT_TRUE(InspectSource("", source));
-  EXPECT_EQ(InspectSource("/dev/null", source)->message, "cannot read /dev/null: it is no regular file");
+  EXPECT_FALSE(InspectSource(""));
+  EXPECT_EQ(InspectSource("/dev/null").failure().message, "cannot read /dev/null: it is no regular file");
 }
 
 TEST_F(LocalSourceTest, IsUnchangedWhileNobodyWrites) {

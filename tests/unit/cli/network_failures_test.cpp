@@ -36,23 +36,23 @@ TEST(NetworkFailures, HaveTheAdviceOfThePageThatPeopleRead) {
 
 TEST(NetworkFailures, SayThatNobodyWasReachedOnlyWhenThatIsSo) {
   EXPECT_EQ(
-      UnusableServerText("http://h/", ReasonOf(FailureDetail::PortRefused, "The machine h refuses it")),
+      UnusableServer("http://h/", ReasonOf(FailureDetail::PortRefused, "The machine h refuses it")).Text(),
       "cannot connect to http://h/: the machine h refuses it; look whether the server runs, and whether "
       "its address has the right port");
-  EXPECT_EQ(UnusableServerText("http://h/", ReasonOf(FailureDetail::AnswerStalled, "The server stopped")),
+  EXPECT_EQ(UnusableServer("http://h/", ReasonOf(FailureDetail::AnswerStalled, "The server stopped")).Text(),
             "no usable answer from http://h/: the server stopped; try again later, or with a larger "
             "--stall-timeout");
-  EXPECT_EQ(UnusableServerText("http://h/", std::nullopt), "cannot connect to http://h/");
+  EXPECT_EQ(UnusableServer("http://h/", std::nullopt).Text(), "cannot connect to http://h/");
 }
 
 TEST(NetworkFailures, SayWhatIsKnownWithoutADetail) {
   Reason reason;
   reason.kind = Kind::TimedOut;
-  EXPECT_EQ(UnusableServerText("http://h/", reason),
+  EXPECT_EQ(UnusableServer("http://h/", reason).Text(),
             "no usable answer from http://h/: the server did not answer in time; try again later, or with a "
             "larger --stall-timeout");
   reason.kind = Kind::Unreachable;
-  EXPECT_EQ(UnusableServerText("http://h/", reason), "cannot connect to http://h/");
+  EXPECT_EQ(UnusableServer("http://h/", reason).Text(), "cannot connect to http://h/");
   EXPECT_EQ(NetworkHint(reason), "");
   // Of a platform that is newer than this program.
   reason = ReasonOf(static_cast<FailureDetail>(4711), "The cable is cut");

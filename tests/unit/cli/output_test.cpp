@@ -37,8 +37,16 @@ TEST_F(OutputTest, WritesOneJsonObjectALineInAscii) {
   output_.Row({{"b", true}});
   EXPECT_EQ(
       out_.str(),
-      "{\"schema\":1,\"command\":\"info\",\"name\":\"gr\\u00FC\\u00DF \\\"\\\\\\n\\u001B\\uFFFD\\u009B\","
-      "\"n\":1}\n{\"schema\":1,\"command\":\"info\",\"b\":true}\n");
+      "{\"schema\":2,\"command\":\"info\",\"name\":\"gr\\u00FC\\u00DF \\\"\\\\\\n\\u001B\\uFFFD\\u009B\","
+      "\"n\":1}\n{\"schema\":2,\"command\":\"info\",\"b\":true}\n");
+}
+
+TEST(JsonLine, HoldsNoControlCharacterOfATerminal) {
+  EXPECT_EQ(JsonLine("get", {{"file", std::string("a\x7F"
+                                                  "b\x1B"
+                                                  "c\xC2\x9B"
+                                                  "d")}}),
+            R"({"schema":1,"command":"get","file":"a\u007Fb\u001Bc\u009Bd"})");
 }
 
 TEST_F(OutputTest, ShowsTextsPartedByBlanks) {
@@ -53,7 +61,7 @@ TEST_F(OutputTest, WritesTextsAsAnArray) {
   output_.Row(
       {{"versions", std::vector<std::string>{"A.2", "\xFF"}}, {"version_ids", std::vector<std::string>{}}});
   EXPECT_EQ(out_.str(),
-            "{\"schema\":1,\"command\":\"ls\",\"versions\":[\"A.2\",\"\\uFFFD\"],\"version_ids\":[]}\n");
+            "{\"schema\":2,\"command\":\"ls\",\"versions\":[\"A.2\",\"\\uFFFD\"],\"version_ids\":[]}\n");
 }
 
 TEST_F(OutputTest, ShowsARowInAnotherWayThanJsonDoes) {
@@ -63,7 +71,7 @@ TEST_F(OutputTest, ShowsARowInAnotherWayThanJsonDoes) {
   out_.str("");
   output_.Configure("ls", true, false);
   output_.Row({{"name", std::string("a/")}}, {{"name", std::string("a")}, {"folder", true}});
-  EXPECT_EQ(out_.str(), "{\"schema\":1,\"command\":\"ls\",\"name\":\"a\",\"folder\":true}\n");
+  EXPECT_EQ(out_.str(), "{\"schema\":2,\"command\":\"ls\",\"name\":\"a\",\"folder\":true}\n");
 }
 
 TEST_F(OutputTest, KeepsNotesAndFailuresFromStandardOutput) {
@@ -87,8 +95,46 @@ TEST_F(OutputTest, WritesAFailureAsJsonOnStandardError) {
   static_cast<void>(output_.Fail({ExitCode::DownloadFailed, "broke off"}));
   EXPECT_EQ(out_.str(), "");
   EXPECT_EQ(err_.str(),
-            "{\"schema\":1,\"command\":\"get\",\"error\":\"download-failed\",\"exit\":7,\"message\":\"broke "
-            "off\"}\n");
+            "{\"schema\":2,\"command\":\"get\",\"error\":\"download-failed\",\"exit\":7,\"message\":\"broke "
+            "off\",\"retryable\":true}\n");
+}
+
+TEST_F(OutputTest, WritesTheReasonOfAFailureAsJson) {
+  output_.Configure("checkin", true, false);
+  Reason reason;
+  reason.kind = VtDirectManager::FailureKind::Refused;
+  reason.step = "check in";
+  reason.httpStatus = 503;
+  reason.serverText = "later";
+  reason.mayHaveHappened = true;
+  static_cast<void>(output_.Fail({ExitCode::Failure, "the check-in failed", "look", reason}));
+  EXPECT_EQ(err_.str(),
+            "{\"schema\":2,\"command\":\"checkin\",\"error\":\"lost-answer\",\"exit\":1,"
+            "\"message\":\"the check-in failed; look\",\"retryable\":false,\"advice\":\"look\","
+            "\"kind\":\"refused\",\"step\":\"check in\",\"http_status\":503,\"server_text\":\"later\","
+            "\"may_have_happened\":true}\n");
+}
+
+TEST_F(OutputTest, LeavesOutWhatAServerDidNotTell) {
+  output_.Configure("get", true, false);
+  Reason reason;
+  reason.kind = VtDirectManager::FailureKind::Unreachable;
+  reason.step = "download";
+  static_cast<void>(output_.Fail({ExitCode::CannotConnect, "cannot connect", {}, reason}));
+  EXPECT_EQ(err_.str(),
+            "{\"schema\":2,\"command\":\"get\",\"error\":\"cannot-connect\",\"exit\":3,"
+            "\"message\":\"cannot connect\",\"retryable\":true,\"kind\":\"unreachable\","
+            "\"step\":\"download\",\"may_have_happened\":false}\n");
+}
+
+TEST_F(OutputTest, WritesAWarningAsJsonToo) {
+  output_.Warning("left behind\x1B");
+  output_.Configure("undo", true, true);
+  output_.Warning("left behind\x1B");
+  EXPECT_EQ(out_.str(), "");
+  EXPECT_EQ(err_.str(),
+            "vtdirect: warning: left behind\\x1B\n"
+            "{\"schema\":2,\"command\":\"undo\",\"warning\":\"left behind\\u001B\"}\n");
 }
 
 TEST_F(OutputTest, TellsWhenResultsCouldNotBeWritten) {

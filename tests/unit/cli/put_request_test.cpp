@@ -25,10 +25,9 @@ class PutRequestTest : public testing::Test {
   }
 
   std::string Fault(ExitCode code = ExitCode::Usage) {
-    PutRequest request;
-    const auto failure = ReadPutRequest(arguments_, request);
-    EXPECT_TRUE(failure && failure->code == code);
-    return failure ? failure->message : "";
+    const auto request = ReadPutRequest(arguments_);
+    EXPECT_TRUE(!request && request.failure().code == code);
+    return request ? "" : request.failure().Text();
   }
 
   TemporaryDirectory directory_;
@@ -43,9 +42,9 @@ TEST_F(PutRequestTest, HoldsWhatWasGiven) {
   arguments_.Set("language", {"de"});
   arguments_.Set("checkin", {"true"});
   arguments_.Set("link", {"a=//plm/?id=D1", "b="});
-  PutRequest request;
-  const auto failure = ReadPutRequest(arguments_, request);
-  ASSERT_FALSE(failure) << failure->message;
+  const auto read = ReadPutRequest(arguments_);
+  ASSERT_TRUE(read) << read.failure().message;
+  const PutRequest& request = *read;
   EXPECT_EQ(request.address, "//plm/Products/Bike/Folders/");
   EXPECT_EQ(request.kind, AddressKind::Path);
   EXPECT_EQ(request.type, VtDirectManager::FileTypeFenlet);
@@ -65,9 +64,9 @@ TEST_F(PutRequestTest, KnowsThreeKinds) {
                                    std::pair("general", VtDirectManager::FileTypeGeneral),
                                    std::pair("ugc", VtDirectManager::FileTypeUgc)}) {
     arguments_.Set("kind", {name});
-    PutRequest request;
-    EXPECT_FALSE(ReadPutRequest(arguments_, request));
-    EXPECT_EQ(request.type, type) << name;
+    const auto request = ReadPutRequest(arguments_);
+    ASSERT_TRUE(request) << name;
+    EXPECT_EQ(request->type, type) << name;
   }
   for (const char* name : {"", "Fenlet", "text"}) {
     arguments_.Set("kind", {name});
@@ -77,14 +76,14 @@ TEST_F(PutRequestTest, KnowsThreeKinds) {
 
 TEST_F(PutRequestTest, LetsNothingBeLeftOutOfAKindThatCannotHaveIt) {
   arguments_.Set("kind", {"general"});
-  for (const char* option : {"viewable", "metadata", "language", "link"}) {
+  for (const ArgumentName option :
+       {ArgumentName("viewable"), ArgumentName("metadata"), ArgumentName("language"), ArgumentName("link")}) {
     Arguments arguments = arguments_;
     arguments.Set(option, {"x"});
-    PutRequest request;
-    const auto failure = ReadPutRequest(arguments, request);
-    ASSERT_TRUE(failure) << option;
-    EXPECT_EQ(failure->message,
-              std::string("--") + option + " is for Fenlet documents alone, not for general ones");
+    const auto request = ReadPutRequest(arguments);
+    ASSERT_FALSE(request) << option.text();
+    EXPECT_EQ(request.failure().message,
+              std::string("--") + option.text() + " is for Fenlet documents alone, not for general ones");
   }
 }
 
@@ -101,28 +100,25 @@ TEST_F(PutRequestTest, WantsAListedServer) {
 }
 
 TEST_F(PutRequestTest, PartsALinkWhereAnAddressBegins) {
-  SourceLinks links;
   const std::string uid = "korvufenloom-vt://plm.example/vt/?id=D1&file=/a%3Db";
-  EXPECT_FALSE(AddLink("plain=" + uid, links));
-  EXPECT_FALSE(AddLink("a=b=//plm/Products/Bike/Folders/c=d", links));
-  EXPECT_FALSE(AddLink("gone=", links));
-  EXPECT_FALSE(AddLink("x==", links));
-  EXPECT_FALSE(AddLink("pipe|=//plm/?id=D2", links));
-  EXPECT_THAT(links, ElementsAre(Pair("a=b", "//plm/Products/Bike/Folders/c=d"), Pair("gone", ""),
-                                 Pair("pipe%7c", "//plm/?id=D2"), Pair("plain", uid), Pair("x=", "")));
+  arguments_.Set(
+      "link", {"plain=" + uid, "a=b=//plm/Products/Bike/Folders/c=d", "gone=", "x==", "pipe|=//plm/?id=D2"});
+  const auto request = ReadPutRequest(arguments_);
+  ASSERT_TRUE(request) << request.failure().message;
+  EXPECT_THAT(request->links,
+              ElementsAre(Pair("a=b", "//plm/Products/Bike/Folders/c=d"), Pair("gone", ""),
+                          Pair("pipe%7c", "//plm/?id=D2"), Pair("plain", uid), Pair("x=", "")));
 }
 
 TEST_F(PutRequestTest, RefusesALinkWithoutNameOrAddressOrTwice) {
-  SourceLinks links;
   for (const char* argument : {"", "name", "=", "=//plm/?id=D1", "name=fork.lxz"}) {
-    const auto failure = AddLink(argument, links);
-    ASSERT_TRUE(failure) << argument;
-    EXPECT_THAT(failure->message, HasSubstr("is no link: --link takes NAME=ADDRESS")) << argument;
+    const auto link = ReadLink(argument);
+    ASSERT_FALSE(link) << argument;
+    EXPECT_THAT(link.failure().message, HasSubstr("is no link: --link takes NAME=ADDRESS")) << argument;
   }
-  EXPECT_TRUE(AddLink("name=//other/?id=D1", links));
-  links.clear();
-  EXPECT_FALSE(AddLink("pipe%7C=//plm/?id=D1", links));
-  EXPECT_EQ(AddLink("pipe|=", links)->message, "--link names \"pipe%7c\" twice");
+  EXPECT_FALSE(ReadLink("name=//other/?id=D1"));
+  arguments_.Set("link", {"pipe%7C=//plm/?id=D1", "pipe|="});
+  EXPECT_EQ(Fault(), "--link names \"pipe%7c\" twice");
 }
 
 }  // namespace vtdirect_cli

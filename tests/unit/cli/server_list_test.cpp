@@ -8,28 +8,30 @@ namespace vtdirect_cli {
 namespace {
 
 std::string FaultOf(std::string_view text) {
-  Configuration configuration;
-  const auto failure = ReadConfiguration(text, "f", configuration);
-  if (!failure) return "";
-  EXPECT_EQ(failure->code, ExitCode::Usage);
-  return failure->message;
+  const auto configuration = ReadConfiguration(text, "f");
+  if (configuration) return "";
+  EXPECT_EQ(configuration.failure().code, ExitCode::Usage);
+  return configuration.failure().message;
+}
+
+Configuration Read(std::string_view text) {
+  const auto configuration = ReadConfiguration(text, "f");
+  EXPECT_TRUE(configuration);
+  return configuration ? *configuration : Configuration{};
 }
 
 }  // namespace
 
 TEST(Configuration, ListsServersBelowTheirSection) {
-  Configuration configuration;
-  EXPECT_FALSE(
-      ReadConfiguration("# c\n\n; d\n  [servers] \n plm = https://plm.example/vt \r\n"
-                        "two words=http://h:8080/a=b",
-                        "f", configuration));
+  Configuration configuration = Read(
+      "# c\n\n; d\n  [servers] \n plm = https://plm.example/vt \r\n"
+      "two words=http://h:8080/a=b");
   EXPECT_EQ(configuration.servers,
             (ServerMap{{"plm", "https://plm.example/vt"}, {"two words", "http://h:8080/a=b"}}));
 }
 
 TEST(Configuration, OfNothingListsNothing) {
-  Configuration configuration;
-  EXPECT_FALSE(ReadConfiguration("", "f", configuration));
+  Configuration configuration = Read("");
   EXPECT_TRUE(configuration.servers.empty());
 }
 
@@ -46,13 +48,11 @@ TEST(Configuration, NamesFileAndLineOfAFault) {
 }
 
 TEST(Configuration, SaysMoreOfAServerInASectionOfItsOwn) {
-  Configuration configuration;
-  EXPECT_FALSE(
-      ReadConfiguration("[server plm]\nurl = https://plm.example/vt\nclient_cert=/c.pem\nclient_key = /k\n"
-                        "ca_file=/ca\nproxy=http://proxy:3128\nnegotiate=yes\nmax_time = 90\n"
-                        "credential_helper = /bin/helper --name \"a = b\"\n"
-                        "[servers]\nold = http://old.example/\n[server old]\nproxy = none\n",
-                        "f", configuration));
+  Configuration configuration = Read(
+      "[server plm]\nurl = https://plm.example/vt\nclient_cert=/c.pem\nclient_key = /k\n"
+      "ca_file=/ca\nproxy=http://proxy:3128\nnegotiate=yes\nmax_time = 90\n"
+      "credential_helper = /bin/helper --name \"a = b\"\n"
+      "[servers]\nold = http://old.example/\n[server old]\nproxy = none\n");
   EXPECT_EQ(configuration.servers,
             (ServerMap{{"old", "http://old.example/"}, {"plm", "https://plm.example/vt"}}));
   const ServerSettings plm = SettingsFor(configuration, "https://PLM.example:443/other");
@@ -73,7 +73,7 @@ TEST(Configuration, NamesFileAndLineOfAFaultInAServersSection) {
             "f:4: the nickname \"a\" comes twice");
   EXPECT_EQ(FaultOf("[server a]\nproxi = x"),
             "f:2: unknown setting \"proxi\"; those there are: url, client_cert, client_key, ca_file, proxy, "
-            "credential_helper, negotiate, max_time");
+            "credential_helper, login_also_for, http_addresses, negotiate, max_time");
   EXPECT_EQ(FaultOf("[server a]\nmax_time = 0"), "f:2: max_time takes a number of seconds from 1 to 86400");
   EXPECT_EQ(FaultOf("[server a]\nnegotiate = perhaps"), "f:2: negotiate takes yes or no");
   EXPECT_EQ(FaultOf("[server a]\nca_file ="), "f:2: \"ca_file\" has no value");
@@ -103,11 +103,9 @@ TEST(Configuration, HasNoHostUnderTwoSchemes) {
 }
 
 TEST(Configuration, HasNoTwoSettingsForOneSchemeHostAndPort) {
-  Configuration configuration;
-  ASSERT_FALSE(
-      ReadConfiguration("[server a]\nurl=https://h/a\nproxy=http://p/\n[server b]\nurl=https://h/b\n"
-                        "max_time=3",
-                        "f", configuration));
+  Configuration configuration = Read(
+      "[server a]\nurl=https://h/a\nproxy=http://p/\n[server b]\nurl=https://h/b\n"
+      "max_time=3");
   EXPECT_FALSE(ConfigurationFault(configuration));
   EXPECT_EQ(SettingsFor(configuration, "https://h/b").proxy, "http://p/");
   EXPECT_EQ(SettingsFor(configuration, "https://h/a").maxTime, 3);
@@ -122,12 +120,10 @@ TEST(Configuration, HasNoTwoSettingsForOneSchemeHostAndPort) {
 
 TEST(ServerArgument, TakesNoSettingsAlongToAnotherServer) {
   const std::string text = "[server plm]\nurl=https://plm.example/a\ncredential_helper=helper";
-  Configuration same;
-  ASSERT_FALSE(ReadConfiguration(text, "f", same));
+  Configuration same = Read(text);
   ASSERT_FALSE(AddServerArgument("plm=https://plm.example:443/b", same));
   EXPECT_EQ(SettingsFor(same, "https://plm.example/b").credentialHelper, "helper");
-  Configuration other;
-  ASSERT_FALSE(ReadConfiguration(text, "f", other));
+  Configuration other = Read(text);
   ASSERT_FALSE(AddServerArgument("plm=https://evil.example/a", other));
   EXPECT_EQ(SettingsFor(other, "https://evil.example/a").credentialHelper, "");
 }
@@ -173,19 +169,17 @@ TEST(ConfigurationPath, PrefersAnAbsoluteConfigHome) {
 
 TEST(LoadConfiguration, MissesAFileOnlyWhenItWasNamed) {
   const vtdirect_test::TemporaryDirectory directory;
-  Configuration configuration;
-  EXPECT_FALSE(LoadConfiguration(directory.File("none"), false, configuration));
-  const auto failure = LoadConfiguration(directory.File("none"), true, configuration);
-  ASSERT_TRUE(failure);
-  EXPECT_EQ(failure->code, ExitCode::LocalFile);
+  EXPECT_TRUE(LoadConfiguration(directory.File("none"), false));
+  const auto configuration = LoadConfiguration(directory.File("none"), true);
+  ASSERT_FALSE(configuration);
+  EXPECT_EQ(configuration.failure().code, ExitCode::LocalFile);
 }
 
 TEST(LoadConfiguration, RefusesADirectory) {
   const vtdirect_test::TemporaryDirectory directory;
-  Configuration configuration;
-  const auto failure = LoadConfiguration(directory.path(), false, configuration);
-  ASSERT_TRUE(failure);
-  EXPECT_EQ(failure->code, ExitCode::LocalFile);
+  const auto configuration = LoadConfiguration(directory.path(), false);
+  ASSERT_FALSE(configuration);
+  EXPECT_EQ(configuration.failure().code, ExitCode::LocalFile);
 }
 
 }  // namespace vtdirect_cli

@@ -20,32 +20,16 @@ using vtdirect_test::WriteFile;
 namespace vtdirect_cli {
 namespace {
 
-// No file is expected to be there.
-const std::optional<struct stat> kNothing;
-
 class TargetFile : public testing::Test {
  protected:
   [[nodiscard]] std::string File(const std::string& name) const { return directory_.File(name); }
-  [[nodiscard]] static mode_t ModeOf(const std::string& path) {
-    struct stat facts = {};
-    EXPECT_EQ(stat(path.c_str(), &facts), 0);
-    return facts.st_mode & 07777U;
-  }
-  [[nodiscard]] std::unique_ptr<PendingFile> Pending(const std::string& name,
-                                                     const std::string& content) const {
-    int error = 0;
-    auto pending = PendingFile::Create(File(name), &error);
-    EXPECT_NE(pending, nullptr);
-    WriteFile(pending->path(), content);
-    return pending;
-  }
   vtdirect_test::TemporaryDirectory directory_;
 };
 
 Target Settled(const std::string& option, const std::string& name = "n", bool noClobber = false) {
-  Target target;
-  EXPECT_FALSE(SettleTarget(option, name, noClobber, target));
-  return target;
+  const auto target = SettleTarget(option, name, noClobber);
+  EXPECT_TRUE(target);
+  return target ? *target : Target{};
 }
 
 }  // namespace
@@ -67,6 +51,21 @@ TEST(SafeFileName, LeadsOutOfNoDirectoryAndHidesNowhere) {
 TEST(SafeFileName, HoldsNoControlBytes) {
   EXPECT_EQ(SafeFileName("a\nb\x7F\x1B"), "a%0ab%7f%1b");
   EXPECT_EQ(SafeFileName(std::string("a\0b", 3)), "a%00b");
+}
+
+TEST(SafeFileName, HoldsNothingThatMakesItLookLikeAnother) {
+  EXPECT_EQ(SafeFileName("fork\u202Ezxl.exe"), "fork%e2%80%aezxl.exe");
+  EXPECT_EQ(SafeFileName("\u2066a\u2069\u200F\u061C"), "%e2%81%a6a%e2%81%a9%e2%80%8f%d8%9c");
+  EXPECT_EQ(SafeFileName("a\u2028b\u2029"), "a%e2%80%a8b%e2%80%a9");
+  EXPECT_EQ(SafeFileName("a\xC2\x9Bm\xC2\x85"), "a%c2%9bm%c2%85") << "controls of a terminal in two bytes";
+  EXPECT_EQ(SafeFileName("a\x9Bm"), "a%9bm") << "and in one";
+}
+
+TEST(SafeFileName, KeepsLettersOfEveryLanguageAndOfOlderServers) {
+  for (const char* name :
+       {"Gäbel \u05D0\u05D1.lxz", "\u0641\u0648\u0631\u0643", "フォーク", "\U0001F6B2", "\xE4.lxz"}) {
+    EXPECT_EQ(SafeFileName(name), name);
+  }
 }
 
 TEST_F(TargetFile, IsTheNameInTheCurrentDirectoryWithoutAnOption) {
@@ -91,10 +90,9 @@ TEST_F(TargetFile, StandsInADirectoryThatIsNamed) {
 TEST_F(TargetFile, RefusesADirectoryInItsPlace) {
   ASSERT_EQ(mkdir(File("d").c_str(), 0700), 0);
   ASSERT_EQ(mkdir(File("d/n").c_str(), 0700), 0);
-  Target target;
-  const auto failure = SettleTarget(File("d"), "n", false, target);
-  ASSERT_TRUE(failure);
-  EXPECT_EQ(failure->code, ExitCode::LocalFile);
+  const auto target = SettleTarget(File("d"), "n", false);
+  ASSERT_FALSE(target);
+  EXPECT_EQ(target.failure().code, ExitCode::LocalFile);
 }
 
 TEST_F(TargetFile, IsAWrittenDeviceAndNotAReplacedOne) {
@@ -106,67 +104,13 @@ TEST_F(TargetFile, IsAWrittenDeviceAndNotAReplacedOne) {
 TEST_F(TargetFile, RefusesAnExistingFileOnlyWhenAskedTo) {
   WriteFile(File("f"), "x");
   EXPECT_EQ(Settled(File("f")).path, File("f"));
-  Target target;
-  EXPECT_TRUE(SettleTarget(File("f"), "", true, target));
+  EXPECT_FALSE(SettleTarget(File("f"), "", true));
 }
 
 TEST_F(TargetFile, IsTheFileBehindALink) {
   WriteFile(File("real"), "x");
   ASSERT_EQ(symlink("real", File("link").c_str()), 0);
   EXPECT_EQ(Settled(File("link")).path, File("real"));
-}
-
-TEST_F(TargetFile, StaysAsItWasUntilTheCommit) {
-  WriteFile(File("f"), "old");
-  auto pending = Pending("f", "new");
-  EXPECT_EQ(ReadFile(File("f")), "old");
-  EXPECT_EQ(pending->Commit(nullptr), 0);
-  pending.reset();
-  EXPECT_EQ(ReadFile(File("f")), "new");
-  EXPECT_THAT(directory_.Entries(), ElementsAre("f"));
-}
-
-TEST_F(TargetFile, StaysAsItWasWithoutACommit) {
-  WriteFile(File("f"), "old");
-  Pending("f", "half").reset();
-  EXPECT_EQ(ReadFile(File("f")), "old");
-  EXPECT_THAT(directory_.Entries(), ElementsAre("f"));
-}
-
-TEST_F(TargetFile, IsReadableByItsOwnerAloneWhilePending) {
-  const auto pending = Pending("f", "x");
-  EXPECT_EQ(ModeOf(pending->path()), 0600U);
-}
-
-TEST_F(TargetFile, GetsThePermissionsThatTheUmaskLeaves) {
-  const mode_t before = umask(027);
-  EXPECT_EQ(Pending("f", "x")->Commit(nullptr), 0);
-  EXPECT_EQ(umask(before), 027U);
-  EXPECT_EQ(ModeOf(File("f")), 0640U);
-}
-
-TEST_F(TargetFile, KeepsThePermissionsThatItHad) {
-  WriteFile(File("f"), "old");
-  ASSERT_EQ(chmod(File("f").c_str(), 0604), 0);
-  EXPECT_EQ(Pending("f", "new")->Commit(nullptr), 0);
-  EXPECT_EQ(ModeOf(File("f")), 0604U);
-}
-
-TEST_F(TargetFile, ThatHasComeToBeIsNotReplacedWhenAskedNotTo) {
-  auto pending = Pending("f", "new");
-  WriteFile(File("f"), "other");
-  EXPECT_EQ(pending->Commit(&kNothing), EEXIST);
-  pending.reset();
-  EXPECT_EQ(ReadFile(File("f")), "other");
-  EXPECT_THAT(directory_.Entries(), ElementsAre("f"));
-  EXPECT_EQ(Pending("g", "new")->Commit(&kNothing), 0);
-  EXPECT_EQ(ReadFile(File("g")), "new");
-}
-
-TEST_F(TargetFile, NeedsADirectoryThatIsThere) {
-  int error = 0;
-  EXPECT_EQ(PendingFile::Create(File("none/f"), &error), nullptr);
-  EXPECT_EQ(error, ENOENT);
 }
 
 TEST_F(TargetFile, IsProbedWithoutBeingChanged) {

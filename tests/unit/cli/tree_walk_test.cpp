@@ -158,4 +158,30 @@ TEST_F(TreeWalkTest, ShowsAndDoesNotEnterAFolderWhoseNameCannotStandInAPath) {
   EXPECT_EQ(end.notEnterable, 2U);
 }
 
+TEST_F(TreeWalkTest, TellsWhichFoldersComeNext) {
+  folders_ = {{"//s/", {"c/", "a/", "b/"}},
+              {"//s/a/", {"y/", "x/"}},
+              {"//s/a/x/", {}},
+              {"//s/a/y/", {}},
+              {"//s/b/", {}},
+              {"//s/c/", {}}};
+  std::vector<std::vector<std::string>> told;
+  work_.expect = [&told](std::vector<std::string> paths) { told.push_back(std::move(paths)); };
+  work_.expected = 2;
+  static_cast<void>(Walk());
+  // Before a, x, y, b and c are listed.
+  EXPECT_THAT(told, ElementsAre(ElementsAre("//s/b/", "//s/c/"), ElementsAre("//s/a/y/", "//s/b/"),
+                                ElementsAre("//s/b/", "//s/c/"), ElementsAre("//s/c/"), IsEmpty()));
+}
+
+TEST_F(TreeWalkTest, TellsOfNoFolderThatItDoesNotEnter) {
+  folders_ = {{"//s/", {"a/", "b/", "/"}}, {"//s/a/", {"x/", "y/"}}, {"//s/b/", {}}};
+  bounds_.depth = 2;
+  std::vector<std::vector<std::string>> told;
+  work_.expect = [&told](std::vector<std::string> paths) { told.push_back(std::move(paths)); };
+  work_.expected = 10;
+  static_cast<void>(Walk());
+  EXPECT_THAT(told, ElementsAre(ElementsAre("//s/b/"), IsEmpty()));
+}
+
 }  // namespace vtdirect_cli

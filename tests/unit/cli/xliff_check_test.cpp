@@ -121,6 +121,40 @@ TEST(XliffCheck, TakesVersions20To22) {
   EXPECT_EQ(Check(Version2("2.2", "2.2", " srcLang=\"en\"")), "");
 }
 
+// A file whose source text holds these bytes, in an encoding.
+std::string Encoded(const std::string& encoding, const std::string& bytes, const std::string& quote = "\"") {
+  return "<?xml version=" + quote + "1.0" + quote + " encoding=" + quote + encoding + quote +
+         "?>\n<xliff version=\"1.2\" xmlns=\"" + kOne +
+         "\">\n<file original=\"a\" source-language=\"en\" datatype=\"xml\"><body><trans-unit "
+         "id=\"1\"><source>" +
+         bytes + "</source></trans-unit></body></file>\n</xliff>\n";
+}
+
+TEST(XliffCheck, TakesEveryEncodingThatTheMachineKnows) {
+  EXPECT_EQ(Check(Encoded("windows-1252",
+                          "Gr\xF6\xDF"
+                          "e 5 \x80 \x96 \x93x\x94")),
+            "");
+  EXPECT_EQ(Check(Encoded("Windows-1250", "\x8Aroub", "'")), "");
+  EXPECT_EQ(Check(Encoded("ISO-8859-15", "5 \xA4")), "");
+  EXPECT_EQ(Check(Encoded("KOI8-R", "\xD7\xC9\xCE\xD4")), "");
+  EXPECT_EQ(Check(Encoded("Shift_JIS", "\x83\x74\x83\x48\x81\x5B\x83\x4E \x95\x5C")), "")
+      << "with a byte of \"\\\"";
+  EXPECT_EQ(Check(Encoded("EUC-JP", "\xA5\xD5\x8F\xB0\xA1")), "");
+  EXPECT_EQ(Check(Encoded("GB18030", "\xB2\xE6 \x81\x39\xEF\x30")), "") << "with one of four bytes";
+  EXPECT_EQ(Check(Encoded("Big5", "\xA4\x65")), "");
+  EXPECT_EQ(Check(Encoded("EUC-KR", "\xC6\xF7\xC5\xA9")), "");
+  EXPECT_EQ(Check(Encoded("ISO-2022-JP", "\x1B$B%U%)!<%/\x1B(B")), "");
+}
+
+TEST(XliffCheck, RefusesBytesThatAreNoneOfTheEncoding) {
+  EXPECT_THAT(Check(Encoded("windows-1252", "a\x81z")), HasSubstr("3: "));
+  EXPECT_THAT(Check(Encoded("Shift_JIS", "a\x83")), HasSubstr("3: ")) << "half of a character";
+  const std::string whole = Encoded("EUC-JP", "x");
+  EXPECT_NE(Check(whole + "<!--\xA5"), "") << "at the end of the file";
+  EXPECT_THAT(Check(Encoded("no-such-encoding", "x")), HasSubstr("its encoding can't be read"));
+}
+
 TEST(XliffCheck, TakesTheEncodingsOfXml) {
   EXPECT_EQ(Check("\xEF\xBB\xBF" + Version12(kFile)), "");
   EXPECT_EQ(Check(Utf16("<xliff version='1.2' xmlns='" + std::string(kOne) + "'>" + kFile + "</xliff>")), "");
@@ -292,25 +326,25 @@ TEST(XliffCheck, ReadsAnyAmountOfText) {
 TEST(XliffCheck, TellsAFileThatCanNotBeRead) {
   EXPECT_TRUE(CheckXliff([](char*, std::size_t) { return std::ptrdiff_t{-1}; }, "en"));
   const vtdirect_test::TemporaryDirectory directory;
-  std::optional<XliffFault> fault;
-  const auto missing = CheckXliffFile(directory.File("none"), "en", fault);
-  ASSERT_TRUE(missing);
-  EXPECT_EQ(missing->code, ExitCode::LocalFile);
-  EXPECT_EQ(missing->message, "cannot read " + directory.File("none") + ": No such file or directory");
-  const auto folder = CheckXliffFile(directory.path(), "en", fault);
-  ASSERT_TRUE(folder);
-  EXPECT_EQ(folder->message, "cannot read " + directory.path() + ": Is a directory");
+  const auto missing = CheckXliffFile(directory.File("none"), "en");
+  ASSERT_FALSE(missing);
+  EXPECT_EQ(missing.failure().code, ExitCode::LocalFile);
+  EXPECT_EQ(missing.failure().message,
+            "cannot read " + directory.File("none") + ": No such file or directory");
+  const auto folder = CheckXliffFile(directory.path(), "en");
+  ASSERT_FALSE(folder);
+  EXPECT_EQ(folder.failure().message, "cannot read " + directory.path() + ": Is a directory");
 }
 
 TEST(XliffCheck, ReadsALocalFile) {
   const vtdirect_test::TemporaryDirectory directory;
   vtdirect_test::WriteFile(directory.File("a.xlf"), Version12(kFile));
-  std::optional<XliffFault> fault;
-  EXPECT_FALSE(CheckXliffFile(directory.File("a.xlf"), "en", fault));
-  EXPECT_FALSE(fault);
-  EXPECT_FALSE(CheckXliffFile(directory.File("a.xlf"), "fr", fault));
-  ASSERT_TRUE(fault);
-  EXPECT_EQ(fault->line, 3U);
+  const auto fit = CheckXliffFile(directory.File("a.xlf"), "en");
+  ASSERT_TRUE(fit);
+  EXPECT_FALSE(*fit);
+  const auto other = CheckXliffFile(directory.File("a.xlf"), "fr");
+  ASSERT_TRUE(other && *other);
+  EXPECT_EQ((*other)->line, 3U);
 }
 
 }  // namespace vtdirect_cli

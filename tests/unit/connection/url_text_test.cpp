@@ -9,6 +9,7 @@
 namespace {
 
 using lxservices::cms_interface::vantry::EscapeForUrl;
+using lxservices::cms_interface::vantry::SplitContentUrl;
 using lxservices::cms_interface::vantry::SplitUrlAtPath;
 using Pieces = std::pair<std::string, std::string>;
 
@@ -29,6 +30,19 @@ TEST(UrlText, WithARootPathIsCutBeforeTheSlash) {
 TEST(UrlText, WithoutASchemeIsAllPath) {
   EXPECT_EQ(SplitUrlAtPath("/servlet/odata"), Pieces("", "/servlet/odata"));
   EXPECT_EQ(SplitUrlAtPath("Folders?$skip=2"), Pieces("", "Folders?$skip=2"));
+}
+
+TEST(ContentUrl, IsAskedForWithoutItsFragment) {
+  EXPECT_EQ(SplitContentUrl("http://h/a?x=1#page=2"), Pieces("http://h", "/a?x=1"));
+  EXPECT_EQ(SplitContentUrl("http://h/a#b?c#d"), Pieces("http://h", "/a"));
+  EXPECT_EQ(SplitContentUrl("http://h#b"), Pieces("http://h", ""));
+}
+
+TEST(ContentUrl, IsAskedForWithItsQueryThoughItHasNoPath) {
+  EXPECT_EQ(SplitContentUrl("http://h:81?ticket=1/2"), Pieces("http://h:81", "?ticket=1/2"));
+  EXPECT_EQ(SplitContentUrl("http://h?ticket=1#x"), Pieces("http://h", "?ticket=1"));
+  EXPECT_EQ(SplitContentUrl("http://h/?ticket=1"), Pieces("http://h", "/?ticket=1"));
+  EXPECT_EQ(SplitContentUrl(""), Pieces("", ""));
 }
 
 TEST(UrlText, AValueIsEscapedWhole) {

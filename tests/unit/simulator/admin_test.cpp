@@ -62,6 +62,28 @@ TEST_F(AdminTest, ResetWorksBehindARestart) {
   EXPECT_EQ(Get(kDocument + "D1001").status, 200);
 }
 
+TEST_F(AdminTest, ResetWorksWhereAServerWasKilledBeforeItHadCopiedItsSeed) {
+  Start();
+  simulator_.reset();
+  // As it is between the two steps.
+  std::filesystem::remove(directory_ / "data/seed.db");
+  Database((directory_ / "data/vantry-sim.db").string())
+      .Execute("INSERT INTO facts(key, value) VALUES('seed-to-be-kept', '')");
+  Start();
+  Admin("DELETE", "/documents/D1001");
+  EXPECT_EQ(Admin("POST", "/reset").status, 200);
+  EXPECT_EQ(Get(kDocument + "D1001").status, 200);
+}
+
+TEST_F(AdminTest, StateOfLaterIsNeverKeptAsTheSeed) {
+  Start();
+  Admin("POST", "/reset");
+  Admin("DELETE", "/documents/D1001");
+  Start();
+  EXPECT_EQ(Admin("POST", "/reset").status, 200);
+  EXPECT_EQ(Get(kDocument + "D1001").status, 200);
+}
+
 TEST_F(AdminTest, DirectoryWithoutACopyOfItsSeedSaysSo) {
   Start();
   std::filesystem::remove(directory_ / "data/seed.db");

@@ -106,6 +106,38 @@ TEST_F(ConnectionGateTest, HeadThatTakesTooLongIsRefusedHoweverItTrickles) {
   EXPECT_TRUE(client.ClosedByServer());
 }
 
+TEST_F(ConnectionGateTest, AnswerThatNobodyTakesIsGivenUpInTheEnd) {
+  limits_.answer = std::chrono::milliseconds(200);
+  // More than the system holds for a client that reads nothing.
+  options_.seed.large_bytes = 32 * 1024 * 1024;
+  RawClient client(Serve());
+  client.ReceiveLittle();
+  client.Send("GET /servlet/rest/v1/content/streams/10090/x HTTP/1.1\r\nHost: h\r\n\r\n");
+  RequestFilter given_up;
+  given_up.status = 200;
+  const auto ended = simulator_->history().Wait(given_up, 1, std::chrono::minutes(1));
+  ASSERT_EQ(ended.size(), 1u);
+  EXPECT_LT(ended.front().answer_bytes, options_.seed.large_bytes);
+}
+
+TEST_F(ConnectionGateTest, BodiesForTheAdminPortTakeNoMoreThanTheirPartOfTheMemory) {
+  options_.admin_port = 0;
+  Serve();
+  // Bodies that lack their last byte, so that the memory stays taken: a fourth one is too much for one client.
+  const std::size_t size = 16 * 1024 * 1024;
+  const std::string request =
+      "PUT /tree HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: " + std::to_string(size) + "\r\n\r\n" +
+      std::string(size - 1, ' ');
+  const Clients clients = Connect(servers_->admin_port(), 4, request);
+  int refused = 0;
+  // Whichever comes last, and maybe another one before the room of that is free again.
+  for (int round = 0; round < 600 && refused == 0; ++round) {
+    for (const auto& client : clients) refused += client->Read(25).status == 503 ? 1 : 0;
+  }
+  EXPECT_GE(refused, 1);
+  EXPECT_LT(refused, 4);
+}
+
 TEST_F(ConnectionGateTest, SilentConnectionIsClosedWithoutAWord) {
   limits_.idle = std::chrono::milliseconds(100);
   RawClient client(Serve());

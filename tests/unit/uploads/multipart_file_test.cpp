@@ -95,6 +95,53 @@ TEST_F(MultipartBody, HoldsSeveralLongFilesOneBehindTheOther) {
                                     "\"f2\"; filename=\"second\"\r\n\r\n" + second + line + "--");
 }
 
+// The boundary that a body was written with.
+std::string BoundaryOf(const MultipartFile& body) {
+  const std::string type = body.ContentType();
+  const std::string before = "multipart/form-data; boundary=";
+  EXPECT_TRUE(type.starts_with(before)) << type;
+  return type.substr(before.size());
+}
+
+std::string PartOf(const std::string& boundary, const std::string& name, const std::string& bytes) {
+  return "\r\n--" + boundary +
+         "\r\nContent-Type: application/octet-stream\r\nContent-Disposition: form-data; name=\"" + name +
+         "\"; filename=\"" + name + "\"\r\n\r\n" + bytes;
+}
+
+TEST_F(MultipartBody, KeepsItsBoundaryForAFileThatNamesItWithinALine) {
+  WriteFile(directory.File("f"), "boundary=xxxxxxxxxxxxxxxxxxx-Fenloom-VtDirect-Upload-Boundary\r\n");
+  MultipartFile body(path);
+  body.AddFile(directory.File("f").c_str(), "f");
+  EXPECT_TRUE(body.Finish());
+  EXPECT_EQ(body.ContentType(),
+            "multipart/form-data; boundary=xxxxxxxxxxxxxxxxxxx-Fenloom-VtDirect-Upload-Boundary");
+}
+
+TEST_F(MultipartBody, TakesAnotherBoundaryForAFileThatHoldsIt) {
+  // Once across the end of the buffer, and once as the very first line.
+  std::string late(1024 * 1024 - 20, 'x');
+  late += line + "\r\nContent-Disposition: form-data; name=\"Master_URL\"\r\n\r\nelsewhere" + line + "--";
+  for (const std::string& bytes : {late, line.substr(2), "a" + line}) {
+    const std::string staged = directory.File("staged" + std::to_string(bytes.size()));
+    WriteFile(directory.File("f"), bytes);
+    WriteFile(directory.File("g"), "plain");
+    MultipartFile body(staged);
+    body.BeginField("Master_URL");
+    body.AddText("m");
+    body.AddFile(directory.File("f").c_str(), "f");
+    body.AddFile(directory.File("g").c_str(), "g");
+    EXPECT_TRUE(body.Finish());
+    const std::string boundary = BoundaryOf(body);
+    EXPECT_NE("\r\n--" + boundary, line);
+    EXPECT_EQ(bytes.find(boundary), std::string::npos);
+    EXPECT_TRUE(ReadFile(staged) == "\r\n--" + boundary +
+                                        "\r\nContent-Disposition: form-data; name=\"Master_URL\"\r\n\r\nm" +
+                                        PartOf(boundary, "f", bytes) + PartOf(boundary, "g", "plain") +
+                                        "\r\n--" + boundary + "--");
+  }
+}
+
 TEST_F(MultipartBody, IsNotOpenWhereNoFileCanBeMade) {
   EXPECT_FALSE(MultipartFile(directory.File("missing/body")).IsOpen());
   EXPECT_FALSE(MultipartFile("").IsOpen());

@@ -17,9 +17,9 @@ namespace {
 class WorkFolders : public testing::Test {
  protected:
   void SetUp() override {
-    auto opening = WorkFolder::Create(directory_.path(), "//plm/a/");
-    ASSERT_FALSE(opening.failure) << opening.failure->message;
-    folder_ = std::move(opening.folder);
+    auto created = WorkFolder::Create(directory_.path(), "//plm/a/");
+    ASSERT_TRUE(created) << created.failure().message;
+    folder_ = std::move(*created);
   }
 
   // As a process leaves it that was killed while it brought a file.
@@ -37,9 +37,10 @@ class WorkFolders : public testing::Test {
 TEST_F(WorkFolders, CountAFileThatArrivedAndWasNotKept) {
   Announce("f", "new");
   WriteFile(directory_.File("f"), "new");
-  LocalReading reading = ReadLocalSide(*folder_);
-  ASSERT_TRUE(reading.side.kept.contains("f"));
-  EXPECT_EQ(reading.side.states.at("f"), LocalState::Same);
+  const auto side = ReadLocalSide(*folder_);
+  ASSERT_TRUE(side);
+  ASSERT_TRUE(side->kept.contains("f"));
+  EXPECT_EQ(side->states.at("f"), LocalState::Same);
   EXPECT_TRUE(folder_->store().Files()->empty()) << "looking keeps nothing";
   EXPECT_FALSE(folder_->Lock());
   EXPECT_EQ(folder_->store().Files()->count("f"), 1U);
@@ -52,10 +53,11 @@ TEST_F(WorkFolders, DoNotCountAFileThatNeverArrived) {
   WriteFile(directory_.File("f"), "old");
   Announce("f", "new");
   Announce("g", "new");
-  LocalReading reading = ReadLocalSide(*folder_);
-  EXPECT_EQ(reading.side.kept.at("f").uid, "old uid");
-  EXPECT_EQ(reading.side.states.at("f"), LocalState::Same);
-  EXPECT_FALSE(reading.side.kept.contains("g"));
+  const auto side = ReadLocalSide(*folder_);
+  ASSERT_TRUE(side);
+  EXPECT_EQ(side->kept.at("f").uid, "old uid");
+  EXPECT_EQ(side->states.at("f"), LocalState::Same);
+  EXPECT_FALSE(side->kept.contains("g"));
   EXPECT_FALSE(folder_->Lock());
   EXPECT_TRUE(folder_->store().Announced().empty());
   EXPECT_EQ(folder_->store().Files()->at("f").uid, "old uid");
@@ -67,8 +69,8 @@ TEST_F(WorkFolders, AreClearedOfHalfFilesByWhoeverMayChangeThem) {
   EXPECT_FALSE(folder_->Lock());
   EXPECT_TRUE(std::filesystem::is_empty(folder_->incoming()));
   auto other = WorkFolder::Create(directory_.path(), "//plm/a/");
-  ASSERT_TRUE(other.folder);
-  EXPECT_TRUE(other.folder->Lock()) << "one at a time";
+  ASSERT_TRUE(other);
+  EXPECT_TRUE((*other)->Lock()) << "one at a time";
 }
 
 TEST_F(WorkFolders, AreFoundFromBelow) {

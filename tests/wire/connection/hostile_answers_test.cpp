@@ -147,7 +147,7 @@ TEST_F(HostileAnswers, ANextLinkOfAMegabyteIsFollowed) {
 }
 
 TEST_F(HostileAnswers, ASchemaOfLongNamesAndTextsDoesNoHarm) {
-  const std::string name(megabyte, 'n');
+  const std::string name(200'000, 'n');
   transport.Then(200, "<Schema><EntityType Name=\"" + name + "\"><Property Name=\"" + name +
                           "\"/></EntityType><Annotation Term=\"Core.SchemaVersion\"><String>" +
                           std::string(megabyte, '9') + "</String></Annotation></Schema>");

@@ -253,7 +253,7 @@ TEST_F(BadFiles, BeyondFourGigabytesTellTheirWholeLength) {
   ASSERT_EQ(truncate(hole.c_str(), static_cast<off_t>(beyond32Bits)), 0);
   std::size_t total = 0;
   const RestStream response(MakeRestRequest(connection->http(), du::http::Method::Post, "up", hole.c_str(),
-                                            multipartContentType, nullptr),
+                                            "multipart/form-data", nullptr),
                             [&](std::size_t, std::size_t all) {
                               total = all;
                               return false;

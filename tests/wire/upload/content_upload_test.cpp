@@ -54,6 +54,22 @@ TEST_F(ContentUpload, PostsOneFileToTheTicketsAddressByteForByte) {
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
+TEST_F(ContentUpload, NamesAnotherBoundaryForAFileThatHoldsTheUsualOne) {
+  const std::string usual = "xxxxxxxxxxxxxxxxxxx-Fenloom-VtDirect-Upload-Boundary";
+  const std::string bytes = "ABC\r\n--" + usual + "--\r\nDEF";
+  ThenNonce();
+  transport.Then(200, Ticket(1)).Then(200, Receipts(1));
+  EXPECT_EQ(Upload({MakeLocal("a", bytes)}), Ok);
+  const std::string before = "Content-Type: multipart/form-data; boundary=";
+  const std::string headers = transport.requests().back().headers;
+  ASSERT_TRUE(headers.starts_with(before)) << headers;
+  const std::string boundary = headers.substr(before.size(), headers.find("\r\n") - before.size());
+  EXPECT_NE(boundary, usual);
+  EXPECT_TRUE(SentBody().ends_with("filename=\"a\"\r\n\r\n" + bytes + "\r\n--" + boundary + "--"))
+      << SentBody();
+  EXPECT_TRUE(SentBody().starts_with("\r\n--" + boundary + "\r\n")) << SentBody();
+}
+
 TEST_F(ContentUpload, SendsSeveralFilesInTheOrderOfThePaths) {
   ThenNonce();
   transport.Then(200, Ticket(3)).Then(200, Receipts(3));

@@ -160,6 +160,33 @@ TEST_F(Uploading, ToANewPathCreatesADocument) {
   EXPECT_EQ(lines.back(), uploaded);
 }
 
+// The search finds the document of the name in another folder, and that has no such version. The new one is
+// named without it.
+TEST_F(Uploading, ToAPathWithAVersionThatNoDocumentHasCreatesADocumentBesideItsNamesake) {
+  ThenSchema();
+  transport.Then(404).Then(404).Then(404);
+  transport.Then(200, R"([{"id":"D1","attributes":{"number":"0042"}}])")
+      .Then(200, R"({"id":"D1"})")
+      .Then(200, R"({"id":"D1"})")
+      .Then(200, R"([{"id":"D1","revision":"A","iteration":"1"}])");
+  transport.Then(200, R"({"items":[{"id":"OR:vn.Product:5","attributes":{"name":"Gadget"}}]})")
+      .Then(200, R"({"items":[{"id":"F1","attributes":{"name":"Sub"}}]})");
+  ThenNonce();
+  ThenUpload();
+  transport.Then(201, storedDocument);
+  EXPECT_TRUE(UploadFenlet("//plm/Products/Gadget/Folders/Sub/pump.fnl|-.0"));
+  const std::string objectsLine =
+      Get("servlet/rest/objects?typeId=vn.epm.EPMDocument&$select=number&$filter=CADName eq 'pump.fnl'");
+  EXPECT_EQ(transport.lines(),
+            (Lines{probeLine, Get("servlet/odata/DataAdmin/$metadata"), probeLine,
+                   Get("servlet/odata/CADDocumentMgmt/$metadata"), objectsLine, DocumentLine("D1"),
+                   DocumentLine("D1"), versionsLine, Get("servlet/rest/v1/contexts?type=Product"),
+                   Get("servlet/rest/v1/contexts/OR%3Avn.Product%3A5/folders"), Get(noncePath),
+                   Post(factoryPath), uploadLine, Post(documentsPath)}));
+  EXPECT_THAT(transport.requests().back().body.value_or(""), testing::HasSubstr(R"("cadName":"pump.fnl")"));
+  EXPECT_EQ(statuses, Lines{"0 " + storedUid});
+}
+
 TEST_F(Uploading, OfAKindStoresWhatThatKindHas) {
   ThenPlainDocument();
   ThenIterate();

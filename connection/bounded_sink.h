@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "platform/http.h"
+
+namespace lxservices::cms_interface::vantry {
+
+/// Of no file system the library takes these last bytes for files of its own.
+inline constexpr std::uint64_t leftOfFileSystem = std::uint64_t{64} << 20;
+
+/// Stands before the sink of a temporary file, so that no server can fill a disk with it. A success that is
+/// longer than it may be ends the exchange as a broken answer, one that would take the last of the file
+/// system as a local failure. Of any other answer what goes beyond the bound is dropped.
+class BoundedSink final : public du::http::FileSink {
+ public:
+  /// @param target   must outlive this one
+  /// @param longest  in bytes
+  /// @param path     any file on the file system of the target
+  BoundedSink(du::http::FileSink& target, std::uint64_t longest, std::string path)
+      : target_(target), left_(longest), path_(std::move(path)) {}
+
+  [[nodiscard]] du::http::ErrorCode Begin(int httpStatus,
+                                          std::optional<std::uint64_t> expectedLength) override;
+  [[nodiscard]] du::http::ErrorCode Write(const std::uint8_t* data, std::size_t count) override;
+  [[nodiscard]] du::http::ErrorCode Finish() override { return target_.Finish(); }
+
+ private:
+  [[nodiscard]] bool FileSystemHas(std::size_t count);
+
+  du::http::FileSink& target_;
+  std::uint64_t left_;
+  const std::string path_;
+  std::uint64_t sinceLook_ = 0;
+  bool isSuccess_ = false;
+};
+
+}  // namespace lxservices::cms_interface::vantry

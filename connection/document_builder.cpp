@@ -1,0 +1,29 @@
+#include "connection/document_builder.h"
+
+#include <cstdlib>
+
+namespace lxservices::cms_interface::vantry {
+namespace {
+
+constexpr std::size_t betweenLooks = std::size_t{4} << 20;
+/// Far more than is taken between two looks, in large pieces and in small ones.
+constexpr std::size_t reserve = 4 * betweenLooks;
+
+bool CanBeHad(std::size_t bytes) {
+  void* const memory = std::malloc(bytes);
+  if (memory == nullptr) return false;
+  // Without a use of it, a compiler may leave out both calls.
+  *static_cast<volatile char*>(memory) = 0;
+  std::free(memory);
+  return true;
+}
+
+}  // namespace
+
+bool DocumentBuilder::Look() {
+  nextLook_ = taken_ + betweenLooks;
+  // The stack grows by half in one go, and at the end of a container its values are copied from there.
+  return CanBeHad(taken_ + taken_ / 4 + reserve);
+}
+
+}  // namespace lxservices::cms_interface::vantry

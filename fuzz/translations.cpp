@@ -1,0 +1,25 @@
+#include "fuzz/support/byte_server.h"
+#include "fuzz/support/input.h"
+#include "translation/xliff_queries.h"
+
+using namespace lxservices::cms_interface;
+using namespace lxservices::cms_interface::vantry;
+using vtdirect_fuzz::ByteServer;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view bytes = vtdirect_fuzz::TextOf(data, size);
+  auto operation = vtdirect_fuzz::NewOperation(true);
+  XliffDocumentRef document;
+  {
+    const ByteServer server(bytes);
+    (void)FindSourceXliff(operation, "D1001", document);
+  }
+  {
+    const ByteServer server(bytes);
+    (void)ReadDocumentLanguage(operation, "D1001", document);
+  }
+  const ByteServer server(bytes);
+  std::map<std::string, std::string> translations;
+  (void)ListTranslations(operation, "D1001", document, translations);
+  return 0;
+}

@@ -1,0 +1,90 @@
+#include "hosts/cli/checkouts/copy_search.h"
+
+#include <vector>
+
+#include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/reasons.h"
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr const char* kAgain = "the same command can be given again";
+
+using Copies = std::vector<VtDirectManager::TemporaryCheckout>;
+
+[[nodiscard]] CopySearch Failed(const std::string& what, const std::string& next) {
+  return {{}, {}, Failure{ExitCode::Failure, what + "; nothing was changed", next}};
+}
+
+[[nodiscard]] CopySearch NotFoundOut(Host& host, const std::string& address, const std::string& uid) {
+  const std::string why = WordsOfLastReason();
+  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str())))
+    return {{}, {}, failure};
+  return Failed("you have " + address + " checked out, and its working copy could not be found out" +
+                    (why.empty() ? "" : " (" + why + ")"),
+                kAgain);
+}
+
+[[nodiscard]] CopySearch Several(const std::string& address, const Copies& copies) {
+  std::string names;
+  for (const auto& copy : copies) {
+    names += (names.empty() ? "" : " and ") + (copy.uid.empty() ? copy.workspaceName : copy.uid);
+  }
+  return Failed("there are several working copies of " + address + ", and none is kept here: " + names,
+                "give the UID of the one that is meant");
+}
+
+[[nodiscard]] CopySearch WithoutDocument(const std::string& address, const std::string& uid,
+                                         const std::string& workspaceName) {
+  return Failed("you have " + address + " checked out in the temporary workspace " + workspaceName +
+                    ", and the server does not tell from which document that working copy was taken",
+                CommandToType("browse-url", uid) + " tells where its page is");
+}
+
+// A user who holds a document sees it in each workspace that shows it, and only one of them has the copy.
+[[nodiscard]] CopySearch OnlyShown(const std::string& address, const CopySearch& copy) {
+  return Failed(address +
+                    " is no working copy: the workspace only shows the document, which you have checked "
+                    "out in the temporary workspace " +
+                    copy.workspaceName,
+                "its working copy is " + copy.uid);
+}
+
+[[nodiscard]] bool IsHeldByUser(VtDirectManager::VtCheckoutStatus status) {
+  return status == VtDirectManager::CheckoutByUserUnrecorded ||
+         status == VtDirectManager::CheckoutInWorkspace;
+}
+
+}  // namespace
+
+CopySearch SearchForCopy(Host& host, const std::string& address, const std::string& uid) {
+  ForgetReasons();
+  const auto copies = VtDirectManager::FindTemporaryCheckouts(uid.c_str());
+  if (!copies) return NotFoundOut(host, address, uid);
+  if (copies->empty()) return {};
+  if (copies->size() > 1) return Several(address, *copies);
+  const auto& copy = copies->front();
+  if (copy.uid.empty()) return WithoutDocument(address, uid, copy.workspaceName);
+  return {copy.uid, copy.workspaceName, {}};
+}
+
+CopySearch CopyToGoOnWith(Host& host, const std::string& address, VtDirectManager::VtCheckoutStatus status,
+                          const std::string& uid) {
+  if (IsTemporaryCopy(uid)) return {uid, {}, {}};
+  if (status == VtDirectManager::CheckoutStatusFailed && PresenceOf(uid) == Presence::There) {
+    return Failed("where the checkout of " + address + " stands could not be found out", kAgain);
+  }
+  if (!IsHeldByUser(status)) return {uid, {}, {}};
+  CopySearch found = SearchForCopy(host, address, uid);
+  if (found.failure) return found;
+  if (found.uid.empty()) return {uid, {}, {}};
+  if (HasWorkspace(uid) && !AreSameUid(uid, ByOwnId(found.uid))) return OnlyShown(address, found);
+  host.output().Note("you have " + address + " checked out in the temporary workspace " +
+                     found.workspaceName + ", which is not kept here; its working copy is " + found.uid);
+  return found;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace vtdirect_cli {
+
+/// Every option, as it is written after the two dashes, and every operand, in capital letters; a blank before
+/// and after each.
+inline constexpr std::string_view argumentNames =
+    " ADDRESS DIR FILE PATH URL all anywhere base ca-file cad checkin checkouts client-cert client-key "
+    "config "
+    "connect-timeout depth folder force forget full-paths help json kind language latest link long max-time "
+    "metadata netrc no-clobber no-prompt on output parallel proxy quiet renew server stall-timeout trace "
+    "version "
+    "versioned versions viewable ";
+
+/// Whether an option or an operand is called so.
+[[nodiscard]] constexpr bool IsArgumentName(std::string_view text) {
+  if (text.empty() || text.find(' ') != std::string_view::npos) return false;
+  for (std::size_t at = argumentNames.find(text); at != std::string_view::npos;
+       at = argumentNames.find(text, at + 1)) {
+    if (argumentNames[at - 1] == ' ' && argumentNames[at + text.size()] == ' ') return true;
+  }
+  return false;
+}
+
+/// The name of an option or an operand. A text in the source becomes one if it is in the list above; any other
+/// does not compile. The tables of the commands and the code that reads what was given both use it, so that
+/// an option is never asked for by a name that nobody can type.
+class ArgumentName {
+ public:
+  consteval ArgumentName(const char* text) : text_(text) {
+    if (!IsArgumentName(text)) throw "no option and no operand is called so";
+  }
+
+  /// Lives as long as the process.
+  [[nodiscard]] constexpr const char* text() const { return text_; }
+  friend constexpr bool operator==(ArgumentName one, ArgumentName other) {
+    return std::string_view(one.text_) == other.text_;
+  }
+  friend constexpr bool operator<(ArgumentName one, ArgumentName other) {
+    return std::string_view(one.text_) < other.text_;
+  }
+
+ private:
+  const char* text_;
+};
+
+}  // namespace vtdirect_cli

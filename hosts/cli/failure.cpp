@@ -1,0 +1,86 @@
+#include "hosts/cli/failure.h"
+
+namespace vtdirect_cli {
+namespace {
+
+using VtDirectManager::FailureKind;
+
+constexpr int kLocked = 423;
+constexpr int kTooManyRequests = 429;
+constexpr int kFirstOfServerErrors = 500;
+
+// In the order of the enumeration, from the second of it on.
+constexpr FailureClassRow kRows[] = {
+    {"locked", true, "Somebody else has the document checked out."},
+    {"refused", false, "The server answered and said no."},
+    {"unavailable", true,
+     "The server said that it can't answer now, or its answer broke off. Nothing was changed."},
+    {"conflict", false, "The state of the object does not allow it: checked out already, or there already."},
+    {"lost-answer", false,
+     "A change was sent, and whether it was carried out is not known. To be looked at before it is sent "
+     "again."},
+};
+
+// These tell more by their own names than any answer of the server does.
+[[nodiscard]] bool IsByReason(ExitCode code) {
+  return code == ExitCode::Failure || code == ExitCode::CannotConnect || code == ExitCode::NotFound;
+}
+
+[[nodiscard]] FailureClass ClassOfReason(const Reason& reason) {
+  if (reason.mayHaveHappened) return FailureClass::LostAnswer;
+  switch (reason.kind) {
+    case FailureKind::Conflict:
+      return reason.httpStatus == kLocked ? FailureClass::Locked : FailureClass::Conflict;
+    case FailureKind::TimedOut:
+    case FailureKind::Unreachable:
+    case FailureKind::AnswerBroken:
+      return FailureClass::Unavailable;
+    case FailureKind::Refused:
+      return reason.httpStatus >= kFirstOfServerErrors || reason.httpStatus == kTooManyRequests
+                 ? FailureClass::Unavailable
+                 : FailureClass::Refused;
+    case FailureKind::TooLarge:
+    case FailureKind::CredentialsWanted:
+      return FailureClass::Refused;
+    default:
+      return FailureClass::OfExitCode;
+  }
+}
+
+[[nodiscard]] FailureClass FindClass(const Failure& failure) {
+  if (failure.failureClass != FailureClass::OfExitCode) return failure.failureClass;
+  if (!failure.reason || !IsByReason(failure.code)) return FailureClass::OfExitCode;
+  const FailureClass found = ClassOfReason(*failure.reason);
+  // A server that was not reached has not answered.
+  const bool wasReached = failure.reason->httpStatus != 0;
+  if (failure.code == ExitCode::CannotConnect && found == FailureClass::Unavailable && !wasReached) {
+    return FailureClass::OfExitCode;
+  }
+  return found;
+}
+
+[[nodiscard]] const FailureClassRow& RowOf(FailureClass failureClass) {
+  return kRows[static_cast<std::size_t>(failureClass) - 1];
+}
+
+}  // namespace
+
+std::span<const FailureClassRow> FailureClasses() {
+  return kRows;
+}
+
+const char* ClassOf(const Failure& failure) {
+  const FailureClass found = FindClass(failure);
+  return found == FailureClass::OfExitCode ? NameOf(failure.code) : RowOf(found).name;
+}
+
+bool IsRetryable(const Failure& failure) {
+  if (failure.reason && failure.reason->mayHaveHappened) return false;
+  const FailureClass found = FindClass(failure);
+  if (found != FailureClass::OfExitCode) return RowOf(found).retryable;
+  if (failure.code != ExitCode::DownloadFailed) return failure.code == ExitCode::CannotConnect;
+  // A document without content stays so.
+  return !failure.reason || ClassOfReason(*failure.reason) == FailureClass::Unavailable;
+}
+
+}  // namespace vtdirect_cli

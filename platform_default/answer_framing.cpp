@@ -1,0 +1,54 @@
+#include "platform_default/answer_framing.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+#include "platform_default/characters.h"
+#include "platform_default/header_lines.h"
+
+namespace vtdirect::platform {
+namespace {
+
+std::string_view ValueOf(std::string_view line) {
+  std::string_view value = line.substr(line.find(':') + 1);
+  const std::size_t first = value.find_first_not_of(" \t\r\n");
+  if (first == std::string_view::npos) return {};
+  return value.substr(first, value.find_last_not_of(" \t\r\n") + 1 - first);
+}
+
+bool IsWord(std::string_view value, std::string_view word) {
+  return std::equal(value.begin(), value.end(), word.begin(), word.end(),
+                    [](char left, char right) { return ToAsciiLower(left) == right; });
+}
+
+std::optional<std::uint64_t> LengthFrom(std::string_view digits) {
+  if (digits.empty() || !std::all_of(digits.begin(), digits.end(), IsAsciiDigit)) return std::nullopt;
+  std::int64_t length = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), length);
+  if (error != std::errc()) return std::nullopt;
+  return static_cast<std::uint64_t>(length);
+}
+
+}  // namespace
+
+bool AnswerFraming::Take(std::string_view line) {
+  if (HasHeaderName(line, "Content-Length")) return TakeLength(ValueOf(line));
+  if (HasHeaderName(line, "Transfer-Encoding")) {
+    return IsWord(ValueOf(line), "chunked") && !std::exchange(chunked_, true);
+  }
+  if (HasHeaderName(line, "Content-Encoding")) {
+    const std::string_view coding = ValueOf(line);
+    coded_ = coded_ || (!coding.empty() && !IsWord(coding, "identity"));
+  }
+  return true;
+}
+
+bool AnswerFraming::TakeLength(std::string_view value) {
+  const std::optional<std::uint64_t> length = LengthFrom(value);
+  if (!length || (length_ && *length_ != *length)) return false;
+  length_ = length;
+  return true;
+}
+
+}  // namespace vtdirect::platform

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <cstddef>
+
+namespace vtdirect::platform {
+
+/// Keeps a continuation line out of curl where there is nothing that it could continue: right behind the status
+/// line, where no server may send one. curl 7.88 joins such a line to the last header line of the handle's answer
+/// before, whose memory is free by then, so that any server could write into it.
+///
+/// curl shows a line before it takes it in, and to its trace function alone. There the blank at its start is
+/// overwritten, which makes it a line of its own, and the exchange is ended when it arrives.
+class FoldedStart {
+ public:
+  /// Registers the trace function on the handle, for good. The object must outlive the handle.
+  void Attach(CURL* handle);
+  /// Prepares the next exchange.
+  void Start() { *this = FoldedStart(); }
+  /// True when such a line came.
+  [[nodiscard]] bool Met() const { return met_; }
+
+ private:
+  static int OnTrace(CURL*, curl_infotype type, char* data, std::size_t size, void* self);
+
+  bool behindStatusLine_ = true;  ///< also where there is no status line at all
+  bool met_ = false;
+};
+
+}  // namespace vtdirect::platform

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/e2e/cli/checkout_fixture.h"
+#include "tests/e2e/cli/meddler.h"
+
+namespace vtdirect_test {
+
+/// What happens to one request of a command, or to the program while it waits for the answer.
+enum class Accident { KilledBefore, KilledAfter, Refused, Lost, Cut, Reset, Silent };
+
+/// Lets one request after the other of a command meet with an accident, each time from the same beginning: of
+/// the server, and of what the program has kept.
+class AccidentTest : public CheckoutTest {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  /// Remembers the beginning: to be called once, when all is prepared.
+  void KeepBeginning();
+  /// Goes back to it.
+  void GoBackToBeginning();
+
+  /// Runs a command with each accident of each of its requests, and calls `check` after each. Ends with the
+  /// first failure.
+  void MeetEveryAccident(const std::vector<std::string>& words, const std::function<void()>& check);
+
+  /// Settles what is open. Expects that nothing stays so.
+  void ExpectRecovery();
+  /// The entries of the journal.
+  [[nodiscard]] std::string OpenEntries() const;
+
+  ProcessResult result_;     ///< of the command that met with an accident
+  ProcessResult recovered_;  ///< of `recover` after it
+
+ private:
+  [[nodiscard]] bool RunWithAccident(const std::vector<std::string>& words, int at, Accident accident,
+                                     bool* isWrite);
+  void RemoveWhatKilledProgramsLeave();
+};
+
+}  // namespace vtdirect_test

@@ -1,0 +1,184 @@
+// An answer is whole, or it is a failure.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+#include "tests/e2e/platform/fetching.h"
+#include "tests/e2e/platform/scripted_server.h"
+#include "tests/e2e/platform/tls_front.h"
+#include "tests/e2e/platform/tls_server.h"
+#include "tests/support/temporary_directory.h"
+
+namespace {
+
+using du::http::ErrorCode;
+using vtdirect_test::Asking;
+using vtdirect_test::Fetch;
+using vtdirect_test::Fetched;
+using vtdirect_test::FetchFrom;
+using vtdirect_test::Peer;
+using vtdirect_test::ScriptedServer;
+using vtdirect_test::WireRequest;
+
+class WholeAnswer : public testing::Test {
+ protected:
+  WholeAnswer() { vtdirect_test::UseShortLimits(); }
+
+  /// The answer with these header lines and five bytes, after which the connection closes.
+  static Fetched FetchWith(const std::string& lines, const std::string& body = "bytes") {
+    ScriptedServer server([&](Peer& peer, WireRequest&) {
+      peer.Send("HTTP/1.1 200 OK\r\n" + lines + "\r\n" + body);
+      peer.Close();
+    });
+    return FetchFrom(server.Url());
+  }
+};
+
+TEST_F(WholeAnswer, HasOneLength) {
+  EXPECT_EQ(FetchWith("Content-Length: 5\r\n").code, ErrorCode::Done);
+  EXPECT_EQ(FetchWith("Content-Length: 5\r\ncontent-length:5 \r\n").code, ErrorCode::Done);
+  for (const char* lines :
+       {"Content-Length: 5\r\nContent-Length: 6\r\n", "Content-Length: 3\r\nContent-Length: 5\r\n",
+        "Content-Length: 5, 5\r\n", "Content-Length: 5,6\r\n"}) {
+    const Fetched fetched = FetchWith(lines);
+    EXPECT_EQ(fetched.code, ErrorCode::ProtocolFailure) << lines;
+    EXPECT_EQ(fetched.begun, 0) << lines;
+  }
+}
+
+TEST_F(WholeAnswer, HasALengthThatIsADecimalNumber) {
+  for (const char* length : {"five", "0x5", "+5", "-5", "5.0", "5 5", "", "5;", "9223372036854775808",
+                             "100000000000000000000000"}) {
+    EXPECT_EQ(FetchWith(std::string("Content-Length: ") + length + "\r\n").code, ErrorCode::ProtocolFailure)
+        << length;
+  }
+  EXPECT_EQ(FetchWith("Content-Length: 0005\r\n").body, "bytes");
+}
+
+TEST_F(WholeAnswer, IsChunkedOrNotAndNothingElse) {
+  const std::string chunks = "5\r\nbytes\r\n0\r\n\r\n";
+  EXPECT_EQ(FetchWith("Transfer-Encoding: Chunked\r\n", chunks).body, "bytes");
+  for (const char* coding : {"gzip", "gzip, chunked", "identity", "chunked, chunked", "chunked;q=1", ""}) {
+    EXPECT_EQ(FetchWith(std::string("Transfer-Encoding: ") + coding + "\r\n", chunks).code,
+              ErrorCode::ProtocolFailure)
+        << coding;
+  }
+  EXPECT_EQ(FetchWith("Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked\r\n", chunks).code,
+            ErrorCode::ProtocolFailure);
+}
+
+TEST_F(WholeAnswer, IsJudgedByItsOwnLinesAndNotByThoseOfAnInterimOne) {
+  ScriptedServer server([](Peer& peer, WireRequest&) {
+    peer.Send("HTTP/1.1 103 Early Hints\r\nLink: </a>\r\nContent-Length: 9\r\n\r\n");
+    peer.Answer(200, "bytes");
+  });
+  EXPECT_EQ(FetchFrom(server.Url()).body, "bytes");
+}
+
+class WholeAnswerOverTls : public WholeAnswer {
+ protected:
+  void SetUp() override {
+    if (!vtdirect_test::HaveOpenSsl()) GTEST_SKIP() << "no openssl program";
+    vtdirect_test::Trust(vtdirect_test::MakeCertificate(directory_.path(), "front", "IP:127.0.0.1"));
+  }
+  Fetched FetchThrough(const std::string& answer, bool cuts) const {
+    ScriptedServer server([&answer](Peer& peer, WireRequest&) {
+      peer.Send(answer);
+      peer.Close();
+    });
+    vtdirect_test::TlsDemand demand;
+    demand.cuts = cuts;
+    const vtdirect_test::TlsFront front(directory_.path(), "front", server.port(), demand);
+    return FetchFrom(front.Url());
+  }
+  vtdirect_test::TemporaryDirectory directory_;
+};
+
+TEST_F(WholeAnswerOverTls, WithoutALengthEndsWithTheCloseOfTls) {
+  const std::string answer = "HTTP/1.1 200 OK\r\n\r\nbytes";
+  EXPECT_EQ(FetchThrough(answer, false).body, "bytes");
+  EXPECT_EQ(FetchThrough(answer, true).code, ErrorCode::ProtocolFailure);
+}
+
+TEST_F(WholeAnswerOverTls, WithALengthNeedsNoClose) {
+  EXPECT_EQ(FetchThrough("HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nbytes", true).body, "bytes");
+  EXPECT_EQ(FetchThrough("HTTP/1.1 200 OK\r\nContent-Length: 6\r\n\r\nbytes", true).code,
+            ErrorCode::ProtocolFailure);
+}
+
+class PlainContent : public WholeAnswer {
+ protected:
+  static Fetched FetchCoded(int status, const std::string& coding, const std::string& headers = "") {
+    ScriptedServer server([&](Peer& peer, WireRequest&) {
+      peer.Answer(status, "packed", "Content-Encoding: " + coding + "\r\n");
+    });
+    Asking asking;
+    asking.headers = headers;
+    return FetchFrom(server.Url(), asking);
+  }
+};
+
+TEST_F(PlainContent, IsAskedForAsItIs) {
+  ScriptedServer server([](Peer& peer, WireRequest&) { peer.Answer(200, "bytes"); });
+  FetchFrom(server.Url());
+  EXPECT_EQ(server.requests().at(0).Header("Accept-Encoding"), "identity");
+}
+
+TEST_F(PlainContent, ThatComesCodedAllTheSameIsAFailure) {
+  for (const char* coding : {"gzip", "GZip", "br", "identity, gzip"}) {
+    const Fetched fetched = FetchCoded(200, coding);
+    EXPECT_EQ(fetched.code, ErrorCode::ProtocolFailure) << coding;
+    EXPECT_EQ(fetched.begun, 0) << coding;
+  }
+  EXPECT_EQ(FetchCoded(200, "identity").body, "packed");
+}
+
+TEST_F(PlainContent, ThatIsRefusedKeepsItsStatus) {
+  const Fetched fetched = FetchCoded(404, "gzip");
+  EXPECT_EQ(fetched.code, ErrorCode::Done);
+  EXPECT_EQ(fetched.status, 404);
+}
+
+TEST_F(PlainContent, IsLeftToACallerThatNamesItsCodings) {
+  EXPECT_EQ(FetchCoded(200, "br", "Accept-Encoding: br").body, "packed");
+}
+
+/// What a server sends without being asked.
+class UnaskedAnswer : public WholeAnswer {
+ protected:
+  static constexpr const char* evil = "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nEVIL!";
+
+  /// What the request gets that comes on the same connection as one that was answered with `first` and more.
+  static void Expect(const std::string& first, bool atOnce) {
+    std::atomic<int> asked{0};
+    std::atomic<bool> sent{false};
+    ScriptedServer server([&](Peer& peer, WireRequest& request) {
+      ++asked;
+      if (request.target != "/first") return peer.Answer(200, "right");
+      if (!atOnce) peer.Send(first);
+      peer.Send((atOnce ? first : std::string()) + evil);
+      peer.Send(evil);
+      sent = true;
+    });
+    const auto connection = vtdirect_test::Connect(server.Url());
+    Asking asking;
+    asking.uri = "/first";
+    EXPECT_EQ(Fetch(*connection, asking).code, ErrorCode::Done);
+    EXPECT_TRUE(vtdirect_test::ComesTrue([&sent] { return sent.load(); }));
+    EXPECT_EQ(Fetch(*connection).body, "right");
+    EXPECT_EQ(asked, 2);
+  }
+};
+
+TEST_F(UnaskedAnswer, IsNeverThatOfTheNextRequest) {
+  for (const bool atOnce : {false, true}) {
+    Expect("HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nfirst", atOnce);
+    Expect("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nfirst\r\n0\r\n\r\n", atOnce);
+    Expect("HTTP/1.1 204 No Content\r\n\r\n", atOnce);
+    Expect("HTTP/1.1 304 Not Modified\r\n\r\n", atOnce);
+  }
+}
+
+}  // namespace

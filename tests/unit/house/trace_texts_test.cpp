@@ -1,0 +1,81 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+// A trace tells people what happened. The command line decides and reports by reasons, so it needs no trace
+// text, and none that is worded anew can change what it does.
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path root = VTDIRECT_SOURCE_DIRECTORY;
+
+std::vector<fs::path> SourcesBelow(const std::string& folder) {
+  std::vector<fs::path> files;
+  for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
+    const auto extension = entry.path().extension();
+    if (extension == ".cpp" || extension == ".h") files.push_back(entry.path());
+  }
+  return files;
+}
+
+std::string ReadWhole(const fs::path& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// How the texts begin that the library and its platform trace, up to the first value in them.
+std::set<std::string> BeginningsOfTraces() {
+  const std::regex traced(R"re(TraceType::\w+,\s*"([^"%\\]{8,}))re");
+  std::set<std::string> beginnings;
+  for (const char* folder : {"base", "connection", "documents", "browsing", "translation", "server", "public",
+                             "platform_default"}) {
+    for (const fs::path& file : SourcesBelow(folder)) {
+      const std::string text = ReadWhole(file);
+      for (std::sregex_iterator hit(text.begin(), text.end(), traced), end; hit != end; ++hit) {
+        beginnings.insert((*hit)[1]);
+      }
+    }
+  }
+  return beginnings;
+}
+
+TEST(TracesOfTheCommandLine, AreTakenByTheLogAlone) {
+  for (const fs::path& file : SourcesBelow("hosts/cli")) {
+    if (file.filename() == "trace_log.cpp") continue;
+    const std::string text = ReadWhole(file);
+    for (const char* word : {"platform/trace.h", "SetTraceHandler", "dp::Trace"}) {
+      EXPECT_EQ(text.find(word), std::string::npos) << file << " reads traces: " << word;
+    }
+  }
+}
+
+// What is shown is what comes in; nothing is kept of it that could be asked for.
+TEST(TracesOfTheCommandLine, GiveNothingBack) {
+  const std::string header = ReadWhole(root / "hosts/cli/trace_log.h");
+  const std::regex function(R"((\w+)\([^)]*\);)");
+  std::set<std::string> functions;
+  for (std::sregex_iterator hit(header.begin(), header.end(), function), end; hit != end; ++hit) {
+    functions.insert((*hit)[1]);
+  }
+  EXPECT_EQ(functions, (std::set<std::string>{"StartTraceLog", "TraceLevelsFault"}));
+}
+
+TEST(TracesOfTheCommandLine, HaveNoTextThatItKnows) {
+  const std::set<std::string> beginnings = BeginningsOfTraces();
+  EXPECT_GT(beginnings.size(), 50U);
+  for (const fs::path& file : SourcesBelow("hosts/cli")) {
+    const std::string text = ReadWhole(file);
+    for (const std::string& beginning : beginnings) {
+      EXPECT_EQ(text.find(beginning), std::string::npos) << file << " holds \"" << beginning << "\"";
+    }
+  }
+}
+
+}  // namespace
