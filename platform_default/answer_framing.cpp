@@ -22,6 +22,21 @@ bool IsWord(std::string_view value, std::string_view word) {
                     [](char left, char right) { return ToAsciiLower(left) == right; });
 }
 
+/// Whether a list names one of the codings that the world knows. Some servers name a character set there.
+bool NamesCoding(std::string_view list) {
+  constexpr std::string_view codings[] = {"gzip",       "x-gzip", "deflate", "br", "compress",
+                                          "x-compress", "zstd",   "dcb",     "dcz"};
+  while (!list.empty()) {
+    const std::size_t end = std::min(list.find(','), list.size());
+    const std::string_view one = ValueOf(list.substr(0, end));
+    for (const std::string_view coding : codings) {
+      if (IsWord(one, coding)) return true;
+    }
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return false;
+}
+
 std::optional<std::uint64_t> LengthFrom(std::string_view digits) {
   if (digits.empty() || !std::all_of(digits.begin(), digits.end(), IsAsciiDigit)) return std::nullopt;
   std::int64_t length = 0;
@@ -38,8 +53,7 @@ bool AnswerFraming::Take(std::string_view line) {
     return IsWord(ValueOf(line), "chunked") && !std::exchange(chunked_, true);
   }
   if (HasHeaderName(line, "Content-Encoding")) {
-    const std::string_view coding = ValueOf(line);
-    coded_ = coded_ || (!coding.empty() && !IsWord(coding, "identity"));
+    coded_ = coded_ || NamesCoding(ValueOf(line));
   }
   return true;
 }
