@@ -35,7 +35,7 @@ const char* OrEmpty(const char* text) {
 }
 
 /// The bytes of a content are a user's file, and of those of another kind nobody says how to read them.
-bool AsksForContent(const std::vector<std::string>& lines) {
+bool AsksForContent(const std::vector<std::string_view>& lines) {
   return !ContainsHeader(lines, "Accept-Encoding") && !AcceptsJsonOrXml(lines);
 }
 
