@@ -78,11 +78,12 @@ class Sending {
     const int status = VtDirectManager::GetStatus(file_.uid.c_str(), current, newest, nullptr);
     if (status == 0) return std::nullopt;
     if (Interrupted()) return InterruptedFailure();
+    const auto reason = LastReason();
     Undo();
     if (status > 0) return ConflictOf(file_.path, file_.version, newest);
     return Failure{ExitCode::CannotConnect,
                    Named("was not sent: whether its document has a newer version could not be found out"),
-                   "the same command can be given again", LastReason()};
+                   "the same command can be given again", reason};
   }
 
   void Undo() {

@@ -95,7 +95,9 @@ TEST_F(CloneCommand, LogsInOnManyThreads) {
 TEST_F(CloneCommand, TellsEachFileToAProgram) {
   Serve();
   const ProcessResult result = Run({"clone", framePath, "--json"});
-  EXPECT_THAT(result.out, HasSubstr("\"command\":\"clone\",\"action\":\"fetched\",\"path\":\"fork.lxz\""));
+  EXPECT_THAT(result.out,
+              HasSubstr("\"command\":\"clone\",\"action\":\"fetched\",\"file\":\"fork.lxz\",\"path\":\"" +
+                        std::string(kForkPath) + "\""));
   EXPECT_THAT(result.out, HasSubstr("\"uid\":\"" + server().Uid("D1001") + "&file=/fork.lxz\""));
 }
 

@@ -29,7 +29,8 @@ void WorkFolderTest::StoreElsewhere(const std::string& bytes) {
 }
 
 std::string WorkFolderTest::ForkOnServer() {
-  return RunElsewhere({"get", kForkPath, "-o", "-"}).out;
+  // What others see, whatever was stored in a working copy.
+  return RunElsewhere({"get", kForkPath, "--base", "-o", "-"}).out;
 }
 
 }  // namespace vtdirect_test
