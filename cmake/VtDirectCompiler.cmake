@@ -1,5 +1,5 @@
-# What every target of this tree is compiled with, and nothing of a project that has this one in its tree. Dependencies come in as system headers, so the warnings
-# below speak of our own code only.
+# What every target of this tree is compiled with, and nothing of a project that has this one in its tree. Dependencies
+# come in as system headers, so the warnings below speak of our own code only.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -47,3 +47,15 @@ if(VTDIRECT_SANITIZE)
   endif()
   add_link_options(-fsanitize=${VTDIRECT_SANITIZE})
 endif()
+
+# vtdirect_precompile(TARGET HEADER...): reads headers of libraries once for the whole target, which halves the time of
+# its compilation. Not in the plain build: there a file that forgot an include must fail, and the packages that the tests
+# make share its objects by the compiler cache, which a precompiled header of another directory would keep from it.
+function(vtdirect_precompile target)
+  if(VTDIRECT_PRECOMPILED_HEADERS)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>) # for the compiler cache
+  endif()
+endfunction()
+set(vtdirect_common_headers <algorithm> <chrono> <filesystem> <functional> <map> <memory> <mutex> <optional> <string>
+                            <string_view> <thread> <vector>)

@@ -22,6 +22,7 @@ target_include_directories(vtdirect_headers INTERFACE ${PROJECT_SOURCE_DIR})
 add_library(vtdirect_objects OBJECT)
 target_link_libraries(vtdirect_objects PUBLIC vtdirect_headers vtdirect_rapidjson vtdirect_boost_json EXPAT::EXPAT
                                        PRIVATE vtdirect_warnings)
+vtdirect_precompile(vtdirect_objects ${vtdirect_common_headers} <rapidjson/document.h>)
 add_subdirectory(base)
 add_subdirectory(connection)
 add_subdirectory(documents)
@@ -46,6 +47,7 @@ if(VTDIRECT_PLATFORM STREQUAL "default")
   add_library(vtdirect_platform_rest OBJECT)
   target_link_libraries(vtdirect_platform_rest PUBLIC vtdirect_headers vtdirect_rapidjson
                                                PRIVATE vtdirect_warnings)
+  vtdirect_precompile(vtdirect_platform_transport ${vtdirect_common_headers} <curl/curl.h>)
   add_subdirectory(platform_default)
 
   add_library(vtdirect_platform)

@@ -9,9 +9,9 @@ using vtdirect_fuzz::Require;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const auto lines = SplitHeaderLines(vtdirect_fuzz::TextOf(data, size));
   if (!lines) return 0;
-  for (const std::string& line : *lines) {
-    Require(line.find_first_of(std::string_view("\r\n\0", 3)) == std::string::npos);
-    Require(line.find(':') != std::string::npos && line.find(':') > 0);
+  for (const std::string_view line : *lines) {
+    Require(line.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos);
+    Require(line.find(':') != std::string_view::npos && line.find(':') > 0);
     Require(!HasHeaderName(line, "content-length") && !HasHeaderName(line, "HOST"));
   }
   (void)AcceptsJsonOrXml(*lines);

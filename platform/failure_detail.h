@@ -67,7 +67,7 @@ enum class FailureDetail : std::int32_t {
 
 /// A detail with its sentence.
 struct FailureReport {
-  FailureDetail detail = FailureDetail::Unknown;
+  FailureDetail detail = FailureDetail::Unknown;  ///< Unknown: no more than the error code says
   /// One English sentence without a full stop: "The name plm.example is not known". It may name hosts, ports,
   /// local files and what a server says of itself, and holds no secret. Empty with Unknown.
   std::string text;

@@ -66,7 +66,7 @@ linked_headings() {
 copy_pages() {
   local to=$1 page name
   mkdir -p "$to/docs/decisions" "$to/simulator"
-  for page in README.md CHANGELOG.md CONTRIBUTING.md simulator/README.md docs/*.md docs/decisions/*.md; do
+  for page in README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md simulator/README.md docs/*.md docs/decisions/*.md; do
     name=$page
     # Two pages of one name would both be the first one.
     [ "$page" != simulator/README.md ] || name=simulator/vantry-sim.md

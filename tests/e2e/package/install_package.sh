@@ -1,8 +1,9 @@
 #!/bin/bash
-# install_package.sh KIND SOURCE WORK BUILD_TYPE: builds one kind of the package in WORK and installs it into
-# WORK/prefix.
+# install_package.sh KIND SOURCE WORK FLAGS...: builds one kind of the package in WORK, by CMake with these flags, and
+# installs it into WORK/prefix.
 set -euo pipefail
-kind=$1 source=$2 work=$3 build_type=$4
+kind=$1 source=$2 work=$3
+shift 3
 
 options=(-DBUILD_SHARED_LIBS=OFF -DVTDIRECT_PLATFORM=default)
 case $kind in
@@ -15,7 +16,7 @@ esac
 # What an earlier run installed must not answer for what this one forgets to install.
 rm -rf "$work/prefix" "$work/hosts"
 mkdir -p "$work/hosts"
-cmake -S "$source" -B "$work" -G Ninja -DCMAKE_BUILD_TYPE="$build_type" "${options[@]}" \
+cmake -S "$source" -B "$work" -G Ninja "$@" "${options[@]}" \
   -DVTDIRECT_BUILD_PROGRAMS=OFF -DVTDIRECT_BUILD_TESTS=OFF -DVTDIRECT_BUILD_BENCHMARKS=OFF \
   -DVTDIRECT_WARNINGS_AS_ERRORS=ON \
   -DCMAKE_INSTALL_PREFIX="$work/prefix" -DCMAKE_INSTALL_LIBDIR=lib

@@ -1,11 +1,13 @@
 #!/bin/bash
-# subproject_host.sh WAY SOURCE WORK HOST BUILD_TYPE: a host has the library in its own tree, by add_subdirectory or
-# FetchContent. The library alone is built, the host's project stays as it was, and the host reads a document's UID.
+# subproject_host.sh WAY SOURCE WORK HOST FLAGS...: a host that CMake configures with these flags has the library in its
+# own tree, by add_subdirectory or FetchContent. The library alone is built, the host's project stays as it was, and the
+# host reads a document's UID.
 source "$(dirname "$0")/check_host.bash"
-way=$1 source=$2 work=$3 host=$4 build_type=$5
+way=$1 source=$2 work=$3 host=$4
+shift 4
 
 rm -rf "$work"
-configure=(cmake -S "$host" -B "$work" -G Ninja -DCMAKE_BUILD_TYPE="$build_type" -DWAY="$way"
+configure=(cmake -S "$host" -B "$work" -G Ninja "$@" -DWAY="$way"
   -DVTDIRECT_SOURCE="$source" -DVTDIRECT_WARNINGS_AS_ERRORS=ON)
 # The library brings no compiler launcher to a parent that chose none, and takes the one that a parent chose.
 "${configure[@]}"

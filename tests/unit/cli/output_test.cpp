@@ -46,7 +46,7 @@ TEST(JsonLine, HoldsNoControlCharacterOfATerminal) {
                                                   "b\x1B"
                                                   "c\xC2\x9B"
                                                   "d")}}),
-            R"({"schema":1,"command":"get","file":"a\u007Fb\u001Bc\u009Bd"})");
+            R"({"schema":2,"command":"get","file":"a\u007Fb\u001Bc\u009Bd"})");
 }
 
 TEST_F(OutputTest, ShowsTextsPartedByBlanks) {

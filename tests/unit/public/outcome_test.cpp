@@ -38,7 +38,7 @@ TEST(Outcome, IsEmptyAtFirst) {
 TEST(Outcome, GivesEveryMemberOfAnEntry) {
   const Outcome outcome;
   inside::ReportFailure(
-      {inside::FailureKind::Conflict, "check out", 409, 7, "taken", "https://h/x", true, true});
+      {inside::FailureKind::Conflict, "check out", 409, 7, "taken", "https://h/x", true, true, false, 0, {}});
   const auto entries = outcome.Entries();
   ASSERT_EQ(entries.size(), 1u);
   EXPECT_EQ(entries[0].kind, FailureKind::Conflict);
