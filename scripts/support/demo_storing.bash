@@ -24,6 +24,13 @@ refused() {
   [ "$code" -ne 0 ] || fail "this should have been refused"
 }
 
+# name_uploads PORT: lists the server, and the port of its own on which it takes the bytes of documents. A login of the
+# environment goes there only when the configuration says that it is the same one.
+name_uploads() {
+  printf '[servers]\nplm = %s\nuploads = http://127.0.0.1:%s/\n\n[server plm]\nlogin_also_for = uploads\n' \
+    "$server_url" "$1" >"$work/vtdirect/config"
+}
+
 # same_content USER ADDRESS FILE: what the server has there must be that file.
 same_content() {
   rm -f "$work/fetched"
@@ -88,8 +95,7 @@ show_storing() {
   uploads=$(free_port)
   start_server "$work/server-life" "$root/build/release/simulator/vantry-sim" --port 0 --data "$data" \
     --user anna:anna --user bruno:bruno --upload-port "$uploads"
-  # It takes the bytes of documents on a port of its own. Passwords go only to servers that are listed.
-  printf '[servers]\nplm = %s\nuploads = http://127.0.0.1:%s/\n' "$server_url" "$uploads" >"$work/vtdirect/config"
+  name_uploads "$uploads"
   run servers
 
   next "Anna creates a document in the folder of frames."

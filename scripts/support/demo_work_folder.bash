@@ -19,7 +19,7 @@ show_work_folder() {
   uploads=$(free_port)
   start_server "$work/server-folders" "$root/build/release/simulator/vantry-sim" --port 0 --data "$work/data-folders" \
     --user anna:anna --user bruno:bruno --upload-port "$uploads"
-  printf '[servers]\nplm = %s\nuploads = http://127.0.0.1:%s/\n' "$server_url" "$uploads" >"$work/vtdirect/config"
+  name_uploads "$uploads"
   as anna clone "$manuals" "$anna"
   as bruno clone "$manuals" "$bruno"
   cmp "$anna/$manual" "$bruno/$manual" || fail "the two work folders differ"
