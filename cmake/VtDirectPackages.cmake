@@ -70,6 +70,15 @@ if(VTDIRECT_BUILD_PROGRAMS)
 The command line vtdirect, which browses, fetches and stores documents."
     DEPENDS "${library} (= ${packageVersion})")
 
+  # Apart, so that only who mounts needs libfuse.
+  if(VTDIRECT_BUILD_MOUNT)
+    vtdirect_debian_package(mount vtdirect-mount utils
+"virtual file system on a Vantry server - mount
+The program behind \"vtdirect mount\", which shows a server as a directory that
+every program can read."
+      DEPENDS "${library} (= ${packageVersion})" "vtdirect-tools (= ${packageVersion})" fuse3)
+  endif()
+
   # It shares nothing with the libraries, so that a host's test machine needs it alone.
   vtdirect_debian_package(simulator vantry-sim devel
 "Vantry server to test clients against

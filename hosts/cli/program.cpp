@@ -18,6 +18,7 @@
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/mounted_path.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/generated_texts.h"
 #include "hosts/cli/trace_log.h"
@@ -148,7 +149,8 @@ int RunProgram(int argc, const char* const* argv) {
     std::cout << line.text;
     return Finish(output, ExitCode::Ok);
   }
-  return Finish(output, RunGuarded(*line.command, line.arguments, output));
+  const Arguments arguments = WithMountedAddresses(*line.command, line.arguments);
+  return Finish(output, RunGuarded(*line.command, arguments, output));
 }
 
 }  // namespace vtdirect_cli

@@ -81,6 +81,9 @@ struct CommandRow {
 /// Every command, in the order of the help text.
 [[nodiscard]] std::span<const CommandRow> Commands();
 
+/// The options that were given of these, as words of a command line.
+[[nodiscard]] std::vector<std::string> WordsOf(std::span<const OptionRow> rows, const Arguments& arguments);
+
 /// Several commands that share the first word of their names.
 struct GroupRow {
   const char* name;
@@ -139,16 +142,19 @@ struct SectionRow {
 [[nodiscard]] CommandRow LinksCommand();
 [[nodiscard]] CommandRow LogCommand();
 [[nodiscard]] CommandRow LsCommand();
+[[nodiscard]] CommandRow MountCommand();
 [[nodiscard]] CommandRow PathCommand();
 [[nodiscard]] CommandRow PullCommand();
 [[nodiscard]] CommandRow PutCommand();
 [[nodiscard]] CommandRow RecoverCommand();
+[[nodiscard]] CommandRow RefreshCommand();
 [[nodiscard]] CommandRow RevertCommand();
 [[nodiscard]] CommandRow StCommand();
 [[nodiscard]] CommandRow StatusCommand();
 [[nodiscard]] CommandRow TreeCommand();
 [[nodiscard]] CommandRow UidCommand();
 [[nodiscard]] CommandRow UndoCommand();
+[[nodiscard]] CommandRow UnmountCommand();
 [[nodiscard]] CommandRow UrlCommand();
 [[nodiscard]] CommandRow VerifyCommand();
 [[nodiscard]] CommandRow VersionsCommand();

@@ -19,6 +19,20 @@ std::string UsageOf(const OperandRow& row) {
   return row.count == Count::AtLeastOnce ? name + "..." : name;
 }
 
+std::vector<std::string> WordsOf(std::span<const OptionRow> rows, const Arguments& arguments) {
+  std::vector<std::string> words;
+  for (const OptionRow& row : rows) {
+    if (!arguments.Has(row.name)) continue;
+    const std::string option = "--" + std::string(row.name.text());
+    if (row.value == nullptr) {
+      words.push_back(option);
+      continue;
+    }
+    for (const std::string& value : arguments.All(row.name)) words.insert(words.end(), {option, value});
+  }
+  return words;
+}
+
 const char* NameOf(MemberType type) {
   switch (type) {
     case MemberType::Flag:
@@ -89,13 +103,14 @@ std::span<const MemberRow> Vocabulary() {
 
 std::span<const CommandRow> Commands() {
   static const std::vector<CommandRow> rows = {
-      CheckCommand(),     LsCommand(),       TreeCommand(),        InfoCommand(),     StatusCommand(),
-      VersionsCommand(),  UidCommand(),      PathCommand(),        UrlCommand(),      GetCommand(),
-      CheckoutCommand(),  PutCommand(),      CheckinCommand(),     UndoCommand(),     VerifyCommand(),
-      CheckoutsCommand(), RecoverCommand(),  LinksCommand(),       EditUrlCommand(),  BrowseUrlCommand(),
-      CloneCommand(),     StCommand(),       PullCommand(),        CommitCommand(),   RevertCommand(),
-      DiffCommand(),      LogCommand(),      ServersCommand(),     XliffPutCommand(), XliffSourceCommand(),
-      XliffListCommand(), XliffGetCommand(), XliffPublishCommand()};
+      CheckCommand(),       LsCommand(),       TreeCommand(),        InfoCommand(),      StatusCommand(),
+      VersionsCommand(),    UidCommand(),      PathCommand(),        UrlCommand(),       GetCommand(),
+      CheckoutCommand(),    PutCommand(),      CheckinCommand(),     UndoCommand(),      VerifyCommand(),
+      CheckoutsCommand(),   RecoverCommand(),  LinksCommand(),       EditUrlCommand(),   BrowseUrlCommand(),
+      CloneCommand(),       StCommand(),       PullCommand(),        CommitCommand(),    RevertCommand(),
+      DiffCommand(),        LogCommand(),      MountCommand(),       RefreshCommand(),   UnmountCommand(),
+      ServersCommand(),     XliffPutCommand(), XliffSourceCommand(), XliffListCommand(), XliffGetCommand(),
+      XliffPublishCommand()};
   return rows;
 }
 

@@ -3,6 +3,7 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/storing/unstored_files.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -16,6 +17,24 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding) {
   static_cast<void>(host.output().Flush());
 }
 
+// What programs have written in a mount and the server does not have. A mount stores it, and nobody else: the
+// one that is running may be just about to.
+[[nodiscard]] std::uint64_t ShowUnstored(Host& host) {
+  const UnstoredFiles unstored;
+  const auto files = unstored.All();
+  for (const UnstoredFile& file : files) {
+    const std::string content = unstored.ContentOf(file.name);
+    const std::string todo = file.isWhole ? "waits for a mount with --write: "
+                                          : "was written to in a mount and not closed, so it may be half: ";
+    host.output().Row({{"since", file.since},
+                       {"step", std::string("mount")},
+                       {"address", file.address},
+                       {"settled", false},
+                       {"found", todo + content + " (" + file.fault + ")"}});
+  }
+  return files.size();
+}
+
 ExitCode RunRecover(Host& host, const Arguments& /*arguments*/) {
   std::string fault;
   std::uint64_t open = 0;
@@ -27,10 +46,11 @@ ExitCode RunRecover(Host& host, const Arguments& /*arguments*/) {
     if (!finding.isKnown) ++open;
   }
   if (!fault.empty()) return host.output().Fail({ExitCode::LocalFile, fault});
+  open += ShowUnstored(host);
   if (open == 0) return ExitCode::Ok;
   return host.output().Fail({ExitCode::Incomplete, std::to_string(open) +
-                                                       " changes could not be settled and stay in "
-                                                       "the journal"});
+                                                       " changes could not be settled; they stay in "
+                                                       "the journal, or wait for a mount"});
 }
 
 }  // namespace
@@ -52,7 +72,10 @@ CommandRow RecoverCommand() {
       "change "
       "stays open until xliff publish has marked it once more.\n\n"
       "The changes are in $XDG_STATE_HOME/vtdirect/journal, or ~/.local/state/vtdirect/journal, from before "
-      "they are sent until their answers are in. Every command on a server with such a change warns of it.",
+      "they are sent until their answers are in. Files that were written in a mount and could not be stored "
+      "are "
+      "listed with the step mount; they are in $XDG_STATE_HOME/vtdirect/unstored, or "
+      "~/.local/state/vtdirect/unstored. Every command on a server with such a change warns of it.",
       {},
       {},
       true,

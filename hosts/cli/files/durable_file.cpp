@@ -71,15 +71,6 @@ void TakeOver(int descriptor, const struct stat& before) {
   return Rename(from, to);
 }
 
-// Brings a directory's own entries to the disk, or a crash could bring back the old file. Some filesystems
-// can't do this, which takes nothing from the file itself.
-void SyncDirectory(const std::string& directory) {
-  const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor < 0) return;
-  static_cast<void>(fsync(descriptor));
-  close(descriptor);
-}
-
 [[nodiscard]] int WriteFile(const std::string& path, std::string_view text) {
   const int descriptor = open(path.c_str(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
   if (descriptor < 0) return errno;
@@ -157,6 +148,13 @@ int DurableFile::Commit(Permissions permissions, Condition condition,
   }
   SyncDirectory(DirectoryOf(target_));
   return 0;
+}
+
+void SyncDirectory(const std::string& directory) {
+  const int descriptor = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) return;
+  static_cast<void>(fsync(descriptor));
+  close(descriptor);
 }
 
 int ReplaceDurably(const std::string& path, std::string_view text) {

@@ -15,6 +15,10 @@ namespace vtdirect_cli {
 /// The directory that a path names a file in; "." for a path without one.
 [[nodiscard]] std::string DirectoryOf(const std::string& path);
 
+/// Brings a directory's own entries to the disk, or a crash could bring back the old file. Some filesystems
+/// can't do this, which takes nothing from the file itself.
+void SyncDirectory(const std::string& directory);
+
 /// The file that a path leads to: that behind symbolic links, also when it isn't there yet. Replacing a link
 /// itself would leave the file that it leads to as it was, to the surprise of whoever made it.
 [[nodiscard]] std::string BehindLinks(const std::string& path);

@@ -1,6 +1,7 @@
 #include "hosts/cli/files/fetch_record.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
@@ -68,6 +69,10 @@ std::string FetchRecords::Keep(const std::string& path, FetchRecord record) cons
         ReplaceDurably(directory_ + "/" + Sha256OfText(record.file), std::string(kFirstLine) + line + "\n");
   }
   return error == 0 ? "" : "cannot write in " + directory_ + ": " + std::strerror(error);
+}
+
+void FetchRecords::Forget(const std::string& path) const {
+  if (!directory_.empty()) unlink((directory_ + "/" + Sha256OfText(AbsolutePath(path))).c_str());
 }
 
 bool Measure(const std::string& path, FetchRecord& record) {

@@ -32,6 +32,8 @@ class FetchRecords {
   /// @param record  with size and SHA-256; its `file` is filled in
   /// @return why it could not be recorded, or an empty text
   [[nodiscard]] std::string Keep(const std::string& path, FetchRecord record) const;
+  /// Drops the record of a file that is about to go.
+  void Forget(const std::string& path) const;
 
  private:
   std::string directory_;

@@ -15,7 +15,8 @@ std::span<const SectionRow> Sections() {
        "The server in a UID must be listed too, under any nickname; no server is ever added by itself. "
        "Put an address in quotes: it holds characters that mean something to the shell.\n\n"
        "In a work folder (see clone) the name of a file stands for the UID of the version that it came "
-       "from."},
+       "from.\n\n"
+       "A local path below a directory where mount shows a server stands for what it shows there."},
       {"SERVERS",
        "Servers are listed in the configuration file and by --server, which goes before the file. A "
        "nickname is not empty and holds no \"/\". A URL begins with https:// or http:// and holds no user "

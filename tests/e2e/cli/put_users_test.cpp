@@ -12,7 +12,7 @@ const std::string kDrivetrain = "//sim/Products/Trekking Bike/Folders/Drivetrain
 
 }  // namespace
 
-/// A server that knows two users, and takes contents on a port that the user has named as well.
+/// A server that knows two users, and takes contents on a port that the user has named as one with the same login.
 class PutByTwo : public PutTest {
  protected:
   void SetUp() override {
@@ -26,7 +26,10 @@ class PutByTwo : public PutTest {
     environment_["VTDIRECT_USER"] = user;
     environment_["VTDIRECT_PASSWORD"] = user.substr(0, 1);
     environment_["XDG_STATE_HOME"] = Home(user);
-    words.insert(words.begin(), {"--server", "uploads=" + uploads_});
+    WriteHome(".config/vtdirect/config",
+              "[server sim]\nurl = " + server().url() +
+                  "\nlogin_also_for = uploads\n[server uploads]\nurl = " + uploads_ + "\n",
+              0600);
     return Run(words);
   }
 

@@ -42,6 +42,10 @@ Simulator& VtDirect::Serve(const std::vector<std::string>& options) {
   return *simulator_;
 }
 
+void VtDirect::StopServer() {
+  simulator_.reset();
+}
+
 void VtDirect::EndServer() {
   simulator_.reset();
   std::filesystem::remove_all(base_.File("server"));

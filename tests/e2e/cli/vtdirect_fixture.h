@@ -29,6 +29,8 @@ class VtDirect : public testing::Test {
   /// "sim".
   Simulator& Serve(const std::vector<std::string>& options = {});
   [[nodiscard]] const Simulator& server() const { return *simulator_; }
+  /// Ends the simulator; Serve starts it again with all that it holds.
+  void StopServer();
   /// Ends the simulator and throws away what it holds.
   void EndServer();
 

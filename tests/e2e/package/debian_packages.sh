@@ -69,6 +69,10 @@ has libvtdirect-dev include/vtdirect/vt_direct_manager.h include/vtdirect/platfo
 # The programs.
 depends_on vtdirect-tools "libvtdirect0 \(= $version\)"
 has vtdirect-tools bin/vtdirect 'share/man/man1/vtdirect\.1\.gz' share/bash-completion/completions/vtdirect
+# The mount is apart, so that nobody else needs libfuse.
+! dpkg-deb -f vtdirect-tools_*.deb Depends | grep -e fuse || wrong "the command line needs no libfuse"
+depends_on vtdirect-mount "libvtdirect0 \(= $version\)" libfuse3-3 fuse3
+has vtdirect-mount bin/vtdirect-mount 'share/man/man1/vtdirect-mount\.1\.gz'
 # The simulator is for those who have another client, too.
 depends_on vantry-sim libsqlite3-0 libssl3
 ! dpkg-deb -f vantry-sim_*.deb Depends | grep -e vtdirect -e curl || wrong "vantry-sim needs nothing of the libraries"

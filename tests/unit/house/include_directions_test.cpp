@@ -79,7 +79,7 @@ const std::map<std::string, Names>& MayInclude() {
       {"platform_default", {"platform"}},
       {"simulator", {}},
       {"hosts/cli", {}},
-      {"hosts/mount", {}},
+      {"hosts/mount", {"hosts/cli"}},
   };
   return table;
 }

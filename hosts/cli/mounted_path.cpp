@@ -1,0 +1,52 @@
+#include "hosts/cli/mounted_path.h"
+
+#include <sys/xattr.h>
+
+#include <cerrno>
+
+#include "hosts/cli/files/durable_file.h"
+#include "hosts/cli/files/escaped_name.h"
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr const char* addressAttribute = "user.vantry.address";
+constexpr std::size_t longestAddress = 65'536;
+
+// Empty for what lies in no mount, with the error number in errno.
+[[nodiscard]] std::string AddressAttribute(const std::string& path) {
+  std::string address(longestAddress, '\0');
+  const ssize_t length = getxattr(path.c_str(), addressAttribute, address.data(), address.size());
+  if (length <= 0) return {};
+  address.resize(static_cast<std::size_t>(length));
+  return address;
+}
+
+[[nodiscard]] bool TakesAddress(const OperandRow& operand) {
+  return operand.name == "ADDRESS" || operand.name == "PATH";
+}
+
+}  // namespace
+
+std::string AddressOfMounted(const std::string& text) {
+  if (text.empty() || text.starts_with("//") || text.find("://") != std::string::npos) return text;
+  std::string address = AddressAttribute(text);
+  if (!address.empty()) return address;
+  const std::size_t slash = text.rfind('/');
+  const std::string name = slash == std::string::npos ? text : text.substr(slash + 1);
+  if (errno != ENOENT || name.empty()) return text;
+  address = AddressAttribute(DirectoryOf(text));
+  return address.ends_with('/') ? address + NormalizedName(name) : text;
+}
+
+Arguments WithMountedAddresses(const CommandRow& command, Arguments arguments) {
+  for (const OperandRow& operand : command.operands) {
+    if (!TakesAddress(operand) || !arguments.Has(operand.name)) continue;
+    std::vector<std::string> texts = arguments.All(operand.name);
+    for (std::string& text : texts) text = AddressOfMounted(text);
+    arguments.Set(operand.name, std::move(texts));
+  }
+  return arguments;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+#include "hosts/cli/commands/command.h"
+
+namespace vtdirect_cli {
+
+/// The address of what a local path shows that lies in a mount of vtdirect: of a directory with its closing
+/// "/", of a version its UID. A name that is not there yet gets the address that it would have. Makes no
+/// request to a server.
+/// @return the text itself when it lies in no mount, or is an address
+[[nodiscard]] std::string AddressOfMounted(const std::string& text);
+
+/// The arguments with the address in place of each local path in a mount, so that every command takes one.
+/// Operands that are local files or directories stay.
+[[nodiscard]] Arguments WithMountedAddresses(const CommandRow& command, Arguments arguments);
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace vtdirect_cli {
+
+/// A file that a program has written in a mount and that the server does not have yet.
+struct UnstoredFile {
+  std::string name;      ///< of the entry, without an ending
+  std::string address;   ///< where it belongs
+  std::string since;     ///< UTC, as 2026-01-31T09:00:00Z
+  bool isWhole = false;  ///< whether the program had closed it
+  std::string fault;     ///< why the last try failed; empty before the first
+};
+
+/// Where such files wait: each is a content, NAME.content, and what is known of it, NAME.entry. What is there
+/// survives the end of the process and of the machine. None of the functions makes a request.
+class UnstoredFiles {
+ public:
+  explicit UnstoredFiles(std::string directory = Location()) : directory_(std::move(directory)) {}
+  /// $XDG_STATE_HOME/vtdirect/unstored, else ~/.local/state/vtdirect/unstored; empty without a home.
+  [[nodiscard]] static std::string Location();
+
+  [[nodiscard]] const std::string& directory() const { return directory_; }
+  [[nodiscard]] std::string ContentOf(const std::string& name) const {
+    return directory_ + "/" + name + ".content";
+  }
+
+  /// Writes what is known of a file; the content is the caller's.
+  /// @return the error number of what failed; 0 for none
+  [[nodiscard]] int Write(const UnstoredFile& file) const;
+  /// Removes an entry, and not the content.
+  void Strike(const std::string& name) const;
+  /// All that is there, by their names. An entry that can't be read is given with a fault that says so.
+  [[nodiscard]] std::vector<UnstoredFile> All() const;
+
+ private:
+  std::string directory_;
+};
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,5 @@
+#pragma once
+
+/// The one place that names the version of libfuse's interface.
+#define FUSE_USE_VERSION 312
+#include <fuse_lowlevel.h>

@@ -1,0 +1,123 @@
+#include "hosts/mount/fuse/mount.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace vtdirect_mount {
+namespace {
+
+// A slow document must not hold up those who read others.
+constexpr std::size_t fetchesAtOnce = 32;
+constexpr std::chrono::milliseconds patience{500};
+// A store that is cut off has to be settled by "vtdirect recover", so it may take its time.
+constexpr std::chrono::minutes storePatience{5};
+
+[[nodiscard]] struct stat PatternOfNow() {
+  struct stat pattern = {};
+  pattern.st_uid = getuid();
+  pattern.st_gid = getgid();
+  pattern.st_nlink = 1;
+  pattern.st_blksize = 4096;
+  pattern.st_mtim.tv_sec = std::time(nullptr);
+  pattern.st_atim = pattern.st_ctim = pattern.st_mtim;
+  return pattern;
+}
+
+}  // namespace
+
+Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log& log)
+    : settings_(std::move(settings)),
+      log_(log),
+      pattern_(PatternOfNow()),
+      nodes_(settings_.address),
+      tree_(settings_.refresh, facts, cache, [&log](const std::string& text) { log.Write(text); }),
+      fetches_(cache, fetchesAtOnce, [&log](const std::string& text) { log.Write(text); }),
+      lookahead_(2 * settings_.parallel),
+      questions_(settings_.parallel) {
+  if (!settings_.write) return;
+  Writing::Mounted mounted;
+  mounted.uidOf = [this](const std::string& address, int& error) { return UidOf(address, error); };
+  mounted.outdate = [this](const std::string& address) {
+    const std::size_t name = address.rfind('/') + 1;
+    tree_.Outdate(address.substr(0, name), address.substr(name));
+  };
+  mounted.log = [&log](const std::string& text) { log.Write(text); };
+  Writing::Settings writing{settings_.scratch, settings_.autoCheckout, settings_.command,
+                            settings_.startDirectory};
+  writing_ = std::make_unique<Writing>(std::move(writing), std::move(mounted));
+  tree_.SetReadBy([this](const std::string& uid) { return writing_->ReadBy(uid); });
+}
+
+// A document that is not in its folder's listing is not there, whatever else has its name.
+std::string Mount::UidOf(const std::string& address, int& error) {
+  const std::size_t slash = address.rfind('/') + 1;
+  const std::string folder = address.substr(0, slash);
+  const std::string name = address.substr(slash);
+  const auto listing = tree_.Folder(folder);
+  error = listing.error;
+  if (listing.value == nullptr) return {};
+  const auto isIt = [&name](const FolderEntry& entry) { return !entry.isFolder && entry.name == name; };
+  error = ENOENT;
+  if (std::none_of(listing.value->entries().begin(), listing.value->entries().end(), isIt)) return {};
+  const auto uid = tree_.UidOf(folder, name);
+  error = uid.error;
+  return uid.value == nullptr ? "" : *uid.value;
+}
+
+std::shared_ptr<LocalFile> Mount::LocalAt(const Node& node) {
+  if (writing_ == nullptr || node.kind != NodeKind::Document) return nullptr;
+  return writing_->overlay().Find(node.address);
+}
+
+void Mount::Ask(fuse_req_t request, std::function<void(const std::shared_ptr<PendingRequest>&)> task) {
+  questions_.Post([pending = PendingRequest::Of(request), task = std::move(task)] {
+    if (!pending->IsAnswered()) task(pending);
+  });
+}
+
+void Mount::LookAhead(const std::string& folder, const FolderListing& listing, const FolderEntry& entry) {
+  for (const std::string& name : lookahead_.Note(folder, listing, entry)) {
+    questions_.PostLater([this, folder, name] { static_cast<void>(tree_.Document(folder, name)); });
+  }
+}
+
+bool Mount::IsAsBefore(std::uint64_t node, const std::string& text) {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(seen_[node], text) == text;
+}
+
+void Mount::ForgetNode(std::uint64_t node) {
+  const std::lock_guard lock(mutex_);
+  seen_.erase(node);
+}
+
+void Mount::Refresh(fuse_session* session) {
+  tree_.Outdate();
+  if (writing_ != nullptr) {
+    writing_->overlay().BringBack();
+    writing_->RetryNow();
+  }
+  fuse_lowlevel_notify_inval_inode(session, NodeTable::rootNumber, 0, 0);
+  for (const auto& node : nodes_.All()) {
+    // Of a document the attributes alone: whether the kernel may keep its bytes is told when it is opened.
+    const bool isFile = node->kind == NodeKind::Document || node->kind == NodeKind::VersionFile;
+    fuse_lowlevel_notify_inval_inode(session, node->number, isFile ? -1 : 0, 0);
+    fuse_lowlevel_notify_inval_entry(session, node->parent, node->name.c_str(), node->name.size());
+  }
+  {
+    const std::lock_guard lock(mutex_);
+    seen_.clear();
+  }
+  ++refreshes_;
+}
+
+bool Mount::Stop() {
+  const bool haveFetchesEnded = fetches_.StopWithin(patience);
+  const bool haveStoresEnded = writing_ == nullptr || writing_->StopWithin(storePatience);
+  return questions_.StopWithin(patience) && haveFetchesEnded && haveStoresEnded;
+}
+
+}  // namespace vtdirect_mount

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <memory>
+#include <mutex>
+
+#include "hosts/mount/fuse/fuse_api.h"
+#include "hosts/mount/tree/document_facts.h"
+#include "hosts/mount/writing/local_file.h"
+
+namespace vtdirect_mount {
+
+/// An open file: either the iteration that it was when it was opened, whatever becomes of the document, whose
+/// content is fetched when it is first read; or a file of this machine.
+class OpenDocument {
+ public:
+  explicit OpenDocument(Iteration iteration) : iteration_(std::move(iteration)) {}
+  /// @param writer  the process that opened it for writing; 0 when it was opened for reading
+  OpenDocument(std::shared_ptr<LocalFile> local, pid_t writer) : local_(std::move(local)), writer_(writer) {}
+
+  [[nodiscard]] const Iteration& iteration() const { return iteration_; }
+  /// Null for a document of the server.
+  [[nodiscard]] const std::shared_ptr<LocalFile>& local() const { return local_; }
+  [[nodiscard]] bool writes() const { return writer_ != 0; }
+  [[nodiscard]] pid_t writer() const { return writer_; }
+  [[nodiscard]] std::shared_ptr<const OpenFile> content() const {
+    const std::lock_guard lock(mutex_);
+    return content_;
+  }
+  void SetContent(const std::shared_ptr<const OpenFile>& content) {
+    const std::lock_guard lock(mutex_);
+    content_ = content;
+  }
+
+ private:
+  const Iteration iteration_;
+  const std::shared_ptr<LocalFile> local_;
+  const pid_t writer_ = 0;
+  mutable std::mutex mutex_;
+  std::shared_ptr<const OpenFile> content_;
+};
+
+/// What the kernel is given for an open file.
+using Handle = std::shared_ptr<OpenDocument>;
+
+[[nodiscard]] inline const Handle& HandleOf(const fuse_file_info* file) {
+  return *reinterpret_cast<const Handle*>(file->fh);
+}
+
+}  // namespace vtdirect_mount

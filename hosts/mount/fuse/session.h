@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "hosts/mount/fuse/mount.h"
+
+namespace vtdirect_mount {
+
+/// The kernel's side of a mount.
+class Session {
+ public:
+  /// Keeps SIGINT, SIGTERM and SIGHUP for Run. To be called before the process has a second thread.
+  static void KeepSignals();
+
+  /// Mounts the tree. What a killed mount has left at the directory is cleared away first.
+  /// @param fault  why that was not possible
+  /// @return null then
+  [[nodiscard]] static std::unique_ptr<Session> Open(Mount& mount, std::string& fault);
+  ~Session();
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  /// Answers the kernel until the tree is unmounted, or SIGINT or SIGTERM comes, and unmounts then. SIGHUP
+  /// refreshes.
+  /// @return whether it ended as it should
+  [[nodiscard]] bool Run();
+
+ private:
+  Session(Mount& mount, fuse_session* session) : mount_(mount), session_(session) {}
+  void WatchSignals(pthread_t loop);
+
+  Mount& mount_;
+  fuse_session* session_;
+};
+
+}  // namespace vtdirect_mount

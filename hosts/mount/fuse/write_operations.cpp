@@ -1,0 +1,203 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <string>
+
+#include "hosts/mount/fuse/calling_process.h"
+#include "hosts/mount/fuse/entries.h"
+#include "hosts/mount/fuse/open_document.h"
+#include "hosts/mount/fuse/operations.h"
+#include "hosts/mount/names/shown_name.h"
+
+namespace vtdirect_mount {
+namespace {
+
+[[nodiscard]] std::string AddressIn(const Node& folder, const std::string& name) {
+  return folder.address + NameInPath(name);
+}
+
+void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Writable& made) {
+  if (made.file == nullptr) {
+    fuse_reply_err(request, made.error);
+    return;
+  }
+  const auto node = mount.nodes().Enter(wanted);
+  fuse_entry_param entry = {};
+  entry.ino = node->number;
+  entry.attr = AttributesOfLocal(mount, *made.file);
+  entry.attr.st_ino = node->number;
+  entry.attr_timeout = entry.entry_timeout = mount.seconds();
+  mount.writing()->NoteOpened(made.file);
+  fuse_file_info file = {};
+  auto* const handle =
+      new Handle(std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid)));
+  file.fh = reinterpret_cast<std::uint64_t>(handle);
+  if (fuse_reply_create(request, &entry, &file) == 0) return;
+  delete handle;
+  mount.nodes().Forget(node->number, 1);
+}
+
+// What is said of a file of this machine, but for its length, which is set where it is open for writing too.
+[[nodiscard]] int SetLocal(Mount& mount, const Node& node, LocalFile& local, const struct stat& wanted,
+                           int what) {
+  const int descriptor = local.file().descriptor();
+  if ((what & FUSE_SET_ATTR_SIZE) != 0) {
+    mount.writing()->NoteChange(node.address, local, true);
+    if (ftruncate(descriptor, wanted.st_size) != 0) return errno;
+  }
+  if ((what & (FUSE_SET_ATTR_MTIME | FUSE_SET_ATTR_MTIME_NOW)) != 0) {
+    const timespec now{0, UTIME_NOW};
+    const timespec times[2] = {now, (what & FUSE_SET_ATTR_MTIME_NOW) != 0 ? now : wanted.st_mtim};
+    if (futimens(descriptor, times) != 0) return errno;
+  }
+  // Rights and owners are those of the mount's user; programs set them on files that they are about to rename.
+  return 0;
+}
+
+[[nodiscard]] std::shared_ptr<LocalFile> LocalOf(Mount& mount, const Node& node, const fuse_file_info* file) {
+  if (file != nullptr && HandleOf(file)->local() != nullptr) return HandleOf(file)->local();
+  return mount.LocalAt(node);
+}
+
+// Stores what was changed, by the thread that does so, and answers when that is done. A process that got the
+// open file from the one that opened it closes it too, "(a; b) >FILE" after each of its commands; then the
+// file is not complete yet, and is stored by the last who closes it.
+void StoreAndReply(fuse_req_t request, fuse_ino_t number, const fuse_file_info* file) {
+  Mount& mount = MountOf(request);
+  const Handle handle = HandleOf(file);
+  const auto node = mount.nodes().Find(number);
+  const bool isDue = handle->writes() && handle->local()->isDirty() && handle->local()->isDue();
+  if (!isDue || node == nullptr || handle->local()->isScratch() ||
+      ProcessOf(fuse_req_ctx(request)->pid) != handle->writer()) {
+    fuse_reply_err(request, 0);
+    return;
+  }
+  mount.writing()->Post([&mount, handle, number, pending = PendingRequest::Of(request)] {
+    const auto now = mount.nodes().Find(number);
+    pending->Fail(now == nullptr ? ESTALE : mount.writing()->Store(now->address, handle->local()));
+  });
+}
+
+}  // namespace
+
+void OnCreate(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t /*mode*/,
+              fuse_file_info* /*file*/) {
+  Mount& mount = MountOf(request);
+  const auto folder = mount.nodes().Find(parent);
+  if (folder == nullptr || folder->kind != NodeKind::Folder || name == versionsFolder) {
+    fuse_reply_err(request, folder == nullptr ? ESTALE : EPERM);
+    return;
+  }
+  Node wanted;
+  wanted.parent = parent;
+  wanted.name = name;
+  wanted.kind = NodeKind::Document;
+  wanted.address = AddressIn(*folder, name);
+  ReplyCreated(request, mount, wanted, mount.writing()->Create(wanted.address));
+}
+
+void OnWrite(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size_t size, off_t offset,
+             fuse_file_info* file) {
+  Mount& mount = MountOf(request);
+  const Handle& handle = HandleOf(file);
+  const auto node = mount.nodes().Find(number);
+  if (!handle->writes() || node == nullptr) {
+    fuse_reply_err(request, node == nullptr ? ESTALE : EBADF);
+    return;
+  }
+  mount.writing()->NoteChange(node->address, *handle->local(), true);
+  const ssize_t count = pwrite(handle->local()->file().descriptor(), bytes, size, offset);
+  if (count < 0) {
+    fuse_reply_err(request, errno);
+  } else {
+    fuse_reply_write(request, static_cast<std::size_t>(count));
+  }
+}
+
+void OnSetAttributes(fuse_req_t request, fuse_ino_t number, struct stat* wanted, int what,
+                     fuse_file_info* file) {
+  Mount& mount = MountOf(request);
+  const auto node = mount.nodes().Find(number);
+  const auto local = node == nullptr ? nullptr : LocalOf(mount, *node, file);
+  if (local == nullptr) {
+    fuse_reply_err(request, node == nullptr ? ESTALE : EPERM);
+    return;
+  }
+  if (const int error = SetLocal(mount, *node, *local, *wanted, what); error != 0) {
+    fuse_reply_err(request, error);
+    return;
+  }
+  struct stat now = AttributesOfLocal(mount, *local);
+  now.st_ino = number;
+  fuse_reply_attr(request, &now, mount.seconds());
+}
+
+void OnFlush(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
+  StoreAndReply(request, number, file);
+}
+
+// The bytes are safe on this machine then; they are stored when the file is closed.
+void OnSync(fuse_req_t request, fuse_ino_t /*number*/, int /*dataOnly*/, fuse_file_info* file) {
+  const auto& local = HandleOf(file)->local();
+  fuse_reply_err(request, local == nullptr || fsync(local->file().descriptor()) == 0 ? 0 : errno);
+}
+
+void OnRename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_t newParent,
+              const char* newName, unsigned flags) {
+  Mount& mount = MountOf(request);
+  const auto folder = mount.nodes().Find(parent);
+  const auto newFolder = mount.nodes().Find(newParent);
+  if (folder == nullptr || newFolder == nullptr || folder->kind != NodeKind::Folder ||
+      newFolder->kind != NodeKind::Folder || flags != 0) {
+    fuse_reply_err(request, flags != 0 ? EINVAL : EPERM);
+    return;
+  }
+  Node wanted;
+  wanted.parent = newParent;
+  wanted.name = newName;
+  wanted.address = AddressIn(*newFolder, newName);
+  mount.writing()->Post([&mount, parent, name = std::string(name), from = AddressIn(*folder, name), wanted,
+                         pending = PendingRequest::Of(request)] {
+    const int error = mount.writing()->Rename(from, wanted.address);
+    if (error == 0) mount.nodes().Move(parent, name, wanted);
+    pending->Fail(error);
+  });
+}
+
+void OnUnlink(fuse_req_t request, fuse_ino_t parent, const char* name) {
+  Mount& mount = MountOf(request);
+  const auto folder = mount.nodes().Find(parent);
+  if (folder == nullptr || folder->kind != NodeKind::Folder) {
+    fuse_reply_err(request, EPERM);
+    return;
+  }
+  mount.writing()->Post([&mount, address = AddressIn(*folder, name), pending = PendingRequest::Of(request)] {
+    pending->Fail(mount.writing()->Remove(address));
+  });
+}
+
+void OnMakeDirectory(fuse_req_t request, fuse_ino_t /*parent*/, const char* /*name*/, mode_t /*mode*/) {
+  fuse_reply_err(request, EPERM);
+}
+
+void OnRemoveDirectory(fuse_req_t request, fuse_ino_t /*parent*/, const char* /*name*/) {
+  fuse_reply_err(request, EPERM);
+}
+
+void OnSymbolicLink(fuse_req_t request, const char* /*target*/, fuse_ino_t /*parent*/, const char* /*name*/) {
+  fuse_reply_err(request, EPERM);
+}
+
+void OnLink(fuse_req_t request, fuse_ino_t /*node*/, fuse_ino_t /*newParent*/, const char* /*newName*/) {
+  fuse_reply_err(request, EPERM);
+}
+
+void OnMakeNode(fuse_req_t request, fuse_ino_t /*parent*/, const char* /*name*/, mode_t /*mode*/,
+                dev_t /*device*/) {
+  fuse_reply_err(request, EPERM);
+}
+
+}  // namespace vtdirect_mount

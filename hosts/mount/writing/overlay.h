@@ -1,0 +1,48 @@
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "hosts/mount/writing/local_file.h"
+
+namespace vtdirect_mount {
+
+/// The files that lie over the server's tree, by their addresses, and the documents that a program has put
+/// aside. Nothing here changes the server. Any thread.
+class Overlay {
+ public:
+  using Clock = std::chrono::steady_clock;
+  /// A document that was renamed to a backup comes back after this time, if nothing took its name.
+  static constexpr std::chrono::seconds asideSeconds{60};
+
+  [[nodiscard]] std::shared_ptr<LocalFile> Find(const std::string& address) const;
+  /// Lays a file over an address; what lay there goes. A document put aside is aside no more.
+  void Lay(const std::string& address, std::shared_ptr<LocalFile> file);
+  /// The same, unless a file lies there already.
+  /// @return the file that lies there now
+  [[nodiscard]] std::shared_ptr<LocalFile> LayIfFree(const std::string& address,
+                                                     const std::shared_ptr<LocalFile>& file);
+  /// Takes a file away, if it is that one.
+  void Take(const std::string& address, const std::shared_ptr<LocalFile>& file);
+
+  /// Puts a document aside: its name is free.
+  void PutAside(const std::string& address, Clock::time_point now);
+  [[nodiscard]] bool IsAside(const std::string& address, Clock::time_point now) const;
+  /// Brings back all documents that were put aside.
+  void BringBack();
+
+  /// The names in paths of the files in a folder.
+  /// @param folder  with its closing "/"
+  [[nodiscard]] std::vector<std::string> NamesIn(const std::string& folder) const;
+
+ private:
+  mutable std::mutex mutex_;
+  std::map<std::string, std::shared_ptr<LocalFile>> files_;
+  std::map<std::string, Clock::time_point> aside_;
+};
+
+}  // namespace vtdirect_mount

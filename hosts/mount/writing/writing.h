@@ -1,0 +1,120 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+
+#include "hosts/cli/storing/unstored_files.h"
+#include "hosts/mount/requests/task_pool.h"
+#include "hosts/mount/writing/command_runner.h"
+#include "hosts/mount/writing/kept_checkouts.h"
+#include "hosts/mount/writing/overlay.h"
+#include "hosts/mount/writing/scratch_names.h"
+
+namespace vtdirect_mount {
+
+/// A file to write to, or why there is none.
+struct Writable {
+  int error = 0;
+  std::shared_ptr<LocalFile> file = nullptr;
+};
+
+/// What a mount does with what programs write. A file is written to on this machine and stored when it is
+/// closed. What can't be stored waits on the disk, is tried again, and waits for the next mount when this one
+/// ends. Any thread; the functions that store, edit or set aside block and make requests.
+class Writing {
+ public:
+  struct Settings {
+    ScratchNames scratch;
+    bool autoCheckout = false;
+    std::vector<std::string> command;  ///< vtdirect, with the options of every call
+    std::string directory;             ///< where it runs
+  };
+  /// What the mount does for this class.
+  struct Mounted {
+    /// The UID of the document at an address; empty with an error number.
+    std::function<std::string(const std::string& address, int& error)> uidOf;
+    /// Lets the server be asked anew for a document.
+    std::function<void(const std::string& address)> outdate;
+    std::function<void(const std::string& text)> log;
+  };
+
+  Writing(Settings settings, Mounted mounted);
+  ~Writing();
+  Writing(const Writing&) = delete;
+  Writing& operator=(const Writing&) = delete;
+
+  /// Makes the directory, clears away what killed mounts have left of scratch files, and takes over what waits
+  /// to be stored below an address.
+  /// @return why that can't be done, or an empty text
+  [[nodiscard]] std::string Prepare(const std::string& below);
+
+  [[nodiscard]] Overlay& overlay() { return overlay_; }
+  [[nodiscard]] bool IsScratch(const std::string& address) const;
+  /// The UID by which a document is read: that of its working copy when it is checked out here.
+  [[nodiscard]] std::string ReadBy(const std::string& uid);
+  [[nodiscard]] bool IsCheckedOut(const std::string& uid) { return !kept_.WorkingCopyOf(uid).empty(); }
+
+  /// A new file.
+  [[nodiscard]] Writable Create(const std::string& address);
+  /// A document to write to: EACCES unless it is checked out here.
+  /// @param keepsContent  whether the file begins with the document's content
+  [[nodiscard]] Writable Edit(const std::string& address, bool keepsContent);
+  /// Notes that a file of that address is about to be changed, so that a crash is told of.
+  /// @param isDue  as LocalFile::NoteChange
+  void NoteChange(const std::string& address, LocalFile& file, bool isDue);
+  /// Hands over a task that stores or renames: one at a time, in the order in which they come.
+  void Post(TaskPool::Task task) { stores_.Post(std::move(task)); }
+  /// A file was opened.
+  static void NoteOpened(const std::shared_ptr<LocalFile>& file) { file->NoteOpened(); }
+  /// A file was closed for good, which nobody can be told the end of. What is new in it and was not stored yet
+  /// is stored; one that holds nothing new goes with the last.
+  void Close(const std::string& address, const std::shared_ptr<LocalFile>& file, bool writes);
+  /// Tries again to store what waits, and not only after a while.
+  void RetryNow();
+  /// Ends what is under way, and waits for it so long. @return whether all has ended
+  [[nodiscard]] bool StopWithin(std::chrono::milliseconds most) { return stores_.StopWithin(most); }
+
+  // To be called by tasks of Post alone.
+
+  /// Stores what was changed; scratch files are stored nowhere. @return EIO when it waits now
+  [[nodiscard]] int Store(const std::string& address, const std::shared_ptr<LocalFile>& file);
+  /// Gives a file another name, and stores it when that is a document's. @return an error number
+  [[nodiscard]] int Rename(const std::string& from, const std::string& to);
+  /// Removes a file of this machine. @return EPERM for a document
+  [[nodiscard]] int Remove(const std::string& address);
+
+ private:
+  [[nodiscard]] Writable NewFile(const std::string& contentOf);
+  [[nodiscard]] std::string WhyNotNow(const std::string& address);
+  [[nodiscard]] bool IsWaiting(const std::string& address);
+  [[nodiscard]] int RequireCheckout(const std::string& address, std::string& uid);
+  [[nodiscard]] int SetAside(const std::string& document, const std::string& backup);
+  [[nodiscard]] int MoveOnto(const std::string& from, const std::string& to,
+                             const std::shared_ptr<LocalFile>& file);
+  void NoteWaiting(const std::string& address, const LocalFile& file, bool isWhole, const std::string& fault);
+  void Retry();
+  void RetryOnce();
+
+  const Settings settings_;
+  const Mounted mounted_;
+  const CommandRunner runner_;
+  const vtdirect_cli::UnstoredFiles unstored_;
+  KeptCheckouts kept_;
+  Overlay overlay_;
+  std::mutex mutex_;  // guards what follows
+  std::condition_variable changed_;
+  std::set<std::string> waiting_;  // addresses of what could not be stored
+  std::uint64_t next_ = 0;
+  bool isEnding_ = false;
+  bool isWoken_ = false;
+  TaskPool stores_{1};
+  std::thread retries_;
+};
+
+}  // namespace vtdirect_mount

@@ -1,0 +1,236 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "tests/e2e/mount/mount_fixture.h"
+
+namespace vtdirect_test {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+// The demo's fork, checked out by the user, in a mount that can be written to.
+class MountWriting : public MountTest {
+ protected:
+  static std::string Path() { return "//sim/" + std::string(kFork); }
+  void CheckOut() { ASSERT_EQ(Run({"checkout", "-q", Path()}).status, 0); }
+  void MountAndCheckOut() {
+    Serve();
+    CheckOut();
+    Mount({"--write"});
+  }
+  // What the server has of the working copy, or of any other document.
+  [[nodiscard]] std::string OnServer(const std::string& address) {
+    const auto result = Run({"get", "-q", "--force", address, "-o", Here("got")});
+    return result.status == 0 ? ReadFile(Here("got")) : "(" + result.err + ")";
+  }
+  [[nodiscard]] std::string Fork() const { return Tree(kFork); }
+  [[nodiscard]] std::string Unstored() const { return Home(".local/state/vtdirect/unstored"); }
+  [[nodiscard]] std::vector<std::string> AtItsPort(const std::vector<std::string>& more = {}) const {
+    const std::string authority = server().authority();
+    std::vector<std::string> options = {"--port", authority.substr(authority.rfind(':') + 1)};
+    options.insert(options.end(), more.begin(), more.end());
+    return options;
+  }
+};
+
+TEST_F(MountWriting, StoresACheckedOutDocumentWhenItIsClosed) {
+  MountAndCheckOut();
+  const std::string before = server().Get(kForkContent);
+  EXPECT_EQ(Text(Fork()), before);
+  EXPECT_EQ(Shell("printf 'FENLET edited\\n' >\"$TREE/" + std::string(kFork) + "\"").err, "");
+  EXPECT_EQ(Text(Fork()), "FENLET edited\n");
+  EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
+  EXPECT_EQ(Shell("printf 'more\\n' >>\"$TREE/" + std::string(kFork) + "\"").err, "");
+  EXPECT_EQ(OnServer(Path()), "FENLET edited\nmore\n");
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
+  // The check-in stays a decision.
+  EXPECT_EQ(server().Get(kForkContent), before);
+  ASSERT_EQ(Run({"checkin", "-q", Fork()}).status, 0);
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  EXPECT_EQ(Text(Fork()), "FENLET edited\nmore\n");
+  EXPECT_EQ(open(Fork().c_str(), O_WRONLY | O_CLOEXEC), -1);
+}
+
+TEST_F(MountWriting, RefusesADocumentThatIsNotCheckedOut) {
+  Serve();
+  Mount({"--write"});
+  struct stat status = {};
+  ASSERT_EQ(stat(Fork().c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode, S_IFREG | 0444U);
+  EXPECT_EQ(open(Fork().c_str(), O_WRONLY | O_CLOEXEC), -1);
+  EXPECT_EQ(errno, EACCES);
+  EXPECT_EQ(Shell("cd \"$TREE/" + std::string(kFrame) + "\" && sed -i s/fork/FORK/ fork.lxz").status, 4);
+  EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
+}
+
+TEST_F(MountWriting, ChecksOutByItselfWhenToldTo) {
+  Serve();
+  Mount({"--write", "--auto-checkout"});
+  EXPECT_EQ(Shell("printf 'FENLET edited\\n' >\"$TREE/" + std::string(kFork) + "\"").err, "");
+  EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
+  EXPECT_THAT(Run({"checkouts"}).out, HasSubstr("fork.lxz"));
+}
+
+TEST_F(MountWriting, MakesANewFileADocument) {
+  Serve();
+  Mount({"--write"});
+  WriteFile(Here("new.lxz"), "FENLET new\n");
+  EXPECT_EQ(Shell("cp new.lxz \"$TREE/" + std::string(kFrame) + "\"").err, "");
+  EXPECT_EQ(Text(Tree(std::string(kFrame) + "new.lxz")), "FENLET new\n");
+  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "new.lxz"), "FENLET new\n");
+  EXPECT_THAT(Names(Tree(kFrame)), Contains("new.lxz"));
+  // There is no place for a document among the contexts.
+  EXPECT_NE(Shell("cp new.lxz \"$TREE/Products/\"").status, 0);
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
+}
+
+TEST_F(MountWriting, StoresAFileThatSeveralProcessesWriteWhenTheLastHasClosedIt) {
+  Serve();
+  Mount({"--write"});
+  const std::string line = "(/bin/echo one; /bin/echo two) >\"$TREE/" + std::string(kFrame) + "new.lxz\"";
+  EXPECT_EQ(Shell(line).err, "");
+  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "new.lxz"), "one\ntwo\n");
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
+}
+
+TEST_F(MountWriting, MakesNoIterationOfADocumentThatIsNotCheckedOutAnyMore) {
+  MountAndCheckOut();
+  const int descriptor = open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(write(descriptor, "FENLET edited\n", 14), 14);
+  ASSERT_EQ(Run({"undo", "-q", Path()}).status, 0);
+  EXPECT_EQ(close(descriptor), -1);
+  EXPECT_EQ(errno, EIO);
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("not checked out"));
+}
+
+TEST_F(MountWriting, LetsSedEditInPlace) {
+  MountAndCheckOut();
+  WriteFile(Here("local.lxz"), server().Get(kForkContent));
+  const auto result = Shell("sed -i s/fork/FORK/ local.lxz \"$TREE/" + std::string(kFork) + "\"");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(Text(Fork()), ReadFile(Here("local.lxz")));
+  EXPECT_EQ(OnServer(Path()), ReadFile(Here("local.lxz")));
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
+}
+
+TEST_F(MountWriting, LetsVimEdit) {
+  if (Shell("command -v vim").status != 0) GTEST_SKIP() << "there is no vim";
+  MountAndCheckOut();
+  WriteFile(Here("local.lxz"), server().Get(kForkContent));
+  const auto result = Shell("vim -es -u NONE -c '%s/fork/FORK/' -c 'wq' \"$TREE/" + std::string(kFork) +
+                            "\" && vim -es -u NONE -c '%s/fork/FORK/' -c 'wq' local.lxz");
+  EXPECT_EQ(result.status, 0) << result.err << result.out;
+  EXPECT_THAT(ReadFile(Here("local.lxz")), HasSubstr("FORK"));
+  EXPECT_EQ(OnServer(Path()), ReadFile(Here("local.lxz")));
+  EXPECT_THAT(Names(Tree(kFrame)), testing::ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
+}
+
+TEST_F(MountWriting, LetsRsyncRenameItsFileOntoADocument) {
+  if (Shell("command -v rsync").status != 0) GTEST_SKIP() << "there is no rsync";
+  MountAndCheckOut();
+  WriteFile(Here("fork.lxz"), "FENLET by rsync\n");
+  const auto result = Shell("rsync fork.lxz \"$TREE/" + std::string(kFork) + "\"");
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(OnServer(Path()), "FENLET by rsync\n");
+}
+
+TEST_F(MountWriting, KeepsScratchFilesOnThisMachine) {
+  Serve();
+  Mount({"--write", "--scratch", "*.wip"});
+  const auto result =
+      Shell("cd \"$TREE/" + std::string(kFrame) +
+            "\" && echo 1 >.a.swp && echo 2 >a.lxz~ && echo 3 >a.wip && cat .a.swp a.lxz~ a.wip && "
+            "mv a.wip b.wip && ls -A && rm .a.swp a.lxz~ b.wip && ls -A | wc -l");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.out, "1\n2\n3\n.a.swp\na.lxz~\nb.wip\nfork.lxz\nframe.lxz\nwelding manual.xml\n3\n");
+  EXPECT_EQ(Run({"ls", "//sim/" + std::string(kFrame)}).out, "fork.lxz\nframe.lxz\nwelding manual.xml\n");
+  EXPECT_EQ(Asked("POST"), 0U);
+}
+
+TEST_F(MountWriting, RefusesWhatTheServerDoesNotHave) {
+  MountAndCheckOut();
+  const std::string frame = Tree(std::string(kFrame) + "frame.lxz");
+  const std::string other = Tree(std::string(kFrame) + "other.lxz");
+  const auto error = [](int result) { return result == 0 ? 0 : errno; };
+  EXPECT_EQ(error(unlink(frame.c_str())), EPERM);
+  EXPECT_EQ(error(rename(frame.c_str(), other.c_str())), EPERM);
+  EXPECT_EQ(error(chmod(frame.c_str(), 0600)), EPERM);
+  EXPECT_EQ(error(mkdir(other.c_str(), 0700)), EPERM);
+  EXPECT_EQ(error(rmdir(Tree(kFrame).c_str())), EPERM);
+  EXPECT_EQ(error(symlink("a", other.c_str())), EPERM);
+  EXPECT_EQ(error(link(frame.c_str(), other.c_str())), EPERM);
+  EXPECT_EQ(error(truncate(frame.c_str(), 0)), EPERM);
+  EXPECT_THAT(Names(Tree(kFrame)), Not(Contains("other.lxz")));
+}
+
+TEST_F(MountWriting, KeepsWhatItCouldNotStoreAndTriesAgain) {
+  Serve();
+  CheckOut();
+  const auto port = AtItsPort();
+  Serve(AtItsPort({"--fault", "POST *=503"}));
+  Mount({"--write"});
+  const int descriptor = open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(write(descriptor, "FENLET edited\n", 14), 14);
+  EXPECT_EQ(close(descriptor), -1);
+  EXPECT_EQ(errno, EIO);
+  EXPECT_EQ(Text(Fork()), "FENLET edited\n");
+  const auto listed = Run({"recover"});
+  EXPECT_EQ(listed.status, 11);
+  EXPECT_THAT(listed.out, HasSubstr("mount\t" + Path()));
+  Serve(port);
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
+}
+
+TEST_F(MountWriting, StoresAfterAKillWhatWasClosedBefore) {
+  Serve();
+  CheckOut();
+  const auto port = AtItsPort();
+  Serve(AtItsPort({"--fault", "POST *=503"}));
+  Mount({"--write"});
+  EXPECT_NE(Shell("cp /etc/hostname \"$TREE/" + std::string(kFork) + "\"").status, 0);
+  // One that was not closed is told of, and not stored.
+  const int half =
+      ::open(Tree(std::string(kFrame) + "half.lxz").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_GE(half, 0);
+  ASSERT_EQ(write(half, "half", 4), 4);
+  SignalMount(SIGKILL);
+  EXPECT_EQ(WaitForMount().status, -SIGKILL);
+  close(half);
+  Serve(port);
+  EXPECT_EQ(Run({"recover"}).status, 11);
+  Mount({"--write"});
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).size() == 2; }));
+  EXPECT_EQ(OnServer(Path()), ReadFile("/etc/hostname"));
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("half.lxz"));
+  EXPECT_THAT(Names(Tree(kFrame)), Not(Contains("half.lxz")));
+  EXPECT_EQ(Shell("rm -rf \"$(dirname ~)\"/temporary/vtdirect-*; ls \"$TREE\" >/dev/null").status, 0);
+}
+
+TEST_F(MountWriting, HoldsWhatFioVerifies) {
+  if (Shell("command -v fio").status != 0) GTEST_SKIP() << "there is no fio";
+  MountAndCheckOut();
+  // fio begins a file that is too short by deleting it, which no document allows.
+  ASSERT_EQ(Shell("head -c 1048576 /dev/zero >\"$TREE/" + std::string(kFork) + "\"").err, "");
+  const auto result = Shell("fio --name=verify --filename=\"$TREE/" + std::string(kFork) +
+                            "\" --rw=randwrite --bs=4k --size=1m --verify=crc32c --do_verify=1 --overwrite=1 "
+                            "--output=fio.out");
+  EXPECT_EQ(result.status, 0) << result.err << result.out;
+  EXPECT_EQ(OnServer(Path()).size(), std::size_t{1} << 20U);
+}
+
+}  // namespace
+}  // namespace vtdirect_test

@@ -1,0 +1,132 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "hosts/cli/storing/unstored_files.h"
+#include "hosts/mount/writing/command_runner.h"
+#include "hosts/mount/writing/overlay.h"
+#include "hosts/mount/writing/scratch_names.h"
+#include "tests/support/temporary_directory.h"
+
+namespace vtdirect_mount {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using namespace std::chrono_literals;
+
+TEST(ScratchNames, KnowTheFilesOfEditors) {
+  const ScratchNames names;
+  for (const char* name :
+       {"fork.lxz~", ".fork.lxz.swp", ".fork.lxz.swo", ".fork.lxz.swpx", ".fork.lxz.swx", "4913",
+        "#fork.lxz#", ".#fork.lxz", ".~lock.fork.odt#", "lu12ab.tmp", "sedAbc123", ".fork.lxz.Xy12Zz"}) {
+    EXPECT_TRUE(names.Has(name)) << name;
+  }
+  for (const char* name : {"fork.lxz", "4914", "sediment.lxz", "swp", "note.bak", ".hidden"}) {
+    EXPECT_FALSE(names.Has(name)) << name;
+  }
+}
+
+TEST(ScratchNames, TakeMorePatterns) {
+  ScratchNames names;
+  names.Add("*.wip");
+  EXPECT_TRUE(names.Has("a.wip"));
+  names.Clear();
+  EXPECT_FALSE(names.Has("a.wip"));
+  EXPECT_FALSE(names.Has("a~"));
+}
+
+class OverlayTest : public testing::Test {
+ protected:
+  [[nodiscard]] std::shared_ptr<LocalFile> NewFile(const std::string& name) const {
+    const std::string path = directory_.File(name);
+    vtdirect_test::WriteFile(path, name);
+    return std::make_shared<LocalFile>(name, path, open(path.c_str(), O_RDWR | O_CLOEXEC));
+  }
+
+  vtdirect_test::TemporaryDirectory directory_;
+  Overlay overlay_;
+};
+
+TEST_F(OverlayTest, LaysFilesOverAddresses) {
+  const auto file = NewFile("a");
+  overlay_.Lay("//plm/F/a", file);
+  overlay_.Lay("//plm/F/G/b", NewFile("b"));
+  EXPECT_EQ(overlay_.Find("//plm/F/a"), file);
+  EXPECT_EQ(overlay_.Find("//plm/F/c"), nullptr);
+  EXPECT_THAT(overlay_.NamesIn("//plm/F/"), ElementsAre("a"));
+  EXPECT_EQ(overlay_.LayIfFree("//plm/F/a", NewFile("other")), file);
+  overlay_.Take("//plm/F/a", NewFile("another"));
+  EXPECT_EQ(overlay_.Find("//plm/F/a"), file);
+  overlay_.Take("//plm/F/a", file);
+  EXPECT_THAT(overlay_.NamesIn("//plm/F/"), IsEmpty());
+}
+
+TEST_F(OverlayTest, BringsBackWhatNothingTookTheNameOf) {
+  const auto now = Overlay::Clock::now();
+  overlay_.PutAside("//plm/F/a", now);
+  EXPECT_TRUE(overlay_.IsAside("//plm/F/a", now + 59s));
+  EXPECT_FALSE(overlay_.IsAside("//plm/F/a", now + 60s));
+  overlay_.Lay("//plm/F/a", NewFile("a"));
+  EXPECT_FALSE(overlay_.IsAside("//plm/F/a", now));
+  overlay_.PutAside("//plm/F/b", now);
+  overlay_.BringBack();
+  EXPECT_FALSE(overlay_.IsAside("//plm/F/b", now));
+}
+
+TEST_F(OverlayTest, RemovesContentsThatNobodyWaitsFor) {
+  auto gone = NewFile("gone");
+  auto waiting = NewFile("waiting");
+  waiting->Keep(true);
+  gone.reset();
+  waiting.reset();
+  EXPECT_THAT(directory_.Entries(), ElementsAre("waiting"));
+}
+
+TEST(LocalFile, IsDirtyUntilItsLastChangeIsStored) {
+  LocalFile file("a", "/nowhere/a", -1);
+  EXPECT_FALSE(file.isDirty());
+  file.NoteChange(false);
+  EXPECT_FALSE(file.isDue());
+  const auto changes = file.changes();
+  file.NoteChange(true);
+  file.NoteStored(changes);
+  EXPECT_TRUE(file.isDirty());
+  EXPECT_TRUE(file.isDue());
+  file.NoteStored(file.changes());
+  EXPECT_FALSE(file.isDirty());
+  EXPECT_FALSE(file.isDue());
+}
+
+TEST(UnstoredFiles, AreKeptWithAllThatIsKnown) {
+  const vtdirect_test::TemporaryDirectory directory;
+  const vtdirect_cli::UnstoredFiles files(directory.path());
+  ASSERT_EQ(files.Write({"1-0-5", "//plm/F/a b.lxz", "2026-01-31T09:00:00Z", true, "refused\nby it"}), 0);
+  ASSERT_EQ(files.Write({"1-1-5", "//plm/F/b.lxz", "2026-01-31T09:00:00Z", false, ""}), 0);
+  vtdirect_test::WriteFile(directory.File("1-2-5.entry"), "something else\n");
+  auto all = files.All();
+  ASSERT_EQ(all.size(), 3U);
+  EXPECT_EQ(all[0].name, "1-0-5");
+  EXPECT_EQ(all[0].address, "//plm/F/a b.lxz");
+  EXPECT_EQ(all[0].since, "2026-01-31T09:00:00Z");
+  EXPECT_TRUE(all[0].isWhole);
+  EXPECT_EQ(all[0].fault, "refused?by it");
+  EXPECT_FALSE(all[1].isWhole);
+  EXPECT_THAT(all[2].fault, testing::HasSubstr("can't be read"));
+  files.Strike("1-0-5");
+  EXPECT_EQ(files.All().size(), 2U);
+}
+
+TEST(CommandRunner, GivesWhatAFailedCommandSaid) {
+  const CommandRunner runner({"/bin/sh", "-c"}, "/tmp");
+  EXPECT_EQ(runner.Run({"exit 0"}), "");
+  EXPECT_EQ(runner.Run({"echo no >&2; exit 3"}), "no");
+  EXPECT_EQ(runner.Run({"exit 3"}), "/bin/sh failed");
+  EXPECT_EQ(runner.Run({"pwd >&2; exit 1"}), "/tmp");
+  EXPECT_NE(CommandRunner({"/nowhere/program"}, "/tmp").Run({}), "");
+}
+
+}  // namespace
+}  // namespace vtdirect_mount
