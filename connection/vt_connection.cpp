@@ -21,8 +21,7 @@ std::shared_ptr<HttpConnection> RefuseAddress(const std::string& url) {
   failure.url = ShownUrl(exchange);
   failure.serverText =
       "The server was asked by https and names an address with http, to which nothing is sent. If its proxy "
-      "makes "
-      "such addresses, set TransportSettings::httpAddresses (http_addresses of vtdirect) to Upgrade or "
+      "makes such addresses, set TransportSettings::httpAddresses (http_addresses of vtdirect) to Upgrade or "
       "Allow.";
   ReportFailure(failure);
   TracerFor(Follows())(dp::TraceType::Error, "Refused the address %s: %s\n", failure.url.c_str(),
@@ -47,7 +46,9 @@ const char* VtConnection::ODataHeaders() {
 std::string VtConnection::ODataWriteHeaders() {
   std::string line = knowledge_.NonceLine();
   if (line.empty()) line = knowledge_.LearnNonceLine(FetchODataCsrf(http_));
-  return std::string(ODataHeaders()) + "\r\n" + line;
+  std::string headers(ODataHeaders());
+  headers.append("\r\n").append(line);
+  return headers;
 }
 
 std::shared_ptr<HttpConnection> VtConnection::MakeSideConnection(const std::string& url) const {

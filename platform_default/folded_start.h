@@ -6,9 +6,9 @@
 
 namespace vtdirect::platform {
 
-/// Keeps a continuation line out of curl where there is nothing that it could continue: right behind the status
+/// Keeps a continuation line out of curl where there is nothing that it could continue: right after the status
 /// line, where no server may send one. curl 7.88 joins such a line to the last header line of the handle's answer
-/// before, whose memory is free by then, so that any server could write into it.
+/// before, whose memory is free by then.
 ///
 /// curl shows a line before it takes it in, and to its trace function alone. There the blank at its start is
 /// overwritten, which makes it a line of its own, and the exchange is ended when it arrives.

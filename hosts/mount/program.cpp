@@ -147,7 +147,7 @@ struct Parts {
   const auto session = Session::Open(mount, fault);
   if (session == nullptr) return host.output().Fail({ExitCode::Failure, fault});
   parts.log.Write(options.settings.address + " is mounted at " + options.settings.directory);
-  host.output().JsonOnly({{"address", options.settings.address}, {"directory", options.settings.directory}});
+  host.output().JsonOnly({{"path", options.settings.address}, {"directory", options.settings.directory}});
   static_cast<void>(host.output().Flush());
   if (background != nullptr) background->LetGo();
   const ExitCode code = session->Run() ? ExitCode::Ok : ExitCode::Failure;

@@ -198,7 +198,7 @@ CommandRow MountCommand() {
       MountOptions(),
       false,
       RunMount,
-      {{"address", MemberType::Text, nullptr, "the path that is shown, with its closing \"/\""},
+      {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
        DirectoryMember()}};
 }
 

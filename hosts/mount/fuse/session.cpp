@@ -95,6 +95,7 @@ void Session::WatchSignals(pthread_t loop) {
       continue;
     }
     mount_.log().Write(std::string("ends by signal ") + strsignal(signal));
+    isToEnd_ = true;
     fuse_session_exit(session_);
     pthread_kill(loop, wakeUp);
   }
@@ -108,7 +109,8 @@ bool Session::Run() {
   pthread_kill(watch.native_handle(), endOfWatch);
   watch.join();
   fuse_session_unmount(session_);
-  return status >= 0;
+  // A loop that was told to end may be interrupted in the middle of reading a request.
+  return status >= 0 || isToEnd_;
 }
 
 }  // namespace vtdirect_mount

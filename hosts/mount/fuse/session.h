@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <string>
 
@@ -32,6 +33,7 @@ class Session {
 
   Mount& mount_;
   fuse_session* session_;
+  std::atomic<bool> isToEnd_ = false;  ///< by a signal
 };
 
 }  // namespace vtdirect_mount

@@ -74,6 +74,16 @@ class JsonOutput : public VtDirect {
               "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + uid + "\t" + uid + "\t\t\n", 0600);
   }
 
+  void ExpectAllWasShown() {
+    for (const auto& [section, members] : document_) {
+      // These want a mount: the tests of the mount hold what they show.
+      if (section == "mount" || section == "refresh" || section == "unmount") continue;
+      for (const auto& [name, member] : members) {
+        EXPECT_TRUE(seen_[section].contains(name)) << section << " never showed " << name;
+      }
+    }
+  }
+
   void CheckErrors(const std::string& text, const std::string& command) {
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) {
@@ -196,13 +206,7 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "de"}, 8);
   CheckWorkFolder();
 
-  for (const auto& [section, members] : document_) {
-    // These want a mount: the tests of the mount hold what they show.
-    if (section == "mount" || section == "refresh" || section == "unmount") continue;
-    for (const auto& [name, member] : members) {
-      EXPECT_TRUE(seen_[section].contains(name)) << section << " never showed " << name;
-    }
-  }
+  ExpectAllWasShown();
 }
 
 TEST_F(JsonOutput, OfTheOldestGenerationIsWhatTheDocumentSays) {

@@ -30,7 +30,7 @@ TEST_F(MountTest, ReturnsWhenTheTreeIsThereAndIsTakenAwayByUnmount) {
 TEST_F(MountTest, IsToldInJsonToo) {
   Serve();
   EXPECT_EQ(Run({"--json", "mount", "--no-prompt", "//sim", Tree()}).out,
-            R"({"schema":2,"command":"mount","address":"//sim/","directory":")" + Tree() + "\"}\n");
+            R"({"schema":2,"command":"mount","path":"//sim/","directory":")" + Tree() + "\"}\n");
   EXPECT_EQ(Run({"--json", "refresh", Tree()}).out,
             R"({"schema":2,"command":"refresh","directory":")" + Tree() + "\"}\n");
   EXPECT_EQ(Run({"--json", "unmount", Tree()}).out,

@@ -1,43 +1,19 @@
 #include "tests/e2e/platform/raw_server.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <array>
-#include <stdexcept>
 #include <utility>
 
+#include "tests/e2e/platform/loopback.h"
+
 namespace vtdirect_test {
-namespace {
-
-sockaddr_in Loopback(int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  return address;
-}
-
-/// Listens on a free port and tells which.
-int Listen(int backlog, int* port) {
-  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = Loopback(0);
-  socklen_t length = sizeof address;
-  if (bind(listener, reinterpret_cast<sockaddr*>(&address), length) != 0 || listen(listener, backlog) != 0 ||
-      getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-    throw std::runtime_error("no port on 127.0.0.1");
-  }
-  *port = ntohs(address.sin_port);
-  return listener;
-}
-
-}  // namespace
-
 RawServer::RawServer(std::string bytes, When when) : bytes_(std::move(bytes)), when_(when) {
-  listener_ = Listen(16, &port_);
+  const LoopbackListener listening = ListenOnLoopback(16);
+  listener_ = listening.socket;
+  port_ = listening.port;
   acceptor_ = std::thread([this] { Accept(); });
 }
 
@@ -70,7 +46,9 @@ void RawServer::Serve(int socket) const {
 }
 
 FullPort::FullPort(int room) : waiting_(room == 0 ? 8 : 0) {
-  listener_ = Listen(room, &port_);
+  const LoopbackListener listening = ListenOnLoopback(room);
+  listener_ = listening.socket;
+  port_ = listening.port;
   // One of them fills the queue; the others wait as everybody does who comes after them.
   for (int& one : waiting_) {
     one = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);

@@ -1,7 +1,5 @@
 #include "tests/e2e/platform/scripted_server.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <strings.h>
@@ -11,31 +9,11 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <stdexcept>
+
+#include "tests/e2e/platform/loopback.h"
 
 namespace vtdirect_test {
 namespace {
-
-sockaddr_in Loopback(int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  return address;
-}
-
-int Listen(int* port) {
-  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = Loopback(0);
-  socklen_t length = sizeof address;
-  if (listener < 0 || bind(listener, reinterpret_cast<sockaddr*>(&address), length) != 0 ||
-      listen(listener, 64) != 0 ||
-      getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-    throw std::runtime_error("no port on 127.0.0.1");
-  }
-  *port = ntohs(address.sin_port);
-  return listener;
-}
 
 std::vector<std::string> Lines(const std::string& head) {
   std::vector<std::string> lines;
@@ -185,7 +163,10 @@ bool ComesTrue(const std::function<bool()>& condition) {
   return true;
 }
 
-ScriptedServer::ScriptedServer(Script script) : script_(std::move(script)), listener_(Listen(&port_)) {
+ScriptedServer::ScriptedServer(Script script) : script_(std::move(script)) {
+  const LoopbackListener listening = ListenOnLoopback(64);
+  listener_ = listening.socket;
+  port_ = listening.port;
   acceptor_ = std::thread([this] { Accept(); });
 }
 

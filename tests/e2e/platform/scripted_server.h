@@ -89,7 +89,7 @@ class ScriptedServer {
   void Serve(int socket, int number);
   Script script_;
   int port_ = 0;
-  int listener_;
+  int listener_ = -1;
   std::atomic<bool> stopping_{false};
   std::atomic<int> connections_{0};
   std::atomic<int> open_{0};

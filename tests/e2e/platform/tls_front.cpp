@@ -1,7 +1,6 @@
 #include "tests/e2e/platform/tls_front.h"
 
 #include <fcntl.h>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <signal.h>
@@ -11,16 +10,10 @@
 #include <array>
 #include <stdexcept>
 
+#include "tests/e2e/platform/loopback.h"
+
 namespace vtdirect_test {
 namespace {
-
-sockaddr_in Loopback(int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  address.sin_port = htons(static_cast<std::uint16_t>(port));
-  return address;
-}
 
 int ConnectTo(int port) {
   const int plain = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -57,14 +50,9 @@ TlsFront::TlsFront(const std::string& directory, const std::string& name, int po
     throw std::runtime_error("no certificate " + base);
   }
   Demand(demand);
-  listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = Loopback(0);
-  socklen_t length = sizeof address;
-  if (bind(listener_, reinterpret_cast<sockaddr*>(&address), length) != 0 || listen(listener_, 64) != 0 ||
-      getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &length) != 0) {
-    throw std::runtime_error("no port on 127.0.0.1");
-  }
-  port_ = ntohs(address.sin_port);
+  const LoopbackListener listening = ListenOnLoopback(64);
+  listener_ = listening.socket;
+  port_ = listening.port;
   acceptor_ = std::thread([this] { Accept(); });
 }
 

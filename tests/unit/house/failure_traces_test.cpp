@@ -1,37 +1,30 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <regex>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "tests/unit/house/sources.h"
+
 // What people read in a trace and what programs read in an Outcome are said by one function, in one
 // statement.
 namespace {
 
 namespace fs = std::filesystem;
-
-const fs::path root = VTDIRECT_SOURCE_DIRECTORY;
+using vtdirect_house::ReadWhole;
+using vtdirect_house::root;
+using vtdirect_house::SourcesBelow;
 
 std::vector<fs::path> LibrarySources() {
   std::vector<fs::path> files;
   for (const char* folder :
        {"base", "connection", "documents", "browsing", "translation", "server", "public"}) {
-    for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
-      const auto extension = entry.path().extension();
-      if (extension == ".cpp" || extension == ".h") files.push_back(entry.path());
-    }
+    for (const fs::path& file : SourcesBelow(folder)) files.push_back(file);
   }
   return files;
-}
-
-std::string ReadWhole(const fs::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 // The statement that a position is in, up to there.

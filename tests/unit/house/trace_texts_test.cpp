@@ -2,34 +2,21 @@
 
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <regex>
 #include <set>
 #include <string>
 #include <vector>
+
+#include "tests/unit/house/sources.h"
 
 // A trace tells people what happened. The command line decides and reports by reasons, so it needs no trace
 // text, and none that is worded anew can change what it does.
 namespace {
 
 namespace fs = std::filesystem;
-
-const fs::path root = VTDIRECT_SOURCE_DIRECTORY;
-
-std::vector<fs::path> SourcesBelow(const std::string& folder) {
-  std::vector<fs::path> files;
-  for (const auto& entry : fs::recursive_directory_iterator(root / folder)) {
-    const auto extension = entry.path().extension();
-    if (extension == ".cpp" || extension == ".h") files.push_back(entry.path());
-  }
-  return files;
-}
-
-std::string ReadWhole(const fs::path& path) {
-  std::ifstream file(path);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
+using vtdirect_house::ReadWhole;
+using vtdirect_house::root;
+using vtdirect_house::SourcesBelow;
 
 // How the texts begin that the library and its platform trace, up to the first value in them.
 std::set<std::string> BeginningsOfTraces() {
