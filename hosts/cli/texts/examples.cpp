@@ -79,6 +79,21 @@ using Table = std::map<std::string_view, std::vector<const char*>>;
   };
 }
 
+// In a work folder that was cloned from the folder Frame.
+[[nodiscard]] Table WorkFolderExamples() {
+  return {
+      {"clone",
+       {"vtdirect clone '//plm/Products/Trekking Bike/Folders/Frame/'",
+        "vtdirect clone '//plm/Products/Trekking Bike/Folders/' bike"}},
+      {"st", {"vtdirect st", "vtdirect st --all"}},
+      {"pull", {"vtdirect pull", "vtdirect --quiet pull"}},
+      {"commit", {"vtdirect commit fork.lxz", "vtdirect commit"}},
+      {"revert", {"vtdirect revert fork.lxz", "vtdirect --json revert fork.lxz"}},
+      {"diff", {"vtdirect diff fork.lxz", "VTDIRECT_DIFF=cmp vtdirect diff fork.lxz"}},
+      {"log", {"vtdirect log fork.lxz", "vtdirect --json log fork.lxz"}},
+  };
+}
+
 [[nodiscard]] Table MountExamples() {
   return {
       {"mount", {"vtdirect mount //plm/ ~/plm", "vtdirect mount --write //plm/ ~/plm"}},
@@ -107,6 +122,7 @@ using Table = std::map<std::string_view, std::vector<const char*>>;
 [[nodiscard]] Table AllExamples() {
   Table all = ReadingExamples();
   all.merge(ChangingExamples());
+  all.merge(WorkFolderExamples());
   all.merge(MountExamples());
   all.merge(TranslationExamples());
   return all;

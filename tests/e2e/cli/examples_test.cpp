@@ -18,6 +18,9 @@ const std::map<std::string, std::vector<std::vector<std::string>>> kPreparations
 // These want what a test can't give: a mount, a terminal, or a server of the internet's.
 const std::set<std::string> kElsewhere = {"mount", "refresh", "unmount", "login"};
 
+// These are about a work folder that is there, with a file that was changed.
+const std::set<std::string> kInWorkFolder = {"st", "pull", "commit", "revert", "diff", "log"};
+
 std::string WithoutServerOfOthers(std::string line, const std::string& url) {
   const std::string other = "https://plm.example/vt";
   const std::size_t at = line.find(other);
@@ -74,6 +77,11 @@ class Examples : public CheckoutTest {
     WriteFile(
         Here("manual.xlf"),
         "<xliff version='2.0' srcLang='en' xmlns='urn:oasis:names:tc:xliff:document:2.0'><file/></xliff>");
+    std::filesystem::remove_all(Here("Frame"));
+    if (kInWorkFolder.contains(command)) {
+      EXPECT_EQ(Run({"clone", "//plm/Products/Trekking Bike/Folders/Frame/", "Frame"}).status, 0) << command;
+      WriteFile(Here("Frame/fork.lxz"), "changed");
+    }
     const auto preparation = kPreparations.find(command);
     if (preparation == kPreparations.end()) return;
     for (const auto& words : preparation->second) {
@@ -81,9 +89,9 @@ class Examples : public CheckoutTest {
     }
   }
 
-  ProcessResult RunLine(const std::string& line) {
+  ProcessResult RunLine(const std::string& line, const std::string& directory) {
     Process process({"/bin/sh", "-c", WithoutServerOfOthers(line, server().url())},
-                    ProcessOptions{environment_, Here(""), "", 0});
+                    ProcessOptions{environment_, directory, "", 0});
     return process.Wait();
   }
 };
@@ -107,7 +115,7 @@ TEST_F(Examples, OfEveryHelpTextDoWhatTheySay) {
       // A file that others may see is none for a test.
       for (std::size_t at = 0; (at = line.find("/tmp/")) != std::string::npos;)
         line.replace(at, 5, Home("") + "/");
-      const ProcessResult result = RunLine(line);
+      const ProcessResult result = RunLine(line, Here(kInWorkFolder.contains(command) ? "Frame" : ""));
       EXPECT_EQ(result.status, 0) << line << "\n" << result.err;
     }
   }
