@@ -41,7 +41,7 @@ TEST(HarDocument, HasTheFormThatOthersRead) {
   EXPECT_STREQ(log["creator"]["name"].GetString(), "vtdirect");
   ASSERT_EQ(log["entries"].Size(), 1U);
   const auto& entry = log["entries"][0];
-  EXPECT_STREQ(entry["startedDateTime"].GetString(), "2026-09-21T13:33:20.007Z");
+  EXPECT_STREQ(entry["startedDateTime"].GetString(), "2026-09-21T14:13:20.007Z");
   EXPECT_EQ(entry["time"].GetDouble(), 46.5);
   EXPECT_STREQ(entry["request"]["method"].GetString(), "POST");
   EXPECT_STREQ(entry["request"]["url"].GetString(),

@@ -45,7 +45,7 @@ TEST(SeenWay, TellsWhoseCertificateItIsAndWarnsBeforeItsEnd) {
   ASSERT_TRUE(good);
   EXPECT_EQ(good->state, Finding::State::Ok);
   EXPECT_EQ(good->seen, "CN = plm.example, issued by CN = Company CA, valid until 2027-09-21");
-  exchange.certificates[0].notAfter = "Oct  1 13:33:20 2026 GMT";
+  exchange.certificates[0].notAfter = "Oct  1 14:13:20 2026 GMT";
   const auto soon = CertificateSeen({exchange}, kNow);
   EXPECT_EQ(soon->state, Finding::State::Warning);
   EXPECT_EQ(soon->advice, "it ends within 10 days; tell whoever runs the server");
