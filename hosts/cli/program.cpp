@@ -138,6 +138,10 @@ void BoundTheFolderScan() {
     std::cout << ManualPage();
   } else if (std::strcmp(argv[2], "completion") == 0) {
     std::cout << BashCompletion();
+  } else if (std::strcmp(argv[2], "zsh-completion") == 0) {
+    std::cout << ZshCompletion();
+  } else if (std::strcmp(argv[2], "fish-completion") == 0) {
+    std::cout << FishCompletion();
   } else if (std::strcmp(argv[2], "json-output") == 0) {
     std::cout << JsonDocument();
   } else {
