@@ -138,8 +138,9 @@ class Examination {
   }
 
   void LookAtServices() {
-    // It is answered by what the services are asked for.
-    static_cast<void>(VtDirectManager::CanPathShowDetails(("//" + server_.nickname + "/Products/").c_str()));
+    // How a listing is made depends on them, so the first one asks for them.
+    static_cast<void>(ListPath("//" + server_.nickname + "/Products/", VtDirectManager::ReadDirFolders,
+                               [](const VtDirectManager::DirEntryExt&) { return false; }));
     const std::string services = ServicesSeen(Seen());
     if (!services.empty()) return Tell({"services", Finding::State::Ok, services, {}});
     Tell(

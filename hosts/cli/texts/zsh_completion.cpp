@@ -70,7 +70,7 @@ namespace {
   std::string out = "  case \"$command\" in\n";
   for (const CommandRow& row : Commands()) {
     out += "    " + Quoted(row.name) + ") operands=" + Quoted(WordsOf(OperandKindsOf(row))) + "\n";
-    out += "      options+=(" + Offers(row.options) + ")\n      case \"$previous\" in\n" +
+    out += "      offers+=(" + Offers(row.options) + ")\n      case \"$previous\" in\n" +
            ValueCases(row.options, "        ") + "      esac ;;\n";
   }
   return out + "  esac\n";
@@ -103,18 +103,18 @@ constexpr const char* kFindCommand =
     "  local -a second\n"
     "  for ((i = 2; i < CURRENT; i++)); do\n"
     "    word=\"${words[i]}\"\n"
-    "    if [[ -z \"$command\" && -n \"${(M)commands:#${word}:*}\" ]]; then\n"
+    "    if [[ -z \"$command\" ]] && (( ${firstWords[(I)${word}:*]} )); then\n"
     "      command=\"$word\"\n"
     "      _vtdirect_second\n"
-    "    elif [[ -n \"${(M)second:#${word}:*}\" ]]; then\n"
+    "    elif (( ${second[(I)${word}:*]} )); then\n"
     "      command=\"$command $word\"\n"
     "      second=()\n"
     "    fi\n"
     "  done\n";
 
 constexpr const char* kOffer =
-    "  if [[ \"$PREFIX\" == -* ]]; then _describe option options; return; fi\n"
-    "  if [[ -z \"$command\" ]]; then _describe command commands; return; fi\n"
+    "  if [[ \"$PREFIX\" == -* ]]; then _describe option offers; return; fi\n"
+    "  if [[ -z \"$command\" ]]; then _describe command firstWords; return; fi\n"
     "  if (( ${#second} )); then _describe command second; return; fi\n"
     "  [[ \"$operands\" == *remote* ]] && _vtdirect_remote\n"
     "  [[ \"$operands\" == *nick* ]] && _vtdirect_nicknames\n"
@@ -127,7 +127,7 @@ std::string ZshCompletion() {
   return "#compdef vtdirect\n# Completion of vtdirect for zsh. Made by \"vtdirect --generate "
          "zsh-completion\".\n" +
          std::string(kFunctions) + "_vtdirect_second() {\n" + GroupCases() + "}\n_vtdirect() {\n" +
-         "  local -a options commands\n  options=(" + Offers(GlobalOptions()) + ")\n  commands=(" +
+         "  local -a offers firstWords\n  offers=(" + Offers(GlobalOptions()) + ")\n  firstWords=(" +
          FirstWords() + ")\n" + kFindCommand + "  case \"$previous\" in\n" +
          ValueCases(GlobalOptions(), "    ") + "  esac\n" + CommandCases() + kOffer + "}\n_vtdirect \"$@\"\n";
 }

@@ -38,16 +38,20 @@ class LogHttp : public CheckoutTest {
     return har;
   }
 
-  // The nonce that the server gives to everybody of this session, read past the product.
   static void ExpectNoSecret(const std::string& text) {
     EXPECT_THAT(text, Not(HasSubstr("Canary")));
     EXPECT_THAT(text, Not(HasSubstr("YW5uYTp")));  // the start of a Basic login of anna's
     EXPECT_THAT(text, Not(HasSubstr("new content")));
     EXPECT_THAT(text, Not(HasSubstr("/servlet/content/upload/")));
   }
+
+  std::string uploads_;
 };
 
 TEST_F(LogHttp, HasEveryExchangeOfAStoreWithoutASecret) {
+  environment_["VTDIRECT_SERVER_uploads"] = uploads_;
+  environment_["VTDIRECT_SERVER_here"] = server().url();
+  environment_["VTDIRECT_SERVER_here__LOGIN_ALSO_FOR"] = "uploads";
   const ProcessResult result = Run({"--log-http", "log.har", "put", "f", kForkPath});
   ASSERT_EQ(result.status, 0) << result.err;
   const std::string text = ReadFile(Here("log.har"));
@@ -75,6 +79,7 @@ TEST_F(LogHttp, HasEveryExchangeOfAStoreWithoutASecret) {
   EXPECT_EQ(methods.count("POST"), 1U);
   EXPECT_TRUE(hasLogin);
   EXPECT_TRUE(hasNonce);
+  EXPECT_THAT(text, HasSubstr("\"url\":\"" + uploads_ + "***\""));
   EXPECT_THAT(text, HasSubstr("/servlet/rest/v1/dkm/documents/"));
   struct stat facts = {};
   ASSERT_EQ(stat(Here("log.har").c_str(), &facts), 0);
