@@ -161,6 +161,11 @@ class Editing {
     if (!isKept && !kept_.HasUnstored() && kept_.stage() == EditStage::Begun) kept_.Remove();
     if (failure.code == ExitCode::Interrupted) {
       if (isKept) host_.output().Warning(place);
+      // Between two steps nobody else tells it.
+      if (!isKept && kept_.stage() == EditStage::CheckedOut && IsCheckedOutHere()) {
+        host_.output().Warning(address_ + " is checked out; " + CommandToType("undo", address_) +
+                               " ends that");
+      }
       return failure.code;
     }
     if (isKept) failure.advice += (failure.advice.empty() ? "" : "; ") + place;

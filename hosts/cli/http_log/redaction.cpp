@@ -8,6 +8,8 @@ namespace vtdirect_cli {
 namespace {
 
 constexpr std::size_t kShortestSecret = 6;
+// Every text of a log is searched for each of them. A server that sends a new cookie with every answer has many.
+constexpr std::size_t kMostSecrets = 256;
 
 // In small letters.
 constexpr std::array<std::string_view, 26> kHarmlessHeaders{"accept",
@@ -271,7 +273,7 @@ std::string RedactedJson(std::string_view text) {
 }
 
 void KnownSecrets::Add(std::string_view text) {
-  if (text.size() < kShortestSecret || text == hiddenText) return;
+  if (text.size() < kShortestSecret || text == hiddenText || texts_.size() >= kMostSecrets) return;
   if (!Holds(texts_, text)) texts_.emplace_back(text);
 }
 
@@ -280,6 +282,8 @@ void KnownSecrets::AddFromHeader(std::string_view name, std::string_view value) 
   if (shown == value) return;
   const std::string lower = LowerCase(name);
   if (lower == "location" || lower == "content-location") return;
+  // What a Digest login sends is another text each time, and of use nowhere else.
+  if (LowerCase(value).starts_with("digest ")) return;
   Add(value);
   const std::size_t blank = value.find(' ');
   const std::string_view rest =

@@ -27,7 +27,8 @@ inline constexpr std::string_view hiddenText = "***";
 /// addresses as RedactedUrl leaves them.
 [[nodiscard]] std::string RedactedJson(std::string_view text);
 
-/// The secrets that go over the wire, so that they are found wherever else they turn up.
+/// The first secrets that go over the wire, so that they are found wherever else they turn up, too: in the places where
+/// they belong, the functions above hide them, however many there are.
 class KnownSecrets {
  public:
   /// Adds a text if it is long enough to be one: a shorter one is in many words by chance.
