@@ -123,15 +123,15 @@ ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
   CheckoutState standing;
   auto refusal = FindWorkingCopy(host, ending.address, ending.workingCopy);
   if (!refusal) refusal = RefusalOfEnd(host, end, ending.address, ending.workingCopy, standing);
+  if (refusal) return report.Fail(*refusal);
   if (Interrupted()) return report.Report();
-  if (refusal) return host.output().Fail(*refusal);
   if (const auto kept = CheckoutBook().Find(ending.workingCopy)) ending.document = kept->document;
   ending.hadEnded = HasEnded(standing.status);
 
-  report.Tell("whether the checkout of " + ending.address + " has ended is not known; " +
-              AdviceAfterEnd(end, ending.workingCopy));
+  report.TellOfOpenChange("whether the checkout of " + ending.address + " has ended is not known; " +
+                          AdviceAfterEnd(end, ending.workingCopy));
   const auto failure = Perform(host, ending);
-  if (failure) return Interrupted() ? report.Report() : host.output().Fail(*failure);
+  if (failure) return report.Fail(*failure);
   report.Tell(DoneTo(ending) + "; the UID to go on with is " + ending.uid);
   ReadVersion(ending);
   const ExitCode code = Report(host, ending);

@@ -135,8 +135,9 @@ void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
 }
 
 [[nodiscard]] std::optional<Failure> CheckIn(Host& host, Put& put, InterruptionReport& report) {
-  report.Tell("the file is stored in the working copy " + put.uid +
-              ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) + " tells");
+  report.TellOfOpenChange("the file is stored in the working copy " + put.uid +
+                          ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) +
+                          " tells");
   ForgetReasons();
   JournaledStep step(host, {{}, {}, "checkin", put.request.address, put.uid, {}, {}});
   const std::string uid = VtDirectManager::Checkin(put.uid.c_str());
@@ -144,6 +145,7 @@ void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
     step.SettleUnlessUnknown();
     return PutCheckInFailure(host, put.uid);
   }
+  report.Tell("the file is stored and checked in; the UID to go on with is " + uid);
   WarnOfLeftWorkspace(host);
   ForgetCheckout(host, put.uid);
   step.Settle();
@@ -197,15 +199,11 @@ void Report(Host& host, const Put& put) {
                      CommandToType("browse-url", put.uid) + " leads"};
 }
 
-ExitCode FailOrReport(Host& host, const Failure& failure, InterruptionReport& report) {
-  return failure.code == ExitCode::Interrupted ? report.Report() : host.output().Fail(failure);
-}
-
 ExitCode RunPut(Host& host, const Arguments& arguments) {
   Put put;
   InterruptionReport report(host, "put");
   if (const auto failure = Settle(host, arguments, put)) {
-    return FailOrReport(host, WithNothingSent(*failure), report);
+    return report.Fail(WithNothingSent(*failure));
   }
 
   JournaledStep step(host, EntryOf(put));
@@ -213,16 +211,16 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
   if (!put.outcome.stored) {
     step.SettleUnlessUnknown();
     if (Interrupted()) return report.Report();
-    return FailOrReport(host, PutFailure(host, put.request, put.target, put.outcome), report);
+    return report.Fail(PutFailure(host, put.request, put.target, put.outcome));
   }
   put.uid = UidOf(put);
-  if (put.uid.empty()) return FailOrReport(host, NoDocument(host, put), report);
+  if (put.uid.empty()) return report.Fail(NoDocument(host, put));
   LookAtResult(host, put, report);
   step.Settle();
-  if (const auto failure = CreatedElsewhere(put)) return FailOrReport(host, *failure, report);
+  if (const auto failure = CreatedElsewhere(put)) return report.Fail(*failure);
   if (put.request.checkIn && LeavesWorkingCopy(put)) {
     if (Interrupted()) return report.Report();
-    if (const auto failure = CheckIn(host, put, report)) return FailOrReport(host, *failure, report);
+    if (const auto failure = CheckIn(host, put, report)) return report.Fail(*failure);
   }
   Report(host, put);
   return ExitCode::Ok;

@@ -149,14 +149,15 @@ void AskOfTemporaryCopy(Verification& found) {
 
 // Checks the document out anew. The server has said that nobody holds it.
 [[nodiscard]] std::optional<Failure> Renew(Host& host, Verification& found, InterruptionReport& report) {
-  report.Tell("whether " + found.address + " is checked out anew is not known; " +
-              CommandToType("status", found.uid) + " tells");
+  report.TellOfOpenChange("whether " + found.address + " is checked out anew is not known; " +
+                          CommandToType("status", found.uid) + " tells");
   JournaledStep step(host, {{}, {}, "checkout", found.address, found.uid, {}, {}});
   const std::string uid = CheckOutDocument(found.uid);
   if (uid.empty()) {
     step.SettleUnlessUnknown();
     return CheckoutFailure(host, found.address, found.uid);
   }
+  report.Tell(found.address + " is checked out anew; its working copy is " + uid);
   static_cast<void>(KeepCheckout(host, found.kept ? found.kept->document : found.uid, uid));
   step.Settle();
   found.uid = uid;
@@ -222,7 +223,7 @@ ExitCode RunVerify(Host& host, const Arguments& arguments) {
   ForgetReasons();
   auto refusal = FindWorkingCopy(host, found.address, found.workingCopy);
   if (!refusal && found.workingCopy.empty()) refusal = Diagnose(host, found.address, true);
-  if (refusal) return Interrupted() ? report.Report() : host.output().Fail(*refusal);
+  if (refusal) return report.Fail(*refusal);
   found.kept = CheckoutBook().Find(found.workingCopy);
   if (!found.kept) found.kept = KeptOfOlderIteration(found.workingCopy);
   if (found.kept) found.workingCopy = found.kept->uid;
@@ -231,7 +232,7 @@ ExitCode RunVerify(Host& host, const Arguments& arguments) {
   if (!failure && arguments.Has("renew") && found.isGone() && !Interrupted()) {
     failure = Renew(host, found, report);
   }
-  if (failure) return Interrupted() ? report.Report() : host.output().Fail(*failure);
+  if (failure) return report.Fail(*failure);
   report.Tell("the UID to go on with is " + found.uid);
   UpdateBook(host, found);
   const ExitCode code = Report(host, found);

@@ -82,12 +82,9 @@ void Report(Host& host, const XliffPut& put, const SourceXliff& after) {
 ExitCode RunXliffPut(Host& host, const Arguments& arguments) {
   InterruptionReport report(host, "xliff put");
   const auto settled = Settle(host, arguments);
-  if (!settled) {
-    const bool isInterrupted = settled.failure().code == ExitCode::Interrupted;
-    return isInterrupted ? report.Report() : host.output().Fail(settled.failure());
-  }
+  if (!settled) return report.Fail(settled.failure());
   const XliffPut& put = *settled;
-  report.Tell(UnknownEnd(put));
+  report.TellOfOpenChange(UnknownEnd(put));
   ForgetReasons();
   const std::string& file = put.file.path;
   JournaledStep step(host,
@@ -96,14 +93,16 @@ ExitCode RunXliffPut(Host& host, const Arguments& arguments) {
                                           put.language.c_str())) {
     step.SettleUnlessUnknown();
     if (Interrupted()) return report.Report();
-    return host.output().Fail(SendingFailure(host, put));
+    return report.Fail(SendingFailure(host, put));
   }
+  report.Tell("the server has taken " + put.file.path + "; " +
+              XliffCommandFor("source", put.subject.address) + " tells its UID");
   const SourceXliff after = FindSourceXliff(put.subject);
   if (Interrupted()) return report.Report();
   // Of an upload that went through, its link alone can be open.
   if (!after.uid.empty()) step.Settle();
   if (after.uid.empty() || after.uid == put.before.uid) {
-    return host.output().Fail(UnlinkedFailure(host, put, after));
+    return report.Fail(UnlinkedFailure(host, put, after));
   }
   Report(host, put, after);
   return ExitCode::Ok;

@@ -127,6 +127,16 @@ TEST_F(OutputTest, LeavesOutWhatAServerDidNotTell) {
             "\"step\":\"download\",\"may_have_happened\":false}\n");
 }
 
+TEST_F(OutputTest, WritesWhetherAChangeIsOpenThatWasInterrupted) {
+  output_.Configure("checkin", true, false);
+  Failure failure{ExitCode::Interrupted, "interrupted"};
+  failure.changeIsOpen = true;
+  static_cast<void>(output_.Fail(failure));
+  EXPECT_EQ(err_.str(),
+            "{\"schema\":2,\"command\":\"checkin\",\"error\":\"interrupted\",\"exit\":130,"
+            "\"message\":\"interrupted\",\"retryable\":false,\"may_have_happened\":true}\n");
+}
+
 TEST_F(OutputTest, WritesAWarningAsJsonToo) {
   output_.Warning("left behind\x1B");
   output_.Configure("undo", true, true);
