@@ -197,15 +197,16 @@ Failure CheckoutFailure(Host& host, const std::string& address, const std::strin
   return WithStanding(failed, OutcomeOfCheckout(host, address, uid));
 }
 
-std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::string& address,
-                                    const std::string& uid, CheckoutState& standing) {
+Result<CheckoutState> RequireCheckout(Host& host, CheckoutEnd end, const std::string& address,
+                                      const std::string& uid) {
   if (uid.empty()) return NotFound(host, address);
-  standing = ReadCheckoutState(uid);
+  const CheckoutState standing = ReadCheckoutState(uid);
   const std::string verify = CommandToType("verify", uid) + " tells what stands";
   switch (standing.status) {
     case VtDirectManager::CheckoutInTempWorkspace:
     case VtDirectManager::CheckoutInWorkspace:
-      return HasWorkspace(uid) ? std::nullopt : std::optional(RefusedUnknownCopy(address));
+      if (!HasWorkspace(uid)) return RefusedUnknownCopy(address);
+      return standing;
     case VtDirectManager::CheckoutByOther:
       return RefusedAs(FailureClass::Locked, address + " is checked out by " + standing.user,
                        "only they can end that checkout");
@@ -217,7 +218,7 @@ std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::stri
     case VtDirectManager::CheckoutNone:
     case VtDirectManager::CheckoutNotPossible:
       if (!IsTemporaryCopy(uid)) return Refused(address + " is not checked out", "");
-      if (end == CheckoutEnd::Undo) return std::nullopt;
+      if (end == CheckoutEnd::Undo) return standing;
       return Refused("the checkout of " + address + " does not stand any more", verify);
     case VtDirectManager::CheckoutUnsupported:
       return Refused("the server of " + address + " offers no checkout", "");

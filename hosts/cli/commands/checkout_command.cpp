@@ -44,7 +44,7 @@ ExitCode RunCheckout(Host& host, const Arguments& arguments) {
   if (Interrupted()) return report.Report();
 
   report.TellOfOpenChange(UnknownEnd(address));
-  JournaledStep step(host, {{}, {}, "checkout", address, document, {}, {}});
+  JournaledStep step(host, {"checkout", address, document});
   const std::string uid = CheckOutDocument(document);
   if (uid.empty()) {
     step.SettleUnlessUnknown();

@@ -30,7 +30,7 @@ ExitCode RunXliffPublish(Host& host, const Arguments& arguments) {
   report.TellOfOpenChange("whether " + subject.address +
                           " is marked as published is not known; the same command can be given again");
   ForgetReasons();
-  JournaledStep step(host, {{}, {}, "xliff publish", subject.address, subject.uid, {}, {}});
+  JournaledStep step(host, {"xliff publish", subject.address, subject.uid});
   if (!VtDirectManager::SetXliffPublished(subject.uid.c_str())) {
     step.SettleUnlessUnknown();
     return report.Fail(NotMarked(host, subject));

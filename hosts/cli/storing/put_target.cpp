@@ -182,6 +182,14 @@ namespace {
 
 }  // namespace
 
+const ActionWords& WordsOf(PutTarget::Action action) {
+  static constexpr ActionWords create = {"create", "created", "creating "};
+  static constexpr ActionWords iterate = {"iterate", "iterated", "making a new iteration of "};
+  static constexpr ActionWords store = {"store", "stored", "storing into the working copy "};
+  if (action == PutTarget::Action::Create) return create;
+  return action == PutTarget::Action::Iterate ? iterate : store;
+}
+
 std::string PathToStoreAt(const PutTarget& target) {
   return target.hasNamesake ? target.address + "|-.0" : target.address;
 }
