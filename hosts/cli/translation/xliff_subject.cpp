@@ -90,7 +90,7 @@ Result<std::string> ReadLanguage(const Arguments& arguments) {
 }
 
 Failure DiagnoseXliff(Host& host, const XliffSubject& subject, const Failure& otherwise) {
-  // The document was found a moment ago, so the server is of the right kind, and is not asked for either again.
+  // The document was found on this server a moment ago: neither of them is asked for again.
   if (auto failure = ServerFailureByReason(host, ServerOf(subject))) return *failure;
   const auto reason = LastReason();
   Failure failure = MayLackTranslation(subject, reason) ? Unanswered(subject, otherwise) : otherwise;
