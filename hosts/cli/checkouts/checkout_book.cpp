@@ -124,9 +124,9 @@ Result<std::string> FindWorkingCopy(Host& host, const std::string& address) {
   if (uid.empty()) return uid;
   if (auto failure = RefusalOfAnotherPlace(address, uid)) return *failure;
   if (CheckoutBook().Find(uid)) return WithWorkspace(UidToGoOnWith(host, uid));
-  const CopySearch found = CopyToGoOnWith(host, address, ReadCheckoutState(uid).status, uid);
-  if (found.failure) return *found.failure;
-  return WithWorkspace(found.uid);
+  const auto found = CopyToGoOnWith(host, address, ReadCheckoutState(uid).status, uid);
+  if (!found) return found.failure();
+  return WithWorkspace(found->uid);
 }
 
 bool KeepCheckout(Host& host, const std::string& address, const std::string& uid) {
