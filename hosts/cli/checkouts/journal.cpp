@@ -39,7 +39,10 @@ namespace {
   const auto fields = FieldsOfLine(line);
   if (!fields || fields->size() != 7) return std::nullopt;
   const auto& field = *fields;
-  return JournalEntry{field[2], field[3], field[4], field[5], field[6], field[0], field[1]};
+  JournalEntry entry(field[2], field[3], field[4], field[5], field[6]);
+  entry.writer = field[0];
+  entry.since = field[1];
+  return entry;
 }
 
 }  // namespace

@@ -10,14 +10,22 @@ namespace vtdirect_cli {
 
 /// A change on a server that was begun, and of which it is not known here how it ended.
 struct JournalEntry {
-  std::string step;         ///< checkout, checkin, undo, create, iterate, store, xliff put or xliff publish
-  std::string address;      ///< as it was given
-  std::string uid;          ///< the document's or the working copy's; for create the path
-  std::string file = {};    ///< the local file that is stored; empty without one
-  std::string sha256 = {};  ///< of its bytes
+  JournalEntry(std::string aStep, std::string anAddress, std::string aUid, std::string aFile = {},
+               std::string aSum = {})
+      : step(std::move(aStep)),
+        address(std::move(anAddress)),
+        uid(std::move(aUid)),
+        file(std::move(aFile)),
+        sha256(std::move(aSum)) {}
+
+  std::string step;     ///< checkout, checkin, undo, create, iterate, store, xliff put or xliff publish
+  std::string address;  ///< as it was given
+  std::string uid;      ///< the document's or the working copy's; for create the path
+  std::string file;     ///< the local file that is stored; empty without one
+  std::string sha256;   ///< of its bytes
   /// The process that wrote it, so that one under way can be told from one that was lost. Filled in by Write.
-  std::string writer = {};
-  std::string since = {};  ///< UTC, as 2026-01-31T09:00:00Z. Filled in by Write.
+  std::string writer;
+  std::string since;  ///< UTC, as 2026-01-31T09:00:00Z. Filled in by Write.
 };
 
 /// The file beside the list of checkouts that holds each change from before it is sent until its answer is
