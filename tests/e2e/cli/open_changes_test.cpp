@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <atomic>
 
 #include "tests/e2e/cli/checkout_fixture.h"
@@ -8,7 +9,6 @@
 #include "tests/e2e/cli/xliff_fixture.h"
 
 using testing::HasSubstr;
-using testing::Not;
 
 namespace vtdirect_test {
 namespace {
