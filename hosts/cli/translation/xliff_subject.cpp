@@ -53,12 +53,6 @@ constexpr int kNotFound = 404;
   return isUnknown && !AnswersQuestions(subject);
 }
 
-// Whether the server has said that the document has no source XLIFF.
-[[nodiscard]] bool HasNone(const XliffSubject& subject, const std::optional<Reason>& reason) {
-  if (!reason || reason->kind != FailureKind::NotFound) return false;
-  return reason->httpStatus != kNotFound || AnswersQuestions(subject);
-}
-
 [[nodiscard]] Failure Unanswered(const XliffSubject& subject, const Failure& otherwise) {
   const std::string text = "the server answers no question about the translations of " + subject.address +
                            ", and may lack its add-on for them";
@@ -113,7 +107,10 @@ std::optional<SourceXliff> AskForSourceXliff(const XliffSubject& subject) {
   for (int tries = 0; tries < 2; ++tries) {
     const VtDirectManager::Outcome outcome;
     const SourceXliff source = FindSourceXliff(subject);
-    if (source.linked || HasNone(subject, outcome.Cause())) return source;
+    if (source.linked) return source;
+    const auto reason = outcome.Cause();
+    if (!reason || reason->kind != FailureKind::NotFound) continue;
+    return MayLackTranslation(subject, reason) ? std::nullopt : std::optional(source);
   }
   return std::nullopt;
 }
