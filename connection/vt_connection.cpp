@@ -23,9 +23,8 @@ std::shared_ptr<HttpConnection> RefuseAddress(const std::string& url) {
   failure.platformText =
       "The server was asked by https and names an address with http, to which nothing is sent";
   failure.serverText =
-      "If its proxy makes such addresses, set TransportSettings::httpAddresses (http_addresses of vtdirect) "
-      "to "
-      "Upgrade or Allow.";
+      "If its proxy makes such addresses, set TransportSettings::httpAddresses "
+      "(http_addresses of vtdirect) to Upgrade or Allow.";
   ReportFailure(failure);
   TracerFor(Follows())(dp::TraceType::Error, "Refused the address %s: %s. %s\n", failure.url.c_str(),
                        failure.platformText.c_str(), failure.serverText.c_str());
