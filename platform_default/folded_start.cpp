@@ -1,8 +1,23 @@
 #include "platform_default/folded_start.h"
 
+#include <algorithm>
 #include <string_view>
 
+#include "platform_default/characters.h"
+
 namespace vtdirect::platform {
+namespace {
+
+// curl takes capitals and small letters for the same. What came before can't be gone by: the empty line that ends an
+// interim answer is not shown.
+bool BeginsStatusLine(std::string_view line) {
+  constexpr std::string_view beginning = "http/";
+  return line.size() >= beginning.size() &&
+         std::equal(beginning.begin(), beginning.end(), line.begin(),
+                    [](char wanted, char byte) { return wanted == ToAsciiLower(byte); });
+}
+
+}  // namespace
 
 void FoldedStart::Attach(CURL* handle) {
   curl_easy_setopt(handle, CURLOPT_DEBUGFUNCTION, &OnTrace);
@@ -17,7 +32,7 @@ int FoldedStart::OnTrace(CURL*, curl_infotype type, char* data, std::size_t size
     *data = 'x';
     start.met_ = true;
   }
-  start.behindStatusLine_ = std::string_view(data, size).starts_with("HTTP/");
+  start.behindStatusLine_ = BeginsStatusLine({data, size});
   return 0;
 }
 

@@ -133,8 +133,10 @@ constexpr int kFirstOfServerErrors = 500;
   const std::string url = VtDirectManager::GetServerURL(path.c_str());
   if (const auto failure = DiagnoseServer(host, url)) return *failure;
   if (delivered > 0) {
-    return {ExitCode::Incomplete, "the listing of " + path + " broke off after " + std::to_string(delivered) +
-                                      (delivered == 1 ? " entry" : " entries")};
+    const std::string text = "the listing of " + path + " broke off after " + std::to_string(delivered) +
+                             (delivered == 1 ? " entry" : " entries");
+    const std::string why = NetworkHint(reason);
+    return {ExitCode::Incomplete, why.empty() ? text : text + ": " + why};
   }
   // FileExists and not FileOrFolderExists: that one is true of a folder's path without its "/", too.
   const std::string directory = WithClosingSlash(path);
