@@ -22,8 +22,8 @@ class FoldedStart {
 
   // What curl tells of the exchange, each to be told before anything else is done about it.
 
-  /// A connection is made. A proxy on it may answer before the server is asked, and shows its lines to the trace
-  /// function alone.
+  /// A connection is made. A proxy on it may answer before the server is asked. curl keeps nothing of such an answer,
+  /// and shows its lines to the trace function alone; one that begins so ends the exchange like a server's.
   void ConnectionBegins() { Watch(true); }
   /// The request goes out, on a connection that is ready.
   void RequestStarts() { Watch(false); }

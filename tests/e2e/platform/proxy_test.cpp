@@ -74,26 +74,6 @@ TEST_F(Proxy, OfTheEnvironmentIsAskedForATunnelByEachOfItsNames) {
   }
 }
 
-// curl would join such a line to what it has kept of the answer before. Its lines reach none of our functions.
-TEST_F(Proxy, MayBeginItsRefusalOfATunnelWithAContinuationLine) {
-  if (!vtdirect_test::HaveOpenSsl())
-    GTEST_SKIP() << "the openssl program, which makes certificates, is missing";
-  const vtdirect_test::TemporaryDirectory directory;
-  vtdirect_test::Trust(vtdirect_test::MakeCertificate(directory.path(), "server", "IP:127.0.0.1"));
-  ScriptedServer server([](Peer& peer, WireRequest&) {
-    peer.Answer(200, "direct", "Connection: close\r\n");
-    peer.Close();
-  });
-  const vtdirect_test::TlsFront front(directory.path(), "server", server.port());
-  ScriptedServer proxy(
-      [](Peer& peer, WireRequest&) { peer.Send("HTTP/1.1 403 No\r\n X: y\r\nContent-Length: 0\r\n\r\n"); });
-  const auto connection = vtdirect_test::Connect(front.Url());
-  EXPECT_EQ(vtdirect_test::Fetch(*connection).body, "direct");
-  setenv("https_proxy", proxy.Url().c_str(), 1);
-  EXPECT_EQ(vtdirect_test::Fetch(*connection).code, ErrorCode::NoConnection);
-  EXPECT_EQ(proxy.requests().at(0).method, "CONNECT");
-}
-
 TEST_F(Proxy, IsAskedForTheWholeUrl) {
   ScriptedServer proxy([](Peer& peer, WireRequest&) { peer.Answer(200, "by proxy"); });
   setenv("http_proxy", proxy.Url().c_str(), 1);
