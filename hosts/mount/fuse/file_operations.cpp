@@ -39,13 +39,12 @@ void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Node& node, const Wr
   }
   const bool writes = (flags & O_ACCMODE) != O_RDONLY;
   if (writes && (flags & O_TRUNC) != 0) {
-    mount.writing()->NoteChange(node.address, *writable.file, false);
-    if (ftruncate(writable.file->file().descriptor(), 0) != 0) {
-      fuse_reply_err(request, errno);
+    if (const int error = mount.writing()->Empty(node.address, *writable.file); error != 0) {
+      fuse_reply_err(request, error);
       return;
     }
   }
-  mount.writing()->NoteOpened(writable.file);
+  mount.writing()->NoteOpened(writable.file, writes);
   static_cast<void>(mount.IsAsBefore(node.number, writable.file->name()));
   ReplyHandle(
       request, {},
