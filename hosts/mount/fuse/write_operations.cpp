@@ -36,6 +36,7 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
       new Handle(std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid)));
   file.fh = reinterpret_cast<std::uint64_t>(handle);
   if (fuse_reply_create(request, &entry, &file) == 0) return;
+  made.file->NoteClosed(true);
   delete handle;
   mount.nodes().Forget(node->number, 1);
 }
@@ -150,10 +151,13 @@ void OnFlush(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
   StoreAndReply(request, number, file);
 }
 
-// The bytes are safe on this machine then; they are stored when the file is closed.
+// The bytes are safe on this machine then; they are stored when the file is closed. The kernel tells of bytes that it
+// could not write once, and not when the file is stored.
 void OnSync(fuse_req_t request, fuse_ino_t /*number*/, int /*dataOnly*/, fuse_file_info* file) {
   const auto& local = HandleOf(file)->local();
-  fuse_reply_err(request, local == nullptr || fsync(local->file().descriptor()) == 0 ? 0 : errno);
+  const int error = local == nullptr || fsync(local->file().descriptor()) == 0 ? 0 : errno;
+  if (error != 0) local->NoteFailedWrite(error);
+  fuse_reply_err(request, error);
 }
 
 void OnRename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_t newParent,

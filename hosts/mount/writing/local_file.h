@@ -63,6 +63,7 @@ class LocalFile {
     if (writes) --writers_;
     return --opened_;
   }
+  [[nodiscard]] bool isOpen() const { return opened_ != 0; }
   /// Whether somebody has it open for writing, so that it may be half.
   [[nodiscard]] bool hasWriters() const { return writers_ != 0; }
   /// Whether its content stays when this is destroyed.

@@ -216,10 +216,13 @@ int Writing::NoteChange(const std::string& address, LocalFile& file, bool isDue)
   return 0;
 }
 
-int Writing::Empty(const std::string& address, LocalFile& file) {
-  if (const int error = NoteChange(address, file, false); error != 0) return error;
-  if (ftruncate(file.file().descriptor(), 0) != 0) return errno;
-  file.NoteFailedWrite(0);
+int Writing::Empty(const std::string& address, const std::shared_ptr<LocalFile>& file) {
+  if (const int error = NoteChange(address, *file, false); error != 0) {
+    if (!file->isDirty() && !file->isOpen()) overlay_.Take(address, file);
+    return error;
+  }
+  if (ftruncate(file->file().descriptor(), 0) != 0) return errno;
+  file->NoteFailedWrite(0);
   return 0;
 }
 

@@ -69,8 +69,9 @@ class Writing {
   /// @param isDue  as LocalFile::NoteChange
   /// @return an error number when that can't be noted; then it must not be changed
   [[nodiscard]] int NoteChange(const std::string& address, LocalFile& file, bool isDue);
-  /// Empties a file that a program is about to write anew. @return an error number
-  [[nodiscard]] int Empty(const std::string& address, LocalFile& file);
+  /// Empties a file that a program is about to write anew.
+  /// @return an error number; then a file that nobody has changed or has open does not lie over its document
+  [[nodiscard]] int Empty(const std::string& address, const std::shared_ptr<LocalFile>& file);
   /// Hands over a task that stores or renames: one at a time, in the order in which they come.
   void Post(TaskPool::Task task) { stores_.Post(std::move(task)); }
   /// A file was opened.

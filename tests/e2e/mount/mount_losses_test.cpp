@@ -155,12 +155,13 @@ TEST_F(MountLosses, AFullDiskFailsTheWriterAndNothingHalfIsStored) {
   Serve();
   CheckOut();
   if (!MountSmallDisk(disk, "128k")) GTEST_SKIP() << "this user can mount no small disk";
-  Mount({"--write"});
+  Mount({"--write", "--log", Home("log")});
   const auto large = Shell("dd if=/dev/zero bs=4096 count=256 status=none of='" + Fork() + "'");
   EXPECT_NE(large.status, 0);
   EXPECT_THAT(large.err, HasSubstr("No space left on device"));
   EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
-  EXPECT_THAT(Run({"recover"}).out, HasSubstr("No space left on device"));
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("may be half"));
+  EXPECT_THAT(ReadFile(Home("log")), HasSubstr("not stored: a write to it failed: No space left on device"));
   // Written again and small enough, it is a file like any other.
   EXPECT_EQ(Shell("cp /etc/hostname '" + Fork() + "'").err, "");
   EXPECT_EQ(OnServer(Path()), ReadFile("/etc/hostname"));
@@ -199,9 +200,11 @@ TEST_F(MountLosses, NamesEndAt255Bytes) {
   }
   EXPECT_EQ(shown.size(), 255U);
   EXPECT_EQ(Text(Tree(kFrame + shown)), "FENLET long\n");
-  // The longest that a program can make, also of characters of which a path needs three each, and one more.
-  const std::string longest = std::string(251, '?') + ".lxz";
+  // The longest that a program can make, and one more.
+  std::string longest = "x.lxz";
+  while (longest.size() < 255) longest.insert(0, "ä");
   EXPECT_EQ(Shell("cp a '" + Tree(kFrame + longest) + "'").err, "");
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
   EXPECT_EQ(Text(Tree(kFrame + longest)), "FENLET long\n");
   EXPECT_THAT(Names(Tree(kFrame)), Contains(longest));
   const std::string tooLong = Tree(std::string(kFrame) + std::string(256, 'x'));
