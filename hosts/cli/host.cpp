@@ -13,6 +13,7 @@
 #include "hosts/cli/folders_ahead.h"
 #include "hosts/cli/servers/server_access.h"
 #include "hosts/cli/texts/printable.h"
+#include "hosts/cli/work_folder/work_folder.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -40,11 +41,13 @@ bool AnswerDemand(const char* url) {
                                       std::to_string(longestSeconds)};
 }
 
-// The server that an operand names: by a nickname, an address or a URL; empty for any other text.
+// The server that an operand names: by a nickname, an address, a URL or a file of a work folder; empty for any
+// other text.
 [[nodiscard]] std::string ServerOfOperand(const ServerMap& servers, const std::string& text) {
   const auto listed = servers.find(text);
   if (listed != servers.end()) return listed->second;
-  return OriginOf(text) ? text : VtDirectManager::GetServerURL(text.c_str());
+  if (OriginOf(text)) return text;
+  return VtDirectManager::GetServerURL(UidOfWorkFile(text).value_or(text).c_str());
 }
 
 // As git's helpers are told of a server.
@@ -116,6 +119,10 @@ std::vector<std::string> Host::ServersOf(const CommandRow& command, const Argume
   };
   for (const OperandRow& operand : command.operands) add(arguments.All(operand.name));
   add(arguments.All("on"));
+  if (command.worksInFolder) {
+    const std::string url = VtDirectManager::GetServerURL(AddressOfWorkFolderHere().c_str());
+    if (!url.empty()) urls.push_back(url);
+  }
   return urls;
 }
 
@@ -300,6 +307,8 @@ void Host::ForgetAuthenticationRefusal() {
 }
 
 bool Host::Authenticate(const std::string& url) {
+  // Several threads may be asked at once, and there is one terminal.
+  const std::lock_guard lock(authenticating_);
   if (!authenticator_) {
     const CredentialSinks sinks{du::http::SetPasswordCredentials, du::http::SetBearerToken};
     authenticator_ = std::make_unique<Authenticator>(sources_, sinks, namedUrls_, MeantUrls());

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "hosts/cli/commands/command.h"
@@ -49,7 +50,7 @@ class Host {
   /// Lets a refusal of one server not count for what is asked of the next.
   void ForgetAuthenticationRefusal();
 
-  /// Answers a demand for authentication; called by the library's callback.
+  /// Answers a demand for authentication; called by the library's callback, on any thread.
   [[nodiscard]] bool Authenticate(const std::string& url);
 
  private:
@@ -72,6 +73,7 @@ class Host {
   std::vector<std::string> namedUrls_;
   std::vector<std::string> usedUrls_;  ///< of these, the ones that the operands of the command name
   CredentialSources sources_;
+  std::mutex authenticating_;
   std::unique_ptr<Authenticator> authenticator_;
   std::unique_ptr<WorkDirectory> workDirectory_;
 };

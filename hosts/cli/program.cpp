@@ -22,6 +22,7 @@
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/generated_texts.h"
 #include "hosts/cli/trace_log.h"
+#include "hosts/cli/work_folder/work_folder.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -56,6 +57,17 @@ void BoundTheFolderScan() {
   return Environment("FENLOOM_TRACE");
 }
 
+// In a work folder the name of a file is as good as its document's address.
+[[nodiscard]] Arguments WithAddresses(const CommandRow& command, Arguments arguments) {
+  for (const OperandRow& operand : command.operands) {
+    if (!(operand.name == ArgumentName("ADDRESS")) || !arguments.Has(operand.name)) continue;
+    std::vector<std::string> texts = arguments.All(operand.name);
+    for (std::string& text : texts) text = UidOfWorkFile(text).value_or(text);
+    arguments.Set(operand.name, std::move(texts));
+  }
+  return arguments;
+}
+
 [[nodiscard]] ExitCode RunCommand(const CommandRow& command, const Arguments& arguments, Output& output) {
   if (arguments.Has("trace")) {
     const std::string fault = TraceLevelsFault(arguments.Text("trace"));
@@ -68,7 +80,7 @@ void BoundTheFolderScan() {
   if (command.makesRequests && std::strcmp(command.name, "recover") != 0) {
     WarnOfOpenEntries(host, host.ServersOf(command, arguments));
   }
-  const ExitCode code = command.run(host, arguments);
+  const ExitCode code = command.run(host, WithAddresses(command, arguments));
   if (code == ExitCode::Ok) host.TellCredentialsAccepted();
   return code;
 }

@@ -30,8 +30,7 @@ void Report(Host& host, const std::string& address, const std::string& document,
          " tells";
 }
 
-ExitCode RunCheckout(Host& host, const Arguments& arguments) {
-  const std::string address = arguments.Text("ADDRESS");
+[[nodiscard]] ExitCode CheckOutOne(Host& host, const std::string& address) {
   const auto kind = RequireAddress(address);
   if (!kind) return host.output().Fail(kind.failure());
 
@@ -58,6 +57,15 @@ ExitCode RunCheckout(Host& host, const Arguments& arguments) {
   return Interrupted() ? report.Report() : ExitCode::Ok;
 }
 
+ExitCode RunCheckout(Host& host, const Arguments& arguments) {
+  ExitCode worst = ExitCode::Ok;
+  for (const std::string& address : arguments.All("ADDRESS")) {
+    worst = Worse(worst, CheckOutOne(host, address));
+    if (Interrupted()) break;
+  }
+  return worst;
+}
+
 }  // namespace
 
 CommandRow CheckoutCommand() {
@@ -69,8 +77,9 @@ CommandRow CheckoutCommand() {
       "working copy by the document's address as well.\n\nThe working copy stands in a temporary "
       "workspace, or in one of your own when ADDRESS is the document's path there "
       "(.../Workspaces/NAME/FILE). A document that is checked out already, by whomever, is refused, and "
-      "so is an older iteration, or a document of the name that stands in another folder than the path says.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+      "so is an older iteration, or a document of the name that stands in another folder than the path says. "
+      "Of several, one that fails does not keep the others.",
+      {{"ADDRESS", "A path or a UID; see ADDRESSES. May be given several times.", Count::AtLeastOnce}},
       {},
       true,
       RunCheckout,

@@ -26,7 +26,7 @@ struct OptionRow {
 };
 
 /// How often an operand is given.
-enum class Count { Once, AtMostOnce, AtLeastOnce };
+enum class Count { Once, AtMostOnce, AtLeastOnce, AnyNumber };
 
 /// One operand of a command.
 struct OperandRow {
@@ -35,7 +35,7 @@ struct OperandRow {
   Count count = Count::Once;
 };
 
-/// How the operand stands in a line of usage: "PATH", "[PATH]" or "PATH...".
+/// How the operand stands in a line of usage: "PATH", "[PATH]", "PATH..." or "[PATH...]".
 [[nodiscard]] std::string UsageOf(const OperandRow& row);
 
 /// What a member of a JSON object holds.
@@ -75,6 +75,7 @@ struct CommandRow {
   bool makesRequests;
   ExitCode (*run)(Host& host, const Arguments& arguments);
   std::vector<MemberRow> members = {};  ///< of the JSON objects on standard output
+  bool worksInFolder = false;  ///< its server is that of the work folder around the current directory
 };
 
 /// Every command, in the order of the help text.
@@ -132,16 +133,23 @@ struct SectionRow {
 [[nodiscard]] CommandRow CheckinCommand();
 [[nodiscard]] CommandRow CheckoutCommand();
 [[nodiscard]] CommandRow CheckoutsCommand();
+[[nodiscard]] CommandRow CloneCommand();
+[[nodiscard]] CommandRow CommitCommand();
+[[nodiscard]] CommandRow DiffCommand();
 [[nodiscard]] CommandRow EditUrlCommand();
 [[nodiscard]] CommandRow GetCommand();
 [[nodiscard]] CommandRow InfoCommand();
 [[nodiscard]] CommandRow LinksCommand();
+[[nodiscard]] CommandRow LogCommand();
 [[nodiscard]] CommandRow LsCommand();
 [[nodiscard]] CommandRow MountCommand();
 [[nodiscard]] CommandRow PathCommand();
+[[nodiscard]] CommandRow PullCommand();
 [[nodiscard]] CommandRow PutCommand();
 [[nodiscard]] CommandRow RecoverCommand();
 [[nodiscard]] CommandRow RefreshCommand();
+[[nodiscard]] CommandRow RevertCommand();
+[[nodiscard]] CommandRow StCommand();
 [[nodiscard]] CommandRow StatusCommand();
 [[nodiscard]] CommandRow TreeCommand();
 [[nodiscard]] CommandRow UidCommand();

@@ -40,8 +40,9 @@ void Bind(CLI::App& app, const OptionRow& row, Bindings& bindings) {
 void BindOperand(CLI::App& app, const OperandRow& row, Bindings& bindings) {
   Binding& binding = bindings.emplace_back(Binding{row.name, nullptr, {}});
   binding.option = app.add_option(row.name.text(), binding.values);
-  if (row.count != Count::AtMostOnce) binding.option->required();
-  if (row.count != Count::AtLeastOnce) binding.option->allow_extra_args(false)->expected(1);
+  if (row.count == Count::Once || row.count == Count::AtLeastOnce) binding.option->required();
+  if (row.count == Count::Once || row.count == Count::AtMostOnce)
+    binding.option->allow_extra_args(false)->expected(1);
 }
 
 void Collect(const Bindings& bindings, Arguments& arguments) {

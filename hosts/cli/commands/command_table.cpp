@@ -14,6 +14,7 @@ std::vector<std::string> Arguments::All(ArgumentName name) const {
 
 std::string UsageOf(const OperandRow& row) {
   const std::string name = row.name.text();
+  if (row.count == Count::AnyNumber) return "[" + name + "...]";
   if (row.count == Count::AtMostOnce) return "[" + name + "]";
   return row.count == Count::AtLeastOnce ? name + "..." : name;
 }
@@ -102,12 +103,14 @@ std::span<const MemberRow> Vocabulary() {
 
 std::span<const CommandRow> Commands() {
   static const std::vector<CommandRow> rows = {
-      CheckCommand(),       LsCommand(),        TreeCommand(),     InfoCommand(),        StatusCommand(),
-      VersionsCommand(),    UidCommand(),       PathCommand(),     UrlCommand(),         GetCommand(),
-      CheckoutCommand(),    PutCommand(),       CheckinCommand(),  UndoCommand(),        VerifyCommand(),
-      CheckoutsCommand(),   RecoverCommand(),   LinksCommand(),    EditUrlCommand(),     BrowseUrlCommand(),
-      MountCommand(),       RefreshCommand(),   UnmountCommand(),  ServersCommand(),     XliffPutCommand(),
-      XliffSourceCommand(), XliffListCommand(), XliffGetCommand(), XliffPublishCommand()};
+      CheckCommand(),       LsCommand(),       TreeCommand(),        InfoCommand(),      StatusCommand(),
+      VersionsCommand(),    UidCommand(),      PathCommand(),        UrlCommand(),       GetCommand(),
+      CheckoutCommand(),    PutCommand(),      CheckinCommand(),     UndoCommand(),      VerifyCommand(),
+      CheckoutsCommand(),   RecoverCommand(),  LinksCommand(),       EditUrlCommand(),   BrowseUrlCommand(),
+      CloneCommand(),       StCommand(),       PullCommand(),        CommitCommand(),    RevertCommand(),
+      DiffCommand(),        LogCommand(),      MountCommand(),       RefreshCommand(),   UnmountCommand(),
+      ServersCommand(),     XliffPutCommand(), XliffSourceCommand(), XliffListCommand(), XliffGetCommand(),
+      XliffPublishCommand()};
   return rows;
 }
 

@@ -21,9 +21,13 @@ void TakeOver(int descriptor, const struct stat& before) {
   static_cast<void>(!fchown(descriptor, static_cast<uid_t>(-1), before.st_gid));
 }
 
+// Asked once: the mask can't be read without being changed, which a second thread would notice.
 [[nodiscard]] mode_t PermissionsOfNewFile() {
-  const mode_t mask = umask(0);
-  umask(mask);
+  static const mode_t mask = [] {
+    const mode_t current = umask(0);
+    umask(current);
+    return current;
+  }();
   return 0666U & ~mask;
 }
 
@@ -112,8 +116,10 @@ int WriteAll(int descriptor, std::string_view bytes) {
   return 0;
 }
 
-DurableFile::DurableFile(std::string target) : target_(std::move(target)) {
-  std::string pattern = DirectoryOf(target_) + "/.vtdirect-XXXXXX";
+DurableFile::DurableFile(std::string target) : DurableFile(target, DirectoryOf(target)) {}
+
+DurableFile::DurableFile(std::string target, const std::string& directory) : target_(std::move(target)) {
+  std::string pattern = directory + "/.vtdirect-XXXXXX";
   const InterruptionHold hold;
   const int descriptor = mkostemp(pattern.data(), O_CLOEXEC);
   if (descriptor < 0) {

@@ -48,6 +48,8 @@ class DurableFile {
 
   /// Creates it in the directory of the target, which need not be there itself, readable by its owner alone.
   explicit DurableFile(std::string target);
+  /// Creates it in another directory, on the file system of the target.
+  DurableFile(std::string target, const std::string& directory);
 
   /// Why it could not be created.
   [[nodiscard]] int error() const { return error_; }

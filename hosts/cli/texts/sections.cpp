@@ -14,6 +14,8 @@ std::span<const SectionRow> Sections() {
        "  korvufenloom-vt://plm.example/vt/?id=D1001&file=/fork.lxz\n\n"
        "The server in a UID must be listed too, under any nickname; no server is ever added by itself. "
        "Put an address in quotes: it holds characters that mean something to the shell.\n\n"
+       "In a work folder (see clone) the name of a file stands for the UID of the version that it came "
+       "from.\n\n"
        "A local path below a directory where mount shows a server stands for what it shows there."},
       {"SERVERS",
        "Servers are listed in the configuration file and by --server, which goes before the file. A "
@@ -102,6 +104,7 @@ std::span<const SectionRow> Sections() {
        "  VTDIRECT_PROXY_USER, VTDIRECT_PROXY_PASSWORD: for a proxy that wants them; they go to no server\n"
        "  XDG_CONFIG_HOME, HOME: where the configuration file and the netrc file are looked for\n"
        "  XDG_STATE_HOME, HOME: where checkouts are kept, see checkouts\n"
+       "  VTDIRECT_DIFF: the command that diff runs in place of \"diff -u\", with two files\n"
        "  TMPDIR: where temporary files go, /tmp without it; content for standard output needs room "
        "there\n"
        "  FENLOOM_TRACE: what --trace takes, for when it isn't given\n"
@@ -123,6 +126,8 @@ std::span<const SectionRow> Sections() {
        "  vtdirect versions '//plm/Products/Bike/Folders/Frames/fork.lxz'\n"
        "  vtdirect checkout '//plm/Products/Bike/Folders/Frames/fork.lxz'\n"
        "  vtdirect checkin '//plm/Products/Bike/Folders/Frames/fork.lxz'\n"
+       "  vtdirect clone '//plm/Products/Bike/Folders/Frames/' && cd Frames && vtdirect st\n"
+       "  vtdirect commit fork.lxz\n"
        "  vtdirect xliff put '//plm/?id=D1028' manual.xlf --language en\n"
        "  vtdirect xliff get '//plm/?id=D1028' --language de -o manual_de.xlf"},
   };

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <rapidjson/document.h>
 
+#include <filesystem>
 #include <set>
 #include <sstream>
 
@@ -126,6 +127,24 @@ class JsonOutput : public VtDirect {
     }
   }
 
+  // A work folder is made of an empty directory.
+  void CheckWorkFolder() {
+    for (const std::string& name : HereNames()) std::filesystem::remove_all(Here(name));
+    Check({"clone", "//sim/Products/Trekking Bike/Folders/Frame/", "."});
+    Check({"checkout", "frame.lxz"});
+    WriteFile(Here("fork.lxz"), "changed");
+    Check({"st"});
+    Check({"diff", "fork.lxz"});
+    Check({"commit"});
+    Check({"commit", "nonsense"}, 2);
+    WriteFile(Here("fork.lxz"), "changed once more");
+    Check({"revert", "fork.lxz"});
+    std::filesystem::remove(Here("fork.lxz"));
+    Check({"pull"});
+    Check({"log", "fork.lxz"});
+    Check({"undo", "frame.lxz"});
+  }
+
   Document document_ = ReadDocument();
   std::map<std::string, std::set<std::string>> seen_;
 };
@@ -185,6 +204,7 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
       "<xliff version='2.0' srcLang='en' xmlns='urn:oasis:names:tc:xliff:document:2.0'><file/></xliff>");
   Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "en"});
   Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "de"}, 8);
+  CheckWorkFolder();
 
   ExpectAllWasShown();
 }

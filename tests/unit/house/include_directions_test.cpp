@@ -115,7 +115,7 @@ const std::map<std::string, Names>& OwnersOfLibraries() {
       {"expat", {"connection", "hosts/cli"}},
       {"curl/", {"platform_default"}},
       {"httplib", {"simulator"}},
-      {"sqlite3", {"simulator"}},
+      {"sqlite3", {"hosts/cli", "simulator"}},
       {"CLI/", {"hosts/cli", "simulator"}},
       {"fuse", {"hosts/mount"}},
   };

@@ -1,0 +1,94 @@
+#include <sys/stat.h>
+#include <vtdirect/vt_direct_manager.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "hosts/cli/address.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/target_file.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
+#include "hosts/cli/texts/printable.h"
+#include "hosts/cli/work_folder/pulling.h"
+
+namespace vtdirect_cli {
+namespace {
+
+// The last step of the path, as it is called on a disk.
+[[nodiscard]] std::string NameOfFolder(const std::string& address) {
+  const std::string open = address.substr(0, address.size() - 1);
+  return SafeFileName(open.substr(open.rfind('/') + 1));
+}
+
+// A directory of somebody's files is no place for a work folder. One that was not finished counts as empty.
+[[nodiscard]] std::optional<Failure> RefusalOfDirectory(const std::string& directory) {
+  if (WorkFolder::IsMade(directory)) {
+    return Failure{ExitCode::LocalFile, Printable(directory) + " is a work folder already",
+                   "vtdirect pull in it fetches what is missing"};
+  }
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
+    if (entry.path().filename() == ".vtdirect") continue;
+    return Failure{ExitCode::LocalFile, Printable(directory) + " is not empty; nothing was fetched",
+                   "give another directory"};
+  }
+  return std::nullopt;
+}
+
+[[nodiscard]] std::optional<Failure> MakeDirectory(const std::string& directory) {
+  if (mkdir(directory.c_str(), 0777) == 0 || errno == EEXIST) return std::nullopt;
+  return Failure{ExitCode::LocalFile,
+                 "cannot make the directory " + Printable(directory) + ": " + std::strerror(errno)};
+}
+
+ExitCode RunClone(Host& host, const Arguments& arguments) {
+  const std::string address = WithClosingSlash(arguments.Text("PATH"));
+  const auto threads = ReadThreads(arguments);
+  if (!threads) return host.output().Fail(threads.failure());
+  const auto kind = RequireAddress(address);
+  if (!kind) return host.output().Fail(kind.failure());
+  if (IsById(address, *kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, address));
+  const std::string directory = arguments.Has("DIR") ? arguments.Text("DIR") : NameOfFolder(address);
+  if (const auto failure = RefusalOfDirectory(directory)) return host.output().Fail(*failure);
+
+  ForgetReasons();
+  std::string server;
+  static_cast<void>(VtDirectManager::GetLinkContext(address.c_str(), server));
+  const RemoteTree tree = ReadRemoteTree(server, {"", address}, *threads);
+  if (Interrupted()) return host.output().Fail(InterruptedFailure());
+  // A directory is made only for a folder that is there.
+  if (!tree.Knows("")) return host.output().Fail(DiagnoseDirectory(host, address, 0));
+  if (const auto failure = MakeDirectory(directory)) return host.output().Fail(*failure);
+  const auto created = WorkFolder::Create(directory, address);
+  if (!created) return host.output().Fail(created.failure());
+  WorkFolder& folder = **created;
+  if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
+  return PullAll(host, folder, tree, *threads);
+}
+
+}  // namespace
+
+CommandRow CloneCommand() {
+  return {
+      "clone",
+      "Make a work folder of a folder on a server",
+      "Fetches every document of the folder at PATH, and of all folders below it, into DIR: a work folder. "
+      "Without DIR it is called as the folder is. It must be empty, or not be there.\n\n"
+      "What each file came from is kept in DIR/.vtdirect. In DIR and below it, st, pull, commit, revert, "
+      "diff "
+      "and log take names of files, and so does every command in place of a document's address.\n\n"
+      "A file is called as the document is in a path, with a dot in front and control bytes escaped as %hh. "
+      "Of two documents with one name, the later one gets its number: \"fork%(0000100001).lxz\".\n\n"
+      "A clone that fails or is interrupted leaves a whole work folder that has not all of the files yet: "
+      "pull fetches the others.",
+      {{"PATH", "A folder's path; see ADDRESSES."}, {"DIR", "A directory.", Count::AtMostOnce}},
+      {ParallelOption()},
+      true,
+      RunClone,
+      PullMembers()};
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,66 @@
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
+#include "hosts/cli/work_folder/difference.h"
+#include "hosts/cli/work_folder/fetching.h"
+#include "hosts/cli/work_folder/work_files.h"
+
+namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] ExitCode DiffOne(Host& host, const WorkFolder& folder, const FolderFile& file,
+                               LocalState state) {
+  const bool differs = state != LocalState::Same;
+  host.output().JsonOnly({{"file", file.path}, {"version", file.version}, {"differs", differs}});
+  if (!differs || host.output().json()) return ExitCode::Ok;
+  if (state == LocalState::Missing) {
+    return host.output().Fail({ExitCode::LocalFile, file.path + " is not here; vtdirect revert fetches it"});
+  }
+  const Arrival old =
+      FetchVersion(folder, host.workDirectory(), {file.path, file.address, file.uid, file.version});
+  if (old.failure) return host.output().Fail(*old.failure);
+  static_cast<void>(host.output().Flush());
+  const auto failure = ShowDifference({old.pending->path(), file.path + " (version " + file.version + ")"},
+                                      {folder.OnDisk(file.path), file.path});
+  return failure ? host.output().Fail(*failure) : ExitCode::Ok;
+}
+
+ExitCode RunDiff(Host& host, const Arguments& arguments) {
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  WorkFolder& folder = **opened;
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
+  const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
+  if (!named) return host.output().Fail(named.failure());
+  ForgetReasons();
+  ExitCode worst = ExitCode::Ok;
+  for (const FolderFile& file : *named) {
+    worst = Worse(worst, DiffOne(host, folder, file, local->states.at(file.path)));
+  }
+  return worst;
+}
+
+}  // namespace
+
+CommandRow DiffCommand() {
+  CommandRow row = {
+      "diff",
+      "Show what was changed in a file of a work folder",
+      "Compares each FILE with the version that it came from, by \"diff -u\". When VTDIRECT_DIFF is set, "
+      "that "
+      "command is run instead, with the old file and the new one; what it exits with plays no part.\n\n"
+      "A file that was not changed shows nothing. With --json no tool is run, and whether they differ is "
+      "told.",
+      {{"FILE", "A file of the work folder.", Count::AtLeastOnce}},
+      {},
+      true,
+      RunDiff,
+      {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
+       {"version", MemberType::Text, nullptr, "the version that it came from"},
+       {"differs", MemberType::Flag, nullptr, "whether it was changed"}}};
+  row.worksInFolder = true;
+  return row;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,134 @@
+#include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/host.h"
+#include "hosts/cli/reasons.h"
+#include "hosts/cli/work_folder/parallel.h"
+#include "hosts/cli/work_folder/pulling.h"
+
+namespace vtdirect_cli {
+namespace {
+
+/// One line of the answer.
+struct Line {
+  Comparison file;
+  std::string checkout;     // as status calls it; empty when nobody has it, and when it was not asked
+  std::string holder;       // who has it checked out
+  bool isHeldHere = false;  // by this program
+};
+
+// The book is read once, and tells without a request what this program has checked out.
+void TakeOwnCheckouts(std::vector<Line>& lines) {
+  const BookContents book = CheckoutBook().Read();
+  for (Line& line : lines) {
+    if (!line.file.file) continue;
+    for (const KeptCheckout& kept : book.checkouts) {
+      if (!LeadsTo(kept, line.file.file->uid)) continue;
+      line.isHeldHere = true;
+      line.checkout = "by-you";
+      line.holder = kept.user;
+    }
+  }
+}
+
+// A listing does not tell who holds a document, so it is asked for those alone whose user will want to know.
+void AskForHolders(std::vector<Line>& lines, bool all, unsigned threads) {
+  std::vector<Line*> asked;
+  for (Line& line : lines) {
+    if (!line.file.document || line.isHeldHere) continue;
+    if (all || line.file.isModified) asked.push_back(&line);
+  }
+  RunInParallel(asked.size(), threads, [&asked](std::size_t number) {
+    Line& line = *asked[number];
+    const CheckoutState state = ReadCheckoutState(line.file.document->uid);
+    if (state.user.empty()) return;
+    line.holder = state.user;
+    line.checkout = CheckoutWord(state.status);
+    if (state.status == VtDirectManager::CheckoutByOther) line.checkout += " (" + state.user + ")";
+  });
+}
+
+void Show(Host& host, const Line& line) {
+  const Comparison& file = line.file;
+  const std::string version = file.file ? file.file->version : "";
+  const std::string newest = file.document ? file.document->version : "";
+  Record json{{"file", file.path}, {"state", std::string(WordOf(file.state))}, {"modified", file.isModified}};
+  if (file.file) json.insert(json.end(), {{"path", file.file->address}, {"uid", file.file->uid}});
+  if (!version.empty()) json.emplace_back("version", version);
+  if (!newest.empty()) json.emplace_back("latest_version", newest);
+  json.emplace_back("checked_out_here", line.isHeldHere);
+  if (!line.holder.empty()) json.emplace_back("checked_out_by", line.holder);
+  host.output().Row({{"state", std::string(WordOf(file.state))},
+                     {"version", version},
+                     {"latest_version", newest},
+                     {"checkout", line.checkout},
+                     {"file", file.path}},
+                    json);
+}
+
+[[nodiscard]] bool IsToShow(const Line& line, bool all) {
+  return all || line.file.state != FileState::Same || line.isHeldHere || !line.holder.empty();
+}
+
+ExitCode RunSt(Host& host, const Arguments& arguments) {
+  const auto threads = ReadThreads(arguments);
+  if (!threads) return host.output().Fail(threads.failure());
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  WorkFolder& folder = **opened;
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
+  ForgetReasons();
+  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *threads);
+  std::vector<Line> lines;
+  for (Comparison& comparison : Compare(*local, tree)) lines.push_back({std::move(comparison), {}, {}});
+  TakeOwnCheckouts(lines);
+  AskForHolders(lines, arguments.Has("checkouts"), *threads);
+  if (Interrupted()) return host.output().Fail(InterruptedFailure());
+  for (const Line& line : lines) {
+    if (IsToShow(line, arguments.Has("all"))) Show(host, line);
+  }
+  ExitCode worst = ExitCode::Ok;
+  for (const Failure& told : tree.failures) worst = Worse(worst, host.output().Fail(told));
+  return worst;
+}
+
+}  // namespace
+
+CommandRow StCommand() {
+  CommandRow row = {
+      "st",
+      "Tell how a work folder stands to the server",
+      "Prints one line for each file that is not the same here and on the server: its state, the version "
+      "that "
+      "it came from and the newest, the checkout, and the file, parted by tabs.\n\n"
+      "The states are: modified (changed here), newer (on the server), both, missing (deleted here), new (on "
+      "the server and not here yet), in-the-way (the same, and a file that did not come from the server has "
+      "its name here), unknown (here and not on the server) and gone (from the server). A folder that can't "
+      "be listed is a failure, and of its files the local side alone is told.\n\n"
+      "The checkout is by-you for a document that vtdirect has checked out (see checkouts). Whether somebody "
+      "else has is asked for the files that were changed here, and with --checkouts for all.\n\n"
+      "A file is read only when its size or time is another than when it came. Each folder is listed once.",
+      {},
+      {{"all", 'a', nullptr, false, Completion::Nothing, "Show the files too that are the same."},
+       {"checkouts", 0, nullptr, false, Completion::Nothing,
+        "Ask of every file who has it checked out; one or two requests each."},
+       ParallelOption()},
+      true,
+      RunSt,
+      {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
+       {"state", MemberType::Text, nullptr,
+        "same, modified, newer, both, missing, new, in-the-way, unknown or gone"},
+       {"modified", MemberType::Flag, nullptr, "whether it was changed here"},
+       {"path", MemberType::Text, "when it came from the server", "the document's path there"},
+       {"uid", MemberType::Text, "when it came from the server", "UID of the version that it came from"},
+       {"version", MemberType::Text, "when it came from the server", "that version"},
+       {"latest_version", MemberType::Text, "when the server shows it", "the newest version"},
+       {"checked_out_here", MemberType::Flag, nullptr, "whether vtdirect has it checked out"},
+       {"checked_out_by", MemberType::Text, "when somebody has and it was asked", "who holds the checkout"}}};
+  row.worksInFolder = true;
+  return row;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,98 @@
+#include "hosts/cli/work_folder/comparison.h"
+
+#include <algorithm>
+
+#include "hosts/cli/checkouts/kept_checkout.h"
+
+namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] FileState StateOfKept(LocalState local, const FolderFile& file, bool isKnown,
+                                    const std::optional<RemoteDocument>& document) {
+  if (local == LocalState::Missing && (document || !isKnown)) return FileState::Missing;
+  if (isKnown && !document) return FileState::Gone;
+  const bool isNewer = document && !AreSameUid(document->uid, file.uid);
+  if (local == LocalState::Modified) return isNewer ? FileState::Both : FileState::Modified;
+  return isNewer ? FileState::Newer : FileState::Same;
+}
+
+[[nodiscard]] std::optional<RemoteDocument> DocumentAt(const RemoteTree& tree, const std::string& path) {
+  const auto found = tree.documents.find(path);
+  return found == tree.documents.end() ? std::nullopt : std::optional(found->second);
+}
+
+[[nodiscard]] LocalState StateAt(const LocalSide& local, const std::string& path) {
+  const auto found = local.states.find(path);
+  return found == local.states.end() ? LocalState::Missing : found->second;
+}
+
+// A process that was killed may have put a file in its place and not kept that it did.
+void TakeWhatArrived(WorkFolder& folder, LocalSide& side) {
+  for (FolderFile& file : folder.store().Announced()) {
+    const LocalFacts facts = FactsOf(folder.OnDisk(file.path));
+    if (!HasBytesOf(folder.OnDisk(file.path), facts, file)) continue;
+    file.time = facts.time;
+    side.kept[file.path] = file;
+  }
+}
+
+}  // namespace
+
+const char* WordOf(FileState state) {
+  switch (state) {
+    case FileState::Modified:
+      return "modified";
+    case FileState::Newer:
+      return "newer";
+    case FileState::Both:
+      return "both";
+    case FileState::Missing:
+      return "missing";
+    case FileState::New:
+      return "new";
+    case FileState::InTheWay:
+      return "in-the-way";
+    case FileState::Unknown:
+      return "unknown";
+    case FileState::Gone:
+      return "gone";
+    default:
+      return "same";
+  }
+}
+
+Result<LocalSide> ReadLocalSide(WorkFolder& folder) {
+  auto files = folder.store().Files();
+  if (!files) return StoreFailure("its database does not answer");
+  LocalSide side;
+  side.kept = std::move(*files);
+  TakeWhatArrived(folder, side);
+  for (const auto& [path, file] : side.kept) {
+    side.states.emplace(path, StateOf(folder.store(), folder.OnDisk(path), file));
+  }
+  side.files = FilesBelow(folder.root());
+  return side;
+}
+
+std::vector<Comparison> Compare(const LocalSide& local, const RemoteTree& tree) {
+  std::map<std::string, Comparison> all;
+  for (const auto& [path, file] : local.kept) {
+    const auto document = DocumentAt(tree, path);
+    const LocalState state = StateAt(local, path);
+    all[path] = {path, StateOfKept(state, file, tree.Knows(path), document), state == LocalState::Modified,
+                 file, document};
+  }
+  for (const std::string& path : local.files) {
+    if (all.contains(path)) continue;
+    const auto document = DocumentAt(tree, path);
+    all[path] = {path, document ? FileState::InTheWay : FileState::Unknown, false, std::nullopt, document};
+  }
+  for (const auto& [path, document] : tree.documents) {
+    if (!all.contains(path)) all[path] = {path, FileState::New, false, std::nullopt, document};
+  }
+  std::vector<Comparison> sorted;
+  for (auto& [path, comparison] : all) sorted.push_back(std::move(comparison));
+  return sorted;
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "hosts/cli/work_folder/file_store.h"
+
+namespace vtdirect_cli {
+
+/// What the disk tells of a path, without its bytes.
+struct LocalFacts {
+  enum class Kind { Nothing, File, Other };
+  Kind kind = Kind::Nothing;  ///< Other: a directory, a link, a device
+  std::uint64_t size = 0;
+  std::int64_t time = 0;  ///< of the last change, in nanoseconds since 1970
+};
+
+/// A symbolic link is not followed.
+[[nodiscard]] LocalFacts FactsOf(const std::string& path);
+
+/// Whether the bytes of a file are those that are kept of it. Reads the file when the sizes agree.
+[[nodiscard]] bool HasBytesOf(const std::string& path, const LocalFacts& facts, const FolderFile& file);
+
+/// How a file of a work folder stands to what is kept of it.
+enum class LocalState { Missing, Same, Modified };
+
+/// Looks at a file. Its bytes are read only where size or time differ from what is kept; when they are the
+/// same all the same, the new time is kept.
+[[nodiscard]] LocalState StateOf(FileStore& store, const std::string& path, const FolderFile& file);
+
+/// The paths below a work folder of all that is no directory, sorted. What is kept in `.vtdirect` is left out,
+/// and so are work folders within it. Links are not followed.
+[[nodiscard]] std::vector<std::string> FilesBelow(const std::string& root);
+
+/// Makes the directories that a file of a work folder lies in, one after the other.
+/// @return 0, or an error number; ENOTDIR also for a symbolic link, which could lead anywhere
+[[nodiscard]] int MakeFoldersFor(const std::string& root, const std::string& path);
+
+}  // namespace vtdirect_cli

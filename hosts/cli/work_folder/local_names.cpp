@@ -1,0 +1,98 @@
+#include "hosts/cli/work_folder/local_names.h"
+
+#include <algorithm>
+#include <tuple>
+
+#include "hosts/cli/files/target_file.h"
+
+namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] bool IsFit(const std::string& name) {
+  return !name.empty() && name.find('/') == std::string::npos && name.find('\0') == std::string::npos;
+}
+
+[[nodiscard]] bool HaveVersionInCommon(const ListedDocument& one, const ListedDocument& other) {
+  return std::any_of(one.ids.begin(), one.ids.end(), [&other](const std::string& id) {
+    return std::find(other.ids.begin(), other.ids.end(), id) != other.ids.end();
+  });
+}
+
+// Rows of one document: a server may tell each of its versions in a row of its own.
+[[nodiscard]] bool AreOneDocument(const ListedDocument& one, const ListedDocument& other) {
+  if (one.name != other.name) return false;
+  if (!one.number.empty() && !other.number.empty()) return one.number == other.number;
+  return one.ids.empty() || other.ids.empty() || HaveVersionInCommon(one, other);
+}
+
+// The row that tells most versions has the newest.
+[[nodiscard]] std::vector<ListedDocument> Merged(std::vector<ListedDocument> rows) {
+  std::vector<ListedDocument> documents;
+  for (ListedDocument& row : rows) {
+    const auto known =
+        std::find_if(documents.begin(), documents.end(),
+                     [&row](const ListedDocument& document) { return AreOneDocument(document, row); });
+    if (known == documents.end()) {
+      documents.push_back(std::move(row));
+    } else if (known->versions.size() < row.versions.size()) {
+      *known = std::move(row);
+    }
+  }
+  return documents;
+}
+
+// In front of the extension, so that the file is opened by what opens its kind.
+[[nodiscard]] std::string WithSuffix(const std::string& name, const std::string& suffix) {
+  const std::size_t dot = name.rfind('.');
+  const std::string inserted = "%(" + SafeFileName(suffix) + ")";
+  if (dot == std::string::npos || dot == 0) return name + inserted;
+  return name.substr(0, dot) + inserted + name.substr(dot);
+}
+
+[[nodiscard]] std::string FreeName(const std::map<std::string, ListedDocument>& taken,
+                                   const ListedDocument& document) {
+  const std::string name = SafeFileName(document.name);
+  if (!taken.contains(name)) return name;
+  const std::string number = document.number.empty() ? "2" : document.number;
+  std::string free = WithSuffix(name, number);
+  for (int count = 2; taken.contains(free); ++count)
+    free = WithSuffix(name, number + "-" + std::to_string(count));
+  return free;
+}
+
+}  // namespace
+
+NamedEntries NameEntries(std::vector<ListedDocument> documents, const std::vector<std::string>& folders) {
+  NamedEntries entries;
+  std::vector<ListedDocument> merged;
+  // Comparing each row with each would take long in a large folder, so rows of one name come together.
+  std::stable_sort(documents.begin(), documents.end(),
+                   [](const ListedDocument& one, const ListedDocument& other) {
+                     return std::tie(one.name, one.number) < std::tie(other.name, other.number);
+                   });
+  for (std::size_t begin = 0; begin < documents.size();) {
+    std::size_t end = begin;
+    std::vector<ListedDocument> rows;
+    const std::string name = documents[begin].name;
+    for (; end < documents.size() && documents[end].name == name; ++end) rows.push_back(documents[end]);
+    begin = end;
+    if (!IsFit(name)) {
+      entries.nameless.push_back(name);
+      continue;
+    }
+    for (const ListedDocument& document : Merged(std::move(rows))) {
+      entries.documents.emplace(FreeName(entries.documents, document), document);
+    }
+  }
+  for (const std::string& folder : folders) {
+    if (!IsFit(folder)) {
+      entries.nameless.push_back(folder);
+      continue;
+    }
+    const std::string name = SafeFileName(folder);
+    entries.folders.emplace(entries.documents.contains(name) ? name + "%(folder)" : name, folder);
+  }
+  return entries;
+}
+
+}  // namespace vtdirect_cli

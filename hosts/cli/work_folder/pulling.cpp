@@ -1,0 +1,145 @@
+#include "hosts/cli/work_folder/pulling.h"
+
+#include <charconv>
+#include <cstring>
+#include <mutex>
+
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/interruption.h"
+#include "hosts/cli/texts/printable.h"
+#include "hosts/cli/work_folder/fetching.h"
+#include "hosts/cli/work_folder/parallel.h"
+
+namespace vtdirect_cli {
+namespace {
+
+using End = FetchResult::End;
+
+[[nodiscard]] bool IsToFetch(const Comparison& comparison) {
+  switch (comparison.state) {
+    case FileState::Newer:
+    case FileState::Both:
+    case FileState::Missing:
+    case FileState::New:
+    case FileState::InTheWay:
+      return comparison.document.has_value();
+    default:
+      return false;
+  }
+}
+
+/// Tells of the files, on whatever thread they come to their end.
+class PullReport {
+ public:
+  explicit PullReport(Host& host) : host_(host) {}
+
+  void Tell(const Comparison& wanted, const FetchResult& result) {
+    const std::lock_guard lock(mutex_);
+    if (result.failure) failures_.push_back(*result.failure);
+    if (result.end == End::Empty) {
+      host_.output().Note(wanted.path + " has no content on the server yet");
+    }
+    if (result.end != End::Fetched && result.end != End::Known) return;
+    ++(result.end == End::Fetched ? fetched_ : known_);
+    bytes_ += result.end == End::Fetched ? result.file.size : 0;
+    const std::string action = result.end == End::Fetched ? "fetched" : "known";
+    host_.output().Row({{"action", action}, {"file", wanted.path}}, {{"action", action},
+                                                                     {"file", wanted.path},
+                                                                     {"path", wanted.document->address},
+                                                                     {"uid", result.file.uid},
+                                                                     {"version", result.file.version},
+                                                                     {"bytes", result.file.size}});
+    static_cast<void>(host_.output().FlushRow());
+  }
+
+  void Tell(const Failure& failure) { failures_.push_back(failure); }
+  void TellGone(const std::string& path) {
+    host_.output().Warning(Printable(path) + " is not on the server any more; it is left as it is");
+  }
+
+  // All failures stand together at the end, where they are seen.
+  [[nodiscard]] ExitCode End(std::size_t all) {
+    ExitCode worst = ExitCode::Ok;
+    for (const Failure& failure : failures_) {
+      if (failure.code == ExitCode::Interrupted) continue;
+      worst = Worse(worst, host_.output().Fail(failure));
+    }
+    std::string note =
+        std::to_string(fetched_) + " of " + std::to_string(all) + " files fetched, " + ByteCount(bytes_);
+    if (known_ > 0) note += "; " + std::to_string(known_) + " had the server's content already";
+    host_.output().Note(note);
+    if (Interrupted()) {
+      Failure failure = InterruptedFailure();
+      failure.advice = "the same command goes on where this one ended";
+      return host_.output().Fail(failure);
+    }
+    return worst;
+  }
+
+ private:
+  Host& host_;
+  std::mutex mutex_;
+  std::vector<Failure> failures_;
+  std::size_t fetched_ = 0;
+  std::size_t known_ = 0;
+  std::uint64_t bytes_ = 0;
+};
+
+void MakeFolders(const WorkFolder& folder, const RemoteTree& tree, PullReport& report) {
+  for (const std::string& path : tree.folders) {
+    if (const int error = MakeFoldersFor(folder.root(), path + "/"); error != 0) {
+      report.Tell({ExitCode::LocalFile,
+                   "cannot make the directory " + Printable(path) + ": " + std::strerror(error)});
+    }
+  }
+}
+
+}  // namespace
+
+Result<unsigned> ReadThreads(const Arguments& arguments) {
+  if (!arguments.Has("parallel")) return usualThreads;
+  const std::string text = arguments.Text("parallel");
+  unsigned count = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+  const bool whole = error == std::errc() && end == text.data() + text.size();
+  if (whole && count >= 1 && count <= mostThreads) return count;
+  return Failure{ExitCode::Usage, "--parallel takes a number from 1 to " + std::to_string(mostThreads)};
+}
+
+OptionRow ParallelOption() {
+  return {
+      "parallel", 0, "N", false, Completion::Nothing, "Ask for so many things at a time; 4 unless given."};
+}
+
+ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, unsigned threads) {
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
+  PullReport report(host);
+  for (const Failure& failure : tree.failures) report.Tell(failure);
+  MakeFolders(folder, tree, report);
+  std::vector<Comparison> wanted;
+  for (const Comparison& comparison : Compare(*local, tree)) {
+    if (IsToFetch(comparison)) wanted.push_back(comparison);
+    if (comparison.state != FileState::Gone) continue;
+    if (FactsOf(folder.OnDisk(comparison.path)).kind == LocalFacts::Kind::Nothing) {
+      static_cast<void>(folder.store().Forget(comparison.path));
+    } else {
+      report.TellGone(comparison.path);
+    }
+  }
+  RunInParallel(wanted.size(), threads,
+                [&](std::size_t number) { report.Tell(wanted[number], FetchFile(folder, wanted[number])); });
+  return report.End(wanted.size());
+}
+
+std::vector<MemberRow> PullMembers() {
+  return {{"action", MemberType::Text, nullptr,
+           "fetched, or known when the file had the server's content already"},
+          {"file", MemberType::Text, nullptr, "the file, below the work folder"},
+          {"path", MemberType::Text, nullptr, "the document's path on the server"},
+          {"uid", MemberType::Text, nullptr, "UID of the version that the file has now"},
+          {"version", MemberType::Text, nullptr, "that version"},
+          {"bytes", MemberType::Number, nullptr, "the file's size"}};
+}
+
+}  // namespace vtdirect_cli

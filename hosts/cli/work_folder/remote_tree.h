@@ -1,0 +1,61 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "hosts/cli/failure.h"
+
+namespace vtdirect_cli {
+
+/// A version of a document, as the listing of its folder tells it.
+struct RemoteVersion {
+  std::string version;
+  std::string uid;
+};
+
+/// A document as the server shows it now.
+struct RemoteDocument {
+  std::string path;     ///< below the work folder, by the names on the disk
+  std::string address;  ///< its path on the server
+  std::string uid;      ///< of its newest iteration
+  std::string version;
+  std::vector<RemoteVersion> versions = {};  ///< newest first; empty when listings don't tell them
+};
+
+/// What a folder of a server holds, with all below it.
+struct RemoteTree {
+  std::map<std::string, RemoteDocument> documents;  ///< by their paths
+  std::vector<std::string> folders;                 ///< paths of those that were listed, but the start
+  /// Paths of folders and documents of which nothing is known, since asking for them failed. A folder's has a
+  /// closing "/".
+  std::set<std::string> unknown;
+  std::vector<Failure> failures;  ///< one for each of them
+
+  /// Whether the server was asked for what is at this path, and has answered.
+  [[nodiscard]] bool Knows(const std::string& path) const;
+};
+
+/// One folder that is to be listed.
+struct RemoteFolder {
+  std::string path;     ///< below the work folder, by the names on the disk; empty, or with a closing "/"
+  std::string address;  ///< with a closing "/"
+};
+
+/// Lists a folder and all below it, several folders at a time, each once: the listing tells the newest version
+/// of each document and its UID. Where a server's listings don't tell them, each document is asked for. Makes
+/// requests. @param server is the key of the server (see GetLinkContext). A folder that could not be listed is one of `failures`, and nothing of it is delivered.
+[[nodiscard]] RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start,
+                                        unsigned threads);
+
+/// The same for some folders alone, without what is below them.
+[[nodiscard]] RemoteTree ReadRemoteFolders(const std::string& server, const std::vector<RemoteFolder>& wanted,
+                                           unsigned threads);
+
+/// The folder that a document lies in.
+/// @param path     the document's, below the work folder
+/// @param address  the document's, on the server
+[[nodiscard]] RemoteFolder FolderOfDocument(const std::string& path, const std::string& address);
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,201 @@
+#include "hosts/cli/work_folder/sending.h"
+
+#include <vtdirect/vt_direct_manager.h>
+
+#include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/checkout_end.h"
+#include "hosts/cli/checkouts/journaled_step.h"
+#include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/sha256.h"
+#include "hosts/cli/interruption_report.h"
+#include "hosts/cli/reasons.h"
+#include "hosts/cli/storing/put_failure.h"
+#include "hosts/cli/storing/put_links.h"
+#include "hosts/cli/storing/put_target.h"
+#include "hosts/cli/storing/put_upload.h"
+#include "hosts/cli/texts/printable.h"
+
+namespace vtdirect_cli {
+namespace {
+
+/// One file on its way.
+class Sending {
+ public:
+  Sending(Host& host, WorkFolder& folder, const FolderFile& file)
+      : host_(host), folder_(folder), file_(file), report_(host, "commit") {}
+
+  [[nodiscard]] SendResult Send() {
+    report_.Tell(Named("is as it was on the server"));
+    auto failure = FindOrMakeWorkingCopy();
+    if (!failure) failure = Store();
+    if (!failure) failure = CheckIn();
+    if (failure && failure->code == ExitCode::Interrupted) report_.Report();
+    if (failure) return {false, failure, {}};
+    return {true, std::nullopt, KeepSent()};
+  }
+
+ private:
+  [[nodiscard]] std::string Named(const std::string& what) const {
+    return Printable(file_.path) + " " + what;
+  }
+
+  [[nodiscard]] std::optional<Failure> FindOrMakeWorkingCopy() {
+    const auto kept = CheckoutBook().Find(file_.uid);
+    if (kept) {
+      workingCopy_ = kept->uid;
+      return std::nullopt;
+    }
+    if (auto failure = CheckOut()) return failure;
+    return RefuseIfNotNewest();
+  }
+
+  [[nodiscard]] std::optional<Failure> CheckOut() {
+    ForgetReasons();
+    if (auto refusal = RefusalOfCheckout(host_, file_.address, file_.uid)) return refusal;
+    if (Interrupted()) return InterruptedFailure();
+    report_.Tell(Named("was not sent, and whether its document is checked out is not known; ") +
+                 CommandToType("status", file_.address) + " tells");
+    JournaledStep step(host_, {{}, {}, "checkout", file_.address, file_.uid, {}, {}});
+    workingCopy_ = CheckOutDocument(file_.uid);
+    if (workingCopy_.empty()) {
+      step.SettleUnlessUnknown();
+      if (Interrupted()) return InterruptedFailure();
+      return CheckoutFailure(host_, file_.address, file_.uid);
+    }
+    static_cast<void>(KeepCheckout(host_, file_.uid, workingCopy_));
+    step.Settle();
+    report_.Tell(Named("was not sent; its document is checked out, and its working copy is ") + workingCopy_);
+    return std::nullopt;
+  }
+
+  // Between the listing and the checkout somebody may have been faster. From now on nobody can be.
+  [[nodiscard]] std::optional<Failure> RefuseIfNotNewest() {
+    std::string current;
+    std::string newest;
+    const int status = VtDirectManager::GetStatus(file_.uid.c_str(), current, newest, nullptr);
+    if (status == 0) return std::nullopt;
+    if (Interrupted()) return InterruptedFailure();
+    const auto reason = LastReason();
+    Undo();
+    if (status > 0) return ConflictOf(file_.path, file_.version, newest);
+    return Failure{ExitCode::CannotConnect,
+                   Named("was not sent: whether its document has a newer version could not be found out"),
+                   "the same command can be given again", reason};
+  }
+
+  void Undo() {
+    JournaledStep step(host_, {{}, {}, "undo", file_.address, workingCopy_, {}, {}});
+    ForgetReasons();
+    if (VtDirectManager::UndoCheckout(workingCopy_.c_str()).empty()) {
+      step.SettleUnlessUnknown();
+      host_.output().Warning("the checkout of " + Printable(file_.path) + " stands still; " +
+                             CommandToType("undo", workingCopy_) + " ends it");
+      return;
+    }
+    ForgetCheckout(host_, workingCopy_);
+    step.Settle();
+  }
+
+  [[nodiscard]] std::optional<Failure> Store() {
+    request_.address = workingCopy_;
+    request_.kind = AddressKind::Uid;
+    const auto source = InspectSource(folder_.OnDisk(file_.path));
+    if (!source) return source.failure();
+    request_.content = *source;
+    sha256_ = Sha256OfFile(request_.content.path);
+    const auto target = SettlePutTarget(host_, request_);
+    if (!target) return target.failure();
+    if (target->action != PutTarget::Action::Store) return NoWorkingCopy();
+    const auto links = SettleLinks(host_, request_, *target);
+    if (!links) return links.failure();
+    if (Interrupted()) return InterruptedFailure();
+    return Upload(*target, *links);
+  }
+
+  [[nodiscard]] Failure NoWorkingCopy() const {
+    return {ExitCode::Failure, Named("was not sent: the checkout that is kept of it does not stand any more"),
+            CommandToType("verify", workingCopy_) + " tells what stands"};
+  }
+
+  [[nodiscard]] std::optional<Failure> Upload(const PutTarget& target, const SourceLinks& links) {
+    JournaledStep step(host_,
+                       {{}, {}, "store", file_.address, target.address, request_.content.path, sha256_});
+    const PutOutcome outcome = RunUpload(host_, request_, target, links, report_);
+    if (!outcome.stored) {
+      step.SettleUnlessUnknown();
+      if (Interrupted()) return InterruptedFailure();
+      return PutFailure(host_, request_, target, outcome);
+    }
+    step.Settle();
+    WarnOfMissingLinks(host_, ByOwnId(target.address), links);
+    workingCopy_ = target.address;
+    return std::nullopt;
+  }
+
+  [[nodiscard]] std::optional<Failure> CheckIn() {
+    if (Interrupted()) return InterruptedFailure();
+    report_.Tell(Named("is stored in the working copy ") + workingCopy_ +
+                 ", and whether it is checked in is not known; " + CommandToType("verify", workingCopy_) +
+                 " tells");
+    ForgetReasons();
+    JournaledStep step(host_, {{}, {}, "checkin", file_.address, workingCopy_, {}, {}});
+    uid_ = VtDirectManager::Checkin(workingCopy_.c_str());
+    if (uid_.empty()) {
+      step.SettleUnlessUnknown();
+      if (Interrupted()) return InterruptedFailure();
+      return PutCheckInFailure(host_, workingCopy_);
+    }
+    WarnOfLeftWorkspace(host_);
+    ForgetCheckout(host_, workingCopy_);
+    step.Settle();
+    return std::nullopt;
+  }
+
+  // The bytes that were sent, which an editor may have gone on from.
+  [[nodiscard]] FolderFile KeepSent() {
+    report_.Tell(Named("is checked in; the UID to go on with is ") + uid_);
+    FolderFile sent = file_;
+    sent.uid = uid_;
+    std::string newest;
+    sent.version.clear();
+    static_cast<void>(VtDirectManager::GetStatus(uid_.c_str(), sent.version, newest, nullptr));
+    const struct stat& facts = request_.content.facts;
+    sent.size = request_.content.size();
+    sent.time = facts.st_mtim.tv_sec * 1'000'000'000 + facts.st_mtim.tv_nsec;
+    sent.sha256 = sha256_;
+    const std::string fault = folder_.store().Keep(sent);
+    if (!fault.empty()) {
+      host_.output().Warning(Named("is checked in, and that is not kept here: ") + fault +
+                             "; vtdirect pull finds out by itself");
+    }
+    return sent;
+  }
+
+  Host& host_;
+  WorkFolder& folder_;
+  const FolderFile& file_;
+  InterruptionReport report_;
+  PutRequest request_;
+  std::string workingCopy_;
+  std::string sha256_;
+  std::string uid_;
+};
+
+}  // namespace
+
+SendResult SendFile(Host& host, WorkFolder& folder, const Comparison& changed) {
+  return Sending(host, folder, *changed.file).Send();
+}
+
+Failure ConflictOf(const std::string& path, const std::string& base, const std::string& newest) {
+  return {ExitCode::Failure,
+          "conflict: " + Printable(path) + " was made from version " + base +
+              ", and the server has version " + newest + "; nothing was sent",
+          "vtdirect revert keeps your changes beside it, and vtdirect pull fetches the new version",
+          std::nullopt, FailureClass::Conflict};
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,41 @@
+#include "hosts/cli/work_folder/work_files.h"
+
+#include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/texts/printable.h"
+
+namespace vtdirect_cli {
+
+Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const LocalSide& side,
+                                           const std::vector<std::string>& names) {
+  std::vector<FolderFile> files;
+  for (const std::string& name : names) {
+    const auto kept = side.kept.find(folder.PathOf(name));
+    if (kept == side.kept.end()) {
+      return Failure{ExitCode::Usage,
+                     Printable(name) + " did not come from the server of this work folder; nothing was done",
+                     "vtdirect st --all shows the files that did"};
+    }
+    files.push_back(kept->second);
+  }
+  return files;
+}
+
+Result<RemoteVersions> VersionsOf(const std::string& server, const FolderFile& file) {
+  const RemoteTree tree = ReadRemoteFolders(server, {FolderOfDocument(file.path, file.address)}, 1);
+  const auto found = tree.documents.find(file.path);
+  if (found == tree.documents.end()) {
+    const bool isKnown = tree.Knows(file.path) || tree.failures.empty();
+    if (!isKnown) return tree.failures.front();
+    return Failure{ExitCode::NotFound, Printable(file.path) + " is not on the server any more"};
+  }
+  const RemoteDocument& document = found->second;
+  RemoteVersions history;
+  history.isComplete = !document.versions.empty();
+  history.versions = document.versions;
+  if (history.isComplete) return history;
+  history.versions.push_back({document.version, document.uid});
+  if (!AreSameUid(document.uid, file.uid)) history.versions.push_back({file.version, file.uid});
+  return history;
+}
+
+}  // namespace vtdirect_cli

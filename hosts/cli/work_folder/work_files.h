@@ -1,0 +1,27 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "hosts/cli/work_folder/comparison.h"
+
+namespace vtdirect_cli {
+
+/// Finds what is kept of each file of a work folder that a user has named, by its name as one in the current
+/// directory has it. Makes no request.
+/// @return a failure for a name that no such file has
+[[nodiscard]] Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const LocalSide& side,
+                                                         const std::vector<std::string>& names);
+
+/// The versions of a file's document, the newest first.
+struct RemoteVersions {
+  std::vector<RemoteVersion> versions;
+  bool isComplete = false;  ///< whether these are all of them
+};
+
+/// Reads the versions out of the listing of the document's folder; of a server that does not list them the
+/// newest and the file's own. Makes requests.
+[[nodiscard]] Result<RemoteVersions> VersionsOf(const std::string& server, const FolderFile& file);
+
+}  // namespace vtdirect_cli

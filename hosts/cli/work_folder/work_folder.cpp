@@ -1,0 +1,172 @@
+#include "hosts/cli/work_folder/work_folder.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vtdirect/vt_direct_manager.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "hosts/cli/files/durable_file.h"
+#include "hosts/cli/texts/printable.h"
+#include "hosts/cli/work_folder/local_files.h"
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr const char* outsideText = "this is no work folder, and lies in none";
+constexpr const char* outsideAdvice = "vtdirect clone makes one of a folder on a server";
+
+[[nodiscard]] std::string DatabaseIn(const std::string& root) {
+  return root + "/.vtdirect/files.db";
+}
+
+[[nodiscard]] bool IsThere(const std::string& path) {
+  struct stat facts = {};
+  return lstat(path.c_str(), &facts) == 0;
+}
+
+[[nodiscard]] std::string CurrentDirectory() {
+  std::error_code error;
+  const auto path = std::filesystem::current_path(error);
+  return error ? "" : path.string();
+}
+
+[[nodiscard]] std::string ServerOf(const std::string& address) {
+  std::string server;
+  static_cast<void>(VtDirectManager::GetLinkContext(address.c_str(), server));
+  return server;
+}
+
+void EmptyDirectory(const std::string& directory) {
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
+    std::error_code ignored;
+    std::filesystem::remove(entry.path(), ignored);
+  }
+}
+
+[[nodiscard]] Failure LocalFailure(const std::string& what, int error) {
+  return {ExitCode::LocalFile, what + ": " + std::strerror(error)};
+}
+
+}  // namespace
+
+Failure StoreFailure(const std::string& fault) {
+  return {ExitCode::LocalFile, "what is kept of the work folder can't be read or written: " + fault};
+}
+
+std::string WorkFolder::RootAbove(const std::string& directory) {
+  for (std::filesystem::path at(directory); !at.empty(); at = at.parent_path()) {
+    if (IsThere(DatabaseIn(at.string()))) return at.string();
+    if (at == at.root_path()) break;
+  }
+  return {};
+}
+
+bool WorkFolder::IsMade(const std::string& directory) {
+  return IsThere(DatabaseIn(directory)) && FileStore::Open(DatabaseIn(directory)).store != nullptr;
+}
+
+Result<std::unique_ptr<WorkFolder>> WorkFolder::OpenHere() {
+  const std::string root = RootAbove(CurrentDirectory());
+  if (root.empty()) return Failure{ExitCode::Usage, outsideText, outsideAdvice};
+  auto [store, fault] = FileStore::Open(DatabaseIn(root));
+  if (!store) return StoreFailure(fault);
+  const std::string server = ServerOf(store->address());
+  if (server.empty()) {
+    return Failure{
+        ExitCode::ServerNotListed,
+        "the server of this work folder, " + Printable(store->address()) + ", is not in the list of servers"};
+  }
+  if (server != store->server()) {
+    return Failure{ExitCode::Usage,
+                   "the files of this work folder come from " + store->server() + ", and " +
+                       store->address() + " leads to " + server + " now; nothing was done",
+                   "list that server by this nickname again"};
+  }
+  return std::unique_ptr<WorkFolder>(new WorkFolder(root, std::move(store)));
+}
+
+Result<std::unique_ptr<WorkFolder>> WorkFolder::Create(const std::string& directory,
+                                                       const std::string& address) {
+  std::error_code error;
+  const std::string root = std::filesystem::canonical(directory, error).string();
+  if (error) return LocalFailure("cannot open " + directory, error.value());
+  if (const int code = MakeDirectories(root + "/.vtdirect/incoming"); code != 0) {
+    return LocalFailure("cannot write in " + directory, code);
+  }
+  auto [store, fault] = FileStore::Create(DatabaseIn(root), address, ServerOf(address));
+  if (!store) return StoreFailure(fault);
+  return std::unique_ptr<WorkFolder>(new WorkFolder(root, std::move(store)));
+}
+
+WorkFolder::~WorkFolder() {
+  if (lock_ >= 0) close(lock_);
+}
+
+std::optional<Failure> WorkFolder::Lock() {
+  const std::string file = root_ + "/.vtdirect/lock";
+  lock_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  if (lock_ < 0) return LocalFailure("cannot write " + file, errno);
+  if (flock(lock_, LOCK_EX | LOCK_NB) != 0) {
+    return Failure{ExitCode::Failure, "another vtdirect is at work in this work folder; nothing was done",
+                   "the same command can be given again when it has ended"};
+  }
+  if (const int code = MakeDirectories(incoming()); code != 0) {
+    return LocalFailure("cannot write in " + root_, code);
+  }
+  EmptyDirectory(incoming());
+  SettleAnnouncements();
+  return std::nullopt;
+}
+
+// Killed between the two, a process has put a file in its place and not kept that it did.
+void WorkFolder::SettleAnnouncements() {
+  for (FolderFile& file : store_->Announced()) {
+    const LocalFacts facts = FactsOf(OnDisk(file.path));
+    if (HasBytesOf(OnDisk(file.path), facts, file)) {
+      file.time = facts.time;
+      static_cast<void>(store_->Keep(file));
+    } else {
+      static_cast<void>(store_->Withdraw(file.path));
+    }
+  }
+}
+
+std::string WorkFolder::PathOf(const std::string& name) const {
+  std::error_code error;
+  const std::filesystem::path given(name);
+  // The last step may be a link, which is meant itself.
+  const auto parent = std::filesystem::weakly_canonical(
+      given.is_absolute() ? given.parent_path() : CurrentDirectory() / given.parent_path(), error);
+  if (error) return {};
+  const std::string whole = (parent / given.filename()).string();
+  if (!whole.starts_with(root_ + "/")) return {};
+  return whole.substr(root_.size() + 1);
+}
+
+std::string AddressOfWorkFolderHere() {
+  const std::string root = WorkFolder::RootAbove(CurrentDirectory());
+  if (root.empty()) return {};
+  const auto opening = FileStore::Open(DatabaseIn(root));
+  return opening.store ? opening.store->address() : "";
+}
+
+std::optional<std::string> UidOfWorkFile(const std::string& text) {
+  if (text.starts_with("//") || VtDirectManager::IsManaged(text.c_str())) return std::nullopt;
+  if (WorkFolder::RootAbove(CurrentDirectory()).empty()) return std::nullopt;
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return std::nullopt;
+  WorkFolder& folder = **opened;
+  const auto files = folder.store().Files();
+  if (!files) return std::nullopt;
+  const auto file = files->find(folder.PathOf(text));
+  if (file == files->end()) return std::nullopt;
+  return file->second.uid;
+}
+
+}  // namespace vtdirect_cli

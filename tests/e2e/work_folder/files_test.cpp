@@ -1,0 +1,85 @@
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "tests/e2e/work_folder/work_folder_fixture.h"
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace vtdirect_test {
+
+/// revert, diff and log, and names of files in place of addresses.
+class WorkFiles : public WorkFolderTest {};
+
+TEST_F(WorkFiles, AreRevertedWithTheEditBesideThem) {
+  Clone();
+  const std::string original = ReadFile(Fork());
+  WriteFile(Fork(), "first");
+  const ProcessResult result = RunIn("Frame", {"revert", "fork.lxz"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, "fork.lxz.edited\n");
+  EXPECT_EQ(ReadFile(Fork()), original);
+  EXPECT_EQ(ReadFile(Here("Frame/fork.lxz.edited")), "first");
+  WriteFile(Fork(), "second");
+  EXPECT_EQ(RunIn("Frame", {"revert", "fork.lxz"}).out, "fork.lxz.edited-2\n");
+  EXPECT_EQ(ReadFile(Here("Frame/fork.lxz.edited")), "first");
+  EXPECT_EQ(ReadFile(Here("Frame/fork.lxz.edited-2")), "second");
+  EXPECT_EQ(RunIn("Frame", {"revert", "fork.lxz"}).out, "") << "there is nothing to put back";
+}
+
+TEST_F(WorkFiles, AreRevertedToTheVersionThatTheyCameFrom) {
+  Clone();
+  const std::string original = ReadFile(Fork());
+  StoreElsewhere("theirs");
+  WriteFile(Fork(), "mine");
+  EXPECT_EQ(RunIn("Frame", {"revert", "fork.lxz"}).status, 0);
+  EXPECT_EQ(ReadFile(Fork()), original);
+  EXPECT_THAT(St("Frame"), StartsWith("newer\tB.1\tB.2\t\tfork.lxz\n"));
+}
+
+TEST_F(WorkFiles, StayAsTheyAreWhenNothingCanBeFetched) {
+  Clone();
+  WriteFile(Fork(), "mine");
+  Restart({"--fault", "GET *content/streams*=503"});
+  EXPECT_NE(RunIn("Frame", {"revert", "fork.lxz"}).status, 0);
+  EXPECT_EQ(ReadFile(Fork()), "mine");
+  EXPECT_FALSE(std::filesystem::exists(Here("Frame/fork.lxz.edited")));
+}
+
+TEST_F(WorkFiles, ShowWhatWasChangedInThem) {
+  Clone();
+  EXPECT_EQ(RunIn("Frame", {"diff", "fork.lxz"}).out, "");
+  WriteFile(Fork(), ReadFile(Fork()) + "one more line\n");
+  const ProcessResult result = RunIn("Frame", {"diff", "fork.lxz"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.out, StartsWith("--- fork.lxz (version B.1)\n+++ fork.lxz\n@@ "));
+  EXPECT_THAT(result.out, HasSubstr("\n+one more line\n"));
+  environment_["VTDIRECT_DIFF"] = "printf '%s|' two words;cat";
+  EXPECT_EQ(RunIn("Frame", {"diff", "fork.lxz"}).out,
+            "two|words|" + DocumentOf(server(), "D1001").bytes + ReadFile(Fork()));
+  environment_["VTDIRECT_DIFF"] = "no-such-tool";
+  EXPECT_EQ(RunIn("Frame", {"diff", "fork.lxz"}).status, 1);
+}
+
+TEST_F(WorkFiles, TellTheVersionsOfTheirDocuments) {
+  Clone();
+  StoreElsewhere("theirs");
+  const ProcessResult result = RunIn("Frame", {"log", "fork.lxz"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, StartsWith("B.2\t"));
+  EXPECT_THAT(result.out,
+              HasSubstr("\tlatest\nB.1\t" + server().Uid("D1001") + "&file=/fork.lxz\there\nA.2\t"));
+}
+
+TEST_F(WorkFiles, StandForTheirDocumentsInOtherCommands) {
+  Clone();
+  std::filesystem::create_directory(Here("Frame/below"));
+  EXPECT_EQ(RunIn("Frame", {"uid", "fork.lxz"}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  EXPECT_EQ(RunIn("Frame/below", {"uid", "../fork.lxz"}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  EXPECT_EQ(RunIn("Frame", {"uid", Fork()}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  EXPECT_EQ(RunIn("Frame", {"uid", "nothing.lxz"}).status, 2);
+}
+
+}  // namespace vtdirect_test

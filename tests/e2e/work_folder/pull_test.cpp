@@ -1,0 +1,149 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "tests/e2e/work_folder/work_folder_fixture.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace vtdirect_test {
+
+class PullCommand : public WorkFolderTest {};
+
+TEST_F(PullCommand, FetchesWhatIsNewerNewAndMissing) {
+  Clone();
+  StoreElsewhere("newer");
+  WriteFile(Home("new.lxz"), "new");
+  ASSERT_EQ(RunElsewhere({"put", Home("new.lxz"), framePath}).status, 0);
+  std::filesystem::remove(Here("Frame/frame.lxz"));
+  EXPECT_EQ(St("Frame"),
+            "newer\tB.1\tB.2\t\tfork.lxz\nmissing\tA.3\tA.3\t\tframe.lxz\nnew\t\tA.1\t\tnew.lxz\n");
+  const ProcessResult result = RunIn("Frame", {"pull"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(ReadFile(Fork()), "newer");
+  EXPECT_EQ(ReadFile(Here("Frame/new.lxz")), "new");
+  EXPECT_EQ(ReadFile(Here("Frame/frame.lxz")), DocumentOf(server(), "D1002").bytes);
+  EXPECT_EQ(St("Frame"), "");
+}
+
+TEST_F(PullCommand, NeverReplacesAModification) {
+  Clone();
+  StoreElsewhere("newer");
+  WriteFile(Fork(), "mine");
+  const ProcessResult result = RunIn("Frame", {"pull"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err,
+              HasSubstr("fork.lxz was changed here, and the server has version B.2; it is left as it is"));
+  EXPECT_EQ(ReadFile(Fork()), "mine");
+  EXPECT_EQ(St("Frame"), "both\tB.1\tB.2\t\tfork.lxz\n");
+}
+
+// Size and time tell nothing against whoever sets them back. What is replaced is compared byte by byte.
+TEST_F(PullCommand, SeesAModificationThatSizeAndTimeHide) {
+  Clone();
+  struct stat facts = {};
+  ASSERT_EQ(stat(Fork().c_str(), &facts), 0);
+  std::string mine = ReadFile(Fork());
+  mine[0] = '#';
+  WriteFile(Fork(), mine);
+  const timespec times[] = {facts.st_mtim, facts.st_mtim};
+  ASSERT_EQ(utimensat(AT_FDCWD, Fork().c_str(), times, 0), 0);
+  StoreElsewhere("newer");
+  EXPECT_EQ(RunIn("Frame", {"pull"}).status, 1);
+  EXPECT_EQ(ReadFile(Fork()), mine);
+}
+
+TEST_F(PullCommand, LeavesAFileAloneThatDidNotComeFromTheServer) {
+  Clone();
+  WriteFile(Home("new.lxz"), "theirs");
+  ASSERT_EQ(RunElsewhere({"put", Home("new.lxz"), framePath}).status, 0);
+  WriteFile(Here("Frame/new.lxz"), "mine");
+  EXPECT_EQ(St("Frame"), "in-the-way\t\tA.1\t\tnew.lxz\n");
+  EXPECT_EQ(RunIn("Frame", {"pull"}).status, 1);
+  EXPECT_EQ(ReadFile(Here("Frame/new.lxz")), "mine");
+  // The same bytes are in nobody's way.
+  WriteFile(Here("Frame/new.lxz"), "theirs");
+  EXPECT_EQ(RunIn("Frame", {"pull"}).out, "known\tnew.lxz\n");
+  EXPECT_EQ(St("Frame"), "");
+}
+
+TEST_F(PullCommand, LeavesAWriteProtectedFileAndALinkAlone) {
+  Clone();
+  StoreElsewhere("newer");
+  ASSERT_EQ(chmod(Fork().c_str(), 0444), 0);
+  EXPECT_EQ(RunIn("Frame", {"pull"}).status, 1);
+  EXPECT_THAT(ReadFile(Fork()), HasSubstr(kForkHead));
+  std::filesystem::remove(Fork());
+  WriteFile(Here("target"), "mine");
+  std::filesystem::create_symlink(Here("target"), Fork());
+  EXPECT_EQ(RunIn("Frame", {"pull"}).status, 1);
+  EXPECT_TRUE(std::filesystem::is_symlink(Fork()));
+  EXPECT_EQ(ReadFile(Here("target")), "mine");
+}
+
+TEST_F(PullCommand, AsksForNoDocumentThatHasNotChanged) {
+  Serve();
+  ASSERT_EQ(Run({"clone", bikePath, "bike"}).status, 0);
+  std::filesystem::remove(Here("bike/no content.lxz"));
+  const std::size_t before = server().Log().size();
+  EXPECT_EQ(RunIn("bike/Frame", {"pull"}).status, 0);
+  const std::string log = server().Log().substr(before);
+  EXPECT_THAT(log, Not(HasSubstr("/dkm/documents/D1001")));
+  EXPECT_THAT(log, Not(HasSubstr("/content/streams/")));
+  // Three for each of the eight folders, the service documents, and the one document without a content.
+  EXPECT_LE(std::count(log.begin(), log.end(), '\n'), 8 * 3 + 3 + 4) << log;
+}
+
+TEST_F(PullCommand, KeepsWhatTheServerDoesNotHaveAnyMore) {
+  Clone();
+  std::filesystem::rename(Here("Frame"), Here("moved"));
+  EXPECT_EQ(St("moved"), "") << "a work folder can be moved";
+}
+
+TEST_F(PullCommand, TellsAFolderThatCannotBeListed) {
+  Serve();
+  ASSERT_EQ(Run({"clone", bikePath, "bike"}).status, 0);
+  Restart({"--fault", "GET *SubFolder:211*FolderContents*=503"});
+  WriteFile(Here("bike/Frame/fork.lxz"), "mine");
+  const ProcessResult st = RunIn("bike", {"st"});
+  EXPECT_EQ(st.status, 11);
+  EXPECT_THAT(st.err, HasSubstr("cannot list //sim/Products/Trekking Bike/Folders/Frame/"));
+  EXPECT_THAT(st.out, HasSubstr("modified\tB.1\t\t\tFrame/fork.lxz\n"));
+  EXPECT_THAT(st.out, Not(HasSubstr("gone")));
+  EXPECT_EQ(RunIn("bike", {"pull"}).status, 11);
+  EXPECT_EQ(ReadFile(Here("bike/Frame/fork.lxz")), "mine");
+}
+
+TEST_F(PullCommand, LetsNoOtherWorkMeanwhile) {
+  Clone();
+  const int lock = open(Here("Frame/.vtdirect/lock").c_str(), O_RDWR);
+  ASSERT_EQ(flock(lock, LOCK_EX), 0);
+  for (const char* command : {"pull", "commit"}) {
+    const ProcessResult result = RunIn("Frame", {command});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("another vtdirect is at work in this work folder"));
+  }
+  EXPECT_EQ(St("Frame"), "");
+  close(lock);
+}
+
+TEST_F(PullCommand, RefusesOutsideOfAWorkFolderAndWithAnotherServer) {
+  Clone();
+  for (const char* command : {"st", "pull", "commit"}) {
+    const ProcessResult result = Run({command});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_THAT(result.err, HasSubstr("this is no work folder"));
+  }
+  const ProcessResult other = RunIn("Frame", {"--server", "sim=http://127.0.0.1:9/", "pull"});
+  EXPECT_EQ(other.status, 2);
+  EXPECT_THAT(other.err, HasSubstr("leads to"));
+  EXPECT_EQ(Process({VTDIRECT_PROGRAM, "st"}, {environment_, Here("Frame"), "", 0}).Wait().status, 9);
+}
+
+}  // namespace vtdirect_test

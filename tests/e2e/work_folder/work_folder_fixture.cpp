@@ -1,0 +1,36 @@
+#include "tests/e2e/work_folder/work_folder_fixture.h"
+
+namespace vtdirect_test {
+
+std::unique_ptr<Process> WorkFolderTest::StartIn(const std::string& directory,
+                                                 const std::vector<std::string>& words) {
+  std::vector<std::string> all = {VTDIRECT_PROGRAM, "--server", "sim=" + server().url()};
+  all.insert(all.end(), words.begin(), words.end());
+  return std::make_unique<Process>(all,
+                                   ProcessOptions{environment_, Here(directory), outFile_, fileSizeLimit_});
+}
+
+void WorkFolderTest::Clone(const std::vector<std::string>& options) {
+  Serve(options);
+  const ProcessResult result = Run({"clone", framePath});
+  ASSERT_EQ(result.status, 0) << result.err;
+}
+
+std::string WorkFolderTest::St(const std::string& directory) {
+  const ProcessResult result = RunIn(directory, {"st"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  return result.out;
+}
+
+void WorkFolderTest::StoreElsewhere(const std::string& bytes) {
+  WriteFile(Home("elsewhere.lxz"), bytes);
+  const ProcessResult result = RunElsewhere({"put", Home("elsewhere.lxz"), kForkPath});
+  ASSERT_EQ(result.status, 0) << result.err;
+}
+
+std::string WorkFolderTest::ForkOnServer() {
+  // What others see, whatever was stored in a working copy.
+  return RunElsewhere({"get", kForkPath, "--base", "-o", "-"}).out;
+}
+
+}  // namespace vtdirect_test

@@ -1,0 +1,70 @@
+#include "hosts/cli/work_folder/local_names.h"
+
+#include <gmock/gmock.h>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace vtdirect_cli {
+namespace {
+
+std::vector<std::string> NamesIn(const NamedEntries& entries) {
+  std::vector<std::string> names;
+  for (const auto& [name, document] : entries.documents) names.push_back(name);
+  return names;
+}
+
+}  // namespace
+
+TEST(LocalNames, AreThoseOfAPathMadeFitForADisk) {
+  const auto entries = NameEntries({{"fork.lxz", "1", {}, {}},
+                                    {".profile", "2", {}, {}},
+                                    {"..", "3", {}, {}},
+                                    {"a%2fb", "4", {}, {}},
+                                    {"bell\x07", "5", {}, {}}},
+                                   {".vtdirect", "Größen"});
+  EXPECT_THAT(NamesIn(entries), ElementsAre("%2e.", "%2eprofile", "a%2fb", "bell%07", "fork.lxz"));
+  EXPECT_EQ(entries.folders.at("%2evtdirect"), ".vtdirect");
+  EXPECT_EQ(entries.folders.at("Größen"), "Größen");
+  EXPECT_THAT(entries.nameless, IsEmpty());
+}
+
+TEST(LocalNames, CountRowsOfOneDocumentOnce) {
+  const auto entries =
+      NameEntries({{"a", "7", {"A.1"}, {"D1"}}, {"a", "7", {"A.2", "A.1"}, {"D2", "D1"}}}, {});
+  ASSERT_THAT(NamesIn(entries), ElementsAre("a"));
+  EXPECT_THAT(entries.documents.at("a").ids, ElementsAre("D2", "D1"));
+  const auto numberless =
+      NameEntries({{"a", "", {"A.2", "A.1"}, {"D2", "D1"}}, {"a", "", {"A.1"}, {"D1"}}}, {});
+  EXPECT_THAT(numberless.documents.at("a").ids, ElementsAre("D2", "D1"));
+}
+
+TEST(LocalNames, KeepTwoDocumentsOfOneNameApartWhateverTheirOrder) {
+  const ListedDocument one{"fork.lxz", "0000100001", {"A.1"}, {"D1"}};
+  const ListedDocument two{"fork.lxz", "0000100002", {"A.1"}, {"D2"}};
+  for (const auto& entries : {NameEntries({one, two}, {}), NameEntries({two, one}, {})}) {
+    ASSERT_THAT(NamesIn(entries), ElementsAre("fork%(0000100002).lxz", "fork.lxz"));
+    EXPECT_THAT(entries.documents.at("fork.lxz").ids, ElementsAre("D1"));
+    EXPECT_THAT(entries.documents.at("fork%(0000100002).lxz").ids, ElementsAre("D2"));
+  }
+}
+
+TEST(LocalNames, KeepDocumentsApartThatOnlyADiskTakesForOne) {
+  const auto entries = NameEntries({{"\x01", "1", {}, {}}, {"%01", "2", {}, {}}}, {});
+  EXPECT_EQ(entries.documents.size(), 2U);
+}
+
+TEST(LocalNames, KeepAFolderApartFromADocumentOfItsName) {
+  const auto entries = NameEntries({{"notes", "1", {}, {}}}, {"notes"});
+  EXPECT_THAT(NamesIn(entries), ElementsAre("notes"));
+  EXPECT_EQ(entries.folders.at("notes%(folder)"), "notes");
+}
+
+TEST(LocalNames, LeaveOutWhatCannotStandInAPath) {
+  const auto entries = NameEntries({{"", "1", {}, {}}, {"a/../../b", "2", {}, {}}}, {"c/d"});
+  EXPECT_THAT(NamesIn(entries), IsEmpty());
+  EXPECT_TRUE(entries.folders.empty());
+  EXPECT_THAT(entries.nameless, ElementsAre("", "a/../../b", "c/d"));
+}
+
+}  // namespace vtdirect_cli
