@@ -74,11 +74,12 @@ bench_mount_walks() {
 
 # A content that is kept, against a copy of it on the same disk. Neither is in the memory when a run begins.
 bench_mount_read() {
-  local file="$work/plm/Products/Bulk/Folders/Parts/part 0000001.lxz" pair own disk
+  local file="$work/plm/Products/Trekking Bike/Folders/paint shop scan.bin" pair own disk
   start_server "$work/server" "$root/build/release/simulator/vantry-sim" --port 0 --data "$work/mount-read" \
-    --seed "bulk:1,size=$bytes-$bytes"
+    --large "$bytes"
   mount_server
   cp "$file" "$work/copy"
+  [ "$(stat -c %s "$work/copy")" -eq "$bytes" ] || fail "the content has $(stat -c %s "$work/copy") bytes"
   cmp "$file" "$work/copy" || fail "the bytes differ"
   for pair in $(seq "${PAIRS:-5}"); do
     drop_pages "$work/copy" "$file" "$work"/home/.cache/vtdirect/contents/*/*
