@@ -75,7 +75,8 @@ TEST_F(Observer, SeesEachTurnOfALoginThatTheTransportAnswers) {
   EXPECT_EQ(FetchFrom(server.Url()).status, 200);
   du::http::ClearAllCredentials();
   ASSERT_EQ(seen_.size(), 1U);
-  ASSERT_EQ(seen_[0].turns.size(), 2U);
+  ASSERT_EQ(seen_[0].turns.size(), 2U) << seen_[0].turns[0].requestHead << "\n"
+                                       << seen_[0].turns[0].answerHead;
   EXPECT_THAT(seen_[0].turns[0].answerHead, StartsWith("HTTP/1.1 401"));
   EXPECT_THAT(seen_[0].turns[1].requestHead, HasSubstr("Authorization: Basic "));
   EXPECT_THAT(seen_[0].turns[1].answerHead, StartsWith("HTTP/1.1 200"));
