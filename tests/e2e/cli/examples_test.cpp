@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <filesystem>
 #include <iterator>
 #include <map>
 #include <set>
