@@ -1,9 +1,24 @@
 #include "platform_default/folded_start.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
+#include "platform_default/characters.h"
+
 namespace vtdirect::platform {
+namespace {
+
+// curl takes capitals and small letters for the same. What came before can't be gone by: the empty line that ends an
+// interim answer is not shown.
+bool BeginsStatusLine(std::string_view line) {
+  constexpr std::string_view beginning = "http/";
+  return line.size() >= beginning.size() &&
+         std::equal(beginning.begin(), beginning.end(), line.begin(),
+                    [](char wanted, char byte) { return wanted == ToAsciiLower(byte); });
+}
+
+}  // namespace
 
 void FoldedStart::Attach(CURL* handle) {
   handle_ = handle;
@@ -31,7 +46,7 @@ void FoldedStart::See(char* data, std::size_t size) {
     *data = 'x';
     met_ = true;
   }
-  behindStatusLine_ = std::string_view(data, size).starts_with("HTTP/");
+  behindStatusLine_ = BeginsStatusLine({data, size});
 }
 
 int FoldedStart::OnTrace(CURL*, curl_infotype type, char* data, std::size_t size, void* self) {
