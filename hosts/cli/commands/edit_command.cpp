@@ -1,6 +1,8 @@
 #include <unistd.h>
 #include <vtdirect/vt_direct_manager.h>
 
+#include <algorithm>
+
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/storing_failure.h"
@@ -204,6 +206,19 @@ class Editing {
   return visual.empty() ? Environment("EDITOR") : visual;
 }
 
+// What names the document whichever of its iterations is the newest, and whichever nickname its server has: an edit that
+// is gone on with later must be found after others have stored something. Makes a request for an address by id.
+[[nodiscard]] std::string LastingName(const std::string& address, AddressKind kind,
+                                      const std::string& document) {
+  const auto kept = CheckoutBook().Find(document);
+  const std::string& placed = !IsById(address, kind) ? address : kept ? kept->document : document;
+  const std::string path = VtDirectManager::GetVFSPathLatest(placed.c_str());
+  const std::size_t server = path.find("//");
+  if (server == std::string::npos) return document;
+  return VtDirectManager::GetServerURL(path.c_str()) +
+         path.substr(std::min(path.find('/', server + 2), path.size()));
+}
+
 ExitCode RunEdit(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
   const std::string editor = ChosenEditor();
@@ -218,7 +233,7 @@ ExitCode RunEdit(Host& host, const Arguments& arguments) {
   if (document.empty()) return host.output().Fail(Diagnose(host, address, true));
   if (const auto elsewhere = RefusalOfAnotherPlace(address, document)) return host.output().Fail(*elsewhere);
   const std::string name = SafeFileName(FileNameOf(document));
-  auto kept = KeptEdit::Open(document, name.empty() ? "content" : name);
+  auto kept = KeptEdit::Open(LastingName(address, *kind, document), name.empty() ? "content" : name);
   if (!kept) return host.output().Fail(kept.failure());
   return Editing(host, address, document, std::move(*kept)).Run(editor);
 }

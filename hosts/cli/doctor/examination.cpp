@@ -1,6 +1,5 @@
 #include "hosts/cli/doctor/examination.h"
 
-#include <netdb.h>
 #include <vtdirect/platform/http_settings.h>
 #include <vtdirect/vt_direct_manager.h>
 
@@ -13,11 +12,9 @@
 #include "hosts/cli/doctor/name_lookup.h"
 #include "hosts/cli/doctor/route_words.h"
 #include "hosts/cli/doctor/seen_way.h"
-#include "hosts/cli/http_log/redaction.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/servers/origin.h"
-#include "hosts/cli/texts/network_failures.h"
 #include "hosts/cli/tree_walk.h"
 
 namespace vtdirect_cli {

@@ -4,7 +4,6 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vtdirect/vt_direct_manager.h>
 
 #include <cerrno>
 #include <cstring>
@@ -24,11 +23,8 @@ namespace {
 constexpr std::pair<EditStage, const char*> kStages[] = {
     {EditStage::Begun, "begun"}, {EditStage::CheckedOut, "checked out"}, {EditStage::Storing, "storing"}};
 
-// The same for the document and for its working copy, which the UID of a checkout both names.
 [[nodiscard]] std::string DirectoryFor(const std::string& document) {
-  const auto parsed = VtDirectManager::ParseUID(document.c_str());
-  const std::string key = parsed ? parsed->server + " " + parsed->document : document;
-  return StateDirectory() + "/edits/" + Sha256OfText(key).substr(0, 16);
+  return StateDirectory() + "/edits/" + Sha256OfText(document).substr(0, 16);
 }
 
 [[nodiscard]] Failure NoPlace(const std::string& directory, int error) {

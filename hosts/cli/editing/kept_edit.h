@@ -19,7 +19,7 @@ enum class EditStage {
 class KeptEdit {
  public:
   /// Makes the directory and takes it for this run.
-  /// @param document  UID of the document, or of its working copy
+  /// @param document  what stays the same when the document gets a new iteration, which has an id of its own
   /// @param name      fit to be a file's
   /// @return a failure if another run edits the document, or there is no place to keep it
   [[nodiscard]] static Result<KeptEdit> Open(const std::string& document, const std::string& name);

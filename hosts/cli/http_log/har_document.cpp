@@ -105,7 +105,7 @@ class HarWriter {
     Text("version", "1.2");
     Object("creator");
     Text("name", "vtdirect");
-    Text("version", VersionText());
+    Text("version", VersionText().substr(VersionText().find(' ') + 1));
     writer_.EndObject();
     if (seen.leftOut > 0) {
       Text("comment", std::to_string(seen.leftOut) + " later exchanges are left out for want of room");

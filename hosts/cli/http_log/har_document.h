@@ -8,7 +8,6 @@
 #include "hosts/cli/http_log/http_log.h"
 #include "hosts/cli/http_log/redaction.h"
 #include "hosts/cli/interruption.h"
-#include "hosts/cli/texts/output.h"
 
 namespace vtdirect_cli {
 

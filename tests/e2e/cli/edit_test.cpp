@@ -55,7 +55,7 @@ TEST_F(Edit, StoresWhatWasEditedAndChecksItIn) {
   EXPECT_EQ(TemporaryWorkspaces(), 0U);
   EXPECT_EQ(result.out, Run({"uid", kForkPath}).out);
   EXPECT_THAT(result.err, HasSubstr("stored and checked in " + std::string(kForkPath)));
-  EXPECT_FALSE(std::filesystem::exists(Home(".local/state/vtdirect/edits/content")));
+  EXPECT_TRUE(std::filesystem::is_empty(Home(".local/state/vtdirect/edits")));
   EXPECT_THAT(KeptContents(), IsEmpty());
 }
 

@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
+#include <unistd.h>
 
+#include <filesystem>
+#include <iterator>
 #include <map>
+#include <set>
 #include <sstream>
 
 #include "tests/e2e/cli/checkout_fixture.h"

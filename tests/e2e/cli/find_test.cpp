@@ -59,7 +59,9 @@ TEST_F(Find, SaysThatAnOlderServerShowsNoVersions) {
 
 TEST_F(Find, RefusesADocumentAndAFolderThatIsNotThere) {
   Serve();
-  EXPECT_EQ(Run({"find", "//sim/?id=D1001"}).status, 6);
+  const ProcessResult document = Run({"find", "//sim/?id=D1001"});
+  EXPECT_EQ(document.status, 1);
+  EXPECT_THAT(document.err, HasSubstr("is a document and no folder"));
   EXPECT_EQ(Run({"find", "//sim/Products/Trekking Bike/Folders/none/"}).status, 6);
 }
 

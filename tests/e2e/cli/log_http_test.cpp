@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 
 #include "tests/e2e/cli/checkout_fixture.h"
 

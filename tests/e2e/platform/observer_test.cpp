@@ -75,7 +75,8 @@ TEST_F(Observer, SeesEachTurnOfALoginThatTheTransportAnswers) {
   EXPECT_EQ(FetchFrom(server.Url()).status, 200);
   du::http::ClearAllCredentials();
   ASSERT_EQ(seen_.size(), 1U);
-  ASSERT_EQ(seen_[0].turns.size(), 2U);
+  ASSERT_EQ(seen_[0].turns.size(), 2U) << seen_[0].turns[0].requestHead << "\n"
+                                       << seen_[0].turns[0].answerHead;
   EXPECT_THAT(seen_[0].turns[0].answerHead, StartsWith("HTTP/1.1 401"));
   EXPECT_THAT(seen_[0].turns[1].requestHead, HasSubstr("Authorization: Basic "));
   EXPECT_THAT(seen_[0].turns[1].answerHead, StartsWith("HTTP/1.1 200"));
@@ -99,6 +100,21 @@ TEST_F(Observer, SeesNothingAnyMoreWhenItHasEnded) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "")
       << "the handle that was observed says nothing by itself";
   EXPECT_EQ(seen_.size(), 1U);
+}
+
+// curl has one trace function for a handle, which guards against such a line.
+TEST_F(Observer, LeavesTheGuardAgainstALineThatContinuesAStatusLineWhereItIs) {
+  int asked = 0;
+  ScriptedServer server([&asked](Peer& peer, WireRequest&) {
+    if (++asked == 1) return peer.Answer(200, "fine");
+    peer.Send("HTTP/1.1 200 OK\r\n X: y\r\nContent-Length: 0\r\n\r\n");
+    peer.Close();
+  });
+  const auto connection = vtdirect_test::Connect(server.Url());
+  EXPECT_EQ(vtdirect_test::Fetch(*connection).code, ErrorCode::Done);
+  EXPECT_EQ(vtdirect_test::Fetch(*connection).code, ErrorCode::ProtocolFailure) << "while it observes";
+  du::http::SetExchangeObserver({}, 0);
+  EXPECT_EQ(vtdirect_test::Fetch(*connection).code, ErrorCode::ProtocolFailure) << "and afterwards";
 }
 
 TEST_F(Observer, SeesTheCertificateThatAServerShows) {

@@ -15,7 +15,7 @@ TEST(NearWord, IsTheOneThatTakesTheFewestChanges) {
 }
 
 TEST(NearWord, IsNoneThatIsFarAway) {
-  EXPECT_EQ(NearWord("remove", {"checkout", "get", "recover"}), "");
+  EXPECT_EQ(NearWord("delete", {"checkout", "get", "recover"}), "");
   EXPECT_EQ(NearWord("x", {"y", "l"}), "");
   EXPECT_EQ(NearWord("", {"a"}), "");
   EXPECT_EQ(NearWord(std::string(100, 'a'), {std::string(100, 'a')}), "");
