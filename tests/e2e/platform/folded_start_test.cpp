@@ -20,6 +20,12 @@ std::size_t TakeAll(char*, std::size_t size, std::size_t count, void*) {
   return size * count;
 }
 
+// As an exchange does, and first of all that it does with a line.
+std::size_t TakeLine(char* data, std::size_t size, std::size_t count, void* start) {
+  static_cast<FoldedStart*>(start)->LineArrives(data, size * count);
+  return size * count;
+}
+
 /// Whether a line without a beginning is met in an answer that starts so.
 bool IsMetIn(const std::string& head) {
   ScriptedServer server([&head](Peer& peer, WireRequest&) {
@@ -33,6 +39,8 @@ bool IsMetIn(const std::string& head) {
   curl_easy_setopt(handle.get(), CURLOPT_URL, server.Url().c_str());
   curl_easy_setopt(handle.get(), CURLOPT_PROXY, "");
   curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, &TakeAll);
+  curl_easy_setopt(handle.get(), CURLOPT_HEADERFUNCTION, &TakeLine);
+  curl_easy_setopt(handle.get(), CURLOPT_HEADERDATA, &start);
   curl_easy_perform(handle.get());
   return start.Met();
 }
