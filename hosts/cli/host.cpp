@@ -73,6 +73,7 @@ bool AnswerDemand(const char* url) {
 }  // namespace
 
 Host::~Host() {
+  if (&whole_ != this) return;
   VtDirectManager::RegisterAuth(nullptr);
   theHost = nullptr;
 }
@@ -294,8 +295,14 @@ std::optional<Failure> Host::MakeWorkDirectory() {
                                           "; set TMPDIR to one where that can be done"};
 }
 
+bool Host::authenticationRefused() const {
+  const std::lock_guard lock(whole_.authenticating_);
+  return whole_.authenticator_ && whole_.authenticator_->refused();
+}
+
 std::string Host::authenticationRefusal() const {
-  return authenticator_ ? authenticator_->refusal() : "";
+  const std::lock_guard lock(whole_.authenticating_);
+  return whole_.authenticator_ ? whole_.authenticator_->refusal() : "";
 }
 
 void Host::TellCredentialsAccepted() {
@@ -303,7 +310,8 @@ void Host::TellCredentialsAccepted() {
 }
 
 void Host::ForgetAuthenticationRefusal() {
-  if (authenticator_) authenticator_->ForgetRefusal();
+  const std::lock_guard lock(whole_.authenticating_);
+  if (whole_.authenticator_) whole_.authenticator_->ForgetRefusal();
 }
 
 bool Host::Authenticate(const std::string& url) {

@@ -102,6 +102,13 @@ void ReadVersion(Ending& ending) {
   return ExitCode::Ok;
 }
 
+[[nodiscard]] ExitCode ReportDryRun(Host& host, const Ending& ending) {
+  const std::string would = ending.end == CheckoutEnd::Checkin ? "would check in" : "would undo";
+  host.output().Row({{"would", would}, {"address", ending.address}},
+                    {{"address", ending.address}, {"uid", ending.workingCopy}, {"dry_run", true}});
+  return ExitCode::Ok;
+}
+
 }  // namespace
 
 void WarnOfLeftWorkspace(Host& host) {
@@ -111,10 +118,10 @@ void WarnOfLeftWorkspace(Host& host) {
                         "); it may stay on the server, at " + reason->url);
 }
 
-ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
+ExitCode EndCheckout(Host& host, const std::string& address, CheckoutEnd end, bool dryRun) {
   Ending ending;
   ending.end = end;
-  ending.address = arguments.Text("ADDRESS");
+  ending.address = address;
   const auto kind = RequireAddress(ending.address);
   if (!kind) return host.output().Fail(kind.failure());
 
@@ -128,6 +135,8 @@ ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
   if (const auto kept = CheckoutBook().Find(ending.workingCopy)) ending.document = kept->document;
   ending.hadEnded = HasEnded(standing.status);
 
+  if (dryRun) return ReportDryRun(host, ending);
+
   report.Tell("whether the checkout of " + ending.address + " has ended is not known; " +
               AdviceAfterEnd(end, ending.workingCopy));
   const auto failure = Perform(host, ending);
@@ -139,9 +148,11 @@ ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
 }
 
 std::vector<MemberRow> CheckoutEndMembers() {
-  return {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-          {"uid", MemberType::Text, nullptr, "the UID to go on with"},
-          {"version", MemberType::Text, "when the server tells it", "its version"}};
+  return {
+      {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+      {"uid", MemberType::Text, nullptr, "the UID to go on with; with --dry-run that of the working copy"},
+      {"version", MemberType::Text, "when the server tells it", "its version"},
+      {"dry_run", MemberType::Flag, "with --dry-run", "true: it could be done, and was not"}};
 }
 
 }  // namespace vtdirect_cli

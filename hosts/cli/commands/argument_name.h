@@ -9,10 +9,10 @@ namespace vtdirect_cli {
 /// and after each.
 inline constexpr std::string_view argumentNames =
     " ADDRESS DIR FILE PATH URL all anywhere auto-checkout base ca-file cache cache-size cad checkin "
-    "checkouts client-cert client-key config connect-timeout depth folder force foreground forget "
-    "full-paths help json kind language latest link log long max-time metadata netrc no-clobber "
-    "no-preview no-prompt on output parallel proxy quiet refresh renew scratch server stall-timeout "
-    "trace version versioned versions viewable write ";
+    "checkouts client-cert client-key config connect-timeout depth dry-run expect folder force foreground "
+    "forget from full-paths help if-changed json kind language latest link log long max-time metadata netrc "
+    "no-clobber no-preview no-prompt null on output parallel proxy quiet recursive refresh renew retries "
+    "scratch server stall-timeout stop-on-error trace verbose version versioned versions viewable write ";
 
 /// Whether an option or an operand is called so.
 [[nodiscard]] constexpr bool IsArgumentName(std::string_view text) {

@@ -57,13 +57,14 @@ namespace {
 
 [[nodiscard]] std::optional<Failure> Fetch(Host& host, Download& download, const std::string& localPath) {
   const bool quiet = host.output().quiet() || host.output().json();
-  const std::size_t width = quiet ? 0 : TerminalWidth();
+  const std::size_t width = quiet || download.progress ? 0 : TerminalWidth();
   const std::string& name = download.target.path.empty() ? download.address : download.target.path;
   ProgressLine line(width == 0 ? nullptr : &std::cerr, name, width);
   const auto progress = [&download, &line](std::size_t received, std::size_t announced) {
     download.received = received;
     download.announced = announced;
     line.Show(received, announced, ProgressLine::Clock::now());
+    if (download.progress) download.progress(received);
     return !Interrupted();
   };
   ForgetReasons();
@@ -98,43 +99,46 @@ void Report(Host& host, const Download& download, std::uint64_t size) {
   host.output().Note("saved " + download.target.path + ", " + ByteCount(size));
 }
 
-ExitCode FetchIntoFile(Host& host, Download& download) {
+[[nodiscard]] std::optional<Failure> FetchIntoFile(Host& host, Download& download) {
   DurableFile pending(download.target.path);
-  if (pending.error() != 0) return host.output().Fail(WriteFailure(download.target.path, pending.error()));
-  if (const auto failure = Fetch(host, download, pending.path())) return host.output().Fail(*failure);
+  if (pending.error() != 0) return WriteFailure(download.target.path, pending.error());
+  if (auto failure = Fetch(host, download, pending.path())) return failure;
   const std::uint64_t size = SizeOf(pending.path());
   // Before anybody else can write to it: what is recorded is what the server has.
   FetchRecord record;
   const bool measured = Measure(pending.path(), record);
   const auto condition = download.force ? DurableFile::Condition::Anything : DurableFile::Condition::AsBefore;
   const int error = pending.Commit(DurableFile::Permissions::OfTarget, condition, download.target.before);
-  if (error == ESTALE) return host.output().Fail(ChangedMeanwhile(download.target.path));
-  if (error != 0) return host.output().Fail(WriteFailure(download.target.path, error));
+  if (error == ESTALE) return ChangedMeanwhile(download.target.path);
+  if (error != 0) return WriteFailure(download.target.path, error);
   record.address = download.address;
   record.uid = download.uid;
+  record.version = download.version;
   if (measured) RecordFetch(host, download.target.path, record);
+  download.size = size;
   Report(host, download, size);
-  return ExitCode::Ok;
+  return std::nullopt;
 }
 
 // A stream gets nothing until the content is complete, so that its reader never takes a part, or the server's
 // refusal, for the whole.
-ExitCode FetchIntoStream(Host& host, Download& download, int descriptor, const std::string& name) {
+[[nodiscard]] std::optional<Failure> FetchIntoStream(Host& host, Download& download, int descriptor,
+                                                     const std::string& name) {
   const DurableFile pending(host.workDirectory() + "/content");
-  if (pending.error() != 0) return host.output().Fail(WriteFailure(host.workDirectory(), pending.error()));
-  if (const auto failure = Fetch(host, download, pending.path())) return host.output().Fail(*failure);
+  if (pending.error() != 0) return WriteFailure(host.workDirectory(), pending.error());
+  if (auto failure = Fetch(host, download, pending.path())) return failure;
   const int error = CopyToDescriptor(pending.path(), descriptor);
-  if (error != 0) return host.output().Fail(WriteFailure(name, error));
+  if (error != 0) return WriteFailure(name, error);
   if (download.target.kind == Target::Kind::Device) Report(host, download, SizeOf(pending.path()));
-  return ExitCode::Ok;
+  return std::nullopt;
 }
 
-ExitCode FetchIntoDevice(Host& host, Download& download) {
+[[nodiscard]] std::optional<Failure> FetchIntoDevice(Host& host, Download& download) {
   const int descriptor = open(download.target.path.c_str(), O_WRONLY | O_CLOEXEC);
-  if (descriptor < 0) return host.output().Fail(WriteFailure(download.target.path, errno));
-  const ExitCode code = FetchIntoStream(host, download, descriptor, download.target.path);
+  if (descriptor < 0) return WriteFailure(download.target.path, errno);
+  auto failure = FetchIntoStream(host, download, descriptor, download.target.path);
   close(descriptor);
-  return code;
+  return failure;
 }
 
 }  // namespace
@@ -168,14 +172,15 @@ std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& argumen
   return std::nullopt;
 }
 
-Result<Download> SettleDownload(Host& host, const Arguments& arguments, const std::string& address) {
+Result<Download> SettleDownload(Host& host, const Arguments& arguments, const std::string& address,
+                                const std::string& place) {
   Download download;
   download.address = address;
   download.noClobber = arguments.Has("no-clobber");
   download.force = arguments.Has("force");
-  const std::string output = arguments.Text("output");
+  const std::string output = place.empty() ? arguments.Text("output") : place;
   std::string name;
-  if (NeedsFileName(output)) {
+  if (place.empty() && NeedsFileName(output)) {
     name = SafeFileName(FileNameOf(download.address));
     if (name.empty()) return NamelessFailure(host, download.address);
   }
@@ -188,14 +193,16 @@ Result<Download> SettleDownload(Host& host, const Arguments& arguments, const st
 
 void RecordFetch(Host& host, const std::string& file, FetchRecord record) {
   std::string newest;
-  static_cast<void>(VtDirectManager::GetStatus(record.uid.c_str(), record.version, newest, nullptr));
+  if (record.version.empty()) {
+    static_cast<void>(VtDirectManager::GetStatus(record.uid.c_str(), record.version, newest, nullptr));
+  }
   const std::string fault = FetchRecords().Keep(file, record);
   if (fault.empty()) return;
   host.output().Warning("it is not recorded that the server has the content of " + file + ": " + fault +
                         "; a further get into it takes --force");
 }
 
-ExitCode RunDownload(Host& host, Download& download) {
+std::optional<Failure> PerformDownload(Host& host, Download& download) {
   switch (download.target.kind) {
     case Target::Kind::StandardOutput:
       return FetchIntoStream(host, download, STDOUT_FILENO, "standard output");
@@ -205,6 +212,11 @@ ExitCode RunDownload(Host& host, Download& download) {
       break;
   }
   return FetchIntoFile(host, download);
+}
+
+ExitCode RunDownload(Host& host, Download& download) {
+  const auto failure = PerformDownload(host, download);
+  return failure ? host.output().Fail(*failure) : ExitCode::Ok;
 }
 
 }  // namespace vtdirect_cli
