@@ -20,12 +20,18 @@ namespace {
 
 using VtDirectManager::FailureKind;
 
+// Whether it was the server itself that was asked for, and no object of it.
+[[nodiscard]] bool IsOfServerCheck(const Reason& reason) {
+  return reason.step == "ask whether the server answers" || reason.step == "check the server" ||
+         reason.step == "ask the server for its version";
+}
+
 // What every further task on this server would fail with.
 [[nodiscard]] bool IsOfServer(const Failure& failure) {
   if (failure.code == ExitCode::AuthenticationRefused || failure.code == ExitCode::ServerUnsupported)
     return true;
   return failure.code == ExitCode::CannotConnect && failure.reason &&
-         failure.reason->kind == FailureKind::Unreachable;
+         (failure.reason->kind == FailureKind::Unreachable || IsOfServerCheck(*failure.reason));
 }
 
 // What one task has said.
@@ -89,10 +95,18 @@ class Together {
     const BatchTask& task = tasks_[number];
     const ExitCode code = unusable ? task.passOver(host, *unusable) : task.run(host);
     const std::vector<Failure>& failures = output.failures();
-    if (failures.size() == 1 && IsToBeRepeated(failures.front(), repetition, options_.retries)) return false;
+    if (failures.size() == 1 && MayRepeat(task, failures.front()) &&
+        IsToBeRepeated(failures.front(), repetition, options_.retries)) {
+      return false;
+    }
     // What a signal has broken off is told once, at the end.
     Take(number, code, failures, {out.str(), Interrupted() ? "" : err.str()});
     return true;
+  }
+
+  // A task that tells of each object whatever its server says has asked the server twice already.
+  [[nodiscard]] static bool MayRepeat(const BatchTask& task, const Failure& failure) {
+    return !task.passOver || !IsOfServer(failure);
   }
 
   [[nodiscard]] std::optional<Failure> WhyServerIsUnusable() {

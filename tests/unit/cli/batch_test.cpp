@@ -126,6 +126,42 @@ TEST_F(BatchTest, PassesOverWhatIsToBeToldAllTheSame) {
   EXPECT_EQ(end.failures.size(), 3U);
 }
 
+// A server that is too busy to tell its own version answers no question.
+TEST_F(BatchTest, PassesOverAServerThatIsTooBusyToBeChecked) {
+  Failure busy{ExitCode::CannotConnect, "no usable answer"};
+  busy.reason = Reason{};
+  busy.reason->step = "ask the server for its version";
+  busy.reason->httpStatus = 503;
+  options_.retries = 3;
+  std::atomic<int> asked = 0;
+  for (int number = 0; number < 3; ++number) {
+    Add("//one/x", [&asked, busy](Host& host) {
+      ++asked;
+      return host.output().Fail(busy);
+    });
+    tasks_.back().passOver = [](Host& host, const Failure& why) { return host.output().Fail(why); };
+  }
+  EXPECT_EQ(RunTogether(host_, tasks_, options_).failures.size(), 3U);
+  EXPECT_EQ(asked, 1);
+}
+
+TEST_F(BatchTest, RepeatsATaskWhoseAnswerBrokeOffAndForgetsWhatItHasSaid) {
+  options_.retries = 3;
+  std::atomic<int> asked = 0;
+  Add("//one/x", [&asked](Host& host) {
+    host.output().Row({{"n", std::to_string(++asked)}});
+    if (asked == 3) return ExitCode::Ok;
+    Failure broken{ExitCode::DownloadFailed, "broke off"};
+    broken.reason = Reason{};
+    broken.reason->kind = VtDirectManager::FailureKind::AnswerBroken;
+    return host.output().Fail(broken);
+  });
+  const BatchEnd end = RunTogether(host_, tasks_, options_);
+  EXPECT_EQ(out_.str(), "3\n");
+  EXPECT_EQ(err_.str(), "");
+  EXPECT_EQ(end.worst, ExitCode::Ok);
+}
+
 // Why a call failed is told to the task that made it, and to no other one.
 TEST_F(BatchTest, LetsEachTaskSeeItsOwnReasons) {
   for (int number = 0; number < 40; ++number) {
