@@ -192,8 +192,12 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   LeaveOpenCheckin(server().Uid("D1002"));
   Check({"uid", fork});
   Check({"recover"});
+  Check({"undo", server().Uid("D1002"), "--dry-run"});
   Check({"undo", server().Uid("D1002")});
+  Check({"put", "fork.lxz", fork, "--dry-run"});
+  Check({"checkout", server().Uid("D1002"), "--dry-run"});
   Check({"checkout", server().Uid("D1002")});
+  Check({"checkin", server().Uid("D1002"), "--dry-run"});
   Check({"checkin", server().Uid("D1002")});
   Check({"xliff", "source", "//sim/?id=D1028"});
   Check({"xliff", "list", "//sim/?id=D1028"});
