@@ -71,7 +71,7 @@ bench_many_gets() {
 
 bench_many_folders() {
   local pair before
-  many_vtdirect clone --parallel 8 '//plm/Products/Bulk/Folders/' "$work/folder"
+  many_vtdirect clone --parallel 8 '//plm/Products/Bulk/Folders/' "$work/folder" >"$work/output"
   for pair in $(seq "${PAIRS:-3}"); do
     before=$(many_requests)
     seconds many_in pull --parallel 8 >"$work/one"
@@ -111,7 +111,7 @@ many_row() {
   local ratio
   ratio=$(awk '{print $1 / $2}' "$work/$2" | median)
   say "| $1 | $(awk '{print $1}' "$work/$2" | median) | $(awk '{print $2}' "$work/$2" | median) | $ratio |" \
-    "$(awk '{print $1 / $2}' "$work/$2" | quartiles) | $3 | $(judge "$3" "$ratio") |"
+    "$(awk '{print $1 / $2}' "$work/$2" | quartiles) | $3 | $(judge "$ratio" "$3") |"
 }
 
 bench_many() {
