@@ -14,6 +14,7 @@
 #include "platform_default/curl_exchange.h"
 #include "platform_default/failure_explanation.h"
 #include "platform_default/origin_session.h"
+#include "platform_default/request_address.h"
 #include "platform_default/tls_events.h"
 
 namespace vtdirect::platform {
@@ -99,6 +100,8 @@ class CurlHandle {
   };
 
   CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle);
+  [[nodiscard]] du::http::ErrorCode Perform(const OutgoingRequest& request, du::http::FileSink& sink,
+                                            const du::http::TransportSettings& settings, int* httpStatus);
   static CURLcode OnTlsContext(CURL* handle, void* context, void* self);
   [[nodiscard]] bool CertificateWasRefused() const;
   [[nodiscard]] curl_socket_t KeptSocket() const;
@@ -110,6 +113,7 @@ class CurlHandle {
   void SetTrust();
   void SetIdentity();
   void SetProxy();
+  void SetEnvironmentProxy(const OutgoingRequest& request);
   void SetConnectLimit(long milliseconds);
   void SetMethod(const OutgoingRequest& request);
   void SetHeaderLines(const OutgoingRequest& request);
@@ -121,12 +125,14 @@ class CurlHandle {
   // What the handle is set to, so that most exchanges change nothing of it.
   long connectLimit_ = 0;  ///< in milliseconds
   bool isForGet_ = false;
+  bool asksEnvironment_ = true;  ///< whether curl looks there for a proxy
   bool hasLogin_ = false;
   bool negotiated_ = false;                       ///< the last exchange carried a login by Negotiate
   bool watchesTls_ = false;                       ///< whether `tlsEvents_` is told anything
   std::array<char, CURL_ERROR_SIZE> curlText_{};  ///< before the handle, which writes it
   TlsEvents tlsEvents_;    ///< of the last exchange; before the handle, whose connections refer to it
   CurlExchange exchange_;  ///< before the handle, whose end still calls it back
+  RequestAddress address_;
   std::unique_ptr<curl_slist, ListFreer> headerList_;
   HeaderOrder headerOrder_;  ///< what `headerList_` was made for
   std::unique_ptr<CURL, HandleCloser> handle_;

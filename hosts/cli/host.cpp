@@ -12,6 +12,8 @@
 #include "hosts/cli/files/temporary_files.h"
 #include "hosts/cli/folders_ahead.h"
 #include "hosts/cli/servers/server_access.h"
+#include "hosts/cli/servers/server_environment.h"
+#include "hosts/cli/texts/near_word.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/work_folder.h"
 
@@ -89,22 +91,25 @@ std::optional<Failure> Host::SetUp(const CommandRow& command, const Arguments& a
   if (arguments.Has("cad")) VtDirectManager::SetAppConfig(VtDirectManager::ConfigBrowseCadDocuments, "on");
   VtDirectManager::RegisterAuth(AnswerDemand);
   VtDirectManager::UpdateServerList(configuration_.servers);
-  if (auto failure = SetAccess(command, arguments)) return failure;
+  if (auto failure = WorkWith(ServersOf(command, arguments), arguments)) return failure;
   return LimitCommand(command, arguments);
 }
 
 std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
-  const bool named = arguments.Has("config");
-  const std::string path =
-      named ? arguments.Text("config")
-            : DefaultConfigurationPath(Environment("XDG_CONFIG_HOME"), Environment("HOME"));
+  const std::string fromEnvironment = Environment("VTDIRECT_CONFIG");
+  const bool named = arguments.Has("config") || !fromEnvironment.empty();
+  std::string path = arguments.Has("config") ? arguments.Text("config") : fromEnvironment;
+  if (!named) path = DefaultConfigurationPath(Environment("XDG_CONFIG_HOME"), Environment("HOME"));
   if (!path.empty() || named) {
     auto read = LoadConfiguration(path, named);
     if (!read) return read.failure();
     configuration_ = std::move(*read);
   }
+  if (auto failure = AddServersOfEnvironment(ServerVariables(), configuration_)) return failure;
   for (const std::string& argument : arguments.All("server")) {
-    if (auto failure = AddServerArgument(argument, configuration_)) return failure;
+    auto extended = WithServerArgument(argument, configuration_);
+    if (!extended) return extended.failure();
+    configuration_ = std::move(*extended);
   }
   for (const auto& [nickname, url] : configuration_.servers) namedUrls_.push_back(url);
   return ConfigurationFault(configuration_);
@@ -114,7 +119,7 @@ std::vector<std::string> Host::ServersOf(const CommandRow& command, const Argume
   std::vector<std::string> urls;
   const auto add = [&](const std::vector<std::string>& texts) {
     for (const std::string& text : texts) {
-      const std::string url = ServerOfOperand(configuration_.servers, text);
+      const std::string url = ServerOfOperand(servers(), text);
       if (!url.empty()) urls.push_back(url);
     }
   };
@@ -137,9 +142,16 @@ std::vector<std::string> Host::MeantUrls() const {
   return meant;
 }
 
-std::optional<Failure> Host::SetAccess(const CommandRow& command, const Arguments& arguments) {
-  usedUrls_ = ServersOf(command, arguments);
-  ServerAccess access{configuration_, {}, namedUrls_, ServersOf(command, arguments), {}};
+std::shared_ptr<const HttpLog> Host::ObserveHttp() {
+  if (whole_.httpLog_ == nullptr) whole_.httpLog_ = std::make_shared<const HttpLog>();
+  return whole_.httpLog_;
+}
+
+std::optional<Failure> Host::WorkWith(const std::vector<std::string>& urls, const Arguments& arguments) {
+  usedUrls_ = urls;
+  // It knows for which servers the credentials of the environment are.
+  authenticator_.reset();
+  ServerAccess access{configuration_, {}, namedUrls_, urls, {}};
   access.listed.insert(access.listed.end(), access.used.begin(), access.used.end());
   access.commandLine.authorityFile = arguments.Text("ca-file");
   access.commandLine.clientCertificate = arguments.Text("client-cert");
@@ -167,10 +179,8 @@ std::optional<std::string> Host::AskPassphrase(const std::string& url, const std
   if (!known.empty()) return known;
   const auto origin = OriginOf(url);
   if (const auto helper = origin ? HelperOf(*origin) : std::nullopt) {
-    std::string fault;
     // As git's helpers are told of a certificate.
-    const HelperFields fields = helper->Get({{"protocol", "cert"}, {"path", keyFile}}, fault);
-    if (!fault.empty()) output_.Warning(fault);
+    const HelperFields fields = AnswerOf(*helper, {{"protocol", "cert"}, {"path", keyFile}});
     if (!ValueOf(fields, "password").empty()) return ValueOf(fields, "password");
   }
   return mayAskUser ? PromptForPassphrase(keyFile) : std::nullopt;
@@ -253,10 +263,44 @@ void Host::SetHelper() {
   };
 }
 
+Failure Host::NotListed(const std::string& nickname) const {
+  std::vector<std::string> nicknames;
+  for (const auto& [listed, url] : servers()) nicknames.push_back(listed);
+  const std::string meant = DidYouMean(nickname, nicknames);
+  return {ExitCode::ServerNotListed, "no server is listed as \"" + nickname + "\"",
+          meant.empty() ? "vtdirect servers shows those that are" : meant};
+}
+
+std::optional<Failure> Host::RequireHelper(const std::string& url) const {
+  const auto origin = OriginOf(url);
+  if (origin && HelperOf(*origin)) return std::nullopt;
+  return Failure{ExitCode::Usage,
+                 "no credential_helper is set for " + url + ", so there is nobody to keep a login",
+                 "name one in the server's section of the configuration file, for example "
+                 "/usr/lib/git-core/git-credential-libsecret"};
+}
+
+std::optional<Failure> Host::StoreCredentials(const std::string& url,
+                                              const PasswordCredentials& accepted) const {
+  if (auto failure = RequireHelper(url)) return failure;
+  const auto origin = OriginOf(url);
+  const std::string fault = HelperOf(*origin)->Store(FieldsOf(*origin, accepted));
+  if (fault.empty()) return std::nullopt;
+  return Failure{ExitCode::Failure, fault};
+}
+
 std::optional<CredentialHelper> Host::HelperOf(const Origin& origin) const {
-  const std::string command = SettingsFor(configuration_, TextOf(origin)).credentialHelper;
+  const std::string command = SettingsFor(configuration(), TextOf(origin)).credentialHelper;
   if (command.empty()) return std::nullopt;
   return CredentialHelper(command, kHelperSeconds);
+}
+
+// A helper without an answer is a warning, and the next source of credentials is asked.
+HelperFields Host::AnswerOf(const CredentialHelper& helper, const HelperFields& about) {
+  auto answer = helper.Get(about);
+  if (answer) return *answer;
+  output_.Warning(answer.failure().message);
+  return {};
 }
 
 HelperAnswer Host::AskHelper(const Origin& origin, const std::string& user) {
@@ -265,9 +309,7 @@ HelperAnswer Host::AskHelper(const Origin& origin, const std::string& user) {
   if (!helper) return answer;
   HelperFields about = FieldsOf(origin);
   if (!user.empty()) about.emplace_back("username", user);
-  std::string fault;
-  const HelperFields fields = helper->Get(about, fault);
-  if (!fault.empty()) output_.Warning(fault);
+  const HelperFields fields = AnswerOf(*helper, about);
   const std::string quit = ValueOf(fields, "quit");
   answer.quit = quit == "1" || quit == "true";
   const std::string told = ValueOf(fields, "username");
@@ -287,12 +329,10 @@ std::vector<NetrcEntry> Host::LoadNetrc(const std::string& path) {
 }
 
 std::optional<Failure> Host::MakeWorkDirectory() {
-  int error = 0;
-  workDirectory_ = WorkDirectory::Create(&error);
-  if (workDirectory_) return std::nullopt;
-  return Failure{ExitCode::LocalFile, "cannot create a directory for temporary files in " +
-                                          Printable(TemporaryDirectory()) + ": " + std::strerror(error) +
-                                          "; set TMPDIR to one where that can be done"};
+  auto created = WorkDirectory::Create();
+  if (!created) return created.failure();
+  workDirectory_ = std::move(*created);
+  return std::nullopt;
 }
 
 bool Host::authenticationRefused() const {

@@ -8,11 +8,12 @@ namespace vtdirect_cli {
 /// Every option, as it is written after the two dashes, and every operand, in capital letters; a blank before
 /// and after each.
 inline constexpr std::string_view argumentNames =
-    " ADDRESS DIR FILE PATH URL all anywhere auto-checkout base ca-file cache cache-size cad checkin "
+    " ADDRESS DIR FILE NICK PATH URL all anywhere auto-checkout base ca-file cache cache-size cad checkin "
     "checkouts client-cert client-key config connect-timeout depth dry-run expect folder force foreground "
-    "forget from full-paths help if-changed json kind language latest link log long max-time metadata netrc "
-    "no-clobber no-preview no-prompt null on output parallel proxy quiet recursive refresh renew retries "
-    "scratch server stall-timeout stop-on-error trace verbose version versioned versions viewable write ";
+    "forget from full-paths help if-changed json kind language latest link log log-http long max-time "
+    "metadata mine name netrc newer no-clobber no-preview no-prompt null number on output parallel proxy "
+    "quiet recursive refresh renew retries scratch server stall-timeout stop-on-error token trace user "
+    "verbose version versioned versions viewable write ";
 
 /// Whether an option or an operand is called so.
 [[nodiscard]] constexpr bool IsArgumentName(std::string_view text) {

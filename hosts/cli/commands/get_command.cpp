@@ -55,13 +55,13 @@ struct Content {
 // Of a working copy that is not kept here, or of the document itself.
 [[nodiscard]] Result<Content> ContentOnServer(Host& host, const std::string& address,
                                               const std::string& uid) {
-  const CopySearch found = CopyToGoOnWith(host, address, ReadCheckoutState(uid).status, uid);
-  if (found.failure) {
-    Failure failure = *found.failure;
+  const auto found = CopyToGoOnWith(host, address, ReadCheckoutState(uid).status, uid);
+  if (!found) {
+    Failure failure = found.failure();
     failure.advice += (failure.advice.empty() ? "" : "; ") + BaseInstead(address);
     return failure;
   }
-  if (IsTemporaryCopy(found.uid)) return Content{ByOwnId(found.uid), found.uid};
+  if (IsTemporaryCopy(found->uid)) return Content{ByOwnId(found->uid), found->uid};
   // The walk to a path's document need not be made twice.
   return Content{VtDirectManager::IsUID(address.c_str()) ? "" : uid, {}};
 }

@@ -14,6 +14,7 @@
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/many/put_many.h"
 #include "hosts/cli/reasons.h"
+#include "hosts/cli/result.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/storing/put_conditions.h"
 #include "hosts/cli/storing/put_failure.h"
@@ -39,39 +40,8 @@ struct Put {
   bool isDryRun = false;
 };
 
-[[nodiscard]] const char* WordOf(PutTarget::Action action) {
-  switch (action) {
-    case PutTarget::Action::Create:
-      return "created";
-    case PutTarget::Action::Iterate:
-      return "iterated";
-    default:
-      return "stored";
-  }
-}
-
-[[nodiscard]] const char* StepOf(PutTarget::Action action) {
-  switch (action) {
-    case PutTarget::Action::Create:
-      return "create";
-    case PutTarget::Action::Iterate:
-      return "iterate";
-    default:
-      return "store";
-  }
-}
-
-[[nodiscard]] std::optional<Failure> Settle(Host& host, const Arguments& arguments, Put& put) {
-  if (auto failure = RefusalOfConditions(arguments)) return failure;
-  const auto request = ReadPutRequest(arguments);
-  if (!request) return request.failure();
-  put.request = *request;
-  const auto target = SettlePutTarget(host, put.request);
-  if (!target) return target.failure();
-  put.target = *target;
-  const auto links = SettleLinks(host, put.request, put.target);
-  if (!links) return links.failure();
-  put.links = *links;
+// What the user has made the store depend on.
+[[nodiscard]] std::optional<Failure> SettleConditions(Host& host, const Arguments& arguments, Put& put) {
   if (arguments.Has("expect")) {
     if (auto failure = RefusalOfVersion(host, put.target, arguments.Text("expect"))) return failure;
   }
@@ -81,8 +51,21 @@ struct Put {
     put.isUnchanged = *same;
   }
   put.isDryRun = arguments.Has("dry-run");
-  if (Interrupted()) return InterruptedFailure();
   return std::nullopt;
+}
+
+[[nodiscard]] Result<Put> Settle(Host& host, const Arguments& arguments) {
+  if (auto failure = RefusalOfConditions(arguments)) return *failure;
+  const auto request = ReadPutRequest(arguments);
+  if (!request) return request.failure();
+  const auto target = SettlePutTarget(host, *request);
+  if (!target) return target.failure();
+  const auto links = SettleLinks(host, *request, *target);
+  if (!links) return links.failure();
+  Put put{*request, *target, *links, {}, {}, {}};
+  if (auto failure = SettleConditions(host, arguments, put)) return *failure;
+  if (Interrupted()) return InterruptedFailure();
+  return put;
 }
 
 // What fails before the first byte goes out says so, unless it has.
@@ -133,44 +116,42 @@ void UpdateBook(Host& host, const Put& put) {
 
 // The server has the file's bytes now, so a later get may replace it.
 void RecordStored(Host& host, const Put& put) {
-  FetchRecord record;
-  record.address = put.request.address;
-  record.uid = put.uid;
   const LocalSource& source = put.request.content;
-  if (Measure(source.path, record) && IsUnchanged(source)) RecordFetch(host, source.path, record);
+  auto record = Measure(source.path);
+  if (!record || !IsUnchanged(source)) return;
+  record->address = put.request.address;
+  record->uid = put.uid;
+  RecordFetch(host, source.path, *record);
 }
 
-void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
-  report.Tell("the file is stored; the UID to go on with is " + put.uid);
-  put.state = ReadCheckoutState(put.uid);
+void KeepWhatIsStored(Host& host, const Put& put) {
   UpdateBook(host, put);
   RecordStored(host, put);
   WarnOfMissingLinks(host, ByOwnId(put.uid), put.links);
 }
 
-[[nodiscard]] std::optional<Failure> CheckIn(Host& host, Put& put, InterruptionReport& report) {
-  report.Tell("the file is stored in the working copy " + put.uid +
-              ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) + " tells");
+// The UID of the iteration that this makes.
+[[nodiscard]] Result<std::string> CheckIn(Host& host, const Put& put, InterruptionReport& report) {
+  report.TellOfOpenChange("the file is stored in the working copy " + put.uid +
+                          ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) +
+                          " tells");
   ForgetReasons();
-  JournaledStep step(host, {{}, {}, "checkin", put.request.address, put.uid, {}, {}});
+  JournaledStep step(host, {"checkin", put.request.address, put.uid});
   const std::string uid = VtDirectManager::Checkin(put.uid.c_str());
   if (uid.empty()) {
     step.SettleUnlessUnknown();
     return PutCheckInFailure(host, put.uid);
   }
+  report.Tell("the file is stored and checked in; the UID to go on with is " + uid);
   WarnOfLeftWorkspace(host);
   ForgetCheckout(host, put.uid);
   step.Settle();
-  put.uid = uid;
-  put.checkedIn = true;
-  put.state = ReadCheckoutState(uid);
-  return std::nullopt;
+  return uid;
 }
 
 [[nodiscard]] JournalEntry EntryOf(const Put& put) {
   const std::string& file = put.request.content.path;
-  return {
-      {}, {}, StepOf(put.target.action), put.request.address, put.target.address, file, Sha256OfFile(file)};
+  return {WordsOf(put.target.action).step, put.request.address, put.target.address, file, Sha256OfFile(file)};
 }
 
 void Report(Host& host, const Put& put) {
@@ -179,13 +160,13 @@ void Report(Host& host, const Put& put) {
   host.output().Row({{"uid", put.uid}}, {{"address", put.request.address},
                                          {"file", file},
                                          {"bytes", size},
-                                         {"action", std::string(WordOf(put.target.action))},
+                                         {"action", std::string(WordsOf(put.target.action).done)},
                                          {"uid", put.uid},
                                          {"checked_in", put.checkedIn},
                                          {"checkout", std::string(CheckoutWord(put.state.status))}});
   static_cast<void>(host.output().Flush());
-  std::string note = std::string(WordOf(put.target.action)) + " " + put.target.address + " from " + file +
-                     ", " + ByteCount(size);
+  std::string note = std::string(WordsOf(put.target.action).done) + " " + put.target.address + " from " +
+                     file + ", " + ByteCount(size);
   if (put.checkedIn) note += ", and checked in";
   host.output().Note(note);
   if (LeavesWorkingCopy(put))
@@ -195,7 +176,7 @@ void Report(Host& host, const Put& put) {
 // What is told when nothing is sent: since nothing has changed, or since nothing was to be sent.
 ExitCode ReportUnsent(Host& host, const Put& put) {
   const std::string& file = put.request.content.path;
-  const std::string action = put.isUnchanged ? "unchanged" : WordOf(put.target.action);
+  const std::string action = put.isUnchanged ? "unchanged" : WordsOf(put.target.action).done;
   Record json{{"address", put.request.address},
               {"file", file},
               {"bytes", put.request.content.size()},
@@ -205,7 +186,7 @@ ExitCode ReportUnsent(Host& host, const Put& put) {
   if (put.isDryRun) json.emplace_back("dry_run", true);
   if (put.isDryRun) {
     const std::string would =
-        put.isUnchanged ? "unchanged" : std::string("would ") + StepOf(put.target.action);
+        put.isUnchanged ? "unchanged" : std::string("would ") + WordsOf(put.target.action).step;
     host.output().Row({{"would", would}, {"file", file}, {"address", put.target.address}}, json);
     return ExitCode::Ok;
   }
@@ -233,36 +214,41 @@ ExitCode ReportUnsent(Host& host, const Put& put) {
                      CommandToType("browse-url", put.uid) + " leads"};
 }
 
-ExitCode FailOrReport(Host& host, const Failure& failure, InterruptionReport& report) {
-  return failure.code == ExitCode::Interrupted ? report.Report() : host.output().Fail(failure);
-}
-
-[[nodiscard]] ExitCode PutOne(Host& host, const Arguments& arguments) {
-  Put put;
-  InterruptionReport report(host, "put");
-  if (const auto failure = Settle(host, arguments, put)) {
-    return FailOrReport(host, WithNothingSent(*failure), report);
-  }
-
-  if (put.isUnchanged || put.isDryRun) return ReportUnsent(host, put);
-
+// Sends the files, and keeps what follows from it.
+[[nodiscard]] Result<Put> Store(Host& host, Put put, InterruptionReport& report) {
   JournaledStep step(host, EntryOf(put));
   put.outcome = RunUpload(host, put.request, put.target, put.links, report);
   if (!put.outcome.stored) {
     step.SettleUnlessUnknown();
-    if (Interrupted()) return report.Report();
-    return FailOrReport(host, PutFailure(host, put.request, put.target, put.outcome), report);
+    if (Interrupted()) return InterruptedFailure();
+    return PutFailure(host, put.request, put.target, put.outcome);
   }
   put.uid = UidOf(put);
-  if (put.uid.empty()) return FailOrReport(host, NoDocument(host, put), report);
-  LookAtResult(host, put, report);
+  if (put.uid.empty()) return NoDocument(host, put);
+  report.Tell("the file is stored; the UID to go on with is " + put.uid);
+  put.state = ReadCheckoutState(put.uid);
+  KeepWhatIsStored(host, put);
   step.Settle();
-  if (const auto failure = CreatedElsewhere(put)) return FailOrReport(host, *failure, report);
-  if (put.request.checkIn && LeavesWorkingCopy(put)) {
+  return put;
+}
+
+[[nodiscard]] ExitCode PutOne(Host& host, const Arguments& arguments) {
+  InterruptionReport report(host, "put");
+  const auto settled = Settle(host, arguments);
+  if (!settled) return report.Fail(WithNothingSent(settled.failure()));
+  if (settled->isUnchanged || settled->isDryRun) return ReportUnsent(host, *settled);
+  auto put = Store(host, *settled, report);
+  if (!put) return report.Fail(put.failure());
+  if (const auto failure = CreatedElsewhere(*put)) return report.Fail(*failure);
+  if (put->request.checkIn && LeavesWorkingCopy(*put)) {
     if (Interrupted()) return report.Report();
-    if (const auto failure = CheckIn(host, put, report)) return FailOrReport(host, *failure, report);
+    const auto uid = CheckIn(host, *put, report);
+    if (!uid) return report.Fail(uid.failure());
+    put->uid = *uid;
+    put->checkedIn = true;
+    put->state = ReadCheckoutState(*uid);
   }
-  Report(host, put);
+  Report(host, *put);
   return ExitCode::Ok;
 }
 
@@ -280,8 +266,7 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
        "away. May be given several times."},
       {"force", 'f', nullptr, false, Completion::Nothing,
        "Store a content of another kind over a document that may be a Fenlet; its viewable, metadata and "
-       "links "
-       "go."},
+       "links go."},
       {"kind", 0, "KIND", false, Completion::Nothing, "fenlet, general or ugc; fenlet unless given."},
       {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in behind the store."},
       {"stop-on-error", 0, nullptr, false, Completion::Nothing,

@@ -26,11 +26,7 @@ struct Download {
   bool force = false;
   /// Told how many bytes have come, in place of the line of progress; may be empty.
   std::function<void(std::size_t received)> progress = {};
-  std::string uid;
   std::string version;  ///< of the content, when it is known without a question
-  std::size_t received = 0;
-  std::size_t announced = 0;
-  std::uint64_t size = 0;  ///< of the file that was saved
 };
 
 /// The options of a command that downloads: "output", "no-clobber" and "force".
@@ -54,10 +50,10 @@ struct Download {
 void RecordFetch(Host& host, const std::string& file, FetchRecord record);
 
 /// Downloads, puts the file in its place when it is whole, and reports that.
-/// @return why it is not there
-[[nodiscard]] std::optional<Failure> PerformDownload(Host& host, Download& download);
+/// @return the size of the content, or why it is not there
+[[nodiscard]] Result<std::uint64_t> PerformDownload(Host& host, const Download& download);
 
 /// The same, and reports a failure too.
-ExitCode RunDownload(Host& host, Download& download);
+ExitCode RunDownload(Host& host, const Download& download);
 
 }  // namespace vtdirect_cli

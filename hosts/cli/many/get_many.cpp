@@ -113,14 +113,15 @@ class Fetching {
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
     download->described = {{"address", wanted.address}};
     download->progress = [this, number](std::size_t received) { progress_.Advance(number, received); };
-    if (const auto failure = PerformDownload(host, *download)) {
-      if (!HasNoContent(wanted, *failure)) return host.output().Fail(*failure);
+    const auto size = PerformDownload(host, *download);
+    if (!size) {
+      if (!HasNoContent(wanted, size.failure())) return host.output().Fail(size.failure());
       host.output().Warning(wanted.address + " has no content on the server yet");
       return ExitCode::Ok;
     }
     const std::lock_guard lock(mutex_);
     ++saved_;
-    bytes_ += download->size;
+    bytes_ += *size;
     return ExitCode::Ok;
   }
 

@@ -65,8 +65,7 @@ std::string Authenticator::RefusalOf(const Progress& progress) const {
   const bool hasPassword = !sources_.user.empty() && !sources_.password.empty();
   if ((hasPassword || !sources_.token.empty()) && !IsAmong(meant_, progress.origin)) {
     return " demands credentials; those of the environment are for the server that the command names; if "
-           "this "
-           "one may have them too, name it in that server's login_also_for";
+           "this one may have them too, name it in that server's login_also_for";
   }
   return " demands credentials; set VTDIRECT_USER and VTDIRECT_PASSWORD or VTDIRECT_TOKEN, or list it in a "
          "netrc file";
@@ -111,7 +110,11 @@ bool Authenticator::OfferHelpers(Progress& progress, const std::string& url) {
   const HelperAnswer answer = sources_.helper.get(progress.origin, sources_.user);
   if (answer.quit) progress.next = Step::Done;
   if (answer.quit || !answer.credentials) return false;
-  sinks_.setPassword(url, answer.credentials->user, answer.credentials->password);
+  if (answer.credentials->user == tokenUser) {
+    sinks_.setToken(url, answer.credentials->password);
+  } else {
+    sinks_.setPassword(url, answer.credentials->user, answer.credentials->password);
+  }
   progress.last = answer.credentials;
   progress.lastIsHelpers = true;
   return true;

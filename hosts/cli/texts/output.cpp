@@ -50,20 +50,22 @@ struct ValueText {
   }
 };
 
+void AppendReason(const Reason& reason, Record& record) {
+  record.emplace_back("kind", std::string(VtDirectManager::FailureKindText(reason.kind)));
+  record.emplace_back("step", reason.step);
+  if (reason.httpStatus > 0)
+    record.emplace_back("http_status", static_cast<std::uint64_t>(reason.httpStatus));
+  if (!reason.serverText.empty()) record.emplace_back("server_text", reason.serverText);
+}
+
 [[nodiscard]] Record RecordOf(const Failure& failure) {
   Record record{{"error", std::string(ClassOf(failure))},
                 {"exit", static_cast<std::uint64_t>(failure.code)},
                 {"message", failure.Text()},
                 {"retryable", IsRetryable(failure)}};
   if (!failure.advice.empty()) record.emplace_back("advice", failure.advice);
-  if (!failure.reason) return record;
-  const Reason& reason = *failure.reason;
-  record.emplace_back("kind", std::string(VtDirectManager::FailureKindText(reason.kind)));
-  record.emplace_back("step", reason.step);
-  if (reason.httpStatus > 0)
-    record.emplace_back("http_status", static_cast<std::uint64_t>(reason.httpStatus));
-  if (!reason.serverText.empty()) record.emplace_back("server_text", reason.serverText);
-  record.emplace_back("may_have_happened", reason.mayHaveHappened);
+  if (failure.reason) AppendReason(*failure.reason, record);
+  if (const auto open = MayHaveHappened(failure)) record.emplace_back("may_have_happened", *open);
   return record;
 }
 
@@ -122,12 +124,12 @@ void Output::Configure(std::string command, bool json, bool quiet) {
 }
 
 void Output::Lines(const Record& record) {
-  if (json_) return JsonOnly(record);
+  if (json_ || held_ != nullptr) return JsonOnly(record);
   for (const auto& [key, value] : record) out_ << key << ": " << TextOf(value) << '\n';
 }
 
 void Output::Row(const Record& record) {
-  if (json_) return JsonOnly(record);
+  if (json_ || held_ != nullptr) return JsonOnly(record);
   const char* separator = "";
   for (const auto& [key, value] : record) {
     out_ << separator << TextOf(value);
@@ -137,15 +139,19 @@ void Output::Row(const Record& record) {
 }
 
 void Output::Row(const Record& shown, const Record& json) {
-  Row(json_ ? json : shown);
+  Row(json_ || held_ != nullptr ? json : shown);
 }
 
 void Output::JsonOnly(const Record& record) {
-  if (json_) out_ << JsonLine(command_, record) << '\n';
+  if (held_ != nullptr) {
+    held_->result = record;
+  } else if (json_) {
+    out_ << JsonLine(command_, record) << '\n';
+  }
 }
 
 void Output::Note(const std::string& text) {
-  if (!quiet_ && !json_) err_ << "vtdirect: " << Printable(text) << std::endl;
+  if (!quiet_ && !json_ && held_ == nullptr) err_ << "vtdirect: " << Printable(text) << std::endl;
 }
 
 void Output::Warning(const std::string& text) {
@@ -153,6 +159,10 @@ void Output::Warning(const std::string& text) {
 }
 
 ExitCode Output::Fail(const Failure& failure) {
+  if (held_ != nullptr) {
+    held_->failure = failure;
+    return failure.code;
+  }
   err_ << FailureLine(command_, json_, failure) << std::flush;
   failures_.push_back(failure);
   // A task that has failed is not the end of the command, which may still run out of time.

@@ -74,10 +74,21 @@ class JsonOutput : public VtDirect {
               "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + uid + "\t" + uid + "\t\t\n", 0600);
   }
 
+  // What looks for something, or opens it in another program.
+  void CheckWhatLooksAround(const std::string& document) {
+    Check({"doctor", "sim"});
+    Check({"find", "//sim/Products/Trekking Bike/Folders/Frame/", "--newer", "A.1"});
+    environment_["BROWSER"] = "true";
+    Check({"open", document});
+    environment_["VISUAL"] = "true";
+    Check({"edit", server().Uid("D1003")});
+    Check({"support-bundle", "bundle"});
+  }
+
   void ExpectAllWasShown() {
     for (const auto& [section, members] : document_) {
-      // These want a mount: the tests of the mount hold what they show.
-      if (section == "mount" || section == "refresh" || section == "unmount") continue;
+      // These want a mount, and this one a terminal: their own tests hold what they show.
+      if (section == "mount" || section == "refresh" || section == "unmount" || section == "login") continue;
       for (const auto& [name, member] : members) {
         EXPECT_TRUE(seen_[section].contains(name)) << section << " never showed " << name;
       }
@@ -125,6 +136,18 @@ class JsonOutput : public VtDirect {
       EXPECT_TRUE(IsOfType(value, member->second.type)) << name;
       seen_[common ? "Every object" : section].insert(name);
     }
+  }
+
+  void CheckTranslations() {
+    Check({"xliff", "source", "//sim/?id=D1028"});
+    Check({"xliff", "list", "//sim/?id=D1028"});
+    Check({"xliff", "get", "//sim/?id=D1028", "--language", "de"});
+    Check({"xliff", "publish", "//sim/?id=D1031"});
+    WriteFile(
+        Here("a.xlf"),
+        "<xliff version='2.0' srcLang='en' xmlns='urn:oasis:names:tc:xliff:document:2.0'><file/></xliff>");
+    Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "en"});
+    Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "de"}, 8);
   }
 
   // A work folder is made of an empty directory.
@@ -183,6 +206,7 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"links", fork});
   Check({"edit-url", server().Uid("D1026|W301")});
   Check({"browse-url", fork});
+  CheckWhatLooksAround(fork);
   Check({"checkout", server().Uid("D1002")});
   Check({"checkout", server().Uid("D1002")}, 1);
   Check({"verify", server().Uid("D1002")});
@@ -199,15 +223,7 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"checkout", server().Uid("D1002")});
   Check({"checkin", server().Uid("D1002"), "--dry-run"});
   Check({"checkin", server().Uid("D1002")});
-  Check({"xliff", "source", "//sim/?id=D1028"});
-  Check({"xliff", "list", "//sim/?id=D1028"});
-  Check({"xliff", "get", "//sim/?id=D1028", "--language", "de"});
-  Check({"xliff", "publish", "//sim/?id=D1031"});
-  WriteFile(
-      Here("a.xlf"),
-      "<xliff version='2.0' srcLang='en' xmlns='urn:oasis:names:tc:xliff:document:2.0'><file/></xliff>");
-  Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "en"});
-  Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "de"}, 8);
+  CheckTranslations();
   CheckWorkFolder();
 
   ExpectAllWasShown();
