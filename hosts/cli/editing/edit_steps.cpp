@@ -1,12 +1,8 @@
 #include "hosts/cli/editing/edit_steps.h"
 
-#include <string_view>
-
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
-#include "hosts/cli/files/escaped_name.h"
 #include "hosts/cli/interruption.h"
-#include "hosts/cli/many/subjects.h"
 #include "hosts/cli/texts/output.h"
 
 namespace vtdirect_cli {
@@ -28,21 +24,9 @@ namespace {
   return result;
 }
 
-// An edit is of one document. The commands would take "*" and "?" in its path for a pattern of several, unless
-// they are escaped.
-[[nodiscard]] std::string OfOneDocument(const std::string& address) {
-  if (!IsPattern(address)) return address;
-  std::string escaped;
-  for (const char c : address) {
-    const bool isWildcard = c == '*' || c == '?';
-    escaped += isWildcard ? EscapedName(std::string_view(&c, 1)) : std::string(1, c);
-  }
-  return escaped;
-}
-
 [[nodiscard]] Arguments AddressAlone(const std::string& address) {
   Arguments arguments;
-  arguments.Set("ADDRESS", {OfOneDocument(address)});
+  arguments.Set("ADDRESS", {address});
   return arguments;
 }
 

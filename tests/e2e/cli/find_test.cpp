@@ -66,7 +66,7 @@ TEST_F(Find, RefusesADocumentAndAFolderThatIsNotThere) {
 }
 
 TEST_F(Find, GoesOnAfterAFolderThatCannotBeListed) {
-  Serve({"--fault", "GET *Contents*=503*1"});
+  Serve({"--fault", "GET *Contents*=after:1,503*1"});
   const ProcessResult result = Run({"find", "//sim/Products/Trekking Bike/Folders/", "--name", "*.lxz"});
   EXPECT_EQ(result.status, 11) << result.err;
   EXPECT_THAT(result.err, HasSubstr("warning: cannot list "));

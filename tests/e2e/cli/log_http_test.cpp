@@ -8,6 +8,7 @@
 #include <set>
 
 #include "tests/e2e/cli/checkout_fixture.h"
+#include "tests/support/unused_port.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -25,8 +26,10 @@ constexpr const char* kToken = "CanaryToken";
 class LogHttp : public CheckoutTest {
  protected:
   void SetUp() override {
-    Serve(
-        {"--user", std::string("anna:") + kPassword, "--token", std::string("anna:") + kToken, "--sessions"});
+    const std::string port = std::to_string(UnusedPort());
+    Serve({"--user", std::string("anna:") + kPassword, "--token", std::string("anna:") + kToken, "--sessions",
+           "--upload-port", port});
+    uploads_ = "http://127.0.0.1:" + port + "/";
     environment_["VTDIRECT_USER"] = "anna";
     environment_["VTDIRECT_PASSWORD"] = kPassword;
     WriteFile(Here("f"), "new content");
@@ -104,7 +107,8 @@ TEST_F(LogHttp, IsWrittenWhenTheCommandFails) {
 }
 
 TEST_F(LogHttp, IsWrittenWhenASignalEndsTheCommand) {
-  Serve({"--fault", "GET *dkm/documents*=stall"});
+  // A request is in the server's log once it is answered, and this one's content never comes.
+  Serve({"--fault", "GET *streams*=stall"});
   const auto running = Start({"--log-http", "log.har", "get", "//sim/?id=D1001"});
   ASSERT_TRUE(WaitUntil([this] { return server().Log().find("dkm/documents") != std::string::npos; }));
   running->Signal(SIGTERM);
