@@ -75,6 +75,7 @@ bool AnswerDemand(const char* url) {
 }  // namespace
 
 Host::~Host() {
+  if (&whole_ != this) return;
   VtDirectManager::RegisterAuth(nullptr);
   theHost = nullptr;
 }
@@ -118,7 +119,7 @@ std::vector<std::string> Host::ServersOf(const CommandRow& command, const Argume
   std::vector<std::string> urls;
   const auto add = [&](const std::vector<std::string>& texts) {
     for (const std::string& text : texts) {
-      const std::string url = ServerOfOperand(configuration_.servers, text);
+      const std::string url = ServerOfOperand(servers(), text);
       if (!url.empty()) urls.push_back(url);
     }
   };
@@ -142,8 +143,8 @@ std::vector<std::string> Host::MeantUrls() const {
 }
 
 std::shared_ptr<const HttpLog> Host::ObserveHttp() {
-  if (httpLog_ == nullptr) httpLog_ = std::make_shared<const HttpLog>();
-  return httpLog_;
+  if (whole_.httpLog_ == nullptr) whole_.httpLog_ = std::make_shared<const HttpLog>();
+  return whole_.httpLog_;
 }
 
 std::optional<Failure> Host::WorkWith(const std::vector<std::string>& urls, const Arguments& arguments) {
@@ -264,7 +265,7 @@ void Host::SetHelper() {
 
 Failure Host::NotListed(const std::string& nickname) const {
   std::vector<std::string> nicknames;
-  for (const auto& [listed, url] : configuration_.servers) nicknames.push_back(listed);
+  for (const auto& [listed, url] : servers()) nicknames.push_back(listed);
   const std::string meant = DidYouMean(nickname, nicknames);
   return {ExitCode::ServerNotListed, "no server is listed as \"" + nickname + "\"",
           meant.empty() ? "vtdirect servers shows those that are" : meant};
@@ -289,7 +290,7 @@ std::optional<Failure> Host::StoreCredentials(const std::string& url,
 }
 
 std::optional<CredentialHelper> Host::HelperOf(const Origin& origin) const {
-  const std::string command = SettingsFor(configuration_, TextOf(origin)).credentialHelper;
+  const std::string command = SettingsFor(configuration(), TextOf(origin)).credentialHelper;
   if (command.empty()) return std::nullopt;
   return CredentialHelper(command, kHelperSeconds);
 }
@@ -334,8 +335,14 @@ std::optional<Failure> Host::MakeWorkDirectory() {
   return std::nullopt;
 }
 
+bool Host::authenticationRefused() const {
+  const std::lock_guard lock(whole_.authenticating_);
+  return whole_.authenticator_ && whole_.authenticator_->refused();
+}
+
 std::string Host::authenticationRefusal() const {
-  return authenticator_ ? authenticator_->refusal() : "";
+  const std::lock_guard lock(whole_.authenticating_);
+  return whole_.authenticator_ ? whole_.authenticator_->refusal() : "";
 }
 
 void Host::TellCredentialsAccepted() {
@@ -343,7 +350,8 @@ void Host::TellCredentialsAccepted() {
 }
 
 void Host::ForgetAuthenticationRefusal() {
-  if (authenticator_) authenticator_->ForgetRefusal();
+  const std::lock_guard lock(whole_.authenticating_);
+  if (whole_.authenticator_) whole_.authenticator_->ForgetRefusal();
 }
 
 bool Host::Authenticate(const std::string& url) {

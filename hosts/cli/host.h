@@ -18,7 +18,10 @@ namespace vtdirect_cli {
 /// What a command works with: where it speaks to, the servers, how a demand for authentication went.
 class Host {
  public:
-  explicit Host(Output& output) : output_(output) {}
+  explicit Host(Output& output) : output_(output), whole_(*this) {}
+  /// For one of several tasks of a command, which may run at the same time: says what it says to another
+  /// output, and has all the rest from the host of the command, which has to outlive it.
+  Host(Host& whole, Output& output) : output_(output), whole_(whole) {}
   ~Host();
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
@@ -47,8 +50,8 @@ class Host {
   void TellCredentialsAccepted();
 
   [[nodiscard]] Output& output() { return output_; }
-  [[nodiscard]] const ServerMap& servers() const { return configuration_.servers; }
-  [[nodiscard]] const Configuration& configuration() const { return configuration_; }
+  [[nodiscard]] const ServerMap& servers() const { return whole_.configuration_.servers; }
+  [[nodiscard]] const Configuration& configuration() const { return whole_.configuration_; }
   /// The failure of a nickname that is not listed.
   [[nodiscard]] Failure NotListed(const std::string& nickname) const;
   /// A failure if the server has no credential helper.
@@ -61,10 +64,10 @@ class Host {
   [[nodiscard]] std::vector<std::string> ServersOf(const CommandRow& command,
                                                    const Arguments& arguments) const;
   /// The directory for temporary files; only for a command that makes requests.
-  [[nodiscard]] const std::string& workDirectory() const { return workDirectory_->path(); }
+  [[nodiscard]] const std::string& workDirectory() const { return whole_.workDirectory_->path(); }
 
   /// Whether a demand for authentication went without an answer, and what to tell the user.
-  [[nodiscard]] bool authenticationRefused() const { return authenticator_ && authenticator_->refused(); }
+  [[nodiscard]] bool authenticationRefused() const;
   [[nodiscard]] std::string authenticationRefusal() const;
   /// Lets a refusal of one server not count for what is asked of the next.
   void ForgetAuthenticationRefusal();
@@ -88,11 +91,12 @@ class Host {
   [[nodiscard]] std::vector<NetrcEntry> LoadNetrc(const std::string& path);
 
   Output& output_;
+  Host& whole_;  ///< itself, but in a task
   Configuration configuration_;
   std::vector<std::string> namedUrls_;
   std::vector<std::string> usedUrls_;  ///< of these, the ones that the operands of the command name
   CredentialSources sources_;
-  std::mutex authenticating_;
+  mutable std::mutex authenticating_;
   std::unique_ptr<Authenticator> authenticator_;
   std::shared_ptr<const HttpLog> httpLog_;
   std::unique_ptr<WorkDirectory> workDirectory_;

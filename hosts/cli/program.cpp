@@ -19,6 +19,7 @@
 #include "hosts/cli/http_log/har_document.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/many/listed_addresses.h"
 #include "hosts/cli/mounted_path.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/generated_texts.h"
@@ -173,7 +174,9 @@ int RunProgram(int argc, const char* const* argv) {
     std::cout << line.text;
     return Finish(output, ExitCode::Ok);
   }
-  const Arguments arguments = WithMountedAddresses(*line.command, line.arguments);
+  const auto listed = WithListedAddresses(*line.command, line.arguments);
+  if (!listed) return static_cast<int>(output.Fail(listed.failure()));
+  const Arguments arguments = WithMountedAddresses(*line.command, *listed);
   return Finish(output, RunGuarded(*line.command, arguments, output));
 }
 

@@ -6,8 +6,8 @@
 namespace vtdirect_cli {
 namespace {
 
-// The library collects on the stack of the thread, and so there is one.
-VtDirectManager::Outcome* theOutcome = nullptr;
+// The library collects on the stack of the thread, and so each thread has its own.
+thread_local VtDirectManager::Outcome* theOutcome = nullptr;
 
 // So much of what a server says fits into a message.
 constexpr std::size_t kLongestServerText = 200;
@@ -30,12 +30,12 @@ template <typename Condition>
 
 }  // namespace
 
-ReasonCollector::ReasonCollector() {
+ReasonCollector::ReasonCollector() : outer_(theOutcome) {
   theOutcome = &outcome_;
 }
 
 ReasonCollector::~ReasonCollector() {
-  theOutcome = nullptr;
+  theOutcome = outer_;
 }
 
 std::vector<Reason> Reasons() {

@@ -8,10 +8,12 @@
 
 #include "hosts/cli/failure.h"
 
-/// Why the library's calls failed, as values. The program keeps one collector for all that a command asks.
+/// Why the library's calls failed, as values. The program keeps one collector for all that a command asks, and
+/// one for each of several tasks that run at the same time.
 namespace vtdirect_cli {
 
-/// Collects for this thread while it lives. One at a time.
+/// Collects for this thread while it lives. What the functions below tell is what the innermost one of the thread
+/// has collected; on a thread without one they tell nothing.
 class ReasonCollector {
  public:
   ReasonCollector();
@@ -21,6 +23,7 @@ class ReasonCollector {
 
  private:
   VtDirectManager::Outcome outcome_;
+  VtDirectManager::Outcome* outer_;
 };
 
 /// What was collected since the last call of ForgetReasons, oldest first.

@@ -119,6 +119,13 @@ struct Ended {
   return Ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(standing->status)};
 }
 
+[[nodiscard]] ExitCode ReportDryRun(Host& host, const Ending& ending) {
+  const std::string would = ending.end == CheckoutEnd::Checkin ? "would check in" : "would undo";
+  host.output().Row({{"would", would}, {"address", ending.address}},
+                    {{"address", ending.address}, {"uid", ending.workingCopy}, {"dry_run", true}});
+  return ExitCode::Ok;
+}
+
 }  // namespace
 
 void WarnOfLeftWorkspace(Host& host) {
@@ -128,14 +135,14 @@ void WarnOfLeftWorkspace(Host& host) {
                         "); it may stay on the server, at " + reason->url);
 }
 
-ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
-  const std::string address = arguments.Text("ADDRESS");
+ExitCode EndCheckout(Host& host, const std::string& address, CheckoutEnd end, bool dryRun) {
   const auto kind = RequireAddress(address);
   if (!kind) return host.output().Fail(kind.failure());
 
   InterruptionReport report(host, NameOf(end));
   const auto ending = SettleEnding(host, address, end);
   if (!ending) return report.Fail(ending.failure());
+  if (dryRun) return ReportDryRun(host, *ending);
   report.TellOfOpenChange("whether the checkout of " + address + " has ended is not known; " +
                           AdviceAfterEnd(end, ending->workingCopy));
   auto ended = Perform(host, *ending);
@@ -147,9 +154,11 @@ ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
 }
 
 std::vector<MemberRow> CheckoutEndMembers() {
-  return {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-          {"uid", MemberType::Text, nullptr, "the UID to go on with"},
-          {"version", MemberType::Text, "when the server tells it", "its version"}};
+  return {
+      {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+      {"uid", MemberType::Text, nullptr, "the UID to go on with; with --dry-run that of the working copy"},
+      {"version", MemberType::Text, "when the server tells it", "its version"},
+      {"dry_run", MemberType::Flag, "with --dry-run", "true: it could be done, and was not"}};
 }
 
 }  // namespace vtdirect_cli

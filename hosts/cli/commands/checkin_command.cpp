@@ -1,10 +1,15 @@
 #include "hosts/cli/checkouts/checkout_end.h"
+#include "hosts/cli/many/batch_options.h"
 
 namespace vtdirect_cli {
 namespace {
 
+[[nodiscard]] ExitCode CheckInOne(Host& host, const Arguments& arguments, const std::string& address) {
+  return EndCheckout(host, address, CheckoutEnd::Checkin, arguments.Has("dry-run"));
+}
+
 ExitCode RunCheckin(Host& host, const Arguments& arguments) {
-  return EndCheckout(host, arguments, CheckoutEnd::Checkin);
+  return ChangeEach(host, arguments, CheckInOne);
 }
 
 }  // namespace
@@ -17,8 +22,9 @@ CommandRow CheckinCommand() {
       "sees, and prints the UID to go on with. ADDRESS is that of the working copy, or of a document that "
       "is checked out by vtdirect (see checkouts).\n\nWhen it fails the working copy stays, and the "
       "command can be given again; what stands and what to do next is told.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {},
+      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+        Count::AtLeastOnce}},
+      ChangingManyOptions(),
       true,
       RunCheckin,
       CheckoutEndMembers()};

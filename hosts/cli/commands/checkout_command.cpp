@@ -9,6 +9,7 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/many/batch_options.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 
@@ -30,7 +31,7 @@ void Report(Host& host, const std::string& address, const std::string& document,
          " tells";
 }
 
-[[nodiscard]] ExitCode CheckOutOne(Host& host, const std::string& address) {
+[[nodiscard]] ExitCode CheckOutOne(Host& host, const Arguments& arguments, const std::string& address) {
   const auto kind = RequireAddress(address);
   if (!kind) return host.output().Fail(kind.failure());
 
@@ -41,6 +42,12 @@ void Report(Host& host, const std::string& address, const std::string& document,
   if (!refusal) refusal = RefusalOfCheckout(host, address, document);
   if (refusal) return report.Fail(*refusal);
   if (Interrupted()) return report.Report();
+
+  if (arguments.Has("dry-run")) {
+    host.output().Row({{"would", std::string("would check out")}, {"address", address}},
+                      {{"address", address}, {"document", document}, {"dry_run", true}});
+    return ExitCode::Ok;
+  }
 
   report.TellOfOpenChange(UnknownEnd(address));
   JournaledStep step(host, {"checkout", address, document});
@@ -57,12 +64,7 @@ void Report(Host& host, const std::string& address, const std::string& document,
 }
 
 ExitCode RunCheckout(Host& host, const Arguments& arguments) {
-  ExitCode worst = ExitCode::Ok;
-  for (const std::string& address : arguments.All("ADDRESS")) {
-    worst = Worse(worst, CheckOutOne(host, address));
-    if (Interrupted()) break;
-  }
-  return worst;
+  return ChangeEach(host, arguments, CheckOutOne);
 }
 
 }  // namespace
@@ -78,14 +80,16 @@ CommandRow CheckoutCommand() {
       "(.../Workspaces/NAME/FILE). A document that is checked out already, by whomever, is refused, and "
       "so is an older iteration, or a document of the name that stands in another folder than the path says. "
       "Of several, one that fails does not keep the others.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES. May be given several times.", Count::AtLeastOnce}},
-      {},
+      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+        Count::AtLeastOnce}},
+      ChangingManyOptions(),
       true,
       RunCheckout,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
        {"document", MemberType::Text, nullptr, "the document's UID as it was before its checkout"},
-       {"uid", MemberType::Text, nullptr, "the working copy's UID, to go on with"},
-       {"kept", MemberType::Flag, nullptr, "whether that UID is kept"}}};
+       {"uid", MemberType::Text, "without --dry-run", "the working copy's UID, to go on with"},
+       {"kept", MemberType::Flag, "without --dry-run", "whether that UID is kept"},
+       {"dry_run", MemberType::Flag, "with --dry-run", "true: it could be checked out, and was not"}}};
 }
 
 }  // namespace vtdirect_cli

@@ -11,6 +11,7 @@
 #include "hosts/cli/files/target_file.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/reasons.h"
+#include "hosts/cli/retrying.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/pulling.h"
 
@@ -46,8 +47,8 @@ namespace {
 
 ExitCode RunClone(Host& host, const Arguments& arguments) {
   const std::string address = WithClosingSlash(arguments.Text("PATH"));
-  const auto threads = ReadThreads(arguments);
-  if (!threads) return host.output().Fail(threads.failure());
+  const auto effort = ReadEffort(arguments);
+  if (!effort) return host.output().Fail(effort.failure());
   const auto kind = RequireAddress(address);
   if (!kind) return host.output().Fail(kind.failure());
   if (IsById(address, *kind)) return host.output().Fail(DiagnoseObjectAsDirectory(host, address));
@@ -57,7 +58,7 @@ ExitCode RunClone(Host& host, const Arguments& arguments) {
   ForgetReasons();
   std::string server;
   static_cast<void>(VtDirectManager::GetLinkContext(address.c_str(), server));
-  const RemoteTree tree = ReadRemoteTree(server, {"", address}, *threads);
+  const RemoteTree tree = ReadRemoteTree(server, {"", address}, *effort);
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
   // A directory is made only for a folder that is there.
   if (!tree.Knows("")) return host.output().Fail(DiagnoseDirectory(host, address, 0));
@@ -66,7 +67,7 @@ ExitCode RunClone(Host& host, const Arguments& arguments) {
   if (!created) return host.output().Fail(created.failure());
   WorkFolder& folder = **created;
   if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
-  return PullAll(host, folder, tree, *threads);
+  return PullAll(host, folder, tree, *effort);
 }
 
 }  // namespace
@@ -85,7 +86,7 @@ CommandRow CloneCommand() {
       "A clone that fails or is interrupted leaves a whole work folder that has not all of the files yet: "
       "pull fetches the others.",
       {{"PATH", "A folder's path; see ADDRESSES."}, {"DIR", "A directory.", Count::AtMostOnce}},
-      {ParallelOption()},
+      {ParallelOption(), RetriesOption()},
       true,
       RunClone,
       PullMembers()};

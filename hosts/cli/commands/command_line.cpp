@@ -41,9 +41,22 @@ void Bind(CLI::App& app, const OptionRow& row, Bindings& bindings) {
 void BindOperand(CLI::App& app, const OperandRow& row, Bindings& bindings) {
   Binding& binding = bindings.emplace_back(Binding{row.name, nullptr, {}});
   binding.option = app.add_option(row.name.text(), binding.values);
-  if (row.count == Count::Once || row.count == Count::AtLeastOnce) binding.option->required();
+  if (row.count == Count::Once) binding.option->required();
   if (row.count == Count::Once || row.count == Count::AtMostOnce)
     binding.option->allow_extra_args(false)->expected(1);
+}
+
+[[nodiscard]] bool TakesSeveral(const OperandRow& row) {
+  return row.count == Count::AtLeastOnce || row.count == Count::AnyNumber;
+}
+
+// An operand that is given several times takes all that there is, so the ones after it are parted from it when
+// the line has been read.
+void BindOperands(CLI::App& app, const CommandRow& row, Bindings& bindings) {
+  for (const OperandRow& operand : row.operands) {
+    BindOperand(app, operand, bindings);
+    if (TakesSeveral(operand)) return;
+  }
 }
 
 void Collect(const Bindings& bindings, Arguments& arguments) {
@@ -75,7 +88,7 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
   CLI::App* const command = parent.add_subcommand(WordOf(row));
   // A global option is understood behind the command too.
   command->fallthrough();
-  for (const OperandRow& operand : row.operands) BindOperand(*command, operand, bindings);
+  BindOperands(*command, row, bindings);
   for (const OptionRow& option : row.options) Bind(*command, option, bindings);
 }
 
@@ -185,6 +198,32 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
           meant + (meant.empty() ? "" : " ") + "see vtdirect --help"};
 }
 
+// Gives the operands after one that is given several times their values, which are the last ones.
+void PartOperands(const CommandRow& row, Arguments& arguments) {
+  const auto several = std::find_if(row.operands.begin(), row.operands.end(), TakesSeveral);
+  if (several == row.operands.end()) return;
+  std::vector<std::string> values = arguments.All(several->name);
+  for (auto operand = row.operands.end() - 1; operand != several; --operand) {
+    const std::size_t kept = several->count == Count::AtLeastOnce ? 1 : 0;
+    if (values.size() <= kept) break;
+    arguments.Set(operand->name, {values.back()});
+    values.pop_back();
+  }
+  if (arguments.Has(several->name)) arguments.Set(several->name, std::move(values));
+}
+
+// A list of addresses takes the place of those that are not given.
+[[nodiscard]] std::optional<Failure> MissingOperand(const CommandRow& row, const Arguments& arguments) {
+  for (const OperandRow& operand : row.operands) {
+    const bool mayBeAbsent = operand.count == Count::AtMostOnce || operand.count == Count::AnyNumber ||
+                             (operand.count == Count::AtLeastOnce && arguments.Has("from"));
+    if (mayBeAbsent || !arguments.All(operand.name).empty()) continue;
+    return Failure{ExitCode::Usage, std::string(operand.name.text()) + " is required",
+                   "see vtdirect " + std::string(row.name) + " --help"};
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 std::string VersionText() {
@@ -228,6 +267,8 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
     return line;
   }
   Collect(*std::next(ofCommands.begin(), line.command - Commands().data()), line.arguments);
+  PartOperands(*line.command, line.arguments);
+  line.failure = MissingOperand(*line.command, line.arguments);
   return line;
 }
 

@@ -44,10 +44,19 @@ void Show(Host& host, const std::string& action, const FolderFile& file) {
   return host.output().Fail(ConflictOf(file.path, file.file->version, file.document->version));
 }
 
-[[nodiscard]] ExitCode CommitOne(Host& host, WorkFolder& folder, const Comparison& file) {
+void ShowWouldCommit(Host& host, const WorkFolder& folder, FolderFile file) {
+  file.size = FactsOf(folder.OnDisk(file.path)).size;
+  Show(host, "would-commit", file);
+}
+
+[[nodiscard]] ExitCode CommitOne(Host& host, WorkFolder& folder, const Comparison& file, bool dryRun) {
   switch (file.state) {
     case FileState::Modified: {
       if (!file.document) break;
+      if (dryRun) {
+        ShowWouldCommit(host, folder, *file.file);
+        return ExitCode::Ok;
+      }
       const SendResult result = SendFile(host, folder, file);
       if (result.sent) Show(host, "committed", result.file);
       if (result.sent) return ExitCode::Ok;
@@ -89,7 +98,7 @@ void Show(Host& host, const std::string& action, const FolderFile& file) {
 }
 
 ExitCode CommitAll(Host& host, WorkFolder& folder, const LocalSide& side,
-                   const std::vector<FolderFile>& files) {
+                   const std::vector<FolderFile>& files, bool dryRun) {
   ForgetReasons();
   const RemoteTree tree = ReadRemoteFolders(folder.store().server(), FoldersOf(files), usualThreads);
   ExitCode worst = ExitCode::Ok;
@@ -98,7 +107,7 @@ ExitCode CommitAll(Host& host, WorkFolder& folder, const LocalSide& side,
   }
   for (const Comparison& file : CompareFiles(side, tree, files)) {
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
-    worst = Worse(worst, CommitOne(host, folder, file));
+    worst = Worse(worst, CommitOne(host, folder, file, dryRun));
     if (worst == ExitCode::Interrupted) return worst;
   }
   return worst;
@@ -122,7 +131,7 @@ ExitCode RunCommit(Host& host, const Arguments& arguments) {
     }
     if (files.empty()) host.output().Note("no file was changed here");
   }
-  return CommitAll(host, folder, *local, files);
+  return CommitAll(host, folder, *local, files, arguments.Has("dry-run"));
 }
 
 }  // namespace
@@ -144,14 +153,15 @@ CommandRow CommitCommand() {
       "goes on with the checkout that was made. A file that the server does not know is not sent; put "
       "creates a document.",
       {{"FILE", "A file of the work folder.", Count::AnyNumber}},
-      {},
+      {{"dry-run", 0, nullptr, false, Completion::Nothing,
+        "Say which files would be sent and which are in conflict, and send nothing."}},
       true,
       RunCommit,
       {{"action", MemberType::Text, nullptr,
-        "committed, or known when the server had the file's content already"},
+        "committed, known when the server had the file's content already, or with --dry-run would-commit"},
        {"file", MemberType::Text, nullptr, "the file, below the work folder"},
        {"path", MemberType::Text, nullptr, "the document's path on the server"},
-       {"uid", MemberType::Text, nullptr, "UID of the version that the file is now"},
+       {"uid", MemberType::Text, nullptr, "UID of the version that the file is now, or came from"},
        {"version", MemberType::Text, nullptr, "that version"},
        {"bytes", MemberType::Number, nullptr, "the file's size"}}};
   row.worksInFolder = true;

@@ -11,6 +11,7 @@
 #include "hosts/cli/files/content_download.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/many/get_many.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -78,19 +79,28 @@ struct Content {
   return ContentOnServer(host, address, uid);
 }
 
-ExitCode RunGet(Host& host, const Arguments& arguments) {
-  const std::string address = arguments.Text("ADDRESS");
-  if (const auto failure = CheckDownloadOptions(host, arguments)) return host.output().Fail(*failure);
+// Where the content comes from and where it goes, with nothing fetched yet.
+// @param place  the file that it goes to whatever -o says; empty for what -o says
+[[nodiscard]] Result<Download> SettleGet(Host& host, const Arguments& arguments, const std::string& address,
+                                         const std::string& place) {
   const auto kind = RequirePlacedAddress(arguments, address);
-  if (!kind) return host.output().Fail(kind.failure());
-  auto download = SettleDownload(host, arguments, address);
-  if (!download) return host.output().Fail(download.failure());
+  if (!kind) return kind.failure();
+  auto download = SettleDownload(host, arguments, address, place);
+  if (!download) return download.failure();
   const auto content = SettleContent(host, arguments, address);
-  if (!content) return host.output().Fail(content.failure());
-  if (Interrupted()) return host.output().Fail(InterruptedFailure());
+  if (!content) return content.failure();
+  if (Interrupted()) return InterruptedFailure();
   download->described = {{"address", address}};
   download->source = content->source;
   download->uidToGoOnWith = content->uidToGoOnWith;
+  return *download;
+}
+
+ExitCode RunGet(Host& host, const Arguments& arguments) {
+  if (const auto failure = CheckDownloadOptions(host, arguments)) return host.output().Fail(*failure);
+  if (GetsMany(arguments)) return GetMany(host, arguments, SettleGet);
+  auto download = SettleGet(host, arguments, arguments.Text("ADDRESS"), {});
+  if (!download) return host.output().Fail(download.failure());
   return RunDownload(host, *download);
 }
 
@@ -100,6 +110,7 @@ ExitCode RunGet(Host& host, const Arguments& arguments) {
       {"base", 0, nullptr, false, Completion::Nothing,
        "Of a document that you have checked out, fetch the content from before the checkout."}};
   for (const OptionRow& row : DownloadOptions()) options.push_back(row);
+  for (const OptionRow& row : GetManyOptions()) options.push_back(row);
   return options;
 }
 
@@ -127,11 +138,24 @@ CommandRow GetCommand() {
       "replaced: what get has saved is recorded, with size and SHA-256, in $XDG_STATE_HOME/vtdirect/fetched "
       "or ~/.local/state/vtdirect/fetched. Any other file takes --force. A write-protected file is never "
       "replaced. A file that is replaced keeps its permissions, and its group where you may give it.\n\n"
-      "Without -o the file name is that of the object, escaped as in a path (the characters |\\/<>:\"?*% as "
-      "%hh), in the current directory. A dot in front, control characters and those that turn the direction "
-      "of writing are escaped too, so that no name leads out of the directory, hides in it or looks like "
-      "another.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+      "Without -o the file name is that of the object, escaped as in a path (the characters |\\/<>:\"?*% "
+      "as %hh), in the current directory. A dot in front, control characters and those that turn the "
+      "direction of writing are escaped too, so that no name leads out of the directory, hides in it or "
+      "looks like "
+      "another.\n\n"
+      "Several documents go to the current directory, or to the directory that -o names, --parallel at a "
+      "time. "
+      "With -r a folder is fetched as a directory of its name, with all that is below it; directories are "
+      "made. "
+      "Each document gets a file of its own: of two that would have the same name, the second one is called "
+      "\"fork%(2).lxz\", and in one folder it is called by its number, \"fork%(0000100002).lxz\". One that "
+      "fails does not keep the others: all failures are told once more at the end, and the exit status is "
+      "that "
+      "of the worst. A document of a folder that has no content yet is no failure; a warning tells of it. "
+      "With --json, address is the path of a document "
+      "that a folder or a pattern has led to.",
+      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+        Count::AtLeastOnce}},
       Options(),
       true,
       RunGet,

@@ -5,6 +5,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/many/batch_options.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 
@@ -106,8 +107,7 @@ ExitCode FailMissing(Host& host, const std::string& address, Record& record) {
   return host.output().Fail(failure);
 }
 
-ExitCode RunInfo(Host& host, const Arguments& arguments) {
-  const std::string address = arguments.Text("ADDRESS");
+[[nodiscard]] ExitCode TellInfo(Host& host, const Arguments& arguments, const std::string& address) {
   const auto kind = RequirePlacedAddress(arguments, address);
   if (!kind) return host.output().Fail(kind.failure());
 
@@ -125,6 +125,23 @@ ExitCode RunInfo(Host& host, const Arguments& arguments) {
   DescribeServer(address, record);
   host.output().Lines(record);
   return ExitCode::Ok;
+}
+
+// An empty line ends each of several.
+[[nodiscard]] ExitCode TellNext(Host& host, const Arguments& arguments, const std::string& address) {
+  const ExitCode code = TellInfo(host, arguments, address);
+  host.output().Separate();
+  return code;
+}
+
+ExitCode RunInfo(Host& host, const Arguments& arguments) {
+  return ReadEach(host, arguments, Wanted::DocumentsAndFolders, IsForMany(arguments) ? TellNext : TellInfo);
+}
+
+[[nodiscard]] std::vector<OptionRow> Options() {
+  std::vector<OptionRow> options = {AnywhereOption()};
+  for (const OptionRow& row : ReadingManyOptions()) options.push_back(row);
+  return options;
 }
 
 [[nodiscard]] std::vector<MemberRow> Members() {
@@ -176,9 +193,12 @@ CommandRow InfoCommand() {
       "path_versioned, folder with writable, shows_details and shows_versions, content_url and web_page, "
       "as far as the server tells them. For a folder: "
       "kind, path, writable, shows_details, shows_versions. For both what the server offers: "
-      "checkout_supported, translation_supported, separated_sources, vcs_metadata.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {AnywhereOption()},
+      "checkout_supported, translation_supported, separated_sources, vcs_metadata.\n\nOf several objects "
+      "each "
+      "ends with an empty line; they are asked for --parallel at a time, and told in their order.",
+      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+        Count::AtLeastOnce}},
+      Options(),
       true,
       RunInfo,
       Members()};

@@ -1,21 +1,23 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/reasons.h"
+#include "hosts/cli/retrying.h"
 #include "hosts/cli/work_folder/pulling.h"
 
 namespace vtdirect_cli {
 namespace {
 
 ExitCode RunPull(Host& host, const Arguments& arguments) {
-  const auto threads = ReadThreads(arguments);
-  if (!threads) return host.output().Fail(threads.failure());
+  const auto effort = ReadEffort(arguments);
+  if (!effort) return host.output().Fail(effort.failure());
   const auto opened = WorkFolder::OpenHere();
   if (!opened) return host.output().Fail(opened.failure());
   WorkFolder& folder = **opened;
   if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
   ForgetReasons();
-  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *threads);
-  return PullAll(host, folder, tree, *threads);
+  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *effort);
+  if (arguments.Has("dry-run")) return TellPull(host, folder, tree);
+  return PullAll(host, folder, tree, *effort);
 }
 
 }  // namespace
@@ -34,7 +36,10 @@ CommandRow PullCommand() {
       "are asked for each document. What was fetched before a failure stays, and the next pull goes on "
       "there.",
       {},
-      {ParallelOption()},
+      {ParallelOption(),
+       RetriesOption(),
+       {"dry-run", 0, nullptr, false, Completion::Nothing,
+        "Say which files would be fetched, and fetch none."}},
       true,
       RunPull,
       PullMembers()};

@@ -12,9 +12,11 @@
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/many/put_many.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/result.h"
 #include "hosts/cli/storing/document_place.h"
+#include "hosts/cli/storing/put_conditions.h"
 #include "hosts/cli/storing/put_failure.h"
 #include "hosts/cli/storing/put_links.h"
 #include "hosts/cli/storing/put_request.h"
@@ -34,17 +36,36 @@ struct Put {
   std::string uid;  // to go on with
   CheckoutState state;
   bool checkedIn = false;
+  bool isUnchanged = false;  // the server has the file's bytes already
+  bool isDryRun = false;
 };
 
+// What the user has made the store depend on.
+[[nodiscard]] std::optional<Failure> SettleConditions(Host& host, const Arguments& arguments, Put& put) {
+  if (arguments.Has("expect")) {
+    if (auto failure = RefusalOfVersion(host, put.target, arguments.Text("expect"))) return failure;
+  }
+  if (arguments.Has("if-changed")) {
+    const auto same = HasBytesAlready(host, put.request, put.target);
+    if (!same) return same.failure();
+    put.isUnchanged = *same;
+  }
+  put.isDryRun = arguments.Has("dry-run");
+  return std::nullopt;
+}
+
 [[nodiscard]] Result<Put> Settle(Host& host, const Arguments& arguments) {
+  if (auto failure = RefusalOfConditions(arguments)) return *failure;
   const auto request = ReadPutRequest(arguments);
   if (!request) return request.failure();
   const auto target = SettlePutTarget(host, *request);
   if (!target) return target.failure();
   const auto links = SettleLinks(host, *request, *target);
   if (!links) return links.failure();
+  Put put{*request, *target, *links, {}, {}, {}};
+  if (auto failure = SettleConditions(host, arguments, put)) return *failure;
   if (Interrupted()) return InterruptedFailure();
-  return Put{*request, *target, *links, {}, {}, {}};
+  return put;
 }
 
 // What fails before the first byte goes out says so, unless it has.
@@ -152,6 +173,28 @@ void Report(Host& host, const Put& put) {
     host.output().Note("it is checked out; " + CommandToType("checkin", put.uid) + " checks it in");
 }
 
+// What is told when nothing is sent: since nothing has changed, or since nothing was to be sent.
+ExitCode ReportUnsent(Host& host, const Put& put) {
+  const std::string& file = put.request.content.path;
+  const std::string action = put.isUnchanged ? "unchanged" : WordsOf(put.target.action).done;
+  Record json{{"address", put.request.address},
+              {"file", file},
+              {"bytes", put.request.content.size()},
+              {"action", action}};
+  const bool isThere = put.target.action != PutTarget::Action::Create;
+  if (isThere) json.emplace_back("uid", put.target.address);
+  if (put.isDryRun) json.emplace_back("dry_run", true);
+  if (put.isDryRun) {
+    const std::string would =
+        put.isUnchanged ? "unchanged" : std::string("would ") + WordsOf(put.target.action).step;
+    host.output().Row({{"would", would}, {"file", file}, {"address", put.target.address}}, json);
+    return ExitCode::Ok;
+  }
+  host.output().Row({{"uid", put.target.address}}, json);
+  host.output().Note(put.target.address + " has the content of " + file + " already; nothing was sent");
+  return ExitCode::Ok;
+}
+
 // A server that is asked for the folder and doesn't answer is asked by the library to choose one.
 [[nodiscard]] std::optional<Failure> CreatedElsewhere(const Put& put) {
   if (put.target.action != PutTarget::Action::Create) return std::nullopt;
@@ -189,10 +232,11 @@ void Report(Host& host, const Put& put) {
   return put;
 }
 
-ExitCode RunPut(Host& host, const Arguments& arguments) {
+[[nodiscard]] ExitCode PutOne(Host& host, const Arguments& arguments) {
   InterruptionReport report(host, "put");
   const auto settled = Settle(host, arguments);
   if (!settled) return report.Fail(WithNothingSent(settled.failure()));
+  if (settled->isUnchanged || settled->isDryRun) return ReportUnsent(host, *settled);
   auto put = Store(host, *settled, report);
   if (!put) return report.Fail(put.failure());
   if (const auto failure = CreatedElsewhere(*put)) return report.Fail(*failure);
@@ -208,8 +252,12 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
   return ExitCode::Ok;
 }
 
+ExitCode RunPut(Host& host, const Arguments& arguments) {
+  return arguments.All("FILE").size() == 1 ? PutOne(host, arguments) : PutMany(host, arguments, PutOne);
+}
+
 [[nodiscard]] std::vector<OptionRow> Options() {
-  return {
+  std::vector<OptionRow> options = {
       {"viewable", 0, "FILE", false, Completion::Files, "Store this file as the document's viewable."},
       {"metadata", 0, "FILE", false, Completion::Files, "Store this file as the document's metadata."},
       {"language", 0, "LANGUAGE", false, Completion::Nothing, "Set the document's language."},
@@ -221,46 +269,65 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
        "links go."},
       {"kind", 0, "KIND", false, Completion::Nothing, "fenlet, general or ugc; fenlet unless given."},
       {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in behind the store."},
+      {"stop-on-error", 0, nullptr, false, Completion::Nothing,
+       "Of several files, send nothing further when one has failed."},
   };
+  for (const OptionRow& row : PutConditionOptions()) options.push_back(row);
+  return options;
 }
 
 [[nodiscard]] std::vector<MemberRow> Members() {
+  constexpr const char* kSent = "unless nothing was sent";
   return {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
           {"file", MemberType::Text, nullptr, "FILE as it was given"},
           {"bytes", MemberType::Number, nullptr, "its size"},
-          {"action", MemberType::Text, nullptr, "created, iterated or stored (into a working copy)"},
-          {"uid", MemberType::Text, nullptr, "the UID to go on with"},
-          {"checked_in", MemberType::Flag, nullptr, "whether a working copy was checked in"},
-          {"checkout", MemberType::Text, nullptr, "where the checkout of that UID stands; see status"}};
+          {"action", MemberType::Text, nullptr,
+           "created, iterated or stored (into a working copy); unchanged when --if-changed has sent nothing"},
+          {"uid", MemberType::Text, "unless --dry-run would create it", "the UID to go on with"},
+          {"checked_in", MemberType::Flag, kSent, "whether a working copy was checked in"},
+          {"checkout", MemberType::Text, kSent, "where the checkout of that UID stands; see status"},
+          {"dry_run", MemberType::Flag, "with --dry-run",
+           "true: nothing was sent, and action is what would be done"}};
 }
 
 }  // namespace
 
 CommandRow PutCommand() {
-  return {"put",
-          "Store a file as a document",
-          "Stores FILE at ADDRESS, and prints the UID to go on with.\n\n"
-          "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
-          "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
-          "not there creates it. An existing document gets a new iteration; one that is checked out by "
-          "vtdirect, here or on another machine, gets a store into its working copy, as does the UID or the "
-          "path of a working copy. A document that somebody else has checked out, or you by other means, is "
-          "refused before anything is sent. A document of the name in another folder doesn't count: a new "
-          "one is created beside it, as long as the folder has none.\n\n"
-          "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
-          "A new iteration keeps the source links that it isn't told to change, the attributes and a "
-          "viewable that the server carries over. Metadata is of one iteration: without --metadata the new "
-          "one has none. Documents of the kinds general and ugc take a content alone: over a document that "
-          "is there they take --force, since the server does not tell whether it is a Fenlet document, whose "
-          "viewable, metadata and links would go.\n\n"
-          "The files must not be written to while they are sent; when they are, nothing is stored. They are "
-          "copied to the directory for temporary files first, which needs room for all of them. A failure "
-          "says which step failed, what stands on the server, and what can be done next.",
-          {{"FILE", "A local file."}, {"ADDRESS", "A path or a UID; see ADDRESSES."}},
-          Options(),
-          true,
-          RunPut,
-          Members()};
+  return {
+      "put",
+      "Store a file as a document",
+      "Stores FILE at ADDRESS, and prints the UID to go on with.\n\n"
+      "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
+      "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
+      "not there creates it. An existing document gets a new iteration; one that is checked out by "
+      "vtdirect, here or on another machine, gets a store into its working copy, as does the UID or the path "
+      "of "
+      "a working copy. A document that somebody else has checked out, or you by other means, is refused "
+      "before anything is "
+      "sent. A document of the name in another folder doesn't count: a new one is created beside it, as long "
+      "as "
+      "the folder has none.\n\n"
+      "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
+      "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
+      "that the server carries over. Metadata is of one iteration: without --metadata the new one has "
+      "none. Documents of the kinds general and ugc take a content alone: over a document "
+      "that is there they take --force, since the server does not tell whether it is a Fenlet document, "
+      "whose "
+      "viewable, metadata and links would go.\n\n"
+      "The files must not be written to while they are sent; when they are, nothing is stored. They are "
+      "copied to the directory for temporary files first, which needs room for all of them. A failure "
+      "says which step failed, what stands on the server, and what can be done next.\n\n"
+      "Several files are stored in the folder or the workspace at ADDRESS, which ends in \"/\" then, one "
+      "after "
+      "the other. One that fails does not keep the others. Two of one name are refused, and so are options "
+      "that "
+      "belong to one document.",
+      {{"FILE", "A local file. Several of them go to the folder at ADDRESS.", Count::AtLeastOnce},
+       {"ADDRESS", "A path or a UID; see ADDRESSES."}},
+      Options(),
+      true,
+      RunPut,
+      Members()};
 }
 
 }  // namespace vtdirect_cli

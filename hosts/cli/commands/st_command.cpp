@@ -4,6 +4,7 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/reasons.h"
+#include "hosts/cli/retrying.h"
 #include "hosts/cli/work_folder/parallel.h"
 #include "hosts/cli/work_folder/pulling.h"
 
@@ -72,19 +73,19 @@ void Show(Host& host, const Line& line) {
 }
 
 ExitCode RunSt(Host& host, const Arguments& arguments) {
-  const auto threads = ReadThreads(arguments);
-  if (!threads) return host.output().Fail(threads.failure());
+  const auto effort = ReadEffort(arguments);
+  if (!effort) return host.output().Fail(effort.failure());
   const auto opened = WorkFolder::OpenHere();
   if (!opened) return host.output().Fail(opened.failure());
   WorkFolder& folder = **opened;
   const auto local = ReadLocalSide(folder);
   if (!local) return host.output().Fail(local.failure());
   ForgetReasons();
-  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *threads);
+  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *effort);
   std::vector<Line> lines;
   for (Comparison& comparison : Compare(*local, tree)) lines.push_back({std::move(comparison), {}, {}});
   TakeOwnCheckouts(lines);
-  AskForHolders(lines, arguments.Has("checkouts"), *threads);
+  AskForHolders(lines, arguments.Has("checkouts"), effort->threads);
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
   for (const Line& line : lines) {
     if (IsToShow(line, arguments.Has("all"))) Show(host, line);
@@ -114,7 +115,8 @@ CommandRow StCommand() {
       {{"all", 'a', nullptr, false, Completion::Nothing, "Show the files too that are the same."},
        {"checkouts", 0, nullptr, false, Completion::Nothing,
         "Ask of every file who has it checked out; one or two requests each."},
-       ParallelOption()},
+       ParallelOption(),
+       RetriesOption()},
       true,
       RunSt,
       {{"file", MemberType::Text, nullptr, "the file, below the work folder"},

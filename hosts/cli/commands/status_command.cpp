@@ -1,22 +1,20 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include <map>
-
 #include "hosts/cli/address.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/many/batch_options.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
 namespace {
 
-struct Subject {
+struct Question {
   std::string address;
-  AddressKind kind{};
   std::string serverUrl;  // taken before anything is asked: the library knows no server that is written off
   bool anywhere = false;
 };
@@ -34,65 +32,29 @@ struct Status {
   }
 };
 
-// The servers that can't be used, with the reason, by their URLs. The library's session writes off a server
-// whose status query failed; this does it for the question for a UID as well, which a path needs first.
-using WrittenOff = std::map<std::string, Failure>;
-
-[[nodiscard]] bool IsOfServer(ExitCode code) {
-  return code == ExitCode::CannotConnect || code == ExitCode::AuthenticationRefused ||
-         code == ExitCode::ServerUnsupported;
-}
-
-[[nodiscard]] Result<std::vector<Subject>> ReadSubjects(const Arguments& arguments) {
-  std::vector<Subject> subjects;
-  for (const std::string& address : arguments.All("ADDRESS")) {
-    const auto kind = ClassifyAddress(address);
-    if (!kind) return kind.failure();
-    subjects.push_back(
-        {address, *kind, VtDirectManager::GetServerURL(address.c_str()), arguments.Has("anywhere")});
-  }
-  return subjects;
-}
-
-[[nodiscard]] Failure WhyFailed(Host& host, const Subject& subject, WrittenOff& writtenOff) {
+[[nodiscard]] Failure WhyFailed(Host& host, const Question& question) {
   const auto reason = LastReason();
-  if (const auto failure = DiagnoseServer(host, subject.serverUrl)) {
-    if (IsOfServer(failure->code)) writtenOff.emplace(subject.serverUrl, *failure);
-    return *failure;
-  }
-  return ObjectFailure(host, subject.address, reason);
+  if (const auto failure = DiagnoseServer(host, question.serverUrl)) return *failure;
+  return ObjectFailure(host, question.address, reason);
 }
 
-void Ask(Host& host, const Subject& subject, WrittenOff& writtenOff, Status& status) {
-  host.ForgetAuthenticationRefusal();
+void Ask(Host& host, const Question& question, Status& status) {
   ForgetReasons();
-  status.uid = VtDirectManager::GetUID(subject.address.c_str());
-  if (!subject.anywhere) status.failure = RefusalOfAnotherPlace(subject.address, status.uid);
+  status.uid = VtDirectManager::GetUID(question.address.c_str());
+  if (!question.anywhere) status.failure = RefusalOfAnotherPlace(question.address, status.uid);
   if (status.failure) return;
   const int answer = status.uid.empty() ? -1
                                         : VtDirectManager::GetStatus(status.uid.c_str(), status.current,
                                                                      status.latest, nullptr);
   if (answer < 0) {
-    status.failure = WhyFailed(host, subject, writtenOff);
+    status.failure = WhyFailed(host, question);
     return;
   }
   status.checkout = ReadCheckoutState(status.uid);
 }
 
-[[nodiscard]] Status StatusOf(Host& host, const Subject& subject, WrittenOff& writtenOff) {
-  Status status;
-  if (subject.serverUrl.empty()) {
-    status.failure = RequireListedServer(subject.address, subject.kind);
-  } else if (const auto known = writtenOff.find(subject.serverUrl); known != writtenOff.end()) {
-    status.failure = known->second;
-  } else {
-    Ask(host, subject, writtenOff, status);
-  }
-  return status;
-}
-
-[[nodiscard]] Record JsonOf(const Subject& subject, const Status& status) {
-  Record record{{"address", subject.address}, {"status", std::string(status.word())}};
+[[nodiscard]] Record JsonOf(const Question& question, const Status& status) {
+  Record record{{"address", question.address}, {"status", std::string(status.word())}};
   if (status.failure) {
     record.emplace_back("error", std::string(ClassOf(*status.failure)));
     return record;
@@ -105,7 +67,7 @@ void Ask(Host& host, const Subject& subject, WrittenOff& writtenOff, Status& sta
   return record;
 }
 
-[[nodiscard]] Record ShownOf(const Subject& subject, const Status& status) {
+[[nodiscard]] Record ShownOf(const Question& question, const Status& status) {
   // Where the status failed, the checkout was not asked for.
   std::string checkout = status.failure ? "" : CheckoutWord(status.checkout.status);
   if (!status.checkout.user.empty()) checkout += " (" + status.checkout.user + ")";
@@ -113,29 +75,50 @@ void Ask(Host& host, const Subject& subject, WrittenOff& writtenOff, Status& sta
           {"version", status.current},
           {"latest_version", status.latest},
           {"checkout", checkout},
-          {"address", subject.address}};
+          {"address", question.address}};
 }
 
-[[nodiscard]] ExitCode Report(Host& host, const Subject& subject, const Status& status) {
-  host.output().Row(ShownOf(subject, status), JsonOf(subject, status));
+[[nodiscard]] ExitCode Report(Host& host, const Question& question, const Status& status) {
+  host.output().Row(ShownOf(question, status), JsonOf(question, status));
   static_cast<void>(host.output().Flush());
   if (status.failure) return host.output().Fail(*status.failure);
   return status.current == status.latest ? ExitCode::Ok : ExitCode::Outdated;
 }
 
-ExitCode RunStatus(Host& host, const Arguments& arguments) {
-  const auto subjects = ReadSubjects(arguments);
-  if (!subjects) return host.output().Fail(subjects.failure());
+[[nodiscard]] Question QuestionOf(const Arguments& arguments, const std::string& address) {
+  return {address, VtDirectManager::GetServerURL(address.c_str()), arguments.Has("anywhere")};
+}
 
-  const auto session = VtDirectManager::StartSession();
-  WrittenOff writtenOff;
-  ExitCode worst = ExitCode::Ok;
-  for (const Subject& subject : *subjects) {
-    const Status status = StatusOf(host, subject, writtenOff);
-    if (Interrupted()) return host.output().Fail(InterruptedFailure());
-    worst = Worse(worst, Report(host, subject, status));
+[[nodiscard]] ExitCode TellStatus(Host& host, const Arguments& arguments, const std::string& address) {
+  const Question question = QuestionOf(arguments, address);
+  Status status;
+  const auto kind = ClassifyAddress(address);
+  if (kind && question.serverUrl.empty()) status.failure = RequireListedServer(address, *kind);
+  if (!status.failure) Ask(host, question, status);
+  if (Interrupted()) return host.output().Fail(InterruptedFailure());
+  return Report(host, question, status);
+}
+
+[[nodiscard]] ExitCode TellUnusable(Host& host, const std::string& address, const Failure& why) {
+  Status status;
+  status.failure = why;
+  return Report(host, {address, {}, false}, status);
+}
+
+ExitCode RunStatus(Host& host, const Arguments& arguments) {
+  // A text that is no address is a mistake of the line, which is told before anything is asked.
+  for (const std::string& address : arguments.All("ADDRESS")) {
+    const auto kind = ClassifyAddress(address);
+    if (!kind) return host.output().Fail(kind.failure());
   }
-  return worst;
+  const auto session = VtDirectManager::StartSession();
+  return ReadEach(host, arguments, Wanted::Documents, TellStatus, TellUnusable);
+}
+
+[[nodiscard]] std::vector<OptionRow> Options() {
+  std::vector<OptionRow> options = {AnywhereOption()};
+  for (const OptionRow& row : ReadingManyOptions()) options.push_back(row);
+  return options;
 }
 
 }  // namespace
@@ -151,8 +134,9 @@ CommandRow StatusCommand() {
       "not-possible (an older iteration), unsupported or unknown, with the user in brackets.\n\nA server "
       "that can't be used is asked once; every further address on it fails at once. The exit status tells "
       "the worst that happened: 10 when an object is outdated, and above that the classes of failure.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES. May be given several times.", Count::AtLeastOnce}},
-      {AnywhereOption()},
+      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+        Count::AtLeastOnce}},
+      Options(),
       true,
       RunStatus,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},

@@ -1,15 +1,20 @@
 #include "hosts/cli/checkouts/checkout_end.h"
+#include "hosts/cli/many/batch_options.h"
 
 namespace vtdirect_cli {
 namespace {
 
+[[nodiscard]] ExitCode UndoOne(Host& host, const Arguments& arguments, const std::string& address) {
+  return EndCheckout(host, address, CheckoutEnd::Undo, arguments.Has("dry-run"));
+}
+
 ExitCode RunUndo(Host& host, const Arguments& arguments) {
-  return EndCheckout(host, arguments, CheckoutEnd::Undo);
+  return ChangeEach(host, arguments, UndoOne);
 }
 
 [[nodiscard]] std::vector<MemberRow> Members() {
   std::vector<MemberRow> members = CheckoutEndMembers();
-  members.push_back({"had_ended", MemberType::Flag, nullptr,
+  members.push_back({"had_ended", MemberType::Flag, "without --dry-run",
                      "whether the checkout had ended before, so that nothing was undone"});
   return members;
 }
@@ -24,8 +29,9 @@ CommandRow UndoCommand() {
       "it was before its checkout, and prints the UID to go on with. ADDRESS is that of the working copy, "
       "or of a document that is checked out by vtdirect (see checkouts). Of a checkout that has "
       "ended it clears away what is left of its temporary workspace, and says so.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {},
+      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+        Count::AtLeastOnce}},
+      ChangingManyOptions(),
       true,
       RunUndo,
       Members()};

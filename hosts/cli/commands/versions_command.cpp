@@ -5,6 +5,7 @@
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/listing.h"
+#include "hosts/cli/many/batch_options.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 
@@ -83,11 +84,14 @@ void NoteWhatIsLacking(Host& host, Extent extent, bool listsCadDocuments) {
                      (listsCadDocuments ? "" : "; CAD documents are listed with --cad"));
 }
 
-void Show(Host& host, const std::string& address, const History& history, const std::string& latest) {
+// Of several documents each row has its address at the end.
+void Show(Host& host, const std::string& address, bool isOfMany, const History& history,
+          const std::string& latest) {
   for (const Version& version : history.versions) {
     const bool newest = version.version == latest;
     Record shown{{"version", version.version}, {"uid", version.uid}};
-    if (newest) shown.emplace_back("latest", std::string("latest"));
+    if (newest || isOfMany) shown.emplace_back("latest", std::string(newest ? "latest" : ""));
+    if (isOfMany) shown.emplace_back("address", address);
     host.output().Row(shown, {{"address", address},
                               {"version", version.version},
                               {"uid", version.uid},
@@ -96,8 +100,7 @@ void Show(Host& host, const std::string& address, const History& history, const 
   }
 }
 
-ExitCode RunVersions(Host& host, const Arguments& arguments) {
-  const std::string address = arguments.Text("ADDRESS");
+[[nodiscard]] ExitCode TellVersions(Host& host, const Arguments& arguments, const std::string& address) {
   const auto kind = RequirePlacedAddress(arguments, address);
   if (!kind) return host.output().Fail(kind.failure());
 
@@ -110,12 +113,22 @@ ExitCode RunVersions(Host& host, const Arguments& arguments) {
   const std::string path = VtDirectManager::GetVFSPathLatest(PlacedAddress(address, *kind).c_str());
   History history = FromFolder(path, uid);
   if (history.extent != Extent::Complete) AddFromObject(uid, latest, history);
-  Show(host, address, history, latest.version);
+  Show(host, address, IsForMany(arguments), history, latest.version);
   if (history.extent == Extent::BrokenOff) {
     return host.output().Fail(DiagnoseDirectory(host, history.folder, history.entries));
   }
   NoteWhatIsLacking(host, history.extent, arguments.Has("cad"));
   return ExitCode::Ok;
+}
+
+ExitCode RunVersions(Host& host, const Arguments& arguments) {
+  return ReadEach(host, arguments, Wanted::Documents, TellVersions);
+}
+
+[[nodiscard]] std::vector<OptionRow> Options() {
+  std::vector<OptionRow> options = {AnywhereOption()};
+  for (const OptionRow& row : ReadingManyOptions()) options.push_back(row);
+  return options;
 }
 
 }  // namespace
@@ -129,9 +142,11 @@ CommandRow VersionsCommand() {
       "the document's folder, which is read up to the document; the order is that listing's. Of any other "
       "server, of a document in a workspace, and of a CAD document without --cad, the object's own version "
       "and the newest are all that can be had; a note says so, and with --json \"complete\" is false. The "
-      "same two are printed when the listing breaks off, which gives exit status 11.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {AnywhereOption()},
+      "same two are printed when the listing breaks off, which gives exit status 11.\n\nOf several documents "
+      "each line ends with the document's address, after a column that is \"latest\" or empty.",
+      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+        Count::AtLeastOnce}},
+      Options(),
       true,
       RunVersions,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},

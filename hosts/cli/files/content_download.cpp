@@ -65,14 +65,15 @@ struct Progress {
 // The UID to go on with.
 [[nodiscard]] Result<std::string> Fetch(Host& host, const Download& download, const std::string& localPath) {
   const bool quiet = host.output().quiet() || host.output().json();
-  const std::size_t width = quiet ? 0 : TerminalWidth();
+  const std::size_t width = quiet || download.progress ? 0 : TerminalWidth();
   const std::string& name = download.target.path.empty() ? download.address : download.target.path;
   ProgressLine line(width == 0 ? nullptr : &std::cerr, name, width);
   Progress progress;
   VtDirectManager::DownloadOptions options;
-  options.progress = [&progress, &line](std::size_t received, std::size_t announced) {
+  options.progress = [&download, &progress, &line](std::size_t received, std::size_t announced) {
     progress = {received, announced};
     line.Show(received, announced, ProgressLine::Clock::now());
+    if (download.progress) download.progress(received);
     return !Interrupted();
   };
   options.compareSize = true;
@@ -105,46 +106,49 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
   host.output().Note("saved " + download.target.path + ", " + ByteCount(size));
 }
 
-ExitCode FetchIntoFile(Host& host, const Download& download) {
+[[nodiscard]] Result<std::uint64_t> FetchIntoFile(Host& host, const Download& download) {
   DurableFile pending(download.target.path);
-  if (pending.error() != 0) return host.output().Fail(WriteFailure(download.target.path, pending.error()));
+  if (pending.error() != 0) return WriteFailure(download.target.path, pending.error());
   const auto uid = Fetch(host, download, pending.path());
-  if (!uid) return host.output().Fail(uid.failure());
+  if (!uid) return uid.failure();
   const std::uint64_t size = SizeOf(pending.path());
   // Before anybody else can write to it: what is recorded is what the server has.
   auto record = Measure(pending.path());
   const auto condition = download.force ? DurableFile::Condition::Anything : DurableFile::Condition::AsBefore;
   const int error = pending.Commit(DurableFile::Permissions::OfTarget, condition, download.target.before);
-  if (error == ESTALE) return host.output().Fail(ChangedMeanwhile(download.target.path));
-  if (error != 0) return host.output().Fail(WriteFailure(download.target.path, error));
+  if (error == ESTALE) return ChangedMeanwhile(download.target.path);
+  if (error != 0) return WriteFailure(download.target.path, error);
   if (record) {
     record->address = download.address;
     record->uid = *uid;
+    record->version = download.version;
     RecordFetch(host, download.target.path, *record);
   }
   Report(host, download, *uid, size);
-  return ExitCode::Ok;
+  return size;
 }
 
 // A stream gets nothing until the content is complete, so that its reader never takes a part, or the server's
 // refusal, for the whole.
-ExitCode FetchIntoStream(Host& host, const Download& download, int descriptor, const std::string& name) {
+[[nodiscard]] Result<std::uint64_t> FetchIntoStream(Host& host, const Download& download, int descriptor,
+                                                    const std::string& name) {
   const DurableFile pending(host.workDirectory() + "/content");
-  if (pending.error() != 0) return host.output().Fail(WriteFailure(host.workDirectory(), pending.error()));
+  if (pending.error() != 0) return WriteFailure(host.workDirectory(), pending.error());
   const auto uid = Fetch(host, download, pending.path());
-  if (!uid) return host.output().Fail(uid.failure());
+  if (!uid) return uid.failure();
   const int error = CopyToDescriptor(pending.path(), descriptor);
-  if (error != 0) return host.output().Fail(WriteFailure(name, error));
-  if (download.target.kind == Target::Kind::Device) Report(host, download, *uid, SizeOf(pending.path()));
-  return ExitCode::Ok;
+  if (error != 0) return WriteFailure(name, error);
+  const std::uint64_t size = SizeOf(pending.path());
+  if (download.target.kind == Target::Kind::Device) Report(host, download, *uid, size);
+  return size;
 }
 
-ExitCode FetchIntoDevice(Host& host, const Download& download) {
+[[nodiscard]] Result<std::uint64_t> FetchIntoDevice(Host& host, const Download& download) {
   const int descriptor = open(download.target.path.c_str(), O_WRONLY | O_CLOEXEC);
-  if (descriptor < 0) return host.output().Fail(WriteFailure(download.target.path, errno));
-  const ExitCode code = FetchIntoStream(host, download, descriptor, download.target.path);
+  if (descriptor < 0) return WriteFailure(download.target.path, errno);
+  auto size = FetchIntoStream(host, download, descriptor, download.target.path);
   close(descriptor);
-  return code;
+  return size;
 }
 
 }  // namespace
@@ -178,14 +182,15 @@ std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& argumen
   return std::nullopt;
 }
 
-Result<Download> SettleDownload(Host& host, const Arguments& arguments, const std::string& address) {
+Result<Download> SettleDownload(Host& host, const Arguments& arguments, const std::string& address,
+                                const std::string& place) {
   Download download;
   download.address = address;
   download.noClobber = arguments.Has("no-clobber");
   download.force = arguments.Has("force");
-  const std::string output = arguments.Text("output");
+  const std::string output = place.empty() ? arguments.Text("output") : place;
   std::string name;
-  if (NeedsFileName(output)) {
+  if (place.empty() && NeedsFileName(output)) {
     name = SafeFileName(FileNameOf(download.address));
     if (name.empty()) return NamelessFailure(host, download.address);
   }
@@ -198,14 +203,16 @@ Result<Download> SettleDownload(Host& host, const Arguments& arguments, const st
 
 void RecordFetch(Host& host, const std::string& file, FetchRecord record) {
   std::string newest;
-  static_cast<void>(VtDirectManager::GetStatus(record.uid.c_str(), record.version, newest, nullptr));
+  if (record.version.empty()) {
+    static_cast<void>(VtDirectManager::GetStatus(record.uid.c_str(), record.version, newest, nullptr));
+  }
   const std::string fault = FetchRecords().Keep(file, record);
   if (fault.empty()) return;
   host.output().Warning("it is not recorded that the server has the content of " + file + ": " + fault +
                         "; a further get into it takes --force");
 }
 
-ExitCode RunDownload(Host& host, const Download& download) {
+Result<std::uint64_t> PerformDownload(Host& host, const Download& download) {
   switch (download.target.kind) {
     case Target::Kind::StandardOutput:
       return FetchIntoStream(host, download, STDOUT_FILENO, "standard output");
@@ -215,6 +222,11 @@ ExitCode RunDownload(Host& host, const Download& download) {
       break;
   }
   return FetchIntoFile(host, download);
+}
+
+ExitCode RunDownload(Host& host, const Download& download) {
+  const auto size = PerformDownload(host, download);
+  return size ? ExitCode::Ok : host.output().Fail(size.failure());
 }
 
 }  // namespace vtdirect_cli

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -21,6 +24,9 @@ struct Download {
   Target target;
   bool noClobber = false;
   bool force = false;
+  /// Told how many bytes have come, in place of the line of progress; may be empty.
+  std::function<void(std::size_t received)> progress = {};
+  std::string version;  ///< of the content, when it is known without a question
 };
 
 /// The options of a command that downloads: "output", "no-clobber" and "force".
@@ -34,15 +40,20 @@ struct Download {
 
 /// A download of the content of an address, with the options and where it goes by them. Makes requests when the
 /// target is named after the object and the address holds no name. A file that would be lost is a failure.
+/// @param place  the file that it goes to whatever -o says; empty for what -o says
 [[nodiscard]] Result<Download> SettleDownload(Host& host, const Arguments& arguments,
-                                              const std::string& address);
+                                              const std::string& address, const std::string& place = {});
 
 /// Records that the server has the bytes of a local file, so that a later download may replace it, with the
-/// version that the server tells. What goes wrong is a warning. Makes requests.
-/// @param record  with all but file and version
+/// version that the server tells. What goes wrong is a warning. Makes requests when the record has no version.
+/// @param record  with all but file, and perhaps version
 void RecordFetch(Host& host, const std::string& file, FetchRecord record);
 
-/// Downloads, puts the file in its place when it is whole, and reports.
+/// Downloads, puts the file in its place when it is whole, and reports that.
+/// @return the size of the content, or why it is not there
+[[nodiscard]] Result<std::uint64_t> PerformDownload(Host& host, const Download& download);
+
+/// The same, and reports a failure too.
 ExitCode RunDownload(Host& host, const Download& download);
 
 }  // namespace vtdirect_cli

@@ -164,8 +164,22 @@ ExitCode Output::Fail(const Failure& failure) {
     return failure.code;
   }
   err_ << FailureLine(command_, json_, failure) << std::flush;
-  TellNothingOfTheLimit();
+  failures_.push_back(failure);
+  // A task that has failed is not the end of the command, which may still run out of time.
+  if (!isPart_) TellNothingOfTheLimit();
   return failure.code;
+}
+
+void Output::Separate() {
+  if (!json_) out_ << '\n';
+}
+
+bool Output::Pass(const std::string& out, const std::string& err) {
+  // In the order in which they are read on a terminal: what was found, then what was not.
+  out_ << out;
+  const bool written = FlushRow();
+  err_ << err << std::flush;
+  return written;
 }
 
 bool Output::Flush() {

@@ -44,12 +44,22 @@ class Output {
  public:
   Output(std::ostream& out, std::ostream& err) : out_(out), err_(err) {}
 
+  /// For one of several tasks of a command: says it in the same way as `whole`, to other streams.
+  Output(std::ostream& out, std::ostream& err, const Output& whole)
+      : out_(out),
+        err_(err),
+        command_(whole.command_),
+        json_(whole.json_),
+        quiet_(whole.quiet_),
+        isPart_(true) {}
+
   /// @param json   results and failures as one JSON object a line
   /// @param quiet  no notes
   void Configure(std::string command, bool json, bool quiet);
 
   [[nodiscard]] bool json() const { return json_; }
   [[nodiscard]] bool quiet() const { return quiet_; }
+  void SetQuiet(bool quiet) { quiet_ = quiet; }
 
   /// A result as "key: value" lines, or as JSON.
   void Lines(const Record& record);
@@ -65,6 +75,13 @@ class Output {
   void Warning(const std::string& text);
   /// Reports why the command failed on standard error, and gives the failure's code.
   ExitCode Fail(const Failure& failure);
+  /// What has failed so far.
+  [[nodiscard]] const std::vector<Failure>& failures() const { return failures_; }
+  /// An empty line between two results of several lines each. Text mode only.
+  void Separate();
+  /// Writes what a task has said to streams of its own.
+  /// @return as FlushRow
+  [[nodiscard]] bool Pass(const std::string& out, const std::string& err);
   /// Lets a reader have the rows of a listing: at once on a terminal, elsewhere in large pieces and at least
   /// some times a second. False as Flush.
   [[nodiscard]] bool FlushRow();
@@ -84,6 +101,8 @@ class Output {
   bool json_ = false;
   bool quiet_ = false;
   bool nobodyReads_ = false;
+  bool isPart_ = false;
+  std::vector<Failure> failures_;
   std::chrono::steady_clock::time_point lastFlush_;
 };
 

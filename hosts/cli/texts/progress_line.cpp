@@ -16,7 +16,9 @@ constexpr auto kInterval = std::chrono::milliseconds(100);
 constexpr std::size_t kNarrowest = 20;
 constexpr const char* kWipe = "\r\033[K";
 
-[[nodiscard]] std::string Size(std::size_t bytes) {
+}  // namespace
+
+std::string SizeForPeople(std::size_t bytes) {
   constexpr const char* kUnits[] = {"B", "KiB", "MiB", "GiB", "TiB"};
   double number = static_cast<double>(bytes);
   std::size_t unit = 0;
@@ -26,21 +28,18 @@ constexpr const char* kWipe = "\r\033[K";
   return text;
 }
 
-// Cuts in front of a character and never within one.
-[[nodiscard]] std::string CutTo(const std::string& text, std::size_t bytes) {
+std::string CutTo(const std::string& text, std::size_t bytes) {
   if (text.size() <= bytes) return text;
   std::size_t end = bytes;
   while (end > 0 && (static_cast<std::uint8_t>(text[end]) & 0xC0U) == 0x80U) --end;
   return text.substr(0, end);
 }
 
-}  // namespace
-
 std::string ProgressText(const std::string& name, std::size_t done, std::size_t total) {
-  std::string text = name + "  " + Size(done);
+  std::string text = name + "  " + SizeForPeople(done);
   if (total == 0) return text;
   const auto percent = static_cast<unsigned>(100.0 * static_cast<double>(done) / static_cast<double>(total));
-  return text + " of " + Size(total) + "  " + std::to_string(percent) + "%";
+  return text + " of " + SizeForPeople(total) + "  " + std::to_string(percent) + "%";
 }
 
 ProgressLine::ProgressLine(std::ostream* terminal, std::string name, std::size_t width)

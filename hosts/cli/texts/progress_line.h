@@ -11,6 +11,12 @@
 
 namespace vtdirect_cli {
 
+/// "12.0 MiB".
+[[nodiscard]] std::string SizeForPeople(std::size_t bytes);
+
+/// So many bytes of a text at most, cut in front of a character and never within one.
+[[nodiscard]] std::string CutTo(const std::string& text, std::size_t bytes);
+
 /// The text of a progress line, for example "fork.lxz  12.0 MiB of 64.0 MiB  18%".
 /// @param total  0 when it is not known
 [[nodiscard]] std::string ProgressText(const std::string& name, std::size_t done, std::size_t total);

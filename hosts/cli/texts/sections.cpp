@@ -14,6 +14,10 @@ std::span<const SectionRow> Sections() {
        "  korvufenloom-vt://plm.example/vt/?id=D1001&file=/fork.lxz\n\n"
        "The server in a UID must be listed too, under any nickname; no server is ever added by itself. "
        "Put an address in quotes: it holds characters that mean something to the shell.\n\n"
+       "Commands that take several addresses take patterns too: in the steps of a path, \"*\" stands for any "
+       "characters and \"?\" for one, but for \"/\". They are matched with the server's listings. --from "
+       "takes "
+       "addresses from a file or from standard input.\n\n"
        "In a work folder (see clone) the name of a file stands for the UID of the version that it came "
        "from.\n\n"
        "A local path below a directory where mount shows a server stands for what it shows there."},

@@ -6,6 +6,7 @@
 
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/retrying.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/parallel.h"
@@ -94,6 +95,15 @@ void MakeFolders(const WorkFolder& folder, const RemoteTree& tree, PullReport& r
   }
 }
 
+// A content that broke off is asked for again; nothing of it is in its place yet.
+[[nodiscard]] FetchResult FetchRepeatedly(WorkFolder& folder, const Comparison& wanted, unsigned retries) {
+  for (unsigned repetition = 0;; ++repetition) {
+    FetchResult result = FetchFile(folder, wanted);
+    if (result.end != End::Failed || !result.failure) return result;
+    if (!IsToBeRepeated(*result.failure, repetition, retries)) return result;
+  }
+}
+
 }  // namespace
 
 Result<unsigned> ReadThreads(const Arguments& arguments) {
@@ -111,7 +121,15 @@ OptionRow ParallelOption() {
       "parallel", 0, "N", false, Completion::Nothing, "Ask for so many things at a time; 4 unless given."};
 }
 
-ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, unsigned threads) {
+Result<Effort> ReadEffort(const Arguments& arguments) {
+  const auto threads = ReadThreads(arguments);
+  if (!threads) return threads.failure();
+  const auto retries = ReadRetries(arguments);
+  if (!retries) return retries.failure();
+  return Effort(*threads, *retries);
+}
+
+ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, Effort effort) {
   const auto local = ReadLocalSide(folder);
   if (!local) return host.output().Fail(local.failure());
   PullReport report(host);
@@ -127,19 +145,40 @@ ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, unsigne
       report.TellGone(comparison.path);
     }
   }
-  RunInParallel(wanted.size(), threads,
-                [&](std::size_t number) { report.Tell(wanted[number], FetchFile(folder, wanted[number])); });
+  RunInParallel(wanted.size(), effort.threads, [&](std::size_t number) {
+    report.Tell(wanted[number], FetchRepeatedly(folder, wanted[number], effort.retries));
+  });
   return report.End(wanted.size());
+}
+
+ExitCode TellPull(Host& host, WorkFolder& folder, const RemoteTree& tree) {
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
+  ExitCode worst = ExitCode::Ok;
+  for (const Failure& failure : tree.failures) worst = Worse(worst, host.output().Fail(failure));
+  for (const Comparison& comparison : Compare(*local, tree)) {
+    if (!IsToFetch(comparison)) continue;
+    const bool isKept = comparison.state == FileState::Both || comparison.state == FileState::InTheWay;
+    const std::string action = isKept ? "would-leave" : "would-fetch";
+    host.output().Row({{"action", action}, {"file", comparison.path}},
+                      {{"action", action},
+                       {"file", comparison.path},
+                       {"path", comparison.document->address},
+                       {"uid", comparison.document->uid},
+                       {"version", comparison.document->version}});
+  }
+  return worst;
 }
 
 std::vector<MemberRow> PullMembers() {
   return {{"action", MemberType::Text, nullptr,
-           "fetched, or known when the file had the server's content already"},
+           "fetched, or known when the file had the server's content already; with --dry-run would-fetch, or "
+           "would-leave for a file that was changed here"},
           {"file", MemberType::Text, nullptr, "the file, below the work folder"},
           {"path", MemberType::Text, nullptr, "the document's path on the server"},
           {"uid", MemberType::Text, nullptr, "UID of the version that the file has now"},
           {"version", MemberType::Text, nullptr, "that version"},
-          {"bytes", MemberType::Number, nullptr, "the file's size"}};
+          {"bytes", MemberType::Number, "without --dry-run", "the file's size"}};
 }
 
 }  // namespace vtdirect_cli

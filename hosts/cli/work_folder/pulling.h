@@ -15,10 +15,17 @@ inline constexpr unsigned mostThreads = 16;
 [[nodiscard]] Result<unsigned> ReadThreads(const Arguments& arguments);
 [[nodiscard]] OptionRow ParallelOption();
 
+/// The values of --parallel and --retries.
+/// @return a usage failure for one that can't be meant
+[[nodiscard]] Result<Effort> ReadEffort(const Arguments& arguments);
+
 /// Fetches the newest version of all that was not changed here, and tells of each file and, at the end, of all
 /// failures. What was fetched stays when others fail. Makes requests.
 /// @param folder  locked
-[[nodiscard]] ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, unsigned threads);
+[[nodiscard]] ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, Effort effort);
+
+/// Tells what PullAll would do with each file, and does nothing. Makes no request.
+[[nodiscard]] ExitCode TellPull(Host& host, WorkFolder& folder, const RemoteTree& tree);
 
 /// The members of what a pull prints with --json.
 [[nodiscard]] std::vector<MemberRow> PullMembers();

@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "hosts/cli/listing.h"
+#include "hosts/cli/retrying.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/work_folder/local_names.h"
 #include "hosts/cli/work_folder/parallel.h"
@@ -51,7 +52,7 @@ struct Listed {
   std::optional<Failure> failure;
 };
 
-[[nodiscard]] Listed ListFolder(const RemoteFolder& folder) {
+[[nodiscard]] Listed ListFolderOnce(const RemoteFolder& folder) {
   Listed listed;
   const VtDirectManager::Outcome outcome;
   const auto flags = VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirFolders |
@@ -71,15 +72,22 @@ struct Listed {
   return listed;
 }
 
+[[nodiscard]] Listed ListFolder(const RemoteFolder& folder, unsigned retries) {
+  for (unsigned repetition = 0;; ++repetition) {
+    Listed listed = ListFolderOnce(folder);
+    if (!listed.failure || !IsToBeRepeated(*listed.failure, repetition, retries)) return listed;
+  }
+}
+
 class Walk {
  public:
-  Walk(std::string server, unsigned threads) : server_(std::move(server)), threads_(threads) {}
+  Walk(std::string server, Effort effort) : server_(std::move(server)), effort_(effort) {}
 
   // Lists some folders at a time, and gives the folders in them.
   [[nodiscard]] std::vector<RemoteFolder> List(const std::vector<RemoteFolder>& wanted) {
     std::vector<RemoteFolder> below;
-    RunInParallel(wanted.size(), threads_, [&](std::size_t number) {
-      Listed listed = ListFolder(wanted[number]);
+    RunInParallel(wanted.size(), effort_.threads, [&](std::size_t number) {
+      Listed listed = ListFolder(wanted[number], effort_.retries);
       const std::lock_guard lock(mutex_);
       Take(wanted[number], std::move(listed), below);
     });
@@ -92,7 +100,7 @@ class Walk {
     for (const auto& [path, document] : tree_.documents) {
       if (document.uid.empty()) waiting.push_back(document);
     }
-    RunInParallel(waiting.size(), threads_, [&](std::size_t number) { AskFor(waiting[number]); });
+    RunInParallel(waiting.size(), effort_.threads, [&](std::size_t number) { AskFor(waiting[number]); });
   }
 
   // What a signal has kept from being listed is not known.
@@ -158,7 +166,7 @@ class Walk {
   }
 
   std::string server_;
-  unsigned threads_;
+  Effort effort_;
   std::mutex mutex_;
   RemoteTree tree_;
 };
@@ -173,8 +181,8 @@ bool RemoteTree::Knows(const std::string& path) const {
   return true;
 }
 
-RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, unsigned threads) {
-  Walk walk(server, threads);
+RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort) {
+  Walk walk(server, effort);
   std::vector<RemoteFolder> level{start};
   std::size_t listed = 0;
   for (int depth = 0; depth < mostLevels && !level.empty(); ++depth) {
@@ -188,9 +196,18 @@ RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, 
   return walk.TakeTree();
 }
 
+RemoteLevel ReadRemoteLevel(const std::string& server, const std::vector<RemoteFolder>& wanted,
+                            Effort effort) {
+  Walk walk(server, effort);
+  RemoteLevel level;
+  level.below = walk.List(wanted);
+  level.tree = walk.TakeTree();
+  return level;
+}
+
 RemoteTree ReadRemoteFolders(const std::string& server, const std::vector<RemoteFolder>& wanted,
-                             unsigned threads) {
-  Walk walk(server, threads);
+                             Effort effort) {
+  Walk walk(server, effort);
   static_cast<void>(walk.List(wanted));
   walk.AskForVersions();
   return walk.TakeTree();

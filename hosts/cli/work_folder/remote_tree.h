@@ -43,15 +43,31 @@ struct RemoteFolder {
   std::string address;  ///< with a closing "/"
 };
 
+/// How many folders are listed at a time, and how often one is listed again whose listing broke off.
+struct Effort {
+  Effort(unsigned threadCount, unsigned retryCount = 0) : threads(threadCount), retries(retryCount) {}
+  unsigned threads;
+  unsigned retries;
+};
+
 /// Lists a folder and all below it, several folders at a time, each once: the listing tells the newest version
 /// of each document and its UID. Where a server's listings don't tell them, each document is asked for. Makes
 /// requests. @param server is the key of the server (see GetLinkContext). A folder that could not be listed is one of `failures`, and nothing of it is delivered.
-[[nodiscard]] RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start,
-                                        unsigned threads);
+[[nodiscard]] RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort);
+
+/// What some folders hold, without what is below them.
+struct RemoteLevel {
+  RemoteTree tree;                  ///< its documents have no UID where listings don't tell them
+  std::vector<RemoteFolder> below;  ///< the folders in them
+};
+
+/// Lists some folders, several at a time. Makes requests.
+[[nodiscard]] RemoteLevel ReadRemoteLevel(const std::string& server, const std::vector<RemoteFolder>& wanted,
+                                          Effort effort);
 
 /// The same for some folders alone, without what is below them.
 [[nodiscard]] RemoteTree ReadRemoteFolders(const std::string& server, const std::vector<RemoteFolder>& wanted,
-                                           unsigned threads);
+                                           Effort effort);
 
 /// The folder that a document lies in.
 /// @param path     the document's, below the work folder

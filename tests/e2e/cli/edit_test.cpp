@@ -79,6 +79,15 @@ TEST_F(Edit, UndoesTheCheckoutWhenNothingWasChanged) {
   EXPECT_THAT(Run({"versions", kForkPath}).out, Not(HasSubstr("B.2\t")));
 }
 
+// What it is made of would take a pattern for several documents.
+TEST_F(Edit, TakesNoPattern) {
+  const ProcessResult result = Run({"edit", "//sim/Products/Trekking Bike/Folders/Frame/f*k.lxz"});
+  EXPECT_EQ(result.status, 6);
+  EXPECT_THAT(result.err, HasSubstr("not found: "));
+  EXPECT_EQ(Newest(), server().Get(kForkContent));
+  EXPECT_EQ(HolderOf("D1001"), "");
+}
+
 TEST_F(Edit, LeavesWhatWasCheckedOutBeforeCheckedOut) {
   CheckOut(kForkPath);
   const ProcessResult result = Run({"edit", kForkPath});

@@ -138,6 +138,18 @@ class JsonOutput : public VtDirect {
     }
   }
 
+  void CheckTranslations() {
+    Check({"xliff", "source", "//sim/?id=D1028"});
+    Check({"xliff", "list", "//sim/?id=D1028"});
+    Check({"xliff", "get", "//sim/?id=D1028", "--language", "de"});
+    Check({"xliff", "publish", "//sim/?id=D1031"});
+    WriteFile(
+        Here("a.xlf"),
+        "<xliff version='2.0' srcLang='en' xmlns='urn:oasis:names:tc:xliff:document:2.0'><file/></xliff>");
+    Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "en"});
+    Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "de"}, 8);
+  }
+
   // A work folder is made of an empty directory.
   void CheckWorkFolder() {
     for (const std::string& name : HereNames()) std::filesystem::remove_all(Here(name));
@@ -204,18 +216,14 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   LeaveOpenCheckin(server().Uid("D1002"));
   Check({"uid", fork});
   Check({"recover"});
+  Check({"undo", server().Uid("D1002"), "--dry-run"});
   Check({"undo", server().Uid("D1002")});
+  Check({"put", "fork.lxz", fork, "--dry-run"});
+  Check({"checkout", server().Uid("D1002"), "--dry-run"});
   Check({"checkout", server().Uid("D1002")});
+  Check({"checkin", server().Uid("D1002"), "--dry-run"});
   Check({"checkin", server().Uid("D1002")});
-  Check({"xliff", "source", "//sim/?id=D1028"});
-  Check({"xliff", "list", "//sim/?id=D1028"});
-  Check({"xliff", "get", "//sim/?id=D1028", "--language", "de"});
-  Check({"xliff", "publish", "//sim/?id=D1031"});
-  WriteFile(
-      Here("a.xlf"),
-      "<xliff version='2.0' srcLang='en' xmlns='urn:oasis:names:tc:xliff:document:2.0'><file/></xliff>");
-  Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "en"});
-  Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "de"}, 8);
+  CheckTranslations();
   CheckWorkFolder();
 
   ExpectAllWasShown();

@@ -62,6 +62,25 @@ TEST(CommandLine, TakesAnOperandSeveralTimes) {
   ExpectUsageFailure({"status"});
 }
 
+TEST(CommandLine, TakesAListInPlaceOfAddresses) {
+  EXPECT_FALSE(Parse({"info", "--from", "-"}).failure);
+  EXPECT_THAT(Parse({"info", "--from", "a", "-0", "--from", "b", "//a/x"}).arguments.All("from"),
+              ElementsAre("a", "b"));
+  EXPECT_EQ(Parse({"info"}).failure->Text(), "ADDRESS is required; see vtdirect info --help");
+  EXPECT_TRUE(Parse({"info", "--from", "-", "-0"}).arguments.Has("null"));
+}
+
+TEST(CommandLine, TakesTheLastOfSeveralOperandsForTheOneThatFollows) {
+  const CommandLine several = Parse({"put", "a", "--checkin", "b", "c", "//s/f/"});
+  EXPECT_THAT(several.arguments.All("FILE"), ElementsAre("a", "b", "c"));
+  EXPECT_THAT(several.arguments.All("ADDRESS"), ElementsAre("//s/f/"));
+  const CommandLine one = Parse({"put", "a", "//s/f/"});
+  EXPECT_THAT(one.arguments.All("FILE"), ElementsAre("a"));
+  EXPECT_THAT(one.arguments.All("ADDRESS"), ElementsAre("//s/f/"));
+  EXPECT_EQ(Parse({"put", "a"}).failure->Text(), "ADDRESS is required; see vtdirect put --help");
+  EXPECT_EQ(Parse({"put"}).failure->Text(), "FILE is required; see vtdirect put --help");
+}
+
 TEST(CommandLine, ShowsHowOftenAnOperandIsGiven) {
   EXPECT_THAT(Parse({"ls", "--help"}).text, StartsWith("Usage: vtdirect [options] ls [options] [PATH]\n"));
   EXPECT_THAT(Parse({"status", "--help"}).text,
@@ -81,7 +100,8 @@ TEST(CommandLine, RefusesWhatTheTableDoesNotHold) {
 
 TEST(CommandLine, ShowsTheHelpTextOfTheProgramOrOfTheCommand) {
   EXPECT_THAT(Parse({"--help"}).text, StartsWith("Usage: vtdirect [options] COMMAND"));
-  EXPECT_THAT(Parse({"get", "--help"}).text, StartsWith("Usage: vtdirect [options] get [options] ADDRESS\n"));
+  EXPECT_THAT(Parse({"get", "--help"}).text,
+              StartsWith("Usage: vtdirect [options] get [options] ADDRESS...\n"));
   EXPECT_THAT(Parse({"--help", "uid"}).text, StartsWith("Usage: vtdirect [options] "));
 }
 
@@ -127,7 +147,7 @@ TEST(CommandLine, TakesHelpAsAWord) {
 }
 
 TEST(CommandLine, NamesUnexpectedWordsInTheirOrder) {
-  const CommandLine line = Parse({"get", "a", "b", "c"});
+  const CommandLine line = Parse({"uid", "a", "b", "c"});
   ASSERT_TRUE(line.failure);
   EXPECT_EQ(line.failure->code, ExitCode::Usage);
   EXPECT_EQ(line.failure->Text(), "not expected: b c; see vtdirect --help");
@@ -135,14 +155,14 @@ TEST(CommandLine, NamesUnexpectedWordsInTheirOrder) {
 
 TEST(CommandLine, TellsWhetherAFailureIsWantedAsJson) {
   for (const std::vector<const char*>& words : std::vector<std::vector<const char*>>{
-           {"--json", "bogus"}, {"get", "--json"}, {"-j"}, {"-qj", "get"}, {"get", "a", "b", "-jq"}}) {
+           {"--json", "bogus"}, {"get", "--json"}, {"-j"}, {"-qj", "get"}, {"uid", "a", "b", "-jq"}}) {
     const CommandLine line = Parse(words);
     EXPECT_TRUE(line.failure);
     EXPECT_TRUE(line.json) << testing::PrintToString(words);
   }
   // The value of an option, and a word behind two dashes, are no options.
   for (const std::vector<const char*>& words :
-       std::vector<std::vector<const char*>>{{"get"}, {"get", "-oj"}, {"get", "a", "b", "--", "--json"}}) {
+       std::vector<std::vector<const char*>>{{"get"}, {"get", "-oj"}, {"uid", "a", "b", "--", "--json"}}) {
     const CommandLine line = Parse(words);
     EXPECT_TRUE(line.failure);
     EXPECT_FALSE(line.json) << testing::PrintToString(words);
@@ -153,7 +173,7 @@ TEST(CommandLine, TellsWhetherAFailureIsWantedAsJson) {
 
 TEST(CommandLine, NamesTheCommandThatIsUsedWrongly) {
   EXPECT_EQ(Parse({"get"}).named, "get");
-  EXPECT_EQ(Parse({"get", "a", "b"}).named, "get");
+  EXPECT_EQ(Parse({"uid", "a", "b"}).named, "uid");
   EXPECT_EQ(Parse({"xliff", "list"}).named, "xliff list");
   EXPECT_EQ(Parse({"xliff"}).named, "xliff");
   EXPECT_EQ(Parse({"bogus"}).named, "");

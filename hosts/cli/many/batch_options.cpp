@@ -1,0 +1,102 @@
+#include "hosts/cli/many/batch_options.h"
+
+#include <algorithm>
+
+#include "hosts/cli/many/listed_addresses.h"
+#include "hosts/cli/reasons.h"
+#include "hosts/cli/retrying.h"
+#include "hosts/cli/work_folder/pulling.h"
+
+namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] OptionRow StopOption() {
+  return {"stop-on-error",
+          0,
+          nullptr,
+          false,
+          Completion::Nothing,
+          "Begin nothing further when something has failed."};
+}
+
+[[nodiscard]] std::vector<BatchTask> TasksOf(const Arguments& arguments, const std::vector<Subject>& subjects,
+                                             WorkOnOne one, PassOverOne passOver = nullptr) {
+  std::vector<BatchTask> tasks;
+  for (const Subject& subject : subjects) {
+    BatchTask& task = tasks.emplace_back();
+    task.address = subject.address;
+    task.run = [&arguments, &subject, one](Host& host) {
+      ForgetReasons();
+      return one(host, arguments, subject.address);
+    };
+    if (passOver == nullptr) continue;
+    task.passOver = [&subject, passOver](Host& host, const Failure& why) {
+      return passOver(host, subject.address, why);
+    };
+  }
+  return tasks;
+}
+
+}  // namespace
+
+bool IsForMany(const Arguments& arguments) {
+  const std::vector<std::string> addresses = arguments.All("ADDRESS");
+  return arguments.Has("from") || addresses.size() != 1 || IsPattern(addresses.front());
+}
+
+std::vector<OptionRow> ReadingManyOptions() {
+  std::vector<OptionRow> options = ListOptions();
+  options.push_back(ParallelOption());
+  options.push_back(RetriesOption());
+  options.push_back(StopOption());
+  return options;
+}
+
+std::vector<OptionRow> ChangingManyOptions() {
+  std::vector<OptionRow> options = ListOptions();
+  options.push_back(StopOption());
+  options.push_back(
+      {"dry-run", 0, nullptr, false, Completion::Nothing, "Say what would be done, and change nothing."});
+  return options;
+}
+
+Result<BatchOptions> ReadBatchOptions(const Arguments& arguments) {
+  const auto threads = ReadThreads(arguments);
+  if (!threads) return threads.failure();
+  const auto retries = ReadRetries(arguments);
+  if (!retries) return retries.failure();
+  BatchOptions options;
+  options.threads = *threads;
+  options.retries = *retries;
+  options.stopOnError = arguments.Has("stop-on-error");
+  options.verbose = true;
+  return options;
+}
+
+ExitCode ReadEach(Host& host, const Arguments& arguments, Wanted wanted, WorkOnOne readOne,
+                  PassOverOne passOver) {
+  const auto options = ReadBatchOptions(arguments);
+  if (!options) return host.output().Fail(options.failure());
+  if (!IsForMany(arguments)) return readOne(host, arguments, arguments.Text("ADDRESS"));
+  const Subjects subjects =
+      FindSubjects(arguments.All("ADDRESS"), wanted, {options->threads, options->retries});
+  BatchEnd end = RunTogether(host, TasksOf(arguments, subjects.found, readOne, passOver), *options);
+  TellFailures(host, subjects.failures, end);
+  return FinishBatch(host, end, subjects.found.size() + subjects.failures.size());
+}
+
+ExitCode ChangeEach(Host& host, const Arguments& arguments, WorkOnOne changeOne) {
+  if (!IsForMany(arguments)) return changeOne(host, arguments, arguments.Text("ADDRESS"));
+  const Subjects subjects =
+      FindSubjects(arguments.All("ADDRESS"), Wanted::Documents, {usualThreads, usualRetries});
+  BatchEnd end;
+  // Who asked for more than there is may have meant something else.
+  if (subjects.failures.empty() || !arguments.Has("stop-on-error")) {
+    end = RunOneByOne(host, TasksOf(arguments, subjects.found, changeOne), arguments.Has("stop-on-error"));
+  }
+  if (end.worst == ExitCode::Interrupted) return end.worst;
+  TellFailures(host, subjects.failures, end);
+  return FinishBatch(host, end, subjects.found.size() + subjects.failures.size());
+}
+
+}  // namespace vtdirect_cli

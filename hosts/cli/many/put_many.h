@@ -1,0 +1,16 @@
+#pragma once
+
+#include "hosts/cli/commands/command.h"
+#include "hosts/cli/host.h"
+
+namespace vtdirect_cli {
+
+/// Stores one file.
+using PutOneFile = ExitCode (*)(Host& host, const Arguments& arguments);
+
+/// Stores several files in one folder, one after the other, each by its own call of the function. What would be
+/// ambiguous is refused before anything is sent: an address that is no folder's, two files of one name, and options
+/// that belong to one document. Makes requests.
+[[nodiscard]] ExitCode PutMany(Host& host, const Arguments& arguments, PutOneFile putOne);
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,71 @@
+#include "hosts/cli/retrying.h"
+
+#include <algorithm>
+#include <charconv>
+#include <thread>
+
+#include "hosts/cli/interruption.h"
+
+namespace vtdirect_cli {
+namespace {
+
+using std::chrono::milliseconds;
+using VtDirectManager::FailureKind;
+
+constexpr unsigned mostRetries = 20;
+constexpr milliseconds firstPause(100);
+constexpr milliseconds longestPause(10'000);
+// A signal is seen so soon.
+constexpr milliseconds step(20);
+
+constexpr int tooManyRequests = 429;
+constexpr int unavailable = 503;
+
+}  // namespace
+
+OptionRow RetriesOption() {
+  return {
+      "retries",
+      0,
+      "N",
+      false,
+      Completion::Nothing,
+      "Repeat a question so many times when its answer breaks off or the server is too busy; 3 unless given. "
+      "What changes something is never repeated."};
+}
+
+Result<unsigned> ReadRetries(const Arguments& arguments) {
+  if (!arguments.Has("retries")) return usualRetries;
+  const std::string text = arguments.Text("retries");
+  unsigned count = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+  if (error == std::errc() && end == text.data() + text.size() && count <= mostRetries) return count;
+  return Failure{ExitCode::Usage, "--retries takes a number from 0 to " + std::to_string(mostRetries)};
+}
+
+bool MayBeAskedAgain(const Failure& failure) {
+  if (!failure.reason) return false;
+  const Reason& reason = *failure.reason;
+  if (reason.kind == FailureKind::AnswerBroken) return reason.httpStatus == 0 || reason.httpStatus == 200;
+  return reason.httpStatus == unavailable || reason.httpStatus == tooManyRequests;
+}
+
+milliseconds PauseBefore(unsigned repetition) {
+  milliseconds pause = firstPause;
+  for (; repetition > 0 && pause < longestPause; --repetition) pause *= 2;
+  return std::min(pause, longestPause);
+}
+
+bool Pause(milliseconds time) {
+  const auto end = std::chrono::steady_clock::now() + time;
+  while (!Interrupted() && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(std::min(step, time));
+  }
+  return !Interrupted();
+}
+
+bool IsToBeRepeated(const Failure& failure, unsigned repetition, unsigned retries) {
+  return repetition < retries && MayBeAskedAgain(failure) && Pause(PauseBefore(repetition));
+}
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,77 @@
+#include <gmock/gmock.h>
+
+#include "tests/e2e/many/many_fixture.h"
+
+using testing::HasSubstr;
+
+namespace vtdirect_test {
+
+class ChangeMany : public ManyTest {};
+
+TEST_F(ChangeMany, ChecksOutAndUndoesWhatAPatternFinds) {
+  Serve();
+  const ProcessResult out = Run({"checkout", std::string(framePath) + "f*.lxz"});
+  EXPECT_EQ(out.status, 0) << out.err;
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+  EXPECT_EQ(HolderOf("D1002"), "anna");
+  EXPECT_EQ(HolderOf("D1028"), "");
+  const ProcessResult undone = Run({"undo", kForkPath, std::string(framePath) + "frame.lxz"});
+  EXPECT_EQ(undone.status, 0) << undone.err;
+  EXPECT_EQ(HolderOf("D1001"), "");
+  EXPECT_EQ(TemporaryWorkspaces(), 0U);
+}
+
+TEST_F(ChangeMany, ChecksInWhatItCanAndTellsTheRest) {
+  Serve();
+  ASSERT_EQ(Run({"checkout", kForkPath}).status, 0);
+  WriteFile(Home("list"), std::string(weldingPath) + "\n" + kForkPath + "\n");
+  const ProcessResult result = Run({"checkin", "--from", Home("list")});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(HolderOf("D1001"), "");
+  EXPECT_THAT(result.err, HasSubstr("vtdirect: 1 of 2 failed:\n"));
+}
+
+TEST_F(ChangeMany, ChangesNothingFurtherAfterAFailureWhenItIsToldSo) {
+  Serve();
+  EXPECT_EQ(Run({"checkout", "--stop-on-error", noSuchPath, kForkPath}).status, 6);
+  EXPECT_EQ(HolderOf("D1001"), "");
+  EXPECT_EQ(Run({"checkout", "--stop-on-error", kForkPath, std::string(framePath) + "none*"}).status, 6);
+  EXPECT_EQ(HolderOf("D1001"), "");
+}
+
+TEST_F(ChangeMany, StoresFilesInAFolder) {
+  Serve();
+  WriteFile(Home("one.lxz"), "one");
+  WriteFile(Home("two.lxz"), "two");
+  const ProcessResult result = Run({"put", Home("one.lxz"), Home("two.lxz"), framePath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(Run({"get", std::string(framePath) + "one.lxz", "-o", "-"}).out, "one");
+  EXPECT_EQ(Run({"get", std::string(framePath) + "two.lxz", "-o", "-"}).out, "two");
+}
+
+TEST_F(ChangeMany, RefusesFilesThatHaveNoPlaceOfTheirOwn) {
+  Serve();
+  std::filesystem::create_directory(Home("sub"));
+  WriteFile(Home("one.lxz"), "one");
+  WriteFile(Home("sub/one.lxz"), "other");
+  EXPECT_EQ(Run({"put", Home("one.lxz"), Home("sub/one.lxz"), framePath}).status, 2);
+  EXPECT_EQ(Run({"put", Home("one.lxz"), Home("one.lxz"), kForkPath}).status, 2);
+  WriteFile(Home("two.lxz"), "two");
+  EXPECT_EQ(Run({"put", Home("one.lxz"), Home("two.lxz"), framePath, "--viewable", Home("one.lxz")}).status,
+            2);
+  EXPECT_EQ(server().Log(), "");
+}
+
+TEST_F(ChangeMany, StoresTheOthersWhenOneFails) {
+  Serve();
+  WriteFile(Home("two.lxz"), "two");
+  const ProcessResult result = Run({"put", Home("none.lxz"), Home("two.lxz"), framePath});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_THAT(result.err, HasSubstr("1 of 2 failed:"));
+  EXPECT_EQ(Run({"get", std::string(framePath) + "two.lxz", "-o", "-"}).out, "two");
+  EXPECT_EQ(Run({"put", "--stop-on-error", Home("none.lxz"), Home("two.lxz"), std::string(bikePath)}).status,
+            8);
+  EXPECT_EQ(Run({"get", std::string(bikePath) + "two.lxz", "-o", "-"}).status, 6);
+}
+
+}  // namespace vtdirect_test

@@ -1,0 +1,53 @@
+#include <filesystem>
+
+#include "tests/e2e/work_folder/work_folder_fixture.h"
+
+namespace vtdirect_test {
+
+class WorkFolderRetries : public WorkFolderTest {};
+
+TEST_F(WorkFolderRetries, BringWhatBrokeOffOnce) {
+  Serve({"--fault", "GET *content/streams/*=cut:10*1", "--fault", "GET *FolderContents*=503*1"});
+  const ProcessResult result = Run({"clone", framePath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(St("Frame"), "");
+}
+
+TEST_F(WorkFolderRetries, EndWhenTheyAreToldSo) {
+  Serve({"--fault", "GET *content/streams/*=cut:10*1"});
+  EXPECT_NE(Run({"clone", framePath, "--retries", "0"}).status, 0);
+  const ProcessResult pulled = RunIn("Frame", {"pull", "--retries", "0"});
+  EXPECT_EQ(pulled.status, 0) << pulled.err;
+  EXPECT_EQ(St("Frame"), "");
+  EXPECT_EQ(RunIn("Frame", {"pull", "--retries", "x"}).status, 2);
+}
+
+class WorkFolderDryRun : public WorkFolderTest {};
+
+TEST_F(WorkFolderDryRun, TellsWhatWouldBeSentAndSendsNothing) {
+  Clone();
+  WriteFile(Fork(), "mine");
+  const ProcessResult result = RunIn("Frame", {"commit", "--dry-run"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, "would-commit\tB.1\tfork.lxz\n");
+  EXPECT_NE(ForkOnServer(), "mine");
+  EXPECT_EQ(HolderOf("D1001"), "");
+  StoreElsewhere("theirs");
+  const ProcessResult conflict = RunIn("Frame", {"commit", "--dry-run"});
+  EXPECT_EQ(conflict.status, 1);
+  EXPECT_EQ(conflict.out, "");
+}
+
+TEST_F(WorkFolderDryRun, TellsWhatWouldBeFetchedAndFetchesNothing) {
+  Clone();
+  std::filesystem::remove(Here("Frame/frame.lxz"));
+  WriteFile(Fork(), "mine");
+  StoreElsewhere("theirs");
+  const ProcessResult result = RunIn("Frame", {"pull", "--dry-run"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, "would-leave\tfork.lxz\nwould-fetch\tframe.lxz\n");
+  EXPECT_FALSE(std::filesystem::exists(Here("Frame/frame.lxz")));
+  EXPECT_EQ(ReadFile(Fork()), "mine");
+}
+
+}  // namespace vtdirect_test

@@ -1,0 +1,60 @@
+#include "hosts/cli/many/name_pattern.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace vtdirect_cli {
+
+struct PatternExample {
+  const char* pattern;
+  const char* name;
+  bool matches;
+};
+
+class NamePattern : public testing::TestWithParam<PatternExample> {};
+
+INSTANTIATE_TEST_SUITE_P(
+    Examples, NamePattern,
+    testing::Values(PatternExample{"fork.lxz", "fork.lxz", true},
+                    PatternExample{"fork.lxz", "fork.lx", false},
+                    PatternExample{"fork.lx", "fork.lxz", false}, PatternExample{"*", "fork.lxz", true},
+                    PatternExample{"*", "", true}, PatternExample{"?", "", false},
+                    PatternExample{"", "", true}, PatternExample{"", "a", false},
+                    PatternExample{"*.lxz", "fork.lxz", true}, PatternExample{"*.lxz", "fork.lxz.bak", false},
+                    PatternExample{"f*k.*", "fork.lxz", true}, PatternExample{"*ab*ab", "abxabab", true},
+                    PatternExample{"*ab*ab", "abxaba", false}, PatternExample{"f?rk.lxz", "fork.lxz", true},
+                    PatternExample{"f?rk.lxz", "frk.lxz", false},
+                    // One character of a reader's, however many bytes it has.
+                    PatternExample{"Gr??en",
+                                   "Gr\xC3\xB6\xC3\x9F"
+                                   "en",
+                                   true},
+                    PatternExample{"?", "\xC3\xB6", true}, PatternExample{"??", "\xC3\xB6", false},
+                    PatternExample{"?", "\xFF", true},
+                    // An escape is the character that it stands for.
+                    PatternExample{"a?b", "a%2fb", true}, PatternExample{"a%2Fb", "a%2fb", true},
+                    PatternExample{"a%2Fb", "a%2ab", false}, PatternExample{"a%2b", "a%2B", true},
+                    PatternExample{"A*", "abc", false}, PatternExample{"[ab]*", "abc", false},
+                    PatternExample{".*", ".profile", true}, PatternExample{"*", ".profile", true}));
+
+TEST_P(NamePattern, MatchesWhatItDescribes) {
+  const PatternExample& example = GetParam();
+  EXPECT_EQ(MatchesPattern(example.pattern, example.name), example.matches)
+      << example.pattern << " and " << example.name;
+}
+
+// With one step for each "*" and every length it would take longer than the world has been there.
+TEST(NamePatterns, TakeNoLongTimeForAHostileName) {
+  std::string pattern;
+  for (int count = 0; count < 30; ++count) pattern += "*a";
+  EXPECT_FALSE(MatchesPattern(pattern + "b", std::string(2000, 'a')));
+}
+
+TEST(NamePatterns, AreKnownByTheirWildcards) {
+  EXPECT_TRUE(HasWildcard("a*"));
+  EXPECT_TRUE(HasWildcard("?b"));
+  EXPECT_FALSE(HasWildcard("[ab]%2a"));
+}
+
+}  // namespace vtdirect_cli
