@@ -11,14 +11,14 @@
 /// thread, and traces each failure unless it says otherwise.
 namespace lxservices::cms_interface::vantry {
 
-/// Finds the first document with a CAD name, wherever it stands. Up to two GETs.
+/// Finds the first document with a CAD name, wherever it is. Up to two GETs.
 /// @param record  the document; on a false result it is not to be used
 [[nodiscard]] bool FindDocumentByCadName(ServerContext& server, const std::string& cadName,
                                          DocumentRecord& record);
 
 /// Finds a document with a CAD name in one context.
 ///
-/// A name that only one document of the whole server has is taken wherever that document stands; only a name
+/// A name that only one document of the whole server has is taken wherever that document is; only a name
 /// that several have is looked for in the context. Up to two GETs in the first case; in the second one for
 /// the name, one for the context, and one for each number.
 /// @param record  the document found; of several numbers in the context that of the smallest number

@@ -16,7 +16,7 @@ enum class ContextKind : int {
 /// The word of the REST services, which document records carry too; null for a kind without one.
 [[nodiscard]] const char* RestWordOf(ContextKind kind);
 
-/// The type that stands in OData paths; null for a kind without one.
+/// The type that is used in OData paths; null for a kind without one.
 [[nodiscard]] const char* ODataTypeOf(ContextKind kind);
 
 /// The kind of a REST word, compared exactly; None for null and for any other text.

@@ -22,7 +22,7 @@ struct DocumentListing {
   std::string path;
   bool details = false;
   bool versions = false;
-  bool fileNameKey = false;  ///< the name stands under "FileName", else under "CADName"
+  bool fileNameKey = false;  ///< the name is under "FileName", else under "CADName"
 };
 
 std::string DynamicDocumentsPath(const char* serviceVersion, const std::string& resource) {
@@ -36,7 +36,7 @@ bool ReadPage(RestStream& response, FolderContentsHandler& handler) {
   return false;
 }
 
-// Reads one page; the next link is empty behind the last.
+// Reads one page; the next link is empty after the last.
 bool ListPage(const std::shared_ptr<HttpConnection>& connection, const std::string& path,
               const DocumentListing& listing, const DirEntryCallback& callback, std::string& nextLink) {
   const FailureStep step("list the folder");

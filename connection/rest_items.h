@@ -21,7 +21,7 @@ struct RestItem {
 ///
 /// A success with a broken body gives true and no rows; callers treat it as an empty list.
 /// @param rows          one is appended for each element of the list, an empty one for what is no object
-/// @param itemsWrapped  the list stands in the member "items" of an object
+/// @param itemsWrapped  the list is in the member "items" of an object
 /// @param status        may be null; Ok, Unauthorized for 401, ConnectionFailed for any other failure
 /// @return whether the HTTP status was in 200 to 299
 [[nodiscard]] bool ReadRestItems(const std::shared_ptr<HttpConnection>& connection, const std::string& path,

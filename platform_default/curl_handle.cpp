@@ -86,7 +86,7 @@ bool NeedsFreshConnection(const OutgoingRequest& request, const ConnectionWay& w
   return isSet("http_proxy") || isSet("all_proxy") || isSet("ALL_PROXY");
 }
 
-/// The caller's lines, and behind them what keeps curl from adding lines of its own.
+/// The caller's lines, and after them what keeps curl from adding lines of its own.
 std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool isChunked) {
   std::vector<std::string> lines;
   for (const std::string_view line : request.headerLines) lines.push_back(AsCurlWantsIt(line));

@@ -7,7 +7,7 @@
 /// The grammar of VFS paths and UIDs. Pure functions of the text and the configured schemes.
 namespace lxservices::cms_interface {
 
-/// The two results of SplitUid: what stands before "?", with its "/", and the id.
+/// The two results of SplitUid: what comes before "?", with its "/", and the id.
 struct UidParts {
   std::string base;
   std::string id;
@@ -28,7 +28,7 @@ struct UidParts {
 
 /// Builds a UID.
 /// @param plainName  file name, not escaped; null or empty writes no file parameter
-/// @param extra      further parameters, put in as they stand; may be null or empty
+/// @param extra      further parameters, put in as they are; may be null or empty
 [[nodiscard]] std::string MakeUid(const std::string& base, const std::string& id, const char* plainName,
                                   const char* extra);
 

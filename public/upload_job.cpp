@@ -34,7 +34,7 @@ bool StoreCheckedOut(const UploadJob& job, const DocumentUploadParams& params, F
   code = CodeOf(status, code);
   if (status != Ok) return false;
   if (job.checkIn) return checkout->Checkin(job.id.c_str(), info);
-  // The store stands, whether or not its document can be read now.
+  // The store is done, whether or not its document can be read now.
   const FailureAside aside;
   (void)job.server->GetFileInfo(job.id.c_str(), info);
   return true;

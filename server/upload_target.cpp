@@ -50,7 +50,7 @@ Status UploadNewDocument(ServerContext& server, const char* targetPath, const Do
     return UploadIntoWorkspace(server, target, contextId, params, info, std::move(progress));
   }
   if (!IsVfsName(target.section, VfsNameId::Folders)) {
-    // "most" is what has always stood in this line; logs are searched for it.
+    // "most" is what has always been in this line; logs are searched for it.
     TracerFor({FailureKind::NotFound})(
         dp::TraceType::Error, "A target folder most be specified (where %s was given)\n", targetPath);
     return NotFound;

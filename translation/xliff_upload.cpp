@@ -89,7 +89,7 @@ bool UploadSourceXliff(ServerContext& server, const std::string& sourceId, const
     return false;
   }
   result = MakeFileInfoOf(record);
-  // The document stands on the server whether or not it could be linked; a host that was told of a failure
+  // The document is on the server whether or not it could be linked; a host that was told of a failure
   // would upload it a second time.
   const FailureAside aside;
   (void)LinkXliffDocument(server, sourceId, record.id);

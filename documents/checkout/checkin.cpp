@@ -37,7 +37,7 @@ bool CheckinDocument(ServerContext& server, const char* text, FileInfo& info) {
   const std::string& id = WorkingDocumentId(checkoutId);
   const std::string& workspace = checkoutId.field1;
   DocumentRecord result;
-  // Both lines were written for a workspace number; a workspace's id is a text.
+  // The lines were made for a workspace number. A workspace's id is a text, so the text is written.
   if (!PostCheckin(server, workspace, id, nullptr, checkoutId.temporary, &result)) {
     TracerFor(Follows())(dp::TraceType::Error, "Failed to check-in document id %s on workspace %s\n",
                          id.c_str(), workspace.c_str());

@@ -12,9 +12,8 @@ namespace lxservices::cms_interface::vantry {
 /// that deletes the workspace. On this thread.
 /// @param checkoutId  must be valid for a checkout operation
 /// @param info        receives the summary: with a plain id after a temporary checkout, else with the
-/// workspace
-/// @return false, traced, when the id is not valid or the check-in is refused; the working copy then stays
-/// and
+///                    workspace
+/// @return false, traced, when the id is not valid or the check-in is refused; the working copy then stays and
 ///         the same id can be used again. A workspace that cannot be deleted is traced and no failure.
 [[nodiscard]] bool CheckinDocument(ServerContext& server, const char* checkoutId, FileInfo& info);
 

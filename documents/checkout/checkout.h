@@ -19,7 +19,7 @@ namespace lxservices::cms_interface::vantry {
 
 /// The one POST of a checkout.
 /// @param result    receives the working copy; an answer that is no JSON is traced, and leaves it empty
-/// @param masterId  names the master that may stand in the workspace already; null sends no resolution
+/// @param masterId  names the master that may be in the workspace already; null sends no resolution
 /// @return whether the status was in 200 to 299; a refusal is traced
 [[nodiscard]] bool PostCheckout(ServerContext& server, const std::string& workspaceId,
                                 const std::string& documentId, DocumentRecord& result,

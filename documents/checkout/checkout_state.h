@@ -6,7 +6,7 @@
 
 namespace lxservices::cms_interface {
 
-/// Where a document stands, as the server tells it.
+/// The state of a document, as the server tells it.
 struct VtCheckoutState {
   bool inWorkspace = false;
   bool inUserWorkspace = false;
@@ -18,7 +18,7 @@ struct VtCheckoutState {
 
 namespace vantry {
 
-/// Reads where a document stands: one GET on this thread, and a second one unless the id is that of a
+/// Reads the state of a document: one GET on this thread, and a second one unless the id is that of a
 /// temporary checkout.
 /// @param id     a CheckoutId or a plain id; its first field is read
 /// @param state  written on success only

@@ -13,7 +13,7 @@ namespace lxservices::cms_interface::vantry {
 /// gave none back.
 /// @param checkoutId  must be valid for a checkout operation
 /// @param info        receives the summary: with a plain id after a temporary checkout, else with the
-/// workspace
+///                    workspace
 /// @return false, traced, when the id is not valid, when an undo in a workspace of the user's is refused, and
 ///         when the document cannot be read afterwards. A refused undo in a temporary workspace is only
 ///         traced: the workspace goes all the same.

@@ -15,7 +15,7 @@ bool ReadAsItStands(ServerContext& server, const char* id, FileInfo& info, VtChe
   return GetFileInfo(server, id, info) == Ok && GetCheckoutState(server, id, state);
 }
 
-// Whether the working copy is one, and stands in the workspace that the id names.
+// Whether the working copy is one, and is in the workspace that the id names.
 bool StandsInWorkspace(ServerContext& server, const CheckoutId& checkoutId) {
   const std::string& working = WorkingDocumentId(checkoutId);
   DocumentRecord record;

@@ -8,9 +8,9 @@ namespace lxservices::cms_interface::vantry {
 
 /// Looks a remembered checkout up on the server. One in a temporary workspace that is out of date is renewed:
 /// undone and checked out again, which gives it another id. Requests on this thread.
-/// @param info   receives the summary of what stands now
-/// @param state  receives where it stands
-/// @return false when the checkout no longer stands and is none to renew, or when its state cannot be read
+/// @param info   receives the summary of what is there now
+/// @param state  receives its state
+/// @return false when the checkout no longer exists and is none to renew, or when its state cannot be read
 [[nodiscard]] bool VerifyCheckout(ServerContext& server, const char* id, FileInfo& info,
                                   VtCheckoutState& state);
 

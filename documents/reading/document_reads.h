@@ -28,7 +28,7 @@ Status ReadDocument(ServerContext& server, const std::string& id, DocumentRecord
 [[nodiscard]] bool ReadDocumentVersions(ServerContext& server, const std::string& id,
                                         const std::string& contextId, std::vector<DocumentSummary>& versions);
 
-/// Appends the documents with a number; an element that is no object stands in the list as a blank record.
+/// Appends the documents with a number; an element that is no object becomes a blank record in the list.
 /// @param scope  id of the context to look in; null or empty means everywhere
 /// @return whether the status was in 200 to 299; a failure is traced
 [[nodiscard]] bool SearchDocuments(ServerContext& server, const std::string& number,

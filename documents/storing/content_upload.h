@@ -28,7 +28,7 @@ struct UploadedContent {
 Status UploadContents(ServerContext& server, const std::vector<std::string>& paths,
                       std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);
 
-/// UploadContents for optional paths: null and empty ones are left out. One behind a gap is traced as a
+/// UploadContents for optional paths: null and empty ones are left out. One after a gap is traced as a
 /// warning. Throws what UploadContents throws.
 Status UploadPaths(ServerContext& server, const std::vector<const char*>& paths,
                    std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);

@@ -32,8 +32,7 @@ Status IterateDocument(ServerContext& server, const char* id, const DocumentUplo
                        FileInfo& info, du::http::ProgressFunction progress);
 
 /// Puts a new iteration of a checked-out document into its workspace. The CheckoutId stays as it is.
-/// @return NotFound for an id that is not valid for a checkout operation, Refused when the working copy
-/// cannot be
+/// @return NotFound for an id that is not valid for a checkout operation, Refused when the working copy cannot be
 ///         read, else Ok or the status of the step that failed
 Status StoreDocument(ServerContext& server, const char* checkoutId, const DocumentUploadParams& params,
                      du::http::ProgressFunction progress);

@@ -20,7 +20,7 @@ namespace lxservices::cms_interface::vantry {
 /// @param progress         may be empty; told about the body sent
 /// @throws                 what UploadContents throws
 /// @return whether the status of the POST was in 200 to 299; a refusal and an answer that is no JSON are
-/// traced
+///         traced
 [[nodiscard]] bool UpdateTextDocument(ServerContext& server, const DocumentRecord* document,
                                       const char* cadName, const char* contextId, const char* folderId,
                                       const char* path, const char* translate, const char* language,

@@ -18,7 +18,7 @@ namespace lxservices::cms_interface::vantry {
                                    const std::string& name, WorkspaceRecord& workspace,
                                    const char* description);
 
-/// Deletes a workspace with what stands in it: one POST.
+/// Deletes a workspace with what is in it: one POST.
 /// @return whether the status was in 200 to 299
 [[nodiscard]] bool DeleteWorkspace(ServerContext& server, const std::string& workspaceId);
 

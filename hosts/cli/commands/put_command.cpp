@@ -241,7 +241,7 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
        "links "
        "go."},
       {"kind", 0, "KIND", false, Completion::Nothing, "fenlet, general or ugc; fenlet unless given."},
-      {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in behind the store."},
+      {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in after the store."},
   };
 }
 
