@@ -19,13 +19,15 @@ std::shared_ptr<HttpConnection> RefuseAddress(const std::string& url) {
   Failure failure;
   failure.kind = FailureKind::AnswerBroken;
   failure.url = ShownUrl(exchange);
+  failure.platformDetail = static_cast<int>(du::http::FailureDetail::AddressLeavesHttps);
+  failure.platformText =
+      "The server was asked by https and names an address with http, to which nothing is sent";
   failure.serverText =
-      "The server was asked by https and names an address with http, to which nothing is sent. If its proxy "
-      "makes such addresses, set TransportSettings::httpAddresses (http_addresses of vtdirect) to Upgrade or "
-      "Allow.";
+      "If its proxy makes such addresses, set TransportSettings::httpAddresses "
+      "(http_addresses of vtdirect) to Upgrade or Allow.";
   ReportFailure(failure);
-  TracerFor(Follows())(dp::TraceType::Error, "Refused the address %s: %s\n", failure.url.c_str(),
-                       failure.serverText.c_str());
+  TracerFor(Follows())(dp::TraceType::Error, "Refused the address %s: %s. %s\n", failure.url.c_str(),
+                       failure.platformText.c_str(), failure.serverText.c_str());
   return nullptr;
 }
 

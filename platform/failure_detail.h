@@ -36,6 +36,7 @@ enum class FailureDetail : std::int32_t {
   ForeignServer = 22,       ///< it speaks HTTP and is no Vantry server
   AnswerUnclear = 23,       ///< its answer tells in two ways, or in none that can be read, where it ends
   ContentCoded = 24,        ///< it codes a content that was asked for as it is
+  AddressLeavesHttps = 25,  ///< it was asked by https, and names an address with http
 
   // TLS.
   TlsTooOld = 30,

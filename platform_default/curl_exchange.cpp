@@ -155,6 +155,7 @@ bool CurlExchange::ProxyRefusedTunnel() const {
 
 std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, void* self) {
   auto& exchange = *static_cast<CurlExchange*>(self);
+  exchange.foldedStart_.LineArrives(data, count);
   exchange.headerBytes_ += count;
   if (exchange.headerBytes_ > largestResponseHeader || exchange.foldedStart_.Met()) {
     exchange.failure_ = ErrorCode::ProtocolFailure;
@@ -339,6 +340,7 @@ int CurlExchange::OnRequestStarts(void* self, char*, char*, int, int) {
   exchange.sentBeforeStart_ = sent;
   exchange.demandSeen_ = false;  // one demand allows one more try
   exchange.clock_.RequestStarts(Now());
+  exchange.foldedStart_.RequestStarts();
   return CURL_PREREQFUNC_OK;
 }
 
@@ -349,8 +351,10 @@ long CurlExchange::RequestBytesSent() const {
 }
 
 int CurlExchange::OnNewSocket(void* self, curl_socket_t, curlsocktype) {
+  auto& exchange = *static_cast<CurlExchange*>(self);
+  exchange.foldedStart_.ConnectionBegins();
   // What was closed before was the connection of an earlier exchange.
-  static_cast<CurlExchange*>(self)->hadConnection_ = false;
+  exchange.hadConnection_ = false;
   return CURL_SOCKOPT_OK;
 }
 

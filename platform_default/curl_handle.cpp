@@ -76,14 +76,21 @@ std::string AsCurlWantsIt(std::string_view line) {
   return std::string(line.substr(0, colon)) + ";";
 }
 
+/// Whether the environment names a proxy for the request. These are what curl looks at; whether one of them counts
+/// for this host doesn't matter here.
+bool EnvironmentNamesProxy(const OutgoingRequest& request) {
+  const auto isSet = [](const char* name) { return dp::Environment::Test(name); };
+  const bool isPlain = request.url.starts_with("http:");
+  return isSet("all_proxy") || isSet("ALL_PROXY") ||
+         (isPlain ? isSet("http_proxy") : isSet("https_proxy") || isSet("HTTPS_PROXY"));
+}
+
 /// A proxy is asked for plain requests one by one, and some close the connection after each without a word.
 /// What writes is never sent a second time, so it must not meet a connection that is about to close.
 bool NeedsFreshConnection(const OutgoingRequest& request, const ConnectionWay& way) {
   if (request.method == Method::Get || request.url.compare(0, 5, "http:") != 0) return false;
   if (way.proxy) return !way.proxy->empty();
-  // Those that curl looks at. Whether one counts for this host doesn't matter here.
-  const auto isSet = [](const char* name) { return !dp::Environment::Get(name).empty(); };
-  return isSet("http_proxy") || isSet("all_proxy") || isSet("ALL_PROXY");
+  return EnvironmentNamesProxy(request);
 }
 
 /// The caller's lines, and after them what keeps curl from adding lines of its own.
@@ -218,6 +225,15 @@ void CurlHandle::SetProxy() {
   curl_easy_setopt(handle, CURLOPT_PROXYPASSWORD, way.proxyCredentials->password.c_str());
 }
 
+// curl would look for a proxy at length before each request, and for exceptions to one that nobody has named.
+void CurlHandle::SetEnvironmentProxy(const OutgoingRequest& request) {
+  if (session_->way().proxy) return;
+  const bool asks = EnvironmentNamesProxy(request);
+  if (std::exchange(asksEnvironment_, asks) == asks) return;
+  curl_easy_setopt(handle_.get(), CURLOPT_PROXY, asks ? nullptr : "");
+  curl_easy_setopt(handle_.get(), CURLOPT_NOPROXY, asks ? nullptr : "");
+}
+
 void CurlHandle::SetConnectLimit(long milliseconds) {
   if (std::exchange(connectLimit_, milliseconds) == milliseconds) return;
   // The largest value that every part of curl can hold: 24 days.
@@ -283,12 +299,13 @@ ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& s
                   {settings.stallTimeoutSeconds, settings.firstByteTimeoutSeconds,
                    settings.firstByteAfterBodyTimeoutSeconds});
   SetConnectLimit(settings.connectTimeoutMilliseconds);
+  SetEnvironmentProxy(request);
   SetMethod(request);
   SetHeaderLines(request);
   SetAuthentication(request);
   curl_easy_setopt(handle_.get(), CURLOPT_FRESH_CONNECT,
                    NeedsFreshConnection(request, session_->way()) || HasUnaskedBytes() ? 1L : 0L);
-  curl_easy_setopt(handle_.get(), CURLOPT_URL, request.url.c_str());
+  address_.Give(handle_.get(), request.url);
   tlsEvents_ = {};
   const ErrorCode result = exchange_.Perform(httpStatus);
   // For curl the handshake was over already.

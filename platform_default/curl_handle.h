@@ -14,6 +14,7 @@
 #include "platform_default/curl_exchange.h"
 #include "platform_default/failure_explanation.h"
 #include "platform_default/origin_session.h"
+#include "platform_default/request_address.h"
 #include "platform_default/tls_events.h"
 
 namespace vtdirect::platform {
@@ -110,6 +111,7 @@ class CurlHandle {
   void SetTrust();
   void SetIdentity();
   void SetProxy();
+  void SetEnvironmentProxy(const OutgoingRequest& request);
   void SetConnectLimit(long milliseconds);
   void SetMethod(const OutgoingRequest& request);
   void SetHeaderLines(const OutgoingRequest& request);
@@ -121,12 +123,14 @@ class CurlHandle {
   // What the handle is set to, so that most exchanges change nothing of it.
   long connectLimit_ = 0;  ///< in milliseconds
   bool isForGet_ = false;
+  bool asksEnvironment_ = true;  ///< whether curl looks there for a proxy
   bool hasLogin_ = false;
   bool negotiated_ = false;                       ///< the last exchange carried a login by Negotiate
   bool watchesTls_ = false;                       ///< whether `tlsEvents_` is told anything
   std::array<char, CURL_ERROR_SIZE> curlText_{};  ///< before the handle, which writes it
   TlsEvents tlsEvents_;    ///< of the last exchange; before the handle, whose connections refer to it
   CurlExchange exchange_;  ///< before the handle, whose end still calls it back
+  RequestAddress address_;
   std::unique_ptr<curl_slist, ListFreer> headerList_;
   HeaderOrder headerOrder_;  ///< what `headerList_` was made for
   std::unique_ptr<CURL, HandleCloser> handle_;

@@ -1,23 +1,56 @@
 #include "platform_default/folded_start.h"
 
+#include <algorithm>
 #include <string_view>
+#include <utility>
+
+#include "platform_default/characters.h"
 
 namespace vtdirect::platform {
+namespace {
+
+// curl takes capitals and small letters for the same. What came before can't be gone by: the empty line that ends an
+// interim answer is not shown.
+bool BeginsStatusLine(std::string_view line) {
+  constexpr std::string_view beginning = "http/";
+  return line.size() >= beginning.size() &&
+         std::equal(beginning.begin(), beginning.end(), line.begin(),
+                    [](char wanted, char byte) { return wanted == ToAsciiLower(byte); });
+}
+
+}  // namespace
 
 void FoldedStart::Attach(CURL* handle) {
+  handle_ = handle;
   curl_easy_setopt(handle, CURLOPT_DEBUGFUNCTION, &OnTrace);
   curl_easy_setopt(handle, CURLOPT_DEBUGDATA, this);
-  curl_easy_setopt(handle, CURLOPT_VERBOSE, 1L);
+}
+
+void FoldedStart::Start() {
+  behindStatusLine_ = true;
+  met_ = false;
+}
+
+void FoldedStart::LineArrives(char* data, std::size_t size) {
+  See(data, size);
+  Watch(behindStatusLine_);
+}
+
+void FoldedStart::Watch(bool on) {
+  if (std::exchange(watches_, on) != on) curl_easy_setopt(handle_, CURLOPT_VERBOSE, on ? 1L : 0L);
+}
+
+void FoldedStart::See(char* data, std::size_t size) {
+  if (size == 0) return;
+  if (behindStatusLine_ && (*data == ' ' || *data == '\t')) {
+    *data = 'x';
+    met_ = true;
+  }
+  behindStatusLine_ = BeginsStatusLine({data, size});
 }
 
 int FoldedStart::OnTrace(CURL*, curl_infotype type, char* data, std::size_t size, void* self) {
-  if (type != CURLINFO_HEADER_IN || size == 0) return 0;
-  auto& start = *static_cast<FoldedStart*>(self);
-  if (start.behindStatusLine_ && (*data == ' ' || *data == '\t')) {
-    *data = 'x';
-    start.met_ = true;
-  }
-  start.behindStatusLine_ = std::string_view(data, size).starts_with("HTTP/");
+  if (type == CURLINFO_HEADER_IN) static_cast<FoldedStart*>(self)->See(data, size);
   return 0;
 }
 

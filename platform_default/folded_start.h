@@ -11,19 +11,36 @@ namespace vtdirect::platform {
 /// before, whose memory is free by then.
 ///
 /// curl shows a line before it takes it in, and to its trace function alone. There the blank at its start is
-/// overwritten, which makes it a line of its own, and the exchange is ended when it arrives.
+/// overwritten, which makes it a line of its own, and the exchange is ended when it arrives. The trace is on only
+/// while such a line may come: curl formats all that it has to say for it, which is dear for a small request.
 class FoldedStart {
  public:
   /// Registers the trace function on the handle, for good. The object must outlive the handle.
   void Attach(CURL* handle);
   /// Prepares the next exchange.
-  void Start() { *this = FoldedStart(); }
+  void Start();
+
+  // What curl tells of the exchange, each to be told before anything else is done about it.
+
+  /// A connection is made. A proxy on it may answer before the server is asked. curl keeps nothing of such an answer,
+  /// and shows its lines to the trace function alone; one that begins so ends the exchange like a server's.
+  void ConnectionBegins() { Watch(true); }
+  /// The request goes out, on a connection that is ready.
+  void RequestStarts() { Watch(false); }
+  /// A line of the answer arrives, its status line included.
+  void LineArrives(char* data, std::size_t size);
+
   /// True when such a line came.
   [[nodiscard]] bool Met() const { return met_; }
 
  private:
   static int OnTrace(CURL*, curl_infotype type, char* data, std::size_t size, void* self);
 
+  void See(char* data, std::size_t size);
+  void Watch(bool on);
+
+  CURL* handle_ = nullptr;
+  bool watches_ = false;
   bool behindStatusLine_ = true;  ///< also where there is no status line at all
   bool met_ = false;
 };

@@ -34,11 +34,6 @@ const char* OrEmpty(const char* text) {
   return text == nullptr ? "" : text;
 }
 
-/// The bytes of a content are a user's file, and of those of another kind nobody says how to read them.
-bool AsksForContent(const std::vector<std::string_view>& lines) {
-  return !ContainsHeader(lines, "Accept-Encoding") && !AcceptsJsonOrXml(lines);
-}
-
 void TraceFailure(const Origin& origin, const std::string& sentence) {
   dp::LXTracer("fenlet", "Transport")(dp::TraceType::Error) << origin.Text() << ": " << sentence << ".\n";
 }
@@ -129,16 +124,21 @@ OutgoingRequest RequestFlow::MakeOutgoing() {
     // A nonce or any other line of the caller's speaks to the server it was made for, and to no other.
     if (place_ != Place::Foreign || HasHeaderName(line, "Accept")) outgoing.headerLines.push_back(line);
   }
-  outgoing.asksForCompression = AsksForCompression(outgoing.headerLines);
-  outgoing.asksForIdentity = request_.method == Method::Get && AsksForContent(outgoing.headerLines);
+  AskForCoding(&outgoing);
   outgoing.demands = triesLeft_ + freeDemands;
   AddCredentials(&outgoing);
   return outgoing;
 }
 
-bool RequestFlow::AsksForCompression(const std::vector<std::string_view>& lines) const {
-  return rules_.settings.compressedAnswers && !ContainsHeader(lines, "Accept-Encoding") &&
-         !ContainsHeader(lines, "Range") && AcceptsJsonOrXml(lines);
+void RequestFlow::AskForCoding(OutgoingRequest* outgoing) const {
+  const std::vector<std::string_view>& lines = outgoing->headerLines;
+  if (ContainsHeader(lines, "Accept-Encoding")) return;
+  if (AcceptsJsonOrXml(lines)) {
+    outgoing->asksForCompression = rules_.settings.compressedAnswers && !ContainsHeader(lines, "Range");
+  } else {
+    // The bytes of a content are a user's file, and of those of another kind nobody says how to read them.
+    outgoing->asksForIdentity = request_.method == Method::Get;
+  }
 }
 
 void RequestFlow::AddCredentials(OutgoingRequest* outgoing) {

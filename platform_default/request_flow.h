@@ -42,7 +42,7 @@ class RequestFlow {
   /// Traces what the last exchange failed on, if that is known, and tells it to the caller.
   void TellWhatWasFound() const;
   [[nodiscard]] OutgoingRequest MakeOutgoing();
-  [[nodiscard]] bool AsksForCompression(const std::vector<std::string_view>& lines) const;
+  void AskForCoding(OutgoingRequest* outgoing) const;
   void AddCredentials(OutgoingRequest* outgoing);
   void AddPassword(Credentials credentials, OutgoingRequest* outgoing);
   [[nodiscard]] std::optional<Credentials> StandingCredentials() const;

@@ -62,8 +62,8 @@ struct Failure {
   /// and when there was no request.
   int platformError = 0;
   /// The start of what the server said, at most 1024 bytes of valid UTF-8 without control characters; empty
-  /// for a success that could not be read. Of an "http" address that was refused (http_settings.h), what this
-  /// library says to that. The nonce, and a user and password of the server's URL, are
+  /// for a success that could not be read. Of an "http" address that was refused (http_settings.h), what a
+  /// host can set to have it asked. The nonce, and a user and password of the server's URL, are
   /// replaced by "***". What else a server repeats of a request is its own affair.
   std::string serverText;
   /// Where the request went, without user, password and fragment; empty when there was no request. Values of

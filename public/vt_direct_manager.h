@@ -405,7 +405,9 @@ VTDIRECT_API bool ReadDetails(const char* path, std::map<VtDetails, std::string>
 /// `status` is called once or twice; the last call is the end of the operation: StatusOk with the UID, or
 /// StatusDownloadFailed with null, before it StatusConnectFailed when no server could be found. A partly
 /// written local file is not removed.
-/// @param localPath  full file name; its directory must exist; what was there is replaced
+/// @param path       the UID of a temporary checkout gives the content from before it (WorkingCopyUID)
+/// @param localPath  full file name; its directory must exist; what was there is replaced, also a file that the
+///                   user has edited: a host that must not lose that looks first
 /// @param uid        receives the UID on success
 /// @param status     may be empty
 /// @param progress   may be empty
@@ -475,7 +477,7 @@ VTDIRECT_API bool GetFileDownloadURL(const char* path, std::string& url, std::st
 ///                      `status`, without a request
 /// @param viewablePath  local viewable file; null or empty for none
 /// @param sourceLinks   escaped name, as GetSourceLinks gives it, to address; one that cannot be resolved is
-///                      traced and dropped
+///                      traced and dropped, and links that are not named here are taken away
 /// @param status        may be empty
 /// @param progress      may be empty
 /// @param language      value of the language attribute; may be null
@@ -485,7 +487,8 @@ VTDIRECT_API bool Upload(const char* path, const char* mainPath, const char* vie
                          ProgressCallback progress, const char* language, bool checkIn);
 
 /// Upload for a document of any kind, with nothing but its primary content. A temporary checkout is checked
-/// in only when asked to.
+/// in only when asked to. Over a Fenlet document the kinds general and ugc drop its viewable, metadata and
+/// links, and no function tells which kind a document has.
 /// @param kind  an unknown value counts as FileTypeFenlet
 /// @throws      what Upload throws
 VTDIRECT_API bool Upload(FileType kind, const char* path, const char* mainPath, StatusCallback status,
@@ -542,7 +545,8 @@ VTDIRECT_API bool StoreAsync(const char* path, const char* mainPath, const Store
 
 /// The documents that a document was made from: escaped name to UID, empty for one that cannot be read. UIDs
 /// only. Makes requests.
-/// @param links  entries under other names stay; unchanged on failure
+/// @param links  entries under other names stay; unchanged on failure, so that a question that failed looks like
+///               a document without links. Ask an Outcome before a store hands over what was read.
 VTDIRECT_API void GetSourceLinks(const char* path, std::map<std::string, std::string>& links);
 
 /// Whether a document exists and has no content yet. Makes requests.
@@ -552,7 +556,8 @@ VTDIRECT_API bool ShouldCreate(const char* path);
 
 /// Checks a document out and gives the UID of the working copy, which the host must use from then on; the
 /// empty text on failure. Makes requests. After a failure without an answer GetCheckoutStatus tells whether
-/// the document is checked out.
+/// the document is checked out. The library keeps the UID nowhere: of a host that is killed meanwhile,
+/// FindTemporaryCheckouts finds the working copy.
 VTDIRECT_API std::string Checkout(const char* path);
 
 /// Checks a working copy in and gives the UID to go on with; the empty text on failure. UIDs only. Makes
@@ -613,7 +618,8 @@ VTDIRECT_API std::string ConvertLegacyCheckout(const char* uid, const char* lega
 VTDIRECT_API bool UploadSourceXliff(const char* path, const char* xliffPath, const char* language);
 
 /// The source XLIFF of a document. UIDs only. Makes requests.
-/// @return false without one; true with both arguments as they were when it cannot be read
+/// @return false without one, and when the server could not tell, which an Outcome tells apart; true with both
+///         arguments as they were when it cannot be read
 VTDIRECT_API bool GetUIDForSourceXliff(const char* path, std::string& uid, std::string& language);
 
 /// The translations of a document: language to UID, added to the map. UIDs only. Makes requests.

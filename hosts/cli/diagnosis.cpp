@@ -40,7 +40,7 @@ constexpr int kFirstOfServerErrors = 500;
 }
 
 // What the failed call tells of the server by itself.
-[[nodiscard]] std::optional<Failure> ServerFailureByReason(const Host& host, const std::string& url,
+[[nodiscard]] std::optional<Failure> ServerFailureOfReason(const Host& host, const std::string& url,
                                                            const Reason& reason) {
   switch (reason.kind) {
     case FailureKind::CredentialsWanted:
@@ -58,7 +58,7 @@ constexpr int kFirstOfServerErrors = 500;
 [[nodiscard]] std::optional<Failure> ObjectFailureByReason(const Host& host, const std::string& address,
                                                            const Reason& reason) {
   const std::string url = VtDirectManager::GetServerURL(address.c_str());
-  if (auto failure = ServerFailureByReason(host, url, reason)) return failure;
+  if (auto failure = ServerFailureOfReason(host, url, reason)) return failure;
   if (IsOfContent(reason) && reason.kind != FailureKind::NotFound && reason.kind != FailureKind::LocalFile) {
     return Failure{ExitCode::DownloadFailed, WithWordsOf("the download of " + address + " failed", reason)};
   }
@@ -133,8 +133,10 @@ constexpr int kFirstOfServerErrors = 500;
   const std::string url = VtDirectManager::GetServerURL(path.c_str());
   if (const auto failure = DiagnoseServer(host, url)) return *failure;
   if (delivered > 0) {
-    return {ExitCode::Incomplete, "the listing of " + path + " broke off after " + std::to_string(delivered) +
-                                      (delivered == 1 ? " entry" : " entries")};
+    const std::string text = "the listing of " + path + " broke off after " + std::to_string(delivered) +
+                             (delivered == 1 ? " entry" : " entries");
+    const std::string why = NetworkHint(reason);
+    return {ExitCode::Incomplete, why.empty() ? text : text + ": " + why};
   }
   // FileExists and not FileOrFolderExists: that one is true of a folder's path without its "/", too.
   const std::string directory = WithClosingSlash(path);
@@ -158,13 +160,17 @@ Failure ServerFailure(const Host& host, const std::string& url, std::int32_t cod
   return WithReason(ServerFailureOfCode(host, url, code));
 }
 
-std::optional<Failure> DiagnoseServer(Host& host, const std::string& url) {
+std::optional<Failure> ServerFailureByReason(const Host& host, const std::string& url) {
   if (Interrupted()) return InterruptedFailure();
   if (host.authenticationRefused()) return RefusedLogin(host);
-  if (const auto reason = LastReason()) {
-    if (IsOfUsableServer(*reason)) return std::nullopt;
-    if (auto failure = ServerFailureByReason(host, url, *reason)) return failure;
-  }
+  const auto reason = LastReason();
+  return reason ? ServerFailureOfReason(host, url, *reason) : std::nullopt;
+}
+
+std::optional<Failure> DiagnoseServer(Host& host, const std::string& url) {
+  if (auto failure = ServerFailureByReason(host, url)) return failure;
+  const auto reason = LastReason();
+  if (reason && IsOfUsableServer(*reason)) return std::nullopt;
   VtDirectManager::StatusCode code = VtDirectManager::StatusOk;
   ForgetReasons();
   if (!VtDirectManager::ServerSupported(url.c_str(), &code, nullptr)) return ServerFailure(host, url, code);

@@ -27,6 +27,10 @@ namespace vtdirect_cli {
 /// reason tells it.
 [[nodiscard]] std::optional<Failure> DiagnoseServer(Host& host, const std::string& url);
 
+/// What the last reason tells of the server at this URL by itself; nothing if that can be used, or if the reason
+/// does not tell. Makes no request.
+[[nodiscard]] std::optional<Failure> ServerFailureByReason(const Host& host, const std::string& url);
+
 /// Why a directory could not be listed, or not to its end.
 /// @param path       as the user gave it; without a closing "/" it may be that of a document
 /// @param delivered  entries that came before the listing ended

@@ -27,7 +27,6 @@ constexpr FailureClassRow kRows[] = {
 }
 
 [[nodiscard]] FailureClass ClassOfReason(const Reason& reason) {
-  if (reason.mayHaveHappened) return FailureClass::LostAnswer;
   switch (reason.kind) {
     case FailureKind::Conflict:
       return reason.httpStatus == kLocked ? FailureClass::Locked : FailureClass::Conflict;
@@ -49,7 +48,9 @@ constexpr FailureClassRow kRows[] = {
 
 [[nodiscard]] FailureClass FindClass(const Failure& failure) {
   if (failure.failureClass != FailureClass::OfExitCode) return failure.failureClass;
-  if (!failure.reason || !IsByReason(failure.code)) return FailureClass::OfExitCode;
+  if (!IsByReason(failure.code)) return FailureClass::OfExitCode;
+  if (MayHaveHappened(failure).value_or(false)) return FailureClass::LostAnswer;
+  if (!failure.reason) return FailureClass::OfExitCode;
   const FailureClass found = ClassOfReason(*failure.reason);
   // A server that was not reached has not answered.
   const bool wasReached = failure.reason->httpStatus != 0;
@@ -69,13 +70,18 @@ std::span<const FailureClassRow> FailureClasses() {
   return kRows;
 }
 
+std::optional<bool> MayHaveHappened(const Failure& failure) {
+  if (failure.changeIsOpen || !failure.reason) return failure.changeIsOpen;
+  return failure.reason->mayHaveHappened;
+}
+
 const char* ClassOf(const Failure& failure) {
   const FailureClass found = FindClass(failure);
   return found == FailureClass::OfExitCode ? NameOf(failure.code) : RowOf(found).name;
 }
 
 bool IsRetryable(const Failure& failure) {
-  if (failure.reason && failure.reason->mayHaveHappened) return false;
+  if (MayHaveHappened(failure).value_or(false)) return false;
   const FailureClass found = FindClass(failure);
   if (found != FailureClass::OfExitCode) return RowOf(found).retryable;
   if (failure.code != ExitCode::DownloadFailed) return failure.code == ExitCode::CannotConnect;

@@ -34,6 +34,9 @@ struct Failure {
   std::optional<Reason> reason = std::nullopt;
   /// The class if it does not follow from the reason: the program looked first and asked for nothing.
   FailureClass failureClass = FailureClass::OfExitCode;
+  /// Of a command that was ended from outside: whether a change was sent whose answer had not come. Nothing if
+  /// that is up to the reason.
+  std::optional<bool> changeIsOpen = std::nullopt;
 
   /// Message and advice, for a reader.
   [[nodiscard]] std::string Text() const { return advice.empty() ? message : message + "; " + advice; }
@@ -48,6 +51,10 @@ struct FailureClassRow {
 
 /// The classes that are no names of exit statuses.
 [[nodiscard]] std::span<const FailureClassRow> FailureClasses();
+
+/// Whether a change may have been carried out although the command failed; nothing if the command had not come
+/// to any call that could tell.
+[[nodiscard]] std::optional<bool> MayHaveHappened(const Failure& failure);
 
 /// The class of a failure, by its exit status and its reason. The text lives as long as the process.
 [[nodiscard]] const char* ClassOf(const Failure& failure);

@@ -103,7 +103,9 @@ std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
     configuration_ = std::move(*read);
   }
   for (const std::string& argument : arguments.All("server")) {
-    if (auto failure = AddServerArgument(argument, configuration_)) return failure;
+    auto extended = WithServerArgument(argument, configuration_);
+    if (!extended) return extended.failure();
+    configuration_ = std::move(*extended);
   }
   for (const auto& [nickname, url] : configuration_.servers) namedUrls_.push_back(url);
   return ConfigurationFault(configuration_);
@@ -166,10 +168,8 @@ std::optional<std::string> Host::AskPassphrase(const std::string& url, const std
   if (!known.empty()) return known;
   const auto origin = OriginOf(url);
   if (const auto helper = origin ? HelperOf(*origin) : std::nullopt) {
-    std::string fault;
     // As git's helpers are told of a certificate.
-    const HelperFields fields = helper->Get({{"protocol", "cert"}, {"path", keyFile}}, fault);
-    if (!fault.empty()) output_.Warning(fault);
+    const HelperFields fields = AnswerOf(*helper, {{"protocol", "cert"}, {"path", keyFile}});
     if (!ValueOf(fields, "password").empty()) return ValueOf(fields, "password");
   }
   return mayAskUser ? PromptForPassphrase(keyFile) : std::nullopt;
@@ -258,15 +258,21 @@ std::optional<CredentialHelper> Host::HelperOf(const Origin& origin) const {
   return CredentialHelper(command, kHelperSeconds);
 }
 
+// A helper without an answer is a warning, and the next source of credentials is asked.
+HelperFields Host::AnswerOf(const CredentialHelper& helper, const HelperFields& about) {
+  auto answer = helper.Get(about);
+  if (answer) return *answer;
+  output_.Warning(answer.failure().message);
+  return {};
+}
+
 HelperAnswer Host::AskHelper(const Origin& origin, const std::string& user) {
   HelperAnswer answer;
   const auto helper = HelperOf(origin);
   if (!helper) return answer;
   HelperFields about = FieldsOf(origin);
   if (!user.empty()) about.emplace_back("username", user);
-  std::string fault;
-  const HelperFields fields = helper->Get(about, fault);
-  if (!fault.empty()) output_.Warning(fault);
+  const HelperFields fields = AnswerOf(*helper, about);
   const std::string quit = ValueOf(fields, "quit");
   answer.quit = quit == "1" || quit == "true";
   const std::string told = ValueOf(fields, "username");
@@ -286,12 +292,10 @@ std::vector<NetrcEntry> Host::LoadNetrc(const std::string& path) {
 }
 
 std::optional<Failure> Host::MakeWorkDirectory() {
-  int error = 0;
-  workDirectory_ = WorkDirectory::Create(&error);
-  if (workDirectory_) return std::nullopt;
-  return Failure{ExitCode::LocalFile, "cannot create a directory for temporary files in " +
-                                          Printable(TemporaryDirectory()) + ": " + std::strerror(error) +
-                                          "; set TMPDIR to one where that can be done"};
+  auto created = WorkDirectory::Create();
+  if (!created) return created.failure();
+  workDirectory_ = std::move(*created);
+  return std::nullopt;
 }
 
 std::string Host::authenticationRefusal() const {

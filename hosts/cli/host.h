@@ -61,6 +61,7 @@ class Host {
   [[nodiscard]] std::optional<std::string> AskPassphrase(const std::string& url, const std::string& keyFile,
                                                          bool mayAskUser);
   [[nodiscard]] std::optional<CredentialHelper> HelperOf(const Origin& origin) const;
+  [[nodiscard]] HelperFields AnswerOf(const CredentialHelper& helper, const HelperFields& about);
   [[nodiscard]] HelperAnswer AskHelper(const Origin& origin, const std::string& user);
   [[nodiscard]] std::optional<Failure> SetTransport(const Arguments& arguments);
   [[nodiscard]] std::optional<Failure> SetCredentials(const Arguments& arguments);

@@ -11,7 +11,7 @@ namespace vtdirect_cli {
 namespace {
 
 // The catch at the top has nothing else of the command that was unwound.
-std::string toldBeforeException;
+std::optional<InterruptionReport::Standing> toldBeforeException;
 
 }  // namespace
 
@@ -22,16 +22,21 @@ InterruptionReport::InterruptionReport(Host& host, const std::string& command)
 
 InterruptionReport::~InterruptionReport() {
   atTheEnd_.Dismiss();
-  if (std::uncaught_exceptions() > 0) toldBeforeException = whatStands_;
+  if (std::uncaught_exceptions() > 0) toldBeforeException = standing_;
 }
 
-std::string InterruptionReport::ToldBeforeException() {
+std::optional<InterruptionReport::Standing> InterruptionReport::ToldBeforeException() {
   return toldBeforeException;
 }
 
 void InterruptionReport::Tell(const std::string& whatStands) {
   const std::lock_guard lock(mutex_);
-  whatStands_ = whatStands;
+  standing_ = {whatStands, false};
+}
+
+void InterruptionReport::TellOfOpenChange(const std::string& howToFindOut) {
+  const std::lock_guard lock(mutex_);
+  standing_ = {howToFindOut, true};
 }
 
 ExitCode InterruptionReport::Report() {
@@ -42,11 +47,16 @@ ExitCode InterruptionReport::Report() {
   return ExitCode::Interrupted;
 }
 
+ExitCode InterruptionReport::Fail(const Failure& failure) {
+  return Interrupted() ? Report() : host_.output().Fail(failure);
+}
+
 // By the descriptor: the stream may be in use on another thread.
 void InterruptionReport::Write() {
   const std::lock_guard lock(mutex_);
   Failure failure = InterruptedFailure();
-  failure.message += "; " + whatStands_;
+  failure.message += "; " + standing_.words;
+  failure.changeIsOpen = standing_.changeIsOpen;
   const std::string line = FailureLine(command_, host_.output().json(), failure);
   static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
   TellNothingOfTheLimit();

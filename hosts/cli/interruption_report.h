@@ -1,6 +1,7 @@
 #pragma once
 
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "hosts/cli/host.h"
@@ -18,14 +19,28 @@ class InterruptionReport {
   InterruptionReport(const InterruptionReport&) = delete;
   InterruptionReport& operator=(const InterruptionReport&) = delete;
 
-  /// What is to be said from now on, behind "interrupted".
+  /// What is to be said from now on, after "interrupted": no change is under way, and this is how things stand.
   void Tell(const std::string& whatStands);
 
-  /// What the report that an exception has destroyed would have said; empty without one.
-  [[nodiscard]] static std::string ToldBeforeException();
+  /// What is to be said from now on, while the answer to a change has not come: it may be carried out all the
+  /// same. Holds until the next call of either function.
+  void TellOfOpenChange(const std::string& howToFindOut);
+
+  /// What is known of a command that has ended in the middle.
+  struct Standing {
+    std::string words;
+    bool changeIsOpen = false;  ///< a change was sent whose answer had not come
+  };
+
+  /// What the report that an exception has destroyed would have said; nothing without one.
+  [[nodiscard]] static std::optional<Standing> ToldBeforeException();
 
   /// Says it now, once; for a command that has noticed the signal itself.
   ExitCode Report();
+
+  /// Ends the command: with the report if a signal has ended it, which counts for more than what failed for it,
+  /// else with the failure.
+  ExitCode Fail(const Failure& failure);
 
  private:
   void Write();
@@ -33,7 +48,7 @@ class InterruptionReport {
   Host& host_;
   std::string command_;
   std::mutex mutex_;
-  std::string whatStands_;
+  Standing standing_;
   CleanUp atTheEnd_;
 };
 

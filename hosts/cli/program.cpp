@@ -98,8 +98,12 @@ void BoundTheFolderScan() {
   } catch (...) {
     what = "an unexpected failure ended the command";
   }
-  const std::string stands = InterruptionReport::ToldBeforeException();
-  return output.Fail({ExitCode::Failure, stands.empty() ? what : what + "; " + stands});
+  Failure failure{ExitCode::Failure, what};
+  if (const auto standing = InterruptionReport::ToldBeforeException()) {
+    failure.message += "; " + standing->words;
+    failure.changeIsOpen = standing->changeIsOpen;
+  }
+  return output.Fail(failure);
 }
 
 [[nodiscard]] int Finish(Output& output, ExitCode code) {

@@ -120,12 +120,9 @@ struct Parts {
 
 [[nodiscard]] std::optional<Failure> Prepare(const MountOptions& options, Parts& parts) {
   if (auto failure = OpenLog(options, parts.log)) return failure;
-  int error = 0;
-  parts.temporary = vtdirect_cli::WorkDirectory::Create(&error);
-  if (parts.temporary == nullptr) {
-    return Failure{ExitCode::LocalFile,
-                   std::string("cannot create a directory for temporary files: ") + std::strerror(error)};
-  }
+  auto temporary = vtdirect_cli::WorkDirectory::Create();
+  if (!temporary) return temporary.failure();
+  parts.temporary = std::move(*temporary);
   const std::string fault = parts.cache.Prepare();
   if (!fault.empty()) return Failure{ExitCode::LocalFile, fault};
   parts.facts.Load();

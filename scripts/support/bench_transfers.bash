@@ -64,8 +64,12 @@ upload() {
       say "$("$bin/bench-run" 1 cat "$work/source" | awk '{print $1}') $(cat "$work/parts")" >>"$work/upload.parts"
       ;;
     reference) timed_upload curl -sf -F "file=@$work/source" "${server_url}upload" ;;
+    staged) timed_upload bash -c "$copy_and_send" "$work/source" "$work/staging/body" "${server_url}upload" ;;
   esac
 }
+
+# The least that an upload takes which copies the file first: a bare copy, curl that sends it, its removal.
+copy_and_send='dd if="$0" of="$1" bs=1M status=none && curl -sf -F "file=@$1" "$2" && rm "$1"'
 
 # upload_parts: how the time of the library's uploads divides, as lines of a table.
 upload_parts() {
@@ -89,14 +93,17 @@ bench_upload() {
   curl -sf "${server_url}compare"
   for number in $(seq 0 "$pairs"); do
     turns "$number" "$name" upload
+    keep "$number" "$name-staged" reference upload staged
     [ "$number" -gt 0 ] || curl -sf "${server_url}swallow"
   done
   stop_server
   sed -i 1d "$work/upload.parts"
+  cp "$work/$name.library" "$work/$name-staged.library"
   {
     heading "Upload of $bytes bytes out of a file, $pairs pairs"
     comparison_head Upload "curl -F"
     comparison "$name" "an upload" wall:1.3
+    comparison "$name-staged" "... against dd into a temporary file and curl -F of that"
     say
     bound_head
     bound "highest resident memory, KiB" "$(highest "$name")" 24576

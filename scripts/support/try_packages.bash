@@ -33,6 +33,7 @@ try_in_bare_debian() {
   "${apt[@]}" install --no-install-recommends "${others[@]}" || return 1
   in_chroot vtdirect --version || return 1
   in_chroot vantry-sim --help >/dev/null || return 1
+  in_chroot vtdirect-mount --help >/dev/null || return 1
 
   say "-- the development files, and README's example by CMake and by pkg-config"
   "${apt[@]}" install --no-install-recommends "${development[@]}" g++ cmake ninja-build pkg-config || return 1
@@ -42,7 +43,7 @@ try_in_bare_debian() {
     return 1
 
   say "-- removal"
-  "${apt[@]}" purge 'libvtdirect*' vtdirect-tools vantry-sim || return 1
+  "${apt[@]}" purge 'libvtdirect*' vtdirect-tools vtdirect-mount vantry-sim || return 1
   if find "$bare/usr" \( -iname '*vtdirect*' -o -iname '*vantry*' \) | grep .; then
     say "The packages left this behind."
     return 1

@@ -6,6 +6,7 @@
 
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/result.h"
 
 namespace vtdirect_cli {
 
@@ -18,9 +19,7 @@ struct BookContents {
 
 /// The file that keeps checkouts from one run to the next.
 ///
-/// A line that can't be understood stays as it is, and a file of another form is never written to. A change
-/// is made under a lock and takes the place of the file as a whole, so two programs at once lose nothing, and
-/// a crash leaves the old file or the new one. None of the functions makes a request.
+/// A line that can't be understood stays as it is. None of the functions makes a request.
 class CheckoutBook {
  public:
   explicit CheckoutBook(std::string path = Location()) : path_(std::move(path)) {}
@@ -60,11 +59,9 @@ class CheckoutBook {
 
 /// Both in one, for an address whose working copy is going to be changed; a working copy that is not kept is
 /// looked for on the server. Makes requests.
-/// @param workingCopy  receives its UID; left alone when there is no such object
-/// @return a failure for a document that stands elsewhere than its path says, and for a working copy that the
-///         server does not tell for certain
-[[nodiscard]] std::optional<Failure> FindWorkingCopy(Host& host, const std::string& address,
-                                                     std::string& workingCopy);
+/// @return its UID, empty if there is no such object; a failure for a document that is elsewhere than its path
+///         says, and for a working copy that the server does not tell for certain
+[[nodiscard]] Result<std::string> FindWorkingCopy(Host& host, const std::string& address);
 
 /// Keeps a working copy. What the server has done stands even when the book can't be written, so that is a
 /// warning, which tells the UID.

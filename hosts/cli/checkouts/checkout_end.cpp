@@ -13,16 +13,19 @@
 namespace vtdirect_cli {
 namespace {
 
-// One call of either command.
+// One call of either command, before anything is sent.
 struct Ending {
   CheckoutEnd end{};
   std::string address;
   std::string workingCopy;
-  std::string document;  // UID before the checkout; empty when it isn't kept
-  std::string uid;       // to go on with
+  std::string document;   // UID before the checkout; empty when it isn't kept
+  bool hadEnded = false;  // what is left to undo is its workspace
+};
+
+struct Ended {
+  std::string uid;      // to go on with
+  bool isTold = false;  // the answer told that UID
   std::string version;
-  bool isTold = false;    // the answer told that UID
-  bool hadEnded = false;  // what was left to undo was its workspace
 };
 
 [[nodiscard]] const char* NameOf(CheckoutEnd end) {
@@ -48,19 +51,19 @@ struct Ending {
 
 // An answer that tells no document leaves the library with the id that went in, or with none at all. An undo
 // of what was checked in before leaves it with the iteration that was checked out, and there is a newer one.
-void SettleUid(const std::string& told, Ending& ending) {
-  ending.isTold = !ending.hadEnded && HasObjectId(told) && !AreSameUid(told, ending.workingCopy);
-  ending.uid = told;
-  if (ending.isTold) return;
+[[nodiscard]] Ended UidAfter(const Ending& ending, const std::string& told) {
+  const bool isTold = !ending.hadEnded && HasObjectId(told) && !AreSameUid(told, ending.workingCopy);
+  if (isTold) return {told, true, {}};
   const std::string& known = ending.document.empty() ? ending.workingCopy : ending.document;
   const std::string newest = VtDirectManager::GetLatestUPath(known.c_str());
-  ending.uid = HasObjectId(newest) ? newest : ending.document;
-  if (ending.uid.empty() && ending.hadEnded) ending.uid = told;
+  if (HasObjectId(newest)) return {newest, false, {}};
+  const bool isUnknown = ending.document.empty() && ending.hadEnded;
+  return {isUnknown ? told : ending.document, false, {}};
 }
 
-[[nodiscard]] std::optional<Failure> Perform(Host& host, Ending& ending) {
+[[nodiscard]] Result<Ended> Perform(Host& host, const Ending& ending) {
   ForgetReasons();
-  JournaledStep step(host, {{}, {}, NameOf(ending.end), ending.address, ending.workingCopy, {}, {}});
+  JournaledStep step(host, {NameOf(ending.end), ending.address, ending.workingCopy});
   const char* const workingCopy = ending.workingCopy.c_str();
   const std::string told = ending.end == CheckoutEnd::Checkin ? VtDirectManager::Checkin(workingCopy)
                                                               : VtDirectManager::UndoCheckout(workingCopy);
@@ -68,38 +71,52 @@ void SettleUid(const std::string& told, Ending& ending) {
     step.SettleUnlessUnknown();
     return EndFailure(host, ending.end, ending.address, ending.workingCopy);
   }
-  SettleUid(told, ending);
+  Ended ended = UidAfter(ending, told);
   // Of a temporary workspace the library reports an undo that the server has refused as done.
-  if (ending.end == CheckoutEnd::Undo && !ending.hadEnded && IsCheckedOutByUser(ending.uid)) {
+  if (ending.end == CheckoutEnd::Undo && !ending.hadEnded && IsCheckedOutByUser(ended.uid)) {
     return EndFailure(host, ending.end, ending.address, ending.workingCopy);
   }
   if (!ending.hadEnded) WarnOfLeftWorkspace(host);
   ForgetCheckout(host, ending.workingCopy);
   step.Settle();
-  return std::nullopt;
+  return ended;
 }
 
-void ReadVersion(Ending& ending) {
+[[nodiscard]] std::string VersionOf(const std::string& uid) {
+  std::string version;
   std::string newest;
-  static_cast<void>(VtDirectManager::GetStatus(ending.uid.c_str(), ending.version, newest, nullptr));
+  static_cast<void>(VtDirectManager::GetStatus(uid.c_str(), version, newest, nullptr));
+  return version;
 }
 
-[[nodiscard]] ExitCode Report(Host& host, const Ending& ending) {
+[[nodiscard]] ExitCode Report(Host& host, const Ending& ending, const Ended& ended) {
   const std::string done = DoneTo(ending);
-  if (ending.uid.empty()) {
+  if (ended.uid.empty()) {
     return host.output().Fail(
         {ExitCode::Incomplete, done + ", and the server did not tell the UID to go on with; " +
                                    CommandToType("uid", "PATH") + " tells it by the document's path"});
   }
-  Record record{{"address", ending.address}, {"uid", ending.uid}};
+  Record record{{"address", ending.address}, {"uid", ended.uid}};
   if (ending.end == CheckoutEnd::Undo) record.emplace_back("had_ended", ending.hadEnded);
-  if (!ending.version.empty()) record.emplace_back("version", ending.version);
-  host.output().Row({{"uid", ending.uid}}, record);
+  if (!ended.version.empty()) record.emplace_back("version", ended.version);
+  host.output().Row({{"uid", ended.uid}}, record);
   static_cast<void>(host.output().Flush());
-  if (!ending.isTold && !ending.hadEnded)
+  if (!ended.isTold && !ending.hadEnded)
     host.output().Warning("the server's answer named no document; this is the newest iteration now");
-  host.output().Note(done + (ending.version.empty() ? "" : "; it is version " + ending.version + " now"));
+  host.output().Note(done + (ended.version.empty() ? "" : "; it is version " + ended.version + " now"));
   return ExitCode::Ok;
+}
+
+// Which working copy is meant, and that its checkout can end.
+[[nodiscard]] Result<Ending> SettleEnding(Host& host, const std::string& address, CheckoutEnd end) {
+  ForgetReasons();
+  const auto workingCopy = FindWorkingCopy(host, address);
+  if (!workingCopy) return workingCopy.failure();
+  const auto standing = RequireCheckout(host, end, address, *workingCopy);
+  if (!standing) return standing.failure();
+  if (Interrupted()) return InterruptedFailure();
+  const auto kept = CheckoutBook().Find(*workingCopy);
+  return Ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(standing->status)};
 }
 
 }  // namespace
@@ -112,29 +129,20 @@ void WarnOfLeftWorkspace(Host& host) {
 }
 
 ExitCode EndCheckout(Host& host, const Arguments& arguments, CheckoutEnd end) {
-  Ending ending;
-  ending.end = end;
-  ending.address = arguments.Text("ADDRESS");
-  const auto kind = RequireAddress(ending.address);
+  const std::string address = arguments.Text("ADDRESS");
+  const auto kind = RequireAddress(address);
   if (!kind) return host.output().Fail(kind.failure());
 
   InterruptionReport report(host, NameOf(end));
-  ForgetReasons();
-  CheckoutState standing;
-  auto refusal = FindWorkingCopy(host, ending.address, ending.workingCopy);
-  if (!refusal) refusal = RefusalOfEnd(host, end, ending.address, ending.workingCopy, standing);
-  if (Interrupted()) return report.Report();
-  if (refusal) return host.output().Fail(*refusal);
-  if (const auto kept = CheckoutBook().Find(ending.workingCopy)) ending.document = kept->document;
-  ending.hadEnded = HasEnded(standing.status);
-
-  report.Tell("whether the checkout of " + ending.address + " has ended is not known; " +
-              AdviceAfterEnd(end, ending.workingCopy));
-  const auto failure = Perform(host, ending);
-  if (failure) return Interrupted() ? report.Report() : host.output().Fail(*failure);
-  report.Tell(DoneTo(ending) + "; the UID to go on with is " + ending.uid);
-  ReadVersion(ending);
-  const ExitCode code = Report(host, ending);
+  const auto ending = SettleEnding(host, address, end);
+  if (!ending) return report.Fail(ending.failure());
+  report.TellOfOpenChange("whether the checkout of " + address + " has ended is not known; " +
+                          AdviceAfterEnd(end, ending->workingCopy));
+  auto ended = Perform(host, *ending);
+  if (!ended) return report.Fail(ended.failure());
+  report.Tell(DoneTo(*ending) + "; the UID to go on with is " + ended->uid);
+  ended->version = VersionOf(ended->uid);
+  const ExitCode code = Report(host, *ending, *ended);
   return Interrupted() ? report.Report() : code;
 }
 

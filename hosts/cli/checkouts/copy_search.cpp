@@ -15,20 +15,19 @@ constexpr const char* kAgain = "the same command can be given again";
 
 using Copies = std::vector<VtDirectManager::TemporaryCheckout>;
 
-[[nodiscard]] CopySearch Failed(const std::string& what, const std::string& next) {
-  return {{}, {}, Failure{ExitCode::Failure, what + "; nothing was changed", next}};
+[[nodiscard]] Failure Failed(const std::string& what, const std::string& next) {
+  return {ExitCode::Failure, what + "; nothing was changed", next};
 }
 
-[[nodiscard]] CopySearch NotFoundOut(Host& host, const std::string& address, const std::string& uid) {
+[[nodiscard]] Failure NotFoundOut(Host& host, const std::string& address, const std::string& uid) {
   const std::string why = WordsOfLastReason();
-  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str())))
-    return {{}, {}, failure};
+  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()))) return *failure;
   return Failed("you have " + address + " checked out, and its working copy could not be found out" +
                     (why.empty() ? "" : " (" + why + ")"),
                 kAgain);
 }
 
-[[nodiscard]] CopySearch Several(const std::string& address, const Copies& copies) {
+[[nodiscard]] Failure Several(const std::string& address, const Copies& copies) {
   std::string names;
   for (const auto& copy : copies) {
     names += (names.empty() ? "" : " and ") + (copy.uid.empty() ? copy.workspaceName : copy.uid);
@@ -37,15 +36,15 @@ using Copies = std::vector<VtDirectManager::TemporaryCheckout>;
                 "give the UID of the one that is meant");
 }
 
-[[nodiscard]] CopySearch WithoutDocument(const std::string& address, const std::string& uid,
-                                         const std::string& workspaceName) {
+[[nodiscard]] Failure WithoutDocument(const std::string& address, const std::string& uid,
+                                      const std::string& workspaceName) {
   return Failed("you have " + address + " checked out in the temporary workspace " + workspaceName +
                     ", and the server does not tell from which document that working copy was taken",
                 CommandToType("browse-url", uid) + " tells where its page is");
 }
 
 // A user who holds a document sees it in each workspace that shows it, and only one of them has the copy.
-[[nodiscard]] CopySearch OnlyShown(const std::string& address, const CopySearch& copy) {
+[[nodiscard]] Failure OnlyShown(const std::string& address, const FoundCopy& copy) {
   return Failed(address +
                     " is no working copy: the workspace only shows the document, which you have checked "
                     "out in the temporary workspace " +
@@ -60,30 +59,30 @@ using Copies = std::vector<VtDirectManager::TemporaryCheckout>;
 
 }  // namespace
 
-CopySearch SearchForCopy(Host& host, const std::string& address, const std::string& uid) {
+Result<FoundCopy> SearchForCopy(Host& host, const std::string& address, const std::string& uid) {
   ForgetReasons();
   const auto copies = VtDirectManager::FindTemporaryCheckouts(uid.c_str());
   if (!copies) return NotFoundOut(host, address, uid);
-  if (copies->empty()) return {};
+  if (copies->empty()) return FoundCopy{};
   if (copies->size() > 1) return Several(address, *copies);
   const auto& copy = copies->front();
   if (copy.uid.empty()) return WithoutDocument(address, uid, copy.workspaceName);
-  return {copy.uid, copy.workspaceName, {}};
+  return FoundCopy{copy.uid, copy.workspaceName};
 }
 
-CopySearch CopyToGoOnWith(Host& host, const std::string& address, VtDirectManager::VtCheckoutStatus status,
-                          const std::string& uid) {
-  if (IsTemporaryCopy(uid)) return {uid, {}, {}};
+Result<FoundCopy> CopyToGoOnWith(Host& host, const std::string& address,
+                                 VtDirectManager::VtCheckoutStatus status, const std::string& uid) {
+  if (IsTemporaryCopy(uid)) return FoundCopy{uid, {}};
   if (status == VtDirectManager::CheckoutStatusFailed && PresenceOf(uid) == Presence::There) {
     return Failed("where the checkout of " + address + " stands could not be found out", kAgain);
   }
-  if (!IsHeldByUser(status)) return {uid, {}, {}};
-  CopySearch found = SearchForCopy(host, address, uid);
-  if (found.failure) return found;
-  if (found.uid.empty()) return {uid, {}, {}};
-  if (HasWorkspace(uid) && !AreSameUid(uid, ByOwnId(found.uid))) return OnlyShown(address, found);
+  if (!IsHeldByUser(status)) return FoundCopy{uid, {}};
+  const auto found = SearchForCopy(host, address, uid);
+  if (!found) return found;
+  if (found->uid.empty()) return FoundCopy{uid, {}};
+  if (HasWorkspace(uid) && !AreSameUid(uid, ByOwnId(found->uid))) return OnlyShown(address, *found);
   host.output().Note("you have " + address + " checked out in the temporary workspace " +
-                     found.workspaceName + ", which is not kept here; its working copy is " + found.uid);
+                     found->workspaceName + ", which is not kept here; its working copy is " + found->uid);
   return found;
 }
 

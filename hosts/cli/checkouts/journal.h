@@ -4,18 +4,28 @@
 #include <string>
 #include <vector>
 
+#include "hosts/cli/files/state_file.h"
+
 namespace vtdirect_cli {
 
 /// A change on a server that was begun, and of which it is not known here how it ended.
 struct JournalEntry {
-  std::string
-      writer;         ///< the process that wrote it, so that one under way can be told from one that was lost
-  std::string since;  ///< UTC, as 2026-01-31T09:00:00Z
-  std::string step;   ///< checkout, checkin, undo, create, iterate, store, xliff put or xliff publish
+  JournalEntry(std::string aStep, std::string anAddress, std::string aUid, std::string aFile = {},
+               std::string aSum = {})
+      : step(std::move(aStep)),
+        address(std::move(anAddress)),
+        uid(std::move(aUid)),
+        file(std::move(aFile)),
+        sha256(std::move(aSum)) {}
+
+  std::string step;     ///< checkout, checkin, undo, create, iterate, store, xliff put or xliff publish
   std::string address;  ///< as it was given
   std::string uid;      ///< the document's or the working copy's; for create the path
   std::string file;     ///< the local file that is stored; empty without one
   std::string sha256;   ///< of its bytes
+  /// The process that wrote it, so that one under way can be told from one that was lost. Filled in by Write.
+  std::string writer;
+  std::string since;  ///< UTC, as 2026-01-31T09:00:00Z. Filled in by Write.
 };
 
 /// The file beside the list of checkouts that holds each change from before it is sent until its answer is
@@ -23,7 +33,7 @@ struct JournalEntry {
 /// makes a request.
 class Journal {
  public:
-  explicit Journal(std::string path = Location()) : path_(std::move(path)) {}
+  explicit Journal(const std::string& path = Location()) : file_(path, "vtdirect-journal 1", "journal") {}
 
   [[nodiscard]] static std::string Location();
 
@@ -34,11 +44,11 @@ class Journal {
   [[nodiscard]] std::string StrikeOut(const JournalEntry& entry) const;
 
   /// The entries whose process has gone, oldest first.
-  /// @param fault  receives why the file can't be read; empty when it can, or isn't there
-  [[nodiscard]] std::vector<JournalEntry> Open(std::string& fault) const;
+  /// @return a failure for a file that can't be read
+  [[nodiscard]] Result<std::vector<JournalEntry>> Open() const;
 
  private:
-  std::string path_;
+  StateFile file_;
 };
 
 }  // namespace vtdirect_cli

@@ -40,17 +40,14 @@ constexpr std::size_t kMostWarnings = 3;
             "you have " + entry.address + " checked out, and the server does not tell the working copy; " +
                 CommandToType("browse-url", entry.uid) + " tells where its page is"};
   }
-  return {true, false, {}, entry.address + " was not checked out; nothing was changed"};
+  return Known(entry.address + " was not checked out; nothing was changed");
 }
 
 [[nodiscard]] Finding FindEnd(const JournalEntry& entry) {
   switch (PresenceOfWorkingCopy(entry.uid)) {
     case Presence::There:
-      return {true,
-              false,
-              {},
-              "you still have " + entry.address + " checked out, and its working copy is " + entry.uid +
-                  "; " + CommandToType(entry.step, entry.address) + " can be given again"};
+      return Known("you still have " + entry.address + " checked out, and its working copy is " + entry.uid +
+                   "; " + CommandToType(entry.step, entry.address) + " can be given again");
     case Presence::Gone:
       return {true, true, {}, "the checkout of " + entry.address + " has ended"};
     default:
@@ -61,13 +58,10 @@ constexpr std::size_t kMostWarnings = 3;
 [[nodiscard]] Finding CompareContent(Host& host, const JournalEntry& entry, const std::string& uid) {
   const std::string sum = SumOnServer(host, uid);
   if (sum.empty()) return NotKnown(entry.address);
-  if (sum == entry.sha256) return {true, false, {}, entry.file + " is stored in " + uid};
-  return {true,
-          false,
-          {},
-          uid + " has another content than " + entry.file +
-              " had, so that was not stored, or somebody has stored "
-              "another since; it can be put again"};
+  if (sum == entry.sha256) return Known(entry.file + " is stored in " + uid);
+  return Known(uid + " has another content than " + entry.file +
+               " had, so that was not stored, or somebody has stored "
+               "another since; it can be put again");
 }
 
 [[nodiscard]] Finding FindStore(Host& host, const JournalEntry& entry) {
@@ -75,12 +69,9 @@ constexpr std::size_t kMostWarnings = 3;
     case Presence::There:
       return CompareContent(host, entry, ByOwnId(entry.uid));
     case Presence::Gone:
-      return {true,
-              false,
-              {},
-              "the working copy " + entry.uid + ", into which " + entry.file +
-                  " was stored, is not there any more; " + CommandToType("verify", entry.address) +
-                  " tells what is"};
+      return Known("the working copy " + entry.uid + ", into which " + entry.file +
+                   " was stored, is not there any more; " + CommandToType("verify", entry.address) +
+                   " tells what is");
     default:
       return NotKnown(entry.address);
   }
@@ -90,17 +81,12 @@ constexpr std::size_t kMostWarnings = 3;
   const std::string newest = VtDirectManager::GetLatestUPath(entry.uid.c_str());
   if (!HasObjectId(newest)) return NotKnown(entry.address);
   if (!AreSameUid(newest, entry.uid)) return CompareContent(host, entry, newest);
-  return {true,
-          false,
-          {},
-          entry.file + " was not stored: " + entry.address + " has no newer iteration; it can be put again"};
+  return Known(entry.file + " was not stored: " + entry.address +
+               " has no newer iteration; it can be put again");
 }
 
 [[nodiscard]] Finding NotCreated(const JournalEntry& entry) {
-  return {true,
-          false,
-          {},
-          entry.file + " was not stored: there is no document " + entry.uid + "; it can be put again"};
+  return Known(entry.file + " was not stored: there is no document " + entry.uid + "; it can be put again");
 }
 
 // The path leads to a document of the name in another folder, so only the folder tells whether it has one.
@@ -109,12 +95,10 @@ constexpr std::size_t kMostWarnings = 3;
     case Presence::Gone:
       return NotCreated(entry);
     case Presence::There:
-      return {true,
-              false,
-              {},
-              "there is a document " + entry.uid + " now, which was not there before " + entry.file +
-                  " was sent; its content could not be compared, since the server leads that path to another "
-                  "document of the name"};
+      return Known(
+          "there is a document " + entry.uid + " now, which was not there before " + entry.file +
+          " was sent; its content could not be compared, since the server leads that path to another "
+          "document of the name");
     default:
       return NotKnown(entry.address);
   }
@@ -135,6 +119,10 @@ constexpr std::size_t kMostWarnings = 3;
 }
 
 }  // namespace
+
+Finding Known(const std::string& words) {
+  return {true, false, {}, words};
+}
 
 Finding NotKnown(const std::string& address) {
   return {false,
@@ -179,16 +167,18 @@ void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding) 
 }
 
 void SettleRepeated(Host& host, const std::string& step, const std::string& uid) {
-  std::string fault;
-  for (const JournalEntry& entry : Journal().Open(fault)) {
+  const auto entries = Journal().Open();
+  if (!entries) return;
+  for (const JournalEntry& entry : *entries) {
     if (entry.step == step && AreSameUid(entry.uid, uid)) SettleEntry(host, entry, {true, false, {}, {}});
   }
 }
 
 void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls) {
-  std::string fault;
+  const auto entries = Journal().Open();
+  if (!entries) return host.output().Warning(entries.failure().message);
   std::size_t warned = 0;
-  for (const JournalEntry& entry : Journal().Open(fault)) {
+  for (const JournalEntry& entry : *entries) {
     const std::string url = VtDirectManager::GetServerURL(entry.uid.c_str());
     const bool isUsed = !url.empty() && std::find(urls.begin(), urls.end(), url) != urls.end();
     if (!isUsed || Interrupted()) continue;
@@ -201,7 +191,6 @@ void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls) {
                           " and not confirmed: " + FindOutWhatStands(host, entry).words +
                           "; \"vtdirect recover\" settles it");
   }
-  if (!fault.empty()) host.output().Warning(fault);
   ForgetReasons();
 }
 

@@ -19,6 +19,9 @@ struct Finding {
 /// The SHA-256 of the content that the server has; empty when it could not be fetched. Makes requests.
 [[nodiscard]] std::string SumOnServer(Host& host, const std::string& uid);
 
+/// What is certain now.
+[[nodiscard]] Finding Known(const std::string& words);
+
 /// What is said of a change whose outcome could not be found out.
 [[nodiscard]] Finding NotKnown(const std::string& address);
 

@@ -61,13 +61,13 @@ constexpr const char* kUnchanged = "nothing was changed";
                      "you have " + address + " checked out already; its working copy is " + kept->uid,
                      "go on with that, or " + CommandToType("undo", kept->uid) + " gives it up");
   }
-  const CopySearch found = SearchForCopy(host, address, uid);
-  if (found.failure) return *found.failure;
-  if (!found.uid.empty()) {
+  const auto found = SearchForCopy(host, address, uid);
+  if (!found) return found.failure();
+  if (!found->uid.empty()) {
     return RefusedAs(FailureClass::Conflict,
                      "you have " + address + " checked out already, in the temporary workspace " +
-                         found.workspaceName + ", which is not kept here; its working copy is " + found.uid,
-                     "go on with that, or " + CommandToType("undo", found.uid) + " gives it up");
+                         found->workspaceName + ", which is not kept here; its working copy is " + found->uid,
+                     "go on with that, or " + CommandToType("undo", found->uid) + " gives it up");
   }
   return RefusedAs(FailureClass::Conflict,
                    "you have " + address + " checked out already, and its working copy is not kept here",
@@ -81,10 +81,10 @@ constexpr const char* kUnchanged = "nothing was changed";
 }
 
 [[nodiscard]] WhatStands OwnCheckoutNow(Host& host, const std::string& address, const std::string& uid) {
-  const CopySearch found = SearchForCopy(host, address, uid);
-  if (!found.uid.empty()) {
-    return {"you have it checked out now, and its working copy is " + found.uid,
-            "go on with that, or " + CommandToType("undo", found.uid) + " gives it up"};
+  const auto found = SearchForCopy(host, address, uid);
+  if (found && !found->uid.empty()) {
+    return {"you have it checked out now, and its working copy is " + found->uid,
+            "go on with that, or " + CommandToType("undo", found->uid) + " gives it up"};
   }
   return {"you have it checked out now, and the server did not tell the working copy",
           CommandToType("browse-url", uid) + " tells where its page is, on which that can be undone"};
@@ -197,15 +197,16 @@ Failure CheckoutFailure(Host& host, const std::string& address, const std::strin
   return WithStanding(failed, OutcomeOfCheckout(host, address, uid));
 }
 
-std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::string& address,
-                                    const std::string& uid, CheckoutState& standing) {
+Result<CheckoutState> RequireCheckout(Host& host, CheckoutEnd end, const std::string& address,
+                                      const std::string& uid) {
   if (uid.empty()) return NotFound(host, address);
-  standing = ReadCheckoutState(uid);
+  const CheckoutState standing = ReadCheckoutState(uid);
   const std::string verify = CommandToType("verify", uid) + " tells what stands";
   switch (standing.status) {
     case VtDirectManager::CheckoutInTempWorkspace:
     case VtDirectManager::CheckoutInWorkspace:
-      return HasWorkspace(uid) ? std::nullopt : std::optional(RefusedUnknownCopy(address));
+      if (!HasWorkspace(uid)) return RefusedUnknownCopy(address);
+      return standing;
     case VtDirectManager::CheckoutByOther:
       return RefusedAs(FailureClass::Locked, address + " is checked out by " + standing.user,
                        "only they can end that checkout");
@@ -217,7 +218,7 @@ std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::stri
     case VtDirectManager::CheckoutNone:
     case VtDirectManager::CheckoutNotPossible:
       if (!IsTemporaryCopy(uid)) return Refused(address + " is not checked out", "");
-      if (end == CheckoutEnd::Undo) return std::nullopt;
+      if (end == CheckoutEnd::Undo) return standing;
       return Refused("the checkout of " + address + " does not stand any more", verify);
     case VtDirectManager::CheckoutUnsupported:
       return Refused("the server of " + address + " offers no checkout", "");

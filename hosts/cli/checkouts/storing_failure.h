@@ -6,6 +6,7 @@
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/failure.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/result.h"
 
 /// What a checkout, a check-in and an undo say when they don't happen: the step, what now stands on the
 /// server, and what to do next. Each asks the server, and changes nothing on it.
@@ -39,11 +40,10 @@ struct WhatStands {
 /// Why a checkout has failed that nothing stood against.
 [[nodiscard]] Failure CheckoutFailure(Host& host, const std::string& address, const std::string& uid);
 
-/// Why there is no working copy whose checkout could end; nothing when there is one. A temporary workspace
-/// whose document has gone on without it can still be undone, which clears it away.
-/// @param standing  receives where the checkout stands, if there is an object
-[[nodiscard]] std::optional<Failure> RefusalOfEnd(Host& host, CheckoutEnd end, const std::string& address,
-                                                  const std::string& uid, CheckoutState& standing);
+/// Where a checkout stands that is to end; a failure if there is no working copy whose checkout could end. A
+/// temporary workspace whose document has gone on without it can still be undone, which clears it away.
+[[nodiscard]] Result<CheckoutState> RequireCheckout(Host& host, CheckoutEnd end, const std::string& address,
+                                                    const std::string& uid);
 
 /// Why a check-in or an undo of a working copy has failed.
 [[nodiscard]] Failure EndFailure(Host& host, CheckoutEnd end, const std::string& address,

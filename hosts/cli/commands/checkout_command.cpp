@@ -39,16 +39,15 @@ void Report(Host& host, const std::string& address, const std::string& document,
   const std::string document = VtDirectManager::GetUID(address.c_str());
   auto refusal = RefusalOfAnotherPlace(address, document);
   if (!refusal) refusal = RefusalOfCheckout(host, address, document);
+  if (refusal) return report.Fail(*refusal);
   if (Interrupted()) return report.Report();
-  if (refusal) return host.output().Fail(*refusal);
 
-  report.Tell(UnknownEnd(address));
-  JournaledStep step(host, {{}, {}, "checkout", address, document, {}, {}});
+  report.TellOfOpenChange(UnknownEnd(address));
+  JournaledStep step(host, {"checkout", address, document});
   const std::string uid = CheckOutDocument(document);
   if (uid.empty()) {
     step.SettleUnlessUnknown();
-    const Failure failure = CheckoutFailure(host, address, document);
-    return Interrupted() ? report.Report() : host.output().Fail(failure);
+    return report.Fail(CheckoutFailure(host, address, document));
   }
   report.Tell(address + " is checked out; its working copy is " + uid);
   const bool kept = KeepCheckout(host, document, uid);

@@ -73,7 +73,8 @@ std::span<const MemberRow> FailureMembers() {
       {"step", MemberType::Text, kAfterCall, "what was being done: \"check in\""},
       {"http_status", MemberType::Number, "when the server answered", "the status of its answer"},
       {"server_text", MemberType::Text, "when the server told more", "the start of what it said"},
-      {"may_have_happened", MemberType::Flag, kAfterCall,
+      {"may_have_happened", MemberType::Flag,
+       "when a call of the library failed, or a command that changes something was interrupted",
        "whether a change may have been carried out although it failed; to be looked at before it is sent "
        "again"},
   };

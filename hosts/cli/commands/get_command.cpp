@@ -54,13 +54,13 @@ struct Content {
 // Of a working copy that is not kept here, or of the document itself.
 [[nodiscard]] Result<Content> ContentOnServer(Host& host, const std::string& address,
                                               const std::string& uid) {
-  const CopySearch found = CopyToGoOnWith(host, address, ReadCheckoutState(uid).status, uid);
-  if (found.failure) {
-    Failure failure = *found.failure;
+  const auto found = CopyToGoOnWith(host, address, ReadCheckoutState(uid).status, uid);
+  if (!found) {
+    Failure failure = found.failure();
     failure.advice += (failure.advice.empty() ? "" : "; ") + BaseInstead(address);
     return failure;
   }
-  if (IsTemporaryCopy(found.uid)) return Content{ByOwnId(found.uid), found.uid};
+  if (IsTemporaryCopy(found->uid)) return Content{ByOwnId(found->uid), found->uid};
   // The walk to a path's document need not be made twice.
   return Content{VtDirectManager::IsUID(address.c_str()) ? "" : uid, {}};
 }
@@ -127,10 +127,9 @@ CommandRow GetCommand() {
       "replaced: what get has saved is recorded, with size and SHA-256, in $XDG_STATE_HOME/vtdirect/fetched "
       "or ~/.local/state/vtdirect/fetched. Any other file takes --force. A write-protected file is never "
       "replaced. A file that is replaced keeps its permissions, and its group where you may give it.\n\n"
-      "Without -o the file name is that of the object, escaped as in a path (the characters |\\/<>:\"?*% "
-      "as %hh), in the current directory. A dot in front, control characters and those that turn the "
-      "direction of writing are escaped too, so that no name leads out of the directory, hides in it or "
-      "looks like "
+      "Without -o the file name is that of the object, escaped as in a path (the characters |\\/<>:\"?*% as "
+      "%hh), in the current directory. A dot in front, control characters and those that turn the direction "
+      "of writing are escaped too, so that no name leads out of the directory, hides in it or looks like "
       "another.",
       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
       Options(),

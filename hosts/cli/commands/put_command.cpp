@@ -13,6 +13,7 @@
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/reasons.h"
+#include "hosts/cli/result.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/storing/put_failure.h"
 #include "hosts/cli/storing/put_links.h"
@@ -35,40 +36,15 @@ struct Put {
   bool checkedIn = false;
 };
 
-[[nodiscard]] const char* WordOf(PutTarget::Action action) {
-  switch (action) {
-    case PutTarget::Action::Create:
-      return "created";
-    case PutTarget::Action::Iterate:
-      return "iterated";
-    default:
-      return "stored";
-  }
-}
-
-[[nodiscard]] const char* StepOf(PutTarget::Action action) {
-  switch (action) {
-    case PutTarget::Action::Create:
-      return "create";
-    case PutTarget::Action::Iterate:
-      return "iterate";
-    default:
-      return "store";
-  }
-}
-
-[[nodiscard]] std::optional<Failure> Settle(Host& host, const Arguments& arguments, Put& put) {
+[[nodiscard]] Result<Put> Settle(Host& host, const Arguments& arguments) {
   const auto request = ReadPutRequest(arguments);
   if (!request) return request.failure();
-  put.request = *request;
-  const auto target = SettlePutTarget(host, put.request);
+  const auto target = SettlePutTarget(host, *request);
   if (!target) return target.failure();
-  put.target = *target;
-  const auto links = SettleLinks(host, put.request, put.target);
+  const auto links = SettleLinks(host, *request, *target);
   if (!links) return links.failure();
-  put.links = *links;
   if (Interrupted()) return InterruptedFailure();
-  return std::nullopt;
+  return Put{*request, *target, *links, {}, {}, {}};
 }
 
 // What fails before the first byte goes out says so, unless it has.
@@ -119,44 +95,42 @@ void UpdateBook(Host& host, const Put& put) {
 
 // The server has the file's bytes now, so a later get may replace it.
 void RecordStored(Host& host, const Put& put) {
-  FetchRecord record;
-  record.address = put.request.address;
-  record.uid = put.uid;
   const LocalSource& source = put.request.content;
-  if (Measure(source.path, record) && IsUnchanged(source)) RecordFetch(host, source.path, record);
+  auto record = Measure(source.path);
+  if (!record || !IsUnchanged(source)) return;
+  record->address = put.request.address;
+  record->uid = put.uid;
+  RecordFetch(host, source.path, *record);
 }
 
-void LookAtResult(Host& host, Put& put, InterruptionReport& report) {
-  report.Tell("the file is stored; the UID to go on with is " + put.uid);
-  put.state = ReadCheckoutState(put.uid);
+void KeepWhatIsStored(Host& host, const Put& put) {
   UpdateBook(host, put);
   RecordStored(host, put);
   WarnOfMissingLinks(host, ByOwnId(put.uid), put.links);
 }
 
-[[nodiscard]] std::optional<Failure> CheckIn(Host& host, Put& put, InterruptionReport& report) {
-  report.Tell("the file is stored in the working copy " + put.uid +
-              ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) + " tells");
+// The UID of the iteration that this makes.
+[[nodiscard]] Result<std::string> CheckIn(Host& host, const Put& put, InterruptionReport& report) {
+  report.TellOfOpenChange("the file is stored in the working copy " + put.uid +
+                          ", and whether it is checked in is not known; " + CommandToType("verify", put.uid) +
+                          " tells");
   ForgetReasons();
-  JournaledStep step(host, {{}, {}, "checkin", put.request.address, put.uid, {}, {}});
+  JournaledStep step(host, {"checkin", put.request.address, put.uid});
   const std::string uid = VtDirectManager::Checkin(put.uid.c_str());
   if (uid.empty()) {
     step.SettleUnlessUnknown();
     return PutCheckInFailure(host, put.uid);
   }
+  report.Tell("the file is stored and checked in; the UID to go on with is " + uid);
   WarnOfLeftWorkspace(host);
   ForgetCheckout(host, put.uid);
   step.Settle();
-  put.uid = uid;
-  put.checkedIn = true;
-  put.state = ReadCheckoutState(uid);
-  return std::nullopt;
+  return uid;
 }
 
 [[nodiscard]] JournalEntry EntryOf(const Put& put) {
   const std::string& file = put.request.content.path;
-  return {
-      {}, {}, StepOf(put.target.action), put.request.address, put.target.address, file, Sha256OfFile(file)};
+  return {WordsOf(put.target.action).step, put.request.address, put.target.address, file, Sha256OfFile(file)};
 }
 
 void Report(Host& host, const Put& put) {
@@ -165,13 +139,13 @@ void Report(Host& host, const Put& put) {
   host.output().Row({{"uid", put.uid}}, {{"address", put.request.address},
                                          {"file", file},
                                          {"bytes", size},
-                                         {"action", std::string(WordOf(put.target.action))},
+                                         {"action", std::string(WordsOf(put.target.action).done)},
                                          {"uid", put.uid},
                                          {"checked_in", put.checkedIn},
                                          {"checkout", std::string(CheckoutWord(put.state.status))}});
   static_cast<void>(host.output().Flush());
-  std::string note = std::string(WordOf(put.target.action)) + " " + put.target.address + " from " + file +
-                     ", " + ByteCount(size);
+  std::string note = std::string(WordsOf(put.target.action).done) + " " + put.target.address + " from " +
+                     file + ", " + ByteCount(size);
   if (put.checkedIn) note += ", and checked in";
   host.output().Note(note);
   if (LeavesWorkingCopy(put))
@@ -197,34 +171,40 @@ void Report(Host& host, const Put& put) {
                      CommandToType("browse-url", put.uid) + " leads"};
 }
 
-ExitCode FailOrReport(Host& host, const Failure& failure, InterruptionReport& report) {
-  return failure.code == ExitCode::Interrupted ? report.Report() : host.output().Fail(failure);
-}
-
-ExitCode RunPut(Host& host, const Arguments& arguments) {
-  Put put;
-  InterruptionReport report(host, "put");
-  if (const auto failure = Settle(host, arguments, put)) {
-    return FailOrReport(host, WithNothingSent(*failure), report);
-  }
-
+// Sends the files, and keeps what follows from it.
+[[nodiscard]] Result<Put> Store(Host& host, Put put, InterruptionReport& report) {
   JournaledStep step(host, EntryOf(put));
   put.outcome = RunUpload(host, put.request, put.target, put.links, report);
   if (!put.outcome.stored) {
     step.SettleUnlessUnknown();
-    if (Interrupted()) return report.Report();
-    return FailOrReport(host, PutFailure(host, put.request, put.target, put.outcome), report);
+    if (Interrupted()) return InterruptedFailure();
+    return PutFailure(host, put.request, put.target, put.outcome);
   }
   put.uid = UidOf(put);
-  if (put.uid.empty()) return FailOrReport(host, NoDocument(host, put), report);
-  LookAtResult(host, put, report);
+  if (put.uid.empty()) return NoDocument(host, put);
+  report.Tell("the file is stored; the UID to go on with is " + put.uid);
+  put.state = ReadCheckoutState(put.uid);
+  KeepWhatIsStored(host, put);
   step.Settle();
-  if (const auto failure = CreatedElsewhere(put)) return FailOrReport(host, *failure, report);
-  if (put.request.checkIn && LeavesWorkingCopy(put)) {
+  return put;
+}
+
+ExitCode RunPut(Host& host, const Arguments& arguments) {
+  InterruptionReport report(host, "put");
+  const auto settled = Settle(host, arguments);
+  if (!settled) return report.Fail(WithNothingSent(settled.failure()));
+  auto put = Store(host, *settled, report);
+  if (!put) return report.Fail(put.failure());
+  if (const auto failure = CreatedElsewhere(*put)) return report.Fail(*failure);
+  if (put->request.checkIn && LeavesWorkingCopy(*put)) {
     if (Interrupted()) return report.Report();
-    if (const auto failure = CheckIn(host, put, report)) return FailOrReport(host, *failure, report);
+    const auto uid = CheckIn(host, *put, report);
+    if (!uid) return report.Fail(uid.failure());
+    put->uid = *uid;
+    put->checkedIn = true;
+    put->state = ReadCheckoutState(*uid);
   }
-  Report(host, put);
+  Report(host, *put);
   return ExitCode::Ok;
 }
 
@@ -238,8 +218,7 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
        "away. May be given several times."},
       {"force", 'f', nullptr, false, Completion::Nothing,
        "Store a content of another kind over a document that may be a Fenlet; its viewable, metadata and "
-       "links "
-       "go."},
+       "links go."},
       {"kind", 0, "KIND", false, Completion::Nothing, "fenlet, general or ugc; fenlet unless given."},
       {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in after the store."},
   };
@@ -258,35 +237,30 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow PutCommand() {
-  return {
-      "put",
-      "Store a file as a document",
-      "Stores FILE at ADDRESS, and prints the UID to go on with.\n\n"
-      "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
-      "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
-      "not there creates it. An existing document gets a new iteration; one that is checked out by "
-      "vtdirect, here or on another machine, gets a store into its working copy, as does the UID or the path "
-      "of "
-      "a working copy. A document that somebody else has checked out, or you by other means, is refused "
-      "before anything is "
-      "sent. A document of the name in another folder doesn't count: a new one is created beside it, as long "
-      "as "
-      "the folder has none.\n\n"
-      "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
-      "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
-      "that the server carries over. Metadata is of one iteration: without --metadata the new one has "
-      "none. Documents of the kinds general and ugc take a content alone: over a document "
-      "that is there they take --force, since the server does not tell whether it is a Fenlet document, "
-      "whose "
-      "viewable, metadata and links would go.\n\n"
-      "The files must not be written to while they are sent; when they are, nothing is stored. They are "
-      "copied to the directory for temporary files first, which needs room for all of them. A failure "
-      "says which step failed, what stands on the server, and what can be done next.",
-      {{"FILE", "A local file."}, {"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      Options(),
-      true,
-      RunPut,
-      Members()};
+  return {"put",
+          "Store a file as a document",
+          "Stores FILE at ADDRESS, and prints the UID to go on with.\n\n"
+          "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
+          "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
+          "not there creates it. An existing document gets a new iteration; one that is checked out by "
+          "vtdirect, here or on another machine, gets a store into its working copy, as does the UID or the "
+          "path of a working copy. A document that somebody else has checked out, or you by other means, is "
+          "refused before anything is sent. A document of the name in another folder doesn't count: a new "
+          "one is created beside it, as long as the folder has none.\n\n"
+          "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
+          "A new iteration keeps the source links that it isn't told to change, the attributes and a "
+          "viewable that the server carries over. Metadata is of one iteration: without --metadata the new "
+          "one has none. Documents of the kinds general and ugc take a content alone: over a document that "
+          "is there they take --force, since the server does not tell whether it is a Fenlet document, whose "
+          "viewable, metadata and links would go.\n\n"
+          "The files must not be written to while they are sent; when they are, nothing is stored. They are "
+          "copied to the directory for temporary files first, which needs room for all of them. A failure "
+          "says which step failed, what stands on the server, and what can be done next.",
+          {{"FILE", "A local file."}, {"ADDRESS", "A path or a UID; see ADDRESSES."}},
+          Options(),
+          true,
+          RunPut,
+          Members()};
 }
 
 }  // namespace vtdirect_cli

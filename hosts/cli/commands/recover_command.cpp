@@ -36,57 +36,52 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding) {
 }
 
 ExitCode RunRecover(Host& host, const Arguments& /*arguments*/) {
-  std::string fault;
+  const auto entries = Journal().Open();
+  if (!entries) return host.output().Fail(entries.failure());
   std::uint64_t open = 0;
-  for (const JournalEntry& entry : Journal().Open(fault)) {
+  for (const JournalEntry& entry : *entries) {
     const Finding finding = FindOutWhatStands(host, entry);
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
     SettleEntry(host, entry, finding);
     Show(host, entry, finding);
     if (!finding.isKnown) ++open;
   }
-  if (!fault.empty()) return host.output().Fail({ExitCode::LocalFile, fault});
   open += ShowUnstored(host);
   if (open == 0) return ExitCode::Ok;
-  return host.output().Fail({ExitCode::Incomplete, std::to_string(open) +
-                                                       " changes could not be settled; they stay in "
-                                                       "the journal, or wait for a mount"});
+  return host.output().Fail(
+      {ExitCode::Incomplete,
+       std::to_string(open) +
+           " changes could not be settled; they stay in the journal, or wait for a mount"});
 }
 
 }  // namespace
 
 CommandRow RecoverCommand() {
-  return {
-      "recover",
-      "Settle changes that were not confirmed",
-      "Asks the servers about each change that was begun and whose answer never came: the program was "
-      "killed, "
-      "the connection broke, the time was over. Prints one line for each: since when, the step (checkout, "
-      "checkin, undo, create, iterate, store, xliff put or xliff publish), the address, whether it is "
-      "settled, and where things stand, "
-      "parted by tabs. Nothing is guessed: what a server doesn't answer stays open, and the exit status is "
-      "11.\n\n"
-      "A checkout that was done is kept (see checkouts), one that has ended is dropped and its temporary "
-      "workspace cleared away. A store is compared with the bytes that the server has. Nothing is stored, "
-      "checked in or thrown away. No question tells whether a translation is marked as published: such a "
-      "change "
-      "stays open until xliff publish has marked it once more.\n\n"
-      "The changes are in $XDG_STATE_HOME/vtdirect/journal, or ~/.local/state/vtdirect/journal, from before "
-      "they are sent until their answers are in. Files that were written in a mount and could not be stored "
-      "are "
-      "listed with the step mount; they are in $XDG_STATE_HOME/vtdirect/unstored, or "
-      "~/.local/state/vtdirect/unstored. Every command on a server with such a change warns of it.",
-      {},
-      {},
-      true,
-      RunRecover,
-      {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
-       {"step", MemberType::Text, nullptr,
-        "checkout, checkin, undo, create, iterate, store, xliff put or xliff "
-        "publish"},
-       {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-       {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
-       {"found", MemberType::Text, nullptr, "where things stand, for a reader"}}};
+  return {"recover",
+          "Settle changes that were not confirmed",
+          "Asks the servers about each change that was begun and whose answer never came: the program was "
+          "killed, the connection broke, the time was over. Prints one line for each: since when, the step "
+          "(checkout, checkin, undo, create, iterate, store, xliff put or xliff publish), the address, "
+          "whether it is settled, and where things stand, parted by tabs. Nothing is guessed: what a server "
+          "doesn't answer stays open, and the exit status is 11.\n\n"
+          "A checkout that was done is kept (see checkouts), one that has ended is dropped and its temporary "
+          "workspace cleared away. A store is compared with the bytes that the server has. Nothing is "
+          "stored, checked in or thrown away. No question tells whether a translation is marked as "
+          "published: such a change stays open until xliff publish has marked it once more.\n\n"
+          "The changes are in $XDG_STATE_HOME/vtdirect/journal, or ~/.local/state/vtdirect/journal, from "
+          "before they are sent until their answers are in. Files that were written in a mount and could not "
+          "be stored are listed with the step mount; they are in $XDG_STATE_HOME/vtdirect/unstored, or "
+          "~/.local/state/vtdirect/unstored. Every command on a server with such a change warns of it.",
+          {},
+          {},
+          true,
+          RunRecover,
+          {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
+           {"step", MemberType::Text, nullptr,
+            "checkout, checkin, undo, create, iterate, store, xliff put or xliff publish"},
+           {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+           {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
+           {"found", MemberType::Text, nullptr, "where things stand, for a reader"}}};
 }
 
 }  // namespace vtdirect_cli

@@ -4,6 +4,7 @@
 #include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/interruption_report.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/translation/xliff_subject.h"
@@ -11,23 +12,30 @@
 namespace vtdirect_cli {
 namespace {
 
+[[nodiscard]] Failure NotMarked(Host& host, const XliffSubject& subject) {
+  return DiagnoseXliff(host, subject,
+                       {ExitCode::Failure,
+                        "the server did not mark " + subject.address +
+                            " as published; it takes a translation, as \"vtdirect xliff list\" shows them"});
+}
+
 ExitCode RunXliffPublish(Host& host, const Arguments& arguments) {
+  InterruptionReport report(host, "xliff publish");
   const auto settled = SettleSubject(host, arguments);
-  if (!settled) return host.output().Fail(settled.failure());
+  if (!settled) return report.Fail(settled.failure());
   const XliffSubject& subject = *settled;
-  if (const auto failure = RefusalOfAnotherPlace(subject.address, subject.uid)) {
-    return host.output().Fail(*failure);
-  }
+  if (const auto failure = RefusalOfAnotherPlace(subject.address, subject.uid)) return report.Fail(*failure);
+  if (Interrupted()) return report.Report();
+  // To mark it once more changes nothing, and no question tells whether it is.
+  report.TellOfOpenChange("whether " + subject.address +
+                          " is marked as published is not known; the same command can be given again");
   ForgetReasons();
-  JournaledStep step(host, {{}, {}, "xliff publish", subject.address, subject.uid, {}, {}});
+  JournaledStep step(host, {"xliff publish", subject.address, subject.uid});
   if (!VtDirectManager::SetXliffPublished(subject.uid.c_str())) {
     step.SettleUnlessUnknown();
-    return host.output().Fail(
-        DiagnoseXliff(host, subject,
-                      {ExitCode::Failure,
-                       "the server did not mark " + subject.address +
-                           " as published; it takes a translation, as \"vtdirect xliff list\" shows them"}));
+    return report.Fail(NotMarked(host, subject));
   }
+  report.Tell(subject.address + " is marked as published");
   step.Settle();
   SettleRepeated(host, "xliff publish", subject.uid);
   host.output().Row({{"uid", subject.uid}}, {{"address", subject.address}, {"uid", subject.uid}});

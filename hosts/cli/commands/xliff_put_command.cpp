@@ -28,15 +28,15 @@ namespace {
   return std::nullopt;
 }
 
-// What is sent to a server that doesn't answer would be taken for a first source XLIFF, whatever is there.
-[[nodiscard]] Result<SourceXliff> LookAtSource(const XliffSubject& subject) {
-  SourceXliff source = FindSourceXliff(subject);
-  if (source.linked) return source;
-  // A question that failed gets the same no as a document without one, and what is said of the upload rests
-  // on this.
-  source = FindSourceXliff(subject);
-  if (source.linked || AnswersQuestions(subject)) return source;
-  return Unanswered(subject, {ExitCode::Failure, "nothing was sent"});
+// What is sent to a server that doesn't answer would be taken for a first source XLIFF, whatever is there. What
+// is said of the upload rests on this as well.
+[[nodiscard]] Result<SourceXliff> LookAtSource(Host& host, const XliffSubject& subject) {
+  ForgetReasons();
+  if (const auto source = AskForSourceXliff(subject)) return *source;
+  return DiagnoseXliff(
+      host, subject,
+      {ExitCode::Failure,
+       "whether " + subject.address + " has a source XLIFF could not be found out; nothing was sent"});
 }
 
 [[nodiscard]] Result<XliffPut> Settle(Host& host, const Arguments& arguments) {
@@ -49,7 +49,7 @@ namespace {
   const auto subject = SettleSubject(host, arguments);
   if (!subject) return subject.failure();
   if (auto failure = RefusalOfAnotherPlace(subject->address, subject->uid)) return *failure;
-  const auto before = LookAtSource(*subject);
+  const auto before = LookAtSource(host, *subject);
   if (!before) return before.failure();
   if (Interrupted()) return InterruptedFailure();
   put.subject = *subject;
@@ -82,28 +82,26 @@ void Report(Host& host, const XliffPut& put, const SourceXliff& after) {
 ExitCode RunXliffPut(Host& host, const Arguments& arguments) {
   InterruptionReport report(host, "xliff put");
   const auto settled = Settle(host, arguments);
-  if (!settled) {
-    const bool isInterrupted = settled.failure().code == ExitCode::Interrupted;
-    return isInterrupted ? report.Report() : host.output().Fail(settled.failure());
-  }
+  if (!settled) return report.Fail(settled.failure());
   const XliffPut& put = *settled;
-  report.Tell(UnknownEnd(put));
+  report.TellOfOpenChange(UnknownEnd(put));
   ForgetReasons();
   const std::string& file = put.file.path;
-  JournaledStep step(host,
-                     {{}, {}, "xliff put", put.subject.address, put.subject.uid, file, Sha256OfFile(file)});
+  JournaledStep step(host, {"xliff put", put.subject.address, put.subject.uid, file, Sha256OfFile(file)});
   if (!VtDirectManager::UploadSourceXliff(put.subject.uid.c_str(), put.file.path.c_str(),
                                           put.language.c_str())) {
     step.SettleUnlessUnknown();
     if (Interrupted()) return report.Report();
-    return host.output().Fail(SendingFailure(host, put));
+    return report.Fail(SendingFailure(host, put));
   }
+  report.Tell("the server has taken " + put.file.path + "; " +
+              XliffCommandFor("source", put.subject.address) + " tells its UID");
   const SourceXliff after = FindSourceXliff(put.subject);
   if (Interrupted()) return report.Report();
   // Of an upload that went through, its link alone can be open.
   if (!after.uid.empty()) step.Settle();
   if (after.uid.empty() || after.uid == put.before.uid) {
-    return host.output().Fail(UnlinkedFailure(host, put, after));
+    return report.Fail(UnlinkedFailure(host, put, after));
   }
   Report(host, put, after);
   return ExitCode::Ok;

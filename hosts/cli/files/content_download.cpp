@@ -23,6 +23,12 @@
 namespace vtdirect_cli {
 namespace {
 
+// How much of a content has come, and how much was announced; 0 without a word of that.
+struct Progress {
+  std::size_t received = 0;
+  std::size_t announced = 0;
+};
+
 [[nodiscard]] Failure WriteFailure(const std::string& what, int error) {
   if (Interrupted()) return InterruptedFailure();
   return {ExitCode::LocalFile, "cannot write " + what + ": " + std::strerror(error)};
@@ -36,47 +42,48 @@ namespace {
 }
 
 // The class of a failed GetFile. The library's status tells a download that failed and not why; see Diagnose.
-[[nodiscard]] Failure DownloadFailure(Host& host, const Download& download, const std::string& localPath) {
+[[nodiscard]] Failure DownloadFailure(Host& host, const Download& download, const std::string& localPath,
+                                      const Progress& progress) {
   if (Interrupted()) return InterruptedFailure();
   if (const int error = ProbeWritable(localPath); error != 0)
     return WriteFailure(Printable(localPath), error);
   const auto reason = LastReason();
   const int status = reason ? reason->httpStatus : 0;
-  if (download.received == 0 || status == 401) return Diagnose(host, download.address, false);
+  if (progress.received == 0 || status == 401) return Diagnose(host, download.address, false);
   // What came is then no part of the content, but what the server says instead of it.
   if (status != 0 && status != 200) {
     return WithReason({ExitCode::DownloadFailed,
                        "the content of " + download.address + " was not given: " + AnswerText(*reason)});
   }
   std::string text =
-      "the download of " + download.address + " broke off after " + ByteCount(download.received);
-  if (download.announced > 0) text += " of " + std::to_string(download.announced);
+      "the download of " + download.address + " broke off after " + ByteCount(progress.received);
+  if (progress.announced > 0) text += " of " + std::to_string(progress.announced);
   const std::string why = NetworkHint(reason);
   return WithReason({ExitCode::DownloadFailed, why.empty() ? text : text + ": " + why});
 }
 
-[[nodiscard]] std::optional<Failure> Fetch(Host& host, Download& download, const std::string& localPath) {
+// The UID to go on with.
+[[nodiscard]] Result<std::string> Fetch(Host& host, const Download& download, const std::string& localPath) {
   const bool quiet = host.output().quiet() || host.output().json();
   const std::size_t width = quiet ? 0 : TerminalWidth();
   const std::string& name = download.target.path.empty() ? download.address : download.target.path;
   ProgressLine line(width == 0 ? nullptr : &std::cerr, name, width);
-  const auto progress = [&download, &line](std::size_t received, std::size_t announced) {
-    download.received = received;
-    download.announced = announced;
+  Progress progress;
+  VtDirectManager::DownloadOptions options;
+  options.progress = [&progress, &line](std::size_t received, std::size_t announced) {
+    progress = {received, announced};
     line.Show(received, announced, ProgressLine::Clock::now());
     return !Interrupted();
   };
-  ForgetReasons();
-  VtDirectManager::DownloadOptions options;
-  options.progress = progress;
   options.compareSize = true;
   const std::string& source = download.source.empty() ? download.address : download.source;
-  const bool done = VtDirectManager::GetFile(source.c_str(), localPath.c_str(), download.uid, options);
+  std::string uid;
+  ForgetReasons();
+  const bool done = VtDirectManager::GetFile(source.c_str(), localPath.c_str(), uid, options);
   line.Clear();
-  if (done && !download.uidToGoOnWith.empty()) download.uid = download.uidToGoOnWith;
-  if (!done) return DownloadFailure(host, download, localPath);
+  if (!done) return DownloadFailure(host, download, localPath, progress);
   if (Interrupted()) return InterruptedFailure();
-  return std::nullopt;
+  return download.uidToGoOnWith.empty() ? uid : download.uidToGoOnWith;
 }
 
 [[nodiscard]] Failure ChangedMeanwhile(const std::string& path) {
@@ -91,45 +98,48 @@ namespace {
   return stat(path.c_str(), &facts) == 0 ? static_cast<std::uint64_t>(facts.st_size) : 0;
 }
 
-void Report(Host& host, const Download& download, std::uint64_t size) {
+void Report(Host& host, const Download& download, const std::string& uid, std::uint64_t size) {
   Record record = download.described;
-  record.insert(record.end(), {{"uid", download.uid}, {"file", download.target.path}, {"bytes", size}});
+  record.insert(record.end(), {{"uid", uid}, {"file", download.target.path}, {"bytes", size}});
   host.output().JsonOnly(record);
   host.output().Note("saved " + download.target.path + ", " + ByteCount(size));
 }
 
-ExitCode FetchIntoFile(Host& host, Download& download) {
+ExitCode FetchIntoFile(Host& host, const Download& download) {
   DurableFile pending(download.target.path);
   if (pending.error() != 0) return host.output().Fail(WriteFailure(download.target.path, pending.error()));
-  if (const auto failure = Fetch(host, download, pending.path())) return host.output().Fail(*failure);
+  const auto uid = Fetch(host, download, pending.path());
+  if (!uid) return host.output().Fail(uid.failure());
   const std::uint64_t size = SizeOf(pending.path());
   // Before anybody else can write to it: what is recorded is what the server has.
-  FetchRecord record;
-  const bool measured = Measure(pending.path(), record);
+  auto record = Measure(pending.path());
   const auto condition = download.force ? DurableFile::Condition::Anything : DurableFile::Condition::AsBefore;
   const int error = pending.Commit(DurableFile::Permissions::OfTarget, condition, download.target.before);
   if (error == ESTALE) return host.output().Fail(ChangedMeanwhile(download.target.path));
   if (error != 0) return host.output().Fail(WriteFailure(download.target.path, error));
-  record.address = download.address;
-  record.uid = download.uid;
-  if (measured) RecordFetch(host, download.target.path, record);
-  Report(host, download, size);
+  if (record) {
+    record->address = download.address;
+    record->uid = *uid;
+    RecordFetch(host, download.target.path, *record);
+  }
+  Report(host, download, *uid, size);
   return ExitCode::Ok;
 }
 
 // A stream gets nothing until the content is complete, so that its reader never takes a part, or the server's
 // refusal, for the whole.
-ExitCode FetchIntoStream(Host& host, Download& download, int descriptor, const std::string& name) {
+ExitCode FetchIntoStream(Host& host, const Download& download, int descriptor, const std::string& name) {
   const DurableFile pending(host.workDirectory() + "/content");
   if (pending.error() != 0) return host.output().Fail(WriteFailure(host.workDirectory(), pending.error()));
-  if (const auto failure = Fetch(host, download, pending.path())) return host.output().Fail(*failure);
+  const auto uid = Fetch(host, download, pending.path());
+  if (!uid) return host.output().Fail(uid.failure());
   const int error = CopyToDescriptor(pending.path(), descriptor);
   if (error != 0) return host.output().Fail(WriteFailure(name, error));
-  if (download.target.kind == Target::Kind::Device) Report(host, download, SizeOf(pending.path()));
+  if (download.target.kind == Target::Kind::Device) Report(host, download, *uid, SizeOf(pending.path()));
   return ExitCode::Ok;
 }
 
-ExitCode FetchIntoDevice(Host& host, Download& download) {
+ExitCode FetchIntoDevice(Host& host, const Download& download) {
   const int descriptor = open(download.target.path.c_str(), O_WRONLY | O_CLOEXEC);
   if (descriptor < 0) return host.output().Fail(WriteFailure(download.target.path, errno));
   const ExitCode code = FetchIntoStream(host, download, descriptor, download.target.path);
@@ -195,7 +205,7 @@ void RecordFetch(Host& host, const std::string& file, FetchRecord record) {
                         "; a further get into it takes --force");
 }
 
-ExitCode RunDownload(Host& host, Download& download) {
+ExitCode RunDownload(Host& host, const Download& download) {
   switch (download.target.kind) {
     case Target::Kind::StandardOutput:
       return FetchIntoStream(host, download, STDOUT_FILENO, "standard output");

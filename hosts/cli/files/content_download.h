@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -22,9 +21,6 @@ struct Download {
   Target target;
   bool noClobber = false;
   bool force = false;
-  std::string uid;
-  std::size_t received = 0;
-  std::size_t announced = 0;
 };
 
 /// The options of a command that downloads: "output", "no-clobber" and "force".
@@ -47,6 +43,6 @@ struct Download {
 void RecordFetch(Host& host, const std::string& file, FetchRecord record);
 
 /// Downloads, puts the file in its place when it is whole, and reports.
-ExitCode RunDownload(Host& host, Download& download);
+ExitCode RunDownload(Host& host, const Download& download);
 
 }  // namespace vtdirect_cli

@@ -75,17 +75,18 @@ void FetchRecords::Forget(const std::string& path) const {
   if (!directory_.empty()) unlink((directory_ + "/" + Sha256OfText(AbsolutePath(path))).c_str());
 }
 
-bool Measure(const std::string& path, FetchRecord& record) {
+std::optional<FetchRecord> Measure(const std::string& path) {
   struct stat facts = {};
-  if (stat(path.c_str(), &facts) != 0) return false;
+  FetchRecord record;
+  if (stat(path.c_str(), &facts) == 0) record.sha256 = Sha256OfFile(path);
+  if (record.sha256.empty()) return std::nullopt;
   record.size = static_cast<std::uint64_t>(facts.st_size);
-  record.sha256 = Sha256OfFile(path);
-  return !record.sha256.empty();
+  return record;
 }
 
 bool IsAsRecorded(const std::string& path, const FetchRecord& record) {
-  FetchRecord now;
-  return Measure(path, now) && now.size == record.size && now.sha256 == record.sha256;
+  const auto now = Measure(path);
+  return now && now->size == record.size && now->sha256 == record.sha256;
 }
 
 }  // namespace vtdirect_cli

@@ -39,8 +39,8 @@ class FetchRecords {
   std::string directory_;
 };
 
-/// Reads size and SHA-256 of a file into a record. False when it can't be read.
-[[nodiscard]] bool Measure(const std::string& path, FetchRecord& record);
+/// A record with size and SHA-256 of a file alone; nothing if it can't be read.
+[[nodiscard]] std::optional<FetchRecord> Measure(const std::string& path);
 
 /// Whether the file at this path has the bytes that are recorded.
 [[nodiscard]] bool IsAsRecorded(const std::string& path, const FetchRecord& record);

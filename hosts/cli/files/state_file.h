@@ -1,27 +1,48 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
+#include <vector>
+
+#include "hosts/cli/result.h"
 
 namespace vtdirect_cli {
 
-/// Keeps other runs of the program from changing a state file. What it locks is a file of its own beside it,
-/// since the state file itself is replaced. Makes the directory, for this user alone.
-class StateFileLock {
+using StateLines = std::vector<std::string>;
+
+/// A file of lines that one run of the program leaves to the next, for this user alone.
+///
+/// Its first line names its form, and a file of another form is never written to. A change is made under a lock
+/// and takes the place of the file as a whole, so two programs at once lose nothing, and a crash leaves the old
+/// file or the new one; through a link the file that it leads to is replaced. The lock is a file of its own
+/// beside it.
+class StateFile {
  public:
-  /// Waits some seconds for another run.
-  /// @param fault  why there is no lock, or an empty text
-  StateFileLock(const std::string& path, std::string& fault);
-  ~StateFileLock();
-  StateFileLock(const StateFileLock&) = delete;
-  StateFileLock& operator=(const StateFileLock&) = delete;
+  /// @param path  empty where there is no home
+  /// @param form  the first line: a name, a blank and a number
+  /// @param noun  what the file holds, for a message: "list of checkouts"
+  StateFile(std::string path, std::string form, std::string noun)
+      : path_(std::move(path)), form_(std::move(form)), noun_(std::move(noun)) {}
+
+  /// The lines after the first one; none of a file that is empty or isn't there.
+  /// @return a failure for a file that can't be read, or is of another form
+  [[nodiscard]] Result<StateLines> Read() const;
+
+  /// Changes the lines. Makes the directory, and waits some seconds for another run that changes them.
+  /// @param change  says whether there was anything to change; not called if the lines can't be read
+  /// @return why the old file is still there, or an empty text
+  [[nodiscard]] std::string Change(const std::function<bool(StateLines&)>& change) const;
 
  private:
-  int descriptor_ = -1;
+  [[nodiscard]] std::string FaultOfFirstLine(std::string_view line) const;
+
+  std::string path_;
+  std::string form_;
+  std::string noun_;
 };
 
-/// Replaces a state file as a whole, for this user alone; through a link the file that it leads to. To be
-/// called under its lock.
-/// @return why the old file still stands, or an empty text
-[[nodiscard]] std::string ReplaceStateFile(const std::string& path, const std::string& text);
+/// The time in UTC as state files have it: 2026-01-31T09:00:00Z.
+[[nodiscard]] std::string TimeOfNow();
 
 }  // namespace vtdirect_cli

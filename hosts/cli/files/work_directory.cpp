@@ -3,9 +3,11 @@
 #include <stdlib.h>
 
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "hosts/cli/files/temporary_files.h"
+#include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -17,12 +19,15 @@ void Remove(const std::string& path) {
 
 }  // namespace
 
-std::unique_ptr<WorkDirectory> WorkDirectory::Create(int* error) {
-  std::string pattern = TemporaryDirectory() + "/vtdirect-XXXXXX";
+Result<std::unique_ptr<WorkDirectory>> WorkDirectory::Create() {
+  const std::string parent = TemporaryDirectory();
+  std::string pattern = parent + "/vtdirect-XXXXXX";
   const InterruptionHold hold;
   if (mkdtemp(pattern.data()) == nullptr) {
-    *error = errno;
-    return nullptr;
+    return Failure{
+        ExitCode::LocalFile,
+        "cannot create a directory for temporary files in " + Printable(parent) + ": " + std::strerror(errno),
+        "set TMPDIR to one where that can be done"};
   }
   setenv("TMPDIR", pattern.c_str(), 1);
   return std::unique_ptr<WorkDirectory>(new WorkDirectory(pattern));

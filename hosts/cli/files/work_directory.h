@@ -4,6 +4,7 @@
 #include <string>
 
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/result.h"
 
 namespace vtdirect_cli {
 
@@ -11,8 +12,8 @@ namespace vtdirect_cli {
 /// lives. However the process ends, one removal takes all of it away.
 class WorkDirectory {
  public:
-  /// Creates it below TMPDIR, or /tmp. Null, with the error number, on failure.
-  [[nodiscard]] static std::unique_ptr<WorkDirectory> Create(int* error);
+  /// Creates it below TMPDIR, or /tmp.
+  [[nodiscard]] static Result<std::unique_ptr<WorkDirectory>> Create();
 
   [[nodiscard]] const std::string& path() const { return path_; }
 

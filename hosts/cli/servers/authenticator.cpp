@@ -65,8 +65,7 @@ std::string Authenticator::RefusalOf(const Progress& progress) const {
   const bool hasPassword = !sources_.user.empty() && !sources_.password.empty();
   if ((hasPassword || !sources_.token.empty()) && !IsAmong(meant_, progress.origin)) {
     return " demands credentials; those of the environment are for the server that the command names; if "
-           "this "
-           "one may have them too, name it in that server's login_also_for";
+           "this one may have them too, name it in that server's login_also_for";
   }
   return " demands credentials; set VTDIRECT_USER and VTDIRECT_PASSWORD or VTDIRECT_TOKEN, or list it in a "
          "netrc file";

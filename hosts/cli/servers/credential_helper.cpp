@@ -18,6 +18,10 @@ namespace {
   return text + "\n";
 }
 
+[[nodiscard]] Failure Unusable(const std::string& what) {
+  return {ExitCode::Failure, "the credential helper " + what};
+}
+
 }  // namespace
 
 std::optional<HelperFields> ReadHelperAnswer(std::string_view text) {
@@ -41,46 +45,45 @@ std::string ValueOf(const HelperFields& fields, std::string_view key) {
   return found == fields.rend() ? std::string() : found->second;
 }
 
-HelperFields CredentialHelper::Get(const HelperFields& about, std::string& fault) const {
-  std::string answer;
-  fault = Run("get", about, answer);
-  if (!fault.empty()) return {};
-  auto fields = ReadHelperAnswer(answer);
-  if (fields) return *fields;
+Result<HelperFields> CredentialHelper::Get(const HelperFields& about) const {
+  const auto answer = Run("get", about);
+  if (!answer) return answer.failure();
+  if (auto fields = ReadHelperAnswer(*answer)) return *fields;
   // What it printed may be a password, so it is not shown.
-  fault = "the credential helper has printed what is no answer; it is to print lines of KEY=VALUE";
-  return {};
+  return Unusable("has printed what is no answer; it is to print lines of KEY=VALUE");
 }
 
 std::string CredentialHelper::Store(const HelperFields& accepted) const {
-  std::string ignored;
-  return Run("store", accepted, ignored);
+  return Tell("store", accepted);
 }
 
 std::string CredentialHelper::Erase(const HelperFields& refused) const {
-  std::string ignored;
-  return Run("erase", refused, ignored);
+  return Tell("erase", refused);
 }
 
-std::string CredentialHelper::Run(const char* action, const HelperFields& fields, std::string& answer) const {
+std::string CredentialHelper::Tell(const char* action, const HelperFields& fields) const {
+  const auto answer = Run(action, fields);
+  return answer ? "" : answer.failure().message;
+}
+
+Result<std::string> CredentialHelper::Run(const char* action, const HelperFields& fields) const {
   if (!std::all_of(fields.begin(), fields.end(), [](const auto& field) { return CanBeSent(field.second); })) {
-    return "the credential helper can't be told a name or a password that holds a line feed";
+    return Unusable("can't be told a name or a password that holds a line feed");
   }
   const ChildResult result = RunShell(command_ + " " + action, TextOf(fields), seconds_);
-  answer = result.output;
   switch (result.end) {
     case ChildEnd::Ended:
       // Helpers leave with any status when they have nothing to say, so what they print counts.
-      return {};
+      return result.output;
     case ChildEnd::TooLate:
-      return "the credential helper has not answered \"" + std::string(action) + "\" within " +
-             std::to_string(seconds_) + " s and was ended";
+      return Unusable("has not answered \"" + std::string(action) + "\" within " + std::to_string(seconds_) +
+                      " s and was ended");
     case ChildEnd::TooMuch:
-      return "the credential helper prints more than an answer can hold and was ended";
+      return Unusable("prints more than an answer can hold and was ended");
     case ChildEnd::Interrupted:
-      return "the credential helper was interrupted";
+      return Unusable("was interrupted");
     default:
-      return "the credential helper can't be started";
+      return Unusable("can't be started");
   }
 }
 

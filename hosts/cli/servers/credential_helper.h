@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include "hosts/cli/result.h"
+
 namespace vtdirect_cli {
 
 /// What a credential helper is told and answers: lines of "key=value", as git's helpers speak them.
@@ -29,9 +31,8 @@ class CredentialHelper {
   CredentialHelper(std::string command, long seconds) : command_(std::move(command)), seconds_(seconds) {}
 
   /// Asks for what goes with the fields.
-  /// @param fault  receives why there is no answer that can be used; empty when there is one, which may hold
-  ///               nothing
-  [[nodiscard]] HelperFields Get(const HelperFields& about, std::string& fault) const;
+  /// @return the answer, which may hold nothing, or why there is none that can be used
+  [[nodiscard]] Result<HelperFields> Get(const HelperFields& about) const;
 
   /// Has it keep what was accepted. What goes wrong is given back for a warning, and is empty otherwise.
   [[nodiscard]] std::string Store(const HelperFields& accepted) const;
@@ -40,7 +41,8 @@ class CredentialHelper {
   [[nodiscard]] std::string Erase(const HelperFields& refused) const;
 
  private:
-  [[nodiscard]] std::string Run(const char* action, const HelperFields& fields, std::string& answer) const;
+  [[nodiscard]] Result<std::string> Run(const char* action, const HelperFields& fields) const;
+  [[nodiscard]] std::string Tell(const char* action, const HelperFields& fields) const;
 
   std::string command_;
   long seconds_;

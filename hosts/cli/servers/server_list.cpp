@@ -104,6 +104,27 @@ struct Section {
   return nicknames;
 }
 
+struct CollectedSettings {
+  ServerSettings settings;
+  std::optional<Failure> fault;  // when two sections say different things
+};
+
+[[nodiscard]] CollectedSettings CollectSettings(const Configuration& configuration, const std::string& url) {
+  CollectedSettings collected;
+  const auto origin = OriginOf(url);
+  for (const auto& [nickname, listed] : configuration.servers) {
+    const auto found = configuration.settings.find(nickname);
+    if (found == configuration.settings.end() || !origin || OriginOf(listed) != origin) continue;
+    const std::string key = MergeSettings(found->second, collected.settings);
+    if (key.empty()) continue;
+    collected.fault =
+        Failure{ExitCode::Usage, "two sections set " + key + " for " + TextOf(*origin) +
+                                     " and do not agree; what is said of one nickname holds for "
+                                     "its scheme, host and port"};
+  }
+  return collected;
+}
+
 // A nickname that is misspelt would leave a server without its login, and nobody would know why.
 [[nodiscard]] std::optional<Failure> LoginFault(const Configuration& configuration) {
   for (const auto& [nickname, settings] : configuration.settings) {
@@ -143,7 +164,7 @@ std::optional<std::string> ServerUrlFault(std::string_view url) {
   return std::nullopt;
 }
 
-std::optional<Failure> AddServerArgument(std::string_view argument, Configuration& configuration) {
+Result<Configuration> WithServerArgument(std::string_view argument, Configuration configuration) {
   const std::size_t equals = argument.find('=');
   if (equals == std::string_view::npos) {
     return Failure{ExitCode::Usage, "--server takes NICK=URL, for example plm=https://plm.example/vt"};
@@ -159,7 +180,7 @@ std::optional<Failure> AddServerArgument(std::string_view argument, Configuratio
     configuration.settings.erase(nickname);
   }
   configuration.servers[nickname] = url;
-  return std::nullopt;
+  return configuration;
 }
 
 Result<Configuration> ReadConfiguration(std::string_view text, const std::string& name) {
@@ -206,9 +227,7 @@ std::optional<Failure> ConfigurationFault(const Configuration& configuration) {
                                         "apart; list it under one of them"};
   }
   for (const auto& [nickname, url] : configuration.servers) {
-    std::optional<Failure> fault;
-    static_cast<void>(SettingsFor(configuration, url, &fault));
-    if (fault) return fault;
+    if (auto fault = CollectSettings(configuration, url).fault) return fault;
   }
   return LoginFault(configuration);
 }
@@ -222,20 +241,8 @@ std::vector<std::string> ServersWithLoginOf(const Configuration& configuration, 
   return urls;
 }
 
-ServerSettings SettingsFor(const Configuration& configuration, const std::string& url,
-                           std::optional<Failure>* fault) {
-  ServerSettings settings;
-  const auto origin = OriginOf(url);
-  for (const auto& [nickname, listed] : configuration.servers) {
-    const auto found = configuration.settings.find(nickname);
-    if (found == configuration.settings.end() || !origin || OriginOf(listed) != origin) continue;
-    const std::string key = MergeSettings(found->second, settings);
-    if (key.empty() || fault == nullptr) continue;
-    *fault = Failure{ExitCode::Usage, "two sections set " + key + " for " + TextOf(*origin) +
-                                          " and do not agree; what is said of one nickname holds for its "
-                                          "scheme, host and port"};
-  }
-  return settings;
+ServerSettings SettingsFor(const Configuration& configuration, const std::string& url) {
+  return CollectSettings(configuration, url).settings;
 }
 
 }  // namespace vtdirect_cli

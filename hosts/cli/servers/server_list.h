@@ -31,9 +31,9 @@ struct Configuration {
 
 /// Adds one "NICK=URL" of the command line; a nickname that is there already gets the new URL. What the
 /// configuration file says of that nickname stays with the scheme, host and port that it was said of.
-/// @return what is wrong with it, or nothing
-[[nodiscard]] std::optional<Failure> AddServerArgument(std::string_view argument,
-                                                       Configuration& configuration);
+/// @return the configuration with it, or what is wrong with it
+[[nodiscard]] Result<Configuration> WithServerArgument(std::string_view argument,
+                                                       Configuration configuration);
 
 /// Reads the text of a configuration file.
 ///
@@ -66,8 +66,6 @@ struct Configuration {
                                                           const std::string& url);
 
 /// What is said of the server at this URL: that of every nickname of its scheme, host and port.
-/// @param fault  receives what is wrong when two of them say different things
-[[nodiscard]] ServerSettings SettingsFor(const Configuration& configuration, const std::string& url,
-                                         std::optional<Failure>* fault = nullptr);
+[[nodiscard]] ServerSettings SettingsFor(const Configuration& configuration, const std::string& url);
 
 }  // namespace vtdirect_cli

@@ -49,8 +49,7 @@ std::optional<std::string> ProxyFault(std::string_view proxy) {
   if (proxy == "none") return std::nullopt;
   if (!OriginOf(proxy)) {
     return "a proxy is \"none\", or a URL that begins with \"http://\" or \"https://\" and holds a host, and "
-           "no "
-           "user name or password";
+           "no user name or password";
   }
   return std::nullopt;
 }

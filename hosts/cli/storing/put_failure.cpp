@@ -14,17 +14,6 @@ using Action = PutTarget::Action;
 
 constexpr const char* kAgain = "the same command can be given again";
 
-[[nodiscard]] const char* StepOf(Action action) {
-  switch (action) {
-    case Action::Create:
-      return "creating ";
-    case Action::Iterate:
-      return "making a new iteration of ";
-    default:
-      return "storing into the working copy ";
-  }
-}
-
 // How far it had come, from the bytes that the library has told of.
 [[nodiscard]] std::string PointOf(const PutOutcome& outcome) {
   if (outcome.AllSent()) return "after the file was sent";
@@ -133,13 +122,15 @@ constexpr const char* kAgain = "the same command can be given again";
   return std::nullopt;
 }
 
-[[nodiscard]] ExitCode CodeOf(Host& host, const PutTarget& target, const PutOutcome& outcome,
-                              std::string& why) {
-  const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(target.address.c_str()));
-  if (!failure && outcome.code == VtDirectManager::StatusConnectFailed) return ExitCode::CannotConnect;
-  if (!failure) return ExitCode::Failure;
-  why = failure->Text();
-  return failure->code;
+// What is wrong with the server, if anything is.
+// @param why  what the failed call told
+[[nodiscard]] std::optional<Failure> ServerFailureOf(Host& host, const PutTarget& target,
+                                                     const PutOutcome& outcome, const std::string& why) {
+  auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(target.address.c_str()));
+  if (!failure && outcome.code == VtDirectManager::StatusConnectFailed) {
+    return Failure{ExitCode::CannotConnect, why};
+  }
+  return failure;
 }
 
 }  // namespace
@@ -168,13 +159,17 @@ Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& targe
   std::string why = WordsOfLastReason();
   const bool tooLarge = outcome.code == VtDirectManager::StatusFileTooLarge;
   const bool mayBeStored = outcome.AllSent() && !tooLarge && ChangeMayHaveHappened();
-  if (tooLarge) why = "the server takes no files as large as this";
-  failure.code = tooLarge ? ExitCode::Failure : CodeOf(host, target, outcome, why);
-  if (failure.code == ExitCode::Interrupted) return InterruptedFailure();
+  if (tooLarge) {
+    why = "the server takes no files as large as this";
+  } else if (const auto server = ServerFailureOf(host, target, outcome, why)) {
+    if (server->code == ExitCode::Interrupted) return InterruptedFailure();
+    failure.code = server->code;
+    why = server->Text();
+  }
   WhatStands standing = StandingOf(target, mayBeStored, failure.code == ExitCode::Failure);
   if (tooLarge) standing.next = "a smaller file, or a greater limit at the server, is needed";
-  failure.message = StepOf(target.action) + target.address + " from " + request.content.path + " failed " +
-                    PointOf(outcome);
+  failure.message = WordsOf(target.action).doing + target.address + " from " + request.content.path +
+                    " failed " + PointOf(outcome);
   if (!why.empty()) failure.message += " (" + why + ")";
   if (failure.reason) failure.reason->mayHaveHappened = mayBeStored;
   return WithStanding(failure, standing);

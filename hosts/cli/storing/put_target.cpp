@@ -166,10 +166,10 @@ namespace {
   const bool isKept = CheckoutBook().Find(uid).has_value();
   CheckoutState state = ReadCheckoutState(uid);
   if (isKept) return SettleByState(host, uid, isKept, state);
-  const CopySearch found = CopyToGoOnWith(host, request.address, state.status, uid);
-  if (found.failure) return *found.failure;
-  if (found.uid != uid) state.status = VtDirectManager::CheckoutInTempWorkspace;
-  return SettleByState(host, found.uid, isKept, state);
+  const auto found = CopyToGoOnWith(host, request.address, state.status, uid);
+  if (!found) return found.failure();
+  if (found->uid != uid) state.status = VtDirectManager::CheckoutInTempWorkspace;
+  return SettleByState(host, found->uid, isKept, state);
 }
 
 // The server tells of no document what kind it has, and the library leaves out what a kind has not.
@@ -181,6 +181,14 @@ namespace {
 }
 
 }  // namespace
+
+const ActionWords& WordsOf(PutTarget::Action action) {
+  static constexpr ActionWords create = {"create", "created", "creating "};
+  static constexpr ActionWords iterate = {"iterate", "iterated", "making a new iteration of "};
+  static constexpr ActionWords store = {"store", "stored", "storing into the working copy "};
+  if (action == PutTarget::Action::Create) return create;
+  return action == PutTarget::Action::Iterate ? iterate : store;
+}
 
 std::string PathToStoreAt(const PutTarget& target) {
   return target.hasNamesake ? target.address + "|-.0" : target.address;

@@ -26,6 +26,14 @@ struct PutTarget {
   std::string before;
 };
 
+/// What an action is called.
+struct ActionWords {
+  const char* step;   ///< in the journal
+  const char* done;   ///< what has become of the document
+  const char* doing;  ///< to be followed by its address
+};
+[[nodiscard]] const ActionWords& WordsOf(PutTarget::Action action);
+
 /// What the library is given for a target. It takes the path of a new document for that of its namesake in
 /// another folder, and refuses it. With a version that no document has the path leads to none, and the version
 /// is not part of the new document's name.

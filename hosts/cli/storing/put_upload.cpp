@@ -66,7 +66,7 @@ class CopyCheck {
     if (!check.Passes(total, outcome) || Interrupted()) return false;
     outcome.sent = sent;
     line.Show(sent, total, ProgressLine::Clock::now());
-    if (outcome.AllSent()) report.Tell(UnknownEnd(request, target));
+    if (outcome.AllSent()) report.TellOfOpenChange(UnknownEnd(request, target));
     return true;
   };
 }

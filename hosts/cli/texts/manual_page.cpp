@@ -95,8 +95,7 @@ namespace {
          Escaped(
              "The class is found out from the reason that the library tells of a failed call. Where that is "
              "not enough, vtdirect asks again whether the server can be used and whether the object is "
-             "there. "
-             "An object that the server keeps from this user counts as not found.") +
+             "there. An object that the server keeps from this user counts as not found.") +
          "\n";
 }
 

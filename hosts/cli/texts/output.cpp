@@ -50,20 +50,22 @@ struct ValueText {
   }
 };
 
+void AppendReason(const Reason& reason, Record& record) {
+  record.emplace_back("kind", std::string(VtDirectManager::FailureKindText(reason.kind)));
+  record.emplace_back("step", reason.step);
+  if (reason.httpStatus > 0)
+    record.emplace_back("http_status", static_cast<std::uint64_t>(reason.httpStatus));
+  if (!reason.serverText.empty()) record.emplace_back("server_text", reason.serverText);
+}
+
 [[nodiscard]] Record RecordOf(const Failure& failure) {
   Record record{{"error", std::string(ClassOf(failure))},
                 {"exit", static_cast<std::uint64_t>(failure.code)},
                 {"message", failure.Text()},
                 {"retryable", IsRetryable(failure)}};
   if (!failure.advice.empty()) record.emplace_back("advice", failure.advice);
-  if (!failure.reason) return record;
-  const Reason& reason = *failure.reason;
-  record.emplace_back("kind", std::string(VtDirectManager::FailureKindText(reason.kind)));
-  record.emplace_back("step", reason.step);
-  if (reason.httpStatus > 0)
-    record.emplace_back("http_status", static_cast<std::uint64_t>(reason.httpStatus));
-  if (!reason.serverText.empty()) record.emplace_back("server_text", reason.serverText);
-  record.emplace_back("may_have_happened", reason.mayHaveHappened);
+  if (failure.reason) AppendReason(*failure.reason, record);
+  if (const auto open = MayHaveHappened(failure)) record.emplace_back("may_have_happened", *open);
   return record;
 }
 

@@ -95,7 +95,9 @@ std::span<const SectionRow> Sections() {
        "divide some of them further), exit (the exit status), message, retryable (whether the same command "
        "can be given again as it is) and advice (what to do next). After a call of the library that failed "
        "it has kind, step, http_status, server_text and may_have_happened, which is true when a change may "
-       "have been carried out although it failed. A warning is an object on standard error with the member "
+       "have been carried out although it failed. A command that changes something and is ended by a signal "
+       "or --max-time has may_have_happened too: true while the answer to its change had not come. A warning "
+       "is an object on standard error with the member "
        "warning. Bytes that are no UTF-8 become U+FFFD."},
       {"ENVIRONMENT",
        "  VTDIRECT_TOKEN, VTDIRECT_USER, VTDIRECT_PASSWORD, NETRC: see CREDENTIALS\n"

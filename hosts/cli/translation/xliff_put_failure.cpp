@@ -1,9 +1,16 @@
 #include "hosts/cli/translation/xliff_put_failure.h"
 
+#include <vtdirect/vt_direct_manager.h>
+
+#include <optional>
+
+#include "hosts/cli/diagnosis.h"
 #include "hosts/cli/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
+
+using VtDirectManager::FailureKind;
 
 // A server may have done what it was asked when its answer doesn't come, and what it was not asked any more
 // is the link.
@@ -13,11 +20,12 @@ namespace {
   return "; if only the answer was lost, " + put.file.path + " is on the server without a link";
 }
 
-[[nodiscard]] std::string StandingOf(const XliffPut& put, const SourceXliff& after, bool lost) {
-  if (!after.linked && !put.before.linked) {
+[[nodiscard]] std::string StandingOf(const XliffPut& put, const std::optional<SourceXliff>& told, bool lost) {
+  const SourceXliff& after = told ? *told : put.before;
+  if (told && !after.linked && !put.before.linked) {
     return "no source XLIFF is linked to the document" + UnlinkedOf(put, lost);
   }
-  if (after.uid.empty()) return "what stands now could not be found out";
+  if (!told || after.uid.empty()) return "what stands now could not be found out";
   if (after.uid == put.before.uid) {
     return "its source XLIFF is " + after.uid + " as before" + UnlinkedOf(put, lost);
   }
@@ -36,18 +44,20 @@ namespace {
 }  // namespace
 
 Failure SendingFailure(Host& host, const XliffPut& put) {
+  const std::string url = VtDirectManager::GetServerURL(put.subject.uid.c_str());
+  // Of a server that can't be used nothing more can be said.
+  if (auto failure = ServerFailureByReason(host, url)) return *failure;
   const auto reason = LastReason();
   // Preferences that lead nowhere look like a server without what the upload needs.
-  const bool known = reason && reason->kind != VtDirectManager::FailureKind::ServiceMissing;
+  const bool known = reason && reason->kind != FailureKind::ServiceMissing;
   const bool lost = ChangeMayHaveHappened();
-  Failure failure =
-      DiagnoseXliff(host, put.subject,
-                    {ExitCode::Failure, "sending " + put.file.path + " as the source XLIFF of " +
-                                            put.subject.address + " failed"});
-  // Of a server that can't be used and a document that isn't there, nothing more can be said.
-  if (failure.code != ExitCode::Failure) return failure;
-  failure.message += "; " + StandingOf(put, FindSourceXliff(put.subject), lost);
+  const bool tellsMore = reason && reason->kind != FailureKind::NotFound;
+  Failure failure{ExitCode::Failure,
+                  "sending " + put.file.path + " as the source XLIFF of " + put.subject.address + " failed"};
+  if (tellsMore) failure.message += " (" + WordsOf(*reason) + ")";
+  failure.message += "; " + StandingOf(put, AskForSourceXliff(put.subject), lost);
   failure.advice = NextOf(put, known);
+  failure.reason = reason;
   return failure;
 }
 

@@ -14,13 +14,20 @@
 namespace vtdirect_cli {
 namespace {
 
+using VtDirectManager::FailureKind;
+
+constexpr int kNotFound = 404;
+
 [[nodiscard]] std::string ServerOf(const XliffSubject& subject) {
   return VtDirectManager::GetServerURL(subject.uid.c_str());
 }
 
 [[nodiscard]] Failure NoTranslation(Host& host, const XliffSubject& subject) {
   const std::string url = ServerOf(subject);
-  if (auto failure = DiagnoseServer(host, url)) return *failure;
+  const auto reason = LastReason();
+  // A release without translation has told its number, and so can be used.
+  const bool isKnown = reason && reason->kind == FailureKind::ServiceMissing;
+  if (auto failure = isKnown ? std::nullopt : DiagnoseServer(host, url)) return *failure;
   return {ExitCode::ServerUnsupported,
           url + " offers no translation: servers do from 11.1 M010 CPS 1 on, with the add-on for it"};
 }
@@ -29,6 +36,31 @@ namespace {
   if (subject.uid.empty()) return false;
   // A UID is found for a path only when the document is; one that was given may name anything.
   return !IsById(subject.address, kind) || VtDirectManager::FileExists(subject.uid.c_str());
+}
+
+// Whether the server answers questions about the translations of the document.
+[[nodiscard]] bool AnswersQuestions(const XliffSubject& subject) {
+  std::map<std::string, std::string> ignored;
+  return VtDirectManager::GetXliffTranslations(subject.uid.c_str(), ignored) || !ignored.empty();
+}
+
+// A server without the add-on knows nothing of what it is asked. So does one with it when there is nothing, and
+// only then another question tells the two apart.
+[[nodiscard]] bool MayLackTranslation(const XliffSubject& subject, const std::optional<Reason>& reason) {
+  if (!reason) return false;
+  if (reason->kind == FailureKind::ServiceMissing) return true;
+  const bool isUnknown = reason->kind == FailureKind::NotFound && reason->httpStatus == kNotFound;
+  return isUnknown && !AnswersQuestions(subject);
+}
+
+[[nodiscard]] Failure Unanswered(const XliffSubject& subject, const Failure& otherwise) {
+  const std::string text = "the server answers no question about the translations of " + subject.address +
+                           ", and may lack its add-on for them";
+  // What a server doesn't answer for can't be called missing.
+  if (otherwise.code == ExitCode::NotFound) return {ExitCode::Failure, text};
+  Failure failure = otherwise;
+  failure.message += "; " + text;
+  return failure;
 }
 
 }  // namespace
@@ -52,31 +84,15 @@ Result<std::string> ReadLanguage(const Arguments& arguments) {
 }
 
 Failure DiagnoseXliff(Host& host, const XliffSubject& subject, const Failure& otherwise) {
+  // The document was found on this server a moment ago: neither of them is asked for again.
+  if (auto failure = ServerFailureByReason(host, ServerOf(subject))) return *failure;
   const auto reason = LastReason();
-  if (auto failure = DiagnoseServer(host, ServerOf(subject))) return *failure;
-  const bool there = VtDirectManager::FileExists(subject.uid.c_str());
-  Failure failure{ExitCode::NotFound, "not found: " + subject.address};
-  if (there) failure = AnswersQuestions(subject) ? otherwise : Unanswered(subject, otherwise);
+  Failure failure = MayLackTranslation(subject, reason) ? Unanswered(subject, otherwise) : otherwise;
   if (Interrupted()) return InterruptedFailure();
   // That nothing was found is what the message says.
-  const bool tellsMore = reason && reason->kind != VtDirectManager::FailureKind::NotFound;
+  const bool tellsMore = reason && reason->kind != FailureKind::NotFound;
   if (tellsMore) failure.message += " (" + WordsOf(*reason) + ")";
   failure.reason = reason;
-  return failure;
-}
-
-bool AnswersQuestions(const XliffSubject& subject) {
-  std::map<std::string, std::string> ignored;
-  return VtDirectManager::GetXliffTranslations(subject.uid.c_str(), ignored) || !ignored.empty();
-}
-
-Failure Unanswered(const XliffSubject& subject, const Failure& otherwise) {
-  const std::string text = "the server answers no question about the translations of " + subject.address +
-                           ", and may lack its add-on for them";
-  // What a server doesn't answer for can't be called missing.
-  if (otherwise.code == ExitCode::NotFound) return {ExitCode::Failure, text};
-  Failure failure = otherwise;
-  failure.message += "; " + text;
   return failure;
 }
 
@@ -84,6 +100,19 @@ SourceXliff FindSourceXliff(const XliffSubject& subject) {
   SourceXliff found;
   found.linked = VtDirectManager::GetUIDForSourceXliff(subject.uid.c_str(), found.uid, found.language);
   return found;
+}
+
+std::optional<SourceXliff> AskForSourceXliff(const XliffSubject& subject) {
+  // A question that fails may be answered the second time.
+  for (int tries = 0; tries < 2; ++tries) {
+    const VtDirectManager::Outcome outcome;
+    const SourceXliff source = FindSourceXliff(subject);
+    if (source.linked) return source;
+    const auto reason = outcome.Cause();
+    if (!reason || reason->kind != FailureKind::NotFound) continue;
+    return MayLackTranslation(subject, reason) ? std::nullopt : std::optional(source);
+  }
+  return std::nullopt;
 }
 
 std::string XliffCommandFor(const std::string& command, const std::string& address) {

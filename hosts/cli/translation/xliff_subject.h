@@ -24,9 +24,10 @@ struct XliffSubject {
 /// @return a usage failure when there is none
 [[nodiscard]] Result<std::string> ReadLanguage(const Arguments& arguments);
 
-/// The failure of a translation operation, once the server and the document have been looked at again. To be
-/// called before anything else is asked of the library: it takes up the last reason.
-/// @param otherwise  when neither of them explains it
+/// The failure of a translation operation, by its reason. To be called before anything else is asked of the
+/// library: it takes up the last reason. Makes a request only if the server knew nothing of what it was asked: it
+/// may lack its add-on for translation then.
+/// @param otherwise  when the reason tells of neither the server nor the add-on
 [[nodiscard]] Failure DiagnoseXliff(Host& host, const XliffSubject& subject, const Failure& otherwise);
 
 /// The source XLIFF of a document, as the server tells it.
@@ -39,13 +40,9 @@ struct SourceXliff {
 /// Asks for the source XLIFF. Makes requests.
 [[nodiscard]] SourceXliff FindSourceXliff(const XliffSubject& subject);
 
-/// Whether the server answers questions about the translations of the document. One without the add-on for
-/// translation doesn't, and the library can't tell it otherwise. Makes requests.
-[[nodiscard]] bool AnswersQuestions(const XliffSubject& subject);
-
-/// The failure of an operation on a server that doesn't.
-/// @param otherwise  what it would be on one that does
-[[nodiscard]] Failure Unanswered(const XliffSubject& subject, const Failure& otherwise);
+/// The same for whoever relies on the answer that there is none: nothing if the server could not tell. Asks a
+/// second time when the first question fails.
+[[nodiscard]] std::optional<SourceXliff> AskForSourceXliff(const XliffSubject& subject);
 
 /// "vtdirect xliff COMMAND 'ADDRESS'", to be typed by the user.
 [[nodiscard]] std::string XliffCommandFor(const std::string& command, const std::string& address);

@@ -95,13 +95,13 @@ Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, con
     }
     return arrival;
   }
-  FetchRecord measured;
-  if (!Measure(local, measured)) {
+  const auto measured = Measure(local);
+  if (!measured) {
     arrival.failure = CannotWrite(document.path, EIO);
     return arrival;
   }
-  arrival.file = {document.path, document.address,    document.uid,   document.version,
-                  measured.size, FactsOf(local).time, measured.sha256};
+  arrival.file = {document.path,  document.address,    document.uid,    document.version,
+                  measured->size, FactsOf(local).time, measured->sha256};
   return arrival;
 }
 

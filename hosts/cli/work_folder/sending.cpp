@@ -56,9 +56,9 @@ class Sending {
     ForgetReasons();
     if (auto refusal = RefusalOfCheckout(host_, file_.address, file_.uid)) return refusal;
     if (Interrupted()) return InterruptedFailure();
-    report_.Tell(Named("was not sent, and whether its document is checked out is not known; ") +
-                 CommandToType("status", file_.address) + " tells");
-    JournaledStep step(host_, {{}, {}, "checkout", file_.address, file_.uid, {}, {}});
+    report_.TellOfOpenChange(Named("was not sent, and whether its document is checked out is not known; ") +
+                             CommandToType("status", file_.address) + " tells");
+    JournaledStep step(host_, {"checkout", file_.address, file_.uid});
     workingCopy_ = CheckOutDocument(file_.uid);
     if (workingCopy_.empty()) {
       step.SettleUnlessUnknown();
@@ -87,7 +87,9 @@ class Sending {
   }
 
   void Undo() {
-    JournaledStep step(host_, {{}, {}, "undo", file_.address, workingCopy_, {}, {}});
+    report_.TellOfOpenChange(Named("was not sent, and whether its checkout has ended is not known; ") +
+                             CommandToType("undo", workingCopy_) + " ends it");
+    JournaledStep step(host_, {"undo", file_.address, workingCopy_});
     ForgetReasons();
     if (VtDirectManager::UndoCheckout(workingCopy_.c_str()).empty()) {
       step.SettleUnlessUnknown();
@@ -95,6 +97,7 @@ class Sending {
                              CommandToType("undo", workingCopy_) + " ends it");
       return;
     }
+    report_.Tell(Named("is as it was on the server"));
     ForgetCheckout(host_, workingCopy_);
     step.Settle();
   }
@@ -121,14 +124,14 @@ class Sending {
   }
 
   [[nodiscard]] std::optional<Failure> Upload(const PutTarget& target, const SourceLinks& links) {
-    JournaledStep step(host_,
-                       {{}, {}, "store", file_.address, target.address, request_.content.path, sha256_});
+    JournaledStep step(host_, {"store", file_.address, target.address, request_.content.path, sha256_});
     const PutOutcome outcome = RunUpload(host_, request_, target, links, report_);
     if (!outcome.stored) {
       step.SettleUnlessUnknown();
       if (Interrupted()) return InterruptedFailure();
       return PutFailure(host_, request_, target, outcome);
     }
+    report_.Tell(Named("is stored in the working copy ") + target.address);
     step.Settle();
     WarnOfMissingLinks(host_, ByOwnId(target.address), links);
     workingCopy_ = target.address;
@@ -137,11 +140,11 @@ class Sending {
 
   [[nodiscard]] std::optional<Failure> CheckIn() {
     if (Interrupted()) return InterruptedFailure();
-    report_.Tell(Named("is stored in the working copy ") + workingCopy_ +
-                 ", and whether it is checked in is not known; " + CommandToType("verify", workingCopy_) +
-                 " tells");
+    report_.TellOfOpenChange(Named("is stored in the working copy ") + workingCopy_ +
+                             ", and whether it is checked in is not known; " +
+                             CommandToType("verify", workingCopy_) + " tells");
     ForgetReasons();
-    JournaledStep step(host_, {{}, {}, "checkin", file_.address, workingCopy_, {}, {}});
+    JournaledStep step(host_, {"checkin", file_.address, workingCopy_});
     uid_ = VtDirectManager::Checkin(workingCopy_.c_str());
     if (uid_.empty()) {
       step.SettleUnlessUnknown();

@@ -14,10 +14,13 @@
 namespace vtdirect_mount {
 namespace {
 
+// A program that was interrupted never closes what it opened.
 void ReplyHandle(fuse_req_t request, fuse_file_info file, std::shared_ptr<OpenDocument> opened) {
   auto* const handle = new Handle(std::move(opened));
   file.fh = reinterpret_cast<std::uint64_t>(handle);
-  if (fuse_reply_open(request, &file) != 0) delete handle;
+  if (fuse_reply_open(request, &file) == 0) return;
+  if (const auto& local = (*handle)->local(); local != nullptr) local->NoteClosed((*handle)->writes());
+  delete handle;
 }
 
 void ReplyOpen(fuse_req_t request, Mount& mount, std::uint64_t node, const Answer<Iteration>& answer) {
@@ -39,13 +42,12 @@ void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Node& node, const Wr
   }
   const bool writes = (flags & O_ACCMODE) != O_RDONLY;
   if (writes && (flags & O_TRUNC) != 0) {
-    mount.writing()->NoteChange(node.address, *writable.file, false);
-    if (ftruncate(writable.file->file().descriptor(), 0) != 0) {
-      fuse_reply_err(request, errno);
+    if (const int error = mount.writing()->Empty(node.address, writable.file); error != 0) {
+      fuse_reply_err(request, error);
       return;
     }
   }
-  mount.writing()->NoteOpened(writable.file);
+  mount.writing()->NoteOpened(writable.file, writes);
   static_cast<void>(mount.IsAsBefore(node.number, writable.file->name()));
   ReplyHandle(
       request, {},

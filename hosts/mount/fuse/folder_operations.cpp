@@ -1,9 +1,11 @@
 #include <cerrno>
+#include <cstring>
 #include <utility>
 #include <vector>
 
 #include "hosts/mount/fuse/entries.h"
 #include "hosts/mount/fuse/operations.h"
+#include "hosts/mount/names/shown_name.h"
 
 namespace vtdirect_mount {
 namespace {
@@ -81,6 +83,11 @@ void OnLookup(fuse_req_t request, fuse_ino_t parent, const char* name) {
   const auto node = mount.nodes().Find(parent);
   if (node == nullptr) {
     fuse_reply_err(request, ESTALE);
+    return;
+  }
+  // The kernel takes names of up to 1,024 bytes, and looks for each before it makes or renames a file.
+  if (std::strlen(name) > longestName) {
+    fuse_reply_err(request, ENAMETOOLONG);
     return;
   }
   const auto known = LookUp(mount, *node, name, Effort::Known);

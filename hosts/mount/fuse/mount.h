@@ -66,6 +66,8 @@ class Mount {
   /// Asks for what a program is about to ask next.
   void LookAhead(const std::string& folder, const FolderListing& listing, const FolderEntry& entry);
 
+  /// Whether this is the first answer to the kernel, which settles how the two speak.
+  [[nodiscard]] bool IsFirstAnswer() { return !hasAnswered_.exchange(true); }
   /// Whether the kernel has seen the node with this text before, and with no other one since. Notes the text.
   [[nodiscard]] bool IsAsBefore(std::uint64_t node, const std::string& text);
   /// Forgets what was noted of a node.
@@ -92,6 +94,7 @@ class Mount {
   std::mutex mutex_;  // guards what was seen
   std::map<std::uint64_t, std::string> seen_;
   std::atomic<std::size_t> refreshes_{0};
+  std::atomic<bool> hasAnswered_{false};
   TaskPool questions_;
   std::unique_ptr<Writing> writing_;
 };

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "hosts/mount/fuse/operations.h"
+#include "hosts/mount/fuse/parallel_lookups.h"
 
 extern char** environ;
 
@@ -78,6 +79,7 @@ std::unique_ptr<Session> Session::Open(Mount& mount, std::string& fault) {
     fuse_session_destroy(session);
     return nullptr;
   }
+  if (!AskForParallelLookups(session)) mount.log().Write("names of a directory are looked up one by one");
   return std::unique_ptr<Session>(new Session(mount, session));
 }
 

@@ -30,12 +30,13 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
   entry.attr = AttributesOfLocal(mount, *made.file);
   entry.attr.st_ino = node->number;
   entry.attr_timeout = entry.entry_timeout = mount.seconds();
-  mount.writing()->NoteOpened(made.file);
+  mount.writing()->NoteOpened(made.file, true);
   fuse_file_info file = {};
   auto* const handle =
       new Handle(std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid)));
   file.fh = reinterpret_cast<std::uint64_t>(handle);
   if (fuse_reply_create(request, &entry, &file) == 0) return;
+  made.file->NoteClosed(true);
   delete handle;
   mount.nodes().Forget(node->number, 1);
 }
@@ -45,8 +46,9 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
                            int what) {
   const int descriptor = local.file().descriptor();
   if ((what & FUSE_SET_ATTR_SIZE) != 0) {
-    mount.writing()->NoteChange(node.address, local, true);
+    if (const int error = mount.writing()->NoteChange(node.address, local, true); error != 0) return error;
     if (ftruncate(descriptor, wanted.st_size) != 0) return errno;
+    if (wanted.st_size == 0) local.NoteFailedWrite(0);
   }
   if ((what & (FUSE_SET_ATTR_MTIME | FUSE_SET_ATTR_MTIME_NOW)) != 0) {
     const timespec now{0, UTIME_NOW};
@@ -81,6 +83,13 @@ void StoreAndReply(fuse_req_t request, fuse_ino_t number, const fuse_file_info* 
   });
 }
 
+// EEXIST for a name that is there; another error number when that can't be told.
+[[nodiscard]] int ErrorOfTakenName(Mount& mount, const Node& folder, const std::string& name) {
+  const Answer<LookedUp> found = LookUp(mount, folder, name, Effort::Ask);
+  if (found.value != nullptr) return EEXIST;
+  return found.error == ENOENT ? 0 : found.error;
+}
+
 }  // namespace
 
 void OnCreate(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t /*mode*/,
@@ -108,10 +117,13 @@ void OnWrite(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size
     fuse_reply_err(request, node == nullptr ? ESTALE : EBADF);
     return;
   }
-  mount.writing()->NoteChange(node->address, *handle->local(), true);
-  const ssize_t count = pwrite(handle->local()->file().descriptor(), bytes, size, offset);
+  LocalFile& local = *handle->local();
+  int error = mount.writing()->NoteChange(node->address, local, true);
+  const ssize_t count = error == 0 ? pwrite(local.file().descriptor(), bytes, size, offset) : -1;
   if (count < 0) {
-    fuse_reply_err(request, errno);
+    if (error == 0) error = errno;
+    local.NoteFailedWrite(error);
+    fuse_reply_err(request, error);
   } else {
     fuse_reply_write(request, static_cast<std::size_t>(count));
   }
@@ -139,10 +151,13 @@ void OnFlush(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
   StoreAndReply(request, number, file);
 }
 
-// The bytes are safe on this machine then; they are stored when the file is closed.
+// The bytes are safe on this machine then; they are stored when the file is closed. The kernel tells of bytes that it
+// could not write once, and not when the file is stored.
 void OnSync(fuse_req_t request, fuse_ino_t /*number*/, int /*dataOnly*/, fuse_file_info* file) {
   const auto& local = HandleOf(file)->local();
-  fuse_reply_err(request, local == nullptr || fsync(local->file().descriptor()) == 0 ? 0 : errno);
+  const int error = local == nullptr || fsync(local->file().descriptor()) == 0 ? 0 : errno;
+  if (error != 0) local->NoteFailedWrite(error);
+  fuse_reply_err(request, error);
 }
 
 void OnRename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_t newParent,
@@ -151,8 +166,12 @@ void OnRename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_
   const auto folder = mount.nodes().Find(parent);
   const auto newFolder = mount.nodes().Find(newParent);
   if (folder == nullptr || newFolder == nullptr || folder->kind != NodeKind::Folder ||
-      newFolder->kind != NodeKind::Folder || flags != 0) {
-    fuse_reply_err(request, flags != 0 ? EINVAL : EPERM);
+      newFolder->kind != NodeKind::Folder) {
+    fuse_reply_err(request, EPERM);
+    return;
+  }
+  if ((flags & ~static_cast<unsigned>(RENAME_NOREPLACE)) != 0) {
+    fuse_reply_err(request, EINVAL);
     return;
   }
   Node wanted;
@@ -160,8 +179,9 @@ void OnRename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_
   wanted.name = newName;
   wanted.address = AddressIn(*newFolder, newName);
   mount.writing()->Post([&mount, parent, name = std::string(name), from = AddressIn(*folder, name), wanted,
-                         pending = PendingRequest::Of(request)] {
-    const int error = mount.writing()->Rename(from, wanted.address);
+                         isToBeFree = flags != 0, newFolder, pending = PendingRequest::Of(request)] {
+    const int taken = isToBeFree ? ErrorOfTakenName(mount, *newFolder, wanted.name) : 0;
+    const int error = taken != 0 ? taken : mount.writing()->Rename(from, wanted.address);
     if (error == 0) mount.nodes().Move(parent, name, wanted);
     pending->Fail(error);
   });

@@ -9,7 +9,6 @@
 namespace vtdirect_mount {
 namespace {
 
-constexpr std::size_t longestName = 255;
 constexpr std::size_t hashDigits = 16;
 
 [[nodiscard]] int DigitOf(char character) {

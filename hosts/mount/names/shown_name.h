@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -8,6 +9,9 @@ namespace vtdirect_mount {
 /// The folder that holds the versions of its neighbours. Programs that walk a tree never meet it, since no
 /// listing shows it.
 inline constexpr std::string_view versionsFolder = ".versions";
+
+/// The most bytes that a name in a directory can have.
+inline constexpr std::size_t longestName = 255;
 
 /// The name under which a program sees an entry of a listing.
 ///

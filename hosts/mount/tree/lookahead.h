@@ -11,8 +11,8 @@
 namespace vtdirect_mount {
 
 /// Tells which documents a program will ask for next. A program that asks for one entry of a folder after the
-/// other, as "ls -l" does, waits for each answer; those that come next can be asked for meanwhile. Any
-/// thread. Makes no request.
+/// other, as "ls -l" does, waits for each answer; those that come next can be asked for meanwhile. Several may
+/// walk a folder at a time, as the readers of "xargs -P 8" do. Any thread. Makes no request.
 class Lookahead {
  public:
   /// @param depth  how many entries to look ahead
@@ -31,9 +31,12 @@ class Lookahead {
     std::size_t steps = 0;    // how many entries were asked for in order
   };
 
+  [[nodiscard]] static Walk& WalkTo(std::size_t index, std::vector<Walk>& walks);
+
   const std::size_t depth_;
   std::mutex mutex_;
-  std::unordered_map<std::string, Walk> walks_;
+  std::unordered_map<std::string, std::vector<Walk>>
+      walks_;  // by folder, the one that went on last at the end
 };
 
 }  // namespace vtdirect_mount

@@ -1,11 +1,19 @@
 #include "hosts/mount/writing/local_file.h"
 
+#include <sys/file.h>
 #include <sys/stat.h>
+
+#include <cerrno>
 
 namespace vtdirect_mount {
 
 LocalFile::~LocalFile() {
   if (!keeps_) unlink(path_.c_str());
+}
+
+// A file system without such locks has every file free: then two mounts may store the same bytes twice.
+bool LocalFile::Claim() const {
+  return flock(file_.descriptor(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
 std::uint64_t LocalFile::size() const {

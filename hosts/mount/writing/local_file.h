@@ -42,15 +42,35 @@ class LocalFile {
     stored_ = changes;
     isDue_ = isDirty();
   }
+  /// Notes that a write failed with an error number, so that bytes of a program are missing in it. 0 notes that
+  /// it was emptied, and is written anew.
+  void NoteFailedWrite(int error) { failedWrite_ = error; }
+  /// That error number; 0 when no bytes are missing.
+  [[nodiscard]] int failedWrite() const { return failedWrite_; }
   /// Whether it is for this machine alone.
   [[nodiscard]] bool isScratch() const { return isScratch_; }
   void SetScratch(bool isScratch) { isScratch_ = isScratch; }
+  /// Whether its entry says that a program had closed it, so that it may be stored after a crash.
+  [[nodiscard]] bool isListedWhole() const { return isListedWhole_; }
+  void NoteListed(bool isWhole) { isListedWhole_ = isWhole; }
   /// Counts one more that has it open.
-  void NoteOpened() { ++opened_; }
+  void NoteOpened(bool writes) {
+    ++opened_;
+    if (writes) ++writers_;
+  }
   /// Counts one less. @return how many are left
-  std::size_t NoteClosed() { return --opened_; }
+  std::size_t NoteClosed(bool writes) {
+    if (writes) --writers_;
+    return --opened_;
+  }
+  [[nodiscard]] bool isOpen() const { return opened_ != 0; }
+  /// Whether somebody has it open for writing, so that it may be half.
+  [[nodiscard]] bool hasWriters() const { return writers_ != 0; }
   /// Whether its content stays when this is destroyed.
   void Keep(bool keeps) { keeps_ = keeps; }
+  /// Makes it this process's own until it is closed or the process ends, however that ends.
+  /// @return false when it is another's
+  [[nodiscard]] bool Claim() const;
 
  private:
   const std::string name_;
@@ -59,8 +79,11 @@ class LocalFile {
   std::atomic<std::uint64_t> changes_{0};
   std::atomic<std::uint64_t> stored_{0};
   std::atomic<std::size_t> opened_{0};
+  std::atomic<std::size_t> writers_{0};
+  std::atomic<int> failedWrite_{0};
   std::atomic<bool> isDue_{false};
   std::atomic<bool> isScratch_{false};
+  std::atomic<bool> isListedWhole_{false};
   std::atomic<bool> keeps_{false};
 };
 

@@ -35,7 +35,8 @@ constexpr std::chrono::seconds betweenTries{15};
   return address.substr(address.rfind('/') + 1);
 }
 
-// Names of files begin with the number of the process that made them.
+// Names of files begin with the number of the process that made them. That tells whether a content without an
+// entry may be cleared away; a number may come again, so what waits to be stored is not judged by it.
 [[nodiscard]] bool IsOfALivingProcess(const std::string& name) {
   pid_t process = 0;
   const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), process);
@@ -88,14 +89,15 @@ std::string Writing::Prepare(const std::string& below) {
   std::set<std::string> entries;
   for (const auto& unstored : unstored_.All()) {
     entries.insert(unstored.name);
-    if (!unstored.isWhole || IsOfALivingProcess(unstored.name) || !unstored.address.starts_with(below))
-      continue;
+    if (!unstored.isWhole || !unstored.address.starts_with(below)) continue;
     const std::string path = unstored_.ContentOf(unstored.name);
     const int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
     if (descriptor < 0) continue;
     auto file = std::make_shared<LocalFile>(unstored.name, path, descriptor);
     file->Keep(true);
+    if (!file->Claim()) continue;
     file->NoteChange(true);
+    file->NoteListed(true);
     overlay_.Lay(unstored.address, std::move(file));
     const std::lock_guard lock(mutex_);
     waiting_.insert(unstored.address);
@@ -133,7 +135,12 @@ Writable Writing::NewFile(const std::string& contentOf) {
   const int error = contentOf.empty() ? 0 : FetchInto(contentOf, path);
   const int descriptor =
       error == 0 ? open(path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600) : -1;
-  if (descriptor >= 0) return {0, std::make_shared<LocalFile>(name, path, descriptor)};
+  if (descriptor >= 0) {
+    Writable made{0, std::make_shared<LocalFile>(name, path, descriptor)};
+    // Nobody else knows the name yet.
+    static_cast<void>(made.file->Claim());
+    return made;
+  }
   const int fault = error == 0 ? errno : error;
   unlink(path.c_str());
   return {fault};
@@ -146,7 +153,10 @@ Writable Writing::Create(const std::string& address) {
   made.file->SetScratch(IsScratch(address));
   overlay_.Lay(address, made.file);
   // An empty new file is a document too, once it is closed.
-  NoteChange(address, *made.file, false);
+  if (const int error = NoteChange(address, *made.file, false); error != 0) {
+    overlay_.Take(address, made.file);
+    return {error};
+  }
   return made;
 }
 
@@ -156,8 +166,8 @@ bool Writing::IsWaiting(const std::string& address) {
 }
 
 void Writing::Close(const std::string& address, const std::shared_ptr<LocalFile>& file, bool writes) {
-  const auto close = [this, address, file] {
-    if (file->NoteClosed() == 0 && !file->isDirty() && !file->isScratch()) overlay_.Take(address, file);
+  const auto close = [this, address, file, writes] {
+    if (file->NoteClosed(writes) == 0 && !file->isDirty() && !file->isScratch()) overlay_.Take(address, file);
   };
   if (!writes || !file->isDirty() || file->isScratch() || IsWaiting(address)) return close();
   Post([this, address, file, close] {
@@ -188,18 +198,32 @@ Writable Writing::Edit(const std::string& address, bool keepsContent) {
   return {0, overlay_.LayIfFree(address, made.file)};
 }
 
-void Writing::NoteWaiting(const std::string& address, const LocalFile& file, bool isWhole,
-                          const std::string& fault) {
+int Writing::NoteWaiting(const std::string& address, LocalFile& file, bool isWhole,
+                         const std::string& fault) {
   const int error = unstored_.Write({file.name(), address, Now(), isWhole, fault});
+  if (error == 0) file.NoteListed(isWhole);
   if (error != 0) mounted_.log("cannot note that " + address + " waits: " + std::strerror(error));
+  return error;
 }
 
-void Writing::NoteChange(const std::string& address, LocalFile& file, bool isDue) {
-  const bool isFirst = !file.isDirty();
+int Writing::NoteChange(const std::string& address, LocalFile& file, bool isDue) {
+  // One that waits is half while it is written to again.
+  if ((!file.isDirty() || file.isListedWhole()) && !file.isScratch()) {
+    if (const int error = NoteWaiting(address, file, false, "it was not closed"); error != 0) return error;
+    file.Keep(true);
+  }
   file.NoteChange(isDue);
-  if (!isFirst || file.isScratch()) return;
-  file.Keep(true);
-  NoteWaiting(address, file, false, "it was not closed");
+  return 0;
+}
+
+int Writing::Empty(const std::string& address, const std::shared_ptr<LocalFile>& file) {
+  if (const int error = NoteChange(address, *file, false); error != 0) {
+    if (!file->isDirty() && !file->isOpen()) overlay_.Take(address, file);
+    return error;
+  }
+  if (ftruncate(file->file().descriptor(), 0) != 0) return errno;
+  file->NoteFailedWrite(0);
+  return 0;
 }
 
 // What was written when a document was checked out, or was not there, must not become a new iteration of one
@@ -216,13 +240,18 @@ int Writing::Store(const std::string& address, const std::shared_ptr<LocalFile>&
   if (!file->isDirty() || file->isScratch()) return 0;
   const std::uint64_t changes = file->changes();
   file->Keep(true);
-  if (fsync(file->file().descriptor()) != 0) return EIO;
+  if (file->failedWrite() == 0 && fsync(file->file().descriptor()) != 0) file->NoteFailedWrite(errno);
+  if (const int error = file->failedWrite(); error != 0) {
+    mounted_.log(address + " is not stored: a write to it failed: " + std::strerror(error));
+    NoteWaiting(address, *file, false, std::string("a write failed: ") + std::strerror(error));
+    return error;
+  }
   NoteWaiting(address, *file, true, "it was not confirmed that it is stored");
   std::string fault = WhyNotNow(address);
   if (fault.empty()) fault = runner_.Run({"put", "--quiet", "--", file->path(), address});
   if (!fault.empty()) {
     mounted_.log(address + " is not stored, and waits: " + fault);
-    NoteWaiting(address, *file, true, fault);
+    NoteWaiting(address, *file, file->changes() == changes, fault);
     const std::lock_guard lock(mutex_);
     waiting_.insert(address);
     return EIO;
@@ -258,6 +287,7 @@ int Writing::SetAside(const std::string& document, const std::string& backup) {
 int Writing::MoveOnto(const std::string& from, const std::string& to,
                       const std::shared_ptr<LocalFile>& file) {
   if (!IsScratch(to)) {
+    if (file->failedWrite() != 0) return file->failedWrite();
     std::string uid;
     const int error = RequireCheckout(to, uid);
     if (error != 0 && error != ENOENT) return error;
@@ -305,6 +335,7 @@ void Writing::RetryOnce() {
   }
   for (const std::string& address : waiting) {
     const auto file = overlay_.Find(address);
+    if (file != nullptr && file->hasWriters()) continue;
     if (file == nullptr || !file->isDirty() || Store(address, file) == 0) {
       const std::lock_guard lock(mutex_);
       waiting_.erase(address);

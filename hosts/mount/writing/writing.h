@@ -67,11 +67,15 @@ class Writing {
   [[nodiscard]] Writable Edit(const std::string& address, bool keepsContent);
   /// Notes that a file of that address is about to be changed, so that a crash is told of.
   /// @param isDue  as LocalFile::NoteChange
-  void NoteChange(const std::string& address, LocalFile& file, bool isDue);
+  /// @return an error number when that can't be noted; then it must not be changed
+  [[nodiscard]] int NoteChange(const std::string& address, LocalFile& file, bool isDue);
+  /// Empties a file that a program is about to write anew.
+  /// @return an error number; then a file that nobody has changed or has open does not lie over its document
+  [[nodiscard]] int Empty(const std::string& address, const std::shared_ptr<LocalFile>& file);
   /// Hands over a task that stores or renames: one at a time, in the order in which they come.
   void Post(TaskPool::Task task) { stores_.Post(std::move(task)); }
   /// A file was opened.
-  static void NoteOpened(const std::shared_ptr<LocalFile>& file) { file->NoteOpened(); }
+  static void NoteOpened(const std::shared_ptr<LocalFile>& file, bool writes) { file->NoteOpened(writes); }
   /// A file was closed for good, which nobody can be told the end of. What is new in it and was not stored yet
   /// is stored; one that holds nothing new goes with the last.
   void Close(const std::string& address, const std::shared_ptr<LocalFile>& file, bool writes);
@@ -82,7 +86,8 @@ class Writing {
 
   // To be called by tasks of Post alone.
 
-  /// Stores what was changed; scratch files are stored nowhere. @return EIO when it waits now
+  /// Stores what was changed; scratch files are stored nowhere.
+  /// @return EIO when it waits now; the error number of a write that failed, since half a file is never stored
   [[nodiscard]] int Store(const std::string& address, const std::shared_ptr<LocalFile>& file);
   /// Gives a file another name, and stores it when that is a document's. @return an error number
   [[nodiscard]] int Rename(const std::string& from, const std::string& to);
@@ -97,7 +102,7 @@ class Writing {
   [[nodiscard]] int SetAside(const std::string& document, const std::string& backup);
   [[nodiscard]] int MoveOnto(const std::string& from, const std::string& to,
                              const std::shared_ptr<LocalFile>& file);
-  void NoteWaiting(const std::string& address, const LocalFile& file, bool isWhole, const std::string& fault);
+  int NoteWaiting(const std::string& address, LocalFile& file, bool isWhole, const std::string& fault);
   void Retry();
   void RetryOnce();
 

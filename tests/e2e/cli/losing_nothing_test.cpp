@@ -73,6 +73,18 @@ class LosingNothing : public AccidentTest, public testing::WithParamInterface<Ch
     return isNew || (!done && content.starts_with("(6)"));
   }
 
+  // What the command said before it ended. A killed one has said nothing.
+  void ExpectTheWordsAreTrue(const std::string& content, bool isHeld) {
+    const std::string command = GetParam().name;
+    const bool stores = command.starts_with("Store") || command == "Iterate" || command.starts_with("Create");
+    const bool isChanged = stores ? content == kNewContent : isHeld != GetParam().isCheckedOut;
+    if (isChanged) {
+      EXPECT_THAT(result_.err, Not(HasSubstr("nothing was ")));
+    } else {
+      EXPECT_NE(result_.status, 0);
+    }
+  }
+
   void ExpectNothingIsLost() {
     EXPECT_EQ(ReadFile(Here("f")), kNewContent);
     EXPECT_EQ(ReadFile(Here("g")), kStoredBefore);
@@ -84,6 +96,7 @@ class LosingNothing : public AccidentTest, public testing::WithParamInterface<Ch
       EXPECT_TRUE(isHeld || (command == "Checkout" && !done));
     }
     EXPECT_TRUE(MayBe(content, isHeld, done)) << content;
+    ExpectTheWordsAreTrue(content, isHeld);
     ExpectTheBookIsRight(isHeld);
   }
 

@@ -31,6 +31,7 @@ TEST_F(MaxTime, TellsWhatStandsAfterAChangeThatWasNotAnswered) {
   EXPECT_THAT(result.err,
               HasSubstr("\"error\":\"timed-out\",\"exit\":12,\"message\":\"the time for the command "
                         "is over; whether "));
+  EXPECT_THAT(result.err, HasSubstr("\"may_have_happened\":true}\n"));
   EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
 }
 

@@ -76,16 +76,24 @@ class SecuredServer : public VtDirect {
     authority_ = MakeCertificate(Home(""), "server", "IP:127.0.0.1");
     const std::string port = server().authority().substr(server().authority().find(':') + 1);
     front_ = std::make_unique<TlsFront>(Home(""), "server", std::stoi(port));
-    Serve({"--port", port, "--codebase-url", "http" + front_->Url().substr(5) + "/"});
+    Serve({"--port", port, "--page-size", "2", "--codebase-url", "http" + front_->Url().substr(5) + "/"});
   }
 
-  ProcessResult Get(const std::string& rule) {
+  void Configure(const std::string& rule) {
     WriteHome(".config/vtdirect/config",
               "[server secured]\nurl = " + front_->Url() + "/\nca_file = " + authority_ +
                   (rule.empty() ? "" : "\nhttp_addresses = " + rule) + "\n",
               0600);
+  }
+  ProcessResult Get(const std::string& rule) {
+    Configure(rule);
     return Run({"--connect-timeout", "2", "get", "--force", "//secured/?id=D1001", "-o", "copy"});
   }
+
+  static constexpr const char* kWhy =
+      "the server was asked by https and names an address with http, to which nothing is sent; if a proxy "
+      "before the server speaks https, set http_addresses = upgrade in the server's section of the "
+      "configuration file";
 
   std::string authority_;
   std::unique_ptr<TlsFront> front_;
@@ -95,13 +103,38 @@ TEST_F(SecuredServer, IsLeftForAnHttpAddressOfItsOnlyWhereTheConfigurationSaysSo
   for (const char* rule : {"", "refuse"}) {
     const ProcessResult refused = Get(rule);
     EXPECT_EQ(refused.status, 7) << refused.err;
-    EXPECT_THAT(refused.err, HasSubstr("httpAddresses"));
+    EXPECT_EQ(refused.err,
+              std::string("vtdirect: the download of //secured/?id=D1001 failed (") + kWhy + ")\n");
     EXPECT_EQ(HereNames().size(), 0u);
   }
   const ProcessResult upgraded = Get("upgrade");
   EXPECT_EQ(upgraded.status, 0) << upgraded.err;
   EXPECT_EQ(ReadFile(Here("copy")), server().Get(kForkContent));
   EXPECT_EQ(Get("always").status, 2);
+}
+
+TEST_F(SecuredServer, SaysOfAListingThatItNamesAnHttpAddressForTheNextPage) {
+  Configure("");
+  const std::string folder = "//secured/Products/Trekking Bike/Folders/Frame";
+  const ProcessResult refused = Run({"--connect-timeout", "2", "ls", folder});
+  EXPECT_EQ(refused.status, 11);
+  EXPECT_EQ(refused.err, "vtdirect: the listing of " + folder + " broke off after 2 entries: " + kWhy + "\n");
+  Configure("upgrade");
+  EXPECT_EQ(Run({"--connect-timeout", "2", "ls", folder}).status, 0);
+}
+
+TEST_F(SecuredServer, SaysOfAnUploadThatItNamesAnHttpAddressForIt) {
+  Configure("");
+  WriteFile(Here("new.lxz"), "content");
+  const std::string folder = "//secured/Products/Trekking Bike/Folders/Frame/";
+  const ProcessResult refused = Run({"--connect-timeout", "2", "put", "new.lxz", folder + "new.lxz"});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, HasSubstr("names an address with http, to which nothing is sent"));
+  EXPECT_THAT(refused.err, HasSubstr("http_addresses"));
+  Configure("upgrade");
+  const ProcessResult listed = Run({"--connect-timeout", "2", "ls", folder});
+  EXPECT_EQ(listed.status, 0) << listed.err;
+  EXPECT_EQ(listed.out.find("new.lxz"), std::string::npos) << "nothing was stored";
 }
 
 /// The way to the server, with a proxy where nobody listens.

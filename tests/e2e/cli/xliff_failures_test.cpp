@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <ostream>
 #include <string>
 
@@ -167,6 +168,56 @@ TEST_F(XliffTest, DoesNotTakeAFailedQuestionForADocumentWithoutASource) {
 TEST_F(XliffTest, NeedsNoneOfTheQuestionsThatOnlyInform) {
   Serve({"--fault", "GET *IsAssemblyInstalled*=500", "--fault", "GET /servlet/odata/=500"});
   EXPECT_EQ(Put(kBareManual).status, 0);
+}
+
+/// A reason that the failed call tells is not asked for again.
+class XliffReason : public XliffTest {
+ protected:
+  // How many requests come after the one whose target has this part.
+  [[nodiscard]] std::size_t RequestsAfter(const std::string& part) const {
+    const std::string log = server().Log();
+    const std::size_t at = log.rfind(part);
+    EXPECT_NE(at, std::string::npos) << log;
+    return static_cast<std::size_t>(
+               std::count(log.begin() + static_cast<std::ptrdiff_t>(at), log.end(), '\n')) -
+           1;
+  }
+};
+
+TEST_F(XliffReason, OfARefusedListIsNotAskedFor) {
+  Serve({"--fault", "GET *expand=Translations=500"});
+  EXPECT_THAT(Run({"xliff", "list", kManual}).err, HasSubstr("(list the translations: refused, HTTP 500"));
+  EXPECT_EQ(RequestsAfter("expand=Translations"), 0U);
+}
+
+TEST_F(XliffReason, OfASourceThatIsNotThereIsNotAskedFor) {
+  Serve();
+  EXPECT_EQ(Run({"xliff", "source", kBareManual}).status, 6);
+  EXPECT_EQ(RequestsAfter("('D1032')/Xliff"), 0U);
+}
+
+TEST_F(XliffReason, OfADocumentWithoutASourceIsTheAnswerAndIsNotAskedFor) {
+  Serve();
+  EXPECT_EQ(Put(kBareManual).status, 0);
+  EXPECT_THAT(server().Log(), testing::Not(HasSubstr("expand=Translations")));
+}
+
+TEST_F(XliffReason, OfAMarkThatWasRefusedIsNotAskedFor) {
+  Serve({"--fault", "PATCH *=500"});
+  const ProcessResult result = Run({"--json", "xliff", "publish", "//sim/?id=D1031"});
+  EXPECT_THAT(result.err, AllOf(HasSubstr("\"error\":\"lost-answer\""), HasSubstr("\"http_status\":500"),
+                                HasSubstr("\"may_have_happened\":true")));
+  EXPECT_EQ(RequestsAfter("\"PATCH\""), 0U);
+}
+
+TEST_F(XliffReason, OfAnUploadThatCouldNotLookBeforehandIsTold) {
+  Serve({"--fault", "GET *DynamicDocuments('D1028')/Xliff=503"});
+  const ProcessResult result = Put(kManual);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err,
+              HasSubstr("whether //sim/?id=D1028 has a source XLIFF could not be found out; nothing "
+                        "was sent (find the source XLIFF: refused, HTTP 503"));
+  EXPECT_EQ(Writes(), "");
 }
 
 class XliffListFault : public XliffTest, public testing::WithParamInterface<const char*> {};

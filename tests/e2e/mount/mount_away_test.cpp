@@ -85,6 +85,19 @@ TEST_F(ServerAway, LetsASlowDocumentHoldUpNobodyElse) {
   EXPECT_TRUE(WaitUntil([&slow] { return !slow.Running(); }, 5'000));
 }
 
+TEST_F(ServerAway, LetsASlowRecordHoldUpNobodyInTheSameFolder) {
+  const int admin = UnusedPort();
+  Serve({"--fault", "GET *documents/D1001*=stall", "--admin-port", std::to_string(admin)});
+  Mount({"--stall-timeout", "20"});
+  Process slow({"/usr/bin/stat", Tree(kFork)}, ProcessOptions{});
+  server().Control("GET", "/requests?path=*documents/D1001*&state=arrived&count=1&wait=10000");
+  Process other({"/usr/bin/stat", Tree(std::string(kFrame) + "frame.lxz")}, ProcessOptions{});
+  EXPECT_TRUE(WaitUntil([&other] { return !other.Running(); }, 5'000));
+  EXPECT_TRUE(slow.Running());
+  slow.Signal(SIGINT);
+  EXPECT_TRUE(WaitUntil([&slow] { return !slow.Running(); }, 5'000));
+}
+
 TEST_F(ServerAway, SaysInTheLogWhatWentWrong) {
   Serve({"--fault", "GET */content/*=503"});
   Mount({"--log", Home("log")});

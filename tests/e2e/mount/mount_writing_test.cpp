@@ -5,9 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 
-#include "tests/e2e/mount/mount_fixture.h"
+#include "tests/e2e/mount/mount_writing_fixture.h"
 
 namespace vtdirect_test {
 namespace {
@@ -16,31 +17,6 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
-
-// The demo's fork, checked out by the user, in a mount that can be written to.
-class MountWriting : public MountTest {
- protected:
-  static std::string Path() { return "//sim/" + std::string(kFork); }
-  void CheckOut() { ASSERT_EQ(Run({"checkout", "-q", Path()}).status, 0); }
-  void MountAndCheckOut() {
-    Serve();
-    CheckOut();
-    Mount({"--write"});
-  }
-  // What the server has of the working copy, or of any other document.
-  [[nodiscard]] std::string OnServer(const std::string& address) {
-    const auto result = Run({"get", "-q", "--force", address, "-o", Here("got")});
-    return result.status == 0 ? ReadFile(Here("got")) : "(" + result.err + ")";
-  }
-  [[nodiscard]] std::string Fork() const { return Tree(kFork); }
-  [[nodiscard]] std::string Unstored() const { return Home(".local/state/vtdirect/unstored"); }
-  [[nodiscard]] std::vector<std::string> AtItsPort(const std::vector<std::string>& more = {}) const {
-    const std::string authority = server().authority();
-    std::vector<std::string> options = {"--port", authority.substr(authority.rfind(':') + 1)};
-    options.insert(options.end(), more.begin(), more.end());
-    return options;
-  }
-};
 
 TEST_F(MountWriting, StoresACheckedOutDocumentWhenItIsClosed) {
   MountAndCheckOut();
@@ -156,6 +132,20 @@ TEST_F(MountWriting, KeepsScratchFilesOnThisMachine) {
   EXPECT_EQ(result.out, "1\n2\n3\n.a.swp\na.lxz~\nb.wip\nfork.lxz\nframe.lxz\nwelding manual.xml\n3\n");
   EXPECT_EQ(Run({"ls", "//sim/" + std::string(kFrame)}).out, "fork.lxz\nframe.lxz\nwelding manual.xml\n");
   EXPECT_EQ(Asked("POST"), 0U);
+}
+
+TEST_F(MountWriting, RenamesToAFreeNameAloneWhenToldSo) {
+  Serve();
+  Mount({"--write"});
+  ASSERT_EQ(Shell("cd \"$TREE/" + std::string(kFrame) + "\" && echo 1 >a~ && echo 2 >b~").err, "");
+  const auto rename = [](const std::string& from, const std::string& to) {
+    return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
+  };
+  const std::string frame = Tree(kFrame);
+  EXPECT_EQ(rename(frame + "a~", frame + "b~"), EEXIST);
+  EXPECT_EQ(rename(frame + "a~", frame + "fork.lxz"), EEXIST);
+  EXPECT_EQ(rename(frame + "a~", frame + "c~"), 0);
+  EXPECT_EQ(Text(frame + "c~"), "1\n");
 }
 
 TEST_F(MountWriting, RefusesWhatTheServerDoesNotHave) {

@@ -71,8 +71,9 @@ depends_on vtdirect-tools "libvtdirect0 \(= $version\)"
 has vtdirect-tools bin/vtdirect 'share/man/man1/vtdirect\.1\.gz' share/bash-completion/completions/vtdirect
 # The mount is apart, so that nobody else needs libfuse.
 ! dpkg-deb -f vtdirect-tools_*.deb Depends | grep -e fuse || wrong "the command line needs no libfuse"
-depends_on vtdirect-mount "libvtdirect0 \(= $version\)" libfuse3-3 fuse3
-has vtdirect-mount bin/vtdirect-mount 'share/man/man1/vtdirect-mount\.1\.gz'
+depends_on vtdirect-mount "libvtdirect0 \(= $version\)" "vtdirect-tools \(= $version\)" libfuse3-3 fuse3
+has vtdirect-mount bin/vtdirect-mount 'share/man/man1/vtdirect-mount\.1\.gz' \
+  share/doc/vtdirect-mount/vtdirect-mount.service
 # The simulator is for those who have another client, too.
 depends_on vantry-sim libsqlite3-0 libssl3
 ! dpkg-deb -f vantry-sim_*.deb Depends | grep -e vtdirect -e curl || wrong "vantry-sim needs nothing of the libraries"
@@ -86,5 +87,31 @@ libraries=$(dirname "$PWD"/tree/usr/lib/*/libvtdirect.so.0)
 export LD_LIBRARY_PATH=$libraries
 tree/usr/bin/vtdirect --version | grep -xF "vtdirect ${version%-*}" || wrong "vtdirect does not say its version"
 tree/usr/bin/vantry-sim --help | grep -F -e --port || wrong "vantry-sim does not run"
+tree/usr/bin/vtdirect-mount --help | grep -F -e --foreground || wrong "vtdirect-mount does not run"
+
+# The command line finds the program of the other package, which shows what a server has.
+try_mount() {
+  local url= file='Products/Trekking Bike/Folders/Frame/fork.lxz'
+  rm -rf mounted && mkdir -p mounted/tree mounted/home
+  tree/usr/bin/vantry-sim --port 0 --data mounted/data >mounted/said 2>&1 &
+  simulator=$!
+  for _ in $(seq 100); do
+    url=$(grep -m 1 -o 'http://[^ ]*' mounted/said || true)
+    [ -z "$url" ] || break
+    sleep 0.1
+  done
+  HOME=$PWD/mounted/home XDG_CACHE_HOME='' XDG_STATE_HOME='' no_proxy=127.0.0.1 \
+    tree/usr/bin/vtdirect --server "plm=$url" mount --no-prompt //plm/ mounted/tree &&
+    grep 'FENLET DRAWING' "mounted/tree/$file" && tree/usr/bin/vtdirect unmount mounted/tree ||
+    wrong "the installed mount does not show the server"
+  ! grep -q " $PWD/mounted/tree " /proc/mounts || fusermount3 -uz mounted/tree
+  kill "$simulator"
+}
+# A container may have the device, and not the right to mount by it.
+if (: <>/dev/fuse) 2>/dev/null && [ -x /usr/bin/fusermount3 ]; then
+  try_mount
+else
+  echo "The mount is not tried: there is no /dev/fuse that can be opened here."
+fi
 
 [ $failed = no ]

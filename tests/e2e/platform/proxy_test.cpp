@@ -48,6 +48,32 @@ TEST_F(Proxy, ComesFromTheEnvironment) {
   EXPECT_EQ(FetchFrom(server.Url()).body, "direct");
 }
 
+TEST_F(Proxy, OfTheEnvironmentCountsFromTheNextRequestOn) {
+  ScriptedServer server(AnswerDirectly);
+  ScriptedServer proxy(AnswerByProxy);
+  const auto connection = vtdirect_test::Connect(server.Url());
+  for (const char* name : {"http_proxy", "all_proxy", "ALL_PROXY"}) {
+    EXPECT_EQ(vtdirect_test::Fetch(*connection).body, "direct") << name;
+    setenv(name, proxy.Url().c_str(), 1);
+    EXPECT_EQ(vtdirect_test::Fetch(*connection).body, "by proxy") << name;
+    setenv("no_proxy", "127.0.0.1", 1);
+    EXPECT_EQ(vtdirect_test::Fetch(*connection).body, "direct") << name;
+    unsetenv("no_proxy");
+    unsetenv(name);
+  }
+}
+
+TEST_F(Proxy, OfTheEnvironmentIsAskedForATunnelByEachOfItsNames) {
+  ScriptedServer proxy([](Peer& peer, WireRequest&) { peer.Answer(403, "no tunnel"); });
+  int asked = 0;
+  for (const char* name : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
+    setenv(name, proxy.Url().c_str(), 1);
+    EXPECT_EQ(FetchFrom("https://vantry.invalid/").code, ErrorCode::NoConnection);
+    unsetenv(name);
+    EXPECT_EQ(proxy.requests().size(), static_cast<std::size_t>(++asked)) << name;
+  }
+}
+
 TEST_F(Proxy, IsAskedForTheWholeUrl) {
   ScriptedServer proxy([](Peer& peer, WireRequest&) { peer.Answer(200, "by proxy"); });
   setenv("http_proxy", proxy.Url().c_str(), 1);

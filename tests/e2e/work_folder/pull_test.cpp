@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "tests/e2e/cli/meddler.h"
 #include "tests/e2e/work_folder/work_folder_fixture.h"
 
 using testing::HasSubstr;
@@ -144,6 +145,26 @@ TEST_F(PullCommand, RefusesOutsideOfAWorkFolderAndWithAnotherServer) {
   EXPECT_EQ(other.status, 2);
   EXPECT_THAT(other.err, HasSubstr("leads to"));
   EXPECT_EQ(Process({VTDIRECT_PROGRAM, "st"}, {environment_, Here("Frame"), "", 0}).Wait().status, 9);
+}
+
+// Without a length, half a content looks whole: only the size in the document's record tells.
+TEST_F(PullCommand, KeepsTheOldFileWhenAContentIsShorterThanItsRecordSays) {
+  Clone();
+  const std::string old = ReadFile(Fork());
+  StoreElsewhere("newer by much");
+  Meddler halver([](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+    const std::string answer = forward();
+    if (request.target.find("/streams/") == std::string::npos) return peer.Send(answer);
+    peer.Send("HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream\r\n\r\nnewer");
+  });
+  environment_["http_proxy"] = halver.Url();
+  const ProcessResult result = RunIn("Frame", {"pull"});
+  environment_.erase("http_proxy");
+  EXPECT_NE(result.status, 0);
+  EXPECT_THAT(result.err, HasSubstr("fork.lxz"));
+  EXPECT_EQ(ReadFile(Fork()), old);
+  EXPECT_EQ(RunIn("Frame", {"pull"}).status, 0);
+  EXPECT_EQ(ReadFile(Fork()), "newer by much");
 }
 
 }  // namespace vtdirect_test

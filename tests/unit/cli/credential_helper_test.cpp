@@ -16,6 +16,12 @@ const HelperFields kAbout = {{"protocol", "https"}, {"host", "plm.example:8443"}
 class CredentialHelperTest : public testing::Test {
  protected:
   CredentialHelperTest() { signal(SIGPIPE, SIG_IGN); }
+
+  // Why it gives no answer that can be used.
+  static std::string FaultOf(const CredentialHelper& helper) {
+    const auto answer = helper.Get(kAbout);
+    return answer ? "" : answer.failure().message;
+  }
 };
 
 }  // namespace
@@ -33,9 +39,9 @@ TEST_F(CredentialHelperTest, IsToldAndAnswersAsGitsHelpersDo) {
   const vtdirect_test::TemporaryDirectory directory;
   const std::string log = directory.File("log");
   const CredentialHelper helper("f() { { echo \"$1\"; cat; } > " + log + "; echo password=p; }; f", 5);
-  std::string fault;
-  EXPECT_EQ(helper.Get(kAbout, fault), (HelperFields{{"password", "p"}}));
-  EXPECT_EQ(fault, "");
+  const auto answer = helper.Get(kAbout);
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(*answer, (HelperFields{{"password", "p"}}));
   EXPECT_EQ(vtdirect_test::ReadFile(log), "get\nprotocol=https\nhost=plm.example:8443\nusername=anna\n\n");
   EXPECT_EQ(helper.Store({{"host", "h"}, {"password", "p"}}), "");
   EXPECT_EQ(vtdirect_test::ReadFile(log), "store\nhost=h\npassword=p\n\n");
@@ -44,27 +50,24 @@ TEST_F(CredentialHelperTest, IsToldAndAnswersAsGitsHelpersDo) {
 }
 
 TEST_F(CredentialHelperTest, ThatReadsNothingAndKnowsNothingIsNoFault) {
-  std::string fault;
-  EXPECT_EQ(CredentialHelper("exit 3; :", 5).Get(kAbout, fault), HelperFields{});
-  EXPECT_EQ(fault, "");
+  const auto answer = CredentialHelper("exit 3; :", 5).Get(kAbout);
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(*answer, HelperFields{});
 }
 
 TEST_F(CredentialHelperTest, ThatHangsIsEndedWithAllThatItStarted) {
   const auto start = std::chrono::steady_clock::now();
   const vtdirect_test::TemporaryDirectory directory;
-  std::string fault;
   const CredentialHelper helper("sh -c 'sleep 60; touch " + directory.File("late") + "'; :", 1);
-  EXPECT_EQ(helper.Get(kAbout, fault), HelperFields{});
-  EXPECT_EQ(fault, "the credential helper has not answered \"get\" within 1 s and was ended");
+  EXPECT_EQ(FaultOf(helper), "the credential helper has not answered \"get\" within 1 s and was ended");
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
 }
 
 TEST_F(CredentialHelperTest, ThatPrintsNonsenseIsNotBelievedAndNotRepeated) {
-  std::string fault;
-  EXPECT_EQ(CredentialHelper("echo secret; :", 5).Get(kAbout, fault), HelperFields{});
-  EXPECT_EQ(fault, "the credential helper has printed what is no answer; it is to print lines of KEY=VALUE");
-  EXPECT_EQ(CredentialHelper("yes a=b; :", 5).Get(kAbout, fault), HelperFields{});
-  EXPECT_EQ(fault, "the credential helper prints more than an answer can hold and was ended");
+  EXPECT_EQ(FaultOf(CredentialHelper("echo secret; :", 5)),
+            "the credential helper has printed what is no answer; it is to print lines of KEY=VALUE");
+  EXPECT_EQ(FaultOf(CredentialHelper("yes a=b; :", 5)),
+            "the credential helper prints more than an answer can hold and was ended");
 }
 
 TEST_F(CredentialHelperTest, IsToldNoValueThatWouldBeTwo) {

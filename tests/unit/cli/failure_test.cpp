@@ -85,6 +85,20 @@ TEST(LostAnswers, AreNeverRetryable) {
   }
 }
 
+// Whoever ended the command from outside has not waited for the answer.
+TEST(LostAnswers, AreThoseOfAnEndedCommandToo) {
+  Failure ended{ExitCode::Interrupted, "interrupted; whether it is checked in is not known"};
+  EXPECT_EQ(MayHaveHappened(ended), std::nullopt);
+  ended.changeIsOpen = false;
+  EXPECT_EQ(MayHaveHappened(ended), false);
+  ended.changeIsOpen = true;
+  EXPECT_EQ(MayHaveHappened(ended), true);
+  EXPECT_STREQ(ClassOf(ended), "interrupted");
+  EXPECT_FALSE(IsRetryable(ended));
+  ended.code = ExitCode::Failure;
+  EXPECT_STREQ(ClassOf(ended), "lost-answer");
+}
+
 TEST(Failures, AreRetryableIfTheyMayGoAwayByThemselves) {
   EXPECT_TRUE(IsRetryable({ExitCode::CannotConnect, "no"}));
   EXPECT_TRUE(IsRetryable({ExitCode::DownloadFailed, "no"}));

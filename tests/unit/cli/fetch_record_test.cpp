@@ -14,11 +14,10 @@ namespace vtdirect_cli {
 namespace {
 
 FetchRecord RecordOf(const std::string& path) {
-  FetchRecord record;
+  FetchRecord record = Measure(path).value();
   record.address = "//plm/a\tb";
   record.uid = "u";
   record.version = "B.1";
-  EXPECT_TRUE(Measure(path, record));
   return record;
 }
 

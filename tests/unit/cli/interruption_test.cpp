@@ -108,22 +108,25 @@ TEST(InterruptionDeathTest, LeavesASignalIgnoredThatTheCallerIgnores) {
 
 TEST(WorkDirectory, HoldsTemporaryFilesAndTakesThemAway) {
   const vtdirect_test::TemporaryDirectory directory;
-  int error = 0;
   {
-    const auto work = WorkDirectory::Create(&error);
-    ASSERT_NE(work, nullptr);
-    EXPECT_EQ(std::string(getenv("TMPDIR")), work->path());
-    vtdirect_test::WriteFile(work->path() + "/left", "x");
+    const auto work = WorkDirectory::Create();
+    ASSERT_TRUE(work);
+    EXPECT_EQ(std::string(getenv("TMPDIR")), (*work)->path());
+    vtdirect_test::WriteFile((*work)->path() + "/left", "x");
     EXPECT_EQ(directory.Entries().size(), 1U);
   }
   EXPECT_THAT(directory.Entries(), IsEmpty());
 }
 
-TEST(WorkDirectory, IsNullWhereNoneCanBeMade) {
+TEST(WorkDirectory, SaysWhyNoneCanBeMade) {
   setenv("TMPDIR", "/nowhere/at/all", 1);
-  int error = 0;
-  EXPECT_EQ(WorkDirectory::Create(&error), nullptr);
-  EXPECT_EQ(error, ENOENT);
+  const auto work = WorkDirectory::Create();
+  ASSERT_FALSE(work);
+  EXPECT_EQ(work.failure().code, ExitCode::LocalFile);
+  EXPECT_EQ(
+      work.failure().Text(),
+      "cannot create a directory for temporary files in /nowhere/at/all: No such file or directory; set "
+      "TMPDIR to one where that can be done");
 }
 
 }  // namespace vtdirect_cli

@@ -1,11 +1,44 @@
 #include "hosts/cli/texts/output.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <sstream>
 
 namespace vtdirect_cli {
 namespace {
+
+// Counts how often what was written is handed on.
+class CountingBuffer : public std::stringbuf {
+ public:
+  int handedOn = 0;
+
+ protected:
+  int sync() override {
+    ++handedOn;
+    return 0;
+  }
+};
+
+// Standard output that is no terminal, while it lives.
+class NoTerminal {
+ public:
+  NoTerminal() : before_(dup(STDOUT_FILENO)) {
+    const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    dup2(null, STDOUT_FILENO);
+    close(null);
+  }
+  ~NoTerminal() {
+    dup2(before_, STDOUT_FILENO);
+    close(before_);
+  }
+  NoTerminal(const NoTerminal&) = delete;
+  NoTerminal& operator=(const NoTerminal&) = delete;
+
+ private:
+  int before_;
+};
 
 class OutputTest : public testing::Test {
  protected:
@@ -54,6 +87,19 @@ TEST_F(OutputTest, ShowsTextsPartedByBlanks) {
   output_.Row({{"name", std::string("a")}, {"versions", std::vector<std::string>{"A.2", "A.1\x1B"}}});
   output_.Row({{"versions", std::vector<std::string>{}}, {"name", std::string("b")}});
   EXPECT_EQ(out_.str(), "a\tA.2 A.1\\x1B\n\tb\n");
+}
+
+TEST_F(OutputTest, HandsTheRowsOfAListingOnInLargePieces) {
+  const NoTerminal noTerminal;
+  CountingBuffer buffer;
+  std::ostream out(&buffer);
+  Output output(out, err_);
+  for (int row = 0; row < 20'000; ++row) {
+    output.Row({{"name", std::string("document")}});
+    EXPECT_TRUE(output.FlushRow());
+  }
+  EXPECT_GT(buffer.handedOn, 0);
+  EXPECT_LT(buffer.handedOn, 200);
 }
 
 TEST_F(OutputTest, WritesTextsAsAnArray) {
@@ -125,6 +171,16 @@ TEST_F(OutputTest, LeavesOutWhatAServerDidNotTell) {
             "{\"schema\":2,\"command\":\"get\",\"error\":\"cannot-connect\",\"exit\":3,"
             "\"message\":\"cannot connect\",\"retryable\":true,\"kind\":\"unreachable\","
             "\"step\":\"download\",\"may_have_happened\":false}\n");
+}
+
+TEST_F(OutputTest, WritesWhetherAChangeIsOpenThatWasInterrupted) {
+  output_.Configure("checkin", true, false);
+  Failure failure{ExitCode::Interrupted, "interrupted"};
+  failure.changeIsOpen = true;
+  static_cast<void>(output_.Fail(failure));
+  EXPECT_EQ(err_.str(),
+            "{\"schema\":2,\"command\":\"checkin\",\"error\":\"interrupted\",\"exit\":130,"
+            "\"message\":\"interrupted\",\"retryable\":false,\"may_have_happened\":true}\n");
 }
 
 TEST_F(OutputTest, WritesAWarningAsJsonToo) {

@@ -120,12 +120,12 @@ TEST(Configuration, HasNoTwoSettingsForOneSchemeHostAndPort) {
 
 TEST(ServerArgument, TakesNoSettingsAlongToAnotherServer) {
   const std::string text = "[server plm]\nurl=https://plm.example/a\ncredential_helper=helper";
-  Configuration same = Read(text);
-  ASSERT_FALSE(AddServerArgument("plm=https://plm.example:443/b", same));
-  EXPECT_EQ(SettingsFor(same, "https://plm.example/b").credentialHelper, "helper");
-  Configuration other = Read(text);
-  ASSERT_FALSE(AddServerArgument("plm=https://evil.example/a", other));
-  EXPECT_EQ(SettingsFor(other, "https://evil.example/a").credentialHelper, "");
+  const auto same = WithServerArgument("plm=https://plm.example:443/b", Read(text));
+  ASSERT_TRUE(same);
+  EXPECT_EQ(SettingsFor(*same, "https://plm.example/b").credentialHelper, "helper");
+  const auto other = WithServerArgument("plm=https://evil.example/a", Read(text));
+  ASSERT_TRUE(other);
+  EXPECT_EQ(SettingsFor(*other, "https://evil.example/a").credentialHelper, "");
 }
 
 TEST(ServerUrl, HoldsNoUserAndNoPassword) {
@@ -145,19 +145,19 @@ TEST(ServerUrl, HoldsNoBlanksAndNamesAHost) {
 TEST(ServerArgument, AddsAndOverrides) {
   Configuration configuration;
   configuration.servers = {{"plm", "http://old/"}};
-  EXPECT_FALSE(AddServerArgument("plm=http://new/?a=b", configuration));
-  EXPECT_FALSE(AddServerArgument("b=https://b/", configuration));
-  EXPECT_EQ(configuration.servers, (ServerMap{{"plm", "http://new/?a=b"}, {"b", "https://b/"}}));
+  const auto overridden = WithServerArgument("plm=http://new/?a=b", configuration);
+  ASSERT_TRUE(overridden);
+  const auto added = WithServerArgument("b=https://b/", *overridden);
+  ASSERT_TRUE(added);
+  EXPECT_EQ(added->servers, (ServerMap{{"plm", "http://new/?a=b"}, {"b", "https://b/"}}));
 }
 
 TEST(ServerArgument, RefusesWhatIsNoNicknameWithAUrl) {
-  Configuration configuration;
   for (const char* argument : {"", "plm", "=http://h/", "plm=", "a/b=http://h/", "plm=ftp://h/"}) {
-    const auto failure = AddServerArgument(argument, configuration);
-    ASSERT_TRUE(failure) << argument;
-    EXPECT_EQ(failure->code, ExitCode::Usage);
+    const auto extended = WithServerArgument(argument, {});
+    ASSERT_FALSE(extended) << argument;
+    EXPECT_EQ(extended.failure().code, ExitCode::Usage);
   }
-  EXPECT_TRUE(configuration.servers.empty());
 }
 
 TEST(ConfigurationPath, PrefersAnAbsoluteConfigHome) {

@@ -31,6 +31,13 @@ TEST_F(LookaheadTest, BeginsAtTheThirdEntryInOrderAndPassesFoldersOver) {
   EXPECT_THAT(Note("d4"), ElementsAre("d7"));
 }
 
+TEST_F(LookaheadTest, KnowsSeveralWhoWalkAtATime) {
+  for (const char* name : {"d1", "d10", "d2", "d11"}) EXPECT_THAT(Note(name), IsEmpty());
+  EXPECT_THAT(Note("d3"), ElementsAre("d4", "d5"));
+  EXPECT_THAT(Note("d12"), ElementsAre("d13", "d14", "d15"));
+  EXPECT_THAT(Note("d4"), ElementsAre("d7"));
+}
+
 TEST_F(LookaheadTest, EndsWithTheListing) {
   static_cast<void>(Note("d16"));
   static_cast<void>(Note("d17"));

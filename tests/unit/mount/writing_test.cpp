@@ -100,6 +100,26 @@ TEST(LocalFile, IsDirtyUntilItsLastChangeIsStored) {
   EXPECT_FALSE(file.isDue());
 }
 
+TEST_F(OverlayTest, KnowsOfAFileWhetherAnotherHasIt) {
+  const auto file = NewFile("a");
+  EXPECT_TRUE(file->Claim());
+  auto another =
+      std::make_shared<LocalFile>("a", file->path(), open(file->path().c_str(), O_RDWR | O_CLOEXEC));
+  another->Keep(true);
+  EXPECT_FALSE(another->Claim());
+}
+
+TEST(LocalFile, MayBeHalfWhileAWriterHasItOpen) {
+  LocalFile file("a", "/nowhere/a", -1);
+  file.NoteOpened(false);
+  EXPECT_FALSE(file.hasWriters());
+  file.NoteOpened(true);
+  EXPECT_TRUE(file.hasWriters());
+  EXPECT_EQ(file.NoteClosed(true), 1U);
+  EXPECT_FALSE(file.hasWriters());
+  EXPECT_EQ(file.NoteClosed(false), 0U);
+}
+
 TEST(UnstoredFiles, AreKeptWithAllThatIsKnown) {
   const vtdirect_test::TemporaryDirectory directory;
   const vtdirect_cli::UnstoredFiles files(directory.path());

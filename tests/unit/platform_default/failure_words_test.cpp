@@ -50,6 +50,8 @@ TEST(FailureWords, HaveOneSentenceForEachDetailAndThePageHasTheSame) {
   // What is known without a sentence, and what the library finds out and not the platform.
   EXPECT_EQ(details.extract(0).mapped(), "Unknown");
   EXPECT_EQ(details.extract(static_cast<int>(FailureDetail::ForeignServer)).mapped(), "ForeignServer");
+  EXPECT_EQ(details.extract(static_cast<int>(FailureDetail::AddressLeavesHttps)).mapped(),
+            "AddressLeavesHttps");
   for (const FailureSentence& sentence : FailureSentences()) {
     const int number = static_cast<int>(sentence.detail);
     const std::string key = std::to_string(number) + " `" + details[number] + "`";

@@ -68,6 +68,17 @@ TEST_F(TemporarySpace, IsASetting) {
   EXPECT_NE(trace_.lines()[0].text.find("largestTemporaryFile"), std::string::npos);
 }
 
+TEST_F(TemporarySpace, IsTakenOnTheDiskAndNotInMemory) {
+  Allow(64 * mebibyte);
+  const vtdirect_test::ResidentGrowth growth;
+  FailoverFileSink sink(512 * 1024);
+  EXPECT_EQ(Fill(sink, mebibyte, 256 * mebibyte), 64 * mebibyte);
+  EXPECT_EQ(refusal_, ErrorCode::LocalFileFailure);
+  RecordProperty("mebibytes", static_cast<int>(growth.Most() / mebibyte));
+  EXPECT_LT(growth.Most(), 8 * mebibyte);
+  std::filesystem::remove(sink.GetFilePath());
+}
+
 TEST_F(TemporarySpace, CountsWhatIsStillInMemoryAtTheEnd) {
   Allow(1000);
   FailoverFileSink sink(512);

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "browsing/folder_contents.h"
 #include "connection/odata_page_reader.h"
 #include "connection/server_address.h"
 #include "documents/reading/document_download.h"
@@ -97,12 +98,17 @@ class NamedAddress : public testing::Test {
   /// The trace and the reason of a refusal say what was refused and what to set.
   void ExpectTold(const VtDirectManager::Outcome& outcome) {
     ASSERT_FALSE(trace.lines().empty());
+    const std::string sentence =
+        "The server was asked by https and names an address with http, to which nothing is sent";
     EXPECT_THAT(trace.lines().front().text, HasSubstr("http://files.example:81/"));
+    EXPECT_THAT(trace.lines().front().text, HasSubstr(sentence + ". "));
     EXPECT_THAT(trace.lines().front().text, HasSubstr("TransportSettings::httpAddresses"));
     const auto cause = outcome.Cause();
     ASSERT_TRUE(cause.has_value());
     EXPECT_THAT(cause->url, HasSubstr("http://files.example:81/"));
     EXPECT_THAT(cause->serverText, HasSubstr("TransportSettings::httpAddresses"));
+    EXPECT_EQ(cause->platformDetail, 25);
+    EXPECT_EQ(cause->platformText, sentence);
   }
 
   static constexpr const char* server = "https://plm.example/vt";
@@ -133,6 +139,15 @@ TEST_F(NamedAddress, ByHttpGetsNoUploadUnlessAllowed) {
 TEST_F(NamedAddress, ByHttpIsNoNextPageUnlessAllowed) {
   const VtDirectManager::Outcome outcome;
   EXPECT_FALSE(ReadPages(address));
+  EXPECT_THAT(Asked(), ElementsAre(server));
+  ExpectTold(outcome);
+}
+
+TEST_F(NamedAddress, ByHttpIsNoNextPageOfAFolderUnlessAllowed) {
+  const VtDirectManager::Outcome outcome;
+  transport.Then(200, R"({"value":[],"@odata.nextLink":")" + std::string(address) + R"("})");
+  EXPECT_FALSE(ListDynamicDocuments(
+      Begin(connection), "Products('1')", [](const DirEntryInfoExt&) {}, false));
   EXPECT_THAT(Asked(), ElementsAre(server));
   ExpectTold(outcome);
 }

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace vtdirect::platform {
+
+/// Tells a handle of libcurl where its requests go, by URLs that are taken apart already. With a text alone, curl
+/// takes it apart for each request, and puts it together again byte by byte: a fifth of its work for a small answer.
+class RequestAddress {
+ public:
+  /// Makes the URL that of the handle's next request; makes none itself. What can't be taken apart is left to curl,
+  /// which refuses it in its own words.
+  /// @param handle  keeps using this object, which must outlive it
+  /// @param url     is copied
+  void Give(CURL* handle, const std::string& url);
+
+ private:
+  struct Closer {
+    void operator()(CURLU* parts) const { curl_url_cleanup(parts); }
+  };
+
+  [[nodiscard]] bool TakeApart(const std::string& url);
+  [[nodiscard]] bool ChangeTarget(const std::string& url);
+
+  std::unique_ptr<CURLU, Closer> parts_;
+  std::string origin_;  ///< of `parts_`, as it was written; empty without any
+};
+
+}  // namespace vtdirect::platform

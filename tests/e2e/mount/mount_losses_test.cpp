@@ -1,0 +1,220 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+
+#include "tests/e2e/mount/mount_writing_fixture.h"
+
+namespace vtdirect_test {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+// What a mount must not lose, and never sends half, whatever ends in the middle.
+class MountLosses : public MountWriting {
+ protected:
+  // Starts a program that writes the fork anew, and returns when the server has got the content and is silent.
+  [[nodiscard]] std::unique_ptr<Process> StoreThatTheServerIsSilentAbout() {
+    const int admin = UnusedPort();
+    Serve();
+    CheckOut();
+    port_ = AtItsPort();
+    Serve(AtItsPort({"--fault", "POST *content/upload*=stall", "--admin-port", std::to_string(admin)}));
+    Mount({"--write"});
+    WriteFile(Here("edited"), "FENLET edited\n");
+    auto writer = std::make_unique<Process>(std::vector<std::string>{"/bin/cp", Here("edited"), Fork()},
+                                            ProcessOptions{});
+    server().Control("GET", "/requests?path=*content/upload*&state=arrived&count=1&wait=10000");
+    return writer;
+  }
+  // A small disk in the place of a directory. False where this user can't mount one.
+  [[nodiscard]] bool MountSmallDisk(const std::string& directory, const std::string& size) {
+    return Shell("mkdir -p '" + directory + "' && mount -t tmpfs -o mode=700,size=" + size + " none '" +
+                 directory + "'")
+               .status == 0;
+  }
+  void EndMountAndSmallDisk(const std::string& directory) {
+    SignalMount(SIGTERM);
+    EXPECT_EQ(WaitForMount().status, 0);
+    EXPECT_EQ(Shell("umount '" + directory + "'").status, 0);
+  }
+
+  std::vector<std::string> port_;
+};
+
+TEST_F(MountLosses, AServerKilledInTheMiddleOfAContentCostsTheReaderAloneAndOnce) {
+  Serve();
+  port_ = AtItsPort();
+  Serve(AtItsPort({"--fault", "GET *10010/*=stall:100"}));
+  const std::string content = server().Get("/servlet/rest/v1/content/streams/10020/frame.lxz");
+  Mount();
+  Process reader({"/bin/cat", Fork()}, ProcessOptions{});
+  EXPECT_TRUE(WaitUntil([this] { return !Names(Cache() + "/parts").empty(); }));
+  StopServer();
+  const auto result = reader.Wait();
+  EXPECT_NE(result.status, 0);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err, HasSubstr("Input/output error"));
+  Serve(port_);
+  EXPECT_TRUE(WaitUntil([this] { return ErrorOfReading(Fork()) == 0; }));
+  EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
+  EXPECT_EQ(Text(Tree(std::string(kFrame) + "frame.lxz")), content);
+}
+
+TEST_F(MountLosses, AServerKilledInTheMiddleOfAStoreLeavesTheBytesWaiting) {
+  const auto writer = StoreThatTheServerIsSilentAbout();
+  StopServer();
+  const auto result = writer->Wait();
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("Input/output error"));
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("mount\t" + Path()));
+  EXPECT_EQ(Text(Fork()), "FENLET edited\n");
+  Serve(port_);
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
+}
+
+TEST_F(MountLosses, AMountKilledInTheMiddleOfAStoreIsRecovered) {
+  const auto writer = StoreThatTheServerIsSilentAbout();
+  SignalMount(SIGKILL);
+  EXPECT_EQ(WaitForMount().status, -SIGKILL);
+  static_cast<void>(writer->Wait());
+  StopServer();
+  Serve(port_);
+  const auto listed = Run({"recover"});
+  EXPECT_EQ(listed.status, 11);
+  EXPECT_THAT(listed.out, HasSubstr("mount\t" + Path()));
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  Mount({"--write"});
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
+  EXPECT_EQ(Run({"recover"}).status, 0);
+  ClearAwayTemporaryFiles();
+}
+
+// After a restart of the machine other programs have the numbers of those that ran before.
+TEST_F(MountLosses, WhatWaitsIsStoredThoughAnotherProcessHasTheNumberOfItsMount) {
+  Serve();
+  CheckOut();
+  std::filesystem::create_directories(Unstored());
+  const std::string name = Unstored() + "/" + std::to_string(getpid()) + "-0-1790000000";
+  WriteFile(name + ".content", "FENLET edited\n");
+  WriteFile(name + ".entry", "vtdirect-unstored 1\n" + Path() + "\n2026-09-21T12:53:20Z\nwhole\nrefused\n");
+  Mount({"--write"});
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
+}
+
+TEST_F(MountLosses, WhatWaitsInOneMountIsLeftAloneByAnother) {
+  Serve();
+  CheckOut();
+  Serve(AtItsPort({"--fault", "POST *=503"}));
+  Mount({"--write"});
+  EXPECT_NE(Shell("cp /etc/hostname '" + Fork() + "'").status, 0);
+  std::filesystem::create_directory(Home("second"));
+  ASSERT_EQ(Run({"mount", "--no-prompt", "--write", "//sim/", Home("second")}).status, 0);
+  EXPECT_EQ(Text(Home("second/") + kFork), server().Get(kForkContent));
+  EXPECT_EQ(Run({"unmount", Home("second")}).status, 0);
+  EXPECT_EQ(Names(Unstored()).size(), 2U);
+  EXPECT_EQ(Text(Fork()), ReadFile("/etc/hostname"));
+}
+
+// A file that waited is not what was stored before while a program writes it anew.
+TEST_F(MountLosses, WhatWaitedIsNotStoredHalfWhileItIsWrittenAgain) {
+  Serve();
+  CheckOut();
+  port_ = AtItsPort();
+  Serve(AtItsPort({"--fault", "POST *=503"}));
+  Mount({"--write"});
+  EXPECT_NE(Shell("cp /etc/hostname '" + Fork() + "'").status, 0);
+  const int descriptor = open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(write(descriptor, "half", 4), 4);
+  Serve(port_);
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  SignalMount(SIGKILL);
+  EXPECT_EQ(WaitForMount().status, -SIGKILL);
+  EXPECT_EQ(close(descriptor), -1);
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  Mount({"--write"});
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("may be half"));
+  ClearAwayTemporaryFiles();
+}
+
+TEST_F(MountLosses, AFullDiskFailsTheWriterAndNothingHalfIsStored) {
+  const std::string disk = Home(".local/state/vtdirect/unstored");
+  Serve();
+  CheckOut();
+  if (!MountSmallDisk(disk, "128k")) GTEST_SKIP() << "this user can mount no small disk";
+  Mount({"--write", "--log", Home("log")});
+  const auto large = Shell("dd if=/dev/zero bs=4096 count=256 status=none of='" + Fork() + "'");
+  EXPECT_NE(large.status, 0);
+  EXPECT_THAT(large.err, HasSubstr("No space left on device"));
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("may be half"));
+  EXPECT_THAT(ReadFile(Home("log")), HasSubstr("not stored: a write to it failed: No space left on device"));
+  // Written again and small enough, it is a file like any other.
+  EXPECT_EQ(Shell("cp /etc/hostname '" + Fork() + "'").err, "");
+  EXPECT_EQ(OnServer(Path()), ReadFile("/etc/hostname"));
+  EXPECT_EQ(Run({"recover"}).status, 0);
+  EndMountAndSmallDisk(disk);
+}
+
+TEST_F(MountLosses, AFullDiskIsToldBeforeAFileIsMadeThatNothingIsKnownOf) {
+  const std::string disk = Home(".local/state/vtdirect/unstored");
+  Serve();
+  CheckOut();
+  if (!MountSmallDisk(disk, "64k")) GTEST_SKIP() << "this user can mount no small disk";
+  Mount({"--write"});
+  static_cast<void>(Shell("dd if=/dev/zero bs=4096 count=64 status=none of='" + disk + "/other'"));
+  const std::string file = Tree(std::string(kFrame) + "new.lxz");
+  EXPECT_EQ(open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), -1);
+  EXPECT_EQ(errno, ENOSPC);
+  EXPECT_EQ(open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC), -1);
+  EXPECT_EQ(errno, ENOSPC);
+  EXPECT_EQ(Text(Fork()), OnServer(Path()));
+  EXPECT_THAT(Names(Tree(kFrame)), Not(Contains("new.lxz")));
+  EndMountAndSmallDisk(disk);
+}
+
+TEST_F(MountLosses, NamesEndAt255Bytes) {
+  Serve();
+  const std::string frame = "//sim/" + std::string(kFrame);
+  WriteFile(Here("a"), "FENLET long\n");
+  const std::string onServer = std::string(300, 'n') + ".lxz";
+  ASSERT_EQ(Run({"put", "-q", "a", frame + onServer}).status, 0);
+  Mount({"--write"});
+  // One that is too long for a file is cut, and read by the name that is shown.
+  std::string shown;
+  for (const std::string& name : Names(Tree(kFrame))) {
+    if (name.starts_with("nnn")) shown = name;
+  }
+  EXPECT_EQ(shown.size(), 255U);
+  EXPECT_EQ(Text(Tree(kFrame + shown)), "FENLET long\n");
+  // The longest that a program can make, and one more.
+  std::string longest = "x.lxz";
+  while (longest.size() < 255) longest.insert(0, "ä");
+  EXPECT_EQ(Shell("cp a '" + Tree(kFrame + longest) + "'").err, "");
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  EXPECT_EQ(Text(Tree(kFrame + longest)), "FENLET long\n");
+  EXPECT_THAT(Names(Tree(kFrame)), Contains(longest));
+  const std::string tooLong = Tree(std::string(kFrame) + std::string(256, 'x'));
+  EXPECT_EQ(open(tooLong.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), -1);
+  EXPECT_EQ(errno, ENAMETOOLONG);
+  struct stat status = {};
+  EXPECT_EQ(stat(tooLong.c_str(), &status), -1);
+  EXPECT_EQ(errno, ENAMETOOLONG);
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
+}
+
+}  // namespace
+}  // namespace vtdirect_test
