@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/environment.h"
+#include "platform_default/exchange_recording.h"
 #include "platform_default/failure_words.h"
 #include "platform_default/header_lines.h"
 
@@ -294,6 +295,21 @@ void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
 
 ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& sink,
                            const du::http::TransportSettings& settings, int* httpStatus) {
+  const auto observer = FindObserver();
+  if (observer == nullptr) return Perform(request, sink, settings, httpStatus);
+  ExchangeRecording recording(handle_.get(), request.body, sink, observer->bodyBytes);
+  OutgoingRequest recorded = request;
+  recorded.body = recording.body();
+  const ErrorCode result = Perform(recorded, recording.sink(), settings, httpStatus);
+  du::http::ObservedExchange exchange = recording.End(result, exchange_.Status());
+  exchange.method = request.method;
+  exchange.url = request.url;
+  observer->report(exchange);
+  return result;
+}
+
+ErrorCode CurlHandle::Perform(const OutgoingRequest& request, du::http::FileSink& sink,
+                              const du::http::TransportSettings& settings, int* httpStatus) {
   exchange_.Start({request.body, &sink, request.method == Method::Get, request.asksForCompression,
                    request.asksForIdentity, request.demands, WatchedTls(request)},
                   {settings.stallTimeoutSeconds, settings.firstByteTimeoutSeconds,

@@ -100,6 +100,8 @@ class CurlHandle {
   };
 
   CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle);
+  [[nodiscard]] du::http::ErrorCode Perform(const OutgoingRequest& request, du::http::FileSink& sink,
+                                            const du::http::TransportSettings& settings, int* httpStatus);
   static CURLcode OnTlsContext(CURL* handle, void* context, void* self);
   [[nodiscard]] bool CertificateWasRefused() const;
   [[nodiscard]] curl_socket_t KeptSocket() const;

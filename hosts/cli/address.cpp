@@ -3,6 +3,9 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include <algorithm>
+#include <vector>
+
+#include "hosts/cli/texts/near_word.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -24,6 +27,15 @@ namespace {
 
 [[nodiscard]] Failure Unusable(const std::string& address, const std::string& why) {
   return {ExitCode::Usage, "\"" + address + "\" " + why};
+}
+
+[[nodiscard]] std::vector<std::string> ListedNicknames() {
+  std::vector<std::string> nicknames;
+  const auto add = [](const char* nickname, void* user) {
+    static_cast<std::vector<std::string>*>(user)->emplace_back(nickname);
+  };
+  VtDirectManager::ReadRootDirs(add, &nicknames);
+  return nicknames;
 }
 
 }  // namespace
@@ -54,8 +66,11 @@ std::optional<Failure> RequireListedServer(const std::string& address, AddressKi
   const std::string name = kind == AddressKind::Path
                                ? "no server \"" + NicknameOf(address) + "\""
                                : "the server of this UID, " + ServerOf(address) + ", is not listed";
+  const std::string meant =
+      kind == AddressKind::Path ? DidYouMean(NicknameOf(address), ListedNicknames()) : std::string();
   return Failure{ExitCode::ServerNotListed, name + (kind == AddressKind::Path ? " is listed" : ""),
-                 "list it with --server " + ServerHint(address, kind) + " or in the configuration file"};
+                 meant + (meant.empty() ? "" : " else ") + "list it with --server " +
+                     ServerHint(address, kind) + " or in the configuration file"};
 }
 
 bool IsById(const std::string& address, AddressKind kind) {

@@ -12,6 +12,8 @@
 #include "hosts/cli/files/temporary_files.h"
 #include "hosts/cli/folders_ahead.h"
 #include "hosts/cli/servers/server_access.h"
+#include "hosts/cli/servers/server_environment.h"
+#include "hosts/cli/texts/near_word.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/work_folder.h"
 
@@ -88,20 +90,21 @@ std::optional<Failure> Host::SetUp(const CommandRow& command, const Arguments& a
   if (arguments.Has("cad")) VtDirectManager::SetAppConfig(VtDirectManager::ConfigBrowseCadDocuments, "on");
   VtDirectManager::RegisterAuth(AnswerDemand);
   VtDirectManager::UpdateServerList(configuration_.servers);
-  if (auto failure = SetAccess(command, arguments)) return failure;
+  if (auto failure = WorkWith(ServersOf(command, arguments), arguments)) return failure;
   return LimitCommand(command, arguments);
 }
 
 std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
-  const bool named = arguments.Has("config");
-  const std::string path =
-      named ? arguments.Text("config")
-            : DefaultConfigurationPath(Environment("XDG_CONFIG_HOME"), Environment("HOME"));
+  const std::string fromEnvironment = Environment("VTDIRECT_CONFIG");
+  const bool named = arguments.Has("config") || !fromEnvironment.empty();
+  std::string path = arguments.Has("config") ? arguments.Text("config") : fromEnvironment;
+  if (!named) path = DefaultConfigurationPath(Environment("XDG_CONFIG_HOME"), Environment("HOME"));
   if (!path.empty() || named) {
     auto read = LoadConfiguration(path, named);
     if (!read) return read.failure();
     configuration_ = std::move(*read);
   }
+  if (auto failure = AddServersOfEnvironment(ServerVariables(), configuration_)) return failure;
   for (const std::string& argument : arguments.All("server")) {
     auto extended = WithServerArgument(argument, configuration_);
     if (!extended) return extended.failure();
@@ -138,9 +141,16 @@ std::vector<std::string> Host::MeantUrls() const {
   return meant;
 }
 
-std::optional<Failure> Host::SetAccess(const CommandRow& command, const Arguments& arguments) {
-  usedUrls_ = ServersOf(command, arguments);
-  ServerAccess access{configuration_, {}, namedUrls_, ServersOf(command, arguments), {}};
+std::shared_ptr<const HttpLog> Host::ObserveHttp() {
+  if (httpLog_ == nullptr) httpLog_ = std::make_shared<const HttpLog>();
+  return httpLog_;
+}
+
+std::optional<Failure> Host::WorkWith(const std::vector<std::string>& urls, const Arguments& arguments) {
+  usedUrls_ = urls;
+  // It knows for which servers the credentials of the environment are.
+  authenticator_.reset();
+  ServerAccess access{configuration_, {}, namedUrls_, urls, {}};
   access.listed.insert(access.listed.end(), access.used.begin(), access.used.end());
   access.commandLine.authorityFile = arguments.Text("ca-file");
   access.commandLine.clientCertificate = arguments.Text("client-cert");
@@ -250,6 +260,32 @@ void Host::SetHelper() {
     const std::string fault = helper ? helper->Erase(FieldsOf(origin, refused)) : std::string();
     if (!fault.empty()) output_.Warning(fault);
   };
+}
+
+Failure Host::NotListed(const std::string& nickname) const {
+  std::vector<std::string> nicknames;
+  for (const auto& [listed, url] : configuration_.servers) nicknames.push_back(listed);
+  const std::string meant = DidYouMean(nickname, nicknames);
+  return {ExitCode::ServerNotListed, "no server is listed as \"" + nickname + "\"",
+          meant.empty() ? "vtdirect servers shows those that are" : meant};
+}
+
+std::optional<Failure> Host::RequireHelper(const std::string& url) const {
+  const auto origin = OriginOf(url);
+  if (origin && HelperOf(*origin)) return std::nullopt;
+  return Failure{ExitCode::Usage,
+                 "no credential_helper is set for " + url + ", so there is nobody to keep a login",
+                 "name one in the server's section of the configuration file, for example "
+                 "/usr/lib/git-core/git-credential-libsecret"};
+}
+
+std::optional<Failure> Host::StoreCredentials(const std::string& url,
+                                              const PasswordCredentials& accepted) const {
+  if (auto failure = RequireHelper(url)) return failure;
+  const auto origin = OriginOf(url);
+  const std::string fault = HelperOf(*origin)->Store(FieldsOf(*origin, accepted));
+  if (fault.empty()) return std::nullopt;
+  return Failure{ExitCode::Failure, fault};
 }
 
 std::optional<CredentialHelper> Host::HelperOf(const Origin& origin) const {

@@ -7,6 +7,7 @@
 
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/files/work_directory.h"
+#include "hosts/cli/http_log/http_log.h"
 #include "hosts/cli/servers/authenticator.h"
 #include "hosts/cli/servers/credential_helper.h"
 #include "hosts/cli/servers/server_list.h"
@@ -25,6 +26,15 @@ class Host {
   /// Reads the configuration, and sets the library up for one command.
   [[nodiscard]] std::optional<Failure> SetUp(const CommandRow& command, const Arguments& arguments);
 
+  /// Sets the way to these servers, and the identity that they are shown, as their entries and the command line
+  /// say; the token and the password of the environment are meant for them. What was set before for the
+  /// process is replaced.
+  [[nodiscard]] std::optional<Failure> WorkWith(const std::vector<std::string>& urls,
+                                                const Arguments& arguments);
+
+  /// The log of the exchanges from the first call of this on.
+  [[nodiscard]] std::shared_ptr<const HttpLog> ObserveHttp();
+
   /// Lets the server at this URL have the user's credentials too: the user has named it by other means than
   /// the list of servers. To be called before the first request.
   void NameServer(const std::string& url) {
@@ -38,6 +48,15 @@ class Host {
 
   [[nodiscard]] Output& output() { return output_; }
   [[nodiscard]] const ServerMap& servers() const { return configuration_.servers; }
+  [[nodiscard]] const Configuration& configuration() const { return configuration_; }
+  /// The failure of a nickname that is not listed.
+  [[nodiscard]] Failure NotListed(const std::string& nickname) const;
+  /// A failure if the server has no credential helper.
+  [[nodiscard]] std::optional<Failure> RequireHelper(const std::string& url) const;
+  /// Has the credential helper of the server keep what was accepted.
+  /// @return a failure if the server has no helper, or that can't be run
+  [[nodiscard]] std::optional<Failure> StoreCredentials(const std::string& url,
+                                                        const PasswordCredentials& accepted) const;
   /// URLs of the servers that the operands of a command name, or its option --on.
   [[nodiscard]] std::vector<std::string> ServersOf(const CommandRow& command,
                                                    const Arguments& arguments) const;
@@ -56,7 +75,6 @@ class Host {
  private:
   [[nodiscard]] std::optional<Failure> LoadServers(const Arguments& arguments);
   [[nodiscard]] std::optional<Failure> LimitCommand(const CommandRow& command, const Arguments& arguments);
-  [[nodiscard]] std::optional<Failure> SetAccess(const CommandRow& command, const Arguments& arguments);
   [[nodiscard]] std::vector<std::string> MeantUrls() const;
   [[nodiscard]] std::optional<std::string> AskPassphrase(const std::string& url, const std::string& keyFile,
                                                          bool mayAskUser);
@@ -76,6 +94,7 @@ class Host {
   CredentialSources sources_;
   std::mutex authenticating_;
   std::unique_ptr<Authenticator> authenticator_;
+  std::shared_ptr<const HttpLog> httpLog_;
   std::unique_ptr<WorkDirectory> workDirectory_;
 };
 

@@ -18,6 +18,7 @@ struct State {
   std::atomic<int> status{0};    // with which the program ends; 0 while nothing has come
   std::atomic<int> timedOut{0};  // the status of the limit of time; 0 without one
   std::atomic<bool> limitIsTold{false};
+  std::atomic<bool> keyboardIsOfOthers{false};
   std::recursive_mutex mutex;
   std::list<std::function<void()>*> undos;
 };
@@ -54,7 +55,9 @@ void UndoAll() {
 
 void Watch(sigset_t signals) {
   int signal = 0;
-  if (sigwait(&signals, &signal) != 0) return;
+  do {
+    if (sigwait(&signals, &signal) != 0) return;
+  } while (signal == SIGINT && TheState().keyboardIsOfOthers);
   static_cast<void>(ComesFirst(128 + signal));
   const timespec grace{0, kGraceNanoseconds};
   static_cast<void>(sigtimedwait(&signals, nullptr, &grace));
@@ -113,6 +116,14 @@ int InterruptionStatus() {
 }
 
 InterruptionHold::InterruptionHold() : lock_(TheState().mutex) {}
+
+KeyboardInterruptPause::KeyboardInterruptPause() {
+  TheState().keyboardIsOfOthers = true;
+}
+
+KeyboardInterruptPause::~KeyboardInterruptPause() {
+  TheState().keyboardIsOfOthers = false;
+}
 
 CleanUp::CleanUp(std::function<void()> undo) : undo_(std::move(undo)) {
   const std::lock_guard lock(TheState().mutex);

@@ -44,6 +44,16 @@ class InterruptionHold {
   std::unique_lock<std::recursive_mutex> lock_;
 };
 
+/// While one lives, SIGINT does not end the process: Ctrl-C is meant for the program that was started at the
+/// terminal. The other signals do. One at a time.
+class KeyboardInterruptPause {
+ public:
+  KeyboardInterruptPause();
+  ~KeyboardInterruptPause();
+  KeyboardInterruptPause(const KeyboardInterruptPause&) = delete;
+  KeyboardInterruptPause& operator=(const KeyboardInterruptPause&) = delete;
+};
+
 /// Something to be undone however the process ends: a temporary file, a terminal's mode. Runs once, on
 /// destruction or by the watch.
 class CleanUp {

@@ -16,6 +16,7 @@
 #include "hosts/cli/commands/command_line.h"
 #include "hosts/cli/environment.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/http_log/har_document.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/mounted_path.h"
@@ -68,6 +69,26 @@ void BoundTheFolderScan() {
   return arguments;
 }
 
+[[nodiscard]] ExitCode RunOnHost(const CommandRow& command, const Arguments& arguments, Host& host) {
+  if (const auto failure = host.SetUp(command, arguments)) return host.output().Fail(*failure);
+  if (command.makesRequests && std::strcmp(command.name, "recover") != 0) {
+    WarnOfOpenEntries(host, host.ServersOf(command, arguments));
+  }
+  const ExitCode code = command.run(host, WithAddresses(command, arguments));
+  if (code == ExitCode::Ok) host.TellCredentialsAccepted();
+  return code;
+}
+
+[[nodiscard]] ExitCode RunLogged(const CommandRow& command, const Arguments& arguments, Host& host) {
+  const std::string path = arguments.Text("log-http");
+  if (const auto refusal = HarFile::Refusal(path)) return host.output().Fail(*refusal);
+  HarFile log(path, host.ObserveHttp());
+  const ExitCode code = RunOnHost(command, arguments, host);
+  const std::string fault = log.Write();
+  if (!fault.empty()) host.output().Warning("the exchanges of this run are not logged: " + fault);
+  return code;
+}
+
 [[nodiscard]] ExitCode RunCommand(const CommandRow& command, const Arguments& arguments, Output& output) {
   if (arguments.Has("trace")) {
     const std::string fault = TraceLevelsFault(arguments.Text("trace"));
@@ -76,13 +97,8 @@ void BoundTheFolderScan() {
   StartTraceLog(TraceLevels(arguments), std::cerr);
   const ReasonCollector reasons;
   Host host(output);
-  if (const auto failure = host.SetUp(command, arguments)) return output.Fail(*failure);
-  if (command.makesRequests && std::strcmp(command.name, "recover") != 0) {
-    WarnOfOpenEntries(host, host.ServersOf(command, arguments));
-  }
-  const ExitCode code = command.run(host, WithAddresses(command, arguments));
-  if (code == ExitCode::Ok) host.TellCredentialsAccepted();
-  return code;
+  return arguments.Has("log-http") ? RunLogged(command, arguments, host)
+                                   : RunOnHost(command, arguments, host);
 }
 
 // Expected failures are no exceptions. What comes here all the same has undone all that was temporary on its
@@ -126,6 +142,10 @@ void BoundTheFolderScan() {
     std::cout << ManualPage();
   } else if (std::strcmp(argv[2], "completion") == 0) {
     std::cout << BashCompletion();
+  } else if (std::strcmp(argv[2], "zsh-completion") == 0) {
+    std::cout << ZshCompletion();
+  } else if (std::strcmp(argv[2], "fish-completion") == 0) {
+    std::cout << FishCompletion();
   } else if (std::strcmp(argv[2], "json-output") == 0) {
     std::cout << JsonDocument();
   } else {

@@ -8,11 +8,11 @@ namespace vtdirect_cli {
 /// Every option, as it is written after the two dashes, and every operand, in capital letters; a blank before
 /// and after each.
 inline constexpr std::string_view argumentNames =
-    " ADDRESS DIR FILE PATH URL all anywhere auto-checkout base ca-file cache cache-size cad checkin "
+    " ADDRESS DIR FILE NICK PATH URL all anywhere auto-checkout base ca-file cache cache-size cad checkin "
     "checkouts client-cert client-key config connect-timeout depth folder force foreground forget "
-    "full-paths help json kind language latest link log long max-time metadata netrc no-clobber "
-    "no-preview no-prompt on output parallel proxy quiet refresh renew scratch server stall-timeout "
-    "trace version versioned versions viewable write ";
+    "full-paths help json kind language latest link log log-http long max-time metadata mine name netrc "
+    "newer no-clobber no-preview no-prompt number on output parallel proxy quiet refresh renew scratch "
+    "server stall-timeout token trace user version versioned versions viewable write ";
 
 /// Whether an option or an operand is called so.
 [[nodiscard]] constexpr bool IsArgumentName(std::string_view text) {

@@ -136,13 +136,18 @@ struct SectionRow {
 [[nodiscard]] CommandRow CloneCommand();
 [[nodiscard]] CommandRow CommitCommand();
 [[nodiscard]] CommandRow DiffCommand();
+[[nodiscard]] CommandRow DoctorCommand();
+[[nodiscard]] CommandRow EditCommand();
 [[nodiscard]] CommandRow EditUrlCommand();
+[[nodiscard]] CommandRow FindCommand();
 [[nodiscard]] CommandRow GetCommand();
 [[nodiscard]] CommandRow InfoCommand();
 [[nodiscard]] CommandRow LinksCommand();
 [[nodiscard]] CommandRow LogCommand();
+[[nodiscard]] CommandRow LoginCommand();
 [[nodiscard]] CommandRow LsCommand();
 [[nodiscard]] CommandRow MountCommand();
+[[nodiscard]] CommandRow OpenCommand();
 [[nodiscard]] CommandRow PathCommand();
 [[nodiscard]] CommandRow PullCommand();
 [[nodiscard]] CommandRow PutCommand();
@@ -151,6 +156,7 @@ struct SectionRow {
 [[nodiscard]] CommandRow RevertCommand();
 [[nodiscard]] CommandRow StCommand();
 [[nodiscard]] CommandRow StatusCommand();
+[[nodiscard]] CommandRow SupportBundleCommand();
 [[nodiscard]] CommandRow TreeCommand();
 [[nodiscard]] CommandRow UidCommand();
 [[nodiscard]] CommandRow UndoCommand();

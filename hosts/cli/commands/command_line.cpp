@@ -7,6 +7,7 @@
 #include <list>
 
 #include "hosts/cli/texts/generated_texts.h"
+#include "hosts/cli/texts/near_word.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -154,11 +155,34 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
   return words;
 }
 
+// What could stand in the place of the first word that was not expected: an option, or a command.
+[[nodiscard]] std::vector<std::string> CandidatesFor(const CLI::App& app, const std::string& word) {
+  std::vector<std::string> candidates;
+  const CommandRow* const command = Chosen(app);
+  if (word.starts_with("-")) {
+    for (const OptionRow& row : GlobalOptions()) candidates.push_back("--" + std::string(row.name.text()));
+    if (command == nullptr) return candidates;
+    for (const OptionRow& row : command->options) candidates.push_back("--" + std::string(row.name.text()));
+  } else if (command == nullptr) {
+    const GroupRow* const group = ChosenGroup(app);
+    for (const CommandRow& row : Commands()) {
+      if (group == nullptr) candidates.push_back(GroupOf(row).empty() ? row.name : GroupOf(row));
+      if (group != nullptr && GroupOf(row) == group->name) candidates.push_back(WordOf(row));
+    }
+  }
+  return candidates;
+}
+
 // In their order, which the parser's own text turns round.
 [[nodiscard]] Failure UnexpectedWords(const CLI::App& app) {
   std::string words;
-  for (const std::string& word : app.remaining(true)) words += " " + word;
-  return {ExitCode::Usage, "not expected:" + words, "see vtdirect --help"};
+  std::string meant;
+  for (const std::string& word : app.remaining(true)) {
+    if (words.empty()) meant = DidYouMean(word.substr(0, word.find('=')), CandidatesFor(app, word));
+    words += " " + word;
+  }
+  return {ExitCode::Usage, "not expected:" + words,
+          meant + (meant.empty() ? "" : " ") + "see vtdirect --help"};
 }
 
 }  // namespace

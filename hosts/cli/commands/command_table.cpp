@@ -104,14 +104,15 @@ std::span<const MemberRow> Vocabulary() {
 
 std::span<const CommandRow> Commands() {
   static const std::vector<CommandRow> rows = {
-      CheckCommand(),       LsCommand(),       TreeCommand(),        InfoCommand(),      StatusCommand(),
-      VersionsCommand(),    UidCommand(),      PathCommand(),        UrlCommand(),       GetCommand(),
-      CheckoutCommand(),    PutCommand(),      CheckinCommand(),     UndoCommand(),      VerifyCommand(),
-      CheckoutsCommand(),   RecoverCommand(),  LinksCommand(),       EditUrlCommand(),   BrowseUrlCommand(),
-      CloneCommand(),       StCommand(),       PullCommand(),        CommitCommand(),    RevertCommand(),
-      DiffCommand(),        LogCommand(),      MountCommand(),       RefreshCommand(),   UnmountCommand(),
-      ServersCommand(),     XliffPutCommand(), XliffSourceCommand(), XliffListCommand(), XliffGetCommand(),
-      XliffPublishCommand()};
+      CheckCommand(),    DoctorCommand(),        LsCommand(),        TreeCommand(),        FindCommand(),
+      InfoCommand(),     StatusCommand(),        VersionsCommand(),  UidCommand(),         PathCommand(),
+      UrlCommand(),      GetCommand(),           CheckoutCommand(),  PutCommand(),         CheckinCommand(),
+      EditCommand(),     UndoCommand(),          VerifyCommand(),    CheckoutsCommand(),   RecoverCommand(),
+      LinksCommand(),    EditUrlCommand(),       BrowseUrlCommand(), OpenCommand(),        CloneCommand(),
+      StCommand(),       PullCommand(),          CommitCommand(),    RevertCommand(),      DiffCommand(),
+      LogCommand(),      MountCommand(),         RefreshCommand(),   UnmountCommand(),     ServersCommand(),
+      LoginCommand(),    SupportBundleCommand(), XliffPutCommand(),  XliffSourceCommand(), XliffListCommand(),
+      XliffGetCommand(), XliffPublishCommand()};
   return rows;
 }
 
@@ -147,6 +148,8 @@ std::span<const OptionRow> GlobalOptions() {
       {"trace", 0, "LEVELS", false, Completion::Nothing,
        "Show the library's trace on standard error: digits of 0 information, 1 misses, 2 warnings, 3 "
        "errors."},
+      {"log-http", 0, "FILE", false, Completion::Files,
+       "Write the exchanges with the servers into this file, in the form HAR 1.2 and without secrets."},
       {"help", 'h', nullptr, false, Completion::Nothing,
        "Show a help text; of a command, when one is given."},
       {"version", 0, nullptr, false, Completion::Nothing, "Show the version."},

@@ -110,7 +110,11 @@ bool Authenticator::OfferHelpers(Progress& progress, const std::string& url) {
   const HelperAnswer answer = sources_.helper.get(progress.origin, sources_.user);
   if (answer.quit) progress.next = Step::Done;
   if (answer.quit || !answer.credentials) return false;
-  sinks_.setPassword(url, answer.credentials->user, answer.credentials->password);
+  if (answer.credentials->user == tokenUser) {
+    sinks_.setToken(url, answer.credentials->password);
+  } else {
+    sinks_.setPassword(url, answer.credentials->user, answer.credentials->password);
+  }
   progress.last = answer.credentials;
   progress.lastIsHelpers = true;
   return true;

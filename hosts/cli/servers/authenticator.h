@@ -11,6 +11,9 @@
 
 namespace vtdirect_cli {
 
+/// The user under which a credential helper keeps a bearer token: helpers know users and passwords.
+inline constexpr const char* tokenUser = "bearer-token";
+
 /// What a credential helper has answered.
 struct HelperAnswer {
   std::optional<PasswordCredentials> credentials;

@@ -84,6 +84,16 @@ class NoStops {
   return ReadLine(descriptor);
 }
 
+[[nodiscard]] std::optional<std::string> PromptForSecret(const std::string& question) {
+  const Terminal terminal;
+  if (terminal.descriptor() < 0) return std::nullopt;
+  const NoStops noStops;
+  terminal.Write(question);
+  auto secret = ReadLineWithoutEcho(terminal.descriptor());
+  terminal.Write("\n");
+  return secret;
+}
+
 }  // namespace
 
 std::optional<PasswordCredentials> PromptForPassword(const std::string& origin, const std::string& user) {
@@ -105,14 +115,12 @@ std::optional<PasswordCredentials> PromptForPassword(const std::string& origin, 
   return answer;
 }
 
+std::optional<std::string> PromptForToken(const std::string& origin) {
+  return PromptForSecret("Token for " + Printable(origin) + ": ");
+}
+
 std::optional<std::string> PromptForPassphrase(const std::string& keyFile) {
-  const Terminal terminal;
-  if (terminal.descriptor() < 0) return std::nullopt;
-  const NoStops noStops;
-  terminal.Write("Passphrase for " + Printable(keyFile) + ": ");
-  auto passphrase = ReadLineWithoutEcho(terminal.descriptor());
-  terminal.Write("\n");
-  return passphrase;
+  return PromptForSecret("Passphrase for " + Printable(keyFile) + ": ");
 }
 
 }  // namespace vtdirect_cli

@@ -18,6 +18,10 @@ struct PasswordCredentials {
 [[nodiscard]] std::optional<PasswordCredentials> PromptForPassword(const std::string& origin,
                                                                    const std::string& user);
 
+/// Asks for a bearer token in the same way.
+/// @return nothing without a terminal, and when the user closes the input
+[[nodiscard]] std::optional<std::string> PromptForToken(const std::string& origin);
+
 /// Asks for the passphrase of a key in the same way.
 /// @return nothing without a terminal, and when the user closes the input
 [[nodiscard]] std::optional<std::string> PromptForPassphrase(const std::string& keyFile);

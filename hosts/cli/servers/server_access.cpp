@@ -80,7 +80,8 @@ std::optional<Failure> ApplyServerAccess(const ServerAccess& access) {
   const ProcessWide& wide = *collected;
   if (auto failure = RequireReadable(wide.authorityFile)) return failure;
   du::http::TransportSettings transport = du::http::GetTransportSettings();
-  if (!wide.authorityFile.empty()) transport.certificateAuthorityFile = wide.authorityFile;
+  transport.certificateAuthorityFile = wide.authorityFile;
+  transport.proxy.reset();
   if (!wide.proxy.empty()) transport.proxy = wide.proxy == "none" ? std::string() : wide.proxy;
   transport.httpAddresses = RuleOf(wide.httpAddresses);
   du::http::SetTransportSettings(transport);

@@ -164,22 +164,27 @@ std::optional<std::string> ServerUrlFault(std::string_view url) {
   return std::nullopt;
 }
 
-Result<Configuration> WithServerArgument(std::string_view argument, Configuration configuration) {
-  const std::size_t equals = argument.find('=');
-  if (equals == std::string_view::npos) {
-    return Failure{ExitCode::Usage, "--server takes NICK=URL, for example plm=https://plm.example/vt"};
-  }
-  const std::string nickname(argument.substr(0, equals));
-  const std::string url(argument.substr(equals + 1));
-  auto fault = NicknameFault(nickname);
-  if (!fault) fault = ServerUrlFault(url);
-  if (fault) return Failure{ExitCode::Usage, "--server: " + *fault};
+std::optional<std::string> SetServerUrl(const std::string& nickname, const std::string& url,
+                                        Configuration& configuration) {
+  if (auto fault = NicknameFault(nickname)) return fault;
+  if (auto fault = ServerUrlFault(url)) return fault;
   const auto before = configuration.servers.find(nickname);
   if (before != configuration.servers.end() && OriginOf(before->second) != OriginOf(url)) {
     // A certificate or a password of one server must not go to another.
     configuration.settings.erase(nickname);
   }
   configuration.servers[nickname] = url;
+  return std::nullopt;
+}
+
+Result<Configuration> WithServerArgument(std::string_view argument, Configuration configuration) {
+  const std::size_t equals = argument.find('=');
+  if (equals == std::string_view::npos) {
+    return Failure{ExitCode::Usage, "--server takes NICK=URL, for example plm=https://plm.example/vt"};
+  }
+  const std::string nickname(argument.substr(0, equals));
+  const auto fault = SetServerUrl(nickname, std::string(argument.substr(equals + 1)), configuration);
+  if (fault) return Failure{ExitCode::Usage, "--server: " + *fault};
   return configuration;
 }
 

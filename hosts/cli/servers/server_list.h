@@ -29,6 +29,12 @@ struct Configuration {
   std::map<std::string, ServerSettings> settings;
 };
 
+/// Gives a nickname a URL, new or in place of the one that it has. What the configuration says of the nickname
+/// stays with the scheme, host and port that it was said of.
+/// @return what is wrong with it, or nothing
+[[nodiscard]] std::optional<std::string> SetServerUrl(const std::string& nickname, const std::string& url,
+                                                      Configuration& configuration);
+
 /// Adds one "NICK=URL" of the command line; a nickname that is there already gets the new URL. What the
 /// configuration file says of that nickname stays with the scheme, host and port that it was said of.
 /// @return the configuration with it, or what is wrong with it
@@ -45,7 +51,8 @@ struct Configuration {
 /// @return the configuration, or the first fault with file and line
 [[nodiscard]] Result<Configuration> ReadConfiguration(std::string_view text, const std::string& name);
 
-/// The configuration file that is read when none is named: "$XDG_CONFIG_HOME/vtdirect/config", else
+/// The configuration file that is read when neither --config nor VTDIRECT_CONFIG names one:
+/// "$XDG_CONFIG_HOME/vtdirect/config", else
 /// "~/.config/vtdirect/config"; empty when neither directory is known.
 /// @param configHome  value of XDG_CONFIG_HOME; counts only when it is an absolute path
 /// @param home        value of HOME

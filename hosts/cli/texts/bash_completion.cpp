@@ -3,6 +3,7 @@
 
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/texts/generated_texts.h"
+#include "hosts/cli/texts/operand_kinds.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -78,20 +79,56 @@ namespace {
     out += "    " + std::string(group.name) + ") options=\"$options $words\" ;;\n";
   }
   for (const CommandRow& row : Commands()) {
-    if (row.options.empty()) continue;
-    out += "    \"" + std::string(row.name) + "\")\n      options=\"$options " + LongNames(row.options) +
-           "\"\n      case \"$previous\" in\n" + ValueCases(row.options, "        ") + "      esac ;;\n";
+    out += "    \"" + std::string(row.name) + "\") operands=\"" + WordsOf(OperandKindsOf(row)) + "\"";
+    if (!row.options.empty()) {
+      out += "\n      options=\"$options " + LongNames(row.options) + "\"\n      case \"$previous\" in\n" +
+             ValueCases(row.options, "        ") + "      esac";
+    }
+    out += " ;;\n";
   }
   return out + "  esac\n";
 }
 
+// Names come from a server, so they are compared and never expanded: a name like "$(rm)" is text.
+constexpr const char* kRemoteFunctions =
+    "# What is below a folder of a server, or the listed servers, within half a second or not at all.\n"
+    "_vtdirect_remote() {\n"
+    "  local program=\"$1\" word=\"$2\" folder=\"//\" name\n"
+    "  word=\"${word#[\\'\\\"]}\"\n"
+    "  word=\"${word//\\\\/}\"\n"
+    "  local -a where=()\n"
+    "  case \"$word\" in //*/*) folder=\"${word%/*}/\"; where=(\"$folder\") ;; esac\n"
+    "  while IFS= read -r name; do\n"
+    "    [[ \"$folder$name\" == \"$word\"* ]] && COMPREPLY+=(\"$folder$name\")\n"
+    "  done < <(timeout 0.5 \"$program\" --quiet --no-prompt ls \"${where[@]}\" 2> /dev/null < /dev/null)\n"
+    "  compopt -o filenames -o nospace\n"
+    "}\n"
+    "_vtdirect_nicknames() {\n"
+    "  local program=\"$1\" word=\"$2\" name\n"
+    "  while IFS= read -r name; do\n"
+    "    [[ \"$name\" == \"$word\"*/ ]] && COMPREPLY+=(\"${name%/}\")\n"
+    "  done < <(timeout 0.5 \"$program\" --quiet ls 2> /dev/null < /dev/null)\n"
+    "}\n";
+
+// What is no option is an operand.
+constexpr const char* kOperands =
+    "  if [[ \"$word\" != -* && -n \"$operands\" ]]; then\n"
+    "    case \"$operands\" in *nick*) _vtdirect_nicknames \"$1\" \"$word\" ;; esac\n"
+    "    case \"$operands\" in *files*) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "
+    "\"$word\") ;; esac\n"
+    "    case \"$operands:$word\" in *remote*:|*remote*:/*|*remote*:[\\'\\\"]*) _vtdirect_remote \"$1\" "
+    "\"$word\" ;; esac\n"
+    "    [[ -n \"$word\" || ${#COMPREPLY[@]} -gt 0 ]] && return\n"
+    "  fi\n";
+
 }  // namespace
 
 std::string BashCompletion() {
-  return "# Completion of vtdirect for bash. Made by \"vtdirect --generate completion\".\n"
+  return "# Completion of vtdirect for bash. Made by \"vtdirect --generate completion\".\n" +
+         std::string(kRemoteFunctions) +
          "_vtdirect() {\n"
          "  local word=\"${COMP_WORDS[COMP_CWORD]}\" previous=\"${COMP_WORDS[COMP_CWORD-1]}\"\n"
-         "  local command=\"\" words=\"\" i\n"
+         "  local command=\"\" words=\"\" operands=\"\" i\n"
          "  local options=\"" +
          LongNames(GlobalOptions()) + "\" commands=\"" + FirstWords() +
          "\"\n"
@@ -99,7 +136,7 @@ std::string BashCompletion() {
          "    case \" $commands \" in *\" ${COMP_WORDS[i]} \"*) command=\"${COMP_WORDS[i]}\"; break ;; esac\n"
          "  done\n" +
          GroupCases() + "  case \"$previous\" in\n" + ValueCases(GlobalOptions(), "    ") + "  esac\n" +
-         CommandCases() +
+         CommandCases() + kOperands +
          "  mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$word\")\n"
          "}\n"
          "complete -F _vtdirect vtdirect\n";

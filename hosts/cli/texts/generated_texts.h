@@ -18,6 +18,12 @@ namespace vtdirect_cli {
 /// The completion for bash, from the same tables: vtdirect.bash-completion.
 [[nodiscard]] std::string BashCompletion();
 
+/// The same for zsh: vtdirect.zsh-completion.
+[[nodiscard]] std::string ZshCompletion();
+
+/// The same for fish: vtdirect.fish-completion.
+[[nodiscard]] std::string FishCompletion();
+
 /// The description of what --json prints, from the same tables, in Markdown: docs/json-output.md.
 [[nodiscard]] std::string JsonDocument();
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "hosts/cli/texts/examples.h"
 #include "hosts/cli/texts/generated_texts.h"
 
 namespace vtdirect_cli {
@@ -77,6 +78,14 @@ constexpr std::size_t kTermColumns = 28;
              0);
 }
 
+// Not wrapped: a line can be copied as it is.
+[[nodiscard]] std::string Examples(const char* command) {
+  std::string out;
+  for (const char* line : ExamplesOf(command))
+    out += std::string(out.empty() ? "\nExamples:\n" : "") + "  " + line + "\n";
+  return out;
+}
+
 [[nodiscard]] std::string CommandHelp(const CommandRow& row) {
   std::string out = "Usage: vtdirect [options] " + std::string(row.name);
   if (!row.options.empty()) out += " [options]";
@@ -84,7 +93,8 @@ constexpr std::size_t kTermColumns = 28;
   out += "\n" + Paragraphs(row.description) + "\n";
   for (const OperandRow& operand : row.operands) out += Term(operand.name.text(), operand.help);
   out += OptionList(row.options);
-  return out + "\nFor the options of every command: vtdirect --help\n";
+  out += "\nFor the options of every command: vtdirect --help\n";
+  return out + Examples(row.name);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/commands/command_line.h"
+#include "hosts/cli/texts/examples.h"
 #include "hosts/cli/texts/generated_texts.h"
 
 namespace vtdirect_cli {
@@ -75,6 +76,12 @@ namespace {
   return ".PP\n" + Escaped("The members with --json: " + out + ".") + "\n";
 }
 
+[[nodiscard]] std::string Examples(const char* command) {
+  std::string out;
+  for (const char* line : ExamplesOf(command)) out += Escaped(std::string("  ") + line) + "\n";
+  return out.empty() ? out : ".PP\nExamples:\n.PP\n.nf\n" + out + ".fi\n";
+}
+
 [[nodiscard]] std::string CommandSection(const CommandRow& row) {
   std::string out = ".SS vtdirect " + Escaped(row.name);
   if (!row.options.empty()) out += " [options]";
@@ -83,7 +90,7 @@ namespace {
   for (const OperandRow& operand : row.operands) {
     out += Term(".I " + Escaped(operand.name.text()), operand.help);
   }
-  return out + OptionList(row.options) + Members(row.members);
+  return out + OptionList(row.options) + Examples(row.name) + Members(row.members);
 }
 
 [[nodiscard]] std::string ExitStatus() {

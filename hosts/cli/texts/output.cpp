@@ -124,12 +124,12 @@ void Output::Configure(std::string command, bool json, bool quiet) {
 }
 
 void Output::Lines(const Record& record) {
-  if (json_) return JsonOnly(record);
+  if (json_ || held_ != nullptr) return JsonOnly(record);
   for (const auto& [key, value] : record) out_ << key << ": " << TextOf(value) << '\n';
 }
 
 void Output::Row(const Record& record) {
-  if (json_) return JsonOnly(record);
+  if (json_ || held_ != nullptr) return JsonOnly(record);
   const char* separator = "";
   for (const auto& [key, value] : record) {
     out_ << separator << TextOf(value);
@@ -139,15 +139,19 @@ void Output::Row(const Record& record) {
 }
 
 void Output::Row(const Record& shown, const Record& json) {
-  Row(json_ ? json : shown);
+  Row(json_ || held_ != nullptr ? json : shown);
 }
 
 void Output::JsonOnly(const Record& record) {
-  if (json_) out_ << JsonLine(command_, record) << '\n';
+  if (held_ != nullptr) {
+    held_->result = record;
+  } else if (json_) {
+    out_ << JsonLine(command_, record) << '\n';
+  }
 }
 
 void Output::Note(const std::string& text) {
-  if (!quiet_ && !json_) err_ << "vtdirect: " << Printable(text) << std::endl;
+  if (!quiet_ && !json_ && held_ == nullptr) err_ << "vtdirect: " << Printable(text) << std::endl;
 }
 
 void Output::Warning(const std::string& text) {
@@ -155,6 +159,10 @@ void Output::Warning(const std::string& text) {
 }
 
 ExitCode Output::Fail(const Failure& failure) {
+  if (held_ != nullptr) {
+    held_->failure = failure;
+    return failure.code;
+  }
   err_ << FailureLine(command_, json_, failure) << std::flush;
   TellNothingOfTheLimit();
   return failure.code;

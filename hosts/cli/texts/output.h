@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdint>
 #include <iosfwd>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -30,6 +31,12 @@ using Record = std::vector<std::pair<std::string, Value>>;
 /// The text of a value: a text as it can be shown on a terminal, "yes" or "no", a decimal number, texts
 /// parted by blanks.
 [[nodiscard]] std::string TextOf(const Value& value);
+
+/// What a command has said while it was heard by another one, see OutputHold.
+struct HeldOutput {
+  Record result;  ///< the last one, as --json has it
+  std::optional<Failure> failure;
+};
 
 /// What the program says. Results go to standard output and nothing else does; all the rest goes to standard
 /// error.
@@ -68,13 +75,32 @@ class Output {
   [[nodiscard]] bool Flush();
 
  private:
+  friend class OutputHold;
+
   std::ostream& out_;
   std::ostream& err_;
+  HeldOutput* held_ = nullptr;
   std::string command_;
   bool json_ = false;
   bool quiet_ = false;
   bool nobodyReads_ = false;
   std::chrono::steady_clock::time_point lastFlush_;
+};
+
+/// While one lives, results, notes and failures are not shown but handed to the command that runs another one
+/// as a step of its own. Warnings are shown.
+class OutputHold {
+ public:
+  explicit OutputHold(Output& output) : output_(output) { output_.held_ = &held_; }
+  ~OutputHold() { output_.held_ = nullptr; }
+  OutputHold(const OutputHold&) = delete;
+  OutputHold& operator=(const OutputHold&) = delete;
+
+  [[nodiscard]] const HeldOutput& held() const { return held_; }
+
+ private:
+  Output& output_;
+  HeldOutput held_;
 };
 
 }  // namespace vtdirect_cli

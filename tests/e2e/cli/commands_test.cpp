@@ -25,6 +25,43 @@ TEST_F(VtDirect, ReadsTheConfigurationFileThatTheEnvironmentOrAnOptionNames) {
   EXPECT_EQ(Run({"servers", "--config", Home("y")}).out, "y\thttp://y/\n");
 }
 
+TEST_F(VtDirect, ReadsTheConfigurationFileThatAVariableNamesUnlessAnOptionNamesAnother) {
+  WriteHome("x", "[servers]\nx=http://x/\n", 0644);
+  WriteHome("y", "[servers]\ny=http://y/\n", 0644);
+  environment_["VTDIRECT_CONFIG"] = Home("x");
+  EXPECT_EQ(Run({"servers"}).out, "x\thttp://x/\n");
+  EXPECT_EQ(Run({"servers", "--config", Home("y")}).out, "y\thttp://y/\n");
+  environment_["VTDIRECT_CONFIG"] = Home("missing");
+  EXPECT_EQ(Run({"servers"}).status, 8);
+}
+
+TEST_F(VtDirect, ListsServersOfTheEnvironmentBetweenTheFileAndTheCommandLine) {
+  WriteHome(".config/vtdirect/config", "[servers]\na=http://file/\nb=http://file/b\nc=http://file/c\n", 0644);
+  environment_["VTDIRECT_SERVER_b"] = "http://environment/b";
+  environment_["VTDIRECT_SERVER_c"] = "http://environment/c";
+  EXPECT_EQ(Run({"servers", "-s", "c=http://line/c"}).out,
+            "a\thttp://file/\nb\thttp://environment/b\nc\thttp://line/c\n");
+  environment_["VTDIRECT_SERVER_d"] = "nowhere";
+  const ProcessResult result = Run({"servers"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.err, HasSubstr("VTDIRECT_SERVER_d: a server URL begins with"));
+}
+
+TEST_F(VtDirect, AsksWhetherAnotherWordWasMeant) {
+  const auto adviceOf = [this](const std::vector<std::string>& words, int status) {
+    const ProcessResult result = Run(words);
+    EXPECT_EQ(result.status, status);
+    return result.err;
+  };
+  EXPECT_THAT(adviceOf({"chekout", "//a/b"}, 2),
+              HasSubstr("not expected: chekout //a/b; did you mean checkout?"));
+  EXPECT_THAT(adviceOf({"get", "//a/b", "--ouput", "f"}, 2), HasSubstr("did you mean --output?"));
+  EXPECT_THAT(adviceOf({"xliff", "lst"}, 2), HasSubstr("did you mean list?"));
+  EXPECT_THAT(adviceOf({"--server", "plm=http://h/", "get", "//plmm/b"}, 9), HasSubstr("did you mean plm?"));
+  EXPECT_THAT(adviceOf({"--server", "plm=http://h/", "doctor", "lpm"}, 9), HasSubstr("did you mean plm?"));
+  EXPECT_EQ(adviceOf({"zzzzzz"}, 2).find("did you mean"), std::string::npos);
+}
+
 TEST_F(VtDirect, ListsServersAsJsonObjects) {
   EXPECT_EQ(Run({"--json", "-s", "a=http://a/", "-s", "b=http://b/", "servers"}).out,
             "{\"schema\":2,\"command\":\"servers\",\"nickname\":\"a\",\"url\":\"http://a/\"}\n"

@@ -43,8 +43,8 @@ TEST_F(OrdinaryUser, MountsWritesAndUnmountsAndOthersSeeNothing) {
       "as $other stat \"$TREE\" 2>&1 | grep -o 'Permission denied'\n" + "as $other cat " + fork +
       " 2>&1 | grep -o 'Permission denied'\n" + "done\n" + "as 65534 sh -c 'printf \"FENLET edited\\\\n\" >" +
       fork + "'\n" + vtdirect + "get -q --force '//sim/" + kFork + "' -o stored\n" + "cat stored\n" +
-      "as 65534 stat -c %u:%a " + fork + " \"$TREE\"\n" + vtdirect + "unmount \"$TREE\"\n" +
-      "! grep -F \" $TREE \" /proc/mounts\n");
+      vtdirect + "refresh \"$TREE\"\n" + "as 65534 stat -c %u:%a " + fork + " \"$TREE\"\n" + vtdirect +
+      "unmount \"$TREE\"\n" + "! grep -F \" $TREE \" /proc/mounts\n");
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.out,

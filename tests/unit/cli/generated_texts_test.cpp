@@ -26,6 +26,8 @@ void ExpectNamed(const OptionRow& row, const std::string& help) {
   EXPECT_THAT(help, HasSubstr(name));
   EXPECT_THAT(ManualPage(), HasSubstr(Set(name)));
   EXPECT_THAT(BashCompletion(), HasSubstr(name));
+  EXPECT_THAT(ZshCompletion(), HasSubstr("'" + name + ":"));
+  EXPECT_THAT(FishCompletion(), HasSubstr(" -l " + name.substr(2) + " "));
 }
 
 }  // namespace
@@ -79,6 +81,8 @@ TEST(GeneratedTexts, AreWhatIsInstalled) {
   // A difference here means: run "vtdirect --generate manual", "completion" and "json-output" again.
   EXPECT_EQ(vtdirect_test::ReadFile(CLI_FOLDER "/vtdirect.1"), ManualPage());
   EXPECT_EQ(vtdirect_test::ReadFile(CLI_FOLDER "/vtdirect.bash-completion"), BashCompletion());
+  EXPECT_EQ(vtdirect_test::ReadFile(CLI_FOLDER "/vtdirect.zsh-completion"), ZshCompletion());
+  EXPECT_EQ(vtdirect_test::ReadFile(CLI_FOLDER "/vtdirect.fish-completion"), FishCompletion());
   EXPECT_EQ(vtdirect_test::ReadFile(DOCS_FOLDER "/json-output.md"), JsonDocument());
 }
 

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <string>
+
+#include "hosts/cli/result.h"
+
+namespace vtdirect_cli {
+
+/// How far an edit has come, for the next run if this one is ended.
+enum class EditStage {
+  Begun,       ///< whoever has the document checked out, it was not this edit
+  CheckedOut,  ///< this edit has checked the document out
+  Storing      ///< and has begun to store what was edited
+};
+
+/// Where the file of an edit lies until its bytes are on the server: a directory of the document's own, below
+/// $XDG_STATE_HOME/vtdirect/edits or ~/.local/state/vtdirect/edits, for this user alone. It outlives the
+/// program, whatever ends that. One run at a time has it.
+class KeptEdit {
+ public:
+  /// Makes the directory and takes it for this run.
+  /// @param document  what stays the same when the document gets a new iteration, which has an id of its own
+  /// @param name      fit to be a file's
+  /// @return a failure if another run edits the document, or there is no place to keep it
+  [[nodiscard]] static Result<KeptEdit> Open(const std::string& document, const std::string& name);
+
+  KeptEdit(KeptEdit&& other) noexcept;
+  KeptEdit& operator=(KeptEdit&&) = delete;
+  ~KeptEdit();
+
+  /// The file to be edited; it need not be there.
+  [[nodiscard]] std::string file() const { return directory_ + "/content/" + name_; }
+  /// Whether a file is there that holds what the server is not known to have.
+  [[nodiscard]] bool HasUnstored() const;
+  /// The bytes that the server had, by their SHA-256, when the file was fetched or stored last; empty if that
+  /// is not known.
+  [[nodiscard]] std::string KnownSum() const;
+  /// The version that the file was fetched as; empty if that is not known.
+  [[nodiscard]] std::string KnownVersion() const;
+
+  [[nodiscard]] EditStage stage() const;
+  /// @return why the stage can't be kept, or an empty text
+  [[nodiscard]] std::string SetStage(EditStage stage) const;
+
+  /// Removes the file and all that belongs to it: the server has what is in it.
+  void Remove() const;
+
+ private:
+  KeptEdit(std::string directory, std::string name)
+      : directory_(std::move(directory)), name_(std::move(name)) {}
+  [[nodiscard]] int Lock();
+
+  std::string directory_;
+  std::string name_;
+  int lock_ = -1;
+};
+
+}  // namespace vtdirect_cli

@@ -1,0 +1,50 @@
+#include "hosts/cli/http_log/http_log.h"
+
+#include <mutex>
+#include <utility>
+
+namespace vtdirect_cli {
+namespace {
+
+constexpr std::size_t kBodyBytes = std::size_t{64} << 10U;
+constexpr std::size_t kMostBytes = std::size_t{64} << 20U;
+constexpr std::size_t kMostExchanges = 50'000;
+
+[[nodiscard]] std::size_t SizeOf(const du::http::ObservedExchange& exchange) {
+  std::size_t size = exchange.url.size() + exchange.requestBody.size() + exchange.answerBody.size();
+  for (const auto& turn : exchange.turns) size += turn.requestHead.size() + turn.answerHead.size();
+  return size;
+}
+
+}  // namespace
+
+struct HttpLog::State {
+  std::mutex mutex;
+  SeenExchanges seen;
+  std::size_t bytes = 0;
+};
+
+HttpLog::HttpLog() : state_(std::make_shared<State>()) {
+  const auto observe = [state = state_](const du::http::ObservedExchange& exchange) {
+    const std::lock_guard lock(state->mutex);
+    const std::size_t size = SizeOf(exchange);
+    if (state->bytes + size > kMostBytes || state->seen.exchanges.size() >= kMostExchanges) {
+      ++state->seen.leftOut;
+      return;
+    }
+    state->bytes += size;
+    state->seen.exchanges.push_back(exchange);
+  };
+  du::http::SetExchangeObserver(observe, kBodyBytes);
+}
+
+HttpLog::~HttpLog() {
+  du::http::SetExchangeObserver({}, 0);
+}
+
+SeenExchanges HttpLog::Seen() const {
+  const std::lock_guard lock(state_->mutex);
+  return state_->seen;
+}
+
+}  // namespace vtdirect_cli

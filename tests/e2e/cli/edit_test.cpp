@@ -1,0 +1,223 @@
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "tests/e2e/cli/accident_fixture.h"
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace vtdirect_test {
+namespace {
+
+constexpr const char* kEdited = "edited\n";
+
+}  // namespace
+
+/// What `edit` does with a document, with a script in the place of an editor.
+class Edit : public AccidentTest {
+ protected:
+  void SetUp() override {
+    AccidentTest::SetUp();
+    UseEditor("printf 'edited\\n' > \"$1\"");
+  }
+
+  void UseEditor(const std::string& script) {
+    WriteHome("editor", "#!/bin/sh\n" + script + "\n", 0755);
+    environment_["VISUAL"] = Home("editor");
+  }
+
+  // The files that edits have left, with what they hold.
+  [[nodiscard]] std::vector<std::string> KeptContents() const {
+    std::vector<std::string> contents;
+    const std::string edits = Home(".local/state/vtdirect/edits");
+    if (!std::filesystem::exists(edits)) return contents;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(edits)) {
+      if (entry.is_regular_file() && entry.path().parent_path().filename() == "content") {
+        contents.push_back(ReadFile(entry.path()));
+      }
+    }
+    return contents;
+  }
+
+  [[nodiscard]] std::string Newest() { return Run({"get", kForkPath, "-o", "-"}).out; }
+};
+
+TEST_F(Edit, StoresWhatWasEditedAndChecksItIn) {
+  const ProcessResult result = Run({"edit", kForkPath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(Newest(), kEdited);
+  EXPECT_EQ(HolderOf("D1001"), "");
+  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(TemporaryWorkspaces(), 0U);
+  EXPECT_EQ(result.out, Run({"uid", kForkPath}).out);
+  EXPECT_THAT(result.err, HasSubstr("stored and checked in " + std::string(kForkPath)));
+  EXPECT_TRUE(std::filesystem::is_empty(Home(".local/state/vtdirect/edits")));
+  EXPECT_THAT(KeptContents(), IsEmpty());
+}
+
+TEST_F(Edit, GivesTheEditorTheDocumentsBytesUnderTheDocumentsName) {
+  UseEditor("cp \"$1\" \"$HOME/seen\"; basename \"$1\" > \"$HOME/name\"");
+  EXPECT_EQ(Run({"edit", kForkPath}).status, 0);
+  EXPECT_EQ(ReadFile(Home("seen")), server().Get(kForkContent));
+  EXPECT_EQ(ReadFile(Home("name")), "fork.lxz\n");
+}
+
+TEST_F(Edit, UndoesTheCheckoutWhenNothingWasChanged) {
+  UseEditor("true");
+  const std::string before = Newest();
+  const ProcessResult result = Run({"edit", "--json", kForkPath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("\"action\":\"unchanged\",\"checked_in\":false,\"checked_out\":false}"));
+  EXPECT_EQ(HolderOf("D1001"), "");
+  EXPECT_EQ(TemporaryWorkspaces(), 0U);
+  EXPECT_EQ(Newest(), before);
+  EXPECT_THAT(Run({"versions", kForkPath}).out, HasSubstr("B.1\t"));
+  EXPECT_THAT(Run({"versions", kForkPath}).out, Not(HasSubstr("B.2\t")));
+}
+
+TEST_F(Edit, LeavesWhatWasCheckedOutBeforeCheckedOut) {
+  CheckOut(kForkPath);
+  const ProcessResult result = Run({"edit", kForkPath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+  EXPECT_EQ(Newest(), kEdited);
+  EXPECT_THAT(result.err, HasSubstr("; it is checked out, as it was before"));
+  UseEditor("true");
+  EXPECT_EQ(Run({"edit", kForkPath}).status, 0);
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+}
+
+TEST_F(Edit, TakesTheEditorOfEDITORWithoutVISUALAndNoneWithoutBoth) {
+  environment_["EDITOR"] = environment_["VISUAL"];
+  environment_.erase("VISUAL");
+  EXPECT_EQ(Run({"edit", kForkPath}).status, 0);
+  EXPECT_EQ(Newest(), kEdited);
+  environment_.erase("EDITOR");
+  const std::string before = server().Log();
+  const ProcessResult result = Run({"edit", kForkPath});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.err, HasSubstr("set VISUAL or EDITOR"));
+  EXPECT_EQ(server().Log(), before);
+}
+
+TEST_F(Edit, KeepsWhatWasEditedWhenTheEditorFails) {
+  UseEditor("printf 'edited\\n' > \"$1\"; exit 3");
+  const ProcessResult result = Run({"edit", kForkPath});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("ended with status 3; nothing was stored; what was edited is kept in " +
+                                    Home(".local/state/vtdirect/edits/")));
+  EXPECT_THAT(KeptContents(), testing::ElementsAre(kEdited));
+  UseEditor("cp \"$1\" \"$HOME/seen\"");
+  const ProcessResult second = Run({"edit", kForkPath});
+  EXPECT_EQ(second.status, 0) << second.err;
+  EXPECT_EQ(ReadFile(Home("seen")), kEdited);
+  EXPECT_EQ(Newest(), kEdited);
+  EXPECT_EQ(HolderOf("D1001"), "");
+  EXPECT_THAT(KeptContents(), IsEmpty());
+}
+
+TEST_F(Edit, UndoesTheCheckoutWhenTheEditorCannotBeStarted) {
+  environment_["VISUAL"] = "/no/such/editor";
+  EXPECT_EQ(Run({"edit", kForkPath}).status, 1);
+  EXPECT_EQ(HolderOf("D1001"), "");
+  EXPECT_THAT(KeptContents(), IsEmpty());
+}
+
+TEST_F(Edit, StoresNothingOverAVersionThatSomebodyHasMadeMeanwhile) {
+  UseEditor("printf 'edited\\n' > \"$1\"; exit 3");
+  EXPECT_EQ(Run({"edit", kForkPath}).status, 1);
+  EXPECT_EQ(Run({"undo", kForkPath}).status, 0);
+  WriteFile(Here("f"), "another's");
+  EXPECT_EQ(Run({"put", "f", kForkPath}).status, 0);
+  const ProcessResult result = Run({"edit", kForkPath});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("conflict: what was edited was made from version B.1, and the server has "
+                                    "version B.2"));
+  EXPECT_EQ(HolderOf("D1001"), "");
+  EXPECT_EQ(Newest(), "another's");
+  EXPECT_THAT(KeptContents(), testing::ElementsAre(kEdited));
+}
+
+TEST_F(Edit, RefusesASecondEditOfADocumentAtTheSameTime) {
+  UseEditor("touch \"$HOME/begun\"; while [ ! -e \"$HOME/end\" ]; do sleep 0.02; done");
+  const auto first = Start({"edit", kForkPath});
+  ASSERT_TRUE(WaitUntil([this] { return std::filesystem::exists(Home("begun")); }));
+  const ProcessResult second = Run({"edit", kForkPath});
+  EXPECT_EQ(second.status, 1);
+  EXPECT_THAT(second.err, HasSubstr("another vtdirect edits this document now"));
+  WriteHome("end", "", 0644);
+  EXPECT_EQ(first->Wait().status, 0);
+}
+
+// Ctrl-C in an editor is the editor's.
+TEST_F(Edit, IsNotEndedByAnInterruptAtTheTerminal) {
+  UseEditor(
+      "touch \"$HOME/begun\"; while [ ! -e \"$HOME/end\" ]; do sleep 0.02; done; printf 'edited\\n' > "
+      "\"$1\"");
+  const auto edit = Start({"edit", kForkPath});
+  ASSERT_TRUE(WaitUntil([this] { return std::filesystem::exists(Home("begun")); }));
+  edit->Signal(SIGINT);
+  SleepMilliseconds(400);
+  ASSERT_TRUE(edit->Running());
+  WriteHome("end", "", 0644);
+  EXPECT_EQ(edit->Wait().status, 0);
+  EXPECT_EQ(Newest(), kEdited);
+}
+
+TEST_F(Edit, SaysWhereTheFileIsWhenASignalEndsIt) {
+  UseEditor(
+      "printf 'edited\\n' > \"$1\"; touch \"$HOME/begun\"; while [ ! -e \"$HOME/end\" ]; do sleep 0.02; "
+      "done");
+  const auto edit = Start({"edit", kForkPath});
+  ASSERT_TRUE(WaitUntil([this] { return std::filesystem::exists(Home("begun")); }));
+  edit->Signal(SIGTERM);
+  const auto result = edit->Wait();
+  WriteHome("end", "", 0644);
+  EXPECT_EQ(result.status, 143);
+  EXPECT_THAT(result.err,
+              HasSubstr("is checked out, and what was edited is in " + Home(".local/state/vtdirect/edits/")));
+  UseEditor("true");
+  EXPECT_EQ(Run({"edit", kForkPath}).status, 0);
+  EXPECT_EQ(Newest(), kEdited);
+  EXPECT_EQ(HolderOf("D1001"), "");
+}
+
+/// Every request of an edit fails in every way, and the program is killed before and after each. Afterwards what
+/// was edited is on the server or in the file that is kept, and the same command, given again, brings it there.
+class LosingNoEdit : public Edit {
+ protected:
+  void ExpectNothingIsLost() {
+    const bool wasEdited = std::filesystem::exists(Home("edited"));
+    const std::vector<std::string> kept = KeptContents();
+    const bool isKept = std::find(kept.begin(), kept.end(), kEdited) != kept.end();
+    const bool isOnServer = Newest() == kEdited;
+    const bool isTold = result_.err.find("/edits/") != std::string::npos;
+    EXPECT_TRUE(!wasEdited || isKept || isOnServer) << result_.err;
+    // Of a killed program nobody can be told anything.
+    EXPECT_TRUE(isOnServer || !isKept || isTold || result_.status <= 0) << result_.err;
+    const ProcessResult again = Run({"edit", kForkPath});
+    EXPECT_EQ(again.status, 0) << result_.err << "then\n" << recovered_.err << "then\n" << again.err;
+    EXPECT_EQ(Newest(), kEdited);
+    EXPECT_THAT(KeptContents(), IsEmpty());
+    // A checkout that only recover has found may be the user's own, and so it stays.
+    const bool isHeld = HolderOf("D1001") == "anna";
+    EXPECT_TRUE(!isHeld || Run({"checkin", kForkPath}).status == 0);
+    EXPECT_EQ(Newest(), kEdited);
+    std::filesystem::remove(Home("edited"));
+  }
+};
+
+TEST_F(LosingNoEdit, WhicheverRequestFailsInWhicheverWay) {
+  UseEditor("printf 'edited\\n' > \"$1\"; touch \"$HOME/edited\"");
+  KeepBeginning();
+  MeetEveryAccident({"edit", kForkPath}, [this] {
+    ExpectRecovery();
+    ExpectNothingIsLost();
+  });
+}
+
+}  // namespace vtdirect_test
