@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <filesystem>
 #include <iterator>
 #include <map>
 #include <set>
