@@ -40,8 +40,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   vtdirect_fuzz::WriteScratchFile(path, text);
   const BookContents contents = CheckoutBook(path).Read();
   vtdirect_fuzz::Require(contents.readable || !contents.fault.empty());
-  std::string fault;
-  (void)Journal(path).Open(fault);
+  const auto open = Journal(path).Open();
+  vtdirect_fuzz::Require(open || !open.failure().message.empty());
   ReadAsRecord(text);
   return 0;
 }

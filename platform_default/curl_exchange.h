@@ -52,6 +52,9 @@ class CurlExchange {
   /// @param limits  end an exchange that waits too long once it is connected
   void Start(const ExchangeParts& parts, const TimeLimits& limits);
 
+  /// Shows the listener what goes over the wire from the next exchange on, until null is given.
+  void ShowWireTo(WireListener* listener) { foldedStart_.ShowTo(listener); }
+
   /// Performs the exchange that was prepared. Throws what a source or a sink has thrown.
   /// @param httpStatus  receives the status when the result is `Done`, and 413 with `TooLarge`
   [[nodiscard]] du::http::ErrorCode Perform(int* httpStatus);

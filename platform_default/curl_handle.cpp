@@ -297,7 +297,7 @@ ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& s
                            const du::http::TransportSettings& settings, int* httpStatus) {
   const auto observer = FindObserver();
   if (observer == nullptr) return Perform(request, sink, settings, httpStatus);
-  ExchangeRecording recording(handle_.get(), request.body, sink, observer->bodyBytes);
+  ExchangeRecording recording(handle_.get(), exchange_, request.body, sink, observer->bodyBytes);
   OutgoingRequest recorded = request;
   recorded.body = recording.body();
   const ErrorCode result = Perform(recorded, recording.sink(), settings, httpStatus);

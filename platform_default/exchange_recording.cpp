@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <mutex>
+#include <new>
 #include <utility>
 
 namespace vtdirect::platform {
@@ -135,23 +136,21 @@ std::shared_ptr<const ObserverInForce> FindObserver() {
   return Slot().observer;
 }
 
-ExchangeRecording::ExchangeRecording(CURL* handle, du::http::FileSource* body, du::http::FileSink& sink,
-                                     std::size_t bodyBytes)
-    : handle_(handle), sink_(std::make_unique<RecordingSink>(sink, exchange_, bodyBytes)) {
+ExchangeRecording::ExchangeRecording(CURL* handle, CurlExchange& exchange, du::http::FileSource* body,
+                                     du::http::FileSink& sink, std::size_t bodyBytes)
+    : handle_(handle),
+      onHandle_(exchange),
+      sink_(std::make_unique<RecordingSink>(sink, exchange_, bodyBytes)) {
   if (body != nullptr) source_ = std::make_unique<RecordingSource>(*body, exchange_, bodyBytes);
   exchange_.started = std::chrono::system_clock::now();
-  curl_easy_setopt(handle, CURLOPT_DEBUGFUNCTION, &OnDebug);
-  curl_easy_setopt(handle, CURLOPT_DEBUGDATA, this);
-  curl_easy_setopt(handle, CURLOPT_VERBOSE, 1L);
   curl_easy_setopt(handle, CURLOPT_CERTINFO, 1L);
+  onHandle_.ShowWireTo(this);
 }
 
-// The handle lives on, and without a function curl would write what it sees to standard error.
+// The handle lives on.
 ExchangeRecording::~ExchangeRecording() {
-  curl_easy_setopt(handle_, CURLOPT_VERBOSE, 0L);
+  onHandle_.ShowWireTo(nullptr);
   curl_easy_setopt(handle_, CURLOPT_CERTINFO, 0L);
-  curl_easy_setopt(handle_, CURLOPT_DEBUGDATA, nullptr);
-  curl_easy_setopt(handle_, CURLOPT_DEBUGFUNCTION, nullptr);
 }
 
 du::http::FileSource* ExchangeRecording::body() {
@@ -177,11 +176,14 @@ du::http::ObservedExchange ExchangeRecording::End(ErrorCode result, int status) 
   return exchange_;
 }
 
-int ExchangeRecording::OnDebug(CURL*, curl_infotype type, char* data, std::size_t size, void* self) {
-  auto& recording = *static_cast<ExchangeRecording*>(self);
-  if (type == CURLINFO_HEADER_OUT) recording.RequestHead({data, size});
-  if (type == CURLINFO_HEADER_IN) recording.AnswerLine({data, size});
-  return 0;
+// Nothing may be thrown through curl. What there is no memory for is not shown.
+void ExchangeRecording::WireShows(curl_infotype type, std::string_view bytes) {
+  try {
+    if (type == CURLINFO_HEADER_OUT) RequestHead(bytes);
+    if (type == CURLINFO_HEADER_IN) AnswerLine(bytes);
+  } catch (const std::bad_alloc&) {
+    exchange_.turns.clear();
+  }
 }
 
 void ExchangeRecording::RequestHead(std::string_view text) {

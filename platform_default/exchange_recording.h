@@ -7,6 +7,8 @@
 #include <string_view>
 
 #include "platform/http_observer.h"
+#include "platform_default/curl_exchange.h"
+#include "platform_default/folded_start.h"
 
 namespace vtdirect::platform {
 
@@ -21,14 +23,13 @@ struct ObserverInForce {
 
 /// Records one exchange of a handle while it lives: what goes over the wire, and the bodies that pass through the
 /// source and the sink, which the exchange uses in the place of the caller's.
-class ExchangeRecording {
+class ExchangeRecording final : public WireListener {
  public:
-  /// @param body  null for a request without one
-  ExchangeRecording(CURL* handle, du::http::FileSource* body, du::http::FileSink& sink,
-                    std::size_t bodyBytes);
-  ~ExchangeRecording();
-  ExchangeRecording(const ExchangeRecording&) = delete;
-  ExchangeRecording& operator=(const ExchangeRecording&) = delete;
+  /// @param exchange  of the handle
+  /// @param body      null for a request without one
+  ExchangeRecording(CURL* handle, CurlExchange& exchange, du::http::FileSource* body,
+                    du::http::FileSink& sink, std::size_t bodyBytes);
+  ~ExchangeRecording() override;
 
   [[nodiscard]] du::http::FileSource* body();
   [[nodiscard]] du::http::FileSink& sink();
@@ -40,11 +41,12 @@ class ExchangeRecording {
   class RecordingSource;
   class RecordingSink;
 
-  static int OnDebug(CURL* handle, curl_infotype type, char* data, std::size_t size, void* self);
+  void WireShows(curl_infotype type, std::string_view bytes) override;
   void RequestHead(std::string_view text);
   void AnswerLine(std::string_view line);
 
   CURL* handle_;
+  CurlExchange& onHandle_;
   du::http::ObservedExchange exchange_;
   std::unique_ptr<RecordingSource> source_;
   std::unique_ptr<RecordingSink> sink_;

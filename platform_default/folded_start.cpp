@@ -36,8 +36,19 @@ void FoldedStart::LineArrives(char* data, std::size_t size) {
   Watch(behindStatusLine_);
 }
 
+void FoldedStart::ShowTo(WireListener* listener) {
+  listener_ = listener;
+  SwitchTrace();
+}
+
 void FoldedStart::Watch(bool on) {
-  if (std::exchange(watches_, on) != on) curl_easy_setopt(handle_, CURLOPT_VERBOSE, on ? 1L : 0L);
+  watches_ = on;
+  SwitchTrace();
+}
+
+void FoldedStart::SwitchTrace() {
+  const bool on = watches_ || listener_ != nullptr;
+  if (std::exchange(traceIsOn_, on) != on) curl_easy_setopt(handle_, CURLOPT_VERBOSE, on ? 1L : 0L);
 }
 
 void FoldedStart::See(char* data, std::size_t size) {
@@ -50,7 +61,9 @@ void FoldedStart::See(char* data, std::size_t size) {
 }
 
 int FoldedStart::OnTrace(CURL*, curl_infotype type, char* data, std::size_t size, void* self) {
-  if (type == CURLINFO_HEADER_IN) static_cast<FoldedStart*>(self)->See(data, size);
+  auto& folded = *static_cast<FoldedStart*>(self);
+  if (type == CURLINFO_HEADER_IN) folded.See(data, size);
+  if (folded.listener_ != nullptr) folded.listener_->WireShows(type, {data, size});
   return 0;
 }
 

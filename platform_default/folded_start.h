@@ -3,8 +3,20 @@
 #include <curl/curl.h>
 
 #include <cstddef>
+#include <string_view>
 
 namespace vtdirect::platform {
+
+/// Is shown what goes over the wire. curl has one trace function for a handle, so whoever wants to see it asks there.
+class WireListener {
+ public:
+  WireListener() = default;
+  WireListener(const WireListener&) = delete;
+  WireListener& operator=(const WireListener&) = delete;
+  virtual ~WireListener() = default;
+
+  virtual void WireShows(curl_infotype type, std::string_view bytes) = 0;
+};
 
 /// Keeps a continuation line out of curl where there is nothing that it could continue: right after the status
 /// line, where no server may send one. curl 7.88 joins such a line to the last header line of the handle's answer
@@ -19,6 +31,8 @@ class FoldedStart {
   void Attach(CURL* handle);
   /// Prepares the next exchange.
   void Start();
+  /// Shows the listener too what curl traces, all of it, until null is given.
+  void ShowTo(WireListener* listener);
 
   // What curl tells of the exchange, each to be told before anything else is done about it.
 
@@ -38,9 +52,12 @@ class FoldedStart {
 
   void See(char* data, std::size_t size);
   void Watch(bool on);
+  void SwitchTrace();
 
   CURL* handle_ = nullptr;
+  WireListener* listener_ = nullptr;
   bool watches_ = false;
+  bool traceIsOn_ = false;
   bool behindStatusLine_ = true;  ///< also where there is no status line at all
   bool met_ = false;
 };

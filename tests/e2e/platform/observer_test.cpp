@@ -102,6 +102,21 @@ TEST_F(Observer, SeesNothingAnyMoreWhenItHasEnded) {
   EXPECT_EQ(seen_.size(), 1U);
 }
 
+// curl has one trace function for a handle, which guards against such a line.
+TEST_F(Observer, LeavesTheGuardAgainstALineThatContinuesAStatusLineWhereItIs) {
+  int asked = 0;
+  ScriptedServer server([&asked](Peer& peer, WireRequest&) {
+    if (++asked == 1) return peer.Answer(200, "fine");
+    peer.Send("HTTP/1.1 200 OK\r\n X: y\r\nContent-Length: 0\r\n\r\n");
+    peer.Close();
+  });
+  const auto connection = vtdirect_test::Connect(server.Url());
+  EXPECT_EQ(vtdirect_test::Fetch(*connection).code, ErrorCode::Done);
+  EXPECT_EQ(vtdirect_test::Fetch(*connection).code, ErrorCode::ProtocolFailure) << "while it observes";
+  du::http::SetExchangeObserver({}, 0);
+  EXPECT_EQ(vtdirect_test::Fetch(*connection).code, ErrorCode::ProtocolFailure) << "and afterwards";
+}
+
 TEST_F(Observer, SeesTheCertificateThatAServerShows) {
   if (!vtdirect_test::HaveOpenSsl())
     GTEST_SKIP() << "the openssl program, which plays the server, is missing";
