@@ -1,6 +1,7 @@
 #include "base/checkout_id.h"
 
 #include "base/failure_trace.h"
+#include "base/text.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
@@ -15,34 +16,37 @@ std::string_view TakeField(std::string_view& rest) {
 
 }  // namespace
 
-CheckoutId ParseCheckoutId(const char* text) {
+CheckoutId ParseCheckoutId(std::string_view text) {
+  text = text.substr(0, text.find('\0'));
   CheckoutId id;
-  std::string_view rest = text != nullptr ? text : "";
-  id.field0 = TakeField(rest);
-  id.field1 = TakeField(rest);
-  id.field2 = TakeField(rest);
-  id.temporary = TakeField(rest).find('T') != std::string_view::npos;
+  id.text = text;
+  id.document = TakeField(text);
+  id.workspace = TakeField(text);
+  id.workingCopy = TakeField(text);
+  id.temporary = TakeField(text).find('T') != std::string_view::npos;
   return id;
 }
 
-bool IsValidForCheckout(const CheckoutId& id) {
-  return !id.field0.empty() && !id.field1.empty() && (!id.temporary || !id.field2.empty());
+CheckoutId ParseCheckoutId(const char* text) {
+  return ParseCheckoutId(std::string_view(TextOrEmpty(text)));
 }
 
-bool ParseValidCheckoutId(const char* text, CheckoutId& id) {
-  id = ParseCheckoutId(text);
+bool IsValidForCheckout(const CheckoutId& id) {
+  return !id.document.empty() && !id.workspace.empty() && (!id.temporary || !id.workingCopy.empty());
+}
+
+bool IsValidTraced(const CheckoutId& id) {
   if (IsValidForCheckout(id)) return true;
-  TracerFor({FailureKind::NotFound})(dp::TraceType::Error, "Bad id data for checkout %s\n",
-                                     text != nullptr ? text : "");
+  TracerFor({FailureKind::NotFound})(dp::TraceType::Error, "Bad id data for checkout %s\n", id.text.c_str());
   return false;
 }
 
 const std::string& WorkingDocumentId(const CheckoutId& id) {
-  return id.temporary ? id.field2 : id.field0;
+  return id.temporary ? id.workingCopy : id.document;
 }
 
 std::string WorkspaceOf(const CheckoutId& id) {
-  return id.temporary ? std::string() : id.field1;
+  return id.temporary ? std::string() : id.workspace;
 }
 
 std::string FormatTemporaryCheckoutId(std::string_view workspace, std::string_view base,

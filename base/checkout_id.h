@@ -9,22 +9,27 @@
 /// D1 checked out as D3 through the temporary workspace W2.
 namespace lxservices::cms_interface::vantry {
 
+/// An id, taken apart once and carried with its text from there on.
 struct CheckoutId {
-  std::string field0;
-  std::string field1;
-  std::string field2;
-  bool temporary = false;
+  std::string text;         ///< as it was given
+  std::string document;     ///< the document; in a workspace of the user's the working copy itself
+  std::string workspace;    ///< empty for none
+  std::string workingCopy;  ///< the copy of a temporary checkout
+  bool temporary = false;   ///< checked out through a workspace that was made for this checkout
 };
 
-/// Cuts a text at each "|". Any "T" in the fourth field counts; further fields are ignored. Null gives all
-/// empty.
+/// Cuts a text at each "|". Any "T" in the fourth field counts; further fields are ignored.
+/// A zero byte ends the text, as it does where a host hands one in.
+[[nodiscard]] CheckoutId ParseCheckoutId(std::string_view text);
+
+/// The same for a text of a host's. Null gives all empty.
 [[nodiscard]] CheckoutId ParseCheckoutId(const char* text);
 
 /// Whether an id has all that a checkout operation needs.
 [[nodiscard]] bool IsValidForCheckout(const CheckoutId& id);
 
-/// ParseCheckoutId for a checkout operation: an id that is not valid for one is traced and gives false.
-[[nodiscard]] bool ParseValidCheckoutId(const char* text, CheckoutId& id);
+/// IsValidForCheckout for a checkout operation: an id that is not valid for one is traced.
+[[nodiscard]] bool IsValidTraced(const CheckoutId& id);
 
 /// The document that is worked on: the working copy of a temporary checkout, else the document itself.
 [[nodiscard]] const std::string& WorkingDocumentId(const CheckoutId& id);

@@ -6,8 +6,8 @@
 
 namespace lxservices::cms_interface {
 
-/// The file name of a local path, with its extension; empty for null and for a path that ends in "/". Pure.
-[[nodiscard]] inline std::string BareName(const char* localPath) {
+/// The file name of a local path, with its extension; empty for a path that ends in "/". Pure.
+[[nodiscard]] inline std::string BareName(const std::string& localPath) {
   std::string name;
   du::FileSpec(localPath).GetFile(&name);
   return name;

@@ -2,10 +2,7 @@
 
 #include <charconv>
 #include <mutex>
-#include <string_view>
 #include <utility>
-
-#include "base/text.h"
 
 namespace lxservices::cms_interface {
 namespace {
@@ -30,9 +27,9 @@ void ChangeSettings(Change change) {
   settings = std::exchange(Slot().settings, std::move(changed));
 }
 
-// Writes one text; null counts as empty, and an empty text as `standard`.
-void SetText(std::string Settings::*text, const char* value, const std::string& standard = {}) {
-  const std::string given = IsGiven(value) ? value : standard;
+// Writes one text; an empty text counts as `standard`.
+void SetText(std::string Settings::*text, std::string_view value, std::string_view standard = {}) {
+  const std::string given(value.empty() ? standard : value);
   ChangeSettings([&](Settings& settings) { settings.*text = given; });
 }
 
@@ -41,8 +38,7 @@ void SetFlag(bool Settings::*flag, bool value) {
 }
 
 // Writes a number of bytes; what is none, and zero, counts as the default.
-void SetBytes(std::uint64_t Settings::*bytes, const char* value) {
-  const std::string_view text = IsGiven(value) ? value : "";
+void SetBytes(std::uint64_t Settings::*bytes, std::string_view text) {
   std::uint64_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   const bool isNumber = error == std::errc() && end == text.data() + text.size() && number > 0;
@@ -52,11 +48,11 @@ void SetBytes(std::uint64_t Settings::*bytes, const char* value) {
 
 // The two kinds of flag read their value differently, and stay so. "false" turns the browse flags off, and
 // turns the legacy flag on like any other value.
-bool AnyValueIsOn(const char* value) {
-  return IsGiven(value);
+bool AnyValueIsOn(std::string_view value) {
+  return !value.empty();
 }
-bool AnyValueButFalseIsOn(const char* value) {
-  return IsGiven(value) && std::string_view(value) != "false";
+bool AnyValueButFalseIsOn(std::string_view value) {
+  return !value.empty() && value != "false";
 }
 
 }  // namespace
@@ -66,8 +62,8 @@ std::shared_ptr<const Settings> CurrentSettings() {
   return Slot().settings;
 }
 
-void SetUriStem(const char* stem) {
-  const std::string given = TextOrEmpty(stem);
+void SetUriStem(std::string_view stem) {
+  const std::string given(stem);
   const Settings standard;
   ChangeSettings([&](Settings& settings) {
     settings.vfsScheme = given.empty() ? standard.vfsScheme : given + "-vfs";
@@ -75,43 +71,43 @@ void SetUriStem(const char* stem) {
   });
 }
 
-void SetLegacyVfsPaths(const char* value) {
+void SetLegacyVfsPaths(std::string_view value) {
   SetFlag(&Settings::legacyVfsPaths, AnyValueIsOn(value));
 }
 
-void SetAuthoringApplication(const char* value) {
+void SetAuthoringApplication(std::string_view value) {
   SetText(&Settings::authoringApplication, value);
 }
 
-void SetAuthAppVersionToRegister(const char* value) {
+void SetAuthAppVersionToRegister(std::string_view value) {
   SetText(&Settings::authAppVersionToRegister, value);
 }
 
-void SetAuthAppVersion(const char* value) {
+void SetAuthAppVersion(std::string_view value) {
   SetText(&Settings::authAppVersion, value);
 }
 
-void SetTemporaryWorkspacePrefix(const char* value) {
+void SetTemporaryWorkspacePrefix(std::string_view value) {
   SetText(&Settings::temporaryWorkspacePrefix, value, Settings().temporaryWorkspacePrefix);
 }
 
-void SetTemporaryWorkspaceDescription(const char* value) {
+void SetTemporaryWorkspaceDescription(std::string_view value) {
   SetText(&Settings::temporaryWorkspaceDescription, value, Settings().temporaryWorkspaceDescription);
 }
 
-void SetBrowseDynamicDocuments(const char* value) {
+void SetBrowseDynamicDocuments(std::string_view value) {
   SetFlag(&Settings::browseDynamicDocuments, AnyValueButFalseIsOn(value));
 }
 
-void SetBrowseCadDocuments(const char* value) {
+void SetBrowseCadDocuments(std::string_view value) {
   SetFlag(&Settings::browseCadDocuments, AnyValueButFalseIsOn(value));
 }
 
-void SetLargestJson(const char* value) {
+void SetLargestJson(std::string_view value) {
   SetBytes(&Settings::largestJson, value);
 }
 
-void SetLongestJsonText(const char* value) {
+void SetLongestJsonText(std::string_view value) {
   SetBytes(&Settings::longestJsonText, value);
 }
 

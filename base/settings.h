@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 /// The process-wide settings behind SetAppConfig. Nothing here makes a request. Any thread may read and write
 /// them at any time.
@@ -30,27 +31,27 @@ struct Settings {
 /// reads them from one such record.
 [[nodiscard]] std::shared_ptr<const Settings> CurrentSettings();
 
-/// Makes the two schemes of a stem; null or empty brings the defaults back.
-void SetUriStem(const char* stem);
-/// On for any value but null and the empty text: even "false" turns it on.
-void SetLegacyVfsPaths(const char* value);
-/// A text; null counts as empty, which brings back the default of whoever reads it.
-void SetAuthoringApplication(const char* value);
-/// A text; null counts as empty: no registration.
-void SetAuthAppVersionToRegister(const char* value);
-/// A text; null counts as empty, which brings back the default of whoever reads it.
-void SetAuthAppVersion(const char* value);
-/// A text; null counts as empty, which brings back the default.
-void SetTemporaryWorkspacePrefix(const char* value);
-/// A text; null counts as empty, which brings back the default.
-void SetTemporaryWorkspaceDescription(const char* value);
-/// Off for null, the empty text and exactly "false"; on for anything else, "False" included.
-void SetBrowseDynamicDocuments(const char* value);
+/// Makes the two schemes of a stem; empty brings the defaults back.
+void SetUriStem(std::string_view stem);
+/// On for any value but the empty text: even "false" turns it on.
+void SetLegacyVfsPaths(std::string_view value);
+/// A text; empty brings back the default of whoever reads it.
+void SetAuthoringApplication(std::string_view value);
+/// A text; empty for no registration.
+void SetAuthAppVersionToRegister(std::string_view value);
+/// A text; empty brings back the default of whoever reads it.
+void SetAuthAppVersion(std::string_view value);
+/// A text; empty brings back the default.
+void SetTemporaryWorkspacePrefix(std::string_view value);
+/// A text; empty brings back the default.
+void SetTemporaryWorkspaceDescription(std::string_view value);
+/// Off for the empty text and exactly "false"; on for anything else, "False" included.
+void SetBrowseDynamicDocuments(std::string_view value);
 /// Read like SetBrowseDynamicDocuments.
-void SetBrowseCadDocuments(const char* value);
+void SetBrowseCadDocuments(std::string_view value);
 /// A decimal number of bytes from 1 on; anything else brings back the default.
-void SetLargestJson(const char* value);
+void SetLargestJson(std::string_view value);
 /// Read like SetLargestJson.
-void SetLongestJsonText(const char* value);
+void SetLongestJsonText(std::string_view value);
 
 }  // namespace lxservices::cms_interface

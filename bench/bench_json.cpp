@@ -124,7 +124,8 @@ bool CountEvents(std::string_view mode, std::FILE* file) {
 
 bool MakeRows(std::string_view mode, std::FILE* file) {
   int rows = 0;
-  FolderContentsHandler handler(true, true, false, [&rows](const DirEntryInfoExt&) { ++rows; });
+  FolderContentsHandler handler({.details = true, .versions = true},
+                                [&rows](const DirEntryInfoExt&) { ++rows; });
   return (mode == "library" ? ReadByLibrary(file, handler) : ReadByRapidJson(file, handler)) &&
          rows == rowsOfThePage;
 }

@@ -15,10 +15,9 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 // Only the name is escaped; the blanks and the apostrophes of the filter go out as they are.
-bool QueryByCadName(ServerContext& server, const std::string& cadName, std::vector<RestItem>& rows) {
+Result<std::vector<RestItem>> QueryByCadName(ServerContext& server, const std::string& cadName) {
   const FailureStep step("search by name");
-  return QueryObjects(server, "vn.epm.EPMDocument", "number", "CADName eq '" + EscapeForUrl(cadName) + "'",
-                      rows);
+  return QueryObjects(server, "vn.epm.EPMDocument", "number", "CADName eq '" + EscapeForUrl(cadName) + "'");
 }
 
 void TraceNoneFound(const FailureMark& mark, const std::string& cadName) {
@@ -26,12 +25,12 @@ void TraceNoneFound(const FailureMark& mark, const std::string& cadName) {
       dp::TraceType::Error, "Failed find any document with CADName %s", cadName.c_str());
 }
 
-bool ReadFound(ServerContext& server, const std::string& cadName, const std::string& id,
-               DocumentRecord& record) {
-  if (ReadDocument(server, id, record) == Ok) return true;
+std::optional<DocumentRecord> ReadFound(ServerContext& server, const std::string& cadName,
+                                        const std::string& id) {
+  if (auto [status, record] = ReadDocument(server, id); status == Ok) return std::move(record);
   TracerFor(Follows())(dp::TraceType::Error, "Failed get document with CADName %s id %s", cadName.c_str(),
                        id.c_str());
-  return false;
+  return std::nullopt;
 }
 
 // The numbers of the rows, each once and sorted by their bytes. A row without one names no document.
@@ -44,16 +43,16 @@ std::set<std::string> NumbersOf(const std::vector<RestItem>& rows) {
   return numbers;
 }
 
-std::size_t FindAmongNumbers(ServerContext& server, const std::set<std::string>& numbers,
-                             const std::string& contextId, DocumentRecord& record) {
-  std::size_t count = 0;
+FoundByCadName FindAmongNumbers(ServerContext& server, const std::set<std::string>& numbers,
+                                const std::string& contextId) {
+  FoundByCadName found;
   for (const std::string& number : numbers) {
-    DocumentRecord found;
-    if (!FindLatestDocumentByNumber(server, number, contextId.c_str(), found)) continue;
-    if (count == 0) record = std::move(found);
-    ++count;
+    auto latest = FindLatestDocumentByNumber(server, number, contextId);
+    if (!latest) continue;
+    if (found.count == 0) found.record = std::move(*latest);
+    ++found.count;
   }
-  return count;
+  return found;
 }
 
 // The revisions as bytes, unlike where the newest version of a document is looked for: there a shorter text
@@ -66,61 +65,63 @@ bool IsOlder(const DocumentRecord& left, const DocumentRecord& right) {
 
 }  // namespace
 
-bool FindDocumentByCadName(ServerContext& server, const std::string& cadName, DocumentRecord& record) {
+std::optional<DocumentRecord> FindDocumentByCadName(ServerContext& server, const std::string& cadName) {
   const FailureStep step("find a document by its name");
   const FailureMark mark;
-  std::vector<RestItem> rows;
-  if (!QueryByCadName(server, cadName, rows) || rows.empty()) {
+  const auto [status, rows] = QueryByCadName(server, cadName);
+  if (status != Ok || rows.empty()) {
     TraceNoneFound(mark, cadName);
-    return false;
+    return std::nullopt;
   }
-  return ReadFound(server, cadName, rows.front().id, record);
+  return ReadFound(server, cadName, rows.front().id);
 }
 
-std::size_t FindDocumentByCadNameInContext(ServerContext& server, const std::string& cadName,
-                                           ContextKind kind, const std::string& contextName,
-                                           DocumentRecord& record) {
+FoundByCadName FindDocumentByCadNameInContext(ServerContext& server, const std::string& cadName,
+                                              ContextKind kind, const std::string& contextName) {
   const FailureStep step("find a document by its name");
   const FailureMark mark;
-  std::vector<RestItem> rows;
-  if (!QueryByCadName(server, cadName, rows)) return 0;
+  const auto [status, rows] = QueryByCadName(server, cadName);
+  if (status != Ok) return {};
   if (rows.empty()) {
     TraceNoneFound(mark, cadName);
-    return 0;
+    return {};
   }
-  if (rows.size() == 1) return ReadFound(server, cadName, rows.front().id, record) ? 1 : 0;
-  ContextRecord context;
-  if (!FindContext(server, kind, contextName, context)) {
+  if (rows.size() == 1) {
+    auto only = ReadFound(server, cadName, rows.front().id);
+    return only ? FoundByCadName{1, std::move(*only)} : FoundByCadName();
+  }
+  const auto context = FindContext(server, kind, contextName);
+  if (!context) {
     TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to read dir %s\n",
                                                       contextName.c_str());
-    return 0;
+    return {};
   }
-  const std::size_t count = FindAmongNumbers(server, NumbersOf(rows), context.id, record);
+  FoundByCadName found = FindAmongNumbers(server, NumbersOf(rows), context->id);
   // Several numbers are worth a line and no failure: the smallest has been taken.
-  if (count != 1) {
+  if (found.count != 1) {
     const Reason reason =
-        count == 0 ? FollowsOr(mark, FailureKind::NotFound) : Reason{FailureKind::Ambiguous};
-    const auto aside = count > 1 ? std::make_unique<FailureAside>() : nullptr;
-    TracerFor(reason)(dp::TraceType::Error, "Found %zu document with CADName %s", count, cadName.c_str());
+        found.count == 0 ? FollowsOr(mark, FailureKind::NotFound) : Reason{FailureKind::Ambiguous};
+    const auto aside = found.count > 1 ? std::make_unique<FailureAside>() : nullptr;
+    TracerFor(reason)(dp::TraceType::Error, "Found %zu document with CADName %s", found.count,
+                      cadName.c_str());
   }
-  return count;
+  return found;
 }
 
-bool FindLatestDocumentByNumber(ServerContext& server, const std::string& number, const char* scope,
-                                DocumentRecord& record) {
-  std::vector<DocumentRecord> documents;
-  if (!SearchDocuments(server, number, documents, scope) || documents.empty()) return false;
-  DocumentRecord* best = &documents.front();
-  for (DocumentRecord& document : documents) {
+std::optional<DocumentRecord> FindLatestDocumentByNumber(ServerContext& server, const std::string& number,
+                                                         const std::string& scope) {
+  auto documents = SearchDocuments(server, number, scope);
+  if (!documents || documents->empty()) return std::nullopt;
+  DocumentRecord* best = &documents->front();
+  for (DocumentRecord& document : *documents) {
     if (document.master.id != best->master.id) {
       TracerFor({FailureKind::Ambiguous})(dp::TraceType::Error, "Found multiple docs with the same number %s",
                                           number.c_str());
-      return false;
+      return std::nullopt;
     }
     if (IsOlder(*best, document)) best = &document;
   }
-  record = std::move(*best);
-  return true;
+  return std::move(*best);
 }
 
 }  // namespace lxservices::cms_interface::vantry

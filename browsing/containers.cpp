@@ -12,10 +12,10 @@ constexpr const char* containersPath = "servlet/odata/v5/DataAdmin/Containers";
 
 }  // namespace
 
-std::string FindContainerId(ServerContext& server, const std::string& name, const char* type) {
+std::string FindContainerId(ServerContext& server, const std::string& name, std::string_view type) {
   const FailureStep step("find the context");
   std::string path = containersPath;
-  if (type != nullptr && *type != '\0') path.append("/").append(type);
+  if (!type.empty()) path.append("/").append(type);
   path += "?$select=ID&$filter=" + EscapeForUrl("Name eq '" + name + "'");
   std::string id;
   bool found = false;
@@ -36,9 +36,9 @@ std::string FindContainerId(ServerContext& server, const std::string& name, cons
   return ambiguous ? std::string() : id;
 }
 
-bool ListContainers(ServerContext& server, const char* type, const DirEntryCallback& callback) {
+bool ListContainers(ServerContext& server, std::string_view type, const DirEntryCallback& callback) {
   const FailureStep step("list the contexts");
-  const std::string path = std::string(containersPath) + "/" + type + "?$select=ID,Name";
+  const std::string path = std::string(containersPath).append("/").append(type) + "?$select=ID,Name";
   return VisitODataPages(server, path, [&](const rapidjson::Value& rows) {
     for (const auto& row : rows.GetArray()) {
       const rapidjson::Value* id = FindString(row, "ID");

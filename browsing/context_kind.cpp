@@ -1,14 +1,12 @@
 #include "browsing/context_kind.h"
 
-#include <string_view>
-
 namespace lxservices::cms_interface::vantry {
 namespace {
 
 struct KindRow {
   ContextKind kind;
-  const char* restWord;
-  const char* odataType;
+  std::string_view restWord;
+  std::string_view odataType;
 };
 
 constexpr KindRow kindTable[] = {
@@ -29,20 +27,19 @@ const KindRow* FindRow(ContextKind kind) {
 
 }  // namespace
 
-const char* RestWordOf(ContextKind kind) {
+std::string_view RestWordOf(ContextKind kind) {
   const KindRow* row = FindRow(kind);
-  return row != nullptr ? row->restWord : nullptr;
+  return row != nullptr ? row->restWord : std::string_view();
 }
 
-const char* ODataTypeOf(ContextKind kind) {
+std::string_view ODataTypeOf(ContextKind kind) {
   const KindRow* row = FindRow(kind);
-  return row != nullptr ? row->odataType : nullptr;
+  return row != nullptr ? row->odataType : std::string_view();
 }
 
-ContextKind KindOfRestWord(const char* word) {
-  if (word == nullptr) return ContextKind::None;
+ContextKind KindOfRestWord(std::string_view word) {
   for (const KindRow& row : kindTable) {
-    if (std::string_view(word) == row.restWord) return row.kind;
+    if (word == row.restWord) return row.kind;
   }
   return ContextKind::None;
 }

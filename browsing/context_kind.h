@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 /// The kinds of context that a server has, and the words by which its services know them. Pure functions.
 namespace lxservices::cms_interface::vantry {
 
@@ -13,13 +15,13 @@ enum class ContextKind : int {
   Organization = 5,  ///< no root directory leads here
 };
 
-/// The word of the REST services, which document records carry too; null for a kind without one.
-[[nodiscard]] const char* RestWordOf(ContextKind kind);
+/// The word of the REST services, which document records carry too; empty for a kind without one.
+[[nodiscard]] std::string_view RestWordOf(ContextKind kind);
 
-/// The type that is used in OData paths; null for a kind without one.
-[[nodiscard]] const char* ODataTypeOf(ContextKind kind);
+/// The type that is used in OData paths; empty for a kind without one.
+[[nodiscard]] std::string_view ODataTypeOf(ContextKind kind);
 
-/// The kind of a REST word, compared exactly; None for null and for any other text.
-[[nodiscard]] ContextKind KindOfRestWord(const char* word);
+/// The kind of a REST word, compared exactly; None for any other text.
+[[nodiscard]] ContextKind KindOfRestWord(std::string_view word);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,6 +1,6 @@
 #include "browsing/contexts.h"
 
-#include <utility>
+#include <string_view>
 
 #include "base/failure_step.h"
 #include "browsing/containers.h"
@@ -13,7 +13,7 @@ namespace {
 constexpr const char* contextsPath = "servlet/rest/v1/contexts";
 
 // The value of an attribute; a row without it counts as one with an empty value.
-std::string AttributeOf(const RestItem& row, const char* name) {
+std::string AttributeOf(const RestItem& row, const std::string& name) {
   const auto attribute = row.attributes.find(name);
   return attribute != row.attributes.end() ? attribute->second : std::string();
 }
@@ -24,62 +24,58 @@ std::string TypeClassOf(const std::string& id) {
   return first != last ? id.substr(first + 1, last - first - 1) : std::string();
 }
 
-bool ReadContextRows(ServerContext& server, ContextKind kind, std::vector<RestItem>& rows) {
-  const char* word = RestWordOf(kind);
-  if (word != nullptr) return ListContextsByKind(server, word, rows, nullptr);
-  return ListAllContexts(server, rows);
+Result<std::vector<RestItem>> ListContextRows(ServerContext& server, ContextKind kind) {
+  const std::string word(RestWordOf(kind));
+  return word.empty() ? ListAllContexts(server) : ListContextsByKind(server, word);
 }
 
 }  // namespace
 
-bool ListAllContexts(ServerContext& server, std::vector<RestItem>& rows) {
+Result<std::vector<RestItem>> ListAllContexts(ServerContext& server) {
   const FailureStep step("list the contexts");
-  return ReadRestItems(server.http(), contextsPath, rows, true, nullptr);
+  return ReadRestItems(server.http(), contextsPath, RestListForm::Wrapped);
 }
 
-bool ListContextsByKind(ServerContext& server, const char* word, std::vector<RestItem>& rows,
-                        Status* status) {
+Result<std::vector<RestItem>> ListContextsByKind(ServerContext& server, const std::string& word) {
   const FailureStep step("list the contexts");
   const std::string path = std::string(contextsPath) + "?type=" + EscapeForUrl(word);
-  return ReadRestItems(server.http(), path, rows, true, status);
+  return ReadRestItems(server.http(), path, RestListForm::Wrapped);
 }
 
-bool FindContext(ServerContext& server, ContextKind kind, const std::string& name, ContextRecord& record) {
-  std::vector<RestItem> rows;
-  if (!ReadContextRows(server, kind, rows)) return false;
-  record.typeClass.clear();
+std::optional<ContextRecord> FindContext(ServerContext& server, ContextKind kind, const std::string& name) {
+  const auto [status, rows] = ListContextRows(server, kind);
+  if (status != Ok) return std::nullopt;
   for (const RestItem& row : rows) {
     if (AttributeOf(row, "name") != name) continue;
     // The first of that name decides. Without a type class it cannot be addressed and counts as not found,
     // even when a later row of the same name could be.
     ContextRecord found{row.id, name, TypeClassOf(row.id), AttributeOf(row, "organizationReference.name")};
-    if (found.typeClass.empty()) return false;
-    record = std::move(found);
-    return true;
+    if (found.typeClass.empty()) return std::nullopt;
+    return found;
   }
-  return false;
+  return std::nullopt;
 }
 
 std::string ResolveContextId(ServerContext& server, ContextKind kind, const std::string& name) {
   if (server.Services().dataAdminV5) {
-    const char* type = ODataTypeOf(kind);
-    return type != nullptr ? FindContainerId(server, name, type) : std::string();
+    const std::string_view type = ODataTypeOf(kind);
+    return type.empty() ? std::string() : FindContainerId(server, name, type);
   }
-  ContextRecord record;
-  return FindContext(server, kind, name, record) ? record.id : std::string();
+  return FindContext(server, kind, name).value_or(ContextRecord()).id;
 }
 
 bool ListContexts(ServerContext& server, ContextKind kind, const DirEntryCallback& callback,
                   ReadDirFlags flags) {
   if ((flags & Directories) == 0) return true;
   if (server.Services().dataAdminV5) {
-    const char* type = ODataTypeOf(kind);
-    return type != nullptr && ListContainers(server, type, callback);
+    const std::string_view type = ODataTypeOf(kind);
+    return !type.empty() && ListContainers(server, type, callback);
   }
-  const char* word = RestWordOf(kind);
-  std::vector<RestItem> rows;
-  if (!ListContextsByKind(server, word != nullptr ? word : "", rows, nullptr)) return false;
-  for (const RestItem& row : rows) EmitDirEntry(callback, AttributeOf(row, "name"), row.id, true);
+  const auto [status, rows] = ListContextsByKind(server, std::string(RestWordOf(kind)));
+  if (status != Ok) return false;
+  for (const RestItem& row : rows) {
+    EmitDirEntry(callback, AttributeOf(row, "name"), row.id, EntryKind::Directory);
+  }
   return true;
 }
 

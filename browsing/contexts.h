@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,23 +21,20 @@ struct ContextRecord {
   std::string organization;
 };
 
-/// Appends the contexts of every kind by REST. One GET.
-/// @return whether the HTTP status was in 200 to 299
-[[nodiscard]] bool ListAllContexts(ServerContext& server, std::vector<RestItem>& rows);
+/// The contexts of every kind by REST. One GET.
+/// @return with the status of ReadRestItems
+Result<std::vector<RestItem>> ListAllContexts(ServerContext& server);
 
-/// Appends the contexts of a kind by REST. One GET.
-/// @param word    the REST word of the kind
-/// @param status  may be null; set as by ReadRestItems
-/// @return whether the HTTP status was in 200 to 299
-[[nodiscard]] bool ListContextsByKind(ServerContext& server, const char* word, std::vector<RestItem>& rows,
-                                      Status* status);
+/// The contexts of a kind by REST. One GET.
+/// @param word  the REST word of the kind
+/// @return with the status of ReadRestItems
+Result<std::vector<RestItem>> ListContextsByKind(ServerContext& server, const std::string& word);
 
 /// Finds a context by its name by REST. One GET.
-/// @param kind    None looks among all contexts
-/// @param record  filled on success only, except that its typeClass is emptied whenever the server answered
-/// @return false for an unknown name, and for a context whose id has no two colons
-[[nodiscard]] bool FindContext(ServerContext& server, ContextKind kind, const std::string& name,
-                               ContextRecord& record);
+/// @param kind  None looks among all contexts
+/// @return nothing for an unknown name, and for a context whose id has no two colons
+[[nodiscard]] std::optional<ContextRecord> FindContext(ServerContext& server, ContextKind kind,
+                                                       const std::string& name);
 
 /// The id of a context, by OData on a server with version 5 of the service, else by REST. Makes requests.
 /// @return empty when it is not found

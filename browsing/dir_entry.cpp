@@ -5,7 +5,8 @@
 namespace lxservices::cms_interface::vantry {
 
 void EmitDirEntry(const DirEntryCallback& callback, const std::string& name, const std::string& id,
-                  bool isDirectory) {
+                  EntryKind kind) {
+  const bool isDirectory = kind == EntryKind::Directory;
   const bool escapes = !isDirectory && HoldsForbiddenCharacter(name);
   const std::string escaped = escapes ? EscapeFileName(name) : std::string();
   DirEntryInfoExt entry;

@@ -33,12 +33,14 @@ using DirLister = std::function<bool(DirEntryCallback, ReadDirFlags)>;
 
 namespace vantry {
 
+enum class EntryKind { File, Directory };
+
 /// Delivers one entry with name, id and kind, and nothing else.
 ///
 /// A file's name is delivered escaped; a directory's passes unchanged, since the server takes it back as it
 /// gave it.
 void EmitDirEntry(const DirEntryCallback& callback, const std::string& name, const std::string& id,
-                  bool isDirectory);
+                  EntryKind kind);
 
 }  // namespace vantry
 }  // namespace lxservices::cms_interface

@@ -2,6 +2,7 @@
 
 #include <initializer_list>
 #include <string>
+#include <string_view>
 
 #include "base/failure_step.h"
 #include "browsing/contexts.h"
@@ -17,7 +18,7 @@ namespace {
 
 bool ListNames(std::initializer_list<VfsNameId> names, const DirEntryCallback& callback, ReadDirFlags flags) {
   if ((flags & Directories) == 0) return true;
-  for (const VfsNameId name : names) EmitDirEntry(callback, LocalisedVfsName(name), "", true);
+  for (const VfsNameId name : names) EmitDirEntry(callback, LocalisedVfsName(name), "", EntryKind::Directory);
   return true;
 }
 
@@ -41,14 +42,14 @@ bool ListResource(const Listing& listing, const std::string& resource) {
 bool ListFolder(const Listing& listing, const ParsedVfsPath& path) {
   if (!ForceLegacyFileBrowse()) {
     if (listing.server.Services().folderContents) {
-      const char* type = ODataTypeOf(path.kind);
-      if (type == nullptr) return false;
+      const std::string_view type = ODataTypeOf(path.kind);
+      if (type.empty()) return false;
       const std::string resource = ResolveFolderResource(listing.server, path.context, type, path.folderPath);
       if (!resource.empty()) return ListResource(listing, resource);
     }
   }
-  return ListGatewayFolder(listing.server, path.context, path.kind, path.folderPath, listing.callback,
-                           listing.flags);
+  const GatewayFolder folder{path.context, path.kind, path.folderPath};
+  return ListGatewayFolder(listing.server, folder, listing.callback, listing.flags);
 }
 
 bool ListWorkspacesSection(const Listing& listing, const ParsedVfsPath& path) {
@@ -73,10 +74,10 @@ bool ListSections(const DirEntryCallback& callback, ReadDirFlags flags) {
   return ListNames({VfsNameId::Folders, VfsNameId::Workspaces}, callback, flags);
 }
 
-bool ListDirectory(ServerContext& server, const char* path, const DirEntryCallback& callback,
+bool ListDirectory(ServerContext& server, std::string_view path, const DirEntryCallback& callback,
                    ReadDirFlags flags) {
   const FailureStep step("list the directory");
-  if (path == nullptr || *path == '\0') return ListRootDirs(callback, flags);
+  if (path.empty()) return ListRootDirs(callback, flags);
   const Listing listing{server, callback, flags};
   const ParsedVfsPath parsed = SplitDirectoryPath(path);
   if (parsed.kind == ContextKind::None) return false;

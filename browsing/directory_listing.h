@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 #include "browsing/dir_entry.h"
 #include "connection/server_context.h"
 
@@ -16,12 +18,12 @@ namespace lxservices::cms_interface::vantry {
 /// Lists a directory.
 /// @return false for a path that names no directory and when a request failed; what was delivered before
 ///         stays delivered
-[[nodiscard]] bool ListDirectory(ServerContext& server, const char* path, const DirEntryCallback& callback,
-                                 ReadDirFlags flags);
+[[nodiscard]] bool ListDirectory(ServerContext& server, std::string_view path,
+                                 const DirEntryCallback& callback, ReadDirFlags flags);
 
 /// Resolves a directory now, to list it later without repeating that. The lister shares the connection, goes
 /// by the services that the server has now, and may be called on several threads at once.
 /// @return empty for a path that names no directory or cannot be reached
-[[nodiscard]] DirLister OpenDirectory(ServerContext& server, const char* path);
+[[nodiscard]] DirLister OpenDirectory(ServerContext& server, std::string_view path);
 
 }  // namespace lxservices::cms_interface::vantry

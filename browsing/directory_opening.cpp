@@ -1,4 +1,5 @@
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "base/failure_step.h"
@@ -38,13 +39,13 @@ DirLister OpenResource(const ServerContext& server, std::string resource) {
 DirLister OpenFolder(ServerContext& server, const ParsedVfsPath& path) {
   if (!ForceLegacyFileBrowse()) {
     if (server.Services().folderContents) {
-      const char* type = ODataTypeOf(path.kind);
-      if (type == nullptr) return {};
+      const std::string_view type = ODataTypeOf(path.kind);
+      if (type.empty()) return {};
       std::string resource = ResolveFolderResource(server, path.context, type, path.folderPath);
       if (!resource.empty()) return OpenResource(server, std::move(resource));
     }
   }
-  return OpenGatewayFolder(server, path.context, path.kind, path.folderPath);
+  return OpenGatewayFolder(server, {path.context, path.kind, path.folderPath});
 }
 
 DirLister OpenWorkspacesSection(ServerContext& server, const ParsedVfsPath& path) {
@@ -66,9 +67,9 @@ DirLister OpenWorkspacesSection(ServerContext& server, const ParsedVfsPath& path
 
 }  // namespace
 
-DirLister OpenDirectory(ServerContext& server, const char* path) {
+DirLister OpenDirectory(ServerContext& server, std::string_view path) {
   const FailureStep step("open the directory");
-  if (path == nullptr || *path == '\0') return ListRootDirs;
+  if (path.empty()) return ListRootDirs;
   const ParsedVfsPath parsed = SplitDirectoryPath(path);
   if (parsed.kind == ContextKind::None) return {};
   if (parsed.context.empty()) return OpenContexts(server, parsed.kind);

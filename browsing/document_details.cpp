@@ -2,9 +2,7 @@
 
 #include <string_view>
 
-#include "base/checkout_id.h"
 #include "base/failure_trace.h"
-#include "base/text.h"
 #include "browsing/latest_version.h"
 #include "documents/reading/document_reads.h"
 
@@ -44,9 +42,9 @@ void FillVersions(ServerContext& server, const AskedDocument& asked, DocumentQue
     isLatestOpen = !TakeLatestFromCandidate(candidates, asked, *query.latest);
   }
   if (query.versions == nullptr && !isLatestOpen) return;
-  std::vector<DocumentSummary> versions;
   // A failure leaves the list empty, and the document then stands for its own newest version.
-  (void)ReadDocumentVersions(server, asked.id, asked.record.contextId, versions);
+  const auto versions =
+      ReadDocumentVersions(server, asked.id, asked.record.contextId).value_or(std::vector<DocumentSummary>());
   if (isLatestOpen) TakeLatestFromVersions(versions, candidates, asked, *query.latest);
   if (query.versions == nullptr) return;
   for (const DocumentSummary& version : versions) {
@@ -56,21 +54,17 @@ void FillVersions(ServerContext& server, const AskedDocument& asked, DocumentQue
 
 }  // namespace
 
-Status GetDocumentDetails(ServerContext& server, const char* id, DocumentQuery& query) {
+Status GetDocumentDetails(ServerContext& server, const CheckoutId& id, DocumentQuery& query) {
   // Before the document is read, whether or not the newest version is asked for.
   server.SettleServices();
-  const CheckoutId parsed = ParseCheckoutId(id);
-  AskedDocument asked{parsed.field0, WorkspaceOf(parsed), {}};
+  AskedDocument asked{id.document, WorkspaceOf(id), {}};
   const DocumentRecord& record = asked.record;
-  const Status status = ReadDocument(server, asked.id, asked.record);
+  const Status status = HandOver(ReadDocument(server, asked.id), asked.record);
   if (status != Ok) {
-    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", id.text.c_str());
     return status;
   }
-  if (query.current != nullptr) {
-    *query.current = MakeFileInfo(record);
-    query.current->id = TextOrEmpty(id);
-  }
+  if (query.current != nullptr) *query.current = MakeFileInfo(record, id.text);
   FillVersions(server, asked, query);
   if (query.attributes != nullptr) FillAttributes(record, *query.attributes);
   if (query.contents != nullptr) {

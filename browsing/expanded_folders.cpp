@@ -7,7 +7,7 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-std::string_view TextOf(const rapidjson::Value& object, const char* name) {
+std::string_view TextOf(const rapidjson::Value& object, std::string_view name) {
   const rapidjson::Value* text = FindString(object, name);
   return text != nullptr ? TextView(*text) : std::string_view();
 }

@@ -1,5 +1,7 @@
 #include "browsing/file_location.h"
 
+#include <string_view>
+
 #include "base/checkout_id.h"
 #include "base/failure_trace.h"
 #include "browsing/cad_name_search.h"
@@ -15,8 +17,8 @@ namespace {
 std::string FindThroughFolder(ServerContext& server, const std::string& cadName,
                               const std::string& folderPath, ContextKind kind,
                               const std::string& contextName) {
-  const char* type = ODataTypeOf(kind);
-  if (type == nullptr) {
+  const std::string_view type = ODataTypeOf(kind);
+  if (type.empty()) {
     TracerFor({FailureKind::NotFound})(dp::TraceType::Miss, "unhandled context type %d",
                                        static_cast<int>(kind));
     return {};
@@ -33,8 +35,8 @@ std::string NewestVersionOf(ServerContext& server, const std::string& id) {
   LatestInfo latest;
   DocumentQuery query;
   query.latest = &latest;
-  if (GetDocumentDetails(server, id.c_str(), query) != Ok) return id;
-  return ParseCheckoutId(latest.id.c_str()).field0;
+  if (GetDocumentDetails(server, ParseCheckoutId(id), query) != Ok) return id;
+  return ParseCheckoutId(latest.id).document;
 }
 
 }  // namespace
@@ -47,13 +49,13 @@ std::string FindFileInFolder(ServerContext& server, const std::string& cadName, 
     std::string id = FindThroughFolder(server, cadName, folderPath, kind, contextName);
     if (!id.empty()) return id;
   }
-  DocumentRecord record;
-  if (FindDocumentByCadNameInContext(server, cadName, kind, contextName, record) == 0) {
+  const FoundByCadName found = FindDocumentByCadNameInContext(server, cadName, kind, contextName);
+  if (found.count == 0) {
     TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to find file %s",
                                                       cadName.c_str());
     return {};
   }
-  return NewestVersionOf(server, record.id);
+  return NewestVersionOf(server, found.record.id);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,6 +1,7 @@
 #include "browsing/folder_contents.h"
 
-#include <utility>
+#include <optional>
+#include <string>
 
 #include "base/failure_step.h"
 #include "browsing/folder_contents_handler.h"
@@ -20,13 +21,11 @@ constexpr const char* newestFirst = "&$orderby=Version desc";
 // One document list: what to ask for and how to read its rows.
 struct DocumentListing {
   std::string path;
-  bool details = false;
-  bool versions = false;
-  bool fileNameKey = false;  ///< the name is under "FileName", else under "CADName"
+  RowForm form;
 };
 
-std::string DynamicDocumentsPath(const char* serviceVersion, const std::string& resource) {
-  return std::string("servlet/odata/") + serviceVersion + "/DataAdmin/" + resource +
+std::string DynamicDocumentsPath(const std::string& serviceVersion, const std::string& resource) {
+  return "servlet/odata/" + serviceVersion + "/DataAdmin/" + resource +
          "/FolderContents/ZVK.DynamicDocMgmt.DynamicDocument?$select=CADName,ID";
 }
 
@@ -36,30 +35,30 @@ bool ReadPage(RestStream& response, FolderContentsHandler& handler) {
   return false;
 }
 
-// Reads one page; the next link is empty after the last.
-bool ListPage(const std::shared_ptr<HttpConnection>& connection, const std::string& path,
-              const DocumentListing& listing, const DirEntryCallback& callback, std::string& nextLink) {
+// Reads one page and gives its next link, which is empty after the last; nothing when the page failed.
+std::optional<std::string> ListPage(const std::shared_ptr<HttpConnection>& connection,
+                                    const std::string& path, const RowForm& form,
+                                    const DirEntryCallback& callback) {
   const FailureStep step("list the folder");
   RestStream response(MakeGetRequest(connection, path.c_str(), VtConnection::ODataHeaders()), {});
-  if (!response.succeeded()) return false;
-  FolderContentsHandler handler(listing.details, listing.versions, listing.fileNameKey, callback);
-  if (!ReadPage(response, handler)) return false;
-  nextLink = handler.nextLink();
-  return true;
+  if (!response.succeeded()) return std::nullopt;
+  FolderContentsHandler handler(form, callback);
+  if (!ReadPage(response, handler)) return std::nullopt;
+  return handler.nextLink();
 }
 
 bool ListDocuments(ServerContext& server, const DocumentListing& listing, const DirEntryCallback& callback) {
-  std::string nextLink;
-  if (!ListPage(server.http(), listing.path, listing, callback, nextLink)) return false;
-  while (!nextLink.empty()) {
+  auto nextLink = ListPage(server.http(), listing.path, listing.form, callback);
+  while (nextLink && !nextLink->empty()) {
     // A next link is a full URL and may lead to another host.
-    const auto [base, path] = SplitUrlAtPath(std::exchange(nextLink, {}));
+    const auto [base, path] = SplitUrlAtPath(*nextLink);
     const FailureMark mark;
     const auto side = server.MakeSideConnection(base);
     if (side == nullptr) ReportReason(FollowsOr(mark, FailureKind::AnswerBroken));
-    if (side == nullptr || !ListPage(side, path, listing, callback, nextLink)) return false;
+    if (side == nullptr) return false;
+    nextLink = ListPage(side, path, listing.form, callback);
   }
-  return true;
+  return nextLink.has_value();
 }
 
 }  // namespace
@@ -85,14 +84,14 @@ bool ListSubfolders(ServerContext& server, const std::string& resource, const Di
 
 bool ListDynamicDocuments(ServerContext& server, const std::string& resource,
                           const DirEntryCallback& callback, bool details) {
-  DocumentListing listing{DynamicDocumentsPath("v4", resource), details};
+  DocumentListing listing{DynamicDocumentsPath("v4", resource), {.details = details}};
   if (details) listing.path.append(selectDetails).append(newestFirst);
   return ListDocuments(server, listing, callback);
 }
 
 bool ListDynamicDocumentsV5(ServerContext& server, const std::string& resource,
                             const DirEntryCallback& callback, bool details, bool versions) {
-  DocumentListing listing{DynamicDocumentsPath("v5", resource), details, versions};
+  DocumentListing listing{DynamicDocumentsPath("v5", resource), {.details = details, .versions = versions}};
   if (details) listing.path += selectDetails;
   if (versions) listing.path += expandVersions;
   listing.path += newestFirst;
@@ -105,7 +104,7 @@ bool ListCadDocuments(ServerContext& server, const std::string& resource, const 
   // "FileName".
   DocumentListing listing{"servlet/odata/v4/DataAdmin/" + resource +
                               "/FolderContents/ZVK.CADDocumentMgmt.CADDocument?$select=FileName,ID",
-                          details, versions, true};
+                          {details, versions, true}};
   if (details) listing.path += selectDetails;
   if (versions) listing.path += expandVersions;
   listing.path += newestFirst;

@@ -4,12 +4,8 @@
 
 namespace lxservices::cms_interface::vantry {
 
-FolderContentsHandler::FolderContentsHandler(bool wantDetails, bool wantVersions, bool fileNameKey,
-                                             DirEntryCallback callback)
-    : wantDetails_(wantDetails),
-      wantVersions_(wantVersions),
-      fileNameKey_(fileNameKey),
-      callback_(std::move(callback)) {}
+FolderContentsHandler::FolderContentsHandler(const RowForm& form, DirEntryCallback callback)
+    : form_(form), callback_(std::move(callback)) {}
 
 // By length first: this runs for every key of every row.
 FolderContentsHandler::Member FolderContentsHandler::MemberOf(std::string_view key) const {
@@ -24,10 +20,10 @@ FolderContentsHandler::Member FolderContentsHandler::MemberOf(std::string_view k
       return key == "Number" ? Member::Number : Member::Other;
     case 7:
       if (key == "Version") return Member::Version;
-      return !fileNameKey_ && key == "CADName" ? Member::FileName : Member::Other;
+      return !form_.fileNameKey && key == "CADName" ? Member::FileName : Member::Other;
     case 8:
       if (key == "Versions") return Member::Versions;
-      return fileNameKey_ && key == "FileName" ? Member::FileName : Member::Other;
+      return form_.fileNameKey && key == "FileName" ? Member::FileName : Member::Other;
     case 15:
       return key == "@odata.nextLink" ? Member::NextLink : Member::Other;
     default:
@@ -127,8 +123,8 @@ void FolderContentsHandler::DeliverRow() {
   DirEntryInfoExt entry;
   entry.name = name_.c_str();
   entry.id = id_.c_str();
-  if (wantDetails_) entry.details = &details;
-  if (wantVersions_) {
+  if (form_.details) entry.details = &details;
+  if (form_.versions) {
     CollectVersions();
     entry.versions = versions_.data();
     entry.versionIds = versionIds_.data();

@@ -11,13 +11,19 @@
 
 namespace lxservices::cms_interface::vantry {
 
+/// What a page's rows hold, and what is wanted of them.
+struct RowForm {
+  bool details = false;      ///< number and name are wanted
+  bool versions = false;     ///< the versions are wanted
+  bool fileNameKey = false;  ///< the row's name comes from "FileName", else from "CADName"
+};
+
 /// Turns the events of one page of a folder's documents into entries as the bytes pass. Holds one row and one
 /// next link, so that memory does not grow with the folder; the texts of the row keep their capacity from row
 /// to row. Content never ends the parse: a value of an unexpected type is passed over.
 class FolderContentsHandler {
  public:
-  /// @param fileNameKey  the row's name comes from "FileName", else from "CADName"
-  FolderContentsHandler(bool wantDetails, bool wantVersions, bool fileNameKey, DirEntryCallback callback);
+  FolderContentsHandler(const RowForm& form, DirEntryCallback callback);
 
   /// "@odata.nextLink" of the page; empty on the last one.
   [[nodiscard]] const std::string& nextLink() const { return nextLink_; }
@@ -52,9 +58,7 @@ class FolderContentsHandler {
   void CollectVersions();
   void ClearRow();
 
-  bool wantDetails_;
-  bool wantVersions_;
-  bool fileNameKey_;
+  const RowForm form_;
   int objectDepth_ = 0;    ///< open objects
   int valueDepth_ = 0;     ///< open arrays since the key "value"
   int versionsDepth_ = 0;  ///< open arrays since the key "Versions"

@@ -28,16 +28,16 @@ bool IsDefaultRoot(const rapidjson::Value& row) {
   return name != nullptr && TextView(*name) == "Default";
 }
 
-// Takes the id of the first row of a name. Without one the id stays what it was: the walk goes on from the
+// The id of the first row of a name. Without one the id stays what it was: the walk goes on from the
 // folder that it has reached, so that an upload to a path with a wrong component lands in the deepest folder
 // that exists. Servers of this generation are used that way, and it must not be tightened.
-void TakeIdOfNamed(const std::vector<RestItem>& rows, std::string_view name, std::string& id) {
+std::string IdOfNamed(const std::vector<RestItem>& rows, std::string_view name, std::string id) {
   for (const RestItem& row : rows) {
     const auto attribute = row.attributes.find("name");
     if (attribute == row.attributes.end() || attribute->second != name) continue;
-    id = row.id;
-    return;
+    return row.id;
   }
+  return id;
 }
 
 }  // namespace
@@ -72,10 +72,10 @@ std::string FindFolderIdRest(ServerContext& server, const std::string& contextId
   std::string listPath = "servlet/rest/v1/contexts/" + EscapeForUrl(contextId) + "/folders";
   std::string id;
   while (!rest.empty()) {
-    std::vector<RestItem> rows;
-    if (!ReadRestItems(server.http(), listPath, rows, true, nullptr)) return {};
+    const auto [status, rows] = ReadRestItems(server.http(), listPath, RestListForm::Wrapped);
+    if (status != Ok) return {};
     const auto slash = rest.find('/');
-    TakeIdOfNamed(rows, rest.substr(0, slash), id);
+    id = IdOfNamed(rows, rest.substr(0, slash), std::move(id));
     if (id.empty() || slash == std::string_view::npos) break;
     rest.remove_prefix(slash + 1);
     listPath = "servlet/rest/v1/folders/" + EscapeForUrl(id) + "/folders";

@@ -13,16 +13,17 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 // One level more than the path has components, for the root folder, which the path does not name.
-std::string ExpandedContainersPath(const std::string& contextName, const char* type, std::size_t components) {
-  return std::string("servlet/odata/v1/DataAdmin/Containers/") + type +
+std::string ExpandedContainersPath(const std::string& contextName, std::string_view type,
+                                   std::size_t components) {
+  return std::string("servlet/odata/v1/DataAdmin/Containers/").append(type) +
          "?$expand=Folders($levels=" + std::to_string(components + 1) +
          ";$select=ID,Name)&$select=ID&$filter=" + EscapeForUrl("Name eq '" + contextName + "'");
 }
 
 }  // namespace
 
-std::string ResolveFolderResource(ServerContext& server, const std::string& contextName, const char* type,
-                                  const std::string& folderPath) {
+std::string ResolveFolderResource(ServerContext& server, const std::string& contextName,
+                                  std::string_view type, const std::string& folderPath) {
   const FailureStep step("find the folder");
   du::FileSpec spec;
   spec.SetDirPath(folderPath);

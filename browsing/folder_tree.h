@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "connection/server_context.h"
 
@@ -16,6 +17,6 @@ namespace lxservices::cms_interface::vantry {
 /// @param folderPath  components separated by "/", compared exactly; empty ones don't count
 /// @return empty when there is no such folder; after a failed page, what was found before it
 [[nodiscard]] std::string ResolveFolderResource(ServerContext& server, const std::string& contextName,
-                                                const char* type, const std::string& folderPath);
+                                                std::string_view type, const std::string& folderPath);
 
 }  // namespace lxservices::cms_interface::vantry

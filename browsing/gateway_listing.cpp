@@ -31,19 +31,19 @@ std::string GatewayFolderPath(const ContextRecord& context, const std::string& f
 // Brings a name into path form. Without the switch every name is escaped, so the names of a gateway that
 // escapes come out escaped twice; a host that sees this sets the switch. With it a directory's name is what
 // the gateway takes back in "?path=", and passes as it is.
-std::string NameInPathForm(const std::string& text, bool isDirectory) {
+std::string NameInPathForm(const std::string& text, EntryKind kind) {
   if (!GatewayEscapes()) return EscapeFileName(text);
-  if (isDirectory || !HoldsForbiddenCharacter(text)) return text;
+  if (kind == EntryKind::Directory || !HoldsForbiddenCharacter(text)) return text;
   std::string plain;
   du::URI_Unescape(&plain, 0, text);
   return EscapeFileName(plain);
 }
 
-void EmitGatewayEntry(const DirEntryCallback& callback, std::string_view text, bool isDirectory) {
-  const std::string name = NameInPathForm(std::string(text), isDirectory);
+void EmitGatewayEntry(const DirEntryCallback& callback, std::string_view text, EntryKind kind) {
+  const std::string name = NameInPathForm(std::string(text), kind);
   DirEntryInfoExt entry;
   entry.name = name.c_str();
-  entry.isDirectory = isDirectory;
+  entry.isDirectory = kind == EntryKind::Directory;
   callback(entry);
 }
 
@@ -58,7 +58,7 @@ void ReadGatewayElement(std::string_view address, const DirEntryCallback& callba
   if ((flags & (isDirectory ? Directories : Files)) == 0) return;
   const bool nameFollowsMark = isDirectory && mark > slash;
   EmitGatewayEntry(callback, address.substr(nameFollowsMark ? mark + folderMark.size() : slash + 1),
-                   isDirectory);
+                   isDirectory ? EntryKind::Directory : EntryKind::File);
 }
 
 void DeliverListing(const rapidjson::Value& listing, const DirEntryCallback& callback, ReadDirFlags flags) {
@@ -100,22 +100,21 @@ bool ReadGatewayListing(RestStream& stream, const DirEntryCallback& callback, Re
   return true;
 }
 
-bool ListGatewayFolder(ServerContext& server, const std::string& contextName, ContextKind kind,
-                       const std::string& folderPath, const DirEntryCallback& callback, ReadDirFlags flags) {
+bool ListGatewayFolder(ServerContext& server, const GatewayFolder& folder, const DirEntryCallback& callback,
+                       ReadDirFlags flags) {
   const FailureStep step("list the folder");
-  ContextRecord context;
-  if (!FindContext(server, kind, contextName, context)) return false;
-  const std::string path = GatewayFolderPath(context, folderPath);
+  const auto context = FindContext(server, folder.kind, folder.contextName);
+  if (!context) return false;
+  const std::string path = GatewayFolderPath(*context, folder.path);
   RestStream stream(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   return ReadGatewayListing(stream, callback, flags);
 }
 
-DirLister OpenGatewayFolder(ServerContext& server, const std::string& contextName, ContextKind kind,
-                            const std::string& folderPath) {
+DirLister OpenGatewayFolder(ServerContext& server, const GatewayFolder& folder) {
   const FailureStep step("list the folder");
-  ContextRecord context;
-  if (!FindContext(server, kind, contextName, context)) return {};
-  const auto answer = std::make_shared<KeptAnswer>(server, GatewayFolderPath(context, folderPath));
+  const auto context = FindContext(server, folder.kind, folder.contextName);
+  if (!context) return {};
+  const auto answer = std::make_shared<KeptAnswer>(server, GatewayFolderPath(*context, folder.path));
   if (!answer->stream.succeeded()) return {};
   return [answer](const DirEntryCallback& callback, ReadDirFlags flags) {
     const rapidjson::Document listing = ParseAgain(*answer);

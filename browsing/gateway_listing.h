@@ -11,20 +11,24 @@
 /// list. Makes requests on this thread; nothing is cached or traced.
 namespace lxservices::cms_interface::vantry {
 
+/// A folder as the gateway is asked for it.
+struct GatewayFolder {
+  std::string contextName;
+  ContextKind kind = ContextKind::None;
+  std::string path;  ///< as the tree holds it; may be empty
+};
+
 /// Lists a folder: one GET to find its context and one for the folder.
-/// @param folderPath  as the tree holds it; may be empty
 /// @return false when the context is not known or the gateway refused; a broken answer lists nothing and
 ///         counts as success
-[[nodiscard]] bool ListGatewayFolder(ServerContext& server, const std::string& contextName, ContextKind kind,
-                                     const std::string& folderPath, const DirEntryCallback& callback,
-                                     ReadDirFlags flags);
+[[nodiscard]] bool ListGatewayFolder(ServerContext& server, const GatewayFolder& folder,
+                                     const DirEntryCallback& callback, ReadDirFlags flags);
 
 /// Fetches a folder's listing now, by the two GETs of ListGatewayFolder, and gives a lister that delivers it
 /// as often as it is called, without a further request, and on any number of threads at once. It holds the
 /// answer as it came: up to half a megabyte in memory, more in a temporary file that goes with the lister.
 /// @return empty when the context is not known or the gateway refused
-[[nodiscard]] DirLister OpenGatewayFolder(ServerContext& server, const std::string& contextName,
-                                          ContextKind kind, const std::string& folderPath);
+[[nodiscard]] DirLister OpenGatewayFolder(ServerContext& server, const GatewayFolder& folder);
 
 /// Delivers the gateway's answer: directories and files in its order, as far as `flags` asks for them. Reads
 /// the body, which can be done once. Sends nothing.

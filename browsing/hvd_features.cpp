@@ -8,17 +8,18 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 // Only the texts "true" and "false" change anything.
-void ReadSwitch(const rapidjson::Value& values, bool& feature) {
+bool ReadSwitch(const rapidjson::Value& values, bool known) {
   for (const auto& value : values.GetArray()) {
     if (!value.IsString()) continue;
-    if (TextView(value) == "true") feature = true;
-    if (TextView(value) == "false") feature = false;
+    if (TextView(value) == "true") known = true;
+    if (TextView(value) == "false") known = false;
   }
+  return known;
 }
 
 }  // namespace
 
-bool ReadHvdFeatures(ServerContext& server, bool& separatedSources, bool& vcsInfo) {
+ServerFeatures ReadHvdFeatures(ServerContext& server, ServerFeatures known) {
   const FailureStep step("ask for the features");
   ODataPageReader reader(server, "servlet/odata/v3/Visualization/GetHVDFeatures()");
   while (reader.Next()) {
@@ -29,11 +30,13 @@ bool ReadHvdFeatures(ServerContext& server, bool& separatedSources, bool& vcsInf
       const rapidjson::Value* name = FindString(row, "FeatureName");
       const rapidjson::Value* values = FindArray(row, "FeatureValues");
       if (name == nullptr || values == nullptr) continue;
-      if (TextView(*name) == "SeparatedsourceQ7zk") ReadSwitch(*values, separatedSources);
-      if (TextView(*name) == "uploadvcsinfo") ReadSwitch(*values, vcsInfo);
+      if (TextView(*name) == "SeparatedsourceQ7zk") {
+        known.separatedSources = ReadSwitch(*values, known.separatedSources);
+      }
+      if (TextView(*name) == "uploadvcsinfo") known.vcsInfo = ReadSwitch(*values, known.vcsInfo);
     }
   }
-  return !reader.failed();
+  return known;
 }
 
 }  // namespace lxservices::cms_interface::vantry

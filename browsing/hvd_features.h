@@ -5,10 +5,9 @@
 namespace lxservices::cms_interface::vantry {
 
 /// Reads two of the server's feature switches; of several values the last wins. Makes requests, on this
-/// thread.
-/// @param separatedSources  set or cleared by what the server says; left alone when it says nothing
-/// @param vcsInfo           likewise
-/// @return false when a page failed
-[[nodiscard]] bool ReadHvdFeatures(ServerContext& server, bool& separatedSources, bool& vcsInfo);
+/// thread. A page that fails ends
+/// it, and what was read before stays.
+/// @return the switches; one that the server says nothing of is as it was known
+[[nodiscard]] ServerFeatures ReadHvdFeatures(ServerContext& server, ServerFeatures known = {});
 
 }  // namespace lxservices::cms_interface::vantry

@@ -29,8 +29,8 @@ std::vector<DocCandidate> SearchByCadName(ServerContext& server, const std::stri
 // very working copy that is asked about.
 bool IsVersionOf(ServerContext& server, const DocCandidate& candidate, const AskedDocument& asked) {
   if (!asked.workspace.empty() && candidate.id == asked.id) return true;
-  DocumentRecord record;
-  return ReadDocument(server, candidate.id, record) == Ok && record.master.id == asked.record.master.id;
+  const auto [status, record] = ReadDocument(server, candidate.id);
+  return status == Ok && record.master.id == asked.record.master.id;
 }
 
 // A candidate that is checked out is somebody's copy in the making, and not the newest version, unless it is

@@ -4,12 +4,12 @@
 
 namespace lxservices::cms_interface::vantry {
 
-bool QueryObjects(ServerContext& server, const std::string& typeId, const std::string& select,
-                  const std::string& filter, std::vector<RestItem>& rows) {
+Result<std::vector<RestItem>> QueryObjects(ServerContext& server, const std::string& typeId,
+                                           const std::string& select, const std::string& filter) {
   std::string path = "servlet/rest/objects?typeId=" + EscapeForUrl(typeId);
   if (!select.empty()) path += "&$select=" + select;
   if (!filter.empty()) path += "&$filter=" + filter;
-  return ReadRestItems(server.http(), path, rows, false, nullptr);
+  return ReadRestItems(server.http(), path, RestListForm::Bare);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -16,18 +16,22 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
+std::optional<std::vector<DocumentSummary>> ListVersions(ServerContext& server, const std::string& id) {
+  const auto [status, record] = ReadDocument(server, id);
+  if (status != Ok) return std::nullopt;
+  return ReadDocumentVersions(server, id, record.contextId);
+}
+
 // The document with a version. The versions are asked for before the version's text is looked at, so that a
 // path whose document is gone is told apart from one with a bad version.
 std::string FindVersion(ServerContext& server, const std::string& id, const std::string& version,
-                        const char* path) {
+                        const std::string& path) {
   const FailureStep step("find the version");
   const FailureMark mark;
-  DocumentRecord record;
-  std::vector<DocumentSummary> versions;
-  if (ReadDocument(server, id, record) != Ok ||
-      !ReadDocumentVersions(server, id, record.contextId, versions)) {
+  const auto versions = ListVersions(server, id);
+  if (!versions) {
     TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to get file %s versions",
-                                                      path);
+                                                      path.c_str());
     return {};
   }
   const auto stop = version.find('.');
@@ -37,15 +41,15 @@ std::string FindVersion(ServerContext& server, const std::string& id, const std:
   }
   const std::string revision = version.substr(0, stop);
   const std::string iteration = version.substr(stop + 1);
-  const auto hit = std::find_if(versions.begin(), versions.end(), [&](const DocumentSummary& candidate) {
+  const auto hit = std::find_if(versions->begin(), versions->end(), [&](const DocumentSummary& candidate) {
     return candidate.revision == revision && candidate.iteration == iteration;
   });
   // No line for a version that does not exist: hosts try versions out, and the caller traces the whole path.
-  if (hit == versions.end()) ReportReason({FailureKind::NotFound});
-  return hit != versions.end() ? hit->id : std::string();
+  if (hit == versions->end()) ReportReason({FailureKind::NotFound});
+  return hit != versions->end() ? hit->id : std::string();
 }
 
-std::string ResolveInFolders(ServerContext& server, const ParsedVfsPath& parsed, const char* path) {
+std::string ResolveInFolders(ServerContext& server, const ParsedVfsPath& parsed, const std::string& path) {
   const FailureStep step("find the file");
   const FailureMark mark;
   const auto find = [&](const std::string& cadName) {
@@ -56,7 +60,8 @@ std::string ResolveInFolders(ServerContext& server, const ParsedVfsPath& parsed,
   std::string id = find(UnescapeFileName(parsed.leaf));
   if (id.empty()) id = find(parsed.leaf);
   if (id.empty()) {
-    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to find file %s", path);
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to find file %s",
+                                                      path.c_str());
     return {};
   }
   return parsed.version.empty() ? id : FindVersion(server, id, parsed.version, path);
@@ -70,7 +75,7 @@ const DocumentSummary* FindByCadName(const DocumentList& documents, const std::s
 }
 
 // The version in the path, if any, plays no part: a workspace holds one version of a document.
-std::string ResolveInWorkspace(ServerContext& server, const ParsedVfsPath& parsed, const char* path) {
+std::string ResolveInWorkspace(ServerContext& server, const ParsedVfsPath& parsed, const std::string& path) {
   const FailureStep step("find the file in its workspace");
   const FailureMark mark;
   const std::string contextId = ResolveContextId(server, parsed.kind, parsed.context);
@@ -82,19 +87,20 @@ std::string ResolveInWorkspace(ServerContext& server, const ParsedVfsPath& parse
   const std::string workspaceId = FindWorkspaceIdByName(server, parsed.folderPath, contextId);
   if (workspaceId.empty()) {
     TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss,
-                                                      "Failed to find workspace for file %s", path);
+                                                      "Failed to find workspace for file %s", path.c_str());
     return {};
   }
-  DocumentList documents;
-  if (!ListWorkspaceDocuments(server, workspaceId, documents)) {
-    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss,
-                                                      "Failed to find workspace documents for file %s", path);
+  const auto documents = ListWorkspaceDocuments(server, workspaceId);
+  if (!documents) {
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(
+        dp::TraceType::Miss, "Failed to find workspace documents for file %s", path.c_str());
     return {};
   }
-  const DocumentSummary* document = FindByCadName(documents, UnescapeFileName(parsed.leaf));
-  if (document == nullptr) document = FindByCadName(documents, parsed.leaf);
+  const DocumentSummary* document = FindByCadName(*documents, UnescapeFileName(parsed.leaf));
+  if (document == nullptr) document = FindByCadName(*documents, parsed.leaf);
   if (document == nullptr) {
-    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to find file %s", path);
+    TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Miss, "Failed to find file %s",
+                                                      path.c_str());
     return {};
   }
   return FormatWorkspaceId(workspaceId, document->id);
@@ -102,8 +108,7 @@ std::string ResolveInWorkspace(ServerContext& server, const ParsedVfsPath& parse
 
 }  // namespace
 
-std::string ResolveDocumentPath(ServerContext& server, const char* path) {
-  if (path == nullptr) path = "";
+std::string ResolveDocumentPath(ServerContext& server, const std::string& path) {
   const ParsedVfsPath parsed = SplitFilePath(path);
   server.SettleServices();
   if (IsVfsName(parsed.section, VfsNameId::Folders)) {

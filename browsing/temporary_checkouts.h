@@ -2,8 +2,10 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "base/checkout_id.h"
 #include "connection/server_context.h"
 
 namespace lxservices::cms_interface {
@@ -26,13 +28,13 @@ namespace vantry {
 /// temporary workspace that may hold it, one for each copy.
 /// @return nothing when a request failed
 [[nodiscard]] std::optional<TemporaryCheckouts> ListTemporaryCheckoutsOf(ServerContext& server,
-                                                                         const char* id);
+                                                                         const CheckoutId& id);
 
 /// The copies of all documents below a directory above the sections: the root, a kind, or a context. Makes
 /// the requests above for each context, and one or more to find the contexts.
 /// @return nothing when a request failed, and for a path that leads elsewhere
 [[nodiscard]] std::optional<TemporaryCheckouts> ListTemporaryCheckoutsBelow(ServerContext& server,
-                                                                            const char* path);
+                                                                            std::string_view path);
 
 }  // namespace vantry
 }  // namespace lxservices::cms_interface

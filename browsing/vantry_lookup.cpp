@@ -2,7 +2,6 @@
 
 #include "base/checkout_id.h"
 #include "base/failure_trace.h"
-#include "base/text.h"
 #include "browsing/cad_name_search.h"
 #include "browsing/document_details.h"
 #include "documents/checkout/working_copy.h"
@@ -23,47 +22,44 @@ std::string NotLocated(const FailureMark& mark, const std::string& documentId) {
 std::string FindCheckedOutId(ServerContext& server, const DocumentRecord& record,
                              const std::string& documentId) {
   const FailureMark mark;
-  bool isWorkingCopy = false;
-  if (!IsWorkingCopy(server, record, isWorkingCopy)) return NotLocated(mark, documentId);
-  if (!isWorkingCopy) return documentId;
-  WorkspaceRecord workspace;
-  if (!FindWorkspaceOfDocument(server, documentId, record.contextId, workspace)) {
-    return NotLocated(mark, documentId);
-  }
-  return FormatWorkspaceId(workspace.id, documentId);
+  const auto isWorkingCopy = IsWorkingCopy(server, record);
+  if (!isWorkingCopy) return NotLocated(mark, documentId);
+  if (!*isWorkingCopy) return documentId;
+  const auto workspace = FindWorkspaceOfDocument(server, documentId, record.contextId);
+  if (!workspace) return NotLocated(mark, documentId);
+  return FormatWorkspaceId(workspace->id, documentId);
 }
 
 }  // namespace
 
-std::string FindIdInWorkspace(ServerContext& server, const char* documentId, const char* workspaceId) {
+std::string FindIdInWorkspace(ServerContext& server, const std::string& documentId,
+                              const std::string& workspaceId) {
   const FailureStep step("find the document");
   const FailureMark mark;
-  const std::string id = TextOrEmpty(documentId);
-  const std::string workspace = TextOrEmpty(workspaceId);
-  DocumentRecord record;
-  if (ReadDocument(server, id, record) != Ok) return NotLocated(mark, id);
-  if (workspace.empty()) return record.isCheckoutByYou ? FindCheckedOutId(server, record, id) : id;
-  WorkspaceRecord found;
-  if (!FindUserWorkspace(server, record.contextId, workspace, found)) {
+  const auto [status, record] = ReadDocument(server, documentId);
+  if (status != Ok) return NotLocated(mark, documentId);
+  if (workspaceId.empty()) {
+    return record.isCheckoutByYou ? FindCheckedOutId(server, record, documentId) : documentId;
+  }
+  if (!FindUserWorkspace(server, record.contextId, workspaceId)) {
     TracerFor(FollowsOr(mark, FailureKind::NotFound))(
-        dp::TraceType::Error, "Failed to locate workspace %s for document %s on server\n", workspace.c_str(),
-        id.c_str());
+        dp::TraceType::Error, "Failed to locate workspace %s for document %s on server\n",
+        workspaceId.c_str(), documentId.c_str());
     return {};
   }
   // Whether the workspace holds the document is left to the operations that need it there.
-  return FormatWorkspaceId(workspace, id);
+  return FormatWorkspaceId(workspaceId, documentId);
 }
 
-std::string FindLatestIdByCadName(ServerContext& server, const char* cadName) {
+std::string FindLatestIdByCadName(ServerContext& server, const std::string& cadName) {
   const FailureStep step("find a document by its name");
-  if (cadName == nullptr) return {};
   server.SettleServices();
-  DocumentRecord record;
-  if (!FindDocumentByCadName(server, cadName, record)) return {};
+  const auto record = FindDocumentByCadName(server, cadName);
+  if (!record) return {};
   LatestInfo latest;
   DocumentQuery query;
   query.latest = &latest;
-  if (GetDocumentDetails(server, record.id.c_str(), query) != Ok) return {};
+  if (GetDocumentDetails(server, ParseCheckoutId(record->id), query) != Ok) return {};
   return latest.id;
 }
 

@@ -11,15 +11,15 @@ namespace lxservices::cms_interface::vantry {
 ///
 /// Without a workspace a working copy of the connected user is looked up in the user's workspaces, and any
 /// other document gives its id as it is.
-/// @param workspaceId  null or empty for none; otherwise it must be a workspace of the user's
+/// @param workspaceId  empty for none; otherwise it must be a workspace of the user's
 /// @return empty on failure, traced
-[[nodiscard]] std::string FindIdInWorkspace(ServerContext& server, const char* documentId,
-                                            const char* workspaceId);
+[[nodiscard]] std::string FindIdInWorkspace(ServerContext& server, const std::string& documentId,
+                                            const std::string& workspaceId);
 
 /// The id of the newest version of the first document with a CAD name. The server's services are settled
 /// first.
-/// @param cadName  plain; null gives the empty text without a request
+/// @param cadName  plain
 /// @return empty on failure, traced
-[[nodiscard]] std::string FindLatestIdByCadName(ServerContext& server, const char* cadName);
+[[nodiscard]] std::string FindLatestIdByCadName(ServerContext& server, const std::string& cadName);
 
 }  // namespace lxservices::cms_interface::vantry

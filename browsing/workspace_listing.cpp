@@ -9,19 +9,21 @@ namespace lxservices::cms_interface::vantry {
 bool ListWorkspaceDirs(ServerContext& server, const std::string& contextId, const DirEntryCallback& callback,
                        ReadDirFlags flags) {
   if ((flags & Directories) == 0) return true;
-  WorkspaceList workspaces;
-  if (!ListUserWorkspaces(server, contextId, workspaces)) return false;
-  for (const WorkspaceRecord& workspace : workspaces) EmitDirEntry(callback, workspace.name, "", true);
+  const auto workspaces = ListUserWorkspaces(server, contextId);
+  if (!workspaces) return false;
+  for (const WorkspaceRecord& workspace : *workspaces) {
+    EmitDirEntry(callback, workspace.name, "", EntryKind::Directory);
+  }
   return true;
 }
 
 bool ListWorkspaceFiles(ServerContext& server, const std::string& workspaceId,
                         const DirEntryCallback& callback, ReadDirFlags flags) {
   if ((flags & Files) == 0) return true;
-  DocumentList documents;
-  if (!ListWorkspaceDocuments(server, workspaceId, documents)) return false;
-  for (const DocumentSummary& document : documents) {
-    EmitDirEntry(callback, document.master.cadName, "", false);
+  const auto documents = ListWorkspaceDocuments(server, workspaceId);
+  if (!documents) return false;
+  for (const DocumentSummary& document : *documents) {
+    EmitDirEntry(callback, document.master.cadName, "", EntryKind::File);
   }
   return true;
 }
@@ -29,9 +31,9 @@ bool ListWorkspaceFiles(ServerContext& server, const std::string& workspaceId,
 std::string FindWorkspaceIdByName(ServerContext& server, const std::string& name,
                                   const std::string& contextId) {
   const FailureStep step("find the workspace");
-  WorkspaceList workspaces;
-  if (!ListWorkspaces(server, contextId, workspaces)) return {};
-  for (const WorkspaceRecord& workspace : workspaces) {
+  const auto workspaces = ListWorkspaces(server, contextId);
+  if (!workspaces) return {};
+  for (const WorkspaceRecord& workspace : *workspaces) {
     if (workspace.name == name) return workspace.id;
   }
   return {};

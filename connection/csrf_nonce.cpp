@@ -50,8 +50,8 @@ std::string LineOrReason(const FailureMark& mark, std::string_view key, std::str
 std::string FetchRestCsrf(const std::shared_ptr<HttpConnection>& connection) {
   const FailureStep step("fetch the nonce");
   const FailureMark mark;
-  std::vector<RestItem> rows;
-  if (!ReadRestItems(connection, "servlet/rest/security/csrf", rows, true, nullptr)) return {};
+  const auto [status, rows] = ReadRestItems(connection, "servlet/rest/security/csrf", RestListForm::Wrapped);
+  if (status != Ok) return {};
   if (rows.size() != 1 || rows.front().id != "csrf") return NoNonce(mark);
   const auto& attributes = rows.front().attributes;
   const auto key = attributes.find("nonce_key");

@@ -13,20 +13,24 @@ namespace lxservices::cms_interface::vantry {
 }
 
 /// The member of an object, or null. Of several of that name the first counts.
-[[nodiscard]] inline const rapidjson::Value* FindMember(const rapidjson::Value& object, const char* name) {
+[[nodiscard]] inline const rapidjson::Value* FindMember(const rapidjson::Value& object,
+                                                        std::string_view name) {
   if (!object.IsObject()) return nullptr;
-  const auto member = object.FindMember(name);
+  const auto size = static_cast<rapidjson::SizeType>(name.size());
+  const auto member = object.FindMember(rapidjson::Value(rapidjson::StringRef(name.data(), size)));
   return member != object.MemberEnd() ? &member->value : nullptr;
 }
 
 /// The string member of an object, or null when it is absent or of another type.
-[[nodiscard]] inline const rapidjson::Value* FindString(const rapidjson::Value& object, const char* name) {
+[[nodiscard]] inline const rapidjson::Value* FindString(const rapidjson::Value& object,
+                                                        std::string_view name) {
   const rapidjson::Value* value = FindMember(object, name);
   return value != nullptr && value->IsString() ? value : nullptr;
 }
 
 /// The array member of an object, or null when it is absent or of another type.
-[[nodiscard]] inline const rapidjson::Value* FindArray(const rapidjson::Value& object, const char* name) {
+[[nodiscard]] inline const rapidjson::Value* FindArray(const rapidjson::Value& object,
+                                                       std::string_view name) {
   const rapidjson::Value* value = FindMember(object, name);
   return value != nullptr && value->IsArray() ? value : nullptr;
 }

@@ -25,28 +25,27 @@ RestItem ReadItem(const rapidjson::Value& element) {
   return item;
 }
 
-void ReadRows(RestStream& response, bool itemsWrapped, std::vector<RestItem>& rows) {
+std::vector<RestItem> ReadRows(RestStream& response, RestListForm form) {
+  std::vector<RestItem> rows;
   rapidjson::Document document;
-  if (!ParseJsonResponse(response, document)) return;
-  const rapidjson::Value* list = itemsWrapped ? FindArray(document, "items") : nullptr;
+  if (!ParseJsonResponse(response, document)) return rows;
+  const rapidjson::Value* list = form == RestListForm::Wrapped ? FindArray(document, "items") : nullptr;
   if (list == nullptr) list = &document;
-  if (!list->IsArray()) return response.ReportBroken();
+  if (!list->IsArray()) {
+    response.ReportBroken();
+    return rows;
+  }
   for (const auto& element : list->GetArray()) rows.push_back(ReadItem(element));
-}
-
-Status StatusOfListing(int httpStatus) {
-  if (IsSuccess(httpStatus)) return Ok;
-  return httpStatus == 401 ? Unauthorized : ConnectionFailed;
+  return rows;
 }
 
 }  // namespace
 
-bool ReadRestItems(const std::shared_ptr<HttpConnection>& connection, const std::string& path,
-                   std::vector<RestItem>& rows, bool itemsWrapped, Status* status) {
+Result<std::vector<RestItem>> ReadRestItems(const std::shared_ptr<HttpConnection>& connection,
+                                            const std::string& path, RestListForm form) {
   RestStream response(MakeGetRequest(connection, path.c_str(), nullptr), {});
-  if (response.succeeded()) ReadRows(response, itemsWrapped, rows);
-  if (status != nullptr) *status = StatusOfListing(response.status());
-  return response.succeeded();
+  if (response.succeeded()) return ReadRows(response, form);
+  return response.status() == 401 ? Unauthorized : ConnectionFailed;
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -49,10 +49,7 @@ Status ProbeConnection(const std::shared_ptr<VtConnection>& connection) {
   const FailureStep step("ask whether the server answers");
   int version = 0;
   if (FetchSchema(*connection, "servlet/odata/DynamicDocMgmt/$metadata", nullptr, &version) == Ok) return Ok;
-  std::vector<RestItem> contexts;
-  Status status = Unsupported;
-  if (ReadRestItems(connection->http(), "servlet/rest/v1/contexts", contexts, true, &status)) return Ok;
-  return status;
+  return ReadRestItems(connection->http(), "servlet/rest/v1/contexts", RestListForm::Wrapped).status;
 }
 
 Status CheckServer(const char* url, const AuthFunction& auth, std::string* redirect) {

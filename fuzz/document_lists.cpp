@@ -14,18 +14,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   auto operation = vtdirect_fuzz::NewOperation(true);
   {
     const ByteServer server(bytes);
-    DocumentRecord record;
-    (void)ReadDocument(operation, "D1001", record);
+    (void)ReadDocument(operation, "D1001");
   }
   {
     const ByteServer server(bytes);
-    std::vector<DocumentSummary> versions;
-    (void)ReadDocumentVersions(operation, "D1001", "C1", versions);
+    (void)ReadDocumentVersions(operation, "D1001", "C1");
   }
   {
     const ByteServer server(bytes);
-    std::vector<DocumentRecord> documents;
-    (void)SearchDocuments(operation, "0000001001", documents, nullptr);
+    (void)SearchDocuments(operation, "0000001001", "");
   }
   const ByteServer server(bytes);
   const ReadDirFlags all{15};

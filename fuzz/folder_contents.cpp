@@ -25,7 +25,7 @@ void Look(const DirEntryInfoExt& entry) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   for (const bool fileNameKey : {false, true}) {
-    FolderContentsHandler handler(true, true, fileNameKey, Look);
+    FolderContentsHandler handler({true, true, fileNameKey}, Look);
     (void)ReadJson(std::string_view(reinterpret_cast<const char*>(data), size), handler);
   }
   return 0;

@@ -31,11 +31,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   bytes += vtdirect_fuzz::TextOf(data, size);
   {
     const vtdirect_fuzz::ByteServer server(bytes);
-    (void)ListGatewayFolder(operation, "Bikes", ContextKind::Product, "Parts/Frames", Look, all);
+    (void)ListGatewayFolder(operation, {"Bikes", ContextKind::Product, "Parts/Frames"}, Look, all);
   }
   {
     const vtdirect_fuzz::ByteServer server(bytes);
-    const DirLister lister = OpenGatewayFolder(operation, "Bikes", ContextKind::Product, "Parts/Frames");
+    const DirLister lister = OpenGatewayFolder(operation, {"Bikes", ContextKind::Product, "Parts/Frames"});
     if (lister) vtdirect_fuzz::Require(lister(Look, all) == lister(Look, all));
   }
   scratch.RequireNothingLeft();

@@ -16,10 +16,9 @@ namespace {
 void LookAtContexts(std::string_view bytes) {
   auto operation = vtdirect_fuzz::NewOperation(false);
   const auto look = [](const DirEntryInfoExt& entry) { vtdirect_fuzz::Look(entry.name); };
-  ContextRecord record;
   {
     const ByteServer server(bytes);
-    (void)FindContext(operation, ContextKind::Product, "Bikes", record);
+    (void)FindContext(operation, ContextKind::Product, "Bikes");
   }
   const ByteServer server(bytes);
   (void)ListContexts(operation, ContextKind::Library, look, ReadDirFlags::Directories);
@@ -29,12 +28,10 @@ void LookAtContexts(std::string_view bytes) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view bytes = vtdirect_fuzz::TextOf(data, size);
-  for (const bool wrapped : {false, true}) {
+  for (const auto form : {RestListForm::Bare, RestListForm::Wrapped}) {
     const ByteServer server(bytes);
     const auto operation = vtdirect_fuzz::NewOperation(false);
-    std::vector<RestItem> rows;
-    Status status = Status::Ok;
-    (void)ReadRestItems(operation.http(), "servlet/rest/v1/contexts", rows, wrapped, &status);
+    (void)ReadRestItems(operation.http(), "servlet/rest/v1/contexts", form);
   }
   LookAtContexts(bytes);
   auto operation = vtdirect_fuzz::NewOperation(false);

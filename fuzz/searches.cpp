@@ -34,11 +34,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       (void)FindLatestIdByCadName(operation, "fork.lxz");
     }
     const ByteServer server(bytes);
-    DocumentRecord record;
-    (void)FindDocumentByCadName(operation, "fork.lxz", record);
-    (void)FindLatestDocumentByNumber(operation, "0000001001", nullptr, record);
-    std::vector<RestItem> rows;
-    (void)QueryObjects(operation, "zvk.Document", "number", "CADName eq 'fork.lxz'", rows);
+    (void)FindDocumentByCadName(operation, "fork.lxz");
+    (void)FindLatestDocumentByNumber(operation, "0000001001", "");
+    (void)QueryObjects(operation, "zvk.Document", "number", "CADName eq 'fork.lxz'");
   }
   return 0;
 }

@@ -9,17 +9,15 @@ using vtdirect_fuzz::ByteServer;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view bytes = vtdirect_fuzz::TextOf(data, size);
   auto operation = vtdirect_fuzz::NewOperation(true);
-  XliffDocumentRef document;
   {
     const ByteServer server(bytes);
-    (void)FindSourceXliff(operation, "D1001", document);
+    (void)FindSourceXliff(operation, "D1001");
   }
   {
     const ByteServer server(bytes);
-    (void)ReadDocumentLanguage(operation, "D1001", document);
+    (void)ReadDocumentLanguage(operation, "D1001");
   }
   const ByteServer server(bytes);
-  std::map<std::string, std::string> translations;
-  (void)ListTranslations(operation, "D1001", document, translations);
+  (void)ListTranslations(operation, "D1001");
   return 0;
 }

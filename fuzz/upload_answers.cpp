@@ -17,10 +17,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }();
   auto operation = vtdirect_fuzz::NewOperation(true);
   const vtdirect_fuzz::ByteServer server(vtdirect_fuzz::TextOf(data, size));
-  std::vector<UploadedContent> contents;
   try {
-    (void)UploadContents(operation, {file, file}, contents, {});
-    vtdirect_fuzz::Require(contents.empty() || contents.size() == 2);
+    const auto [status, contents] = UploadContents(operation, {file, file}, {});
+    vtdirect_fuzz::Require(contents.size() == (status == Ok ? 2 : 0));
   } catch (const std::invalid_argument&) {  // a stream id that is no number: hosts are told so
   } catch (const std::out_of_range&) {
   }

@@ -1,5 +1,6 @@
 #include "base/failure_step.h"
 #include "base/file_name.h"
+#include "browsing/document_to_path.h"
 #include "public/address_text.h"
 #include "public/object_address.h"
 #include "public/path_resolution.h"
@@ -9,6 +10,7 @@
 namespace VtDirectManager {
 
 using namespace lxservices::cms_interface;
+using vantry::DocumentPathForm;
 
 namespace {
 
@@ -20,15 +22,16 @@ std::string WithoutVersion(const std::string& relativePath) {
   return slash != std::string::npos && bar < slash ? relativePath : relativePath.substr(0, bar);
 }
 
-std::string VfsPathOfId(const PathTarget& target, bool folderOnly, bool latestForm) {
+std::string VfsPathOfId(const PathTarget& target, DocumentPathForm form) {
   const FailureStep step("find the path");
   const FailureMark mark;
-  const std::string text = target.server->GetVFSPath(target.id.c_str(), folderOnly, latestForm);
+  const std::string text = target.server->GetVFSPath(target.id.c_str(), form == DocumentPathForm::Folder,
+                                                     form == DocumentPathForm::LatestVersion);
   if (text.empty()) ReportReason(FollowsOr(mark, FailureKind::NotFound));
   return text.empty() ? std::string() : VfsPathOf(target.server, *target.table, text);
 }
 
-std::string ResolvedVfsPath(const char* path, bool folderOnly) {
+std::string ResolvedVfsPath(const char* path, DocumentPathForm form) {
   PathTarget target = ResolveTarget(path, {}, 0);
   if (target.server == nullptr) return {};
   const FailureStep step("find the file");
@@ -38,7 +41,7 @@ std::string ResolvedVfsPath(const char* path, bool folderOnly) {
     ReportReason(FollowsOr(mark, FailureKind::NotFound));
     return {};
   }
-  return VfsPathOfId(target, folderOnly, false);
+  return VfsPathOfId(target, form);
 }
 
 }  // namespace
@@ -47,7 +50,7 @@ std::string GetUID(const char* path) {
   if (IsUID(path)) {
     const UidParts uid = SplitUid(path);
     if (!uid.base.empty() && !uid.id.empty()) {
-      return MakeUid(uid.base, uid.id, UnescapeFileName(GetFileName(path)).c_str(), nullptr);
+      return MakeUid(uid.base, uid.id, UnescapeFileName(GetFileName(path)));
     }
   }
   const FileTarget target = ResolveFileTarget(path, {}, ResolveQuiet);
@@ -57,16 +60,16 @@ std::string GetUID(const char* path) {
 std::string GetVFSPathLatest(const char* path) {
   const PathTarget target = ResolveTarget(path, {}, 0);
   if (target.server == nullptr) return {};
-  if (!target.id.empty()) return VfsPathOfId(target, false, true);
+  if (!target.id.empty()) return VfsPathOfId(target, DocumentPathForm::LatestVersion);
   return VfsPathOf(target.server, *target.table, WithoutVersion(target.relativePath));
 }
 
 std::string GetVFSPathVersioned(const char* path) {
-  return ResolvedVfsPath(path, false);
+  return ResolvedVfsPath(path, DocumentPathForm::ThisVersion);
 }
 
 std::string GetVFSFolderPath(const char* path) {
-  return ResolvedVfsPath(path, true);
+  return ResolvedVfsPath(path, DocumentPathForm::Folder);
 }
 
 std::string GetServerURL(const char* path) {

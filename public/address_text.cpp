@@ -73,11 +73,12 @@ std::optional<std::string> PlainNameInUid(const std::string& uid) {
   return plain;
 }
 
-std::string MakeUid(const std::string& base, const std::string& id, const char* plainName,
-                    const char* extra) {
+std::string MakeUid(const std::string& base, const std::string& id, std::string_view plainName,
+                    std::string_view extra) {
+  const std::string name(plainName.substr(0, plainName.find('\0')));
   std::string uid = base + "?id=" + id;
-  if (IsGiven(extra)) uid.append("&").append(extra);
-  if (IsGiven(plainName)) uid.append("&file=/").append(vantry::EscapeForUrl(plainName));
+  if (!extra.empty()) uid.append("&").append(extra);
+  if (!name.empty()) uid.append("&file=/").append(vantry::EscapeForUrl(name));
   return uid;
 }
 

@@ -27,9 +27,9 @@ struct UidParts {
 [[nodiscard]] std::optional<std::string> PlainNameInUid(const std::string& uid);
 
 /// Builds a UID.
-/// @param plainName  file name, not escaped; null or empty writes no file parameter
-/// @param extra      further parameters, put in as they are; may be null or empty
-[[nodiscard]] std::string MakeUid(const std::string& base, const std::string& id, const char* plainName,
-                                  const char* extra);
+/// @param plainName  file name, not escaped, which a zero byte ends; an empty one writes no file parameter
+/// @param extra      further parameters, put in as they are; empty for none
+[[nodiscard]] std::string MakeUid(const std::string& base, const std::string& id, std::string_view plainName,
+                                  std::string_view extra = {});
 
 }  // namespace lxservices::cms_interface

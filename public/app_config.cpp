@@ -1,12 +1,16 @@
+#include <string_view>
+
 #include "base/lasting_text.h"
 #include "base/settings.h"
+#include "base/text.h"
 #include "public/vt_direct_manager.h"
 
 namespace VtDirectManager {
 
 using namespace lxservices::cms_interface;
 
-void SetAppConfig(ConfigItem item, const char* value) {
+void SetAppConfig(ConfigItem item, const char* text) {
+  const std::string_view value = TextOrEmpty(text);
   switch (item) {
     case ConfigUriStem:
       return SetUriStem(value);

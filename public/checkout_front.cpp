@@ -21,7 +21,7 @@ CheckoutServer* CheckoutServerOf(const FileTarget& target) {
 
 // The UID to go on with after a checkout has ended: an answer without a document leaves the id that went in.
 std::string UidBehindCheckout(const FileTarget& target, const FileInfo& info) {
-  return info.id.empty() ? UidOfId(*target.server, target.id) : UidOfInfo(*target.server, info, nullptr);
+  return info.id.empty() ? UidOfId(*target.server, target.id) : UidOfInfo(*target.server, info);
 }
 
 VtCheckoutStatus StatusOfState(const VtCheckoutState& state) {
@@ -63,7 +63,7 @@ std::string Checkout(const char* path) {
   CheckoutServer* checkout = CheckoutServerOf(target);
   if (checkout == nullptr) return {};
   FileInfo info;
-  if (checkout->Checkout(target.id.c_str(), info)) return UidOfInfo(*target.server, info, nullptr);
+  if (checkout->Checkout(target.id.c_str(), info)) return UidOfInfo(*target.server, info);
   TracerFor(FollowsOr(mark, FailureKind::Refused))(dp::TraceType::Error, "Failed to checkout file %s", path);
   return {};
 }
@@ -124,7 +124,7 @@ VtCheckoutStatus VerifyCheckout(const char* text, std::string& uid) {
                                                       "Failed to confirm checkout of %s\n", path);
     return CheckoutStatusFailed;
   }
-  uid = UidOfInfo(*target.server, info, nullptr);
+  uid = UidOfInfo(*target.server, info);
   const VtCheckoutStatus status = StatusOfState(state);
   TraceUnlessIntact(status, path);
   return status;
@@ -142,7 +142,7 @@ std::string ConvertLegacyCheckout(const char* uid, const char* legacy) {
     id = vantry::FormatTemporaryCheckoutId(text.substr(0, separator), parts.id, text.substr(separator + 1));
   }
   const std::string name = UnescapeFileName(GetFileName(uid));
-  return MakeUid(parts.base, id, name.c_str(), nullptr);
+  return MakeUid(parts.base, id, name);
 }
 
 }  // namespace VtDirectManager

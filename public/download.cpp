@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -18,16 +19,20 @@ using vantry::EscapeForUrl;
 
 namespace {
 
-bool DownloadTarget(const PathTarget& target, const char* localPath, FileInfo& info,
-                    ProgressCallback progress) {
+std::optional<FileInfo> DownloadTarget(const PathTarget& target, const std::string& localPath,
+                                       ProgressCallback progress) {
+  if (target.server == nullptr) return std::nullopt;
   const std::string id = IdOfTarget(target);
-  if (id.empty()) return false;
-  return target.server->GetFile(id.c_str(), TextOrEmpty(localPath), info, std::move(progress));
+  FileInfo info;
+  if (id.empty() || !target.server->GetFile(id.c_str(), localPath.c_str(), info, std::move(progress))) {
+    return std::nullopt;
+  }
+  return info;
 }
 
 // Whether the local file is as long as the server's record of the content. A length that nobody can tell, of
 // a pipe or in a record without one, is not compared.
-bool HasSizeOf(const FileInfo& info, const char* localPath) {
+bool HasSizeOf(const FileInfo& info, const std::string& localPath) {
   std::error_code error;
   if (!info.downloadSize || !std::filesystem::is_regular_file(localPath, error)) return true;
   const std::uintmax_t length = std::filesystem::file_size(localPath, error);
@@ -57,10 +62,10 @@ bool GetFile(const char* path, const char* localPath, std::string& uid, const Do
   const StatusCallback& status = options.status;
   if (path != nullptr) VtDirectTracer()(dp::TraceType::Information, "Downloading %s\n", path);
   const PathTarget target = ResolveTarget(path, status, 0);
-  FileInfo info;
-  if (target.server != nullptr && DownloadTarget(target, localPath, info, options.progress) &&
-      (!options.compareSize || HasSizeOf(info, TextOrEmpty(localPath)))) {
-    std::string result = UidOfInfo(*target.server, info, nullptr);
+  const std::string file = TextOrEmpty(localPath);
+  const auto info = DownloadTarget(target, file, options.progress);
+  if (info && (!options.compareSize || HasSizeOf(*info, file))) {
+    std::string result = UidOfInfo(*target.server, *info);
     VtDirectTracer()(dp::TraceType::Information, "Downloading %s succeeded\n", path);
     uid = std::move(result);  // the path is not looked at any more: a host may have handed in this very text
     if (status) status(StatusOk, uid.c_str());

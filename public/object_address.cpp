@@ -6,14 +6,14 @@
 
 namespace lxservices::cms_interface {
 
-std::string UidOfInfo(FileServer& server, const FileInfo& info, const char* extra) {
-  return MakeUid(server.GetServerKey(), info.id, info.cadName.c_str(), extra);
+std::string UidOfInfo(FileServer& server, const FileInfo& info, std::string_view extra) {
+  return MakeUid(server.GetServerKey(), info.id, info.cadName, extra);
 }
 
 std::string UidOfId(FileServer& server, const std::string& id) {
   FileInfo info;
   if (server.GetFileInfo(id.c_str(), info) != Ok) return {};
-  return UidOfInfo(server, info, nullptr);
+  return UidOfInfo(server, info);
 }
 
 std::string VfsPathOf(const std::shared_ptr<FileServer>& server, const ServerTable& table,

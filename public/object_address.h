@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "public/manager_state.h"
 #include "server/file_server.h"
@@ -10,8 +11,8 @@
 namespace lxservices::cms_interface {
 
 /// The UID of a read object. No request.
-/// @param extra  further parameters; may be null
-[[nodiscard]] std::string UidOfInfo(FileServer& server, const FileInfo& info, const char* extra);
+/// @param extra  further parameters; empty for none
+[[nodiscard]] std::string UidOfInfo(FileServer& server, const FileInfo& info, std::string_view extra = {});
 
 /// Reads an object and gives its UID; the empty text when that fails. One request.
 [[nodiscard]] std::string UidOfId(FileServer& server, const std::string& id);

@@ -34,7 +34,7 @@ std::optional<TemporaryCheckouts> Find(const PathTarget& target) {
 
 TemporaryCheckout ForHost(FileServer& server, const TemporaryCheckoutEntry& entry) {
   std::string uid;
-  if (!entry.id.empty()) uid = MakeUid(server.GetServerKey(), entry.id, entry.cadName.c_str(), nullptr);
+  if (!entry.id.empty()) uid = MakeUid(server.GetServerKey(), entry.id, entry.cadName);
   return {uid, entry.workspaceName, entry.number, entry.cadName, entry.version};
 }
 

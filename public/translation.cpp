@@ -20,8 +20,9 @@ XliffServer* XliffServerOf(const FileTarget& target) {
 }
 
 // A document without one gets its first; so does one that cannot be asked.
-bool FindSource(XliffServer& xliff, const std::string& id, XliffDocumentRef& source) {
+bool HasSource(XliffServer& xliff, const std::string& id) {
   const FailureAside aside;
+  XliffDocumentRef source;
   return xliff.GetSourceXliff(id.c_str(), source) && !source.id.empty();
 }
 
@@ -32,9 +33,8 @@ bool UploadSourceXliff(const char* path, const char* xliffPath, const char* lang
   const FileTarget target = ResolveFileTarget(path, {}, ResolveNeedId);
   XliffServer* xliff = XliffServerOf(target);
   if (xliff == nullptr) return false;
-  XliffDocumentRef source;
   FileInfo dropped;
-  if (!FindSource(*xliff, target.id, source)) {
+  if (!HasSource(*xliff, target.id)) {
     return xliff->UploadSource(target.id.c_str(), xliffPath, language, dropped, {});
   }
   return xliff->UpdateSource(target.id.c_str(), xliffPath, dropped, {}, language);
@@ -53,7 +53,7 @@ bool GetUIDForSourceXliff(const char* path, std::string& uid, std::string& langu
   }
   FileInfo info;
   if (target.server->GetFileInfo(source.id.c_str(), info) == Ok) {
-    uid = UidOfInfo(*target.server, info, nullptr);
+    uid = UidOfInfo(*target.server, info);
     language = source.language;
   }
   return true;
@@ -74,7 +74,7 @@ bool GetXliffTranslations(const char* path, std::map<std::string, std::string>& 
   for (const auto& [language, id] : listed) {
     FileInfo info;
     if (target.server->GetFileInfo(id.c_str(), info) == Ok) {
-      translations[language] = UidOfInfo(*target.server, info, nullptr);
+      translations[language] = UidOfInfo(*target.server, info);
     }
   }
   return translations.size() == listed.size();

@@ -22,17 +22,20 @@ bool IsVantry(const std::shared_ptr<FileServer>& server) {
   return dynamic_cast<vantry::VantryFileServer*>(server.get()) != nullptr;
 }
 
-// A server that stays out of the table lives for one call alone.
-std::shared_ptr<FileServer> FindOrMakeServer(const char* url, bool remember) {
+// What becomes of a server that is not in the table: one that stays out of it lives for one call alone.
+enum class NewServer { EntersTable, StaysOut };
+
+std::shared_ptr<FileServer> FindOrMakeServer(const char* url, NewServer made) {
   auto server = FindServerByUrl(url);
   if (server != nullptr || url == nullptr || !IsSupported(url)) return server;
-  return remember ? AddServerWithDerivedNickname(url) : CreateFileServer(url, ForwardAuth);
+  return made == NewServer::EntersTable ? AddServerWithDerivedNickname(url)
+                                        : CreateFileServer(url, ForwardAuth);
 }
 
 std::string LookUpCadName(const char* url, const char* cadName) {
   const FailureStep step("find a document by its name");
   const FailureMark mark;
-  const auto server = FindOrMakeServer(url, true);
+  const auto server = FindOrMakeServer(url, NewServer::EntersTable);
   if (!IsVantry(server)) {
     TracerFor(FollowsOr(mark, FailureKind::NotFound))(
         dp::TraceType::Error, "Failed to establish connection to server  at  URL %s\n", TextOrEmpty(url));
@@ -62,7 +65,7 @@ std::string UIDFromVantryParams(const char* url, const char* documentId, const c
                                 bool remember) {
   const FailureStep step("find a document by its id");
   const FailureMark mark;
-  const auto server = FindOrMakeServer(url, remember);
+  const auto server = FindOrMakeServer(url, remember ? NewServer::EntersTable : NewServer::StaysOut);
   if (!IsVantry(server)) {
     TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Error,
                                                       "Failed to connect to server: %s\n", TextOrEmpty(url));

@@ -10,12 +10,12 @@ std::optional<ParsedUID> ParseUID(const char* text) {
   if (!IsUID(text)) return std::nullopt;
   const UidParts uid = SplitUid(text);
   if (uid.base.empty() || uid.id.empty()) return std::nullopt;
-  const vantry::CheckoutId id = vantry::ParseCheckoutId(uid.id.c_str());
+  const vantry::CheckoutId id = vantry::ParseCheckoutId(uid.id);
   ParsedUID parsed;
   parsed.server = uid.base;
-  parsed.document = id.field0;
-  parsed.workspace = id.field1;
-  if (!id.field1.empty()) parsed.workingCopy = vantry::WorkingDocumentId(id);
+  parsed.document = id.document;
+  parsed.workspace = id.workspace;
+  if (!id.workspace.empty()) parsed.workingCopy = vantry::WorkingDocumentId(id);
   parsed.fileName = PlainNameInUid(text).value_or("");
   parsed.isTemporaryCheckout = id.temporary;
   return parsed;
@@ -24,8 +24,7 @@ std::optional<ParsedUID> ParseUID(const char* text) {
 std::string WorkingCopyUID(const char* text) {
   const auto uid = ParseUID(text);
   if (!uid || uid->workingCopy.empty()) return {};
-  return MakeUid(uid->server, vantry::FormatWorkspaceId(uid->workspace, uid->workingCopy),
-                 uid->fileName.c_str(), nullptr);
+  return MakeUid(uid->server, vantry::FormatWorkspaceId(uid->workspace, uid->workingCopy), uid->fileName);
 }
 
 }  // namespace VtDirectManager

@@ -1,5 +1,7 @@
+#include <optional>
 #include <utility>
 
+#include "base/text.h"
 #include "public/upload_job.h"
 #include "public/vt_direct_manager.h"
 
@@ -9,15 +11,14 @@ using namespace lxservices::cms_interface;
 
 namespace {
 
-UploadRequest FenletRequest(const char* path, const char* mainPath, const char* viewablePath,
-                            const std::map<std::string, std::string>* sourceLinks, const char* language,
-                            bool checkIn) {
-  return {FileTypeFenlet, path, mainPath, viewablePath, language, sourceLinks, checkIn, true};
-}
-
 UploadRequest PlainRequest(FileType kind, const char* path, const char* mainPath, const char* language,
                            bool checkIn) {
-  return {kind, path, mainPath, "", language, nullptr, checkIn, false};
+  return {.kind = kind,
+          .path = path,
+          .mainPath = mainPath,
+          .viewablePath = "",
+          .language = language,
+          .checkIn = checkIn};
 }
 
 // A plain document is checked in only when asked to, and a Fenlet document in a temporary workspace always.
@@ -31,21 +32,21 @@ UploadRequest StoreRequest(const char* path, const char* mainPath, const StoreOp
   return request;
 }
 
-bool PrepareStore(const char* path, const char* mainPath, const StoreOptions& options, UploadJob& job) {
-  if (!PrepareUpload(StoreRequest(path, mainPath, options), options.status, job)) return false;
-  if (job.kind == DocumentKind::Fenlet && options.vcsPath != nullptr) job.vcsPath = options.vcsPath;
-  return true;
+std::optional<UploadJob> PrepareStore(const char* path, const char* mainPath, const StoreOptions& options) {
+  auto job = PrepareUpload(StoreRequest(path, mainPath, options), options.status);
+  if (job && job->kind == DocumentKind::Fenlet) job->vcsPath = TextOrEmpty(options.vcsPath);
+  return job;
 }
 
 bool UploadNow(const UploadRequest& request, const StatusCallback& status, const ProgressCallback& progress) {
-  UploadJob job;
-  return PrepareUpload(request, status, job) && RunUploadJob(job, status, progress);
+  const auto job = PrepareUpload(request, status);
+  return job && RunUploadJob(*job, status, progress);
 }
 
 bool UploadLater(const UploadRequest& request, const StatusCallback& status,
                  const ProgressCallback& progress) {
-  UploadJob job;
-  return PrepareUpload(request, status, job) && PostUploadJob(job, status, progress);
+  const auto job = PrepareUpload(request, status);
+  return job && PostUploadJob(*job, status, progress);
 }
 
 }  // namespace
@@ -53,8 +54,14 @@ bool UploadLater(const UploadRequest& request, const StatusCallback& status,
 bool Upload(const char* path, const char* mainPath, const char* viewablePath,
             const std::map<std::string, std::string>& sourceLinks, StatusCallback status,
             ProgressCallback progress, const char* language, bool checkIn) {
-  return UploadNow(FenletRequest(path, mainPath, viewablePath, &sourceLinks, language, checkIn), status,
-                   progress);
+  const UploadRequest request{.path = path,
+                              .mainPath = mainPath,
+                              .viewablePath = viewablePath,
+                              .language = language,
+                              .sourceLinks = &sourceLinks,
+                              .checkIn = checkIn,
+                              .autoCheckIn = true};
+  return UploadNow(request, status, progress);
 }
 
 bool Upload(FileType kind, const char* path, const char* mainPath, StatusCallback status,
@@ -65,8 +72,14 @@ bool Upload(FileType kind, const char* path, const char* mainPath, StatusCallbac
 bool UploadAsync(const char* path, const char* mainPath, const char* viewablePath,
                  const std::map<std::string, std::string>& sourceLinks, StatusCallback status,
                  ProgressCallback progress, const char* language, bool checkIn) {
-  return UploadLater(FenletRequest(path, mainPath, viewablePath, &sourceLinks, language, checkIn), status,
-                     progress);
+  const UploadRequest request{.path = path,
+                              .mainPath = mainPath,
+                              .viewablePath = viewablePath,
+                              .language = language,
+                              .sourceLinks = &sourceLinks,
+                              .checkIn = checkIn,
+                              .autoCheckIn = true};
+  return UploadLater(request, status, progress);
 }
 
 bool UploadAsync(FileType kind, const char* path, const char* mainPath, StatusCallback status,
@@ -76,22 +89,27 @@ bool UploadAsync(FileType kind, const char* path, const char* mainPath, StatusCa
 
 bool UploadFenletAsync(const char* path, const char* mainPath, const UploadFenletParams& params,
                        StatusCallback status, ProgressCallback progress, bool checkIn) {
-  UploadJob job;
-  const UploadRequest request =
-      FenletRequest(path, mainPath, params.viewablePath, params.sourceLinks, params.language, checkIn);
-  if (!PrepareUpload(request, status, job)) return false;
-  if (params.vcsPath != nullptr) job.vcsPath = params.vcsPath;
-  return PostUploadJob(job, status, progress);
+  const UploadRequest request{.path = path,
+                              .mainPath = mainPath,
+                              .viewablePath = params.viewablePath,
+                              .language = params.language,
+                              .sourceLinks = params.sourceLinks,
+                              .checkIn = checkIn,
+                              .autoCheckIn = true};
+  auto job = PrepareUpload(request, status);
+  if (!job) return false;
+  job->vcsPath = TextOrEmpty(params.vcsPath);
+  return PostUploadJob(*job, status, progress);
 }
 
 bool Store(const char* path, const char* mainPath, const StoreOptions& options) {
-  UploadJob job;
-  return PrepareStore(path, mainPath, options, job) && RunUploadJob(job, options.status, options.progress);
+  const auto job = PrepareStore(path, mainPath, options);
+  return job && RunUploadJob(*job, options.status, options.progress);
 }
 
 bool StoreAsync(const char* path, const char* mainPath, const StoreOptions& options) {
-  UploadJob job;
-  return PrepareStore(path, mainPath, options, job) && PostUploadJob(job, options.status, options.progress);
+  const auto job = PrepareStore(path, mainPath, options);
+  return job && PostUploadJob(*job, options.status, options.progress);
 }
 
 }  // namespace VtDirectManager

@@ -12,43 +12,46 @@ namespace {
 using VtDirectManager::StatusCode;
 
 DocumentUploadParams ParamsOf(const UploadJob& job) {
-  return {job.kind,
-          job.mainPath.c_str(),
-          job.viewablePath.c_str(),
-          job.vcsPath.c_str(),
-          job.language.c_str(),
-          &job.dependencies};
+  return {job.kind, job.mainPath, job.viewablePath, job.vcsPath, job.language, &job.dependencies};
 }
 
 StatusCode CodeOf(Status status, StatusCode otherwise) {
   return status == TooLarge ? VtDirectManager::StatusFileTooLarge : otherwise;
 }
 
+// What a transfer came to, in the words of the host's callback.
+struct Transferred {
+  StatusCode code = VtDirectManager::StatusOk;
+  FileInfo info;  ///< as far as StatusOk
+};
+
 // Stores into a checkout and checks it in if that is wanted.
-bool StoreCheckedOut(const UploadJob& job, const DocumentUploadParams& params, FileInfo& info,
-                     const VtDirectManager::ProgressCallback& progress, StatusCode& code) {
-  code = VtDirectManager::StatusCheckedOutUpdateFailed;
+Transferred StoreCheckedOut(const UploadJob& job, const DocumentUploadParams& params,
+                            const VtDirectManager::ProgressCallback& progress) {
+  const Transferred failed{VtDirectManager::StatusCheckedOutUpdateFailed, {}};
   CheckoutServer* checkout = job.server->GetCheckoutServer();
-  if (checkout == nullptr) return false;
+  if (checkout == nullptr) return failed;
   const Status status = checkout->Store(job.id.c_str(), params, progress);
-  code = CodeOf(status, code);
-  if (status != Ok) return false;
-  if (job.checkIn) return checkout->Checkin(job.id.c_str(), info);
+  if (status != Ok) return {CodeOf(status, failed.code), {}};
+  Transferred stored;
+  if (job.checkIn) return checkout->Checkin(job.id.c_str(), stored.info) ? stored : failed;
   // The store is done, whether or not its document can be read now.
   const FailureAside aside;
-  (void)job.server->GetFileInfo(job.id.c_str(), info);
-  return true;
+  (void)job.server->GetFileInfo(job.id.c_str(), stored.info);
+  return stored;
 }
 
-bool Transfer(const UploadJob& job, FileInfo& info, const VtDirectManager::ProgressCallback& progress,
-              StatusCode& code) {
+Transferred Transfer(const UploadJob& job, const VtDirectManager::ProgressCallback& progress) {
   const DocumentUploadParams params = ParamsOf(job);
-  if (!job.id.empty() && job.checkedOut) return StoreCheckedOut(job, params, info, progress, code);
+  if (!job.id.empty() && job.checkedOut) return StoreCheckedOut(job, params, progress);
   const bool isNew = job.id.empty();
-  const Status status = isNew ? job.server->UploadNew(job.relativePath.c_str(), params, info, progress)
-                              : job.server->UploadIteration(job.id.c_str(), params, info, progress);
-  code = CodeOf(status, isNew ? VtDirectManager::StatusCreateFailed : VtDirectManager::StatusUpdateFailed);
-  return status == Ok;
+  Transferred done;
+  const Status status = isNew ? job.server->UploadNew(job.relativePath.c_str(), params, done.info, progress)
+                              : job.server->UploadIteration(job.id.c_str(), params, done.info, progress);
+  if (status == Ok) return done;
+  done.code =
+      CodeOf(status, isNew ? VtDirectManager::StatusCreateFailed : VtDirectManager::StatusUpdateFailed);
+  return done;
 }
 
 }  // namespace
@@ -60,9 +63,8 @@ bool RunUploadJob(const UploadJob& job, const VtDirectManager::StatusCallback& s
   VtDirectTracer()(dp::TraceType::Information, "Storing document (%s %s) to (<%s> - <%s>)\n",
                    job.mainPath.c_str(), job.viewablePath.c_str(), job.vcsPath.c_str(),
                    job.relativePath.c_str());
-  FileInfo info;
-  StatusCode code = VtDirectManager::StatusOk;
-  if (!Transfer(job, info, progress, code)) {
+  const auto [code, info] = Transfer(job, progress);
+  if (code != VtDirectManager::StatusOk) {
     ReportReason(FollowsOr(mark, FailureKind::Refused));
     if (status) status(code, nullptr);
     return false;
@@ -70,7 +72,7 @@ bool RunUploadJob(const UploadJob& job, const VtDirectManager::StatusCallback& s
   VtDirectTracer()(dp::TraceType::Information, "Uploaded document id %s (%s)\n", info.id.c_str(),
                    info.version.c_str());
   TheManagerState().invalidateCache = true;
-  if (status) status(VtDirectManager::StatusOk, UidOfInfo(*job.server, info, nullptr).c_str());
+  if (status) status(VtDirectManager::StatusOk, UidOfInfo(*job.server, info).c_str());
   return true;
 }
 

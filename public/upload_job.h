@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "public/path_resolution.h"
@@ -41,9 +42,9 @@ struct UploadRequest {
 /// Settles everything that can be refused at once. Makes requests, on this thread.
 /// @param status  called with StatusConnectFailed when the server does not answer, with what was tried when
 ///                there is no local file to store, and else not at all
-/// @return false, traced, when there is nothing to transfer
-[[nodiscard]] bool PrepareUpload(const UploadRequest& request, const VtDirectManager::StatusCallback& status,
-                                 UploadJob& job);
+/// @return nothing, traced, when there is nothing to transfer
+[[nodiscard]] std::optional<UploadJob> PrepareUpload(const UploadRequest& request,
+                                                     const VtDirectManager::StatusCallback& status);
 
 /// Transfers a job, on this thread. `status` gets exactly one call.
 /// @throws std::invalid_argument, std::out_of_range  for a stream id that is no number, with no call of

@@ -19,23 +19,24 @@ DocumentKind KindOf(VtDirectManager::FileType type) {
 }
 
 // The server half: whatever the address names on it.
-bool PrepareUploadJob(const PathTarget& target, const UploadRequest& request,
-                      const VtDirectManager::StatusCallback& status, UploadJob& job) {
+std::optional<UploadJob> PrepareUploadJob(const PathTarget& target, const UploadRequest& request,
+                                          const VtDirectManager::StatusCallback& status) {
   const FailureStep step("find the server");
   const FailureMark mark;
   if (!target.server->TestConnection()) {
     TracerFor(FollowsOr(mark, FailureKind::Unreachable))(
         dp::TraceType::Error, "Failed to connect to server path %s\n", target.server->GetServerURL().c_str());
     if (status) status(VtDirectManager::StatusConnectFailed, nullptr);
-    return false;
+    return std::nullopt;
   }
+  UploadJob job;
   job.server = target.server;
   job.kind = KindOf(request.kind);
   if (request.sourceLinks != nullptr) job.dependencies = ResolveSourceLinks(target, *request.sourceLinks);
   job.mainPath = request.mainPath;
   job.viewablePath = TextOrEmpty(request.viewablePath);
   if (request.language != nullptr) job.language = request.language;
-  return true;
+  return job;
 }
 
 // An object with a working copy gets a store, and one that is in a temporary workspace a check-in after
@@ -73,7 +74,7 @@ bool PrepareCreation(const PathTarget& target, const char* path, UploadJob& job)
 // out.
 VtDirectManager::StatusCode CodeOfAddress(const PathTarget& target) {
   if (target.id.empty()) return VtDirectManager::StatusCreateFailed;
-  const bool inWorkspace = !vantry::ParseCheckoutId(target.id.c_str()).field1.empty();
+  const bool inWorkspace = !vantry::ParseCheckoutId(target.id).workspace.empty();
   return inWorkspace ? VtDirectManager::StatusCheckedOutUpdateFailed : VtDirectManager::StatusUpdateFailed;
 }
 
@@ -86,19 +87,23 @@ void ReportNoContent(const PathTarget& target, const char* path,
 
 }  // namespace
 
-bool PrepareUpload(const UploadRequest& request, const VtDirectManager::StatusCallback& status,
-                   UploadJob& job) {
+std::optional<UploadJob> PrepareUpload(const UploadRequest& request,
+                                       const VtDirectManager::StatusCallback& status) {
   const FailureStep step("prepare the upload");
   const PathTarget target = ResolveTarget(request.path, {}, 0);
-  if (target.server == nullptr) return false;
+  if (target.server == nullptr) return std::nullopt;
   if (request.mainPath == nullptr) {
     ReportNoContent(target, request.path, status);
-    return false;
+    return std::nullopt;
   }
-  if (!PrepareUploadJob(target, request, status, job)) return false;
-  if (target.id.empty()) return PrepareCreation(target, request.path, job);
-  PrepareIteration(target.id, request, job);
-  return true;
+  auto job = PrepareUploadJob(target, request, status);
+  if (!job) return std::nullopt;
+  if (!target.id.empty()) {
+    PrepareIteration(target.id, request, *job);
+  } else if (!PrepareCreation(target, request.path, *job)) {
+    return std::nullopt;
+  }
+  return job;
 }
 
 }  // namespace lxservices::cms_interface

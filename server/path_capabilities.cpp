@@ -6,25 +6,25 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 // Whether the path is one that is browsed by OData, on a server that can do that.
-bool IsBrowsedByOData(const char* path) {
-  if (path == nullptr || *path == '\0') return false;
+bool IsBrowsedByOData(std::string_view path) {
+  if (path.empty()) return false;
   return IsVfsName(SplitFilePath(path).section, VfsNameId::Folders) && !ForceLegacyFileBrowse();
 }
 
 }  // namespace
 
-bool IsPathWritable(const char* path) {
-  if (path == nullptr || *path == '\0') return false;
+bool IsPathWritable(std::string_view path) {
+  if (path.empty()) return false;
   const ParsedVfsPath parsed = SplitFilePath(path);
   if (IsVfsName(parsed.section, VfsNameId::Folders)) return true;
   return IsVfsName(parsed.section, VfsNameId::Workspaces) && !parsed.folderPath.empty();
 }
 
-bool CanPathShowDetails(ServerContext& server, const char* path) {
+bool CanPathShowDetails(ServerContext& server, std::string_view path) {
   return IsBrowsedByOData(path) && server.Services().folderContents;
 }
 
-bool CanPathShowVersions(ServerContext& server, const char* path) {
+bool CanPathShowVersions(ServerContext& server, std::string_view path) {
   return IsBrowsedByOData(path) && server.Services().dataAdminV5;
 }
 

@@ -13,8 +13,9 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-Status UploadIntoWorkspace(ServerContext& server, const ParsedVfsPath& target, const std::string& contextId,
-                           const DocumentUploadParams& params, FileInfo& info, ProgressFunction progress) {
+Result<FileInfo> UploadIntoWorkspace(ServerContext& server, const ParsedVfsPath& target,
+                                     const std::string& contextId, const DocumentUploadParams& params,
+                                     ProgressFunction progress) {
   const FailureStep step("find the workspace");
   const FailureMark mark;
   const std::string workspace = FindWorkspaceIdByName(server, target.folderPath, contextId);
@@ -24,7 +25,7 @@ Status UploadIntoWorkspace(ServerContext& server, const ParsedVfsPath& target, c
         target.folderPath.c_str(), contextId.c_str());
     return Refused;
   }
-  return CreateDocumentInWorkspace(server, target.leaf, contextId, {}, workspace, params, info,
+  return CreateDocumentInWorkspace(server, {target.leaf, contextId, {}, workspace}, params,
                                    std::move(progress));
 }
 
@@ -35,8 +36,8 @@ std::string FindFolder(ServerContext& server, const std::string& contextId, cons
 
 }  // namespace
 
-Status UploadNewDocument(ServerContext& server, const char* targetPath, const DocumentUploadParams& params,
-                         FileInfo& info, ProgressFunction progress) {
+Result<FileInfo> UploadNewDocument(ServerContext& server, const std::string& targetPath,
+                                   const DocumentUploadParams& params, ProgressFunction progress) {
   const FailureStep step("create the document");
   const FailureMark mark;
   const ParsedVfsPath target = SplitFilePath(targetPath);
@@ -47,16 +48,16 @@ Status UploadNewDocument(ServerContext& server, const char* targetPath, const Do
     return Refused;
   }
   if (IsVfsName(target.section, VfsNameId::Workspaces)) {
-    return UploadIntoWorkspace(server, target, contextId, params, info, std::move(progress));
+    return UploadIntoWorkspace(server, target, contextId, params, std::move(progress));
   }
   if (!IsVfsName(target.section, VfsNameId::Folders)) {
     // "most" is what has always been in this line; logs are searched for it.
     TracerFor({FailureKind::NotFound})(
-        dp::TraceType::Error, "A target folder most be specified (where %s was given)\n", targetPath);
+        dp::TraceType::Error, "A target folder most be specified (where %s was given)\n", targetPath.c_str());
     return NotFound;
   }
   const std::string folderId = FindFolder(server, contextId, target.folderPath);
-  return CreateDocument(server, target.leaf, contextId, folderId, params, info, std::move(progress));
+  return CreateDocument(server, {target.leaf, contextId, folderId, {}}, params, std::move(progress));
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -2,6 +2,9 @@
 
 #include <utility>
 
+#include "base/checkout_id.h"
+#include "base/result.h"
+#include "base/text.h"
 #include "browsing/directory_listing.h"
 #include "browsing/document_details.h"
 #include "browsing/document_to_path.h"
@@ -38,17 +41,18 @@ bool VtRestLegacyFileServer::TestConnection() {
 bool VtRestLegacyFileServer::GetFile(const char* id, const char* localPath, FileInfo& info,
                                      ProgressFunction progress) {
   ServerContext server = Begin();
-  return DownloadDocument(server, id, localPath, info, std::move(progress));
+  return HandOver(DownloadDocument(server, ParseCheckoutId(id), TextOrEmpty(localPath), std::move(progress)),
+                  info);
 }
 
 Status VtRestLegacyFileServer::ReadDetails(const char* id, DocumentQuery& query) {
   ServerContext server = Begin();
-  return GetDocumentDetails(server, id, query);
+  return GetDocumentDetails(server, ParseCheckoutId(id), query);
 }
 
 Status VtRestLegacyFileServer::GetFileInfo(const char* id, FileInfo& info) {
   ServerContext server = Begin();
-  return vantry::GetFileInfo(server, id, info);
+  return HandOver(vantry::GetFileInfo(server, ParseCheckoutId(id)), info);
 }
 
 bool VtRestLegacyFileServer::AlwaysTrue() {
@@ -69,45 +73,47 @@ CheckoutServer* VtRestLegacyFileServer::GetCheckoutServer() {
 
 std::string VtRestLegacyFileServer::ResolvePath(const char* path) {
   ServerContext server = Begin();
-  return ResolveDocumentPath(server, path);
+  return ResolveDocumentPath(server, TextOrEmpty(path));
 }
 
 std::string VtRestLegacyFileServer::GetVFSPath(const char* id, bool folderOnly, bool latestForm) {
   ServerContext server = Begin();
-  return FindDocumentPath(server, id, folderOnly, latestForm);
+  const auto form = folderOnly   ? DocumentPathForm::Folder
+                    : latestForm ? DocumentPathForm::LatestVersion
+                                 : DocumentPathForm::ThisVersion;
+  return FindDocumentPath(server, ParseCheckoutId(id), form);
 }
 
 std::string VtRestLegacyFileServer::BrowserInfo(const char* id) {
-  return InformationPage(Begin(), id);
+  return InformationPage(Begin(), ParseCheckoutId(id));
 }
 
 std::string VtRestLegacyFileServer::EditAttributesURL(const char* id) {
   ServerContext server = Begin();
-  return AttributesPage(server, id);
+  return AttributesPage(server, ParseCheckoutId(id));
 }
 
 std::string VtRestLegacyFileServer::UIDFromVantryParams(const char* documentId, const char* workspaceId) {
   ServerContext server = Begin();
-  return FindIdInWorkspace(server, documentId, workspaceId);
+  return FindIdInWorkspace(server, TextOrEmpty(documentId), TextOrEmpty(workspaceId));
 }
 
 std::string VtRestLegacyFileServer::UIDFromVantryCadName(const char* cadName) {
+  if (cadName == nullptr) return {};
   ServerContext server = Begin();
   return FindLatestIdByCadName(server, cadName);
 }
 
 bool VtRestLegacyFileServer::GetCheckoutState(const char* id, VtCheckoutState& state) {
   ServerContext server = Begin();
-  return vantry::GetCheckoutState(server, id, state);
+  return HandOver(vantry::GetCheckoutState(server, ParseCheckoutId(id)), state);
 }
 
 ServerFeatures VtRestLegacyFileServer::Features() {
   if (const auto known = connection_->knowledge().Features()) return *known;
   ServerContext server = Begin();
-  ServerFeatures features;
   // Whatever came of it: a server that failed once answers no for the life of this object.
-  (void)ReadHvdFeatures(server, features.separatedSources, features.vcsInfo);
-  return connection_->knowledge().LearnFeatures(features);
+  return connection_->knowledge().LearnFeatures(ReadHvdFeatures(server));
 }
 
 bool VtRestLegacyFileServer::SupportsSeparatedSources() {
@@ -129,74 +135,78 @@ bool VtRestLegacyFileServer::ReadDir(const char* path,
 
 bool VtRestLegacyFileServer::ReadDirExt(const char* path, DirEntryCallback callback, ReadDirFlags flags) {
   ServerContext server = Begin();
-  return ListDirectory(server, path, callback, flags);
+  return ListDirectory(server, TextOrEmpty(path), callback, flags);
 }
 
 DirLister VtRestLegacyFileServer::OpenDir(const char* path) {
   ServerContext server = Begin();
-  return OpenDirectory(server, path);
+  return OpenDirectory(server, TextOrEmpty(path));
 }
 
 bool VtRestLegacyFileServer::IsPathWritable(const char* path) {
-  return vantry::IsPathWritable(path);
+  return vantry::IsPathWritable(TextOrEmpty(path));
 }
 
 bool VtRestLegacyFileServer::CanPathShowVersions(const char* path) {
   ServerContext server = Begin();
-  return vantry::CanPathShowVersions(server, path);
+  return vantry::CanPathShowVersions(server, TextOrEmpty(path));
 }
 
 bool VtRestLegacyFileServer::CanPathShowDetails(const char* path) {
   ServerContext server = Begin();
-  return vantry::CanPathShowDetails(server, path);
+  return vantry::CanPathShowDetails(server, TextOrEmpty(path));
 }
 
 Status VtRestLegacyFileServer::UploadNew(const char* path, const DocumentUploadParams& params, FileInfo& info,
                                          ProgressFunction progress) {
   ServerContext server = Begin();
-  return UploadNewDocument(server, path, params, info, std::move(progress));
+  return HandOver(UploadNewDocument(server, TextOrEmpty(path), params, std::move(progress)), info);
 }
 
 Status VtRestLegacyFileServer::UploadIteration(const char* id, const DocumentUploadParams& params,
                                                FileInfo& info, ProgressFunction progress) {
   ServerContext server = Begin();
-  return IterateDocument(server, id, params, info, std::move(progress));
+  return HandOver(IterateDocument(server, TextOrEmpty(id), params, std::move(progress)), info);
 }
 
 bool VtRestLegacyFileServer::Checkout(const char* id, FileInfo& info) {
   ServerContext server = Begin();
-  return CheckoutDocument(server, id, info);
+  return HandOver(CheckoutDocument(server, ParseCheckoutId(id)), info);
 }
 
 bool VtRestLegacyFileServer::UndoCheckout(const char* id, FileInfo& info) {
   ServerContext server = Begin();
-  return UndoCheckoutDocument(server, id, info);
+  return HandOver(UndoCheckoutDocument(server, ParseCheckoutId(id)), info);
 }
 
 Status VtRestLegacyFileServer::Store(const char* id, const DocumentUploadParams& params,
                                      ProgressFunction progress) {
   ServerContext server = Begin();
-  return StoreDocument(server, id, params, std::move(progress));
+  return StoreDocument(server, ParseCheckoutId(id), params, std::move(progress));
 }
 
 bool VtRestLegacyFileServer::Checkin(const char* id, FileInfo& info) {
   ServerContext server = Begin();
-  return CheckinDocument(server, id, info);
+  return HandOver(CheckinDocument(server, ParseCheckoutId(id)), info);
 }
 
 std::optional<TemporaryCheckouts> VtRestLegacyFileServer::FindTemporaryCheckoutsOf(const char* id) {
   ServerContext server = Begin();
-  return ListTemporaryCheckoutsOf(server, id);
+  return ListTemporaryCheckoutsOf(server, ParseCheckoutId(id));
 }
 
 std::optional<TemporaryCheckouts> VtRestLegacyFileServer::FindTemporaryCheckoutsBelow(const char* path) {
   ServerContext server = Begin();
-  return ListTemporaryCheckoutsBelow(server, path);
+  return ListTemporaryCheckoutsBelow(server, TextOrEmpty(path));
 }
 
 bool VtRestLegacyFileServer::VerifyCheckout(const char* id, FileInfo& info, VtCheckoutState& state) {
   ServerContext server = Begin();
-  return vantry::VerifyCheckout(server, id, info, state);
+  auto verified = vantry::VerifyCheckout(server, ParseCheckoutId(id));
+  if (!verified) return false;
+  info = std::move(verified->info);
+  state = std::move(verified->state);
+  return true;
 }
 
 XliffServer* VtRestLegacyFileServer::GetXliffServer() {

@@ -27,7 +27,7 @@ std::string UpperCase(std::string text) {
   return text;
 }
 
-std::string TextOf(const rapidjson::Value& object, const char* name) {
+std::string TextOf(const rapidjson::Value& object, std::string_view name) {
   const rapidjson::Value* value = FindString(object, name);
   return value != nullptr ? std::string(TextView(*value)) : std::string();
 }
@@ -57,7 +57,7 @@ ContainerMatch ReadContainers(ServerContext& server, const std::string& cabinetI
   return containers;
 }
 
-std::string AttributeOf(const RestItem& item, const char* name) {
+std::string AttributeOf(const RestItem& item, const std::string& name) {
   const auto attribute = item.attributes.find(name);
   return attribute != item.attributes.end() ? attribute->second : std::string();
 }
@@ -76,19 +76,19 @@ std::string FindContextByCabinet(ServerContext& server, const std::string& conte
   return containers.size() == 1 ? containers.begin()->first : std::string();
 }
 
-bool FindContextByName(ServerContext& server, const std::string& contextName, const std::string& contextType,
-                       std::string& contextId) {
+std::optional<std::string> FindContextByName(ServerContext& server, const std::string& contextName,
+                                             const std::string& contextType) {
   const FailureStep step("find the context");
-  std::vector<RestItem> contexts;
-  if (!ReadRestItems(server.http(), "servlet/rest/v1/contexts", contexts, true, nullptr)) return false;
+  const auto [status, contexts] =
+      ReadRestItems(server.http(), "servlet/rest/v1/contexts", RestListForm::Wrapped);
+  if (status != Ok) return std::nullopt;
   const std::string wantedType = UpperCase(contextType);
   for (const RestItem& context : contexts) {
     if (AttributeOf(context, "name") != contextName) continue;
     if (UpperCase(AttributeOf(context, "type")) != wantedType) continue;
-    contextId = context.id;
-    break;
+    return context.id;
   }
-  return true;
+  return std::string();
 }
 
 }  // namespace lxservices::cms_interface::vantry

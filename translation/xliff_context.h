@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "connection/server_context.h"
@@ -14,9 +15,9 @@ namespace lxservices::cms_interface::vantry {
                                                const std::string& cabinetId, const std::string& contextType);
 
 /// The first context of a name and a type, types compared without regard to case. One GET.
-/// @param contextId  receives its id; left alone when none fits
-/// @return false when the list could not be read
-[[nodiscard]] bool FindContextByName(ServerContext& server, const std::string& contextName,
-                                     const std::string& contextType, std::string& contextId);
+/// @return its id, empty when none fits; nothing when the list could not be read
+[[nodiscard]] std::optional<std::string> FindContextByName(ServerContext& server,
+                                                           const std::string& contextName,
+                                                           const std::string& contextType);
 
 }  // namespace lxservices::cms_interface::vantry

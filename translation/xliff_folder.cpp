@@ -45,19 +45,17 @@ bool HasExpandedElement(const rapidjson::Value& rows) {
 
 }  // namespace
 
-std::string FindFolderByPath(ServerContext& server, const char* contextName, const char* /*contextType*/,
-                             const char* subFolderPath) {
+std::string FindFolderByPath(ServerContext& server, const std::string& contextName,
+                             const std::string& /*contextType*/, const std::string& subFolderPath) {
   const FailureStep step("find the folder");
-  const std::string path = subFolderPath != nullptr ? subFolderPath : "";
-  const auto slash = path.rfind('/');
+  const auto slash = subFolderPath.rfind('/');
   if (slash == std::string::npos || slash == 0) return {};
-  const std::string name = path.substr(slash + 1);
-  const std::string location = path.substr(0, slash);
-  const std::string context = contextName != nullptr ? contextName : "";
+  const std::string name = subFolderPath.substr(slash + 1);
+  const std::string location = subFolderPath.substr(0, slash);
   ODataPageReader reader(
       server, "servlet/odata/v1/DataAdmin/Containers?$expand=Folders($select=ID,Name,Location;$levels=" +
-                  std::to_string(CountLevels(path)) +
-                  ")&$select=Name,ID&$filter=" + EscapeForUrl("Name eq '" + context + "'"));
+                  std::to_string(CountLevels(subFolderPath)) +
+                  ")&$select=Name,ID&$filter=" + EscapeForUrl("Name eq '" + contextName + "'"));
   while (reader.Next()) {
     if (!reader.page().IsObject()) break;
     const rapidjson::Value* rows = FindArray(reader.page(), "value");

@@ -15,8 +15,8 @@ namespace lxservices::cms_interface::vantry {
 /// FENLOOM_XLIFF_BOUNDED_FOLDER_SCAN moves it after that slash.
 /// @param contextType  not used
 /// @return empty when there is no such folder, and without a request for a path without an inner "/"
-[[nodiscard]] std::string FindFolderByPath(ServerContext& server, const char* contextName,
-                                           const char* contextType, const char* subFolderPath);
+[[nodiscard]] std::string FindFolderByPath(ServerContext& server, const std::string& contextName,
+                                           const std::string& contextType, const std::string& subFolderPath);
 
 /// The id of a folder of that name and location in an expanded answer. The walk goes into the first element
 /// that has folders and looks at none after it. Pure; the depth is that of the parsed document.

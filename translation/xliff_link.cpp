@@ -22,11 +22,12 @@ bool LinkXliffDocument(ServerContext& server, const std::string& sourceId, const
   return ToldSuccess(response, "Failed to link documents");
 }
 
-bool ToldSuccess(RestStream& response, const char* failure) {
+bool ToldSuccess(RestStream& response, const std::string& failure) {
   rapidjson::Document answer;
   if (!response.succeeded() || !ParseJsonResponse(response, answer)) {
-    TracerFor(Follows(), VtDirectXliffTracer())(dp::TraceType::Error, "%s with error %d : %s\n", failure,
-                                                response.status(), response.errorText().c_str());
+    TracerFor(Follows(), VtDirectXliffTracer())(dp::TraceType::Error, "%s with error %d : %s\n",
+                                                failure.c_str(), response.status(),
+                                                response.errorText().c_str());
     return false;
   }
   const rapidjson::Value* value = FindString(answer, "value");

@@ -14,6 +14,6 @@ namespace lxservices::cms_interface::vantry {
 
 /// Whether an OData action tells success: a JSON object whose "value" is the text "Success".
 /// @param failure  what the trace line of a refusal, or of an answer that is no JSON, begins with
-[[nodiscard]] bool ToldSuccess(RestStream& response, const char* failure);
+[[nodiscard]] bool ToldSuccess(RestStream& response, const std::string& failure);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,7 +1,6 @@
 #include "translation/xliff_preferences.h"
 
 #include "base/failure_step.h"
-#include "base/text.h"
 #include "connection/json_members.h"
 #include "connection/odata_page_reader.h"
 #include "connection/url_escape.h"
@@ -21,13 +20,13 @@ void ReadPreferences(const rapidjson::Value& page, XliffPreferences& preferences
 
 }  // namespace
 
-XliffPreferences GetXliffPreferences(ServerContext& server, const char* documentId,
-                                     const char* sourceLanguage) {
+XliffPreferences GetXliffPreferences(ServerContext& server, const std::string& documentId,
+                                     const std::string& sourceLanguage) {
   const FailureStep step("read the translation preferences");
   XliffPreferences preferences;
   ODataPageReader reader(server, "servlet/odata/v1/DynamicDocMgmt/XliffPreferences(oidForQ7zkDocument='" +
-                                     EscapeForUrl(TextOrEmpty(documentId)) + "',sourceLanguage='" +
-                                     EscapeForUrl(TextOrEmpty(sourceLanguage)) + "')");
+                                     EscapeForUrl(documentId) + "',sourceLanguage='" +
+                                     EscapeForUrl(sourceLanguage) + "')");
   while (reader.Next()) {
     if (!reader.page().IsObject()) break;
     ReadPreferences(reader.page(), preferences);

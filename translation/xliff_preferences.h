@@ -12,7 +12,7 @@ using XliffPreferences = std::map<std::string, std::string>;
 
 /// Asks the server for the preferences of a document. One GET a page, on this thread. A later value of a name
 /// overrides an earlier one; after a failed page, what was read before it stays.
-[[nodiscard]] XliffPreferences GetXliffPreferences(ServerContext& server, const char* documentId,
-                                                   const char* sourceLanguage);
+[[nodiscard]] XliffPreferences GetXliffPreferences(ServerContext& server, const std::string& documentId,
+                                                   const std::string& sourceLanguage);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,5 +1,7 @@
 #include "translation/xliff_queries.h"
 
+#include <utility>
+
 #include "base/failure_step.h"
 #include "connection/json_members.h"
 #include "connection/odata_page_reader.h"
@@ -22,19 +24,19 @@ bool ReadReference(const rapidjson::Value& object, XliffDocumentRef& reference) 
 }
 
 // The last row decides, whatever the rows before it were.
-bool ReadLastReference(ServerContext& server, const std::string& path, XliffDocumentRef& reference) {
+ToldDocument ReadLastReference(ServerContext& server, const std::string& path, XliffDocumentRef known) {
   ODataPageReader reader(server, path);
-  bool complete = false;
+  ToldDocument told{std::move(known)};
   while (reader.Next()) {
-    if (!reader.page().IsObject()) return false;
+    if (!reader.page().IsObject()) return {std::move(told.document)};
     const rapidjson::Value* rows = FindArray(reader.page(), "value");
     if (rows == nullptr) continue;
     for (const auto& row : rows->GetArray()) {
-      if (row.IsObject()) complete = ReadReference(row, reference);
+      if (row.IsObject()) told.complete = ReadReference(row, told.document);
     }
-    if (complete) return true;
+    if (told.complete) return told;
   }
-  return false;
+  return {std::move(told.document)};
 }
 
 void ReadTranslations(const rapidjson::Value& page, std::map<std::string, std::string>& translations) {
@@ -48,28 +50,29 @@ void ReadTranslations(const rapidjson::Value& page, std::map<std::string, std::s
 
 }  // namespace
 
-bool FindSourceXliff(ServerContext& server, const std::string& sourceId, XliffDocumentRef& xliff) {
+ToldDocument FindSourceXliff(ServerContext& server, const std::string& sourceId, XliffDocumentRef known) {
   const FailureStep step("find the source XLIFF");
-  return ReadLastReference(server, DocumentPath(sourceId) + "/Xliff", xliff);
+  return ReadLastReference(server, DocumentPath(sourceId) + "/Xliff", std::move(known));
 }
 
-bool ReadDocumentLanguage(ServerContext& server, const std::string& documentId, XliffDocumentRef& document) {
+ToldDocument ReadDocumentLanguage(ServerContext& server, const std::string& documentId,
+                                  XliffDocumentRef known) {
   const FailureStep step("read the language");
-  return ReadLastReference(server, DocumentPath(documentId), document);
+  return ReadLastReference(server, DocumentPath(documentId), std::move(known));
 }
 
-bool ListTranslations(ServerContext& server, const std::string& sourceId, XliffDocumentRef& source,
-                      std::map<std::string, std::string>& translations) {
+TranslatedDocument ListTranslations(ServerContext& server, const std::string& sourceId,
+                                    TranslatedDocument known) {
   const FailureStep step("list the translations");
   ODataPageReader reader(server, DocumentPath(sourceId) + "?$expand=Translations");
-  bool complete = false;
+  known.complete = false;
   while (reader.Next()) {
-    complete = false;
+    known.complete = false;
     if (!reader.page().IsObject()) break;
-    complete = ReadReference(reader.page(), source);
-    ReadTranslations(reader.page(), translations);
+    known.complete = ReadReference(reader.page(), known.source);
+    ReadTranslations(reader.page(), known.translations);
   }
-  return complete;
+  return known;
 }
 
 }  // namespace lxservices::cms_interface::vantry

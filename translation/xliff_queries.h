@@ -6,23 +6,34 @@
 #include "connection/server_context.h"
 #include "translation/xliff_server.h"
 
-/// Reads of the translation add-on. One GET a page, on this thread; nothing is traced.
+/// Reads of the translation add-on. One GET a page, on this thread; nothing is traced. Each goes on from what
+/// is known of a document, and keeps what it read before an answer failed.
 namespace lxservices::cms_interface::vantry {
 
+/// What the server told of a document.
+struct ToldDocument {
+  XliffDocumentRef document;
+  bool complete = false;  ///< both its id and its language, in the row that counts
+};
+
 /// Finds the source XLIFF of a document; of several the last of a page counts.
-/// @return false when there is none, or it lacks its id or its language
-[[nodiscard]] bool FindSourceXliff(ServerContext& server, const std::string& sourceId,
-                                   XliffDocumentRef& xliff);
+[[nodiscard]] ToldDocument FindSourceXliff(ServerContext& server, const std::string& sourceId,
+                                           XliffDocumentRef known = {});
 
 /// Reads a document's own language, from an answer of the same form as FindSourceXliff's.
-[[nodiscard]] bool ReadDocumentLanguage(ServerContext& server, const std::string& documentId,
-                                        XliffDocumentRef& document);
+[[nodiscard]] ToldDocument ReadDocumentLanguage(ServerContext& server, const std::string& documentId,
+                                                XliffDocumentRef known = {});
+
+/// A document with its translations.
+struct TranslatedDocument {
+  XliffDocumentRef source;
+  std::map<std::string, std::string> translations;  ///< language to object id
+  bool complete = false;                            ///< the last page told the document's own id and language
+};
 
 /// Lists the translations of a document; of several of one language the last counts.
-/// @param translations  entries are added
-/// @return whether the last page told the document's own id and language
-[[nodiscard]] bool ListTranslations(ServerContext& server, const std::string& sourceId,
-                                    XliffDocumentRef& source,
-                                    std::map<std::string, std::string>& translations);
+/// @param known  entries are added to its translations
+[[nodiscard]] TranslatedDocument ListTranslations(ServerContext& server, const std::string& sourceId,
+                                                  TranslatedDocument known = {});
 
 }  // namespace lxservices::cms_interface::vantry

@@ -16,7 +16,7 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 // A preference that is absent counts as empty.
-std::string Preference(const XliffPreferences& preferences, const char* name) {
+std::string Preference(const XliffPreferences& preferences, const std::string& name) {
   const auto entry = preferences.find(name);
   return entry != preferences.end() ? entry->second : std::string();
 }
@@ -47,71 +47,68 @@ Place FindPlaceByCabinet(ServerContext& server, const XliffPreferences& preferen
 Place FindPlaceByPath(ServerContext& server, const XliffPreferences& preferences) {
   const std::string name = Preference(preferences, "DB_CONTEXT_NAME");
   const std::string type = Preference(preferences, "DB_CONTEXT_TYPE");
-  Place place;
-  if (!FindContextByName(server, name, type, place.contextId)) return {};
-  place.folderId = FindFolderByPath(server, name.c_str(), type.c_str(),
-                                    Preference(preferences, "SUB_FOLDER_PATH").c_str());
-  return place;
+  const auto contextId = FindContextByName(server, name, type);
+  if (!contextId) return {};
+  return {*contextId, FindFolderByPath(server, name, type, Preference(preferences, "SUB_FOLDER_PATH"))};
 }
 
-FileInfo MakeFileInfoOf(const DocumentRecord& record) {
-  FileInfo info = MakeFileInfo(record);
-  info.id = record.id;
-  return info;
+NewTextDocument DocumentFor(const XliffPreferences& preferences, const Place& place,
+                            const std::string& xliffPath) {
+  NewTextDocument document;
+  document.cadName = BareName(xliffPath);
+  document.contextId = place.contextId;
+  if (!place.folderId.empty()) document.folderId = place.folderId;
+  document.translate = Preference(preferences, "ZVK_DD_TRANSLATE");
+  document.language = Preference(preferences, "ZVK_DD_LANGUAGE");
+  document.extendedDocType = Preference(preferences, "ZVK_DD_EXTENDED_DOC_TYPE");
+  document.typeId = Preference(preferences, "UPLOAD_SOFT_TYPE");
+  return document;
+}
+
+// The document is on the server whether or not it can be linked; a host that was told of a failure would upload
+// it a second time.
+FileInfo LinkUploaded(ServerContext& server, const std::string& sourceId, const DocumentRecord& uploaded) {
+  const FailureAside aside;
+  (void)LinkXliffDocument(server, sourceId, uploaded.id);
+  return MakeFileInfo(uploaded, uploaded.id);
 }
 
 }  // namespace
 
-bool UploadSourceXliff(ServerContext& server, const std::string& sourceId, const char* xliffPath,
-                       const char* language, FileInfo& result, du::http::ProgressFunction progress) {
+std::optional<FileInfo> UploadSourceXliff(ServerContext& server, const std::string& sourceId,
+                                          const std::string& xliffPath, const std::string& language,
+                                          du::http::ProgressFunction progress) {
   const FailureStep step("upload the source XLIFF");
   const FailureMark mark;
-  const XliffPreferences preferences = GetXliffPreferences(server, sourceId.c_str(), language);
+  const XliffPreferences preferences = GetXliffPreferences(server, sourceId, language);
   if (!AreComplete(preferences)) {
     ReportReason(FollowsOr(mark, FailureKind::ServiceMissing));
-    return false;
+    return std::nullopt;
   }
   const bool byCabinet = !Preference(preferences, "CABINET_OID").empty();
   const Place place =
       byCabinet ? FindPlaceByCabinet(server, preferences) : FindPlaceByPath(server, preferences);
   if (place.contextId.empty()) {
     ReportReason(FollowsOr(mark, FailureKind::NotFound));
-    return false;
+    return std::nullopt;
   }
-  DocumentRecord record;
-  if (!UpdateTextDocument(server, nullptr, BareName(xliffPath).c_str(), place.contextId.c_str(),
-                          place.folderId.empty() ? nullptr : place.folderId.c_str(), xliffPath,
-                          Preference(preferences, "ZVK_DD_TRANSLATE").c_str(),
-                          Preference(preferences, "ZVK_DD_LANGUAGE").c_str(),
-                          Preference(preferences, "ZVK_DD_EXTENDED_DOC_TYPE").c_str(),
-                          Preference(preferences, "UPLOAD_SOFT_TYPE").c_str(), &record,
-                          std::move(progress))) {
-    return false;
-  }
-  result = MakeFileInfoOf(record);
-  // The document is on the server whether or not it could be linked; a host that was told of a failure
-  // would upload it a second time.
-  const FailureAside aside;
-  (void)LinkXliffDocument(server, sourceId, record.id);
-  return true;
+  const auto uploaded =
+      UpdateTextDocument(server, DocumentFor(preferences, place, xliffPath), xliffPath, std::move(progress));
+  if (!uploaded) return std::nullopt;
+  return LinkUploaded(server, sourceId, *uploaded);
 }
 
-bool UpdateSourceXliff(ServerContext& server, const std::string& sourceId, const char* xliffPath,
-                       const char* language, FileInfo& result, du::http::ProgressFunction progress) {
+std::optional<FileInfo> UpdateSourceXliff(ServerContext& server, const std::string& sourceId,
+                                          const std::string& xliffPath, const std::string& language,
+                                          du::http::ProgressFunction progress) {
   const FailureStep step("upload the source XLIFF");
-  XliffDocumentRef xliff;
-  if (!FindSourceXliff(server, sourceId, xliff)) return false;
-  DocumentRecord document;
-  if (ReadDocument(server, xliff.id, document) != Ok) return false;
-  DocumentRecord record;
-  if (!UpdateTextDocument(server, &document, nullptr, nullptr, nullptr, xliffPath, nullptr, language, nullptr,
-                          nullptr, &record, std::move(progress))) {
-    return false;
-  }
-  result = MakeFileInfoOf(record);
-  const FailureAside aside;
-  (void)LinkXliffDocument(server, sourceId, record.id);
-  return true;
+  const ToldDocument xliff = FindSourceXliff(server, sourceId);
+  if (!xliff.complete) return std::nullopt;
+  const auto [status, document] = ReadDocument(server, xliff.document.id);
+  if (status != Ok) return std::nullopt;
+  const auto uploaded = UpdateTextDocument(server, document, language, xliffPath, std::move(progress));
+  if (!uploaded) return std::nullopt;
+  return LinkUploaded(server, sourceId, *uploaded);
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "connection/server_context.h"
@@ -10,16 +11,17 @@
 namespace lxservices::cms_interface::vantry {
 
 /// Creates the source XLIFF of a document, where the server's preferences say, and links it.
-/// @param result  receives the summary of the new document
-/// @return false, without a trace, when a preference is missing or the place cannot be found; false after a
-///         traced failure of the upload
-[[nodiscard]] bool UploadSourceXliff(ServerContext& server, const std::string& sourceId,
-                                     const char* xliffPath, const char* language, FileInfo& result,
-                                     du::http::ProgressFunction progress);
+/// @return the summary of the new document; nothing, without a trace, when a preference is missing or the
+///         place cannot be found, and after a traced failure of the upload
+[[nodiscard]] std::optional<FileInfo> UploadSourceXliff(ServerContext& server, const std::string& sourceId,
+                                                        const std::string& xliffPath,
+                                                        const std::string& language,
+                                                        du::http::ProgressFunction progress);
 
 /// Makes a new iteration of the source XLIFF of a document, and links it: a new iteration has a new id.
-[[nodiscard]] bool UpdateSourceXliff(ServerContext& server, const std::string& sourceId,
-                                     const char* xliffPath, const char* language, FileInfo& result,
-                                     du::http::ProgressFunction progress);
+[[nodiscard]] std::optional<FileInfo> UpdateSourceXliff(ServerContext& server, const std::string& sourceId,
+                                                        const std::string& xliffPath,
+                                                        const std::string& language,
+                                                        du::http::ProgressFunction progress);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,6 +1,5 @@
 #include "documents/checkout/checkin.h"
 
-#include "base/checkout_id.h"
 #include "base/failure_trace.h"
 #include "base/tracers.h"
 #include "documents/storing/conflict_resolution.h"
@@ -11,8 +10,8 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-rapidjson::Document MakeCheckinBody(const std::string& documentId, const char* comment,
-                                    bool removeFromWorkspace) {
+rapidjson::Document MakeCheckinBody(const std::string& documentId, AfterCheckin after,
+                                    const std::optional<std::string>& comment) {
   rapidjson::Document body(rapidjson::kObjectType);
   auto& allocator = body.GetAllocator();
   rapidjson::Value instruction(rapidjson::kObjectType);
@@ -20,8 +19,8 @@ rapidjson::Document MakeCheckinBody(const std::string& documentId, const char* c
   rapidjson::Value instructions(rapidjson::kArrayType);
   instructions.PushBack(instruction, allocator);
   body.AddMember("checkinInstructions", instructions, allocator);
-  if (removeFromWorkspace) body.AddMember("removeFromWorkspace", true, allocator);
-  if (comment != nullptr) body.AddMember("checkinComment", MakeText(comment, allocator), allocator);
+  if (after == AfterCheckin::LeavesWorkspace) body.AddMember("removeFromWorkspace", true, allocator);
+  if (comment) body.AddMember("checkinComment", MakeText(*comment, allocator), allocator);
   rapidjson::Value resolutions(rapidjson::kArrayType);
   resolutions.PushBack(MakeResolution(allocator, checkinResolution, documentId), allocator);
   body.AddMember("conflictResolutions", resolutions, allocator);
@@ -30,39 +29,36 @@ rapidjson::Document MakeCheckinBody(const std::string& documentId, const char* c
 
 }  // namespace
 
-bool CheckinDocument(ServerContext& server, const char* text, FileInfo& info) {
+std::optional<FileInfo> CheckinDocument(ServerContext& server, const CheckoutId& id) {
   const FailureStep step("check in");
-  CheckoutId checkoutId;
-  if (!ParseValidCheckoutId(text, checkoutId)) return false;
-  const std::string& id = WorkingDocumentId(checkoutId);
-  const std::string& workspace = checkoutId.field1;
-  DocumentRecord result;
+  if (!IsValidTraced(id)) return std::nullopt;
+  const std::string& working = WorkingDocumentId(id);
+  const auto after = id.temporary ? AfterCheckin::LeavesWorkspace : AfterCheckin::StaysInWorkspace;
+  const auto result = PostCheckin(server, id.workspace, working, after);
   // The lines were made for a workspace number. A workspace's id is a text, so the text is written.
-  if (!PostCheckin(server, workspace, id, nullptr, checkoutId.temporary, &result)) {
+  if (!result) {
     TracerFor(Follows())(dp::TraceType::Error, "Failed to check-in document id %s on workspace %s\n",
-                         id.c_str(), workspace.c_str());
-    return false;
+                         working.c_str(), id.workspace.c_str());
+    return std::nullopt;
   }
   VtDirectTracer()(dp::TraceType::Miss, "Checked-in document id %s on workspace %s giving id %s\n",
-                   id.c_str(), workspace.c_str(), result.id.c_str());
-  if (checkoutId.temporary) DeleteTemporaryWorkspace(server, workspace);
-  info = MakeFileInfo(result);
-  info.id = FormatWorkspaceId(WorkspaceOf(checkoutId), result.id);
-  return true;
+                   working.c_str(), id.workspace.c_str(), result->id.c_str());
+  if (id.temporary) DeleteTemporaryWorkspace(server, id.workspace);
+  return MakeFileInfo(*result, FormatWorkspaceId(WorkspaceOf(id), result->id));
 }
 
-bool PostCheckin(ServerContext& server, const std::string& workspaceId, const std::string& documentId,
-                 const char* comment, bool removeFromWorkspace, DocumentRecord* result) {
+std::optional<DocumentRecord> PostCheckin(ServerContext& server, const std::string& workspaceId,
+                                          const std::string& documentId, AfterCheckin after,
+                                          const std::optional<std::string>& comment) {
   JsonPost post(server, WorkspaceOperationPath(workspaceId, "checkin"),
-                MakeCheckinBody(documentId, comment, removeFromWorkspace));
+                MakeCheckinBody(documentId, after, comment));
   RestStream& response = post.response();
   if (!response.succeeded()) {
     TracerFor(Follows())(dp::TraceType::Error, "Failed to check-in document with error %d : %s\n",
                          response.status(), response.errorText().c_str());
-    return false;
+    return std::nullopt;
   }
-  if (result != nullptr) (void)ReadFirstDocument(response, *result);
-  return true;
+  return ReadFirstDocument(response).value_or(DocumentRecord());
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,8 +1,6 @@
 #include "documents/checkout/checkout.h"
 
-#include "base/checkout_id.h"
 #include "base/failure_trace.h"
-#include "base/text.h"
 #include "base/tracers.h"
 #include "documents/reading/document_reads.h"
 #include "documents/storing/conflict_resolution.h"
@@ -26,11 +24,12 @@ std::string MakeWorkspaceTraced(ServerContext& server, const std::string& contex
   return workspace;
 }
 
-rapidjson::Document MakeCheckoutBody(const std::string& documentId, const std::string* masterId) {
+rapidjson::Document MakeCheckoutBody(const std::string& documentId,
+                                     const std::optional<std::string>& masterId) {
   rapidjson::Document body = MakeObjectIdList(documentId);
   auto& allocator = body.GetAllocator();
   body.AddMember("dependenciesOption", "None", allocator);
-  if (masterId == nullptr) return body;
+  if (!masterId) return body;
   rapidjson::Value resolutions(rapidjson::kArrayType);
   resolutions.PushBack(MakeResolution(allocator, checkoutResolution, *masterId), allocator);
   body.AddMember("conflictResolutions", resolutions, allocator);
@@ -39,46 +38,47 @@ rapidjson::Document MakeCheckoutBody(const std::string& documentId, const std::s
 
 }  // namespace
 
-bool CheckoutDocument(ServerContext& server, const char* id, FileInfo& info) {
+std::optional<FileInfo> CheckoutDocument(ServerContext& server, const CheckoutId& id) {
   const FailureStep step("check out");
-  const CheckoutId checkoutId = ParseCheckoutId(id);
-  DocumentRecord record;
-  if (ReadDocument(server, checkoutId.field0, record) != Ok) {
-    TracerFor(Follows())(dp::TraceType::Error, "Failed to find document id %s\n", TextOrEmpty(id));
-    return false;
+  const auto [status, record] = ReadDocument(server, id.document);
+  if (status != Ok) {
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to find document id %s\n", id.text.c_str());
+    return std::nullopt;
   }
   if (record.isCheckout) {
     TracerFor({FailureKind::Conflict})(dp::TraceType::Error, "Document %s is already checked out\n",
-                                       TextOrEmpty(id));
-    return false;
+                                       id.text.c_str());
+    return std::nullopt;
   }
-  const bool temporary = checkoutId.field1.empty();
-  const std::string workspace = temporary ? MakeWorkspaceTraced(server, record.contextId) : checkoutId.field1;
-  if (workspace.empty()) return false;
-  DocumentRecord result;
-  if (!PostCheckout(server, workspace, checkoutId.field0, result, &record.master.id)) {
+  const bool temporary = id.workspace.empty();
+  const std::string workspace = temporary ? MakeWorkspaceTraced(server, record.contextId) : id.workspace;
+  if (workspace.empty()) return std::nullopt;
+  const auto copy = PostCheckout(server, workspace, id.document, record.master.id);
+  if (!copy) {
     if (temporary) DeleteTemporaryWorkspace(server, workspace);
-    return false;
+    return std::nullopt;
   }
-  info = MakeFileInfo(result);
   // After an answer without a working copy the temporary form is empty and the workspace form is not.
-  info.id = temporary ? FormatTemporaryCheckoutId(workspace, checkoutId.field0, result.id)
-                      : FormatWorkspaceId(workspace, result.id);
-  return true;
+  return MakeFileInfo(*copy, temporary ? FormatTemporaryCheckoutId(workspace, id.document, copy->id)
+                                       : FormatWorkspaceId(workspace, copy->id));
 }
 
-bool PostCheckout(ServerContext& server, const std::string& workspaceId, const std::string& documentId,
-                  DocumentRecord& result, const std::string* masterId) {
+std::optional<DocumentRecord> PostCheckout(ServerContext& server, const std::string& workspaceId,
+                                           const std::string& documentId,
+                                           const std::optional<std::string>& masterId) {
   JsonPost post(server, WorkspaceOperationPath(workspaceId, "checkout"),
                 MakeCheckoutBody(documentId, masterId));
   RestStream& response = post.response();
   // A success whose body is no JSON is traced as a failure and still a success: the document is checked out.
-  if (!response.succeeded() || !ReadFirstDocument(response, result)) {
+  std::optional<DocumentRecord> copy;
+  if (response.succeeded()) copy = ReadFirstDocument(response);
+  if (!copy) {
     TracerFor(Follows())(
         dp::TraceType::Error, "Failed to checkout document %s to workspace %s with error %d : %s\n",
         documentId.c_str(), workspaceId.c_str(), response.status(), response.errorText().c_str());
   }
-  return response.succeeded();
+  if (!response.succeeded()) return std::nullopt;
+  return copy.value_or(DocumentRecord());
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,32 +1,28 @@
 #include "documents/checkout/checkout_state.h"
 
-#include "base/checkout_id.h"
 #include "base/failure_trace.h"
-#include "base/text.h"
 #include "documents/checkout/working_copy.h"
 #include "documents/reading/document_reads.h"
 
 namespace lxservices::cms_interface::vantry {
 
-bool GetCheckoutState(ServerContext& server, const char* id, VtCheckoutState& state) {
+std::optional<VtCheckoutState> GetCheckoutState(ServerContext& server, const CheckoutId& id) {
   const FailureStep step("ask where the checkout stands");
-  const CheckoutId parsed = ParseCheckoutId(id);
-  DocumentRecord record;
-  if (ReadDocument(server, parsed.field0, record) != Ok) {
-    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
-    return false;
+  const auto [status, record] = ReadDocument(server, id.document);
+  if (status != Ok) {
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", id.text.c_str());
+    return std::nullopt;
   }
+  VtCheckoutState state;
   state.checkedOut = record.isCheckout;
   state.checkedOutByYou = record.isCheckoutByYou;
   state.isLatest = record.isLatest;
   state.checkedOutBy = record.checkoutByUser;
-  if (parsed.temporary) {
+  if (id.temporary) {
     state.inWorkspace = true;
-    state.inUserWorkspace = false;
-    return true;
+    return state;
   }
-  bool isWorkingCopy = false;
-  (void)IsWorkingCopy(server, record, isWorkingCopy);
+  const bool isWorkingCopy = IsWorkingCopy(server, record).value_or(false);
   state.inWorkspace = isWorkingCopy;
   state.inUserWorkspace = isWorkingCopy;
   if (isWorkingCopy) {
@@ -36,7 +32,7 @@ bool GetCheckoutState(ServerContext& server, const char* id, VtCheckoutState& st
     state.checkedOutByYou = true;
     state.isLatest = false;
   }
-  return true;
+  return state;
 }
 
 }  // namespace lxservices::cms_interface::vantry

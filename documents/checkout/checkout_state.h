@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "base/checkout_id.h"
 #include "connection/server_context.h"
 
 namespace lxservices::cms_interface {
@@ -20,11 +22,10 @@ namespace vantry {
 
 /// Reads the state of a document: one GET on this thread, and a second one unless the id is that of a
 /// temporary checkout.
-/// @param id     a CheckoutId or a plain id; its first field is read
-/// @param state  written on success only
-/// @return false when the document could not be read, traced. Whether it is a working copy may have been left
-///         open by the server; it counts as none then.
-[[nodiscard]] bool GetCheckoutState(ServerContext& server, const char* id, VtCheckoutState& state);
+/// @param id  its document is read
+/// @return nothing, traced, when the document could not be read. Whether it is a working copy may have been
+///         left open by the server; it counts as none then.
+[[nodiscard]] std::optional<VtCheckoutState> GetCheckoutState(ServerContext& server, const CheckoutId& id);
 
 }  // namespace vantry
 }  // namespace lxservices::cms_interface

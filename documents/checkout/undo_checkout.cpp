@@ -1,6 +1,7 @@
 #include "documents/checkout/undo_checkout.h"
 
-#include "base/checkout_id.h"
+#include <utility>
+
 #include "base/failure_trace.h"
 #include "documents/reading/document_reads.h"
 #include "documents/storing/json_post.h"
@@ -11,50 +12,46 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-// The undo itself; nothing is sent when a temporary workspace no longer holds the copy. False when the
-// refusal ends the operation, which it does in a workspace of the user's only.
-bool UndoInWorkspace(ServerContext& server, const CheckoutId& checkoutId, DocumentRecord& result) {
-  const std::string& id = WorkingDocumentId(checkoutId);
-  const std::string& workspace = checkoutId.field1;
-  if (checkoutId.temporary && !WorkspaceHoldsDocument(server, id, workspace)) return true;
-  if (PostUndoCheckout(server, workspace, id, &result)) return true;
+// The undo itself. A blank record, and nothing sent, when a temporary workspace no longer holds the copy;
+// nothing when the refusal ends the operation, which it does in a workspace of the user's only.
+std::optional<DocumentRecord> UndoInWorkspace(ServerContext& server, const CheckoutId& id) {
+  const std::string& working = WorkingDocumentId(id);
+  if (id.temporary && !WorkspaceHoldsDocument(server, working, id.workspace)) return DocumentRecord();
+  if (auto undone = PostUndoCheckout(server, id.workspace, working)) return undone;
   TracerFor(Follows())(dp::TraceType::Error, "Failed to undo checkout of %s from temporary workspace %s\n",
-                       id.c_str(), workspace.c_str());
-  return checkoutId.temporary;
+                       working.c_str(), id.workspace.c_str());
+  if (id.temporary) return DocumentRecord();
+  return std::nullopt;
 }
 
 }  // namespace
 
-bool UndoCheckoutDocument(ServerContext& server, const char* text, FileInfo& info) {
+std::optional<FileInfo> UndoCheckoutDocument(ServerContext& server, const CheckoutId& id) {
   const FailureStep step("undo the checkout");
-  CheckoutId checkoutId;
-  if (!ParseValidCheckoutId(text, checkoutId)) return false;
-  DocumentRecord result;
-  if (!UndoInWorkspace(server, checkoutId, result)) return false;
+  if (!IsValidTraced(id)) return std::nullopt;
+  auto result = UndoInWorkspace(server, id);
+  if (!result) return std::nullopt;
   // A refused undo does not keep the temporary workspace: deleting it is what frees the document, and the
   // caller is told of a success as long as the document can be read.
-  if (checkoutId.temporary) DeleteTemporaryWorkspace(server, checkoutId.field1);
-  if (result.id.empty() && ReadDocument(server, checkoutId.field0, result) != Ok) {
+  if (id.temporary) DeleteTemporaryWorkspace(server, id.workspace);
+  if (result->id.empty() && HandOver(ReadDocument(server, id.document, std::move(*result)), *result) != Ok) {
     TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n",
-                         checkoutId.field0.c_str());
-    return false;
+                         id.document.c_str());
+    return std::nullopt;
   }
-  info = MakeFileInfo(result);
-  info.id = FormatWorkspaceId(WorkspaceOf(checkoutId), result.id);
-  return true;
+  return MakeFileInfo(*result, FormatWorkspaceId(WorkspaceOf(id), result->id));
 }
 
-bool PostUndoCheckout(ServerContext& server, const std::string& workspaceId, const std::string& documentId,
-                      DocumentRecord* result) {
+std::optional<DocumentRecord> PostUndoCheckout(ServerContext& server, const std::string& workspaceId,
+                                               const std::string& documentId) {
   JsonPost post(server, WorkspaceOperationPath(workspaceId, "undocheckout"), MakeObjectIdList(documentId));
   RestStream& response = post.response();
   if (!response.succeeded()) {
     TracerFor(Follows())(dp::TraceType::Error, "Failed to undo check-out of document with error %d : %s\n",
                          response.status(), response.errorText().c_str());
-    return false;
+    return std::nullopt;
   }
-  if (result != nullptr) (void)ReadFirstDocument(response, *result);
-  return true;
+  return ReadFirstDocument(response).value_or(DocumentRecord());
 }
 
 }  // namespace lxservices::cms_interface::vantry

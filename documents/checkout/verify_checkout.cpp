@@ -1,6 +1,7 @@
 #include "documents/checkout/verify_checkout.h"
 
-#include "base/checkout_id.h"
+#include <utility>
+
 #include "base/failure_step.h"
 #include "documents/checkout/checkout.h"
 #include "documents/checkout/undo_checkout.h"
@@ -11,36 +12,40 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-bool ReadAsItStands(ServerContext& server, const char* id, FileInfo& info, VtCheckoutState& state) {
-  return GetFileInfo(server, id, info) == Ok && GetCheckoutState(server, id, state);
+std::optional<VerifiedCheckout> WithState(ServerContext& server, const CheckoutId& id, FileInfo info) {
+  auto state = GetCheckoutState(server, id);
+  if (!state) return std::nullopt;
+  return VerifiedCheckout{std::move(info), std::move(*state)};
+}
+
+std::optional<VerifiedCheckout> ReadAsItStands(ServerContext& server, const CheckoutId& id) {
+  auto [status, info] = GetFileInfo(server, id);
+  if (status != Ok) return std::nullopt;
+  return WithState(server, id, std::move(info));
 }
 
 // Whether the working copy is one, and is in the workspace that the id names.
-bool StandsInWorkspace(ServerContext& server, const CheckoutId& checkoutId) {
-  const std::string& working = WorkingDocumentId(checkoutId);
-  DocumentRecord record;
-  bool isCopy = false;
-  return ReadDocument(server, working, record) == Ok && IsWorkingCopy(server, record, isCopy) && isCopy &&
-         WorkspaceHoldsDocument(server, working, checkoutId.field1);
+bool IsInItsWorkspace(ServerContext& server, const CheckoutId& id) {
+  const std::string& working = WorkingDocumentId(id);
+  const auto [status, record] = ReadDocument(server, working);
+  return status == Ok && IsWorkingCopy(server, record).value_or(false) &&
+         WorkspaceHoldsDocument(server, working, id.workspace);
 }
 
 // What cannot be checked out again is reported as the undo left it.
-bool Renew(ServerContext& server, const char* id, FileInfo& info, VtCheckoutState& state) {
-  FileInfo undone;
-  (void)UndoCheckoutDocument(server, id, undone);
-  if (!CheckoutDocument(server, undone.id.c_str(), info)) info = undone;
-  return GetCheckoutState(server, info.id.c_str(), state);
+std::optional<VerifiedCheckout> Renew(ServerContext& server, const CheckoutId& id) {
+  FileInfo info = UndoCheckoutDocument(server, id).value_or(FileInfo());
+  if (auto renewed = CheckoutDocument(server, ParseCheckoutId(info.id))) info = std::move(*renewed);
+  const CheckoutId current = ParseCheckoutId(info.id);
+  return WithState(server, current, std::move(info));
 }
 
 }  // namespace
 
-bool VerifyCheckout(ServerContext& server, const char* id, FileInfo& info, VtCheckoutState& state) {
+std::optional<VerifiedCheckout> VerifyCheckout(ServerContext& server, const CheckoutId& id) {
   const FailureStep step("verify the checkout");
-  const CheckoutId checkoutId = ParseCheckoutId(id);
-  if (checkoutId.field1.empty() || StandsInWorkspace(server, checkoutId)) {
-    return ReadAsItStands(server, id, info, state);
-  }
-  return checkoutId.temporary && Renew(server, id, info, state);
+  if (id.workspace.empty() || IsInItsWorkspace(server, id)) return ReadAsItStands(server, id);
+  return id.temporary ? Renew(server, id) : std::nullopt;
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
+#include "base/checkout_id.h"
 #include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 #include "documents/reading/file_info.h"
@@ -15,15 +17,16 @@ namespace lxservices::cms_interface::vantry {
 /// A temporary CheckoutId downloads the document as it was before the checkout, a workspace form the working
 /// copy. After a failure the local file holds what the server answered, and the caller owns it; the trace
 /// line quotes the beginning of it, up to 8 KiB.
-/// @param info  receives the summary, with the id that came in
-/// @return true when the answer was exactly 200; each failure is traced
-[[nodiscard]] bool DownloadDocument(ServerContext& server, const char* id, const char* localPath,
-                                    FileInfo& info, du::http::ProgressFunction progress);
+/// @param localPath  empty names no file, and the download fails
+/// @return the summary, with the id that came in, when the answer was exactly 200; each failure is traced
+[[nodiscard]] std::optional<FileInfo> DownloadDocument(ServerContext& server, const CheckoutId& id,
+                                                       const std::string& localPath,
+                                                       du::http::ProgressFunction progress);
 
 /// Fetches the first URL of the first content section; no other URL or section is ever tried.
 /// @return the HTTP status, 65535 when the exchange failed, 0 when there was nothing to fetch
 [[nodiscard]] std::uint16_t DownloadPrimaryContent(ServerContext& server, const DocumentRecord& record,
-                                                   const char* localPath,
+                                                   const std::string& localPath,
                                                    du::http::ProgressFunction progress);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -30,7 +30,7 @@ class RoomyDocument {
 
 }  // namespace
 
-Status ReadDocument(ServerContext& server, const std::string& id, DocumentRecord& record) {
+Result<DocumentRecord> ReadDocument(ServerContext& server, const std::string& id, DocumentRecord known) {
   const FailureStep step("read the document");
   const std::string path = documentsPath + EscapeForUrl(id);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
@@ -39,51 +39,54 @@ Status ReadDocument(ServerContext& server, const std::string& id, DocumentRecord
   }
   RoomyDocument room;
   rapidjson::Document& document = room.get();
-  if (ParseJsonInResponse(response, document) && !ReadDocumentRecord(document, record))
+  if (ParseJsonInResponse(response, document) && !ReadDocumentRecord(document, known))
     response.ReportBroken();
-  return Ok;
+  return known;
 }
 
-bool ReadDocumentJson(ServerContext& server, const std::string& id, rapidjson::Document& document) {
+std::optional<rapidjson::Document> ReadDocumentJson(ServerContext& server, const std::string& id) {
   const FailureStep step("read the document");
   const std::string path = documentsPath + EscapeForUrl(id);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
-  if (!response.succeeded()) return false;
-  if (ParseJsonResponse(response, document) && !document.IsObject()) response.ReportBroken();
-  return true;
+  if (!response.succeeded()) return std::nullopt;
+  std::optional<rapidjson::Document> document(std::in_place);
+  if (ParseJsonResponse(response, *document) && !document->IsObject()) response.ReportBroken();
+  return document;
 }
 
-bool ReadDocumentVersions(ServerContext& server, const std::string& id, const std::string& contextId,
-                          std::vector<DocumentSummary>& versions) {
+std::optional<std::vector<DocumentSummary>> ReadDocumentVersions(ServerContext& server, const std::string& id,
+                                                                 const std::string& contextId) {
   const FailureStep step("list the versions");
   const std::string path =
       documentsPath + EscapeForUrl(id) + "/versions?contextId=" + EscapeForUrl(contextId);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
-  if (!response.succeeded()) return false;
+  if (!response.succeeded()) return std::nullopt;
+  std::vector<DocumentSummary> versions;
   rapidjson::Document document;
-  if (!ParseArrayResponse(response, document)) return true;
+  if (!ParseArrayResponse(response, document)) return versions;
   for (const auto& element : document.GetArray()) {
     DocumentSummary version;
     if (ReadDocumentSummary(element, version)) versions.push_back(std::move(version));
   }
-  return true;
+  return versions;
 }
 
-bool SearchDocuments(ServerContext& server, const std::string& number, std::vector<DocumentRecord>& documents,
-                     const char* scope) {
+std::optional<std::vector<DocumentRecord>> SearchDocuments(ServerContext& server, const std::string& number,
+                                                           const std::string& scope) {
   const FailureStep step("search by number");
   std::string path = std::string(documentsPath) + "search?number=" + EscapeForUrl(number);
-  if (scope != nullptr && *scope != '\0') path += "&scope=" + EscapeForUrl(scope);
+  if (!scope.empty()) path += "&scope=" + EscapeForUrl(scope);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) {
     TracerFor(Follows())(dp::TraceType::Error, "Failed to find doc number %s with response: %s",
                          number.c_str(), response.errorText().c_str());
-    return false;
+    return std::nullopt;
   }
+  std::vector<DocumentRecord> documents;
   rapidjson::Document document;
-  if (!ParseArrayResponse(response, document)) return true;
+  if (!ParseArrayResponse(response, document)) return documents;
   for (const auto& element : document.GetArray()) ReadDocumentRecord(element, documents.emplace_back());
-  return true;
+  return documents;
 }
 
 }  // namespace lxservices::cms_interface::vantry

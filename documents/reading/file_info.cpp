@@ -1,8 +1,8 @@
 #include "documents/reading/file_info.h"
 
-#include "base/checkout_id.h"
+#include <utility>
+
 #include "base/failure_trace.h"
-#include "base/text.h"
 #include "documents/reading/document_reads.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -11,8 +11,9 @@ std::string VersionText(const DocumentSummary& record) {
   return record.revision + "." + record.iteration;
 }
 
-FileInfo MakeFileInfo(const DocumentRecord& record) {
+FileInfo MakeFileInfo(const DocumentRecord& record, std::string id) {
   FileInfo info;
+  info.id = std::move(id);
   info.version = VersionText(record);
   info.cadName = record.master.cadName;
   for (const ContentRecord& section : record.contentSections) info.size += section.fileSize;
@@ -25,16 +26,13 @@ FileInfo MakeFileInfo(const DocumentRecord& record) {
   return info;
 }
 
-Status GetFileInfo(ServerContext& server, const char* id, FileInfo& info) {
-  DocumentRecord record;
-  const Status status = ReadDocument(server, ParseCheckoutId(id).field0, record);
+Result<FileInfo> GetFileInfo(ServerContext& server, const CheckoutId& id) {
+  const auto [status, record] = ReadDocument(server, id.document);
   if (status != Ok) {
-    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", TextOrEmpty(id));
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", id.text.c_str());
     return status;
   }
-  info = MakeFileInfo(record);
-  info.id = TextOrEmpty(id);
-  return Ok;
+  return MakeFileInfo(record, id.text);
 }
 
 }  // namespace lxservices::cms_interface::vantry

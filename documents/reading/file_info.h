@@ -5,7 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "base/status.h"
+#include "base/checkout_id.h"
+#include "base/result.h"
 #include "connection/server_context.h"
 #include "documents/reading/document_records.h"
 
@@ -26,13 +27,13 @@ namespace vantry {
 /// Revision, a full stop, iteration: "B.3".
 [[nodiscard]] std::string VersionText(const DocumentSummary& record);
 
-/// The summary of a document; its `id` is left empty for the flow to set.
-[[nodiscard]] FileInfo MakeFileInfo(const DocumentRecord& record);
+/// The summary of a document.
+/// @param id  what the flow hands back as its id
+[[nodiscard]] FileInfo MakeFileInfo(const DocumentRecord& record, std::string id = {});
 
-/// Reads a document and fills its summary, with the whole id as its id: one GET on this thread.
-/// @param id  a CheckoutId or a plain id; its first field is read
-/// @return Ok, Refused or ConnectionFailed; a failure is traced
-Status GetFileInfo(ServerContext& server, const char* id, FileInfo& info);
+/// Reads a document and makes its summary, with the whole id as its id: one GET on this thread.
+/// @return with Ok, Refused or ConnectionFailed; a failure is traced
+Result<FileInfo> GetFileInfo(ServerContext& server, const CheckoutId& id);
 
 }  // namespace vantry
 }  // namespace lxservices::cms_interface

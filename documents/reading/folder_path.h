@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "documents/reading/document_records.h"
@@ -11,8 +12,7 @@ namespace lxservices::cms_interface::vantry {
 /// "/Gadget/Sub/Deep" in the context "Gadget" gives "/Sub/Deep". A document directly under the context has a
 /// path only when its folder is the context's cabinet; any other is in no folder, such as one that has
 /// never left a workspace.
-/// @param path  set on success only
-/// @return false when the document is in no folder of its context
-[[nodiscard]] bool GetFolderPathInContext(const DocumentRecord& record, std::string& path);
+/// @return nothing when the document is in no folder of its context
+[[nodiscard]] std::optional<std::string> GetFolderPathInContext(const DocumentRecord& record);
 
 }  // namespace lxservices::cms_interface::vantry

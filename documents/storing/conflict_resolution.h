@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "documents/storing/document_writer.h"
 
@@ -9,9 +10,9 @@ namespace lxservices::cms_interface::vantry {
 
 /// A conflict, how it is resolved, and the class of the object that it is about.
 struct ConflictResolution {
-  const char* code;
-  const char* resolutionOption;
-  const char* type;
+  std::string_view code;
+  std::string_view resolutionOption;
+  std::string_view type;
 };
 
 /// Check-out: the object is in the workspace already. The server's own spelling of the code.

@@ -49,15 +49,17 @@ StreamIndex WriteFiles(MultipartFile& body, const UploadTicket& ticket,
   StreamIndex streams;
   for (std::size_t index = 0; index < paths.size(); ++index) {
     streams[ReadStreamId(ticket.streamIds[index])] = index;
-    body.AddFile(paths[index].c_str(), ticket.fileNames[index]);
+    body.AddFile(paths[index], ticket.fileNames[index]);
   }
   return streams;
 }
 
-void ReadReceipts(const rapidjson::Document& answer, const StreamIndex& streams,
-                  std::vector<UploadedContent>& contents) {
+// One entry for each file; blank for one that the answer has no receipt of.
+std::vector<UploadedContent> ReadReceipts(const rapidjson::Document& answer, const StreamIndex& streams,
+                                          std::size_t fileCount) {
+  std::vector<UploadedContent> contents(fileCount);
   const rapidjson::Value* receipts = FindArray(answer, "contentInfos");
-  if (receipts == nullptr) return;
+  if (receipts == nullptr) return contents;
   for (const auto& receipt : receipts->GetArray()) {
     const rapidjson::Value* info = FindString(receipt, "encodedInfo");
     const rapidjson::Value* stream = FindMember(receipt, "streamId");
@@ -65,6 +67,7 @@ void ReadReceipts(const rapidjson::Document& answer, const StreamIndex& streams,
     const auto entry = streams.find(stream->GetUint64());
     if (entry != streams.end()) contents[entry->second] = {entry->first, std::string(TextView(*info))};
   }
+  return contents;
 }
 
 // A failure without a line of its own.
@@ -100,8 +103,8 @@ struct StagedBody {
 };
 
 // Sends the staged body over a connection of its own, even when it leads to the same server.
-Status PostBody(ServerContext& server, const std::string& uploadUrl, const StagedBody& staged,
-                std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
+Result<std::vector<UploadedContent>> PostBody(ServerContext& server, const std::string& uploadUrl,
+                                              const StagedBody& staged, du::http::ProgressFunction progress) {
   const auto [base, path] = SplitUrlAtPath(uploadUrl);
   const FailureMark mark;
   const auto side = server.MakeSideConnection(base);
@@ -116,19 +119,19 @@ Status PostBody(ServerContext& server, const std::string& uploadUrl, const Stage
                ? TraceTooLarge()
                : TraceRefusal(Follows(), response.status(), response.errorText());
   }
-  contents.assign(staged.fileCount, {});
-  ReadReceipts(answer, staged.streams, contents);
   if (FindArray(answer, "contentInfos") == nullptr) response.ReportBroken();
-  return Ok;
+  return ReadReceipts(answer, staged.streams, staged.fileCount);
 }
 
 }  // namespace
 
-Status UploadContents(ServerContext& server, const std::vector<std::string>& paths,
-                      std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
+Result<std::vector<UploadedContent>> UploadContents(ServerContext& server,
+                                                    const std::vector<std::string>& paths,
+                                                    du::http::ProgressFunction progress) {
   const FailureStep step("upload the contents");
-  UploadTicket ticket;
-  if (!RequestUploadTicket(server, paths.size(), ticket)) return Refused;
+  const auto issued = RequestUploadTicket(server, paths.size());
+  if (!issued) return Refused;
+  const UploadTicket& ticket = *issued;
   const ScopedTempPath bodyFile(MakeTempFile("upload", "multipart"));
   MultipartFile body(bodyFile.path());
   if (!body.IsOpen()) return Because(FailureKind::LocalFile, ServerError);
@@ -140,25 +143,25 @@ Status UploadContents(ServerContext& server, const std::vector<std::string>& pat
   const StreamIndex streams = WriteFiles(body, ticket, paths);
   if (!body.Finish()) return TraceNotStaged(bodyFile.path());
   const StagedBody staged{bodyFile.path(), body.ContentType(), paths.size(), streams};
-  return PostBody(server, ticket.uploadUrl, staged, contents, std::move(progress));
+  return PostBody(server, ticket.uploadUrl, staged, std::move(progress));
 }
 
-Status UploadPaths(ServerContext& server, const std::vector<const char*>& paths,
-                   std::vector<UploadedContent>& contents, du::http::ProgressFunction progress) {
+Result<std::vector<UploadedContent>> UploadPaths(ServerContext& server, const std::vector<std::string>& paths,
+                                                 du::http::ProgressFunction progress) {
   std::vector<std::string> given;
   bool gap = false;
   bool warned = false;
-  for (const char* path : paths) {
-    if (path == nullptr || *path == '\0') {
+  for (const std::string& path : paths) {
+    if (path.empty()) {
       gap = true;
       continue;
     }
     const FailureAside aside;  // the others are sent
     if (gap && !warned) TracerFor({FailureKind::LocalFile})(dp::TraceType::Warning, "Unexpected file path\n");
     warned = warned || gap;
-    given.emplace_back(path);
+    given.push_back(path);
   }
-  return UploadContents(server, given, contents, std::move(progress));
+  return UploadContents(server, given, std::move(progress));
 }
 
 }  // namespace lxservices::cms_interface::vantry

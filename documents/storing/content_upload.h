@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/result.h"
 #include "base/status.h"
 #include "connection/server_context.h"
 
@@ -20,17 +21,18 @@ struct UploadedContent {
 /// @throws std::invalid_argument, std::out_of_range  for a ticket whose stream ids are no numbers, or are too
 ///         large, before anything is stored
 /// @param paths     a file that cannot be opened, such as a directory, is left out of the body
-/// @param contents  receives one entry for each path, in the order of the paths
 /// @param progress  may be empty; told about the body sent
-/// @return Ok; Refused without a usable ticket and for a refused upload; ServerError when the staging file
-///         cannot be made, or, traced, not be written whole, and then nothing is sent to where the ticket
-///         says; TooLarge for a body above the server's limit
-Status UploadContents(ServerContext& server, const std::vector<std::string>& paths,
-                      std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);
+/// @return with Ok one entry for each path, in the order of the paths; Refused without a usable ticket and for
+///         a refused upload; ServerError when the staging file cannot be made, or, traced, not be written
+///         whole, and then nothing is sent to where the ticket says; TooLarge for a body above the server's
+///         limit
+Result<std::vector<UploadedContent>> UploadContents(ServerContext& server,
+                                                    const std::vector<std::string>& paths,
+                                                    du::http::ProgressFunction progress);
 
-/// UploadContents for optional paths: null and empty ones are left out. One after a gap is traced as a
-/// warning. Throws what UploadContents throws.
-Status UploadPaths(ServerContext& server, const std::vector<const char*>& paths,
-                   std::vector<UploadedContent>& contents, du::http::ProgressFunction progress);
+/// UploadContents for optional paths: empty ones are left out. One after a gap is traced as a warning. Throws
+/// what UploadContents throws.
+Result<std::vector<UploadedContent>> UploadPaths(ServerContext& server, const std::vector<std::string>& paths,
+                                                 du::http::ProgressFunction progress);
 
 }  // namespace lxservices::cms_interface::vantry

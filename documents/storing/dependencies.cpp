@@ -10,65 +10,58 @@ namespace lxservices::cms_interface::vantry {
 namespace {
 
 // The first of the document's dependencies of that name that can be pointed at the child.
-bool ReuseDependency(ServerContext& server, const std::string& name, const std::string& id,
-                     const DependencyList& known, DerivedSourceDependency& dependency) {
+std::optional<DerivedSourceDependency> ReuseDependency(ServerContext& server, const std::string& name,
+                                                       const std::string& id, const DependencyList& known) {
   for (const DerivedSourceDependency& entry : known) {
     if (entry.sourceMaster.cadName != name) continue;
-    dependency = entry;
-    if (FillDependencySource(server, name, id, dependency)) return true;
+    if (auto dependency = FillDependencySource(server, name, id, entry)) return dependency;
   }
-  return false;
+  return std::nullopt;
 }
 
 }  // namespace
 
 DependencyList ResolveDependencyMap(ServerContext& server, const DependencyMap& map) {
-  DependencyList list;
-  for (const auto& [name, id] : map) {
-    DerivedSourceDependency dependency;
-    if (ResolveDependency(server, name, id, dependency)) list.push_back(std::move(dependency));
-  }
-  return list;
+  return MergeDependencyMap(server, map, {});
 }
 
 DependencyList MergeDependencyMap(ServerContext& server, const DependencyMap& map,
                                   const DependencyList& known) {
   DependencyList list;
   for (const auto& [name, id] : map) {
-    DerivedSourceDependency dependency;
-    if (ReuseDependency(server, name, id, known, dependency) ||
-        ResolveDependency(server, name, id, dependency)) {
-      list.push_back(std::move(dependency));
-    }
+    auto dependency = ReuseDependency(server, name, id, known);
+    if (!dependency) dependency = ResolveDependency(server, name, id);
+    if (dependency) list.push_back(std::move(*dependency));
   }
   return list;
 }
 
-bool ResolveDependency(ServerContext& server, const std::string& name, const std::string& id,
-                       DerivedSourceDependency& dependency) {
-  dependency = {};
-  if (!FillDependencySource(server, name, id, dependency)) return false;
-  dependency.isPlaceHolder = false;
-  dependency.hasCompleteDependencies = true;
-  dependency.revNum = 0;
-  return true;
+std::optional<DerivedSourceDependency> ResolveDependency(ServerContext& server, const std::string& name,
+                                                         const std::string& id) {
+  auto dependency = FillDependencySource(server, name, id, {});
+  if (!dependency) return std::nullopt;
+  dependency->isPlaceHolder = false;
+  dependency->hasCompleteDependencies = true;
+  dependency->revNum = 0;
+  return dependency;
 }
 
-bool FillDependencySource(ServerContext& server, const std::string& name, const std::string& id,
-                          DerivedSourceDependency& dependency) {
+std::optional<DerivedSourceDependency> FillDependencySource(ServerContext& server, const std::string& name,
+                                                            const std::string& id,
+                                                            DerivedSourceDependency dependency) {
   dependency.asStoredChildName = name;
-  const std::string source = ParseCheckoutId(id.c_str()).field0;
-  if (source == dependency.sourceId) return true;
+  const std::string source = ParseCheckoutId(id).document;
+  if (source == dependency.sourceId) return dependency;
   dependency.sourceId = source;
-  DocumentRecord document;
-  if (ReadDocument(server, source, document) != Ok) return false;
+  const auto [status, document] = ReadDocument(server, source);
+  if (status != Ok) return std::nullopt;
   dependency.sourceMaster = document.master;
   dependency.revision = document.revision;
   dependency.iteration = document.iteration;
   dependency.authAppVersion = document.authAppVersion;
   dependency.ndVersion = document.ndVersion;
   dependency.isDerived = document.isDerived;
-  return true;
+  return dependency;
 }
 
 }  // namespace lxservices::cms_interface::vantry

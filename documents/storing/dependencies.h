@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,13 +24,16 @@ using DependencyList = std::vector<DerivedSourceDependency>;
                                                 const DependencyList& known);
 
 /// A dependency made from nothing but a name and an id.
-/// @return false when the child cannot be read
-[[nodiscard]] bool ResolveDependency(ServerContext& server, const std::string& name, const std::string& id,
-                                     DerivedSourceDependency& dependency);
+/// @return nothing when the child cannot be read
+[[nodiscard]] std::optional<DerivedSourceDependency> ResolveDependency(ServerContext& server,
+                                                                       const std::string& name,
+                                                                       const std::string& id);
 
 /// Points a dependency at a child. One that points there already costs no request.
-/// @return false when the child cannot be read
-[[nodiscard]] bool FillDependencySource(ServerContext& server, const std::string& name, const std::string& id,
-                                        DerivedSourceDependency& dependency);
+/// @return nothing when the child cannot be read
+[[nodiscard]] std::optional<DerivedSourceDependency> FillDependencySource(ServerContext& server,
+                                                                          const std::string& name,
+                                                                          const std::string& id,
+                                                                          DerivedSourceDependency dependency);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -4,7 +4,6 @@
 #include <utility>
 #include <vector>
 
-#include "base/text.h"
 #include "documents/storing/auth_app_version.h"
 #include "documents/storing/content_upload.h"
 #include "documents/storing/dependencies.h"
@@ -29,25 +28,24 @@ Status PostInstruction(const InstructionParts& parts, const Poster& poster) {
 // Fenlet documents have a viewable and a metadata file beside the primary content.
 Status BuildFenlet(ServerContext& server, InstructionParts parts, const DocumentUploadParams& params,
                    const Poster& poster, du::http::ProgressFunction progress) {
-  std::vector<std::string> paths{TextOrEmpty(params.mainPath)};
+  std::vector<std::string> paths{params.mainPath};
   std::optional<std::size_t> viewable;
   std::optional<std::size_t> vcs;
-  if (IsGiven(params.viewablePath)) {
+  if (!params.viewablePath.empty()) {
     viewable = paths.size();
-    paths.emplace_back(params.viewablePath);
+    paths.push_back(params.viewablePath);
   }
-  if (IsGiven(params.vcsPath)) {
+  if (!params.vcsPath.empty()) {
     vcs = paths.size();
-    paths.emplace_back(params.vcsPath);
+    paths.push_back(params.vcsPath);
   }
-  std::vector<UploadedContent> contents;
-  const Status status = UploadContents(server, paths, contents, std::move(progress));
+  const auto [status, contents] = UploadContents(server, paths, std::move(progress));
   if (status != Ok) return status;
   EnsureAuthAppVersion(server);
   parts.main = EntryAt(contents, 0);
   parts.viewable = EntryAt(contents, viewable);
   parts.vcs = EntryAt(contents, vcs);
-  parts.language = TextOrEmpty(params.language);
+  parts.language = params.language;
   parts.application = {AuthoringApplicationOrDefault(server), AuthAppVersionOrDefault(server)};
   return PostInstruction(parts, poster);
 }
@@ -56,8 +54,7 @@ Status BuildFenlet(ServerContext& server, InstructionParts parts, const Document
 // whose version is never negotiated.
 Status BuildSimple(ServerContext& server, InstructionParts parts, const DocumentUploadParams& params,
                    const Poster& poster, du::http::ProgressFunction progress) {
-  std::vector<UploadedContent> contents;
-  const Status status = UploadPaths(server, {params.mainPath}, contents, std::move(progress));
+  const auto [status, contents] = UploadPaths(server, {params.mainPath}, std::move(progress));
   if (status != Ok) return status;
   if (parts.kind == DocumentKind::General) {
     EnsureAuthAppVersion(server);
@@ -81,14 +78,14 @@ bool IsKnown(DocumentKind kind) {
 
 }  // namespace
 
-Status BuildDocumentForCreate(ServerContext& server, const std::string& name, const std::string& folderId,
+Status BuildDocumentForCreate(ServerContext& server, const NewDocument& document,
                               const DocumentUploadParams& params, const Poster& poster,
                               du::http::ProgressFunction progress) {
   if (!IsKnown(params.kind)) return NotFound;
   InstructionParts parts;
   parts.kind = params.kind;
-  parts.name = name;
-  parts.folderId = folderId;
+  parts.name = document.name;
+  parts.folderId = document.folderId;
   DependencyList dependencies;
   if (params.kind == DocumentKind::Fenlet && params.dependencies != nullptr) {
     dependencies = ResolveDependencyMap(server, *params.dependencies);
@@ -97,17 +94,17 @@ Status BuildDocumentForCreate(ServerContext& server, const std::string& name, co
   return Build(server, parts, params, poster, std::move(progress));
 }
 
-Status BuildDocumentForIterate(ServerContext& server, const DocumentRecord& record,
-                               const rapidjson::Value& json, const DocumentUploadParams& params,
-                               const Poster& poster, du::http::ProgressFunction progress) {
+Status BuildDocumentForIterate(ServerContext& server, const KnownDocument& document,
+                               const DocumentUploadParams& params, const Poster& poster,
+                               du::http::ProgressFunction progress) {
   if (!IsKnown(params.kind)) return NotFound;
   InstructionParts parts;
   parts.kind = params.kind;
-  parts.document = &record;
-  parts.json = &json;
+  parts.document = &document.record;
+  parts.json = &document.json;
   DependencyList dependencies;
   if (params.kind == DocumentKind::Fenlet && params.dependencies != nullptr) {
-    dependencies = MergeDependencyMap(server, *params.dependencies, record.dependencies);
+    dependencies = MergeDependencyMap(server, *params.dependencies, document.record.dependencies);
     parts.dependencies = &dependencies;
   }
   return Build(server, parts, params, poster, std::move(progress));

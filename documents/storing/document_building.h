@@ -16,19 +16,30 @@ namespace lxservices::cms_interface::vantry {
 /// Sends an instruction to where it belongs.
 using Poster = std::function<Status(JsonAllocator&, rapidjson::Value&)>;
 
+/// A document that is to be made, and where.
+struct NewDocument {
+  std::string name;
+  std::string contextId;
+  std::string folderId;     ///< empty: the server decides
+  std::string workspaceId;  ///< of a creation in a workspace
+};
+
+/// A document twice: as a record, and as the server gave it, for what the record does not know.
+struct KnownDocument {
+  DocumentRecord record;
+  rapidjson::Document json;
+};
+
 /// Resolves the dependencies, uploads the files, settles the authoring application version, builds the
 /// instruction for a new document and hands it to the poster. Each step's failure ends the flow.
-/// @param folderId  may be empty
 /// @return what failed, or what the poster gave; NotFound, with nothing done, for an unknown kind
-Status BuildDocumentForCreate(ServerContext& server, const std::string& name, const std::string& folderId,
+Status BuildDocumentForCreate(ServerContext& server, const NewDocument& document,
                               const DocumentUploadParams& params, const Poster& poster,
                               du::http::ProgressFunction progress);
 
 /// The same for a new iteration of a document.
-/// @param record  the document
-/// @param json    the document as the server gave it; stays valid for the call
-Status BuildDocumentForIterate(ServerContext& server, const DocumentRecord& record,
-                               const rapidjson::Value& json, const DocumentUploadParams& params,
-                               const Poster& poster, du::http::ProgressFunction progress);
+Status BuildDocumentForIterate(ServerContext& server, const KnownDocument& document,
+                               const DocumentUploadParams& params, const Poster& poster,
+                               du::http::ProgressFunction progress);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -31,8 +31,7 @@ rapidjson::Value MakeMaster(const InstructionParts& parts, const std::string& ap
                   allocator);
   value.AddMember("subCategory",
                   MakeText(FirstGiven(master.subCategory, defaults.masterSubCategory), allocator), allocator);
-  value.AddMember("cadName", MakeText(FirstGiven(master.cadName, std::string(parts.name)), allocator),
-                  allocator);
+  value.AddMember("cadName", MakeText(FirstGiven(master.cadName, parts.name), allocator), allocator);
   value.AddMember("authoringApplication", MakeText(application, allocator), allocator);
   return value;
 }
@@ -117,7 +116,7 @@ const KindDefaults& DefaultsOf(DocumentKind kind) {
   }
 }
 
-const std::string& FirstGiven(const std::string& text, const std::string& otherwise) {
+std::string_view FirstGiven(std::string_view text, std::string_view otherwise) {
   return text.empty() ? otherwise : text;
 }
 

@@ -16,11 +16,11 @@ namespace lxservices::cms_interface::vantry {
 
 /// What a kind of document is stored with where the document itself says nothing.
 struct KindDefaults {
-  const char* category;  ///< of the primary section
-  const char* fileName;  ///< of the primary section
-  const char* masterCategory;
-  const char* masterSubCategory;  ///< null writes no member
-  const char* ndVersion;
+  std::string_view category;  ///< of the primary section
+  std::string_view fileName;  ///< of the primary section
+  std::string_view masterCategory;
+  std::string_view masterSubCategory;  ///< not written for a text document
+  std::string_view ndVersion;
 };
 
 [[nodiscard]] const KindDefaults& DefaultsOf(DocumentKind kind);
@@ -57,6 +57,6 @@ struct InstructionParts {
 [[nodiscard]] rapidjson::Value MakeCadContent(const ContentRecord& section, JsonAllocator& allocator);
 
 /// The first text that is not empty.
-[[nodiscard]] const std::string& FirstGiven(const std::string& text, const std::string& otherwise);
+[[nodiscard]] std::string_view FirstGiven(std::string_view text, std::string_view otherwise);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -18,10 +18,10 @@ rapidjson::Value AsArray(rapidjson::Value& value, JsonAllocator& allocator) {
   return array;
 }
 
-void AddResolutions(rapidjson::Value& body, rapidjson::Value* resolutions, JsonAllocator& allocator) {
-  if (resolutions == nullptr) return;
-  rapidjson::Value array = AsArray(*resolutions, allocator);
-  if (!array.Empty()) body.AddMember("conflictResolutions", array, allocator);
+void AddResolutions(rapidjson::Value& body, const Posting& posting) {
+  if (posting.resolutions == nullptr) return;
+  rapidjson::Value array = AsArray(*posting.resolutions, posting.allocator);
+  if (!array.Empty()) body.AddMember("conflictResolutions", array, posting.allocator);
 }
 
 void ReadRecords(const rapidjson::Document& answer, std::span<DocumentRecord> records) {
@@ -49,29 +49,29 @@ Status PostBody(ServerContext& server, const std::string& path, const rapidjson:
 
 }  // namespace
 
-Status PostDocumentInstructions(ServerContext& server, bool isCreate, JsonAllocator& allocator,
-                                rapidjson::Value& instructions, const std::string& contextId,
-                                std::span<DocumentRecord> records, rapidjson::Value* resolutions) {
+Status PostDocumentInstructions(ServerContext& server, InstructionKind kind, const Posting& posting,
+                                const std::string& contextId, std::span<DocumentRecord> records) {
   const FailureStep step("write the document");
-  rapidjson::Value array = AsArray(instructions, allocator);
+  JsonAllocator& allocator = posting.allocator;
+  rapidjson::Value array = AsArray(posting.instructions, allocator);
   if (array.Empty()) return NotFound;
   rapidjson::Value body(rapidjson::kObjectType);
-  body.AddMember(rapidjson::StringRef(isCreate ? "createInstructions" : "iterateInstructions"), array,
+  const bool creates = kind == InstructionKind::Create;
+  body.AddMember(rapidjson::StringRef(creates ? "createInstructions" : "iterateInstructions"), array,
                  allocator);
   body.AddMember("contextId", MakeText(contextId, allocator), allocator);
-  AddResolutions(body, resolutions, allocator);
+  AddResolutions(body, posting);
   return PostBody(server, "servlet/rest/v1/dkm/documents", body, records);
 }
 
-Status PostStore(ServerContext& server, JsonAllocator& allocator, rapidjson::Value& instructions,
-                 const std::string& workspaceId, std::span<DocumentRecord> records,
-                 rapidjson::Value* resolutions) {
+Status PostStore(ServerContext& server, const Posting& posting, const std::string& workspaceId,
+                 std::span<DocumentRecord> records) {
   const FailureStep step("store into the workspace");
-  rapidjson::Value array = AsArray(instructions, allocator);
+  rapidjson::Value array = AsArray(posting.instructions, posting.allocator);
   if (array.Empty()) return NotFound;
   rapidjson::Value body(rapidjson::kObjectType);
-  body.AddMember("storeInstructions", array, allocator);
-  AddResolutions(body, resolutions, allocator);
+  body.AddMember("storeInstructions", array, posting.allocator);
+  AddResolutions(body, posting);
   return PostBody(server, WorkspaceOperationPath(workspaceId, "store"), body, records);
 }
 

@@ -11,18 +11,24 @@
 /// The POSTs that carry instructions. Each makes one request, on this thread.
 namespace lxservices::cms_interface::vantry {
 
+/// What a POST carries. It is used up by the POST.
+struct Posting {
+  JsonAllocator& allocator;
+  rapidjson::Value& instructions;           ///< one or an array of them; null or an empty array sends nothing
+  rapidjson::Value* resolutions = nullptr;  ///< a conflict resolution or an array of them, or null
+};
+
+/// What the instructions tell the server to do.
+enum class InstructionKind { Create, Iterate };
+
 /// Creates or iterates documents.
-/// @param instructions  one instruction or an array of them; null or an empty array sends nothing
-/// @param records       filled from the answer's documents until either ends
-/// @param resolutions   a conflict resolution or an array of them; may be null
+/// @param records  filled from the answer's documents until either ends
 /// @return Ok; NotFound for nothing to send; Refused, traced, for a refusal and for an answer that is no JSON
-Status PostDocumentInstructions(ServerContext& server, bool isCreate, JsonAllocator& allocator,
-                                rapidjson::Value& instructions, const std::string& contextId,
-                                std::span<DocumentRecord> records, rapidjson::Value* resolutions);
+Status PostDocumentInstructions(ServerContext& server, InstructionKind kind, const Posting& posting,
+                                const std::string& contextId, std::span<DocumentRecord> records);
 
 /// Stores documents into a workspace. Otherwise like PostDocumentInstructions.
-Status PostStore(ServerContext& server, JsonAllocator& allocator, rapidjson::Value& instructions,
-                 const std::string& workspaceId, std::span<DocumentRecord> records,
-                 rapidjson::Value* resolutions);
+Status PostStore(ServerContext& server, const Posting& posting, const std::string& workspaceId,
+                 std::span<DocumentRecord> records);
 
 }  // namespace lxservices::cms_interface::vantry

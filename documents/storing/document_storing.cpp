@@ -1,131 +1,99 @@
 #include "documents/storing/document_storing.h"
 
+#include <optional>
 #include <utility>
 
-#include "base/checkout_id.h"
 #include "base/failure_trace.h"
-#include "base/text.h"
 #include "documents/reading/document_reader.h"
 #include "documents/reading/document_reads.h"
 #include "documents/storing/conflict_resolution.h"
-#include "documents/storing/document_building.h"
 #include "documents/storing/document_posting.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
 
 // The three local paths, as the traces name them.
-struct LocalPaths {
-  explicit LocalPaths(const DocumentUploadParams& params)
-      : main(TextOrEmpty(params.mainPath)),
-        viewable(TextOrEmpty(params.viewablePath)),
-        vcs(TextOrEmpty(params.vcsPath)) {}
-  const char* main;
-  const char* viewable;
-  const char* vcs;
-};
-
-FileInfo MakeFileInfoWithId(const DocumentRecord& record, std::string id) {
-  FileInfo info = MakeFileInfo(record);
-  info.id = std::move(id);
-  return info;
+std::string LocalPaths(const DocumentUploadParams& params) {
+  return params.mainPath + ", " + params.viewablePath + ", " + params.vcsPath;
 }
 
-// The document twice: as the server gave it, for what this model does not know, and as a record.
-bool ReadForIteration(ServerContext& server, const std::string& id, rapidjson::Document& json,
-                      DocumentRecord& record) {
-  if (!ReadDocumentJson(server, id, json)) {
+std::optional<KnownDocument> ReadForIteration(ServerContext& server, const std::string& id) {
+  auto json = ReadDocumentJson(server, id);
+  if (!json) {
     TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n", id.c_str());
-    return false;
+    return std::nullopt;
   }
-  ReadDocumentRecord(json, record);
-  return true;
+  KnownDocument known{{}, std::move(*json)};
+  ReadDocumentRecord(known.json, known.record);
+  return known;
 }
 
 }  // namespace
 
-Status CreateDocument(ServerContext& server, const std::string& name, const std::string& contextId,
-                      const std::string& folderId, const DocumentUploadParams& params, FileInfo& info,
-                      du::http::ProgressFunction progress) {
+Result<FileInfo> CreateDocument(ServerContext& server, const NewDocument& document,
+                                const DocumentUploadParams& params, du::http::ProgressFunction progress) {
   DocumentRecord record;
   const Poster poster = [&](JsonAllocator& allocator, rapidjson::Value& instruction) {
-    return PostDocumentInstructions(server, true, allocator, instruction, contextId, {&record, 1}, nullptr);
+    return PostDocumentInstructions(server, InstructionKind::Create, {allocator, instruction},
+                                    document.contextId, {&record, 1});
   };
-  const Status status = BuildDocumentForCreate(server, name, folderId, params, poster, std::move(progress));
-  if (status != Ok) {
-    const LocalPaths paths(params);
-    TracerFor(Follows())(dp::TraceType::Error,
-                         "Failed to create document (%s, %s, %s) on server ctx %s, folder %s\n", paths.main,
-                         paths.viewable, paths.vcs, contextId.c_str(), folderId.c_str());
-    return status;
-  }
-  info = MakeFileInfoWithId(record, record.id);
-  return Ok;
+  const Status status = BuildDocumentForCreate(server, document, params, poster, std::move(progress));
+  if (status == Ok) return MakeFileInfo(record, record.id);
+  TracerFor(Follows())(dp::TraceType::Error, "Failed to create document (%s) on server ctx %s, folder %s\n",
+                       LocalPaths(params).c_str(), document.contextId.c_str(), document.folderId.c_str());
+  return status;
 }
 
-Status CreateDocumentInWorkspace(ServerContext& server, const std::string& name, const std::string& contextId,
-                                 const std::string& folderId, const std::string& workspaceId,
-                                 const DocumentUploadParams& params, FileInfo& info,
-                                 du::http::ProgressFunction progress) {
+Result<FileInfo> CreateDocumentInWorkspace(ServerContext& server, const NewDocument& document,
+                                           const DocumentUploadParams& params,
+                                           du::http::ProgressFunction progress) {
   DocumentRecord record;
   const Poster poster = [&](JsonAllocator& allocator, rapidjson::Value& instruction) {
-    return PostStore(server, allocator, instruction, workspaceId, {&record, 1}, nullptr);
+    return PostStore(server, {allocator, instruction}, document.workspaceId, {&record, 1});
   };
-  const Status status = BuildDocumentForCreate(server, name, folderId, params, poster, std::move(progress));
-  if (status != Ok) {
-    const LocalPaths paths(params);
-    TracerFor(Follows())(dp::TraceType::Error,
-                         "Failed to create document (%s, %s, %s) on server ctx %s, folder %s, workspace %s\n",
-                         paths.main, paths.viewable, paths.vcs, contextId.c_str(), folderId.c_str(),
-                         workspaceId.c_str());
-    return status;
-  }
-  info = MakeFileInfoWithId(record, FormatWorkspaceId(workspaceId, record.id));
-  return Ok;
+  const Status status = BuildDocumentForCreate(server, document, params, poster, std::move(progress));
+  if (status == Ok) return MakeFileInfo(record, FormatWorkspaceId(document.workspaceId, record.id));
+  TracerFor(Follows())(dp::TraceType::Error,
+                       "Failed to create document (%s) on server ctx %s, folder %s, workspace %s\n",
+                       LocalPaths(params).c_str(), document.contextId.c_str(), document.folderId.c_str(),
+                       document.workspaceId.c_str());
+  return status;
 }
 
-Status IterateDocument(ServerContext& server, const char* id, const DocumentUploadParams& params,
-                       FileInfo& info, du::http::ProgressFunction progress) {
-  rapidjson::Document json;
-  DocumentRecord record;
-  if (!ReadForIteration(server, id, json, record)) return Refused;
+Result<FileInfo> IterateDocument(ServerContext& server, const std::string& id,
+                                 const DocumentUploadParams& params, du::http::ProgressFunction progress) {
+  const auto known = ReadForIteration(server, id);
+  if (!known) return Refused;
   DocumentRecord answer;
   const Poster poster = [&](JsonAllocator& allocator, rapidjson::Value& instruction) {
     rapidjson::Value resolution = MakeResolution(allocator, iterationResolution, id);
-    return PostDocumentInstructions(server, false, allocator, instruction, record.contextId, {&answer, 1},
-                                    &resolution);
+    return PostDocumentInstructions(server, InstructionKind::Iterate, {allocator, instruction, &resolution},
+                                    known->record.contextId, {&answer, 1});
   };
-  const Status status = BuildDocumentForIterate(server, record, json, params, poster, std::move(progress));
-  if (status != Ok) {
-    const LocalPaths paths(params);
-    TracerFor(Follows())(dp::TraceType::Error, "Failed to iterate document id %s (%s, %s, %s)\n", id,
-                         paths.main, paths.viewable, paths.vcs);
-    return status;
-  }
-  info = MakeFileInfoWithId(answer, answer.id);
-  return Ok;
+  const Status status = BuildDocumentForIterate(server, *known, params, poster, std::move(progress));
+  if (status == Ok) return MakeFileInfo(answer, answer.id);
+  TracerFor(Follows())(dp::TraceType::Error, "Failed to iterate document id %s (%s)\n", id.c_str(),
+                       LocalPaths(params).c_str());
+  return status;
 }
 
-Status StoreDocument(ServerContext& server, const char* text, const DocumentUploadParams& params,
+Status StoreDocument(ServerContext& server, const CheckoutId& checkoutId, const DocumentUploadParams& params,
                      du::http::ProgressFunction progress) {
-  CheckoutId checkoutId;
-  if (!ParseValidCheckoutId(text, checkoutId)) return NotFound;
+  if (!IsValidTraced(checkoutId)) return NotFound;
   const std::string& id = WorkingDocumentId(checkoutId);
-  rapidjson::Document json;
-  DocumentRecord record;
-  if (!ReadForIteration(server, id, json, record)) return Refused;
+  const auto known = ReadForIteration(server, id);
+  if (!known) return Refused;
   // The answer is dropped: the CheckoutId stays the same, and check-in picks the newer iteration up through
   // it.
   DocumentRecord answer;
   const Poster poster = [&](JsonAllocator& allocator, rapidjson::Value& instruction) {
-    rapidjson::Value resolution = MakeResolution(allocator, iterationResolution, record.id);
-    return PostStore(server, allocator, instruction, checkoutId.field1, {&answer, 1}, &resolution);
+    rapidjson::Value resolution = MakeResolution(allocator, iterationResolution, known->record.id);
+    return PostStore(server, {allocator, instruction, &resolution}, checkoutId.workspace, {&answer, 1});
   };
-  const Status status = BuildDocumentForIterate(server, record, json, params, poster, std::move(progress));
+  const Status status = BuildDocumentForIterate(server, *known, params, poster, std::move(progress));
   if (status != Ok) {
-    const LocalPaths paths(params);
-    TracerFor(Follows())(dp::TraceType::Error, "Failed to store document id %s (%s, %s, %s)\n", id.c_str(),
-                         paths.main, paths.viewable, paths.vcs);
+    TracerFor(Follows())(dp::TraceType::Error, "Failed to store document id %s (%s)\n", id.c_str(),
+                         LocalPaths(params).c_str());
   }
   return status;
 }

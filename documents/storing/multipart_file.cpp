@@ -34,9 +34,9 @@ std::uint64_t AnnouncedLength(std::FILE* file) {
 }
 
 // A directory can be opened for reading, and nothing can be read from it.
-bool IsDirectory(const char* localPath) {
+bool IsDirectory(const std::string& localPath) {
   std::error_code error;
-  return localPath != nullptr && std::filesystem::is_directory(localPath, error);
+  return std::filesystem::is_directory(localPath, error);
 }
 
 // As long as the usual one, and with a random beginning.
@@ -87,10 +87,10 @@ void MultipartFile::AddText(std::string_view text) {
   length_ += text.size();
 }
 
-void MultipartFile::AddFile(const char* localPath, std::string_view partName) {
+void MultipartFile::AddFile(const std::string& localPath, std::string_view partName) {
   const bool isDirectory = IsDirectory(localPath);
-  const std::unique_ptr<std::FILE, FileCloser> source(isDirectory ? nullptr
-                                                                  : du::FileSystem::lxfopen(localPath, "rb"));
+  const std::unique_ptr<std::FILE, FileCloser> source(
+      isDirectory ? nullptr : du::FileSystem::lxfopen(localPath.c_str(), "rb"));
   if (source == nullptr) return ReportReason({FailureKind::LocalFile});
   AddBoundary();
   AddText("\r\nContent-Type: application/octet-stream\r\nContent-Disposition: form-data; name=\"");

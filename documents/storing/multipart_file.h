@@ -37,7 +37,7 @@ class MultipartFile {
   void AddText(std::string_view text);
   /// Adds a part that holds a local file's bytes, those included that are appended to it meanwhile. A file
   /// that cannot be opened is left out; a directory is none that can.
-  void AddFile(const char* localPath, std::string_view partName);
+  void AddFile(const std::string& localPath, std::string_view partName);
   /// Writes the closing line and closes the file.
   /// @return whether every byte has reached the file
   [[nodiscard]] bool Finish();

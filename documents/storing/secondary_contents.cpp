@@ -5,14 +5,14 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-constexpr const char* vcsCategory = "VCSINFO";
+constexpr std::string_view vcsCategory = "VCSINFO";
 
 bool DiscardSecondaryContent() {
   static const bool discard = dp::Environment::Test("FENLOOM_DC_DISCARD_SEC_CONTENT");
   return discard;
 }
 
-ContentRecord MakeSection(const char* category, std::string fileName, const UploadedContent& content) {
+ContentRecord MakeSection(std::string_view category, std::string fileName, const UploadedContent& content) {
   ContentRecord section;
   section.category = category;
   section.fileName = std::move(fileName);

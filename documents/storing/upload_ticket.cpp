@@ -19,8 +19,9 @@ void AppendTexts(const rapidjson::Value& value, std::vector<std::string>& texts)
   }
 }
 
-void ReadTicket(const rapidjson::Document& answer, UploadTicket& ticket) {
-  if (!answer.IsObject()) return;
+UploadTicket ReadTicket(const rapidjson::Document& answer) {
+  UploadTicket ticket;
+  if (!answer.IsObject()) return ticket;
   for (const auto& member : answer.GetObject()) {
     const std::string_view name = TextView(member.name);
     if (name == "masterUrl") CopyString(member.value, ticket.masterUrl);
@@ -28,6 +29,7 @@ void ReadTicket(const rapidjson::Document& answer, UploadTicket& ticket) {
     if (name == "fileNames") AppendTexts(member.value, ticket.fileNames);
     if (name == "streamIds") AppendTexts(member.value, ticket.streamIds);
   }
+  return ticket;
 }
 
 bool IsComplete(const UploadTicket& ticket) {
@@ -37,11 +39,11 @@ bool IsComplete(const UploadTicket& ticket) {
 
 }  // namespace
 
-bool RequestUploadTicket(ServerContext& server, std::size_t fileCount, UploadTicket& ticket) {
+std::optional<UploadTicket> RequestUploadTicket(ServerContext& server, std::size_t fileCount) {
   const FailureStep step("ask for a place to upload to");
   const ScopedTempPath body(
       WriteTextFile(MakeTempFile("upload", "json"), "{\n\"noOfFiles\":" + std::to_string(fileCount) + "\n}"));
-  if (body.path().empty()) return false;
+  if (body.path().empty()) return std::nullopt;
   std::optional<RestStream> response;
   const auto post = [&](const char* path) {
     const std::string nonce = server.CsrfHeader();
@@ -55,11 +57,12 @@ bool RequestUploadTicket(ServerContext& server, std::size_t fileCount, UploadTic
   if (!response->succeeded() || !ParseJsonResponse(*response, answer)) {
     TracerFor(Follows())(dp::TraceType::Error, "Failed to update document with error %d : %s\n",
                          response->status(), response->errorText().c_str());
-    return false;
+    return std::nullopt;
   }
-  ReadTicket(answer, ticket);
-  if (!IsComplete(ticket)) response->ReportBroken();
-  return IsComplete(ticket);
+  UploadTicket ticket = ReadTicket(answer);
+  if (IsComplete(ticket)) return ticket;
+  response->ReportBroken();
+  return std::nullopt;
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,8 @@ struct UploadTicket {
 
 /// Asks the content store for a ticket: one POST on this thread, and a second one to the route of older
 /// servers when the first does not exist there.
-/// @return whether the ticket is complete; a refusal and a broken answer are traced, an incomplete one is
-/// not.
-///         Without a file for the request nothing is sent.
-[[nodiscard]] bool RequestUploadTicket(ServerContext& server, std::size_t fileCount, UploadTicket& ticket);
+/// @return nothing unless the ticket is complete; a refusal and a broken answer are traced, an incomplete one
+///         is not. Without a file for the request nothing is sent.
+[[nodiscard]] std::optional<UploadTicket> RequestUploadTicket(ServerContext& server, std::size_t fileCount);
 
 }  // namespace lxservices::cms_interface::vantry

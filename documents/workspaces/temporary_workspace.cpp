@@ -5,6 +5,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "base/failure_trace.h"
 #include "connection/url_escape.h"
@@ -62,7 +63,7 @@ class TriedNames {
 // A name that no workspace in the list has; empty when none is found. The generator draws from the second of
 // the call, so its tries are worth something only when a second passes between them; the numbered names
 // after them do not depend on that.
-std::string FindFreeName(const WorkspaceList& workspaces, const char* prefix, Clock clock,
+std::string FindFreeName(const WorkspaceList& workspaces, std::string_view prefix, Clock clock,
                          TriedNames& tried) {
   for (int tries = 0; tries < nameTries; ++tries) {
     std::string name = MakeWorkspaceName(prefix, clock());
@@ -78,21 +79,23 @@ std::string FindFreeName(const WorkspaceList& workspaces, const char* prefix, Cl
 
 }  // namespace
 
-bool CreateWorkspace(ServerContext& server, const std::string& contextId, const std::string& name,
-                     WorkspaceRecord& workspace, const char* description) {
+std::optional<WorkspaceRecord> CreateWorkspace(ServerContext& server, const std::string& contextId,
+                                               const std::string& name,
+                                               const std::optional<std::string>& description) {
   const FailureStep step("create a workspace");
   rapidjson::Document body(rapidjson::kObjectType);
   auto& allocator = body.GetAllocator();
   body.AddMember("name", MakeText(name, allocator), allocator);
   body.AddMember("contextId", MakeText(contextId, allocator), allocator);
-  if (description != nullptr) body.AddMember("description", MakeText(description, allocator), allocator);
+  if (description) body.AddMember("description", MakeText(*description, allocator), allocator);
   JsonPost post(server, "servlet/rest/v1/dkm/workspaces", body);
-  if (!post.response().succeeded()) return false;
+  if (!post.response().succeeded()) return std::nullopt;
+  WorkspaceRecord workspace;
   rapidjson::Document answer;
   if (ParseJsonResponse(post.response(), answer) && !ReadWorkspace(answer, workspace)) {
     post.response().ReportBroken();
   }
-  return true;
+  return workspace;
 }
 
 bool DeleteWorkspace(ServerContext& server, const std::string& workspaceId) {
@@ -114,20 +117,18 @@ std::uint32_t SystemSeconds() {
 }
 
 std::string CreateTemporaryWorkspace(ServerContext& server, const std::string& contextId, Clock clock) {
-  WorkspaceRecord workspace;
-  const char* prefix = server.settings().temporaryWorkspacePrefix.c_str();
-  const char* description = server.settings().temporaryWorkspaceDescription.c_str();
+  const std::string& prefix = server.settings().temporaryWorkspacePrefix;
+  const std::string& description = server.settings().temporaryWorkspaceDescription;
   TriedNames tried;
   std::string name = MakeWorkspaceName(prefix, clock());
   (void)tried.Take(name);
-  if (CreateWorkspace(server, contextId, name, workspace, description)) return workspace.id;
-  WorkspaceList workspaces;
-  (void)ListWorkspaces(server, contextId, workspaces);
+  if (const auto workspace = CreateWorkspace(server, contextId, name, description)) return workspace->id;
+  const WorkspaceList workspaces = ListWorkspaces(server, contextId).value_or(WorkspaceList());
   // The name was free, so the refusal had another reason, and another name would be refused as well.
   if (!IsTaken(workspaces, name)) return {};
   name = FindFreeName(workspaces, prefix, clock, tried);
   if (name.empty()) return {};
-  return CreateWorkspace(server, contextId, name, workspace, description) ? workspace.id : std::string();
+  return CreateWorkspace(server, contextId, name, description).value_or(WorkspaceRecord()).id;
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "connection/server_context.h"
@@ -11,12 +12,12 @@
 namespace lxservices::cms_interface::vantry {
 
 /// Creates a workspace in a context: one POST.
-/// @param workspace    receives what the server tells of it; a success without JSON leaves it as it is
-/// @param description  null leaves it out
-/// @return whether the status was in 200 to 299
-[[nodiscard]] bool CreateWorkspace(ServerContext& server, const std::string& contextId,
-                                   const std::string& name, WorkspaceRecord& workspace,
-                                   const char* description);
+/// @param description  none leaves it out
+/// @return what the server tells of it, blank without JSON; nothing for a status outside 200 to 299
+[[nodiscard]] std::optional<WorkspaceRecord> CreateWorkspace(ServerContext& server,
+                                                             const std::string& contextId,
+                                                             const std::string& name,
+                                                             const std::optional<std::string>& description);
 
 /// Deletes a workspace with what is in it: one POST.
 /// @return whether the status was in 200 to 299

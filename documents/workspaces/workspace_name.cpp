@@ -29,13 +29,13 @@ std::uint32_t Draw(GeneratorState& state, std::size_t index) {
 
 }  // namespace
 
-std::string MakeWorkspaceName(const char* prefix, std::uint32_t seconds) {
+std::string MakeWorkspaceName(std::string_view prefix, std::uint32_t seconds) {
   constexpr std::string_view digits = "0123456789abcdef";
   GeneratorState state = SeedState(seconds);
   const std::uint32_t high = Draw(state, 1);
   const std::uint32_t low = Draw(state, 2);
   const std::uint32_t value = (high << 16) | (low & 0xffff);
-  std::string name = prefix;
+  std::string name(prefix);
   for (int shift = 28; shift >= 0; shift -= 4) name += digits[(value >> shift) & 15];
   return name;
 }

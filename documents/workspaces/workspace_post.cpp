@@ -6,8 +6,8 @@
 
 namespace lxservices::cms_interface::vantry {
 
-std::string WorkspaceOperationPath(const std::string& workspaceId, const char* operation) {
-  return "servlet/rest/v1/dkm/workspaces/" + EscapeForUrl(workspaceId) + "/" + operation;
+std::string WorkspaceOperationPath(const std::string& workspaceId, std::string_view operation) {
+  return ("servlet/rest/v1/dkm/workspaces/" + EscapeForUrl(workspaceId) + "/").append(operation);
 }
 
 rapidjson::Document MakeObjectIdList(const std::string& documentId) {
@@ -19,12 +19,13 @@ rapidjson::Document MakeObjectIdList(const std::string& documentId) {
   return body;
 }
 
-bool ReadFirstDocument(RestStream& response, DocumentRecord& record) {
+std::optional<DocumentRecord> ReadFirstDocument(RestStream& response) {
   rapidjson::Document answer;
-  if (!ParseJsonResponse(response, answer)) return false;
+  if (!ParseJsonResponse(response, answer)) return std::nullopt;
   if (!answer.IsArray()) response.ReportBroken();
+  DocumentRecord record;
   if (answer.IsArray() && !answer.Empty()) ReadDocumentRecord(answer[0], record);
-  return true;
+  return record;
 }
 
 }  // namespace lxservices::cms_interface::vantry

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "connection/rest_stream.h"
 #include "connection/vt_connection.h"
@@ -10,13 +12,13 @@
 namespace lxservices::cms_interface::vantry {
 
 /// The path of an operation on a workspace.
-[[nodiscard]] std::string WorkspaceOperationPath(const std::string& workspaceId, const char* operation);
+[[nodiscard]] std::string WorkspaceOperationPath(const std::string& workspaceId, std::string_view operation);
 
 /// A body of one member "objIdList" with one document id.
 [[nodiscard]] rapidjson::Document MakeObjectIdList(const std::string& documentId);
 
-/// Reads the first document of an answer's array; anything else leaves the record as it is.
-/// @return whether the body was JSON
-[[nodiscard]] bool ReadFirstDocument(RestStream& response, DocumentRecord& record);
+/// Reads the first document of an answer's array; any other JSON gives a blank record.
+/// @return nothing when the body is no JSON
+[[nodiscard]] std::optional<DocumentRecord> ReadFirstDocument(RestStream& response);
 
 }  // namespace lxservices::cms_interface::vantry

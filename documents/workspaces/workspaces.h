@@ -1,6 +1,7 @@
 #pragma once
 
 #include <list>
+#include <optional>
 #include <string>
 
 #include "connection/server_context.h"
@@ -14,36 +15,41 @@ namespace lxservices::cms_interface::vantry {
 using WorkspaceList = std::list<WorkspaceRecord>;
 using DocumentList = std::list<DocumentSummary>;
 
-/// Appends all workspaces of a context, temporary ones included; a blank one for an element that is no
-/// object. An answer that is no array leaves the list as it is and counts as success. One GET.
-/// @return whether the status was in 200 to 299
-[[nodiscard]] bool ListWorkspaces(ServerContext& server, const std::string& contextId, WorkspaceList& list);
+/// All workspaces of a context, temporary ones included; a blank one for an element that is no object. An
+/// answer that is no array gives an empty list and counts as success. One GET.
+/// @return nothing for a status outside 200 to 299
+[[nodiscard]] std::optional<WorkspaceList> ListWorkspaces(ServerContext& server,
+                                                          const std::string& contextId);
 
-/// Appends the workspaces of a context but the temporary ones, which are known by the prefix of their names.
-/// One GET.
-/// @return whether the status was in 200 to 299
-[[nodiscard]] bool ListUserWorkspaces(ServerContext& server, const std::string& contextId,
-                                      WorkspaceList& list);
+/// The workspaces of a context but the temporary ones, which are known by the prefix of their names. One GET.
+/// @return nothing for a status outside 200 to 299
+[[nodiscard]] std::optional<WorkspaceList> ListUserWorkspaces(ServerContext& server,
+                                                              const std::string& contextId);
 
-/// Appends the documents of a workspace; an empty summary for an element that is no object. An answer that is
-/// no array leaves the list as it is and counts as success. One GET.
-/// @return whether the status was in 200 to 299; nothing is traced
-[[nodiscard]] bool ListWorkspaceDocuments(ServerContext& server, const std::string& workspaceId,
-                                          DocumentList& list);
+/// The documents of a workspace; an empty summary for an element that is no object. An answer that is no
+/// array gives an empty list and counts as success. One GET.
+/// @return nothing for a status outside 200 to 299, which is not traced
+[[nodiscard]] std::optional<DocumentList> ListWorkspaceDocuments(ServerContext& server,
+                                                                 const std::string& workspaceId);
 
 /// Whether a workspace lists a document of that id. One GET; a failure is traced and counts as no.
 [[nodiscard]] bool WorkspaceHoldsDocument(ServerContext& server, const std::string& documentId,
                                           const std::string& workspaceId);
 
+/// The workspace of a list that has an id; null for none.
+[[nodiscard]] const WorkspaceRecord* FindById(const WorkspaceList& list, const std::string& workspaceId);
+
 /// Finds a workspace of the user's by its id. One GET.
-/// @param workspace  left alone on failure
-[[nodiscard]] bool FindUserWorkspace(ServerContext& server, const std::string& contextId,
-                                     const std::string& workspaceId, WorkspaceRecord& workspace);
+/// @return nothing when there is none, and when the list could not be read
+[[nodiscard]] std::optional<WorkspaceRecord> FindUserWorkspace(ServerContext& server,
+                                                               const std::string& contextId,
+                                                               const std::string& workspaceId);
 
 /// Finds the first workspace of the user's, in the server's order, that holds a document. One GET for the
 /// list and one for each workspace up to the hit.
-/// @param workspace  left alone on failure
-[[nodiscard]] bool FindWorkspaceOfDocument(ServerContext& server, const std::string& documentId,
-                                           const std::string& contextId, WorkspaceRecord& workspace);
+/// @return nothing when there is none, and when the list could not be read
+[[nodiscard]] std::optional<WorkspaceRecord> FindWorkspaceOfDocument(ServerContext& server,
+                                                                     const std::string& documentId,
+                                                                     const std::string& contextId);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -40,7 +40,7 @@ TEST_F(VtDirect, ListsServersOfTheEnvironmentBetweenTheFileAndTheCommandLine) {
   environment_["VTDIRECT_SERVER_b"] = "http://environment/b";
   environment_["VTDIRECT_SERVER_c"] = "http://environment/c";
   EXPECT_EQ(Run({"servers", "-s", "c=http://line/c"}).out,
-            "a\thttp://file/\nb\thttp://environment/b\nc\thttp://line/c\n");
+            "a\thttp://file/\nb\thttp://environment/b/\nc\thttp://line/c/\n");
   environment_["VTDIRECT_SERVER_d"] = "nowhere";
   const ProcessResult result = Run({"servers"});
   EXPECT_EQ(result.status, 2);

@@ -67,7 +67,7 @@ TEST_F(Observer, SeesHeadsAndTheStartsOfBodies) {
 
 TEST_F(Observer, SeesEachTurnOfALoginThatTheTransportAnswers) {
   ScriptedServer server([](Peer& peer, WireRequest& request) {
-    if (request.Header("Authorization").empty())
+    if (request.Header("Authorization") == "(none)")
       return peer.Answer(401, "no", "WWW-Authenticate: Basic realm=\"r\"\r\n");
     peer.Answer(200, "in");
   });

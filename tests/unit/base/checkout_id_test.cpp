@@ -9,10 +9,10 @@ namespace {
 
 using namespace lxservices::cms_interface::vantry;
 
-// All four fields as one text: "field0;field1;field2;T" or "...;-".
+// The four fields as one text: "document;workspace;working copy;T" or "...;-".
 std::string Fields(const char* text) {
   const CheckoutId id = ParseCheckoutId(text);
-  return id.field0 + ";" + id.field1 + ";" + id.field2 + ";" + (id.temporary ? "T" : "-");
+  return id.document + ";" + id.workspace + ";" + id.workingCopy + ";" + (id.temporary ? "T" : "-");
 }
 
 TEST(CheckoutIdParsing, CutsTheTextAtEachBar) {
@@ -25,6 +25,19 @@ TEST(CheckoutIdParsing, CutsTheTextAtEachBar) {
 TEST(CheckoutIdParsing, TakesANullTextAsEmpty) {
   EXPECT_EQ(Fields(nullptr), ";;;-");
   EXPECT_EQ(Fields(""), ";;;-");
+}
+
+TEST(CheckoutIdParsing, KeepsTheTextAsItWasGiven) {
+  EXPECT_EQ(ParseCheckoutId("D1|W2|D3|F|T").text, "D1|W2|D3|F|T");
+  EXPECT_EQ(ParseCheckoutId("").text, "");
+}
+
+// A host's text ends at its zero byte, and so does one that a server put into an id.
+TEST(CheckoutIdParsing, EndsAtAZeroByte) {
+  const CheckoutId id = ParseCheckoutId(std::string("D1|W\0|D3|T", 10));
+  EXPECT_EQ(id.text, "D1|W");
+  EXPECT_EQ(id.workspace, "W");
+  EXPECT_FALSE(id.temporary);
 }
 
 TEST(CheckoutIdParsing, KeepsEmptyFieldsAtTheirPlaces) {

@@ -19,7 +19,6 @@ TEST(LocalPath, OfADirectoryHasNone) {
   EXPECT_EQ(BareName("/home/me/"), "");
   EXPECT_EQ(BareName("/"), "");
   EXPECT_EQ(BareName(""), "");
-  EXPECT_EQ(BareName(nullptr), "");
 }
 
 }  // namespace

@@ -27,34 +27,29 @@ TEST(Settings, AStemMakesBothSchemes) {
   EXPECT_EQ(CurrentSettings()->uidScheme, "acme-vt");
 }
 
-TEST(Settings, AnEmptyStemAndANullStemBringTheDefaultSchemesBack) {
-  for (const char* stem : {"", static_cast<const char*>(nullptr)}) {
-    SetUriStem("acme");
-    SetUriStem(stem);
-    EXPECT_EQ(CurrentSettings()->vfsScheme, "korvufenloom-vfs");
-    EXPECT_EQ(CurrentSettings()->uidScheme, "korvufenloom-vt");
-  }
+TEST(Settings, AnEmptyStemBringsTheDefaultSchemesBack) {
+  SetUriStem("acme");
+  SetUriStem("");
+  EXPECT_EQ(CurrentSettings()->vfsScheme, "korvufenloom-vfs");
+  EXPECT_EQ(CurrentSettings()->uidScheme, "korvufenloom-vt");
 }
 
 TEST(Settings, AnyTextTurnsTheLegacySchemeOnEvenFalse) {
   for (const char* value : {"false", "0", "no", "1", " "}) {
-    SetLegacyVfsPaths(nullptr);
+    SetLegacyVfsPaths("");
     SetLegacyVfsPaths(value);
     EXPECT_TRUE(CurrentSettings()->legacyVfsPaths) << value;
   }
 }
 
-TEST(Settings, NullAndTheEmptyTextTurnTheLegacySchemeOff) {
+TEST(Settings, TheEmptyTextTurnsTheLegacySchemeOff) {
   SetLegacyVfsPaths("1");
   SetLegacyVfsPaths("");
-  EXPECT_FALSE(CurrentSettings()->legacyVfsPaths);
-  SetLegacyVfsPaths("1");
-  SetLegacyVfsPaths(nullptr);
   EXPECT_FALSE(CurrentSettings()->legacyVfsPaths);
 }
 
 TEST(Settings, ExactlyFalseTurnsABrowseFlagOff) {
-  for (const char* off : {static_cast<const char*>(nullptr), "", "false"}) {
+  for (const char* off : {"", "false"}) {
     SetBrowseDynamicDocuments("yes");
     SetBrowseCadDocuments("yes");
     SetBrowseDynamicDocuments(off);
@@ -92,14 +87,14 @@ TEST(Settings, TextsOfTheAuthoringApplicationAreStoredAsGiven) {
   EXPECT_EQ(CurrentSettings()->authAppVersion, "311");
 }
 
-TEST(Settings, NullStoresTheEmptyTextOfTheAuthoringApplication) {
+TEST(Settings, NothingIsStoredForAnEmptyTextOfTheAuthoringApplication) {
   // The readers apply their defaults themselves, so the text stays empty here.
   SetAuthoringApplication("APP");
   SetAuthAppVersionToRegister("12");
   SetAuthAppVersion("311");
-  SetAuthoringApplication(nullptr);
-  SetAuthAppVersionToRegister(nullptr);
-  SetAuthAppVersion(nullptr);
+  SetAuthoringApplication("");
+  SetAuthAppVersionToRegister("");
+  SetAuthAppVersion("");
   EXPECT_EQ(CurrentSettings()->authoringApplication, "");
   EXPECT_EQ(CurrentSettings()->authAppVersionToRegister, "");
   EXPECT_EQ(CurrentSettings()->authAppVersion, "");
@@ -111,7 +106,7 @@ TEST(Settings, WorkspaceTextsFallBackToTheirDefaults) {
   EXPECT_EQ(CurrentSettings()->temporaryWorkspacePrefix, "TMP");
   EXPECT_EQ(CurrentSettings()->temporaryWorkspaceDescription, "ours");
   SetTemporaryWorkspacePrefix("");
-  SetTemporaryWorkspaceDescription(nullptr);
+  SetTemporaryWorkspaceDescription("");
   EXPECT_EQ(CurrentSettings()->temporaryWorkspacePrefix, "FenloomTMP");
   EXPECT_EQ(CurrentSettings()->temporaryWorkspaceDescription, "ZVK Fenloom temporary workspace");
 }
@@ -121,7 +116,7 @@ TEST(Settings, ThatWereReadAreChangedByNoLaterWrite) {
   SetBrowseCadDocuments("1");
   const auto before = CurrentSettings();
   SetUriStem("other");
-  SetBrowseCadDocuments(nullptr);
+  SetBrowseCadDocuments("");
   EXPECT_EQ(before->vfsScheme, "acme-vfs");
   EXPECT_EQ(before->uidScheme, "acme-vt");
   EXPECT_TRUE(before->browseCadDocuments);

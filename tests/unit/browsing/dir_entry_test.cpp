@@ -14,9 +14,9 @@ TEST(DirEntry, AFilesNameIsEscapedAndADirectorysIsNot) {
     EXPECT_EQ(entry.versions, nullptr);
     EXPECT_EQ(entry.versionIds, nullptr);
   };
-  EmitDirEntry(callback, "a|b", "I1", false);
-  EmitDirEntry(callback, "a|b", "I1", true);
-  EmitDirEntry(callback, "plain.lxz", "I1", false);
+  EmitDirEntry(callback, "a|b", "I1", EntryKind::File);
+  EmitDirEntry(callback, "a|b", "I1", EntryKind::Directory);
+  EmitDirEntry(callback, "plain.lxz", "I1", EntryKind::File);
   EXPECT_EQ(names, "a%7cb file;a|b dir;plain.lxz file;");
 }
 

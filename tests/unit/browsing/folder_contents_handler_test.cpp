@@ -44,7 +44,7 @@ std::string RowText(const DirEntryInfoExt& entry) {
 
 Page Read(const std::string& json, bool details = false, bool versions = false, bool fileNameKey = false) {
   Page page;
-  FolderContentsHandler handler(details, versions, fileNameKey, [&page](const DirEntryInfoExt& entry) {
+  FolderContentsHandler handler({details, versions, fileNameKey}, [&page](const DirEntryInfoExt& entry) {
     page.rows.push_back(RowText(entry));
   });
   page.read = ReadJson(json, handler);
@@ -242,7 +242,7 @@ TEST(FolderContents, ALongNameIsOneNameUpTo16MiB) {
   const std::string begin = R"({"value":[{"CADName":"a","ID":"0"},{"ID":"1","CADName":")";
   const std::string end = R"("},{"CADName":"b","ID":"2"}]})";
   std::vector<std::size_t> lengths;
-  FolderContentsHandler handler(false, false, false, [&lengths](const DirEntryInfoExt& entry) {
+  FolderContentsHandler handler({}, [&lengths](const DirEntryInfoExt& entry) {
     lengths.push_back(std::string_view(entry.name).size());
   });
   EXPECT_TRUE(ReadJson(begin + std::string(longest, 'n') + end, handler));

@@ -51,7 +51,8 @@ std::string Page(int rows) {
 std::size_t AllocationsOf(const std::string& page, std::size_t pieceSize) {
   std::size_t rows = 0;
   const std::size_t before = allocations;
-  FolderContentsHandler handler(true, true, false, [&rows](const DirEntryInfoExt&) { ++rows; });
+  FolderContentsHandler handler({.details = true, .versions = true},
+                                [&rows](const DirEntryInfoExt&) { ++rows; });
   JsonReader<FolderContentsHandler> reader(handler);
   for (std::size_t at = 0; at < page.size(); at += pieceSize) {
     EXPECT_TRUE(reader.Read(std::string_view(page).substr(at, pieceSize)));

@@ -51,8 +51,8 @@ LongText ArrayOf(std::string_view item, std::size_t size) {
 class JsonBounds : public testing::Test {
  protected:
   ~JsonBounds() override {
-    SetLargestJson(nullptr);
-    SetLongestJsonText(nullptr);
+    SetLargestJson("");
+    SetLongestJsonText("");
   }
   static bool Parses(const LongText& text) {
     rapidjson::Document document;

@@ -169,7 +169,7 @@ TEST_F(ObjectAddress, PutsTheServersKeyBeforeIdExtraAndName) {
   FakeVantry server(plmKey, plmUrl, answers);
   EXPECT_EQ(UidOfInfo(server, Info("D1", "a b"), "x=1"),
             "korvufenloom-vt://plm.example/vt/?id=D1&x=1&file=/a%20b");
-  EXPECT_EQ(UidOfInfo(server, Info("D1", ""), nullptr), uidOfD1);
+  EXPECT_EQ(UidOfInfo(server, Info("D1", "")), uidOfD1);
 }
 
 TEST_F(ObjectAddress, OfAnIdTakesTheIdThatTheServerGives) {

@@ -12,6 +12,7 @@
 #include "server/file_server.h"
 #include "tests/support/server_table_access.h"
 #include "tests/support/trace_recorder.h"
+#include "tests/unit/public/fake_services.h"
 
 namespace vtdirect_test {
 
@@ -106,11 +107,11 @@ class FakeServer : public Base {
   std::string BrowserInfo(const char* id) override { return Called("BrowserInfo", id), answers_.text; }
   lxservices::cms_interface::XliffServer* GetXliffServer() override {
     Called("GetXliffServer");
-    return answers_.yes ? reinterpret_cast<lxservices::cms_interface::XliffServer*>(&answers_) : nullptr;
+    return answers_.yes ? &xliffServer_ : nullptr;
   }
   lxservices::cms_interface::CheckoutServer* GetCheckoutServer() override {
     Called("GetCheckoutServer");
-    return answers_.yes ? reinterpret_cast<lxservices::cms_interface::CheckoutServer*>(&answers_) : nullptr;
+    return answers_.yes ? &checkoutServer_ : nullptr;
   }
   std::string EditAttributesURL(const char* id) override {
     return Called("EditAttributesURL", id), answers_.text;
@@ -135,6 +136,8 @@ class FakeServer : public Base {
   std::string key_;
   std::string url_;
   FakeAnswers& answers_;
+  FakeXliffServer xliffServer_;
+  FakeCheckoutServer checkoutServer_;
 };
 
 using FakeVantry = FakeServer<lxservices::cms_interface::vantry::VantryFileServer>;

@@ -88,11 +88,11 @@ TEST(UidBuilding, EscapesTheNameAlone) {
 
 TEST(UidBuilding, WritesNeitherNameNorExtraWhenTheyAreNullOrEmpty) {
   EXPECT_EQ(MakeUid("korvufenloom-vt://s/", "D1", "", ""), "korvufenloom-vt://s/?id=D1");
-  EXPECT_EQ(MakeUid("korvufenloom-vt://s/", "D1", nullptr, nullptr), "korvufenloom-vt://s/?id=D1");
+  EXPECT_EQ(MakeUid("korvufenloom-vt://s/", "D1", std::string_view("\0a", 2)), "korvufenloom-vt://s/?id=D1");
 }
 
 TEST(UidBuilding, IsReadBack) {
-  EXPECT_EQ(Split(MakeUid("korvufenloom-vt://s/vt/", "D1|W2|D3|T", "f", nullptr).c_str()),
+  EXPECT_EQ(Split(MakeUid("korvufenloom-vt://s/vt/", "D1|W2|D3|T", "f").c_str()),
             "korvufenloom-vt://s/vt/ D1|W2|D3|T");
 }
 

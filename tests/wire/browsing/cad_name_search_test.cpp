@@ -1,5 +1,6 @@
 #include "browsing/cad_name_search.h"
 
+#include "base/result.h"
 #include "tests/wire/browsing/location_fixture.h"
 
 namespace vtdirect_test {
@@ -13,7 +14,9 @@ using testing::IsEmpty;
 class CadNameSearch : public LocationTest {
  protected:
   std::size_t FindInGadget(const std::string& cadName = "gear.lxz") {
-    return FindDocumentByCadNameInContext(Begin(connection), cadName, ContextKind::Product, "Gadget", record);
+    auto found = FindDocumentByCadNameInContext(Begin(connection), cadName, ContextKind::Product, "Gadget");
+    record = std::move(found.record);
+    return found.count;
   }
   DocumentRecord record;
 };
@@ -26,7 +29,7 @@ constexpr const char* contextId = "OR:vn.Example:5";
 
 TEST_F(CadNameSearch, ReadsTheFirstDocumentWithTheName) {
   wire.Then(200, Objects({{"D1", "1"}, {"D2", "2"}})).Then(200, Json({.id = "D1"}));
-  EXPECT_TRUE(FindDocumentByCadName(Begin(connection), "gear.lxz", record));
+  EXPECT_TRUE(HandOver(FindDocumentByCadName(Begin(connection), "gear.lxz"), record));
   EXPECT_EQ(record.id, "D1");
   EXPECT_THAT(
       wire.requests(),
@@ -43,16 +46,16 @@ TEST_F(CadNameSearch, ReadsTheFirstDocumentWithTheName) {
 
 TEST_F(CadNameSearch, EscapesTheNameAlone) {
   wire.Then(200, "[]");
-  EXPECT_FALSE(FindDocumentByCadName(Begin(connection), "big gear's.lxz", record));
+  EXPECT_FALSE(HandOver(FindDocumentByCadName(Begin(connection), "big gear's.lxz"), record));
   EXPECT_THAT(wire.lines(), ElementsAre(Get(ObjectsPath("big%20gear%27s.lxz"))));
   EXPECT_THAT(Traced(), ElementsAre(Error("Failed find any document with CADName big gear's.lxz")));
 }
 
 TEST_F(CadNameSearch, TracesThatNoneWasFoundForAFailedQueryAndForAnEmptyOneAndForAWrappedOne) {
   wire.Then(500).Then(200, "[]").Then(200, R"({"items":[{"id":"D1"}]})");
-  EXPECT_FALSE(FindDocumentByCadName(Begin(connection), "a", record));
-  EXPECT_FALSE(FindDocumentByCadName(Begin(connection), "b", record));
-  EXPECT_FALSE(FindDocumentByCadName(Begin(connection), "c", record));
+  EXPECT_FALSE(HandOver(FindDocumentByCadName(Begin(connection), "a"), record));
+  EXPECT_FALSE(HandOver(FindDocumentByCadName(Begin(connection), "b"), record));
+  EXPECT_FALSE(HandOver(FindDocumentByCadName(Begin(connection), "c"), record));
   EXPECT_THAT(Traced(), ElementsAre(Error("Failed find any document with CADName a"),
                                     Error("Failed find any document with CADName b"),
                                     Error("Failed find any document with CADName c")));
@@ -60,7 +63,7 @@ TEST_F(CadNameSearch, TracesThatNoneWasFoundForAFailedQueryAndForAnEmptyOneAndFo
 
 TEST_F(CadNameSearch, TracesADocumentThatWasFoundAndCannotBeRead) {
   wire.Then(200, Objects({{"D1", "1"}})).Then(403);
-  EXPECT_FALSE(FindDocumentByCadName(Begin(connection), "gear.lxz", record));
+  EXPECT_FALSE(HandOver(FindDocumentByCadName(Begin(connection), "gear.lxz"), record));
   EXPECT_THAT(Traced(), ElementsAre(Error("Failed get document with CADName gear.lxz id D1")));
 }
 
@@ -148,8 +151,8 @@ TEST_F(CadNameSearch, PassesOverRowsWithoutANumber) {
 TEST_F(CadNameSearch, LooksForAContextOfAnyKindBelowAnUnknownRoot) {
   wire.Then(200, Objects({{"D1", "1"}, {"D2", "2"}})).Then(200, Context(contextId, "Gadget"));
   wire.Then(200, "[]").Then(200, "[]");
-  EXPECT_EQ(
-      FindDocumentByCadNameInContext(Begin(connection), "gear.lxz", ContextKind::None, "Gadget", record), 0u);
+  EXPECT_EQ(FindDocumentByCadNameInContext(Begin(connection), "gear.lxz", ContextKind::None, "Gadget").count,
+            0u);
   EXPECT_EQ(wire.lines()[1], Get("servlet/rest/v1/contexts"));
 }
 
@@ -159,17 +162,15 @@ class LatestByNumber : public CadNameSearch {
  protected:
   bool Find(const std::vector<Doc>& docs) {
     wire.Then(200, Docs(docs));
-    return FindLatestDocumentByNumber(Begin(connection), "42", "C5", record);
+    return HandOver(FindLatestDocumentByNumber(Begin(connection), "42", "C5"), record);
   }
 };
 
 TEST_F(LatestByNumber, AsksInTheScopeOrEverywhere) {
-  wire.Then(200, "[]").Then(200, "[]").Then(200, "[]");
-  EXPECT_FALSE(FindLatestDocumentByNumber(Begin(connection), "4 2", "C/5", record));
-  EXPECT_FALSE(FindLatestDocumentByNumber(Begin(connection), "42", "", record));
-  EXPECT_FALSE(FindLatestDocumentByNumber(Begin(connection), "42", nullptr, record));
+  wire.Then(200, "[]").Then(200, "[]");
+  EXPECT_FALSE(HandOver(FindLatestDocumentByNumber(Begin(connection), "4 2", "C/5"), record));
+  EXPECT_FALSE(HandOver(FindLatestDocumentByNumber(Begin(connection), "42", ""), record));
   EXPECT_THAT(wire.lines(), ElementsAre(Get("servlet/rest/v1/dkm/documents/search?number=4%202&scope=C%2F5"),
-                                        Get("servlet/rest/v1/dkm/documents/search?number=42"),
                                         Get("servlet/rest/v1/dkm/documents/search?number=42")));
   ExpectQuiet();
 }
@@ -182,7 +183,7 @@ TEST_F(LatestByNumber, RefusesTwoMastersOfOneNumber) {
 
 TEST_F(LatestByNumber, RefusesAListWithAnElementThatIsNoDocument) {
   wire.Then(200, List({Json({}), "7"}));
-  EXPECT_FALSE(FindLatestDocumentByNumber(Begin(connection), "42", "C5", record));
+  EXPECT_FALSE(HandOver(FindLatestDocumentByNumber(Begin(connection), "42", "C5"), record));
   EXPECT_THAT(Traced(), ElementsAre(Error("Found multiple docs with the same number 42")));
 }
 

@@ -21,7 +21,7 @@ TEST_F(Containers, AreFoundByNameAmongThoseOfAType) {
 
 TEST_F(Containers, AreFoundAmongAllWithoutAType) {
   transport.Then(200, R"({"value":[{"ID":"C1"}]})").Then(200, R"({"value":[{"ID":"C2"}]})");
-  EXPECT_EQ(FindContainerId(Begin(connection), "O'Neill & Co", nullptr), "C1");
+  EXPECT_EQ(FindContainerId(Begin(connection), "O'Neill & Co", ""), "C1");
   EXPECT_EQ(FindContainerId(Begin(connection), "", ""), "C2");
   EXPECT_EQ(transport.requests(), (Requests{OData("servlet/odata/v5/DataAdmin/Containers?$select=ID&$filter="
                                                   "Name%20eq%20%27O%27Neill%20%26%20Co%27"),

@@ -1,5 +1,6 @@
 #include "browsing/contexts.h"
 
+#include "base/result.h"
 #include "browsing/object_query.h"
 #include "tests/wire/browsing/browsing_fixture.h"
 
@@ -26,26 +27,21 @@ constexpr const char* gadget =
 TEST_F(Contexts, AreReadByTheWordOfTheirKind) {
   transport.Then(200, gadget);
   std::vector<RestItem> rows;
-  lxservices::cms_interface::Status status = Refused;
-  EXPECT_TRUE(ListContextsByKind(Begin(connection), "Product", rows, &status));
-  EXPECT_EQ(status, Ok);
+  EXPECT_EQ(HandOver(ListContextsByKind(Begin(connection), "Product"), rows), Ok);
   EXPECT_EQ(rows.size(), 3U);
   EXPECT_EQ(transport.requests(), Requests{Rest("servlet/rest/v1/contexts?type=Product")});
 }
 
 TEST_F(Contexts, AWordIsEscaped) {
   transport.Then(401);
-  std::vector<RestItem> rows;
-  lxservices::cms_interface::Status status = Ok;
-  EXPECT_FALSE(ListContextsByKind(Begin(connection), "a b&c", rows, &status));
-  EXPECT_EQ(status, Unauthorized);
+  EXPECT_EQ(ListContextsByKind(Begin(connection), "a b&c").status, Unauthorized);
   EXPECT_EQ(transport.requests(), Requests{Rest("servlet/rest/v1/contexts?type=a%20b%26c")});
 }
 
 TEST_F(Contexts, TheFirstOfANameIsFound) {
   transport.Then(200, gadget);
   ContextRecord record;
-  EXPECT_TRUE(FindContext(Begin(connection), ContextKind::Library, "Gadget", record));
+  EXPECT_TRUE(HandOver(FindContext(Begin(connection), ContextKind::Library, "Gadget"), record));
   EXPECT_EQ(record.id, "OR:vn.Example:77");
   EXPECT_EQ(record.name, "Gadget");
   EXPECT_EQ(record.typeClass, "vn.Example");
@@ -56,9 +52,9 @@ TEST_F(Contexts, TheFirstOfANameIsFound) {
 TEST_F(Contexts, WithoutAKindAllAreLookedThrough) {
   transport.Then(200, gadget).Then(200, gadget);
   ContextRecord record;
-  EXPECT_TRUE(FindContext(Begin(connection), ContextKind::None, "Widget", record));
+  EXPECT_TRUE(HandOver(FindContext(Begin(connection), ContextKind::None, "Widget"), record));
   EXPECT_EQ(record.organization, "");
-  EXPECT_TRUE(FindContext(Begin(connection), static_cast<ContextKind>(6), "Widget", record));
+  EXPECT_TRUE(HandOver(FindContext(Begin(connection), static_cast<ContextKind>(6), "Widget"), record));
   EXPECT_EQ(transport.requests(),
             (Requests{Rest("servlet/rest/v1/contexts"), Rest("servlet/rest/v1/contexts")}));
 }
@@ -69,7 +65,7 @@ TEST_F(Contexts, AnIdWithoutTwoColonsCountsAsNotFound) {
         {"id":"OR:vn.Example:77","attributes":{"name":"Gadget"}}]})");
     ContextRecord record;
     record.id = "untouched:vn.Old:1";
-    EXPECT_FALSE(FindContext(Begin(connection), ContextKind::Product, "Gadget", record)) << id;
+    EXPECT_FALSE(HandOver(FindContext(Begin(connection), ContextKind::Product, "Gadget"), record)) << id;
     EXPECT_EQ(record.id, "untouched:vn.Old:1");
   }
 }
@@ -77,21 +73,21 @@ TEST_F(Contexts, AnIdWithoutTwoColonsCountsAsNotFound) {
 TEST_F(Contexts, TheTypeClassReachesFromTheFirstColonToTheLast) {
   transport.Then(200, R"({"items":[{"id":"OR:vn:Example:77","attributes":{"name":"Gadget"}}]})");
   ContextRecord record;
-  EXPECT_TRUE(FindContext(Begin(connection), ContextKind::Site, "Gadget", record));
+  EXPECT_TRUE(HandOver(FindContext(Begin(connection), ContextKind::Site, "Gadget"), record));
   EXPECT_EQ(record.typeClass, "vn:Example");
 }
 
 TEST_F(Contexts, ARowWithoutANameComparesAsEmpty) {
   transport.Then(200, R"({"items":[{"id":"OR:vn.Example:1"}]})");
   ContextRecord record;
-  EXPECT_TRUE(FindContext(Begin(connection), ContextKind::Product, "", record));
+  EXPECT_TRUE(HandOver(FindContext(Begin(connection), ContextKind::Product, ""), record));
 }
 
 TEST_F(Contexts, AnUnknownNameOrAFailureFindsNothing) {
   transport.Then(200, gadget).Then(500).Then(200, "no json").Then(200, R"({"items":{}})");
   ContextRecord record;
   for (int answer = 0; answer < 4; ++answer) {
-    EXPECT_FALSE(FindContext(Begin(connection), ContextKind::Product, "gadget", record));
+    EXPECT_FALSE(HandOver(FindContext(Begin(connection), ContextKind::Product, "gadget"), record));
   }
   EXPECT_EQ(record.id, "");
   EXPECT_EQ(record.name, "");
@@ -145,11 +141,13 @@ TEST_F(Contexts, AreListedByODataInVersion5) {
 TEST_F(Contexts, ObjectsAreQueriedWithSelectAndFilterAsTheyStand) {
   transport.Then(200, R"([{"id":"E1","attributes":{"number":"0042"}}])").Then(200, "[]");
   std::vector<RestItem> rows;
-  EXPECT_TRUE(QueryObjects(Begin(connection), "vn.epm.EPMDocument", "number", "CADName eq 'gear.lxz'", rows));
+  EXPECT_EQ(HandOver(QueryObjects(Begin(connection), "vn.epm.EPMDocument", "number", "CADName eq 'gear.lxz'"),
+                     rows),
+            Ok);
   ASSERT_EQ(rows.size(), 1U);
   EXPECT_EQ(rows[0].id, "E1");
   EXPECT_EQ(rows[0].attributes.at("number"), "0042");
-  EXPECT_TRUE(QueryObjects(Begin(connection), "a b", "", "", rows));
+  EXPECT_EQ(HandOver(QueryObjects(Begin(connection), "a b", "", ""), rows), Ok);
   EXPECT_EQ(transport.requests(),
             (Requests{Rest("servlet/rest/objects?typeId=vn.epm.EPMDocument&$select=number&$filter="
                            "CADName eq 'gear.lxz'"),
@@ -159,9 +157,9 @@ TEST_F(Contexts, ObjectsAreQueriedWithSelectAndFilterAsTheyStand) {
 TEST_F(Contexts, AWrappedAnswerToAnObjectQueryGivesNoRows) {
   transport.Then(200, R"({"items":[{"id":"E1"}]})").Then(500);
   std::vector<RestItem> rows;
-  EXPECT_TRUE(QueryObjects(Begin(connection), "t", "", "", rows));
+  EXPECT_EQ(HandOver(QueryObjects(Begin(connection), "t", "", ""), rows), Ok);
   EXPECT_THAT(rows, IsEmpty());
-  EXPECT_FALSE(QueryObjects(Begin(connection), "t", "", "", rows));
+  EXPECT_NE(HandOver(QueryObjects(Begin(connection), "t", "", ""), rows), Ok);
 }
 
 }  // namespace

@@ -13,7 +13,9 @@ using testing::Pair;
 
 class DocumentDetails : public LocationTest {
  protected:
-  Status Ask(const char* id) { return GetDocumentDetails(Begin(connection, services), id, query); }
+  Status Ask(const char* id) {
+    return GetDocumentDetails(Begin(connection, services), ParseCheckoutId(id), query);
+  }
   DocumentQuery query;
 };
 

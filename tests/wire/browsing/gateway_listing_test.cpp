@@ -22,7 +22,7 @@ class Gateway : public BrowsingTest {
     transport.Then(200, contexts).Then(200, R"({"folderContent":[)" + content + "]}");
   }
   bool List(unsigned bits, const std::string& folderPath = "Sub/Deep/") {
-    return ListGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, folderPath, Collect(),
+    return ListGatewayFolder(Begin(connection), {"Gadget/1", ContextKind::Product, folderPath}, Collect(),
                              Bits(bits));
   }
 };
@@ -152,7 +152,7 @@ TEST_F(Gateway, ALongListComesThroughATemporaryFileThatIsGoneAfterwards) {
 
 TEST_F(Gateway, AnOpenedFolderIsFetchedAtOnceAndReadAsOftenAsWanted) {
   Script(R"("x/folders?path=A","x/doc.lxz")");
-  const DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
+  const DirLister lister = OpenGatewayFolder(Begin(connection), {"Gadget/1", ContextKind::Product, "Sub"});
   ASSERT_TRUE(lister);
   EXPECT_EQ(transport.requests(), (Requests{Rest("servlet/rest/v1/contexts?type=Product"),
                                             Rest(std::string(gatewayPath) + "?path=Sub")}));
@@ -165,7 +165,7 @@ TEST_F(Gateway, AnOpenedFolderIsFetchedAtOnceAndReadAsOftenAsWanted) {
 
 TEST_F(Gateway, AnOpenedFolderHoldsALongAnswerInATemporaryFileThatGoesWithIt) {
   Script(LongList());
-  DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
+  DirLister lister = OpenGatewayFolder(Begin(connection), {"Gadget/1", ContextKind::Product, "Sub"});
   ASSERT_TRUE(lister);
   EXPECT_EQ(directory.Entries().size(), 1U);
   EXPECT_TRUE(lister(Collect(), Bits(1)));
@@ -182,7 +182,7 @@ TEST_F(Gateway, AnOpenedFolderHoldsALongAnswerInATemporaryFileThatGoesWithIt) {
 TEST_F(Gateway, AnOpenedFolderIsReadAfterItsTemporaryFileWasRemoved) {
   Script(LongList());
   {
-    const DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
+    const DirLister lister = OpenGatewayFolder(Begin(connection), {"Gadget/1", ContextKind::Product, "Sub"});
     ASSERT_EQ(directory.Entries().size(), 1U);
     std::filesystem::remove(directory.File(directory.Entries().front()));
     EXPECT_TRUE(lister(Collect(), Bits(1)));
@@ -196,7 +196,7 @@ TEST_F(Gateway, AnOpenedFolderIsReadAfterItsTemporaryFileWasRemoved) {
 
 TEST_F(Gateway, AnOpenedFolderIsListedByItsOwnCallback) {
   Script(LongList());
-  const DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
+  const DirLister lister = OpenGatewayFolder(Begin(connection), {"Gadget/1", ContextKind::Product, "Sub"});
   int inner = 0;
   int outer = 0;
   EXPECT_TRUE(lister(
@@ -211,13 +211,13 @@ TEST_F(Gateway, AnOpenedFolderIsListedByItsOwnCallback) {
 
 TEST_F(Gateway, AFolderThatCannotBeFetchedCannotBeOpened) {
   transport.Then(200, R"({"items":[]})").Then(200, contexts).Then(500);
-  EXPECT_FALSE(OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub"));
-  EXPECT_FALSE(OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub"));
+  EXPECT_FALSE(OpenGatewayFolder(Begin(connection), {"Gadget/1", ContextKind::Product, "Sub"}));
+  EXPECT_FALSE(OpenGatewayFolder(Begin(connection), {"Gadget/1", ContextKind::Product, "Sub"}));
 }
 
 TEST_F(Gateway, ABrokenAnswerOpensAndListsNothing) {
   transport.Then(200, contexts).Then(200, "no json");
-  const DirLister lister = OpenGatewayFolder(Begin(connection), "Gadget/1", ContextKind::Product, "Sub");
+  const DirLister lister = OpenGatewayFolder(Begin(connection), {"Gadget/1", ContextKind::Product, "Sub"});
   ASSERT_TRUE(lister);
   EXPECT_TRUE(lister(Collect(), Bits(3)));
   EXPECT_TRUE(lister(Collect(), Bits(3)));

@@ -127,7 +127,7 @@ TEST_F(OddAnswers, EndsAListOfCandidatesOfWhichNoneIsTheDocument) {
   LatestInfo latest;
   DocumentQuery query;
   query.latest = &latest;
-  EXPECT_EQ(GetDocumentDetails(Begin(connection, services), "D1", query), Ok);
+  EXPECT_EQ(GetDocumentDetails(Begin(connection, services), ParseCheckoutId("D1"), query), Ok);
   EXPECT_EQ(latest.id, "D1");
   EXPECT_EQ(wire.requests().size(), 203u);
 }
@@ -140,7 +140,7 @@ TEST_F(OddAnswers, ReadsAnAnswerThatOutgrowsTheMemoryLimitAndLeavesNoFile) {
   LatestInfo latest;
   DocumentQuery query;
   query.latest = &latest;
-  EXPECT_EQ(GetDocumentDetails(Begin(connection, services), "D1", query), Ok);
+  EXPECT_EQ(GetDocumentDetails(Begin(connection, services), ParseCheckoutId("D1"), query), Ok);
   EXPECT_EQ(latest.id, "D9");
 }
 

@@ -19,7 +19,7 @@ class LatestVersion : public LocationTest {
   void Ask(const char* id) {
     DocumentQuery query;
     query.latest = &latest;
-    ASSERT_EQ(GetDocumentDetails(Begin(connection, services), id, query), Ok);
+    ASSERT_EQ(GetDocumentDetails(Begin(connection, services), ParseCheckoutId(id), query), Ok);
   }
 
   void ExpectLatest(const std::string& id, const std::string& version, bool isLatest) {

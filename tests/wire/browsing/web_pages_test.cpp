@@ -1,5 +1,6 @@
 #include "browsing/web_pages.h"
 
+#include "base/result.h"
 #include "server/create_file_server.h"
 #include "tests/wire/browsing/location_fixture.h"
 
@@ -95,7 +96,7 @@ TEST_F(WebPages, KnowTheFirstWorkspaceOfAnId) {
   wire.Then(200, R"([{"id":"W1","name":"a"},{"id":"W2","name":"b","description":"c","contextId":"C5"},
                      {"id":"W2","name":"d"}])");
   WorkspaceRecord workspace;
-  EXPECT_TRUE(FindWorkspaceById(Begin(connection), "W2", "C5", workspace));
+  EXPECT_TRUE(HandOver(FindWorkspaceById(Begin(connection), "W2", "C5"), workspace));
   EXPECT_EQ(workspace.id, "W2");
   EXPECT_EQ(workspace.name, "b");
   EXPECT_EQ(workspace.description, "c");

@@ -32,9 +32,7 @@ class HostileAnswers : public testing::Test {
 
   std::vector<RestItem> ReadItems(const std::string& body) {
     transport.Then(200, body);
-    std::vector<RestItem> rows;
-    Status status = TooLarge;
-    EXPECT_TRUE(ReadRestItems(connection->http(), "x", rows, true, &status));
+    auto [status, rows] = ReadRestItems(connection->http(), "x", RestListForm::Wrapped);
     EXPECT_EQ(status, Ok);
     return rows;
   }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "base/result.h"
 #include "browsing/folder_contents.h"
 #include "connection/odata_page_reader.h"
 #include "connection/server_address.h"
@@ -70,7 +71,8 @@ class NamedAddress : public testing::Test {
                    R"({"id":"D1","cadContent":{"contentSections":[{"contentUrl":[")" + url + R"("]}]}})");
     transport.Then(200, "bytes");
     FileInfo info;
-    return DownloadDocument(Begin(connection), "D1", directory.File("copy").c_str(), info, {});
+    return HandOver(
+        DownloadDocument(Begin(connection), ParseCheckoutId("D1"), directory.File("copy").c_str(), {}), info);
   }
   Status Upload(const std::string& url) {
     vtdirect_test::WriteFile(directory.File("f"), "secret");
@@ -79,7 +81,7 @@ class NamedAddress : public testing::Test {
                    R"({"masterUrl":"m","uploadUrl":")" + url + R"(","fileNames":["f"],"streamIds":["1"]})");
     transport.Then(200, R"({"contentInfos":[]})");
     std::vector<UploadedContent> contents;
-    return UploadContents(Begin(connection), {directory.File("f")}, contents, {});
+    return HandOver(UploadContents(Begin(connection), {directory.File("f")}, {}), contents);
   }
   bool ReadPages(const std::string& next) {
     transport.Then(200, R"({"value":[1],"@odata.nextLink":")" + next + R"("})");

@@ -2,6 +2,7 @@
 
 #include <stdlib.h>
 
+#include "base/result.h"
 #include "tests/wire/documents/storing/storing_fixture.h"
 
 namespace vtdirect_test {
@@ -25,7 +26,7 @@ class UploadTarget : public StoringTest {
   UploadTarget() { setenv("FENLOOM_LANGUAGE", "en", 1); }
 
   Status Upload(const char* path) {
-    return UploadNewDocument(Begin(connection, services), path, params, info, {});
+    return HandOver(UploadNewDocument(Begin(connection, services), path, params, {}), info);
   }
   void ThenStore() {
     ThenNonce();

@@ -1,3 +1,4 @@
+#include "base/result.h"
 #include "tests/support/hostile_answer.h"
 #include "tests/wire/translation/xliff_upload_fixture.h"
 #include "translation/xliff_context.h"
@@ -36,7 +37,7 @@ TEST_P(HostileXliffAnswers, TellNothing) {
   EXPECT_EQ(FindFolderByPath(Begin(connection), "Gadget", "Product", "/Trans/Sub"), "");
   std::string context;
   ThenHostile();
-  EXPECT_TRUE(FindContextByName(Begin(connection), "Gadget", "Product", context));
+  EXPECT_TRUE(HandOver(FindContextByName(Begin(connection), "Gadget", "Product"), context));
   EXPECT_EQ(context, "");
   EXPECT_EQ(transport.requests().size(), 7U) << "nothing leads on";
   EXPECT_THAT(trace.lines(), IsEmpty());

@@ -1,10 +1,12 @@
 #include "translation/xliff_context.h"
 
+#include "base/result.h"
 #include "tests/wire/translation/xliff_fixture.h"
 
 namespace vtdirect_test {
 namespace {
 
+using lxservices::cms_interface::HandOver;
 using namespace lxservices::cms_interface::vantry;
 using testing::IsEmpty;
 
@@ -135,7 +137,7 @@ class ContextByName : public XliffTest {
   // "found" and the id, or "failed" and the id.
   std::string Find(const std::string& name, const std::string& type) {
     std::string id = "before";
-    const bool read = FindContextByName(Begin(connection), name, type, id);
+    const bool read = HandOver(FindContextByName(Begin(connection), name, type), id);
     return (read ? "found " : "failed ") + id;
   }
   std::string FindIn(const std::vector<std::string>& contexts) {
@@ -160,12 +162,12 @@ TEST_F(ContextByName, IsTheFirstOfThatNameAndOfThatTypeInAnyCase) {
 }
 
 TEST_F(ContextByName, IsNoneWhereNoneFits) {
-  EXPECT_EQ(FindIn({}), "found before");
+  EXPECT_EQ(FindIn({}), "found ");
   EXPECT_EQ(FindIn({Context("C1", "Gadget", "Products"), Context("C2", "Other", "Product"), R"({"id":"C3"})",
                     R"({"id":"C4","attributes":{"name":"Gadget"}})",
                     R"({"id":"C5","attributes":{"type":"Product"}})",
                     R"({"id":"C6","attributes":{"name":7,"type":"Product"}})", "7", "null"}),
-            "found before");
+            "found ");
 }
 
 TEST_F(ContextByName, IsFoundInAListThatIsNotWrapped) {
@@ -175,7 +177,7 @@ TEST_F(ContextByName, IsFoundInAListThatIsNotWrapped) {
 
 TEST_F(ContextByName, IsNoneInAnAnswerThatIsNoList) {
   transport.Then(200, "<html>").Then(200, "{}").Then(200, R"({"items":{}})").Then(204);
-  for (int turn = 0; turn < 4; ++turn) EXPECT_EQ(Find("Gadget", "Product"), "found before") << turn;
+  for (int turn = 0; turn < 4; ++turn) EXPECT_EQ(Find("Gadget", "Product"), "found ") << turn;
 }
 
 TEST_F(ContextByName, FailsWithTheRequest) {

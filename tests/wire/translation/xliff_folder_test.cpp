@@ -154,14 +154,13 @@ TEST_F(FolderByPath, EndsItsScanByAnyTextOfTheSwitch) {
 
 TEST_F(FolderByPath, IsNoneWithoutARequestForAPathWithoutAnInnerSlash) {
   for (const char* path : {"", "/", "A", "/A", "/ABC"}) EXPECT_EQ(Find(path), "") << path;
-  EXPECT_EQ(Find(nullptr), "");
   EXPECT_THAT(transport.lines(), IsEmpty());
 }
 
 TEST_F(FolderByPath, EscapesTheWholeFilter) {
   transport.Then(200, Rows({})).Then(200, Rows({}));
   EXPECT_EQ(FindFolderByPath(Begin(connection), "O'Neill & Sons", "Product", "/A/B"), "");
-  EXPECT_EQ(FindFolderByPath(Begin(connection), "", nullptr, "/A/B"), "");
+  EXPECT_EQ(FindFolderByPath(Begin(connection), "", "", "/A/B"), "");
   const std::string stem = FolderPath(2).substr(0, FolderPath(2).find("Name%20eq"));
   EXPECT_EQ(transport.lines(), (Lines{Get(stem + "Name%20eq%20%27O%27Neill%20%26%20Sons%27"),
                                       Get(stem + "Name%20eq%20%27%27")}));

@@ -34,7 +34,7 @@ TEST_F(XliffPreferenceQuery, EscapesTheIdAndTheLanguage) {
 
 TEST_F(XliffPreferenceQuery, TakesNoLanguageForAnEmptyOne) {
   transport.Then(200, "{}").Then(200, "{}");
-  EXPECT_THAT(GetXliffPreferences(Begin(connection), "D1", nullptr), IsEmpty());
+  EXPECT_THAT(GetXliffPreferences(Begin(connection), "D1", ""), IsEmpty());
   EXPECT_THAT(GetXliffPreferences(Begin(connection), "", ""), IsEmpty());
   EXPECT_EQ(transport.lines(), (Lines{Get(PreferencesPath("D1", "")), Get(PreferencesPath("", ""))}));
 }

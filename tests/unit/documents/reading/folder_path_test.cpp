@@ -4,6 +4,8 @@
 
 #include <ostream>
 
+#include "base/result.h"
+
 namespace {
 
 using lxservices::cms_interface::vantry::DocumentRecord;
@@ -33,7 +35,7 @@ TEST_P(FolderPathInContext, IsTheLocationWithoutTheContext) {
   record.folderPath = row.folderPath;
   record.folderId = row.folderId;
   std::string path = "untouched";
-  EXPECT_EQ(GetFolderPathInContext(record, path), row.found);
+  EXPECT_EQ(lxservices::cms_interface::HandOver(GetFolderPathInContext(record), path), row.found);
   EXPECT_EQ(path, row.path);
 }
 

@@ -1,5 +1,6 @@
 #include "documents/checkout/checkin.h"
 
+#include "base/result.h"
 #include "tests/wire/documents/flow_fixture.h"
 
 namespace vtdirect_test {
@@ -27,7 +28,9 @@ std::string Resolution(const std::string& document) {
 class CheckingIn : public FlowTest {
  protected:
   CheckingIn() { info.id = "before"; }
-  bool Checkin(const char* id) { return CheckinDocument(Begin(connection), id, info); }
+  bool Checkin(const char* id) {
+    return HandOver(CheckinDocument(Begin(connection), ParseCheckoutId(id)), info);
+  }
   FileInfo info;
 };
 
@@ -109,15 +112,15 @@ TEST_F(CheckingIn, StandsWhateverBecomesOfTheWorkspace) {
 TEST_F(CheckingIn, CanSendACommentAndDropTheAnswer) {
   ThenNonce();
   transport.Then(200, checkedInAnswer).Then(204).Then(500, "boom");
-  EXPECT_TRUE(PostCheckin(Begin(connection), "W2", "D1", "why \"so\"", true, nullptr));
+  EXPECT_TRUE(PostCheckin(Begin(connection), "W2", "D1", AfterCheckin::LeavesWorkspace, "why \"so\""));
   EXPECT_EQ(transport.requests().back().body,
             R"({"checkinInstructions":[{"id":"D1"}],"removeFromWorkspace":true,)"
             R"("checkinComment":"why \"so\"",)" +
                 Resolution("D1"));
-  EXPECT_TRUE(PostCheckin(Begin(connection), "W2", "D1", "", false, nullptr));
+  EXPECT_TRUE(PostCheckin(Begin(connection), "W2", "D1", AfterCheckin::StaysInWorkspace, ""));
   EXPECT_EQ(transport.requests().back().body,
             R"({"checkinInstructions":[{"id":"D1"}],"checkinComment":"",)" + Resolution("D1"));
-  EXPECT_FALSE(PostCheckin(Begin(connection), "W2", "D1", nullptr, false, nullptr));
+  EXPECT_FALSE(PostCheckin(Begin(connection), "W2", "D1", AfterCheckin::StaysInWorkspace));
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include "base/result.h"
 #include "documents/checkout/checkin.h"
 #include "documents/checkout/checkout.h"
 #include "documents/checkout/undo_checkout.h"
@@ -44,7 +45,7 @@ const TraceLine notUndone = Error("Failed to undo check-out of document with err
 
 class CheckoutFailures : public FlowTest {
  protected:
-  using Operation = bool (*)(ServerContext&, const char*, FileInfo&);
+  using Operation = std::optional<FileInfo> (*)(ServerContext&, const CheckoutId&);
 
   void Walk(const std::vector<Step>& steps, const std::function<std::string()>& run) {
     WalkFailures(
@@ -54,16 +55,14 @@ class CheckoutFailures : public FlowTest {
     Walk(steps, [&] {
       FileInfo info;
       info.id = "before";
-      const bool succeeded = operation(Begin(NewConnection()), id, info);
+      const bool succeeded = HandOver(operation(Begin(NewConnection()), ParseCheckoutId(id)), info);
       return (succeeded ? "true " : "false ") + info.id;
     });
   }
   void WalkVerify(const std::vector<Step>& steps) {
     Walk(steps, [this]() -> std::string {
-      FileInfo info;
-      VtCheckoutState state;
-      if (!VerifyCheckout(Begin(NewConnection()), temporaryId, info, state)) return "false";
-      return "true " + info.id;
+      const auto verified = VerifyCheckout(Begin(NewConnection()), ParseCheckoutId(temporaryId));
+      return verified ? "true " + verified->info.id : "false";
     });
   }
 };
@@ -113,7 +112,10 @@ TEST_F(CheckoutFailures, OfTheDeletionBehindACheckoutThatFailed) {
       [this]() -> std::string {
         FileInfo info;
         info.id = "before";
-        return (CheckoutDocument(Begin(NewConnection()), "D1001", info) ? "true " : "false ") + info.id;
+        return (HandOver(CheckoutDocument(Begin(NewConnection()), ParseCheckoutId("D1001")), info)
+                    ? "true "
+                    : "false ") +
+               info.id;
       });
 }
 
@@ -216,7 +218,9 @@ TEST_F(CheckoutFailures, OfTheReadBehindAnUndo) {
       [this]() -> std::string {
         FileInfo info;
         info.id = "before";
-        return (UndoCheckoutDocument(Begin(NewConnection()), temporaryId, info) ? "true " : "false ") +
+        return (HandOver(UndoCheckoutDocument(Begin(NewConnection()), ParseCheckoutId(temporaryId)), info)
+                    ? "true "
+                    : "false ") +
                info.id;
       });
 }
@@ -322,10 +326,8 @@ TEST_F(CheckoutFailures, OfAVerificationThatRenewsACheckout) {
   WalkFailuresFrom(
       1, transport, trace, steps, [this] { return Leftovers(); },
       [this]() -> std::string {
-        FileInfo info;
-        VtCheckoutState state;
-        if (!VerifyCheckout(Begin(NewConnection()), temporaryId, info, state)) return "false";
-        return "true " + info.id;
+        const auto verified = VerifyCheckout(Begin(NewConnection()), ParseCheckoutId(temporaryId));
+        return verified ? "true " + verified->info.id : "false";
       });
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ctime>
 
+#include "base/result.h"
 #include "documents/workspaces/workspace_name.h"
 #include "tests/wire/documents/flow_fixture.h"
 
@@ -36,7 +37,9 @@ std::string CheckoutBody(const std::string& document, const std::string& master)
 class CheckingOut : public FlowTest {
  protected:
   CheckingOut() { info.id = "before"; }
-  bool Checkout(const char* id) { return CheckoutDocument(Begin(connection), id, info); }
+  bool Checkout(const char* id) {
+    return HandOver(CheckoutDocument(Begin(connection), ParseCheckoutId(id)), info);
+  }
   FileInfo info;
 };
 
@@ -209,7 +212,7 @@ TEST_F(CheckingOut, SendsNoResolutionWithoutAMaster) {
   ThenNonce();
   transport.Then(200, copyAnswer);
   DocumentRecord result;
-  EXPECT_TRUE(PostCheckout(Begin(connection), "W2", "D1", result, nullptr));
+  EXPECT_TRUE(HandOver(PostCheckout(Begin(connection), "W2", "D1", std::nullopt), result));
   EXPECT_EQ(transport.requests().back().body, R"({"objIdList":["D1"],"dependenciesOption":"None"})");
   EXPECT_EQ(result.id, "D1002");
 }

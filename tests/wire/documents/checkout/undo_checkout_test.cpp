@@ -1,5 +1,6 @@
 #include "documents/checkout/undo_checkout.h"
 
+#include "base/result.h"
 #include "tests/wire/documents/flow_fixture.h"
 
 namespace vtdirect_test {
@@ -24,7 +25,9 @@ constexpr const char* documentAnswer =
 class Undoing : public FlowTest {
  protected:
   Undoing() { info.id = "before"; }
-  bool Undo(const char* id) { return UndoCheckoutDocument(Begin(connection), id, info); }
+  bool Undo(const char* id) {
+    return HandOver(UndoCheckoutDocument(Begin(connection), ParseCheckoutId(id)), info);
+  }
   FileInfo info;
 };
 
@@ -140,8 +143,8 @@ TEST_F(Undoing, RefusesAnIdThatIsNoneOfACheckout) {
 TEST_F(Undoing, CanDropTheAnswer) {
   ThenNonce();
   transport.Then(200, undoneAnswer).Then(500);
-  EXPECT_TRUE(PostUndoCheckout(Begin(connection), "W2", "D1", nullptr));
-  EXPECT_FALSE(PostUndoCheckout(Begin(connection), "W2", "D1", nullptr));
+  EXPECT_TRUE(PostUndoCheckout(Begin(connection), "W2", "D1"));
+  EXPECT_FALSE(PostUndoCheckout(Begin(connection), "W2", "D1"));
 }
 
 }  // namespace

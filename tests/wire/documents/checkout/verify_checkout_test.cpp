@@ -35,7 +35,13 @@ std::string HoldLine(const std::string& workspace) {
 
 class Verifying : public FlowTest {
  protected:
-  bool Verify(const char* id) { return VerifyCheckout(Begin(connection), id, info, state); }
+  bool Verify(const char* id) {
+    auto verified = VerifyCheckout(Begin(connection), ParseCheckoutId(id));
+    if (!verified) return false;
+    info = verified->info;
+    state = verified->state;
+    return true;
+  }
   void ExpectState(bool inWorkspace, bool inUserWorkspace, bool checkedOut, bool checkedOutByYou) const {
     EXPECT_EQ(state.inWorkspace, inWorkspace);
     EXPECT_EQ(state.inUserWorkspace, inUserWorkspace);

@@ -1,5 +1,6 @@
 #include "documents/checkout/working_copy.h"
 
+#include "base/result.h"
 #include "tests/wire/browsing/location_fixture.h"
 
 namespace vtdirect_test {
@@ -25,7 +26,7 @@ class WorkingCopy : public LocationTest {
 
 TEST_F(WorkingCopy, IsADocumentWithOneVersionAndNoFolder) {
   wire.Then(200, Docs({{}}));
-  EXPECT_TRUE(IsWorkingCopy(Begin(connection), record, answer));
+  EXPECT_TRUE(HandOver(IsWorkingCopy(Begin(connection), record), answer));
   EXPECT_TRUE(answer);
   EXPECT_THAT(wire.lines(), ElementsAre(Get(VersionsPath("D1"))));
   ExpectQuiet();
@@ -34,23 +35,23 @@ TEST_F(WorkingCopy, IsADocumentWithOneVersionAndNoFolder) {
 TEST_F(WorkingCopy, IsNoDocumentWithOneVersionInAFolder) {
   record.folderPath = "/Gadget/Sub";
   wire.Then(200, Docs({{}}));
-  EXPECT_TRUE(IsWorkingCopy(Begin(connection), record, answer));
+  EXPECT_TRUE(HandOver(IsWorkingCopy(Begin(connection), record), answer));
   EXPECT_FALSE(answer);
 }
 
 TEST_F(WorkingCopy, IsNoDocumentWithNoneOrSeveralVersions) {
   wire.Then(200, "[]");
-  EXPECT_TRUE(IsWorkingCopy(Begin(connection), record, answer));
+  EXPECT_TRUE(HandOver(IsWorkingCopy(Begin(connection), record), answer));
   EXPECT_FALSE(answer);
   answer = true;
   wire.Then(200, Docs({{}, {}}));
-  EXPECT_TRUE(IsWorkingCopy(Begin(connection), record, answer));
+  EXPECT_TRUE(HandOver(IsWorkingCopy(Begin(connection), record), answer));
   EXPECT_FALSE(answer);
 }
 
 TEST_F(WorkingCopy, IsNoDocumentWhoseVersionsCannotBeReadAndThatIsNoFailure) {
   wire.Then(500);
-  EXPECT_TRUE(IsWorkingCopy(Begin(connection), record, answer));
+  EXPECT_TRUE(HandOver(IsWorkingCopy(Begin(connection), record), answer));
   EXPECT_FALSE(answer);
   ExpectQuiet();
 }
@@ -62,7 +63,7 @@ class CheckedOutByYou : public WorkingCopy {
 
 TEST_F(CheckedOutByYou, IsTheCopyWhenAnotherDocumentHasTheSameVersion) {
   wire.Then(200, Docs({{.id = "D8", .iteration = "2"}, {.id = "D9"}}));
-  EXPECT_TRUE(IsWorkingCopy(Begin(connection), record, answer));
+  EXPECT_TRUE(HandOver(IsWorkingCopy(Begin(connection), record), answer));
   EXPECT_TRUE(answer);
   EXPECT_THAT(wire.lines(), ElementsAre(Get(NumberPath("00%2042", "C5"))));
   ExpectQuiet();
@@ -70,14 +71,13 @@ TEST_F(CheckedOutByYou, IsTheCopyWhenAnotherDocumentHasTheSameVersion) {
 
 TEST_F(CheckedOutByYou, IsTheOriginalWhenOnlyItselfHasItsVersion) {
   wire.Then(200, Docs({{.id = "D1"}, {.id = "D8", .iteration = "2"}, {.id = "D9", .revision = "B"}}));
-  EXPECT_TRUE(IsWorkingCopy(Begin(connection), record, answer));
+  EXPECT_TRUE(HandOver(IsWorkingCopy(Begin(connection), record), answer));
   EXPECT_FALSE(answer);
 }
 
 TEST_F(CheckedOutByYou, IsUnknownWhenTheSearchFails) {
   wire.Then(500, "down");
-  EXPECT_FALSE(IsWorkingCopy(Begin(connection), record, answer));
-  EXPECT_FALSE(answer);
+  EXPECT_EQ(IsWorkingCopy(Begin(connection), record), std::nullopt);
   EXPECT_THAT(Traced(), ElementsAre(Error("Failed to find doc number 00 42 with response: down")));
 }
 

@@ -5,6 +5,7 @@
 
 #include <utility>
 
+#include "base/result.h"
 #include "tests/wire/documents/connected_test.h"
 
 namespace {
@@ -34,7 +35,8 @@ Lines& OpenedFiles() {
 class Download : public ConnectedTest {
  protected:
   bool Run(const char* id, du::http::ProgressFunction progress = {}) {
-    return DownloadDocument(Begin(connection), id, file.c_str(), info, std::move(progress));
+    return HandOver(
+        DownloadDocument(Begin(connection), ParseCheckoutId(id), file.c_str(), std::move(progress)), info);
   }
   void ExpectFailure(const std::string& answer) {
     EXPECT_FALSE(Run("D1"));

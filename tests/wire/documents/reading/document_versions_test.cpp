@@ -1,8 +1,10 @@
+#include "base/result.h"
 #include "documents/reading/document_reads.h"
 #include "tests/wire/documents/connected_test.h"
 
 namespace {
 
+using lxservices::cms_interface::HandOver;
 using namespace lxservices::cms_interface::vantry;
 using namespace vtdirect_test;
 
@@ -11,7 +13,7 @@ using VersionReading = ConnectedTest;
 TEST_F(VersionReading, SendsIdAndContext) {
   transport.Then(200, "[]");
   std::vector<DocumentSummary> versions;
-  EXPECT_TRUE(ReadDocumentVersions(Begin(connection), "D1001", "C5", versions));
+  EXPECT_TRUE(HandOver(ReadDocumentVersions(Begin(connection), "D1001", "C5"), versions));
   EXPECT_EQ(transport.requests(),
             Requests{Read("servlet/rest/v1/dkm/documents/D1001/versions?contextId=C5")});
 }
@@ -19,7 +21,7 @@ TEST_F(VersionReading, SendsIdAndContext) {
 TEST_F(VersionReading, EscapesIdAndContext) {
   transport.Then(200, "[]");
   std::vector<DocumentSummary> versions;
-  EXPECT_TRUE(ReadDocumentVersions(Begin(connection), "D/1", "C 5&x", versions));
+  EXPECT_TRUE(HandOver(ReadDocumentVersions(Begin(connection), "D/1", "C 5&x"), versions));
   EXPECT_EQ(transport.lines(),
             Lines{"GET /vt/servlet/rest/v1/dkm/documents/D%2F1/versions?contextId=C%205%26x"});
 }
@@ -29,7 +31,7 @@ TEST_F(VersionReading, GivesTheServersOrderWithMasters) {
                           {"id":"D1","revision":"A","iteration":"1"},
                           {"id":"D2","revision":"A","iteration":"2"}])");
   std::vector<DocumentSummary> versions;
-  EXPECT_TRUE(ReadDocumentVersions(Begin(connection), "D1", "C1", versions));
+  EXPECT_TRUE(HandOver(ReadDocumentVersions(Begin(connection), "D1", "C1"), versions));
   ASSERT_EQ(versions.size(), 3u);
   EXPECT_EQ(versions[0].id + versions[1].id + versions[2].id, "D3D1D2");
   EXPECT_EQ(versions[0].master.id, "M1");
@@ -39,7 +41,7 @@ TEST_F(VersionReading, GivesTheServersOrderWithMasters) {
 TEST_F(VersionReading, PassesOverElementsThatAreNoObjects) {
   transport.Then(200, R"([7,{"id":"D1"},null,"x",[]])");
   std::vector<DocumentSummary> versions;
-  EXPECT_TRUE(ReadDocumentVersions(Begin(connection), "D1", "C1", versions));
+  EXPECT_TRUE(HandOver(ReadDocumentVersions(Begin(connection), "D1", "C1"), versions));
   ASSERT_EQ(versions.size(), 1u);
   EXPECT_EQ(versions[0].id, "D1");
 }
@@ -48,7 +50,7 @@ TEST_F(VersionReading, TakesWhatIsNoArrayForAnEmptyList) {
   for (const char* body : {"{}", "x", "", "7"}) {
     transport.Then(200, body);
     std::vector<DocumentSummary> versions;
-    EXPECT_TRUE(ReadDocumentVersions(Begin(connection), "D1", "C1", versions)) << body;
+    EXPECT_TRUE(HandOver(ReadDocumentVersions(Begin(connection), "D1", "C1"), versions)) << body;
     EXPECT_TRUE(versions.empty()) << body;
   }
 }
@@ -56,8 +58,8 @@ TEST_F(VersionReading, TakesWhatIsNoArrayForAnEmptyList) {
 TEST_F(VersionReading, FailsOutsideSuccessWithoutATrace) {
   transport.Then(404, R"([{"id":"D1"}])").ThenFail(du::http::ErrorCode::NoConnection);
   std::vector<DocumentSummary> versions;
-  EXPECT_FALSE(ReadDocumentVersions(Begin(connection), "D1", "C1", versions));
-  EXPECT_FALSE(ReadDocumentVersions(Begin(connection), "D1", "C1", versions));
+  EXPECT_FALSE(HandOver(ReadDocumentVersions(Begin(connection), "D1", "C1"), versions));
+  EXPECT_FALSE(HandOver(ReadDocumentVersions(Begin(connection), "D1", "C1"), versions));
   EXPECT_TRUE(versions.empty());
   EXPECT_TRUE(trace.lines().empty());
 }

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <thread>
 
+#include "base/result.h"
 #include "connection/rest_request.h"
 #include "connection/rest_stream.h"
 #include "documents/storing/content_upload.h"
@@ -52,7 +53,7 @@ class FullDisk {
 class BadFiles : public FlowTest {
  protected:
   Status Upload(const std::vector<std::string>& paths, du::http::ProgressFunction progress = {}) {
-    return UploadContents(Begin(connection), paths, contents, std::move(progress));
+    return HandOver(UploadContents(Begin(connection), paths, std::move(progress)), contents);
   }
   void ThenUpload(int files) {
     ThenNonce();

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "base/result.h"
 #include "tests/wire/documents/flow_fixture.h"
 
 namespace vtdirect_test {
@@ -19,7 +20,7 @@ using testing::IsEmpty;
 class ContentUpload : public FlowTest {
  protected:
   Status Upload(const std::vector<std::string>& paths) {
-    return UploadContents(Begin(connection), paths, contents, {});
+    return HandOver(UploadContents(Begin(connection), paths, {}), contents);
   }
   // What was uploaded, as "stream receipt".
   [[nodiscard]] Lines Uploaded() const {
@@ -311,12 +312,13 @@ TEST_F(ContentUpload, TellsTheProgressOfTheBodyAlone) {
   transport.Then(200, Ticket(1)).Then(200, Receipts(1));
   std::vector<std::size_t> told;
   std::size_t total = 0;
-  EXPECT_EQ(UploadContents(Begin(connection), {MakeLocal("a", std::string(100'000, 'x'))}, contents,
-                           [&](std::size_t done, std::size_t all) {
-                             told.push_back(done);
-                             total = all;
-                             return true;
-                           }),
+  EXPECT_EQ(HandOver(UploadContents(Begin(connection), {MakeLocal("a", std::string(100'000, 'x'))},
+                                    [&](std::size_t done, std::size_t all) {
+                                      told.push_back(done);
+                                      total = all;
+                                      return true;
+                                    }),
+                     contents),
             Ok);
   ASSERT_THAT(told, testing::Not(IsEmpty()));
   EXPECT_EQ(told.back(), SentBody().size());
@@ -356,7 +358,7 @@ TEST_F(OptionalPaths, LeaveOutTheOnesThatAreNotThere) {
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1));
   const std::string path = MakeLocal("a", "A");
-  EXPECT_EQ(UploadPaths(Begin(connection), {path.c_str(), nullptr, ""}, contents, {}), Ok);
+  EXPECT_EQ(HandOver(UploadPaths(Begin(connection), {path.c_str(), "", ""}, {}), contents), Ok);
   EXPECT_EQ(transport.requests()[1].body, "{\n\"noOfFiles\":1\n}");
   EXPECT_EQ(SentBody(), Multipart("901:f1:901;", {{"f1", "a", "A"}}));
   EXPECT_THAT(trace.lines(), IsEmpty());
@@ -366,7 +368,7 @@ TEST_F(OptionalPaths, WarnOfAnOnlyPathBehindAGap) {
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1));
   const std::string path = MakeLocal("b", "B");
-  EXPECT_EQ(UploadPaths(Begin(connection), {nullptr, path.c_str()}, contents, {}), Ok);
+  EXPECT_EQ(HandOver(UploadPaths(Begin(connection), {"", path.c_str()}, {}), contents), Ok);
   EXPECT_EQ(transport.requests()[1].body, "{\n\"noOfFiles\":1\n}");
   EXPECT_EQ(SentBody(), Multipart("901:f1:901;", {{"f1", "b", "B"}}));
   EXPECT_EQ(trace.lines(), Traces{Warning("Unexpected file path\n")});
@@ -377,7 +379,8 @@ TEST_F(OptionalPaths, WarnOnceOfAPathBehindAGap) {
   transport.Then(200, Ticket(2)).Then(200, Receipts(2));
   const std::string first = MakeLocal("a", "A");
   const std::string second = MakeLocal("b", "B");
-  EXPECT_EQ(UploadPaths(Begin(connection), {nullptr, first.c_str(), "", second.c_str()}, contents, {}), Ok);
+  EXPECT_EQ(HandOver(UploadPaths(Begin(connection), {"", first.c_str(), "", second.c_str()}, {}), contents),
+            Ok);
   EXPECT_EQ(SentBody(), Multipart("901:f1:901;902:f2:902;", {{"f1", "a", "A"}, {"f2", "b", "B"}}));
   EXPECT_EQ(trace.lines(), Traces{Warning("Unexpected file path\n")});
 }
@@ -385,7 +388,7 @@ TEST_F(OptionalPaths, WarnOnceOfAPathBehindAGap) {
 TEST_F(OptionalPaths, OfWhichNoneIsThereAskForNoFiles) {
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, "{}");
-  EXPECT_EQ(UploadPaths(Begin(connection), {"", nullptr}, contents, {}), Ok);
+  EXPECT_EQ(HandOver(UploadPaths(Begin(connection), {"", ""}, {}), contents), Ok);
   EXPECT_EQ(transport.requests()[1].body, "{\n\"noOfFiles\":0\n}");
   EXPECT_EQ(SentBody(), Multipart("", {}));
   EXPECT_THAT(contents, IsEmpty());

@@ -28,14 +28,15 @@ class DocumentPosting : public FlowTest {
   Status PostDocuments(bool isCreate, const char* instructions, const char* resolutions = nullptr) {
     rapidjson::Value value = Json(instructions);
     rapidjson::Value resolution = resolutions != nullptr ? Json(resolutions) : rapidjson::Value();
-    return PostDocumentInstructions(Begin(connection), isCreate, memory.GetAllocator(), value, "C5", records,
-                                    resolutions != nullptr ? &resolution : nullptr);
+    const auto kind = isCreate ? InstructionKind::Create : InstructionKind::Iterate;
+    const Posting posting{memory.GetAllocator(), value, resolutions != nullptr ? &resolution : nullptr};
+    return PostDocumentInstructions(Begin(connection), kind, posting, "C5", records);
   }
   Status Store(const char* instructions, const char* resolutions = nullptr) {
     rapidjson::Value value = Json(instructions);
     rapidjson::Value resolution = resolutions != nullptr ? Json(resolutions) : rapidjson::Value();
-    return PostStore(Begin(connection), memory.GetAllocator(), value, "W12", records,
-                     resolutions != nullptr ? &resolution : nullptr);
+    const Posting posting{memory.GetAllocator(), value, resolutions != nullptr ? &resolution : nullptr};
+    return PostStore(Begin(connection), posting, "W12", records);
   }
   [[nodiscard]] std::string SentBody() const { return transport.requests().back().body.value_or("no body"); }
 
@@ -127,7 +128,7 @@ TEST_F(DocumentPosting, IsRefusedByABadStatusOrABodyThatIsNoJson) {
 TEST_F(DocumentPosting, EscapesTheWorkspace) {
   transport.Then(200, "[]");
   rapidjson::Value value(7);
-  EXPECT_EQ(PostStore(Begin(connection), memory.GetAllocator(), value, "OR:w/1 2", {}, nullptr), Ok);
+  EXPECT_EQ(PostStore(Begin(connection), {memory.GetAllocator(), value}, "OR:w/1 2", {}), Ok);
   EXPECT_EQ(transport.requests().back().line, Post(workspacesPath + "/OR%3Aw%2F1%202/store"));
 }
 
@@ -139,10 +140,10 @@ TEST(DocumentPostingOfNothing, MakesNoRequest) {
   for (auto* empty : {new rapidjson::Value(), new rapidjson::Value(rapidjson::kArrayType)}) {
     const std::unique_ptr<rapidjson::Value> owner(empty);
     rapidjson::Value other(*empty, memory.GetAllocator());
-    EXPECT_EQ(
-        PostDocumentInstructions(Begin(connection), true, memory.GetAllocator(), *empty, "C5", {}, nullptr),
-        NotFound);
-    EXPECT_EQ(PostStore(Begin(connection), memory.GetAllocator(), other, "W", {}, nullptr), NotFound);
+    EXPECT_EQ(PostDocumentInstructions(Begin(connection), InstructionKind::Create,
+                                       {memory.GetAllocator(), *empty}, "C5", {}),
+              NotFound);
+    EXPECT_EQ(PostStore(Begin(connection), {memory.GetAllocator(), other}, "W", {}), NotFound);
   }
   EXPECT_THAT(transport.lines(), IsEmpty());
 }

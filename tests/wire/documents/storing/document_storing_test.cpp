@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "base/result.h"
 #include "base/settings.h"
 #include "documents/storing/document_building.h"
 #include "tests/wire/documents/storing/storing_fixture.h"
@@ -48,7 +49,7 @@ class DocumentStoring : public StoringTest {
 TEST_F(DocumentStoring, CreatesADocumentInAFolder) {
   ThenUploadOf3();
   transport.Then(201, storedAnswer);
-  EXPECT_EQ(CreateDocument(Begin(connection), "pump.fnl", "C5", "F55", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"pump.fnl", "C5", "F55", ""}, params, {}), info), Ok);
   EXPECT_EQ(transport.requests(),
             (Requests{ReadNonce(), Write(factoryPath, factoryBody3), UploadOf3(),
                       Write(documentsPath, R"({"createInstructions":[)" + pumpDocument +
@@ -64,7 +65,7 @@ TEST_F(DocumentStoring, CreatesADocumentInAFolder) {
 TEST_F(DocumentStoring, CreatesADocumentWhereTheServerWantsIt) {
   ThenUploadOf3();
   transport.Then(200, "[]");
-  EXPECT_EQ(CreateDocument(Begin(connection), "pump.fnl", "C5", "", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"pump.fnl", "C5", "", ""}, params, {}), info), Ok);
   EXPECT_EQ(transport.requests().back().body,
             R"({"createInstructions":[)" + pumpDocument + R"(}],"contextId":"C5"})");
   EXPECT_EQ(info.id, "");
@@ -74,7 +75,9 @@ TEST_F(DocumentStoring, CreatesADocumentWhereTheServerWantsIt) {
 TEST_F(DocumentStoring, CreatesADocumentInAWorkspace) {
   ThenUploadOf3();
   transport.Then(200, storedAnswer);
-  EXPECT_EQ(CreateDocumentInWorkspace(Begin(connection), "pump.fnl", "C5", "", "W12", params, info, {}), Ok);
+  EXPECT_EQ(
+      HandOver(CreateDocumentInWorkspace(Begin(connection), {"pump.fnl", "C5", "", "W12"}, params, {}), info),
+      Ok);
   EXPECT_EQ(transport.requests().back(),
             Write(workspacesPath + "/W12/store", R"({"storeInstructions":[)" + pumpDocument + "}]}"));
   EXPECT_EQ(info.id, "D1002|W12");
@@ -84,17 +87,22 @@ TEST_F(DocumentStoring, CreatesADocumentInAWorkspace) {
 TEST_F(DocumentStoring, OfAnAnswerWithoutADocumentGivesTheWorkspaceAlone) {
   ThenUploadOf3();
   transport.Then(200, "[]");
-  EXPECT_EQ(CreateDocumentInWorkspace(Begin(connection), "pump.fnl", "C5", "", "W12", params, info, {}), Ok);
+  EXPECT_EQ(
+      HandOver(CreateDocumentInWorkspace(Begin(connection), {"pump.fnl", "C5", "", "W12"}, params, {}), info),
+      Ok);
   EXPECT_EQ(info.id, "|W12");
 }
 
 TEST_F(DocumentStoring, TracesAFailedCreationWithItsThreeFilesAndItsPlace) {
   ThenNonce();
   transport.Then(500, "boom").Then(500, "boom");
-  params.vcsPath = nullptr;
-  EXPECT_EQ(CreateDocument(Begin(connection), "pump.fnl", "C5", "F55", params, info, {}), Refused);
-  EXPECT_EQ(CreateDocumentInWorkspace(Begin(connection), "pump.fnl", "C5", "F55", "W12", params, info, {}),
+  params.vcsPath.clear();
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"pump.fnl", "C5", "F55", ""}, params, {}), info),
             Refused);
+  EXPECT_EQ(
+      HandOver(CreateDocumentInWorkspace(Begin(connection), {"pump.fnl", "C5", "F55", "W12"}, params, {}),
+               info),
+      Refused);
   EXPECT_EQ(trace.lines(), (Traces{Error("Failed to update document with error 500 : boom\n"),
                                    Error("Failed to create document (" + mainPath + ", " + viewable +
                                          ", ) on server ctx C5, folder F55\n"),
@@ -112,7 +120,7 @@ TEST_F(DocumentStoring, ReadsNewDependenciesBeforeItUploads) {
   transport.Then(200, R"({"epmMaster":{"id":"M7","cadName":"bolt.fnl"}})").Then(404);
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
-  EXPECT_EQ(CreateDocument(Begin(connection), "pump.fnl", "C5", "", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"pump.fnl", "C5", "", ""}, params, {}), info), Ok);
   EXPECT_EQ(transport.lines(), (Lines{Get(documentsPath + "/D7"), Get(documentsPath + "/D8"), Get(noncePath),
                                       Post(factoryPath), uploadLine, Post(documentsPath)}));
   EXPECT_NE(transport.requests().back().body->find(
@@ -128,9 +136,9 @@ TEST_F(DocumentStoring, RegistersTheVersionBehindTheUploadAndOnceAConnection) {
   params.vcsPath = "";
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(204).Then(200, storedAnswer);
-  EXPECT_EQ(CreateDocument(Begin(connection), "a", "C5", "", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"a", "C5", "", ""}, params, {}), info), Ok);
   transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
-  EXPECT_EQ(CreateDocument(Begin(connection), "b", "C5", "", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"b", "C5", "", ""}, params, {}), info), Ok);
   EXPECT_EQ(transport.lines(),
             (Lines{Get(noncePath), Post(factoryPath), uploadLine, Post(registerPath), Post(documentsPath),
                    Post(factoryPath), uploadLine, Post(documentsPath)}));
@@ -146,7 +154,7 @@ TEST_F(DocumentStoring, OfAGeneralDocumentUploadsItsContentAlone) {
   SetAuthoringApplication("MYAPP");
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
-  EXPECT_EQ(CreateDocument(Begin(connection), "n.txt", "C5", "", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"n.txt", "C5", "", ""}, params, {}), info), Ok);
   EXPECT_EQ(transport.lines(), (Lines{Get(noncePath), Post(factoryPath), uploadLine, Post(documentsPath)}));
   EXPECT_EQ(
       transport.requests().back().body,
@@ -162,7 +170,7 @@ TEST_F(DocumentStoring, OfAUgcDocumentNegotiatesNoVersion) {
   SetAuthoringApplication("MYAPP");
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
-  EXPECT_EQ(CreateDocument(Begin(connection), "u", "C5", "", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"u", "C5", "", ""}, params, {}), info), Ok);
   EXPECT_EQ(transport.lines(), (Lines{Get(noncePath), Post(factoryPath), uploadLine, Post(documentsPath)}));
   EXPECT_EQ(
       transport.requests().back().body,
@@ -175,9 +183,9 @@ TEST_F(DocumentStoring, OfAUgcDocumentNegotiatesNoVersion) {
 
 TEST_F(DocumentStoring, OfAnUnknownKindDoesNothing) {
   params.kind = static_cast<DocumentKind>(3);
-  EXPECT_EQ(CreateDocument(Begin(connection), "u", "C5", "F", params, info, {}), NotFound);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"u", "C5", "F", ""}, params, {}), info), NotFound);
   transport.Then(200, "{}");
-  EXPECT_EQ(IterateDocument(Begin(connection), "D1", params, info, {}), NotFound);
+  EXPECT_EQ(HandOver(IterateDocument(Begin(connection), "D1", params, {}), info), NotFound);
   EXPECT_EQ(transport.lines(), Lines{Get(documentsPath + "/D1")});
   EXPECT_EQ(trace.lines().size(), 2u);
 }
@@ -188,7 +196,7 @@ TEST_F(DocumentStoring, RaisesForAPosterThatIsNone) {
   for (const DocumentKind kind : {DocumentKind::Fenlet, DocumentKind::General, DocumentKind::Ugc}) {
     params.kind = kind;
     transport.Then(200, Ticket(3)).Then(200, Receipts(3));
-    EXPECT_THROW((void)BuildDocumentForCreate(Begin(connection), "a", "F55", params, {}, {}),
+    EXPECT_THROW((void)BuildDocumentForCreate(Begin(connection), {"a", "", "F55", ""}, params, {}, {}),
                  std::bad_function_call);
     EXPECT_EQ(transport.lines().back(), uploadLine);
     EXPECT_THAT(Leftovers(), IsEmpty());
@@ -201,7 +209,7 @@ TEST_F(DocumentStoring, TakesAMissingReceiptForAnEmptyOne) {
   transport.Then(200, Ticket(2))
       .Then(200, R"({"contentInfos":[{"streamId":902,"encodedInfo":"only"}]})")
       .Then(200, storedAnswer);
-  EXPECT_EQ(CreateDocument(Begin(connection), "a", "C5", "", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"a", "C5", "", ""}, params, {}), info), Ok);
   const std::string body = *transport.requests().back().body;
   EXPECT_NE(body.find(R"("streamId":0,"uploadInfo":{"encodedCCD":""}}]},"secondaryContents")"),
             std::string::npos)
@@ -221,7 +229,7 @@ TEST_F(DocumentStoring, IteratesADocumentThatIsNotCheckedOut) {
       "fileBasedAttributes":[{"odd":1}]})");
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
-  EXPECT_EQ(IterateDocument(Begin(connection), "D1001", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(IterateDocument(Begin(connection), "D1001", params, {}), info), Ok);
   EXPECT_EQ(
       transport.requests(),
       (Requests{
@@ -251,7 +259,7 @@ TEST_F(DocumentStoring, CreatesAFenletOfTheHostsApplication) {
   SetAuthoringApplication("MYAPP");
   ThenUploadOf3();
   transport.Then(200, storedAnswer);
-  EXPECT_EQ(CreateDocument(Begin(connection), "pump.fnl", "C5", "", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"pump.fnl", "C5", "", ""}, params, {}), info), Ok);
   const std::string body = *transport.requests().back().body;
   EXPECT_NE(body.find(R"("cadName":"pump.fnl","authoringApplication":"MYAPP"})"), std::string::npos) << body;
   EXPECT_NE(body.find(R"("authAppVersion":"310")"), std::string::npos) << body;
@@ -264,7 +272,7 @@ TEST_F(DocumentStoring, IteratesWithTheApplicationThatWroteTheDocument) {
                           "epmMaster":{"cadName":"pump.fnl","authoringApplication":"MERIDOX"}})");
   ThenUploadOf3();
   transport.Then(200, storedAnswer);
-  EXPECT_EQ(IterateDocument(Begin(connection), "D1", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(IterateDocument(Begin(connection), "D1", params, {}), info), Ok);
   const std::string body = *transport.requests().back().body;
   EXPECT_NE(body.find(R"("cadName":"pump.fnl","authoringApplication":"MERIDOX"})"), std::string::npos)
       << body;
@@ -276,17 +284,17 @@ TEST_F(DocumentStoring, NamesTheGivenIdInTheResolutionOfAnIteration) {
   transport.Then(200, R"({"id":"D9"})");
   ThenUploadOf3();
   transport.Then(200, storedAnswer);
-  EXPECT_EQ(IterateDocument(Begin(connection), "D1", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(IterateDocument(Begin(connection), "D1", params, {}), info), Ok);
   const std::string body = *transport.requests().back().body;
   EXPECT_TRUE(body.starts_with(R"({"iterateInstructions":[{"epmDocument":{"id":"D9",)")) << body;
   EXPECT_NE(body.find(R"("field":"id","value":"D1"})"), std::string::npos) << body;
 }
 
 TEST_F(DocumentStoring, OfAFenletWithMetadataAndNoViewableStoresTwoFiles) {
-  params.viewablePath = nullptr;
+  params.viewablePath.clear();
   ThenNonce();
   transport.Then(200, Ticket(2)).Then(200, Receipts(2)).Then(200, storedAnswer);
-  EXPECT_EQ(CreateDocument(Begin(connection), "pump.fnl", "C5", "", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"pump.fnl", "C5", "", ""}, params, {}), info), Ok);
   EXPECT_EQ(transport.requests()[2].body,
             Multipart("901:f1:901;902:f2:902;", {{"f1", "main.fnl", "MAIN"}, {"f2", "meta.json", "{}"}}));
   const std::string body = *transport.requests().back().body;
@@ -306,7 +314,7 @@ TEST_F(DocumentStoring, ReadsNoDependenciesAtAnIterationOfAnotherKind) {
     transport.Then(200, R"({"id":"D1"})");
     ThenNonce();
     transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
-    EXPECT_EQ(IterateDocument(Begin(connection), "D1", params, info, {}), Ok);
+    EXPECT_EQ(HandOver(IterateDocument(Begin(connection), "D1", params, {}), info), Ok);
     EXPECT_EQ(transport.lines(), (Lines{Get(documentsPath + "/D1"), Get(noncePath), Post(factoryPath),
                                         uploadLine, Post(documentsPath)}));
     EXPECT_EQ(transport.requests().back().body->find("erived"), std::string::npos);
@@ -322,7 +330,7 @@ TEST_F(DocumentStoring, DropsDependenciesAtAnIterationWithAnEmptyMap) {
                           "source":{"id":"D7"}}]})");
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
-  EXPECT_EQ(IterateDocument(Begin(connection), "D1", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(IterateDocument(Begin(connection), "D1", params, {}), info), Ok);
   const std::string body = *transport.requests().back().body;
   EXPECT_NE(body.find(R"("isDerived":false}}])"), std::string::npos) << body;
   EXPECT_EQ(body.find("derivedSourceDependencies"), std::string::npos) << body;
@@ -340,7 +348,7 @@ TEST_F(DocumentStoring, ReadsOnlyChangedDependenciesAtAnIteration) {
       .Then(200, R"({"epmMaster":{"id":"M6","cadName":"axle.fnl"}})");
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
-  EXPECT_EQ(IterateDocument(Begin(connection), "D1", params, info, {}), Ok);
+  EXPECT_EQ(HandOver(IterateDocument(Begin(connection), "D1", params, {}), info), Ok);
   EXPECT_EQ(transport.lines(), (Lines{Get(documentsPath + "/D1"), Get(documentsPath + "/D6"), Get(noncePath),
                                       Post(factoryPath), uploadLine, Post(documentsPath)}));
   const std::string body = *transport.requests().back().body;
@@ -358,7 +366,7 @@ TEST_F(DocumentStoring, StoresIntoACheckoutsWorkspace) {
   transport.Then(200, R"({"id":"D1002","context":{"id":"C7"}})");
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
-  EXPECT_EQ(StoreDocument(Begin(connection), "D1001|W77|D1002|T", params, {}), Ok);
+  EXPECT_EQ(StoreDocument(Begin(connection), ParseCheckoutId("D1001|W77|D1002|T"), params, {}), Ok);
   EXPECT_EQ(transport.lines(), (Lines{Get(documentsPath + "/D1002"), Get(noncePath), Post(factoryPath),
                                       uploadLine, Post(workspacesPath + "/W77/store")}));
   EXPECT_EQ(
@@ -379,7 +387,7 @@ TEST_F(DocumentStoring, NamesTheDocumentAsTheServerTellsItInTheResolutionOfAStor
   transport.Then(200, R"({"id":"D9"})");
   ThenNonce();
   transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
-  EXPECT_EQ(StoreDocument(Begin(connection), "D1|W2", params, {}), Ok);
+  EXPECT_EQ(StoreDocument(Begin(connection), ParseCheckoutId("D1|W2"), params, {}), Ok);
   EXPECT_EQ(transport.lines().front(), Get(documentsPath + "/D1"));
   EXPECT_EQ(transport.lines().back(), Post(workspacesPath + "/W2/store"));
   EXPECT_NE(transport.requests().back().body->find(R"("field":"id","value":"D9")"), std::string::npos);
@@ -388,7 +396,7 @@ TEST_F(DocumentStoring, NamesTheDocumentAsTheServerTellsItInTheResolutionOfAStor
 TEST_F(DocumentStoring, RefusesAnIdThatIsNoneOfACheckout) {
   Traces expected;
   for (const char* id : {"D1", "", "|W2", "D1|W77||T", "D1|", "D1|W2||xT"}) {
-    EXPECT_EQ(StoreDocument(Begin(connection), id, params, {}), NotFound) << id;
+    EXPECT_EQ(StoreDocument(Begin(connection), ParseCheckoutId(id), params, {}), NotFound) << id;
     expected.push_back(Error(std::string("Bad id data for checkout ") + id + "\n"));
   }
   EXPECT_THAT(transport.lines(), IsEmpty());
@@ -399,11 +407,12 @@ TEST_F(DocumentStoring, HandsTheProgressToTheUploadAlone) {
   ThenUploadOf3();
   transport.Then(201, storedAnswer);
   std::size_t last = 0;
-  EXPECT_EQ(CreateDocument(Begin(connection), "pump.fnl", "C5", "F55", params, info,
-                           [&](std::size_t done, std::size_t) {
-                             last = done;
-                             return true;
-                           }),
+  EXPECT_EQ(HandOver(CreateDocument(Begin(connection), {"pump.fnl", "C5", "F55", ""}, params,
+                                    [&](std::size_t done, std::size_t) {
+                                      last = done;
+                                      return true;
+                                    }),
+                     info),
             Ok);
   EXPECT_EQ(last, transport.requests()[2].body->size());
 }

@@ -1,3 +1,4 @@
+#include "base/result.h"
 #include "base/settings.h"
 #include "documents/storing/document_storing.h"
 #include "documents/storing/text_document.h"
@@ -68,7 +69,7 @@ class StoringFailures : public StoringTest {
 TEST_F(StoringFailures, OfACreation) {
   const Traces end{Error("Failed to create document (" + mainPath + ", , ) on server ctx C5, folder F55\n")};
   Walk(UploadSteps(Post(documentsPath), end, "0 D1002"), [this](FileInfo& result) {
-    return CreateDocument(Begin(NewConnection()), "a", "C5", "F55", params, result, {});
+    return HandOver(CreateDocument(Begin(NewConnection()), {"a", "C5", "F55", ""}, params, {}), result);
   });
 }
 
@@ -76,7 +77,8 @@ TEST_F(StoringFailures, OfACreationInAWorkspace) {
   const Traces end{
       Error("Failed to create document (" + mainPath + ", , ) on server ctx C5, folder , workspace W12\n")};
   Walk(UploadSteps(Post(workspacesPath + "/W12/store"), end, "0 D1002|W12"), [this](FileInfo& result) {
-    return CreateDocumentInWorkspace(Begin(NewConnection()), "a", "C5", "", "W12", params, result, {});
+    return HandOver(CreateDocumentInWorkspace(Begin(NewConnection()), {"a", "C5", "", "W12"}, params, {}),
+                    result);
   });
 }
 
@@ -84,14 +86,16 @@ TEST_F(StoringFailures, OfAnIteration) {
   const Traces end{Error("Failed to iterate document id D1001 (" + mainPath + ", , )\n")};
   Walk(WithDocument("D1001", UploadSteps(Post(documentsPath), end, "0 D1002"), "0 D1002"),
        [this](FileInfo& result) {
-         return IterateDocument(Begin(NewConnection()), "D1001", params, result, {});
+         return HandOver(IterateDocument(Begin(NewConnection()), "D1001", params, {}), result);
        });
 }
 
 TEST_F(StoringFailures, OfAStore) {
   const Traces end{Error("Failed to store document id D1002 (" + mainPath + ", , )\n")};
   Walk(WithDocument("D1002", UploadSteps(Post(workspacesPath + "/W77/store"), end, "0 before"), "0 before"),
-       [this](FileInfo&) { return StoreDocument(Begin(NewConnection()), "D1001|W77|D1002|T", params, {}); });
+       [this](FileInfo&) {
+         return StoreDocument(Begin(NewConnection()), ParseCheckoutId("D1001|W77|D1002|T"), params, {});
+       });
 }
 
 TEST_F(StoringFailures, OfAGeneralDocumentsIteration) {
@@ -99,7 +103,7 @@ TEST_F(StoringFailures, OfAGeneralDocumentsIteration) {
   const Traces end{Error("Failed to iterate document id D1001 (" + mainPath + ", , )\n")};
   Walk(WithDocument("D1001", UploadSteps(Post(documentsPath), end, "0 D1002"), "0 D1002"),
        [this](FileInfo& result) {
-         return IterateDocument(Begin(NewConnection()), "D1001", params, result, {});
+         return HandOver(IterateDocument(Begin(NewConnection()), "D1001", params, {}), result);
        });
 }
 
@@ -114,7 +118,7 @@ TEST_F(StoringFailures, OfAUgcDocumentsCreation) {
     ending->lines.erase(ending->lines.begin() + 3);
   }
   Walk(steps, [this](FileInfo& result) {
-    return CreateDocument(Begin(NewConnection()), "a", "C5", "F55", params, result, {});
+    return HandOver(CreateDocument(Begin(NewConnection()), {"a", "C5", "F55", ""}, params, {}), result);
   });
 }
 
@@ -136,8 +140,9 @@ TEST_F(StoringFailures, OfATextDocument) {
       [this] { return Leftovers(); },
       [this] {
         DocumentRecord result;
-        const bool succeeded = UpdateTextDocument(Begin(NewConnection()), nullptr, "t.xml", "C5", "F55",
-                                                  mainPath.c_str(), "no", "de", "XLIFF", "vn.T", &result, {});
+        const NewTextDocument document{"t.xml", "C5", "F55", "no", "de", "XLIFF", "vn.T"};
+        const bool succeeded =
+            HandOver(UpdateTextDocument(Begin(NewConnection()), document, mainPath, {}), result);
         return (succeeded ? "true " : "false ") + result.id;
       });
 }
@@ -153,7 +158,7 @@ TEST_F(StoringFailures, OfADependency) {
     goesOn.lines.push_back(step.line);
   }
   Walk({{Get(documentsPath + "/D7"), {200, "{}"}, goesOn, goesOn}}, [this](FileInfo& result) {
-    return CreateDocument(Begin(NewConnection()), "a", "C5", "F55", params, result, {});
+    return HandOver(CreateDocument(Begin(NewConnection()), {"a", "C5", "F55", ""}, params, {}), result);
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/result.h"
 #include "base/settings.h"
 #include "tests/wire/documents/failing_steps.h"
 #include "tests/wire/documents/storing/storing_fixture.h"
@@ -18,17 +19,28 @@ std::string Attribute(const std::string& name, const std::string& value) {
          R"(","valueType":"String"},"parameterValue":{"value":")" + value + R"("}})";
 }
 
+// One with all that a document can be given.
+const NewTextDocument fullDocument{"t.xml", "C5", "F55", "no", "de", "XLIFF", "vn.T"};
+
 class TextDocument : public StoringTest {
  protected:
   void ThenUpload() { transport.Then(200, Ticket(1)).Then(200, Receipts(1)); }
   bool Iterate(const DocumentRecord& document, const char* language) {
-    return UpdateTextDocument(Begin(connection), &document, nullptr, nullptr, nullptr, mainPath.c_str(),
-                              nullptr, language, nullptr, nullptr, &result, {});
+    return HandOver(UpdateTextDocument(Begin(connection), document, language, mainPath, {}), result);
   }
   // Creates with nothing but a name and a context.
   bool Create(DocumentRecord* answer) {
-    return UpdateTextDocument(Begin(connection), nullptr, "t", "C5", nullptr, mainPath.c_str(), nullptr,
-                              nullptr, nullptr, nullptr, answer, {});
+    DocumentRecord dropped;
+    return Create(Named("t"), answer != nullptr ? *answer : dropped);
+  }
+  bool Create(const NewTextDocument& document, DocumentRecord& answer) {
+    return HandOver(UpdateTextDocument(Begin(connection), document, mainPath, {}), answer);
+  }
+  static NewTextDocument Named(const std::string& name) {
+    NewTextDocument document;
+    document.cadName = name;
+    document.contextId = "C5";
+    return document;
   }
   [[nodiscard]] std::string SentBody() const { return transport.requests().back().body.value_or("no body"); }
 
@@ -46,8 +58,7 @@ TEST_F(TextDocument, IsCreatedWithAllThatItIsGiven) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, storedAnswer);
-  EXPECT_TRUE(UpdateTextDocument(Begin(connection), nullptr, "t.xml", "C5", "F55", mainPath.c_str(), "no",
-                                 "de", "XLIFF", "vn.T", &result, {}));
+  EXPECT_TRUE(Create(fullDocument, result));
   EXPECT_EQ(transport.lines(), (Lines{Get(noncePath), Post(factoryPath), uploadLine, Post(documentsPath)}));
   EXPECT_EQ(SentBody(),
             R"({"createInstructions":[{"epmDocument":{"epmMaster":{"category":"xml","cadName":"t.xml",)"
@@ -64,8 +75,7 @@ TEST_F(TextDocument, IsCreatedWithoutWhatItIsNotGiven) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(UpdateTextDocument(Begin(connection), nullptr, "t", "C5", nullptr, mainPath.c_str(), nullptr,
-                                 "", nullptr, nullptr, nullptr, {}));
+  EXPECT_TRUE(Create(Named("t"), result));
   EXPECT_EQ(SentBody(),
             R"({"createInstructions":[{"epmDocument":{"epmMaster":{"category":"xml","cadName":"t",)"
             R"("authoringApplication":"SENTARIX"},)" +
@@ -77,8 +87,9 @@ TEST_F(TextDocument, NamesAnEmptyFolder) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(UpdateTextDocument(Begin(connection), nullptr, "t", "C5", "", mainPath.c_str(), nullptr,
-                                 nullptr, nullptr, nullptr, nullptr, {}));
+  NewTextDocument document = Named("t");
+  document.folderId = "";
+  EXPECT_TRUE(Create(document, result));
   EXPECT_TRUE(SentBody().ends_with(R"(,"targetFolderId":""}],"contextId":"C5"})")) << SentBody();
 }
 
@@ -108,7 +119,7 @@ TEST_F(TextDocument, IsIteratedWithItsOwnValuesAndAttributes) {
   EXPECT_EQ(SentBody(), head + Attribute("ZVK_DD_LANGUAGE", "de") + tail);
   ThenUpload();
   transport.Then(200, storedAnswer);
-  EXPECT_TRUE(Iterate(document, nullptr));
+  EXPECT_TRUE(Iterate(document, ""));
   EXPECT_EQ(SentBody(), head + Attribute("ZVK_DD_LANGUAGE", "en") + tail);
 }
 
@@ -116,7 +127,7 @@ TEST_F(TextDocument, WithoutAnApplicationGetsTheDefault) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(Iterate({}, nullptr));
+  EXPECT_TRUE(Iterate({}, ""));
   EXPECT_NE(SentBody().find(R"("authoringApplication":"SENTARIX"})"), std::string::npos);
   EXPECT_NE(SentBody().find(R"("authAppVersion":"7000","ndVersion":"J-01"}}],"contextId":""})"),
             std::string::npos);
@@ -126,10 +137,10 @@ TEST_F(TextDocument, SucceedsByTheStatusAlone) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "<html>");
-  EXPECT_TRUE(Iterate({}, nullptr));
+  EXPECT_TRUE(Iterate({}, ""));
   ThenUpload();
   transport.Then(409, "taken");
-  EXPECT_FALSE(Iterate({}, nullptr));
+  EXPECT_FALSE(Iterate({}, ""));
   EXPECT_EQ(trace.lines(), (Traces{Error("Failed to update document with error 200 : \n"),
                                    Error("Failed to update document with error 409 : taken\n")}));
 }
@@ -158,14 +169,14 @@ TEST_F(TextDocument, IsReadFromTheFirstOfTheAnswer) {
   EXPECT_EQ(result.master.cadName, "a");
 }
 
-TEST_F(TextDocument, IsLeftAloneByAnAnswerWithoutADocument) {
+TEST_F(TextDocument, IsBlankAfterAnAnswerWithoutADocument) {
   ThenNonce();
   for (const char* answer : {"[]", R"({"id":"D1"})", "null", "7", R"([7,{"id":"D1"}])"}) {
     ThenUpload();
     transport.Then(200, answer);
     result.id = "before";
     EXPECT_TRUE(Create(&result)) << answer;
-    EXPECT_EQ(result.id, "before") << answer;
+    EXPECT_EQ(result.id, "") << answer;
   }
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
@@ -183,8 +194,7 @@ TEST_F(TextDocument, IsCreatedWithEmptyTextsThatItIsGiven) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(UpdateTextDocument(Begin(connection), nullptr, nullptr, nullptr, nullptr, mainPath.c_str(), "",
-                                 "", "", "", nullptr, {}));
+  EXPECT_TRUE(Create({"", "", std::nullopt, "", "", "", ""}, result));
   EXPECT_EQ(SentBody(),
             R"({"createInstructions":[{"epmDocument":{"epmMaster":{"category":"xml","cadName":"",)"
             R"("authoringApplication":"SENTARIX"},)" +
@@ -201,8 +211,7 @@ TEST_F(TextDocument, IsIteratedWithoutWhatOnlyANewOneIsGiven) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(UpdateTextDocument(Begin(connection), &document, "new.xml", "C5", "F55", mainPath.c_str(), "no",
-                                 "de", "XLIFF", "vn.T", &result, {}));
+  EXPECT_TRUE(Iterate(document, "de"));
   EXPECT_EQ(SentBody(), R"({"iterateInstructions":[{"epmDocument":{"id":"D1","epmMaster":{"category":"xml",)"
                         R"("cadName":"old.xml","authoringApplication":"SENTARIX"},)" +
                             section +
@@ -220,7 +229,7 @@ TEST_F(TextDocument, KeepsWhatItsFirstSectionIsCalled) {
   ThenNonce();
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(Iterate(document, nullptr));
+  EXPECT_TRUE(Iterate(document, ""));
   EXPECT_NE(SentBody().find(R"("cadContent":{"contentSections":[{"category":"TEXT","fileName":"own.xml",)"
                             R"("streamId":901,"uploadInfo":{"encodedCCD":"r1"}}]})"),
             std::string::npos)
@@ -229,7 +238,7 @@ TEST_F(TextDocument, KeepsWhatItsFirstSectionIsCalled) {
   document.contentSections[0].category = "OWN";
   ThenUpload();
   transport.Then(200, "[]");
-  EXPECT_TRUE(Iterate(document, nullptr));
+  EXPECT_TRUE(Iterate(document, ""));
   EXPECT_NE(SentBody().find(R"([{"category":"OWN","fileName":"{$CAD_NAME}","streamId":901,)"),
             std::string::npos)
       << SentBody();
@@ -283,11 +292,10 @@ TEST_F(TextDocument, TellsProgressOfItsUpload) {
   ThenUpload();
   transport.Then(200, "[]");
   std::size_t furthest = 0;
-  EXPECT_TRUE(UpdateTextDocument(Begin(connection), nullptr, "t", "C5", nullptr, mainPath.c_str(), nullptr,
-                                 nullptr, nullptr, nullptr, nullptr, [&](std::size_t done, std::size_t) {
-                                   furthest = std::max(furthest, done);
-                                   return true;
-                                 }));
+  EXPECT_TRUE(UpdateTextDocument(Begin(connection), Named("t"), mainPath, [&](std::size_t done, std::size_t) {
+    furthest = std::max(furthest, done);
+    return true;
+  }));
   EXPECT_EQ(furthest, Multipart("901:f1:901;", {{"f1", "main.fnl", "MAIN"}}).size());
 }
 
@@ -301,20 +309,22 @@ TEST_F(TextDocument, FailsWithItsUploadAndWithTheRequestThatNamesIt) {
                             {Post(factoryPath), Get(noncePath), uploadLine, Post(documentsPath)}};
   const Ending noTicket{"0 before", {Error("Failed to update document with error {error}\n")}};
   const Ending noUpload{"0 before", {Error("Failed to upload document with error {error}\n")}};
-  const Ending untold{"1 before", {Error("Failed to update document with error {error}\n")}};
+  const Ending untold{"1 ", {Error("Failed to update document with error {error}\n")}};
   const std::vector<Step> steps{{Get(noncePath), nonce, withoutNonce, withoutNonce},
                                 {Post(factoryPath), {200, Ticket(1)}, noTicket, noTicket},
                                 {uploadLine, {200, Receipts(1)}, noUpload, noUpload},
                                 {Post(documentsPath), stored, noTicket, untold}};
   const DocumentRecord document;
-  for (const DocumentRecord* iterated : {static_cast<const DocumentRecord*>(nullptr), &document}) {
+  for (const bool creates : {true, false}) {
     WalkFailures(
         transport, trace, steps, [this] { return Leftovers(); },
         [&] {
           DocumentRecord answer;
           answer.id = "before";
-          const bool success = UpdateTextDocument(Begin(NewConnection()), iterated, "t", "C5", "F55",
-                                                  mainPath.c_str(), "no", "de", "XLIFF", "vn.T", &answer, {});
+          const bool success =
+              HandOver(creates ? UpdateTextDocument(Begin(NewConnection()), fullDocument, mainPath, {})
+                               : UpdateTextDocument(Begin(NewConnection()), document, "de", mainPath, {}),
+                       answer);
           return std::string(success ? "1 " : "0 ") + answer.id;
         });
   }
@@ -323,7 +333,7 @@ TEST_F(TextDocument, FailsWithItsUploadAndWithTheRequestThatNamesIt) {
 TEST_F(TextDocument, EndsWhenItsUploadFails) {
   ThenNonce();
   transport.Then(500);
-  EXPECT_FALSE(Iterate({}, nullptr));
+  EXPECT_FALSE(Iterate({}, ""));
   EXPECT_EQ(transport.lines(), (Lines{Get(noncePath), Post(factoryPath)}));
 }
 

@@ -2,11 +2,13 @@
 
 #include <stdlib.h>
 
+#include "base/result.h"
 #include "tests/wire/documents/flow_fixture.h"
 
 namespace vtdirect_test {
 namespace {
 
+using lxservices::cms_interface::HandOver;
 using namespace lxservices::cms_interface::vantry;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -15,7 +17,7 @@ const std::string olderFactoryPath = "servlet/rest/content/creationFactory";
 
 class UploadTicketing : public FlowTest {
  protected:
-  bool Request(std::size_t count) { return RequestUploadTicket(Begin(connection), count, ticket); }
+  bool Request(std::size_t count) { return HandOver(RequestUploadTicket(Begin(connection), count), ticket); }
   UploadTicket ticket;
 };
 

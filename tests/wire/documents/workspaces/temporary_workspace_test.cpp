@@ -1,5 +1,6 @@
 #include "documents/workspaces/temporary_workspace.h"
 
+#include "base/result.h"
 #include "base/settings.h"
 #include "documents/workspaces/workspace_name.h"
 #include "tests/wire/documents/flow_fixture.h"
@@ -48,8 +49,9 @@ class TemporaryWorkspaces : public FlowTest {
 TEST_F(TemporaryWorkspaces, AreCreatedByOneRequestByteForByte) {
   transport.Then(200, R"({"id":"W77","name":"n","description":"d","contextId":"C5","more":[1]})");
   WorkspaceRecord workspace;
-  EXPECT_TRUE(CreateWorkspace(Begin(connection), "C5", "FenloomTMP0a1b2c3d", workspace,
-                              "ZVK Fenloom temporary workspace"));
+  EXPECT_TRUE(HandOver(
+      CreateWorkspace(Begin(connection), "C5", "FenloomTMP0a1b2c3d", "ZVK Fenloom temporary workspace"),
+      workspace));
   EXPECT_EQ(
       transport.requests(),
       (Requests{ReadNonce(), Write(workspacesPath, R"({"name":"FenloomTMP0a1b2c3d","contextId":"C5",)"
@@ -64,9 +66,9 @@ TEST_F(TemporaryWorkspaces, AreCreatedByOneRequestByteForByte) {
 TEST_F(TemporaryWorkspaces, AreCreatedWithoutADescriptionOnlyForNull) {
   transport.Then(201, "{}").Then(201, "{}");
   WorkspaceRecord workspace;
-  EXPECT_TRUE(CreateWorkspace(Begin(connection), "C5", "n", workspace, nullptr));
+  EXPECT_TRUE(HandOver(CreateWorkspace(Begin(connection), "C5", "n", std::nullopt), workspace));
   EXPECT_EQ(transport.requests().back().body, R"({"name":"n","contextId":"C5"})");
-  EXPECT_TRUE(CreateWorkspace(Begin(connection), "C5", "n", workspace, ""));
+  EXPECT_TRUE(HandOver(CreateWorkspace(Begin(connection), "C5", "n", ""), workspace));
   EXPECT_EQ(transport.requests().back().body, R"({"name":"n","contextId":"C5","description":""})");
 }
 
@@ -75,13 +77,13 @@ TEST_F(TemporaryWorkspaces, CountAsCreatedByTheStatusAlone) {
     transport.Then(200, body);
     WorkspaceRecord workspace;
     workspace.id = "before";
-    EXPECT_TRUE(CreateWorkspace(Begin(connection), "C5", "n", workspace, "d")) << body;
-    EXPECT_EQ(workspace.id, "before") << body;
+    EXPECT_TRUE(HandOver(CreateWorkspace(Begin(connection), "C5", "n", "d"), workspace)) << body;
+    EXPECT_EQ(workspace.id, "") << body;
   }
   for (const int status : {199, 300, 401, 409, 500}) {
     transport.Then(status, R"({"id":"W"})");
     WorkspaceRecord workspace;
-    EXPECT_FALSE(CreateWorkspace(Begin(connection), "C5", "n", workspace, "d")) << status;
+    EXPECT_FALSE(HandOver(CreateWorkspace(Begin(connection), "C5", "n", "d"), workspace)) << status;
     EXPECT_EQ(workspace.id, "") << status;
   }
   EXPECT_THAT(trace.lines(), IsEmpty());

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/result.h"
 #include "base/settings.h"
 #include "documents/workspaces/workspaces.h"
 #include "tests/support/operation.h"
@@ -47,7 +48,7 @@ constexpr const char* three =
 TEST_F(WorkspaceReads, AllWorkspacesOfAContextAreListedInTheServersOrder) {
   transport.Then(200, three);
   WorkspaceList list;
-  EXPECT_TRUE(ListWorkspaces(Begin(connection), "C:5", list));
+  EXPECT_TRUE(HandOver(ListWorkspaces(Begin(connection), "C:5"), list));
   EXPECT_THAT(Names(list), ElementsAre("W1 mine", "W2 FenloomTMP0a1b2c3d", "W3 MYTMP1"));
   EXPECT_EQ(list.front().description, "d");
   EXPECT_EQ(list.front().contextId, "C5");
@@ -57,14 +58,15 @@ TEST_F(WorkspaceReads, AllWorkspacesOfAContextAreListedInTheServersOrder) {
 TEST_F(WorkspaceReads, AnElementThatIsNoObjectStandsInTheListAsABlank) {
   transport.Then(200, R"([7,{"id":"W1","name":"mine"},null,{"id":7,"name":["x"]}])");
   WorkspaceList list;
-  EXPECT_TRUE(ListWorkspaces(Begin(connection), "C5", list));
+  EXPECT_TRUE(HandOver(ListWorkspaces(Begin(connection), "C5"), list));
   EXPECT_THAT(Names(list), ElementsAre(" ", "W1 mine", " ", " "));
 }
 
 TEST_F(WorkspaceReads, AnythingButAnArrayIsAnEmptyList) {
   transport.Then(200, R"({"items":[]})").Then(200, "{").Then(204);
   WorkspaceList list;
-  for (int answer = 0; answer < 3; ++answer) EXPECT_TRUE(ListWorkspaces(Begin(connection), "C5", list));
+  for (int answer = 0; answer < 3; ++answer)
+    EXPECT_TRUE(HandOver(ListWorkspaces(Begin(connection), "C5"), list));
   EXPECT_THAT(list, IsEmpty());
 }
 
@@ -72,25 +74,26 @@ TEST_F(WorkspaceReads, ARefusalOrABrokenExchangeIsAFailure) {
   transport.Then(401, three).Then(500).ThenFail(du::http::ErrorCode::TimedOut).Then(404).Then(403);
   WorkspaceList list;
   DocumentList documents;
-  for (int answer = 0; answer < 3; ++answer) EXPECT_FALSE(ListWorkspaces(Begin(connection), "C5", list));
-  EXPECT_FALSE(ListUserWorkspaces(Begin(connection), "C5", list));
-  EXPECT_FALSE(ListWorkspaceDocuments(Begin(connection), "W1", documents));
+  for (int answer = 0; answer < 3; ++answer)
+    EXPECT_FALSE(HandOver(ListWorkspaces(Begin(connection), "C5"), list));
+  EXPECT_FALSE(HandOver(ListUserWorkspaces(Begin(connection), "C5"), list));
+  EXPECT_FALSE(HandOver(ListWorkspaceDocuments(Begin(connection), "W1"), documents));
   EXPECT_THAT(list, IsEmpty());
   EXPECT_THAT(trace.lines(), IsEmpty());
 }
 
 TEST_F(WorkspaceReads, TheUsersAreThoseWithoutTheTemporaryPrefix) {
   transport.Then(200, three);
-  WorkspaceList list(1);
-  EXPECT_TRUE(ListUserWorkspaces(Begin(connection), "C5", list));
-  EXPECT_THAT(Names(list), ElementsAre(" ", "W1 mine", "W3 MYTMP1"));
+  WorkspaceList list;
+  EXPECT_TRUE(HandOver(ListUserWorkspaces(Begin(connection), "C5"), list));
+  EXPECT_THAT(Names(list), ElementsAre("W1 mine", "W3 MYTMP1"));
 }
 
 TEST_F(WorkspaceReads, TheTemporaryPrefixStandsAtTheBeginningInTheseLetters) {
   transport.Then(200, R"([{"id":"W1","name":"my FenloomTMP"},{"id":"W2","name":"fenloomtmp1"},
                           {"id":"W3","name":"FenloomTM"},{"id":"W4","name":"FenloomTMP"}])");
   WorkspaceList list;
-  EXPECT_TRUE(ListUserWorkspaces(Begin(connection), "C5", list));
+  EXPECT_TRUE(HandOver(ListUserWorkspaces(Begin(connection), "C5"), list));
   EXPECT_THAT(Names(list), ElementsAre("W1 my FenloomTMP", "W2 fenloomtmp1", "W3 FenloomTM"));
 }
 
@@ -98,7 +101,7 @@ TEST_F(WorkspaceReads, TheTemporaryPrefixIsTheHosts) {
   SetTemporaryWorkspacePrefix("MYTMP");
   transport.Then(200, three);
   WorkspaceList list;
-  EXPECT_TRUE(ListUserWorkspaces(Begin(connection), "C5", list));
+  EXPECT_TRUE(HandOver(ListUserWorkspaces(Begin(connection), "C5"), list));
   EXPECT_THAT(Names(list), ElementsAre("W1 mine", "W2 FenloomTMP0a1b2c3d"));
 }
 
@@ -106,7 +109,7 @@ TEST_F(WorkspaceReads, TheDocumentsOfAWorkspaceAreListed) {
   transport.Then(200,
                  R"([{"id":"D1","revision":"A","iteration":"1","epmMaster":{"cadName":"gear.lxz"}},"x"])");
   DocumentList documents;
-  EXPECT_TRUE(ListWorkspaceDocuments(Begin(connection), "W|1", documents));
+  EXPECT_TRUE(HandOver(ListWorkspaceDocuments(Begin(connection), "W|1"), documents));
   ASSERT_EQ(documents.size(), 2U);
   EXPECT_EQ(documents.front().id, "D1");
   EXPECT_EQ(documents.front().master.cadName, "gear.lxz");
@@ -133,11 +136,11 @@ TEST_F(WorkspaceReads, AFailedListOfDocumentsIsTracedAndCountsAsNotHeld) {
 TEST_F(WorkspaceReads, AUsersWorkspaceIsFoundByItsId) {
   transport.Then(200, three).Then(200, three).Then(200, three).Then(500);
   WorkspaceRecord workspace;
-  EXPECT_TRUE(FindUserWorkspace(Begin(connection), "C5", "W3", workspace));
+  EXPECT_TRUE(HandOver(FindUserWorkspace(Begin(connection), "C5", "W3"), workspace));
   EXPECT_EQ(workspace.name, "MYTMP1");
-  EXPECT_FALSE(FindUserWorkspace(Begin(connection), "C5", "W2", workspace));  // a temporary one
-  EXPECT_FALSE(FindUserWorkspace(Begin(connection), "C5", "W9", workspace));
-  EXPECT_FALSE(FindUserWorkspace(Begin(connection), "C5", "W1", workspace));
+  EXPECT_FALSE(HandOver(FindUserWorkspace(Begin(connection), "C5", "W2"), workspace));  // a temporary one
+  EXPECT_FALSE(HandOver(FindUserWorkspace(Begin(connection), "C5", "W9"), workspace));
+  EXPECT_FALSE(HandOver(FindUserWorkspace(Begin(connection), "C5", "W1"), workspace));
   EXPECT_EQ(workspace.id, "W3");
 }
 
@@ -149,7 +152,7 @@ TEST_F(WorkspaceReads, TheFirstUsersWorkspaceThatHoldsADocumentIsFound) {
       .Then(200, R"([{"id":"D9"}])")
       .Then(200, R"([{"id":"D1"}])");
   WorkspaceRecord workspace;
-  EXPECT_TRUE(FindWorkspaceOfDocument(Begin(connection), "D1", "C5", workspace));
+  EXPECT_TRUE(HandOver(FindWorkspaceOfDocument(Begin(connection), "D1", "C5"), workspace));
   EXPECT_EQ(workspace.id, "W3");
   EXPECT_EQ(transport.requests(), (std::vector<SentRequest>{Read("?contextId=C5"), Read("/W1/documents"),
                                                             Read("/W2/documents"), Read("/W3/documents")}));
@@ -161,8 +164,8 @@ TEST_F(WorkspaceReads, ADocumentInNoWorkspaceIsNotFound) {
   transport.Then(200, R"([{"id":"W1","name":"a"}])").Then(200, "[]").Then(500);
   WorkspaceRecord workspace;
   workspace.id = "old";
-  EXPECT_FALSE(FindWorkspaceOfDocument(Begin(connection), "D1", "C5", workspace));
-  EXPECT_FALSE(FindWorkspaceOfDocument(Begin(connection), "D1", "C5", workspace));
+  EXPECT_FALSE(HandOver(FindWorkspaceOfDocument(Begin(connection), "D1", "C5"), workspace));
+  EXPECT_FALSE(HandOver(FindWorkspaceOfDocument(Begin(connection), "D1", "C5"), workspace));
   EXPECT_EQ(workspace.id, "old");
 }
 
