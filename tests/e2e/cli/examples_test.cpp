@@ -117,8 +117,11 @@ TEST_F(Examples, OfEveryHelpTextDoWhatTheySay) {
     PrepareFor(command);
     for (std::string line : lines) {
       // A file that others may see is none for a test.
-      for (std::size_t at = 0; (at = line.find("/tmp/")) != std::string::npos;)
-        line.replace(at, 5, Home("") + "/");
+      const std::string own = Home("") + "/";
+      for (std::size_t at = line.find("/tmp/"); at != std::string::npos;
+           at = line.find("/tmp/", at + own.size())) {
+        line.replace(at, 5, own);
+      }
       const ProcessResult result = RunLine(line, Here(kInWorkFolder.contains(command) ? "Frame" : ""));
       EXPECT_EQ(result.status, 0) << line << "\n" << result.err;
     }

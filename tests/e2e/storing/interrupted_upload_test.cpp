@@ -53,8 +53,7 @@ class InterruptedUpload : public testing::Test {
     });
     ServerContext operation(
         std::make_shared<VtConnection>(server.Url().c_str(), [](const char*) { return false; }));
-    std::vector<UploadedContent> contents;
-    return UploadContents(operation, {localFile_}, contents, std::move(progress));
+    return UploadContents(operation, {localFile_}, std::move(progress)).status;
   }
   void ExpectStagedOnlyWhileSent() const {
     EXPECT_THAT(during_, ElementsAre(EndsWith(".multipart")));
