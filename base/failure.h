@@ -33,7 +33,7 @@ struct Failure {
   bool mayHaveHappened = false;
   bool follows = false;    ///< only tells what an entry before it led to
   bool aside = false;      ///< did not decide how the call ended
-  int platformDetail = 0;  ///< what the platform, or the library, found behind it
+  int platformDetail = 0;  ///< what the platform, or the library, found to be its cause
   std::string platformText;
 };
 

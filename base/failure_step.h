@@ -47,7 +47,7 @@ class FailureMark {
 struct Reason {
   FailureKind kind = FailureKind::Refused;
   bool follows = false;
-  du::http::FailureReport found = {};  ///< what lay behind it, where that is known
+  du::http::FailureReport found = {};  ///< its cause, if it is known
 };
 
 /// The reason of what only follows from the failure that this thread reported last.

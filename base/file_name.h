@@ -6,7 +6,7 @@
 /// File names inside VFS paths. Pure functions.
 namespace lxservices::cms_interface {
 
-/// Whether a name holds one of the ten characters that cannot stand in a VFS path's name: |\/<>:"?*%
+/// Whether a name holds one of the ten characters that cannot be in a VFS path's name: |\/<>:"?*%
 [[nodiscard]] bool HoldsForbiddenCharacter(std::string_view name);
 
 /// Writes each forbidden character as "%" and two lower-case hexadecimal digits; every other byte stays.

@@ -7,7 +7,7 @@
 namespace lxservices::cms_interface {
 namespace {
 
-// What stands behind the scheme, or nothing for a scheme that no server has.
+// What comes after the scheme, or nothing for a scheme that no server has.
 std::optional<std::string_view> BehindScheme(std::string_view url, std::string_view uidScheme) {
   const std::string keyPrefix = std::string(uidScheme) + "://";
   for (const std::string_view prefix :
@@ -28,7 +28,7 @@ std::string NormalizeServerUri(const char* url, std::string_view uidScheme) {
   const auto rest = BehindScheme(url, uidScheme);
   if (!rest) return {};
   std::string_view kept = *rest;
-  // An "@" before the first "/" ends the key: what stands before it is kept, and not the host behind it. UIDs
+  // An "@" before the first "/" ends the key: what comes before it is kept, and not the host after it. UIDs
   // hold keys of this form, and one that kept the host would name another server than they do.
   const auto position = kept.find_first_of("@/");
   if (position != std::string_view::npos && kept[position] == '@') kept = kept.substr(0, position);

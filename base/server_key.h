@@ -17,7 +17,7 @@ namespace lxservices::cms_interface {
 /// NormalizeServerUri with the scheme of UIDs given, for whoever makes several keys that belong together.
 [[nodiscard]] std::string NormalizeServerUri(const char* url, std::string_view uidScheme);
 
-/// The text with "/" behind it, unless it is empty or ends in one.
+/// The text with "/" after it, unless it is empty or ends in one.
 [[nodiscard]] std::string WithTrailingSlash(std::string_view url);
 
 }  // namespace lxservices::cms_interface

@@ -14,7 +14,7 @@
 namespace lxservices::cms_interface::vantry {
 namespace {
 
-// Only the name is escaped; the blanks and the apostrophes of the filter go out as they stand.
+// Only the name is escaped; the blanks and the apostrophes of the filter go out as they are.
 Result<std::vector<RestItem>> QueryByCadName(ServerContext& server, const std::string& cadName) {
   const FailureStep step("search by name");
   return QueryObjects(server, "vn.epm.EPMDocument", "number", "CADName eq '" + EscapeForUrl(cadName) + "'");

@@ -12,7 +12,7 @@
 /// thread, and traces each failure unless it says otherwise.
 namespace lxservices::cms_interface::vantry {
 
-/// Finds the first document with a CAD name, wherever it stands. Up to two GETs.
+/// Finds the first document with a CAD name, wherever it is. Up to two GETs.
 [[nodiscard]] std::optional<DocumentRecord> FindDocumentByCadName(ServerContext& server,
                                                                   const std::string& cadName);
 
@@ -24,7 +24,7 @@ struct FoundByCadName {
 
 /// Finds a document with a CAD name in one context.
 ///
-/// A name that only one document of the whole server has is taken wherever that document stands; only a name
+/// A name that only one document of the whole server has is taken wherever that document is; only a name
 /// that several have is looked for in the context. Up to two GETs in the first case; in the second one for
 /// the name, one for the context, and one for each number.
 [[nodiscard]] FoundByCadName FindDocumentByCadNameInContext(ServerContext& server, const std::string& cadName,

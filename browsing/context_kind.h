@@ -18,7 +18,7 @@ enum class ContextKind : int {
 /// The word of the REST services, which document records carry too; empty for a kind without one.
 [[nodiscard]] std::string_view RestWordOf(ContextKind kind);
 
-/// The type that stands in OData paths; empty for a kind without one.
+/// The type that is used in OData paths; empty for a kind without one.
 [[nodiscard]] std::string_view ODataTypeOf(ContextKind kind);
 
 /// The kind of a REST word, compared exactly; None for any other text.

@@ -17,7 +17,7 @@ namespace lxservices::cms_interface::vantry {
 struct ContextRecord {
   std::string id;
   std::string name;
-  std::string typeClass;  ///< what stands in the id between its first and its last ":"
+  std::string typeClass;  ///< the part of the id between its first and its last ":"
   std::string organization;
 };
 

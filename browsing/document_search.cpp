@@ -35,7 +35,7 @@ std::vector<DocCandidate> Search(ServerContext& server, const std::string& path)
   return candidates;
 }
 
-// Only the name is escaped; the blanks of the filter go out as they stand, and the transport makes them fit
+// Only the name is escaped; the blanks of the filter go out as they are, and the transport makes them fit
 // for the wire. An apostrophe in the name is escaped like any other byte and not doubled.
 std::string FilterByName(const std::string& property, const std::string& name) {
   return std::string("?$filter=") + property + " eq '" + EscapeForUrl(name) +

@@ -16,7 +16,7 @@ enum class DocumentPathForm {
 
 /// The path of a document, relative to the server. Makes requests, on this thread.
 /// @param id  in a workspace of the user's it gives the path in there
-/// @return empty when the document cannot be read or stands neither in a folder nor in a workspace of the
+/// @return empty when the document cannot be read or is neither in a folder nor in a workspace of the
 ///         user's
 [[nodiscard]] std::string FindDocumentPath(ServerContext& server, const CheckoutId& id,
                                            DocumentPathForm form);

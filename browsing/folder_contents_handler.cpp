@@ -107,7 +107,7 @@ void FolderContentsHandler::AddVersionRow() {
 }
 
 void FolderContentsHandler::EndRow() {
-  // Rows come by version, so other versions of a document stand next to each other and count once. Rows of
+  // Rows come by version, so other versions of a document are next to each other and count once. Rows of
   // one name that are not neighbours are delivered each time.
   if (!name_.empty() && name_ != lastName_) DeliverRow();
   // The name as delivered, escaped, while the comparison above takes it raw: a document whose name holds a

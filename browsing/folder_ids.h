@@ -10,7 +10,7 @@ namespace lxservices::cms_interface::vantry {
 
 /// The id of a folder by OData. Of several root folders that hold the path, the one named "Default" is taken.
 /// One GET a page.
-/// @param containerId  id of the context; goes into the path as it stands
+/// @param containerId  id of the context; goes into the path as it is
 /// @return empty when there is no such folder; after a failed page, what was found before it
 [[nodiscard]] std::string FindFolderIdOData(ServerContext& server, const std::string& containerId,
                                             const std::string& folderPath);

@@ -30,7 +30,7 @@ std::string GatewayFolderPath(const ContextRecord& context, const std::string& f
 
 // Brings a name into path form. Without the switch every name is escaped, so the names of a gateway that
 // escapes come out escaped twice; a host that sees this sets the switch. With it a directory's name is what
-// the gateway takes back in "?path=", and passes as it stands.
+// the gateway takes back in "?path=", and passes as it is.
 std::string NameInPathForm(const std::string& text, EntryKind kind) {
   if (!GatewayEscapes()) return EscapeFileName(text);
   if (kind == EntryKind::Directory || !HoldsForbiddenCharacter(text)) return text;

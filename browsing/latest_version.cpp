@@ -39,7 +39,7 @@ bool CanBeUsed(const DocCandidate& candidate, const AskedDocument& asked) {
   return !candidate.checkedOut || (!asked.workspace.empty() && candidate.id == asked.id);
 }
 
-// A shorter text is the smaller one, so that "9" stands before "10" and "Z" before "AA".
+// A shorter text is the smaller one, so that "9" comes before "10" and "Z" before "AA".
 bool IsLess(const std::string& left, const std::string& right) {
   if (left.size() != right.size()) return left.size() < right.size();
   return left < right;

@@ -12,8 +12,8 @@ namespace lxservices::cms_interface::vantry {
 ///
 /// The answer must be a bare array; a wrapped one, as the context lists have, gives no rows.
 /// @param typeId  is escaped
-/// @param select  attribute names; goes into the query as it stands; may be empty
-/// @param filter  goes into the query as it stands, so its values are escaped by the caller; may be empty
+/// @param select  attribute names; goes into the query as it is; may be empty
+/// @param filter  goes into the query as it is, so its values are escaped by the caller; may be empty
 /// @return with the status of ReadRestItems
 Result<std::vector<RestItem>> QueryObjects(ServerContext& server, const std::string& typeId,
                                            const std::string& select, const std::string& filter);

@@ -55,7 +55,7 @@ std::string ResolveInFolders(ServerContext& server, const ParsedVfsPath& parsed,
   const auto find = [&](const std::string& cadName) {
     return FindFileInFolder(server, cadName, parsed.folderPath, parsed.kind, parsed.context);
   };
-  // A name that looks escaped may be a document's plain name, so the leaf is tried as it stands too. That
+  // A name that looks escaped may be a document's plain name, so the leaf is tried as it is too. That
   // second try is made even when both are the same: a search that failed for the moment gets another chance.
   std::string id = find(UnescapeFileName(parsed.leaf));
   if (id.empty()) id = find(parsed.leaf);

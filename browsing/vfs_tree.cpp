@@ -36,7 +36,7 @@ bool TakeLevel(std::string_view& path, std::string& level) {
   return true;
 }
 
-// Sets what both forms of a path have in common, and gives what stands behind the section.
+// Sets what both forms of a path have in common, and gives what comes after the section.
 std::string_view SplitUpperLevels(std::string_view path, ParsedVfsPath& parsed) {
   if (!TakeLevel(path, parsed.root)) return {};
   parsed.kind = KindOfRoot(parsed.root);

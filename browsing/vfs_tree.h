@@ -41,14 +41,14 @@ struct ParsedVfsPath {
   std::string context;
   std::string section;
   std::string folderPath;  ///< of a directory path with whatever "/" closes it, of a file path without
-  std::string leaf;        ///< of a file path, escaped as it stands
-  std::string version;     ///< of a file path, what stands behind the leaf's last "|"
+  std::string leaf;        ///< of a file path, escaped as it is
+  std::string version;     ///< of a file path, what comes after the leaf's last "|"
 };
 
-/// Takes a directory's path apart: all that stands behind the section is the folder path.
+/// Takes a directory's path apart: all that comes after the section is the folder path.
 [[nodiscard]] ParsedVfsPath SplitDirectoryPath(std::string_view path);
 
-/// Takes a file's path apart: what stands behind the section is folder path, leaf and version.
+/// Takes a file's path apart: what comes after the section is folder path, leaf and version.
 [[nodiscard]] ParsedVfsPath SplitFilePath(std::string_view path);
 
 /// The name of the workspace that a directory path leads to: its folder path without one closing "/".

@@ -20,7 +20,7 @@ struct EndedExchange {
   du::http::ErrorCode error = du::http::ErrorCode::Done;
   int status = 0;                      ///< counts for an answer that was delivered, and with TooLarge
   std::string_view text;               ///< what the server said
-  du::http::FailureReport found = {};  ///< what lay behind it, where that is known
+  du::http::FailureReport found = {};  ///< its cause, if it is known
 };
 
 /// The kind of a delivered answer outside 200 to 299.

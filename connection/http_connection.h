@@ -42,7 +42,7 @@ class HttpConnection {
 
   /// Performs one exchange. Without a platform connection, and with none to be had, the result is
   /// `NoConnection` and the status is left alone.
-  /// @param found  receives what lay behind a failure, as far as the platform tells; may be null
+  /// @param found  receives the cause of a failure, as far as the platform tells; may be null
   [[nodiscard]] du::http::ErrorCode SendRequest(const du::http::Request& request, int* httpStatus,
                                                 du::http::FailureReport* found = nullptr);
 

@@ -66,7 +66,7 @@ class JsonEvents {
 
   /// Whether the value of the whole text is still open.
   [[nodiscard]] bool isInside() const { return levels_.size() > 1; }
-  /// A text that brings a new parser to the place behind a value of the innermost container that is open.
+  /// A text that brings a new parser to the place after a value of the innermost container that is open.
   [[nodiscard]] std::string_view WayBack() const;
   /// Makes no events, while a new parser is brought there.
   void SetSilent(bool silent) { silent_ = silent; }

@@ -38,7 +38,7 @@ template <typename Handler>
 [[nodiscard]] bool ParseJson(const JsonPieces& next, rapidjson::Document& document);
 [[nodiscard]] bool ParseJson(std::string_view text, rapidjson::Document& document);
 
-/// The same without a copy of what stands in the text without escapes: no zero byte follows such a member's
+/// The same without a copy of what is in the text without escapes: no zero byte follows such a member's
 /// name or value, and the text must outlive the document.
 [[nodiscard]] bool ParseJsonInPlace(std::string_view text, rapidjson::Document& document);
 

@@ -21,7 +21,7 @@ class ODataPageReader {
   ODataPageReader(const ServerContext& server, std::string path);
 
   /// Fetches the next page by one GET on this thread; a next link goes over a connection of its own.
-  /// @return false behind the last page
+  /// @return false after the last page
   [[nodiscard]] bool Next();
 
   /// The page that Next fetched; null after a failure.

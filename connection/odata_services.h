@@ -24,7 +24,7 @@ struct ODataDomain {
 [[nodiscard]] bool HasODataDomain(VtConnection& connection, const char* id);
 
 /// Whether an add-on is installed on the server. Only the text "true" says yes, a JSON true does not.
-/// @param assemblyName  goes into the path as it stands, not escaped
+/// @param assemblyName  goes into the path as it is, not escaped
 [[nodiscard]] bool IsAssemblyInstalled(VtConnection& connection, const char* assemblyName);
 
 }  // namespace lxservices::cms_interface::vantry

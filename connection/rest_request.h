@@ -12,9 +12,9 @@ namespace lxservices::cms_interface::vantry {
 struct RestRequest {
   std::shared_ptr<HttpConnection> connection;
   du::http::Method method = du::http::Method::Get;
-  const char* path = nullptr;      ///< behind the connection's base path, with its query
+  const char* path = nullptr;      ///< after the connection's base path, with its query
   const char* bodyFile = nullptr;  ///< local file that is the body; null for none
-  std::string headers;             ///< joined by CR LF, none behind the last
+  std::string headers;             ///< joined by CR LF, none after the last
 };
 
 /// Builds a request with or without a body. Header lines in order: "Content-Type" (the one given, or JSON

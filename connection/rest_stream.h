@@ -77,8 +77,8 @@ class RestStream {
 };
 
 /// Parses the body of a success into a document. The caller has tested the status.
-/// @return false, with its reason reported, without a body, for a body that is no JSON, and for one nested
-/// too deeply
+/// @return false, with its reason reported, without a body, for a body that is no JSON, and for one that is
+///         nested too deeply
 [[nodiscard]] bool ParseJsonResponse(RestStream& response, rapidjson::Document& document);
 
 /// ParseJsonResponse for a document that goes before the response does, and whose texts nobody takes for texts

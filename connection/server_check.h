@@ -20,7 +20,7 @@ Status ProbeConnection(const std::shared_ptr<VtConnection>& connection);
 ///                  use instead of `url`; empty when `url` is to be used. A server that fails before its
 ///                  address is looked at leaves it as it was.
 /// @return Ok, ConnectionFailed, Unsupported for too low a version, or what the probe gave; each failure
-/// traced
+///         is traced
 Status CheckServer(const char* url, const AuthFunction& auth, std::string* redirect);
 
 }  // namespace lxservices::cms_interface::vantry

@@ -10,7 +10,7 @@ namespace lxservices::cms_interface::vantry {
 ///
 /// Servers cut texts between the two halves of a character, and the second half ("\uDC00" alone) then begins
 /// a text. Such names were always read, as three bytes, while the parser below refuses them. A high surrogate
-/// that stands alone is refused by it and always was. Pure.
+/// that is alone is refused by it and always was. Pure.
 class SurrogateFilter {
  public:
   /// Takes the next piece of a JSON text.

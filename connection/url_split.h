@@ -5,7 +5,7 @@
 
 namespace lxservices::cms_interface::vantry {
 
-/// Cuts an absolute URL at its path: what stands before the path, and the rest. Without a path the whole text
+/// Cuts an absolute URL at its path: what comes before the path, and the rest. Without a path the whole text
 /// is the first and the second is empty. Pure.
 [[nodiscard]] std::pair<std::string, std::string> SplitUrlAtPath(const std::string& url);
 

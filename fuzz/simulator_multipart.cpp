@@ -13,7 +13,7 @@ class TextSink final : public PartSink {
  public:
   std::string text;
   bool BeginPart(const PartHead& head) override {
-    text += "[" + head.name + "|" + head.file_name + "|" + head.type + "|";
+    text += "[" + head.name + "|" + head.fileName + "|" + head.type + "|";
     return true;
   }
   bool PartBytes(std::string_view bytes) override {

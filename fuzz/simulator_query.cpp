@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
           text.find('\0') != std::string_view::npos);
   (void)PreferredPageSize(text);
   const RangeWish wish = ReadRange(text, 1000);
-  if (wish.kind == RangeWish::Kind::kPart)
+  if (wish.kind == RangeWish::Kind::Part)
     Require(wish.part.first < 1000 && wish.part.size <= 1000 - wish.part.first);
   const auto parameters = ParseQuery(SplitTarget(text).query);
   if (!parameters) return 0;

@@ -6,7 +6,7 @@
 /// What an exchange failed on, finer than its error code, for messages and for hosts that decide by it.
 namespace du::http {
 
-/// What lay behind a failed exchange, or behind an answer that tells of something between here and the
+/// The cause of a failed exchange, or of an answer that tells of something between here and the
 /// server. docs/troubleshooting.md gives the sentence of each, and what to do next. The numbers never change;
 /// later versions may add some.
 enum class FailureDetail : std::int32_t {

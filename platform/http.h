@@ -100,7 +100,7 @@ class VTDIRECT_API FileSink {
   /// Takes the next `count` bytes of the body.
   [[nodiscard]] virtual ErrorCode Write(const std::uint8_t* data, std::size_t count) = 0;
 
-  /// Told once, behind the last byte of a complete body. Errors that only show when a file is flushed or
+  /// Told once, after the last byte of a complete body. Errors that only show when a file is flushed or
   /// closed are reported here.
   [[nodiscard]] virtual ErrorCode Finish() = 0;
 };
@@ -110,10 +110,10 @@ struct Request {
   /// What the server is asked to do.
   Method method = Method::Get;
   /// Absolute path and query on the connection's host, escaped by the caller. It may hold bytes that cannot
-  /// stand on a request line (a search filter's blanks) and may lack the leading "/": the transport makes it
+  /// be on a request line (a search filter's blanks) and may lack the leading "/": the transport makes it
   /// fit for the wire, and changes nothing that already is.
   const char* uri = nullptr;
-  /// The extra header lines, joined by CR LF, with none behind the last. Always set; may be empty. Parts of
+  /// The extra header lines, joined by CR LF, with none after the last. Always set; may be empty. Parts of
   /// them come from servers: when a line is no header line (no ":", a name that is no token, a control byte)
   /// or is one that frames the message ("Content-Length", "Host" ...), nothing is sent.
   FileSource* headers = nullptr;
@@ -129,7 +129,7 @@ struct Request {
 struct CommonAuth {
   /// One extra header line that marks this client to the server.
   const char* header = nullptr;
-  /// Called when the server demands authentication. True: try again with the credentials that now stand.
+  /// Called when the server demands authentication. True: try again with the credentials that are set now.
   /// False: report the server's answer as it is.
   std::function<bool()> reauthenticate;
   /// Told at most once, on the request's thread and before its end, what the exchange failed on, where more
@@ -156,12 +156,12 @@ VTDIRECT_API std::unique_ptr<Connection> ConnectURI(const char* uri, const char*
 /// need a new connection to that origin fail with `TimedOut` at once for 5 seconds. That is forgotten when
 /// the origin answers, and when the limit, its credentials or the trust change.
 ///
-/// A GET follows redirects, never out of https, and to another origin without credentials, without the
-/// cookies that this process has there, and without the caller's lines other than "Accept"; those cookies of
-/// the first origin's session that are for that host or domain go along, but none to another port of the host
-/// that set it. A redirect that isn't followed is
-/// reported as an answer. A body is never redirected, and never sent a second time but for
-/// a demand for authentication.
+/// A GET follows redirects, but never out of https. To another origin it goes without credentials, without
+/// the cookies that this process has there, and without the caller's lines other than "Accept". Those cookies
+/// of the first origin's session that are for that host or domain go along, but none to another port of the
+/// host that set it.
+/// A redirect that isn't followed is reported as an answer. A body is never redirected. It is sent a second
+/// time only when the server demands authentication.
 ///
 /// A kept connection that the server has closed meanwhile costs a GET nothing: it is sent again over a new
 /// one. A POST or PATCH of which one byte went out is never sent again. When it ends with `TimedOut`,

@@ -15,7 +15,7 @@
 /// for, the one with http, so it may set credentials for that one: when the https origin has none of its own
 /// and asks for a login, those of the http origin count there.
 ///
-/// Credentials that stand already are used before the host is asked: a token at once; a password when the
+/// Credentials that are set already are used before the host is asked: a token at once; a password when the
 /// server asks for it, from then on at once, and at once also with a body that goes out over https, which
 /// would be sent in vain otherwise. A header line "Authorization" of the caller's own goes before them.
 ///

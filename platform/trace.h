@@ -50,7 +50,7 @@ class VTDIRECT_API TraceFormatter {
   std::unique_ptr<std::ostringstream> text_;
 };
 
-/// Made on the spot for each trace and dropped behind it. Both texts must outlive it.
+/// Made on the spot for each trace and dropped after it. Both texts must outlive it.
 class VTDIRECT_API LXTracer {
  public:
   /// The two texts go before each line; null counts as empty.

@@ -29,7 +29,7 @@ enum class URIPart : int {
 VTDIRECT_API void URI_Escape(std::string* out, const std::string& in, std::size_t position,
                              std::size_t count);
 
-/// Decodes every "%" with two hexadecimal digits behind it, of either case; any other "%" stays.
+/// Decodes every "%" with two hexadecimal digits after it, of either case; any other "%" stays.
 /// @param position  first byte of `in` to take
 VTDIRECT_API void URI_Unescape(std::string* out, std::size_t position, const std::string& in);
 

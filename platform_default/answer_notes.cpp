@@ -20,7 +20,7 @@ bool IsNameByte(char byte) {
   return IsAsciiLetter(byte) || IsAsciiDigit(byte) || byte == '-';
 }
 
-/// The name that a text begins with, behind blanks; empty when it begins with none that could be shown.
+/// The name that a text begins with, after blanks; empty when it begins with none that could be shown.
 std::string_view LeadingName(std::string_view text) {
   text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
   const auto* end = std::find_if_not(text.begin(), text.end(), IsNameByte);

@@ -24,7 +24,7 @@ struct ProxyCredentials {
   friend bool operator==(const ProxyCredentials&, const ProxyCredentials&) = default;
 };
 
-/// The credentials that stand for an origin now. Any thread.
+/// The credentials that are set for an origin now. Any thread.
 [[nodiscard]] std::optional<Credentials> FindCredentials(const Origin& origin);
 
 /// The credentials of the proxy now. Any thread.

@@ -166,7 +166,7 @@ std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, v
 }
 
 bool CurlExchange::ReadHeaderLine(std::string_view line) {
-  // Header lines behind a body (trailers) must not change the status any more.
+  // Header lines after a body (trailers) must not change the status any more.
   if (begun_) return true;
   if (line == "\r\n" || line == "\n") return EndHeader();
   if (const int status = StatusOf(line); status != 0) {

@@ -42,7 +42,7 @@ struct ExchangeParts {
 /// that curl calls back, and their state.
 ///
 /// An object serves one exchange after the other on the same handle. Nothing that the caller's sources and
-/// sinks throw may cross curl's frames, so it is kept here and goes on behind the exchange.
+/// sinks throw may cross curl's frames, so it is kept here and goes on after the exchange.
 class CurlExchange {
  public:
   /// Registers the callbacks on the handle, for good. The object must outlive the handle.
@@ -144,7 +144,7 @@ class CurlExchange {
   std::uint64_t bodySent_ = 0;
 
   int status_ = 0;            ///< of the last status line, 1xx included
-  bool headerEnded_ = false;  ///< the empty line behind the last status line came
+  bool headerEnded_ = false;  ///< the empty line after the last status line came
   bool mayRepeat_ = false;
   bool decodes_ = false;
   bool refusesCoded_ = false;

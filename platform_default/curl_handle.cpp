@@ -94,7 +94,7 @@ bool NeedsFreshConnection(const OutgoingRequest& request, const ConnectionWay& w
   return EnvironmentNamesProxy(request);
 }
 
-/// The caller's lines, and behind them what keeps curl from adding lines of its own.
+/// The caller's lines, and after them what keeps curl from adding lines of its own.
 std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool isChunked) {
   std::vector<std::string> lines;
   for (const std::string_view line : request.headerLines) lines.push_back(AsCurlWantsIt(line));

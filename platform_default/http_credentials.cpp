@@ -22,7 +22,7 @@ Store& TheStore() {
   return store;
 }
 
-/// Text that is to stand on a header line. A control byte would end the line and begin another.
+/// Text that is to be on a header line. A control byte would end the line and begin another.
 bool FitsHeaderLine(const std::string& text) {
   return std::none_of(text.begin(), text.end(), [](char byte) {
     const auto value = static_cast<unsigned char>(byte);
@@ -30,7 +30,7 @@ bool FitsHeaderLine(const std::string& text) {
   });
 }
 
-/// The credentials stand before the session ends, so that whoever finds the next session finds them too, and
+/// The credentials are set before the session ends, so that whoever finds the next session finds them too, and
 /// no login of an earlier user gets into it.
 void Set(const std::string& url, Credentials credentials) {
   const std::optional<Origin> origin = OriginOf(url);

@@ -1,6 +1,6 @@
 #include "platform/http.h"
 
-// The destructors stand here and not beside the transport, so that a program which brings a transport of its
+// The destructors are here and not beside the transport, so that a program which brings a transport of its
 // own still finds them.
 namespace du::http {
 

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t keptDigits = 9;
 
-// The place behind a text whose quote is at `at`, or the end.
+// The place after a text whose quote is at `at`, or the end.
 std::size_t BehindText(std::string_view json, std::size_t at) {
   for (++at; at < json.size() && json[at] != '"'; ++at) {
     if (json[at] == '\\') ++at;

@@ -9,7 +9,7 @@ namespace vtdirect::platform {
 /// A server as credentials and redirects know it: scheme, host and port, and nothing else of its URL.
 struct Origin {
   std::string scheme;      ///< "http" or "https"
-  std::string host;        ///< in lower case; an IPv6 address stands in its brackets
+  std::string host;        ///< in lower case; an IPv6 address is in its brackets
   std::uint16_t port = 0;  ///< always the real one
 
   /// The text that a URL on this origin begins with, without a closing "/". The scheme's own port is left

@@ -7,7 +7,7 @@
 
 namespace vtdirect::platform {
 
-/// Where a redirect leads: an origin and what stands on the request line there.
+/// Where a redirect leads: an origin and what is on the request line there.
 struct Redirection {
   Origin origin;
   std::string target;

@@ -232,7 +232,7 @@ bool RequestFlow::HasUntriedCredentials() {
   if (!standing) return false;
   // Those of the http origin count from the first demand on.
   if (place_ == Place::Secured && !knewOfDemand && !FindCredentials(origin_)) return true;
-  // A password may stand that the last try did not carry, or not in the way that the server asks for.
+  // A password may be set that the last try did not carry, or not in the way that the server asks for.
   if (standing->kind != CredentialKind::Password || standingPasswordTried_) return false;
   const Carried wanted = PasswordRoad(KnownScheme(), body_ != nullptr);
   if (carried_ == Carried::WhateverIsAsked || wanted == carried_ || wanted == Carried::Nothing) return false;

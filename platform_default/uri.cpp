@@ -22,7 +22,7 @@ struct Range {
   std::size_t count = 0;
 };
 
-/// Where each part stands. An absent part keeps the position npos.
+/// Where each part is. An absent part keeps the position npos.
 struct UriParts {
   Range scheme, user, password, host, port, path, query, fragment;
 };

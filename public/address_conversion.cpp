@@ -14,7 +14,7 @@ using vantry::DocumentPathForm;
 
 namespace {
 
-// Cuts a version off: what stands from the last "|" on, if that "|" stands in the last segment.
+// Cuts a version off: everything from the last "|" on, if that "|" is in the last segment.
 std::string WithoutVersion(const std::string& relativePath) {
   const auto bar = relativePath.rfind('|');
   if (bar == std::string::npos) return relativePath;

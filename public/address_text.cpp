@@ -17,7 +17,7 @@ bool HasVfsPrefix(std::string_view text) {
          (settings->legacyVfsPaths && text.starts_with(legacyScheme));
 }
 
-// The text behind "scheme://" or behind the bare form's "//"; nothing when it is no VFS path.
+// The text after "scheme://" or after the bare form's "//"; nothing when it is no VFS path.
 std::optional<std::string_view> BehindVfsPrefix(std::string_view text) {
   const auto delimiter = text.find("://");
   if (delimiter == std::string_view::npos) {

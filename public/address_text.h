@@ -7,7 +7,7 @@
 /// The grammar of VFS paths and UIDs. Pure functions of the text and the configured schemes.
 namespace lxservices::cms_interface {
 
-/// The two results of SplitUid: what stands before "?", with its "/", and the id.
+/// The two results of SplitUid: what comes before "?", with its "/", and the id.
 struct UidParts {
   std::string base;
   std::string id;
@@ -28,7 +28,7 @@ struct UidParts {
 
 /// Builds a UID.
 /// @param plainName  file name, not escaped, which a zero byte ends; an empty one writes no file parameter
-/// @param extra      further parameters, put in as they stand; empty for none
+/// @param extra      further parameters, put in as they are; empty for none
 [[nodiscard]] std::string MakeUid(const std::string& base, const std::string& id, std::string_view plainName,
                                   std::string_view extra = {});
 

@@ -72,7 +72,7 @@ struct Failure {
   std::string url;
   /// Whether the request changes something on the server and may have been carried out although it failed:
   /// its answer was lost, cut or unreadable, came too late, or was a 5xx. A 4xx is a no. For the host to ask
-  /// the server where things stand, and not to send it again.
+  /// the server for the state of things, and not to send it again.
   bool mayHaveHappened = false;
   /// Whether this only tells what an entry before it led to: a check-out that failed because the request of
   /// the entry before it was refused. Its kind is then that of the entry before it, and it has no status,
@@ -138,7 +138,7 @@ class VTDIRECT_API Outcome {
 
   /// Whether nothing has been collected.
   [[nodiscard]] bool Empty() const;
-  /// How many entries went for want of room, out of the middle.
+  /// How many entries were dropped from the middle because there was no room for them.
   [[nodiscard]] std::size_t Dropped() const;
 
   /// Forgets what has been collected, for the next call. Outer objects keep theirs.

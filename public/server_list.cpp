@@ -76,7 +76,7 @@ ServerTable MakeTable(const ServerTable& before, const std::map<std::string, std
   return table;
 }
 
-// The host of a URL, with a suffix while there is a server of that nickname. Each suffix goes behind the one
+// The host of a URL, with a suffix while there is a server of that nickname. Each suffix goes after the one
 // before, so the series runs "host", "host-1", "host-1-2": that is the series to keep, since paths that hosts
 // hold contain these nicknames.
 std::string DeriveNickname(const ServerTable& table, const std::string& url) {

@@ -35,7 +35,7 @@ Transferred StoreCheckedOut(const UploadJob& job, const DocumentUploadParams& pa
   if (status != Ok) return {CodeOf(status, failed.code), {}};
   Transferred stored;
   if (job.checkIn) return checkout->Checkin(job.id.c_str(), stored.info) ? stored : failed;
-  // The store stands, whether or not its document can be read now.
+  // The store is done, whether or not its document can be read now.
   const FailureAside aside;
   (void)job.server->GetFileInfo(job.id.c_str(), stored.info);
   return stored;

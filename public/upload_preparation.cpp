@@ -39,7 +39,7 @@ std::optional<UploadJob> PrepareUploadJob(const PathTarget& target, const Upload
   return job;
 }
 
-// An object with a working copy gets a store, and one that stands in a temporary workspace a check-in behind
+// An object with a working copy gets a store, and one that is in a temporary workspace a check-in after
 // it.
 void PrepareIteration(const std::string& id, const UploadRequest& request, UploadJob& job) {
   job.id = id;

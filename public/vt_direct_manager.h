@@ -15,9 +15,9 @@
 
 /// A Vantry server as a virtual file system.
 ///
-/// An address is one text in either of two families. A VFS path names an object by where it stands
+/// An address is one text in either of two families. A VFS path names an object by the place where it is
 /// ("korvufenloom-vfs://plm/Products/Bike/Folders/Frames/fork.lxz", or "//plm/Products/..."); a UID names it
-/// by the server's identity of it ("korvufenloom-vt://plm.example/vt/?id=D1001&file=/fork.lxz").
+/// by its id on the server ("korvufenloom-vt://plm.example/vt/?id=D1001&file=/fork.lxz").
 ///
 /// Threads: every function may be called from any thread at any time: on the same server and the same
 /// document as other threads, from inside callbacks, and while SetAppConfig, RegisterAuth,
@@ -44,7 +44,7 @@
 /// progress function gave false, fails like any other, but may have been carried out: nothing tells whether
 /// it was, and nothing is sent a second time. The functions that write say what to ask before another try.
 ///
-/// What a host's callback throws, and what the standard library throws for want of memory, passes through
+/// What a host's callback throws, and what the standard library throws when memory runs out, passes through
 /// every function. The functions that store a file can throw more, and say so.
 namespace VtDirectManager {
 
@@ -62,7 +62,7 @@ enum StatusCode : std::int32_t {
   StatusFileTooLarge = 11,           ///< an upload is above the server's size limit
 };
 
-/// Where a checkout stands. The low byte holds flags of state; values from 0x8000 up are failures.
+/// The state of a checkout. The low byte holds flags of state; values from 0x8000 up are failures.
 enum VtCheckoutStatus : std::int32_t {
   CheckoutNone = 0,                ///< not checked out, and a checkout is possible
   CheckoutByUserUnrecorded = 1,    ///< checked out by the connected user, but the UID is not that of the copy
@@ -146,7 +146,7 @@ struct DirEntryDetails {
 
 /// One entry of an extended listing. Valid during the callback only.
 struct DirEntryExt {
-  const char* name;                ///< as it stands in a VFS path, escaped
+  const char* name;                ///< as it is in a VFS path, escaped
   bool isFolder;                   ///< a directory that can be listed, otherwise a document
   const DirEntryDetails* details;  ///< null unless asked for
   const char** versions;           ///< null-terminated, null unless asked for
@@ -208,7 +208,7 @@ VTDIRECT_API void ReadRootDirs(void (*callback)(const char* nickname, void* user
 
 /// Whether what a host has cached of server contents is out of date. Starts true; UpdateServerList and each
 /// successful upload set it.
-/// @param clear  true resets the flag behind the answer
+/// @param clear  true resets the flag after the answer
 VTDIRECT_API bool ShouldInvalidateCache(bool clear);
 
 // ---- Addresses ----
@@ -248,9 +248,9 @@ struct ParsedUID {
 
 /// The UID by which the content of a working copy is read: GetFile of a temporary checkout's own UID fetches
 /// the document from before the checkout. Reads the text only; whether the copy is there is not asked.
-/// @return the UID of the copy in its workspace; the empty text for a UID without a workspace, and for what
-/// is
-///         no UID
+/// @return the UID of the copy in its workspace;
+///         the empty text for a UID without a workspace,
+///         and for what is no UID
 [[nodiscard]] VTDIRECT_API std::string WorkingCopyUID(const char* text);
 
 /// A canonical UID for any address, or the empty text. Makes requests unless `path` is a UID with a file
@@ -315,7 +315,7 @@ VTDIRECT_API bool SupportsVCSMetadata(const char* path);
 
 // ---- Directories ----
 //
-// A path is handed to the server as it stands, and a level counts only when a "/" closes it: "//plm/Products"
+// A path is handed to the server as it is, and a level counts only when a "/" closes it: "//plm/Products"
 // lists nothing, "//plm/Products/" lists the products. A UID lists its server's root. Entries are delivered
 // on this thread, during the call.
 
@@ -424,7 +424,7 @@ struct DownloadOptions {
   bool compareSize = false;
 };
 
-/// GetFile, and with `compareSize` a comparison of lengths behind it. The requests are the same.
+/// GetFile, and with `compareSize` a comparison of lengths after it. The requests are the same.
 VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& uid,
                           const DownloadOptions& options);
 
@@ -456,10 +456,10 @@ VTDIRECT_API bool GetFileDownloadURL(const char* path, std::string& url, std::st
 ///
 /// A VFS path names a new document and never overwrites one; a UID gets a new iteration, or, when it is that
 /// of a working copy, the file is stored into the checkout. A checkout in a temporary workspace is checked in
-/// behind the store without being asked to.
+/// after the store without being asked to.
 ///
 /// A document of the name in another folder counts as the path's where the server has no other of that name,
-/// so a new one is refused. A version behind the name is looked for with it and is not part of a new
+/// so a new one is refused. A version after the name is looked for with it and is not part of a new
 /// document's name: a path with one that no document has ("fork.lxz|-.0") creates the document all the same. A
 /// host that does so has looked into the folder before.
 ///
@@ -481,7 +481,7 @@ VTDIRECT_API bool GetFileDownloadURL(const char* path, std::string& url, std::st
 /// @param status        may be empty
 /// @param progress      may be empty
 /// @param language      value of the language attribute; may be null
-/// @param checkIn       checks a working copy in behind the store
+/// @param checkIn       checks a working copy in after the store
 VTDIRECT_API bool Upload(const char* path, const char* mainPath, const char* viewablePath,
                          const std::map<std::string, std::string>& sourceLinks, StatusCallback status,
                          ProgressCallback progress, const char* language, bool checkIn);
@@ -513,9 +513,9 @@ VTDIRECT_API bool UploadFenletAsync(const char* path, const char* mainPath, cons
 
 /// Whether a store into a working copy is followed by its check-in.
 enum class CheckInWish : std::int32_t {
-  /// As Upload does without being asked: a Fenlet document in a temporary workspace is checked in, and
-  /// nothing
-  /// else.
+  /// As Upload does without being asked:
+  /// a Fenlet document in a temporary workspace is checked in,
+  /// and nothing else is.
   ByAddress = 0,
   CheckIn = 1,    ///< always
   NoCheckIn = 2,  ///< never: what is stored stays in the working copy, in a temporary workspace too
@@ -568,11 +568,11 @@ VTDIRECT_API std::string Checkin(const char* path);
 /// requests. After a failure without an answer GetCheckoutStatus tells whether it is still checked out.
 VTDIRECT_API std::string UndoCheckout(const char* path);
 
-/// Where a checkout stands. Makes requests.
+/// The state of a checkout. Makes requests.
 /// @param user  may be null; receives who holds the checkout, untouched without one
 VTDIRECT_API VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* user);
 
-/// Confirms that a remembered checkout still stands, and renews one in a temporary workspace that could not
+/// Confirms that a remembered checkout still exists, and renews one in a temporary workspace that could not
 /// be confirmed: undoes it, with the content that was stored into it, and checks out again. A question that
 /// merely failed leads to that too, so a host asks GetCheckoutStatus first. UIDs only. Makes requests. After
 /// a failure without an answer GetCheckoutStatus tells whether the document is checked out.

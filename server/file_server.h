@@ -101,7 +101,7 @@ class CheckoutServer {
  public:
   virtual ~CheckoutServer() = default;
 
-  /// Reads where a document stands.
+  /// Reads the state of a document.
   [[nodiscard]] virtual bool GetCheckoutState(const char* id, VtCheckoutState& state) = 0;
   /// Checks a document out; the summary carries the id to go on with.
   [[nodiscard]] virtual bool Checkout(const char* id, FileInfo& info) = 0;

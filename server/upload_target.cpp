@@ -51,7 +51,7 @@ Result<FileInfo> UploadNewDocument(ServerContext& server, const std::string& tar
     return UploadIntoWorkspace(server, target, contextId, params, std::move(progress));
   }
   if (!IsVfsName(target.section, VfsNameId::Folders)) {
-    // "most" is what has always stood in this line; logs are searched for it.
+    // "most" is what has always been in this line; logs are searched for it.
     TracerFor({FailureKind::NotFound})(
         dp::TraceType::Error, "A target folder most be specified (where %s was given)\n", targetPath.c_str());
     return NotFound;

@@ -17,7 +17,7 @@ FixtureBytesForm FormFor(const std::string& out) {
   if (out.empty()) return {};
   const std::filesystem::path file = out;
   const std::string beside = file.filename().string() + ".files";
-  return {FixtureBytesForm::Kind::kBeside, file.parent_path() / beside, beside + "/"};
+  return {FixtureBytesForm::Kind::Beside, file.parent_path() / beside, beside + "/"};
 }
 
 void WriteWhole(const std::string& file, const std::string& text) {
@@ -41,7 +41,7 @@ std::string Counted(std::size_t count, const char* one, const char* more) {
 }  // namespace
 
 void ExportState(const ExportOptions& options) {
-  const auto data = DataDirectory::OpenFilled(options.data_directory);
+  const auto data = DataDirectory::OpenFilled(options.dataDirectory);
   const Fixture fixture = ExportFixture(data->database(), data->contents());
   const auto out = options.json ? MakeJsonOutput() : MakeYamlOutput();
   WriteFixture(*out, fixture, FormFor(options.out));

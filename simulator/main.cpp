@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr int kExitFailed = 1;
+constexpr int exitFailed = 1;
 
 /// A file or connection would take the place of a closed standard descriptor, and get the lines that are
 /// printed.
@@ -38,19 +38,19 @@ sigset_t StopSignals() {
 
 /// Serves until a stop signal arrives. The signals are blocked in every thread.
 int Serve(vantry_sim::Options options) {
-  vantry_sim::RequestLog log(options.log_file);
-  const std::string bind_address = options.bind_address;
+  vantry_sim::RequestLog log(options.logFile);
+  const std::string bindAddress = options.bindAddress;
   vantry_sim::Simulator simulator(std::move(options));
-  vantry_sim::ServerGroup servers(simulator, log, vantry_sim::LimitsFor(simulator.options().max_connections));
+  vantry_sim::ServerGroup servers(simulator, log, vantry_sim::LimitsFor(simulator.options().maxConnections));
   if (const int refused = servers.Bind(); refused >= 0) {
-    std::fprintf(stderr, "vantry-sim: cannot listen on %s port %d\n", bind_address.c_str(), refused);
-    return kExitFailed;
+    std::fprintf(stderr, "vantry-sim: cannot listen on %s port %d\n", bindAddress.c_str(), refused);
+    return exitFailed;
   }
   // Scripts wait for this line, the only one on standard output.
   std::printf("vantry-sim listening on %s://%s:%d%s/",
-              vantry_sim::SpeaksTls(simulator.options()) ? "https" : "http", bind_address.c_str(),
+              vantry_sim::SpeaksTls(simulator.options()) ? "https" : "http", bindAddress.c_str(),
               servers.port(), simulator.options().prefix.c_str());
-  if (servers.admin_port() > 0) std::printf(" admin on http://127.0.0.1:%d/", servers.admin_port());
+  if (servers.adminPort() > 0) std::printf(" admin on http://127.0.0.1:%d/", servers.adminPort());
   std::printf("\n");
   std::fflush(stdout);
 
@@ -73,8 +73,8 @@ void PrintRoutes() {
   if (mkdtemp(place.data()) == nullptr) throw std::runtime_error("cannot write " + place);
   {
     vantry_sim::Options options;
-    options.data_directory = place;
-    options.seed.kind = vantry_sim::Seed::Kind::kEmpty;
+    options.dataDirectory = place;
+    options.seed.kind = vantry_sim::Seed::Kind::Empty;
     std::fputs(vantry_sim::RouteTable(vantry_sim::Simulator(options).Routes()).c_str(), stdout);
   }
   std::filesystem::remove_all(place);
@@ -87,21 +87,21 @@ int main(int argc, char** argv) {
   vantry_sim::CommandLine line = vantry_sim::ParseCommandLine(argc, argv);
   try {
     if (!line.check.empty()) return vantry_sim::CheckState(line.check);
-    if (line.print_routes) {
+    if (line.printRoutes) {
       PrintRoutes();
       return 0;
     }
-    if (line.export_options) {
-      vantry_sim::ExportState(*line.export_options);
+    if (line.exportOptions) {
+      vantry_sim::ExportState(*line.exportOptions);
       return 0;
     }
   } catch (const std::exception& error) {
     std::fprintf(stderr, "vantry-sim: %s\n", error.what());
-    return kExitFailed;
+    return exitFailed;
   }
   if (!line.options) {
-    std::fputs(line.text.c_str(), line.exit_code == 0 ? stdout : stderr);
-    return line.exit_code;
+    std::fputs(line.text.c_str(), line.exitCode == 0 ? stdout : stderr);
+    return line.exitCode;
   }
   // Writing to a connection that the client has closed is no reason to end.
   signal(SIGPIPE, SIG_IGN);
@@ -111,6 +111,6 @@ int main(int argc, char** argv) {
     return Serve(std::move(*line.options));
   } catch (const std::exception& error) {
     std::fprintf(stderr, "vantry-sim: %s\n", error.what());
-    return kExitFailed;
+    return exitFailed;
   }
 }

@@ -13,7 +13,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr const char* kSeedForm =
+constexpr const char* seedForm =
     "--seed must be demo, empty, file:STATE or "
     "bulk:N[,folders=F][,depth=D][,versions=V][,name=A-B][,size=A-B] with up "
     "to 5000000 versions in all";
@@ -26,11 +26,11 @@ struct Raw {
   std::vector<std::string> tokens;
   std::vector<std::string> tls;
   bool sessions = false;
-  std::uint32_t session_seconds = 1800;
+  std::uint32_t sessionSeconds = 1800;
   std::vector<std::string> faults;
-  std::string xliff_folder = "cabinet";
-  bool without_translation = false;
-  bool print_version = false;
+  std::string xliffFolder = "cabinet";
+  bool withoutTranslation = false;
+  bool printVersion = false;
   std::string check;
 };
 
@@ -44,27 +44,27 @@ std::optional<Number> WholeNumber(std::string_view text) {
 
 bool ReadSeed(std::string_view text, Seed& seed) {
   if (text == "demo") {
-    seed.kind = Seed::Kind::kDemo;
+    seed.kind = Seed::Kind::Demo;
     return true;
   }
   if (text == "empty") {
-    seed.kind = Seed::Kind::kEmpty;
+    seed.kind = Seed::Kind::Empty;
     return true;
   }
   if (text.starts_with("file:") && text.size() > 5) {
-    seed.kind = Seed::Kind::kFile;
+    seed.kind = Seed::Kind::File;
     seed.file = text.substr(5);
     return true;
   }
   if (!text.starts_with("bulk:")) return false;
   const auto shape = ReadBulkShape(text.substr(5));
   if (shape) seed.bulk = *shape;
-  seed.kind = Seed::Kind::kBulk;
+  seed.kind = Seed::Kind::Bulk;
   return shape.has_value();
 }
 
 bool ReadVersion(std::string_view text, VersionNumbers& version) {
-  unsigned* const parts[] = {&version.major, &version.minor, &version.service_pack, &version.cps};
+  unsigned* const parts[] = {&version.major, &version.minor, &version.servicePack, &version.cps};
   for (std::size_t i = 0; i < 4; ++i) {
     const auto dot = i < 3 ? text.find('.') : text.size();
     if (dot == std::string_view::npos) return false;
@@ -97,11 +97,11 @@ bool NormalizePrefix(std::string& prefix) {
 }
 
 std::string ReadTranslation(const Raw& raw, Options& options) {
-  options.translation = !raw.without_translation;
-  if (raw.xliff_folder != "cabinet" && raw.xliff_folder != "path")
+  options.translation = !raw.withoutTranslation;
+  if (raw.xliffFolder != "cabinet" && raw.xliffFolder != "path")
     return "--xliff-folder must be cabinet or path";
-  options.xliff_folder = raw.xliff_folder == "path" ? XliffFolder::kPath : XliffFolder::kCabinet;
-  for (const std::string& name : options.missing_preferences) {
+  options.xliffFolder = raw.xliffFolder == "path" ? XliffFolder::Path : XliffFolder::Cabinet;
+  for (const std::string& name : options.missingPreferences) {
     // A misspelt name would leave nothing out, and a test with it would show nothing.
     if (!IsXliffPreference(name)) return "--without-preference: there is no XLIFF preference " + name;
   }
@@ -110,7 +110,7 @@ std::string ReadTranslation(const Raw& raw, Options& options) {
 
 /// The first thing wrong with the texts that CLI11 takes as they are; empty when all are read.
 std::string ReadTexts(const Raw& raw, Options& options) {
-  if (!ReadSeed(raw.seed, options.seed)) return kSeedForm;
+  if (!ReadSeed(raw.seed, options.seed)) return seedForm;
   const auto generation = GenerationOf(raw.generation);
   if (!generation) return "--generation must be gateway, schema1, schema4 or schema5";
   options.generation = *generation;
@@ -123,12 +123,12 @@ std::string ReadTexts(const Raw& raw, Options& options) {
     if (!ReadUser(token, options.tokens)) return "--token must be NAME:TOKEN";
   }
   if (options.digest && options.users.empty()) return "--digest needs a --user";
-  if (raw.sessions) options.session_seconds = raw.session_seconds;
-  if (!raw.tls.empty() && !options.tls_self_signed.empty())
+  if (raw.sessions) options.sessionSeconds = raw.sessionSeconds;
+  if (!raw.tls.empty() && !options.tlsSelfSigned.empty())
     return "--tls and --tls-self-signed exclude each other";
   if (!raw.tls.empty()) {
-    options.tls_certificate = raw.tls[0];
-    options.tls_key = raw.tls[1];
+    options.tlsCertificate = raw.tls[0];
+    options.tlsKey = raw.tls[1];
   }
   if (const std::string error = ReadTranslation(raw, options); !error.empty()) return error;
   for (const std::string& fault : raw.faults) {
@@ -137,20 +137,20 @@ std::string ReadTexts(const Raw& raw, Options& options) {
     options.faults.push_back(fault);
   }
   if (!NormalizePrefix(options.prefix)) return "--prefix must be a path such as /vt";
-  while (!options.codebase_url.empty() && options.codebase_url.back() == '/') options.codebase_url.pop_back();
-  if (options.codebase_url.find_first_of("\r\n") != std::string::npos)
+  while (!options.codebaseUrl.empty() && options.codebaseUrl.back() == '/') options.codebaseUrl.pop_back();
+  if (options.codebaseUrl.find_first_of("\r\n") != std::string::npos)
     return "--codebase-url must be one line";
   return {};
 }
 
 void AddTranslationOptions(CLI::App& app, Raw& raw, Options& options) {
-  app.add_flag("--without-translation", raw.without_translation, "The translation add-on isn't installed");
-  app.add_option("--without-preference", options.missing_preferences,
+  app.add_flag("--without-translation", raw.withoutTranslation, "The translation add-on isn't installed");
+  app.add_option("--without-preference", options.missingPreferences,
                  "Name of an XLIFF preference to leave out; may come often")
       ->type_name("NAME")
       ->expected(1)
       ->take_all();
-  app.add_option("--xliff-folder", raw.xliff_folder,
+  app.add_option("--xliff-folder", raw.xliffFolder,
                  "How the XLIFF preferences name the folder for uploads: cabinet or path")
       ->type_name("cabinet|path")
       ->capture_default_str();
@@ -168,14 +168,14 @@ void AddAccessOptions(CLI::App& app, Raw& raw, Options& options) {
       ->take_all();
   app.add_flag("--digest", options.digest, "Passwords come by HTTP Digest and not by Basic");
   app.add_flag("--sessions", raw.sessions, "Sessions by cookie, each with a nonce of its own");
-  app.add_option("--session-seconds", raw.session_seconds, "A session ends after so long without a request")
+  app.add_option("--session-seconds", raw.sessionSeconds, "A session ends after so long without a request")
       ->type_name("N")
       ->check(CLI::Range(1, 1'000'000))
       ->capture_default_str();
   app.add_option("--tls", raw.tls, "Speak TLS with this certificate and its key, PEM files")
       ->type_name("CERT KEY")
       ->expected(2);
-  app.add_option("--tls-self-signed", options.tls_self_signed,
+  app.add_option("--tls-self-signed", options.tlsSelfSigned,
                  "Speak TLS with cert.pem and key.pem in this directory, made if missing")
       ->type_name("DIR");
 }
@@ -187,30 +187,30 @@ void AddRunOptions(CLI::App& app, Raw& raw, Options& options) {
       ->type_name("RULE")
       ->expected(1)
       ->take_all();
-  app.add_option("--max-connections", options.max_connections, "Most connections at one time")
+  app.add_option("--max-connections", options.maxConnections, "Most connections at one time")
       ->type_name("N")
       ->check(CLI::Range(16, 1'000'000))
       ->capture_default_str();
-  app.add_option("--max-upload", options.max_upload_bytes,
+  app.add_option("--max-upload", options.maxUploadBytes,
                  "Most bytes of a request's body; beyond it comes 413")
       ->type_name("BYTES");
-  app.add_option("--log", options.log_file, "File to append one line of JSON to for each request")
+  app.add_option("--log", options.logFile, "File to append one line of JSON to for each request")
       ->type_name("FILE");
   app.add_option("--check", raw.check, "Look at a state file, say what is wrong with it, and exit")
       ->type_name("STATE");
-  app.add_flag("--version-info", raw.print_version, "Print the program's own version and exit");
+  app.add_flag("--version-info", raw.printVersion, "Print the program's own version and exit");
 }
 
 void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.set_help_flag("--help,-h", "Print this and exit");
-  app.add_option("--bind", options.bind_address, "Address to listen on")
+  app.add_option("--bind", options.bindAddress, "Address to listen on")
       ->type_name("ADDRESS")
       ->capture_default_str();
   app.add_option("--port", options.port, "Port; 0 picks a free one")
       ->type_name("PORT")
       ->check(CLI::Range(0, 65535))
       ->capture_default_str();
-  app.add_option("--data", options.data_directory,
+  app.add_option("--data", options.dataDirectory,
                  "Directory of the database and the contents; made if missing")
       ->type_name("DIR")
       ->required();
@@ -218,7 +218,7 @@ void AddOptions(CLI::App& app, Raw& raw, Options& options) {
                  "Fill a new data directory with demo, empty, file:STATE or bulk:N[,SHAPE]")
       ->type_name("demo|empty|file:STATE|bulk:N")
       ->capture_default_str();
-  app.add_option("--large", options.seed.large_bytes, "Bytes of the demo's large content, D1009")
+  app.add_option("--large", options.seed.largeBytes, "Bytes of the demo's large content, D1009")
       ->type_name("BYTES")
       ->capture_default_str();
   app.add_option("--generation", raw.generation, "Which services the server offers")
@@ -228,39 +228,39 @@ void AddOptions(CLI::App& app, Raw& raw, Options& options) {
   app.add_option("--version", raw.version, "Server version to tell, as four numbers")
       ->type_name("A.B.C.D")
       ->capture_default_str();
-  app.add_option("--codebase-url", options.codebase_url, "Address that the server calls its own")
+  app.add_option("--codebase-url", options.codebaseUrl, "Address that the server calls its own")
       ->type_name("URL");
   app.add_option("--prefix", options.prefix, "Path in front of every route, such as /vt")->type_name("PATH");
-  app.add_option("--latency", options.latency_milliseconds, "Milliseconds to wait before each answer")
+  app.add_option("--latency", options.latencyMilliseconds, "Milliseconds to wait before each answer")
       ->type_name("MS");
-  app.add_option("--page-size", options.page_size, "Most rows of a page of OData")
+  app.add_option("--page-size", options.pageSize, "Most rows of a page of OData")
       ->type_name("N")
       ->check(CLI::Range(1, 1'000'000))
       ->capture_default_str();
-  app.add_option("--page-port", options.page_port, "Second port, where lists go on; 0 picks a free one")
+  app.add_option("--page-port", options.pagePort, "Second port, where lists go on; 0 picks a free one")
       ->type_name("PORT")
       ->check(CLI::Range(0, 65535));
-  app.add_option("--admin-port", options.admin_port,
+  app.add_option("--admin-port", options.adminPort,
                  "Port of 127.0.0.1 to control the server by; 0 picks a free one")
       ->type_name("PORT")
       ->check(CLI::Range(0, 65535));
-  app.add_option("--upload-port", options.upload_port,
+  app.add_option("--upload-port", options.uploadPort,
                  "Port that takes the bytes of documents; 0 picks a free one")
       ->type_name("PORT")
       ->check(CLI::Range(0, 65535))
       ->capture_default_str();
-  app.add_flag("--old-creation-factory", options.old_creation_factory,
+  app.add_flag("--old-creation-factory", options.oldCreationFactory,
                "The creation factory answers at its old address alone");
-  app.add_flag("--gateway-escapes", options.gateway_escapes,
+  app.add_flag("--gateway-escapes", options.gatewayEscapes,
                "The gateway lists names escaped, as newer ones do");
   AddTranslationOptions(app, raw, options);
   AddRunOptions(app, raw, options);
 }
 
-CommandLine Printed(std::string text, int exit_code) {
+CommandLine Printed(std::string text, int exitCode) {
   CommandLine line;
   line.text = std::move(text);
-  line.exit_code = exit_code;
+  line.exitCode = exitCode;
   return line;
 }
 
@@ -278,7 +278,7 @@ std::optional<CommandLine> Parse(CLI::App& app, int argc, const char* const* arg
 
 void AddExportOptions(CLI::App& app, ExportOptions& options, std::string& format) {
   app.set_help_flag("--help,-h", "Print this and exit");
-  app.add_option("--data", options.data_directory, "Directory of the database and the contents")
+  app.add_option("--data", options.dataDirectory, "Directory of the database and the contents")
       ->type_name("DIR")
       ->required();
   app.add_option("--out", options.out, "File to write, with longer contents in FILE.files beside it")
@@ -298,7 +298,7 @@ CommandLine ParseExport(int argc, const char* const* argv) {
   if (format != "yaml" && format != "json") return Printed("vantry-sim: --format must be yaml or json\n", 2);
   options.json = format == "json";
   CommandLine line;
-  line.export_options = std::move(options);
+  line.exportOptions = std::move(options);
   return line;
 }
 
@@ -312,7 +312,7 @@ std::vector<OptionText> TextsOf(const CLI::App& app) {
     const std::string value = option->get_type_name();
     if (option->get_type_size() != 0) text.value = value.substr(0, value.find(":INT in "));
     text.about = option->get_description();
-    text.default_value = option->get_default_str();
+    text.defaultValue = option->get_default_str();
     texts.push_back(std::move(text));
   }
   return texts;
@@ -321,10 +321,10 @@ std::vector<OptionText> TextsOf(const CLI::App& app) {
 /// `--generate WHAT`, for whoever builds or packages the program.
 CommandLine Generated(std::string_view what) {
   CommandLine line;
-  line.print_routes = what == "routes";
+  line.printRoutes = what == "routes";
   if (what == "manual") line.text = TextsOfProgram().ManualPage();
   if (what == "completion") line.text = TextsOfProgram().BashCompletion();
-  if (line.text.empty() && !line.print_routes)
+  if (line.text.empty() && !line.printRoutes)
     return Printed("vantry-sim: --generate takes manual, completion or routes\n", 2);
   return line;
 }
@@ -335,10 +335,10 @@ ProgramTexts TextsOfProgram() {
   CLI::App server, exports;
   Raw raw;
   Options options;
-  ExportOptions export_options;
+  ExportOptions exportOptions;
   std::string format;
   AddOptions(server, raw, options);
-  AddExportOptions(exports, export_options, format);
+  AddExportOptions(exports, exportOptions, format);
   return {TextsOf(server), TextsOf(exports)};
 }
 
@@ -366,7 +366,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
   if (const std::string error = ReadTexts(raw, options); !error.empty()) {
     return Printed("vantry-sim: " + error + "\n", 2);
   }
-  options.seed.asked_for = app.count("--seed") > 0;
+  options.seed.askedFor = app.count("--seed") > 0;
   CommandLine line;
   line.options = std::move(options);
   return line;

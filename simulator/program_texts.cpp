@@ -35,14 +35,14 @@ std::string Terms(const std::vector<OptionText>& options) {
     out += ".TP\n.B " + Escaped(NamesOf(option, ", "));
     if (!option.value.empty()) out += " \\fI" + Escaped(option.value) + "\\fP";
     out += "\n" + Escaped(option.about) + ".";
-    if (!option.default_value.empty()) out += " Without it: " + Escaped(option.default_value) + ".";
+    if (!option.defaultValue.empty()) out += " Without it: " + Escaped(option.defaultValue) + ".";
     out += "\n";
   }
   return out;
 }
 
-constexpr std::string_view kFront = R"(.TH VANTRY\-SIM 1 "" "vantry\-sim )" VANTRY_SIM_VERSION
-                                    R"(" "User Commands"
+constexpr std::string_view frontMatter = R"(.TH VANTRY\-SIM 1 "" "vantry\-sim )" VANTRY_SIM_VERSION
+                                         R"(" "User Commands"
 .SH NAME
 vantry\-sim \- a Vantry server to try clients on
 .SH SYNOPSIS
@@ -69,7 +69,7 @@ the requests; it shows a live view to a browser, and describes itself at openapi
 first address show the repository.
 .SH OPTIONS
 )";
-constexpr std::string_view kFiles = R"(.SH EXIT STATUS
+constexpr std::string_view files = R"(.SH EXIT STATUS
 0 after SIGTERM or SIGINT; 1 if it could not start, or if a state file has something wrong with it; 2 for bad usage.
 .SH FILES
 .TP
@@ -85,7 +85,7 @@ States that were kept by the admin port.
 README.md of vantry\-sim tells the routes, the faults, the state files and the admin port.
 )";
 
-/// What is offered behind an option that takes a value.
+/// What is offered after an option that takes a value.
 std::string Offer(const std::string& value) {
   if (value == "DIR") return "compopt -o filenames; mapfile -t COMPREPLY < <(compgen -d -- \"$word\")";
   if (value == "FILE" || value == "STATE" || value == "CERT KEY")
@@ -123,9 +123,9 @@ std::string Row(const Router::Listed& route) {
 }  // namespace
 
 std::string ProgramTexts::ManualPage() const {
-  return std::string(kFront) + Terms(server) + ".SH EXPORT\nThe command\n.B export\n" +
+  return std::string(frontMatter) + Terms(server) + ".SH EXPORT\nThe command\n.B export\n" +
          "writes what a data directory holds as a state file, while no server uses it.\n" +
-         Terms(export_command) + std::string(kFiles);
+         Terms(exportCommand) + std::string(files);
 }
 
 std::string ProgramTexts::BashCompletion() const {
@@ -133,7 +133,7 @@ std::string ProgramTexts::BashCompletion() const {
          "_vantry_sim() {\n"
          "  local word=\"${COMP_WORDS[COMP_CWORD]}\" previous=\"${COMP_WORDS[COMP_CWORD-1]}\" words\n"
          "  if [ \"${COMP_WORDS[1]}\" = export ] && ((COMP_CWORD > 1)); then\n" +
-         Branch(export_command, "") + "  else\n" + Branch(server, "export ") +
+         Branch(exportCommand, "") + "  else\n" + Branch(server, "export ") +
          "  fi\n"
          "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$word\")\n"
          "}\n"

@@ -12,13 +12,13 @@ struct OptionText {
   std::vector<std::string> names;  ///< such as "--help" and "-h"
   std::string value;  ///< a word for it, such as PORT, or words parted by "|"; empty: it takes none
   std::string about;
-  std::string default_value;
+  std::string defaultValue;
 };
 
 /// What is installed beside the program, made from its own tables.
 struct ProgramTexts {
   std::vector<OptionText> server;
-  std::vector<OptionText> export_command;
+  std::vector<OptionText> exportCommand;
 
   /// A manual page, in the language of man.
   [[nodiscard]] std::string ManualPage() const;

@@ -24,15 +24,15 @@ std::string_view OriginForm(std::string_view target) {
 
 Simulator::Simulator(Options options)
     : options_(std::move(options)),
-      first_generation_(options_.generation),
+      firstGeneration_(options_.generation),
       users_(options_.users, options_.tokens),
       authenticator_(users_, options_.digest),
       faults_(options_.faults),
       data_(std::make_unique<DataDirectory>(options_)) {
   data_->database().SetClock(clock_);
-  nonces_ = std::make_unique<Nonces>(data_->database(), clock_, options_.session_seconds);
+  nonces_ = std::make_unique<Nonces>(data_->database(), clock_, options_.sessionSeconds);
   context_ = std::make_unique<ServiceContext>(
-      ServiceContext{options_, data_->database(), data_->contents(), options_.bind_address, *nonces_});
+      ServiceContext{options_, data_->database(), data_->contents(), options_.bindAddress, *nonces_});
   AddRoutes();
 }
 
@@ -80,7 +80,7 @@ void Simulator::TakeUpState() {
 
 bool Simulator::Reset() {
   if (!snapshots().RestoreSeed(data_->database())) return false;
-  if (options_.generation != first_generation_) SetGeneration(first_generation_);
+  if (options_.generation != firstGeneration_) SetGeneration(firstGeneration_);
   faults_.Reset(options_.faults);
   users_.Reset();
   clock_.Reset();
@@ -144,7 +144,7 @@ Response Simulator::Route(Request& request) {
   const TargetParts parts = SplitTarget(OriginForm(request.target));
   auto query = ParseQuery(parts.query);
   if (!query)
-    return ErrorResponse(400, "bad-escape", "a % in the query has no two hexadecimal digits behind it");
+    return ErrorResponse(400, "bad-escape", "a % in the query has no two hexadecimal digits after it");
   request.query = std::move(*query);
 
   std::string_view path = parts.path;

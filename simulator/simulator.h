@@ -38,13 +38,13 @@ class Simulator {
   [[nodiscard]] const Options& options() const { return options_; }
 
   /// The address for requests whose Host header is of no use, e.g. "127.0.0.1:8080". Call before Handle.
-  void SetOwnAddress(std::string address) { context_->own_address = std::move(address); }
+  void SetOwnAddress(std::string address) { context_->ownAddress = std::move(address); }
 
   /// The port where lists go on. Call before Handle; without it they go on where they began.
-  void SetPagePort(int port) { context_->page_port = port; }
+  void SetPagePort(int port) { context_->pagePort = port; }
 
   /// The port that takes uploads. Call before Handle; without it none are taken.
-  void SetUploadPort(int port) { context_->upload_port = port; }
+  void SetUploadPort(int port) { context_->uploadPort = port; }
 
   /// What goes wrong; counted over all ports together.
   [[nodiscard]] FaultTable& faults() { return faults_; }
@@ -105,7 +105,7 @@ class Simulator {
   void AddRoutes();
 
   Options options_;
-  const Generation first_generation_;
+  const Generation firstGeneration_;
   ServerClock clock_;
   UserDirectory users_;
   Authenticator authenticator_;

@@ -9,7 +9,7 @@ namespace lxservices::cms_interface::vantry {
 
 bool LinkXliffDocument(ServerContext& server, const std::string& sourceId, const std::string& xliffId) {
   const FailureStep step("link the XLIFF document");
-  // The ids go in as they stand, with no escaping: that is the body that servers know.
+  // The ids go in as they are, with no escaping: that is the body that servers know.
   const ScopedTempPath body(WriteTextFile(
       MakeTempFile("upload", "json"),
       "{ \"oidForQ7zkDocument\":\"" + sourceId + "\", \"oidForXliffDocument\":\"" + xliffId + "\" }"));

@@ -11,7 +11,7 @@ namespace lxservices::cms_interface::vantry {
 using XliffPreferences = std::map<std::string, std::string>;
 
 /// Asks the server for the preferences of a document. One GET a page, on this thread. A later value of a name
-/// overrides an earlier one; after a failed page, what was read before it stands.
+/// overrides an earlier one; after a failed page, what was read before it stays.
 [[nodiscard]] XliffPreferences GetXliffPreferences(ServerContext& server, const std::string& documentId,
                                                    const std::string& sourceLanguage);
 

@@ -35,7 +35,7 @@ std::optional<FileInfo> CheckinDocument(ServerContext& server, const CheckoutId&
   const std::string& working = WorkingDocumentId(id);
   const auto after = id.temporary ? AfterCheckin::LeavesWorkspace : AfterCheckin::StaysInWorkspace;
   const auto result = PostCheckin(server, id.workspace, working, after);
-  // Both lines were written for a workspace number; a workspace's id is a text.
+  // The lines were made for a workspace number. A workspace's id is a text, so the text is written.
   if (!result) {
     TracerFor(Follows())(dp::TraceType::Error, "Failed to check-in document id %s on workspace %s\n",
                          working.c_str(), id.workspace.c_str());

@@ -19,7 +19,7 @@ namespace lxservices::cms_interface::vantry {
 [[nodiscard]] std::optional<FileInfo> CheckoutDocument(ServerContext& server, const CheckoutId& id);
 
 /// The one POST of a checkout.
-/// @param masterId  names the master that may stand in the workspace already; none sends no resolution
+/// @param masterId  names the master that may be in the workspace already; none sends no resolution
 /// @return the working copy, blank, and traced, when the answer is no JSON; nothing, traced, for a status
 ///         outside 200 to 299
 [[nodiscard]] std::optional<DocumentRecord> PostCheckout(ServerContext& server,

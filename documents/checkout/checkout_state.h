@@ -8,7 +8,7 @@
 
 namespace lxservices::cms_interface {
 
-/// Where a document stands, as the server tells it.
+/// The state of a document, as the server tells it.
 struct VtCheckoutState {
   bool inWorkspace = false;
   bool inUserWorkspace = false;
@@ -20,7 +20,7 @@ struct VtCheckoutState {
 
 namespace vantry {
 
-/// Reads where a document stands: one GET on this thread, and a second one unless the id is that of a
+/// Reads the state of a document: one GET on this thread, and a second one unless the id is that of a
 /// temporary checkout.
 /// @param id  its document is read
 /// @return nothing, traced, when the document could not be read. Whether it is a working copy may have been

@@ -17,7 +17,7 @@ struct VerifiedCheckout {
 
 /// Looks a remembered checkout up on the server. One in a temporary workspace that is out of date is renewed:
 /// undone and checked out again, which gives it another id. Requests on this thread.
-/// @return nothing when the checkout no longer stands and is none to renew, or when its state cannot be read
+/// @return nothing when the checkout no longer exists and is none to renew, or when its state cannot be read
 [[nodiscard]] std::optional<VerifiedCheckout> VerifyCheckout(ServerContext& server, const CheckoutId& id);
 
 }  // namespace lxservices::cms_interface::vantry

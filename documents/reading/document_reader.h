@@ -8,7 +8,7 @@
 ///
 /// All of them give false, and leave the record alone, only for a value that is no object. No key is needed;
 /// a member that is absent or of another type leaves its field at the default, unknown members are passed
-/// over, and of a member that stands twice the later wins, while lists grow.
+/// over, and of a member that is there twice the later wins, while lists grow.
 namespace lxservices::cms_interface::vantry {
 
 /// The scalars of a summary without its master.
@@ -16,7 +16,7 @@ bool ReadDocumentBase(const rapidjson::Value& value, DocumentSummary& record);
 /// ReadDocumentBase and the master.
 bool ReadDocumentSummary(const rapidjson::Value& value, DocumentSummary& record);
 /// ReadDocumentSummary and location, dependencies, contents and attributes. An element of a list that is no
-/// object is dropped; among the primary sections it stands as an empty record.
+/// object is dropped; among the primary sections it becomes an empty record.
 bool ReadDocumentRecord(const rapidjson::Value& value, DocumentRecord& record);
 /// The member "epmMaster" of a document, as ReadEpmMaster; nothing happens without one.
 void ReadMasterOf(const rapidjson::Value& document, EpmMasterRecord& master);

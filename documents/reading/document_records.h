@@ -16,6 +16,7 @@ struct EpmMasterRecord {
   std::string subCategory;
   std::string cadName;  ///< file-like name of the document on the server
   std::string authoringApplication;
+  bool operator==(const EpmMasterRecord&) const = default;
 };
 
 /// One iteration of a document, as lists hold it.
@@ -35,6 +36,7 @@ struct DocumentSummary {
   std::string checkoutToFolderName;
   bool isDerived = false;
   EpmMasterRecord master;
+  bool operator==(const DocumentSummary&) const = default;
 };
 
 /// A relation to the document that this one was made from.
@@ -51,6 +53,7 @@ struct DerivedSourceDependency {
   bool isPlaceHolder = false;
   bool isDerived = false;
   bool hasCompleteDependencies = false;
+  bool operator==(const DerivedSourceDependency&) const = default;
 };
 
 /// A file of a document.
@@ -66,6 +69,7 @@ struct ContentRecord {
   std::vector<std::string> contentUrl;  ///< absolute URLs
   std::uint64_t fileSize = 0;           ///< bytes
   bool fileSizeTold = false;            ///< whether the server told it: an empty file has 0 too
+  bool operator==(const ContentRecord&) const = default;
 };
 
 struct FileBasedAttribute {
@@ -73,6 +77,7 @@ struct FileBasedAttribute {
   std::string attributeName;
   std::string valueType;
   std::string value;
+  bool operator==(const FileBasedAttribute&) const = default;
 };
 
 /// One iteration of a document with all that it holds.
@@ -85,6 +90,7 @@ struct DocumentRecord : DocumentSummary {
   std::vector<ContentRecord> contentSections;  ///< primary content; a download fetches the first
   std::vector<ContentRecord> secondaryContents;
   std::vector<FileBasedAttribute> fileBasedAttributes;
+  bool operator==(const DocumentRecord&) const = default;
 };
 
 struct WorkspaceRecord {
@@ -92,6 +98,7 @@ struct WorkspaceRecord {
   std::string name;
   std::string description;
   std::string contextId;
+  bool operator==(const WorkspaceRecord&) const = default;
 };
 
 }  // namespace lxservices::cms_interface::vantry

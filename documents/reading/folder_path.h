@@ -7,12 +7,12 @@
 
 namespace lxservices::cms_interface::vantry {
 
-/// Where a document stands among the folders of its context, without the context itself. Pure.
+/// Where a document is among the folders of its context, without the context itself. Pure.
 ///
 /// "/Gadget/Sub/Deep" in the context "Gadget" gives "/Sub/Deep". A document directly under the context has a
-/// path only when its folder is the context's cabinet; any other stands in no folder, such as one that has
+/// path only when its folder is the context's cabinet; any other is in no folder, such as one that has
 /// never left a workspace.
-/// @return nothing when the document stands in no folder of its context
+/// @return nothing when the document is in no folder of its context
 [[nodiscard]] std::optional<std::string> GetFolderPathInContext(const DocumentRecord& record);
 
 }  // namespace lxservices::cms_interface::vantry

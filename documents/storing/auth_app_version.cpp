@@ -35,7 +35,7 @@ void EnsureAuthAppVersion(ServerContext& server) {
 
 std::string RegisterAuthAppVersion(ServerContext& server, const std::string& version) {
   const FailureStep step("register the application version");
-  // The blanks are part of the format; the version stands without quotes and must be a number.
+  // The blanks are part of the format; the version is without quotes and must be a number.
   const ScopedTempPath body(
       WriteTextFile(du::FileSystem::MkTempFile(nullptr, "register", "json"),
                     "[{ \"authoringApplication\":\"" + AuthoringApplicationOrDefault(server) +

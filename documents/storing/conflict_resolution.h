@@ -15,7 +15,7 @@ struct ConflictResolution {
   std::string_view type;
 };
 
-/// Check-out: the object stands in the workspace already. The server's own spelling of the code.
+/// Check-out: the object is in the workspace already. The server's own spelling of the code.
 inline constexpr ConflictResolution checkoutResolution{
     "vn.epm.util.EPMConflictType.WORKASPACE_ADD_EXISTING_OBJECT",
     "vn.epm.util.EPMResolutionType.WORKSPACE_SUBSTITUTE_EXISTING_OBJECT", "vn.epm.EPMDocumentMaster"};

@@ -22,9 +22,10 @@ struct UploadedContent {
 ///         large, before anything is stored
 /// @param paths     a file that cannot be opened, such as a directory, is left out of the body
 /// @param progress  may be empty; told about the body sent
-/// @return with Ok one entry for each path, in the order of the paths; Refused without a usable ticket and for a refused upload; ServerError when the staging file
-///         cannot be made, or, traced, not be written whole, and then nothing is sent to where the ticket
-///         says; TooLarge for a body above the server's limit
+/// @return with Ok one entry for each path, in the order of the paths; Refused without a usable ticket and for
+///         a refused upload; ServerError when the staging file cannot be made, or, traced, not be written
+///         whole, and then nothing is sent to where the ticket says; TooLarge for a body above the server's
+///         limit
 Result<std::vector<UploadedContent>> UploadContents(ServerContext& server,
                                                     const std::vector<std::string>& paths,
                                                     du::http::ProgressFunction progress);

@@ -15,7 +15,7 @@ namespace lxservices::cms_interface::vantry {
 class JsonPost {
  public:
   /// @param body  its compact JSON text is sent; when the file for it cannot be made, the request goes
-  /// without
+  ///              without a body
   JsonPost(ServerContext& server, const std::string& path, const rapidjson::Value& body);
 
   [[nodiscard]] RestStream& response() { return response_; }

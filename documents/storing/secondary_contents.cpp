@@ -38,7 +38,7 @@ void CarryForward(const DocumentRecord& document, JsonAllocator& allocator, rapi
 rapidjson::Value MakeSecondaryContents(const InstructionParts& parts, const std::string& primaryFileName,
                                        JsonAllocator& allocator) {
   rapidjson::Value contents(rapidjson::kArrayType);
-  // A creation doesn't ask for the switch, so a host may still set it behind one.
+  // A creation doesn't ask for the switch, so a host may still set it after one.
   if (parts.document != nullptr && !DiscardSecondaryContent()) {
     CarryForward(*parts.document, allocator, contents);
   }

@@ -11,7 +11,7 @@ namespace lxservices::cms_interface::vantry {
 
 /// What the server gives out for one upload.
 struct UploadTicket {
-  std::string masterUrl;               ///< goes back to the server as it stands
+  std::string masterUrl;               ///< goes back to the server as it is
   std::string uploadUrl;               ///< absolute; receives the upload, maybe on another host
   std::vector<std::string> fileNames;  ///< one part name for each requested file
   std::vector<std::string> streamIds;  ///< one stream id, decimal digits, for each requested file

@@ -62,7 +62,7 @@ class TriedNames {
 
 // A name that no workspace in the list has; empty when none is found. The generator draws from the second of
 // the call, so its tries are worth something only when a second passes between them; the numbered names
-// behind them do not depend on that.
+// after them do not depend on that.
 std::string FindFreeName(const WorkspaceList& workspaces, std::string_view prefix, Clock clock,
                          TriedNames& tried) {
   for (int tries = 0; tries < nameTries; ++tries) {

@@ -19,7 +19,7 @@ namespace lxservices::cms_interface::vantry {
                                                              const std::string& name,
                                                              const std::optional<std::string>& description);
 
-/// Deletes a workspace with what stands in it: one POST.
+/// Deletes a workspace with what is in it: one POST.
 /// @return whether the status was in 200 to 299
 [[nodiscard]] bool DeleteWorkspace(ServerContext& server, const std::string& workspaceId);
 

@@ -10,7 +10,7 @@ namespace {
 
 /// Neither passwords nor tokens are ever told.
 void WriteUser(JsonText& json, const UserDirectory::Listed& user) {
-  json.StartObject().Member("name", user.name).Member("password", user.has_password);
+  json.StartObject().Member("name", user.name).Member("password", user.hasPassword);
   json.Member("tokens", static_cast<std::int64_t>(user.tokens)).EndObject();
 }
 
@@ -63,7 +63,7 @@ Response ListSessions(Simulator& simulator) {
             .Member("number", static_cast<std::int64_t>(session.number))
             .Member("user", session.user);
         json.Member("began", Timestamp(session.began))
-            .Member("lastUsed", Timestamp(session.last_used))
+            .Member("lastUsed", Timestamp(session.lastUsed))
             .EndObject();
       }
       json.EndArray().EndObject();

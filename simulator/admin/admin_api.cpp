@@ -11,9 +11,9 @@ namespace {
 std::string_view HostWithoutPort(std::string_view host) {
   const auto colon = host.rfind(':');
   const auto bracket = host.rfind(']');
-  const bool has_port =
+  const bool hasPort =
       colon != std::string_view::npos && (bracket == std::string_view::npos || colon > bracket);
-  return has_port ? host.substr(0, colon) : host;
+  return hasPort ? host.substr(0, colon) : host;
 }
 
 /// A page from elsewhere may have its own name lead here, and then ask as if it were from here.
@@ -31,7 +31,7 @@ Response File(std::string_view name) {
   const EmbeddedFile* file = FindEmbeddedFile(name);
   if (file == nullptr) return ErrorResponse(404, "no-such-file", "this program has no such file in it");
   Response response;
-  response.content_type = file->type;
+  response.contentType = file->type;
   response.body = file->bytes;
   response.headers = PageHeaders();
   return response;
@@ -62,7 +62,7 @@ Response AdminApi::Handle(Request& request) {
   const TargetParts parts = SplitTarget(request.target);
   auto query = ParseQuery(parts.query);
   if (!query)
-    return ErrorResponse(400, "bad-escape", "a % in the query has no two hexadecimal digits behind it");
+    return ErrorResponse(400, "bad-escape", "a % in the query has no two hexadecimal digits after it");
   request.query = std::move(*query);
   request.path = parts.path;
   return router_.Dispatch(request, request.path);

@@ -47,7 +47,7 @@ void AddStateRoutes(Router& router, Simulator& simulator);
 void AddTrafficRoutes(Router& router, Simulator& simulator);
 /// Who may come in: users and sessions.
 void AddAccessRoutes(Router& router, Simulator& simulator);
-/// Documents, changed behind the backs of clients.
+/// Documents, changed without the clients knowing.
 void AddDocumentControlRoutes(Router& router, Simulator& simulator);
 
 }  // namespace vantry_sim

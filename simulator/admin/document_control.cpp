@@ -10,17 +10,17 @@
 namespace vantry_sim {
 namespace {
 
-constexpr const char* kWorkspaceName = "Made by the admin port";
+constexpr const char* workspaceName = "Made by the admin port";
 
 /// The primary content of a new iteration: other bytes, or those of the version before.
 Refusal AddPrimary(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
                    DocumentInstruction& instruction) {
-  const auto before = ContentsOf(context.database, document.key, ContentRole::kPrimary);
+  const auto before = ContentsOf(context.database, document.key, ContentRole::Primary);
   if (!change.content) {
     for (const ContentRow& content : before) {
       if (!content.stream) continue;
       const std::string receipt = GiveReceipt(context.database, change.user, *content.stream);
-      instruction.primary.push_back({content.category, content.file_name, false, *content.stream, receipt});
+      instruction.primary.push_back({content.category, content.fileName, false, *content.stream, receipt});
     }
     if (!instruction.primary.empty()) return std::nullopt;
     return ErrorResponse(409, "no-content", document.oid + " has no content, so give one");
@@ -31,8 +31,8 @@ Refusal AddPrimary(const ServiceContext& context, const DocumentRow& document, c
       .Bind(stream, static_cast<std::int64_t>(change.content->size()))
       .Run();
   const std::string receipt = GiveReceipt(context.database, change.user, stream);
-  const std::string category = before.empty() ? document.sub_category : before.front().category;
-  const std::string name = before.empty() ? "{$CAD_NAME}" : before.front().file_name;
+  const std::string category = before.empty() ? document.subCategory : before.front().category;
+  const std::string name = before.empty() ? "{$CAD_NAME}" : before.front().fileName;
   instruction.primary.push_back({category, name, false, stream, receipt});
   return std::nullopt;
 }
@@ -69,9 +69,9 @@ Refusal WorkspaceFor(const ServiceContext& context, const DocumentRow& document,
     workspace = *found;
     return std::nullopt;
   }
-  const auto all = WorkspacesOf(context.database, document.context_oid, change.user);
+  const auto all = WorkspacesOf(context.database, document.contextOid, change.user);
   workspace = all.empty()
-                  ? MakeWorkspace(context.database, document.context_key, change.user, kWorkspaceName, "")
+                  ? MakeWorkspace(context.database, document.contextKey, change.user, workspaceName, "")
                   : all.front();
   return std::nullopt;
 }
@@ -90,16 +90,16 @@ Refusal IterateAs(const ServiceContext& context, const DocumentRow& document, co
                   std::string& id) {
   DocumentInstruction instruction;
   instruction.id = document.oid;
-  instruction.cad_name = document.cad_name;
-  instruction.auth_app_version = document.auth_app_version;
-  instruction.nd_version = document.nd_version;
+  instruction.cadName = document.cadName;
+  instruction.authAppVersion = document.authAppVersion;
+  instruction.ndVersion = document.ndVersion;
   if (auto refusal = AddPrimary(context, document, change, instruction)) return refusal;
-  for (const ContentRow& content : ContentsOf(context.database, document.key, ContentRole::kSecondary)) {
-    if (content.is_forwardable)
+  for (const ContentRow& content : ContentsOf(context.database, document.key, ContentRole::Secondary)) {
+    if (content.isForwardable)
       instruction.secondary.push_back(
-          {content.category, content.file_name, content.is_hidden, std::nullopt, {}});
+          {content.category, content.fileName, content.isHidden, std::nullopt, {}});
   }
-  if (auto refusal = IterateDocument(context.database, change.user, document.context_oid, instruction,
+  if (auto refusal = IterateDocument(context.database, change.user, document.contextOid, instruction,
                                      Resolutions::OfAll(), id)) {
     return refusal;
   }
@@ -142,11 +142,11 @@ Refusal SetAttributes(const ServiceContext& context, const DocumentRow& document
   return std::nullopt;
 }
 
-void Delete(const ServiceContext& context, const DocumentRow& document, bool version_alone) {
-  if (version_alone) {
+void Delete(const ServiceContext& context, const DocumentRow& document, bool versionAlone) {
+  if (versionAlone) {
     DeleteVersion(context.database, document);
   } else {
-    DeleteDocument(context.database, document.master_key);
+    DeleteDocument(context.database, document.masterKey);
   }
 }
 

@@ -12,7 +12,7 @@
 
 namespace vantry_sim {
 
-/// What somebody does to a document behind the backs of clients.
+/// What somebody does to a document without the clients knowing.
 struct DocumentChange {
   std::string user;
   std::string comment;
@@ -21,7 +21,7 @@ struct DocumentChange {
   std::vector<std::pair<std::string, std::string>> attributes;  ///< added to those that it has
 };
 
-// Each of these is to be called in a transaction, which is to be rolled back behind a refusal, and gives the
+// Each of these is to be called in a transaction, which is to be rolled back after a refusal, and gives the
 // id of the version or the working copy that came of it. What a server would refuse to everybody is refused
 // here too; conflicts that a client would be asked about are resolved.
 
@@ -44,6 +44,6 @@ Refusal UndoAs(const ServiceContext& context, const DocumentRow& document, const
 Refusal SetAttributes(const ServiceContext& context, const DocumentRow& document,
                       const DocumentChange& change, std::string& id);
 /// Deletes a document, or one version alone.
-void Delete(const ServiceContext& context, const DocumentRow& document, bool version_alone);
+void Delete(const ServiceContext& context, const DocumentRow& document, bool versionAlone);
 
 }  // namespace vantry_sim

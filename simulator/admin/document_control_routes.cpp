@@ -10,7 +10,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::int64_t kMostListed = 10'000;
+constexpr std::int64_t mostListed = 10'000;
 
 void WriteListed(JsonText& json, const Statement& row) {
   json.StartObject().Member("id", row.Text(0)).Member("cadName", row.Text(1)).Member("name", row.Text(2));
@@ -27,7 +27,7 @@ Response List(const ServiceContext& context, const Request& request) {
       "u.id = k.user "
       "WHERE i.is_latest = 1 AND (?1 = '' OR m.cad_name = ?1) AND (?2 = '' OR m.number = ?2) ORDER BY i.id "
       "LIMIT ?3");
-  statement.Bind(request.Query("cadName").value_or(""), request.Query("number").value_or(""), kMostListed);
+  statement.Bind(request.Query("cadName").value_or(""), request.Query("number").value_or(""), mostListed);
   return AdminAnswer([&](JsonText& json) {
     json.StartObject().Key("documents").StartArray();
     while (statement.Step()) WriteListed(json, statement);
@@ -43,11 +43,11 @@ Response NoSuchDocument(const std::string& id) {
 Response One(const ServiceContext& context, const std::string& id) {
   const Fixture fixture = ExportFixture(context.database, context.contents);
   for (const FixtureDocument& document : fixture.documents) {
-    const bool has_it = std::any_of(document.versions.begin(), document.versions.end(),
-                                    [&](const FixtureVersion& version) { return version.id == id; });
-    if (!has_it && (!document.checkout || document.checkout->id != id)) continue;
+    const bool hasIt = std::any_of(document.versions.begin(), document.versions.end(),
+                                   [&](const FixtureVersion& version) { return version.id == id; });
+    if (!hasIt && (!document.checkout || document.checkout->id != id)) continue;
     const auto out = MakeJsonOutput();
-    WriteFixtureDocument(*out, fixture, document, {FixtureBytesForm::Kind::kReferences});
+    WriteFixtureDocument(*out, fixture, document, {FixtureBytesForm::Kind::References});
     Response response;
     response.body = out->Take();
     return response;
@@ -76,7 +76,7 @@ Refusal ReadChange(const Request& request, const std::vector<std::string_view>& 
   std::optional<JsonDocument> body;
   if (auto refusal = ReadAdminBody(request, members, body)) return refusal;
   std::string problem;
-  change.user = kOpenServerUser;
+  change.user = openServerUser;
   JsonMembers reader(body->Root(), problem);
   reader.Text("user", change.user).Text("comment", change.comment).Text("workspace", change.workspace);
   if (reader.Has("content")) reader.Text("content", change.content.emplace());

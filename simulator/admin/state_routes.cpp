@@ -13,7 +13,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::int64_t kLongestStep = 100LL * 366 * 86'400 * 1000;
+constexpr std::int64_t longestStep = 100LL * 366 * 86'400 * 1000;
 
 /// Runs something and answers with the time that it took. @return what `run` refuses
 Response Timed(const std::function<Refusal()>& run) {
@@ -32,9 +32,9 @@ Response Status(const ServiceContext& context) {
   const auto scheme = SpeaksTls(context.options) ? "https://" : "http://";
   return AdminAnswer([&](JsonText& json) {
     json.StartObject().Member("program", "vantry-sim").Member("version", VANTRY_SIM_VERSION);
-    json.Member("url", scheme + context.own_address + context.options.prefix + "/");
+    json.Member("url", scheme + context.ownAddress + context.options.prefix + "/");
     json.Member("generation", WordOf(context.options.generation));
-    json.Member("dataDirectory", context.options.data_directory).EndObject();
+    json.Member("dataDirectory", context.options.dataDirectory).EndObject();
   });
 }
 
@@ -114,9 +114,9 @@ Response GetTree(Simulator& simulator, const Request& request) {
     const auto out = format == "json" ? MakeJsonOutput() : MakeYamlOutput();
     WriteFixture(
         *out, fixture,
-        {contents == "inline" ? FixtureBytesForm::Kind::kInline : FixtureBytesForm::Kind::kReferences});
+        {contents == "inline" ? FixtureBytesForm::Kind::Inline : FixtureBytesForm::Kind::References});
     Response response;
-    if (format == "yaml") response.content_type = "application/yaml;charset=UTF-8";
+    if (format == "yaml") response.contentType = "application/yaml;charset=UTF-8";
     response.body = out->Take();
     return response;
   });
@@ -124,7 +124,7 @@ Response GetTree(Simulator& simulator, const Request& request) {
 
 /// The state of a body, JSON or YAML by its type.
 std::optional<JsonDocument> ReadTree(const Request& request, FixtureProblem& problem) {
-  if (request.content_type.find("yaml") != std::string::npos) return ReadYaml(request.body, problem);
+  if (request.contentType.find("yaml") != std::string::npos) return ReadYaml(request.body, problem);
   JsonProblem json;
   auto document = ReadJson(request.body, &json, 100);
   if (!document) problem = {json.line, json.reason};
@@ -206,7 +206,7 @@ Response AdvanceClock(Simulator& simulator, const Request& request) {
   std::string problem;
   std::int64_t step = 0;
   JsonMembers(body->Root(), problem).Number("milliseconds", step, true);
-  if (problem.empty() && (step > kLongestStep || step < -kLongestStep))
+  if (problem.empty() && (step > longestStep || step < -longestStep))
     problem = "milliseconds is a century at most";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   simulator.clock().Advance(step);

@@ -8,7 +8,7 @@ namespace vantry_sim {
 namespace {
 
 /// The longest that a request may wait for others.
-constexpr std::uint64_t kLongestWait = 60'000;
+constexpr std::uint64_t longestWait = 60'000;
 
 void WriteFault(JsonText& json, const FaultEntry& fault) {
   json.StartObject().Member("id", static_cast<std::int64_t>(fault.id)).Member("rule", fault.text);
@@ -73,9 +73,9 @@ void WriteRequest(JsonText& json, const RememberedRequest& request) {
   } else {
     json.Raw(request.body);
   }
-  json.Member("bodyBytes", static_cast<std::int64_t>(request.body_size)).Member("done", request.done);
+  json.Member("bodyBytes", static_cast<std::int64_t>(request.bodySize)).Member("done", request.done);
   json.Member("user", request.user).Member("status", static_cast<std::int64_t>(request.status));
-  json.Member("answerBytes", static_cast<std::int64_t>(request.answer_bytes));
+  json.Member("answerBytes", static_cast<std::int64_t>(request.answerBytes));
   json.Member("microseconds", static_cast<std::int64_t>(request.duration.count())).Key("fault");
   if (request.fault != 0) {
     json.Number(static_cast<std::int64_t>(request.fault));
@@ -118,23 +118,23 @@ std::optional<RequestFilter> FilterOf(const Request& request, std::string& probl
 
 Response ListRequests(Simulator& simulator, const Request& request) {
   for (const auto& [name, value] : request.query) {
-    constexpr std::string_view kNames[] = {"method", "path", "since", "status", "state", "count", "wait"};
-    if (std::find(std::begin(kNames), std::end(kNames), name) == std::end(kNames))
+    constexpr std::string_view names[] = {"method", "path", "since", "status", "state", "count", "wait"};
+    if (std::find(std::begin(names), std::end(names), name) == std::end(names))
       return ErrorResponse(400, "bad-parameter", "nothing is known of the parameter " + name);
   }
   std::string problem;
   const auto filter = FilterOf(request, problem);
   const std::uint64_t count = NumberOf(request, "count", 1, 10'000, problem);
-  const std::uint64_t wait = NumberOf(request, "wait", 0, kLongestWait, problem);
+  const std::uint64_t wait = NumberOf(request, "wait", 0, longestWait, problem);
   if (!filter || !problem.empty()) return ErrorResponse(400, "bad-parameter", problem);
   std::uint64_t mark = 0;
   const auto requests = simulator.history().Wait(*filter, request.Query("wait") ? count : 0,
                                                  std::chrono::milliseconds(wait), &mark);
-  const bool in_time = !request.Query("wait") || requests.size() >= count;
+  const bool inTime = !request.Query("wait") || requests.size() >= count;
   return AdminAnswer(
       [&](JsonText& json) {
         json.StartObject();
-        if (!in_time) {
+        if (!inTime) {
           json.Key("error").StartObject().Member("code", "timeout");
           json.Member("message", "only " + std::to_string(requests.size()) + " requests came in time")
               .EndObject();
@@ -142,7 +142,7 @@ Response ListRequests(Simulator& simulator, const Request& request) {
         WriteRequests(json, mark, requests);
         json.EndObject();
       },
-      in_time ? 200 : 504);
+      inTime ? 200 : 504);
 }
 
 }  // namespace

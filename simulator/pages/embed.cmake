@@ -17,8 +17,8 @@ foreach(file IN LISTS FILES)
   string(REGEX REPLACE "([0-9a-f][0-9a-f])" "\\\\x\\1" bytes "${hex}")
   string(REGEX REPLACE "((\\\\x[0-9a-f][0-9a-f])(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?(\\\\x[0-9a-f][0-9a-f])?)"
                        "    \"\\1\"\n" lines "${bytes}")
-  string(APPEND texts "constexpr char kBytes${index}[] =\n${lines}    \"\";\n")
-  string(APPEND entries "    {\"${name}\", \"${type};charset=UTF-8\", {kBytes${index}, sizeof kBytes${index} - 1}},\n")
+  string(APPEND texts "constexpr char bytes${index}[] =\n${lines}    \"\";\n")
+  string(APPEND entries "    {\"${name}\", \"${type};charset=UTF-8\", {bytes${index}, sizeof bytes${index} - 1}},\n")
   math(EXPR index "${index} + 1")
 endforeach()
 file(WRITE ${OUT} "// Made of the files of simulator/pages and simulator/admin.
@@ -28,13 +28,13 @@ namespace vantry_sim {
 namespace {
 
 ${texts}
-constexpr EmbeddedFile kFiles[] = {
+constexpr EmbeddedFile files[] = {
 ${entries}};
 
 }  // namespace
 
 const EmbeddedFile* FindEmbeddedFile(std::string_view name) {
-  for (const EmbeddedFile& file : kFiles) {
+  for (const EmbeddedFile& file : files) {
     if (file.name == name) return &file;
   }
   return nullptr;

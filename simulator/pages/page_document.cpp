@@ -7,7 +7,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kEntry =
+constexpr std::string_view entry =
     "SELECT i.oid, m.cad_name, m.number, i.revision || '.' || i.iteration, ifnull(u.name, '') FROM "
     "iterations i "
     "JOIN masters m ON m.id = i.master LEFT JOIN checkouts k ON k.base = i.id OR k.working = i.id "
@@ -23,25 +23,25 @@ void WriteEntries(JsonText& json, Statement& statement) {
 
 /// Why a document cannot be edited; empty when it can.
 std::string ReasonAgainstEditing(const DocumentRow& document) {
-  if (document.workspace_key) return {};
-  if (!document.checkout_user.empty()) return "it is checked out by " + document.checkout_user;
-  if (!document.is_latest) return "there is a newer version";
+  if (document.workspaceKey) return {};
+  if (!document.checkoutUser.empty()) return "it is checked out by " + document.checkoutUser;
+  if (!document.isLatest) return "there is a newer version";
   return {};
 }
 
 void WriteContents(JsonText& json, Database& database, const DocumentRow& document,
-                   std::string_view base_url) {
+                   std::string_view baseUrl) {
   json.Key("contents").StartArray();
-  for (const ContentRole role : {ContentRole::kPrimary, ContentRole::kSecondary}) {
+  for (const ContentRole role : {ContentRole::Primary, ContentRole::Secondary}) {
     for (const ContentRow& content : ContentsOf(database, document.key, role)) {
-      std::string name = content.file_name;
-      constexpr std::string_view kPlace = "{$CAD_NAME}";
-      if (const auto at = name.find(kPlace); at != std::string::npos)
-        name.replace(at, kPlace.size(), document.cad_name);
+      std::string name = content.fileName;
+      constexpr std::string_view place = "{$CAD_NAME}";
+      if (const auto at = name.find(place); at != std::string::npos)
+        name.replace(at, place.size(), document.cadName);
       json.StartObject().Member("fileName", name).Member("category", content.category);
       json.Member("size", content.size)
-          .Member("role", role == ContentRole::kPrimary ? "primary" : "secondary");
-      json.Member("url", content.stream ? std::string(base_url) + "/servlet/rest/v1/content/streams/" +
+          .Member("role", role == ContentRole::Primary ? "primary" : "secondary");
+      json.Member("url", content.stream ? std::string(baseUrl) + "/servlet/rest/v1/content/streams/" +
                                               std::to_string(*content.stream) + "/" +
                                               PercentEncode(name.empty() ? "content" : name)
                                         : std::string());
@@ -83,7 +83,7 @@ std::string ModifiedOf(Database& database, std::int64_t iteration) {
 
 void WriteFolderDocuments(JsonText& json, Database& database, std::int64_t folder) {
   auto statement = database.Prepare(
-      std::string(kEntry) +
+      std::string(entry) +
       "WHERE i.folder = ?1 AND i.is_latest = 1 AND i.workspace IS NULL ORDER BY m.cad_name, i.id LIMIT 5000");
   WriteEntries(json, statement.Bind(folder));
 }
@@ -97,7 +97,7 @@ void WritePageWorkspaces(JsonText& json, Database& database, std::string_view us
     json.StartObject().Member("id", statement.Text(1)).Member("name", statement.Text(2));
     json.Member("description", statement.Text(3)).Member("context", statement.Text(4));
     auto documents = database.Prepare(
-        std::string(kEntry) +
+        std::string(entry) +
         "WHERE i.id IN (SELECT iteration FROM workspace_documents WHERE workspace = ?1) ORDER BY i.id");
     json.Key("documents").StartArray();
     WriteEntries(json, documents.Bind(statement.Integer(0)));
@@ -106,24 +106,24 @@ void WritePageWorkspaces(JsonText& json, Database& database, std::string_view us
 }
 
 void WritePageDocument(JsonText& json, Database& database, const DocumentRow& document, std::string_view user,
-                       std::string_view base_url) {
+                       std::string_view baseUrl) {
   const std::string reason = ReasonAgainstEditing(WorkingCopyOr(database, document, user).value_or(document));
-  json.StartObject().Member("id", document.oid).Member("cadName", document.cad_name);
-  json.Member("name", document.master_name).Member("number", document.number);
+  json.StartObject().Member("id", document.oid).Member("cadName", document.cadName);
+  json.Member("name", document.masterName).Member("number", document.number);
   json.Member("version", document.revision + "." + std::to_string(document.iteration));
-  json.Member("context", document.context_name);
-  json.Member("location", document.folder_key ? FolderPath(database, *document.folder_key) : std::string());
-  json.Member("modified", ModifiedOf(database, document.key)).Member("checkedOutBy", document.checkout_user);
+  json.Member("context", document.contextName);
+  json.Member("location", document.folderKey ? FolderPath(database, *document.folderKey) : std::string());
+  json.Member("modified", ModifiedOf(database, document.key)).Member("checkedOutBy", document.checkoutUser);
   json.Member("editable", reason.empty()).Member("reason", reason);
   WriteAttributes(json, database, document.key);
-  WriteContents(json, database, document, base_url);
-  WriteVersions(json, database, document.master_key);
+  WriteContents(json, database, document, baseUrl);
+  WriteVersions(json, database, document.masterKey);
   json.EndObject();
 }
 
 std::optional<DocumentRow> WorkingCopyOr(Database& database, const DocumentRow& document,
                                          std::string_view user) {
-  if (document.workspace_key || document.checkout_user != user) return document;
+  if (document.workspaceKey || document.checkoutUser != user) return document;
   auto statement = database.Prepare(
       "SELECT i.oid FROM checkouts k JOIN iterations i ON i.id = k.working WHERE k.base = ?1");
   return statement.Bind(document.key).Step() ? FindDocument(database, statement.Text(0), user) : document;
@@ -131,8 +131,8 @@ std::optional<DocumentRow> WorkingCopyOr(Database& database, const DocumentRow& 
 
 Refusal EditPageDocument(Database& database, const DocumentRow& document, JsonValue body) {
   if (const std::string reason = ReasonAgainstEditing(document); !reason.empty())
-    return ErrorResponse(409, document.checkout_user.empty() ? "not-latest" : "checked-out", reason);
-  std::string problem, name = document.master_name, number = document.number;
+    return ErrorResponse(409, document.checkoutUser.empty() ? "not-latest" : "checked-out", reason);
+  std::string problem, name = document.masterName, number = document.number;
   JsonMembers members(body, problem);
   members.Text("name", name).Text("number", number);
   const JsonValue attributes = members.Object("attributes");
@@ -142,7 +142,7 @@ Refusal EditPageDocument(Database& database, const DocumentRow& document, JsonVa
   if (problem.empty() && (name.empty() || number.empty())) problem = "name and number must not be empty";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   database.Prepare("UPDATE masters SET name = ?2, number = ?3 WHERE id = ?1")
-      .Bind(document.master_key, name, number)
+      .Bind(document.masterKey, name, number)
       .Run();
   for (const JsonValue attribute : attributes)
     SetAttribute(database, document.key, attribute.Name(), attribute.Text());

@@ -19,10 +19,10 @@ void WriteFolderDocuments(JsonText& json, Database& database, std::int64_t folde
 /// Writes the workspaces of a user with what they hold, as entries of an array.
 void WritePageWorkspaces(JsonText& json, Database& database, std::string_view user);
 
-/// Writes everything that a page shows of a document. @param user who looks, and may edit. @param base_url in
+/// Writes everything that a page shows of a document. @param user who looks, and may edit. @param baseUrl in
 /// front of content addresses
 void WritePageDocument(JsonText& json, Database& database, const DocumentRow& document, std::string_view user,
-                       std::string_view base_url);
+                       std::string_view baseUrl);
 
 /// What a user edits when the address names a document: one's own working copy of it where there is one.
 /// Addresses of clients name the document that was checked out.

@@ -21,7 +21,7 @@ Response File(std::string_view name) {
   if (file == nullptr || name.starts_with("admin") || name.ends_with(".json"))
     return ErrorResponse(404, "no-such-file", "this program has no such file in it");
   Response response;
-  response.content_type = file->type;
+  response.contentType = file->type;
   response.body = file->bytes;
   response.headers = PageHeaders();
   return response;
@@ -30,10 +30,11 @@ Response File(std::string_view name) {
 /// The one page, whose script shows what the address names. The prefix holds nothing that means something in
 /// HTML.
 Response Page(const ServiceContext& context) {
-  constexpr std::string_view kPlace = "{prefix}";
+  constexpr std::string_view placeholder = "{prefix}";
   Response response = File("app.html");
-  for (auto at = response.body.find(kPlace); at != std::string::npos; at = response.body.find(kPlace, at))
-    response.body.replace(at, kPlace.size(), context.options.prefix);
+  for (auto at = response.body.find(placeholder); at != std::string::npos;
+       at = response.body.find(placeholder, at))
+    response.body.replace(at, placeholder.size(), context.options.prefix);
   return response;
 }
 

@@ -47,7 +47,7 @@ Response CheckInAll(const ServiceContext& context, const Request& request, JsonV
   std::string problem;
   CheckInOrder order;
   JsonMembers members(body, problem);
-  members.Flag("removeFromWorkspace", order.remove_from_workspace).Text("checkinComment", order.comment);
+  members.Flag("removeFromWorkspace", order.removeFromWorkspace).Text("checkinComment", order.comment);
   const JsonValue instructions = members.Array("checkinInstructions", true);
   if (problem.empty() && instructions.Size() == 0) problem = "checkinInstructions is empty";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);

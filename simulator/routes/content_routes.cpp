@@ -21,7 +21,7 @@ Response Content(const ServiceContext& context, const Request& request) {
   if (!size) return ErrorResponse(404, "no-such-stream", "no stream with this number");
 
   Response response;
-  response.content_type = "application/octet-stream";
+  response.contentType = "application/octet-stream";
   response.file = FileBody{context.contents.PathOf(*stream), static_cast<std::uint64_t>(*size)};
   return response;
 }

@@ -7,7 +7,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::array<std::string_view, 5> kKinds{"Product", "Library", "Project", "Site", "Organization"};
+constexpr std::array<std::string_view, 5> kinds{"Product", "Library", "Project", "Site", "Organization"};
 
 /// The class in the middle of an id such as `OR:vn.product.Product:101`.
 std::string_view ClassOf(std::string_view oid) {
@@ -18,7 +18,7 @@ std::string_view ClassOf(std::string_view oid) {
 
 Response ContextList(const ServiceContext& context, const Request& request) {
   const std::string kind = request.Query("type").value_or("");
-  if (!kind.empty() && std::find(kKinds.begin(), kKinds.end(), kind) == kKinds.end()) {
+  if (!kind.empty() && std::find(kinds.begin(), kinds.end(), kind) == kinds.end()) {
     return ErrorResponse(400, "unknown-type", "type must be Product, Library, Project, Site or Organization");
   }
   auto statement = context.database.Prepare(

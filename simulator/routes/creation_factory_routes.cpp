@@ -13,17 +13,17 @@ Response Ticket(const ServiceContext& context, const Request& request, JsonValue
   std::int64_t files = 0;
   JsonMembers(body, problem).Number("noOfFiles", files, true);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
-  if (files < 1 || files > kMostFilesOfATicket) {
+  if (files < 1 || files > mostFilesOfATicket) {
     return ErrorResponse(400, "bad-body",
-                         "noOfFiles is a number from 1 to " + std::to_string(kMostFilesOfATicket));
+                         "noOfFiles is a number from 1 to " + std::to_string(mostFilesOfATicket));
   }
-  if (context.upload_port == 0) return ErrorResponse(503, "no-uploads", "this server takes no uploads");
+  if (context.uploadPort == 0) return ErrorResponse(503, "no-uploads", "this server takes no uploads");
 
-  const std::string master_url = BaseUrl(context, request) + "/servlet/rest/v1/content/master";
-  const UploadTicket ticket = MakeTicket(context.database, context.contents, request.user, files, master_url);
+  const std::string masterUrl = BaseUrl(context, request) + "/servlet/rest/v1/content/master";
+  const UploadTicket ticket = MakeTicket(context.database, context.contents, request.user, files, masterUrl);
   JsonText json;
-  json.StartObject().Member("masterUrl", ticket.master_url);
-  json.Member("uploadUrl", UploadBaseUrl(context, request) + std::string(kUploadPath) + ticket.token);
+  json.StartObject().Member("masterUrl", ticket.masterUrl);
+  json.Member("uploadUrl", UploadBaseUrl(context, request) + std::string(uploadPath) + ticket.token);
   json.Key("fileNames").StartArray();
   for (const auto& [name, stream] : ticket.streams) json.String(name);
   // The ids come as texts here, and as numbers in the answer to the upload.
@@ -45,7 +45,7 @@ void AddCreationFactoryRoutes(Router& router, const ServiceContext& context) {
            {"servlet/rest/content/creationFactory",
             "`noOfFiles`, up to 100: a ticket of `masterUrl`, `uploadUrl`, `fileNames`, `streamIds`"},
            ticket);
-  if (context.options.old_creation_factory) return;
+  if (context.options.oldCreationFactory) return;
   AddWrite(router, context, {"servlet/rest/v1/content/creationFactory", "the same"}, ticket);
 }
 

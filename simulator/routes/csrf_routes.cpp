@@ -5,13 +5,13 @@
 namespace vantry_sim {
 namespace {
 
-constexpr const char* kNonceKey = "X-Zvk-Nonce";
+constexpr const char* nonceKey = "X-Zvk-Nonce";
 
 Response RestNonce(const std::string& nonce) {
   JsonText json;
   json.StartObject().Key("items").StartArray().StartObject();
   json.Member("id", "csrf").Member("typeId", "csrf").Key("attributes").StartObject();
-  json.Member("nonce_key", kNonceKey).Member("nonce", nonce);
+  json.Member("nonce_key", nonceKey).Member("nonce", nonce);
   json.EndObject().EndObject().EndArray().EndObject();
   Response response;
   response.once = true;
@@ -23,7 +23,7 @@ Response ODataNonce(const std::string& nonce) {
   JsonText json;
   json.StartObject();
   json.Member("@odata.context", "$metadata#ZVK.CSRFToken");
-  json.Member("NonceKey", kNonceKey).Member("NonceValue", nonce).EndObject();
+  json.Member("NonceKey", nonceKey).Member("NonceValue", nonce).EndObject();
   Response response = ODataResponse(json.Take());
   response.once = true;
   return response;

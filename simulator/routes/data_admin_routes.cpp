@@ -14,11 +14,11 @@ namespace vantry_sim {
 namespace {
 
 /// Folders know their contents since the fourth version of the service.
-constexpr char kFirstWithContents = '4';
+constexpr char firstWithContents = '4';
 /// Dynamic documents tell their versions since the fifth; CAD documents always did.
-constexpr char kFirstWithDynamicVersions = '5';
+constexpr char firstWithDynamicVersions = '5';
 
-constexpr std::array<std::pair<std::string_view, std::string_view>, 5> kCasts{{
+constexpr std::array<std::pair<std::string_view, std::string_view>, 5> casts{{
     {"ZVK.DataAdmin.ProductContainer", "Product"},
     {"ZVK.DataAdmin.LibraryContainer", "Library"},
     {"ZVK.DataAdmin.ProjectContainer", "Project"},
@@ -33,7 +33,7 @@ Response NotFound(std::string_view message) {
 /// Nothing for a type that isn't one of containers; empty without a cast.
 std::optional<std::string_view> KindOfCast(std::string_view cast) {
   if (cast.empty()) return std::string_view();
-  for (const auto& [type, kind] : kCasts) {
+  for (const auto& [type, kind] : casts) {
     if (type == cast) return kind;
   }
   return std::nullopt;
@@ -71,15 +71,15 @@ Response Folders(const ServiceContext& context, const Request& request, std::int
 Response Contents(const ServiceContext& context, const Request& request, std::int64_t folder,
                   const std::string& type, const ODataQuery& query) {
   const char version = request.Path("version").front();
-  if (version < kFirstWithContents)
+  if (version < firstWithContents)
     return NotFound("folders don't know their contents in this version of DataAdmin");
   if (type.empty()) return ODataRefusal({501, "contents are listed one type at a time"});
   const bool dynamic = type == "ZVK.DynamicDocMgmt.DynamicDocument";
   if (!dynamic && type != "ZVK.CADDocumentMgmt.CADDocument")
     return NotFound("folders hold nothing of this type");
-  const auto service = dynamic ? DocumentService::kDynamic : DocumentService::kCad;
+  const auto service = dynamic ? DocumentService::Dynamic : DocumentService::Cad;
   if (query.expand) {
-    const bool offered = !dynamic || version >= kFirstWithDynamicVersions;
+    const bool offered = !dynamic || version >= firstWithDynamicVersions;
     if (query.expand->navigation != "Versions" || !offered) {
       return ODataRefusal({400, "these rows don't have the navigation of the $expand"});
     }
@@ -100,9 +100,9 @@ Response BelowContainer(const ServiceContext& context, const Request& request, c
   if (!container) return NotFound("no such container");
   const auto folder = FindFolderByIds(context.database, *container, path.folders);
   if (!folder) return NotFound("no such folder in this container");
-  if (path.target == ResourcePath::Target::kFolders)
+  if (path.target == ResourcePath::Target::Folders)
     return Folders(context, request, *container, *folder, query);
-  return Contents(context, request, *folder, path.content_type, query);
+  return Contents(context, request, *folder, path.contentType, query);
 }
 
 Response DataAdmin(const ServiceContext& context, const Request& request) {
@@ -115,8 +115,8 @@ Response DataAdmin(const ServiceContext& context, const Request& request) {
   ODataProblem problem;
   const auto query = ParseODataQuery(request.query, problem);
   if (!query) return ODataRefusal(problem);
-  if (query->latest_version_only) return ODataRefusal({400, "zvk.search.latestversion is for searches"});
-  if (path->target == ResourcePath::Target::kContainers) return Containers(context, request, *kind, *query);
+  if (query->latestVersionOnly) return ODataRefusal({400, "zvk.search.latestversion is for searches"});
+  if (path->target == ResourcePath::Target::Containers) return Containers(context, request, *kind, *query);
   return BelowContainer(context, request, *path, *kind, *query);
 }
 
@@ -128,7 +128,7 @@ void AddDataAdminRoutes(Router& router, const ServiceContext& context) {
       "GET", "servlet/odata/v{version}/DataAdmin/{...}",
       [&context](const Request& request) { return DataAdmin(context, request); },
       "contexts at `Containers` and `Containers/ZVK.DataAdmin.<type>`; roots at "
-      "`Containers('<id>')/Folders`, folders of a folder behind them at `Folders('<id>')/Folders`; the "
+      "`Containers('<id>')/Folders`, folders of a folder at `Folders('<id>')/Folders`; the "
       "latest version of each document in a folder at "
       "`Folders('<id>')/FolderContents/ZVK.DynamicDocMgmt.DynamicDocument` and "
       "`.../ZVK.CADDocumentMgmt.CADDocument`");

@@ -25,10 +25,10 @@ Response Document(const ServiceContext& context, const Request& request) {
 }
 
 Response Versions(const ServiceContext& context, const Request& request) {
-  const auto context_id = request.Query("contextId");
-  if (!context_id) return ErrorResponse(400, "missing-parameter", "contextId is missing");
+  const auto contextId = request.Query("contextId");
+  if (!contextId) return ErrorResponse(400, "missing-parameter", "contextId is missing");
   const auto document = FindDocument(context.database, request.Path("id"), request.user);
-  if (!document || document->context_oid != *context_id) return NoSuchDocument();
+  if (!document || document->contextOid != *contextId) return NoSuchDocument();
   JsonText json;
   json.StartArray();
   for (const DocumentRow& version : VersionsOf(context.database, *document, request.user)) {
@@ -42,11 +42,11 @@ Response Search(const ServiceContext& context, const Request& request) {
   const auto number = request.Query("number");
   if (!number) return ErrorResponse(400, "missing-parameter", "number is missing");
   const std::string scope = request.Query("scope").value_or("");
-  const std::string base_url = BaseUrl(context, request);
+  const std::string baseUrl = BaseUrl(context, request);
   JsonText json;
   json.StartArray();
   for (const DocumentRow& document : SearchByNumber(context.database, *number, scope, request.user)) {
-    WriteDocument(json, context.database, document, request.user, base_url);
+    WriteDocument(json, context.database, document, request.user, baseUrl);
   }
   json.EndArray();
   return JsonResponse(json);

@@ -24,9 +24,9 @@ Response WriteAll(const ServiceContext& context, const Request& request, JsonVal
 }
 
 Response Documents(const ServiceContext& context, const Request& request, JsonValue body) {
-  std::string problem, context_id;
+  std::string problem, contextId;
   JsonMembers members(body, problem);
-  members.Text("contextId", context_id, true);
+  members.Text("contextId", contextId, true);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   Resolutions resolutions;
   if (auto refusal = resolutions.Read(body)) return std::move(*refusal);
@@ -38,12 +38,12 @@ Response Documents(const ServiceContext& context, const Request& request, JsonVa
   if (creates) {
     return WriteAll(context, request, body, "createInstructions",
                     [&](const DocumentInstruction& instruction, std::string& oid) {
-                      return CreateDocument(database, request.user, context_id, instruction, oid);
+                      return CreateDocument(database, request.user, contextId, instruction, oid);
                     });
   }
   return WriteAll(context, request, body, "iterateInstructions",
                   [&](const DocumentInstruction& instruction, std::string& oid) {
-                    return IterateDocument(database, request.user, context_id, instruction, resolutions, oid);
+                    return IterateDocument(database, request.user, contextId, instruction, resolutions, oid);
                   });
 }
 

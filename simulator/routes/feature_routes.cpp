@@ -6,10 +6,10 @@ namespace vantry_sim {
 namespace {
 
 /// The assembly of the translation add-on.
-constexpr std::string_view kTranslationAssembly = "kotia";
+constexpr std::string_view translationAssembly = "kotia";
 
 Response AssemblyInstalled(const ServiceContext& context, const Request& request) {
-  const bool installed = context.options.translation && request.Path("name") == kTranslationAssembly;
+  const bool installed = context.options.translation && request.Path("name") == translationAssembly;
   JsonText json;
   json.StartObject().Member("@odata.context", "$metadata#Edm.String");
   // The answer is a text and no JSON boolean.

@@ -12,7 +12,7 @@ void WriteItems(JsonText& json, const std::vector<FolderRow>& folders) {
   }
 }
 
-/// What stands right under the roots: a path of folders begins below a root and never names it.
+/// What is right under the roots: a path of folders begins below a root and never names it.
 Response FoldersOfContext(const ServiceContext& context, const Request& request) {
   const auto key = ContextKey(context.database, request.Path("id"));
   if (!key) return ErrorResponse(404, "no-such-context", "no context with this id");

@@ -8,7 +8,7 @@ namespace {
 
 /// The context that the three names in the path stand for.
 std::optional<std::int64_t> FindContext(const ServiceContext& context, const Request& request) {
-  // A class stands between two colons of an id: `OR:vn.product.Product:101`.
+  // A class is between two colons of an id: `OR:vn.product.Product:101`.
   auto statement = context.database.Prepare(
       "SELECT id FROM contexts WHERE name = ?1 AND organization = ?2 AND instr(oid, ':' || ?3 || ':') > 0 "
       "ORDER BY id");
@@ -17,7 +17,7 @@ std::optional<std::int64_t> FindContext(const ServiceContext& context, const Req
   return statement.Integer(0);
 }
 
-/// One element names either a folder, by the `path` that lists it, or a file, by what stands behind the last
+/// One element names either a folder, by the `path` that lists it, or a file, by what comes after the last
 /// "/". Old gateways write names as they are, even those with a "/" in them; new ones escape the ten
 /// forbidden characters.
 Response Listing(const ServiceContext& context, const Request& request) {
@@ -27,7 +27,7 @@ Response Listing(const ServiceContext& context, const Request& request) {
   const auto folder = FindFolderByPath(context.database, *found, request.Query("path").value_or(""));
   if (!folder) return ErrorResponse(404, "no-such-folder", "no folder at this path");
 
-  const bool escapes = context.options.gateway_escapes;
+  const bool escapes = context.options.gatewayEscapes;
   const auto shown = [&](const std::string& name) { return escapes ? EscapeForbidden(name) : name; };
   const std::string place = "organizations/" + request.Path("organization") + "/" + request.Path("name");
   std::string parent = request.Query("path").value_or("");

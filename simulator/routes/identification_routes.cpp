@@ -10,12 +10,12 @@ std::string InformationDocument(const Options& options) {
   };
   add("ServerMajorVersion", std::to_string(options.version.major));
   add("ServerMinorVersion", std::to_string(options.version.minor));
-  add("ServerServicepackVersion", std::to_string(options.version.service_pack));
+  add("ServerServicepackVersion", std::to_string(options.version.servicePack));
   add("ServerCPSVersion", std::to_string(options.version.cps));
   add("ServerGeneration", std::string(WordOf(options.generation)));
   // A server tells an address of its own only when it was given one: clients move over to what they read
   // here.
-  if (!options.codebase_url.empty()) add("CodebaseURL", options.codebase_url);
+  if (!options.codebaseUrl.empty()) add("CodebaseURL", options.codebaseUrl);
   return text;
 }
 
@@ -26,7 +26,7 @@ void AddIdentificationRoutes(Router& router, const ServiceContext& context) {
       "GET", "servlet/OrvetGW",
       [&context](const Request&) {
         Response response;
-        response.content_type = "text/plain;charset=UTF-8";
+        response.contentType = "text/plain;charset=UTF-8";
         response.body = InformationDocument(context.options);
         return response;
       },

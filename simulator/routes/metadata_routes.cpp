@@ -23,7 +23,7 @@ Response Metadata(const ServiceContext& context, const Request& request) {
       MetadataDocument(context.options.generation, request.Path("service"), context.options.translation);
   if (!document) return ErrorResponse(404, "no-such-service", "this server doesn't offer the service");
   Response response;
-  response.content_type = "application/xml;charset=UTF-8";
+  response.contentType = "application/xml;charset=UTF-8";
   response.headers.emplace_back("OData-Version", "4.0");
   response.body = std::move(*document);
   return response;

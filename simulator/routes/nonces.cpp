@@ -16,22 +16,22 @@ std::string KeptNonce(Database& database) {
 
 }  // namespace
 
-Nonces::Nonces(Database& database, const ServerClock& clock, std::optional<std::uint32_t> session_seconds)
+Nonces::Nonces(Database& database, const ServerClock& clock, std::optional<std::uint32_t> sessionSeconds)
     : database_(database), clock_(clock), nonce_(KeptNonce(database)) {
-  if (session_seconds) sessions_.emplace(std::int64_t{*session_seconds} * 1000);
+  if (sessionSeconds) sessions_.emplace(std::int64_t{*sessionSeconds} * 1000);
 }
 
 std::optional<std::string> Nonces::Enter(Request& request, const std::string& path, bool secure) {
   if (!sessions_) return std::nullopt;
   const SessionTicket ticket = sessions_->Enter(request.cookies, request.user, clock_.Now());
-  request.session_nonce = ticket.nonce;
-  if (!ticket.is_new) return std::nullopt;
-  return std::string(SessionTable::kCookie) + "=" + ticket.id + "; Path=" + (path.empty() ? "/" : path) +
+  request.sessionNonce = ticket.nonce;
+  if (!ticket.isNew) return std::nullopt;
+  return std::string(SessionTable::cookieName) + "=" + ticket.id + "; Path=" + (path.empty() ? "/" : path) +
          "; HttpOnly; SameSite=Lax" + (secure ? "; Secure" : "");
 }
 
 const std::string& Nonces::For(const Request& request) const {
-  return sessions_ ? request.session_nonce : nonce_;
+  return sessions_ ? request.sessionNonce : nonce_;
 }
 
 bool Nonces::Accepts(const Request& request) const {

@@ -14,8 +14,8 @@ namespace vantry_sim {
 /// sessions, one for each session. Not for several threads at once.
 class Nonces {
  public:
-  /// @param database keeps the one nonce. @param session_seconds nothing: there are no sessions
-  Nonces(Database& database, const ServerClock& clock, std::optional<std::uint32_t> session_seconds);
+  /// @param database keeps the one nonce. @param sessionSeconds nothing: there are no sessions
+  Nonces(Database& database, const ServerClock& clock, std::optional<std::uint32_t> sessionSeconds);
 
   /// Puts a request into its session, where there are sessions. @return the Set-Cookie value for a new one
   std::optional<std::string> Enter(Request& request, const std::string& path, bool secure);

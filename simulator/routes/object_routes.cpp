@@ -8,12 +8,12 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kDocumentType = "vn.epm.EPMDocument";
+constexpr std::string_view documentType = "vn.epm.EPMDocument";
 
 struct SelectedAttributes {
   bool number = false;
   bool name = false;
-  bool cad_name = false;
+  bool cadName = false;
 };
 
 std::optional<SelectedAttributes> ReadSelect(std::string_view text) {
@@ -27,7 +27,7 @@ std::optional<SelectedAttributes> ReadSelect(std::string_view text) {
     } else if (word == "name") {
       selected.name = true;
     } else if (word == "CADName") {
-      selected.cad_name = true;
+      selected.cadName = true;
     } else {
       return std::nullopt;
     }
@@ -36,16 +36,16 @@ std::optional<SelectedAttributes> ReadSelect(std::string_view text) {
 }
 
 void WriteObject(JsonText& json, const DocumentRow& document, const SelectedAttributes& selected) {
-  json.StartObject().Member("id", document.oid).Member("typeId", kDocumentType);
+  json.StartObject().Member("id", document.oid).Member("typeId", documentType);
   json.Key("attributes").StartObject();
   if (selected.number) json.Member("number", document.number);
-  if (selected.name) json.Member("name", document.master_name);
-  if (selected.cad_name) json.Member("CADName", document.cad_name);
+  if (selected.name) json.Member("name", document.masterName);
+  if (selected.cadName) json.Member("CADName", document.cadName);
   json.EndObject().EndObject();
 }
 
 Response Objects(const ServiceContext& context, const Request& request) {
-  if (request.Query("typeId") != kDocumentType) {
+  if (request.Query("typeId") != documentType) {
     return ErrorResponse(400, "unknown-type", "typeId must be vn.epm.EPMDocument");
   }
   const auto filter = ParseObjectFilter(request.Query("$filter").value_or(""));

@@ -18,15 +18,15 @@ bool IsHostAndPort(const std::string& text) {
 }
 
 /// The host of a Host header without its port; an IPv6 address keeps its brackets.
-std::string HostOf(const std::string& host_and_port) {
-  const auto colon = host_and_port.rfind(':');
-  const auto bracket = host_and_port.rfind(']');
-  const bool has_port = colon != std::string::npos && (bracket == std::string::npos || colon > bracket);
-  return has_port ? host_and_port.substr(0, colon) : host_and_port;
+std::string HostOf(const std::string& hostAndPort) {
+  const auto colon = hostAndPort.rfind(':');
+  const auto bracket = hostAndPort.rfind(']');
+  const bool hasPort = colon != std::string::npos && (bracket == std::string::npos || colon > bracket);
+  return hasPort ? hostAndPort.substr(0, colon) : hostAndPort;
 }
 
 std::string HostAndPort(const ServiceContext& context, const Request& request) {
-  return IsHostAndPort(request.host) ? request.host : context.own_address;
+  return IsHostAndPort(request.host) ? request.host : context.ownAddress;
 }
 
 std::string OtherDoor(const ServiceContext& context, const Request& request, int port) {
@@ -37,16 +37,16 @@ std::string OtherDoor(const ServiceContext& context, const Request& request, int
 }  // namespace
 
 std::string BaseUrl(const ServiceContext& context, const Request& request) {
-  if (!context.options.codebase_url.empty()) return context.options.codebase_url;
+  if (!context.options.codebaseUrl.empty()) return context.options.codebaseUrl;
   return SchemeOf(context.options) + HostAndPort(context, request) + context.options.prefix;
 }
 
 std::string PageBaseUrl(const ServiceContext& context, const Request& request) {
-  return context.page_port == 0 ? BaseUrl(context, request) : OtherDoor(context, request, context.page_port);
+  return context.pagePort == 0 ? BaseUrl(context, request) : OtherDoor(context, request, context.pagePort);
 }
 
 std::string UploadBaseUrl(const ServiceContext& context, const Request& request) {
-  return OtherDoor(context, request, context.upload_port);
+  return OtherDoor(context, request, context.uploadPort);
 }
 
 }  // namespace vantry_sim

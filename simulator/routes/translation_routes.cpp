@@ -22,9 +22,9 @@ Refusal FindAddressed(const ServiceContext& context, const Request& request,
 
 /// The address of one document takes no option that is for lists.
 std::optional<ODataProblem> RefuseListOptions(const ODataQuery& query) {
-  if (query.filter || !query.order.empty() || query.top || query.latest_version_only)
+  if (query.filter || !query.order.empty() || query.top || query.latestVersionOnly)
     return ODataProblem{400, "one document takes $select and $expand alone"};
-  if (!query.expand && query.skip_token) return ODataProblem{400, "one document has no further page"};
+  if (!query.expand && query.skipToken) return ODataProblem{400, "one document has no further page"};
   if (query.expand && query.expand->navigation != "Translations")
     return ODataProblem{query.expand->navigation == "Versions" ? 501 : 400,
                         "$expand takes Translations here"};
@@ -50,7 +50,7 @@ std::optional<ODataProblem> WriteTranslations(JsonText& json, const ServiceConte
     json.EndObject();
   };
   std::string next;
-  if (!ReadODataPage(context.database, list, *plan, query.skip_token, PageLimit(context, request), write,
+  if (!ReadODataPage(context.database, list, *plan, query.skipToken, PageLimit(context, request), write,
                      next)) {
     return ODataProblem{400, "the $skiptoken is none of this server's"};
   }
@@ -92,7 +92,7 @@ Response SourceXliff(const ServiceContext& context, const Request& request) {
   ODataProblem problem;
   const auto query = ParseODataQuery(request.query, problem);
   if (!query) return ODataRefusal(problem);
-  if (query->expand || query->latest_version_only)
+  if (query->expand || query->latestVersionOnly)
     return ODataRefusal({400, "the source XLIFF is listed without $expand and without a search"});
   const auto xliff = SourceXliffOf(context.database, *document);
   return AnswerODataList(context, request, OneDocument(xliff.value_or(0)), *query, {});
@@ -102,14 +102,14 @@ Response CreateLink(const ServiceContext& context, const Request& request, JsonV
   if (!OffersVersion(context.options.generation, "DynamicDocMgmt", request.Path("version"))) {
     return ErrorResponse(404, "no-such-resource", "this server doesn't offer this version of the service");
   }
-  std::string problem, document_id, xliff_id;
+  std::string problem, documentId, xliffId;
   JsonMembers members(body, problem);
-  members.Text("oidForQ7zkDocument", document_id, true).Text("oidForXliffDocument", xliff_id, true);
+  members.Text("oidForQ7zkDocument", documentId, true).Text("oidForXliffDocument", xliffId, true);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   std::optional<DocumentRow> document, xliff;
-  if (auto refusal = FindDynamicDocument(context.database, document_id, request.user, document))
+  if (auto refusal = FindDynamicDocument(context.database, documentId, request.user, document))
     return std::move(*refusal);
-  if (auto refusal = FindDynamicDocument(context.database, xliff_id, request.user, xliff))
+  if (auto refusal = FindDynamicDocument(context.database, xliffId, request.user, xliff))
     return std::move(*refusal);
   if (auto refusal = LinkXliff(context.database, *document, *xliff)) return std::move(*refusal);
   JsonText json;
@@ -120,10 +120,10 @@ Response CreateLink(const ServiceContext& context, const Request& request, JsonV
 Response ChangeDocument(const ServiceContext& context, const Request& request, JsonValue body) {
   std::optional<DocumentRow> document;
   if (auto refusal = FindAddressed(context, request, document)) return std::move(*refusal);
-  constexpr const char* kMember = "ZVKDDEXTENDEDDOCTYPE";
+  constexpr const char* member = "ZVKDDEXTENDEDDOCTYPE";
   std::string problem, type;
   JsonMembers members(body, problem);
-  members.Text(kMember, type, true);
+  members.Text(member, type, true);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   if (body.Size() != 1) return ErrorResponse(400, "bad-body", "nothing else than the type is changed");
   if (auto refusal = SetExtendedType(context.database, *document, type)) return std::move(*refusal);

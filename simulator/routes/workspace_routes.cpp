@@ -8,13 +8,13 @@ namespace vantry_sim {
 namespace {
 
 Response List(const ServiceContext& context, const Request& request) {
-  const auto context_id = request.Query("contextId");
-  if (!context_id) return ErrorResponse(400, "missing-parameter", "contextId is missing");
+  const auto contextId = request.Query("contextId");
+  if (!contextId) return ErrorResponse(400, "missing-parameter", "contextId is missing");
   JsonText json;
   json.StartArray();
-  for (const WorkspaceRow& workspace : WorkspacesOf(context.database, *context_id, request.user)) {
+  for (const WorkspaceRow& workspace : WorkspacesOf(context.database, *contextId, request.user)) {
     json.StartObject().Member("id", workspace.oid).Member("name", workspace.name);
-    json.Member("description", workspace.description).Member("contextId", workspace.context_oid).EndObject();
+    json.Member("description", workspace.description).Member("contextId", workspace.contextOid).EndObject();
   }
   json.EndArray();
   Response response;

@@ -10,20 +10,20 @@ namespace vantry_sim {
 namespace {
 
 Response Create(const ServiceContext& context, const Request& request, JsonValue body) {
-  std::string problem, name, context_id, description;
+  std::string problem, name, contextId, description;
   JsonMembers members(body, problem);
-  members.Text("name", name, true).Text("contextId", context_id, true).Text("description", description);
+  members.Text("name", name, true).Text("contextId", contextId, true).Text("description", description);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
-  const auto place = ContextKey(context.database, context_id);
+  const auto place = ContextKey(context.database, contextId);
   if (!place) return ErrorResponse(404, "no-such-context", "no context with this id");
-  for (const WorkspaceRow& other : WorkspacesOf(context.database, context_id, request.user)) {
+  for (const WorkspaceRow& other : WorkspacesOf(context.database, contextId, request.user)) {
     if (other.name == name)
       return ErrorResponse(409, "name-taken", "the user has a workspace of this name: " + other.oid);
   }
   const WorkspaceRow made = MakeWorkspace(context.database, *place, request.user, name, description);
   JsonText json;
   json.StartObject().Member("id", made.oid).Member("name", name).Member("description", description);
-  json.Member("contextId", context_id).EndObject();
+  json.Member("contextId", contextId).EndObject();
   Response response;
   response.body = json.Take();
   return response;

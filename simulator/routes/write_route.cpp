@@ -15,7 +15,7 @@ Response WrongNonce(const Request& request) {
 
 Response Write(const ServiceContext& context, const Request& request, const WriteHandler& handler) {
   if (auto refusal = RefuseNonce(context, request)) return std::move(*refusal);
-  if (!request.content_type.starts_with("application/json")) {
+  if (!request.contentType.starts_with("application/json")) {
     return ErrorResponse(415, "no-json", "the body must come as application/json");
   }
   const auto body = ReadJson(request.body);

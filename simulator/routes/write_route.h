@@ -26,7 +26,7 @@ struct WriteRoute {
 };
 
 /// Adds a route whose body is JSON. Without the nonce comes 403, without a JSON content type 415, with a
-/// body that cannot be read 400, and the handler isn't run. What it wrote stands when its answer is a 2xx,
+/// body that cannot be read 400, and the handler isn't run. What it wrote stays when its answer is a 2xx,
 /// and is undone otherwise.
 void AddWrite(Router& router, const ServiceContext& context, const WriteRoute& route, WriteHandler handler);
 

@@ -13,8 +13,8 @@ namespace {
 
 /// The row that a page begins with; nothing for a token that this server never gave.
 std::optional<std::size_t> StartOf(const ODataQuery& query, std::size_t rows) {
-  if (!query.skip_token) return 0;
-  const std::string& token = *query.skip_token;
+  if (!query.skipToken) return 0;
+  const std::string& token = *query.skipToken;
   std::size_t start = 0;
   const auto [end, code] = std::from_chars(token.data(), token.data() + token.size(), start);
   if (code != std::errc() || end != token.data() + token.size() || start >= rows) return std::nullopt;

@@ -9,11 +9,11 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::int64_t kFirstDocument = 1'000'001;
+constexpr std::int64_t firstDocument = 1'000'001;
 /// Ids of older versions lie so far above those of the latest ones.
-constexpr std::int64_t kOlderVersion = 1'000'000'000'000;
+constexpr std::int64_t olderVersion = 1'000'000'000'000;
 /// Contents of different sizes are so many at most; documents take them in turn.
-constexpr std::uint64_t kMostStreams = 16;
+constexpr std::uint64_t mostStreams = 16;
 
 std::string Numbered(const char* format, unsigned number) {
   std::array<char, 48> text{};
@@ -28,7 +28,7 @@ std::uint64_t Spread(const BulkRange& range, std::uint64_t i, std::uint64_t coun
 
 std::vector<std::int64_t> AddStreams(SeedWriter& writer, const BulkShape& shape) {
   if (!shape.size) return {writer.AddStream(1, "One small part, like all the others.\n")};
-  const std::uint64_t count = std::min(kMostStreams, shape.size->most - shape.size->least + 1);
+  const std::uint64_t count = std::min(mostStreams, shape.size->most - shape.size->least + 1);
   std::vector<std::int64_t> streams;
   for (std::uint64_t i = 0; i < count; ++i)
     streams.push_back(
@@ -52,12 +52,12 @@ std::vector<std::int64_t> AddFolders(SeedWriter& writer, const BulkShape& shape,
 /// A file name of the length that the shape has for this document, if it has one.
 std::string CadName(const BulkShape& shape, std::uint32_t i) {
   std::string stem = Numbered("part %07u", i);
-  constexpr std::string_view kEnd = ".lxz";
+  constexpr std::string_view End = ".lxz";
   if (shape.name) {
     const std::uint64_t length = Spread(*shape.name, i, shape.name->most - shape.name->least + 1);
-    if (length > stem.size() + kEnd.size()) stem.append(length - stem.size() - kEnd.size(), 'x');
+    if (length > stem.size() + End.size()) stem.append(length - stem.size() - End.size(), 'x');
   }
-  return stem.append(kEnd);
+  return stem.append(End);
 }
 
 }  // namespace
@@ -69,16 +69,16 @@ void SeedBulk(SeedWriter& writer, const BulkShape& shape) {
   for (std::uint32_t i = 1; i <= shape.documents; ++i) {
     const std::string name = Numbered("Part %07u", i);
     const std::string number = Numbered("BULK-%07u", i);
-    const std::string cad_name = CadName(shape, i);
-    const std::int64_t id = kFirstDocument - 1 + i;
-    const auto master = writer.AddMaster(id, {.name = name, .number = number, .cad_name = cad_name});
+    const std::string cadName = CadName(shape, i);
+    const std::int64_t id = firstDocument - 1 + i;
+    const auto master = writer.AddMaster(id, {.name = name, .number = number, .cadName = cadName});
     for (std::uint32_t version = 1; version <= shape.versions; ++version) {
       const auto iteration =
-          writer.AddIteration(master, {.number = id + (shape.versions - version) * kOlderVersion,
+          writer.AddIteration(master, {.number = id + (shape.versions - version) * olderVersion,
                                        .context = product,
                                        .folder = folders[(i - 1) % folders.size()],
                                        .iteration = static_cast<int>(version),
-                                       .is_latest = version == shape.versions});
+                                       .isLatest = version == shape.versions});
       writer.AddContent({.iteration = iteration, .stream = streams[(i - 1) % streams.size()]});
     }
   }

@@ -5,7 +5,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::uint64_t kMostVersions = 5'000'000;
+constexpr std::uint64_t mostVersions = 5'000'000;
 
 std::optional<std::uint64_t> Number(std::string_view text, std::uint64_t least, std::uint64_t most) {
   std::uint64_t value = 0;
@@ -45,7 +45,7 @@ bool ReadPart(std::string_view part, BulkShape& shape) {
 std::optional<BulkShape> ReadBulkShape(std::string_view text) {
   BulkShape shape;
   const auto comma = text.find(',');
-  if (!Take(Number(text.substr(0, comma), 1, kMostVersions), shape.documents)) return std::nullopt;
+  if (!Take(Number(text.substr(0, comma), 1, mostVersions), shape.documents)) return std::nullopt;
   text.remove_prefix(comma == std::string_view::npos ? text.size() : comma);
   while (!text.empty()) {
     text.remove_prefix(1);
@@ -53,7 +53,7 @@ std::optional<BulkShape> ReadBulkShape(std::string_view text) {
     if (!ReadPart(text.substr(0, end), shape)) return std::nullopt;
     text.remove_prefix(end == std::string_view::npos ? text.size() : end);
   }
-  if (std::uint64_t{shape.documents} * shape.versions > kMostVersions) return std::nullopt;
+  if (std::uint64_t{shape.documents} * shape.versions > mostVersions) return std::nullopt;
   return shape;
 }
 

@@ -7,16 +7,16 @@
 namespace vantry_sim {
 namespace {
 
-/// A text document with one iteration. Its stream has the document's number with a 0 behind it.
+/// A text document with one iteration. Its stream has the document's number with a 0 after it.
 struct TextDocument {
   std::int64_t number = 0;  ///< of the id: 1028 gives D1028
   std::int64_t folder = 0;
   std::string_view name;
-  std::string_view document_number;
-  std::string_view cad_name;
+  std::string_view documentNumber;
+  std::string_view cadName;
   std::string_view language;
-  std::string_view type_id = "";
-  std::string_view extended_type = "";  ///< empty: none
+  std::string_view typeId = "";
+  std::string_view extendedType = "";  ///< empty: none
   std::string_view text = {};
 };
 
@@ -29,23 +29,23 @@ struct Added {
 Added Add(SeedWriter& writer, std::int64_t context, const TextDocument& document) {
   Added added;
   added.master = writer.AddMaster(document.number + 1000, {.name = document.name,
-                                                           .number = document.document_number,
-                                                           .cad_name = document.cad_name,
+                                                           .number = document.documentNumber,
+                                                           .cadName = document.cadName,
                                                            .category = "xml",
-                                                           .sub_category = "",
+                                                           .subCategory = "",
                                                            .application = "SENTARIX",
-                                                           .type_id = document.type_id});
+                                                           .typeId = document.typeId});
   added.iteration = writer.AddIteration(added.master, {.number = document.number,
                                                        .context = context,
                                                        .folder = document.folder,
-                                                       .is_latest = true,
-                                                       .auth_app_version = "7000"});
+                                                       .isLatest = true,
+                                                       .authAppVersion = "7000"});
   writer.AddContent({.iteration = added.iteration,
                      .category = "TEXT",
                      .stream = writer.AddStream(document.number * 10, document.text)});
   writer.AddAttribute(added.iteration, 0, "ZVK_DD_LANGUAGE", document.language);
-  if (!document.extended_type.empty())
-    writer.AddAttribute(added.iteration, 1, "ZVK_DD_EXTENDED_DOC_TYPE", document.extended_type);
+  if (!document.extendedType.empty())
+    writer.AddAttribute(added.iteration, 1, "ZVK_DD_EXTENDED_DOC_TYPE", document.extendedType);
   return added;
 }
 
@@ -76,15 +76,15 @@ std::string Xliff(std::string_view language, std::initializer_list<Unit> units) 
   return text + "    </body>\n  </file>\n</xliff>\n";
 }
 
-constexpr std::string_view kGloves = "Wear gloves.";
-constexpr std::string_view kTubes = "Weld thin tubes with less than 80 A.";
+constexpr std::string_view gloves = "Wear gloves.";
+constexpr std::string_view tubes = "Weld thin tubes with less than 80 A.";
 
 void AddTranslated(SeedWriter& writer, const ManualPlaces& places, std::int64_t source,
                    const TextDocument& document, std::initializer_list<Unit> units) {
   TextDocument complete = document;
   const std::string text = Xliff(document.language, units);
   complete.folder = places.translations;
-  complete.type_id = kXliffType;
+  complete.typeId = xliffType;
   complete.text = text;
   writer.AddTranslation(source, Add(writer, places.context, complete).master);
 }
@@ -94,39 +94,39 @@ void AddWeldingManual(SeedWriter& writer, const ManualPlaces& places) {
                            {.number = 1028,
                             .folder = places.frame,
                             .name = "Welding manual",
-                            .document_number = "0000100028",
-                            .cad_name = "welding manual.xml",
+                            .documentNumber = "0000100028",
+                            .cadName = "welding manual.xml",
                             .language = "en",
                             .text = "<?xml version=\"1.0\"?>\n<manual><p>Wear gloves.</p>"
                                     "<p>Weld thin tubes with less than 80 A.</p></manual>\n"});
-  const std::string text = Xliff({}, {{kGloves, {}}, {kTubes, {}}});
+  const std::string text = Xliff({}, {{gloves, {}}, {tubes, {}}});
   const Added source = Add(writer, places.context,
                            {.number = 1029,
                             .folder = places.translations,
                             .name = "Welding manual, XLIFF",
-                            .document_number = "0000100029",
-                            .cad_name = "welding manual.xlf",
+                            .documentNumber = "0000100029",
+                            .cadName = "welding manual.xlf",
                             .language = "en",
-                            .type_id = kXliffType,
-                            .extended_type = "x-raomSource",
+                            .typeId = xliffType,
+                            .extendedType = "x-raomSource",
                             .text = text});
   writer.AddXliffLink(manual.iteration, source.iteration);
   AddTranslated(writer, places, source.master,
                 {.number = 1030,
                  .name = "Welding manual, German",
-                 .document_number = "0000100030",
-                 .cad_name = "welding manual_de.xlf",
+                 .documentNumber = "0000100030",
+                 .cadName = "welding manual_de.xlf",
                  .language = "de",
-                 .extended_type = "x-raomPublished"},
-                {{kGloves, "Handschuhe tragen."}, {kTubes, "Dünne Rohre mit weniger als 80 A schweißen."}});
+                 .extendedType = "x-raomPublished"},
+                {{gloves, "Handschuhe tragen."}, {tubes, "Dünne Rohre mit weniger als 80 A schweißen."}});
   AddTranslated(writer, places, source.master,
                 {.number = 1031,
                  .name = "Welding manual, French",
-                 .document_number = "0000100031",
-                 .cad_name = "welding manual_fr.xlf",
+                 .documentNumber = "0000100031",
+                 .cadName = "welding manual_fr.xlf",
                  .language = "fr",
-                 .extended_type = "x-raomTranslated"},
-                {{kGloves, "Porter des gants."}, {kTubes, "Souder les tubes minces avec moins de 80 A."}});
+                 .extendedType = "x-raomTranslated"},
+                {{gloves, "Porter des gants."}, {tubes, "Souder les tubes minces avec moins de 80 A."}});
 }
 
 }  // namespace
@@ -137,8 +137,8 @@ void SeedDemoManuals(SeedWriter& writer, const ManualPlaces& places) {
       {.number = 1032,
        .folder = places.manuals,
        .name = "Chain manual",
-       .document_number = "0000100032",
-       .cad_name = "chain manual.xml",
+       .documentNumber = "0000100032",
+       .cadName = "chain manual.xml",
        .language = "en",
        .text = "<?xml version=\"1.0\"?>\n<manual><p>Oil the chain every 200 km.</p></manual>\n"});
 }

@@ -15,13 +15,13 @@ namespace vantry_sim {
 /// The bytes of a content, in one of the forms that a state file has for them.
 struct FixtureBytes {
   enum class Kind {
-    kNone,       ///< there are none: the content has no stream
-    kInline,     ///< `text`
-    kFile,       ///< the file of this name
-    kGenerated,  ///< `size` bytes made from `generator`
-    kStream,     ///< those that the stream with this number has already
+    None,       ///< there are none: the content has no stream
+    Inline,     ///< `text`
+    File,       ///< the file of this name
+    Generated,  ///< `size` bytes made from `generator`
+    Stream,     ///< those that the stream with this number has already
   };
-  Kind kind = Kind::kNone;
+  Kind kind = Kind::None;
   std::string text;
   std::filesystem::path file;
   std::uint64_t size = 0;
@@ -32,27 +32,27 @@ struct FixtureBytes {
 struct FixtureContent {
   std::string id;
   std::string category;
-  std::string file_name;
-  bool is_forwardable = false;
-  bool is_stale = false;
-  bool is_hidden = false;
+  std::string fileName;
+  bool isForwardable = false;
+  bool isStale = false;
+  bool isHidden = false;
   FixtureBytes bytes;
 };
 
 struct FixtureAttribute {
-  std::string parameter_name;
-  std::string attribute_name;
-  std::string value_type;
+  std::string parameterName;
+  std::string attributeName;
+  std::string valueType;
   std::string value;
 };
 
 struct FixtureDependency {
-  std::string child_name;
+  std::string childName;
   std::string source;  ///< id of a version
-  bool is_direct = true;
-  std::int64_t revision_number = 0;
-  bool is_place_holder = false;
-  bool has_complete_dependencies = true;
+  bool isDirect = true;
+  std::int64_t revisionNumber = 0;
+  bool isPlaceHolder = false;
+  bool hasCompleteDependencies = true;
 };
 
 /// One iteration: a version, or a working copy.
@@ -61,11 +61,11 @@ struct FixtureVersion {
   std::string id;
   std::string revision;
   std::int64_t iteration = 1;
-  std::string folder;         ///< id; empty for one that was never checked in
-  std::string workspace;      ///< id; set for a working copy, and for what was never checked in
-  std::string target_folder;  ///< id; where the first check-in will put it; empty: the context's root
-  std::string auth_app_version;
-  std::string nd_version;
+  std::string folder;        ///< id; empty for one that was never checked in
+  std::string workspace;     ///< id; set for a working copy, and for what was never checked in
+  std::string targetFolder;  ///< id; where the first check-in will put it; empty: the context's root
+  std::string authAppVersion;
+  std::string ndVersion;
   std::string comment;
   std::string modified;  ///< empty: the time of the seeding
   std::vector<FixtureContent> primary;
@@ -80,14 +80,14 @@ struct FixtureDocument {
   std::string id;  ///< of what its versions share
   std::string name;
   std::string number;
-  std::string cad_name;
+  std::string cadName;
   std::string service;
   std::string category;
-  std::string sub_category;
+  std::string subCategory;
   std::string application;
-  std::string type_id;
+  std::string typeId;
   std::string context;                     ///< id
-  std::string translation_of;              ///< id of the document that is the source XLIFF; empty: none
+  std::string translationOf;               ///< id of the document that is the source XLIFF; empty: none
   std::vector<FixtureVersion> versions;    ///< the oldest first
   std::optional<FixtureVersion> checkout;  ///< the working copy of the last version
 };
@@ -120,7 +120,7 @@ struct FixtureWorkspace {
 
 struct FixtureUser {
   std::string name;
-  std::string full_name;
+  std::string fullName;
 };
 
 struct Fixture {
@@ -128,10 +128,9 @@ struct Fixture {
   std::vector<FixtureContext> contexts;
   std::vector<FixtureWorkspace> workspaces;
   std::vector<FixtureDocument> documents;
-  std::vector<std::pair<std::string, std::string>> application_versions;
-  std::int64_t next_id = 0;  ///< number of the next id that the server gives; 0: as in a new one
-  std::vector<std::string>
-      order;  ///< ids of all iterations in the order of their making; empty: as they stand
+  std::vector<std::pair<std::string, std::string>> applicationVersions;
+  std::int64_t nextId = 0;         ///< number of the next id that the server gives; 0: as in a new one
+  std::vector<std::string> order;  ///< ids of all iterations in the order of their making; empty: as they are
 };
 
 }  // namespace vantry_sim

@@ -7,7 +7,7 @@ namespace vantry_sim {
 namespace {
 
 /// A slip of the finger must not fill a disk.
-constexpr std::int64_t kMostGenerated = 1'000'000'000'000;
+constexpr std::int64_t mostGenerated = 1'000'000'000'000;
 
 }  // namespace
 
@@ -30,13 +30,13 @@ void FixtureContents::Read(const FixtureObject& version, const std::string& cate
   if (version.Has("content")) out.primary.push_back(ReadOne(version.Value("content"), category));
   for (const JsonValue value : version.List("contents")) out.primary.push_back(ReadOne(value, category));
   for (const JsonValue value : version.List("secondary"))
-    out.secondary.push_back(ReadOne(value, std::string(kDefaultSecondaryCategory)));
+    out.secondary.push_back(ReadOne(value, std::string(defaultSecondaryCategory)));
 }
 
 FixtureContent FixtureContents::ReadOne(JsonValue value, const std::string& category) {
   FixtureContent content;
   content.category = category;
-  content.file_name = kDefaultFileName;
+  content.fileName = defaultFileName;
   if (const auto text = ScalarText(value)) {
     content.bytes = TextBytes(*text, value.Line());
   } else {
@@ -46,10 +46,10 @@ FixtureContent FixtureContents::ReadOne(JsonValue value, const std::string& cate
                                problems_);
     content.id = object.Text("id");
     content.category = object.Text("category", category);
-    content.file_name = object.Text("fileName", kDefaultFileName);
-    content.is_forwardable = object.Flag("isForwardable", false);
-    content.is_stale = object.Flag("isStale", false);
-    content.is_hidden = object.Flag("isHidden", false);
+    content.fileName = object.Text("fileName", defaultFileName);
+    content.isForwardable = object.Flag("isForwardable", false);
+    content.isStale = object.Flag("isStale", false);
+    content.isHidden = object.Flag("isHidden", false);
     content.bytes = ReadBytes(object);
   }
   if (content.id.empty()) content.id = ids_.Make("K");
@@ -62,19 +62,19 @@ FixtureBytes FixtureContents::ReadBytes(const FixtureObject& object) {
   for (const char* form : {"text", "base64", "file", "size"}) forms += object.Has(form) ? 1 : 0;
   if (forms > 1) object.Problem("size", "excludes text, base64 and file: a content has one of them");
   if (object.Has("text")) {
-    bytes.kind = FixtureBytes::Kind::kInline;
+    bytes.kind = FixtureBytes::Kind::Inline;
     bytes.text = object.Text("text");
   } else if (object.Has("base64")) {
     auto decoded = DecodeBase64(object.Text("base64"));
     if (!decoded) object.Problem("base64", "is no base64");
-    bytes.kind = FixtureBytes::Kind::kInline;
+    bytes.kind = FixtureBytes::Kind::Inline;
     bytes.text = decoded.value_or("");
   } else if (object.Has("file")) {
     bytes = FileBytes(object.Text("file"), object.Value("file").Line());
   } else if (object.Has("size")) {
     const std::int64_t size = object.Number("size").value_or(0);
-    if (size > kMostGenerated) object.Problem("size", "is more than a terabyte");
-    bytes.kind = FixtureBytes::Kind::kGenerated;
+    if (size > mostGenerated) object.Problem("size", "is more than a terabyte");
+    bytes.kind = FixtureBytes::Kind::Generated;
     bytes.size = static_cast<std::uint64_t>(size);
     bytes.generator = object.Number("generator");
     if (bytes.generator == 0) object.Problem("generator", "must be above 0");
@@ -88,27 +88,27 @@ void FixtureContents::CheckStream(const FixtureObject& object, FixtureBytes& byt
   bytes.stream = object.Number("stream");
   if (!bytes.stream) return;
   if (*bytes.stream == 0) object.Problem("stream", "must be above 0");
-  if (bytes.kind != FixtureBytes::Kind::kNone) {
+  if (bytes.kind != FixtureBytes::Kind::None) {
     streams_.insert(*bytes.stream);
   } else if (streams_.count(*bytes.stream) > 0) {
-    bytes.kind = FixtureBytes::Kind::kStream;
+    bytes.kind = FixtureBytes::Kind::Stream;
   } else {
     object.Problem("stream", "has no bytes here or further up");
   }
 }
 
-/// Text as it stands, or the name of a file behind an "@".
+/// Text as it is, or the name of a file after an "@".
 FixtureBytes FixtureContents::TextBytes(const std::string& text, std::uint32_t line) {
   if (text.starts_with('@')) return FileBytes(text.substr(1), line);
   FixtureBytes bytes;
-  bytes.kind = FixtureBytes::Kind::kInline;
+  bytes.kind = FixtureBytes::Kind::Inline;
   bytes.text = text;
   return bytes;
 }
 
 FixtureBytes FixtureContents::FileBytes(const std::string& name, std::uint32_t line) {
   FixtureBytes bytes;
-  bytes.kind = FixtureBytes::Kind::kFile;
+  bytes.kind = FixtureBytes::Kind::File;
   bytes.file = sources_.directory / name;
   std::error_code error;
   if (!sources_.files) {

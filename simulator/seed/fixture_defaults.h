@@ -7,18 +7,18 @@ namespace vantry_sim {
 
 // What a state file means where it says nothing. Its reader and its writer go by the same.
 
-inline constexpr std::string_view kDefaultKind = "Product";
-inline constexpr std::string_view kDefaultOrganization = "Organization";
-inline constexpr std::string_view kDefaultService = "dynamic";
-inline constexpr std::string_view kDefaultCategory = "iso";
-inline constexpr std::string_view kDefaultSubCategory = "FENLET";
-inline constexpr std::string_view kDefaultApplication = "MERIDOX";
-inline constexpr std::string_view kDefaultAuthAppVersion = "310";
-inline constexpr std::string_view kDefaultNdVersion = "J-01";
-inline constexpr std::string_view kDefaultFileName = "{$CAD_NAME}";
-inline constexpr std::string_view kDefaultSecondaryCategory = "VIEWABLE";
-inline constexpr std::string_view kDefaultValueType = "String";
+inline constexpr std::string_view defaultKind = "Product";
+inline constexpr std::string_view defaultOrganization = "Organization";
+inline constexpr std::string_view defaultService = "dynamic";
+inline constexpr std::string_view defaultCategory = "iso";
+inline constexpr std::string_view defaultSubCategory = "FENLET";
+inline constexpr std::string_view defaultApplication = "MERIDOX";
+inline constexpr std::string_view defaultAuthAppVersion = "310";
+inline constexpr std::string_view defaultNdVersion = "J-01";
+inline constexpr std::string_view defaultFileName = "{$CAD_NAME}";
+inline constexpr std::string_view defaultSecondaryCategory = "VIEWABLE";
+inline constexpr std::string_view defaultValueType = "String";
 /// Ids that a server gives begin here.
-inline constexpr std::int64_t kFirstGivenId = 10'000'001;
+inline constexpr std::int64_t firstGivenId = 10'000'001;
 
 }  // namespace vantry_sim

@@ -11,17 +11,17 @@
 namespace vantry_sim {
 namespace {
 
-const std::vector<std::string_view> kDocumentKeys{
+const std::vector<std::string_view> documentKeys{
     "id",          "name",     "number",         "cadName",   "service",   "category",     "subCategory",
     "application", "typeId",   "context",        "folder",    "workspace", "targetFolder", "translationOf",
     "versions",    "checkout", "version",        "content",   "contents",  "secondary",    "attributes",
     "dependsOn",   "xliff",    "authAppVersion", "ndVersion", "comment",   "modified",     "masterId"};
 
-const std::vector<std::string_view> kVersionKeys{
+const std::vector<std::string_view> versionKeys{
     "id",        "version", "content",        "contents",  "secondary", "attributes",
     "dependsOn", "xliff",   "authAppVersion", "ndVersion", "comment",   "modified"};
 
-const std::vector<std::string_view> kCheckoutKeys{
+const std::vector<std::string_view> checkoutKeys{
     "id",        "workspace", "content",        "contents",  "secondary", "attributes",
     "dependsOn", "xliff",     "authAppVersion", "ndVersion", "comment",   "modified"};
 
@@ -45,7 +45,7 @@ void FixtureDocuments::Read(JsonValue documents, JsonValue workspaces) {
 }
 
 std::int64_t FixtureDocuments::LastNumber() const {
-  return std::max(document_ids_.LastNumber(), version_ids_.LastNumber());
+  return std::max(documentIds_.LastNumber(), versionIds_.LastNumber());
 }
 
 /// Ids that the file names come before those that are made up.
@@ -54,13 +54,13 @@ void FixtureDocuments::ClaimAll(JsonValue documents) {
     if (const std::string text(id.Text()); !text.empty()) ids.Claim(text, id.Line(), problems_);
   };
   for (const JsonValue document : documents) {
-    claim(document_ids_, document.Find("masterId"));
-    claim(version_ids_, document.Find("id"));
-    claim(version_ids_, document.Find("checkout").Find("id"));
+    claim(documentIds_, document.Find("masterId"));
+    claim(versionIds_, document.Find("id"));
+    claim(versionIds_, document.Find("checkout").Find("id"));
     contents_.Claim(document);
     contents_.Claim(document.Find("checkout"));
     for (const JsonValue version : document.Find("versions")) {
-      claim(version_ids_, version.Find("id"));
+      claim(versionIds_, version.Find("id"));
       contents_.Claim(version);
     }
   }
@@ -69,14 +69,14 @@ void FixtureDocuments::ClaimAll(JsonValue documents) {
 FixtureDocuments::Ids FixtureDocuments::MakeIds(JsonValue document) {
   const auto id = [this](JsonValue given) {
     const std::string text(given.Text());
-    return text.empty() ? version_ids_.Make("D") : text;
+    return text.empty() ? versionIds_.Make("D") : text;
   };
   Ids ids;
   for (const JsonValue version : document.Find("versions")) ids.versions.push_back(id(version.Find("id")));
   if (document.Find("versions").IsMissing()) ids.versions.push_back(id(document.Find("id")));
   if (!document.Find("checkout").IsMissing()) ids.checkout = id(document.Find("checkout").Find("id"));
   ids.document = document.Find("masterId").Text();
-  if (ids.document.empty()) ids.document = document_ids_.Make("M");
+  if (ids.document.empty()) ids.document = documentIds_.Make("M");
   return ids;
 }
 
@@ -93,28 +93,28 @@ void FixtureDocuments::NameAll(JsonValue document, const Ids& ids) {
 }
 
 void FixtureDocuments::Name(const std::string& name, const Target& target) {
-  const auto [entry, is_new] = named_.emplace(name, target);
-  if (!is_new && entry->second.document != target.document) entry->second = {};
+  const auto [entry, isNew] = named_.emplace(name, target);
+  if (!isNew && entry->second.document != target.document) entry->second = {};
 }
 
 void FixtureDocuments::ReadDocument(JsonValue value, const Ids& ids) {
-  const FixtureObject object(value, "a document", kDocumentKeys, problems_);
+  const FixtureObject object(value, "a document", documentKeys, problems_);
   if (!value.IsObject()) return;
   FixtureDocument document;
   document.line = value.Line();
   document.id = ids.document;
-  document.cad_name = object.Required("cadName");
-  document.name = object.Text("name", document.cad_name);
+  document.cadName = object.Required("cadName");
+  document.name = object.Text("name", document.cadName);
   document.number = object.Text("number", ids.versions.empty() ? "" : ids.versions.back());
-  document.service = object.Text("service", kDefaultService);
+  document.service = object.Text("service", defaultService);
   if (document.service != "dynamic" && document.service != "cad")
     object.Problem("service", "must be dynamic or cad");
-  document.category = object.Text("category", kDefaultCategory);
-  document.sub_category = object.Text("subCategory", kDefaultSubCategory);
-  document.application = object.Text("application", kDefaultApplication);
-  document.type_id = object.Text("typeId");
+  document.category = object.Text("category", defaultCategory);
+  document.subCategory = object.Text("subCategory", defaultSubCategory);
+  document.application = object.Text("application", defaultApplication);
+  document.typeId = object.Text("typeId");
   ReadPlace(object, document);
-  if (const auto xliff = Find(object, "translationOf")) document.translation_of = xliff->document;
+  if (const auto xliff = Find(object, "translationOf")) document.translationOf = xliff->document;
   ReadVersions(object, value, ids, document);
   if (object.Has("checkout")) ReadCheckout(object, ids, document);
   CheckOrder(document);
@@ -124,19 +124,18 @@ void FixtureDocuments::ReadDocument(JsonValue value, const Ids& ids) {
 void FixtureDocuments::ReadPlace(const FixtureObject& object, FixtureDocument& document) {
   folder_.clear();
   workspace_.clear();
-  target_folder_.clear();
+  targetFolder_.clear();
   const auto take = [&](const char* key, const std::optional<FixturePlace>& place, std::string& id) {
     if (!place) return;
     id = place->id;
     if (!document.context.empty() && document.context != place->context)
-      object.Problem(key, "is of another context than what stands before it");
+      object.Problem(key, "is of another context than what comes before it");
     document.context = place->context;
   };
   if (object.Has("context")) document.context = places_.Context(object, "context").value_or("");
   if (object.Has("folder")) take("folder", places_.Folder(object, "folder"), folder_);
   if (object.Has("workspace")) take("workspace", places_.Workspace(object, "workspace"), workspace_);
-  if (object.Has("targetFolder"))
-    take("targetFolder", places_.Folder(object, "targetFolder"), target_folder_);
+  if (object.Has("targetFolder")) take("targetFolder", places_.Folder(object, "targetFolder"), targetFolder_);
   if (!object.Has("context") && !object.Has("folder") && !object.Has("workspace"))
     object.Problem("folder", "is missing, or else a workspace that holds what was never checked in");
   if (object.Has("workspace") && object.Has("folder"))
@@ -159,7 +158,7 @@ void FixtureDocuments::ReadVersions(const FixtureObject& object, JsonValue value
   }
   std::size_t index = 0;
   for (const JsonValue entry : value.Find("versions")) {
-    const FixtureObject version(entry, "a version", kVersionKeys, problems_);
+    const FixtureObject version(entry, "a version", versionKeys, problems_);
     document.versions.push_back(ReadVersion(version, ids.versions[index++], document));
     ReadVersionText(version, document.versions.back());
   }
@@ -175,21 +174,21 @@ FixtureVersion FixtureDocuments::ReadVersion(const FixtureObject& object, const 
   version.id = id;
   version.folder = folder_;
   version.workspace = workspace_;
-  version.target_folder = target_folder_;
+  version.targetFolder = targetFolder_;
   ReadFields(object, document, version);
   return version;
 }
 
 void FixtureDocuments::ReadFields(const FixtureObject& object, const FixtureDocument& document,
                                   FixtureVersion& version) {
-  version.auth_app_version = object.Text("authAppVersion", kDefaultAuthAppVersion);
-  version.nd_version = object.Text("ndVersion", kDefaultNdVersion);
+  version.authAppVersion = object.Text("authAppVersion", defaultAuthAppVersion);
+  version.ndVersion = object.Text("ndVersion", defaultNdVersion);
   version.comment = object.Text("comment");
   version.modified = object.Text("modified");
   if (!version.modified.empty() && !ReadTimestamp(version.modified))
     object.Problem("modified", "must be a time such as 2026-01-31T09:00:00Z");
   if (const auto xliff = Find(object, "xliff")) version.xliff = xliff->version;
-  contents_.Read(object, document.sub_category, version);
+  contents_.Read(object, document.subCategory, version);
   ReadAttributes(object, version);
   ReadDependencies(object, version);
 }
@@ -210,7 +209,7 @@ void FixtureDocuments::ReadVersionText(const FixtureObject& object, FixtureVersi
 }
 
 void FixtureDocuments::ReadCheckout(const FixtureObject& object, const Ids& ids, FixtureDocument& document) {
-  const FixtureObject checkout(object.Value("checkout"), "a checkout", kCheckoutKeys, problems_);
+  const FixtureObject checkout(object.Value("checkout"), "a checkout", checkoutKeys, problems_);
   if (document.versions.empty()) return;
   const FixtureVersion& base = document.versions.back();
   FixtureVersion working;
@@ -234,18 +233,18 @@ void FixtureDocuments::ReadAttributes(const FixtureObject& object, FixtureVersio
     return object.Problem("attributes", "must be names and values, or a list");
   for (const JsonValue entry : value) {
     FixtureAttribute attribute;
-    attribute.value_type = kDefaultValueType;
+    attribute.valueType = defaultValueType;
     if (value.IsArray()) {
       const FixtureObject one(entry, "an attribute", {"parameterName", "attributeName", "valueType", "value"},
                               problems_);
-      attribute.parameter_name = one.Required("parameterName");
-      attribute.attribute_name = one.Text("attributeName", attribute.parameter_name);
-      attribute.value_type = one.Text("valueType", kDefaultValueType);
+      attribute.parameterName = one.Required("parameterName");
+      attribute.attributeName = one.Text("attributeName", attribute.parameterName);
+      attribute.valueType = one.Text("valueType", defaultValueType);
       attribute.value = one.Text("value");
     } else {
-      attribute.parameter_name = attribute.attribute_name = entry.Name();
+      attribute.parameterName = attribute.attributeName = entry.Name();
       const auto text = ScalarText(entry);
-      if (!text && !entry.IsNull()) problems_.Add(entry.Line(), attribute.parameter_name + " must be a text");
+      if (!text && !entry.IsNull()) problems_.Add(entry.Line(), attribute.parameterName + " must be a text");
       attribute.value = text.value_or("");
     }
     version.attributes.push_back(std::move(attribute));
@@ -258,18 +257,18 @@ void FixtureDocuments::ReadDependencies(const FixtureObject& object, FixtureVers
     if (const auto name = ScalarText(entry)) {
       const auto target = Find(*name, entry.Line());
       if (target) dependency.source = target->version;
-      dependency.child_name = *name;
+      dependency.childName = *name;
     } else {
       const FixtureObject one(
           entry, "a dependency",
           {"source", "childName", "isDirect", "revNum", "isPlaceHolder", "hasCompleteDependencies"},
           problems_);
       if (const auto target = Find(one, "source")) dependency.source = target->version;
-      dependency.child_name = one.Text("childName", one.Required("source"));
-      dependency.is_direct = one.Flag("isDirect", true);
-      dependency.revision_number = one.Number("revNum").value_or(0);
-      dependency.is_place_holder = one.Flag("isPlaceHolder", false);
-      dependency.has_complete_dependencies = one.Flag("hasCompleteDependencies", true);
+      dependency.childName = one.Text("childName", one.Required("source"));
+      dependency.isDirect = one.Flag("isDirect", true);
+      dependency.revisionNumber = one.Number("revNum").value_or(0);
+      dependency.isPlaceHolder = one.Flag("isPlaceHolder", false);
+      dependency.hasCompleteDependencies = one.Flag("hasCompleteDependencies", true);
     }
     version.dependencies.push_back(std::move(dependency));
   }
@@ -279,7 +278,7 @@ void FixtureDocuments::CheckOrder(const FixtureDocument& document) {
   for (std::size_t i = 1; i < document.versions.size(); ++i) {
     if (SortKey(document.versions[i - 1]) < SortKey(document.versions[i])) continue;
     problems_.Add(document.versions[i].line,
-                  "the versions of " + document.cad_name + " must stand in their order");
+                  "the versions of " + document.cadName + " must be in their order");
   }
 }
 
@@ -289,8 +288,8 @@ void FixtureDocuments::CheckNames() {
   std::set<std::pair<std::string, std::string>> names;
   for (const FixtureDocument& document : fixture_.documents) {
     if (document.versions.empty() || document.versions.back().folder.empty()) continue;
-    if (!names.insert({document.versions.back().folder, document.cad_name}).second)
-      problems_.Add(document.line, "there is another document " + document.cad_name + " in its folder");
+    if (!names.insert({document.versions.back().folder, document.cadName}).second)
+      problems_.Add(document.line, "there is another document " + document.cadName + " in its folder");
   }
 }
 

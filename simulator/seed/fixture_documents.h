@@ -21,11 +21,11 @@ class FixtureDocuments {
   void Read(JsonValue documents, JsonValue workspaces);
 
   /// Whether the file has an iteration of this id.
-  [[nodiscard]] bool Has(const std::string& id) const { return version_ids_.Has(id); }
+  [[nodiscard]] bool Has(const std::string& id) const { return versionIds_.Has(id); }
   [[nodiscard]] std::int64_t LastNumber() const;
 
  private:
-  /// The ids of a document before it is read: what refers to it may stand in front of it.
+  /// The ids of a document before it is read: what refers to it may come before it.
   struct Ids {
     std::string document;
     std::vector<std::string> versions;
@@ -61,13 +61,13 @@ class FixtureDocuments {
   FixturePlaces& places_;
   FixtureContents contents_;
   FixtureProblems& problems_;
-  FixtureIds document_ids_{2001};
-  FixtureIds version_ids_{1001};
+  FixtureIds documentIds_{2001};
+  FixtureIds versionIds_{1001};
   std::map<std::string, Target> ids_;
   std::map<std::string, Target> named_;  ///< by number and CAD name; an empty target for what several have
   std::string folder_;                   ///< of the document that is being read
   std::string workspace_;                ///< of one that was never checked in
-  std::string target_folder_;
+  std::string targetFolder_;
 };
 
 }  // namespace vantry_sim

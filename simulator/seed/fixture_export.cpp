@@ -93,13 +93,13 @@ class Exporter {
       document.id = statement.Text(1);
       document.name = statement.Text(2);
       document.number = statement.Text(3);
-      document.cad_name = statement.Text(4);
+      document.cadName = statement.Text(4);
       document.service = statement.Text(5);
       document.category = statement.Text(6);
-      document.sub_category = statement.Text(7);
+      document.subCategory = statement.Text(7);
       document.application = statement.Text(8);
-      document.type_id = statement.Text(9);
-      document.translation_of = statement.Text(10);
+      document.typeId = statement.Text(9);
+      document.translationOf = statement.Text(10);
       AddVersions(statement.Integer(0), document);
       if (!document.versions.empty()) fixture_.documents.push_back(std::move(document));
     }
@@ -122,9 +122,9 @@ class Exporter {
       version.iteration = statement.Integer(3);
       version.folder = statement.Text(4);
       version.workspace = statement.Text(5);
-      version.target_folder = statement.Text(6);
-      version.auth_app_version = statement.Text(7);
-      version.nd_version = statement.Text(8);
+      version.targetFolder = statement.Text(6);
+      version.authAppVersion = statement.Text(7);
+      version.ndVersion = statement.Text(8);
       version.comment = statement.Text(9);
       version.modified = statement.Text(10);
       version.xliff = statement.Text(13);
@@ -171,10 +171,10 @@ class Exporter {
       FixtureContent content;
       content.id = statement.Text(0);
       content.category = statement.Text(1);
-      content.file_name = statement.Text(2);
-      content.is_forwardable = statement.Integer(3) != 0;
-      content.is_stale = statement.Integer(4) != 0;
-      content.is_hidden = statement.Integer(5) != 0;
+      content.fileName = statement.Text(2);
+      content.isForwardable = statement.Integer(3) != 0;
+      content.isStale = statement.Integer(4) != 0;
+      content.isHidden = statement.Integer(5) != 0;
       if (!statement.IsNull(6)) content.bytes = BytesOf(statement);
       contents.push_back(std::move(content));
     }
@@ -186,22 +186,22 @@ class Exporter {
     bytes.stream = content.Integer(6);
     bytes.size = static_cast<std::uint64_t>(content.Integer(7));
     bytes.file = contents_.PathOf(*bytes.stream);
-    bytes.kind = FixtureBytes::Kind::kStream;
+    bytes.kind = FixtureBytes::Kind::Stream;
     if (!streams_.insert(*bytes.stream).second) return bytes;
-    bytes.kind = content.IsNull(8) ? FixtureBytes::Kind::kFile : FixtureBytes::Kind::kGenerated;
+    bytes.kind = content.IsNull(8) ? FixtureBytes::Kind::File : FixtureBytes::Kind::Generated;
     if (!content.IsNull(8) && content.Integer(8) != *bytes.stream) bytes.generator = content.Integer(8);
     return bytes;
   }
 
   void AddRest() {
     auto versions = database_.Prepare("SELECT application, version FROM application_versions ORDER BY 1, 2");
-    while (versions.Step()) fixture_.application_versions.emplace_back(versions.Text(0), versions.Text(1));
+    while (versions.Step()) fixture_.applicationVersions.emplace_back(versions.Text(0), versions.Text(1));
     auto counter = database_.Prepare("SELECT next FROM counters WHERE name = 'id'");
-    if (counter.Step()) fixture_.next_id = counter.Integer(0);
+    if (counter.Step()) fixture_.nextId = counter.Integer(0);
     AddOrder();
   }
 
-  /// Only where the iterations were not made in the order in which the documents stand here.
+  /// Only where the iterations were not made in the order in which the documents are here.
   void AddOrder() {
     std::vector<std::string> natural;
     for (const FixtureDocument& document : fixture_.documents) {

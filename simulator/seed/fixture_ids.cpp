@@ -24,11 +24,11 @@ std::int64_t FixtureIds::LastNumber() const {
 }
 
 std::int64_t NumberOfId(std::string_view id) {
-  constexpr std::size_t kLongest = 15;
+  constexpr std::size_t longest = 15;
   std::size_t digits = 0;
   while (digits < id.size() && id[id.size() - 1 - digits] >= '0' && id[id.size() - 1 - digits] <= '9')
     ++digits;
-  if (digits == 0 || digits > kLongest) return 0;
+  if (digits == 0 || digits > longest) return 0;
   std::int64_t number = 0;
   std::from_chars(id.data() + id.size() - digits, id.data() + id.size(), number);
   return number;

@@ -20,18 +20,18 @@ class Loader {
     AddIterations(fixture);
     for (const FixtureDocument& document : fixture.documents) AddLinks(document);
     for (const FixtureWorkspace& workspace : fixture.workspaces) AddHeld(workspace);
-    for (const auto& [application, version] : fixture.application_versions) {
+    for (const auto& [application, version] : fixture.applicationVersions) {
       database_.Prepare("INSERT OR IGNORE INTO application_versions(application, version) VALUES(?1, ?2)")
           .Bind(application, version)
           .Run();
     }
-    database_.Prepare("UPDATE counters SET next = ?1 WHERE name = 'id'").Bind(fixture.next_id).Run();
+    database_.Prepare("UPDATE counters SET next = ?1 WHERE name = 'id'").Bind(fixture.nextId).Run();
   }
 
  private:
   void AddUser(const FixtureUser& user) {
     database_.Prepare("INSERT INTO users(name, full_name) VALUES(?1, ?2)")
-        .Bind(user.name, user.full_name)
+        .Bind(user.name, user.fullName)
         .Run();
     users_[user.name] = database_.LastRowId();
   }
@@ -69,7 +69,7 @@ class Loader {
             "INSERT INTO masters(oid, service, name, number, category, sub_category, cad_name, "
             "authoring_application, type_id) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)")
         .Bind(document.id, document.service, document.name, document.number, document.category,
-              document.sub_category, document.cad_name, document.application, document.type_id)
+              document.subCategory, document.cadName, document.application, document.typeId)
         .Run();
     masters_[document.id] = database_.LastRowId();
   }
@@ -99,7 +99,7 @@ class Loader {
   }
 
   void AddIteration(const FixtureDocument& document, const FixtureVersion& version, bool latest) {
-    const auto key_of = [](const std::map<std::string, std::int64_t>& keys, const std::string& id) {
+    const auto keyOf = [](const std::map<std::string, std::int64_t>& keys, const std::string& id) {
       return id.empty() ? std::int64_t{0} : keys.at(id);
     };
     const std::int64_t workspace = version.workspace.empty() ? 0 : workspaces_.at(version.workspace).key;
@@ -112,8 +112,8 @@ class Loader {
             "nullif(?5, 0), nullif(?6, 0), ?7, ?8, ?9, ?10, ?11, ?12, ?13, ifnull(nullif(?14, ''), "
             "server_time()))")
         .Bind(version.id, masters_.at(document.id), contexts_.at(document.context),
-              key_of(folders_, version.folder), workspace, key_of(folders_, version.target_folder),
-              version.revision, version.iteration, latest, version.auth_app_version, version.nd_version,
+              keyOf(folders_, version.folder), workspace, keyOf(folders_, version.targetFolder),
+              version.revision, version.iteration, latest, version.authAppVersion, version.ndVersion,
               document.service, version.comment, version.modified)
         .Run();
     const std::int64_t key = database_.LastRowId();
@@ -133,8 +133,8 @@ class Loader {
               "INSERT INTO contents(oid, iteration, role, position, category, file_name, is_forwardable, "
               "is_stale, "
               "is_hidden, stream) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, nullif(?10, 0))")
-          .Bind(content.id, iteration, role, position++, content.category, content.file_name,
-                content.is_forwardable, content.is_stale, content.is_hidden, StreamOf(content.bytes))
+          .Bind(content.id, iteration, role, position++, content.category, content.fileName,
+                content.isForwardable, content.isStale, content.isHidden, StreamOf(content.bytes))
           .Run();
     }
   }
@@ -147,23 +147,23 @@ class Loader {
               "INSERT INTO attributes(iteration, position, parameter_name, attribute_name, value_type, "
               "value) "
               "VALUES(?1, ?2, ?3, ?4, ?5, ?6)")
-          .Bind(iteration, position++, attribute.parameter_name, attribute.attribute_name,
-                attribute.value_type, attribute.value)
+          .Bind(iteration, position++, attribute.parameterName, attribute.attributeName, attribute.valueType,
+                attribute.value)
           .Run();
     }
   }
 
   /// The number of the stream with these bytes, which are written if they are not there. 0 for none.
   std::int64_t StreamOf(const FixtureBytes& bytes) {
-    if (bytes.kind == FixtureBytes::Kind::kNone) return 0;
-    if (bytes.kind == FixtureBytes::Kind::kStream) return Known(*bytes.stream);
+    if (bytes.kind == FixtureBytes::Kind::None) return 0;
+    if (bytes.kind == FixtureBytes::Kind::Stream) return Known(*bytes.stream);
     std::int64_t number = bytes.stream.value_or(0);
     // A number always means the same bytes. Where others have it, these get another one.
     if (number != 0 && std::filesystem::exists(contents_.PathOf(number)) && !Holds(number, bytes)) number = 0;
     if (number == 0) number = contents_.NextStream();
     contents_.CountFrom(number);
     Write(number, bytes);
-    const bool generated = bytes.kind == FixtureBytes::Kind::kGenerated;
+    const bool generated = bytes.kind == FixtureBytes::Kind::Generated;
     database_.Prepare("INSERT OR IGNORE INTO streams(id, size, generator) VALUES(?1, ?2, nullif(?3, 0))")
         .Bind(number, static_cast<std::int64_t>(std::filesystem::file_size(contents_.PathOf(number))),
               generated ? GeneratorOf(bytes, number) : 0)
@@ -177,16 +177,16 @@ class Loader {
   }
 
   [[nodiscard]] bool Holds(std::int64_t number, const FixtureBytes& bytes) const {
-    if (bytes.kind == FixtureBytes::Kind::kInline) return contents_.Holds(number, bytes.text);
-    if (bytes.kind == FixtureBytes::Kind::kFile) return contents_.HoldsCopy(number, bytes.file);
+    if (bytes.kind == FixtureBytes::Kind::Inline) return contents_.Holds(number, bytes.text);
+    if (bytes.kind == FixtureBytes::Kind::File) return contents_.HoldsCopy(number, bytes.file);
     return contents_.HoldsGenerated(number, bytes.size, GeneratorOf(bytes, number));
   }
 
   void Write(std::int64_t number, const FixtureBytes& bytes) {
     if (std::filesystem::exists(contents_.PathOf(number)) && Holds(number, bytes)) return;
-    if (bytes.kind == FixtureBytes::Kind::kInline) {
+    if (bytes.kind == FixtureBytes::Kind::Inline) {
       contents_.Write(number, bytes.text);
-    } else if (bytes.kind == FixtureBytes::Kind::kFile) {
+    } else if (bytes.kind == FixtureBytes::Kind::File) {
       contents_.Copy(number, bytes.file);
     } else {
       contents_.Generate(number, bytes.size, GeneratorOf(bytes, number));
@@ -215,9 +215,9 @@ class Loader {
                 workspace.key, workspace.owner)
           .Run();
     }
-    if (document.translation_of.empty()) return;
+    if (document.translationOf.empty()) return;
     database_.Prepare("INSERT INTO translations(xliff, translated) VALUES(?1, ?2)")
-        .Bind(masters_.at(document.translation_of), masters_.at(document.id))
+        .Bind(masters_.at(document.translationOf), masters_.at(document.id))
         .Run();
   }
 
@@ -230,9 +230,8 @@ class Loader {
               "INSERT INTO dependencies(iteration, position, as_stored_child_name, is_direct, source, "
               "revision_number, is_place_holder, has_complete_dependencies) VALUES(?1, ?2, ?3, ?4, ?5, ?6, "
               "?7, ?8)")
-          .Bind(key, position++, dependency.child_name, dependency.is_direct,
-                iterations_.at(dependency.source), dependency.revision_number, dependency.is_place_holder,
-                dependency.has_complete_dependencies)
+          .Bind(key, position++, dependency.childName, dependency.isDirect, iterations_.at(dependency.source),
+                dependency.revisionNumber, dependency.isPlaceHolder, dependency.hasCompleteDependencies)
           .Run();
     }
     if (version.xliff.empty()) return;

@@ -6,12 +6,12 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::size_t kMostProblems = 20;
+constexpr std::size_t mostProblems = 20;
 
 }  // namespace
 
 void FixtureProblems::Add(std::uint32_t line, std::string reason) {
-  if (list_.size() < kMostProblems) list_.push_back({line, std::move(reason)});
+  if (list_.size() < mostProblems) list_.push_back({line, std::move(reason)});
 }
 
 FixtureObject::FixtureObject(JsonValue value, std::string_view what,

@@ -11,8 +11,8 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::array<std::string_view, 5> kKinds{"Product", "Library", "Project", "Site", "Organization"};
-constexpr const char* kRoot = "Default";
+constexpr std::array<std::string_view, 5> kinds{"Product", "Library", "Project", "Site", "Organization"};
+constexpr const char* rootName = "Default";
 
 }  // namespace
 
@@ -31,21 +31,21 @@ void FixturePlaces::ReadUsers(JsonValue list) {
     } else {
       const FixtureObject object(value, "a user", {"name", "fullName"}, problems_);
       user.name = object.Required("name");
-      user.full_name = object.Text("fullName", user.name);
+      user.fullName = object.Text("fullName", user.name);
     }
     if (!names.insert(user.name).second)
       problems_.Add(value.Line(), "the user " + user.name + " comes twice");
     fixture_.users.push_back(std::move(user));
   }
   // Whoever asks an open server without a name is always there.
-  if (names.insert(std::string(kOpenServerUser)).second)
-    fixture_.users.push_back({std::string(kOpenServerUser), std::string(kOpenServerUser)});
+  if (names.insert(std::string(openServerUser)).second)
+    fixture_.users.push_back({std::string(openServerUser), std::string(openServerUser)});
 }
 
 void FixturePlaces::ReadContexts(JsonValue list) {
   for (const JsonValue value : list) {
     if (const std::string id(value.Find("id").Text()); !id.empty())
-      context_ids_.Claim(id, value.Line(), problems_);
+      contextIds_.Claim(id, value.Line(), problems_);
     ClaimFolders(value.Find("folders"));
   }
   for (const JsonValue value : list) ReadContext(value);
@@ -55,7 +55,7 @@ void FixturePlaces::ReadContexts(JsonValue list) {
 void FixturePlaces::ClaimFolders(JsonValue list) {
   for (const JsonValue value : list) {
     if (const std::string id(value.Find("id").Text()); !id.empty())
-      folder_ids_.Claim(id, value.Line(), problems_);
+      folderIds_.Claim(id, value.Line(), problems_);
     ClaimFolders(value.Find("folders"));
   }
 }
@@ -65,13 +65,13 @@ void FixturePlaces::ReadContext(JsonValue value) {
                              problems_);
   FixtureContext context;
   context.line = value.Line();
-  context.kind = object.Text("kind", kDefaultKind);
-  if (std::find(kKinds.begin(), kKinds.end(), context.kind) == kKinds.end())
+  context.kind = object.Text("kind", defaultKind);
+  if (std::find(kinds.begin(), kinds.end(), context.kind) == kinds.end())
     object.Problem("kind", "must be Product, Library, Project, Site or Organization");
   context.name = object.Required("name");
-  context.organization = object.Text("organization", kDefaultOrganization);
+  context.organization = object.Text("organization", defaultOrganization);
   context.id = object.Text("id");
-  if (context.id.empty()) context.id = context_ids_.Make(ContextOidFront(context.kind));
+  if (context.id.empty()) context.id = contextIds_.Make(ContextOidFront(context.kind));
   Name(contexts_, context.name, {context.id, context.id});
   Name(contexts_, context.id, {context.id, context.id});
   if (object.Has("folders")) {
@@ -79,9 +79,9 @@ void FixturePlaces::ReadContext(JsonValue value) {
   } else {
     FixtureFolder root;
     root.line = context.line;
-    root.id = folder_ids_.Make("OR:vn.folder.Cabinet:");
-    root.name = kRoot;
-    Name(folders_, context.name + "/" + kRoot, {root.id, context.id});
+    root.id = folderIds_.Make("OR:vn.folder.Cabinet:");
+    root.name = rootName;
+    Name(folders_, context.name + "/" + rootName, {root.id, context.id});
     context.roots.push_back(std::move(root));
   }
   fixture_.contexts.push_back(std::move(context));
@@ -105,7 +105,7 @@ std::vector<FixtureFolder> FixturePlaces::ReadFolders(JsonValue list, const std:
       children = object.List("folders");
     }
     if (folder.id.empty())
-      folder.id = folder_ids_.Make(roots ? "OR:vn.folder.Cabinet:" : "OR:vn.folder.SubFolder:");
+      folder.id = folderIds_.Make(roots ? "OR:vn.folder.Cabinet:" : "OR:vn.folder.SubFolder:");
     if (!names.insert(folder.name).second)
       problems_.Add(value.Line(), "there are two folders " + folder.name + " in one place");
     const std::string own = path + "/" + folder.name;
@@ -120,7 +120,7 @@ std::vector<FixtureFolder> FixturePlaces::ReadFolders(JsonValue list, const std:
 void FixturePlaces::ReadWorkspaces(JsonValue list) {
   for (const JsonValue value : list) {
     if (const std::string id(value.Find("id").Text()); !id.empty())
-      workspace_ids_.Claim(id, value.Line(), problems_);
+      workspaceIds_.Claim(id, value.Line(), problems_);
   }
   std::set<std::vector<std::string>> places;
   for (const JsonValue value : list) {
@@ -129,11 +129,11 @@ void FixturePlaces::ReadWorkspaces(JsonValue list) {
     FixtureWorkspace workspace;
     workspace.line = value.Line();
     workspace.name = object.Required("name");
-    workspace.owner = object.Text("owner", kOpenServerUser);
+    workspace.owner = object.Text("owner", openServerUser);
     workspace.description = object.Text("description");
     workspace.context = Context(object, "context").value_or("");
     workspace.id = object.Text("id");
-    if (workspace.id.empty()) workspace.id = workspace_ids_.Make("W");
+    if (workspace.id.empty()) workspace.id = workspaceIds_.Make("W");
     const bool known = std::any_of(fixture_.users.begin(), fixture_.users.end(),
                                    [&](const FixtureUser& user) { return user.name == workspace.owner; });
     if (!known) object.Problem("owner", "is no user of this file: " + workspace.owner);
@@ -160,12 +160,12 @@ std::optional<FixturePlace> FixturePlaces::Workspace(const FixtureObject& from, 
 }
 
 std::int64_t FixturePlaces::LastNumber() const {
-  return std::max({context_ids_.LastNumber(), folder_ids_.LastNumber(), workspace_ids_.LastNumber()});
+  return std::max({contextIds_.LastNumber(), folderIds_.LastNumber(), workspaceIds_.LastNumber()});
 }
 
 void FixturePlaces::Name(Names& names, const std::string& name, const FixturePlace& place) {
-  const auto [entry, is_new] = names.emplace(name, place);
-  if (!is_new && entry->second.id != place.id) entry->second = {};
+  const auto [entry, isNew] = names.emplace(name, place);
+  if (!isNew && entry->second.id != place.id) entry->second = {};
 }
 
 std::optional<FixturePlace> FixturePlaces::Find(const Names& names, const FixtureObject& from,

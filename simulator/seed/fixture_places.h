@@ -28,7 +28,7 @@ class FixturePlaces {
 
   /// The id of a context, by its id or its name. Nothing, with a problem, for an unknown or an ambiguous one.
   std::optional<std::string> Context(const FixtureObject& from, std::string_view key);
-  /// A folder, by its id or by its path: context, root, and so on, each behind a "/".
+  /// A folder, by its id or by its path: context, root, and so on, each after a "/".
   std::optional<FixturePlace> Folder(const FixtureObject& from, std::string_view key);
   /// A workspace, by its id or its name.
   std::optional<FixturePlace> Workspace(const FixtureObject& from, std::string_view key);
@@ -53,9 +53,9 @@ class FixturePlaces {
 
   Fixture& fixture_;
   FixtureProblems& problems_;
-  FixtureIds context_ids_{101};
-  FixtureIds folder_ids_{201};
-  FixtureIds workspace_ids_{301};
+  FixtureIds contextIds_{101};
+  FixtureIds folderIds_{201};
+  FixtureIds workspaceIds_{301};
   Names contexts_;
   Names folders_;
   Names workspaces_;

@@ -13,7 +13,7 @@ namespace {
 void ReadApplicationVersions(JsonValue list, Fixture& fixture, FixtureProblems& problems) {
   for (const JsonValue value : list) {
     const FixtureObject object(value, "an application version", {"application", "version"}, problems);
-    fixture.application_versions.emplace_back(object.Required("application"), object.Required("version"));
+    fixture.applicationVersions.emplace_back(object.Required("application"), object.Required("version"));
   }
 }
 
@@ -50,7 +50,7 @@ std::optional<Fixture> ReadFixture(JsonValue root, const FixtureSources& sources
   ReadApplicationVersions(object.List("applicationVersions"), fixture, found);
   ReadOrder(object, documents, fixture, found);
   const std::int64_t last = std::max(places.LastNumber(), documents.LastNumber());
-  fixture.next_id = std::max({object.Number("nextId").value_or(0), last + 1, kFirstGivenId});
+  fixture.nextId = std::max({object.Number("nextId").value_or(0), last + 1, firstGivenId});
   problems = found.list();
   return found.empty() ? std::optional(std::move(fixture)) : std::nullopt;
 }

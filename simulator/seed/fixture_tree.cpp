@@ -12,21 +12,21 @@
 namespace vantry_sim {
 namespace {
 
-constexpr int kDeepest = 100;
+constexpr int deepest = 100;
 
 /// Makes the nodes of a JSON text out of those of YAML.
 class TreeBuilder {
  public:
   TreeBuilder(JsonStore& store, FixtureProblem& problem) : store_(store), problem_(problem) {}
 
-  bool Build(const YAML::Node& root) { return Add(root, kDeepest) != kFailed; }
+  bool Build(const YAML::Node& root) { return Add(root, deepest) != failed; }
 
  private:
-  static constexpr std::uint32_t kFailed = 0xFFFFFFFF;
+  static constexpr std::uint32_t failed = 0xFFFFFFFF;
 
   std::uint32_t Fail(const YAML::Node& node, std::string reason) {
     problem_ = {LineOf(node), std::move(reason)};
-    return kFailed;
+    return failed;
   }
 
   static std::uint32_t LineOf(const YAML::Node& node) {
@@ -42,7 +42,7 @@ class TreeBuilder {
   /// @return the index of the new node
   std::uint32_t Add(const YAML::Node& node, int depth) {
     if (depth == 0) return Fail(node, "this is nested too deeply");
-    if (store_.nodes.size() >= kMostJsonValues || store_.texts.size() > kMostTextBytes)
+    if (store_.nodes.size() >= mostJsonValues || store_.texts.size() > mostTextBytes)
       return Fail(node, "there are too many values");
     const auto index = static_cast<std::uint32_t>(store_.nodes.size());
     store_.nodes.emplace_back().line = LineOf(node);
@@ -53,18 +53,18 @@ class TreeBuilder {
   }
 
   std::uint32_t AddSequence(const YAML::Node& node, std::uint32_t index, int depth) {
-    store_.nodes[index].kind = JsonKind::kArray;
+    store_.nodes[index].kind = JsonKind::Array;
     std::uint32_t last = 0;
     for (const YAML::Node& item : node) {
       const std::uint32_t child = Add(item, depth - 1);
-      if (child == kFailed) return kFailed;
+      if (child == failed) return failed;
       Attach(index, child, last);
     }
     return index;
   }
 
   std::uint32_t AddMap(const YAML::Node& node, std::uint32_t index, int depth) {
-    store_.nodes[index].kind = JsonKind::kObject;
+    store_.nodes[index].kind = JsonKind::Object;
     std::uint32_t last = 0;
     std::set<std::string> names;
     for (const auto& member : node) {
@@ -72,10 +72,10 @@ class TreeBuilder {
       const std::string& name = member.first.Scalar();
       if (!names.insert(name).second) return Fail(member.first, "the key " + name + " comes twice");
       const std::uint32_t child = Add(member.second, depth - 1);
-      if (child == kFailed) return kFailed;
+      if (child == failed) return failed;
       const auto place = Keep(name);
-      store_.nodes[child].name_at = place.first;
-      store_.nodes[child].name_size = place.second;
+      store_.nodes[child].nameAt = place.first;
+      store_.nodes[child].nameSize = place.second;
       // An empty value has no place of its own in the text.
       if (store_.nodes[child].line == 0) store_.nodes[child].line = LineOf(member.first);
       Attach(index, child, last);
@@ -94,19 +94,19 @@ class TreeBuilder {
     const std::string& text = node.Scalar();
     JsonStore::Node& made = store_.nodes[index];
     const bool plain = node.Tag() == "?";
-    made.kind = JsonKind::kText;
+    made.kind = JsonKind::Text;
     if (plain && (text == "true" || text == "false")) {
-      made.kind = JsonKind::kBoolean;
+      made.kind = JsonKind::Boolean;
       made.boolean = text == "true";
     } else if (plain && IsJsonNumber(text)) {
-      made.kind = JsonKind::kNumber;
+      made.kind = JsonKind::Number;
     }
     const auto place = Keep(text);
-    made.text_at = place.first;
-    made.text_size = place.second;
+    made.textAt = place.first;
+    made.textSize = place.second;
   }
 
-  static constexpr std::size_t kMostTextBytes = 1'000'000'000;
+  static constexpr std::size_t mostTextBytes = 1'000'000'000;
   JsonStore& store_;
   FixtureProblem& problem_;
 };
@@ -147,7 +147,7 @@ std::optional<JsonDocument> ReadFixtureTree(const std::filesystem::path& file, F
   }
   if (file.extension() != ".json") return ReadYaml(text, problem);
   JsonProblem json;
-  auto document = ReadJson(text, &json, kDeepest);
+  auto document = ReadJson(text, &json, deepest);
   if (!document) problem = {json.line, json.reason};
   return document;
 }

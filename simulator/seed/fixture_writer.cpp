@@ -14,7 +14,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::size_t kLongestInlineText = 2048;
+constexpr std::size_t longestInlineText = 2048;
 
 std::string ReadAll(const std::filesystem::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -45,11 +45,11 @@ class Names {
 
  private:
   struct Table {
-    std::map<std::string, std::string> by_id;
+    std::map<std::string, std::string> byId;
     std::map<std::string, int> uses;  ///< of names and of ids
   };
   static void Add(Table& table, const std::string& name, const std::string& id) {
-    table.by_id[id] = name;
+    table.byId[id] = name;
     ++table.uses[name];
     if (name != id) ++table.uses[id];
   }
@@ -59,8 +59,8 @@ class Names {
     for (const FixtureFolder& child : folder.folders) AddFolder(own, child);
   }
   static std::string Of(const Table& table, const std::string& id) {
-    const auto found = table.by_id.find(id);
-    return found == table.by_id.end() || table.uses.at(found->second) > 1 ? id : found->second;
+    const auto found = table.byId.find(id);
+    return found == table.byId.end() || table.uses.at(found->second) > 1 ? id : found->second;
   }
 
   Table contexts_, folders_, workspaces_;
@@ -78,17 +78,17 @@ class Writer {
     List("workspaces", fixture_.workspaces, [this](const FixtureWorkspace& entry) { WriteWorkspace(entry); });
     List("documents", fixture_.documents,
          [this](const FixtureDocument& document) { WriteDocument(document); });
-    if (!fixture_.application_versions.empty()) {
-      List("applicationVersions", fixture_.application_versions, [this](const auto& entry) {
+    if (!fixture_.applicationVersions.empty()) {
+      List("applicationVersions", fixture_.applicationVersions, [this](const auto& entry) {
         out_.StartMap();
         out_.Member("application", entry.first);
         out_.Member("version", entry.second);
         out_.EndMap();
       });
     }
-    if (fixture_.next_id > kFirstGivenId) {
+    if (fixture_.nextId > firstGivenId) {
       out_.Key("nextId");
-      out_.Number(fixture_.next_id);
+      out_.Number(fixture_.nextId);
     }
     if (!fixture_.order.empty())
       List("order", fixture_.order, [this](const std::string& id) { out_.Text(id); });
@@ -101,16 +101,16 @@ class Writer {
     out_.StartMap();
     if (single) out_.Member("id", last.id);
     out_.Member("masterId", document.id);
-    out_.Member("cadName", document.cad_name);
-    out_.MemberUnless("name", document.name, document.cad_name);
+    out_.Member("cadName", document.cadName);
+    out_.MemberUnless("name", document.name, document.cadName);
     out_.Member("number", document.number);
-    out_.MemberUnless("service", document.service, kDefaultService);
-    out_.MemberUnless("category", document.category, kDefaultCategory);
-    out_.MemberUnless("subCategory", document.sub_category, kDefaultSubCategory);
-    out_.MemberUnless("application", document.application, kDefaultApplication);
-    out_.MemberUnless("typeId", document.type_id, "");
+    out_.MemberUnless("service", document.service, defaultService);
+    out_.MemberUnless("category", document.category, defaultCategory);
+    out_.MemberUnless("subCategory", document.subCategory, defaultSubCategory);
+    out_.MemberUnless("application", document.application, defaultApplication);
+    out_.MemberUnless("typeId", document.typeId, "");
     WritePlace(document, last);
-    out_.MemberUnless("translationOf", document.translation_of, "");
+    out_.MemberUnless("translationOf", document.translationOf, "");
     if (single) {
       out_.Member("version", last.revision + "." + std::to_string(last.iteration));
       WriteFields(document, last);
@@ -139,7 +139,7 @@ class Writer {
   void WriteUser(const FixtureUser& user) {
     out_.StartMap();
     out_.Member("name", user.name);
-    out_.MemberUnless("fullName", user.full_name, user.name);
+    out_.MemberUnless("fullName", user.fullName, user.name);
     out_.EndMap();
   }
 
@@ -148,7 +148,7 @@ class Writer {
     out_.Member("id", context.id);
     out_.Member("kind", context.kind);
     out_.Member("name", context.name);
-    out_.MemberUnless("organization", context.organization, kDefaultOrganization);
+    out_.MemberUnless("organization", context.organization, defaultOrganization);
     WriteFolders(context.roots);
     out_.EndMap();
   }
@@ -180,7 +180,7 @@ class Writer {
       out_.Member("folder", names_.Folder(last.folder));
     } else if (!last.workspace.empty()) {
       out_.Member("workspace", names_.Workspace(last.workspace));
-      if (!last.target_folder.empty()) out_.Member("targetFolder", names_.Folder(last.target_folder));
+      if (!last.targetFolder.empty()) out_.Member("targetFolder", names_.Folder(last.targetFolder));
     } else {
       out_.Member("context", names_.Context(document.context));
     }
@@ -196,21 +196,21 @@ class Writer {
   }
 
   void WriteFields(const FixtureDocument& document, const FixtureVersion& version) {
-    out_.MemberUnless("authAppVersion", version.auth_app_version, kDefaultAuthAppVersion);
-    out_.MemberUnless("ndVersion", version.nd_version, kDefaultNdVersion);
+    out_.MemberUnless("authAppVersion", version.authAppVersion, defaultAuthAppVersion);
+    out_.MemberUnless("ndVersion", version.ndVersion, defaultNdVersion);
     out_.MemberUnless("comment", version.comment, "");
     out_.MemberUnless("modified", version.modified, "");
     out_.MemberUnless("xliff", version.xliff, "");
     if (version.primary.size() == 1) {
       out_.Key("content");
-      WriteContent(version.primary.front(), document.sub_category);
+      WriteContent(version.primary.front(), document.subCategory);
     } else if (!version.primary.empty()) {
       List("contents", version.primary,
-           [&](const FixtureContent& content) { WriteContent(content, document.sub_category); });
+           [&](const FixtureContent& content) { WriteContent(content, document.subCategory); });
     }
     if (!version.secondary.empty()) {
       List("secondary", version.secondary,
-           [&](const FixtureContent& content) { WriteContent(content, kDefaultSecondaryCategory); });
+           [&](const FixtureContent& content) { WriteContent(content, defaultSecondaryCategory); });
     }
     if (!version.attributes.empty()) WriteAttributes(version.attributes);
     if (!version.dependencies.empty())
@@ -222,10 +222,10 @@ class Writer {
     out_.StartMap();
     out_.Member("id", content.id);
     out_.MemberUnless("category", content.category, category);
-    out_.MemberUnless("fileName", content.file_name, kDefaultFileName);
-    WriteFlag("isForwardable", content.is_forwardable, false);
-    WriteFlag("isStale", content.is_stale, false);
-    WriteFlag("isHidden", content.is_hidden, false);
+    out_.MemberUnless("fileName", content.fileName, defaultFileName);
+    WriteFlag("isForwardable", content.isForwardable, false);
+    WriteFlag("isStale", content.isStale, false);
+    WriteFlag("isHidden", content.isHidden, false);
     WriteBytes(content.bytes);
     out_.EndMap();
   }
@@ -243,11 +243,11 @@ class Writer {
 
   void WriteBytes(const FixtureBytes& bytes) {
     if (bytes.stream) WriteNumber("stream", static_cast<std::uint64_t>(*bytes.stream));
-    if (form_.kind == FixtureBytesForm::Kind::kReferences) return;
-    if (bytes.kind == FixtureBytes::Kind::kGenerated) {
+    if (form_.kind == FixtureBytesForm::Kind::References) return;
+    if (bytes.kind == FixtureBytes::Kind::Generated) {
       WriteNumber("size", bytes.size);
       if (bytes.generator) WriteNumber("generator", static_cast<std::uint64_t>(*bytes.generator));
-    } else if (bytes.kind == FixtureBytes::Kind::kFile) {
+    } else if (bytes.kind == FixtureBytes::Kind::File) {
       WriteFile(bytes);
     }
   }
@@ -256,8 +256,8 @@ class Writer {
     // A symbolic link in the place of a content may lead anywhere.
     if (std::filesystem::is_symlink(bytes.file))
       throw std::runtime_error(bytes.file.string() + " is a symbolic link and no content");
-    const bool beside = form_.kind == FixtureBytesForm::Kind::kBeside;
-    if (beside && bytes.size > kLongestInlineText) return CopyBeside(bytes);
+    const bool beside = form_.kind == FixtureBytesForm::Kind::Beside;
+    if (beside && bytes.size > longestInlineText) return CopyBeside(bytes);
     const std::string all = ReadAll(bytes.file);
     if (IsText(all)) {
       out_.Member("text", all);
@@ -281,22 +281,22 @@ class Writer {
     std::set<std::string> names;
     const bool simple =
         std::all_of(attributes.begin(), attributes.end(), [&](const FixtureAttribute& attribute) {
-          return attribute.attribute_name == attribute.parameter_name &&
-                 attribute.value_type == kDefaultValueType && names.insert(attribute.parameter_name).second;
+          return attribute.attributeName == attribute.parameterName &&
+                 attribute.valueType == defaultValueType && names.insert(attribute.parameterName).second;
         });
     if (simple) {
       out_.Key("attributes");
       out_.StartMap();
       for (const FixtureAttribute& attribute : attributes)
-        out_.Member(attribute.parameter_name, attribute.value);
+        out_.Member(attribute.parameterName, attribute.value);
       out_.EndMap();
       return;
     }
     List("attributes", attributes, [this](const FixtureAttribute& attribute) {
       out_.StartMap();
-      out_.Member("parameterName", attribute.parameter_name);
-      out_.MemberUnless("attributeName", attribute.attribute_name, attribute.parameter_name);
-      out_.MemberUnless("valueType", attribute.value_type, kDefaultValueType);
+      out_.Member("parameterName", attribute.parameterName);
+      out_.MemberUnless("attributeName", attribute.attributeName, attribute.parameterName);
+      out_.MemberUnless("valueType", attribute.valueType, defaultValueType);
       out_.Member("value", attribute.value);
       out_.EndMap();
     });
@@ -305,12 +305,12 @@ class Writer {
   void WriteDependency(const FixtureDependency& dependency) {
     out_.StartMap();
     out_.Member("source", dependency.source);
-    out_.MemberUnless("childName", dependency.child_name, dependency.source);
-    WriteFlag("isDirect", dependency.is_direct, true);
-    if (dependency.revision_number != 0)
-      WriteNumber("revNum", static_cast<std::uint64_t>(dependency.revision_number));
-    WriteFlag("isPlaceHolder", dependency.is_place_holder, false);
-    WriteFlag("hasCompleteDependencies", dependency.has_complete_dependencies, true);
+    out_.MemberUnless("childName", dependency.childName, dependency.source);
+    WriteFlag("isDirect", dependency.isDirect, true);
+    if (dependency.revisionNumber != 0)
+      WriteNumber("revNum", static_cast<std::uint64_t>(dependency.revisionNumber));
+    WriteFlag("isPlaceHolder", dependency.isPlaceHolder, false);
+    WriteFlag("hasCompleteDependencies", dependency.hasCompleteDependencies, true);
     out_.EndMap();
   }
 

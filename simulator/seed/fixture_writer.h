@@ -11,13 +11,13 @@ namespace vantry_sim {
 /// How the bytes of contents are written.
 struct FixtureBytesForm {
   enum class Kind {
-    kInline,      ///< all of them in the text itself
-    kBeside,      ///< short texts in the text itself, the others as files in `directory`
-    kReferences,  ///< none of them: a content is written with the number of its stream
+    Inline,      ///< all of them in the text itself
+    Beside,      ///< short texts in the text itself, the others as files in `directory`
+    References,  ///< none of them: a content is written with the number of its stream
   };
-  Kind kind = Kind::kInline;
+  Kind kind = Kind::Inline;
   std::filesystem::path directory = {};  ///< made when the first file is written
-  std::string prefix = {};               ///< what stands in front of the name of such a file in the text
+  std::string prefix = {};               ///< what comes before the name of such a file in the text
 };
 
 /// Writes a state as ExportFixture gives it. @throws std::exception when a content cannot be read or written

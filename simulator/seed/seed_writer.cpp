@@ -10,8 +10,8 @@ std::string ContextOidFront(std::string_view kind) {
   return "OR:vn." + package + "." + std::string(kind) + ":";
 }
 
-std::int64_t SeedWriter::AddUser(std::string_view name, std::string_view full_name) {
-  database_.Prepare("INSERT INTO users(name, full_name) VALUES(?1, ?2)").Bind(name, full_name).Run();
+std::int64_t SeedWriter::AddUser(std::string_view name, std::string_view fullName) {
+  database_.Prepare("INSERT INTO users(name, full_name) VALUES(?1, ?2)").Bind(name, fullName).Run();
   return database_.LastRowId();
 }
 
@@ -48,7 +48,7 @@ std::int64_t SeedWriter::AddMaster(std::int64_t number, const SeedMaster& master
           "INSERT INTO masters(oid, service, name, number, category, sub_category, cad_name, "
           "authoring_application, type_id) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)")
       .Bind("M" + std::to_string(number), master.service, master.name, master.number, master.category,
-            master.sub_category, master.cad_name, master.application, master.type_id)
+            master.subCategory, master.cadName, master.application, master.typeId)
       .Run();
   return database_.LastRowId();
 }
@@ -60,8 +60,8 @@ std::int64_t SeedWriter::AddIteration(std::int64_t master, const SeedIteration& 
           "auth_app_version, nd_version, service) VALUES(?1, ?2, ?3, nullif(?4, 0), nullif(?5, 0), ?6, ?7, "
           "?8, ?9, 'J-01', (SELECT service FROM masters WHERE id = ?2))")
       .Bind("D" + std::to_string(iteration.number), master, iteration.context, iteration.folder,
-            iteration.workspace, iteration.revision, iteration.iteration, iteration.is_latest,
-            iteration.auth_app_version)
+            iteration.workspace, iteration.revision, iteration.iteration, iteration.isLatest,
+            iteration.authAppVersion)
       .Run();
   return database_.LastRowId();
 }
@@ -88,8 +88,8 @@ void SeedWriter::AddContent(const SeedContent& content) {
           "INSERT INTO contents(oid, iteration, role, position, category, file_name, is_forwardable, "
           "is_stale, "
           "is_hidden, stream) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, 0, ?8, ?9)")
-      .Bind("K" + std::to_string(++last_content_), content.iteration, content.role, content.position,
-            content.category, content.file_name, content.is_forwardable, content.is_hidden, content.stream)
+      .Bind("K" + std::to_string(++lastContent_), content.iteration, content.role, content.position,
+            content.category, content.fileName, content.isForwardable, content.isHidden, content.stream)
       .Run();
 }
 
@@ -103,14 +103,14 @@ void SeedWriter::AddAttribute(std::int64_t iteration, int position, std::string_
       .Run();
 }
 
-void SeedWriter::AddDependency(std::int64_t iteration, int position, std::string_view child_name,
+void SeedWriter::AddDependency(std::int64_t iteration, int position, std::string_view childName,
                                std::int64_t source) {
   database_
       .Prepare(
           "INSERT INTO dependencies(iteration, position, as_stored_child_name, is_direct, source, "
           "revision_number, "
           "is_place_holder, has_complete_dependencies) VALUES(?1, ?2, ?3, 1, ?4, 0, 0, 1)")
-      .Bind(iteration, position, child_name, source)
+      .Bind(iteration, position, childName, source)
       .Run();
 }
 

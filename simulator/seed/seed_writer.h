@@ -13,15 +13,15 @@ namespace vantry_sim {
 struct SeedMaster {
   std::string_view name;
   std::string_view number;
-  std::string_view cad_name;
+  std::string_view cadName;
   std::string_view service = "dynamic";  ///< or "cad"
   std::string_view category = "iso";
-  std::string_view sub_category = "FENLET";
+  std::string_view subCategory = "FENLET";
   std::string_view application = "MERIDOX";
-  std::string_view type_id = "";
+  std::string_view typeId = "";
 };
 
-/// Where an iteration stands and what it is called. Row ids are those that the Add functions returned; 0:
+/// Where an iteration is and what it is called. Row ids are those that the Add functions returned; 0:
 /// none.
 struct SeedIteration {
   std::int64_t number = 0;  ///< of the id: 1001 gives D1001
@@ -30,8 +30,8 @@ struct SeedIteration {
   std::int64_t workspace = 0;
   std::string_view revision = "A";
   int iteration = 1;
-  bool is_latest = false;
-  std::string_view auth_app_version = "310";
+  bool isLatest = false;
+  std::string_view authAppVersion = "310";
 };
 
 /// One file of an iteration.
@@ -40,13 +40,13 @@ struct SeedContent {
   std::string_view role = "primary";
   int position = 0;
   std::string_view category = "FENLET";
-  std::string_view file_name = "{$CAD_NAME}";
-  bool is_forwardable = false;
-  bool is_hidden = false;
+  std::string_view fileName = "{$CAD_NAME}";
+  bool isForwardable = false;
+  bool isHidden = false;
   std::int64_t stream = 0;
 };
 
-/// What stands in front of the number in the id of a context of this kind: "OR:vn.product.Product:".
+/// What comes before the number in the id of a context of this kind: "OR:vn.product.Product:".
 std::string ContextOidFront(std::string_view kind);
 
 /// Inserts the rows of a seed. Every Add function returns the new row's id and throws DatabaseError, for one
@@ -55,7 +55,7 @@ class SeedWriter {
  public:
   SeedWriter(Database& database, ContentStore& contents) : database_(database), contents_(contents) {}
 
-  std::int64_t AddUser(std::string_view name, std::string_view full_name);
+  std::int64_t AddUser(std::string_view name, std::string_view fullName);
   std::int64_t AddContext(int number, std::string_view kind, std::string_view name,
                           std::string_view organization);
   /// @param parent 0 makes a root of the context
@@ -70,7 +70,7 @@ class SeedWriter {
   std::int64_t AddGeneratedStream(std::int64_t number, std::uint64_t size);
   void AddContent(const SeedContent& content);
   void AddAttribute(std::int64_t iteration, int position, std::string_view name, std::string_view value);
-  void AddDependency(std::int64_t iteration, int position, std::string_view child_name, std::int64_t source);
+  void AddDependency(std::int64_t iteration, int position, std::string_view childName, std::int64_t source);
   /// @param document, xliff iterations
   void AddXliffLink(std::int64_t document, std::int64_t xliff);
   /// @param xliff, translated masters
@@ -81,7 +81,7 @@ class SeedWriter {
  private:
   Database& database_;
   ContentStore& contents_;
-  std::int64_t last_content_ = 0;
+  std::int64_t lastContent_ = 0;
 };
 
 }  // namespace vantry_sim

@@ -11,13 +11,13 @@ namespace {
 
 const char* WordOf(Seed::Kind kind) {
   switch (kind) {
-    case Seed::Kind::kDemo:
+    case Seed::Kind::Demo:
       return "demo";
-    case Seed::Kind::kBulk:
+    case Seed::Kind::Bulk:
       return "bulk";
-    case Seed::Kind::kFile:
+    case Seed::Kind::File:
       return "file";
-    case Seed::Kind::kEmpty:
+    case Seed::Kind::Empty:
       break;
   }
   return "empty";
@@ -55,19 +55,19 @@ void ForgetState(Database& database) {
       "PRAGMA defer_foreign_keys = ON; DELETE FROM folders; DELETE FROM contexts; DELETE FROM users;");
 }
 
-Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed, bool to_be_kept) {
-  if (IsSeeded(database)) return Seeding::kBefore;
+Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed, bool toBeKept) {
+  if (IsSeeded(database)) return Seeding::Before;
   Transaction transaction(database);
   SeedWriter writer(database, contents);
-  if (seed.kind == Seed::Kind::kEmpty) SeedEmpty(writer);
-  if (seed.kind == Seed::Kind::kDemo) SeedDemo(writer, seed.large_bytes);
-  if (seed.kind == Seed::Kind::kBulk) SeedBulk(writer, seed.bulk);
-  if (seed.kind == Seed::Kind::kFile) SeedFromFile(database, contents, seed.file);
-  database.Prepare("INSERT OR IGNORE INTO users(name, full_name) VALUES(?1, ?1)").Bind(kOpenServerUser).Run();
+  if (seed.kind == Seed::Kind::Empty) SeedEmpty(writer);
+  if (seed.kind == Seed::Kind::Demo) SeedDemo(writer, seed.largeBytes);
+  if (seed.kind == Seed::Kind::Bulk) SeedBulk(writer, seed.bulk);
+  if (seed.kind == Seed::Kind::File) SeedFromFile(database, contents, seed.file);
+  database.Prepare("INSERT OR IGNORE INTO users(name, full_name) VALUES(?1, ?1)").Bind(openServerUser).Run();
   database.Prepare("INSERT INTO facts(key, value) VALUES('seed', ?1)").Bind(WordOf(seed.kind)).Run();
-  if (to_be_kept) database.Execute("INSERT INTO facts(key, value) VALUES('seed-to-be-kept', '')");
+  if (toBeKept) database.Execute("INSERT INTO facts(key, value) VALUES('seed-to-be-kept', '')");
   transaction.Commit();
-  return Seeding::kDone;
+  return Seeding::Done;
 }
 
 bool IsSeedToBeKept(Database& database) {

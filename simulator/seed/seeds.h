@@ -13,14 +13,14 @@ namespace vantry_sim {
 
 /// What a database was filled with.
 enum class Seeding {
-  kDone,    ///< with this seed, just now
-  kBefore,  ///< with whatever it was filled with before
+  Done,    ///< with this seed, just now
+  Before,  ///< with whatever it was filled with before
 };
 
 /// Fills the database, in one transaction, unless it was filled before. @throws std::exception, for a state
 /// file with something wrong in it one that names its lines
-/// @param to_be_kept whether a copy of the seed is to be kept, which IsSeedToBeKept then tells
-Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed, bool to_be_kept = false);
+/// @param toBeKept whether a copy of the seed is to be kept, which IsSeedToBeKept then tells
+Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed, bool toBeKept = false);
 
 /// Whether a copy of the seed is still to be kept: a process may be killed between filling the database and
 /// copying it, and nobody has written to it then.
@@ -39,10 +39,10 @@ void ForgetState(Database& database);
 void EnsureUsers(Database& database, const std::vector<UserCredentials>& users);
 
 /// The story of a bicycle maker; simulator/README.md lists its ids, which stay as they are.
-/// @param large_bytes size of the one large content
-void SeedDemo(SeedWriter& writer, std::uint64_t large_bytes);
+/// @param largeBytes size of the one large content
+void SeedDemo(SeedWriter& writer, std::uint64_t largeBytes);
 
-/// Row ids of where the demo's manuals stand.
+/// Row ids of where the demo's manuals are.
 struct ManualPlaces {
   std::int64_t context = 0;
   std::int64_t frame = 0;

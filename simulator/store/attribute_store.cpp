@@ -4,12 +4,12 @@ namespace vantry_sim {
 
 void SetAttribute(Database& database, std::int64_t iteration, std::string_view name, std::string_view value) {
   auto known = database.Prepare("SELECT 1 FROM attributes WHERE iteration = ?1 AND parameter_name = ?2");
-  const bool has_one = known.Bind(iteration, name).Step();
+  const bool hasOne = known.Bind(iteration, name).Step();
   database
-      .Prepare(has_one ? "UPDATE attributes SET value = ?3 WHERE iteration = ?1 AND parameter_name = ?2"
-                       : "INSERT INTO attributes(iteration, position, parameter_name, attribute_name, "
-                         "value_type, value) SELECT ?1, ifnull(max(position) + 1, 0), ?2, ?2, 'String', ?3 "
-                         "FROM attributes WHERE iteration = ?1")
+      .Prepare(hasOne ? "UPDATE attributes SET value = ?3 WHERE iteration = ?1 AND parameter_name = ?2"
+                      : "INSERT INTO attributes(iteration, position, parameter_name, attribute_name, "
+                        "value_type, value) SELECT ?1, ifnull(max(position) + 1, 0), ?2, ?2, 'String', ?3 "
+                        "FROM attributes WHERE iteration = ?1")
       .Bind(iteration, name, value)
       .Run();
 }

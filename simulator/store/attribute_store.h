@@ -9,7 +9,7 @@ namespace vantry_sim {
 
 // Each of these is to be called in a transaction.
 
-/// Gives an attribute of an iteration another value, and adds it behind the others where it has none of the
+/// Gives an attribute of an iteration another value, and adds it after the others if it has none of the
 /// name.
 void SetAttribute(Database& database, std::int64_t iteration, std::string_view name, std::string_view value);
 

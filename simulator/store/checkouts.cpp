@@ -23,7 +23,7 @@ Refusal FindIn(Database& database, std::string_view user, const std::string& id,
 Refusal FindWork(Database& database, std::string_view user, const WorkspaceRow& workspace,
                  const std::string& id, std::optional<DocumentRow>& document) {
   if (auto refusal = FindIn(database, user, id, document)) return refusal;
-  if (document->workspace_key == workspace.key) return std::nullopt;
+  if (document->workspaceKey == workspace.key) return std::nullopt;
   return ErrorResponse(409, "not-checked-out", id + " is no working copy in " + workspace.oid);
 }
 
@@ -31,12 +31,12 @@ Refusal RefuseCheckOut(const DocumentRow& document, const WorkspaceRow& workspac
   const auto refuse = [&](std::string_view code, const std::string& reason) {
     return ErrorResponse(409, code, document.oid + " " + reason);
   };
-  if (document.workspace_key) return refuse("in-workspace", "is in a workspace already");
-  if (!document.checkout_user.empty())
-    return refuse("checked-out", "is checked out by " + document.checkout_user);
-  if (!document.is_latest) return refuse("not-latest", "has a newer version");
-  if (document.context_key != workspace.context_key) {
-    return refuse("other-context", "stands in another context than the workspace");
+  if (document.workspaceKey) return refuse("in-workspace", "is in a workspace already");
+  if (!document.checkoutUser.empty())
+    return refuse("checked-out", "is checked out by " + document.checkoutUser);
+  if (!document.isLatest) return refuse("not-latest", "has a newer version");
+  if (document.contextKey != workspace.contextKey) {
+    return refuse("other-context", "is in another context than the workspace");
   }
   return std::nullopt;
 }
@@ -74,40 +74,40 @@ bool HasStaleContent(Database& database, std::int64_t iteration) {
   return statement.Bind(iteration).Step();
 }
 
-/// The folder that a document stands in, or will once it is checked in; 0 in a context without any.
+/// The folder that a document is in, or will once it is checked in; 0 in a context without any.
 std::int64_t HomeOf(Database& database, const DocumentRow& document) {
   auto statement = database.Prepare("SELECT ifnull(folder, target_folder) FROM iterations WHERE id = ?1");
   if (statement.Bind(document.key).Step() && !statement.IsNull(0)) return statement.Integer(0);
-  const auto roots = RootFolders(database, document.context_key);
+  const auto roots = RootFolders(database, document.contextKey);
   return roots.empty() ? 0 : roots.front().key;
 }
 
 }  // namespace
 
 Refusal CheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                 const std::string& id, const Resolutions& resolutions, std::string& working_oid) {
+                 const std::string& id, const Resolutions& resolutions, std::string& workingOid) {
   std::optional<DocumentRow> document;
   if (auto refusal = FindIn(database, user, id, document)) return refusal;
   if (auto refusal = RefuseCheckOut(*document, workspace)) return refusal;
-  if (HoldsMaster(database, workspace.key, document->master_key) &&
-      !resolutions.Resolve(Conflict::kAlreadyInWorkspace, document->master_oid)) {
-    return Resolutions::Unresolved(Conflict::kAlreadyInWorkspace, document->master_oid);
+  if (HoldsMaster(database, workspace.key, document->masterKey) &&
+      !resolutions.Resolve(Conflict::AlreadyInWorkspace, document->masterOid)) {
+    return Resolutions::Unresolved(Conflict::AlreadyInWorkspace, document->masterOid);
   }
-  const std::int64_t working = InsertIteration(database, {.master = document->master_key,
-                                                          .context = document->context_key,
-                                                          .folder = document->folder_key,
+  const std::int64_t working = InsertIteration(database, {.master = document->masterKey,
+                                                          .context = document->contextKey,
+                                                          .folder = document->folderKey,
                                                           .workspace = workspace.key,
                                                           .revision = document->revision,
                                                           .iteration = document->iteration,
-                                                          .auth_app_version = document->auth_app_version,
-                                                          .nd_version = document->nd_version});
+                                                          .authAppVersion = document->authAppVersion,
+                                                          .ndVersion = document->ndVersion});
   CopyParts(database, document->key, working);
-  RemoveMaster(database, workspace.key, document->master_key);
+  RemoveMaster(database, workspace.key, document->masterKey);
   AddToWorkspace(database, workspace.key, working);
   database.Prepare("INSERT INTO checkouts(base, working, workspace, user) VALUES(?1, ?2, ?3, ?4)")
-      .Bind(document->key, working, workspace.key, workspace.owner_key)
+      .Bind(document->key, working, workspace.key, workspace.ownerKey)
       .Run();
-  working_oid = OidOf(database, working);
+  workingOid = OidOf(database, working);
   return std::nullopt;
 }
 
@@ -116,17 +116,15 @@ Refusal CheckIn(Database& database, std::string_view user, const WorkspaceRow& w
                 std::string& oid) {
   std::optional<DocumentRow> work;
   if (auto refusal = FindWork(database, user, workspace, id, work)) return refusal;
-  if (HasStaleContent(database, work->key) && !resolutions.Resolve(Conflict::kStaleContent, work->oid)) {
-    return Resolutions::Unresolved(Conflict::kStaleContent, work->oid);
+  if (HasStaleContent(database, work->key) && !resolutions.Resolve(Conflict::StaleContent, work->oid)) {
+    return Resolutions::Unresolved(Conflict::StaleContent, work->oid);
   }
   const std::int64_t folder = HomeOf(database, *work);
-  if (auto refusal = RefuseTakenName(database, folder, work->cad_name, work->master_key)) return refusal;
+  if (auto refusal = RefuseTakenName(database, folder, work->cadName, work->masterKey)) return refusal;
 
-  if (work->checkout_base_key) {
+  if (work->checkoutBaseKey) {
     database.Prepare("DELETE FROM checkouts WHERE working = ?1").Bind(work->key).Run();
-    database.Prepare("UPDATE iterations SET is_latest = 0 WHERE id = ?1")
-        .Bind(*work->checkout_base_key)
-        .Run();
+    database.Prepare("UPDATE iterations SET is_latest = 0 WHERE id = ?1").Bind(*work->checkoutBaseKey).Run();
   }
   // A client that goes on with the working copy's id is to find out.
   oid = "D" + std::to_string(NextNumber(database));
@@ -135,23 +133,23 @@ Refusal CheckIn(Database& database, std::string_view user, const WorkspaceRow& w
           "UPDATE iterations SET oid = ?2, workspace = NULL, folder = nullif(?3, 0), target_folder = NULL, "
           "iteration = iteration + ?4, is_latest = 1, comment = ?5, modified = server_time() "
           "WHERE id = ?1")
-      .Bind(work->key, oid, folder, work->checkout_base_key ? 1 : 0, order.comment)
+      .Bind(work->key, oid, folder, work->checkoutBaseKey ? 1 : 0, order.comment)
       .Run();
-  if (order.remove_from_workspace) RemoveMaster(database, workspace.key, work->master_key);
+  if (order.removeFromWorkspace) RemoveMaster(database, workspace.key, work->masterKey);
   return std::nullopt;
 }
 
 Refusal UndoCheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                     const std::string& id, std::string& base_oid) {
+                     const std::string& id, std::string& baseOid) {
   std::optional<DocumentRow> work;
   if (auto refusal = FindWork(database, user, workspace, id, work)) return refusal;
-  if (!work->checkout_base_key) {
+  if (!work->checkoutBaseKey) {
     return ErrorResponse(409, "not-checked-out",
                          id + " was never checked in, and there is nothing to go back to");
   }
-  base_oid = OidOf(database, *work->checkout_base_key);
-  DeleteIteration(database, work->key, work->checkout_base_key);
-  AddToWorkspace(database, workspace.key, *work->checkout_base_key);
+  baseOid = OidOf(database, *work->checkoutBaseKey);
+  DeleteIteration(database, work->key, work->checkoutBaseKey);
+  AddToWorkspace(database, workspace.key, *work->checkoutBaseKey);
   return std::nullopt;
 }
 

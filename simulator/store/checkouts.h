@@ -11,17 +11,17 @@
 
 namespace vantry_sim {
 
-// Each of these is to be called in a transaction, which is to be rolled back behind a refusal, and gives the
+// Each of these is to be called in a transaction, which is to be rolled back after a refusal, and gives the
 // id of the document that came of it.
 
 /// Puts a working copy into the workspace and locks the document for its owner. The working copy has an id of
 /// its own and the document's version.
 Refusal CheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                 const std::string& id, const Resolutions& resolutions, std::string& working_oid);
+                 const std::string& id, const Resolutions& resolutions, std::string& workingOid);
 
 /// How a check-in is to be done.
 struct CheckInOrder {
-  bool remove_from_workspace = false;
+  bool removeFromWorkspace = false;
   std::string comment;
 };
 
@@ -33,7 +33,7 @@ Refusal CheckIn(Database& database, std::string_view user, const WorkspaceRow& w
 
 /// Throws a working copy away. The document stays in the workspace without a checkout.
 Refusal UndoCheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                     const std::string& id, std::string& base_oid);
+                     const std::string& id, std::string& baseOid);
 
 /// Deletes a workspace with all that is only in it: working copies, whose checkouts end, and documents that
 /// were never checked in.

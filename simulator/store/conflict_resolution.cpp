@@ -16,12 +16,12 @@ struct Form {
 
 /// The words as they go over the wire. The first code is spelled "WORKASPACE" there: clients send it so, and
 /// a server that took the other spelling would refuse them all.
-constexpr std::array<Form, 3> kForms{{
-    {Conflict::kAlreadyInWorkspace, "vn.epm.util.EPMConflictType.WORKASPACE_ADD_EXISTING_OBJECT",
+constexpr std::array<Form, 3> forms{{
+    {Conflict::AlreadyInWorkspace, "vn.epm.util.EPMConflictType.WORKASPACE_ADD_EXISTING_OBJECT",
      "vn.epm.util.EPMResolutionType.WORKSPACE_SUBSTITUTE_EXISTING_OBJECT", "vn.epm.EPMDocumentMaster"},
-    {Conflict::kStaleContent, "com.zvk.vantry.udkm.common.conflict.UdkmConflictType.STALE_SEC_CONTENT",
+    {Conflict::StaleContent, "com.zvk.vantry.udkm.common.conflict.UdkmConflictType.STALE_SEC_CONTENT",
      "com.zvk.vantry.udkm.common.conflict.UdkmResolutionType.IGNORE_STALE_SEC_CONTENT", "vn.epm.EPMDocument"},
-    {Conflict::kOtherVersionUsed,
+    {Conflict::OtherVersionUsed,
      "vn.epm.upload.EPMUploadConflictType.IMAGE_HAS_REP_RULE_WITH_OTHER_VERSION_OF_ORIGINAL",
      "vn.epm.upload.EPMUploadResolutionType.UPDATE_IMAGE_TO_NEW_VERSION", "vn.epm.EPMDocument"},
 }};
@@ -48,7 +48,7 @@ Refusal Resolutions::ReadOne(JsonValue value) {
   members.Text("code", code, true).Text("resolutionOption", option, true);
   const JsonValue entities = members.Array("appliedEntities", true);
   if (!problem.empty()) return BadResolution(problem);
-  for (const Form& form : kForms) {
+  for (const Form& form : forms) {
     if (form.code != code || form.option != option) continue;
     for (const JsonValue entity : entities) {
       std::string type, field, id;
@@ -78,7 +78,7 @@ bool Resolutions::Resolve(Conflict conflict, std::string_view id) const {
 }
 
 Response Resolutions::Unresolved(Conflict conflict, std::string_view id) {
-  for (const Form& form : kForms) {
+  for (const Form& form : forms) {
     if (form.conflict != conflict) continue;
     return ErrorResponse(409, "unresolved-conflict",
                          std::string(form.code) + " for " + std::string(form.type) + " " + std::string(id) +

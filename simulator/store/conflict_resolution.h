@@ -11,9 +11,9 @@ namespace vantry_sim {
 
 /// The conflicts that a client must say how to resolve.
 enum class Conflict {
-  kAlreadyInWorkspace,  ///< checkout: the workspace holds another version of the document
-  kStaleContent,        ///< check-in: a secondary content is older than the primary one
-  kOtherVersionUsed,    ///< iterate and store: another document was made of an earlier version
+  AlreadyInWorkspace,  ///< checkout: the workspace holds another version of the document
+  StaleContent,        ///< check-in: a secondary content is older than the primary one
+  OtherVersionUsed,    ///< iterate and store: another document was made of an earlier version
 };
 
 /// The resolutions that came with a request.

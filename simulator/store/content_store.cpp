@@ -16,7 +16,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kSpoolPrefix = "incoming-";
+constexpr std::string_view spoolPrefix = "incoming-";
 
 std::ofstream OpenForWriting(const std::filesystem::path& path) {
   // What is written never goes through a link that has the file's name.
@@ -69,7 +69,7 @@ bool GenerateBlocks(std::uint64_t size, std::int64_t generator,
 }  // namespace
 
 SpooledFile::SpooledFile(const std::filesystem::path& directory) {
-  std::string pattern = (directory / std::string(kSpoolPrefix).append("XXXXXX")).string();
+  std::string pattern = (directory / std::string(spoolPrefix).append("XXXXXX")).string();
   descriptor_ = mkostemp(pattern.data(), O_CLOEXEC);
   if (descriptor_ < 0) throw std::runtime_error("cannot write " + pattern);
   path_ = pattern;
@@ -109,21 +109,21 @@ ContentStore::ContentStore(std::filesystem::path directory) : directory_(std::mo
     std::int64_t number = 0;
     std::from_chars(name.data(), name.data() + name.size(), number);
     CountFrom(number);
-    if (name.starts_with(kSpoolPrefix)) std::filesystem::remove(entry.path());
+    if (name.starts_with(spoolPrefix)) std::filesystem::remove(entry.path());
   }
 }
 
 void ContentStore::CountFrom(std::int64_t last) {
-  last_stream_ = std::max(last_stream_, last);
+  lastStream_ = std::max(lastStream_, last);
 }
 
-bool ContentStore::Holds(std::int64_t stream_id, std::string_view bytes) const {
-  std::ifstream file(PathOf(stream_id), std::ios::binary);
+bool ContentStore::Holds(std::int64_t streamId, std::string_view bytes) const {
+  std::ifstream file(PathOf(streamId), std::ios::binary);
   return file && Continues(file, bytes) && IsAtEnd(file);
 }
 
-bool ContentStore::HoldsCopy(std::int64_t stream_id, const std::filesystem::path& of) const {
-  std::ifstream file(PathOf(stream_id), std::ios::binary);
+bool ContentStore::HoldsCopy(std::int64_t streamId, const std::filesystem::path& of) const {
+  std::ifstream file(PathOf(streamId), std::ios::binary);
   std::ifstream original(of, std::ios::binary);
   std::array<char, 65536> block{};
   while (file && original) {
@@ -133,33 +133,33 @@ bool ContentStore::HoldsCopy(std::int64_t stream_id, const std::filesystem::path
   return original.eof() && file && IsAtEnd(file);
 }
 
-bool ContentStore::HoldsGenerated(std::int64_t stream_id, std::uint64_t size, std::int64_t generator) const {
-  std::ifstream file(PathOf(stream_id), std::ios::binary);
+bool ContentStore::HoldsGenerated(std::int64_t streamId, std::uint64_t size, std::int64_t generator) const {
+  std::ifstream file(PathOf(streamId), std::ios::binary);
   const bool same =
       GenerateBlocks(size, generator, [&](std::string_view block) { return file && Continues(file, block); });
   return same && file && IsAtEnd(file);
 }
 
-void ContentStore::Copy(std::int64_t stream_id, const std::filesystem::path& from) const {
-  const auto path = PathOf(stream_id);
+void ContentStore::Copy(std::int64_t streamId, const std::filesystem::path& from) const {
+  const auto path = PathOf(streamId);
   if (std::filesystem::is_symlink(path)) std::filesystem::remove(path);
   std::filesystem::copy_file(from, path, std::filesystem::copy_options::overwrite_existing);
 }
 
-std::filesystem::path ContentStore::PathOf(std::int64_t stream_id) const {
-  return directory_ / std::to_string(stream_id);
+std::filesystem::path ContentStore::PathOf(std::int64_t streamId) const {
+  return directory_ / std::to_string(streamId);
 }
 
-void ContentStore::Write(std::int64_t stream_id, std::string_view bytes) const {
-  const auto path = PathOf(stream_id);
+void ContentStore::Write(std::int64_t streamId, std::string_view bytes) const {
+  const auto path = PathOf(streamId);
   auto file = OpenForWriting(path);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   Finish(file, path);
 }
 
-bool ContentStore::Keep(SpooledFile file, std::int64_t stream_id) const {
+bool ContentStore::Keep(SpooledFile file, std::int64_t streamId) const {
   std::error_code error;
-  std::filesystem::rename(file.path_, PathOf(stream_id), error);
+  std::filesystem::rename(file.path_, PathOf(streamId), error);
   if (error) return false;
   file.path_.clear();
   return true;
@@ -173,8 +173,8 @@ bool ContentStore::SyncNames() const {
   return synced;
 }
 
-void ContentStore::Generate(std::int64_t stream_id, std::uint64_t size, std::int64_t generator) const {
-  const auto path = PathOf(stream_id);
+void ContentStore::Generate(std::int64_t streamId, std::uint64_t size, std::int64_t generator) const {
+  const auto path = PathOf(streamId);
   auto file = OpenForWriting(path);
   GenerateBlocks(size, generator, [&](std::string_view block) {
     return static_cast<bool>(file.write(block.data(), static_cast<std::streamsize>(block.size())));

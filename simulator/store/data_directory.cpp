@@ -17,19 +17,19 @@
 namespace vantry_sim {
 namespace {
 
-constexpr const char* kDatabaseFile = "vantry-sim.db";
+constexpr const char* databaseFile = "vantry-sim.db";
 
 }  // namespace
 
 DataDirectory::DataDirectory(const Options& options) {
-  Open(options.data_directory);
+  Open(options.dataDirectory);
   // A copy of millions of documents is made for nobody who doesn't ask for it.
-  const bool keeps_seed = options.seed.kind != Seed::Kind::kBulk || options.admin_port;
-  const Seeding seeding = SeedOnce(*database_, *contents_, options.seed, keeps_seed);
-  if (seeding == Seeding::kBefore && options.seed.asked_for) {
+  const bool keepsSeed = options.seed.kind != Seed::Kind::Bulk || options.adminPort;
+  const Seeding seeding = SeedOnce(*database_, *contents_, options.seed, keepsSeed);
+  if (seeding == Seeding::Before && options.seed.askedFor) {
     std::fprintf(stderr,
                  "vantry-sim: --seed is ignored, since %s was filled before and keeps what it holds\n",
-                 options.data_directory.c_str());
+                 options.dataDirectory.c_str());
   }
   KeepSeed();
   EnsureUsers(*database_, options.users);
@@ -45,7 +45,7 @@ void DataDirectory::KeepSeed() {
 }
 
 std::unique_ptr<DataDirectory> DataDirectory::OpenFilled(const std::string& directory) {
-  if (!std::filesystem::exists(std::filesystem::path(directory) / kDatabaseFile))
+  if (!std::filesystem::exists(std::filesystem::path(directory) / databaseFile))
     throw std::runtime_error("there is no data of a vantry-sim in " + directory);
   std::unique_ptr<DataDirectory> data(new DataDirectory);
   data->Open(directory);
@@ -59,7 +59,7 @@ void DataDirectory::Open(const std::string& directory) {
   std::filesystem::create_directories(place);
   lock_.Take(place / "lock");
   contents_ = std::make_unique<ContentStore>(place / "content");
-  database_ = std::make_unique<Database>((place / kDatabaseFile).string());
+  database_ = std::make_unique<Database>((place / databaseFile).string());
   EnsureSchema(*database_);
   snapshots_ = std::make_unique<Snapshots>(place);
 }

@@ -11,9 +11,9 @@ namespace vantry_sim {
 namespace {
 
 /// Requests wait this long for another process that looks into the file, such as the sqlite3 shell.
-constexpr int kBusyMilliseconds = 10'000;
+constexpr int busyMilliseconds = 10'000;
 /// Filters from the wire make ever new texts of statements; beyond so many the ones at rest are dropped.
-constexpr std::size_t kMostStatementTexts = 512;
+constexpr std::size_t mostStatementTexts = 512;
 
 /// The time for the SQL functions. @param clock address of the database's pointer to its clock
 std::int64_t TimeFor(sqlite3_context* context) {
@@ -139,7 +139,7 @@ Database::Database(const std::string& file) {
     sqlite3_close(handle_);
     throw DatabaseError("cannot open the database " + file + ": " + reason);
   }
-  sqlite3_busy_timeout(handle_, kBusyMilliseconds);
+  sqlite3_busy_timeout(handle_, busyMilliseconds);
   try {
     AddFunctions();
     Execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL; PRAGMA foreign_keys = ON;");
@@ -218,7 +218,7 @@ std::int64_t Database::LastRowId() const {
 void Database::GiveBack(std::string sql, sqlite3_stmt* handle) {
   sqlite3_reset(handle);
   sqlite3_clear_bindings(handle);
-  if (idle_.size() >= kMostStatementTexts) ForgetIdle();
+  if (idle_.size() >= mostStatementTexts) ForgetIdle();
   idle_[std::move(sql)].push_back(handle);
 }
 

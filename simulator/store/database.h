@@ -47,7 +47,7 @@ class Statement {
   /// Binds the values to the parameters in their order, as Bind does.
   Statement& BindAll(const std::vector<SqlValue>& values);
 
-  /// Goes to the next row. @return false behind the last one. @throws DatabaseError
+  /// Goes to the next row. @return false after the last one. @throws DatabaseError
   bool Step();
 
   /// Runs a statement that gives no rows and makes it ready to be bound and run again. @throws DatabaseError

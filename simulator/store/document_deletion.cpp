@@ -53,11 +53,11 @@ void DeleteVersion(Database& database, const DocumentRow& version) {
     DeleteIteration(database, working, std::nullopt);
   }
   DeleteIteration(database, version.key, std::nullopt);
-  if (!version.is_latest) return;
+  if (!version.isLatest) return;
   for (const std::int64_t before : Keys(database,
                                         "SELECT id FROM iterations WHERE master = ?1 AND workspace IS NULL "
                                         "ORDER BY version_key DESC LIMIT 1",
-                                        version.master_key)) {
+                                        version.masterKey)) {
     database.Prepare("UPDATE iterations SET is_latest = 1 WHERE id = ?1").Bind(before).Run();
   }
 }

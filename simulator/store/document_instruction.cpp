@@ -10,8 +10,8 @@ namespace {
 ContentInstruction ReadContent(JsonValue value, std::string& problem) {
   ContentInstruction content;
   JsonMembers members(value, problem);
-  members.Text("category", content.category, true).Text("fileName", content.file_name, true);
-  members.Flag("isHidden", content.is_hidden);
+  members.Text("category", content.category, true).Text("fileName", content.fileName, true);
+  members.Flag("isHidden", content.isHidden);
   if (!members.Has("streamId")) return content;
   members.Number("streamId", content.stream.emplace(0));
   if (const JsonValue info = members.Object("uploadInfo", true); !info.IsMissing()) {
@@ -34,9 +34,9 @@ void ReadAttributes(JsonMembers& document, std::string& problem, DocumentInstruc
     JsonMembers members(value, problem);
     if (const JsonValue definition = members.Object("parameterDefinition", true); !definition.IsMissing()) {
       JsonMembers names(definition, problem);
-      names.Text("parameterName", attribute.parameter_name, true)
-          .Text("attributeName", attribute.attribute_name);
-      names.Text("valueType", attribute.value_type, true);
+      names.Text("parameterName", attribute.parameterName, true)
+          .Text("attributeName", attribute.attributeName);
+      names.Text("valueType", attribute.valueType, true);
     }
     if (const JsonValue given = members.Object("parameterValue", true); !given.IsMissing()) {
       JsonMembers(given, problem).Text("value", attribute.value);
@@ -56,7 +56,7 @@ void ReadDependencies(JsonMembers& document, std::string& problem, DocumentInstr
   for (const JsonValue value : array) {
     DependencyInstruction dependency;
     JsonMembers members(value, problem);
-    members.Text("asStoredChildName", dependency.as_stored_child_name).Flag("isDirect", dependency.is_direct);
+    members.Text("asStoredChildName", dependency.asStoredChildName).Flag("isDirect", dependency.isDirect);
     if (const JsonValue source = members.Object("source", true); !source.IsMissing()) {
       JsonMembers(source, problem).Text("id", dependency.source, true);
     }
@@ -66,12 +66,12 @@ void ReadDependencies(JsonMembers& document, std::string& problem, DocumentInstr
 
 void ReadDocument(JsonValue value, std::string& problem, DocumentInstruction& out) {
   JsonMembers document(value, problem);
-  document.Text("id", out.id).Text("authAppVersion", out.auth_app_version).Text("ndVersion", out.nd_version);
-  document.Text("typeId", out.type_id);
+  document.Text("id", out.id).Text("authAppVersion", out.authAppVersion).Text("ndVersion", out.ndVersion);
+  document.Text("typeId", out.typeId);
   if (const JsonValue master = document.Object("epmMaster", true); !master.IsMissing()) {
     JsonMembers members(master, problem);
-    members.Text("cadName", out.cad_name, true).Text("category", out.category);
-    members.Text("subCategory", out.sub_category).Text("authoringApplication", out.application);
+    members.Text("cadName", out.cadName, true).Text("category", out.category);
+    members.Text("subCategory", out.subCategory).Text("authoringApplication", out.application);
   }
   if (const JsonValue content = document.Object("cadContent", true); !content.IsMissing()) {
     ReadContents(JsonMembers(content, problem).Array("contentSections", true), problem, out.primary);
@@ -91,12 +91,12 @@ Refusal ReadInstructions(JsonValue body, const char* member, std::vector<Documen
   std::string problem;
   JsonValue array = JsonMembers(body, problem).Array(member, true);
   if (problem.empty() && array.Size() == 0) problem = std::string(member) + " is empty";
-  if (problem.empty() && array.Size() > kMostInstructions) problem = std::string(member) + " is too long";
+  if (problem.empty() && array.Size() > mostInstructions) problem = std::string(member) + " is too long";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   for (const JsonValue value : array) {
     DocumentInstruction instruction;
     JsonMembers members(value, problem);
-    members.Text("targetFolderId", instruction.target_folder);
+    members.Text("targetFolderId", instruction.targetFolder);
     if (const JsonValue document = members.Object("epmDocument", true); !document.IsMissing())
       ReadDocument(document, problem, instruction);
     if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);

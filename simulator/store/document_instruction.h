@@ -14,36 +14,36 @@ namespace vantry_sim {
 /// that the version before had.
 struct ContentInstruction {
   std::string category;
-  std::string file_name;  ///< kept as it came, placeholders and all
-  bool is_hidden = false;
+  std::string fileName;  ///< kept as it came, placeholders and all
+  bool isHidden = false;
   std::optional<std::int64_t> stream;
   std::string receipt;
 };
 
 struct AttributeInstruction {
-  std::string parameter_name;
-  std::string attribute_name;
-  std::string value_type;
+  std::string parameterName;
+  std::string attributeName;
+  std::string valueType;
   std::string value;
 };
 
 struct DependencyInstruction {
-  std::string as_stored_child_name;
-  bool is_direct = false;
+  std::string asStoredChildName;
+  bool isDirect = false;
   std::string source;  ///< id of a document
 };
 
 /// What a client wants a document to be. Members that it may leave out have no value then.
 struct DocumentInstruction {
   std::string id;  ///< empty: a new document
-  std::string cad_name;
+  std::string cadName;
   std::string category;
-  std::string sub_category;
+  std::string subCategory;
   std::string application;
-  std::string auth_app_version;
-  std::string nd_version;
-  std::string type_id;
-  std::string target_folder;  ///< id; empty: none was named
+  std::string authAppVersion;
+  std::string ndVersion;
+  std::string typeId;
+  std::string targetFolder;  ///< id; empty: none was named
   std::vector<ContentInstruction> primary;
   std::vector<ContentInstruction> secondary;
   std::optional<std::vector<AttributeInstruction>> attributes;
@@ -51,7 +51,7 @@ struct DocumentInstruction {
 };
 
 /// The most instructions of one request.
-inline constexpr std::size_t kMostInstructions = 1000;
+inline constexpr std::size_t mostInstructions = 1000;
 
 /// Reads an array of instructions.
 /// @param member such as "createInstructions"; must be there and hold something

@@ -7,50 +7,50 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kCadNamePlaceholder = "{$CAD_NAME}";
+constexpr std::string_view cadNamePlaceholder = "{$CAD_NAME}";
 
 void WriteMaster(JsonText& json, const DocumentRow& document) {
   json.Key("epmMaster").StartObject();
-  json.Member("id", document.master_oid);
-  json.Member("name", document.master_name);
+  json.Member("id", document.masterOid);
+  json.Member("name", document.masterName);
   json.Member("number", document.number);
   json.Member("category", document.category);
-  json.Member("subCategory", document.sub_category);
-  json.Member("cadName", document.cad_name);
-  json.Member("authoringApplication", document.authoring_application);
+  json.Member("subCategory", document.subCategory);
+  json.Member("cadName", document.cadName);
+  json.Member("authoringApplication", document.authoringApplication);
   json.EndObject();
 }
 
 void WriteState(JsonText& json, const DocumentRow& document, std::string_view user) {
   json.Key("pdmIterationState").StartObject();
-  json.Member("isCheckout", !document.checkout_user.empty());
-  json.Member("isCheckoutByYou", document.checkout_user == user);
-  json.Member("isLatest", document.is_latest);
-  json.Member("checkoutByUser", document.checkout_user);
-  json.Member("checkoutToFolderName", document.checkout_workspace);
+  json.Member("isCheckout", !document.checkoutUser.empty());
+  json.Member("isCheckoutByYou", document.checkoutUser == user);
+  json.Member("isLatest", document.isLatest);
+  json.Member("checkoutByUser", document.checkoutUser);
+  json.Member("checkoutToFolderName", document.checkoutWorkspace);
   json.EndObject();
 }
 
 void WriteSummaryMembers(JsonText& json, const DocumentRow& document, std::string_view user) {
   json.Member("id", document.oid);
   json.Key("context").StartObject();
-  json.Member("id", document.context_oid).Member("name", document.context_name);
-  json.Member("type", document.context_kind).EndObject();
+  json.Member("id", document.contextOid).Member("name", document.contextName);
+  json.Member("type", document.contextKind).EndObject();
   json.Member("revision", document.revision);
   json.Member("iteration", std::to_string(document.iteration));
-  json.Member("authAppVersion", document.auth_app_version);
-  json.Member("ndVersion", document.nd_version);
+  json.Member("authAppVersion", document.authAppVersion);
+  json.Member("ndVersion", document.ndVersion);
   WriteState(json, document, user);
-  json.Member("isDerived", document.is_derived);
+  json.Member("isDerived", document.isDerived);
   WriteMaster(json, document);
 }
 
 void WriteLocation(JsonText& json, Database& database, const DocumentRow& document) {
-  // A document that has never been checked in stands in no folder, and the member is missing.
-  if (!document.folder_key) return;
+  // A document that has never been checked in is in no folder, and the member is missing.
+  if (!document.folderKey) return;
   json.Key("locationFolder").StartObject();
-  json.Member("id", document.folder_oid).Member("name", document.folder_name);
-  json.Member("path", FolderPath(database, *document.folder_key)).EndObject();
+  json.Member("id", document.folderOid).Member("name", document.folderName);
+  json.Member("path", FolderPath(database, *document.folderKey)).EndObject();
 }
 
 void WriteDependencies(JsonText& json, Database& database, const DocumentRow& document) {
@@ -84,43 +84,43 @@ void WriteDependencies(JsonText& json, Database& database, const DocumentRow& do
   json.EndArray();
 }
 
-/// The name that stands at the end of a content URL, for whoever reads it; the stream's number is what
+/// The name at the end of a content URL, for whoever reads it; the stream's number is what
 /// counts.
 std::string UrlFileName(const ContentRow& content, const DocumentRow& document) {
-  std::string name = content.file_name;
-  if (const auto at = name.find(kCadNamePlaceholder); at != std::string::npos) {
-    name.replace(at, kCadNamePlaceholder.size(), document.cad_name);
+  std::string name = content.fileName;
+  if (const auto at = name.find(cadNamePlaceholder); at != std::string::npos) {
+    name.replace(at, cadNamePlaceholder.size(), document.cadName);
   }
   return PercentEncode(name.empty() ? "content" : name);
 }
 
 void WriteContent(JsonText& json, const ContentRow& content, const DocumentRow& document,
-                  std::string_view base_url) {
+                  std::string_view baseUrl) {
   json.StartObject();
-  json.Member("id", content.oid).Member("category", content.category).Member("fileName", content.file_name);
-  json.Member("isForwardable", content.is_forwardable).Member("isStale", content.is_stale);
-  json.Member("isHidden", content.is_hidden);
+  json.Member("id", content.oid).Member("category", content.category).Member("fileName", content.fileName);
+  json.Member("isForwardable", content.isForwardable).Member("isStale", content.isStale);
+  json.Member("isHidden", content.isHidden);
   if (content.stream) json.Member("streamId", *content.stream);
   json.Key("contentUrl").StartArray();
   if (content.stream) {
-    json.String(std::string(base_url) + "/servlet/rest/v1/content/streams/" +
-                std::to_string(*content.stream) + "/" + UrlFileName(content, document));
+    json.String(std::string(baseUrl) + "/servlet/rest/v1/content/streams/" + std::to_string(*content.stream) +
+                "/" + UrlFileName(content, document));
   }
   json.EndArray();
   json.Member("fileSize", content.size).EndObject();
 }
 
 void WriteContents(JsonText& json, Database& database, const DocumentRow& document,
-                   std::string_view base_url) {
-  const auto primary = ContentsOf(database, document.key, ContentRole::kPrimary);
+                   std::string_view baseUrl) {
+  const auto primary = ContentsOf(database, document.key, ContentRole::Primary);
   json.Key("cadContent").StartObject().Member("isSectioned", primary.size() > 1);
   json.Key("contentSections").StartArray();
-  for (const ContentRow& content : primary) WriteContent(json, content, document, base_url);
+  for (const ContentRow& content : primary) WriteContent(json, content, document, baseUrl);
   json.EndArray().EndObject();
 
   json.Key("secondaryContents").StartArray();
-  for (const ContentRow& content : ContentsOf(database, document.key, ContentRole::kSecondary)) {
-    WriteContent(json, content, document, base_url);
+  for (const ContentRow& content : ContentsOf(database, document.key, ContentRole::Secondary)) {
+    WriteContent(json, content, document, baseUrl);
   }
   json.EndArray();
 }
@@ -150,12 +150,12 @@ void WriteDocumentSummary(JsonText& json, const DocumentRow& document, std::stri
 }
 
 void WriteDocument(JsonText& json, Database& database, const DocumentRow& document, std::string_view user,
-                   std::string_view base_url) {
+                   std::string_view baseUrl) {
   json.StartObject();
   WriteSummaryMembers(json, document, user);
   WriteLocation(json, database, document);
   WriteDependencies(json, database, document);
-  WriteContents(json, database, document, base_url);
+  WriteContents(json, database, document, baseUrl);
   WriteAttributes(json, database, document);
   json.EndObject();
 }

@@ -7,42 +7,41 @@
 namespace vantry_sim {
 namespace {
 
-constexpr ODataProperty kId{"ID", "i.oid"};
-constexpr ODataProperty kName{"Name", "m.name"};
-constexpr ODataProperty kNumber{"Number", "m.number"};
-constexpr ODataProperty kVersion{"Version", "i.revision || '.' || i.iteration", "i.version_key"};
+constexpr ODataProperty id{"ID", "i.oid"};
+constexpr ODataProperty Name{"Name", "m.name"};
+constexpr ODataProperty Number{"Number", "m.number"};
+constexpr ODataProperty version{"Version", "i.revision || '.' || i.iteration", "i.version_key"};
 // A text for everybody who may look, and an empty one, never null, for what nobody has checked out.
-constexpr ODataProperty kCheckOutStatus{
+constexpr ODataProperty checkOutStatus{
     "CheckOutStatus",
     "ifnull((SELECT 'Checked out by ' || u.name FROM checkouts k JOIN users u ON u.id = k.user "
     "WHERE k.base = i.id OR k.working = i.id), '')"};
-constexpr ODataProperty kLastModified{"LastModified", "i.modified"};
+constexpr ODataProperty lastModified{"LastModified", "i.modified"};
 
-// Both stand among the attributes; a document without one has an empty text.
-constexpr ODataProperty kAuthoringLanguage{
-    "AuthoringLanguage",
-    "ifnull((SELECT a.value FROM attributes a WHERE a.iteration = i.id "
-    "AND a.parameter_name = 'ZVK_DD_LANGUAGE'), '')"};
-constexpr ODataProperty kExtendedType{"ZVKDDEXTENDEDDOCTYPE",
-                                      "ifnull((SELECT a.value FROM attributes a WHERE a.iteration = i.id "
-                                      "AND a.parameter_name = 'ZVK_DD_EXTENDED_DOC_TYPE'), '')"};
+// Both are among the attributes; a document without one has an empty text.
+constexpr ODataProperty authoringLanguage{"AuthoringLanguage",
+                                          "ifnull((SELECT a.value FROM attributes a WHERE a.iteration = i.id "
+                                          "AND a.parameter_name = 'ZVK_DD_LANGUAGE'), '')"};
+constexpr ODataProperty extendedType{"ZVKDDEXTENDEDDOCTYPE",
+                                     "ifnull((SELECT a.value FROM attributes a WHERE a.iteration = i.id "
+                                     "AND a.parameter_name = 'ZVK_DD_EXTENDED_DOC_TYPE'), '')"};
 
-constexpr std::array kDynamicProperties{kId,           ODataProperty{"CADName", "m.cad_name"},
-                                        kName,         kNumber,
-                                        kVersion,      kCheckOutStatus,
-                                        kLastModified, kAuthoringLanguage,
-                                        kExtendedType};
-constexpr std::array kCadProperties{
-    kId, ODataProperty{"FileName", "m.cad_name"}, kName, kNumber, kVersion, kCheckOutStatus, kLastModified};
-constexpr ODataEntity kDynamic{kDynamicProperties, "i.id", "Version", true};
-constexpr ODataEntity kCad{kCadProperties, "i.id", "Version", true};
+constexpr std::array dynamicProperties{id,           ODataProperty{"CADName", "m.cad_name"},
+                                       Name,         Number,
+                                       version,      checkOutStatus,
+                                       lastModified, authoringLanguage,
+                                       extendedType};
+constexpr std::array cadProperties{
+    id, ODataProperty{"FileName", "m.cad_name"}, Name, Number, version, checkOutStatus, lastModified};
+constexpr ODataEntity Dynamic{dynamicProperties, "i.id", "Version", true};
+constexpr ODataEntity Cad{cadProperties, "i.id", "Version", true};
 
 const ODataEntity& EntityOf(DocumentService service) {
-  return service == DocumentService::kDynamic ? kDynamic : kCad;
+  return service == DocumentService::Dynamic ? Dynamic : Cad;
 }
 
 std::string WordOf(DocumentService service) {
-  return service == DocumentService::kDynamic ? "dynamic" : "cad";
+  return service == DocumentService::Dynamic ? "dynamic" : "cad";
 }
 
 /// Without a filter the iterations' own index gives the rows in their order, and must be looked at first.
@@ -64,13 +63,13 @@ ODataCollection FolderContents(std::int64_t folder, DocumentService service, boo
   return list;
 }
 
-ODataCollection DocumentSearch(DocumentService service, bool latest_only, bool filtered,
+ODataCollection DocumentSearch(DocumentService service, bool latestOnly, bool filtered,
                                std::string_view user) {
   ODataCollection list = Documents(service, filtered);
   list.where.Add(
       " AND (i.workspace IN (SELECT w.id FROM workspaces w JOIN users u ON u.id = w.owner WHERE u.name = ");
   list.where.Value(std::string(user)).Add(") OR (i.workspace IS NULL");
-  if (latest_only) {
+  if (latestOnly) {
     list.where.Add(
         " AND i.is_latest = 1 AND NOT EXISTS (SELECT 1 FROM checkouts k JOIN users u ON u.id = k.user "
         "WHERE k.base = i.id AND u.name = ");
@@ -96,22 +95,22 @@ void WriteVersions(JsonText& json, Database& database, std::int64_t iteration, D
     WriteDocumentMembers(json, row);
     json.EndObject();
   };
-  constexpr std::uint64_t kMostVersions = 10'000;
+  constexpr std::uint64_t mostVersions = 10'000;
   std::string ignored;
   if (plan)
-    static_cast<void>(ReadODataPage(database, versions, *plan, std::nullopt, kMostVersions, write, ignored));
+    static_cast<void>(ReadODataPage(database, versions, *plan, std::nullopt, mostVersions, write, ignored));
   json.EndArray();
 }
 
 ODataCollection OneDocument(std::int64_t iteration) {
-  ODataCollection list{&kDynamic, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
+  ODataCollection list{&Dynamic, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
   list.where.Add("i.id = ").Value(iteration);
   return list;
 }
 
-ODataCollection Translations(std::int64_t xliff_master) {
-  ODataCollection list{&kDynamic, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
-  list.where.Add("i.master IN (SELECT translated FROM translations WHERE xliff = ").Value(xliff_master);
+ODataCollection Translations(std::int64_t xliffMaster) {
+  ODataCollection list{&Dynamic, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
+  list.where.Add("i.master IN (SELECT translated FROM translations WHERE xliff = ").Value(xliffMaster);
   list.where.Add(") AND i.is_latest = 1 AND i.workspace IS NULL");
   return list;
 }

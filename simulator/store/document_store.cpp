@@ -4,7 +4,7 @@ namespace vantry_sim {
 namespace {
 
 /// All columns of a DocumentRow. A checkout shows on both its ends, the base and the working copy.
-constexpr std::string_view kSelect = R"sql(
+constexpr std::string_view select = R"sql(
 SELECT i.id, i.oid, i.revision, i.iteration, i.auth_app_version, i.nd_version, i.is_latest,
        EXISTS(SELECT 1 FROM dependencies d WHERE d.iteration = i.id),
        u.name, w.name, c.oid, c.name, c.kind,
@@ -23,7 +23,7 @@ LEFT JOIN users owner ON owner.id = own.owner
 )sql";
 
 /// Revisions count A to Z and on with AA: the longer one is the newer.
-constexpr std::string_view kNewestFirst =
+constexpr std::string_view newestFirst =
     " ORDER BY length(i.revision) DESC, i.revision DESC, i.iteration DESC, i.id DESC";
 
 DocumentRow ReadRow(const Statement& statement) {
@@ -33,32 +33,32 @@ DocumentRow ReadRow(const Statement& statement) {
   row.oid = statement.Text(column++);
   row.revision = statement.Text(column++);
   row.iteration = statement.Integer(column++);
-  row.auth_app_version = statement.Text(column++);
-  row.nd_version = statement.Text(column++);
-  row.is_latest = statement.Integer(column++) != 0;
-  row.is_derived = statement.Integer(column++) != 0;
-  row.checkout_user = statement.Text(column++);
-  row.checkout_workspace = statement.Text(column++);
-  row.context_oid = statement.Text(column++);
-  row.context_name = statement.Text(column++);
-  row.context_kind = statement.Text(column++);
-  row.master_key = statement.Integer(column++);
-  row.master_oid = statement.Text(column++);
-  row.master_name = statement.Text(column++);
+  row.authAppVersion = statement.Text(column++);
+  row.ndVersion = statement.Text(column++);
+  row.isLatest = statement.Integer(column++) != 0;
+  row.isDerived = statement.Integer(column++) != 0;
+  row.checkoutUser = statement.Text(column++);
+  row.checkoutWorkspace = statement.Text(column++);
+  row.contextOid = statement.Text(column++);
+  row.contextName = statement.Text(column++);
+  row.contextKind = statement.Text(column++);
+  row.masterKey = statement.Integer(column++);
+  row.masterOid = statement.Text(column++);
+  row.masterName = statement.Text(column++);
   row.number = statement.Text(column++);
   row.category = statement.Text(column++);
-  row.sub_category = statement.Text(column++);
-  row.cad_name = statement.Text(column++);
-  row.authoring_application = statement.Text(column++);
-  if (!statement.IsNull(column)) row.folder_key = statement.Integer(column);
+  row.subCategory = statement.Text(column++);
+  row.cadName = statement.Text(column++);
+  row.authoringApplication = statement.Text(column++);
+  if (!statement.IsNull(column)) row.folderKey = statement.Integer(column);
   ++column;
-  row.folder_oid = statement.Text(column++);
-  row.folder_name = statement.Text(column++);
-  if (!statement.IsNull(column)) row.workspace_key = statement.Integer(column);
+  row.folderOid = statement.Text(column++);
+  row.folderName = statement.Text(column++);
+  if (!statement.IsNull(column)) row.workspaceKey = statement.Integer(column);
   ++column;
-  if (!statement.IsNull(column)) row.checkout_base_key = statement.Integer(column);
+  if (!statement.IsNull(column)) row.checkoutBaseKey = statement.Integer(column);
   ++column;
-  row.context_key = statement.Integer(column++);
+  row.contextKey = statement.Integer(column++);
   row.service = statement.Text(column++);
   return row;
 }
@@ -70,16 +70,16 @@ std::vector<DocumentRow> ReadRows(Statement& statement) {
 }
 
 std::string Query(std::string_view condition) {
-  return std::string(kSelect).append(condition);
+  return std::string(select).append(condition);
 }
 
 std::string_view ColumnOf(DocumentProperty property) {
   switch (property) {
-    case DocumentProperty::kCadName:
+    case DocumentProperty::CadName:
       return "m.cad_name";
-    case DocumentProperty::kNumber:
+    case DocumentProperty::Number:
       return "m.number";
-    case DocumentProperty::kName:
+    case DocumentProperty::Name:
       return "m.name";
   }
   return "m.cad_name";
@@ -88,35 +88,37 @@ std::string_view ColumnOf(DocumentProperty property) {
 }  // namespace
 
 std::optional<DocumentRow> FindDocument(Database& database, std::string_view oid, std::string_view user) {
-  static const std::string kSql = Query("WHERE i.oid = ?1 AND (i.workspace IS NULL OR owner.name = ?2)");
-  auto statement = database.Prepare(kSql);
+  static const std::string statementText =
+      Query("WHERE i.oid = ?1 AND (i.workspace IS NULL OR owner.name = ?2)");
+  auto statement = database.Prepare(statementText);
   if (!statement.Bind(oid, user).Step()) return std::nullopt;
   return ReadRow(statement);
 }
 
 std::vector<DocumentRow> VersionsOf(Database& database, const DocumentRow& document, std::string_view user) {
-  static const std::string kSql = Query("WHERE i.master = ?1 AND i.workspace IS NULL").append(kNewestFirst);
-  auto statement = database.Prepare(kSql);
-  auto rows = ReadRows(statement.Bind(document.master_key));
+  static const std::string statementText =
+      Query("WHERE i.master = ?1 AND i.workspace IS NULL").append(newestFirst);
+  auto statement = database.Prepare(statementText);
+  auto rows = ReadRows(statement.Bind(document.masterKey));
   if (!rows.empty()) return rows;
   if (auto alone = FindDocument(database, document.oid, user)) rows.push_back(std::move(*alone));
   return rows;
 }
 
 std::vector<DocumentRow> SearchByNumber(Database& database, std::string_view number,
-                                        std::string_view context_oid, std::string_view user) {
-  static const std::string kSql =
+                                        std::string_view contextOid, std::string_view user) {
+  static const std::string statementText =
       Query("WHERE m.number = ?1 AND (?2 = '' OR c.oid = ?2) AND (i.workspace IS NULL OR owner.name = ?3)")
-          .append(kNewestFirst);
-  auto statement = database.Prepare(kSql);
-  return ReadRows(statement.Bind(number, context_oid, user));
+          .append(newestFirst);
+  auto statement = database.Prepare(statementText);
+  return ReadRows(statement.Bind(number, contextOid, user));
 }
 
-std::vector<DocumentRow> DocumentsInWorkspace(Database& database, std::int64_t workspace_key) {
-  static const std::string kSql =
+std::vector<DocumentRow> DocumentsInWorkspace(Database& database, std::int64_t workspaceKey) {
+  static const std::string statementText =
       Query("WHERE i.id IN (SELECT iteration FROM workspace_documents WHERE workspace = ?1) ORDER BY i.id");
-  auto statement = database.Prepare(kSql);
-  return ReadRows(statement.Bind(workspace_key));
+  auto statement = database.Prepare(statementText);
+  return ReadRows(statement.Bind(workspaceKey));
 }
 
 std::vector<DocumentRow> FindLatestByProperty(Database& database, DocumentProperty property,
@@ -128,21 +130,21 @@ std::vector<DocumentRow> FindLatestByProperty(Database& database, DocumentProper
   return ReadRows(statement.Bind(value));
 }
 
-std::vector<ContentRow> ContentsOf(Database& database, std::int64_t iteration_key, ContentRole role) {
+std::vector<ContentRow> ContentsOf(Database& database, std::int64_t iterationKey, ContentRole role) {
   auto statement = database.Prepare(
       "SELECT n.oid, n.category, n.file_name, n.is_forwardable, n.is_stale, n.is_hidden, n.stream, s.size "
       "FROM contents n LEFT JOIN streams s ON s.id = n.stream "
       "WHERE n.iteration = ?1 AND n.role = ?2 ORDER BY n.position");
-  statement.Bind(iteration_key, role == ContentRole::kPrimary ? "primary" : "secondary");
+  statement.Bind(iterationKey, role == ContentRole::Primary ? "primary" : "secondary");
   std::vector<ContentRow> rows;
   while (statement.Step()) {
     ContentRow row;
     row.oid = statement.Text(0);
     row.category = statement.Text(1);
-    row.file_name = statement.Text(2);
-    row.is_forwardable = statement.Integer(3) != 0;
-    row.is_stale = statement.Integer(4) != 0;
-    row.is_hidden = statement.Integer(5) != 0;
+    row.fileName = statement.Text(2);
+    row.isForwardable = statement.Integer(3) != 0;
+    row.isStale = statement.Integer(4) != 0;
+    row.isHidden = statement.Integer(5) != 0;
     if (!statement.IsNull(6)) row.stream = statement.Integer(6);
     row.size = statement.Integer(7);
     rows.push_back(std::move(row));
@@ -150,7 +152,7 @@ std::vector<ContentRow> ContentsOf(Database& database, std::int64_t iteration_ke
   return rows;
 }
 
-std::string FolderPath(Database& database, std::int64_t folder_key) {
+std::string FolderPath(Database& database, std::int64_t folderKey) {
   auto statement = database.Prepare(R"sql(
 WITH RECURSIVE up(level, name, parent, context) AS (
   SELECT 0, name, parent, context FROM folders WHERE id = ?1
@@ -158,15 +160,15 @@ WITH RECURSIVE up(level, name, parent, context) AS (
   SELECT up.level + 1, f.name, f.parent, f.context FROM folders f JOIN up ON f.id = up.parent)
 SELECT CASE WHEN up.parent IS NULL THEN c.name ELSE up.name END
 FROM up JOIN contexts c ON c.id = up.context ORDER BY up.level DESC)sql");
-  statement.Bind(folder_key);
+  statement.Bind(folderKey);
   std::string path;
   while (statement.Step()) path.append("/").append(statement.Text(0));
   return path;
 }
 
-std::string FolderLocation(Database& database, std::int64_t folder_key) {
+std::string FolderLocation(Database& database, std::int64_t folderKey) {
   auto statement = database.Prepare("SELECT parent FROM folders WHERE id = ?1");
-  const bool below = statement.Bind(folder_key).Step() && !statement.IsNull(0);
+  const bool below = statement.Bind(folderKey).Step() && !statement.IsNull(0);
   return below ? FolderPath(database, statement.Integer(0)) : "/";
 }
 

@@ -18,10 +18,10 @@ std::string OidOf(Database& database, std::int64_t iteration) {
 /// The folder that an instruction names, or the root of the context when it names none.
 Refusal TargetFolder(Database& database, std::int64_t context, const DocumentInstruction& instruction,
                      std::int64_t& folder) {
-  if (!instruction.target_folder.empty()) {
-    const auto place = FindFolder(database, instruction.target_folder);
+  if (!instruction.targetFolder.empty()) {
+    const auto place = FindFolder(database, instruction.targetFolder);
     if (!place || place->context != context) {
-      return ErrorResponse(404, "no-such-folder", "the context has no folder " + instruction.target_folder);
+      return ErrorResponse(404, "no-such-folder", "the context has no folder " + instruction.targetFolder);
     }
     folder = place->folder;
     return std::nullopt;
@@ -41,8 +41,8 @@ std::int64_t InsertMaster(Database& database, const DocumentInstruction& instruc
           "INSERT INTO masters(oid, service, name, number, category, sub_category, cad_name, "
           "authoring_application, "
           "type_id) VALUES(?1, 'dynamic', ?2, ?3, ?4, ?5, ?2, ?6, ?7)")
-      .Bind("M" + std::to_string(number), instruction.cad_name, digits, instruction.category,
-            instruction.sub_category, instruction.application, instruction.type_id)
+      .Bind("M" + std::to_string(number), instruction.cadName, digits, instruction.category,
+            instruction.subCategory, instruction.application, instruction.typeId)
       .Run();
   return database.LastRowId();
 }
@@ -66,49 +66,49 @@ bool IsUsed(Database& database, std::int64_t master) {
 }
 
 Refusal RefuseUnresolvedUse(Database& database, const DocumentRow& document, const Resolutions& resolutions) {
-  if (resolutions.Resolve(Conflict::kOtherVersionUsed, document.oid) ||
-      !IsUsed(database, document.master_key)) {
+  if (resolutions.Resolve(Conflict::OtherVersionUsed, document.oid) ||
+      !IsUsed(database, document.masterKey)) {
     return std::nullopt;
   }
-  return Resolutions::Unresolved(Conflict::kOtherVersionUsed, document.oid);
+  return Resolutions::Unresolved(Conflict::OtherVersionUsed, document.oid);
 }
 
 Refusal RefuseForIteration(const DocumentRow& document, const DocumentInstruction& instruction) {
-  if (instruction.cad_name != document.cad_name) {
-    return ErrorResponse(409, "other-name", "the document is called " + document.cad_name + " and stays so");
+  if (instruction.cadName != document.cadName) {
+    return ErrorResponse(409, "other-name", "the document is called " + document.cadName + " and stays so");
   }
-  if (!document.checkout_user.empty() && !document.workspace_key) {
-    return ErrorResponse(409, "checked-out", document.oid + " is checked out by " + document.checkout_user);
+  if (!document.checkoutUser.empty() && !document.workspaceKey) {
+    return ErrorResponse(409, "checked-out", document.oid + " is checked out by " + document.checkoutUser);
   }
   return std::nullopt;
 }
 
 }  // namespace
 
-Refusal RefuseTakenName(Database& database, std::int64_t folder, std::string_view cad_name,
+Refusal RefuseTakenName(Database& database, std::int64_t folder, std::string_view cadName,
                         std::int64_t master) {
   auto statement = database.Prepare(
       "SELECT i.oid FROM masters m JOIN iterations i ON i.master = m.id "
       "WHERE m.cad_name = ?1 AND m.id <> ?2 AND i.is_latest = 1 AND i.workspace IS NULL AND +i.folder = ?3");
-  if (!statement.Bind(cad_name, master, folder).Step()) return std::nullopt;
+  if (!statement.Bind(cadName, master, folder).Step()) return std::nullopt;
   return ErrorResponse(409, "name-taken",
-                       "the folder has another " + std::string(cad_name) + ": " + statement.Text(0));
+                       "the folder has another " + std::string(cadName) + ": " + statement.Text(0));
 }
 
-Refusal CreateDocument(Database& database, std::string_view user, std::string_view context_oid,
+Refusal CreateDocument(Database& database, std::string_view user, std::string_view contextOid,
                        const DocumentInstruction& instruction, std::string& oid) {
   if (auto refusal = RefuseForCreation(instruction)) return refusal;
-  const auto context = ContextKey(database, context_oid);
+  const auto context = ContextKey(database, contextOid);
   if (!context) return ErrorResponse(404, "no-such-context", "no context with this id");
   std::int64_t folder = 0;
   if (auto refusal = TargetFolder(database, *context, instruction, folder)) return refusal;
-  if (auto refusal = RefuseTakenName(database, folder, instruction.cad_name, 0)) return refusal;
+  if (auto refusal = RefuseTakenName(database, folder, instruction.cadName, 0)) return refusal;
   const std::int64_t iteration = InsertIteration(database, {.master = InsertMaster(database, instruction),
                                                             .context = *context,
                                                             .folder = folder,
-                                                            .is_latest = true,
-                                                            .auth_app_version = instruction.auth_app_version,
-                                                            .nd_version = instruction.nd_version});
+                                                            .isLatest = true,
+                                                            .authAppVersion = instruction.authAppVersion,
+                                                            .ndVersion = instruction.ndVersion});
   oid = OidOf(database, iteration);
   return WriteParts(database, user, instruction, iteration, std::nullopt);
 }
@@ -117,15 +117,15 @@ Refusal CreateDocumentInWorkspace(Database& database, std::string_view user, con
                                   const DocumentInstruction& instruction, std::string& oid) {
   if (auto refusal = RefuseForCreation(instruction)) return refusal;
   std::int64_t folder = 0;
-  if (auto refusal = TargetFolder(database, workspace.context_key, instruction, folder)) return refusal;
-  if (auto refusal = RefuseTakenName(database, folder, instruction.cad_name, 0)) return refusal;
+  if (auto refusal = TargetFolder(database, workspace.contextKey, instruction, folder)) return refusal;
+  if (auto refusal = RefuseTakenName(database, folder, instruction.cadName, 0)) return refusal;
   const std::int64_t iteration = InsertIteration(database, {.master = InsertMaster(database, instruction),
-                                                            .context = workspace.context_key,
+                                                            .context = workspace.contextKey,
                                                             .workspace = workspace.key,
-                                                            .target_folder = folder,
-                                                            .is_latest = true,
-                                                            .auth_app_version = instruction.auth_app_version,
-                                                            .nd_version = instruction.nd_version});
+                                                            .targetFolder = folder,
+                                                            .isLatest = true,
+                                                            .authAppVersion = instruction.authAppVersion,
+                                                            .ndVersion = instruction.ndVersion});
   database.Prepare("INSERT INTO workspace_documents(workspace, iteration) VALUES(?1, ?2)")
       .Bind(workspace.key, iteration)
       .Run();
@@ -133,31 +133,31 @@ Refusal CreateDocumentInWorkspace(Database& database, std::string_view user, con
   return WriteParts(database, user, instruction, iteration, std::nullopt);
 }
 
-Refusal IterateDocument(Database& database, std::string_view user, std::string_view context_oid,
+Refusal IterateDocument(Database& database, std::string_view user, std::string_view contextOid,
                         const DocumentInstruction& instruction, const Resolutions& resolutions,
                         std::string& oid) {
   const auto document = FindDocument(database, instruction.id, user);
   if (!document) return NoSuchDocument(instruction.id);
-  if (document->context_oid != context_oid) {
-    return ErrorResponse(409, "other-context", instruction.id + " stands in " + document->context_oid);
+  if (document->contextOid != contextOid) {
+    return ErrorResponse(409, "other-context", instruction.id + " is in " + document->contextOid);
   }
-  if (document->workspace_key) {
+  if (document->workspaceKey) {
     return ErrorResponse(409, "in-workspace",
                          instruction.id + " is stored in its workspace and not iterated");
   }
-  if (!document->is_latest) return ErrorResponse(409, "not-latest", instruction.id + " has a newer version");
+  if (!document->isLatest) return ErrorResponse(409, "not-latest", instruction.id + " has a newer version");
   if (auto refusal = RefuseForIteration(*document, instruction)) return refusal;
   if (auto refusal = RefuseUnresolvedUse(database, *document, resolutions)) return refusal;
 
   database.Prepare("UPDATE iterations SET is_latest = 0 WHERE id = ?1").Bind(document->key).Run();
-  const std::int64_t iteration = InsertIteration(database, {.master = document->master_key,
-                                                            .context = document->context_key,
-                                                            .folder = document->folder_key,
+  const std::int64_t iteration = InsertIteration(database, {.master = document->masterKey,
+                                                            .context = document->contextKey,
+                                                            .folder = document->folderKey,
                                                             .revision = document->revision,
                                                             .iteration = document->iteration + 1,
-                                                            .is_latest = true,
-                                                            .auth_app_version = instruction.auth_app_version,
-                                                            .nd_version = instruction.nd_version});
+                                                            .isLatest = true,
+                                                            .authAppVersion = instruction.authAppVersion,
+                                                            .ndVersion = instruction.ndVersion});
   oid = OidOf(database, iteration);
   return WriteParts(database, user, instruction, iteration, document->key);
 }
@@ -167,7 +167,7 @@ Refusal StoreDocument(Database& database, std::string_view user, const Workspace
                       std::string& oid) {
   const auto document = FindDocument(database, instruction.id, user);
   if (!document) return NoSuchDocument(instruction.id);
-  if (document->workspace_key != workspace.key) {
+  if (document->workspaceKey != workspace.key) {
     return ErrorResponse(409, "not-checked-out", instruction.id + " is no working copy in " + workspace.oid);
   }
   if (auto refusal = RefuseForIteration(*document, instruction)) return refusal;
@@ -176,7 +176,7 @@ Refusal StoreDocument(Database& database, std::string_view user, const Workspace
       .Prepare(
           "UPDATE iterations SET auth_app_version = ?2, nd_version = ?3, "
           "modified = server_time() WHERE id = ?1")
-      .Bind(document->key, instruction.auth_app_version, instruction.nd_version)
+      .Bind(document->key, instruction.authAppVersion, instruction.ndVersion)
       .Run();
   oid = document->oid;
   return WriteParts(database, user, instruction, document->key, document->key);

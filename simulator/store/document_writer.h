@@ -12,11 +12,11 @@
 
 namespace vantry_sim {
 
-// Each of these is to be called in a transaction, which is to be rolled back behind a refusal, and gives the
+// Each of these is to be called in a transaction, which is to be rolled back after a refusal, and gives the
 // id of the document that came of it.
 
 /// Makes a new document in a folder of the context.
-Refusal CreateDocument(Database& database, std::string_view user, std::string_view context_oid,
+Refusal CreateDocument(Database& database, std::string_view user, std::string_view contextOid,
                        const DocumentInstruction& instruction, std::string& oid);
 
 /// Makes a new document in a workspace; the folder gets it at the first check-in.
@@ -24,7 +24,7 @@ Refusal CreateDocumentInWorkspace(Database& database, std::string_view user, con
                                   const DocumentInstruction& instruction, std::string& oid);
 
 /// Makes the next iteration of a document that nobody has checked out.
-Refusal IterateDocument(Database& database, std::string_view user, std::string_view context_oid,
+Refusal IterateDocument(Database& database, std::string_view user, std::string_view contextOid,
                         const DocumentInstruction& instruction, const Resolutions& resolutions,
                         std::string& oid);
 
@@ -34,7 +34,7 @@ Refusal StoreDocument(Database& database, std::string_view user, const Workspace
                       std::string& oid);
 
 /// Refuses a name that another document has in the folder.
-Refusal RefuseTakenName(Database& database, std::int64_t folder, std::string_view cad_name,
+Refusal RefuseTakenName(Database& database, std::int64_t folder, std::string_view cadName,
                         std::int64_t master);
 
 }  // namespace vantry_sim

@@ -8,12 +8,12 @@ namespace vantry_sim {
 
 Response DocumentsResponse(const ServiceContext& context, const Request& request,
                            const std::vector<std::string>& oids) {
-  const std::string base_url = BaseUrl(context, request);
+  const std::string baseUrl = BaseUrl(context, request);
   JsonText json;
   json.StartArray();
   for (const std::string& oid : oids) {
     const auto document = FindDocument(context.database, oid, request.user);
-    if (document) WriteDocument(json, context.database, *document, request.user, base_url);
+    if (document) WriteDocument(json, context.database, *document, request.user, baseUrl);
   }
   json.EndArray();
   Response response;

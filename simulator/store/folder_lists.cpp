@@ -9,21 +9,21 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::array kContainerProperties{
+constexpr std::array containerProperties{
     ODataProperty{"ID", "c.oid"},
     ODataProperty{"Name", "c.name"},
     ODataProperty{"Description", "c.kind || ' of ' || c.organization"},
     ODataProperty{"Type", "c.kind"},
 };
-constexpr ODataEntity kContainer{kContainerProperties, "c.id", "Name"};
+constexpr ODataEntity containerEntity{containerProperties, "c.id", "Name"};
 
-constexpr std::array kFolderProperties{
+constexpr std::array folderProperties{
     ODataProperty{"ID", "f.oid"},
     ODataProperty{"Name", "f.name"},
     ODataProperty{"Description", "''"},
     ODataProperty{"Location", ""},
 };
-constexpr ODataEntity kFolder{kFolderProperties, "f.id", "Name"};
+constexpr ODataEntity folderEntity{folderProperties, "f.id", "Name"};
 
 bool Selects(const ODataExpand& expand, std::string_view name) {
   return expand.select.empty() ||
@@ -47,7 +47,7 @@ struct Level {
 }  // namespace
 
 ODataCollection ContainerList(std::string_view kind) {
-  ODataCollection list{&kContainer, "contexts c", SqlText()};
+  ODataCollection list{&containerEntity, "contexts c", SqlText()};
   if (kind.empty()) {
     list.where.Add("1");
   } else {
@@ -57,7 +57,7 @@ ODataCollection ContainerList(std::string_view kind) {
 }
 
 ODataCollection FolderList(std::int64_t context, std::int64_t parent) {
-  ODataCollection list{&kFolder, "folders f", SqlText()};
+  ODataCollection list{&folderEntity, "folders f", SqlText()};
   list.where.Add("f.context = ").Value(context).Add(" AND ifnull(f.parent, 0) = ").Value(parent);
   return list;
 }
@@ -91,7 +91,7 @@ void WriteFolderTree(JsonText& json, Database& database, std::int64_t context, s
 
 bool FoldersHave(const ODataExpand& expand) {
   return std::all_of(expand.select.begin(), expand.select.end(),
-                     [](const std::string& name) { return kFolder.Find(name) != nullptr; });
+                     [](const std::string& name) { return folderEntity.Find(name) != nullptr; });
 }
 
 }  // namespace vantry_sim

@@ -13,10 +13,10 @@ struct NewContent {
   std::string_view role;
   std::int64_t position = 0;
   std::string category;
-  std::string file_name;
-  bool is_forwardable = false;
-  bool is_stale = false;
-  bool is_hidden = false;
+  std::string fileName;
+  bool isForwardable = false;
+  bool isStale = false;
+  bool isHidden = false;
   std::int64_t stream = 0;
 };
 
@@ -27,7 +27,7 @@ void InsertContent(Database& database, std::int64_t iteration, const NewContent&
           "is_stale, "
           "is_hidden, stream) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, nullif(?10, 0))")
       .Bind("K" + std::to_string(NextNumber(database)), iteration, content.role, content.position,
-            content.category, content.file_name, content.is_forwardable, content.is_stale, content.is_hidden,
+            content.category, content.fileName, content.isForwardable, content.isStale, content.isHidden,
             content.stream)
       .Run();
 }
@@ -40,32 +40,32 @@ Refusal UploadedContent(Database& database, std::string_view user, const Content
   }
   content.stream = *instruction.stream;
   // What only describes the one version is not for the next.
-  content.is_forwardable = content.role == "secondary" && instruction.category != "VCSINFO";
-  content.is_hidden = instruction.is_hidden;
+  content.isForwardable = content.role == "secondary" && instruction.category != "VCSINFO";
+  content.isHidden = instruction.isHidden;
   return std::nullopt;
 }
 
 Refusal CarriedContent(const ContentInstruction& instruction, const std::vector<ContentRow>& before,
                        NewContent& content) {
   for (const ContentRow& old : before) {
-    if (old.category != instruction.category || old.file_name != instruction.file_name || !old.is_forwardable)
+    if (old.category != instruction.category || old.fileName != instruction.fileName || !old.isForwardable)
       continue;
     content.stream = old.stream.value_or(0);
-    content.is_forwardable = true;
-    content.is_stale = true;
-    content.is_hidden = old.is_hidden;
+    content.isForwardable = true;
+    content.isStale = true;
+    content.isHidden = old.isHidden;
     return std::nullopt;
   }
   return ErrorResponse(
       409, "nothing-to-carry",
-      "the version before has no forwardable content " + instruction.category + " " + instruction.file_name);
+      "the version before has no forwardable content " + instruction.category + " " + instruction.fileName);
 }
 
 /// Whether a content that is to be carried comes anew in the same instructions: a version has one of each
 /// category and name.
 bool IsReplaced(const ContentInstruction& carried, const std::vector<ContentInstruction>& instructions) {
   return std::any_of(instructions.begin(), instructions.end(), [&](const ContentInstruction& other) {
-    return other.stream && other.category == carried.category && other.file_name == carried.file_name;
+    return other.stream && other.category == carried.category && other.fileName == carried.fileName;
   });
 }
 
@@ -75,7 +75,7 @@ Refusal WriteContents(Database& database, std::string_view user, std::string_vie
   std::int64_t position = 0;
   for (const ContentInstruction& instruction : instructions) {
     if (!instruction.stream && IsReplaced(instruction, instructions)) continue;
-    NewContent content{role, position++, instruction.category, instruction.file_name};
+    NewContent content{role, position++, instruction.category, instruction.fileName};
     auto refusal = instruction.stream ? UploadedContent(database, user, instruction, content)
                                       : CarriedContent(instruction, before, content);
     if (refusal) return refusal;
@@ -92,7 +92,7 @@ void WriteAttributes(Database& database, const std::vector<AttributeInstruction>
         .Prepare(
             "INSERT INTO attributes(iteration, position, parameter_name, attribute_name, value_type, value) "
             "VALUES(?1, ?2, ?3, ?4, ?5, ?6)")
-        .Bind(iteration, position++, attribute.parameter_name, attribute.attribute_name, attribute.value_type,
+        .Bind(iteration, position++, attribute.parameterName, attribute.attributeName, attribute.valueType,
               attribute.value)
         .Run();
   }
@@ -110,7 +110,7 @@ Refusal WriteDependencies(Database& database, std::string_view user,
             "INSERT INTO dependencies(iteration, position, as_stored_child_name, is_direct, source, "
             "revision_number, is_place_holder, has_complete_dependencies) VALUES(?1, ?2, ?3, ?4, ?5, 0, 0, "
             "1)")
-        .Bind(iteration, position++, dependency.as_stored_child_name, dependency.is_direct, source->key)
+        .Bind(iteration, position++, dependency.asStoredChildName, dependency.isDirect, source->key)
         .Run();
   }
   return std::nullopt;
@@ -152,21 +152,21 @@ std::int64_t InsertIteration(Database& database, const NewIteration& iteration) 
           "nullif(?5, 0), nullif(?6, 0), ?7, ?8, ?9, ?10, ?11, (SELECT service FROM masters WHERE id = ?2), "
           "server_time())")
       .Bind("D" + std::to_string(NextNumber(database)), iteration.master, iteration.context,
-            iteration.folder.value_or(0), iteration.workspace.value_or(0),
-            iteration.target_folder.value_or(0), iteration.revision, iteration.iteration, iteration.is_latest,
-            iteration.auth_app_version, iteration.nd_version)
+            iteration.folder.value_or(0), iteration.workspace.value_or(0), iteration.targetFolder.value_or(0),
+            iteration.revision, iteration.iteration, iteration.isLatest, iteration.authAppVersion,
+            iteration.ndVersion)
       .Run();
   return database.LastRowId();
 }
 
 void CopyParts(Database& database, std::int64_t from, std::int64_t to) {
   for (const auto& [role, word] :
-       {std::pair(ContentRole::kPrimary, "primary"), std::pair(ContentRole::kSecondary, "secondary")}) {
+       {std::pair(ContentRole::Primary, "primary"), std::pair(ContentRole::Secondary, "secondary")}) {
     std::int64_t position = 0;
     for (const ContentRow& content : ContentsOf(database, from, role)) {
       InsertContent(database, to,
-                    {word, position++, content.category, content.file_name, content.is_forwardable,
-                     content.is_stale, content.is_hidden, content.stream.value_or(0)});
+                    {word, position++, content.category, content.fileName, content.isForwardable,
+                     content.isStale, content.isHidden, content.stream.value_or(0)});
     }
   }
   CopyAttributes(database, from, to);
@@ -182,8 +182,8 @@ void DeleteParts(Database& database, std::int64_t iteration) {
 Refusal WriteParts(Database& database, std::string_view user, const DocumentInstruction& instruction,
                    std::int64_t iteration, std::optional<std::int64_t> before) {
   const auto secondary =
-      before ? ContentsOf(database, *before, ContentRole::kSecondary) : std::vector<ContentRow>();
-  const bool in_place = before == iteration;
+      before ? ContentsOf(database, *before, ContentRole::Secondary) : std::vector<ContentRow>();
+  const bool inPlace = before == iteration;
   DeleteFrom(database, "contents", iteration);
   if (auto refusal = WriteContents(database, user, "primary", instruction.primary, {}, iteration))
     return refusal;
@@ -194,14 +194,14 @@ Refusal WriteParts(Database& database, std::string_view user, const DocumentInst
   if (instruction.attributes) {
     DeleteFrom(database, "attributes", iteration);
     WriteAttributes(database, *instruction.attributes, iteration);
-  } else if (before && !in_place) {
+  } else if (before && !inPlace) {
     CopyAttributes(database, *before, iteration);
   }
   if (instruction.dependencies) {
     DeleteFrom(database, "dependencies", iteration);
     return WriteDependencies(database, user, *instruction.dependencies, iteration);
   }
-  if (before && !in_place) CopyDependencies(database, *before, iteration);
+  if (before && !inPlace) CopyDependencies(database, *before, iteration);
   return std::nullopt;
 }
 

@@ -19,12 +19,12 @@ struct NewIteration {
   std::int64_t context = 0;
   std::optional<std::int64_t> folder = std::nullopt;
   std::optional<std::int64_t> workspace = std::nullopt;
-  std::optional<std::int64_t> target_folder = std::nullopt;
+  std::optional<std::int64_t> targetFolder = std::nullopt;
   std::string revision = "A";
   std::int64_t iteration = 1;
-  bool is_latest = false;
-  std::string auth_app_version = {};
-  std::string nd_version = {};
+  bool isLatest = false;
+  std::string authAppVersion = {};
+  std::string ndVersion = {};
 };
 
 /// @return the new row's id
@@ -42,8 +42,8 @@ void DeleteParts(Database& database, std::int64_t iteration);
 /// name and is stale from then on, since the primary content is new. Attributes and dependencies that the
 /// instruction leaves out are those of `before`.
 /// @param before the version before, may be the iteration itself; nothing for a new document
-/// @return a refusal for a receipt that was never given, for what cannot be carried, for a source that isn't
-/// there
+/// @return a refusal for a receipt that was never given, for what cannot be carried, for a source
+/// that isn't there
 Refusal WriteParts(Database& database, std::string_view user, const DocumentInstruction& instruction,
                    std::int64_t iteration, std::optional<std::int64_t> before);
 

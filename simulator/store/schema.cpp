@@ -8,9 +8,9 @@ namespace {
 /// Each entry leads from the form with its index to the next; a published entry is never changed again.
 ///
 /// `oid` is the id that the wire shows. A document on the wire is an iteration; what its iterations share
-/// stands in `masters`. A working copy is an iteration with a workspace; where it was taken from stands in
+/// is in `masters`. A working copy is an iteration with a workspace; where it was taken from is in
 /// `checkouts`.
-constexpr const char* kSteps[] = {
+constexpr const char* steps[] = {
     R"sql(
 CREATE TABLE facts(key TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;
 
@@ -215,7 +215,7 @@ ALTER TABLE streams ADD COLUMN generator INTEGER;
 )sql",
 };
 
-constexpr std::int64_t kNewest = std::size(kSteps);
+constexpr std::int64_t newest = std::size(steps);
 
 std::int64_t FormOf(Database& database) {
   auto statement = database.Prepare("PRAGMA user_version");
@@ -226,11 +226,11 @@ std::int64_t FormOf(Database& database) {
 
 void EnsureSchema(Database& database) {
   const std::int64_t form = FormOf(database);
-  if (form == kNewest) return;
-  if (form > kNewest || form < 0) throw DatabaseError("the data directory is of a newer vantry-sim");
+  if (form == newest) return;
+  if (form > newest || form < 0) throw DatabaseError("the data directory is of a newer vantry-sim");
   Transaction transaction(database);
-  for (std::int64_t step = form; step < kNewest; ++step) database.Execute(kSteps[step]);
-  database.Execute(("PRAGMA user_version = " + std::to_string(kNewest)).c_str());
+  for (std::int64_t step = form; step < newest; ++step) database.Execute(steps[step]);
+  database.Execute(("PRAGMA user_version = " + std::to_string(newest)).c_str());
   transaction.Commit();
 }
 

@@ -14,10 +14,10 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kEnd = ".db";
+constexpr std::string_view End = ".db";
 /// No name begins with a point.
-constexpr std::string_view kPartFront = ".part-";
-constexpr std::size_t kLongestName = 64;
+constexpr std::string_view partFront = ".part-";
+constexpr std::size_t longestName = 64;
 
 bool Sync(const std::filesystem::path& path, int flags) {
   const int descriptor = open(path.c_str(), flags | O_CLOEXEC);
@@ -38,19 +38,19 @@ Snapshots::Snapshots(const std::filesystem::path& directory)
   std::filesystem::create_directories(directory_);
   std::vector<std::filesystem::path> parts;
   for (const auto& entry : std::filesystem::directory_iterator(directory_)) {
-    if (entry.path().filename().string().starts_with(kPartFront)) parts.push_back(entry.path());
+    if (entry.path().filename().string().starts_with(partFront)) parts.push_back(entry.path());
   }
   for (const std::filesystem::path& part : parts) std::filesystem::remove(part);
 }
 
 bool Snapshots::IsName(std::string_view name) {
-  if (name.empty() || name.size() > kLongestName || name.front() == '.') return false;
+  if (name.empty() || name.size() > longestName || name.front() == '.') return false;
   return std::all_of(name.begin(), name.end(), [](char c) { return IsWordCharacter(c) || c == '.'; });
 }
 
 std::filesystem::path Snapshots::FileOf(const std::string& name) const {
   if (!IsName(name)) throw std::runtime_error("no name of a snapshot");
-  return directory_ / (name + std::string(kEnd));
+  return directory_ / (name + std::string(End));
 }
 
 void Snapshots::Take(Database& database, const std::string& name) {
@@ -70,8 +70,8 @@ std::vector<Snapshots::Listed> Snapshots::List() const {
   for (const auto& entry : std::filesystem::directory_iterator(directory_)) {
     std::string name = entry.path().filename().string();
     struct stat status {};
-    if (!name.ends_with(kEnd) || stat(entry.path().c_str(), &status) != 0) continue;
-    name.resize(name.size() - kEnd.size());
+    if (!name.ends_with(End) || stat(entry.path().c_str(), &status) != 0) continue;
+    name.resize(name.size() - End.size());
     const std::int64_t taken =
         std::int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000;
     list.push_back({std::move(name), taken, static_cast<std::uint64_t>(status.st_size)});
@@ -94,7 +94,7 @@ bool Snapshots::RestoreSeed(Database& database) const {
 
 /// A reader never finds half of a snapshot, nor does the next start: it gets its name when the disk has it.
 void Snapshots::TakeTo(Database& database, const std::filesystem::path& file) {
-  const std::filesystem::path part = directory_ / (std::string(kPartFront) + file.filename().string());
+  const std::filesystem::path part = directory_ / (std::string(partFront) + file.filename().string());
   std::filesystem::remove(part);
   database.CopyTo(part.string());
   std::error_code error;

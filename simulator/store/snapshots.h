@@ -22,8 +22,8 @@ class Snapshots {
   /// 64 of them at most. So no name leads out of the directory.
   [[nodiscard]] static bool IsName(std::string_view name);
 
-  /// Keeps the database's state, in place of one of the same name. @throws std::exception when the disk
-  /// refuses
+  /// Keeps the database's state, in place of one of the same name. @throws std::exception when the
+  /// disk refuses
   void Take(Database& database, const std::string& name);
 
   /// Puts a state in the place of the database's, whole or not at all. Tickets and uploads that no document

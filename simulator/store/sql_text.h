@@ -14,8 +14,8 @@ namespace vantry_sim {
 /// becomes a parameter; only texts of the program itself become SQL.
 class SqlText {
  public:
-  SqlText& Add(std::string_view own_text) {
-    text_.append(own_text);
+  SqlText& Add(std::string_view ownText) {
+    text_.append(ownText);
     return *this;
   }
   SqlText& Add(const SqlText& other) {

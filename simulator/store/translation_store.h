@@ -32,8 +32,8 @@ Refusal LinkXliff(Database& database, const DocumentRow& document, const Documen
 
 /// Gives a document another extended type, in its own place: id and version stay. To be called in a
 /// transaction.
-/// @return a refusal for a document that is checked out, other than the working copy itself, or has a newer
-/// version
+/// @return a refusal for a document that is checked out, other than the working copy itself, or has a
+/// newer version
 Refusal SetExtendedType(Database& database, const DocumentRow& document, std::string_view type);
 
 }  // namespace vantry_sim

@@ -5,9 +5,9 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kMasterUrl = "Master_URL";
-constexpr std::string_view kDescriptors = "CacheDescriptor_array";
-constexpr std::size_t kLongestText = 64 * 1024;
+constexpr std::string_view masterUrl = "Master_URL";
+constexpr std::string_view descriptors = "CacheDescriptor_array";
+constexpr std::size_t longestText = 64 * 1024;
 
 /// The text in front of the next ":", which is cut off with it.
 std::string_view TakeField(std::string_view& text) {
@@ -31,7 +31,7 @@ void UploadReceiver::Receive(std::string_view bytes) {
 Refusal UploadReceiver::Finish() {
   if (refusal_) return refusal_;
   if (!reader_.finished()) Refuse(400, "broken-multipart", "the last boundary is missing");
-  if (!refusal_ && !master_url_seen_) Refuse(400, "bad-upload", "the part Master_URL is missing");
+  if (!refusal_ && !masterUrlSeen_) Refuse(400, "bad-upload", "the part Master_URL is missing");
   if (!refusal_ && described_.empty())
     Refuse(400, "bad-upload", "the part CacheDescriptor_array names no stream");
   return refusal_;
@@ -47,7 +47,7 @@ bool UploadReceiver::Keep() {
 bool UploadReceiver::BeginPart(const PartHead& head) {
   part_ = head.name;
   text_.clear();
-  return part_ == kMasterUrl || part_ == kDescriptors || BeginFile(head);
+  return part_ == masterUrl || part_ == descriptors || BeginFile(head);
 }
 
 bool UploadReceiver::BeginFile(const PartHead& head) {
@@ -68,23 +68,23 @@ bool UploadReceiver::BeginFile(const PartHead& head) {
 }
 
 bool UploadReceiver::PartBytes(std::string_view bytes) {
-  if (part_ != kMasterUrl && part_ != kDescriptors) {
+  if (part_ != masterUrl && part_ != descriptors) {
     return files_.back().Write(bytes) || Refuse(507, "disk-full", "the server's disk doesn't take the bytes");
   }
   text_.append(bytes);
-  return text_.size() <= kLongestText || Refuse(400, "bad-upload", "a part that isn't a file is too long");
+  return text_.size() <= longestText || Refuse(400, "bad-upload", "a part that isn't a file is too long");
 }
 
 bool UploadReceiver::EndPart() {
-  if (part_ == kMasterUrl) return CheckMasterUrl();
-  if (part_ == kDescriptors) return ReadDescriptors();
+  if (part_ == masterUrl) return CheckMasterUrl();
+  if (part_ == descriptors) return ReadDescriptors();
   streams_.back().size = files_.back().size();
   return files_.back().Finish() || Refuse(507, "disk-full", "the server's disk doesn't take the bytes");
 }
 
 bool UploadReceiver::CheckMasterUrl() {
-  master_url_seen_ = true;
-  return text_ == ticket_.master_url || Refuse(400, "bad-upload", "Master_URL isn't the one of the ticket");
+  masterUrlSeen_ = true;
+  return text_ == ticket_.masterUrl || Refuse(400, "bad-upload", "Master_URL isn't the one of the ticket");
 }
 
 bool UploadReceiver::ReadDescriptors() {

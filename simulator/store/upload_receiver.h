@@ -29,7 +29,7 @@ class UploadReceiver final : private PartSink {
 
   [[nodiscard]] const UploadTicket& ticket() const { return ticket_; }
 
-  /// What was received, in the order it came, behind a Finish without refusal.
+  /// What was received, in the order it came, after a Finish without refusal.
   [[nodiscard]] const std::vector<ReceivedStream>& streams() const { return streams_; }
 
   /// Moves the files to their places in the content store. @return false when the disk refuses
@@ -50,7 +50,7 @@ class UploadReceiver final : private PartSink {
   std::optional<Response> refusal_;
   std::string part_;  ///< name of the part that is being read
   std::string text_;  ///< what a part that isn't a file holds
-  bool master_url_seen_ = false;
+  bool masterUrlSeen_ = false;
   std::map<std::string, std::int64_t> described_;  ///< parts that the body has named
   std::vector<ReceivedStream> streams_;
   std::vector<SpooledFile> files_;  ///< of `streams_`

@@ -32,12 +32,12 @@ void ForgetUploads(Database& database) {
 }
 
 UploadTicket MakeTicket(Database& database, ContentStore& contents, std::string_view user, std::int64_t files,
-                        std::string_view master_url) {
+                        std::string_view masterUrl) {
   ForgetOldTickets(database);
-  UploadTicket ticket{RandomHexadecimal(), std::string(master_url), {}};
+  UploadTicket ticket{RandomHexadecimal(), std::string(masterUrl), {}};
   database
       .Prepare("INSERT INTO tickets(token, user, master_url, created) VALUES(?1, ?2, ?3, server_seconds())")
-      .Bind(ticket.token, UserKey(database, user), master_url)
+      .Bind(ticket.token, UserKey(database, user), masterUrl)
       .Run();
   const std::int64_t key = database.LastRowId();
   for (std::int64_t i = 0; i < files; ++i) {
@@ -67,7 +67,7 @@ std::optional<UploadTicket> FindTicket(Database& database, std::string_view toke
 
 std::vector<std::string> AcceptUpload(Database& database, const UploadTicket& ticket, std::string_view user,
                                       const std::vector<ReceivedStream>& streams) {
-  const std::int64_t user_key = UserKey(database, user);
+  const std::int64_t userKey = UserKey(database, user);
   std::vector<std::string> receipts;
   for (const ReceivedStream& received : streams) {
     receipts.push_back(RandomHexadecimal());
@@ -75,7 +75,7 @@ std::vector<std::string> AcceptUpload(Database& database, const UploadTicket& ti
         .Bind(received.stream, received.size)
         .Run();
     database.Prepare("INSERT INTO uploads(stream, user, receipt, file_name) VALUES(?1, ?2, ?3, ?4)")
-        .Bind(received.stream, user_key, receipts.back(), received.part_name)
+        .Bind(received.stream, userKey, receipts.back(), received.partName)
         .Run();
   }
   auto statement = database.Prepare("SELECT id FROM tickets WHERE token = ?1");

@@ -14,17 +14,17 @@ namespace vantry_sim {
 
 /// A permission for one upload.
 struct UploadTicket {
-  std::string token;                            ///< stands in the address that the bytes go to
-  std::string master_url;                       ///< comes back in the upload as it is
+  std::string token;                            ///< is in the address that the bytes go to
+  std::string masterUrl;                        ///< comes back in the upload as it is
   std::map<std::string, std::int64_t> streams;  ///< by the name of their part, in the order of their numbers
 };
 
 /// The most files of one ticket.
-inline constexpr std::int64_t kMostFilesOfATicket = 100;
+inline constexpr std::int64_t mostFilesOfATicket = 100;
 
 /// Gives a ticket. Tickets older than a day are forgotten.
 UploadTicket MakeTicket(Database& database, ContentStore& contents, std::string_view user, std::int64_t files,
-                        std::string_view master_url);
+                        std::string_view masterUrl);
 
 /// The greatest number of a stream that the database knows, with those of tickets; 0 for none.
 std::int64_t LastStream(Database& database);
@@ -39,7 +39,7 @@ std::optional<UploadTicket> FindTicket(Database& database, std::string_view toke
 struct ReceivedStream {
   std::int64_t stream = 0;
   std::uint64_t size = 0;
-  std::string part_name;
+  std::string partName;
 };
 
 /// Uses up a ticket and gives a receipt for each stream, in their order. To be called in a transaction, when

@@ -23,7 +23,7 @@ Response Receipts(const std::vector<ReceivedStream>& streams, const std::vector<
 
 std::unique_ptr<UploadReceiver> ReceiverFor(const ServiceContext& context, const Request& request,
                                             Response& refusal) {
-  const std::string start = context.options.prefix + std::string(kUploadPath);
+  const std::string start = context.options.prefix + std::string(uploadPath);
   if (!request.path.starts_with(start) || request.method != "POST") {
     refusal = ErrorResponse(404, "no-such-route", "this port takes uploads for tickets alone");
     return nullptr;
@@ -37,7 +37,7 @@ std::unique_ptr<UploadReceiver> ReceiverFor(const ServiceContext& context, const
     refusal = ErrorResponse(404, "no-such-ticket", "this user has no unused ticket for this address");
     return nullptr;
   }
-  const std::string boundary = BoundaryOf(request.content_type);
+  const std::string boundary = BoundaryOf(request.contentType);
   if (boundary.empty()) {
     refusal = ErrorResponse(415, "no-multipart", "an upload is multipart/form-data with a boundary");
     return nullptr;

@@ -8,8 +8,8 @@
 
 namespace vantry_sim {
 
-/// The address under which a ticket takes its upload, behind the address of the upload port.
-inline constexpr std::string_view kUploadPath = "/servlet/content/upload/";
+/// The address under which a ticket takes its upload, after the address of the upload port.
+inline constexpr std::string_view uploadPath = "/servlet/content/upload/";
 
 /// The receiver for an upload, by its address, its nonce and the boundary of its Content-Type.
 /// @param request its `path` with the prefix still in front

@@ -5,7 +5,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kSelect =
+constexpr std::string_view select =
     "SELECT w.id, w.oid, w.name, w.description, c.oid, c.id, u.id FROM workspaces w "
     "JOIN contexts c ON c.id = w.context JOIN users u ON u.id = w.owner ";
 
@@ -16,10 +16,10 @@ WorkspaceRow ReadRow(const Statement& statement) {
 
 }  // namespace
 
-std::vector<WorkspaceRow> WorkspacesOf(Database& database, std::string_view context_oid,
+std::vector<WorkspaceRow> WorkspacesOf(Database& database, std::string_view contextOid,
                                        std::string_view user) {
-  auto statement = database.Prepare(std::string(kSelect) + "WHERE c.oid = ?1 AND u.name = ?2 ORDER BY w.id");
-  statement.Bind(context_oid, user);
+  auto statement = database.Prepare(std::string(select) + "WHERE c.oid = ?1 AND u.name = ?2 ORDER BY w.id");
+  statement.Bind(contextOid, user);
   std::vector<WorkspaceRow> rows;
   while (statement.Step()) rows.push_back(ReadRow(statement));
   return rows;
@@ -36,7 +36,7 @@ WorkspaceRow MakeWorkspace(Database& database, std::int64_t context, std::string
 }
 
 std::optional<WorkspaceRow> FindWorkspace(Database& database, std::string_view oid, std::string_view user) {
-  auto statement = database.Prepare(std::string(kSelect) + "WHERE w.oid = ?1 AND u.name = ?2");
+  auto statement = database.Prepare(std::string(select) + "WHERE w.oid = ?1 AND u.name = ?2");
   if (!statement.Bind(oid, user).Step()) return std::nullopt;
   return ReadRow(statement);
 }

@@ -16,13 +16,13 @@ struct WorkspaceRow {
   std::string oid;
   std::string name;
   std::string description;
-  std::string context_oid;
-  std::int64_t context_key = 0;
-  std::int64_t owner_key = 0;
+  std::string contextOid;
+  std::int64_t contextKey = 0;
+  std::int64_t ownerKey = 0;
 };
 
 /// The user's workspaces in a context, in the order they were made.
-std::vector<WorkspaceRow> WorkspacesOf(Database& database, std::string_view context_oid,
+std::vector<WorkspaceRow> WorkspacesOf(Database& database, std::string_view contextOid,
                                        std::string_view user);
 
 /// Makes a workspace. @param context row id

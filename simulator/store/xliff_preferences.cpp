@@ -8,9 +8,9 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kFolderName = "Translations";
+constexpr std::string_view folderName = "Translations";
 
-constexpr std::array<std::string_view, 9> kNames{
+constexpr std::array<std::string_view, 9> names{
     "DB_CONTEXT_TYPE", "DB_CONTEXT_NAME",          "CABINET_OID",
     "SUB_FOLDER_OID",  "SUB_FOLDER_PATH",          "ZVK_DD_TRANSLATE",
     "ZVK_DD_LANGUAGE", "ZVK_DD_EXTENDED_DOC_TYPE", "UPLOAD_SOFT_TYPE"};
@@ -24,10 +24,10 @@ std::string InCapitals(std::string text) {
 
 void AddFolder(std::vector<XliffPreference>& out, Database& database, const DocumentRow& document,
                XliffFolder way) {
-  const auto roots = RootFolders(database, document.context_key);
+  const auto roots = RootFolders(database, document.contextKey);
   if (roots.empty()) return;
-  const auto folder = FindFolderByPath(database, document.context_key, kFolderName);
-  if (way == XliffFolder::kPath) {
+  const auto folder = FindFolderByPath(database, document.contextKey, folderName);
+  if (way == XliffFolder::Path) {
     out.push_back({"SUB_FOLDER_PATH", FolderPath(database, folder ? folder->key : roots.front().key)});
     return;
   }
@@ -56,19 +56,19 @@ std::optional<std::string> TakeText(std::string_view& text) {
 }  // namespace
 
 bool IsXliffPreference(std::string_view name) {
-  return std::find(kNames.begin(), kNames.end(), name) != kNames.end();
+  return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 std::vector<XliffPreference> XliffPreferencesFor(Database& database, const Options& options,
                                                  const DocumentRow& document, const std::string& language) {
-  std::vector<XliffPreference> all{{"DB_CONTEXT_TYPE", InCapitals(document.context_kind)},
-                                   {"DB_CONTEXT_NAME", document.context_name}};
-  AddFolder(all, database, document, options.xliff_folder);
+  std::vector<XliffPreference> all{{"DB_CONTEXT_TYPE", InCapitals(document.contextKind)},
+                                   {"DB_CONTEXT_NAME", document.contextName}};
+  AddFolder(all, database, document, options.xliffFolder);
   all.push_back({"ZVK_DD_TRANSLATE", "yes"});
   all.push_back({"ZVK_DD_LANGUAGE", language});
   all.push_back({"ZVK_DD_EXTENDED_DOC_TYPE", "x-raomSource"});
-  all.push_back({"UPLOAD_SOFT_TYPE", std::string(kXliffType)});
-  const auto& missing = options.missing_preferences;
+  all.push_back({"UPLOAD_SOFT_TYPE", std::string(xliffType)});
+  const auto& missing = options.missingPreferences;
   std::erase_if(all, [&](const XliffPreference& preference) {
     return std::find(missing.begin(), missing.end(), preference.name) != missing.end();
   });
@@ -82,10 +82,10 @@ std::optional<XliffQuestion> ParseXliffQuestion(std::string_view arguments) {
     if (equals == std::string_view::npos) return std::nullopt;
     const std::string_view name = arguments.substr(0, equals);
     arguments.remove_prefix(equals + 1);
-    const bool is_document = name == "oidForQ7zkDocument";
-    if (!is_document && name != "sourceLanguage") return std::nullopt;
+    const bool isDocument = name == "oidForQ7zkDocument";
+    if (!isDocument && name != "sourceLanguage") return std::nullopt;
     auto value = TakeText(arguments);
-    std::string& place = is_document ? question.document : question.language;
+    std::string& place = isDocument ? question.document : question.language;
     if (!value || value->empty() || !place.empty()) return std::nullopt;
     place = std::move(*value);
     if (arguments.empty()) break;

@@ -11,7 +11,7 @@
 namespace vantry_sim {
 
 /// What a document must be made as to count as XLIFF.
-inline constexpr std::string_view kXliffType = "vn.epm.EPMDocument|net.kettenblitz.XliffDocument";
+inline constexpr std::string_view xliffType = "vn.epm.EPMDocument|net.kettenblitz.XliffDocument";
 
 /// One thing that a client has to know before it uploads a source XLIFF.
 struct XliffPreference {

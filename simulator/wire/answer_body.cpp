@@ -14,7 +14,7 @@ namespace {
 using Kind = FaultAction::Kind;
 
 /// Each slow reader has a block of its own.
-constexpr std::size_t kBlock = 64 * 1024;
+constexpr std::size_t blockSize = 64 * 1024;
 
 class Descriptor {
  public:
@@ -39,7 +39,7 @@ using BodyReader = std::function<std::string_view(std::size_t offset, std::size_
 BodyReader FileReader(const FileBody& body) {
   auto file = std::make_shared<Descriptor>(body.path);
   if (file->number() < 0) return {};
-  auto block = std::make_shared<std::vector<char>>(std::min<std::uint64_t>(kBlock, body.size));
+  auto block = std::make_shared<std::vector<char>>(std::min<std::uint64_t>(blockSize, body.size));
   return [file, block, first = body.first](std::size_t offset, std::size_t length) -> std::string_view {
     const std::size_t wanted = std::min(length, block->size());
     const ssize_t count = pread(file->number(), block->data(), wanted, static_cast<off_t>(first + offset));
@@ -73,13 +73,13 @@ BodyReader Corrupted(BodyReader reader, std::size_t size) {
 }
 
 /// Ten pieces a second, or bytes one by one where that is too fast.
-BodyReader Slowed(BodyReader reader, std::uint64_t bytes_per_second, StopSignal& stop) {
-  const std::uint64_t piece = std::clamp<std::uint64_t>(bytes_per_second / 10, 1, kBlock);
-  return [reader = std::move(reader), piece, bytes_per_second, &stop](
-             std::size_t offset, std::size_t length) -> std::string_view {
+BodyReader Slowed(BodyReader reader, std::uint64_t bytesPerSecond, StopSignal& stop) {
+  const std::uint64_t piece = std::clamp<std::uint64_t>(bytesPerSecond / 10, 1, blockSize);
+  return [reader = std::move(reader), piece, bytesPerSecond, &stop](std::size_t offset,
+                                                                    std::size_t length) -> std::string_view {
     const std::string_view bytes = reader(offset, std::min<std::size_t>(length, piece));
     // When the server ends, the rest goes out at once.
-    static_cast<void>(stop.Sleep(std::chrono::milliseconds(bytes.size() * 1000 / bytes_per_second)));
+    static_cast<void>(stop.Sleep(std::chrono::milliseconds(bytes.size() * 1000 / bytesPerSecond)));
     return bytes;
   };
 }
@@ -95,7 +95,7 @@ httplib::ContentProvider Whole(BodyReader reader) {
 /// Gives the body's first bytes and then does what the fault says.
 httplib::ContentProvider Broken(BodyReader reader, const FaultAction& fault, std::size_t limit,
                                 ConnectionStream& stream) {
-  const bool stalls = fault.kind == Kind::kStall;
+  const bool stalls = fault.kind == Kind::Stall;
   return [whole = Whole(std::move(reader)), limit, stalls, &stream](std::size_t offset, std::size_t length,
                                                                     httplib::DataSink& sink) {
     if (offset < limit) return whole(offset, std::min(length, limit - offset), sink);
@@ -107,7 +107,7 @@ httplib::ContentProvider Broken(BodyReader reader, const FaultAction& fault, std
 }
 
 bool BreaksOff(const FaultAction& fault) {
-  return fault.kind == Kind::kCut || fault.kind == Kind::kChunkedCut || fault.kind == Kind::kStall;
+  return fault.kind == Kind::Cut || fault.kind == Kind::ChunkedCut || fault.kind == Kind::Stall;
 }
 
 void SetBroken(httplib::Response& out, const Response& answer, BodyReader reader, const FaultAction& fault,
@@ -115,13 +115,13 @@ void SetBroken(httplib::Response& out, const Response& answer, BodyReader reader
   const std::size_t size = BodySize(answer);
   const auto limit = static_cast<std::size_t>(std::min<std::uint64_t>(fault.amount.value_or(0), size));
   const auto broken = Broken(std::move(reader), fault, limit, stream);
-  if (fault.kind == Kind::kChunkedCut) {
-    out.set_chunked_content_provider(answer.content_type,
+  if (fault.kind == Kind::ChunkedCut) {
+    out.set_chunked_content_provider(answer.contentType,
                                      [broken, limit](std::size_t offset, httplib::DataSink& sink) {
                                        return broken(offset, offset < limit ? limit - offset : 0, sink);
                                      });
   } else {
-    out.set_content_provider(size, answer.content_type, broken);
+    out.set_content_provider(size, answer.contentType, broken);
   }
 }
 
@@ -135,9 +135,9 @@ bool HasNoBody(int status) {
 bool SetBody(httplib::Response& out, const Response& answer, const AnswerWay& way,
              const std::optional<FaultAction>& fault) {
   if (HasNoBody(answer.status)) return true;
-  const bool short_one = !answer.file && (!answer.shared || answer.shared->size() <= kShortBody);
-  if (!fault && short_one) {
-    out.set_content(answer.shared ? *answer.shared : answer.body, answer.content_type);
+  const bool shortOne = !answer.file && (!answer.shared || answer.shared->size() <= shortBody);
+  if (!fault && shortOne) {
+    out.set_content(answer.shared ? *answer.shared : answer.body, answer.contentType);
     return true;
   }
   BodyReader reader = ReaderOf(answer);
@@ -149,13 +149,13 @@ bool SetBody(httplib::Response& out, const Response& answer, const AnswerWay& wa
   }
   // A provider of no bytes at all would make the HTTP library forget the length.
   if (size == 0) {
-    out.set_content(std::string(), answer.content_type);
+    out.set_content(std::string(), answer.contentType);
     return true;
   }
-  if (fault && fault->kind == Kind::kCorrupt) reader = Corrupted(std::move(reader), size);
-  if (fault && fault->kind == Kind::kSlow)
+  if (fault && fault->kind == Kind::Corrupt) reader = Corrupted(std::move(reader), size);
+  if (fault && fault->kind == Kind::Slow)
     reader = Slowed(std::move(reader), fault->amount.value_or(1), way.stop);
-  out.set_content_provider(size, answer.content_type, Whole(std::move(reader)));
+  out.set_content_provider(size, answer.contentType, Whole(std::move(reader)));
   return true;
 }
 

@@ -6,7 +6,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::size_t kMostBytes = 64 * 1024 * 1024;
+constexpr std::size_t mostBytes = 64 * 1024 * 1024;
 
 /// Everything that an answer may depend on, but for the state. No part of it holds a line feed.
 std::string KeyOf(const Request& request) {
@@ -32,15 +32,15 @@ std::optional<Response> AnswerCache::Find(const Request& request, const Database
 
 void AnswerCache::Keep(const Request& request, Response& response) {
   if (response.status != 200 || response.once) return;
-  if (response.body.size() > kShortBody && !Share(request, response)) {
+  if (response.body.size() > shortBody && !Share(request, response)) {
     response = ErrorResponse(503, "no-room",
                              "the long answers that are read now are as much as this server holds together");
     return;
   }
   std::string key = KeyOf(request);
   const std::size_t size = SizeOf(key, response);
-  if (size > kMostBytes / 2) return;
-  if (size_ + size > kMostBytes) Clear();
+  if (size > mostBytes / 2) return;
+  if (size_ + size > mostBytes) Clear();
   size_ += size;
   answers_.insert_or_assign(std::move(key), response);
 }

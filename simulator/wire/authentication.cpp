@@ -43,14 +43,14 @@ std::optional<std::string> DecodeBase64(std::string_view text) {
 }
 
 std::string EncodeBase64(std::string_view bytes) {
-  constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string out;
   for (std::size_t i = 0; i < bytes.size(); i += 3) {
     std::uint32_t bits = 0;
     for (std::size_t byte = 0; byte < 3; ++byte)
       bits = bits << 8 | (i + byte < bytes.size() ? static_cast<unsigned char>(bytes[i + byte]) : 0U);
     for (std::size_t digit = 0; digit < 4; ++digit)
-      out += i + digit > bytes.size() ? '=' : kDigits[bits >> (18 - 6 * digit) & 63];
+      out += i + digit > bytes.size() ? '=' : digits[bits >> (18 - 6 * digit) & 63];
   }
   return out;
 }

@@ -9,7 +9,7 @@
 namespace vantry_sim {
 
 /// Whoever asks an open server without saying who.
-inline constexpr std::string_view kOpenServerUser = "anna";
+inline constexpr std::string_view openServerUser = "anna";
 
 /// The name and the password of an Authorization header of the scheme Basic; nothing for any other.
 std::optional<UserCredentials> ReadBasic(std::string_view authorization);

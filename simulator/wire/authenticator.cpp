@@ -7,12 +7,12 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kRealm = "vantry-sim";
+constexpr std::string_view realm = "vantry-sim";
 
 std::optional<DigestAlgorithm> AlgorithmOf(const DigestFields& fields) {
   const auto found = fields.find("algorithm");
-  if (found == fields.end() || found->second == "MD5") return DigestAlgorithm::kMd5;
-  if (found->second == "SHA-256") return DigestAlgorithm::kSha256;
+  if (found == fields.end() || found->second == "MD5") return DigestAlgorithm::Md5;
+  if (found->second == "SHA-256") return DigestAlgorithm::Sha256;
   return std::nullopt;
 }
 
@@ -22,7 +22,7 @@ std::string Authenticator::UserOf(const Introduction& introduction) const {
   const std::string_view authorization = introduction.authorization;
   if (users_.open()) {
     const auto given = ReadBasic(authorization);
-    return given ? given->name : std::string(kOpenServerUser);
+    return given ? given->name : std::string(openServerUser);
   }
   if (const auto token = CredentialsOf(authorization, "bearer")) return users_.NameOf(*token).value_or("");
   if (digest_) {
@@ -44,10 +44,10 @@ std::string Authenticator::UserByDigest(const Introduction& introduction,
   const auto algorithm = AlgorithmOf(*fields);
   const auto password = users_.PasswordOf(field("username"));
   if (!algorithm || !password || field("qop") != "auth" || field("uri") != introduction.target ||
-      field("realm") != kRealm) {
+      field("realm") != realm) {
     return {};
   }
-  if (nonces_.Judge(field("nonce")) != DigestNonces::Age::kFresh) return {};
+  if (nonces_.Judge(field("nonce")) != DigestNonces::Age::Fresh) return {};
   const bool right = field("response") == DigestResponse(*algorithm, *fields, *password, introduction.method);
   return right ? field("username") : std::string();
 }
@@ -62,16 +62,16 @@ Response Authenticator::Challenge(std::string_view authorization) const {
     const auto fields = credentials ? ReadDigestFields(*credentials) : std::nullopt;
     const auto nonce = fields ? fields->find("nonce") : DigestFields::const_iterator();
     const bool stale =
-        fields && nonce != fields->end() && nonces_.Judge(nonce->second) == DigestNonces::Age::kStale;
-    for (const DigestAlgorithm algorithm : {DigestAlgorithm::kSha256, DigestAlgorithm::kMd5}) {
-      challenge("Digest realm=\"" + std::string(kRealm) +
+        fields && nonce != fields->end() && nonces_.Judge(nonce->second) == DigestNonces::Age::Stale;
+    for (const DigestAlgorithm algorithm : {DigestAlgorithm::Sha256, DigestAlgorithm::Md5}) {
+      challenge("Digest realm=\"" + std::string(realm) +
                 "\", qop=\"auth\", algorithm=" + std::string(WordOf(algorithm)) + ", nonce=\"" +
                 nonces_.Make() + "\"" + (stale ? ", stale=true" : ""));
     }
-  } else if (!users_.only_tokens()) {
+  } else if (!users_.onlyTokens()) {
     challenge("Basic realm=\"vantry-sim\", charset=\"UTF-8\"");
   }
-  if (users_.has_tokens()) challenge("Bearer realm=\"vantry-sim\"");
+  if (users_.hasTokens()) challenge("Bearer realm=\"vantry-sim\"");
   return response;
 }
 

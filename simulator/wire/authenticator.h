@@ -11,7 +11,7 @@ namespace vantry_sim {
 
 /// What a request says of who sends it.
 struct Introduction {
-  std::string_view method;         ///< as it stands on the request line
+  std::string_view method;         ///< as it is on the request line
   std::string_view target;         ///< the same
   std::string_view authorization;  ///< the header's value; empty without one
 };
@@ -23,7 +23,7 @@ class Authenticator {
   Authenticator(const UserDirectory& users, bool digest) : users_(users), digest_(digest) {}
 
   /// Who asks; empty for a refusal. An open server believes any name that Basic brings, and takes a request
-  /// without one for kOpenServerUser's.
+  /// without one for openServerUser's.
   [[nodiscard]] std::string UserOf(const Introduction& introduction) const;
 
   /// The 401 with the ways to come in.

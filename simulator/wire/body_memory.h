@@ -35,7 +35,7 @@ class BodyMemory {
   std::mutex mutex_;
   std::uint64_t most_;
   std::uint64_t taken_ = 0;
-  std::map<std::string, std::uint64_t> of_clients_;
+  std::map<std::string, std::uint64_t> ofClients_;
 };
 
 }  // namespace vantry_sim

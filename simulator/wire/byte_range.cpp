@@ -6,7 +6,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kUnit = "bytes=";
+constexpr std::string_view unit = "bytes=";
 
 bool ReadNumber(std::string_view text, std::uint64_t& number) {
   const auto [end, code] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -15,16 +15,16 @@ bool ReadNumber(std::string_view text, std::uint64_t& number) {
 
 /// The last so many bytes.
 RangeWish Tail(std::uint64_t wanted, std::uint64_t size) {
-  if (wanted == 0 || size == 0) return {RangeWish::Kind::kUnsatisfiable, {}};
+  if (wanted == 0 || size == 0) return {RangeWish::Kind::Unsatisfiable, {}};
   const std::uint64_t count = std::min(wanted, size);
-  return {RangeWish::Kind::kPart, {size - count, count}};
+  return {RangeWish::Kind::Part, {size - count, count}};
 }
 
 }  // namespace
 
 RangeWish ReadRange(std::string_view value, std::uint64_t size) {
-  if (!value.starts_with(kUnit)) return {};
-  value.remove_prefix(kUnit.size());
+  if (!value.starts_with(unit)) return {};
+  value.remove_prefix(unit.size());
   const auto dash = value.find('-');
   if (dash == std::string_view::npos) return {};
   const std::string_view from = value.substr(0, dash);
@@ -34,9 +34,9 @@ RangeWish ReadRange(std::string_view value, std::uint64_t size) {
   if (!to.empty() && !ReadNumber(to, last)) return {};
   if (from.empty()) return to.empty() ? RangeWish{} : Tail(last, size);
   if (!ReadNumber(from, first) || (!to.empty() && last < first)) return {};
-  if (first >= size) return {RangeWish::Kind::kUnsatisfiable, {}};
+  if (first >= size) return {RangeWish::Kind::Unsatisfiable, {}};
   const std::uint64_t end = to.empty() ? size - 1 : std::min(last, size - 1);
-  return {RangeWish::Kind::kPart, {first, end - first + 1}};
+  return {RangeWish::Kind::Part, {first, end - first + 1}};
 }
 
 }  // namespace vantry_sim

@@ -15,11 +15,11 @@ struct ByteRange {
 /// What a Range header asks of a content.
 struct RangeWish {
   enum class Kind {
-    kWhole,          ///< the whole of it: no Range, one that cannot be read, or several parts
-    kPart,           ///< `part` of it
-    kUnsatisfiable,  ///< a part that it doesn't have
+    Whole,          ///< the whole of it: no Range, one that cannot be read, or several parts
+    Part,           ///< `part` of it
+    Unsatisfiable,  ///< a part that it doesn't have
   };
-  Kind kind = Kind::kWhole;
+  Kind kind = Kind::Whole;
   ByteRange part;
 };
 

@@ -17,24 +17,24 @@ namespace vantry_sim {
 namespace {
 
 /// Ids of connections count on from here; what lies below are the wake-up and the listeners.
-constexpr std::uint64_t kFirstConnection = 1000;
-constexpr std::uint64_t kWakeUp = 0;
+constexpr std::uint64_t firstConnection = 1000;
+constexpr std::uint64_t wakeUp = 0;
 /// How often limits of time are looked at.
-constexpr int kTickMilliseconds = 100;
+constexpr int tickMilliseconds = 100;
 /// How long a stop waits for answers that are under way.
-constexpr auto kGrace = std::chrono::seconds(3);
+constexpr auto grace = std::chrono::seconds(3);
 /// While few requests are served, a thread waits this long for a client's next one: handing it over costs
 /// more than serving it.
-constexpr int kBriefMilliseconds = 50;
-constexpr std::size_t kFew = 128;
+constexpr int briefMilliseconds = 50;
+constexpr std::size_t few = 128;
 
 /// Descriptors for the database, the files that are read and written, and the ports.
-constexpr rlim_t kSpareDescriptors = 2500;
+constexpr rlim_t spareDescriptors = 2500;
 
 using Clock = std::chrono::steady_clock;
 
 std::uint32_t EventsOf(Moved wait) {
-  return (wait == Moved::kWaitWritable ? EPOLLOUT : EPOLLIN) | EPOLLONESHOT;
+  return (wait == Moved::WaitWritable ? EPOLLOUT : EPOLLIN) | EPOLLONESHOT;
 }
 
 }  // namespace
@@ -45,29 +45,29 @@ GateLimits LimitsFor(std::size_t connections) {
     descriptors.rlim_cur = descriptors.rlim_max;
     setrlimit(RLIMIT_NOFILE, &descriptors);
     getrlimit(RLIMIT_NOFILE, &descriptors);
-    const rlim_t spare = std::min<rlim_t>(kSpareDescriptors, descriptors.rlim_cur / 2);
+    const rlim_t spare = std::min<rlim_t>(spareDescriptors, descriptors.rlim_cur / 2);
     connections = static_cast<std::size_t>(std::min<rlim_t>(connections, descriptors.rlim_cur - spare));
   }
   GateLimits limits;
   limits.connections = std::max<std::size_t>(connections, 4);
-  limits.connections_of_a_client = limits.connections / 4 * 3;
+  limits.connectionsOfAClient = limits.connections / 4 * 3;
   return limits;
 }
 
-/// A connection and where it stands. The gate's thread has it in every state but kWorking.
+/// A connection and its state. The gate's thread has it in every state but Working.
 struct ConnectionGate::Connection {
   Connection(std::uint64_t number, std::unique_ptr<Transport> transport, RequestServer& owner,
              const GateLimits& limits)
       : id(number),
         stream(std::move(transport), number, limits.body, limits.answer),
         server(owner),
-        client(stream.remote_address()) {}
+        client(stream.remoteAddress()) {}
 
   std::uint64_t id;
   ConnectionStream stream;
   RequestServer& server;
   std::string client;
-  State state = State::kPreparing;
+  State state = State::Preparing;
   bool registered = false;
   Clock::time_point since = Clock::now();
   Queue::iterator place;
@@ -77,10 +77,10 @@ ConnectionGate::ConnectionGate(GateLimits limits)
     : limits_(limits),
       poll_(epoll_create1(EPOLL_CLOEXEC)),
       wake_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      last_id_(kFirstConnection) {
+      lastId_(firstConnection) {
   epoll_event event{};
   event.events = EPOLLIN;
-  event.data.u64 = kWakeUp;
+  event.data.u64 = wakeUp;
   if (poll_ < 0 || wake_ < 0 || epoll_ctl(poll_, EPOLL_CTL_ADD, wake_, &event) != 0)
     throw std::runtime_error("cannot watch connections: " + std::string(std::strerror(errno)));
 }
@@ -105,7 +105,7 @@ void ConnectionGate::Listen(int socket, RequestServer& server) {
 void ConnectionGate::Run() {
   std::array<epoll_event, 256> events{};
   for (;;) {
-    const int count = epoll_wait(poll_, events.data(), static_cast<int>(events.size()), kTickMilliseconds);
+    const int count = epoll_wait(poll_, events.data(), static_cast<int>(events.size()), tickMilliseconds);
     for (int i = 0; i < count; ++i) HandleEvent(events[static_cast<std::size_t>(i)].data.u64);
     Closing closing;
     const std::lock_guard lock(mutex_);
@@ -127,12 +127,12 @@ void ConnectionGate::Wake() const {
 }
 
 void ConnectionGate::HandleEvent(std::uint64_t id) {
-  if (id == kWakeUp) {
+  if (id == wakeUp) {
     std::uint64_t ignored = 0;
     static_cast<void>(!read(wake_, &ignored, sizeof ignored));
     return;
   }
-  if (id < kFirstConnection) return Accept(listeners_[id - 1]);
+  if (id < firstConnection) return Accept(listeners_[id - 1]);
   Closing closing;
   const std::lock_guard lock(mutex_);
   // One that was closed for another event of the same round is no longer there.
@@ -157,12 +157,12 @@ void ConnectionGate::Accept(Listener& listener) {
 }
 
 void ConnectionGate::Admit(int socket, RequestServer& server) {
-  auto connection = std::make_unique<Connection>(++last_id_, server.Carry(socket), server, limits_);
+  auto connection = std::make_unique<Connection>(++lastId_, server.Carry(socket), server, limits_);
   Closing closing;
   const std::lock_guard lock(mutex_);
   const auto client = clients_.find(connection->client);
-  const std::size_t of_client = client == clients_.end() ? 0 : client->second.connections;
-  if ((of_client >= limits_.connections_of_a_client && !MakeRoom(connection->client, closing)) ||
+  const std::size_t ofClient = client == clients_.end() ? 0 : client->second.connections;
+  if ((ofClient >= limits_.connectionsOfAClient && !MakeRoom(connection->client, closing)) ||
       (connections_.size() >= limits_.connections && !MakeRoom({}, closing))) {
     server.Refuse(connection->stream, 503);
     closing.push_back(std::move(connection));
@@ -178,33 +178,33 @@ void ConnectionGate::Admit(int socket, RequestServer& server) {
 
 /// Takes a connection that waits as far as it gets without waiting.
 void ConnectionGate::Advance(Connection& connection, Closing& closing) {
-  if (connection.state == State::kPreparing) {
+  if (connection.state == State::Preparing) {
     const Moved moved = connection.stream.transport().Prepare();
-    if (moved == Moved::kEnd) return Release(connection, closing);
-    if (moved != Moved::kDone) return Park(connection, State::kPreparing, moved);
+    if (moved == Moved::End) return Release(connection, closing);
+    if (moved != Moved::Done) return Park(connection, State::Preparing, moved);
   }
-  Moved wait = Moved::kWaitReadable;
+  Moved wait = Moved::WaitReadable;
   switch (connection.stream.Collect(wait)) {
-    case ConnectionStream::Arrival::kNothing:
-      return Park(connection, State::kIdle, wait);
-    case ConnectionStream::Arrival::kPart:
-      return Park(connection, State::kHead, wait);
-    case ConnectionStream::Arrival::kHead:
+    case ConnectionStream::Arrival::Nothing:
+      return Park(connection, State::Idle, wait);
+    case ConnectionStream::Arrival::Part:
+      return Park(connection, State::Head, wait);
+    case ConnectionStream::Arrival::Head:
       Unpark(connection);
       return Dispatch(connection);
-    case ConnectionStream::Arrival::kTooLong:
+    case ConnectionStream::Arrival::TooLong:
       connection.server.Refuse(connection.stream, 431);
       break;
-    case ConnectionStream::Arrival::kClosed:
+    case ConnectionStream::Arrival::Closed:
       break;
   }
   Release(connection, closing);
 }
 
 ConnectionGate::Queue* ConnectionGate::QueueOf(State state) {
-  if (state == State::kPreparing) return &preparing_;
-  if (state == State::kIdle) return &idle_;
-  return state == State::kHead ? &heads_ : nullptr;
+  if (state == State::Preparing) return &preparing_;
+  if (state == State::Idle) return &idle_;
+  return state == State::Head ? &heads_ : nullptr;
 }
 
 /// Lets a connection wait for its next bytes. The time of a head and of a preparation counts from its begin.
@@ -217,7 +217,7 @@ void ConnectionGate::Park(Connection& connection, State state, Moved wait) {
     queue.push_back(&connection);
     connection.place = std::prev(queue.end());
   }
-  if (state == State::kIdle) connection.stream.ReleaseMemory();
+  if (state == State::Idle) connection.stream.ReleaseMemory();
   epoll_event event{};
   event.events = EventsOf(wait);
   event.data.u64 = connection.id;
@@ -227,7 +227,7 @@ void ConnectionGate::Park(Connection& connection, State state, Moved wait) {
 
 void ConnectionGate::Unpark(Connection& connection) {
   if (Queue* queue = QueueOf(connection.state)) queue->erase(connection.place);
-  connection.state = State::kReady;
+  connection.state = State::Ready;
 }
 
 /// Closes the connection that has been silent for longest. @param client whose it must be; empty: anybody's.
@@ -256,31 +256,31 @@ void ConnectionGate::Dispatch(Connection& connection) {
 }
 
 void ConnectionGate::StartReady() {
-  for (auto next = ready_.begin(); next != ready_.end() && at_work_ < limits_.at_work;) {
+  for (auto next = ready_.begin(); next != ready_.end() && atWork_ < limits_.atWork;) {
     Connection& connection = **next;
     Client& client = clients_[connection.client];
-    if (client.at_work >= limits_.at_work_for_a_client) {
+    if (client.atWork >= limits_.atWorkForAClient) {
       ++next;
       continue;
     }
     next = ready_.erase(next);
-    connection.state = State::kWorking;
-    ++at_work_;
-    ++client.at_work;
+    connection.state = State::Working;
+    ++atWork_;
+    ++client.atWork;
     workers_.Run([this, &connection] { Work(connection); });
   }
 }
 
 /// Serves on a thread of its own, and gives the connection back.
 void ConnectionGate::Work(Connection& connection) {
-  const bool goes_on = ServeAll(connection);
-  if (!goes_on && !connection.stream.aborted()) connection.stream.LingerBeforeClose();
+  const bool goesOn = ServeAll(connection);
+  if (!goesOn && !connection.stream.aborted()) connection.stream.LingerBeforeClose();
   Closing closing;
   const std::lock_guard lock(mutex_);
-  --at_work_;
-  --clients_[connection.client].at_work;
-  connection.state = State::kReady;
-  if (goes_on && !stopping_) {
+  --atWork_;
+  --clients_[connection.client].atWork;
+  connection.state = State::Ready;
+  if (goesOn && !stopping_) {
     Advance(connection, closing);
   } else {
     Release(connection, closing);
@@ -297,13 +297,13 @@ bool ConnectionGate::ServeAll(Connection& connection) {
     {
       const std::lock_guard lock(mutex_);
       if (stopping_) return false;
-      if (at_work_ >= kFew) return true;
+      if (atWork_ >= few) return true;
     }
-    if (!stream.WaitForBytes(kBriefMilliseconds)) return true;
-    Moved wait = Moved::kWaitReadable;
+    if (!stream.WaitForBytes(briefMilliseconds)) return true;
+    Moved wait = Moved::WaitReadable;
     const auto arrival = stream.Collect(wait);
-    if (arrival == ConnectionStream::Arrival::kClosed) return false;
-    if (arrival != ConnectionStream::Arrival::kHead) return true;
+    if (arrival == ConnectionStream::Arrival::Closed) return false;
+    if (arrival != ConnectionStream::Arrival::Head) return true;
   }
 }
 
@@ -319,9 +319,9 @@ void ConnectionGate::Release(Connection& connection, Closing& closing) {
 }
 
 void ConnectionGate::Expire(Closing& closing) {
-  ExpireQueue(State::kPreparing, limits_.prepare, closing);
-  ExpireQueue(State::kHead, limits_.head, closing);
-  ExpireQueue(State::kIdle, limits_.idle, closing);
+  ExpireQueue(State::Preparing, limits_.prepare, closing);
+  ExpireQueue(State::Head, limits_.head, closing);
+  ExpireQueue(State::Idle, limits_.idle, closing);
 }
 
 void ConnectionGate::ExpireQueue(State state, std::chrono::milliseconds limit, Closing& closing) {
@@ -329,7 +329,7 @@ void ConnectionGate::ExpireQueue(State state, std::chrono::milliseconds limit, C
   const auto oldest = Clock::now() - limit;
   while (!queue.empty() && queue.front()->since < oldest) {
     Connection& connection = *queue.front();
-    if (state == State::kHead) connection.server.Refuse(connection.stream, 408);
+    if (state == State::Head) connection.server.Refuse(connection.stream, 408);
     Release(connection, closing);
   }
 }
@@ -344,7 +344,7 @@ void ConnectionGate::CloseAll() {
   while (!ready_.empty()) Release(*ready_.front(), closing);
   // Whoever waits for a next request sees the end of the connection; answers go on.
   for (auto& [id, connection] : connections_) connection->stream.ShutdownReading();
-  changed_.wait_for(lock, kGrace, [this] { return connections_.empty(); });
+  changed_.wait_for(lock, grace, [this] { return connections_.empty(); });
   for (auto& [id, connection] : connections_) {
     connection->stream.Abort();
     connection->stream.ShutdownBoth();

@@ -35,9 +35,9 @@ class RequestServer {
 /// How many connections there may be, and how long they may keep others waiting.
 struct GateLimits {
   std::size_t connections = 16384;
-  std::size_t connections_of_a_client = 12288;  ///< by its address
-  std::size_t at_work = 2048;                   ///< requests that are served at one time
-  std::size_t at_work_for_a_client = 1536;
+  std::size_t connectionsOfAClient = 12288;  ///< by its address
+  std::size_t atWork = 2048;                 ///< requests that are served at one time
+  std::size_t atWorkForAClient = 1536;
   std::chrono::milliseconds idle{300'000};    ///< silence between two requests
   std::chrono::milliseconds head{30'000};     ///< from the first byte of a head to its last
   std::chrono::milliseconds prepare{10'000};  ///< for what comes before the first request, such as TLS
@@ -74,7 +74,7 @@ class ConnectionGate {
   void Stop();
 
  private:
-  enum class State { kPreparing, kIdle, kHead, kReady, kWorking };
+  enum class State { Preparing, Idle, Head, Ready, Working };
   struct Connection;
   using Queue = std::list<Connection*>;
   struct Listener {
@@ -83,7 +83,7 @@ class ConnectionGate {
   };
   struct Client {
     std::size_t connections = 0;
-    std::size_t at_work = 0;
+    std::size_t atWork = 0;
   };
   /// Connections that are to be closed once the lock is free, since closing may take a moment.
   using Closing = std::vector<std::unique_ptr<Connection>>;
@@ -115,14 +115,14 @@ class ConnectionGate {
   std::mutex mutex_;
   std::condition_variable changed_;
   bool stopping_ = false;
-  std::uint64_t last_id_ = 0;
+  std::uint64_t lastId_ = 0;
   std::unordered_map<std::uint64_t, std::unique_ptr<Connection>> connections_;
   std::unordered_map<std::string, Client> clients_;
   Queue preparing_;
   Queue idle_;
   Queue heads_;
   std::deque<Connection*> ready_;  ///< heads that wait for a thread
-  std::size_t at_work_ = 0;
+  std::size_t atWork_ = 0;
   WorkerThreads workers_;
 };
 

@@ -19,17 +19,17 @@ namespace {
 
 /// Room for a request line and a header block; a client that sends more without an end is not heard any
 /// longer.
-constexpr std::size_t kMostHeadBytes = 256 * 1024;
+constexpr std::size_t mostHeadBytes = 256 * 1024;
 /// How much is read ahead at once.
-constexpr std::size_t kBlock = 16 * 1024;
+constexpr std::size_t block = 16 * 1024;
 /// How long a client may pause in the middle of a body.
-constexpr int kReadMilliseconds = 60'000;
+constexpr int readMilliseconds = 60'000;
 /// What gives a client another second to take its answer. Far more than of a body, since the system takes some of
 /// it in the client's place.
-constexpr std::uint64_t kAnswerBytesInASecond = 64 * 1024;
+constexpr std::uint64_t answerBytesInASecond = 64 * 1024;
 /// How long a closed connection is read for: until it has been silent for so long, and in all.
-constexpr int kLingerMilliseconds = 500;
-constexpr auto kLongestLinger = std::chrono::seconds(2);
+constexpr int lingerMilliseconds = 500;
+constexpr auto longestLinger = std::chrono::seconds(2);
 
 void AddressOf(const sockaddr_storage& address, socklen_t length, std::string& ip, int& port) {
   char host[NI_MAXHOST];
@@ -45,7 +45,7 @@ void AddressOf(const sockaddr_storage& address, socklen_t length, std::string& i
 }
 
 short EventsOf(Moved wait) {
-  return wait == Moved::kWaitWritable ? POLLOUT : POLLIN;
+  return wait == Moved::WaitWritable ? POLLOUT : POLLIN;
 }
 
 int StatusOf(std::string_view text) {
@@ -62,15 +62,15 @@ bool IsFinalHead(std::string_view text) {
 
 /// The HTTP library would answer a part of a content with the status of a whole one. Without this line it
 /// doesn't know of the wish, which the content's answer reads from the head instead.
-void TakeRangeAway(std::string& buffer, std::size_t begin, std::size_t& head_size) {
+void TakeRangeAway(std::string& buffer, std::size_t begin, std::size_t& headSize) {
   std::size_t line = begin;
-  while (line < begin + head_size) {
+  while (line < begin + headSize) {
     const auto end = buffer.find('\n', line);
-    if (end == std::string::npos || end >= begin + head_size) return;
+    if (end == std::string::npos || end >= begin + headSize) return;
     const auto colon = buffer.find(':', line);
     if (colon < end && SameHeaderName(std::string_view(buffer).substr(line, colon - line), "Range")) {
       buffer.erase(line, end + 1 - line);
-      head_size -= end + 1 - line;
+      headSize -= end + 1 - line;
     } else {
       line = end + 1;
     }
@@ -80,8 +80,8 @@ void TakeRangeAway(std::string& buffer, std::size_t begin, std::size_t& head_siz
 }  // namespace
 
 ConnectionStream::ConnectionStream(std::unique_ptr<Transport> transport, std::uint64_t number,
-                                   std::chrono::milliseconds body_time, std::chrono::milliseconds answer_time)
-    : transport_(std::move(transport)), number_(number), body_time_(body_time), answer_time_(answer_time) {
+                                   std::chrono::milliseconds bodyTime, std::chrono::milliseconds answerTime)
+    : transport_(std::move(transport)), number_(number), bodyTime_(bodyTime), answerTime_(answerTime) {
   // An answer goes out in two writes, head and body; without this the second waits for the client's
   // acknowledgement of the first.
   const int on = 1;
@@ -89,31 +89,31 @@ ConnectionStream::ConnectionStream(std::unique_ptr<Transport> transport, std::ui
   sockaddr_storage address{};
   socklen_t length = sizeof address;
   if (getpeername(socket(), reinterpret_cast<sockaddr*>(&address), &length) == 0)
-    AddressOf(address, length, remote_address_, remote_port_);
+    AddressOf(address, length, remoteAddress_, remotePort_);
   length = sizeof address;
   if (getsockname(socket(), reinterpret_cast<sockaddr*>(&address), &length) == 0)
-    AddressOf(address, length, local_address_, local_port_);
+    AddressOf(address, length, localAddress_, localPort_);
 }
 
 ConnectionStream::~ConnectionStream() = default;
 
 ConnectionStream::Arrival ConnectionStream::Collect(Moved& wait) {
-  wait = Moved::kWaitReadable;
+  wait = Moved::WaitReadable;
   for (;;) {
     const std::string_view pending = Pending();
-    if (const HeadEnd end = FindHeadEnd(pending, looked_through_); end.known) {
-      head_left_ = end.size;
-      return Arrival::kHead;
+    if (const HeadEnd end = FindHeadEnd(pending, lookedThrough_); end.known) {
+      headLeft_ = end.size;
+      return Arrival::Head;
     }
-    looked_through_ = pending.size();
-    if (pending.size() > kMostHeadBytes) return Arrival::kTooLong;
+    lookedThrough_ = pending.size();
+    if (pending.size() > mostHeadBytes) return Arrival::TooLong;
     const Moved moved = ReadAhead();
-    if (moved == Moved::kDone) continue;
+    if (moved == Moved::Done) continue;
     wait = moved;
-    if (moved != Moved::kEnd) return pending.empty() ? Arrival::kNothing : Arrival::kPart;
+    if (moved != Moved::End) return pending.empty() ? Arrival::Nothing : Arrival::Part;
     // A head that was cut off is judged by the HTTP library.
-    head_left_ = Pending().size();
-    return head_left_ == 0 || aborted_ ? Arrival::kClosed : Arrival::kHead;
+    headLeft_ = Pending().size();
+    return headLeft_ == 0 || aborted_ ? Arrival::Closed : Arrival::Head;
   }
 }
 
@@ -122,24 +122,24 @@ bool ConnectionStream::WaitForBytes(int milliseconds) const {
 }
 
 RequestHead ConnectionStream::BeginExchange() {
-  RequestHead head = ReadRequestHead(Pending().substr(0, head_left_));
-  TakeRangeAway(buffer_, begin_, head_left_);
-  looked_through_ = 0;
-  in_head_ = true;
-  read_any_ = false;
-  head_sent_ = false;
+  RequestHead head = ReadRequestHead(Pending().substr(0, headLeft_));
+  TakeRangeAway(buffer_, begin_, headLeft_);
+  lookedThrough_ = 0;
+  inHead_ = true;
+  readAny_ = false;
+  headSent_ = false;
   held_.clear();
   status_ = 0;
-  body_bytes_ = 0;
+  bodyBytes_ = 0;
   taken_ = 0;
   waited_ = {};
   return head;
 }
 
 void ConnectionStream::EndOfHead() {
-  in_head_ = false;
-  body_begin_ = std::chrono::steady_clock::now();
-  body_read_ = 0;
+  inHead_ = false;
+  bodyBegin_ = std::chrono::steady_clock::now();
+  bodyRead_ = 0;
 }
 
 void ConnectionStream::ReleaseMemory() {
@@ -157,22 +157,22 @@ void ConnectionStream::ShutdownBoth() {
 }
 
 void ConnectionStream::WaitForClose() {
-  // What the client still sends is read away, since its end shows only behind it.
+  // What the client still sends is read away, since its end shows only after it.
   if (!Flush()) return;
   char dropped[4096];
   while (!aborted_) {
     std::size_t count = 0;
     const Moved moved = transport_->Receive(dropped, sizeof dropped, count);
-    if (moved == Moved::kEnd) return;
-    if (moved != Moved::kDone) WaitFor(static_cast<short>(EventsOf(moved) | POLLRDHUP), -1);
+    if (moved == Moved::End) return;
+    if (moved != Moved::Done) WaitFor(static_cast<short>(EventsOf(moved) | POLLRDHUP), -1);
   }
 }
 
 void ConnectionStream::LingerBeforeClose() {
   transport_->EndSending();
   char dropped[4096];
-  const auto end = std::chrono::steady_clock::now() + kLongestLinger;
-  while (std::chrono::steady_clock::now() < end && WaitFor(POLLIN, kLingerMilliseconds)) {
+  const auto end = std::chrono::steady_clock::now() + longestLinger;
+  while (std::chrono::steady_clock::now() < end && WaitFor(POLLIN, lingerMilliseconds)) {
     if (recv(socket(), dropped, sizeof dropped, MSG_DONTWAIT) <= 0) return;
   }
 }
@@ -184,7 +184,7 @@ void ConnectionStream::SendWithoutWaiting(std::string_view bytes) {
 }
 
 bool ConnectionStream::is_readable() const {
-  return WaitForBytes(in_head_ ? kReadMilliseconds : MillisecondsForBody());
+  return WaitForBytes(inHead_ ? readMilliseconds : MillisecondsForBody());
 }
 
 bool ConnectionStream::is_writable() const {
@@ -194,31 +194,31 @@ bool ConnectionStream::is_writable() const {
 
 ssize_t ConnectionStream::read(char* data, std::size_t size) {
   if (aborted_) return -1;
-  if (in_head_ && head_left_ == 0) return 0;
+  if (inHead_ && headLeft_ == 0) return 0;
   if (begin_ == buffer_.size() && !FillWaiting()) return aborted_ ? -1 : 0;
   std::size_t count = std::min(size, buffer_.size() - begin_);
-  if (in_head_) {
-    count = std::min(count, head_left_);
-    head_left_ -= count;
+  if (inHead_) {
+    count = std::min(count, headLeft_);
+    headLeft_ -= count;
   }
   std::memcpy(data, buffer_.data() + begin_, count);
   begin_ += count;
-  if (!in_head_) body_read_ += count;
-  read_any_ = true;
+  if (!inHead_) bodyRead_ += count;
+  readAny_ = true;
   return static_cast<ssize_t>(count);
 }
 
 ssize_t ConnectionStream::write(const char* data, std::size_t size) {
   if (aborted_) return -1;
-  if (!head_sent_ && held_.empty() && IsFinalHead({data, size})) {
+  if (!headSent_ && held_.empty() && IsFinalHead({data, size})) {
     held_.assign(data, size);
     return static_cast<ssize_t>(size);
   }
   if (held_.empty()) return SendAll(data, size) ? static_cast<ssize_t>(size) : -1;
   const std::size_t head = held_.size();
-  const std::size_t with_it = std::min(size, kBlock);
-  held_.append(data, with_it);
-  const bool sent = SendHeld(head) && SendAll(data + with_it, size - with_it);
+  const std::size_t withIt = std::min(size, block);
+  held_.append(data, withIt);
+  const bool sent = SendHeld(head) && SendAll(data + withIt, size - withIt);
   return sent ? static_cast<ssize_t>(size) : -1;
 }
 
@@ -247,10 +247,10 @@ std::size_t ConnectionStream::SendSome(const char* data, std::size_t size) {
   while (sent < size && !aborted_) {
     std::size_t count = 0;
     const Moved moved = transport_->Send(data + sent, size - sent, count);
-    if (moved == Moved::kDone) {
+    if (moved == Moved::Done) {
       sent += count;
       if (waited_.count() > 0) taken_ += count;
-    } else if (moved == Moved::kEnd || !WaitForClient(EventsOf(moved))) {
+    } else if (moved == Moved::End || !WaitForClient(EventsOf(moved))) {
       break;
     }
   }
@@ -258,13 +258,13 @@ std::size_t ConnectionStream::SendSome(const char* data, std::size_t size) {
 }
 
 void ConnectionStream::get_remote_ip_and_port(std::string& ip, int& port) const {
-  ip = remote_address_;
-  port = remote_port_;
+  ip = remoteAddress_;
+  port = remotePort_;
 }
 
 void ConnectionStream::get_local_ip_and_port(std::string& ip, int& port) const {
-  ip = local_address_;
-  port = local_port_;
+  ip = localAddress_;
+  port = localPort_;
 }
 
 /// Takes one block of what has arrived.
@@ -274,35 +274,35 @@ Moved ConnectionStream::ReadAhead() {
     begin_ = 0;
   }
   const std::size_t size = buffer_.size();
-  buffer_.resize(size + kBlock);
+  buffer_.resize(size + block);
   std::size_t count = 0;
-  const Moved moved = transport_->Receive(buffer_.data() + size, kBlock, count);
-  buffer_.resize(size + (moved == Moved::kDone ? count : 0));
+  const Moved moved = transport_->Receive(buffer_.data() + size, block, count);
+  buffer_.resize(size + (moved == Moved::Done ? count : 0));
   return moved;
 }
 
 /// How long a client may still take for the next bytes of a body. One that sends next to nothing would keep a
 /// thread for days.
 int ConnectionStream::MillisecondsForBody() const {
-  const auto passed = std::chrono::steady_clock::now() - body_begin_;
-  const auto granted = body_time_ + std::chrono::milliseconds(body_read_ * 1000 / 1024);
+  const auto passed = std::chrono::steady_clock::now() - bodyBegin_;
+  const auto granted = bodyTime_ + std::chrono::milliseconds(bodyRead_ * 1000 / 1024);
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(granted - passed).count();
-  return static_cast<int>(std::clamp<std::int64_t>(left, 0, kReadMilliseconds));
+  return static_cast<int>(std::clamp<std::int64_t>(left, 0, readMilliseconds));
 }
 
 /// Waits for a block of a body. @return false at the end of the connection, and for a slow client
 bool ConnectionStream::FillWaiting() {
   for (;;) {
     const Moved moved = ReadAhead();
-    if (moved == Moved::kDone) return true;
-    if (moved == Moved::kEnd || aborted_ || !WaitFor(EventsOf(moved), MillisecondsForBody())) return false;
+    if (moved == Moved::Done) return true;
+    if (moved == Moved::End || aborted_ || !WaitFor(EventsOf(moved), MillisecondsForBody())) return false;
   }
 }
 
 /// Waits until a client takes more of its answer. The waits are counted together: one that takes a few bytes now and
 /// then would keep a thread for days. What the server itself takes its time for doesn't count.
 bool ConnectionStream::WaitForClient(short events) {
-  const auto granted = answer_time_ + std::chrono::milliseconds(taken_ * 1000 / kAnswerBytesInASecond);
+  const auto granted = answerTime_ + std::chrono::milliseconds(taken_ * 1000 / answerBytesInASecond);
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(granted - waited_).count();
   if (left <= 0) return false;
   const auto begin = std::chrono::steady_clock::now();
@@ -322,16 +322,16 @@ bool ConnectionStream::WaitFor(short events, int milliseconds) const {
 }
 
 /// The HTTP library sends each header block in one write. "100 Continue" is one too, and the answer is still
-/// to come behind it.
+/// to come after it.
 void ConnectionStream::Account(const char* data, std::size_t size) {
-  if (head_sent_) {
-    body_bytes_ += size;
+  if (headSent_) {
+    bodyBytes_ += size;
     return;
   }
   const int status = StatusOf({data, size});
   if (status == 0) return;
   status_ = status;
-  head_sent_ = status_ >= 200;
+  headSent_ = status_ >= 200;
 }
 
 }  // namespace vantry_sim

@@ -14,32 +14,32 @@
 
 namespace vantry_sim {
 
-/// One client's connection, for as long as it stands: what the HTTP library reads from and writes to. It
+/// One client's connection, for as long as it is open: what the HTTP library reads from and writes to. It
 /// collects the head of a request without waiting, keeps bytes that were read ahead from one request to the
 /// next, and counts what was really sent. For one thread at a time; Abort, ShutdownReading and ShutdownBoth
 /// may come from any other.
 class ConnectionStream final : public httplib::Stream {
  public:
   /// @param number that no other connection has
-  /// @param body_time that a body has, beside a second for each KiB that came of it
-  /// @param answer_time that a client keeps an answer waiting, beside a second for each 64 KiB of it
+  /// @param bodyTime that a body has, beside a second for each KiB that came of it
+  /// @param answerTime that a client keeps an answer waiting, beside a second for each 64 KiB of it
   ConnectionStream(std::unique_ptr<Transport> transport, std::uint64_t number,
-                   std::chrono::milliseconds body_time, std::chrono::milliseconds answer_time);
+                   std::chrono::milliseconds bodyTime, std::chrono::milliseconds answerTime);
   ConnectionStream(const ConnectionStream&) = delete;
   ConnectionStream& operator=(const ConnectionStream&) = delete;
   ~ConnectionStream() override;
 
   /// How far a connection is on its way to the next request.
   enum class Arrival {
-    kNothing,  ///< no byte of it is there yet
-    kPart,     ///< its head has begun and has no end yet
-    kHead,     ///< its head is there
-    kTooLong,  ///< more of a head was sent than is read
-    kClosed,   ///< the client has closed, or the connection was shut down
+    Nothing,  ///< no byte of it is there yet
+    Part,     ///< its head has begun and has no end yet
+    Head,     ///< its head is there
+    TooLong,  ///< more of a head was sent than is read
+    Closed,   ///< the client has closed, or the connection was shut down
   };
 
   /// Takes what has arrived of the next request's head, without waiting. @param[out] wait what to wait for
-  /// before the next call, for kNothing and kPart
+  /// before the next call, for Nothing and Part
   Arrival Collect(Moved& wait);
 
   /// Waits for bytes of the next request. @return false when none came within the time
@@ -51,10 +51,10 @@ class ConnectionStream final : public httplib::Stream {
   void EndOfHead();
   /// The status that was sent in this exchange, 0 for none yet.
   [[nodiscard]] int status() const { return status_; }
-  /// Bytes sent behind the header block in this exchange.
-  [[nodiscard]] std::uint64_t body_bytes() const { return body_bytes_; }
+  /// Bytes sent after the header block in this exchange.
+  [[nodiscard]] std::uint64_t bodyBytes() const { return bodyBytes_; }
   /// Whether any byte of the exchange's request was read.
-  [[nodiscard]] bool read_any() const { return read_any_; }
+  [[nodiscard]] bool readAny() const { return readAny_; }
   /// Gives memory back while nothing is on its way.
   void ReleaseMemory();
 
@@ -80,10 +80,10 @@ class ConnectionStream final : public httplib::Stream {
 
   /// A number that no other connection of its gate has.
   [[nodiscard]] std::uint64_t number() const { return number_; }
-  [[nodiscard]] const std::string& remote_address() const { return remote_address_; }
-  [[nodiscard]] int remote_port() const { return remote_port_; }
+  [[nodiscard]] const std::string& remoteAddress() const { return remoteAddress_; }
+  [[nodiscard]] int remotePort() const { return remotePort_; }
   /// Of this machine's addresses the one that the client has connected to.
-  [[nodiscard]] const std::string& local_address() const { return local_address_; }
+  [[nodiscard]] const std::string& localAddress() const { return localAddress_; }
   [[nodiscard]] Transport& transport() { return *transport_; }
 
   bool is_readable() const override;
@@ -108,24 +108,24 @@ class ConnectionStream final : public httplib::Stream {
 
   std::unique_ptr<Transport> transport_;
   std::uint64_t number_;
-  std::chrono::milliseconds body_time_;
-  std::chrono::milliseconds answer_time_;
-  std::chrono::steady_clock::time_point body_begin_;
-  std::uint64_t body_read_ = 0;  ///< bytes of the request's body
-  std::string remote_address_;
-  int remote_port_ = 0;
-  std::string local_address_;
-  int local_port_ = 0;
+  std::chrono::milliseconds bodyTime_;
+  std::chrono::milliseconds answerTime_;
+  std::chrono::steady_clock::time_point bodyBegin_;
+  std::uint64_t bodyRead_ = 0;  ///< bytes of the request's body
+  std::string remoteAddress_;
+  int remotePort_ = 0;
+  std::string localAddress_;
+  int localPort_ = 0;
   std::string buffer_;  ///< read ahead; what lies before `begin_` was handed on
   std::size_t begin_ = 0;
-  std::size_t looked_through_ = 0;  ///< bytes of the next head that have no end in them
-  std::size_t head_left_ = 0;       ///< bytes of the head that were not handed on yet
-  bool in_head_ = true;
-  bool read_any_ = false;
-  bool head_sent_ = false;
+  std::size_t lookedThrough_ = 0;  ///< bytes of the next head that have no end in them
+  std::size_t headLeft_ = 0;       ///< bytes of the head that were not handed on yet
+  bool inHead_ = true;
+  bool readAny_ = false;
+  bool headSent_ = false;
   std::string held_;  ///< head of an answer that was not sent yet
   int status_ = 0;
-  std::uint64_t body_bytes_ = 0;
+  std::uint64_t bodyBytes_ = 0;
   std::chrono::steady_clock::duration waited_{};  ///< for the client to take the exchange's answer
   std::uint64_t taken_ = 0;  ///< bytes that went out after a first wait: before it the system takes them
   std::atomic<bool> aborted_ = false;

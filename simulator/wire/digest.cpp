@@ -14,7 +14,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::int64_t kFreshSeconds = 300;
+constexpr std::int64_t freshSeconds = 300;
 
 std::string Hexadecimal(const unsigned char* bytes, unsigned size) {
   std::string text;
@@ -75,11 +75,11 @@ std::optional<std::string> TakeValue(std::string_view& text) {
 }  // namespace
 
 std::string_view WordOf(DigestAlgorithm algorithm) {
-  return algorithm == DigestAlgorithm::kMd5 ? "MD5" : "SHA-256";
+  return algorithm == DigestAlgorithm::Md5 ? "MD5" : "SHA-256";
 }
 
 std::string Hash(DigestAlgorithm algorithm, std::string_view text) {
-  const EVP_MD* function = algorithm == DigestAlgorithm::kMd5 ? EVP_md5() : EVP_sha256();
+  const EVP_MD* function = algorithm == DigestAlgorithm::Md5 ? EVP_md5() : EVP_sha256();
   std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
   unsigned size = 0;
   if (EVP_Digest(text.data(), text.size(), bytes.data(), &size, function, nullptr) != 1)
@@ -129,9 +129,9 @@ DigestNonces::Age DigestNonces::Judge(std::string_view nonce) const {
   std::int64_t seconds = 0;
   const auto [end, code] = std::from_chars(time.data(), time.data() + time.size(), seconds);
   if (dash == std::string_view::npos || code != std::errc() || end != time.data() + time.size())
-    return Age::kUnknown;
-  if (nonce.substr(dash + 1) != Proof(time)) return Age::kUnknown;
-  return Seconds() - seconds <= kFreshSeconds ? Age::kFresh : Age::kStale;
+    return Age::Unknown;
+  if (nonce.substr(dash + 1) != Proof(time)) return Age::Unknown;
+  return Seconds() - seconds <= freshSeconds ? Age::Fresh : Age::Stale;
 }
 
 std::string DigestNonces::Proof(std::string_view time) const {

@@ -9,7 +9,7 @@
 namespace vantry_sim {
 
 /// The hash functions that HTTP Digest asks for.
-enum class DigestAlgorithm { kSha256, kMd5 };
+enum class DigestAlgorithm { Sha256, Md5 };
 
 /// The word of an algorithm, as the header has it.
 std::string_view WordOf(DigestAlgorithm algorithm);
@@ -31,7 +31,7 @@ class DigestNonces {
  public:
   DigestNonces();
   [[nodiscard]] std::string Make() const;
-  enum class Age { kFresh, kStale, kUnknown };
+  enum class Age { Fresh, Stale, Unknown };
   /// How old a nonce is; unknown for one that was not made here.
   [[nodiscard]] Age Judge(std::string_view nonce) const;
 

@@ -26,13 +26,13 @@ std::optional<std::uint64_t> FaultTable::Add(std::string_view text, std::string*
   if (!rule) return std::nullopt;
   const std::lock_guard lock(mutex_);
   Entry entry;
-  entry.id = ++last_id_;
+  entry.id = ++lastId_;
   entry.text = text;
   entry.random = rule->seed;
   entry.rule = std::move(*rule);
   entries_.push_back(std::move(entry));
   empty_ = false;
-  return last_id_;
+  return lastId_;
 }
 
 bool FaultTable::Remove(std::uint64_t id) {

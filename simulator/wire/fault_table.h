@@ -50,8 +50,8 @@ class FaultTable {
   [[nodiscard]] std::optional<FaultEntry> Find(std::uint64_t id) const;
 
   /// The first rule that meets the request. Every rule up to it that fits counts a match; one that lets a
-  /// match pass, since it comes after others or by chance, leaves it to the rules behind.
-  /// @param target path and query as they stand on the request line.
+  /// match pass, since it comes after others or by chance, leaves it to the rules after it.
+  /// @param target path and query as they are on the request line.
   std::optional<Fault> Take(std::string_view method, std::string_view target);
 
  private:
@@ -68,7 +68,7 @@ class FaultTable {
 
   mutable std::mutex mutex_;
   std::atomic<bool> empty_ = true;
-  std::uint64_t last_id_ = 0;
+  std::uint64_t lastId_ = 0;
   std::vector<Entry> entries_;
 };
 

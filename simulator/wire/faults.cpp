@@ -9,32 +9,32 @@ namespace {
 
 using Kind = FaultAction::Kind;
 
-constexpr const char* kForm =
+constexpr const char* form =
     "\"METHOD PATTERN=[after:N,][chance:PERCENT[:SEED],]ACTION[*COUNT]\", where ACTION is "
     "STATUS|stall[:BYTES]|cut:BYTES|chunked-cut:BYTES|drop|lost-answer|slow:BYTES_PER_SECOND|"
     "delay:MILLISECONDS|status:NNN:BODY|corrupt|redirect:URL|expire-session";
 
-constexpr std::uint64_t kLongestDelay = 3'600'000;
-constexpr std::size_t kLongestRule = 64 * 1024;
+constexpr std::uint64_t longestDelay = 3'600'000;
+constexpr std::size_t longestRule = 64 * 1024;
 
-/// An action that is one word, and maybe a number behind a colon.
+/// An action that is one word, and maybe a number after a colon.
 struct ActionWord {
   std::string_view word;
   Kind kind;
-  bool bare;    ///< may stand without a number
+  bool bare;    ///< may come without a number
   bool number;  ///< may have one
 };
 
-constexpr std::array<ActionWord, 9> kWords{{
-    {"stall", Kind::kStall, true, true},
-    {"cut", Kind::kCut, false, true},
-    {"chunked-cut", Kind::kChunkedCut, false, true},
-    {"drop", Kind::kDrop, true, false},
-    {"lost-answer", Kind::kLostAnswer, true, false},
-    {"slow", Kind::kSlow, false, true},
-    {"delay", Kind::kDelay, false, true},
-    {"corrupt", Kind::kCorrupt, true, false},
-    {"expire-session", Kind::kExpireSession, true, false},
+constexpr std::array<ActionWord, 9> words{{
+    {"stall", Kind::Stall, true, true},
+    {"cut", Kind::Cut, false, true},
+    {"chunked-cut", Kind::ChunkedCut, false, true},
+    {"drop", Kind::Drop, true, false},
+    {"lost-answer", Kind::LostAnswer, true, false},
+    {"slow", Kind::Slow, false, true},
+    {"delay", Kind::Delay, false, true},
+    {"corrupt", Kind::Corrupt, true, false},
+    {"expire-session", Kind::ExpireSession, true, false},
 }};
 
 std::optional<std::uint64_t> NumberOf(std::string_view text) {
@@ -59,15 +59,15 @@ bool IsHeaderText(std::string_view text) {
 }
 
 std::optional<FaultAction> PlainAction(std::string_view text) {
-  if (const auto status = StatusOf(text)) return FaultAction{Kind::kStatus, *status, std::nullopt, {}};
+  if (const auto status = StatusOf(text)) return FaultAction{Kind::Status, *status, std::nullopt, {}};
   const auto colon = text.find(':');
   const bool bare = colon == std::string_view::npos;
-  for (const ActionWord& known : kWords) {
+  for (const ActionWord& known : words) {
     if (known.word != text.substr(0, colon) || !(bare ? known.bare : known.number)) continue;
     if (bare) return FaultAction{known.kind, 0, std::nullopt, {}};
     const auto number = NumberOf(text.substr(colon + 1));
-    if (!number || (known.kind == Kind::kSlow && *number == 0) ||
-        (known.kind == Kind::kDelay && *number > kLongestDelay)) {
+    if (!number || (known.kind == Kind::Slow && *number == 0) ||
+        (known.kind == Kind::Delay && *number > longestDelay)) {
       return std::nullopt;
     }
     return FaultAction{known.kind, 0, number, {}};
@@ -80,7 +80,7 @@ std::optional<FaultAction> ActionWithText(std::string_view text) {
   if (text.starts_with("redirect:")) {
     text.remove_prefix(9);
     if (!IsHeaderText(text)) return std::nullopt;
-    return FaultAction{Kind::kRedirect, 302, std::nullopt, std::string(text)};
+    return FaultAction{Kind::Redirect, 302, std::nullopt, std::string(text)};
   }
   if (!text.starts_with("status:")) return std::nullopt;
   text.remove_prefix(7);
@@ -88,7 +88,7 @@ std::optional<FaultAction> ActionWithText(std::string_view text) {
   if (colon == std::string_view::npos) return std::nullopt;
   const auto status = StatusOf(text.substr(0, colon));
   if (!status) return std::nullopt;
-  return FaultAction{Kind::kStatus, *status, std::nullopt, std::string(text.substr(colon + 1))};
+  return FaultAction{Kind::Status, *status, std::nullopt, std::string(text.substr(colon + 1))};
 }
 
 /// Takes `WORD` and what follows it up to the next comma off the front.
@@ -105,13 +105,13 @@ std::optional<std::string_view> TakeModifier(std::string_view& text, std::string
 const char* TakeModifiers(std::string_view& text, FaultRule& rule) {
   if (const auto value = TakeModifier(text, "after:")) {
     const auto number = NumberOf(*value);
-    if (!number) return "no number behind after:";
+    if (!number) return "no number follows after:";
     rule.after = *number;
   }
   if (const auto value = TakeModifier(text, "chance:")) {
     const auto colon = value->find(':');
     const auto percent = NumberOf(value->substr(0, colon));
-    if (!percent || *percent < 1 || *percent > 100) return "no percentage from 1 to 100 behind chance:";
+    if (!percent || *percent < 1 || *percent > 100) return "no percentage from 1 to 100 follows chance:";
     rule.percent = static_cast<unsigned>(*percent);
     if (colon != std::string_view::npos) {
       const auto seed = NumberOf(value->substr(colon + 1));
@@ -122,27 +122,27 @@ const char* TakeModifiers(std::string_view& text, FaultRule& rule) {
   return nullptr;
 }
 
-/// Reads everything behind the "=". @param with_text whether the action is one with a text of its own
+/// Reads everything after the "=". @param withText whether the action is one with a text of its own
 /// @return what is wrong with it; null for nothing
-const char* ReadEffect(std::string_view text, bool with_text, FaultRule& rule) {
+const char* ReadEffect(std::string_view text, bool withText, FaultRule& rule) {
   if (const char* problem = TakeModifiers(text, rule)) return problem;
-  if (with_text && !text.starts_with("status:") && !text.starts_with("redirect:")) return "unknown action";
+  if (withText && !text.starts_with("status:") && !text.starts_with("redirect:")) return "unknown action";
   if (const auto star = text.rfind('*'); star != std::string_view::npos) {
     const auto count = NumberOf(text.substr(star + 1));
     // A text of its own may hold a star that counts nothing.
-    if ((!count || *count == 0) && !with_text) return "no count above zero";
+    if ((!count || *count == 0) && !withText) return "no count above zero";
     if (count && *count > 0) {
       rule.count = count;
       text = text.substr(0, star);
     }
   }
-  auto action = with_text ? ActionWithText(text) : PlainAction(text);
+  auto action = withText ? ActionWithText(text) : PlainAction(text);
   if (!action) return "unknown action";
   rule.action = std::move(*action);
   return nullptr;
 }
 
-/// Where the "=" stands that parts pattern and action, and the action behind it.
+/// Where the "=" is that parts pattern and action, and the action after it.
 const char* SplitAtEquals(std::string_view text, std::size_t from, std::size_t& equals, FaultRule& rule) {
   for (auto at = text.find('=', from); at != std::string_view::npos; at = text.find('=', at + 1)) {
     FaultRule attempt = rule;
@@ -152,7 +152,7 @@ const char* SplitAtEquals(std::string_view text, std::size_t from, std::size_t& 
     return nullptr;
   }
   equals = text.rfind('=');
-  if (equals == std::string_view::npos || equals < from) return "no \"=\" behind the pattern";
+  if (equals == std::string_view::npos || equals < from) return "no \"=\" after the pattern";
   return ReadEffect(text.substr(equals + 1), false, rule);
 }
 
@@ -166,9 +166,9 @@ bool IsMethod(std::string_view text) {
 
 /// @return what is wrong with the text; null for nothing
 const char* ReadRule(std::string_view text, FaultRule& rule) {
-  if (text.size() > kLongestRule) return "too long a text";
+  if (text.size() > longestRule) return "too long a text";
   const auto blank = text.find(' ');
-  if (blank == std::string_view::npos) return "no blank behind the method";
+  if (blank == std::string_view::npos) return "no blank after the method";
   rule.method = text.substr(0, blank);
   if (!IsMethod(rule.method)) return "no method in capitals";
   std::size_t equals = 0;
@@ -185,7 +185,7 @@ std::optional<FaultRule> ParseFaultRule(std::string_view text, std::string* erro
   FaultRule rule;
   const char* problem = ReadRule(text, rule);
   if (problem == nullptr) return rule;
-  *error = std::string(problem) + " in \"" + std::string(text.substr(0, 200)) + "\"; the form is " + kForm;
+  *error = std::string(problem) + " in \"" + std::string(text.substr(0, 200)) + "\"; the form is " + form;
   return std::nullopt;
 }
 

@@ -10,22 +10,22 @@ namespace vantry_sim {
 /// What goes wrong with an answer.
 struct FaultAction {
   enum class Kind {
-    kStatus,      ///< answer with `status` and `text`, or a JSON reason for an empty one, whatever was asked
-    kStall,       ///< after `amount` bytes of the body (none: before the status line) send nothing more, stay
-                  ///< connected
-    kCut,         ///< announce the whole length, send `amount` bytes of the body, close the connection
-    kChunkedCut,  ///< send the body in chunks, close the connection after `amount` bytes and before the last
-                  ///< chunk
-    kDrop,        ///< close the connection without a single byte of an answer; nothing is carried out
-    kLostAnswer,  ///< carry out what was asked, then close the connection without a byte
-    kSlow,        ///< send the body at `amount` bytes a second
-    kDelay,       ///< wait `amount` milliseconds, then go on as ever
-    kCorrupt,     ///< send the body with one bit of its middle byte turned over
-    kRedirect,    ///< send the client to `text`
-    kExpireSession,  ///< end the session that the request came with, or the nonce where there are none, then
-                     ///< go on
+    Status,      ///< answer with `status` and `text`, or a JSON reason for an empty one, whatever was asked
+    Stall,       ///< after `amount` bytes of the body (none: before the status line) send nothing more, stay
+                 ///< connected
+    Cut,         ///< announce the whole length, send `amount` bytes of the body, close the connection
+    ChunkedCut,  ///< send the body in chunks, close the connection after `amount` bytes and before the last
+                 ///< chunk
+    Drop,        ///< close the connection without a single byte of an answer; nothing is carried out
+    LostAnswer,  ///< carry out what was asked, then close the connection without a byte
+    Slow,        ///< send the body at `amount` bytes a second
+    Delay,       ///< wait `amount` milliseconds, then go on as ever
+    Corrupt,     ///< send the body with one bit of its middle byte turned over
+    Redirect,    ///< send the client to `text`
+    ExpireSession,  ///< end the session that the request came with, or the nonce where there are none, then
+                    ///< go on
   };
-  Kind kind = Kind::kStatus;
+  Kind kind = Kind::Status;
   int status = 0;
   std::optional<std::uint64_t> amount;
   std::string text;
@@ -46,11 +46,11 @@ struct FaultRule {
 ///
 ///     METHOD PATTERN=[after:N,][chance:PERCENT[:SEED],]ACTION[*COUNT]
 ///
-/// METHOD is an HTTP method or "*". PATTERN is compared with the whole target, path and query, as it stands
+/// METHOD is an HTTP method or "*". PATTERN is compared with the whole target, path and query, as it is
 /// on the request line; only "*" is special in it, and it stands for any run of characters, "/" included. A
 /// pattern that begins with neither "/" nor "*" gets a "/" in front. The last "=" parts pattern and action,
 /// so a pattern may hold "="; but where an action has a text of its own, `status:NNN:BODY` or `redirect:URL`,
-/// it is the first "=" that such an action comes behind. ACTION is a status from 200 to 599, `stall`,
+/// it is the first "=" that such an action comes after. ACTION is a status from 200 to 599, `stall`,
 /// `stall:BYTES`, `cut:BYTES`, `chunked-cut:BYTES`, `drop`, `lost-answer`, `slow:BYTES_PER_SECOND`,
 /// `delay:MILLISECONDS`, `status:NNN:BODY`, `corrupt`, `redirect:URL` or `expire-session`.
 /// @param[out] error what is wrong with the text, when nothing is returned.

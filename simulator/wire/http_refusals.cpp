@@ -15,7 +15,7 @@ struct Reason {
   const char* message;
 };
 
-constexpr Reason kReasons[] = {
+constexpr Reason reasons[] = {
     {408, "Request Timeout", "head-too-slow", "the head of the request took too long"},
     {431, "Request Header Fields Too Large", "head-too-long", "the head of the request has no end in sight"},
     {503, "Service Unavailable", "too-many-connections", "the server has no room for another connection"},
@@ -24,11 +24,11 @@ constexpr Reason kReasons[] = {
 }  // namespace
 
 void SendRefusal(ConnectionStream& stream, int status) {
-  for (const Reason& reason : kReasons) {
+  for (const Reason& reason : reasons) {
     if (reason.status != status) continue;
     const Response refusal = ErrorResponse(status, reason.code, reason.message);
     stream.SendWithoutWaiting("HTTP/1.1 " + std::to_string(status) + " " + reason.phrase +
-                              "\r\nConnection: close\r\nContent-Type: " + refusal.content_type +
+                              "\r\nConnection: close\r\nContent-Type: " + refusal.contentType +
                               "\r\nContent-Length: " + std::to_string(refusal.body.size()) + "\r\n\r\n" +
                               refusal.body);
   }
@@ -45,7 +45,7 @@ void GiveReason(const httplib::Request& request, httplib::Response& response) {
   if (response.status == 416) reason = "no such range";
   if (response.status >= 500) reason = "the server failed";
   const Response refusal = ErrorResponse(response.status, "refused", reason);
-  response.set_content(refusal.body, refusal.content_type);
+  response.set_content(refusal.body, refusal.contentType);
 }
 
 }  // namespace vantry_sim

@@ -20,14 +20,14 @@ namespace {
 using Kind = FaultAction::Kind;
 
 /// The HTTP library tells both in a header of its answers; the gate keeps connections its own way.
-constexpr int kKeepAliveSeconds = 300;
-constexpr std::size_t kKeepAliveRequests = 1'000'000'000;
+constexpr int keepAliveSeconds = 300;
+constexpr std::size_t keepAliveRequests = 1'000'000'000;
 /// The most of a body that is kept in memory.
-constexpr std::uint64_t kMostBodyInMemory = 16 * 1024 * 1024;
+constexpr std::uint64_t mostBodyInMemory = 16 * 1024 * 1024;
 
 /// A multipart body reaches the routes as it was sent: under this name the HTTP library doesn't know its type
 /// and leaves it alone.
-constexpr const char* kBodyType = "X-Vantry-Sim-Body-Type";
+constexpr const char* bodyType = "X-Vantry-Sim-Body-Type";
 
 bool HasBody(const httplib::Request& request) {
   return request.has_header("Transfer-Encoding") ||
@@ -50,7 +50,7 @@ std::string OriginOf(const RequestHead& head) {
 
 /// The answer that a fault puts in the place of any other.
 Response FaultAnswer(const FaultAction& fault) {
-  if (fault.kind == Kind::kRedirect) {
+  if (fault.kind == Kind::Redirect) {
     Response response = ErrorResponse(fault.status, "fault", "this answer was asked for by a fault");
     response.headers.emplace_back("Location", fault.text);
     return response;
@@ -58,7 +58,7 @@ Response FaultAnswer(const FaultAction& fault) {
   Response response = ErrorResponse(fault.status, "fault", "this answer was asked for by a fault");
   if (!fault.text.empty()) {
     const bool json = fault.text.starts_with('{') || fault.text.starts_with('[');
-    response.content_type = json ? "application/json;charset=UTF-8" : "text/plain;charset=UTF-8";
+    response.contentType = json ? "application/json;charset=UTF-8" : "text/plain;charset=UTF-8";
     response.body = fault.text;
   }
   if (fault.status == 401) response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"vantry-sim\"");
@@ -70,10 +70,10 @@ void ApplyRange(const Request& request, Response& response) {
   if (!response.file || response.status != 200 || request.range.empty()) return;
   const std::uint64_t size = response.file->size;
   const RangeWish wish = ReadRange(request.range, size);
-  if (wish.kind == RangeWish::Kind::kUnsatisfiable) {
+  if (wish.kind == RangeWish::Kind::Unsatisfiable) {
     response = ErrorResponse(416, "no-such-range", "the content has no such bytes");
     response.headers.emplace_back("Content-Range", "bytes */" + std::to_string(size));
-  } else if (wish.kind == RangeWish::Kind::kPart) {
+  } else if (wish.kind == RangeWish::Kind::Part) {
     response.status = 206;
     response.file->first = wish.part.first;
     response.file->size = wish.part.size;
@@ -87,13 +87,13 @@ void ApplyRange(const Request& request, Response& response) {
 
 std::string_view WordOf(Door door) {
   switch (door) {
-    case Door::kMain:
+    case Door::Main:
       return "main";
-    case Door::kPages:
+    case Door::Pages:
       return "pages";
-    case Door::kUploads:
+    case Door::Uploads:
       return "uploads";
-    case Door::kAdmin:
+    case Door::Admin:
       break;
   }
   return "admin";
@@ -115,7 +115,7 @@ class HttpServer::Implementation final : public httplib::Server {
     Exchange exchange;
     std::uint64_t remembered = 0;  ///< id in the history
     std::uint64_t fault = 0;       ///< id of the rule that met it
-    bool close_after = false;
+    bool closeAfter = false;
   };
   using Produce = std::function<vantry_sim::Response(vantry_sim::Request&)>;
   /// The client's address and port, and the address of this machine. A port of a client may be connected to
@@ -159,10 +159,10 @@ HttpServer::Implementation::Implementation(const ServerParts& parts, Door door)
   // The HTTP library breaks long answers off where it has no listening socket. The gate listens in its place,
   // and the number of the socket is used for nothing else.
   svr_sock_ = 0;
-  set_keep_alive_timeout(kKeepAliveSeconds);
-  set_keep_alive_max_count(kKeepAliveRequests);
-  const auto limit = simulator_.options().max_upload_bytes;
-  if (limit && door_ != Door::kAdmin) set_payload_max_length(*limit);
+  set_keep_alive_timeout(keepAliveSeconds);
+  set_keep_alive_max_count(keepAliveRequests);
+  const auto limit = simulator_.options().maxUploadBytes;
+  if (limit && door_ != Door::Admin) set_payload_max_length(*limit);
   SetHandlers();
 }
 
@@ -171,33 +171,33 @@ void HttpServer::Implementation::SetHandlers() {
     // Requests with a body go on to the handlers below, which read it first.
     if (TakesBody(request.method)) return HandlerResponse::Unhandled;
     Answer(request, response, [this](vantry_sim::Request& own) {
-      if (door_ == Door::kAdmin) return admin_->Handle(own);
-      if (door_ != Door::kUploads) return simulator_.Handle(own);
+      if (door_ == Door::Admin) return admin_->Handle(own);
+      if (door_ != Door::Uploads) return simulator_.Handle(own);
       return ErrorResponse(404, "no-such-route", "this port takes uploads alone");
     });
     return HandlerResponse::Handled;
   });
-  const auto with_body = [this](const httplib::Request& request, httplib::Response& response,
-                                const httplib::ContentReader& reader) {
-    if (door_ == Door::kUploads) {
+  const auto withBody = [this](const httplib::Request& request, httplib::Response& response,
+                               const httplib::ContentReader& reader) {
+    if (door_ == Door::Uploads) {
       AnswerUpload(request, response, reader);
     } else {
       AnswerWithBody(request, response, reader);
     }
   };
   const char* any = "[\\s\\S]*";
-  Post(any, with_body);
-  Put(any, with_body);
-  Patch(any, with_body);
-  Delete(any, with_body);
+  Post(any, withBody);
+  Put(any, withBody);
+  Patch(any, withBody);
+  Delete(any, withBody);
   set_error_handler(Handler(GiveReason));
 }
 
 bool HttpServer::Implementation::ServeOne(ConnectionStream& stream) {
   Ongoing ongoing(stream);
-  const Ends ends{stream.remote_address(), stream.remote_port(), stream.local_address()};
+  const Ends ends{stream.remoteAddress(), stream.remotePort(), stream.localAddress()};
   ongoing.exchange.start = std::chrono::system_clock::now();
-  ongoing.exchange.remote_port = stream.remote_port();
+  ongoing.exchange.remotePort = stream.remotePort();
   ongoing.head = stream.BeginExchange();
   Remember(ongoing);
   {
@@ -205,23 +205,23 @@ bool HttpServer::Implementation::ServeOne(ConnectionStream& stream) {
     ongoing_[ends] = &ongoing;
   }
   const auto begin = std::chrono::steady_clock::now();
-  bool closed_by_client = false;
-  const bool served = process_request(stream, false, closed_by_client,
+  bool closedByClient = false;
+  const bool served = process_request(stream, false, closedByClient,
                                       [&](httplib::Request& request) { PrepareRequest(request, ongoing); });
   // An answer without a body has only its head. One that breaks off gives its head away with what it had.
   const bool flushed = stream.aborted() || stream.Flush();
   const bool lost = ongoing.exchange.method.empty();
-  if (stream.read_any()) Finish(ongoing, std::chrono::steady_clock::now() - begin);
+  if (stream.readAny()) Finish(ongoing, std::chrono::steady_clock::now() - begin);
   const std::lock_guard lock(mutex_);
   ongoing_.erase(ends);
-  return served && flushed && !closed_by_client && !lost && !ongoing.close_after;
+  return served && flushed && !closedByClient && !lost && !ongoing.closeAfter;
 }
 
 void HttpServer::Implementation::Remember(Ongoing& ongoing) {
-  if (door_ == Door::kAdmin) return;
+  if (door_ == Door::Admin) return;
   RememberedRequest request;
   request.door = WordOf(door_);
-  request.client = ongoing.stream.remote_address() + ":" + std::to_string(ongoing.stream.remote_port());
+  request.client = ongoing.stream.remoteAddress() + ":" + std::to_string(ongoing.stream.remotePort());
   request.connection = ongoing.stream.number();
   request.method = ongoing.head.method;
   request.target = ShownTarget(ongoing.head.target);
@@ -232,11 +232,11 @@ void HttpServer::Implementation::Remember(Ongoing& ongoing) {
 }
 
 void HttpServer::Implementation::Finish(Ongoing& ongoing, std::chrono::steady_clock::duration duration) {
-  if (door_ == Door::kAdmin) return;
+  if (door_ == Door::Admin) return;
   Exchange& exchange = ongoing.exchange;
   exchange.duration = std::chrono::duration_cast<std::chrono::microseconds>(duration);
   exchange.status = ongoing.stream.status();
-  exchange.body_bytes = ongoing.stream.body_bytes();
+  exchange.bodyBytes = ongoing.stream.bodyBytes();
   simulator_.history().Finish(ongoing.remembered, exchange, ongoing.fault);
   log_.Write(exchange);
 }
@@ -244,12 +244,12 @@ void HttpServer::Implementation::Finish(Ongoing& ongoing, std::chrono::steady_cl
 /// Answers a head that is not served.
 void HttpServer::Implementation::Refuse(ConnectionStream& stream, int status) {
   SendRefusal(stream, status);
-  if (door_ == Door::kAdmin) return;
+  if (door_ == Door::Admin) return;
   Exchange exchange;
   exchange.start = std::chrono::system_clock::now();
-  exchange.remote_port = stream.remote_port();
+  exchange.remotePort = stream.remotePort();
   exchange.status = stream.status();
-  exchange.body_bytes = stream.body_bytes();
+  exchange.bodyBytes = stream.bodyBytes();
   log_.Write(exchange);
 }
 
@@ -262,19 +262,19 @@ void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Ongoi
       simulator_.UserOf({request.method, request.target, ongoing.head.Header("Authorization")});
   if (!TakesBody(request.method)) {
     // The HTTP library leaves such a body unread, and it would be taken for the next request.
-    if (HasBody(request)) ongoing.close_after = true;
+    if (HasBody(request)) ongoing.closeAfter = true;
   } else {
     const bool chunked = request.has_header("Transfer-Encoding");
-    if (chunked && request.has_header("Content-Length")) ongoing.close_after = true;
+    if (chunked && request.has_header("Content-Length")) ongoing.closeAfter = true;
     // Without either header the HTTP library would read until the client closes.
     if (!chunked && !request.has_header("Content-Length")) request.set_header("Content-Length", "0");
     if (request.is_multipart_form_data()) {
       const std::string type = request.get_header_value("Content-Type");
       request.headers.erase("Content-Type");
-      request.set_header(kBodyType, type);
+      request.set_header(bodyType, type);
     }
   }
-  if (ongoing.close_after) {
+  if (ongoing.closeAfter) {
     request.headers.erase("Connection");
     request.set_header("Connection", "close");
   }
@@ -283,9 +283,9 @@ void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Ongoi
 void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request, httplib::Response& response,
                                                 const httplib::ContentReader& reader) {
   const std::uint64_t limit =
-      door_ == Door::kAdmin
-          ? kMostBodyInMemory
-          : std::min(simulator_.options().max_upload_bytes.value_or(kMostBodyInMemory), kMostBodyInMemory);
+      door_ == Door::Admin
+          ? mostBodyInMemory
+          : std::min(simulator_.options().maxUploadBytes.value_or(mostBodyInMemory), mostBodyInMemory);
   std::string body;
   BodyMemory::Share share(&bodies_, request.remote_addr);
   const BodyOutcome outcome = ReadBody(reader, limit, response.status, [&](std::string_view piece) {
@@ -294,12 +294,12 @@ void HttpServer::Implementation::AnswerWithBody(const httplib::Request& request,
     return true;
   });
   if (RefuseBody(request, response, outcome)) return;
-  if (const Ongoing* ongoing = Find(request); ongoing != nullptr && door_ != Door::kAdmin) {
+  if (const Ongoing* ongoing = Find(request); ongoing != nullptr && door_ != Door::Admin) {
     simulator_.history().ShowBody(ongoing->remembered, request.get_header_value("Content-Type"), body);
   }
   Answer(request, response, [&](vantry_sim::Request& own) {
     own.body = std::move(body);
-    return door_ == Door::kAdmin ? admin_->Handle(own) : simulator_.Handle(own);
+    return door_ == Door::Admin ? admin_->Handle(own) : simulator_.Handle(own);
   });
 }
 
@@ -313,7 +313,7 @@ void HttpServer::Implementation::AnswerUpload(const httplib::Request& request, h
   vantry_sim::Response refusal;
   const auto upload = simulator_.BeginUpload(own, refusal);
   const std::uint64_t limit =
-      simulator_.options().max_upload_bytes.value_or(std::numeric_limits<std::uint64_t>::max());
+      simulator_.options().maxUploadBytes.value_or(std::numeric_limits<std::uint64_t>::max());
   std::uint64_t size = 0;
   // What was refused is still read: a client that sends listens only when it has sent all.
   const BodyOutcome outcome = ReadBody(reader, limit, response.status, [&](std::string_view piece) {
@@ -331,19 +331,19 @@ void HttpServer::Implementation::AnswerUpload(const httplib::Request& request, h
 /// Answers for a body that wasn't read whole. @return false for one that was
 bool HttpServer::Implementation::RefuseBody(const httplib::Request& request, httplib::Response& response,
                                             const BodyOutcome& outcome) {
-  if (outcome.complete && !outcome.too_large) return false;
-  if (Ongoing* ongoing = Find(request); ongoing != nullptr && !outcome.at_its_end) {
-    ongoing->close_after = true;
+  if (outcome.complete && !outcome.tooLarge) return false;
+  if (Ongoing* ongoing = Find(request); ongoing != nullptr && !outcome.atItsEnd) {
+    ongoing->closeAfter = true;
     response.set_header("Connection", "close");
   }
   vantry_sim::Response refusal =
-      outcome.too_large ? ErrorResponse(413, "too-large", "the body is longer than this server takes")
-                        : ErrorResponse(400, "broken-body", "the body ended before its announced end");
-  if (outcome.no_room)
+      outcome.tooLarge ? ErrorResponse(413, "too-large", "the body is longer than this server takes")
+                       : ErrorResponse(400, "broken-body", "the body ended before its announced end");
+  if (outcome.noRoom)
     refusal =
         ErrorResponse(503, "no-room", "the bodies that come now are as long as this server takes together");
   response.status = refusal.status;
-  response.set_content(refusal.body, refusal.content_type);
+  response.set_content(refusal.body, refusal.contentType);
   return true;
 }
 
@@ -357,7 +357,7 @@ vantry_sim::Request HttpServer::Implementation::OwnRequest(const httplib::Reques
   own.origin = OriginOf(ongoing.head);
   own.prefer = request.get_header_value("Prefer");
   own.nonce = request.get_header_value("X-Zvk-Nonce");
-  own.content_type = request.get_header_value(request.has_header(kBodyType) ? kBodyType : "Content-Type");
+  own.contentType = request.get_header_value(request.has_header(bodyType) ? bodyType : "Content-Type");
   // A part can only be joined to what the client has when the server says what it is a part of, and this one
   // gives contents no name to compare.
   if (request.method == "GET" && !request.has_header("If-Range")) own.range = ongoing.head.Header("Range");
@@ -374,15 +374,15 @@ void HttpServer::Implementation::Answer(const httplib::Request& request, httplib
     response.status = 500;
     return;
   }
-  if (door_ == Door::kAdmin) {
+  if (door_ == Door::Admin) {
     vantry_sim::Request own = OwnRequest(request, *ongoing);
     Fill(response, produce(own), *ongoing, std::nullopt);
     return;
   }
   const auto fault = simulator_.faults().Take(request.method, request.target);
   if (fault) ongoing->fault = fault->rule;
-  const std::chrono::milliseconds latency(simulator_.options().latency_milliseconds);
-  if (latency.count() > 0 && !stop_.Sleep(latency)) ongoing->close_after = true;
+  const std::chrono::milliseconds latency(simulator_.options().latencyMilliseconds);
+  if (latency.count() > 0 && !stop_.Sleep(latency)) ongoing->closeAfter = true;
   if (fault && MetByFault(request, response, *ongoing, fault->action)) return;
 
   if (!TakesBody(request.method) && HasBody(request)) {
@@ -391,9 +391,9 @@ void HttpServer::Implementation::Answer(const httplib::Request& request, httplib
     return;
   }
   vantry_sim::Request own = OwnRequest(request, *ongoing);
-  if (fault && fault->action.kind == Kind::kExpireSession) simulator_.ExpireSession(own);
+  if (fault && fault->action.kind == Kind::ExpireSession) simulator_.ExpireSession(own);
   vantry_sim::Response answer = produce(own);
-  if (fault && fault->action.kind == Kind::kLostAnswer) {
+  if (fault && fault->action.kind == Kind::LostAnswer) {
     ongoing->stream.Abort();
     return;
   }
@@ -406,20 +406,20 @@ bool HttpServer::Implementation::MetByFault(const httplib::Request& request, htt
                                             Ongoing& ongoing, const FaultAction& fault) {
   static_cast<void>(request);
   switch (fault.kind) {
-    case Kind::kStatus:
-    case Kind::kRedirect:
+    case Kind::Status:
+    case Kind::Redirect:
       Fill(response, FaultAnswer(fault), ongoing, std::nullopt);
       return true;
-    case Kind::kStall:
+    case Kind::Stall:
       if (fault.amount) return false;
       ongoing.stream.WaitForClose();
       ongoing.stream.Abort();
       return true;
-    case Kind::kDrop:
+    case Kind::Drop:
       ongoing.stream.Abort();
       return true;
-    case Kind::kDelay:
-      if (!stop_.Sleep(std::chrono::milliseconds(fault.amount.value_or(0)))) ongoing.close_after = true;
+    case Kind::Delay:
+      if (!stop_.Sleep(std::chrono::milliseconds(fault.amount.value_or(0)))) ongoing.closeAfter = true;
       return false;
     default:
       return false;
@@ -444,7 +444,7 @@ HttpServer::Implementation::Ongoing* HttpServer::Implementation::Find(const http
 
 HttpServer::HttpServer(const ServerParts& parts, Door door)
     : implementation_(std::make_unique<Implementation>(parts, door)),
-      tls_(door == Door::kAdmin ? nullptr : parts.tls) {}
+      tls_(door == Door::Admin ? nullptr : parts.tls) {}
 
 HttpServer::~HttpServer() = default;
 

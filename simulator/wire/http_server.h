@@ -15,10 +15,10 @@ namespace vantry_sim {
 
 /// What a port is for.
 enum class Door {
-  kMain,     ///< the address that clients are told
-  kPages,    ///< where lists go on, when they don't go on at the main one; answers all that the main one does
-  kUploads,  ///< where the bytes of documents go; takes nothing else
-  kAdmin,    ///< where the server is controlled; without users, faults, latency, log and history
+  Main,     ///< the address that clients are told
+  Pages,    ///< where lists go on, when they don't go on at the main one; answers all that the main one does
+  Uploads,  ///< where the bytes of documents go; takes nothing else
+  Admin,    ///< where the server is controlled; without users, faults, latency, log and history
 };
 
 /// The word of a door: "main", "pages", "uploads" or "admin".

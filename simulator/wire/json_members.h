@@ -23,7 +23,7 @@ class JsonMembers {
   JsonValue Object(const char* name, bool required = false);
   JsonValue Array(const char* name, bool required = false);
 
-  /// Whether the member stands there at all.
+  /// Whether the member is there at all.
   [[nodiscard]] bool Has(const char* name) const;
 
  private:

@@ -9,13 +9,13 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::size_t kLongestText = 0x7FFFFFFF;
+constexpr std::size_t longestText = 0x7FFFFFFF;
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-/// Reads one text from front to back. The containers that are open stand in a list of their own, so that
+/// Reads one text from front to back. The containers that are open are in a list of their own, so that
 /// depth costs no stack.
 class Reader {
  public:
@@ -23,14 +23,14 @@ class Reader {
       : text_(text), store_(store), deepest_(deepest) {}
 
   bool Read() {
-    bool expect_value = true;
+    bool expectValue = true;
     for (;;) {
       SkipBlanks();
-      if (expect_value ? !ReadValue(expect_value) : !CloseOrGoOn(expect_value)) return false;
-      if (!expect_value && open_.empty()) break;
+      if (expectValue ? !ReadValue(expectValue) : !CloseOrGoOn(expectValue)) return false;
+      if (!expectValue && open_.empty()) break;
     }
     SkipBlanks();
-    return at_ == text_.size() || Fail("there is more behind the end");
+    return at_ == text_.size() || Fail("there is more after the end");
   }
 
   [[nodiscard]] std::uint32_t line() const { return line_; }
@@ -39,7 +39,7 @@ class Reader {
  private:
   struct Open {
     std::uint32_t index;
-    std::uint32_t last_child;
+    std::uint32_t lastChild;
   };
 
   bool Fail(const char* reason) {
@@ -57,23 +57,23 @@ class Reader {
 
   [[nodiscard]] char Peek() const { return at_ < text_.size() ? text_[at_] : '\0'; }
 
-  /// Reads a value, with the name in front of it inside an object. @param[out] expect_value whether another
-  /// value comes next, which is so behind an opened container that isn't empty
-  bool ReadValue(bool& expect_value) {
+  /// Reads a value, with the name in front of it inside an object. @param[out] expectValue whether another
+  /// value comes next, which is so after an opened container that isn't empty
+  bool ReadValue(bool& expectValue) {
     std::pair<std::uint32_t, std::uint32_t> name{0, 0};
-    if (!open_.empty() && store_.nodes[open_.back().index].kind == JsonKind::kObject && !ReadName(name)) {
+    if (!open_.empty() && store_.nodes[open_.back().index].kind == JsonKind::Object && !ReadName(name)) {
       return false;
     }
-    if (store_.nodes.size() >= kMostJsonValues) return Fail("it has too many values");
+    if (store_.nodes.size() >= mostJsonValues) return Fail("it has too many values");
     const auto index = static_cast<std::uint32_t>(store_.nodes.size());
     JsonStore::Node& node = store_.nodes.emplace_back();
     node.line = line_;
-    node.name_at = name.first;
-    node.name_size = name.second;
+    node.nameAt = name.first;
+    node.nameSize = name.second;
     Attach(index);
-    expect_value = false;
+    expectValue = false;
     const char c = Peek();
-    if (c == '{' || c == '[') return OpenContainer(index, c == '{', expect_value);
+    if (c == '{' || c == '[') return OpenContainer(index, c == '{', expectValue);
     return ReadScalar(index, c);
   }
 
@@ -81,14 +81,14 @@ class Reader {
     if (open_.empty()) return;
     Open& parent = open_.back();
     JsonStore::Node& node = store_.nodes[parent.index];
-    (parent.last_child == 0 ? node.first : store_.nodes[parent.last_child].next) = index;
-    parent.last_child = index;
+    (parent.lastChild == 0 ? node.first : store_.nodes[parent.lastChild].next) = index;
+    parent.lastChild = index;
     ++node.count;
   }
 
-  bool OpenContainer(std::uint32_t index, bool object, bool& expect_value) {
+  bool OpenContainer(std::uint32_t index, bool object, bool& expectValue) {
     ++at_;
-    store_.nodes[index].kind = object ? JsonKind::kObject : JsonKind::kArray;
+    store_.nodes[index].kind = object ? JsonKind::Object : JsonKind::Array;
     SkipBlanks();
     if (Peek() == (object ? '}' : ']')) {
       ++at_;
@@ -96,17 +96,17 @@ class Reader {
     }
     if (open_.size() >= deepest_) return Fail("it is nested too deeply");
     open_.push_back({index, 0});
-    expect_value = true;
+    expectValue = true;
     return true;
   }
 
   /// Behind a value inside a container: its end, or a comma and then another value.
-  bool CloseOrGoOn(bool& expect_value) {
-    const bool object = store_.nodes[open_.back().index].kind == JsonKind::kObject;
+  bool CloseOrGoOn(bool& expectValue) {
+    const bool object = store_.nodes[open_.back().index].kind == JsonKind::Object;
     const char c = Peek();
     if (c == ',') {
       ++at_;
-      expect_value = true;
+      expectValue = true;
       return true;
     }
     if (c != (object ? '}' : ']')) return Fail(object ? "a , or } is missing" : "a , or ] is missing");
@@ -119,7 +119,7 @@ class Reader {
     if (Peek() != '"') return Fail("the name of a member is missing");
     if (!ReadText(name)) return false;
     SkipBlanks();
-    if (Peek() != ':') return Fail("a : is missing behind the name of a member");
+    if (Peek() != ':') return Fail("a : is missing after the name of a member");
     ++at_;
     SkipBlanks();
     return true;
@@ -129,20 +129,20 @@ class Reader {
     JsonStore::Node& node = store_.nodes[index];
     std::pair<std::uint32_t, std::uint32_t> place{0, 0};
     if (c == '"') {
-      node.kind = JsonKind::kText;
+      node.kind = JsonKind::Text;
       if (!ReadText(place)) return false;
     } else if (c == '-' || IsDigit(c)) {
-      node.kind = JsonKind::kNumber;
+      node.kind = JsonKind::Number;
       if (!ReadNumber(place)) return false;
     } else if (c == 't' || c == 'f') {
-      node.kind = JsonKind::kBoolean;
+      node.kind = JsonKind::Boolean;
       node.boolean = c == 't';
       return ReadWord(c == 't' ? "true" : "false");
     } else {
       return ReadWord("null");
     }
-    node.text_at = place.first;
-    node.text_size = place.second;
+    node.textAt = place.first;
+    node.textSize = place.second;
     return true;
   }
 
@@ -162,7 +162,7 @@ class Reader {
     }
     if (Peek() == '.') {
       ++at_;
-      if (!SkipDigits()) return Fail("a number has no digit behind its point");
+      if (!SkipDigits()) return Fail("a number has no digit after its point");
     }
     if (Peek() == 'e' || Peek() == 'E') {
       ++at_;
@@ -180,7 +180,7 @@ class Reader {
     return at_ > begin;
   }
 
-  /// A text in quotes, decoded behind the texts before it.
+  /// A text in quotes, decoded after the texts before it.
   bool ReadText(std::pair<std::uint32_t, std::uint32_t>& place) {
     const std::size_t begin = store_.texts.size();
     for (++at_; at_ < text_.size();) {
@@ -190,7 +190,7 @@ class Reader {
         place = {static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(store_.texts.size() - begin)};
         return true;
       }
-      if (static_cast<unsigned char>(c) < 0x20) return Fail("a control character stands in a text");
+      if (static_cast<unsigned char>(c) < 0x20) return Fail("a control character is in a text");
       if (c == '\\') {
         if (!ReadEscape()) return false;
         continue;
@@ -204,14 +204,14 @@ class Reader {
   }
 
   bool ReadEscape() {
-    constexpr std::string_view kLetters = "\"\\/bfnrt";
-    constexpr std::string_view kMeanings = "\"\\/\b\f\n\r\t";
+    constexpr std::string_view letters = "\"\\/bfnrt";
+    constexpr std::string_view meanings = "\"\\/\b\f\n\r\t";
     ++at_;
     const char c = Peek();
     if (c == 'u') return ReadCodePoint();
-    const auto found = kLetters.find(c);
+    const auto found = letters.find(c);
     if (at_ >= text_.size() || found == std::string_view::npos) return Fail("an escape is unknown");
-    store_.texts += kMeanings[found];
+    store_.texts += meanings[found];
     ++at_;
     return true;
   }
@@ -219,25 +219,25 @@ class Reader {
   bool ReadCodePoint() {
     std::uint32_t code = 0;
     if (!ReadHexadecimal(code)) return false;
-    if (code >= 0xDC00 && code <= 0xDFFF) return Fail("half of a surrogate pair stands alone");
+    if (code >= 0xDC00 && code <= 0xDFFF) return Fail("half of a surrogate pair is alone");
     if (code >= 0xD800 && code <= 0xDBFF) {
       std::uint32_t low = 0;
-      if (text_.substr(at_, 2) != "\\u") return Fail("half of a surrogate pair stands alone");
+      if (text_.substr(at_, 2) != "\\u") return Fail("half of a surrogate pair is alone");
       ++at_;
       if (!ReadHexadecimal(low)) return false;
-      if (low < 0xDC00 || low > 0xDFFF) return Fail("half of a surrogate pair stands alone");
+      if (low < 0xDC00 || low > 0xDFFF) return Fail("half of a surrogate pair is alone");
       code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
     }
     AppendUtf8(store_.texts, code);
     return true;
   }
 
-  /// The four digits behind the "u" that the position is at.
+  /// The four digits after the "u" that the position is at.
   bool ReadHexadecimal(std::uint32_t& code) {
     const std::string_view digits = text_.substr(at_ + 1, 4);
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), code, 16);
     if (digits.size() < 4 || error != std::errc() || end != digits.data() + 4) {
-      return Fail("\\u has no four hexadecimal digits behind it");
+      return Fail("\\u has no four hexadecimal digits after it");
     }
     at_ += 5;
     return true;
@@ -272,12 +272,12 @@ JsonValue JsonValue::Find(std::string_view name) const {
 
 std::string_view JsonValue::Name() const {
   if (store_ == nullptr) return {};
-  return std::string_view(store_->texts).substr(node().name_at, node().name_size);
+  return std::string_view(store_->texts).substr(node().nameAt, node().nameSize);
 }
 
 std::optional<JsonDocument> ReadJson(std::string_view text, JsonProblem* problem, std::size_t deepest) {
   auto store = std::make_unique<JsonStore>();
-  if (text.size() > kLongestText) {
+  if (text.size() > longestText) {
     if (problem != nullptr) *problem = {1, "it is longer than 2 GiB"};
     return std::nullopt;
   }

@@ -29,12 +29,12 @@ struct JsonProblem {
 };
 
 /// The most values of one text; beyond it the memory for a hostile body would be a multiple of the body.
-inline constexpr std::size_t kMostJsonValues = 4'000'000;
+inline constexpr std::size_t mostJsonValues = 4'000'000;
 
 /// Reads a JSON text (RFC 8259) in UTF-8, up to 2 GiB of it. Depth costs no stack. A number is kept as it
 /// was written, so none is too large. A half of a surrogate pair and a byte that is no UTF-8 are problems.
 /// @param deepest most containers inside one another
 std::optional<JsonDocument> ReadJson(std::string_view text, JsonProblem* problem = nullptr,
-                                     std::size_t deepest = kMostJsonValues);
+                                     std::size_t deepest = mostJsonValues);
 
 }  // namespace vantry_sim

@@ -9,18 +9,18 @@
 
 namespace vantry_sim {
 
-enum class JsonKind : std::uint8_t { kMissing, kNull, kBoolean, kNumber, kText, kArray, kObject };
+enum class JsonKind : std::uint8_t { Missing, Null, Boolean, Number, Text, Array, Object };
 
 /// The values of one JSON text, flat: a text of any depth costs no stack, neither here nor when it goes.
 struct JsonStore {
   struct Node {
-    JsonKind kind = JsonKind::kNull;
+    JsonKind kind = JsonKind::Null;
     bool boolean = false;
     std::uint32_t line = 0;
-    std::uint32_t name_at = 0;  ///< of a member, in `texts`
-    std::uint32_t name_size = 0;
-    std::uint32_t text_at = 0;  ///< of a text, and of a number as it was written
-    std::uint32_t text_size = 0;
+    std::uint32_t nameAt = 0;  ///< of a member, in `texts`
+    std::uint32_t nameSize = 0;
+    std::uint32_t textAt = 0;  ///< of a text, and of a number as it was written
+    std::uint32_t textSize = 0;
     std::uint32_t first = 0;  ///< index of the first child; 0: none, since the root is nobody's child
     std::uint32_t next = 0;   ///< index of the next sibling; 0: none
     std::uint32_t count = 0;  ///< children
@@ -30,20 +30,20 @@ struct JsonStore {
 };
 
 /// One value of a JSON text, as a handle that is cheap to copy. Lives as long as its document. A handle of
-/// kind kMissing answers every question with nothing.
+/// kind Missing answers every question with nothing.
 class JsonValue {
  public:
   JsonValue() = default;
   JsonValue(const JsonStore* store, std::uint32_t index) : store_(store), index_(index) {}
 
-  [[nodiscard]] JsonKind Kind() const { return store_ == nullptr ? JsonKind::kMissing : node().kind; }
-  [[nodiscard]] bool IsMissing() const { return Kind() == JsonKind::kMissing; }
-  [[nodiscard]] bool IsNull() const { return Kind() == JsonKind::kNull; }
-  [[nodiscard]] bool IsBoolean() const { return Kind() == JsonKind::kBoolean; }
-  [[nodiscard]] bool IsNumber() const { return Kind() == JsonKind::kNumber; }
-  [[nodiscard]] bool IsText() const { return Kind() == JsonKind::kText; }
-  [[nodiscard]] bool IsArray() const { return Kind() == JsonKind::kArray; }
-  [[nodiscard]] bool IsObject() const { return Kind() == JsonKind::kObject; }
+  [[nodiscard]] JsonKind Kind() const { return store_ == nullptr ? JsonKind::Missing : node().kind; }
+  [[nodiscard]] bool IsMissing() const { return Kind() == JsonKind::Missing; }
+  [[nodiscard]] bool IsNull() const { return Kind() == JsonKind::Null; }
+  [[nodiscard]] bool IsBoolean() const { return Kind() == JsonKind::Boolean; }
+  [[nodiscard]] bool IsNumber() const { return Kind() == JsonKind::Number; }
+  [[nodiscard]] bool IsText() const { return Kind() == JsonKind::Text; }
+  [[nodiscard]] bool IsArray() const { return Kind() == JsonKind::Array; }
+  [[nodiscard]] bool IsObject() const { return Kind() == JsonKind::Object; }
 
   [[nodiscard]] bool Boolean() const { return IsBoolean() && node().boolean; }
 
@@ -89,7 +89,7 @@ class JsonValue {
  private:
   [[nodiscard]] const JsonStore::Node& node() const { return store_->nodes[index_]; }
   [[nodiscard]] std::string_view Written() const {
-    return std::string_view(store_->texts).substr(node().text_at, node().text_size);
+    return std::string_view(store_->texts).substr(node().textAt, node().textSize);
   }
 
   const JsonStore* store_ = nullptr;

@@ -9,7 +9,7 @@ namespace vantry_sim {
 namespace {
 
 /// Connections that wait until they are taken, of which a burst may bring many.
-constexpr int kBacklog = 4096;
+constexpr int backlog = 4096;
 
 int PortOf(int socket) {
   sockaddr_storage address{};
@@ -26,7 +26,7 @@ int TryToListen(const addrinfo& candidate) {
   // A port that was in use a moment ago can be taken again, but never one that another server has.
   const int on = 1;
   setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-  if (bind(socket, candidate.ai_addr, candidate.ai_addrlen) == 0 && listen(socket, kBacklog) == 0)
+  if (bind(socket, candidate.ai_addr, candidate.ai_addrlen) == 0 && listen(socket, backlog) == 0)
     return socket;
   close(socket);
   return -1;

@@ -12,9 +12,9 @@ std::optional<std::string> Request::Query(std::string_view name) const {
 }
 
 const std::string& Request::Path(std::string_view name) const {
-  static const std::string kNone;
-  const auto found = path_parameters.find(name);
-  return found == path_parameters.end() ? kNone : found->second;
+  static const std::string None;
+  const auto found = pathParameters.find(name);
+  return found == pathParameters.end() ? None : found->second;
 }
 
 Response ErrorResponse(int status, std::string_view code, std::string_view message) {

@@ -17,21 +17,21 @@ namespace vantry_sim {
 /// A request as the route handlers see it: checked, decoded, and free of the HTTP library.
 struct Request {
   std::string method;         ///< "HEAD" arrives as "GET"
-  std::string target;         ///< as it stands on the request line
-  std::string path;           ///< behind the prefix, as it stands on the request line, with "/" in front
+  std::string target;         ///< as it is on the request line
+  std::string path;           ///< after the prefix, as it is on the request line, with "/" in front
   std::string client;         ///< the address that it came from
   std::string host;           ///< the Host header, unchecked; may be empty
   std::string origin;         ///< the Origin header; may be empty
-  std::string user;           ///< who asks; never empty behind the authentication
+  std::string user;           ///< who asks; never empty after the authentication
   std::string prefer;         ///< the Prefer header; may be empty
   std::string nonce;          ///< the X-Zvk-Nonce header; may be empty
-  std::string content_type;   ///< the Content-Type header; may be empty
+  std::string contentType;    ///< the Content-Type header; may be empty
   std::string range;          ///< the Range header; may be empty
   std::string cookies;        ///< the Cookie header; may be empty
   std::string authorization;  ///< the Authorization header; may be empty
-  std::string session_nonce;  ///< of the session that it is in; empty on a server without sessions
+  std::string sessionNonce;   ///< of the session that it is in; empty on a server without sessions
   QueryParameters query;      ///< decoded
-  std::map<std::string, std::string, std::less<>> path_parameters;  ///< decoded; what the route's braces took
+  std::map<std::string, std::string, std::less<>> pathParameters;  ///< decoded; what the route's braces took
   std::vector<std::string> tail;  ///< decoded segments that an open end of the route took
   std::string body;
 
@@ -50,12 +50,12 @@ struct FileBody {
 };
 
 /// A body up to this size is cheaper to copy than to share, and to be sent piece by piece.
-inline constexpr std::size_t kShortBody = 64 * 1024;
+inline constexpr std::size_t shortBody = 64 * 1024;
 
 /// An answer.
 struct Response {
   int status = 200;
-  std::string content_type = "application/json;charset=UTF-8";
+  std::string contentType = "application/json;charset=UTF-8";
   std::string body;
   std::shared_ptr<const std::string> shared;  ///< in place of `body`, for one that several answers have
   std::optional<FileBody> file;               ///< in place of `body`

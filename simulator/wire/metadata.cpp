@@ -6,7 +6,7 @@ namespace {
 /// A schema as it is put together: entity types first, its own version at the end.
 class Schema {
  public:
-  explicit Schema(std::string_view name_space) {
+  explicit Schema(std::string_view nameSpace) {
     text_ =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
         "<edmx:Edmx xmlns:edmx=\"http://docs.oasis-open.org/odata/ns/edmx\" Version=\"4.0\">\n"
@@ -16,14 +16,14 @@ class Schema {
         "  </edmx:Reference>\n"
         "  <edmx:DataServices>\n"
         "    <Schema xmlns=\"http://docs.oasis-open.org/odata/ns/edm\" Namespace=\"";
-    text_.append(name_space).append("\">\n");
+    text_.append(nameSpace).append("\">\n");
   }
 
-  Schema& Entity(std::string_view name, std::string_view base_type) {
+  Schema& Entity(std::string_view name, std::string_view baseType) {
     text_.append("      <EntityType Name=\"").append(name);
-    if (!base_type.empty()) text_.append("\" BaseType=\"").append(base_type);
+    if (!baseType.empty()) text_.append("\" BaseType=\"").append(baseType);
     text_.append("\">\n");
-    if (base_type.empty()) text_ += "        <Key>\n          <PropertyRef Name=\"ID\"/>\n        </Key>\n";
+    if (baseType.empty()) text_ += "        <Key>\n          <PropertyRef Name=\"ID\"/>\n        </Key>\n";
     return *this;
   }
 
@@ -90,8 +90,8 @@ std::string DataAdmin(int version) {
   return schema.End(version);
 }
 
-void DocumentProperties(Schema& schema, std::string_view name_property) {
-  schema.Property("ID").Property(name_property).Property("Name").Property("Number").Property("Version");
+void DocumentProperties(Schema& schema, std::string_view nameProperty) {
+  schema.Property("ID").Property(nameProperty).Property("Name").Property("Number").Property("Version");
   schema.Property("CheckOutStatus").Property("LastModified", "Edm.DateTimeOffset");
 }
 
@@ -118,8 +118,8 @@ std::string CadDocumentMgmt(int version) {
 }
 
 int DataAdminVersion(Generation generation) {
-  if (generation == Generation::kSchema5) return 5;
-  return generation == Generation::kSchema4 ? 4 : 1;
+  if (generation == Generation::Schema5) return 5;
+  return generation == Generation::Schema4 ? 4 : 1;
 }
 
 }  // namespace
@@ -130,7 +130,7 @@ std::vector<ODataService> ServicesOf(Generation generation) {
       {"ZVK", "Common", "Tokens and questions about the server itself", 0},
       {"DataAdmin", "Data Administration", "Containers and folders", DataAdminVersion(generation)},
       {"DynamicDocMgmt", "Dynamic Document Management", "Dynamic documents and their versions",
-       generation == Generation::kSchema1 ? 1 : 2},
+       generation == Generation::Schema1 ? 1 : 2},
       {"CADDocumentMgmt", "CAD Document Management", "CAD documents and their versions", 1},
   };
   if (HasVisualization(generation)) {
@@ -142,7 +142,7 @@ std::vector<ODataService> ServicesOf(Generation generation) {
 bool OffersVersion(Generation generation, std::string_view service, std::string_view digits) {
   if (digits.size() != 1 || digits[0] < '1' || digits[0] > '9') return false;
   for (const ODataService& known : ServicesOf(generation)) {
-    if (known.id == service) return digits[0] - '0' <= known.schema_version;
+    if (known.id == service) return digits[0] - '0' <= known.schemaVersion;
   }
   return false;
 }
@@ -150,10 +150,10 @@ bool OffersVersion(Generation generation, std::string_view service, std::string_
 std::optional<std::string> MetadataDocument(Generation generation, std::string_view service,
                                             bool translation) {
   for (const ODataService& known : ServicesOf(generation)) {
-    if (known.id != service || known.schema_version == 0) continue;
-    if (service == "DataAdmin") return DataAdmin(known.schema_version);
-    if (service == "DynamicDocMgmt") return DynamicDocMgmt(known.schema_version, translation);
-    if (service == "CADDocumentMgmt") return CadDocumentMgmt(known.schema_version);
+    if (known.id != service || known.schemaVersion == 0) continue;
+    if (service == "DataAdmin") return DataAdmin(known.schemaVersion);
+    if (service == "DynamicDocMgmt") return DynamicDocMgmt(known.schemaVersion, translation);
+    if (service == "CADDocumentMgmt") return CadDocumentMgmt(known.schemaVersion);
   }
   return std::nullopt;
 }

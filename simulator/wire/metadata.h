@@ -14,7 +14,7 @@ struct ODataService {
   std::string_view id;           ///< as in paths, e.g. "DataAdmin"
   std::string_view name;         ///< for people
   std::string_view description;  ///< for people
-  int schema_version;            ///< 0: the service has no schema of its own to fetch
+  int schemaVersion;             ///< 0: the service has no schema of its own to fetch
 };
 
 /// The OData services of a generation; none for the gateway.

@@ -6,11 +6,11 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kLineEnd = "\r\n";
-constexpr std::string_view kHeadEnd = "\r\n\r\n";
-constexpr std::size_t kLongestBoundary = 70;
-/// Blanks that may stand behind a boundary.
-constexpr std::size_t kMostPadding = 256;
+constexpr std::string_view lineEnd = "\r\n";
+constexpr std::string_view headEnd = "\r\n\r\n";
+constexpr std::size_t longestBoundary = 70;
+/// Blanks that may follow a boundary.
+constexpr std::size_t mostPadding = 256;
 
 char Lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -29,10 +29,10 @@ std::string_view Trimmed(std::string_view text) {
 }
 
 /// The value of a parameter such as `name="x"`, which begins at the parameter's name.
-std::string QuotedValue(std::string_view text, bool to_the_last_quote) {
+std::string QuotedValue(std::string_view text, bool toTheLastQuote) {
   const auto open = text.find('"');
   if (open == std::string_view::npos) return {};
-  const auto close = to_the_last_quote ? text.rfind('"') : text.find('"', open + 1);
+  const auto close = toTheLastQuote ? text.rfind('"') : text.find('"', open + 1);
   if (close == std::string_view::npos || close == open) return {};
   return std::string(text.substr(open + 1, close - open - 1));
 }
@@ -44,41 +44,41 @@ void ReadDisposition(std::string_view value, PartHead& head) {
     head.name = QuotedValue(front.substr(name), false);
   }
   // Senders are known to write a local file's name as it is, with the quotes that it may hold.
-  if (file != std::string_view::npos) head.file_name = QuotedValue(value.substr(file), true);
+  if (file != std::string_view::npos) head.fileName = QuotedValue(value.substr(file), true);
 }
 
 }  // namespace
 
 MultipartReader::MultipartReader(std::string_view boundary, PartSink& sink)
-    : delimiter_(std::string("\r\n--").append(boundary)), sink_(sink), pending_(kLineEnd) {
+    : delimiter_(std::string("\r\n--").append(boundary)), sink_(sink), pending_(lineEnd) {
   // The line end in `pending_` stands for the one that a body without a preamble doesn't begin with.
   if (boundary.empty()) Break("the boundary is empty");
 }
 
 bool MultipartReader::Feed(std::string_view bytes) {
-  if (state_ == State::kBroken) return false;
-  if (state_ == State::kEpilogue) return true;
+  if (state_ == State::Broken) return false;
+  if (state_ == State::Epilogue) return true;
   pending_.append(bytes);
   while (Step()) {
   }
-  return state_ != State::kBroken;
+  return state_ != State::Broken;
 }
 
 /// Reads what it can. @return false when more bytes are needed or nothing is left to do
 bool MultipartReader::Step() {
   switch (state_) {
-    case State::kPreamble:
+    case State::Preamble:
       return ReadToBoundary(false);
-    case State::kBoundaryEnd:
+    case State::BoundaryEnd:
       return ReadBoundaryEnd();
-    case State::kHead:
+    case State::Head:
       return ReadHead();
-    case State::kBytes:
+    case State::Bytes:
       return ReadToBoundary(true);
-    case State::kEpilogue:
+    case State::Epilogue:
       pending_.clear();
       return false;
-    case State::kBroken:
+    case State::Broken:
       return false;
   }
   return false;
@@ -95,40 +95,40 @@ bool MultipartReader::ReadToBoundary(bool keep) {
   pending_.erase(0, found ? certain + delimiter_.size() : certain);
   if (!found) return false;
   if (keep && !sink_.EndPart()) return Refused();
-  state_ = State::kBoundaryEnd;
+  state_ = State::BoundaryEnd;
   return true;
 }
 
 bool MultipartReader::ReadBoundaryEnd() {
   if (pending_.size() < 2) return false;
   if (pending_.starts_with("--")) {
-    state_ = State::kEpilogue;
+    state_ = State::Epilogue;
     return true;
   }
   const auto end = pending_.find_first_not_of(" \t");
-  if (end > kMostPadding && pending_.size() > kMostPadding) return Break("a boundary line has no end");
+  if (end > mostPadding && pending_.size() > mostPadding) return Break("a boundary line has no end");
   if (end == std::string::npos || pending_.size() < end + 2) return false;
-  if (pending_.compare(end, 2, kLineEnd) != 0) return Break("a boundary line goes on behind the boundary");
-  if (++parts_ > kMostParts) return Break("the body has too many parts");
+  if (pending_.compare(end, 2, lineEnd) != 0) return Break("a boundary line goes on after the boundary");
+  if (++parts_ > mostParts) return Break("the body has too many parts");
   // The line end stays: with the one in front of it, a part without any head ends at once.
   pending_.erase(0, end);
-  state_ = State::kHead;
+  state_ = State::Head;
   return true;
 }
 
 bool MultipartReader::ReadHead() {
-  const auto end = pending_.find(kHeadEnd);
-  if (end == std::string::npos ? pending_.size() > kMostHeadBytes : end > kMostHeadBytes) {
+  const auto end = pending_.find(headEnd);
+  if (end == std::string::npos ? pending_.size() > mostHeadBytes : end > mostHeadBytes) {
     return Break("the head of a part is too long");
   }
   if (end == std::string::npos) return false;
   PartHead head;
-  if (!ParsePartHead(std::string_view(pending_).substr(0, end + kLineEnd.size()), head)) {
+  if (!ParsePartHead(std::string_view(pending_).substr(0, end + lineEnd.size()), head)) {
     return Break("the head of a part cannot be read");
   }
-  pending_.erase(0, end + kHeadEnd.size());
+  pending_.erase(0, end + headEnd.size());
   if (!sink_.BeginPart(head)) return Refused();
-  state_ = State::kBytes;
+  state_ = State::Bytes;
   return true;
 }
 
@@ -138,18 +138,18 @@ bool MultipartReader::Break(std::string problem) {
 }
 
 bool MultipartReader::Refused() {
-  state_ = State::kBroken;
+  state_ = State::Broken;
   pending_.clear();
   return false;
 }
 
-std::string BoundaryOf(std::string_view content_type) {
-  constexpr std::string_view kType = "multipart/form-data";
-  constexpr std::string_view kParameter = "boundary=";
-  if (Lower(content_type.substr(0, kType.size())) != kType) return {};
-  const auto at = Lower(content_type).find(kParameter);
+std::string BoundaryOf(std::string_view contentType) {
+  constexpr std::string_view formType = "multipart/form-data";
+  constexpr std::string_view parameter = "boundary=";
+  if (Lower(contentType.substr(0, formType.size())) != formType) return {};
+  const auto at = Lower(contentType).find(parameter);
   if (at == std::string::npos) return {};
-  std::string_view value = content_type.substr(at + kParameter.size());
+  std::string_view value = contentType.substr(at + parameter.size());
   if (value.starts_with('"')) {
     value.remove_prefix(1);
     if (value.find('"') == std::string_view::npos) return {};
@@ -157,15 +157,15 @@ std::string BoundaryOf(std::string_view content_type) {
   } else {
     value = value.substr(0, value.find_first_of("; \t"));
   }
-  if (value.size() > kLongestBoundary || value.find_first_of("\r\n") != std::string_view::npos) return {};
+  if (value.size() > longestBoundary || value.find_first_of("\r\n") != std::string_view::npos) return {};
   return std::string(value);
 }
 
 bool ParsePartHead(std::string_view lines, PartHead& head) {
   while (!lines.empty()) {
-    const auto end = lines.find(kLineEnd);
+    const auto end = lines.find(lineEnd);
     const std::string_view line = lines.substr(0, end);
-    lines.remove_prefix(end == std::string_view::npos ? lines.size() : end + kLineEnd.size());
+    lines.remove_prefix(end == std::string_view::npos ? lines.size() : end + lineEnd.size());
     if (line.empty()) continue;
     const auto colon = line.find(':');
     if (colon == std::string_view::npos || colon == 0) return false;

@@ -8,9 +8,9 @@ namespace vantry_sim {
 
 /// The head of one part of a multipart body.
 struct PartHead {
-  std::string name;       ///< of the form field; empty when none was given
-  std::string file_name;  ///< empty when none was given
-  std::string type;       ///< its Content-Type; empty when none was given
+  std::string name;      ///< of the form field; empty when none was given
+  std::string fileName;  ///< empty when none was given
+  std::string type;      ///< its Content-Type; empty when none was given
 };
 
 /// Takes the parts of a multipart body as they come. A false result ends the reading.
@@ -25,8 +25,8 @@ class PartSink {
 /// Reads a multipart body piece by piece and holds no more of it than a part's head or the length of a
 /// boundary.
 ///
-/// What stands in front of the first boundary line is skipped, so that a body may begin with the CR LF that
-/// belongs to it, and what stands behind the last one too. Lines end in CR LF and in nothing else.
+/// What comes before the first boundary line is skipped, so that a body may begin with the CR LF that
+/// belongs to it, and what comes after the last one too. Lines end in CR LF and in nothing else.
 class MultipartReader {
  public:
   /// @param boundary as the Content-Type names it. @param sink outlives the reader
@@ -36,18 +36,18 @@ class MultipartReader {
   bool Feed(std::string_view bytes);
 
   /// Whether the body has come to its end properly.
-  [[nodiscard]] bool finished() const { return state_ == State::kEpilogue; }
+  [[nodiscard]] bool finished() const { return state_ == State::Epilogue; }
 
   /// What is wrong with the body; empty while nothing is, and when it was the sink that refused.
   [[nodiscard]] const std::string& problem() const { return problem_; }
 
   /// The most that a part's head may have.
-  static constexpr std::size_t kMostHeadBytes = 8 * 1024;
+  static constexpr std::size_t mostHeadBytes = 8 * 1024;
   /// The most parts of a body.
-  static constexpr std::size_t kMostParts = 1000;
+  static constexpr std::size_t mostParts = 1000;
 
  private:
-  enum class State { kPreamble, kBoundaryEnd, kHead, kBytes, kEpilogue, kBroken };
+  enum class State { Preamble, BoundaryEnd, Head, Bytes, Epilogue, Broken };
   bool Step();
   bool ReadToBoundary(bool keep);
   bool ReadBoundaryEnd();
@@ -58,16 +58,16 @@ class MultipartReader {
   std::string delimiter_;  ///< CR LF, two hyphens and the boundary
   PartSink& sink_;
   std::string pending_;  ///< what was fed and not yet read
-  State state_ = State::kPreamble;
+  State state_ = State::Preamble;
   std::size_t parts_ = 0;
   std::string problem_;
 };
 
 /// The boundary that a Content-Type of `multipart/form-data` names; empty for any other text, and for a
 /// boundary that is longer than 70 characters.
-std::string BoundaryOf(std::string_view content_type);
+std::string BoundaryOf(std::string_view contentType);
 
-/// Reads the lines of a part's head, each with CR LF behind it.
+/// Reads the lines of a part's head, each with CR LF after it.
 /// @return false for a line without a colon
 bool ParsePartHead(std::string_view lines, PartHead& head);
 

@@ -10,7 +10,7 @@ namespace vantry_sim {
 
 /// A filter of the object query: one property and the value that it must have.
 struct ObjectFilter {
-  DocumentProperty property = DocumentProperty::kCadName;
+  DocumentProperty property = DocumentProperty::CadName;
   std::string value;
 };
 

@@ -21,24 +21,24 @@ void WriteRow(JsonText& json, const ODataRow& row, const ODataQuery& query, cons
 }  // namespace
 
 std::uint64_t PageLimit(const ServiceContext& context, const Request& request) {
-  const std::uint64_t own = context.options.page_size;
+  const std::uint64_t own = context.options.pageSize;
   return std::min(own, PreferredPageSize(request.prefer).value_or(own));
 }
 
 std::string NextPageLink(const ServiceContext& context, const Request& request, const std::string& token,
-                         std::optional<std::uint64_t> rest_of_top) {
+                         std::optional<std::uint64_t> restOfTop) {
   std::string link = PageBaseUrl(context, request) + request.path + "?";
   for (const auto& [name, value] : request.query) {
     if (name == "$skiptoken" || name == "$top") continue;
     link.append(name).append("=").append(PercentEncode(value)).append("&");
   }
-  if (rest_of_top) link.append("$top=").append(std::to_string(*rest_of_top)).append("&");
+  if (restOfTop) link.append("$top=").append(std::to_string(*restOfTop)).append("&");
   return link.append("$skiptoken=").append(PercentEncode(token));
 }
 
 Response ODataResponse(std::string body) {
   Response response;
-  response.content_type = "application/json;odata.metadata=minimal";
+  response.contentType = "application/json;odata.metadata=minimal";
   response.headers.emplace_back("OData-Version", "4.0");
   response.body = std::move(body);
   return response;
@@ -66,12 +66,12 @@ Response AnswerODataList(const ServiceContext& context, const Request& request,
     ++rows;
     WriteRow(json, row, query, parts);
   };
-  if (!ReadODataPage(context.database, collection, *plan, query.skip_token, limit, write, next)) {
+  if (!ReadODataPage(context.database, collection, *plan, query.skipToken, limit, write, next)) {
     return ODataRefusal({400, "the $skiptoken is none of this server's"});
   }
   json.EndArray();
-  const bool top_reached = plan->top && rows >= *plan->top;
-  if (!next.empty() && !top_reached) {
+  const bool topReached = plan->top && rows >= *plan->top;
+  if (!next.empty() && !topReached) {
     std::optional<std::uint64_t> rest = plan->top;
     if (rest) *rest -= rows;
     json.Member("@odata.nextLink", NextPageLink(context, request, next, rest));

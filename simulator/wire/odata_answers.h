@@ -25,10 +25,10 @@ Response ODataRefusal(const ODataProblem& problem);
 /// less.
 std::uint64_t PageLimit(const ServiceContext& context, const Request& request);
 
-/// The absolute address where a list goes on: the same question, put to the rows behind the token.
-/// @param rest_of_top rows of the client's $top that are still to come; nothing without one
+/// The absolute address where a list goes on: the same question, put to the rows after the token.
+/// @param restOfTop rows of the client's $top that are still to come; nothing without one
 std::string NextPageLink(const ServiceContext& context, const Request& request, const std::string& token,
-                         std::optional<std::uint64_t> rest_of_top = std::nullopt);
+                         std::optional<std::uint64_t> restOfTop = std::nullopt);
 
 /// What the rows of one list have beyond their columns.
 struct ODataRowParts {

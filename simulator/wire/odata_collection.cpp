@@ -36,7 +36,7 @@ std::optional<Position> ReadToken(std::string_view token, std::size_t columns) {
   return position;
 }
 
-/// The rows that share the position's first `shared` columns and come behind it in the next one; with all
+/// The rows that share the position's first `shared` columns and come after it in the next one; with all
 /// columns shared, those with a greater key. An index over the columns gives each such run from its start on.
 SqlText RunBehind(const Position& position, const ODataPlan& plan, const ODataEntity& entity,
                   std::size_t shared) {
@@ -45,7 +45,7 @@ SqlText RunBehind(const Position& position, const ODataPlan& plan, const ODataEn
     sql.Add(" AND ").Add(plan.sort[i].first).Add(" = ").Value(position.values[i]);
   }
   if (shared == plan.sort.size()) {
-    sql.Add(" AND ").Add(entity.key_column).Add(" > ").Value(position.key);
+    sql.Add(" AND ").Add(entity.keyColumn).Add(" > ").Value(position.key);
   } else {
     sql.Add(" AND ").Add(plan.sort[shared].first).Add(plan.sort[shared].second ? " < " : " > ");
     sql.Value(position.values[shared]);
@@ -57,7 +57,7 @@ SqlText SelectRun(const ODataCollection& collection, const ODataPlan& plan, cons
                   std::uint64_t limit) {
   const ODataEntity& entity = *collection.entity;
   SqlText sql;
-  sql.Add("SELECT ").Add(entity.key_column);
+  sql.Add("SELECT ").Add(entity.keyColumn);
   for (const auto& [column, descending] : plan.sort) sql.Add(", ").Add(column);
   for (const ODataProperty* property : plan.select) {
     sql.Add(", ").Add(property->column.empty() ? std::string_view("''") : property->column);
@@ -66,7 +66,7 @@ SqlText SelectRun(const ODataCollection& collection, const ODataPlan& plan, cons
   if (!plan.filter.empty()) sql.Add(" AND ").Add(plan.filter);
   sql.Add(run).Add(" ORDER BY ");
   for (const auto& [column, descending] : plan.sort) sql.Add(column).Add(descending ? " DESC, " : ", ");
-  sql.Add(entity.key_column).Add(" LIMIT ").Value(static_cast<std::int64_t>(limit));
+  sql.Add(entity.keyColumn).Add(" LIMIT ").Value(static_cast<std::int64_t>(limit));
   return sql;
 }
 
@@ -107,14 +107,14 @@ std::optional<ODataPlan> PlanODataQuery(const ODataQuery& query, const ODataEnti
     return std::nullopt;
   }
   std::vector<ODataOrder> order = query.order;
-  if (order.empty()) order.push_back({std::string(entity.default_order), entity.default_descending});
+  if (order.empty()) order.push_back({std::string(entity.defaultOrder), entity.defaultDescending});
   for (const ODataOrder& by : order) {
     const ODataProperty* property = entity.Find(by.property);
     if (property == nullptr || property->column.empty()) {
       problem = {property == nullptr ? 400 : 501, "rows are not sorted by " + by.property};
       return std::nullopt;
     }
-    plan.sort.emplace_back(property->sort_column.empty() ? property->column : property->sort_column,
+    plan.sort.emplace_back(property->sortColumn.empty() ? property->column : property->sortColumn,
                            by.descending);
   }
   if (query.filter) {
@@ -127,13 +127,13 @@ std::optional<ODataPlan> PlanODataQuery(const ODataQuery& query, const ODataEnti
 
 bool ReadODataPage(Database& database, const ODataCollection& collection, const ODataPlan& plan,
                    const std::optional<std::string>& token, std::uint64_t limit,
-                   const std::function<void(const ODataRow&)>& row, std::string& next_token) {
+                   const std::function<void(const ODataRow&)>& row, std::string& nextToken) {
   std::optional<Position> start;
   if (token) {
     start = ReadToken(*token, plan.sort.size());
     if (!start) return false;
   }
-  // The rows behind a position come in runs: those that share most with it first.
+  // The rows after a position come in runs: those that share most with it first.
   Position last = start.value_or(Position{});
   std::uint64_t count = 0;
   for (std::size_t run = 0; run <= (start ? plan.sort.size() : 0) && count < limit; ++run) {
@@ -141,7 +141,7 @@ bool ReadODataPage(Database& database, const ODataCollection& collection, const 
         start ? RunBehind(*start, plan, *collection.entity, plan.sort.size() - run) : SqlText();
     count += ReadRun(database, SelectRun(collection, plan, behind, limit - count), plan, row, last);
   }
-  next_token.clear();
+  nextToken.clear();
   if (count < limit || limit == 0) return true;
   // A page that was filled to the brim may still be the last one.
   bool more = false;
@@ -149,7 +149,7 @@ bool ReadODataPage(Database& database, const ODataCollection& collection, const 
     const SqlText behind = RunBehind(last, plan, *collection.entity, plan.sort.size() - run);
     more = SelectRun(collection, plan, behind, 1).Prepare(database).Step();
   }
-  if (more) next_token = WriteToken(last);
+  if (more) nextToken = WriteToken(last);
   return true;
 }
 

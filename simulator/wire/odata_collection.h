@@ -18,7 +18,7 @@ namespace vantry_sim {
 /// Rows that can be asked for: all that `from` and `where` leave, as `entity` shows them.
 struct ODataCollection {
   const ODataEntity* entity = nullptr;
-  std::string from;  ///< behind FROM
+  std::string from;  ///< after FROM
   SqlText where;     ///< the condition, without the client's $filter
 };
 
@@ -42,15 +42,15 @@ struct ODataRow {
   std::vector<std::string> values;  ///< one for each of `select`, empty for those without a column
 };
 
-/// Reads the rows behind a token, or the first ones without it, and hands each over.
+/// Reads the rows after a token, or the first ones without it, and hands each over.
 ///
-/// A token names the last row that was given. The rows behind it are found by their sort columns and never by
+/// A token names the last row that was given. The rows after it are found by their sort columns and never by
 /// counting, so that page 100 costs what page 1 does where the columns have an index.
 /// @param limit most rows to read
-/// @param[out] next_token where to go on; empty behind the last row
+/// @param[out] nextToken where to go on; empty after the last row
 /// @return false for a token that this server never gave for such a query
 bool ReadODataPage(Database& database, const ODataCollection& collection, const ODataPlan& plan,
                    const std::optional<std::string>& token, std::uint64_t limit,
-                   const std::function<void(const ODataRow&)>& row, std::string& next_token);
+                   const std::function<void(const ODataRow&)>& row, std::string& nextToken);
 
 }  // namespace vantry_sim

@@ -10,15 +10,15 @@ struct ODataProperty {
   std::string_view name;
   std::string_view
       column;  ///< SQL expression; empty: worked out from the row's key, neither filtered nor sorted by
-  std::string_view sort_column = {};  ///< what it is sorted by; empty: `column`
+  std::string_view sortColumn = {};  ///< what it is sorted by; empty: `column`
 };
 
 /// What rows of one kind look like on the wire.
 struct ODataEntity {
   std::span<const ODataProperty> properties;
-  std::string_view key_column;     ///< the row's number; a unique integer
-  std::string_view default_order;  ///< name of the property that rows are sorted by when nothing is asked
-  bool default_descending = false;
+  std::string_view keyColumn;     ///< the row's number; a unique integer
+  std::string_view defaultOrder;  ///< name of the property that rows are sorted by when nothing is asked
+  bool defaultDescending = false;
 
   /// The property of this name; null for an unknown one.
   [[nodiscard]] const ODataProperty* Find(std::string_view name) const {

@@ -5,9 +5,9 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::size_t kLongestFilter = 64 * 1024;
-constexpr int kDeepest = 32;
-constexpr int kMostComparisons = 64;
+constexpr std::size_t longestFilter = 64 * 1024;
+constexpr int deepest = 32;
+constexpr int mostComparisons = 64;
 
 bool IsWordCharacter(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '.' ||
@@ -23,11 +23,11 @@ class FilterReader {
   bool Read(SqlText& sql) {
     if (!ReadOr(sql, 0)) return false;
     SkipBlanks();
-    return rest_.empty() || FailAtText("the $filter goes on behind its end");
+    return rest_.empty() || FailAtText("the $filter goes on after its end");
   }
 
   /// Whether it failed where an apostrophe had ended a text too early, or too late.
-  [[nodiscard]] bool failed_at_text() const { return failed_at_text_; }
+  [[nodiscard]] bool failedAtText() const { return failedAtText_; }
 
  private:
   bool ReadOr(SqlText& sql, int depth) {
@@ -37,12 +37,12 @@ class FilterReader {
     return ReadJoined(sql, depth, "and", " AND ", &FilterReader::ReadTerm);
   }
 
-  bool ReadJoined(SqlText& sql, int depth, std::string_view word, std::string_view own_word,
+  bool ReadJoined(SqlText& sql, int depth, std::string_view word, std::string_view ownWord,
                   bool (FilterReader::*read)(SqlText&, int)) {
     sql.Add("(");
     if (!(this->*read)(sql, depth)) return false;
     while (TakeWord(word)) {
-      sql.Add(own_word);
+      sql.Add(ownWord);
       if (!(this->*read)(sql, depth)) return false;
     }
     sql.Add(")");
@@ -52,7 +52,7 @@ class FilterReader {
   bool ReadTerm(SqlText& sql, int depth) {
     SkipBlanks();
     if (!rest_.starts_with('(')) return ReadComparison(sql);
-    if (depth >= kDeepest) return Fail(400, "the $filter is nested too deeply");
+    if (depth >= deepest) return Fail(400, "the $filter is nested too deeply");
     rest_.remove_prefix(1);
     if (!ReadOr(sql, depth + 1)) return false;
     SkipBlanks();
@@ -62,7 +62,7 @@ class FilterReader {
   }
 
   bool ReadComparison(SqlText& sql) {
-    if (++comparisons_ > kMostComparisons) return Fail(400, "the $filter has too many comparisons");
+    if (++comparisons_ > mostComparisons) return Fail(400, "the $filter has too many comparisons");
     const std::string_view name = Word();
     if (name.empty()) return Fail(400, "a property is missing in the $filter");
     SkipBlanks();
@@ -122,7 +122,7 @@ class FilterReader {
   }
 
   bool FailAtText(const char* reason) {
-    failed_at_text_ = true;
+    failedAtText_ = true;
     return Fail(400, reason);
   }
 
@@ -130,7 +130,7 @@ class FilterReader {
   const ODataEntity& entity_;
   ODataProblem& problem_;
   int comparisons_ = 0;
-  bool failed_at_text_ = false;
+  bool failedAtText_ = false;
 };
 
 /// One comparison whose text holds single apostrophes, from the first of the filter to the last.
@@ -152,14 +152,14 @@ std::optional<SqlText> ReadUndoubled(std::string_view text, const ODataEntity& e
 
 std::optional<SqlText> ParseODataFilter(std::string_view text, const ODataEntity& entity,
                                         ODataProblem& problem) {
-  if (text.size() > kLongestFilter) {
+  if (text.size() > longestFilter) {
     problem = {400, "the $filter is too long"};
     return std::nullopt;
   }
   SqlText sql;
   FilterReader reader(text, entity, problem);
   if (reader.Read(sql)) return sql;
-  if (!reader.failed_at_text()) return std::nullopt;
+  if (!reader.failedAtText()) return std::nullopt;
   return ReadUndoubled(text, entity);
 }
 

@@ -9,9 +9,9 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::size_t kMostNames = 32;
-constexpr std::array<std::string_view, 6> kOptionsNotOffered{"$skip",    "$count", "$search",
-                                                             "$compute", "$apply", "$format"};
+constexpr std::size_t mostNames = 32;
+constexpr std::array<std::string_view, 6> optionsNotOffered{"$skip",    "$count", "$search",
+                                                            "$compute", "$apply", "$format"};
 
 std::string_view Trimmed(std::string_view text) {
   while (text.starts_with(' ')) text.remove_prefix(1);
@@ -68,12 +68,12 @@ class QueryReader {
     if (name == "$top") return ReadTop(value);
     if (name == "$expand") return ReadExpand(value);
     if (name == "$skiptoken") {
-      query_.skip_token = value;
+      query_.skipToken = value;
       return true;
     }
     if (name == "zvk.search.latestversion") return ReadLatestVersion(value);
     const bool known =
-        std::find(kOptionsNotOffered.begin(), kOptionsNotOffered.end(), name) != kOptionsNotOffered.end();
+        std::find(optionsNotOffered.begin(), optionsNotOffered.end(), name) != optionsNotOffered.end();
     return Fail(known ? 501 : 400, "this server doesn't know the query option " + name);
   }
 
@@ -89,7 +89,7 @@ class QueryReader {
       if (part == "*") return Fail(501, "* is not read in a $select");
       names.emplace_back(part);
     }
-    return names.size() <= kMostNames || Fail(400, "a $select has too many names");
+    return names.size() <= mostNames || Fail(400, "a $select has too many names");
   }
 
   bool ReadOrder(std::string_view value) {
@@ -98,11 +98,11 @@ class QueryReader {
       const std::string_view direction =
           blank == std::string_view::npos ? std::string_view("asc") : Trimmed(part.substr(blank + 1));
       if (part.empty() || (direction != "asc" && direction != "desc")) {
-        return Fail(400, "an $orderby is a list of properties, each with asc or desc behind it or nothing");
+        return Fail(400, "an $orderby is a list of properties, each with asc or desc after it or nothing");
       }
       query_.order.push_back({std::string(part.substr(0, blank)), direction == "desc"});
     }
-    return query_.order.size() <= kMostNames || Fail(400, "an $orderby has too many names");
+    return query_.order.size() <= mostNames || Fail(400, "an $orderby has too many names");
   }
 
   bool ReadTop(const std::string& value) {
@@ -112,7 +112,7 @@ class QueryReader {
 
   bool ReadLatestVersion(const std::string& value) {
     if (value != "true" && value != "false") return Fail(400, "zvk.search.latestversion is true or false");
-    query_.latest_version_only = value == "true";
+    query_.latestVersionOnly = value == "true";
     return true;
   }
 
@@ -164,10 +164,10 @@ std::optional<ODataQuery> ParseODataQuery(const QueryParameters& parameters, ODa
 }
 
 std::optional<std::uint64_t> PreferredPageSize(std::string_view prefer) {
-  constexpr std::string_view kName = "maxpagesize=";
-  const auto at = prefer.find(kName);
+  constexpr std::string_view Name = "maxpagesize=";
+  const auto at = prefer.find(Name);
   if (at == std::string_view::npos) return std::nullopt;
-  std::string_view digits = prefer.substr(at + kName.size());
+  std::string_view digits = prefer.substr(at + Name.size());
   digits = digits.substr(0, digits.find_first_not_of("0123456789"));
   const auto size = WholeNumber<std::uint64_t>(digits);
   if (!size || *size == 0) return std::nullopt;

@@ -31,8 +31,8 @@ struct ODataQuery {
   std::vector<ODataOrder> order;
   std::optional<std::uint64_t> top;
   std::optional<ODataExpand> expand;
-  std::optional<std::string> skip_token;
-  bool latest_version_only = false;  ///< zvk.search.latestversion=true
+  std::optional<std::string> skipToken;
+  bool latestVersionOnly = false;  ///< zvk.search.latestversion=true
 };
 
 /// Reads the query options of a request.

@@ -15,18 +15,18 @@ class PlainTransport final : public Transport {
   PlainTransport& operator=(const PlainTransport&) = delete;
   ~PlainTransport() override { close(socket_); }
 
-  Moved Prepare() override { return Moved::kDone; }
+  Moved Prepare() override { return Moved::Done; }
 
   Moved Receive(char* data, std::size_t size, std::size_t& count) override {
     for (;;) {
       const ssize_t received = recv(socket_, data, size, MSG_DONTWAIT);
       if (received > 0) {
         count = static_cast<std::size_t>(received);
-        return Moved::kDone;
+        return Moved::Done;
       }
       if (received < 0 && errno == EINTR) continue;
-      const bool nothing_yet = received < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
-      return nothing_yet ? Moved::kWaitReadable : Moved::kEnd;
+      const bool nothingYet = received < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+      return nothingYet ? Moved::WaitReadable : Moved::End;
     }
   }
 
@@ -35,11 +35,11 @@ class PlainTransport final : public Transport {
       const ssize_t sent = send(socket_, data, size, MSG_NOSIGNAL | MSG_DONTWAIT);
       if (sent > 0) {
         count = static_cast<std::size_t>(sent);
-        return Moved::kDone;
+        return Moved::Done;
       }
       if (sent < 0 && errno == EINTR) continue;
-      const bool no_room = sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
-      return no_room ? Moved::kWaitWritable : Moved::kEnd;
+      const bool noRoom = sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+      return noRoom ? Moved::WaitWritable : Moved::End;
     }
   }
 

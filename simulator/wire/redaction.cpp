@@ -11,7 +11,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::array<std::string_view, 34> kHeaders{
+constexpr std::array<std::string_view, 34> headers{
     "Accept",
     "Accept-Charset",
     "Accept-Encoding",
@@ -48,13 +48,13 @@ constexpr std::array<std::string_view, 34> kHeaders{
     "X-Zvk-Connected",
 };
 
-constexpr std::array<std::string_view, 18> kParameters{
+constexpr std::array<std::string_view, 18> parameters{
     "$count",     "$expand", "$filter", "$orderby",  "$select", "$skip",
     "$skiptoken", "$top",    "action",  "contextId", "number",  "oid",
     "path",       "scope",   "type",    "typeId",    "u8",      "zvk.search.latestversion",
 };
 
-constexpr std::array<std::string_view, 35> kMembers{
+constexpr std::array<std::string_view, 35> members{
     "ZVKDDEXTENDEDDOCTYPE",
     "appliedEntities",
     "asStoredChildName",
@@ -93,10 +93,10 @@ constexpr std::array<std::string_view, 35> kMembers{
 };
 
 /// `type` and `valueType` of what an instruction names.
-constexpr std::array<std::string_view, 2> kMoreMembers{"type", "valueType"};
+constexpr std::array<std::string_view, 2> moreMembers{"type", "valueType"};
 
-constexpr std::string_view kUpload = "/servlet/content/upload/";
-constexpr int kDeepest = 64;
+constexpr std::string_view uploadPathPart = "/servlet/content/upload/";
+constexpr int deepest = 64;
 
 template <typename List>
 bool Holds(const List& list, std::string_view name) {
@@ -105,13 +105,12 @@ bool Holds(const List& list, std::string_view name) {
 
 void WriteShown(JsonText& json, JsonValue value, bool known, int depth) {
   if (depth == 0 || (!known && value.Size() == 0 && !value.IsArray() && !value.IsObject())) {
-    json.String(kHidden);
+    json.String(hiddenText);
   } else if (value.IsObject()) {
     json.StartObject();
     for (const JsonValue member : value) {
       json.Key(member.Name());
-      WriteShown(json, member, Holds(kMembers, member.Name()) || Holds(kMoreMembers, member.Name()),
-                 depth - 1);
+      WriteShown(json, member, Holds(members, member.Name()) || Holds(moreMembers, member.Name()), depth - 1);
     }
     json.EndObject();
   } else if (value.IsArray()) {
@@ -135,15 +134,15 @@ std::string WithoutUserInformation(std::string_view target) {
   const auto host = scheme + 3;
   const auto at = target.substr(0, target.find('/', host)).rfind('@');
   if (at == std::string_view::npos || at < host) return std::string(target);
-  return std::string(target.substr(0, host)).append(kHidden).append(target.substr(at));
+  return std::string(target.substr(0, host)).append(hiddenText).append(target.substr(at));
 }
 
 }  // namespace
 
 std::string ShownHeader(std::string_view name, std::string_view value) {
-  const bool known = std::any_of(kHeaders.begin(), kHeaders.end(),
+  const bool known = std::any_of(headers.begin(), headers.end(),
                                  [&](std::string_view header) { return SameHeaderName(header, name); });
-  return std::string(known ? value : kHidden);
+  return std::string(known ? value : hiddenText);
 }
 
 std::string ShownTarget(std::string_view target) {
@@ -152,29 +151,29 @@ std::string ShownTarget(std::string_view target) {
   std::string query = mark == std::string::npos ? std::string() : shown.substr(mark);
   if (mark != std::string::npos) shown.resize(mark);
   // Whoever writes the path in escapes means the same one.
-  if (auto decoded = PercentDecode(shown); decoded && decoded->find(kUpload) != std::string::npos)
+  if (auto decoded = PercentDecode(shown); decoded && decoded->find(uploadPathPart) != std::string::npos)
     shown = std::move(*decoded);
-  if (const auto upload = shown.find(kUpload);
-      upload != std::string::npos && upload + kUpload.size() < shown.size())
-    shown.replace(upload + kUpload.size(), std::string::npos, kHidden);
+  if (const auto upload = shown.find(uploadPathPart);
+      upload != std::string::npos && upload + uploadPathPart.size() < shown.size())
+    shown.replace(upload + uploadPathPart.size(), std::string::npos, hiddenText);
   for (std::size_t at = 0; at < query.size();) {
     const auto end = std::min(query.find('&', at + 1), query.size());
     const auto equals = query.find('=', at + 1);
     const std::string_view name = std::string_view(query).substr(at + 1, std::min(equals, end) - at - 1);
     shown.append(query, at, std::min(equals, end) - at);
-    const bool known = Holds(kParameters, PercentDecode(name).value_or(""));
+    const bool known = Holds(parameters, PercentDecode(name).value_or(""));
     if (equals < end) shown.append(known ? query.substr(equals, end - equals) : "=(hidden)");
     at = end;
   }
   return shown;
 }
 
-std::string ShownBody(std::string_view content_type, std::string_view body) {
-  if (!content_type.starts_with("application/json")) return {};
+std::string ShownBody(std::string_view contentType, std::string_view body) {
+  if (!contentType.starts_with("application/json")) return {};
   const auto document = ReadJson(body);
   if (!document) return {};
   JsonText json;
-  WriteShown(json, document->Root(), false, kDeepest);
+  WriteShown(json, document->Root(), false, deepest);
   return json.Take();
 }
 

@@ -9,12 +9,12 @@ BodyOutcome ReadBody(const httplib::ContentReader& reader, std::uint64_t limit, 
   outcome.complete = reader([&](const char* data, std::size_t count) {
     size += count;
     if (size > limit) return false;
-    outcome.no_room = !take({data, count});
-    return !outcome.no_room;
+    outcome.noRoom = !take({data, count});
+    return !outcome.noRoom;
   });
-  outcome.too_large = size > limit || status == 413;
+  outcome.tooLarge = size > limit || status == 413;
   // The HTTP library reads away a body whose announced length is too much; any other one stops halfway.
-  outcome.at_its_end = outcome.complete || (status == 413 && size == 0);
+  outcome.atItsEnd = outcome.complete || (status == 413 && size == 0);
   return outcome;
 }
 

@@ -57,13 +57,13 @@ RequestHead ReadRequestHead(std::string_view bytes) {
 }
 
 HeadEnd FindHeadEnd(std::string_view bytes, std::size_t from) {
-  const auto line_end = bytes.find('\n');
-  if (line_end == std::string_view::npos) return {};
-  const std::string_view first = bytes.substr(0, line_end + 1);
+  const auto lineEnd = bytes.find('\n');
+  if (lineEnd == std::string_view::npos) return {};
+  const std::string_view first = bytes.substr(0, lineEnd + 1);
   if (!first.ends_with(" HTTP/1.1\r\n") && !first.ends_with(" HTTP/1.0\r\n")) return {true, first.size()};
   // The HTTP library passes over lines that end without a carriage return, so that none of them is the end.
-  const auto empty_line = bytes.find("\n\r\n", from < 2 ? 0 : from - 2);
-  return empty_line == std::string_view::npos ? HeadEnd{} : HeadEnd{true, empty_line + 3};
+  const auto emptyLine = bytes.find("\n\r\n", from < 2 ? 0 : from - 2);
+  return emptyLine == std::string_view::npos ? HeadEnd{} : HeadEnd{true, emptyLine + 3};
 }
 
 }  // namespace vantry_sim

@@ -10,7 +10,7 @@ namespace vantry_sim {
 /// The head of a request, in the order and the spelling in which it came.
 struct RequestHead {
   std::string method;
-  std::string target;  ///< as it stands on the request line
+  std::string target;  ///< as it is on the request line
   std::vector<std::pair<std::string, std::string>> headers;
 
   /// The value of the first header of this name, whatever its case; empty for none.

@@ -8,8 +8,8 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::size_t kMostRequests = 10'000;
-constexpr std::size_t kMostBytes = 64 * 1024 * 1024;
+constexpr std::size_t mostRequests = 10'000;
+constexpr std::size_t mostBytes = 64 * 1024 * 1024;
 
 std::size_t SizeOf(const RememberedRequest& request) {
   std::size_t size = sizeof request + request.door.size() + request.client.size() + request.method.size() +
@@ -29,12 +29,12 @@ bool Means(const RequestFilter& filter, const RememberedRequest& request) {
 
 std::uint64_t RequestHistory::Begin(RememberedRequest request) {
   const std::lock_guard lock(mutex_);
-  request.id = ++last_id_;
+  request.id = ++lastId_;
   size_ += SizeOf(request);
   requests_.push_back(std::move(request));
   Trim();
   changed_.notify_all();
-  return last_id_;
+  return lastId_;
 }
 
 void RequestHistory::SetBody(std::uint64_t id, std::string shown, std::uint64_t size) {
@@ -43,15 +43,15 @@ void RequestHistory::SetBody(std::uint64_t id, std::string shown, std::uint64_t 
   if (request == nullptr) return;
   size_ += shown.size() - request->body.size();
   request->body = std::move(shown);
-  request->body_size = size;
+  request->bodySize = size;
   Trim();
 }
 
-void RequestHistory::ShowBody(std::uint64_t id, std::string_view content_type, std::string_view body) {
+void RequestHistory::ShowBody(std::uint64_t id, std::string_view contentType, std::string_view body) {
   std::string shown;
   {
     const std::lock_guard lock(showing_);
-    shown = ShownBody(content_type, body);
+    shown = ShownBody(contentType, body);
   }
   SetBody(id, std::move(shown), body.size());
 }
@@ -65,7 +65,7 @@ void RequestHistory::Finish(std::uint64_t id, const Exchange& exchange, std::uin
   request->user = exchange.user;
   request->duration = exchange.duration;
   request->status = exchange.status;
-  request->answer_bytes = exchange.body_bytes;
+  request->answerBytes = exchange.bodyBytes;
   request->fault = fault;
   Trim();
   changed_.notify_all();
@@ -86,13 +86,13 @@ std::vector<RememberedRequest> RequestHistory::Wait(const RequestFilter& filter,
     return ending_ || static_cast<std::size_t>(there) >= count;
   });
   // One that comes after this moment is neither among those found nor before the mark.
-  if (mark != nullptr) *mark = last_id_;
+  if (mark != nullptr) *mark = lastId_;
   return FindLocked(filter);
 }
 
 std::uint64_t RequestHistory::Mark() const {
   const std::lock_guard lock(mutex_);
-  return last_id_;
+  return lastId_;
 }
 
 void RequestHistory::Clear() {
@@ -107,7 +107,7 @@ void RequestHistory::EndWaits() {
   changed_.notify_all();
 }
 
-/// The entries stand in the order of their ids.
+/// The entries are in the order of their ids.
 RememberedRequest* RequestHistory::Entry(std::uint64_t id) {
   const auto found = std::lower_bound(
       requests_.begin(), requests_.end(), id,
@@ -124,7 +124,7 @@ std::vector<RememberedRequest> RequestHistory::FindLocked(const RequestFilter& f
 }
 
 void RequestHistory::Trim() {
-  while (requests_.size() > kMostRequests || (size_ > kMostBytes && requests_.size() > 1)) {
+  while (requests_.size() > mostRequests || (size_ > mostBytes && requests_.size() > 1)) {
     size_ -= std::min(size_, SizeOf(requests_.front()));
     requests_.pop_front();
   }

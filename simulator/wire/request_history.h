@@ -26,13 +26,13 @@ struct RememberedRequest {
   std::string method;
   std::string target;
   std::vector<std::pair<std::string, std::string>> headers;
-  std::string body;             ///< JSON; empty for any other body
-  std::uint64_t body_size = 0;  ///< as it came
+  std::string body;            ///< JSON; empty for any other body
+  std::uint64_t bodySize = 0;  ///< as it came
   std::string user;
   std::chrono::system_clock::time_point start;
   std::chrono::microseconds duration{0};
   int status = 0;
-  std::uint64_t answer_bytes = 0;
+  std::uint64_t answerBytes = 0;
   std::uint64_t fault = 0;  ///< id of the rule that met it; 0: none did
 };
 
@@ -59,7 +59,7 @@ class RequestHistory {
 
   /// The same for a body that is shown without its secrets. What a JSON text says takes many times the memory
   /// of its bytes, so bodies are looked at one at a time.
-  void ShowBody(std::uint64_t id, std::string_view content_type, std::string_view body);
+  void ShowBody(std::uint64_t id, std::string_view contentType, std::string_view body);
 
   /// Those that the filter means, the oldest first.
   [[nodiscard]] std::vector<RememberedRequest> Find(const RequestFilter& filter) const;
@@ -87,7 +87,7 @@ class RequestHistory {
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<RememberedRequest> requests_;
-  std::uint64_t last_id_ = 0;
+  std::uint64_t lastId_ = 0;
   std::size_t size_ = 0;  ///< bytes of all that is kept, roughly
   bool ending_ = false;
 };

@@ -15,8 +15,8 @@ std::string LogLine(const Exchange& exchange) {
   json.Member("time", Timestamp(start.count()));
   json.Member("method", exchange.method).Member("path", exchange.target);
   json.Member("status", static_cast<std::int64_t>(exchange.status));
-  json.Member("bytes", static_cast<std::int64_t>(exchange.body_bytes));
-  json.Member("user", exchange.user).Member("port", static_cast<std::int64_t>(exchange.remote_port));
+  json.Member("bytes", static_cast<std::int64_t>(exchange.bodyBytes));
+  json.Member("user", exchange.user).Member("port", static_cast<std::int64_t>(exchange.remotePort));
   json.Member("microseconds", static_cast<std::int64_t>(exchange.duration.count()));
   json.EndObject();
   return json.Take() + "\n";

@@ -15,10 +15,10 @@ struct Exchange {
   std::chrono::microseconds duration{0};
   std::string method;  ///< empty when the request line could not be read
   std::string target;
-  int status = 0;                ///< as it was sent; 0 when no status line was
-  std::uint64_t body_bytes = 0;  ///< sent behind the header block, the framing of chunks included
+  int status = 0;               ///< as it was sent; 0 when no status line was
+  std::uint64_t bodyBytes = 0;  ///< sent after the header block, the framing of chunks included
   std::string user;
-  int remote_port = 0;
+  int remotePort = 0;
 };
 
 /// The line for an exchange: one JSON object and a line feed. Members in order: time (UTC, ISO 8601 with

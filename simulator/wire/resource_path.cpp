@@ -24,7 +24,7 @@ std::optional<std::string> KeyOf(std::string_view segment, std::string_view name
 }  // namespace
 
 std::optional<ResourcePath> ParseResourcePath(const std::vector<std::string>& segments) {
-  constexpr std::string_view kType = "ZVK.";
+  constexpr std::string_view type = "ZVK.";
   ResourcePath path;
   std::size_t at = 0;
   const auto more = [&] { return at < segments.size(); };
@@ -35,7 +35,7 @@ std::optional<ResourcePath> ParseResourcePath(const std::vector<std::string>& se
     return std::nullopt;
   }
   ++at;
-  if (more() && segments[at].starts_with(kType)) path.cast = segments[at++];
+  if (more() && segments[at].starts_with(type)) path.cast = segments[at++];
   if (path.container.empty()) return more() ? std::nullopt : std::optional(std::move(path));
 
   while (more()) {
@@ -46,10 +46,10 @@ std::optional<ResourcePath> ParseResourcePath(const std::vector<std::string>& se
   }
   if (!more()) return std::nullopt;
   const std::string& target = segments[at++];
-  path.target = target == "Folders" ? ResourcePath::Target::kFolders : ResourcePath::Target::kContents;
+  path.target = target == "Folders" ? ResourcePath::Target::Folders : ResourcePath::Target::Contents;
   if (target == "Folders") return more() ? std::nullopt : std::optional(std::move(path));
   if (target != "FolderContents" || path.folders.empty()) return std::nullopt;
-  if (more() && segments[at].starts_with(kType)) path.content_type = segments[at++];
+  if (more() && segments[at].starts_with(type)) path.contentType = segments[at++];
   return more() ? std::nullopt : std::optional(std::move(path));
 }
 

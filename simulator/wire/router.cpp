@@ -6,7 +6,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view kOpenEnd = "/{...}";
+constexpr std::string_view openEndText = "/{...}";
 
 std::vector<std::string_view> SplitPath(std::string_view path) {
   std::vector<std::string_view> parts;
@@ -34,10 +34,10 @@ std::optional<std::vector<std::string>> DecodedSegments(std::string_view path) {
 
 void Router::Add(std::string_view method, std::string_view pattern, Handler handler, std::string_view about) {
   Listed listed{std::string(method), std::string(pattern), std::string(about)};
-  const bool open_end = pattern.ends_with(kOpenEnd);
-  if (open_end) pattern.remove_suffix(kOpenEnd.size());
+  const bool openEnd = pattern.ends_with(openEndText);
+  if (openEnd) pattern.remove_suffix(openEndText.size());
   routes_.push_back(
-      {std::move(listed), std::string(method), ParsePattern(pattern), open_end, std::move(handler)});
+      {std::move(listed), std::string(method), ParsePattern(pattern), openEnd, std::move(handler)});
 }
 
 std::vector<Router::Listed> Router::List() const {
@@ -49,7 +49,7 @@ std::vector<Router::Listed> Router::List() const {
 Response Router::Dispatch(Request& request, std::string_view path) const {
   const auto segments = DecodedSegments(path);
   if (!segments)
-    return ErrorResponse(400, "bad-escape", "a % in the path has no two hexadecimal digits behind it");
+    return ErrorResponse(400, "bad-escape", "a % in the path has no two hexadecimal digits after it");
 
   const Found found = Find(request.method, *segments);
   if (found.route == nullptr && found.allowed.empty()) {
@@ -67,7 +67,7 @@ Response Router::Dispatch(Request& request, std::string_view path) const {
     if (segment.parameter.empty()) continue;
     const std::string& text = (*segments)[i];
     const std::size_t fixed = segment.before.size() + segment.after.size();
-    request.path_parameters[segment.parameter] = text.substr(segment.before.size(), text.size() - fixed);
+    request.pathParameters[segment.parameter] = text.substr(segment.before.size(), text.size() - fixed);
   }
   return found.route->handler(request);
 }
@@ -96,7 +96,7 @@ bool Router::Fits(const Segment& segment, std::string_view text) {
 
 bool Router::Fits(const Route& route, const std::vector<std::string>& segments) {
   const std::size_t known = route.segments.size();
-  if (route.open_end ? segments.size() <= known : segments.size() != known) return false;
+  if (route.openEnd ? segments.size() <= known : segments.size() != known) return false;
   for (std::size_t i = 0; i < known; ++i) {
     if (!Fits(route.segments[i], segments[i])) return false;
   }
@@ -106,8 +106,8 @@ bool Router::Fits(const Route& route, const std::vector<std::string>& segments) 
 bool Router::IsMoreLiteral(const Route& left, const Route& right) {
   const std::size_t shared = std::min(left.segments.size(), right.segments.size());
   for (std::size_t i = 0; i < shared; ++i) {
-    const bool left_literal = left.segments[i].parameter.empty();
-    if (left_literal != right.segments[i].parameter.empty()) return left_literal;
+    const bool leftLiteral = left.segments[i].parameter.empty();
+    if (leftLiteral != right.segments[i].parameter.empty()) return leftLiteral;
   }
   return left.segments.size() > shared;
 }

@@ -33,7 +33,7 @@ class Router {
   /// All routes, in the order in which they were added.
   [[nodiscard]] std::vector<Listed> List() const;
 
-  /// Runs the handler of the request. @param path behind the prefix, undecoded, with "/" in front.
+  /// Runs the handler of the request. @param path after the prefix, undecoded, with "/" in front.
   /// @return 400 for a broken escape, 404 where no pattern fits, 405 with Allow where one fits for other
   /// methods.
   Response Dispatch(Request& request, std::string_view path) const;
@@ -48,7 +48,7 @@ class Router {
     Listed listed;
     std::string method;
     std::vector<Segment> segments;
-    bool open_end = false;
+    bool openEnd = false;
     Handler handler;
   };
   struct Found {

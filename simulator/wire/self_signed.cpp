@@ -19,9 +19,9 @@
 namespace vantry_sim {
 namespace {
 
-constexpr long kDay = 86'400;
+constexpr long day = 86'400;
 /// Some clients refuse a certificate that is valid for longer.
-constexpr long kValidSeconds = 800 * kDay;
+constexpr long validSeconds = 800 * day;
 
 using Key = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
 using Certificate = std::unique_ptr<X509, decltype(&X509_free)>;
@@ -71,14 +71,14 @@ bool Names(X509& certificate, const std::string& address) {
 
 /// Whether the two belong together, name the address, and can be used for another day.
 bool AreGood(const TlsFiles& files, const std::string& address) {
-  const File certificate_file(std::fopen(files.certificate.c_str(), "re"));
-  const File key_file(std::fopen(files.key.c_str(), "re"));
-  if (!certificate_file || !key_file) return false;
-  const Certificate certificate(PEM_read_X509(certificate_file.get(), nullptr, nullptr, nullptr), X509_free);
-  const Key key(PEM_read_PrivateKey(key_file.get(), nullptr, nullptr, nullptr), EVP_PKEY_free);
+  const File certificateFile(std::fopen(files.certificate.c_str(), "re"));
+  const File keyFile(std::fopen(files.key.c_str(), "re"));
+  if (!certificateFile || !keyFile) return false;
+  const Certificate certificate(PEM_read_X509(certificateFile.get(), nullptr, nullptr, nullptr), X509_free);
+  const Key key(PEM_read_PrivateKey(keyFile.get(), nullptr, nullptr, nullptr), EVP_PKEY_free);
   if (!certificate || !key || !Names(*certificate, address.empty() ? "127.0.0.1" : address)) return false;
   if (X509_check_private_key(certificate.get(), key.get()) != 1) return false;
-  time_t tomorrow = std::time(nullptr) + kDay;
+  time_t tomorrow = std::time(nullptr) + day;
   return X509_cmp_time(X509_get0_notAfter(certificate.get()), &tomorrow) > 0;
 }
 
@@ -95,9 +95,9 @@ void AddExtension(X509& certificate, int kind, const std::string& value) {
 std::string NamesFor(const std::string& address) {
   std::string names = "DNS:localhost,IP:127.0.0.1,IP:0:0:0:0:0:0:0:1";
   if (address == "127.0.0.1" || address == "localhost" || address == "::1" || address.empty()) return names;
-  const bool is_number =
+  const bool isNumber =
       address.find_first_not_of("0123456789.") == std::string::npos || address.find(':') != std::string::npos;
-  return names + (is_number ? ",IP:" : ",DNS:") + address;
+  return names + (isNumber ? ",IP:" : ",DNS:") + address;
 }
 
 Certificate MakeCertificate(EVP_PKEY& key, const std::string& address) {
@@ -109,8 +109,8 @@ Certificate MakeCertificate(EVP_PKEY& key, const std::string& address) {
   std::uint64_t number = 0;
   std::memcpy(&number, serial.data(), serial.size());
   ASN1_INTEGER_set_uint64(X509_get_serialNumber(&made), number >> 1);
-  X509_gmtime_adj(X509_getm_notBefore(&made), -kDay);
-  X509_gmtime_adj(X509_getm_notAfter(&made), kValidSeconds);
+  X509_gmtime_adj(X509_getm_notBefore(&made), -day);
+  X509_gmtime_adj(X509_getm_notAfter(&made), validSeconds);
   X509_NAME* name = X509_get_subject_name(&made);
   X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_UTF8, reinterpret_cast<const unsigned char*>("vantry-sim"),
                              -1, -1, 0);
@@ -134,10 +134,10 @@ TlsFiles SelfSignedFiles(const std::string& directory, const std::string& addres
   const Key key(EVP_EC_gen("P-256"), EVP_PKEY_free);
   if (!key) throw std::runtime_error("cannot make a key");
   const Certificate certificate = MakeCertificate(*key, address);
-  NewFile key_file(files.key, 0600);
-  key_file.Keep(PEM_write_PrivateKey(key_file.file(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1);
-  NewFile certificate_file(files.certificate, 0644);
-  certificate_file.Keep(PEM_write_X509(certificate_file.file(), certificate.get()) == 1);
+  NewFile keyFile(files.key, 0600);
+  keyFile.Keep(PEM_write_PrivateKey(keyFile.file(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1);
+  NewFile certificateFile(files.certificate, 0644);
+  certificateFile.Keep(PEM_write_X509(certificateFile.file(), certificate.get()) == 1);
   return files;
 }
 

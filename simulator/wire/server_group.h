@@ -19,10 +19,10 @@ class ServerGroup {
   /// to be had. @throws std::runtime_error for a certificate that cannot be used
   [[nodiscard]] int Bind();
 
-  /// The main port, behind Bind.
+  /// The main port, after Bind.
   [[nodiscard]] int port() const { return port_; }
-  /// The admin's port, behind Bind; 0 without one.
-  [[nodiscard]] int admin_port() const { return admin_port_; }
+  /// The admin's port, after Bind; 0 without one.
+  [[nodiscard]] int adminPort() const { return adminPort_; }
 
   /// Serves until Stop; returns when the last connection has ended. To be called once, after Bind.
   void Run();
@@ -37,9 +37,9 @@ class ServerGroup {
   RequestLog& log_;
   StopSignal stop_;
   BodyMemory bodies_;
-  BodyMemory admin_bodies_;  ///< of their own: who floods the other ports takes no room from these
+  BodyMemory adminBodies_;  ///< of their own: who floods the other ports takes no room from these
   int port_ = 0;
-  int admin_port_ = 0;
+  int adminPort_ = 0;
   AdminApi admin_;
   std::unique_ptr<TlsIdentity> tls_;
   std::vector<std::unique_ptr<HttpServer>> servers_;

@@ -8,25 +8,25 @@ namespace vantry_sim {
 namespace {
 
 /// A client that never sends its cookie back makes a session with each request.
-constexpr std::size_t kMostSessions = 10'000;
+constexpr std::size_t mostSessions = 10'000;
 
 }  // namespace
 
 SessionTicket SessionTable::Enter(std::string_view cookies, std::string_view user, std::int64_t now) {
-  std::string id(CookieValue(cookies, kCookie));
+  std::string id(CookieValue(cookies, cookieName));
   const auto found = sessions_.find(id);
   if (found != sessions_.end() && found->second.listed.user == user && Lives(found->second, now)) {
-    found->second.listed.last_used = now;
+    found->second.listed.lastUsed = now;
     return {std::move(id), found->second.nonce, false};
   }
-  if (sessions_.size() >= kMostSessions) {
+  if (sessions_.size() >= mostSessions) {
     const auto oldest = std::min_element(
         sessions_.begin(), sessions_.end(),
-        [](const auto& a, const auto& b) { return a.second.listed.last_used < b.second.listed.last_used; });
+        [](const auto& a, const auto& b) { return a.second.listed.lastUsed < b.second.listed.lastUsed; });
     sessions_.erase(oldest);
   }
   id = RandomHexadecimal();
-  Session session{{++last_number_, std::string(user), now, now}, RandomHexadecimal()};
+  Session session{{++lastNumber_, std::string(user), now, now}, RandomHexadecimal()};
   const std::string nonce = session.nonce;
   sessions_[id] = std::move(session);
   return {std::move(id), nonce, true};
@@ -40,7 +40,7 @@ bool SessionTable::HasNonce(std::string_view nonce, std::string_view user, std::
 }
 
 void SessionTable::End(std::string_view cookies) {
-  const auto found = sessions_.find(CookieValue(cookies, kCookie));
+  const auto found = sessions_.find(CookieValue(cookies, cookieName));
   if (found != sessions_.end()) sessions_.erase(found);
 }
 
@@ -59,7 +59,7 @@ std::vector<SessionTable::Listed> SessionTable::List(std::int64_t now) const {
 }
 
 bool SessionTable::Lives(const Session& session, std::int64_t now) const {
-  return now - session.listed.last_used < lifetime_;
+  return now - session.listed.lastUsed < lifetime_;
 }
 
 std::string_view CookieValue(std::string_view cookies, std::string_view name) {

@@ -13,14 +13,14 @@ namespace vantry_sim {
 struct SessionTicket {
   std::string id;     ///< value of the cookie
   std::string nonce;  ///< that writes of this session must bring
-  bool is_new = false;
+  bool isNew = false;
 };
 
 /// The sessions of a server that has them: each of one user, with a nonce of its own, until nothing was asked
 /// in it for a while. They are forgotten with the process. Not for several threads at once.
 class SessionTable {
  public:
-  static constexpr const char* kCookie = "vantry-sim-session";
+  static constexpr const char* cookieName = "vantry-sim-session";
 
   /// @param lifetime milliseconds without a request after which a session ends
   explicit SessionTable(std::int64_t lifetime) : lifetime_(lifetime) {}
@@ -43,7 +43,7 @@ class SessionTable {
     std::uint64_t number = 0;
     std::string user;
     std::int64_t began = 0;
-    std::int64_t last_used = 0;
+    std::int64_t lastUsed = 0;
   };
   [[nodiscard]] std::vector<Listed> List(std::int64_t now) const;
 
@@ -55,7 +55,7 @@ class SessionTable {
   [[nodiscard]] bool Lives(const Session& session, std::int64_t now) const;
 
   std::int64_t lifetime_;
-  std::uint64_t last_number_ = 0;
+  std::uint64_t lastNumber_ = 0;
   std::map<std::string, Session, std::less<>> sessions_;  ///< by the cookie's value
 };
 

@@ -29,7 +29,7 @@ std::string Format(std::int64_t milliseconds, bool fraction) {
   return out + "Z";
 }
 
-/// Takes so many digits and the character behind them off the front.
+/// Takes so many digits and the character after them off the front.
 bool TakeDigits(std::string_view& text, std::size_t count, char behind, int& number) {
   if (text.size() <= count || text[count] != behind || text.front() == '-') return false;
   const auto [end, code] = std::from_chars(text.data(), text.data() + count, number);
@@ -38,7 +38,7 @@ bool TakeDigits(std::string_view& text, std::size_t count, char behind, int& num
   return true;
 }
 
-/// The milliseconds of ".1", ".12" or ".123" with a "Z" behind it, or of a "Z" alone.
+/// The milliseconds of ".1", ".12" or ".123" with a "Z" after it, or of a "Z" alone.
 bool TakeFraction(std::string_view text, int& milliseconds) {
   if (text == "Z") return true;
   if (!text.starts_with('.') || text.size() < 3 || text.size() > 5) return false;

@@ -31,19 +31,19 @@ class TlsTransport final : public Transport {
   Moved Prepare() override {
     ERR_clear_error();
     const int result = SSL_accept(tls_);
-    return result == 1 ? Moved::kDone : After(result);
+    return result == 1 ? Moved::Done : After(result);
   }
 
   Moved Receive(char* data, std::size_t size, std::size_t& count) override {
     ERR_clear_error();
     const int result = SSL_read_ex(tls_, data, size, &count);
-    return result == 1 ? Moved::kDone : After(result);
+    return result == 1 ? Moved::Done : After(result);
   }
 
   Moved Send(const char* data, std::size_t size, std::size_t& count) override {
     ERR_clear_error();
     const int result = SSL_write_ex(tls_, data, size, &count);
-    return result == 1 ? Moved::kDone : After(result);
+    return result == 1 ? Moved::Done : After(result);
   }
 
   [[nodiscard]] bool HasBuffered() const override { return SSL_has_pending(tls_) == 1; }
@@ -60,12 +60,12 @@ class TlsTransport final : public Transport {
   Moved After(int result) {
     switch (SSL_get_error(tls_, result)) {
       case SSL_ERROR_WANT_READ:
-        return Moved::kWaitReadable;
+        return Moved::WaitReadable;
       case SSL_ERROR_WANT_WRITE:
-        return Moved::kWaitWritable;
+        return Moved::WaitWritable;
       default:
         ERR_clear_error();
-        return Moved::kEnd;
+        return Moved::End;
     }
   }
 

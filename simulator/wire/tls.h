@@ -12,7 +12,7 @@ namespace vantry_sim {
 /// A certificate and its key, ready to serve with. Any thread.
 class TlsIdentity {
  public:
-  /// @param certificate, key names of PEM files, the certificate's with the chain behind it. @throws
+  /// @param certificate, key names of PEM files, the certificate's with the chain after it. @throws
   /// std::runtime_error that says which of them is wrong, and why
   TlsIdentity(const std::string& certificate, const std::string& key);
   TlsIdentity(const TlsIdentity&) = delete;

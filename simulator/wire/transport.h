@@ -7,10 +7,10 @@ namespace vantry_sim {
 
 /// How a try to move bytes ended. None of them waits.
 enum class Moved {
-  kDone,          ///< bytes were moved
-  kWaitReadable,  ///< try again when the socket has something to read
-  kWaitWritable,  ///< try again when the socket takes something
-  kEnd,           ///< the other side has closed, or the connection is broken
+  Done,          ///< bytes were moved
+  WaitReadable,  ///< try again when the socket has something to read
+  WaitWritable,  ///< try again when the socket takes something
+  End,           ///< the other side has closed, or the connection is broken
 };
 
 /// What carries the bytes of one connection: the bare socket, or TLS over it. For one thread at a time.
@@ -18,10 +18,10 @@ class Transport {
  public:
   virtual ~Transport() = default;
 
-  /// Makes the connection ready for bytes, step by step. kDone when it is.
+  /// Makes the connection ready for bytes, step by step. Done when it is.
   virtual Moved Prepare() = 0;
 
-  /// @param[out] count bytes that were moved, for kDone
+  /// @param[out] count bytes that were moved, for Done
   virtual Moved Receive(char* data, std::size_t size, std::size_t& count) = 0;
   virtual Moved Send(const char* data, std::size_t size, std::size_t& count) = 0;
 

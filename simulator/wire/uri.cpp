@@ -42,7 +42,7 @@ std::optional<std::string> PercentDecode(std::string_view text) {
 }
 
 std::string PercentEncode(std::string_view text) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
+  constexpr char digits[] = "0123456789ABCDEF";
   std::string out;
   for (const char c : text) {
     if (IsUnreserved(c)) {
@@ -51,8 +51,8 @@ std::string PercentEncode(std::string_view text) {
     }
     const auto byte = static_cast<unsigned char>(c);
     out += '%';
-    out += kDigits[byte >> 4];
-    out += kDigits[byte & 15];
+    out += digits[byte >> 4];
+    out += digits[byte & 15];
   }
   return out;
 }

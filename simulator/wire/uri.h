@@ -8,14 +8,14 @@
 
 namespace vantry_sim {
 
-/// A request target in its parts: everything before the first "?", and everything behind it.
+/// A request target in its parts: everything before the first "?", and everything after it.
 struct TargetParts {
   std::string_view path;
   std::string_view query;
 };
 TargetParts SplitTarget(std::string_view target);
 
-/// Decodes "%" escapes. Nothing when a "%" has no two hexadecimal digits behind it, or for an escaped zero
+/// Decodes "%" escapes. Nothing when a "%" has no two hexadecimal digits after it, or for an escaped zero
 /// byte, which no name of this server holds. "+" stays "+".
 std::optional<std::string> PercentDecode(std::string_view text);
 

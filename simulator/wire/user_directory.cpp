@@ -5,7 +5,7 @@
 namespace vantry_sim {
 
 UserDirectory::UserDirectory(std::vector<UserCredentials> users, std::vector<UserCredentials> tokens)
-    : first_users_(std::move(users)), first_tokens_(std::move(tokens)) {
+    : firstUsers_(std::move(users)), firstTokens_(std::move(tokens)) {
   Reset();
 }
 
@@ -29,9 +29,9 @@ void UserDirectory::AddToken(std::string_view name, std::string_view token) {
 bool UserDirectory::Remove(std::string_view name) {
   const std::lock_guard lock(mutex_);
   const auto found = passwords_.find(name);
-  const bool had_password = found != passwords_.end();
-  if (had_password) passwords_.erase(found);
-  return std::erase_if(tokens_, [&](const auto& entry) { return entry.second == name; }) > 0 || had_password;
+  const bool hadPassword = found != passwords_.end();
+  if (hadPassword) passwords_.erase(found);
+  return std::erase_if(tokens_, [&](const auto& entry) { return entry.second == name; }) > 0 || hadPassword;
 }
 
 void UserDirectory::Reset() {
@@ -39,8 +39,8 @@ void UserDirectory::Reset() {
   passwords_.clear();
   tokens_.clear();
   // Of two passwords for one name the first counts, as it did before there could be others.
-  for (const UserCredentials& user : first_users_) passwords_.emplace(user.name, user.password);
-  for (const UserCredentials& token : first_tokens_) tokens_.emplace(token.password, token.name);
+  for (const UserCredentials& user : firstUsers_) passwords_.emplace(user.name, user.password);
+  for (const UserCredentials& token : firstTokens_) tokens_.emplace(token.password, token.name);
   open_ = passwords_.empty() && tokens_.empty();
 }
 
@@ -56,12 +56,12 @@ std::optional<std::string> UserDirectory::NameOf(std::string_view token) const {
   return found == tokens_.end() ? std::nullopt : std::optional(found->second);
 }
 
-bool UserDirectory::has_tokens() const {
+bool UserDirectory::hasTokens() const {
   const std::lock_guard lock(mutex_);
   return !tokens_.empty();
 }
 
-bool UserDirectory::only_tokens() const {
+bool UserDirectory::onlyTokens() const {
   const std::lock_guard lock(mutex_);
   return passwords_.empty() && !tokens_.empty();
 }

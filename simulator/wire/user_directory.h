@@ -32,21 +32,21 @@ class UserDirectory {
   /// The user whose token it is.
   [[nodiscard]] std::optional<std::string> NameOf(std::string_view token) const;
   /// Whether there are tokens at all.
-  [[nodiscard]] bool has_tokens() const;
+  [[nodiscard]] bool hasTokens() const;
   /// Whether nobody has a password, though somebody has a token.
-  [[nodiscard]] bool only_tokens() const;
+  [[nodiscard]] bool onlyTokens() const;
 
   /// A user as others may know it.
   struct Listed {
     std::string name;
-    bool has_password = false;
+    bool hasPassword = false;
     std::size_t tokens = 0;
   };
   [[nodiscard]] std::vector<Listed> List() const;
 
  private:
-  const std::vector<UserCredentials> first_users_;
-  const std::vector<UserCredentials> first_tokens_;
+  const std::vector<UserCredentials> firstUsers_;
+  const std::vector<UserCredentials> firstTokens_;
   mutable std::mutex mutex_;
   bool open_ = true;
   std::map<std::string, std::string, std::less<>> passwords_;  ///< by name

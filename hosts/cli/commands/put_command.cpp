@@ -268,7 +268,7 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
        "Store a content of another kind over a document that may be a Fenlet; its viewable, metadata and "
        "links go."},
       {"kind", 0, "KIND", false, Completion::Nothing, "fenlet, general or ugc; fenlet unless given."},
-      {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in behind the store."},
+      {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in after the store."},
       {"stop-on-error", 0, nullptr, false, Completion::Nothing,
        "Of several files, send nothing further when one has failed."},
   };

@@ -28,7 +28,7 @@ check_links() {
   done < <(awk '/^```/ {code = !code} !code' "$1" | grep -oE '\]\([^)#]+' | cut -c 3- | grep -vE '^https?:' || true)
 }
 
-for page in README.md CONTRIBUTING.md CHANGELOG.md SECURITY.md docs/*.md docs/decisions/*.md; do
+for page in README.md CONTRIBUTING.md CHANGELOG.md SECURITY.md docs/*.md docs/decisions/*.md tests/README.md; do
   check_paths "$page"
   check_links "$page"
 done

@@ -11,7 +11,7 @@ using testing::HasSubstr;
 
 namespace vtdirect_test {
 
-constexpr const char* kConfiguration = R"(
+constexpr const char* cutConfiguration = R"(
 daemon off;
 master_process off;
 pid @HOME@/nginx.pid;
@@ -56,10 +56,10 @@ class DyingBehindNginx : public VtDirect {
     });
     const std::string home = nginxHome_.path();
     WriteFile(home + "/nginx.conf",
-              Filled(kConfiguration, {{"HOME", home},
-                                      {"PORT", std::to_string(port_)},
-                                      {"SIMULATOR", server().authority()},
-                                      {"BACKEND", "127.0.0.1:" + std::to_string(backend_->port())}}));
+              Filled(cutConfiguration, {{"HOME", home},
+                                        {"PORT", std::to_string(port_)},
+                                        {"SIMULATOR", server().authority()},
+                                        {"BACKEND", "127.0.0.1:" + std::to_string(backend_->port())}}));
     nginx_.emplace(
         std::vector<std::string>{program_, "-p", home, "-c", home + "/nginx.conf", "-e", home + "/nginx.log"},
         port_, home + "/nginx.log");
@@ -68,20 +68,20 @@ class DyingBehindNginx : public VtDirect {
   /// Stores a file of 200,000 bytes, and fetches it in place of an old one.
   ProcessResult StoreAndFetch() {
     WriteFile(Here("large.lxz"), std::string(200'000, 'c'));
-    const ProcessResult stored = Run({"put", "large.lxz", kAddress, "--checkin"});
+    const ProcessResult stored = Run({"put", "large.lxz", largeAddress, "--checkin"});
     EXPECT_EQ(stored.status, 0) << stored.err;
     WriteFile(Here("large.lxz"), "old");
-    return Run({"get", "--force", kAddress, "-o", "large.lxz"});
+    return Run({"get", "--force", largeAddress, "-o", "large.lxz"});
   }
   void ExpectOldFileKept(const ProcessResult& result) {
     EXPECT_EQ(result.status, 7) << result.err;
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.err, HasSubstr(kAddress));
+    EXPECT_THAT(result.err, HasSubstr(largeAddress));
     EXPECT_EQ(ReadFile(Here("large.lxz")), "old");
     EXPECT_THAT(HereNames(), ElementsAre("large.lxz"));
   }
 
-  static constexpr const char* kAddress = "//front/Products/Trekking Bike/Folders/Frame/large.lxz";
+  static constexpr const char* largeAddress = "//front/Products/Trekking Bike/Folders/Frame/large.lxz";
   const int port_ = UnusedPort();
   std::string program_;
   TemporaryDirectory nginxHome_;

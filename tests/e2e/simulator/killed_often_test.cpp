@@ -82,7 +82,7 @@ class KilledOften : public SimulatorProcess {
 /// What a server has answered.
 struct Answered {
   std::map<int, std::string> made;
-  std::map<int, std::string> checked_in;
+  std::map<int, std::string> checkedIn;
   int snapshots = 0;
   int number = 0;  ///< of the next document
 };
@@ -96,7 +96,7 @@ void WriteUntilKilled(int port, Answered& answered) {
     answered.made[number] = id;
     const std::string next = writer.CheckOutAndIn(id);
     if (next.empty()) return;
-    answered.checked_in[number] = next;
+    answered.checkedIn[number] = next;
   }
 }
 
@@ -106,7 +106,7 @@ TEST_F(KilledOften, KeepsEveryAnsweredUploadCheckinAndSnapshotWhole) {
     KillDuring([&](Process& process, int port) {
       std::thread snapshots([&] {
         try {
-          RawClient admin(process.admin_port());
+          RawClient admin(process.adminPort());
           while (Control(admin, "PUT", "/snapshots/s" + std::to_string(answered.snapshots)).status == 200) {
             ++answered.snapshots;
             // Somebody else gets his turn.
@@ -123,16 +123,16 @@ TEST_F(KilledOften, KeepsEveryAnsweredUploadCheckinAndSnapshotWhole) {
     });
   }
   std::printf("%d kills; answered: %zu documents, %zu check-ins, %d snapshots\n", kills_,
-              answered.made.size(), answered.checked_in.size(), answered.snapshots);
+              answered.made.size(), answered.checkedIn.size(), answered.snapshots);
   // How many depends on the machine.
-  EXPECT_GT(answered.checked_in.size(), 0U);
+  EXPECT_GT(answered.checkedIn.size(), 0U);
   EXPECT_GT(answered.snapshots, 0);
 
   Process process(Arguments({"--admin-port", "0"}));
   RawClient client(process.ReadyPort());
   EXPECT_EQ(IntegrityOf(Database()), "ok\n");
   for (const auto& [number, id] : answered.made) ExpectWhole(client, id, number);
-  for (const auto& [number, id] : answered.checked_in) ExpectWhole(client, id, number);
+  for (const auto& [number, id] : answered.checkedIn) ExpectWhole(client, id, number);
   for (const auto& entry : std::filesystem::directory_iterator(directory_ / "data/content"))
     EXPECT_NE(entry.path().filename().string().rfind("incoming-", 0), 0U) << entry.path();
   for (int i = 0; i < answered.snapshots; ++i) {
@@ -142,7 +142,7 @@ TEST_F(KilledOften, KeepsEveryAnsweredUploadCheckinAndSnapshotWhole) {
     }
     ASSERT_TRUE(std::filesystem::exists(file)) << file;
   }
-  RawClient admin(process.admin_port());
+  RawClient admin(process.adminPort());
   const std::string last = std::to_string(answered.snapshots - 1);
   EXPECT_EQ(Control(admin, "POST", "/snapshots/s" + last).status, 200);
   EXPECT_EQ(client.Get("/servlet/rest/v1/dkm/documents/D1001").status, 200);
@@ -153,7 +153,7 @@ TEST_F(KilledOften, WhileStatesAreRestoredHoldsOneOfThemWhole) {
   {
     Process process(Arguments({"--admin-port", "0"}));
     RawClient client(process.ReadyPort());
-    RawClient admin(process.admin_port());
+    RawClient admin(process.adminPort());
     before = client.Get("/servlet/rest/v1/dkm/documents/D1002").body;
     EXPECT_EQ(Control(admin, "DELETE", "/documents/D1001").status, 204);
     EXPECT_EQ(Control(admin, "PUT", "/snapshots/less").status, 200);
@@ -166,7 +166,7 @@ TEST_F(KilledOften, WhileStatesAreRestoredHoldsOneOfThemWhole) {
       // 0 is a server that was killed before it answered.
       EXPECT_TRUE(fork == 0 || fork == 200 || fork == 404) << fork;
       EXPECT_TRUE(tree.empty() || Member(tree, "id") == Member(before, "id")) << tree;
-      RawClient admin(process.admin_port());
+      RawClient admin(process.adminPort());
       while (Control(admin, "POST", "/reset").status == 200 &&
              Control(admin, "POST", "/snapshots/less").status == 200) {
       }
@@ -175,7 +175,7 @@ TEST_F(KilledOften, WhileStatesAreRestoredHoldsOneOfThemWhole) {
   Process process(Arguments({"--admin-port", "0"}));
   RawClient client(process.ReadyPort());
   EXPECT_EQ(IntegrityOf(Database()), "ok\n");
-  RawClient admin(process.admin_port());
+  RawClient admin(process.adminPort());
   EXPECT_EQ(Control(admin, "POST", "/snapshots/less").status, 200);
   EXPECT_EQ(client.Get("/servlet/rest/v1/dkm/documents/D1001").status, 404);
   EXPECT_EQ(Control(admin, "POST", "/reset").status, 200);

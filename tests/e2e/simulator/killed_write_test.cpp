@@ -53,16 +53,16 @@ TEST_F(SimulatorProcess, LongUploadIsNotHeldInMemory) {
   const int port = process.ReadyPort();
   ASSERT_GT(port, 0);
   const UploadPlan plan = WritingClient(port).Plan();
-  constexpr std::size_t kBlocks = 200;
+  constexpr std::size_t blocks = 200;
   const std::string block(1024 * 1024, 'x');
   RawClient uploads(plan.port);
   uploads.Send(plan.head + "Content-Length: " +
-               std::to_string(plan.front.size() + kBlocks * block.size() + plan.end.size()) + "\r\n\r\n" +
+               std::to_string(plan.front.size() + blocks * block.size() + plan.end.size()) + "\r\n\r\n" +
                plan.front);
-  for (std::size_t i = 0; i < kBlocks; ++i) uploads.Send(block);
+  for (std::size_t i = 0; i < blocks; ++i) uploads.Send(block);
   uploads.Send(plan.end);
   EXPECT_EQ(uploads.Read(60'000).status, 200);
-  EXPECT_EQ(std::filesystem::file_size(directory_ / "data/content" / plan.stream), kBlocks * block.size());
+  EXPECT_EQ(std::filesystem::file_size(directory_ / "data/content" / plan.stream), blocks * block.size());
 
   const long peak = process.PeakKilobytes();
   EXPECT_GT(peak, 0);

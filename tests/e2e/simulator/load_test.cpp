@@ -14,15 +14,15 @@
 namespace vantry_sim {
 namespace {
 
-constexpr const char* kFork = "/servlet/rest/v1/dkm/documents/D1001";
-constexpr const char* kScan = "/servlet/rest/v1/content/streams/10090/x";
+constexpr const char* forkPath = "/servlet/rest/v1/dkm/documents/D1001";
+constexpr const char* scan = "/servlet/rest/v1/content/streams/10090/x";
 #ifdef __SANITIZE_ADDRESS__
 // The sanitizer keeps what was given back for a while, and marks all memory in a map of its own.
-constexpr long kMemoryFactor = 8;
+constexpr long memoryFactor = 8;
 #else
-constexpr long kMemoryFactor = 1;
+constexpr long memoryFactor = 1;
 #endif
-constexpr long kMebibyte = 1024;
+constexpr long mebibyte = 1024;
 
 using Clients = std::vector<std::unique_ptr<RawClient>>;
 
@@ -43,21 +43,21 @@ class UnderLoad : public SimulatorProcess {
   /// Somebody else is answered, and answered quickly enough to be called so.
   static void ExpectOthersAreAnswered(int port) {
     const auto begin = std::chrono::steady_clock::now();
-    constexpr int kRequests = 50;
+    constexpr int requests = 50;
     RawClient kept(port, "127.0.0.2");
-    for (int i = 0; i < kRequests; ++i) {
-      EXPECT_EQ(kept.Get(kFork).status, 200);
-      EXPECT_EQ(RawClient(port, "127.0.0.2").Get(kFork).status, 200);
+    for (int i = 0; i < requests; ++i) {
+      EXPECT_EQ(kept.Get(forkPath).status, 200);
+      EXPECT_EQ(RawClient(port, "127.0.0.2").Get(forkPath).status, 200);
     }
     const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - begin;
-    std::printf("others: %.2f ms a request\n", took.count() / (2 * kRequests));
+    std::printf("others: %.2f ms a request\n", took.count() / (2 * requests));
   }
 
   static void ExpectMemory(const Process& process, long mebibytes) {
     const long peak = process.PeakKilobytes();
     std::printf("highest resident memory: %ld KiB\n", peak);
     EXPECT_GT(peak, 0);
-    EXPECT_LT(peak, mebibytes * kMebibyte * kMemoryFactor);
+    EXPECT_LT(peak, mebibytes * mebibyte * memoryFactor);
   }
 };
 
@@ -71,7 +71,7 @@ TEST_F(UnderLoad, ThousandsOfOpenConnectionsKeepNobodyWaiting) {
   for (std::size_t i = 0; i < count; ++i) {
     clients.push_back(std::make_unique<RawClient>(port));
     if (i % 10 == 0) {
-      EXPECT_EQ(clients.back()->Get(kFork).status, 200);
+      EXPECT_EQ(clients.back()->Get(forkPath).status, 200);
     }
     if (i % 10 == 1) clients.back()->Send("GET / HTTP/1.1\r\nHos");
   }
@@ -79,7 +79,7 @@ TEST_F(UnderLoad, ThousandsOfOpenConnectionsKeepNobodyWaiting) {
   ExpectOthersAreAnswered(port);
   ExpectMemory(process, 100);
   // The ones that were open all the time are still served.
-  for (std::size_t i = 0; i < count; i += 1000) EXPECT_EQ(clients[i]->Get(kFork).status, 200);
+  for (std::size_t i = 0; i < count; i += 1000) EXPECT_EQ(clients[i]->Get(forkPath).status, 200);
 }
 
 TEST_F(UnderLoad, ThousandSlowClientsKeepNobodyWaiting) {
@@ -90,7 +90,7 @@ TEST_F(UnderLoad, ThousandSlowClientsKeepNobodyWaiting) {
   for (int i = 0; i < 400; ++i) {
     readers.push_back(std::make_unique<RawClient>(port));
     readers.back()->ReceiveLittle();
-    readers.back()->Send(std::string("GET ") + kScan + " HTTP/1.1\r\nHost: h\r\n\r\n");
+    readers.back()->Send(std::string("GET ") + scan + " HTTP/1.1\r\nHost: h\r\n\r\n");
     writers.push_back(std::make_unique<RawClient>(port));
     writers.back()->Send(
         "POST /servlet/rest/v1/dkm/documents HTTP/1.1\r\nHost: h\r\nContent-Length: 1000\r\n\r\n");
@@ -142,14 +142,14 @@ TEST_F(UnderLoad, LongBodiesTogetherHaveABound) {
   Process process(Arguments());
   const int port = process.ReadyPort();
   ASSERT_GT(port, 0);
-  constexpr std::size_t kLong = 15'000'000;
-  const std::string almost(kLong - 1, ' ');
+  constexpr std::size_t longLength = 15'000'000;
+  const std::string almost(longLength - 1, ' ');
   Clients clients;
   // None of them ends, so that each keeps what it has sent.
   for (int i = 0; i < 24; ++i) {
     clients.push_back(std::make_unique<RawClient>(port));
     clients.back()->Send("POST /servlet/rest/v1/dkm/documents HTTP/1.1\r\nHost: h\r\nContent-Length: " +
-                         std::to_string(kLong) + "\r\n\r\n" + almost);
+                         std::to_string(longLength) + "\r\n\r\n" + almost);
   }
   // 192 MiB hold thirteen of them. Those that are refused hear of it when the server has read so far.
   std::size_t kept = clients.size();
@@ -180,8 +180,8 @@ TEST_F(UnderLoad, LongAnswersThatNobodyReadsHaveABound) {
   const int port = process.ReadyPort();
   ASSERT_GT(port, 0);
   Clients clients;
-  constexpr int kClients = 36;
-  for (int i = 0; i < kClients; ++i) {
+  constexpr int clientCount = 36;
+  for (int i = 0; i < clientCount; ++i) {
     clients.push_back(std::make_unique<RawClient>(port));
     clients.back()->ReceiveLittle();
     clients.back()->Send("GET " + LongList(i) + " HTTP/1.1\r\nHost: h\r\n\r\n");
@@ -193,16 +193,16 @@ TEST_F(UnderLoad, LongAnswersThatNobodyReadsHaveABound) {
     refused += status == 503 ? 1 : 0;
   }
   std::printf("%d given, %d refused\n", given, refused);
-  EXPECT_EQ(given + refused, kClients);
+  EXPECT_EQ(given + refused, clientCount);
   EXPECT_GT(given, 0);
   EXPECT_GT(refused, 0);
   // A quarter is left for others.
-  EXPECT_EQ(RawClient(port, "127.0.0.2").Get(LongList(kClients)).status, 200);
+  EXPECT_EQ(RawClient(port, "127.0.0.2").Get(LongList(clientCount)).status, 200);
   // What is held, and what the allocator keeps of the making of those that were refused.
   ExpectMemory(process, 600);
   clients.clear();
   for (int tries = 0; tries < 100; ++tries) {
-    if (RawClient(port).Get(LongList(kClients + 1 + tries)).status == 200) return;
+    if (RawClient(port).Get(LongList(clientCount + 1 + tries)).status == 200) return;
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
   ADD_FAILURE() << "there is no room for one answer";

@@ -12,7 +12,7 @@
 
 namespace vantry_sim {
 
-Process::Process(const std::vector<std::string>& arguments, bool closed_output) {
+Process::Process(const std::vector<std::string>& arguments, bool closedOutput) {
   int ends[2];
   EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
   std::vector<char*> argv{const_cast<char*>(VANTRY_SIM_PROGRAM)};
@@ -21,7 +21,7 @@ Process::Process(const std::vector<std::string>& arguments, bool closed_output) 
   id_ = fork();
   if (id_ == 0) {
     dup2(ends[1], STDOUT_FILENO);
-    if (closed_output) close(STDOUT_FILENO);
+    if (closedOutput) close(STDOUT_FILENO);
     execv(argv[0], argv.data());
     _exit(127);
   }
@@ -57,7 +57,7 @@ int Process::ReadyPort() {
     ADD_FAILURE() << "not a ready line: " << line;
     return 0;
   }
-  admin_port_ = std::atoi(match[4].str().c_str());
+  adminPort_ = std::atoi(match[4].str().c_str());
   return std::atoi(match[1].str().c_str());
 }
 

@@ -12,8 +12,8 @@ namespace vantry_sim {
 /// A started vantry-sim with its standard output. Killed at the end if it still runs.
 class Process {
  public:
-  /// @param closed_output  it has no standard output at all
-  explicit Process(const std::vector<std::string>& arguments, bool closed_output = false);
+  /// @param closedOutput  it has no standard output at all
+  explicit Process(const std::vector<std::string>& arguments, bool closedOutput = false);
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
   ~Process();
@@ -25,7 +25,7 @@ class Process {
   int ReadyPort();
 
   /// The admin's port of the ready line, once it was read; 0 without one.
-  [[nodiscard]] int admin_port() const { return admin_port_; }
+  [[nodiscard]] int adminPort() const { return adminPort_; }
 
   void Signal(int signal) const;
   [[nodiscard]] pid_t id() const { return id_; }
@@ -39,7 +39,7 @@ class Process {
  private:
   pid_t id_ = -1;
   int output_ = -1;
-  int admin_port_ = 0;
+  int adminPort_ = 0;
 };
 
 /// A directory of its own for each test.

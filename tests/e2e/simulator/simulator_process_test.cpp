@@ -15,7 +15,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr const char* kFork = "/servlet/rest/v1/dkm/documents/D1001";
+constexpr const char* forkPath = "/servlet/rest/v1/dkm/documents/D1001";
 
 TEST_F(SimulatorProcess, PrintsOneReadyLineAndEndsCleanlyOnEitherSignal) {
   for (const int signal : {SIGTERM, SIGINT}) {
@@ -23,7 +23,7 @@ TEST_F(SimulatorProcess, PrintsOneReadyLineAndEndsCleanlyOnEitherSignal) {
     const int port = process.ReadyPort();
     ASSERT_GT(port, 0);
     RawClient client(port);
-    EXPECT_EQ(client.Get(std::string("/vt") + kFork).status, 200);
+    EXPECT_EQ(client.Get(std::string("/vt") + forkPath).status, 200);
     process.Signal(signal);
     EXPECT_EQ(process.Line(), "");
     EXPECT_EQ(process.Wait(), 0);
@@ -74,7 +74,7 @@ TEST_F(SimulatorProcess, KilledWhileSeedingIsSeededAtTheNextStart) {
   }
   Process process(Arguments());
   RawClient client(process.ReadyPort());
-  EXPECT_EQ(client.Get(kFork).status, 200);
+  EXPECT_EQ(client.Get(forkPath).status, 200);
 }
 
 TEST_F(SimulatorProcess, TakenPortEndsWithOne) {
@@ -88,9 +88,9 @@ TEST_F(SimulatorProcess, TakenPortEndsWithOne) {
 TEST_F(SimulatorProcess, AdminPortIsToldOnTheReadyLineAndControlsTheServer) {
   Process process(Arguments({"--admin-port", "0", "--user", "anna:pw", "--latency", "1"}));
   const int port = process.ReadyPort();
-  ASSERT_GT(process.admin_port(), 0);
+  ASSERT_GT(process.adminPort(), 0);
   RawClient client(port);
-  RawClient admin(process.admin_port());
+  RawClient admin(process.adminPort());
   const auto control = [&](const std::string& method, const std::string& target,
                            const std::string& body = {}) {
     admin.Send(method + " " + target + " HTTP/1.1\r\nHost: 127.0.0.1:1\r\nContent-Length: " +
@@ -98,19 +98,19 @@ TEST_F(SimulatorProcess, AdminPortIsToldOnTheReadyLineAndControlsTheServer) {
     return admin.Read();
   };
   const std::string anna = "Authorization: Basic YW5uYTpwdw==\r\n";
-  EXPECT_EQ(client.Get(kFork, anna).status, 200);
+  EXPECT_EQ(client.Get(forkPath, anna).status, 200);
   EXPECT_EQ(control("DELETE", "/documents/D1001").status, 204);
-  EXPECT_EQ(client.Get(kFork, anna).status, 404);
+  EXPECT_EQ(client.Get(forkPath, anna).status, 404);
   EXPECT_EQ(control("POST", "/faults", "{\"rule\":\"GET *D1001=418*1\"}").status, 201);
-  EXPECT_EQ(client.Get(kFork, anna).status, 418);
+  EXPECT_EQ(client.Get(forkPath, anna).status, 418);
   EXPECT_EQ(control("POST", "/reset").status, 200);
-  EXPECT_EQ(client.Get(kFork, anna).status, 200);
+  EXPECT_EQ(client.Get(forkPath, anna).status, 200);
   const auto requests = control("GET", "/requests?path=*D1001&count=1&wait=10000");
   EXPECT_EQ(requests.status, 200);
   EXPECT_EQ(requests.body.find("YW5uYTpwdw"), std::string::npos);
   // Whoever waits is let go when the server ends.
   admin.Send("GET /requests?path=/never&wait=60000 HTTP/1.1\r\nHost: 127.0.0.1:1\r\n\r\n");
-  EXPECT_EQ(client.Get(kFork, anna).status, 200);
+  EXPECT_EQ(client.Get(forkPath, anna).status, 200);
   process.Signal(SIGTERM);
   EXPECT_EQ(process.Wait(), 0);
 }
@@ -130,7 +130,7 @@ TEST_F(SimulatorProcess, AdminPortIsOnTheLoopbackAloneAndOffWithoutItsOption) {
   EXPECT_NE(listening.find(place), std::string::npos);
   Process plain({"--port", "0", "--data", (directory_ / "other").string(), "--large", "1"});
   EXPECT_GT(plain.ReadyPort(), 0);
-  EXPECT_EQ(plain.admin_port(), 0);
+  EXPECT_EQ(plain.adminPort(), 0);
 }
 
 /// Runs the program to its end. @return its exit code, and what it said on either way
@@ -150,7 +150,7 @@ TEST_F(SimulatorProcess, SecondServerOnTheSameDataSaysSoAndEnds) {
   const std::string data = (directory_ / "data").string();
   EXPECT_EQ(RunToItsEnd("--port 0 --data " + data, directory_),
             std::pair(1, "vantry-sim: another vantry-sim uses " + data + "\n"));
-  EXPECT_EQ(RawClient(port).Get(kFork).status, 200);
+  EXPECT_EQ(RawClient(port).Get(forkPath).status, 200);
 }
 
 TEST_F(SimulatorProcess, StateFileIsLookedAtWithoutAServer) {
@@ -181,7 +181,7 @@ TEST_F(SimulatorProcess, ExportWritesAStateThatAnotherServerBeginsWith) {
             std::pair(0, std::string()));
   Process process({"--port", "0", "--data", (directory_ / "other").string(), "--seed", "file:" + state});
   RawClient client(process.ReadyPort());
-  EXPECT_NE(client.Get(kFork).body.find("\"fork.lxz\""), std::string::npos);
+  EXPECT_NE(client.Get(forkPath).body.find("\"fork.lxz\""), std::string::npos);
 }
 
 TEST_F(SimulatorProcess, SeedOfAFilledDirectoryIsIgnoredWithAWord) {

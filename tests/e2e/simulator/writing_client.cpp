@@ -7,7 +7,7 @@
 namespace vantry_sim {
 namespace {
 
-const std::string kDocuments = "/servlet/rest/v1/dkm/documents";
+const std::string documentsPath = "/servlet/rest/v1/dkm/documents";
 
 }  // namespace
 
@@ -28,7 +28,7 @@ std::string NameOf(int number) {
 }
 
 void ExpectWhole(RawClient& client, const std::string& id, int number) {
-  const auto document = client.Get(kDocuments + "/" + id);
+  const auto document = client.Get(documentsPath + "/" + id);
   ASSERT_EQ(document.status, 200) << id;
   EXPECT_EQ(Member(document.body, "cadName"), NameOf(number));
   const std::string stream = Member(document.body, "streamId");
@@ -48,7 +48,7 @@ std::string WritingClient::Make(int number) {
   const std::string receipt = plan.port > 0 ? Upload(plan, BytesOf(number)) : std::string();
   if (receipt.empty()) return {};
   const auto made = main_.Post(
-      kDocuments, json_,
+      documentsPath, json_,
       R"({"createInstructions":[{"epmDocument":{"epmMaster":{"cadName":")" + NameOf(number) +
           R"("},"cadContent":{"contentSections":[{"category":"FENLET","fileName":"{$CAD_NAME}","streamId":)" +
           plan.stream + R"(,"uploadInfo":{"encodedCCD":")" + receipt +

@@ -27,7 +27,7 @@ std::string WithoutComments(const std::string& text) {
   return std::regex_replace(text, std::regex(R"(//[^\n]*|/\*[\s\S]*?\*/)"), "");
 }
 
-// The pieces between the commas of a list that begins behind `start`; none for a list without an end.
+// The pieces between the commas of a list that begins after `start`; none for a list without an end.
 std::vector<std::string> Pieces(const std::string& text, std::size_t start) {
   std::vector<std::string> pieces(1);
   int depth = 0;

@@ -8,7 +8,7 @@ namespace vantry_sim {
 /// A simulator that is controlled, without its HTTP.
 class AdminTest : public WriteTest {
  protected:
-  AdminTest() { options_.admin_port = 0; }
+  AdminTest() { options_.adminPort = 0; }
 
   Response Admin(const std::string& method, const std::string& target, const std::string& body = {},
                  const std::string& type = "application/json") {
@@ -20,7 +20,7 @@ class AdminTest : public WriteTest {
     request.target = target;
     request.host = "127.0.0.1:1";
     request.body = body;
-    request.content_type = type;
+    request.contentType = type;
     return admin_->Handle(request);
   }
 

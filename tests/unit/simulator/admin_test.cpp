@@ -7,7 +7,7 @@
 namespace vantry_sim {
 namespace {
 
-const std::string kDocument = "/servlet/rest/v1/dkm/documents/";
+const std::string documentPath = "/servlet/rest/v1/dkm/documents/";
 
 std::string Code(const rapidjson::Document& document) {
   return document["error"]["code"].GetString();
@@ -16,18 +16,18 @@ std::string Code(const rapidjson::Document& document) {
 TEST_F(AdminTest, ResetMakesEverythingAsItWasAtTheStart) {
   options_.faults = {"GET /a=500"};
   options_.users = {{"anna", "pw"}};
-  const std::string before = Get(kDocument + "D1001").body;
+  const std::string before = Get(documentPath + "D1001").body;
   const std::string nonce = Nonce();
-  PostJson(kDocuments, CreateBody(Instruction("", "new.lxz", Upload({"x"})[0])));
+  PostJson(documentsPath, CreateBody(Instruction("", "new.lxz", Upload({"x"})[0])));
   EXPECT_EQ(Admin("DELETE", "/documents/D1001").status, 204);
   EXPECT_EQ(Admin("POST", "/faults", R"({"rule":"GET /b=404"})").status, 201);
   EXPECT_EQ(Admin("PUT", "/users/zoe", R"({"password":"z"})").status, 200);
   EXPECT_EQ(Admin("PUT", "/clock", R"({"time":"2040-01-01T00:00:00Z"})").status, 200);
   EXPECT_EQ(Admin("PUT", "/generation", R"({"generation":"gateway"})").status, 200);
-  EXPECT_EQ(Get(kDocument + "D1001").status, 404);
+  EXPECT_EQ(Get(documentPath + "D1001").status, 404);
 
   EXPECT_EQ(Admin("POST", "/reset").status, 200);
-  EXPECT_EQ(Get(kDocument + "D1001").body, before);
+  EXPECT_EQ(Get(documentPath + "D1001").body, before);
   EXPECT_EQ(
       Get("/servlet/rest/objects?typeId=vn.epm.EPMDocument&$select=number&$filter=CADName%20eq%20'new.lxz'")
           .body,
@@ -45,7 +45,8 @@ TEST_F(AdminTest, ResetMakesEverythingAsItWasAtTheStart) {
 TEST_F(AdminTest, IdsOfNewThingsAreTheSameAfterEachReset) {
   const auto make = [&] {
     return std::string(
-        PostJson(kDocuments, CreateBody(Instruction("", "new.lxz", Upload({"x"})[0])))[0]["id"].GetString());
+        PostJson(documentsPath, CreateBody(Instruction("", "new.lxz", Upload({"x"})[0])))[0]["id"]
+            .GetString());
   };
   const std::string id = make();
   Admin("POST", "/reset");
@@ -55,11 +56,11 @@ TEST_F(AdminTest, IdsOfNewThingsAreTheSameAfterEachReset) {
 TEST_F(AdminTest, ResetWorksBehindARestart) {
   Start();
   Admin("DELETE", "/documents/D1001");
-  options_.seed.kind = Seed::Kind::kEmpty;
+  options_.seed.kind = Seed::Kind::Empty;
   Start();
-  EXPECT_EQ(Get(kDocument + "D1001").status, 404);
+  EXPECT_EQ(Get(documentPath + "D1001").status, 404);
   EXPECT_EQ(Admin("POST", "/reset").status, 200);
-  EXPECT_EQ(Get(kDocument + "D1001").status, 200);
+  EXPECT_EQ(Get(documentPath + "D1001").status, 200);
 }
 
 TEST_F(AdminTest, ResetWorksWhereAServerWasKilledBeforeItHadCopiedItsSeed) {
@@ -72,7 +73,7 @@ TEST_F(AdminTest, ResetWorksWhereAServerWasKilledBeforeItHadCopiedItsSeed) {
   Start();
   Admin("DELETE", "/documents/D1001");
   EXPECT_EQ(Admin("POST", "/reset").status, 200);
-  EXPECT_EQ(Get(kDocument + "D1001").status, 200);
+  EXPECT_EQ(Get(documentPath + "D1001").status, 200);
 }
 
 TEST_F(AdminTest, StateOfLaterIsNeverKeptAsTheSeed) {
@@ -81,7 +82,7 @@ TEST_F(AdminTest, StateOfLaterIsNeverKeptAsTheSeed) {
   Admin("DELETE", "/documents/D1001");
   Start();
   EXPECT_EQ(Admin("POST", "/reset").status, 200);
-  EXPECT_EQ(Get(kDocument + "D1001").status, 200);
+  EXPECT_EQ(Get(documentPath + "D1001").status, 200);
 }
 
 TEST_F(AdminTest, DirectoryWithoutACopyOfItsSeedSaysSo) {
@@ -93,21 +94,21 @@ TEST_F(AdminTest, DirectoryWithoutACopyOfItsSeedSaysSo) {
 TEST_F(AdminTest, SnapshotBringsTheStateBackAndItsContents) {
   Start();
   const auto first =
-      PostJson(kDocuments, CreateBody(Instruction("", "first.lxz", Upload({"first bytes"})[0])));
-  const std::string first_id = first[0]["id"].GetString();
+      PostJson(documentsPath, CreateBody(Instruction("", "first.lxz", Upload({"first bytes"})[0])));
+  const std::string firstId = first[0]["id"].GetString();
   EXPECT_EQ(Admin("PUT", "/snapshots/one").status, 200);
   Admin("POST", "/reset");
   // The same ids again, with other bytes: the stream of the first is not written over.
   const auto second =
-      PostJson(kDocuments, CreateBody(Instruction("", "second.lxz", Upload({"second bytes"})[0])));
-  EXPECT_EQ(second[0]["id"].GetString(), first_id);
+      PostJson(documentsPath, CreateBody(Instruction("", "second.lxz", Upload({"second bytes"})[0])));
+  EXPECT_EQ(second[0]["id"].GetString(), firstId);
   EXPECT_EQ(Admin("PUT", "/snapshots/two").status, 200);
   EXPECT_EQ(Admin("POST", "/snapshots/one").status, 200);
-  auto document = GetJson(kDocument + first_id);
+  auto document = GetJson(documentPath + firstId);
   EXPECT_STREQ(document["epmMaster"]["cadName"].GetString(), "first.lxz");
   EXPECT_EQ(ContentOf(document["cadContent"]["contentSections"][0]), "first bytes");
   EXPECT_EQ(Admin("POST", "/snapshots/two").status, 200);
-  document = GetJson(kDocument + first_id);
+  document = GetJson(documentPath + firstId);
   EXPECT_EQ(ContentOf(document["cadContent"]["contentSections"][0]), "second bytes");
   const auto list = AdminJson("GET", "/snapshots");
   EXPECT_EQ(list["snapshots"].Size(), 2U);
@@ -124,7 +125,8 @@ TEST_F(AdminTest, UploadsUnderWayAreNoPartOfASnapshot) {
   EXPECT_EQ(Admin("PUT", "/snapshots/one").status, 200);
   EXPECT_EQ(Admin("POST", "/snapshots/one").status, 200);
   EXPECT_EQ(Send(ticket, Body(ticket, {"x"})).status, 404);
-  EXPECT_EQ(Outcome(kDocuments, CreateBody(Instruction("", "new.lxz", uploaded[0]))), "409 unknown-receipt");
+  EXPECT_EQ(Outcome(documentsPath, CreateBody(Instruction("", "new.lxz", uploaded[0]))),
+            "409 unknown-receipt");
 }
 
 TEST_F(AdminTest, SnapshotOfAnOlderFormIsTakenOver) {
@@ -136,7 +138,7 @@ TEST_F(AdminTest, SnapshotOfAnOlderFormIsTakenOver) {
         "ALTER TABLE streams DROP COLUMN generator; PRAGMA user_version = 5; PRAGMA journal_mode = DELETE;");
   }
   EXPECT_EQ(Admin("POST", "/snapshots/old").status, 200);
-  EXPECT_EQ(Get(kDocument + "D1001").status, 200);
+  EXPECT_EQ(Get(documentPath + "D1001").status, 200);
   EXPECT_EQ(Admin("GET", "/tree").status, 200);
 }
 
@@ -234,7 +236,7 @@ TEST_F(AdminTest, SessionsAreToldWithoutTheirCookiesAndEnded) {
   EXPECT_EQ(AdminOutcome("DELETE", "/sessions"), "204");
   EXPECT_NE(Nonce(), nonce);
 
-  options_.session_seconds = 60;
+  options_.sessionSeconds = 60;
   Start();
   Get("/servlet/OrvetGW");
   Get("/servlet/OrvetGW", "bruno");
@@ -276,19 +278,19 @@ TEST_F(AdminTest, GenerationChangesWhatIsOffered) {
 TEST_F(AdminTest, TreeIsTakenOutAndPutBack) {
   Start();
   const std::string tree = Admin("GET", "/tree").body;
-  const std::string before = Get(kDocument + "D1001").body;
+  const std::string before = Get(documentPath + "D1001").body;
   EXPECT_EQ(Admin("PUT", "/tree", R"({"contexts":[{"name":"Bike"}],"documents":[{"cadName":"a.lxz","id":"D1",
       "folder":"Bike/Default","content":"bytes"}]})")
                 .status,
             200);
-  EXPECT_EQ(Get(kDocument + "D1001").status, 404);
-  EXPECT_EQ(ContentOf(GetJson(kDocument + "D1")["cadContent"]["contentSections"][0]), "bytes");
+  EXPECT_EQ(Get(documentPath + "D1001").status, 404);
+  EXPECT_EQ(ContentOf(GetJson(documentPath + "D1")["cadContent"]["contentSections"][0]), "bytes");
   EXPECT_EQ(Admin("PUT", "/tree", tree).status, 200);
-  EXPECT_EQ(Get(kDocument + "D1001").body, before);
+  EXPECT_EQ(Get(documentPath + "D1001").body, before);
   EXPECT_EQ(Admin("GET", "/tree").body, tree);
   const std::string yaml = Admin("GET", "/tree?format=yaml&contents=inline").body;
   EXPECT_EQ(Admin("PUT", "/tree", yaml, "application/yaml").status, 200);
-  EXPECT_EQ(Get(kDocument + "D1001").body, before);
+  EXPECT_EQ(Get(documentPath + "D1001").body, before);
   EXPECT_EQ(Admin("GET", "/tree").body, tree);
 }
 
@@ -313,30 +315,30 @@ TEST_F(AdminTest, SomebodyElseWorksBehindTheBacksOfClients) {
   EXPECT_STREQ(latest["version"].GetString(), "A.4");
   EXPECT_STREQ(latest["comment"].GetString(), "c");
   EXPECT_STREQ(latest["attributes"]["A"].GetString(), "b");
-  const auto document = GetJson(kDocument + std::string(latest["id"].GetString()));
+  const auto document = GetJson(documentPath + std::string(latest["id"].GetString()));
   EXPECT_EQ(ContentOf(document["cadContent"]["contentSections"][0]), "behind your back");
-  EXPECT_EQ(Outcome(kWorkspaces + "/W301/checkout", CheckoutBody("D1002")), "409 not-latest");
+  EXPECT_EQ(Outcome(workspacesPath + "/W301/checkout", CheckoutBody("D1002")), "409 not-latest");
   // Without other bytes, those of the version before.
   const auto again = AdminJson("POST", "/documents/" + std::string(latest["id"].GetString()) + "/iterate");
   EXPECT_EQ(again["versions"][4]["content"]["stream"].GetInt(), latest["content"]["stream"].GetInt());
 
   const auto taken = AdminJson("POST", "/documents/D1003/checkout", R"({"user":"zoe"})");
   EXPECT_STREQ(taken["checkout"]["workspace"].GetString(), "Made by the admin port");
-  EXPECT_EQ(Outcome(kWorkspaces + "/W301/checkout", CheckoutBody("D1003")), "409 checked-out");
+  EXPECT_EQ(Outcome(workspacesPath + "/W301/checkout", CheckoutBody("D1003")), "409 checked-out");
   EXPECT_EQ(AdminOutcome("POST", "/documents/D1003/checkout", R"({"user":"bruno"})"), "409 checked-out");
   const auto returned = AdminJson("POST", "/documents/D1003/checkin", R"({"comment":"done"})");
   EXPECT_FALSE(returned.HasMember("checkout"));
   EXPECT_STREQ(returned["versions"][4]["version"].GetString(), "B.3");
   EXPECT_EQ(AdminOutcome("POST", "/documents/D1003/checkin"), "409 not-checked-out");
   EXPECT_FALSE(AdminJson("POST", "/documents/D1015/undo").HasMember("checkout"));
-  EXPECT_EQ(Get(kDocument + "D1025", "bruno").status, 404);
+  EXPECT_EQ(Get(documentPath + "D1025", "bruno").status, 404);
 }
 
 TEST_F(AdminTest, AttributesAreChangedInTheirPlace) {
   const auto document =
       AdminJson("POST", "/documents/D1001/attributes", R"({"attributes":{"ZVK_DD_PAINT":"Rot","NEW":"n"}})");
   EXPECT_EQ(document["versions"].Size(), 3U);
-  const auto read = GetJson(kDocument + "D1001");
+  const auto read = GetJson(documentPath + "D1001");
   EXPECT_STREQ(read["fileBasedAttributes"][1]["parameterValue"]["value"].GetString(), "Rot");
   EXPECT_STREQ(read["fileBasedAttributes"][2]["parameterDefinition"]["parameterName"].GetString(), "NEW");
   EXPECT_EQ(AdminOutcome("POST", "/documents/D1001/attributes", R"({"attributes":{"A":1}})"), "400 bad-body");
@@ -344,11 +346,11 @@ TEST_F(AdminTest, AttributesAreChangedInTheirPlace) {
 
 TEST_F(AdminTest, DeletedVersionIsAsIfItHadNeverBeen) {
   EXPECT_EQ(AdminOutcome("DELETE", "/documents/D1002?what=version"), "204");
-  EXPECT_EQ(Get(kDocument + "D1002").status, 404);
-  EXPECT_TRUE(GetJson(kDocument + "D1202")["pdmIterationState"]["isLatest"].GetBool());
+  EXPECT_EQ(Get(documentPath + "D1002").status, 404);
+  EXPECT_TRUE(GetJson(documentPath + "D1202")["pdmIterationState"]["isLatest"].GetBool());
   // A checkout ends with the version that it was taken from.
   EXPECT_EQ(AdminOutcome("DELETE", "/documents/D1015?what=version"), "204");
-  EXPECT_EQ(Get(kDocument + "D1025", "bruno").status, 404);
+  EXPECT_EQ(Get(documentPath + "D1025", "bruno").status, 404);
   EXPECT_EQ(AdminOutcome("DELETE", "/documents/D1001?what=all"), "400 bad-parameter");
 }
 

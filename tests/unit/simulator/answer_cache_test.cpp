@@ -93,9 +93,9 @@ TEST(AnswerMemory, OneClientGetsThreeQuartersAndOthersTheRest) {
 TEST(AnswerMemory, FirstAnswerIsTakenWhateverItsLengthAndARefusedOneIsLeftAlone) {
   AnswerMemory memory(100);
   std::string body(1000, 'x');
-  const auto long_one = memory.Hold(body, "a");
-  ASSERT_TRUE(long_one);
-  EXPECT_EQ(long_one->size(), 1000U);
+  const auto longOne = memory.Hold(body, "a");
+  ASSERT_TRUE(longOne);
+  EXPECT_EQ(longOne->size(), 1000U);
   body = "short";
   EXPECT_FALSE(memory.Hold(body, "b"));
   EXPECT_EQ(body, "short");

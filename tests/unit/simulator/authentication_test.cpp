@@ -87,9 +87,9 @@ TEST(Digest, AnswerIsTheOneOfTheStandard) {
       "cnonce=\"f2/wE4q74E6zIJEtWaHKaf5wv/H5QzzpXusqGemxURZJ\", qop=auth, response=\"x\", "
       "opaque=\"FQhe/qaU925kfnzjCev0ciny7QMkPqMAFRtzCUYo5tdS\"");
   ASSERT_TRUE(fields);
-  EXPECT_EQ(DigestResponse(DigestAlgorithm::kMd5, *fields, "Circle of Life", "GET"),
+  EXPECT_EQ(DigestResponse(DigestAlgorithm::Md5, *fields, "Circle of Life", "GET"),
             "8ca523f5e9506fed4657c9700eebdbec");
-  EXPECT_EQ(DigestResponse(DigestAlgorithm::kSha256, *fields, "Circle of Life", "GET"),
+  EXPECT_EQ(DigestResponse(DigestAlgorithm::Sha256, *fields, "Circle of Life", "GET"),
             "753927fa0e85d155564e2e272a28d1802ca10daf4496794697cf8db5856cb6c1");
 }
 
@@ -110,7 +110,7 @@ std::string Respond(const std::string& challenge, const std::string& uri, const 
   (*fields)["uri"] = uri;
   (*fields)["nc"] = "00000001";
   (*fields)["cnonce"] = "c";
-  const auto algorithm = (*fields)["algorithm"] == "MD5" ? DigestAlgorithm::kMd5 : DigestAlgorithm::kSha256;
+  const auto algorithm = (*fields)["algorithm"] == "MD5" ? DigestAlgorithm::Md5 : DigestAlgorithm::Sha256;
   (*fields)["response"] = DigestResponse(algorithm, *fields, password, "GET");
   std::string header = "Digest ";
   for (const auto& [name, value] : *fields) header.append(name).append("=\"").append(value).append("\", ");

@@ -9,8 +9,8 @@
 namespace vantry_sim {
 namespace {
 
-const std::string kAsk = "GET /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\n\r\n";
-const std::string kHalf = "GET /servlet/OrvetGW HTTP/1.1\r\nHost";
+const std::string ask = "GET /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\n\r\n";
+const std::string halfAHead = "GET /servlet/OrvetGW HTTP/1.1\r\nHost";
 
 class ConnectionGateTest : public SimulatorTest {
  protected:
@@ -49,7 +49,7 @@ class ConnectionGateTest : public SimulatorTest {
 
 TEST_F(ConnectionGateTest, HeadThatComesByteByByteIsServed) {
   RawClient client(Serve());
-  for (const char c : kAsk) client.Send(std::string(1, c));
+  for (const char c : ask) client.Send(std::string(1, c));
   EXPECT_EQ(client.Read().status, 200);
 }
 
@@ -86,10 +86,10 @@ TEST_F(ConnectionGateTest, BodyThatTricklesIsRefusedAndOneThatFlowsIsNot) {
 
 TEST_F(ConnectionGateTest, HalfSentHeadsKeepNobodyWaiting) {
   // Far more of them than requests that may be served at a time.
-  limits_.at_work = 4;
-  limits_.at_work_for_a_client = 3;
+  limits_.atWork = 4;
+  limits_.atWorkForAClient = 3;
   const int port = Serve();
-  const Clients silent = Connect(port, 200, kHalf);
+  const Clients silent = Connect(port, 200, halfAHead);
   RawClient other(port);
   for (int i = 0; i < 20; ++i) EXPECT_EQ(other.Get("/servlet/OrvetGW").status, 200);
 }
@@ -97,7 +97,7 @@ TEST_F(ConnectionGateTest, HalfSentHeadsKeepNobodyWaiting) {
 TEST_F(ConnectionGateTest, HeadThatTakesTooLongIsRefusedHoweverItTrickles) {
   limits_.head = std::chrono::milliseconds(200);
   RawClient client(Serve());
-  client.Send(kHalf);
+  client.Send(halfAHead);
   for (int i = 0; i < 4; ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     client.Send("a");
@@ -109,26 +109,26 @@ TEST_F(ConnectionGateTest, HeadThatTakesTooLongIsRefusedHoweverItTrickles) {
 TEST_F(ConnectionGateTest, AnswerThatNobodyTakesIsGivenUpInTheEnd) {
   limits_.answer = std::chrono::milliseconds(200);
   // More than the system holds for a client that reads nothing.
-  options_.seed.large_bytes = 32 * 1024 * 1024;
+  options_.seed.largeBytes = 32 * 1024 * 1024;
   RawClient client(Serve());
   client.ReceiveLittle();
   client.Send("GET /servlet/rest/v1/content/streams/10090/x HTTP/1.1\r\nHost: h\r\n\r\n");
-  RequestFilter given_up;
-  given_up.status = 200;
-  const auto ended = simulator_->history().Wait(given_up, 1, std::chrono::minutes(1));
+  RequestFilter givenUp;
+  givenUp.status = 200;
+  const auto ended = simulator_->history().Wait(givenUp, 1, std::chrono::minutes(1));
   ASSERT_EQ(ended.size(), 1u);
-  EXPECT_LT(ended.front().answer_bytes, options_.seed.large_bytes);
+  EXPECT_LT(ended.front().answerBytes, options_.seed.largeBytes);
 }
 
 TEST_F(ConnectionGateTest, BodiesForTheAdminPortTakeNoMoreThanTheirPartOfTheMemory) {
-  options_.admin_port = 0;
+  options_.adminPort = 0;
   Serve();
   // Bodies that lack their last byte, so that the memory stays taken: a fourth one is too much for one client.
   const std::size_t size = 16 * 1024 * 1024;
   const std::string request =
       "PUT /tree HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: " + std::to_string(size) + "\r\n\r\n" +
       std::string(size - 1, ' ');
-  const Clients clients = Connect(servers_->admin_port(), 4, request);
+  const Clients clients = Connect(servers_->adminPort(), 4, request);
   int refused = 0;
   // Whichever comes last, and maybe another one before the room of that is free again.
   for (int round = 0; round < 600 && refused == 0; ++round) {
@@ -150,7 +150,7 @@ TEST_F(ConnectionGateTest, WhereThereIsNoRoomTheLongestSilentGoes) {
   const int port = Serve();
   RawClient first(port);
   ASSERT_EQ(first.Get("/servlet/OrvetGW").status, 200);
-  const Clients half = Connect(port, 4, kHalf);
+  const Clients half = Connect(port, 4, halfAHead);
   RawClient sixth(port);
   EXPECT_EQ(sixth.Get("/servlet/OrvetGW").status, 200);
   // A half-sent head goes before a connection that has served somebody.
@@ -159,23 +159,23 @@ TEST_F(ConnectionGateTest, WhereThereIsNoRoomTheLongestSilentGoes) {
 }
 
 TEST_F(ConnectionGateTest, ClientWithTooManyConnectionsLosesItsOwn) {
-  limits_.connections_of_a_client = 3;
+  limits_.connectionsOfAClient = 3;
   const int port = Serve();
   RawClient other(port, "127.0.0.2");
   ASSERT_EQ(other.Get("/servlet/OrvetGW").status, 200);
-  const Clients flood = Connect(port, 30, kHalf);
+  const Clients flood = Connect(port, 30, halfAHead);
   EXPECT_EQ(RawClient(port).Get("/servlet/OrvetGW").status, 200);
   EXPECT_TRUE(flood[0]->ClosedByServer());
   EXPECT_EQ(other.Get("/servlet/OrvetGW").status, 200);
 }
 
 TEST_F(ConnectionGateTest, ClientWithTooManyRequestsAtWorkWaitsForItsOwn) {
-  limits_.at_work_for_a_client = 2;
+  limits_.atWorkForAClient = 2;
   options_.faults = {"GET *contexts=stall"};
   const int port = Serve();
   Clients stalled = Connect(port, 5, "GET /servlet/rest/v1/contexts HTTP/1.1\r\nHost: h\r\n\r\n");
   RawClient own(port);
-  own.Send(kAsk);
+  own.Send(ask);
   EXPECT_EQ(own.Read(200).status, 0);
   EXPECT_EQ(RawClient(port, "127.0.0.2").Get("/servlet/OrvetGW").status, 200);
   stalled.clear();
@@ -198,7 +198,7 @@ TEST_F(ConnectionGateTest, ConnectionsThatComeAndGoLeaveNothingBehind) {
   const int port = Serve();
   for (int i = 0; i < 500; ++i) {
     RawClient client(port);
-    if (i % 3 == 0) client.Send(kHalf);
+    if (i % 3 == 0) client.Send(halfAHead);
     if (i % 3 == 1) {
       ASSERT_EQ(client.Get("/servlet/OrvetGW").status, 200) << i;
     }

@@ -3,10 +3,10 @@
 namespace vantry_sim {
 namespace {
 
-constexpr const char* kDocuments = "/servlet/rest/v1/dkm/documents/";
+constexpr const char* documentsPath = "/servlet/rest/v1/dkm/documents/";
 
 TEST_F(SimulatorTest, DocumentHasItsScalarsContextAndMaster) {
-  const auto document = GetJson(std::string(kDocuments) + "D1001");
+  const auto document = GetJson(std::string(documentsPath) + "D1001");
   EXPECT_STREQ(document["id"].GetString(), "D1001");
   EXPECT_STREQ(document["revision"].GetString(), "B");
   EXPECT_STREQ(document["iteration"].GetString(), "1");  // a text, although it counts
@@ -27,24 +27,24 @@ TEST_F(SimulatorTest, DocumentHasItsScalarsContextAndMaster) {
 }
 
 TEST_F(SimulatorTest, DocumentTellsWhereItStandsWithoutTheRootFolder) {
-  const auto document = GetJson(std::string(kDocuments) + "D1004");
+  const auto document = GetJson(std::string(documentsPath) + "D1004");
   EXPECT_STREQ(document["locationFolder"]["id"].GetString(), "OR:vn.folder.SubFolder:213");
   EXPECT_STREQ(document["locationFolder"]["name"].GetString(), "Chains");
   EXPECT_STREQ(document["locationFolder"]["path"].GetString(), "/Trekking Bike/Drivetrain/Chains");
 }
 
 TEST_F(SimulatorTest, DocumentInARootFolderStandsRightUnderItsContext) {
-  const auto document = GetJson(std::string(kDocuments) + "D1009");
+  const auto document = GetJson(std::string(documentsPath) + "D1009");
   EXPECT_STREQ(document["locationFolder"]["id"].GetString(), "OR:vn.folder.Cabinet:201");
   EXPECT_STREQ(document["locationFolder"]["path"].GetString(), "/Trekking Bike");
 }
 
 TEST_F(SimulatorTest, ContentCarriesNumbersAndAnAbsoluteAddressMadeOfTheHostHeader) {
-  const auto document = GetJson(std::string(kDocuments) + "D1001");
-  const auto& cad_content = document["cadContent"];
-  EXPECT_FALSE(cad_content["isSectioned"].GetBool());
-  ASSERT_EQ(cad_content["contentSections"].Size(), 1U);
-  const auto& section = cad_content["contentSections"][0];
+  const auto document = GetJson(std::string(documentsPath) + "D1001");
+  const auto& cadContent = document["cadContent"];
+  EXPECT_FALSE(cadContent["isSectioned"].GetBool());
+  ASSERT_EQ(cadContent["contentSections"].Size(), 1U);
+  const auto& section = cadContent["contentSections"][0];
   EXPECT_STREQ(section["category"].GetString(), "FENLET");
   EXPECT_STREQ(section["fileName"].GetString(), "{$CAD_NAME}");
   ASSERT_TRUE(section["streamId"].IsUint64());
@@ -61,7 +61,7 @@ TEST_F(SimulatorTest, CodebaseUrlAndPrefixStandInContentAddresses) {
   auto document = GetJson("/vt/servlet/rest/v1/dkm/documents/D1002");
   EXPECT_STREQ(document["cadContent"]["contentSections"][0]["contentUrl"][0].GetString(),
                "http://sim.example:8080/vt/servlet/rest/v1/content/streams/10020/frame.lxz");
-  options_.codebase_url = "https://pdm.example/app";
+  options_.codebaseUrl = "https://pdm.example/app";
   Start();
   document = GetJson("/vt/servlet/rest/v1/dkm/documents/D1002");
   EXPECT_STREQ(document["cadContent"]["contentSections"][0]["contentUrl"][0].GetString(),
@@ -72,14 +72,14 @@ TEST_F(SimulatorTest, UnusableHostHeaderIsNotRepeated) {
   Start().SetOwnAddress("127.0.0.1:99");
   Request request;
   request.method = "GET";
-  request.target = std::string(kDocuments) + "D1002";
+  request.target = std::string(documentsPath) + "D1002";
   request.user = "anna";
   request.host = "evil/\"><";
   EXPECT_NE(simulator_->Handle(request).body.find("\"http://127.0.0.1:99/servlet/"), std::string::npos);
 }
 
 TEST_F(SimulatorTest, NameWithTheTenForbiddenCharactersIsEscapedInItsAddress) {
-  const auto document = GetJson(std::string(kDocuments) + "D1007");
+  const auto document = GetJson(std::string(documentsPath) + "D1007");
   EXPECT_STREQ(document["epmMaster"]["cadName"].GetString(), "odd|\\/<>:\"?*%name.lxz");
   const std::string url = document["cadContent"]["contentSections"][0]["contentUrl"][0].GetString();
   EXPECT_EQ(url.substr(url.rfind('/')), "/odd%7C%5C%2F%3C%3E%3A%22%3F%2A%25name.lxz");
@@ -88,7 +88,7 @@ TEST_F(SimulatorTest, NameWithTheTenForbiddenCharactersIsEscapedInItsAddress) {
 }
 
 TEST_F(SimulatorTest, SecondaryContentsAttributesAndDependenciesAreTold) {
-  const auto document = GetJson(std::string(kDocuments) + "D1001");
+  const auto document = GetJson(std::string(documentsPath) + "D1001");
   const auto& contents = document["secondaryContents"];
   ASSERT_EQ(contents.Size(), 2U);
   EXPECT_STREQ(contents[0]["category"].GetString(), "VIEWABLE");
@@ -113,7 +113,7 @@ TEST_F(SimulatorTest, SecondaryContentsAttributesAndDependenciesAreTold) {
 }
 
 TEST_F(SimulatorTest, SectionedDocumentListsItsSectionsInOrder) {
-  const auto document = GetJson(std::string(kDocuments) + "D1012");
+  const auto document = GetJson(std::string(documentsPath) + "D1012");
   EXPECT_TRUE(document["cadContent"]["isSectioned"].GetBool());
   ASSERT_EQ(document["cadContent"]["contentSections"].Size(), 2U);
   EXPECT_STREQ(document["cadContent"]["contentSections"][0]["category"].GetString(), "GEOMETRY");
@@ -122,26 +122,26 @@ TEST_F(SimulatorTest, SectionedDocumentListsItsSectionsInOrder) {
 
 TEST_F(SimulatorTest, CheckoutShowsOnBothItsEndsAndAsOnesOwnToItsOwnerAlone) {
   for (const char* id : {"D1016", "D1026"}) {
-    const auto document = GetJson(std::string(kDocuments) + id);
+    const auto document = GetJson(std::string(documentsPath) + id);
     const auto& state = document["pdmIterationState"];
     EXPECT_TRUE(state["isCheckout"].GetBool()) << id;
     EXPECT_TRUE(state["isCheckoutByYou"].GetBool()) << id;
     EXPECT_STREQ(state["checkoutByUser"].GetString(), "anna");
     EXPECT_STREQ(state["checkoutToFolderName"].GetString(), "Anna's bench");
   }
-  const auto other = GetJson(std::string(kDocuments) + "D1016", "bruno");
+  const auto other = GetJson(std::string(documentsPath) + "D1016", "bruno");
   EXPECT_TRUE(other["pdmIterationState"]["isCheckout"].GetBool());
   EXPECT_FALSE(other["pdmIterationState"]["isCheckoutByYou"].GetBool());
 }
 
 TEST_F(SimulatorTest, WorkingCopyIsHiddenFromOthers) {
-  EXPECT_EQ(Get(std::string(kDocuments) + "D1026", "bruno").status, 404);
-  EXPECT_EQ(Get(std::string(kDocuments) + "D1025", "bruno").status, 200);
+  EXPECT_EQ(Get(std::string(documentsPath) + "D1026", "bruno").status, 404);
+  EXPECT_EQ(Get(std::string(documentsPath) + "D1025", "bruno").status, 200);
 }
 
 TEST_F(SimulatorTest, VersionsComeNewestFirstAndTenIsNewerThanNine) {
   const auto versions =
-      GetJson(std::string(kDocuments) + "D1114/versions?contextId=OR%3Avn.product.Product%3A101");
+      GetJson(std::string(documentsPath) + "D1114/versions?contextId=OR%3Avn.product.Product%3A101");
   ASSERT_EQ(versions.Size(), 10U);
   EXPECT_STREQ(versions[0]["id"].GetString(), "D1014");
   EXPECT_STREQ(versions[0]["iteration"].GetString(), "10");
@@ -154,43 +154,44 @@ TEST_F(SimulatorTest, VersionsComeNewestFirstAndTenIsNewerThanNine) {
 
 TEST_F(SimulatorTest, VersionsLeaveWorkingCopiesOut) {
   const auto versions =
-      GetJson(std::string(kDocuments) + "D1026/versions?contextId=OR:vn.product.Product:101");
+      GetJson(std::string(documentsPath) + "D1026/versions?contextId=OR:vn.product.Product:101");
   ASSERT_EQ(versions.Size(), 1U);
   EXPECT_STREQ(versions[0]["id"].GetString(), "D1016");
 }
 
 TEST_F(SimulatorTest, DocumentThatNeverLeftItsWorkspaceIsItsOnlyVersionAndStandsNowhere) {
   const auto versions =
-      GetJson(std::string(kDocuments) + "D1017/versions?contextId=OR:vn.product.Product:101");
+      GetJson(std::string(documentsPath) + "D1017/versions?contextId=OR:vn.product.Product:101");
   ASSERT_EQ(versions.Size(), 1U);
   EXPECT_STREQ(versions[0]["id"].GetString(), "D1017");
-  EXPECT_FALSE(GetJson(std::string(kDocuments) + "D1017").HasMember("locationFolder"));
+  EXPECT_FALSE(GetJson(std::string(documentsPath) + "D1017").HasMember("locationFolder"));
 }
 
 TEST_F(SimulatorTest, VersionsNeedTheDocumentsOwnContext) {
-  EXPECT_EQ(Get(std::string(kDocuments) + "D1001/versions").status, 400);
-  EXPECT_EQ(Get(std::string(kDocuments) + "D1001/versions?contextId=OR:vn.product.Product:102").status, 404);
+  EXPECT_EQ(Get(std::string(documentsPath) + "D1001/versions").status, 400);
+  EXPECT_EQ(Get(std::string(documentsPath) + "D1001/versions?contextId=OR:vn.product.Product:102").status,
+            404);
 }
 
 TEST_F(SimulatorTest, SearchByNumberFindsVersionsAndOnesOwnWorkingCopy) {
-  const std::string search = std::string(kDocuments) + "search?number=";
+  const std::string search = std::string(documentsPath) + "search?number=";
   EXPECT_EQ(GetJson(search + "0000100001").Size(), 3U);
   EXPECT_EQ(GetJson(search + "0000100016").Size(), 2U);
   EXPECT_EQ(GetJson(search + "0000100016", "bruno").Size(), 1U);
   EXPECT_EQ(GetJson(search + "0000%201000%2006").Size(), 1U);
   EXPECT_EQ(GetJson(search + "nothing").Size(), 0U);
-  EXPECT_EQ(Get(std::string(kDocuments) + "search").status, 400);
+  EXPECT_EQ(Get(std::string(documentsPath) + "search").status, 400);
 }
 
 TEST_F(SimulatorTest, SearchScopeKeepsToOneContext) {
-  const std::string search = std::string(kDocuments) + "search?number=0000200013&scope=";
+  const std::string search = std::string(documentsPath) + "search?number=0000200013&scope=";
   EXPECT_EQ(GetJson(search + "OR%3Avn.product.Product%3A102").Size(), 1U);
   EXPECT_EQ(GetJson(search + "OR%3Avn.product.Product%3A101").Size(), 0U);
   EXPECT_EQ(GetJson(search).Size(), 1U);
 }
 
 TEST_F(SimulatorTest, UnknownDocumentIsRefusedWithAReason) {
-  const Response response = Get(std::string(kDocuments) + "D1'%20OR%20'1'='1");
+  const Response response = Get(std::string(documentsPath) + "D1'%20OR%20'1'='1");
   EXPECT_EQ(response.status, 404);
   rapidjson::Document reason;
   reason.Parse(response.body.c_str());

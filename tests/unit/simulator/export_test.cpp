@@ -10,15 +10,15 @@ class ExportTest : public WriteTest {
   std::string Export(const std::string& name, bool json = false) {
     simulator_.reset();
     const std::string file = (directory_ / name).string();
-    ExportState({options_.data_directory, file, json});
+    ExportState({options_.dataDirectory, file, json});
     return file;
   }
 
   /// Starts a server in a new directory with a state file.
   void StartWith(const std::string& file) {
     simulator_.reset();
-    options_.data_directory = (directory_ / "second").string();
-    options_.seed.kind = Seed::Kind::kFile;
+    options_.dataDirectory = (directory_ / "second").string();
+    options_.seed.kind = Seed::Kind::File;
     options_.seed.file = file;
     Start();
   }
@@ -31,9 +31,9 @@ class ExportTest : public WriteTest {
     for (const std::string service : {"DynamicDocMgmt/DynamicDocuments", "CADDocumentMgmt/CADDocuments"}) {
       ask("/servlet/odata/v1/" + service);
       for (const std::string& id : Column("/servlet/odata/v1/" + service, "ID", user)) {
-        ask(kDocuments + "/" + id);
-        ask(kDocuments + "/" + id +
-            "/versions?contextId=" + GetJson(kDocuments + "/" + id, user)["context"]["id"].GetString());
+        ask(documentsPath + "/" + id);
+        ask(documentsPath + "/" + id +
+            "/versions?contextId=" + GetJson(documentsPath + "/" + id, user)["context"]["id"].GetString());
         ask("/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('" + id + "')?$expand=Translations");
         ask("/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('" + id + "')/Xliff");
       }
@@ -42,10 +42,10 @@ class ExportTest : public WriteTest {
     for (const auto& context : contexts["items"].GetArray()) {
       const std::string id = context["id"].GetString();
       ask("/servlet/odata/v1/DataAdmin/Containers('" + id + "')/Folders?$expand=Folders($levels=9)");
-      ask(kWorkspaces + "?contextId=" + id);
-      const auto workspaces = GetJson(kWorkspaces + "?contextId=" + id, user);
+      ask(workspacesPath + "?contextId=" + id);
+      const auto workspaces = GetJson(workspacesPath + "?contextId=" + id, user);
       for (const auto& workspace : workspaces.GetArray())
-        ask(kWorkspaces + "/" + std::string(workspace["id"].GetString()) + "/documents");
+        ask(workspacesPath + "/" + std::string(workspace["id"].GetString()) + "/documents");
     }
     for (const char* name : {"gear.lxz", "fork.lxz", "frame.lxz", "worked.lxz"})
       ask("/servlet/rest/objects?typeId=vn.epm.EPMDocument&$select=number&$filter=CADName%20eq%20'" +
@@ -57,7 +57,7 @@ class ExportTest : public WriteTest {
   void Work() {
     auto uploaded = Upload({"new document", "viewable"});
     const auto made =
-        PostJson(kDocuments,
+        PostJson(documentsPath,
                  CreateBody(Instruction(
                      "", "worked.lxz", uploaded[0],
                      ",\"secondaryContents\":[" + Section("VIEWABLE", "v.lxz", uploaded[1]) +
@@ -67,18 +67,18 @@ class ExportTest : public WriteTest {
     const std::string id = made[0]["id"].GetString();
     const std::string working = CheckOut("W301", "D1002");
     uploaded = Upload({std::string("\0binary\xFF", 8)});
-    EXPECT_EQ(Outcome(kWorkspaces + "/W301/store",
+    EXPECT_EQ(Outcome(workspacesPath + "/W301/store",
                       StoreBody(Instruction(working, "frame.lxz", uploaded[0]), IterateResolution(working))),
               "200");
-    EXPECT_EQ(Outcome(kWorkspaces + "/W301/checkin", CheckinBody(working, ",\"checkinComment\":\"a: b\"")),
+    EXPECT_EQ(Outcome(workspacesPath + "/W301/checkin", CheckinBody(working, ",\"checkinComment\":\"a: b\"")),
               "200");
     uploaded = Upload({"second"});
-    EXPECT_EQ(Outcome(kDocuments, IterateBody(Instruction(id, "worked.lxz", uploaded[0]))), "200");
+    EXPECT_EQ(Outcome(documentsPath, IterateBody(Instruction(id, "worked.lxz", uploaded[0]))), "200");
     CheckOut("W301", "D1003");
     uploaded = Upload({"in a workspace"});
-    EXPECT_EQ(Outcome(kWorkspaces + "/W301/store", StoreBody(Instruction("", "never.lxz", uploaded[0]))),
+    EXPECT_EQ(Outcome(workspacesPath + "/W301/store", StoreBody(Instruction("", "never.lxz", uploaded[0]))),
               "200");
-    EXPECT_EQ(Outcome(kWorkspaces + "/W301/undocheckout", "{\"objIdList\":[\"D1026\"]}"), "200");
+    EXPECT_EQ(Outcome(workspacesPath + "/W301/undocheckout", "{\"objIdList\":[\"D1026\"]}"), "200");
     // An upload that no document takes is no part of the state.
     Upload({"left over"});
   }
@@ -123,11 +123,11 @@ TEST_F(ExportTest, WorkGoesOnBehindAnExport) {
   Work();
   StartWith(Export("first.yaml"));
   const auto uploaded = Upload({"third"});
-  EXPECT_EQ(Outcome(kDocuments, CreateBody(Instruction("", "more.lxz", uploaded[0]))), "200");
+  EXPECT_EQ(Outcome(documentsPath, CreateBody(Instruction("", "more.lxz", uploaded[0]))), "200");
 }
 
 TEST_F(ExportTest, LargeGeneratedContentIsToldByItsSizeAlone) {
-  options_.seed.large_bytes = 5'000'000;
+  options_.seed.largeBytes = 5'000'000;
   Start();
   const std::string file = Export("state.yaml");
   EXPECT_LT(std::filesystem::file_size(file), 100'000U);
@@ -142,14 +142,14 @@ TEST_F(ExportTest, DirectoryThatIsNoneIsRefusedAndLeftAlone) {
   EXPECT_FALSE(std::filesystem::exists(missing));
   Start();
   // The running server holds its directory.
-  EXPECT_THROW(ExportState({options_.data_directory, "", false}), std::exception);
+  EXPECT_THROW(ExportState({options_.dataDirectory, "", false}), std::exception);
 }
 
 TEST_F(ExportTest, EmptyStateTakesDocuments) {
-  options_.seed.kind = Seed::Kind::kEmpty;
+  options_.seed.kind = Seed::Kind::Empty;
   Start();
   StartWith(Export("empty.yaml"));
-  EXPECT_EQ(Outcome(kDocuments, CreateBody(Instruction("", "first.lxz", Upload({"x"})[0]))), "200");
+  EXPECT_EQ(Outcome(documentsPath, CreateBody(Instruction("", "first.lxz", Upload({"x"})[0]))), "200");
 }
 
 }  // namespace

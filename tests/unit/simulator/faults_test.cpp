@@ -18,13 +18,13 @@ std::optional<FaultRule> Parse(std::string_view text) {
 
 TEST(FaultGrammar, ReadsEachAction) {
   EXPECT_EQ(Parse("GET /a=503")->action.status, 503);
-  EXPECT_EQ(Parse("GET /a=stall")->action.kind, Kind::kStall);
+  EXPECT_EQ(Parse("GET /a=stall")->action.kind, Kind::Stall);
   EXPECT_FALSE(Parse("GET /a=stall")->action.amount);
   EXPECT_EQ(Parse("GET /a=stall:7")->action.amount, 7U);
-  EXPECT_EQ(Parse("GET /a=cut:0")->action.kind, Kind::kCut);
+  EXPECT_EQ(Parse("GET /a=cut:0")->action.kind, Kind::Cut);
   EXPECT_EQ(Parse("GET /a=cut:4294967296")->action.amount, 4294967296U);
-  EXPECT_EQ(Parse("GET /a=chunked-cut:5")->action.kind, Kind::kChunkedCut);
-  EXPECT_EQ(Parse("* /a=drop")->action.kind, Kind::kDrop);
+  EXPECT_EQ(Parse("GET /a=chunked-cut:5")->action.kind, Kind::ChunkedCut);
+  EXPECT_EQ(Parse("* /a=drop")->action.kind, Kind::Drop);
 }
 
 TEST(FaultGrammar, LastEqualsSignPartsPatternAndAction) {
@@ -35,14 +35,14 @@ TEST(FaultGrammar, LastEqualsSignPartsPatternAndAction) {
 }
 
 TEST(FaultGrammar, ReadsTheActionsThatChangeAnAnswer) {
-  EXPECT_EQ(Parse("POST /a=lost-answer")->action.kind, Kind::kLostAnswer);
-  EXPECT_EQ(Parse("GET /a=slow:1")->action.kind, Kind::kSlow);
+  EXPECT_EQ(Parse("POST /a=lost-answer")->action.kind, Kind::LostAnswer);
+  EXPECT_EQ(Parse("GET /a=slow:1")->action.kind, Kind::Slow);
   EXPECT_EQ(Parse("GET /a=slow:1")->action.amount, 1U);
-  EXPECT_EQ(Parse("GET /a=delay:0")->action.kind, Kind::kDelay);
-  EXPECT_EQ(Parse("GET /a=corrupt*2")->action.kind, Kind::kCorrupt);
-  EXPECT_EQ(Parse("GET /a=expire-session")->action.kind, Kind::kExpireSession);
+  EXPECT_EQ(Parse("GET /a=delay:0")->action.kind, Kind::Delay);
+  EXPECT_EQ(Parse("GET /a=corrupt*2")->action.kind, Kind::Corrupt);
+  EXPECT_EQ(Parse("GET /a=expire-session")->action.kind, Kind::ExpireSession);
   const auto redirect = Parse("GET /a=redirect:https://other.example/?a=b*3");
-  EXPECT_EQ(redirect->action.kind, Kind::kRedirect);
+  EXPECT_EQ(redirect->action.kind, Kind::Redirect);
   EXPECT_EQ(redirect->action.text, "https://other.example/?a=b");
   EXPECT_EQ(redirect->count, 3U);
 }
@@ -50,7 +50,7 @@ TEST(FaultGrammar, ReadsTheActionsThatChangeAnAnswer) {
 TEST(FaultGrammar, StatusMayHaveABodyWithEverySign) {
   const auto rule = Parse("GET /a?b=c=status:404:x=y*z, after:3 = 500");
   EXPECT_EQ(rule->pattern, "/a?b=c");
-  EXPECT_EQ(rule->action.kind, Kind::kStatus);
+  EXPECT_EQ(rule->action.kind, Kind::Status);
   EXPECT_EQ(rule->action.status, 404);
   EXPECT_EQ(rule->action.text, "x=y*z, after:3 = 500");
   EXPECT_FALSE(rule->count);

@@ -6,10 +6,10 @@
 namespace vantry_sim {
 namespace {
 
-const std::string kDocument = "/servlet/rest/v1/dkm/documents/";
+const std::string documentPath = "/servlet/rest/v1/dkm/documents/";
 
 /// The last document has an empty merge key, which is no key of a document.
-constexpr const char* kRichState = R"(
+constexpr const char* richState = R"(
 users: [{name: anna, fullName: Anna Berg}, bruno]
 contexts:
   - name: Bike
@@ -51,7 +51,7 @@ class FixtureTest : public WriteTest {
   }
 
   void SeedWith(const std::string& text, const std::string& name = "state.yaml") {
-    options_.seed.kind = Seed::Kind::kFile;
+    options_.seed.kind = Seed::Kind::File;
     options_.seed.file = Write(name, text);
   }
 
@@ -80,7 +80,7 @@ documents:
 )");
   const auto contexts = GetJson("/servlet/rest/v1/contexts");
   ASSERT_EQ(contexts["items"].Size(), 1U);
-  const auto document = GetJson(kDocument + "D1001");
+  const auto document = GetJson(documentPath + "D1001");
   EXPECT_STREQ(document["epmMaster"]["cadName"].GetString(), "fork.lxz");
   EXPECT_STREQ(document["epmMaster"]["name"].GetString(), "fork.lxz");
   EXPECT_STREQ(document["epmMaster"]["number"].GetString(), "D1001");
@@ -90,27 +90,27 @@ documents:
   EXPECT_EQ(ContentOf(document["cadContent"]["contentSections"][0]), "Hello, fork.");
   EXPECT_STREQ(document["fileBasedAttributes"][1]["parameterValue"]["value"].GetString(), "12.50");
   // Whoever asks without a name is there, and can work.
-  EXPECT_EQ(Outcome(kWorkspaces, R"({"name":"bench","contextId":"OR:vn.product.Product:101"})"), "200");
+  EXPECT_EQ(Outcome(workspacesPath, R"({"name":"bench","contextId":"OR:vn.product.Product:101"})"), "200");
 }
 
 TEST_F(FixtureTest, StateSaysAllThatAServerCanHold) {
   Write("files/gear.bin", std::string("\0\xFF gear", 7));
-  SeedWith(kRichState);
+  SeedWith(richState);
   EXPECT_NE(Problems(ReadFile(options_.seed.file)).find("\"<<\""), std::string::npos);
   std::string text = ReadFile(options_.seed.file);
   text.replace(text.find("<<: , "), 6, "");
   SeedWith(text);
 
-  const auto versions = GetJson(kDocument + "D501/versions?contextId=OR:vn.product.Product:101");
+  const auto versions = GetJson(documentPath + "D501/versions?contextId=OR:vn.product.Product:101");
   ASSERT_EQ(versions.Size(), 3U);
   EXPECT_EQ(VersionOf(versions[0]), "B.1");
   EXPECT_EQ(VersionOf(versions[1]), "A.10");
   EXPECT_TRUE(versions[0]["pdmIterationState"]["isCheckout"].GetBool());
   EXPECT_STREQ(versions[0]["pdmIterationState"]["checkoutByUser"].GetString(), "bruno");
-  const auto second = GetJson(kDocument + std::string(versions[1]["id"].GetString()));
+  const auto second = GetJson(documentPath + std::string(versions[1]["id"].GetString()));
   EXPECT_EQ(ContentOf(second["cadContent"]["contentSections"][0]), "@two");
   EXPECT_STREQ(second["cadContent"]["contentSections"][0]["category"].GetString(), "DRAWING");
-  const auto latest = GetJson(kDocument + std::string(versions[0]["id"].GetString()));
+  const auto latest = GetJson(documentPath + std::string(versions[0]["id"].GetString()));
   EXPECT_EQ(latest["cadContent"]["contentSections"].Size(), 2U);
   EXPECT_EQ(ContentOf(latest["cadContent"]["contentSections"][1]), "section two");
   EXPECT_EQ(latest["secondaryContents"][0]["fileSize"].GetInt(), 100);
@@ -118,7 +118,7 @@ TEST_F(FixtureTest, StateSaysAllThatAServerCanHold) {
   EXPECT_STREQ(latest["derivedSourceDependencies"][0]["source"]["epmMaster"]["cadName"].GetString(),
                "gear.lxz");
 
-  const auto held = GetJson(kWorkspaces + "/W301/documents", "bruno");
+  const auto held = GetJson(workspacesPath + "/W301/documents", "bruno");
   std::vector<std::string> names;
   for (const auto& document : held.GetArray())
     names.emplace_back(document["epmMaster"]["cadName"].GetString());
@@ -137,7 +137,7 @@ TEST_F(FixtureTest, NewIdsComeBehindThoseOfTheState) {
 contexts: [{name: Bike}]
 documents: [{cadName: a.lxz, id: D10000007, folder: Bike/Default}]
 )");
-  const auto made = PostJson(kDocuments, CreateBody(Instruction("", "b.lxz", Upload({"x"})[0])));
+  const auto made = PostJson(documentsPath, CreateBody(Instruction("", "b.lxz", Upload({"x"})[0])));
   EXPECT_GT(std::atoll(made[0]["id"].GetString() + 1), 10'000'007);
 }
 
@@ -145,7 +145,7 @@ TEST_F(FixtureTest, JsonSaysTheSame) {
   SeedWith(R"({"contexts":[{"name":"Bike"}],
  "documents":[{"cadName":"fork.lxz","folder":"Bike/Default","content":"Hello \u00e9"}]})",
            "state.json");
-  const auto document = GetJson(kDocument + "D1001");
+  const auto document = GetJson(documentPath + "D1001");
   EXPECT_EQ(ContentOf(document["cadContent"]["contentSections"][0]), "Hello \xC3\xA9");
 }
 
@@ -168,7 +168,7 @@ struct ProblemCase {
   const char* problem;
 };
 
-constexpr ProblemCase kProblems[] = {
+constexpr ProblemCase problemCases[] = {
     {"", "0 a state must be a set of keys and values"},
     {"contexts: [", "1 "},
     {"folders: []", "1 a state has no key \"folders\""},
@@ -195,7 +195,7 @@ constexpr ProblemCase kProblems[] = {
      "3 version of a document must be letters, a point and a number, such as A.1"},
     {"contexts: [{name: a}]\ndocuments:\n- cadName: x\n  folder: a/Default\n  versions:\n  - version: A.2\n  "
      "- version: A.1",
-     "7 the versions of x must stand in their order"},
+     "7 the versions of x must be in their order"},
     {"contexts: [{name: a}]\ndocuments:\n- {cadName: x, folder: a/Default, content: '@nowhere'}",
      "3 there is no file "},
     {"contexts: [{name: a}]\ndocuments:\n- {cadName: x, folder: a/Default, content: {text: a, size: 4}}",
@@ -221,7 +221,7 @@ constexpr ProblemCase kProblems[] = {
 };
 
 TEST_F(FixtureTest, EveryProblemIsToldWithItsLine) {
-  for (const ProblemCase& c : kProblems) {
+  for (const ProblemCase& c : problemCases) {
     const std::string problems = Problems(c.state);
     EXPECT_EQ(problems.substr(0, std::string(c.problem).size()), c.problem) << c.state;
   }

@@ -47,7 +47,7 @@ class HttpServerTest : public SimulatorTest {
 };
 
 TEST_F(HttpServerTest, ContentArrivesWholeWithItsLength) {
-  options_.seed.large_bytes = 3'000'001;
+  options_.seed.largeBytes = 3'000'001;
   RawClient client(Serve());
   const auto answer = client.Get("/servlet/rest/v1/content/streams/10090/scan");
   EXPECT_EQ(answer.status, 200);
@@ -101,7 +101,7 @@ TEST_F(HttpServerTest, IdleConnectionsDoNotStarveNewOnes) {
 TEST_F(HttpServerTest, HeadHasTheLengthAndNoBody) {
   RawClient client(Serve());
   client.Send("HEAD /servlet/rest/v1/content/streams/10090/x HTTP/1.1\r\nHost: h\r\n\r\n");
-  const auto answer = client.Read(kHungMilliseconds, true);
+  const auto answer = client.Read(hungMilliseconds, true);
   EXPECT_EQ(answer.status, 200);
   EXPECT_EQ(answer.headers.at("content-length"), "4096");
   EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);
@@ -180,7 +180,7 @@ TEST_F(HttpServerTest, OtherMethodsAreRefusedAndTheConnectionStays) {
 }
 
 TEST_F(HttpServerTest, BodyBeyondTheLimitIs413WhetherAnnouncedOrChunked) {
-  options_.max_upload_bytes = 10;
+  options_.maxUploadBytes = 10;
   const int port = Serve();
   RawClient announced(port);
   announced.Send("POST /servlet/OrvetGW HTTP/1.1\r\nHost: h\r\nContent-Length: 11\r\n\r\nhello world");
@@ -411,10 +411,10 @@ TEST_F(HttpServerTest, HistoryRemembersRequestsWithoutTheirSecrets) {
 }
 
 TEST_F(HttpServerTest, AdminPortGivesNothingToPagesOfOtherServers) {
-  options_.admin_port = 0;
+  options_.adminPort = 0;
   Serve();
   const auto status = [&](const std::string& lines) {
-    RawClient client(server_->admin_port());
+    RawClient client(server_->adminPort());
     client.Send("GET /status HTTP/1.1\r\nHost: 127.0.0.1\r\n" + lines + "\r\n");
     return client.Read().status;
   };
@@ -429,7 +429,7 @@ TEST_F(HttpServerTest, AdminPortGivesNothingToPagesOfOtherServers) {
 }
 
 TEST_F(HttpServerTest, OnePortOfAClientMaySpeakToSeveralAddressesAtATime) {
-  options_.bind_address = "0.0.0.0";
+  options_.bindAddress = "0.0.0.0";
   const int port = Serve();
   RawClient first(port);
   first.Send("POST /servlet/rest/v1/dkm/documents HTTP/1.1\r\nHost: h\r\nContent-Length: 2\r\n\r\n{");
@@ -448,7 +448,7 @@ TEST_F(HttpServerTest, StatusWithoutABodyLeavesTheConnectionInOrder) {
   RawClient client(Serve());
   for (const char* target : {"/a", "/b", "/c", "/d"}) {
     client.Send(std::string("GET ") + target + " HTTP/1.1\r\nHost: h\r\n\r\n");
-    EXPECT_GT(client.Read(kHungMilliseconds, true).status, 200) << target;
+    EXPECT_GT(client.Read(hungMilliseconds, true).status, 200) << target;
     EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200) << target;
   }
 }
@@ -471,7 +471,7 @@ TEST_F(HttpServerTest, LogTellsWhatWentOverTheWire) {
 }
 
 TEST_F(HttpServerTest, LatencyDelaysEachAnswer) {
-  options_.latency_milliseconds = 120;
+  options_.latencyMilliseconds = 120;
   RawClient client(Serve());
   const auto begin = std::chrono::steady_clock::now();
   EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);

@@ -17,7 +17,7 @@ TEST_F(SimulatorTest, InformationDocumentTellsTheVersionInLines) {
 }
 
 TEST_F(SimulatorTest, InformationDocumentTellsAnAddressOnlyWhenItWasGivenOne) {
-  options_.codebase_url = "https://pdm.example/vt";
+  options_.codebaseUrl = "https://pdm.example/vt";
   EXPECT_TRUE(Get("/servlet/OrvetGW").body.ends_with("CodebaseURL:https://pdm.example/vt\n"));
 }
 

@@ -14,12 +14,12 @@ std::string Reason(std::string_view text) {
 
 struct NumberCase {
   const char* text;
-  bool is_json;
+  bool isJson;
   std::optional<std::int64_t> integer;
 };
 
 /// RFC 8259: an optional minus, digits without a leading zero, then a fraction and an exponent of any length.
-constexpr NumberCase kNumbers[] = {
+constexpr NumberCase numbers[] = {
     {"0", true, 0},
     {"-0", true, 0},
     {"7", true, 7},
@@ -57,10 +57,10 @@ constexpr NumberCase kNumbers[] = {
 };
 
 TEST(JsonReader, NumbersAreKeptAsTheyWereWritten) {
-  for (const NumberCase& c : kNumbers) {
+  for (const NumberCase& c : numbers) {
     const std::string text = std::string("{\"n\":") + c.text + "}";
     const auto document = ReadJson(text);
-    EXPECT_EQ(document.has_value(), c.is_json) << c.text;
+    EXPECT_EQ(document.has_value(), c.isJson) << c.text;
     if (!document) continue;
     const JsonValue number = document->Root().Find("n");
     EXPECT_TRUE(number.IsNumber()) << c.text;
@@ -164,14 +164,14 @@ TEST(JsonReader, ProblemsAndValuesKnowTheirLine) {
 }
 
 TEST(JsonReader, DepthCostsNoStack) {
-  constexpr std::size_t kDepth = 1'500'000;
-  EXPECT_TRUE(ReadJson(std::string(kDepth, '[') + std::string(kDepth, ']')));
-  EXPECT_NE(Reason(std::string(kDepth, '[')), "");
+  constexpr std::size_t depth = 1'500'000;
+  EXPECT_TRUE(ReadJson(std::string(depth, '[') + std::string(depth, ']')));
+  EXPECT_NE(Reason(std::string(depth, '[')), "");
 }
 
 TEST(JsonReader, TooManyValuesAreRefused) {
   std::string text = "[0";
-  for (std::size_t i = 0; i < kMostJsonValues; ++i) text += ",0";
+  for (std::size_t i = 0; i < mostJsonValues; ++i) text += ",0";
   EXPECT_EQ(Reason(text + "]"), "it has too many values");
 }
 

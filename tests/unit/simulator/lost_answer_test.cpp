@@ -50,10 +50,10 @@ class LostAnswerTest : public AdminTest {
 };
 
 TEST_F(LostAnswerTest, EveryWriteOfDocumentsIsDone) {
-  const std::string bench = kWorkspaces + "/W301";
-  ExpectDone(kWorkspaces, R"({"name":"new","contextId":"OR:vn.product.Product:101"})");
-  ExpectDone(kDocuments, CreateBody(Instruction("", "new.lxz", Upload({"new"})[0])));
-  ExpectDone(kDocuments, IterateBody(Instruction("D1003", "gear.lxz", Upload({"next"})[0])));
+  const std::string bench = workspacesPath + "/W301";
+  ExpectDone(workspacesPath, R"({"name":"new","contextId":"OR:vn.product.Product:101"})");
+  ExpectDone(documentsPath, CreateBody(Instruction("", "new.lxz", Upload({"new"})[0])));
+  ExpectDone(documentsPath, IterateBody(Instruction("D1003", "gear.lxz", Upload({"next"})[0])));
   ExpectDone(bench + "/checkout", CheckoutBody("D1004"));
   ExpectDone(bench + "/store", StoreBody(Instruction("D1026", "crank.lxz", Upload({"stored"})[0])));
   ExpectDone(bench + "/checkin", CheckinBody("D1026"));
@@ -69,7 +69,7 @@ TEST_F(LostAnswerTest, EveryWriteOfTranslationsIsDone) {
   const std::string instruction =
       Instruction("", "chain manual.xlf", Upload({"<x/>"})[0],
                   R"(,"typeId":"vn.epm.EPMDocument|net.kettenblitz.XliffDocument")");
-  const std::string xliff = PostJson(kDocuments, CreateBody(instruction))[0]["id"].GetString();
+  const std::string xliff = PostJson(documentsPath, CreateBody(instruction))[0]["id"].GetString();
   ExpectDone(service + "CreateXliffLink",
              R"({"oidForQ7zkDocument":"D1032","oidForXliffDocument":")" + xliff + R"("})");
   ExpectDone(service + "DynamicDocuments('D1031')", R"({"ZVKDDEXTENDEDDOCTYPE":"x-raomPublished"})", "PATCH");

@@ -22,30 +22,30 @@ bool FolderHasContents(const std::string& document) {
 }
 
 TEST(Metadata, EachGenerationHasItsSchemaVersions) {
-  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::kSchema1, "DataAdmin")), "1");
-  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::kSchema1, "DynamicDocMgmt")), "1");
-  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::kSchema1, "CADDocumentMgmt")), "1");
-  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::kSchema4, "DataAdmin")), "4");
-  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::kSchema4, "DynamicDocMgmt")), "2");
-  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::kSchema5, "DataAdmin")), "5");
-  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::kSchema5, "DynamicDocMgmt")), "2");
+  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::Schema1, "DataAdmin")), "1");
+  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::Schema1, "DynamicDocMgmt")), "1");
+  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::Schema1, "CADDocumentMgmt")), "1");
+  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::Schema4, "DataAdmin")), "4");
+  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::Schema4, "DynamicDocMgmt")), "2");
+  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::Schema5, "DataAdmin")), "5");
+  EXPECT_EQ(SchemaVersion(MetadataDocument(Generation::Schema5, "DynamicDocMgmt")), "2");
 }
 
 TEST(Metadata, FoldersKnowTheirContentsSinceTheFourthSchema) {
-  EXPECT_FALSE(FolderHasContents(*MetadataDocument(Generation::kSchema1, "DataAdmin")));
-  EXPECT_TRUE(FolderHasContents(*MetadataDocument(Generation::kSchema4, "DataAdmin")));
-  EXPECT_TRUE(FolderHasContents(*MetadataDocument(Generation::kSchema5, "DataAdmin")));
+  EXPECT_FALSE(FolderHasContents(*MetadataDocument(Generation::Schema1, "DataAdmin")));
+  EXPECT_TRUE(FolderHasContents(*MetadataDocument(Generation::Schema4, "DataAdmin")));
+  EXPECT_TRUE(FolderHasContents(*MetadataDocument(Generation::Schema5, "DataAdmin")));
 }
 
 TEST(Metadata, GatewayHasNone) {
   for (const char* service : {"DataAdmin", "DynamicDocMgmt", "CADDocumentMgmt"}) {
-    EXPECT_FALSE(MetadataDocument(Generation::kGateway, service)) << service;
+    EXPECT_FALSE(MetadataDocument(Generation::Gateway, service)) << service;
   }
-  EXPECT_FALSE(MetadataDocument(Generation::kSchema5, "Unknown"));
+  EXPECT_FALSE(MetadataDocument(Generation::Schema5, "Unknown"));
 }
 
 TEST_F(SimulatorTest, GatewayAnswersNothingUnderOData) {
-  options_.generation = Generation::kGateway;
+  options_.generation = Generation::Gateway;
   for (const char* path :
        {"/servlet/odata/", "/servlet/odata/DataAdmin/$metadata", "/servlet/odata/v1/ZVK/GetCSRFToken()",
         "/servlet/odata/v1/ZVK/IsAssemblyInstalled(assemblyName='kotia')",
@@ -57,7 +57,7 @@ TEST_F(SimulatorTest, GatewayAnswersNothingUnderOData) {
 }
 
 TEST_F(SimulatorTest, MetadataIsReachedUnderADollarEscapedOrNot) {
-  EXPECT_EQ(Get("/servlet/odata/DataAdmin/$metadata").content_type, "application/xml;charset=UTF-8");
+  EXPECT_EQ(Get("/servlet/odata/DataAdmin/$metadata").contentType, "application/xml;charset=UTF-8");
   EXPECT_EQ(Get("/servlet/odata/DataAdmin/%24metadata").status, 200);
   EXPECT_EQ(Get("/servlet/odata/Unknown/$metadata").status, 404);
 }

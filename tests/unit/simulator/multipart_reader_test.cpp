@@ -9,8 +9,8 @@ namespace {
 class Recorder : public PartSink {
  public:
   bool BeginPart(const PartHead& head) override {
-    open_ = head.name + "|" + head.file_name + "|" + head.type + "[";
-    return ++begun_ != refuse_at_;
+    open_ = head.name + "|" + head.fileName + "|" + head.type + "[";
+    return ++begun_ != refuseAt_;
   }
   bool PartBytes(std::string_view bytes) override {
     open_ += bytes;
@@ -20,14 +20,14 @@ class Recorder : public PartSink {
     text_ += open_ + "]";
     return true;
   }
-  void RefusePart(int number) { refuse_at_ = number; }
+  void RefusePart(int number) { refuseAt_ = number; }
   [[nodiscard]] const std::string& text() const { return text_; }
 
  private:
   std::string text_;
   std::string open_;
   int begun_ = 0;
-  int refuse_at_ = -1;
+  int refuseAt_ = -1;
 };
 
 struct Read {
@@ -45,20 +45,20 @@ Read ReadAll(const std::string& body, std::size_t step, const std::string& bound
   return {recorder.text(), reader.finished(), reader.problem()};
 }
 
-const std::string kTwoParts =
+const std::string twoParts =
     "\r\n--B\r\nContent-Disposition: form-data; name=\"Master_URL\"\r\n\r\nhttp://h/m"
     "\r\n--B\r\nContent-Type: application/octet-stream\r\nContent-Disposition: form-data; name=\"f1\"; "
     "filename=\"a.lxz\"\r\n\r\nABC\r\n--B--";
 
 TEST(MultipartReader, ReadsABodyThatBeginsWithALineEnd) {
-  const Read read = ReadAll(kTwoParts, kTwoParts.size());
+  const Read read = ReadAll(twoParts, twoParts.size());
   EXPECT_TRUE(read.finished);
   EXPECT_EQ(read.parts, "Master_URL||[http://h/m]f1|a.lxz|application/octet-stream[ABC]");
 }
 
 TEST(MultipartReader, ReadsABodyThatBeginsWithItsBoundaryOrWithOtherText) {
   for (const char* front : {"", "preamble", "preamble\r\n", "--\r\n", "-", "\r"}) {
-    const std::string body = front + (std::string(front).empty() ? kTwoParts.substr(2) : kTwoParts);
+    const std::string body = front + (std::string(front).empty() ? twoParts.substr(2) : twoParts);
     const Read read = ReadAll(body, 3);
     EXPECT_TRUE(read.finished) << front;
     EXPECT_EQ(read.parts, "Master_URL||[http://h/m]f1|a.lxz|application/octet-stream[ABC]") << front;
@@ -66,9 +66,9 @@ TEST(MultipartReader, ReadsABodyThatBeginsWithItsBoundaryOrWithOtherText) {
 }
 
 TEST(MultipartReader, ItMakesNoDifferenceHowTheBytesArrive) {
-  const std::string whole = ReadAll(kTwoParts, kTwoParts.size()).parts;
-  for (std::size_t step = 1; step < kTwoParts.size(); ++step) {
-    const Read read = ReadAll(kTwoParts, step);
+  const std::string whole = ReadAll(twoParts, twoParts.size()).parts;
+  for (std::size_t step = 1; step < twoParts.size(); ++step) {
+    const Read read = ReadAll(twoParts, step);
     EXPECT_TRUE(read.finished) << step;
     EXPECT_EQ(read.parts, whole) << step;
   }
@@ -96,9 +96,9 @@ TEST(MultipartReader, PartsMayBeEmptyAndHeadsToo) {
 }
 
 TEST(MultipartReader, BodyCutAnywhereIsNotFinishedAndItsLastPartNotEnded) {
-  for (std::size_t length = 0; length < kTwoParts.size(); ++length) {
-    for (const std::size_t step : {std::size_t{1}, std::size_t{7}, kTwoParts.size()}) {
-      const Read read = ReadAll(kTwoParts.substr(0, length), step);
+  for (std::size_t length = 0; length < twoParts.size(); ++length) {
+    for (const std::size_t step : {std::size_t{1}, std::size_t{7}, twoParts.size()}) {
+      const Read read = ReadAll(twoParts.substr(0, length), step);
       EXPECT_FALSE(read.finished) << length;
       EXPECT_TRUE(read.problem.empty()) << length << read.problem;
     }
@@ -107,9 +107,9 @@ TEST(MultipartReader, BodyCutAnywhereIsNotFinishedAndItsLastPartNotEnded) {
 
 TEST(MultipartReader, BrokenBoundaryLinesAndHeadsAreRefused) {
   const std::pair<const char*, const char*> cases[] = {
-      {"--Bx\r\n\r\n", "a boundary line goes on behind the boundary"},
-      {"--B\n\n", "a boundary line goes on behind the boundary"},
-      {"--B-\r\n", "a boundary line goes on behind the boundary"},
+      {"--Bx\r\n\r\n", "a boundary line goes on after the boundary"},
+      {"--B\n\n", "a boundary line goes on after the boundary"},
+      {"--B-\r\n", "a boundary line goes on after the boundary"},
       {"--B\r\nno colon\r\n\r\n", "the head of a part cannot be read"},
       {"--B\r\n: x\r\n\r\n", "the head of a part cannot be read"},
   };
@@ -121,18 +121,18 @@ TEST(MultipartReader, BrokenBoundaryLinesAndHeadsAreRefused) {
 }
 
 TEST(MultipartReader, EndlessHeadsAndBlanksAndPartsAreRefused) {
-  const std::string long_head = "--B\r\nA: " + std::string(100'000, 'x');
-  EXPECT_EQ(ReadAll(long_head, 1000).problem, "the head of a part is too long");
-  EXPECT_EQ(ReadAll(long_head + "\r\n\r\n", long_head.size() + 4).problem, "the head of a part is too long");
+  const std::string longHead = "--B\r\nA: " + std::string(100'000, 'x');
+  EXPECT_EQ(ReadAll(longHead, 1000).problem, "the head of a part is too long");
+  EXPECT_EQ(ReadAll(longHead + "\r\n\r\n", longHead.size() + 4).problem, "the head of a part is too long");
   EXPECT_EQ(ReadAll("--B" + std::string(100'000, ' '), 1000).problem, "a boundary line has no end");
   std::string many;
-  for (std::size_t i = 0; i <= MultipartReader::kMostParts; ++i) many += "\r\n--B\r\n\r\n";
+  for (std::size_t i = 0; i <= MultipartReader::mostParts; ++i) many += "\r\n--B\r\n\r\n";
   EXPECT_EQ(ReadAll(many, 4096).problem, "the body has too many parts");
 }
 
 TEST(MultipartReader, WithoutABoundaryNothingIsRead) {
-  EXPECT_EQ(ReadAll(kTwoParts, 10, "").problem, "the boundary is empty");
-  const Read other = ReadAll(kTwoParts, 10, "other");
+  EXPECT_EQ(ReadAll(twoParts, 10, "").problem, "the boundary is empty");
+  const Read other = ReadAll(twoParts, 10, "other");
   EXPECT_FALSE(other.finished);
   EXPECT_EQ(other.parts, "");
 }
@@ -141,7 +141,7 @@ TEST(MultipartReader, SinkThatRefusesEndsTheReadingWithoutAProblem) {
   Recorder recorder;
   recorder.RefusePart(2);
   MultipartReader reader("B", recorder);
-  EXPECT_FALSE(reader.Feed(kTwoParts));
+  EXPECT_FALSE(reader.Feed(twoParts));
   EXPECT_FALSE(reader.Feed("more"));
   EXPECT_FALSE(reader.finished());
   EXPECT_EQ(reader.problem(), "");
@@ -164,10 +164,10 @@ TEST(MultipartReader, FileNameKeepsItsQuotes) {
   ASSERT_TRUE(
       ParsePartHead("CONTENT-DISPOSITION: form-data; name=\"f1\"; filename=\"a \"b\".lxz\"\r\n", head));
   EXPECT_EQ(head.name, "f1");
-  EXPECT_EQ(head.file_name, "a \"b\".lxz");
-  PartHead only_file;
-  ASSERT_TRUE(ParsePartHead("Content-Disposition: form-data; filename=\"x\"\r\n", only_file));
-  EXPECT_EQ(only_file.name, "");
+  EXPECT_EQ(head.fileName, "a \"b\".lxz");
+  PartHead onlyFile;
+  ASSERT_TRUE(ParsePartHead("Content-Disposition: form-data; filename=\"x\"\r\n", onlyFile));
+  EXPECT_EQ(onlyFile.name, "");
   PartHead broken;
   ASSERT_TRUE(ParsePartHead("Content-Disposition: form-data; name=\"\r\n", broken));
   EXPECT_EQ(broken.name, "");

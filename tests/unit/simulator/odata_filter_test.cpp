@@ -9,12 +9,12 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::array kProperties{
+constexpr std::array properties{
     ODataProperty{"Name", "t.name"},
     ODataProperty{"Number", "t.number"},
     ODataProperty{"Location", ""},
 };
-constexpr ODataEntity kEntity{kProperties, "t.id", "Name"};
+constexpr ODataEntity entity{properties, "t.id", "Name"};
 
 /// Names of the rows that a filter leaves, or the status and reason of its refusal.
 std::string Evaluate(std::string_view filter) {
@@ -23,7 +23,7 @@ std::string Evaluate(std::string_view filter) {
       "CREATE TABLE t(id INTEGER PRIMARY KEY, name TEXT, number TEXT);"
       "INSERT INTO t(name, number) VALUES('a', '1'), ('b', '2'), ('it''s', '3'), ('c', '1'), ('''', '4');");
   ODataProblem problem;
-  const auto condition = ParseODataFilter(filter, kEntity, problem);
+  const auto condition = ParseODataFilter(filter, entity, problem);
   if (!condition) return std::to_string(problem.status) + (problem.reason.empty() ? " without a reason" : "");
   SqlText sql;
   sql.Add("SELECT t.name FROM t WHERE ").Add(*condition).Add(" ORDER BY t.id");

@@ -36,8 +36,8 @@ TEST(ODataQuery, ReadsEveryOptionThatItKnows) {
   EXPECT_EQ(query->expand->navigation, "Folders");
   EXPECT_EQ(query->expand->levels, 3U);
   EXPECT_EQ(query->expand->select, (std::vector<std::string>{"ID", "Name"}));
-  EXPECT_EQ(query->skip_token, "12");
-  EXPECT_TRUE(query->latest_version_only);
+  EXPECT_EQ(query->skipToken, "12");
+  EXPECT_TRUE(query->latestVersionOnly);
 }
 
 TEST(ODataQuery, ExpandNeedsNoOptionsAndTakesAllLevels) {

@@ -16,7 +16,7 @@ using Value = rapidjson::Value;
 class OpenApiTest : public AdminTest {
  protected:
   OpenApiTest() {
-    options_.session_seconds = 60;
+    options_.sessionSeconds = 60;
     const EmbeddedFile* file = FindEmbeddedFile("openapi.json");
     description_.Parse(file->bytes.data(), file->bytes.size());
     EXPECT_FALSE(description_.HasParseError());
@@ -126,7 +126,7 @@ class OpenApiTest : public AdminTest {
     }
     const auto content = told[status.c_str()]["content"].MemberBegin();
     EXPECT_EQ(
-        response.content_type.substr(0, response.content_type.find(';')),
+        response.contentType.substr(0, response.contentType.find(';')),
         std::string(content->name.GetString()).substr(0, std::string(content->name.GetString()).find(';')));
     if (std::string(content->name.GetString()) != "application/json") return;
     rapidjson::Document answer;
@@ -167,7 +167,7 @@ TEST_F(OpenApiTest, EveryExampleIsAnsweredAsItIsTold) {
       ++tried;
       admin_.reset();
       simulator_.reset();
-      std::filesystem::remove_all(options_.data_directory);
+      std::filesystem::remove_all(options_.dataDirectory);
     }
   }
   EXPECT_GT(tried, 35);

@@ -16,22 +16,22 @@ CommandLine Parse(std::initializer_list<const char*> arguments) {
 TEST(Options, DefaultsNeedADataDirectoryAlone) {
   const auto line = Parse({"--data", "d"});
   ASSERT_TRUE(line.options) << line.text;
-  EXPECT_EQ(line.options->data_directory, "d");
-  EXPECT_EQ(line.options->bind_address, "127.0.0.1");
-  EXPECT_EQ(line.options->generation, Generation::kSchema5);
-  EXPECT_EQ(line.options->seed.kind, Seed::Kind::kDemo);
+  EXPECT_EQ(line.options->dataDirectory, "d");
+  EXPECT_EQ(line.options->bindAddress, "127.0.0.1");
+  EXPECT_EQ(line.options->generation, Generation::Schema5);
+  EXPECT_EQ(line.options->seed.kind, Seed::Kind::Demo);
   EXPECT_EQ(line.options->version.major, 12U);
-  EXPECT_EQ(line.options->version.service_pack, 2U);
+  EXPECT_EQ(line.options->version.servicePack, 2U);
   EXPECT_TRUE(line.options->users.empty());
-  EXPECT_FALSE(line.options->max_upload_bytes);
+  EXPECT_FALSE(line.options->maxUploadBytes);
   EXPECT_TRUE(line.options->translation);
-  EXPECT_TRUE(line.options->missing_preferences.empty());
-  EXPECT_EQ(line.options->xliff_folder, XliffFolder::kCabinet);
-  EXPECT_EQ(line.options->page_size, 10'000U);
-  EXPECT_FALSE(line.options->page_port);
-  EXPECT_EQ(line.options->upload_port, 0);
-  EXPECT_FALSE(line.options->old_creation_factory);
-  EXPECT_FALSE(line.options->gateway_escapes);
+  EXPECT_TRUE(line.options->missingPreferences.empty());
+  EXPECT_EQ(line.options->xliffFolder, XliffFolder::Cabinet);
+  EXPECT_EQ(line.options->pageSize, 10'000U);
+  EXPECT_FALSE(line.options->pagePort);
+  EXPECT_EQ(line.options->uploadPort, 0);
+  EXPECT_FALSE(line.options->oldCreationFactory);
+  EXPECT_FALSE(line.options->gatewayEscapes);
 }
 
 TEST(Options, WhoComesInAndHowIsRead) {
@@ -42,15 +42,15 @@ TEST(Options, WhoComesInAndHowIsRead) {
   ASSERT_EQ(line.options->tokens.size(), 1U);
   EXPECT_EQ(line.options->tokens[0].name, "robot");
   EXPECT_EQ(line.options->tokens[0].password, "t:x");
-  EXPECT_EQ(line.options->session_seconds, 5U);
-  EXPECT_EQ(line.options->tls_certificate, "c.pem");
-  EXPECT_EQ(line.options->tls_key, "k.pem");
-  EXPECT_FALSE(Parse({"--data", "d", "--session-seconds", "5"}).options->session_seconds);
-  EXPECT_EQ(Parse({"--data", "d", "--digest"}).exit_code, 2);
-  EXPECT_EQ(Parse({"--data", "d", "--token", "secret"}).exit_code, 2);
+  EXPECT_EQ(line.options->sessionSeconds, 5U);
+  EXPECT_EQ(line.options->tlsCertificate, "c.pem");
+  EXPECT_EQ(line.options->tlsKey, "k.pem");
+  EXPECT_FALSE(Parse({"--data", "d", "--session-seconds", "5"}).options->sessionSeconds);
+  EXPECT_EQ(Parse({"--data", "d", "--digest"}).exitCode, 2);
+  EXPECT_EQ(Parse({"--data", "d", "--token", "secret"}).exitCode, 2);
   EXPECT_EQ(Parse({"--data", "d", "--token", "secret"}).text.find("secret"), std::string::npos);
-  EXPECT_EQ(Parse({"--data", "d", "--tls", "c.pem"}).exit_code, 2);
-  EXPECT_EQ(Parse({"--data", "d", "--tls", "c", "k", "--tls-self-signed", "t"}).exit_code, 2);
+  EXPECT_EQ(Parse({"--data", "d", "--tls", "c.pem"}).exitCode, 2);
+  EXPECT_EQ(Parse({"--data", "d", "--tls", "c", "k", "--tls-self-signed", "t"}).exitCode, 2);
 }
 
 TEST(Options, ThoseOfTheServerAreRead) {
@@ -61,20 +61,20 @@ TEST(Options, ThoseOfTheServerAreRead) {
   ASSERT_TRUE(line.options) << line.text;
   const Options& options = *line.options;
   EXPECT_EQ(options.port, 0);
-  EXPECT_EQ(options.seed.kind, Seed::Kind::kBulk);
+  EXPECT_EQ(options.seed.kind, Seed::Kind::Bulk);
   EXPECT_EQ(options.seed.bulk.documents, 250U);
   ASSERT_EQ(options.users.size(), 2U);
   EXPECT_EQ(options.users[0].name, "a");
   EXPECT_EQ(options.users[0].password, "p:w");
   EXPECT_EQ(options.users[1].password, "");
-  EXPECT_EQ(options.generation, Generation::kSchema4);
+  EXPECT_EQ(options.generation, Generation::Schema4);
   EXPECT_EQ(options.version.major, 11U);
   EXPECT_EQ(options.version.minor, 0U);
-  EXPECT_EQ(options.version.service_pack, 30U);
+  EXPECT_EQ(options.version.servicePack, 30U);
   EXPECT_EQ(options.version.cps, 7U);
-  EXPECT_EQ(options.codebase_url, "http://h/x");
+  EXPECT_EQ(options.codebaseUrl, "http://h/x");
   EXPECT_EQ(options.prefix, "/vt");
-  EXPECT_EQ(options.log_file, "l");
+  EXPECT_EQ(options.logFile, "l");
 }
 
 TEST(Options, ThoseOfItsAnswersAreRead) {
@@ -105,17 +105,17 @@ TEST(Options, ThoseOfItsAnswersAreRead) {
                            "path"});
   ASSERT_TRUE(line.options) << line.text;
   const Options& options = *line.options;
-  EXPECT_EQ(options.latency_milliseconds, 15U);
-  EXPECT_EQ(options.max_upload_bytes, 0U);
+  EXPECT_EQ(options.latencyMilliseconds, 15U);
+  EXPECT_EQ(options.maxUploadBytes, 0U);
   EXPECT_EQ(options.faults.size(), 2U);
-  EXPECT_EQ(options.page_size, 25U);
-  EXPECT_EQ(options.page_port, 0);
-  EXPECT_EQ(options.upload_port, 4711);
-  EXPECT_TRUE(options.old_creation_factory);
-  EXPECT_TRUE(options.gateway_escapes);
+  EXPECT_EQ(options.pageSize, 25U);
+  EXPECT_EQ(options.pagePort, 0);
+  EXPECT_EQ(options.uploadPort, 4711);
+  EXPECT_TRUE(options.oldCreationFactory);
+  EXPECT_TRUE(options.gatewayEscapes);
   EXPECT_FALSE(options.translation);
-  EXPECT_EQ(options.missing_preferences, (std::vector<std::string>{"CABINET_OID", "UPLOAD_SOFT_TYPE"}));
-  EXPECT_EQ(options.xliff_folder, XliffFolder::kPath);
+  EXPECT_EQ(options.missingPreferences, (std::vector<std::string>{"CABINET_OID", "UPLOAD_SOFT_TYPE"}));
+  EXPECT_EQ(options.xliffFolder, XliffFolder::Path);
 }
 
 TEST(Options, BadValuesEndWithAReasonAndTwo) {
@@ -144,7 +144,7 @@ TEST(Options, BadValuesEndWithAReasonAndTwo) {
     argv.insert(argv.end(), arguments.begin(), arguments.end());
     const auto line = ParseCommandLine(static_cast<int>(argv.size()), argv.data());
     EXPECT_FALSE(line.options) << arguments.back();
-    EXPECT_EQ(line.exit_code, 2);
+    EXPECT_EQ(line.exitCode, 2);
     EXPECT_TRUE(line.text.starts_with("vantry-sim: "));
     EXPECT_TRUE(line.text.ends_with("\n"));
   }
@@ -155,9 +155,9 @@ TEST(Options, RefusedUserIsNotRepeatedSinceItMayHoldAPassword) {
 }
 
 TEST(Options, HelpAndProgramVersionEndWithZero) {
-  EXPECT_EQ(Parse({"--help"}).exit_code, 0);
+  EXPECT_EQ(Parse({"--help"}).exitCode, 0);
   EXPECT_NE(Parse({"--help"}).text.find("--generation"), std::string::npos);
-  EXPECT_EQ(Parse({"--version-info"}).exit_code, 0);
+  EXPECT_EQ(Parse({"--version-info"}).exitCode, 0);
   EXPECT_TRUE(Parse({"--version-info"}).text.starts_with("vantry-sim "));
 }
 

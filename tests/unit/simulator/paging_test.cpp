@@ -9,18 +9,18 @@
 namespace vantry_sim {
 namespace {
 
-const std::string kBulk =
+const std::string bulkFolder =
     "/servlet/odata/v5/DataAdmin/Containers('OR:vn.product.Product:101')/Folders('OR:vn.folder.Cabinet:201')"
     "/Folders('OR:vn.folder.SubFolder:211')/FolderContents/"
     "ZVK.DynamicDocMgmt.DynamicDocument?$select=CADName,ID";
-const std::string kDrivetrain =
+const std::string drivetrainFolder =
     "/servlet/odata/v5/DataAdmin/Containers('OR:vn.product.Product:101')/Folders('OR:vn.folder.Cabinet:201')"
     "/Folders('OR:vn.folder.SubFolder:212')/FolderContents/ZVK.DynamicDocMgmt.DynamicDocument";
 
 class PagingTest : public SimulatorTest {
  protected:
   void SeedBulk(std::uint32_t documents) {
-    options_.seed.kind = Seed::Kind::kBulk;
+    options_.seed.kind = Seed::Kind::Bulk;
     options_.seed.bulk.documents = documents;
   }
 
@@ -43,71 +43,71 @@ class PagingTest : public SimulatorTest {
 
 TEST_F(PagingTest, EveryRowComesOnceHoweverSmallThePages) {
   SeedBulk(250);
-  const std::vector<std::string> whole = AllIds(kBulk);
+  const std::vector<std::string> whole = AllIds(bulkFolder);
   ASSERT_EQ(whole.size(), 250U);
   EXPECT_EQ(std::set<std::string>(whole.begin(), whole.end()).size(), 250U);
   for (const std::uint32_t size : {1U, 7U, 50U, 125U, 249U, 250U, 251U}) {
     simulator_.reset();
-    options_.page_size = size;
-    EXPECT_EQ(AllIds(kBulk), whole) << size;
-    EXPECT_EQ(AllIds(kBulk + "&$orderby=Version%20desc"), whole) << size;
+    options_.pageSize = size;
+    EXPECT_EQ(AllIds(bulkFolder), whole) << size;
+    EXPECT_EQ(AllIds(bulkFolder + "&$orderby=Version%20desc"), whole) << size;
   }
 }
 
 TEST_F(PagingTest, LastPageHasNoLinkEvenWhenItIsFull) {
   SeedBulk(20);
-  options_.page_size = 10;
+  options_.pageSize = 10;
   std::vector<std::size_t> sizes;
-  EXPECT_EQ(AllIds(kBulk, &sizes).size(), 20U);
+  EXPECT_EQ(AllIds(bulkFolder, &sizes).size(), 20U);
   EXPECT_EQ(sizes, (std::vector<std::size_t>{10, 10}));
 }
 
 TEST_F(PagingTest, PagesGoOnAcrossRowsOfDifferentAndOfEqualVersions) {
-  const std::vector<std::string> newest_first{"D1003", "D1007", "D1006", "D1008", "D1015", "D1016"};
-  options_.page_size = 1;
-  EXPECT_EQ(AllIds(kDrivetrain + "?$orderby=Version%20desc"), newest_first);
-  EXPECT_EQ(AllIds(kDrivetrain + "?$orderby=Version"),
+  const std::vector<std::string> newestFirst{"D1003", "D1007", "D1006", "D1008", "D1015", "D1016"};
+  options_.pageSize = 1;
+  EXPECT_EQ(AllIds(drivetrainFolder + "?$orderby=Version%20desc"), newestFirst);
+  EXPECT_EQ(AllIds(drivetrainFolder + "?$orderby=Version"),
             (std::vector<std::string>{"D1006", "D1008", "D1015", "D1016", "D1007", "D1003"}));
-  EXPECT_EQ(AllIds(kDrivetrain + "?$orderby=Version%20desc,CADName%20desc"),
+  EXPECT_EQ(AllIds(drivetrainFolder + "?$orderby=Version%20desc,CADName%20desc"),
             (std::vector<std::string>{"D1003", "D1007", "D1016", "D1015", "D1006", "D1008"}));
 }
 
 TEST_F(PagingTest, PreferredPageSizeCountsBelowTheServersOwn) {
   SeedBulk(30);
-  options_.page_size = 20;
+  options_.pageSize = 20;
   std::vector<std::size_t> sizes;
-  AllIds(kBulk, &sizes, "odata.maxpagesize=10000");
+  AllIds(bulkFolder, &sizes, "odata.maxpagesize=10000");
   EXPECT_EQ(sizes, (std::vector<std::size_t>{20, 10}));
   sizes.clear();
-  AllIds(kBulk, &sizes, "odata.maxpagesize=12");
+  AllIds(bulkFolder, &sizes, "odata.maxpagesize=12");
   EXPECT_EQ(sizes, (std::vector<std::size_t>{12, 12, 6}));
-  const Response response = Get(kBulk, "anna", "odata.maxpagesize=12");
+  const Response response = Get(bulkFolder, "anna", "odata.maxpagesize=12");
   EXPECT_EQ(response.headers.back(),
             (std::pair<std::string, std::string>("Preference-Applied", "odata.maxpagesize=12")));
 }
 
 TEST_F(PagingTest, TopCountsOverAllPages) {
   SeedBulk(30);
-  options_.page_size = 10;
+  options_.pageSize = 10;
   std::vector<std::size_t> sizes;
-  EXPECT_EQ(AllIds(kBulk + "&$top=25", &sizes).size(), 25U);
+  EXPECT_EQ(AllIds(bulkFolder + "&$top=25", &sizes).size(), 25U);
   EXPECT_EQ(sizes, (std::vector<std::size_t>{10, 10, 5}));
 }
 
 TEST_F(PagingTest, NextLinkIsAbsoluteAndKeepsTheQuestion) {
   SeedBulk(30);
-  options_.page_size = 10;
+  options_.pageSize = 10;
   options_.prefix = "/vt";
-  const auto page =
-      GetJson("/vt" + kBulk + "&$filter=CADName%20eq%20'part%200000001.lxz'%20or%20Version%20eq%20'A.1'");
+  const auto page = GetJson("/vt" + bulkFolder +
+                            "&$filter=CADName%20eq%20'part%200000001.lxz'%20or%20Version%20eq%20'A.1'");
   const std::string link = page["@odata.nextLink"].GetString();
   EXPECT_EQ(link.rfind("http://sim.example:8080/vt/servlet/odata/v5/DataAdmin/Containers(", 0), 0U) << link;
   EXPECT_NE(link.find("$select=CADName%2CID&"), std::string::npos) << link;
   EXPECT_NE(link.find("$filter=CADName%20eq%20%27part%200000001.lxz%27"), std::string::npos) << link;
   EXPECT_EQ(link.find(' '), std::string::npos) << link;
   simulator_.reset();
-  options_.codebase_url = "https://proxy.example/vt";
-  const auto behind = GetJson("/vt" + kBulk);
+  options_.codebaseUrl = "https://proxy.example/vt";
+  const auto behind = GetJson("/vt" + bulkFolder);
   EXPECT_EQ(
       std::string(behind["@odata.nextLink"].GetString()).rfind("https://proxy.example/vt/servlet/odata/", 0),
       0U);
@@ -115,8 +115,8 @@ TEST_F(PagingTest, NextLinkIsAbsoluteAndKeepsTheQuestion) {
 
 TEST_F(PagingTest, RowsThatGoMeanwhileLoseNoOther) {
   SeedBulk(30);
-  options_.page_size = 10;
-  auto page = GetJson(kBulk);
+  options_.pageSize = 10;
+  auto page = GetJson(bulkFolder);
   const std::string next = page["@odata.nextLink"].GetString();
   simulator_.reset();
   {
@@ -131,9 +131,9 @@ TEST_F(PagingTest, RowsThatGoMeanwhileLoseNoOther) {
 
 TEST_F(PagingTest, PagePortServesWhatFollows) {
   SeedBulk(25);
-  options_.page_size = 10;
+  options_.pageSize = 10;
   options_.port = 0;
-  options_.page_port = 0;
+  options_.pagePort = 0;
   RequestLog log("");
   ServerGroup servers(Start(), log);
   ASSERT_EQ(servers.Bind(), -1);
@@ -141,7 +141,7 @@ TEST_F(PagingTest, PagePortServesWhatFollows) {
   {
     const std::string host = "127.0.0.1:" + std::to_string(servers.port());
     RawClient first(servers.port());
-    first.Send("GET " + kBulk + " HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
+    first.Send("GET " + bulkFolder + " HTTP/1.1\r\nHost: " + host + "\r\n\r\n");
     rapidjson::Document page;
     page.Parse(first.Read().body.c_str());
     std::string link = page["@odata.nextLink"].GetString();

@@ -44,14 +44,14 @@ TEST(ProgramTexts, TellTheOptionsOfTheParser) {
   const ProgramTexts texts = TextsOfProgram();
   std::string all;
   for (const OptionText& option : texts.server) {
-    all += option.names.front() + "=" + option.value + "=" + option.default_value + " ";
+    all += option.names.front() + "=" + option.value + "=" + option.defaultValue + " ";
     EXPECT_NE(option.about, "") << option.names.front();
   }
   for (const char* one : {"--help== ", "--port=PORT=8080 ",
                           "--data=DIR= ", "--tls=CERT KEY= ", "--sessions== ", "--page-size=N=10000 ",
                           "--check=STATE= ", "--xliff-folder=cabinet|path=cabinet "})
     EXPECT_THAT(all, HasSubstr(one));
-  EXPECT_EQ(texts.export_command.size(), 4U);
+  EXPECT_EQ(texts.exportCommand.size(), 4U);
 }
 
 TEST(ProgramTexts, ShippedFilesAreThoseThatTheProgramMakes) {

@@ -13,17 +13,17 @@
 
 namespace vantry_sim {
 
-RawClient::RawClient(int port, const std::string& from, const std::string& to, int own_port)
+RawClient::RawClient(int port, const std::string& from, const std::string& to, int ownPort)
     : socket_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   sockaddr_in own = address;
   inet_pton(AF_INET, from.c_str(), &own.sin_addr);
-  own.sin_port = htons(static_cast<std::uint16_t>(own_port));
+  own.sin_port = htons(static_cast<std::uint16_t>(ownPort));
   const int on = 1;
   // Two connections may come from one port where they go to different addresses, and both allow it. A port
   // that the system picks is one of its own.
-  if (own_port != 0) setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+  if (ownPort != 0) setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
   if (bind(socket_, reinterpret_cast<sockaddr*>(&own), sizeof own) != 0)
     throw std::runtime_error("cannot bind");
   setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
@@ -65,19 +65,19 @@ void RawClient::Send(const std::string& bytes) {
   }
 }
 
-RawAnswer RawClient::Get(const std::string& target, const std::string& header_lines) {
-  Send("GET " + target + " HTTP/1.1\r\nHost: sim.example\r\n" + header_lines + "\r\n");
+RawAnswer RawClient::Get(const std::string& target, const std::string& headerLines) {
+  Send("GET " + target + " HTTP/1.1\r\nHost: sim.example\r\n" + headerLines + "\r\n");
   return Read();
 }
 
-RawAnswer RawClient::Post(const std::string& target, const std::string& header_lines,
+RawAnswer RawClient::Post(const std::string& target, const std::string& headerLines,
                           const std::string& body) {
-  Send("POST " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\n" + header_lines +
+  Send("POST " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\n" + headerLines +
        "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
   return Read();
 }
 
-RawAnswer RawClient::Read(int milliseconds, bool head_only) {
+RawAnswer RawClient::Read(int milliseconds, bool headOnly) {
   RawAnswer answer;
   const auto first = Line(milliseconds);
   if (!first || first->size() < 12) return answer;
@@ -91,13 +91,13 @@ RawAnswer RawClient::Read(int milliseconds, bool head_only) {
     std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
     answer.headers[name] = line->substr(std::min(colon + 2, line->size()));
   }
-  if (head_only || answer.status == 204) {
+  if (headOnly || answer.status == 204) {
     answer.complete = true;
   } else if (answer.headers.count("transfer-encoding") != 0) {
     for (;;) {
-      const auto size_line = Line(milliseconds);
-      if (!size_line) return answer;
-      const auto size = std::strtoul(size_line->c_str(), nullptr, 16);
+      const auto sizeLine = Line(milliseconds);
+      if (!sizeLine) return answer;
+      const auto size = std::strtoul(sizeLine->c_str(), nullptr, 16);
       std::string chunk;
       const bool whole = Take(size, milliseconds, chunk);
       answer.body += chunk;

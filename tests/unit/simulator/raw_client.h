@@ -16,15 +16,15 @@ struct RawAnswer {
 
 /// How long a silence is waited for before an answer counts as missing: far longer than any answer takes, on a
 /// busy machine and under a sanitizer too, because it is there for a server that hangs.
-inline constexpr int kHungMilliseconds = 60'000;
+inline constexpr int hungMilliseconds = 60'000;
 
 /// A client of bare sockets, so that answers are judged by the bytes on the wire. One connection.
 class RawClient {
  public:
   /// @param from the address of this machine that it comes from, all of 127.0.0.0/8
-  /// @param to the same, that it connects to. @param own_port that it comes from; 0: any
+  /// @param to the same, that it connects to. @param ownPort that it comes from; 0: any
   explicit RawClient(int port, const std::string& from = "127.0.0.1", const std::string& to = "127.0.0.1",
-                     int own_port = 0);
+                     int ownPort = 0);
   RawClient(const RawClient&) = delete;
   RawClient& operator=(const RawClient&) = delete;
   ~RawClient();
@@ -37,16 +37,16 @@ class RawClient {
 
   void Send(const std::string& bytes);
   /// Sends a GET with a Host header, and the header lines given (each with CR LF), and reads the answer.
-  RawAnswer Get(const std::string& target, const std::string& header_lines = {});
+  RawAnswer Get(const std::string& target, const std::string& headerLines = {});
   /// Sends a POST with a Host header, the header lines given (each with CR LF) and a body, and reads the
   /// answer.
-  RawAnswer Post(const std::string& target, const std::string& header_lines, const std::string& body);
+  RawAnswer Post(const std::string& target, const std::string& headerLines, const std::string& body);
   /// Reads one answer. A silence of `milliseconds` ends it as incomplete.
-  RawAnswer Read(int milliseconds = kHungMilliseconds, bool head_only = false);
+  RawAnswer Read(int milliseconds = hungMilliseconds, bool headOnly = false);
   /// Whether what was sent came to a socket that the server has closed for both ways.
   bool WasReset() const;
   /// Whether the server has closed, waiting for it up to `milliseconds`.
-  bool ClosedByServer(int milliseconds = kHungMilliseconds);
+  bool ClosedByServer(int milliseconds = hungMilliseconds);
 
  private:
   bool Fill(int milliseconds);

@@ -113,7 +113,7 @@ TEST(RequestHistory, BodyIsShownWithoutItsSecrets) {
   history.ShowBody(id, "application/json", R"({"name":"n","password":"p"})");
   Finish(history, id, 200);
   EXPECT_EQ(history.Find({}).at(0).body, R"x({"name":"n","password":"(hidden)"})x");
-  EXPECT_EQ(history.Find({}).at(0).body_size, 27U);
+  EXPECT_EQ(history.Find({}).at(0).bodySize, 27U);
 }
 
 }  // namespace

@@ -12,9 +12,9 @@ Exchange Sample() {
   exchange.method = "GET";
   exchange.target = "/a?b=\"c\"";
   exchange.status = 200;
-  exchange.body_bytes = 5'000'000'000;
+  exchange.bodyBytes = 5'000'000'000;
   exchange.user = "anna";
-  exchange.remote_port = 4711;
+  exchange.remotePort = 4711;
   return exchange;
 }
 

@@ -10,7 +10,7 @@ using Target = ResourcePath::Target;
 TEST(ResourcePath, ReadsContainersWithAndWithoutACast) {
   auto path = ParseResourcePath({"Containers"});
   ASSERT_TRUE(path);
-  EXPECT_EQ(path->target, Target::kContainers);
+  EXPECT_EQ(path->target, Target::Containers);
   EXPECT_EQ(path->cast, "");
   path = ParseResourcePath({"Containers", "ZVK.DataAdmin.Site"});
   ASSERT_TRUE(path);
@@ -21,25 +21,25 @@ TEST(ResourcePath, ReadsFolderChainsOfAnyLength) {
   const auto roots = ParseResourcePath({"Containers('C1')", "Folders"});
   ASSERT_TRUE(roots);
   EXPECT_EQ(roots->container, "C1");
-  EXPECT_EQ(roots->target, Target::kFolders);
+  EXPECT_EQ(roots->target, Target::Folders);
   EXPECT_TRUE(roots->folders.empty());
 
   const auto deep = ParseResourcePath({"Containers('C1')", "Folders('F1')", "Folders('F''2')", "Folders"});
   ASSERT_TRUE(deep);
   EXPECT_EQ(deep->folders, (std::vector<std::string>{"F1", "F'2"}));
 
-  std::vector<std::string> long_chain(5000, "Folders('F')");
-  long_chain.insert(long_chain.begin(), "Containers('C')");
-  long_chain.push_back("Folders");
-  EXPECT_EQ(ParseResourcePath(long_chain)->folders.size(), 5000U);
+  std::vector<std::string> longChain(5000, "Folders('F')");
+  longChain.insert(longChain.begin(), "Containers('C')");
+  longChain.push_back("Folders");
+  EXPECT_EQ(ParseResourcePath(longChain)->folders.size(), 5000U);
 }
 
 TEST(ResourcePath, ReadsContentsWithTheirType) {
   const auto path = ParseResourcePath(
       {"Containers('C1')", "Folders('F1')", "FolderContents", "ZVK.DynamicDocMgmt.DynamicDocument"});
   ASSERT_TRUE(path);
-  EXPECT_EQ(path->target, Target::kContents);
-  EXPECT_EQ(path->content_type, "ZVK.DynamicDocMgmt.DynamicDocument");
+  EXPECT_EQ(path->target, Target::Contents);
+  EXPECT_EQ(path->contentType, "ZVK.DynamicDocMgmt.DynamicDocument");
 }
 
 TEST(ResourcePath, RefusesEveryOtherForm) {

@@ -9,7 +9,7 @@ Handler Says(const std::string& text) {
   return [text](const Request& request) {
     Response response;
     response.body = text;
-    for (const auto& [name, value] : request.path_parameters) response.body += "|" + name + "=" + value;
+    for (const auto& [name, value] : request.pathParameters) response.body += "|" + name + "=" + value;
     return response;
   };
 }

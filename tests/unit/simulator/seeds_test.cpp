@@ -8,7 +8,7 @@ namespace vantry_sim {
 namespace {
 
 TEST_F(SimulatorTest, EmptySeedHoldsNoDocumentAndAPlaceForOne) {
-  options_.seed.kind = Seed::Kind::kEmpty;
+  options_.seed.kind = Seed::Kind::Empty;
   ASSERT_EQ(GetJson("/servlet/rest/v1/contexts")["items"].Size(), 1U);
   EXPECT_EQ(Column("/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments", "ID").size(), 0U);
   EXPECT_EQ(
@@ -17,7 +17,7 @@ TEST_F(SimulatorTest, EmptySeedHoldsNoDocumentAndAPlaceForOne) {
 }
 
 TEST_F(SimulatorTest, BulkSeedTakesTheShapeThatItIsGiven) {
-  options_.seed.kind = Seed::Kind::kBulk;
+  options_.seed.kind = Seed::Kind::Bulk;
   options_.seed.bulk = *ReadBulkShape("6,folders=2,depth=3,versions=2,name=20-22,size=100-102");
   const auto fourth = GetJson("/servlet/rest/v1/dkm/documents/D1000004");
   EXPECT_STREQ(fourth["locationFolder"]["path"].GetString(), "/Bulk/Level 1/Level 2/Parts 00002");
@@ -55,7 +55,7 @@ TEST(BulkShape, IsReadWithBoundsThatASlipOfTheFingerMeets) {
 }
 
 TEST_F(SimulatorTest, BulkSeedMakesAsManyDocumentsAsAsked) {
-  options_.seed.kind = Seed::Kind::kBulk;
+  options_.seed.kind = Seed::Kind::Bulk;
   options_.seed.bulk.documents = 300;
   const auto first = GetJson("/servlet/rest/v1/dkm/documents/D1000001");
   EXPECT_STREQ(first["epmMaster"]["cadName"].GetString(), "part 0000001.lxz");
@@ -79,13 +79,13 @@ TEST_F(SimulatorTest, EveryDemoContentIsAFileOfItsAnnouncedSize) {
 }
 
 TEST_F(SimulatorTest, DemoLargeContentIsAsLongAsAskedAndTheSameEverywhere) {
-  options_.seed.large_bytes = 100'003;
+  options_.seed.largeBytes = 100'003;
   Start();
   const std::string bytes = ReadFile(directory_ / "data/content/10090");
   ASSERT_EQ(bytes.size(), 100'003U);
   // The first word of xorshift64 from 0x9E3779B97F4A7C15 ^ 10090, worked out apart, little-endian.
-  constexpr unsigned char kFirst[] = {0x09, 0xF0, 0x5F, 0x74, 0x67, 0x7E, 0x1B, 0xDC};
-  for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(static_cast<unsigned char>(bytes[i]), kFirst[i]) << i;
+  constexpr unsigned char firstBytes[] = {0x09, 0xF0, 0x5F, 0x74, 0x67, 0x7E, 0x1B, 0xDC};
+  for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(static_cast<unsigned char>(bytes[i]), firstBytes[i]) << i;
 }
 
 TEST_F(SimulatorTest, DemoHasExactlyOneLatestVersionPerCheckedInMaster) {
@@ -135,7 +135,7 @@ TEST_F(SimulatorTest, DemoXliffNamesItsLanguages) {
 
 TEST_F(SimulatorTest, SecondStartKeepsWhatIsThereWhateverTheSeed) {
   Start();
-  options_.seed.kind = Seed::Kind::kEmpty;
+  options_.seed.kind = Seed::Kind::Empty;
   Start();
   EXPECT_EQ(Get("/servlet/rest/v1/dkm/documents/D1001").status, 200);
 }

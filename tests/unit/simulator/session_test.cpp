@@ -14,25 +14,25 @@ TEST(CookieValue, IsFoundAmongOthers) {
 TEST(SessionTable, SessionIsOfOneUserAndEndsWithSilence) {
   SessionTable table(1000);
   const auto first = table.Enter("", "anna", 5000);
-  EXPECT_TRUE(first.is_new);
-  const std::string cookie = std::string(SessionTable::kCookie) + "=" + first.id;
-  EXPECT_FALSE(table.Enter(cookie, "anna", 5999).is_new);
+  EXPECT_TRUE(first.isNew);
+  const std::string cookie = std::string(SessionTable::cookieName) + "=" + first.id;
+  EXPECT_FALSE(table.Enter(cookie, "anna", 5999).isNew);
   EXPECT_EQ(table.Enter(cookie, "anna", 6998).nonce, first.nonce);
   EXPECT_TRUE(table.HasNonce(first.nonce, "anna", 7997));
   EXPECT_FALSE(table.HasNonce(first.nonce, "bruno", 7997));
-  EXPECT_TRUE(table.Enter(cookie, "bruno", 7000).is_new);
+  EXPECT_TRUE(table.Enter(cookie, "bruno", 7000).isNew);
   EXPECT_FALSE(table.HasNonce(first.nonce, "anna", 7998));
   const auto second = table.Enter(cookie, "anna", 7998);
-  EXPECT_TRUE(second.is_new);
+  EXPECT_TRUE(second.isNew);
   EXPECT_NE(second.id, first.id);
   EXPECT_NE(second.nonce, first.nonce);
-  EXPECT_TRUE(table.Enter(std::string(SessionTable::kCookie) + "=made-up", "anna", 8000).is_new);
+  EXPECT_TRUE(table.Enter(std::string(SessionTable::cookieName) + "=made-up", "anna", 8000).isNew);
 }
 
 /// A client that keeps its cookie.
 class SessionTest : public WriteTest {
  protected:
-  SessionTest() { options_.session_seconds = 60; }
+  SessionTest() { options_.sessionSeconds = 60; }
 
   struct Client {
     std::string cookie;
@@ -48,7 +48,7 @@ class SessionTest : public WriteTest {
     request.user = "anna";
     request.cookies = client.cookie;
     request.nonce = client.nonce;
-    request.content_type = "application/json";
+    request.contentType = "application/json";
     request.body = body;
     const Response response = simulator_->Handle(request);
     for (const auto& [name, value] : response.headers) {
@@ -64,7 +64,7 @@ class SessionTest : public WriteTest {
   }
 
   int Make(Client& client, const std::string& name) {
-    return Send(client, "POST", kWorkspaces,
+    return Send(client, "POST", workspacesPath,
                 R"({"name":")" + name + R"(","contextId":"OR:vn.product.Product:101"})")
         .status;
   }
@@ -140,7 +140,7 @@ TEST_F(SessionTest, UploadComesWithTheNonceOfAnySessionOfItsUser) {
     request.target = url.substr(url.find('/', 7));
     request.user = user;
     request.nonce = nonce;
-    request.content_type = "multipart/form-data; boundary=B";
+    request.contentType = "multipart/form-data; boundary=B";
     Response refusal;
     return simulator_->BeginUpload(request, refusal) ? 0 : refusal.status;
   };
@@ -153,7 +153,7 @@ TEST_F(WriteTest, TimesOfDocumentsFollowTheClock) {
   Start();
   simulator_->clock().Set(1'800'000'000'000, true);  // 2027-01-15T08:00:00Z
   const auto uploaded = Upload({"bytes"});
-  const auto made = PostJson(kDocuments, CreateBody(Instruction("", "timed.lxz", uploaded[0])));
+  const auto made = PostJson(documentsPath, CreateBody(Instruction("", "timed.lxz", uploaded[0])));
   const std::string id = made[0]["id"].GetString();
   const std::string list = "/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments?$filter=ID%20eq%20'" + id + "'";
   EXPECT_EQ(Column(list, "LastModified"), std::vector<std::string>{"2027-01-15T08:00:00Z"});

@@ -21,9 +21,9 @@ class SimulatorTest : public ::testing::Test {
   SimulatorTest() {
     std::string pattern = (std::filesystem::temp_directory_path() / "vantry-sim-test-XXXXXX").string();
     directory_ = mkdtemp(pattern.data());
-    options_.data_directory = (directory_ / "data").string();
+    options_.dataDirectory = (directory_ / "data").string();
     // The large content's size matters to no test but those that set it.
-    options_.seed.large_bytes = 4096;
+    options_.seed.largeBytes = 4096;
   }
 
   ~SimulatorTest() override {
@@ -79,7 +79,7 @@ class SimulatorTest : public ::testing::Test {
     request.host = "sim.example:8080";
     request.user = user;
     request.nonce = Nonce();
-    request.content_type = "application/json";
+    request.contentType = "application/json";
     request.body = body;
     return simulator_->Handle(request);
   }

@@ -65,7 +65,7 @@ class TlsClient {
 
 class TlsTest : public SimulatorTest {
  protected:
-  TlsTest() { options_.tls_self_signed = (directory_ / "tls").string(); }
+  TlsTest() { options_.tlsSelfSigned = (directory_ / "tls").string(); }
 
   ~TlsTest() override {
     if (!servers_) return;
@@ -83,7 +83,7 @@ class TlsTest : public SimulatorTest {
     return servers_->port();
   }
 
-  [[nodiscard]] std::string Certificate() const { return options_.tls_self_signed + "/cert.pem"; }
+  [[nodiscard]] std::string Certificate() const { return options_.tlsSelfSigned + "/cert.pem"; }
 
   std::unique_ptr<RequestLog> log_;
   std::unique_ptr<ServerGroup> servers_;
@@ -103,7 +103,7 @@ TEST_F(TlsTest, CertificateOfItsOwnIsTrustedForTheLoopbackAndNothingElse) {
 }
 
 TEST_F(TlsTest, LongContentArrivesWhole) {
-  options_.seed.large_bytes = 3'000'001;
+  options_.seed.largeBytes = 3'000'001;
   TlsClient client(Serve(), Certificate(), "127.0.0.1");
   const std::string answer = client.Get("/servlet/rest/v1/content/streams/10090/x");
   const auto body = answer.find("\r\n\r\n");
@@ -121,18 +121,18 @@ TEST_F(TlsTest, ClientWithoutTlsIsTurnedAwayAndKeepsNobodyWaiting) {
 }
 
 TEST_F(TlsTest, SelfSignedFilesAreMadeOnceAndTheKeyIsTheOwnersAlone) {
-  const TlsFiles files = SelfSignedFiles(options_.tls_self_signed, "127.0.0.1");
+  const TlsFiles files = SelfSignedFiles(options_.tlsSelfSigned, "127.0.0.1");
   struct stat status {};
   ASSERT_EQ(stat(files.key.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600U);
   const std::string first = ReadFile(files.certificate);
-  SelfSignedFiles(options_.tls_self_signed, "127.0.0.1");
+  SelfSignedFiles(options_.tlsSelfSigned, "127.0.0.1");
   EXPECT_EQ(ReadFile(files.certificate), first);
   // Another address, another certificate.
-  SelfSignedFiles(options_.tls_self_signed, "192.0.2.1");
+  SelfSignedFiles(options_.tlsSelfSigned, "192.0.2.1");
   EXPECT_NE(ReadFile(files.certificate), first);
   std::size_t count = 0;
-  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(options_.tls_self_signed))
+  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator(options_.tlsSelfSigned))
     ++count;
   EXPECT_EQ(count, 2U);
 }
@@ -147,7 +147,7 @@ std::string ProblemWith(const std::string& certificate, const std::string& key) 
 }
 
 TEST_F(TlsTest, FileThatCannotBeUsedIsNamed) {
-  const TlsFiles files = SelfSignedFiles(options_.tls_self_signed, "127.0.0.1");
+  const TlsFiles files = SelfSignedFiles(options_.tlsSelfSigned, "127.0.0.1");
   const TlsFiles others = SelfSignedFiles((directory_ / "other").string(), "127.0.0.1");
   EXPECT_EQ(ProblemWith(files.certificate, files.key), "");
   EXPECT_NE(ProblemWith("/missing", files.key).find("/missing"), std::string::npos);

@@ -6,7 +6,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-const char* const kTranslations = "?$expand=Translations";
+const char* const expandTranslations = "?$expand=Translations";
 
 /// Id and language of each translation on a page.
 Texts TranslationsOf(const rapidjson::Document& page) {
@@ -46,19 +46,19 @@ TEST_F(TranslationTest, SourceXliffIsAListOfOneOrNone) {
 
 TEST_F(TranslationTest, TranslationsAreThoseOfTheSourceXliffWhicheverOfTheTwoIsAsked) {
   for (const char* id : {"D1028", "D1029"}) {
-    const auto document = GetJson(DocumentTarget(id) + kTranslations);
+    const auto document = GetJson(DocumentTarget(id) + expandTranslations);
     EXPECT_STREQ(document["ID"].GetString(), id);
     EXPECT_STREQ(document["AuthoringLanguage"].GetString(), "en");
     EXPECT_EQ(TranslationsOf(document), (Texts{"D1030 de", "D1031 fr"})) << id;
     EXPECT_FALSE(document.HasMember("@odata.nextLink"));
   }
-  EXPECT_EQ(TranslationsOf(GetJson(DocumentTarget("D1032") + kTranslations)), Texts{});
-  EXPECT_EQ(TranslationsOf(GetJson(DocumentTarget("D1030") + kTranslations)), Texts{});
+  EXPECT_EQ(TranslationsOf(GetJson(DocumentTarget("D1032") + expandTranslations)), Texts{});
+  EXPECT_EQ(TranslationsOf(GetJson(DocumentTarget("D1030") + expandTranslations)), Texts{});
 }
 
 TEST_F(TranslationTest, PageOfTranslationsRepeatsItsDocument) {
-  options_.page_size = 1;
-  const auto first = GetJson(DocumentTarget("D1028") + kTranslations);
+  options_.pageSize = 1;
+  const auto first = GetJson(DocumentTarget("D1028") + expandTranslations);
   EXPECT_EQ(TranslationsOf(first), Texts{"D1030 de"});
   ASSERT_TRUE(first.HasMember("@odata.nextLink"));
   const std::string link = first["@odata.nextLink"].GetString();
@@ -71,13 +71,13 @@ TEST_F(TranslationTest, PageOfTranslationsRepeatsItsDocument) {
 }
 
 TEST_F(TranslationTest, PreferredPageSizeCountsForTranslations) {
-  const Response response = Get(DocumentTarget("D1028") + kTranslations, "anna", "odata.maxpagesize=1");
+  const Response response = Get(DocumentTarget("D1028") + expandTranslations, "anna", "odata.maxpagesize=1");
   EXPECT_NE(response.body.find("@odata.nextLink"), std::string::npos);
 }
 
 TEST_F(TranslationTest, NewIterationOfATranslationTakesItsPlace) {
   const std::string next = Iterate("D1031", "welding manual_fr.xlf", Attribute("ZVK_DD_LANGUAGE", "fr-CA"));
-  EXPECT_EQ(TranslationsOf(GetJson(DocumentTarget("D1028") + kTranslations)),
+  EXPECT_EQ(TranslationsOf(GetJson(DocumentTarget("D1028") + expandTranslations)),
             (Texts{"D1030 de", next + " fr-CA"}));
 }
 
@@ -85,7 +85,7 @@ TEST_F(TranslationTest, WhatIsNoDynamicDocumentOfTheUserIsNotFound) {
   // Unknown, a CAD document, and bruno's working copy.
   for (const char* id : {"unknown", "D1012", "D1025"}) {
     EXPECT_EQ(Get(DocumentTarget(id)).status, 404) << id;
-    EXPECT_EQ(Get(DocumentTarget(id) + kTranslations).status, 404) << id;
+    EXPECT_EQ(Get(DocumentTarget(id) + expandTranslations).status, 404) << id;
     EXPECT_EQ(Get(DocumentTarget(id) + "/Xliff").status, 404) << id;
   }
   EXPECT_EQ(Get(DocumentTarget("D1025"), "bruno").status, 200);
@@ -117,11 +117,12 @@ TEST_F(TranslationTest, ServerWithoutTheAddOnHasNoneOfIt) {
       "false");
   EXPECT_EQ(Get(DocumentTarget("D1028")).status, 404);
   EXPECT_EQ(Get(DocumentTarget("D1028") + "/Xliff").status, 404);
-  EXPECT_EQ(Get(kService + "XliffPreferences(oidForQ7zkDocument='D1028',sourceLanguage='en')").status, 404);
+  EXPECT_EQ(Get(servicePath + "XliffPreferences(oidForQ7zkDocument='D1028',sourceLanguage='en')").status,
+            404);
   EXPECT_EQ(Link("D1028", "D1029"), "404 no-such-route");
   EXPECT_EQ(Publish("D1031"), "404 no-such-route");
   // The service itself is there, and what the documents of the add-on are besides.
-  EXPECT_EQ(Get(kService + "DynamicDocuments?$filter=CADName%20eq%20'welding%20manual.xlf'").status, 200);
+  EXPECT_EQ(Get(servicePath + "DynamicDocuments?$filter=CADName%20eq%20'welding%20manual.xlf'").status, 200);
   EXPECT_EQ(Get("/servlet/odata/DynamicDocMgmt/$metadata").body.find("Translations"), std::string::npos);
 }
 
@@ -138,10 +139,10 @@ TEST_F(TranslationTest, EachGenerationOffersItInTheVersionsOfItsService) {
   const struct {
     Generation generation;
     char newest;
-  } cases[] = {{Generation::kGateway, '0'},
-               {Generation::kSchema1, '1'},
-               {Generation::kSchema4, '2'},
-               {Generation::kSchema5, '2'}};
+  } cases[] = {{Generation::Gateway, '0'},
+               {Generation::Schema1, '1'},
+               {Generation::Schema4, '2'},
+               {Generation::Schema5, '2'}};
   for (const auto& [generation, newest] : cases) {
     simulator_.reset();
     options_.generation = generation;

@@ -19,11 +19,11 @@ Texts AttributesNamed(const rapidjson::Document& document, const std::string& na
 TEST_F(TranslationTest, UploadedXliffIsFoundOnceItIsLinked) {
   const std::string xliff = UploadXliff("chain manual.xlf", "<xliff>text</xliff>");
   EXPECT_EQ(Xliff("D1032"), Texts{});
-  const auto answer = PostJson(kService + "CreateXliffLink", LinkBody("D1032", xliff));
+  const auto answer = PostJson(servicePath + "CreateXliffLink", LinkBody("D1032", xliff));
   EXPECT_STREQ(answer["value"].GetString(), "Success");
   EXPECT_EQ(Xliff("D1032"), Texts{xliff + " en"});
 
-  const auto document = GetJson(kDocuments + "/" + xliff);
+  const auto document = GetJson(documentsPath + "/" + xliff);
   EXPECT_STREQ(document["locationFolder"]["path"].GetString(), "/Trekking Bike/Translations");
   EXPECT_STREQ(document["epmMaster"]["authoringApplication"].GetString(), "SENTARIX");
   EXPECT_STREQ(document["epmMaster"]["category"].GetString(), "xml");
@@ -67,13 +67,13 @@ TEST_F(TranslationTest, WorkingCopyHasALinkOfItsOwnWhichGoesWithIt) {
   ASSERT_EQ(Link(working, xliff), "200");
   EXPECT_EQ(Xliff(working), Texts{xliff + " en"});
   EXPECT_EQ(Xliff("D1032"), Texts{});
-  EXPECT_EQ(Outcome(kWorkspaces + "/W301/undocheckout", "{\"objIdList\":[\"" + working + "\"]}"), "200");
+  EXPECT_EQ(Outcome(workspacesPath + "/W301/undocheckout", "{\"objIdList\":[\"" + working + "\"]}"), "200");
   EXPECT_EQ(Xliff("D1032"), Texts{});
 
   const std::string again = CheckOut("W302", "D1032", "bruno");
   ASSERT_EQ(Link(again, xliff, "bruno"), "200");
-  const auto checked_in = PostJson(kWorkspaces + "/W302/checkin", CheckinBody(again), "bruno");
-  EXPECT_EQ(Xliff(checked_in[0]["id"].GetString()), Texts{xliff + " en"});
+  const auto checkedIn = PostJson(workspacesPath + "/W302/checkin", CheckinBody(again), "bruno");
+  EXPECT_EQ(Xliff(checkedIn[0]["id"].GetString()), Texts{xliff + " en"});
 }
 
 TEST_F(TranslationTest, LinkThatCannotStandIsRefused) {
@@ -95,7 +95,7 @@ TEST_F(TranslationTest, LinkThatCannotStandIsRefused) {
 }
 
 TEST_F(TranslationTest, LinkBodyMustNameTwoDocuments) {
-  const std::string target = kService + "CreateXliffLink";
+  const std::string target = servicePath + "CreateXliffLink";
   for (const char* body :
        {"{}", "[]", "{\"oidForQ7zkDocument\":\"D1028\"}", "{\"oidForXliffDocument\":\"D1029\"}",
         "{\"oidForQ7zkDocument\":\"D1028\",\"oidForXliffDocument\":1029}",
@@ -115,7 +115,7 @@ TEST_F(TranslationTest, PublishedDocumentKeepsItsIdAndTellsItsType) {
   EXPECT_EQ(response.body, "");
   Start();
   EXPECT_STREQ(GetJson(DocumentTarget("D1031"))["ZVKDDEXTENDEDDOCTYPE"].GetString(), "x-raomPublished");
-  const auto document = GetJson(kDocuments + "/D1031", "bruno");
+  const auto document = GetJson(documentsPath + "/D1031", "bruno");
   EXPECT_EQ(AttributesNamed(document, "ZVK_DD_EXTENDED_DOC_TYPE"), Texts{"x-raomPublished"});
   EXPECT_EQ(AttributesNamed(document, "ZVK_DD_LANGUAGE"), Texts{"fr"});
   EXPECT_EQ(VersionOf(document), "A.1");
@@ -123,12 +123,12 @@ TEST_F(TranslationTest, PublishedDocumentKeepsItsIdAndTellsItsType) {
 
 TEST_F(TranslationTest, DocumentWithoutATypeGetsOneBehindItsOtherAttributes) {
   EXPECT_EQ(Publish("D1001"), "204");
-  const auto document = GetJson(kDocuments + "/D1001");
+  const auto document = GetJson(documentsPath + "/D1001");
   ASSERT_EQ(document["fileBasedAttributes"].Size(), 3U);
   EXPECT_STREQ(document["fileBasedAttributes"][2]["parameterValue"]["value"].GetString(), "x-raomPublished");
   // A document without any attribute.
   EXPECT_EQ(Publish("D1003"), "204");
-  EXPECT_EQ(GetJson(kDocuments + "/D1003")["fileBasedAttributes"].Size(), 1U);
+  EXPECT_EQ(GetJson(documentsPath + "/D1003")["fileBasedAttributes"].Size(), 1U);
 }
 
 TEST_F(TranslationTest, ChangeThatCannotBeMadeIsRefused) {
@@ -158,21 +158,21 @@ TEST_F(TranslationTest, ChangeIsOneTextAndNothingElse) {
 
 TEST_F(TranslationTest, WritesByODataNeedTheNonceAndJson) {
   const std::string nonce = Nonce();
-  const std::pair<const char*, std::string> writes[] = {{"POST", kService + "CreateXliffLink"},
+  const std::pair<const char*, std::string> writes[] = {{"POST", servicePath + "CreateXliffLink"},
                                                         {"PATCH", DocumentTarget("D1031")}};
   for (const auto& [method, target] : writes) {
     Request request;
     request.method = method;
     request.target = target;
     request.user = "anna";
-    request.content_type = "application/json";
+    request.contentType = "application/json";
     request.body = "{}";
     EXPECT_EQ(simulator_->Handle(request).status, 403) << target;
     request.nonce = nonce + "x";
     EXPECT_EQ(simulator_->Handle(request).status, 403) << target;
     request.nonce = nonce;
     EXPECT_EQ(simulator_->Handle(request).status, 400) << target;
-    request.content_type = "text/plain";
+    request.contentType = "text/plain";
     EXPECT_EQ(simulator_->Handle(request).status, 415) << target;
   }
 }

@@ -9,8 +9,8 @@
 namespace vantry_sim {
 namespace {
 
-const std::string kFactory = "/servlet/rest/v1/content/creationFactory";
-const std::string kMultipart = "Content-Type: multipart/form-data; boundary=BOUNDARY\r\n";
+const std::string factory = "/servlet/rest/v1/content/creationFactory";
+const std::string multipart = "Content-Type: multipart/form-data; boundary=BOUNDARY\r\n";
 
 class UploadPortTest : public WriteTest {
  protected:
@@ -22,7 +22,7 @@ class UploadPortTest : public WriteTest {
     servers_ = std::make_unique<ServerGroup>(Start(), *log_);
     EXPECT_EQ(servers_->Bind(), -1);
     thread_ = std::thread([this] { servers_->Run(); });
-    json_headers_ = "Content-Type: application/json\r\n" + NonceLine();
+    jsonHeaders_ = "Content-Type: application/json\r\n" + NonceLine();
     return servers_->port();
   }
 
@@ -39,7 +39,7 @@ class UploadPortTest : public WriteTest {
   rapidjson::Document FetchTicket(int files = 1) {
     RawClient client(servers_->port());
     const auto answer =
-        client.Post(kFactory, json_headers_, "{\n\"noOfFiles\":" + std::to_string(files) + "\n}");
+        client.Post(factory, jsonHeaders_, "{\n\"noOfFiles\":" + std::to_string(files) + "\n}");
     EXPECT_EQ(answer.status, 200) << answer.body;
     rapidjson::Document ticket;
     ticket.Parse(answer.body.c_str());
@@ -66,7 +66,7 @@ class UploadPortTest : public WriteTest {
   std::unique_ptr<RequestLog> log_;
   std::unique_ptr<ServerGroup> servers_;
   std::thread thread_;
-  std::string json_headers_;
+  std::string jsonHeaders_;
 };
 
 TEST_F(UploadPortTest, BytesGoToThePortOfTheTicketAndComeBackByTheDocument) {
@@ -76,7 +76,7 @@ TEST_F(UploadPortTest, BytesGoToThePortOfTheTicketAndComeBackByTheDocument) {
   std::string bytes(3'000'000, 'x');
   for (std::size_t i = 0; i < bytes.size(); i += 7) bytes[i] = static_cast<char>(i);
   RawClient uploads(PortOf(ticket));
-  const auto answer = uploads.Post(PathOf(ticket), kMultipart + NonceLine(), Body(ticket, {bytes}));
+  const auto answer = uploads.Post(PathOf(ticket), multipart + NonceLine(), Body(ticket, {bytes}));
   ASSERT_EQ(answer.status, 200) << answer.body;
   rapidjson::Document receipts;
   receipts.Parse(answer.body.c_str());
@@ -85,7 +85,7 @@ TEST_F(UploadPortTest, BytesGoToThePortOfTheTicketAndComeBackByTheDocument) {
 
   RawClient client(port);
   const Uploaded file{std::to_string(info["streamId"].GetInt64()), info["encodedInfo"].GetString()};
-  const auto created = client.Post(kDocuments, json_headers_, CreateBody(Instruction("", "big.lxz", file)));
+  const auto created = client.Post(documentsPath, jsonHeaders_, CreateBody(Instruction("", "big.lxz", file)));
   ASSERT_EQ(created.status, 200) << created.body;
   EXPECT_EQ(client.Get("/servlet/rest/v1/content/streams/" + file.stream + "/x").body, bytes);
 }
@@ -100,7 +100,7 @@ TEST_F(UploadPortTest, UploadMayComeInChunks) {
     chunks += (piece.size() == 10 ? "a" : std::to_string(piece.size())) + "\r\n" + piece + "\r\n";
   }
   RawClient client(PortOf(ticket));
-  client.Send("POST " + PathOf(ticket) + " HTTP/1.1\r\nHost: h\r\n" + kMultipart + NonceLine() +
+  client.Send("POST " + PathOf(ticket) + " HTTP/1.1\r\nHost: h\r\n" + multipart + NonceLine() +
               "Transfer-Encoding: chunked\r\n\r\n" + chunks + "0\r\n\r\n");
   EXPECT_EQ(client.Read().status, 200);
   EXPECT_EQ(ReadFile(directory_ / "data/content" / ticket["streamIds"][0].GetString()), "in chunks");
@@ -111,10 +111,10 @@ TEST_F(UploadPortTest, EachPortTakesWhatIsItsOwn) {
   const auto ticket = FetchTicket();
   RawClient uploads(PortOf(ticket));
   EXPECT_EQ(uploads.Get("/servlet/OrvetGW").status, 404);
-  EXPECT_EQ(uploads.Post(kFactory, json_headers_, "{\"noOfFiles\":1}").status, 404);
-  EXPECT_EQ(uploads.Post("/servlet/content/upload/unknown", kMultipart + NonceLine(), "x").status, 404);
+  EXPECT_EQ(uploads.Post(factory, jsonHeaders_, "{\"noOfFiles\":1}").status, 404);
+  EXPECT_EQ(uploads.Post("/servlet/content/upload/unknown", multipart + NonceLine(), "x").status, 404);
   RawClient main(port);
-  EXPECT_EQ(main.Post(PathOf(ticket), kMultipart + NonceLine(), Body(ticket, {"x"})).status, 404);
+  EXPECT_EQ(main.Post(PathOf(ticket), multipart + NonceLine(), Body(ticket, {"x"})).status, 404);
 }
 
 TEST_F(UploadPortTest, RefusedUploadIsReadToItsEndAndTheConnectionStays) {
@@ -122,28 +122,28 @@ TEST_F(UploadPortTest, RefusedUploadIsReadToItsEndAndTheConnectionStays) {
   const auto ticket = FetchTicket();
   const std::string body = Body(ticket, {std::string(2'000'000, 'x')});
   RawClient client(PortOf(ticket));
-  EXPECT_EQ(client.Post(PathOf(ticket), kMultipart, body).status, 403);
-  EXPECT_EQ(client.Post(PathOf(ticket), kMultipart + NonceLine(), body.substr(0, body.size() - 4)).status,
+  EXPECT_EQ(client.Post(PathOf(ticket), multipart, body).status, 403);
+  EXPECT_EQ(client.Post(PathOf(ticket), multipart + NonceLine(), body.substr(0, body.size() - 4)).status,
             400);
   EXPECT_EQ(SpooledFiles().size(), 0U);
-  EXPECT_EQ(client.Post(PathOf(ticket), kMultipart + NonceLine(), body).status, 200);
+  EXPECT_EQ(client.Post(PathOf(ticket), multipart + NonceLine(), body).status, 200);
 }
 
 TEST_F(UploadPortTest, UploadBeyondTheLimitIs413AndLeavesNothing) {
-  options_.max_upload_bytes = 100'000;
+  options_.maxUploadBytes = 100'000;
   Serve();
   const auto ticket = FetchTicket();
   RawClient client(PortOf(ticket));
-  const std::string too_much = Body(ticket, {std::string(100'000, 'x')});
-  EXPECT_EQ(client.Post(PathOf(ticket), kMultipart + NonceLine(), too_much).status, 413);
+  const std::string tooMuch = Body(ticket, {std::string(100'000, 'x')});
+  EXPECT_EQ(client.Post(PathOf(ticket), multipart + NonceLine(), tooMuch).status, 413);
   RawClient chunked(PortOf(ticket));
-  chunked.Send("POST " + PathOf(ticket) + " HTTP/1.1\r\nHost: h\r\n" + kMultipart + NonceLine() +
-               "Transfer-Encoding: chunked\r\n\r\n30d40\r\n" + too_much +
-               std::string(200'000 - too_much.size(), 'y'));
+  chunked.Send("POST " + PathOf(ticket) + " HTTP/1.1\r\nHost: h\r\n" + multipart + NonceLine() +
+               "Transfer-Encoding: chunked\r\n\r\n30d40\r\n" + tooMuch +
+               std::string(200'000 - tooMuch.size(), 'y'));
   EXPECT_EQ(chunked.Read().status, 413);
   EXPECT_EQ(SpooledFiles().size(), 0U);
   EXPECT_EQ(
-      client.Post(PathOf(ticket), kMultipart + NonceLine(), Body(ticket, {std::string(99'000, 'x')})).status,
+      client.Post(PathOf(ticket), multipart + NonceLine(), Body(ticket, {std::string(99'000, 'x')})).status,
       200);
 }
 
@@ -152,7 +152,7 @@ TEST_F(UploadPortTest, ClientThatGoesAwayLeavesNothing) {
   const auto ticket = FetchTicket();
   {
     RawClient client(PortOf(ticket));
-    client.Send("POST " + PathOf(ticket) + " HTTP/1.1\r\nHost: h\r\n" + kMultipart + NonceLine() +
+    client.Send("POST " + PathOf(ticket) + " HTTP/1.1\r\nHost: h\r\n" + multipart + NonceLine() +
                 "Content-Length: 1000000\r\n\r\n" +
                 Body(ticket, {std::string(50'000, 'x')}).substr(0, 40'000));
     for (int i = 0; i < 500 && SpooledFiles().empty(); ++i)
@@ -163,7 +163,7 @@ TEST_F(UploadPortTest, ClientThatGoesAwayLeavesNothing) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   EXPECT_EQ(SpooledFiles().size(), 0U);
   RawClient client(PortOf(ticket));
-  EXPECT_EQ(client.Post(PathOf(ticket), kMultipart + NonceLine(), Body(ticket, {"x"})).status, 200);
+  EXPECT_EQ(client.Post(PathOf(ticket), multipart + NonceLine(), Body(ticket, {"x"})).status, 200);
 }
 
 TEST_F(UploadPortTest, FaultInPlaceOfAnAnswerLeavesTheTicketGood) {
@@ -171,9 +171,9 @@ TEST_F(UploadPortTest, FaultInPlaceOfAnAnswerLeavesTheTicketGood) {
   Serve();
   const auto ticket = FetchTicket();
   RawClient client(PortOf(ticket));
-  EXPECT_EQ(client.Post(PathOf(ticket), kMultipart + NonceLine(), Body(ticket, {"x"})).status, 503);
+  EXPECT_EQ(client.Post(PathOf(ticket), multipart + NonceLine(), Body(ticket, {"x"})).status, 503);
   EXPECT_EQ(SpooledFiles().size(), 0U);
-  EXPECT_EQ(client.Post(PathOf(ticket), kMultipart + NonceLine(), Body(ticket, {"x"})).status, 200);
+  EXPECT_EQ(client.Post(PathOf(ticket), multipart + NonceLine(), Body(ticket, {"x"})).status, 200);
 }
 
 TEST_F(UploadPortTest, UploadsAndReadsGoOnAtTheSameTime) {
@@ -181,7 +181,7 @@ TEST_F(UploadPortTest, UploadsAndReadsGoOnAtTheSameTime) {
   const auto ticket = FetchTicket();
   const std::string body = Body(ticket, {std::string(100'000, 'x')});
   RawClient slow(PortOf(ticket));
-  slow.Send("POST " + PathOf(ticket) + " HTTP/1.1\r\nHost: h\r\n" + kMultipart + NonceLine() +
+  slow.Send("POST " + PathOf(ticket) + " HTTP/1.1\r\nHost: h\r\n" + multipart + NonceLine() +
             "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body.substr(0, 50'000));
   RawClient client(port);
   EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);
@@ -192,7 +192,7 @@ TEST_F(UploadPortTest, UploadsAndReadsGoOnAtTheSameTime) {
 TEST_F(UploadPortTest, AnswerWithoutABodyLeavesTheConnectionUsable) {
   RawClient client(Serve());
   const auto answer =
-      client.Post("/servlet/rest/v1/dkm/registerauthappversions", json_headers_,
+      client.Post("/servlet/rest/v1/dkm/registerauthappversions", jsonHeaders_,
                   R"([{ "authoringApplication":"MERIDOX", "authAppVersion":310, "ndVersions":["J-01"] }])");
   EXPECT_EQ(answer.status, 204);
   EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);
@@ -200,14 +200,14 @@ TEST_F(UploadPortTest, AnswerWithoutABodyLeavesTheConnectionUsable) {
 
 TEST_F(UploadPortTest, JsonHasALimitOfItsOwn) {
   RawClient client(Serve());
-  EXPECT_EQ(client.Post(kDocuments, json_headers_, std::string(16 * 1024 * 1024, ' ')).status, 400);
-  EXPECT_EQ(client.Post(kDocuments, json_headers_, std::string(16 * 1024 * 1024 + 1, ' ')).status, 413);
+  EXPECT_EQ(client.Post(documentsPath, jsonHeaders_, std::string(16 * 1024 * 1024, ' ')).status, 400);
+  EXPECT_EQ(client.Post(documentsPath, jsonHeaders_, std::string(16 * 1024 * 1024 + 1, ' ')).status, 413);
 }
 
 TEST_F(UploadPortTest, UploadPortMayBeChosen) {
-  options_.upload_port = vtdirect_test::UnusedPort();
+  options_.uploadPort = vtdirect_test::UnusedPort();
   Serve();
-  EXPECT_EQ(PortOf(FetchTicket()), options_.upload_port);
+  EXPECT_EQ(PortOf(FetchTicket()), options_.uploadPort);
 }
 
 }  // namespace

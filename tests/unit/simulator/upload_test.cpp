@@ -46,7 +46,7 @@ TEST_F(UploadTest, CreationFactoryAnswersAtBothAddressesUnlessItIsAnOldOne) {
   EXPECT_EQ(Outcome(now, "{\"noOfFiles\":1}"), "200");
   EXPECT_EQ(Outcome(before, "{\"noOfFiles\":1}"), "200");
   simulator_.reset();
-  options_.old_creation_factory = true;
+  options_.oldCreationFactory = true;
   Start();
   simulator_->SetUploadPort(9);
   EXPECT_EQ(Outcome(now, "{\"noOfFiles\":1}"), "404 no-such-route");
@@ -62,8 +62,8 @@ TEST_F(UploadTest, TicketIsForAReasonableNumberOfFiles) {
 }
 
 TEST_F(UploadTest, FilesLieInTheContentStoreByteForByte) {
-  constexpr char kOdd[] = "\r\n--BOUNDAR\0\xFF\r\n--";
-  const std::string odd(kOdd, sizeof kOdd - 1);
+  constexpr char oddBytes[] = "\r\n--BOUNDAR\0\xFF\r\n--";
+  const std::string odd(oddBytes, sizeof oddBytes - 1);
   const auto uploaded = Upload({"first", odd, ""});
   ASSERT_EQ(uploaded.size(), 3U);
   EXPECT_EQ(ReadFile(directory_ / "data/content" / uploaded[0].stream), "first");
@@ -94,7 +94,7 @@ TEST_F(UploadTest, TwoUploadsOnOneTicketAreTakenOnce) {
   request.target = std::string(ticket["uploadUrl"].GetString()).substr(20);
   request.user = "anna";
   request.nonce = Nonce();
-  request.content_type = "multipart/form-data; boundary=BOUNDARY";
+  request.contentType = "multipart/form-data; boundary=BOUNDARY";
   Response refusal;
   const auto first = simulator_->BeginUpload(request, refusal);
   const auto second = simulator_->BeginUpload(request, refusal);
@@ -163,12 +163,12 @@ TEST_F(UploadTest, UploadNeedsTheNonceABoundaryAndAUser) {
   request.method = "POST";
   request.target = std::string(ticket["uploadUrl"].GetString()).substr(20);
   request.user = "anna";
-  request.content_type = "multipart/form-data; boundary=BOUNDARY";
+  request.contentType = "multipart/form-data; boundary=BOUNDARY";
   Response refusal;
   EXPECT_FALSE(simulator_->BeginUpload(request, refusal));
   EXPECT_EQ(refusal.status, 403);
   request.nonce = Nonce();
-  request.content_type = "application/octet-stream";
+  request.contentType = "application/octet-stream";
   EXPECT_FALSE(simulator_->BeginUpload(request, refusal));
   EXPECT_EQ(refusal.status, 415);
   request.user.clear();

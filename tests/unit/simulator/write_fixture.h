@@ -7,9 +7,9 @@
 
 namespace vantry_sim {
 
-inline const std::string kTrekking = "OR:vn.product.Product:101";
-inline const std::string kWorkspaces = "/servlet/rest/v1/dkm/workspaces";
-inline const std::string kDocuments = "/servlet/rest/v1/dkm/documents";
+inline const std::string trekkingContext = "OR:vn.product.Product:101";
+inline const std::string workspacesPath = "/servlet/rest/v1/dkm/workspaces";
+inline const std::string documentsPath = "/servlet/rest/v1/dkm/documents";
 
 /// Bytes that were uploaded, and the receipt for them.
 struct Uploaded {
@@ -55,7 +55,7 @@ class WriteTest : public SimulatorTest {
     request.target = url.substr(url.find('/', 7));
     request.user = user;
     request.nonce = Nonce();
-    request.content_type = "multipart/form-data; boundary=BOUNDARY";
+    request.contentType = "multipart/form-data; boundary=BOUNDARY";
     Response refusal;
     const auto upload = simulator_->BeginUpload(request, refusal);
     if (!upload) return refusal;
@@ -79,19 +79,19 @@ class WriteTest : public SimulatorTest {
   }
 
   /// A section as clients write it.
-  static std::string Section(const std::string& category, const std::string& file_name,
+  static std::string Section(const std::string& category, const std::string& fileName,
                              const Uploaded& uploaded, bool hidden = false) {
-    return "{\"category\":\"" + category + "\",\"fileName\":\"" + file_name + "\"" +
+    return "{\"category\":\"" + category + "\",\"fileName\":\"" + fileName + "\"" +
            (hidden ? ",\"isHidden\":true" : "") + ",\"streamId\":" + uploaded.stream +
            ",\"uploadInfo\":{\"encodedCCD\":\"" + uploaded.receipt + "\"}}";
   }
 
   /// An instruction with one primary content. @param more members of epmDocument, each with a comma in front
-  static std::string Instruction(const std::string& id, const std::string& cad_name, const Uploaded& uploaded,
+  static std::string Instruction(const std::string& id, const std::string& cadName, const Uploaded& uploaded,
                                  const std::string& more = {}, const std::string& folder = {}) {
     std::string text = "{\"epmDocument\":{";
     if (!id.empty()) text += "\"id\":\"" + id + "\",";
-    text += "\"epmMaster\":{\"category\":\"iso\",\"subCategory\":\"FENLET\",\"cadName\":\"" + cad_name +
+    text += "\"epmMaster\":{\"category\":\"iso\",\"subCategory\":\"FENLET\",\"cadName\":\"" + cadName +
             "\",\"authoringApplication\":\"MERIDOX\"},\"cadContent\":{\"contentSections\":[" +
             Section("FENLET", "{$CAD_NAME}", uploaded) +
             "]},\"authAppVersion\":\"311\",\"ndVersion\":\"J-02\"" + more + "}";
@@ -99,12 +99,13 @@ class WriteTest : public SimulatorTest {
     return text + "}";
   }
 
-  static std::string CreateBody(const std::string& instruction, const std::string& context = kTrekking) {
+  static std::string CreateBody(const std::string& instruction,
+                                const std::string& context = trekkingContext) {
     return "{\"createInstructions\":[" + instruction + "],\"contextId\":\"" + context + "\"}";
   }
 
   static std::string IterateBody(const std::string& instruction, const std::string& resolutions = {},
-                                 const std::string& context = kTrekking) {
+                                 const std::string& context = trekkingContext) {
     return "{\"iterateInstructions\":[" + instruction + "],\"contextId\":\"" + context + "\"" +
            (resolutions.empty() ? "" : ",\"conflictResolutions\":" + resolutions) + "}";
   }
@@ -146,7 +147,7 @@ class WriteTest : public SimulatorTest {
   /// Checks a document out and gives the working copy's id.
   std::string CheckOut(const std::string& workspace, const std::string& id,
                        const std::string& user = "anna") {
-    const auto answer = PostJson(kWorkspaces + "/" + workspace + "/checkout", CheckoutBody(id), user);
+    const auto answer = PostJson(workspacesPath + "/" + workspace + "/checkout", CheckoutBody(id), user);
     return answer.IsArray() && !answer.Empty() ? answer[0]["id"].GetString() : "";
   }
 

@@ -10,12 +10,13 @@ namespace {
 
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 
-const std::string kDataAdmin = "/servlet/odata/v1/DataAdmin/";
+const std::string dataAdmin = "/servlet/odata/v1/DataAdmin/";
 
 class XliffPreferencesTest : public TranslationTest {
  protected:
   static std::string Target(const std::string& id, const std::string& language = "en") {
-    return kService + "XliffPreferences(oidForQ7zkDocument='" + id + "',sourceLanguage='" + language + "')";
+    return servicePath + "XliffPreferences(oidForQ7zkDocument='" + id + "',sourceLanguage='" + language +
+           "')";
   }
 
   /// Names and values of all pages, in order.
@@ -47,11 +48,11 @@ TEST_F(XliffPreferencesTest, SayAllThatAnUploadNeeds) {
                                                   {"ZVK_DD_TRANSLATE", "yes"},
                                                   {"ZVK_DD_LANGUAGE", "en-US"},
                                                   {"ZVK_DD_EXTENDED_DOC_TYPE", "x-raomSource"},
-                                                  {"UPLOAD_SOFT_TYPE", kXliffSoftType}}));
+                                                  {"UPLOAD_SOFT_TYPE", xliffSoftType}}));
 }
 
 TEST_F(XliffPreferencesTest, PathStandsInPlaceOfTheIds) {
-  options_.xliff_folder = XliffFolder::kPath;
+  options_.xliffFolder = XliffFolder::Path;
   EXPECT_EQ(Value("D1028", "SUB_FOLDER_PATH"), "/Trekking Bike/Translations");
   EXPECT_EQ(Value("D1028", "CABINET_OID"), "(missing)");
   EXPECT_EQ(Value("D1028", "SUB_FOLDER_OID"), "(missing)");
@@ -62,26 +63,26 @@ TEST_F(XliffPreferencesTest, ContextWithoutSuchAFolderHasItsRoot) {
   EXPECT_EQ(Value("D1020", "CABINET_OID"), "OR:vn.folder.Cabinet:204");
   EXPECT_EQ(Value("D1020", "SUB_FOLDER_OID"), "(missing)");
   simulator_.reset();
-  options_.xliff_folder = XliffFolder::kPath;
+  options_.xliffFolder = XliffFolder::Path;
   EXPECT_EQ(Value("D1020", "SUB_FOLDER_PATH"), "/Standard Parts");
 }
 
 TEST_F(XliffPreferencesTest, ComeInPages) {
   const Pairs whole = All(Target("D1028"));
   simulator_.reset();
-  options_.page_size = 3;
+  options_.pageSize = 3;
   std::size_t pages = 0;
   EXPECT_EQ(All(Target("D1028"), &pages), whole);
   EXPECT_EQ(pages, 3U);  // eight of them
   simulator_.reset();
-  options_.page_size = 4;
+  options_.pageSize = 4;
   pages = 0;
   EXPECT_EQ(All(Target("D1028"), &pages), whole);
   EXPECT_EQ(pages, 2U);
 }
 
 TEST_F(XliffPreferencesTest, LeaveOutWhatTheyAreToldTo) {
-  options_.missing_preferences = {"UPLOAD_SOFT_TYPE", "CABINET_OID"};
+  options_.missingPreferences = {"UPLOAD_SOFT_TYPE", "CABINET_OID"};
   const Pairs left = All(Target("D1028"));
   EXPECT_EQ(left.size(), 6U);
   for (const auto& [name, value] : left) {
@@ -100,7 +101,7 @@ TEST_F(XliffPreferencesTest, AreForDynamicDocumentsOfTheUser) {
 }
 
 TEST_F(XliffPreferencesTest, QuestionThatCannotBeReadIsRefused) {
-  const std::string function = kService + "XliffPreferences(";
+  const std::string function = servicePath + "XliffPreferences(";
   for (const char* arguments :
        {"oidForQ7zkDocument='D1028'", "sourceLanguage='en'", "oidForQ7zkDocument='D1028',sourceLanguage=''",
         "oidForQ7zkDocument='D1028',other='en'", "oidForQ7zkDocument=D1028,sourceLanguage=en",
@@ -117,7 +118,7 @@ TEST_F(XliffPreferencesTest, QuestionThatCannotBeReadIsRefused) {
 
 TEST_F(XliffPreferencesTest, CabinetStandsInOneContainerWithItsTypeAndName) {
   const std::string cabinet = Value("D1028", "CABINET_OID");
-  const auto containers = GetJson(kDataAdmin + "Containers?$expand=Folders");
+  const auto containers = GetJson(dataAdmin + "Containers?$expand=Folders");
   std::vector<std::string> found;
   for (const auto& container : containers["value"].GetArray()) {
     for (const auto& folder : container["Folders"].GetArray()) {
@@ -144,11 +145,11 @@ const rapidjson::Value* InFirstBranch(const rapidjson::Value& rows, const std::s
 TEST_F(XliffPreferencesTest, PathLeadsToTheFolderThatTheIdsName) {
   const std::string folder = Value("D1028", "SUB_FOLDER_OID");
   simulator_.reset();
-  options_.xliff_folder = XliffFolder::kPath;
+  options_.xliffFolder = XliffFolder::Path;
   const std::string path = Value("D1028", "SUB_FOLDER_PATH");
   const auto levels = std::to_string(std::count(path.begin(), path.end(), '/'));
   const auto tree =
-      GetJson(kDataAdmin + "Containers?$expand=Folders($select=ID,Name,Location;$levels=" + levels +
+      GetJson(dataAdmin + "Containers?$expand=Folders($select=ID,Name,Location;$levels=" + levels +
               ")&$select=Name,ID&$filter=Name%20eq%20%27Trekking%20Bike%27");
   const auto slash = path.rfind('/');
   const auto* found = InFirstBranch(tree["value"], path.substr(slash + 1), path.substr(0, slash));
@@ -158,7 +159,7 @@ TEST_F(XliffPreferencesTest, PathLeadsToTheFolderThatTheIdsName) {
 
 TEST_F(XliffPreferencesTest, LocationIsWhereAFolderStands) {
   const auto tree = GetJson(
-      kDataAdmin +
+      dataAdmin +
       "Containers('OR:vn.product.Product:101')/Folders?$expand=Folders($levels=3;$select=Name,Location)");
   EXPECT_STREQ(tree["value"][0]["Location"].GetString(), "/");
   const auto& drivetrain = tree["value"][0]["Folders"][0];

@@ -11,6 +11,7 @@
 #include "tests/support/scripted_transport.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/trace_recorder.h"
+#include "tests/support/wire_words.h"
 
 namespace vtdirect_test {
 
@@ -36,7 +37,5 @@ class ConnectedTest : public testing::Test {
 };
 
 using Requests = std::vector<SentRequest>;
-using Lines = std::vector<std::string>;
-using Traces = std::vector<TraceLine>;
 
 }  // namespace vtdirect_test

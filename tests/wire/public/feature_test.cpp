@@ -18,7 +18,7 @@ std::string Feature(const char* name, const char* values) {
 
 class FeatureReading : public ListedServerTest {
  protected:
-  // What is read into two switches that stood as given: "separated info", as two digits.
+  // What is read into two switches that were as given: "separated info", as two digits.
   std::string Read(bool separated, bool info) {
     const auto features = vantry::ReadHvdFeatures(Begin(connection), {separated, info});
     return std::string(features.separatedSources ? "1" : "0") + (features.vcsInfo ? "1" : "0");

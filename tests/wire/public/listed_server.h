@@ -15,11 +15,10 @@
 #include "tests/support/server_table_access.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/trace_recorder.h"
+#include "tests/support/wire_words.h"
 
 namespace vtdirect_test {
 
-using Lines = std::vector<std::string>;
-using Traces = std::vector<TraceLine>;
 using Requests = std::vector<SentRequest>;
 
 constexpr const char* plmUrl = "https://plm.example/vt/";

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "tests/support/wire_words.h"
+
 namespace vtdirect_test {
 namespace {
 
@@ -65,14 +67,6 @@ const std::string preferencesWithoutPlace =
     R"({"Name":"ZVK_DD_EXTENDED_DOC_TYPE","Value":"xliff"},{"Name":"UPLOAD_SOFT_TYPE","Value":"Dynamic"},)"
     R"({"Name":"DB_CONTEXT_TYPE","Value":"Product"},{"Name":"DB_CONTEXT_NAME","Value":"Bike"},)";
 
-std::string List(const std::string& elements) {
-  return "[" + elements + "]";
-}
-
-std::string Rows(const std::string& elements) {
-  return R"({"value":[)" + elements + "]}";
-}
-
 const std::vector<Route>& RestRoutes() {
   static const std::vector<Route> routes{
       {"GET /vt/servlet/OrvetGW", "",
@@ -88,8 +82,8 @@ const std::vector<Route>& RestRoutes() {
        R"({"folderContent":["x/fork.lxz"]})"},
       {"GET /vt/servlet/rest/objects?", "'fork.lxz'", R"([{"id":"D1","attributes":{"number":"42"}}])"},
       {"GET /vt/servlet/rest/objects?", "CADName eq", "[]"},
-      {"GET /vt/servlet/rest/v1/dkm/documents/search?", "number=42", List(newest)},
-      {"GET /vt/servlet/rest/v1/dkm/documents/", "/versions?", List(older + "," + newest)},
+      {"GET /vt/servlet/rest/v1/dkm/documents/search?", "number=42", List({newest})},
+      {"GET /vt/servlet/rest/v1/dkm/documents/", "/versions?", List({older, newest})},
       {"GET /vt/servlet/rest/v1/dkm/documents/D0", "", older},
       {"GET /vt/servlet/rest/v1/dkm/documents/D1", "", newest},
       {"GET /vt/servlet/rest/v1/dkm/documents/D2", "", original},
@@ -97,16 +91,16 @@ const std::vector<Route>& RestRoutes() {
       {"GET /vt/servlet/rest/v1/dkm/documents/D4", "", withSource},
       {"GET /vt/servlet/rest/v1/dkm/documents/D5", "", sourceXliff},
       {"GET /vt/servlet/rest/v1/dkm/documents/D6", "", translation},
-      {"GET /vt/servlet/rest/v1/dkm/workspaces/W", "/documents", List(workingCopy)},
+      {"GET /vt/servlet/rest/v1/dkm/workspaces/W", "/documents", List({workingCopy})},
       {"GET /vt/servlet/rest/v1/dkm/workspaces?",
        "contextId=", R"([{"id":"W1","name":"Mine"},{"id":"W9","name":"FenloomTMP9"}])"},
-      {"POST /vt/servlet/rest/v1/dkm/workspaces/W", "/checkout", List(workingCopy)},
-      {"POST /vt/servlet/rest/v1/dkm/workspaces/W", "/checkin", List(newest)},
-      {"POST /vt/servlet/rest/v1/dkm/workspaces/W", "/undocheckout", List(newest)},
-      {"POST /vt/servlet/rest/v1/dkm/workspaces/W", "/store", List(workingCopy)},
+      {"POST /vt/servlet/rest/v1/dkm/workspaces/W", "/checkout", List({workingCopy})},
+      {"POST /vt/servlet/rest/v1/dkm/workspaces/W", "/checkin", List({newest})},
+      {"POST /vt/servlet/rest/v1/dkm/workspaces/W", "/undocheckout", List({newest})},
+      {"POST /vt/servlet/rest/v1/dkm/workspaces/W", "/store", List({workingCopy})},
       {"POST /vt/servlet/rest/v1/dkm/workspaces/W", "/delete", "{}"},
       {"POST /vt/servlet/rest/v1/dkm/workspaces", "", R"({"id":"W9","name":"FenloomTMP9"})"},
-      {"POST /vt/servlet/rest/v1/dkm/documents", "", List(newest)},
+      {"POST /vt/servlet/rest/v1/dkm/documents", "", List({newest})},
       {"POST /vt/servlet/rest/v1/content/creationFactory", "",
        R"({"masterUrl":"https://plm.example/master","uploadUrl":"https://plm.example/upload/1",)"
        R"("fileNames":["F"],"streamIds":["17"]})"},
@@ -120,26 +114,26 @@ const std::vector<Route>& ODataRoutes() {
   static const std::vector<Route> routes{
       {"GET /vt/servlet/odata/v1/ZVK/IsAssemblyInstalled", "kotia", R"({"value":"true"})"},
       {"GET /vt/servlet/odata/v3/Visualization/GetHVDFeatures()", "",
-       Rows(R"({"FeatureName":"SeparatedsourceQ7zk","FeatureValues":["true"]},)"
-            R"({"FeatureName":"uploadvcsinfo","FeatureValues":["true"]})")},
+       Rows({R"({"FeatureName":"SeparatedsourceQ7zk","FeatureValues":["true"]})",
+             R"({"FeatureName":"uploadvcsinfo","FeatureValues":["true"]})"})},
       {"GET /vt/servlet/odata/v1/DataAdmin/Containers/ZVK.DataAdmin.ProductContainer?", "$expand=Folders",
-       Rows(R"({"ID":"C1","Folders":[{"ID":"F0","Name":"Default",)"
-            R"("Folders":[{"ID":"F1","Name":"Frames"}]}]})")},
+       Rows({R"({"ID":"C1","Folders":[{"ID":"F0","Name":"Default",)"
+             R"("Folders":[{"ID":"F1","Name":"Frames"}]}]})"})},
       {"GET /vt/servlet/odata/v1/DataAdmin/Containers('", "/Folders?$expand=Folders",
-       Rows(R"({"ID":"F0","Name":"Default","Folders":[{"ID":"F1","Name":"Frames"}]})")},
-      {"GET /vt/servlet/odata/v1/DataAdmin/Containers('", "/Folders?$select=Name", Rows("")},
+       Rows({R"({"ID":"F0","Name":"Default","Folders":[{"ID":"F1","Name":"Frames"}]})"})},
+      {"GET /vt/servlet/odata/v1/DataAdmin/Containers('", "/Folders?$select=Name", Rows({})},
       {"GET /vt/servlet/odata/v5/DataAdmin/Containers/", "ProductContainer?$select=ID",
-       Rows(R"({"ID":"C1","Name":"Bike"})")},
+       Rows({R"({"ID":"C1","Name":"Bike"})"})},
       {"GET /vt/servlet/odata/v4/DataAdmin/", "$filter=CADName%20eq%20%27fork.lxz%27",
-       Rows(R"({"CADName":"fork.lxz","ID":"D1","Version":"A.2"})")},
-      {"GET /vt/servlet/odata/v4/DataAdmin/", "$filter=", Rows("")},
-      {"GET /vt/servlet/odata/v", "/FolderContents/", Rows(R"({"CADName":"fork.lxz","ID":"D1"})")},
+       Rows({R"({"CADName":"fork.lxz","ID":"D1","Version":"A.2"})"})},
+      {"GET /vt/servlet/odata/v4/DataAdmin/", "$filter=", Rows({})},
+      {"GET /vt/servlet/odata/v", "/FolderContents/", Rows({R"({"CADName":"fork.lxz","ID":"D1"})"})},
       {"GET /vt/servlet/odata/v2/DynamicDocMgmt/DynamicDocuments?", "'fork.lxz'",
-       Rows(R"({"ID":"D1","Version":"A.2","CheckOutStatus":""})")},
+       Rows({R"({"ID":"D1","Version":"A.2","CheckOutStatus":""})"})},
       // Every version, newest first.
       {"GET /vt/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments?", "'fork.lxz'",
-       Rows(R"({"ID":"D1","Version":"A.2","CheckOutStatus":""},)"
-            R"({"ID":"D0","Version":"A.1","CheckOutStatus":""})")},
+       Rows({R"({"ID":"D1","Version":"A.2","CheckOutStatus":""})",
+             R"({"ID":"D0","Version":"A.1","CheckOutStatus":""})"})},
   };
   return routes;
 }
@@ -148,8 +142,8 @@ const std::vector<Route>& TranslationRoutes() {
   static const std::vector<Route> routes{
       {"GET /vt/servlet/odata/v1/ZVK/GetCSRFToken()", "", R"({"NonceKey":"Nonce","NonceValue":"17"})"},
       {"GET /vt/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1')/Xliff", "",
-       Rows(R"({"ID":"D5","AuthoringLanguage":"en"})")},
-      {"GET /vt/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D", "/Xliff", Rows("")},
+       Rows({R"({"ID":"D5","AuthoringLanguage":"en"})"})},
+      {"GET /vt/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D", "/Xliff", Rows({})},
       {"GET /vt/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1')?$expand=Translations", "",
        R"({"ID":"D1","AuthoringLanguage":"en","Translations":[{"ID":"D6","AuthoringLanguage":"de"},)"
        R"({"ID":"D5","AuthoringLanguage":"fr"}]})"},
@@ -160,7 +154,8 @@ const std::vector<Route>& TranslationRoutes() {
        "sourceLanguage='en'",
        R"({"Preferences":[)" + preferencesWithoutPlace + R"({"Name":"SUB_FOLDER_PATH","Value":"Frames"}]})"},
       {"GET /vt/servlet/odata/v1/DataAdmin/Containers?$expand=Folders", "",
-       Rows(R"({"ID":"OR:vn.product.Product:101","Name":"Bike","Type":"Product","Folders":[{"ID":"F9"}]})")},
+       Rows(
+           {R"({"ID":"OR:vn.product.Product:101","Name":"Bike","Type":"Product","Folders":[{"ID":"F9"}]})"})},
       {"POST /vt/servlet/odata/v1/DynamicDocMgmt/CreateXliffLink", "", R"({"value":"Success"})"},
       {"PATCH /vt/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1')", "", R"({"value":"Success"})"},
   };

@@ -3,28 +3,15 @@
 #include <stdlib.h>
 
 namespace vtdirect_test {
-namespace {
 
-std::string Quoted(const std::string& text) {
-  return "\"" + text + "\"";
-}
-
-std::string List(const std::vector<std::string>& elements) {
-  std::string text;
-  for (const auto& element : elements) text += (text.empty() ? "" : ",") + element;
-  return "[" + text + "]";
-}
-
-}  // namespace
-
-std::string DocumentPath(const std::string& id) {
+std::string DynamicDocumentPath(const std::string& id) {
   return "servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('" + id + "')";
 }
 std::string SourcePath(const std::string& id) {
-  return DocumentPath(id) + "/Xliff";
+  return DynamicDocumentPath(id) + "/Xliff";
 }
 std::string TranslationsPath(const std::string& id) {
-  return DocumentPath(id) + "?$expand=Translations";
+  return DynamicDocumentPath(id) + "?$expand=Translations";
 }
 std::string PreferencesPath(const std::string& id, const std::string& language) {
   return "servlet/odata/v1/DynamicDocMgmt/XliffPreferences(oidForQ7zkDocument='" + id + "',sourceLanguage='" +
@@ -33,11 +20,6 @@ std::string PreferencesPath(const std::string& id, const std::string& language) 
 std::string FolderPath(int levels) {
   return "servlet/odata/v1/DataAdmin/Containers?$expand=Folders($select=ID,Name,Location;$levels=" +
          std::to_string(levels) + ")&$select=Name,ID&$filter=Name%20eq%20%27Gadget%27";
-}
-
-std::string Rows(const std::vector<std::string>& rows, const std::string& nextLink) {
-  const std::string link = nextLink.empty() ? "" : ",\"@odata.nextLink\":" + Quoted(nextLink);
-  return "{\"value\":" + List(rows) + link + "}";
 }
 
 std::string Reference(const std::string& id, const std::string& language) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/wire/storing/flow_fixture.h"
+#include "tests/wire/documents/flow_fixture.h"
 #include "translation/nrx_xliff_server.h"
 #include "translation/xliff_preferences.h"
 
@@ -25,15 +25,13 @@ inline const std::string contextsPath = "servlet/rest/v1/contexts";
 inline const std::string cabinetsPath = "servlet/odata/v1/DataAdmin/Containers?$expand=Folders";
 
 /// Paths of a document in the translation service; the id must need no escaping.
-std::string DocumentPath(const std::string& id);
+std::string DynamicDocumentPath(const std::string& id);
 std::string SourcePath(const std::string& id);
 std::string TranslationsPath(const std::string& id);
 std::string PreferencesPath(const std::string& id, const std::string& language);
 /// The path of the folder search in the context "Gadget".
 std::string FolderPath(int levels);
 
-/// An OData answer with these rows, which are JSON already, and a next link if it is not empty.
-std::string Rows(const std::vector<std::string>& rows, const std::string& nextLink = {});
 /// A row that names a document of the translation service.
 std::string Reference(const std::string& id, const std::string& language);
 /// An answer that tells these preferences.

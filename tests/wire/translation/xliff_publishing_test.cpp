@@ -32,8 +32,9 @@ TEST_F(XliffPublishing, NamesTheDocumentPartOfAnIdEscaped) {
   EXPECT_TRUE(server.SetPublished("VR:d 1|W2|D3|T"));
   EXPECT_TRUE(server.SetPublished(""));
   EXPECT_TRUE(server.SetPublished(nullptr));
-  EXPECT_EQ(LinesFrom(1), (Lines{"PATCH /vt/" + DocumentPath("D1"), "PATCH /vt/" + DocumentPath("VR%3Ad%201"),
-                                 "PATCH /vt/" + DocumentPath(""), "PATCH /vt/" + DocumentPath("")}));
+  EXPECT_EQ(LinesFrom(1),
+            (Lines{"PATCH /vt/" + DynamicDocumentPath("D1"), "PATCH /vt/" + DynamicDocumentPath("VR%3Ad%201"),
+                   "PATCH /vt/" + DynamicDocumentPath(""), "PATCH /vt/" + DynamicDocumentPath("")}));
 }
 
 TEST_F(XliffPublishing, GoesWithoutANonceThatCannotBeHadAndAsksForItAgain) {
@@ -44,7 +45,7 @@ TEST_F(XliffPublishing, GoesWithoutANonceThatCannotBeHadAndAsksForItAgain) {
             "OData-MaxVersion: 4.0\r\nPrefer: odata.maxpagesize=10000\r\n");
   ThenToken();
   EXPECT_TRUE(PublishAnswered({204, ""}));
-  EXPECT_EQ(transport.requests().back(), ODataWrite("PATCH /vt/" + DocumentPath("D1"), publishBody));
+  EXPECT_EQ(transport.requests().back(), ODataWrite("PATCH /vt/" + DynamicDocumentPath("D1"), publishBody));
 }
 
 TEST_F(XliffPublishing, SucceedsByANoContentWhateverItsBody) {

@@ -140,7 +140,7 @@ TEST_F(DocumentLanguage, IsFoundByOneODataReadOfTheDocument) {
 TEST_F(DocumentLanguage, IsAskedForByTheDocumentPartOfAnIdEscaped) {
   transport.Then(200, Rows({}));
   EXPECT_EQ(ReadLanguage("VR:d 1|W2"), "none  ");
-  EXPECT_EQ(transport.lines(), Lines{Get(DocumentPath("VR%3Ad%201"))});
+  EXPECT_EQ(transport.lines(), Lines{Get(DynamicDocumentPath("VR%3Ad%201"))});
 }
 
 // The answer is read as a list, although it is asked of one document.

@@ -1,4 +1,4 @@
-#include "tests/wire/storing/failing_steps.h"
+#include "tests/wire/documents/failing_steps.h"
 #include "tests/wire/translation/xliff_upload_fixture.h"
 
 // Every request of both ways of a source XLIFF to the server fails in every way.

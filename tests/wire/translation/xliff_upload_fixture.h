@@ -63,10 +63,6 @@ class XliffUploadTest : public XliffTest {
   static Lines StoringLines() {
     return {Get(noncePath), Post(factoryPath), uploadLine, Post(documentsPath), Post(linkPath)};
   }
-  static Lines Join(Lines first, const Lines& rest) {
-    first.insert(first.end(), rest.begin(), rest.end());
-    return first;
-  }
   /// The multipart body of the file.
   static std::string MultipartOfFile() { return Multipart("901:f1:901;", {{"f1", "main.xlf", "MAIN"}}); }
 
