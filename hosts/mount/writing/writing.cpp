@@ -6,6 +6,7 @@
 #include <vtdirect/outcome.h>
 #include <vtdirect/vt_direct_manager.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
@@ -42,6 +43,13 @@ constexpr std::chrono::seconds betweenTries{15};
   const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), process);
   return error == std::errc() && process > 0 && process != getpid() &&
          (kill(process, 0) == 0 || errno == EPERM);
+}
+
+[[nodiscard]] std::vector<vtdirect_cli::UnstoredFile> NewestFirst(
+    std::vector<vtdirect_cli::UnstoredFile> files) {
+  std::stable_sort(files.begin(), files.end(),
+                   [](const auto& one, const auto& other) { return one.since > other.since; });
+  return files;
 }
 
 [[nodiscard]] bool CopyBytes(const LocalFile& from, const LocalFile& to) {
@@ -87,20 +95,10 @@ std::string Writing::Prepare(const std::string& below) {
   const int error = vtdirect_cli::MakeDirectories(directory);
   if (error != 0) return "cannot make " + directory + ": " + std::strerror(error);
   std::set<std::string> entries;
-  for (const auto& unstored : unstored_.All()) {
+  std::set<std::string> taken;
+  for (const auto& unstored : NewestFirst(unstored_.All())) {
     entries.insert(unstored.name);
-    if (!unstored.isWhole || !unstored.address.starts_with(below)) continue;
-    const std::string path = unstored_.ContentOf(unstored.name);
-    const int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
-    if (descriptor < 0) continue;
-    auto file = std::make_shared<LocalFile>(unstored.name, path, descriptor);
-    file->Keep(true);
-    if (!file->Claim()) continue;
-    file->NoteChange(true);
-    file->NoteListed(true);
-    overlay_.Lay(unstored.address, std::move(file));
-    const std::lock_guard lock(mutex_);
-    waiting_.insert(unstored.address);
+    if (unstored.isWhole && unstored.address.starts_with(below)) TakeUp(unstored, taken);
   }
   std::error_code ignored;
   for (const auto& entry : std::filesystem::directory_iterator(directory, ignored)) {
@@ -110,6 +108,52 @@ std::string Writing::Prepare(const std::string& below) {
   }
   RetryNow();
   return "";
+}
+
+// The newest of an address is stored, by this mount or by the one that has it. An older one must not be stored
+// after it, and is left on the disk for its user.
+// @param taken  the addresses of newer ones
+void Writing::TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<std::string>& taken) {
+  const std::string path = unstored_.ContentOf(unstored.name);
+  const int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+  if (descriptor < 0) return;
+  auto file = std::make_shared<LocalFile>(unstored.name, path, descriptor);
+  file->Keep(true);
+  const bool isNewest = taken.insert(unstored.address).second;
+  if (!file->Claim()) return;
+  if (!isNewest) {
+    static_cast<void>(unstored_.Write(
+        {unstored.name, unstored.address, unstored.since, false, "a newer file has its address"}));
+    return;
+  }
+  file->NoteChange(true);
+  file->NoteListed(true);
+  static_cast<void>(overlay_.Lay(unstored.address, std::move(file)));
+  const std::lock_guard lock(mutex_);
+  waiting_.insert(unstored.address);
+}
+
+// What lay there before waits on the disk until the new one is safe there.
+void Writing::LayOver(const std::string& address, const std::shared_ptr<LocalFile>& file) {
+  auto before = overlay_.Lay(address, file);
+  if (before == nullptr || before == file) return;
+  const std::lock_guard lock(mutex_);
+  auto older = replaced_.extract(before.get());
+  auto& replaced = replaced_[file.get()];
+  if (!older.empty()) replaced.insert(replaced.end(), older.mapped().begin(), older.mapped().end());
+  replaced.push_back(std::move(before));
+}
+
+void Writing::StrikeReplaced(const LocalFile& file) {
+  std::unique_lock lock(mutex_);
+  const auto replaced = replaced_.extract(&file);
+  lock.unlock();
+  if (replaced.empty()) return;
+  for (const auto& before : replaced.mapped()) {
+    before->NoteReplaced();
+    unstored_.Strike(before->name());
+    before->Keep(false);
+  }
 }
 
 bool Writing::IsScratch(const std::string& address) const {
@@ -151,12 +195,9 @@ Writable Writing::Create(const std::string& address) {
   const Writable made = NewFile("");
   if (made.file == nullptr) return made;
   made.file->SetScratch(IsScratch(address));
-  overlay_.Lay(address, made.file);
   // An empty new file is a document too, once it is closed.
-  if (const int error = NoteChange(address, *made.file, false); error != 0) {
-    overlay_.Take(address, made.file);
-    return {error};
-  }
+  if (const int error = NoteChange(address, *made.file, false); error != 0) return {error};
+  LayOver(address, made.file);
   return made;
 }
 
@@ -208,7 +249,7 @@ int Writing::NoteWaiting(const std::string& address, LocalFile& file, bool isWho
 
 int Writing::NoteChange(const std::string& address, LocalFile& file, bool isDue) {
   // One that waits is half while it is written to again.
-  if ((!file.isDirty() || file.isListedWhole()) && !file.isScratch()) {
+  if (!file.isReplaced() && (!file.isDirty() || file.isListedWhole()) && !file.isScratch()) {
     if (const int error = NoteWaiting(address, file, false, "it was not closed"); error != 0) return error;
     file.Keep(true);
   }
@@ -237,7 +278,7 @@ std::string Writing::WhyNotNow(const std::string& address) {
 }
 
 int Writing::Store(const std::string& address, const std::shared_ptr<LocalFile>& file) {
-  if (!file->isDirty() || file->isScratch()) return 0;
+  if (!file->isDirty() || file->isScratch() || file->isReplaced()) return 0;
   const std::uint64_t changes = file->changes();
   file->Keep(true);
   if (file->failedWrite() == 0 && fsync(file->file().descriptor()) != 0) file->NoteFailedWrite(errno);
@@ -246,7 +287,7 @@ int Writing::Store(const std::string& address, const std::shared_ptr<LocalFile>&
     NoteWaiting(address, *file, false, std::string("a write failed: ") + std::strerror(error));
     return error;
   }
-  NoteWaiting(address, *file, true, "it was not confirmed that it is stored");
+  if (NoteWaiting(address, *file, true, "it was not confirmed that it is stored") == 0) StrikeReplaced(*file);
   std::string fault = WhyNotNow(address);
   if (fault.empty()) fault = runner_.Run({"put", "--quiet", "--", file->path(), address});
   if (!fault.empty()) {
@@ -259,6 +300,7 @@ int Writing::Store(const std::string& address, const std::shared_ptr<LocalFile>&
   file->NoteStored(changes);
   mounted_.outdate(address);
   if (file->isDirty()) return 0;
+  StrikeReplaced(*file);
   unstored_.Strike(file->name());
   vtdirect_cli::FetchRecords().Forget(file->path());
   file->Keep(false);
@@ -279,7 +321,7 @@ int Writing::SetAside(const std::string& document, const std::string& backup) {
   if (copy.file->isDirty()) return EBUSY;
   overlay_.Take(document, copy.file);
   made.file->SetScratch(true);
-  overlay_.Lay(backup, made.file);
+  static_cast<void>(overlay_.Lay(backup, made.file));
   overlay_.PutAside(document, Overlay::Clock::now());
   return 0;
 }
@@ -294,9 +336,10 @@ int Writing::MoveOnto(const std::string& from, const std::string& to,
     if (error == ENOENT && !VtDirectManager::IsPathWritable(to.c_str())) return EPERM;
   }
   file->SetScratch(IsScratch(to));
-  overlay_.Lay(to, file);
+  LayOver(to, file);
   overlay_.Take(from, file);
   if (file->isScratch()) {
+    StrikeReplaced(*file);
     unstored_.Strike(file->name());
     file->Keep(false);
     return 0;
@@ -322,6 +365,7 @@ int Writing::Remove(const std::string& address) {
     const std::lock_guard lock(mutex_);
     waiting_.erase(address);
   }
+  StrikeReplaced(*file);
   file->Keep(false);
   overlay_.Take(address, file);
   return 0;

@@ -127,6 +127,46 @@ TEST_F(MountLosses, WhatWaitsInOneMountIsLeftAloneByAnother) {
   EXPECT_EQ(Text(Fork()), ReadFile("/etc/hostname"));
 }
 
+TEST_F(MountLosses, WhatIsRenamedOverWhatWaitsTakesItsPlaceForGood) {
+  Serve();
+  CheckOut();
+  port_ = AtItsPort();
+  Serve(AtItsPort({"--fault", "POST *=503"}));
+  Mount({"--write"});
+  EXPECT_NE(Shell("cp /etc/hostname '" + Fork() + "'").status, 0);
+  EXPECT_NE(Shell("printf new >'" + Fork() + "~' && mv '" + Fork() + "~' '" + Fork() + "'").status, 0);
+  EXPECT_EQ(Names(Unstored()).size(), 2U) << "one content and its entry";
+  SignalMount(SIGKILL);
+  EXPECT_EQ(WaitForMount().status, -SIGKILL);
+  Serve(port_);
+  Mount({"--write"});
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer(Path()), "new");
+  ClearAwayTemporaryFiles();
+}
+
+TEST_F(MountLosses, TheNewestOfWhatWaitsForOneAddressIsStoredAndTheOthersAreLeft) {
+  Serve();
+  CheckOut();
+  std::filesystem::create_directories(Unstored());
+  const auto leave = [this](const std::string& name, const std::string& since, const std::string& bytes) {
+    WriteFile(Unstored() + "/" + name + ".content", bytes);
+    WriteFile(Unstored() + "/" + name + ".entry",
+              "vtdirect-unstored 1\n" + Path() + "\n" + since + "\nwhole\nrefused\n");
+  };
+  leave("10-0-1", "2026-09-21T12:00:00Z", "newest");
+  leave("9-0-1", "2026-09-21T11:00:00Z", "older");
+  for (int mounts = 0; mounts < 2; ++mounts) {
+    Mount({"--write"});
+    EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).size() == 2; }));
+    EXPECT_EQ(OnServer(Path()), "newest");
+    EXPECT_EQ(ReadFile(Unstored() + "/9-0-1.content"), "older");
+    EXPECT_THAT(Run({"recover"}).out, HasSubstr("a newer file has its address"));
+    ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
+    EXPECT_EQ(WaitForMount().status, 0);
+  }
+}
+
 // A file that waited is not what was stored before while a program writes it anew.
 TEST_F(MountLosses, WhatWaitedIsNotStoredHalfWhileItIsWrittenAgain) {
   Serve();
