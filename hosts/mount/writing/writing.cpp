@@ -66,11 +66,13 @@ constexpr std::chrono::seconds betweenTries{15};
 
 [[nodiscard]] int FetchInto(const std::string& uid, const std::string& path) {
   const VtDirectManager::Outcome outcome;
-  if (VtDirectManager::ShouldCreate(uid.c_str())) return 0;
   VtDirectManager::DownloadOptions options;
   options.compareSize = true;
   std::string result;
-  return VtDirectManager::GetFile(uid.c_str(), path.c_str(), result, options) ? 0 : ErrorOf(outcome);
+  if (VtDirectManager::GetFile(uid.c_str(), path.c_str(), result, options)) return 0;
+  // Only a document that can't be downloaded is empty: a length of 0 also means that the server tells none.
+  const int error = ErrorOf(outcome);
+  return error == ENOENT && VtDirectManager::ShouldCreate(uid.c_str()) ? 0 : error;
 }
 
 }  // namespace
