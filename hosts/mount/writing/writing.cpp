@@ -227,9 +227,15 @@ int Writing::RequireCheckout(const std::string& address, std::string& uid) {
   if (IsCheckedOut(uid)) return 0;
   if (!settings_.autoCheckout) return EACCES;
   const std::string fault = runner_.Run({"checkout", "--quiet", "--", address});
-  if (fault.empty()) return 0;
-  mounted_.log("cannot check out " + address + ": " + fault);
-  return EACCES;
+  if (!fault.empty()) {
+    mounted_.log("cannot check out " + address + ": " + fault);
+    return EACCES;
+  }
+  // What was known before may be an older iteration than the one that is checked out.
+  mounted_.outdate(address);
+  uid = mounted_.uidOf(address, error);
+  if (uid.empty()) return error;
+  return IsCheckedOut(uid) ? 0 : EACCES;
 }
 
 Writable Writing::Edit(const std::string& address, bool keepsContent) {
