@@ -312,7 +312,8 @@ int Writing::Store(const std::string& address, const std::shared_ptr<LocalFile>&
   unstored_.Strike(file->name());
   vtdirect_cli::FetchRecords().Forget(file->path());
   file->Keep(false);
-  overlay_.Take(address, file);
+  // A program that still has it open may go on to write; then it goes when that closes it.
+  if (!file->isOpen()) overlay_.Take(address, file);
   const std::lock_guard lock(mutex_);
   waiting_.erase(address);
   return 0;

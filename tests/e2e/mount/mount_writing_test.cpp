@@ -69,6 +69,19 @@ TEST_F(MountWriting, BeginsWithTheIterationThatItChecksOut) {
   EXPECT_EQ(OnServer(Path()), "FENLET of a colleague\nmore\n");
 }
 
+TEST_F(MountWriting, ShowsWhatIsWrittenAfterADuplicateWasClosed) {
+  MountAndCheckOut();
+  const int descriptor = open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(write(descriptor, "one\n", 4), 4);
+  EXPECT_EQ(close(dup(descriptor)), 0);
+  EXPECT_EQ(OnServer(Path()), "one\n");
+  EXPECT_EQ(write(descriptor, "two\n", 4), 4);
+  EXPECT_EQ(Text(Fork()), "one\ntwo\n");
+  EXPECT_EQ(close(descriptor), 0);
+  EXPECT_EQ(OnServer(Path()), "one\ntwo\n");
+}
+
 TEST_F(MountWriting, MakesANewFileADocument) {
   Serve();
   Mount({"--write"});
