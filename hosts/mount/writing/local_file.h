@@ -66,6 +66,7 @@ class LocalFile {
   [[nodiscard]] bool isOpen() const { return opened_ != 0; }
   /// Whether somebody has it open for writing, so that it may be half.
   [[nodiscard]] bool hasWriters() const { return writers_ != 0; }
+  [[nodiscard]] std::size_t writers() const { return writers_; }
   /// Whether a newer file has its address, so that it must not be stored there.
   [[nodiscard]] bool isReplaced() const { return isReplaced_; }
   void NoteReplaced() { isReplaced_ = true; }

@@ -23,6 +23,7 @@ namespace vtdirect_mount {
 namespace {
 
 constexpr std::chrono::seconds betweenTries{15};
+constexpr const char* unconfirmed = "it was not confirmed that it is stored";
 
 [[nodiscard]] std::string Now() {
   const std::time_t now = std::time(nullptr);
@@ -212,11 +213,21 @@ void Writing::Close(const std::string& address, const std::shared_ptr<LocalFile>
   const auto close = [this, address, file, writes] {
     if (file->NoteClosed(writes) == 0 && !file->isDirty() && !file->isScratch()) overlay_.Take(address, file);
   };
-  if (!writes || !file->isDirty() || file->isScratch() || IsWaiting(address)) return close();
+  if (!writes || !file->isDirty() || file->isScratch()) return close();
+  NoteWhole(address, *file);
+  if (IsWaiting(address)) return close();
   Post([this, address, file, close] {
     static_cast<void>(Store(address, file));
     close();
   });
+}
+
+// Its store may wait for others, and the process may be killed before.
+void Writing::NoteWhole(const std::string& address, LocalFile& file) {
+  const bool hasOtherWriters = file.writers() > 1;
+  if (hasOtherWriters || file.isListedWhole() || file.isReplaced() || file.failedWrite() != 0) return;
+  if (fsync(file.file().descriptor()) != 0) return file.NoteFailedWrite(errno);
+  static_cast<void>(NoteWaiting(address, file, true, unconfirmed));
 }
 
 // The document's UID, when it may be stored into.
@@ -295,7 +306,7 @@ int Writing::Store(const std::string& address, const std::shared_ptr<LocalFile>&
     NoteWaiting(address, *file, false, std::string("a write failed: ") + std::strerror(error));
     return error;
   }
-  if (NoteWaiting(address, *file, true, "it was not confirmed that it is stored") == 0) StrikeReplaced(*file);
+  if (NoteWaiting(address, *file, true, unconfirmed) == 0) StrikeReplaced(*file);
   std::string fault = WhyNotNow(address);
   if (fault.empty()) fault = runner_.Run({"put", "--quiet", "--", file->path(), address});
   if (!fault.empty()) {

@@ -79,7 +79,7 @@ class Writing {
   /// A file was opened.
   static void NoteOpened(const std::shared_ptr<LocalFile>& file, bool writes) { file->NoteOpened(writes); }
   /// A file was closed for good, which nobody can be told the end of. What is new in it and was not stored yet
-  /// is stored; one that holds nothing new goes with the last.
+  /// is stored, by the next mount if this one is killed first; one that holds nothing new goes with the last.
   void Close(const std::string& address, const std::shared_ptr<LocalFile>& file, bool writes);
   /// Tries again to store what waits, and not only after a while.
   void RetryNow();
@@ -107,6 +107,7 @@ class Writing {
   void LayOver(const std::string& address, const std::shared_ptr<LocalFile>& file);
   void StrikeReplaced(const LocalFile& file);
   void TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<std::string>& taken);
+  void NoteWhole(const std::string& address, LocalFile& file);
   int NoteWaiting(const std::string& address, LocalFile& file, bool isWhole, const std::string& fault);
   void Retry();
   void RetryOnce();

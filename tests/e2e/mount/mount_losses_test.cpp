@@ -100,6 +100,28 @@ TEST_F(MountLosses, AMountKilledInTheMiddleOfAStoreIsRecovered) {
   ClearAwayTemporaryFiles();
 }
 
+// An empty file is stored after its close, and here after the store that takes so long.
+TEST_F(MountLosses, WhatWasClosedWhileAnotherIsStoredIsRecovered) {
+  const auto writer = StoreThatTheServerIsSilentAbout();
+  const std::string name = std::string(kFrame) + "new.lxz";
+  const int descriptor = open(Tree(name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(close(descriptor), 0);
+  EXPECT_TRUE(WaitUntil([this] {
+    const std::string listed = Run({"recover"}).out;
+    return listed.find("new.lxz") != std::string::npos && listed.find("was not closed") == std::string::npos;
+  }));
+  SignalMount(SIGKILL);
+  EXPECT_EQ(WaitForMount().status, -SIGKILL);
+  static_cast<void>(writer->Wait());
+  StopServer();
+  Serve(port_);
+  Mount({"--write"});
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(Run({"info", "//sim/" + name}).status, 0);
+  ClearAwayTemporaryFiles();
+}
+
 // After a restart of the machine other programs have the numbers of those that ran before.
 TEST_F(MountLosses, WhatWaitsIsStoredThoughAnotherProcessHasTheNumberOfItsMount) {
   Serve();
