@@ -405,6 +405,9 @@ void Writing::RetryOnce() {
       waiting_.erase(address);
     }
   }
+  const std::lock_guard lock(mutex_);
+  isRetrying_ = false;
+  changed_.notify_all();
 }
 
 void Writing::RetryNow() {
@@ -418,9 +421,13 @@ void Writing::RetryNow() {
 void Writing::Retry() {
   std::unique_lock lock(mutex_);
   while (!isEnding_) {
-    changed_.wait_for(lock, betweenTries, [this] { return isEnding_ || isWoken_; });
+    changed_.wait_for(lock, betweenTries, [this] { return isEnding_ || (isWoken_ && !isRetrying_); });
+    // A try can take longer than the time between two; the next one begins after it.
+    if (isRetrying_) continue;
     isWoken_ = false;
-    if (!isEnding_ && !waiting_.empty()) stores_.Post([this] { RetryOnce(); });
+    if (isEnding_ || waiting_.empty()) continue;
+    isRetrying_ = true;
+    stores_.Post([this] { RetryOnce(); });
   }
 }
 

@@ -125,6 +125,7 @@ class Writing {
   std::uint64_t next_ = 0;
   bool isEnding_ = false;
   bool isWoken_ = false;
+  bool isRetrying_ = false;
   TaskPool stores_{1};
   std::thread retries_;
 };
