@@ -100,6 +100,24 @@ TEST_F(MountLosses, AMountKilledInTheMiddleOfAStoreIsRecovered) {
   ClearAwayTemporaryFiles();
 }
 
+TEST_F(MountLosses, AStoreWaitsForAConnectionNoLongerThanItsMount) {
+  const auto writer = StoreThatTheServerIsSilentAbout();
+  std::string command;
+  for (const std::string& process : Names("/proc")) {
+    std::error_code ignored;
+    if (!std::filesystem::exists("/proc/" + process + "/cmdline", ignored)) continue;
+    const std::string words = ReadFile("/proc/" + process + "/cmdline");
+    if (words.find(Unstored() + "/") != std::string::npos) command = words;
+  }
+  const std::string limit(
+      "--connect-timeout\0"
+      "10\0",
+      21);
+  EXPECT_THAT(command, HasSubstr(limit));
+  StopServer();
+  static_cast<void>(writer->Wait());
+}
+
 // An empty file is stored after its close, and here after the store that takes so long.
 TEST_F(MountLosses, WhatWasClosedWhileAnotherIsStoredIsRecovered) {
   const auto writer = StoreThatTheServerIsSilentAbout();
