@@ -99,18 +99,30 @@ std::string Writing::Prepare(const std::string& below) {
   if (error != 0) return "cannot make " + directory + ": " + std::strerror(error);
   std::set<std::string> entries;
   std::set<std::string> taken;
-  for (const auto& unstored : NewestFirst(unstored_.All())) {
+  auto listing = unstored_.List();
+  for (const auto& unstored : NewestFirst(std::move(listing.files))) {
     entries.insert(unstored.name);
     if (unstored.isWhole && unstored.address.starts_with(below)) TakeUp(unstored, taken);
   }
-  std::error_code ignored;
-  for (const auto& entry : std::filesystem::directory_iterator(directory, ignored)) {
-    const std::string name = entry.path().stem().string();
-    const bool isContent = entry.path().extension() == ".content";
-    if (isContent && !entries.contains(name) && !IsOfALivingProcess(name)) unlink(entry.path().c_str());
-  }
+  // A content whose entry was not seen may be what a user has written.
+  if (listing.isComplete) ClearAway(entries);
   RetryNow();
   return "";
+}
+
+// Removes the contents that have no entry and nobody's claim: a mount on another machine may share the directory.
+void Writing::ClearAway(const std::set<std::string>& entries) {
+  std::error_code error;
+  for (auto entry = std::filesystem::directory_iterator(unstored_.directory(), error);
+       !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    const std::string name = entry->path().stem().string();
+    const bool isContent = entry->path().extension() == ".content";
+    if (!isContent || entries.contains(name) || IsOfALivingProcess(name)) continue;
+    const int descriptor = open(entry->path().c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+    if (descriptor < 0) continue;
+    LocalFile file(name, entry->path().string(), descriptor);
+    if (!file.Claim()) file.Keep(true);
+  }
 }
 
 // The newest of an address is stored, by this mount or by the one that has it. An older one must not be stored

@@ -106,6 +106,7 @@ class Writing {
                              const std::shared_ptr<LocalFile>& file);
   void LayOver(const std::string& address, const std::shared_ptr<LocalFile>& file);
   void StrikeReplaced(const LocalFile& file);
+  void ClearAway(const std::set<std::string>& entries);
   void TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<std::string>& taken);
   void NoteWhole(const std::string& address, LocalFile& file);
   int NoteWaiting(const std::string& address, LocalFile& file, bool isWhole, const std::string& fault);

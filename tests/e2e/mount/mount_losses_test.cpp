@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -204,6 +205,26 @@ TEST_F(MountLosses, TheNewestOfWhatWaitsForOneAddressIsStoredAndTheOthersAreLeft
     EXPECT_THAT(Run({"recover"}).out, HasSubstr("a newer file has its address"));
     ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
     EXPECT_EQ(WaitForMount().status, 0);
+  }
+}
+
+// The mount that has it may run on another machine, and its number says nothing here.
+TEST_F(MountLosses, AContentWithoutAnEntryIsClearedAwayUnlessAnotherHasIt) {
+  Serve();
+  std::filesystem::create_directories(Unstored());
+  // No process has such a number.
+  const std::string content = Unstored() + "/2000000000-0-1.content";
+  WriteFile(content, "a scratch file");
+  const int descriptor = open(content.c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(flock(descriptor, LOCK_EX | LOCK_NB), 0);
+  for (const std::size_t left : {1U, 0U}) {
+    Mount({"--write"});
+    EXPECT_EQ(Names(Unstored()).size(), left);
+    ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
+    EXPECT_EQ(WaitForMount().status, 0);
+    if (left == 1) {
+      EXPECT_EQ(close(descriptor), 0);
+    }
   }
 }
 
