@@ -69,6 +69,13 @@ constexpr NumberOption cacheSizeOption{"cache-size", 4096, 1, std::uint64_t{1} <
   return std::nullopt;
 }
 
+// A store waits no longer for a connection than the mount. It waits longer for an answer: the stall limit of the
+// mount would end one that the server works on for minutes after it has got a large file.
+void AddLimits(const Arguments& arguments, std::vector<std::string>& command) {
+  if (arguments.Has("connect-timeout")) return;
+  command.insert(command.end(), {"--connect-timeout", std::to_string(connectSeconds)});
+}
+
 [[nodiscard]] std::optional<Failure> ReadWriting(const Arguments& arguments, MountSettings& settings) {
   settings.write = arguments.Has("write");
   settings.autoCheckout = arguments.Has("auto-checkout");
@@ -80,6 +87,7 @@ constexpr NumberOption cacheSizeOption{"cache-size", 4096, 1, std::uint64_t{1} <
   for (std::string& word : vtdirect_cli::WordsOf(vtdirect_cli::GlobalOptions(), arguments)) {
     settings.command.push_back(std::move(word));
   }
+  AddLimits(arguments, settings.command);
   if (!arguments.Has("no-prompt")) settings.command.emplace_back("--no-prompt");
   if (settings.write || (!settings.autoCheckout && !arguments.Has("scratch"))) return std::nullopt;
   return Failure{ExitCode::Usage, "--auto-checkout and --scratch take --write beside them"};

@@ -9,6 +9,9 @@
 
 namespace vtdirect_mount {
 
+/// A program waits for a connection for this long at most, unless the options say something else.
+inline constexpr long connectSeconds = 10;
+
 /// What the command line asks for.
 struct MountOptions {
   MountSettings settings;

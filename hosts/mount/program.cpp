@@ -32,15 +32,14 @@ using vtdirect_cli::Arguments;
 using vtdirect_cli::ExitCode;
 using vtdirect_cli::Failure;
 
-// A program that reads a file waits for this long at most when the server is away, unless the options say
+// A program that reads a file waits for this long at most when the server is silent, unless the options say
 // something else.
-constexpr long connectMilliseconds = 10'000;
 constexpr long silenceSeconds = 30;
 constexpr int exchangesAtOnce = 64;
 
 void SetLimits(const Arguments& arguments) {
   du::http::TransportSettings settings = du::http::GetTransportSettings();
-  if (!arguments.Has("connect-timeout")) settings.connectTimeoutMilliseconds = connectMilliseconds;
+  if (!arguments.Has("connect-timeout")) settings.connectTimeoutMilliseconds = connectSeconds * 1000;
   if (!arguments.Has("stall-timeout")) {
     settings.stallTimeoutSeconds = silenceSeconds;
     settings.firstByteTimeoutSeconds = silenceSeconds;

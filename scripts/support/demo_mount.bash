@@ -42,7 +42,8 @@ show_mount() {
   run checkin "$mounted/Products/Trekking Bike/Folders/Frame/fork.lxz"
   run refresh "$mounted"
   in_shell 'head -3 "$PLM/Products/Trekking Bike/Folders/Frame/fork.lxz"'
-  grep -qi "name fork.lxz" "$mounted/Products/Trekking Bike/Folders/Frame/fork.lxz" || fail "the edit is not there"
+  # FORK by sed, or Fork where there is a vim; not fork, as it was.
+  grep -q "^name F[Oo][Rr][Kk][.]lxz$" "$mounted/Products/Trekking Bike/Folders/Frame/fork.lxz" || fail "the edit is not there"
   ! cmp -s "$mounted/Products/Trekking Bike/Folders/Frame/fork.lxz" "$work/mounted-data/content/10010" ||
     fail "the document is as it was"
   in_shell 'ls "$PLM/Products/Trekking Bike/Folders/Frame/.versions/fork.lxz"'

@@ -58,8 +58,9 @@ void UnstoredFiles::Strike(const std::string& name) const {
   SyncDirectory(directory_);
 }
 
-std::vector<UnstoredFile> UnstoredFiles::All() const {
-  std::vector<UnstoredFile> files;
+UnstoredFiles::Listing UnstoredFiles::List() const {
+  Listing listing;
+  std::vector<UnstoredFile>& files = listing.files;
   std::error_code error;
   for (auto entry = std::filesystem::directory_iterator(directory_, error);
        !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
@@ -69,7 +70,8 @@ std::vector<UnstoredFile> UnstoredFiles::All() const {
   }
   std::sort(files.begin(), files.end(),
             [](const UnstoredFile& one, const UnstoredFile& other) { return one.name < other.name; });
-  return files;
+  listing.isComplete = !error;
+  return listing;
 }
 
 }  // namespace vtdirect_cli

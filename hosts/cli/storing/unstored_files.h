@@ -32,8 +32,15 @@ class UnstoredFiles {
   [[nodiscard]] int Write(const UnstoredFile& file) const;
   /// Removes an entry, and not the content.
   void Strike(const std::string& name) const;
+  /// What is there.
+  struct Listing {
+    std::vector<UnstoredFile> files;
+    bool isComplete = true;  ///< false when the directory could not be read to its end
+  };
   /// All that is there, by their names. An entry that can't be read is given with a fault that says so.
-  [[nodiscard]] std::vector<UnstoredFile> All() const;
+  [[nodiscard]] Listing List() const;
+  /// The files of `List`, also when it is not complete.
+  [[nodiscard]] std::vector<UnstoredFile> All() const { return List().files; }
 
  private:
   std::string directory_;

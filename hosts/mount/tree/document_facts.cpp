@@ -19,7 +19,10 @@ namespace {
   if (!VtDirectManager::GetFile(uid.c_str(), file.c_str(), result, {}, {}) ||
       stat(file.c_str(), &status) != 0) {
     ContentCache::Drop(file);
-    return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
+    const int error = ErrorOf(outcome);
+    // Only a document that can't be downloaded is empty: a length of 0 also means that the server tells none.
+    if (error == ENOENT && VtDirectManager::ShouldCreate(uid.c_str())) return Found(std::uint64_t{0});
+    return {error, nullptr, WordsOf(outcome)};
   }
   if (const int error = cache.Keep(KeyOfUid(uid), file); error != 0) return {error};
   return Found(static_cast<std::uint64_t>(status.st_size));
@@ -28,8 +31,6 @@ namespace {
 [[nodiscard]] Answer<std::uint64_t> AskForSize(const std::string& uid, ContentCache& cache) {
   const VtDirectManager::Outcome outcome;
   if (const auto size = VtDirectManager::GetContentSize(uid.c_str())) return Found(*size);
-  if (!outcome.Empty()) return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
-  if (VtDirectManager::ShouldCreate(uid.c_str())) return Found(std::uint64_t{0});
   if (!outcome.Empty()) return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
   return MeasureByDownload(uid, cache);
 }

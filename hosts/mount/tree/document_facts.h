@@ -25,8 +25,9 @@ struct Iteration {
 /// @return neither a value nor an error otherwise
 [[nodiscard]] Answer<Iteration> KnownFacts(const std::string& uid, const FactsFile& file);
 
-/// Asks for the facts of an iteration, and keeps them in the file. Makes one request, and where the server's
-/// record tells no length a second; then the content is fetched into the cache and measured.
+/// Asks for the facts of an iteration, and keeps them in the file. Makes one request. Where the
+/// server's record tells no length, the content is fetched into the cache and measured; a document without one has
+/// the length 0.
 [[nodiscard]] Answer<Iteration> AskForFacts(const std::string& uid, FactsFile& file, ContentCache& cache);
 
 }  // namespace vtdirect_mount

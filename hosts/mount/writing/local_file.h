@@ -66,6 +66,10 @@ class LocalFile {
   [[nodiscard]] bool isOpen() const { return opened_ != 0; }
   /// Whether somebody has it open for writing, so that it may be half.
   [[nodiscard]] bool hasWriters() const { return writers_ != 0; }
+  [[nodiscard]] std::size_t writers() const { return writers_; }
+  /// Whether a newer file has its address, so that it must not be stored there.
+  [[nodiscard]] bool isReplaced() const { return isReplaced_; }
+  void NoteReplaced() { isReplaced_ = true; }
   /// Whether its content stays when this is destroyed.
   void Keep(bool keeps) { keeps_ = keeps; }
   /// Makes it this process's own until it is closed or the process ends, however that ends.
@@ -84,6 +88,7 @@ class LocalFile {
   std::atomic<bool> isDue_{false};
   std::atomic<bool> isScratch_{false};
   std::atomic<bool> isListedWhole_{false};
+  std::atomic<bool> isReplaced_{false};
   std::atomic<bool> keeps_{false};
 };
 

@@ -10,10 +10,11 @@ std::shared_ptr<LocalFile> Overlay::Find(const std::string& address) const {
   return place == files_.end() ? nullptr : place->second;
 }
 
-void Overlay::Lay(const std::string& address, std::shared_ptr<LocalFile> file) {
+std::shared_ptr<LocalFile> Overlay::Lay(const std::string& address, std::shared_ptr<LocalFile> file) {
   const std::lock_guard lock(mutex_);
-  files_[address].swap(file);  // what lay there is destroyed after the lock is gone
+  files_[address].swap(file);
   aside_.erase(address);
+  return file;
 }
 
 std::shared_ptr<LocalFile> Overlay::LayIfFree(const std::string& address,

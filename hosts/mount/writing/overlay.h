@@ -20,8 +20,9 @@ class Overlay {
   static constexpr std::chrono::seconds asideSeconds{60};
 
   [[nodiscard]] std::shared_ptr<LocalFile> Find(const std::string& address) const;
-  /// Lays a file over an address; what lay there goes. A document put aside is aside no more.
-  void Lay(const std::string& address, std::shared_ptr<LocalFile> file);
+  /// Lays a file over an address. A document put aside is aside no more.
+  /// @return the file that lay there, or nothing
+  std::shared_ptr<LocalFile> Lay(const std::string& address, std::shared_ptr<LocalFile> file);
   /// The same, unless a file lies there already.
   /// @return the file that lies there now
   [[nodiscard]] std::shared_ptr<LocalFile> LayIfFree(const std::string& address,

@@ -6,6 +6,7 @@
 #include <vtdirect/outcome.h>
 #include <vtdirect/vt_direct_manager.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <chrono>
@@ -22,6 +23,7 @@ namespace vtdirect_mount {
 namespace {
 
 constexpr std::chrono::seconds betweenTries{15};
+constexpr const char* unconfirmed = "it was not confirmed that it is stored";
 
 [[nodiscard]] std::string Now() {
   const std::time_t now = std::time(nullptr);
@@ -44,6 +46,13 @@ constexpr std::chrono::seconds betweenTries{15};
          (kill(process, 0) == 0 || errno == EPERM);
 }
 
+[[nodiscard]] std::vector<vtdirect_cli::UnstoredFile> NewestFirst(
+    std::vector<vtdirect_cli::UnstoredFile> files) {
+  std::stable_sort(files.begin(), files.end(),
+                   [](const auto& one, const auto& other) { return one.since > other.since; });
+  return files;
+}
+
 [[nodiscard]] bool CopyBytes(const LocalFile& from, const LocalFile& to) {
   char buffer[65536];
   off_t offset = 0;
@@ -58,11 +67,13 @@ constexpr std::chrono::seconds betweenTries{15};
 
 [[nodiscard]] int FetchInto(const std::string& uid, const std::string& path) {
   const VtDirectManager::Outcome outcome;
-  if (VtDirectManager::ShouldCreate(uid.c_str())) return 0;
   VtDirectManager::DownloadOptions options;
   options.compareSize = true;
   std::string result;
-  return VtDirectManager::GetFile(uid.c_str(), path.c_str(), result, options) ? 0 : ErrorOf(outcome);
+  if (VtDirectManager::GetFile(uid.c_str(), path.c_str(), result, options)) return 0;
+  // Only a document that can't be downloaded is empty: a length of 0 also means that the server tells none.
+  const int error = ErrorOf(outcome);
+  return error == ENOENT && VtDirectManager::ShouldCreate(uid.c_str()) ? 0 : error;
 }
 
 }  // namespace
@@ -87,29 +98,77 @@ std::string Writing::Prepare(const std::string& below) {
   const int error = vtdirect_cli::MakeDirectories(directory);
   if (error != 0) return "cannot make " + directory + ": " + std::strerror(error);
   std::set<std::string> entries;
-  for (const auto& unstored : unstored_.All()) {
+  std::set<std::string> taken;
+  auto listing = unstored_.List();
+  for (const auto& unstored : NewestFirst(std::move(listing.files))) {
     entries.insert(unstored.name);
-    if (!unstored.isWhole || !unstored.address.starts_with(below)) continue;
-    const std::string path = unstored_.ContentOf(unstored.name);
-    const int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
-    if (descriptor < 0) continue;
-    auto file = std::make_shared<LocalFile>(unstored.name, path, descriptor);
-    file->Keep(true);
-    if (!file->Claim()) continue;
-    file->NoteChange(true);
-    file->NoteListed(true);
-    overlay_.Lay(unstored.address, std::move(file));
-    const std::lock_guard lock(mutex_);
-    waiting_.insert(unstored.address);
+    if (unstored.isWhole && unstored.address.starts_with(below)) TakeUp(unstored, taken);
   }
-  std::error_code ignored;
-  for (const auto& entry : std::filesystem::directory_iterator(directory, ignored)) {
-    const std::string name = entry.path().stem().string();
-    const bool isContent = entry.path().extension() == ".content";
-    if (isContent && !entries.contains(name) && !IsOfALivingProcess(name)) unlink(entry.path().c_str());
-  }
+  // A content whose entry was not seen may be what a user has written.
+  if (listing.isComplete) ClearAway(entries);
   RetryNow();
   return "";
+}
+
+// Removes the contents that have no entry and nobody's claim: a mount on another machine may share the directory.
+void Writing::ClearAway(const std::set<std::string>& entries) {
+  std::error_code error;
+  for (auto entry = std::filesystem::directory_iterator(unstored_.directory(), error);
+       !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    const std::string name = entry->path().stem().string();
+    const bool isContent = entry->path().extension() == ".content";
+    if (!isContent || entries.contains(name) || IsOfALivingProcess(name)) continue;
+    const int descriptor = open(entry->path().c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+    if (descriptor < 0) continue;
+    LocalFile file(name, entry->path().string(), descriptor);
+    if (!file.Claim()) file.Keep(true);
+  }
+}
+
+// The newest of an address is stored, by this mount or by the one that has it. An older one must not be stored
+// after it, and is left on the disk for its user.
+// @param taken  the addresses of newer ones
+void Writing::TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<std::string>& taken) {
+  const std::string path = unstored_.ContentOf(unstored.name);
+  const int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+  if (descriptor < 0) return;
+  auto file = std::make_shared<LocalFile>(unstored.name, path, descriptor);
+  file->Keep(true);
+  const bool isNewest = taken.insert(unstored.address).second;
+  if (!file->Claim()) return;
+  if (!isNewest) {
+    static_cast<void>(unstored_.Write(
+        {unstored.name, unstored.address, unstored.since, false, "a newer file has its address"}));
+    return;
+  }
+  file->NoteChange(true);
+  file->NoteListed(true);
+  static_cast<void>(overlay_.Lay(unstored.address, std::move(file)));
+  const std::lock_guard lock(mutex_);
+  waiting_.insert(unstored.address);
+}
+
+// What lay there before waits on the disk until the new one is safe there.
+void Writing::LayOver(const std::string& address, const std::shared_ptr<LocalFile>& file) {
+  auto before = overlay_.Lay(address, file);
+  if (before == nullptr || before == file) return;
+  const std::lock_guard lock(mutex_);
+  auto older = replaced_.extract(before.get());
+  auto& replaced = replaced_[file.get()];
+  if (!older.empty()) replaced.insert(replaced.end(), older.mapped().begin(), older.mapped().end());
+  replaced.push_back(std::move(before));
+}
+
+void Writing::StrikeReplaced(const LocalFile& file) {
+  std::unique_lock lock(mutex_);
+  const auto replaced = replaced_.extract(&file);
+  lock.unlock();
+  if (replaced.empty()) return;
+  for (const auto& before : replaced.mapped()) {
+    before->NoteReplaced();
+    unstored_.Strike(before->name());
+    before->Keep(false);
+  }
 }
 
 bool Writing::IsScratch(const std::string& address) const {
@@ -151,12 +210,9 @@ Writable Writing::Create(const std::string& address) {
   const Writable made = NewFile("");
   if (made.file == nullptr) return made;
   made.file->SetScratch(IsScratch(address));
-  overlay_.Lay(address, made.file);
   // An empty new file is a document too, once it is closed.
-  if (const int error = NoteChange(address, *made.file, false); error != 0) {
-    overlay_.Take(address, made.file);
-    return {error};
-  }
+  if (const int error = NoteChange(address, *made.file, false); error != 0) return {error};
+  LayOver(address, made.file);
   return made;
 }
 
@@ -169,11 +225,21 @@ void Writing::Close(const std::string& address, const std::shared_ptr<LocalFile>
   const auto close = [this, address, file, writes] {
     if (file->NoteClosed(writes) == 0 && !file->isDirty() && !file->isScratch()) overlay_.Take(address, file);
   };
-  if (!writes || !file->isDirty() || file->isScratch() || IsWaiting(address)) return close();
+  if (!writes || !file->isDirty() || file->isScratch()) return close();
+  NoteWhole(address, *file);
+  if (IsWaiting(address)) return close();
   Post([this, address, file, close] {
     static_cast<void>(Store(address, file));
     close();
   });
+}
+
+// Its store may wait for others, and the process may be killed before.
+void Writing::NoteWhole(const std::string& address, LocalFile& file) {
+  const bool hasOtherWriters = file.writers() > 1;
+  if (hasOtherWriters || file.isListedWhole() || file.isReplaced() || file.failedWrite() != 0) return;
+  if (fsync(file.file().descriptor()) != 0) return file.NoteFailedWrite(errno);
+  static_cast<void>(NoteWaiting(address, file, true, unconfirmed));
 }
 
 // The document's UID, when it may be stored into.
@@ -184,9 +250,15 @@ int Writing::RequireCheckout(const std::string& address, std::string& uid) {
   if (IsCheckedOut(uid)) return 0;
   if (!settings_.autoCheckout) return EACCES;
   const std::string fault = runner_.Run({"checkout", "--quiet", "--", address});
-  if (fault.empty()) return 0;
-  mounted_.log("cannot check out " + address + ": " + fault);
-  return EACCES;
+  if (!fault.empty()) {
+    mounted_.log("cannot check out " + address + ": " + fault);
+    return EACCES;
+  }
+  // What was known before may be an older iteration than the one that is checked out.
+  mounted_.outdate(address);
+  uid = mounted_.uidOf(address, error);
+  if (uid.empty()) return error;
+  return IsCheckedOut(uid) ? 0 : EACCES;
 }
 
 Writable Writing::Edit(const std::string& address, bool keepsContent) {
@@ -208,7 +280,7 @@ int Writing::NoteWaiting(const std::string& address, LocalFile& file, bool isWho
 
 int Writing::NoteChange(const std::string& address, LocalFile& file, bool isDue) {
   // One that waits is half while it is written to again.
-  if ((!file.isDirty() || file.isListedWhole()) && !file.isScratch()) {
+  if (!file.isReplaced() && (!file.isDirty() || file.isListedWhole()) && !file.isScratch()) {
     if (const int error = NoteWaiting(address, file, false, "it was not closed"); error != 0) return error;
     file.Keep(true);
   }
@@ -237,7 +309,7 @@ std::string Writing::WhyNotNow(const std::string& address) {
 }
 
 int Writing::Store(const std::string& address, const std::shared_ptr<LocalFile>& file) {
-  if (!file->isDirty() || file->isScratch()) return 0;
+  if (!file->isDirty() || file->isScratch() || file->isReplaced()) return 0;
   const std::uint64_t changes = file->changes();
   file->Keep(true);
   if (file->failedWrite() == 0 && fsync(file->file().descriptor()) != 0) file->NoteFailedWrite(errno);
@@ -246,7 +318,7 @@ int Writing::Store(const std::string& address, const std::shared_ptr<LocalFile>&
     NoteWaiting(address, *file, false, std::string("a write failed: ") + std::strerror(error));
     return error;
   }
-  NoteWaiting(address, *file, true, "it was not confirmed that it is stored");
+  if (NoteWaiting(address, *file, true, unconfirmed) == 0) StrikeReplaced(*file);
   std::string fault = WhyNotNow(address);
   if (fault.empty()) fault = runner_.Run({"put", "--quiet", "--", file->path(), address});
   if (!fault.empty()) {
@@ -259,10 +331,12 @@ int Writing::Store(const std::string& address, const std::shared_ptr<LocalFile>&
   file->NoteStored(changes);
   mounted_.outdate(address);
   if (file->isDirty()) return 0;
+  StrikeReplaced(*file);
   unstored_.Strike(file->name());
   vtdirect_cli::FetchRecords().Forget(file->path());
   file->Keep(false);
-  overlay_.Take(address, file);
+  // A program that still has it open may go on to write; then it goes when that closes it.
+  if (!file->isOpen()) overlay_.Take(address, file);
   const std::lock_guard lock(mutex_);
   waiting_.erase(address);
   return 0;
@@ -279,7 +353,7 @@ int Writing::SetAside(const std::string& document, const std::string& backup) {
   if (copy.file->isDirty()) return EBUSY;
   overlay_.Take(document, copy.file);
   made.file->SetScratch(true);
-  overlay_.Lay(backup, made.file);
+  static_cast<void>(overlay_.Lay(backup, made.file));
   overlay_.PutAside(document, Overlay::Clock::now());
   return 0;
 }
@@ -294,9 +368,10 @@ int Writing::MoveOnto(const std::string& from, const std::string& to,
     if (error == ENOENT && !VtDirectManager::IsPathWritable(to.c_str())) return EPERM;
   }
   file->SetScratch(IsScratch(to));
-  overlay_.Lay(to, file);
+  LayOver(to, file);
   overlay_.Take(from, file);
   if (file->isScratch()) {
+    StrikeReplaced(*file);
     unstored_.Strike(file->name());
     file->Keep(false);
     return 0;
@@ -322,6 +397,7 @@ int Writing::Remove(const std::string& address) {
     const std::lock_guard lock(mutex_);
     waiting_.erase(address);
   }
+  StrikeReplaced(*file);
   file->Keep(false);
   overlay_.Take(address, file);
   return 0;
@@ -341,6 +417,9 @@ void Writing::RetryOnce() {
       waiting_.erase(address);
     }
   }
+  const std::lock_guard lock(mutex_);
+  isRetrying_ = false;
+  changed_.notify_all();
 }
 
 void Writing::RetryNow() {
@@ -354,9 +433,13 @@ void Writing::RetryNow() {
 void Writing::Retry() {
   std::unique_lock lock(mutex_);
   while (!isEnding_) {
-    changed_.wait_for(lock, betweenTries, [this] { return isEnding_ || isWoken_; });
+    changed_.wait_for(lock, betweenTries, [this] { return isEnding_ || (isWoken_ && !isRetrying_); });
+    // A try can take longer than the time between two; the next one begins after it.
+    if (isRetrying_) continue;
     isWoken_ = false;
-    if (!isEnding_ && !waiting_.empty()) stores_.Post([this] { RetryOnce(); });
+    if (isEnding_ || waiting_.empty()) continue;
+    isRetrying_ = true;
+    stores_.Post([this] { RetryOnce(); });
   }
 }
 

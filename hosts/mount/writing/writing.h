@@ -3,11 +3,13 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <set>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "hosts/cli/storing/unstored_files.h"
 #include "hosts/mount/requests/task_pool.h"
@@ -77,7 +79,7 @@ class Writing {
   /// A file was opened.
   static void NoteOpened(const std::shared_ptr<LocalFile>& file, bool writes) { file->NoteOpened(writes); }
   /// A file was closed for good, which nobody can be told the end of. What is new in it and was not stored yet
-  /// is stored; one that holds nothing new goes with the last.
+  /// is stored, by the next mount if this one is killed first; one that holds nothing new goes with the last.
   void Close(const std::string& address, const std::shared_ptr<LocalFile>& file, bool writes);
   /// Tries again to store what waits, and not only after a while.
   void RetryNow();
@@ -102,6 +104,11 @@ class Writing {
   [[nodiscard]] int SetAside(const std::string& document, const std::string& backup);
   [[nodiscard]] int MoveOnto(const std::string& from, const std::string& to,
                              const std::shared_ptr<LocalFile>& file);
+  void LayOver(const std::string& address, const std::shared_ptr<LocalFile>& file);
+  void StrikeReplaced(const LocalFile& file);
+  void ClearAway(const std::set<std::string>& entries);
+  void TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<std::string>& taken);
+  void NoteWhole(const std::string& address, LocalFile& file);
   int NoteWaiting(const std::string& address, LocalFile& file, bool isWhole, const std::string& fault);
   void Retry();
   void RetryOnce();
@@ -115,9 +122,11 @@ class Writing {
   std::mutex mutex_;  // guards what follows
   std::condition_variable changed_;
   std::set<std::string> waiting_;  // addresses of what could not be stored
+  std::map<const LocalFile*, std::vector<std::shared_ptr<LocalFile>>> replaced_;  // by what lies over them
   std::uint64_t next_ = 0;
   bool isEnding_ = false;
   bool isWoken_ = false;
+  bool isRetrying_ = false;
   TaskPool stores_{1};
   std::thread retries_;
 };

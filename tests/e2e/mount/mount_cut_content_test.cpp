@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
 
 #include "tests/e2e/cli/meddler.h"
 #include "tests/e2e/mount/mount_fixture.h"
@@ -48,6 +49,50 @@ TEST_F(CutContent, IsNotWrittenOn) {
   environment_.erase("http_proxy");
   ASSERT_EQ(Run({"get", "-q", path, "-o", "stored"}).status, 0);
   EXPECT_EQ(ReadFile(Here("stored")), content) << "the working copy is as it was";
+}
+
+/// A mount whose server tells of no content how long it is.
+class UntoldSize : public MountTest {
+ protected:
+  void SetUp() override {
+    MountTest::SetUp();
+    if (IsSkipped()) return;
+    Serve();
+    content_ = server().Get(kForkContent);
+    ASSERT_EQ(Run({"checkout", "-q", path_}).status, 0);
+    environment_["http_proxy"] = hider_.Url();
+  }
+
+  // Another name of the same length leaves the answer's own length as it is.
+  static void HideSizes(Peer& peer, const WireRequest& /*request*/, const Meddler::Forward& forward) {
+    std::string answer = forward();
+    const std::string name = "\"fileSize\"";
+    for (std::size_t at = answer.find(name); at != std::string::npos; at = answer.find(name, at)) {
+      answer.replace(at, name.size(), "\"fileSeal\"");
+    }
+    peer.Send(answer);
+  }
+
+  std::string content_;
+  const std::string path_ = "//sim/" + std::string(kFork);
+
+ private:
+  Meddler hider_{HideSizes};
+};
+
+TEST_F(UntoldSize, IsMeasured) {
+  Mount();
+  EXPECT_EQ(std::filesystem::file_size(Tree(kFork)), content_.size());
+  EXPECT_EQ(Text(Tree(kFork)), content_);
+}
+
+TEST_F(UntoldSize, IsNotTakenForEmptyWhenTheDocumentIsWrittenOn) {
+  Mount({"--write"});
+  EXPECT_EQ(Shell("printf more >>\"$TREE/" + std::string(kFork) + "\"").err, "");
+  ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
+  environment_.erase("http_proxy");
+  ASSERT_EQ(Run({"get", "-q", path_, "-o", "stored"}).status, 0);
+  EXPECT_EQ(ReadFile(Here("stored")), content_ + "more");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -100,6 +101,46 @@ TEST_F(MountLosses, AMountKilledInTheMiddleOfAStoreIsRecovered) {
   ClearAwayTemporaryFiles();
 }
 
+TEST_F(MountLosses, AStoreWaitsForAConnectionNoLongerThanItsMount) {
+  const auto writer = StoreThatTheServerIsSilentAbout();
+  std::string command;
+  for (const std::string& process : Names("/proc")) {
+    std::error_code ignored;
+    if (!std::filesystem::exists("/proc/" + process + "/cmdline", ignored)) continue;
+    const std::string words = ReadFile("/proc/" + process + "/cmdline");
+    if (words.find(Unstored() + "/") != std::string::npos) command = words;
+  }
+  const std::string limit(
+      "--connect-timeout\0"
+      "10\0",
+      21);
+  EXPECT_THAT(command, HasSubstr(limit));
+  StopServer();
+  static_cast<void>(writer->Wait());
+}
+
+// An empty file is stored after its close, and here after the store that takes so long.
+TEST_F(MountLosses, WhatWasClosedWhileAnotherIsStoredIsRecovered) {
+  const auto writer = StoreThatTheServerIsSilentAbout();
+  const std::string name = std::string(kFrame) + "new.lxz";
+  const int descriptor = open(Tree(name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(close(descriptor), 0);
+  EXPECT_TRUE(WaitUntil([this] {
+    const std::string listed = Run({"recover"}).out;
+    return listed.find("new.lxz") != std::string::npos && listed.find("was not closed") == std::string::npos;
+  }));
+  SignalMount(SIGKILL);
+  EXPECT_EQ(WaitForMount().status, -SIGKILL);
+  static_cast<void>(writer->Wait());
+  StopServer();
+  Serve(port_);
+  Mount({"--write"});
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(Run({"info", "//sim/" + name}).status, 0);
+  ClearAwayTemporaryFiles();
+}
+
 // After a restart of the machine other programs have the numbers of those that ran before.
 TEST_F(MountLosses, WhatWaitsIsStoredThoughAnotherProcessHasTheNumberOfItsMount) {
   Serve();
@@ -125,6 +166,66 @@ TEST_F(MountLosses, WhatWaitsInOneMountIsLeftAloneByAnother) {
   EXPECT_EQ(Run({"unmount", Home("second")}).status, 0);
   EXPECT_EQ(Names(Unstored()).size(), 2U);
   EXPECT_EQ(Text(Fork()), ReadFile("/etc/hostname"));
+}
+
+TEST_F(MountLosses, WhatIsRenamedOverWhatWaitsTakesItsPlaceForGood) {
+  Serve();
+  CheckOut();
+  port_ = AtItsPort();
+  Serve(AtItsPort({"--fault", "POST *=503"}));
+  Mount({"--write"});
+  EXPECT_NE(Shell("cp /etc/hostname '" + Fork() + "'").status, 0);
+  EXPECT_NE(Shell("printf new >'" + Fork() + "~' && mv '" + Fork() + "~' '" + Fork() + "'").status, 0);
+  EXPECT_EQ(Names(Unstored()).size(), 2U) << "one content and its entry";
+  SignalMount(SIGKILL);
+  EXPECT_EQ(WaitForMount().status, -SIGKILL);
+  Serve(port_);
+  Mount({"--write"});
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer(Path()), "new");
+  ClearAwayTemporaryFiles();
+}
+
+TEST_F(MountLosses, TheNewestOfWhatWaitsForOneAddressIsStoredAndTheOthersAreLeft) {
+  Serve();
+  CheckOut();
+  std::filesystem::create_directories(Unstored());
+  const auto leave = [this](const std::string& name, const std::string& since, const std::string& bytes) {
+    WriteFile(Unstored() + "/" + name + ".content", bytes);
+    WriteFile(Unstored() + "/" + name + ".entry",
+              "vtdirect-unstored 1\n" + Path() + "\n" + since + "\nwhole\nrefused\n");
+  };
+  leave("10-0-1", "2026-09-21T12:00:00Z", "newest");
+  leave("9-0-1", "2026-09-21T11:00:00Z", "older");
+  for (int mounts = 0; mounts < 2; ++mounts) {
+    Mount({"--write"});
+    EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).size() == 2; }));
+    EXPECT_EQ(OnServer(Path()), "newest");
+    EXPECT_EQ(ReadFile(Unstored() + "/9-0-1.content"), "older");
+    EXPECT_THAT(Run({"recover"}).out, HasSubstr("a newer file has its address"));
+    ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
+    EXPECT_EQ(WaitForMount().status, 0);
+  }
+}
+
+// The mount that has it may run on another machine, and its number says nothing here.
+TEST_F(MountLosses, AContentWithoutAnEntryIsClearedAwayUnlessAnotherHasIt) {
+  Serve();
+  std::filesystem::create_directories(Unstored());
+  // No process has such a number.
+  const std::string content = Unstored() + "/2000000000-0-1.content";
+  WriteFile(content, "a scratch file");
+  const int descriptor = open(content.c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(flock(descriptor, LOCK_EX | LOCK_NB), 0);
+  for (const std::size_t left : {1U, 0U}) {
+    Mount({"--write"});
+    EXPECT_EQ(Names(Unstored()).size(), left);
+    ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
+    EXPECT_EQ(WaitForMount().status, 0);
+    if (left == 1) {
+      EXPECT_EQ(close(descriptor), 0);
+    }
+  }
 }
 
 // A file that waited is not what was stored before while a program writes it anew.

@@ -56,6 +56,32 @@ TEST_F(MountWriting, ChecksOutByItselfWhenToldTo) {
   EXPECT_THAT(Run({"checkouts"}).out, HasSubstr("fork.lxz"));
 }
 
+// What the mount has seen of the document before may be older than what it checks out.
+TEST_F(MountWriting, BeginsWithTheIterationThatItChecksOut) {
+  Serve();
+  Mount({"--write", "--auto-checkout", "--refresh", "3600"});
+  EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
+  WriteFile(Here("edited"), "FENLET of a colleague\n");
+  CheckOut();
+  ASSERT_EQ(Run({"put", "-q", "edited", Path()}).status, 0);
+  ASSERT_EQ(Run({"checkin", "-q", Path()}).status, 0);
+  EXPECT_EQ(Shell("printf 'more\\n' >>\"$TREE/" + std::string(kFork) + "\"").err, "");
+  EXPECT_EQ(OnServer(Path()), "FENLET of a colleague\nmore\n");
+}
+
+TEST_F(MountWriting, ShowsWhatIsWrittenAfterADuplicateWasClosed) {
+  MountAndCheckOut();
+  const int descriptor = open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(write(descriptor, "one\n", 4), 4);
+  EXPECT_EQ(close(dup(descriptor)), 0);
+  EXPECT_EQ(OnServer(Path()), "one\n");
+  EXPECT_EQ(write(descriptor, "two\n", 4), 4);
+  EXPECT_EQ(Text(Fork()), "one\ntwo\n");
+  EXPECT_EQ(close(descriptor), 0);
+  EXPECT_EQ(OnServer(Path()), "one\ntwo\n");
+}
+
 TEST_F(MountWriting, MakesANewFileADocument) {
   Serve();
   Mount({"--write"});
