@@ -4,6 +4,7 @@
 
 #include "tests/e2e/cli/accident_fixture.h"
 
+using testing::AnyOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -44,7 +45,7 @@ class BrokenAnswers : public AccidentTest, public testing::WithParamInterface<No
       peer.Answer(GetParam().status, GetParam().body);
     });
     environment_["http_proxy"] = meddler.Url();
-    ProcessResult result = Run(words);
+    ProcessResult result = isElsewhere_ ? RunElsewhere(words) : Run(words);
     environment_.erase("http_proxy");
     return result;
   }
@@ -81,6 +82,12 @@ class BrokenAnswers : public AccidentTest, public testing::WithParamInterface<No
   [[nodiscard]] bool IsKept() const { return Book().find("\t" + uid_ + "\t") != std::string::npos; }
 
   std::string uid_;
+  bool isElsewhere_ = false;  // runs where nothing is kept
+};
+
+class RecoverOfAHeldDocument : public CheckoutTest {
+ protected:
+  void SetUp() override { Serve(); }
 };
 
 INSTANTIATE_TEST_SUITE_P(Of, BrokenAnswers, testing::ValuesIn(kNoAnswers),
@@ -99,6 +106,71 @@ TEST_P(BrokenAnswers, LetPutCheckInOrSayThatItDidNot) {
     EXPECT_TRUE(result_.status != 0 || !isHeld);
     EXPECT_TRUE(!isHeld || IsKept()) << Book();
   });
+}
+
+/// Questions that the server refuses.
+class RefusedAnswers : public BrokenAnswers {};
+
+INSTANTIATE_TEST_SUITE_P(Of, RefusedAnswers, testing::Values(kNoAnswers[1]),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST_P(RefusedAnswers, LetGetFetchTheWorkingCopyOrNothing) {
+  for (const bool isElsewhere : {false, true}) {
+    isElsewhere_ = isElsewhere;
+    MissEveryAnswer({"get", kForkPath, "-o", "-"}, [this] {
+      EXPECT_THAT(result_.out, AnyOf("", kStored));
+      EXPECT_EQ(result_.status == 0, result_.out == kStored);
+    });
+  }
+}
+
+// Only there does the server's list tell it.
+TEST_P(BrokenAnswers, LetCheckoutsListTheWorkingCopyOrFail) {
+  isElsewhere_ = true;
+  MissEveryAnswer({"checkouts", "--on", "sim"}, [this] {
+    EXPECT_TRUE(result_.status != 0 || result_.out.find(uid_) != std::string::npos);
+  });
+}
+
+// The server refuses it, and then tells nothing of the document.
+TEST_P(BrokenAnswers, LetUndoSayThatItIsDoneOnlyOnceTheDocumentTellsIt) {
+  bool isSent = false;
+  const ProcessResult result = RunWithout({"undo", kForkPath}, [&isSent](const WireRequest& request) {
+    if (request.method == "POST") isSent = true;
+    return isSent && request.target.find("csrf") == std::string::npos;
+  });
+  ASSERT_TRUE(isSent) << result.err;
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+  EXPECT_NE(result.status, 0) << result.out << result.err;
+  EXPECT_TRUE(IsKept());
+}
+
+// A check-in whose answer was lost and that was not done.
+TEST_P(BrokenAnswers, LetRecoverThrowNothingAway) {
+  WriteHome(".local/state/vtdirect/journal",
+            "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(kForkPath) + "\t" +
+                uid_ + "\t\t\n",
+            0600);
+  KeepBeginning();
+  MissEveryAnswer({"recover"}, [this] {
+    EXPECT_EQ(HolderOf("D1001"), "anna");
+    EXPECT_TRUE(IsKept()) << Book();
+  });
+}
+
+// The copy's own id is not found, and the document still says that the user has it checked out.
+TEST_F(RecoverOfAHeldDocument, ThrowsNothingAwayForOneAnswerThatTheCopyIsGone) {
+  const std::string uid = CheckOut(kForkPath);
+  WriteHome(".local/state/vtdirect/journal",
+            "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(kForkPath) + "\t" + uid +
+                "\t\t\n",
+            0600);
+  const std::string copy = uid.substr(uid.find("|D") + 1, uid.find("|T") - uid.find("|D") - 1);
+  Restart({"--fault", "GET *documents/" + copy + "*=404"});
+  const ProcessResult result = Run({"recover"});
+  EXPECT_EQ(result.status, 11) << result.out << result.err;
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+  EXPECT_THAT(Book(), HasSubstr("\t" + uid + "\t"));
 }
 
 }  // namespace vtdirect_test
