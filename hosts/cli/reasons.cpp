@@ -57,6 +57,11 @@ bool AnswerIsMissing(const VtDirectManager::Outcome& outcome) {
          cause->kind != VtDirectManager::FailureKind::Ambiguous;
 }
 
+bool AnswerIsBroken(const VtDirectManager::Outcome& outcome) {
+  const auto cause = outcome.Cause();
+  return cause && !cause->aside && cause->kind == VtDirectManager::FailureKind::AnswerBroken;
+}
+
 Failure WithReason(Failure failure) {
   if (!failure.reason) failure.reason = LastReason();
   return failure;

@@ -6,6 +6,7 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/journaled_step.h"
+#include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/reasons.h"
@@ -38,17 +39,6 @@ struct Ended {
   return (ending.end == CheckoutEnd::Checkin ? "checked in " : "undid the checkout of ") + ending.address;
 }
 
-[[nodiscard]] bool IsCheckedOutByUser(const std::string& uid) {
-  switch (VtDirectManager::GetCheckoutStatus(uid.c_str(), nullptr)) {
-    case VtDirectManager::CheckoutByUserUnrecorded:
-    case VtDirectManager::CheckoutInTempWorkspace:
-    case VtDirectManager::CheckoutInWorkspace:
-      return true;
-    default:
-      return false;
-  }
-}
-
 // An answer that tells no document leaves the library with the id that went in, or with none at all. An undo
 // of what was checked in before leaves it with the iteration that was checked out, and there is a newer one.
 [[nodiscard]] Ended UidAfter(const Ending& ending, const std::string& told) {
@@ -59,6 +49,22 @@ struct Ended {
   if (HasObjectId(newest)) return {newest, false, {}};
   const bool isUnknown = ending.document.empty() && ending.hadEnded;
   return {isUnknown ? told : ending.document, false, {}};
+}
+
+// Of a temporary workspace the library reports an undo that the server has refused as done, so that is not taken
+// for done before the document tells it. Of another workspace a refusal is told.
+[[nodiscard]] bool MayStillStand(const Ending& ending, const std::string& uid) {
+  if (ending.end != CheckoutEnd::Undo || ending.hadEnded) return false;
+  switch (ReadCheckoutState(uid.empty() ? ending.workingCopy : uid).status) {
+    case VtDirectManager::CheckoutByUserUnrecorded:
+    case VtDirectManager::CheckoutInTempWorkspace:
+    case VtDirectManager::CheckoutInWorkspace:
+      return true;
+    case VtDirectManager::CheckoutStatusFailed:
+      return IsTemporaryCopy(ending.workingCopy);
+    default:
+      return false;
+  }
 }
 
 [[nodiscard]] Result<Ended> Perform(Host& host, const Ending& ending) {
@@ -72,8 +78,7 @@ struct Ended {
     return EndFailure(host, ending.end, ending.address, ending.workingCopy);
   }
   Ended ended = UidAfter(ending, told);
-  // Of a temporary workspace the library reports an undo that the server has refused as done.
-  if (ending.end == CheckoutEnd::Undo && !ending.hadEnded && IsCheckedOutByUser(ended.uid)) {
+  if (MayStillStand(ending, ended.uid)) {
     return EndFailure(host, ending.end, ending.address, ending.workingCopy);
   }
   if (!ending.hadEnded) WarnOfLeftWorkspace(host);

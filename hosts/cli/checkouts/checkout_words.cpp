@@ -1,5 +1,7 @@
 #include "hosts/cli/checkouts/checkout_words.h"
 
+#include "hosts/cli/reasons.h"
+
 namespace vtdirect_cli {
 
 const char* CheckoutWord(std::int32_t status) {
@@ -28,8 +30,11 @@ bool IsWorkingCopy(VtDirectManager::VtCheckoutStatus status) {
 }
 
 CheckoutState ReadCheckoutState(const std::string& address) {
+  const VtDirectManager::Outcome outcome;
   CheckoutState state;
   state.status = VtDirectManager::GetCheckoutStatus(address.c_str(), &state.user);
+  // An answer that can't be read shows no checkout, and the library takes that for none.
+  if (AnswerIsBroken(outcome)) return {};
   return state;
 }
 

@@ -14,6 +14,7 @@ struct CheckoutState {
 };
 
 /// Asks the server. Makes requests.
+/// @return CheckoutStatusFailed also for an answer that could not be read
 [[nodiscard]] CheckoutState ReadCheckoutState(const std::string& address);
 
 /// The word for a VtCheckoutStatus: none, by-you, by-other, temporary-workspace, workspace, not-possible,

@@ -61,8 +61,10 @@ using Copies = std::vector<VtDirectManager::TemporaryCheckout>;
 
 Result<FoundCopy> SearchForCopy(Host& host, const std::string& address, const std::string& uid) {
   ForgetReasons();
+  const VtDirectManager::Outcome outcome;
   const auto copies = VtDirectManager::FindTemporaryCheckouts(uid.c_str());
-  if (!copies) return NotFoundOut(host, address, uid);
+  // A list that can't be read is not an empty one.
+  if (!copies || AnswerIsBroken(outcome)) return NotFoundOut(host, address, uid);
   if (copies->empty()) return FoundCopy{};
   if (copies->size() > 1) return Several(address, *copies);
   const auto& copy = copies->front();
@@ -73,7 +75,7 @@ Result<FoundCopy> SearchForCopy(Host& host, const std::string& address, const st
 Result<FoundCopy> CopyToGoOnWith(Host& host, const std::string& address,
                                  VtDirectManager::VtCheckoutStatus status, const std::string& uid) {
   if (IsTemporaryCopy(uid)) return FoundCopy{uid, {}};
-  if (status == VtDirectManager::CheckoutStatusFailed && PresenceOf(uid) == Presence::There) {
+  if (status == VtDirectManager::CheckoutStatusFailed && PresenceOf(uid) != Presence::Gone) {
     return Failed("where the checkout of " + address + " stands could not be found out", kAgain);
   }
   if (!IsHeldByUser(status)) return FoundCopy{uid, {}};

@@ -26,9 +26,11 @@ constexpr std::size_t kMostWarnings = 3;
 }
 
 [[nodiscard]] Finding FindCheckout(const JournalEntry& entry) {
+  const VtDirectManager::Outcome outcome;
   const auto copies = VtDirectManager::FindTemporaryCheckouts(entry.uid.c_str());
   const CheckoutState state = ReadCheckoutState(entry.uid);
-  if (!copies || state.status == VtDirectManager::CheckoutStatusFailed) return NotKnown(entry.address);
+  if (!copies || AnswerIsBroken(outcome) || state.status == VtDirectManager::CheckoutStatusFailed)
+    return NotKnown(entry.address);
   for (const auto& copy : *copies) {
     if (copy.uid.empty() || DocumentOf(copy.uid) != DocumentOf(entry.uid)) continue;
     return {true, false, copy.uid, entry.address + " was checked out; its working copy is " + copy.uid};
@@ -43,8 +45,17 @@ constexpr std::size_t kMostWarnings = 3;
   return Known(entry.address + " was not checked out; nothing was changed");
 }
 
+// What is told to have ended is cleared away. While the user holds the document, a working copy that one answer
+// does not show may be there still, with all that is in it.
+[[nodiscard]] Presence PresenceUnlessHeld(const std::string& workingCopy) {
+  if (!IsTemporaryCopy(workingCopy)) return PresenceOf(workingCopy);
+  const VtDirectManager::VtCheckoutStatus status = StandingOfTemporaryCopy(workingCopy).status;
+  if (status == VtDirectManager::CheckoutInTempWorkspace) return Presence::There;
+  return HasEnded(status) ? Presence::Gone : Presence::NotKnown;
+}
+
 [[nodiscard]] Finding FindEnd(const JournalEntry& entry) {
-  switch (PresenceOfWorkingCopy(entry.uid)) {
+  switch (PresenceUnlessHeld(entry.uid)) {
     case Presence::There:
       return Known("you still have " + entry.address + " checked out, and its working copy is " + entry.uid +
                    "; " + CommandToType(entry.step, entry.address) + " can be given again");
@@ -107,7 +118,9 @@ constexpr std::size_t kMostWarnings = 3;
 [[nodiscard]] Finding FindCreation(Host& host, const JournalEntry& entry) {
   const VtDirectManager::Outcome outcome;
   const std::string uid = VtDirectManager::GetUID(entry.uid.c_str());
-  if (IsElsewhere(entry.uid, uid)) return FindBesideNamesake(entry);
+  if (const auto refusal = RefusalOfAnotherPlace(entry.uid, uid)) {
+    return refusal->code == ExitCode::NotFound ? FindBesideNamesake(entry) : NotKnown(entry.address);
+  }
   if (!uid.empty()) return CompareContent(host, entry, uid);
   return AnswerIsMissing(outcome) ? NotKnown(entry.address) : NotCreated(entry);
 }

@@ -69,8 +69,10 @@ void ShowCopy(Host& host, const VtDirectManager::TemporaryCheckout& copy) {
   const std::string root = "//" + nickname + "/";
   if (const auto failure = RequireListedServer(root, AddressKind::Path)) return host.output().Fail(*failure);
   ForgetReasons();
+  const VtDirectManager::Outcome outcome;
   const auto copies = VtDirectManager::FindTemporaryCheckouts(root.c_str());
-  if (!copies) {
+  // A list that can't be read is not an empty one.
+  if (!copies || AnswerIsBroken(outcome)) {
     const std::string why = WordsOfLastReason();
     if (const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(root.c_str()))) {
       return host.output().Fail(*failure);

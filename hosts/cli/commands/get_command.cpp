@@ -12,6 +12,7 @@
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/many/get_many.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -69,7 +70,14 @@ struct Content {
 // What a user means by a document that they have checked out is its working copy, unless they say otherwise.
 [[nodiscard]] Result<Content> SettleContent(Host& host, const Arguments& arguments,
                                             const std::string& address) {
+  const VtDirectManager::Outcome outcome;
   const std::string uid = VtDirectManager::GetUID(address.c_str());
+  // To fetch by the address all the same would give the base of what is checked out.
+  if (uid.empty() && AnswerIsMissing(outcome)) {
+    if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(address.c_str()))) return *failure;
+    return NotFetched("which document " + address + " leads to could not be found out",
+                      "the same command can be given again");
+  }
   if (uid.empty()) return Content{};
   const auto kept = CheckoutBook().Find(uid);
   if (arguments.Has("base")) {

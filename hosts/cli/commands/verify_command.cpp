@@ -142,8 +142,10 @@ struct Verification {
 // Of any working copy that is not in a temporary workspace the library only reads.
 [[nodiscard]] Standing Confirm(const std::string& workingCopy) {
   if (IsTemporaryCopy(workingCopy)) return AskOfTemporaryCopy(workingCopy);
+  const VtDirectManager::Outcome outcome;
   Standing standing;
   standing.status = VtDirectManager::VerifyCheckout(workingCopy.c_str(), standing.uid);
+  if (AnswerIsBroken(outcome)) return {};
   return standing;
 }
 
