@@ -76,6 +76,7 @@ Result<FoundCopy> CopyToGoOnWith(Host& host, const std::string& address,
                                  VtDirectManager::VtCheckoutStatus status, const std::string& uid) {
   if (IsTemporaryCopy(uid)) return FoundCopy{uid, {}};
   if (status == VtDirectManager::CheckoutStatusFailed && PresenceOf(uid) != Presence::Gone) {
+    if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()))) return *failure;
     return Failed("where the checkout of " + address + " stands could not be found out", kAgain);
   }
   if (!IsHeldByUser(status)) return FoundCopy{uid, {}};
