@@ -23,8 +23,8 @@ struct ObservedTurn {
 
 /// A certificate that a server has shown, in the words of the TLS library.
 struct ObservedCertificate {
-  std::string subject;
-  std::string issuer;
+  std::string subject;    ///< whom it is for: "CN = plm.example"
+  std::string issuer;     ///< who has signed it
   std::string notBefore;  ///< "Oct  1 00:00:00 2026 GMT"
   std::string notAfter;   ///< the same form
 };
@@ -42,19 +42,19 @@ struct ObservedTimes {
 /// One exchange with one origin. A redirect and another try with other credentials are exchanges of their own; a
 /// login that the server asks for, and that the transport has an answer to, is one more turn.
 struct ObservedExchange {
-  Method method = Method::Get;
-  std::string url;  ///< whole, with its query
-  ErrorCode result = ErrorCode::Done;
-  int status = 0;  ///< of the last answer; 0 without one
-  std::chrono::system_clock::time_point started;
-  ObservedTimes times;
+  Method method = Method::Get;                    ///< of the request
+  std::string url;                                ///< whole, with its query
+  ErrorCode result = ErrorCode::Done;             ///< how it ended
+  int status = 0;                                 ///< of the last answer; 0 without one
+  std::chrono::system_clock::time_point started;  ///< when it began
+  ObservedTimes times;                            ///< of its parts
   std::string peer;            ///< address that was connected to, the proxy's if there is one: "127.0.0.1"
   bool newConnection = false;  ///< whether a connection was made for it
-  std::vector<ObservedTurn> turns;
-  std::string requestBody;                        ///< its start, as it was sent last
-  std::uint64_t requestBodyBytes = 0;             ///< how long it was
-  std::string answerBody;                         ///< the start of what the caller got, decoded
-  std::uint64_t answerBodyBytes = 0;              ///< how long that was
+  std::vector<ObservedTurn> turns;     ///< in their order; at least one unless nothing could be sent
+  std::string requestBody;             ///< its start, as it was sent last
+  std::uint64_t requestBodyBytes = 0;  ///< how long it was
+  std::string answerBody;              ///< the start of what the caller got, decoded
+  std::uint64_t answerBodyBytes = 0;   ///< how long that was
   std::vector<ObservedCertificate> certificates;  ///< of a new connection over TLS, the server's own first
 };
 

@@ -36,6 +36,8 @@ bool WriteCompact(const rapidjson::Value& value, std::FILE* file) {
 }  // namespace
 
 rapidjson::Value MakeText(std::string_view text, JsonAllocator& allocator) {
+  // A view of nothing has no address, and rapidjson wants one.
+  if (text.empty()) return {"", 0, allocator};
   return {text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator};
 }
 
