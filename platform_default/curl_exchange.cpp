@@ -103,6 +103,7 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   notes_.NewAnswer();
   result_ = CURLE_OK;
   headerBytes_ = 0;
+  cookieBytes_ = 0;
   begun_ = false;
   failure_ = ErrorCode::Done;
   thrown_ = nullptr;
@@ -174,6 +175,7 @@ bool CurlExchange::ReadHeaderLine(std::string_view line) {
     return true;
   }
   notes_.HeaderLine(line);
+  if (HasHeaderName(line, "Set-Cookie")) cookieBytes_ += line.size();
   if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
     decoder_ = AnswerDecoder::For(line.substr(line.find(':') + 1));
   }

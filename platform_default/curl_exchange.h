@@ -78,6 +78,8 @@ class CurlExchange {
 
   // What the last exchange has shown, for the sentence that explains it.
 
+  /// Bytes of header lines that set cookies.
+  [[nodiscard]] std::size_t CookieBytes() const { return cookieBytes_; }
   /// The status of the last line that had one; 0 without any.
   [[nodiscard]] int Status() const { return status_; }
   [[nodiscard]] const AnswerNotes& Notes() const { return notes_; }
@@ -166,6 +168,7 @@ class CurlExchange {
   CURLcode result_ = CURLE_OK;
   int revivals_ = 0;
   std::size_t headerBytes_ = 0;
+  std::size_t cookieBytes_ = 0;
   bool begun_ = false;  ///< the sink has been begun
 
   du::http::ErrorCode failure_ =

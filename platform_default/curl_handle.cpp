@@ -324,6 +324,7 @@ ErrorCode CurlHandle::Perform(const OutgoingRequest& request, du::http::FileSink
   address_.Give(handle_.get(), request.url);
   tlsEvents_ = {};
   const ErrorCode result = exchange_.Perform(httpStatus);
+  session_->share()->CookiesCame(handle_.get(), exchange_.CookieBytes());
   // For curl the handshake was over already.
   return result == ErrorCode::ProtocolFailure && CertificateWasRefused() ? ErrorCode::TlsFailure : result;
 }
