@@ -111,6 +111,7 @@ class CurlExchange {
   static int OnCloseSocket(void* self, curl_socket_t socket);
 
   /// False when the answer ends here.
+  [[nodiscard]] bool TakeHeaderLine(char* data, std::size_t count);
   [[nodiscard]] bool ReadHeaderLine(std::string_view line);
   void BeginAnswer(int status);
   [[nodiscard]] bool EndHeader();

@@ -192,12 +192,17 @@ const TlsEvents* CurlHandle::WatchedTls(const OutgoingRequest& request) const {
   return watchesTls_ && request.url.starts_with("https:") ? &tlsEvents_ : nullptr;
 }
 
+// Nothing may be thrown through curl.
 CURLcode CurlHandle::OnTlsContext(CURL*, void* context, void* self) {
   auto* tls = static_cast<ssl_ctx_st*>(context);
   if (BelongsToProxy(tls)) return CURLE_OK;
   auto& handle = *static_cast<CurlHandle*>(self);
-  WatchTls(tls, &handle.tlsEvents_);
-  return GiveCertificates(tls, handle.trust_);
+  try {
+    WatchTls(tls, &handle.tlsEvents_);
+    return GiveCertificates(tls, handle.trust_);
+  } catch (...) {
+    return CURLE_OUT_OF_MEMORY;
+  }
 }
 
 void CurlHandle::SetIdentity() {
