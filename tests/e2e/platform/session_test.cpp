@@ -6,7 +6,7 @@
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/scripted_server.h"
 #include "tests/e2e/platform/sign_on.h"
-#include "tests/support/resident_memory.h"
+#include "tests/support/measurement.h"
 
 namespace {
 
@@ -240,15 +240,14 @@ TEST_F(Session, HasABoundForItsCookies) {
     peer.Answer(200, "", lines);
   });
   const auto connection = vtdirect_test::Connect(server.Url());
-  const vtdirect_test::ResidentGrowth growth;
+  const vtdirect_test::Measurement measurement;
   for (int count = 0; count < 200; ++count) {
     Asking asking;
     const std::string target = "/" + std::to_string(count);
     asking.uri = target.c_str();
     EXPECT_EQ(Fetch(*connection, asking).status, 200);
   }
-  RecordProperty("mebibytes", static_cast<int>(growth.Most() / vtdirect_test::mebibyte));
-  EXPECT_LT(growth.Most(), 16 * vtdirect_test::mebibyte);
+  EXPECT_LT(measurement.Record(), 16 * vtdirect_test::mebibyte);
 }
 
 TEST_F(Session, KeepsItsCookieHoweverOftenTheServerSendsIt) {
