@@ -5,6 +5,11 @@
 
 namespace vtdirect_mount {
 
+/// The last part of an address.
+[[nodiscard]] inline std::string NameOf(const std::string& address) {
+  return address.substr(address.rfind('/') + 1);
+}
+
 /// The names that editors and other programs give to files of their own beside a document: swap files, locks,
 /// backups, and new contents before they are renamed. Such files stay on this machine.
 class ScratchNames {

@@ -1,0 +1,66 @@
+#include "hosts/mount/writing/renames.h"
+
+#include <vtdirect/vt_direct_manager.h>
+
+#include <cerrno>
+
+namespace vtdirect_mount {
+
+// Where a program makes a backup of a document by renaming it, the backup is a copy on this machine, and the
+// name of the document is free for a new file.
+int Renames::SetAside(const std::string& document, const std::string& backup) {
+  std::string uid;
+  if (const int error = parts_.checkouts.Require(document, uid); error != 0) return error;
+  const Writable copy = parts_.files.MakeOf(parts_.checkouts.ReadBy(uid));
+  if (copy.file == nullptr) return copy.error;
+  copy.file->SetScratch(true);
+  static_cast<void>(parts_.overlay.Lay(backup, copy.file));
+  parts_.overlay.PutAside(document, Overlay::Clock::now());
+  return 0;
+}
+
+int Renames::MoveOnto(const std::string& from, const std::string& to,
+                      const std::shared_ptr<LocalFile>& file) {
+  const bool isScratch = parts_.scratch.Has(NameOf(to));
+  if (!isScratch) {
+    if (file->failedWrite() != 0) return file->failedWrite();
+    std::string uid;
+    const int error = parts_.checkouts.Require(to, uid);
+    if (error != 0 && error != ENOENT) return error;
+    if (error == ENOENT && !VtDirectManager::IsPathWritable(to.c_str())) return EPERM;
+  }
+  file->SetScratch(isScratch);
+  parts_.waiting.LayOver(to, file);
+  parts_.overlay.Take(from, file);
+  if (isScratch) {
+    parts_.waiting.StrikeReplaced(*file);
+    parts_.waiting.Strike(*file);
+    return 0;
+  }
+  file->NoteChange(true);
+  return parts_.stores.Store(to, file);
+}
+
+int Renames::Rename(const std::string& from, const std::string& to) {
+  if (from == to) return 0;
+  const auto file = parts_.overlay.Find(from);
+  if (file != nullptr) return MoveOnto(from, to, file);
+  return parts_.scratch.Has(NameOf(to)) ? SetAside(from, to) : EPERM;
+}
+
+int Renames::Remove(const std::string& address) {
+  const auto file = parts_.overlay.Find(address);
+  if (file == nullptr) return EPERM;
+  if (!file->isScratch()) {
+    int error = 0;
+    if (!parts_.mounted.uidOf(address, error).empty() || error != ENOENT) return EPERM;
+    parts_.waiting.Strike(*file);
+    parts_.waiting.Remove(address);
+  }
+  parts_.waiting.StrikeReplaced(*file);
+  file->Keep(false);
+  parts_.overlay.Take(address, file);
+  return 0;
+}
+
+}  // namespace vtdirect_mount
