@@ -105,7 +105,8 @@ void OnCreate(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t /*
   wanted.name = name;
   wanted.kind = NodeKind::Document;
   wanted.address = AddressIn(*folder, name);
-  ReplyCreated(request, mount, wanted, mount.writing()->Create(wanted.address));
+  ReplyCreated(request, mount, wanted,
+               mount.writing()->Create(wanted.address, ProgramOf(ProcessOf(fuse_req_ctx(request)->pid))));
 }
 
 void OnWrite(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size_t size, off_t offset,

@@ -6,6 +6,19 @@
 
 namespace vtdirect_mount {
 
+// Whether what is renamed to an address is for this machine alone. A document of the server is none of a program's
+// own files, whatever its name looks like.
+// @param error  why that can't be told; 0 when it can
+bool Renames::StaysHere(const std::string& address, int& error) const {
+  error = 0;
+  if (!parts_.scratch.Has(NameOf(address))) return false;
+  const auto there = parts_.overlay.Find(address);
+  if (there != nullptr) return there->isScratch();
+  if (!parts_.mounted.uidOf(address, error).empty()) return false;
+  if (error == ENOENT) error = 0;
+  return error == 0;
+}
+
 // Where a program makes a backup of a document by renaming it, the backup is a copy on this machine, and the
 // name of the document is free for a new file.
 int Renames::SetAside(const std::string& document, const std::string& backup) {
@@ -21,11 +34,13 @@ int Renames::SetAside(const std::string& document, const std::string& backup) {
 
 int Renames::MoveOnto(const std::string& from, const std::string& to,
                       const std::shared_ptr<LocalFile>& file) {
-  const bool isScratch = parts_.scratch.Has(NameOf(to));
+  int error = 0;
+  const bool isScratch = StaysHere(to, error);
+  if (error != 0) return error;
   if (!isScratch) {
     if (file->failedWrite() != 0) return file->failedWrite();
     std::string uid;
-    const int error = parts_.checkouts.Require(to, uid);
+    error = parts_.checkouts.Require(to, uid);
     if (error != 0 && error != ENOENT) return error;
     if (error == ENOENT && !VtDirectManager::IsPathWritable(to.c_str())) return EPERM;
   }
@@ -45,7 +60,9 @@ int Renames::Rename(const std::string& from, const std::string& to) {
   if (from == to) return 0;
   const auto file = parts_.overlay.Find(from);
   if (file != nullptr) return MoveOnto(from, to, file);
-  return parts_.scratch.Has(NameOf(to)) ? SetAside(from, to) : EPERM;
+  int error = 0;
+  if (StaysHere(to, error)) return SetAside(from, to);
+  return error == 0 ? EPERM : error;
 }
 
 int Renames::Remove(const std::string& address) {

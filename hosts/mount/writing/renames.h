@@ -36,6 +36,7 @@ class Renames {
   [[nodiscard]] int Remove(const std::string& address);
 
  private:
+  [[nodiscard]] bool StaysHere(const std::string& address, int& error) const;
   [[nodiscard]] int SetAside(const std::string& document, const std::string& backup);
   [[nodiscard]] int MoveOnto(const std::string& from, const std::string& to,
                              const std::shared_ptr<LocalFile>& file);

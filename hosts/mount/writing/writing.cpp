@@ -25,15 +25,12 @@ std::string Writing::Prepare(const std::string& below) {
   return fault;
 }
 
-bool Writing::IsScratch(const std::string& address) const {
-  return settings_.scratch.Has(NameOf(address));
-}
-
-Writable Writing::Create(const std::string& address) {
-  if (!IsScratch(address) && !VtDirectManager::IsPathWritable(address.c_str())) return {EPERM};
+Writable Writing::Create(const std::string& address, const std::string& program) {
+  const bool isScratch = settings_.scratch.HasNewOf(NameOf(address), program);
+  if (!isScratch && !VtDirectManager::IsPathWritable(address.c_str())) return {EPERM};
   const Writable made = files_.MakeEmpty();
   if (made.file == nullptr) return made;
-  made.file->SetScratch(IsScratch(address));
+  made.file->SetScratch(isScratch);
   // An empty new file is a document too, once it is closed.
   if (const int error = NoteChange(address, *made.file, false); error != 0) return {error};
   waiting_.LayOver(address, made.file);

@@ -40,13 +40,13 @@ class Writing {
   [[nodiscard]] std::string Prepare(const std::string& below);
 
   [[nodiscard]] Overlay& overlay() { return overlay_; }
-  [[nodiscard]] bool IsScratch(const std::string& address) const;
   /// The UID by which a document is read: that of its working copy when it is checked out here.
   [[nodiscard]] std::string ReadBy(const std::string& uid) { return checkouts_.ReadBy(uid); }
   [[nodiscard]] bool IsCheckedOut(const std::string& uid) { return checkouts_.Has(uid); }
 
   /// A new file.
-  [[nodiscard]] Writable Create(const std::string& address);
+  /// @param program  the name of the process that makes it
+  [[nodiscard]] Writable Create(const std::string& address, const std::string& program);
   /// A document to write to: EACCES unless it is checked out here.
   /// @param keepsContent  whether the file begins with the document's content
   [[nodiscard]] Writable Edit(const std::string& address, bool keepsContent);
