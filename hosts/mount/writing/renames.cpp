@@ -19,15 +19,30 @@ bool Renames::StaysHere(const std::string& address, int& error) const {
   return error == 0;
 }
 
+// What a document shows: the bytes that lie over it, or else those of its working copy.
+Writable Renames::CopyOf(const std::string& document) {
+  const auto local = parts_.overlay.Find(document);
+  if (local == nullptr) {
+    std::string uid;
+    const int error = parts_.checkouts.Require(document, uid);
+    return error == 0 ? parts_.files.MakeOf(parts_.checkouts.ReadBy(uid)) : Writable{error};
+  }
+  Writable copy = parts_.files.MakeEmpty();
+  if (copy.file != nullptr && !CopyBytes(*local, *copy.file)) return {EIO};
+  return copy;
+}
+
 // Where a program makes a backup of a document by renaming it, the backup is a copy on this machine, and the
-// name of the document is free for a new file.
+// name of the document is free for a new file. Bytes that wait to be stored go on waiting for their document:
+// what the program saves under its name takes their place, and without that they are there again.
 int Renames::SetAside(const std::string& document, const std::string& backup) {
-  std::string uid;
-  if (const int error = parts_.checkouts.Require(document, uid); error != 0) return error;
-  const Writable copy = parts_.files.MakeOf(parts_.checkouts.ReadBy(uid));
+  const Writable copy = CopyOf(document);
   if (copy.file == nullptr) return copy.error;
   copy.file->SetScratch(true);
   static_cast<void>(parts_.overlay.Lay(backup, copy.file));
+  if (const auto local = parts_.overlay.Find(document); local != nullptr && !local->isDirty()) {
+    parts_.overlay.Take(document, local);
+  }
   parts_.overlay.PutAside(document, Overlay::Clock::now());
   return 0;
 }
@@ -53,16 +68,19 @@ int Renames::MoveOnto(const std::string& from, const std::string& to,
     return 0;
   }
   file->NoteChange(true);
-  return parts_.stores.Store(to, file);
+  return parts_.stores.Store(file);
 }
 
+// A document keeps its name, also one that has new bytes here. A file that the server has never had is free to go.
 int Renames::Rename(const std::string& from, const std::string& to) {
   if (from == to) return 0;
   const auto file = parts_.overlay.Find(from);
-  if (file != nullptr) return MoveOnto(from, to, file);
+  if (file != nullptr && file->isScratch()) return MoveOnto(from, to, file);
   int error = 0;
   if (StaysHere(to, error)) return SetAside(from, to);
-  return error == 0 ? EPERM : error;
+  if (error != 0) return error;
+  if (file == nullptr || !parts_.mounted.uidOf(from, error).empty()) return EPERM;
+  return error == ENOENT ? MoveOnto(from, to, file) : error;
 }
 
 int Renames::Remove(const std::string& address) {

@@ -37,6 +37,7 @@ class Renames {
 
  private:
   [[nodiscard]] bool StaysHere(const std::string& address, int& error) const;
+  [[nodiscard]] Writable CopyOf(const std::string& document);
   [[nodiscard]] int SetAside(const std::string& document, const std::string& backup);
   [[nodiscard]] int MoveOnto(const std::string& from, const std::string& to,
                              const std::shared_ptr<LocalFile>& file);

@@ -9,10 +9,10 @@
 
 namespace vtdirect_mount {
 
-int Stores::NoteHalf(const std::string& address, LocalFile& file) {
+int Stores::NoteHalf(LocalFile& file) {
   const int error = file.failedWrite();
-  parts_.mounted.log(address + " is not stored: a write to it failed: " + std::strerror(error));
-  parts_.waiting.Note(address, file, false, std::string("a write failed: ") + std::strerror(error));
+  parts_.mounted.log(file.address() + " is not stored: a write to it failed: " + std::strerror(error));
+  parts_.waiting.Note(file, false, std::string("a write failed: ") + std::strerror(error));
   return error;
 }
 
@@ -37,20 +37,21 @@ void Stores::NoteStored(const std::string& address, const std::shared_ptr<LocalF
   parts_.waiting.Remove(address);
 }
 
-int Stores::Store(const std::string& address, const std::shared_ptr<LocalFile>& file) {
+int Stores::Store(const std::shared_ptr<LocalFile>& file) {
   if (!file->isDirty() || file->isScratch() || file->isReplaced()) return 0;
+  const std::string address = file->address();
   const std::uint64_t changes = file->changes();
   file->Keep(true);
   if (file->failedWrite() == 0 && fsync(file->file().descriptor()) != 0) file->NoteFailedWrite(errno);
-  if (file->failedWrite() != 0) return NoteHalf(address, *file);
-  if (parts_.waiting.Note(address, *file, true, unconfirmedStore) == 0) parts_.waiting.StrikeReplaced(*file);
+  if (file->failedWrite() != 0) return NoteHalf(*file);
+  if (parts_.waiting.Note(*file, true, unconfirmedStore) == 0) parts_.waiting.StrikeReplaced(*file);
   const std::string fault = Put(address, *file);
   if (fault.empty()) {
     NoteStored(address, file, changes);
     return 0;
   }
   parts_.mounted.log(address + " is not stored, and waits: " + fault);
-  parts_.waiting.Note(address, *file, file->changes() == changes, fault);
+  parts_.waiting.Note(*file, file->changes() == changes, fault);
   parts_.waiting.Add(address);
   return EIO;
 }

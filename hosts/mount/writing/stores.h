@@ -26,12 +26,12 @@ class Stores {
  public:
   explicit Stores(const StoreParts& parts) : parts_(parts) {}
 
-  /// Stores what was changed; scratch files are stored nowhere. What fails waits. Makes requests, and blocks.
+  /// Stores what was changed at its address; scratch files are stored nowhere. What fails waits. Makes requests, and blocks.
   /// @return EIO when it waits now; the error number of a write that failed, since half a file is never stored
-  [[nodiscard]] int Store(const std::string& address, const std::shared_ptr<LocalFile>& file);
+  [[nodiscard]] int Store(const std::shared_ptr<LocalFile>& file);
 
  private:
-  [[nodiscard]] int NoteHalf(const std::string& address, LocalFile& file);
+  [[nodiscard]] int NoteHalf(LocalFile& file);
   [[nodiscard]] std::string Put(const std::string& address, const LocalFile& file);
   void NoteStored(const std::string& address, const std::shared_ptr<LocalFile>& file, std::uint64_t changes);
 

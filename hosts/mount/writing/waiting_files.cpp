@@ -96,7 +96,8 @@ void WaitingFiles::TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<s
   Add(unstored.address);
 }
 
-int WaitingFiles::Note(const std::string& address, LocalFile& file, bool isWhole, const std::string& fault) {
+int WaitingFiles::Note(LocalFile& file, bool isWhole, const std::string& fault) {
+  const std::string address = file.address();
   const int error = unstored_.Write({file.name(), address, Now(), isWhole, fault});
   if (error == 0) file.NoteListed(isWhole);
   if (error != 0) mounted_.log("cannot note that " + address + " waits: " + std::strerror(error));

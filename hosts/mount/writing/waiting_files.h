@@ -32,7 +32,7 @@ class WaitingFiles {
   /// @param isWhole  whether a program had closed it
   /// @param fault    why it is not stored
   /// @return an error number when that can't be written
-  int Note(const std::string& address, LocalFile& file, bool isWhole, const std::string& fault);
+  int Note(LocalFile& file, bool isWhole, const std::string& fault);
   /// Removes the entry of a file; the content goes with the last who has it.
   void Strike(LocalFile& file);
 

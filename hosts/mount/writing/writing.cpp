@@ -32,30 +32,32 @@ Writable Writing::Create(const std::string& address, const std::string& program)
   if (made.file == nullptr) return made;
   made.file->SetScratch(isScratch);
   // An empty new file is a document too, once it is closed.
-  if (const int error = NoteChange(address, *made.file, false); error != 0) return {error};
+  made.file->SetAddress(address);
+  if (const int error = NoteChange(*made.file, false); error != 0) return {error};
   waiting_.LayOver(address, made.file);
   return made;
 }
 
-void Writing::Close(const std::string& address, const std::shared_ptr<LocalFile>& file, bool writes) {
-  const auto close = [this, address, file, writes] {
-    if (file->NoteClosed(writes) == 0 && !file->isDirty() && !file->isScratch()) overlay_.Take(address, file);
+void Writing::Close(const std::shared_ptr<LocalFile>& file, bool writes) {
+  const auto close = [this, file, writes] {
+    const bool isLast = file->NoteClosed(writes) == 0;
+    if (isLast && !file->isDirty() && !file->isScratch()) overlay_.Take(file->address(), file);
   };
   if (!writes || !file->isDirty() || file->isScratch()) return close();
-  NoteWhole(address, *file);
-  if (waiting_.Has(address)) return close();
-  Post([this, address, file, close] {
-    static_cast<void>(Store(address, file));
+  NoteWhole(*file);
+  if (waiting_.Has(file->address())) return close();
+  Post([this, file, close] {
+    static_cast<void>(Store(file));
     close();
   });
 }
 
 // Its store may wait for others, and the process may be killed before.
-void Writing::NoteWhole(const std::string& address, LocalFile& file) {
+void Writing::NoteWhole(LocalFile& file) {
   const bool hasOtherWriters = file.writers() > 1;
   if (hasOtherWriters || file.isListedWhole() || file.isReplaced() || file.failedWrite() != 0) return;
   if (fsync(file.file().descriptor()) != 0) return file.NoteFailedWrite(errno);
-  waiting_.Note(address, file, true, unconfirmedStore);
+  waiting_.Note(file, true, unconfirmedStore);
 }
 
 Writable Writing::Edit(const std::string& address, bool keepsContent) {
@@ -67,19 +69,19 @@ Writable Writing::Edit(const std::string& address, bool keepsContent) {
   return {0, overlay_.LayIfFree(address, made.file)};
 }
 
-int Writing::NoteChange(const std::string& address, LocalFile& file, bool isDue) {
+int Writing::NoteChange(LocalFile& file, bool isDue) {
   // One that waits is half while it is written to again.
   if (!file.isReplaced() && (!file.isDirty() || file.isListedWhole()) && !file.isScratch()) {
-    if (const int error = waiting_.Note(address, file, false, "it was not closed"); error != 0) return error;
+    if (const int error = waiting_.Note(file, false, "it was not closed"); error != 0) return error;
     file.Keep(true);
   }
   file.NoteChange(isDue);
   return 0;
 }
 
-int Writing::Empty(const std::string& address, const std::shared_ptr<LocalFile>& file) {
-  if (const int error = NoteChange(address, *file, false); error != 0) {
-    if (!file->isDirty() && !file->isOpen()) overlay_.Take(address, file);
+int Writing::Empty(const std::shared_ptr<LocalFile>& file) {
+  if (const int error = NoteChange(*file, false); error != 0) {
+    if (!file->isDirty() && !file->isOpen()) overlay_.Take(file->address(), file);
     return error;
   }
   if (ftruncate(file->file().descriptor(), 0) != 0) return errno;
@@ -98,7 +100,7 @@ void Writing::RetryOnce() {
   for (const std::string& address : waiting_.Addresses()) {
     const auto file = overlay_.Find(address);
     if (file != nullptr && file->hasWriters()) continue;
-    if (file == nullptr || !file->isDirty() || Store(address, file) == 0) waiting_.Remove(address);
+    if (file == nullptr || !file->isDirty() || Store(file) == 0) waiting_.Remove(address);
   }
 }
 

@@ -50,20 +50,20 @@ class Writing {
   /// A document to write to: EACCES unless it is checked out here.
   /// @param keepsContent  whether the file begins with the document's content
   [[nodiscard]] Writable Edit(const std::string& address, bool keepsContent);
-  /// Notes that a file of that address is about to be changed, so that a crash is told of.
+  /// Notes that a file is about to be changed, so that a crash is told of.
   /// @param isDue  as LocalFile::NoteChange
   /// @return an error number when that can't be noted; then it must not be changed
-  [[nodiscard]] int NoteChange(const std::string& address, LocalFile& file, bool isDue);
+  [[nodiscard]] int NoteChange(LocalFile& file, bool isDue);
   /// Empties a file that a program is about to write anew.
   /// @return an error number; then a file that nobody has changed or has open does not lie over its document
-  [[nodiscard]] int Empty(const std::string& address, const std::shared_ptr<LocalFile>& file);
+  [[nodiscard]] int Empty(const std::shared_ptr<LocalFile>& file);
   /// Hands over a task that stores or renames: one at a time, in the order in which they come.
   void Post(TaskPool::Task task) { tasks_.Post(std::move(task)); }
   /// A file was opened.
   static void NoteOpened(const std::shared_ptr<LocalFile>& file, bool writes) { file->NoteOpened(writes); }
   /// A file was closed for good, which nobody can be told the end of. What is new in it and was not stored yet
   /// is stored, by the next mount if this one is killed first; one that holds nothing new goes with the last.
-  void Close(const std::string& address, const std::shared_ptr<LocalFile>& file, bool writes);
+  void Close(const std::shared_ptr<LocalFile>& file, bool writes);
   /// Tries again to store what waits, and not only after a while.
   void RetryNow() { retries_.Now(); }
   /// Ends what is under way, and waits for it so long. @return whether all has ended
@@ -73,9 +73,7 @@ class Writing {
 
   /// Stores what was changed; scratch files are stored nowhere.
   /// @return EIO when it waits now; the error number of a write that failed, since half a file is never stored
-  [[nodiscard]] int Store(const std::string& address, const std::shared_ptr<LocalFile>& file) {
-    return stores_.Store(address, file);
-  }
+  [[nodiscard]] int Store(const std::shared_ptr<LocalFile>& file) { return stores_.Store(file); }
   /// Gives a file another name, and stores it when that is a document's. @return an error number
   [[nodiscard]] int Rename(const std::string& from, const std::string& to) {
     return renames_.Rename(from, to);
@@ -84,7 +82,7 @@ class Writing {
   [[nodiscard]] int Remove(const std::string& address) { return renames_.Remove(address); }
 
  private:
-  void NoteWhole(const std::string& address, LocalFile& file);
+  void NoteWhole(LocalFile& file);
   void BeginRetry();
   void RetryOnce();
 
