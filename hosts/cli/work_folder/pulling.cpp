@@ -151,12 +151,10 @@ ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, Effort 
   return report.End(wanted.size());
 }
 
-ExitCode TellPull(Host& host, WorkFolder& folder, const RemoteTree& tree) {
-  const auto local = ReadLocalSide(folder);
-  if (!local) return host.output().Fail(local.failure());
+ExitCode TellPull(Host& host, const LocalSide& local, const RemoteTree& tree) {
   ExitCode worst = ExitCode::Ok;
   for (const Failure& failure : tree.failures) worst = Worse(worst, host.output().Fail(failure));
-  for (const Comparison& comparison : Compare(*local, tree)) {
+  for (const Comparison& comparison : Compare(local, tree)) {
     if (!IsToFetch(comparison)) continue;
     const bool isKept = comparison.state == FileState::Both || comparison.state == FileState::InTheWay;
     const std::string action = isKept ? "would-leave" : "would-fetch";
