@@ -12,6 +12,7 @@
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/many/listed_addresses.h"
 #include "hosts/cli/many/put_many.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/result.h"
@@ -253,7 +254,7 @@ ExitCode ReportUnsent(Host& host, const Put& put) {
 }
 
 ExitCode RunPut(Host& host, const Arguments& arguments) {
-  return arguments.All("FILE").size() == 1 ? PutOne(host, arguments) : PutMany(host, arguments, PutOne);
+  return PutsMany(arguments) ? PutMany(host, arguments, PutOne) : PutOne(host, arguments);
 }
 
 [[nodiscard]] std::vector<OptionRow> Options() {
@@ -272,6 +273,7 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
       {"stop-on-error", 0, nullptr, false, Completion::Nothing,
        "Of several files, send nothing further when one has failed."},
   };
+  for (const OptionRow& row : FileListOptions()) options.push_back(row);
   for (const OptionRow& row : PutConditionOptions()) options.push_back(row);
   return options;
 }
@@ -322,7 +324,8 @@ CommandRow PutCommand() {
       "the other. One that fails does not keep the others. Two of one name are refused, and so are options "
       "that "
       "belong to one document.",
-      {{"FILE", "A local file. Several of them go to the folder at ADDRESS.", Count::AtLeastOnce},
+      {{"FILE", "A local file, or a pattern with * or ? in quotes. Several go to the folder at ADDRESS.",
+        Count::AtLeastOnce},
        {"ADDRESS", "A path or a UID; see ADDRESSES."}},
       Options(),
       true,

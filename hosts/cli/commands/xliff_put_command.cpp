@@ -2,6 +2,7 @@
 
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/host.h"
@@ -79,11 +80,25 @@ void Report(Host& host, const XliffPut& put, const SourceXliff& after) {
   }
 }
 
+[[nodiscard]] ExitCode TellXliffPut(Host& host, const XliffPut& put) {
+  const bool first = !put.before.linked;
+  host.output().Row({{"would", std::string(first ? "would create" : "would update")},
+                     {"file", put.file.path},
+                     {"address", put.subject.address}},
+                    {{"address", put.subject.address},
+                     {"file", put.file.path},
+                     {"language", put.language},
+                     {"action", std::string(first ? "created" : "updated")},
+                     {"dry_run", true}});
+  return ExitCode::Ok;
+}
+
 ExitCode RunXliffPut(Host& host, const Arguments& arguments) {
   InterruptionReport report(host, "xliff put");
   const auto settled = Settle(host, arguments);
   if (!settled) return report.Fail(settled.failure());
   const XliffPut& put = *settled;
+  if (IsDryRun(arguments)) return TellXliffPut(host, put);
   report.TellOfOpenChange(UnknownEnd(put));
   ForgetReasons();
   const std::string& file = put.file.path;
@@ -130,14 +145,16 @@ CommandRow XliffPutCommand() {
       {{"language", 'l', "LANGUAGE", false, Completion::Nothing,
         "The source language, for example en-US. Needed; the server gets it as it is given."},
        {"force", 'f', nullptr, false, Completion::Nothing,
-        "Send FILE whatever the check finds; what it finds is a warning then."}},
+        "Send FILE whatever the check finds; what it finds is a warning then."},
+       DryRunOption()},
       true,
       RunXliffPut,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-       {"uid", MemberType::Text, nullptr, "the UID of the source XLIFF"},
+       {"uid", MemberType::Text, "without --dry-run", "the UID of the source XLIFF"},
        {"file", MemberType::Text, nullptr, "FILE"},
        {"language", MemberType::Text, nullptr, "the language as it was given"},
-       {"action", MemberType::Text, nullptr, "created for the first source XLIFF, or updated"}}};
+       {"action", MemberType::Text, nullptr, "created for the first source XLIFF, or updated"},
+       DryRunMember("true: nothing was sent, and action is what would be done")}};
 }
 
 }  // namespace vtdirect_cli

@@ -10,6 +10,7 @@
 #include <iostream>
 
 #include "hosts/cli/address.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/fetch_record.h"
@@ -151,6 +152,23 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
   return size;
 }
 
+// What a listing has told of is there.
+[[nodiscard]] bool IsThere(const Download& download) {
+  const std::string& source = download.source.empty() ? download.address : download.source;
+  return !download.version.empty() || VtDirectManager::FileExists(source.c_str());
+}
+
+[[nodiscard]] Result<std::uint64_t> TellDownload(Host& host, const Download& download) {
+  ForgetReasons();
+  if (!IsThere(download)) return Diagnose(host, download.address, false);
+  const std::string file = download.target.path.empty() ? "-" : download.target.path;
+  Record json = download.described;
+  json.insert(json.end(), {{"file", file}, {"dry_run", true}});
+  const std::string would = download.target.before ? "would replace" : "would write";
+  host.output().Row({{"would", would}, {"file", file}, {"address", download.address}}, json);
+  return std::uint64_t{0};
+}
+
 }  // namespace
 
 std::vector<OptionRow> DownloadOptions() {
@@ -160,13 +178,15 @@ std::vector<OptionRow> DownloadOptions() {
        "\"-\", once the content has arrived whole."},
       {"no-clobber", 'n', nullptr, false, Completion::Nothing, "Fail when the target exists."},
       {"force", 'f', nullptr, false, Completion::Nothing,
-       "Replace a file that vtdirect did not save, or that was changed since; what is in it is lost."}};
+       "Replace a file that vtdirect did not save, or that was changed since; what is in it is lost."},
+      DryRunOption("Say which files would be written, and fetch none.")};
 }
 
 std::vector<MemberRow> DownloadMembers() {
-  return {{"uid", MemberType::Text, nullptr, "the object's UID"},
+  return {{"uid", MemberType::Text, "without --dry-run", "the object's UID"},
           {"file", MemberType::Text, nullptr, "the local file"},
-          {"bytes", MemberType::Number, nullptr, "its size"}};
+          {"bytes", MemberType::Number, "without --dry-run", "its size"},
+          DryRunMember("true: the file could be written, and was not")};
 }
 
 std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& arguments) {
@@ -188,6 +208,7 @@ Result<Download> SettleDownload(Host& host, const Arguments& arguments, const st
   download.address = address;
   download.noClobber = arguments.Has("no-clobber");
   download.force = arguments.Has("force");
+  download.isDryRun = IsDryRun(arguments);
   const std::string output = place.empty() ? arguments.Text("output") : place;
   std::string name;
   if (place.empty() && NeedsFileName(output)) {
@@ -213,6 +234,7 @@ void RecordFetch(Host& host, const std::string& file, FetchRecord record) {
 }
 
 Result<std::uint64_t> PerformDownload(Host& host, const Download& download) {
+  if (download.isDryRun) return TellDownload(host, download);
   switch (download.target.kind) {
     case Target::Kind::StandardOutput:
       return FetchIntoStream(host, download, STDOUT_FILENO, "standard output");
