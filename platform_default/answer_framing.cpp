@@ -30,11 +30,13 @@ bool IsOfFraming(std::string_view name) {
 
 /// Whether a list names one of the codings that the world knows. Some servers name a character set there.
 bool NamesCoding(std::string_view list) {
-  constexpr std::string_view codings[] = {"gzip",       "x-gzip", "deflate", "br", "compress",
-                                          "x-compress", "zstd",   "dcb",     "dcz"};
+  constexpr std::string_view codings[] = {"gzip",       "x-gzip",       "deflate", "br",      "compress",
+                                          "x-compress", "zstd",         "dcb",     "dcz",     "exi",
+                                          "aes128gcm",  "pack200-gzip", "bzip2",   "x-bzip2", "lz4",
+                                          "lzma",       "xz",           "snappy",  "sdch"};
   while (!list.empty()) {
     const std::size_t end = std::min(list.find(','), list.size());
-    const std::string_view one = ValueOf(list.substr(0, end));
+    const std::string_view one = ValueOf(list.substr(0, std::min(list.find(';'), end)));
     for (const std::string_view coding : codings) {
       if (IsWord(one, coding)) return true;
     }

@@ -147,12 +147,14 @@ TEST_F(PlainContent, IsAskedForAsItIs) {
 }
 
 TEST_F(PlainContent, ThatComesCodedAllTheSameIsAFailure) {
-  for (const char* coding : {"gzip", "GZip", "br", "identity, gzip"}) {
+  for (const char* coding :
+       {"gzip", "GZip", "br", "identity, gzip", "gzip;level=9", "exi", "aes128gcm", "xz"}) {
     const Fetched fetched = FetchCoded(200, coding);
     EXPECT_EQ(fetched.code, ErrorCode::ProtocolFailure) << coding;
     EXPECT_EQ(fetched.begun, 0) << coding;
   }
-  EXPECT_EQ(FetchCoded(200, "identity").body, "packed");
+  for (const char* none : {"identity", "utf-8", "binary"})
+    EXPECT_EQ(FetchCoded(200, none).body, "packed") << none;
 }
 
 TEST_F(PlainContent, ThatIsRefusedKeepsItsStatus) {
