@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -16,6 +17,7 @@
 #include "hosts/cli/commands/command_line.h"
 #include "hosts/cli/environment.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/http_log/asked_pause.h"
 #include "hosts/cli/http_log/har_document.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/interruption_report.h"
@@ -90,6 +92,11 @@ void BoundTheFolderScan() {
   return code;
 }
 
+[[nodiscard]] bool RepeatsQuestions(const CommandRow& command) {
+  return std::any_of(command.options.begin(), command.options.end(),
+                     [](const OptionRow& row) { return row.name == ArgumentName("retries"); });
+}
+
 [[nodiscard]] ExitCode RunCommand(const CommandRow& command, const Arguments& arguments, Output& output) {
   if (arguments.Has("trace")) {
     const std::string fault = TraceLevelsFault(arguments.Text("trace"));
@@ -98,8 +105,10 @@ void BoundTheFolderScan() {
   StartTraceLog(TraceLevels(arguments), std::cerr);
   const ReasonCollector reasons;
   Host host(output);
-  return arguments.Has("log-http") ? RunLogged(command, arguments, host)
-                                   : RunOnHost(command, arguments, host);
+  if (arguments.Has("log-http")) return RunLogged(command, arguments, host);
+  if (!RepeatsQuestions(command)) return RunOnHost(command, arguments, host);
+  const AskedPauseWatch watch;
+  return RunOnHost(command, arguments, host);
 }
 
 // Expected failures are no exceptions. What comes here all the same has undone all that was temporary on its

@@ -8,6 +8,7 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/files/content_download.h"
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
@@ -125,6 +126,18 @@ constexpr std::size_t kMostWarnings = 3;
   return AnswerIsMissing(outcome) ? NotKnown(entry.address) : NotCreated(entry);
 }
 
+// Whether a checkout has ended by its check-in, its content tells.
+void KeepContentIfCheckedIn(Host& host, const JournalEntry& entry) {
+  const auto records = FetchRecords().OfWorkingCopy(entry.uid);
+  if (entry.step != "checkin" || records.empty()) return;
+  const std::string newest = VtDirectManager::GetLatestUPath(entry.uid.c_str());
+  if (!HasObjectId(newest)) return;
+  const std::string sum = SumOnServer(host, newest);
+  const bool isThere = std::any_of(records.begin(), records.end(),
+                                   [&sum](const FetchRecord& record) { return record.sha256 == sum; });
+  if (isThere) KeepContentOf(host, entry.uid, newest);
+}
+
 // "a checkout", "an undo", "an xliff put".
 [[nodiscard]] std::string WithArticle(const std::string& step) {
   const bool startsWithVowel = step.find_first_of("aeioux") == 0;
@@ -173,6 +186,7 @@ void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding) 
   if (finding.hasEnded) {
     // The library deletes the workspace and has nothing else left to undo. It may be gone already.
     if (IsTemporaryCopy(entry.uid)) static_cast<void>(VtDirectManager::UndoCheckout(entry.uid.c_str()));
+    KeepContentIfCheckedIn(host, entry);
     ForgetCheckout(host, entry.uid);
   }
   const std::string fault = Journal().StrikeOut(entry);

@@ -153,7 +153,7 @@ ExitCode RunSt(Host& host, const Arguments& arguments) {
 CommandRow StCommand() {
   CommandRow row = {
       "st",
-      "Tell how a work folder stands to the server",
+      "Show what differs between a work folder and the server",
       "Prints one line for each file that is not the same here and on the server: its state, the version "
       "that "
       "it came from and the newest, the checkout, and the file, parted by tabs.\n\n"

@@ -103,9 +103,7 @@ constexpr const char* kAgain = "the same command can be given again";
 // Nothing of the file has reached the server whole, so nothing was stored.
 [[nodiscard]] std::optional<Failure> LocalFailure(const PutOutcome& outcome) {
   if (!outcome.changedFile.empty()) {
-    return Failure{ExitCode::LocalFile,
-                   outcome.changedFile + " was written to while it was read; nothing was stored",
-                   "give the command again when nobody writes to it"};
+    return SourceWasWrittenTo(outcome.changedFile, "nothing was stored");
   }
   if (outcome.brokenTicket) {
     return Failure{ExitCode::Failure,

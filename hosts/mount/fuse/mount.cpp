@@ -38,7 +38,7 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
       lookahead_(2 * settings_.parallel),
       questions_(settings_.parallel) {
   if (!settings_.write) return;
-  Writing::Mounted mounted;
+  Mounted mounted;
   mounted.uidOf = [this](const std::string& address, int& error) { return UidOf(address, error); };
   mounted.outdate = [this](const std::string& address) {
     const std::size_t name = address.rfind('/') + 1;

@@ -1,10 +1,9 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
-#include <atomic>
 #include <fstream>
-#include <thread>
 
+#include "tests/e2e/cli/meanwhile.h"
 #include "tests/e2e/cli/put_fixture.h"
 
 using testing::HasSubstr;
@@ -230,23 +229,6 @@ TEST_F(PutFailure, ForWantOfRoomForTheEndOfTheBodySendsNoHalfOne) {
     EXPECT_THAT(server().Log(), Not(HasSubstr("content/upload"))) << room;
   }
 }
-
-/// Lets a function run all the while that a program does.
-class Meanwhile {
- public:
-  explicit Meanwhile(std::function<void()> step)
-      : thread_([this, step = std::move(step)] {
-          while (!done_) step();
-        }) {}
-  ~Meanwhile() {
-    done_ = true;
-    thread_.join();
-  }
-
- private:
-  std::atomic<bool> done_{false};
-  std::thread thread_;
-};
 
 TEST_F(PutFailure, OfAFileThatGrowsStoresNothing) {
   Serve({"--latency", "20"});

@@ -46,6 +46,19 @@ TEST_F(PullCommand, NeverReplacesAModification) {
 }
 
 // Size and time tell nothing against whoever sets them back. What is replaced is compared byte by byte.
+TEST_F(PullCommand, TellsItsFailuresOnceMoreAfterTheSummary) {
+  Clone();
+  WriteFile(Fork(), "mine");
+  StoreElsewhere("theirs");
+  const ProcessResult result = RunIn("Frame", {"pull"});
+  const std::string failure =
+      "fork.lxz was changed here, and the server has version B.2; it is left as it is; vtdirect diff shows "
+      "your "
+      "changes, and vtdirect revert keeps them beside it before you pull again\n";
+  EXPECT_EQ(result.err, "vtdirect: " + failure + "vtdirect: 0 of 1 files fetched, 0 bytes\n" +
+                            "vtdirect: 1 of 1 failed:\nvtdirect:   " + failure);
+}
+
 TEST_F(PullCommand, SeesAModificationThatSizeAndTimeHide) {
   Clone();
   struct stat facts = {};

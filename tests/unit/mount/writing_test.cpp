@@ -19,14 +19,29 @@ using namespace std::chrono_literals;
 
 TEST(ScratchNames, KnowTheFilesOfEditors) {
   const ScratchNames names;
-  for (const char* name :
-       {"fork.lxz~", ".fork.lxz.swp", ".fork.lxz.swo", ".fork.lxz.swpx", ".fork.lxz.swx", "4913",
-        "#fork.lxz#", ".#fork.lxz", ".~lock.fork.odt#", "lu12ab.tmp", "sedAbc123", ".fork.lxz.Xy12Zz"}) {
+  for (const char* name : {"fork.lxz~", ".fork.lxz.swp", ".fork.lxz.swo", ".fork.lxz.swpx", ".fork.lxz.swx",
+                           "#fork.lxz#", ".#fork.lxz", ".~lock.fork.odt#", "lu12ab.tmp"}) {
     EXPECT_TRUE(names.Has(name)) << name;
   }
   for (const char* name : {"fork.lxz", "4914", "sediment.lxz", "swp", "note.bak", ".hidden"}) {
     EXPECT_FALSE(names.Has(name)) << name;
   }
+}
+
+// Users give such names to documents, too.
+TEST(ScratchNames, BelieveSomeNamesOnlyOfTheirProgram) {
+  const ScratchNames names;
+  EXPECT_TRUE(names.HasNewOf("sedAbc123", "sed"));
+  EXPECT_TRUE(names.HasNewOf(".fork.lxz.Xy12Zz", "rsync"));
+  for (const char* program : {"vim", "nvim", "view", "vim.basic", "ex"}) {
+    EXPECT_TRUE(names.HasNewOf("4913", program)) << program;
+  }
+  for (const char* name : {"sedAbc123", "sediments", ".fork.lxz.Xy12Zz", ".project.config", "4913"}) {
+    EXPECT_FALSE(names.Has(name)) << name;
+    EXPECT_FALSE(names.HasNewOf(name, "cp")) << name;
+  }
+  EXPECT_FALSE(names.HasNewOf("sedition.lxz", "sed"));
+  EXPECT_FALSE(names.HasNewOf("fork.lxz", "rsync"));
 }
 
 TEST(ScratchNames, TakeMorePatterns) {
