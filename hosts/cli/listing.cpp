@@ -37,9 +37,8 @@ ListingEnd ListPath(const std::string& path, std::uint32_t flags, const EntryFun
   });
 }
 
-ListingEnd ListWalked(VtDirectManager::WalkedDir directory, const std::string& path, std::uint32_t flags,
+ListingEnd ListWalked(const VtDirectManager::WalkedDir& directory, std::uint32_t flags,
                       const WalkedEntryFunction& receive) {
-  if (directory == nullptr) directory = VtDirectManager::OpenWalk(path.c_str());
   if (directory == nullptr) return ListingEnd::Unreachable;
   return Run([&] {
     return VtDirectManager::ReadWalkedDir(directory, ReceiveWalked,

@@ -34,9 +34,8 @@ using WalkedEntryFunction =
     std::function<bool(const VtDirectManager::DirEntryExt& entry, const VtDirectManager::WalkedDir& folder)>;
 
 /// Lists a directory of a walk, each entry as it arrives.
-/// @param directory  empty: the path is looked up. Unreachable means that it leads to none.
-/// @param path       with its closing "/"
-[[nodiscard]] ListingEnd ListWalked(VtDirectManager::WalkedDir directory, const std::string& path,
-                                    std::uint32_t flags, const WalkedEntryFunction& receive);
+/// @param directory  empty gives Unreachable
+[[nodiscard]] ListingEnd ListWalked(const VtDirectManager::WalkedDir& directory, std::uint32_t flags,
+                                    const WalkedEntryFunction& receive);
 
 }  // namespace vtdirect_cli

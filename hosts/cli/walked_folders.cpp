@@ -9,7 +9,9 @@ constexpr std::size_t mostWaiting = 100'000;
 }  // namespace
 
 ListingEnd WalkedFolders::List(const std::string& path, const EntryFunction& receive) {
-  return ListWalked(Take(path), path, flags_,
+  VtDirectManager::WalkedDir directory = Take(path);
+  if (directory == nullptr) directory = VtDirectManager::OpenWalk(path.c_str());
+  return ListWalked(directory, flags_,
                     [&](const VtDirectManager::DirEntryExt& entry, const VtDirectManager::WalkedDir& folder) {
                       if (folder != nullptr) Keep(path + TextOrEmpty(entry.name) + "/", folder);
                       return receive(entry);

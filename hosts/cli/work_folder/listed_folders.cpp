@@ -2,12 +2,12 @@
 
 #include <vtdirect/outcome.h>
 
-#include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <exception>
 #include <functional>
 #include <mutex>
+#include <set>
 #include <thread>
 #include <utility>
 
@@ -23,8 +23,11 @@ namespace {
 constexpr unsigned mostLevels = 64;
 constexpr std::size_t mostFolders = 100'000;
 
-// Told of each folder as soon as the listing above it has delivered it.
-using FolderFunction = std::function<void(ListedFolder& folder)>;
+// What is told while a folder is listed.
+struct Watch {
+  std::function<void()> opened;                      // the server has been asked, and the folder is there
+  std::function<void(ListedFolder& folder)> folder;  // of a folder in it, as soon as that is known
+};
 
 [[nodiscard]] std::vector<std::string> TextsOf(const char** texts) {
   std::vector<std::string> out;
@@ -37,42 +40,44 @@ using FolderFunction = std::function<void(ListedFolder& folder)>;
   return {TextOrEmpty(entry.name), number, TextsOf(entry.versions), TextsOf(entry.versionIds)};
 }
 
-// A listing that broke off has told of some folders already, which are perhaps being listed.
-[[nodiscard]] bool IsKnown(const std::vector<std::unique_ptr<ListedFolder>>& folders,
-                           const std::string& name) {
-  return std::any_of(folders.begin(), folders.end(),
-                     [&name](const auto& folder) { return folder->name == name; });
+ListedFolder& AddFolder(ListedFolder& folder, const std::string& name,
+                        const VtDirectManager::WalkedDir& directory) {
+  auto below = std::make_unique<ListedFolder>();
+  below->address = folder.address + name + "/";
+  below->name = name;
+  below->directory = directory;
+  folder.folders.push_back(std::move(below));
+  return *folder.folders.back();
 }
 
-void ListOnce(ListedFolder& folder, bool isRepeated, const FolderFunction& tell) {
+// A listing that broke off has told of some folders already, which are perhaps being listed.
+void ListOnce(ListedFolder& folder, const Watch& watch) {
   folder.documents.clear();
   const VtDirectManager::Outcome outcome;
   const auto flags = VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirFolders |
                      VtDirectManager::ReadDirDetails | VtDirectManager::ReadDirVersions;
+  std::set<std::string> known;
+  for (const auto& below : folder.folders) known.insert(below->name);
+  VtDirectManager::WalkedDir opened = std::exchange(folder.directory, nullptr);
+  if (opened == nullptr) opened = VtDirectManager::OpenWalk(folder.address.c_str());
+  if (opened != nullptr) watch.opened();
   const ListingEnd end =
-      ListWalked(std::exchange(folder.directory, nullptr), folder.address, flags,
+      ListWalked(opened, flags,
                  [&](const VtDirectManager::DirEntryExt& entry, const VtDirectManager::WalkedDir& directory) {
                    if (!entry.isFolder) {
                      folder.documents.push_back(DocumentOf(entry));
-                     return true;
+                   } else if (!known.contains(TextOrEmpty(entry.name))) {
+                     watch.folder(AddFolder(folder, TextOrEmpty(entry.name), directory));
                    }
-                   const std::string name = TextOrEmpty(entry.name);
-                   if (isRepeated && IsKnown(folder.folders, name)) return true;
-                   auto below = std::make_unique<ListedFolder>();
-                   below->address = folder.address + name + "/";
-                   below->name = name;
-                   below->directory = directory;
-                   folder.folders.push_back(std::move(below));
-                   tell(*folder.folders.back());
                    return true;
                  });
   folder.failure.reset();
   if (end != ListingEnd::Whole) folder.failure = WhyFailed(outcome, "cannot list " + folder.address);
 }
 
-void ListRepeatedly(ListedFolder& folder, unsigned retries, const FolderFunction& tell) {
+void ListRepeatedly(ListedFolder& folder, unsigned retries, const Watch& watch) {
   for (unsigned repetition = 0;; ++repetition) {
-    ListOnce(folder, repetition > 0, tell);
+    ListOnce(folder, watch);
     if (!folder.failure || !IsToBeRepeated(*folder.failure, repetition, retries)) return;
   }
 }
@@ -84,7 +89,10 @@ void ListRepeatedly(ListedFolder& folder, unsigned retries, const FolderFunction
 // The folders of a tree, each of which is listed by whichever thread is free first.
 class TreeListing {
  public:
-  TreeListing(ListedFolder& start, Effort effort) : effort_(effort) { Await(start, 1); }
+  TreeListing(ListedFolder& start, Effort effort, const SideTasks& beside)
+      : effort_(effort), beside_(beside) {
+    Await(start, 1);
+  }
 
   void Run() {
     {
@@ -99,9 +107,11 @@ class TreeListing {
   }
 
  private:
+  // A folder, or one of what is done beside.
   struct Waiting {
-    ListedFolder* folder;
-    unsigned level;
+    ListedFolder* folder = nullptr;
+    unsigned level = 0;
+    std::size_t number = 0;
   };
 
   void Await(ListedFolder& folder, unsigned level) {
@@ -115,13 +125,28 @@ class TreeListing {
     changed_.notify_one();
   }
 
+  void BeginBeside() {
+    const std::lock_guard lock(mutex_);
+    isOpen_ = true;
+    changed_.notify_all();
+  }
+
+  [[nodiscard]] bool HasBeside() const { return isOpen_ && begunBeside_ < beside_.count; }
+
   // Nothing when all is listed, or nothing more is to be begun.
   [[nodiscard]] std::optional<Waiting> Next() {
     std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return !waiting_.empty() || underWay_ == 0 || thrown_; });
-    if (waiting_.empty() || thrown_ || Interrupted()) return std::nullopt;
-    const Waiting next = waiting_.front();
-    waiting_.pop_front();
+    changed_.wait(lock, [this] { return !waiting_.empty() || HasBeside() || underWay_ == 0 || thrown_; });
+    if (thrown_ || Interrupted()) return std::nullopt;
+    Waiting next;
+    if (!waiting_.empty()) {
+      next = waiting_.front();
+      waiting_.pop_front();
+    } else if (HasBeside()) {
+      next.number = begunBeside_++;
+    } else {
+      return std::nullopt;
+    }
     ++underWay_;
     return next;
   }
@@ -137,8 +162,7 @@ class TreeListing {
     while (const auto next = Next()) {
       std::exception_ptr thrown;
       try {
-        ListRepeatedly(*next->folder, effort_.retries,
-                       [this, &next](ListedFolder& folder) { Await(folder, next->level + 1); });
+        Do(*next);
       } catch (...) {
         thrown = std::current_exception();
       }
@@ -146,23 +170,33 @@ class TreeListing {
     }
   }
 
+  void Do(const Waiting& next) {
+    if (next.folder == nullptr) return beside_.run(next.number);
+    ListRepeatedly(
+        *next.folder, effort_.retries,
+        {[this] { BeginBeside(); }, [this, &next](ListedFolder& folder) { Await(folder, next.level + 1); }});
+  }
+
   const Effort effort_;
+  const SideTasks& beside_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Waiting> waiting_;
   std::size_t told_ = 0;
   std::size_t underWay_ = 0;
+  bool isOpen_ = false;
+  std::size_t begunBeside_ = 0;
   std::exception_ptr thrown_;
 };
 
 }  // namespace
 
-void ListTree(ListedFolder& start, Effort effort) {
-  TreeListing(start, effort).Run();
+void ListTree(ListedFolder& start, Effort effort, const SideTasks& beside) {
+  TreeListing(start, effort, beside).Run();
 }
 
 void ListFolder(ListedFolder& folder, unsigned retries) {
-  ListRepeatedly(folder, retries, [](ListedFolder&) {});
+  ListRepeatedly(folder, retries, {[] {}, [](ListedFolder&) {}});
 }
 
 }  // namespace vtdirect_cli

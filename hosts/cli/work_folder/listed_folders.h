@@ -2,6 +2,7 @@
 
 #include <vtdirect/vt_direct_manager.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,10 +31,17 @@ struct Effort {
   unsigned retries;
 };
 
+/// Questions that have nothing to do with the listing of a tree, and are asked on its threads whenever no folder
+/// waits: not before the server has been asked for something, and only if the tree is there.
+struct SideTasks {
+  std::size_t count = 0;
+  std::function<void(std::size_t number)> run = {};  ///< called on several threads at one time
+};
+
 /// Lists a folder and all below it, several folders at a time, each as soon as the listing above it has told of
 /// it. Nobody is asked for a password by two of them at once, since the first one goes alone. Makes requests.
 /// What a signal has kept from being listed has a failure of that kind.
-void ListTree(ListedFolder& start, Effort effort);
+void ListTree(ListedFolder& start, Effort effort, const SideTasks& beside = {});
 
 /// Lists one folder, without what is below it. Makes requests.
 void ListFolder(ListedFolder& folder, unsigned retries);

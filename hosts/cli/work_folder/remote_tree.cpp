@@ -163,9 +163,10 @@ bool RemoteTree::Knows(const std::string& path) const {
   return true;
 }
 
-RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort) {
+RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort,
+                          const SideTasks& beside) {
   ListedFolder listed = ToList(start);
-  ListTree(listed, effort);
+  ListTree(listed, effort, beside);
   Naming naming(server, effort);
   naming.TakeAll(start.path, listed);
   naming.AskForVersions();

@@ -50,8 +50,10 @@ struct RemoteFolder {
 
 /// Lists a folder and all below it, several folders at a time, each once: the listing tells the newest version
 /// of each document and its UID. Where a server's listings don't tell them, each document is asked for. Makes
-/// requests. @param server is the key of the server (see GetLinkContext). A folder that could not be listed is one of `failures`, and nothing of it is delivered.
-[[nodiscard]] RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort);
+/// requests. A folder that could not be listed is one of `failures`, and nothing of it is delivered.
+/// @param server  the key of the server (see GetLinkContext)
+[[nodiscard]] RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort,
+                                        const SideTasks& beside = {});
 
 /// What some folders hold, without what is below them.
 struct RemoteLevel {
