@@ -168,11 +168,6 @@ void AddLocalFiles(const Node& directory, const FolderListing& listing, const Ov
 
 }  // namespace
 
-std::pair<std::string, std::string> PartsOfPath(const std::string& path) {
-  const std::size_t name = path.rfind('/') + 1;
-  return {path.substr(0, name), path.substr(name)};
-}
-
 Answer<Iteration> IterationOf(Mount& mount, const Node& file, Effort effort) {
   if (file.kind == NodeKind::VersionFile) {
     return effort == Effort::Ask ? mount.tree().IterationOf(file.address) : Answer<Iteration>{EAGAIN};

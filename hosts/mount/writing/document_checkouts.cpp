@@ -34,9 +34,8 @@ int DocumentCheckouts::Require(const std::string& address, std::string& uid) {
 // What was written when a document was checked out, or was not there, must not become a new iteration of one
 // that is not checked out any more, or that somebody else has made meanwhile.
 std::string DocumentCheckouts::WhyNotNow(const std::string& address) {
-  mounted_.outdate(address);
   int error = 0;
-  const std::string uid = mounted_.uidOf(address, error);
+  const std::string uid = mounted_.uidNow(address, error);
   if (uid.empty()) return error == ENOENT ? "" : std::strerror(error);
   return Has(uid) ? "" : "the document is not checked out here";
 }

@@ -2,10 +2,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "hosts/cli/storing/unstored_files.h"
 #include "hosts/mount/writing/command_runner.h"
+#include "hosts/mount/writing/document_checkouts.h"
 #include "hosts/mount/writing/overlay.h"
 #include "hosts/mount/writing/scratch_names.h"
 #include "tests/support/temporary_directory.h"
@@ -152,6 +155,24 @@ TEST(UnstoredFiles, AreKeptWithAllThatIsKnown) {
   EXPECT_THAT(all[2].fault, testing::HasSubstr("can't be read"));
   files.Strike("1-0-5");
   EXPECT_EQ(files.All().size(), 2U);
+}
+
+// The listing of before says that the document is not there, and a colleague may have made it since.
+TEST(DocumentCheckouts, LetNothingBeStoredByWhatWasKnownBeforeTheServerWentAway) {
+  Mounted mounted;
+  mounted.uidOf = [](const std::string&, int& error) {
+    error = ENOENT;
+    return std::string();
+  };
+  mounted.uidNow = [](const std::string&, int& error) {
+    error = EIO;
+    return std::string();
+  };
+  mounted.outdate = [](const std::string&) {};
+  mounted.log = [](const std::string&) {};
+  const CommandRunner runner({"/bin/false"}, "/tmp");
+  DocumentCheckouts checkouts(mounted, runner, false);
+  EXPECT_EQ(checkouts.WhyNotNow("//plm/F/a.lxz"), std::strerror(EIO));
 }
 
 TEST(CommandRunner, GivesWhatAFailedCommandSaid) {
