@@ -36,6 +36,12 @@ constexpr std::size_t kMostWarnings = 3;
     if (copy.uid.empty() || DocumentOf(copy.uid) != DocumentOf(entry.uid)) continue;
     return {true, false, copy.uid, entry.address + " was checked out; its working copy is " + copy.uid};
   }
+  if (state.status == VtDirectManager::CheckoutInWorkspace) {
+    // In a workspace of the user's own the address leads to the working copy.
+    const std::string copy = WithWorkspace(VtDirectManager::GetUID(entry.address.c_str()));
+    if (!HasObjectId(copy)) return NotKnown(entry.address);
+    return {true, false, copy, entry.address + " was checked out; its working copy is " + copy};
+  }
   if (state.status == VtDirectManager::CheckoutByUserUnrecorded) {
     return {false,
             false,
