@@ -36,6 +36,12 @@ constexpr std::size_t kMostWarnings = 3;
     if (copy.uid.empty() || DocumentOf(copy.uid) != DocumentOf(entry.uid)) continue;
     return {true, false, copy.uid, entry.address + " was checked out; its working copy is " + copy.uid};
   }
+  if (state.status == VtDirectManager::CheckoutInWorkspace) {
+    // In a workspace of the user's own the address leads to the working copy.
+    const std::string copy = WithWorkspace(VtDirectManager::GetUID(entry.address.c_str()));
+    if (!HasObjectId(copy)) return NotKnown(entry.address);
+    return {true, false, copy, entry.address + " was checked out; its working copy is " + copy};
+  }
   if (state.status == VtDirectManager::CheckoutByUserUnrecorded) {
     return {false,
             false,
@@ -194,18 +200,19 @@ void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding) 
 }
 
 void SettleRepeated(Host& host, const std::string& step, const std::string& uid) {
-  const auto entries = Journal().Open();
-  if (!entries) return;
-  for (const JournalEntry& entry : *entries) {
+  const auto open = Journal().Open();
+  if (!open) return;
+  for (const JournalEntry& entry : open->entries) {
     if (entry.step == step && AreSameUid(entry.uid, uid)) SettleEntry(host, entry, {true, false, {}, {}});
   }
 }
 
 void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls) {
-  const auto entries = Journal().Open();
-  if (!entries) return host.output().Warning(entries.failure().message);
+  const auto open = Journal().Open();
+  if (!open) return host.output().Warning(open.failure().message);
+  if (!open->fault.empty()) host.output().Warning(open->fault);
   std::size_t warned = 0;
-  for (const JournalEntry& entry : *entries) {
+  for (const JournalEntry& entry : open->entries) {
     const std::string url = VtDirectManager::GetServerURL(entry.uid.c_str());
     const bool isUsed = !url.empty() && std::find(urls.begin(), urls.end(), url) != urls.end();
     if (!isUsed || Interrupted()) continue;

@@ -94,7 +94,7 @@ class Sending {
     ForgetReasons();
     if (VtDirectManager::UndoCheckout(workingCopy_.c_str()).empty()) {
       step.SettleUnlessUnknown();
-      host_.output().Warning("the checkout of " + Printable(file_.path) + " stands still; " +
+      host_.output().Warning("the checkout of " + Printable(file_.path) + " may stand still; " +
                              CommandToType("undo", workingCopy_) + " ends it");
       return;
     }
