@@ -25,6 +25,7 @@
 #include "hosts/cli/mounted_path.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/generated_texts.h"
+#include "hosts/cli/texts/near_word.h"
 #include "hosts/cli/trace_log.h"
 #include "hosts/cli/work_folder/work_folder.h"
 
@@ -72,12 +73,35 @@ void BoundTheFolderScan() {
   return arguments;
 }
 
+// The failure of a column that the command's rows don't have.
+[[nodiscard]] std::optional<Failure> RefusalOfSorting(const CommandRow& command, const Arguments& arguments) {
+  const std::string wanted = arguments.Text("sort");
+  const auto& columns = command.columns;
+  if (!arguments.Has("sort") || std::find(columns.begin(), columns.end(), wanted) != columns.end()) {
+    return std::nullopt;
+  }
+  const std::vector<std::string> names(columns.begin(), columns.end());
+  std::string all;
+  for (const std::string& name : names) all += (all.empty() ? "" : ", ") + name;
+  return Failure{ExitCode::Usage, "there is no column \"" + wanted + "\" to sort by; there are " + all,
+                 DidYouMean(wanted, names)};
+}
+
+[[nodiscard]] ExitCode RunListing(const CommandRow& command, const Arguments& arguments, Host& host) {
+  if (command.columns.empty()) return command.run(host, arguments);
+  host.output().BeginListing(StandardScreen(), arguments.Text("sort"));
+  const ExitCode code = command.run(host, arguments);
+  host.output().EndListing();
+  return code;
+}
+
 [[nodiscard]] ExitCode RunOnHost(const CommandRow& command, const Arguments& arguments, Host& host) {
+  if (const auto failure = RefusalOfSorting(command, arguments)) return host.output().Fail(*failure);
   if (const auto failure = host.SetUp(command, arguments)) return host.output().Fail(*failure);
   if (command.makesRequests && std::strcmp(command.name, "recover") != 0) {
     WarnOfOpenEntries(host, host.ServersOf(command, arguments));
   }
-  const ExitCode code = command.run(host, WithAddresses(command, arguments));
+  const ExitCode code = RunListing(command, WithAddresses(command, arguments), host);
   if (code == ExitCode::Ok) host.TellCredentialsAccepted();
   return code;
 }

@@ -64,6 +64,17 @@ TEST(Tables, HoldEachGroupTogether) {
   EXPECT_TRUE(met.empty());
 }
 
+TEST(GeneratedTexts, NameEveryColumnThatAListingIsSortedBy) {
+  std::size_t listings = 0;
+  for (const CommandRow& row : Commands()) {
+    if (row.columns.empty()) continue;
+    ++listings;
+    ASSERT_STREQ(row.options.back().name.text(), "sort") << row.name;
+    for (const char* column : row.columns) EXPECT_THAT(row.options.back().help, HasSubstr(column)) << row.name;
+  }
+  EXPECT_GT(listings, 0U);
+}
+
 TEST(GeneratedTexts, TellEveryExitStatus) {
   for (const ExitCodeRow& row : ExitCodes()) {
     const std::string number = std::to_string(static_cast<int>(row.code));
