@@ -24,7 +24,7 @@
 #include "hosts/cli/many/listed_addresses.h"
 #include "hosts/cli/mounted_path.h"
 #include "hosts/cli/reasons.h"
-#include "hosts/cli/texts/generated_texts.h"
+#include "hosts/cli/texts/generation.h"
 #include "hosts/cli/texts/near_word.h"
 #include "hosts/cli/trace_log.h"
 #include "hosts/cli/work_folder/work_folder.h"
@@ -169,25 +169,6 @@ void BoundTheFolderScan() {
   return interruption != 0 ? interruption : static_cast<int>(code);
 }
 
-// For whoever builds or packages the program: what is installed beside it comes from its own tables.
-[[nodiscard]] bool Generate(int argc, const char* const* argv) {
-  if (argc != 3 || std::strcmp(argv[1], "--generate") != 0) return false;
-  if (std::strcmp(argv[2], "manual") == 0) {
-    std::cout << ManualPage();
-  } else if (std::strcmp(argv[2], "completion") == 0) {
-    std::cout << BashCompletion();
-  } else if (std::strcmp(argv[2], "zsh-completion") == 0) {
-    std::cout << ZshCompletion();
-  } else if (std::strcmp(argv[2], "fish-completion") == 0) {
-    std::cout << FishCompletion();
-  } else if (std::strcmp(argv[2], "json-output") == 0) {
-    std::cout << JsonDocument();
-  } else {
-    return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 int RunProgram(int argc, const char* const* argv) {
@@ -198,7 +179,7 @@ int RunProgram(int argc, const char* const* argv) {
   BoundTheFolderScan();
   WatchForInterruption();
   Output output(std::cout, std::cerr);
-  if (Generate(argc, argv)) return Finish(output, ExitCode::Ok);
+  if (const auto generated = Generate(argc, argv)) return Finish(output, *generated);
 
   const CommandLine line = ParseCommandLine(argc, argv);
   output.Configure(line.named, line.json, line.arguments.Has("quiet"));
