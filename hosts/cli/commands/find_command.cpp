@@ -12,6 +12,7 @@
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/tree_walk.h"
+#include "hosts/cli/walked_folders.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -36,7 +37,7 @@ struct Listed {
 /// One search under way.
 class Search {
  public:
-  Search(Host& host, Wanted wanted) : host_(host), wanted_(std::move(wanted)) {}
+  Search(Host& host, Wanted wanted) : host_(host), wanted_(std::move(wanted)), folders_(Flags()) {}
 
   [[nodiscard]] ExitCode Run(const std::string& path) {
     TreeWork work;
@@ -73,7 +74,7 @@ class Search {
   }
 
   [[nodiscard]] ListingEnd List(const std::string& folder, const EntryFunction& receive) {
-    return ListPath(folder, Flags(), [this, &receive](const VtDirectManager::DirEntryExt& entry) {
+    return folders_.List(folder, [this, &receive](const VtDirectManager::DirEntryExt& entry) {
       Remember(entry);
       return receive(entry);
     });
@@ -146,6 +147,7 @@ class Search {
 
   Host& host_;
   Wanted wanted_;
+  WalkedFolders folders_;
   Listed listed_;
   std::optional<Failure> failure_;
   bool lacks_ = false;

@@ -122,6 +122,11 @@ void RecordStored(Host& host, const Put& put) {
   if (!record || !IsUnchanged(source)) return;
   record->address = put.request.address;
   record->uid = put.uid;
+  if (LeavesWorkingCopy(put)) {
+    // The working copy has one content, and what was stored in it before is gone.
+    ForgetContentOf(put.uid);
+    record->copyUse = CopyUse::Stored;
+  }
   RecordFetch(host, source.path, *record);
 }
 
@@ -145,6 +150,7 @@ void KeepWhatIsStored(Host& host, const Put& put) {
   }
   report.Tell("the file is stored and checked in; the UID to go on with is " + uid);
   WarnOfLeftWorkspace(host);
+  KeepContentOf(host, put.uid, uid);
   ForgetCheckout(host, put.uid);
   step.Settle();
   return uid;

@@ -40,10 +40,11 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding, bool is
 }
 
 ExitCode RunRecover(Host& host, const Arguments& arguments) {
-  const auto entries = Journal().Open();
-  if (!entries) return host.output().Fail(entries.failure());
-  std::uint64_t open = 0;
-  for (const JournalEntry& entry : *entries) {
+  const auto changes = Journal().Open();
+  if (!changes) return host.output().Fail(changes.failure());
+  if (!changes->fault.empty()) host.output().Warning(changes->fault);
+  std::uint64_t open = changes->unreadable;
+  for (const JournalEntry& entry : changes->entries) {
     const Finding finding = FindOutWhatStands(host, entry);
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
     if (!IsDryRun(arguments)) SettleEntry(host, entry, finding);

@@ -107,7 +107,16 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
   host.output().Note("saved " + download.target.path + ", " + BytesToTell(size));
 }
 
+// What is fetched, as a record of it names it.
+[[nodiscard]] const std::string& NameOfSource(const Download& download) {
+  if (!download.uidToGoOnWith.empty()) return download.uidToGoOnWith;
+  return download.source.empty() ? download.address : download.source;
+}
+
 [[nodiscard]] Result<std::uint64_t> FetchIntoFile(Host& host, const Download& download) {
+  if (auto failure = RefusalToReplaceCopy(download.target, download.force, NameOfSource(download))) {
+    return *failure;
+  }
   DurableFile pending(download.target.path);
   if (pending.error() != 0) return WriteFailure(download.target.path, pending.error());
   const auto uid = Fetch(host, download, pending.path());
@@ -123,6 +132,7 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
     record->address = download.address;
     record->uid = *uid;
     record->version = download.version;
+    record->copyUse = download.isOfWorkingCopy ? CopyUse::Fetched : CopyUse::None;
     RecordFetch(host, download.target.path, *record);
   }
   Report(host, download, *uid, size);
@@ -231,6 +241,21 @@ void RecordFetch(Host& host, const std::string& file, FetchRecord record) {
   if (fault.empty()) return;
   host.output().Warning("it is not recorded that the server has the content of " + file + ": " + fault +
                         "; a further get into it takes --force");
+}
+
+void KeepContentOf(Host& host, const std::string& workingCopy, const std::string& iteration) {
+  for (FetchRecord& record : FetchRecords().OfWorkingCopy(workingCopy)) {
+    record.uid = iteration;
+    record.version.clear();
+    record.copyUse = CopyUse::None;
+    RecordFetch(host, record.file, record);
+  }
+}
+
+void ForgetContentOf(const std::string& workingCopy) {
+  for (const FetchRecord& record : FetchRecords().OfWorkingCopy(workingCopy)) {
+    FetchRecords().Forget(record.file);
+  }
 }
 
 Result<std::uint64_t> PerformDownload(Host& host, const Download& download) {

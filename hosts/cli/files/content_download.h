@@ -26,7 +26,8 @@ struct Download {
   bool force = false;
   /// Told how many bytes have come, in place of the line of progress; may be empty.
   std::function<void(std::size_t received)> progress = {};
-  std::string version;  ///< of the content, when it is known without a question
+  std::string version;           ///< of the content, when it is known without a question
+  bool isOfWorkingCopy = false;  ///< what is fetched is a working copy's content
   bool isDryRun = false;
 };
 
@@ -49,6 +50,13 @@ struct Download {
 /// version that the server tells. What goes wrong is a warning. Makes requests when the record has no version.
 /// @param record  with all but file, and perhaps version
 void RecordFetch(Host& host, const std::string& file, FetchRecord record);
+
+/// Local files whose bytes are in a working copy have them in this iteration from now on: it was checked in.
+/// Makes requests if there are such files.
+void KeepContentOf(Host& host, const std::string& workingCopy, const std::string& iteration);
+
+/// Forgets that a working copy has the bytes of local files: it has got other ones. Makes no request.
+void ForgetContentOf(const std::string& workingCopy);
 
 /// Downloads, puts the file in its place when it is whole, and reports that. A dry run looks whether the object is
 /// there, and says what would become of the file.

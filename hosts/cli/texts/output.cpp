@@ -69,20 +69,6 @@ void AppendReason(const Reason& reason, Record& record) {
   return record;
 }
 
-// The writer takes it for a character like the others of ASCII, and a terminal does not.
-[[nodiscard]] std::string WithoutDelete(std::string_view json) {
-  std::string out;
-  out.reserve(json.size());
-  for (const char c : json) {
-    if (c == '\x7F') {
-      out += "\\u007F";
-    } else {
-      out += c;
-    }
-  }
-  return out;
-}
-
 [[nodiscard]] std::string RowLine(const Record& record) {
   std::string line;
   const char* separator = "";
@@ -118,7 +104,7 @@ std::string JsonLine(const std::string& command, const Record& record) {
     std::visit(ValueWriter{writer}, value);
   }
   writer.EndObject();
-  return WithoutDelete({buffer.GetString(), buffer.GetSize()});
+  return JsonWithoutDelete({buffer.GetString(), buffer.GetSize()});
 }
 
 std::string FailureLine(const std::string& command, bool json, Failure failure) {

@@ -105,8 +105,8 @@ Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, con
     arrival.failure = CannotWrite(document.path, EIO);
     return arrival;
   }
-  arrival.file = {document.path,  document.address,    document.uid,    document.version,
-                  measured->size, FactsOf(local).time, measured->sha256};
+  arrival.file = {document.path,  document.address, document.uid,    document.version,
+                  measured->size, StampFile(local), measured->sha256};
   return arrival;
 }
 
@@ -136,7 +136,7 @@ FetchResult RecogniseFile(WorkFolder& folder, const Comparison& wanted, const Fe
   Arrival arrival = FetchVersion(folder, folder.incoming(), *wanted.document, progress);
   if (arrival.failure) return Failed(*arrival.failure);
   if (!HasBytesOf(place, facts, arrival.file)) return {End::Left, std::nullopt, {}};
-  arrival.file.time = facts.time;
+  arrival.file.time = TimeToKeep(facts.time, facts.seen);
   const std::string fault = folder.store().Keep(arrival.file);
   if (!fault.empty()) return Failed(StoreFailure(fault));
   return {End::Known, std::nullopt, arrival.file};
