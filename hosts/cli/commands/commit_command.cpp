@@ -148,7 +148,7 @@ CommandRow CommitCommand() {
       "A document whose newest version is not the one that the file came from is a conflict: nothing of it "
       "is "
       "sent, and the others go on. It keeps its source links, attributes and a viewable that the server "
-      "carries over, as with put.\n\n"
+      "carries over, as with put. Metadata is of one iteration, and the new one has none.\n\n"
       "When one fails, what stands and what to do next is told, and the same command can be given again: it "
       "goes on with the checkout that was made. A file that the server does not know is not sent; put "
       "creates a document.",
