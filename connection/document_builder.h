@@ -5,11 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "connection/memory_watch.h"
+
 namespace lxservices::cms_interface::vantry {
 
-/// Hands the events of JSON to a document as long as there is memory for it. RapidJSON takes what it gets for
-/// memory without a look, and a process with a limit on its memory would crash. So from time to time this asks
-/// for more than the document may need until it asks again, and ends the parse when that can't be had.
+/// Hands the events of JSON to a document as long as there is memory for it, and ends the parse when there is
+/// none left.
 class DocumentBuilder {
  public:
   /// The document must outlive the builder.
@@ -37,14 +38,11 @@ class DocumentBuilder {
   /// Whether there is memory for one more value with a text of this length.
   [[nodiscard]] bool HasRoom(std::size_t textLength) {
     // It is kept on a stack first, and later in the array or object that it belongs to.
-    taken_ += 2 * sizeof(rapidjson::Value) + textLength;
-    return taken_ < nextLook_ || Look();
+    return memory_.HasRoomFor(2 * sizeof(rapidjson::Value) + textLength);
   }
-  [[nodiscard]] bool Look();
 
   rapidjson::Document& document_;
-  std::size_t taken_ = 0;  ///< at most, by what is in the document
-  std::size_t nextLook_ = std::size_t{4} << 20;
+  MemoryWatch memory_;
 };
 
 }  // namespace lxservices::cms_interface::vantry

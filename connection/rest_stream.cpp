@@ -106,13 +106,6 @@ bool ParseJsonResponse(RestStream& response, rapidjson::Document& document) {
   return false;
 }
 
-bool ParseJsonInResponse(RestStream& response, rapidjson::Document& document) {
-  if (!response.isBodyInMemory()) return ParseJsonResponse(response, document);
-  if (ParseJsonInPlace(response.NextPiece(), document)) return true;
-  response.ReportBroken();
-  return false;
-}
-
 bool ParseArrayResponse(RestStream& response, rapidjson::Document& document) {
   if (!ParseJsonResponse(response, document)) return false;
   if (!document.IsArray()) response.ReportBroken();

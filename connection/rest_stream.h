@@ -81,10 +81,6 @@ class RestStream {
 ///         nested too deeply
 [[nodiscard]] bool ParseJsonResponse(RestStream& response, rapidjson::Document& document);
 
-/// ParseJsonResponse for a document that goes before the response does, and whose texts nobody takes for texts
-/// that a zero byte ends: those of an answer in memory stay where they are.
-[[nodiscard]] bool ParseJsonInResponse(RestStream& response, rapidjson::Document& document);
-
 /// ParseJsonResponse for an answer that is to be an array. JSON of another kind is reported and gives false
 /// too.
 [[nodiscard]] bool ParseArrayResponse(RestStream& response, rapidjson::Document& document);

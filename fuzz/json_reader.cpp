@@ -1,5 +1,5 @@
-// The reader of JSON against RapidJSON's: every event and the result, of the whole text and of the text in
-// pieces.
+// The readers of JSON against RapidJSON's: every event and the result, of the whole text, of the text in
+// pieces and, where it is plain, by the reader of plain texts.
 #include "connection/json_reader.h"
 
 #include <algorithm>
@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 
+#include "connection/plain_json.h"
 #include "tests/support/json_event_log.h"
 #include "tests/support/rapidjson_reading.h"
 
@@ -45,6 +46,16 @@ Outcome InPieces(std::string_view text, std::size_t events, std::size_t first, s
   return {goesOn && reader.Finish(), log.text()};
 }
 
+// A text that isn't plain may have made any events.
+void ComparePlain(std::string_view text, const Outcome& expected) {
+  JsonEventLog log;
+  if (!PlainJson<JsonEventLog>(text, log).Read()) return;
+  if (expected.read && log.text() == expected.events) return;
+  std::fprintf(stderr, "as plain:\nexpected %d %s\nread     1 %s\n", expected.read, expected.events.c_str(),
+               log.text().c_str());
+  std::abort();
+}
+
 void Compare(const Outcome& expected, const Outcome& outcome, std::size_t size) {
   if (outcome.read == expected.read && outcome.events == expected.events) return;
   std::fprintf(stderr, "in pieces of %zu:\nexpected %d %s\nread     %d %s\n", size, expected.read,
@@ -57,6 +68,7 @@ void Compare(const Outcome& expected, const Outcome& outcome, std::size_t size) 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(data), size);
   const Outcome expected = Expected(text, noLimit);
+  ComparePlain(text, expected);
   Compare(expected, InPieces(text, noLimit, size, size), size);
   Compare(expected, InPieces(text, noLimit, 1, 1), 1);
   // Other cuts for each text: they follow from its length and its first byte.

@@ -34,7 +34,7 @@ std::optional<FileInfo> UndoCheckoutDocument(ServerContext& server, const Checko
   // A refused undo does not keep the temporary workspace: deleting it is what frees the document, and the
   // caller is told of a success as long as the document can be read.
   if (id.temporary) DeleteTemporaryWorkspace(server, id.workspace);
-  if (result->id.empty() && HandOver(ReadDocument(server, id.document, std::move(*result)), *result) != Ok) {
+  if (result->id.empty() && HandOver(ReadDocument(server, id.document, *result), *result) != Ok) {
     TracerFor(Follows())(dp::TraceType::Error, "Failed to locate document %s on server\n",
                          id.document.c_str());
     return std::nullopt;

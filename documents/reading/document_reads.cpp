@@ -1,47 +1,46 @@
 #include "documents/reading/document_reads.h"
 
-#include <array>
-#include <cstddef>
 #include <utility>
 
 #include "base/failure_trace.h"
 #include "connection/rest_stream.h"
 #include "connection/url_escape.h"
 #include "documents/reading/document_reader.h"
+#include "documents/reading/document_text.h"
 
 namespace lxservices::cms_interface::vantry {
 namespace {
 
 constexpr const char* documentsPath = "servlet/rest/v1/dkm/documents/";
 
-/// A document with room for the usual answer, which is then read without asking for memory.
-class RoomyDocument {
- public:
-  RoomyDocument() : allocator_(room_.data(), room_.size()), document_(&allocator_, stackBytes) {}
-  [[nodiscard]] rapidjson::Document& get() { return document_; }
+bool ReadBody(RestStream& response, const DocumentRecord* known, DocumentRecord& record) {
+  if (response.isBodyInMemory()) return ReadDocumentText(response.NextPiece(), known, record);
+  return ReadDocumentText([&response] { return response.NextPiece(); }, known, record);
+}
 
- private:
-  static constexpr std::size_t stackBytes = 4096;
-
-  alignas(std::max_align_t) std::array<char, 16384> room_;
-  rapidjson::Document::AllocatorType allocator_;
-  rapidjson::Document document_;
-};
-
-}  // namespace
-
-Result<DocumentRecord> ReadDocument(ServerContext& server, const std::string& id, DocumentRecord known) {
+// The record is filled where the caller gets it: to move one costs as much as to read half of it.
+Result<DocumentRecord> ReadOnTop(ServerContext& server, const std::string& id, const DocumentRecord* known) {
   const FailureStep step("read the document");
+  Result<DocumentRecord> document(Ok);
   const std::string path = documentsPath + EscapeForUrl(id);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
   if (!response.succeeded()) {
-    return response.errorCode() != du::http::ErrorCode::Done ? ConnectionFailed : Refused;
-  }
-  RoomyDocument room;
-  rapidjson::Document& document = room.get();
-  if (ParseJsonInResponse(response, document) && !ReadDocumentRecord(document, known))
+    document.status = response.errorCode() != du::http::ErrorCode::Done ? ConnectionFailed : Refused;
+  } else if (!ReadBody(response, known, document.value)) {
     response.ReportBroken();
-  return known;
+  }
+  return document;
+}
+
+}  // namespace
+
+Result<DocumentRecord> ReadDocument(ServerContext& server, const std::string& id) {
+  return ReadOnTop(server, id, nullptr);
+}
+
+Result<DocumentRecord> ReadDocument(ServerContext& server, const std::string& id,
+                                    const DocumentRecord& known) {
+  return ReadOnTop(server, id, &known);
 }
 
 std::optional<rapidjson::Document> ReadDocumentJson(ServerContext& server, const std::string& id) {

@@ -15,9 +15,12 @@ namespace lxservices::cms_interface::vantry {
 
 /// Reads a document by its id. A body that is no JSON leaves the record as it was and counts as success.
 /// Nothing is traced.
-/// @param known  what another answer has told of the document; this one is read on top of it
 /// @return with Ok on 200 to 299; ConnectionFailed without a usable exchange; Refused for any other answer
-Result<DocumentRecord> ReadDocument(ServerContext& server, const std::string& id, DocumentRecord known = {});
+Result<DocumentRecord> ReadDocument(ServerContext& server, const std::string& id);
+
+/// The same, read on top of what another answer has told of the document.
+Result<DocumentRecord> ReadDocument(ServerContext& server, const std::string& id,
+                                    const DocumentRecord& known);
 
 /// Reads a document by its id as raw JSON, which is null when the body is none.
 /// @return nothing for a status outside 200 to 299

@@ -1,24 +1,24 @@
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
-
 #include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/discard_unstored.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/storing/unstored_files.h"
-#include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
 
-void Show(Host& host, const JournalEntry& entry, const Finding& finding) {
-  host.output().Row({{"since", entry.since},
+void Show(Host& host, const JournalEntry& entry, const Finding& finding, bool isDryRun) {
+  const Record shown{{"since", entry.since},
                      {"step", entry.step},
                      {"address", entry.address},
                      {"settled", finding.isKnown},
-                     {"found", finding.words}});
+                     {"found", finding.words}};
+  Record json = shown;
+  if (isDryRun) json.emplace_back("dry_run", true);
+  host.output().Row(shown, json);
   static_cast<void>(host.output().Flush());
 }
 
@@ -43,60 +43,19 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding) {
   return open;
 }
 
-[[nodiscard]] std::optional<Failure> Discard(Host& host, const UnstoredFiles& unstored,
-                                             const UnstoredFile& file) {
-  using Discarded = UnstoredFiles::Discarded;
-  const std::string content = unstored.ContentOf(file.name);
-  const Discarded came = unstored.Discard(file);
-  if (came == Discarded::Written) {
-    return Failure{ExitCode::Failure, "a program is writing to " + file.address + " in a mount",
-                   "close it there, and give the same command again"};
-  }
-  if (came == Discarded::Failed) {
-    return Failure{ExitCode::LocalFile, "cannot remove " + content + ": " + std::strerror(errno)};
-  }
-  const std::string found = came == Discarded::Gone
-                                ? "was given up; its bytes are gone"
-                                : "is given up; its mount drops it within 15 seconds, or at vtdirect refresh";
-  host.output().Row({{"since", file.since},
-                     {"step", std::string("mount")},
-                     {"address", file.address},
-                     {"settled", true},
-                     {"found", found}});
-  return std::nullopt;
-}
-
-// Gives up files by the paths of their contents, as they are listed. All are looked for before any goes.
-[[nodiscard]] ExitCode DiscardAll(Host& host, const std::vector<std::string>& paths) {
-  const UnstoredFiles unstored;
-  const auto files = unstored.All();
-  std::vector<UnstoredFile> wanted;
-  for (const std::string& path : paths) {
-    const auto place = std::find_if(files.begin(), files.end(), [&](const UnstoredFile& file) {
-      return unstored.ContentOf(file.name) == path;
-    });
-    if (place == files.end()) {
-      return host.output().Fail({ExitCode::NotFound, Printable(path) + " is none of the files that wait",
-                                 "vtdirect recover lists them"});
-    }
-    wanted.push_back(*place);
-  }
-  for (const UnstoredFile& file : wanted) {
-    if (const auto failure = Discard(host, unstored, file)) return host.output().Fail(*failure);
-  }
-  return ExitCode::Ok;
-}
-
 ExitCode RunRecover(Host& host, const Arguments& arguments) {
-  if (arguments.Has("discard")) return DiscardAll(host, arguments.All("discard"));
-  const auto entries = Journal().Open();
-  if (!entries) return host.output().Fail(entries.failure());
-  std::uint64_t open = 0;
-  for (const JournalEntry& entry : *entries) {
+  if (arguments.Has("discard")) {
+    return DiscardUnstored(host, arguments.All("discard"), IsDryRun(arguments));
+  }
+  const auto changes = Journal().Open();
+  if (!changes) return host.output().Fail(changes.failure());
+  if (!changes->fault.empty()) host.output().Warning(changes->fault);
+  std::uint64_t open = changes->unreadable;
+  for (const JournalEntry& entry : changes->entries) {
     const Finding finding = FindOutWhatStands(host, entry);
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
-    SettleEntry(host, entry, finding);
-    Show(host, entry, finding);
+    if (!IsDryRun(arguments)) SettleEntry(host, entry, finding);
+    Show(host, entry, finding, IsDryRun(arguments));
     if (!finding.isKnown) ++open;
   }
   open += ShowUnstored(host);
@@ -129,8 +88,9 @@ CommandRow RecoverCommand() {
       "a change warns of it.",
       {},
       {{"discard", 0, "FILE", true, Completion::Files,
-        "Give up a file that was written in a mount, by the path that is printed for it. Its bytes are lost. "
-        "Nothing else is settled. May be given several times."}},
+        "Give up a file that was written in a mount, by the path that is printed for it. Its bytes are "
+        "lost. Nothing else is settled. May be given several times."},
+       DryRunOption("Say where things stand, and leave the journal as it is.")},
       true,
       RunRecover,
       {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
@@ -138,7 +98,8 @@ CommandRow RecoverCommand() {
         "checkout, checkin, undo, create, iterate, store, xliff put or xliff publish"},
        {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
        {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
-       {"found", MemberType::Text, nullptr, "where things stand, for a reader"}}};
+       {"found", MemberType::Text, nullptr, "where things stand, for a reader"},
+       DryRunMember("true: the change is in the journal as before")}};
 }
 
 }  // namespace vtdirect_cli

@@ -60,24 +60,34 @@ int UnstoredFiles::Write(const UnstoredFile& file) const {
   return ReplaceDurably(directory_ + "/" + file.name + ending, text);
 }
 
-UnstoredFiles::Discarded UnstoredFiles::Discard(const UnstoredFile& file) const {
-  const std::string content = ContentOf(file.name);
-  const int descriptor = open(content.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
-  if (descriptor < 0 && errno != ENOENT) return Discarded::Failed;
-  const bool isFree = descriptor < 0 || flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
-  Discarded came = Discarded::Gone;
-  if (isFree) {
-    // The content first: an entry without one is listed, and a content without an entry is nobody's.
-    if (unlink(content.c_str()) != 0 && errno != ENOENT) came = Discarded::Failed;
-    if (came == Discarded::Gone) Strike(file.name);
-  } else if (!file.isWhole) {
-    came = Discarded::Written;
-  } else {
-    const bool isAsked = ReplaceDurably(directory_ + "/" + file.name + discardEnding, "") == 0;
-    came = isAsked ? Discarded::Asked : Discarded::Failed;
-  }
+// A mount has a lock on the content of each file that it is to store.
+UnstoredFiles::Discarded UnstoredFiles::WhatDiscardingDoes(const UnstoredFile& file, int descriptor) const {
+  if (descriptor < 0) return errno == ENOENT ? Discarded::Gone : Discarded::Failed;
+  const bool isFree = flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+  if (isFree) return Discarded::Gone;
+  return file.isWhole ? Discarded::Asked : Discarded::Written;
+}
+
+int UnstoredFiles::Ask(const std::string& name) const {
+  return ReplaceDurably(directory_ + "/" + name + discardEnding, "");
+}
+
+// The content first: an entry without one is listed, and a content without an entry is nobody's.
+int UnstoredFiles::Remove(const std::string& name) const {
+  if (unlink(ContentOf(name).c_str()) != 0 && errno != ENOENT) return errno;
+  Strike(name);
+  return 0;
+}
+
+UnstoredFiles::Discarded UnstoredFiles::Discard(const UnstoredFile& file, bool isDryRun) const {
+  const int descriptor = open(ContentOf(file.name).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+  Discarded came = WhatDiscardingDoes(file, descriptor);
+  int error = came == Discarded::Failed ? errno : 0;
+  if (!isDryRun && came == Discarded::Gone) error = Remove(file.name);
+  if (!isDryRun && came == Discarded::Asked) error = Ask(file.name);
   if (descriptor >= 0) close(descriptor);
-  return came;
+  errno = error;
+  return error == 0 ? came : Discarded::Failed;
 }
 
 bool UnstoredFiles::IsToBeDropped(const std::string& name) const {

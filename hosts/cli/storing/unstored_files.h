@@ -46,7 +46,8 @@ class UnstoredFiles {
     Failed    ///< it could not be removed; errno says why
   };
   /// Gives a file up.
-  [[nodiscard]] Discarded Discard(const UnstoredFile& file) const;
+  /// @param isDryRun  whether to tell only what would come of it
+  [[nodiscard]] Discarded Discard(const UnstoredFile& file, bool isDryRun) const;
   /// Whether the mount that has a file is asked to drop it.
   [[nodiscard]] bool IsToBeDropped(const std::string& name) const;
   /// Takes that back, since the file is being written anew.
@@ -65,6 +66,10 @@ class UnstoredFiles {
   [[nodiscard]] std::vector<UnstoredFile> All() const { return List().files; }
 
  private:
+  [[nodiscard]] Discarded WhatDiscardingDoes(const UnstoredFile& file, int descriptor) const;
+  [[nodiscard]] int Ask(const std::string& name) const;
+  [[nodiscard]] int Remove(const std::string& name) const;
+
   std::string directory_;
 };
 

@@ -289,6 +289,10 @@ TEST_F(MountLosses, WhatWaitsWithoutAMountCanBeGivenUpAtOnce) {
   ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
   EXPECT_EQ(WaitForMount().status, 0);
   EXPECT_EQ(Names(Unstored()).size(), 2U);
+  const auto tried = Run({"recover", "--discard", WaitingContent(), "--dry-run"});
+  EXPECT_EQ(tried.status, 0) << tried.err;
+  EXPECT_THAT(tried.out, HasSubstr("would be given up"));
+  EXPECT_EQ(Names(Unstored()).size(), 2U);
   const auto result = Run({"recover", "--discard", WaitingContent()});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(Names(Unstored()), IsEmpty());
@@ -317,6 +321,21 @@ TEST_F(MountLosses, WhatWaitsForOneServerIsNotSentToAnotherOfItsNickname) {
   EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
   EXPECT_EQ(Names(Unstored()).size(), 2U);
   EXPECT_EQ(OnServer(Path()), server().Get(kForkContent));
+}
+
+// The kernel tells of the last close late, or never when the mount ends before.
+TEST_F(MountLosses, AMountThatEndsLeavesNothingOfWhatProgramsHaveOpen) {
+  Serve();
+  Mount({"--write"});
+  const std::string backup = Tree(std::string(kFrame) + "a~");
+  ASSERT_EQ(Shell("printf backup >'" + backup + "'").err, "");
+  const int file = open(backup.c_str(), O_RDONLY | O_CLOEXEC);
+  const int document = open(Fork().c_str(), O_RDONLY | O_CLOEXEC);
+  const int directory = open(Tree(kFrame).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  SignalMount(SIGTERM);
+  EXPECT_EQ(WaitForMount().status, 0);
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
+  for (const int descriptor : {file, document, directory}) EXPECT_EQ(close(descriptor), 0);
 }
 
 TEST_F(MountLosses, ANewFileThatWaitsCanBeGivenAnotherName) {

@@ -159,49 +159,4 @@ TEST(JsonMembers, CopyingLeavesTheTextAloneForAnotherType) {
   EXPECT_EQ(text, std::string("x\0y", 3));
 }
 
-bool IsPartOf(std::string_view text, const rapidjson::Value& value) {
-  return value.GetString() >= text.data() && value.GetString() < text.data() + text.size();
-}
-
-TEST(JsonParsing, LeavesTextsInPlaceWhenAskedTo) {
-  const std::string text =
-      R"({"name":"a fork that is longer than any text a value has room for","list":["x"]})";
-  rapidjson::Document document;
-  ASSERT_TRUE(ParseJsonInPlace(text, document));
-  EXPECT_TRUE(IsPartOf(text, document.MemberBegin()->name));
-  EXPECT_TRUE(IsPartOf(text, document["name"]));
-  EXPECT_TRUE(IsPartOf(text, document["list"][0]));
-  EXPECT_EQ(TextView(document["name"]), "a fork that is longer than any text a value has room for");
-  EXPECT_EQ(TextView(document["list"][0]), "x");
-}
-
-TEST(JsonParsing, CopiesTextsWithEscapesInPlaceToo) {
-  // The last one is half a character, which is put in the place of its escape before the parser reads it.
-  const std::string text = R"({"a\"b":"first\nsecond","\u0041":"\u00e4","half":"\udc00"})";
-  rapidjson::Document document;
-  ASSERT_TRUE(ParseJsonInPlace(text, document));
-  EXPECT_EQ(TextView(document["a\"b"]), "first\nsecond");
-  EXPECT_EQ(TextView(document["A"]), "\xC3\xA4");
-  EXPECT_EQ(TextView(document["half"]), "\xED\xB0\x80");
-}
-
-TEST(JsonParsing, MakesTheSameDocumentInPlace) {
-  const std::string text =
-      R"({"n":null,"b":[true,false],"i":-1,"u":1,"l":-5000000000,"m":18446744073709551615,"d":1.5,"o":{"":""}})";
-  rapidjson::Document document, inPlace;
-  ASSERT_TRUE(ParseJson(text, document));
-  ASSERT_TRUE(ParseJsonInPlace(text, inPlace));
-  EXPECT_TRUE(document == inPlace);
-  EXPECT_EQ(inPlace["m"].GetUint64(), 18446744073709551615U);
-  EXPECT_EQ(inPlace["l"].GetInt64(), -5000000000);
-}
-
-TEST(JsonParsing, RefusesInPlaceWhatItRefusesElsewhere) {
-  for (const std::string& text : {std::string(), std::string("{"), std::string("[1] 2"), Arrays(513)}) {
-    rapidjson::Document document;
-    EXPECT_FALSE(ParseJsonInPlace(text, document)) << text.substr(0, 10);
-    EXPECT_TRUE(document.IsNull());
-  }
-}
-
 }  // namespace

@@ -1,4 +1,4 @@
-#include "connection/document_builder.h"
+#include "connection/memory_watch.h"
 
 #include <cstdlib>
 
@@ -20,9 +20,9 @@ bool CanBeHad(std::size_t bytes) {
 
 }  // namespace
 
-bool DocumentBuilder::Look() {
+bool MemoryWatch::Look() {
   nextLook_ = taken_ + betweenLooks;
-  // The stack grows by half in one go, and at the end of a container its values are copied from there.
+  // A stack or a list that grows takes its new size beside the old one, and some of that before it is needed.
   return CanBeHad(taken_ + taken_ / 4 + reserve);
 }
 
