@@ -15,12 +15,11 @@ namespace vtdirect_mount {
 namespace {
 
 // A program that was interrupted never closes what it opened.
-void ReplyHandle(fuse_req_t request, fuse_file_info file, std::shared_ptr<OpenDocument> opened) {
-  auto* const handle = new Handle(std::move(opened));
-  file.fh = reinterpret_cast<std::uint64_t>(handle);
+void ReplyHandle(fuse_req_t request, Mount& mount, fuse_file_info file, const Handle& handle) {
+  file.fh = mount.handles().Keep(handle);
   if (fuse_reply_open(request, &file) == 0) return;
-  if (const auto& local = (*handle)->local(); local != nullptr) local->NoteClosed((*handle)->writes());
-  delete handle;
+  if (const auto& local = handle->local(); local != nullptr) local->NoteClosed(handle->writes());
+  mount.handles().Drop(file.fh);
 }
 
 void ReplyOpen(fuse_req_t request, Mount& mount, std::uint64_t node, const Answer<Iteration>& answer) {
@@ -31,7 +30,7 @@ void ReplyOpen(fuse_req_t request, Mount& mount, std::uint64_t node, const Answe
   fuse_file_info file = {};
   const bool isAsBefore = mount.IsAsBefore(node, answer.value->key);
   file.keep_cache = isAsBefore && !CanChange(answer.value->uid) ? 1 : 0;
-  ReplyHandle(request, file, std::make_shared<OpenDocument>(*answer.value));
+  ReplyHandle(request, mount, file, std::make_shared<OpenDocument>(*answer.value));
 }
 
 // How a file of this machine is opened.
@@ -61,7 +60,7 @@ void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Writable& writable, 
     }
   }
   static_cast<void>(mount.IsAsBefore(opening.node, writable.file->name()));
-  ReplyHandle(request, {},
+  ReplyHandle(request, mount, {},
               std::make_shared<OpenDocument>(writable.file,
                                              opening.writes() ? ProcessOf(fuse_req_ctx(request)->pid) : 0));
 }
@@ -165,10 +164,9 @@ void OnRead(fuse_req_t request, fuse_ino_t /*node*/, std::size_t size, off_t off
 
 void OnRelease(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* file) {
   Mount& mount = MountOf(request);
-  const std::unique_ptr<Handle> handle(reinterpret_cast<Handle*>(file->fh));
-  if (const auto& local = (*handle)->local(); local != nullptr) {
-    mount.writing()->Close(local, (*handle)->writes());
-  }
+  const Handle handle = HandleOf(file);
+  if (const auto& local = handle->local(); local != nullptr) mount.writing()->Close(local, handle->writes());
+  mount.handles().Drop(file->fh);
   fuse_reply_err(request, 0);
 }
 
