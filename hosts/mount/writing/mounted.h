@@ -3,6 +3,8 @@
 #include <functional>
 #include <string>
 
+#include "hosts/mount/cache/facts_file.h"
+
 namespace vtdirect_mount {
 
 /// What the mount does for those who deal with what programs write.
@@ -14,6 +16,8 @@ struct Mounted {
   std::function<std::string(const std::string& address, int& error)> uidNow;
   /// Lets the server be asked anew for a document.
   std::function<void(const std::string& address)> outdate;
+  /// The same after it was stored; with the length of what was stored, and when that was written.
+  std::function<void(const std::string& address, const Facts& stored)> outdateStored;
   std::function<void(const std::string& text)> log;
 };
 

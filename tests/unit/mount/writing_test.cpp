@@ -175,6 +175,7 @@ TEST(DocumentCheckouts, LetNothingBeStoredByWhatWasKnownBeforeTheServerWentAway)
     return std::string();
   };
   mounted.outdate = [](const std::string&) {};
+  mounted.outdateStored = [](const std::string&, const Facts&) {};
   mounted.log = [](const std::string&) {};
   const CommandRunner runner({"/bin/false"}, "/tmp");
   DocumentCheckouts checkouts(mounted, runner, false);
