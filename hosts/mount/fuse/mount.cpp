@@ -42,6 +42,11 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
   Mounted mounted;
   mounted.uidOf = [this](const std::string& address, int& error) { return UidOf(address, error); };
   mounted.uidNow = [this](const std::string& address, int& error) { return UidNow(address, error); };
+  mounted.uidStored = [this](const std::string& address) {
+    const auto [folder, name] = PartsOfPath(address);
+    const auto uid = tree_.UidOf(folder, name);
+    return uid.value == nullptr ? std::string() : *uid.value;
+  };
   mounted.outdate = [this](const std::string& address) {
     const auto [folder, name] = PartsOfPath(address);
     tree_.Outdate(folder, name);

@@ -41,7 +41,8 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
 
 // Stores what was changed, by the thread that does so, and answers when that is done. A process that got the
 // open file from the one that opened it closes it too, "(a; b) >FILE" after each of its commands; then the
-// file is not complete yet, and is stored by the last who closes it.
+// file is not complete yet, and is stored by the last who closes it. So is a document that was made at a close before,
+// as by "echo a >&3" after "exec 3>FILE": not every line of it is worth an iteration.
 void StoreAndReply(fuse_req_t request, const fuse_file_info* file) {
   Mount& mount = MountOf(request);
   const Handle handle = HandleOf(file);
@@ -50,9 +51,9 @@ void StoreAndReply(fuse_req_t request, const fuse_file_info* file) {
     fuse_reply_err(request, 0);
     return;
   }
-  if (ProcessOf(fuse_req_ctx(request)->pid) != handle->writer()) {
+  if (handle->local()->isCreated() || ProcessOf(fuse_req_ctx(request)->pid) != handle->writer()) {
     mount.log().Write(handle->local()->address() +
-                      " is stored when the program that opened it closes it, or the last that has it open");
+                      " is stored when the last program that has it open closes it");
     fuse_reply_err(request, 0);
     return;
   }

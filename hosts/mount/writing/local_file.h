@@ -44,6 +44,13 @@ class LocalFile {
     const std::lock_guard lock(mutex_);
     base_ = base;
   }
+  /// Notes that a document was made of it. Each further store makes an iteration, since it is checked out nowhere.
+  /// @param uid  of the iteration; empty if that is not known
+  void NoteCreated(const std::string& uid) {
+    SetBase(uid);
+    isCreated_ = true;
+  }
+  [[nodiscard]] bool isCreated() const { return isCreated_; }
   [[nodiscard]] std::uint64_t size() const;
   /// Its length, and when it was written, which is what a program has said if it has said so.
   [[nodiscard]] Facts facts() const;
@@ -122,6 +129,7 @@ class LocalFile {
   std::atomic<std::size_t> writers_{0};
   std::atomic<int> failedWrite_{0};
   std::atomic<bool> isDue_{false};
+  std::atomic<bool> isCreated_{false};
   std::atomic<bool> isScratch_{false};
   std::atomic<bool> isListedWhole_{false};
   std::atomic<bool> isReplaced_{false};

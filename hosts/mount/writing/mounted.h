@@ -14,6 +14,8 @@ struct Mounted {
   /// The same as the server tells it now: while it is away, that is an error, whatever was known before. For those
   /// who change something by it.
   std::function<std::string(const std::string& address, int& error)> uidNow;
+  /// The UID of a document that was stored just now; empty when that can't be told. May make a request.
+  std::function<std::string(const std::string& address)> uidStored;
   /// Lets the server be asked anew for a document.
   std::function<void(const std::string& address)> outdate;
   /// The same after it was stored; with the length of what was stored, and when that was written.

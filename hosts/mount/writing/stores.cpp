@@ -31,9 +31,13 @@ std::string Stores::Put(const std::string& address, const LocalFile& file) {
 void Stores::NoteStored(const std::string& address, const std::shared_ptr<LocalFile>& file,
                         std::uint64_t changes) {
   file->NoteStored(changes);
-  if (file->base() == vtdirect_cli::baseOfNewDocument) file->SetBase(vtdirect_cli::baseOfOwnDocument);
-  if (file->isDirty()) return parts_.mounted.outdate(address);
-  parts_.mounted.outdateStored(address, file->facts());
+  const bool isWhole = !file->isDirty();
+  if (isWhole) parts_.mounted.outdateStored(address, file->facts());
+  if (!isWhole) parts_.mounted.outdate(address);
+  if (file->base() == vtdirect_cli::baseOfNewDocument) {
+    file->NoteCreated(parts_.mounted.uidStored(address));
+  }
+  if (!isWhole) return;
   parts_.waiting.StrikeReplaced(*file);
   parts_.waiting.Strike(*file);
   vtdirect_cli::FetchRecords().Forget(file->path());

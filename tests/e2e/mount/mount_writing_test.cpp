@@ -157,11 +157,44 @@ TEST_F(MountWriting, SaysThatAFileWaitsForTheProgramThatOpenedIt) {
   ASSERT_GE(descriptor, 0);
   EXPECT_EQ(Shell("/bin/echo one >&" + std::to_string(descriptor)).err, "");
   EXPECT_THAT(ReadFile(Home("log")),
-              HasSubstr("new.lxz is stored when the program that opened it closes it"));
+              HasSubstr("new.lxz is stored when the last program that has it open closes it"));
   EXPECT_THAT(Run({"recover"}).out, HasSubstr("not closed"));
   EXPECT_EQ(Text(made), "one\n");
   EXPECT_EQ(close(descriptor), 0);
   EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "new.lxz"), "one\n");
+}
+
+// A shell closes a duplicate after each line. The document is made of the first, and gets the others in one iteration.
+TEST_F(MountWriting, StoresAgainWhatItHasMadeADocumentOf) {
+  Serve();
+  Mount({"--write"});
+  const std::string document = "//sim/" + std::string(kFrame) + "new.lxz";
+  EXPECT_EQ(Shell("exec 3>'" + Tree(std::string(kFrame) + "new.lxz") +
+                  "'; echo one >&3; echo two >&3; echo three >&3; exec 3>&-")
+                .err,
+            "");
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer(document), "one\ntwo\nthree\n");
+  EXPECT_EQ(Shell("ls '" + Tree(std::string(kFrame) + ".versions/new.lxz") + "' | wc -l").out, "2\n");
+}
+
+// Somebody else has made an iteration of it meanwhile, which must stay the newest.
+TEST_F(MountWriting, StoresNothingOverANewerIterationOfWhatItHasMade) {
+  Serve();
+  Mount({"--write"});
+  const std::string document = "//sim/" + std::string(kFrame) + "new.lxz";
+  const std::string made = Tree(std::string(kFrame) + "new.lxz");
+  const int descriptor = open(made.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(write(descriptor, "one\n", 4), 4);
+  ASSERT_EQ(close(dup(descriptor)), 0);
+  WriteFile(Here("newer"), "FENLET newer\n");
+  ASSERT_EQ(Run({"put", "-q", "newer", document}).status, 0);
+  ASSERT_EQ(write(descriptor, "two\n", 4), 4);
+  ASSERT_EQ(close(descriptor), 0);
+  EXPECT_TRUE(
+      WaitUntil([this] { return Run({"recover"}).out.find("not checked out here") != std::string::npos; }));
+  EXPECT_EQ(OnServer(document), "FENLET newer\n");
 }
 
 TEST_F(MountWriting, MakesNoIterationOfADocumentThatIsNotCheckedOutAnyMore) {

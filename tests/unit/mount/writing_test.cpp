@@ -174,6 +174,7 @@ TEST(DocumentCheckouts, LetNothingBeStoredByWhatWasKnownBeforeTheServerWentAway)
     error = EIO;
     return std::string();
   };
+  mounted.uidStored = [](const std::string&) { return std::string(); };
   mounted.outdate = [](const std::string&) {};
   mounted.outdateStored = [](const std::string&, const Facts&) {};
   mounted.log = [](const std::string&) {};
