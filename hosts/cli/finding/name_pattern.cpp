@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "hosts/cli/texts/printable.h"
+#include "hosts/cli/texts/wildcards.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -16,33 +17,15 @@ namespace {
   return std::max<std::size_t>(1, FirstCharacterOf(text).length);
 }
 
+[[nodiscard]] bool AreSame(std::string_view one, std::string_view other) {
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                    [](char a, char b) { return LowerCase(a) == LowerCase(b); });
+}
+
 }  // namespace
 
 bool IsOfPattern(std::string_view text, std::string_view pattern) {
-  std::size_t at = 0;
-  std::size_t in = 0;
-  // Where the last "*" is, and the first byte that it does not stand for; what follows it is tried there.
-  std::size_t star = std::string_view::npos;
-  std::size_t behindStar = 0;
-  while (at < text.size()) {
-    if (in < pattern.size() && pattern[in] == '*') {
-      star = in++;
-      behindStar = at;
-    } else if (in < pattern.size() && pattern[in] == '?') {
-      at += LengthOfCharacter(text.substr(at));
-      ++in;
-    } else if (in < pattern.size() && LowerCase(pattern[in]) == LowerCase(text[at])) {
-      ++at;
-      ++in;
-    } else if (star != std::string_view::npos) {
-      behindStar += LengthOfCharacter(text.substr(behindStar));
-      at = behindStar;
-      in = star + 1;
-    } else {
-      return false;
-    }
-  }
-  return pattern.find_first_not_of('*', in) == std::string_view::npos;
+  return MatchesWildcards(pattern, text, {LengthOfCharacter, AreSame});
 }
 
 }  // namespace vtdirect_cli

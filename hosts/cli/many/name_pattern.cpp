@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "hosts/cli/texts/wildcards.h"
+
 namespace vtdirect_cli {
 namespace {
 
@@ -36,31 +38,7 @@ bool HasWildcard(std::string_view text) {
 }
 
 bool MatchesPattern(std::string_view pattern, std::string_view name) {
-  // Where to go on when what follows the last "*" does not fit: it takes one character more then. An earlier
-  // "*" need never take more, since the last one can take all that it would.
-  bool hasStar = false;
-  std::string_view patternAfterStar;
-  std::string_view nameAfterStar;
-  while (!name.empty()) {
-    const std::string_view wanted = pattern.substr(0, pattern.empty() ? 0 : LengthOfFirst(pattern));
-    const std::string_view found = name.substr(0, LengthOfFirst(name));
-    if (wanted == "*") {
-      hasStar = true;
-      pattern.remove_prefix(1);
-      patternAfterStar = pattern;
-      nameAfterStar = name;
-    } else if (!wanted.empty() && (wanted == "?" || AreSame(wanted, found))) {
-      pattern.remove_prefix(wanted.size());
-      name.remove_prefix(found.size());
-    } else if (hasStar) {
-      nameAfterStar.remove_prefix(LengthOfFirst(nameAfterStar));
-      pattern = patternAfterStar;
-      name = nameAfterStar;
-    } else {
-      return false;
-    }
-  }
-  return pattern.find_first_not_of('*') == std::string_view::npos;
+  return MatchesWildcards(pattern, name, {LengthOfFirst, AreSame});
 }
 
 }  // namespace vtdirect_cli
