@@ -1,18 +1,15 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
-#include <atomic>
 #include <filesystem>
 #include <map>
 #include <sstream>
 
-#include "tests/e2e/cli/meddler.h"
+#include "tests/e2e/cli/accident.h"
 #include "tests/e2e/work_folder/work_folder_fixture.h"
 
 namespace vtdirect_test {
 namespace {
-
-enum class Accident { KilledBefore, KilledAfter, Refused, Lost, Cut, Reset, Silent };
 
 // A read has no consequence, so of it three ways stand for all.
 [[nodiscard]] std::vector<Accident> AccidentsOf(bool isWrite) {
@@ -21,8 +18,7 @@ enum class Accident { KilledBefore, KilledAfter, Refused, Lost, Cut, Reset, Sile
   // A sanitized program takes long to start. The other build knows all of them.
   return {Accident::KilledBefore, Accident::KilledAfter, Accident::Lost};
 #else
-  return {Accident::KilledBefore, Accident::KilledAfter, Accident::Refused, Accident::Lost,
-          Accident::Cut,          Accident::Reset,       Accident::Silent};
+  return {std::begin(everyAccident), std::end(everyAccident)};
 #endif
 }
 
@@ -40,60 +36,28 @@ class WorkFolderFaults : public WorkFolderTest {
     WorkFolderTest::TearDown();
   }
 
-  // Runs a command with an accident at one of its requests. Gives whether that request came.
-  bool RunWithAccident(const std::string& directory, const std::vector<std::string>& words, int at,
-                       Accident accident, bool* isWrite) {
-    std::atomic<int> number = 0;
-    std::atomic<bool> came = false;
-    std::atomic<Process*> process = nullptr;
-    {
-      Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
-        if (number++ != at) return peer.Send(forward());
-        came = true;
-        *isWrite = request.method != "GET";
-        EXPECT_TRUE(WaitUntil([&process] { return process != nullptr; }));
-        Happen(accident, peer, forward, *process);
-      });
-      environment_["http_proxy"] = meddler.Url();
-      const auto running = StartIn(directory, words);
-      process = running.get();
-      result_ = running->Wait();
-    }
-    environment_.erase("http_proxy");
-    return came;
-  }
-
-  static void Happen(Accident accident, Peer& peer, const Meddler::Forward& forward, const Process& process) {
-    if (accident == Accident::KilledBefore) return process.Signal(SIGKILL);
-    if (accident == Accident::Refused) return peer.Answer(503, "{}");
-    const std::string answer = forward();
-    if (accident == Accident::KilledAfter) process.Signal(SIGKILL);
-    if (accident == Accident::Cut) peer.Send(answer.substr(0, answer.size() - answer.size() / 4 - 1));
-    if (accident == Accident::Reset) peer.Reset();
-    if (accident == Accident::Silent) peer.StaySilent();
-  }
-
-  // Tries each accident at each request, until a run has no such request any more.
+  // Tries each accident at each request.
   template <typename Before, typename After>
   void TryAll(const std::string& directory, const std::vector<std::string>& words, Before before,
               After after) {
-    bool came = true;
-    for (int at = 0; came && !HasFailure(); ++at) {
-      bool isWrite = false;
-      before();
-      came = RunWithAccident(directory, words, at, Accident::KilledBefore, &isWrite);
-      for (const Accident accident : AccidentsOf(isWrite)) {
-        if (!came) break;
-        SCOPED_TRACE("request " + std::to_string(at) + " accident " +
-                     std::to_string(static_cast<int>(accident)));
-        if (accident != Accident::KilledBefore) {
-          before();
-          RunWithAccident(directory, words, at, accident, &isWrite);
-        }
-        SCOPED_TRACE("status " + std::to_string(result_.status) + ": " + result_.out + result_.err);
+    const auto start = [&](const std::string& proxyUrl) {
+      environment_["http_proxy"] = proxyUrl;
+      auto process = StartIn(directory, words);
+      environment_.erase("http_proxy");
+      return process;
+    };
+    before();
+    const std::vector<bool> writes = WritesOf(start);
+    tried_ = static_cast<int>(writes.size());
+    for (int at = 0; at < tried_; ++at) {
+      for (const Accident accident : AccidentsOf(writes[static_cast<std::size_t>(at)])) {
+        if (HasFailure()) return;
+        before();
+        result_ = RunWithAccident(at, accident, start);
+        SCOPED_TRACE("request " + std::to_string(at) + " " + NameOf(accident) + ", status " +
+                     std::to_string(result_.status) + ": " + result_.out + result_.err);
         after();
       }
-      tried_ = at;
     }
   }
 
