@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/failure_trace.h"
+#include "base/step_words.h"
 #include "connection/url_split.h"
 #include "documents/reading/document_reads.h"
 #include "platform/files.h"
@@ -45,7 +46,7 @@ std::ostream& operator<<(std::ostream& line, const TracedContent& content) {
 
 std::optional<FileInfo> DownloadDocument(ServerContext& server, const CheckoutId& id,
                                          const std::string& localPath, du::http::ProgressFunction progress) {
-  const FailureStep step("download the content");
+  const FailureStep step(stepDownloadContent);
   const FailureMark mark;
   const auto [status, record] = ReadDocument(server, id.document);
   if (status != Ok) {

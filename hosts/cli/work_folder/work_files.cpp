@@ -1,6 +1,7 @@
 #include "hosts/cli/work_folder/work_files.h"
 
 #include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
@@ -18,6 +19,26 @@ Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const Local
     files.push_back(kept->second);
   }
   return files;
+}
+
+ExitCode ForEachNamedFile(Host& host, const Arguments& arguments, FolderUse use,
+                          const DoWithFile& doWithFile) {
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  WorkFolder& folder = **opened;
+  if (use == FolderUse::Changes) {
+    if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
+  }
+  const auto local = ReadLocalSide(folder);
+  if (!local) return host.output().Fail(local.failure());
+  const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
+  if (!named) return host.output().Fail(named.failure());
+  ForgetReasons();
+  ExitCode worst = ExitCode::Ok;
+  for (const FolderFile& file : *named) {
+    worst = Worse(worst, doWithFile(folder, file, local->states.at(file.path)));
+  }
+  return worst;
 }
 
 Result<RemoteVersions> VersionsOf(const std::string& server, const FolderFile& file) {
