@@ -23,7 +23,8 @@
 #include "hosts/cli/many/listed_addresses.h"
 #include "hosts/cli/mounted_path.h"
 #include "hosts/cli/reasons.h"
-#include "hosts/cli/texts/generated_texts.h"
+#include "hosts/cli/texts/generation.h"
+#include "hosts/cli/texts/near_word.h"
 #include "hosts/cli/trace_log.h"
 #include "hosts/cli/work_folder/work_folder.h"
 
@@ -71,12 +72,35 @@ void BoundTheFolderScan() {
   return arguments;
 }
 
+// The failure of a column that the command's rows don't have.
+[[nodiscard]] std::optional<Failure> RefusalOfSorting(const CommandRow& command, const Arguments& arguments) {
+  const std::string wanted = arguments.Text("sort");
+  const auto& columns = command.columns;
+  if (!arguments.Has("sort") || std::find(columns.begin(), columns.end(), wanted) != columns.end()) {
+    return std::nullopt;
+  }
+  const std::vector<std::string> names(columns.begin(), columns.end());
+  std::string all;
+  for (const std::string& name : names) all += (all.empty() ? "" : ", ") + name;
+  return Failure{ExitCode::Usage, "there is no column \"" + wanted + "\" to sort by; there are " + all,
+                 DidYouMean(wanted, names)};
+}
+
+[[nodiscard]] ExitCode RunListing(const CommandRow& command, const Arguments& arguments, Host& host) {
+  if (command.columns.empty()) return command.run(host, arguments);
+  host.output().BeginListing(StandardScreen(), arguments.Text("sort"));
+  const ExitCode code = command.run(host, arguments);
+  host.output().EndListing();
+  return code;
+}
+
 [[nodiscard]] ExitCode RunOnHost(const CommandRow& command, const Arguments& arguments, Host& host) {
+  if (const auto failure = RefusalOfSorting(command, arguments)) return host.output().Fail(*failure);
   if (const auto failure = host.SetUp(command, arguments)) return host.output().Fail(*failure);
   if (command.makesRequests && std::strcmp(command.name, "recover") != 0) {
     WarnOfOpenEntries(host, host.ServersOf(command, arguments));
   }
-  const ExitCode code = command.run(host, WithAddresses(command, arguments));
+  const ExitCode code = RunListing(command, WithAddresses(command, arguments), host);
   if (code == ExitCode::Ok) host.TellCredentialsAccepted();
   return code;
 }
@@ -138,25 +162,6 @@ void BoundTheFolderScan() {
   return interruption != 0 ? interruption : static_cast<int>(code);
 }
 
-// For whoever builds or packages the program: what is installed beside it comes from its own tables.
-[[nodiscard]] bool Generate(int argc, const char* const* argv) {
-  if (argc != 3 || std::strcmp(argv[1], "--generate") != 0) return false;
-  if (std::strcmp(argv[2], "manual") == 0) {
-    std::cout << ManualPage();
-  } else if (std::strcmp(argv[2], "completion") == 0) {
-    std::cout << BashCompletion();
-  } else if (std::strcmp(argv[2], "zsh-completion") == 0) {
-    std::cout << ZshCompletion();
-  } else if (std::strcmp(argv[2], "fish-completion") == 0) {
-    std::cout << FishCompletion();
-  } else if (std::strcmp(argv[2], "json-output") == 0) {
-    std::cout << JsonDocument();
-  } else {
-    return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 int RunProgram(int argc, const char* const* argv) {
@@ -167,7 +172,7 @@ int RunProgram(int argc, const char* const* argv) {
   BoundTheFolderScan();
   WatchForInterruption();
   Output output(std::cout, std::cerr);
-  if (Generate(argc, argv)) return Finish(output, ExitCode::Ok);
+  if (const auto generated = Generate(argc, argv)) return Finish(output, *generated);
 
   const CommandLine line = ParseCommandLine(argc, argv);
   output.Configure(line.named, line.json, line.arguments.Has("quiet"));

@@ -7,8 +7,8 @@
 namespace vtdirect_cli {
 namespace {
 
-[[nodiscard]] ExitCode DiffOne(Host& host, const WorkFolder& folder, const FolderFile& file,
-                               LocalState state) {
+[[nodiscard]] ExitCode DiffOne(Host& host, const WorkFolder& folder, const FolderFile& file) {
+  const LocalState state = StateByBytes(folder.OnDisk(file.path), file);
   const bool differs = state != LocalState::Same;
   host.output().JsonOnly({{"file", file.path}, {"version", file.version}, {"differs", differs}});
   if (!differs || host.output().json()) return ExitCode::Ok;
@@ -25,10 +25,9 @@ namespace {
 }
 
 ExitCode RunDiff(Host& host, const Arguments& arguments) {
-  return ForEachNamedFile(host, arguments, FolderUse::Reads,
-                          [&](const WorkFolder& folder, const FolderFile& file, LocalState state) {
-                            return DiffOne(host, folder, file, state);
-                          });
+  return WorkOnNamedFiles(
+      host, arguments, Others::MayWork,
+      [&host](const WorkFolder& folder, const FolderFile& file) { return DiffOne(host, folder, file); });
 }
 
 }  // namespace

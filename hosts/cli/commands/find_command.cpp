@@ -6,11 +6,11 @@
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
-#include "hosts/cli/finding/name_pattern.h"
 #include "hosts/cli/finding/version_order.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
+#include "hosts/cli/texts/name_pattern.h"
 #include "hosts/cli/tree_walk.h"
 #include "hosts/cli/walked_folders.h"
 
@@ -109,13 +109,13 @@ class Search {
 
   // The file's name or the one that people gave the document.
   [[nodiscard]] bool HasName(const std::string& name) const {
-    return IsOfPattern(name, wanted_.name) ||
-           (listed_.hasDetails && IsOfPattern(listed_.title, wanted_.name));
+    return MatchesIgnoringCase(wanted_.name, name) ||
+           (listed_.hasDetails && MatchesIgnoringCase(wanted_.name, listed_.title));
   }
 
   [[nodiscard]] bool HasNumber() {
     lacks_ = lacks_ || !listed_.hasDetails;
-    return listed_.hasDetails && IsOfPattern(listed_.number, wanted_.number);
+    return listed_.hasDetails && MatchesIgnoringCase(wanted_.number, listed_.number);
   }
 
   [[nodiscard]] bool IsNewer() {
@@ -166,34 +166,36 @@ ExitCode RunFind(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow FindCommand() {
-  return {"find",
-          "Find documents below a folder",
-          "Walks the tree below PATH as tree does, and prints the path of each document that is as all "
-          "options want it. In "
-          "a PATTERN \"*\" stands for any characters and \"?\" for one; small and capital letters of ASCII "
-          "are the same. Put "
-          "it in quotes.\n\n"
-          "A server shows numbers and titles from schema 4 on and versions from schema 5 on, in folders and "
-          "not in workspaces. Where it shows "
-          "none, --number "
-          "and --newer pass documents over, and the exit status is 11. Versions are compared part by part, "
-          "so that B.10 "
-          "comes after B.9. --mine asks the server for each document that the other options leave, which "
-          "takes its time.",
-          {{"PATH", "A path; see ADDRESSES."}},
-          {{"name", 0, "PATTERN", false, Completion::Nothing, "Those whose file name or title is so."},
-           {"number", 0, "PATTERN", false, Completion::Nothing, "Those whose number is so."},
-           {"mine", 0, nullptr, false, Completion::Nothing, "Those that you have checked out."},
-           {"newer", 0, "VERSION", false, Completion::Nothing, "Those that have a version after this one."}},
-          true,
-          RunFind,
-          {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
-           {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
-           {"number", MemberType::Text, "when the server shows it", "the document's number"},
-           {"title", MemberType::Text, "when the server shows it",
-            "the document's name that people gave it, free text"},
-           {"versions", MemberType::Texts, "with --newer, when the server shows them",
-            "the document's versions"}}};
+  return AsListing(
+      {"find",
+       "Find documents below a folder",
+       "Walks the tree below PATH as tree does, and prints the path of each document that is as all "
+       "options want it. In "
+       "a PATTERN \"*\" stands for any characters and \"?\" for one; small and capital letters of ASCII "
+       "are the same. Put "
+       "it in quotes.\n\n"
+       "A server shows numbers and titles from schema 4 on and versions from schema 5 on, in folders and "
+       "not in workspaces. Where it shows "
+       "none, --number "
+       "and --newer pass documents over, and the exit status is 11. Versions are compared part by part, "
+       "so that B.10 "
+       "comes after B.9. --mine asks the server for each document that the other options leave, which "
+       "takes its time.",
+       {{"PATH", "A path; see ADDRESSES."}},
+       {{"name", 0, "PATTERN", false, Completion::Nothing, "Those whose file name or title is so."},
+        {"number", 0, "PATTERN", false, Completion::Nothing, "Those whose number is so."},
+        {"mine", 0, nullptr, false, Completion::Nothing, "Those that you have checked out."},
+        {"newer", 0, "VERSION", false, Completion::Nothing, "Those that have a version after this one."}},
+       true,
+       RunFind,
+       {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
+        {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+        {"number", MemberType::Text, "when the server shows it", "the document's number"},
+        {"title", MemberType::Text, "when the server shows it",
+         "the document's name that people gave it, free text"},
+        {"versions", MemberType::Texts, "with --newer, when the server shows them",
+         "the document's versions"}}},
+      {"path", "name", "number", "title"}, "Sort the lines by this column: path, name, number or title.");
 }
 
 }  // namespace vtdirect_cli

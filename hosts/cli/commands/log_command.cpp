@@ -33,10 +33,9 @@ void Show(Host& host, const FolderFile& file, const RemoteVersion& version, bool
 }
 
 ExitCode RunLog(Host& host, const Arguments& arguments) {
-  return ForEachNamedFile(host, arguments, FolderUse::Reads,
-                          [&](const WorkFolder& folder, const FolderFile& file, LocalState /*state*/) {
-                            return LogOne(host, folder, file);
-                          });
+  return WorkOnNamedFiles(
+      host, arguments, Others::MayWork,
+      [&host](const WorkFolder& folder, const FolderFile& file) { return LogOne(host, folder, file); });
 }
 
 }  // namespace
@@ -58,7 +57,7 @@ CommandRow LogCommand() {
        {"here", MemberType::Flag, nullptr, "whether the file came from it"},
        {"latest", MemberType::Flag, nullptr, "whether it is the newest"}}};
   row.worksInFolder = true;
-  return row;
+  return AsListing(row, {"version", "uid"}, "Sort the lines by this column: version or uid.");
 }
 
 }  // namespace vtdirect_cli

@@ -23,7 +23,7 @@
 #include "hosts/cli/storing/put_request.h"
 #include "hosts/cli/storing/put_target.h"
 #include "hosts/cli/storing/put_upload.h"
-#include "hosts/cli/texts/printable.h"
+#include "hosts/cli/texts/progress_line.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -186,7 +186,7 @@ void Report(Host& host, const Put& put) {
                                          {"checkout", std::string(CheckoutWord(put.state.status))}});
   static_cast<void>(host.output().Flush());
   std::string note = std::string(WordsOf(put.target.action).done) + " " + put.target.address + " from " +
-                     file + ", " + ByteCount(size);
+                     file + ", " + BytesToTell(size);
   if (put.checkedIn) note += ", and checked in";
   host.output().Note(note);
   if (LeavesWorkingCopy(put))

@@ -71,14 +71,18 @@ struct KeptEdit {
   return ExitCode::Ok;
 }
 
+[[nodiscard]] ExitCode RevertOne(Host& host, WorkFolder& folder, const FolderFile& file, bool isDryRun) {
+  if (StateByBytes(folder.OnDisk(file.path), file) != LocalState::Same) {
+    return PutBack(host, folder, file, isDryRun);
+  }
+  host.output().Note(file.path + " is not changed, and left as it is");
+  return ExitCode::Ok;
+}
+
 ExitCode RunRevert(Host& host, const Arguments& arguments) {
-  return ForEachNamedFile(host, arguments, FolderUse::Changes,
-                          [&](WorkFolder& folder, const FolderFile& file, LocalState state) {
-                            if (state != LocalState::Same)
-                              return PutBack(host, folder, file, IsDryRun(arguments));
-                            host.output().Note(file.path + " is not changed, and left as it is");
-                            return ExitCode::Ok;
-                          });
+  return WorkOnNamedFiles(host, arguments, Others::MustWait, [&](WorkFolder& folder, const FolderFile& file) {
+    return RevertOne(host, folder, file, IsDryRun(arguments));
+  });
 }
 
 }  // namespace

@@ -183,7 +183,8 @@ CommandRow StCommand() {
        {"checked_out_here", MemberType::Flag, nullptr, "whether vtdirect has it checked out"},
        {"checked_out_by", MemberType::Text, "when somebody has and it was asked", "who holds the checkout"}}};
   row.worksInFolder = true;
-  return row;
+  return AsListing(row, {"state", "version", "latest_version", "checkout", "file"},
+                   "Sort the lines by this column: state, version, latest_version, checkout or file.");
 }
 
 }  // namespace vtdirect_cli

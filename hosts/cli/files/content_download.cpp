@@ -104,7 +104,7 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
   Record record = download.described;
   record.insert(record.end(), {{"uid", uid}, {"file", download.target.path}, {"bytes", size}});
   host.output().JsonOnly(record);
-  host.output().Note("saved " + download.target.path + ", " + ByteCount(size));
+  host.output().Note("saved " + download.target.path + ", " + BytesToTell(size));
 }
 
 // What is fetched, as a record of it names it.

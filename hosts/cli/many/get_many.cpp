@@ -68,7 +68,7 @@ class Fetching {
     TellFailures(host_, wanted_.failures, end);
     const std::size_t all = wanted_.files.size() + wanted_.failures.size();
     host_.output().Note(std::to_string(saved_) + " of " + std::to_string(all) + " documents " +
-                        (isDryRun_ ? "would be saved" : "saved, " + ByteCount(bytes_)));
+                        (isDryRun_ ? "would be saved" : "saved, " + BytesToTell(bytes_)));
     return FinishBatch(host_, end, all);
   }
 

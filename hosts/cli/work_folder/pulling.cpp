@@ -68,7 +68,7 @@ class PullReport {
   // All failures are told together once more, where they are seen.
   [[nodiscard]] ExitCode End(std::size_t all) {
     std::string note =
-        std::to_string(fetched_) + " of " + std::to_string(all) + " files fetched, " + ByteCount(bytes_);
+        std::to_string(fetched_) + " of " + std::to_string(all) + " files fetched, " + BytesToTell(bytes_);
     if (known_ > 0) note += "; " + std::to_string(known_) + " had the server's content already";
     host_.output().Note(note);
     if (Interrupted()) {

@@ -21,6 +21,43 @@ void Happen(Accident accident, Peer& peer, const Meddler::Forward& forward, cons
   if (accident == Accident::Silent) peer.StaySilent();
 }
 
+[[nodiscard]] ProcessResult RunWithAccident(const AccidentTrial& trial, int at, Accident accident) {
+  std::atomic<int> number = 0;
+  std::unique_ptr<Process> running;  // ends after all that speaks of it
+  std::atomic<Process*> process = nullptr;
+  trial.before();
+  Meddler meddler([&](Peer& peer, const WireRequest& /*request*/, const Meddler::Forward& forward) {
+    if (number++ != at) return peer.Send(forward());
+    EXPECT_TRUE(WaitUntil([&process] { return process != nullptr; }));
+    Happen(accident, peer, forward, *process);
+  });
+  running = trial.start(meddler.Url());
+  process = running.get();
+  return running->Wait();
+}
+
+// Whether each of the requests writes.
+[[nodiscard]] std::vector<bool> WritesOf(const AccidentTrial& trial) {
+  std::mutex mutex;
+  std::vector<bool> writes;
+  trial.before();
+  Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+    {
+      const std::lock_guard lock(mutex);
+      writes.push_back(request.method != "GET");
+    }
+    peer.Send(forward());
+  });
+  static_cast<void>(trial.start(meddler.Url())->Wait());
+  return writes;
+}
+
+void Check(const AccidentTrial& trial, const ProcessResult& result, int at, Accident accident) {
+  SCOPED_TRACE("request " + std::to_string(at) + " " + NameOf(accident));
+  SCOPED_TRACE("status " + std::to_string(result.status) + ": " + result.out + result.err);
+  trial.check(result);
+}
+
 }  // namespace
 
 const char* NameOf(Accident accident) {
@@ -33,42 +70,16 @@ void PrintTo(Accident accident, std::ostream* stream) {
   *stream << NameOf(accident);
 }
 
-ProcessResult RunWithAccident(int at, Accident accident, const StartThrough& start) {
-  std::atomic<int> number = 0;
-  std::unique_ptr<Process> running;  // ends after all that speaks of it
-  std::atomic<Process*> process = nullptr;
-  Meddler meddler([&](Peer& peer, const WireRequest& /*request*/, const Meddler::Forward& forward) {
-    if (number++ != at) return peer.Send(forward());
-    EXPECT_TRUE(WaitUntil([&process] { return process != nullptr; }));
-    Happen(accident, peer, forward, *process);
-  });
-  running = start(meddler.Url());
-  process = running.get();
-  return running->Wait();
-}
-
-std::vector<bool> WritesOf(const StartThrough& start) {
-  std::vector<bool> writes;
-  std::mutex mutex;
-  Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
-    {
-      const std::lock_guard lock(mutex);
-      writes.push_back(request.method != "GET");
+int MeetEveryAccident(const AccidentTrial& trial) {
+  const std::vector<bool> writes = WritesOf(trial);
+  const int requests = static_cast<int>(writes.size());
+  for (int at = 0; at < requests; ++at) {
+    for (const Accident accident : trial.accidentsOf(writes[static_cast<std::size_t>(at)])) {
+      Check(trial, RunWithAccident(trial, at, accident), at, accident);
+      if (testing::Test::HasFailure()) return at;
     }
-    peer.Send(forward());
-  });
-  const ProcessResult result = start(meddler.Url())->Wait();
-  EXPECT_EQ(result.status, 0) << result.err;
-  return writes;
-}
-
-bool IsTried([[maybe_unused]] bool isWrite) {
-#ifdef __SANITIZE_ADDRESS__
-  // A sanitized program takes long to start. The other build knows all of them.
-  return isWrite;
-#else
-  return true;
-#endif
+  }
+  return requests;
 }
 
 }  // namespace vtdirect_test

@@ -10,7 +10,7 @@
 
 namespace vtdirect_test {
 
-/// What happens to one request of a program, or to the program while it waits for the answer.
+/// What happens to one request of a command, or to the program while it waits for the answer.
 enum class Accident { KilledBefore, KilledAfter, Refused, Lost, Cut, Reset, Silent };
 
 /// All of them.
@@ -21,16 +21,21 @@ inline constexpr Accident everyAccident[] = {Accident::KilledBefore, Accident::K
 [[nodiscard]] const char* NameOf(Accident accident);
 void PrintTo(Accident accident, std::ostream* stream);
 
-/// Starts a program that asks its server through a proxy.
-using StartThrough = std::function<std::unique_ptr<Process>(const std::string& proxyUrl)>;
+/// A command of which one request after the other meets with an accident.
+struct AccidentTrial {
+  /// Starts the program, with this proxy for all that it asks.
+  std::function<std::unique_ptr<Process>(const std::string& proxy)> start;
+  /// What is to happen to a request that writes, or to one that reads.
+  std::function<std::vector<Accident>(bool isWrite)> accidentsOf;
+  /// Goes back to the beginning; called before each run.
+  std::function<void()> before;
+  /// Looks at what is left; called after each run.
+  std::function<void(const ProcessResult& result)> check;
+};
 
-/// Runs a program whose request of this number, counted from 0, meets with the accident.
-[[nodiscard]] ProcessResult RunWithAccident(int at, Accident accident, const StartThrough& start);
-
-/// Runs a program that meets with none, and tells of each of its requests whether it changes something.
-[[nodiscard]] std::vector<bool> WritesOf(const StartThrough& start);
-
-/// Whether an accident at a request is tried by this build.
-[[nodiscard]] bool IsTried(bool isWrite);
+/// Runs the command once without any accident, to learn of its requests, and then with each accident of each of
+/// them. Ends with the first failure of the test.
+/// @return how many requests the command made
+int MeetEveryAccident(const AccidentTrial& trial);
 
 }  // namespace vtdirect_test

@@ -6,7 +6,6 @@
 
 #include "tests/e2e/cli/accident.h"
 #include "tests/e2e/cli/checkout_fixture.h"
-#include "tests/e2e/cli/meddler.h"
 
 namespace vtdirect_test {
 
@@ -25,8 +24,8 @@ class AccidentTest : public CheckoutTest {
   /// Runs a command with the accident at each of its requests, and calls `check` after each. Ends with the first
   /// failure.
   void MeetAccident(const std::vector<std::string>& words, Accident accident,
-                    const std::function<void()>& check, bool atReads = true);
-  /// Does it with each accident; of its reads with those four that stand for all.
+                    const std::function<void()>& check);
+  /// Does it with each accident; at a request that only reads with those four that stand for all.
   void MeetEveryAccident(const std::vector<std::string>& words, const std::function<void()>& check);
 
   /// Settles what is open. Expects that nothing stays so.
@@ -40,7 +39,9 @@ class AccidentTest : public CheckoutTest {
   ProcessResult recovered_;  ///< of `recover` after it
 
  private:
-  [[nodiscard]] StartThrough Starter(const std::vector<std::string>& words);
+  void Meet(const std::vector<std::string>& words,
+            const std::function<std::vector<Accident>(bool isWrite)>& accidentsOf,
+            const std::function<void()>& check);
   void RemoveWhatKilledProgramsLeave();
 };
 
