@@ -36,6 +36,10 @@ class RecordHandler {
   bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }
   bool String(const char* text, rapidjson::SizeType length, bool);
   bool Key(const char* text, rapidjson::SizeType length, bool);
+  /// The name that the next member is likely to have, for a reader that can compare it in place; empty for
+  /// none. TakeLikelyName is what Key is for it.
+  [[nodiscard]] std::string_view LikelyName() const;
+  void TakeLikelyName() { TakeMember(level_.next); }
   bool StartObject();
   bool EndObject(rapidjson::SizeType) { return End(); }
   bool StartArray();
@@ -48,8 +52,10 @@ class RecordHandler {
     const Field* list = nullptr;  ///< null for an object
     void* record = nullptr;       ///< which the fields or the list belong to
     const Field* next = nullptr;  ///< the row that the next member is likely to be of; null for none
+    const Field* last = nullptr;  ///< the last row
   };
 
+  void TakeMember(const Field* member);
   [[nodiscard]] const Field* Find(std::string_view name) const;
   /// The field of the member that a value is of; null when it is of none, or not of this kind.
   [[nodiscard]] const Field* Wanted(FieldKind kind) const;
@@ -60,6 +66,7 @@ class RecordHandler {
   [[nodiscard]] bool Other();
   [[nodiscard]] void* NewRecord();
   [[nodiscard]] bool Skip();
+  [[nodiscard]] bool EnterObject(Fields fields, void* record);
   [[nodiscard]] bool Enter(const Level& level);
   [[nodiscard]] bool End();
 
@@ -76,11 +83,19 @@ class RecordHandler {
   MemoryWatch memory_;
 };
 
+inline std::string_view RecordHandler::LikelyName() const {
+  return skipped_ == 0 && level_.next != nullptr ? level_.next->name : std::string_view();
+}
+
+inline void RecordHandler::TakeMember(const Field* member) {
+  member_ = member;
+  level_.next = member == level_.last ? nullptr : member + 1;
+}
+
 inline bool RecordHandler::Key(const char* text, rapidjson::SizeType length, bool) {
   if (skipped_ > 0) return true;
-  const std::string_view name(text, length);
-  member_ = level_.next != nullptr && level_.next->name == name ? level_.next : Find(name);
-  if (member_ != nullptr) level_.next = member_ == &level_.fields.back() ? nullptr : member_ + 1;
+  member_ = Find({text, length});
+  if (member_ != nullptr) TakeMember(member_);
   return true;
 }
 
@@ -92,7 +107,9 @@ inline const Field* RecordHandler::Wanted(FieldKind kind) const {
 inline bool RecordHandler::String(const char* text, rapidjson::SizeType length, bool) {
   if (const Field* field = Wanted(FieldKind::Text)) {
     if (!memory_.HasRoomFor(length)) return false;
-    static_cast<std::string*>(field->at(level_.record))->assign(text, length);
+    auto& target = *static_cast<std::string*>(field->at(level_.record));
+    target.clear();  // to assign would first look whether the text is a part of the target
+    target.append(text, length);
     return true;
   }
   return TextElement({text, length});
