@@ -31,9 +31,15 @@ bool HoldsOnly(const ByteTable& table, std::string_view text) {
 }
 
 bool ContainsWord(std::string_view text, std::string_view lowerWord) {
-  const auto found = std::search(text.begin(), text.end(), lowerWord.begin(), lowerWord.end(),
-                                 [](char byte, char wanted) { return ToAsciiLower(byte) == wanted; });
-  return found != text.end();
+  const auto isAlike = [](char byte, char wanted) { return ToAsciiLower(byte) == wanted; };
+  for (; text.size() >= lowerWord.size(); text.remove_prefix(1)) {
+    if (!isAlike(text.front(), lowerWord.front())) continue;
+    if (std::equal(lowerWord.begin(), lowerWord.end(), text.begin(),
+                   [isAlike](char wanted, char byte) { return isAlike(byte, wanted); })) {
+      return true;
+    }
+  }
+  return false;
 }
 
 bool IsFitLine(std::string_view line) {
@@ -50,15 +56,20 @@ bool IsFitLine(std::string_view line) {
 
 std::optional<std::vector<std::string_view>> SplitHeaderLines(std::string_view text) {
   std::vector<std::string_view> lines;
+  if (!AppendHeaderLines(text, &lines)) return std::nullopt;
+  return lines;
+}
+
+bool AppendHeaderLines(std::string_view text, std::vector<std::string_view>* lines) {
   while (!text.empty()) {
     const std::size_t end = std::min(text.find("\r\n"), text.size());
     const std::string_view line = text.substr(0, end);
     text.remove_prefix(std::min(end + 2, text.size()));
     if (line.empty()) continue;
-    if (!IsFitLine(line)) return std::nullopt;
-    lines.push_back(line);
+    if (!IsFitLine(line)) return false;
+    lines->push_back(line);
   }
-  return lines;
+  return true;
 }
 
 du::http::ErrorCode ReadHeaderText(du::http::FileSource* source, std::string* text) {
@@ -74,9 +85,10 @@ du::http::ErrorCode ReadHeaderText(du::http::FileSource* source, std::string* te
   }
 }
 
-bool HasHeaderName(std::string_view line, std::string_view name) {
-  if (line.size() <= name.size() || line[name.size()] != ':') return false;
-  return std::equal(name.begin(), name.end(), line.begin(),
+bool BeginsWithName(std::string_view text, std::string_view name) {
+  // Mostly it is written as it is everywhere.
+  return text.starts_with(name) ||
+         std::equal(name.begin(), name.end(), text.begin(),
                     [](char left, char right) { return ToAsciiLower(left) == ToAsciiLower(right); });
 }
 

@@ -18,13 +18,21 @@ namespace vtdirect::platform {
 /// @return the lines, which are parts of the text; nothing when any of them is refused: a request with a part
 ///         missing is not what the caller meant
 [[nodiscard]] std::optional<std::vector<std::string_view>> SplitHeaderLines(std::string_view text);
+/// The same at the end of other lines.
+/// @return false when a line is refused
+[[nodiscard]] bool AppendHeaderLines(std::string_view text, std::vector<std::string_view>* lines);
 
 /// Reads a header source to its end. A null source is an empty text.
 /// @return `Done`, the source's own failure, or `ProtocolFailure` for more than 256 KiB
 [[nodiscard]] du::http::ErrorCode ReadHeaderText(du::http::FileSource* source, std::string* text);
 
-/// True when the line's name is `name`, of whatever case.
-[[nodiscard]] bool HasHeaderName(std::string_view line, std::string_view name);
+/// True when the text begins with `name`, of whatever case; the text is no shorter.
+[[nodiscard]] bool BeginsWithName(std::string_view text, std::string_view name);
+
+/// True when the line's name is `name`, of whatever case. Most lines are told apart by the place of their colon.
+[[nodiscard]] inline bool HasHeaderName(std::string_view line, std::string_view name) {
+  return line.size() > name.size() && line[name.size()] == ':' && BeginsWithName(line, name);
+}
 
 /// True when one of the lines has the name.
 [[nodiscard]] bool ContainsHeader(const std::vector<std::string_view>& lines, std::string_view name);

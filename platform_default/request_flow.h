@@ -73,12 +73,12 @@ class RequestFlow {
   std::optional<OriginVisit> abroad_;  ///< where a redirect has led to, while that is another origin
   OriginVisit* at_ = &visit_;          ///< the one of these three that goes on
 
-  std::string callerText_;  ///< what the caller's lines are parts of
-  std::vector<std::string_view> clientLines_;
-  std::vector<std::string_view> callerLines_;
+  std::string callerText_;               ///< what the caller's lines are parts of
+  std::vector<std::string_view> lines_;  ///< the client's and after them the caller's
+  std::size_t clientLines_ = 0;
   std::string tokenLine_;  ///< of the last try, when that carried a token
   Origin origin_;
-  std::string target_;
+  std::string url_;
   Place place_ = Place::Home;
   Carried carried_ = Carried::Nothing;
   /// What this request itself was shown. New credentials end the session and what that has learned, but the
