@@ -35,30 +35,62 @@ bool ReadPage(RestStream& response, FolderContentsHandler& handler) {
   return false;
 }
 
-// Reads one page and gives its next link, which is empty after the last; nothing when the page failed.
-std::optional<std::string> ListPage(const std::shared_ptr<HttpConnection>& connection,
-                                    const std::string& path, const RowForm& form,
-                                    const DirEntryCallback& callback) {
+// One page: its HTTP status, and its next link, which is empty after the last; nothing when the page failed.
+struct PageEnd {
+  int status = -1;
+  std::optional<std::string> nextLink;
+};
+
+PageEnd ListPage(const std::shared_ptr<HttpConnection>& connection, const std::string& path,
+                 const RowForm& form, const DirEntryCallback& callback) {
   const FailureStep step("list the folder");
   RestStream response(MakeGetRequest(connection, path.c_str(), VtConnection::ODataHeaders()), {});
-  if (!response.succeeded()) return std::nullopt;
+  if (!response.succeeded()) return {response.status(), std::nullopt};
   FolderContentsHandler handler(form, callback);
-  if (!ReadPage(response, handler)) return std::nullopt;
-  return handler.nextLink();
+  if (!ReadPage(response, handler)) return {response.status(), std::nullopt};
+  return {response.status(), handler.nextLink()};
 }
 
-bool ListDocuments(ServerContext& server, const DocumentListing& listing, const DirEntryCallback& callback) {
-  auto nextLink = ListPage(server.http(), listing.path, listing.form, callback);
-  while (nextLink && !nextLink->empty()) {
+ListingAnswer ListDocuments(ServerContext& server, const DocumentListing& listing,
+                            const DirEntryCallback& callback) {
+  PageEnd page = ListPage(server.http(), listing.path, listing.form, callback);
+  if (IsNotThere(page.status)) return ListingAnswer::NotThere;
+  while (page.nextLink && !page.nextLink->empty()) {
     // A next link is a full URL and may lead to another host.
-    const auto [base, path] = SplitUrlAtPath(*nextLink);
+    const auto [base, path] = SplitUrlAtPath(*page.nextLink);
     const FailureMark mark;
     const auto side = server.MakeSideConnection(base);
     if (side == nullptr) ReportReason(FollowsOr(mark, FailureKind::AnswerBroken));
-    if (side == nullptr) return false;
-    nextLink = ListPage(side, path, listing.form, callback);
+    if (side == nullptr) return ListingAnswer::Broken;
+    page = ListPage(side, path, listing.form, callback);
   }
-  return nextLink.has_value();
+  return page.nextLink ? ListingAnswer::Whole : ListingAnswer::Broken;
+}
+
+DocumentListing DynamicDocuments(const std::string& resource, bool details) {
+  DocumentListing listing{DynamicDocumentsPath("v4", resource), {.details = details}};
+  if (details) listing.path.append(selectDetails).append(newestFirst);
+  return listing;
+}
+
+DocumentListing DynamicDocumentsV5(const std::string& resource, bool details, bool versions) {
+  DocumentListing listing{DynamicDocumentsPath("v5", resource), {.details = details, .versions = versions}};
+  if (details) listing.path += selectDetails;
+  if (versions) listing.path += expandVersions;
+  listing.path += newestFirst;
+  return listing;
+}
+
+DocumentListing CadDocuments(const std::string& resource, bool details, bool versions) {
+  // Version 4 of the service on a server with version 5 too: it is the one that gives CAD documents by
+  // "FileName".
+  DocumentListing listing{"servlet/odata/v4/DataAdmin/" + resource +
+                              "/FolderContents/ZVK.CADDocumentMgmt.CADDocument?$select=FileName,ID",
+                          {details, versions, true}};
+  if (details) listing.path += selectDetails;
+  if (versions) listing.path += expandVersions;
+  listing.path += newestFirst;
+  return listing;
 }
 
 }  // namespace
@@ -84,31 +116,33 @@ bool ListSubfolders(ServerContext& server, const std::string& resource, const Di
 
 bool ListDynamicDocuments(ServerContext& server, const std::string& resource,
                           const DirEntryCallback& callback, bool details) {
-  DocumentListing listing{DynamicDocumentsPath("v4", resource), {.details = details}};
-  if (details) listing.path.append(selectDetails).append(newestFirst);
-  return ListDocuments(server, listing, callback);
+  return ListDocuments(server, DynamicDocuments(resource, details), callback) == ListingAnswer::Whole;
 }
 
 bool ListDynamicDocumentsV5(ServerContext& server, const std::string& resource,
                             const DirEntryCallback& callback, bool details, bool versions) {
-  DocumentListing listing{DynamicDocumentsPath("v5", resource), {.details = details, .versions = versions}};
-  if (details) listing.path += selectDetails;
-  if (versions) listing.path += expandVersions;
-  listing.path += newestFirst;
-  return ListDocuments(server, listing, callback);
+  return ListDocuments(server, DynamicDocumentsV5(resource, details, versions), callback) ==
+         ListingAnswer::Whole;
 }
 
 bool ListCadDocuments(ServerContext& server, const std::string& resource, const DirEntryCallback& callback,
                       bool details, bool versions) {
-  // Version 4 of the service on a server with version 5 too: it is the one that gives CAD documents by
-  // "FileName".
-  DocumentListing listing{"servlet/odata/v4/DataAdmin/" + resource +
-                              "/FolderContents/ZVK.CADDocumentMgmt.CADDocument?$select=FileName,ID",
-                          {details, versions, true}};
-  if (details) listing.path += selectDetails;
-  if (versions) listing.path += expandVersions;
-  listing.path += newestFirst;
-  return ListDocuments(server, listing, callback);
+  return ListDocuments(server, CadDocuments(resource, details, versions), callback) == ListingAnswer::Whole;
+}
+
+ListingAnswer ListDocumentsOfFolder(ServerContext& server, const std::string& resource,
+                                    const DirEntryCallback& callback, ReadDirFlags flags) {
+  const bool isV5 = server.Services().dataAdminV5;
+  const bool details = (flags & Details) != 0;
+  const bool versions = isV5 && (flags & Versions) != 0;
+  ListingAnswer answer = ListingAnswer::Whole;
+  if (server.settings().browseDynamicDocuments) {
+    answer = ListDocuments(
+        server, isV5 ? DynamicDocumentsV5(resource, details, versions) : DynamicDocuments(resource, details),
+        callback);
+  }
+  if (answer != ListingAnswer::Whole || !server.settings().browseCadDocuments) return answer;
+  return ListDocuments(server, CadDocuments(resource, details, versions), callback);
 }
 
 bool ListODataFolder(ServerContext& server, const std::string& resource, const DirEntryCallback& callback,

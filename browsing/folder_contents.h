@@ -3,6 +3,7 @@
 #include <string>
 
 #include "browsing/dir_entry.h"
+#include "browsing/walked_directory.h"
 #include "connection/server_context.h"
 
 /// The contents of one folder by OData. Makes one GET a page, on this thread; nothing is cached or traced.
@@ -21,6 +22,13 @@ namespace lxservices::cms_interface::vantry {
 /// ListODataFolder for a server with version 5 of the service, which also knows a document's versions.
 [[nodiscard]] bool ListODataFolderV5(ServerContext& server, const std::string& resource,
                                      const DirEntryCallback& callback, bool details, bool versions);
+
+/// Delivers the documents of a folder for a walk: dynamic ones, then CAD documents, as the settings turn them
+/// on and the server's version of the service gives them.
+/// @param flags  whether details and versions are wanted
+/// @return NotThere when the first page of either was answered so
+[[nodiscard]] ListingAnswer ListDocumentsOfFolder(ServerContext& server, const std::string& resource,
+                                                  const DirEntryCallback& callback, ReadDirFlags flags);
 
 /// Delivers the folders in a folder: names as the server has them, empty ids.
 [[nodiscard]] bool ListSubfolders(ServerContext& server, const std::string& resource,

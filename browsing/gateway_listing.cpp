@@ -105,16 +105,29 @@ bool ListGatewayFolder(ServerContext& server, const GatewayFolder& folder, const
   const FailureStep step("list the folder");
   const auto context = FindContext(server, folder.kind, folder.contextName);
   if (!context) return false;
-  const std::string path = GatewayFolderPath(*context, folder.path);
-  RestStream stream(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
-  return ReadGatewayListing(stream, callback, flags);
+  return ListGatewayFolder(server, *context, folder.path, callback, flags) == ListingAnswer::Whole;
 }
 
 DirLister OpenGatewayFolder(ServerContext& server, const GatewayFolder& folder) {
   const FailureStep step("list the folder");
   const auto context = FindContext(server, folder.kind, folder.contextName);
-  if (!context) return {};
-  const auto answer = std::make_shared<KeptAnswer>(server, GatewayFolderPath(*context, folder.path));
+  return context ? OpenGatewayFolder(server, *context, folder.path) : DirLister();
+}
+
+ListingAnswer ListGatewayFolder(ServerContext& server, const ContextRecord& context,
+                                const std::string& folderPath, const DirEntryCallback& callback,
+                                ReadDirFlags flags) {
+  const FailureStep step("list the folder");
+  const std::string path = GatewayFolderPath(context, folderPath);
+  RestStream stream(MakeGetRequest(server.http(), path.c_str(), nullptr), {});
+  if (ReadGatewayListing(stream, callback, flags)) return ListingAnswer::Whole;
+  return IsNotThere(stream.status()) ? ListingAnswer::NotThere : ListingAnswer::Broken;
+}
+
+DirLister OpenGatewayFolder(ServerContext& server, const ContextRecord& context,
+                            const std::string& folderPath) {
+  const FailureStep step("list the folder");
+  const auto answer = std::make_shared<KeptAnswer>(server, GatewayFolderPath(context, folderPath));
   if (!answer->stream.succeeded()) return {};
   return [answer](const DirEntryCallback& callback, ReadDirFlags flags) {
     const rapidjson::Document listing = ParseAgain(*answer);

@@ -3,7 +3,9 @@
 #include <string>
 
 #include "browsing/context_kind.h"
+#include "browsing/contexts.h"
 #include "browsing/dir_entry.h"
+#include "browsing/walked_directory.h"
 #include "connection/rest_stream.h"
 #include "connection/server_context.h"
 
@@ -29,6 +31,14 @@ struct GatewayFolder {
 /// answer as it came: up to half a megabyte in memory, more in a temporary file that goes with the lister.
 /// @return empty when the context is not known or the gateway refused
 [[nodiscard]] DirLister OpenGatewayFolder(ServerContext& server, const GatewayFolder& folder);
+
+/// The same for a context that is known: one GET.
+/// @param folderPath  as the tree holds it; may be empty
+[[nodiscard]] ListingAnswer ListGatewayFolder(ServerContext& server, const ContextRecord& context,
+                                              const std::string& folderPath, const DirEntryCallback& callback,
+                                              ReadDirFlags flags);
+[[nodiscard]] DirLister OpenGatewayFolder(ServerContext& server, const ContextRecord& context,
+                                          const std::string& folderPath);
 
 /// Delivers the gateway's answer: directories and files in its order, as far as `flags` asks for them. Reads
 /// the body, which can be done once. Sends nothing.

@@ -25,6 +25,7 @@ bool ODataPageReader::Next() {
   }
   path_.clear();
   nextLink_.clear();
+  status_ = -1;
   // A next link that leads nowhere.
   if (http == nullptr) ReportReason(FollowsOr(mark, FailureKind::AnswerBroken));
   failed_ = http == nullptr || !FetchPage(http, path);
@@ -35,6 +36,7 @@ bool ODataPageReader::Next() {
 
 bool ODataPageReader::FetchPage(const std::shared_ptr<HttpConnection>& connection, const std::string& path) {
   RestStream response(MakeGetRequest(connection, path.c_str(), VtConnection::ODataHeaders()), {});
+  status_ = response.status();
   if (!response.succeeded() || !ParseJsonResponse(response, page_)) return false;
   if (!page_.IsObject()) response.ReportBroken();
   return true;

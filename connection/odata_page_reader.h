@@ -30,6 +30,9 @@ class ODataPageReader {
   /// Whether the page that Next fetched last failed.
   [[nodiscard]] bool failed() const { return failed_; }
 
+  /// The HTTP status of the page that Next fetched last; -1 when no exchange took place.
+  [[nodiscard]] int status() const { return status_; }
+
  private:
   [[nodiscard]] bool FetchPage(const std::shared_ptr<HttpConnection>& connection, const std::string& path);
 
@@ -38,6 +41,7 @@ class ODataPageReader {
   std::string nextLink_;
   rapidjson::Document page_;
   bool failed_ = false;
+  int status_ = -1;
 };
 
 }  // namespace lxservices::cms_interface::vantry

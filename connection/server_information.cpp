@@ -43,9 +43,8 @@ du::http::FailureReport ForeignServer() {
 Status GetServerInfo(HttpConnection& connection, ServerInfo& info) {
   const FailureStep step("ask the server for its version");
   const ScopedTempPath file(MakeTempFile("vtinfo", "txt"));
-  const std::string path = file.path();
-  if (connection.DownloadDocumentTo(path.c_str(), "servlet/OrvetGW", longestDocument, ForeignServer()) !=
-      200) {
+  if (connection.DownloadDocumentTo(file.path().c_str(), "servlet/OrvetGW", longestDocument,
+                                    ForeignServer()) != 200) {
     TracerFor(Follows())(dp::TraceType::Error,
                          "Failed to get version info from server %s treating as unsupported",
                          connection.uri().c_str());

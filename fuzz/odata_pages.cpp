@@ -1,8 +1,10 @@
-// Pages of rows with the links from one to the next, and what is read from them in passing: folders.
+// Pages of rows with the links from one to the next, and what is read from them in passing: folders, and a walk
+// into one of them.
 #include "browsing/expanded_folders.h"
 #include "browsing/folder_contents.h"
 #include "browsing/folder_tree.h"
 #include "browsing/odata_rows.h"
+#include "browsing/walked_folder.h"
 #include "fuzz/support/byte_server.h"
 #include "fuzz/support/input.h"
 
@@ -31,6 +33,23 @@ void ListFolders(std::string_view bytes) {
   (void)ResolveFolderResource(operation, "Bikes", "ZVK.DataAdmin.ProductContainer", "Parts/Frames");
 }
 
+void WalkFolders(std::string_view bytes) {
+  constexpr auto everything = static_cast<ReadDirFlags>(Files | Directories | Details | Versions);
+  std::shared_ptr<WalkedDirectory> folder = BeginWalkAtFolder(
+      vtdirect_fuzz::NewOperation(true), "Products/Bikes/Folders/", "Containers('C1')/Folders('F1')");
+  for (int level = 0; level < 2 && folder != nullptr; ++level) {
+    const ByteServer server(bytes);
+    std::shared_ptr<WalkedDirectory> below;
+    const auto look = [&below](const DirEntryInfoExt& entry,
+                               const std::shared_ptr<WalkedDirectory>& directory) {
+      LookAt(entry);
+      if (directory != nullptr) below = directory;
+    };
+    (void)folder->List(look, everything);
+    folder = below;
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -46,5 +65,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)VisitODataPages(operation, "servlet/odata/v5/DataAdmin/Containers", visit);
   }
   ListFolders(bytes);
+  WalkFolders(bytes);
   return 0;
 }

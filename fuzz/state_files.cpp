@@ -1,5 +1,5 @@
-// The files in which the command line keeps checkouts, changes under way and what was fetched: anybody may have
-// edited them.
+// The files in which the command line and the mount keep checkouts, changes under way, what was fetched, what waits to
+// be stored and what is known of iterations: anybody may have edited them.
 #include <filesystem>
 
 #include "fuzz/support/input.h"
@@ -7,7 +7,9 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/journal.h"
 #include "hosts/cli/files/fetch_record.h"
+#include "hosts/cli/storing/unstored_files.h"
 #include "hosts/cli/texts/tabbed_line.h"
+#include "hosts/mount/cache/facts_file.h"
 
 using namespace vtdirect_cli;
 
@@ -31,6 +33,22 @@ void ReadAsRecord(std::string_view text) {
   (void)records.Find(path);
 }
 
+// What waits is told of, whatever its entry holds: somebody's work may lie beside it.
+void ReadAsUnstored(std::string_view text) {
+  const std::string directory = vtdirect_fuzz::Scratch().File("unstored");
+  std::filesystem::create_directories(directory);
+  vtdirect_fuzz::WriteScratchFile(directory + "/one.entry", text);
+  const UnstoredFiles::Listing listing = UnstoredFiles(directory).List();
+  vtdirect_fuzz::Require(listing.isComplete && listing.files.size() == 1 && listing.files[0].name == "one");
+}
+
+void ReadAsFacts(std::string_view text, const std::string& path) {
+  vtdirect_fuzz::WriteScratchFile(path, text);
+  vtdirect_mount::FactsFile facts(path);
+  facts.Load();
+  (void)facts.Find("korvufenloom-vt://plm.example/?id=D1001");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -43,5 +61,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto open = Journal(path).Open();
   vtdirect_fuzz::Require(open || !open.failure().message.empty());
   ReadAsRecord(text);
+  ReadAsUnstored(text);
+  ReadAsFacts(text, path);
   return 0;
 }

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "platform_default/characters.h"
-#include "platform_default/header_lines.h"
 
 namespace vtdirect::platform {
 namespace {
@@ -22,13 +21,22 @@ bool IsWord(std::string_view value, std::string_view word) {
                     [](char left, char right) { return ToAsciiLower(left) == right; });
 }
 
+constexpr std::string_view lengthName = "content-length";
+constexpr std::string_view transferName = "transfer-encoding";
+
+bool IsOfFraming(std::string_view name) {
+  return IsWord(name, lengthName) || IsWord(name, transferName) || IsWord(name, "content-encoding");
+}
+
 /// Whether a list names one of the codings that the world knows. Some servers name a character set there.
 bool NamesCoding(std::string_view list) {
-  constexpr std::string_view codings[] = {"gzip",       "x-gzip", "deflate", "br", "compress",
-                                          "x-compress", "zstd",   "dcb",     "dcz"};
+  constexpr std::string_view codings[] = {"gzip",       "x-gzip",       "deflate", "br",      "compress",
+                                          "x-compress", "zstd",         "dcb",     "dcz",     "exi",
+                                          "aes128gcm",  "pack200-gzip", "bzip2",   "x-bzip2", "lz4",
+                                          "lzma",       "xz",           "snappy",  "sdch"};
   while (!list.empty()) {
     const std::size_t end = std::min(list.find(','), list.size());
-    const std::string_view one = ValueOf(list.substr(0, end));
+    const std::string_view one = ValueOf(list.substr(0, std::min(list.find(';'), end)));
     for (const std::string_view coding : codings) {
       if (IsWord(one, coding)) return true;
     }
@@ -48,13 +56,18 @@ std::optional<std::uint64_t> LengthFrom(std::string_view digits) {
 }  // namespace
 
 bool AnswerFraming::Take(std::string_view line) {
-  if (HasHeaderName(line, "Content-Length")) return TakeLength(ValueOf(line));
-  if (HasHeaderName(line, "Transfer-Encoding")) {
-    return IsWord(ValueOf(line), "chunked") && !std::exchange(chunked_, true);
-  }
-  if (HasHeaderName(line, "Content-Encoding")) {
-    coded_ = coded_ || NamesCoding(ValueOf(line));
-  }
+  if (line.starts_with(' ') || line.starts_with('\t')) return mayContinue_;
+  const std::string_view written = line.substr(0, line.find(':'));
+  const std::string_view name = written.substr(0, written.find_last_not_of(" \t") + 1);
+  mayContinue_ = !IsOfFraming(name);
+  if (mayContinue_) return true;
+  return name.size() == written.size() && TakeNamed(name, ValueOf(line));
+}
+
+bool AnswerFraming::TakeNamed(std::string_view name, std::string_view value) {
+  if (IsWord(name, lengthName)) return TakeLength(value);
+  if (IsWord(name, transferName)) return IsWord(value, "chunked") && !std::exchange(chunked_, true);
+  coded_ = coded_ || NamesCoding(value);
   return true;
 }
 

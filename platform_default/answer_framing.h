@@ -13,7 +13,8 @@ class AnswerFraming {
  public:
   /// Takes a header line. Those of other names count for nothing.
   /// @return false when the answer is to be refused: for a length that is no decimal number of 63 bits or is
-  ///         a list, for a second, different length, and for any other transfer coding than one "chunked"
+  ///         a list, for a second, different length, for any other transfer coding than one "chunked", and for
+  ///         one of these lines with a blank in its name or with a continuation, which curl passes over
   [[nodiscard]] bool Take(std::string_view line);
 
   /// Whether nothing but the end of the connection tells where the body ends.
@@ -22,8 +23,10 @@ class AnswerFraming {
   [[nodiscard]] bool IsCoded() const { return coded_; }
 
  private:
+  [[nodiscard]] bool TakeNamed(std::string_view name, std::string_view value);
   [[nodiscard]] bool TakeLength(std::string_view value);
 
+  bool mayContinue_ = true;  ///< whether the line so far may go on in the next one
   std::optional<std::uint64_t> length_;
   bool chunked_ = false;
   bool coded_ = false;

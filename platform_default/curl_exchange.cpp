@@ -103,6 +103,7 @@ void CurlExchange::Start(const ExchangeParts& parts, const TimeLimits& limits) {
   notes_.NewAnswer();
   result_ = CURLE_OK;
   headerBytes_ = 0;
+  cookieBytes_ = 0;
   begun_ = false;
   failure_ = ErrorCode::Done;
   thrown_ = nullptr;
@@ -155,14 +156,24 @@ bool CurlExchange::ProxyRefusedTunnel() const {
 
 std::size_t CurlExchange::OnHeader(char* data, std::size_t, std::size_t count, void* self) {
   auto& exchange = *static_cast<CurlExchange*>(self);
-  exchange.foldedStart_.LineArrives(data, count);
-  exchange.headerBytes_ += count;
-  if (exchange.headerBytes_ > largestResponseHeader || exchange.foldedStart_.Met()) {
+  try {
+    return exchange.TakeHeaderLine(data, count) ? count : 0;
+  } catch (...) {
+    exchange.thrown_ = std::current_exception();
     exchange.failure_ = ErrorCode::ProtocolFailure;
     return 0;
   }
-  exchange.clock_.AnswerArrives(Now());
-  return exchange.ReadHeaderLine({data, count}) ? count : 0;
+}
+
+bool CurlExchange::TakeHeaderLine(char* data, std::size_t count) {
+  foldedStart_.LineArrives(data, count);
+  headerBytes_ += count;
+  if (headerBytes_ > largestResponseHeader || foldedStart_.Met()) {
+    failure_ = ErrorCode::ProtocolFailure;
+    return false;
+  }
+  clock_.AnswerArrives(Now());
+  return ReadHeaderLine({data, count});
 }
 
 bool CurlExchange::ReadHeaderLine(std::string_view line) {
@@ -174,6 +185,7 @@ bool CurlExchange::ReadHeaderLine(std::string_view line) {
     return true;
   }
   notes_.HeaderLine(line);
+  if (HasHeaderName(line, "Set-Cookie")) cookieBytes_ += line.size();
   if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
     decoder_ = AnswerDecoder::For(line.substr(line.find(':') + 1));
   }

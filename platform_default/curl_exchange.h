@@ -78,6 +78,8 @@ class CurlExchange {
 
   // What the last exchange has shown, for the sentence that explains it.
 
+  /// Bytes of header lines that set cookies.
+  [[nodiscard]] std::size_t CookieBytes() const { return cookieBytes_; }
   /// The status of the last line that had one; 0 without any.
   [[nodiscard]] int Status() const { return status_; }
   [[nodiscard]] const AnswerNotes& Notes() const { return notes_; }
@@ -109,6 +111,7 @@ class CurlExchange {
   static int OnCloseSocket(void* self, curl_socket_t socket);
 
   /// False when the answer ends here.
+  [[nodiscard]] bool TakeHeaderLine(char* data, std::size_t count);
   [[nodiscard]] bool ReadHeaderLine(std::string_view line);
   void BeginAnswer(int status);
   [[nodiscard]] bool EndHeader();
@@ -166,6 +169,7 @@ class CurlExchange {
   CURLcode result_ = CURLE_OK;
   int revivals_ = 0;
   std::size_t headerBytes_ = 0;
+  std::size_t cookieBytes_ = 0;
   bool begun_ = false;  ///< the sink has been begun
 
   du::http::ErrorCode failure_ =

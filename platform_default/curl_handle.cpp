@@ -187,12 +187,17 @@ const TlsEvents* CurlHandle::WatchedTls(const OutgoingRequest& request) const {
   return watchesTls_ && request.url.starts_with("https:") ? &tlsEvents_ : nullptr;
 }
 
+// Nothing may be thrown through curl.
 CURLcode CurlHandle::OnTlsContext(CURL*, void* context, void* self) {
   auto* tls = static_cast<ssl_ctx_st*>(context);
   if (BelongsToProxy(tls)) return CURLE_OK;
   auto& handle = *static_cast<CurlHandle*>(self);
-  WatchTls(tls, &handle.tlsEvents_);
-  return GiveCertificates(tls, handle.trust_);
+  try {
+    WatchTls(tls, &handle.tlsEvents_);
+    return GiveCertificates(tls, handle.trust_);
+  } catch (...) {
+    return CURLE_OUT_OF_MEMORY;
+  }
 }
 
 void CurlHandle::SetIdentity() {
@@ -323,6 +328,7 @@ ErrorCode CurlHandle::Perform(const OutgoingRequest& request, du::http::FileSink
   address_.Give(handle_.get(), request.url);
   tlsEvents_ = {};
   const ErrorCode result = exchange_.Perform(httpStatus);
+  session_->share()->CookiesCame(handle_.get(), exchange_.CookieBytes());
   // For curl the handshake was over already.
   return result == ErrorCode::ProtocolFailure && CertificateWasRefused() ? ErrorCode::TlsFailure : result;
 }

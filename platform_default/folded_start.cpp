@@ -63,7 +63,11 @@ void FoldedStart::See(char* data, std::size_t size) {
 int FoldedStart::OnTrace(CURL*, curl_infotype type, char* data, std::size_t size, void* self) {
   auto& folded = *static_cast<FoldedStart*>(self);
   if (type == CURLINFO_HEADER_IN) folded.See(data, size);
-  if (folded.listener_ != nullptr) folded.listener_->WireShows(type, {data, size});
+  try {
+    if (folded.listener_ != nullptr) folded.listener_->WireShows(type, {data, size});
+  } catch (...) {
+    // For want of memory it is not recorded. Nothing may be thrown through curl.
+  }
   return 0;
 }
 

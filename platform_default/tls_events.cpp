@@ -33,23 +33,31 @@ void OnState(const SSL* connection, int where, int alert) {
   (isRead ? events->fatalAlert : events->ownAlert) = alert & 0xFF;
 }
 
-/// OpenSSL calls this for each certificate of the chain, with its verdict, which stays as it is.
-int OnVerdict(int isGood, X509_STORE_CTX* verification) {
+void NoteVerdict(bool isGood, X509_STORE_CTX* verification) {
   const auto* connection =
       static_cast<const SSL*>(X509_STORE_CTX_get_ex_data(verification, SSL_get_ex_data_X509_STORE_CTX_idx()));
   TlsEvents* events = connection == nullptr ? nullptr : EventsOf(connection);
   const X509* certificate = X509_STORE_CTX_get_current_cert(verification);
-  if (events == nullptr || certificate == nullptr) return isGood;
+  if (events == nullptr || certificate == nullptr) return;
   const int depth = X509_STORE_CTX_get_error_depth(verification);
-  if (isGood == 1) {
+  if (isGood) {
     if (depth == 0) events->certificateHosts = HostsOf(certificate);
-    return isGood;
+    return;
   }
   CertificateFault& fault = events->fault;
   fault.code = X509_STORE_CTX_get_error(verification);
   fault.isOfAuthority = depth > 0;
   fault.date = fault.code == X509_V_ERR_CERT_NOT_YET_VALID ? DateText(X509_get0_notBefore(certificate))
                                                            : DateText(X509_get0_notAfter(certificate));
+}
+
+/// OpenSSL calls this for each certificate of the chain, with its verdict, which stays as it is.
+int OnVerdict(int isGood, X509_STORE_CTX* verification) {
+  try {
+    NoteVerdict(isGood == 1, verification);
+  } catch (...) {
+    // For want of memory the words are left out. Nothing may be thrown through OpenSSL.
+  }
   return isGood;
 }
 

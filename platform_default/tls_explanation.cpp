@@ -17,8 +17,8 @@ using Detail = du::http::FailureDetail;
 /// curl's value for a certificate that was not verified by OpenSSL's rules yet.
 constexpr int notVerified = 1;
 
-template <std::size_t count>
-bool Mentions(const std::string& text, const std::array<std::string_view, count>& words) {
+template <std::size_t Count>
+bool Mentions(const std::string& text, const std::array<std::string_view, Count>& words) {
   return std::any_of(words.begin(), words.end(),
                      [&text](std::string_view word) { return text.find(word) != std::string::npos; });
 }

@@ -1,8 +1,10 @@
 #include "platform/trace.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <string_view>
 #include <utility>
 
 #include "platform/environment.h"
@@ -31,14 +33,27 @@ bool DefaultWrites(TraceType type) {
   return types.find(static_cast<char>('0' + static_cast<int>(type))) != std::string::npos;
 }
 
-/// One line for a terminal or a log. Texts quote what servers answered, so control bytes that could steer a
-/// terminal are shown as "?".
+/// How many bytes at the start of a text steer a terminal: a control of ASCII, or in UTF-8 one of the controls above
+/// it or a character that turns the direction of writing. 0 for anything else.
+std::size_t SteeringBytes(std::string_view text) {
+  const auto at = [text](std::size_t index) {
+    return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
+  };
+  if (at(0) < 0x20) return text[0] == '\n' || text[0] == '\t' ? 0 : 1;
+  if (at(0) == 0x7F) return 1;
+  if (at(0) == 0xC2 && at(1) >= 0x80 && at(1) <= 0x9F) return 2;
+  if (at(0) == 0xE2 && at(1) == 0x80 && at(2) >= 0xAA && at(2) <= 0xAE) return 3;
+  return at(0) == 0xE2 && at(1) == 0x81 && at(2) >= 0xA6 && at(2) <= 0xA9 ? 3 : 0;
+}
+
+/// One line for a terminal or a log. Texts quote what servers answered, so what could steer a terminal is shown as
+/// "?".
 void WriteToStandardError(const char* area, const char* name, TraceType type, const std::string& text) {
   std::string line = std::to_string(static_cast<int>(type)) + " " + area + "/" + name + ": ";
-  for (const char byte : text) {
-    const auto value = static_cast<unsigned char>(byte);
-    const bool control = (value < 0x20 && byte != '\n' && byte != '\t') || value == 0x7F;
-    line += control ? '?' : byte;
+  for (std::string_view rest = text; !rest.empty();) {
+    const std::size_t steering = SteeringBytes(rest);
+    line += steering > 0 ? '?' : rest.front();
+    rest.remove_prefix(std::max<std::size_t>(steering, 1));
   }
   if (line.back() != '\n') line += '\n';
   std::fwrite(line.data(), 1, line.size(), stderr);

@@ -13,6 +13,11 @@ struct DirHandleData {
   DirLister lister;
 };
 
+/// What a WalkedDir shares.
+struct WalkedDirData {
+  std::shared_ptr<WalkedDirectory> directory;
+};
+
 namespace {
 
 // The bits are the same ones, and what a host sets beyond them is the server's to pass over.
@@ -20,16 +25,24 @@ FileServer::ReadDirFlags ServerFlags(ReadDirFlags flags) {
   return static_cast<FileServer::ReadDirFlags>(flags);
 }
 
-// Hands each entry to the host without its id.
+// An entry as a host sees it, without its id. Refers to itself, and so stays where it is.
+struct HostEntry {
+  explicit HostEntry(const DirEntryInfoExt& info) {
+    if (info.details != nullptr) details = {info.details->number, info.details->name, info.details->reserved};
+    entry = {info.name, info.isDirectory, info.details != nullptr ? &details : nullptr, info.versions,
+             info.versionIds};
+  }
+  HostEntry(const HostEntry&) = delete;
+  HostEntry& operator=(const HostEntry&) = delete;
+
+  DirEntryDetails details{};
+  DirEntryExt entry{};
+};
+
 DirEntryCallback ForwardEntries(void (*callback)(DirEntryExt& entry, void* user), void* user) {
   return [callback, user](const DirEntryInfoExt& info) {
-    DirEntryDetails details{};
-    if (info.details != nullptr) {
-      details = {info.details->number, info.details->name, info.details->reserved};
-    }
-    DirEntryExt entry{info.name, info.isDirectory, info.details != nullptr ? &details : nullptr,
-                      info.versions, info.versionIds};
-    callback(entry, user);
+    HostEntry host(info);
+    callback(host.entry, user);
   };
 }
 
@@ -98,6 +111,36 @@ bool ReadDir(const DirHandle& handle, void (*callback)(DirEntryExt& entry, void*
   // A copy: the callback may close the handle, and the listing goes on to its end.
   const DirLister lister = handle != nullptr ? handle->lister : DirLister();
   const bool listed = lister && lister(ForwardEntries(callback, user), ServerFlags(flags));
+  if (!listed) ReportReason(FollowsOr(mark, FailureKind::NotFound));
+  return listed;
+}
+
+WalkedDir OpenWalk(const char* path) {
+  const FailureStep step("open the directory");
+  const FailureMark mark;
+  const PathTarget target = ResolveTarget(path, {}, ResolveQuiet);
+  if (target.server == nullptr) return nullptr;
+  auto directory = target.server->OpenWalk(target.relativePath.c_str());
+  if (directory == nullptr) ReportReason(FollowsOr(mark, FailureKind::NotFound));
+  if (directory == nullptr) return nullptr;
+  return std::make_shared<const WalkedDirData>(WalkedDirData{std::move(directory)});
+}
+
+bool ReadWalkedDir(const WalkedDir& directory,
+                   void (*callback)(DirEntryExt& entry, const WalkedDir& folder, void* user), void* user,
+                   ReadDirFlags flags) {
+  const FailureStep step("list the directory");
+  const FailureMark mark;
+  const WalkCallback forward = [callback, user](const DirEntryInfoExt& info,
+                                                const std::shared_ptr<WalkedDirectory>& folder) {
+    HostEntry host(info);
+    WalkedDir shared;
+    if (folder != nullptr) shared = std::make_shared<const WalkedDirData>(WalkedDirData{folder});
+    callback(host.entry, shared, user);
+  };
+  // A copy: the callback may let the directory go, and the listing goes on to its end.
+  const WalkedDir kept = directory;
+  const bool listed = kept != nullptr && kept->directory->List(forward, ServerFlags(flags));
   if (!listed) ReportReason(FollowsOr(mark, FailureKind::NotFound));
   return listed;
 }

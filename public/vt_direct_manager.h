@@ -353,6 +353,34 @@ VTDIRECT_API bool ReadDirExt(const char* path, void (*callback)(DirEntryExt& ent
 VTDIRECT_API bool ReadDir(const DirHandle& handle, void (*callback)(DirEntryExt& entry, void* user),
                           void* user, ReadDirFlags flags);
 
+/// A directory that a walk has come to. Opaque.
+struct WalkedDirData;
+/// Shares a directory of a walk; empty when there is none. Held, read and let go on any thread.
+using WalkedDir = std::shared_ptr<const WalkedDirData>;
+
+/// Walks to a directory now, to list it and all below it. Makes requests, those of OpenDir. What it gives keeps
+/// what it needs of the server alive through an UpdateServerList.
+/// @return empty when there is no such directory or it cannot be reached
+[[nodiscard]] VTDIRECT_API WalkedDir OpenWalk(const char* path);
+
+/// Lists a directory of a walk. With each folder comes the directory that it is, which is listed by what this
+/// listing told of it and is not looked for by its path: that saves a request for each folder, and most often
+/// another one, since a listing asks which folders its folders hold. Makes requests.
+///
+/// Meant for one pass over a tree. The first listing of a directory may go by what the listing above it told of
+/// the folders in it; a later one asks again. A directory that the server does not find any more is looked up
+/// by its path, once.
+/// @param callback  once per entry, folders first, on this thread; `folder` is empty for a document. It may keep
+///                  `folder`, list it at once, or hand it to another thread.
+/// @param user      handed through to the callback untouched
+/// @param flags     what is delivered; nothing else is asked for. ReadDirDetails and ReadDirVersions count as
+///                  far as the server can show them.
+/// @return false for an empty directory and when the listing failed; what was delivered before that stays
+///         delivered, and nothing is traced
+VTDIRECT_API bool ReadWalkedDir(const WalkedDir& directory,
+                                void (*callback)(DirEntryExt& entry, const WalkedDir& folder, void* user),
+                                void* user, ReadDirFlags flags);
+
 /// Whether an object or a directory is there. Makes requests.
 VTDIRECT_API bool FileOrFolderExists(const char* path);
 

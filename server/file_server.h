@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -9,6 +10,7 @@
 #include "browsing/dir_entry.h"
 #include "browsing/document_query.h"
 #include "browsing/temporary_checkouts.h"
+#include "browsing/walked_directory.h"
 #include "documents/checkout/checkout_state.h"
 #include "documents/reading/file_info.h"
 #include "documents/storing/upload_params.h"
@@ -93,6 +95,9 @@ class FileServer {
   [[nodiscard]] virtual bool SupportsSeparatedSources() = 0;
   /// Whether the server takes metadata files. Shares the request of SupportsSeparatedSources.
   [[nodiscard]] virtual bool SupportsVCSMetadata() = 0;
+  /// A directory that a walk begins at; null when there is none, and for a kind of server that can't be walked
+  /// so. Makes the requests of OpenDir.
+  [[nodiscard]] virtual std::shared_ptr<WalkedDirectory> OpenWalk(const char* /*path*/) { return nullptr; }
 };
 
 /// Checking documents out and in. Ids are CheckoutIds; false, traced, on failure. Everything makes requests

@@ -11,6 +11,7 @@
 #include "browsing/hvd_features.h"
 #include "browsing/path_to_document.h"
 #include "browsing/vantry_lookup.h"
+#include "browsing/walk.h"
 #include "browsing/web_pages.h"
 #include "connection/server_check.h"
 #include "documents/checkout/checkin.h"
@@ -141,6 +142,11 @@ bool VtRestLegacyFileServer::ReadDirExt(const char* path, DirEntryCallback callb
 DirLister VtRestLegacyFileServer::OpenDir(const char* path) {
   ServerContext server = Begin();
   return OpenDirectory(server, TextOrEmpty(path));
+}
+
+std::shared_ptr<WalkedDirectory> VtRestLegacyFileServer::OpenWalk(const char* path) {
+  ServerContext server = Begin();
+  return vantry::OpenWalk(server, TextOrEmpty(path));
 }
 
 bool VtRestLegacyFileServer::IsPathWritable(const char* path) {

@@ -44,6 +44,7 @@ class VtRestLegacyFileServer final : public VantryFileServer, private CheckoutSe
   std::string UIDFromVantryCadName(const char* cadName) override;
   bool SupportsSeparatedSources() override;
   bool SupportsVCSMetadata() override;
+  std::shared_ptr<WalkedDirectory> OpenWalk(const char* path) override;
 
  private:
   bool GetCheckoutState(const char* id, VtCheckoutState& state) override;

@@ -10,6 +10,11 @@ void Receive(VtDirectManager::DirEntryExt& entry, void* user) {
   if (!(*static_cast<const EntryFunction*>(user))(entry)) throw EndOfInterest();
 }
 
+void ReceiveWalked(VtDirectManager::DirEntryExt& entry, const VtDirectManager::WalkedDir& folder,
+                   void* user) {
+  if (!(*static_cast<const WalkedEntryFunction*>(user))(entry, folder)) throw EndOfInterest();
+}
+
 template <typename Listing>
 [[nodiscard]] ListingEnd Run(Listing list) {
   try {
@@ -32,12 +37,13 @@ ListingEnd ListPath(const std::string& path, std::uint32_t flags, const EntryFun
   });
 }
 
-ListingEnd ListByHandle(const std::string& path, std::uint32_t flags, const EntryFunction& receive) {
-  const VtDirectManager::DirHandle handle = VtDirectManager::OpenDir(path.c_str());
-  if (!handle) return ListingEnd::Unreachable;
+ListingEnd ListWalked(const VtDirectManager::WalkedDir& directory, std::uint32_t flags,
+                      const WalkedEntryFunction& receive) {
+  if (directory == nullptr) return ListingEnd::Unreachable;
   return Run([&] {
-    return VtDirectManager::ReadDir(handle, Receive, Handed(receive),
-                                    static_cast<VtDirectManager::ReadDirFlags>(flags));
+    return VtDirectManager::ReadWalkedDir(directory, ReceiveWalked,
+                                          const_cast<WalkedEntryFunction*>(&receive),
+                                          static_cast<VtDirectManager::ReadDirFlags>(flags));
   });
 }
 

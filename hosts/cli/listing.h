@@ -29,9 +29,13 @@ enum class ListingEnd {
 /// @param flags  bits of ReadDirFlags
 [[nodiscard]] ListingEnd ListPath(const std::string& path, std::uint32_t flags, const EntryFunction& receive);
 
-/// Lists a directory by a handle of its own, so that a directory that isn't there can be told from a listing
-/// that broke off.
-[[nodiscard]] ListingEnd ListByHandle(const std::string& path, std::uint32_t flags,
-                                      const EntryFunction& receive);
+/// Takes one entry of a walk, and with a folder the directory that it is.
+using WalkedEntryFunction =
+    std::function<bool(const VtDirectManager::DirEntryExt& entry, const VtDirectManager::WalkedDir& folder)>;
+
+/// Lists a directory of a walk, each entry as it arrives.
+/// @param directory  empty gives Unreachable
+[[nodiscard]] ListingEnd ListWalked(const VtDirectManager::WalkedDir& directory, std::uint32_t flags,
+                                    const WalkedEntryFunction& receive);
 
 }  // namespace vtdirect_cli

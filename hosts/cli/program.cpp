@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -16,13 +17,15 @@
 #include "hosts/cli/commands/command_line.h"
 #include "hosts/cli/environment.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/http_log/asked_pause.h"
 #include "hosts/cli/http_log/har_document.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/many/listed_addresses.h"
 #include "hosts/cli/mounted_path.h"
 #include "hosts/cli/reasons.h"
-#include "hosts/cli/texts/generated_texts.h"
+#include "hosts/cli/texts/generation.h"
+#include "hosts/cli/texts/near_word.h"
 #include "hosts/cli/trace_log.h"
 #include "hosts/cli/work_folder/work_folder.h"
 
@@ -70,12 +73,35 @@ void BoundTheFolderScan() {
   return arguments;
 }
 
+// The failure of a column that the command's rows don't have.
+[[nodiscard]] std::optional<Failure> RefusalOfSorting(const CommandRow& command, const Arguments& arguments) {
+  const std::string wanted = arguments.Text("sort");
+  const auto& columns = command.columns;
+  if (!arguments.Has("sort") || std::find(columns.begin(), columns.end(), wanted) != columns.end()) {
+    return std::nullopt;
+  }
+  const std::vector<std::string> names(columns.begin(), columns.end());
+  std::string all;
+  for (const std::string& name : names) all += (all.empty() ? "" : ", ") + name;
+  return Failure{ExitCode::Usage, "there is no column \"" + wanted + "\" to sort by; there are " + all,
+                 DidYouMean(wanted, names)};
+}
+
+[[nodiscard]] ExitCode RunListing(const CommandRow& command, const Arguments& arguments, Host& host) {
+  if (command.columns.empty()) return command.run(host, arguments);
+  host.output().BeginListing(StandardScreen(), arguments.Text("sort"));
+  const ExitCode code = command.run(host, arguments);
+  host.output().EndListing();
+  return code;
+}
+
 [[nodiscard]] ExitCode RunOnHost(const CommandRow& command, const Arguments& arguments, Host& host) {
+  if (const auto failure = RefusalOfSorting(command, arguments)) return host.output().Fail(*failure);
   if (const auto failure = host.SetUp(command, arguments)) return host.output().Fail(*failure);
   if (command.makesRequests && std::strcmp(command.name, "recover") != 0) {
     WarnOfOpenEntries(host, host.ServersOf(command, arguments));
   }
-  const ExitCode code = command.run(host, WithAddresses(command, arguments));
+  const ExitCode code = RunListing(command, WithAddresses(command, arguments), host);
   if (code == ExitCode::Ok) host.TellCredentialsAccepted();
   return code;
 }
@@ -90,6 +116,11 @@ void BoundTheFolderScan() {
   return code;
 }
 
+[[nodiscard]] bool RepeatsQuestions(const CommandRow& command) {
+  return std::any_of(command.options.begin(), command.options.end(),
+                     [](const OptionRow& row) { return row.name == ArgumentName("retries"); });
+}
+
 [[nodiscard]] ExitCode RunCommand(const CommandRow& command, const Arguments& arguments, Output& output) {
   if (arguments.Has("trace")) {
     const std::string fault = TraceLevelsFault(arguments.Text("trace"));
@@ -98,8 +129,10 @@ void BoundTheFolderScan() {
   StartTraceLog(TraceLevels(arguments), std::cerr);
   const ReasonCollector reasons;
   Host host(output);
-  return arguments.Has("log-http") ? RunLogged(command, arguments, host)
-                                   : RunOnHost(command, arguments, host);
+  if (arguments.Has("log-http")) return RunLogged(command, arguments, host);
+  if (!RepeatsQuestions(command)) return RunOnHost(command, arguments, host);
+  const AskedPauseWatch watch;
+  return RunOnHost(command, arguments, host);
 }
 
 // Expected failures are no exceptions. What comes here all the same has undone all that was temporary on its
@@ -136,25 +169,6 @@ void BoundTheFolderScan() {
   return interruption != 0 ? interruption : static_cast<int>(code);
 }
 
-// For whoever builds or packages the program: what is installed beside it comes from its own tables.
-[[nodiscard]] bool Generate(int argc, const char* const* argv) {
-  if (argc != 3 || std::strcmp(argv[1], "--generate") != 0) return false;
-  if (std::strcmp(argv[2], "manual") == 0) {
-    std::cout << ManualPage();
-  } else if (std::strcmp(argv[2], "completion") == 0) {
-    std::cout << BashCompletion();
-  } else if (std::strcmp(argv[2], "zsh-completion") == 0) {
-    std::cout << ZshCompletion();
-  } else if (std::strcmp(argv[2], "fish-completion") == 0) {
-    std::cout << FishCompletion();
-  } else if (std::strcmp(argv[2], "json-output") == 0) {
-    std::cout << JsonDocument();
-  } else {
-    return false;
-  }
-  return true;
-}
-
 }  // namespace
 
 int RunProgram(int argc, const char* const* argv) {
@@ -165,7 +179,7 @@ int RunProgram(int argc, const char* const* argv) {
   BoundTheFolderScan();
   WatchForInterruption();
   Output output(std::cout, std::cerr);
-  if (Generate(argc, argv)) return Finish(output, ExitCode::Ok);
+  if (const auto generated = Generate(argc, argv)) return Finish(output, *generated);
 
   const CommandLine line = ParseCommandLine(argc, argv);
   output.Configure(line.named, line.json, line.arguments.Has("quiet"));

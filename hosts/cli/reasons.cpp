@@ -12,6 +12,10 @@ thread_local VtDirectManager::Outcome* theOutcome = nullptr;
 // So much of what a server says fits into a message.
 constexpr std::size_t kLongestServerText = 200;
 
+constexpr int kFirstOfServerErrors = 500;
+constexpr int kBadGateway = 502;
+constexpr int kGatewayTimeout = 504;
+
 // Steps that bring bytes to the server or ask for a place for them. No document shows what they leave.
 constexpr std::string_view kStepsBeforeAChange[] = {"fetch the nonce", "ask for a place to upload to",
                                                     "upload the contents",
@@ -92,6 +96,14 @@ void ForgetReasons() {
 bool ChangeMayHaveHappened() {
   return AnyReason(
       [](const Reason& reason) { return reason.mayHaveHappened && !ComesBeforeAChange(reason); });
+}
+
+bool ChangeMayStillHappen() {
+  return AnyReason([](const Reason& reason) {
+    const bool isAnswered = reason.httpStatus >= kFirstOfServerErrors && reason.httpStatus != kBadGateway &&
+                            reason.httpStatus != kGatewayTimeout;
+    return reason.mayHaveHappened && !ComesBeforeAChange(reason) && !isAnswered;
+  });
 }
 
 bool LocalFileFailed() {

@@ -58,6 +58,10 @@ void ForgetReasons();
 /// have been carried out although it failed.
 [[nodiscard]] bool ChangeMayHaveHappened();
 
+/// Whether such a request may be carried out even after the server was asked what is there: no answer came to it, or
+/// one of somebody on the way who has none. A server that has answered by itself is done with it.
+[[nodiscard]] bool ChangeMayStillHappen();
+
 /// Whether a local file could not be read or written.
 [[nodiscard]] bool LocalFileFailed();
 

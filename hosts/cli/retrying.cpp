@@ -4,6 +4,7 @@
 #include <charconv>
 #include <thread>
 
+#include "hosts/cli/http_log/asked_pause.h"
 #include "hosts/cli/interruption.h"
 
 namespace vtdirect_cli {
@@ -15,11 +16,17 @@ using VtDirectManager::FailureKind;
 constexpr unsigned mostRetries = 20;
 constexpr milliseconds firstPause(100);
 constexpr milliseconds longestPause(10'000);
+// Who is asked for more had better come back another time.
+constexpr milliseconds longestAskedPause(60'000);
 // A signal is seen so soon.
 constexpr milliseconds step(20);
 
 constexpr int tooManyRequests = 429;
 constexpr int unavailable = 503;
+
+[[nodiscard]] bool WasTooBusy(const Reason& reason) {
+  return reason.httpStatus == unavailable || reason.httpStatus == tooManyRequests;
+}
 
 }  // namespace
 
@@ -47,7 +54,7 @@ bool MayBeAskedAgain(const Failure& failure) {
   if (!failure.reason) return false;
   const Reason& reason = *failure.reason;
   if (reason.kind == FailureKind::AnswerBroken) return reason.httpStatus == 0 || reason.httpStatus == 200;
-  return reason.httpStatus == unavailable || reason.httpStatus == tooManyRequests;
+  return WasTooBusy(reason);
 }
 
 milliseconds PauseBefore(unsigned repetition) {
@@ -64,8 +71,19 @@ bool Pause(milliseconds time) {
   return !Interrupted();
 }
 
+std::optional<milliseconds> PauseFor(const Failure& failure, unsigned repetition,
+                                     std::optional<std::chrono::seconds> asked) {
+  const milliseconds usual = PauseBefore(repetition);
+  if (!asked || !failure.reason || !WasTooBusy(*failure.reason)) return usual;
+  if (*asked > longestAskedPause) return std::nullopt;
+  return std::max<milliseconds>(*asked, usual);
+}
+
 bool IsToBeRepeated(const Failure& failure, unsigned repetition, unsigned retries) {
-  return repetition < retries && MayBeAskedAgain(failure) && Pause(PauseBefore(repetition));
+  const auto asked = TakeAskedPause();
+  if (repetition >= retries || !MayBeAskedAgain(failure)) return false;
+  const auto pause = PauseFor(failure, repetition, asked);
+  return pause && Pause(*pause);
 }
 
 }  // namespace vtdirect_cli

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/result.h"
@@ -25,11 +26,20 @@ inline constexpr unsigned usualRetries = 3;
 /// twice as long, but not for ever.
 [[nodiscard]] std::chrono::milliseconds PauseBefore(unsigned repetition);
 
+/// How long to wait before a question is repeated. A server that was too busy may have asked for more than usual,
+/// and gets it.
+/// @param asked  what this server has asked for, if it has
+/// @return nothing if it asks for more than a minute: nobody waits so long, and to come back earlier than it says
+///         would do harm
+[[nodiscard]] std::optional<std::chrono::milliseconds> PauseFor(const Failure& failure, unsigned repetition,
+                                                                std::optional<std::chrono::seconds> asked);
+
 /// Waits for so long.
 /// @return false at once when a signal comes
 [[nodiscard]] bool Pause(std::chrono::milliseconds time);
 
-/// Whether a question is to be asked once more. Waits before it says so.
+/// Whether a question is to be asked once more. Waits before it says so, as long as the server has asked this
+/// thread to.
 /// @param repetition  how often it was repeated already
 [[nodiscard]] bool IsToBeRepeated(const Failure& failure, unsigned repetition, unsigned retries);
 

@@ -79,6 +79,7 @@ void AddLimits(const Arguments& arguments, std::vector<std::string>& command) {
 [[nodiscard]] std::optional<Failure> ReadWriting(const Arguments& arguments, MountSettings& settings) {
   settings.write = arguments.Has("write");
   settings.autoCheckout = arguments.Has("auto-checkout");
+  if (arguments.Has("no-usual-scratch")) settings.scratch.Clear();
   for (const std::string& pattern : arguments.All("scratch")) settings.scratch.Add(pattern);
   std::error_code error;
   settings.startDirectory = std::filesystem::current_path(error).string();
@@ -89,8 +90,11 @@ void AddLimits(const Arguments& arguments, std::vector<std::string>& command) {
   }
   AddLimits(arguments, settings.command);
   if (!arguments.Has("no-prompt")) settings.command.emplace_back("--no-prompt");
-  if (settings.write || (!settings.autoCheckout && !arguments.Has("scratch"))) return std::nullopt;
-  return Failure{ExitCode::Usage, "--auto-checkout and --scratch take --write beside them"};
+  const bool isOfWriting =
+      settings.autoCheckout || arguments.Has("scratch") || arguments.Has("no-usual-scratch");
+  if (settings.write || !isOfWriting) return std::nullopt;
+  return Failure{ExitCode::Usage,
+                 "--auto-checkout, --scratch and --no-usual-scratch take --write beside them"};
 }
 
 }  // namespace

@@ -12,9 +12,10 @@ using Kind = FaultAction::Kind;
 constexpr const char* form =
     "\"METHOD PATTERN=[after:N,][chance:PERCENT[:SEED],]ACTION[*COUNT]\", where ACTION is "
     "STATUS|stall[:BYTES]|cut:BYTES|chunked-cut:BYTES|drop|lost-answer|slow:BYTES_PER_SECOND|"
-    "delay:MILLISECONDS|status:NNN:BODY|corrupt|redirect:URL|expire-session";
+    "delay:MILLISECONDS|busy:SECONDS|status:NNN:BODY|corrupt|redirect:URL|expire-session";
 
 constexpr std::uint64_t longestDelay = 3'600'000;
+constexpr int unavailable = 503;
 constexpr std::size_t longestRule = 64 * 1024;
 
 /// An action that is one word, and maybe a number after a colon.
@@ -25,7 +26,7 @@ struct ActionWord {
   bool number;  ///< may have one
 };
 
-constexpr std::array<ActionWord, 9> words{{
+constexpr std::array<ActionWord, 10> words{{
     {"stall", Kind::Stall, true, true},
     {"cut", Kind::Cut, false, true},
     {"chunked-cut", Kind::ChunkedCut, false, true},
@@ -33,6 +34,7 @@ constexpr std::array<ActionWord, 9> words{{
     {"lost-answer", Kind::LostAnswer, true, false},
     {"slow", Kind::Slow, false, true},
     {"delay", Kind::Delay, false, true},
+    {"busy", Kind::Busy, false, true},
     {"corrupt", Kind::Corrupt, true, false},
     {"expire-session", Kind::ExpireSession, true, false},
 }};
@@ -70,7 +72,7 @@ std::optional<FaultAction> PlainAction(std::string_view text) {
         (known.kind == Kind::Delay && *number > longestDelay)) {
       return std::nullopt;
     }
-    return FaultAction{known.kind, 0, number, {}};
+    return FaultAction{known.kind, known.kind == Kind::Busy ? unavailable : 0, number, {}};
   }
   return std::nullopt;
 }

@@ -20,6 +20,7 @@ struct FaultAction {
     LostAnswer,  ///< carry out what was asked, then close the connection without a byte
     Slow,        ///< send the body at `amount` bytes a second
     Delay,       ///< wait `amount` milliseconds, then go on as ever
+    Busy,        ///< answer 503, with `amount` seconds in Retry-After
     Corrupt,     ///< send the body with one bit of its middle byte turned over
     Redirect,    ///< send the client to `text`
     ExpireSession,  ///< end the session that the request came with, or the nonce where there are none, then
@@ -52,7 +53,7 @@ struct FaultRule {
 /// so a pattern may hold "="; but where an action has a text of its own, `status:NNN:BODY` or `redirect:URL`,
 /// it is the first "=" that such an action comes after. ACTION is a status from 200 to 599, `stall`,
 /// `stall:BYTES`, `cut:BYTES`, `chunked-cut:BYTES`, `drop`, `lost-answer`, `slow:BYTES_PER_SECOND`,
-/// `delay:MILLISECONDS`, `status:NNN:BODY`, `corrupt`, `redirect:URL` or `expire-session`.
+/// `delay:MILLISECONDS`, `busy:SECONDS`, `status:NNN:BODY`, `corrupt`, `redirect:URL` or `expire-session`.
 /// @param[out] error what is wrong with the text, when nothing is returned.
 std::optional<FaultRule> ParseFaultRule(std::string_view text, std::string* error);
 

@@ -55,6 +55,11 @@ Response FaultAnswer(const FaultAction& fault) {
     response.headers.emplace_back("Location", fault.text);
     return response;
   }
+  if (fault.kind == Kind::Busy) {
+    Response response = ErrorResponse(fault.status, "fault", "this server was made busy by a fault");
+    response.headers.emplace_back("Retry-After", std::to_string(fault.amount.value_or(0)));
+    return response;
+  }
   Response response = ErrorResponse(fault.status, "fault", "this answer was asked for by a fault");
   if (!fault.text.empty()) {
     const bool json = fault.text.starts_with('{') || fault.text.starts_with('[');
@@ -407,6 +412,7 @@ bool HttpServer::Implementation::MetByFault(const httplib::Request& request, htt
   static_cast<void>(request);
   switch (fault.kind) {
     case Kind::Status:
+    case Kind::Busy:
     case Kind::Redirect:
       Fill(response, FaultAnswer(fault), ongoing, std::nullopt);
       return true;

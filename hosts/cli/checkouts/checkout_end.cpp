@@ -8,6 +8,7 @@
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/content_download.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/reasons.h"
 
@@ -82,6 +83,9 @@ struct Ended {
     return EndFailure(host, ending.end, ending.address, ending.workingCopy);
   }
   if (!ending.hadEnded) WarnOfLeftWorkspace(host);
+  if (ending.end == CheckoutEnd::Checkin && !ended.uid.empty()) {
+    KeepContentOf(host, ending.workingCopy, ended.uid);
+  }
   ForgetCheckout(host, ending.workingCopy);
   step.Settle();
   return ended;

@@ -70,15 +70,24 @@ std::string Journal::StrikeOut(const JournalEntry& entry) const {
   });
 }
 
-Result<std::vector<JournalEntry>> Journal::Open() const {
+Result<OpenChanges> Journal::Open() const {
   const auto lines = file_.Read();
   if (!lines) return lines.failure();
-  std::vector<JournalEntry> entries;
+  OpenChanges open;
   for (const std::string& line : *lines) {
     auto entry = EntryOf(line);
-    if (entry && !IsAlive(entry->writer)) entries.push_back(std::move(*entry));
+    if (!entry) {
+      ++open.unreadable;
+    } else if (!IsAlive(entry->writer)) {
+      open.entries.push_back(std::move(*entry));
+    }
   }
-  return entries;
+  if (open.unreadable > 0) {
+    open.fault = path_ + " has lines that this release of vtdirect does not understand (" +
+                 std::to_string(open.unreadable) +
+                 "); each may be a change that was not confirmed, and is left as it is";
+  }
+  return open;
 }
 
 }  // namespace vtdirect_cli

@@ -28,12 +28,20 @@ struct JournalEntry {
   std::string since;  ///< UTC, as 2026-01-31T09:00:00Z. Filled in by Write.
 };
 
+/// What the journal holds of programs that have gone.
+struct OpenChanges {
+  std::vector<JournalEntry> entries;  ///< oldest first
+  std::size_t unreadable = 0;         ///< lines that this release does not understand
+  std::string fault;                  ///< that there are such lines, for a reader; empty without any
+};
+
 /// The file beside the list of checkouts that holds each change from before it is sent until its answer is
 /// in. Killed at whatever moment, the program leaves an entry of what it was about. None of the functions
-/// makes a request.
+/// makes a request. A line that can't be understood stays as it is.
 class Journal {
  public:
-  explicit Journal(const std::string& path = Location()) : file_(path, "vtdirect-journal 1", "journal") {}
+  explicit Journal(const std::string& path = Location())
+      : path_(path), file_(path, "vtdirect-journal 1", "journal") {}
 
   [[nodiscard]] static std::string Location();
 
@@ -43,11 +51,12 @@ class Journal {
   /// Strikes an entry out. @return why that was not possible, or an empty text
   [[nodiscard]] std::string StrikeOut(const JournalEntry& entry) const;
 
-  /// The entries whose process has gone, oldest first.
+  /// The entries whose process has gone.
   /// @return a failure for a file that can't be read
-  [[nodiscard]] Result<std::vector<JournalEntry>> Open() const;
+  [[nodiscard]] Result<OpenChanges> Open() const;
 
  private:
+  std::string path_;
   StateFile file_;
 };
 

@@ -8,6 +8,7 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/files/content_download.h"
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
@@ -34,6 +35,12 @@ constexpr std::size_t kMostWarnings = 3;
   for (const auto& copy : *copies) {
     if (copy.uid.empty() || DocumentOf(copy.uid) != DocumentOf(entry.uid)) continue;
     return {true, false, copy.uid, entry.address + " was checked out; its working copy is " + copy.uid};
+  }
+  if (state.status == VtDirectManager::CheckoutInWorkspace) {
+    // In a workspace of the user's own the address leads to the working copy.
+    const std::string copy = WithWorkspace(VtDirectManager::GetUID(entry.address.c_str()));
+    if (!HasObjectId(copy)) return NotKnown(entry.address);
+    return {true, false, copy, entry.address + " was checked out; its working copy is " + copy};
   }
   if (state.status == VtDirectManager::CheckoutByUserUnrecorded) {
     return {false,
@@ -125,6 +132,18 @@ constexpr std::size_t kMostWarnings = 3;
   return AnswerIsMissing(outcome) ? NotKnown(entry.address) : NotCreated(entry);
 }
 
+// Whether a checkout has ended by its check-in, its content tells.
+void KeepContentIfCheckedIn(Host& host, const JournalEntry& entry) {
+  const auto records = FetchRecords().OfWorkingCopy(entry.uid);
+  if (entry.step != "checkin" || records.empty()) return;
+  const std::string newest = VtDirectManager::GetLatestUPath(entry.uid.c_str());
+  if (!HasObjectId(newest)) return;
+  const std::string sum = SumOnServer(host, newest);
+  const bool isThere = std::any_of(records.begin(), records.end(),
+                                   [&sum](const FetchRecord& record) { return record.sha256 == sum; });
+  if (isThere) KeepContentOf(host, entry.uid, newest);
+}
+
 // "a checkout", "an undo", "an xliff put".
 [[nodiscard]] std::string WithArticle(const std::string& step) {
   const bool startsWithVowel = step.find_first_of("aeioux") == 0;
@@ -173,6 +192,7 @@ void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding) 
   if (finding.hasEnded) {
     // The library deletes the workspace and has nothing else left to undo. It may be gone already.
     if (IsTemporaryCopy(entry.uid)) static_cast<void>(VtDirectManager::UndoCheckout(entry.uid.c_str()));
+    KeepContentIfCheckedIn(host, entry);
     ForgetCheckout(host, entry.uid);
   }
   const std::string fault = Journal().StrikeOut(entry);
@@ -180,18 +200,19 @@ void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding) 
 }
 
 void SettleRepeated(Host& host, const std::string& step, const std::string& uid) {
-  const auto entries = Journal().Open();
-  if (!entries) return;
-  for (const JournalEntry& entry : *entries) {
+  const auto open = Journal().Open();
+  if (!open) return;
+  for (const JournalEntry& entry : open->entries) {
     if (entry.step == step && AreSameUid(entry.uid, uid)) SettleEntry(host, entry, {true, false, {}, {}});
   }
 }
 
 void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls) {
-  const auto entries = Journal().Open();
-  if (!entries) return host.output().Warning(entries.failure().message);
+  const auto open = Journal().Open();
+  if (!open) return host.output().Warning(open.failure().message);
+  if (!open->fault.empty()) host.output().Warning(open->fault);
   std::size_t warned = 0;
-  for (const JournalEntry& entry : *entries) {
+  for (const JournalEntry& entry : open->entries) {
     const std::string url = VtDirectManager::GetServerURL(entry.uid.c_str());
     const bool isUsed = !url.empty() && std::find(urls.begin(), urls.end(), url) != urls.end();
     if (!isUsed || Interrupted()) continue;

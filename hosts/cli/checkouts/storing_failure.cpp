@@ -91,10 +91,12 @@ constexpr const char* kUnchanged = "nothing was changed";
 }
 
 // What stands after a failed checkout, and what next.
-[[nodiscard]] WhatStands OutcomeOfCheckout(Host& host, const std::string& address, const std::string& uid) {
+[[nodiscard]] WhatStands OutcomeOfCheckout(Host& host, const std::string& address, const std::string& uid,
+                                           bool mayBeDone) {
   const CheckoutState standing = ReadCheckoutState(uid);
   switch (standing.status) {
     case VtDirectManager::CheckoutNone:
+      if (mayBeDone) return NotSeenYet("it is not checked out", "the checkout");
       return {std::string(kUnchanged) + ", it is not checked out", kAgain, true};
     case VtDirectManager::CheckoutByOther:
       return {"it is checked out by " + standing.user + " now",
@@ -110,11 +112,12 @@ constexpr const char* kUnchanged = "nothing was changed";
   }
 }
 
-[[nodiscard]] WhatStands OutcomeOfEnd(CheckoutEnd end, const std::string& uid) {
+[[nodiscard]] WhatStands OutcomeOfEnd(CheckoutEnd end, const std::string& uid, bool mayBeDone) {
   const CheckoutState standing = ReadCheckoutState(uid);
   const std::string next = AdviceAfterEnd(end, uid);
   if (IsWorkingCopy(standing.status)) {
-    return {"you still have it checked out, and its working copy is " + uid, kAgain, true};
+    const std::string now = "you still have it checked out, and its working copy is " + uid;
+    return mayBeDone ? NotSeenYet(now, std::string("the ") + NounOf(end)) : WhatStands{now, kAgain, true};
   }
   if (standing.status == VtDirectManager::CheckoutByOther) {
     return {"it is checked out by " + standing.user + " now", next};
@@ -161,6 +164,11 @@ Failure WithStanding(Failure failure, const WhatStands& stands) {
   return failure;
 }
 
+WhatStands NotSeenYet(const std::string& now, const std::string& noun) {
+  return {now + ", but " + noun + " may still be carried out",
+          "\"vtdirect recover\" asks again, before the same command is given again"};
+}
+
 std::string AdviceAfterEnd(CheckoutEnd end, const std::string& uid) {
   // To verify would check out anew what was undone. To undo once more does no harm.
   if (end == CheckoutEnd::Undo && IsTemporaryCopy(uid)) return kAgain;
@@ -191,10 +199,11 @@ std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address,
 
 Failure CheckoutFailure(Host& host, const std::string& address, const std::string& uid) {
   const std::string step = "the checkout of " + address;
+  const bool mayBeDone = ChangeMayStillHappen();
   Failure failed = WithReason({ExitCode::Failure, WithWords(step + " failed")});
   if (const auto failure = ServerGone(host, step, uid, CommandToType("status", uid) + " tells"))
     return *failure;
-  return WithStanding(failed, OutcomeOfCheckout(host, address, uid));
+  return WithStanding(failed, OutcomeOfCheckout(host, address, uid, mayBeDone));
 }
 
 Result<CheckoutState> RequireCheckout(Host& host, CheckoutEnd end, const std::string& address,
@@ -232,9 +241,10 @@ Result<CheckoutState> RequireCheckout(Host& host, CheckoutEnd end, const std::st
 
 Failure EndFailure(Host& host, CheckoutEnd end, const std::string& address, const std::string& uid) {
   const std::string step = std::string("the ") + NounOf(end) + " of " + address;
+  const bool mayBeDone = ChangeMayStillHappen();
   Failure failed = WithReason({ExitCode::Failure, WithWords(step + " failed")});
   if (const auto failure = ServerGone(host, step, uid, AdviceAfterEnd(end, uid))) return *failure;
-  return WithStanding(failed, OutcomeOfEnd(end, uid));
+  return WithStanding(failed, OutcomeOfEnd(end, uid, mayBeDone));
 }
 
 }  // namespace vtdirect_cli

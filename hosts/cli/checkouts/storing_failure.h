@@ -22,6 +22,12 @@ struct WhatStands {
   bool isUnchanged = false;  ///< the server has said that nothing of the change was carried out
 };
 
+/// What is said of a change of which nothing is to be seen, though a request of it may have been carried out: the
+/// server, or a proxy, may have it still, so that it comes after the question. Its entry is in the journal.
+/// @param now   what the server has answered: "it is not checked out"
+/// @param noun  of the change: "the checkout"
+[[nodiscard]] WhatStands NotSeenYet(const std::string& now, const std::string& noun);
+
 /// The failure with what stands and what to do about it.
 [[nodiscard]] Failure WithStanding(Failure failure, const WhatStands& stands);
 

@@ -106,36 +106,40 @@ ExitCode RunCheckouts(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow CheckoutsCommand() {
-  return {
-      "checkouts",
-      "List the checkouts that are kept, or those on a server",
-      "Prints one line for each checkout that vtdirect keeps: since when, who holds it, the file name, and "
-      "the UID of the working copy, parted by tabs. No request is made: verify tells whether one still "
-      "stands.\n\n--on asks a server instead, and shows each working copy that you have there in a temporary "
-      "workspace, also those that are not kept here: they were made on another machine, or by a program that "
-      "was ended in the middle. What is not known is shown as \"-\". put, checkin, undo, verify and get find "
-      "such a working copy by the document's address, and say so. Nothing is changed, and a question that "
-      "fails gives exit status 1 and no list.\n\nThey are kept in $XDG_STATE_HOME/vtdirect/checkouts, or "
-      "~/.local/state/vtdirect/checkouts: checkout and put write it, checkin and undo take from it. "
-      "Commands that take a document's address find its working copy there.",
-      {},
-      {{"forget", 0, "UID", false, Completion::Nothing,
-        "Drop the checkout of this UID, without telling the server."},
-       {"on", 0, "NICK", false, Completion::Nothing,
-        "Show your working copies in the temporary workspaces of this server."}},
-      true,
-      RunCheckouts,
-      {{"since", MemberType::Text, nullptr,
-        "when it was first kept: UTC, as 2026-01-31T09:00:00Z; empty for "
-        "one that is not kept"},
-       {"user", MemberType::Text, nullptr, "who holds it, as the server calls them"},
-       {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
-       {"uid", MemberType::Text, nullptr, "the working copy's UID; empty when the server does not tell it"},
-       {"document", MemberType::Text, nullptr, "the document's UID as it was before its checkout"},
-       {"workspace", MemberType::Text, "with --on", "the name of its temporary workspace"},
-       {"number", MemberType::Text, "with --on", "the document's number"},
-       {"version", MemberType::Text, "with --on", "the version that it was taken from"},
-       {"kept", MemberType::Flag, "with --on", "whether it is kept"}}};
+  return AsListing(
+      {"checkouts",
+       "List the checkouts that are kept, or those on a server",
+       "Prints one line for each checkout that vtdirect keeps: since when, who holds it, the file name, and "
+       "the UID of the working copy, parted by tabs. No request is made: verify tells whether one still "
+       "stands.\n\n--on asks a server instead, and shows each working copy that you have there in a "
+       "temporary "
+       "workspace, also those that are not kept here: they were made on another machine, or by a program "
+       "that "
+       "was ended in the middle. What is not known is shown as \"-\". put, checkin, undo, verify and get "
+       "find "
+       "such a working copy by the document's address, and say so. Nothing is changed, and a question that "
+       "fails gives exit status 1 and no list.\n\nThey are kept in $XDG_STATE_HOME/vtdirect/checkouts, or "
+       "~/.local/state/vtdirect/checkouts: checkout and put write it, checkin and undo take from it. "
+       "Commands that take a document's address find its working copy there.",
+       {},
+       {{"forget", 0, "UID", false, Completion::Nothing,
+         "Drop the checkout of this UID, without telling the server."},
+        {"on", 0, "NICK", false, Completion::Nothing,
+         "Show your working copies in the temporary workspaces of this server."}},
+       true,
+       RunCheckouts,
+       {{"since", MemberType::Text, nullptr,
+         "when it was first kept: UTC, as 2026-01-31T09:00:00Z; empty for "
+         "one that is not kept"},
+        {"user", MemberType::Text, nullptr, "who holds it, as the server calls them"},
+        {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+        {"uid", MemberType::Text, nullptr, "the working copy's UID; empty when the server does not tell it"},
+        {"document", MemberType::Text, nullptr, "the document's UID as it was before its checkout"},
+        {"workspace", MemberType::Text, "with --on", "the name of its temporary workspace"},
+        {"number", MemberType::Text, "with --on", "the document's number"},
+        {"version", MemberType::Text, "with --on", "the version that it was taken from"},
+        {"kept", MemberType::Flag, "with --on", "whether it is kept"}}},
+      {"since", "user", "name", "uid"}, "Sort the lines by this column: since, user, name or uid.");
 }
 
 }  // namespace vtdirect_cli

@@ -7,6 +7,7 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/target_file.h"
 #include "hosts/cli/host.h"
@@ -62,6 +63,7 @@ ExitCode RunClone(Host& host, const Arguments& arguments) {
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
   // A directory is made only for a folder that is there.
   if (!tree.Knows("")) return host.output().Fail(DiagnoseDirectory(host, address, 0));
+  if (IsDryRun(arguments)) return TellPull(host, {}, tree);
   if (const auto failure = MakeDirectory(directory)) return host.output().Fail(*failure);
   const auto created = WorkFolder::Create(directory, address);
   if (!created) return host.output().Fail(created.failure());
@@ -86,7 +88,8 @@ CommandRow CloneCommand() {
       "A clone that fails or is interrupted leaves a whole work folder that has not all of the files yet: "
       "pull fetches the others.",
       {{"PATH", "A folder's path; see ADDRESSES."}, {"DIR", "A directory.", Count::AtMostOnce}},
-      {ParallelOption(), RetriesOption()},
+      {ParallelOption(), RetriesOption(),
+       DryRunOption("Say which files would be fetched, and make no directory.")},
       true,
       RunClone,
       PullMembers()};

@@ -76,7 +76,13 @@ struct CommandRow {
   ExitCode (*run)(Host& host, const Arguments& arguments);
   std::vector<MemberRow> members = {};  ///< of the JSON objects on standard output
   bool worksInFolder = false;  ///< its server is that of the work folder around the current directory
+  std::vector<const char*> columns = {};  ///< of a listing: what --sort takes
 };
+
+/// A command whose rows are a listing: with headings and columns on a terminal, and with the option --sort.
+/// @param columns  keys of what it shows, or of its JSON
+/// @param help     of --sort, which names them; it has to live as long as the process
+[[nodiscard]] CommandRow AsListing(CommandRow row, std::vector<const char*> columns, const char* help);
 
 /// Every command, in the order of the help text.
 [[nodiscard]] std::span<const CommandRow> Commands();

@@ -204,7 +204,8 @@ void PartOperands(const CommandRow& row, Arguments& arguments) {
   if (several == row.operands.end()) return;
   std::vector<std::string> values = arguments.All(several->name);
   for (auto operand = row.operands.end() - 1; operand != several; --operand) {
-    const std::size_t kept = several->count == Count::AtLeastOnce ? 1 : 0;
+    // A list may hold all of them.
+    const std::size_t kept = several->count == Count::AtLeastOnce && !arguments.Has("from") ? 1 : 0;
     if (values.size() <= kept) break;
     arguments.Set(operand->name, {values.back()});
     values.pop_back();

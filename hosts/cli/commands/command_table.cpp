@@ -116,6 +116,12 @@ std::span<const CommandRow> Commands() {
   return rows;
 }
 
+CommandRow AsListing(CommandRow row, std::vector<const char*> columns, const char* help) {
+  row.options.push_back({"sort", 0, "COLUMN", false, Completion::Nothing, help});
+  row.columns = std::move(columns);
+  return row;
+}
+
 std::span<const OptionRow> GlobalOptions() {
   static const std::vector<OptionRow> rows = {
       {"server", 's', "NICK=URL", true, Completion::Nothing,

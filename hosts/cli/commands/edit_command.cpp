@@ -29,7 +29,7 @@ class Editing {
       : host_(host), address_(std::move(address)), document_(std::move(document)), kept_(std::move(kept)) {}
 
   [[nodiscard]] ExitCode Run(const std::string& editor) {
-    goesOn_ = kept_.HasUnstored();
+    goesOn_ = HasUnstored();
     auto failure = goesOn_ ? RefusalToGoOn() : std::nullopt;
     if (!failure) failure = CheckOut();
     if (!failure) failure = Fetch();
@@ -61,6 +61,12 @@ class Editing {
   }
 
   [[nodiscard]] bool IsCheckedOutHere() const { return CheckoutBook().Find(document_).has_value(); }
+
+  // Whether the server may lack what is in the file.
+  [[nodiscard]] bool HasUnstored() const {
+    const auto checkout = CheckoutBook().Find(document_);
+    return kept_.HasUnstored(checkout ? checkout->uid : "");
+  }
 
   [[nodiscard]] std::optional<Failure> CheckOut() {
     if (IsCheckedOutHere()) return std::nullopt;
@@ -106,8 +112,9 @@ class Editing {
 
   [[nodiscard]] bool IsChanged() const {
     const std::string sum = Sha256OfFile(kept_.file());
+    if (goesOn_) return !sum.empty() && HasUnstored();
     const std::string known = kept_.KnownSum();
-    return !sum.empty() && sum != (known.empty() && !goesOn_ ? fetched_ : known);
+    return !sum.empty() && sum != (known.empty() ? fetched_ : known);
   }
 
   [[nodiscard]] bool MayEndCheckout() const { return kept_.stage() != EditStage::Begun; }
@@ -157,10 +164,10 @@ class Editing {
 
   // Whatever has failed, nobody has to look for the file.
   [[nodiscard]] ExitCode FailWithPlace(Failure failure) {
-    const bool isKept = kept_.HasUnstored() && (goesOn_ || IsChanged());
+    const bool isKept = HasUnstored() && (goesOn_ || IsChanged());
     const std::string place = "what was edited is kept in " + kept_.file() + ", and " +
                               CommandToType("edit", address_) + " goes on with it";
-    if (!isKept && !kept_.HasUnstored() && kept_.stage() == EditStage::Begun) kept_.Remove();
+    if (!isKept && !HasUnstored() && kept_.stage() == EditStage::Begun) kept_.Remove();
     if (failure.code == ExitCode::Interrupted) {
       if (isKept) host_.output().Warning(place);
       // Between two steps nobody else tells it.

@@ -12,6 +12,7 @@
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/tree_walk.h"
+#include "hosts/cli/walked_folders.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -36,7 +37,7 @@ struct Listed {
 /// One search under way.
 class Search {
  public:
-  Search(Host& host, Wanted wanted) : host_(host), wanted_(std::move(wanted)) {}
+  Search(Host& host, Wanted wanted) : host_(host), wanted_(std::move(wanted)), folders_(Flags()) {}
 
   [[nodiscard]] ExitCode Run(const std::string& path) {
     TreeWork work;
@@ -73,7 +74,7 @@ class Search {
   }
 
   [[nodiscard]] ListingEnd List(const std::string& folder, const EntryFunction& receive) {
-    return ListPath(folder, Flags(), [this, &receive](const VtDirectManager::DirEntryExt& entry) {
+    return folders_.List(folder, [this, &receive](const VtDirectManager::DirEntryExt& entry) {
       Remember(entry);
       return receive(entry);
     });
@@ -146,6 +147,7 @@ class Search {
 
   Host& host_;
   Wanted wanted_;
+  WalkedFolders folders_;
   Listed listed_;
   std::optional<Failure> failure_;
   bool lacks_ = false;
@@ -164,34 +166,36 @@ ExitCode RunFind(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow FindCommand() {
-  return {"find",
-          "Find documents below a folder",
-          "Walks the tree below PATH as tree does, and prints the path of each document that is as all "
-          "options want it. In "
-          "a PATTERN \"*\" stands for any characters and \"?\" for one; small and capital letters of ASCII "
-          "are the same. Put "
-          "it in quotes.\n\n"
-          "A server shows numbers and titles from schema 4 on and versions from schema 5 on, in folders and "
-          "not in workspaces. Where it shows "
-          "none, --number "
-          "and --newer pass documents over, and the exit status is 11. Versions are compared part by part, "
-          "so that B.10 "
-          "comes after B.9. --mine asks the server for each document that the other options leave, which "
-          "takes its time.",
-          {{"PATH", "A path; see ADDRESSES."}},
-          {{"name", 0, "PATTERN", false, Completion::Nothing, "Those whose file name or title is so."},
-           {"number", 0, "PATTERN", false, Completion::Nothing, "Those whose number is so."},
-           {"mine", 0, nullptr, false, Completion::Nothing, "Those that you have checked out."},
-           {"newer", 0, "VERSION", false, Completion::Nothing, "Those that have a version after this one."}},
-          true,
-          RunFind,
-          {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
-           {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
-           {"number", MemberType::Text, "when the server shows it", "the document's number"},
-           {"title", MemberType::Text, "when the server shows it",
-            "the document's name that people gave it, free text"},
-           {"versions", MemberType::Texts, "with --newer, when the server shows them",
-            "the document's versions"}}};
+  return AsListing(
+      {"find",
+       "Find documents below a folder",
+       "Walks the tree below PATH as tree does, and prints the path of each document that is as all "
+       "options want it. In "
+       "a PATTERN \"*\" stands for any characters and \"?\" for one; small and capital letters of ASCII "
+       "are the same. Put "
+       "it in quotes.\n\n"
+       "A server shows numbers and titles from schema 4 on and versions from schema 5 on, in folders and "
+       "not in workspaces. Where it shows "
+       "none, --number "
+       "and --newer pass documents over, and the exit status is 11. Versions are compared part by part, "
+       "so that B.10 "
+       "comes after B.9. --mine asks the server for each document that the other options leave, which "
+       "takes its time.",
+       {{"PATH", "A path; see ADDRESSES."}},
+       {{"name", 0, "PATTERN", false, Completion::Nothing, "Those whose file name or title is so."},
+        {"number", 0, "PATTERN", false, Completion::Nothing, "Those whose number is so."},
+        {"mine", 0, nullptr, false, Completion::Nothing, "Those that you have checked out."},
+        {"newer", 0, "VERSION", false, Completion::Nothing, "Those that have a version after this one."}},
+       true,
+       RunFind,
+       {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
+        {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+        {"number", MemberType::Text, "when the server shows it", "the document's number"},
+        {"title", MemberType::Text, "when the server shows it",
+         "the document's name that people gave it, free text"},
+        {"versions", MemberType::Texts, "with --newer, when the server shows them",
+         "the document's versions"}}},
+      {"path", "name", "number", "title"}, "Sort the lines by this column: path, name, number or title.");
 }
 
 }  // namespace vtdirect_cli

@@ -30,6 +30,7 @@ namespace {
 struct Content {
   std::string source;         // empty for the address itself
   std::string uidToGoOnWith;  // empty for the source's UID
+  bool isOfWorkingCopy = false;
 };
 
 // The content of the working copy, which the library gives for its own id alone: the UID of a temporary
@@ -38,7 +39,7 @@ struct Content {
                                             const std::string& workingCopy) {
   switch (PresenceOfWorkingCopy(workingCopy)) {
     case Presence::There:
-      return Content{ByOwnId(workingCopy), workingCopy};
+      return Content{ByOwnId(workingCopy), workingCopy, true};
     case Presence::Gone:
       if (IsTemporaryCopy(uid)) {
         return NotFetched("the working copy " + uid + " is not there any more",
@@ -56,15 +57,17 @@ struct Content {
 // Of a working copy that is not kept here, or of the document itself.
 [[nodiscard]] Result<Content> ContentOnServer(Host& host, const std::string& address,
                                               const std::string& uid) {
-  const auto found = CopyToGoOnWith(host, address, ReadCheckoutState(uid).status, uid);
+  const auto status = ReadCheckoutState(uid).status;
+  const auto found = CopyToGoOnWith(host, address, status, uid);
   if (!found) {
     Failure failure = found.failure();
     failure.advice += (failure.advice.empty() ? "" : "; ") + BaseInstead(address);
     return failure;
   }
-  if (IsTemporaryCopy(found->uid)) return Content{ByOwnId(found->uid), found->uid};
+  if (IsTemporaryCopy(found->uid)) return Content{ByOwnId(found->uid), found->uid, true};
   // The walk to a path's document need not be made twice.
-  return Content{VtDirectManager::IsUID(address.c_str()) ? "" : uid, {}};
+  return Content{
+      VtDirectManager::IsUID(address.c_str()) ? "" : uid, {}, status == VtDirectManager::CheckoutInWorkspace};
 }
 
 // What a user means by a document that they have checked out is its working copy, unless they say otherwise.
@@ -101,6 +104,7 @@ struct Content {
   download->described = {{"address", address}};
   download->source = content->source;
   download->uidToGoOnWith = content->uidToGoOnWith;
+  download->isOfWorkingCopy = content->isOfWorkingCopy;
   return *download;
 }
 
@@ -144,7 +148,9 @@ CommandRow GetCommand() {
       "device or a pipe is written into.\n\n"
       "Only a file that vtdirect has saved, or stored with put, and that nobody has changed since is "
       "replaced: what get has saved is recorded, with size and SHA-256, in $XDG_STATE_HOME/vtdirect/fetched "
-      "or ~/.local/state/vtdirect/fetched. Any other file takes --force. A write-protected file is never "
+      "or ~/.local/state/vtdirect/fetched. Any other file takes --force, and so does one that was "
+      "stored in a working copy, or saved from it, when something else than that copy is fetched: its "
+      "checkout may have been undone, here or elsewhere. A write-protected file is never "
       "replaced. A file that is replaced keeps its permissions, and its group where you may give it.\n\n"
       "Without -o the file name is that of the object, escaped as in a path (the characters |\\/<>:\"?*% "
       "as %hh), in the current directory. A dot in front, control characters and those that turn the "

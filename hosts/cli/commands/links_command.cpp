@@ -48,20 +48,21 @@ ExitCode RunLinks(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow LinksCommand() {
-  return {
-      "links",
-      "List the documents that a document was made from",
-      "Prints one line for each source link of the document at ADDRESS: the name by which the document "
-      "calls its source, escaped as in a path, and the source's UID, parted by a tab; the UID is empty "
-      "when the source can't be read. Of a document that is checked out by vtdirect they are those of its "
-      "working copy. --link of put takes them as they are printed, with \"=\" in place of the tab.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {AnywhereOption()},
-      true,
-      RunLinks,
-      {{"link", MemberType::Text, nullptr,
-        "by which name the document calls its source, escaped as in a path"},
-       {"uid", MemberType::Text, nullptr, "the source's UID; empty when it can't be read"}}};
+  return AsListing(
+      {"links",
+       "List the documents that a document was made from",
+       "Prints one line for each source link of the document at ADDRESS: the name by which the document "
+       "calls its source, escaped as in a path, and the source's UID, parted by a tab; the UID is empty "
+       "when the source can't be read. Of a document that is checked out by vtdirect they are those of its "
+       "working copy. --link of put takes them as they are printed, with \"=\" in place of the tab.",
+       {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+       {AnywhereOption()},
+       true,
+       RunLinks,
+       {{"link", MemberType::Text, nullptr,
+         "by which name the document calls its source, escaped as in a path"},
+        {"uid", MemberType::Text, nullptr, "the source's UID; empty when it can't be read"}}},
+      {"link", "uid"}, "Sort the lines by this column: link or uid.");
 }
 
 }  // namespace vtdirect_cli

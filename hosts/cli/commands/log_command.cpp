@@ -66,7 +66,7 @@ CommandRow LogCommand() {
        {"here", MemberType::Flag, nullptr, "whether the file came from it"},
        {"latest", MemberType::Flag, nullptr, "whether it is the newest"}}};
   row.worksInFolder = true;
-  return row;
+  return AsListing(row, {"version", "uid"}, "Sort the lines by this column: version or uid.");
 }
 
 }  // namespace vtdirect_cli

@@ -114,33 +114,35 @@ ExitCode RunLs(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow LsCommand() {
-  return {
-      "ls",
-      "List a folder, or the servers",
-      "Prints one line for each entry of the folder at PATH, each as it arrives and in the order of the "
-      "server; a name is printed as it stands in a path, and a folder's closes with \"/\". However many "
-      "documents a folder holds, listing them takes the same memory where the server lists folders by its "
-      "newer services, from schema 4 on; every other listing is held whole. Without PATH the nicknames of "
-      "the listed servers are printed, and no request is made.\n\nWith --long a line is kind (d for a "
-      "folder, - for a document), name, number and title, parted by tabs; with --versions the versions "
-      "follow, parted by blanks. A server shows them in folders only, and numbers and titles from schema 4 "
-      "on, versions from schema 5 on; what it doesn't show is empty.\n\nA missing \"/\" at the end of PATH "
-      "is added. A document's path is refused with a message that says so.",
-      {{"PATH", "A path; see ADDRESSES.", Count::AtMostOnce}},
-      {{"long", 'l', nullptr, false, Completion::Nothing, "Show kind, number and title too."},
-       {"versions", 0, nullptr, false, Completion::Nothing, "Show the versions of each document."}},
-      true,
-      RunLs,
-      {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
-       {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
-       {"kind", MemberType::Text, nullptr, "document, folder or server"},
-       {"number", MemberType::Text, "with --long, when the server shows it", "the document's number"},
-       {"title", MemberType::Text, "with --long, when the server shows it",
-        "the document's name that people gave it, free text"},
-       {"versions", MemberType::Texts, "with --versions, when the server shows them",
-        "the document's versions"},
-       {"version_ids", MemberType::Texts, "with versions",
-        "the server's id of each version, in their order"}}};
+  return AsListing(
+      {"ls",
+       "List a folder, or the servers",
+       "Prints one line for each entry of the folder at PATH, each as it arrives and in the order of the "
+       "server; a name is printed as it stands in a path, and a folder's closes with \"/\". However many "
+       "documents a folder holds, listing them takes the same memory where the server lists folders by its "
+       "newer services, from schema 4 on; every other listing is held whole. Without PATH the nicknames of "
+       "the listed servers are printed, and no request is made.\n\nWith --long a line is kind (d for a "
+       "folder, - for a document), name, number and title, parted by tabs; with --versions the versions "
+       "follow, parted by blanks. A server shows them in folders only, and numbers and titles from schema 4 "
+       "on, versions from schema 5 on; what it doesn't show is empty.\n\nA missing \"/\" at the end of PATH "
+       "is added. A document's path is refused with a message that says so.",
+       {{"PATH", "A path; see ADDRESSES.", Count::AtMostOnce}},
+       {{"long", 'l', nullptr, false, Completion::Nothing, "Show kind, number and title too."},
+        {"versions", 0, nullptr, false, Completion::Nothing, "Show the versions of each document."}},
+       true,
+       RunLs,
+       {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
+        {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+        {"kind", MemberType::Text, nullptr, "document, folder or server"},
+        {"number", MemberType::Text, "with --long, when the server shows it", "the document's number"},
+        {"title", MemberType::Text, "with --long, when the server shows it",
+         "the document's name that people gave it, free text"},
+        {"versions", MemberType::Texts, "with --versions, when the server shows them",
+         "the document's versions"},
+        {"version_ids", MemberType::Texts, "with versions",
+         "the server's id of each version, in their order"}}},
+      {"name", "kind", "number", "title", "versions"},
+      "Sort the lines by this column: name, kind, number, title or versions.");
 }
 
 }  // namespace vtdirect_cli

@@ -172,6 +172,9 @@ ExitCode RunUnmount(Host& host, const Arguments& arguments) {
        "With --write: files whose names match this pattern of the shell's kind stay on this machine, beside "
        "those of "
        "well-known editors. May be given several times."},
+      {"no-usual-scratch", 0, nullptr, false, Completion::Nothing,
+       "With --write: the names of well-known editors' files mean nothing; only the patterns of --scratch "
+       "count."},
       {"no-preview", 0, nullptr, false, Completion::Nothing,
        "Give no contents to programs that make thumbnails."},
   };

@@ -1,4 +1,5 @@
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/retrying.h"
@@ -16,7 +17,10 @@ ExitCode RunPull(Host& host, const Arguments& arguments) {
   if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
   ForgetReasons();
   const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *effort);
-  if (arguments.Has("dry-run")) return TellPull(host, folder, tree);
+  if (IsDryRun(arguments)) {
+    const auto local = ReadLocalSide(folder);
+    return local ? TellPull(host, *local, tree) : host.output().Fail(local.failure());
+  }
   return PullAll(host, folder, tree, *effort);
 }
 
@@ -36,10 +40,7 @@ CommandRow PullCommand() {
       "are asked for each document. What was fetched before a failure stays, and the next pull goes on "
       "there.",
       {},
-      {ParallelOption(),
-       RetriesOption(),
-       {"dry-run", 0, nullptr, false, Completion::Nothing,
-        "Say which files would be fetched, and fetch none."}},
+      {ParallelOption(), RetriesOption(), DryRunOption("Say which files would be fetched, and fetch none.")},
       true,
       RunPull,
       PullMembers()};

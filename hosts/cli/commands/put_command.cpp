@@ -12,6 +12,7 @@
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
+#include "hosts/cli/many/listed_addresses.h"
 #include "hosts/cli/many/put_many.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/result.h"
@@ -22,7 +23,7 @@
 #include "hosts/cli/storing/put_request.h"
 #include "hosts/cli/storing/put_target.h"
 #include "hosts/cli/storing/put_upload.h"
-#include "hosts/cli/texts/printable.h"
+#include "hosts/cli/texts/progress_line.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -121,6 +122,11 @@ void RecordStored(Host& host, const Put& put) {
   if (!record || !IsUnchanged(source)) return;
   record->address = put.request.address;
   record->uid = put.uid;
+  if (LeavesWorkingCopy(put)) {
+    // The working copy has one content, and what was stored in it before is gone.
+    ForgetContentOf(put.uid);
+    record->copyUse = CopyUse::Stored;
+  }
   RecordFetch(host, source.path, *record);
 }
 
@@ -144,6 +150,7 @@ void KeepWhatIsStored(Host& host, const Put& put) {
   }
   report.Tell("the file is stored and checked in; the UID to go on with is " + uid);
   WarnOfLeftWorkspace(host);
+  KeepContentOf(host, put.uid, uid);
   ForgetCheckout(host, put.uid);
   step.Settle();
   return uid;
@@ -166,7 +173,7 @@ void Report(Host& host, const Put& put) {
                                          {"checkout", std::string(CheckoutWord(put.state.status))}});
   static_cast<void>(host.output().Flush());
   std::string note = std::string(WordsOf(put.target.action).done) + " " + put.target.address + " from " +
-                     file + ", " + ByteCount(size);
+                     file + ", " + BytesToTell(size);
   if (put.checkedIn) note += ", and checked in";
   host.output().Note(note);
   if (LeavesWorkingCopy(put))
@@ -253,7 +260,7 @@ ExitCode ReportUnsent(Host& host, const Put& put) {
 }
 
 ExitCode RunPut(Host& host, const Arguments& arguments) {
-  return arguments.All("FILE").size() == 1 ? PutOne(host, arguments) : PutMany(host, arguments, PutOne);
+  return PutsMany(arguments) ? PutMany(host, arguments, PutOne) : PutOne(host, arguments);
 }
 
 [[nodiscard]] std::vector<OptionRow> Options() {
@@ -272,6 +279,7 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
       {"stop-on-error", 0, nullptr, false, Completion::Nothing,
        "Of several files, send nothing further when one has failed."},
   };
+  for (const OptionRow& row : FileListOptions()) options.push_back(row);
   for (const OptionRow& row : PutConditionOptions()) options.push_back(row);
   return options;
 }
@@ -322,7 +330,8 @@ CommandRow PutCommand() {
       "the other. One that fails does not keep the others. Two of one name are refused, and so are options "
       "that "
       "belong to one document.",
-      {{"FILE", "A local file. Several of them go to the folder at ADDRESS.", Count::AtLeastOnce},
+      {{"FILE", "A local file, or a pattern with * or ? in quotes. Several go to the folder at ADDRESS.",
+        Count::AtLeastOnce},
        {"ADDRESS", "A path or a UID; see ADDRESSES."}},
       Options(),
       true,

@@ -1,5 +1,6 @@
 #include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
@@ -8,12 +9,15 @@
 namespace vtdirect_cli {
 namespace {
 
-void Show(Host& host, const JournalEntry& entry, const Finding& finding) {
-  host.output().Row({{"since", entry.since},
+void Show(Host& host, const JournalEntry& entry, const Finding& finding, bool isDryRun) {
+  const Record shown{{"since", entry.since},
                      {"step", entry.step},
                      {"address", entry.address},
                      {"settled", finding.isKnown},
-                     {"found", finding.words}});
+                     {"found", finding.words}};
+  Record json = shown;
+  if (isDryRun) json.emplace_back("dry_run", true);
+  host.output().Row(shown, json);
   static_cast<void>(host.output().Flush());
 }
 
@@ -35,15 +39,16 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding) {
   return files.size();
 }
 
-ExitCode RunRecover(Host& host, const Arguments& /*arguments*/) {
-  const auto entries = Journal().Open();
-  if (!entries) return host.output().Fail(entries.failure());
-  std::uint64_t open = 0;
-  for (const JournalEntry& entry : *entries) {
+ExitCode RunRecover(Host& host, const Arguments& arguments) {
+  const auto changes = Journal().Open();
+  if (!changes) return host.output().Fail(changes.failure());
+  if (!changes->fault.empty()) host.output().Warning(changes->fault);
+  std::uint64_t open = changes->unreadable;
+  for (const JournalEntry& entry : changes->entries) {
     const Finding finding = FindOutWhatStands(host, entry);
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
-    SettleEntry(host, entry, finding);
-    Show(host, entry, finding);
+    if (!IsDryRun(arguments)) SettleEntry(host, entry, finding);
+    Show(host, entry, finding, IsDryRun(arguments));
     if (!finding.isKnown) ++open;
   }
   open += ShowUnstored(host);
@@ -73,7 +78,7 @@ CommandRow RecoverCommand() {
           "be stored are listed with the step mount; they are in $XDG_STATE_HOME/vtdirect/unstored, or "
           "~/.local/state/vtdirect/unstored. Every command on a server with such a change warns of it.",
           {},
-          {},
+          {DryRunOption("Say where things stand, and leave the journal as it is.")},
           true,
           RunRecover,
           {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
@@ -81,7 +86,8 @@ CommandRow RecoverCommand() {
             "checkout, checkin, undo, create, iterate, store, xliff put or xliff publish"},
            {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
            {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
-           {"found", MemberType::Text, nullptr, "where things stand, for a reader"}}};
+           {"found", MemberType::Text, nullptr, "where things stand, for a reader"},
+           DryRunMember("true: the change is in the journal as before")}};
 }
 
 }  // namespace vtdirect_cli

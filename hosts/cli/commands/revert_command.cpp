@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
@@ -36,12 +37,19 @@ struct KeptEdit {
           "cannot replace " + Printable(path) + ": " + std::strerror(error) + "; it is left as it is"};
 }
 
-[[nodiscard]] ExitCode PutBack(Host& host, WorkFolder& folder, const FolderFile& file) {
+[[nodiscard]] ExitCode TellRevert(Host& host, const FolderFile& file) {
+  host.output().Row({{"would", std::string("would revert")}, {"version", file.version}, {"file", file.path}},
+                    {{"file", file.path}, {"version", file.version}, {"uid", file.uid}, {"dry_run", true}});
+  return ExitCode::Ok;
+}
+
+[[nodiscard]] ExitCode PutBack(Host& host, WorkFolder& folder, const FolderFile& file, bool isDryRun) {
   const std::string place = folder.OnDisk(file.path);
   std::optional<struct stat> before;
   struct stat facts = {};
   if (lstat(place.c_str(), &facts) == 0) before = facts;
   if (before && !S_ISREG(facts.st_mode)) return host.output().Fail(NotReverted(file.path, EISDIR));
+  if (isDryRun) return TellRevert(host, file);
   if (const int error = MakeFoldersFor(folder.root(), file.path); error != 0) {
     return host.output().Fail(NotReverted(file.path, error));
   }
@@ -80,7 +88,7 @@ ExitCode RunRevert(Host& host, const Arguments& arguments) {
       host.output().Note(file.path + " is not changed, and left as it is");
       continue;
     }
-    worst = Worse(worst, PutBack(host, folder, file));
+    worst = Worse(worst, PutBack(host, folder, file, IsDryRun(arguments)));
   }
   return worst;
 }
@@ -95,13 +103,15 @@ CommandRow RevertCommand() {
       "beside it, as FILE.edited, FILE.edited-2 and so on, and the name is printed.\n\n"
       "A checkout of the document stays; undo ends it.",
       {{"FILE", "A file of the work folder.", Count::AtLeastOnce}},
-      {},
+      {DryRunOption()},
       true,
       RunRevert,
       {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
        {"version", MemberType::Text, nullptr, "the version that it is again"},
        {"uid", MemberType::Text, nullptr, "that version's UID"},
-       {"edit", MemberType::Text, nullptr, "where the changed file is; empty when there was none"}}};
+       {"edit", MemberType::Text, "without --dry-run",
+        "where the changed file is; empty when there was none"},
+       DryRunMember("true: it could be put back, and was not")}};
   row.worksInFolder = true;
   return row;
 }

@@ -22,17 +22,18 @@ ExitCode RunServers(Host& host, const Arguments& /*arguments*/) {
 }  // namespace
 
 CommandRow ServersCommand() {
-  return {
-      "servers",
-      "List the servers",
-      "Prints nickname and URL of every listed server, parted by a tab, in the order of the nicknames. No "
-      "request is made. Two nicknames of one server show one URL, since they share its connection.",
-      {},
-      {},
-      false,
-      RunServers,
-      {{"nickname", MemberType::Text, nullptr, "the nickname"},
-       {"url", MemberType::Text, nullptr, "the server's URL"}}};
+  return AsListing(
+      {"servers",
+       "List the servers",
+       "Prints nickname and URL of every listed server, parted by a tab, in the order of the nicknames. No "
+       "request is made. Two nicknames of one server show one URL, since they share its connection.",
+       {},
+       {},
+       false,
+       RunServers,
+       {{"nickname", MemberType::Text, nullptr, "the nickname"},
+        {"url", MemberType::Text, nullptr, "the server's URL"}}},
+      {"nickname", "url"}, "Sort the lines by this column: nickname or url.");
 }
 
 }  // namespace vtdirect_cli

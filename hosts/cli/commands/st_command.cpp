@@ -1,5 +1,11 @@
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
@@ -19,36 +25,82 @@ struct Line {
   bool isHeldHere = false;  // by this program
 };
 
-// The book is read once, and tells without a request what this program has checked out.
-void TakeOwnCheckouts(std::vector<Line>& lines) {
-  const BookContents book = CheckoutBook().Read();
-  for (Line& line : lines) {
-    if (!line.file.file) continue;
-    for (const KeptCheckout& kept : book.checkouts) {
-      if (!LeadsTo(kept, line.file.file->uid)) continue;
-      line.isHeldHere = true;
-      line.checkout = "by-you";
-      line.holder = kept.user;
+/// Who has the documents checked out. A listing does not tell it, so it is asked for those alone whose user will
+/// want to know.
+class Holders {
+ public:
+  /// Reads the book once, which tells without a request what this program has checked out.
+  /// @param all  whether every document is asked for
+  Holders(const LocalSide& local, bool all) : all_(all), book_(CheckoutBook().Read()) {
+    for (const auto& [path, file] : local.kept) {
+      const auto state = local.states.find(path);
+      const bool isModified = state != local.states.end() && state->second == LocalState::Modified;
+      if ((all || isModified) && FindHeldHere(file.uid) == nullptr) asked_.push_back({path, file.uid, {}});
     }
   }
-}
 
-// A listing does not tell who holds a document, so it is asked for those alone whose user will want to know.
-void AskForHolders(std::vector<Line>& lines, bool all, unsigned threads) {
-  std::vector<Line*> asked;
-  for (Line& line : lines) {
-    if (!line.file.document || line.isHeldHere) continue;
-    if (all || line.file.isModified) asked.push_back(&line);
+  /// The questions that are known before the listings are there: most documents have no newer version.
+  [[nodiscard]] SideTasks Questions() {
+    return {asked_.size(),
+            [this](std::size_t number) { asked_[number].state = ReadCheckoutState(asked_[number].uid); }};
   }
-  RunInParallel(asked.size(), threads, [&asked](std::size_t number) {
-    Line& line = *asked[number];
-    const CheckoutState state = ReadCheckoutState(line.file.document->uid);
+
+  /// Asks for what is not answered yet.
+  void Settle(std::vector<Line>& lines, unsigned threads) {
+    std::map<std::string, const Question*> answered;
+    for (const Question& question : asked_) {
+      if (question.state) answered.emplace(question.path, &question);
+    }
+    std::vector<Line*> open;
+    for (Line& line : lines) {
+      if (TakeHeldHere(line) || !line.file.document || (!all_ && !line.file.isModified)) continue;
+      const auto question = answered.find(line.file.path);
+      if (question != answered.end() && AreSameUid(question->second->uid, line.file.document->uid)) {
+        Take(line, *question->second->state);
+      } else {
+        open.push_back(&line);
+      }
+    }
+    RunInParallel(open.size(), threads, [&open](std::size_t number) {
+      Take(*open[number], ReadCheckoutState(open[number]->file.document->uid));
+    });
+  }
+
+ private:
+  struct Question {
+    std::string path;
+    std::string uid;
+    std::optional<CheckoutState> state;  // nothing: not asked yet
+  };
+
+  [[nodiscard]] const KeptCheckout* FindHeldHere(const std::string& uid) const {
+    const KeptCheckout* found = nullptr;
+    for (const KeptCheckout& kept : book_.checkouts) {
+      if (LeadsTo(kept, uid)) found = &kept;
+    }
+    return found;
+  }
+
+  [[nodiscard]] bool TakeHeldHere(Line& line) const {
+    const KeptCheckout* kept = line.file.file ? FindHeldHere(line.file.file->uid) : nullptr;
+    if (kept == nullptr) return false;
+    line.isHeldHere = true;
+    line.checkout = "by-you";
+    line.holder = kept->user;
+    return true;
+  }
+
+  static void Take(Line& line, const CheckoutState& state) {
     if (state.user.empty()) return;
     line.holder = state.user;
     line.checkout = CheckoutWord(state.status);
     if (state.status == VtDirectManager::CheckoutByOther) line.checkout += " (" + state.user + ")";
-  });
-}
+  }
+
+  bool all_;
+  BookContents book_;
+  std::vector<Question> asked_;
+};
 
 void Show(Host& host, const Line& line) {
   const Comparison& file = line.file;
@@ -81,11 +133,12 @@ ExitCode RunSt(Host& host, const Arguments& arguments) {
   const auto local = ReadLocalSide(folder);
   if (!local) return host.output().Fail(local.failure());
   ForgetReasons();
-  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *effort);
+  Holders holders(*local, arguments.Has("checkouts"));
+  const RemoteTree tree =
+      ReadRemoteTree(folder.store().server(), {"", folder.address()}, *effort, holders.Questions());
   std::vector<Line> lines;
   for (Comparison& comparison : Compare(*local, tree)) lines.push_back({std::move(comparison), {}, {}});
-  TakeOwnCheckouts(lines);
-  AskForHolders(lines, arguments.Has("checkouts"), effort->threads);
+  holders.Settle(lines, effort->threads);
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
   for (const Line& line : lines) {
     if (IsToShow(line, arguments.Has("all"))) Show(host, line);
@@ -100,7 +153,7 @@ ExitCode RunSt(Host& host, const Arguments& arguments) {
 CommandRow StCommand() {
   CommandRow row = {
       "st",
-      "Tell how a work folder stands to the server",
+      "Show what differs between a work folder and the server",
       "Prints one line for each file that is not the same here and on the server: its state, the version "
       "that "
       "it came from and the newest, the checkout, and the file, parted by tabs.\n\n"
@@ -130,7 +183,8 @@ CommandRow StCommand() {
        {"checked_out_here", MemberType::Flag, nullptr, "whether vtdirect has it checked out"},
        {"checked_out_by", MemberType::Text, "when somebody has and it was asked", "who holds the checkout"}}};
   row.worksInFolder = true;
-  return row;
+  return AsListing(row, {"state", "version", "latest_version", "checkout", "file"},
+                   "Sort the lines by this column: state, version, latest_version, checkout or file.");
 }
 
 }  // namespace vtdirect_cli

@@ -124,30 +124,32 @@ ExitCode RunStatus(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow StatusCommand() {
-  return {
-      "status",
-      "Tell whether objects are up to date",
-      "Prints one line for each ADDRESS, in their order: up-to-date, outdated or failed; the version of the "
-      "object and the newest; the checkout; and the address, parted by tabs. A path without a version names "
-      "the newest iteration, so it is a UID or a path with a version that can be outdated.\n\nThe checkout "
-      "is none, by-you, by-other, temporary-workspace or workspace (the address is that of a working copy), "
-      "not-possible (an older iteration), unsupported or unknown, with the user in brackets.\n\nA server "
-      "that can't be used is asked once; every further address on it fails at once. The exit status tells "
-      "the worst that happened: 10 when an object is outdated, and above that the classes of failure.",
-      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
-        Count::AtLeastOnce}},
-      Options(),
-      true,
-      RunStatus,
-      {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-       {"status", MemberType::Text, nullptr, "up-to-date, outdated or failed"},
-       {"error", MemberType::Text, "when failed", "the class of the failure"},
-       {"uid", MemberType::Text, "unless failed", "the object's UID"},
-       {"version", MemberType::Text, "unless failed", "the object's version"},
-       {"latest_version", MemberType::Text, "unless failed", "the newest version"},
-       {"checkout", MemberType::Text, "unless failed",
-        "none, by-you, by-other, temporary-workspace, workspace, not-possible, unsupported or unknown"},
-       {"checked_out_by", MemberType::Text, "when checked out", "who holds the checkout"}}};
+  return AsListing(
+      {"status",
+       "Tell whether objects are up to date",
+       "Prints one line for each ADDRESS, in their order: up-to-date, outdated or failed; the version of the "
+       "object and the newest; the checkout; and the address, parted by tabs. A path without a version names "
+       "the newest iteration, so it is a UID or a path with a version that can be outdated.\n\nThe checkout "
+       "is none, by-you, by-other, temporary-workspace or workspace (the address is that of a working copy), "
+       "not-possible (an older iteration), unsupported or unknown, with the user in brackets.\n\nA server "
+       "that can't be used is asked once; every further address on it fails at once. The exit status tells "
+       "the worst that happened: 10 when an object is outdated, and above that the classes of failure.",
+       {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+         Count::AtLeastOnce}},
+       Options(),
+       true,
+       RunStatus,
+       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+        {"status", MemberType::Text, nullptr, "up-to-date, outdated or failed"},
+        {"error", MemberType::Text, "when failed", "the class of the failure"},
+        {"uid", MemberType::Text, "unless failed", "the object's UID"},
+        {"version", MemberType::Text, "unless failed", "the object's version"},
+        {"latest_version", MemberType::Text, "unless failed", "the newest version"},
+        {"checkout", MemberType::Text, "unless failed",
+         "none, by-you, by-other, temporary-workspace, workspace, not-possible, unsupported or unknown"},
+        {"checked_out_by", MemberType::Text, "when checked out", "who holds the checkout"}}},
+      {"status", "version", "latest_version", "checkout", "address"},
+      "Sort the lines by this column: status, version, latest_version, checkout or address.");
 }
 
 }  // namespace vtdirect_cli

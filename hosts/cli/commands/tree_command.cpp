@@ -9,6 +9,7 @@
 #include "hosts/cli/host.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/tree_walk.h"
+#include "hosts/cli/walked_folders.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -72,13 +73,12 @@ struct Tree {
   return true;
 }
 
-[[nodiscard]] ListingEnd ListFolder(const std::string& path, const EntryFunction& receive) {
-  return ListByHandle(path, VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirFolders, receive);
-}
-
 [[nodiscard]] TreeEnd Walk(Tree& tree) {
   // The walk's own listing is one of them.
-  FoldersAhead ahead(ListFolder, tree.atOnce - 1);
+  WalkedFolders folders(VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirFolders);
+  FoldersAhead ahead([&folders](const std::string& path,
+                                const EntryFunction& receive) { return folders.List(path, receive); },
+                     tree.atOnce - 1);
   TreeWork work{
       [&ahead](const std::string& path, const EntryFunction& receive) { return ahead.Enter(path, receive); },
       [&tree](const TreeEntry& entry) {

@@ -134,26 +134,28 @@ ExitCode RunVersions(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow VersionsCommand() {
-  return {
-      "versions",
-      "List the versions of a document",
-      "Prints version and UID of each version of the document at ADDRESS, parted by a tab, and \"latest\" "
-      "behind the newest.\n\nA server that lists versions, from schema 5 on, tells them in the listing of "
-      "the document's folder, which is read up to the document; the order is that listing's. Of any other "
-      "server, of a document in a workspace, and of a CAD document without --cad, the object's own version "
-      "and the newest are all that can be had; a note says so, and with --json \"complete\" is false. The "
-      "same two are printed when the listing breaks off, which gives exit status 11.\n\nOf several documents "
-      "each line ends with the document's address, after a column that is \"latest\" or empty.",
-      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
-        Count::AtLeastOnce}},
-      Options(),
-      true,
-      RunVersions,
-      {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-       {"version", MemberType::Text, nullptr, "the version"},
-       {"uid", MemberType::Text, nullptr, "UID of this version"},
-       {"latest", MemberType::Flag, nullptr, "whether it is the newest"},
-       {"complete", MemberType::Flag, nullptr, "whether the lines show every version there is"}}};
+  return AsListing(
+      {"versions",
+       "List the versions of a document",
+       "Prints version and UID of each version of the document at ADDRESS, parted by a tab, and \"latest\" "
+       "behind the newest.\n\nA server that lists versions, from schema 5 on, tells them in the listing of "
+       "the document's folder, which is read up to the document; the order is that listing's. Of any other "
+       "server, of a document in a workspace, and of a CAD document without --cad, the object's own version "
+       "and the newest are all that can be had; a note says so, and with --json \"complete\" is false. The "
+       "same two are printed when the listing breaks off, which gives exit status 11.\n\nOf several "
+       "documents "
+       "each line ends with the document's address, after a column that is \"latest\" or empty.",
+       {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+         Count::AtLeastOnce}},
+       Options(),
+       true,
+       RunVersions,
+       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+        {"version", MemberType::Text, nullptr, "the version"},
+        {"uid", MemberType::Text, nullptr, "UID of this version"},
+        {"latest", MemberType::Flag, nullptr, "whether it is the newest"},
+        {"complete", MemberType::Flag, nullptr, "whether the lines show every version there is"}}},
+      {"version", "uid", "address"}, "Sort the lines by this column: version, uid or address.");
 }
 
 }  // namespace vtdirect_cli

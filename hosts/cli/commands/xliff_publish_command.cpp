@@ -3,6 +3,7 @@
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption_report.h"
 #include "hosts/cli/reasons.h"
@@ -19,6 +20,12 @@ namespace {
                             " as published; it takes a translation, as \"vtdirect xliff list\" shows them"});
 }
 
+[[nodiscard]] ExitCode TellPublish(Host& host, const XliffSubject& subject) {
+  host.output().Row({{"would", std::string("would publish")}, {"address", subject.address}},
+                    {{"address", subject.address}, {"uid", subject.uid}, {"dry_run", true}});
+  return ExitCode::Ok;
+}
+
 ExitCode RunXliffPublish(Host& host, const Arguments& arguments) {
   InterruptionReport report(host, "xliff publish");
   const auto settled = SettleSubject(host, arguments);
@@ -26,6 +33,7 @@ ExitCode RunXliffPublish(Host& host, const Arguments& arguments) {
   const XliffSubject& subject = *settled;
   if (const auto failure = RefusalOfAnotherPlace(subject.address, subject.uid)) return report.Fail(*failure);
   if (Interrupted()) return report.Report();
+  if (IsDryRun(arguments)) return TellPublish(host, subject);
   // To mark it once more changes nothing, and no question tells whether it is.
   report.TellOfOpenChange("whether " + subject.address +
                           " is marked as published is not known; the same command can be given again");
@@ -51,11 +59,12 @@ CommandRow XliffPublishCommand() {
           "Marks the document at ADDRESS, a translation, as published, and prints its UID. To do so again "
           "changes nothing.",
           {{"ADDRESS", "A path or a UID of the translation; see ADDRESSES."}},
-          {},
+          {DryRunOption()},
           true,
           RunXliffPublish,
           {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-           {"uid", MemberType::Text, nullptr, "the UID of the document"}}};
+           {"uid", MemberType::Text, nullptr, "the UID of the document"},
+           DryRunMember("true: it was not marked; whether it is a translation shows only then")}};
 }
 
 }  // namespace vtdirect_cli

@@ -2,6 +2,7 @@
 
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/host.h"
@@ -72,11 +73,19 @@ void Report(Host& host, const XliffPut& put, const SourceXliff& after) {
   host.output().Note(put.file.path +
                      (first ? " is the first source XLIFF of " : " updated the source XLIFF of ") +
                      put.subject.address);
-  if (!IsUnchanged(put.file)) {
-    host.output().Warning(put.file.path +
-                          " was written to meanwhile; what was sent may be neither what it was nor "
-                          "what it is");
-  }
+}
+
+[[nodiscard]] ExitCode TellXliffPut(Host& host, const XliffPut& put) {
+  const bool first = !put.before.linked;
+  host.output().Row({{"would", std::string(first ? "would create" : "would update")},
+                     {"file", put.file.path},
+                     {"address", put.subject.address}},
+                    {{"address", put.subject.address},
+                     {"file", put.file.path},
+                     {"language", put.language},
+                     {"action", std::string(first ? "created" : "updated")},
+                     {"dry_run", true}});
+  return ExitCode::Ok;
 }
 
 ExitCode RunXliffPut(Host& host, const Arguments& arguments) {
@@ -84,12 +93,15 @@ ExitCode RunXliffPut(Host& host, const Arguments& arguments) {
   const auto settled = Settle(host, arguments);
   if (!settled) return report.Fail(settled.failure());
   const XliffPut& put = *settled;
+  if (IsDryRun(arguments)) return TellXliffPut(host, put);
+  // What was looked at is what is sent, whoever writes to the file meanwhile.
+  const auto copy = CopySource(put.file, host.workDirectory() + "/sent");
+  if (!copy) return report.Fail(copy.failure());
   report.TellOfOpenChange(UnknownEnd(put));
   ForgetReasons();
   const std::string& file = put.file.path;
-  JournaledStep step(host, {"xliff put", put.subject.address, put.subject.uid, file, Sha256OfFile(file)});
-  if (!VtDirectManager::UploadSourceXliff(put.subject.uid.c_str(), put.file.path.c_str(),
-                                          put.language.c_str())) {
+  JournaledStep step(host, {"xliff put", put.subject.address, put.subject.uid, file, Sha256OfFile(*copy)});
+  if (!VtDirectManager::UploadSourceXliff(put.subject.uid.c_str(), copy->c_str(), put.language.c_str())) {
     step.SettleUnlessUnknown();
     if (Interrupted()) return report.Report();
     return report.Fail(SendingFailure(host, put));
@@ -123,6 +135,9 @@ CommandRow XliffPutCommand() {
       "en-US fits en, and en-GB doesn't fit en-US. A document type declaration is a fault: entities can "
       "be declared there. The content of the units isn't checked. What is wrong is told with its line, "
       "and nothing is sent.\n\n"
+      "FILE is copied to the directory for temporary files, and the copy is sent. When somebody writes to "
+      "FILE "
+      "before the copy is whole, nothing is sent.\n\n"
       "Where a first source XLIFF goes is up to the server's XLIFF preferences for the document and the "
       "language. An upload that fails has not changed what the document shows as its source XLIFF, or the "
       "message says what it shows now.",
@@ -130,14 +145,16 @@ CommandRow XliffPutCommand() {
       {{"language", 'l', "LANGUAGE", false, Completion::Nothing,
         "The source language, for example en-US. Needed; the server gets it as it is given."},
        {"force", 'f', nullptr, false, Completion::Nothing,
-        "Send FILE whatever the check finds; what it finds is a warning then."}},
+        "Send FILE whatever the check finds; what it finds is a warning then."},
+       DryRunOption()},
       true,
       RunXliffPut,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-       {"uid", MemberType::Text, nullptr, "the UID of the source XLIFF"},
+       {"uid", MemberType::Text, "without --dry-run", "the UID of the source XLIFF"},
        {"file", MemberType::Text, nullptr, "FILE"},
        {"language", MemberType::Text, nullptr, "the language as it was given"},
-       {"action", MemberType::Text, nullptr, "created for the first source XLIFF, or updated"}}};
+       {"action", MemberType::Text, nullptr, "created for the first source XLIFF, or updated"},
+       DryRunMember("true: nothing was sent, and action is what would be done")}};
 }
 
 }  // namespace vtdirect_cli

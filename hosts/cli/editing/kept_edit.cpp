@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/environment.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/fetch_record.h"
@@ -70,10 +71,11 @@ int KeptEdit::Lock() {
   return isMine ? 0 : EWOULDBLOCK;
 }
 
-bool KeptEdit::HasUnstored() const {
+bool KeptEdit::HasUnstored(const std::string& workingCopy) const {
   if (access(file().c_str(), F_OK) != 0) return false;
-  const std::string known = KnownSum();
-  return known.empty() || Sha256OfFile(file()) != known;
+  const auto record = FetchRecords().Find(file());
+  if (!record || Sha256OfFile(file()) != record->sha256) return true;
+  return record->copyUse == CopyUse::Stored && !AreSameUid(record->uid, workingCopy);
 }
 
 std::string KeptEdit::KnownSum() const {

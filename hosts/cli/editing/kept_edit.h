@@ -30,8 +30,10 @@ class KeptEdit {
 
   /// The file to be edited; it need not be there.
   [[nodiscard]] std::string file() const { return directory_ + "/content/" + name_; }
-  /// Whether a file is there that holds what the server is not known to have.
-  [[nodiscard]] bool HasUnstored() const;
+  /// Whether a file is there that holds what the server is not known to have, which goes for what was stored in another
+  /// working copy than this as well: its checkout may have been undone.
+  /// @param workingCopy  of the document, as it is kept; empty for none
+  [[nodiscard]] bool HasUnstored(const std::string& workingCopy) const;
   /// The bytes that the server had, by their SHA-256, when the file was fetched or stored last; empty if that
   /// is not known.
   [[nodiscard]] std::string KnownSum() const;

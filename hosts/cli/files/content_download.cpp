@@ -10,6 +10,7 @@
 #include <iostream>
 
 #include "hosts/cli/address.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/fetch_record.h"
@@ -103,10 +104,19 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
   Record record = download.described;
   record.insert(record.end(), {{"uid", uid}, {"file", download.target.path}, {"bytes", size}});
   host.output().JsonOnly(record);
-  host.output().Note("saved " + download.target.path + ", " + ByteCount(size));
+  host.output().Note("saved " + download.target.path + ", " + BytesToTell(size));
+}
+
+// What is fetched, as a record of it names it.
+[[nodiscard]] const std::string& NameOfSource(const Download& download) {
+  if (!download.uidToGoOnWith.empty()) return download.uidToGoOnWith;
+  return download.source.empty() ? download.address : download.source;
 }
 
 [[nodiscard]] Result<std::uint64_t> FetchIntoFile(Host& host, const Download& download) {
+  if (auto failure = RefusalToReplaceCopy(download.target, download.force, NameOfSource(download))) {
+    return *failure;
+  }
   DurableFile pending(download.target.path);
   if (pending.error() != 0) return WriteFailure(download.target.path, pending.error());
   const auto uid = Fetch(host, download, pending.path());
@@ -122,6 +132,7 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
     record->address = download.address;
     record->uid = *uid;
     record->version = download.version;
+    record->copyUse = download.isOfWorkingCopy ? CopyUse::Fetched : CopyUse::None;
     RecordFetch(host, download.target.path, *record);
   }
   Report(host, download, *uid, size);
@@ -151,6 +162,23 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
   return size;
 }
 
+// What a listing has told of is there.
+[[nodiscard]] bool IsThere(const Download& download) {
+  const std::string& source = download.source.empty() ? download.address : download.source;
+  return !download.version.empty() || VtDirectManager::FileExists(source.c_str());
+}
+
+[[nodiscard]] Result<std::uint64_t> TellDownload(Host& host, const Download& download) {
+  ForgetReasons();
+  if (!IsThere(download)) return Diagnose(host, download.address, false);
+  const std::string file = download.target.path.empty() ? "-" : download.target.path;
+  Record json = download.described;
+  json.insert(json.end(), {{"file", file}, {"dry_run", true}});
+  const std::string would = download.target.before ? "would replace" : "would write";
+  host.output().Row({{"would", would}, {"file", file}, {"address", download.address}}, json);
+  return std::uint64_t{0};
+}
+
 }  // namespace
 
 std::vector<OptionRow> DownloadOptions() {
@@ -160,13 +188,15 @@ std::vector<OptionRow> DownloadOptions() {
        "\"-\", once the content has arrived whole."},
       {"no-clobber", 'n', nullptr, false, Completion::Nothing, "Fail when the target exists."},
       {"force", 'f', nullptr, false, Completion::Nothing,
-       "Replace a file that vtdirect did not save, or that was changed since; what is in it is lost."}};
+       "Replace a file that vtdirect did not save, or that was changed since; what is in it is lost."},
+      DryRunOption("Say which files would be written, and fetch none.")};
 }
 
 std::vector<MemberRow> DownloadMembers() {
-  return {{"uid", MemberType::Text, nullptr, "the object's UID"},
+  return {{"uid", MemberType::Text, "without --dry-run", "the object's UID"},
           {"file", MemberType::Text, nullptr, "the local file"},
-          {"bytes", MemberType::Number, nullptr, "its size"}};
+          {"bytes", MemberType::Number, "without --dry-run", "its size"},
+          DryRunMember("true: the file could be written, and was not")};
 }
 
 std::optional<Failure> CheckDownloadOptions(Host& host, const Arguments& arguments) {
@@ -188,6 +218,7 @@ Result<Download> SettleDownload(Host& host, const Arguments& arguments, const st
   download.address = address;
   download.noClobber = arguments.Has("no-clobber");
   download.force = arguments.Has("force");
+  download.isDryRun = IsDryRun(arguments);
   const std::string output = place.empty() ? arguments.Text("output") : place;
   std::string name;
   if (place.empty() && NeedsFileName(output)) {
@@ -212,7 +243,23 @@ void RecordFetch(Host& host, const std::string& file, FetchRecord record) {
                         "; a further get into it takes --force");
 }
 
+void KeepContentOf(Host& host, const std::string& workingCopy, const std::string& iteration) {
+  for (FetchRecord& record : FetchRecords().OfWorkingCopy(workingCopy)) {
+    record.uid = iteration;
+    record.version.clear();
+    record.copyUse = CopyUse::None;
+    RecordFetch(host, record.file, record);
+  }
+}
+
+void ForgetContentOf(const std::string& workingCopy) {
+  for (const FetchRecord& record : FetchRecords().OfWorkingCopy(workingCopy)) {
+    FetchRecords().Forget(record.file);
+  }
+}
+
 Result<std::uint64_t> PerformDownload(Host& host, const Download& download) {
+  if (download.isDryRun) return TellDownload(host, download);
   switch (download.target.kind) {
     case Target::Kind::StandardOutput:
       return FetchIntoStream(host, download, STDOUT_FILENO, "standard output");

@@ -26,10 +26,12 @@ struct Download {
   bool force = false;
   /// Told how many bytes have come, in place of the line of progress; may be empty.
   std::function<void(std::size_t received)> progress = {};
-  std::string version;  ///< of the content, when it is known without a question
+  std::string version;           ///< of the content, when it is known without a question
+  bool isOfWorkingCopy = false;  ///< what is fetched is a working copy's content
+  bool isDryRun = false;
 };
 
-/// The options of a command that downloads: "output", "no-clobber" and "force".
+/// The options of a command that downloads: "output", "no-clobber", "force" and "dry-run".
 [[nodiscard]] std::vector<OptionRow> DownloadOptions();
 
 /// The members of the JSON object that every download has.
@@ -49,8 +51,16 @@ struct Download {
 /// @param record  with all but file, and perhaps version
 void RecordFetch(Host& host, const std::string& file, FetchRecord record);
 
-/// Downloads, puts the file in its place when it is whole, and reports that.
-/// @return the size of the content, or why it is not there
+/// Local files whose bytes are in a working copy have them in this iteration from now on: it was checked in.
+/// Makes requests if there are such files.
+void KeepContentOf(Host& host, const std::string& workingCopy, const std::string& iteration);
+
+/// Forgets that a working copy has the bytes of local files: it has got other ones. Makes no request.
+void ForgetContentOf(const std::string& workingCopy);
+
+/// Downloads, puts the file in its place when it is whole, and reports that. A dry run looks whether the object is
+/// there, and says what would become of the file.
+/// @return the size of the content, or why it is not there; 0 of a dry run
 [[nodiscard]] Result<std::uint64_t> PerformDownload(Host& host, const Download& download);
 
 /// The same, and reports a failure too.

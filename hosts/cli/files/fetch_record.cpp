@@ -7,8 +7,9 @@
 #include <charconv>
 #include <cstring>
 #include <filesystem>
-#include <vector>
+#include <utility>
 
+#include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/environment.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/local_text_file.h"
@@ -27,14 +28,35 @@ constexpr std::string_view kFirstLine = "vtdirect-fetched 1\n";
   return error ? path : real.string();
 }
 
+constexpr std::pair<CopyUse, std::string_view> kWordsOfCopyUse[] = {
+    {CopyUse::None, ""}, {CopyUse::Fetched, "fetched from a copy"}, {CopyUse::Stored, "stored in a copy"}};
+
+[[nodiscard]] std::string WordOf(CopyUse use) {
+  for (const auto& [known, word] : kWordsOfCopyUse) {
+    if (known == use) return std::string(word);
+  }
+  return {};
+}
+
+// A release before this one didn't tell what a file has to do with a working copy, and stored most of them.
+[[nodiscard]] std::optional<CopyUse> CopyUseOf(const std::vector<std::string>& fields) {
+  if (fields.size() == 6) return IsTemporaryCopy(fields[2]) ? CopyUse::Stored : CopyUse::None;
+  for (const auto& [use, known] : kWordsOfCopyUse) {
+    if (known == fields[6]) return use;
+  }
+  return std::nullopt;
+}
+
 [[nodiscard]] std::optional<FetchRecord> RecordOfText(std::string_view text) {
   if (!text.starts_with(kFirstLine)) return std::nullopt;
   text.remove_prefix(kFirstLine.size());
   if (!text.ends_with('\n')) return std::nullopt;
   text.remove_suffix(1);
   const auto fields = FieldsOfLine(text);
-  if (!fields || fields->size() != 6) return std::nullopt;
-  FetchRecord record{(*fields)[0], (*fields)[1], (*fields)[2], (*fields)[3], 0, (*fields)[5]};
+  if (!fields || fields->size() < 6 || fields->size() > 7) return std::nullopt;
+  const auto use = CopyUseOf(*fields);
+  if (!use) return std::nullopt;
+  FetchRecord record{(*fields)[0], (*fields)[1], (*fields)[2], (*fields)[3], 0, (*fields)[5], *use};
   const std::string& size = (*fields)[4];
   const auto [end, error] = std::from_chars(size.data(), size.data() + size.size(), record.size);
   if (error != std::errc() || end != size.data() + size.size() || record.sha256.empty()) return std::nullopt;
@@ -63,8 +85,9 @@ std::string FetchRecords::Keep(const std::string& path, FetchRecord record) cons
   record.file = AbsolutePath(path);
   int error = MakeDirectories(directory_);
   if (error == 0) {
-    const std::string line = LineOfFields({record.file, record.address, record.uid, record.version,
-                                           std::to_string(record.size), record.sha256});
+    const std::string line =
+        LineOfFields({record.file, record.address, record.uid, record.version, std::to_string(record.size),
+                      record.sha256, WordOf(record.copyUse)});
     error =
         ReplaceDurably(directory_ + "/" + Sha256OfText(record.file), std::string(kFirstLine) + line + "\n");
   }
@@ -73,6 +96,22 @@ std::string FetchRecords::Keep(const std::string& path, FetchRecord record) cons
 
 void FetchRecords::Forget(const std::string& path) const {
   if (!directory_.empty()) unlink((directory_ + "/" + Sha256OfText(AbsolutePath(path))).c_str());
+}
+
+std::vector<FetchRecord> FetchRecords::OfWorkingCopy(const std::string& workingCopy) const {
+  std::vector<FetchRecord> records;
+  if (directory_.empty()) return records;
+  std::error_code error;
+  for (std::filesystem::directory_iterator at(directory_, error), end; !error && at != end;
+       at.increment(error)) {
+    std::string text;
+    if (ReadLocalTextFile(at->path().string(), text) != 0) continue;
+    auto record = RecordOfText(text);
+    if (record && record->copyUse != CopyUse::None && AreSameUid(record->uid, workingCopy)) {
+      records.push_back(std::move(*record));
+    }
+  }
+  return records;
 }
 
 std::optional<FetchRecord> Measure(const std::string& path) {

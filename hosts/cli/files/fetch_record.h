@@ -3,17 +3,26 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vtdirect_cli {
+
+/// What a file has to do with a working copy, which goes with all that is in it when its checkout is undone.
+enum class CopyUse {
+  None,     ///< its bytes are in an iteration, which stays
+  Fetched,  ///< its bytes came from a working copy
+  Stored    ///< its bytes were stored in a working copy
+};
 
 /// What is known of a local file whose bytes the server has too: `get` saved it, or `put` stored it.
 struct FetchRecord {
   std::string file;     ///< absolute path
   std::string address;  ///< as it was given
-  std::string uid;
+  std::string uid;      ///< of what has the bytes: the working copy's as long as it is in one
   std::string version;  ///< empty when the server did not tell it
   std::uint64_t size = 0;
   std::string sha256;
+  CopyUse copyUse = CopyUse::None;
 };
 
 /// The records, one small file each, named after the path of the file that it tells of, in
@@ -34,6 +43,9 @@ class FetchRecords {
   [[nodiscard]] std::string Keep(const std::string& path, FetchRecord record) const;
   /// Drops the record of a file that is about to go.
   void Forget(const std::string& path) const;
+
+  /// The records whose bytes are in this working copy, of whatever file.
+  [[nodiscard]] std::vector<FetchRecord> OfWorkingCopy(const std::string& workingCopy) const;
 
  private:
   std::string directory_;

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/files/fetch_record.h"
 
 namespace vtdirect_cli {
@@ -41,6 +42,17 @@ std::optional<Failure> RefusalOfReplacement(const Target& target, bool force) {
   const std::string version = record->version.empty() ? "" : " as version " + record->version;
   return Failure{ExitCode::LocalFile, target.path + " was changed since vtdirect saved it" + version +
                                           " of " + record->address + kNext};
+}
+
+std::optional<Failure> RefusalToReplaceCopy(const Target& target, bool force, const std::string& fetched) {
+  if (target.kind != Target::Kind::File || !target.before || force) return std::nullopt;
+  const auto record = FetchRecords().Find(target.path);
+  if (!record || record->copyUse == CopyUse::None) return std::nullopt;
+  if (AreSameUid(ByOwnId(record->uid), ByOwnId(fetched))) return std::nullopt;
+  return Failure{ExitCode::LocalFile, target.path + " has the content of the working copy " + record->uid +
+                                          ", which is not what is fetched, so that its content may be "
+                                          "nowhere else" +
+                                          kNext};
 }
 
 }  // namespace vtdirect_cli

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 #include "hosts/cli/failure.h"
 #include "hosts/cli/files/target_file.h"
@@ -12,5 +13,12 @@ namespace vtdirect_cli {
 /// that are recorded of it (see FetchRecords). Reads the file; makes no request.
 /// @param force  the user takes the loss of what is there, which lifts all but the write protection
 [[nodiscard]] std::optional<Failure> RefusalOfReplacement(const Target& target, bool force);
+
+/// Why the file at a target must not be replaced by the content that is about to be fetched: its bytes are in a
+/// working copy, which goes with all that is in it when somebody undoes its checkout, and something else is
+/// fetched. Nothing for a file of which no such thing is recorded. Makes no request.
+/// @param fetched  UID of what is fetched: the working copy's when it is one
+[[nodiscard]] std::optional<Failure> RefusalToReplaceCopy(const Target& target, bool force,
+                                                          const std::string& fetched);
 
 }  // namespace vtdirect_cli

@@ -115,7 +115,7 @@ class HarWriter {
     writer_.EndArray();
     writer_.EndObject();
     writer_.EndObject();
-    return std::string(buffer_.GetString(), buffer_.GetSize()) + "\n";
+    return JsonWithoutDelete({buffer_.GetString(), buffer_.GetSize()}) + "\n";
   }
 
  private:

@@ -3,6 +3,8 @@
 #include <mutex>
 #include <utility>
 
+#include "hosts/cli/http_log/asked_pause.h"
+
 namespace vtdirect_cli {
 namespace {
 
@@ -26,6 +28,7 @@ struct HttpLog::State {
 
 HttpLog::HttpLog() : state_(std::make_shared<State>()) {
   const auto observe = [state = state_](const du::http::ObservedExchange& exchange) {
+    NoteAskedPause(exchange);
     const std::lock_guard lock(state->mutex);
     const std::size_t size = SizeOf(exchange);
     if (state->bytes + size > kMostBytes || state->seen.exchanges.size() >= kMostExchanges) {

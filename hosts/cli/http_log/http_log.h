@@ -14,7 +14,8 @@ struct SeenExchanges {
   std::size_t leftOut = 0;                            ///< exchanges that there was no room for, after those
 };
 
-/// Sees every exchange of the process while it lives, as many as fit into its bounds. One at a time.
+/// Sees every exchange of the process while it lives, as many as fit into its bounds, and has asked pauses noted.
+/// One at a time.
 class HttpLog {
  public:
   HttpLog();

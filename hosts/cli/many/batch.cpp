@@ -38,6 +38,7 @@ using VtDirectManager::FailureKind;
 struct Said {
   std::string out;
   std::string err;
+  std::vector<TableRow> rows;
 };
 
 class Together {
@@ -100,7 +101,7 @@ class Together {
       return false;
     }
     // What a signal has broken off is told once, at the end.
-    Take(number, code, failures, {out.str(), Interrupted() ? "" : err.str()});
+    Take(number, code, failures, {out.str(), Interrupted() ? "" : err.str(), output.TakeRows()});
     return true;
   }
 
@@ -126,7 +127,7 @@ class Together {
     }
     if (!failures.empty() && options_.stopOnError) stopped_ = true;
     if (!options_.inOrder) {
-      Pass(said);
+      Pass(std::move(said));
       return;
     }
     said_[number] = std::move(said);
@@ -136,16 +137,15 @@ class Together {
 
   void PassWhatIsNext() {
     for (; next_ < tasks_.size() && isOver_[next_]; ++next_) {
-      Pass(said_[next_]);
-      said_[next_] = {};
+      Pass(std::exchange(said_[next_], {}));
     }
   }
 
   // Nobody is asked for what nobody reads.
-  void Pass(const Said& said) {
-    if (said.out.empty() && said.err.empty()) return;
+  void Pass(Said said) {
+    if (said.out.empty() && said.err.empty() && said.rows.empty()) return;
     if (options_.makeRoom) options_.makeRoom();
-    if (!host_.output().Pass(said.out, said.err)) stopped_ = true;
+    if (!host_.output().Pass(said.out, said.err, std::move(said.rows))) stopped_ = true;
   }
 
   Host& host_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/many/listed_addresses.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/retrying.h"
@@ -55,8 +56,7 @@ std::vector<OptionRow> ReadingManyOptions() {
 std::vector<OptionRow> ChangingManyOptions() {
   std::vector<OptionRow> options = ListOptions();
   options.push_back(StopOption());
-  options.push_back(
-      {"dry-run", 0, nullptr, false, Completion::Nothing, "Say what would be done, and change nothing."});
+  options.push_back(DryRunOption());
   return options;
 }
 

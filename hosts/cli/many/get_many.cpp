@@ -9,6 +9,7 @@
 #include <mutex>
 
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/target_file.h"
@@ -37,7 +38,8 @@ namespace {
   }
   while (directory.size() > 1 && directory.ends_with('/')) directory.pop_back();
   if (directory.empty()) return std::string(".");
-  const bool isMade = !arguments.Has("recursive") || mkdir(directory.c_str(), 0777) == 0 || errno == EEXIST;
+  const bool isMade = !arguments.Has("recursive") || IsDryRun(arguments) ||
+                      mkdir(directory.c_str(), 0777) == 0 || errno == EEXIST;
   if (!isMade) return CannotMake(directory, errno);
   return directory;
 }
@@ -50,22 +52,23 @@ class Fetching {
       : host_(host),
         arguments_(arguments),
         settle_(settle),
+        isDryRun_(IsDryRun(arguments)),
         directory_(std::move(directory)),
         wanted_(wanted),
         progress_(ShowsProgress() ? &std::cerr : nullptr, TerminalWidth(), wanted.files.size()) {}
 
   [[nodiscard]] ExitCode Run(BatchOptions options) {
     options.verbose = arguments_.Has("verbose") && !host_.output().quiet();
-    options.inOrder = false;
+    options.inOrder = isDryRun_;
     options.makeRoom = [this] { progress_.Clear(); };
     BatchEnd end;
-    TellFailures(host_, MakeFolders(), end);
+    if (!isDryRun_) TellFailures(host_, MakeFolders(), end);
     if (end.failures.empty() || !options.stopOnError) Add(RunTogether(host_, Tasks(), options), end);
     progress_.Clear();
     TellFailures(host_, wanted_.failures, end);
     const std::size_t all = wanted_.files.size() + wanted_.failures.size();
-    host_.output().Note(std::to_string(saved_) + " of " + std::to_string(all) + " documents saved, " +
-                        ByteCount(bytes_));
+    host_.output().Note(std::to_string(saved_) + " of " + std::to_string(all) + " documents " +
+                        (isDryRun_ ? "would be saved" : "saved, " + BytesToTell(bytes_)));
     return FinishBatch(host_, end, all);
   }
 
@@ -134,7 +137,7 @@ class Fetching {
   // What a listing has told of is not asked for once more.
   [[nodiscard]] Result<Download> Settle(Host& host, const WantedFile& wanted) const {
     // Nothing is written into a directory that a link leads to: it could be anywhere.
-    if (const int error = MakeFoldersFor(directory_, wanted.place); error != 0) {
+    if (const int error = isDryRun_ ? 0 : MakeFoldersFor(directory_, wanted.place); error != 0) {
       return CannotMake(InDirectory(DirectoryOf(wanted.place)), error);
     }
     const std::string place = wanted.place.empty() ? "" : InDirectory(wanted.place);
@@ -155,6 +158,7 @@ class Fetching {
   Host& host_;
   const Arguments& arguments_;
   SettleSource settle_;
+  bool isDryRun_;
   std::string directory_;
   const WantedFiles& wanted_;
   ManyProgress progress_;

@@ -41,7 +41,23 @@ constexpr std::size_t largestList = std::size_t{256} << 20U;
                      [](const OptionRow& row) { return row.name == ArgumentName("from"); });
 }
 
+// What of a command may be given several times.
+[[nodiscard]] ArgumentName ListedOperand(const CommandRow& command) {
+  for (const OperandRow& row : command.operands) {
+    if (row.count == Count::AtLeastOnce || row.count == Count::AnyNumber) return row.name;
+  }
+  return "ADDRESS";
+}
+
 }  // namespace
+
+std::vector<OptionRow> FileListOptions() {
+  return {{"from", 0, "FILE", true, Completion::Files,
+           "Take the files that are named in this file too, one a line; \"-\" is standard input."},
+          {"null", '0', nullptr, false, Completion::Nothing,
+           "In the file of --from, a name ends with a zero byte and not with its line, as find -print0 "
+           "writes it."}};
+}
 
 std::vector<OptionRow> ListOptions() {
   return {{"from", 0, "FILE", true, Completion::Files,
@@ -70,19 +86,19 @@ Result<Arguments> WithListedAddresses(const CommandRow& command, Arguments argum
     if (!arguments.Has("null")) return arguments;
     return Failure{ExitCode::Usage, "--null tells the form of a list, and --from names none"};
   }
-  std::vector<std::string> addresses = arguments.All("ADDRESS");
+  const ArgumentName operand = ListedOperand(command);
+  std::vector<std::string> listed = arguments.All(operand);
   for (const std::string& file : arguments.All("from")) {
     std::string text;
     if (const int error = ReadList(file, text); error != 0) {
       const std::string name = file == "-" ? "standard input" : Printable(file);
-      return Failure{ExitCode::LocalFile,
-                     "cannot read the addresses in " + name + ": " + std::strerror(error)};
+      return Failure{ExitCode::LocalFile, "cannot read the list in " + name + ": " + std::strerror(error)};
     }
-    for (std::string& address : AddressesOfList(text, arguments.Has("null"))) {
-      addresses.push_back(std::move(address));
+    for (std::string& entry : AddressesOfList(text, arguments.Has("null"))) {
+      listed.push_back(std::move(entry));
     }
   }
-  arguments.Set("ADDRESS", std::move(addresses));
+  arguments.Set(operand, std::move(listed));
   return arguments;
 }
 

@@ -85,6 +85,16 @@ void ManyProgress::End(std::size_t number) {
 
 void ManyProgress::Clear() {
   const std::lock_guard lock(mutex_);
+  Wipe();
+}
+
+void ManyProgress::MakeRoomFor(const std::function<void()>& write) {
+  const std::lock_guard lock(mutex_);
+  Wipe();
+  write();
+}
+
+void ManyProgress::Wipe() {
   if (!shown_) return;
   *terminal_ << wipe << std::flush;
   shown_ = false;

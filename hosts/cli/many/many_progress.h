@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <map>
 #include <memory>
@@ -51,12 +52,16 @@ class ManyProgress {
   /// Takes the line away, so that something else can be written; it comes back with the next news.
   void Clear();
 
+  /// Writes something else in its place, on any thread: no line comes meanwhile.
+  void MakeRoomFor(const std::function<void()>& write);
+
  private:
   struct File {
     std::string name;
     std::uint64_t received = 0;
   };
   void Show();
+  void Wipe();
 
   std::ostream* terminal_;
   std::size_t width_;

@@ -4,6 +4,7 @@
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/many/batch.h"
+#include "hosts/cli/many/matched_files.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/local_source.h"
 
@@ -40,9 +41,15 @@ namespace {
 
 }  // namespace
 
+bool PutsMany(const Arguments& arguments) {
+  const std::vector<std::string> files = arguments.All("FILE");
+  return arguments.Has("from") || files.size() != 1 || IsFilePattern(files.front());
+}
+
 ExitCode PutMany(Host& host, const Arguments& arguments, PutOneFile putOne) {
   const std::string address = arguments.Text("ADDRESS");
-  const std::vector<std::string> files = arguments.All("FILE");
+  const MatchedFiles matched = FindMatchedFiles(arguments.All("FILE"));
+  const std::vector<std::string>& files = matched.files;
   auto refusal = RefusalOfAddress(address);
   if (!refusal) refusal = RefusalOfOptions(arguments);
   if (!refusal) refusal = RefusalOfFiles(files);
@@ -58,8 +65,14 @@ ExitCode PutMany(Host& host, const Arguments& arguments, PutOneFile putOne) {
       return putOne(taskHost, one);
     };
   }
-  const BatchEnd end = RunOneByOne(host, tasks, arguments.Has("stop-on-error"));
-  return end.worst == ExitCode::Interrupted ? end.worst : FinishBatch(host, end, files.size());
+  BatchEnd end;
+  // Who asked for more than there is may have meant something else.
+  if (matched.failures.empty() || !arguments.Has("stop-on-error")) {
+    end = RunOneByOne(host, tasks, arguments.Has("stop-on-error"));
+  }
+  if (end.worst == ExitCode::Interrupted) return end.worst;
+  TellFailures(host, matched.failures, end);
+  return FinishBatch(host, end, files.size() + matched.failures.size());
 }
 
 }  // namespace vtdirect_cli

@@ -8,6 +8,9 @@ namespace vtdirect_cli {
 /// Stores one file.
 using PutOneFile = ExitCode (*)(Host& host, const Arguments& arguments);
 
+/// Whether several files are to be stored: by several operands, by a pattern or by a list.
+[[nodiscard]] bool PutsMany(const Arguments& arguments);
+
 /// Stores several files in one folder, one after the other, each by its own call of the function. What would be
 /// ambiguous is refused before anything is sent: an address that is no folder's, two files of one name, and options
 /// that belong to one document. Makes requests.

@@ -6,6 +6,9 @@
 #include <cerrno>
 #include <cstring>
 
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/files/target_file.h"
+
 namespace vtdirect_cli {
 namespace {
 
@@ -15,6 +18,14 @@ namespace {
 
 [[nodiscard]] bool SameTime(const timespec& one, const timespec& other) {
   return one.tv_sec == other.tv_sec && one.tv_nsec == other.tv_nsec;
+}
+
+// @return 0, or the error number
+[[nodiscard]] int CopyTo(const std::string& copy, const std::string& path) {
+  const int descriptor = open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (descriptor < 0) return errno;
+  const int error = CopyToDescriptor(path, descriptor);
+  return close(descriptor) == 0 || error != 0 ? error : errno;
 }
 
 }  // namespace
@@ -38,6 +49,25 @@ bool IsUnchanged(const LocalSource& source) {
   // A file that was replaced by another counts as changed too: which of the two was read can't be told.
   return now.st_dev == before.st_dev && now.st_ino == before.st_ino && now.st_size == before.st_size &&
          SameTime(now.st_mtim, before.st_mtim);
+}
+
+Failure SourceWasWrittenTo(const std::string& path, const std::string& consequence) {
+  return {ExitCode::LocalFile, path + " was written to while it was read; " + consequence,
+          "give the command again when nobody writes to it"};
+}
+
+Result<std::string> CopySource(const LocalSource& source, const std::string& directory) {
+  const std::string copy = directory + "/" + BaseNameOf(source.path);
+  const int error = mkdir(directory.c_str(), 0700) == 0 ? CopyTo(copy, source.path) : errno;
+  if (error == EINTR) return InterruptedFailure();
+  if (!IsUnchanged(source)) return SourceWasWrittenTo(source.path, "nothing was sent");
+  if (error == 0) return copy;
+  return Failure{ExitCode::LocalFile,
+                 source.path +
+                     " could not be copied whole to the directory for temporary files, from where "
+                     "it is sent: " +
+                     std::strerror(error) + "; nothing was sent",
+                 "make room there, or set TMPDIR to another one"};
 }
 
 std::string BaseNameOf(const std::string& path) {

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/sha256.h"
@@ -38,7 +39,7 @@ std::vector<OptionRow> PutConditionOptions() {
        "work."},
       {"if-changed", 0, nullptr, false, Completion::Nothing,
        "Send nothing when the document has the bytes of FILE already."},
-      {"dry-run", 0, nullptr, false, Completion::Nothing, "Say what would be done, and change nothing."}};
+      DryRunOption()};
 }
 
 std::optional<Failure> RefusalOfConditions(const Arguments& arguments) {

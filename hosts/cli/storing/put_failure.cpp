@@ -12,6 +12,13 @@ namespace {
 
 using Action = PutTarget::Action;
 
+// What the failed call leaves open.
+enum class Doubt {
+  None,          // the file is not stored
+  AnswerIsLost,  // it may be stored, and a question tells
+  MayComeYet     // the server may store it after the question
+};
+
 constexpr const char* kAgain = "the same command can be given again";
 
 // How far it had come, from the bytes that the library has told of.
@@ -26,25 +33,33 @@ constexpr const char* kAgain = "the same command can be given again";
           CommandToType(command, address) + " tells when the server answers"};
 }
 
+[[nodiscard]] WhatStands NotCreated(Doubt doubt) {
+  if (doubt == Doubt::MayComeYet) return NotSeenYet("there is no such document", "its creation");
+  return {"nothing was created", kAgain, true};
+}
+
 // The path leads to the other document of the name, so only the folder tells.
-[[nodiscard]] WhatStands StandingBesideNamesake(const PutTarget& target) {
+[[nodiscard]] WhatStands StandingBesideNamesake(const PutTarget& target, Doubt doubt) {
   switch (PresenceInFolder(target.address)) {
     case Presence::There:
       return {"the folder has a document of that name now, and only the answer may have been lost",
               CommandToType("ls", target.address.substr(0, target.address.rfind('/') + 1)) + " shows it"};
     case Presence::Gone:
-      return {"nothing was created", kAgain, true};
+      return NotCreated(doubt);
     default:
       return Unknown("ls", target.address.substr(0, target.address.rfind('/') + 1));
   }
 }
 
 // A name that isn't found on a server that answers is not there.
-[[nodiscard]] WhatStands StandingOfCreation(const PutTarget& target, bool mayBeStored, bool answers) {
+[[nodiscard]] WhatStands StandingOfCreation(const PutTarget& target, Doubt doubt, bool answers) {
+  const bool mayBeStored = doubt != Doubt::None;
   const Result<std::string> found = answers ? UidAtPlace(target.address) : Result<std::string>(Failure{});
   if (!found && mayBeStored) return Unknown("info", target.address);
-  if (found && found->empty() && target.hasNamesake && mayBeStored) return StandingBesideNamesake(target);
-  if (!found || found->empty()) return {"nothing was created", kAgain, true};
+  if (found && found->empty() && target.hasNamesake && mayBeStored) {
+    return StandingBesideNamesake(target, doubt);
+  }
+  if (!found || found->empty()) return NotCreated(doubt);
   const std::string& uid = *found;
   const std::string next =
       CommandToType("info", uid) + " tells of it, and a further put makes a new iteration";
@@ -55,12 +70,17 @@ constexpr const char* kAgain = "the same command can be given again";
   return {"a document is there now, and only the answer may have been lost: " + uid, next};
 }
 
-[[nodiscard]] WhatStands StandingOfIteration(const PutTarget& target, bool mayBeStored) {
+[[nodiscard]] WhatStands StandingOfIteration(const PutTarget& target, Doubt doubt) {
+  const bool mayBeStored = doubt != Doubt::None;
   std::string version;
   std::string newest;
   const int status = VtDirectManager::GetStatus(target.address.c_str(), version, newest, nullptr);
-  if (status == 0)
+  if (status == 0 && doubt == Doubt::MayComeYet) {
+    return NotSeenYet(version + " is the newest iteration", "the new one");
+  }
+  if (status == 0) {
     return {"nothing was changed, " + version + " is the newest iteration still", kAgain, true};
+  }
   if (status < 0 && !mayBeStored) return {"nothing was changed"};
   if (status < 0) return Unknown("info", target.address);
   const std::string next = CommandToType("versions", target.address) + " tells of them";
@@ -89,23 +109,21 @@ constexpr const char* kAgain = "the same command can be given again";
   return Unknown("verify", target.address);
 }
 
-[[nodiscard]] WhatStands StandingOf(const PutTarget& target, bool mayBeStored, bool answers) {
+[[nodiscard]] WhatStands StandingOf(const PutTarget& target, Doubt doubt, bool answers) {
   switch (target.action) {
     case Action::Create:
-      return StandingOfCreation(target, mayBeStored, answers);
+      return StandingOfCreation(target, doubt, answers);
     case Action::Iterate:
-      return StandingOfIteration(target, mayBeStored);
+      return StandingOfIteration(target, doubt);
     default:
-      return StandingOfStore(target, mayBeStored);
+      return StandingOfStore(target, doubt != Doubt::None);
   }
 }
 
 // Nothing of the file has reached the server whole, so nothing was stored.
 [[nodiscard]] std::optional<Failure> LocalFailure(const PutOutcome& outcome) {
   if (!outcome.changedFile.empty()) {
-    return Failure{ExitCode::LocalFile,
-                   outcome.changedFile + " was written to while it was read; nothing was stored",
-                   "give the command again when nobody writes to it"};
+    return SourceWasWrittenTo(outcome.changedFile, "nothing was stored");
   }
   if (outcome.brokenTicket) {
     return Failure{ExitCode::Failure,
@@ -133,23 +151,39 @@ constexpr const char* kAgain = "the same command can be given again";
   return failure;
 }
 
+// To be asked before the reasons are forgotten.
+[[nodiscard]] Doubt DoubtAfter(const PutOutcome& outcome) {
+  const bool tooLarge = outcome.code == VtDirectManager::StatusFileTooLarge;
+  if (!outcome.AllSent() || tooLarge || !ChangeMayHaveHappened()) return Doubt::None;
+  return ChangeMayStillHappen() ? Doubt::MayComeYet : Doubt::AnswerIsLost;
+}
+
+[[nodiscard]] WhatStands StandingOfCheckIn(const std::string& uid, bool mayBeDone) {
+  if (!IsWorkingCopy(ReadCheckoutState(uid).status)) {
+    return {"it is not seen to be checked out any more", CommandToType("verify", uid) + " tells"};
+  }
+  const std::string again = CommandToType("checkin", uid) + " tries again";
+  const std::string now = "you still have it checked out";
+  if (!mayBeDone) return {now, again};
+  WhatStands standing = NotSeenYet(now, "the check-in");
+  // A check-in that was carried out after all is refused, so that this does no harm.
+  standing.next = "\"vtdirect recover\" asks again, and " + again;
+  return standing;
+}
+
 }  // namespace
 
 Failure PutCheckInFailure(Host& host, const std::string& uid) {
   Failure failure = WithReason({});
+  const bool mayBeDone = ChangeMayStillHappen();
   std::string why = WordsOfLastReason();
   const auto server = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()));
   if (server && server->code == ExitCode::Interrupted) return InterruptedFailure();
   if (server) why = server->Text();
-  const bool stands = IsWorkingCopy(ReadCheckoutState(uid).status);
   failure.message = "the file is stored in the working copy " + uid + ", but checking it in failed";
   if (!why.empty()) failure.message += " (" + why + ")";
-  failure.message +=
-      stands ? "; you still have it checked out" : "; it is not seen to be checked out any more";
-  failure.advice =
-      stands ? CommandToType("checkin", uid) + " tries again" : CommandToType("verify", uid) + " tells";
   if (server) failure.code = server->code;
-  return failure;
+  return WithStanding(failure, StandingOfCheckIn(uid, mayBeDone));
 }
 
 Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& target,
@@ -158,7 +192,7 @@ Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& targe
   Failure failure = WithReason({});
   std::string why = WordsOfLastReason();
   const bool tooLarge = outcome.code == VtDirectManager::StatusFileTooLarge;
-  const bool mayBeStored = outcome.AllSent() && !tooLarge && ChangeMayHaveHappened();
+  const Doubt doubt = DoubtAfter(outcome);
   if (tooLarge) {
     why = "the server takes no files as large as this";
   } else if (const auto server = ServerFailureOf(host, target, outcome, why)) {
@@ -166,12 +200,12 @@ Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& targe
     failure.code = server->code;
     why = server->Text();
   }
-  WhatStands standing = StandingOf(target, mayBeStored, failure.code == ExitCode::Failure);
+  WhatStands standing = StandingOf(target, doubt, failure.code == ExitCode::Failure);
   if (tooLarge) standing.next = "a smaller file, or a greater limit at the server, is needed";
   failure.message = WordsOf(target.action).doing + target.address + " from " + request.content.path +
                     " failed " + PointOf(outcome);
   if (!why.empty()) failure.message += " (" + why + ")";
-  if (failure.reason) failure.reason->mayHaveHappened = mayBeStored;
+  if (failure.reason) failure.reason->mayHaveHappened = doubt != Doubt::None;
   return WithStanding(failure, standing);
 }
 

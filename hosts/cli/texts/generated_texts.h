@@ -15,6 +15,16 @@ namespace vtdirect_cli {
 /// The manual page, as the tables of commands, options and exit codes make it: vtdirect.1.
 [[nodiscard]] std::string ManualPage();
 
+/// The manual page of one command: vtdirect-get.1.
+[[nodiscard]] std::string ManualPage(const CommandRow& row);
+
+/// What that page is called, without its section: "vtdirect-xliff-put".
+[[nodiscard]] std::string NameOfPage(const CommandRow& row);
+
+/// Whether the page is made from the tables. That of `mount` is the page of the program that it starts, which comes
+/// with that.
+[[nodiscard]] bool HasOwnPage(const CommandRow& row);
+
 /// The completion for bash, from the same tables: vtdirect.bash-completion.
 [[nodiscard]] std::string BashCompletion();
 

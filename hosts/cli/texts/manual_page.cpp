@@ -93,6 +93,13 @@ namespace {
   return out + OptionList(row.options) + Examples(row.name) + Members(row.members);
 }
 
+[[nodiscard]] std::string Synopsis(const CommandRow& row) {
+  std::string out = ".SH SYNOPSIS\n.B vtdirect\n[options] \\fB" + Escaped(row.name) + "\\fP";
+  if (!row.options.empty()) out += " [options]";
+  for (const OperandRow& operand : row.operands) out += " \\fI" + Escaped(UsageOf(operand)) + "\\fP";
+  return out + "\n";
+}
+
 [[nodiscard]] std::string ExitStatus() {
   std::string out = ".SH EXIT STATUS\n";
   for (const ExitCodeRow& row : ExitCodes()) {
@@ -104,6 +111,22 @@ namespace {
              "not enough, vtdirect asks again whether the server can be used and whether the object is "
              "there. An object that the server keeps from this user counts as not found.") +
          "\n";
+}
+
+// "Download an object's content" as it is after a dash.
+[[nodiscard]] std::string InASentence(std::string text) {
+  if (text[0] >= 'A' && text[0] <= 'Z') text[0] = static_cast<char>(text[0] - 'A' + 'a');
+  return text;
+}
+
+[[nodiscard]] std::string SeeAlso() {
+  std::string out = ".SH SEE ALSO\n.PP\nEach command has a page of its own:\n";
+  std::string separator;
+  for (const CommandRow& row : Commands()) {
+    out += separator + ".BR " + Escaped(NameOfPage(row)) + " (1)";
+    separator = ",\n";
+  }
+  return out + ".\n";
 }
 
 }  // namespace
@@ -119,7 +142,39 @@ std::string ManualPage() {
   for (const SectionRow& section : Sections()) {
     out += ".SH " + std::string(section.heading) + "\n" + Paragraphs(section.text);
   }
-  return out + ExitStatus();
+  return out + ExitStatus() + SeeAlso();
+}
+
+std::string NameOfPage(const CommandRow& row) {
+  std::string name = "vtdirect-" + std::string(row.name);
+  std::replace(name.begin(), name.end(), ' ', '-');
+  return name;
+}
+
+bool HasOwnPage(const CommandRow& row) {
+  return std::string_view(row.name) != "mount";
+}
+
+std::string ManualPage(const CommandRow& row) {
+  std::string title = NameOfPage(row);
+  for (char& c : title) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  std::string out = ".TH " + title + " 1 \"\" \"" + VersionText() + "\" \"User Commands\"\n";
+  out += ".SH NAME\n" + Escaped(NameOfPage(row)) + " \\- " + Escaped(InASentence(row.summary)) + "\n" +
+         Synopsis(row);
+  out += ".SH DESCRIPTION\n" + Paragraphs(row.description);
+  for (const OperandRow& operand : row.operands) {
+    out += Term(".I " + Escaped(operand.name.text()), operand.help);
+  }
+  out += ".SH OPTIONS\n" + OptionList(row.options) +
+         ".PP\n.BR vtdirect (1)\ntells the options that every command takes, addresses, servers and "
+         "credentials.\n";
+  out += ".SH OUTPUT" + Members(row.members).substr(3);
+  out +=
+      ".SH EXIT STATUS\n.PP\n0 when the command has done what it was asked;\n.BR vtdirect (1)\nhas the "
+      "others.\n";
+  out += ".SH EXAMPLES\n.PP\n.nf\n";
+  for (const char* line : ExamplesOf(row.name)) out += Escaped(line) + "\n";
+  return out + ".fi\n.SH SEE ALSO\n.BR vtdirect (1)\n";
 }
 
 }  // namespace vtdirect_cli

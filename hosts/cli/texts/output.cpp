@@ -69,18 +69,24 @@ void AppendReason(const Reason& reason, Record& record) {
   return record;
 }
 
-// The writer takes it for a character like the others of ASCII, and a terminal does not.
-[[nodiscard]] std::string WithoutDelete(std::string_view json) {
-  std::string out;
-  out.reserve(json.size());
-  for (const char c : json) {
-    if (c == '\x7F') {
-      out += "\\u007F";
-    } else {
-      out += c;
+[[nodiscard]] std::string RowLine(const Record& record) {
+  std::string line;
+  const char* separator = "";
+  for (const auto& [key, value] : record) {
+    line += separator + TextOf(value);
+    separator = "\t";
+  }
+  return line + "\n";
+}
+
+// What a listing is sorted by: what it shows, or what only its JSON tells.
+[[nodiscard]] std::string ValueOf(const Record& shown, const Record& json, const std::string& key) {
+  for (const Record* record : {&shown, &json}) {
+    for (const auto& [name, value] : *record) {
+      if (name == key) return TextOf(value);
     }
   }
-  return out;
+  return {};
 }
 
 }  // namespace
@@ -98,7 +104,7 @@ std::string JsonLine(const std::string& command, const Record& record) {
     std::visit(ValueWriter{writer}, value);
   }
   writer.EndObject();
-  return WithoutDelete({buffer.GetString(), buffer.GetSize()});
+  return JsonWithoutDelete({buffer.GetString(), buffer.GetSize()});
 }
 
 std::string FailureLine(const std::string& command, bool json, Failure failure) {
@@ -129,17 +135,49 @@ void Output::Lines(const Record& record) {
 }
 
 void Output::Row(const Record& record) {
-  if (json_ || held_ != nullptr) return JsonOnly(record);
-  const char* separator = "";
-  for (const auto& [key, value] : record) {
-    out_ << separator << TextOf(value);
-    separator = "\t";
-  }
-  out_ << '\n';
+  Row(record, record);
 }
 
 void Output::Row(const Record& shown, const Record& json) {
-  Row(json_ || held_ != nullptr ? json : shown);
+  if (held_ == nullptr && (table_ || makesRows_)) return AddRow(shown, json);
+  if (json_ || held_ != nullptr) return JsonOnly(json);
+  out_ << RowLine(shown);
+}
+
+void Output::BeginListing(Screen screen, std::string sortBy) {
+  if (json_) screen = {};
+  sortBy_ = std::move(sortBy);
+  if (screen.isTerminal || !sortBy_.empty()) table_.emplace(screen, !sortBy_.empty());
+}
+
+void Output::EndListing() {
+  if (table_) out_ << table_->End();
+  table_.reset();
+}
+
+void Output::AddRow(const Record& shown, const Record& json) {
+  TableRow row;
+  for (const auto& [key, value] : shown) {
+    row.keys.push_back(key);
+    row.cells.push_back(TextOf(value));
+  }
+  row.line = json_ ? JsonLine(command_, json) + "\n" : RowLine(shown);
+  row.sortKey = ValueOf(shown, json, sortBy_);
+  if (makesRows_) {
+    rows_.push_back(std::move(row));
+  } else {
+    TakeRow(std::move(row));
+  }
+}
+
+void Output::TakeRow(TableRow row) {
+  out_ << table_->Add(std::move(row), Table::Clock::now());
+}
+
+// Something else is to be written, and belongs after the rows that have come.
+void Output::ShowHeldRows() {
+  if (!table_) return;
+  out_ << table_->ShowHeld() << std::flush;
 }
 
 void Output::JsonOnly(const Record& record) {
@@ -151,10 +189,13 @@ void Output::JsonOnly(const Record& record) {
 }
 
 void Output::Note(const std::string& text) {
-  if (!quiet_ && !json_ && held_ == nullptr) err_ << "vtdirect: " << Printable(text) << std::endl;
+  if (quiet_ || json_ || held_ != nullptr) return;
+  ShowHeldRows();
+  err_ << "vtdirect: " << Printable(text) << std::endl;
 }
 
 void Output::Warning(const std::string& text) {
+  ShowHeldRows();
   err_ << WarningLine(command_, json_, text) << std::flush;
 }
 
@@ -163,6 +204,7 @@ ExitCode Output::Fail(const Failure& failure) {
     held_->failure = failure;
     return failure.code;
   }
+  ShowHeldRows();
   err_ << FailureLine(command_, json_, failure) << std::flush;
   failures_.push_back(failure);
   // A task that has failed is not the end of the command, which may still run out of time.
@@ -174,8 +216,10 @@ void Output::Separate() {
   if (!json_) out_ << '\n';
 }
 
-bool Output::Pass(const std::string& out, const std::string& err) {
+bool Output::Pass(const std::string& out, const std::string& err, std::vector<TableRow> rows) {
   // In the order in which they are read on a terminal: what was found, then what was not.
+  for (TableRow& row : rows) TakeRow(std::move(row));
+  if (!out.empty() || !err.empty()) ShowHeldRows();
   out_ << out;
   const bool written = FlushRow();
   err_ << err << std::flush;

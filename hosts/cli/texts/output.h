@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "hosts/cli/failure.h"
+#include "hosts/cli/texts/table.h"
 
 namespace vtdirect_cli {
 
@@ -51,11 +52,22 @@ class Output {
         command_(whole.command_),
         json_(whole.json_),
         quiet_(whole.quiet_),
-        isPart_(true) {}
+        sortBy_(whole.sortBy_),
+        isPart_(true),
+        makesRows_(whole.table_ || whole.makesRows_) {}
 
   /// @param json   results and failures as one JSON object a line
   /// @param quiet  no notes
   void Configure(std::string command, bool json, bool quiet);
+
+  /// Shows the rows that come from now on as a listing. Without a terminal and a column to sort by they are
+  /// written as they come.
+  /// @param sortBy  key of a column; empty for the order in which the rows come
+  void BeginListing(Screen screen, std::string sortBy);
+  /// Writes what is left of it.
+  void EndListing();
+  /// The rows of one of several tasks, which are for the listing of the command.
+  [[nodiscard]] std::vector<TableRow> TakeRows() { return std::exchange(rows_, {}); }
 
   [[nodiscard]] bool json() const { return json_; }
   [[nodiscard]] bool quiet() const { return quiet_; }
@@ -79,9 +91,9 @@ class Output {
   [[nodiscard]] const std::vector<Failure>& failures() const { return failures_; }
   /// An empty line between two results of several lines each. Text mode only.
   void Separate();
-  /// Writes what a task has said to streams of its own.
+  /// Writes what a task has said to streams of its own, and its rows.
   /// @return as FlushRow
-  [[nodiscard]] bool Pass(const std::string& out, const std::string& err);
+  [[nodiscard]] bool Pass(const std::string& out, const std::string& err, std::vector<TableRow> rows = {});
   /// Lets a reader have the rows of a listing: at once on a terminal, elsewhere in large pieces and at least
   /// some times a second. False as Flush.
   [[nodiscard]] bool FlushRow();
@@ -94,6 +106,10 @@ class Output {
  private:
   friend class OutputHold;
 
+  void AddRow(const Record& shown, const Record& json);
+  void TakeRow(TableRow row);
+  void ShowHeldRows();
+
   std::ostream& out_;
   std::ostream& err_;
   HeldOutput* held_ = nullptr;
@@ -101,7 +117,11 @@ class Output {
   bool json_ = false;
   bool quiet_ = false;
   bool nobodyReads_ = false;
+  std::optional<Table> table_;
+  std::string sortBy_;
   bool isPart_ = false;
+  bool makesRows_ = false;  ///< of a part: its rows go to the listing of the whole
+  std::vector<TableRow> rows_;
   std::vector<Failure> failures_;
   std::chrono::steady_clock::time_point lastFlush_;
 };

@@ -96,6 +96,19 @@ std::string ValidUtf8(std::string_view text) {
   return out;
 }
 
+std::string JsonWithoutDelete(std::string_view json) {
+  std::string out;
+  out.reserve(json.size());
+  for (const char c : json) {
+    if (c == '\x7F') {
+      out += "\\u007F";
+    } else {
+      out += c;
+    }
+  }
+  return out;
+}
+
 std::string ByteCount(std::uint64_t count) {
   return std::to_string(count) + (count == 1 ? " byte" : " bytes");
 }

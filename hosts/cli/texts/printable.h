@@ -25,6 +25,10 @@ struct FirstCharacter {
 /// The text with every byte that is no UTF-8 replaced by U+FFFD, so that it can stand in JSON.
 [[nodiscard]] std::string ValidUtf8(std::string_view text);
 
+/// JSON with the byte 7F escaped. Writers of JSON take it for a character like the others of ASCII, and a terminal
+/// does not.
+[[nodiscard]] std::string JsonWithoutDelete(std::string_view json);
+
 /// "1 byte", "2 bytes".
 [[nodiscard]] std::string ByteCount(std::uint64_t count);
 

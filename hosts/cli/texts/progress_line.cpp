@@ -72,6 +72,11 @@ void ProgressLine::Clear() {
   shown_ = false;
 }
 
+std::string BytesToTell(std::uint64_t bytes) {
+  constexpr std::uint64_t few = 1024;
+  return bytes < few || TerminalWidth() == 0 ? ByteCount(bytes) : SizeForPeople(bytes);
+}
+
 std::size_t TerminalWidth() {
   if (isatty(STDERR_FILENO) == 0) return 0;
   winsize size = {};

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <iosfwd>
 #include <memory>
 #include <string>
@@ -13,6 +14,10 @@ namespace vtdirect_cli {
 
 /// "12.0 MiB".
 [[nodiscard]] std::string SizeForPeople(std::size_t bytes);
+
+/// The size of something that a note tells of: for people on a terminal, where standard error is one, and to the byte
+/// elsewhere.
+[[nodiscard]] std::string BytesToTell(std::uint64_t bytes);
 
 /// So many bytes of a text at most, cut in front of a character and never within one.
 [[nodiscard]] std::string CutTo(const std::string& text, std::size_t bytes);

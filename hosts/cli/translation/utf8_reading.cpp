@@ -26,6 +26,23 @@ constexpr char kNoUtf8 = '\xFF';
   return false;
 }
 
+/// Whether a file begins with the mark that tells in which form of Unicode it is.
+[[nodiscard]] bool IsMarked(std::string_view beginning) {
+  using namespace std::string_view_literals;
+  return beginning.starts_with("\xFF\xFE") || beginning.starts_with("\xFE\xFF") ||
+         beginning.starts_with("\0\0\xFE\xFF"sv) || beginning.starts_with("\xEF\xBB\xBF");
+}
+
+/// What is ASCII in a text of any form of Unicode.
+[[nodiscard]] std::string AsciiOf(std::string_view text) {
+  std::string ascii;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte != 0 && byte < 0x80) ascii += c;
+  }
+  return ascii;
+}
+
 [[nodiscard]] std::string_view WithoutBlanksInFront(std::string_view text) {
   return text.substr(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
 }
@@ -51,14 +68,14 @@ Utf8Reading::~Utf8Reading() {
 }
 
 bool Utf8Reading::Begin() {
-  while (!ended_ && raw_.size() < kBeginning && raw_.find("?>") == std::string::npos) {
+  while (!ended_ && raw_.size() < kBeginning && AsciiOf(raw_).find("?>") == std::string::npos) {
     std::array<char, kBeginning> piece;
     const std::ptrdiff_t count = read_(piece.data(), piece.size());
     if (count < 0) return false;
     raw_.append(piece.data(), static_cast<std::size_t>(count));
     ended_ = count == 0;
   }
-  const std::string encoding = DeclaredEncoding(raw_);
+  const std::string encoding = DeclaredEncoding(IsMarked(raw_) ? AsciiOf(raw_) : raw_);
   if (!encoding.empty() && !IsKnownToTheParser(encoding)) converter_ = iconv_open("UTF-8", encoding.c_str());
   return true;
 }

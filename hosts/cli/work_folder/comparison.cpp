@@ -31,7 +31,7 @@ void TakeWhatArrived(WorkFolder& folder, LocalSide& side) {
   for (FolderFile& file : folder.store().Announced()) {
     const LocalFacts facts = FactsOf(folder.OnDisk(file.path));
     if (!HasBytesOf(folder.OnDisk(file.path), facts, file)) continue;
-    file.time = facts.time;
+    if (file.time != facts.time) file.time = TimeToKeep(facts.time, facts.seen);
     side.kept[file.path] = file;
   }
 }

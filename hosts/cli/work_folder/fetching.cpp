@@ -58,13 +58,14 @@ using End = FetchResult::End;
   return CannotWrite(path, error);
 }
 
-[[nodiscard]] FetchResult Replace(WorkFolder& folder, const Comparison& wanted) {
+[[nodiscard]] FetchResult Replace(WorkFolder& folder, const Comparison& wanted,
+                                  const FetchProgress& progress) {
   std::optional<struct stat> expected;
   if (auto stays = WhyItStays(folder, wanted, expected)) return *stays;
   if (const int error = MakeFoldersFor(folder.root(), wanted.path); error != 0) {
     return Failed(CannotWrite(wanted.path, error));
   }
-  Arrival arrival = FetchVersion(folder, folder.incoming(), *wanted.document);
+  Arrival arrival = FetchVersion(folder, folder.incoming(), *wanted.document, progress);
   if (arrival.hasNoContent) return {End::Empty, std::nullopt, {}};
   if (arrival.failure) return Failed(*arrival.failure);
   if (const auto failure = PutInPlace(folder, arrival, expected)) return Failed(*failure);
@@ -73,7 +74,8 @@ using End = FetchResult::End;
 
 }  // namespace
 
-Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, const RemoteDocument& document) {
+Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, const RemoteDocument& document,
+                     const FetchProgress& progress) {
   Arrival arrival;
   arrival.pending = std::make_unique<DurableFile>(folder.OnDisk(document.path), directory);
   if (const int error = arrival.pending->error(); error != 0) {
@@ -82,7 +84,10 @@ Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, con
   }
   const VtDirectManager::Outcome outcome;
   VtDirectManager::DownloadOptions options;
-  options.progress = [](std::size_t, std::size_t) { return !Interrupted(); };
+  options.progress = [&progress](std::size_t received, std::size_t) {
+    if (progress) progress(received);
+    return !Interrupted();
+  };
   options.compareSize = true;
   std::string uid;
   const std::string& local = arrival.pending->path();
@@ -100,8 +105,8 @@ Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, con
     arrival.failure = CannotWrite(document.path, EIO);
     return arrival;
   }
-  arrival.file = {document.path,  document.address,    document.uid,    document.version,
-                  measured->size, FactsOf(local).time, measured->sha256};
+  arrival.file = {document.path,  document.address, document.uid,    document.version,
+                  measured->size, StampFile(local), measured->sha256};
   return arrival;
 }
 
@@ -120,7 +125,7 @@ std::optional<Failure> PutInPlace(WorkFolder& folder, Arrival& arrival,
   return std::nullopt;
 }
 
-FetchResult RecogniseFile(WorkFolder& folder, const Comparison& wanted) {
+FetchResult RecogniseFile(WorkFolder& folder, const Comparison& wanted, const FetchProgress& progress) {
   const std::string place = folder.OnDisk(wanted.path);
   const LocalFacts facts = FactsOf(place);
   if (facts.kind != LocalFacts::Kind::File) return {End::Left, std::nullopt, {}};
@@ -128,18 +133,20 @@ FetchResult RecogniseFile(WorkFolder& folder, const Comparison& wanted) {
   const auto size = VtDirectManager::GetContentSize(wanted.document->uid.c_str());
   if (!size) return Failed(WhyFailed(outcome, "cannot ask for " + Printable(wanted.path)));
   if (*size != facts.size) return {End::Left, std::nullopt, {}};
-  Arrival arrival = FetchVersion(folder, folder.incoming(), *wanted.document);
+  Arrival arrival = FetchVersion(folder, folder.incoming(), *wanted.document, progress);
   if (arrival.failure) return Failed(*arrival.failure);
   if (!HasBytesOf(place, facts, arrival.file)) return {End::Left, std::nullopt, {}};
-  arrival.file.time = facts.time;
+  arrival.file.time = TimeToKeep(facts.time, facts.seen);
   const std::string fault = folder.store().Keep(arrival.file);
   if (!fault.empty()) return Failed(StoreFailure(fault));
   return {End::Known, std::nullopt, arrival.file};
 }
 
-FetchResult FetchFile(WorkFolder& folder, const Comparison& wanted) {
-  if (wanted.state != FileState::Both && wanted.state != FileState::InTheWay) return Replace(folder, wanted);
-  FetchResult result = RecogniseFile(folder, wanted);
+FetchResult FetchFile(WorkFolder& folder, const Comparison& wanted, const FetchProgress& progress) {
+  if (wanted.state != FileState::Both && wanted.state != FileState::InTheWay) {
+    return Replace(folder, wanted, progress);
+  }
+  FetchResult result = RecogniseFile(folder, wanted, progress);
   if (result.end != End::Left) return result;
   if (wanted.state == FileState::InTheWay) {
     return Left(wanted.path,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -8,6 +10,9 @@
 #include "hosts/cli/work_folder/comparison.h"
 
 namespace vtdirect_cli {
+
+/// Told how many bytes of a content have come, on the thread that fetches it.
+using FetchProgress = std::function<void(std::size_t received)>;
 
 /// What became of a file that the server has in another form.
 struct FetchResult {
@@ -27,12 +32,15 @@ struct FetchResult {
 /// What is replaced is compared with what is kept of it, byte for byte, right before. Makes requests; several
 /// threads may fetch different files.
 /// @param wanted  with its document
-[[nodiscard]] FetchResult FetchFile(WorkFolder& folder, const Comparison& wanted);
+/// @param progress  told how many bytes have come; may be empty
+[[nodiscard]] FetchResult FetchFile(WorkFolder& folder, const Comparison& wanted,
+                                    const FetchProgress& progress = {});
 
 /// When a file that differs from what is kept of it has the bytes of the server's newest version, keeps it as
 /// that. Makes a request, and two more when the sizes agree.
 /// @return the end Known, or Left with no failure when the bytes differ, or Failed
-[[nodiscard]] FetchResult RecogniseFile(WorkFolder& folder, const Comparison& wanted);
+[[nodiscard]] FetchResult RecogniseFile(WorkFolder& folder, const Comparison& wanted,
+                                        const FetchProgress& progress = {});
 
 /// A content that has arrived and is in no place yet.
 struct Arrival {
@@ -45,7 +53,7 @@ struct Arrival {
 /// Fetches a version into a new file of a directory. Makes requests.
 /// @param directory  on the file system of the work folder, when the content is to be put in its place
 [[nodiscard]] Arrival FetchVersion(const WorkFolder& folder, const std::string& directory,
-                                   const RemoteDocument& document);
+                                   const RemoteDocument& document, const FetchProgress& progress = {});
 
 /// Puts a content in its place, and keeps that it is there.
 /// @param before  what was at the place: nothing, or the file that is to be replaced

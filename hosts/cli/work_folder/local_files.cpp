@@ -1,9 +1,11 @@
 #include "hosts/cli/work_folder/local_files.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <ctime>
 #include <filesystem>
 
 #include "hosts/cli/files/sha256.h"
@@ -12,6 +14,8 @@ namespace vtdirect_cli {
 namespace {
 
 constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
+// Of the disks in use: that of FAT.
+constexpr std::int64_t longestTick = 2 * nanosecondsPerSecond;
 
 [[nodiscard]] bool IsWorkFolder(const std::filesystem::path& directory) {
   std::error_code error;
@@ -20,10 +24,31 @@ constexpr std::int64_t nanosecondsPerSecond = 1'000'000'000;
 
 }  // namespace
 
+std::int64_t TimeNow() {
+  timespec now = {};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return now.tv_sec * nanosecondsPerSecond + now.tv_nsec;
+}
+
+// A time in the future is that of a disk whose clock goes ahead of ours.
+std::int64_t TimeToKeep(std::int64_t time, std::int64_t seen) {
+  return time < seen - longestTick ? time : unsureTime;
+}
+
+std::int64_t StampFile(const std::string& path) {
+  const std::int64_t now = TimeNow();
+  const timespec exact{now / nanosecondsPerSecond, now % nanosecondsPerSecond};
+  const timespec times[] = {exact, exact};
+  if (utimensat(AT_FDCWD, path.c_str(), times, AT_SYMLINK_NOFOLLOW) != 0) return unsureTime;
+  return FactsOf(path).time == now ? now : unsureTime;
+}
+
 LocalFacts FactsOf(const std::string& path) {
+  const std::int64_t seen = TimeNow();
   struct stat facts = {};
   if (lstat(path.c_str(), &facts) != 0) return {};
   LocalFacts local;
+  local.seen = seen;
   local.kind = S_ISREG(facts.st_mode) ? LocalFacts::Kind::File : LocalFacts::Kind::Other;
   local.size = static_cast<std::uint64_t>(facts.st_size);
   local.time = facts.st_mtim.tv_sec * nanosecondsPerSecond + facts.st_mtim.tv_nsec;
@@ -41,7 +66,8 @@ LocalState StateOf(FileStore& store, const std::string& path, const FolderFile& 
   if (isFile && facts.size == file.size && facts.time == file.time) return LocalState::Same;
   if (!HasBytesOf(path, facts, file)) return LocalState::Modified;
   // A copy of a work folder has other times. What can't be kept costs only another look.
-  static_cast<void>(store.KeepTime(file, facts.time));
+  const std::int64_t time = TimeToKeep(facts.time, facts.seen);
+  if (time != unsureTime) static_cast<void>(store.KeepTime(file, time));
   return LocalState::Same;
 }
 

@@ -90,7 +90,10 @@ NamedEntries NameEntries(std::vector<ListedDocument> documents, const std::vecto
       continue;
     }
     const std::string name = SafeFileName(folder);
-    entries.folders.emplace(entries.documents.contains(name) ? name + "%(folder)" : name, folder);
+    const std::string local = entries.documents.contains(name) ? name + "%(folder)" : name;
+    const auto [named, isNew] = entries.folders.emplace(local, folder);
+    // A server may have folders whose names are escaped already.
+    if (!isNew && named->second != folder) entries.nameless.push_back(folder);
   }
   return entries;
 }

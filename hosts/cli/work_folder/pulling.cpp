@@ -2,12 +2,15 @@
 
 #include <charconv>
 #include <cstring>
-#include <mutex>
+#include <iostream>
 
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/many/batch.h"
+#include "hosts/cli/many/many_progress.h"
 #include "hosts/cli/retrying.h"
 #include "hosts/cli/texts/printable.h"
+#include "hosts/cli/texts/progress_line.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/parallel.h"
 
@@ -34,9 +37,9 @@ class PullReport {
  public:
   explicit PullReport(Host& host) : host_(host) {}
 
+  // Called by one thread at a time.
   void Tell(const Comparison& wanted, const FetchResult& result) {
-    const std::lock_guard lock(mutex_);
-    if (result.failure) failures_.push_back(*result.failure);
+    if (result.failure) Take(*result.failure);
     if (result.end == End::Empty) {
       host_.output().Note(wanted.path + " has no content on the server yet");
     }
@@ -53,20 +56,19 @@ class PullReport {
     static_cast<void>(host_.output().FlushRow());
   }
 
-  void Tell(const Failure& failure) { failures_.push_back(failure); }
+  // Of a folder, which is none of the files.
+  void Tell(const Failure& failure) {
+    ++others_;
+    Take(failure);
+  }
   void TellGone(const std::string& path) {
     host_.output().Warning(Printable(path) + " is not on the server any more; it is left as it is");
   }
 
-  // All failures stand together at the end, where they are seen.
+  // All failures are told together once more, where they are seen.
   [[nodiscard]] ExitCode End(std::size_t all) {
-    ExitCode worst = ExitCode::Ok;
-    for (const Failure& failure : failures_) {
-      if (failure.code == ExitCode::Interrupted) continue;
-      worst = Worse(worst, host_.output().Fail(failure));
-    }
     std::string note =
-        std::to_string(fetched_) + " of " + std::to_string(all) + " files fetched, " + ByteCount(bytes_);
+        std::to_string(fetched_) + " of " + std::to_string(all) + " files fetched, " + BytesToTell(bytes_);
     if (known_ > 0) note += "; " + std::to_string(known_) + " had the server's content already";
     host_.output().Note(note);
     if (Interrupted()) {
@@ -74,13 +76,18 @@ class PullReport {
       failure.advice = "the same command goes on where this one ended";
       return host_.output().Fail(failure);
     }
-    return worst;
+    return FinishBatch(host_, end_, all + others_);
   }
 
  private:
+  // What a signal has broken off is told once, at the end.
+  void Take(const Failure& failure) {
+    if (failure.code != ExitCode::Interrupted) TellFailures(host_, {failure}, end_);
+  }
+
   Host& host_;
-  std::mutex mutex_;
-  std::vector<Failure> failures_;
+  BatchEnd end_;
+  std::size_t others_ = 0;
   std::size_t fetched_ = 0;
   std::size_t known_ = 0;
   std::uint64_t bytes_ = 0;
@@ -96,12 +103,27 @@ void MakeFolders(const WorkFolder& folder, const RemoteTree& tree, PullReport& r
 }
 
 // A content that broke off is asked for again; nothing of it is in its place yet.
-[[nodiscard]] FetchResult FetchRepeatedly(WorkFolder& folder, const Comparison& wanted, unsigned retries) {
+[[nodiscard]] FetchResult FetchRepeatedly(WorkFolder& folder, const Comparison& wanted, unsigned retries,
+                                          const FetchProgress& progress) {
   for (unsigned repetition = 0;; ++repetition) {
-    FetchResult result = FetchFile(folder, wanted);
+    FetchResult result = FetchFile(folder, wanted, progress);
     if (result.end != End::Failed || !result.failure) return result;
     if (!IsToBeRepeated(*result.failure, repetition, retries)) return result;
   }
+}
+
+void FetchAll(Host& host, WorkFolder& folder, const std::vector<Comparison>& wanted, Effort effort,
+              PullReport& report) {
+  const bool isSeen = !host.output().quiet() && !host.output().json() && TerminalWidth() != 0;
+  ManyProgress progress(isSeen ? &std::cerr : nullptr, TerminalWidth(), wanted.size());
+  RunInParallel(wanted.size(), effort.threads, [&](std::size_t number) {
+    progress.Begin(number, wanted[number].path);
+    const FetchResult result =
+        FetchRepeatedly(folder, wanted[number], effort.retries,
+                        [&progress, number](std::size_t received) { progress.Advance(number, received); });
+    progress.End(number);
+    progress.MakeRoomFor([&] { report.Tell(wanted[number], result); });
+  });
 }
 
 }  // namespace
@@ -145,18 +167,14 @@ ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, Effort 
       report.TellGone(comparison.path);
     }
   }
-  RunInParallel(wanted.size(), effort.threads, [&](std::size_t number) {
-    report.Tell(wanted[number], FetchRepeatedly(folder, wanted[number], effort.retries));
-  });
+  FetchAll(host, folder, wanted, effort, report);
   return report.End(wanted.size());
 }
 
-ExitCode TellPull(Host& host, WorkFolder& folder, const RemoteTree& tree) {
-  const auto local = ReadLocalSide(folder);
-  if (!local) return host.output().Fail(local.failure());
+ExitCode TellPull(Host& host, const LocalSide& local, const RemoteTree& tree) {
   ExitCode worst = ExitCode::Ok;
   for (const Failure& failure : tree.failures) worst = Worse(worst, host.output().Fail(failure));
-  for (const Comparison& comparison : Compare(*local, tree)) {
+  for (const Comparison& comparison : Compare(local, tree)) {
     if (!IsToFetch(comparison)) continue;
     const bool isKept = comparison.state == FileState::Both || comparison.state == FileState::InTheWay;
     const std::string action = isKept ? "would-leave" : "would-fetch";

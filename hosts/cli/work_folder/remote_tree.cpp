@@ -5,8 +5,6 @@
 
 #include <mutex>
 
-#include "hosts/cli/listing.h"
-#include "hosts/cli/retrying.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/work_folder/local_names.h"
 #include "hosts/cli/work_folder/parallel.h"
@@ -14,10 +12,6 @@
 
 namespace vtdirect_cli {
 namespace {
-
-// A folder that contains itself has no end, and shows no identity by which that could be seen.
-constexpr int mostLevels = 64;
-constexpr std::size_t mostFolders = 100'000;
 
 // The characters that a path can't hold stand escaped in it, and plain in a UID, where a URL's rules hold.
 [[nodiscard]] std::string EscapedForUid(const std::string& nameInPath) {
@@ -39,59 +33,52 @@ constexpr std::size_t mostFolders = 100'000;
   return escaped;
 }
 
-[[nodiscard]] std::vector<std::string> TextsOf(const char** texts) {
-  std::vector<std::string> out;
-  for (; texts != nullptr && *texts != nullptr; ++texts) out.emplace_back(*texts);
-  return out;
-}
-
-/// One listing of a folder.
-struct Listed {
-  std::vector<ListedDocument> documents;
-  std::vector<std::string> folders;
-  std::optional<Failure> failure;
-};
-
-[[nodiscard]] Listed ListFolderOnce(const RemoteFolder& folder) {
-  Listed listed;
-  const VtDirectManager::Outcome outcome;
-  const auto flags = VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirFolders |
-                     VtDirectManager::ReadDirDetails | VtDirectManager::ReadDirVersions;
-  const ListingEnd end =
-      ListPath(folder.address, flags, [&listed](const VtDirectManager::DirEntryExt& entry) {
-        if (entry.isFolder) {
-          listed.folders.push_back(TextOrEmpty(entry.name));
-        } else {
-          const std::string number = entry.details == nullptr ? "" : TextOrEmpty(entry.details->number);
-          listed.documents.push_back(
-              {TextOrEmpty(entry.name), number, TextsOf(entry.versions), TextsOf(entry.versionIds)});
-        }
-        return true;
-      });
-  if (end != ListingEnd::Whole) listed.failure = WhyFailed(outcome, "cannot list " + folder.address);
-  return listed;
-}
-
-[[nodiscard]] Listed ListFolder(const RemoteFolder& folder, unsigned retries) {
-  for (unsigned repetition = 0;; ++repetition) {
-    Listed listed = ListFolderOnce(folder);
-    if (!listed.failure || !IsToBeRepeated(*listed.failure, repetition, retries)) return listed;
-  }
-}
-
-class Walk {
+// Gives what was listed its names on the disk.
+class Naming {
  public:
-  Walk(std::string server, Effort effort) : server_(std::move(server)), effort_(effort) {}
+  Naming(std::string server, Effort effort) : server_(std::move(server)), effort_(effort) {}
 
-  // Lists some folders at a time, and gives the folders in them.
-  [[nodiscard]] std::vector<RemoteFolder> List(const std::vector<RemoteFolder>& wanted) {
-    std::vector<RemoteFolder> below;
-    RunInParallel(wanted.size(), effort_.threads, [&](std::size_t number) {
-      Listed listed = ListFolder(wanted[number], effort_.retries);
-      const std::lock_guard lock(mutex_);
-      Take(wanted[number], std::move(listed), below);
-    });
+  // Takes what one folder holds, and gives the folders in it.
+  struct Below {
+    RemoteFolder folder;
+    ListedFolder* listed = nullptr;
+  };
+  [[nodiscard]] std::vector<Below> Take(const std::string& path, ListedFolder& listed) {
+    if (listed.failure) {
+      tree_.unknown.insert(path);
+      tree_.failures.push_back(*listed.failure);
+      return {};
+    }
+    if (!path.empty()) tree_.folders.push_back(path.substr(0, path.size() - 1));
+    std::vector<std::string> names;
+    std::map<std::string, ListedFolder*> byName;
+    for (const auto& folder : listed.folders) {
+      // Of two folders of one name the path leads to the first.
+      if (byName.emplace(folder->name, folder.get()).second) names.push_back(folder->name);
+    }
+    const NamedEntries entries = NameEntries(std::move(listed.documents), names);
+    for (const auto& [name, document] : entries.documents) Add(path, listed.address, name, document);
+    for (const std::string& name : entries.nameless) {
+      tree_.failures.push_back({ExitCode::Incomplete, "an entry of " + listed.address +
+                                                          " can't have its name, \"" + name +
+                                                          "\", on a disk; it is left out"});
+    }
+    std::vector<Below> below;
+    for (const auto& [name, onServer] : entries.folders) {
+      ListedFolder* folder = byName[onServer];
+      below.push_back({{path + name + "/", folder->address, folder->directory}, folder});
+    }
     return below;
+  }
+
+  // The same for all below it.
+  void TakeAll(const std::string& path, ListedFolder& listed) {
+    std::vector<Below> waiting{{{path, listed.address}, &listed}};
+    while (!waiting.empty()) {
+      const Below next = std::move(waiting.back());
+      waiting.pop_back();
+      for (Below& below : Take(next.folder.path, *next.listed)) waiting.push_back(std::move(below));
+    }
   }
 
   // Asks for the newest version of each document that came without one.
@@ -103,36 +90,12 @@ class Walk {
     RunInParallel(waiting.size(), effort_.threads, [&](std::size_t number) { AskFor(waiting[number]); });
   }
 
-  // What a signal has kept from being listed is not known.
-  void LeaveOut(const RemoteFolder& folder, const std::string& why) {
-    tree_.unknown.insert(folder.path);
-    tree_.failures.push_back({ExitCode::Incomplete, "cannot list " + folder.address + ": " + why});
-  }
-
   [[nodiscard]] RemoteTree TakeTree() { return std::move(tree_); }
 
  private:
-  void Take(const RemoteFolder& from, Listed listed, std::vector<RemoteFolder>& below) {
-    if (listed.failure) {
-      tree_.unknown.insert(from.path);
-      tree_.failures.push_back(*listed.failure);
-      return;
-    }
-    if (!from.path.empty()) tree_.folders.push_back(from.path.substr(0, from.path.size() - 1));
-    const NamedEntries entries = NameEntries(std::move(listed.documents), listed.folders);
-    for (const auto& [name, document] : entries.documents) Add(from, name, document);
-    for (const auto& [name, onServer] : entries.folders) {
-      below.push_back({from.path + name + "/", from.address + onServer + "/"});
-    }
-    for (const std::string& name : entries.nameless) {
-      tree_.failures.push_back({ExitCode::Incomplete, "an entry of " + from.address +
-                                                          " can't have its name, \"" + name +
-                                                          "\", on a disk; it is left out"});
-    }
-  }
-
-  void Add(const RemoteFolder& from, const std::string& name, const ListedDocument& document) {
-    RemoteDocument remote{from.path + name, from.address + document.name, {}, {}};
+  void Add(const std::string& path, const std::string& address, const std::string& name,
+           const ListedDocument& document) {
+    RemoteDocument remote{path + name, address + document.name, {}, {}};
     for (std::size_t at = 0; at < document.ids.size() && at < document.versions.size(); ++at) {
       remote.versions.push_back({document.versions[at], UidOf(document.ids[at], document.name)});
     }
@@ -171,6 +134,25 @@ class Walk {
   RemoteTree tree_;
 };
 
+[[nodiscard]] ListedFolder ToList(const RemoteFolder& folder) {
+  ListedFolder listed;
+  listed.address = folder.address;
+  listed.directory = folder.directory;
+  return listed;
+}
+
+// Lists some folders, without what is below them. What a signal keeps from being listed is not known.
+[[nodiscard]] std::vector<ListedFolder> ListAll(const std::vector<RemoteFolder>& wanted, Effort effort) {
+  std::vector<ListedFolder> listed;
+  for (const RemoteFolder& folder : wanted) {
+    listed.push_back(ToList(folder));
+    listed.back().failure = Failure{ExitCode::Interrupted, "cannot list " + folder.address + ": interrupted"};
+  }
+  RunInParallel(listed.size(), effort.threads,
+                [&](std::size_t number) { ListFolder(listed[number], effort.retries); });
+  return listed;
+}
+
 }  // namespace
 
 bool RemoteTree::Knows(const std::string& path) const {
@@ -181,36 +163,39 @@ bool RemoteTree::Knows(const std::string& path) const {
   return true;
 }
 
-RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort) {
-  Walk walk(server, effort);
-  std::vector<RemoteFolder> level{start};
-  std::size_t listed = 0;
-  for (int depth = 0; depth < mostLevels && !level.empty(); ++depth) {
-    listed += level.size();
-    if (listed > mostFolders) break;
-    level = walk.List(level);
-  }
-  for (const RemoteFolder& left : level)
-    walk.LeaveOut(left, "there are too many folders, or too many levels");
-  walk.AskForVersions();
-  return walk.TakeTree();
+RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort,
+                          const SideTasks& beside) {
+  ListedFolder listed = ToList(start);
+  ListTree(listed, effort, beside);
+  Naming naming(server, effort);
+  naming.TakeAll(start.path, listed);
+  naming.AskForVersions();
+  return naming.TakeTree();
 }
 
 RemoteLevel ReadRemoteLevel(const std::string& server, const std::vector<RemoteFolder>& wanted,
                             Effort effort) {
-  Walk walk(server, effort);
+  std::vector<ListedFolder> listed = ListAll(wanted, effort);
+  Naming naming(server, effort);
   RemoteLevel level;
-  level.below = walk.List(wanted);
-  level.tree = walk.TakeTree();
+  for (std::size_t number = 0; number < wanted.size(); ++number) {
+    for (auto& below : naming.Take(wanted[number].path, listed[number])) {
+      level.below.push_back(std::move(below.folder));
+    }
+  }
+  level.tree = naming.TakeTree();
   return level;
 }
 
 RemoteTree ReadRemoteFolders(const std::string& server, const std::vector<RemoteFolder>& wanted,
                              Effort effort) {
-  Walk walk(server, effort);
-  static_cast<void>(walk.List(wanted));
-  walk.AskForVersions();
-  return walk.TakeTree();
+  std::vector<ListedFolder> listed = ListAll(wanted, effort);
+  Naming naming(server, effort);
+  for (std::size_t number = 0; number < wanted.size(); ++number) {
+    static_cast<void>(naming.Take(wanted[number].path, listed[number]));
+  }
+  naming.AskForVersions();
+  return naming.TakeTree();
 }
 
 RemoteFolder FolderOfDocument(const std::string& path, const std::string& address) {

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <vtdirect/vt_direct_manager.h>
+
 #include <map>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "hosts/cli/failure.h"
+#include "hosts/cli/work_folder/listed_folders.h"
 
 namespace vtdirect_cli {
 
@@ -41,19 +44,16 @@ struct RemoteTree {
 struct RemoteFolder {
   std::string path;     ///< below the work folder, by the names on the disk; empty, or with a closing "/"
   std::string address;  ///< with a closing "/"
-};
-
-/// How many folders are listed at a time, and how often one is listed again whose listing broke off.
-struct Effort {
-  Effort(unsigned threadCount, unsigned retryCount = 0) : threads(threadCount), retries(retryCount) {}
-  unsigned threads;
-  unsigned retries;
+  /// How a listing came to it; empty: it is looked up by its address.
+  VtDirectManager::WalkedDir directory = {};
 };
 
 /// Lists a folder and all below it, several folders at a time, each once: the listing tells the newest version
 /// of each document and its UID. Where a server's listings don't tell them, each document is asked for. Makes
-/// requests. @param server is the key of the server (see GetLinkContext). A folder that could not be listed is one of `failures`, and nothing of it is delivered.
-[[nodiscard]] RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort);
+/// requests. A folder that could not be listed is one of `failures`, and nothing of it is delivered.
+/// @param server  the key of the server (see GetLinkContext)
+[[nodiscard]] RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort,
+                                        const SideTasks& beside = {});
 
 /// What some folders hold, without what is below them.
 struct RemoteLevel {

@@ -17,6 +17,7 @@
 #include "hosts/cli/storing/put_target.h"
 #include "hosts/cli/storing/put_upload.h"
 #include "hosts/cli/texts/printable.h"
+#include "hosts/cli/work_folder/local_files.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -93,7 +94,7 @@ class Sending {
     ForgetReasons();
     if (VtDirectManager::UndoCheckout(workingCopy_.c_str()).empty()) {
       step.SettleUnlessUnknown();
-      host_.output().Warning("the checkout of " + Printable(file_.path) + " stands still; " +
+      host_.output().Warning("the checkout of " + Printable(file_.path) + " may stand still; " +
                              CommandToType("undo", workingCopy_) + " ends it");
       return;
     }
@@ -105,6 +106,7 @@ class Sending {
   [[nodiscard]] std::optional<Failure> Store() {
     request_.address = workingCopy_;
     request_.kind = AddressKind::Uid;
+    inspected_ = TimeNow();
     const auto source = InspectSource(folder_.OnDisk(file_.path));
     if (!source) return source.failure();
     request_.content = *source;
@@ -167,7 +169,7 @@ class Sending {
     static_cast<void>(VtDirectManager::GetStatus(uid_.c_str(), sent.version, newest, nullptr));
     const struct stat& facts = request_.content.facts;
     sent.size = request_.content.size();
-    sent.time = facts.st_mtim.tv_sec * 1'000'000'000 + facts.st_mtim.tv_nsec;
+    sent.time = TimeToKeep(facts.st_mtim.tv_sec * 1'000'000'000 + facts.st_mtim.tv_nsec, inspected_);
     sent.sha256 = sha256_;
     const std::string fault = folder_.store().Keep(sent);
     if (!fault.empty()) {
@@ -184,6 +186,7 @@ class Sending {
   PutRequest request_;
   std::string workingCopy_;
   std::string sha256_;
+  std::int64_t inspected_ = 0;  // when the file was looked at
   std::string uid_;
 };
 

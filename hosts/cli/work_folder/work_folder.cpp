@@ -129,7 +129,7 @@ void WorkFolder::SettleAnnouncements() {
   for (FolderFile& file : store_->Announced()) {
     const LocalFacts facts = FactsOf(OnDisk(file.path));
     if (HasBytesOf(OnDisk(file.path), facts, file)) {
-      file.time = facts.time;
+      if (file.time != facts.time) file.time = TimeToKeep(facts.time, facts.seen);
       static_cast<void>(store_->Keep(file));
     } else {
       static_cast<void>(store_->Withdraw(file.path));

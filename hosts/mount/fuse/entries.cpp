@@ -83,11 +83,11 @@ template <typename Value>
 [[nodiscard]] Answer<LookedUp> LookUpInFolder(Mount& mount, const Node& parent, const std::string& name,
                                               Effort effort) {
   const std::string address = parent.address + NameInPath(name);
-  if (mount.writing() != nullptr && mount.writing()->overlay().Find(address) != nullptr) {
-    return WithAttributes(mount, NodeBelow(parent, name, NodeKind::Document, address), effort);
-  }
   if (mount.writing() != nullptr && mount.writing()->overlay().IsAside(address, Overlay::Clock::now())) {
     return {ENOENT};
+  }
+  if (mount.writing() != nullptr && mount.writing()->overlay().Find(address) != nullptr) {
+    return WithAttributes(mount, NodeBelow(parent, name, NodeKind::Document, address), effort);
   }
   const auto listing = ListingOf(mount, parent.address, effort);
   if (listing.value == nullptr) return {listing.error};
@@ -160,18 +160,13 @@ void AddLocalFiles(const Node& directory, const FolderListing& listing, const Ov
   });
   for (const std::string& name : overlay.NamesIn(directory.address)) {
     const std::string shown = ShownName(name, false);
-    if (listing.Find(shown) == nullptr) {
+    if (listing.Find(shown) == nullptr && !overlay.IsAside(directory.address + name, now)) {
       lines.push_back(LineOf(shown, NodeKind::Document, directory.address + name));
     }
   }
 }
 
 }  // namespace
-
-std::pair<std::string, std::string> PartsOfPath(const std::string& path) {
-  const std::size_t name = path.rfind('/') + 1;
-  return {path.substr(0, name), path.substr(name)};
-}
 
 Answer<Iteration> IterationOf(Mount& mount, const Node& file, Effort effort) {
   if (file.kind == NodeKind::VersionFile) {

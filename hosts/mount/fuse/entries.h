@@ -47,7 +47,4 @@ struct DirectoryLine {
 /// @param directory  any node that is one
 [[nodiscard]] Answer<std::vector<DirectoryLine>> LinesOf(Mount& mount, const Node& directory);
 
-/// The folder of a document's path, with its closing "/", and the name.
-[[nodiscard]] std::pair<std::string, std::string> PartsOfPath(const std::string& path);
-
 }  // namespace vtdirect_mount

@@ -42,7 +42,7 @@ void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Node& node, const Wr
   }
   const bool writes = (flags & O_ACCMODE) != O_RDONLY;
   if (writes && (flags & O_TRUNC) != 0) {
-    if (const int error = mount.writing()->Empty(node.address, writable.file); error != 0) {
+    if (const int error = mount.writing()->Empty(writable.file); error != 0) {
       fuse_reply_err(request, error);
       return;
     }
@@ -142,12 +142,11 @@ void OnRead(fuse_req_t request, fuse_ino_t /*node*/, std::size_t size, off_t off
   MountOf(request).fetches().Fetch(handle->iteration(), {[pending] { return !pending->IsAnswered(); }, done});
 }
 
-void OnRelease(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
+void OnRelease(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* file) {
   Mount& mount = MountOf(request);
   const std::unique_ptr<Handle> handle(reinterpret_cast<Handle*>(file->fh));
-  const auto node = mount.nodes().Find(number);
-  if ((*handle)->local() != nullptr && node != nullptr) {
-    mount.writing()->Close(node->address, (*handle)->local(), (*handle)->writes());
+  if (const auto& local = (*handle)->local(); local != nullptr) {
+    mount.writing()->Close(local, (*handle)->writes());
   }
   fuse_reply_err(request, 0);
 }

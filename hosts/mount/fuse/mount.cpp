@@ -2,9 +2,10 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
+
+#include "hosts/mount/names/shown_name.h"
 
 namespace vtdirect_mount {
 namespace {
@@ -38,11 +39,12 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
       lookahead_(2 * settings_.parallel),
       questions_(settings_.parallel) {
   if (!settings_.write) return;
-  Writing::Mounted mounted;
+  Mounted mounted;
   mounted.uidOf = [this](const std::string& address, int& error) { return UidOf(address, error); };
+  mounted.uidNow = [this](const std::string& address, int& error) { return UidNow(address, error); };
   mounted.outdate = [this](const std::string& address) {
-    const std::size_t name = address.rfind('/') + 1;
-    tree_.Outdate(address.substr(0, name), address.substr(name));
+    const auto [folder, name] = PartsOfPath(address);
+    tree_.Outdate(folder, name);
   };
   mounted.log = [&log](const std::string& text) { log.Write(text); };
   Writing::Settings writing{settings_.scratch, settings_.autoCheckout, settings_.command,
@@ -53,16 +55,20 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
 
 // A document that is not in its folder's listing is not there, whatever else has its name.
 std::string Mount::UidOf(const std::string& address, int& error) {
-  const std::size_t slash = address.rfind('/') + 1;
-  const std::string folder = address.substr(0, slash);
-  const std::string name = address.substr(slash);
+  const auto [folder, name] = PartsOfPath(address);
   const auto listing = tree_.Folder(folder);
   error = listing.error;
   if (listing.value == nullptr) return {};
-  const auto isIt = [&name](const FolderEntry& entry) { return !entry.isFolder && entry.name == name; };
   error = ENOENT;
-  if (std::none_of(listing.value->entries().begin(), listing.value->entries().end(), isIt)) return {};
+  if (!listing.value->HasDocument(name)) return {};
   const auto uid = tree_.UidOf(folder, name);
+  error = uid.error;
+  return uid.value == nullptr ? "" : *uid.value;
+}
+
+std::string Mount::UidNow(const std::string& address, int& error) {
+  const auto [folder, name] = PartsOfPath(address);
+  const auto uid = tree_.UidNow(folder, name);
   error = uid.error;
   return uid.value == nullptr ? "" : *uid.value;
 }

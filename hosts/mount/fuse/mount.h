@@ -83,6 +83,7 @@ class Mount {
 
  private:
   [[nodiscard]] std::string UidOf(const std::string& address, int& error);
+  [[nodiscard]] std::string UidNow(const std::string& address, int& error);
 
   const MountSettings settings_;
   Log& log_;

@@ -42,11 +42,10 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
 }
 
 // What is said of a file of this machine, but for its length, which is set where it is open for writing too.
-[[nodiscard]] int SetLocal(Mount& mount, const Node& node, LocalFile& local, const struct stat& wanted,
-                           int what) {
+[[nodiscard]] int SetLocal(Mount& mount, LocalFile& local, const struct stat& wanted, int what) {
   const int descriptor = local.file().descriptor();
   if ((what & FUSE_SET_ATTR_SIZE) != 0) {
-    if (const int error = mount.writing()->NoteChange(node.address, local, true); error != 0) return error;
+    if (const int error = mount.writing()->NoteChange(local, true); error != 0) return error;
     if (ftruncate(descriptor, wanted.st_size) != 0) return errno;
     if (wanted.st_size == 0) local.NoteFailedWrite(0);
   }
@@ -67,19 +66,16 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
 // Stores what was changed, by the thread that does so, and answers when that is done. A process that got the
 // open file from the one that opened it closes it too, "(a; b) >FILE" after each of its commands; then the
 // file is not complete yet, and is stored by the last who closes it.
-void StoreAndReply(fuse_req_t request, fuse_ino_t number, const fuse_file_info* file) {
+void StoreAndReply(fuse_req_t request, const fuse_file_info* file) {
   Mount& mount = MountOf(request);
   const Handle handle = HandleOf(file);
-  const auto node = mount.nodes().Find(number);
   const bool isDue = handle->writes() && handle->local()->isDirty() && handle->local()->isDue();
-  if (!isDue || node == nullptr || handle->local()->isScratch() ||
-      ProcessOf(fuse_req_ctx(request)->pid) != handle->writer()) {
+  if (!isDue || handle->local()->isScratch() || ProcessOf(fuse_req_ctx(request)->pid) != handle->writer()) {
     fuse_reply_err(request, 0);
     return;
   }
-  mount.writing()->Post([&mount, handle, number, pending = PendingRequest::Of(request)] {
-    const auto now = mount.nodes().Find(number);
-    pending->Fail(now == nullptr ? ESTALE : mount.writing()->Store(now->address, handle->local()));
+  mount.writing()->Post([&mount, handle, pending = PendingRequest::Of(request)] {
+    pending->Fail(mount.writing()->Store(handle->local()));
   });
 }
 
@@ -105,7 +101,8 @@ void OnCreate(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t /*
   wanted.name = name;
   wanted.kind = NodeKind::Document;
   wanted.address = AddressIn(*folder, name);
-  ReplyCreated(request, mount, wanted, mount.writing()->Create(wanted.address));
+  ReplyCreated(request, mount, wanted,
+               mount.writing()->Create(wanted.address, ProgramOf(ProcessOf(fuse_req_ctx(request)->pid))));
 }
 
 void OnWrite(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size_t size, off_t offset,
@@ -118,7 +115,7 @@ void OnWrite(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size
     return;
   }
   LocalFile& local = *handle->local();
-  int error = mount.writing()->NoteChange(node->address, local, true);
+  int error = mount.writing()->NoteChange(local, true);
   const ssize_t count = error == 0 ? pwrite(local.file().descriptor(), bytes, size, offset) : -1;
   if (count < 0) {
     if (error == 0) error = errno;
@@ -138,7 +135,7 @@ void OnSetAttributes(fuse_req_t request, fuse_ino_t number, struct stat* wanted,
     fuse_reply_err(request, node == nullptr ? ESTALE : EPERM);
     return;
   }
-  if (const int error = SetLocal(mount, *node, *local, *wanted, what); error != 0) {
+  if (const int error = SetLocal(mount, *local, *wanted, what); error != 0) {
     fuse_reply_err(request, error);
     return;
   }
@@ -147,8 +144,8 @@ void OnSetAttributes(fuse_req_t request, fuse_ino_t number, struct stat* wanted,
   fuse_reply_attr(request, &now, mount.seconds());
 }
 
-void OnFlush(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
-  StoreAndReply(request, number, file);
+void OnFlush(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* file) {
+  StoreAndReply(request, file);
 }
 
 // The bytes are safe on this machine then; they are stored when the file is closed. The kernel tells of bytes that it

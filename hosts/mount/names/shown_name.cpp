@@ -74,4 +74,9 @@ std::string NameInPath(std::string_view shown) {
   return vtdirect_cli::NormalizedName(shown);
 }
 
+std::pair<std::string, std::string> PartsOfPath(const std::string& path) {
+  const std::size_t name = path.rfind('/') + 1;
+  return {path.substr(0, name), path.substr(name)};
+}
+
 }  // namespace vtdirect_mount

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace vtdirect_mount {
 
@@ -25,5 +26,8 @@ inline constexpr std::size_t longestName = 255;
 
 /// The name in a path for a name that a program gives to something new: ShownName the other way round.
 [[nodiscard]] std::string NameInPath(std::string_view shown);
+
+/// The folder of a document's path, with its closing "/", and the name.
+[[nodiscard]] std::pair<std::string, std::string> PartsOfPath(const std::string& path);
 
 }  // namespace vtdirect_mount

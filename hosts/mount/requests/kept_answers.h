@@ -47,6 +47,21 @@ class KeptAnswers {
     return Keep(key, std::move(answer), generation);
   }
 
+  /// What the question gives now, whatever is kept. An error is an error here, also while the server is away: for
+  /// those who change something by what they learn. Blocks as long as the question does.
+  [[nodiscard]] Answer<Value> AskNow(const std::string& key, const Question& ask) {
+    std::unique_lock lock(mutex_);
+    // One that is under way may have been answered before the caller came.
+    ended_.wait(lock, [&] { return !kept_[key].isAsked; });
+    kept_[key].isAsked = true;
+    const std::uint64_t generation = generation_;
+    lock.unlock();
+    Answer<Value> answer = ask();
+    lock.lock();
+    static_cast<void>(Keep(key, answer, generation));
+    return answer;
+  }
+
   /// Puts in what was learned by other means.
   void Put(const std::string& key, Value value) {
     const std::lock_guard lock(mutex_);

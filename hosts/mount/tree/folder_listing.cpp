@@ -3,6 +3,7 @@
 #include <vtdirect/outcome.h>
 #include <vtdirect/vt_direct_manager.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "hosts/mount/names/shown_name.h"
@@ -45,6 +46,11 @@ void FolderListing::Add(const std::string& name, bool isFolder) {
 const FolderEntry* FolderListing::Find(const std::string& shown) const {
   const auto place = byShown_.find(shown);
   return place == byShown_.end() ? nullptr : &entries_[place->second];
+}
+
+bool FolderListing::HasDocument(const std::string& name) const {
+  return std::any_of(entries_.begin(), entries_.end(),
+                     [&name](const FolderEntry& entry) { return !entry.isFolder && entry.name == name; });
 }
 
 Answer<FolderListing> ListFolder(const std::string& path) {

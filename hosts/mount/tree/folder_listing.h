@@ -30,6 +30,8 @@ class FolderListing {
   [[nodiscard]] std::size_t documents() const { return documents_; }
   /// The entry that is shown under a name; null without one.
   [[nodiscard]] const FolderEntry* Find(const std::string& shown) const;
+  /// Whether there is a document of this name in a path.
+  [[nodiscard]] bool HasDocument(const std::string& name) const;
 
  private:
   std::vector<FolderEntry> entries_;

@@ -52,9 +52,26 @@ Answer<Value> ServerTree::Asked(const std::string& what, Question question) {
   return answer;
 }
 
+Answer<FolderListing> ServerTree::AskForFolder(const std::string& path) {
+  return Asked<FolderListing>("cannot list " + path, [&] { return ListFolder(path); });
+}
+
+Answer<std::string> ServerTree::AskForUid(const std::string& path) {
+  Answer<std::string> uid = Asked<std::string>("cannot find " + path, [&] { return FindUid(path); });
+  if (uid.value != nullptr) LearnUidForm(*uid.value);
+  return uid;
+}
+
 Answer<FolderListing> ServerTree::Folder(const std::string& path) {
-  return folders_.Get(
-      path, [&] { return Asked<FolderListing>("cannot list " + path, [&] { return ListFolder(path); }); });
+  return folders_.Get(path, [&] { return AskForFolder(path); });
+}
+
+// A document that is not in its folder's listing is not there, whatever else has its name.
+Answer<std::string> ServerTree::UidNow(const std::string& folder, const std::string& name) {
+  const auto listing = folders_.AskNow(folder, [&] { return AskForFolder(folder); });
+  if (listing.value == nullptr) return {listing.error};
+  if (!listing.value->HasDocument(name)) return {ENOENT};
+  return uids_.AskNow(folder + name, [&] { return AskForUid(folder + name); });
 }
 
 Answer<Iteration> ServerTree::Document(const std::string& folder, const std::string& name) {
@@ -84,9 +101,7 @@ Answer<std::string> ServerTree::UidOf(const std::string& folder, const std::stri
   const std::string path = folder + name;
   return uids_.Get(path, [&]() -> Answer<std::string> {
     if (std::string listed = UidByListing(folder, name); !listed.empty()) return Found(std::move(listed));
-    Answer<std::string> uid = Asked<std::string>("cannot find " + path, [&] { return FindUid(path); });
-    if (uid.value != nullptr) LearnUidForm(*uid.value);
-    return uid;
+    return AskForUid(path);
   });
 }
 

@@ -37,6 +37,11 @@ class ServerTree {
   /// The UID of a document.
   [[nodiscard]] Answer<std::string> UidOf(const std::string& folder, const std::string& name);
 
+  /// The UID of a document as the server tells it now. While the server is away, that is an error, whatever was
+  /// known before.
+  /// @return ENOENT when its folder does not list it
+  [[nodiscard]] Answer<std::string> UidNow(const std::string& folder, const std::string& name);
+
   /// Gives the UID by which a document is read, for that by which it is found.
   using ReadBy = std::function<std::string(const std::string& uid)>;
   /// Has documents read by other UIDs from now on. To be called before the first question.
@@ -56,6 +61,8 @@ class ServerTree {
   void Outdate(const std::string& folder, const std::string& name);
 
  private:
+  [[nodiscard]] Answer<FolderListing> AskForFolder(const std::string& path);
+  [[nodiscard]] Answer<std::string> AskForUid(const std::string& path);
   [[nodiscard]] std::string UidByListing(const std::string& folder, const std::string& name);
   [[nodiscard]] bool IsListingWorthIt(const std::string& folder);
   [[nodiscard]] std::string UidOfId(const std::string& id);

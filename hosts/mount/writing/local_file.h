@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "hosts/mount/cache/open_file.h"
@@ -24,6 +25,15 @@ class LocalFile {
   [[nodiscard]] const std::string& name() const { return name_; }
   [[nodiscard]] const std::string& path() const { return path_; }
   [[nodiscard]] const OpenFile& file() const { return file_; }
+  /// Where it lies, or lay last: it is stored there, whatever name the kernel has for it.
+  [[nodiscard]] std::string address() const {
+    const std::lock_guard lock(mutex_);
+    return address_;
+  }
+  void SetAddress(const std::string& address) {
+    const std::lock_guard lock(mutex_);
+    address_ = address;
+  }
   [[nodiscard]] std::uint64_t size() const;
 
   /// How often it was changed; tells whether it was changed while it was stored.
@@ -80,6 +90,9 @@ class LocalFile {
   const std::string name_;
   const std::string path_;
   const OpenFile file_;
+  mutable std::mutex mutex_;  // guards what follows
+  std::string address_;
+
   std::atomic<std::uint64_t> changes_{0};
   std::atomic<std::uint64_t> stored_{0};
   std::atomic<std::size_t> opened_{0};

@@ -11,6 +11,7 @@ std::shared_ptr<LocalFile> Overlay::Find(const std::string& address) const {
 }
 
 std::shared_ptr<LocalFile> Overlay::Lay(const std::string& address, std::shared_ptr<LocalFile> file) {
+  file->SetAddress(address);
   const std::lock_guard lock(mutex_);
   files_[address].swap(file);
   aside_.erase(address);
@@ -19,6 +20,7 @@ std::shared_ptr<LocalFile> Overlay::Lay(const std::string& address, std::shared_
 
 std::shared_ptr<LocalFile> Overlay::LayIfFree(const std::string& address,
                                               const std::shared_ptr<LocalFile>& file) {
+  file->SetAddress(address);
   const std::lock_guard lock(mutex_);
   aside_.erase(address);
   return files_.emplace(address, file).first->second;

@@ -1,30 +1,23 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
-#include <functional>
-#include <map>
 #include <memory>
-#include <mutex>
-#include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "hosts/cli/storing/unstored_files.h"
 #include "hosts/mount/requests/task_pool.h"
 #include "hosts/mount/writing/command_runner.h"
-#include "hosts/mount/writing/kept_checkouts.h"
+#include "hosts/mount/writing/document_checkouts.h"
+#include "hosts/mount/writing/local_files.h"
+#include "hosts/mount/writing/mounted.h"
 #include "hosts/mount/writing/overlay.h"
+#include "hosts/mount/writing/renames.h"
+#include "hosts/mount/writing/retries.h"
 #include "hosts/mount/writing/scratch_names.h"
+#include "hosts/mount/writing/stores.h"
+#include "hosts/mount/writing/waiting_files.h"
 
 namespace vtdirect_mount {
-
-/// A file to write to, or why there is none.
-struct Writable {
-  int error = 0;
-  std::shared_ptr<LocalFile> file = nullptr;
-};
 
 /// What a mount does with what programs write. A file is written to on this machine and stored when it is
 /// closed. What can't be stored waits on the disk, is tried again, and waits for the next mount when this one
@@ -37,17 +30,7 @@ class Writing {
     std::vector<std::string> command;  ///< vtdirect, with the options of every call
     std::string directory;             ///< where it runs
   };
-  /// What the mount does for this class.
-  struct Mounted {
-    /// The UID of the document at an address; empty with an error number.
-    std::function<std::string(const std::string& address, int& error)> uidOf;
-    /// Lets the server be asked anew for a document.
-    std::function<void(const std::string& address)> outdate;
-    std::function<void(const std::string& text)> log;
-  };
-
   Writing(Settings settings, Mounted mounted);
-  ~Writing();
   Writing(const Writing&) = delete;
   Writing& operator=(const Writing&) = delete;
 
@@ -57,78 +40,63 @@ class Writing {
   [[nodiscard]] std::string Prepare(const std::string& below);
 
   [[nodiscard]] Overlay& overlay() { return overlay_; }
-  [[nodiscard]] bool IsScratch(const std::string& address) const;
   /// The UID by which a document is read: that of its working copy when it is checked out here.
-  [[nodiscard]] std::string ReadBy(const std::string& uid);
-  [[nodiscard]] bool IsCheckedOut(const std::string& uid) { return !kept_.WorkingCopyOf(uid).empty(); }
+  [[nodiscard]] std::string ReadBy(const std::string& uid) { return checkouts_.ReadBy(uid); }
+  [[nodiscard]] bool IsCheckedOut(const std::string& uid) { return checkouts_.Has(uid); }
 
   /// A new file.
-  [[nodiscard]] Writable Create(const std::string& address);
+  /// @param program  the name of the process that makes it
+  [[nodiscard]] Writable Create(const std::string& address, const std::string& program);
   /// A document to write to: EACCES unless it is checked out here.
   /// @param keepsContent  whether the file begins with the document's content
   [[nodiscard]] Writable Edit(const std::string& address, bool keepsContent);
-  /// Notes that a file of that address is about to be changed, so that a crash is told of.
+  /// Notes that a file is about to be changed, so that a crash is told of.
   /// @param isDue  as LocalFile::NoteChange
   /// @return an error number when that can't be noted; then it must not be changed
-  [[nodiscard]] int NoteChange(const std::string& address, LocalFile& file, bool isDue);
+  [[nodiscard]] int NoteChange(LocalFile& file, bool isDue);
   /// Empties a file that a program is about to write anew.
   /// @return an error number; then a file that nobody has changed or has open does not lie over its document
-  [[nodiscard]] int Empty(const std::string& address, const std::shared_ptr<LocalFile>& file);
+  [[nodiscard]] int Empty(const std::shared_ptr<LocalFile>& file);
   /// Hands over a task that stores or renames: one at a time, in the order in which they come.
-  void Post(TaskPool::Task task) { stores_.Post(std::move(task)); }
+  void Post(TaskPool::Task task) { tasks_.Post(std::move(task)); }
   /// A file was opened.
   static void NoteOpened(const std::shared_ptr<LocalFile>& file, bool writes) { file->NoteOpened(writes); }
   /// A file was closed for good, which nobody can be told the end of. What is new in it and was not stored yet
   /// is stored, by the next mount if this one is killed first; one that holds nothing new goes with the last.
-  void Close(const std::string& address, const std::shared_ptr<LocalFile>& file, bool writes);
+  void Close(const std::shared_ptr<LocalFile>& file, bool writes);
   /// Tries again to store what waits, and not only after a while.
-  void RetryNow();
+  void RetryNow() { retries_.Now(); }
   /// Ends what is under way, and waits for it so long. @return whether all has ended
-  [[nodiscard]] bool StopWithin(std::chrono::milliseconds most) { return stores_.StopWithin(most); }
+  [[nodiscard]] bool StopWithin(std::chrono::milliseconds most) { return tasks_.StopWithin(most); }
 
   // To be called by tasks of Post alone.
 
   /// Stores what was changed; scratch files are stored nowhere.
   /// @return EIO when it waits now; the error number of a write that failed, since half a file is never stored
-  [[nodiscard]] int Store(const std::string& address, const std::shared_ptr<LocalFile>& file);
+  [[nodiscard]] int Store(const std::shared_ptr<LocalFile>& file) { return stores_.Store(file); }
   /// Gives a file another name, and stores it when that is a document's. @return an error number
-  [[nodiscard]] int Rename(const std::string& from, const std::string& to);
+  [[nodiscard]] int Rename(const std::string& from, const std::string& to) {
+    return renames_.Rename(from, to);
+  }
   /// Removes a file of this machine. @return EPERM for a document
-  [[nodiscard]] int Remove(const std::string& address);
+  [[nodiscard]] int Remove(const std::string& address) { return renames_.Remove(address); }
 
  private:
-  [[nodiscard]] Writable NewFile(const std::string& contentOf);
-  [[nodiscard]] std::string WhyNotNow(const std::string& address);
-  [[nodiscard]] bool IsWaiting(const std::string& address);
-  [[nodiscard]] int RequireCheckout(const std::string& address, std::string& uid);
-  [[nodiscard]] int SetAside(const std::string& document, const std::string& backup);
-  [[nodiscard]] int MoveOnto(const std::string& from, const std::string& to,
-                             const std::shared_ptr<LocalFile>& file);
-  void LayOver(const std::string& address, const std::shared_ptr<LocalFile>& file);
-  void StrikeReplaced(const LocalFile& file);
-  void ClearAway(const std::set<std::string>& entries);
-  void TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<std::string>& taken);
-  void NoteWhole(const std::string& address, LocalFile& file);
-  int NoteWaiting(const std::string& address, LocalFile& file, bool isWhole, const std::string& fault);
-  void Retry();
+  void NoteWhole(LocalFile& file);
+  void BeginRetry();
   void RetryOnce();
 
   const Settings settings_;
   const Mounted mounted_;
   const CommandRunner runner_;
-  const vtdirect_cli::UnstoredFiles unstored_;
-  KeptCheckouts kept_;
   Overlay overlay_;
-  std::mutex mutex_;  // guards what follows
-  std::condition_variable changed_;
-  std::set<std::string> waiting_;  // addresses of what could not be stored
-  std::map<const LocalFile*, std::vector<std::shared_ptr<LocalFile>>> replaced_;  // by what lies over them
-  std::uint64_t next_ = 0;
-  bool isEnding_ = false;
-  bool isWoken_ = false;
-  bool isRetrying_ = false;
-  TaskPool stores_{1};
-  std::thread retries_;
+  WaitingFiles waiting_;
+  LocalFiles files_;
+  DocumentCheckouts checkouts_;
+  Stores stores_;
+  Renames renames_;
+  TaskPool tasks_{1};
+  Retries retries_;
 };
 
 }  // namespace vtdirect_mount

@@ -151,6 +151,22 @@ TEST_F(Edit, StoresNothingOverAVersionThatSomebodyHasMadeMeanwhile) {
   EXPECT_THAT(KeptContents(), testing::ElementsAre(kEdited));
 }
 
+// The store went through and the check-in did not; then somebody has undone the checkout with all that was in it.
+TEST_F(Edit, GoesOnWithWhatWasStoredInAWorkingCopyThatIsGone) {
+  Restart({"--fault", "POST */checkin=409*1"});
+  ASSERT_NE(Run({"edit", kForkPath}).status, 0);
+  ASSERT_THAT(KeptContents(), testing::ElementsAre(kEdited));
+  const std::string book = Book();
+  const std::size_t begin = book.find('\t') + 1;
+  const std::string uid = book.substr(begin, book.find('\t', begin) - begin);
+  ASSERT_EQ(RunElsewhere({"undo", uid}).status, 0);
+  static_cast<void>(Run({"undo", uid}));
+  UseEditor("true");
+  const ProcessResult result = Run({"edit", kForkPath});
+  EXPECT_THAT(result.err, HasSubstr("going on with the edit that is kept"));
+  EXPECT_TRUE(Newest() == kEdited || KeptContents() == std::vector<std::string>{kEdited}) << result.err;
+}
+
 TEST_F(Edit, RefusesASecondEditOfADocumentAtTheSameTime) {
   UseEditor("touch \"$HOME/begun\"; while [ ! -e \"$HOME/end\" ]; do sleep 0.02; done");
   const auto first = Start({"edit", kForkPath});

@@ -89,6 +89,54 @@ TEST_F(GetInto, AFileThatWasStoredMayBeReplaced) {
   Refusal("copy");
 }
 
+// Undone, a working copy goes with all that is in it.
+TEST_F(GetInto, AFileThatWasStoredInAWorkingCopyIsReplacedByThatCopyAlone) {
+  for (const std::string& address : {std::string(kForkPath), std::string(kForkOnBench)}) {
+    SCOPED_TRACE(address);
+    const std::string uid = CheckOut(address);
+    WriteFile(Here("copy"), "stored in " + address);
+    ASSERT_EQ(Run({"put", "copy", uid}).status, 0);
+    EXPECT_EQ(Get("copy").status, 0) << "the working copy has it";
+    EXPECT_THAT(Refusal("copy", {"--base"}), HasSubstr("copy has the content of the working copy " + uid));
+    ASSERT_EQ(RunElsewhere({"undo", uid}).status, 0);
+    EXPECT_THAT(Refusal("copy"), HasSubstr("copy has the content of the working copy " + uid));
+    EXPECT_EQ(ReadFile(Here("copy")), "stored in " + address);
+    static_cast<void>(Run({"undo", uid}));
+    Refusal("copy");
+    EXPECT_EQ(Get("copy", {"--force"}).status, 0);
+    EXPECT_EQ(Get("copy").status, 0) << "the document has it";
+  }
+}
+
+TEST_F(GetInto, AFileWhoseWorkingCopyWasUndoneIsLeft) {
+  const std::string uid = CheckOut(kForkPath);
+  WriteFile(Here("copy"), "stored");
+  ASSERT_EQ(Run({"put", "copy", uid}).status, 0);
+  ASSERT_EQ(Run({"undo", uid}).status, 0);
+  Refusal("copy");
+  EXPECT_EQ(ReadFile(Here("copy")), "stored");
+}
+
+TEST_F(GetInto, AFileWhoseWorkingCopyWasCheckedInMayBeReplaced) {
+  WriteFile(Here("copy"), "stored");
+  ASSERT_EQ(Run({"put", "copy", CheckOut(kForkPath)}).status, 0);
+  ASSERT_EQ(Run({"checkin", kForkPath}).status, 0);
+  EXPECT_EQ(Get("copy").status, 0) << "the server has it";
+  WriteFile(Here("other"), "stored at once");
+  ASSERT_EQ(Run({"put", "other", CheckOut(kForkPath), "--checkin"}).status, 0);
+  EXPECT_EQ(Get("other").status, 0) << "the server has it";
+}
+
+TEST_F(GetInto, AFileIsLeftWhenAnotherOneWasStoredInItsWorkingCopySince) {
+  const std::string uid = CheckOut(kForkPath);
+  WriteFile(Here("copy"), "stored first");
+  WriteFile(Here("other"), "stored then");
+  ASSERT_EQ(Run({"put", "copy", uid}).status, 0);
+  ASSERT_EQ(Run({"put", "other", uid}).status, 0);
+  EXPECT_THAT(Refusal("copy"), HasSubstr("was not saved by vtdirect"));
+  EXPECT_EQ(ReadFile(Here("copy")), "stored first");
+}
+
 TEST_F(GetInto, AWriteProtectedFileIsRefusedEvenByForce) {
   ASSERT_EQ(Get("copy").status, 0);
   ASSERT_EQ(chmod(Here("copy").c_str(), 0444), 0);

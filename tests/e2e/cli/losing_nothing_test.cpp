@@ -176,6 +176,22 @@ TEST_F(Recover, LeavesOpenWhatTheServerDoesNotTell) {
   EXPECT_EQ(Run({"recover"}).out, "");
 }
 
+TEST_F(Recover, TellsOfLinesThatItDoesNotUnderstandAndKeepsThem) {
+  Serve();
+  const std::string uid = CheckOut(kForkPath);
+  const std::string strange = "1:1\t2026-01-31T09:00:00Z\tmove\ta\tb\tc\td\te\n";
+  const std::string known =
+      "1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(kForkPath) + "\t" + uid + "\t\t\n";
+  WriteHome(".local/state/vtdirect/journal", "vtdirect-journal 1\n" + strange + known, 0600);
+  EXPECT_THAT(Run({"status", kForkPath}).err,
+              HasSubstr("lines that this release of vtdirect does not understand (1)"));
+  const ProcessResult result = Run({"recover"});
+  EXPECT_EQ(result.status, 11);
+  EXPECT_THAT(result.out, HasSubstr("\tcheckin\t")) << "the other one is settled";
+  EXPECT_THAT(result.err, HasSubstr("lines that this release of vtdirect does not understand (1)"));
+  EXPECT_EQ(ReadFile(Home(".local/state/vtdirect/journal")), "vtdirect-journal 1\n" + strange);
+}
+
 TEST_F(Recover, HasNothingToSettleWhenAllWasAnswered) {
   Serve();
   WriteFile(Here("f"), kNewContent);

@@ -110,6 +110,8 @@ TEST_F(SecuredServer, IsLeftForAnHttpAddressOfItsOnlyWhereTheConfigurationSaysSo
   const ProcessResult upgraded = Get("upgrade");
   EXPECT_EQ(upgraded.status, 0) << upgraded.err;
   EXPECT_EQ(ReadFile(Here("copy")), server().Get(kForkContent));
+  // It is asked in clear then, where this server speaks TLS.
+  EXPECT_THAT(Get("allow").err, Not(HasSubstr("to which nothing is sent")));
   EXPECT_EQ(Get("always").status, 2);
 }
 

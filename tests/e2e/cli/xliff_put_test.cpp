@@ -3,7 +3,9 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 
+#include "tests/e2e/cli/meanwhile.h"
 #include "tests/e2e/cli/xliff_fixture.h"
 
 using testing::AllOf;
@@ -47,6 +49,34 @@ TEST_F(XliffTest, UpdatesTheSourceXliffOfADocument) {
   EXPECT_NE(LinkOf("D1028"), id);
   EXPECT_EQ(DocumentOf(server(), LinkOf("D1028")).bytes, English("Oil it again."));
   EXPECT_EQ(DocumentOf(server(), LinkOf("D1028")).version, "A.3");
+}
+
+// White space at the end leaves it well-formed, so that nothing else keeps it from being sent.
+TEST_F(XliffTest, SendsNothingOfAFileThatIsWrittenTo) {
+  Serve({"--latency", "20"});
+  ProcessResult result;
+  {
+    const Meanwhile writer([this] {
+      std::ofstream(Here("chain.xlf"), std::ios::app) << "\n";
+      SleepMilliseconds(1);
+    });
+    result = Put(kBareManual);
+  }
+  EXPECT_EQ(result.status, 8);
+  EXPECT_THAT(result.err,
+              HasSubstr("vtdirect: chain.xlf was written to while it was read; nothing was sent"));
+  EXPECT_EQ(Writes(), "");
+  EXPECT_EQ(LinkOf("D1032"), "");
+}
+
+TEST_F(XliffTest, SendsNothingOfAFileThatCannotBeCopiedWhole) {
+  Serve();
+  fileSizeLimit_ = 100'000;
+  WriteFile(Here("chain.xlf"), English(std::string(fileSizeLimit_ + 1, 'x')));
+  const ProcessResult result = Put(kBareManual);
+  EXPECT_EQ(result.status, 8);
+  EXPECT_THAT(result.err, HasSubstr("could not be copied whole to the directory for temporary files"));
+  EXPECT_EQ(Writes(), "");
 }
 
 TEST_F(XliffTest, TakesAPathAndAUid) {

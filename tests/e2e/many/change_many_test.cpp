@@ -49,6 +49,32 @@ TEST_F(ChangeMany, StoresFilesInAFolder) {
   EXPECT_EQ(Run({"get", std::string(framePath) + "two.lxz", "-o", "-"}).out, "two");
 }
 
+TEST_F(ChangeMany, StoresTheFilesOfAListAndOfAPattern) {
+  Serve();
+  WriteFile(Here("one.lxz"), "one");
+  WriteFile(Here("two.lxz"), "two");
+  WriteFile(Here("three.lxz"), "three");
+  WriteFile(Home("list"), "one.lxz\n");
+  const ProcessResult listed = Run({"put", "--from", Home("list"), framePath});
+  EXPECT_EQ(listed.status, 0) << listed.err;
+  EXPECT_EQ(Run({"get", std::string(framePath) + "one.lxz", "-o", "-"}).out, "one");
+  EXPECT_EQ(Run({"get", std::string(framePath) + "two.lxz", "-o", "-"}).status, 6);
+  const ProcessResult matched = Run({"put", "t*.lxz", framePath});
+  EXPECT_EQ(matched.status, 0) << matched.err;
+  EXPECT_EQ(Run({"get", std::string(framePath) + "two.lxz", "-o", "-"}).out, "two");
+  EXPECT_EQ(Run({"get", std::string(framePath) + "three.lxz", "-o", "-"}).out, "three");
+}
+
+TEST_F(ChangeMany, TellsOfAPatternThatNoFileMatches) {
+  Serve();
+  WriteFile(Here("one.lxz"), "one");
+  const ProcessResult result = Run({"put", "*.none", "one.lxz", framePath});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_THAT(result.err, HasSubstr("1 of 2 failed:\nvtdirect:   no file matches *.none\n"));
+  EXPECT_EQ(Run({"get", std::string(framePath) + "one.lxz", "-o", "-"}).out, "one");
+  EXPECT_EQ(Run({"put", "o*.lxz", kForkPath}).status, 2) << "a pattern may find several";
+}
+
 TEST_F(ChangeMany, RefusesFilesThatHaveNoPlaceOfTheirOwn) {
   Serve();
   std::filesystem::create_directory(Home("sub"));

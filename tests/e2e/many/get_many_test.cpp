@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
+
 #include "tests/e2e/many/many_fixture.h"
 
 using testing::ElementsAre;
@@ -214,6 +216,28 @@ TEST_F(GetMany, RepeatsAListingToo) {
   Serve({"--fault", "GET *FolderContents*=503*1"});
   EXPECT_EQ(Run({"get", "-r", framePath}).status, 0);
   EXPECT_THAT(FilesHere(), ElementsAre("Frame/fork.lxz", "Frame/frame.lxz", "Frame/welding manual.xml"));
+}
+
+TEST_F(GetMany, ComesBackNoEarlierThanABusyServerAsksFor) {
+  Serve({"--fault", "GET *content/streams/*=busy:1*1"});
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(Run({"get", "--parallel", "1", kForkPath, weldingPath}).status, 0);
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+  EXPECT_THAT(FilesHere(), ElementsAre("fork.lxz", "welding manual.xml"));
+}
+
+TEST_F(GetMany, KeepsTheAskedPauseWhenItsExchangesAreLoggedToo) {
+  Serve({"--fault", "GET *content/streams/*=busy:1*1"});
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(Run({"get", "--log-http", "log.har", kForkPath, weldingPath}).status, 0);
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+}
+
+TEST_F(GetMany, DoesNotWaitForAServerThatAsksForMoreThanAMinute) {
+  Serve({"--fault", "GET *content/streams/*=busy:3600*1"});
+  EXPECT_NE(Run({"get", "--parallel", "1", kForkPath, weldingPath}).status, 0);
+  EXPECT_THAT(FilesHere(), ElementsAre("welding manual.xml"));
+  EXPECT_EQ(Requests("content/streams/"), 2U);
 }
 
 TEST_F(GetMany, RepeatsNothingWhenItIsToldSoAndForOneDocumentAlone) {

@@ -186,6 +186,60 @@ TEST_F(MountLosses, WhatIsRenamedOverWhatWaitsTakesItsPlaceForGood) {
   ClearAwayTemporaryFiles();
 }
 
+// A document has new bytes here, and its name is the server's all the same.
+TEST_F(MountLosses, WhatWaitsIsNoDocumentOfAnotherName) {
+  Serve();
+  CheckOut();
+  Serve(AtItsPort({"--fault", "POST *=503"}));
+  Mount({"--write"});
+  EXPECT_NE(Shell("cp /etc/hostname '" + Fork() + "'").status, 0);
+  const std::string other = Tree(std::string(kFrame) + "other.lxz");
+  EXPECT_EQ(rename(Fork().c_str(), other.c_str()), -1);
+  EXPECT_EQ(errno, EPERM);
+  EXPECT_EQ(Text(Fork()), ReadFile("/etc/hostname"));
+  EXPECT_THAT(Names(Tree(kFrame)), Not(Contains("other.lxz")));
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("mount\t" + Path()));
+}
+
+// As emacs does when it saves for the second time while the server is away, and is killed with the machine.
+TEST_F(MountLosses, WhatWaitsGoesOnWaitingWhenABackupIsMadeOfItByRenaming) {
+  Serve();
+  CheckOut();
+  port_ = AtItsPort();
+  Serve(AtItsPort({"--fault", "POST *=503"}));
+  Mount({"--write"});
+  EXPECT_NE(Shell("cp /etc/hostname '" + Fork() + "'").status, 0);
+  EXPECT_EQ(Shell("mv '" + Fork() + "' '" + Fork() + "~'").err, "");
+  EXPECT_EQ(Text(Fork() + "~"), ReadFile("/etc/hostname"));
+  EXPECT_THAT(Names(Tree(kFrame)), testing::ElementsAre("fork.lxz~", "frame.lxz", "welding manual.xml"));
+  EXPECT_EQ(open(Fork().c_str(), O_RDONLY | O_CLOEXEC), -1);
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("mount\t" + Path()));
+  SignalMount(SIGKILL);
+  EXPECT_EQ(WaitForMount().status, -SIGKILL);
+  Serve(port_);
+  Mount({"--write"});
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer(Path()), ReadFile("/etc/hostname"));
+  ClearAwayTemporaryFiles();
+}
+
+TEST_F(MountLosses, ANewFileThatWaitsCanBeGivenAnotherName) {
+  Serve();
+  port_ = AtItsPort();
+  Serve(AtItsPort({"--fault", "POST *=503"}));
+  Mount({"--write"});
+  const std::string one = Tree(std::string(kFrame) + "one.lxz");
+  const std::string two = Tree(std::string(kFrame) + "two.lxz");
+  EXPECT_NE(Shell("cp /etc/hostname '" + one + "'").status, 0);
+  EXPECT_EQ(rename(one.c_str(), two.c_str()), -1);
+  EXPECT_EQ(errno, EIO) << "it is not stored there either";
+  Serve(port_);
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "two.lxz"), ReadFile("/etc/hostname"));
+  EXPECT_NE(Run({"info", "//sim/" + std::string(kFrame) + "one.lxz"}).status, 0);
+}
+
 TEST_F(MountLosses, TheNewestOfWhatWaitsForOneAddressIsStoredAndTheOthersAreLeft) {
   Serve();
   CheckOut();

@@ -160,6 +160,36 @@ TEST_F(MountWriting, KeepsScratchFilesOnThisMachine) {
   EXPECT_EQ(Asked("POST"), 0U);
 }
 
+TEST_F(MountWriting, BringsDocumentsToTheServerWhoseNamesLookLikeThoseOfPrograms) {
+  Serve();
+  Mount({"--write"});
+  for (const char* name : {"sediments", ".project.config", "4913"}) {
+    EXPECT_EQ(Shell("cp /etc/hostname '" + Tree(std::string(kFrame) + name) + "'").err, "") << name;
+    EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + name), ReadFile("/etc/hostname")) << name;
+  }
+}
+
+TEST_F(MountWriting, StoresWhatIsRenamedOntoADocumentWhoseNameLooksLikeAProgramsFile) {
+  Serve();
+  const std::string plan = "//sim/" + std::string(kFrame) + "plan.tmp";
+  WriteFile(Here("a"), "FENLET plan\n");
+  ASSERT_EQ(Run({"put", "-q", "a", plan}).status, 0);
+  ASSERT_EQ(Run({"checkout", "-q", plan}).status, 0);
+  Mount({"--write"});
+  const std::string tree = Tree(std::string(kFrame) + "plan.tmp");
+  EXPECT_EQ(Shell("printf edited >'" + tree + "~' && mv '" + tree + "~' '" + tree + "'").err, "");
+  EXPECT_EQ(OnServer(plan), "edited");
+}
+
+TEST_F(MountWriting, StoresWhatEditorsKeepHereWhenToldTo) {
+  Serve();
+  Mount({"--write", "--no-usual-scratch", "--scratch", "*.wip"});
+  const std::string frame = Tree(kFrame);
+  EXPECT_EQ(Shell("cp /etc/hostname '" + frame + "a~' && cp /etc/hostname '" + frame + "a.wip'").err, "");
+  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "a~"), ReadFile("/etc/hostname"));
+  EXPECT_EQ(Run({"ls", "//sim/" + std::string(kFrame)}).out, "fork.lxz\nframe.lxz\nwelding manual.xml\na~\n");
+}
+
 TEST_F(MountWriting, RenamesToAFreeNameAloneWhenToldSo) {
   Serve();
   Mount({"--write"});

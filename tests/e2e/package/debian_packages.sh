@@ -68,7 +68,7 @@ has libvtdirect-dev include/vtdirect/vt_direct_manager.h include/vtdirect/platfo
 
 # The programs.
 depends_on vtdirect-tools "libvtdirect0 \(= $version\)"
-has vtdirect-tools bin/vtdirect 'share/man/man1/vtdirect\.1\.gz' share/bash-completion/completions/vtdirect \
+has vtdirect-tools bin/vtdirect 'share/man/man1/vtdirect\.1\.gz' 'share/man/man1/vtdirect-xliff-put\.1\.gz' share/bash-completion/completions/vtdirect \
   share/zsh/vendor-completions/_vtdirect 'share/fish/vendor_completions\.d/vtdirect\.fish'
 # The mount is apart, so that nobody else needs libfuse.
 ! dpkg-deb -f vtdirect-tools_*.deb Depends | grep -e fuse || wrong "the command line needs no libfuse"

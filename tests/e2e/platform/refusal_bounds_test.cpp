@@ -8,7 +8,7 @@
 
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/scripted_server.h"
-#include "tests/support/resident_memory.h"
+#include "tests/support/measurement.h"
 #include "tests/support/temporary_directory.h"
 
 namespace {
@@ -81,15 +81,14 @@ TEST_P(EndlessRefusal, TakesNeitherMemoryNorTheDisk) {
     peer.Close();
   });
   const auto connection = vtdirect_test::Connect(server.Url());
-  const vtdirect_test::ResidentGrowth growth;
+  const vtdirect_test::Measurement measurement;
   for (int count = 0; count < 3; ++count) {
     const Fetched fetched = Fetch(*connection);
     EXPECT_EQ(fetched.code, ErrorCode::Done);
     EXPECT_EQ(fetched.status, GetParam());
     EXPECT_EQ(fetched.body.size(), kept);
   }
-  RecordProperty("mebibytes", static_cast<int>(growth.Most() / mebibyte));
-  EXPECT_LT(growth.Most(), 16 * mebibyte);
+  EXPECT_LT(measurement.Record(), 16 * mebibyte);
   EXPECT_EQ(server.connections(), 3);
   EXPECT_THAT(directory_.Entries(), IsEmpty());
 }
@@ -128,10 +127,9 @@ TEST_F(Refusal, WhoseLoginIsUnderWayIsAFailureWhenItHasNoEnd) {
     peer.Close();
   });
   du::http::SetPasswordCredentials(server.Url(), "paula", "s3cret");
-  const vtdirect_test::ResidentGrowth growth;
+  const vtdirect_test::Measurement measurement;
   EXPECT_EQ(FetchFrom(server.Url()).code, ErrorCode::ProtocolFailure);
-  RecordProperty("mebibytes", static_cast<int>(growth.Most() / mebibyte));
-  EXPECT_LT(growth.Most(), 16 * mebibyte);
+  EXPECT_LT(measurement.Record(), 16 * mebibyte);
 }
 
 /// A server to which every login is stale.

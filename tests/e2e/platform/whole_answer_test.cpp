@@ -69,6 +69,26 @@ TEST_F(WholeAnswer, IsChunkedOrNotAndNothingElse) {
             ErrorCode::ProtocolFailure);
 }
 
+TEST_F(WholeAnswer, HasNoBlankInTheNameOfALineThatTellsItsEnd) {
+  // One reader takes the line for what it looks like, another one for a line that it does not know.
+  for (const char* lines : {"Content-Length : 3\r\n", "Content-Length\t: 5\r\n", "content-length \t:5\r\n",
+                            "Transfer-Encoding : chunked\r\n"}) {
+    const Fetched fetched = FetchWith(lines);
+    EXPECT_EQ(fetched.code, ErrorCode::ProtocolFailure) << lines;
+    EXPECT_EQ(fetched.begun, 0) << lines;
+  }
+  EXPECT_EQ(FetchWith("Content-Length: 5\r\nServer : old\r\n").body, "bytes");
+}
+
+TEST_F(WholeAnswer, HasNoContinuationOfALineThatTellsItsEnd) {
+  for (const char* lines : {"Content-Length: 5\r\n 0\r\n", "Content-Length: 3\r\n\t0\r\n",
+                            "Transfer-Encoding: chunked\r\n , gzip\r\n"}) {
+    EXPECT_EQ(FetchWith(lines).code, ErrorCode::ProtocolFailure) << lines;
+  }
+  EXPECT_EQ(FetchWith("Content-Length: 5\r\nServer: very\r\n old\r\n").body, "bytes");
+  EXPECT_EQ(FetchWith("Server: old\r\nContent-Length: 5\r\n").body, "bytes");
+}
+
 TEST_F(WholeAnswer, IsJudgedByItsOwnLinesAndNotByThoseOfAnInterimOne) {
   ScriptedServer server([](Peer& peer, WireRequest&) {
     peer.Send("HTTP/1.1 103 Early Hints\r\nLink: </a>\r\nContent-Length: 9\r\n\r\n");
@@ -127,12 +147,14 @@ TEST_F(PlainContent, IsAskedForAsItIs) {
 }
 
 TEST_F(PlainContent, ThatComesCodedAllTheSameIsAFailure) {
-  for (const char* coding : {"gzip", "GZip", "br", "identity, gzip"}) {
+  for (const char* coding :
+       {"gzip", "GZip", "br", "identity, gzip", "gzip;level=9", "exi", "aes128gcm", "xz"}) {
     const Fetched fetched = FetchCoded(200, coding);
     EXPECT_EQ(fetched.code, ErrorCode::ProtocolFailure) << coding;
     EXPECT_EQ(fetched.begun, 0) << coding;
   }
-  EXPECT_EQ(FetchCoded(200, "identity").body, "packed");
+  for (const char* none : {"identity", "utf-8", "binary"})
+    EXPECT_EQ(FetchCoded(200, none).body, "packed") << none;
 }
 
 TEST_F(PlainContent, ThatIsRefusedKeepsItsStatus) {
@@ -143,6 +165,28 @@ TEST_F(PlainContent, ThatIsRefusedKeepsItsStatus) {
 
 TEST_F(PlainContent, IsLeftToACallerThatNamesItsCodings) {
   EXPECT_EQ(FetchCoded(200, "br", "Accept-Encoding: br").body, "packed");
+}
+
+TEST_F(WholeAnswerOverTls, IsNeverTheOneThatNobodyAskedFor) {
+  const std::string evil = "HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nEVIL!";
+  const std::string chunks = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nfirst\r\n0\r\n\r\n";
+  for (const std::string& first : {"HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\nfirst" + evil, chunks + evil,
+                                   "HTTP/1.1 204 No Content\r\n\r\n" + evil}) {
+    std::atomic<bool> sent{false};
+    ScriptedServer server([&](Peer& peer, WireRequest& request) {
+      if (request.target != "/first") return peer.Answer(200, "right");
+      peer.Send(first);
+      peer.Send(evil);
+      sent = true;
+    });
+    const vtdirect_test::TlsFront front(directory_.path(), "front", server.port());
+    const auto connection = vtdirect_test::Connect(front.Url());
+    Asking asking;
+    asking.uri = "/first";
+    EXPECT_EQ(Fetch(*connection, asking).code, ErrorCode::Done);
+    EXPECT_TRUE(vtdirect_test::ComesTrue([&sent] { return sent.load(); }));
+    EXPECT_EQ(Fetch(*connection).body, "right");
+  }
 }
 
 /// What a server sends without being asked.

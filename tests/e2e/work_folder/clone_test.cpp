@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "tests/e2e/cli/terminal_session.h"
 #include "tests/e2e/work_folder/work_folder_fixture.h"
 
 using testing::ElementsAre;
@@ -99,6 +100,17 @@ TEST_F(CloneCommand, TellsEachFileToAProgram) {
               HasSubstr("\"command\":\"clone\",\"action\":\"fetched\",\"file\":\"fork.lxz\",\"path\":\"" +
                         std::string(kForkPath) + "\""));
   EXPECT_THAT(result.out, HasSubstr("\"uid\":\"" + server().Uid("D1001") + "&file=/fork.lxz\""));
+}
+
+TEST_F(CloneCommand, TellsHowFarItHasComeOnATerminal) {
+  Serve({"--fault", "GET *content/streams/*=delay:200"});
+  TerminalSession session({"--server", "sim=" + server().url(), "clone", framePath}, environment_, Here(""));
+  EXPECT_TRUE(session.Sees("0 of 3 files  0 B")) << session.screen();
+  EXPECT_TRUE(session.Sees("fork.lxz")) << session.screen();
+  EXPECT_EQ(session.Wait(), 0);
+  // What was found is on a line of its own, and the line of progress is gone at the end.
+  EXPECT_THAT(session.screen(), HasSubstr("\r\x1B[Kfetched\tfork.lxz\r\n"));
+  EXPECT_THAT(session.screen(), HasSubstr("\r\nvtdirect: 3 of 3 files fetched, "));
 }
 
 /// Servers of every generation, of which the older ones tell no versions in a listing.

@@ -108,4 +108,19 @@ TEST_F(CommitCommand, IsRefusedWhileSomebodyElseHasIt) {
               HasSubstr("same\tB.1\tB.1\tby-other (bruno)\tfork.lxz\n"));
 }
 
+// The question that goes out before the listing is there is about the version that the file came from.
+TEST_F(CommitCommand, IsToldWhoHasTheNewestVersion) {
+  environment_["VTDIRECT_USER"] = "anna";
+  environment_["VTDIRECT_PASSWORD"] = "a";
+  Clone({"--user", "anna:a", "--user", "bruno:b"});
+  environment_["VTDIRECT_USER"] = "bruno";
+  environment_["VTDIRECT_PASSWORD"] = "b";
+  StoreElsewhere("newer");
+  ASSERT_EQ(RunElsewhere({"checkout", kForkPath}).status, 0);
+  environment_["VTDIRECT_USER"] = "anna";
+  environment_["VTDIRECT_PASSWORD"] = "a";
+  WriteFile(Fork(), "mine");
+  EXPECT_EQ(St("Frame"), "both\tB.1\tB.2\tby-other (bruno)\tfork.lxz\n");
+}
+
 }  // namespace vtdirect_test

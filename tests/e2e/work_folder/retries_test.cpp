@@ -50,4 +50,26 @@ TEST_F(WorkFolderDryRun, TellsWhatWouldBeFetchedAndFetchesNothing) {
   EXPECT_EQ(ReadFile(Fork()), "mine");
 }
 
+TEST_F(WorkFolderDryRun, TellsWhatAWorkFolderWouldHoldAndMakesNone) {
+  Serve();
+  const ProcessResult result = Run({"clone", "--dry-run", framePath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, "would-fetch\tfork.lxz\nwould-fetch\tframe.lxz\nwould-fetch\twelding manual.xml\n");
+  EXPECT_TRUE(HereNames().empty());
+  EXPECT_EQ(Run({"clone", "--dry-run", std::string(framePath) + "No such/"}).status, 6);
+  std::filesystem::create_directory(Here("Frame"));
+  WriteFile(Here("Frame/other"), "mine");
+  EXPECT_EQ(Run({"clone", "--dry-run", framePath}).status, 8);
+}
+
+TEST_F(WorkFolderDryRun, TellsWhatWouldBePutBackAndLeavesIt) {
+  Clone();
+  WriteFile(Fork(), "mine");
+  const ProcessResult result = RunIn("Frame", {"revert", "--dry-run", "fork.lxz", "frame.lxz"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, "would revert\tB.1\tfork.lxz\n");
+  EXPECT_EQ(ReadFile(Fork()), "mine");
+  EXPECT_FALSE(std::filesystem::exists(Fork() + ".edited"));
+}
+
 }  // namespace vtdirect_test

@@ -77,6 +77,10 @@ TEST(CommandLine, TakesTheLastOfSeveralOperandsForTheOneThatFollows) {
   const CommandLine one = Parse({"put", "a", "//s/f/"});
   EXPECT_THAT(one.arguments.All("FILE"), ElementsAre("a"));
   EXPECT_THAT(one.arguments.All("ADDRESS"), ElementsAre("//s/f/"));
+  const CommandLine listed = Parse({"put", "--from", "list", "//s/f/"});
+  EXPECT_THAT(listed.arguments.All("FILE"), testing::IsEmpty());
+  EXPECT_EQ(listed.arguments.Text("ADDRESS"), "//s/f/");
+  EXPECT_EQ(Parse({"put", "--from", "list", "a", "//s/f/"}).arguments.Text("FILE"), "a");
   EXPECT_EQ(Parse({"put", "a"}).failure->Text(), "ADDRESS is required; see vtdirect put --help");
   EXPECT_EQ(Parse({"put"}).failure->Text(), "FILE is required; see vtdirect put --help");
 }

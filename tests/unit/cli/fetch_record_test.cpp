@@ -55,6 +55,25 @@ TEST(FetchRecords, KeepWhatIsKnownOfAFile) {
   EXPECT_FALSE(records.Find(directory.File("g")));
 }
 
+TEST(FetchRecords, KnowWhichFilesHaveTheBytesOfAWorkingCopy) {
+  const TemporaryDirectory directory;
+  const FetchRecords records(directory.File("records"));
+  const std::string copy = "korvufenloom-vt://plm.example/vt/?id=D1|W7|D2|T";
+  for (const auto& [name, use] :
+       {std::pair{"stored", CopyUse::Stored}, std::pair{"fetched", CopyUse::Fetched},
+        std::pair{"iteration", CopyUse::None}}) {
+    const std::string file = directory.File(name);
+    WriteFile(file, name);
+    FetchRecord record = RecordOf(file);
+    record.uid = copy;
+    record.copyUse = use;
+    ASSERT_EQ(records.Keep(file, record), "");
+    EXPECT_EQ(records.Find(file)->copyUse, use);
+  }
+  EXPECT_EQ(records.OfWorkingCopy(copy).size(), 2U);
+  EXPECT_EQ(records.OfWorkingCopy("korvufenloom-vt://plm.example/vt/?id=D3|W7|D4|T").size(), 0U);
+}
+
 TEST(FetchRecords, BelieveNoRecordThatIsBroken) {
   const TemporaryDirectory directory;
   const FetchRecords records(directory.path());

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <iterator>
 #include <set>
 #include <sstream>
@@ -41,6 +42,35 @@ TEST(GeneratedTexts, NameEveryCommandAndEveryOption) {
   }
 }
 
+TEST(GeneratedTexts, AreAManualPageACommand) {
+  for (const CommandRow& row : Commands()) {
+    const std::string page = ManualPage(row);
+    std::string name = std::string("vtdirect-") + row.name;
+    std::replace(name.begin(), name.end(), ' ', '-');
+    EXPECT_EQ(NameOfPage(row), name);
+    EXPECT_THAT(page, testing::StartsWith(".TH VTDIRECT-")) << name;
+    EXPECT_THAT(page, HasSubstr(".SH NAME\n" + Set(name) + " \\- ")) << name;
+    for (const OptionRow& option : row.options) {
+      EXPECT_THAT(page, HasSubstr("\\-\\-" + Set(option.name.text()))) << name;
+    }
+    EXPECT_THAT(page, HasSubstr(".SH EXAMPLES\n.PP\n.nf\n")) << name;
+    EXPECT_THAT(ManualPage(), HasSubstr(".BR " + Set(name) + " (1)"));
+  }
+}
+
+// As a formatter reads it: a line that begins with a dot or an apostrophe is a request, and all of them are known.
+TEST(GeneratedTexts, HoldNoTextThatAFormatterTakesForARequest) {
+  const std::set<std::string> known = {".TH", ".SH", ".SS", ".PP", ".TP", ".B", ".BR", ".I", ".nf", ".fi"};
+  for (const CommandRow& row : Commands()) {
+    std::istringstream page(ManualPage(row));
+    for (std::string line; std::getline(page, line);) {
+      EXPECT_FALSE(line.starts_with("'")) << line;
+      const bool isRequest = line.starts_with(".");
+      EXPECT_TRUE(!isRequest || known.contains(line.substr(0, line.find(' ')))) << line;
+    }
+  }
+}
+
 TEST(GeneratedTexts, NameEveryGroupAndItsCommands) {
   for (const GroupRow& group : Groups()) {
     EXPECT_THAT(BashCompletion(), HasSubstr("    " + std::string(group.name) + ") words=\""));
@@ -62,6 +92,18 @@ TEST(Tables, HoldEachGroupTogether) {
   }
   for (const GroupRow& group : Groups()) EXPECT_EQ(met.erase(group.name), 1U) << group.name;
   EXPECT_TRUE(met.empty());
+}
+
+TEST(GeneratedTexts, NameEveryColumnThatAListingIsSortedBy) {
+  std::size_t listings = 0;
+  for (const CommandRow& row : Commands()) {
+    if (row.columns.empty()) continue;
+    ++listings;
+    ASSERT_STREQ(row.options.back().name.text(), "sort") << row.name;
+    for (const char* column : row.columns)
+      EXPECT_THAT(row.options.back().help, HasSubstr(column)) << row.name;
+  }
+  EXPECT_GT(listings, 0U);
 }
 
 TEST(GeneratedTexts, TellEveryExitStatus) {

@@ -62,6 +62,14 @@ TEST(HarDocument, HasTheFormThatOthersRead) {
   EXPECT_THAT(text, Not(HasSubstr("Canary")));
 }
 
+TEST(HarDocument, HasNoByteThatATerminalTakesForAnOrder) {
+  du::http::ObservedExchange exchange = Exchange();
+  exchange.answerBody = "{\"id\":\"D\x7F\x1B\xC2\x9B\"}";
+  const std::string text = HarDocument({{exchange}, 0}, {});
+  EXPECT_THAT(text, HasSubstr(R"(D\u007F\u001B\u009B)"));
+  EXPECT_EQ(text.find_first_of("\x7F\x1B\x9B"), std::string::npos);
+}
+
 TEST(HarDocument, ShowsNoBytesOfAContent) {
   du::http::ObservedExchange exchange = Exchange();
   exchange.turns[0].answerHead = "HTTP/1.1 200 OK\r\nContent-Type: application/octet-stream";

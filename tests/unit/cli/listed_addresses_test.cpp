@@ -45,13 +45,26 @@ TEST(WithListedAddresses, PutsTheListsBehindWhatWasGiven) {
   EXPECT_THAT(all->All("ADDRESS"), ElementsAre("//a/1", "//a/2", "//a/3", "//a/4"));
 }
 
+TEST(WithListedAddresses, TakesFilesWhereACommandTakesSeveralOfThem) {
+  const vtdirect_test::TemporaryDirectory directory;
+  std::ofstream(directory.File("list")) << "two.lxz\nthree.lxz\n";
+  Arguments arguments;
+  arguments.Set("FILE", {"one.lxz"});
+  arguments.Set("ADDRESS", {"//a/f/"});
+  arguments.Set("from", {directory.File("list")});
+  const auto all = WithListedAddresses(CommandOf("put"), arguments);
+  ASSERT_TRUE(all);
+  EXPECT_THAT(all->All("FILE"), ElementsAre("one.lxz", "two.lxz", "three.lxz"));
+  EXPECT_THAT(all->All("ADDRESS"), ElementsAre("//a/f/"));
+}
+
 TEST(WithListedAddresses, SaysWhichListCannotBeRead) {
   Arguments arguments;
   arguments.Set("from", {"/no/such/list"});
   const auto all = WithListedAddresses(CommandOf("get"), arguments);
   ASSERT_FALSE(all);
   EXPECT_EQ(all.failure().code, ExitCode::LocalFile);
-  EXPECT_EQ(all.failure().Text(), "cannot read the addresses in /no/such/list: No such file or directory");
+  EXPECT_EQ(all.failure().Text(), "cannot read the list in /no/such/list: No such file or directory");
 }
 
 TEST(WithListedAddresses, TakesTheFormOfAListWithAListAlone) {

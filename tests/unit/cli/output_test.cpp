@@ -199,4 +199,40 @@ TEST_F(OutputTest, TellsWhenResultsCouldNotBeWritten) {
   EXPECT_FALSE(output_.Flush());
 }
 
+TEST_F(OutputTest, SortsAListingByAColumnThatItsJsonAloneHas) {
+  output_.Configure("find", false, false);
+  output_.BeginListing({}, "number");
+  output_.Row({{"path", std::string("//a/x")}}, {{"number", std::string("10")}});
+  output_.Row({{"path", std::string("//a/y")}}, {{"number", std::string("9")}});
+  output_.EndListing();
+  EXPECT_EQ(out_.str(), "//a/y\n//a/x\n");
+}
+
+TEST_F(OutputTest, SortsTheObjectsOfAListingToo) {
+  output_.Configure("servers", true, false);
+  output_.BeginListing({true, true}, "nickname");
+  output_.Row({{"nickname", std::string("b")}});
+  output_.Row({{"nickname", std::string("a")}});
+  output_.EndListing();
+  EXPECT_EQ(out_.str(),
+            "{\"schema\":2,\"command\":\"servers\",\"nickname\":\"a\"}\n"
+            "{\"schema\":2,\"command\":\"servers\",\"nickname\":\"b\"}\n");
+}
+
+TEST_F(OutputTest, ShowsTheRowsOfItsTasksInOneTable) {
+  output_.Configure("status", false, false);
+  output_.BeginListing({true, false}, "");
+  for (const char* address : {"//a/x", "//a/longer"}) {
+    std::ostringstream out;
+    std::ostringstream err;
+    Output task(out, err, output_);
+    task.Row({{"status", std::string("failed")}, {"address", std::string(address)}});
+    EXPECT_TRUE(output_.Pass(out.str(), err.str(), task.TakeRows()));
+  }
+  EXPECT_EQ(out_.str(), "");
+  // A failure is read after the row that it is about.
+  output_.Warning("something");
+  EXPECT_EQ(out_.str(), "STATUS  ADDRESS\nfailed  //a/x\nfailed  //a/longer\n");
+}
+
 }  // namespace vtdirect_cli

@@ -64,4 +64,20 @@ TEST(Retrying, IsToldHowOftenByANumber) {
   for (const char* text : {"", "21", "-1", "3x", " 3"}) EXPECT_FALSE(Read(text)) << text;
 }
 
+TEST(Retrying, GivesABusyServerThePauseThatItAsksFor) {
+  using std::chrono::seconds;
+  const Failure busy = FailureOf(FailureKind::Refused, 503);
+  EXPECT_EQ(PauseFor(busy, 0, std::nullopt), milliseconds(100));
+  EXPECT_EQ(PauseFor(busy, 0, seconds(7)), milliseconds(7'000));
+  EXPECT_EQ(PauseFor(FailureOf(FailureKind::Refused, 429), 0, seconds(60)), milliseconds(60'000));
+  // A pause that is shorter than the usual one does not make the questions more.
+  EXPECT_EQ(PauseFor(busy, 5, seconds(1)), milliseconds(3'200));
+  // What broke off was not asked to wait.
+  EXPECT_EQ(PauseFor(FailureOf(FailureKind::AnswerBroken, 200), 0, seconds(7)), milliseconds(100));
+}
+
+TEST(Retrying, EndsWhenAServerAsksForMoreThanAMinute) {
+  EXPECT_FALSE(PauseFor(FailureOf(FailureKind::Refused, 503), 0, std::chrono::seconds(61)));
+}
+
 }  // namespace vtdirect_cli

@@ -147,6 +147,23 @@ TEST(XliffCheck, TakesEveryEncodingThatTheMachineKnows) {
   EXPECT_EQ(Check(Encoded("ISO-2022-JP", "\x1B$B%U%)!<%/\x1B(B")), "");
 }
 
+TEST(XliffCheck, TakesTheFormsOfUnicodeByEveryNameThatTheMachineKnows) {
+  for (const char* name : {"UTF-16", "utf-16", "Unicode", "UCS-2"}) {
+    EXPECT_EQ(Check(Utf16(Encoded(name, "x"))), "") << name;
+  }
+  EXPECT_EQ(Check("\xEF\xBB\xBF" + Encoded("utf8", "\xC3\xBC")), "");
+  EXPECT_EQ(Check(Encoded("utf8", "\xC3\xBC")), "");
+  std::string wide("\xFF\xFE\0\0", 4);
+  for (const char c : Encoded("UTF-32", "x")) wide += c + std::string(3, '\0');
+  EXPECT_EQ(Check(wide), "");
+}
+
+TEST(XliffCheck, RefusesAFileThatIsMarkedAsAnotherThanItSays) {
+  EXPECT_NE(Check("\xEF\xBB\xBF" + Encoded("windows-1252", "x")), "");
+  EXPECT_NE(Check(Utf16(Encoded("windows-1252", "x"))), "");
+  EXPECT_NE(Check(Utf16(Encoded("no-such-encoding", "x"))), "");
+}
+
 TEST(XliffCheck, RefusesBytesThatAreNoneOfTheEncoding) {
   EXPECT_THAT(Check(Encoded("windows-1252", "a\x81z")), HasSubstr("3: "));
   EXPECT_THAT(Check(Encoded("Shift_JIS", "a\x83")), HasSubstr("3: ")) << "half of a character";

@@ -10,7 +10,7 @@
 
 #include "base/settings.h"
 #include "connection/json_parsing.h"
-#include "tests/support/resident_memory.h"
+#include "tests/support/measurement.h"
 
 namespace {
 
@@ -87,13 +87,12 @@ TEST_F(JsonBounds, OfADocumentAre64MiBWithoutASetting) {
 }
 
 TEST_F(JsonBounds, OfADocumentKeepMemoryBounded) {
-  const vtdirect_test::ResidentGrowth growth;
+  const vtdirect_test::Measurement measurement;
   EXPECT_FALSE(
       Parses(ArrayOf(R"({"id":"D1001","name":"fork.lxz","versions":["A.1","B.1"]},)", 300 * mebibyte)));
   EXPECT_FALSE(Parses(ArrayOf("0,", 300 * mebibyte)));
   // Sixteen times 64 MiB, and half as much while what there is of it moves.
-  RecordProperty("mebibytes", static_cast<int>(growth.Most() / mebibyte));
-  EXPECT_LT(growth.Most(), 1600 * mebibyte);
+  EXPECT_LT(measurement.Record(), 1600 * mebibyte);
 }
 
 /// A handler that takes everything and keeps nothing.
@@ -134,13 +133,12 @@ TEST_F(JsonBounds, OfATextAreASetting) {
 TEST_F(JsonBounds, OfATextAre16MiBWithoutASettingAndKeepMemoryBounded) {
   const std::string piece(1024, 'a');
   Nobody handler;
-  const vtdirect_test::ResidentGrowth growth;
+  const vtdirect_test::Measurement measurement;
   EXPECT_TRUE(ReadJson(LongText{"[\"", piece, 16 * 1024, "\"]"}.Pieces(), handler));
   EXPECT_EQ(handler.longest, 16 * mebibyte);
   EXPECT_FALSE(ReadJson(LongText{"[\"", piece, 1024 * 1024, "\"]"}.Pieces(), handler));
   EXPECT_FALSE(ReadJson(LongText{"{\"", piece, 1024 * 1024, "\":1}"}.Pieces(), handler));
-  RecordProperty("mebibytes", static_cast<int>(growth.Most() / mebibyte));
-  EXPECT_LT(growth.Most(), 64 * mebibyte);
+  EXPECT_LT(measurement.Record(), 64 * mebibyte);
 }
 
 TEST_F(JsonBounds, OfAListingThatIsHandedOnAreNone) {

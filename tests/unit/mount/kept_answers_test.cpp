@@ -50,6 +50,35 @@ TEST_F(KeptAnswersTest, AreAskedForAnewWhenOutdated) {
   EXPECT_EQ(*Ask(answers, Found(9)).value, 9);
 }
 
+TEST_F(KeptAnswersTest, TellAnErrorToThoseWhoMustKnowWhatIsTrueNow) {
+  KeptAnswers<int> answers(1h);
+  static_cast<void>(Ask(answers, Found(7)));
+  EXPECT_EQ(answers.AskNow("key", [] { return Answer<int>{EIO}; }).value, nullptr);
+  EXPECT_EQ(answers.AskNow("key", [] { return Answer<int>{EIO}; }).error, EIO);
+  EXPECT_EQ(*answers.Peek("key").value, 7) << "it helps out those who only look";
+  EXPECT_EQ(*answers.AskNow("key", [] { return Found(8); }).value, 8);
+  EXPECT_EQ(*answers.Peek("key").value, 8);
+}
+
+// What another one has asked may have been answered before.
+TEST_F(KeptAnswersTest, DoNotTellWhatWasAskedBeforeToThoseWhoMustKnowWhatIsTrueNow) {
+  KeptAnswers<int> answers(1h);
+  std::promise<void> begun;
+  std::promise<void> go;
+  std::thread earlier([&] {
+    static_cast<void>(answers.Get("key", [&] {
+      begun.set_value();
+      go.get_future().wait();
+      return Found(1);
+    }));
+  });
+  begun.get_future().wait();
+  auto now = std::async(std::launch::async, [&] { return answers.AskNow("key", [] { return Found(2); }); });
+  go.set_value();
+  EXPECT_EQ(*now.get().value, 2);
+  earlier.join();
+}
+
 TEST_F(KeptAnswersTest, HelpOutWhileTheServerIsAway) {
   KeptAnswers<int> answers(1h);
   static_cast<void>(Ask(answers, Found(7)));

@@ -2,10 +2,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 
 #include "hosts/cli/storing/unstored_files.h"
 #include "hosts/mount/writing/command_runner.h"
+#include "hosts/mount/writing/document_checkouts.h"
 #include "hosts/mount/writing/overlay.h"
 #include "hosts/mount/writing/scratch_names.h"
 #include "tests/support/temporary_directory.h"
@@ -19,14 +22,29 @@ using namespace std::chrono_literals;
 
 TEST(ScratchNames, KnowTheFilesOfEditors) {
   const ScratchNames names;
-  for (const char* name :
-       {"fork.lxz~", ".fork.lxz.swp", ".fork.lxz.swo", ".fork.lxz.swpx", ".fork.lxz.swx", "4913",
-        "#fork.lxz#", ".#fork.lxz", ".~lock.fork.odt#", "lu12ab.tmp", "sedAbc123", ".fork.lxz.Xy12Zz"}) {
+  for (const char* name : {"fork.lxz~", ".fork.lxz.swp", ".fork.lxz.swo", ".fork.lxz.swpx", ".fork.lxz.swx",
+                           "#fork.lxz#", ".#fork.lxz", ".~lock.fork.odt#", "lu12ab.tmp"}) {
     EXPECT_TRUE(names.Has(name)) << name;
   }
   for (const char* name : {"fork.lxz", "4914", "sediment.lxz", "swp", "note.bak", ".hidden"}) {
     EXPECT_FALSE(names.Has(name)) << name;
   }
+}
+
+// Users give such names to documents, too.
+TEST(ScratchNames, BelieveSomeNamesOnlyOfTheirProgram) {
+  const ScratchNames names;
+  EXPECT_TRUE(names.HasNewOf("sedAbc123", "sed"));
+  EXPECT_TRUE(names.HasNewOf(".fork.lxz.Xy12Zz", "rsync"));
+  for (const char* program : {"vim", "nvim", "view", "vim.basic", "ex"}) {
+    EXPECT_TRUE(names.HasNewOf("4913", program)) << program;
+  }
+  for (const char* name : {"sedAbc123", "sediments", ".fork.lxz.Xy12Zz", ".project.config", "4913"}) {
+    EXPECT_FALSE(names.Has(name)) << name;
+    EXPECT_FALSE(names.HasNewOf(name, "cp")) << name;
+  }
+  EXPECT_FALSE(names.HasNewOf("sedition.lxz", "sed"));
+  EXPECT_FALSE(names.HasNewOf("fork.lxz", "rsync"));
 }
 
 TEST(ScratchNames, TakeMorePatterns) {
@@ -137,6 +155,24 @@ TEST(UnstoredFiles, AreKeptWithAllThatIsKnown) {
   EXPECT_THAT(all[2].fault, testing::HasSubstr("can't be read"));
   files.Strike("1-0-5");
   EXPECT_EQ(files.All().size(), 2U);
+}
+
+// The listing of before says that the document is not there, and a colleague may have made it since.
+TEST(DocumentCheckouts, LetNothingBeStoredByWhatWasKnownBeforeTheServerWentAway) {
+  Mounted mounted;
+  mounted.uidOf = [](const std::string&, int& error) {
+    error = ENOENT;
+    return std::string();
+  };
+  mounted.uidNow = [](const std::string&, int& error) {
+    error = EIO;
+    return std::string();
+  };
+  mounted.outdate = [](const std::string&) {};
+  mounted.log = [](const std::string&) {};
+  const CommandRunner runner({"/bin/false"}, "/tmp");
+  DocumentCheckouts checkouts(mounted, runner, false);
+  EXPECT_EQ(checkouts.WhyNotNow("//plm/F/a.lxz"), std::strerror(EIO));
 }
 
 TEST(CommandRunner, GivesWhatAFailedCommandSaid) {

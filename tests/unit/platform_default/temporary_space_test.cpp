@@ -10,7 +10,7 @@
 
 #include "platform/http.h"
 #include "platform/http_settings.h"
-#include "tests/support/resident_memory.h"
+#include "tests/support/measurement.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/trace_recorder.h"
 
@@ -70,12 +70,11 @@ TEST_F(TemporarySpace, IsASetting) {
 
 TEST_F(TemporarySpace, IsTakenOnTheDiskAndNotInMemory) {
   Allow(64 * mebibyte);
-  const vtdirect_test::ResidentGrowth growth;
+  const vtdirect_test::Measurement measurement;
   FailoverFileSink sink(512 * 1024);
   EXPECT_EQ(Fill(sink, mebibyte, 256 * mebibyte), 64 * mebibyte);
   EXPECT_EQ(refusal_, ErrorCode::LocalFileFailure);
-  RecordProperty("mebibytes", static_cast<int>(growth.Most() / mebibyte));
-  EXPECT_LT(growth.Most(), 8 * mebibyte);
+  EXPECT_LT(measurement.Record(), 8 * mebibyte);
   std::filesystem::remove(sink.GetFilePath());
 }
 

@@ -96,6 +96,12 @@ TEST(Trace, SteersNobodysTerminal) {
   LXTracer("fenlet", "VtDirect")(TraceType::Error, "%s", "\x1B[2J\x07 a server's text\r\n\tgoes on\x7F");
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "3 fenlet/VtDirect: ?[2J? a server's text?\n\tgoes on?\n");
+  testing::internal::CaptureStderr();
+  LXTracer("fenlet", "VtDirect")(TraceType::Error, "%s",
+                                 "\xC2\x9B\x32J Gr\xC3\xB6\xC3\x9F\x65 \xE2\x80\xAEgpj.\xE2\x80\xAC "
+                                 "\xE2\x81\xA6\xE2\x81\xA9 \xE2\x80\x93 \xC2");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "3 fenlet/VtDirect: ?2J Gr\xC3\xB6\xC3\x9F\x65 ?gpj.? ?? \xE2\x80\x93 \xC2\n");
 }
 
 TEST(Trace, ReturnsToTheDefaultWithAnEmptyFunction) {

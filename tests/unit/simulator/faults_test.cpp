@@ -41,6 +41,8 @@ TEST(FaultGrammar, ReadsTheActionsThatChangeAnAnswer) {
   EXPECT_EQ(Parse("GET /a=delay:0")->action.kind, Kind::Delay);
   EXPECT_EQ(Parse("GET /a=corrupt*2")->action.kind, Kind::Corrupt);
   EXPECT_EQ(Parse("GET /a=expire-session")->action.kind, Kind::ExpireSession);
+  EXPECT_EQ(Parse("GET /a=busy:7")->action.kind, Kind::Busy);
+  EXPECT_EQ(Parse("GET /a=busy:7")->action.amount, 7U);
   const auto redirect = Parse("GET /a=redirect:https://other.example/?a=b*3");
   EXPECT_EQ(redirect->action.kind, Kind::Redirect);
   EXPECT_EQ(redirect->action.text, "https://other.example/?a=b");
@@ -93,6 +95,7 @@ TEST(FaultGrammar, RefusesWhatItDoesNotKnow) {
                            "GET /a=drop:3",
                            "GET /a=slow:0",
                            "GET /a=delay",
+                           "GET /a=busy",
                            "GET /a=corrupt:1",
                            "GET /a=redirect:",
                            "GET /a=redirect:x\r\ny",

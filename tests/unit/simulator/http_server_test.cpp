@@ -319,6 +319,15 @@ TEST_F(HttpServerTest, RedirectSendsElsewhere) {
   EXPECT_EQ(answer.headers.at("location"), "http://127.0.0.1:9/?a=b");
 }
 
+TEST_F(HttpServerTest, ABusyOneAsksForAPause) {
+  Fault("GET *OrvetGW=busy:7*1");
+  RawClient client(Serve());
+  const auto answer = client.Get("/servlet/OrvetGW");
+  EXPECT_EQ(answer.status, 503);
+  EXPECT_EQ(answer.headers.at("retry-after"), "7");
+  EXPECT_EQ(client.Get("/servlet/OrvetGW").status, 200);
+}
+
 TEST_F(HttpServerTest, SlowBodyTakesItsTimeAndArrivesWhole) {
   Fault("GET *streams/10090*=slow:20000");
   RawClient client(Serve());

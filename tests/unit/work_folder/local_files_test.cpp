@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <set>
 
 #include "hosts/cli/files/sha256.h"
 #include "tests/support/temporary_directory.h"
@@ -67,6 +68,40 @@ TEST_F(LocalFiles, AreTheSameModifiedOrMissing) {
   EXPECT_EQ(State(file), LocalState::Modified);
 }
 
+// A change within the tick of a clock has the time of the one before.
+TEST_F(LocalFiles, AreReadAgainAsLongAsTheirTimeMayBeThatOfALaterChange) {
+  FolderFile file = Keep("f", "abc");
+  const std::int64_t ahead = TimeNow() + 3600 * nanosecondsPerSecond;
+  SetTime("f", ahead);
+  EXPECT_EQ(State(file), LocalState::Same);
+  file = store_->Files()->at("f");
+  WriteFile(directory_.File("f"), "abd");
+  SetTime("f", ahead);
+  EXPECT_EQ(State(file), LocalState::Modified);
+}
+
+TEST_F(LocalFiles, KeepATimeThatNoLaterChangeCanHave) {
+  constexpr std::int64_t now = 1'000 * nanosecondsPerSecond;
+  EXPECT_EQ(TimeToKeep(now - 3 * nanosecondsPerSecond, now), now - 3 * nanosecondsPerSecond);
+  EXPECT_EQ(TimeToKeep(now - nanosecondsPerSecond, now), unsureTime);
+  EXPECT_EQ(TimeToKeep(now, now), unsureTime);
+  EXPECT_EQ(TimeToKeep(now + 5 * nanosecondsPerSecond, now), unsureTime);
+}
+
+// The kernel's clock of files stands still for some milliseconds.
+TEST_F(LocalFiles, AreStampedBetweenTwoTicks) {
+  std::set<std::int64_t> times;
+  for (int number = 0; number < 50; ++number) {
+    const std::string name = directory_.File("stamped" + std::to_string(number));
+    WriteFile(name, "abc");
+    const std::int64_t time = StampFile(name);
+    EXPECT_EQ(time, FactsOf(name).time);
+    times.insert(time);
+  }
+  EXPECT_EQ(times.size(), 50U);
+  EXPECT_EQ(StampFile(directory_.File("not there")), unsureTime);
+}
+
 // What this program does not read, it can't tell: the bytes are read where size or time differ, and there alone.
 TEST_F(LocalFiles, AreReadOnlyWhenSizeOrTimeDiffer) {
   const FolderFile file = Keep("f", "abc");
@@ -77,9 +112,10 @@ TEST_F(LocalFiles, AreReadOnlyWhenSizeOrTimeDiffer) {
 
 TEST_F(LocalFiles, KeepTheTimeOfACopyOfTheSameBytes) {
   const FolderFile file = Keep("f", "abc");
-  SetTime("f", file.time + 5);
+  const std::int64_t older = file.time - 3600 * nanosecondsPerSecond;
+  SetTime("f", older);
   EXPECT_EQ(State(file), LocalState::Same);
-  EXPECT_EQ(store_->Files()->at("f").time, file.time + 5);
+  EXPECT_EQ(store_->Files()->at("f").time, older);
 }
 
 TEST_F(LocalFiles, AreListedWithoutTheRecordsAndOtherWorkFolders) {

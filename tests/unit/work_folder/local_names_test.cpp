@@ -29,6 +29,13 @@ TEST(LocalNames, AreThoseOfAPathMadeFitForADisk) {
   EXPECT_THAT(entries.nameless, IsEmpty());
 }
 
+TEST(LocalNames, TellOfAFolderWhoseNameAnotherOneTakes) {
+  const auto entries = NameEntries({}, {"..", "%2e.", "a", "a"});
+  EXPECT_EQ(entries.folders.at("%2e."), "..");
+  EXPECT_EQ(entries.folders.size(), 2U);
+  EXPECT_THAT(entries.nameless, ElementsAre("%2e."));
+}
+
 TEST(LocalNames, CountRowsOfOneDocumentOnce) {
   const auto entries =
       NameEntries({{"a", "7", {"A.1"}, {"D1"}}, {"a", "7", {"A.2", "A.1"}, {"D2", "D1"}}}, {});

@@ -136,6 +136,51 @@ TEST_F(DirectoryQueries, AnOpenDirectoryOutlivesTheServerList) {
   EXPECT_EQ(entries.size(), 2U);
 }
 
+// What a walk delivers, and the last folder of it, which the next step is made into.
+struct Walk {
+  Entries entries;
+  WalkedDir folder;
+};
+
+void CollectWalked(DirEntryExt& entry, const WalkedDir& folder, void* user) {
+  auto* walk = static_cast<Walk*>(user);
+  CollectEntry(entry, &walk->entries);
+  EXPECT_EQ(folder != nullptr, entry.isFolder);
+  if (folder != nullptr) walk->folder = folder;
+}
+
+TEST_F(DirectoryQueries, AWalkGoesOnByWhatItsListingsTell) {
+  constexpr auto everything = ReadDirFiles | ReadDirFolders | ReadDirDetails | ReadDirVersions;
+  ScriptVersion5Folder();
+  Walk walk{{}, OpenWalk("//plm/Products/Gadget/Folders/")};
+  ASSERT_NE(walk.folder, nullptr);
+  UpdateServerList({});
+  transport.Then(200, R"({"value":[{"ID":"F2","Name":"Sub","Folders":[]}]})")
+      .Then(200, R"({"value":[{"CADName":"a|b","ID":"D2","Name":"Gear","Number":"0042",
+                     "Versions":[{"Version":"A.1","ID":"D1"},{"Version":"A.2","ID":"D2"}]}]})");
+  // The walk lets the directory go while it is listed.
+  EXPECT_TRUE(ReadWalkedDir(walk.folder, CollectWalked, &walk, everything));
+  EXPECT_THAT(walk.entries, ElementsAre("Sub/", "a%7cb (0042,Gear) A.2:D2 A.1:D1"));
+  transport.Then(200, R"({"value":[{"CADName":"c","ID":"D3"}]})");
+  EXPECT_TRUE(ReadWalkedDir(walk.folder, CollectWalked, &walk, ReadDirFiles | ReadDirFolders));
+  EXPECT_EQ(walk.entries.back(), "c");
+  EXPECT_EQ(transport.requests().size(), 7U);
+}
+
+TEST_F(DirectoryQueries, AWalkThatFailsIsNotTraced) {
+  Walk walk;
+  EXPECT_FALSE(ReadWalkedDir(nullptr, CollectWalked, &walk, Bits(3)));
+  EXPECT_EQ(OpenWalk("//nowhere/"), nullptr);
+  EXPECT_EQ(OpenWalk(nullptr), nullptr);
+  EXPECT_EQ(OpenWalk("//plm/Nowhere/"), nullptr);
+  ScriptVersion5Folder();
+  const WalkedDir begun = OpenWalk("//plm/Products/Gadget/Folders/");
+  transport.Then(503);
+  EXPECT_FALSE(ReadWalkedDir(begun, CollectWalked, &walk, Bits(3)));
+  EXPECT_THAT(walk.entries, IsEmpty());
+  for (const TraceLine& line : Traces()) EXPECT_LE(line.type, 1);
+}
+
 TEST_F(DirectoryQueries, AFailedReadingOfAnOpenDirectoryIsNotTraced) {
   ScriptVersion5Folder();
   const DirHandle handle = OpenDir("//plm/Products/Gadget/Folders/");

@@ -198,6 +198,35 @@ CountedCall Opens(const char* address) {
   return {[address] { return OpenDir(address) != nullptr; }};
 }
 
+void CountWalked(DirEntryExt& entry, const WalkedDir& /*folder*/, void* user) {
+  CountEntry(entry, user);
+}
+
+WalkedDir& Walked() {
+  static WalkedDir directory;
+  return directory;
+}
+
+// The directory from which a walk begins.
+CountedCall WalkFrom(const char* address) {
+  const auto read = [] {
+    int entries = 0;
+    return ReadWalkedDir(Walked(), CountWalked, &entries, everything);
+  };
+  return {read, [address] { Walked() = OpenWalk(address); }};
+}
+
+void KeepFolder(DirEntryExt& /*entry*/, const WalkedDir& walked, void* /*user*/) {
+  if (walked != nullptr) Walked() = walked;
+}
+
+// A folder that a walk has come to.
+CountedCall WalkInto(const char* address) {
+  CountedCall call = WalkFrom(address);
+  call.prepare = [address] { (void)ReadWalkedDir(OpenWalk(address), KeepFolder, nullptr, everything); };
+  return call;
+}
+
 CountedCall BrowsingCadDocuments() {
   return {[] { return ListExt(folder); }, [] { SetAppConfig(ConfigBrowseCadDocuments, "true"); }};
 }
@@ -258,6 +287,9 @@ std::map<std::pair<std::string, std::string>, CountedCall> DirectoryCalls() {
       {{"ReadDir", "handle of a workspace"}, HandleOf(workspace)},
       {{"ReadDirExt", "path of a folder, all flags"}, {[] { return ListExt(folder); }}},
       {{"ReadDirExt", "path of a folder, all flags, CAD documents too"}, BrowsingCadDocuments()},
+      {{"OpenWalk", "path of a folder"}, {[] { return OpenWalk(folder) != nullptr; }}},
+      {{"ReadWalkedDir", "folder that a walk begins at"}, WalkFrom(folder)},
+      {{"ReadWalkedDir", "folder that a walk comes to"}, WalkInto(folder)},
       {{"OpenDir", "Products/"}, Opens("//plm/Products/")},
       {{"OpenDir", "path of a folder"}, Opens(folder)},
       {{"OpenDir", "path of a workspace"}, Opens(workspace)},

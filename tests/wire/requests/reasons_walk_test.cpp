@@ -99,6 +99,7 @@ const std::vector<StepOfLine>& StepsOfLines() {
       {"$filter=CADName%20eq", {"search by name"}},
       {"/FolderContents/", {"list the folder", "search by name"}},
       {"/Folders?$select=Name", {"list the folder"}},
+      {"/Folders?$select=ID,Name&", {"list the folder"}},
       {"ID,Name)&$select=ID", {"find the folder"}},
       {"/Containers?$expand=Folders", {"find the context", "find the folder"}},
       {"?$select=ID&$filter=", {"find the context"}},
@@ -118,7 +119,8 @@ std::vector<std::string> StepsOf(const std::string& line) {
 // Answers that are no JSON, or whose body nobody reads.
 bool IsJsonRead(const std::string& call, const std::string& line) {
   // Opening keeps the listing as it came, for whoever reads the handle.
-  const bool opens = call.starts_with("OpenDir") || call.starts_with("FileOrFolderExists");
+  const bool opens =
+      call.starts_with("OpenDir") || call.starts_with("OpenWalk") || call.starts_with("FileOrFolderExists");
   if (opens && line.find("/snx_gw/") != std::string::npos) return false;
   for (const char* other : {"/OrvetGW", "$metadata", "GET /content/", "/delete"}) {
     if (line.find(other) != std::string::npos) return false;

@@ -79,7 +79,7 @@ const std::vector<Route>& RestRoutes() {
        R"({"items":[{"id":"OR:vn.product.Product:101",)"
        R"("attributes":{"name":"Bike","type":"Product","organizationReference.name":"Acme"}}]})"},
       {"GET /vt/servlet/rest/snx_gw/organizations/Acme/", "?path=Frames",
-       R"({"folderContent":["x/fork.lxz"]})"},
+       R"({"folderContent":["x/folders?path=Old","x/fork.lxz"]})"},
       {"GET /vt/servlet/rest/objects?", "'fork.lxz'", R"([{"id":"D1","attributes":{"number":"42"}}])"},
       {"GET /vt/servlet/rest/objects?", "CADName eq", "[]"},
       {"GET /vt/servlet/rest/v1/dkm/documents/search?", "number=42", List({newest})},
@@ -122,6 +122,8 @@ const std::vector<Route>& ODataRoutes() {
       {"GET /vt/servlet/odata/v1/DataAdmin/Containers('", "/Folders?$expand=Folders",
        Rows({R"({"ID":"F0","Name":"Default","Folders":[{"ID":"F1","Name":"Frames"}]})"})},
       {"GET /vt/servlet/odata/v1/DataAdmin/Containers('", "/Folders?$select=Name", Rows({})},
+      {"GET /vt/servlet/odata/v1/DataAdmin/Containers('", "/Folders?$select=ID,Name&$expand=Folders",
+       Rows({R"({"ID":"F2","Name":"Old","Folders":[]})"})},
       {"GET /vt/servlet/odata/v5/DataAdmin/Containers/", "ProductContainer?$select=ID",
        Rows({R"({"ID":"C1","Name":"Bike"})"})},
       {"GET /vt/servlet/odata/v4/DataAdmin/", "$filter=CADName%20eq%20%27fork.lxz%27",

@@ -229,6 +229,35 @@ TEST(DirectoryHandle, IsReadByManyThreadsAtOnce) {
   EXPECT_EQ(wrong, 0);
 }
 
+// What the listing above told of a folder is used once, and by one thread.
+TEST(WalkedDirectory, IsReadByManyThreadsAtOnce) {
+  ThreadedHost host(Generation::Schema5);
+  std::atomic<int> questions = 0;
+  host.transport.AnswerBy([&](const SentRequest& request) {
+    const bool isOfFolders = request.line.find("/Folders?$select=ID,Name&$expand=") != std::string::npos;
+    if (!isOfFolders) return host.AnswerOfServers(request);
+    ++questions;
+    return Answer{200, R"({"value":[{"ID":"F2","Name":"Sub","Folders":[{"ID":"F3","Name":"Deep"}]}]})"};
+  });
+  WalkedDir folder;
+  const auto keep = [](DirEntryExt& /*entry*/, const WalkedDir& walked, void* user) {
+    if (walked != nullptr) *static_cast<WalkedDir*>(user) = walked;
+  };
+  ASSERT_TRUE(ReadWalkedDir(OpenWalk(framesFolder), keep, &folder, ReadDirFolders));
+  ASSERT_NE(folder, nullptr);
+  std::atomic<int> wrong = 0;
+  const auto read = [&] {
+    int count = 0;
+    const auto callback = [](DirEntryExt& /*entry*/, const WalkedDir& walked, void* user) {
+      if (walked != nullptr) ++*static_cast<int*>(user);
+    };
+    if (!ReadWalkedDir(folder, callback, &count, ReadDirFolders) || count != 1) ++wrong;
+  };
+  Together({read, read, read});
+  EXPECT_EQ(wrong, 0);
+  EXPECT_EQ(questions, 3);  // one for the folder above, and one for each but the first that came
+}
+
 // Of two threads that send before there is a connection each may make one, and one of them stays.
 TEST(Connection, ThatCouldNotBeMadeIsMadeByWhoeverSendsNext) {
   ThreadedHost host;

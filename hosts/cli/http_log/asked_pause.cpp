@@ -1,0 +1,96 @@
+#include "hosts/cli/http_log/asked_pause.h"
+
+#include <algorithm>
+#include <charconv>
+#include <ctime>
+#include <iomanip>
+#include <locale>
+#include <sstream>
+#include <string>
+
+namespace vtdirect_cli {
+namespace {
+
+using std::chrono::seconds;
+using std::chrono::system_clock;
+
+constexpr int kTooManyRequests = 429;
+constexpr int kUnavailable = 503;
+constexpr std::string_view kName = "retry-after:";
+// Nobody waits longer, and no clock overflows.
+constexpr seconds kLongest = std::chrono::hours(24 * 365);
+
+// An exchange is made on the thread that asks for it, and so is the pause of that thread.
+thread_local std::optional<seconds> theAskedPause;
+
+[[nodiscard]] bool HasName(std::string_view line) {
+  const auto isSame = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; };
+  return line.size() >= kName.size() &&
+         std::equal(kName.begin(), kName.end(), line.begin(),
+                    [&](char wanted, char found) { return isSame(found, wanted); });
+}
+
+[[nodiscard]] std::string_view Trimmed(std::string_view text) {
+  const std::size_t begin = text.find_first_not_of(" \t");
+  if (begin == std::string_view::npos) return {};
+  return text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
+}
+
+[[nodiscard]] std::optional<seconds> AsSeconds(std::string_view text) {
+  if (text.empty() || text.find_first_not_of("0123456789") != std::string_view::npos) return std::nullopt;
+  long count = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+  // What has too many digits for a number is long all the same.
+  if (error != std::errc() || count > kLongest.count()) return kLongest;
+  return seconds(count);
+}
+
+// "Sun, 06 Nov 1994 08:49:37 GMT", the one form that is sent today.
+[[nodiscard]] std::optional<seconds> UntilDate(std::string_view text, system_clock::time_point now) {
+  std::istringstream stream{std::string(text)};
+  stream.imbue(std::locale::classic());
+  std::tm date = {};
+  std::string zone;
+  stream >> std::get_time(&date, "%a, %d %b %Y %H:%M:%S") >> zone;
+  if (stream.fail() || zone != "GMT") return std::nullopt;
+  const auto end = system_clock::from_time_t(timegm(&date));
+  if (end <= now) return seconds(0);
+  return std::min(std::chrono::ceil<seconds>(end - now), kLongest);
+}
+
+}  // namespace
+
+std::optional<seconds> PauseAskedIn(std::string_view answerHead, system_clock::time_point now) {
+  while (!answerHead.empty()) {
+    const std::size_t end = answerHead.find('\n');
+    const std::string_view line = answerHead.substr(0, end);
+    answerHead.remove_prefix(end == std::string_view::npos ? answerHead.size() : end + 1);
+    if (!HasName(line)) continue;
+    const std::string_view value = Trimmed(line.substr(kName.size()));
+    if (const auto pause = AsSeconds(value)) return pause;
+    return UntilDate(value, now);
+  }
+  return std::nullopt;
+}
+
+void NoteAskedPause(const du::http::ObservedExchange& exchange) {
+  if (exchange.status != kUnavailable && exchange.status != kTooManyRequests) return;
+  if (exchange.turns.empty()) return;
+  theAskedPause = PauseAskedIn(exchange.turns.back().answerHead, system_clock::now());
+}
+
+std::optional<seconds> TakeAskedPause() {
+  const auto pause = theAskedPause;
+  theAskedPause = std::nullopt;
+  return pause;
+}
+
+AskedPauseWatch::AskedPauseWatch() {
+  du::http::SetExchangeObserver(NoteAskedPause, 0);
+}
+
+AskedPauseWatch::~AskedPauseWatch() {
+  du::http::SetExchangeObserver({}, 0);
+}
+
+}  // namespace vtdirect_cli

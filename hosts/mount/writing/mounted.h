@@ -1,0 +1,20 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace vtdirect_mount {
+
+/// What the mount does for those who deal with what programs write.
+struct Mounted {
+  /// The UID of the document at an address; empty with an error number. May make requests.
+  std::function<std::string(const std::string& address, int& error)> uidOf;
+  /// The same as the server tells it now: while it is away, that is an error, whatever was known before. For those
+  /// who change something by it.
+  std::function<std::string(const std::string& address, int& error)> uidNow;
+  /// Lets the server be asked anew for a document.
+  std::function<void(const std::string& address)> outdate;
+  std::function<void(const std::string& text)> log;
+};
+
+}  // namespace vtdirect_mount

@@ -1,0 +1,101 @@
+#include "hosts/mount/writing/renames.h"
+
+#include <vtdirect/vt_direct_manager.h>
+
+#include <cerrno>
+
+namespace vtdirect_mount {
+
+// Whether what is renamed to an address is for this machine alone. A document of the server is none of a program's
+// own files, whatever its name looks like.
+// @param error  why that can't be told; 0 when it can
+bool Renames::StaysHere(const std::string& address, int& error) const {
+  error = 0;
+  if (!parts_.scratch.Has(NameOf(address))) return false;
+  const auto there = parts_.overlay.Find(address);
+  if (there != nullptr) return there->isScratch();
+  if (!parts_.mounted.uidOf(address, error).empty()) return false;
+  if (error == ENOENT) error = 0;
+  return error == 0;
+}
+
+// What a document shows: the bytes that lie over it, or else those of its working copy.
+Writable Renames::CopyOf(const std::string& document) {
+  const auto local = parts_.overlay.Find(document);
+  if (local == nullptr) {
+    std::string uid;
+    const int error = parts_.checkouts.Require(document, uid);
+    return error == 0 ? parts_.files.MakeOf(parts_.checkouts.ReadBy(uid)) : Writable{error};
+  }
+  Writable copy = parts_.files.MakeEmpty();
+  if (copy.file != nullptr && !CopyBytes(*local, *copy.file)) return {EIO};
+  return copy;
+}
+
+// Where a program makes a backup of a document by renaming it, the backup is a copy on this machine, and the
+// name of the document is free for a new file. Bytes that wait to be stored go on waiting for their document:
+// what the program saves under its name takes their place, and without that they are there again.
+int Renames::SetAside(const std::string& document, const std::string& backup) {
+  const Writable copy = CopyOf(document);
+  if (copy.file == nullptr) return copy.error;
+  copy.file->SetScratch(true);
+  static_cast<void>(parts_.overlay.Lay(backup, copy.file));
+  if (const auto local = parts_.overlay.Find(document); local != nullptr && !local->isDirty()) {
+    parts_.overlay.Take(document, local);
+  }
+  parts_.overlay.PutAside(document, Overlay::Clock::now());
+  return 0;
+}
+
+int Renames::MoveOnto(const std::string& from, const std::string& to,
+                      const std::shared_ptr<LocalFile>& file) {
+  int error = 0;
+  const bool isScratch = StaysHere(to, error);
+  if (error != 0) return error;
+  if (!isScratch) {
+    if (file->failedWrite() != 0) return file->failedWrite();
+    std::string uid;
+    error = parts_.checkouts.Require(to, uid);
+    if (error != 0 && error != ENOENT) return error;
+    if (error == ENOENT && !VtDirectManager::IsPathWritable(to.c_str())) return EPERM;
+  }
+  file->SetScratch(isScratch);
+  parts_.waiting.LayOver(to, file);
+  parts_.overlay.Take(from, file);
+  if (isScratch) {
+    parts_.waiting.StrikeReplaced(*file);
+    parts_.waiting.Strike(*file);
+    return 0;
+  }
+  file->NoteChange(true);
+  return parts_.stores.Store(file);
+}
+
+// A document keeps its name, also one that has new bytes here. A file that the server has never had is free to go.
+int Renames::Rename(const std::string& from, const std::string& to) {
+  if (from == to) return 0;
+  const auto file = parts_.overlay.Find(from);
+  if (file != nullptr && file->isScratch()) return MoveOnto(from, to, file);
+  int error = 0;
+  if (StaysHere(to, error)) return SetAside(from, to);
+  if (error != 0) return error;
+  if (file == nullptr || !parts_.mounted.uidOf(from, error).empty()) return EPERM;
+  return error == ENOENT ? MoveOnto(from, to, file) : error;
+}
+
+int Renames::Remove(const std::string& address) {
+  const auto file = parts_.overlay.Find(address);
+  if (file == nullptr) return EPERM;
+  if (!file->isScratch()) {
+    int error = 0;
+    if (!parts_.mounted.uidOf(address, error).empty() || error != ENOENT) return EPERM;
+    parts_.waiting.Strike(*file);
+    parts_.waiting.Remove(address);
+  }
+  parts_.waiting.StrikeReplaced(*file);
+  file->Keep(false);
+  parts_.overlay.Take(address, file);
+  return 0;
+}
+
+}  // namespace vtdirect_mount

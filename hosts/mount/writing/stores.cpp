@@ -1,0 +1,59 @@
+#include "hosts/mount/writing/stores.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "hosts/cli/files/fetch_record.h"
+
+namespace vtdirect_mount {
+
+int Stores::NoteHalf(LocalFile& file) {
+  const int error = file.failedWrite();
+  parts_.mounted.log(file.address() + " is not stored: a write to it failed: " + std::strerror(error));
+  parts_.waiting.Note(file, false, std::string("a write failed: ") + std::strerror(error));
+  return error;
+}
+
+// @return why it is not stored; empty when it is
+std::string Stores::Put(const std::string& address, const LocalFile& file) {
+  std::string fault = parts_.checkouts.WhyNotNow(address);
+  if (fault.empty()) fault = parts_.runner.Run({"put", "--quiet", "--", file.path(), address});
+  return fault;
+}
+
+// @param changes  how often the file had been changed when the store began
+void Stores::NoteStored(const std::string& address, const std::shared_ptr<LocalFile>& file,
+                        std::uint64_t changes) {
+  file->NoteStored(changes);
+  parts_.mounted.outdate(address);
+  if (file->isDirty()) return;
+  parts_.waiting.StrikeReplaced(*file);
+  parts_.waiting.Strike(*file);
+  vtdirect_cli::FetchRecords().Forget(file->path());
+  // A program that still has it open may go on to write; then it goes when that closes it.
+  if (!file->isOpen()) parts_.overlay.Take(address, file);
+  parts_.waiting.Remove(address);
+}
+
+int Stores::Store(const std::shared_ptr<LocalFile>& file) {
+  if (!file->isDirty() || file->isScratch() || file->isReplaced()) return 0;
+  const std::string address = file->address();
+  const std::uint64_t changes = file->changes();
+  file->Keep(true);
+  if (file->failedWrite() == 0 && fsync(file->file().descriptor()) != 0) file->NoteFailedWrite(errno);
+  if (file->failedWrite() != 0) return NoteHalf(*file);
+  if (parts_.waiting.Note(*file, true, unconfirmedStore) == 0) parts_.waiting.StrikeReplaced(*file);
+  const std::string fault = Put(address, *file);
+  if (fault.empty()) {
+    NoteStored(address, file, changes);
+    return 0;
+  }
+  parts_.mounted.log(address + " is not stored, and waits: " + fault);
+  parts_.waiting.Note(*file, file->changes() == changes, fault);
+  parts_.waiting.Add(address);
+  return EIO;
+}
+
+}  // namespace vtdirect_mount

@@ -1,0 +1,153 @@
+#include "hosts/mount/writing/waiting_files.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <utility>
+
+#include "hosts/cli/files/durable_file.h"
+
+namespace vtdirect_mount {
+namespace {
+
+[[nodiscard]] std::string Now() {
+  const std::time_t now = std::time(nullptr);
+  std::tm parts = {};
+  char text[32] = "";
+  if (gmtime_r(&now, &parts) != nullptr) std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
+  return text;
+}
+
+// Names of files begin with the number of the process that made them. That tells whether a content without an
+// entry may be cleared away; a number may come again, so what waits to be stored is not judged by it.
+[[nodiscard]] bool IsOfALivingProcess(const std::string& name) {
+  pid_t process = 0;
+  const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), process);
+  return error == std::errc() && process > 0 && process != getpid() &&
+         (kill(process, 0) == 0 || errno == EPERM);
+}
+
+[[nodiscard]] std::vector<vtdirect_cli::UnstoredFile> NewestFirst(
+    std::vector<vtdirect_cli::UnstoredFile> files) {
+  std::stable_sort(files.begin(), files.end(),
+                   [](const auto& one, const auto& other) { return one.since > other.since; });
+  return files;
+}
+
+}  // namespace
+
+std::string WaitingFiles::Prepare(const std::string& below) {
+  const std::string& directory = unstored_.directory();
+  const int error = vtdirect_cli::MakeDirectories(directory);
+  if (error != 0) return "cannot make " + directory + ": " + std::strerror(error);
+  std::set<std::string> entries;
+  std::set<std::string> taken;
+  auto listing = unstored_.List();
+  for (const auto& unstored : NewestFirst(std::move(listing.files))) {
+    entries.insert(unstored.name);
+    if (unstored.isWhole && unstored.address.starts_with(below)) TakeUp(unstored, taken);
+  }
+  // A content whose entry was not seen may be what a user has written.
+  if (listing.isComplete) ClearAway(entries);
+  return "";
+}
+
+// Removes the contents that have no entry and nobody's claim: a mount on another machine may share the directory.
+void WaitingFiles::ClearAway(const std::set<std::string>& entries) const {
+  std::error_code error;
+  for (auto entry = std::filesystem::directory_iterator(unstored_.directory(), error);
+       !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+    const std::string name = entry->path().stem().string();
+    const bool isContent = entry->path().extension() == ".content";
+    if (!isContent || entries.contains(name) || IsOfALivingProcess(name)) continue;
+    const int descriptor = open(entry->path().c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+    if (descriptor < 0) continue;
+    LocalFile file(name, entry->path().string(), descriptor);
+    if (!file.Claim()) file.Keep(true);
+  }
+}
+
+// The newest of an address is stored, by this mount or by the one that has it. An older one must not be stored
+// after it, and is left on the disk for its user.
+// @param taken  the addresses of newer ones
+void WaitingFiles::TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<std::string>& taken) {
+  const std::string path = unstored_.ContentOf(unstored.name);
+  const int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+  if (descriptor < 0) return;
+  auto file = std::make_shared<LocalFile>(unstored.name, path, descriptor);
+  file->Keep(true);
+  const bool isNewest = taken.insert(unstored.address).second;
+  if (!file->Claim()) return;
+  if (!isNewest) {
+    static_cast<void>(unstored_.Write(
+        {unstored.name, unstored.address, unstored.since, false, "a newer file has its address"}));
+    return;
+  }
+  file->NoteChange(true);
+  file->NoteListed(true);
+  static_cast<void>(overlay_.Lay(unstored.address, std::move(file)));
+  Add(unstored.address);
+}
+
+int WaitingFiles::Note(LocalFile& file, bool isWhole, const std::string& fault) {
+  const std::string address = file.address();
+  const int error = unstored_.Write({file.name(), address, Now(), isWhole, fault});
+  if (error == 0) file.NoteListed(isWhole);
+  if (error != 0) mounted_.log("cannot note that " + address + " waits: " + std::strerror(error));
+  return error;
+}
+
+void WaitingFiles::Strike(LocalFile& file) {
+  unstored_.Strike(file.name());
+  file.Keep(false);
+}
+
+void WaitingFiles::LayOver(const std::string& address, const std::shared_ptr<LocalFile>& file) {
+  auto before = overlay_.Lay(address, file);
+  if (before == nullptr || before == file) return;
+  const std::lock_guard lock(mutex_);
+  auto older = replaced_.extract(before.get());
+  auto& replaced = replaced_[file.get()];
+  if (!older.empty()) replaced.insert(replaced.end(), older.mapped().begin(), older.mapped().end());
+  replaced.push_back(std::move(before));
+}
+
+void WaitingFiles::StrikeReplaced(const LocalFile& file) {
+  std::unique_lock lock(mutex_);
+  const auto replaced = replaced_.extract(&file);
+  lock.unlock();
+  if (replaced.empty()) return;
+  for (const auto& before : replaced.mapped()) {
+    before->NoteReplaced();
+    Strike(*before);
+  }
+}
+
+void WaitingFiles::Add(const std::string& address) {
+  const std::lock_guard lock(mutex_);
+  addresses_.insert(address);
+}
+
+void WaitingFiles::Remove(const std::string& address) {
+  const std::lock_guard lock(mutex_);
+  addresses_.erase(address);
+}
+
+bool WaitingFiles::Has(const std::string& address) const {
+  const std::lock_guard lock(mutex_);
+  return addresses_.contains(address);
+}
+
+std::set<std::string> WaitingFiles::Addresses() const {
+  const std::lock_guard lock(mutex_);
+  return addresses_;
+}
+
+}  // namespace vtdirect_mount
