@@ -115,14 +115,14 @@ bool IsMadeFor(const HeaderOrder& order, const OutgoingRequest& request, bool is
 
 std::unique_ptr<CurlHandle> CurlHandle::Make(std::shared_ptr<OriginSession> session) {
   InitialiseCurlOnce();
-  CURL* handle = curl_easy_init();
+  OwnedHandle handle(curl_easy_init());
   if (handle == nullptr) return nullptr;
-  return std::unique_ptr<CurlHandle>(new CurlHandle(std::move(session), handle));
+  return std::unique_ptr<CurlHandle>(new CurlHandle(std::move(session), std::move(handle)));
 }
 
-CurlHandle::CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle)
-    : session_(std::move(session)), handle_(handle) {
-  exchange_.Attach(handle);
+CurlHandle::CurlHandle(std::shared_ptr<OriginSession> session, OwnedHandle handle)
+    : session_(std::move(session)), handle_(std::move(handle)) {
+  exchange_.Attach(handle_.get());
   SetFixedOptions();
   SetTrust();
   SetIdentity();

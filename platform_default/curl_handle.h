@@ -95,11 +95,12 @@ class CurlHandle {
   struct HandleCloser {
     void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
   };
+  using OwnedHandle = std::unique_ptr<CURL, HandleCloser>;
   struct ListFreer {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
   };
 
-  CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle);
+  CurlHandle(std::shared_ptr<OriginSession> session, OwnedHandle handle);
   [[nodiscard]] du::http::ErrorCode Perform(const OutgoingRequest& request, du::http::FileSink& sink,
                                             const du::http::TransportSettings& settings, int* httpStatus);
   static CURLcode OnTlsContext(CURL* handle, void* context, void* self);
@@ -137,7 +138,7 @@ class CurlHandle {
   RequestAddress address_;
   std::unique_ptr<curl_slist, ListFreer> headerList_;
   HeaderOrder headerOrder_;  ///< what `headerList_` was made for
-  std::unique_ptr<CURL, HandleCloser> handle_;
+  OwnedHandle handle_;
 };
 
 }  // namespace vtdirect::platform

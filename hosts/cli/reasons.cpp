@@ -62,8 +62,11 @@ bool AnswerIsMissing(const VtDirectManager::Outcome& outcome) {
 }
 
 bool AnswerIsBroken(const VtDirectManager::Outcome& outcome) {
-  const auto cause = outcome.Cause();
-  return cause && !cause->aside && cause->kind == VtDirectManager::FailureKind::AnswerBroken;
+  const auto entries = outcome.Entries();
+  // Also one that was said aside: it left a default in the place of what the server has.
+  return std::any_of(entries.begin(), entries.end(), [](const VtDirectManager::Failure& entry) {
+    return entry.kind == VtDirectManager::FailureKind::AnswerBroken;
+  });
 }
 
 Failure WithReason(Failure failure) {

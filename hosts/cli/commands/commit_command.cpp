@@ -118,13 +118,16 @@ ExitCode RunCommit(Host& host, const Arguments& arguments) {
   if (!opened) return host.output().Fail(opened.failure());
   WorkFolder& folder = **opened;
   if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
-  const auto local = ReadLocalSide(folder);
+  auto local = ReadLocalSide(folder);
   if (!local) return host.output().Fail(local.failure());
   std::vector<FolderFile> files;
   if (arguments.Has("FILE")) {
-    const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
+    const auto named = FilesNamed(folder, local->kept, arguments.All("FILE"));
     if (!named) return host.output().Fail(named.failure());
     files = *named;
+    for (const FolderFile& file : files) {
+      local->states[file.path] = StateByBytes(folder.OnDisk(file.path), file);
+    }
   } else {
     for (const auto& [path, file] : local->kept) {
       if (local->states.at(path) == LocalState::Modified) files.push_back(file);
@@ -148,7 +151,7 @@ CommandRow CommitCommand() {
       "A document whose newest version is not the one that the file came from is a conflict: nothing of it "
       "is "
       "sent, and the others go on. It keeps its source links, attributes and a viewable that the server "
-      "carries over, as with put.\n\n"
+      "carries over, as with put. Metadata is of one iteration, and the new one has none.\n\n"
       "When one fails, what stands and what to do next is told, and the same command can be given again: it "
       "goes on with the checkout that was made. A file that the server does not know is not sent; put "
       "creates a document.",

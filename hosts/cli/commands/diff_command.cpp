@@ -1,6 +1,5 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
 #include "hosts/cli/work_folder/difference.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/work_files.h"
@@ -8,8 +7,8 @@
 namespace vtdirect_cli {
 namespace {
 
-[[nodiscard]] ExitCode DiffOne(Host& host, const WorkFolder& folder, const FolderFile& file,
-                               LocalState state) {
+[[nodiscard]] ExitCode DiffOne(Host& host, const WorkFolder& folder, const FolderFile& file) {
+  const LocalState state = StateByBytes(folder.OnDisk(file.path), file);
   const bool differs = state != LocalState::Same;
   host.output().JsonOnly({{"file", file.path}, {"version", file.version}, {"differs", differs}});
   if (!differs || host.output().json()) return ExitCode::Ok;
@@ -26,19 +25,9 @@ namespace {
 }
 
 ExitCode RunDiff(Host& host, const Arguments& arguments) {
-  const auto opened = WorkFolder::OpenHere();
-  if (!opened) return host.output().Fail(opened.failure());
-  WorkFolder& folder = **opened;
-  const auto local = ReadLocalSide(folder);
-  if (!local) return host.output().Fail(local.failure());
-  const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
-  if (!named) return host.output().Fail(named.failure());
-  ForgetReasons();
-  ExitCode worst = ExitCode::Ok;
-  for (const FolderFile& file : *named) {
-    worst = Worse(worst, DiffOne(host, folder, file, local->states.at(file.path)));
-  }
-  return worst;
+  return WorkOnNamedFiles(
+      host, arguments, Others::MayWork,
+      [&host](const WorkFolder& folder, const FolderFile& file) { return DiffOne(host, folder, file); });
 }
 
 }  // namespace

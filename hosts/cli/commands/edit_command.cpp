@@ -7,6 +7,7 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/editing/edit_steps.h"
 #include "hosts/cli/editing/foreground_program.h"
@@ -25,12 +26,18 @@ namespace {
 /// One call of the command.
 class Editing {
  public:
-  Editing(Host& host, std::string address, std::string document, KeptEdit kept)
-      : host_(host), address_(std::move(address)), document_(std::move(document)), kept_(std::move(kept)) {}
+  /// @param metadata  local file that is stored as the document's metadata; empty for none
+  Editing(Host& host, std::string address, std::string document, std::string metadata, KeptEdit kept)
+      : host_(host),
+        address_(std::move(address)),
+        document_(std::move(document)),
+        metadata_(std::move(metadata)),
+        kept_(std::move(kept)) {}
 
   [[nodiscard]] ExitCode Run(const std::string& editor) {
     goesOn_ = HasUnstored();
     auto failure = goesOn_ ? RefusalToGoOn() : std::nullopt;
+    if (!failure) WarnOfMetadata();
     if (!failure) failure = CheckOut();
     if (!failure) failure = Fetch();
     if (!failure) failure = Edit(editor);
@@ -58,6 +65,15 @@ class Editing {
         "conflict: what was edited was made from version " + known + ", and the server has version " + newest,
         "move the file away to edit the new version; " + StoreCommand() + " stores it all the same",
         std::nullopt, FailureClass::Conflict};
+  }
+
+  // Metadata is of one iteration, and there is no way to fetch it, so what the document has can't be stored again.
+  void WarnOfMetadata() {
+    if (!metadata_.empty() || !VtDirectManager::SupportsVCSMetadata(address_.c_str())) return;
+    host_.output().Warning(
+        "if " + address_ +
+        " has metadata, the version that this edit makes has none; --metadata FILE stores it");
+    ForgetReasons();
   }
 
   [[nodiscard]] bool IsCheckedOutHere() const { return CheckoutBook().Find(document_).has_value(); }
@@ -123,7 +139,7 @@ class Editing {
     action_ = "stored";
     const bool checkIn = MayEndCheckout();
     if (checkIn) KeepStage(EditStage::Storing);
-    const StepResult step = StoreEdited(host_, address_, kept_.file(), checkIn);
+    const StepResult step = StoreEdited(host_, address_, {kept_.file(), metadata_}, checkIn);
     uid_ = step.uid;
     checkedIn_ = !step.failure && checkIn;
     return step.failure;
@@ -200,6 +216,7 @@ class Editing {
   Host& host_;
   std::string address_;
   std::string document_;
+  std::string metadata_;
   KeptEdit kept_;
   std::string fetched_;  // SHA-256
   std::string uid_;      // to go on with
@@ -226,8 +243,19 @@ class Editing {
          path.substr(std::min(path.find('/', server + 2), path.size()));
 }
 
+[[nodiscard]] ExitCode TellEdit(Host& host, const std::string& address) {
+  const StepResult step = CheckoutBook().Find(VtDirectManager::GetUID(address.c_str()))
+                              ? StepResult()
+                              : TryToCheckOut(host, address);
+  if (step.failure) return host.output().Fail(*step.failure);
+  host.output().Row({{"would", std::string("would edit")}, {"address", address}},
+                    {{"address", address}, {"dry_run", true}});
+  return ExitCode::Ok;
+}
+
 ExitCode RunEdit(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
+  if (IsDryRun(arguments)) return TellEdit(host, address);
   const std::string editor = ChosenEditor();
   if (editor.empty()) {
     return host.output().Fail(
@@ -242,7 +270,7 @@ ExitCode RunEdit(Host& host, const Arguments& arguments) {
   const std::string name = SafeFileName(FileNameOf(document));
   auto kept = KeptEdit::Open(LastingName(address, *kind, document), name.empty() ? "content" : name);
   if (!kept) return host.output().Fail(kept.failure());
-  return Editing(host, address, document, std::move(*kept)).Run(editor);
+  return Editing(host, address, document, arguments.Text("metadata"), std::move(*kept)).Run(editor);
 }
 
 }  // namespace
@@ -257,7 +285,9 @@ CommandRow EditCommand() {
           "the checkout. Prints the UID to go on with.\n\n"
           "A document that vtdirect has checked out before (see checkouts) is edited in its working copy, "
           "and stays "
-          "checked out. Like put, an edit keeps the document's links, and its metadata goes.\n\n"
+          "checked out. Like put, an edit keeps the document's links. Metadata is of one iteration and can't "
+          "be fetched: without --metadata the new iteration has none, and a warning says so where the server "
+          "takes metadata at all.\n\n"
           "The file lies in $XDG_STATE_HOME/vtdirect/edits or ~/.local/state/vtdirect/edits until the server "
           "has what "
           "is in it. Whatever fails, also when the program is killed, it stays there, the failure says "
@@ -267,14 +297,17 @@ CommandRow EditCommand() {
           "An editor that returns at once, with a window of its own, has to be told to wait: VISUAL=\"code "
           "--wait\".",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-          {},
+          {{"metadata", 0, "FILE", false, Completion::Files, "Store this file as the document's metadata."},
+           DryRunOption()},
           true,
           RunEdit,
           {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-           {"uid", MemberType::Text, nullptr, "the UID to go on with"},
-           {"action", MemberType::Text, nullptr, "stored or unchanged"},
-           {"checked_in", MemberType::Flag, nullptr, "whether what was stored was checked in"},
-           {"checked_out", MemberType::Flag, nullptr, "whether the document is still checked out here"}}};
+           {"uid", MemberType::Text, "without --dry-run", "the UID to go on with"},
+           {"action", MemberType::Text, "without --dry-run", "stored or unchanged"},
+           {"checked_in", MemberType::Flag, "without --dry-run", "whether what was stored was checked in"},
+           {"checked_out", MemberType::Flag, "without --dry-run",
+            "whether the document is still checked out here"},
+           DryRunMember("true: it could be edited, and was not")}};
 }
 
 }  // namespace vtdirect_cli

@@ -11,7 +11,7 @@ namespace {
 
 ExitCode RunUid(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
-  const auto kind = RequirePlacedAddress(arguments, address);
+  const auto kind = RequirePlacedAddress(host, arguments, address);
   if (!kind) return host.output().Fail(kind.failure());
 
   const std::string uid = VtDirectManager::GetUID(address.c_str());

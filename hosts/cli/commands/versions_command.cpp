@@ -101,7 +101,7 @@ void Show(Host& host, const std::string& address, bool isOfMany, const History& 
 }
 
 [[nodiscard]] ExitCode TellVersions(Host& host, const Arguments& arguments, const std::string& address) {
-  const auto kind = RequirePlacedAddress(arguments, address);
+  const auto kind = RequirePlacedAddress(host, arguments, address);
   if (!kind) return host.output().Fail(kind.failure());
 
   ForgetReasons();

@@ -32,6 +32,12 @@ namespace {
 
 }  // namespace
 
+StepResult TryToCheckOut(Host& host, const std::string& address) {
+  Arguments arguments = AddressAlone(address);
+  arguments.Set("dry-run", {});
+  return Run(host, CheckoutCommand(), arguments);
+}
+
 StepResult CheckOutToEdit(Host& host, const std::string& address) {
   return Run(host, CheckoutCommand(), AddressAlone(address));
 }
@@ -42,9 +48,10 @@ StepResult FetchToEdit(Host& host, const std::string& address, const std::string
   return Run(host, GetCommand(), arguments);
 }
 
-StepResult StoreEdited(Host& host, const std::string& address, const std::string& file, bool checkIn) {
+StepResult StoreEdited(Host& host, const std::string& address, const EditedFiles& files, bool checkIn) {
   Arguments arguments = AddressAlone(address);
-  arguments.Set("FILE", {file});
+  arguments.Set("FILE", {files.content});
+  if (!files.metadata.empty()) arguments.Set("metadata", {files.metadata});
   if (checkIn) arguments.Set("checkin", {});
   return Run(host, PutCommand(), arguments);
 }

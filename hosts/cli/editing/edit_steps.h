@@ -16,6 +16,15 @@ struct StepResult {
   std::string uid;  ///< to go on with; empty when the step told none
 };
 
+/// The files of an edit.
+struct EditedFiles {
+  std::string content;
+  std::string metadata;  ///< empty for none
+};
+
+/// `checkout ADDRESS --dry-run`.
+[[nodiscard]] StepResult TryToCheckOut(Host& host, const std::string& address);
+
 /// `checkout ADDRESS`.
 [[nodiscard]] StepResult CheckOutToEdit(Host& host, const std::string& address);
 
@@ -23,7 +32,7 @@ struct StepResult {
 [[nodiscard]] StepResult FetchToEdit(Host& host, const std::string& address, const std::string& file);
 
 /// `put FILE ADDRESS`, with --checkin if asked for.
-[[nodiscard]] StepResult StoreEdited(Host& host, const std::string& address, const std::string& file,
+[[nodiscard]] StepResult StoreEdited(Host& host, const std::string& address, const EditedFiles& files,
                                      bool checkIn);
 
 /// `checkin ADDRESS`.

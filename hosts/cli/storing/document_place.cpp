@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "hosts/cli/address.h"
+#include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/escaped_name.h"
 #include "hosts/cli/listing.h"
 #include "hosts/cli/reasons.h"
@@ -67,10 +68,6 @@ std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const s
                  "give its own address if it is meant"};
 }
 
-bool IsElsewhere(const std::string& address, const std::string& uid) {
-  return PlaceOf(address, uid).presence == Presence::Gone;
-}
-
 OptionRow AnywhereOption() {
   return {"anywhere",
           0,
@@ -80,10 +77,14 @@ OptionRow AnywhereOption() {
           "Take the document of that name in whichever folder it is, as the server's search finds it."};
 }
 
-Result<AddressKind> RequirePlacedAddress(const Arguments& arguments, const std::string& address) {
+Result<AddressKind> RequirePlacedAddress(Host& host, const Arguments& arguments, const std::string& address) {
   const auto kind = RequireAddress(address);
   if (!kind || arguments.Has("anywhere") || IsById(address, *kind) || address.ends_with('/')) return kind;
-  auto refusal = RefusalOfAnotherPlace(address, VtDirectManager::GetUID(address.c_str()));
+  const VtDirectManager::Outcome outcome;
+  const std::string uid = VtDirectManager::GetUID(address.c_str());
+  // The next question may be answered, and lead to a document whose place nobody has looked at.
+  if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, address, true);
+  auto refusal = RefusalOfAnotherPlace(address, uid);
   if (!refusal) return kind;
   if (refusal->code == ExitCode::NotFound) refusal->advice += ", or --anywhere";
   return *refusal;

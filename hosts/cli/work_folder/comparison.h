@@ -43,6 +43,10 @@ struct LocalSide {
   std::vector<std::string> files;            ///< all that are there
 };
 
+/// What is kept of the files of a work folder, by their paths. Makes no request.
+/// @return a failure if it can't be read
+[[nodiscard]] Result<std::map<std::string, FolderFile>> ReadKept(WorkFolder& folder);
+
 /// Looks at the files of a work folder. Makes no request.
 /// @return a failure if what is kept can't be read
 [[nodiscard]] Result<LocalSide> ReadLocalSide(WorkFolder& folder);

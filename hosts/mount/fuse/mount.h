@@ -12,6 +12,7 @@
 #include <string>
 
 #include "hosts/mount/fuse/fuse_api.h"
+#include "hosts/mount/fuse/open_handles.h"
 #include "hosts/mount/fuse/pending_request.h"
 #include "hosts/mount/log.h"
 #include "hosts/mount/requests/content_fetches.h"
@@ -46,6 +47,7 @@ class Mount {
   [[nodiscard]] NodeTable& nodes() { return nodes_; }
   [[nodiscard]] ServerTree& tree() { return tree_; }
   [[nodiscard]] ContentFetches& fetches() { return fetches_; }
+  [[nodiscard]] OpenHandles& handles() { return handles_; }
   [[nodiscard]] Log& log() { return log_; }
   /// How long the kernel may keep what it is told of a name. Not long, since that comes on top of the time of
   /// refreshing; long enough for a program that asks for a name several times.
@@ -98,6 +100,7 @@ class Mount {
   std::atomic<bool> hasAnswered_{false};
   TaskPool questions_;
   std::unique_ptr<Writing> writing_;
+  OpenHandles handles_;
 };
 
 }  // namespace vtdirect_mount

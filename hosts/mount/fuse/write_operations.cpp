@@ -32,12 +32,11 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
   entry.attr_timeout = entry.entry_timeout = mount.seconds();
   mount.writing()->NoteOpened(made.file, true);
   fuse_file_info file = {};
-  auto* const handle =
-      new Handle(std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid)));
-  file.fh = reinterpret_cast<std::uint64_t>(handle);
+  file.fh =
+      mount.handles().Keep(std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid)));
   if (fuse_reply_create(request, &entry, &file) == 0) return;
   made.file->NoteClosed(true);
-  delete handle;
+  mount.handles().Drop(file.fh);
   mount.nodes().Forget(node->number, 1);
 }
 
@@ -108,7 +107,7 @@ void OnCreate(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t /*
 void OnWrite(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size_t size, off_t offset,
              fuse_file_info* file) {
   Mount& mount = MountOf(request);
-  const Handle& handle = HandleOf(file);
+  const Handle handle = HandleOf(file);
   const auto node = mount.nodes().Find(number);
   if (!handle->writes() || node == nullptr) {
     fuse_reply_err(request, node == nullptr ? ESTALE : EBADF);
@@ -151,7 +150,7 @@ void OnFlush(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* file) {
 // The bytes are safe on this machine then; they are stored when the file is closed. The kernel tells of bytes that it
 // could not write once, and not when the file is stored.
 void OnSync(fuse_req_t request, fuse_ino_t /*number*/, int /*dataOnly*/, fuse_file_info* file) {
-  const auto& local = HandleOf(file)->local();
+  const auto local = HandleOf(file)->local();
   const int error = local == nullptr || fsync(local->file().descriptor()) == 0 ? 0 : errno;
   if (error != 0) local->NoteFailedWrite(error);
   fuse_reply_err(request, error);

@@ -34,6 +34,15 @@ class LocalFile {
     const std::lock_guard lock(mutex_);
     address_ = address;
   }
+  /// What it was written for, as in an entry: it is stored there and nowhere else.
+  [[nodiscard]] std::string base() const {
+    const std::lock_guard lock(mutex_);
+    return base_;
+  }
+  void SetBase(const std::string& base) {
+    const std::lock_guard lock(mutex_);
+    base_ = base;
+  }
   [[nodiscard]] std::uint64_t size() const;
 
   /// How often it was changed; tells whether it was changed while it was stored.
@@ -92,6 +101,7 @@ class LocalFile {
   const OpenFile file_;
   mutable std::mutex mutex_;  // guards what follows
   std::string address_;
+  std::string base_;
 
   std::atomic<std::uint64_t> changes_{0};
   std::atomic<std::uint64_t> stored_{0};

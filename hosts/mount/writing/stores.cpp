@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <vector>
 
 #include "hosts/cli/files/fetch_record.h"
 
@@ -18,15 +19,19 @@ int Stores::NoteHalf(LocalFile& file) {
 
 // @return why it is not stored; empty when it is
 std::string Stores::Put(const std::string& address, const LocalFile& file) {
-  std::string fault = parts_.checkouts.WhyNotNow(address);
-  if (fault.empty()) fault = parts_.runner.Run({"put", "--quiet", "--", file.path(), address});
-  return fault;
+  std::string fault = parts_.checkouts.WhyNotNow(address, file.base());
+  if (!fault.empty()) return fault;
+  std::vector<std::string> command = {"put", "--quiet"};
+  PinServer(address, command);
+  command.insert(command.end(), {"--", file.path(), address});
+  return parts_.runner.Run(command);
 }
 
 // @param changes  how often the file had been changed when the store began
 void Stores::NoteStored(const std::string& address, const std::shared_ptr<LocalFile>& file,
                         std::uint64_t changes) {
   file->NoteStored(changes);
+  if (file->base() == vtdirect_cli::baseOfNewDocument) file->SetBase(vtdirect_cli::baseOfOwnDocument);
   parts_.mounted.outdate(address);
   if (file->isDirty()) return;
   parts_.waiting.StrikeReplaced(*file);

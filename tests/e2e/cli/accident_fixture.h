@@ -1,15 +1,13 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "tests/e2e/cli/accident.h"
 #include "tests/e2e/cli/checkout_fixture.h"
-#include "tests/e2e/cli/meddler.h"
 
 namespace vtdirect_test {
-
-/// What happens to one request of a command, or to the program while it waits for the answer.
-enum class Accident { KilledBefore, KilledAfter, Refused, Lost, Cut, Reset, Silent };
 
 /// Lets one request after the other of a command meet with an accident, each time from the same beginning: of
 /// the server, and of what the program has kept.
@@ -36,8 +34,6 @@ class AccidentTest : public CheckoutTest {
   ProcessResult recovered_;  ///< of `recover` after it
 
  private:
-  [[nodiscard]] bool RunWithAccident(const std::vector<std::string>& words, int at, Accident accident,
-                                     bool* isWrite);
   void RemoveWhatKilledProgramsLeave();
 };
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "tests/e2e/cli/accident_fixture.h"
+#include "tests/e2e/cli/server_document.h"
 
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -57,6 +58,45 @@ TEST_F(Edit, StoresWhatWasEditedAndChecksItIn) {
   EXPECT_THAT(result.err, HasSubstr("stored and checked in " + std::string(kForkPath)));
   EXPECT_TRUE(std::filesystem::is_empty(Home(".local/state/vtdirect/edits")));
   EXPECT_THAT(KeptContents(), IsEmpty());
+}
+
+TEST_F(Edit, SaysThatTheMetadataGoesAndStoresWhatItIsGiven) {
+  const auto metadataIn = [this](const ProcessResult& result) {
+    std::string files;
+    for (const SecondaryContent& content : DocumentOf(server(), IdIn(result.out)).secondary) {
+      if (content.category == "VCSINFO") files += content.fileName;
+    }
+    return files;
+  };
+  const ProcessResult plain = Run({"edit", kForkPath});
+  EXPECT_EQ(plain.status, 0) << plain.err;
+  EXPECT_THAT(plain.err,
+              HasSubstr("warning: if " + std::string(kForkPath) +
+                        " has metadata, the version that this edit makes has none; --metadata FILE"));
+  EXPECT_EQ(metadataIn(plain), "");
+  UseEditor("printf 'edited again\\n' > \"$1\"");
+  WriteFile(Here("metadata.json"), "{}");
+  const ProcessResult kept = Run({"edit", kForkPath, "--metadata", "metadata.json"});
+  EXPECT_EQ(kept.status, 0) << kept.err;
+  EXPECT_THAT(kept.err, Not(HasSubstr("warning")));
+  EXPECT_EQ(metadataIn(kept), "cad-metadata.json");
+}
+
+TEST_F(Edit, SaysNothingOfMetadataWhereTheServerTakesNone) {
+  Restart({"--fault", "GET *GetHVDFeatures()=status:200:{\"value\":[]}"});
+  const ProcessResult result = Run({"edit", kForkPath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.err, Not(HasSubstr("metadata")));
+}
+
+TEST_F(Edit, TellsWhetherItCouldAndChangesNothing) {
+  environment_.erase("VISUAL");
+  const ProcessResult result = Run({"edit", "--dry-run", kForkPath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, "would edit\t" + std::string(kForkPath) + "\n");
+  EXPECT_EQ(HolderOf("D1001"), "");
+  EXPECT_FALSE(std::filesystem::exists(Home(".local/state/vtdirect/edits")));
+  EXPECT_EQ(Run({"edit", "--dry-run", "//sim/?id=D4711"}).status, 6);
 }
 
 TEST_F(Edit, GivesTheEditorTheDocumentsBytesUnderTheDocumentsName) {

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "tests/e2e/cli/accident_fixture.h"
+#include "tests/e2e/cli/meddler.h"
 
 using testing::HasSubstr;
 using testing::Not;

@@ -47,6 +47,37 @@ class MountLosses : public MountWriting {
     EXPECT_EQ(Shell("umount '" + directory + "'").status, 0);
   }
 
+  [[nodiscard]] std::string ServerUrl() {
+    const std::string url = Run({"servers"}).out;
+    return url.substr(url.find('\t') + 1, url.find('\n') - url.find('\t') - 1);
+  }
+  // The entry of a file that waits for the checkout of the fork.
+  [[nodiscard]] std::string Entry(const std::string& since, const std::string& serverUrl) {
+    const std::string book = ReadFile(Home(".local/state/vtdirect/checkouts"));
+    const std::size_t start = book.find('\t') + 1;
+    return "vtdirect-unstored 1\n" + Path() + "\n" + since + "\nwhole\nrefused\n" + serverUrl + "\n" +
+           book.substr(start, book.find('\t', start) - start) + "\n";
+  }
+  // What waits for the fork: the path of its content, as recover tells it.
+  [[nodiscard]] std::string WaitingContent() const {
+    for (const std::string& name : Names(Unstored())) {
+      if (name.ends_with(".content")) return Unstored() + "/" + name;
+    }
+    return "";
+  }
+  // A store that fails because the checkout was undone, and waits.
+  void LeaveWaitingOfAnEarlierCheckout() {
+    MountAndCheckOut();
+    const int descriptor = open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    ASSERT_GE(descriptor, 0);
+    ASSERT_EQ(write(descriptor, "FENLET earlier\n", 15), 15);
+    ASSERT_EQ(Run({"undo", "-q", Path()}).status, 0);
+    EXPECT_EQ(close(descriptor), -1);
+  }
+  [[nodiscard]] bool RecoverSays(const std::string& text) {
+    return WaitUntil([&] { return Run({"recover"}).out.find(text) != std::string::npos; });
+  }
+
   std::vector<std::string> port_;
 };
 
@@ -115,6 +146,8 @@ TEST_F(MountLosses, AStoreWaitsForAConnectionNoLongerThanItsMount) {
       "10\0",
       21);
   EXPECT_THAT(command, HasSubstr(limit));
+  // The list of servers may have changed since the mount began, and is read by this process anew.
+  EXPECT_THAT(command, HasSubstr("--server" + std::string(1, '\0') + "sim=" + ServerUrl()));
   StopServer();
   static_cast<void>(writer->Wait());
 }
@@ -148,7 +181,7 @@ TEST_F(MountLosses, WhatWaitsIsStoredThoughAnotherProcessHasTheNumberOfItsMount)
   std::filesystem::create_directories(Unstored());
   const std::string name = Unstored() + "/" + std::to_string(getpid()) + "-0-1790000000";
   WriteFile(name + ".content", "FENLET edited\n");
-  WriteFile(name + ".entry", "vtdirect-unstored 1\n" + Path() + "\n2026-09-21T12:53:20Z\nwhole\nrefused\n");
+  WriteFile(name + ".entry", Entry("2026-09-21T12:53:20Z", ServerUrl()));
   Mount({"--write"});
   EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
   EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
@@ -223,6 +256,88 @@ TEST_F(MountLosses, WhatWaitsGoesOnWaitingWhenABackupIsMadeOfItByRenaming) {
   ClearAwayTemporaryFiles();
 }
 
+TEST_F(MountLosses, WhatWaitsForOneCheckoutDoesNotGoIntoTheNext) {
+  LeaveWaitingOfAnEarlierCheckout();
+  WriteFile(Here("newer"), "FENLET newer\n");
+  CheckOut();
+  ASSERT_EQ(Run({"put", "-q", "newer", Path()}).status, 0);
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  EXPECT_TRUE(RecoverSays("it was written for an earlier checkout of the document"));
+  EXPECT_EQ(OnServer(Path()), "FENLET newer\n");
+  // Who writes the file anew writes it for the checkout of now.
+  EXPECT_EQ(Shell("printf anew >'" + Fork() + "'").err, "");
+  EXPECT_EQ(OnServer(Path()), "anew");
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
+}
+
+TEST_F(MountLosses, WhatWaitsCanBeGivenUp) {
+  LeaveWaitingOfAnEarlierCheckout();
+  EXPECT_EQ(Text(Fork()), "FENLET earlier\n");
+  EXPECT_EQ(Run({"recover", "--discard", "/nowhere"}).status, 6);
+  const auto result = Run({"recover", "--discard", WaitingContent()});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("its mount drops it"));
+  EXPECT_EQ(Run({"recover"}).status, 0);
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
+}
+
+TEST_F(MountLosses, WhatWaitsWithoutAMountCanBeGivenUpAtOnce) {
+  LeaveWaitingOfAnEarlierCheckout();
+  ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
+  EXPECT_EQ(WaitForMount().status, 0);
+  EXPECT_EQ(Names(Unstored()).size(), 2U);
+  const auto tried = Run({"recover", "--discard", WaitingContent(), "--dry-run"});
+  EXPECT_EQ(tried.status, 0) << tried.err;
+  EXPECT_THAT(tried.out, HasSubstr("would be given up"));
+  EXPECT_EQ(Names(Unstored()).size(), 2U);
+  const auto result = Run({"recover", "--discard", WaitingContent()});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
+}
+
+TEST_F(MountLosses, WhatIsBeingWrittenIsNotGivenUp) {
+  MountAndCheckOut();
+  const int descriptor = open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(write(descriptor, "edited", 6), 6);
+  const auto result = Run({"recover", "--discard", WaitingContent()});
+  EXPECT_NE(result.status, 0);
+  EXPECT_THAT(result.err, HasSubstr("a program is writing to"));
+  EXPECT_EQ(close(descriptor), 0);
+  EXPECT_EQ(OnServer(Path()), "edited");
+}
+
+TEST_F(MountLosses, WhatWaitsForOneServerIsNotSentToAnotherOfItsNickname) {
+  Serve();
+  CheckOut();
+  std::filesystem::create_directories(Unstored());
+  WriteFile(Unstored() + "/9-0-1.content", "FENLET of another server\n");
+  WriteFile(Unstored() + "/9-0-1.entry", Entry("2026-09-21T12:00:00Z", "https://elsewhere.example/Vantry"));
+  Mount({"--write"});
+  EXPECT_TRUE(RecoverSays("it was written for https://elsewhere.example/Vantry"));
+  EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
+  EXPECT_EQ(Names(Unstored()).size(), 2U);
+  EXPECT_EQ(OnServer(Path()), server().Get(kForkContent));
+}
+
+// The kernel tells of the last close late, or never when the mount ends before.
+TEST_F(MountLosses, AMountThatEndsLeavesNothingOfWhatProgramsHaveOpen) {
+  Serve();
+  Mount({"--write"});
+  const std::string backup = Tree(std::string(kFrame) + "a~");
+  ASSERT_EQ(Shell("printf backup >'" + backup + "'").err, "");
+  const int file = open(backup.c_str(), O_RDONLY | O_CLOEXEC);
+  const int document = open(Fork().c_str(), O_RDONLY | O_CLOEXEC);
+  const int directory = open(Tree(kFrame).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  SignalMount(SIGTERM);
+  EXPECT_EQ(WaitForMount().status, 0);
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
+  for (const int descriptor : {file, document, directory}) EXPECT_EQ(close(descriptor), 0);
+}
+
 TEST_F(MountLosses, ANewFileThatWaitsCanBeGivenAnotherName) {
   Serve();
   port_ = AtItsPort();
@@ -246,8 +361,7 @@ TEST_F(MountLosses, TheNewestOfWhatWaitsForOneAddressIsStoredAndTheOthersAreLeft
   std::filesystem::create_directories(Unstored());
   const auto leave = [this](const std::string& name, const std::string& since, const std::string& bytes) {
     WriteFile(Unstored() + "/" + name + ".content", bytes);
-    WriteFile(Unstored() + "/" + name + ".entry",
-              "vtdirect-unstored 1\n" + Path() + "\n" + since + "\nwhole\nrefused\n");
+    WriteFile(Unstored() + "/" + name + ".entry", Entry(since, ServerUrl()));
   };
   leave("10-0-1", "2026-09-21T12:00:00Z", "newest");
   leave("9-0-1", "2026-09-21T11:00:00Z", "older");
