@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <string>
 #include <string_view>
 
 #include "connection/json_grammar.h"
@@ -43,13 +44,16 @@ class PlainJson {
   [[nodiscard]] bool EndsInContainer();
   [[nodiscard]] const char* Next(const char* at);
   [[nodiscard]] const char* Name(const char* at);
+  /// A value that is no container and no text.
   [[nodiscard]] const char* Scalar(const char* at);
   [[nodiscard]] const char* Text(const char* at);
   [[nodiscard]] const char* Container(const char* at);
   [[nodiscard]] const char* Close(const char* at);
   [[nodiscard]] const char* Number(const char* at);
-  [[nodiscard]] const char* Word(const char* at, std::string_view word) const;
+  template <std::size_t size>
+  [[nodiscard]] const char* Word(const char* at, const char (&word)[size]) const;
   [[nodiscard]] const char* EndOfName(const char* at);
+  [[nodiscard]] const char* EndOfOtherName(const char* at);
   [[nodiscard]] const char* EndOfText(const char* at) const;
   [[nodiscard]] static const char* SkipBlanks(const char* at);
   [[nodiscard]] static bool IsBlank(char byte);
@@ -91,7 +95,7 @@ const char* PlainJson<Handler>::Next(const char* at) {
     if (isObject) at = Name(at);
     if (at == nullptr) return nullptr;
     if (*at == '{' || *at == '[') return Container(at);
-    at = Scalar(at);
+    at = *at == '"' ? Text(at) : Scalar(at);
     if (at == nullptr) return nullptr;
     at = SkipBlanks(at);
     if (*at != ',') return at;
@@ -100,7 +104,7 @@ const char* PlainJson<Handler>::Next(const char* at) {
 }
 
 template <typename Handler>
-const char* PlainJson<Handler>::Name(const char* at) {
+inline const char* PlainJson<Handler>::Name(const char* at) {
   const char* const end = *at == '"' ? EndOfName(at) : nullptr;
   if (end == nullptr) return nullptr;
   at = SkipBlanks(end + 1);
@@ -110,25 +114,26 @@ const char* PlainJson<Handler>::Name(const char* at) {
 /// The quote after a name, which the handler has taken. A name that it waits for is compared, and not looked
 /// through for its end.
 template <typename Handler>
-const char* PlainJson<Handler>::EndOfName(const char* at) {
-  if constexpr (requires { handler_.LikelyName(); }) {
-    const std::string_view likely = handler_.LikelyName();
-    const std::string_view rest(at + 1, static_cast<std::size_t>(end_ - at - 1));
-    if (!likely.empty() && rest.starts_with(likely) && rest[likely.size()] == '"') {
-      handler_.TakeLikelyName();
-      return at + 1 + likely.size();
-    }
+inline const char* PlainJson<Handler>::EndOfName(const char* at) {
+  if constexpr (requires { handler_.TakeLikelyName({}); }) {
+    // No name ends where the text does.
+    const std::size_t length = handler_.TakeLikelyName({at + 1, static_cast<std::size_t>(end_ - at - 1)});
+    if (length > 0) return at + 1 + length;
   }
+  return EndOfOtherName(at);
+}
+
+// Kept apart, so that the usual way needs few registers.
+template <typename Handler>
+[[gnu::noinline]] const char* PlainJson<Handler>::EndOfOtherName(const char* at) {
   const char* const end = EndOfText(at);
   if (end == nullptr) return nullptr;
   return handler_.Key(at + 1, static_cast<rapidjson::SizeType>(end - at - 1), true) ? end : nullptr;
 }
 
 template <typename Handler>
-const char* PlainJson<Handler>::Scalar(const char* at) {
+inline const char* PlainJson<Handler>::Scalar(const char* at) {
   switch (*at) {
-    case '"':
-      return Text(at);
     case 't':
       return handler_.Bool(true) ? Word(at, "true") : nullptr;
     case 'f':
@@ -141,7 +146,7 @@ const char* PlainJson<Handler>::Scalar(const char* at) {
 }
 
 template <typename Handler>
-const char* PlainJson<Handler>::Text(const char* at) {
+inline const char* PlainJson<Handler>::Text(const char* at) {
   const char* const end = EndOfText(at);
   if (end == nullptr) return nullptr;
   const bool goesOn = handler_.String(at + 1, static_cast<rapidjson::SizeType>(end - at - 1), true);
@@ -149,7 +154,7 @@ const char* PlainJson<Handler>::Text(const char* at) {
 }
 
 template <typename Handler>
-const char* PlainJson<Handler>::Container(const char* at) {
+inline const char* PlainJson<Handler>::Container(const char* at) {
   if ((*at != '{' && *at != '[') || depth_ == levels_.size()) return nullptr;
   const bool isObject = *at == '{';
   levels_[depth_++] = {isObject ? '}' : ']'};
@@ -157,7 +162,7 @@ const char* PlainJson<Handler>::Container(const char* at) {
 }
 
 template <typename Handler>
-const char* PlainJson<Handler>::Close(const char* at) {
+inline const char* PlainJson<Handler>::Close(const char* at) {
   const Level level = levels_[--depth_];
   const bool goesOn =
       level.closing == '}' ? handler_.EndObject(level.values) : handler_.EndArray(level.values);
@@ -190,13 +195,16 @@ const char* PlainJson<Handler>::Number(const char* at) {
 }
 
 template <typename Handler>
-const char* PlainJson<Handler>::Word(const char* at, std::string_view word) const {
-  const std::string_view rest(at, static_cast<std::size_t>(end_ - at));
-  return rest.starts_with(word) ? at + word.size() : nullptr;
+template <std::size_t size>
+const char* PlainJson<Handler>::Word(const char* at, const char (&word)[size]) const {
+  constexpr std::size_t length = size - 1;  // known to the compiler, which then compares without a call
+  const bool isWord =
+      static_cast<std::size_t>(end_ - at) >= length && std::char_traits<char>::compare(at, word, length) == 0;
+  return isWord ? at + length : nullptr;
 }
 
 template <typename Handler>
-bool PlainJson<Handler>::IsBlank(char byte) {
+inline bool PlainJson<Handler>::IsBlank(char byte) {
   // Few bytes of a text are that small.
   return static_cast<unsigned char>(byte) <= ' ' &&
          (byte == ' ' || byte == '\n' || byte == '\r' || byte == '\t');

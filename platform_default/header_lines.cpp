@@ -31,15 +31,11 @@ bool HoldsOnly(const ByteTable& table, std::string_view text) {
 }
 
 bool ContainsWord(std::string_view text, std::string_view lowerWord) {
-  const auto isAlike = [](char byte, char wanted) { return ToAsciiLower(byte) == wanted; };
-  for (; text.size() >= lowerWord.size(); text.remove_prefix(1)) {
-    if (!isAlike(text.front(), lowerWord.front())) continue;
-    if (std::equal(lowerWord.begin(), lowerWord.end(), text.begin(),
-                   [isAlike](char wanted, char byte) { return isAlike(byte, wanted); })) {
-      return true;
-    }
-  }
-  return false;
+  // Mostly it is written so.
+  if (text.find(lowerWord) != std::string_view::npos) return true;
+  const auto found = std::search(text.begin(), text.end(), lowerWord.begin(), lowerWord.end(),
+                                 [](char byte, char wanted) { return ToAsciiLower(byte) == wanted; });
+  return found != text.end();
 }
 
 bool IsFitLine(std::string_view line) {

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/short_text.h"
 #include "connection/memory_watch.h"
 #include "documents/reading/record_fields.h"
 
@@ -36,10 +37,11 @@ class RecordHandler {
   bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }
   bool String(const char* text, rapidjson::SizeType length, bool);
   bool Key(const char* text, rapidjson::SizeType length, bool);
-  /// The name that the next member is likely to have, for a reader that can compare it in place; empty for
-  /// none. TakeLikelyName is what Key is for it.
-  [[nodiscard]] std::string_view LikelyName() const;
-  void TakeLikelyName() { TakeMember(level_.next); }
+  /// For a reader that holds the text, what Key is for the name that the next member is likely to have: that
+  /// is compared where it is.
+  /// @param rest  from the first byte of a name on
+  /// @return the length of the name; 0 when it is another one, which is left to Key
+  [[nodiscard]] std::size_t TakeLikelyName(std::string_view rest);
   bool StartObject();
   bool EndObject(rapidjson::SizeType) { return End(); }
   bool StartArray();
@@ -83,8 +85,12 @@ class RecordHandler {
   MemoryWatch memory_;
 };
 
-inline std::string_view RecordHandler::LikelyName() const {
-  return skipped_ == 0 && level_.next != nullptr ? level_.next->name : std::string_view();
+inline std::size_t RecordHandler::TakeLikelyName(std::string_view rest) {
+  if (skipped_ > 0 || level_.next == nullptr) return 0;
+  const std::string_view name = level_.next->name;
+  if (rest.size() <= name.size() || rest[name.size()] != '"' || !IsAlike(rest.data(), name)) return 0;
+  TakeMember(level_.next);
+  return name.size();
 }
 
 inline void RecordHandler::TakeMember(const Field* member) {
