@@ -65,8 +65,9 @@ class PlainJson {
   std::size_t depth_ = 0;
 };
 
+// The whole reader in one piece: most of what it consists of takes less time than a call.
 template <typename Handler>
-bool PlainJson<Handler>::Read() {
+[[gnu::flatten]] bool PlainJson<Handler>::Read() {
   if (!EndsInContainer()) return false;
   const char* at = Container(SkipBlanks(begin_));
   while (at != nullptr && at != end_ && depth_ > 0) at = Next(SkipBlanks(at));
@@ -104,7 +105,7 @@ const char* PlainJson<Handler>::Next(const char* at) {
 }
 
 template <typename Handler>
-inline const char* PlainJson<Handler>::Name(const char* at) {
+const char* PlainJson<Handler>::Name(const char* at) {
   const char* const end = *at == '"' ? EndOfName(at) : nullptr;
   if (end == nullptr) return nullptr;
   at = SkipBlanks(end + 1);
@@ -114,7 +115,7 @@ inline const char* PlainJson<Handler>::Name(const char* at) {
 /// The quote after a name, which the handler has taken. A name that it waits for is compared, and not looked
 /// through for its end.
 template <typename Handler>
-inline const char* PlainJson<Handler>::EndOfName(const char* at) {
+const char* PlainJson<Handler>::EndOfName(const char* at) {
   if constexpr (requires { handler_.TakeLikelyName({}); }) {
     // No name ends where the text does.
     const std::size_t length = handler_.TakeLikelyName({at + 1, static_cast<std::size_t>(end_ - at - 1)});
@@ -132,7 +133,7 @@ template <typename Handler>
 }
 
 template <typename Handler>
-inline const char* PlainJson<Handler>::Scalar(const char* at) {
+const char* PlainJson<Handler>::Scalar(const char* at) {
   switch (*at) {
     case 't':
       return handler_.Bool(true) ? Word(at, "true") : nullptr;
@@ -146,7 +147,7 @@ inline const char* PlainJson<Handler>::Scalar(const char* at) {
 }
 
 template <typename Handler>
-inline const char* PlainJson<Handler>::Text(const char* at) {
+const char* PlainJson<Handler>::Text(const char* at) {
   const char* const end = EndOfText(at);
   if (end == nullptr) return nullptr;
   const bool goesOn = handler_.String(at + 1, static_cast<rapidjson::SizeType>(end - at - 1), true);
@@ -154,7 +155,7 @@ inline const char* PlainJson<Handler>::Text(const char* at) {
 }
 
 template <typename Handler>
-inline const char* PlainJson<Handler>::Container(const char* at) {
+const char* PlainJson<Handler>::Container(const char* at) {
   if ((*at != '{' && *at != '[') || depth_ == levels_.size()) return nullptr;
   const bool isObject = *at == '{';
   levels_[depth_++] = {isObject ? '}' : ']'};
@@ -162,7 +163,7 @@ inline const char* PlainJson<Handler>::Container(const char* at) {
 }
 
 template <typename Handler>
-inline const char* PlainJson<Handler>::Close(const char* at) {
+const char* PlainJson<Handler>::Close(const char* at) {
   const Level level = levels_[--depth_];
   const bool goesOn =
       level.closing == '}' ? handler_.EndObject(level.values) : handler_.EndArray(level.values);
@@ -204,7 +205,7 @@ const char* PlainJson<Handler>::Word(const char* at, const char (&word)[size]) c
 }
 
 template <typename Handler>
-inline bool PlainJson<Handler>::IsBlank(char byte) {
+bool PlainJson<Handler>::IsBlank(char byte) {
   // Few bytes of a text are that small.
   return static_cast<unsigned char>(byte) <= ' ' &&
          (byte == ' ' || byte == '\n' || byte == '\r' || byte == '\t');

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,7 +24,7 @@ namespace vtdirect::platform {
 struct OutgoingRequest {
   du::http::Method method = du::http::Method::Get;
   std::string_view url;  ///< a zero byte follows it
-  std::vector<std::string_view> headerLines;
+  std::span<const std::string_view> headerLines;
   du::http::FileSource* body = nullptr;  ///< null for a request without one
   bool asksForCompression = false;       ///< gzip and deflate, to be decoded on the way to the sink
   bool asksForIdentity = false;          ///< the content as it is; a coded one is refused

@@ -50,12 +50,6 @@ bool IsFitLine(std::string_view line) {
 
 }  // namespace
 
-std::optional<std::vector<std::string_view>> SplitHeaderLines(std::string_view text) {
-  std::vector<std::string_view> lines;
-  if (!AppendHeaderLines(text, &lines)) return std::nullopt;
-  return lines;
-}
-
 bool AppendHeaderLines(std::string_view text, std::vector<std::string_view>* lines) {
   while (!text.empty()) {
     const std::size_t end = std::min(text.find("\r\n"), text.size());
@@ -88,12 +82,12 @@ bool BeginsWithName(std::string_view text, std::string_view name) {
                     [](char left, char right) { return ToAsciiLower(left) == ToAsciiLower(right); });
 }
 
-bool ContainsHeader(const std::vector<std::string_view>& lines, std::string_view name) {
+bool ContainsHeader(std::span<const std::string_view> lines, std::string_view name) {
   return std::any_of(lines.begin(), lines.end(),
                      [name](std::string_view line) { return HasHeaderName(line, name); });
 }
 
-bool AcceptsJsonOrXml(const std::vector<std::string_view>& lines) {
+bool AcceptsJsonOrXml(std::span<const std::string_view> lines) {
   return std::any_of(lines.begin(), lines.end(), [](std::string_view line) {
     return HasHeaderName(line, "Accept") && (ContainsWord(line, "json") || ContainsWord(line, "xml"));
   });

@@ -125,22 +125,26 @@ OutgoingRequest RequestFlow::MakeOutgoing() {
   outgoing.method = request_.method;
   outgoing.url = url_;
   outgoing.body = body_;
-  outgoing.headerLines.reserve(lines_.size() + 1);
-  for (std::size_t line = 0; line < lines_.size(); ++line) {
-    // A nonce or any other line of the caller's speaks to the server it was made for, and to no other.
-    const bool isOfClient = line < clientLines_;
-    if (isOfClient || place_ != Place::Foreign || HasHeaderName(lines_[line], "Accept")) {
-      outgoing.headerLines.push_back(lines_[line]);
-    }
-  }
+  outgoing.headerLines = LinesForPlace();
   AskForCoding(&outgoing);
   outgoing.demands = triesLeft_ + freeDemands;
   AddCredentials(&outgoing);
   return outgoing;
 }
 
+std::span<const std::string_view> RequestFlow::LinesForPlace() {
+  if (place_ != Place::Foreign) return lines_;
+  otherLines_.clear();
+  for (std::size_t line = 0; line < lines_.size(); ++line) {
+    // A nonce or any other line of the caller's speaks to the server it was made for, and to no other.
+    const bool isOfClient = line < clientLines_;
+    if (isOfClient || HasHeaderName(lines_[line], "Accept")) otherLines_.push_back(lines_[line]);
+  }
+  return otherLines_;
+}
+
 void RequestFlow::AskForCoding(OutgoingRequest* outgoing) const {
-  const std::vector<std::string_view>& lines = outgoing->headerLines;
+  const std::span<const std::string_view> lines = outgoing->headerLines;
   if (ContainsHeader(lines, "Accept-Encoding")) return;
   if (AcceptsJsonOrXml(lines)) {
     outgoing->asksForCompression = rules_.settings.compressedAnswers && !ContainsHeader(lines, "Range");
@@ -159,7 +163,9 @@ void RequestFlow::AddCredentials(OutgoingRequest* outgoing) {
     case CredentialKind::Token:
       carried_ = Carried::Token;
       tokenLine_ = "Authorization: Bearer " + credentials->secret;
-      outgoing->headerLines.push_back(tokenLine_);
+      otherLines_ = lines_;  // a token goes to no foreign place
+      otherLines_.push_back(tokenLine_);
+      outgoing->headerLines = otherLines_;
       break;
     case CredentialKind::Negotiate:
       carried_ = Carried::Negotiate;

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,8 @@ class RequestFlow {
   /// Traces what the last exchange failed on, if that is known, and tells it to the caller.
   void TellWhatWasFound() const;
   [[nodiscard]] OutgoingRequest MakeOutgoing();
+  /// The lines that go to where the request is now.
+  [[nodiscard]] std::span<const std::string_view> LinesForPlace();
   void AskForCoding(OutgoingRequest* outgoing) const;
   void AddCredentials(OutgoingRequest* outgoing);
   void AddPassword(Credentials credentials, OutgoingRequest* outgoing);
@@ -76,7 +79,8 @@ class RequestFlow {
   std::string callerText_;               ///< what the caller's lines are parts of
   std::vector<std::string_view> lines_;  ///< the client's and after them the caller's
   std::size_t clientLines_ = 0;
-  std::string tokenLine_;  ///< of the last try, when that carried a token
+  std::vector<std::string_view> otherLines_;  ///< of the last try, when that carried other lines
+  std::string tokenLine_;                     ///< of the last try, when that carried a token
   Origin origin_;
   std::string url_;
   Place place_ = Place::Home;
