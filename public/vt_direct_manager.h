@@ -446,13 +446,14 @@ VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& 
 struct DownloadOptions {
   StatusCallback status;      ///< may be empty
   ProgressCallback progress;  ///< may be empty
-  /// Whether the local file must be as long as the server's record of the document says; a content that is
-  /// longer or shorter is then a failed download. The file stays as it came, as after any failure. Nothing is
-  /// compared when the record tells no length, or `localPath` is no regular file.
+  /// Whether the content must be as long as the server's record of the document says; one that is longer or
+  /// shorter is then a failed download. The transfer of a longer one ends with the first byte too many, so that
+  /// no server can fill the disk. The file stays as it came, as after any failure. Nothing is compared when the
+  /// record tells no length; when `localPath` is no regular file, nobody can tell that a content is shorter.
   bool compareSize = false;
 };
 
-/// GetFile, and with `compareSize` a comparison of lengths after it. The requests are the same.
+/// GetFile, and with `compareSize` a comparison of lengths. The requests are the same.
 VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& uid,
                           const DownloadOptions& options);
 

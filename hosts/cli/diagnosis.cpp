@@ -62,6 +62,11 @@ constexpr int kFirstOfServerErrors = 500;
   if (IsOfContent(reason) && reason.kind != FailureKind::NotFound && reason.kind != FailureKind::LocalFile) {
     return Failure{ExitCode::DownloadFailed, WithWordsOf("the download of " + address + " failed", reason)};
   }
+  // An answer that could not be kept says nothing of whether the object is there.
+  if (reason.kind == FailureKind::LocalFile && !IsOfContent(reason)) {
+    const auto failure = TemporaryFilesFailure();
+    return failure ? *failure : AnswerNotKept(address);
+  }
   if (reason.kind == FailureKind::TimedOut || reason.kind == FailureKind::AnswerBroken ||
       IsServerError(reason)) {
     return UnusableServer(url, reason, address);

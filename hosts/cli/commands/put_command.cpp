@@ -64,7 +64,7 @@ struct Put {
   if (!target) return target.failure();
   const auto links = SettleLinks(host, *request, *target);
   if (!links) return links.failure();
-  Put put{*request, *target, *links, {}, {}, {}};
+  Put put{*request, *target, *links, {}, {}, {}, {}};
   if (auto failure = SettleConditions(host, arguments, put)) return *failure;
   if (Interrupted()) return InterruptedFailure();
   return put;
