@@ -117,6 +117,16 @@ std::uint16_t HttpConnection::DownloadDocumentTo(const char* filePath, const cha
   return Download({path, "", filePath, sink, ifMissed}, {});
 }
 
+std::optional<std::uint16_t> HttpConnection::DownloadContentTo(const char* filePath, const char* path,
+                                                               std::uint64_t longest,
+                                                               du::http::ProgressFunction downloadProgress) {
+  du::http::DiskFileSink file(filePath);
+  BoundedSink sink(file, longest, {});
+  const std::uint16_t status = Download({path, "", filePath, sink, {}}, std::move(downloadProgress));
+  if (sink.WasExceeded()) return std::nullopt;
+  return status;
+}
+
 std::uint16_t HttpConnection::Download(const DownloadParts& parts, du::http::ProgressFunction progress) {
   const std::string uri = basePath_ + parts.path;
   const char* headerText = parts.headers != nullptr ? parts.headers : "";

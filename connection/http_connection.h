@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "platform/http.h"
@@ -66,6 +67,14 @@ class HttpConnection {
   [[nodiscard]] std::uint16_t DownloadDocumentTo(const char* filePath, const char* path,
                                                  std::uint64_t longest,
                                                  const du::http::FailureReport& ifMissed = {});
+
+  /// DownloadToFile for a content of a known length.
+  /// @param longest  in bytes
+  /// @return as of DownloadToFile; nothing for one that is longer: the exchange then ended as a broken answer, and
+  ///         the file holds no more than these bytes
+  [[nodiscard]] std::optional<std::uint16_t> DownloadContentTo(const char* filePath, const char* path,
+                                                               std::uint64_t longest,
+                                                               du::http::ProgressFunction downloadProgress);
 
  private:
   [[nodiscard]] du::http::Connection* Connect();

@@ -100,7 +100,8 @@ void ShowWouldCommit(Host& host, const WorkFolder& folder, FolderFile file) {
 ExitCode CommitAll(Host& host, WorkFolder& folder, const LocalSide& side,
                    const std::vector<FolderFile>& files, bool dryRun) {
   ForgetReasons();
-  const RemoteTree tree = ReadRemoteFolders(folder.store().server(), FoldersOf(files), usualThreads);
+  const RemoteTree tree =
+      ReadRemoteFolders(folder.store().server(), FoldersOf(files), usualThreads, side.kept);
   ExitCode worst = ExitCode::Ok;
   for (const Failure& failure : tree.failures) {
     if (failure.code != ExitCode::Interrupted) worst = Worse(worst, host.output().Fail(failure));
