@@ -50,8 +50,8 @@ class PlainJson {
   [[nodiscard]] const char* Container(const char* at);
   [[nodiscard]] const char* Close(const char* at);
   [[nodiscard]] const char* Number(const char* at);
-  template <std::size_t size>
-  [[nodiscard]] const char* Word(const char* at, const char (&word)[size]) const;
+  template <std::size_t Size>
+  [[nodiscard]] const char* Word(const char* at, const char (&word)[Size]) const;
   [[nodiscard]] const char* EndOfName(const char* at);
   [[nodiscard]] const char* EndOfOtherName(const char* at);
   [[nodiscard]] const char* EndOfText(const char* at) const;
@@ -196,9 +196,9 @@ const char* PlainJson<Handler>::Number(const char* at) {
 }
 
 template <typename Handler>
-template <std::size_t size>
-const char* PlainJson<Handler>::Word(const char* at, const char (&word)[size]) const {
-  constexpr std::size_t length = size - 1;  // known to the compiler, which then compares without a call
+template <std::size_t Size>
+const char* PlainJson<Handler>::Word(const char* at, const char (&word)[Size]) const {
+  constexpr std::size_t length = Size - 1;  // known to the compiler, which then compares without a call
   const bool isWord =
       static_cast<std::size_t>(end_ - at) >= length && std::char_traits<char>::compare(at, word, length) == 0;
   return isWord ? at + length : nullptr;

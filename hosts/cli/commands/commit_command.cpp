@@ -148,7 +148,7 @@ CommandRow CommitCommand() {
       "and "
       "checks it in: one document after the other, and one line for each that is done. Without FILE all "
       "files "
-      "are meant that were changed here.\n\n"
+      "are meant that st shows as changed here.\n\n"
       "A document whose newest version is not the one that the file came from is a conflict: nothing of it "
       "is "
       "sent, and the others go on. It keeps its source links, attributes and a viewable that the server "
