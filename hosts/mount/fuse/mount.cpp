@@ -113,6 +113,10 @@ void Mount::LetKernelForget(std::uint64_t node, Kept kept) {
   fuse_lowlevel_notify_inval_inode(session_, node, kept == Kept::Attributes ? -1 : 0, 0);
 }
 
+void Mount::LetKernelForgetLater(std::uint64_t node) {
+  questions_.Post([this, node] { LetKernelForget(node, Kept::AttributesAndContent); });
+}
+
 void Mount::Refresh() {
   tree_.Outdate();
   if (writing_ != nullptr) {
@@ -136,7 +140,11 @@ void Mount::Refresh() {
 bool Mount::Stop() {
   const bool haveFetchesEnded = fetches_.StopWithin(patience);
   const bool haveStoresEnded = writing_ == nullptr || writing_->StopWithin(storePatience);
-  return questions_.StopWithin(patience) && haveFetchesEnded && haveStoresEnded;
+  if (!questions_.StopWithin(patience) || !haveFetchesEnded || !haveStoresEnded) return false;
+  // What libfuse has given to a thread that answered a read goes when the thread ends, if its session is still there.
+  fetches_.Stop();
+  questions_.Stop();
+  return true;
 }
 
 }  // namespace vtdirect_mount

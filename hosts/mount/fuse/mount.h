@@ -83,8 +83,11 @@ class Mount {
 
   /// The session in which the kernel speaks with this; null before it begins.
   void SetSession(fuse_session* session) { session_ = session; }
-  /// Lets the kernel forget what it keeps of a file. Not to be called by who answers a read or a write of it.
+  /// Lets the kernel forget what it keeps of a file. May wait for the kernel, which may wait for the answer to a write;
+  /// so the content is not to be forgotten by the threads that take in requests.
   void LetKernelForget(std::uint64_t node, Kept kept);
+  /// Has another thread let the kernel forget attributes and content of a file.
+  void LetKernelForgetLater(std::uint64_t node);
 
   /// Lets the server be asked anew for all that can change, and the kernel forget it.
   void Refresh();

@@ -112,7 +112,7 @@ void OnWrite(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size
     fuse_reply_err(request, error);
   } else {
     fuse_reply_write(request, static_cast<std::size_t>(count));
-    if (place != offset) mount.LetKernelForget(number, Kept::AttributesAndContent);
+    if (place != offset) mount.LetKernelForgetLater(number);
   }
 }
 

@@ -40,7 +40,7 @@ void ContentFetches::Fetch(const Iteration& iteration, Wish wish) {
   }
   std::shared_ptr<Flight> begun;
   {
-    // After Stop the pool drops the task, and whoever waits is told by the end of the mount.
+    // After Stop the pool drops the task, and whoever waits is told when the wish is dropped.
     const std::lock_guard lock(mutex_);
     std::shared_ptr<Flight>& flight = flights_[iteration.key];
     if (flight == nullptr) begun = flight = std::make_shared<Flight>();
@@ -122,6 +122,9 @@ std::vector<ContentFetches::Wish> ContentFetches::End(const Iteration& iteration
 void ContentFetches::Stop() {
   static_cast<void>(StopWithin({}));
   pool_.Stop();
+  std::unordered_map<std::string, std::shared_ptr<Flight>> dropped;  // destroyed without the lock
+  const std::lock_guard lock(mutex_);
+  dropped.swap(flights_);
 }
 
 bool ContentFetches::StopWithin(std::chrono::milliseconds most) {

@@ -34,7 +34,7 @@ class ContentFetches {
   /// Gives the content, from the cache at once or when it is there. Does not block.
   void Fetch(const Iteration& iteration, Wish wish);
 
-  /// Ends what is under way; waits until it has ended.
+  /// Ends what is under way; waits until it has ended, and drops the wishes that are left.
   void Stop();
   /// The same, but waits no longer than so much.
   /// @return whether all has ended; if not, this must not be destroyed
