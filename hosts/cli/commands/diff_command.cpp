@@ -31,11 +31,12 @@ ExitCode RunDiff(Host& host, const Arguments& arguments) {
   WorkFolder& folder = **opened;
   const auto local = ReadLocalSide(folder);
   if (!local) return host.output().Fail(local.failure());
-  const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
-  if (!named) return host.output().Fail(named.failure());
+  const auto files = arguments.Has("FILE") ? FilesNamed(folder, *local, arguments.All("FILE"))
+                                           : Result<std::vector<FolderFile>>(ChangedFiles(*local));
+  if (!files) return host.output().Fail(files.failure());
   ForgetReasons();
   ExitCode worst = ExitCode::Ok;
-  for (const FolderFile& file : *named) {
+  for (const FolderFile& file : *files) {
     worst = Worse(worst, DiffOne(host, folder, file, local->states.at(file.path)));
   }
   return worst;
@@ -46,13 +47,15 @@ ExitCode RunDiff(Host& host, const Arguments& arguments) {
 CommandRow DiffCommand() {
   CommandRow row = {
       "diff",
-      "Show what was changed in a file of a work folder",
-      "Compares each FILE with the version that it came from, by \"diff -u\". When VTDIRECT_DIFF is set, "
+      "Show what was changed in files of a work folder",
+      "Compares each FILE with the version that it came from, by \"diff -u\"; without FILE all files that "
+      "were "
+      "changed here. When VTDIRECT_DIFF is set, "
       "that "
       "command is run instead, with the old file and the new one; what it exits with plays no part.\n\n"
       "A file that was not changed shows nothing. With --json no tool is run, and whether they differ is "
       "told.",
-      {{"FILE", "A file of the work folder.", Count::AtLeastOnce}},
+      {{"FILE", "A file of the work folder.", Count::AnyNumber}},
       {},
       true,
       RunDiff,

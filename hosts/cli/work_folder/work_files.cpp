@@ -20,6 +20,14 @@ Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const Local
   return files;
 }
 
+std::vector<FolderFile> ChangedFiles(const LocalSide& side) {
+  std::vector<FolderFile> files;
+  for (const auto& [path, file] : side.kept) {
+    if (side.states.at(path) == LocalState::Modified) files.push_back(file);
+  }
+  return files;
+}
+
 Result<RemoteVersions> VersionsOf(const std::string& server, const FolderFile& file) {
   const RemoteTree tree = ReadRemoteFolders(server, {FolderOfDocument(file.path, file.address)}, 1);
   const auto found = tree.documents.find(file.path);

@@ -14,6 +14,9 @@ namespace vtdirect_cli {
 [[nodiscard]] Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const LocalSide& side,
                                                          const std::vector<std::string>& names);
 
+/// What is kept of each file that was changed here, by the bytes of their paths. Makes no request.
+[[nodiscard]] std::vector<FolderFile> ChangedFiles(const LocalSide& side);
+
 /// The versions of a file's document, the newest first.
 struct RemoteVersions {
   std::vector<RemoteVersion> versions;
