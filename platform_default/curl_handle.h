@@ -4,6 +4,7 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,8 +23,8 @@ namespace vtdirect::platform {
 /// One request as it goes out, ready for the wire. The lines are not owned.
 struct OutgoingRequest {
   du::http::Method method = du::http::Method::Get;
-  std::string url;
-  std::vector<std::string_view> headerLines;
+  std::string_view url;  ///< a zero byte follows it
+  std::span<const std::string_view> headerLines;
   du::http::FileSource* body = nullptr;  ///< null for a request without one
   bool asksForCompression = false;       ///< gzip and deflate, to be decoded on the way to the sink
   bool asksForIdentity = false;          ///< the content as it is; a coded one is refused
@@ -95,11 +96,12 @@ class CurlHandle {
   struct HandleCloser {
     void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
   };
+  using OwnedHandle = std::unique_ptr<CURL, HandleCloser>;
   struct ListFreer {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
   };
 
-  CurlHandle(std::shared_ptr<OriginSession> session, CURL* handle);
+  CurlHandle(std::shared_ptr<OriginSession> session, OwnedHandle handle);
   [[nodiscard]] du::http::ErrorCode Perform(const OutgoingRequest& request, du::http::FileSink& sink,
                                             const du::http::TransportSettings& settings, int* httpStatus);
   static CURLcode OnTlsContext(CURL* handle, void* context, void* self);
@@ -115,6 +117,7 @@ class CurlHandle {
   void SetProxy();
   void SetEnvironmentProxy(const OutgoingRequest& request);
   void SetConnectLimit(long milliseconds);
+  void SetFreshConnection(bool isFresh);
   void SetMethod(const OutgoingRequest& request);
   void SetHeaderLines(const OutgoingRequest& request);
   void SetAuthentication(const OutgoingRequest& request);
@@ -125,6 +128,7 @@ class CurlHandle {
   // What the handle is set to, so that most exchanges change nothing of it.
   long connectLimit_ = 0;  ///< in milliseconds
   bool isForGet_ = false;
+  bool isFresh_ = false;         ///< whether an exchange takes a connection of its own
   bool asksEnvironment_ = true;  ///< whether curl looks there for a proxy
   bool hasLogin_ = false;
   bool negotiated_ = false;                       ///< the last exchange carried a login by Negotiate
@@ -135,7 +139,7 @@ class CurlHandle {
   RequestAddress address_;
   std::unique_ptr<curl_slist, ListFreer> headerList_;
   HeaderOrder headerOrder_;  ///< what `headerList_` was made for
-  std::unique_ptr<CURL, HandleCloser> handle_;
+  OwnedHandle handle_;
 };
 
 }  // namespace vtdirect::platform

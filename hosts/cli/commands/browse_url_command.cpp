@@ -12,7 +12,7 @@ namespace {
 
 ExitCode RunBrowseUrl(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
-  const auto kind = RequirePlacedAddress(arguments, address);
+  const auto kind = RequirePlacedAddress(host, arguments, address);
   if (!kind) return host.output().Fail(kind.failure());
 
   std::string url;

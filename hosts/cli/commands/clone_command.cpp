@@ -28,10 +28,7 @@ namespace {
 
 // A directory of somebody's files is no place for a work folder. One that was not finished counts as empty.
 [[nodiscard]] std::optional<Failure> RefusalOfDirectory(const std::string& directory) {
-  if (WorkFolder::IsMade(directory)) {
-    return Failure{ExitCode::LocalFile, Printable(directory) + " is a work folder already",
-                   "vtdirect pull in it fetches what is missing"};
-  }
+  if (WorkFolder::IsMade(directory)) return AlreadyMade(directory);
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator(directory, error)) {
     if (entry.path().filename() == ".vtdirect") continue;
@@ -82,9 +79,7 @@ ExitCode RunClone(Host& host, const Arguments& arguments) {
   if (const auto failure = MakeDirectory(directory)) return host.output().Fail(*failure);
   const auto created = WorkFolder::Create(directory, address);
   if (!created) return host.output().Fail(created.failure());
-  WorkFolder& folder = **created;
-  if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
-  return PullAll(host, folder, tree, *effort);
+  return PullAll(host, **created, tree, *effort);
 }
 
 }  // namespace

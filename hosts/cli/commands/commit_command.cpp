@@ -101,7 +101,8 @@ void ShowWouldCommit(Host& host, const WorkFolder& folder, FolderFile file) {
 ExitCode CommitAll(Host& host, WorkFolder& folder, const LocalSide& side,
                    const std::vector<FolderFile>& files, bool dryRun) {
   ForgetReasons();
-  const RemoteTree tree = ReadRemoteFolders(folder.store().server(), FoldersOf(files), usualThreads);
+  const RemoteTree tree =
+      ReadRemoteFolders(folder.store().server(), FoldersOf(files), usualThreads, side.kept);
   BatchEnd end;
   for (const Failure& failure : tree.failures) {
     if (failure.code != ExitCode::Interrupted) end.worst = Worse(end.worst, host.output().Fail(failure));
@@ -121,13 +122,16 @@ ExitCode RunCommit(Host& host, const Arguments& arguments) {
   if (!opened) return host.output().Fail(opened.failure());
   WorkFolder& folder = **opened;
   if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
-  const auto local = ReadLocalSide(folder);
+  auto local = ReadLocalSide(folder);
   if (!local) return host.output().Fail(local.failure());
   std::vector<FolderFile> files;
   if (arguments.Has("FILE")) {
-    const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
+    const auto named = FilesNamed(folder, local->kept, arguments.All("FILE"));
     if (!named) return host.output().Fail(named.failure());
     files = *named;
+    for (const FolderFile& file : files) {
+      local->states[file.path] = StateByBytes(folder.OnDisk(file.path), file);
+    }
   } else {
     files = ChangedFiles(*local);
     if (files.empty()) host.output().Note("no file was changed here");
@@ -145,7 +149,7 @@ CommandRow CommitCommand() {
       "and "
       "checks it in: one document after the other, and one line for each that is done. Without FILE all "
       "files "
-      "are meant that were changed here.\n\n"
+      "are meant that st shows as changed here.\n\n"
       "A document whose newest version is not the one that the file came from is a conflict: nothing of it "
       "is "
       "sent, and the others go on. It keeps its source links, attributes and a viewable that the server "

@@ -1,5 +1,7 @@
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/work_folder/difference.h"
 #include "hosts/cli/work_folder/fetching.h"
@@ -8,8 +10,8 @@
 namespace vtdirect_cli {
 namespace {
 
-[[nodiscard]] ExitCode DiffOne(Host& host, const WorkFolder& folder, const FolderFile& file,
-                               LocalState state) {
+[[nodiscard]] ExitCode DiffOne(Host& host, const WorkFolder& folder, const FolderFile& file) {
+  const LocalState state = StateByBytes(folder.OnDisk(file.path), file);
   const bool differs = state != LocalState::Same;
   host.output().JsonOnly({{"file", file.path}, {"version", file.version}, {"differs", differs}});
   if (!differs || host.output().json()) return ExitCode::Ok;
@@ -25,21 +27,27 @@ namespace {
   return failure ? host.output().Fail(*failure) : ExitCode::Ok;
 }
 
-ExitCode RunDiff(Host& host, const Arguments& arguments) {
+// Without names.
+[[nodiscard]] ExitCode WorkOnChangedFiles(Host& host, const WorkOnFile& work) {
   const auto opened = WorkFolder::OpenHere();
   if (!opened) return host.output().Fail(opened.failure());
-  WorkFolder& folder = **opened;
-  const auto local = ReadLocalSide(folder);
+  const auto local = ReadLocalSide(**opened);
   if (!local) return host.output().Fail(local.failure());
-  const auto files = arguments.Has("FILE") ? FilesNamed(folder, *local, arguments.All("FILE"))
-                                           : Result<std::vector<FolderFile>>(ChangedFiles(*local));
-  if (!files) return host.output().Fail(files.failure());
   ForgetReasons();
   ExitCode worst = ExitCode::Ok;
-  for (const FolderFile& file : *files) {
-    worst = Worse(worst, DiffOne(host, folder, file, local->states.at(file.path)));
+  for (const FolderFile& file : ChangedFiles(*local)) {
+    if (Interrupted()) return host.output().Fail(InterruptedFailure());
+    worst = Worse(worst, work(**opened, file));
   }
   return worst;
+}
+
+ExitCode RunDiff(Host& host, const Arguments& arguments) {
+  const auto diff = [&host](const WorkFolder& folder, const FolderFile& file) {
+    return DiffOne(host, folder, file);
+  };
+  return arguments.Has("FILE") ? WorkOnNamedFiles(host, arguments, Others::MayWork, diff)
+                               : WorkOnChangedFiles(host, diff);
 }
 
 }  // namespace

@@ -6,11 +6,11 @@
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
-#include "hosts/cli/finding/name_pattern.h"
 #include "hosts/cli/finding/version_order.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/reasons.h"
+#include "hosts/cli/texts/name_pattern.h"
 #include "hosts/cli/tree_walk.h"
 #include "hosts/cli/walked_folders.h"
 
@@ -109,13 +109,13 @@ class Search {
 
   // The file's name or the one that people gave the document.
   [[nodiscard]] bool HasName(const std::string& name) const {
-    return IsOfPattern(name, wanted_.name) ||
-           (listed_.hasDetails && IsOfPattern(listed_.title, wanted_.name));
+    return MatchesIgnoringCase(wanted_.name, name) ||
+           (listed_.hasDetails && MatchesIgnoringCase(wanted_.name, listed_.title));
   }
 
   [[nodiscard]] bool HasNumber() {
     lacks_ = lacks_ || !listed_.hasDetails;
-    return listed_.hasDetails && IsOfPattern(listed_.number, wanted_.number);
+    return listed_.hasDetails && MatchesIgnoringCase(wanted_.number, listed_.number);
   }
 
   [[nodiscard]] bool IsNewer() {

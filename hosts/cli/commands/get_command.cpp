@@ -95,7 +95,7 @@ struct Content {
 // @param place  the file that it goes to whatever -o says; empty for what -o says
 [[nodiscard]] Result<Download> SettleGet(Host& host, const Arguments& arguments, const std::string& address,
                                          const std::string& place) {
-  const auto kind = RequirePlacedAddress(arguments, address);
+  const auto kind = RequirePlacedAddress(host, arguments, address);
   if (!kind) return kind.failure();
   auto download = SettleDownload(host, arguments, address, place);
   if (!download) return download.failure();

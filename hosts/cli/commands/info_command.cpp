@@ -108,7 +108,7 @@ ExitCode FailMissing(Host& host, const std::string& address, Record& record) {
 }
 
 [[nodiscard]] ExitCode TellInfo(Host& host, const Arguments& arguments, const std::string& address) {
-  const auto kind = RequirePlacedAddress(arguments, address);
+  const auto kind = RequirePlacedAddress(host, arguments, address);
   if (!kind) return host.output().Fail(kind.failure());
 
   ForgetReasons();

@@ -3,7 +3,6 @@
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
 #include "hosts/cli/work_folder/work_files.h"
 
 namespace vtdirect_cli {
@@ -34,17 +33,9 @@ void Show(Host& host, const FolderFile& file, const RemoteVersion& version, bool
 }
 
 ExitCode RunLog(Host& host, const Arguments& arguments) {
-  const auto opened = WorkFolder::OpenHere();
-  if (!opened) return host.output().Fail(opened.failure());
-  WorkFolder& folder = **opened;
-  const auto local = ReadLocalSide(folder);
-  if (!local) return host.output().Fail(local.failure());
-  const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
-  if (!named) return host.output().Fail(named.failure());
-  ForgetReasons();
-  ExitCode worst = ExitCode::Ok;
-  for (const FolderFile& file : *named) worst = Worse(worst, LogOne(host, folder, file));
-  return worst;
+  return WorkOnNamedFiles(
+      host, arguments, Others::MayWork,
+      [&host](const WorkFolder& folder, const FolderFile& file) { return LogOne(host, folder, file); });
 }
 
 }  // namespace

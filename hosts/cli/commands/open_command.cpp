@@ -29,7 +29,7 @@ constexpr const char* kUsualBrowser = "xdg-open";
 
 ExitCode RunOpen(Host& host, const Arguments& arguments) {
   const std::string address = arguments.Text("ADDRESS");
-  const auto kind = RequirePlacedAddress(arguments, address);
+  const auto kind = RequirePlacedAddress(host, arguments, address);
   if (!kind) return host.output().Fail(kind.failure());
   std::string url;
   ForgetReasons();

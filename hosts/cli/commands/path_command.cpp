@@ -46,7 +46,7 @@ ExitCode RunPath(Host& host, const Arguments& arguments) {
     return host.output().Fail(
         {ExitCode::Usage, "--latest, --versioned and --folder ask for different paths; give one of them"});
   }
-  const auto kind = RequirePlacedAddress(arguments, address);
+  const auto kind = RequirePlacedAddress(host, arguments, address);
   if (!kind) return host.output().Fail(kind.failure());
 
   ForgetReasons();

@@ -1,5 +1,6 @@
 #include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/commands/discard_unstored.h"
 #include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
@@ -26,7 +27,10 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding, bool is
 [[nodiscard]] std::uint64_t ShowUnstored(Host& host) {
   const UnstoredFiles unstored;
   const auto files = unstored.All();
+  std::uint64_t open = 0;
   for (const UnstoredFile& file : files) {
+    if (unstored.IsToBeDropped(file.name)) continue;
+    ++open;
     const std::string content = unstored.ContentOf(file.name);
     const std::string todo = file.isWhole ? "waits for a mount with --write: "
                                           : "was written to in a mount and not closed, so it may be half: ";
@@ -36,10 +40,13 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding, bool is
                        {"settled", false},
                        {"found", todo + content + " (" + file.fault + ")"}});
   }
-  return files.size();
+  return open;
 }
 
 ExitCode RunRecover(Host& host, const Arguments& arguments) {
+  if (arguments.Has("discard")) {
+    return DiscardUnstored(host, arguments.All("discard"), IsDryRun(arguments));
+  }
   const auto changes = Journal().Open();
   if (!changes) return host.output().Fail(changes.failure());
   if (!changes->fault.empty()) host.output().Warning(changes->fault);
@@ -62,32 +69,37 @@ ExitCode RunRecover(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow RecoverCommand() {
-  return {"recover",
-          "Settle changes that were not confirmed",
-          "Asks the servers about each change that was begun and whose answer never came: the program was "
-          "killed, the connection broke, the time was over. Prints one line for each: since when, the step "
-          "(checkout, checkin, undo, create, iterate, store, xliff put or xliff publish), the address, "
-          "whether it is settled, and where things stand, parted by tabs. Nothing is guessed: what a server "
-          "doesn't answer stays open, and the exit status is 11.\n\n"
-          "A checkout that was done is kept (see checkouts), one that has ended is dropped and its temporary "
-          "workspace cleared away. A store is compared with the bytes that the server has. Nothing is "
-          "stored, checked in or thrown away. No question tells whether a translation is marked as "
-          "published: such a change stays open until xliff publish has marked it once more.\n\n"
-          "The changes are in $XDG_STATE_HOME/vtdirect/journal, or ~/.local/state/vtdirect/journal, from "
-          "before they are sent until their answers are in. Files that were written in a mount and could not "
-          "be stored are listed with the step mount; they are in $XDG_STATE_HOME/vtdirect/unstored, or "
-          "~/.local/state/vtdirect/unstored. Every command on a server with such a change warns of it.",
-          {},
-          {DryRunOption("Say where things stand, and leave the journal as it is.")},
-          true,
-          RunRecover,
-          {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
-           {"step", MemberType::Text, nullptr,
-            "checkout, checkin, undo, create, iterate, store, xliff put or xliff publish"},
-           {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-           {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
-           {"found", MemberType::Text, nullptr, "where things stand, for a reader"},
-           DryRunMember("true: the change is in the journal as before")}};
+  return {
+      "recover",
+      "Settle changes that were not confirmed",
+      "Asks the servers about each change that was begun and whose answer never came: the program was "
+      "killed, the connection broke, the time was over. Prints one line for each: since when, the step "
+      "(checkout, checkin, undo, create, iterate, store, xliff put or xliff publish), the address, "
+      "whether it is settled, and where things stand, parted by tabs. Nothing is guessed: what a server "
+      "doesn't answer stays open, and the exit status is 11.\n\n"
+      "A checkout that was done is kept (see checkouts), one that has ended is dropped and its temporary "
+      "workspace cleared away. A store is compared with the bytes that the server has. Nothing is "
+      "stored, checked in or thrown away. No question tells whether a translation is marked as "
+      "published: such a change stays open until xliff publish has marked it once more.\n\n"
+      "The changes are in $XDG_STATE_HOME/vtdirect/journal, or ~/.local/state/vtdirect/journal, from "
+      "before they are sent until their answers are in. Files that were written in a mount and could not "
+      "be stored are listed with the step mount; they are in $XDG_STATE_HOME/vtdirect/unstored, or "
+      "~/.local/state/vtdirect/unstored. --discard gives one of them up. Every command on a server with such "
+      "a change warns of it.",
+      {},
+      {{"discard", 0, "FILE", true, Completion::Files,
+        "Give up a file that was written in a mount, by the path that is printed for it. Its bytes are "
+        "lost. Nothing else is settled. May be given several times."},
+       DryRunOption("Say where things stand, and leave the journal as it is.")},
+      true,
+      RunRecover,
+      {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
+       {"step", MemberType::Text, nullptr,
+        "checkout, checkin, undo, create, iterate, store, xliff put or xliff publish"},
+       {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+       {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
+       {"found", MemberType::Text, nullptr, "where things stand, for a reader"},
+       DryRunMember("true: the change is in the journal as before")}};
 }
 
 }  // namespace vtdirect_cli

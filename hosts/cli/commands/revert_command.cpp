@@ -6,7 +6,6 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/work_files.h"
@@ -72,25 +71,18 @@ struct KeptEdit {
   return ExitCode::Ok;
 }
 
-ExitCode RunRevert(Host& host, const Arguments& arguments) {
-  const auto opened = WorkFolder::OpenHere();
-  if (!opened) return host.output().Fail(opened.failure());
-  WorkFolder& folder = **opened;
-  if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
-  const auto local = ReadLocalSide(folder);
-  if (!local) return host.output().Fail(local.failure());
-  const auto named = FilesNamed(folder, *local, arguments.All("FILE"));
-  if (!named) return host.output().Fail(named.failure());
-  ForgetReasons();
-  ExitCode worst = ExitCode::Ok;
-  for (const FolderFile& file : *named) {
-    if (local->states.at(file.path) == LocalState::Same) {
-      host.output().Note(file.path + " is not changed, and left as it is");
-      continue;
-    }
-    worst = Worse(worst, PutBack(host, folder, file, IsDryRun(arguments)));
+[[nodiscard]] ExitCode RevertOne(Host& host, WorkFolder& folder, const FolderFile& file, bool isDryRun) {
+  if (StateByBytes(folder.OnDisk(file.path), file) != LocalState::Same) {
+    return PutBack(host, folder, file, isDryRun);
   }
-  return worst;
+  host.output().Note(file.path + " is not changed, and left as it is");
+  return ExitCode::Ok;
+}
+
+ExitCode RunRevert(Host& host, const Arguments& arguments) {
+  return WorkOnNamedFiles(host, arguments, Others::MustWait, [&](WorkFolder& folder, const FolderFile& file) {
+    return RevertOne(host, folder, file, IsDryRun(arguments));
+  });
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "hosts/cli/many/name_pattern.h"
+#include "hosts/cli/texts/name_pattern.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {

@@ -6,7 +6,7 @@
 #include <set>
 
 #include "hosts/cli/address.h"
-#include "hosts/cli/many/name_pattern.h"
+#include "hosts/cli/texts/name_pattern.h"
 
 namespace vtdirect_cli {
 namespace {

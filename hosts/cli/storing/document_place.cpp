@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "hosts/cli/address.h"
+#include "hosts/cli/diagnosis.h"
 #include "hosts/cli/files/escaped_name.h"
 #include "hosts/cli/listing.h"
 #include "hosts/cli/reasons.h"
@@ -49,10 +50,10 @@ struct Place {
 }
 
 [[nodiscard]] Failure NotToldFailure(const std::string& address, const std::optional<Reason>& reason) {
-  return {ExitCode::Failure,
-          "in which folder the document of the name is that " + address +
-              " leads to could not be found out (" + WordsOf(*reason) + "); nothing was changed",
-          "the same command can be given again", reason};
+  return WithNothing("changed", {ExitCode::Failure,
+                                 "in which folder the document of the name is that " + address +
+                                     " leads to could not be found out (" + WordsOf(*reason) + ")",
+                                 "the same command can be given again", reason});
 }
 
 }  // namespace
@@ -61,14 +62,10 @@ std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const s
   const Place place = PlaceOf(address, uid);
   if (place.presence == Presence::There) return std::nullopt;
   if (place.presence == Presence::NotKnown) return NotToldFailure(address, place.reason);
-  return Failure{ExitCode::NotFound,
-                 "not found: " + address + "; the document of that name, " + uid + ", stands in " +
-                     WithClosingSlash(place.folder) + "; nothing was changed",
-                 "give its own address if it is meant"};
-}
-
-bool IsElsewhere(const std::string& address, const std::string& uid) {
-  return PlaceOf(address, uid).presence == Presence::Gone;
+  return WithNothing("changed", {ExitCode::NotFound,
+                                 "not found: " + address + "; the document of that name, " + uid +
+                                     ", stands in " + WithClosingSlash(place.folder),
+                                 "give its own address if it is meant"});
 }
 
 OptionRow AnywhereOption() {
@@ -80,10 +77,14 @@ OptionRow AnywhereOption() {
           "Take the document of that name in whichever folder it is, as the server's search finds it."};
 }
 
-Result<AddressKind> RequirePlacedAddress(const Arguments& arguments, const std::string& address) {
+Result<AddressKind> RequirePlacedAddress(Host& host, const Arguments& arguments, const std::string& address) {
   const auto kind = RequireAddress(address);
   if (!kind || arguments.Has("anywhere") || IsById(address, *kind) || address.ends_with('/')) return kind;
-  auto refusal = RefusalOfAnotherPlace(address, VtDirectManager::GetUID(address.c_str()));
+  const VtDirectManager::Outcome outcome;
+  const std::string uid = VtDirectManager::GetUID(address.c_str());
+  // The next question may be answered, and lead to a document whose place nobody has looked at.
+  if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, address, true);
+  auto refusal = RefusalOfAnotherPlace(address, uid);
   if (!refusal) return kind;
   if (refusal->code == ExitCode::NotFound) refusal->advice += ", or --anywhere";
   return *refusal;

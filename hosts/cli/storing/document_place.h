@@ -7,6 +7,7 @@
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/failure.h"
+#include "hosts/cli/host.h"
 #include "hosts/cli/result.h"
 
 /// Whether a document stands where a path says.
@@ -24,18 +25,14 @@ namespace vtdirect_cli {
 [[nodiscard]] std::optional<Failure> RefusalOfAnotherPlace(const std::string& address,
                                                            const std::string& uid);
 
-/// Whether the server says that a document is in another folder than a path says. A question that failed is no
-/// such answer. Makes requests.
-[[nodiscard]] bool IsElsewhere(const std::string& address, const std::string& uid);
-
 /// The option that lets a reading command take the document of a name wherever it is.
 [[nodiscard]] OptionRow AnywhereOption();
 
 /// RequireAddress for a command that reads a document: a path must lead to one where it says, unless
 /// --anywhere was given. Makes requests for a path.
 /// @return which family the address is of, also of one that leads to no document and of a folder's; a failure for
-///         a malformed address, an unlisted server and another place
-[[nodiscard]] Result<AddressKind> RequirePlacedAddress(const Arguments& arguments,
+///         a malformed address, an unlisted server, another place, and if the server could not tell
+[[nodiscard]] Result<AddressKind> RequirePlacedAddress(Host& host, const Arguments& arguments,
                                                        const std::string& address);
 
 /// The UID of the document that stands at a path; empty when none does. Makes requests.

@@ -1,8 +1,11 @@
 #include "hosts/cli/storing/unstored_files.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 
@@ -14,6 +17,7 @@ namespace {
 
 constexpr const char* form = "vtdirect-unstored 1";
 constexpr const char* ending = ".entry";
+constexpr const char* discardEnding = ".discard";
 
 // A value is one line.
 [[nodiscard]] std::string OneLine(std::string text) {
@@ -37,6 +41,8 @@ constexpr const char* ending = ".entry";
   std::getline(stream, line);
   file.isWhole = line == "whole";
   std::getline(stream, file.fault);
+  std::getline(stream, file.server);
+  std::getline(stream, file.base);
   return file;
 }
 
@@ -49,12 +55,52 @@ std::string UnstoredFiles::Location() {
 
 int UnstoredFiles::Write(const UnstoredFile& file) const {
   const std::string text = std::string(form) + "\n" + OneLine(file.address) + "\n" + OneLine(file.since) +
-                           "\n" + (file.isWhole ? "whole" : "open") + "\n" + OneLine(file.fault) + "\n";
+                           "\n" + (file.isWhole ? "whole" : "open") + "\n" + OneLine(file.fault) + "\n" +
+                           OneLine(file.server) + "\n" + OneLine(file.base) + "\n";
   return ReplaceDurably(directory_ + "/" + file.name + ending, text);
+}
+
+// A mount has a lock on the content of each file that it is to store.
+UnstoredFiles::Discarded UnstoredFiles::WhatDiscardingDoes(const UnstoredFile& file, int descriptor) const {
+  if (descriptor < 0) return errno == ENOENT ? Discarded::Gone : Discarded::Failed;
+  const bool isFree = flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+  if (isFree) return Discarded::Gone;
+  return file.isWhole ? Discarded::Asked : Discarded::Written;
+}
+
+int UnstoredFiles::Ask(const std::string& name) const {
+  return ReplaceDurably(directory_ + "/" + name + discardEnding, "");
+}
+
+// The content first: an entry without one is listed, and a content without an entry is nobody's.
+int UnstoredFiles::Remove(const std::string& name) const {
+  if (unlink(ContentOf(name).c_str()) != 0 && errno != ENOENT) return errno;
+  Strike(name);
+  return 0;
+}
+
+UnstoredFiles::Discarded UnstoredFiles::Discard(const UnstoredFile& file, bool isDryRun) const {
+  const int descriptor = open(ContentOf(file.name).c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
+  Discarded came = WhatDiscardingDoes(file, descriptor);
+  int error = came == Discarded::Failed ? errno : 0;
+  if (!isDryRun && came == Discarded::Gone) error = Remove(file.name);
+  if (!isDryRun && came == Discarded::Asked) error = Ask(file.name);
+  if (descriptor >= 0) close(descriptor);
+  errno = error;
+  return error == 0 ? came : Discarded::Failed;
+}
+
+bool UnstoredFiles::IsToBeDropped(const std::string& name) const {
+  return access((directory_ + "/" + name + discardEnding).c_str(), F_OK) == 0;
+}
+
+void UnstoredFiles::KeepAfterAll(const std::string& name) const {
+  unlink((directory_ + "/" + name + discardEnding).c_str());
 }
 
 void UnstoredFiles::Strike(const std::string& name) const {
   unlink((directory_ + "/" + name + ending).c_str());
+  KeepAfterAll(name);
   SyncDirectory(directory_);
 }
 

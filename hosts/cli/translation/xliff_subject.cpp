@@ -67,7 +67,7 @@ constexpr int kNotFound = 404;
 
 Result<XliffSubject> SettleSubject(Host& host, const Arguments& arguments) {
   XliffSubject subject{arguments.Text("ADDRESS"), {}};
-  const auto kind = RequirePlacedAddress(arguments, subject.address);
+  const auto kind = RequirePlacedAddress(host, arguments, subject.address);
   if (!kind) return kind.failure();
   ForgetReasons();
   subject.uid = VtDirectManager::GetUID(subject.address.c_str());

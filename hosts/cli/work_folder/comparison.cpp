@@ -27,12 +27,12 @@ namespace {
 }
 
 // A process that was killed may have put a file in its place and not kept that it did.
-void TakeWhatArrived(WorkFolder& folder, LocalSide& side) {
+void TakeWhatArrived(WorkFolder& folder, KeptFiles& kept) {
   for (FolderFile& file : folder.store().Announced()) {
     const LocalFacts facts = FactsOf(folder.OnDisk(file.path));
     if (!HasBytesOf(folder.OnDisk(file.path), facts, file)) continue;
     if (file.time != facts.time) file.time = TimeToKeep(facts.time, facts.seen);
-    side.kept[file.path] = file;
+    kept[file.path] = file;
   }
 }
 
@@ -61,12 +61,18 @@ const char* WordOf(FileState state) {
   }
 }
 
-Result<LocalSide> ReadLocalSide(WorkFolder& folder) {
+Result<KeptFiles> ReadKept(WorkFolder& folder) {
   auto files = folder.store().Files();
   if (!files) return StoreFailure("its database does not answer");
+  TakeWhatArrived(folder, *files);
+  return std::move(*files);
+}
+
+Result<LocalSide> ReadLocalSide(WorkFolder& folder) {
+  auto kept = ReadKept(folder);
+  if (!kept) return kept.failure();
   LocalSide side;
-  side.kept = std::move(*files);
-  TakeWhatArrived(folder, side);
+  side.kept = std::move(*kept);
   for (const auto& [path, file] : side.kept) {
     side.states.emplace(path, StateOf(folder.store(), folder.OnDisk(path), file));
   }

@@ -71,6 +71,12 @@ LocalState StateOf(FileStore& store, const std::string& path, const FolderFile& 
   return LocalState::Same;
 }
 
+LocalState StateByBytes(const std::string& path, const FolderFile& file) {
+  const LocalFacts facts = FactsOf(path);
+  if (facts.kind == LocalFacts::Kind::Nothing) return LocalState::Missing;
+  return HasBytesOf(path, facts, file) ? LocalState::Same : LocalState::Modified;
+}
+
 std::vector<std::string> FilesBelow(const std::string& root) {
   std::vector<std::string> files;
   std::error_code error;

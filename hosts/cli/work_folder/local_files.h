@@ -48,6 +48,9 @@ enum class LocalState { Missing, Same, Modified };
 /// same all the same, the new time is kept (see TimeToKeep).
 [[nodiscard]] LocalState StateOf(FileStore& store, const std::string& path, const FolderFile& file);
 
+/// The same by its bytes, whatever its size and time are: who names a file may know that it was changed.
+[[nodiscard]] LocalState StateByBytes(const std::string& path, const FolderFile& file);
+
 /// The paths below a work folder of all that is no directory, sorted. What is kept in `.vtdirect` is left out,
 /// and so are work folders within it. Links are not followed.
 [[nodiscard]] std::vector<std::string> FilesBelow(const std::string& root);

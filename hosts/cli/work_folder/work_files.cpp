@@ -1,21 +1,24 @@
 #include "hosts/cli/work_folder/work_files.h"
 
 #include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/interruption.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 
-Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const LocalSide& side,
+Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const KeptFiles& kept,
                                            const std::vector<std::string>& names) {
   std::vector<FolderFile> files;
   for (const std::string& name : names) {
-    const auto kept = side.kept.find(folder.PathOf(name));
-    if (kept == side.kept.end()) {
+    const auto file = kept.find(folder.PathOf(name));
+    if (file == kept.end()) {
       return Failure{ExitCode::Usage,
                      Printable(name) + " did not come from the server of this work folder; nothing was done",
                      "vtdirect st --all shows the files that did"};
     }
-    files.push_back(kept->second);
+    files.push_back(file->second);
   }
   return files;
 }
@@ -28,8 +31,29 @@ std::vector<FolderFile> ChangedFiles(const LocalSide& side) {
   return files;
 }
 
+ExitCode WorkOnNamedFiles(Host& host, const Arguments& arguments, Others others, const WorkOnFile& work) {
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  WorkFolder& folder = **opened;
+  if (others == Others::MustWait) {
+    if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
+  }
+  const auto kept = ReadKept(folder);
+  if (!kept) return host.output().Fail(kept.failure());
+  const auto named = FilesNamed(folder, *kept, arguments.All("FILE"));
+  if (!named) return host.output().Fail(named.failure());
+  ForgetReasons();
+  ExitCode worst = ExitCode::Ok;
+  for (const FolderFile& file : *named) {
+    if (Interrupted()) return host.output().Fail(InterruptedFailure());
+    worst = Worse(worst, work(folder, file));
+  }
+  return worst;
+}
+
 Result<RemoteVersions> VersionsOf(const std::string& server, const FolderFile& file) {
-  const RemoteTree tree = ReadRemoteFolders(server, {FolderOfDocument(file.path, file.address)}, 1);
+  const RemoteTree tree =
+      ReadRemoteFolders(server, {FolderOfDocument(file.path, file.address)}, 1, {{file.path, file}});
   const auto found = tree.documents.find(file.path);
   if (found == tree.documents.end()) {
     const bool isKnown = tree.Knows(file.path) || tree.failures.empty();

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <optional>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "hosts/cli/host.h"
 #include "hosts/cli/work_folder/comparison.h"
 
 namespace vtdirect_cli {
@@ -11,11 +12,23 @@ namespace vtdirect_cli {
 /// Finds what is kept of each file of a work folder that a user has named, by its name as one in the current
 /// directory has it. Makes no request.
 /// @return a failure for a name that no such file has
-[[nodiscard]] Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const LocalSide& side,
+[[nodiscard]] Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const KeptFiles& kept,
                                                          const std::vector<std::string>& names);
 
 /// What is kept of each file that was changed here, by the bytes of their paths. Makes no request.
 [[nodiscard]] std::vector<FolderFile> ChangedFiles(const LocalSide& side);
+
+/// Whether others may work in a work folder meanwhile.
+enum class Others { MayWork, MustWait };
+
+/// Works on one file of a work folder.
+using WorkOnFile = std::function<ExitCode(WorkFolder& folder, const FolderFile& file)>;
+
+/// Works on each file that the user has named as FILE, one after the other, in the work folder around the current
+/// directory. Makes the requests of the work.
+/// @return the worst of its exit statuses, or that of a failure that let no work begin, which is told then
+[[nodiscard]] ExitCode WorkOnNamedFiles(Host& host, const Arguments& arguments, Others others,
+                                        const WorkOnFile& work);
 
 /// The versions of a file's document, the newest first.
 struct RemoteVersions {

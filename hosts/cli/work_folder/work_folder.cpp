@@ -59,6 +59,11 @@ Failure StoreFailure(const std::string& fault) {
   return {ExitCode::LocalFile, "what is kept of the work folder can't be read or written: " + fault};
 }
 
+Failure AlreadyMade(const std::string& directory) {
+  return {ExitCode::LocalFile, Printable(directory) + " is a work folder already",
+          "vtdirect pull in it fetches what is missing"};
+}
+
 std::string WorkFolder::RootAbove(const std::string& directory) {
   for (std::filesystem::path at(directory); !at.empty(); at = at.parent_path()) {
     if (IsThere(DatabaseIn(at.string()))) return at.string();
@@ -99,9 +104,15 @@ Result<std::unique_ptr<WorkFolder>> WorkFolder::Create(const std::string& direct
   if (const int code = MakeDirectories(root + "/.vtdirect/incoming"); code != 0) {
     return LocalFailure("cannot write in " + directory, code);
   }
+  std::unique_ptr<WorkFolder> folder(new WorkFolder(root, nullptr));
+  if (const auto locked = folder->TakeLock()) return *locked;
+  // Another process may have made it one since its directory was looked at, of another folder perhaps.
+  if (IsMade(root)) return AlreadyMade(directory);
   auto [store, fault] = FileStore::Create(DatabaseIn(root), address, ServerOf(address));
   if (!store) return StoreFailure(fault);
-  return std::unique_ptr<WorkFolder>(new WorkFolder(root, std::move(store)));
+  folder->store_ = std::move(store);
+  EmptyDirectory(folder->incoming());
+  return folder;
 }
 
 WorkFolder::~WorkFolder() {
@@ -109,18 +120,26 @@ WorkFolder::~WorkFolder() {
 }
 
 std::optional<Failure> WorkFolder::Lock() {
-  const std::string file = root_ + "/.vtdirect/lock";
-  lock_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  if (lock_ < 0) return LocalFailure("cannot write " + file, errno);
-  if (flock(lock_, LOCK_EX | LOCK_NB) != 0) {
-    return Failure{ExitCode::Failure, "another vtdirect is at work in this work folder; nothing was done",
-                   "the same command can be given again when it has ended"};
-  }
+  if (auto locked = TakeLock()) return locked;
   if (const int code = MakeDirectories(incoming()); code != 0) {
     return LocalFailure("cannot write in " + root_, code);
   }
   EmptyDirectory(incoming());
   SettleAnnouncements();
+  return std::nullopt;
+}
+
+std::optional<Failure> WorkFolder::TakeLock() {
+  if (lock_ >= 0) return std::nullopt;
+  const std::string file = root_ + "/.vtdirect/lock";
+  lock_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  if (lock_ < 0) return LocalFailure("cannot write " + file, errno);
+  if (flock(lock_, LOCK_EX | LOCK_NB) != 0) {
+    close(lock_);
+    lock_ = -1;
+    return Failure{ExitCode::Failure, "another vtdirect is at work in this work folder; nothing was done",
+                   "the same command can be given again when it has ended"};
+  }
   return std::nullopt;
 }
 

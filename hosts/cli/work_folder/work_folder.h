@@ -23,8 +23,9 @@ class WorkFolder {
   ///         address leads to another server than the one that its files come from
   [[nodiscard]] static Result<std::unique_ptr<WorkFolder>> OpenHere();
 
-  /// Makes a work folder of a directory that is there and has nothing in it. Makes no request.
+  /// Makes a work folder of a directory that is there, and locks it. Makes no request.
   /// @param address  path of the folder on the server, with its closing "/"
+  /// @return a failure also for one that is a work folder already, and while another process makes it one
   [[nodiscard]] static Result<std::unique_ptr<WorkFolder>> Create(const std::string& directory,
                                                                   const std::string& address);
 
@@ -54,6 +55,7 @@ class WorkFolder {
  private:
   WorkFolder(std::string root, std::unique_ptr<FileStore> store)
       : root_(std::move(root)), store_(std::move(store)) {}
+  [[nodiscard]] std::optional<Failure> TakeLock();
   void SettleAnnouncements();
 
   std::string root_;
@@ -67,6 +69,9 @@ class WorkFolder {
 /// The UID that is kept of a file of the work folder around the current directory, for a text that is no
 /// address and names such a file; nothing for any other text. Makes no request.
 [[nodiscard]] std::optional<std::string> UidOfWorkFile(const std::string& text);
+
+/// The failure of who wants to make a work folder of one.
+[[nodiscard]] Failure AlreadyMade(const std::string& directory);
 
 /// The failure of a work folder's own database.
 [[nodiscard]] Failure StoreFailure(const std::string& fault);

@@ -15,12 +15,11 @@ namespace vtdirect_mount {
 namespace {
 
 // A program that was interrupted never closes what it opened.
-void ReplyHandle(fuse_req_t request, fuse_file_info file, std::shared_ptr<OpenDocument> opened) {
-  auto* const handle = new Handle(std::move(opened));
-  file.fh = reinterpret_cast<std::uint64_t>(handle);
+void ReplyHandle(fuse_req_t request, Mount& mount, fuse_file_info file, const Handle& handle) {
+  file.fh = mount.handles().Keep(handle);
   if (fuse_reply_open(request, &file) == 0) return;
-  if (const auto& local = (*handle)->local(); local != nullptr) local->NoteClosed((*handle)->writes());
-  delete handle;
+  if (const auto& local = handle->local(); local != nullptr) local->NoteClosed(handle->writes());
+  mount.handles().Drop(file.fh);
 }
 
 void ReplyOpen(fuse_req_t request, Mount& mount, std::uint64_t node, const Answer<Iteration>& answer) {
@@ -31,45 +30,68 @@ void ReplyOpen(fuse_req_t request, Mount& mount, std::uint64_t node, const Answe
   fuse_file_info file = {};
   const bool isAsBefore = mount.IsAsBefore(node, answer.value->key);
   file.keep_cache = isAsBefore && !CanChange(answer.value->uid) ? 1 : 0;
-  ReplyHandle(request, file, std::make_shared<OpenDocument>(*answer.value));
+  ReplyHandle(request, mount, file, std::make_shared<OpenDocument>(*answer.value));
 }
 
+// How a file of this machine is opened.
+struct Opening {
+  std::uint64_t node = 0;
+  int flags = 0;
+  // What it is written for when it is emptied; empty for what it was written for before.
+  std::string base = {};
+
+  [[nodiscard]] bool writes() const { return (flags & O_ACCMODE) != O_RDONLY; }
+  [[nodiscard]] bool empties() const { return writes() && (flags & O_TRUNC) != 0; }
+};
+
 // What lies on this machine changes without the kernel's knowledge only by the kernel's own writes.
-void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Node& node, const Writable& writable, int flags) {
+void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Writable& writable, const Opening& opening) {
   if (writable.file == nullptr) {
     fuse_reply_err(request, writable.error);
     return;
   }
-  const bool writes = (flags & O_ACCMODE) != O_RDONLY;
-  if (writes && (flags & O_TRUNC) != 0) {
-    if (const int error = mount.writing()->Empty(writable.file); error != 0) {
+  // Nobody stores what has a writer, as it is being emptied.
+  mount.writing()->NoteOpened(writable.file, opening.writes());
+  if (opening.empties()) {
+    if (const int error = mount.writing()->Empty(writable.file, opening.base); error != 0) {
+      mount.writing()->Close(writable.file, true);
       fuse_reply_err(request, error);
       return;
     }
   }
-  mount.writing()->NoteOpened(writable.file, writes);
-  static_cast<void>(mount.IsAsBefore(node.number, writable.file->name()));
-  ReplyHandle(
-      request, {},
-      std::make_shared<OpenDocument>(writable.file, writes ? ProcessOf(fuse_req_ctx(request)->pid) : 0));
+  static_cast<void>(mount.IsAsBefore(opening.node, writable.file->name()));
+  ReplyHandle(request, mount, {},
+              std::make_shared<OpenDocument>(writable.file,
+                                             opening.writes() ? ProcessOf(fuse_req_ctx(request)->pid) : 0));
 }
 
 // True when the request is taken care of.
 [[nodiscard]] bool OpenLocal(fuse_req_t request, Mount& mount, const std::shared_ptr<const Node>& node,
                              int flags) {
-  const bool writes = (flags & O_ACCMODE) != O_RDONLY;
+  Opening opening{node->number, flags};
   if (const auto local = mount.LocalAt(*node)) {
-    ReplyOpenLocal(request, mount, *node, {0, local}, flags);
+    // What waits may be of another checkout than what is written now.
+    if (opening.empties() && mount.writing()->IsWaiting(node->address)) {
+      mount.Ask(request, [&mount, node, opening, local](const auto& pending) {
+        Opening anew = opening;
+        anew.base = mount.writing()->BaseNow(node->address);
+        pending->Answer([&](fuse_req_t asked) { ReplyOpenLocal(asked, mount, {0, local}, anew); });
+      });
+    } else {
+      ReplyOpenLocal(request, mount, {0, local}, opening);
+    }
     return true;
   }
-  if (!writes) return false;
+  if (!opening.writes()) return false;
   if (mount.writing() == nullptr || node->kind != NodeKind::Document) {
     fuse_reply_err(request, mount.writing() == nullptr ? EROFS : EPERM);
     return true;
   }
-  mount.Ask(request, [&mount, node, flags](const auto& pending) {
-    const Writable writable = mount.writing()->Edit(node->address, (flags & O_TRUNC) == 0);
-    pending->Answer([&](fuse_req_t asked) { ReplyOpenLocal(asked, mount, *node, writable, flags); });
+  mount.Ask(request, [&mount, node, opening](const auto& pending) {
+    const Writable writable = mount.writing()->Edit(node->address, !opening.empties());
+    // The file may be longer or shorter than the document was when the kernel heard of it.
+    mount.LetKernelForget(node->number, Kept::Attributes);
+    pending->Answer([&](fuse_req_t asked) { ReplyOpenLocal(asked, mount, writable, opening); });
   });
   return true;
 }
@@ -144,10 +166,9 @@ void OnRead(fuse_req_t request, fuse_ino_t /*node*/, std::size_t size, off_t off
 
 void OnRelease(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* file) {
   Mount& mount = MountOf(request);
-  const std::unique_ptr<Handle> handle(reinterpret_cast<Handle*>(file->fh));
-  if (const auto& local = (*handle)->local(); local != nullptr) {
-    mount.writing()->Close(local, (*handle)->writes());
-  }
+  const Handle handle = HandleOf(file);
+  if (const auto& local = handle->local(); local != nullptr) mount.writing()->Close(local, handle->writes());
+  mount.handles().Drop(file->fh);
   fuse_reply_err(request, 0);
 }
 

@@ -66,9 +66,8 @@ void ReplyOpenDirectory(fuse_req_t request, Mount& mount, const Node& node,
   fuse_file_info file = {};
   file.cache_readdir = 1;
   file.keep_cache = mount.IsAsBefore(node.number, MarkOf(lines)) ? 1 : 0;
-  auto* const opened = new OpenDirectory{std::move(lines)};
-  file.fh = reinterpret_cast<std::uint64_t>(opened);
-  if (fuse_reply_open(request, &file) != 0) delete opened;
+  file.fh = mount.handles().Keep(std::make_shared<OpenDirectory>(OpenDirectory{std::move(lines)}));
+  if (fuse_reply_open(request, &file) != 0) mount.handles().Drop(file.fh);
 }
 
 void ForgetNode(Mount& mount, fuse_ino_t node, std::uint64_t times) {
@@ -157,7 +156,7 @@ void OnReadDirectory(fuse_req_t request, fuse_ino_t /*node*/, std::size_t size, 
 }
 
 void OnReleaseDirectory(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* file) {
-  delete reinterpret_cast<OpenDirectory*>(file->fh);
+  MountOf(request).handles().Drop(file->fh);
   fuse_reply_err(request, 0);
 }
 

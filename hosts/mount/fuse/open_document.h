@@ -13,7 +13,7 @@ namespace vtdirect_mount {
 
 /// An open file: either the iteration that it was when it was opened, whatever becomes of the document, whose
 /// content is fetched when it is first read; or a file of this machine.
-class OpenDocument {
+class OpenDocument : public std::enable_shared_from_this<OpenDocument> {
  public:
   explicit OpenDocument(Iteration iteration) : iteration_(std::move(iteration)) {}
   /// @param writer  the process that opened it for writing; 0 when it was opened for reading
@@ -41,11 +41,12 @@ class OpenDocument {
   std::shared_ptr<const OpenFile> content_;
 };
 
-/// What the kernel is given for an open file.
+/// An open file for those who deal with it, as long as they do so.
 using Handle = std::shared_ptr<OpenDocument>;
 
-[[nodiscard]] inline const Handle& HandleOf(const fuse_file_info* file) {
-  return *reinterpret_cast<const Handle*>(file->fh);
+/// The open file that the kernel speaks of.
+[[nodiscard]] inline Handle HandleOf(const fuse_file_info* file) {
+  return reinterpret_cast<OpenDocument*>(file->fh)->shared_from_this();
 }
 
 }  // namespace vtdirect_mount

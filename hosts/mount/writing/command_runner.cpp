@@ -5,6 +5,7 @@
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vtdirect/vt_direct_manager.h>
 
 #include <cerrno>
 
@@ -76,6 +77,12 @@ class Surroundings {
 }
 
 }  // namespace
+
+void PinServer(const std::string& address, std::vector<std::string>& command) {
+  const std::string nickname = VtDirectManager::GetServerNickname(address.c_str());
+  const std::string url = VtDirectManager::GetServerURL(address.c_str());
+  if (!nickname.empty() && !url.empty()) command.insert(command.end(), {"--server", nickname + "=" + url});
+}
 
 std::string CommandRunner::Run(const std::vector<std::string>& command) const {
   int ends[2] = {-1, -1};

@@ -23,4 +23,8 @@ class CommandRunner {
   const std::string directory_;
 };
 
+/// Has a command go to the server that the nickname of an address means in this process: vtdirect reads its list of
+/// servers anew, in which the nickname may mean another one by now.
+void PinServer(const std::string& address, std::vector<std::string>& command);
+
 }  // namespace vtdirect_mount

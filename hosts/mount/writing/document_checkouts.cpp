@@ -4,6 +4,10 @@
 
 #include <cerrno>
 #include <cstring>
+#include <vector>
+
+#include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/storing/unstored_files.h"
 
 namespace vtdirect_mount {
 
@@ -13,31 +17,46 @@ std::string DocumentCheckouts::ReadBy(const std::string& uid) {
   return copy.empty() ? uid : copy;
 }
 
-int DocumentCheckouts::Require(const std::string& address, std::string& uid) {
-  int error = 0;
-  uid = mounted_.uidOf(address, error);
-  if (uid.empty()) return error;
-  if (Has(uid)) return 0;
-  if (!checksOut_) return EACCES;
-  const std::string fault = runner_.Run({"checkout", "--quiet", "--", address});
+DocumentCheckouts::Required DocumentCheckouts::Known(const std::string& address) {
+  Required known;
+  known.uid = mounted_.uidOf(address, known.error);
+  if (known.uid.empty()) return known;
+  known.base = kept_.WorkingCopyOf(known.uid);
+  known.error = known.base.empty() ? EACCES : 0;
+  return known;
+}
+
+DocumentCheckouts::Required DocumentCheckouts::Require(const std::string& address) {
+  Required known = Known(address);
+  if (known.uid.empty() || known.error == 0 || !checksOut_) return known;
+  std::vector<std::string> command = {"checkout", "--quiet"};
+  PinServer(address, command);
+  command.insert(command.end(), {"--", address});
+  const std::string fault = runner_.Run(command);
   if (!fault.empty()) {
     mounted_.log("cannot check out " + address + ": " + fault);
-    return EACCES;
+    return known;
   }
   // What was known before may be an older iteration than the one that is checked out.
   mounted_.outdate(address);
-  uid = mounted_.uidOf(address, error);
-  if (uid.empty()) return error;
-  return Has(uid) ? 0 : EACCES;
+  return Known(address);
 }
 
-// What was written when a document was checked out, or was not there, must not become a new iteration of one
-// that is not checked out any more, or that somebody else has made meanwhile.
-std::string DocumentCheckouts::WhyNotNow(const std::string& address) {
+// What was written for one checkout must not go into another one: the document may be newer there. And what was
+// written where no document was must not become a version of one that somebody else has made meanwhile.
+std::string DocumentCheckouts::WhyNotNow(const std::string& address, const std::string& base) {
   int error = 0;
   const std::string uid = mounted_.uidNow(address, error);
-  if (uid.empty()) return error == ENOENT ? "" : std::strerror(error);
-  return Has(uid) ? "" : "the document is not checked out here";
+  if (uid.empty() && error != ENOENT) return std::strerror(error);
+  const bool isNew = base == vtdirect_cli::baseOfNewDocument;
+  if (uid.empty()) return isNew ? "" : "the document is not there any more";
+  if (isNew) return "there is a document of that name by now";
+  if (base.empty()) return "it is not known which checkout it was written for";
+  // The document was made of this very file, and is as it was then.
+  if (vtdirect_cli::AreSameUid(uid, base)) return "";
+  const std::string copy = kept_.WorkingCopyOf(uid);
+  if (copy.empty()) return "the document is not checked out here";
+  return vtdirect_cli::AreSameUid(copy, base) ? "" : "it was written for an earlier checkout of the document";
 }
 
 }  // namespace vtdirect_mount

@@ -22,14 +22,20 @@ class DocumentCheckouts {
   /// request.
   [[nodiscard]] std::string ReadBy(const std::string& uid);
 
+  /// A document that may be stored into, or why there is none.
+  struct Required {
+    int error = 0;     ///< EACCES for one that is not checked out here, ENOENT without a document
+    std::string uid;   ///< the document's
+    std::string base;  ///< what is written to it now is written for
+  };
   /// Makes sure that a document may be stored into. May make requests, and block.
-  /// @param uid  the document's UID
-  /// @return an error number: EACCES for one that is not checked out here, ENOENT without a document
-  [[nodiscard]] int Require(const std::string& address, std::string& uid);
+  [[nodiscard]] Required Require(const std::string& address);
   /// Why a file must not be stored at an address now; empty when it may be. Makes requests.
-  [[nodiscard]] std::string WhyNotNow(const std::string& address);
+  /// @param base  what the file was written for
+  [[nodiscard]] std::string WhyNotNow(const std::string& address, const std::string& base);
 
  private:
+  [[nodiscard]] Required Known(const std::string& address);
   const Mounted& mounted_;
   const CommandRunner& runner_;
   const bool checksOut_;

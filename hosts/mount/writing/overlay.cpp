@@ -32,15 +32,21 @@ void Overlay::Take(const std::string& address, const std::shared_ptr<LocalFile>&
   if (place != files_.end() && place->second == file) files_.erase(place);
 }
 
-void Overlay::PutAside(const std::string& address, Clock::time_point now) {
+void Overlay::PutAside(const std::string& address, const std::string& base, Clock::time_point now) {
   const std::lock_guard lock(mutex_);
-  aside_[address] = now;
+  aside_[address] = {now, base};
+}
+
+std::string Overlay::BaseOfAside(const std::string& address) const {
+  const std::lock_guard lock(mutex_);
+  const auto place = aside_.find(address);
+  return place == aside_.end() ? "" : place->second.base;
 }
 
 bool Overlay::IsAside(const std::string& address, Clock::time_point now) const {
   const std::lock_guard lock(mutex_);
   const auto place = aside_.find(address);
-  return place != aside_.end() && now - place->second < asideSeconds;
+  return place != aside_.end() && now - place->second.since < asideSeconds;
 }
 
 void Overlay::BringBack() {

@@ -31,7 +31,10 @@ class Overlay {
   void Take(const std::string& address, const std::shared_ptr<LocalFile>& file);
 
   /// Puts a document aside: its name is free.
-  void PutAside(const std::string& address, Clock::time_point now);
+  /// @param base  what a file is written for that takes the name
+  void PutAside(const std::string& address, const std::string& base, Clock::time_point now);
+  /// What a file that takes the name of a document put aside is written for; empty when none was put aside.
+  [[nodiscard]] std::string BaseOfAside(const std::string& address) const;
   [[nodiscard]] bool IsAside(const std::string& address, Clock::time_point now) const;
   /// Brings back all documents that were put aside.
   void BringBack();
@@ -43,7 +46,11 @@ class Overlay {
  private:
   mutable std::mutex mutex_;
   std::map<std::string, std::shared_ptr<LocalFile>> files_;
-  std::map<std::string, Clock::time_point> aside_;
+  struct Aside {
+    Clock::time_point since;
+    std::string base;
+  };
+  std::map<std::string, Aside> aside_;
 };
 
 }  // namespace vtdirect_mount

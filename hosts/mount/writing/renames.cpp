@@ -23,12 +23,16 @@ bool Renames::StaysHere(const std::string& address, int& error) const {
 Writable Renames::CopyOf(const std::string& document) {
   const auto local = parts_.overlay.Find(document);
   if (local == nullptr) {
-    std::string uid;
-    const int error = parts_.checkouts.Require(document, uid);
-    return error == 0 ? parts_.files.MakeOf(parts_.checkouts.ReadBy(uid)) : Writable{error};
+    const auto required = parts_.checkouts.Require(document);
+    if (required.error != 0) return {required.error};
+    Writable copy = parts_.files.MakeOf(parts_.checkouts.ReadBy(required.uid));
+    if (copy.file != nullptr) copy.file->SetBase(required.base);
+    return copy;
   }
   Writable copy = parts_.files.MakeEmpty();
-  if (copy.file != nullptr && !CopyBytes(*local, *copy.file)) return {EIO};
+  if (copy.file == nullptr) return copy;
+  copy.file->SetBase(local->base());
+  if (!CopyBytes(*local, *copy.file)) return {EIO};
   return copy;
 }
 
@@ -43,7 +47,7 @@ int Renames::SetAside(const std::string& document, const std::string& backup) {
   if (const auto local = parts_.overlay.Find(document); local != nullptr && !local->isDirty()) {
     parts_.overlay.Take(document, local);
   }
-  parts_.overlay.PutAside(document, Overlay::Clock::now());
+  parts_.overlay.PutAside(document, copy.file->base(), Overlay::Clock::now());
   return 0;
 }
 
@@ -54,10 +58,11 @@ int Renames::MoveOnto(const std::string& from, const std::string& to,
   if (error != 0) return error;
   if (!isScratch) {
     if (file->failedWrite() != 0) return file->failedWrite();
-    std::string uid;
-    error = parts_.checkouts.Require(to, uid);
-    if (error != 0 && error != ENOENT) return error;
-    if (error == ENOENT && !VtDirectManager::IsPathWritable(to.c_str())) return EPERM;
+    const auto required = parts_.checkouts.Require(to);
+    const bool isNew = required.error == ENOENT;
+    if (required.error != 0 && !isNew) return required.error;
+    if (isNew && !VtDirectManager::IsPathWritable(to.c_str())) return EPERM;
+    file->SetBase(isNew ? vtdirect_cli::baseOfNewDocument : required.base);
   }
   file->SetScratch(isScratch);
   parts_.waiting.LayOver(to, file);

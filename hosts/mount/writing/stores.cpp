@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <vector>
 
 #include "hosts/cli/files/fetch_record.h"
 
@@ -18,17 +19,25 @@ int Stores::NoteHalf(LocalFile& file) {
 
 // @return why it is not stored; empty when it is
 std::string Stores::Put(const std::string& address, const LocalFile& file) {
-  std::string fault = parts_.checkouts.WhyNotNow(address);
-  if (fault.empty()) fault = parts_.runner.Run({"put", "--quiet", "--", file.path(), address});
-  return fault;
+  std::string fault = parts_.checkouts.WhyNotNow(address, file.base());
+  if (!fault.empty()) return fault;
+  std::vector<std::string> command = {"put", "--quiet"};
+  PinServer(address, command);
+  command.insert(command.end(), {"--", file.path(), address});
+  return parts_.runner.Run(command);
 }
 
 // @param changes  how often the file had been changed when the store began
 void Stores::NoteStored(const std::string& address, const std::shared_ptr<LocalFile>& file,
                         std::uint64_t changes) {
   file->NoteStored(changes);
-  parts_.mounted.outdate(address);
-  if (file->isDirty()) return;
+  const bool isWhole = !file->isDirty();
+  if (isWhole) parts_.mounted.outdateStored(address, file->facts());
+  if (!isWhole) parts_.mounted.outdate(address);
+  if (file->base() == vtdirect_cli::baseOfNewDocument) {
+    file->NoteCreated(parts_.mounted.uidStored(address));
+  }
+  if (!isWhole) return;
   parts_.waiting.StrikeReplaced(*file);
   parts_.waiting.Strike(*file);
   vtdirect_cli::FetchRecords().Forget(file->path());
@@ -51,6 +60,7 @@ int Stores::Store(const std::shared_ptr<LocalFile>& file) {
     return 0;
   }
   parts_.mounted.log(address + " is not stored, and waits: " + fault);
+  file->NoteFailedStore(changes);
   parts_.waiting.Note(*file, file->changes() == changes, fault);
   parts_.waiting.Add(address);
   return EIO;

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
+#include <vtdirect/vt_direct_manager.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -74,22 +75,34 @@ void WaitingFiles::ClearAway(const std::set<std::string>& entries) const {
   }
 }
 
-// The newest of an address is stored, by this mount or by the one that has it. An older one must not be stored
-// after it, and is left on the disk for its user.
+// Why an entry is for its user alone to look at; empty when it is not. The newest of an address is stored, by this
+// mount or by the one that has it, and an older one must not be stored after it.
 // @param taken  the addresses of newer ones
+std::string WaitingFiles::WhyLeft(const vtdirect_cli::UnstoredFile& unstored, std::set<std::string>& taken) {
+  const std::string server = VtDirectManager::GetServerURL(unstored.address.c_str());
+  if (unstored.server.empty()) return "it is not known which server it was written for";
+  if (unstored.server != server) return "it was written for " + unstored.server + ", and this is " + server;
+  return taken.insert(unstored.address).second ? "" : "a newer file has its address";
+}
+
 void WaitingFiles::TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<std::string>& taken) {
   const std::string path = unstored_.ContentOf(unstored.name);
   const int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
   if (descriptor < 0) return;
   auto file = std::make_shared<LocalFile>(unstored.name, path, descriptor);
   file->Keep(true);
-  const bool isNewest = taken.insert(unstored.address).second;
+  const std::string whyLeft = WhyLeft(unstored, taken);
   if (!file->Claim()) return;
-  if (!isNewest) {
-    static_cast<void>(unstored_.Write(
-        {unstored.name, unstored.address, unstored.since, false, "a newer file has its address"}));
+  if (unstored_.IsToBeDropped(unstored.name)) return Strike(*file);
+  if (!whyLeft.empty()) {
+    vtdirect_cli::UnstoredFile left = unstored;
+    left.fault = whyLeft;
+    // Not even the next mount may store it, which finds no newer one.
+    if (unstored.server == VtDirectManager::GetServerURL(unstored.address.c_str())) left.isWhole = false;
+    if (left.fault != unstored.fault) static_cast<void>(unstored_.Write(left));
     return;
   }
+  file->SetBase(unstored.base);
   file->NoteChange(true);
   file->NoteListed(true);
   static_cast<void>(overlay_.Lay(unstored.address, std::move(file)));
@@ -98,7 +111,8 @@ void WaitingFiles::TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<s
 
 int WaitingFiles::Note(LocalFile& file, bool isWhole, const std::string& fault) {
   const std::string address = file.address();
-  const int error = unstored_.Write({file.name(), address, Now(), isWhole, fault});
+  const int error = unstored_.Write({file.name(), address, Now(), isWhole, fault,
+                                     VtDirectManager::GetServerURL(address.c_str()), file.base()});
   if (error == 0) file.NoteListed(isWhole);
   if (error != 0) mounted_.log("cannot note that " + address + " waits: " + std::strerror(error));
   return error;
@@ -107,6 +121,16 @@ int WaitingFiles::Note(LocalFile& file, bool isWhole, const std::string& fault) 
 void WaitingFiles::Strike(LocalFile& file) {
   unstored_.Strike(file.name());
   file.Keep(false);
+}
+
+void WaitingFiles::Drop(const std::string& address, const std::shared_ptr<LocalFile>& file) {
+  mounted_.log(address + " was given up: what waited for it is gone");
+  file->NoteReplaced();
+  StrikeReplaced(*file);
+  Strike(*file);
+  overlay_.Take(address, file);
+  Remove(address);
+  mounted_.outdate(address);
 }
 
 void WaitingFiles::LayOver(const std::string& address, const std::shared_ptr<LocalFile>& file) {

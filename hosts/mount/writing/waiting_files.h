@@ -36,6 +36,9 @@ class WaitingFiles {
   /// Removes the entry of a file; the content goes with the last who has it.
   void Strike(LocalFile& file);
 
+  /// Forgets a file that its user has given up: its bytes are nowhere after that.
+  void Drop(const std::string& address, const std::shared_ptr<LocalFile>& file);
+
   /// Lays a file over an address. What lay there before waits on the disk until the new one is safe there.
   void LayOver(const std::string& address, const std::shared_ptr<LocalFile>& file);
   /// Strikes what a file was laid over.
@@ -49,6 +52,8 @@ class WaitingFiles {
 
  private:
   void ClearAway(const std::set<std::string>& entries) const;
+  [[nodiscard]] static std::string WhyLeft(const vtdirect_cli::UnstoredFile& unstored,
+                                           std::set<std::string>& taken);
   void TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<std::string>& taken);
 
   const Mounted& mounted_;

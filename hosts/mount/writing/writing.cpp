@@ -33,6 +33,8 @@ Writable Writing::Create(const std::string& address, const std::string& program)
   made.file->SetScratch(isScratch);
   // An empty new file is a document too, once it is closed.
   made.file->SetAddress(address);
+  const std::string base = overlay_.BaseOfAside(address);
+  made.file->SetBase(base.empty() ? vtdirect_cli::baseOfNewDocument : base);
   if (const int error = NoteChange(*made.file, false); error != 0) return {error};
   waiting_.LayOver(address, made.file);
   return made;
@@ -62,10 +64,11 @@ void Writing::NoteWhole(LocalFile& file) {
 
 Writable Writing::Edit(const std::string& address, bool keepsContent) {
   if (auto known = overlay_.Find(address)) return {0, std::move(known)};
-  std::string uid;
-  if (const int error = checkouts_.Require(address, uid); error != 0) return {error};
-  const Writable made = keepsContent ? files_.MakeOf(ReadBy(uid)) : files_.MakeEmpty();
+  const auto required = checkouts_.Require(address);
+  if (required.error != 0) return {required.error};
+  const Writable made = keepsContent ? files_.MakeOf(ReadBy(required.uid)) : files_.MakeEmpty();
   if (made.file == nullptr) return made;
+  made.file->SetBase(required.base);
   return {0, overlay_.LayIfFree(address, made.file)};
 }
 
@@ -73,19 +76,23 @@ int Writing::NoteChange(LocalFile& file, bool isDue) {
   // One that waits is half while it is written to again.
   if (!file.isReplaced() && (!file.isDirty() || file.isListedWhole()) && !file.isScratch()) {
     if (const int error = waiting_.Note(file, false, "it was not closed"); error != 0) return error;
+    waiting_.unstored().KeepAfterAll(file.name());
     file.Keep(true);
   }
   file.NoteChange(isDue);
   return 0;
 }
 
-int Writing::Empty(const std::shared_ptr<LocalFile>& file) {
-  if (const int error = NoteChange(*file, false); error != 0) {
-    if (!file->isDirty() && !file->isOpen()) overlay_.Take(file->address(), file);
-    return error;
-  }
+std::string Writing::BaseNow(const std::string& address) {
+  const auto required = checkouts_.Require(address);
+  return required.error == ENOENT ? vtdirect_cli::baseOfNewDocument : required.base;
+}
+
+int Writing::Empty(const std::shared_ptr<LocalFile>& file, const std::string& base) {
+  if (const int error = NoteChange(*file, false); error != 0) return error;
   if (ftruncate(file->file().descriptor(), 0) != 0) return errno;
   file->NoteFailedWrite(0);
+  if (!base.empty()) file->SetBase(base);
   return 0;
 }
 
@@ -100,6 +107,10 @@ void Writing::RetryOnce() {
   for (const std::string& address : waiting_.Addresses()) {
     const auto file = overlay_.Find(address);
     if (file != nullptr && file->hasWriters()) continue;
+    if (file != nullptr && waiting_.unstored().IsToBeDropped(file->name())) {
+      waiting_.Drop(address, file);
+      continue;
+    }
     if (file == nullptr || !file->isDirty() || Store(file) == 0) waiting_.Remove(address);
   }
 }

@@ -54,9 +54,13 @@ class Writing {
   /// @param isDue  as LocalFile::NoteChange
   /// @return an error number when that can't be noted; then it must not be changed
   [[nodiscard]] int NoteChange(LocalFile& file, bool isDue);
+  /// What is written anew to a waiting file is written for; empty when that can't be told. May make requests.
+  [[nodiscard]] std::string BaseNow(const std::string& address);
+  [[nodiscard]] bool IsWaiting(const std::string& address) const { return waiting_.Has(address); }
   /// Empties a file that a program is about to write anew.
-  /// @return an error number; then a file that nobody has changed or has open does not lie over its document
-  [[nodiscard]] int Empty(const std::shared_ptr<LocalFile>& file);
+  /// @param base  what it is written for from now on; empty for what it was written for before
+  /// @return an error number
+  [[nodiscard]] int Empty(const std::shared_ptr<LocalFile>& file, const std::string& base);
   /// Hands over a task that stores or renames: one at a time, in the order in which they come.
   void Post(TaskPool::Task task) { tasks_.Post(std::move(task)); }
   /// A file was opened.

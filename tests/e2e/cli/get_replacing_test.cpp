@@ -309,6 +309,30 @@ TEST_F(GetByPath, IsRefusedWhenTheServerDoesNotTellWhereTheDocumentStands) {
   EXPECT_TRUE(wasTold) << "one of them is the question for the place";
 }
 
+// Without an answer it is not known whether the path leads to another document: whichever question gets none, or that
+// one and the next, or three.
+TEST_F(GetByPath, IsRefusedWhicheverQuestionTheServerDoesNotAnswer) {
+  for (const auto& [status, body] : {std::pair{503, "{}"}, std::pair{403, "{}"}, std::pair{200, "<html>"}}) {
+    for (int missing = 1; missing < 4; ++missing) {
+      for (int at = 0, asked = 1; at < asked && !HasFailure(); ++at) {
+        std::atomic<int> questions = 0;
+        Meddler meddler([&, at, status = status, body = body](Peer& peer, const WireRequest& /*request*/,
+                                                              const Meddler::Forward& forward) {
+          const int number = questions++;
+          if (number >= at && number < at + missing) return peer.Answer(status, body);
+          peer.Send(forward());
+        });
+        environment_["http_proxy"] = meddler.Url();
+        const ProcessResult result = Run({"get", wrong_, "-o", "-"});
+        environment_.erase("http_proxy");
+        asked = questions;
+        EXPECT_NE(result.status, 0) << missing << " times " << status << " at " << at;
+        EXPECT_EQ(result.out, "") << missing << " times " << status << " at " << at;
+      }
+    }
+  }
+}
+
 TEST_F(GetByPath, TakesTheDocumentAnywhereWhenAsked) {
   for (const char* command :
        {"get", "info", "uid", "path", "url", "versions", "links", "browse-url", "edit-url", "status"}) {

@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "tests/e2e/cli/accident_fixture.h"
+#include "tests/e2e/cli/meddler.h"
 
 using testing::AnyOf;
 using testing::HasSubstr;

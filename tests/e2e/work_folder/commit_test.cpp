@@ -115,7 +115,13 @@ TEST_F(CommitCommand, IsRefusedWhileSomebodyElseHasIt) {
 TEST_F(CommitCommand, IsToldWhoHasTheNewestVersion) {
   environment_["VTDIRECT_USER"] = "anna";
   environment_["VTDIRECT_PASSWORD"] = "a";
-  Clone({"--user", "anna:a", "--user", "bruno:b"});
+  const std::string port = std::to_string(UnusedPort());
+  Clone({"--user", "anna:a", "--user", "bruno:b", "--upload-port", port});
+  // The address that takes contents gets the login only when it is named as one that has the same.
+  WriteHome(".config/vtdirect/config",
+            "[server sim]\nurl = " + server().url() +
+                "\nlogin_also_for = uploads\n[server uploads]\nurl = http://127.0.0.1:" + port + "/\n",
+            0600);
   environment_["VTDIRECT_USER"] = "bruno";
   environment_["VTDIRECT_PASSWORD"] = "b";
   StoreElsewhere("newer");

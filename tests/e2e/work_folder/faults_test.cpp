@@ -1,18 +1,16 @@
 #include <gmock/gmock.h>
 #include <signal.h>
 
-#include <atomic>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <sstream>
 
-#include "tests/e2e/cli/meddler.h"
+#include "tests/e2e/cli/accident.h"
 #include "tests/e2e/work_folder/work_folder_fixture.h"
 
 namespace vtdirect_test {
 namespace {
-
-enum class Accident { KilledBefore, KilledAfter, Refused, Lost, Cut, Reset, Silent };
 
 // A read has no consequence, so of it three ways stand for all.
 [[nodiscard]] std::vector<Accident> AccidentsOf(bool isWrite) {
@@ -40,61 +38,19 @@ class WorkFolderFaults : public WorkFolderTest {
     WorkFolderTest::TearDown();
   }
 
-  // Runs a command with an accident at one of its requests. Gives whether that request came.
-  bool RunWithAccident(const std::string& directory, const std::vector<std::string>& words, int at,
-                       Accident accident, bool* isWrite) {
-    std::atomic<int> number = 0;
-    std::atomic<bool> came = false;
-    std::atomic<Process*> process = nullptr;
-    {
-      Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
-        if (number++ != at) return peer.Send(forward());
-        came = true;
-        *isWrite = request.method != "GET";
-        EXPECT_TRUE(WaitUntil([&process] { return process != nullptr; }));
-        Happen(accident, peer, forward, *process);
-      });
-      environment_["http_proxy"] = meddler.Url();
-      const auto running = StartIn(directory, words);
-      process = running.get();
-      result_ = running->Wait();
-    }
-    environment_.erase("http_proxy");
-    return came;
-  }
-
-  static void Happen(Accident accident, Peer& peer, const Meddler::Forward& forward, const Process& process) {
-    if (accident == Accident::KilledBefore) return process.Signal(SIGKILL);
-    if (accident == Accident::Refused) return peer.Answer(503, "{}");
-    const std::string answer = forward();
-    if (accident == Accident::KilledAfter) process.Signal(SIGKILL);
-    if (accident == Accident::Cut) peer.Send(answer.substr(0, answer.size() - answer.size() / 4 - 1));
-    if (accident == Accident::Reset) peer.Reset();
-    if (accident == Accident::Silent) peer.StaySilent();
-  }
-
-  // Tries each accident at each request, until a run has no such request any more.
-  template <typename Before, typename After>
-  void TryAll(const std::string& directory, const std::vector<std::string>& words, Before before,
-              After after) {
-    bool came = true;
-    for (int at = 0; came && !HasFailure(); ++at) {
-      bool isWrite = false;
-      before();
-      came = RunWithAccident(directory, words, at, Accident::KilledBefore, &isWrite);
-      for (const Accident accident : AccidentsOf(isWrite)) {
-        if (!came) break;
-        SCOPED_TRACE("request " + std::to_string(at) + " accident " +
-                     std::to_string(static_cast<int>(accident)));
-        if (accident != Accident::KilledBefore) {
-          before();
-          RunWithAccident(directory, words, at, accident, &isWrite);
-        }
-        SCOPED_TRACE("status " + std::to_string(result_.status) + ": " + result_.out + result_.err);
-        after();
-      }
-      tried_ = at;
-    }
+  // Tries each accident at each request, until a run has no such request any more. Gives how many it made.
+  int TryAll(const std::string& directory, const std::vector<std::string>& words,
+             const std::function<void()>& before, const std::function<void()>& after) {
+    const auto start = [&](const std::string& proxy) {
+      environment_["http_proxy"] = proxy;
+      auto process = StartIn(directory, words);
+      environment_.erase("http_proxy");
+      return process;
+    };
+    return MeetEveryAccident({start, AccidentsOf, before, [&](const ProcessResult& result) {
+                                result_ = result;
+                                after();
+                              }});
   }
 
   // Each of the three documents is told, and as it is.
@@ -146,13 +102,12 @@ class WorkFolderFaults : public WorkFolderTest {
   ProcessResult result_;
   std::string frame_;
   std::string manual_;
-  int tried_ = 0;
 };
 
 TEST_F(WorkFolderFaults, OfACloneLeaveAWorkFolderThatAPullCompletes) {
   Serve();
   ReadServer();
-  TryAll(
+  const int requests = TryAll(
       "", {"--stall-timeout", "1", "clone", framePath, "--parallel", "2"},
       [this] { std::filesystem::remove_all(Here("Frame")); },
       [this] {
@@ -164,14 +119,14 @@ TEST_F(WorkFolderFaults, OfACloneLeaveAWorkFolderThatAPullCompletes) {
         }
         ExpectAllIsHere();
       });
-  EXPECT_GE(tried_, 9) << "three documents of two requests each, and the listing";
+  EXPECT_GE(requests, 9) << "three documents of two requests each, and the listing";
 }
 
 TEST_F(WorkFolderFaults, OfAPullLeaveAWorkFolderThatASecondOneCompletes) {
   Clone();
   ReadServer();
   int count = 0;
-  TryAll(
+  const int requests = TryAll(
       "Frame", {"--stall-timeout", "1", "pull", "--parallel", "2"},
       [&] {
         StoreElsewhere("version " + std::to_string(++count));
@@ -187,7 +142,7 @@ TEST_F(WorkFolderFaults, OfAPullLeaveAWorkFolderThatASecondOneCompletes) {
         EXPECT_EQ(ReadFile(Fork()), ForkOnServer());
         EXPECT_EQ(ReadFile(Here("Frame/frame.lxz")), frame_);
       });
-  EXPECT_GE(tried_, 7);
+  EXPECT_GE(requests, 7);
 }
 
 TEST_F(WorkFolderFaults, OfACommitLoseNothingAndASecondOneFinishesIt) {
@@ -195,7 +150,7 @@ TEST_F(WorkFolderFaults, OfACommitLoseNothingAndASecondOneFinishesIt) {
   ReadServer();
   int count = 0;
   std::string mine;
-  TryAll(
+  const int requests = TryAll(
       "Frame", {"--stall-timeout", "1", "commit"},
       [&] {
         mine = "edit " + std::to_string(++count);
@@ -215,7 +170,7 @@ TEST_F(WorkFolderFaults, OfACommitLoseNothingAndASecondOneFinishesIt) {
         EXPECT_EQ(Book(), kBookHead);
         ExpectAllIsHere();
       });
-  EXPECT_GE(tried_, 15);
+  EXPECT_GE(requests, 15);
 }
 
 // Wherever a limit on the size of files meets a clone, what is there is whole, and a pull brings the rest.

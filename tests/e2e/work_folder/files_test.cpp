@@ -29,6 +29,22 @@ TEST_F(WorkFiles, AreRevertedWithTheEditBesideThem) {
   EXPECT_EQ(RunIn("Frame", {"revert", "fork.lxz"}).out, "") << "there is nothing to put back";
 }
 
+// A tool that sets times back hides a change from st. Who names the file knows better.
+TEST_F(WorkFiles, AreReadWhenTheyAreNamed) {
+  Clone();
+  const std::string original = ReadFile(Fork());
+  const std::string mine = ChangeUnseen();
+  EXPECT_EQ(St("Frame"), "");
+  EXPECT_THAT(RunIn("Frame", {"--json", "diff", "fork.lxz"}).out, HasSubstr("\"differs\":true"));
+  EXPECT_EQ(RunIn("Frame", {"revert", "fork.lxz"}).out, "fork.lxz.edited\n");
+  EXPECT_EQ(ReadFile(Here("Frame/fork.lxz.edited")), mine);
+  EXPECT_EQ(ReadFile(Fork()), original);
+  ASSERT_EQ(ChangeUnseen(), mine);
+  const ProcessResult commit = RunIn("Frame", {"commit", "fork.lxz"});
+  EXPECT_EQ(commit.status, 0) << commit.err;
+  EXPECT_EQ(ForkOnServer(), mine);
+}
+
 TEST_F(WorkFiles, AreRevertedToTheVersionThatTheyCameFrom) {
   Clone();
   const std::string original = ReadFile(Fork());

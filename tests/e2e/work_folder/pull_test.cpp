@@ -62,13 +62,7 @@ TEST_F(PullCommand, TellsItsFailuresOnceMoreAfterTheSummary) {
 
 TEST_F(PullCommand, SeesAModificationThatSizeAndTimeHide) {
   Clone();
-  struct stat facts = {};
-  ASSERT_EQ(stat(Fork().c_str(), &facts), 0);
-  std::string mine = ReadFile(Fork());
-  mine[0] = '#';
-  WriteFile(Fork(), mine);
-  const timespec times[] = {facts.st_mtim, facts.st_mtim};
-  ASSERT_EQ(utimensat(AT_FDCWD, Fork().c_str(), times, 0), 0);
+  const std::string mine = ChangeUnseen();
   StoreElsewhere("newer");
   EXPECT_EQ(RunIn("Frame", {"pull"}).status, 1);
   EXPECT_EQ(ReadFile(Fork()), mine);

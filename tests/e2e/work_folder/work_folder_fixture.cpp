@@ -1,5 +1,8 @@
 #include "tests/e2e/work_folder/work_folder_fixture.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 namespace vtdirect_test {
 
 std::unique_ptr<Process> WorkFolderTest::StartIn(const std::string& directory,
@@ -20,6 +23,17 @@ std::string WorkFolderTest::St(const std::string& directory) {
   const ProcessResult result = RunIn(directory, {"st"});
   EXPECT_EQ(result.status, 0) << result.err;
   return result.out;
+}
+
+std::string WorkFolderTest::ChangeUnseen() {
+  struct stat facts = {};
+  EXPECT_EQ(stat(Fork().c_str(), &facts), 0);
+  std::string bytes = ReadFile(Fork());
+  bytes[0] = '#';
+  WriteFile(Fork(), bytes);
+  const timespec times[] = {facts.st_mtim, facts.st_mtim};
+  EXPECT_EQ(utimensat(AT_FDCWD, Fork().c_str(), times, 0), 0);
+  return bytes;
 }
 
 void WorkFolderTest::StoreElsewhere(const std::string& bytes) {

@@ -31,6 +31,8 @@ class WorkFolderTest : public CheckoutTest {
 
   /// The file "fork.lxz" in "Frame".
   [[nodiscard]] std::string Fork() const { return Here("Frame/fork.lxz"); }
+  /// Changes it so that neither its size nor its time tells, and gives its bytes.
+  std::string ChangeUnseen();
   /// Stores other bytes as a new version of fork.lxz, as somebody else would.
   void StoreElsewhere(const std::string& bytes);
   /// The newest content of fork.lxz on the server, read by nothing of the work folder.

@@ -1,7 +1,8 @@
-#include "hosts/cli/many/name_pattern.h"
+#include "hosts/cli/texts/name_pattern.h"
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 namespace vtdirect_cli {
@@ -11,6 +12,11 @@ struct PatternExample {
   const char* name;
   bool matches;
 };
+
+// The name of its test.
+void PrintTo(const PatternExample& example, std::ostream* out) {
+  *out << '"' << example.pattern << "\" and \"" << example.name << '"';
+}
 
 class NamePattern : public testing::TestWithParam<PatternExample> {};
 
@@ -55,6 +61,31 @@ TEST(NamePatterns, AreKnownByTheirWildcards) {
   EXPECT_TRUE(HasWildcard("a*"));
   EXPECT_TRUE(HasWildcard("?b"));
   EXPECT_FALSE(HasWildcard("[ab]%2a"));
+}
+
+TEST(NamePatterns, OfPeopleHaveNoRegardToCapitals) {
+  EXPECT_TRUE(MatchesIgnoringCase("*.lxz", "fork.lxz"));
+  EXPECT_TRUE(MatchesIgnoringCase("f?rk.*", "Fork.LXZ"));
+  EXPECT_TRUE(MatchesIgnoringCase("a*b", "a*b"));
+  EXPECT_TRUE(MatchesIgnoringCase("*", ""));
+  EXPECT_TRUE(MatchesIgnoringCase("a*b*c", "aXbXc"));
+  EXPECT_TRUE(MatchesIgnoringCase("*ab", "aab"));
+  EXPECT_FALSE(MatchesIgnoringCase("fork", "fork.lxz"));
+  EXPECT_FALSE(MatchesIgnoringCase("fork?", "fork"));
+  EXPECT_FALSE(MatchesIgnoringCase("?", ""));
+  EXPECT_FALSE(MatchesIgnoringCase("", "x"));
+}
+
+TEST(NamePatterns, OfPeopleTakeACharacterOfSeveralBytesForOne) {
+  EXPECT_TRUE(MatchesIgnoringCase("gr?n", "gr\xC3\xBCn"));
+  EXPECT_FALSE(MatchesIgnoringCase("gr??n", "gr\xC3\xBCn"));
+}
+
+// A pattern of many stars must not take for ever.
+TEST(NamePatterns, OfPeopleTakeLittleTimeForManyStars) {
+  std::string pattern;
+  for (int i = 0; i < 200; ++i) pattern += "*a";
+  EXPECT_FALSE(MatchesIgnoringCase(pattern, std::string(5000, 'a') + "b"));
 }
 
 }  // namespace vtdirect_cli

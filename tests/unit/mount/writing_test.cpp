@@ -84,12 +84,14 @@ TEST_F(OverlayTest, LaysFilesOverAddresses) {
 
 TEST_F(OverlayTest, BringsBackWhatNothingTookTheNameOf) {
   const auto now = Overlay::Clock::now();
-  overlay_.PutAside("//plm/F/a", now);
+  overlay_.PutAside("//plm/F/a", "base", now);
+  EXPECT_EQ(overlay_.BaseOfAside("//plm/F/a"), "base");
   EXPECT_TRUE(overlay_.IsAside("//plm/F/a", now + 59s));
   EXPECT_FALSE(overlay_.IsAside("//plm/F/a", now + 60s));
   overlay_.Lay("//plm/F/a", NewFile("a"));
   EXPECT_FALSE(overlay_.IsAside("//plm/F/a", now));
-  overlay_.PutAside("//plm/F/b", now);
+  EXPECT_EQ(overlay_.BaseOfAside("//plm/F/a"), "");
+  overlay_.PutAside("//plm/F/b", "base", now);
   overlay_.BringBack();
   EXPECT_FALSE(overlay_.IsAside("//plm/F/b", now));
 }
@@ -141,7 +143,9 @@ TEST(LocalFile, MayBeHalfWhileAWriterHasItOpen) {
 TEST(UnstoredFiles, AreKeptWithAllThatIsKnown) {
   const vtdirect_test::TemporaryDirectory directory;
   const vtdirect_cli::UnstoredFiles files(directory.path());
-  ASSERT_EQ(files.Write({"1-0-5", "//plm/F/a b.lxz", "2026-01-31T09:00:00Z", true, "refused\nby it"}), 0);
+  ASSERT_EQ(files.Write({"1-0-5", "//plm/F/a b.lxz", "2026-01-31T09:00:00Z", true, "refused\nby it",
+                         "https://plm.example/", "new"}),
+            0);
   ASSERT_EQ(files.Write({"1-1-5", "//plm/F/b.lxz", "2026-01-31T09:00:00Z", false, ""}), 0);
   vtdirect_test::WriteFile(directory.File("1-2-5.entry"), "something else\n");
   auto all = files.All();
@@ -151,6 +155,8 @@ TEST(UnstoredFiles, AreKeptWithAllThatIsKnown) {
   EXPECT_EQ(all[0].since, "2026-01-31T09:00:00Z");
   EXPECT_TRUE(all[0].isWhole);
   EXPECT_EQ(all[0].fault, "refused?by it");
+  EXPECT_EQ(all[0].server, "https://plm.example/");
+  EXPECT_EQ(all[0].base, "new");
   EXPECT_FALSE(all[1].isWhole);
   EXPECT_THAT(all[2].fault, testing::HasSubstr("can't be read"));
   files.Strike("1-0-5");
@@ -168,11 +174,13 @@ TEST(DocumentCheckouts, LetNothingBeStoredByWhatWasKnownBeforeTheServerWentAway)
     error = EIO;
     return std::string();
   };
+  mounted.uidStored = [](const std::string&) { return std::string(); };
   mounted.outdate = [](const std::string&) {};
+  mounted.outdateStored = [](const std::string&, const Facts&) {};
   mounted.log = [](const std::string&) {};
   const CommandRunner runner({"/bin/false"}, "/tmp");
   DocumentCheckouts checkouts(mounted, runner, false);
-  EXPECT_EQ(checkouts.WhyNotNow("//plm/F/a.lxz"), std::strerror(EIO));
+  EXPECT_EQ(checkouts.WhyNotNow("//plm/F/a.lxz", vtdirect_cli::baseOfNewDocument), std::strerror(EIO));
 }
 
 TEST(CommandRunner, GivesWhatAFailedCommandSaid) {

@@ -64,8 +64,9 @@ TEST_P(DayOfAHost, GivesEveryThreadTheRightAnswers) {
   const std::uint32_t seed = Seed();
   std::cout << "VTDIRECT_TEST_SEED=" << seed << std::endl;
   const ThreadedHost host(GetParam());
-  // The one handle that all threads read is opened before they start.
+  // The one handle and the one folder of a walk that all threads read are opened before they start.
   CountedCalls().at({"ReadDir", "handle of a folder"}).prepare();
+  CountedCalls().at({"ReadWalkedDir", "folder that a walk comes to"}).prepare();
   const std::vector<Step> steps = StepsOf(GetParam());
   std::vector<std::vector<std::string>> wrong(threads);
   std::vector<std::function<void()>> actions;
