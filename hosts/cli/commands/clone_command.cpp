@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 #include <vtdirect/vt_direct_manager.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -43,6 +44,19 @@ namespace {
                  "cannot make the directory " + Printable(directory) + ": " + std::strerror(errno)};
 }
 
+// Products and such have the same folders on every server, whether they are there or not: only what is in them tells.
+[[nodiscard]] bool IsOfNothing(const RemoteTree& tree) {
+  const auto isMissing = [](const Failure& failure) { return failure.code == ExitCode::NotFound; };
+  return tree.documents.empty() && tree.folders.empty() && !tree.failures.empty() &&
+         std::all_of(tree.failures.begin(), tree.failures.end(), isMissing);
+}
+
+[[nodiscard]] ExitCode TellFailures(Host& host, const RemoteTree& tree) {
+  ExitCode worst = ExitCode::Ok;
+  for (const Failure& failure : tree.failures) worst = Worse(worst, host.output().Fail(failure));
+  return worst;
+}
+
 ExitCode RunClone(Host& host, const Arguments& arguments) {
   const std::string address = WithClosingSlash(arguments.Text("PATH"));
   const auto effort = ReadEffort(arguments);
@@ -60,6 +74,7 @@ ExitCode RunClone(Host& host, const Arguments& arguments) {
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
   // A directory is made only for a folder that is there.
   if (!tree.Knows("")) return host.output().Fail(DiagnoseDirectory(host, address, 0));
+  if (IsOfNothing(tree)) return TellFailures(host, tree);
   if (IsDryRun(arguments)) return TellPull(host, {}, tree);
   if (const auto failure = MakeDirectory(directory)) return host.output().Fail(*failure);
   const auto created = WorkFolder::Create(directory, address);

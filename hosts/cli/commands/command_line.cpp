@@ -182,6 +182,11 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
       if (group == nullptr) candidates.push_back(GroupOf(row).empty() ? row.name : GroupOf(row));
       if (group != nullptr && GroupOf(row) == group->name) candidates.push_back(WordOf(row));
     }
+  } else {
+    // "xlif put" is read as the command put after a word that nobody knows.
+    for (const CommandRow& row : Commands()) {
+      if (!GroupOf(row).empty() && WordOf(row) == command->name) candidates.push_back(GroupOf(row));
+    }
   }
   return candidates;
 }

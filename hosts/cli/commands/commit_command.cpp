@@ -1,6 +1,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/many/batch.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/fetching.h"
@@ -102,16 +103,18 @@ ExitCode CommitAll(Host& host, WorkFolder& folder, const LocalSide& side,
   ForgetReasons();
   const RemoteTree tree =
       ReadRemoteFolders(folder.store().server(), FoldersOf(files), usualThreads, side.kept);
-  ExitCode worst = ExitCode::Ok;
+  BatchEnd end;
   for (const Failure& failure : tree.failures) {
-    if (failure.code != ExitCode::Interrupted) worst = Worse(worst, host.output().Fail(failure));
+    if (failure.code != ExitCode::Interrupted) end.worst = Worse(end.worst, host.output().Fail(failure));
   }
   for (const Comparison& file : CompareFiles(side, tree, files)) {
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
-    worst = Worse(worst, CommitOne(host, folder, file, dryRun));
-    if (worst == ExitCode::Interrupted) return worst;
+    end.worst = Worse(end.worst, CommitOne(host, folder, file, dryRun));
+    if (end.worst == ExitCode::Interrupted) return end.worst;
   }
-  return worst;
+  if (files.size() < 2) return end.worst;
+  end.failures = host.output().failures();
+  return FinishBatch(host, end, files.size() + tree.failures.size());
 }
 
 ExitCode RunCommit(Host& host, const Arguments& arguments) {
@@ -130,9 +133,7 @@ ExitCode RunCommit(Host& host, const Arguments& arguments) {
       local->states[file.path] = StateByBytes(folder.OnDisk(file.path), file);
     }
   } else {
-    for (const auto& [path, file] : local->kept) {
-      if (local->states.at(path) == LocalState::Modified) files.push_back(file);
-    }
+    files = ChangedFiles(*local);
     if (files.empty()) host.output().Note("no file was changed here");
   }
   return CommitAll(host, folder, *local, files, arguments.Has("dry-run"));

@@ -1,5 +1,8 @@
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/diagnosis.h"
 #include "hosts/cli/host.h"
+#include "hosts/cli/interruption.h"
+#include "hosts/cli/reasons.h"
 #include "hosts/cli/work_folder/difference.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/work_files.h"
@@ -24,10 +27,27 @@ namespace {
   return failure ? host.output().Fail(*failure) : ExitCode::Ok;
 }
 
+// Without names.
+[[nodiscard]] ExitCode WorkOnChangedFiles(Host& host, const WorkOnFile& work) {
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return host.output().Fail(opened.failure());
+  const auto local = ReadLocalSide(**opened);
+  if (!local) return host.output().Fail(local.failure());
+  ForgetReasons();
+  ExitCode worst = ExitCode::Ok;
+  for (const FolderFile& file : ChangedFiles(*local)) {
+    if (Interrupted()) return host.output().Fail(InterruptedFailure());
+    worst = Worse(worst, work(**opened, file));
+  }
+  return worst;
+}
+
 ExitCode RunDiff(Host& host, const Arguments& arguments) {
-  return WorkOnNamedFiles(
-      host, arguments, Others::MayWork,
-      [&host](const WorkFolder& folder, const FolderFile& file) { return DiffOne(host, folder, file); });
+  const auto diff = [&host](const WorkFolder& folder, const FolderFile& file) {
+    return DiffOne(host, folder, file);
+  };
+  return arguments.Has("FILE") ? WorkOnNamedFiles(host, arguments, Others::MayWork, diff)
+                               : WorkOnChangedFiles(host, diff);
 }
 
 }  // namespace
@@ -35,13 +55,15 @@ ExitCode RunDiff(Host& host, const Arguments& arguments) {
 CommandRow DiffCommand() {
   CommandRow row = {
       "diff",
-      "Show what was changed in a file of a work folder",
-      "Compares each FILE with the version that it came from, by \"diff -u\". When VTDIRECT_DIFF is set, "
+      "Show what was changed in files of a work folder",
+      "Compares each FILE with the version that it came from, by \"diff -u\"; without FILE all files that "
+      "were "
+      "changed here. When VTDIRECT_DIFF is set, "
       "that "
       "command is run instead, with the old file and the new one; what it exits with plays no part.\n\n"
       "A file that was not changed shows nothing. With --json no tool is run, and whether they differ is "
       "told.",
-      {{"FILE", "A file of the work folder.", Count::AtLeastOnce}},
+      {{"FILE", "A file of the work folder.", Count::AnyNumber}},
       {},
       true,
       RunDiff,

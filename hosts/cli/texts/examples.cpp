@@ -94,7 +94,7 @@ using Table = std::map<std::string_view, std::vector<const char*>>;
       {"pull", {"vtdirect pull --dry-run", "vtdirect pull"}},
       {"commit", {"vtdirect commit fork.lxz", "vtdirect commit"}},
       {"revert", {"vtdirect revert fork.lxz", "vtdirect --json revert fork.lxz"}},
-      {"diff", {"vtdirect diff fork.lxz", "VTDIRECT_DIFF=cmp vtdirect diff fork.lxz"}},
+      {"diff", {"vtdirect diff", "VTDIRECT_DIFF=cmp vtdirect diff fork.lxz"}},
       {"log", {"vtdirect log fork.lxz", "vtdirect --json log fork.lxz"}},
   };
 }

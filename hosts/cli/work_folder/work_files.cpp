@@ -23,6 +23,14 @@ Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const KeptF
   return files;
 }
 
+std::vector<FolderFile> ChangedFiles(const LocalSide& side) {
+  std::vector<FolderFile> files;
+  for (const auto& [path, file] : side.kept) {
+    if (side.states.at(path) == LocalState::Modified) files.push_back(file);
+  }
+  return files;
+}
+
 ExitCode WorkOnNamedFiles(Host& host, const Arguments& arguments, Others others, const WorkOnFile& work) {
   const auto opened = WorkFolder::OpenHere();
   if (!opened) return host.output().Fail(opened.failure());

@@ -15,6 +15,9 @@ namespace vtdirect_cli {
 [[nodiscard]] Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const KeptFiles& kept,
                                                          const std::vector<std::string>& names);
 
+/// What is kept of each file that was changed here, by the bytes of their paths. Makes no request.
+[[nodiscard]] std::vector<FolderFile> ChangedFiles(const LocalSide& side);
+
 /// Whether others may work in a work folder meanwhile.
 enum class Others { MayWork, MustWait };
 

@@ -62,6 +62,7 @@ TEST_F(CloneCommand, SaysWhichDocumentHasNoContent) {
 TEST_F(CloneCommand, LeavesNothingWhenTheFolderIsNotThere) {
   Serve();
   EXPECT_EQ(Run({"clone", "//sim/Products/Trekking Bike/Folders/NoSuch/"}).status, 6);
+  EXPECT_EQ(Run({"clone", "//sim/Products/NoSuch/"}).status, 6);
   EXPECT_EQ(Run({"clone", "//nowhere/Products/"}).status, 9);
   EXPECT_EQ(Run({"clone", framePath, "--parallel", "0"}).status, 2);
   EXPECT_THAT(HereNames(), IsEmpty());

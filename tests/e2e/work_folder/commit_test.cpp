@@ -58,6 +58,9 @@ TEST_F(CommitCommand, SendsNothingOverANewerVersionAndGoesOnWithTheOthers) {
       result.err,
       HasSubstr("conflict: fork.lxz was made from version B.1, and the server has version B.2; nothing "
                 "was sent"));
+  // Once more where it is seen, after all that went well.
+  EXPECT_THAT(result.err,
+              HasSubstr("vtdirect: 1 of 2 failed:\nvtdirect:   conflict: fork.lxz was made from"));
   EXPECT_EQ(result.out, "committed\tA.4\tframe.lxz\n");
   EXPECT_EQ(ForkOnServer(), "theirs");
   EXPECT_EQ(ReadFile(Fork()), "mine");

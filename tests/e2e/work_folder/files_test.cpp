@@ -72,6 +72,8 @@ TEST_F(WorkFiles, ShowWhatWasChangedInThem) {
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.out, StartsWith("--- fork.lxz (version B.1)\n+++ fork.lxz\n@@ "));
   EXPECT_THAT(result.out, HasSubstr("\n+one more line\n"));
+  // The same without a name, which stands for all that was changed.
+  EXPECT_EQ(RunIn("Frame", {"diff"}).out, result.out);
   environment_["VTDIRECT_DIFF"] = "printf '%s|' two words;cat";
   EXPECT_EQ(RunIn("Frame", {"diff", "fork.lxz"}).out,
             "two|words|" + DocumentOf(server(), "D1001").bytes + ReadFile(Fork()));
