@@ -40,6 +40,10 @@ class ReasonCollector {
 /// Whether an answer came that could not be read. What the library made of it is no answer.
 [[nodiscard]] bool AnswerIsBroken(const VtDirectManager::Outcome& outcome);
 
+/// Whether what was told since the last call of ForgetReasons rests on an answer that could not be read. The
+/// library calls that a success, with blanks in the place of what the server has.
+[[nodiscard]] bool LastAnswerWasBroken();
+
 /// The failure with the last reason, unless it has one.
 [[nodiscard]] Failure WithReason(Failure failure);
 
