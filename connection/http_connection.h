@@ -38,7 +38,7 @@ class HttpConnection {
   /// The path of the URL with a "/" at its end; empty for a URL without a path.
   [[nodiscard]] const std::string& basePath() const { return basePath_; }
 
-  /// How the platform is to authenticate one request. Owns copies of all that it uses.
+  /// How the platform is to authenticate one request. Owns a share of all that it uses.
   [[nodiscard]] du::http::CommonAuth MakeCommonAuth() const;
 
   /// Performs one exchange. Without a platform connection, and with none to be had, the result is
@@ -89,7 +89,7 @@ class HttpConnection {
 
   const std::string uri_;
   const std::string basePath_;
-  const AuthFunction auth_;
+  const std::shared_ptr<const std::function<bool()>> auth_;  ///< what each request has a share of
   const Reach reach_;
   std::mutex mutex_;  ///< guards the pointer below, not what it leads to
   std::unique_ptr<du::http::Connection> connection_;

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "base/failure_trace.h"
+#include "base/step_words.h"
 #include "base/text.h"
 #include "base/tracers.h"
 #include "connection/url_escape.h"
@@ -43,7 +44,7 @@ bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCa
 }
 
 bool GetFile(const char* path, const char* localPath, std::string& uid, const DownloadOptions& options) {
-  const FailureStep step("download");
+  const FailureStep step(stepDownload);
   const FailureMark mark;
   const StatusCallback& status = options.status;
   if (path != nullptr) VtDirectTracer()(dp::TraceType::Information, "Downloading %s\n", path);

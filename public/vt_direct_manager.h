@@ -597,14 +597,17 @@ VTDIRECT_API std::string Checkin(const char* path);
 /// requests. After a failure without an answer GetCheckoutStatus tells whether it is still checked out.
 VTDIRECT_API std::string UndoCheckout(const char* path);
 
-/// The state of a checkout. Makes requests.
+/// The state of a checkout. Makes requests. As with VerifyCheckout, what was not answered may show no
+/// checkout; an Outcome tells of it.
 /// @param user  may be null; receives who holds the checkout, untouched without one
 VTDIRECT_API VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* user);
 
 /// Confirms that a remembered checkout still exists, and renews one in a temporary workspace that could not
 /// be confirmed: undoes it, with the content that was stored into it, and checks out again. A question that
-/// merely failed leads to that too, so a host asks GetCheckoutStatus first. UIDs only. Makes requests. After
-/// a failure without an answer GetCheckoutStatus tells whether the document is checked out.
+/// merely failed leads to that too, so a host asks GetCheckoutStatus first. What was not answered, or
+/// by the page of a proxy, shows no checkout, and may read CheckoutNotPossible or CheckoutNone: a host looks
+/// through all entries of an Outcome (outcome.h) before it believes that the checkout has ended. UIDs only. Makes
+/// requests. After a failure without an answer GetCheckoutStatus tells whether the document is checked out.
 /// @param uid  emptied first; the UID to go on with, which may differ from `path`
 VTDIRECT_API VtCheckoutStatus VerifyCheckout(const char* path, std::string& uid);
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/failure_trace.h"
+#include "base/step_words.h"
 #include "connection/url_split.h"
 #include "documents/reading/document_reads.h"
 #include "platform/files.h"
@@ -89,7 +90,7 @@ std::nullopt_t RefuseLength(const std::string& length, std::uint64_t expected, c
 std::optional<FileInfo> DownloadDocument(ServerContext& server, const CheckoutId& id,
                                          const std::string& localPath, du::http::ProgressFunction progress,
                                          bool compareSize) {
-  const FailureStep step("download the content");
+  const FailureStep step(stepDownloadContent);
   const FailureMark mark;
   const auto [status, record] = ReadDocument(server, id.document);
   if (status != Ok) {

@@ -21,7 +21,7 @@ constexpr int kFirstOfServerErrors = 500;
 
 // Whether the content was on its way: the object was found by then.
 [[nodiscard]] bool IsOfContent(const Reason& reason) {
-  return reason.step == "download" || reason.step == "download the content";
+  return reason.step == VtDirectManager::stepDownload || reason.step == VtDirectManager::stepDownloadContent;
 }
 
 // That nothing was found is what the message says; what the server said of it may tell more.

@@ -86,12 +86,4 @@ std::optional<seconds> TakeAskedPause() {
   return pause;
 }
 
-AskedPauseWatch::AskedPauseWatch() {
-  du::http::SetExchangeObserver(NoteAskedPause, 0);
-}
-
-AskedPauseWatch::~AskedPauseWatch() {
-  du::http::SetExchangeObserver({}, 0);
-}
-
 }  // namespace vtdirect_cli
