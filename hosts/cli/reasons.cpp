@@ -72,6 +72,11 @@ bool AQuestionFailed(const VtDirectManager::Outcome& outcome) {
   });
 }
 
+bool LastAnswerWasBroken() {
+  const auto reason = LastReason();
+  return reason && reason->kind == VtDirectManager::FailureKind::AnswerBroken;
+}
+
 Failure WithReason(Failure failure) {
   if (!failure.reason) failure.reason = LastReason();
   return failure;

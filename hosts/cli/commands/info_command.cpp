@@ -114,7 +114,8 @@ ExitCode FailMissing(Host& host, const std::string& address, Record& record) {
   ForgetReasons();
   Record record = DescribeAddress(address, *kind);
   const bool isObject = VtDirectManager::FileExists(address.c_str());
-  if (!isObject && !IsFolder(address, *kind)) return FailMissing(host, address, record);
+  const bool isThere = isObject ? !LastAnswerWasBroken() : IsFolder(address, *kind);
+  if (!isThere) return FailMissing(host, address, record);
   record.emplace_back("exists", true);
   if (isObject) {
     DescribeObject(address, *kind, record);

@@ -30,7 +30,7 @@ ExitCode RunLinks(Host& host, const Arguments& arguments) {
   std::map<std::string, std::string> links;
   VtDirectManager::GetSourceLinks(uid.c_str(), links);
   // A document that can't be read has no links either.
-  if (links.empty() && !VtDirectManager::FileExists(uid.c_str())) {
+  if (links.empty() && (!VtDirectManager::FileExists(uid.c_str()) || LastAnswerWasBroken())) {
     return host.output().Fail(Diagnose(host, address, true));
   }
   std::uint64_t unreadable = 0;

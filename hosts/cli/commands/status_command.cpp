@@ -43,10 +43,14 @@ void Ask(Host& host, const Question& question, Status& status) {
   status.uid = VtDirectManager::GetUID(question.address.c_str());
   if (!question.anywhere) status.failure = RefusalOfAnotherPlace(question.address, status.uid);
   if (status.failure) return;
+  // How the UID was found out does not count any more.
+  if (!status.uid.empty()) ForgetReasons();
   const int answer = status.uid.empty() ? -1
                                         : VtDirectManager::GetStatus(status.uid.c_str(), status.current,
                                                                      status.latest, nullptr);
-  if (answer < 0) {
+  if (answer < 0 || LastAnswerWasBroken()) {
+    status.current.clear();
+    status.latest.clear();
     status.failure = WhyFailed(host, question);
     return;
   }

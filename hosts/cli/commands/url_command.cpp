@@ -18,7 +18,8 @@ ExitCode RunUrl(Host& host, const Arguments& arguments) {
   std::string url;
   std::string cacheKey;
   ForgetReasons();
-  if (!VtDirectManager::GetFileDownloadURL(address.c_str(), url, &cacheKey)) {
+  const bool isTold = VtDirectManager::GetFileDownloadURL(address.c_str(), url, &cacheKey);
+  if (!isTold || (url.empty() && LastAnswerWasBroken())) {
     return host.output().Fail(Diagnose(host, address, true));
   }
   if (url.empty()) return host.output().Fail({ExitCode::DownloadFailed, address + " has no content"});

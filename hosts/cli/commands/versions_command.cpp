@@ -108,7 +108,9 @@ void Show(Host& host, const std::string& address, bool isOfMany, const History& 
   ForgetReasons();
   Version latest;
   const std::string uid = VtDirectManager::GetUID(address.c_str());
-  if (uid.empty() || !VtDirectManager::GetLatest(address.c_str(), latest.version, latest.uid)) {
+  if (!uid.empty()) ForgetReasons();
+  const bool isTold = !uid.empty() && VtDirectManager::GetLatest(address.c_str(), latest.version, latest.uid);
+  if (!isTold || LastAnswerWasBroken()) {
     return host.output().Fail(Diagnose(host, address, true));
   }
   const std::string path = VtDirectManager::GetVFSPathLatest(PlacedAddress(address, *kind).c_str());

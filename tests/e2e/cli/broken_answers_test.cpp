@@ -97,6 +97,31 @@ class RecoverOfAHeldDocument : public CheckoutTest {
   void SetUp() override { Serve(); }
 };
 
+/// A document whose record can't be read. The library has blanks in its place, of which nothing is true.
+class BrokenRecord : public VtDirect, public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Of, BrokenRecord, testing::Values("info", "links", "status", "url", "versions"));
+
+TEST_P(BrokenRecord, IsToldOfByNoCommand) {
+  Serve();
+  std::atomic<bool> isBroken{false};
+  Meddler meddler([&isBroken](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+    const bool isMeant = isBroken && request.target.find("/dkm/documents/") != std::string::npos;
+    if (!isMeant) return peer.Send(forward());
+    peer.Answer(200, "<html>");
+  });
+  environment_["http_proxy"] = meddler.Url();
+  const std::string uid = server().Uid("D1001");
+  EXPECT_EQ(Run({GetParam(), uid}).status, 0);
+  isBroken = true;
+  const ProcessResult result = Run({GetParam(), uid});
+  environment_.erase("http_proxy");
+  EXPECT_EQ(result.status, 3);
+  EXPECT_THAT(result.out, AnyOf("", "failed\t\t\t\t" + uid + "\n"));
+  EXPECT_THAT(result.err, HasSubstr("no usable answer from " + server().url()));
+  EXPECT_THAT(result.err, HasSubstr("the answer is not what a server of this kind gives"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Of, BrokenAnswers, testing::ValuesIn(kNoAnswers),
                          [](const auto& test) { return std::string(test.param.name); });
 
