@@ -8,8 +8,8 @@ namespace vantry_sim {
 namespace {
 
 constexpr ODataProperty id{"ID", "i.oid"};
-constexpr ODataProperty Name{"Name", "m.name"};
-constexpr ODataProperty Number{"Number", "m.number"};
+constexpr ODataProperty name{"Name", "m.name"};
+constexpr ODataProperty number{"Number", "m.number"};
 constexpr ODataProperty version{"Version", "i.revision || '.' || i.iteration", "i.version_key"};
 // A text for everybody who may look, and an empty one, never null, for what nobody has checked out.
 constexpr ODataProperty checkOutStatus{
@@ -27,17 +27,17 @@ constexpr ODataProperty extendedType{"ZVKDDEXTENDEDDOCTYPE",
                                      "AND a.parameter_name = 'ZVK_DD_EXTENDED_DOC_TYPE'), '')"};
 
 constexpr std::array dynamicProperties{id,           ODataProperty{"CADName", "m.cad_name"},
-                                       Name,         Number,
+                                       name,         number,
                                        version,      checkOutStatus,
                                        lastModified, authoringLanguage,
                                        extendedType};
 constexpr std::array cadProperties{
-    id, ODataProperty{"FileName", "m.cad_name"}, Name, Number, version, checkOutStatus, lastModified};
-constexpr ODataEntity Dynamic{dynamicProperties, "i.id", "Version", true};
-constexpr ODataEntity Cad{cadProperties, "i.id", "Version", true};
+    id, ODataProperty{"FileName", "m.cad_name"}, name, number, version, checkOutStatus, lastModified};
+constexpr ODataEntity dynamicDocuments{dynamicProperties, "i.id", "Version", true};
+constexpr ODataEntity cadDocuments{cadProperties, "i.id", "Version", true};
 
 const ODataEntity& EntityOf(DocumentService service) {
-  return service == DocumentService::Dynamic ? Dynamic : Cad;
+  return service == DocumentService::Dynamic ? dynamicDocuments : cadDocuments;
 }
 
 std::string WordOf(DocumentService service) {
