@@ -244,8 +244,9 @@ TEST(PublicHeader, TellsWhichFunctionsThrow) {
   std::ifstream header(root / "public/vt_direct_manager.h");
   std::vector<std::string> lines;
   for (std::string line; std::getline(header, line);) lines.push_back(line);
-  for (const char* function : {"Upload(const char* path", "Upload(FileType kind",
-                               "UploadAsync(const char* path", "UploadFenletAsync(", "UploadSourceXliff("}) {
+  for (const char* function :
+       {"Upload(const char* path", "Upload(FileType kind", "UploadAsync(const char* path",
+        "UploadFenletAsync(", "Store(", "StoreAsync(", "UploadSourceXliff("}) {
     const std::string comment = CommentAbove(lines, std::string("VTDIRECT_API bool ") + function);
     EXPECT_NE(comment.find("throw"), std::string::npos) << function << ":\n" << comment;
   }
@@ -254,7 +255,8 @@ TEST(PublicHeader, TellsWhichFunctionsThrow) {
 TEST(IncludeDirections, TheTestSeesTheTree) {
   // A wrong root would let every test above pass on nothing.
   for (const char* folder :
-       {"platform", "base", "connection", "documents", "browsing", "server", "public", "platform_default"}) {
+       {"platform", "base", "connection", "documents", "translation", "browsing", "server", "public",
+        "platform_default", "simulator", "hosts/cli", "hosts/mount"}) {
     EXPECT_FALSE(SourcesOf(folder, Folders()).empty()) << folder;
   }
   bool sawPlatformHeader = false;
