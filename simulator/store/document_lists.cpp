@@ -96,20 +96,18 @@ void WriteVersions(JsonText& json, Database& database, std::int64_t iteration, D
     json.EndObject();
   };
   constexpr std::uint64_t mostVersions = 10'000;
-  std::string ignored;
-  if (plan)
-    static_cast<void>(ReadODataPage(database, versions, *plan, std::nullopt, mostVersions, write, ignored));
+  if (plan) static_cast<void>(ReadODataPage(database, {versions, *plan, std::nullopt, mostVersions}, write));
   json.EndArray();
 }
 
 ODataCollection OneDocument(std::int64_t iteration) {
-  ODataCollection list{&Dynamic, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
+  ODataCollection list{&dynamicDocuments, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
   list.where.Add("i.id = ").Value(iteration);
   return list;
 }
 
 ODataCollection Translations(std::int64_t xliffMaster) {
-  ODataCollection list{&Dynamic, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
+  ODataCollection list{&dynamicDocuments, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
   list.where.Add("i.master IN (SELECT translated FROM translations WHERE xliff = ").Value(xliffMaster);
   list.where.Add(") AND i.is_latest = 1 AND i.workspace IS NULL");
   return list;
@@ -120,8 +118,9 @@ void WriteDocumentMembers(JsonText& json, const ODataRow& row) {
 }
 
 bool VersionsHave(DocumentService service, const ODataExpand& expand) {
-  return std::all_of(expand.select.begin(), expand.select.end(),
-                     [service](const std::string& name) { return EntityOf(service).Find(name) != nullptr; });
+  return std::all_of(expand.select.begin(), expand.select.end(), [service](const std::string& wanted) {
+    return EntityOf(service).Find(wanted) != nullptr;
+  });
 }
 
 }  // namespace vantry_sim
