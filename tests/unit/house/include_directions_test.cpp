@@ -29,7 +29,7 @@ bool StartsWith(const std::string& text, const std::string& beginning) {
   return text.compare(0, beginning.size(), beginning) == 0;
 }
 
-// The #include lines of a file, whatever blanks stand in them.
+// The #include lines of a file, whatever blanks are in them.
 std::vector<IncludeLine> ReadIncludes(const fs::path& file) {
   std::vector<IncludeLine> includes;
   std::ifstream in(file);
@@ -90,7 +90,7 @@ Names Folders() {
   return folders;
 }
 
-// The folder of the house that an include line leads to, or the empty text. A path that stands in no folder
+// The folder of the house that an include line leads to, or the empty text. A path that is in no folder
 // is one beside the including file.
 std::string FolderOf(const std::string& target) {
   std::string found;
