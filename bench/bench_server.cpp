@@ -7,6 +7,8 @@
 //   GET /servlet/rest/v1/dkm/documents/<any>   the document, as JSON
 //   GET /content                               BYTES bytes
 //   GET /counters                              "connections N requests M" since the start
+//   GET /servlet/OrvetGW                       what server it is
+//   GET /servlet/rest/v1/contexts              no context, so nobody has a workspace
 #include <algorithm>
 #include <atomic>
 #include <charconv>
@@ -56,6 +58,10 @@ std::string Document(const std::string& url, const Content& content) {
          R"(}]},"secondaryContents":[],"fileBasedAttributes":[]})";
 }
 
+constexpr const char* identification =
+    "ServerName:bench-server\nServerMajorVersion:12\nServerMinorVersion:0\nServerServicepackVersion:2\n"
+    "ServerCPSVersion:0\nServerGeneration:schema5\n";
+
 std::string RandomBlock() {
   std::uint64_t state = 0x9E3779B97F4A7C15ULL;
   std::string bytes(blockSize, '\0');
@@ -98,6 +104,10 @@ int main(int argc, char** argv) {
     if (target.starts_with("GET /content ")) return SendContent(socket, content);
     if (target.starts_with("GET /servlet/rest/v1/dkm/documents/"))
       return SendText(socket, 200, "application/json", document);
+    if (target.starts_with("GET /servlet/OrvetGW "))
+      if (target.starts_with("GET /servlet/rest/v1/contexts "))
+        return SendText(socket, 200, "application/json", "[]");
+    return SendText(socket, 200, "text/plain", identification);
     return SendText(socket, 404, "text/plain", "not here\n");
   });
 }

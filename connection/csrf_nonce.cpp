@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/failure_step.h"
+#include "base/step_words.h"
 #include "connection/json_members.h"
 #include "connection/rest_items.h"
 #include "connection/rest_stream.h"
@@ -48,7 +49,7 @@ std::string LineOrReason(const FailureMark& mark, std::string_view key, std::str
 }  // namespace
 
 std::string FetchRestCsrf(const std::shared_ptr<HttpConnection>& connection) {
-  const FailureStep step("fetch the nonce");
+  const FailureStep step(stepFetchNonce);
   const FailureMark mark;
   const auto [status, rows] = ReadRestItems(connection, "servlet/rest/security/csrf", RestListForm::Wrapped);
   if (status != Ok) return {};
@@ -61,7 +62,7 @@ std::string FetchRestCsrf(const std::shared_ptr<HttpConnection>& connection) {
 }
 
 std::string FetchODataCsrf(const std::shared_ptr<HttpConnection>& connection) {
-  const FailureStep step("fetch the nonce");
+  const FailureStep step(stepFetchNonce);
   const FailureMark mark;
   const auto request =
       MakeGetRequest(connection, "servlet/odata/v1/ZVK/GetCSRFToken()", VtConnection::ODataHeaders());

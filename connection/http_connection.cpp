@@ -51,7 +51,8 @@ void ReportDownload(const HttpConnection& connection, EndedExchange exchange, co
 HttpConnection::HttpConnection(const std::string& uri, AuthFunction auth, Reach reach)
     : uri_(uri),
       basePath_(WithTrailingSlash(du::GetURIPart(uri, du::URIPart::Path))),
-      auth_(std::move(auth)),
+      auth_(std::make_shared<const std::function<bool()>>(
+          [uri, auth = std::move(auth)] { return auth(uri.c_str()); })),
       reach_(reach) {
   (void)Connect();
 }
@@ -71,7 +72,7 @@ du::http::Connection* HttpConnection::Connect() {
 }
 
 du::http::CommonAuth HttpConnection::MakeCommonAuth() const {
-  return {clientMark, [uri = uri_, auth = auth_] { return auth(uri.c_str()); }};
+  return {clientMark, [auth = auth_] { return (*auth)(); }};
 }
 
 du::http::ErrorCode HttpConnection::SendRequest(const du::http::Request& request, int* httpStatus,
@@ -114,6 +115,16 @@ std::uint16_t HttpConnection::DownloadDocumentTo(const char* filePath, const cha
   du::http::DiskFileSink file(filePath);
   BoundedSink sink(file, longest, filePath);
   return Download({path, "", filePath, sink, ifMissed}, {});
+}
+
+std::optional<std::uint16_t> HttpConnection::DownloadContentTo(const char* filePath, const char* path,
+                                                               std::uint64_t longest,
+                                                               du::http::ProgressFunction downloadProgress) {
+  du::http::DiskFileSink file(filePath);
+  BoundedSink sink(file, longest, {});
+  const std::uint16_t status = Download({path, "", filePath, sink, {}}, std::move(downloadProgress));
+  if (sink.WasExceeded()) return std::nullopt;
+  return status;
 }
 
 std::uint16_t HttpConnection::Download(const DownloadParts& parts, du::http::ProgressFunction progress) {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "platform/http.h"
@@ -37,7 +38,7 @@ class HttpConnection {
   /// The path of the URL with a "/" at its end; empty for a URL without a path.
   [[nodiscard]] const std::string& basePath() const { return basePath_; }
 
-  /// How the platform is to authenticate one request. Owns copies of all that it uses.
+  /// How the platform is to authenticate one request. Owns a share of all that it uses.
   [[nodiscard]] du::http::CommonAuth MakeCommonAuth() const;
 
   /// Performs one exchange. Without a platform connection, and with none to be had, the result is
@@ -67,6 +68,14 @@ class HttpConnection {
                                                  std::uint64_t longest,
                                                  const du::http::FailureReport& ifMissed = {});
 
+  /// DownloadToFile for a content of a known length.
+  /// @param longest  in bytes
+  /// @return as of DownloadToFile; nothing for one that is longer: the exchange then ended as a broken answer, and
+  ///         the file holds no more than these bytes
+  [[nodiscard]] std::optional<std::uint16_t> DownloadContentTo(const char* filePath, const char* path,
+                                                               std::uint64_t longest,
+                                                               du::http::ProgressFunction downloadProgress);
+
  private:
   [[nodiscard]] du::http::Connection* Connect();
   struct DownloadParts {
@@ -80,7 +89,7 @@ class HttpConnection {
 
   const std::string uri_;
   const std::string basePath_;
-  const AuthFunction auth_;
+  const std::shared_ptr<const std::function<bool()>> auth_;  ///< what each request has a share of
   const Reach reach_;
   std::mutex mutex_;  ///< guards the pointer below, not what it leads to
   std::unique_ptr<du::http::Connection> connection_;

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <string>
 #include <string_view>
 
 #include "connection/json_grammar.h"
@@ -43,12 +44,16 @@ class PlainJson {
   [[nodiscard]] bool EndsInContainer();
   [[nodiscard]] const char* Next(const char* at);
   [[nodiscard]] const char* Name(const char* at);
-  [[nodiscard]] const char* Value(const char* at);
+  /// A value that is no container and no text.
+  [[nodiscard]] const char* Scalar(const char* at);
   [[nodiscard]] const char* Text(const char* at);
-  [[nodiscard]] const char* Open(const char* at, char closing, bool goesOn);
+  [[nodiscard]] const char* Container(const char* at);
   [[nodiscard]] const char* Close(const char* at);
   [[nodiscard]] const char* Number(const char* at);
-  [[nodiscard]] const char* Word(const char* at, std::string_view word) const;
+  template <std::size_t Size>
+  [[nodiscard]] const char* Word(const char* at, const char (&word)[Size]) const;
+  [[nodiscard]] const char* EndOfName(const char* at);
+  [[nodiscard]] const char* EndOfOtherName(const char* at);
   [[nodiscard]] const char* EndOfText(const char* at) const;
   [[nodiscard]] static const char* SkipBlanks(const char* at);
   [[nodiscard]] static bool IsBlank(char byte);
@@ -60,10 +65,11 @@ class PlainJson {
   std::size_t depth_ = 0;
 };
 
+// The whole reader in one piece: most of what it consists of takes less time than a call.
 template <typename Handler>
-bool PlainJson<Handler>::Read() {
+[[gnu::flatten]] bool PlainJson<Handler>::Read() {
   if (!EndsInContainer()) return false;
-  const char* at = Value(SkipBlanks(begin_));
+  const char* at = Container(SkipBlanks(begin_));
   while (at != nullptr && at != end_ && depth_ > 0) at = Next(SkipBlanks(at));
   return at == end_ && depth_ == 0;
 }
@@ -75,7 +81,7 @@ bool PlainJson<Handler>::EndsInContainer() {
   return end_ != begin_ && (end_[-1] == '}' || end_[-1] == ']');
 }
 
-/// Goes on in the innermost container that is open: with its end, or with one more value.
+/// Goes on in the innermost container that is open, to its end or to the beginning of another one in it.
 template <typename Handler>
 const char* PlainJson<Handler>::Next(const char* at) {
   Level& level = levels_[depth_ - 1];
@@ -84,29 +90,51 @@ const char* PlainJson<Handler>::Next(const char* at) {
     if (*at != ',') return nullptr;
     at = SkipBlanks(at + 1);
   }
-  ++level.values;
-  if (level.closing == '}') at = Name(at);
-  return at == nullptr ? nullptr : Value(at);
+  const bool isObject = level.closing == '}';
+  while (true) {
+    ++level.values;
+    if (isObject) at = Name(at);
+    if (at == nullptr) return nullptr;
+    if (*at == '{' || *at == '[') return Container(at);
+    at = *at == '"' ? Text(at) : Scalar(at);
+    if (at == nullptr) return nullptr;
+    at = SkipBlanks(at);
+    if (*at != ',') return at;
+    at = SkipBlanks(at + 1);
+  }
 }
 
 template <typename Handler>
 const char* PlainJson<Handler>::Name(const char* at) {
-  const char* const end = *at == '"' ? EndOfText(at) : nullptr;
+  const char* const end = *at == '"' ? EndOfName(at) : nullptr;
   if (end == nullptr) return nullptr;
-  if (!handler_.Key(at + 1, static_cast<rapidjson::SizeType>(end - at - 1), true)) return nullptr;
   at = SkipBlanks(end + 1);
   return *at == ':' ? SkipBlanks(at + 1) : nullptr;
 }
 
+/// The quote after a name, which the handler has taken. A name that it waits for is compared, and not looked
+/// through for its end.
 template <typename Handler>
-const char* PlainJson<Handler>::Value(const char* at) {
+const char* PlainJson<Handler>::EndOfName(const char* at) {
+  if constexpr (requires { handler_.TakeLikelyName({}); }) {
+    // No name ends where the text does.
+    const std::size_t length = handler_.TakeLikelyName({at + 1, static_cast<std::size_t>(end_ - at - 1)});
+    if (length > 0) return at + 1 + length;
+  }
+  return EndOfOtherName(at);
+}
+
+// Kept apart, so that the usual way needs few registers.
+template <typename Handler>
+[[gnu::noinline]] const char* PlainJson<Handler>::EndOfOtherName(const char* at) {
+  const char* const end = EndOfText(at);
+  if (end == nullptr) return nullptr;
+  return handler_.Key(at + 1, static_cast<rapidjson::SizeType>(end - at - 1), true) ? end : nullptr;
+}
+
+template <typename Handler>
+const char* PlainJson<Handler>::Scalar(const char* at) {
   switch (*at) {
-    case '"':
-      return Text(at);
-    case '{':
-      return Open(at, '}', handler_.StartObject());
-    case '[':
-      return Open(at, ']', handler_.StartArray());
     case 't':
       return handler_.Bool(true) ? Word(at, "true") : nullptr;
     case 'f':
@@ -127,10 +155,11 @@ const char* PlainJson<Handler>::Text(const char* at) {
 }
 
 template <typename Handler>
-const char* PlainJson<Handler>::Open(const char* at, char closing, bool goesOn) {
-  if (!goesOn || depth_ == levels_.size()) return nullptr;
-  levels_[depth_++] = {closing};
-  return at + 1;
+const char* PlainJson<Handler>::Container(const char* at) {
+  if ((*at != '{' && *at != '[') || depth_ == levels_.size()) return nullptr;
+  const bool isObject = *at == '{';
+  levels_[depth_++] = {isObject ? '}' : ']'};
+  return (isObject ? handler_.StartObject() : handler_.StartArray()) ? at + 1 : nullptr;
 }
 
 template <typename Handler>
@@ -167,9 +196,12 @@ const char* PlainJson<Handler>::Number(const char* at) {
 }
 
 template <typename Handler>
-const char* PlainJson<Handler>::Word(const char* at, std::string_view word) const {
-  const std::string_view rest(at, static_cast<std::size_t>(end_ - at));
-  return rest.starts_with(word) ? at + word.size() : nullptr;
+template <std::size_t Size>
+const char* PlainJson<Handler>::Word(const char* at, const char (&word)[Size]) const {
+  constexpr std::size_t length = Size - 1;  // known to the compiler, which then compares without a call
+  const bool isWord =
+      static_cast<std::size_t>(end_ - at) >= length && std::char_traits<char>::compare(at, word, length) == 0;
+  return isWord ? at + length : nullptr;
 }
 
 template <typename Handler>

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "base/failure_trace.h"
+#include "base/step_words.h"
 #include "base/tracers.h"
 #include "connection/rest_items.h"
 #include "connection/server_information.h"
@@ -46,14 +47,14 @@ Status ProbeTraced(const std::shared_ptr<VtConnection>& connection, const char* 
 }  // namespace
 
 Status ProbeConnection(const std::shared_ptr<VtConnection>& connection) {
-  const FailureStep step("ask whether the server answers");
+  const FailureStep step(stepAskWhetherServerAnswers);
   int version = 0;
   if (FetchSchema(*connection, "servlet/odata/DynamicDocMgmt/$metadata", nullptr, &version) == Ok) return Ok;
   return ReadRestItems(connection->http(), "servlet/rest/v1/contexts", RestListForm::Wrapped).status;
 }
 
 Status CheckServer(const char* url, const AuthFunction& auth, std::string* redirect) {
-  const FailureStep step("check the server");
+  const FailureStep step(stepCheckServer);
   const auto connection = std::make_shared<VtConnection>(url, auth);
   ServerInfo info;
   if (const Status status = GetServerInfo(*connection->http(), info); status != Ok) return status;

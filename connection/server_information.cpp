@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "base/failure_trace.h"
+#include "base/step_words.h"
 #include "connection/scoped_temp_path.h"
 
 namespace lxservices::cms_interface::vantry {
@@ -41,7 +42,7 @@ du::http::FailureReport ForeignServer() {
 }
 
 Status GetServerInfo(HttpConnection& connection, ServerInfo& info) {
-  const FailureStep step("ask the server for its version");
+  const FailureStep step(stepAskForVersion);
   const ScopedTempPath file(MakeTempFile("vtinfo", "txt"));
   if (connection.DownloadDocumentTo(file.path().c_str(), "servlet/OrvetGW", longestDocument,
                                     ForeignServer()) != 200) {

@@ -27,16 +27,17 @@ enum class FailureDetail : std::int32_t {
   BodyStalled = 13,          ///< it stopped taking the request's body
   ClosedUnanswered = 14,
   AnswerCut = 15,
-  NoHttp = 16,              ///< what answers there speaks another protocol
-  HttpVersionUnknown = 17,  ///< it wants another version of HTTP than 1.1
-  WantsHttps = 18,          ///< it speaks TLS there, and was asked without
-  WantsHttp = 19,           ///< it does not speak TLS there
-  LoginUnknown = 20,        ///< it offers only ways to log in that this side does not know
-  CodingUnknown = 21,       ///< its answer is coded in a way that this side does not know
-  ForeignServer = 22,       ///< it speaks HTTP and is no Vantry server
-  AnswerUnclear = 23,       ///< its answer tells in two ways, or in none that can be read, where it ends
-  ContentCoded = 24,        ///< it codes a content that was asked for as it is
-  AddressLeavesHttps = 25,  ///< it was asked by https, and names an address with http
+  NoHttp = 16,                ///< what answers there speaks another protocol
+  HttpVersionUnknown = 17,    ///< it wants another version of HTTP than 1.1
+  WantsHttps = 18,            ///< it speaks TLS there, and was asked without
+  WantsHttp = 19,             ///< it does not speak TLS there
+  LoginUnknown = 20,          ///< it offers only ways to log in that this side does not know
+  CodingUnknown = 21,         ///< its answer is coded in a way that this side does not know
+  ForeignServer = 22,         ///< it speaks HTTP and is no Vantry server
+  AnswerUnclear = 23,         ///< its answer tells in two ways, or in none that can be read, where it ends
+  ContentCoded = 24,          ///< it codes a content that was asked for as it is
+  AddressLeavesHttps = 25,    ///< it was asked by https, and names an address with http
+  ContentOfOtherLength = 26,  ///< its content is longer or shorter than its record says
 
   // TLS.
   TlsTooOld = 30,

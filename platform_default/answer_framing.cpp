@@ -9,11 +9,15 @@
 namespace vtdirect::platform {
 namespace {
 
+constexpr bool IsBlank(char byte) {
+  return byte == ' ' || byte == '\t' || byte == '\r' || byte == '\n';
+}
+
 std::string_view ValueOf(std::string_view line) {
   std::string_view value = line.substr(line.find(':') + 1);
-  const std::size_t first = value.find_first_not_of(" \t\r\n");
-  if (first == std::string_view::npos) return {};
-  return value.substr(first, value.find_last_not_of(" \t\r\n") + 1 - first);
+  while (!value.empty() && IsBlank(value.front())) value.remove_prefix(1);
+  while (!value.empty() && IsBlank(value.back())) value.remove_suffix(1);
+  return value;
 }
 
 bool IsWord(std::string_view value, std::string_view word) {
@@ -21,11 +25,12 @@ bool IsWord(std::string_view value, std::string_view word) {
                     [](char left, char right) { return ToAsciiLower(left) == right; });
 }
 
-constexpr std::string_view lengthName = "content-length";
-constexpr std::string_view transferName = "transfer-encoding";
+enum class FramingLine { None, Length, TransferCoding, ContentCoding };
 
-bool IsOfFraming(std::string_view name) {
-  return IsWord(name, lengthName) || IsWord(name, transferName) || IsWord(name, "content-encoding");
+FramingLine LineOf(std::string_view name) {
+  if (IsWord(name, "content-length")) return FramingLine::Length;
+  if (IsWord(name, "transfer-encoding")) return FramingLine::TransferCoding;
+  return IsWord(name, "content-encoding") ? FramingLine::ContentCoding : FramingLine::None;
 }
 
 /// Whether a list names one of the codings that the world knows. Some servers name a character set there.
@@ -59,14 +64,13 @@ bool AnswerFraming::Take(std::string_view line) {
   if (line.starts_with(' ') || line.starts_with('\t')) return mayContinue_;
   const std::string_view written = line.substr(0, line.find(':'));
   const std::string_view name = written.substr(0, written.find_last_not_of(" \t") + 1);
-  mayContinue_ = !IsOfFraming(name);
+  const FramingLine which = LineOf(name);
+  mayContinue_ = which == FramingLine::None;
   if (mayContinue_) return true;
-  return name.size() == written.size() && TakeNamed(name, ValueOf(line));
-}
-
-bool AnswerFraming::TakeNamed(std::string_view name, std::string_view value) {
-  if (IsWord(name, lengthName)) return TakeLength(value);
-  if (IsWord(name, transferName)) return IsWord(value, "chunked") && !std::exchange(chunked_, true);
+  if (name.size() != written.size()) return false;
+  const std::string_view value = ValueOf(line);
+  if (which == FramingLine::Length) return TakeLength(value);
+  if (which == FramingLine::TransferCoding) return IsWord(value, "chunked") && !std::exchange(chunked_, true);
   coded_ = coded_ || NamesCoding(value);
   return true;
 }

@@ -23,7 +23,6 @@ class AnswerFraming {
   [[nodiscard]] bool IsCoded() const { return coded_; }
 
  private:
-  [[nodiscard]] bool TakeNamed(std::string_view name, std::string_view value);
   [[nodiscard]] bool TakeLength(std::string_view value);
 
   bool mayContinue_ = true;  ///< whether the line so far may go on in the next one

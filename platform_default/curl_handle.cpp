@@ -8,7 +8,7 @@
 #include <new>
 #include <utility>
 
-#include "platform/environment.h"
+#include "platform_default/environment_proxy.h"
 #include "platform_default/exchange_recording.h"
 #include "platform_default/failure_words.h"
 #include "platform_default/header_lines.h"
@@ -77,21 +77,16 @@ std::string AsCurlWantsIt(std::string_view line) {
   return std::string(line.substr(0, colon)) + ";";
 }
 
-/// Whether the environment names a proxy for the request. These are what curl looks at; whether one of them counts
-/// for this host doesn't matter here.
-bool EnvironmentNamesProxy(const OutgoingRequest& request) {
-  const auto isSet = [](const char* name) { return dp::Environment::Test(name); };
-  const bool isPlain = request.url.starts_with("http:");
-  return isSet("all_proxy") || isSet("ALL_PROXY") ||
-         (isPlain ? isSet("http_proxy") : isSet("https_proxy") || isSet("HTTPS_PROXY"));
+bool IsPlain(const OutgoingRequest& request) {
+  return request.url.starts_with("http:");
 }
 
 /// A proxy is asked for plain requests one by one, and some close the connection after each without a word.
 /// What writes is never sent a second time, so it must not meet a connection that is about to close.
 bool NeedsFreshConnection(const OutgoingRequest& request, const ConnectionWay& way) {
-  if (request.method == Method::Get || request.url.compare(0, 5, "http:") != 0) return false;
+  if (request.method == Method::Get || !IsPlain(request)) return false;
   if (way.proxy) return !way.proxy->empty();
-  return EnvironmentNamesProxy(request);
+  return EnvironmentNamesProxy(IsPlain(request));
 }
 
 /// The caller's lines, and after them what keeps curl from adding lines of its own.
@@ -234,7 +229,7 @@ void CurlHandle::SetProxy() {
 // curl would look for a proxy at length before each request, and for exceptions to one that nobody has named.
 void CurlHandle::SetEnvironmentProxy(const OutgoingRequest& request) {
   if (session_->way().proxy) return;
-  const bool asks = EnvironmentNamesProxy(request);
+  const bool asks = EnvironmentNamesProxy(IsPlain(request));
   if (std::exchange(asksEnvironment_, asks) == asks) return;
   curl_easy_setopt(handle_.get(), CURLOPT_PROXY, asks ? nullptr : "");
   curl_easy_setopt(handle_.get(), CURLOPT_NOPROXY, asks ? nullptr : "");
@@ -245,6 +240,11 @@ void CurlHandle::SetConnectLimit(long milliseconds) {
   // The largest value that every part of curl can hold: 24 days.
   constexpr long longest = std::numeric_limits<int>::max();
   curl_easy_setopt(handle_.get(), CURLOPT_CONNECTTIMEOUT_MS, std::min(milliseconds, longest));
+}
+
+void CurlHandle::SetFreshConnection(bool isFresh) {
+  if (std::exchange(isFresh_, isFresh) == isFresh) return;
+  curl_easy_setopt(handle_.get(), CURLOPT_FRESH_CONNECT, isFresh ? 1L : 0L);
 }
 
 void CurlHandle::SetMethod(const OutgoingRequest& request) {
@@ -308,7 +308,7 @@ ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& s
   const ErrorCode result = Perform(recorded, recording.sink(), settings, httpStatus);
   du::http::ObservedExchange exchange = recording.End(result, exchange_.Status());
   exchange.method = request.method;
-  exchange.url = request.url;
+  exchange.url = std::string(request.url);
   observer->report(exchange);
   return result;
 }
@@ -324,8 +324,7 @@ ErrorCode CurlHandle::Perform(const OutgoingRequest& request, du::http::FileSink
   SetMethod(request);
   SetHeaderLines(request);
   SetAuthentication(request);
-  curl_easy_setopt(handle_.get(), CURLOPT_FRESH_CONNECT,
-                   NeedsFreshConnection(request, session_->way()) || HasUnaskedBytes() ? 1L : 0L);
+  SetFreshConnection(NeedsFreshConnection(request, session_->way()) || HasUnaskedBytes());
   address_.Give(handle_.get(), request.url);
   tlsEvents_ = {};
   const ErrorCode result = exchange_.Perform(httpStatus);

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,8 +23,8 @@ namespace vtdirect::platform {
 /// One request as it goes out, ready for the wire. The lines are not owned.
 struct OutgoingRequest {
   du::http::Method method = du::http::Method::Get;
-  std::string url;
-  std::vector<std::string_view> headerLines;
+  std::string_view url;  ///< a zero byte follows it
+  std::span<const std::string_view> headerLines;
   du::http::FileSource* body = nullptr;  ///< null for a request without one
   bool asksForCompression = false;       ///< gzip and deflate, to be decoded on the way to the sink
   bool asksForIdentity = false;          ///< the content as it is; a coded one is refused
@@ -116,6 +117,7 @@ class CurlHandle {
   void SetProxy();
   void SetEnvironmentProxy(const OutgoingRequest& request);
   void SetConnectLimit(long milliseconds);
+  void SetFreshConnection(bool isFresh);
   void SetMethod(const OutgoingRequest& request);
   void SetHeaderLines(const OutgoingRequest& request);
   void SetAuthentication(const OutgoingRequest& request);
@@ -126,6 +128,7 @@ class CurlHandle {
   // What the handle is set to, so that most exchanges change nothing of it.
   long connectLimit_ = 0;  ///< in milliseconds
   bool isForGet_ = false;
+  bool isFresh_ = false;         ///< whether an exchange takes a connection of its own
   bool asksEnvironment_ = true;  ///< whether curl looks there for a proxy
   bool hasLogin_ = false;
   bool negotiated_ = false;                       ///< the last exchange carried a login by Negotiate

@@ -169,6 +169,9 @@ FailureReport ExplainBrokenAnswer(const ExchangeEvidence& evidence) {
   if (evidence.isUnclear) return ReportOf(Detail::AnswerUnclear);
   if (!evidence.notes.unknownCoding().empty()) return ExplainCoding(evidence.notes);
   if (evidence.isCodedContent) return ReportOf(Detail::ContentCoded);
+  // curl gives a broken chunk the code of a broken connection.
+  const bool hasBrokenChunk = evidence.curlText.find("in chunked-encoding") != std::string::npos;
+  if (evidence.result == CURLE_RECV_ERROR && hasBrokenChunk) return ReportOf(Detail::AnswerUnclear);
   switch (evidence.result) {
     case CURLE_UNSUPPORTED_PROTOCOL:
       return ReportOf(Detail::HttpVersionUnknown);

@@ -10,6 +10,7 @@ void FirstExchange::Enter(const void* visitor, bool mayWait, Time deadline) {
 }
 
 void FirstExchange::Answered(const void* visitor) {
+  if (open_) return;
   const std::lock_guard lock(mutex_);
   if (first_ != visitor) return;
   open_ = true;
@@ -17,6 +18,7 @@ void FirstExchange::Answered(const void* visitor) {
 }
 
 void FirstExchange::Leave(const void* visitor) {
+  if (open_) return;
   const std::lock_guard lock(mutex_);
   if (first_ != visitor) return;
   first_ = nullptr;

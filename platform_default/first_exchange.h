@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -23,6 +24,9 @@ class FirstExchange {
   /// @param deadline  the visitor goes ahead when it has waited until then
   void Enter(const void* visitor, bool mayWait, Time deadline);
 
+  /// Whether nobody waits here any more.
+  [[nodiscard]] bool IsOpen() const { return open_; }
+
   /// The visitor has an answer. Opens the session if it was the one that went first.
   void Answered(const void* visitor);
 
@@ -35,7 +39,7 @@ class FirstExchange {
  private:
   std::mutex mutex_;
   std::condition_variable changed_;
-  bool open_ = false;
+  std::atomic<bool> open_{false};  ///< once and for all: from then on it alone is looked at
   const void* first_ = nullptr;
 };
 

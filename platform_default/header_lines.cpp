@@ -31,6 +31,8 @@ bool HoldsOnly(const ByteTable& table, std::string_view text) {
 }
 
 bool ContainsWord(std::string_view text, std::string_view lowerWord) {
+  // Mostly it is written so.
+  if (text.find(lowerWord) != std::string_view::npos) return true;
   const auto found = std::search(text.begin(), text.end(), lowerWord.begin(), lowerWord.end(),
                                  [](char byte, char wanted) { return ToAsciiLower(byte) == wanted; });
   return found != text.end();
@@ -48,17 +50,16 @@ bool IsFitLine(std::string_view line) {
 
 }  // namespace
 
-std::optional<std::vector<std::string_view>> SplitHeaderLines(std::string_view text) {
-  std::vector<std::string_view> lines;
+bool AppendHeaderLines(std::string_view text, std::vector<std::string_view>* lines) {
   while (!text.empty()) {
     const std::size_t end = std::min(text.find("\r\n"), text.size());
     const std::string_view line = text.substr(0, end);
     text.remove_prefix(std::min(end + 2, text.size()));
     if (line.empty()) continue;
-    if (!IsFitLine(line)) return std::nullopt;
-    lines.push_back(line);
+    if (!IsFitLine(line)) return false;
+    lines->push_back(line);
   }
-  return lines;
+  return true;
 }
 
 du::http::ErrorCode ReadHeaderText(du::http::FileSource* source, std::string* text) {
@@ -74,18 +75,19 @@ du::http::ErrorCode ReadHeaderText(du::http::FileSource* source, std::string* te
   }
 }
 
-bool HasHeaderName(std::string_view line, std::string_view name) {
-  if (line.size() <= name.size() || line[name.size()] != ':') return false;
-  return std::equal(name.begin(), name.end(), line.begin(),
+bool BeginsWithName(std::string_view text, std::string_view name) {
+  // Mostly it is written as it is everywhere.
+  return text.starts_with(name) ||
+         std::equal(name.begin(), name.end(), text.begin(),
                     [](char left, char right) { return ToAsciiLower(left) == ToAsciiLower(right); });
 }
 
-bool ContainsHeader(const std::vector<std::string_view>& lines, std::string_view name) {
+bool ContainsHeader(std::span<const std::string_view> lines, std::string_view name) {
   return std::any_of(lines.begin(), lines.end(),
                      [name](std::string_view line) { return HasHeaderName(line, name); });
 }
 
-bool AcceptsJsonOrXml(const std::vector<std::string_view>& lines) {
+bool AcceptsJsonOrXml(std::span<const std::string_view> lines) {
   return std::any_of(lines.begin(), lines.end(), [](std::string_view line) {
     return HasHeaderName(line, "Accept") && (ContainsWord(line, "json") || ContainsWord(line, "xml"));
   });

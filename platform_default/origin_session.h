@@ -57,6 +57,7 @@ class OriginSession {
   std::atomic<PasswordScheme> passwordScheme_{PasswordScheme::Unknown};
   mutable std::mutex mutex_;
   std::optional<WrittenOff> writtenOff_;
+  std::atomic<bool> mayBeWrittenOff_{false};  ///< mostly not, which then takes no lock
 };
 
 }  // namespace vtdirect::platform

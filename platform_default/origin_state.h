@@ -28,12 +28,14 @@ class OriginState {
 
   /// @param home  where the redirects that lead to `origin` begin; null for the direct way
   OriginState(std::shared_ptr<OriginState> home, Origin origin)
-      : home_(std::move(home)), origin_(std::move(origin)) {}
+      : home_(std::move(home)), origin_(std::move(origin)), originText_(origin_.Text()) {}
 
   [[nodiscard]] bool IsHome() const { return home_ == nullptr; }
   /// Where the redirects begin that lead here; this origin itself for the direct way.
   [[nodiscard]] const Origin& home() const { return IsHome() ? origin_ : home_->origin_; }
   [[nodiscard]] const Origin& origin() const { return origin_; }
+  /// The text of the origin: URLs are made of it for each request.
+  [[nodiscard]] const std::string& originText() const { return originText_; }
 
   /// The session of now. Away from home it ends with that of home.
   [[nodiscard]] std::shared_ptr<OriginSession> Session();
@@ -73,6 +75,7 @@ class OriginState {
 
   const std::shared_ptr<OriginState> home_;
   const Origin origin_;
+  const std::string originText_;
   std::mutex mutex_;  ///< away from home, home's is taken inside of it and never the other way round
   std::shared_ptr<OriginSession> session_;
   std::shared_ptr<SessionShare> shareOfHome_;  ///< away from home, of home's session when this one began

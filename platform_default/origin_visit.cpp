@@ -11,12 +11,14 @@ namespace vtdirect::platform {
 using du::http::ErrorCode;
 using du::http::FailureDetail;
 
-VisitRules RulesFor(du::http::TransportSettings settings, bool mayWait) {
+VisitRules RulesNow(bool mayWait) {
+  VisitRules rules{du::http::GetTransportSettings(), mayWait, std::chrono::steady_clock::now()};
   // More than this can't be added to a time of the clock.
   constexpr long longest = 100L * 365 * 24 * 60 * 60;
-  const std::chrono::seconds connecting(std::min(settings.connectTimeoutMilliseconds / 1000, longest));
-  const std::chrono::seconds answering(std::min(settings.firstByteTimeoutSeconds, longest));
-  return {std::move(settings), mayWait, std::chrono::steady_clock::now() + connecting + answering};
+  const std::chrono::seconds connecting(std::min(rules.settings.connectTimeoutMilliseconds / 1000, longest));
+  const std::chrono::seconds answering(std::min(rules.settings.firstByteTimeoutSeconds, longest));
+  rules.firstExchangeDeadline += connecting + answering;
+  return rules;
 }
 
 OriginVisit::OriginVisit(std::shared_ptr<OriginState> state, const VisitRules& rules)
@@ -32,7 +34,8 @@ void OriginVisit::JoinSession() {
     FollowSession(state_->Session());
     // Away from home the request that was redirected keeps others waiting there already. Waiting here as well
     // could make two requests wait for each other.
-    if (state_->IsHome()) session_->firstExchange.Enter(this, rules_.mayWait, rules_.firstExchangeDeadline);
+    if (!state_->IsHome() || session_->firstExchange.IsOpen()) return;
+    session_->firstExchange.Enter(this, rules_.mayWait, rules_.firstExchangeDeadline);
     // While this visit waited, the session may have ended and another one begun.
   } while (SessionHasEnded());
 }
@@ -51,9 +54,10 @@ bool OriginVisit::SessionHasEnded() {
 }
 
 bool OriginVisit::IsWrittenOff() const {
+  const auto now = std::chrono::steady_clock::now();
+  if (!session_->IsWrittenOff(now, rules_.settings.connectTimeoutMilliseconds)) return false;
   // A kept connection needs no new one.
-  if (handle_ != nullptr && handle_->IsConnected()) return false;
-  return session_->IsWrittenOff(std::chrono::steady_clock::now(), rules_.settings.connectTimeoutMilliseconds);
+  return handle_ == nullptr || !handle_->IsConnected();
 }
 
 ErrorCode OriginVisit::Send(const OutgoingRequest& request, du::http::FileSink& sink, int* httpStatus) {

@@ -23,7 +23,7 @@ struct VisitRules {
 };
 
 /// The rules for a request that begins now.
-[[nodiscard]] VisitRules RulesFor(du::http::TransportSettings settings, bool mayWait);
+[[nodiscard]] VisitRules RulesNow(bool mayWait);
 
 /// The exchanges of one request with one origin: takes part in the origin's session, takes a handle when one
 /// is needed, keeps it from one try to the next, and gives it back at its end. One thread.
@@ -40,6 +40,9 @@ class OriginVisit {
   void JoinSession();
   /// True when the credentials or the trust have changed since then.
   [[nodiscard]] bool SessionHasEnded();
+
+  /// What the URLs of its requests begin with.
+  [[nodiscard]] const std::string& originText() const { return state_->originText(); }
 
   /// Performs one exchange. Waits for a place, and after an answer keeps it. See CurlHandle::Send. Before all
   /// that, it may ask the host for a passphrase.

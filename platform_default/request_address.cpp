@@ -1,6 +1,7 @@
 #include "platform_default/request_address.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform_default/characters.h"
 
@@ -27,33 +28,42 @@ std::string_view OriginIn(std::string_view url) {
 
 }  // namespace
 
-void RequestAddress::Give(CURL* handle, const std::string& url) {
+void RequestAddress::Give(CURL* handle, std::string_view url) {
   const bool isApart = ChangeTarget(url) || TakeApart(url);
-  curl_easy_setopt(handle, CURLOPT_CURLU, isApart ? parts_.get() : nullptr);
+  CURLU* const given = isApart ? parts_.get() : nullptr;
+  if (std::exchange(given_, given) != given) curl_easy_setopt(handle, CURLOPT_CURLU, given);
   // curl goes back to the text where it sends a request once more.
-  curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(handle, CURLOPT_URL, url.data());
 }
 
 // As curl does it on a handle with CURLOPT_PATH_AS_IS.
-bool RequestAddress::TakeApart(const std::string& url) {
+bool RequestAddress::TakeApart(std::string_view url) {
   constexpr unsigned asCurlDoes = CURLU_GUESS_SCHEME | CURLU_NON_SUPPORT_SCHEME | CURLU_PATH_AS_IS;
   origin_.clear();
-  parts_.reset(curl_url());
-  if (curl_url_set(parts_.get(), CURLUPART_URL, url.c_str(), asCurlDoes) != CURLUE_OK) return false;
+  hasQuery_ = true;
+  if (parts_ == nullptr) parts_.reset(curl_url());
+  if (curl_url_set(parts_.get(), CURLUPART_URL, url.data(), asCurlDoes) != CURLUE_OK) return false;
   origin_ = OriginIn(url);
   return true;
 }
 
 // Most requests of a handle differ in their targets alone.
-bool RequestAddress::ChangeTarget(const std::string& url) {
+bool RequestAddress::ChangeTarget(std::string_view url) {
   if (origin_.empty() || !url.starts_with(origin_)) return false;
-  const std::string_view target = std::string_view(url).substr(origin_.size());
+  const std::string_view target = url.substr(origin_.size());
   if (!IsPlain(target)) return false;
   const std::size_t mark = target.find('?');
-  const std::string path(target.substr(0, mark));
-  const char* query = mark == std::string_view::npos ? nullptr : target.data() + mark + 1;
-  return curl_url_set(parts_.get(), CURLUPART_PATH, path.c_str(), 0) == CURLUE_OK &&
-         curl_url_set(parts_.get(), CURLUPART_QUERY, query, 0) == CURLUE_OK;
+  if (mark == std::string_view::npos) return SetPath(target.data()) && SetQuery(nullptr);
+  return SetPath(std::string(target.substr(0, mark)).c_str()) && SetQuery(target.data() + mark + 1);
+}
+
+bool RequestAddress::SetPath(const char* path) {
+  return curl_url_set(parts_.get(), CURLUPART_PATH, path, 0) == CURLUE_OK;
+}
+
+bool RequestAddress::SetQuery(const char* query) {
+  if (!std::exchange(hasQuery_, query != nullptr) && query == nullptr) return true;
+  return curl_url_set(parts_.get(), CURLUPART_QUERY, query, 0) == CURLUE_OK;
 }
 
 }  // namespace vtdirect::platform

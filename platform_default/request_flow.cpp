@@ -34,6 +34,14 @@ const char* OrEmpty(const char* text) {
   return text == nullptr ? "" : text;
 }
 
+std::string UrlAt(std::string_view originText, std::string_view uri) {
+  std::string url;
+  url.reserve(originText.size() + uri.size() + 1);
+  url.append(originText);
+  AppendRequestTarget(uri, &url);
+  return url;
+}
+
 void TraceFailure(const Origin& origin, const std::string& sentence) {
   dp::LXTracer("fenlet", "Transport")(dp::TraceType::Error) << origin.Text() << ": " << sentence << ".\n";
 }
@@ -45,12 +53,12 @@ RequestFlow::RequestFlow(std::shared_ptr<OriginState> home, const du::http::Comm
     : auth_(auth),
       request_(request),
       body_(request.method == Method::Get ? nullptr : request.body),
-      rules_(RulesFor(du::http::GetTransportSettings(), mayWait)),
+      rules_(RulesNow(mayWait)),
       base_(home),
       home_(home->origin()),
       visit_(std::move(home), rules_),
       origin_(home_),
-      target_(RequestTarget(OrEmpty(request.uri))),
+      url_(UrlAt(visit_.originText(), OrEmpty(request.uri))),
       triesLeft_(rules_.settings.authenticationTries),
       redirectsLeft_(request.method == Method::Get ? rules_.settings.redirects : 0) {}
 
@@ -105,33 +113,38 @@ void RequestFlow::HasFinalAnswer() {
 ErrorCode RequestFlow::ReadHeaders() {
   const ErrorCode read = ReadHeaderText(request_.headers, &callerText_);
   if (read != ErrorCode::Done) return read;
-  auto client = SplitHeaderLines(OrEmpty(auth_.header));
-  auto caller = SplitHeaderLines(callerText_);
-  if (!client || !caller) return ErrorCode::ProtocolFailure;
-  clientLines_ = std::move(*client);
-  callerLines_ = std::move(*caller);
-  return ErrorCode::Done;
+  constexpr std::size_t usualLines = 4;
+  lines_.reserve(usualLines);
+  if (!AppendHeaderLines(OrEmpty(auth_.header), &lines_)) return ErrorCode::ProtocolFailure;
+  clientLines_ = lines_.size();
+  return AppendHeaderLines(callerText_, &lines_) ? ErrorCode::Done : ErrorCode::ProtocolFailure;
 }
 
 OutgoingRequest RequestFlow::MakeOutgoing() {
   OutgoingRequest outgoing;
   outgoing.method = request_.method;
-  outgoing.url = origin_.Text() + target_;
+  outgoing.url = url_;
   outgoing.body = body_;
-  outgoing.headerLines.reserve(clientLines_.size() + callerLines_.size() + 1);
-  outgoing.headerLines = clientLines_;
-  for (const std::string_view line : callerLines_) {
-    // A nonce or any other line of the caller's speaks to the server it was made for, and to no other.
-    if (place_ != Place::Foreign || HasHeaderName(line, "Accept")) outgoing.headerLines.push_back(line);
-  }
+  outgoing.headerLines = LinesForPlace();
   AskForCoding(&outgoing);
   outgoing.demands = triesLeft_ + freeDemands;
   AddCredentials(&outgoing);
   return outgoing;
 }
 
+std::span<const std::string_view> RequestFlow::LinesForPlace() {
+  if (place_ != Place::Foreign) return lines_;
+  otherLines_.clear();
+  for (std::size_t line = 0; line < lines_.size(); ++line) {
+    // A nonce or any other line of the caller's speaks to the server it was made for, and to no other.
+    const bool isOfClient = line < clientLines_;
+    if (isOfClient || HasHeaderName(lines_[line], "Accept")) otherLines_.push_back(lines_[line]);
+  }
+  return otherLines_;
+}
+
 void RequestFlow::AskForCoding(OutgoingRequest* outgoing) const {
-  const std::vector<std::string_view>& lines = outgoing->headerLines;
+  const std::span<const std::string_view> lines = outgoing->headerLines;
   if (ContainsHeader(lines, "Accept-Encoding")) return;
   if (AcceptsJsonOrXml(lines)) {
     outgoing->asksForCompression = rules_.settings.compressedAnswers && !ContainsHeader(lines, "Range");
@@ -150,7 +163,9 @@ void RequestFlow::AddCredentials(OutgoingRequest* outgoing) {
     case CredentialKind::Token:
       carried_ = Carried::Token;
       tokenLine_ = "Authorization: Bearer " + credentials->secret;
-      outgoing->headerLines.push_back(tokenLine_);
+      otherLines_ = lines_;  // a token goes to no foreign place
+      otherLines_.push_back(tokenLine_);
+      outgoing->headerLines = otherLines_;
       break;
     case CredentialKind::Negotiate:
       carried_ = Carried::Negotiate;
@@ -245,7 +260,7 @@ bool RequestFlow::FollowsRedirect() {
   if (!next) return false;
   --redirectsLeft_;
   if (next->origin != origin_) GoTo(next->origin);
-  target_ = next->target;
+  url_ = at_->originText() + next->target;
   return true;
 }
 

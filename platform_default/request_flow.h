@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,6 +43,8 @@ class RequestFlow {
   /// Traces what the last exchange failed on, if that is known, and tells it to the caller.
   void TellWhatWasFound() const;
   [[nodiscard]] OutgoingRequest MakeOutgoing();
+  /// The lines that go to where the request is now.
+  [[nodiscard]] std::span<const std::string_view> LinesForPlace();
   void AskForCoding(OutgoingRequest* outgoing) const;
   void AddCredentials(OutgoingRequest* outgoing);
   void AddPassword(Credentials credentials, OutgoingRequest* outgoing);
@@ -74,12 +77,13 @@ class RequestFlow {
   std::optional<OriginVisit> abroad_;  ///< where a redirect has led to, while that is another origin
   OriginVisit* at_ = &visit_;          ///< the one of these three that goes on
 
-  std::string callerText_;  ///< what the caller's lines are parts of
-  std::vector<std::string_view> clientLines_;
-  std::vector<std::string_view> callerLines_;
-  std::string tokenLine_;  ///< of the last try, when that carried a token
+  std::string callerText_;               ///< what the caller's lines are parts of
+  std::vector<std::string_view> lines_;  ///< the client's and after them the caller's
+  std::size_t clientLines_ = 0;
+  std::vector<std::string_view> otherLines_;  ///< of the last try, when that carried other lines
+  std::string tokenLine_;                     ///< of the last try, when that carried a token
   Origin origin_;
-  std::string target_;
+  std::string url_;
   Place place_ = Place::Home;
   Carried carried_ = Carried::Nothing;
   /// What this request itself was shown. New credentials end the session and what that has learned, but the

@@ -17,8 +17,11 @@ constexpr bool FitsAnywhere(char byte) {
 
 constexpr ByteTable fitting = TableOf(FitsAnywhere);
 
-bool FitsRequestLine(std::string_view uri, std::size_t at) {
-  return IsIn(fitting, uri[at]) || (uri[at] == '%' && IsEscape(uri, at));
+std::size_t EndOfFitting(std::string_view uri, std::size_t at) {
+  for (; at < uri.size(); ++at) {
+    if (!IsIn(fitting, uri[at]) && (uri[at] != '%' || !IsEscape(uri, at))) break;
+  }
+  return at;
 }
 
 }  // namespace
@@ -26,14 +29,18 @@ bool FitsRequestLine(std::string_view uri, std::size_t at) {
 std::string RequestTarget(std::string_view uri) {
   std::string target;
   target.reserve(uri.size() + 1);
-  if (uri.empty() || uri.front() != '/') target += '/';
+  AppendRequestTarget(uri, &target);
+  return target;
+}
+
+void AppendRequestTarget(std::string_view uri, std::string* text) {
+  if (uri.empty() || uri.front() != '/') *text += '/';
   for (std::size_t at = 0; at < uri.size(); ++at) {
     const std::size_t begin = at;
-    while (at < uri.size() && FitsRequestLine(uri, at)) ++at;
-    target.append(uri, begin, at - begin);
-    if (at < uri.size()) AppendPercentEscaped(uri[at], &target);
+    at = EndOfFitting(uri, at);
+    text->append(uri, begin, at - begin);
+    if (at < uri.size()) AppendPercentEscaped(uri[at], text);
   }
-  return target;
 }
 
 }  // namespace vtdirect::platform

@@ -12,5 +12,7 @@ namespace vtdirect::platform {
 /// since a fragment is never sent. A missing leading "/" is added. Everything else, escapes included, stays
 /// as it is. Pure function.
 [[nodiscard]] std::string RequestTarget(std::string_view uri);
+/// The same at the end of a text.
+void AppendRequestTarget(std::string_view uri, std::string* text);
 
 }  // namespace vtdirect::platform

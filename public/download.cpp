@@ -1,9 +1,8 @@
-#include <filesystem>
 #include <optional>
-#include <system_error>
 #include <utility>
 
 #include "base/failure_trace.h"
+#include "base/step_words.h"
 #include "base/text.h"
 #include "base/tracers.h"
 #include "connection/url_escape.h"
@@ -20,27 +19,15 @@ using vantry::EscapeForUrl;
 namespace {
 
 std::optional<FileInfo> DownloadTarget(const PathTarget& target, const std::string& localPath,
-                                       ProgressCallback progress) {
+                                       const DownloadOptions& options) {
   if (target.server == nullptr) return std::nullopt;
   const std::string id = IdOfTarget(target);
   FileInfo info;
-  if (id.empty() || !target.server->GetFile(id.c_str(), localPath.c_str(), info, std::move(progress))) {
-    return std::nullopt;
-  }
+  if (id.empty()) return std::nullopt;
+  const bool done =
+      target.server->GetFile(id.c_str(), localPath.c_str(), info, options.progress, options.compareSize);
+  if (!done) return std::nullopt;
   return info;
-}
-
-// Whether the local file is as long as the server's record of the content. A length that nobody can tell, of
-// a pipe or in a record without one, is not compared.
-bool HasSizeOf(const FileInfo& info, const std::string& localPath) {
-  std::error_code error;
-  if (!info.downloadSize || !std::filesystem::is_regular_file(localPath, error)) return true;
-  const std::uintmax_t length = std::filesystem::file_size(localPath, error);
-  if (error || length == *info.downloadSize) return true;
-  TracerFor({FailureKind::AnswerBroken})(dp::TraceType::Error)
-      << "Downloaded " << length << " bytes of a document of " << *info.downloadSize << " bytes to "
-      << localPath << "\n";
-  return false;
 }
 
 // Opaque to hosts; never parsed here.
@@ -57,14 +44,12 @@ bool GetFile(const char* path, const char* localPath, std::string& uid, StatusCa
 }
 
 bool GetFile(const char* path, const char* localPath, std::string& uid, const DownloadOptions& options) {
-  const FailureStep step("download");
+  const FailureStep step(stepDownload);
   const FailureMark mark;
   const StatusCallback& status = options.status;
   if (path != nullptr) VtDirectTracer()(dp::TraceType::Information, "Downloading %s\n", path);
   const PathTarget target = ResolveTarget(path, status, 0);
-  const std::string file = TextOrEmpty(localPath);
-  const auto info = DownloadTarget(target, file, options.progress);
-  if (info && (!options.compareSize || HasSizeOf(*info, file))) {
+  if (const auto info = DownloadTarget(target, TextOrEmpty(localPath), options)) {
     std::string result = UidOfInfo(*target.server, *info);
     VtDirectTracer()(dp::TraceType::Information, "Downloading %s succeeded\n", path);
     uid = std::move(result);  // the path is not looked at any more: a host may have handed in this very text

@@ -1,4 +1,5 @@
 #include "base/failure_step.h"
+#include "base/step_words.h"
 #include "base/tracers.h"
 #include "connection/scoped_temp_path.h"
 #include "platform/files.h"
@@ -26,7 +27,7 @@ bool LocalFileHolder::IsTemporary() {
 
 std::unique_ptr<LocalFileHolder> GetLocalFile(const char* path) {
   using namespace lxservices::cms_interface;
-  const FailureStep step("download");
+  const FailureStep step(stepDownload);
   const std::string directory = du::FileSystem::MkTempDir("fenloom");
   if (directory.empty()) {
     ReportReason({FailureKind::LocalFile});

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include "base/failure_log.h"
+#include "base/step_words.h"
 
 namespace VtDirectManager {
 
@@ -14,6 +16,20 @@ using lxservices::cms_interface::FailureLog;
 static_assert(Outcome::maximumEntries == FailureLog::maximumEntries);
 static_assert(static_cast<int>(FailureKind::Cancelled) ==
               static_cast<int>(lxservices::cms_interface::FailureKind::Cancelled));
+
+// The library says its steps in the words that hosts compare.
+namespace library = lxservices::cms_interface;
+static_assert(std::string_view(stepAskWhetherServerAnswers) == library::stepAskWhetherServerAnswers);
+static_assert(std::string_view(stepCheckServer) == library::stepCheckServer);
+static_assert(std::string_view(stepAskForVersion) == library::stepAskForVersion);
+static_assert(std::string_view(stepFetchNonce) == library::stepFetchNonce);
+static_assert(std::string_view(stepDownload) == library::stepDownload);
+static_assert(std::string_view(stepDownloadContent) == library::stepDownloadContent);
+static_assert(std::string_view(stepAskForUploadPlace) == library::stepAskForUploadPlace);
+static_assert(std::string_view(stepUploadContents) == library::stepUploadContents);
+static_assert(std::string_view(stepRegisterApplication) == library::stepRegisterApplication);
+static_assert(std::string_view(stepCreateWorkspace) == library::stepCreateWorkspace);
+static_assert(std::string_view(stepDeleteWorkspace) == library::stepDeleteWorkspace);
 
 namespace {
 

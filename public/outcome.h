@@ -51,6 +51,21 @@ enum class FailureKind : std::int32_t {
 /// that is no kind gives "unknown". Makes no request; any thread.
 [[nodiscard]] VTDIRECT_API const char* FailureKindText(FailureKind kind) noexcept;
 
+/// The words that `Failure::step` has for those steps that a host may want to tell apart. They stay as they are;
+/// docs/reasons.md has all of them. The first three ask for the server itself, and for no object of it. The four
+/// after the downloads bring bytes to the server, or ask for leave to: what they leave changes no document.
+inline constexpr const char* stepAskWhetherServerAnswers = "ask whether the server answers";
+inline constexpr const char* stepCheckServer = "check the server";
+inline constexpr const char* stepAskForVersion = "ask the server for its version";
+inline constexpr const char* stepDownload = "download";
+inline constexpr const char* stepDownloadContent = "download the content";
+inline constexpr const char* stepFetchNonce = "fetch the nonce";
+inline constexpr const char* stepAskForUploadPlace = "ask for a place to upload to";
+inline constexpr const char* stepUploadContents = "upload the contents";
+inline constexpr const char* stepRegisterApplication = "register the application version";
+inline constexpr const char* stepCreateWorkspace = "create a workspace";
+inline constexpr const char* stepDeleteWorkspace = "delete a workspace";
+
 /// One thing that went wrong. A plain record, the host's to keep.
 struct Failure {
   FailureKind kind = FailureKind::Refused;  ///< what went wrong

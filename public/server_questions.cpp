@@ -1,6 +1,7 @@
 #include <string>
 
 #include "base/failure_step.h"
+#include "base/step_words.h"
 #include "connection/server_check.h"
 #include "public/host_callbacks.h"
 #include "public/vt_direct_manager.h"
@@ -27,7 +28,7 @@ StatusCode CodeOf(Status status) {
 }  // namespace
 
 bool ServerSupported(const char* url, StatusCode* code, std::string* message) {
-  const FailureStep step("check the server");
+  const FailureStep step(stepCheckServer);
   if (url == nullptr) {
     ReportReason({FailureKind::NotFound});
     return false;

@@ -443,13 +443,14 @@ VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& 
 struct DownloadOptions {
   StatusCallback status;      ///< may be empty
   ProgressCallback progress;  ///< may be empty
-  /// Whether the local file must be as long as the server's record of the document says; a content that is
-  /// longer or shorter is then a failed download. The file stays as it came, as after any failure. Nothing is
-  /// compared when the record tells no length, or `localPath` is no regular file.
+  /// Whether the content must be as long as the server's record of the document says; one that is longer or
+  /// shorter is then a failed download. The transfer of a longer one ends with the first byte too many, so that
+  /// no server can fill the disk. The file stays as it came, as after any failure. Nothing is compared when the
+  /// record tells no length; when `localPath` is no regular file, nobody can tell that a content is shorter.
   bool compareSize = false;
 };
 
-/// GetFile, and with `compareSize` a comparison of lengths after it. The requests are the same.
+/// GetFile, and with `compareSize` a comparison of lengths. The requests are the same.
 VTDIRECT_API bool GetFile(const char* path, const char* localPath, std::string& uid,
                           const DownloadOptions& options);
 
@@ -591,14 +592,17 @@ VTDIRECT_API std::string Checkin(const char* path);
 /// requests. After a failure without an answer GetCheckoutStatus tells whether it is still checked out.
 VTDIRECT_API std::string UndoCheckout(const char* path);
 
-/// The state of a checkout. Makes requests.
+/// The state of a checkout. Makes requests. As with VerifyCheckout, what was not answered may show no
+/// checkout; an Outcome tells of it.
 /// @param user  may be null; receives who holds the checkout, untouched without one
 VTDIRECT_API VtCheckoutStatus GetCheckoutStatus(const char* path, std::string* user);
 
 /// Confirms that a remembered checkout still exists, and renews one in a temporary workspace that could not
 /// be confirmed: undoes it, with the content that was stored into it, and checks out again. A question that
-/// merely failed leads to that too, so a host asks GetCheckoutStatus first. UIDs only. Makes requests. After
-/// a failure without an answer GetCheckoutStatus tells whether the document is checked out.
+/// merely failed leads to that too, so a host asks GetCheckoutStatus first. What was not answered, or
+/// by the page of a proxy, shows no checkout, and may read CheckoutNotPossible or CheckoutNone: a host looks
+/// through all entries of an Outcome (outcome.h) before it believes that the checkout has ended. UIDs only. Makes
+/// requests. After a failure without an answer GetCheckoutStatus tells whether the document is checked out.
 /// @param uid  emptied first; the UID to go on with, which may differ from `path`
 VTDIRECT_API VtCheckoutStatus VerifyCheckout(const char* path, std::string& uid);
 

@@ -46,8 +46,9 @@ class FileServer {
   /// @param latestForm  the path that always means the newest iteration
   [[nodiscard]] virtual std::string GetVFSPath(const char* id, bool folderOnly, bool latestForm) = 0;
   /// Downloads the content into a local file. Two requests.
+  /// @param compareSize  whether the content must be as long as its record says, if that says it
   [[nodiscard]] virtual bool GetFile(const char* id, const char* localPath, FileInfo& info,
-                                     ProgressFunction progress) = 0;
+                                     ProgressFunction progress, bool compareSize) = 0;
   /// Fills what the query asks for. Makes requests.
   virtual Status ReadDetails(const char* id, DocumentQuery& query) = 0;
   /// Reads the summary of an object. One request.

@@ -40,10 +40,11 @@ bool VtRestLegacyFileServer::TestConnection() {
 }
 
 bool VtRestLegacyFileServer::GetFile(const char* id, const char* localPath, FileInfo& info,
-                                     ProgressFunction progress) {
+                                     ProgressFunction progress, bool compareSize) {
   ServerContext server = Begin();
-  return HandOver(DownloadDocument(server, ParseCheckoutId(id), TextOrEmpty(localPath), std::move(progress)),
-                  info);
+  return HandOver(
+      DownloadDocument(server, ParseCheckoutId(id), TextOrEmpty(localPath), std::move(progress), compareSize),
+      info);
 }
 
 Status VtRestLegacyFileServer::ReadDetails(const char* id, DocumentQuery& query) {

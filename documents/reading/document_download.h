@@ -17,11 +17,14 @@ namespace lxservices::cms_interface::vantry {
 /// A temporary CheckoutId downloads the document as it was before the checkout, a workspace form the working
 /// copy. After a failure the local file holds what the server answered, and the caller owns it; the trace
 /// line quotes the beginning of it, up to 8 KiB.
-/// @param localPath  empty names no file, and the download fails
+/// @param localPath    empty names no file, and the download fails
+/// @param compareSize  whether the content must be as long as the document's record says, if it says that. One
+///                     that is longer ends as soon as it is; of one that is shorter only a regular file tells
 /// @return the summary, with the id that came in, when the answer was exactly 200; each failure is traced
 [[nodiscard]] std::optional<FileInfo> DownloadDocument(ServerContext& server, const CheckoutId& id,
                                                        const std::string& localPath,
-                                                       du::http::ProgressFunction progress);
+                                                       du::http::ProgressFunction progress,
+                                                       bool compareSize = false);
 
 /// Fetches the first URL of the first content section; no other URL or section is ever tried.
 /// @return the HTTP status, 65535 when the exchange failed, 0 when there was nothing to fetch

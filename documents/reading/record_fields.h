@@ -41,27 +41,27 @@ using Fields = std::span<const Field>;
 
 namespace field_access {
 
-template <typename Root, auto member>
+template <typename Root, auto Member>
 void* At(void* record) {
-  return &(static_cast<Root*>(record)->*member);
+  return &(static_cast<Root*>(record)->*Member);
 }
 
-template <typename Root, auto member>
+template <typename Root, auto Member>
 bool* FlagAt(void* record) {
-  return &(static_cast<Root*>(record)->*member);
+  return &(static_cast<Root*>(record)->*Member);
 }
 
-template <typename Root, auto list>
+template <typename Root, auto Items>
 void* NewIn(void* record) {
-  return &(static_cast<Root*>(record)->*list).emplace_back();
+  return &(static_cast<Root*>(record)->*Items).emplace_back();
 }
 
 inline void* Itself(void* record) {
   return record;
 }
 
-template <typename Root, auto member>
-using TypeOf = std::remove_reference_t<decltype(std::declval<Root&>().*member)>;
+template <typename Root, auto Member>
+using TypeOf = std::remove_reference_t<decltype(std::declval<Root&>().*Member)>;
 
 template <typename Value>
 constexpr FieldKind KindFor() {
@@ -75,16 +75,16 @@ constexpr FieldKind KindFor() {
 }  // namespace field_access
 
 /// A text, flag, number or list of texts of the record `Root`.
-template <typename Root, auto member>
+template <typename Root, auto Member>
 constexpr Field Plain(std::string_view name) {
-  return {name, field_access::KindFor<field_access::TypeOf<Root, member>>(), field_access::At<Root, member>};
+  return {name, field_access::KindFor<field_access::TypeOf<Root, Member>>(), field_access::At<Root, Member>};
 }
 
 /// A number, and a flag for that it was there.
-template <typename Root, auto member, auto flag>
+template <typename Root, auto Member, auto Flag>
 constexpr Field Told(std::string_view name) {
-  Field field = Plain<Root, member>(name);
-  field.told = field_access::FlagAt<Root, flag>;
+  Field field = Plain<Root, Member>(name);
+  field.told = field_access::FlagAt<Root, Flag>;
   return field;
 }
 
@@ -94,25 +94,25 @@ constexpr Field Inside(std::string_view name, Fields members) {
 }
 
 /// An object that is a record of its own within the record `Root`.
-template <typename Root, auto member>
+template <typename Root, auto Member>
 constexpr Field Part(std::string_view name, Fields members) {
-  return {name, FieldKind::Object, field_access::At<Root, member>, members};
+  return {name, FieldKind::Object, field_access::At<Root, Member>, members};
 }
 
 /// A list of records.
-template <typename Root, auto list>
+template <typename Root, auto Items>
 constexpr Field List(std::string_view name, Fields members, FieldKind kind = FieldKind::Records) {
-  using Record = typename field_access::TypeOf<Root, list>::value_type;
-  return {name, kind, field_access::NewIn<Root, list>, members, sizeof(Record)};
+  using Record = typename field_access::TypeOf<Root, Items>::value_type;
+  return {name, kind, field_access::NewIn<Root, Items>, members, sizeof(Record)};
 }
 
 /// Two tables as one.
-template <std::size_t first, std::size_t second>
-constexpr std::array<Field, first + second> Joined(const std::array<Field, first>& one,
-                                                   const std::array<Field, second>& other) {
-  std::array<Field, first + second> all;
-  for (std::size_t index = 0; index < first; ++index) all[index] = one[index];
-  for (std::size_t index = 0; index < second; ++index) all[first + index] = other[index];
+template <std::size_t First, std::size_t Second>
+constexpr std::array<Field, First + Second> Joined(const std::array<Field, First>& one,
+                                                   const std::array<Field, Second>& other) {
+  std::array<Field, First + Second> all;
+  for (std::size_t index = 0; index < First; ++index) all[index] = one[index];
+  for (std::size_t index = 0; index < Second; ++index) all[First + index] = other[index];
   return all;
 }
 

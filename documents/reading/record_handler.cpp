@@ -66,11 +66,11 @@ bool RecordHandler::StartObject() {
   if (level_.list != nullptr) {
     if (!IsListOfRecords(level_.list->kind)) return Skip();
     void* const record = NewRecord();
-    return record != nullptr && Enter({level_.list->members, nullptr, record, level_.list->members.data()});
+    return record != nullptr && EnterObject(level_.list->members, record);
   }
   if (Wanted(FieldKind::Object) == nullptr) return Skip();
   isObject_ = true;
-  return Enter({member_->members, nullptr, member_->at(level_.record), member_->members.data()});
+  return EnterObject(member_->members, member_->at(level_.record));
 }
 
 bool RecordHandler::StartArray() {
@@ -78,12 +78,16 @@ bool RecordHandler::StartArray() {
   if (level_.list != nullptr) return Other() && Skip();
   const bool isWanted =
       member_ != nullptr && (member_->kind == FieldKind::Texts || IsListOfRecords(member_->kind));
-  return isWanted ? Enter({{}, member_, level_.record, nullptr}) : Skip();
+  return isWanted ? Enter({{}, member_, level_.record}) : Skip();
 }
 
 bool RecordHandler::Skip() {
   ++skipped_;
   return true;
+}
+
+bool RecordHandler::EnterObject(Fields fields, void* record) {
+  return Enter({fields, nullptr, record, &fields.front(), &fields.back()});
 }
 
 bool RecordHandler::Enter(const Level& level) {

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/short_text.h"
 #include "connection/memory_watch.h"
 #include "documents/reading/record_fields.h"
 
@@ -36,6 +37,11 @@ class RecordHandler {
   bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }
   bool String(const char* text, rapidjson::SizeType length, bool);
   bool Key(const char* text, rapidjson::SizeType length, bool);
+  /// For a reader that holds the text, what Key is for the name that the next member is likely to have: that
+  /// is compared where it is.
+  /// @param rest  from the first byte of a name on
+  /// @return the length of the name; 0 when it is another one, which is left to Key
+  [[nodiscard]] std::size_t TakeLikelyName(std::string_view rest);
   bool StartObject();
   bool EndObject(rapidjson::SizeType) { return End(); }
   bool StartArray();
@@ -48,8 +54,10 @@ class RecordHandler {
     const Field* list = nullptr;  ///< null for an object
     void* record = nullptr;       ///< which the fields or the list belong to
     const Field* next = nullptr;  ///< the row that the next member is likely to be of; null for none
+    const Field* last = nullptr;  ///< the last row
   };
 
+  void TakeMember(const Field* member);
   [[nodiscard]] const Field* Find(std::string_view name) const;
   /// The field of the member that a value is of; null when it is of none, or not of this kind.
   [[nodiscard]] const Field* Wanted(FieldKind kind) const;
@@ -60,6 +68,7 @@ class RecordHandler {
   [[nodiscard]] bool Other();
   [[nodiscard]] void* NewRecord();
   [[nodiscard]] bool Skip();
+  [[nodiscard]] bool EnterObject(Fields fields, void* record);
   [[nodiscard]] bool Enter(const Level& level);
   [[nodiscard]] bool End();
 
@@ -76,11 +85,23 @@ class RecordHandler {
   MemoryWatch memory_;
 };
 
+inline std::size_t RecordHandler::TakeLikelyName(std::string_view rest) {
+  if (skipped_ > 0 || level_.next == nullptr) return 0;
+  const std::string_view name = level_.next->name;
+  if (rest.size() <= name.size() || rest[name.size()] != '"' || !IsAlike(rest.data(), name)) return 0;
+  TakeMember(level_.next);
+  return name.size();
+}
+
+inline void RecordHandler::TakeMember(const Field* member) {
+  member_ = member;
+  level_.next = member == level_.last ? nullptr : member + 1;
+}
+
 inline bool RecordHandler::Key(const char* text, rapidjson::SizeType length, bool) {
   if (skipped_ > 0) return true;
-  const std::string_view name(text, length);
-  member_ = level_.next != nullptr && level_.next->name == name ? level_.next : Find(name);
-  if (member_ != nullptr) level_.next = member_ == &level_.fields.back() ? nullptr : member_ + 1;
+  member_ = Find({text, length});
+  if (member_ != nullptr) TakeMember(member_);
   return true;
 }
 
@@ -92,7 +113,9 @@ inline const Field* RecordHandler::Wanted(FieldKind kind) const {
 inline bool RecordHandler::String(const char* text, rapidjson::SizeType length, bool) {
   if (const Field* field = Wanted(FieldKind::Text)) {
     if (!memory_.HasRoomFor(length)) return false;
-    static_cast<std::string*>(field->at(level_.record))->assign(text, length);
+    auto& target = *static_cast<std::string*>(field->at(level_.record));
+    target.clear();  // to assign would first look whether the text is a part of the target
+    target.append(text, length);
     return true;
   }
   return TextElement({text, length});

@@ -1,6 +1,7 @@
 #include "documents/storing/auth_app_version.h"
 
 #include "base/failure_step.h"
+#include "base/step_words.h"
 #include "connection/rest_stream.h"
 #include "documents/storing/text_file.h"
 #include "platform/files.h"
@@ -34,7 +35,7 @@ void EnsureAuthAppVersion(ServerContext& server) {
 }
 
 std::string RegisterAuthAppVersion(ServerContext& server, const std::string& version) {
-  const FailureStep step("register the application version");
+  const FailureStep step(stepRegisterApplication);
   // The blanks are part of the format; the version is without quotes and must be a number.
   const ScopedTempPath body(
       WriteTextFile(du::FileSystem::MkTempFile(nullptr, "register", "json"),

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "base/failure_trace.h"
+#include "base/step_words.h"
 #include "connection/json_members.h"
 #include "connection/rest_stream.h"
 #include "connection/url_split.h"
@@ -128,7 +129,7 @@ Result<std::vector<UploadedContent>> PostBody(ServerContext& server, const std::
 Result<std::vector<UploadedContent>> UploadContents(ServerContext& server,
                                                     const std::vector<std::string>& paths,
                                                     du::http::ProgressFunction progress) {
-  const FailureStep step("upload the contents");
+  const FailureStep step(stepUploadContents);
   const auto issued = RequestUploadTicket(server, paths.size());
   if (!issued) return Refused;
   const UploadTicket& ticket = *issued;

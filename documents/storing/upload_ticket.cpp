@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "base/failure_trace.h"
+#include "base/step_words.h"
 #include "connection/json_members.h"
 #include "connection/rest_stream.h"
 #include "documents/storing/text_file.h"
@@ -40,7 +41,7 @@ bool IsComplete(const UploadTicket& ticket) {
 }  // namespace
 
 std::optional<UploadTicket> RequestUploadTicket(ServerContext& server, std::size_t fileCount) {
-  const FailureStep step("ask for a place to upload to");
+  const FailureStep step(stepAskForUploadPlace);
   const ScopedTempPath body(
       WriteTextFile(MakeTempFile("upload", "json"), "{\n\"noOfFiles\":" + std::to_string(fileCount) + "\n}"));
   if (body.path().empty()) return std::nullopt;

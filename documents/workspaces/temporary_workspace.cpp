@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "base/failure_trace.h"
+#include "base/step_words.h"
 #include "connection/url_escape.h"
 #include "documents/reading/document_reader.h"
 #include "documents/storing/document_writer.h"
@@ -82,7 +83,7 @@ std::string FindFreeName(const WorkspaceList& workspaces, std::string_view prefi
 std::optional<WorkspaceRecord> CreateWorkspace(ServerContext& server, const std::string& contextId,
                                                const std::string& name,
                                                const std::optional<std::string>& description) {
-  const FailureStep step("create a workspace");
+  const FailureStep step(stepCreateWorkspace);
   rapidjson::Document body(rapidjson::kObjectType);
   auto& allocator = body.GetAllocator();
   body.AddMember("name", MakeText(name, allocator), allocator);
@@ -99,7 +100,7 @@ std::optional<WorkspaceRecord> CreateWorkspace(ServerContext& server, const std:
 }
 
 bool DeleteWorkspace(ServerContext& server, const std::string& workspaceId) {
-  const FailureStep step("delete a workspace");
+  const FailureStep step(stepDeleteWorkspace);
   const std::string path = "servlet/rest/v1/dkm/workspaces/" + EscapeForUrl(workspaceId) + "/delete";
   JsonPost post(server, path, rapidjson::Value(rapidjson::kArrayType));
   return post.response().succeeded();

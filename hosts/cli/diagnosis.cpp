@@ -21,7 +21,7 @@ constexpr int kFirstOfServerErrors = 500;
 
 // Whether the content was on its way: the object was found by then.
 [[nodiscard]] bool IsOfContent(const Reason& reason) {
-  return reason.step == "download" || reason.step == "download the content";
+  return reason.step == VtDirectManager::stepDownload || reason.step == VtDirectManager::stepDownloadContent;
 }
 
 // That nothing was found is what the message says; what the server said of it may tell more.
@@ -61,6 +61,11 @@ constexpr int kFirstOfServerErrors = 500;
   if (auto failure = ServerFailureOfReason(host, url, reason)) return failure;
   if (IsOfContent(reason) && reason.kind != FailureKind::NotFound && reason.kind != FailureKind::LocalFile) {
     return Failure{ExitCode::DownloadFailed, WithWordsOf("the download of " + address + " failed", reason)};
+  }
+  // An answer that could not be kept says nothing of whether the object is there.
+  if (reason.kind == FailureKind::LocalFile && !IsOfContent(reason)) {
+    const auto failure = TemporaryFilesFailure();
+    return failure ? *failure : AnswerNotKept(address);
   }
   if (reason.kind == FailureKind::TimedOut || reason.kind == FailureKind::AnswerBroken ||
       IsServerError(reason)) {

@@ -66,6 +66,12 @@ constexpr FailureClassRow kRows[] = {
 
 }  // namespace
 
+Failure WithNothing(const char* done, Failure failure) {
+  if (!failure.saysNothingWasDone) failure.message += std::string("; nothing was ") + done;
+  failure.saysNothingWasDone = true;
+  return failure;
+}
+
 std::span<const FailureClassRow> FailureClasses() {
   return kRows;
 }

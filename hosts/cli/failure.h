@@ -37,10 +37,16 @@ struct Failure {
   /// Of a command that was ended from outside: whether a change was sent whose answer had not come. Nothing if
   /// that is up to the reason.
   std::optional<bool> changeIsOpen = std::nullopt;
+  /// Whether the message says already that nothing was done; see WithNothing.
+  bool saysNothingWasDone = false;
 
   /// Message and advice, for a reader.
   [[nodiscard]] std::string Text() const { return advice.empty() ? message : message + "; " + advice; }
 };
+
+/// The failure with "nothing was sent" in its message, for the word "sent"; as it is if the message says already
+/// that nothing was done.
+[[nodiscard]] Failure WithNothing(const char* done, Failure failure);
 
 /// One class of failures.
 struct FailureClassRow {

@@ -11,6 +11,7 @@
 #include "hosts/cli/files/local_text_file.h"
 #include "hosts/cli/files/temporary_files.h"
 #include "hosts/cli/folders_ahead.h"
+#include "hosts/cli/http_log/asked_pause.h"
 #include "hosts/cli/servers/server_access.h"
 #include "hosts/cli/servers/server_environment.h"
 #include "hosts/cli/texts/near_word.h"
@@ -142,8 +143,16 @@ std::vector<std::string> Host::MeantUrls() const {
   return meant;
 }
 
+du::http::ExchangeObserver Host::ExchangeWatch() const {
+  // An exchange that is under way reports later than the end of this object.
+  return [patience = patience()](const du::http::ObservedExchange& exchange) {
+    NoteAskedPause(exchange);
+    patience->Note(exchange);
+  };
+}
+
 std::shared_ptr<const HttpLog> Host::ObserveHttp() {
-  if (whole_.httpLog_ == nullptr) whole_.httpLog_ = std::make_shared<const HttpLog>();
+  if (whole_.httpLog_ == nullptr) whole_.httpLog_ = std::make_shared<const HttpLog>(ExchangeWatch());
   return whole_.httpLog_;
 }
 
@@ -212,15 +221,11 @@ std::optional<Failure> Host::SetTransport(const Arguments& arguments) {
   if (!connectSeconds) return connectSeconds.failure();
   const auto stallSeconds = ReadSecondsOption(arguments, "stall-timeout", settings.stallTimeoutSeconds);
   if (!stallSeconds) return stallSeconds.failure();
-  settings.stallTimeoutSeconds = *stallSeconds;
-  if (arguments.Has("stall-timeout")) {
-    // Who names a time means any silence, also that of a server that has not begun to answer.
-    settings.firstByteTimeoutSeconds = settings.stallTimeoutSeconds;
-    settings.firstByteAfterBodyTimeoutSeconds = settings.stallTimeoutSeconds;
-  }
-  settings.connectTimeoutMilliseconds = *connectSeconds * 1000;
   settings.authenticationTries = kAuthenticationTries;
   du::http::SetTransportSettings(settings);
+  // Who names a time means any silence, also that of a server that has not begun to answer.
+  patience_->Begin(arguments.Has("stall-timeout") ? std::optional(*stallSeconds) : std::nullopt,
+                   *connectSeconds);
   return std::nullopt;
 }
 

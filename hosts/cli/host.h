@@ -10,6 +10,7 @@
 #include "hosts/cli/http_log/http_log.h"
 #include "hosts/cli/servers/authenticator.h"
 #include "hosts/cli/servers/credential_helper.h"
+#include "hosts/cli/servers/patience.h"
 #include "hosts/cli/servers/server_list.h"
 #include "hosts/cli/texts/output.h"
 
@@ -34,6 +35,10 @@ class Host {
   /// process is replaced.
   [[nodiscard]] std::optional<Failure> WorkWith(const std::vector<std::string>& urls,
                                                 const Arguments& arguments);
+
+  /// What is to be told of each exchange of the process: it notes how long a server asks to be left alone, and
+  /// whether one is silent.
+  [[nodiscard]] du::http::ExchangeObserver ExchangeWatch() const;
 
   /// The log of the exchanges from the first call of this on.
   [[nodiscard]] std::shared_ptr<const HttpLog> ObserveHttp();
@@ -63,6 +68,8 @@ class Host {
   /// URLs of the servers that the operands of a command name, or its option --on.
   [[nodiscard]] std::vector<std::string> ServersOf(const CommandRow& command,
                                                    const Arguments& arguments) const;
+  /// How long this command waits for a silent server.
+  [[nodiscard]] const std::shared_ptr<Patience>& patience() const { return whole_.patience_; }
   /// The directory for temporary files; only for a command that makes requests.
   [[nodiscard]] const std::string& workDirectory() const { return whole_.workDirectory_->path(); }
 
@@ -98,6 +105,7 @@ class Host {
   CredentialSources sources_;
   mutable std::mutex authenticating_;
   std::unique_ptr<Authenticator> authenticator_;
+  const std::shared_ptr<Patience> patience_ = std::make_shared<Patience>();
   std::shared_ptr<const HttpLog> httpLog_;
   std::unique_ptr<WorkDirectory> workDirectory_;
 };

@@ -3,8 +3,8 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
+#include <vtdirect/platform/http_observer.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -17,7 +17,6 @@
 #include "hosts/cli/commands/command_line.h"
 #include "hosts/cli/environment.h"
 #include "hosts/cli/host.h"
-#include "hosts/cli/http_log/asked_pause.h"
 #include "hosts/cli/http_log/har_document.h"
 #include "hosts/cli/interruption.h"
 #include "hosts/cli/interruption_report.h"
@@ -116,11 +115,6 @@ void BoundTheFolderScan() {
   return code;
 }
 
-[[nodiscard]] bool RepeatsQuestions(const CommandRow& command) {
-  return std::any_of(command.options.begin(), command.options.end(),
-                     [](const OptionRow& row) { return row.name == ArgumentName("retries"); });
-}
-
 [[nodiscard]] ExitCode RunCommand(const CommandRow& command, const Arguments& arguments, Output& output) {
   if (arguments.Has("trace")) {
     const std::string fault = TraceLevelsFault(arguments.Text("trace"));
@@ -129,10 +123,9 @@ void BoundTheFolderScan() {
   StartTraceLog(TraceLevels(arguments), std::cerr);
   const ReasonCollector reasons;
   Host host(output);
-  if (arguments.Has("log-http")) return RunLogged(command, arguments, host);
-  if (!RepeatsQuestions(command)) return RunOnHost(command, arguments, host);
-  const AskedPauseWatch watch;
-  return RunOnHost(command, arguments, host);
+  du::http::SetExchangeObserver(host.ExchangeWatch(), 0);
+  return arguments.Has("log-http") ? RunLogged(command, arguments, host)
+                                   : RunOnHost(command, arguments, host);
 }
 
 // Expected failures are no exceptions. What comes here all the same has undone all that was temporary on its

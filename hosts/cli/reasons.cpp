@@ -17,9 +17,9 @@ constexpr int kBadGateway = 502;
 constexpr int kGatewayTimeout = 504;
 
 // Steps that bring bytes to the server or ask for a place for them. No document shows what they leave.
-constexpr std::string_view kStepsBeforeAChange[] = {"fetch the nonce", "ask for a place to upload to",
-                                                    "upload the contents",
-                                                    "register the application version"};
+constexpr std::string_view kStepsBeforeAChange[] = {
+    VtDirectManager::stepFetchNonce, VtDirectManager::stepAskForUploadPlace,
+    VtDirectManager::stepUploadContents, VtDirectManager::stepRegisterApplication};
 
 [[nodiscard]] bool ComesBeforeAChange(const Reason& reason) {
   return std::find(std::begin(kStepsBeforeAChange), std::end(kStepsBeforeAChange), reason.step) !=
@@ -61,11 +61,14 @@ bool AnswerIsMissing(const VtDirectManager::Outcome& outcome) {
          cause->kind != VtDirectManager::FailureKind::Ambiguous;
 }
 
-bool AnswerIsBroken(const VtDirectManager::Outcome& outcome) {
+bool AQuestionFailed(const VtDirectManager::Outcome& outcome) {
+  using VtDirectManager::FailureKind;
   const auto entries = outcome.Entries();
   // Also one that was said aside: it left a default in the place of what the server has.
   return std::any_of(entries.begin(), entries.end(), [](const VtDirectManager::Failure& entry) {
-    return entry.kind == VtDirectManager::FailureKind::AnswerBroken;
+    return entry.kind == FailureKind::AnswerBroken || entry.kind == FailureKind::TimedOut ||
+           entry.kind == FailureKind::Unreachable ||
+           (entry.kind == FailureKind::Refused && entry.httpStatus >= kFirstOfServerErrors);
   });
 }
 
@@ -116,7 +119,7 @@ bool LocalFileFailed() {
 
 std::optional<Reason> WhyWorkspaceStays() {
   for (const Reason& reason : Reasons()) {
-    if (reason.step == "delete a workspace") return reason;
+    if (reason.step == VtDirectManager::stepDeleteWorkspace) return reason;
   }
   return std::nullopt;
 }

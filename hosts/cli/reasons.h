@@ -37,8 +37,9 @@ class ReasonCollector {
 /// were. What it gave is no answer then.
 [[nodiscard]] bool AnswerIsMissing(const VtDirectManager::Outcome& outcome);
 
-/// Whether an answer came that could not be read. What the library made of it is no answer.
-[[nodiscard]] bool AnswerIsBroken(const VtDirectManager::Outcome& outcome);
+/// Whether one of several questions, whatever came of the others, was not answered: in time, readably, and by
+/// something else than a 5xx. What the library made of it is no answer.
+[[nodiscard]] bool AQuestionFailed(const VtDirectManager::Outcome& outcome);
 
 /// The failure with the last reason, unless it has one.
 [[nodiscard]] Failure WithReason(Failure failure);

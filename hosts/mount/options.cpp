@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/environment.h"
@@ -69,8 +70,18 @@ constexpr NumberOption cacheSizeOption{"cache-size", 4096, 1, std::uint64_t{1} <
   return std::nullopt;
 }
 
-// A store waits no longer for a connection than the mount. It waits longer for an answer: the stall limit of the
-// mount would end one that the server works on for minutes after it has got a large file.
+// A store waits longer for an answer than a program that reads: the stall limit of the mount would end one that the
+// server works on for minutes after it has got a large file.
+[[nodiscard]] std::vector<vtdirect_cli::OptionRow> OptionsOfStores() {
+  const auto all = vtdirect_cli::GlobalOptions();
+  std::vector<vtdirect_cli::OptionRow> options(all.begin(), all.end());
+  std::erase_if(options, [](const vtdirect_cli::OptionRow& row) {
+    return std::string_view(row.name.text()) == "stall-timeout";
+  });
+  return options;
+}
+
+// It waits no longer for a connection than the mount.
 void AddLimits(const Arguments& arguments, std::vector<std::string>& command) {
   if (arguments.Has("connect-timeout")) return;
   command.insert(command.end(), {"--connect-timeout", std::to_string(connectSeconds)});
@@ -85,7 +96,7 @@ void AddLimits(const Arguments& arguments, std::vector<std::string>& command) {
   settings.startDirectory = std::filesystem::current_path(error).string();
   const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
   settings.command = {error ? "vtdirect" : (self.parent_path() / "vtdirect").string()};
-  for (std::string& word : vtdirect_cli::WordsOf(vtdirect_cli::GlobalOptions(), arguments)) {
+  for (std::string& word : vtdirect_cli::WordsOf(OptionsOfStores(), arguments)) {
     settings.command.push_back(std::move(word));
   }
   AddLimits(arguments, settings.command);

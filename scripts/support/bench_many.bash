@@ -1,7 +1,7 @@
 # Many documents at once: vtdirect beside rclone, which fetches the same files by WebDAV through a relay that waits as long
 # as the server does. Sourced by scripts/bench, whose functions and variables it uses.
 
-many_documents=1000
+many_documents=${DOCUMENTS:-1000}
 many_folders=20
 many_latency=50
 # So many folders are listed: those, the product's root, and the one that the address names.
@@ -116,11 +116,15 @@ bench_many_side_by_side() {
     >"$work/many-side-records" || true
 }
 
+# many_row TITLE NAME LIMIT: the pairs of $work/NAME as a line of the table. What it finds goes into the history, which
+# keeps runs of fewer documents apart.
 many_row() {
-  local ratio
-  ratio=$(awk '{print $1 / $2}' "$work/$2" | median)
-  say "| $1 | $(awk '{print $1}' "$work/$2" | median) | $(awk '{print $2}' "$work/$2" | median) | $ratio |" \
-    "$(awk '{print $1 / $2}' "$work/$2" | quartiles) | $3 | $(judge "$ratio" "$3") |"
+  local first ratio third name=$2
+  read -r first ratio third < <(awk '{print $1 / $2}' "$work/$2" | quartiles)
+  [ "$many_documents" -eq 1000 ] || name+=-$many_documents
+  remember "$name" wall "$first" "$ratio" "$third"
+  say "| $1 | $(awk '{print $1}' "$work/$2" | median) | $(awk '{print $2}' "$work/$2" | median) |" \
+    "$ratio ($first to $third) | $3 | $(judge "$ratio" "$3") |"
 }
 
 bench_many() {
@@ -144,8 +148,8 @@ bench_many() {
   {
     heading "$many_documents documents of 4 KiB in $many_folders folders, $many_latency ms a request, \
 ${PAIRS:-3} pairs of gets and ${QUICK_PAIRS:-9} of the others"
-    say "| what | vtdirect, s | beside, s | ratio | quartiles | at most | met |"
-    say "| --- | --- | --- | --- | --- | --- | --- |"
+    say "| what | vtdirect, s | beside, s | ratio (quartiles) | at most | met |"
+    say "| --- | --- | --- | --- | --- | --- |"
     many_row "\`get -r --parallel 8\`, beside rclone with 8 transfers" many-gets 2.2
     many_row "\`pull\` with nothing changed, beside \`rclone check\`" many-pulls 1.2
     many_row "\`st\` with 20 files modified, beside the listings alone" many-sts 1.5

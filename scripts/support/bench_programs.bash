@@ -58,32 +58,62 @@ bench_start() (
   } | publish start
 )
 
-# Writes the program $work/walk, which walks over all folders of the server, so many at one time, into $work/tree.NUMBER.
-write_walk() {
-  printf '#!/bin/bash\n%s --quiet --server bench=%s tree --parallel "$1" //bench >%s.$1\n' \
-    "$(vtdirect_program)" "$server_url" "$work/tree" >"$work/walk"
-  chmod +x "$work/walk"
+# write_program NAME WORDS...: writes the program $work/NAME, which runs vtdirect with the words on that server; in them,
+# $1 is how many at one time. In a home of its own, so that nothing is kept from one run to the next.
+write_program() {
+  local name=$1
+  shift
+  printf '#!/bin/bash\nexport HOME=%s XDG_STATE_HOME= XDG_CACHE_HOME= XDG_CONFIG_HOME=\n' "$work/tree-home" >"$work/$name"
+  printf '%s --quiet --server bench=%s %s\n' "$(vtdirect_program)" "$server_url" "$*" >>"$work/$name"
+  chmod +x "$work/$name"
+}
+
+# tree_round NUMBER NAME PROGRAM: the program with one, 4 and 8 at one time.
+tree_round() {
+  local parallel
+  for parallel in 1 4 8; do
+    rm -rf "$work/tree-home" "$work/got.$parallel"
+    keep "$1" "$2-$parallel" library "$bin/bench-run" 1 "$work/$3" "$parallel"
+  done
+}
+
+# tree_rows NAME WHAT: two rows of the table.
+tree_rows() {
+  local parallel
+  for parallel in 4 8; do
+    cp "$work/$1-1.library" "$work/$1-$parallel.reference"
+    comparison "$1-$parallel" "$2, $parallel at one time" "wall:$([ $parallel = 4 ] && say 0.35 || say 0.2)"
+  done
 }
 
 bench_tree() {
   local pairs=${PAIRS:-3} folders=${COUNT:-1000} number parallel
   start_server "$work/server" "$root/build/release/simulator/vantry-sim" --port 0 --data "$work/tree-data" \
     --latency 20 --seed "bulk:$folders,folders=$folders"
-  write_walk
+  # shellcheck disable=SC2016  # the program's own argument
+  write_program walk 'tree --parallel "$1" //bench' ">$work/tree.\$1"
+  # shellcheck disable=SC2016
+  write_program fetch 'get -r --parallel "$1" //bench/Products/Bulk/Folders/' "-o $work/got.\$1"
   for number in $(seq 0 "$pairs"); do
-    for parallel in 1 4 8; do
-      keep "$number" "tree-$folders-$parallel" library "$bin/bench-run" 1 "$work/walk" "$parallel"
+    tree_round "$number" "tree-$folders" walk
+    for parallel in 4 8; do
       cmp "$work/tree.1" "$work/tree.$parallel" || fail "the walk shows another tree"
     done
   done
+  # What waits for some thousand answers needs no round that isn't counted.
+  for number in $(seq "$pairs"); do
+    tree_round "$number" "get-$folders" fetch
+    for parallel in 4 8; do
+      diff -r "$work/got.1" "$work/got.$parallel" || fail "get -r fetches something else"
+    done
+  done
   stop_server
-  for parallel in 4 8; do cp "$work/tree-$folders-1.library" "$work/tree-$folders-$parallel.reference"; done
   {
-    heading "vtdirect tree over $folders folders on a server that takes 20 ms to answer, $pairs rounds"
+    heading "Over $folders folders on a server that takes 20 ms to answer, $pairs rounds"
     comparison_head "--parallel 4 or 8" "one at a time"
-    comparison "tree-$folders-4" "4 folders at one time" wall:0.35
-    comparison "tree-$folders-8" "8 folders at one time" wall:0.2
+    tree_rows "tree-$folders" "vtdirect tree"
+    tree_rows "get-$folders" "get -r, a document in each folder"
     say
-    say "$(wc -l <"$work/tree.1") lines, the same each time."
+    say "$(wc -l <"$work/tree.1") lines, and $(find "$work/got.1" -type f | wc -l) files, the same each time."
   } | publish tree
 }

@@ -33,8 +33,8 @@ CheckoutState ReadCheckoutState(const std::string& address) {
   const VtDirectManager::Outcome outcome;
   CheckoutState state;
   state.status = VtDirectManager::GetCheckoutStatus(address.c_str(), &state.user);
-  // An answer that can't be read shows no checkout, and the library takes that for none.
-  if (AnswerIsBroken(outcome)) return {};
+  // What the server did not answer shows no checkout, and the library takes that for none.
+  if (AQuestionFailed(outcome)) return {};
   return state;
 }
 

@@ -16,15 +16,19 @@ constexpr const char* kAgain = "the same command can be given again";
 using Copies = std::vector<VtDirectManager::TemporaryCheckout>;
 
 [[nodiscard]] Failure Failed(const std::string& what, const std::string& next) {
-  return {ExitCode::Failure, what + "; nothing was changed", next};
+  return WithNothing("changed", {ExitCode::Failure, what, next});
+}
+
+// A question about the checkout got no answer: what is wrong with the server, or that nothing else is.
+[[nodiscard]] Failure Unanswered(Host& host, const std::string& uid, const std::string& what) {
+  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()))) return *failure;
+  return Failed(what, kAgain);
 }
 
 [[nodiscard]] Failure NotFoundOut(Host& host, const std::string& address, const std::string& uid) {
-  const std::string why = WordsOfLastReason();
-  if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()))) return *failure;
-  return Failed("you have " + address + " checked out, and its working copy could not be found out" +
-                    (why.empty() ? "" : " (" + why + ")"),
-                kAgain);
+  return Unanswered(
+      host, uid,
+      WithWords("you have " + address + " checked out, and its working copy could not be found out"));
 }
 
 [[nodiscard]] Failure Several(const std::string& address, const Copies& copies) {
@@ -64,7 +68,7 @@ Result<FoundCopy> SearchForCopy(Host& host, const std::string& address, const st
   const VtDirectManager::Outcome outcome;
   const auto copies = VtDirectManager::FindTemporaryCheckouts(uid.c_str());
   // A list that can't be read is not an empty one.
-  if (!copies || AnswerIsBroken(outcome)) return NotFoundOut(host, address, uid);
+  if (!copies || AQuestionFailed(outcome)) return NotFoundOut(host, address, uid);
   if (copies->empty()) return FoundCopy{};
   if (copies->size() > 1) return Several(address, *copies);
   const auto& copy = copies->front();
@@ -76,8 +80,7 @@ Result<FoundCopy> CopyToGoOnWith(Host& host, const std::string& address,
                                  VtDirectManager::VtCheckoutStatus status, const std::string& uid) {
   if (IsTemporaryCopy(uid)) return FoundCopy{uid, {}};
   if (status == VtDirectManager::CheckoutStatusFailed && PresenceOf(uid) != Presence::Gone) {
-    if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()))) return *failure;
-    return Failed("where the checkout of " + address + " stands could not be found out", kAgain);
+    return Unanswered(host, uid, "where the checkout of " + address + " stands could not be found out");
   }
   if (!IsHeldByUser(status)) return FoundCopy{uid, {}};
   const auto found = SearchForCopy(host, address, uid);

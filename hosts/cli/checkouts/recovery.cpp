@@ -30,7 +30,7 @@ constexpr std::size_t kMostWarnings = 3;
   const VtDirectManager::Outcome outcome;
   const auto copies = VtDirectManager::FindTemporaryCheckouts(entry.uid.c_str());
   const CheckoutState state = ReadCheckoutState(entry.uid);
-  if (!copies || AnswerIsBroken(outcome) || state.status == VtDirectManager::CheckoutStatusFailed)
+  if (!copies || AQuestionFailed(outcome) || state.status == VtDirectManager::CheckoutStatusFailed)
     return NotKnown(entry.address);
   for (const auto& copy : *copies) {
     if (copy.uid.empty() || DocumentOf(copy.uid) != DocumentOf(entry.uid)) continue;

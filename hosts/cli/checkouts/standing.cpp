@@ -40,7 +40,7 @@ class WorkspacePrefix {
 
 [[nodiscard]] bool NameWasTaken() {
   const auto reason = LastReason();
-  return reason && reason->step == "create a workspace" &&
+  return reason && reason->step == VtDirectManager::stepCreateWorkspace &&
          reason->kind == VtDirectManager::FailureKind::Conflict;
 }
 

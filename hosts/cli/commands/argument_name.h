@@ -9,11 +9,11 @@ namespace vtdirect_cli {
 /// and after each.
 inline constexpr std::string_view argumentNames =
     " ADDRESS DIR FILE NICK PATH URL all anywhere auto-checkout base ca-file cache cache-size cad checkin "
-    "checkouts client-cert client-key config connect-timeout depth discard dry-run expect folder force foreground "
-    "forget from full-paths help if-changed json kind language latest link log log-http long max-time "
-    "metadata mine name netrc newer no-clobber no-preview no-prompt no-usual-scratch null number on output parallel proxy "
-    "quiet recursive refresh renew retries scratch server sort stall-timeout stop-on-error token trace user "
-    "verbose version versioned versions viewable write ";
+    "checkouts client-cert client-key config connect-timeout depth discard dry-run expect folder force "
+    "foreground forget from full-paths help if-changed json kind language latest link log log-http long "
+    "max-time metadata mine name netrc newer no-clobber no-preview no-prompt no-usual-scratch null number "
+    "on output parallel proxy quiet recursive refresh renew retries scratch server sort stall-timeout "
+    "stop-on-error token trace user verbose version versioned versions viewable write ";
 
 /// Whether an option or an operand is called so.
 [[nodiscard]] constexpr bool IsArgumentName(std::string_view text) {

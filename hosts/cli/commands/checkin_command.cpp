@@ -9,7 +9,7 @@ namespace {
 }
 
 ExitCode RunCheckin(Host& host, const Arguments& arguments) {
-  return ChangeEach(host, arguments, CheckInOne);
+  return ChangeEach(host, arguments, OfFolders::CheckedOutHere, CheckInOne);
 }
 
 }  // namespace
@@ -24,7 +24,7 @@ CommandRow CheckinCommand() {
       "command can be given again; what stands and what to do next is told.",
       {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
         Count::AtLeastOnce}},
-      ChangingManyOptions(),
+      ChangingManyOptions(OfFolders::CheckedOutHere),
       true,
       RunCheckin,
       CheckoutEndMembers()};

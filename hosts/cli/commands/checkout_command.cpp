@@ -64,7 +64,7 @@ void Report(Host& host, const std::string& address, const std::string& document,
 }
 
 ExitCode RunCheckout(Host& host, const Arguments& arguments) {
-  return ChangeEach(host, arguments, CheckOutOne);
+  return ChangeEach(host, arguments, OfFolders::All, CheckOutOne);
 }
 
 }  // namespace
@@ -82,7 +82,7 @@ CommandRow CheckoutCommand() {
       "Of several, one that fails does not keep the others.",
       {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
         Count::AtLeastOnce}},
-      ChangingManyOptions(),
+      ChangingManyOptions(OfFolders::All),
       true,
       RunCheckout,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},

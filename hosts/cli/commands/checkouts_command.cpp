@@ -72,7 +72,7 @@ void ShowCopy(Host& host, const VtDirectManager::TemporaryCheckout& copy) {
   const VtDirectManager::Outcome outcome;
   const auto copies = VtDirectManager::FindTemporaryCheckouts(root.c_str());
   // A list that can't be read is not an empty one.
-  if (!copies || AnswerIsBroken(outcome)) {
+  if (!copies || AQuestionFailed(outcome)) {
     const std::string why = WordsOfLastReason();
     if (const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(root.c_str()))) {
       return host.output().Fail(*failure);

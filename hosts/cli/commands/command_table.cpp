@@ -146,9 +146,9 @@ std::span<const OptionRow> GlobalOptions() {
       {"connect-timeout", 0, "SECONDS", false, Completion::Nothing,
        "Longest time to set up a connection; 30 unless given."},
       {"stall-timeout", 0, "SECONDS", false, Completion::Nothing,
-       "Longest time in which no byte moves. Unless given: 60, but 300 for an answer to begin, and 900 after "
-       "a "
-       "file was sent."},
+       "Longest time in which no byte moves. Unless given: 60 for a question, 120 for a change, and a second "
+       "more for each megabyte of a file that is sent, up to 900. A server that has been silent for so long "
+       "gets 5 for each further question, until it answers one."},
       {"max-time", 0, "SECONDS", false, Completion::Nothing,
        "End the command when so many seconds have passed, however far it has come."},
       {"trace", 0, "LEVELS", false, Completion::Nothing,

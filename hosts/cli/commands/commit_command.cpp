@@ -100,7 +100,8 @@ void ShowWouldCommit(Host& host, const WorkFolder& folder, FolderFile file) {
 ExitCode CommitAll(Host& host, WorkFolder& folder, const LocalSide& side,
                    const std::vector<FolderFile>& files, bool dryRun) {
   ForgetReasons();
-  const RemoteTree tree = ReadRemoteFolders(folder.store().server(), FoldersOf(files), usualThreads);
+  const RemoteTree tree =
+      ReadRemoteFolders(folder.store().server(), FoldersOf(files), usualThreads, side.kept);
   ExitCode worst = ExitCode::Ok;
   for (const Failure& failure : tree.failures) {
     if (failure.code != ExitCode::Interrupted) worst = Worse(worst, host.output().Fail(failure));
@@ -147,7 +148,7 @@ CommandRow CommitCommand() {
       "and "
       "checks it in: one document after the other, and one line for each that is done. Without FILE all "
       "files "
-      "are meant that were changed here.\n\n"
+      "are meant that st shows as changed here.\n\n"
       "A document whose newest version is not the one that the file came from is a conflict: nothing of it "
       "is "
       "sent, and the others go on. It keeps its source links, attributes and a viewable that the server "

@@ -6,7 +6,7 @@
 namespace vtdirect_cli {
 namespace {
 
-void Show(Host& host, const std::string& nickname, const Finding& finding) {
+void Show(Host& host, const std::string& nickname, const ExaminedStep& finding) {
   Record shown{{"server", nickname},
                {"step", finding.step},
                {"state", std::string(WordOf(finding.state))},
@@ -21,7 +21,7 @@ ExitCode RunDoctor(Host& host, const Arguments& arguments) {
   if (!servers) return host.output().Fail(servers.failure());
   const ExitCode worst = ExamineAll(
       host, arguments, *servers,
-      [&host](const std::string& nickname, const Finding& finding) { Show(host, nickname, finding); });
+      [&host](const std::string& nickname, const ExaminedStep& finding) { Show(host, nickname, finding); });
   if (worst == ExitCode::Ok) return worst;
   return host.output().Fail(
       {worst, "something on the way to a server does not work", "see the lines that say failed"});

@@ -11,6 +11,7 @@
 #include "hosts/cli/files/content_download.h"
 #include "hosts/cli/host.h"
 #include "hosts/cli/interruption.h"
+#include "hosts/cli/many/batch_options.h"
 #include "hosts/cli/many/get_many.h"
 #include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
@@ -110,7 +111,7 @@ struct Content {
 
 ExitCode RunGet(Host& host, const Arguments& arguments) {
   if (const auto failure = CheckDownloadOptions(host, arguments)) return host.output().Fail(*failure);
-  if (GetsMany(arguments)) return GetMany(host, arguments, SettleGet);
+  if (IsForMany(arguments)) return GetMany(host, arguments, SettleGet);
   auto download = SettleGet(host, arguments, arguments.Text("ADDRESS"), {});
   if (!download) return host.output().Fail(download.failure());
   return RunDownload(host, *download);

@@ -40,7 +40,7 @@ namespace {
   const bool supported = VtDirectManager::ServerSupported(url.c_str(), &code, nullptr);
   auto exchanges = log->Seen().exchanges;
   exchanges.erase(exchanges.begin(), exchanges.begin() + static_cast<std::ptrdiff_t>(before));
-  if (LoginSeen(exchanges).state == Finding::State::Failed) {
+  if (LoginSeen(exchanges).state == ExaminedStep::State::Failed) {
     return WithReason({ExitCode::AuthenticationRefused, url + " refused the login; nothing was kept"});
   }
   if (!supported) return ServerFailure(host, url, code);

@@ -15,8 +15,10 @@ ExitCode RunPull(Host& host, const Arguments& arguments) {
   if (!opened) return host.output().Fail(opened.failure());
   WorkFolder& folder = **opened;
   if (const auto locked = folder.Lock()) return host.output().Fail(*locked);
+  const auto kept = ReadKept(folder);
+  if (!kept) return host.output().Fail(kept.failure());
   ForgetReasons();
-  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *effort);
+  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *effort, {}, *kept);
   if (IsDryRun(arguments)) {
     const auto local = ReadLocalSide(folder);
     return local ? TellPull(host, *local, tree) : host.output().Fail(local.failure());

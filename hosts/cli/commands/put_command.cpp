@@ -36,6 +36,7 @@ struct Put {
   PutOutcome outcome;
   std::string uid;  // to go on with
   CheckoutState state;
+  SourceLinks linksLeftOut;
   bool checkedIn = false;
   bool isUnchanged = false;  // the server has the file's bytes already
   bool isDryRun = false;
@@ -63,19 +64,15 @@ struct Put {
   if (!target) return target.failure();
   const auto links = SettleLinks(host, *request, *target);
   if (!links) return links.failure();
-  Put put{*request, *target, *links, {}, {}, {}};
+  Put put{*request, *target, *links, {}, {}, {}, {}};
   if (auto failure = SettleConditions(host, arguments, put)) return *failure;
   if (Interrupted()) return InterruptedFailure();
   return put;
 }
 
-// What fails before the first byte goes out says so, unless it has.
-[[nodiscard]] Failure WithNothingSent(Failure failure) {
-  const bool isOfUsage = failure.code == ExitCode::Usage;
-  if (!isOfUsage && failure.message.find("; nothing was ") == std::string::npos) {
-    failure.message += "; nothing was sent";
-  }
-  return failure;
+// What fails before the first byte goes out says so.
+[[nodiscard]] Failure WithNothingSent(const Failure& failure) {
+  return failure.code == ExitCode::Usage ? failure : WithNothing("sent", failure);
 }
 
 // An answer that names no document leaves what the file went to.
@@ -130,10 +127,26 @@ void RecordStored(Host& host, const Put& put) {
   RecordFetch(host, source.path, *record);
 }
 
-void KeepWhatIsStored(Host& host, const Put& put) {
+void KeepWhatIsStored(Host& host, Put& put) {
   UpdateBook(host, put);
   RecordStored(host, put);
-  WarnOfMissingLinks(host, ByOwnId(put.uid), put.links);
+  put.linksLeftOut = MissingLinks(host, ByOwnId(put.uid), put.links);
+}
+
+// The library leaves a link out whose document the server does not tell of while the store goes on.
+[[nodiscard]] std::optional<Failure> LeftOutLinks(const Put& put) {
+  if (put.linksLeftOut.empty()) return std::nullopt;
+  std::string names;
+  std::string options;
+  for (const auto& [name, address] : put.linksLeftOut) {
+    names += (names.empty() ? "" : " and ") + name;
+    options += " --link '" + name + "=" + address + "'";
+  }
+  std::string message =
+      put.request.content.path + " is stored as " + put.uid + ", but without the link " + names;
+  if (LeavesWorkingCopy(put)) message += "; it is checked out";
+  return Failure{ExitCode::Incomplete, message,
+                 "the same command with" + options + " stores it again with the link"};
 }
 
 // The UID of the iteration that this makes.
@@ -247,6 +260,7 @@ ExitCode ReportUnsent(Host& host, const Put& put) {
   auto put = Store(host, *settled, report);
   if (!put) return report.Fail(put.failure());
   if (const auto failure = CreatedElsewhere(*put)) return report.Fail(*failure);
+  if (const auto failure = LeftOutLinks(*put)) return report.Fail(*failure);
   if (put->request.checkIn && LeavesWorkingCopy(*put)) {
     if (Interrupted()) return report.Report();
     const auto uid = CheckIn(host, *put, report);

@@ -134,8 +134,8 @@ ExitCode RunSt(Host& host, const Arguments& arguments) {
   if (!local) return host.output().Fail(local.failure());
   ForgetReasons();
   Holders holders(*local, arguments.Has("checkouts"));
-  const RemoteTree tree =
-      ReadRemoteTree(folder.store().server(), {"", folder.address()}, *effort, holders.Questions());
+  const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *effort,
+                                         holders.Questions(), local->kept);
   std::vector<Line> lines;
   for (Comparison& comparison : Compare(*local, tree)) lines.push_back({std::move(comparison), {}, {}});
   holders.Settle(lines, effort->threads);

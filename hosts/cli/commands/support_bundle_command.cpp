@@ -12,7 +12,7 @@
 namespace vtdirect_cli {
 namespace {
 
-[[nodiscard]] std::string LineOf(const std::string& nickname, const Finding& finding) {
+[[nodiscard]] std::string LineOf(const std::string& nickname, const ExaminedStep& finding) {
   return Printable(nickname) + "\t" + finding.step + "\t" + WordOf(finding.state) + "\t" +
          Printable(finding.seen) + (finding.advice.empty() ? "" : "\t" + Printable(finding.advice)) + "\n";
 }
@@ -29,9 +29,10 @@ ExitCode RunSupportBundle(Host& host, const Arguments& arguments) {
   const auto servers = ServersToExamine(host, {});
   if (!servers && servers.failure().code != ExitCode::Usage) return host.output().Fail(servers.failure());
   if (servers) {
-    static_cast<void>(ExamineAll(
-        host, arguments, *servers,
-        [&](const std::string& nickname, const Finding& finding) { report += LineOf(nickname, finding); }));
+    static_cast<void>(
+        ExamineAll(host, arguments, *servers, [&](const std::string& nickname, const ExaminedStep& finding) {
+          report += LineOf(nickname, finding);
+        }));
   }
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
   const KnownSecrets secrets = SecretsOfEnvironment();

@@ -17,8 +17,9 @@ ExitCode RunUid(Host& host, const Arguments& arguments) {
   const std::string uid = VtDirectManager::GetUID(address.c_str());
   // The library completes a UID by the file name when the server gives it, and takes the UID as it is
   // otherwise.
-  const bool named = uid.find("&file=/") != std::string::npos;
-  const bool confirmed = named || (!uid.empty() && VtDirectManager::FileExists(address.c_str()));
+  const auto parsed = VtDirectManager::ParseUID(uid.c_str());
+  const bool isNamed = parsed && !parsed->fileName.empty();
+  const bool confirmed = isNamed || (!uid.empty() && VtDirectManager::FileExists(address.c_str()));
   if (!confirmed) return host.output().Fail(Diagnose(host, address, true));
   host.output().Row({{"uid", uid}});
   return ExitCode::Ok;

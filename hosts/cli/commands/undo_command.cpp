@@ -9,7 +9,7 @@ namespace {
 }
 
 ExitCode RunUndo(Host& host, const Arguments& arguments) {
-  return ChangeEach(host, arguments, UndoOne);
+  return ChangeEach(host, arguments, OfFolders::CheckedOutHere, UndoOne);
 }
 
 [[nodiscard]] std::vector<MemberRow> Members() {
@@ -31,7 +31,7 @@ CommandRow UndoCommand() {
       "ended it clears away what is left of its temporary workspace, and says so.",
       {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
         Count::AtLeastOnce}},
-      ChangingManyOptions(),
+      ChangingManyOptions(OfFolders::CheckedOutHere),
       true,
       RunUndo,
       Members()};

@@ -145,7 +145,7 @@ struct Verification {
   const VtDirectManager::Outcome outcome;
   Standing standing;
   standing.status = VtDirectManager::VerifyCheckout(workingCopy.c_str(), standing.uid);
-  if (AnswerIsBroken(outcome)) return {};
+  if (AQuestionFailed(outcome)) return {};
   return standing;
 }
 

@@ -34,7 +34,8 @@ struct History {
 
 // A version's UID: the server of the object's own, with the id of that version.
 [[nodiscard]] std::string UidOfVersion(const std::string& uid, const char* id) {
-  return id == nullptr ? "" : uid.substr(0, uid.find("?id=")) + "?id=" + id;
+  const auto parsed = VtDirectManager::ParseUID(uid.c_str());
+  return id == nullptr || !parsed ? "" : parsed->server + "?id=" + id;
 }
 
 void Keep(const VtDirectManager::DirEntryExt& entry, const std::string& uid, History& history) {

@@ -98,6 +98,7 @@ ExitCode RunXliffPut(Host& host, const Arguments& arguments) {
   const auto copy = CopySource(put.file, host.workDirectory() + "/sent");
   if (!copy) return report.Fail(copy.failure());
   report.TellOfOpenChange(UnknownEnd(put));
+  const Patience::WhileSending patience(*host.patience(), put.file.size());
   ForgetReasons();
   const std::string& file = put.file.path;
   JournaledStep step(host, {"xliff put", put.subject.address, put.subject.uid, file, Sha256OfFile(*copy)});

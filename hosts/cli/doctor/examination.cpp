@@ -26,7 +26,7 @@ constexpr std::uint64_t kFoldersToSearch = 12;
 /// The look at one server.
 class Examination {
  public:
-  Examination(Host& host, const ExaminedServer& server, const FindingFunction& take)
+  Examination(Host& host, const ExaminedServer& server, const ExaminedStepFunction& take)
       : host_(host),
         server_(server),
         take_(take),
@@ -43,15 +43,15 @@ class Examination {
     LookAtServices();
     LookAtNonce();
     LookAtContent();
-    Tell({"upload address", Finding::State::Skipped,
+    Tell({"upload address", ExaminedStep::State::Skipped,
           "a server tells it only when something is stored, and nothing is stored here",
           "when a put fails, --log-http shows where it went"});
     return worst_;
   }
 
  private:
-  void Tell(const Finding& finding, ExitCode code = ExitCode::Failure) {
-    if (finding.state == Finding::State::Failed) worst_ = Worse(worst_, code);
+  void Tell(const ExaminedStep& finding, ExitCode code = ExitCode::Failure) {
+    if (finding.state == ExaminedStep::State::Failed) worst_ = Worse(worst_, code);
     take_(finding);
   }
 
@@ -64,12 +64,12 @@ class Examination {
   }
 
   void LookAtName() {
-    Tell(NameFinding(OriginOf(server_.url).value_or(Origin{}), RouteNow(server_.url).isProxy));
+    Tell(ExamineName(OriginOf(server_.url).value_or(Origin{}), RouteNow(server_.url).isProxy));
   }
 
   void LookAtRoute() {
     const Route route = RouteNow(server_.url);
-    Tell({"route", Finding::State::Ok, route.words, {}});
+    Tell({"route", ExaminedStep::State::Ok, route.words, {}});
   }
 
   // Connection, certificate, login and version show in the first question. False when nothing else can be asked.
@@ -87,9 +87,9 @@ class Examination {
     }
     Tell(*connection);
     TellCertificate(exchanges);
-    const Finding login = LoginSeen(exchanges);
+    const ExaminedStep login = LoginSeen(exchanges);
     Tell(login, ExitCode::AuthenticationRefused);
-    if (login.state == Finding::State::Failed) return false;
+    if (login.state == ExaminedStep::State::Failed) return false;
     if (!supported) {
       TellFailure("version", supported, code);
       return false;
@@ -99,9 +99,9 @@ class Examination {
   }
 
   void TellFailure(const char* step, bool supported, VtDirectManager::StatusCode code) {
-    if (supported) return Tell({step, Finding::State::Failed, "no answer was seen", {}});
+    if (supported) return Tell({step, ExaminedStep::State::Failed, "no answer was seen", {}});
     const Failure failure = ServerFailure(host_, server_.url, code);
-    Tell({step, Finding::State::Failed, failure.message, failure.advice}, failure.code);
+    Tell({step, ExaminedStep::State::Failed, failure.message, failure.advice}, failure.code);
   }
 
   void TellCertificate(const std::vector<du::http::ObservedExchange>& exchanges) {
@@ -109,19 +109,19 @@ class Examination {
     const auto certificate = CertificateSeen(exchanges, static_cast<long>(std::time(nullptr)));
     if (certificate) return Tell(*certificate);
     if (!isTls) {
-      return Tell({"certificate", Finding::State::Warning,
+      return Tell({"certificate", ExaminedStep::State::Warning,
                    "none: the server is asked over http, so all goes in clear",
                    "list it with https if it can be reached so"});
     }
-    Tell({"certificate", Finding::State::Skipped, "the connection was there already", {}});
+    Tell({"certificate", ExaminedStep::State::Skipped, "the connection was there already", {}});
   }
 
   void TellVersion(const std::vector<du::http::ObservedExchange>& exchanges, const std::string& own) {
     const std::string version = VersionSeen(exchanges);
-    Finding finding{
-        "version", Finding::State::Ok, version.empty() ? "supported" : version + ", supported", {}};
+    ExaminedStep finding{
+        "version", ExaminedStep::State::Ok, version.empty() ? "supported" : version + ", supported", {}};
     if (!own.empty()) {
-      finding.state = Finding::State::Warning;
+      finding.state = ExaminedStep::State::Warning;
       finding.seen += "; it calls another address its own";
       finding.advice = "list it as " + own;
     }
@@ -130,7 +130,7 @@ class Examination {
 
   void SkipTheRest() {
     for (const char* step : {"services", "nonce", "content address", "upload address"}) {
-      Tell({step, Finding::State::Skipped, "nothing more can be asked", {}});
+      Tell({step, ExaminedStep::State::Skipped, "nothing more can be asked", {}});
     }
   }
 
@@ -139,9 +139,11 @@ class Examination {
     static_cast<void>(ListPath("//" + server_.nickname + "/Products/", VtDirectManager::ReadDirFolders,
                                [](const VtDirectManager::DirEntryExt&) { return false; }));
     const std::string services = ServicesSeen(Seen());
-    if (!services.empty()) return Tell({"services", Finding::State::Ok, services, {}});
-    Tell(
-        {"services", Finding::State::Ok, "none of the newer ones; the server is browsed by its gateway", {}});
+    if (!services.empty()) return Tell({"services", ExaminedStep::State::Ok, services, {}});
+    Tell({"services",
+          ExaminedStep::State::Ok,
+          "none of the newer ones; the server is browsed by its gateway",
+          {}});
   }
 
   // What every change needs first. A nonce changes nothing until it is used.
@@ -149,10 +151,11 @@ class Examination {
     const DirectAnswer answer =
         AskDirectly(host_, UrlBelow(server_.url, "servlet/rest/security/csrf"), false);
     if (answer.status == 200 && answer.body.find("nonce") != std::string::npos) {
-      return Tell({"nonce", Finding::State::Ok, "the server gives one, so that something can be stored", {}});
+      return Tell(
+          {"nonce", ExaminedStep::State::Ok, "the server gives one, so that something can be stored", {}});
     }
     const std::string seen = answer.status == 0 ? answer.fault : "HTTP " + std::to_string(answer.status);
-    Tell({"nonce", Finding::State::Failed,
+    Tell({"nonce", ExaminedStep::State::Failed,
           "the server gives none (" + seen + "), so that nothing can be stored",
           "ask whoever runs the server; something between here and there may refuse the address"});
   }
@@ -161,7 +164,7 @@ class Examination {
     const std::string document = FindDocument();
     if (document.empty()) {
       return Tell({"content address",
-                   Finding::State::Skipped,
+                   ExaminedStep::State::Skipped,
                    "no document was found in the first " + std::to_string(kFoldersToSearch) + " folders",
                    {}});
     }
@@ -169,10 +172,11 @@ class Examination {
     ForgetReasons();
     if (!VtDirectManager::GetFileDownloadURL(document.c_str(), url, nullptr)) {
       const Failure failure = Diagnose(host_, document, false);
-      return Tell({"content address", Finding::State::Failed, failure.message, failure.advice}, failure.code);
+      return Tell({"content address", ExaminedStep::State::Failed, failure.message, failure.advice},
+                  failure.code);
     }
     if (url.empty()) {
-      return Tell({"content address", Finding::State::Skipped, document + " has no content", {}});
+      return Tell({"content address", ExaminedStep::State::Skipped, document + " has no content", {}});
     }
     ProbeContent(url);
   }
@@ -199,15 +203,15 @@ class Examination {
     const std::string place = origin ? TextOf(*origin) : std::string("an address that is none");
     const bool isClear = server_.url.starts_with("https:") && origin && origin->scheme == "http";
     if (isClear && du::http::GetTransportSettings().httpAddresses != du::http::HttpAddresses::Allow) {
-      return Tell({"content address", Finding::State::Warning,
+      return Tell({"content address", ExaminedStep::State::Warning,
                    place + ", in clear, though the server is asked over https; it was not asked",
                    "http_addresses in the server's section says what becomes of such an address"});
     }
     const DirectAnswer answer = AskDirectly(host_, url, true);
     if (answer.status == 200)
-      return Tell({"content address", Finding::State::Ok, place + " gives contents", {}});
+      return Tell({"content address", ExaminedStep::State::Ok, place + " gives contents", {}});
     const std::string seen = answer.status == 0 ? answer.fault : "HTTP " + std::to_string(answer.status);
-    Tell({"content address", Finding::State::Failed, place + " gives no contents: " + seen,
+    Tell({"content address", ExaminedStep::State::Failed, place + " gives no contents: " + seen,
           answer.status == 401 ? host_.authenticationRefusal()
                                : "the way from here to that address has to be open as well"},
          ExitCode::DownloadFailed);
@@ -215,7 +219,7 @@ class Examination {
 
   Host& host_;
   const ExaminedServer& server_;
-  const FindingFunction& take_;
+  const ExaminedStepFunction& take_;
   std::shared_ptr<const HttpLog> log_;
   std::size_t before_;
   ExitCode worst_ = ExitCode::Ok;
@@ -223,18 +227,18 @@ class Examination {
 
 }  // namespace
 
-ExitCode Examine(Host& host, const ExaminedServer& server, const FindingFunction& take) {
+ExitCode Examine(Host& host, const ExaminedServer& server, const ExaminedStepFunction& take) {
   return Examination(host, server, take).Run();
 }
 
 ExitCode ExamineAll(Host& host, const Arguments& arguments, const std::vector<ExaminedServer>& servers,
-                    const std::function<void(const std::string& nickname, const Finding&)>& take) {
+                    const std::function<void(const std::string& nickname, const ExaminedStep&)>& take) {
   ExitCode worst = ExitCode::Ok;
   for (const ExaminedServer& server : servers) {
     if (Interrupted()) return ExitCode::Interrupted;
-    const auto tell = [&](const Finding& finding) { take(server.nickname, finding); };
+    const auto tell = [&](const ExaminedStep& finding) { take(server.nickname, finding); };
     if (const auto failure = host.WorkWith({server.url}, arguments)) {
-      tell({"route", Finding::State::Failed, failure->message, failure->advice});
+      tell({"route", ExaminedStep::State::Failed, failure->message, failure->advice});
       worst = Worse(worst, failure->code);
       continue;
     }

@@ -43,19 +43,19 @@ constexpr std::size_t kMostAddresses = 4;
 
 }  // namespace
 
-Finding NameFinding(const Origin& origin, bool throughProxy) {
-  if (IsAddress(origin.host)) return {"name", Finding::State::Ok, origin.host + " is an address", {}};
+ExaminedStep ExamineName(const Origin& origin, bool throughProxy) {
+  if (IsAddress(origin.host)) return {"name", ExaminedStep::State::Ok, origin.host + " is an address", {}};
   addrinfo hints = {};
   hints.ai_socktype = SOCK_STREAM;
   addrinfo* found = nullptr;
   const int fault = getaddrinfo(origin.host.c_str(), nullptr, &hints, &found);
   const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> list(found, &freeaddrinfo);
   if (fault == 0)
-    return {"name", Finding::State::Ok, origin.host + " is " + ListOf(AddressesIn(list.get())), {}};
+    return {"name", ExaminedStep::State::Ok, origin.host + " is " + ListOf(AddressesIn(list.get())), {}};
   const std::string seen = origin.host + ": " + gai_strerror(fault);
   if (throughProxy)
-    return {"name", Finding::State::Ok, seen + "; the proxy is the one that has to know it", {}};
-  return {"name", Finding::State::Failed, seen,
+    return {"name", ExaminedStep::State::Ok, seen + "; the proxy is the one that has to know it", {}};
+  return {"name", ExaminedStep::State::Failed, seen,
           "look at the spelling of the URL, and whether this machine needs a VPN or a proxy to reach it"};
 }
 

@@ -105,28 +105,29 @@ struct Login {
 
 }  // namespace
 
-std::optional<Finding> ConnectionSeen(const std::vector<ObservedExchange>& exchanges) {
+std::optional<ExaminedStep> ConnectionSeen(const std::vector<ObservedExchange>& exchanges) {
   for (const ObservedExchange& exchange : exchanges) {
     if (exchange.status == 0 || exchange.peer.empty()) continue;
     std::string seen = WentThroughProxy(exchange) ? "a proxy at " + exchange.peer : exchange.peer;
     if (exchange.newConnection)
       seen += ", connected within " + std::to_string(exchange.times.connect / 1000) + " ms";
     seen += ", answered within " + std::to_string(exchange.times.wait / 1000) + " ms";
-    return Finding{"connection", Finding::State::Ok, seen, {}};
+    return ExaminedStep{"connection", ExaminedStep::State::Ok, seen, {}};
   }
   return std::nullopt;
 }
 
-std::optional<Finding> CertificateSeen(const std::vector<ObservedExchange>& exchanges, long now) {
+std::optional<ExaminedStep> CertificateSeen(const std::vector<ObservedExchange>& exchanges, long now) {
   for (const ObservedExchange& exchange : exchanges) {
     if (exchange.certificates.empty()) continue;
     const ObservedCertificate& own = exchange.certificates.front();
     const long end = TimeOf(own.notAfter);
-    Finding finding{"certificate", Finding::State::Ok, own.subject + ", issued by " + own.issuer, {}};
+    ExaminedStep finding{
+        "certificate", ExaminedStep::State::Ok, own.subject + ", issued by " + own.issuer, {}};
     if (end == 0) return finding;
     finding.seen += ", valid until " + DateText(end);
     if (end - now < kDaysToWarn * kSecondsOfADay) {
-      finding.state = Finding::State::Warning;
+      finding.state = ExaminedStep::State::Warning;
       finding.advice = "it ends within " + std::to_string(std::max(0L, (end - now) / kSecondsOfADay)) +
                        " days; tell whoever runs the server";
     }
@@ -135,16 +136,16 @@ std::optional<Finding> CertificateSeen(const std::vector<ObservedExchange>& exch
   return std::nullopt;
 }
 
-Finding LoginSeen(const std::vector<ObservedExchange>& exchanges) {
+ExaminedStep LoginSeen(const std::vector<ObservedExchange>& exchanges) {
   const std::vector<Login> logins = LoginsIn(exchanges);
   if (WasRefused(exchanges)) {
     const std::string what = logins.empty() ? "the server demands a login, and there was none to give"
                                             : "the server refused the login (" + logins.back().scheme + ")";
-    return {"login", Finding::State::Failed, what,
+    return {"login", ExaminedStep::State::Failed, what,
             "set VTDIRECT_USER and VTDIRECT_PASSWORD or VTDIRECT_TOKEN, or keep a login with vtdirect login"};
   }
-  if (logins.empty()) return {"login", Finding::State::Ok, "the server asked for none", {}};
-  return {"login", Finding::State::Ok, "the server took the login (" + logins.back().scheme + ")", {}};
+  if (logins.empty()) return {"login", ExaminedStep::State::Ok, "the server asked for none", {}};
+  return {"login", ExaminedStep::State::Ok, "the server took the login (" + logins.back().scheme + ")", {}};
 }
 
 std::string VersionSeen(const std::vector<ObservedExchange>& exchanges) {

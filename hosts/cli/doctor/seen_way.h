@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/doctor/finding.h"
+#include "hosts/cli/doctor/examined_step.h"
 #include "hosts/cli/http_log/http_log.h"
 
 /// What the first exchanges with a server show of the way to it. Pure: makes no request.
@@ -12,16 +12,17 @@ namespace vtdirect_cli {
 
 /// How exchanges reached a server: its address and the time to connect, and whether there was a proxy between.
 /// Nothing if none got an answer.
-[[nodiscard]] std::optional<Finding> ConnectionSeen(const std::vector<du::http::ObservedExchange>& exchanges);
+[[nodiscard]] std::optional<ExaminedStep> ConnectionSeen(
+    const std::vector<du::http::ObservedExchange>& exchanges);
 
 /// Whose certificate the server has shown, who has issued it and until when it is valid; a warning if that is
 /// soon. Nothing if no exchange made a connection over TLS.
 /// @param now  seconds since 1970
-[[nodiscard]] std::optional<Finding> CertificateSeen(const std::vector<du::http::ObservedExchange>& exchanges,
-                                                     long now);
+[[nodiscard]] std::optional<ExaminedStep> CertificateSeen(
+    const std::vector<du::http::ObservedExchange>& exchanges, long now);
 
 /// Whether the server wanted a login, and which one it took or refused.
-[[nodiscard]] Finding LoginSeen(const std::vector<du::http::ObservedExchange>& exchanges);
+[[nodiscard]] ExaminedStep LoginSeen(const std::vector<du::http::ObservedExchange>& exchanges);
 
 /// The version that the server calls its own: "12.1.2.4"; empty if it has told none.
 [[nodiscard]] std::string VersionSeen(const std::vector<du::http::ObservedExchange>& exchanges);

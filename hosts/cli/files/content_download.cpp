@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vtdirect/platform/failure_detail.h>
 #include <vtdirect/vt_direct_manager.h>
 
 #include <cerrno>
@@ -42,6 +43,11 @@ struct Progress {
   return {ExitCode::Usage, "\"" + address + "\" has no file name; name a file with -o"};
 }
 
+[[nodiscard]] bool IsOfOtherLength(const std::optional<Reason>& reason) {
+  constexpr auto detail = du::http::FailureDetail::ContentOfOtherLength;
+  return reason && reason->platformDetail == static_cast<int>(detail);
+}
+
 // The class of a failed GetFile. The library's status tells a download that failed and not why; see Diagnose.
 [[nodiscard]] Failure DownloadFailure(Host& host, const Download& download, const std::string& localPath,
                                       const Progress& progress) {
@@ -49,6 +55,10 @@ struct Progress {
   if (const int error = ProbeWritable(localPath); error != 0)
     return WriteFailure(Printable(localPath), error);
   const auto reason = LastReason();
+  if (IsOfOtherLength(reason)) {
+    return WithReason({ExitCode::DownloadFailed,
+                       "the content of " + download.address + " was not taken: " + NetworkHint(reason)});
+  }
   const int status = reason ? reason->httpStatus : 0;
   if (progress.received == 0 || status == 401) return Diagnose(host, download.address, false);
   // What came is then no part of the content, but what the server says instead of it.

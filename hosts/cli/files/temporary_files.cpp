@@ -19,6 +19,8 @@ namespace {
   return std::filesystem::path(directory).parent_path().string();
 }
 
+constexpr const char* kMakeRoom = "make room there, or set TMPDIR to another directory";
+
 }  // namespace
 
 std::string TemporaryDirectory() {
@@ -37,9 +39,17 @@ std::optional<Failure> TemporaryFilesFailure() {
     unlink(path.c_str());
   }
   if (error == 0) return std::nullopt;
-  return Failure{ExitCode::LocalFile, "cannot write temporary files in " + Printable(ParentOf(directory)) +
-                                          ": " + std::strerror(error) +
-                                          "; make room there, or set TMPDIR to another directory"};
+  return Failure{
+      ExitCode::LocalFile,
+      "cannot write temporary files in " + Printable(ParentOf(directory)) + ": " + std::strerror(error),
+      kMakeRoom};
+}
+
+Failure AnswerNotKept(const std::string& address) {
+  return {ExitCode::LocalFile,
+          "the server's answer about " + address + " could not be kept among the temporary files in " +
+              Printable(ParentOf(TemporaryDirectory())),
+          kMakeRoom};
 }
 
 }  // namespace vtdirect_cli

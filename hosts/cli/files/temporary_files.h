@@ -14,4 +14,7 @@ namespace vtdirect_cli {
 /// one can. Writes one to find out, and removes it.
 [[nodiscard]] std::optional<Failure> TemporaryFilesFailure();
 
+/// What there is to say when an answer about an object needs a temporary file, and that can't be kept.
+[[nodiscard]] Failure AnswerNotKept(const std::string& address);
+
 }  // namespace vtdirect_cli

@@ -53,9 +53,10 @@ thread_local std::optional<seconds> theAskedPause;
   std::string zone;
   stream >> std::get_time(&date, "%a, %d %b %Y %H:%M:%S") >> zone;
   if (stream.fail() || zone != "GMT") return std::nullopt;
-  const auto end = system_clock::from_time_t(timegm(&date));
-  if (end <= now) return seconds(0);
-  return std::min(std::chrono::ceil<seconds>(end - now), kLongest);
+  // In whole seconds: the clock's own unit ends in the year 2262.
+  const seconds end(timegm(&date));
+  const auto begin = std::chrono::floor<seconds>(now.time_since_epoch());
+  return std::clamp(end - begin, seconds(0), kLongest);
 }
 
 }  // namespace
@@ -83,14 +84,6 @@ std::optional<seconds> TakeAskedPause() {
   const auto pause = theAskedPause;
   theAskedPause = std::nullopt;
   return pause;
-}
-
-AskedPauseWatch::AskedPauseWatch() {
-  du::http::SetExchangeObserver(NoteAskedPause, 0);
-}
-
-AskedPauseWatch::~AskedPauseWatch() {
-  du::http::SetExchangeObserver({}, 0);
 }
 
 }  // namespace vtdirect_cli

@@ -22,13 +22,4 @@ void NoteAskedPause(const du::http::ObservedExchange& exchange);
 /// until there is another such answer.
 [[nodiscard]] std::optional<std::chrono::seconds> TakeAskedPause();
 
-/// Has asked pauses noted while it lives. One at a time, and not beside an HttpLog, which does the same.
-class AskedPauseWatch {
- public:
-  AskedPauseWatch();
-  ~AskedPauseWatch();
-  AskedPauseWatch(const AskedPauseWatch&) = delete;
-  AskedPauseWatch& operator=(const AskedPauseWatch&) = delete;
-};
-
 }  // namespace vtdirect_cli

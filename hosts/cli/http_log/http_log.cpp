@@ -3,8 +3,6 @@
 #include <mutex>
 #include <utility>
 
-#include "hosts/cli/http_log/asked_pause.h"
-
 namespace vtdirect_cli {
 namespace {
 
@@ -26,9 +24,10 @@ struct HttpLog::State {
   std::size_t bytes = 0;
 };
 
-HttpLog::HttpLog() : state_(std::make_shared<State>()) {
-  const auto observe = [state = state_](const du::http::ObservedExchange& exchange) {
-    NoteAskedPause(exchange);
+HttpLog::HttpLog(du::http::ExchangeObserver also)
+    : also_(std::move(also)), state_(std::make_shared<State>()) {
+  const auto observe = [state = state_, told = also_](const du::http::ObservedExchange& exchange) {
+    told(exchange);
     const std::lock_guard lock(state->mutex);
     const std::size_t size = SizeOf(exchange);
     if (state->bytes + size > kMostBytes || state->seen.exchanges.size() >= kMostExchanges) {
@@ -42,7 +41,7 @@ HttpLog::HttpLog() : state_(std::make_shared<State>()) {
 }
 
 HttpLog::~HttpLog() {
-  du::http::SetExchangeObserver({}, 0);
+  du::http::SetExchangeObserver(also_, 0);
 }
 
 SeenExchanges HttpLog::Seen() const {

@@ -14,11 +14,11 @@ struct SeenExchanges {
   std::size_t leftOut = 0;                            ///< exchanges that there was no room for, after those
 };
 
-/// Sees every exchange of the process while it lives, as many as fit into its bounds, and has asked pauses noted.
-/// One at a time.
+/// Sees every exchange of the process while it lives, as many as fit into its bounds. One at a time.
 class HttpLog {
  public:
-  HttpLog();
+  /// @param also  who is told of them too, and goes on to be told when this object has gone
+  explicit HttpLog(du::http::ExchangeObserver also);
   ~HttpLog();
   HttpLog(const HttpLog&) = delete;
   HttpLog& operator=(const HttpLog&) = delete;
@@ -28,6 +28,7 @@ class HttpLog {
 
  private:
   struct State;
+  const du::http::ExchangeObserver also_;
   std::shared_ptr<State> state_;  // an exchange that is under way reports later than the end of this object
 };
 

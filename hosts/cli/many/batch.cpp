@@ -22,8 +22,8 @@ using VtDirectManager::FailureKind;
 
 // Whether it was the server itself that was asked for, and no object of it.
 [[nodiscard]] bool IsOfServerCheck(const Reason& reason) {
-  return reason.step == "ask whether the server answers" || reason.step == "check the server" ||
-         reason.step == "ask the server for its version";
+  return reason.step == VtDirectManager::stepAskWhetherServerAnswers ||
+         reason.step == VtDirectManager::stepCheckServer || reason.step == VtDirectManager::stepAskForVersion;
 }
 
 // What every further task on this server would fail with.

@@ -20,6 +20,19 @@ namespace {
           "Begin nothing further when something has failed."};
 }
 
+[[nodiscard]] Subjects SubjectsOf(Host& host, const Arguments& arguments, Wanted wanted, OfFolders ofFolders,
+                                  Effort effort) {
+  const std::vector<std::string> addresses = arguments.All("ADDRESS");
+  if (!arguments.Has("recursive")) return FindSubjects(addresses, wanted, effort);
+  Subjects subjects =
+      WithDocumentsBelow(FindSubjects(addresses, Wanted::DocumentsAndFolders, effort), ofFolders, effort);
+  if (!addresses.empty() && subjects.found.empty() && subjects.failures.empty()) {
+    host.output().Note(ofFolders == OfFolders::All ? "there are no documents"
+                                                   : "vtdirect has checked out nothing there");
+  }
+  return subjects;
+}
+
 [[nodiscard]] std::vector<BatchTask> TasksOf(const Arguments& arguments, const std::vector<Subject>& subjects,
                                              WorkOnOne one, PassOverOne passOver = nullptr) {
   std::vector<BatchTask> tasks;
@@ -42,19 +55,25 @@ namespace {
 
 bool IsForMany(const Arguments& arguments) {
   const std::vector<std::string> addresses = arguments.All("ADDRESS");
-  return arguments.Has("from") || addresses.size() != 1 || IsPattern(addresses.front());
+  return arguments.Has("from") || arguments.Has("recursive") || addresses.size() != 1 ||
+         IsPattern(addresses.front());
 }
 
-std::vector<OptionRow> ReadingManyOptions() {
-  std::vector<OptionRow> options = ListOptions();
+std::vector<OptionRow> ReadingManyOptions(const char* recursiveHelp) {
+  std::vector<OptionRow> options = {RecursiveOption(recursiveHelp)};
+  for (const OptionRow& row : ListOptions()) options.push_back(row);
   options.push_back(ParallelOption());
   options.push_back(RetriesOption());
   options.push_back(StopOption());
   return options;
 }
 
-std::vector<OptionRow> ChangingManyOptions() {
-  std::vector<OptionRow> options = ListOptions();
+std::vector<OptionRow> ChangingManyOptions(OfFolders ofFolders) {
+  const bool takesAll = ofFolders == OfFolders::All;
+  std::vector<OptionRow> options = {RecursiveOption(
+      takesAll ? "Take folders too, for all documents in them and below them."
+               : "Take folders too, for what vtdirect has checked out in them and below them.")};
+  for (const OptionRow& row : ListOptions()) options.push_back(row);
   options.push_back(StopOption());
   options.push_back(DryRunOption());
   return options;
@@ -79,16 +98,16 @@ ExitCode ReadEach(Host& host, const Arguments& arguments, Wanted wanted, WorkOnO
   if (!options) return host.output().Fail(options.failure());
   if (!IsForMany(arguments)) return readOne(host, arguments, arguments.Text("ADDRESS"));
   const Subjects subjects =
-      FindSubjects(arguments.All("ADDRESS"), wanted, {options->threads, options->retries});
+      SubjectsOf(host, arguments, wanted, OfFolders::All, {options->threads, options->retries});
   BatchEnd end = RunTogether(host, TasksOf(arguments, subjects.found, readOne, passOver), *options);
   TellFailures(host, subjects.failures, end);
   return FinishBatch(host, end, subjects.found.size() + subjects.failures.size());
 }
 
-ExitCode ChangeEach(Host& host, const Arguments& arguments, WorkOnOne changeOne) {
+ExitCode ChangeEach(Host& host, const Arguments& arguments, OfFolders ofFolders, WorkOnOne changeOne) {
   if (!IsForMany(arguments)) return changeOne(host, arguments, arguments.Text("ADDRESS"));
   const Subjects subjects =
-      FindSubjects(arguments.All("ADDRESS"), Wanted::Documents, {usualThreads, usualRetries});
+      SubjectsOf(host, arguments, Wanted::Documents, ofFolders, {usualThreads, usualRetries});
   BatchEnd end;
   // Who asked for more than there is may have meant something else.
   if (subjects.failures.empty() || !arguments.Has("stop-on-error")) {

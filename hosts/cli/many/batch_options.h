@@ -2,18 +2,23 @@
 
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/many/batch.h"
+#include "hosts/cli/many/subjects_below.h"
 
 namespace vtdirect_cli {
 
-/// Whether a command was asked for several objects: by several addresses, by a list or by a pattern.
+/// Whether a command was asked for several objects: by several addresses, by a list, by a pattern or for what is in
+/// a folder.
 [[nodiscard]] bool IsForMany(const Arguments& arguments);
 
-/// The options of a command that reads several objects: those of lists, "parallel" and "stop-on-error".
-[[nodiscard]] std::vector<OptionRow> ReadingManyOptions();
+/// The options of a command that reads several objects: those of lists, "recursive", "parallel", "retries" and
+/// "stop-on-error".
+/// @param recursiveHelp  what "recursive" does, in one sentence
+[[nodiscard]] std::vector<OptionRow> ReadingManyOptions(
+    const char* recursiveHelp = "Take folders too, for all documents in them and below them.");
 
-/// The options of a command that changes several objects: those of lists, "stop-on-error" and
+/// The options of a command that changes several objects: those of lists, "recursive", "stop-on-error" and
 /// "dry-run".
-[[nodiscard]] std::vector<OptionRow> ChangingManyOptions();
+[[nodiscard]] std::vector<OptionRow> ChangingManyOptions(OfFolders ofFolders);
 
 /// What these options say.
 /// @return a usage failure for what can't be meant
@@ -31,6 +36,8 @@ using PassOverOne = ExitCode (*)(Host& host, const std::string& address, const F
                                 PassOverOne passOver = nullptr);
 
 /// Changes each object that the addresses mean, one after the other. Makes requests.
-[[nodiscard]] ExitCode ChangeEach(Host& host, const Arguments& arguments, WorkOnOne changeOne);
+/// @param ofFolders  what the folders stand for that are named with --recursive
+[[nodiscard]] ExitCode ChangeEach(Host& host, const Arguments& arguments, OfFolders ofFolders,
+                                  WorkOnOne changeOne);
 
 }  // namespace vtdirect_cli

@@ -169,16 +169,13 @@ class Fetching {
 
 }  // namespace
 
-bool GetsMany(const Arguments& arguments) {
-  return arguments.Has("recursive") || IsForMany(arguments);
-}
-
 std::vector<OptionRow> GetManyOptions() {
-  std::vector<OptionRow> options = {{"recursive", 'r', nullptr, false, Completion::Nothing,
-                                     "Fetch folders too, with all that is in them and below them."},
-                                    {"verbose", 'v', nullptr, false, Completion::Nothing,
+  std::vector<OptionRow> options = {{"verbose", 'v', nullptr, false, Completion::Nothing,
                                      "Of several documents, tell of each one that is saved."}};
-  for (const OptionRow& row : ReadingManyOptions()) options.push_back(row);
+  for (const OptionRow& row :
+       ReadingManyOptions("Fetch folders too, with all that is in them and below them.")) {
+    options.push_back(row);
+  }
   return options;
 }
 

@@ -9,9 +9,6 @@ namespace vtdirect_cli {
 using SettleSource = Result<Download> (*)(Host& host, const Arguments& arguments, const std::string& address,
                                           const std::string& place);
 
-/// Whether `get` was asked for more than one document.
-[[nodiscard]] bool GetsMany(const Arguments& arguments);
-
 /// The options of `get` for many documents.
 [[nodiscard]] std::vector<OptionRow> GetManyOptions();
 

@@ -74,9 +74,7 @@ class Search {
     }
     if (found.empty() && isWhole)
       subjects_.failures.push_back({ExitCode::NotFound, "nothing matches " + address});
-    std::stable_sort(found.begin(), found.end(),
-                     [](const Subject& one, const Subject& other) { return one.address < other.address; });
-    NameByIdentity(found);
+    SortByPath(found);
     for (Subject& subject : found) {
       const std::string& identity = subject.uid.empty() ? subject.address : subject.uid;
       if (known_.insert(identity).second) subjects_.found.push_back(std::move(subject));
@@ -84,19 +82,6 @@ class Search {
   }
 
  private:
-  // The path of several documents leads to none of them.
-  static void NameByIdentity(std::vector<Subject>& found) {
-    for (std::size_t begin = 0; begin < found.size();) {
-      const std::string path = found[begin].address;
-      std::size_t end = begin;
-      while (end < found.size() && found[end].address == path) ++end;
-      for (std::size_t at = begin; end - begin > 1 && at < end; ++at) {
-        if (!found[at].uid.empty()) found[at].address = found[at].uid;
-      }
-      begin = end;
-    }
-  }
-
   static void TakeDocuments(const RemoteTree& tree, const std::string& step, std::vector<Subject>& found) {
     for (const auto& [path, document] : tree.documents) {
       if (!MatchesPattern(step, LastStep(document.address))) continue;
@@ -115,6 +100,19 @@ class Search {
   Subjects& subjects_;
   std::set<std::string> known_;
 };
+
+// The path of several documents leads to none of them.
+void NameByIdentity(std::vector<Subject>& found) {
+  for (std::size_t begin = 0; begin < found.size();) {
+    const std::string path = found[begin].address;
+    std::size_t end = begin;
+    while (end < found.size() && found[end].address == path) ++end;
+    for (std::size_t at = begin; end - begin > 1 && at < end; ++at) {
+      if (!found[at].uid.empty()) found[at].address = found[at].uid;
+    }
+    begin = end;
+  }
+}
 
 }  // namespace
 
@@ -138,6 +136,12 @@ Subjects FindSubjects(const std::vector<std::string>& addresses, Wanted wanted, 
     }
   }
   return subjects;
+}
+
+void SortByPath(std::vector<Subject>& found) {
+  std::stable_sort(found.begin(), found.end(),
+                   [](const Subject& one, const Subject& other) { return one.address < other.address; });
+  NameByIdentity(found);
 }
 
 }  // namespace vtdirect_cli

@@ -35,4 +35,8 @@ enum class Wanted { Documents, DocumentsAndFolders };
 /// comes once. Makes requests for patterns alone.
 [[nodiscard]] Subjects FindSubjects(const std::vector<std::string>& addresses, Wanted wanted, Effort effort);
 
+/// Puts documents in the order of the bytes of their paths. The path of several documents leads to none of them, so
+/// it is replaced by the UID of each, where that is known.
+void SortByPath(std::vector<Subject>& found);
+
 }  // namespace vtdirect_cli

@@ -1,13 +1,11 @@
 #include "hosts/cli/many/wanted_files.h"
 
-#include <vtdirect/vt_direct_manager.h>
-
 #include <set>
 
 #include "hosts/cli/address.h"
 #include "hosts/cli/files/target_file.h"
 #include "hosts/cli/many/file_places.h"
-#include "hosts/cli/many/subjects.h"
+#include "hosts/cli/many/subjects_below.h"
 #include "hosts/cli/work_folder/parallel.h"
 
 namespace vtdirect_cli {
@@ -23,26 +21,6 @@ struct Content {
 [[nodiscard]] std::string LastStep(const std::string& path) {
   const std::string open = path.ends_with('/') ? path.substr(0, path.size() - 1) : path;
   return open.substr(open.rfind('/') + 1);
-}
-
-[[nodiscard]] bool MayBeFolder(const std::string& address) {
-  const auto kind = ClassifyAddress(address);
-  return kind && *kind == AddressKind::Path && !IsById(address, *kind) &&
-         !RequireListedServer(address, *kind);
-}
-
-// A path that is not closed by a "/" may lead to either.
-[[nodiscard]] bool IsFolder(const Subject& subject) {
-  if (subject.isFolder || !MayBeFolder(subject.address)) return subject.isFolder;
-  if (subject.address.ends_with('/')) return true;
-  return subject.name.empty() && !VtDirectManager::FileExists(subject.address.c_str()) &&
-         VtDirectManager::FileOrFolderExists(WithClosingSlash(subject.address).c_str());
-}
-
-[[nodiscard]] RemoteTree TreeOf(const std::string& address, Effort effort) {
-  std::string server;
-  static_cast<void>(VtDirectManager::GetLinkContext(address.c_str(), server));
-  return ReadRemoteTree(server, {"", WithClosingSlash(address)}, effort);
 }
 
 [[nodiscard]] std::string NameOfDocument(const Subject& subject) {
@@ -105,7 +83,7 @@ WantedFiles FindWantedFiles(const Arguments& arguments, Effort effort) {
   });
   // Each tree is listed on all threads, so one comes after the other.
   for (std::size_t number = 0; number < contents.size(); ++number) {
-    if (contents[number].isFolder) contents[number].tree = TreeOf(subjects.found[number].address, effort);
+    if (contents[number].isFolder) contents[number].tree = TreeBelow(subjects.found[number].address, effort);
     gathering.Add(subjects.found[number], contents[number]);
   }
   gathering.AddFailures(subjects.failures);

@@ -50,10 +50,10 @@ struct Place {
 }
 
 [[nodiscard]] Failure NotToldFailure(const std::string& address, const std::optional<Reason>& reason) {
-  return {ExitCode::Failure,
-          "in which folder the document of the name is that " + address +
-              " leads to could not be found out (" + WordsOf(*reason) + "); nothing was changed",
-          "the same command can be given again", reason};
+  return WithNothing("changed", {ExitCode::Failure,
+                                 "in which folder the document of the name is that " + address +
+                                     " leads to could not be found out (" + WordsOf(*reason) + ")",
+                                 "the same command can be given again", reason});
 }
 
 }  // namespace
@@ -62,10 +62,10 @@ std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const s
   const Place place = PlaceOf(address, uid);
   if (place.presence == Presence::There) return std::nullopt;
   if (place.presence == Presence::NotKnown) return NotToldFailure(address, place.reason);
-  return Failure{ExitCode::NotFound,
-                 "not found: " + address + "; the document of that name, " + uid + ", stands in " +
-                     WithClosingSlash(place.folder) + "; nothing was changed",
-                 "give its own address if it is meant"};
+  return WithNothing("changed", {ExitCode::NotFound,
+                                 "not found: " + address + "; the document of that name, " + uid +
+                                     ", stands in " + WithClosingSlash(place.folder),
+                                 "give its own address if it is meant"});
 }
 
 OptionRow AnywhereOption() {

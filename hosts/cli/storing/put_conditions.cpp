@@ -58,12 +58,12 @@ std::optional<Failure> RefusalOfConditions(const Arguments& arguments) {
 
 std::optional<Failure> RefusalOfVersion(Host& host, const PutTarget& target, const std::string& expected) {
   if (target.action == PutTarget::Action::Create) {
-    return Failure{ExitCode::Failure,
-                   "there is no document " + target.address + ", and version " + expected +
-                       " of it is expected; nothing was sent",
-                   {},
-                   std::nullopt,
-                   FailureClass::Conflict};
+    return WithNothing("sent", {ExitCode::Failure,
+                                "there is no document " + target.address + ", and version " + expected +
+                                    " of it is expected",
+                                {},
+                                std::nullopt,
+                                FailureClass::Conflict});
   }
   ForgetReasons();
   std::string newest;
@@ -72,10 +72,10 @@ std::optional<Failure> RefusalOfVersion(Host& host, const PutTarget& target, con
     return Diagnose(host, target.address, false);
   }
   if (newest == expected) return std::nullopt;
-  return Failure{
-      ExitCode::Failure,
-      target.address + " is version " + newest + " now, and " + expected + " is expected; nothing was sent",
-      "fetch that version first, and bring your changes into it", std::nullopt, FailureClass::Conflict};
+  return WithNothing(
+      "sent",
+      {ExitCode::Failure, target.address + " is version " + newest + " now, and " + expected + " is expected",
+       "fetch that version first, and bring your changes into it", std::nullopt, FailureClass::Conflict});
 }
 
 Result<bool> HasBytesAlready(Host& host, const PutRequest& request, const PutTarget& target) {

@@ -28,9 +28,9 @@ namespace {
     failure = *server;
   if (failure.code == ExitCode::Interrupted) return failure;
   failure.message = "the source links of " + target.address + " could not be read, and would be lost" +
-                    (failure.message.empty() ? "" : " (" + failure.Text() + ")") + "; nothing was sent";
+                    (failure.message.empty() ? "" : " (" + failure.Text() + ")");
   failure.advice = "the same command can be given again";
-  return failure;
+  return WithNothing("sent", failure);
 }
 
 [[nodiscard]] std::string ContextOf(const std::string& address) {
@@ -48,8 +48,8 @@ namespace {
   ForgetReasons();
   if (VtDirectManager::FileExists(address.c_str())) return std::nullopt;
   Failure failure = Diagnose(host, address, true);
-  failure.message = "the link " + name + ": " + failure.message + "; nothing was sent";
-  return failure;
+  failure.message = "the link " + name + ": " + failure.message;
+  return WithNothing("sent", failure);
 }
 
 [[nodiscard]] Result<SourceLinks> WithChanges(Host& host, const PutRequest& request, const PutTarget& target,
@@ -76,26 +76,25 @@ Result<SourceLinks> SettleLinks(Host& host, const PutRequest& request, const Put
   if (!links) return links;
   for (const auto& [name, address] : *links) {
     if (!address.empty()) continue;
-    return Failure{ExitCode::Failure,
-                   "the document has a link " + name +
-                       " to a document that can't be read now, and would lose it; nothing was sent",
-                   "give --link '" + name + "=ADDRESS', or --link '" + name + "=' to take it away"};
+    return WithNothing(
+        "sent",
+        {ExitCode::Failure,
+         "the document has a link " + name + " to a document that can't be read now, and would lose it",
+         "give --link '" + name + "=ADDRESS', or --link '" + name + "=' to take it away"});
   }
   return links;
 }
 
-void WarnOfMissingLinks(Host& host, const std::string& uid, const SourceLinks& links) {
-  if (links.empty()) return;
+SourceLinks MissingLinks(Host& host, const std::string& uid, SourceLinks links) {
+  if (links.empty()) return links;
   const auto stored = LinksOf(uid);
   if (!stored) {
     host.output().Warning("whether the document has its source links could not be found out; " +
                           CommandToType("links", uid) + " tells");
-    return;
+    return {};
   }
-  for (const auto& [name, address] : links) {
-    if (stored->contains(name)) continue;
-    host.output().Warning("the document has no link " + name + ", though the server was told of it");
-  }
+  for (const auto& link : *stored) links.erase(link.first);
+  return links;
 }
 
 }  // namespace vtdirect_cli

@@ -14,7 +14,8 @@ namespace vtdirect_cli {
 /// @return a failure for a link that would be lost, or that leads nowhere or to another server
 [[nodiscard]] Result<SourceLinks> SettleLinks(Host& host, const PutRequest& request, const PutTarget& target);
 
-/// Warns of those links that the document at this UID doesn't have. Makes requests.
-void WarnOfMissingLinks(Host& host, const std::string& uid, const SourceLinks& links);
+/// Those of the links that the document at this UID doesn't have. Warns, and gives none, if that could not be found
+/// out. Makes requests.
+[[nodiscard]] SourceLinks MissingLinks(Host& host, const std::string& uid, SourceLinks links);
 
 }  // namespace vtdirect_cli

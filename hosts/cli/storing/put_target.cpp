@@ -31,7 +31,7 @@ namespace {
 
 [[nodiscard]] Failure Unsent(const std::string& text, const std::string& next,
                              FailureClass failureClass = FailureClass::OfExitCode) {
-  return {ExitCode::Failure, text + "; nothing was sent", next, std::nullopt, failureClass};
+  return WithNothing("sent", {ExitCode::Failure, text, next, std::nullopt, failureClass});
 }
 
 // Names are sent as text, and no text has such bytes.
@@ -55,8 +55,8 @@ namespace {
   if (IsById(request.address, request.kind)) return Diagnose(host, request.address, true);
   const bool folderGiven = path != request.address;
   if (!folderGiven && NamesVersion(path)) {
-    return Failure{ExitCode::NotFound, "not found: " + path + "; nothing was sent",
-                   "to create it leave the version away, which the server chooses"};
+    return WithNothing("sent", {ExitCode::NotFound, "not found: " + path,
+                                "to create it leave the version away, which the server chooses"});
   }
   if (!folderGiven && IsFolder(path)) {
     return Unsent(path + " is a folder", "close it with \"/\" to put the file into it");
@@ -64,7 +64,7 @@ namespace {
   const std::string folder = FolderOf(path);
   if (IsFolder(folder)) return PutTarget{PutTarget::Action::Create, path, false, false, {}};
   if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(path.c_str()))) return *failure;
-  return Failure{ExitCode::NotFound, "there is no folder " + folder + " that you can see; nothing was sent"};
+  return WithNothing("sent", {ExitCode::NotFound, "there is no folder " + folder + " that you can see"});
 }
 
 [[nodiscard]] Failure HiddenByNamesake(const std::string& path, const std::string& namesake) {

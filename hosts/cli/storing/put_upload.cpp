@@ -117,6 +117,7 @@ PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& tar
   ProgressLine line(width == 0 ? nullptr : &std::cerr, request.content.path, width);
   CopyCheck check(request);
   report.Tell("nothing was stored");
+  const Patience::WhileSending patience(*host.patience(), request.content.size());
   ForgetReasons();
   Send(request, target, links, ProgressOf(request, target, report, check, line, outcome), outcome);
   if (!outcome.stored) check.LookAtFailure(outcome);

@@ -13,14 +13,13 @@ struct UnstoredFile {
   bool isWhole = false;     ///< whether the program had closed it
   std::string fault;        ///< why the last try failed; empty before the first
   std::string server = {};  ///< URL of the server that it was written for; empty if that is not known
-  /// UID of the working copy that it was written for, or one of the words below; empty if that is not known.
+  /// UID of the working copy that it was written for, or of the iteration that was made of it, or the word below;
+  /// empty if that is not known.
   std::string base = {};
 };
 
 /// The base of a file that was written where no document was.
 inline constexpr const char* baseOfNewDocument = "new";
-/// The base of a file whose document was made of it by the process that writes the entry.
-inline constexpr const char* baseOfOwnDocument = "own";
 
 /// Where such files wait: each is a content, NAME.content, and what is known of it, NAME.entry. What is there
 /// survives the end of the process and of the machine. None of the functions makes a request.

@@ -63,6 +63,7 @@ constexpr NetworkAdvice kAdvices[] = {
     {Detail::AddressLeavesHttps, true,
      "if a proxy before the server speaks https, set http_addresses = upgrade in the server's section of the "
      "configuration file"},
+    {Detail::ContentOfOtherLength, true, kAgain},
     {Detail::TlsTooOld, true, "ask who runs the server to offer TLS 1.2 or newer"},
     {Detail::TlsNothingInCommon, true, "ask who runs the server to offer the usual ciphers"},
     {Detail::TlsBrokenOff, true, "look whether the server speaks https on this port, or try again later"},

@@ -27,7 +27,7 @@ namespace {
 }
 
 // A process that was killed may have put a file in its place and not kept that it did.
-void TakeWhatArrived(WorkFolder& folder, std::map<std::string, FolderFile>& kept) {
+void TakeWhatArrived(WorkFolder& folder, KeptFiles& kept) {
   for (FolderFile& file : folder.store().Announced()) {
     const LocalFacts facts = FactsOf(folder.OnDisk(file.path));
     if (!HasBytesOf(folder.OnDisk(file.path), facts, file)) continue;
@@ -61,7 +61,7 @@ const char* WordOf(FileState state) {
   }
 }
 
-Result<std::map<std::string, FolderFile>> ReadKept(WorkFolder& folder) {
+Result<KeptFiles> ReadKept(WorkFolder& folder) {
   auto files = folder.store().Files();
   if (!files) return StoreFailure("its database does not answer");
   TakeWhatArrived(folder, *files);

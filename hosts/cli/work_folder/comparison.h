@@ -38,14 +38,14 @@ struct Comparison {
 
 /// What is known of the files here.
 struct LocalSide {
-  std::map<std::string, FolderFile> kept;
+  KeptFiles kept;
   std::map<std::string, LocalState> states;  ///< of those that are kept
   std::vector<std::string> files;            ///< all that are there
 };
 
 /// What is kept of the files of a work folder, by their paths. Makes no request.
 /// @return a failure if it can't be read
-[[nodiscard]] Result<std::map<std::string, FolderFile>> ReadKept(WorkFolder& folder);
+[[nodiscard]] Result<KeptFiles> ReadKept(WorkFolder& folder);
 
 /// Looks at the files of a work folder. Makes no request.
 /// @return a failure if what is kept can't be read

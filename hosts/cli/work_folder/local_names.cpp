@@ -60,30 +60,38 @@ namespace {
   return free;
 }
 
-}  // namespace
-
-NamedEntries NameEntries(std::vector<ListedDocument> documents, const std::vector<std::string>& folders) {
-  NamedEntries entries;
-  std::vector<ListedDocument> merged;
+// Without the rows of one document that tell it again. A name that can't stand in a path is told to `nameless`.
+[[nodiscard]] std::vector<ListedDocument> DocumentsIn(std::vector<ListedDocument> rows,
+                                                      std::vector<std::string>& nameless) {
   // Comparing each row with each would take long in a large folder, so rows of one name come together.
-  std::stable_sort(documents.begin(), documents.end(),
-                   [](const ListedDocument& one, const ListedDocument& other) {
-                     return std::tie(one.name, one.number) < std::tie(other.name, other.number);
-                   });
-  for (std::size_t begin = 0; begin < documents.size();) {
-    std::size_t end = begin;
-    std::vector<ListedDocument> rows;
-    const std::string name = documents[begin].name;
-    for (; end < documents.size() && documents[end].name == name; ++end) rows.push_back(documents[end]);
-    begin = end;
+  std::stable_sort(rows.begin(), rows.end(), [](const ListedDocument& one, const ListedDocument& other) {
+    return std::tie(one.name, one.number) < std::tie(other.name, other.number);
+  });
+  std::vector<ListedDocument> documents;
+  for (std::size_t begin = 0; begin < rows.size();) {
+    std::vector<ListedDocument> namesakes;
+    const std::string name = rows[begin].name;
+    for (; begin < rows.size() && rows[begin].name == name; ++begin) {
+      namesakes.push_back(std::move(rows[begin]));
+    }
     if (!IsFit(name)) {
-      entries.nameless.push_back(name);
+      nameless.push_back(name);
       continue;
     }
-    for (const ListedDocument& document : Merged(std::move(rows))) {
-      entries.documents.emplace(FreeName(entries.documents, document), document);
-    }
+    for (ListedDocument& document : Merged(std::move(namesakes))) documents.push_back(std::move(document));
   }
+  return documents;
+}
+
+[[nodiscard]] std::string KeptNameOf(const KeptNames& kept, const ListedDocument& document) {
+  for (const std::string& id : document.ids) {
+    const auto found = kept.find(id);
+    if (found != kept.end() && found->second.nameOnServer == document.name) return found->second.name;
+  }
+  return {};
+}
+
+void NameFolders(const std::vector<std::string>& folders, NamedEntries& entries) {
   for (const std::string& folder : folders) {
     if (!IsFit(folder)) {
       entries.nameless.push_back(folder);
@@ -95,6 +103,24 @@ NamedEntries NameEntries(std::vector<ListedDocument> documents, const std::vecto
     // A server may have folders whose names are escaped already.
     if (!isNew && named->second != folder) entries.nameless.push_back(folder);
   }
+}
+
+}  // namespace
+
+NamedEntries NameEntries(std::vector<ListedDocument> documents, const std::vector<std::string>& folders,
+                         const KeptNames& kept) {
+  NamedEntries entries;
+  std::vector<ListedDocument> unnamed;
+  for (ListedDocument& document : DocumentsIn(std::move(documents), entries.nameless)) {
+    const std::string name = KeptNameOf(kept, document);
+    const bool isNamed = !name.empty() && entries.documents.emplace(name, document).second;
+    if (!isNamed) unnamed.push_back(std::move(document));
+  }
+  for (ListedDocument& document : unnamed) {
+    const std::string name = FreeName(entries.documents, document);
+    entries.documents.emplace(name, std::move(document));
+  }
+  NameFolders(folders, entries);
   return entries;
 }
 

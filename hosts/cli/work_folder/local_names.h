@@ -14,6 +14,15 @@ struct ListedDocument {
   std::vector<std::string> ids;       ///< of each version, in their order
 };
 
+/// The name that a document of a folder has on the disk already.
+struct KeptName {
+  std::string name;
+  std::string nameOnServer;  ///< that it was made from
+};
+
+/// The names of a folder's documents, by the id of the version that each file came from.
+using KeptNames = std::map<std::string, KeptName>;
+
 /// What one folder of a server holds, by the names that its entries get on the disk.
 struct NamedEntries {
   std::map<std::string, ListedDocument> documents;
@@ -26,8 +35,9 @@ struct NamedEntries {
 /// A name is the server's, as it stands in a path, with what is unfit for a disk escaped as SafeFileName does
 /// it; so two names never become one, and each comes back the same. Rows of one document count once. A
 /// document whose name another one has, or a folder whose name a document has, gets a suffix that no name of a
-/// server has: "fork%(0000100001).lxz" with its number, "fork.lxz%(folder)".
+/// server has: "fork%(0000100001).lxz" with its number, "fork.lxz%(folder)". A document keeps the name that it has,
+/// or the file of one would become that of the other when a third one comes or the first one goes.
 [[nodiscard]] NamedEntries NameEntries(std::vector<ListedDocument> documents,
-                                       const std::vector<std::string>& folders);
+                                       const std::vector<std::string>& folders, const KeptNames& kept = {});
 
 }  // namespace vtdirect_cli

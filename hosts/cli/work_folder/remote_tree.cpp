@@ -5,6 +5,7 @@
 
 #include <mutex>
 
+#include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/work_folder/local_names.h"
 #include "hosts/cli/work_folder/parallel.h"
@@ -33,10 +34,23 @@ namespace {
   return escaped;
 }
 
+// The names of each folder, by its path.
+[[nodiscard]] std::map<std::string, KeptNames> NamesOf(const KeptFiles& kept) {
+  std::map<std::string, KeptNames> names;
+  for (const auto& [path, file] : kept) {
+    const std::size_t begin = path.rfind('/') + 1;
+    names[path.substr(0, begin)].emplace(
+        DocumentIdOf(file.uid),
+        KeptName{path.substr(begin), file.address.substr(file.address.rfind('/') + 1)});
+  }
+  return names;
+}
+
 // Gives what was listed its names on the disk.
 class Naming {
  public:
-  Naming(std::string server, Effort effort) : server_(std::move(server)), effort_(effort) {}
+  Naming(std::string server, Effort effort, const KeptFiles& kept = {})
+      : server_(std::move(server)), effort_(effort), kept_(NamesOf(kept)) {}
 
   // Takes what one folder holds, and gives the folders in it.
   struct Below {
@@ -56,7 +70,7 @@ class Naming {
       // Of two folders of one name the path leads to the first.
       if (byName.emplace(folder->name, folder.get()).second) names.push_back(folder->name);
     }
-    const NamedEntries entries = NameEntries(std::move(listed.documents), names);
+    const NamedEntries entries = NameEntries(std::move(listed.documents), names, kept_[path]);
     for (const auto& [name, document] : entries.documents) Add(path, listed.address, name, document);
     for (const std::string& name : entries.nameless) {
       tree_.failures.push_back({ExitCode::Incomplete, "an entry of " + listed.address +
@@ -130,6 +144,7 @@ class Naming {
 
   std::string server_;
   Effort effort_;
+  std::map<std::string, KeptNames> kept_;
   std::mutex mutex_;
   RemoteTree tree_;
 };
@@ -164,10 +179,10 @@ bool RemoteTree::Knows(const std::string& path) const {
 }
 
 RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort,
-                          const SideTasks& beside) {
+                          const SideTasks& beside, const KeptFiles& kept) {
   ListedFolder listed = ToList(start);
   ListTree(listed, effort, beside);
-  Naming naming(server, effort);
+  Naming naming(server, effort, kept);
   naming.TakeAll(start.path, listed);
   naming.AskForVersions();
   return naming.TakeTree();
@@ -188,9 +203,9 @@ RemoteLevel ReadRemoteLevel(const std::string& server, const std::vector<RemoteF
 }
 
 RemoteTree ReadRemoteFolders(const std::string& server, const std::vector<RemoteFolder>& wanted,
-                             Effort effort) {
+                             Effort effort, const KeptFiles& kept) {
   std::vector<ListedFolder> listed = ListAll(wanted, effort);
-  Naming naming(server, effort);
+  Naming naming(server, effort, kept);
   for (std::size_t number = 0; number < wanted.size(); ++number) {
     static_cast<void>(naming.Take(wanted[number].path, listed[number]));
   }

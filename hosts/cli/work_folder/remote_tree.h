@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "hosts/cli/failure.h"
+#include "hosts/cli/work_folder/file_store.h"
 #include "hosts/cli/work_folder/listed_folders.h"
 
 namespace vtdirect_cli {
@@ -48,12 +49,16 @@ struct RemoteFolder {
   VtDirectManager::WalkedDir directory = {};
 };
 
+/// What a work folder keeps of its files, by their paths.
+using KeptFiles = std::map<std::string, FolderFile>;
+
 /// Lists a folder and all below it, several folders at a time, each once: the listing tells the newest version
 /// of each document and its UID. Where a server's listings don't tell them, each document is asked for. Makes
 /// requests. A folder that could not be listed is one of `failures`, and nothing of it is delivered.
 /// @param server  the key of the server (see GetLinkContext)
+/// @param kept    whose documents keep their names
 [[nodiscard]] RemoteTree ReadRemoteTree(const std::string& server, const RemoteFolder& start, Effort effort,
-                                        const SideTasks& beside = {});
+                                        const SideTasks& beside = {}, const KeptFiles& kept = {});
 
 /// What some folders hold, without what is below them.
 struct RemoteLevel {
@@ -67,7 +72,7 @@ struct RemoteLevel {
 
 /// The same for some folders alone, without what is below them.
 [[nodiscard]] RemoteTree ReadRemoteFolders(const std::string& server, const std::vector<RemoteFolder>& wanted,
-                                           Effort effort);
+                                           Effort effort, const KeptFiles& kept = {});
 
 /// The folder that a document lies in.
 /// @param path     the document's, below the work folder

@@ -135,7 +135,9 @@ class Sending {
     }
     report_.Tell(Named("is stored in the working copy ") + target.address);
     step.Settle();
-    WarnOfMissingLinks(host_, ByOwnId(target.address), links);
+    for (const auto& link : MissingLinks(host_, ByOwnId(target.address), links)) {
+      host_.output().Warning(Named("has no link ") + link.first + " on the server, though it was told of it");
+    }
     workingCopy_ = target.address;
     return std::nullopt;
   }

@@ -8,8 +8,7 @@
 
 namespace vtdirect_cli {
 
-Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder,
-                                           const std::map<std::string, FolderFile>& kept,
+Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const KeptFiles& kept,
                                            const std::vector<std::string>& names) {
   std::vector<FolderFile> files;
   for (const std::string& name : names) {
@@ -45,7 +44,8 @@ ExitCode WorkOnNamedFiles(Host& host, const Arguments& arguments, Others others,
 }
 
 Result<RemoteVersions> VersionsOf(const std::string& server, const FolderFile& file) {
-  const RemoteTree tree = ReadRemoteFolders(server, {FolderOfDocument(file.path, file.address)}, 1);
+  const RemoteTree tree =
+      ReadRemoteFolders(server, {FolderOfDocument(file.path, file.address)}, 1, {{file.path, file}});
   const auto found = tree.documents.find(file.path);
   if (found == tree.documents.end()) {
     const bool isKnown = tree.Knows(file.path) || tree.failures.empty();

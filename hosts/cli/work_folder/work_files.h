@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -13,8 +12,7 @@ namespace vtdirect_cli {
 /// Finds what is kept of each file of a work folder that a user has named, by its name as one in the current
 /// directory has it. Makes no request.
 /// @return a failure for a name that no such file has
-[[nodiscard]] Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder,
-                                                         const std::map<std::string, FolderFile>& kept,
+[[nodiscard]] Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const KeptFiles& kept,
                                                          const std::vector<std::string>& names);
 
 /// Whether others may work in a work folder meanwhile.

@@ -130,10 +130,13 @@ std::optional<Failure> WorkFolder::Lock() {
 }
 
 std::optional<Failure> WorkFolder::TakeLock() {
+  if (lock_ >= 0) return std::nullopt;
   const std::string file = root_ + "/.vtdirect/lock";
   lock_ = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
   if (lock_ < 0) return LocalFailure("cannot write " + file, errno);
   if (flock(lock_, LOCK_EX | LOCK_NB) != 0) {
+    close(lock_);
+    lock_ = -1;
     return Failure{ExitCode::Failure, "another vtdirect is at work in this work folder; nothing was done",
                    "the same command can be given again when it has ended"};
   }

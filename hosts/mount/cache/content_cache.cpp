@@ -114,6 +114,15 @@ std::string ContentCache::NewFile() {
   return Parts() + "/" + std::to_string(getpid()) + "-" + std::to_string(next_++);
 }
 
+int ContentCache::ErrorOfWriting(std::uint64_t bytes) {
+  const std::string file = NewFile();
+  const OpenFile tried(open(file.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600));
+  if (tried.descriptor() < 0) return errno;
+  const int error = bytes == 0 ? 0 : posix_fallocate(tried.descriptor(), 0, static_cast<off_t>(bytes));
+  Drop(file);
+  return error == EDQUOT ? ENOSPC : error;
+}
+
 int ContentCache::Keep(const std::string& key, const std::string& file) {
   const std::string path = PathOf(key);
   // After a crash of the machine a renamed file may be there without its bytes, and as long as it must be.

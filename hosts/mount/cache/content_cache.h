@@ -41,6 +41,10 @@ class ContentCache {
   /// @return the error number of what failed; 0 for none
   [[nodiscard]] int Keep(const std::string& key, const std::string& file);
 
+  /// Why a file of so many bytes can't be written now: the error number of trying it, with ENOSPC for a quota too;
+  /// 0 when it can.
+  [[nodiscard]] int ErrorOfWriting(std::uint64_t bytes);
+
   /// Removes a file of NewFile.
   static void Drop(const std::string& file);
 

@@ -181,11 +181,12 @@ struct stat AttributesOfLocal(const Mount& mount, const LocalFile& file) {
   struct stat attributes = mount.pattern();
   struct stat local = {};
   if (fstat(file.file().descriptor(), &local) != 0) return attributes;
-  attributes.st_mode = S_IFREG | writableMode;
+  attributes.st_mode = S_IFREG | (file.isScratch() ? file.mode() : writableMode);
   attributes.st_size = local.st_size;
   attributes.st_blocks = local.st_blocks;
-  attributes.st_mtim = local.st_mtim;
-  attributes.st_ctim = attributes.st_atim = local.st_mtim;
+  // As of a document: the time must be the same after it is stored.
+  attributes.st_mtim = {local.st_mtim.tv_sec, 0};
+  attributes.st_ctim = attributes.st_atim = attributes.st_mtim;
   return attributes;
 }
 

@@ -89,6 +89,8 @@ void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Writable& writable, 
   }
   mount.Ask(request, [&mount, node, opening](const auto& pending) {
     const Writable writable = mount.writing()->Edit(node->address, !opening.empties());
+    // The file may be longer or shorter than the document was when the kernel heard of it.
+    mount.LetKernelForget(node->number, Kept::Attributes);
     pending->Answer([&](fuse_req_t asked) { ReplyOpenLocal(asked, mount, writable, opening); });
   });
   return true;

@@ -42,9 +42,18 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
   Mounted mounted;
   mounted.uidOf = [this](const std::string& address, int& error) { return UidOf(address, error); };
   mounted.uidNow = [this](const std::string& address, int& error) { return UidNow(address, error); };
+  mounted.uidStored = [this](const std::string& address) {
+    const auto [folder, name] = PartsOfPath(address);
+    const auto uid = tree_.UidOf(folder, name);
+    return uid.value == nullptr ? std::string() : *uid.value;
+  };
   mounted.outdate = [this](const std::string& address) {
     const auto [folder, name] = PartsOfPath(address);
     tree_.Outdate(folder, name);
+  };
+  mounted.outdateStored = [this](const std::string& address, const Facts& stored) {
+    const auto [folder, name] = PartsOfPath(address);
+    tree_.OutdateStored(folder, name, stored);
   };
   mounted.log = [&log](const std::string& text) { log.Write(text); };
   Writing::Settings writing{settings_.scratch, settings_.autoCheckout, settings_.command,
@@ -100,18 +109,22 @@ void Mount::ForgetNode(std::uint64_t node) {
   seen_.erase(node);
 }
 
-void Mount::Refresh(fuse_session* session) {
+void Mount::LetKernelForget(std::uint64_t node, Kept kept) {
+  fuse_lowlevel_notify_inval_inode(session_, node, kept == Kept::Attributes ? -1 : 0, 0);
+}
+
+void Mount::Refresh() {
   tree_.Outdate();
   if (writing_ != nullptr) {
     writing_->overlay().BringBack();
     writing_->RetryNow();
   }
-  fuse_lowlevel_notify_inval_inode(session, NodeTable::rootNumber, 0, 0);
+  LetKernelForget(NodeTable::rootNumber, Kept::AttributesAndContent);
   for (const auto& node : nodes_.All()) {
     // Of a document the attributes alone: whether the kernel may keep its bytes is told when it is opened.
     const bool isFile = node->kind == NodeKind::Document || node->kind == NodeKind::VersionFile;
-    fuse_lowlevel_notify_inval_inode(session, node->number, isFile ? -1 : 0, 0);
-    fuse_lowlevel_notify_inval_entry(session, node->parent, node->name.c_str(), node->name.size());
+    LetKernelForget(node->number, isFile ? Kept::Attributes : Kept::AttributesAndContent);
+    fuse_lowlevel_notify_inval_entry(session_, node->parent, node->name.c_str(), node->name.size());
   }
   {
     const std::lock_guard lock(mutex_);

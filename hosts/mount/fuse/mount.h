@@ -38,6 +38,12 @@ struct MountSettings {
   std::string startDirectory;        ///< where the program was started
 };
 
+/// What the kernel keeps of a file.
+enum class Kept {
+  Attributes,
+  AttributesAndContent,
+};
+
 /// All that the operations work with: the tree, the contents, the nodes that the kernel knows. Any thread.
 class Mount {
  public:
@@ -75,8 +81,13 @@ class Mount {
   /// Forgets what was noted of a node.
   void ForgetNode(std::uint64_t node);
 
+  /// The session in which the kernel speaks with this; null before it begins.
+  void SetSession(fuse_session* session) { session_ = session; }
+  /// Lets the kernel forget what it keeps of a file. Not to be called by who answers a read or a write of it.
+  void LetKernelForget(std::uint64_t node, Kept kept);
+
   /// Lets the server be asked anew for all that can change, and the kernel forget it.
-  void Refresh(fuse_session* session);
+  void Refresh();
 
   /// Ends what is under way, and waits for it a moment.
   /// @return whether all has ended; if not, a thread waits for a silent server, and the process must end
@@ -90,6 +101,7 @@ class Mount {
   const MountSettings settings_;
   Log& log_;
   struct stat pattern_ = {};
+  fuse_session* session_ = nullptr;
   NodeTable nodes_;
   ServerTree tree_;
   ContentFetches fetches_;

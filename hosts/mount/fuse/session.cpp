@@ -80,6 +80,7 @@ std::unique_ptr<Session> Session::Open(Mount& mount, std::string& fault) {
     return nullptr;
   }
   if (!AskForParallelLookups(session)) mount.log().Write("names of a directory are looked up one by one");
+  mount.SetSession(session);
   return std::unique_ptr<Session>(new Session(mount, session));
 }
 
@@ -93,7 +94,7 @@ void Session::WatchSignals(pthread_t loop) {
   int signal = 0;
   while (sigwait(&signals, &signal) == 0 && signal != endOfWatch) {
     if (signal == SIGHUP) {
-      mount_.Refresh(session_);
+      mount_.Refresh();
       continue;
     }
     mount_.log().Write(std::string("ends by signal ") + strsignal(signal));

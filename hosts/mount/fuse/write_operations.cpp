@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -40,42 +39,32 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
   mount.nodes().Forget(node->number, 1);
 }
 
-// What is said of a file of this machine, but for its length, which is set where it is open for writing too.
-[[nodiscard]] int SetLocal(Mount& mount, LocalFile& local, const struct stat& wanted, int what) {
-  const int descriptor = local.file().descriptor();
-  if ((what & FUSE_SET_ATTR_SIZE) != 0) {
-    if (const int error = mount.writing()->NoteChange(local, true); error != 0) return error;
-    if (ftruncate(descriptor, wanted.st_size) != 0) return errno;
-    if (wanted.st_size == 0) local.NoteFailedWrite(0);
-  }
-  if ((what & (FUSE_SET_ATTR_MTIME | FUSE_SET_ATTR_MTIME_NOW)) != 0) {
-    const timespec now{0, UTIME_NOW};
-    const timespec times[2] = {now, (what & FUSE_SET_ATTR_MTIME_NOW) != 0 ? now : wanted.st_mtim};
-    if (futimens(descriptor, times) != 0) return errno;
-  }
-  // Rights and owners are those of the mount's user; programs set them on files that they are about to rename.
-  return 0;
-}
-
-[[nodiscard]] std::shared_ptr<LocalFile> LocalOf(Mount& mount, const Node& node, const fuse_file_info* file) {
-  if (file != nullptr && HandleOf(file)->local() != nullptr) return HandleOf(file)->local();
-  return mount.LocalAt(node);
-}
-
 // Stores what was changed, by the thread that does so, and answers when that is done. A process that got the
 // open file from the one that opened it closes it too, "(a; b) >FILE" after each of its commands; then the
-// file is not complete yet, and is stored by the last who closes it.
+// file is not complete yet, and is stored by the last who closes it. So is a document that was made at a close before,
+// as by "echo a >&3" after "exec 3>FILE": not every line of it is worth an iteration.
 void StoreAndReply(fuse_req_t request, const fuse_file_info* file) {
   Mount& mount = MountOf(request);
   const Handle handle = HandleOf(file);
   const bool isDue = handle->writes() && handle->local()->isDirty() && handle->local()->isDue();
-  if (!isDue || handle->local()->isScratch() || ProcessOf(fuse_req_ctx(request)->pid) != handle->writer()) {
+  if (!isDue || handle->local()->isScratch()) {
+    fuse_reply_err(request, 0);
+    return;
+  }
+  if (handle->local()->isCreated() || ProcessOf(fuse_req_ctx(request)->pid) != handle->writer()) {
+    mount.log().Write(handle->local()->address() +
+                      " is stored when the last program that has it open closes it");
     fuse_reply_err(request, 0);
     return;
   }
   mount.writing()->Post([&mount, handle, pending = PendingRequest::Of(request)] {
     pending->Fail(mount.writing()->Store(handle->local()));
   });
+}
+
+// The kernel appends where the file ended when it last heard of it, which may be long ago.
+[[nodiscard]] off_t PlaceOfWrite(const LocalFile& local, int flags, off_t offset) {
+  return (flags & O_APPEND) != 0 ? static_cast<off_t>(local.size()) : offset;
 }
 
 // EEXIST for a name that is there; another error number when that can't be told.
@@ -115,45 +104,31 @@ void OnWrite(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size
   }
   LocalFile& local = *handle->local();
   int error = mount.writing()->NoteChange(local, true);
-  const ssize_t count = error == 0 ? pwrite(local.file().descriptor(), bytes, size, offset) : -1;
+  const off_t place = PlaceOfWrite(local, file->flags, offset);
+  const ssize_t count = error == 0 ? pwrite(local.file().descriptor(), bytes, size, place) : -1;
   if (count < 0) {
     if (error == 0) error = errno;
     local.NoteFailedWrite(error);
     fuse_reply_err(request, error);
   } else {
     fuse_reply_write(request, static_cast<std::size_t>(count));
+    if (place != offset) mount.LetKernelForget(number, Kept::AttributesAndContent);
   }
-}
-
-void OnSetAttributes(fuse_req_t request, fuse_ino_t number, struct stat* wanted, int what,
-                     fuse_file_info* file) {
-  Mount& mount = MountOf(request);
-  const auto node = mount.nodes().Find(number);
-  const auto local = node == nullptr ? nullptr : LocalOf(mount, *node, file);
-  if (local == nullptr) {
-    fuse_reply_err(request, node == nullptr ? ESTALE : EPERM);
-    return;
-  }
-  if (const int error = SetLocal(mount, *local, *wanted, what); error != 0) {
-    fuse_reply_err(request, error);
-    return;
-  }
-  struct stat now = AttributesOfLocal(mount, *local);
-  now.st_ino = number;
-  fuse_reply_attr(request, &now, mount.seconds());
 }
 
 void OnFlush(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* file) {
   StoreAndReply(request, file);
 }
 
-// The bytes are safe on this machine then; they are stored when the file is closed. The kernel tells of bytes that it
-// could not write once, and not when the file is stored.
+// The bytes are safe on this machine then; they are stored when the file is closed. A program that closed a duplicate
+// learns here what came of that. The kernel tells of bytes that it could not write once, and not when the file is
+// stored.
 void OnSync(fuse_req_t request, fuse_ino_t /*number*/, int /*dataOnly*/, fuse_file_info* file) {
   const auto local = HandleOf(file)->local();
   const int error = local == nullptr || fsync(local->file().descriptor()) == 0 ? 0 : errno;
   if (error != 0) local->NoteFailedWrite(error);
-  fuse_reply_err(request, error);
+  const bool couldNotBeStored = local != nullptr && local->couldNotBeStored();
+  fuse_reply_err(request, error == 0 && couldNotBeStored ? EIO : error);
 }
 
 void OnRename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_t newParent,

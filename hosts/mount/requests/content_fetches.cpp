@@ -67,6 +67,13 @@ Answer<OpenFile> ContentFetches::FetchWithRoom(const Iteration& iteration,
   return Download(iteration, flight);
 }
 
+// What a program can understand of a cache that can't be written. Only a lack of room is mended by throwing away.
+int ContentFetches::ErrorOfWriting(const Iteration& iteration) {
+  const int error = cache_.ErrorOfWriting(iteration.facts.size);
+  if (error != 0 && report_) report_(std::string("cannot write to the cache: ") + std::strerror(error));
+  return error == ENOSPC || error == EROFS || error == EMFILE || error == ENFILE ? error : EIO;
+}
+
 Answer<OpenFile> ContentFetches::Download(const Iteration& iteration, const std::shared_ptr<Flight>& flight) {
   const std::string file = cache_.NewFile();
   VtDirectManager::DownloadOptions options;
@@ -78,7 +85,8 @@ Answer<OpenFile> ContentFetches::Download(const Iteration& iteration, const std:
   std::string uid;
   if (!VtDirectManager::GetFile(iteration.uid.c_str(), file.c_str(), uid, options)) {
     ContentCache::Drop(file);
-    return {LocalFileFailed(outcome) ? ENOSPC : ErrorOf(outcome), nullptr, WordsOf(outcome)};
+    return {LocalFileFailed(outcome) ? ErrorOfWriting(iteration) : ErrorOf(outcome), nullptr,
+            WordsOf(outcome)};
   }
   auto opened = OpenWhole(file, iteration.facts.size);
   if (opened == nullptr) {

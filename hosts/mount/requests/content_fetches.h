@@ -48,6 +48,7 @@ class ContentFetches {
   void Run(const Iteration& iteration, const std::shared_ptr<Flight>& flight);
   [[nodiscard]] Answer<OpenFile> FetchWithRoom(const Iteration& iteration,
                                                const std::shared_ptr<Flight>& flight);
+  [[nodiscard]] int ErrorOfWriting(const Iteration& iteration);
   [[nodiscard]] Answer<OpenFile> Download(const Iteration& iteration, const std::shared_ptr<Flight>& flight);
   [[nodiscard]] bool GoesOn(const Iteration& iteration, const std::shared_ptr<Flight>& flight);
   [[nodiscard]] std::vector<Wish> End(const Iteration& iteration, const std::shared_ptr<Flight>& flight);

@@ -57,10 +57,12 @@ Answer<Iteration> KnownFacts(const std::string& uid, const FactsFile& file) {
   return known ? Found(Iteration{uid, key, *known}) : Answer<Iteration>{};
 }
 
-Answer<Iteration> AskForFacts(const std::string& uid, FactsFile& file, ContentCache& cache) {
+Answer<Iteration> AskForFacts(const std::string& uid, FactsFile& file, ContentCache& cache,
+                              const std::optional<Facts>& stored) {
   const auto size = AskForSize(uid, cache);
   if (size.value == nullptr) return {size.error, nullptr, size.words};
-  const Iteration iteration{uid, KeyOfUid(uid), {*size.value, std::time(nullptr)}};
+  const bool isStored = stored && stored->size == *size.value;
+  const Iteration iteration{uid, KeyOfUid(uid), {*size.value, isStored ? stored->since : std::time(nullptr)}};
   if (!CanChange(uid)) file.Keep(iteration.key, iteration.facts);
   return Found(iteration);
 }

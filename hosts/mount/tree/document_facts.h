@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "hosts/mount/cache/content_cache.h"
@@ -28,6 +29,9 @@ struct Iteration {
 /// Asks for the facts of an iteration, and keeps them in the file. Makes one request. Where the
 /// server's record tells no length, the content is fetched into the cache and measured; a document without one has
 /// the length 0.
-[[nodiscard]] Answer<Iteration> AskForFacts(const std::string& uid, FactsFile& file, ContentCache& cache);
+/// @param stored  what a program of this machine has written to the document last: its time counts for an iteration
+///                of its length
+[[nodiscard]] Answer<Iteration> AskForFacts(const std::string& uid, FactsFile& file, ContentCache& cache,
+                                            const std::optional<Facts>& stored);
 
 }  // namespace vtdirect_mount

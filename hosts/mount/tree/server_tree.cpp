@@ -77,22 +77,27 @@ Answer<std::string> ServerTree::UidNow(const std::string& folder, const std::str
 Answer<Iteration> ServerTree::Document(const std::string& folder, const std::string& name) {
   const Answer<std::string> uid = UidOf(folder, name);
   if (uid.value == nullptr) return {uid.error};
-  return IterationOf(readBy_(*uid.value));
+  const std::string path = folder + name;
+  return WithTime(path, IterationOf(readBy_(*uid.value), times_.JustStored(path)));
 }
 
 Answer<Iteration> ServerTree::PeekDocument(const std::string& folder, const std::string& name) {
   const Answer<std::string> uid = uids_.Peek(folder + name);
   if (uid.value == nullptr) return {};
   const std::string readBy = readBy_(*uid.value);
-  return CanChange(readBy) ? workingCopies_.Peek(readBy) : iterations_.Peek(readBy);
+  return WithTime(folder + name, CanChange(readBy) ? workingCopies_.Peek(readBy) : iterations_.Peek(readBy));
 }
 
-Answer<Iteration> ServerTree::IterationOf(const std::string& uid) {
+Answer<Iteration> ServerTree::WithTime(const std::string& path, const Answer<Iteration>& found) {
+  return found.value == nullptr ? found : Found(times_.WithTime(path, *found.value));
+}
+
+Answer<Iteration> ServerTree::IterationOf(const std::string& uid, const std::optional<Facts>& stored) {
   const auto learn = [&] {
     Answer<Iteration> known = KnownFacts(uid, facts_);
     if (known.value != nullptr) return known;
     return Asked<Iteration>("cannot read the record of " + uid,
-                            [&] { return AskForFacts(uid, facts_, cache_); });
+                            [&] { return AskForFacts(uid, facts_, cache_, stored); });
   };
   return CanChange(uid) ? workingCopies_.Get(uid, learn) : iterations_.Get(uid, learn);
 }
@@ -167,6 +172,12 @@ void ServerTree::Outdate() {
   versions_.Outdate();
   uids_.Outdate();
   workingCopies_.Outdate();
+  times_.Forget();
+}
+
+void ServerTree::OutdateStored(const std::string& folder, const std::string& name, const Facts& stored) {
+  Outdate(folder, name);
+  times_.NoteStored(folder + name, stored);
 }
 
 void ServerTree::Outdate(const std::string& folder, const std::string& name) {

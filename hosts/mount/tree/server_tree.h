@@ -9,6 +9,7 @@
 #include "hosts/mount/requests/kept_answers.h"
 #include "hosts/mount/requests/server_presence.h"
 #include "hosts/mount/tree/document_facts.h"
+#include "hosts/mount/tree/document_times.h"
 #include "hosts/mount/tree/folder_listing.h"
 
 namespace vtdirect_mount {
@@ -48,7 +49,9 @@ class ServerTree {
   void SetReadBy(ReadBy readBy) { readBy_ = std::move(readBy); }
 
   /// The iteration of a UID.
-  [[nodiscard]] Answer<Iteration> IterationOf(const std::string& uid);
+  [[nodiscard]] Answer<Iteration> IterationOf(const std::string& uid) {
+    return IterationOf(uid, std::nullopt);
+  }
 
   /// All versions of a document, the newest first; where the server doesn't list them, the newest alone. The
   /// ids are UIDs.
@@ -59,8 +62,13 @@ class ServerTree {
   void Outdate();
   /// The same for one document and its folder.
   void Outdate(const std::string& folder, const std::string& name);
+  /// The same after a document was stored.
+  /// @param stored  its length, and when it was written
+  void OutdateStored(const std::string& folder, const std::string& name, const Facts& stored);
 
  private:
+  [[nodiscard]] Answer<Iteration> IterationOf(const std::string& uid, const std::optional<Facts>& stored);
+  [[nodiscard]] Answer<Iteration> WithTime(const std::string& path, const Answer<Iteration>& found);
   [[nodiscard]] Answer<FolderListing> AskForFolder(const std::string& path);
   [[nodiscard]] Answer<std::string> AskForUid(const std::string& path);
   [[nodiscard]] std::string UidByListing(const std::string& folder, const std::string& name);
@@ -81,6 +89,7 @@ class ServerTree {
   KeptAnswers<std::string> uids_;
   KeptAnswers<Iteration> iterations_;
   KeptAnswers<Iteration> workingCopies_;
+  DocumentTimes times_;
 
   std::mutex mutex_;                          // guards what follows
   std::string uidStart_;                      // what stands before the id in every UID of the server

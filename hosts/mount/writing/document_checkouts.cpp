@@ -52,10 +52,11 @@ std::string DocumentCheckouts::WhyNotNow(const std::string& address, const std::
   if (uid.empty()) return isNew ? "" : "the document is not there any more";
   if (isNew) return "there is a document of that name by now";
   if (base.empty()) return "it is not known which checkout it was written for";
+  // The document was made of this very file, and is as it was then.
+  if (vtdirect_cli::AreSameUid(uid, base)) return "";
   const std::string copy = kept_.WorkingCopyOf(uid);
   if (copy.empty()) return "the document is not checked out here";
-  if (base == vtdirect_cli::baseOfOwnDocument || vtdirect_cli::AreSameUid(copy, base)) return "";
-  return "it was written for an earlier checkout of the document";
+  return vtdirect_cli::AreSameUid(copy, base) ? "" : "it was written for an earlier checkout of the document";
 }
 
 }  // namespace vtdirect_mount

@@ -16,9 +16,14 @@ bool LocalFile::Claim() const {
   return flock(file_.descriptor(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
-std::uint64_t LocalFile::size() const {
+Facts LocalFile::facts() const {
   struct stat status = {};
-  return fstat(file_.descriptor(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+  if (fstat(file_.descriptor(), &status) != 0) return {};
+  return {static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec};
+}
+
+std::uint64_t LocalFile::size() const {
+  return facts().size;
 }
 
 }  // namespace vtdirect_mount

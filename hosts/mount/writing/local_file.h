@@ -6,6 +6,7 @@
 #include <mutex>
 #include <string>
 
+#include "hosts/mount/cache/facts_file.h"
 #include "hosts/mount/cache/open_file.h"
 
 namespace vtdirect_mount {
@@ -43,7 +44,16 @@ class LocalFile {
     const std::lock_guard lock(mutex_);
     base_ = base;
   }
+  /// Notes that a document was made of it. Each further store makes an iteration, since it is checked out nowhere.
+  /// @param uid  of the iteration; empty if that is not known
+  void NoteCreated(const std::string& uid) {
+    SetBase(uid);
+    isCreated_ = true;
+  }
+  [[nodiscard]] bool isCreated() const { return isCreated_; }
   [[nodiscard]] std::uint64_t size() const;
+  /// Its length, and when it was written, which is what a program has said if it has said so.
+  [[nodiscard]] Facts facts() const;
 
   /// How often it was changed; tells whether it was changed while it was stored.
   [[nodiscard]] std::uint64_t changes() const { return changes_; }
@@ -61,6 +71,11 @@ class LocalFile {
     stored_ = changes;
     isDue_ = isDirty();
   }
+  /// Notes that a store of it failed.
+  /// @param changes  how often it had been changed then
+  void NoteFailedStore(std::uint64_t changes) { failedStore_ = changes; }
+  /// Whether the bytes that it holds now could not be stored.
+  [[nodiscard]] bool couldNotBeStored() const { return isDirty() && failedStore_ == changes_; }
   /// Notes that a write failed with an error number, so that bytes of a program are missing in it. 0 notes that
   /// it was emptied, and is written anew.
   void NoteFailedWrite(int error) { failedWrite_ = error; }
@@ -69,6 +84,9 @@ class LocalFile {
   /// Whether it is for this machine alone.
   [[nodiscard]] bool isScratch() const { return isScratch_; }
   void SetScratch(bool isScratch) { isScratch_ = isScratch; }
+  /// The rights that a scratch file shows; its content is for the mount's user alone in any case.
+  [[nodiscard]] unsigned mode() const { return mode_; }
+  void SetMode(unsigned mode) { mode_ = mode; }
   /// Whether its entry says that a program had closed it, so that it may be stored after a crash.
   [[nodiscard]] bool isListedWhole() const { return isListedWhole_; }
   void NoteListed(bool isWhole) { isListedWhole_ = isWhole; }
@@ -105,10 +123,13 @@ class LocalFile {
 
   std::atomic<std::uint64_t> changes_{0};
   std::atomic<std::uint64_t> stored_{0};
+  std::atomic<std::uint64_t> failedStore_{0};
+  std::atomic<unsigned> mode_{0644U};
   std::atomic<std::size_t> opened_{0};
   std::atomic<std::size_t> writers_{0};
   std::atomic<int> failedWrite_{0};
   std::atomic<bool> isDue_{false};
+  std::atomic<bool> isCreated_{false};
   std::atomic<bool> isScratch_{false};
   std::atomic<bool> isListedWhole_{false};
   std::atomic<bool> isReplaced_{false};

@@ -31,9 +31,13 @@ std::string Stores::Put(const std::string& address, const LocalFile& file) {
 void Stores::NoteStored(const std::string& address, const std::shared_ptr<LocalFile>& file,
                         std::uint64_t changes) {
   file->NoteStored(changes);
-  if (file->base() == vtdirect_cli::baseOfNewDocument) file->SetBase(vtdirect_cli::baseOfOwnDocument);
-  parts_.mounted.outdate(address);
-  if (file->isDirty()) return;
+  const bool isWhole = !file->isDirty();
+  if (isWhole) parts_.mounted.outdateStored(address, file->facts());
+  if (!isWhole) parts_.mounted.outdate(address);
+  if (file->base() == vtdirect_cli::baseOfNewDocument) {
+    file->NoteCreated(parts_.mounted.uidStored(address));
+  }
+  if (!isWhole) return;
   parts_.waiting.StrikeReplaced(*file);
   parts_.waiting.Strike(*file);
   vtdirect_cli::FetchRecords().Forget(file->path());
@@ -56,6 +60,7 @@ int Stores::Store(const std::shared_ptr<LocalFile>& file) {
     return 0;
   }
   parts_.mounted.log(address + " is not stored, and waits: " + fault);
+  file->NoteFailedStore(changes);
   parts_.waiting.Note(*file, file->changes() == changes, fault);
   parts_.waiting.Add(address);
   return EIO;

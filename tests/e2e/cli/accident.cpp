@@ -4,17 +4,12 @@
 #include <signal.h>
 
 #include <atomic>
+#include <mutex>
 
 #include "tests/e2e/cli/meddler.h"
 
 namespace vtdirect_test {
 namespace {
-
-struct AccidentRun {
-  ProcessResult result;
-  bool came = false;     // whether there was such a request
-  bool isWrite = false;  // whether it writes
-};
 
 void Happen(Accident accident, Peer& peer, const Meddler::Forward& forward, const Process& process) {
   if (accident == Accident::KilledBefore) return process.Signal(SIGKILL);
@@ -26,45 +21,65 @@ void Happen(Accident accident, Peer& peer, const Meddler::Forward& forward, cons
   if (accident == Accident::Silent) peer.StaySilent();
 }
 
-[[nodiscard]] AccidentRun RunWithAccident(const AccidentTrial& trial, int at, Accident accident) {
-  AccidentRun run;
+[[nodiscard]] ProcessResult RunWithAccident(const AccidentTrial& trial, int at, Accident accident) {
   std::atomic<int> number = 0;
+  std::unique_ptr<Process> running;  // ends after all that speaks of it
   std::atomic<Process*> process = nullptr;
   trial.before();
-  {
-    Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
-      if (number++ != at) return peer.Send(forward());
-      run.came = true;
-      run.isWrite = request.method != "GET";
-      EXPECT_TRUE(WaitUntil([&process] { return process != nullptr; }));
-      Happen(accident, peer, forward, *process);
-    });
-    const auto running = trial.start(meddler.Url());
-    process = running.get();
-    run.result = running->Wait();
-  }
-  return run;
+  Meddler meddler([&](Peer& peer, const WireRequest& /*request*/, const Meddler::Forward& forward) {
+    if (number++ != at) return peer.Send(forward());
+    EXPECT_TRUE(WaitUntil([&process] { return process != nullptr; }));
+    Happen(accident, peer, forward, *process);
+  });
+  running = trial.start(meddler.Url());
+  process = running.get();
+  return running->Wait();
+}
+
+// Whether each of the requests writes.
+[[nodiscard]] std::vector<bool> WritesOf(const AccidentTrial& trial) {
+  std::mutex mutex;
+  std::vector<bool> writes;
+  trial.before();
+  Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+    {
+      const std::lock_guard lock(mutex);
+      writes.push_back(request.method != "GET");
+    }
+    peer.Send(forward());
+  });
+  static_cast<void>(trial.start(meddler.Url())->Wait());
+  return writes;
 }
 
 void Check(const AccidentTrial& trial, const ProcessResult& result, int at, Accident accident) {
-  SCOPED_TRACE("request " + std::to_string(at) + " accident " + std::to_string(static_cast<int>(accident)));
+  SCOPED_TRACE("request " + std::to_string(at) + " " + NameOf(accident));
   SCOPED_TRACE("status " + std::to_string(result.status) + ": " + result.out + result.err);
   trial.check(result);
 }
 
 }  // namespace
 
+const char* NameOf(Accident accident) {
+  constexpr const char* names[] = {"KilledBefore", "KilledAfter", "Refused", "Lost",
+                                   "Cut",          "Reset",       "Silent"};
+  return names[static_cast<int>(accident)];
+}
+
+void PrintTo(Accident accident, std::ostream* stream) {
+  *stream << NameOf(accident);
+}
+
 int MeetEveryAccident(const AccidentTrial& trial) {
-  for (int at = 0;; ++at) {
-    // The first accident tells too whether there is such a request, and of which kind.
-    AccidentRun run = RunWithAccident(trial, at, Accident::KilledBefore);
-    if (!run.came) return at;
-    for (const Accident accident : trial.accidentsOf(run.isWrite)) {
-      if (accident != Accident::KilledBefore) run = RunWithAccident(trial, at, accident);
-      Check(trial, run.result, at, accident);
+  const std::vector<bool> writes = WritesOf(trial);
+  const int requests = static_cast<int>(writes.size());
+  for (int at = 0; at < requests; ++at) {
+    for (const Accident accident : trial.accidentsOf(writes[static_cast<std::size_t>(at)])) {
+      Check(trial, RunWithAccident(trial, at, accident), at, accident);
       if (testing::Test::HasFailure()) return at;
     }
   }
+  return requests;
 }
 
 }  // namespace vtdirect_test

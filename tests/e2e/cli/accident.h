@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,14 @@ namespace vtdirect_test {
 
 /// What happens to one request of a command, or to the program while it waits for the answer.
 enum class Accident { KilledBefore, KilledAfter, Refused, Lost, Cut, Reset, Silent };
+
+/// All of them.
+inline constexpr Accident everyAccident[] = {Accident::KilledBefore, Accident::KilledAfter, Accident::Refused,
+                                             Accident::Lost,         Accident::Cut,         Accident::Reset,
+                                             Accident::Silent};
+
+[[nodiscard]] const char* NameOf(Accident accident);
+void PrintTo(Accident accident, std::ostream* stream);
 
 /// A command of which one request after the other meets with an accident.
 struct AccidentTrial {
@@ -24,8 +33,8 @@ struct AccidentTrial {
   std::function<void(const ProcessResult& result)> check;
 };
 
-/// Runs the command with each accident of each of its requests, until a run has no such request any more. Ends with
-/// the first failure of the test.
+/// Runs the command once without any accident, to learn of its requests, and then with each accident of each of
+/// them. Ends with the first failure of the test.
 /// @return how many requests the command made
 int MeetEveryAccident(const AccidentTrial& trial);
 

@@ -9,19 +9,24 @@ namespace {
 
 constexpr const char* kJournalHead = "vtdirect-journal 1\n";
 
-// Each command finds its document, asks for a nonce and writes.
-constexpr int fewestRequests = 5;
+// Each command finds its document, and asks for something else about it at least.
+constexpr int fewestRequests = 4;
+
+[[nodiscard]] bool IsTried([[maybe_unused]] bool isWrite) {
+#ifdef __SANITIZE_ADDRESS__
+  // A sanitized program takes long to start. The other build knows all of them.
+  return isWrite;
+#else
+  return true;
+#endif
+}
 
 // A read has no consequence, so of it four ways stand for all: of what it gives, a part is the one that could be
 // taken for the whole.
 [[nodiscard]] std::vector<Accident> AccidentsOf(bool isWrite) {
-#ifdef __SANITIZE_ADDRESS__
-  // A sanitized program takes long to start. The other build knows all of them.
-  if (!isWrite) return {};
-#endif
+  if (!IsTried(isWrite)) return {};
   if (!isWrite) return {Accident::KilledBefore, Accident::Refused, Accident::Lost, Accident::Cut};
-  return {Accident::KilledBefore, Accident::KilledAfter, Accident::Refused, Accident::Lost,
-          Accident::Cut,          Accident::Reset,       Accident::Silent};
+  return {std::begin(everyAccident), std::end(everyAccident)};
 }
 
 // What the program keeps from one run to the next, in place of what is there.
@@ -60,8 +65,22 @@ void AccidentTest::GoBackToBeginning() {
   ReplaceDirectory(Home("beginning"), Home(".local"));
 }
 
+void AccidentTest::MeetAccident(const std::vector<std::string>& words, Accident accident,
+                                const std::function<void()>& check) {
+  const auto thisOne = [accident](bool isWrite) {
+    return IsTried(isWrite) ? std::vector{accident} : std::vector<Accident>{};
+  };
+  Meet(words, thisOne, check);
+}
+
 void AccidentTest::MeetEveryAccident(const std::vector<std::string>& words,
                                      const std::function<void()>& check) {
+  Meet(words, AccidentsOf, check);
+}
+
+void AccidentTest::Meet(const std::vector<std::string>& words,
+                        const std::function<std::vector<Accident>(bool isWrite)>& accidentsOf,
+                        const std::function<void()>& check) {
   std::vector<std::string> all = {"--stall-timeout", "1"};
   all.insert(all.end(), words.begin(), words.end());
   const auto start = [this, &all](const std::string& proxy) {
@@ -70,12 +89,18 @@ void AccidentTest::MeetEveryAccident(const std::vector<std::string>& words,
     environment_.erase("http_proxy");
     return process;
   };
-  const int requests = vtdirect_test::MeetEveryAccident({start, AccidentsOf, [this] { GoBackToBeginning(); },
+  const int requests = vtdirect_test::MeetEveryAccident({start, accidentsOf, [this] { GoBackToBeginning(); },
                                                          [this, &check](const ProcessResult& result) {
                                                            result_ = result;
                                                            check();
                                                          }});
-  EXPECT_GE(requests, fewestRequests) << "the command ended early: " << result_.err;
+  EXPECT_TRUE(HasFailure() || requests >= fewestRequests) << "the command ended early: " << result_.err;
+}
+
+void AccidentTest::LeaveOpen(const std::string& step, const std::string& address, const std::string& uid) {
+  WriteHome(".local/state/vtdirect/journal",
+            kJournalHead + ("1:1\t2026-01-31T09:00:00Z\t" + step) + "\t" + address + "\t" + uid + "\t\t\n",
+            0600);
 }
 
 std::string AccidentTest::OpenEntries() const {

@@ -256,7 +256,7 @@ TEST_F(Edit, SaysWhereTheFileIsWhenASignalEndsIt) {
 class LosingNoEdit : public Edit {
  protected:
   void ExpectNothingIsLost() {
-    const bool wasEdited = std::filesystem::exists(Home("edited"));
+    const bool wasEdited = std::filesystem::exists(Home(".local/edited"));
     const std::vector<std::string> kept = KeptContents();
     const bool isKept = std::find(kept.begin(), kept.end(), kEdited) != kept.end();
     const bool isOnServer = Newest() == kEdited;
@@ -272,12 +272,12 @@ class LosingNoEdit : public Edit {
     const bool isHeld = HolderOf("D1001") == "anna";
     EXPECT_TRUE(!isHeld || Run({"checkin", kForkPath}).status == 0);
     EXPECT_EQ(Newest(), kEdited);
-    std::filesystem::remove(Home("edited"));
+    std::filesystem::remove(Home(".local/edited"));
   }
 };
 
 TEST_F(LosingNoEdit, WhicheverRequestFailsInWhicheverWay) {
-  UseEditor("printf 'edited\\n' > \"$1\"; touch \"$HOME/edited\"");
+  UseEditor("printf 'edited\\n' > \"$1\"; touch \"$HOME/.local/edited\"");
   KeepBeginning();
   MeetEveryAccident({"edit", kForkPath}, [this] {
     ExpectRecovery();

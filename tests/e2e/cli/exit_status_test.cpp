@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include "tests/e2e/cli/meddler.h"
 #include "tests/e2e/cli/vtdirect_fixture.h"
 
 using testing::HasSubstr;
@@ -144,6 +145,29 @@ TEST_F(VtDirect, Gives8WhenTheDiskTakesNoMore) {
   EXPECT_THAT(result.err, HasSubstr("File too large"));
   EXPECT_EQ(ReadFile(Here("copy")), "old");
   EXPECT_THAT(HereNames(), testing::ElementsAre("copy"));
+}
+
+TEST_F(VtDirect, Gives8AndNotNotFoundWhenAnAnswerCannotBeKept) {
+  Serve();
+  // As long as an answer that takes a temporary file is.
+  const std::string padding(2 * 1024 * 1024, ' ');
+  Meddler meddler([&padding](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+    const std::string answer = forward();
+    if (request.target.find("/documents/") == std::string::npos) return peer.Send(answer);
+    peer.Send("HTTP/1.1 200 OK\r\n\r\n" + padding + answer.substr(answer.find("\r\n\r\n") + 4));
+  });
+  environment_["http_proxy"] = meddler.Url();
+  EXPECT_EQ(Run({"versions", server().Uid("D1001")}).status, 0) << "with room enough";
+  fileSizeLimit_ = 1024 * 1024;
+  for (const char* command : {"info", "versions"}) {
+    const ProcessResult result = Run({command, server().Uid("D1001")});
+    EXPECT_EQ(result.status, 8) << command;
+    EXPECT_EQ(result.out, "") << command;
+    EXPECT_THAT(result.err, HasSubstr("the server's answer about " + server().Uid("D1001") +
+                                      " could not be kept among the temporary files in "));
+    EXPECT_THAT(result.err, HasSubstr("; make room there, or set TMPDIR to another directory\n"));
+  }
+  environment_.erase("http_proxy");
 }
 
 TEST_F(VtDirect, Gives8WhenStandardOutputIsFull) {

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <cstdio>
 #include <functional>
 
@@ -83,6 +84,45 @@ TEST_P(SpoiltDownload, KeepsTheOldFileAndEndsWith7) {
   EXPECT_EQ(printed.status, 7);
   EXPECT_EQ(printed.out, "");
   environment_.erase("http_proxy");
+}
+
+/// What there is to say of a content that came in full, and is not as long as its record says.
+TEST_F(VtDirect, SaysOfAContentThatWasCutWhatIsMissing) {
+  Serve();
+  Meddler meddler([](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+    const std::string answer = forward();
+    if (request.target.find("/streams/") == std::string::npos) return peer.Send(answer);
+    peer.Send(AnswerWith(LengthLine(3), "abc"));
+  });
+  environment_["http_proxy"] = meddler.Url();
+  const ProcessResult result = Run({"get", server().Uid("D1001"), "-o", "copy"});
+  environment_.erase("http_proxy");
+  const std::string size = std::to_string(server().Get(kForkContent).size());
+  EXPECT_EQ(result.status, 7);
+  EXPECT_EQ(result.err,
+            "vtdirect: the content of " + server().Uid("D1001") +
+                " was not taken: the server's record says " + size +
+                " bytes, and its content has 3; try again; if it stays so, ask who runs the server\n");
+}
+
+TEST_F(VtDirect, FillsNoDiskWithAContentWithoutAnEnd) {
+  Serve();
+  constexpr std::size_t mostPieces = 256;
+  std::atomic<std::size_t> pieces{0};
+  Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+    const std::string answer = forward();
+    if (request.target.find("/streams/") == std::string::npos) return peer.Send(answer);
+    peer.Send(AnswerWith("", answer.substr(answer.find("\r\n\r\n") + 4)));
+    const std::string mebibyte(1024 * 1024, 'x');
+    for (; !peer.clientIsGone() && pieces < mostPieces; ++pieces) peer.Send(mebibyte);
+  });
+  environment_["http_proxy"] = meddler.Url();
+  const ProcessResult result = Run({"get", server().Uid("D1001"), "-o", "copy"});
+  environment_.erase("http_proxy");
+  EXPECT_EQ(result.status, 7);
+  EXPECT_THAT(result.err, HasSubstr(" bytes, and its content has more than "));
+  EXPECT_LT(pieces, mostPieces);
+  EXPECT_TRUE(HereNames().empty());
 }
 
 TEST_F(VtDirect, TakesAWholeContentWithoutALength) {

@@ -81,6 +81,7 @@ class JsonOutput : public VtDirect {
     environment_["BROWSER"] = "true";
     Check({"open", document});
     environment_["VISUAL"] = "true";
+    Check({"edit", server().Uid("D1003"), "--dry-run"});
     Check({"edit", server().Uid("D1003")});
     Check({"support-bundle", "bundle"});
   }
@@ -141,11 +142,14 @@ class JsonOutput : public VtDirect {
   void CheckTranslations() {
     Check({"xliff", "source", "//sim/?id=D1028"});
     Check({"xliff", "list", "//sim/?id=D1028"});
+    Check({"xliff", "get", "//sim/?id=D1028", "--language", "de", "--dry-run"});
     Check({"xliff", "get", "//sim/?id=D1028", "--language", "de"});
+    Check({"xliff", "publish", "//sim/?id=D1031", "--dry-run"});
     Check({"xliff", "publish", "//sim/?id=D1031"});
     WriteFile(
         Here("a.xlf"),
         "<xliff version='2.0' srcLang='en' xmlns='urn:oasis:names:tc:xliff:document:2.0'><file/></xliff>");
+    Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "en", "--dry-run"});
     Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "en"});
     Check({"xliff", "put", "//sim/?id=D1032", "a.xlf", "--language", "de"}, 8);
   }
@@ -161,6 +165,7 @@ class JsonOutput : public VtDirect {
     Check({"commit"});
     Check({"commit", "nonsense"}, 2);
     WriteFile(Here("fork.lxz"), "changed once more");
+    Check({"revert", "fork.lxz", "--dry-run"});
     Check({"revert", "fork.lxz"});
     std::filesystem::remove(Here("fork.lxz"));
     Check({"pull"});
@@ -200,6 +205,7 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"uid", fork});
   Check({"path", server().Uid("D1001")});
   Check({"url", fork});
+  Check({"get", fork, "--dry-run"});
   Check({"get", fork});
   Check({"get", "nonsense"}, 2);
   Check({"put", "fork.lxz", "//sim/Products/Trekking Bike/Folders/Frame/"});
@@ -215,6 +221,7 @@ TEST_F(JsonOutput, IsWhatTheDocumentSaysAndAllOfIt) {
   Check({"checkouts", "--on", "sim"});
   LeaveOpenCheckin(server().Uid("D1002"));
   Check({"uid", fork});
+  Check({"recover", "--dry-run"});
   Check({"recover"});
   Check({"undo", server().Uid("D1002"), "--dry-run"});
   Check({"undo", server().Uid("D1002")});

@@ -6,6 +6,7 @@
 
 #include "tests/e2e/cli/accident_fixture.h"
 #include "tests/e2e/cli/meddler.h"
+#include "tests/e2e/cli/server_document.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -18,23 +19,61 @@ constexpr const char* kNewPath = "//sim/Products/Trekking Bike/Folders/Frame/new
 constexpr const char* kBesideNamesake = "//sim/Products/Trekking Bike/Folders/Frame/gear.lxz";
 constexpr const char* kStoredBefore = "stored before";
 constexpr const char* kNewContent = "new content";
+constexpr const char* kBase = "(that of before the checkout)";
+constexpr const char* kNone = "(none)";
+
+// How the document stands before the command.
+enum class Beginning {
+  NotHeld,
+  Held,       // by anna, with something stored in the working copy
+  Undone,     // elsewhere, so that the checkout is kept here and gone
+  NotKept,    // held, by a checkout whose answer was lost
+  CheckedIn,  // by a check-in whose answer was lost
+};
 
 // A command that changes something.
 struct Change {
   const char* name;
   std::vector<std::string> words;
-  bool isCheckedOut;  // before, with something stored in the working copy
+  Beginning beginning;
+  const char* path;    // of the document
+  const char* before;  // what a reader of the path gets, from the working copy if there is one
+  const char* after;   // once the command is done
 };
 
+void PrintTo(const Change& change, std::ostream* stream) {
+  *stream << change.name;
+}
+
+const std::vector<std::string> kWhole = {
+    "put", "f", kForkPath, "--viewable", "view", "--metadata", "m", "--link", "made of=//sim/?id=D1003"};
+
+[[nodiscard]] std::vector<std::string> WholeAndCheckin() {
+  auto words = kWhole;
+  words.emplace_back("--checkin");
+  return words;
+}
+
+using enum Beginning;
+
 const Change kChanges[] = {
-    {"Checkout", {"checkout", kForkPath}, false},
-    {"Checkin", {"checkin", kForkPath}, true},
-    {"Undo", {"undo", kForkPath}, true},
-    {"Store", {"put", "f", kForkPath}, true},
-    {"StoreAndCheckIn", {"put", "f", kForkPath, "--checkin"}, true},
-    {"Iterate", {"put", "f", kForkPath}, false},
-    {"Create", {"put", "f", kNewPath}, false},
-    {"CreateBesideNamesake", {"put", "f", kBesideNamesake}, false},
+    {"Checkout", {"checkout", kForkPath}, NotHeld, kForkPath, kBase, kBase},
+    {"Checkin", {"checkin", kForkPath}, Held, kForkPath, kStoredBefore, kStoredBefore},
+    {"Undo", {"undo", kForkPath}, Held, kForkPath, kStoredBefore, kBase},
+    {"Store", {"put", "f", kForkPath}, Held, kForkPath, kStoredBefore, kNewContent},
+    {"StoreAndCheckIn", {"put", "f", kForkPath, "--checkin"}, Held, kForkPath, kStoredBefore, kNewContent},
+    {"StoreWholeAndCheckIn", WholeAndCheckin(), Held, kForkPath, kStoredBefore, kNewContent},
+    {"Iterate", {"put", "f", kForkPath}, NotHeld, kForkPath, kBase, kNewContent},
+    {"IterateWhole", kWhole, NotHeld, kForkPath, kBase, kNewContent},
+    {"Create", {"put", "f", kNewPath}, NotHeld, kNewPath, kNone, kNewContent},
+    {"CreateBesideNamesake", {"put", "f", kBesideNamesake}, NotHeld, kBesideNamesake, kNone, kNewContent},
+    {"CheckoutOnBench", {"checkout", kForkOnBench}, NotHeld, kForkOnBench, kBase, kBase},
+    {"CheckinOnBench", {"checkin", kForkOnBench}, Held, kForkOnBench, kStoredBefore, kStoredBefore},
+    {"UndoOnBench", {"undo", kForkOnBench}, Held, kForkOnBench, kStoredBefore, kBase},
+    {"StoreOnBench", {"put", "f", kForkOnBench}, Held, kForkOnBench, kStoredBefore, kNewContent},
+    {"Renew", {"verify", "--renew", kForkPath}, Undone, kForkPath, kBase, kBase},
+    {"RecoverCheckout", {"recover"}, NotKept, kForkPath, kStoredBefore, kStoredBefore},
+    {"RecoverCheckin", {"recover"}, CheckedIn, kForkPath, kStoredBefore, kStoredBefore},
 };
 
 }  // namespace
@@ -42,43 +81,59 @@ const Change kChanges[] = {
 /// Every request of every command that changes something fails in every way, and the program is killed before
 /// and after each. Afterwards the server or the disk has every byte that was stored or edited, `recover`
 /// settles what was left open, and what is kept here agrees with the server.
-class LosingNothing : public AccidentTest, public testing::WithParamInterface<Change> {
+class LosingNothing : public AccidentTest, public testing::WithParamInterface<std::tuple<Change, Accident>> {
  protected:
   void SetUp() override {
     AccidentTest::SetUp();
     WriteFile(Here("f"), kNewContent);
     WriteFile(Here("g"), kStoredBefore);
+    WriteFile(Here("view"), "new view");
+    WriteFile(Here("m"), "new metadata");
     base_ = server().Get(kForkContent);
-    if (GetParam().isCheckedOut) {
-      CheckOut(kForkPath);
-      ASSERT_EQ(Run({"put", "g", kForkPath}).status, 0);
-    }
+    if (change_.beginning != NotHeld) Begin();
     KeepBeginning();
   }
 
-  // What a reader of the path gets now, from the working copy if there is one.
-  [[nodiscard]] std::string Content(const std::string& path) {
-    const ProcessResult result = Run({"get", path, "-o", "-"});
-    return result.status == 0 ? result.out : "(" + std::to_string(result.status) + ") " + result.err;
+  void Begin() {
+    const std::string document = server().Uid("D1001");
+    const std::string uid = CheckOut(change_.path);
+    ASSERT_EQ(Run({"put", "g", uid}).status, 0);
+    if (change_.beginning == Undone) {
+      ASSERT_EQ(RunElsewhere({"undo", uid}).status, 0);
+    }
+    if (change_.beginning == NotKept) {
+      std::filesystem::remove(BookPath());
+      LeaveOpen("checkout", kForkPath, document);
+    }
+    if (change_.beginning == CheckedIn) {
+      ASSERT_EQ(RunElsewhere({"checkin", uid}).status, 0);
+      LeaveOpen("checkin", kForkPath, uid);
+    }
   }
 
-  // What the content may be, by what was asked for and whether that was told to be done.
-  [[nodiscard]] bool MayBe(const std::string& content, bool isHeld, bool done) const {
-    const std::string command = GetParam().name;
-    const bool isNew = content == kNewContent;
-    if (command == "Checkout") return content == base_;
-    if (command == "Checkin") return content == kStoredBefore;
-    if (command == "Undo") return content == (isHeld ? std::string(kStoredBefore) : base_);
-    if (command.starts_with("Store")) return isNew || (!done && content == kStoredBefore);
-    if (command == "Iterate") return isNew || (!done && content == base_);
-    return isNew || (!done && content.starts_with("(6)"));
+  [[nodiscard]] bool Changes(const std::string& command) const { return change_.words.front() == command; }
+
+  // What a reader of the path gets now, from the working copy if there is one.
+  [[nodiscard]] std::string Content() {
+    const ProcessResult result = Run({"get", change_.path, "-o", "-"});
+    if (result.status == 6) return kNone;
+    if (result.status != 0) return "(" + std::to_string(result.status) + ") " + result.err;
+    return result.out == base_ ? kBase : result.out;
+  }
+
+  // By what was asked for and whether that was told to be done.
+  void ExpectContent(const std::string& content, bool isHeld, bool done) const {
+    const bool mayBeBefore = Changes("undo") ? isHeld : !done;
+    const bool mayBeAfter = !Changes("undo") || !isHeld;
+    EXPECT_TRUE((mayBeBefore && content == change_.before) || (mayBeAfter && content == change_.after))
+        << content;
   }
 
   // What the command said before it ended. A killed one has said nothing.
   void ExpectTheWordsAreTrue(const std::string& content, bool isHeld) {
-    const std::string command = GetParam().name;
-    const bool stores = command.starts_with("Store") || command == "Iterate" || command.starts_with("Create");
-    const bool isChanged = stores ? content == kNewContent : isHeld != GetParam().isCheckedOut;
+    if (Changes("recover")) return;
+    const bool wasHeld = change_.beginning == Held;
+    const bool isChanged = Changes("put") ? content == change_.after : isHeld != wasHeld;
     if (isChanged) {
       EXPECT_THAT(result_.err, Not(HasSubstr("nothing was ")));
     } else {
@@ -89,35 +144,59 @@ class LosingNothing : public AccidentTest, public testing::WithParamInterface<Ch
   void ExpectNothingIsLost() {
     EXPECT_EQ(ReadFile(Here("f")), kNewContent);
     EXPECT_EQ(ReadFile(Here("g")), kStoredBefore);
-    const std::string command = GetParam().name;
     const bool isHeld = HolderOf("D1001") == "anna";
     const bool done = result_.status == 0;
-    const std::string content = Content(command.starts_with("Create") ? GetParam().words.back() : kForkPath);
-    if (command == "Checkout" || command == "Store") {
-      EXPECT_TRUE(isHeld || (command == "Checkout" && !done));
+    const bool staysHeld =
+        change_.words == std::vector<std::string>{"put", "f", change_.path} && change_.beginning == Held;
+    EXPECT_TRUE(isHeld || !staysHeld);
+    EXPECT_TRUE(isHeld || !done || !(Changes("checkout") || Changes("verify")));
+    if (Changes("recover")) {
+      EXPECT_EQ(isHeld, change_.beginning == NotKept);
     }
-    EXPECT_TRUE(MayBe(content, isHeld, done)) << content;
+    const std::string content = Content();
+    ExpectContent(content, isHeld, done);
     ExpectTheWordsAreTrue(content, isHeld);
     ExpectTheBookIsRight(isHeld);
+    if (change_.words.size() >= kWhole.size() && content == change_.after) ExpectTheWholeIsStored();
   }
 
   // Whoever has it checked out can go on by the document's path; nobody else is told that they could.
   void ExpectTheBookIsRight(bool isHeld) {
-    EXPECT_EQ(Book().find("\tfork.lxz\t") != std::string::npos, isHeld) << Book();
-    const ProcessResult verified = Run({"verify", kForkPath});
+    const char* const subject = change_.path == kForkOnBench ? kForkOnBench : kForkPath;
+    // What is gone is kept until it is renewed or dropped.
+    const bool isKept = isHeld || change_.beginning == Undone;
+    EXPECT_EQ(Book().find("\tfork.lxz\t") != std::string::npos, isKept) << Book();
+    const ProcessResult verified = Run({"verify", subject});
     EXPECT_EQ(verified.status, isHeld ? 0 : 1) << verified.err;
-    const ProcessResult next = Run({isHeld ? "checkin" : "checkout", kForkPath});
+    const ProcessResult next = Run({isHeld ? "checkin" : "checkout", subject});
     EXPECT_EQ(next.status, 0) << next.err;
   }
 
+  // Of what is sent together nothing is left out unless it is told. It is checked in by now.
+  void ExpectTheWholeIsStored() {
+    const ServerDocument document = DocumentOf(server(), IdIn(Run({"uid", kForkPath}).out));
+    ASSERT_EQ(document.bytes, kNewContent);
+    ASSERT_EQ(document.secondary.size(), 2U);
+    EXPECT_EQ(document.secondary[0].bytes, "new view");
+    EXPECT_EQ(document.secondary[1].bytes, "new metadata");
+    const bool isTold = result_.err.find("but without the link made of") != std::string::npos;
+    EXPECT_TRUE(!isTold || result_.status == 11) << result_.status;
+    EXPECT_EQ(document.sources.count("made of"), isTold ? 0U : 1U);
+  }
+
+  const Change change_ = std::get<Change>(GetParam());
   std::string base_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Changes, LosingNothing, testing::ValuesIn(kChanges),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Changes, LosingNothing,
+                         testing::Combine(testing::ValuesIn(kChanges), testing::ValuesIn(everyAccident)),
+                         [](const auto& test) {
+                           return std::get<Change>(test.param).name +
+                                  std::string(NameOf(std::get<Accident>(test.param)));
+                         });
 
-TEST_P(LosingNothing, WhicheverRequestFailsInWhicheverWay) {
-  MeetEveryAccident(GetParam().words, [this] {
+TEST_P(LosingNothing, WhicheverRequestMeetsWithTheAccident) {
+  MeetAccident(change_.words, std::get<Accident>(GetParam()), [this] {
     ExpectRecovery();
     ExpectNothingIsLost();
   });

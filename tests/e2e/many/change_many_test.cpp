@@ -21,6 +21,27 @@ TEST_F(ChangeMany, ChecksOutAndUndoesWhatAPatternFinds) {
   EXPECT_EQ(TemporaryWorkspaces(), 0U);
 }
 
+TEST_F(ChangeMany, TakesAFolderForItsDocumentsAndEndsTheCheckoutsOfThisMachineInIt) {
+  Serve();
+  const ProcessResult out = Run({"checkout", "-r", framePath});
+  EXPECT_EQ(out.status, 0) << out.err;
+  for (const char* id : {"D1001", "D1002", "D1028"}) EXPECT_EQ(HolderOf(id), "anna") << id;
+
+  ASSERT_EQ(Run({"undo", weldingPath}).status, 0);
+  const ProcessResult told = Run({"checkin", "-r", bikePath, "--dry-run"});
+  EXPECT_EQ(told.status, 0) << told.err;
+  EXPECT_EQ(std::count(told.out.begin(), told.out.end(), '\n'), 2);
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+  const ProcessResult in = Run({"checkin", "-r", bikePath});
+  EXPECT_EQ(in.status, 0) << in.err;
+  for (const char* id : {"D1001", "D1002"}) EXPECT_EQ(HolderOf(id), "") << id;
+
+  const ProcessResult nothing = Run({"undo", "-r", bikePath});
+  EXPECT_EQ(nothing.status, 0) << nothing.err;
+  EXPECT_EQ(nothing.out, "");
+  EXPECT_THAT(nothing.err, HasSubstr("vtdirect has checked out nothing there"));
+}
+
 TEST_F(ChangeMany, ChecksInWhatItCanAndTellsTheRest) {
   Serve();
   ASSERT_EQ(Run({"checkout", kForkPath}).status, 0);

@@ -2,7 +2,9 @@
 
 #include "tests/e2e/many/many_fixture.h"
 
+using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace vtdirect_test {
@@ -42,6 +44,41 @@ TEST_F(ReadMany, TellsTheVersionsOfEachWithItsAddress) {
   EXPECT_THAT(result.out, StartsWith("B.1\t" + server().Uid("D1001")));
   EXPECT_THAT(result.out, HasSubstr("\tlatest\t" + std::string(kForkPath) + "\n"));
   EXPECT_THAT(result.out, HasSubstr("\t\t" + std::string(framePath) + "frame.lxz\n"));
+}
+
+TEST_F(ReadMany, TakesAFolderForTheDocumentsInItAndBelowIt) {
+  Serve();
+  const std::string frame = framePath;
+  const ProcessResult result = Run({"status", "--recursive", frame.substr(0, frame.size() - 1)});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.out, StartsWith("up-to-date\tB.1\tB.1\tnone\t" + std::string(kForkPath) +
+                                     "\nup-to-date\tA.3\tA.3\tnone\t" + frame + "frame.lxz\nup-to-date\t"));
+  EXPECT_THAT(result.out, EndsWith("\t" + std::string(weldingPath) + "\n"));
+  EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 3);
+  const ProcessResult above = Run({"info", "--json", "-r", bikePath});
+  for (const std::string& path : {std::string(kForkPath), std::string(drivetrainPath) + "gear.lxz"}) {
+    EXPECT_THAT(above.out, HasSubstr("\"address\":\"" + path + "\""));
+  }
+  EXPECT_THAT(above.out, Not(HasSubstr("\"kind\":\"folder\"")));
+  EXPECT_THAT(Run({"versions", "-r", frame}).out, HasSubstr("\tlatest\t" + std::string(weldingPath) + "\n"));
+}
+
+TEST_F(ReadMany, TellsOfADocumentOnceThatFoldersAndPatternsShow) {
+  Serve();
+  const ProcessResult result =
+      Run({"status", "-r", framePath, std::string(framePath) + "f*", bikePath + std::string("Fr*/")});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 3);
+}
+
+TEST_F(ReadMany, TellsOfAFolderThatIsNotThereOrIsEmpty) {
+  Serve();
+  const ProcessResult none = Run({"status", "-r", std::string(bikePath) + "None/", kForkPath});
+  EXPECT_EQ(none.status, 6);
+  EXPECT_THAT(none.out, HasSubstr("\tnone\t" + std::string(kForkPath) + "\n"));
+  const ProcessResult empty = Run({"status", "-r", std::string(bikePath) + "Nothing yet/"});
+  EXPECT_EQ(empty.status, 0) << empty.err;
+  EXPECT_THAT(empty.err, HasSubstr("there are no documents"));
 }
 
 TEST_F(ReadMany, GivesTheWorstExitStatusAndAllResults) {

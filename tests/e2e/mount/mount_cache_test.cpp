@@ -93,6 +93,18 @@ TEST_F(MountCache, OnAFullDiskFailsTheReaderAndLeavesNothingBehind) {
   EXPECT_EQ(Shell("umount ~/small").status, 0);
 }
 
+// A cache that can't be written for another reason than room is not emptied by that.
+TEST_F(MountCache, ThatCannotBeWrittenKeepsWhatItHas) {
+  Serve();
+  Mount({"--log", Home("log")});
+  const std::string content = Text(Tree(kFork));
+  ASSERT_EQ(Shell("rmdir ~/.cache/vtdirect/parts && touch ~/.cache/vtdirect/parts").status, 0);
+  EXPECT_EQ(ErrorOfReading(Tree(std::string(kFrame) + "frame.lxz")), EIO);
+  EXPECT_THAT(ReadFile(Home("log")), testing::HasSubstr("cannot write to the cache: Not a directory"));
+  EXPECT_EQ(Contents(), 1U);
+  EXPECT_EQ(Text(Tree(kFork)), content);
+}
+
 TEST_F(MountCache, ThatOthersMayLookIntoIsNotUsed) {
   Serve();
   ASSERT_EQ(Shell("mkdir -p ~/.cache/vtdirect && chmod 755 ~/.cache/vtdirect").status, 0);

@@ -32,10 +32,17 @@ class MountWriting : public MountTest {
     options.insert(options.end(), more.begin(), more.end());
     return options;
   }
+  /// The server's URL in the list of servers.
+  [[nodiscard]] std::string ServerUrl() {
+    const std::string url = Run({"servers"}).out;
+    return url.substr(url.find('\t') + 1, url.find('\n') - url.find('\t') - 1);
+  }
   /// Clears away the temporary directories that a killed mount could not.
   void ClearAwayTemporaryFiles() {
     EXPECT_EQ(Shell("rm -rf \"$(dirname ~)\"/temporary/vtdirect-*").status, 0);
   }
+
+  std::vector<std::string> port_;  ///< what a test has got of AtItsPort before it ends the server
 };
 
 }  // namespace vtdirect_test

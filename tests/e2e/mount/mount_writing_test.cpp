@@ -82,6 +82,50 @@ TEST_F(MountWriting, ShowsWhatIsWrittenAfterADuplicateWasClosed) {
   EXPECT_EQ(OnServer(Path()), "one\ntwo\n");
 }
 
+// What is put by somebody else shows after a while, and what is appended comes after all of it.
+TEST_F(MountWriting, AppendsAfterWhatSomebodyElseHasPut) {
+  Serve();
+  CheckOut();
+  Mount({"--write", "--refresh", "3600"});
+  for (const std::string& put : {std::string(9000, 'l'), std::string("short")}) {
+    EXPECT_GT(Shell("stat -c %s '" + Fork() + "'").out.size(), 1U);
+    WriteFile(Here("put"), put);
+    ASSERT_EQ(Run({"put", "-q", "put", Path()}).status, 0);
+    EXPECT_EQ(Shell("(printf one; printf two) >>'" + Fork() + "'").err, "");
+    EXPECT_EQ(OnServer(Path()), put + "onetwo");
+    EXPECT_EQ(Text(Fork()), put + "onetwo");
+  }
+}
+
+TEST_F(MountWriting, KnowsTheLengthOfWhatIsOpenedForWriting) {
+  Serve();
+  CheckOut();
+  Mount({"--write", "--refresh", "3600"});
+  struct stat status = {};
+  ASSERT_EQ(stat(Fork().c_str(), &status), 0);
+  WriteFile(Here("put"), std::string(9000, 'l'));
+  ASSERT_EQ(Run({"put", "-q", "put", Path()}).status, 0);
+  const int descriptor = open(Fork().c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(descriptor, 0);
+  EXPECT_EQ(lseek(descriptor, 0, SEEK_END), 9000);
+  EXPECT_EQ(close(descriptor), 0);
+}
+
+TEST_F(MountWriting, StoresWhatTwoProgramsWriteToOneDocument) {
+  MountAndCheckOut();
+  const int one = open(Fork().c_str(), O_RDWR | O_TRUNC | O_CLOEXEC);
+  const int other = open(Fork().c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_GE(one, 0);
+  ASSERT_GE(other, 0);
+  EXPECT_EQ(pwrite(one, "one ", 4, 0), 4);
+  EXPECT_EQ(pwrite(other, "other ", 6, 4), 6);
+  EXPECT_EQ(close(one), 0);
+  EXPECT_EQ(OnServer(Path()), "one other ");
+  EXPECT_EQ(pwrite(other, "more", 4, 10), 4);
+  EXPECT_EQ(close(other), 0);
+  EXPECT_EQ(OnServer(Path()), "one other more");
+}
+
 TEST_F(MountWriting, MakesANewFileADocument) {
   Serve();
   Mount({"--write"});
@@ -102,6 +146,55 @@ TEST_F(MountWriting, StoresAFileThatSeveralProcessesWriteWhenTheLastHasClosedIt)
   EXPECT_EQ(Shell(line).err, "");
   EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "new.lxz"), "one\ntwo\n");
   EXPECT_THAT(Names(Unstored()), IsEmpty());
+}
+
+// The program that opened it goes on to have it open, as a shell does after "exec 3>FILE".
+TEST_F(MountWriting, SaysThatAFileWaitsForTheProgramThatOpenedIt) {
+  Serve();
+  Mount({"--write", "--log", Home("log")});
+  const std::string made = Tree(std::string(kFrame) + "new.lxz");
+  const int descriptor = open(made.c_str(), O_WRONLY | O_CREAT, 0644);
+  ASSERT_GE(descriptor, 0);
+  EXPECT_EQ(Shell("/bin/echo one >&" + std::to_string(descriptor)).err, "");
+  EXPECT_THAT(ReadFile(Home("log")),
+              HasSubstr("new.lxz is stored when the last program that has it open closes it"));
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("not closed"));
+  EXPECT_EQ(Text(made), "one\n");
+  EXPECT_EQ(close(descriptor), 0);
+  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "new.lxz"), "one\n");
+}
+
+// A shell closes a duplicate after each line. The document is made of the first, and gets the others in one iteration.
+TEST_F(MountWriting, StoresAgainWhatItHasMadeADocumentOf) {
+  Serve();
+  Mount({"--write"});
+  const std::string document = "//sim/" + std::string(kFrame) + "new.lxz";
+  EXPECT_EQ(Shell("exec 3>'" + Tree(std::string(kFrame) + "new.lxz") +
+                  "'; echo one >&3; echo two >&3; echo three >&3; exec 3>&-")
+                .err,
+            "");
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer(document), "one\ntwo\nthree\n");
+  EXPECT_EQ(Shell("ls '" + Tree(std::string(kFrame) + ".versions/new.lxz") + "' | wc -l").out, "2\n");
+}
+
+// Somebody else has made an iteration of it meanwhile, which must stay the newest.
+TEST_F(MountWriting, StoresNothingOverANewerIterationOfWhatItHasMade) {
+  Serve();
+  Mount({"--write"});
+  const std::string document = "//sim/" + std::string(kFrame) + "new.lxz";
+  const std::string made = Tree(std::string(kFrame) + "new.lxz");
+  const int descriptor = open(made.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(write(descriptor, "one\n", 4), 4);
+  ASSERT_EQ(close(dup(descriptor)), 0);
+  WriteFile(Here("newer"), "FENLET newer\n");
+  ASSERT_EQ(Run({"put", "-q", "newer", document}).status, 0);
+  ASSERT_EQ(write(descriptor, "two\n", 4), 4);
+  ASSERT_EQ(close(descriptor), 0);
+  EXPECT_TRUE(
+      WaitUntil([this] { return Run({"recover"}).out.find("not checked out here") != std::string::npos; }));
+  EXPECT_EQ(OnServer(document), "FENLET newer\n");
 }
 
 TEST_F(MountWriting, MakesNoIterationOfADocumentThatIsNotCheckedOutAnyMore) {
@@ -239,6 +332,24 @@ TEST_F(MountWriting, KeepsWhatItCouldNotStoreAndTriesAgain) {
   ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
   EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
   EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
+}
+
+TEST_F(MountWriting, TellsAtASyncThatWhatWasClosedCouldNotBeStored) {
+  MountAndCheckOut();
+  const auto port = AtItsPort();
+  const int opened = open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC);
+  ASSERT_GE(opened, 0);
+  StopServer();
+  ASSERT_EQ(write(opened, "one\n", 4), 4);
+  EXPECT_EQ(fsync(opened), 0) << "it was not tried to store it";
+  EXPECT_EQ(close(dup(opened)), -1);
+  EXPECT_EQ(fsync(opened), -1);
+  EXPECT_EQ(errno, EIO);
+  ASSERT_EQ(write(opened, "two\n", 4), 4);
+  EXPECT_EQ(fsync(opened), 0);
+  Serve(port);
+  EXPECT_EQ(close(opened), 0);
+  EXPECT_EQ(OnServer(Path()), "one\ntwo\n");
 }
 
 TEST_F(MountWriting, StoresAfterAKillWhatWasClosedBefore) {

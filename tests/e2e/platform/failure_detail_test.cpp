@@ -183,6 +183,10 @@ TEST_F(FailureDetails, TellOfAnAnswerWhoseEndNobodyCanTell) {
     ExpectOf("HTTP/1.1 200 OK\r\n" + std::string(lines) + "\r\nfour", ErrorCode::ProtocolFailure,
              FailureDetail::AnswerUnclear, "The server's answer does not tell clearly where it ends");
   }
+  // It ended, and not where a chunk could.
+  ExpectOf("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nfour\r\nno chunk",
+           ErrorCode::ProtocolFailure, FailureDetail::AnswerUnclear,
+           "The server's answer does not tell clearly where it ends");
 }
 
 TEST_F(FailureDetails, TellOfAGatewayThatCannotReachTheServer) {

@@ -51,6 +51,18 @@ TEST_F(RequestAddress, CarriesEachTargetAsItIs) {
   EXPECT_EQ(server.connections(), 1);
 }
 
+TEST_F(RequestAddress, ThatIsTooLongIsRefusedAndForgotten) {
+  ScriptedServer server([](Peer& peer, WireRequest& request) { peer.Answer(200, request.target); });
+  const auto connection = Connect(server.Url());
+  const std::string tooLong = "/" + std::string(9'000'000, 'a');
+  for (const std::string target : {"/first", "/second?x=1"}) {
+    EXPECT_EQ(FetchTarget(*connection, target).body, target);
+    EXPECT_EQ(FetchTarget(*connection, tooLong).code, du::http::ErrorCode::NoConnection);
+  }
+  EXPECT_EQ(FetchTarget(*connection, "/last").body, "/last");
+  EXPECT_EQ(server.requests().size(), 3U);
+}
+
 TEST_F(RequestAddress, IsWhereARelativeRedirectCountsFrom) {
   ScriptedServer server([](Peer& peer, WireRequest& request) {
     if (request.target != "/second/folder/one?x=1") return peer.Answer(200, request.target);

@@ -124,7 +124,8 @@ void Peer::Send(const std::string& bytes) {
   std::size_t sent = 0;
   while (!closed() && sent < bytes.size()) {
     const ssize_t count = send(socket_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-    if (count <= 0) return;
+    clientIsGone_ = count <= 0;
+    if (clientIsGone_) return;
     sent += static_cast<std::size_t>(count);
   }
 }

@@ -46,6 +46,8 @@ class Peer {
   void StaySilent();
 
   [[nodiscard]] bool closed() const { return socket_ < 0; }
+  /// True once the client took no more of what was sent.
+  [[nodiscard]] bool clientIsGone() const { return clientIsGone_; }
 
  private:
   friend class ScriptedServer;
@@ -59,6 +61,7 @@ class Peer {
   const WireRequest* unrecorded_ = nullptr;
   std::string pending_;
   bool bodyRead_ = true;
+  bool clientIsGone_ = false;
 };
 
 /// Waits until something that other threads do comes true, for ten seconds at most; false when it doesn't.

@@ -40,6 +40,7 @@ TEST(AskedPause, IsReadAsADate) {
   EXPECT_EQ(Asked("Sun, 06 Nov 1994 08:49:47 GMT"), seconds(10));
   EXPECT_EQ(Asked("Sun, 06 Nov 1994 08:49:36 GMT"), seconds(0));
   EXPECT_EQ(Asked("Mon, 06 Nov 2090 08:49:36 GMT"), seconds(31'536'000));
+  EXPECT_EQ(Asked("Sun, 06 Nov 9994 08:49:36 GMT"), seconds(31'536'000));
 }
 
 TEST(AskedPause, IsNothingWhenItCannotBeRead) {

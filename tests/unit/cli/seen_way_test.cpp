@@ -43,11 +43,11 @@ TEST(SeenWay, TellsWhoseCertificateItIsAndWarnsBeforeItsEnd) {
       {"CN = Company CA", "CN = Root", "", ""}};
   const auto good = CertificateSeen({exchange}, kNow);
   ASSERT_TRUE(good);
-  EXPECT_EQ(good->state, Finding::State::Ok);
+  EXPECT_EQ(good->state, ExaminedStep::State::Ok);
   EXPECT_EQ(good->seen, "CN = plm.example, issued by CN = Company CA, valid until 2027-09-21");
   exchange.certificates[0].notAfter = "Oct  1 14:13:20 2026 GMT";
   const auto soon = CertificateSeen({exchange}, kNow);
-  EXPECT_EQ(soon->state, Finding::State::Warning);
+  EXPECT_EQ(soon->state, ExaminedStep::State::Warning);
   EXPECT_EQ(soon->advice, "it ends within 10 days; tell whoever runs the server");
   EXPECT_FALSE(CertificateSeen({Answered(200)}, kNow));
 }
@@ -62,7 +62,7 @@ TEST(SeenWay, TellsWhichLoginWasTaken) {
   EXPECT_TRUE(LoginWasTaken({taken}));
   du::http::ObservedExchange refused = Answered(401);
   refused.turns = {{"GET / HTTP/1.1\r\nAuthorization: Basic abc", "HTTP/1.1 401 No"}};
-  EXPECT_EQ(LoginSeen({refused}).state, Finding::State::Failed);
+  EXPECT_EQ(LoginSeen({refused}).state, ExaminedStep::State::Failed);
   EXPECT_EQ(LoginSeen({refused}).seen, "the server refused the login (Basic)");
   EXPECT_EQ(LoginSeen({Answered(401)}).seen, "the server demands a login, and there was none to give");
   EXPECT_FALSE(LoginWasTaken({refused}));

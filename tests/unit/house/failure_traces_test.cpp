@@ -5,6 +5,7 @@
 #include <regex>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/unit/house/sources.h"
@@ -95,16 +96,45 @@ std::set<std::string> StepsOfThePage() {
   return steps;
 }
 
-TEST(StepsOfFailures, AreThoseOfThePage) {
-  const std::regex step("FailureStep [a-z]+\\(\"([^\"]+)\"\\)");
-  std::set<std::string> steps;
+// What the pattern finds in the sources: the first group of a hit, and the second one.
+std::set<std::pair<std::string, std::string>> HitsInSources(const std::regex& pattern) {
+  std::set<std::pair<std::string, std::string>> hits;
   for (const fs::path& file : LibrarySources()) {
     const std::string text = ReadWhole(file);
-    for (std::sregex_iterator hit(text.begin(), text.end(), step), end; hit != end; ++hit) {
-      steps.insert((*hit)[1]);
+    for (std::sregex_iterator hit(text.begin(), text.end(), pattern), end; hit != end; ++hit) {
+      hits.emplace((*hit)[1], (*hit)[2]);
     }
   }
+  return hits;
+}
+
+// The names of steps, and their words. A name with two texts would be here twice.
+std::multimap<std::string, std::string> NamedSteps() {
+  const auto hits = HitsInSources(std::regex("const char\\* (step[A-Z][A-Za-z]*) = \"([^\"]+)\""));
+  return {hits.begin(), hits.end()};
+}
+
+TEST(StepsOfFailures, AreThoseOfThePage) {
+  const auto names = NamedSteps();
+  std::set<std::string> steps;
+  for (const auto& [words, name] :
+       HitsInSources(std::regex("FailureStep [a-z]+\\((?:\"([^\"]+)\"|(step[A-Z][A-Za-z]*))\\)"))) {
+    if (name.empty()) {
+      steps.insert(words);
+      continue;
+    }
+    EXPECT_EQ(names.count(name), 1U) << name;
+    for (auto [named, last] = names.equal_range(name); named != last; ++named) steps.insert(named->second);
+  }
   EXPECT_EQ(steps, StepsOfThePage());
+}
+
+// What hosts compare with is what the library says.
+TEST(StepsOfFailures, AreCalledAlikeInTheHeaderOfHosts) {
+  const std::string header = ReadWhole(root / "public/outcome.h");
+  for (const auto& [name, words] : NamedSteps()) {
+    EXPECT_NE(header.find(name + " = \"" + words + "\";"), std::string::npos) << name;
+  }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -139,6 +140,16 @@ TEST_F(ContentCacheTest, LeavesNoPartBehindThatCannotBeKept) {
   vtdirect_test::WriteFile(file, "content");
   EXPECT_NE(cache.Keep("a", file), 0);
   EXPECT_EQ(FilesIn("parts"), 0U);
+}
+
+TEST_F(ContentCacheTest, TellsWhyNothingCanBeWritten) {
+  ContentCache cache(Directory(), 1000);
+  ASSERT_EQ(cache.Prepare(), "");
+  EXPECT_EQ(cache.ErrorOfWriting(0), 0);
+  EXPECT_EQ(cache.ErrorOfWriting(5000), 0);
+  EXPECT_EQ(FilesIn("parts"), 0U);
+  std::filesystem::remove(Directory() + "/parts");
+  EXPECT_EQ(cache.ErrorOfWriting(0), ENOENT);
 }
 
 }  // namespace

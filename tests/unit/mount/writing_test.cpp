@@ -174,7 +174,9 @@ TEST(DocumentCheckouts, LetNothingBeStoredByWhatWasKnownBeforeTheServerWentAway)
     error = EIO;
     return std::string();
   };
+  mounted.uidStored = [](const std::string&) { return std::string(); };
   mounted.outdate = [](const std::string&) {};
+  mounted.outdateStored = [](const std::string&, const Facts&) {};
   mounted.log = [](const std::string&) {};
   const CommandRunner runner({"/bin/false"}, "/tmp");
   DocumentCheckouts checkouts(mounted, runner, false);

@@ -52,6 +52,8 @@ TEST(FailureWords, HaveOneSentenceForEachDetailAndThePageHasTheSame) {
   EXPECT_EQ(details.extract(static_cast<int>(FailureDetail::ForeignServer)).mapped(), "ForeignServer");
   EXPECT_EQ(details.extract(static_cast<int>(FailureDetail::AddressLeavesHttps)).mapped(),
             "AddressLeavesHttps");
+  EXPECT_EQ(details.extract(static_cast<int>(FailureDetail::ContentOfOtherLength)).mapped(),
+            "ContentOfOtherLength");
   for (const FailureSentence& sentence : FailureSentences()) {
     const int number = static_cast<int>(sentence.detail);
     const std::string key = std::to_string(number) + " `" + details[number] + "`";

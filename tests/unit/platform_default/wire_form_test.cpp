@@ -16,7 +16,13 @@ using testing::ElementsAre;
 using vtdirect::platform::Origin;
 using vtdirect::platform::OriginOf;
 using vtdirect::platform::RequestTarget;
-using vtdirect::platform::SplitHeaderLines;
+
+// Nothing when a line is refused.
+std::optional<std::vector<std::string_view>> SplitHeaderLines(std::string_view text) {
+  std::vector<std::string_view> lines;
+  if (!vtdirect::platform::AppendHeaderLines(text, &lines)) return std::nullopt;
+  return lines;
+}
 
 TEST(RequestTarget, EscapesWhatCannotStandOnTheRequestLine) {
   const struct {
@@ -104,6 +110,12 @@ TEST(HeaderLines, AreSplitAtTheirEnds) {
   EXPECT_THAT(SplitHeaderLines("").value(), testing::IsEmpty());
 }
 
+TEST(HeaderLines, GoToTheEndOfOthers) {
+  std::vector<std::string_view> lines{"A: 1"};
+  EXPECT_TRUE(vtdirect::platform::AppendHeaderLines("B: 2\r\nC: 3\r\n", &lines));
+  EXPECT_THAT(lines, ElementsAre("A: 1", "B: 2", "C: 3"));
+}
+
 TEST(HeaderLines, AreRefusedWhenOneIsUnfit) {
   for (const std::string& text : {std::string("A"),
                                   std::string("A: 1\r\nno line"),
@@ -131,14 +143,28 @@ TEST(HeaderLines, AreRefusedWhenOneIsUnfit) {
   }
 }
 
+TEST(HeaderLines, TellWhetherJsonOrXmlIsWelcome) {
+  const auto accepts = [](std::string_view line) {
+    return vtdirect::platform::AcceptsJsonOrXml(std::vector<std::string_view>{"X-Json: json", line});
+  };
+  for (const char* line :
+       {"Accept: application/json", "accept: application/JSON;q=0.5", "ACCEPT: text/Xml, */*",
+        "Accept: application/hal+json", "Accept: x, jso, jsjson"}) {
+    EXPECT_TRUE(accepts(line)) << line;
+  }
+  for (const char* line : {"Accept: */*", "Accept:", "Accept: jso", "Accept: xm", "Accepted: json"}) {
+    EXPECT_FALSE(accepts(line)) << line;
+  }
+}
+
 TEST(HeaderLines, AreFoundByNameInAnyCase) {
   using vtdirect::platform::ContainsHeader;
   using vtdirect::platform::HasHeaderName;
   EXPECT_TRUE(HasHeaderName("Content-Type: x", "content-type"));
   EXPECT_FALSE(HasHeaderName("Content-Types: x", "content-type"));
   EXPECT_FALSE(HasHeaderName("Content", "Content-Type"));
-  EXPECT_TRUE(ContainsHeader({"A: 1", "accept:"}, "Accept"));
-  EXPECT_FALSE(ContainsHeader({"A: Accept:"}, "Accept"));
+  EXPECT_TRUE(ContainsHeader(std::vector<std::string_view>{"A: 1", "accept:"}, "Accept"));
+  EXPECT_FALSE(ContainsHeader(std::vector<std::string_view>{"A: Accept:"}, "Accept"));
 }
 
 TEST(HeaderLines, AreBounded) {

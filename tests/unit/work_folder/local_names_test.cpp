@@ -56,6 +56,32 @@ TEST(LocalNames, KeepTwoDocumentsOfOneNameApartWhateverTheirOrder) {
   }
 }
 
+// The first one comes after the second one, and goes again.
+TEST(LocalNames, StayWithTheDocumentsThatHaveThem) {
+  const ListedDocument one{"fork.lxz", "0000100001", {"A.1"}, {"D1"}};
+  const ListedDocument two{"fork.lxz", "0000100002", {"A.2", "A.1"}, {"D3", "D2"}};
+  const KeptNames keptOfTwo = {{"D2", {"fork.lxz", "fork.lxz"}}};
+  const auto both = NameEntries({one, two}, {}, keptOfTwo);
+  ASSERT_THAT(NamesIn(both), ElementsAre("fork%(0000100001).lxz", "fork.lxz"));
+  EXPECT_THAT(both.documents.at("fork.lxz").ids, ElementsAre("D3", "D2"));
+  const auto left = NameEntries({two}, {}, {{"D3", {"fork%(0000100002).lxz", "fork.lxz"}}});
+  EXPECT_THAT(NamesIn(left), ElementsAre("fork%(0000100002).lxz"));
+}
+
+TEST(LocalNames, FollowADocumentThatIsCalledAnotherWay) {
+  const ListedDocument renamed{"gabel.lxz", "0000100001", {"A.1"}, {"D1"}};
+  EXPECT_THAT(NamesIn(NameEntries({renamed}, {}, {{"D1", {"fork.lxz", "fork.lxz"}}})),
+              ElementsAre("gabel.lxz"));
+}
+
+TEST(LocalNames, AreNeverThoseOfTwoDocuments) {
+  const ListedDocument one{"fork.lxz", "0000100001", {"A.1"}, {"D1"}};
+  const ListedDocument two{"fork.lxz", "0000100002", {"A.1"}, {"D2"}};
+  const auto entries =
+      NameEntries({one, two}, {}, {{"D1", {"fork.lxz", "fork.lxz"}}, {"D2", {"fork.lxz", "fork.lxz"}}});
+  EXPECT_THAT(NamesIn(entries), ElementsAre("fork%(0000100002).lxz", "fork.lxz"));
+}
+
 TEST(LocalNames, KeepDocumentsApartThatOnlyADiskTakesForOne) {
   const auto entries = NameEntries({{"\x01", "1", {}, {}}, {"%01", "2", {}, {}}}, {});
   EXPECT_EQ(entries.documents.size(), 2U);

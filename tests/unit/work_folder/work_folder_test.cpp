@@ -68,9 +68,19 @@ TEST_F(WorkFolders, AreClearedOfHalfFilesByWhoeverMayChangeThem) {
   WriteFile(folder_->incoming() + "/half", "ha");
   EXPECT_FALSE(folder_->Lock());
   EXPECT_TRUE(std::filesystem::is_empty(folder_->incoming()));
-  auto other = WorkFolder::Create(directory_.path(), "//plm/a/");
-  ASSERT_TRUE(other);
-  EXPECT_TRUE((*other)->Lock()) << "one at a time";
+}
+
+TEST_F(WorkFolders, AreMadeOnce) {
+  const auto meanwhile = WorkFolder::Create(directory_.path(), "//plm/b/");
+  ASSERT_FALSE(meanwhile) << "one at a time";
+  EXPECT_EQ(meanwhile.failure().code, ExitCode::Failure);
+  folder_.reset();
+  const auto later = WorkFolder::Create(directory_.path(), "//plm/b/");
+  ASSERT_FALSE(later);
+  EXPECT_EQ(later.failure().code, ExitCode::LocalFile);
+  const auto store = FileStore::Open(directory_.File(".vtdirect/files.db")).store;
+  ASSERT_TRUE(store);
+  EXPECT_EQ(store->address(), "//plm/a/");
 }
 
 TEST_F(WorkFolders, AreFoundFromBelow) {

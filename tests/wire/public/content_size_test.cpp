@@ -1,3 +1,4 @@
+#include "public/outcome.h"
 #include "tests/wire/public/listed_server.h"
 
 // The length that the server's record of a document tells: asked for, and compared with what came.
@@ -60,6 +61,46 @@ TEST_F(ContentSize, ThatIsComparedAndDiffersMakesAFailedDownload) {
   EXPECT_EQ(lines[1],
             (TraceLine{3, "VtDirect", "Downloaded 5 bytes of a document of 6 bytes to " + copy + "\n"}));
   EXPECT_EQ(lines[2], (TraceLine{3, "VtDirect", std::string("Failed to download ") + uidOfD1 + "\n"}));
+}
+
+TEST_F(ContentSize, ThatIsComparedEndsALongerContentAtOnce) {
+  transport.Then(200, DocumentWithSections(SectionWithSize("6"))).Then(200, "bytes and more of them");
+  const std::string copy = directory.File("copy");
+  std::string uid = "before";
+  const Outcome outcome;
+  EXPECT_FALSE(GetFile(uidOfD1, copy.c_str(), uid, Comparing(Status())));
+  EXPECT_EQ(uid, "before");
+  EXPECT_EQ(statuses, Lines{"10 (null)"});
+  EXPECT_EQ(ReadFile(copy), "bytes ") << "no more than the record says";
+  const auto lines = trace.lines();
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(lines[1], (TraceLine{3, "VtDirect",
+                                 "Downloaded more than 6 bytes of a document of 6 bytes to " + copy + "\n"}));
+  ASSERT_TRUE(outcome.Cause().has_value());
+  EXPECT_EQ(outcome.Cause()->kind, FailureKind::AnswerBroken);
+  EXPECT_EQ(outcome.Cause()->platformDetail, 26);
+  EXPECT_EQ(outcome.Cause()->platformText,
+            "The server's record says 6 bytes, and its content has more than 6");
+}
+
+TEST_F(ContentSize, ThatIsComparedTellsTheReasonOfAShorterContent) {
+  transport.Then(200, DocumentWithSections(SectionWithSize("6"))).Then(200, "bytes");
+  std::string uid;
+  const Outcome outcome;
+  EXPECT_FALSE(GetFile(uidOfD1, directory.File("copy").c_str(), uid, Comparing(Status())));
+  ASSERT_TRUE(outcome.Cause().has_value());
+  EXPECT_EQ(outcome.Cause()->platformText, "The server's record says 6 bytes, and its content has 5");
+}
+
+TEST_F(ContentSize, ThatIsComparedLeavesARefusalItsOwnWords) {
+  transport.Then(200, DocumentWithSections(SectionWithSize("6"))).Then(404, "no such content here");
+  const std::string copy = directory.File("copy");
+  std::string uid;
+  const Outcome outcome;
+  EXPECT_FALSE(GetFile(uidOfD1, copy.c_str(), uid, Comparing({})));
+  EXPECT_EQ(trace.lines()[1].text, "Failed to download file D1 with error: no such content here");
+  ASSERT_TRUE(outcome.Cause().has_value());
+  EXPECT_EQ(outcome.Cause()->platformDetail, 0);
 }
 
 TEST_F(ContentSize, IsNotComparedUnlessAskedForNorWhenNotTold) {

@@ -93,6 +93,17 @@ TEST_F(DocumentText, MayHaveItsMembersInAnyOrderAndUnknownOnesBetween) {
       true, expected);
 }
 
+TEST_F(DocumentText, MayHaveNamesThatAreMuchLikeItsOwn) {
+  DocumentRecord expected;
+  expected.revision = "B";
+  ExpectOf(
+      R"({"i":"no","ids":"no","id ":"no","ID":"no","":"no","context":"no","revisio":"no","revision":"B"})",
+      true, expected);
+  ExpectOf(R"({"id)", false, {});
+  ExpectOf(R"({"id"})", false, {});
+  ExpectOf(R"({"id})", false, {});
+}
+
 TEST_F(DocumentText, MayHaveEscapesAndNegativeNumbers) {
   DocumentRecord expected;
   expected.id = "D\"\xC3\xA4";

@@ -126,7 +126,7 @@ TEST_F(Reasons, OfADownloadOfAnotherLengthAreABrokenAnswer) {
   const Outcome outcome;
   std::string uid;
   EXPECT_FALSE(GetFile(uidOfD1, directory.File("local/copy").c_str(), uid, DownloadOptions{{}, {}, true}));
-  EXPECT_EQ(Cause(outcome), "answer broken, download");
+  EXPECT_EQ(Cause(outcome), "answer broken, download the content");
 }
 
 TEST_F(Reasons, AreNotCollectedTwiceByATaskThatRunsAtOnce) {

@@ -5,8 +5,8 @@
 
 namespace vtdirect_cli {
 
-/// What a look at one step of the way to a server has shown.
-struct Finding {
+/// One step of the way to a server, and what a look at it has shown.
+struct ExaminedStep {
   enum class State {
     Ok,
     Warning,  ///< works, and somebody should know
@@ -19,10 +19,10 @@ struct Finding {
   std::string advice;  ///< what to do; empty if nothing is to be done
 };
 
-/// Takes each finding as it is made.
-using FindingFunction = std::function<void(const Finding&)>;
+/// Takes each step once it was looked at.
+using ExaminedStepFunction = std::function<void(const ExaminedStep&)>;
 
 /// "ok", "warning", "failed" or "skipped".
-[[nodiscard]] const char* WordOf(Finding::State state);
+[[nodiscard]] const char* WordOf(ExaminedStep::State state);
 
 }  // namespace vtdirect_cli
