@@ -59,7 +59,8 @@ int main(int count, char** arguments) {
   UpdateServerList({{"plm", arguments[1]}});
 
   // From here on the working copy is named by its own UID. A host keeps it until the check-in, across
-  // restarts too: GetCheckoutStatus tells then whether the checkout still exists.
+  // restarts too: GetCheckoutStatus tells then whether the checkout still exists. It can't tell if an Outcome
+  // beside it is not empty.
   const std::string workingCopy = Checkout(arguments[2]);
   if (workingCopy.empty()) {
     ExplainRefusal(arguments[2]);
