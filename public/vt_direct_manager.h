@@ -171,7 +171,8 @@ using ProgressCallback = std::function<bool(std::size_t, std::size_t)>;
 
 // ---- Settings, servers, sessions. None of these makes a request. ----
 
-/// Writes a process-wide setting. ConfigUriStem is to be set before the servers are. Any other key is ignored.
+/// Writes a process-wide setting. ConfigUriStem is to be set before the servers are. A key that ConfigItem
+/// does not name is ignored.
 ///
 /// Flags differ on purpose: ConfigLegacyVfsPaths is on for every non-empty value, even "false"; the two
 /// Browse flags are off for null, "" and exactly "false", and on for anything else.

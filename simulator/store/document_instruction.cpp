@@ -51,7 +51,8 @@ void ReadAttributes(JsonMembers& document, std::string& problem, DocumentInstruc
 void ReadDependencies(JsonMembers& document, std::string& problem, DocumentInstruction& out) {
   bool derived = false;
   document.Flag("isDerived", derived);
-  JsonValue array = document.Array("derivedSourceDependencies", derived);
+  JsonValue array =
+      document.Array("derivedSourceDependencies", derived ? Presence::Required : Presence::Optional);
   if (!document.Has("isDerived") && array.IsMissing()) return;
   auto& dependencies = out.dependencies.emplace();
   if (array.IsMissing()) return;
