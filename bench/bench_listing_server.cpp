@@ -97,7 +97,7 @@ std::string Schema(int version, std::uint64_t bytes) {
   return text + "</Schema></edmx:DataServices></edmx:Edmx>\n";
 }
 
-// The number behind the first `mark`; 0 when there is none.
+// The number after the first `mark`; 0 when there is none.
 std::uint64_t NumberBehind(std::string_view text, std::string_view mark) {
   std::uint64_t number = 0;
   const std::size_t found = text.find(mark);

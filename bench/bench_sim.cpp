@@ -1,5 +1,5 @@
 // Asks a server for one address again and again, over so many connections that are kept, each of which asks
-// anew as soon as it has its answer: bench-sim PORT PATH CONNECTIONS REQUESTS. Prints "SECONDS
+// again as soon as it has its answer: bench-sim PORT PATH CONNECTIONS REQUESTS. Prints "SECONDS
 // BYTES-OF-A-BODY".
 #include <arpa/inet.h>
 #include <netinet/in.h>

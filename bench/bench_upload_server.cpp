@@ -110,7 +110,7 @@ bool AnswerOne(int socket, Store& store, std::string_view head, std::string earl
   return AnswerPost(socket, store, target, body);
 }
 
-/// No client of these sends a request before the answer to the one before, so what comes behind a head is
+/// No client of these sends a request before the answer to the one before, so what comes after a head is
 /// its body.
 void Converse(int socket, Store& store) {
   std::string input;

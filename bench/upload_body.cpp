@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t pieceBytes = 1024 * 1024;
 constexpr std::size_t largestPartHeads = 64 * 1024;
 
-/// Reads up to the first byte of the file part. Gives what was read behind it as well.
+/// Reads up to the first byte of the file part. Gives what was read after it as well.
 bool ReadToFile(IncomingBody& body, std::string* begun) {
   std::string text;
   char buffer[4096];

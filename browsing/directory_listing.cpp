@@ -38,7 +38,7 @@ bool ListResource(const Listing& listing, const std::string& resource) {
   return ListODataFolder(listing.server, resource, listing.callback, details);
 }
 
-// By OData where the server has it and the folder is found there; the gateway is the road for all others.
+// By OData where the server has it and the folder is found there; all others are listed by the gateway.
 bool ListFolder(const Listing& listing, const ParsedVfsPath& path) {
   if (!ForceLegacyFileBrowse()) {
     if (listing.server.Services().folderContents) {

@@ -36,7 +36,7 @@ const rapidjson::Value* FindChild(const rapidjson::Value& object, const std::str
 
 // The result of the last element counts, even when it is empty and an earlier one matched: only a root named
 // "Default" wins before the end. Taking the best instead would change which folder of a server with several
-// roots is listed, so this must not be mended.
+// roots is listed, so this must not be changed.
 FolderWalk WalkElements(const rapidjson::Value& array, const FolderComponents& components) {
   FolderWalk walk;
   for (const auto& element : array.GetArray()) {

@@ -20,7 +20,7 @@ enum class VfsNameId : int {
   Workspaces = 6,  ///< section that holds a context's workspaces
 };
 
-/// The name in the user's language, looked up anew for each use; the empty text for any other number.
+/// The name in the user's language, looked up again for each use; the empty text for any other number.
 [[nodiscard]] std::string LocalisedVfsName(VfsNameId id);
 
 /// Whether a path component is exactly the name in the user's language.

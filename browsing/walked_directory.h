@@ -35,7 +35,7 @@ class WalkedDirectory {
   /// @return false when that failed; what was delivered before stays delivered
   [[nodiscard]] bool List(const WalkCallback& callback, ReadDirFlags flags);
 
-  /// Lists the directory by what is known of it, and asks for nothing anew.
+  /// Lists the directory by what is known of it, and asks for nothing again.
   [[nodiscard]] virtual ListingAnswer ListAsFound(const WalkCallback& callback, ReadDirFlags flags) = 0;
 
  protected:

@@ -76,10 +76,15 @@ class WalkedFolder final : public WalkedDirectory {
     int status = 0;  ///< of the page that was read last
   };
 
+  /// How many levels of folders one question asks for.
+  enum class Levels { One, Two };
+  /// Which folders a listing of documents delivers before the first of them.
+  enum class FoldersBefore { None, ThoseTold };
+
   void Deliver(const FolderName& folder, KnownFolders below, const WalkCallback& callback) const;
-  [[nodiscard]] Page AskForFolders(ServerContext& server, bool twoLevels, const WalkCallback& callback) const;
+  [[nodiscard]] Page AskForFolders(ServerContext& server, Levels levels, const WalkCallback& callback) const;
   [[nodiscard]] ListingAnswer ListFolders(ServerContext& server, const WalkCallback& callback) const;
-  [[nodiscard]] ListingAnswer ListDocuments(ServerContext& server, bool foldersAreTold,
+  [[nodiscard]] ListingAnswer ListDocuments(ServerContext& server, FoldersBefore folders,
                                             const WalkCallback& callback, ReadDirFlags flags) const;
 
   const std::shared_ptr<WalkState> walk_;
@@ -102,11 +107,11 @@ void WalkedFolder::Deliver(const FolderName& folder, KnownFolders below, const W
            std::make_shared<WalkedFolder>(walk_, std::move(path), std::move(resource), std::move(below)));
 }
 
-WalkedFolder::Page WalkedFolder::AskForFolders(ServerContext& server, bool twoLevels,
+WalkedFolder::Page WalkedFolder::AskForFolders(ServerContext& server, Levels levels,
                                                const WalkCallback& callback) const {
   const FailureStep step("list the folder");
   std::string path = "servlet/odata/v1/DataAdmin/" + resource_ + "/Folders?$select=ID,Name";
-  if (twoLevels) path += "&$expand=Folders($levels=1;$select=ID,Name)";
+  if (levels == Levels::Two) path += "&$expand=Folders($levels=1;$select=ID,Name)";
   ODataPageReader reader(server, std::move(path));
   bool delivered = false;
   while (reader.Next()) {
@@ -120,7 +125,7 @@ WalkedFolder::Page WalkedFolder::AskForFolders(ServerContext& server, bool twoLe
       const auto folder = NameOf(row);
       if (!folder) continue;
       delivered = true;
-      Deliver(*folder, twoLevels ? FoldersTold(row) : std::nullopt, callback);
+      Deliver(*folder, levels == Levels::Two ? FoldersTold(row) : std::nullopt, callback);
     }
   }
   return {};
@@ -128,19 +133,19 @@ WalkedFolder::Page WalkedFolder::AskForFolders(ServerContext& server, bool twoLe
 
 ListingAnswer WalkedFolder::ListFolders(ServerContext& server, const WalkCallback& callback) const {
   if (!walk_->asksLevelByLevel) {
-    const Page page = AskForFolders(server, true, callback);
+    const Page page = AskForFolders(server, Levels::Two, callback);
     if (page.answer == ListingAnswer::Whole || !RefusesTheQuestion(page.status)) return page.answer;
   }
-  const ListingAnswer answer = AskForFolders(server, false, callback).answer;
+  const ListingAnswer answer = AskForFolders(server, Levels::One, callback).answer;
   if (answer == ListingAnswer::Whole) walk_->asksLevelByLevel = true;
   return answer;
 }
 
 // Folders come before documents. Those that are known wait for the first document, or for the end: when the
 // folder is not there any more, what was told of it is of no use.
-ListingAnswer WalkedFolder::ListDocuments(ServerContext& server, bool foldersAreTold,
+ListingAnswer WalkedFolder::ListDocuments(ServerContext& server, FoldersBefore folders,
                                           const WalkCallback& callback, ReadDirFlags flags) const {
-  bool waits = foldersAreTold;
+  bool waits = folders == FoldersBefore::ThoseTold;
   bool delivered = false;
   const auto deliverFolders = [&] {
     if (!std::exchange(waits, false)) return;
@@ -162,8 +167,8 @@ ListingAnswer WalkedFolder::ListDocuments(ServerContext& server, bool foldersAre
 
 ListingAnswer WalkedFolder::ListAsFound(const WalkCallback& callback, ReadDirFlags flags) {
   ServerContext server = walk_->server.NextOperation();
-  if ((flags & Directories) == 0) return ListDocuments(server, false, callback, flags);
-  if (isTold_.exchange(false)) return ListDocuments(server, true, callback, flags);
+  if ((flags & Directories) == 0) return ListDocuments(server, FoldersBefore::None, callback, flags);
+  if (isTold_.exchange(false)) return ListDocuments(server, FoldersBefore::ThoseTold, callback, flags);
   bool delivered = false;
   const auto deliver = [&](const DirEntryInfoExt& entry, const std::shared_ptr<WalkedDirectory>& folder) {
     delivered = true;
@@ -171,7 +176,7 @@ ListingAnswer WalkedFolder::ListAsFound(const WalkCallback& callback, ReadDirFla
   };
   const ListingAnswer answer = ListFolders(server, deliver);
   if (answer != ListingAnswer::Whole) return answer;
-  const ListingAnswer documents = ListDocuments(server, false, callback, flags);
+  const ListingAnswer documents = ListDocuments(server, FoldersBefore::None, callback, flags);
   return documents == ListingAnswer::NotThere && delivered ? ListingAnswer::Broken : documents;
 }
 

@@ -58,7 +58,7 @@ foreach(name IN LISTS pkgconfig_files)
   install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${VTDIRECT_PKGCONFIG_DIR} COMPONENT development)
 endforeach()
 
-# Programs. hosts/cli installs its own with the pages that it writes; the simulator's stand here.
+# Programs. hosts/cli installs its own with the pages that it writes; the simulator's are here.
 if(TARGET vantry-sim)
   install(TARGETS vantry-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT simulator)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/vantry-sim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1

@@ -9,12 +9,12 @@
 
 namespace lxservices::cms_interface::vantry {
 
-/// Of no file system the library takes these last bytes for files of its own.
+/// Bytes of a file system that the library never uses for files of its own.
 inline constexpr std::uint64_t leftOfFileSystem = std::uint64_t{64} << 20;
 
-/// Stands before the sink of a file, so that no server can fill a disk with it. A success that is longer than
-/// it may be ends the exchange as a broken answer, one that would take the last of the file system as a local
-/// failure. Of any other answer what goes beyond the bound, and beyond 64 KiB, is dropped.
+/// Comes before the sink of a file, so that no server can fill a disk. A success that is too long ends the exchange
+/// as a broken answer; one that would fill the file system ends it as a local failure. Any other answer is cut at
+/// the bound, and at 64 KiB.
 class BoundedSink final : public du::http::FileSink {
  public:
   /// @param target   must outlive this one

@@ -4,9 +4,8 @@
 
 namespace lxservices::cms_interface::vantry {
 
-/// Sees to it that what grows with an answer is refused as long as there still is memory. Most of what takes
-/// memory here takes it without a look, and a process with a limit on its memory would crash. So from time to
-/// time this asks for more than may be needed until it asks again.
+/// RapidJSON takes memory without a check, and a process with a memory limit would crash. This asks from time to
+/// time whether there is enough.
 class MemoryWatch {
  public:
   /// Counts bytes that are about to be taken.

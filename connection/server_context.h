@@ -12,7 +12,7 @@ namespace lxservices::cms_interface::vantry {
 /// What one operation on a server goes by, from its beginning to its end: the connection, the settings of the
 /// moment it began, and the server's services, once they are asked for. It is what every flow is handed.
 ///
-/// Made anew for each operation, which costs nothing, and used by the thread of that operation alone. It
+/// Made for each operation, which costs nothing, and used by the thread of that operation alone. It
 /// holds a share of the connection, so the server's object may go meanwhile.
 class ServerContext {
  public:
@@ -27,7 +27,7 @@ class ServerContext {
 
   /// Which services the server has. The first call of an operation settles what is not settled yet, by up to
   /// three GETs; the answer then holds for the rest of the operation, even when a question failed, so that
-  /// one operation never changes its road on the way. The next operation asks again what was not settled.
+  /// one operation never changes its way. The next operation asks again what was not settled.
   [[nodiscard]] const ServiceFlags& Services();
   /// Makes the requests of Services here, where another request must not come before them.
   void SettleServices() { (void)Services(); }

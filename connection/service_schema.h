@@ -29,8 +29,9 @@ using SchemaQuery = std::vector<EntityQuery>;
 /// with more names and levels than fit into 64 MiB of memory is broken.
 /// @param query    may be null
 /// @param version  receives the schema version; left alone by a document without one. May be null.
-/// @return Ok; NotFound for HTTP 404; ServerError for any other HTTP failure; Refused for a broken document,
-///         that is for one of these and for an XML error before the document's last chunk. An error in the last chunk goes unnoticed.
+/// @return Ok; NotFound for HTTP 404; ServerError for any other HTTP failure; Refused for a broken document, that
+///         is for one of these and for an XML error before the document's last chunk. An error in the last chunk
+///         goes unnoticed.
 Status FetchSchema(VtConnection& connection, const char* path, SchemaQuery* query, int* version);
 
 }  // namespace lxservices::cms_interface::vantry

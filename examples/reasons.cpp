@@ -35,7 +35,7 @@ void Explain(const Outcome& outcome) {
   if (cause->httpStatus != 0) std::cout << "  HTTP " << cause->httpStatus << '\n';
   if (!cause->serverText.empty()) std::cout << "  the server says: " << cause->serverText << '\n';
   if (!cause->url.empty()) std::cout << "  at " << cause->url << '\n';
-  // Nothing is sent twice by itself: after a write whose answer was lost, ask where things stand.
+  // Nothing is sent twice by itself: after a write whose answer was lost, ask for the state of things.
   if (outcome.MayHaveHappened()) std::cout << "  it may have been carried out all the same\n";
   const std::string advice = Advice(cause->kind);
   if (!advice.empty()) std::cout << "  " << advice << '\n';

@@ -10,7 +10,7 @@ using namespace lxservices::cms_interface::vantry;
 
 namespace {
 
-// Reads what a host would: every text of a row, and every version up to the null behind the last.
+// Reads what a host would: every text of a row, and every version up to the null after the last.
 void Look(const DirEntryInfoExt& entry) {
   volatile std::size_t length = std::string_view(entry.name).size() + std::string_view(entry.id).size();
   if (entry.details != nullptr) length = length + std::string_view(entry.details->number).size();

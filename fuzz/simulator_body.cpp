@@ -29,8 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   volatile std::size_t seen = Walk(document->Root(), 50);
   (void)seen;
   for (const char* member : {"createInstructions", "iterateInstructions", "storeInstructions"}) {
-    std::vector<DocumentInstruction> instructions;
-    (void)ReadInstructions(document->Root(), member, instructions);
+    (void)ReadInstructions(document->Root(), member);
   }
   Resolutions resolutions;
   (void)resolutions.Read(document->Root());

@@ -11,7 +11,7 @@
 #include "export.h"
 #include "failure_detail.h"
 
-/// The HTTP road of the platform: one call performs one exchange, and small sources and sinks carry the
+/// The HTTP part of the platform: one call performs one exchange, and small sources and sinks carry the
 /// bytes.
 ///
 /// Threads: everything may be called from any thread at any time, also on one Connection by several threads
@@ -125,7 +125,7 @@ struct Request {
   FileSink* sink = nullptr;
 };
 
-/// How the platform is to authenticate. Built anew for each request; the platform only reads it.
+/// How the platform is to authenticate. Built for each request; the platform only reads it.
 struct CommonAuth {
   /// One extra header line that marks this client to the server.
   const char* header = nullptr;
@@ -157,9 +157,9 @@ VTDIRECT_API std::unique_ptr<Connection> ConnectURI(const char* uri, const char*
 /// the origin answers, and when the limit, its credentials or the trust change.
 ///
 /// A GET follows redirects, but never out of https. To another origin it goes without credentials, without
-/// the cookies that this process has there, and without the caller's lines other than "Accept". Those cookies
-/// of the first origin's session that are for that host or domain go along, but none to another port of the
-/// host that set it.
+/// the cookies that this process has there, and without the caller's lines other than "Accept". Cookies of the
+/// first session go along if they belong to that host or domain, but never to another port of the host that
+/// set them.
 /// A redirect that isn't followed is reported as an answer. A body is never redirected. It is sent a second
 /// time only when the server demands authentication.
 ///

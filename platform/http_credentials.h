@@ -17,7 +17,7 @@
 ///
 /// Credentials that are set already are used before the host is asked: a token at once; a password when the
 /// server asks for it, from then on at once, and at once also with a body that goes out over https, which
-/// would be sent in vain otherwise. A header line "Authorization" of the caller's own goes before them.
+/// would otherwise have to be sent twice. A header line "Authorization" of the caller's own goes before them.
 ///
 /// Each call begins a new session with its origin: cookies, the connections that are kept and what was
 /// learned of how the server takes a password are forgotten, also when the same credentials are set once

@@ -8,7 +8,7 @@ namespace vtdirect::platform {
 
 /// The header lines of one answer that say where its body ends and how it is coded. When they can be read in
 /// two ways, a server and a proxy on the way may mean different bodies, and nobody can tell whether the whole
-/// of it came: such an answer is none.
+/// of it came: such an answer is refused.
 class AnswerFraming {
  public:
   /// Takes a header line. Those of other names count for nothing.

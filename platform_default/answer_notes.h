@@ -19,7 +19,7 @@ class AnswerNotes {
 
   /// The ways to log in that are offered, by the names of their schemes.
   [[nodiscard]] const std::vector<std::string>& loginSchemes() const { return loginSchemes_; }
-  /// By what the body is packed, if that is a way that is known to the world and not to this transport.
+  /// By what the body is packed, if it is a usual way that this transport does not know.
   [[nodiscard]] const std::string& unknownCoding() const { return unknownCoding_; }
   /// The first bytes that Body was given.
   [[nodiscard]] const std::string& start() const { return start_; }

@@ -28,7 +28,7 @@ class ClientIdentity {
   [[nodiscard]] bool Unlock();
   /// The passphrase that is known; empty when there is none.
   [[nodiscard]] std::string Passphrase() const;
-  /// The key could not be read with this one: the host is asked anew, unless it has told another one since.
+  /// The key could not be read with this one: the host is asked again, unless it has told another one since.
   void ForgetPassphrase(const std::string& unfit);
 
  private:

@@ -340,7 +340,7 @@ bool CurlExchange::BodyIsOut(curl_off_t sent) const {
 int CurlExchange::OnRequestStarts(void* self, char*, char*, int, int) {
   auto& exchange = *static_cast<CurlExchange*>(self);
   const long sent = exchange.RequestBytesSent();
-  // curl starts a request anew when the kept connection under it turns out to be dead. For one that writes,
+  // curl starts a request again when the kept connection under it turns out to be dead. For one that writes,
   // that is right only while not a byte of it has gone out.
   const bool isFirst = !exchange.sentBeforeStart_;
   const bool mayStart = isFirst || exchange.mayRepeat_ || exchange.demandSeen_;

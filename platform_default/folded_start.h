@@ -7,7 +7,8 @@
 
 namespace vtdirect::platform {
 
-/// Is shown what goes over the wire. curl has one trace function for a handle, so whoever wants to see it asks there.
+/// A listener that sees what goes over the wire. curl has one trace function a handle, so all who want to see it
+/// ask here.
 class WireListener {
  public:
   WireListener() = default;

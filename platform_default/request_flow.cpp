@@ -276,7 +276,7 @@ void RequestFlow::GoTo(const Origin& next) {
   const bool secures = place_ == Place::Home && Secures(origin_, next);
   place_ = secures ? Place::Secured : Place::Foreign;
   if (secures) {
-    // On its own host the request is as much at home as one that was made for https.
+    // On its own host the request is at its own origin, as one that was made for https is.
     base_ = OriginRegistry::Instance().StateOf(next);
     secured_.emplace(base_, rules_);
   }

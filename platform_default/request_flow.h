@@ -67,11 +67,12 @@ class RequestFlow {
   const du::http::Request& request_;
   du::http::FileSource* body_;
   const VisitRules rules_;
-  /// Where the redirects that lead abroad begin: the caller's origin, or the secured one of its host.
+  /// Where the redirects that lead to another origin begin: the caller's origin, or the secured one of its host.
   std::shared_ptr<OriginState> base_;
   const Origin home_;
   OriginVisit visit_;
-  /// Stays while the request is abroad, as the visit at home does: coming back finds it, and others wait.
+  /// Stays while the request is at another origin, as the visit at its own origin does: coming back finds it,
+  /// and others wait.
   std::optional<OriginVisit> secured_;
   std::optional<OriginVisit> abroad_;  ///< where a redirect has led to, while that is another origin
   OriginVisit* at_ = &visit_;          ///< the one of these three that goes on

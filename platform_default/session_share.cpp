@@ -10,7 +10,8 @@
 namespace vtdirect::platform {
 namespace {
 
-/// A host as curl knows it for its cookies: without escapes, in small letters, and without the zone of "[fe80::1%25eth0]".
+/// A host as curl knows it for its cookies: without escapes, in small letters, and without the zone of
+/// "[fe80::1%25eth0]".
 std::string HostOfCookies(const std::string& host) {
   std::string known;
   du::URI_Unescape(&known, 0, host);

@@ -41,7 +41,7 @@ class TransferClock {
   void BodyIsOut() { bodyOut_ = true; }
   /// A line of an answer's header has come.
   void AnswerArrives(Time now);
-  /// That header belonged to an interim answer (1xx): the server is at work, and the wait begins anew.
+  /// That header belonged to an interim answer (1xx): the server is at work, and the wait begins again.
   void AnswerWasInterim() { answering_ = false; }
 
   /// True when no byte has moved for as long as the stage allows.

@@ -62,7 +62,7 @@ bool IsObject(FileServer& server, const std::string& id) {
   return !id.empty() && server.GetFileInfo(id.c_str(), info) == Ok;
 }
 
-// Behind the last "/", still escaped.
+// After the last "/", still escaped.
 std::string LastSegment(const std::string& relativePath) {
   const auto slash = relativePath.rfind('/');
   return slash != std::string::npos ? relativePath.substr(slash + 1) : relativePath;

@@ -56,7 +56,7 @@ bool GetFile(const char* path, const char* localPath, std::string& uid, const Do
     if (status) status(StatusOk, uid.c_str());
     return true;
   }
-  // Behind a failed resolution this is the second call, on purpose: the first tells why, this one that the
+  // After a failed resolution this is the second call, on purpose: the first tells why, this one that the
   // operation is over.
   if (path != nullptr)
     TracerFor(FollowsOr(mark, FailureKind::NotFound))(dp::TraceType::Error, "Failed to download %s\n", path);

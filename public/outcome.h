@@ -77,9 +77,9 @@ struct Failure {
   /// and when there was no request.
   int platformError = 0;
   /// The start of what the server said, at most 1024 bytes of valid UTF-8 without control characters; empty
-  /// for a success that could not be read. Of an "http" address that was refused (http_settings.h), what a
-  /// host can set to have it asked. The nonce, and a user and password of the server's URL, are
-  /// replaced by "***". What else a server repeats of a request is its own affair.
+  /// for a success that could not be read. If an "http" address was refused, the text names the setting that
+  /// allows it (http_settings.h). The nonce, and a user and password of the server's URL, are replaced by
+  /// "***". What else a server repeats of a request is its own affair.
   std::string serverText;
   /// Where the request went, without user, password and fragment; empty when there was no request. Values of
   /// query parameters that are not known to be harmless read "***". Of an address that a server gave, for a

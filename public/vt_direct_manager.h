@@ -171,8 +171,8 @@ using ProgressCallback = std::function<bool(std::size_t, std::size_t)>;
 
 // ---- Settings, servers, sessions. None of these makes a request. ----
 
-/// Writes a process-wide setting. ConfigUriStem is to be set before the servers are. A key above 8 is
-/// ignored.
+/// Writes a process-wide setting. ConfigUriStem is to be set before the servers are. A key that ConfigItem
+/// does not name is ignored.
 ///
 /// Flags differ on purpose: ConfigLegacyVfsPaths is on for every non-empty value, even "false"; the two
 /// Browse flags are off for null, "" and exactly "false", and on for anything else.
@@ -242,15 +242,14 @@ struct ParsedUID {
 };
 
 /// Takes a UID apart, so that no host reads its text. A checkout's UID names what the server knew when it was
-/// made; whether that is so now, GetCheckoutStatus and FindTemporaryCheckouts ask. Reads the text only.
+/// made; GetCheckoutStatus and FindTemporaryCheckouts tell whether it is still so. Reads the text only.
 /// @return nothing for null, for what is no UID, and for a UID with an empty id
 [[nodiscard]] VTDIRECT_API std::optional<ParsedUID> ParseUID(const char* text);
 
 /// The UID by which the content of a working copy is read: GetFile of a temporary checkout's own UID fetches
 /// the document from before the checkout. Reads the text only; whether the copy is there is not asked.
-/// @return the UID of the copy in its workspace;
-///         the empty text for a UID without a workspace,
-///         and for what is no UID
+/// @return the UID of the copy in its workspace; the empty text for a UID without a workspace, and for what is no
+///         UID
 [[nodiscard]] VTDIRECT_API std::string WorkingCopyUID(const char* text);
 
 /// A canonical UID for any address, or the empty text. Makes requests unless `path` is a UID with a file
@@ -358,14 +357,13 @@ struct WalkedDirData;
 /// Shares a directory of a walk; empty when there is none. Held, read and let go on any thread.
 using WalkedDir = std::shared_ptr<const WalkedDirData>;
 
-/// Walks to a directory now, to list it and all below it. Makes requests, those of OpenDir. What it gives keeps
-/// what it needs of the server alive through an UpdateServerList.
+/// Walks to a directory now, to list it and all below it. Makes requests, those of OpenDir. The result keeps the
+/// server in use alive, also after an UpdateServerList.
 /// @return empty when there is no such directory or it cannot be reached
 [[nodiscard]] VTDIRECT_API WalkedDir OpenWalk(const char* path);
 
-/// Lists a directory of a walk. With each folder comes the directory that it is, which is listed by what this
-/// listing told of it and is not looked for by its path: that saves a request for each folder, and most often
-/// another one, since a listing asks which folders its folders hold. Makes requests.
+/// Lists a directory of a walk. Each folder comes with a handle by which it is listed later, without a search
+/// for its path. That saves one request a folder, often two. Makes requests.
 ///
 /// Meant for one pass over a tree. The first listing of a directory may go by what the listing above it told of
 /// the folders in it; a later one asks again. A directory that the server does not find any more is looked up
@@ -416,7 +414,7 @@ VTDIRECT_API std::string GetLatestUPath(const char* path);
 VTDIRECT_API int GetStatus(const char* path, std::string& currentVersion, std::string& latestVersion,
                            std::string* latestUid);
 
-/// The key of an address's server, by which links are told to lie on one server. Makes no request.
+/// The key of an address's server. Two links are on the same server if their keys are equal. Makes no request.
 /// @return false, `context` untouched, without a server
 VTDIRECT_API bool GetLinkContext(const char* path, std::string& context);
 
@@ -487,10 +485,9 @@ VTDIRECT_API bool GetFileDownloadURL(const char* path, std::string& url, std::st
 /// of a working copy, the file is stored into the checkout. A checkout in a temporary workspace is checked in
 /// after the store without being asked to.
 ///
-/// A document of the name in another folder counts as the path's where the server has no other of that name,
-/// so a new one is refused. A version after the name is looked for with it and is not part of a new
-/// document's name: a path with one that no document has ("fork.lxz|-.0") creates the document all the same. A
-/// host that does so has looked into the folder before.
+/// If the server has only one document of this name, a path finds it in whatever folder it is, so Upload refuses
+/// to create a second one. A version that no document has ("fork.lxz|-.0") gets around this: the path then finds
+/// nothing, and the version is not part of the new name. List the folder before you do so.
 ///
 /// `status` is called at most once: StatusOk with the UID of the result; StatusConnectFailed when the server
 /// does not answer; StatusCreateFailed, StatusUpdateFailed or StatusCheckedOutUpdateFailed by what was tried;
@@ -542,9 +539,8 @@ VTDIRECT_API bool UploadFenletAsync(const char* path, const char* mainPath, cons
 
 /// Whether a store into a working copy is followed by its check-in.
 enum class CheckInWish : std::int32_t {
-  /// As Upload does without being asked:
-  /// a Fenlet document in a temporary workspace is checked in,
-  /// and nothing else is.
+  /// As Upload does without being asked: a Fenlet document in a temporary workspace is checked in, and nothing
+  /// else is.
   ByAddress = 0,
   CheckIn = 1,    ///< always
   NoCheckIn = 2,  ///< never: what is stored stays in the working copy, in a temporary workspace too

@@ -308,7 +308,7 @@ std::vector<OptionText> TextsOf(const CLI::App& app) {
     OptionText text;
     for (const std::string& name : option->get_lnames()) text.names.push_back("--" + name);
     for (const std::string& name : option->get_snames()) text.names.push_back("-" + name);
-    // Behind the word for the value comes what the parser checks of it.
+    // After the word for the value comes what the parser checks of it.
     const std::string value = option->get_type_name();
     if (option->get_type_size() != 0) text.value = value.substr(0, value.find(":INT in "));
     text.about = option->get_description();

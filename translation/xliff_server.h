@@ -27,7 +27,7 @@ class XliffServer {
   [[nodiscard]] virtual bool UploadSource(const char* id, const char* xliffPath, const char* language,
                                           FileInfo& result,
                                           std::function<bool(std::size_t, std::size_t)> progress) = 0;
-  /// Makes a new iteration of a document's source XLIFF, and links it anew.
+  /// Makes a new iteration of a document's source XLIFF, and links it again.
   /// @throws what UploadSource throws
   [[nodiscard]] virtual bool UpdateSource(const char* id, const char* xliffPath, FileInfo& result,
                                           std::function<bool(std::size_t, std::size_t)> progress,

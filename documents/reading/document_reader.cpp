@@ -22,11 +22,6 @@ bool ReadDocumentBase(const rapidjson::Value& document, DocumentSummary& record)
   return Read(document, baseFields<DocumentSummary>, record);
 }
 
-void ReadMasterOf(const rapidjson::Value& document, EpmMasterRecord& master) {
-  static constexpr std::array fields{Inside("epmMaster", masterFields)};
-  Read(document, fields, master);
-}
-
 bool ReadDocumentSummary(const rapidjson::Value& document, DocumentSummary& record) {
   return Read(document, summaryFields<DocumentSummary>, record);
 }

@@ -18,8 +18,6 @@ bool ReadDocumentSummary(const rapidjson::Value& value, DocumentSummary& record)
 /// ReadDocumentSummary and location, dependencies, contents and attributes. An element of a list that is no
 /// object is dropped; among the primary sections it becomes an empty record.
 bool ReadDocumentRecord(const rapidjson::Value& value, DocumentRecord& record);
-/// The member "epmMaster" of a document, as ReadEpmMaster; nothing happens without one.
-void ReadMasterOf(const rapidjson::Value& document, EpmMasterRecord& master);
 /// The object under "epmMaster".
 bool ReadEpmMaster(const rapidjson::Value& value, EpmMasterRecord& record);
 /// An element of "derivedSourceDependencies".

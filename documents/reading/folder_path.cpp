@@ -17,7 +17,7 @@ std::string_view ClassInId(std::string_view id) {
 std::optional<std::string> GetFolderPathInContext(const DocumentRecord& record) {
   const std::string_view location = record.folderPath;
   if (location.size() <= 1 || location.front() != '/') return std::nullopt;
-  // The beginning is all that is compared: "/Gadget2/x" counts as standing in "Gadget" too. The location is
+  // The beginning is all that is compared: "/Gadget2/x" counts as in "Gadget" too. The location is
   // the document's own, so the test only has to tell a location with the context from one without; a stricter
   // one would turn documents into working copies that were none before.
   if (!location.substr(1).starts_with(record.contextName)) return std::nullopt;

@@ -24,7 +24,7 @@ struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-/// The length of a file that has one to tell, which stands at its start before and after; 0 for a pipe and
+/// The length of a file that has one to tell, which is at its start before and after; 0 for a pipe and
 /// the like.
 std::uint64_t AnnouncedLength(std::FILE* file) {
   if (std::fseek(file, 0, SEEK_END) != 0) return 0;
@@ -62,8 +62,8 @@ bool IsInFile(const std::string& path, const std::string& boundary) {
 
 }  // namespace
 
-// Not "wb": file systems write a truncated file out to the disk as soon as it is closed, lest a crash leave
-// nothing of the old one or the new. This file is gone after the request, mostly before it had to be written.
+// Not "wb": file systems write a truncated file out to the disk as soon as it is closed, so that a crash
+// leaves the old one or the new. This file is gone after the request, mostly before it had to be written.
 MultipartFile::MultipartFile(const std::string& path)
     : path_(path), file_(du::FileSystem::lxfopen(path.c_str(), "ab")) {
   // A stream's buffer would split each piece of a file in two.

@@ -1,5 +1,5 @@
 # Part of scripts/bench: many small contents over TLS. nginx serves them from files; its certificate is made for the run
-# and stands at the end of a copy of the system's, so that a client reads all of them.
+# and is at the end of a copy of the system's, so that a client reads all of them.
 
 tls_pid=
 tls_contents=

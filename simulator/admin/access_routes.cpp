@@ -23,8 +23,8 @@ Response ListUsers(Simulator& simulator) {
 }
 
 Response PutUser(Simulator& simulator, const Request& request) {
-  std::optional<JsonDocument> body;
-  if (auto refusal = ReadAdminBody(request, {"password", "token"}, body)) return std::move(*refusal);
+  auto body = ReadAdminBody(request, {"password", "token"});
+  if (!body) return body.TakeRefusal();
   std::string problem, password, token;
   JsonMembers members(body->Root(), problem);
   members.Text("password", password).Text("token", token);

@@ -68,11 +68,10 @@ Response AdminApi::Handle(Request& request) {
   return router_.Dispatch(request, request.path);
 }
 
-Refusal ReadAdminBody(const Request& request, const std::vector<std::string_view>& members,
-                      std::optional<JsonDocument>& body) {
+OrRefusal<JsonDocument> ReadAdminBody(const Request& request, const std::vector<std::string_view>& members) {
   JsonProblem problem;
   // Without a body nothing was said, which some routes take.
-  body =
+  auto body =
       ReadJson(request.body.empty() ? std::string_view("{}") : std::string_view(request.body), &problem, 100);
   if (!body)
     return ErrorResponse(400, "broken-json", "line " + std::to_string(problem.line) + ": " + problem.reason);
@@ -81,7 +80,7 @@ Refusal ReadAdminBody(const Request& request, const std::vector<std::string_view
     if (std::find(members.begin(), members.end(), member.Name()) == members.end())
       return ErrorResponse(400, "bad-body", "nothing is known of the member " + std::string(member.Name()));
   }
-  return std::nullopt;
+  return std::move(*body);
 }
 
 Response AdminAnswer(const std::function<void(JsonText&)>& write, int status) {

@@ -7,7 +7,7 @@
 #include "simulator/simulator.h"
 #include "simulator/wire/json.h"
 #include "simulator/wire/json_reader.h"
-#include "simulator/wire/messages.h"
+#include "simulator/wire/or_refusal.h"
 #include "simulator/wire/router.h"
 
 namespace vantry_sim {
@@ -30,8 +30,7 @@ class AdminApi {
 };
 
 /// Reads a body of JSON. @return a refusal for one that is no object, or has other members than these
-Refusal ReadAdminBody(const Request& request, const std::vector<std::string_view>& members,
-                      std::optional<JsonDocument>& body);
+OrRefusal<JsonDocument> ReadAdminBody(const Request& request, const std::vector<std::string_view>& members);
 
 /// An answer of JSON. @param write writes one value
 Response AdminAnswer(const std::function<void(JsonText&)>& write, int status = 200);

@@ -44,36 +44,29 @@ struct Work {
   WorkspaceRow workspace;
 };
 
-Refusal FindWork(const ServiceContext& context, const DocumentRow& document, Work& work) {
+OrRefusal<Work> FindWork(const ServiceContext& context, const DocumentRow& document) {
   auto statement = context.database.Prepare(
       "SELECT i.oid, u.name, w.oid FROM iterations i JOIN workspaces w ON w.id = i.workspace "
       "JOIN users u ON u.id = w.owner LEFT JOIN checkouts k ON k.working = i.id WHERE i.id = ?1 OR k.base = "
       "?1");
   if (!statement.Bind(document.key).Step())
     return ErrorResponse(409, "not-checked-out", document.oid + " is not checked out");
-  work.user = statement.Text(1);
-  const auto workspace = FindWorkspace(context.database, statement.Text(2), work.user);
-  const auto copy = FindDocument(context.database, statement.Text(0), work.user);
+  const std::string user = statement.Text(1);
+  const auto workspace = FindWorkspace(context.database, statement.Text(2), user);
+  const auto copy = FindDocument(context.database, statement.Text(0), user);
   if (!workspace || !copy) return ErrorResponse(500, "internal", "the working copy is lost");
-  work.workspace = *workspace;
-  work.copy = *copy;
-  return std::nullopt;
+  return Work{*copy, user, *workspace};
 }
 
-Refusal WorkspaceFor(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
-                     WorkspaceRow& workspace) {
+OrRefusal<WorkspaceRow> WorkspaceFor(const ServiceContext& context, const DocumentRow& document,
+                                     const DocumentChange& change) {
   if (!change.workspace.empty()) {
-    const auto found = FindWorkspace(context.database, change.workspace, change.user);
-    if (!found)
-      return ErrorResponse(404, "no-such-workspace", change.user + " has no workspace " + change.workspace);
-    workspace = *found;
-    return std::nullopt;
+    if (auto found = FindWorkspace(context.database, change.workspace, change.user)) return std::move(*found);
+    return ErrorResponse(404, "no-such-workspace", change.user + " has no workspace " + change.workspace);
   }
   const auto all = WorkspacesOf(context.database, document.contextOid, change.user);
-  workspace = all.empty()
-                  ? MakeWorkspace(context.database, document.contextKey, change.user, workspaceName, "")
-                  : all.front();
-  return std::nullopt;
+  if (!all.empty()) return all.front();
+  return MakeWorkspace(context.database, document.contextKey, change.user, workspaceName, "");
 }
 
 }  // namespace
@@ -86,60 +79,59 @@ std::optional<DocumentRow> FindAnyDocument(Database& database, std::string_view 
   return FindDocument(database, oid, statement.Text(0));
 }
 
-Refusal IterateAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
-                  std::string& id) {
+OrRefusal<std::string> IterateAs(const ServiceContext& context, const DocumentRow& document,
+                                 const DocumentChange& change) {
   DocumentInstruction instruction;
   instruction.id = document.oid;
   instruction.cadName = document.cadName;
   instruction.authAppVersion = document.authAppVersion;
   instruction.ndVersion = document.ndVersion;
-  if (auto refusal = AddPrimary(context, document, change, instruction)) return refusal;
+  if (auto refusal = AddPrimary(context, document, change, instruction)) return std::move(*refusal);
   for (const ContentRow& content : ContentsOf(context.database, document.key, ContentRole::Secondary)) {
     if (content.isForwardable)
       instruction.secondary.push_back(
           {content.category, content.fileName, content.isHidden, std::nullopt, {}});
   }
-  if (auto refusal = IterateDocument(context.database, change.user, document.contextOid, instruction,
-                                     Resolutions::OfAll(), id)) {
-    return refusal;
-  }
-  const auto made = FindAnyDocument(context.database, id);
+  auto id =
+      IterateDocument(context.database, change.user, document.contextOid, instruction, Resolutions::OfAll());
+  if (!id) return id;
+  const auto made = FindAnyDocument(context.database, *id);
   if (!made) return ErrorResponse(500, "internal", "the new iteration is lost");
   for (const auto& [name, value] : change.attributes) SetAttribute(context.database, made->key, name, value);
   context.database.Prepare("UPDATE iterations SET comment = ?2 WHERE id = ?1")
       .Bind(made->key, change.comment)
       .Run();
-  return std::nullopt;
+  return id;
 }
 
-Refusal CheckOutAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
-                   std::string& id) {
-  WorkspaceRow workspace;
-  if (auto refusal = WorkspaceFor(context, document, change, workspace)) return refusal;
-  return CheckOut(context.database, change.user, workspace, document.oid, Resolutions::OfAll(), id);
+OrRefusal<std::string> CheckOutAs(const ServiceContext& context, const DocumentRow& document,
+                                  const DocumentChange& change) {
+  auto workspace = WorkspaceFor(context, document, change);
+  if (!workspace) return workspace.TakeRefusal();
+  return CheckOut(context.database, {change.user, *workspace}, document.oid, Resolutions::OfAll());
 }
 
-Refusal CheckInAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
-                  std::string& id) {
-  Work work;
-  if (auto refusal = FindWork(context, document, work)) return refusal;
-  return CheckIn(context.database, work.user, work.workspace, work.copy.oid, {false, change.comment},
-                 Resolutions::OfAll(), id);
+OrRefusal<std::string> CheckInAs(const ServiceContext& context, const DocumentRow& document,
+                                 const DocumentChange& change) {
+  auto work = FindWork(context, document);
+  if (!work) return work.TakeRefusal();
+  return CheckIn(context.database, {work->user, work->workspace}, work->copy.oid, {false, change.comment},
+                 Resolutions::OfAll());
 }
 
-Refusal UndoAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange&,
-               std::string& id) {
-  Work work;
-  if (auto refusal = FindWork(context, document, work)) return refusal;
-  return UndoCheckOut(context.database, work.user, work.workspace, work.copy.oid, id);
+OrRefusal<std::string> UndoAs(const ServiceContext& context, const DocumentRow& document,
+                              const DocumentChange&) {
+  auto work = FindWork(context, document);
+  if (!work) return work.TakeRefusal();
+  return UndoCheckOut(context.database, {work->user, work->workspace}, work->copy.oid);
 }
 
-Refusal SetAttributes(const ServiceContext& context, const DocumentRow& document,
-                      const DocumentChange& change, std::string&) {
+OrRefusal<std::string> SetAttributes(const ServiceContext& context, const DocumentRow& document,
+                                     const DocumentChange& change) {
   for (const auto& [name, value] : change.attributes)
     SetAttribute(context.database, document.key, name, value);
   Touch(context.database, document.key);
-  return std::nullopt;
+  return document.oid;
 }
 
 void Delete(const ServiceContext& context, const DocumentRow& document, bool versionAlone) {

@@ -8,7 +8,7 @@
 
 #include "simulator/routes/service_context.h"
 #include "simulator/store/document_store.h"
-#include "simulator/wire/messages.h"
+#include "simulator/wire/or_refusal.h"
 
 namespace vantry_sim {
 
@@ -29,20 +29,20 @@ struct DocumentChange {
 std::optional<DocumentRow> FindAnyDocument(Database& database, std::string_view oid);
 
 /// Makes the next iteration of a document that nobody has checked out.
-Refusal IterateAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
-                  std::string& id);
+OrRefusal<std::string> IterateAs(const ServiceContext& context, const DocumentRow& document,
+                                 const DocumentChange& change);
 /// Checks a document out.
-Refusal CheckOutAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
-                   std::string& id);
+OrRefusal<std::string> CheckOutAs(const ServiceContext& context, const DocumentRow& document,
+                                  const DocumentChange& change);
 /// Checks in what somebody has checked out. @param document the base or the working copy
-Refusal CheckInAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
-                  std::string& id);
+OrRefusal<std::string> CheckInAs(const ServiceContext& context, const DocumentRow& document,
+                                 const DocumentChange& change);
 /// Throws away what somebody has checked out. @param document the base or the working copy
-Refusal UndoAs(const ServiceContext& context, const DocumentRow& document, const DocumentChange& change,
-               std::string& id);
+OrRefusal<std::string> UndoAs(const ServiceContext& context, const DocumentRow& document,
+                              const DocumentChange& change);
 /// Gives a version other values of attributes, in its own place.
-Refusal SetAttributes(const ServiceContext& context, const DocumentRow& document,
-                      const DocumentChange& change, std::string& id);
+OrRefusal<std::string> SetAttributes(const ServiceContext& context, const DocumentRow& document,
+                                     const DocumentChange& change);
 /// Deletes a document, or one version alone.
 void Delete(const ServiceContext& context, const DocumentRow& document, bool versionAlone);
 

@@ -55,26 +55,27 @@ Response One(const ServiceContext& context, const std::string& id) {
   return NoSuchDocument(id);
 }
 
-/// Does something to the document of the path, whole or not at all, and answers with it.
+/// Does something to the document of the path, whole or not at all, and answers with what came of it.
+/// @param change gives the id of what came of it, empty when the document is gone
 Response Change(
     Simulator& simulator, const Request& request,
-    const std::function<Refusal(const ServiceContext&, const DocumentRow&, std::string&)>& change) {
+    const std::function<OrRefusal<std::string>(const ServiceContext&, const DocumentRow&)>& change) {
   return simulator.Exclusively([&](const ServiceContext& context) {
     const auto document = FindAnyDocument(context.database, request.Path("id"));
     if (!document) return NoSuchDocument(request.Path("id"));
     Transaction transaction(context.database);
-    std::string id = document->oid;
-    if (auto refusal = change(context, *document, id)) return std::move(*refusal);
+    auto id = change(context, *document);
+    if (!id) return id.TakeRefusal();
     transaction.Commit();
-    return id.empty() ? AdminDone() : One(context, id);
+    return id->empty() ? AdminDone() : One(context, *id);
   });
 }
 
-/// What a body says of a change. @return what is wrong with it
-Refusal ReadChange(const Request& request, const std::vector<std::string_view>& members,
-                   DocumentChange& change) {
-  std::optional<JsonDocument> body;
-  if (auto refusal = ReadAdminBody(request, members, body)) return refusal;
+/// What a body says of a change. @return a refusal that says what is wrong with it
+OrRefusal<DocumentChange> ReadChange(const Request& request, const std::vector<std::string_view>& members) {
+  auto body = ReadAdminBody(request, members);
+  if (!body) return body.TakeRefusal();
+  DocumentChange change;
   std::string problem;
   change.user = openServerUser;
   JsonMembers reader(body->Root(), problem);
@@ -93,24 +94,32 @@ Refusal ReadChange(const Request& request, const std::vector<std::string_view>& 
     }
   }
   if (problem.empty() && change.user.empty()) problem = "user is empty";
-  return problem.empty() ? Refusal() : ErrorResponse(400, "bad-body", problem);
+  if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+  return change;
 }
 
-using Operation = Refusal (*)(const ServiceContext&, const DocumentRow&, const DocumentChange&, std::string&);
+using Operation = OrRefusal<std::string> (*)(const ServiceContext&, const DocumentRow&,
+                                             const DocumentChange&);
 
-void AddChange(Router& router, Simulator& simulator, const char* word, std::vector<std::string_view> members,
-               Operation operation, const char* about) {
+/// One way to change a document.
+struct ChangeRoute {
+  const char* word;                       ///< the end of its address
+  std::vector<std::string_view> members;  ///< which its body may have
+  Operation operation;
+  const char* about;
+};
+
+void AddChange(Router& router, Simulator& simulator, const ChangeRoute& route) {
   router.Add(
-      "POST", std::string("documents/{id}/") + word,
-      [&simulator, members = std::move(members), operation](const Request& request) {
-        DocumentChange wish;
-        if (auto refusal = ReadChange(request, members, wish)) return std::move(*refusal);
-        return Change(simulator, request,
-                      [&](const ServiceContext& context, const DocumentRow& document, std::string& id) {
-                        return operation(context, document, wish, id);
-                      });
+      "POST", std::string("documents/{id}/") + route.word,
+      [&simulator, members = route.members, operation = route.operation](const Request& request) {
+        auto wish = ReadChange(request, members);
+        if (!wish) return wish.TakeRefusal();
+        return Change(simulator, request, [&](const ServiceContext& context, const DocumentRow& document) {
+          return operation(context, document, *wish);
+        });
       },
-      about);
+      route.about);
 }
 
 }  // namespace
@@ -129,25 +138,26 @@ void AddDocumentControlRoutes(Router& router, Simulator& simulator) {
             [&](const ServiceContext& context) { return One(context, request.Path("id")); });
       },
       "one document with its versions");
-  AddChange(router, simulator, "iterate", {"user", "content", "contentBase64", "attributes", "comment"},
-            IterateAs, "a new iteration by somebody");
-  AddChange(router, simulator, "checkout", {"user", "workspace"}, CheckOutAs, "a checkout by somebody");
-  AddChange(router, simulator, "checkin", {"comment"}, CheckInAs, "a check-in by whoever has it");
-  AddChange(router, simulator, "undo", {}, UndoAs, "the end of a checkout, whoever has it");
-  AddChange(router, simulator, "attributes", {"attributes"}, SetAttributes,
-            "attributes of a version, in its place");
+  AddChange(router, simulator,
+            {"iterate",
+             {"user", "content", "contentBase64", "attributes", "comment"},
+             IterateAs,
+             "a new iteration by somebody"});
+  AddChange(router, simulator, {"checkout", {"user", "workspace"}, CheckOutAs, "a checkout by somebody"});
+  AddChange(router, simulator, {"checkin", {"comment"}, CheckInAs, "a check-in by whoever has it"});
+  AddChange(router, simulator, {"undo", {}, UndoAs, "the end of a checkout, whoever has it"});
+  AddChange(router, simulator,
+            {"attributes", {"attributes"}, SetAttributes, "attributes of a version, in its place"});
   router.Add(
       "DELETE", "documents/{id}",
       [&simulator](const Request& request) {
         const std::string what = request.Query("what").value_or("document");
         if (what != "document" && what != "version")
           return ErrorResponse(400, "bad-parameter", "what is document or version");
-        return Change(simulator, request,
-                      [&](const ServiceContext& context, const DocumentRow& document, std::string& id) {
-                        id.clear();
-                        Delete(context, document, what == "version");
-                        return Refusal();
-                      });
+        return Change(simulator, request, [&](const ServiceContext& context, const DocumentRow& document) {
+          Delete(context, document, what == "version");
+          return std::string();
+        });
       },
       "a document or one version is gone");
 }

@@ -169,8 +169,8 @@ Response TellGeneration(const ServiceContext& context) {
 }
 
 Response PutGeneration(Simulator& simulator, const Request& request) {
-  std::optional<JsonDocument> body;
-  if (auto refusal = ReadAdminBody(request, {"generation"}, body)) return std::move(*refusal);
+  auto body = ReadAdminBody(request, {"generation"});
+  if (!body) return body.TakeRefusal();
   const auto generation = GenerationOf(body->Root().Find("generation").Text());
   if (!generation)
     return ErrorResponse(400, "bad-body", "generation is gateway, schema1, schema4 or schema5");
@@ -188,8 +188,8 @@ Response TellClock(const Simulator& simulator) {
 }
 
 Response PutClock(Simulator& simulator, const Request& request) {
-  std::optional<JsonDocument> body;
-  if (auto refusal = ReadAdminBody(request, {"time", "frozen"}, body)) return std::move(*refusal);
+  auto body = ReadAdminBody(request, {"time", "frozen"});
+  if (!body) return body.TakeRefusal();
   std::string problem, text;
   bool frozen = simulator.clock().frozen();
   JsonMembers(body->Root(), problem).Text("time", text).Flag("frozen", frozen);
@@ -201,11 +201,11 @@ Response PutClock(Simulator& simulator, const Request& request) {
 }
 
 Response AdvanceClock(Simulator& simulator, const Request& request) {
-  std::optional<JsonDocument> body;
-  if (auto refusal = ReadAdminBody(request, {"milliseconds"}, body)) return std::move(*refusal);
+  auto body = ReadAdminBody(request, {"milliseconds"});
+  if (!body) return body.TakeRefusal();
   std::string problem;
   std::int64_t step = 0;
-  JsonMembers(body->Root(), problem).Number("milliseconds", step, true);
+  JsonMembers(body->Root(), problem).Number("milliseconds", step, Presence::Required);
   if (problem.empty() && (step > longestStep || step < -longestStep))
     problem = "milliseconds is a century at most";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);

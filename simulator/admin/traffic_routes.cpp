@@ -48,10 +48,10 @@ Response OneFault(Simulator& simulator, std::uint64_t id, int status) {
 }
 
 Response AddFault(Simulator& simulator, const Request& request) {
-  std::optional<JsonDocument> body;
-  if (auto refusal = ReadAdminBody(request, {"rule"}, body)) return std::move(*refusal);
+  auto body = ReadAdminBody(request, {"rule"});
+  if (!body) return body.TakeRefusal();
   std::string problem, rule;
-  JsonMembers(body->Root(), problem).Text("rule", rule, true);
+  JsonMembers(body->Root(), problem).Text("rule", rule, Presence::Required);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   const auto id = simulator.faults().Add(rule, &problem);
   return id ? OneFault(simulator, *id, 201) : ErrorResponse(400, "bad-rule", problem);

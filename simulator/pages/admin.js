@@ -65,7 +65,7 @@ function switchFor([label, rule], faults) {
   return element("label", {}, box, element("span", {}, label), element("code", {class: "quiet"}, rule));
 }
 
-// Rows and switches are only made anew when something changed, so that nobody loses the focus.
+// Rows and switches are only made again when something changed, so that nobody loses the focus.
 let shown = "";
 async function showFaults() {
   const {faults} = await ask("faults");

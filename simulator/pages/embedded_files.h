@@ -18,7 +18,7 @@ struct EmbeddedFile {
 const EmbeddedFile* FindEmbeddedFile(std::string_view name);
 
 /// The headers of every page and of what it is made of: only this server's own scripts and styles run in it,
-/// nobody frames it, and a browser asks anew each time.
+/// nobody frames it, and a browser asks again each time.
 std::vector<std::pair<std::string, std::string>> PageHeaders();
 
 }  // namespace vantry_sim

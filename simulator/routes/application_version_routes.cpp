@@ -12,7 +12,8 @@ Response Register(const ServiceContext& context, JsonValue body) {
     std::string problem, application;
     std::int64_t version = 0;
     JsonMembers members(value, problem);
-    members.Text("authoringApplication", application, true).Number("authAppVersion", version, true);
+    members.Text("authoringApplication", application, Presence::Required)
+        .Number("authAppVersion", version, Presence::Required);
     members.Array("ndVersions");
     if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
     context.database

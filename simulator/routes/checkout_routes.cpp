@@ -10,22 +10,23 @@ namespace {
 using Operation = Response (*)(const ServiceContext&, const Request&, JsonValue, const WorkspaceRow&);
 
 /// The ids of `objIdList`.
-Refusal ReadIds(JsonValue body, std::vector<std::string>& ids) {
+OrRefusal<std::vector<std::string>> ReadIds(JsonValue body) {
+  std::vector<std::string> ids;
   std::string problem;
-  const JsonValue list = JsonMembers(body, problem).Array("objIdList", true);
+  const JsonValue list = JsonMembers(body, problem).Array("objIdList", Presence::Required);
   if (problem.empty() && list.Size() == 0) problem = "objIdList is empty";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   for (const JsonValue value : list) {
     if (!value.IsText()) return ErrorResponse(400, "bad-body", "objIdList holds what is no text");
     ids.emplace_back(value.Text());
   }
-  return std::nullopt;
+  return ids;
 }
 
 Response CheckOutAll(const ServiceContext& context, const Request& request, JsonValue body,
                      const WorkspaceRow& workspace) {
-  std::vector<std::string> ids;
-  if (auto refusal = ReadIds(body, ids)) return std::move(*refusal);
+  auto ids = ReadIds(body);
+  if (!ids) return ids.TakeRefusal();
   std::string problem, dependencies;
   JsonMembers(body, problem).Text("dependenciesOption", dependencies);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
@@ -34,10 +35,11 @@ Response CheckOutAll(const ServiceContext& context, const Request& request, Json
   }
   Resolutions resolutions;
   if (auto refusal = resolutions.Read(body)) return std::move(*refusal);
-  std::vector<std::string> working(ids.size());
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    auto refusal = CheckOut(context.database, request.user, workspace, ids[i], resolutions, working[i]);
-    if (refusal) return std::move(*refusal);
+  std::vector<std::string> working;
+  for (const std::string& id : *ids) {
+    auto copy = CheckOut(context.database, {request.user, workspace}, id, resolutions);
+    if (!copy) return copy.TakeRefusal();
+    working.push_back(std::move(*copy));
   }
   return DocumentsResponse(context, request, working);
 }
@@ -48,7 +50,7 @@ Response CheckInAll(const ServiceContext& context, const Request& request, JsonV
   CheckInOrder order;
   JsonMembers members(body, problem);
   members.Flag("removeFromWorkspace", order.removeFromWorkspace).Text("checkinComment", order.comment);
-  const JsonValue instructions = members.Array("checkinInstructions", true);
+  const JsonValue instructions = members.Array("checkinInstructions", Presence::Required);
   if (problem.empty() && instructions.Size() == 0) problem = "checkinInstructions is empty";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   Resolutions resolutions;
@@ -56,23 +58,24 @@ Response CheckInAll(const ServiceContext& context, const Request& request, JsonV
   std::vector<std::string> oids;
   for (const JsonValue instruction : instructions) {
     std::string id;
-    JsonMembers(instruction, problem).Text("id", id, true);
+    JsonMembers(instruction, problem).Text("id", id, Presence::Required);
     if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
-    auto refusal =
-        CheckIn(context.database, request.user, workspace, id, order, resolutions, oids.emplace_back());
-    if (refusal) return std::move(*refusal);
+    auto oid = CheckIn(context.database, {request.user, workspace}, id, order, resolutions);
+    if (!oid) return oid.TakeRefusal();
+    oids.push_back(std::move(*oid));
   }
   return DocumentsResponse(context, request, oids);
 }
 
 Response UndoAll(const ServiceContext& context, const Request& request, JsonValue body,
                  const WorkspaceRow& workspace) {
-  std::vector<std::string> ids;
-  if (auto refusal = ReadIds(body, ids)) return std::move(*refusal);
-  std::vector<std::string> oids(ids.size());
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    auto refusal = UndoCheckOut(context.database, request.user, workspace, ids[i], oids[i]);
-    if (refusal) return std::move(*refusal);
+  auto ids = ReadIds(body);
+  if (!ids) return ids.TakeRefusal();
+  std::vector<std::string> oids;
+  for (const std::string& id : *ids) {
+    auto base = UndoCheckOut(context.database, {request.user, workspace}, id);
+    if (!base) return base.TakeRefusal();
+    oids.push_back(std::move(*base));
   }
   return DocumentsResponse(context, request, oids);
 }

@@ -11,7 +11,7 @@ namespace {
 Response Ticket(const ServiceContext& context, const Request& request, JsonValue body) {
   std::string problem;
   std::int64_t files = 0;
-  JsonMembers(body, problem).Number("noOfFiles", files, true);
+  JsonMembers(body, problem).Number("noOfFiles", files, Presence::Required);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   if (files < 1 || files > mostFilesOfATicket) {
     return ErrorResponse(400, "bad-body",

@@ -9,16 +9,18 @@
 namespace vantry_sim {
 namespace {
 
-using WriteOne = std::function<Refusal(const DocumentInstruction&, std::string& oid)>;
+using WriteOne = std::function<OrRefusal<std::string>(const DocumentInstruction&)>;
 
 /// Carries out all instructions, or none of them, and answers with the documents that came of it.
 Response WriteAll(const ServiceContext& context, const Request& request, JsonValue body, const char* member,
                   const WriteOne& write) {
-  std::vector<DocumentInstruction> instructions;
-  if (auto refusal = ReadInstructions(body, member, instructions)) return std::move(*refusal);
-  std::vector<std::string> oids(instructions.size());
-  for (std::size_t i = 0; i < instructions.size(); ++i) {
-    if (auto refusal = write(instructions[i], oids[i])) return std::move(*refusal);
+  auto instructions = ReadInstructions(body, member);
+  if (!instructions) return instructions.TakeRefusal();
+  std::vector<std::string> oids;
+  for (const DocumentInstruction& instruction : *instructions) {
+    auto oid = write(instruction);
+    if (!oid) return oid.TakeRefusal();
+    oids.push_back(std::move(*oid));
   }
   return DocumentsResponse(context, request, oids);
 }
@@ -26,7 +28,7 @@ Response WriteAll(const ServiceContext& context, const Request& request, JsonVal
 Response Documents(const ServiceContext& context, const Request& request, JsonValue body) {
   std::string problem, contextId;
   JsonMembers members(body, problem);
-  members.Text("contextId", contextId, true);
+  members.Text("contextId", contextId, Presence::Required);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   Resolutions resolutions;
   if (auto refusal = resolutions.Read(body)) return std::move(*refusal);
@@ -37,14 +39,13 @@ Response Documents(const ServiceContext& context, const Request& request, JsonVa
   }
   if (creates) {
     return WriteAll(context, request, body, "createInstructions",
-                    [&](const DocumentInstruction& instruction, std::string& oid) {
-                      return CreateDocument(database, request.user, contextId, instruction, oid);
+                    [&](const DocumentInstruction& instruction) {
+                      return CreateDocument(database, request.user, contextId, instruction);
                     });
   }
-  return WriteAll(context, request, body, "iterateInstructions",
-                  [&](const DocumentInstruction& instruction, std::string& oid) {
-                    return IterateDocument(database, request.user, contextId, instruction, resolutions, oid);
-                  });
+  return WriteAll(context, request, body, "iterateInstructions", [&](const DocumentInstruction& instruction) {
+    return IterateDocument(database, request.user, contextId, instruction, resolutions);
+  });
 }
 
 Response Store(const ServiceContext& context, const Request& request, JsonValue body) {
@@ -53,13 +54,11 @@ Response Store(const ServiceContext& context, const Request& request, JsonValue 
   Resolutions resolutions;
   if (auto refusal = resolutions.Read(body)) return std::move(*refusal);
   Database& database = context.database;
-  return WriteAll(
-      context, request, body, "storeInstructions",
-      [&](const DocumentInstruction& instruction, std::string& oid) {
-        return instruction.id.empty()
-                   ? CreateDocumentInWorkspace(database, request.user, *workspace, instruction, oid)
-                   : StoreDocument(database, request.user, *workspace, instruction, resolutions, oid);
-      });
+  return WriteAll(context, request, body, "storeInstructions", [&](const DocumentInstruction& instruction) {
+    return instruction.id.empty()
+               ? CreateDocumentInWorkspace(database, {request.user, *workspace}, instruction)
+               : StoreDocument(database, {request.user, *workspace}, instruction, resolutions);
+  });
 }
 
 }  // namespace

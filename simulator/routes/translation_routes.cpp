@@ -12,12 +12,11 @@ namespace {
 
 /// The document of the request's path; a refusal for an unknown one and for a version of the service that
 /// isn't offered.
-Refusal FindAddressed(const ServiceContext& context, const Request& request,
-                      std::optional<DocumentRow>& document) {
+OrRefusal<DocumentRow> FindAddressed(const ServiceContext& context, const Request& request) {
   if (!OffersVersion(context.options.generation, "DynamicDocMgmt", request.Path("version"))) {
     return ErrorResponse(404, "no-such-resource", "this server doesn't offer this version of the service");
   }
-  return FindDynamicDocument(context.database, request.Path("id"), request.user, document);
+  return FindDynamicDocument(context.database, request.Path("id"), request.user);
 }
 
 /// The address of one document takes no option that is for lists.
@@ -49,20 +48,18 @@ std::optional<ODataProblem> WriteTranslations(JsonText& json, const ServiceConte
     WriteDocumentMembers(json, row);
     json.EndObject();
   };
-  std::string next;
-  if (!ReadODataPage(context.database, list, *plan, query.skipToken, PageLimit(context, request), write,
-                     next)) {
-    return ODataProblem{400, "the $skiptoken is none of this server's"};
-  }
+  const auto next =
+      ReadODataPage(context.database, {list, *plan, query.skipToken, PageLimit(context, request)}, write);
+  if (!next) return ODataProblem{400, "the $skiptoken is none of this server's"};
   json.EndArray();
-  if (!next.empty()) json.Member("@odata.nextLink", NextPageLink(context, request, next));
+  if (!next->empty()) json.Member("@odata.nextLink", NextPageLink(context, request, *next));
   return std::nullopt;
 }
 
 /// The document itself, which each page of its translations repeats.
 Response OneDocumentAnswer(const ServiceContext& context, const Request& request) {
-  std::optional<DocumentRow> document;
-  if (auto refusal = FindAddressed(context, request, document)) return std::move(*refusal);
+  auto document = FindAddressed(context, request);
+  if (!document) return document.TakeRefusal();
   ODataProblem problem;
   const auto query = ParseODataQuery(request.query, problem);
   if (!query) return ODataRefusal(problem);
@@ -76,8 +73,7 @@ Response OneDocumentAnswer(const ServiceContext& context, const Request& request
   JsonText json;
   json.StartObject().Member("@odata.context", "$metadata#DynamicDocuments/$entity");
   const auto write = [&](const ODataRow& row) { WriteDocumentMembers(json, row); };
-  std::string ignored;
-  static_cast<void>(ReadODataPage(context.database, list, *plan, std::nullopt, 1, write, ignored));
+  static_cast<void>(ReadODataPage(context.database, {list, *plan, std::nullopt, 1}, write));
   if (query->expand) {
     if (const auto refused = WriteTranslations(json, context, request, *document, *query))
       return ODataRefusal(*refused);
@@ -87,8 +83,8 @@ Response OneDocumentAnswer(const ServiceContext& context, const Request& request
 }
 
 Response SourceXliff(const ServiceContext& context, const Request& request) {
-  std::optional<DocumentRow> document;
-  if (auto refusal = FindAddressed(context, request, document)) return std::move(*refusal);
+  auto document = FindAddressed(context, request);
+  if (!document) return document.TakeRefusal();
   ODataProblem problem;
   const auto query = ParseODataQuery(request.query, problem);
   if (!query) return ODataRefusal(problem);
@@ -104,13 +100,13 @@ Response CreateLink(const ServiceContext& context, const Request& request, JsonV
   }
   std::string problem, documentId, xliffId;
   JsonMembers members(body, problem);
-  members.Text("oidForQ7zkDocument", documentId, true).Text("oidForXliffDocument", xliffId, true);
+  members.Text("oidForQ7zkDocument", documentId, Presence::Required)
+      .Text("oidForXliffDocument", xliffId, Presence::Required);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
-  std::optional<DocumentRow> document, xliff;
-  if (auto refusal = FindDynamicDocument(context.database, documentId, request.user, document))
-    return std::move(*refusal);
-  if (auto refusal = FindDynamicDocument(context.database, xliffId, request.user, xliff))
-    return std::move(*refusal);
+  auto document = FindDynamicDocument(context.database, documentId, request.user);
+  if (!document) return document.TakeRefusal();
+  auto xliff = FindDynamicDocument(context.database, xliffId, request.user);
+  if (!xliff) return xliff.TakeRefusal();
   if (auto refusal = LinkXliff(context.database, *document, *xliff)) return std::move(*refusal);
   JsonText json;
   json.StartObject().Member("@odata.context", "$metadata#Edm.String").Member("value", "Success").EndObject();
@@ -118,12 +114,12 @@ Response CreateLink(const ServiceContext& context, const Request& request, JsonV
 }
 
 Response ChangeDocument(const ServiceContext& context, const Request& request, JsonValue body) {
-  std::optional<DocumentRow> document;
-  if (auto refusal = FindAddressed(context, request, document)) return std::move(*refusal);
+  auto document = FindAddressed(context, request);
+  if (!document) return document.TakeRefusal();
   constexpr const char* member = "ZVKDDEXTENDEDDOCTYPE";
   std::string problem, type;
   JsonMembers members(body, problem);
-  members.Text(member, type, true);
+  members.Text(member, type, Presence::Required);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   if (body.Size() != 1) return ErrorResponse(400, "bad-body", "nothing else than the type is changed");
   if (auto refusal = SetExtendedType(context.database, *document, type)) return std::move(*refusal);

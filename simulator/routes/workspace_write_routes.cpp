@@ -12,7 +12,9 @@ namespace {
 Response Create(const ServiceContext& context, const Request& request, JsonValue body) {
   std::string problem, name, contextId, description;
   JsonMembers members(body, problem);
-  members.Text("name", name, true).Text("contextId", contextId, true).Text("description", description);
+  members.Text("name", name, Presence::Required)
+      .Text("contextId", contextId, Presence::Required)
+      .Text("description", description);
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
   const auto place = ContextKey(context.database, contextId);
   if (!place) return ErrorResponse(404, "no-such-context", "no context with this id");

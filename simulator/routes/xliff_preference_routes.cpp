@@ -61,10 +61,8 @@ Response Preferences(const ServiceContext& context, const Request& request) {
   }
   ODataQuery query;
   if (const auto problem = RefuseOptions(request, query)) return ODataRefusal(*problem);
-  std::optional<DocumentRow> document;
-  if (auto refusal = FindDynamicDocument(context.database, question->document, request.user, document)) {
-    return std::move(*refusal);
-  }
+  auto document = FindDynamicDocument(context.database, question->document, request.user);
+  if (!document) return document.TakeRefusal();
   return Page(context, request, query,
               XliffPreferencesFor(context.database, context.options, *document, question->language));
 }

@@ -52,12 +52,12 @@ std::vector<std::int64_t> AddFolders(SeedWriter& writer, const BulkShape& shape,
 /// A file name of the length that the shape has for this document, if it has one.
 std::string CadName(const BulkShape& shape, std::uint32_t i) {
   std::string stem = Numbered("part %07u", i);
-  constexpr std::string_view End = ".lxz";
+  constexpr std::string_view fileEnding = ".lxz";
   if (shape.name) {
     const std::uint64_t length = Spread(*shape.name, i, shape.name->most - shape.name->least + 1);
-    if (length > stem.size() + End.size()) stem.append(length - stem.size() - End.size(), 'x');
+    if (length > stem.size() + fileEnding.size()) stem.append(length - stem.size() - fileEnding.size(), 'x');
   }
-  return stem.append(End);
+  return stem.append(fileEnding);
 }
 
 }  // namespace

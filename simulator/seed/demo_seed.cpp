@@ -196,10 +196,17 @@ void AddDrivetrain(SeedWriter& writer, const Places& p) {
               {1014, "A", 10}});
 }
 
+/// A working copy, where it is and whose it is.
+struct SeedWorkingCopy {
+  std::int64_t number = 0;
+  std::int64_t workspace = 0;
+  std::int64_t user = 0;
+};
+
 /// A document checked out to a workspace: the base stays in its folder, the working copy has the base's
 /// version.
 void AddCheckedOut(SeedWriter& writer, const Places& p, const SeedMaster& master, const Version& base,
-                   std::int64_t workingNumber, std::int64_t workspace, std::int64_t user) {
+                   const SeedWorkingCopy& copy) {
   const auto masterKey = writer.AddMaster(base.number + 1000, master);
   const auto baseKey = writer.AddIteration(masterKey, {.number = base.number,
                                                        .context = p.trekking,
@@ -207,26 +214,26 @@ void AddCheckedOut(SeedWriter& writer, const Places& p, const SeedMaster& master
                                                        .revision = base.revision,
                                                        .iteration = base.iteration,
                                                        .isLatest = true});
-  const auto workingKey = writer.AddIteration(masterKey, {.number = workingNumber,
+  const auto workingKey = writer.AddIteration(masterKey, {.number = copy.number,
                                                           .context = p.trekking,
                                                           .folder = p.drivetrain,
-                                                          .workspace = workspace,
+                                                          .workspace = copy.workspace,
                                                           .revision = base.revision,
                                                           .iteration = base.iteration});
-  const Version working{workingNumber, base.revision, base.iteration};
+  const Version working{copy.number, base.revision, base.iteration};
   writer.AddContent({.iteration = baseKey,
                      .stream = writer.AddStream(base.number * 10, Drawing(master.cadName, base, 200))});
   writer.AddContent({.iteration = workingKey,
-                     .stream = writer.AddStream(workingNumber * 10, Drawing(master.cadName, working, 210))});
-  writer.AddCheckout(baseKey, workingKey, workspace, user);
-  writer.AddWorkspaceDocument(workspace, workingKey);
+                     .stream = writer.AddStream(copy.number * 10, Drawing(master.cadName, working, 210))});
+  writer.AddCheckout(baseKey, workingKey, copy.workspace, copy.user);
+  writer.AddWorkspaceDocument(copy.workspace, workingKey);
 }
 
 void AddWork(SeedWriter& writer, const Places& p) {
   AddCheckedOut(writer, p, {.name = "Brake", .number = "0000100015", .cadName = "brake.lxz"}, {1015, "A", 1},
-                1025, p.brunoBench, p.bruno);
+                {1025, p.brunoBench, p.bruno});
   AddCheckedOut(writer, p, {.name = "Crank", .number = "0000100016", .cadName = "crank.lxz"}, {1016, "A", 1},
-                1026, p.annaBench, p.anna);
+                {1026, p.annaBench, p.anna});
   // Never checked in: it is in no folder.
   const auto saddle = writer.AddIteration(
       writer.AddMaster(2017, {.name = "Saddle", .number = "0000100017", .cadName = "saddle.lxz"}),

@@ -75,7 +75,7 @@ void FixturePlaces::ReadContext(JsonValue value) {
   Name(contexts_, context.name, {context.id, context.id});
   Name(contexts_, context.id, {context.id, context.id});
   if (object.Has("folders")) {
-    context.roots = ReadFolders(object.List("folders"), context.name, context.id, true);
+    context.roots = ReadFolders(object.List("folders"), context.name, context.id, FolderLevel::Root);
   } else {
     FixtureFolder root;
     root.line = context.line;
@@ -89,7 +89,7 @@ void FixturePlaces::ReadContext(JsonValue value) {
 
 /// The depth of the tree was bounded when it was read.
 std::vector<FixtureFolder> FixturePlaces::ReadFolders(JsonValue list, const std::string& path,
-                                                      const std::string& context, bool roots) {
+                                                      const std::string& context, FolderLevel level) {
   std::vector<FixtureFolder> folders;
   std::set<std::string> names;
   for (const JsonValue value : list) {
@@ -105,13 +105,14 @@ std::vector<FixtureFolder> FixturePlaces::ReadFolders(JsonValue list, const std:
       children = object.List("folders");
     }
     if (folder.id.empty())
-      folder.id = folderIds_.Make(roots ? "OR:vn.folder.Cabinet:" : "OR:vn.folder.SubFolder:");
+      folder.id =
+          folderIds_.Make(level == FolderLevel::Root ? "OR:vn.folder.Cabinet:" : "OR:vn.folder.SubFolder:");
     if (!names.insert(folder.name).second)
       problems_.Add(value.Line(), "there are two folders " + folder.name + " in one place");
     const std::string own = path + "/" + folder.name;
     Name(folders_, own, {folder.id, context});
     Name(folders_, folder.id, {folder.id, context});
-    folder.folders = ReadFolders(children, own, context, false);
+    folder.folders = ReadFolders(children, own, context, FolderLevel::Below);
     folders.push_back(std::move(folder));
   }
   return folders;

@@ -41,8 +41,9 @@ class FixturePlaces {
   void ReadContexts(JsonValue list);
   void ReadContext(JsonValue value);
   void ClaimFolders(JsonValue list);
+  enum class FolderLevel { Root, Below };
   std::vector<FixtureFolder> ReadFolders(JsonValue list, const std::string& path, const std::string& context,
-                                         bool roots);
+                                         FolderLevel level);
   void ReadWorkspaces(JsonValue list);
 
   /// What a name stands for; an empty place for a name that several have.

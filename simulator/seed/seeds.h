@@ -22,8 +22,8 @@ enum class Seeding {
 /// @param toBeKept whether a copy of the seed is to be kept, which IsSeedToBeKept then tells
 Seeding SeedOnce(Database& database, ContentStore& contents, const Seed& seed, bool toBeKept = false);
 
-/// Whether a copy of the seed is still to be kept: a process may be killed between filling the database and
-/// copying it, and nobody has written to it then.
+/// Whether the copy of the seed is still missing. A process may have been killed between filling the database and
+/// copying it; nobody has written to it yet.
 bool IsSeedToBeKept(Database& database);
 /// Notes that the copy was made.
 void NoteKeptSeed(Database& database);

@@ -12,19 +12,16 @@
 namespace vantry_sim {
 namespace {
 
-Refusal FindIn(Database& database, std::string_view user, const std::string& id,
-               std::optional<DocumentRow>& document) {
-  document = FindDocument(database, id, user);
-  if (document) return std::nullopt;
+OrRefusal<DocumentRow> FindFor(Database& database, std::string_view user, const std::string& id) {
+  if (auto document = FindDocument(database, id, user)) return std::move(*document);
   return ErrorResponse(404, "no-such-document", "no document " + id + " for this user");
 }
 
 /// The document, if it is something of this workspace alone.
-Refusal FindWork(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                 const std::string& id, std::optional<DocumentRow>& document) {
-  if (auto refusal = FindIn(database, user, id, document)) return refusal;
-  if (document->workspaceKey == workspace.key) return std::nullopt;
-  return ErrorResponse(409, "not-checked-out", id + " is no working copy in " + workspace.oid);
+OrRefusal<DocumentRow> FindWork(Database& database, const WorkspaceUser& user, const std::string& id) {
+  auto document = FindFor(database, user.name, id);
+  if (!document || document->workspaceKey == user.workspace.key) return document;
+  return ErrorResponse(409, "not-checked-out", id + " is no working copy in " + user.workspace.oid);
 }
 
 Refusal RefuseCheckOut(const DocumentRow& document, const WorkspaceRow& workspace) {
@@ -84,11 +81,12 @@ std::int64_t HomeOf(Database& database, const DocumentRow& document) {
 
 }  // namespace
 
-Refusal CheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                 const std::string& id, const Resolutions& resolutions, std::string& workingOid) {
-  std::optional<DocumentRow> document;
-  if (auto refusal = FindIn(database, user, id, document)) return refusal;
-  if (auto refusal = RefuseCheckOut(*document, workspace)) return refusal;
+OrRefusal<std::string> CheckOut(Database& database, const WorkspaceUser& user, const std::string& id,
+                                const Resolutions& resolutions) {
+  const WorkspaceRow& workspace = user.workspace;
+  auto document = FindFor(database, user.name, id);
+  if (!document) return document.TakeRefusal();
+  if (auto refusal = RefuseCheckOut(*document, workspace)) return std::move(*refusal);
   if (HoldsMaster(database, workspace.key, document->masterKey) &&
       !resolutions.Resolve(Conflict::AlreadyInWorkspace, document->masterOid)) {
     return Resolutions::Unresolved(Conflict::AlreadyInWorkspace, document->masterOid);
@@ -107,27 +105,27 @@ Refusal CheckOut(Database& database, std::string_view user, const WorkspaceRow& 
   database.Prepare("INSERT INTO checkouts(base, working, workspace, user) VALUES(?1, ?2, ?3, ?4)")
       .Bind(document->key, working, workspace.key, workspace.ownerKey)
       .Run();
-  workingOid = OidOf(database, working);
-  return std::nullopt;
+  return OidOf(database, working);
 }
 
-Refusal CheckIn(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                const std::string& id, const CheckInOrder& order, const Resolutions& resolutions,
-                std::string& oid) {
-  std::optional<DocumentRow> work;
-  if (auto refusal = FindWork(database, user, workspace, id, work)) return refusal;
+OrRefusal<std::string> CheckIn(Database& database, const WorkspaceUser& user, const std::string& id,
+                               const CheckInOrder& order, const Resolutions& resolutions) {
+  auto work = FindWork(database, user, id);
+  if (!work) return work.TakeRefusal();
   if (HasStaleContent(database, work->key) && !resolutions.Resolve(Conflict::StaleContent, work->oid)) {
     return Resolutions::Unresolved(Conflict::StaleContent, work->oid);
   }
   const std::int64_t folder = HomeOf(database, *work);
-  if (auto refusal = RefuseTakenName(database, folder, work->cadName, work->masterKey)) return refusal;
+  if (auto refusal = RefuseTakenName(database, folder, work->cadName, work->masterKey)) {
+    return std::move(*refusal);
+  }
 
   if (work->checkoutBaseKey) {
     database.Prepare("DELETE FROM checkouts WHERE working = ?1").Bind(work->key).Run();
     database.Prepare("UPDATE iterations SET is_latest = 0 WHERE id = ?1").Bind(*work->checkoutBaseKey).Run();
   }
   // A client that goes on with the working copy's id is to find out.
-  oid = "D" + std::to_string(NextNumber(database));
+  const std::string oid = "D" + std::to_string(NextNumber(database));
   database
       .Prepare(
           "UPDATE iterations SET oid = ?2, workspace = NULL, folder = nullif(?3, 0), target_folder = NULL, "
@@ -135,22 +133,21 @@ Refusal CheckIn(Database& database, std::string_view user, const WorkspaceRow& w
           "WHERE id = ?1")
       .Bind(work->key, oid, folder, work->checkoutBaseKey ? 1 : 0, order.comment)
       .Run();
-  if (order.removeFromWorkspace) RemoveMaster(database, workspace.key, work->masterKey);
-  return std::nullopt;
+  if (order.removeFromWorkspace) RemoveMaster(database, user.workspace.key, work->masterKey);
+  return oid;
 }
 
-Refusal UndoCheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                     const std::string& id, std::string& baseOid) {
-  std::optional<DocumentRow> work;
-  if (auto refusal = FindWork(database, user, workspace, id, work)) return refusal;
+OrRefusal<std::string> UndoCheckOut(Database& database, const WorkspaceUser& user, const std::string& id) {
+  auto work = FindWork(database, user, id);
+  if (!work) return work.TakeRefusal();
   if (!work->checkoutBaseKey) {
     return ErrorResponse(409, "not-checked-out",
                          id + " was never checked in, and there is nothing to go back to");
   }
-  baseOid = OidOf(database, *work->checkoutBaseKey);
+  std::string baseOid = OidOf(database, *work->checkoutBaseKey);
   DeleteIteration(database, work->key, work->checkoutBaseKey);
-  AddToWorkspace(database, workspace.key, *work->checkoutBaseKey);
-  return std::nullopt;
+  AddToWorkspace(database, user.workspace.key, *work->checkoutBaseKey);
+  return baseOid;
 }
 
 void DeleteWorkspace(Database& database, const WorkspaceRow& workspace) {

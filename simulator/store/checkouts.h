@@ -7,7 +7,7 @@
 #include "simulator/store/conflict_resolution.h"
 #include "simulator/store/database.h"
 #include "simulator/store/workspace_store.h"
-#include "simulator/wire/messages.h"
+#include "simulator/wire/or_refusal.h"
 
 namespace vantry_sim {
 
@@ -16,8 +16,8 @@ namespace vantry_sim {
 
 /// Puts a working copy into the workspace and locks the document for its owner. The working copy has an id of
 /// its own and the document's version.
-Refusal CheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                 const std::string& id, const Resolutions& resolutions, std::string& workingOid);
+OrRefusal<std::string> CheckOut(Database& database, const WorkspaceUser& user, const std::string& id,
+                                const Resolutions& resolutions);
 
 /// How a check-in is to be done.
 struct CheckInOrder {
@@ -27,13 +27,11 @@ struct CheckInOrder {
 
 /// Makes a working copy the document's next iteration, or a new document its first one. It gets a new id; the
 /// working copy's is gone.
-Refusal CheckIn(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                const std::string& id, const CheckInOrder& order, const Resolutions& resolutions,
-                std::string& oid);
+OrRefusal<std::string> CheckIn(Database& database, const WorkspaceUser& user, const std::string& id,
+                               const CheckInOrder& order, const Resolutions& resolutions);
 
 /// Throws a working copy away. The document stays in the workspace without a checkout.
-Refusal UndoCheckOut(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                     const std::string& id, std::string& baseOid);
+OrRefusal<std::string> UndoCheckOut(Database& database, const WorkspaceUser& user, const std::string& id);
 
 /// Deletes a workspace with all that is only in it: working copies, whose checkouts end, and documents that
 /// were never checked in.

@@ -45,14 +45,17 @@ Refusal Resolutions::Read(JsonValue body) {
 Refusal Resolutions::ReadOne(JsonValue value) {
   std::string problem, code, option;
   JsonMembers members(value, problem);
-  members.Text("code", code, true).Text("resolutionOption", option, true);
-  const JsonValue entities = members.Array("appliedEntities", true);
+  members.Text("code", code, Presence::Required).Text("resolutionOption", option, Presence::Required);
+  const JsonValue entities = members.Array("appliedEntities", Presence::Required);
   if (!problem.empty()) return BadResolution(problem);
   for (const Form& form : forms) {
     if (form.code != code || form.option != option) continue;
     for (const JsonValue entity : entities) {
       std::string type, field, id;
-      JsonMembers(entity, problem).Text("type", type, true).Text("field", field, true).Text("value", id);
+      JsonMembers(entity, problem)
+          .Text("type", type, Presence::Required)
+          .Text("field", field, Presence::Required)
+          .Text("value", id);
       if (!problem.empty()) return BadResolution(problem);
       if (type != form.type || field != "id")
         return BadResolution("this conflict is about the id of another type");

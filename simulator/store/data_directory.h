@@ -16,7 +16,7 @@ namespace vantry_sim {
 class DataDirectory {
  public:
   /// Opens or makes the directory and seeds it unless it was seeded before. A seeding that was cut off left
-  /// nothing in the database and starts anew. @throws std::exception when it cannot be used
+  /// nothing in the database and starts again. @throws std::exception when it cannot be used
   explicit DataDirectory(const Options& options);
   /// Opens one that was seeded before, to be read. @throws std::exception when there is none
   static std::unique_ptr<DataDirectory> OpenFilled(const std::string& directory);

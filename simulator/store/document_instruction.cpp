@@ -10,11 +10,12 @@ namespace {
 ContentInstruction ReadContent(JsonValue value, std::string& problem) {
   ContentInstruction content;
   JsonMembers members(value, problem);
-  members.Text("category", content.category, true).Text("fileName", content.fileName, true);
+  members.Text("category", content.category, Presence::Required)
+      .Text("fileName", content.fileName, Presence::Required);
   members.Flag("isHidden", content.isHidden);
   if (!members.Has("streamId")) return content;
   members.Number("streamId", content.stream.emplace(0));
-  if (const JsonValue info = members.Object("uploadInfo", true); !info.IsMissing()) {
+  if (const JsonValue info = members.Object("uploadInfo", Presence::Required); !info.IsMissing()) {
     JsonMembers(info, problem).Text("encodedCCD", content.receipt);
   }
   return content;
@@ -32,13 +33,14 @@ void ReadAttributes(JsonMembers& document, std::string& problem, DocumentInstruc
   for (const JsonValue value : array) {
     AttributeInstruction attribute;
     JsonMembers members(value, problem);
-    if (const JsonValue definition = members.Object("parameterDefinition", true); !definition.IsMissing()) {
+    if (const JsonValue definition = members.Object("parameterDefinition", Presence::Required);
+        !definition.IsMissing()) {
       JsonMembers names(definition, problem);
-      names.Text("parameterName", attribute.parameterName, true)
+      names.Text("parameterName", attribute.parameterName, Presence::Required)
           .Text("attributeName", attribute.attributeName);
-      names.Text("valueType", attribute.valueType, true);
+      names.Text("valueType", attribute.valueType, Presence::Required);
     }
-    if (const JsonValue given = members.Object("parameterValue", true); !given.IsMissing()) {
+    if (const JsonValue given = members.Object("parameterValue", Presence::Required); !given.IsMissing()) {
       JsonMembers(given, problem).Text("value", attribute.value);
     }
     attributes.push_back(std::move(attribute));
@@ -49,7 +51,8 @@ void ReadAttributes(JsonMembers& document, std::string& problem, DocumentInstruc
 void ReadDependencies(JsonMembers& document, std::string& problem, DocumentInstruction& out) {
   bool derived = false;
   document.Flag("isDerived", derived);
-  JsonValue array = document.Array("derivedSourceDependencies", derived);
+  JsonValue array =
+      document.Array("derivedSourceDependencies", derived ? Presence::Required : Presence::Optional);
   if (!document.Has("isDerived") && array.IsMissing()) return;
   auto& dependencies = out.dependencies.emplace();
   if (array.IsMissing()) return;
@@ -57,8 +60,8 @@ void ReadDependencies(JsonMembers& document, std::string& problem, DocumentInstr
     DependencyInstruction dependency;
     JsonMembers members(value, problem);
     members.Text("asStoredChildName", dependency.asStoredChildName).Flag("isDirect", dependency.isDirect);
-    if (const JsonValue source = members.Object("source", true); !source.IsMissing()) {
-      JsonMembers(source, problem).Text("id", dependency.source, true);
+    if (const JsonValue source = members.Object("source", Presence::Required); !source.IsMissing()) {
+      JsonMembers(source, problem).Text("id", dependency.source, Presence::Required);
     }
     dependencies.push_back(std::move(dependency));
   }
@@ -68,13 +71,14 @@ void ReadDocument(JsonValue value, std::string& problem, DocumentInstruction& ou
   JsonMembers document(value, problem);
   document.Text("id", out.id).Text("authAppVersion", out.authAppVersion).Text("ndVersion", out.ndVersion);
   document.Text("typeId", out.typeId);
-  if (const JsonValue master = document.Object("epmMaster", true); !master.IsMissing()) {
+  if (const JsonValue master = document.Object("epmMaster", Presence::Required); !master.IsMissing()) {
     JsonMembers members(master, problem);
-    members.Text("cadName", out.cadName, true).Text("category", out.category);
+    members.Text("cadName", out.cadName, Presence::Required).Text("category", out.category);
     members.Text("subCategory", out.subCategory).Text("authoringApplication", out.application);
   }
-  if (const JsonValue content = document.Object("cadContent", true); !content.IsMissing()) {
-    ReadContents(JsonMembers(content, problem).Array("contentSections", true), problem, out.primary);
+  if (const JsonValue content = document.Object("cadContent", Presence::Required); !content.IsMissing()) {
+    ReadContents(JsonMembers(content, problem).Array("contentSections", Presence::Required), problem,
+                 out.primary);
   }
   ReadContents(document.Array("secondaryContents"), problem, out.secondary);
   ReadAttributes(document, problem, out);
@@ -87,22 +91,23 @@ void ReadDocument(JsonValue value, std::string& problem, DocumentInstruction& ou
 
 }  // namespace
 
-Refusal ReadInstructions(JsonValue body, const char* member, std::vector<DocumentInstruction>& out) {
+OrRefusal<std::vector<DocumentInstruction>> ReadInstructions(JsonValue body, const char* member) {
   std::string problem;
-  JsonValue array = JsonMembers(body, problem).Array(member, true);
+  JsonValue array = JsonMembers(body, problem).Array(member, Presence::Required);
   if (problem.empty() && array.Size() == 0) problem = std::string(member) + " is empty";
   if (problem.empty() && array.Size() > mostInstructions) problem = std::string(member) + " is too long";
   if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
+  std::vector<DocumentInstruction> instructions;
   for (const JsonValue value : array) {
     DocumentInstruction instruction;
     JsonMembers members(value, problem);
     members.Text("targetFolderId", instruction.targetFolder);
-    if (const JsonValue document = members.Object("epmDocument", true); !document.IsMissing())
+    if (const JsonValue document = members.Object("epmDocument", Presence::Required); !document.IsMissing())
       ReadDocument(document, problem, instruction);
     if (!problem.empty()) return ErrorResponse(400, "bad-body", problem);
-    out.push_back(std::move(instruction));
+    instructions.push_back(std::move(instruction));
   }
-  return std::nullopt;
+  return instructions;
 }
 
 }  // namespace vantry_sim

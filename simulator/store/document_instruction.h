@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "simulator/wire/json_value.h"
-#include "simulator/wire/messages.h"
+#include "simulator/wire/or_refusal.h"
 
 namespace vantry_sim {
 
@@ -56,6 +56,6 @@ inline constexpr std::size_t mostInstructions = 1000;
 /// Reads an array of instructions.
 /// @param member such as "createInstructions"; must be there and hold something
 /// @return a refusal with 400 that says which member is wrong
-Refusal ReadInstructions(JsonValue body, const char* member, std::vector<DocumentInstruction>& out);
+OrRefusal<std::vector<DocumentInstruction>> ReadInstructions(JsonValue body, const char* member);
 
 }  // namespace vantry_sim

@@ -8,8 +8,8 @@ namespace vantry_sim {
 namespace {
 
 constexpr ODataProperty id{"ID", "i.oid"};
-constexpr ODataProperty Name{"Name", "m.name"};
-constexpr ODataProperty Number{"Number", "m.number"};
+constexpr ODataProperty name{"Name", "m.name"};
+constexpr ODataProperty number{"Number", "m.number"};
 constexpr ODataProperty version{"Version", "i.revision || '.' || i.iteration", "i.version_key"};
 // A text for everybody who may look, and an empty one, never null, for what nobody has checked out.
 constexpr ODataProperty checkOutStatus{
@@ -27,17 +27,17 @@ constexpr ODataProperty extendedType{"ZVKDDEXTENDEDDOCTYPE",
                                      "AND a.parameter_name = 'ZVK_DD_EXTENDED_DOC_TYPE'), '')"};
 
 constexpr std::array dynamicProperties{id,           ODataProperty{"CADName", "m.cad_name"},
-                                       Name,         Number,
+                                       name,         number,
                                        version,      checkOutStatus,
                                        lastModified, authoringLanguage,
                                        extendedType};
 constexpr std::array cadProperties{
-    id, ODataProperty{"FileName", "m.cad_name"}, Name, Number, version, checkOutStatus, lastModified};
-constexpr ODataEntity Dynamic{dynamicProperties, "i.id", "Version", true};
-constexpr ODataEntity Cad{cadProperties, "i.id", "Version", true};
+    id, ODataProperty{"FileName", "m.cad_name"}, name, number, version, checkOutStatus, lastModified};
+constexpr ODataEntity dynamicDocuments{dynamicProperties, "i.id", "Version", true};
+constexpr ODataEntity cadDocuments{cadProperties, "i.id", "Version", true};
 
 const ODataEntity& EntityOf(DocumentService service) {
-  return service == DocumentService::Dynamic ? Dynamic : Cad;
+  return service == DocumentService::Dynamic ? dynamicDocuments : cadDocuments;
 }
 
 std::string WordOf(DocumentService service) {
@@ -96,20 +96,18 @@ void WriteVersions(JsonText& json, Database& database, std::int64_t iteration, D
     json.EndObject();
   };
   constexpr std::uint64_t mostVersions = 10'000;
-  std::string ignored;
-  if (plan)
-    static_cast<void>(ReadODataPage(database, versions, *plan, std::nullopt, mostVersions, write, ignored));
+  if (plan) static_cast<void>(ReadODataPage(database, {versions, *plan, std::nullopt, mostVersions}, write));
   json.EndArray();
 }
 
 ODataCollection OneDocument(std::int64_t iteration) {
-  ODataCollection list{&Dynamic, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
+  ODataCollection list{&dynamicDocuments, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
   list.where.Add("i.id = ").Value(iteration);
   return list;
 }
 
 ODataCollection Translations(std::int64_t xliffMaster) {
-  ODataCollection list{&Dynamic, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
+  ODataCollection list{&dynamicDocuments, "iterations i JOIN masters m ON m.id = i.master", SqlText()};
   list.where.Add("i.master IN (SELECT translated FROM translations WHERE xliff = ").Value(xliffMaster);
   list.where.Add(") AND i.is_latest = 1 AND i.workspace IS NULL");
   return list;
@@ -120,8 +118,9 @@ void WriteDocumentMembers(JsonText& json, const ODataRow& row) {
 }
 
 bool VersionsHave(DocumentService service, const ODataExpand& expand) {
-  return std::all_of(expand.select.begin(), expand.select.end(),
-                     [service](const std::string& name) { return EntityOf(service).Find(name) != nullptr; });
+  return std::all_of(expand.select.begin(), expand.select.end(), [service](const std::string& wanted) {
+    return EntityOf(service).Find(wanted) != nullptr;
+  });
 }
 
 }  // namespace vantry_sim

@@ -52,7 +52,7 @@ Refusal RefuseForCreation(const DocumentInstruction& instruction) {
   return ErrorResponse(400, "bad-body", "a document that is to be made has no id yet");
 }
 
-Refusal NoSuchDocument(const std::string& id) {
+Response NoSuchDocument(const std::string& id) {
   return ErrorResponse(404, "no-such-document", "no document " + id + " for this user");
 }
 
@@ -95,30 +95,33 @@ Refusal RefuseTakenName(Database& database, std::int64_t folder, std::string_vie
                        "the folder has another " + std::string(cadName) + ": " + statement.Text(0));
 }
 
-Refusal CreateDocument(Database& database, std::string_view user, std::string_view contextOid,
-                       const DocumentInstruction& instruction, std::string& oid) {
-  if (auto refusal = RefuseForCreation(instruction)) return refusal;
+OrRefusal<std::string> CreateDocument(Database& database, std::string_view user, std::string_view contextOid,
+                                      const DocumentInstruction& instruction) {
+  if (auto refusal = RefuseForCreation(instruction)) return std::move(*refusal);
   const auto context = ContextKey(database, contextOid);
   if (!context) return ErrorResponse(404, "no-such-context", "no context with this id");
   std::int64_t folder = 0;
-  if (auto refusal = TargetFolder(database, *context, instruction, folder)) return refusal;
-  if (auto refusal = RefuseTakenName(database, folder, instruction.cadName, 0)) return refusal;
+  if (auto refusal = TargetFolder(database, *context, instruction, folder)) return std::move(*refusal);
+  if (auto refusal = RefuseTakenName(database, folder, instruction.cadName, 0)) return std::move(*refusal);
   const std::int64_t iteration = InsertIteration(database, {.master = InsertMaster(database, instruction),
                                                             .context = *context,
                                                             .folder = folder,
                                                             .isLatest = true,
                                                             .authAppVersion = instruction.authAppVersion,
                                                             .ndVersion = instruction.ndVersion});
-  oid = OidOf(database, iteration);
-  return WriteParts(database, user, instruction, iteration, std::nullopt);
+  if (auto refusal = WriteParts(database, user, instruction, iteration, std::nullopt))
+    return std::move(*refusal);
+  return OidOf(database, iteration);
 }
 
-Refusal CreateDocumentInWorkspace(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                                  const DocumentInstruction& instruction, std::string& oid) {
-  if (auto refusal = RefuseForCreation(instruction)) return refusal;
+OrRefusal<std::string> CreateDocumentInWorkspace(Database& database, const WorkspaceUser& user,
+                                                 const DocumentInstruction& instruction) {
+  const WorkspaceRow& workspace = user.workspace;
+  if (auto refusal = RefuseForCreation(instruction)) return std::move(*refusal);
   std::int64_t folder = 0;
-  if (auto refusal = TargetFolder(database, workspace.contextKey, instruction, folder)) return refusal;
-  if (auto refusal = RefuseTakenName(database, folder, instruction.cadName, 0)) return refusal;
+  if (auto refusal = TargetFolder(database, workspace.contextKey, instruction, folder))
+    return std::move(*refusal);
+  if (auto refusal = RefuseTakenName(database, folder, instruction.cadName, 0)) return std::move(*refusal);
   const std::int64_t iteration = InsertIteration(database, {.master = InsertMaster(database, instruction),
                                                             .context = workspace.contextKey,
                                                             .workspace = workspace.key,
@@ -129,13 +132,14 @@ Refusal CreateDocumentInWorkspace(Database& database, std::string_view user, con
   database.Prepare("INSERT INTO workspace_documents(workspace, iteration) VALUES(?1, ?2)")
       .Bind(workspace.key, iteration)
       .Run();
-  oid = OidOf(database, iteration);
-  return WriteParts(database, user, instruction, iteration, std::nullopt);
+  if (auto refusal = WriteParts(database, user.name, instruction, iteration, std::nullopt))
+    return std::move(*refusal);
+  return OidOf(database, iteration);
 }
 
-Refusal IterateDocument(Database& database, std::string_view user, std::string_view contextOid,
-                        const DocumentInstruction& instruction, const Resolutions& resolutions,
-                        std::string& oid) {
+OrRefusal<std::string> IterateDocument(Database& database, std::string_view user, std::string_view contextOid,
+                                       const DocumentInstruction& instruction,
+                                       const Resolutions& resolutions) {
   const auto document = FindDocument(database, instruction.id, user);
   if (!document) return NoSuchDocument(instruction.id);
   if (document->contextOid != contextOid) {
@@ -146,8 +150,8 @@ Refusal IterateDocument(Database& database, std::string_view user, std::string_v
                          instruction.id + " is stored in its workspace and not iterated");
   }
   if (!document->isLatest) return ErrorResponse(409, "not-latest", instruction.id + " has a newer version");
-  if (auto refusal = RefuseForIteration(*document, instruction)) return refusal;
-  if (auto refusal = RefuseUnresolvedUse(database, *document, resolutions)) return refusal;
+  if (auto refusal = RefuseForIteration(*document, instruction)) return std::move(*refusal);
+  if (auto refusal = RefuseUnresolvedUse(database, *document, resolutions)) return std::move(*refusal);
 
   database.Prepare("UPDATE iterations SET is_latest = 0 WHERE id = ?1").Bind(document->key).Run();
   const std::int64_t iteration = InsertIteration(database, {.master = document->masterKey,
@@ -158,28 +162,30 @@ Refusal IterateDocument(Database& database, std::string_view user, std::string_v
                                                             .isLatest = true,
                                                             .authAppVersion = instruction.authAppVersion,
                                                             .ndVersion = instruction.ndVersion});
-  oid = OidOf(database, iteration);
-  return WriteParts(database, user, instruction, iteration, document->key);
+  if (auto refusal = WriteParts(database, user, instruction, iteration, document->key))
+    return std::move(*refusal);
+  return OidOf(database, iteration);
 }
 
-Refusal StoreDocument(Database& database, std::string_view user, const WorkspaceRow& workspace,
-                      const DocumentInstruction& instruction, const Resolutions& resolutions,
-                      std::string& oid) {
-  const auto document = FindDocument(database, instruction.id, user);
+OrRefusal<std::string> StoreDocument(Database& database, const WorkspaceUser& user,
+                                     const DocumentInstruction& instruction, const Resolutions& resolutions) {
+  const auto document = FindDocument(database, instruction.id, user.name);
   if (!document) return NoSuchDocument(instruction.id);
-  if (document->workspaceKey != workspace.key) {
-    return ErrorResponse(409, "not-checked-out", instruction.id + " is no working copy in " + workspace.oid);
+  if (document->workspaceKey != user.workspace.key) {
+    return ErrorResponse(409, "not-checked-out",
+                         instruction.id + " is no working copy in " + user.workspace.oid);
   }
-  if (auto refusal = RefuseForIteration(*document, instruction)) return refusal;
-  if (auto refusal = RefuseUnresolvedUse(database, *document, resolutions)) return refusal;
+  if (auto refusal = RefuseForIteration(*document, instruction)) return std::move(*refusal);
+  if (auto refusal = RefuseUnresolvedUse(database, *document, resolutions)) return std::move(*refusal);
   database
       .Prepare(
           "UPDATE iterations SET auth_app_version = ?2, nd_version = ?3, "
           "modified = server_time() WHERE id = ?1")
       .Bind(document->key, instruction.authAppVersion, instruction.ndVersion)
       .Run();
-  oid = document->oid;
-  return WriteParts(database, user, instruction, document->key, document->key);
+  if (auto refusal = WriteParts(database, user.name, instruction, document->key, document->key))
+    return std::move(*refusal);
+  return document->oid;
 }
 
 }  // namespace vantry_sim

@@ -61,7 +61,7 @@ Refusal CarriedContent(const ContentInstruction& instruction, const std::vector<
       "the version before has no forwardable content " + instruction.category + " " + instruction.fileName);
 }
 
-/// Whether a content that is to be carried comes anew in the same instructions: a version has one of each
+/// Whether a content that is to be carried comes again in the same instructions: a version has one of each
 /// category and name.
 bool IsReplaced(const ContentInstruction& carried, const std::vector<ContentInstruction>& instructions) {
   return std::any_of(instructions.begin(), instructions.end(), [&](const ContentInstruction& other) {
@@ -69,15 +69,21 @@ bool IsReplaced(const ContentInstruction& carried, const std::vector<ContentInst
   });
 }
 
-Refusal WriteContents(Database& database, std::string_view user, std::string_view role,
-                      const std::vector<ContentInstruction>& instructions,
-                      const std::vector<ContentRow>& before, std::int64_t iteration) {
+/// The contents of one role that an iteration gets.
+struct NewContents {
+  std::string_view role;
+  const std::vector<ContentInstruction>& instructions;
+  const std::vector<ContentRow>& before;  ///< those that may be carried over
+};
+
+Refusal WriteContents(Database& database, std::string_view user, std::int64_t iteration,
+                      const NewContents& contents) {
   std::int64_t position = 0;
-  for (const ContentInstruction& instruction : instructions) {
-    if (!instruction.stream && IsReplaced(instruction, instructions)) continue;
-    NewContent content{role, position++, instruction.category, instruction.fileName};
+  for (const ContentInstruction& instruction : contents.instructions) {
+    if (!instruction.stream && IsReplaced(instruction, contents.instructions)) continue;
+    NewContent content{contents.role, position++, instruction.category, instruction.fileName};
     auto refusal = instruction.stream ? UploadedContent(database, user, instruction, content)
-                                      : CarriedContent(instruction, before, content);
+                                      : CarriedContent(instruction, contents.before, content);
     if (refusal) return refusal;
     InsertContent(database, iteration, content);
   }
@@ -185,10 +191,10 @@ Refusal WriteParts(Database& database, std::string_view user, const DocumentInst
       before ? ContentsOf(database, *before, ContentRole::Secondary) : std::vector<ContentRow>();
   const bool inPlace = before == iteration;
   DeleteFrom(database, "contents", iteration);
-  if (auto refusal = WriteContents(database, user, "primary", instruction.primary, {}, iteration))
+  if (auto refusal = WriteContents(database, user, iteration, {"primary", instruction.primary, {}}))
     return refusal;
   if (auto refusal =
-          WriteContents(database, user, "secondary", instruction.secondary, secondary, iteration)) {
+          WriteContents(database, user, iteration, {"secondary", instruction.secondary, secondary})) {
     return refusal;
   }
   if (instruction.attributes) {

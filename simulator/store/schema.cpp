@@ -147,7 +147,7 @@ ALTER TABLE iterations ADD COLUMN service TEXT NOT NULL DEFAULT 'dynamic';
 UPDATE iterations SET service = (SELECT m.service FROM masters m WHERE m.id = iterations.master);
 ALTER TABLE iterations ADD COLUMN modified TEXT NOT NULL DEFAULT '2026-01-05T08:00:00Z';
 
--- Sorts as versions do: revisions count A to Z and on with AA, and iteration 10 comes behind 9.
+-- Sorts as versions do: revisions count A to Z and on with AA, and iteration 10 comes after 9.
 ALTER TABLE iterations ADD COLUMN version_key TEXT
   AS (printf('%04d%s.%010d', length(revision), revision, iteration)) VIRTUAL;
 
@@ -161,7 +161,7 @@ CREATE INDEX iterations_by_service ON iterations(service, version_key DESC, id);
 CREATE TABLE counters(name TEXT PRIMARY KEY, next INTEGER NOT NULL) WITHOUT ROWID;
 INSERT INTO counters VALUES('id', 10000001);
 
--- Where a document that has never been checked in will stand.
+-- Where a document that has never been checked in will be.
 ALTER TABLE iterations ADD COLUMN target_folder INTEGER REFERENCES folders(id);
 ALTER TABLE iterations ADD COLUMN comment TEXT NOT NULL DEFAULT '';
 ALTER TABLE masters ADD COLUMN type_id TEXT NOT NULL DEFAULT '';
@@ -184,7 +184,7 @@ CREATE TABLE ticket_streams(
   PRIMARY KEY(ticket, file_name)) WITHOUT ROWID;
 )sql",
     R"sql(
--- The source XLIFF of a document is one iteration of the XLIFF document, and stays so until it is linked anew.
+-- The source XLIFF of a document is one iteration of the XLIFF document, and stays so until it is linked again.
 DROP TABLE translations;
 CREATE TABLE xliff_links(
   document INTEGER PRIMARY KEY REFERENCES iterations(id),
@@ -198,7 +198,7 @@ CREATE TABLE translations(
   PRIMARY KEY(xliff, translated)) WITHOUT ROWID;
 )sql",
     R"sql(
--- The columns of the key come first: where another one stands between them, SQLite's integrity check takes
+-- The columns of the key come first: where another one is between them, SQLite's integrity check takes
 -- values of a table without row ids for NULL.
 CREATE TABLE ordered_ticket_streams(
   ticket INTEGER NOT NULL REFERENCES tickets(id),

@@ -14,7 +14,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr std::string_view End = ".db";
+constexpr std::string_view databaseEnding = ".db";
 /// No name begins with a point.
 constexpr std::string_view partFront = ".part-";
 constexpr std::size_t longestName = 64;
@@ -50,7 +50,7 @@ bool Snapshots::IsName(std::string_view name) {
 
 std::filesystem::path Snapshots::FileOf(const std::string& name) const {
   if (!IsName(name)) throw std::runtime_error("no name of a snapshot");
-  return directory_ / (name + std::string(End));
+  return directory_ / (name + std::string(databaseEnding));
 }
 
 void Snapshots::Take(Database& database, const std::string& name) {
@@ -70,8 +70,8 @@ std::vector<Snapshots::Listed> Snapshots::List() const {
   for (const auto& entry : std::filesystem::directory_iterator(directory_)) {
     std::string name = entry.path().filename().string();
     struct stat status {};
-    if (!name.ends_with(End) || stat(entry.path().c_str(), &status) != 0) continue;
-    name.resize(name.size() - End.size());
+    if (!name.ends_with(databaseEnding) || stat(entry.path().c_str(), &status) != 0) continue;
+    name.resize(name.size() - databaseEnding.size());
     const std::int64_t taken =
         std::int64_t{status.st_mtim.tv_sec} * 1000 + status.st_mtim.tv_nsec / 1'000'000;
     list.push_back({std::move(name), taken, static_cast<std::uint64_t>(status.st_size)});

@@ -40,10 +40,9 @@ Refusal RefuseLink(Database& database, const DocumentRow& document, const Docume
 
 }  // namespace
 
-Refusal FindDynamicDocument(Database& database, std::string_view oid, std::string_view user,
-                            std::optional<DocumentRow>& document) {
-  document = FindDocument(database, oid, user);
-  if (document && document->service == "dynamic") return std::nullopt;
+OrRefusal<DocumentRow> FindDynamicDocument(Database& database, std::string_view oid, std::string_view user) {
+  auto document = FindDocument(database, oid, user);
+  if (document && document->service == "dynamic") return std::move(*document);
   return ErrorResponse(404, "no-such-document", "no dynamic document " + std::string(oid) + " for this user");
 }
 

@@ -7,14 +7,13 @@
 
 #include "simulator/store/database.h"
 #include "simulator/store/document_store.h"
-#include "simulator/wire/messages.h"
+#include "simulator/wire/or_refusal.h"
 
 namespace vantry_sim {
 
 /// The dynamic document with this id; a refusal with 404 for an unknown one, a CAD document, and somebody
 /// else's working copy.
-Refusal FindDynamicDocument(Database& database, std::string_view oid, std::string_view user,
-                            std::optional<DocumentRow>& document);
+OrRefusal<DocumentRow> FindDynamicDocument(Database& database, std::string_view oid, std::string_view user);
 
 /// Row id of the iteration that is the document's source XLIFF: what was linked to this version of it or,
 /// where nothing was, to the version before. Nothing for a document that was never linked.

@@ -21,7 +21,7 @@ class UploadReceiver final : private PartSink {
  public:
   UploadReceiver(const ContentStore& contents, UploadTicket ticket, std::string_view boundary);
 
-  /// Reads on. Behind a problem the bytes are dropped.
+  /// Reads on. After a problem the bytes are dropped.
   void Receive(std::string_view bytes);
 
   /// To be called when the body has ended. @return what is wrong with it

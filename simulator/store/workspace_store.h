@@ -21,6 +21,12 @@ struct WorkspaceRow {
   std::int64_t ownerKey = 0;
 };
 
+/// Somebody, and the workspace of theirs that they work in.
+struct WorkspaceUser {
+  std::string_view name;
+  const WorkspaceRow& workspace;
+};
+
 /// The user's workspaces in a context, in the order they were made.
 std::vector<WorkspaceRow> WorkspacesOf(Database& database, std::string_view contextOid,
                                        std::string_view user);

@@ -11,7 +11,7 @@ namespace vantry_sim {
 
 /// How much memory long answers may take together while clients read them, so that many who ask for long
 /// lists and read slowly cannot take all that the machine has. One client gets three quarters at most. An
-/// answer that several have counts once, for the client that had it made. Not for several threads at once,
+/// answer that several clients share counts once, for the client that asked first. Not for several threads at once,
 /// but answers may go on any thread.
 class AnswerMemory {
  public:

@@ -41,8 +41,8 @@ struct GateLimits {
   std::chrono::milliseconds idle{300'000};    ///< silence between two requests
   std::chrono::milliseconds head{30'000};     ///< from the first byte of a head to its last
   std::chrono::milliseconds prepare{10'000};  ///< for what comes before the first request, such as TLS
-  std::chrono::milliseconds body{60'000};     ///< for a body, beside a second for each KiB that came of it
-  /// That a client keeps an answer waiting in all, beside a second for each 64 KiB that it took of it.
+  std::chrono::milliseconds body{60'000};     ///< for a body, plus a second for each KiB that came of it
+  /// How long a client may keep an answer waiting in all, plus a second for each 64 KiB that it took.
   std::chrono::milliseconds answer{600'000};
 };
 

@@ -42,7 +42,7 @@ class FaultTable {
   /// Removes all rules.
   void Clear();
 
-  /// These rules alone, counted anew.
+  /// These rules alone, counted again.
   void Reset(const std::vector<std::string>& texts);
 
   /// All rules, in the order in which they count.

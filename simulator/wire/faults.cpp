@@ -124,9 +124,13 @@ const char* TakeModifiers(std::string_view& text, FaultRule& rule) {
   return nullptr;
 }
 
-/// Reads everything after the "=". @param withText whether the action is one with a text of its own
+/// Whether an action has a text of its own, which may hold any character.
+enum class ActionForm { Plain, WithText };
+
+/// Reads everything after the "=".
 /// @return what is wrong with it; null for nothing
-const char* ReadEffect(std::string_view text, bool withText, FaultRule& rule) {
+const char* ReadEffect(std::string_view text, ActionForm form, FaultRule& rule) {
+  const bool withText = form == ActionForm::WithText;
   if (const char* problem = TakeModifiers(text, rule)) return problem;
   if (withText && !text.starts_with("status:") && !text.starts_with("redirect:")) return "unknown action";
   if (const auto star = text.rfind('*'); star != std::string_view::npos) {
@@ -144,18 +148,18 @@ const char* ReadEffect(std::string_view text, bool withText, FaultRule& rule) {
   return nullptr;
 }
 
-/// Where the "=" is that parts pattern and action, and the action after it.
+/// Where the "=" is that separates pattern and action, and the action after it.
 const char* SplitAtEquals(std::string_view text, std::size_t from, std::size_t& equals, FaultRule& rule) {
   for (auto at = text.find('=', from); at != std::string_view::npos; at = text.find('=', at + 1)) {
     FaultRule attempt = rule;
-    if (ReadEffect(text.substr(at + 1), true, attempt) != nullptr) continue;
+    if (ReadEffect(text.substr(at + 1), ActionForm::WithText, attempt) != nullptr) continue;
     equals = at;
     rule = std::move(attempt);
     return nullptr;
   }
   equals = text.rfind('=');
   if (equals == std::string_view::npos || equals < from) return "no \"=\" after the pattern";
-  return ReadEffect(text.substr(equals + 1), false, rule);
+  return ReadEffect(text.substr(equals + 1), ActionForm::Plain, rule);
 }
 
 bool IsMethod(std::string_view text) {

@@ -49,7 +49,7 @@ struct FaultRule {
 ///
 /// METHOD is an HTTP method or "*". PATTERN is compared with the whole target, path and query, as it is
 /// on the request line; only "*" is special in it, and it stands for any run of characters, "/" included. A
-/// pattern that begins with neither "/" nor "*" gets a "/" in front. The last "=" parts pattern and action,
+/// pattern that begins with neither "/" nor "*" gets a "/" in front. The last "=" separates pattern and action,
 /// so a pattern may hold "="; but where an action has a text of its own, `status:NNN:BODY` or `redirect:URL`,
 /// it is the first "=" that such an action comes after. ACTION is a status from 200 to 599, `stall`,
 /// `stall:BYTES`, `cut:BYTES`, `chunked-cut:BYTES`, `drop`, `lost-answer`, `slow:BYTES_PER_SECOND`,

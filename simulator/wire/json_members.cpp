@@ -10,8 +10,8 @@ JsonMembers::JsonMembers(JsonValue value, std::string& problem) : problem_(probl
   }
 }
 
-JsonMembers& JsonMembers::Text(const char* name, std::string& out, bool required) {
-  const JsonValue value = Find(name, required);
+JsonMembers& JsonMembers::Text(const char* name, std::string& out, Presence presence) {
+  const JsonValue value = Find(name, presence);
   if (value.IsMissing()) return *this;
   if (!value.IsText()) {
     Wrong(name, "is no text");
@@ -19,12 +19,12 @@ JsonMembers& JsonMembers::Text(const char* name, std::string& out, bool required
   }
   out = value.Text();
   if (out.find('\0') != std::string::npos) Wrong(name, "holds a zero byte");
-  if (required && out.empty()) Wrong(name, "is empty");
+  if (presence == Presence::Required && out.empty()) Wrong(name, "is empty");
   return *this;
 }
 
 JsonMembers& JsonMembers::Flag(const char* name, bool& out) {
-  const JsonValue value = Find(name, false);
+  const JsonValue value = Find(name, Presence::Optional);
   if (value.IsMissing()) return *this;
   if (value.IsBoolean()) {
     out = value.Boolean();
@@ -34,8 +34,8 @@ JsonMembers& JsonMembers::Flag(const char* name, bool& out) {
   return *this;
 }
 
-JsonMembers& JsonMembers::Number(const char* name, std::int64_t& out, bool required) {
-  const JsonValue value = Find(name, required);
+JsonMembers& JsonMembers::Number(const char* name, std::int64_t& out, Presence presence) {
+  const JsonValue value = Find(name, presence);
   if (value.IsMissing()) return *this;
   if (const auto number = value.Integer()) {
     out = *number;
@@ -45,15 +45,15 @@ JsonMembers& JsonMembers::Number(const char* name, std::int64_t& out, bool requi
   return *this;
 }
 
-JsonValue JsonMembers::Object(const char* name, bool required) {
-  const JsonValue value = Find(name, required);
+JsonValue JsonMembers::Object(const char* name, Presence presence) {
+  const JsonValue value = Find(name, presence);
   if (value.IsMissing() || value.IsObject()) return value;
   Wrong(name, "is no object");
   return {};
 }
 
-JsonValue JsonMembers::Array(const char* name, bool required) {
-  const JsonValue value = Find(name, required);
+JsonValue JsonMembers::Array(const char* name, Presence presence) {
+  const JsonValue value = Find(name, presence);
   if (value.IsMissing() || value.IsArray()) return value;
   Wrong(name, "is no array");
   return {};
@@ -63,10 +63,10 @@ bool JsonMembers::Has(const char* name) const {
   return !object_.Find(name).IsMissing();
 }
 
-JsonValue JsonMembers::Find(const char* name, bool required) {
+JsonValue JsonMembers::Find(const char* name, Presence presence) {
   if (object_.IsMissing()) return {};
   const JsonValue member = object_.Find(name);
-  if (member.IsMissing() && required) Wrong(name, "is missing");
+  if (member.IsMissing() && presence == Presence::Required) Wrong(name, "is missing");
   return member;
 }
 

@@ -100,7 +100,7 @@ class Reader {
     return true;
   }
 
-  /// Behind a value inside a container: its end, or a comma and then another value.
+  /// After a value inside a container: its end, or a comma and then another value.
   bool CloseOrGoOn(bool& expectValue) {
     const bool object = store_.nodes[open_.back().index].kind == JsonKind::Object;
     const char c = Peek();

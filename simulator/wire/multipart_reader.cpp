@@ -28,11 +28,14 @@ std::string_view Trimmed(std::string_view text) {
   return text;
 }
 
+/// Which quote ends a value.
+enum class ClosingQuote { Next, Last };
+
 /// The value of a parameter such as `name="x"`, which begins at the parameter's name.
-std::string QuotedValue(std::string_view text, bool toTheLastQuote) {
+std::string QuotedValue(std::string_view text, ClosingQuote closing) {
   const auto open = text.find('"');
   if (open == std::string_view::npos) return {};
-  const auto close = toTheLastQuote ? text.rfind('"') : text.find('"', open + 1);
+  const auto close = closing == ClosingQuote::Last ? text.rfind('"') : text.find('"', open + 1);
   if (close == std::string_view::npos || close == open) return {};
   return std::string(text.substr(open + 1, close - open - 1));
 }
@@ -41,10 +44,10 @@ void ReadDisposition(std::string_view value, PartHead& head) {
   const auto file = value.find("filename=");
   const std::string_view front = value.substr(0, file);
   if (const auto name = front.find("name="); name != std::string_view::npos) {
-    head.name = QuotedValue(front.substr(name), false);
+    head.name = QuotedValue(front.substr(name), ClosingQuote::Next);
   }
   // Senders are known to write a local file's name as it is, with the quotes that it may hold.
-  if (file != std::string_view::npos) head.fileName = QuotedValue(value.substr(file), true);
+  if (file != std::string_view::npos) head.fileName = QuotedValue(value.substr(file), ClosingQuote::Last);
 }
 
 }  // namespace
@@ -68,13 +71,13 @@ bool MultipartReader::Feed(std::string_view bytes) {
 bool MultipartReader::Step() {
   switch (state_) {
     case State::Preamble:
-      return ReadToBoundary(false);
+      return ReadToBoundary(BytesRead::Drop);
     case State::BoundaryEnd:
       return ReadBoundaryEnd();
     case State::Head:
       return ReadHead();
     case State::Bytes:
-      return ReadToBoundary(true);
+      return ReadToBoundary(BytesRead::Keep);
     case State::Epilogue:
       pending_.clear();
       return false;
@@ -84,17 +87,18 @@ bool MultipartReader::Step() {
   return false;
 }
 
-bool MultipartReader::ReadToBoundary(bool keep) {
+bool MultipartReader::ReadToBoundary(BytesRead bytes) {
   const auto at = pending_.find(delimiter_);
   const bool found = at != std::string::npos;
   // The boundary may have begun in the last bytes.
   const std::size_t certain =
       found ? at : (pending_.size() >= delimiter_.size() ? pending_.size() - delimiter_.size() + 1 : 0);
-  if (keep && certain > 0 && !sink_.PartBytes(std::string_view(pending_).substr(0, certain)))
+  if (bytes == BytesRead::Keep && certain > 0 &&
+      !sink_.PartBytes(std::string_view(pending_).substr(0, certain)))
     return Refused();
   pending_.erase(0, found ? certain + delimiter_.size() : certain);
   if (!found) return false;
-  if (keep && !sink_.EndPart()) return Refused();
+  if (bytes == BytesRead::Keep && !sink_.EndPart()) return Refused();
   state_ = State::BoundaryEnd;
   return true;
 }

@@ -49,7 +49,9 @@ class MultipartReader {
  private:
   enum class State { Preamble, BoundaryEnd, Head, Bytes, Epilogue, Broken };
   bool Step();
-  bool ReadToBoundary(bool keep);
+  /// What becomes of the bytes before a boundary.
+  enum class BytesRead { Drop, Keep };
+  bool ReadToBoundary(BytesRead bytes);
   bool ReadBoundaryEnd();
   bool ReadHead();
   bool Break(std::string problem);

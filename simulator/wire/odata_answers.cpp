@@ -61,20 +61,18 @@ Response AnswerODataList(const ServiceContext& context, const Request& request,
   JsonText json;
   json.StartObject().Member("@odata.context", "$metadata").Key("value").StartArray();
   std::uint64_t rows = 0;
-  std::string next;
   const auto write = [&](const ODataRow& row) {
     ++rows;
     WriteRow(json, row, query, parts);
   };
-  if (!ReadODataPage(context.database, collection, *plan, query.skipToken, limit, write, next)) {
-    return ODataRefusal({400, "the $skiptoken is none of this server's"});
-  }
+  const auto next = ReadODataPage(context.database, {collection, *plan, query.skipToken, limit}, write);
+  if (!next) return ODataRefusal({400, "the $skiptoken is none of this server's"});
   json.EndArray();
   const bool topReached = plan->top && rows >= *plan->top;
-  if (!next.empty() && !topReached) {
+  if (!next->empty() && !topReached) {
     std::optional<std::uint64_t> rest = plan->top;
     if (rest) *rest -= rows;
-    json.Member("@odata.nextLink", NextPageLink(context, request, next, rest));
+    json.Member("@odata.nextLink", NextPageLink(context, request, *next, rest));
   }
   json.EndObject();
   Response response = ODataResponse(json.Take());

@@ -38,8 +38,8 @@ std::optional<Position> ReadToken(std::string_view token, std::size_t columns) {
 
 /// The rows that share the position's first `shared` columns and come after it in the next one; with all
 /// columns shared, those with a greater key. An index over the columns gives each such run from its start on.
-SqlText RunBehind(const Position& position, const ODataPlan& plan, const ODataEntity& entity,
-                  std::size_t shared) {
+SqlText RunAfter(const Position& position, const ODataPlan& plan, const ODataEntity& entity,
+                 std::size_t shared) {
   SqlText sql;
   for (std::size_t i = 0; i < shared; ++i) {
     sql.Add(" AND ").Add(plan.sort[i].first).Add(" = ").Value(position.values[i]);
@@ -125,32 +125,30 @@ std::optional<ODataPlan> PlanODataQuery(const ODataQuery& query, const ODataEnti
   return plan;
 }
 
-bool ReadODataPage(Database& database, const ODataCollection& collection, const ODataPlan& plan,
-                   const std::optional<std::string>& token, std::uint64_t limit,
-                   const std::function<void(const ODataRow&)>& row, std::string& nextToken) {
+std::optional<std::string> ReadODataPage(Database& database, const ODataPage& page,
+                                         const std::function<void(const ODataRow&)>& row) {
+  const auto& [collection, plan, token, limit] = page;
   std::optional<Position> start;
   if (token) {
     start = ReadToken(*token, plan.sort.size());
-    if (!start) return false;
+    if (!start) return std::nullopt;
   }
   // The rows after a position come in runs: those that share most with it first.
   Position last = start.value_or(Position{});
   std::uint64_t count = 0;
   for (std::size_t run = 0; run <= (start ? plan.sort.size() : 0) && count < limit; ++run) {
-    const SqlText behind =
-        start ? RunBehind(*start, plan, *collection.entity, plan.sort.size() - run) : SqlText();
-    count += ReadRun(database, SelectRun(collection, plan, behind, limit - count), plan, row, last);
+    const SqlText after =
+        start ? RunAfter(*start, plan, *collection.entity, plan.sort.size() - run) : SqlText();
+    count += ReadRun(database, SelectRun(collection, plan, after, limit - count), plan, row, last);
   }
-  nextToken.clear();
-  if (count < limit || limit == 0) return true;
+  if (count < limit || limit == 0) return std::string();
   // A page that was filled to the brim may still be the last one.
   bool more = false;
   for (std::size_t run = 0; run <= plan.sort.size() && !more; ++run) {
-    const SqlText behind = RunBehind(last, plan, *collection.entity, plan.sort.size() - run);
-    more = SelectRun(collection, plan, behind, 1).Prepare(database).Step();
+    const SqlText after = RunAfter(last, plan, *collection.entity, plan.sort.size() - run);
+    more = SelectRun(collection, plan, after, 1).Prepare(database).Step();
   }
-  if (more) nextToken = WriteToken(last);
-  return true;
+  return more ? WriteToken(last) : std::string();
 }
 
 }  // namespace vantry_sim

@@ -35,6 +35,14 @@ struct ODataPlan {
 std::optional<ODataPlan> PlanODataQuery(const ODataQuery& query, const ODataEntity& entity,
                                         ODataProblem& problem);
 
+/// Which rows of a plan are read.
+struct ODataPage {
+  const ODataCollection& collection;
+  const ODataPlan& plan;
+  std::optional<std::string> token;  ///< of the page before; nothing for the first page
+  std::uint64_t limit = 0;           ///< most rows to read
+};
+
 /// One row of a page.
 struct ODataRow {
   std::int64_t key = 0;
@@ -46,11 +54,9 @@ struct ODataRow {
 ///
 /// A token names the last row that was given. The rows after it are found by their sort columns and never by
 /// counting, so that page 100 costs what page 1 does where the columns have an index.
-/// @param limit most rows to read
-/// @param[out] nextToken where to go on; empty after the last row
-/// @return false for a token that this server never gave for such a query
-bool ReadODataPage(Database& database, const ODataCollection& collection, const ODataPlan& plan,
-                   const std::optional<std::string>& token, std::uint64_t limit,
-                   const std::function<void(const ODataRow&)>& row, std::string& nextToken);
+/// @return the token of the page after, empty after the last row; nothing for a token that this server never gave
+/// for such a query
+std::optional<std::string> ReadODataPage(Database& database, const ODataPage& page,
+                                         const std::function<void(const ODataRow&)>& row);
 
 }  // namespace vantry_sim

@@ -164,10 +164,10 @@ std::optional<ODataQuery> ParseODataQuery(const QueryParameters& parameters, ODa
 }
 
 std::optional<std::uint64_t> PreferredPageSize(std::string_view prefer) {
-  constexpr std::string_view Name = "maxpagesize=";
-  const auto at = prefer.find(Name);
+  constexpr std::string_view preference = "maxpagesize=";
+  const auto at = prefer.find(preference);
   if (at == std::string_view::npos) return std::nullopt;
-  std::string_view digits = prefer.substr(at + Name.size());
+  std::string_view digits = prefer.substr(at + preference.size());
   digits = digits.substr(0, digits.find_first_not_of("0123456789"));
   const auto size = WholeNumber<std::uint64_t>(digits);
   if (!size || *size == 0) return std::nullopt;

@@ -24,7 +24,7 @@ struct ODataExpand {
   std::vector<std::string> select;  ///< empty: all properties
 };
 
-/// The query options of a request, parted but not yet held against what the rows have.
+/// The query options of a request, separated but not yet held against what the rows have.
 struct ODataQuery {
   std::optional<std::string> filter;
   std::vector<std::string> select;  ///< empty: all properties

@@ -15,7 +15,7 @@ using Handler = std::function<Response(const Request&)>;
 ///
 /// A pattern is a path without "/" in front, e.g. `servlet/rest/v1/dkm/documents/{id}/versions`. A segment
 /// may hold one parameter with literal text on either side, as in
-/// `IsAssemblyInstalled(assemblyName='{name}')`; it takes at least one character. Segments are parted before
+/// `IsAssemblyInstalled(assemblyName='{name}')`; it takes at least one character. Segments are separated before
 /// they are decoded, so that an escaped "/" stays inside a parameter. A last segment of `{...}` is an open
 /// end: it takes one or more segments, which the handler finds in the request's `tail`. Of two patterns that
 /// fit, the one with the literal segment further in front wins.

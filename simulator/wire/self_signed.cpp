@@ -31,7 +31,7 @@ struct CloseFile {
 };
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
-/// A file that is made anew under another name, and gets its own when it is whole.
+/// A file that is made under another name, and gets its own when it is whole.
 class NewFile {
  public:
   NewFile(std::filesystem::path path, mode_t mode) : path_(std::move(path)) {

@@ -30,8 +30,8 @@ std::string Format(std::int64_t milliseconds, bool fraction) {
 }
 
 /// Takes so many digits and the character after them off the front.
-bool TakeDigits(std::string_view& text, std::size_t count, char behind, int& number) {
-  if (text.size() <= count || text[count] != behind || text.front() == '-') return false;
+bool TakeDigits(std::string_view& text, std::size_t count, char after, int& number) {
+  if (text.size() <= count || text[count] != after || text.front() == '-') return false;
   const auto [end, code] = std::from_chars(text.data(), text.data() + count, number);
   if (code != std::errc() || end != text.data() + count) return false;
   text.remove_prefix(count + 1);

@@ -8,7 +8,7 @@
 namespace vantry_sim {
 namespace {
 
-constexpr auto Idle = std::chrono::seconds(2);
+constexpr auto longestIdleTime = std::chrono::seconds(2);
 
 }  // namespace
 
@@ -40,7 +40,8 @@ void WorkerThreads::Loop() {
   std::unique_lock lock(mutex_);
   for (;;) {
     ++idle_;
-    const bool woken = changed_.wait_for(lock, Idle, [this] { return ending_ || !waiting_.empty(); });
+    const bool woken =
+        changed_.wait_for(lock, longestIdleTime, [this] { return ending_ || !waiting_.empty(); });
     --idle_;
     if (waiting_.empty()) {
       if (!woken || ending_) break;

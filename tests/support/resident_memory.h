@@ -32,7 +32,7 @@ class ResidentGrowth {
  public:
   ResidentGrowth() {
     malloc_trim(0);  // what is free already would be taken again without a trace
-    std::ofstream("/proc/self/clear_refs") << "5";  // the most there was begins anew
+    std::ofstream("/proc/self/clear_refs") << "5";  // the most there was begins again
     before_ = MemoryOfProcess("VmRSS");
   }
   /// In bytes; 0 where memory is not measured.

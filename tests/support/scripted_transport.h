@@ -32,14 +32,14 @@ struct Answer {
   /// Called before the answer goes out, as a server's demand for authentication; the value is how often
   /// reauthenticate is asked.
   int demands = 0;
-  /// Called when the whole answer has been delivered: for what happens to local files behind it.
+  /// Called when the whole answer has been delivered: for what happens to local files after it.
   std::function<void()> afterwards = {};
   /// Told to the library before the exchange ends, as a platform explains a failure.
   du::http::FailureReport found = {};
 };
 
 /// Takes the place of the platform's HTTP part: answers from a script, in order, and keeps what was sent. One
-/// lives at a time. A request behind the end of the script finds no connection; one whose body cannot be read
+/// lives at a time. A request after the end of the script finds no connection; one whose body cannot be read
 /// to its end fails with the body's code, and gets no answer.
 ///
 /// Requests may come from any number of threads, and from inside the callbacks of others. What was sent is

@@ -10,7 +10,7 @@
 
 namespace vtdirect_test {
 
-/// The server table as it stands.
+/// The server table as it is.
 inline lxservices::cms_interface::ServerTable TableNow() {
   return *lxservices::cms_interface::TheManagerState().table();
 }

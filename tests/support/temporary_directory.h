@@ -17,7 +17,7 @@ class TemporaryDirectory {
   [[nodiscard]] const std::string& path() const { return path_; }
   /// The path of a file in it.
   [[nodiscard]] std::string File(const std::string& name) const { return path_ + "/" + name; }
-  /// Names of all that stands in it now, sorted, sub-directories included by name.
+  /// Names of all that is in it now, sorted, sub-directories included by name.
   [[nodiscard]] std::vector<std::string> Entries() const;
 
  private:

@@ -116,7 +116,7 @@ if grep '/content/streams/.* gzip$' "$work/access"; then
   echo "a content came packed" >&2
   exit 1
 fi
-# The password stands in no message and no trace.
+# The password is in no message and no trace.
 expect 0 get --trace 0123 --ca-file "$work/certificate.pem" get '//plm/?id=D1001' -o "$work/got"
 [ -s "$work/vtdirect.log" ]
 if grep -F 'four words' "$work/vtdirect.log"; then

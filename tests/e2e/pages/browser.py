@@ -54,7 +54,7 @@ class Browser:
         return answer
 
     def open(self, url):
-        # An address that differs from the last one by what follows "#" alone would not be loaded anew.
+        # An address that differs from the last one by what follows "#" alone would not be loaded again.
         self.call("POST", f"{self.session}/url", {"url": "about:blank"})
         self.call("POST", f"{self.session}/url", {"url": url})
 

@@ -37,7 +37,7 @@ Fetched FetchFrom(const std::string& url, const Asking& asking = {});
 /// A connection that must be possible.
 std::unique_ptr<du::http::Connection> Connect(const std::string& url);
 
-/// What every test of the transport stands on: no proxy of the machine's, limits that no test waits for, no
+/// What every test of the transport needs: no proxy of the machine's, limits that no test waits for, no
 /// credentials of an earlier one.
 void UseShortLimits();
 

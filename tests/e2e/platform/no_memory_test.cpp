@@ -62,7 +62,7 @@ class NoMemory : public testing::Test {
   /// One exchange of which all allocations from the one with this number on fail.
   /// @return whether it was whole, for which there was memory enough
   static bool FetchWith(const std::string& url, const Asking& asking, long allocations) {
-    // A login that is set anew ends the session, so that each exchange makes all that belongs to one.
+    // A login that is set again ends the session, so that each exchange makes all that belongs to one.
     du::http::SetPasswordCredentials(url, "paula", "s3cret");
     const auto connection = vtdirect_test::Connect(url);
     bool whole = false;

@@ -206,7 +206,7 @@ void ScriptedServer::Serve(int socket, int number) {
   while (!peer.closed() && peer.ReadHead(&request)) {
     script_(peer, request);
     peer.RecordOnce();
-    // Behind a body that nobody read, the next request could not be told from it.
+    // After a body that nobody read, the next request could not be told from it.
     if (!peer.bodyRead_) peer.Close();
     request = {};
   }

@@ -77,7 +77,7 @@ TlsServer::TlsServer(const std::string& directory, const std::string& name) {
                    ends[1]);
   close(ends[1]);
   output_ = ends[0];
-  // It says "ACCEPT 127.0.0.1:port" when it listens, perhaps behind other lines.
+  // It says "ACCEPT 127.0.0.1:port" when it listens, perhaps after other lines.
   std::string said;
   std::size_t line;
   while ((line = said.find("ACCEPT ")) == std::string::npos || said.find('\n', line) == std::string::npos) {

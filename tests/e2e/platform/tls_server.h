@@ -23,7 +23,7 @@ std::string MakePkcs12(const std::string& directory, const std::string& name, co
 /// header included.
 class TlsServer {
  public:
-  /// @param directory  holds the files; the certificate and its key stand in it under `name`
+  /// @param directory  holds the files; the certificate and its key are in it under `name`
   TlsServer(const std::string& directory, const std::string& name);
   ~TlsServer();
   TlsServer(const TlsServer&) = delete;

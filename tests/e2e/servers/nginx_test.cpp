@@ -46,7 +46,7 @@ http {
 }
 )";
 
-/// nginx as it stands in front of real installations, with TLS.
+/// nginx as it is in front of real installations, with TLS.
 class Nginx : public testing::Test {
  protected:
   void SetUp() override {

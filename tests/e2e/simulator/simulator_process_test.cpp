@@ -194,7 +194,7 @@ TEST_F(SimulatorProcess, SeedOfAFilledDirectoryIsIgnoredWithAWord) {
   const std::string data = (directory_ / "data").string();
   const auto [code, said] =
       RunToItsEnd("--port 0 --bind 203.0.113.1 --seed empty --data " + data, directory_);
-  // An address of nobody's ends it behind the opening of the directory.
+  // An address of nobody's ends it after the opening of the directory.
   EXPECT_EQ(code, 1);
   EXPECT_EQ(said, "vantry-sim: --seed is ignored, since " + data +
                       " was filled before and keeps what it holds\n"

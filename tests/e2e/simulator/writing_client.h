@@ -6,7 +6,7 @@
 
 namespace vantry_sim {
 
-/// The text or number behind the first member of this name; empty without one.
+/// The text or number after the first member of this name; empty without one.
 std::string Member(const std::string& json, const std::string& name);
 
 /// The bytes and the name of the n-th document: every number has others.

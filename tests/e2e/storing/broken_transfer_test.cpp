@@ -21,7 +21,7 @@ using testing::IsEmpty;
 const std::string documents = "/servlet/rest/v1/dkm/documents";
 const std::string workspaces = "/servlet/rest/v1/dkm/workspaces";
 
-/// A server with the demo, at home, and the process's place for temporary files, which is to be empty behind
+/// A server with the demo, at home, and the process's place for temporary files, which is to be empty after
 /// each operation.
 class BrokenTransfer : public testing::Test {
  protected:

@@ -12,7 +12,7 @@
 #include "tests/support/temporary_directory.h"
 
 // Uploads that end while megabytes are on their way, with the library's own transport: the staging file,
-// which stands as long as bytes of it are sent, is gone behind each of them.
+// which exists as long as bytes of it are sent, is gone after each of them.
 namespace vtdirect_test {
 namespace {
 
@@ -38,7 +38,7 @@ class InterruptedUpload : public testing::Test {
     WriteFile(localFile_, std::string(fileSize, 'm'));
   }
 
-  // `end` plays the server's part behind the first megabytes of the body.
+  // `end` plays the server's part after the first megabytes of the body.
   Status Upload(const ScriptedServer::Script& end, du::http::ProgressFunction progress = {}) {
     const ScriptedServer server([&](Peer& peer, WireRequest& request) {
       if (request.target.ends_with("/security/csrf")) return peer.Answer(200, "{}");

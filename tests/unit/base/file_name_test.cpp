@@ -72,13 +72,13 @@ TEST(FileName, DecodesAnEscapeAtTheVeryEnd) {
 }
 
 TEST(FileName, GoesOnAtTheNextByteBehindAKeptPercentSign) {
-  // The second "%" is one of the two bytes behind the first, and yet begins an escape of its own.
+  // The second "%" is one of the two bytes after the first, and yet begins an escape of its own.
   EXPECT_EQ(UnescapeFileName("%2%7c"), "%2|");
   EXPECT_EQ(UnescapeFileName("%zz%3a"), "%zz:");
 }
 
 TEST(FileName, DecodesOnceAndNotTwice) {
-  // "%25" gives "%", and the "7c" behind it does not join it.
+  // "%25" gives "%", and the "7c" after it does not join it.
   EXPECT_EQ(UnescapeFileName("%257c"), "%7c");
 }
 

@@ -283,7 +283,7 @@ TEST(JsonGrammar, NestingIsRefusedBelow512Levels) {
          Refused(arrays + "[" + std::string(513, ']'), events)});
 }
 
-// The parser is begun anew at some depth and brought back after it, where commas and counts must still be
+// The parser is begun again at some depth and brought back after it, where commas and counts must still be
 // right.
 TEST(JsonGrammar, WhatFollowsDeepNestingIsReadAsAnywhere) {
   for (const int levels : {31, 32, 33, 34, 64, 65, 100}) {

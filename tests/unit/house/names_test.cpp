@@ -11,8 +11,9 @@
 
 #include "tests/unit/house/sources.h"
 
-// One convention of names in all folders. The linter knows it in full and takes long; this finds at once the two dialects
-// that creep in most easily: constants that begin with k, and names whose words are parted by underscores.
+// One convention of names in all folders. The linter knows it in full and takes long; this finds at once the dialects
+// that creep in most easily: constants that begin with k or are named like types, and names whose words are
+// separated by underscores.
 namespace {
 
 namespace fs = std::filesystem;
@@ -118,11 +119,32 @@ bool IsOverride(const std::vector<std::string>& words, std::size_t at) {
   return false;
 }
 
+// The name of the constant that a `constexpr` at `at` declares; empty when it declares a function.
+std::string ConstantDeclared(const std::vector<std::string>& words, std::size_t at) {
+  for (++at; at < words.size(); ++at) {
+    const std::string sign = words[at].substr(words[at][0] == ' ' ? 1 : 0);
+    if (sign == "(" || sign == ";") return {};
+    if (sign == "=" || sign == "{" || sign == "[") return words[at - 1];
+  }
+  return {};
+}
+
+// The versions that a server must have read like types; the rest of the library knows them by these names.
+bool IsConstantNamedAsAType(const std::string& word) {
+  return std::isupper(static_cast<unsigned char>(word[0])) != 0 && word != "MinimumServerVersion" &&
+         word != "MinimumTranslationVersion";
+}
+
 std::vector<std::string> OddNames(std::string_view text) {
   std::vector<std::string> odd;
   const std::vector<std::string> words = Words(text);
   for (std::size_t i = 3; i + 1 < words.size(); ++i) {
     const std::string& word = words[i];
+    if (word == "constexpr") {
+      const std::string name = ConstantDeclared(words, i);
+      if (!name.empty() && IsConstantNamedAsAType(name)) odd.push_back(name);
+      continue;
+    }
     const bool isOfRapidJson = words[i - 1] == ":" && words[i - 3] == "rapidjson";
     if (word.size() > 1 && word[0] == 'k' && std::isupper(static_cast<unsigned char>(word[1])) != 0) {
       if (!isOfRapidJson) odd.push_back(word);
@@ -139,6 +161,17 @@ TEST(Names, OfConstantsBeginWithNoK) {
   EXPECT_THAT(OddNames("namespace a { enum class B { kFirst }; }"), ElementsAre("kFirst"));
   EXPECT_THAT(OddNames("namespace a { int b = rapidjson::kObjectType; }"), IsEmpty());
   EXPECT_THAT(OddNames("namespace a { // kMost\n const char* b = \"kMost\"; auto c = R\"x(kMost \")x\"; }"),
+              IsEmpty());
+}
+
+TEST(Names, OfConstantsBeginWithALowerCaseLetter) {
+  EXPECT_THAT(OddNames("namespace a { constexpr int Most = 1; constexpr std::array<B, 2> All{1, 2}; }"),
+              ElementsAre("Most", "All"));
+  EXPECT_THAT(OddNames("namespace a { constexpr char Word[] = \"b\"; static constexpr auto Time = C(2); }"),
+              ElementsAre("Word", "Time"));
+  EXPECT_THAT(OddNames("namespace a { constexpr B most{C{1}}; constexpr int Sum(int b) { return b; } }"),
+              IsEmpty());
+  EXPECT_THAT(OddNames("namespace a { constexpr B(int c) : D{c} {} if constexpr (E) { F = 1; } }"),
               IsEmpty());
 }
 

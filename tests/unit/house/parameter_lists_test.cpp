@@ -70,7 +70,7 @@ const std::map<std::string, std::string>& Exceptions() {
       {"Upload", "hosts call it"},
       {"UploadAsync", "hosts call it"},
       {"UploadFenletAsync", "hosts call it"},
-      {"MakeRestRequest", "one parameter for each thing that makes a request, three of which may be null"},
+      {"MakeRestRequest", "its shape is promised to others"},
   };
   return exceptions;
 }
@@ -78,7 +78,7 @@ const std::map<std::string, std::string>& Exceptions() {
 TEST(ParameterLists, HaveFiveParametersAtMost) {
   std::size_t functions = 0;
   for (const char* folder :
-       {"base", "connection", "documents", "browsing", "translation", "server", "public"}) {
+       {"base", "connection", "documents", "browsing", "translation", "server", "public", "simulator"}) {
     for (const fs::path& file : SourcesBelow(folder)) {
       for (const auto& [name, count] : ParameterListsOf(ReadWhole(file))) {
         ++functions;

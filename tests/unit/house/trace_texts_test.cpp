@@ -10,7 +10,7 @@
 #include "tests/unit/house/sources.h"
 
 // A trace tells people what happened. The command line decides and reports by reasons, so it needs no trace
-// text, and none that is worded anew can change what it does.
+// text, and none that is worded differently can change what it does.
 namespace {
 
 namespace fs = std::filesystem;

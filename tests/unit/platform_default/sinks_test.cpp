@@ -130,7 +130,7 @@ TEST(FailoverFileSink, MovesALongerBodyIntoAFile) {
     EXPECT_EQ(path.substr(0, directory.path().size() + 1), directory.path() + "/");
     EXPECT_THAT(sink.AdoptBuffer(), IsEmpty());
   }
-  // Who asked for the path reads the file behind the sink's life and deletes it.
+  // Who asked for the path reads the file after the sink's life and deletes it.
   EXPECT_EQ(ReadFile(path), "within limit and on");
   struct stat status {};
   ASSERT_EQ(stat(path.c_str(), &status), 0);

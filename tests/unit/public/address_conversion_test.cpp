@@ -121,7 +121,7 @@ TEST_F(VersionedPath, OfAPathIsThatOfItsObject) {
   EXPECT_EQ(answers.calls, (Lines{"ResolvePath(a)", "GetVFSPath(D1)"}));
 }
 
-// The path is walked as it stands: only an id of a UID spares the walk here.
+// The path is walked as it is: only an id of a UID spares the walk here.
 TEST_F(VersionedPath, OfAPathByIdIsWalkedToo) {
   EXPECT_EQ(GetVFSPathVersioned("//plm/?id=D1"), "");
   EXPECT_EQ(answers.calls, Lines{"ResolvePath(?id=D1)"});

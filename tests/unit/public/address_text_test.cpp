@@ -64,7 +64,7 @@ TEST(UidRecognition, NeedsTheSchemeAndAnId) {
       Recognised{"korvufenloom-vt://s/id=7", false},
       Recognised{"korvufenloom-vt://s/?ID=7", false},
       Recognised{"korvufenloom-vt:x", false},
-      // The prefix alone is compared, and "?id=" may stand anywhere.
+      // The prefix alone is compared, and "?id=" may be anywhere.
       Recognised{"korvufenloom-vtx://s/?id=7", true},
       Recognised{"korvufenloom-vt?id=", true},
       Recognised{"korvufenloom-vt://s/?a?id=7", true},
@@ -134,7 +134,7 @@ TEST(VfsPathSplitting, TakesSchemeFormAndBareForm) {
       SplitCase{"korvufenloom-vfs://plm/?id=D1001&x=1", "plm>?id=D1001&x=1"},
       SplitCase{"//plm//a/", "plm>/a/"},
       SplitCase{"//p l:m?/a", "p l:m?>a"},
-      // The prefix alone is compared, and the nickname stands behind the first "://".
+      // The prefix alone is compared, and the nickname is after the first "://".
       SplitCase{"korvufenloom-vfsx://plm/a", "plm>a"},
       SplitCase{"korvufenloom-vfs/x://plm/a://b", "plm>a://b"},
   };

@@ -93,7 +93,7 @@ constexpr Row rows[] = {
 
 class ResolutionTable : public FakeServerTest, public testing::WithParamInterface<Row> {
  protected:
-  // A server that offers neither checkout nor translation: what comes behind the resolution is not looked at.
+  // A server that offers neither checkout nor translation: what comes after the resolution is not looked at.
   ResolutionTable() { answers.yes = false; }
 };
 

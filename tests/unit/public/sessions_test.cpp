@@ -102,7 +102,7 @@ TEST_F(Sessions, ThatExpiredAreDroppedByAWalkWhichKeepsTheOthers) {
   EXPECT_EQ(BlockedIn(e), std::set<std::string>{plmKey});
 }
 
-// The walk ends at the first hit, so what stands behind it is not looked at.
+// The walk ends at the first hit, so what is after it is not looked at.
 TEST_F(Sessions, BehindAHitAreLeftAlone) {
   const auto first = StartSession();
   auto second = StartSession();

@@ -148,7 +148,7 @@ TEST_F(HttpServerTest, PatchIsAnsweredWithoutABody) {
   const auto answer = client.Read();
   EXPECT_EQ(answer.status, 204);
   EXPECT_EQ(answer.body, "");
-  // The connection goes on behind an answer that has no body.
+  // The connection goes on after an answer that has no body.
   const auto document = client.Get("/servlet/odata/v1/DynamicDocMgmt/DynamicDocuments('D1031')");
   EXPECT_EQ(document.status, 200);
   EXPECT_NE(document.body.find("\"ZVKDDEXTENDEDDOCTYPE\":\"x-raomPublished\""), std::string::npos);

@@ -107,9 +107,9 @@ TEST_F(PagingTest, NextLinkIsAbsoluteAndKeepsTheQuestion) {
   EXPECT_EQ(link.find(' '), std::string::npos) << link;
   simulator_.reset();
   options_.codebaseUrl = "https://proxy.example/vt";
-  const auto behind = GetJson("/vt" + bulkFolder);
+  const auto after = GetJson("/vt" + bulkFolder);
   EXPECT_EQ(
-      std::string(behind["@odata.nextLink"].GetString()).rfind("https://proxy.example/vt/servlet/odata/", 0),
+      std::string(after["@odata.nextLink"].GetString()).rfind("https://proxy.example/vt/servlet/odata/", 0),
       0U);
 }
 

@@ -45,7 +45,7 @@ class TranslationTest : public WriteTest {
            "\",\"valueType\":\"String\"},\"parameterValue\":{\"value\":\"" + value + "\"}}";
   }
 
-  /// An instruction for a text document. @param members of epmDocument behind its versions, each with a comma
+  /// An instruction for a text document. @param members of epmDocument after its versions, each with a comma
   /// in front
   static std::string TextInstruction(const std::string& id, const std::string& cadName,
                                      const Uploaded& uploaded, const std::string& members,

@@ -47,7 +47,7 @@ class BrowsingTest : public testing::Test {
 
   static SentRequest Rest(const std::string& path);
   static SentRequest OData(const std::string& path);
-  /// A page behind a next link: the URL's part before the path, and the rest.
+  /// A page after a next link: the URL's part before the path, and the rest.
   static SentRequest NextPage(const std::string& server, const std::string& path);
 
   /// Collects what is delivered.

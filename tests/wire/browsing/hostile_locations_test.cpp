@@ -10,7 +10,7 @@ using namespace lxservices::cms_interface;
 using namespace lxservices::cms_interface::vantry;
 
 /// Every operation of the location of documents, against a server that gives one and the same answer to
-/// whatever it is asked behind the questions for services.
+/// whatever it is asked after the questions for services.
 class HostileLocations : public LocationTest, public testing::WithParamInterface<HostileAnswer> {
  protected:
   /// Runs one operation; what it left of the answers is dropped.

@@ -11,7 +11,7 @@ using testing::ElementsAre;
 /// Paths that a server object resolves. A server without OData is asked unless a test says otherwise.
 class PathToDocument : public LocationTest {
  protected:
-  /// What was sent behind the questions for services.
+  /// What was sent after the questions for services.
   std::vector<std::string> LinesBehindSchemas() const {
     const auto lines = wire.lines();
     EXPECT_EQ(std::vector<std::string>(lines.begin(), lines.begin() + 3), SchemaLines());

@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <map>
 
+#include "tests/support/wire_words.h"
 #include "tests/wire/browsing/browsing_fixture.h"
 
 namespace vtdirect_test {
@@ -15,10 +16,6 @@ constexpr const char* expanded =
 constexpr const char* noRows = R"({"value":[]})";
 constexpr const char* start = "Products/Gadget/Folders/";
 constexpr const char* startResource = "Containers('C100')/Folders('F1')";
-
-std::string Rows(const std::string& rows) {
-  return R"({"value":[)" + rows + "]}";
-}
 
 class Walking : public BrowsingTest {
  protected:
@@ -46,7 +43,7 @@ class Walking : public BrowsingTest {
   // The folders of the start, as a server of version 5 gives them, and no document.
   Directory Below(const std::string& rows, const std::string& name) {
     const Directory begun = Begin(Generation::Schema5);
-    transport.Then(200, Rows(rows)).Then(200, noRows);
+    transport.Then(200, Rows({rows})).Then(200, noRows);
     EXPECT_TRUE(List(begun));
     transport.ClearRequests();
     return folders[name];
@@ -87,9 +84,10 @@ TEST_F(Walking, BeginsAsADirectoryIsOpened) {
 
 TEST_F(Walking, AsksForTwoLevelsOfFoldersAndForDocuments) {
   const Directory begun = Begin(Generation::Schema5);
-  transport.Then(200, Rows(R"({"ID":"F2","Name":"Sub","Folders":[]},{"ID":"F3","Name":"Ä b","Folders":[]})"))
-      .Then(200, Rows(R"({"CADName":"a","ID":"D1","Name":"Gear","Number":"7",
-                          "Versions":[{"Version":"A.1","ID":"D1"}]})"));
+  transport
+      .Then(200, Rows({R"({"ID":"F2","Name":"Sub","Folders":[]},{"ID":"F3","Name":"Ä b","Folders":[]})"}))
+      .Then(200, Rows({R"({"CADName":"a","ID":"D1","Name":"Gear","Number":"7",
+                          "Versions":[{"Version":"A.1","ID":"D1"}]})"}));
   EXPECT_TRUE(List(begun, 15));
   EXPECT_THAT(entries, ElementsAre("dir Sub id=", "dir Ä b id=", "file a id=D1 (7,Gear) versions=A.1:D1"));
   EXPECT_EQ(
@@ -100,7 +98,7 @@ TEST_F(Walking, AsksForTwoLevelsOfFoldersAndForDocuments) {
 
 TEST_F(Walking, ListsAFolderWithoutFoldersByOneRequest) {
   const Directory leaf = Below(R"({"ID":"F2","Name":"Sub","Folders":[]})", "Sub");
-  transport.Then(200, Rows(R"({"CADName":"a","ID":"D1"})"));
+  transport.Then(200, Rows({R"({"CADName":"a","ID":"D1"})"}));
   EXPECT_TRUE(List(leaf));
   EXPECT_THAT(entries, ElementsAre("file a id=D1"));
   EXPECT_EQ(transport.requests(), Requests{Documents(std::string(startResource) + "/Folders('F2')")});
@@ -108,7 +106,7 @@ TEST_F(Walking, ListsAFolderWithoutFoldersByOneRequest) {
 
 TEST_F(Walking, DeliversTheFoldersThatWereToldBeforeTheDocuments) {
   const Directory sub = Below(R"({"ID":"F2","Name":"Sub","Folders":[{"ID":"F4","Name":"Deep"}]})", "Sub");
-  transport.Then(200, Rows(R"({"CADName":"a","ID":"D1"})"));
+  transport.Then(200, Rows({R"({"CADName":"a","ID":"D1"})"}));
   EXPECT_TRUE(List(sub));
   EXPECT_THAT(entries, ElementsAre("dir Deep id=", "file a id=D1"));
   EXPECT_EQ(transport.requests(), Requests{Documents(std::string(startResource) + "/Folders('F2')")});
@@ -132,7 +130,7 @@ TEST_F(Walking, AsksForTheFoldersWhenAFolderIsListedAgain) {
   transport.Then(200, noRows);
   EXPECT_TRUE(List(leaf));
   transport.ClearRequests();
-  transport.Then(200, Rows(R"({"ID":"F5","Name":"Made since","Folders":[]})")).Then(200, noRows);
+  transport.Then(200, Rows({R"({"ID":"F5","Name":"Made since","Folders":[]})"})).Then(200, noRows);
   EXPECT_TRUE(List(leaf));
   EXPECT_THAT(entries, ElementsAre("dir Made since id="));
   const std::string sub = std::string(startResource) + "/Folders('F2')";
@@ -142,8 +140,8 @@ TEST_F(Walking, AsksForTheFoldersWhenAFolderIsListedAgain) {
 TEST_F(Walking, AsksForFoldersThatWereNotToldOrNotAll) {
   const Directory begun = Begin(Generation::Schema5);
   transport
-      .Then(200, Rows(R"({"ID":"F2","Name":"Silent"},
-                         {"ID":"F3","Name":"Cut","Folders":[],"Folders@odata.nextLink":"https://x/y"})"))
+      .Then(200, Rows({R"({"ID":"F2","Name":"Silent"},
+                         {"ID":"F3","Name":"Cut","Folders":[],"Folders@odata.nextLink":"https://x/y"})"}))
       .Then(200, noRows);
   EXPECT_TRUE(List(begun));
   for (const std::string name : {"Silent", "Cut"}) {
@@ -159,7 +157,7 @@ TEST_F(Walking, TakesFoldersOfAllPages) {
   transport
       .Then(200,
             R"({"value":[{"ID":"F2","Name":"One"}],"@odata.nextLink":"https://plm.example/vt/next?$skip=1"})")
-      .Then(200, Rows(R"({"ID":"F3","Name":"Two"},{"ID":"F4"},7)"))
+      .Then(200, Rows({R"({"ID":"F3","Name":"Two"},{"ID":"F4"},7)"}))
       .Then(200, noRows);
   EXPECT_TRUE(List(begun));
   EXPECT_THAT(entries, ElementsAre("dir One id=", "dir Two id="));
@@ -178,11 +176,11 @@ TEST_F(Walking, ListsAFolderOfVersion4InVersion4) {
 
 TEST_F(Walking, AsksForNothingThatIsNotWanted) {
   const Directory begun = Begin(Generation::Schema5);
-  transport.Then(200, Rows(R"({"ID":"F2","Name":"Sub","Folders":[]})"));
+  transport.Then(200, Rows({R"({"ID":"F2","Name":"Sub","Folders":[]})"}));
   EXPECT_TRUE(List(begun, 2));
   EXPECT_EQ(transport.requests(), Requests{TwoLevels(startResource)});
   transport.ClearRequests();
-  transport.Then(200, Rows(R"({"CADName":"a","ID":"D1"})"));
+  transport.Then(200, Rows({R"({"CADName":"a","ID":"D1"})"}));
   EXPECT_TRUE(List(begun, 1));
   EXPECT_EQ(transport.requests(), Requests{Documents(startResource)});
   transport.ClearRequests();
@@ -202,7 +200,7 @@ TEST_F(Walking, AsksLevelByLevelWhereTwoAreRefused) {
   for (const int refusal : {400, 500, 501}) {
     SetUpServer();
     const Directory begun = Begin(Generation::Schema5);
-    transport.Then(refusal).Then(200, Rows(R"({"ID":"F2","Name":"Sub"})")).Then(200, noRows);
+    transport.Then(refusal).Then(200, Rows({R"({"ID":"F2","Name":"Sub"})"})).Then(200, noRows);
     EXPECT_TRUE(List(begun));
     EXPECT_EQ(transport.requests(),
               (Requests{TwoLevels(startResource), OneLevel(startResource), Documents(startResource)}));
@@ -219,7 +217,7 @@ TEST_F(Walking, AsksLevelByLevelWhereTwoAreRefused) {
 TEST_F(Walking, LooksAFolderThatIsGoneUpByItsPathOnce) {
   const Directory sub = Below(R"({"ID":"F9","Name":"Sub","Folders":[{"ID":"F8","Name":"Old"}]})", "Sub");
   transport.Then(404).Then(200, expanded);
-  transport.Then(200, Rows(R"({"ID":"F4","Name":"New","Folders":[]})")).Then(200, noRows);
+  transport.Then(200, Rows({R"({"ID":"F4","Name":"New","Folders":[]})"})).Then(200, noRows);
   EXPECT_TRUE(List(sub));
   EXPECT_THAT(entries, ElementsAre("dir New id="));
   const std::string now = std::string(startResource) + "/Folders('F2')";
@@ -246,7 +244,7 @@ TEST_F(Walking, FailsWhenThePathLeadsNowhereAnyMore) {
 
 TEST_F(Walking, AsksNothingAnewAfterSomethingWasDelivered) {
   const Directory begun = Begin(Generation::Schema5);
-  transport.Then(200, Rows(R"({"ID":"F2","Name":"Sub"})")).Then(404);
+  transport.Then(200, Rows({R"({"ID":"F2","Name":"Sub"})"})).Then(404);
   EXPECT_FALSE(List(begun));
   EXPECT_THAT(entries, ElementsAre("dir Sub id="));
   EXPECT_EQ(transport.requests().size(), 2U);
@@ -266,7 +264,7 @@ TEST_F(Walking, FailsWithoutAskingAnewWhenTheServerFails) {
 TEST_F(Walking, OutlivesItsServer) {
   const Directory begun = Begin(Generation::Schema5);
   server = nullptr;
-  transport.Then(200, Rows(R"({"ID":"F2","Name":"Sub","Folders":[]})")).Then(200, noRows);
+  transport.Then(200, Rows({R"({"ID":"F2","Name":"Sub","Folders":[]})"})).Then(200, noRows);
   EXPECT_TRUE(List(begun));
   transport.Then(200, noRows);
   EXPECT_TRUE(List(folders["Sub"]));

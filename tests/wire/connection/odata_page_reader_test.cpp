@@ -86,7 +86,7 @@ TEST_F(ODataPageReaderTest, FollowsNextLinksOverConnectionsOfTheirOwn) {
   ODataPageReader reader(ServerContext(connection), "servlet/odata/x");
   EXPECT_THAT(ReadAll(reader), ElementsAre("a", "b", "c"));
   EXPECT_FALSE(reader.failed());
-  // The base of a next link has no path, so its request is the link's path as it stands.
+  // The base of a next link has no path, so its request is the link's path as it is.
   EXPECT_THAT(transport.requests(),
               ElementsAre(SentRequest{server, "GET /vt/servlet/odata/x", readHeaders, std::nullopt},
                           SentRequest{"http://plm.example", "GET /vt/servlet/odata/x?$skiptoken=2",

@@ -20,7 +20,7 @@ std::string Version(const std::string& content) {
 
 class SchemaElements : public testing::Test {
  protected:
-  // Reads a document whose "Schema" stands where servers put it.
+  // Reads a document whose "Schema" is where servers put it.
   void ReadSchema(const std::string& content) {
     ReadDocument(R"(<?xml version="1.0" encoding="utf-8"?>
 <edmx:Edmx Version="4.0" xmlns:edmx="http://docs.oasis-open.org/odata/ns/edmx"><edmx:DataServices>

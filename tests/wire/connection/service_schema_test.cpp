@@ -34,7 +34,7 @@ const TraceLine noSchema{
     0, "CmsInterface",
     "Failed to get schema info servlet/odata/X/$metadata from server http://plm.example/vt"};
 
-// A document of exactly `size` bytes that is well-formed but for what `end` brings, which stands at the very
+// A document of exactly `size` bytes that is well-formed but for what `end` brings, which is at the very
 // end.
 std::string Padded(const std::string& begin, std::size_t size, const std::string& end) {
   return begin + std::string(size - begin.size() - end.size(), ' ') + end;

@@ -18,7 +18,7 @@ const std::vector<Failure>& AllFailures() {
       {"no connection", {0, "", ErrorCode::NoConnection}, "-1 : ", true},
       {"an answer without a body that broke off", {200, "", ErrorCode::ProtocolFailure}, "-1 : ", true},
       {"a body that broke off", {200, R"([{"id":"D1)", ErrorCode::ProtocolFailure}, "-1 : ", true},
-      // So long that what came of it stands in a temporary file.
+      // So long that what came of it is in a temporary file.
       {"a long body that broke off",
        {200, "[" + std::string(600'000, ' '), ErrorCode::ProtocolFailure},
        "-1 : ",
@@ -47,12 +47,12 @@ Traces WithError(Traces traces, const std::string& error) {
 
 void WalkFailures(ScriptedTransport& transport, TraceRecorder& trace, const std::vector<Step>& steps,
                   const std::function<Lines()>& leftovers, const std::function<std::string()>& run) {
-  WalkFailuresFrom(0, transport, trace, steps, leftovers, run);
+  WalkFailuresFrom({0, steps}, transport, trace, leftovers, run);
 }
 
-void WalkFailuresFrom(std::size_t first, ScriptedTransport& transport, TraceRecorder& trace,
-                      const std::vector<Step>& steps, const std::function<Lines()>& leftovers,
-                      const std::function<std::string()>& run) {
+void WalkFailuresFrom(const StepsFrom& flow, ScriptedTransport& transport, TraceRecorder& trace,
+                      const std::function<Lines()>& leftovers, const std::function<std::string()>& run) {
+  const auto& [first, steps] = flow;
   for (std::size_t failing = first; failing < steps.size(); ++failing) {
     for (const Failure& failure : AllFailures()) {
       SCOPED_TRACE(steps[failing].line + " fails by " + failure.name);

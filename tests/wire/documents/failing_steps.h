@@ -8,7 +8,7 @@
 
 namespace vtdirect_test {
 
-/// What a flow does behind a request that failed.
+/// What a flow does after a request that failed.
 struct Ending {
   std::string result;
   Traces traces;  ///< all of the flow; "{error}" stands for status and text of the failure, "{text}" for its
@@ -21,8 +21,8 @@ struct Ending {
 struct Step {
   std::string line;
   Answer answer;      ///< with which the flow goes on
-  Ending refused;     ///< behind a refusal, and behind an exchange that failed
-  Ending unreadable;  ///< behind a success whose body is cut or is no JSON
+  Ending refused;     ///< after a refusal, and after an exchange that failed
+  Ending unreadable;  ///< after a success whose body is cut or is no JSON
 };
 
 /// Walks a flow as often as it has steps and ways to fail: each time all steps before one are answered well,
@@ -31,9 +31,14 @@ struct Step {
 void WalkFailures(ScriptedTransport& transport, TraceRecorder& trace, const std::vector<Step>& steps,
                   const std::function<Lines()>& leftovers, const std::function<std::string()>& run);
 
-/// WalkFailures for a flow whose steps before `first` are walked elsewhere.
-void WalkFailuresFrom(std::size_t first, ScriptedTransport& transport, TraceRecorder& trace,
-                      const std::vector<Step>& steps, const std::function<Lines()>& leftovers,
-                      const std::function<std::string()>& run);
+/// The steps of a flow, of which those before `first` are walked elsewhere.
+struct StepsFrom {
+  std::size_t first = 0;
+  const std::vector<Step>& steps;
+};
+
+/// WalkFailures for the last steps of a flow.
+void WalkFailuresFrom(const StepsFrom& flow, ScriptedTransport& transport, TraceRecorder& trace,
+                      const std::function<Lines()>& leftovers, const std::function<std::string()>& run);
 
 }  // namespace vtdirect_test

@@ -73,7 +73,7 @@ class FlowTest : public ConnectedTest {
   [[nodiscard]] std::string Local(const std::string& name) const { return directory.File("local/" + name); }
   /// Writes a local file and gives its path.
   std::string MakeLocal(const std::string& name, const std::string& content) const;
-  /// Temporary files that stand now.
+  /// Temporary files that exist now.
   [[nodiscard]] Lines Leftovers() const;
 
   void ThenNonce() { transport.Then(200, nonceAnswer); }

@@ -243,7 +243,7 @@ TEST_F(DirectoryQueries, ANameIsTakenByADocumentAnywhereOnTheServer) {
   ScriptEmptyWorkspace();
   transport.Then(200, R"([{"id":"D7"}])").Then(200, document).Then(200, document).Then(200, "[]");
   EXPECT_FALSE(FileNameAvailable((std::string(workspacePath) + "b%7c.lxz").c_str()));
-  // The name is asked for as it stands in the path, still escaped.
+  // The name is asked for as it is in the path, still escaped.
   EXPECT_EQ(LinesFrom(6).front(),
             "GET /vt/servlet/rest/objects?typeId=vn.epm.EPMDocument&$select=number&$filter="
             "CADName eq 'b%257c.lxz'");

@@ -32,7 +32,7 @@ constexpr const char* documentJson =
           {"id":"S1","streamId":17,"fileName":"{$CAD_NAME}","fileSize":5,
            "contentUrl":["https://files.example:8443/store/f1?t=7"]}]}})";
 
-/// A test with the real server "plm" in the host's list, behind a scripted transport.
+/// A test with the real server "plm" in the host's list, on a scripted transport.
 class ListedServerTest : public testing::Test {
  protected:
   ListedServerTest() { VtDirectManager::UpdateServerList({{"plm", plmUrl}}); }

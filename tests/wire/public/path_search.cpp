@@ -23,7 +23,7 @@ const std::vector<Service>& Services() {
   return services;
 }
 
-Ending Behind(const Traces& traces, const std::vector<Answer>& answers, const Lines& lines, Ending rest) {
+Ending After(const Traces& traces, const std::vector<Answer>& answers, const Lines& lines, Ending rest) {
   rest.traces.insert(rest.traces.begin(), traces.begin(), traces.end());
   rest.answers.insert(rest.answers.begin(), answers.begin(), answers.end());
   rest.lines.insert(rest.lines.begin(), lines.begin(), lines.end());
@@ -71,25 +71,25 @@ class Search {
       traces.push_back(NotLocated(search_.id));
     }
     return {service.line, missing,
-            Behind(Join(before, {service.absence}), {objects_, document_}, {objectsLine, documentLine_},
-                   search_.found),
-            Behind(traces, answers, lines, search_.found)};
+            After(Join(before, {service.absence}), {objects_, document_}, {objectsLine, documentLine_},
+                  search_.found),
+            After(traces, answers, lines, search_.found)};
   }
   // The search is made twice.
   [[nodiscard]] Step QueryStep() const {
     const TraceLine notNamed = Error("Failed find any document with CADName pump.fnl");
     const Traces twice = Join(MissingServices(), {notNamed, noFile_, notNamed, noFile_, noPath_});
     return {objectsLine, objects_,
-            Behind(Join(MissingServices(), {noFile_}), {objects_, document_}, {objectsLine, documentLine_},
-                   search_.found),
-            Behind(twice, {{200, "[]"}}, {objectsLine}, search_.nothing)};
+            After(Join(MissingServices(), {noFile_}), {objects_, document_}, {objectsLine, documentLine_},
+                  search_.found),
+            After(twice, {{200, "[]"}}, {objectsLine}, search_.nothing)};
   }
   [[nodiscard]] Step ReadStep() const {
     const Traces traces = Join(
         MissingServices(),
         {Error("Failed get document with CADName pump.fnl id " + search_.id), noFile_, noFile_, noPath_});
-    return {documentLine_, document_, Behind(traces, {{500, ""}}, {objectsLine}, search_.nothing),
-            Behind(MissingServices(), {objects_, document_}, {objectsLine, documentLine_}, search_.found)};
+    return {documentLine_, document_, After(traces, {{500, ""}}, {objectsLine}, search_.nothing),
+            After(MissingServices(), {objects_, document_}, {objectsLine, documentLine_}, search_.found)};
   }
 
   const PathSearch& search_;

@@ -14,10 +14,10 @@ inline const std::string searchedPath = "//plm/Products/Gadget/Folders/pump.fnl"
 inline const std::string objectsLine =
     Get("servlet/rest/objects?typeId=vn.epm.EPMDocument&$select=number&$filter=CADName eq 'pump.fnl'");
 
-/// What a flow does behind the search for the document of `searchedPath`.
+/// What a flow does after the search for the document of `searchedPath`.
 struct PathSearch {
-  std::string id;  ///< of the document, which stands in no workspace
-  Ending found;    ///< the rest of the flow; its traces come behind those of the search
+  std::string id;  ///< of the document, which is in no workspace
+  Ending found;    ///< the rest of the flow; its traces come after those of the search
   Ending nothing;  ///< the same when nothing was found
 };
 

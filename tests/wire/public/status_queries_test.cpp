@@ -29,7 +29,7 @@ class StatusQueries : public PublicTest {
     transport.Then(200, R"([{"id":")" + id + R"(","attributes":{"number":"0042"}}])");
     transport.Then(200, Document(id, iteration, id == "D2"));
   }
-  // A document that is read, with the versions A.1 and A.2 behind it.
+  // A document that is read, with the versions A.1 and A.2 after it.
   void ScriptBothVersionsOf(const std::string& id, const std::string& iteration) {
     transport.Then(200, Document(id, iteration, id == "D2"));
     transport.Then(200, "[" + Document("D1", "1", false) + "," + Document("D2", "2", true) + "]");

@@ -114,7 +114,7 @@ TEST_F(UnlistedServer, IsNeverMadeForAListedOne) {
 }
 
 // A server built for "http" is not found by "https", so the address is checked and added; but its key is in
-// the table already, and what stands there stays.
+// the table already, and what is there stays.
 TEST_F(UnlistedServer, SharesTheEntryOfAServerThatIsListedByHttp) {
   UpdateServerList({});
   UpdateServerList({{"plm", "http://plm.example/vt"}});

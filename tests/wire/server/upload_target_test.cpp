@@ -32,7 +32,7 @@ class UploadTarget : public StoringTest {
     ThenNonce();
     transport.Then(200, Ticket(1)).Then(200, Receipts(1)).Then(200, storedAnswer);
   }
-  // Where the last request asked for the document to be put: what stands behind its last member's name.
+  // Where the last request asked for the document to be put: what is after its last member's name.
   [[nodiscard]] std::string EndOfBody(const std::string& from) const {
     const std::string body = transport.requests().back().body.value_or("");
     const auto begin = body.find(from);

@@ -202,7 +202,7 @@ TEST(UriStem, IsHandedOutAtOneAddressForEachText) {
   EXPECT_EQ(GetVFSLocationPrefix(), before);
 }
 
-// An older server's answer is kept as it came, here in a temporary file, and read anew at each listing.
+// An older server's answer is kept as it came, here in a temporary file, and read again at each listing.
 TEST(DirectoryHandle, IsReadByManyThreadsAtOnce) {
   ThreadedHost host(Generation::Gateway);
   std::string elements;

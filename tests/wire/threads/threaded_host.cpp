@@ -54,7 +54,7 @@ bool LinkContext() {
 void WriteServers() {
   static std::atomic<bool> more = false;
   std::map<std::string, std::string> servers{{"plm", plmUrl}, {"down", "https://down.example/"}};
-  // Behind the others in the order of the nicknames, so that the first ones stay the first.
+  // After the others in the order of the nicknames, so that the first ones stay the first.
   if (more.exchange(!more)) servers["the other"] = "https://other.example/";
   UpdateServerList(servers);
 }

@@ -32,7 +32,7 @@ class ThreadedHost {
 
   /// Answers as the servers do.
   Answer AnswerOfServers(const SentRequest& request);
-  /// Makes the server objects anew, which then know nothing of their servers.
+  /// Makes the server objects again, which then know nothing of their servers.
   static void ListServers();
 
   TraceRecorder trace;

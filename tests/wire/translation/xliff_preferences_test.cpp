@@ -76,14 +76,14 @@ TEST_F(XliffPreferenceQuery, FollowsNextLinksOverConnectionsOfTheirOwn) {
 TEST_F(XliffPreferenceQuery, KeepsWhatItReadBeforeAFailedPage) {
   const std::string first =
       R"({"Preferences":[{"Name":"A","Value":"1"}],"@odata.nextLink":"https://plm.example/vt/next"})";
-  const std::string behind =
+  const std::string after =
       R"([{"Preferences":[{"Name":"B","Value":"2"}],"@odata.nextLink":"https://plm.example/vt/more"}])";
   const std::vector<Answer> failures{{500, first},
                                      {404, ""},
                                      {0, "", du::http::ErrorCode::TimedOut},
                                      {200, "<html>"},
                                      {200, first.substr(0, first.size() - 1)},
-                                     {200, behind},
+                                     {200, after},
                                      {200, "null"},
                                      {204, ""}};
   for (const Answer& failure : failures) {

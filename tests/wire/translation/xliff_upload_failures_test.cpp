@@ -17,7 +17,7 @@ class XliffUploadFailures : public XliffUploadTest {
  protected:
   static Ending Failed(const std::string& text) { return {"0 before", {Error(text)}}; }
 
-  /// What both ways have behind what they read.
+  /// What both ways have after what they read.
   static std::vector<Step> StoringSteps() {
     const Ending withoutNonce{
         "1 X2",

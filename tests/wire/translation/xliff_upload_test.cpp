@@ -20,7 +20,7 @@ class SourceUpload : public XliffUploadTest {
   std::string StoringBody() {
     return transport.requests().at(transport.requests().size() - 2).body.value_or("");
   }
-  // Uploads with these preferences and nothing else answered: what was asked behind the preferences.
+  // Uploads with these preferences and nothing else answered: what was asked after the preferences.
   Lines FailingLines(const std::map<std::string, std::string>& preferences) {
     transport.ClearRequests();
     ThenPreferences(preferences);

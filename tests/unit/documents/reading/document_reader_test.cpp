@@ -353,15 +353,4 @@ TEST(WorkspaceReader, TakesEveryField) {
   EXPECT_EQ(workspace, (WorkspaceRecord{"W1", "mine", "d", "C1"}));
 }
 
-TEST(MasterOfADocument, IsReadAloneAndOnlyFromAnObject) {
-  EpmMasterRecord expected;
-  expected.id = "M1";
-  EpmMasterRecord master;
-  ReadMasterOf(Json(R"({"id":"D1","epmMaster":{"id":"M1"}})"), master);
-  EXPECT_EQ(master, expected);
-  ReadMasterOf(Json(R"({"id":"D1"})"), master);
-  ReadMasterOf(Json("[]"), master);
-  EXPECT_EQ(master, expected);
-}
-
 }  // namespace

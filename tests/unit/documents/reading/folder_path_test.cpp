@@ -51,7 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"Gadget", "/Gadget/", subFolder, false, "untouched"},
         Row{"Gadget", "/Gadget", subFolder, false, "untouched"},
         Row{"Gadget", "/Gadget", "", false, "untouched"},
-        // The class is what stands between the first and the last colon, exactly.
+        // The class is what is between the first and the last colon, exactly.
         Row{"Gadget", "/Gadget", "vn.folder.Cabinet", false, "untouched"},
         Row{"Gadget", "/Gadget", "OR:vn.folder.Cabinet", false, "untouched"},
         Row{"Gadget", "/Gadget", "vn.folder.Cabinet:7", false, "untouched"},

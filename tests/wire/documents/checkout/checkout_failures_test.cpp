@@ -108,7 +108,7 @@ TEST_F(CheckoutFailures, OfTheDeletionBehindACheckoutThatFailed) {
                                  {"false before", {created, locked, notDeleted}},
                                  {"false before", {created, locked}}}};
   WalkFailuresFrom(
-      4, transport, trace, steps, [this] { return Leftovers(); },
+      {4, steps}, transport, trace, [this] { return Leftovers(); },
       [this]() -> std::string {
         FileInfo info;
         info.id = "before";
@@ -214,7 +214,7 @@ TEST_F(CheckoutFailures, OfTheReadBehindAnUndo) {
                                  {"false before", {Error("Failed to locate document D1001 on server\n")}},
                                  {"true ", {}}}};
   WalkFailuresFrom(
-      3, transport, trace, steps, [this] { return Leftovers(); },
+      {3, steps}, transport, trace, [this] { return Leftovers(); },
       [this]() -> std::string {
         FileInfo info;
         info.id = "before";
@@ -324,7 +324,7 @@ TEST_F(CheckoutFailures, OfAVerificationThatRenewsACheckout) {
        {"false", {createdAnew, Error("Failed to locate document D1001|W78|D1005|T on server\n")}},
        {renewed, {createdAnew}}}};
   WalkFailuresFrom(
-      1, transport, trace, steps, [this] { return Leftovers(); },
+      {1, steps}, transport, trace, [this] { return Leftovers(); },
       [this]() -> std::string {
         const auto verified = VerifyCheckout(Begin(NewConnection()), ParseCheckoutId(temporaryId));
         return verified ? "true " + verified->info.id : "false";

@@ -36,7 +36,7 @@ const TraceLine notDeleted = Error("Failed to delete temporary workspace W77\n")
 
 class CheckoutFrontFailures : public FrontWalkTest {
  protected:
-  // The requests behind the reading of the document, as they go without a failure.
+  // The requests after the reading of the document, as they go without a failure.
   static Ending Rest(const std::vector<Step>& steps, std::size_t from, const std::string& result,
                      const Traces& traces) {
     Ending ending{result, traces};
@@ -143,7 +143,7 @@ TEST_F(CheckoutFrontFailures, OfAnUndo) {
         {deleteLine, done, {success, {notDeleted}}, {success, {}}}},
        [] { return UndoCheckout(temporaryUid.c_str()); });
   const Ending none{"not walked", {}};
-  // Behind an answer without a document it is read, and without an id again under the text that went in.
+  // After an answer without a document it is read, and without an id again under the text that went in.
   Walk(
       {{holdLine, noList, none, none},
        {nonceLine, nonce, none, none},

@@ -13,7 +13,7 @@ class FrontWalkTest : public ListedServerTest {
   }
   void Walk(const std::vector<Step>& steps, const std::function<std::string()>& run, std::size_t first = 0) {
     WalkFailuresFrom(
-        first, transport, trace, steps, [this] { return directory.Entries(); },
+        {first, steps}, transport, trace, [this] { return directory.Entries(); },
         [&] {
           // A server object that remembers nothing.
           VtDirectManager::UpdateServerList({});

@@ -14,7 +14,7 @@ std::string ObjectsLine(const std::string& escapedName) {
 
 class BadNames : public UploadFrontTest {
  protected:
-  // Creates a document of this name, as it stands in the path, at the top of the folders.
+  // Creates a document of this name, as it is in the path, at the top of the folders.
   bool Create(const std::string& leaf, const std::string& answeredName) {
     ThenNewName();
     transport.Then(200, R"({"items":[{"id":"OR:vn.Product:5","attributes":{"name":"Gadget"}}]})");
@@ -43,7 +43,7 @@ class BadNames : public UploadFrontTest {
   }
 };
 
-// The path has them escaped. The search is made for the plain name and for the name as it stands; the new
+// The path has them escaped. The search is made for the plain name and for the name as it is; the new
 // document gets the latter.
 TEST_F(BadNames, OfAllForbiddenCharacters) {
   const std::string leaf = "%7c%5c%2f%3c%3e%3a%22%3f%2a%25";

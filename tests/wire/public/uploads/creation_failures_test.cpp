@@ -84,12 +84,12 @@ TEST_P(OlderCreationFailures, OfSearchAndTransfer) {
   steps.push_back({flow[5].line, flow[5].answer, secondUnmade, GoesOn(flow, 6, success, traces)});
   steps.push_back({flow[6].line, flow[6].answer, noContext, noContext});
   steps.push_back({flow[7].line, flow[7].answer, noFolder, noFolder});
-  Walk(Join(steps, TransferSteps(flow, 8, success, searched(true, true, {}), {uploaded}, 7,
-                                 NotCreated("OR:vn.Product:5", "F1"))),
+  Walk(Join(steps, TransferSteps(flow, 8, success, {searched(true, true, {}), {uploaded}},
+                                 {7, NotCreated("OR:vn.Product:5", "F1")})),
        "//plm/" + path, false, 4);
 }
 
-// A service that could not be asked for is asked for again by the transfer, and those behind it are then
+// A service that could not be asked for is asked for again by the transfer, and those after it are then
 // asked for the first time. One whose schema is broken at its end counts as there, in its first version.
 TEST_P(OlderCreationFailures, OfProbeAndSchemas) {
   const Flow flow = WholeFlow();
@@ -101,9 +101,9 @@ TEST_P(OlderCreationFailures, OfProbeAndSchemas) {
     ending.lines.insert(ending.lines.begin() + 2, asking.lines.begin(), asking.lines.end());
     const Traces before(MissingServices().begin(),
                         MissingServices().begin() + static_cast<std::ptrdiff_t>(from));
-    const Traces behind(MissingServices().begin() + static_cast<std::ptrdiff_t>(from) - 1,
-                        MissingServices().end());
-    ending.traces = Join(Join(before, Searched(true, true)), Join(behind, {uploaded}));
+    const Traces after(MissingServices().begin() + static_cast<std::ptrdiff_t>(from) - 1,
+                       MissingServices().end());
+    ending.traces = Join(Join(before, Searched(true, true)), Join(after, {uploaded}));
     return ending;
   };
   const auto there = [&](std::size_t service) {
@@ -185,8 +185,8 @@ TEST_P(CreationFailures, OnAServerWithAllServices) {
   add(GoesOn(flow, 10, success, searched(true, false, {uploaded})), GoesOn(flow, 10, success, traces));
   addBoth({Failed(7), searched(true, true, {Error("Failed to locate context Gadget on server\n")})});
   addBoth(GoesOn(flow, 12, success, traces));
-  Walk(Join(steps, TransferSteps(flow, 12, success, searched(true, true, {}), {uploaded}, 7,
-                                 NotCreated("C1", "F1"))),
+  Walk(Join(steps, TransferSteps(flow, 12, success, {searched(true, true, {}), {uploaded}},
+                                 {7, NotCreated("C1", "F1")})),
        "//plm/" + path, false, 4);
 }
 
@@ -235,7 +235,7 @@ TEST_P(CreationFailures, InAWorkspace) {
   steps.push_back({flow[8].line, flow[8].answer, lostWorkspace, lostWorkspace});
   const TraceLine notCreated = Error("Failed to create document " + ThreePaths() +
                                      " on server ctx OR:vn.Product:5, folder , workspace W12\n");
-  Walk(Join(steps, TransferSteps(flow, 9, success, sought(missing, {}), {stored}, 7, notCreated)),
+  Walk(Join(steps, TransferSteps(flow, 9, success, {sought(missing, {}), {stored}}, {7, notCreated})),
        "//plm/" + path, false, 4);
 }
 

@@ -3,7 +3,7 @@
 #include "tests/wire/public/path_search.h"
 #include "tests/wire/public/uploads/upload_front_fixture.h"
 
-// Every request behind a document's links, and behind the question whether it is still to be created, fails
+// Every request after a document's links, and after the question whether it is still to be created, fails
 // in every way.
 namespace vtdirect_test {
 namespace {
@@ -24,7 +24,7 @@ class LinksFailures : public UploadFrontTest {
       std::erase(names, "local");
       return names;
     };
-    WalkFailuresFrom(first, transport, trace, steps, leftovers, [&] {
+    WalkFailuresFrom({first, steps}, transport, trace, leftovers, [&] {
       UpdateServerList({});
       UpdateServerList({{"plm", plmUrl}});
       return run();

@@ -6,7 +6,7 @@ namespace {
 
 class UploadFailures : public UploadWalkTest {
  protected:
-  // The schema, and then the steps of a document's state. Each flow goes on behind them.
+  // The schema, and then the steps of a document's state. Each flow goes on after them.
   static Step Probe(const Flow& flow, const std::string& success, const Traces& traces) {
     return {flow[0].line, flow[0].answer, NotProbed(), GoesOn(flow, 1, success, traces)};
   }
@@ -41,8 +41,8 @@ TEST_P(UploadFailures, OfAnIteration) {
               flow[3].answer,
               {Failed(8), {StoringAt(""), NotLocated("D1")}},
               GoesOn(flow, 4, success, traces)}},
-            TransferSteps(flow, 4, success, {StoringAt("")}, {uploaded}, 8,
-                          Error("Failed to iterate document id D1 " + ThreePaths() + "\n"))),
+            TransferSteps(flow, 4, success, {{StoringAt("")}, {uploaded}},
+                          {8, Error("Failed to iterate document id D1 " + ThreePaths() + "\n")})),
        uidOfD1);
 }
 
@@ -77,8 +77,8 @@ TEST_P(UploadFailures, OfAStoreIntoATemporaryCheckout) {
                    flow[2].answer,
                    {Failed(9), {StoringAt(""), NotLocated("D1002")}},
                    GoesOn(flow, 3, success, traces)}},
-                 TransferSteps(flow, 3, success, {StoringAt("")}, {checkedIn, uploaded}, 9,
-                               Error("Failed to store document id D1002 " + ThreePaths() + "\n"))),
+                 TransferSteps(flow, 3, success, {{StoringAt("")}, {checkedIn, uploaded}},
+                               {9, Error("Failed to store document id D1002 " + ThreePaths() + "\n")})),
             {{flow[last - 1].line, flow[last - 1].answer, notCheckedIn, unknownId},
              {flow[last].line, flow[last].answer, notDeleted, {success, traces}}}),
        uidStem + id, !GetParam().ChecksInByItself());
@@ -102,7 +102,7 @@ TEST_P(UploadFailures, OfAStoreIntoAWorkspaceOfTheUsers) {
   stateUnreadable.answers.insert(stateUnreadable.answers.begin(), walkedNoList);
   stateUnreadable.lines.insert(stateUnreadable.lines.begin(), Get(documentsPath + "//versions?contextId="));
   const TraceLine notFound = Error("Failed to find doc number 0042 with response: {text}");
-  // What was stored stands, whether or not it can be read.
+  // What was stored stays, whether or not it can be read.
   const Ending notRead{Done(uidStem),
                        {StoringAt(""), NotLocated("D2|W12"), Information("Uploaded document id  ()\n")}};
   const Ending unreadable{Done(uidStem + "D2|W12"),
@@ -117,8 +117,8 @@ TEST_P(UploadFailures, OfAStoreIntoAWorkspaceOfTheUsers) {
                    flow[3].answer,
                    {Failed(9), {StoringAt(""), NotLocated("D2")}},
                    GoesOn(flow, 4, success, traces)}},
-                 TransferSteps(flow, 4, success, {StoringAt("")}, {stored}, 9,
-                               Error("Failed to store document id D2 " + ThreePaths() + "\n"))),
+                 TransferSteps(flow, 4, success, {{StoringAt("")}, {stored}},
+                               {9, Error("Failed to store document id D2 " + ThreePaths() + "\n")})),
             {{flow[last].line, flow[last].answer, notRead, unreadable}}),
        uidStem + "D2|W12");
 }

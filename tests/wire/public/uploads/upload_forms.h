@@ -18,7 +18,7 @@ struct UploadForm {
 
   /// Whether the transfer is left to the host's task runner.
   [[nodiscard]] bool IsLater() const;
-  /// Whether a temporary checkout is checked in behind its store without being asked for.
+  /// Whether a temporary checkout is checked in after its store without being asked for.
   [[nodiscard]] bool ChecksInByItself() const;
   /// The version of such a document's application is never negotiated.
   [[nodiscard]] bool RegistersNothing() const { return kind == VtDirectManager::FileTypeUgc; }
@@ -40,7 +40,7 @@ class UploadFormTest : public UploadFrontTest, public testing::WithParamInterfac
   [[nodiscard]] TraceLine StoringAt(const std::string& relativePath) const;
   [[nodiscard]] std::string ThreePaths() const;
 
-  /// Calls the entry, and then the task when it left one. Gives "true" or "false", and all statuses behind
+  /// Calls the entry, and then the task when it left one. Gives "true" or "false", and all statuses after
   /// it.
   std::string Run(const std::string& address, bool checkIn);
 

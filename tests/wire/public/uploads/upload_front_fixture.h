@@ -63,7 +63,7 @@ class UploadFrontTest : public ListedServerTest {
     ThenSchema();
     transport.Then(404).Then(404).Then(404).Then(200, "[]").Then(200, "[]");
   }
-  /// What a new iteration of "D1" takes behind its preparation.
+  /// What a new iteration of "D1" takes after its preparation.
   void ThenIterate() {
     transport.Then(200, R"({"id":"D1"})");
     ThenNonce();
@@ -75,7 +75,7 @@ class UploadFrontTest : public ListedServerTest {
     ThenSchema();
     transport.Then(200, R"({"id":"D1001"})");
   }
-  /// What a store takes behind its preparation.
+  /// What a store takes after its preparation.
   void ThenStore(const char* working = R"({"id":"D1002"})") {
     transport.Then(200, working);
     ThenNonce();

@@ -38,11 +38,11 @@ Flow UploadWalkTest::TransferFlow() const {
 }
 
 std::vector<Step> UploadWalkTest::TransferSteps(const Flow& flow, std::size_t first,
-                                                const std::string& success, const Traces& before,
-                                                const Traces& behind, int code, const TraceLine& end) const {
-  const Traces whole = Join(before, behind);
+                                                const std::string& success, const TransferTraces& traces,
+                                                const TransferFailure& failure) const {
+  const Traces whole = Join(traces.before, traces.after);
   const auto failed = [&](const char* text) {
-    return Ending{Failed(code), Join(before, {Error(text), end})};
+    return Ending{Failed(failure.code), Join(traces.before, {Error(text), failure.end})};
   };
   const Ending withoutNonce = GoesOnWithoutNonce(flow, first, success, whole);
   const Ending refusedPost = failed("Failed to update document with error {error}\n");
@@ -77,7 +77,7 @@ void UploadWalkTest::Walk(const std::vector<Step>& steps, const std::string& add
     std::erase(names, "local");
     return names;
   };
-  WalkFailuresFrom(first, transport, trace, steps, leftovers, [&] {
+  WalkFailuresFrom({first, steps}, transport, trace, leftovers, [&] {
     UpdateServerList({});
     UpdateServerList({{"plm", plmUrl}});
     (void)ShouldInvalidateCache(true);

@@ -15,6 +15,18 @@ struct WalkedRequest {
 };
 using Flow = std::vector<WalkedRequest>;
 
+/// What the flow around a transfer traces.
+struct TransferTraces {
+  Traces before;  ///< up to the transfer
+  Traces after;   ///< from a transfer that succeeded on
+};
+
+/// How a flow ends whose transfer fails.
+struct TransferFailure {
+  int code = 0;   ///< its status
+  TraceLine end;  ///< the last line that it traces
+};
+
 /// Walks flows of the exported uploads, each time with a server object that remembers nothing, and with a
 /// version that the host wants registered.
 class UploadWalkTest : public UploadFormTest {
@@ -23,22 +35,18 @@ class UploadWalkTest : public UploadFormTest {
 
   /// What a flow does from one of its requests on.
   static Ending GoesOn(const Flow& flow, std::size_t from, const std::string& result, const Traces& traces);
-  /// The same behind a nonce that was not given: it is asked for again before the next request that carries
+  /// The same after a nonce that was not given: it is asked for again before the next request that carries
   /// it.
   static Ending GoesOnWithoutNonce(const Flow& flow, std::size_t nonceAt, const std::string& result,
                                    const Traces& traces);
 
   /// The requests between a document's reading and its posting: nonce, ticket, upload and registration.
   [[nodiscard]] Flow TransferFlow() const;
-  /// The steps of TransferFlow() within the flow, which begin at `first`, and of the posting behind them.
-  /// @param success   result of the flow
-  /// @param before    what it has traced up to there
-  /// @param behind    what a success traces from there on
-  /// @param code      status of a failure
-  /// @param end       what a failure traces at its end
+  /// The steps of TransferFlow() within the flow, which begin at `first`, and of the posting after them.
+  /// @param success  result of the flow
   [[nodiscard]] std::vector<Step> TransferSteps(const Flow& flow, std::size_t first,
-                                                const std::string& success, const Traces& before,
-                                                const Traces& behind, int code, const TraceLine& end) const;
+                                                const std::string& success, const TransferTraces& traces,
+                                                const TransferFailure& failure) const;
 
   /// A server that cannot be probed in one way is probed in the other. A schema that is broken in its last
   /// piece counts as read, so only a refusal leads here.
