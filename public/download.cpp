@@ -24,8 +24,10 @@ std::optional<FileInfo> DownloadTarget(const PathTarget& target, const std::stri
   const std::string id = IdOfTarget(target);
   FileInfo info;
   if (id.empty()) return std::nullopt;
-  const bool done =
-      target.server->GetFile(id.c_str(), localPath.c_str(), info, options.progress, options.compareSize);
+  FileServer& server = *target.server;
+  const bool done = options.compareSize
+                        ? server.GetWholeFile(id.c_str(), localPath.c_str(), info, options.progress)
+                        : server.GetFile(id.c_str(), localPath.c_str(), info, options.progress);
   if (!done) return std::nullopt;
   return info;
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "base/status.h"
 #include "browsing/dir_entry.h"
@@ -46,9 +47,14 @@ class FileServer {
   /// @param latestForm  the path that always means the newest iteration
   [[nodiscard]] virtual std::string GetVFSPath(const char* id, bool folderOnly, bool latestForm) = 0;
   /// Downloads the content into a local file. Two requests.
-  /// @param compareSize  whether the content must be as long as its record says, if that says it
   [[nodiscard]] virtual bool GetFile(const char* id, const char* localPath, FileInfo& info,
-                                     ProgressFunction progress, bool compareSize) = 0;
+                                     ProgressFunction progress) = 0;
+  /// The same, and a content that is not as long as its record says is a failure. A kind of server that knows of no
+  /// lengths has no other way than GetFile.
+  [[nodiscard]] virtual bool GetWholeFile(const char* id, const char* localPath, FileInfo& info,
+                                          ProgressFunction progress) {
+    return GetFile(id, localPath, info, std::move(progress));
+  }
   /// Fills what the query asks for. Makes requests.
   virtual Status ReadDetails(const char* id, DocumentQuery& query) = 0;
   /// Reads the summary of an object. One request.

@@ -40,8 +40,16 @@ bool VtRestLegacyFileServer::TestConnection() {
 }
 
 bool VtRestLegacyFileServer::GetFile(const char* id, const char* localPath, FileInfo& info,
-                                     ProgressFunction progress, bool compareSize) {
+                                     ProgressFunction progress) {
   ServerContext server = Begin();
+  return HandOver(DownloadDocument(server, ParseCheckoutId(id), TextOrEmpty(localPath), std::move(progress)),
+                  info);
+}
+
+bool VtRestLegacyFileServer::GetWholeFile(const char* id, const char* localPath, FileInfo& info,
+                                          ProgressFunction progress) {
+  ServerContext server = Begin();
+  constexpr bool compareSize = true;
   return HandOver(
       DownloadDocument(server, ParseCheckoutId(id), TextOrEmpty(localPath), std::move(progress), compareSize),
       info);

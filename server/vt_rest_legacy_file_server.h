@@ -20,8 +20,9 @@ class VtRestLegacyFileServer final : public VantryFileServer, private CheckoutSe
   bool TestConnection() override;
   std::string ResolvePath(const char* path) override;
   std::string GetVFSPath(const char* id, bool folderOnly, bool latestForm) override;
-  bool GetFile(const char* id, const char* localPath, FileInfo& info, ProgressFunction progress,
-               bool compareSize) override;
+  bool GetFile(const char* id, const char* localPath, FileInfo& info, ProgressFunction progress) override;
+  bool GetWholeFile(const char* id, const char* localPath, FileInfo& info,
+                    ProgressFunction progress) override;
   Status ReadDetails(const char* id, DocumentQuery& query) override;
   Status GetFileInfo(const char* id, FileInfo& info) override;
   bool AlwaysTrue() override;

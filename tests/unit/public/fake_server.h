@@ -55,7 +55,7 @@ class FakeServer : public Base {
     return Called("GetVFSPath", id + form), answers_.vfsPath;
   }
   bool GetFile(const char* id, const char* localPath, FileInfo& info,
-               lxservices::cms_interface::ProgressFunction progress, bool) override {
+               lxservices::cms_interface::ProgressFunction progress) override {
     Called("GetFile", std::string(id) + " " + localPath);
     answers_.progress = std::move(progress);
     if (answers_.downloads) info = answers_.downloaded;

@@ -156,7 +156,7 @@ TEST_F(ServerObject, TakesANullIdForNone) {
   EXPECT_EQ(Plm()->GetFileInfo(nullptr, info), Ok);
   EXPECT_EQ(info.id, "");
   EXPECT_EQ(Plm()->ReadDetails(nullptr, query), Ok);
-  EXPECT_FALSE(Plm()->GetFile(nullptr, directory.File("copy").c_str(), info, {}, false));
+  EXPECT_FALSE(Plm()->GetFile(nullptr, directory.File("copy").c_str(), info, {}));
   EXPECT_EQ(trace.lines().back(), (TraceLine{3, "VtDirect", "Failed to download file  with error: "}));
 }
 
