@@ -129,8 +129,8 @@ enum class ActionForm { Plain, WithText };
 
 /// Reads everything after the "=".
 /// @return what is wrong with it; null for nothing
-const char* ReadEffect(std::string_view text, ActionForm form, FaultRule& rule) {
-  const bool withText = form == ActionForm::WithText;
+const char* ReadEffect(std::string_view text, ActionForm actionForm, FaultRule& rule) {
+  const bool withText = actionForm == ActionForm::WithText;
   if (const char* problem = TakeModifiers(text, rule)) return problem;
   if (withText && !text.starts_with("status:") && !text.starts_with("redirect:")) return "unknown action";
   if (const auto star = text.rfind('*'); star != std::string_view::npos) {
