@@ -28,7 +28,7 @@ double Seconds(Clock::time_point from, Clock::time_point to) {
 bool Store(const std::string& server, const char* file, Moments& moments) {
   VtDirectManager::SetAppConfig(VtDirectManager::ConfigUriStem, "bench");
   VtDirectManager::UpdateServerList({{"server", server}});
-  // Only an address that is unique stands for an existing document; behind "http" it is the server's own.
+  // Only an address that is unique stands for an existing document; after "http" it is the server's own.
   const std::string address = "bench-vt" + server.substr(server.find(':')) + "?id=D1";
   const std::map<std::string, std::string> noLinks;
   const auto progress = [&moments](std::size_t, std::size_t) {

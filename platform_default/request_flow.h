@@ -87,7 +87,7 @@ class RequestFlow {
   Place place_ = Place::Home;
   Carried carried_ = Carried::Nothing;
   /// What this request itself was shown. New credentials end the session and what that has learned, but the
-  /// demand that they answer still stands.
+  /// demand that they answer still holds.
   PasswordScheme demanded_ = PasswordScheme::Unknown;
   bool loginDemanded_ = false;  ///< by the origin that the request is at
   bool standingPasswordTried_ = false;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_mount {
 

@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <string_view>
 
-#include "hosts/cli/address.h"
-#include "hosts/cli/environment.h"
+#include "hosts/cli/browsing/address.h"
+#include "hosts/cli/program/environment.h"
 
 namespace vtdirect_mount {
 namespace {

@@ -12,13 +12,13 @@
 #include <optional>
 #include <vector>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/commands/command_line.h"
-#include "hosts/cli/environment.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/work_directory.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/program/environment.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/trace_log.h"
 #include "hosts/mount/background.h"
 #include "hosts/mount/credentials.h"
 #include "hosts/mount/fuse/session.h"

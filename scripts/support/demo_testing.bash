@@ -41,7 +41,7 @@ show_testing() {
   run get "$fork" -o "$work/broken"
   cmp "$work/broken" "$work/testing-data/content/10010" || fail "what was fetched is not what the server holds"
 
-  next "Delete the drawing behind the client's back, and go back to the beginning."
+  next "Delete the drawing without the client, and go back to the beginning."
   control DELETE documents/D1001
   fails_with 6 get "$fork" -o "$work/deleted"
   control POST reset

@@ -1,4 +1,4 @@
-# A document on its way into other languages. Sourced by scripts/demo behind demo_storing.bash; uses what
+# A document on its way into other languages. Sourced by scripts/demo after demo_storing.bash; uses what
 # both have.
 
 # write_xliff FILE TEXT: a source XLIFF of one unit.

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/copy_search.h"
-#include "hosts/cli/environment.h"
 #include "hosts/cli/files/state_file.h"
+#include "hosts/cli/program/environment.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {

@@ -5,12 +5,12 @@
 #include <vector>
 
 #include "hosts/cli/checkouts/kept_checkout.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 
-/// What stands in the book.
+/// What is in the book.
 struct BookContents {
   std::vector<KeptCheckout> checkouts;  ///< in the order in which they were first kept
   bool readable = true;                 ///< false: the file could not be read at all, or is of another form
@@ -51,8 +51,8 @@ class CheckoutBook {
 /// empty when there is no such object. Makes requests for a path. Warns of a book that can't be read.
 [[nodiscard]] std::string UidToGoOnWith(Host& host, const std::string& address);
 
-/// The UID with the workspace that its object stands in, which takes a working copy to be checked in; the UID
-/// itself when it has one, or its object stands in no workspace of the user's own. Of a document that the
+/// The UID with the workspace that its object is in, which takes a working copy to be checked in; the UID
+/// itself when it has one, or its object is in no workspace of the user's own. Of a document that the
 /// user has checked out by other means, a path may lead to the working copy without its workspace. Makes
 /// requests.
 [[nodiscard]] std::string WithWorkspace(const std::string& uid);
@@ -63,7 +63,7 @@ class CheckoutBook {
 ///         says, and for a working copy that the server does not tell for certain
 [[nodiscard]] Result<std::string> FindWorkingCopy(Host& host, const std::string& address);
 
-/// Keeps a working copy. What the server has done stands even when the book can't be written, so that is a
+/// Keeps a working copy. What the server has done is done even when the book can't be written, so that is a
 /// warning, which tells the UID.
 /// Makes requests.
 /// @param address  what was checked out, as it was addressed before

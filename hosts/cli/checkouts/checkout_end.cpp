@@ -2,15 +2,15 @@
 
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/content_download.h"
-#include "hosts/cli/interruption_report.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/interruption_report.h"
 
 namespace vtdirect_cli {
 namespace {

@@ -1,6 +1,6 @@
 #include "hosts/cli/checkouts/checkout_words.h"
 
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/reasons.h"
 
 namespace vtdirect_cli {
 

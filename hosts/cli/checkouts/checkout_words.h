@@ -7,7 +7,7 @@
 
 namespace vtdirect_cli {
 
-/// Where a checkout stands.
+/// The state of a checkout.
 struct CheckoutState {
   VtDirectManager::VtCheckoutStatus status = VtDirectManager::CheckoutStatusFailed;
   std::string user;  ///< who holds it; empty without one

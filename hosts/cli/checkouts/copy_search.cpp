@@ -5,13 +5,13 @@
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr const char* kAgain = "the same command can be given again";
+constexpr const char* againAdvice = "the same command can be given again";
 
 using Copies = std::vector<VtDirectManager::TemporaryCheckout>;
 
@@ -22,7 +22,7 @@ using Copies = std::vector<VtDirectManager::TemporaryCheckout>;
 // A question about the checkout got no answer: what is wrong with the server, or that nothing else is.
 [[nodiscard]] Failure Unanswered(Host& host, const std::string& uid, const std::string& what) {
   if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(uid.c_str()))) return *failure;
-  return Failed(what, kAgain);
+  return Failed(what, againAdvice);
 }
 
 [[nodiscard]] Failure NotFoundOut(Host& host, const std::string& address, const std::string& uid) {
@@ -80,7 +80,7 @@ Result<FoundCopy> CopyToGoOnWith(Host& host, const std::string& address,
                                  VtDirectManager::VtCheckoutStatus status, const std::string& uid) {
   if (IsTemporaryCopy(uid)) return FoundCopy{uid, {}};
   if (status == VtDirectManager::CheckoutStatusFailed && PresenceOf(uid) != Presence::Gone) {
-    return Unanswered(host, uid, "where the checkout of " + address + " stands could not be found out");
+    return Unanswered(host, uid, "the state of the checkout of " + address + " could not be found out");
   }
   if (!IsHeldByUser(status)) return FoundCopy{uid, {}};
   const auto found = SearchForCopy(host, address, uid);

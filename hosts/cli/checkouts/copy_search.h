@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "hosts/cli/host.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/host.h"
 
 /// Working copies that are not kept here: they were made on another machine, or by a program that was killed.
 /// Only the server can tell them.

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "hosts/cli/environment.h"
+#include "hosts/cli/program/environment.h"
 #include "hosts/cli/texts/tabbed_line.h"
 
 namespace vtdirect_cli {

@@ -1,7 +1,7 @@
 #include "hosts/cli/checkouts/journaled_step.h"
 
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "hosts/cli/checkouts/journal.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 

@@ -15,8 +15,8 @@ struct KeptCheckout {
   std::string since;     ///< when it was first kept: UTC, as 2026-01-31T09:00:00Z
 };
 
-/// One line of the file, without a line feed: the five fields, parted by tabs. A backslash and every control
-/// byte stand as "\xHH"; all other bytes stand for themselves.
+/// One line of the file, without a line feed: the five fields, separated by tabs. A backslash and every control
+/// byte is written as "\xHH"; all other bytes are written as they are.
 [[nodiscard]] std::string LineOfCheckout(const KeptCheckout& checkout);
 
 /// @return nothing for a line that LineOfCheckout would not have written, or that names no working copy
@@ -39,7 +39,7 @@ struct KeptCheckout {
 /// form a copy.
 [[nodiscard]] std::string ByDocumentId(const std::string& uid);
 
-/// Whether the UID names the workspace that its object stands in, which takes it to be checked in.
+/// Whether the UID names the workspace that its object is in, which takes it to be checked in.
 [[nodiscard]] bool HasWorkspace(const std::string& uid);
 
 /// The id of the document in the UID, without a workspace; of a temporary checkout that of the document that

@@ -8,17 +8,17 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/content_download.h"
 #include "hosts/cli/files/sha256.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/translation/xliff_recovery.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::size_t kMostWarnings = 3;
+constexpr std::size_t mostWarnings = 3;
 
 // The id of the document that a UID of any form was taken from.
 [[nodiscard]] std::string DocumentOf(const std::string& uid) {
@@ -160,7 +160,7 @@ Finding NotKnown(const std::string& address) {
   return {false,
           false,
           {},
-          "where " + address + " stands could not be found out; \"vtdirect recover\" asks again"};
+          "the state of " + address + " could not be found out; \"vtdirect recover\" asks again"};
 }
 
 std::string SumOnServer(Host& host, const std::string& uid) {
@@ -174,7 +174,7 @@ std::string SumOnServer(Host& host, const std::string& uid) {
   return sum;
 }
 
-Finding FindOutWhatStands(Host& host, const JournalEntry& entry) {
+Finding FindOutState(Host& host, const JournalEntry& entry) {
   if (entry.step == "checkout") return FindCheckout(entry);
   if (entry.step == "checkin" || entry.step == "undo") return FindEnd(entry);
   if (entry.step == "store") return FindStore(host, entry);
@@ -216,13 +216,13 @@ void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls) {
     const std::string url = VtDirectManager::GetServerURL(entry.uid.c_str());
     const bool isUsed = !url.empty() && std::find(urls.begin(), urls.end(), url) != urls.end();
     if (!isUsed || Interrupted()) continue;
-    if (++warned > kMostWarnings) {
+    if (++warned > mostWarnings) {
       host.output().Warning(
           "there are more changes that were not confirmed; \"vtdirect recover\" settles them");
       break;
     }
     host.output().Warning(WithArticle(entry.step) + " of " + entry.address + " was begun " + entry.since +
-                          " and not confirmed: " + FindOutWhatStands(host, entry).words +
+                          " and not confirmed: " + FindOutState(host, entry).words +
                           "; \"vtdirect recover\" settles it");
   }
   ForgetReasons();

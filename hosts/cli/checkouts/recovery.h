@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "hosts/cli/checkouts/journal.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 
@@ -13,7 +13,7 @@ struct Finding {
   bool isKnown = false;     ///< whether the change was done or not is certain now
   bool hasEnded = false;    ///< the checkout of a check-in or an undo is over
   std::string workingCopy;  ///< of a checkout that was done: its UID
-  std::string words;        ///< where things stand, and what to do next
+  std::string words;        ///< the state on the server, and what to do next
 };
 
 /// The SHA-256 of the content that the server has; empty when it could not be fetched. Makes requests.
@@ -25,9 +25,9 @@ struct Finding {
 /// What is said of a change whose outcome could not be found out.
 [[nodiscard]] Finding NotKnown(const std::string& address);
 
-/// Asks the server where things stand, by reads alone. What it doesn't say is not assumed. Makes requests; a
+/// Asks the server for the state, by reads alone. What it doesn't say is not assumed. Makes requests; a
 /// store is compared with the bytes that the server has, which transfers them.
-[[nodiscard]] Finding FindOutWhatStands(Host& host, const JournalEntry& entry);
+[[nodiscard]] Finding FindOutState(Host& host, const JournalEntry& entry);
 
 /// Brings what is kept here up to date, clears away the temporary workspace of a checkout that is over, and
 /// strikes the entry out. Makes requests.
@@ -37,7 +37,7 @@ void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding);
 /// @param uid  of the object that was changed
 void SettleRepeated(Host& host, const std::string& step, const std::string& uid);
 
-/// Warns of the open entries on these servers, with what stands. Makes requests if there are any.
+/// Warns of the open entries on these servers, with the state on the server. Makes requests if there are any.
 /// @param urls  of the servers that a command works with
 void WarnOfOpenEntries(Host& host, const std::vector<std::string>& urls);
 

@@ -7,13 +7,13 @@
 #include <string_view>
 
 #include "hosts/cli/checkouts/kept_checkout.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr int kMostTries = 5;
+constexpr int mostTries = 5;
 
 // Five letters and digits by chance, so that runs within one second meet in one of sixty million cases.
 [[nodiscard]] std::string PartOfThisTry() {
@@ -89,7 +89,7 @@ std::string CheckOutDocument(const std::string& document) {
     const WorkspacePrefix prefix;
     const std::string uid = VtDirectManager::Checkout(document.c_str());
     if (HasObjectId(uid)) return uid;
-    if (tries == kMostTries || !NameWasTaken() || Interrupted()) return {};
+    if (tries == mostTries || !NameWasTaken() || Interrupted()) return {};
   }
 }
 

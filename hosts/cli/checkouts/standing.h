@@ -4,7 +4,7 @@
 
 #include "hosts/cli/checkouts/checkout_words.h"
 
-/// Where things stand on the server, asked by reads alone. An answer that did not come is never taken for a
+/// The state on the server, asked by reads alone. An answer that did not come is never taken for a
 /// no: what is not known is not assumed.
 namespace vtdirect_cli {
 
@@ -18,7 +18,7 @@ enum class Presence {
 /// Asks for an object by its UID. Makes a request.
 [[nodiscard]] Presence PresenceOf(const std::string& uid);
 
-/// Where the checkout of a working copy in a temporary workspace stands. Makes requests.
+/// The state of the checkout of a working copy in a temporary workspace. Makes requests.
 ///
 /// The status is CheckoutInTempWorkspace only if the server shows the working copy itself; CheckoutNone,
 /// CheckoutNotPossible and CheckoutByOther only if it says that the user doesn't hold the document;

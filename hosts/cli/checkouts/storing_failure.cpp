@@ -2,25 +2,25 @@
 
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/copy_search.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr const char* kAgain = "the same command can be given again";
-constexpr const char* kUnchanged = "nothing was changed";
+constexpr const char* againAdvice = "the same command can be given again";
+constexpr const char* unchangedText = "nothing was changed";
 
 [[nodiscard]] const char* NounOf(CheckoutEnd end) {
   return end == CheckoutEnd::Checkin ? "check-in" : "undo";
 }
 
 [[nodiscard]] Failure Refused(const std::string& what, const std::string& next) {
-  return {ExitCode::Failure, what + "; " + kUnchanged, next};
+  return {ExitCode::Failure, what + "; " + unchangedText, next};
 }
 
 [[nodiscard]] Failure RefusedAs(FailureClass failureClass, const std::string& what, const std::string& next) {
@@ -32,7 +32,7 @@ constexpr const char* kUnchanged = "nothing was changed";
 // Before a command has changed anything.
 [[nodiscard]] Failure DiagnoseUnchanged(Host& host, const std::string& address) {
   Failure failure = Diagnose(host, address, true);
-  if (failure.code != ExitCode::Interrupted) failure.message += std::string("; ") + kUnchanged;
+  if (failure.code != ExitCode::Interrupted) failure.message += std::string("; ") + unchangedText;
   return failure;
 }
 
@@ -80,7 +80,7 @@ constexpr const char* kUnchanged = "nothing was changed";
                  "give the UID of the working copy, or its path, .../Workspaces/NAME/FILE");
 }
 
-[[nodiscard]] WhatStands OwnCheckoutNow(Host& host, const std::string& address, const std::string& uid) {
+[[nodiscard]] StateOnServer OwnCheckoutNow(Host& host, const std::string& address, const std::string& uid) {
   const auto found = SearchForCopy(host, address, uid);
   if (found && !found->uid.empty()) {
     return {"you have it checked out now, and its working copy is " + found->uid,
@@ -90,14 +90,14 @@ constexpr const char* kUnchanged = "nothing was changed";
           CommandToType("browse-url", uid) + " tells where its page is, on which that can be undone"};
 }
 
-// What stands after a failed checkout, and what next.
-[[nodiscard]] WhatStands OutcomeOfCheckout(Host& host, const std::string& address, const std::string& uid,
-                                           bool mayBeDone) {
+// What is on the server after a failed checkout, and what to do next.
+[[nodiscard]] StateOnServer OutcomeOfCheckout(Host& host, const std::string& address, const std::string& uid,
+                                              bool mayBeDone) {
   const CheckoutState standing = ReadCheckoutState(uid);
   switch (standing.status) {
     case VtDirectManager::CheckoutNone:
       if (mayBeDone) return NotSeenYet("it is not checked out", "the checkout");
-      return {std::string(kUnchanged) + ", it is not checked out", kAgain, true};
+      return {std::string(unchangedText) + ", it is not checked out", againAdvice, true};
     case VtDirectManager::CheckoutByOther:
       return {"it is checked out by " + standing.user + " now",
               "it can be checked out when that checkout has ended"};
@@ -106,18 +106,19 @@ constexpr const char* kUnchanged = "nothing was changed";
               CommandToType("checkout", NewestOf(uid)) + " checks out that one"};
     case VtDirectManager::CheckoutStatusFailed:
     case VtDirectManager::CheckoutUnsupported:
-      return {"what stands now could not be found out", CommandToType("status", uid) + " tells"};
+      return {"the state on the server could not be found out", CommandToType("status", uid) + " tells"};
     default:
       return OwnCheckoutNow(host, address, uid);
   }
 }
 
-[[nodiscard]] WhatStands OutcomeOfEnd(CheckoutEnd end, const std::string& uid, bool mayBeDone) {
+[[nodiscard]] StateOnServer OutcomeOfEnd(CheckoutEnd end, const std::string& uid, bool mayBeDone) {
   const CheckoutState standing = ReadCheckoutState(uid);
   const std::string next = AdviceAfterEnd(end, uid);
   if (IsWorkingCopy(standing.status)) {
     const std::string now = "you still have it checked out, and its working copy is " + uid;
-    return mayBeDone ? NotSeenYet(now, std::string("the ") + NounOf(end)) : WhatStands{now, kAgain, true};
+    return mayBeDone ? NotSeenYet(now, std::string("the ") + NounOf(end))
+                     : StateOnServer{now, againAdvice, true};
   }
   if (standing.status == VtDirectManager::CheckoutByOther) {
     return {"it is checked out by " + standing.user + " now", next};
@@ -125,13 +126,13 @@ constexpr const char* kUnchanged = "nothing was changed";
   // A working copy in a workspace of the user's own goes by its own id, which ends with it.
   const bool isGone = standing.status != VtDirectManager::CheckoutStatusFailed ||
                       (!IsTemporaryCopy(uid) && !VtDirectManager::FileExists(uid.c_str()));
-  if (!isGone) return {"what stands now could not be found out", next};
+  if (!isGone) return {"the state on the server could not be found out", next};
   return {std::string("its working copy is not there any more, so the ") + NounOf(end) +
               " may have been done, and only the answer lost",
           next};
 }
 
-// A server that can't be used tells nothing of what stands.
+// A server that can't be used tells nothing of its state.
 [[nodiscard]] std::optional<Failure> ServerGone(Host& host, const std::string& step, const std::string& uid,
                                                 const std::string& next) {
   const auto reason = LastReason();
@@ -157,22 +158,22 @@ std::string CommandToType(const std::string& command, const std::string& address
   return "\"vtdirect " + command + " '" + quoted + "'\"";
 }
 
-Failure WithStanding(Failure failure, const WhatStands& stands) {
+Failure WithState(Failure failure, const StateOnServer& stands) {
   failure.message += "; " + stands.text;
   failure.advice = stands.next;
   if (stands.isUnchanged && failure.reason) failure.reason->mayHaveHappened = false;
   return failure;
 }
 
-WhatStands NotSeenYet(const std::string& now, const std::string& noun) {
+StateOnServer NotSeenYet(const std::string& now, const std::string& noun) {
   return {now + ", but " + noun + " may still be carried out",
           "\"vtdirect recover\" asks again, before the same command is given again"};
 }
 
 std::string AdviceAfterEnd(CheckoutEnd end, const std::string& uid) {
   // To verify would check out anew what was undone. To undo once more does no harm.
-  if (end == CheckoutEnd::Undo && IsTemporaryCopy(uid)) return kAgain;
-  return CommandToType("verify", uid) + " tells what stands";
+  if (end == CheckoutEnd::Undo && IsTemporaryCopy(uid)) return againAdvice;
+  return CommandToType("verify", uid) + " tells the state of the checkout";
 }
 
 std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address, const std::string& uid) {
@@ -181,7 +182,7 @@ std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address,
   switch (standing.status) {
     case VtDirectManager::CheckoutNone:
       if (!IsTemporaryCopy(uid)) return std::nullopt;
-      return Refused(address + " is the UID of a working copy that does not stand any more",
+      return Refused(address + " is the UID of a working copy that is not there any more",
                      CommandToType("verify", uid) + " tells what does");
     case VtDirectManager::CheckoutByOther:
       return RefusedAs(FailureClass::Locked, address + " is checked out by " + standing.user,
@@ -203,14 +204,14 @@ Failure CheckoutFailure(Host& host, const std::string& address, const std::strin
   Failure failed = WithReason({ExitCode::Failure, WithWords(step + " failed")});
   if (const auto failure = ServerGone(host, step, uid, CommandToType("status", uid) + " tells"))
     return *failure;
-  return WithStanding(failed, OutcomeOfCheckout(host, address, uid, mayBeDone));
+  return WithState(failed, OutcomeOfCheckout(host, address, uid, mayBeDone));
 }
 
 Result<CheckoutState> RequireCheckout(Host& host, CheckoutEnd end, const std::string& address,
                                       const std::string& uid) {
   if (uid.empty()) return NotFound(host, address);
   const CheckoutState standing = ReadCheckoutState(uid);
-  const std::string verify = CommandToType("verify", uid) + " tells what stands";
+  const std::string verify = CommandToType("verify", uid) + " tells the state of the checkout";
   switch (standing.status) {
     case VtDirectManager::CheckoutInTempWorkspace:
     case VtDirectManager::CheckoutInWorkspace:
@@ -228,7 +229,7 @@ Result<CheckoutState> RequireCheckout(Host& host, CheckoutEnd end, const std::st
     case VtDirectManager::CheckoutNotPossible:
       if (!IsTemporaryCopy(uid)) return Refused(address + " is not checked out", "");
       if (end == CheckoutEnd::Undo) return standing;
-      return Refused("the checkout of " + address + " does not stand any more", verify);
+      return Refused("the checkout of " + address + " has ended", verify);
     case VtDirectManager::CheckoutUnsupported:
       return Refused("the server of " + address + " offers no checkout", "");
     default: {
@@ -244,7 +245,7 @@ Failure EndFailure(Host& host, CheckoutEnd end, const std::string& address, cons
   const bool mayBeDone = ChangeMayStillHappen();
   Failure failed = WithReason({ExitCode::Failure, WithWords(step + " failed")});
   if (const auto failure = ServerGone(host, step, uid, AdviceAfterEnd(end, uid))) return *failure;
-  return WithStanding(failed, OutcomeOfEnd(end, uid, mayBeDone));
+  return WithState(failed, OutcomeOfEnd(end, uid, mayBeDone));
 }
 
 }  // namespace vtdirect_cli

@@ -4,11 +4,11 @@
 #include <string>
 
 #include "hosts/cli/checkouts/checkout_words.h"
-#include "hosts/cli/failure.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/failure.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/host.h"
 
-/// What a checkout, a check-in and an undo say when they don't happen: the step, what now stands on the
+/// What a checkout, a check-in and an undo say when they don't happen: the step, what is now on the
 /// server, and what to do next. Each asks the server, and changes nothing on it.
 namespace vtdirect_cli {
 
@@ -16,7 +16,7 @@ namespace vtdirect_cli {
 enum class CheckoutEnd { Checkin, Undo };
 
 /// What is there after a failure, as the server was asked for it.
-struct WhatStands {
+struct StateOnServer {
   std::string text;
   std::string next = "the same command can be given again";  ///< what a user may do about it
   bool isUnchanged = false;  ///< the server has said that nothing of the change was carried out
@@ -26,10 +26,10 @@ struct WhatStands {
 /// server, or a proxy, may have it still, so that it comes after the question. Its entry is in the journal.
 /// @param now   what the server has answered: "it is not checked out"
 /// @param noun  of the change: "the checkout"
-[[nodiscard]] WhatStands NotSeenYet(const std::string& now, const std::string& noun);
+[[nodiscard]] StateOnServer NotSeenYet(const std::string& now, const std::string& noun);
 
-/// The failure with what stands and what to do about it.
-[[nodiscard]] Failure WithStanding(Failure failure, const WhatStands& stands);
+/// The failure with the state on the server and what to do about it.
+[[nodiscard]] Failure WithState(Failure failure, const StateOnServer& stands);
 
 /// A command line of this program in quotes, the address as a shell takes it.
 [[nodiscard]] std::string CommandToType(const std::string& command, const std::string& address);
@@ -37,16 +37,16 @@ struct WhatStands {
 /// What to do when it is not known whether a checkout has ended.
 [[nodiscard]] std::string AdviceAfterEnd(CheckoutEnd end, const std::string& uid);
 
-/// Why a document can't be checked out as it stands; nothing when it can.
+/// Why a document can't be checked out as it is; nothing when it can.
 /// @param address  as it was given
 /// @param uid      its UID; empty for one that wasn't found
 [[nodiscard]] std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address,
                                                        const std::string& uid);
 
-/// Why a checkout has failed that nothing stood against.
+/// Why a checkout has failed although nothing seemed to prevent it.
 [[nodiscard]] Failure CheckoutFailure(Host& host, const std::string& address, const std::string& uid);
 
-/// Where a checkout stands that is to end; a failure if there is no working copy whose checkout could end. A
+/// The state of a checkout that is to end; a failure if there is no working copy whose checkout could end. A
 /// temporary workspace whose document has gone on without it can still be undone, which clears it away.
 [[nodiscard]] Result<CheckoutState> RequireCheckout(Host& host, CheckoutEnd end, const std::string& address,
                                                     const std::string& uid);

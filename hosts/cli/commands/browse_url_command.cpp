@@ -1,10 +1,10 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -27,16 +27,15 @@ ExitCode RunBrowseUrl(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow BrowseUrlCommand() {
-  return {
-      "browse-url",
-      "Print the URL of an object's page in a web browser",
-      "Prints the address at which a web browser shows the object at ADDRESS. For an address that names an "
-      "object by its id the server isn't asked, not even whether the object is there.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {AnywhereOption()},
-      true,
-      RunBrowseUrl,
-      {{"url", MemberType::Text, nullptr, "the URL"}}};
+  return {"browse-url",
+          "Print the URL of an object's page in a web browser",
+          "Prints the address at which a web browser shows the object at ADDRESS. For an address that names "
+          "an object by its id the server isn't asked, not even whether the object is there.",
+          {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+          {AnywhereOption()},
+          true,
+          RunBrowseUrl,
+          {{"url", MemberType::Text, nullptr, "the URL"}}};
 }
 
 }  // namespace vtdirect_cli

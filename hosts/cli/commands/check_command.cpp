@@ -1,9 +1,9 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 namespace {

@@ -15,19 +15,18 @@ ExitCode RunCheckin(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow CheckinCommand() {
-  return {
-      "checkin",
-      "Check a working copy in",
-      "Makes what stands in the working copy at ADDRESS the document's newest iteration, which everybody "
-      "sees, and prints the UID to go on with. ADDRESS is that of the working copy, or of a document that "
-      "is checked out by vtdirect (see checkouts).\n\nWhen it fails the working copy stays, and the "
-      "command can be given again; what stands and what to do next is told.",
-      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
-        Count::AtLeastOnce}},
-      ChangingManyOptions(OfFolders::CheckedOutHere),
-      true,
-      RunCheckin,
-      CheckoutEndMembers()};
+  return {"checkin",
+          "Check a working copy in",
+          "Makes what is in the working copy at ADDRESS the document's newest iteration, which everybody "
+          "sees, and prints the UID to go on with. ADDRESS is that of the working copy, or of a document "
+          "that is checked out by vtdirect (see checkouts).\n\nWhen it fails the working copy stays, and the "
+          "command can be given again; the state on the server and what to do next are told.",
+          {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+            Count::AtLeastOnce}},
+          ChangingManyOptions(OfFolders::CheckedOutHere),
+          true,
+          RunCheckin,
+          CheckoutEndMembers()};
 }
 
 }  // namespace vtdirect_cli

@@ -1,16 +1,16 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption_report.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/many/batch_options.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption_report.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -75,11 +75,10 @@ CommandRow CheckoutCommand() {
       "Check a document out",
       "Checks the document at ADDRESS out, so that nobody else can change it, and prints the UID of the "
       "working copy. That UID is kept (see checkouts): from then on put, verify, checkin and undo find the "
-      "working copy by the document's address as well.\n\nThe working copy stands in a temporary "
-      "workspace, or in one of your own when ADDRESS is the document's path there "
-      "(.../Workspaces/NAME/FILE). A document that is checked out already, by whomever, is refused, and "
-      "so is an older iteration, or a document of the name that stands in another folder than the path says. "
-      "Of several, one that fails does not keep the others.",
+      "working copy by the document's address as well.\n\nThe working copy is in a temporary workspace, or "
+      "in one of your own when ADDRESS is the document's path there (.../Workspaces/NAME/FILE). A document "
+      "that is checked out already, by whomever, is refused, and so is an older iteration, or a document of "
+      "the name that is in another folder than the path says. Of several, if one fails, the others go on.",
       {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
         Count::AtLeastOnce}},
       ChangingManyOptions(OfFolders::All),

@@ -1,13 +1,13 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/escaped_name.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -29,7 +29,7 @@ namespace {
   const std::string fault = book.Forget(uid);
   if (!fault.empty()) return host.output().Fail({ExitCode::LocalFile, fault});
   host.output().Row({{"uid", kept->uid}}, RecordOf(*kept));
-  host.output().Note("forgotten; the server was not told of it, and a checkout that stands there stays");
+  host.output().Note("forgotten; the server was not told of it, and a checkout there stays");
   return ExitCode::Ok;
 }
 
@@ -110,17 +110,14 @@ CommandRow CheckoutsCommand() {
       {"checkouts",
        "List the checkouts that are kept, or those on a server",
        "Prints one line for each checkout that vtdirect keeps: since when, who holds it, the file name, and "
-       "the UID of the working copy, parted by tabs. No request is made: verify tells whether one still "
+       "the UID of the working copy, separated by tabs. No request is made: verify tells whether one still "
        "stands.\n\n--on asks a server instead, and shows each working copy that you have there in a "
-       "temporary "
-       "workspace, also those that are not kept here: they were made on another machine, or by a program "
-       "that "
-       "was ended in the middle. What is not known is shown as \"-\". put, checkin, undo, verify and get "
-       "find "
-       "such a working copy by the document's address, and say so. Nothing is changed, and a question that "
-       "fails gives exit status 1 and no list.\n\nThey are kept in $XDG_STATE_HOME/vtdirect/checkouts, or "
-       "~/.local/state/vtdirect/checkouts: checkout and put write it, checkin and undo take from it. "
-       "Commands that take a document's address find its working copy there.",
+       "temporary workspace, also those that are not kept here: they were made on another machine, or by a "
+       "program that was ended in the middle. What is not known is shown as \"-\". put, checkin, undo, "
+       "verify and get find such a working copy by the document's address, and say so. Nothing is changed, "
+       "and a question that fails gives exit status 1 and no list.\n\nThey are kept in "
+       "$XDG_STATE_HOME/vtdirect/checkouts, or ~/.local/state/vtdirect/checkouts: checkout and put write it, "
+       "checkin and undo take from it. Commands that take a document's address find its working copy there.",
        {},
        {{"forget", 0, "UID", false, Completion::Nothing,
          "Drop the checkout of this UID, without telling the server."},
@@ -129,10 +126,9 @@ CommandRow CheckoutsCommand() {
        true,
        RunCheckouts,
        {{"since", MemberType::Text, nullptr,
-         "when it was first kept: UTC, as 2026-01-31T09:00:00Z; empty for "
-         "one that is not kept"},
+         "when it was first kept: UTC, as 2026-01-31T09:00:00Z; empty for one that is not kept"},
         {"user", MemberType::Text, nullptr, "who holds it, as the server calls them"},
-        {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+        {"name", MemberType::Text, nullptr, "the name as it is in a path, escaped"},
         {"uid", MemberType::Text, nullptr, "the working copy's UID; empty when the server does not tell it"},
         {"document", MemberType::Text, nullptr, "the document's UID as it was before its checkout"},
         {"workspace", MemberType::Text, "with --on", "the name of its temporary workspace"},

@@ -6,14 +6,14 @@
 #include <cstring>
 #include <filesystem>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/commands/dry_run.h"
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/failures/retrying.h"
 #include "hosts/cli/files/target_file.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
-#include "hosts/cli/retrying.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/pulling.h"
 
@@ -85,24 +85,22 @@ ExitCode RunClone(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow CloneCommand() {
-  return {
-      "clone",
-      "Make a work folder of a folder on a server",
-      "Fetches every document of the folder at PATH, and of all folders below it, into DIR: a work folder. "
-      "Without DIR it is called as the folder is. It must be empty, or not be there.\n\n"
-      "What each file came from is kept in DIR/.vtdirect. In DIR and below it, st, pull, commit, revert, "
-      "diff "
-      "and log take names of files, and so does every command in place of a document's address.\n\n"
-      "A file is called as the document is in a path, with a dot in front and control bytes escaped as %hh. "
-      "Of two documents with one name, the later one gets its number: \"fork%(0000100001).lxz\".\n\n"
-      "A clone that fails or is interrupted leaves a whole work folder that has not all of the files yet: "
-      "pull fetches the others.",
-      {{"PATH", "A folder's path; see ADDRESSES."}, {"DIR", "A directory.", Count::AtMostOnce}},
-      {ParallelOption(), RetriesOption(),
-       DryRunOption("Say which files would be fetched, and make no directory.")},
-      true,
-      RunClone,
-      PullMembers()};
+  return {"clone",
+          "Make a work folder of a folder on a server",
+          "Fetches every document of the folder at PATH, and of all folders below it, into DIR: a work "
+          "folder. Without DIR it is called as the folder is. It must be empty, or not be there.\n\n"
+          "What each file came from is kept in DIR/.vtdirect. In DIR and below it, st, pull, commit, revert, "
+          "diff and log take names of files, and so does every command in place of a document's address.\n\n"
+          "A file is called as the document is in a path, with a dot in front and control bytes escaped as "
+          "%hh. Of two documents with one name, the later one gets its number: \"fork%(0000100001).lxz\".\n\n"
+          "A clone that fails or is interrupted leaves a whole work folder that has not all of the files "
+          "yet: pull fetches the others.",
+          {{"PATH", "A folder's path; see ADDRESSES."}, {"DIR", "A directory.", Count::AtMostOnce}},
+          {ParallelOption(), RetriesOption(),
+           DryRunOption("Say which files would be fetched, and make no directory.")},
+          true,
+          RunClone,
+          PullMembers()};
 }
 
 }  // namespace vtdirect_cli

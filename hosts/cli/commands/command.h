@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "hosts/cli/commands/argument_name.h"
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 
 namespace vtdirect_cli {
 
@@ -35,7 +35,7 @@ struct OperandRow {
   Count count = Count::Once;
 };
 
-/// How the operand stands in a line of usage: "PATH", "[PATH]", "PATH..." or "[PATH...]".
+/// How the operand is written in a line of usage: "PATH", "[PATH]", "PATH..." or "[PATH...]".
 [[nodiscard]] std::string UsageOf(const OperandRow& row);
 
 /// What a member of a JSON object holds.
@@ -69,7 +69,7 @@ class Arguments {
 struct CommandRow {
   const char* name;
   const char* summary;      ///< one line
-  const char* description;  ///< paragraphs, parted by an empty line
+  const char* description;  ///< paragraphs, separated by an empty line
   std::vector<OperandRow> operands;
   std::vector<OptionRow> options;
   bool makesRequests;
@@ -102,7 +102,7 @@ struct GroupRow {
 /// The name of the group that the command belongs to; empty for a name of one word.
 [[nodiscard]] std::string GroupOf(const CommandRow& row);
 
-/// The last word of the command's name, which is what is typed behind the group's.
+/// The last word of the command's name, which is what is typed after the group's.
 [[nodiscard]] std::string WordOf(const CommandRow& row);
 
 /// The options that every command takes.
@@ -123,8 +123,8 @@ struct GroupRow {
 /// "text", "flag", "number" or "texts".
 [[nodiscard]] const char* NameOf(MemberType type);
 
-/// A piece of the general documentation: the heading, and paragraphs parted by an empty line. A paragraph
-/// whose lines begin with two blanks is shown as it stands.
+/// A piece of the general documentation: the heading, and paragraphs separated by an empty line. A paragraph
+/// whose lines begin with two blanks is shown as it is.
 struct SectionRow {
   const char* heading;
   const char* text;

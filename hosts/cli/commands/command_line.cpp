@@ -33,7 +33,7 @@ void Bind(CLI::App& app, const OptionRow& row, Bindings& bindings) {
     binding.option = app.add_flag(Names(row));
     return;
   }
-  // One value for each time the option is given, or it would take the operands behind it as well.
+  // One value for each time the option is given, or it would take the operands after it as well.
   binding.option = app.add_option(Names(row), binding.values)->allow_extra_args(false);
   binding.option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
@@ -86,7 +86,7 @@ void AddGroup(CLI::App& app, const GroupRow& row) {
 void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
   CLI::App& parent = GroupOf(row).empty() ? app : *app.get_subcommand(GroupOf(row));
   CLI::App* const command = parent.add_subcommand(WordOf(row));
-  // A global option is understood behind the command too.
+  // A global option is understood after the command too.
   command->fallthrough();
   BindOperands(*command, row, bindings);
   for (const OptionRow& option : row.options) Bind(*command, option, bindings);
@@ -99,7 +99,7 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
   return nullptr;
 }
 
-// The command that stands on the line, or null.
+// The command that is on the line, or null.
 [[nodiscard]] const CommandRow* Chosen(const CLI::App& app) {
   for (const CommandRow& row : Commands()) {
     const std::string group = GroupOf(row);
@@ -168,7 +168,7 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
   return words;
 }
 
-// What could stand in the place of the first word that was not expected: an option, or a command.
+// What could be in the place of the first word that was not expected: an option, or a command.
 [[nodiscard]] std::vector<std::string> CandidatesFor(const CLI::App& app, const std::string& word) {
   std::vector<std::string> candidates;
   const CommandRow* const command = Chosen(app);

@@ -48,7 +48,7 @@ const char* NameOf(MemberType type) {
 
 namespace {
 
-constexpr const char* kAfterCall = "when a call of the library failed";
+constexpr const char* afterCall = "when a call of the library failed";
 
 }  // namespace
 
@@ -69,8 +69,8 @@ std::span<const MemberRow> FailureMembers() {
        "whether the same command can be given again as it is, and may succeed then"},
       {"advice", MemberType::Text, "when there is something to do",
        "the end of the message: what to do next"},
-      {"kind", MemberType::Text, kAfterCall, "what went wrong there, in words: \"not found\", \"timed out\""},
-      {"step", MemberType::Text, kAfterCall, "what was being done: \"check in\""},
+      {"kind", MemberType::Text, afterCall, "what went wrong there, in words: \"not found\", \"timed out\""},
+      {"step", MemberType::Text, afterCall, "what was being done: \"check in\""},
       {"http_status", MemberType::Number, "when the server answered", "the status of its answer"},
       {"server_text", MemberType::Text, "when the server told more", "the start of what it said"},
       {"may_have_happened", MemberType::Flag,
@@ -92,7 +92,7 @@ std::span<const MemberRow> Vocabulary() {
   static const std::vector<MemberRow> rows = {
       {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
       {"kind", MemberType::Text, nullptr, "document, folder or server"},
-      {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+      {"name", MemberType::Text, nullptr, "the name as it is in a path, escaped"},
       {"title", MemberType::Text, nullptr, "the document's name that people gave it, free text"},
       {"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
       {"folder", MemberType::Text, nullptr, "path of the folder that holds the document"},

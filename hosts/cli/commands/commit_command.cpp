@@ -1,8 +1,8 @@
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/many/batch.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/pulling.h"
@@ -75,8 +75,8 @@ void ShowWouldCommit(Host& host, const WorkFolder& folder, FolderFile file) {
   }
   if (file.isModified) {
     return host.output().Fail(
-        {ExitCode::Incomplete, Printable(file.path) + " was not sent: the server could not be asked for its "
-                                                      "newest version"});
+        {ExitCode::Incomplete,
+         Printable(file.path) + " was not sent: the server could not be asked for its newest version"});
   }
   const bool isHere = file.state != FileState::Missing;
   host.output().Note(file.path + (isHere ? " is not changed, and not sent" : " is not here, and not sent"));
@@ -146,17 +146,14 @@ CommandRow CommitCommand() {
       "commit",
       "Send the changed files of a work folder",
       "Checks the document of each FILE out, unless vtdirect has it checked out already, stores the file, "
-      "and "
-      "checks it in: one document after the other, and one line for each that is done. Without FILE all "
-      "files "
-      "are meant that st shows as changed here.\n\n"
+      "and checks it in: one document after the other, and one line for each that is done. Without FILE all "
+      "files are meant that st shows as changed here.\n\n"
       "A document whose newest version is not the one that the file came from is a conflict: nothing of it "
-      "is "
-      "sent, and the others go on. It keeps its source links, attributes and a viewable that the server "
+      "is sent, and the others go on. It keeps its source links, attributes and a viewable that the server "
       "carries over, as with put. Metadata is of one iteration, and the new one has none.\n\n"
-      "When one fails, what stands and what to do next is told, and the same command can be given again: it "
-      "goes on with the checkout that was made. A file that the server does not know is not sent; put "
-      "creates a document.",
+      "When one fails, the state on the server and what to do next are told, and the same command can be "
+      "given again: it goes on with the checkout that was made. A file that the server does not know is not "
+      "sent; put creates a document.",
       {{"FILE", "A file of the work folder.", Count::AnyNumber}},
       {{"dry-run", 0, nullptr, false, Completion::Nothing,
         "Say which files would be sent and which are in conflict, and send nothing."}},

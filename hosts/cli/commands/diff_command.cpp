@@ -1,8 +1,8 @@
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/work_folder/difference.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/work_files.h"
@@ -53,23 +53,20 @@ ExitCode RunDiff(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow DiffCommand() {
-  CommandRow row = {
-      "diff",
-      "Show what was changed in files of a work folder",
-      "Compares each FILE with the version that it came from, by \"diff -u\"; without FILE all files that "
-      "were "
-      "changed here. When VTDIRECT_DIFF is set, "
-      "that "
-      "command is run instead, with the old file and the new one; what it exits with plays no part.\n\n"
-      "A file that was not changed shows nothing. With --json no tool is run, and whether they differ is "
-      "told.",
-      {{"FILE", "A file of the work folder.", Count::AnyNumber}},
-      {},
-      true,
-      RunDiff,
-      {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
-       {"version", MemberType::Text, nullptr, "the version that it came from"},
-       {"differs", MemberType::Flag, nullptr, "whether it was changed"}}};
+  CommandRow row = {"diff",
+                    "Show what was changed in files of a work folder",
+                    "Compares each FILE with the version that it came from, by \"diff -u\"; without FILE all "
+                    "files that were changed here. When VTDIRECT_DIFF is set, that command is run instead, "
+                    "with the old file and the new one; what it exits with plays no part.\n\n"
+                    "A file that was not changed shows nothing. With --json no tool is run, and whether they "
+                    "differ is told.",
+                    {{"FILE", "A file of the work folder.", Count::AnyNumber}},
+                    {},
+                    true,
+                    RunDiff,
+                    {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
+                     {"version", MemberType::Text, nullptr, "the version that it came from"},
+                     {"differs", MemberType::Flag, nullptr, "whether it was changed"}}};
   row.worksInFolder = true;
   return row;
 }

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/exit_code.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/exit_code.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 

@@ -1,7 +1,7 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/doctor/examination.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -30,31 +30,26 @@ ExitCode RunDoctor(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow DoctorCommand() {
-  return {
-      "doctor",
-      "Look for what is wrong on the way to a server",
-      "Walks the way to the server of the nickname, or to every listed one, and prints a line for each step: "
-      "the "
-      "nickname, the step, ok, warning, failed or skipped, what was seen, and what to do, parted by tabs. "
-      "The steps are "
-      "name, route (whether there is a proxy between), connection, certificate (whose, by whom issued, until "
-      "when), "
-      "login, version, services, nonce (which every change needs), content address and upload address.\n\n"
-      "Nothing is changed on the server. So the upload address, which a server tells only when something is "
-      "stored, is "
-      "not asked for. For the content address a document is looked for in the first folders, and the head of "
-      "its "
-      "content is asked for.\n\n"
-      "The exit status is that of the worst failure; a warning is none.",
-      {{"NICK", "The nickname of a listed server.", Count::AtMostOnce}},
-      {},
-      true,
-      RunDoctor,
-      {{"server", MemberType::Text, nullptr, "the nickname"},
-       {"step", MemberType::Text, nullptr, "what was looked at"},
-       {"state", MemberType::Text, nullptr, "ok, warning, failed or skipped"},
-       {"seen", MemberType::Text, nullptr, "what was seen, for a reader"},
-       {"advice", MemberType::Text, "when something is to be done", "what to do"}}};
+  return {"doctor",
+          "Look for what is wrong on the way to a server",
+          "Walks the way to the server of the nickname, or to every listed one, and prints a line for each "
+          "step: the nickname, the step, ok, warning, failed or skipped, what was seen, and what to do, "
+          "separated by tabs. The steps are name, route (whether there is a proxy between), connection, "
+          "certificate (whose, by whom issued, until when), login, version, services, nonce (which every "
+          "change needs), content address and upload address.\n\n"
+          "Nothing is changed on the server. So the upload address, which a server tells only when something "
+          "is stored, is not asked for. For the content address a document is looked for in the first "
+          "folders, and the head of its content is asked for.\n\n"
+          "The exit status is that of the worst failure; a warning is none.",
+          {{"NICK", "The nickname of a listed server.", Count::AtMostOnce}},
+          {},
+          true,
+          RunDoctor,
+          {{"server", MemberType::Text, nullptr, "the nickname"},
+           {"step", MemberType::Text, nullptr, "what was looked at"},
+           {"state", MemberType::Text, nullptr, "ok, warning, failed or skipped"},
+           {"seen", MemberType::Text, nullptr, "what was seen, for a reader"},
+           {"advice", MemberType::Text, "when something is to be done", "what to do"}}};
 }
 
 }  // namespace vtdirect_cli

@@ -1,13 +1,13 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -47,17 +47,16 @@ ExitCode RunEditUrl(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow EditUrlCommand() {
-  return {
-      "edit-url",
-      "Print the URL at which a working copy's attributes are edited",
-      "Prints the address at which a web browser edits the attributes of a working copy. ADDRESS is that of "
-      "the working copy, or of a document that is checked out by vtdirect.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {AnywhereOption()},
-      true,
-      RunEditUrl,
-      {{"url", MemberType::Text, nullptr, "the URL"},
-       {"uid", MemberType::Text, nullptr, "the working copy's UID"}}};
+  return {"edit-url",
+          "Print the URL at which a working copy's attributes are edited",
+          "Prints the address at which a web browser edits the attributes of a working copy. ADDRESS is that "
+          "of the working copy, or of a document that is checked out by vtdirect.",
+          {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+          {AnywhereOption()},
+          true,
+          RunEditUrl,
+          {{"url", MemberType::Text, nullptr, "the URL"},
+           {"uid", MemberType::Text, nullptr, "the working copy's UID"}}};
 }
 
 }  // namespace vtdirect_cli

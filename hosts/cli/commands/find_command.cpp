@@ -2,17 +2,17 @@
 
 #include <vector>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
+#include "hosts/cli/browsing/tree_walk.h"
+#include "hosts/cli/browsing/walked_folders.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/finding/version_order.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/name_pattern.h"
-#include "hosts/cli/tree_walk.h"
-#include "hosts/cli/walked_folders.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -169,27 +169,22 @@ CommandRow FindCommand() {
   return AsListing(
       {"find",
        "Find documents below a folder",
-       "Walks the tree below PATH as tree does, and prints the path of each document that is as all "
-       "options want it. In "
-       "a PATTERN \"*\" stands for any characters and \"?\" for one; small and capital letters of ASCII "
-       "are the same. Put "
-       "it in quotes.\n\n"
-       "A server shows numbers and titles from schema 4 on and versions from schema 5 on, in folders and "
-       "not in workspaces. Where it shows "
-       "none, --number "
-       "and --newer pass documents over, and the exit status is 11. Versions are compared part by part, "
-       "so that B.10 "
-       "comes after B.9. --mine asks the server for each document that the other options leave, which "
-       "takes its time.",
+       "Walks the tree below PATH as tree does, and prints the path of each document that matches all "
+       "options. In a PATTERN \"*\" stands for any characters and \"?\" for one; small and capital letters "
+       "of ASCII are the same. Put it in quotes.\n\n"
+       "A server shows numbers and titles from schema 4 on and versions from schema 5 on, in folders and not "
+       "in workspaces. Where it shows none, --number and --newer pass documents over, and the exit status is "
+       "11. Versions are compared part by part, so that B.10 comes after B.9. --mine asks the server for "
+       "each document that the other options leave, which takes its time.",
        {{"PATH", "A path; see ADDRESSES."}},
-       {{"name", 0, "PATTERN", false, Completion::Nothing, "Those whose file name or title is so."},
-        {"number", 0, "PATTERN", false, Completion::Nothing, "Those whose number is so."},
-        {"mine", 0, nullptr, false, Completion::Nothing, "Those that you have checked out."},
-        {"newer", 0, "VERSION", false, Completion::Nothing, "Those that have a version after this one."}},
+       {{"name", 0, "PATTERN", false, Completion::Nothing, "Only documents with this file name or title."},
+        {"number", 0, "PATTERN", false, Completion::Nothing, "Only documents with this number."},
+        {"mine", 0, nullptr, false, Completion::Nothing, "Only documents that you have checked out."},
+        {"newer", 0, "VERSION", false, Completion::Nothing, "Only documents with a version after this one."}},
        true,
        RunFind,
        {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
-        {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+        {"name", MemberType::Text, nullptr, "the name as it is in a path, escaped"},
         {"number", MemberType::Text, "when the server shows it", "the document's number"},
         {"title", MemberType::Text, "when the server shows it",
          "the document's name that people gave it, free text"},

@@ -1,12 +1,12 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/many/batch_options.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -146,63 +146,61 @@ ExitCode RunInfo(Host& host, const Arguments& arguments) {
 }
 
 [[nodiscard]] std::vector<MemberRow> Members() {
-  constexpr const char* kTold = "for a document, as far as the server tells it";
-  constexpr const char* kFolder = "with folder, and for a folder";
-  constexpr const char* kThere = "when the object is there";
+  constexpr const char* whenTold = "for a document, as far as the server tells it";
+  constexpr const char* withFolder = "with folder, and for a folder";
+  constexpr const char* whenThere = "when the object is there";
   return {
       {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
       {"address_kind", MemberType::Text, nullptr, "uid or path: what ADDRESS is"},
       {"server", MemberType::Text, nullptr, "nickname of the server"},
       {"server_url", MemberType::Text, nullptr, "its URL"},
       {"exists", MemberType::Flag, nullptr, "whether the object is there"},
-      {"kind", MemberType::Text, kThere, "document, folder or server"},
-      {"uid", MemberType::Text, kTold, "the object's UID"},
-      {"title", MemberType::Text, kTold, "the document's name that people gave it, free text"},
-      {"number", MemberType::Text, kTold, "its number"},
-      {"name", MemberType::Text, kTold, "the name as it stands in a path, escaped"},
-      {"version", MemberType::Text, kTold, "the version of this iteration"},
-      {"latest_version", MemberType::Text, kTold, "the newest version"},
-      {"latest_uid", MemberType::Text, kTold, "UID of the newest iteration"},
+      {"kind", MemberType::Text, whenThere, "document, folder or server"},
+      {"uid", MemberType::Text, whenTold, "the object's UID"},
+      {"title", MemberType::Text, whenTold, "the document's name that people gave it, free text"},
+      {"number", MemberType::Text, whenTold, "its number"},
+      {"name", MemberType::Text, whenTold, "the name as it is in a path, escaped"},
+      {"version", MemberType::Text, whenTold, "the version of this iteration"},
+      {"latest_version", MemberType::Text, whenTold, "the newest version"},
+      {"latest_uid", MemberType::Text, whenTold, "UID of the newest iteration"},
       {"checkout", MemberType::Text, "for a document",
        "none, by-you, by-other, temporary-workspace, workspace, not-possible, unsupported or unknown"},
       {"checked_out_by", MemberType::Text, "when checked out", "who holds the checkout"},
-      {"path_latest", MemberType::Text, kTold, "path of the newest iteration"},
-      {"path_versioned", MemberType::Text, kTold, "path of exactly this iteration"},
-      {"folder", MemberType::Text, kTold, "path of the folder that holds the document"},
+      {"path_latest", MemberType::Text, whenTold, "path of the newest iteration"},
+      {"path_versioned", MemberType::Text, whenTold, "path of exactly this iteration"},
+      {"folder", MemberType::Text, whenTold, "path of the folder that holds the document"},
       {"path", MemberType::Text, "for a folder", "the object's own path; a folder's closes with \"/\""},
-      {"content_url", MemberType::Text, kTold, "URL of its content"},
-      {"web_page", MemberType::Text, kTold, "address of its page for a web browser"},
-      {"writable", MemberType::Flag, kFolder, "whether documents can be created in the folder"},
-      {"shows_details", MemberType::Flag, kFolder, "whether its listing shows numbers and titles"},
-      {"shows_versions", MemberType::Flag, kFolder, "whether its listing shows versions"},
-      {"checkout_supported", MemberType::Flag, kThere, "whether the server offers checkout"},
-      {"translation_supported", MemberType::Flag, kThere, "whether it offers translation"},
-      {"separated_sources", MemberType::Flag, kThere, "whether it keeps sources apart"},
-      {"vcs_metadata", MemberType::Flag, kThere, "whether it takes metadata files"},
+      {"content_url", MemberType::Text, whenTold, "URL of its content"},
+      {"web_page", MemberType::Text, whenTold, "address of its page for a web browser"},
+      {"writable", MemberType::Flag, withFolder, "whether documents can be created in the folder"},
+      {"shows_details", MemberType::Flag, withFolder, "whether its listing shows numbers and titles"},
+      {"shows_versions", MemberType::Flag, withFolder, "whether its listing shows versions"},
+      {"checkout_supported", MemberType::Flag, whenThere, "whether the server offers checkout"},
+      {"translation_supported", MemberType::Flag, whenThere, "whether it offers translation"},
+      {"separated_sources", MemberType::Flag, whenThere, "whether it keeps sources apart"},
+      {"vcs_metadata", MemberType::Flag, whenThere, "whether it takes metadata files"},
   };
 }
 
 }  // namespace
 
 CommandRow InfoCommand() {
-  return {
-      "info",
-      "Tell what is known of an object",
-      "Prints \"key: value\" lines: address, address_kind (path or uid), server and server_url, exists. For "
-      "a document that is there also kind, uid, title, number, name (escaped, as in a path), version, "
-      "latest_version and latest_uid, checkout (see status) and checked_out_by, path_latest, "
-      "path_versioned, folder with writable, shows_details and shows_versions, content_url and web_page, "
-      "as far as the server tells them. For a folder: "
-      "kind, path, writable, shows_details, shows_versions. For both what the server offers: "
-      "checkout_supported, translation_supported, separated_sources, vcs_metadata.\n\nOf several objects "
-      "each "
-      "ends with an empty line; they are asked for --parallel at a time, and told in their order.",
-      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
-        Count::AtLeastOnce}},
-      Options(),
-      true,
-      RunInfo,
-      Members()};
+  return {"info",
+          "Tell what is known of an object",
+          "Prints \"key: value\" lines: address, address_kind (path or uid), server and server_url, exists. "
+          "For a document that is there also kind, uid, title, number, name (escaped, as in a path), "
+          "version, latest_version and latest_uid, checkout (see status) and checked_out_by, path_latest, "
+          "path_versioned, folder with writable, shows_details and shows_versions, content_url and web_page, "
+          "as far as the server tells them. For a folder: kind, path, writable, shows_details, "
+          "shows_versions. For both what the server offers: checkout_supported, translation_supported, "
+          "separated_sources, vcs_metadata.\n\nOf several objects each ends with an empty line; they are "
+          "asked for --parallel at a time, and told in their order.",
+          {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+            Count::AtLeastOnce}},
+          Options(),
+          true,
+          RunInfo,
+          Members()};
 }
 
 }  // namespace vtdirect_cli

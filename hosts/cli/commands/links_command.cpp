@@ -1,12 +1,12 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -52,7 +52,7 @@ CommandRow LinksCommand() {
       {"links",
        "List the documents that a document was made from",
        "Prints one line for each source link of the document at ADDRESS: the name by which the document "
-       "calls its source, escaped as in a path, and the source's UID, parted by a tab; the UID is empty "
+       "calls its source, escaped as in a path, and the source's UID, separated by a tab; the UID is empty "
        "when the source can't be read. Of a document that is checked out by vtdirect they are those of its "
        "working copy. --link of put takes them as they are printed, with \"=\" in place of the tab.",
        {{"ADDRESS", "A path or a UID; see ADDRESSES."}},

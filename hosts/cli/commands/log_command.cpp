@@ -2,7 +2,7 @@
 
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/work_folder/work_files.h"
 
 namespace vtdirect_cli {
@@ -45,7 +45,7 @@ CommandRow LogCommand() {
       "log",
       "List the versions of a file of a work folder",
       "Prints version and UID of each version of the document of each FILE, the newest first, and \"here\" "
-      "beside the one that the file came from, parted by tabs. A server before schema 5 tells the newest "
+      "beside the one that the file came from, separated by tabs. A server before schema 5 tells the newest "
       "alone, and the file's own is shown beside it. Who made a version is not told by a listing.",
       {{"FILE", "A file of the work folder.", Count::AtLeastOnce}},
       {},

@@ -4,11 +4,11 @@
 #include <memory>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
 #include "hosts/cli/doctor/seen_way.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/http_log/http_log.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/servers/authenticator.h"
 #include "hosts/cli/servers/password_prompt.h"
 
@@ -80,13 +80,10 @@ CommandRow LoginCommand() {
       "login",
       "Have the credential helper keep a login",
       "Asks at the terminal for a user name and a password, or with --token for a bearer token, without "
-      "showing what "
-      "is typed. Tries them with the server, and hands them to its credential_helper (see CREDENTIALS) once "
-      "the server "
-      "has taken them. What the server refuses is not kept.\n\n"
+      "showing what is typed. Tries them with the server, and hands them to its credential_helper (see "
+      "CREDENTIALS) once the server has taken them. What the server refuses is not kept.\n\n"
       "A token is kept as the password of the user \"bearer-token\"; what the helper gives for that user is "
-      "sent as a "
-      "token again.",
+      "sent as a token again.",
       {{"NICK", "The nickname of a listed server."}},
       {{"token", 0, nullptr, false, Completion::Nothing, "Ask for a bearer token in place of a password."},
        {"user", 0, "NAME", false, Completion::Nothing, "Ask for the password of this user."}},

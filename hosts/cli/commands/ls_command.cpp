@@ -1,11 +1,11 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
+#include "hosts/cli/browsing/listing.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/listing.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -118,21 +118,21 @@ CommandRow LsCommand() {
       {"ls",
        "List a folder, or the servers",
        "Prints one line for each entry of the folder at PATH, each as it arrives and in the order of the "
-       "server; a name is printed as it stands in a path, and a folder's closes with \"/\". However many "
+       "server; a name is printed as it is in a path, and a folder's closes with \"/\". However many "
        "documents a folder holds, listing them takes the same memory where the server lists folders by its "
        "newer services, from schema 4 on; every other listing is held whole. Without PATH the nicknames of "
        "the listed servers are printed, and no request is made.\n\nWith --long a line is kind (d for a "
-       "folder, - for a document), name, number and title, parted by tabs; with --versions the versions "
-       "follow, parted by blanks. A server shows them in folders only, and numbers and titles from schema 4 "
-       "on, versions from schema 5 on; what it doesn't show is empty.\n\nA missing \"/\" at the end of PATH "
-       "is added. A document's path is refused with a message that says so.",
+       "folder, - for a document), name, number and title, separated by tabs; with --versions the versions "
+       "follow, separated by blanks. A server shows them in folders only, and numbers and titles from schema "
+       "4 on, versions from schema 5 on; what it doesn't show is empty.\n\nA missing \"/\" at the end of "
+       "PATH is added. A document's path is refused with a message that says so.",
        {{"PATH", "A path; see ADDRESSES.", Count::AtMostOnce}},
        {{"long", 'l', nullptr, false, Completion::Nothing, "Show kind, number and title too."},
         {"versions", 0, nullptr, false, Completion::Nothing, "Show the versions of each document."}},
        true,
        RunLs,
        {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
-        {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
+        {"name", MemberType::Text, nullptr, "the name as it is in a path, escaped"},
         {"kind", MemberType::Text, nullptr, "document, folder or server"},
         {"number", MemberType::Text, "with --long, when the server shows it", "the document's number"},
         {"title", MemberType::Text, "with --long, when the server shows it",

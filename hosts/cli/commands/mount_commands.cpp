@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption.h"
 
 /// The tree of a server as a directory is the work of a program of its own beside this one, which takes the
 /// same command line: only who mounts needs libfuse.
@@ -169,12 +169,10 @@ ExitCode RunUnmount(Host& host, const Arguments& arguments) {
       {"auto-checkout", 0, nullptr, false, Completion::Nothing,
        "With --write: check a document out when it is first written to."},
       {"scratch", 0, "PATTERN", true, Completion::Nothing,
-       "With --write: files whose names match this pattern of the shell's kind stay on this machine, beside "
-       "those of "
-       "well-known editors. May be given several times."},
+       "With --write: files whose names match this shell pattern stay on this machine, in addition to those "
+       "of well-known editors. May be given several times."},
       {"no-usual-scratch", 0, nullptr, false, Completion::Nothing,
-       "With --write: the names of well-known editors' files mean nothing; only the patterns of --scratch "
-       "count."},
+       "With --write: ignore the usual names of editors' files; use only the patterns of --scratch."},
       {"no-preview", 0, nullptr, false, Completion::Nothing,
        "Give no contents to programs that make thumbnails."},
   };
@@ -183,26 +181,25 @@ ExitCode RunUnmount(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow MountCommand() {
-  return {
-      "mount",
-      "Show a server as a directory",
-      "Mounts the directory ADDRESS of a server, such as //plm/, at DIR, an empty directory. Every program "
-      "then sees contexts, folders, workspaces and documents as directories and files, which it can read "
-      "and not change. Returns when the tree is there, unless --foreground is given.\n\n"
-      "Names are plain. One that a file can't have, as with a \"/\", is shown escaped as in a path. Beside "
-      "the documents is a hidden directory .versions, with a directory for each document that holds its "
-      "versions. Extended attributes tell the rest: user.vantry.uid, .version, .number, .name, "
-      ".checked_out_by, .writable and .address.\n\n"
-      "A content is fetched when it is first read, and then kept: a version never changes. A folder is "
-      "asked for anew when its listing is older than --refresh, and when refresh or SIGHUP says so. While "
-      "the server is away, what is kept stays readable.\n\n"
-      "The log is $XDG_STATE_HOME/vtdirect/mount.log, or ~/.local/state/vtdirect/mount.log.",
-      {{"ADDRESS", "The path of a directory."}, {"DIR", "Where it is shown."}},
-      MountOptions(),
-      false,
-      RunMount,
-      {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
-       DirectoryMember()}};
+  return {"mount",
+          "Show a server as a directory",
+          "Mounts the directory ADDRESS of a server, such as //plm/, at DIR, an empty directory. Every "
+          "program then sees contexts, folders, workspaces and documents as directories and files, which it "
+          "can read and not change. Returns when the tree is there, unless --foreground is given.\n\n"
+          "Names are plain. One that a file can't have, as with a \"/\", is shown escaped as in a path. "
+          "Beside the documents is a hidden directory .versions, with a directory for each document that "
+          "holds its versions. Extended attributes tell the rest: user.vantry.uid, .version, .number, .name, "
+          ".checked_out_by, .writable and .address.\n\n"
+          "A content is fetched when it is first read, and then kept: a version never changes. A folder is "
+          "asked for anew when its listing is older than --refresh, and when refresh or SIGHUP says so. "
+          "While the server is away, what is kept stays readable.\n\n"
+          "The log is $XDG_STATE_HOME/vtdirect/mount.log, or ~/.local/state/vtdirect/mount.log.",
+          {{"ADDRESS", "The path of a directory."}, {"DIR", "Where it is shown."}},
+          MountOptions(),
+          false,
+          RunMount,
+          {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
+           DirectoryMember()}};
 }
 
 CommandRow UnmountCommand() {

@@ -1,11 +1,11 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
 #include "hosts/cli/editing/foreground_program.h"
-#include "hosts/cli/environment.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/environment.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/servers/origin.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/texts/printable.h"
@@ -13,7 +13,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr const char* kUsualBrowser = "xdg-open";
+constexpr const char* usualBrowser = "xdg-open";
 
 // BROWSER may list several, with colons between; the first that can show the page does.
 [[nodiscard]] bool ShowInOneOf(std::string browsers, const std::string& url) {
@@ -42,7 +42,7 @@ ExitCode RunOpen(Host& host, const Arguments& arguments) {
         {ExitCode::Failure, "the page of " + address + " has no address that a browser could open"});
   }
   const std::string named = Environment("BROWSER");
-  if (!ShowInOneOf(named.empty() ? kUsualBrowser : named, url)) {
+  if (!ShowInOneOf(named.empty() ? usualBrowser : named, url)) {
     return host.output().Fail(
         {ExitCode::Failure, "no browser could be started for " + url, "set BROWSER to one"});
   }
@@ -57,10 +57,8 @@ CommandRow OpenCommand() {
   return {"open",
           "Show an object's page in a web browser",
           "Opens the page of the object at ADDRESS, which browse-url prints, by the program that BROWSER "
-          "names, else by "
-          "xdg-open. BROWSER may name several with colons between; the first that ends well counts. The "
-          "browser logs in by "
-          "itself: it is given no login of vtdirect's.",
+          "names, else by xdg-open. BROWSER may name several with colons between; the first that ends well "
+          "counts. The browser logs in by itself: it is given no login of vtdirect's.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
           true,

@@ -1,10 +1,10 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -15,7 +15,7 @@ struct Form {
   std::string (*path)(const char* address);
 };
 
-constexpr Form kForms[] = {
+constexpr Form forms[] = {
     {"latest", VtDirectManager::GetVFSPathLatest},
     {"versioned", VtDirectManager::GetVFSPathVersioned},
     {"folder", VtDirectManager::GetVFSFolderPath},
@@ -24,12 +24,12 @@ constexpr Form kForms[] = {
 // The form that is asked for; null when there is more than one.
 [[nodiscard]] const Form* FormOf(const Arguments& arguments) {
   const Form* chosen = nullptr;
-  for (const Form& form : kForms) {
+  for (const Form& form : forms) {
     if (!arguments.Has(form.option)) continue;
     if (chosen != nullptr) return nullptr;
     chosen = &form;
   }
-  return chosen == nullptr ? &kForms[0] : chosen;
+  return chosen == nullptr ? &forms[0] : chosen;
 }
 
 [[nodiscard]] Failure WithoutPath(Host& host, const std::string& address) {

@@ -1,8 +1,8 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/commands/dry_run.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
-#include "hosts/cli/retrying.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/failures/retrying.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/work_folder/pulling.h"
 
 namespace vtdirect_cli {
@@ -38,8 +38,7 @@ CommandRow PullCommand() {
       "told, and the exit status is 1; unless the file has that version's bytes already. A file that did not "
       "come from the server is left as it is too, and so is one whose document is gone from there.\n\n"
       "Each folder is listed once, and no document is asked for that has not changed; servers before schema "
-      "5 "
-      "are asked for each document. What was fetched before a failure stays, and the next pull goes on "
+      "5 are asked for each document. What was fetched before a failure stays, and the next pull goes on "
       "there.",
       {},
       {ParallelOption(), RetriesOption(), DryRunOption("Say which files would be fetched, and fetch none.")},

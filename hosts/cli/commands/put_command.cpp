@@ -7,15 +7,15 @@
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/failures/result.h"
 #include "hosts/cli/files/content_download.h"
 #include "hosts/cli/files/sha256.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption_report.h"
 #include "hosts/cli/many/listed_addresses.h"
 #include "hosts/cli/many/put_many.h"
-#include "hosts/cli/reasons.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption_report.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/storing/put_conditions.h"
 #include "hosts/cli/storing/put_failure.h"
@@ -299,15 +299,15 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
 }
 
 [[nodiscard]] std::vector<MemberRow> Members() {
-  constexpr const char* kSent = "unless nothing was sent";
+  constexpr const char* sent = "unless nothing was sent";
   return {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
           {"file", MemberType::Text, nullptr, "FILE as it was given"},
           {"bytes", MemberType::Number, nullptr, "its size"},
           {"action", MemberType::Text, nullptr,
            "created, iterated or stored (into a working copy); unchanged when --if-changed has sent nothing"},
           {"uid", MemberType::Text, "unless --dry-run would create it", "the UID to go on with"},
-          {"checked_in", MemberType::Flag, kSent, "whether a working copy was checked in"},
-          {"checkout", MemberType::Text, kSent, "where the checkout of that UID stands; see status"},
+          {"checked_in", MemberType::Flag, sent, "whether a working copy was checked in"},
+          {"checkout", MemberType::Text, sent, "the state of the checkout of that UID; see status"},
           {"dry_run", MemberType::Flag, "with --dry-run",
            "true: nothing was sent, and action is what would be done"}};
 }
@@ -315,42 +315,35 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow PutCommand() {
-  return {
-      "put",
-      "Store a file as a document",
-      "Stores FILE at ADDRESS, and prints the UID to go on with.\n\n"
-      "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
-      "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
-      "not there creates it. An existing document gets a new iteration; one that is checked out by "
-      "vtdirect, here or on another machine, gets a store into its working copy, as does the UID or the path "
-      "of "
-      "a working copy. A document that somebody else has checked out, or you by other means, is refused "
-      "before anything is "
-      "sent. A document of the name in another folder doesn't count: a new one is created beside it, as long "
-      "as "
-      "the folder has none.\n\n"
-      "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
-      "A new iteration keeps the source links that it isn't told to change, the attributes and a viewable "
-      "that the server carries over. Metadata is of one iteration: without --metadata the new one has "
-      "none. Documents of the kinds general and ugc take a content alone: over a document "
-      "that is there they take --force, since the server does not tell whether it is a Fenlet document, "
-      "whose "
-      "viewable, metadata and links would go.\n\n"
-      "The files must not be written to while they are sent; when they are, nothing is stored. They are "
-      "copied to the directory for temporary files first, which needs room for all of them. A failure "
-      "says which step failed, what stands on the server, and what can be done next.\n\n"
-      "Several files are stored in the folder or the workspace at ADDRESS, which ends in \"/\" then, one "
-      "after "
-      "the other. One that fails does not keep the others. Two of one name are refused, and so are options "
-      "that "
-      "belong to one document.",
-      {{"FILE", "A local file, or a pattern with * or ? in quotes. Several go to the folder at ADDRESS.",
-        Count::AtLeastOnce},
-       {"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      Options(),
-      true,
-      RunPut,
-      Members()};
+  return {"put",
+          "Store a file as a document",
+          "Stores FILE at ADDRESS, and prints the UID to go on with.\n\n"
+          "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
+          "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
+          "not there creates it. An existing document gets a new iteration; one that is checked out by "
+          "vtdirect, here or on another machine, gets a store into its working copy, as does the UID or the "
+          "path of a working copy. A document that somebody else has checked out, or you by other means, is "
+          "refused before anything is sent. A document of the same name in another folder is ignored: a new "
+          "one is created beside it, as long as the folder has none.\n\n"
+          "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
+          "A new iteration keeps the source links that it isn't told to change, the attributes and a "
+          "viewable that the server carries over. Metadata is of one iteration: without --metadata the new "
+          "one has none. Documents of the kinds general and ugc take a content alone: over a document that "
+          "is there they take --force, since the server does not tell whether it is a Fenlet document, whose "
+          "viewable, metadata and links would go.\n\n"
+          "The files must not be written to while they are sent; when they are, nothing is stored. They are "
+          "copied to the directory for temporary files first, which needs room for all of them. A failure "
+          "says which step failed, what is on the server now, and what can be done next.\n\n"
+          "Several files are stored in the folder or the workspace at ADDRESS, which ends in \"/\" then, one "
+          "after the other. If one fails, the others go on. Two of one name are refused, and so are options "
+          "that belong to one document.",
+          {{"FILE", "A local file, or a pattern with * or ? in quotes. Several go to the folder at ADDRESS.",
+            Count::AtLeastOnce},
+           {"ADDRESS", "A path or a UID; see ADDRESSES."}},
+          Options(),
+          true,
+          RunPut,
+          Members()};
 }
 
 }  // namespace vtdirect_cli

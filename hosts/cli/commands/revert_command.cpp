@@ -5,7 +5,7 @@
 
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/commands/dry_run.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/work_files.h"

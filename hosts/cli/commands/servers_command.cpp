@@ -1,7 +1,7 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -25,8 +25,8 @@ CommandRow ServersCommand() {
   return AsListing(
       {"servers",
        "List the servers",
-       "Prints nickname and URL of every listed server, parted by a tab, in the order of the nicknames. No "
-       "request is made. Two nicknames of one server show one URL, since they share its connection.",
+       "Prints nickname and URL of every listed server, separated by a tab, in the order of the nicknames. "
+       "No request is made. Two nicknames of one server show one URL, since they share its connection.",
        {},
        {},
        false,

@@ -7,10 +7,10 @@
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
-#include "hosts/cli/retrying.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/failures/retrying.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/work_folder/parallel.h"
 #include "hosts/cli/work_folder/pulling.h"
 
@@ -155,8 +155,7 @@ CommandRow StCommand() {
       "st",
       "Show what differs between a work folder and the server",
       "Prints one line for each file that is not the same here and on the server: its state, the version "
-      "that "
-      "it came from and the newest, the checkout, and the file, parted by tabs.\n\n"
+      "that it came from and the newest, the checkout, and the file, separated by tabs.\n\n"
       "The states are: modified (changed here), newer (on the server), both, missing (deleted here), new (on "
       "the server and not here yet), in-the-way (the same, and a file that did not come from the server has "
       "its name here), unknown (here and not on the server) and gone (from the server). A folder that can't "

@@ -1,13 +1,13 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/many/batch_options.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -132,12 +132,13 @@ CommandRow StatusCommand() {
       {"status",
        "Tell whether objects are up to date",
        "Prints one line for each ADDRESS, in their order: up-to-date, outdated or failed; the version of the "
-       "object and the newest; the checkout; and the address, parted by tabs. A path without a version names "
-       "the newest iteration, so it is a UID or a path with a version that can be outdated.\n\nThe checkout "
-       "is none, by-you, by-other, temporary-workspace or workspace (the address is that of a working copy), "
-       "not-possible (an older iteration), unsupported or unknown, with the user in brackets.\n\nA server "
-       "that can't be used is asked once; every further address on it fails at once. The exit status tells "
-       "the worst that happened: 10 when an object is outdated, and above that the classes of failure.",
+       "object and the newest; the checkout; and the address, separated by tabs. A path without a version "
+       "names the newest iteration, so it is a UID or a path with a version that can be outdated.\n\nThe "
+       "checkout is none, by-you, by-other, temporary-workspace or workspace (the address is that of a "
+       "working copy), not-possible (an older iteration), unsupported or unknown, with the user in "
+       "brackets.\n\nA server that can't be used is asked once; every further address on it fails at once. "
+       "The exit status tells the worst that happened: 10 when an object is outdated, and above that the "
+       "classes of failure.",
        {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
          Count::AtLeastOnce}},
        Options(),

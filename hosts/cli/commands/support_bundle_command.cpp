@@ -1,12 +1,12 @@
 #include <unistd.h>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
 #include "hosts/cli/doctor/examination.h"
 #include "hosts/cli/doctor/support_report.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/http_log/har_document.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
@@ -50,17 +50,14 @@ ExitCode RunSupportBundle(Host& host, const Arguments& arguments) {
 
 CommandRow SupportBundleCommand() {
   return {"support-bundle",
-          "Pack what somebody needs who helps",
+          "Collect what a helper needs to find a fault",
           "Writes FILE, a compressed tar archive: the versions of vtdirect and of the system, the servers "
-          "with their "
-          "settings, what doctor says of each of them, and the exchanges that it made with them, as "
-          "--log-http writes "
-          "them. FILE must not be there.\n\n"
-          "No secret is in it: of passwords, tokens, cookies, nonces and tickets nothing, of variables and "
-          "settings that may "
+          "with their settings, what doctor says of each of them, and the exchanges that it made with them, "
+          "as --log-http writes them. FILE must not be there.\n\n"
+          "It holds no passwords, tokens, cookies, nonces or tickets, and of variables and settings that may "
           "hold one only that they are set. It names servers, and a document. The exchanges of earlier runs "
-          "are not kept "
-          "anywhere: to show a failure, run the command that fails with --log-http and send that file too.",
+          "are not kept anywhere: to show a failure, run the command that fails with --log-http and send "
+          "that file too.",
           {{"FILE", "The archive to write: support.tar.gz."}},
           {},
           true,

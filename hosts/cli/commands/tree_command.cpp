@@ -2,14 +2,14 @@
 
 #include <charconv>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
+#include "hosts/cli/browsing/folders_ahead.h"
+#include "hosts/cli/browsing/tree_walk.h"
+#include "hosts/cli/browsing/walked_folders.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/folders_ahead.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
-#include "hosts/cli/tree_walk.h"
-#include "hosts/cli/walked_folders.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -103,7 +103,7 @@ struct Tree {
            " levels deep";
   }
   if (end.notEnterable > 0) {
-    return std::to_string(end.notEnterable) + " folders have a name that cannot stand in a path";
+    return std::to_string(end.notEnterable) + " folders have a name that cannot be in a path";
   }
   return end.failures ? "some folders could not be listed" : "";
 }
@@ -138,30 +138,29 @@ ExitCode RunTree(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow TreeCommand() {
-  return {
-      "tree",
-      "Print a folder and all below it",
-      "Walks the tree below PATH depth first and prints one line for each folder and document, indented "
-      "by two blanks a level; a folder's name closes with \"/\". In each folder the documents come first, "
-      "as the server delivers them, then its folders by the bytes of their names. Only names of folders "
-      "are kept in memory, one folder's for each level.\n\n"
-      "A folder that can't be listed is passed over with a warning. A folder that contains itself would "
-      "have no end, so a walk goes 64 levels deep and lists a million folders at most. When any of this "
-      "leaves something out, the exit status is 11. A missing \"/\" at the end of PATH is added.",
-      {{"PATH", "A path; see ADDRESSES."}},
-      {{"depth", 'd', "LEVELS", false, Completion::Nothing,
-        "Show this many levels below PATH, and be content with it."},
-       {"parallel", 0, "NUMBER", false, Completion::Nothing,
-        "List so many folders at one time, 16 at most; without it, one after the other. The output is the "
-        "same."},
-       {"full-paths", 'f', nullptr, false, Completion::Nothing,
-        "Print whole paths without indentation, fit for sort and grep."}},
-      true,
-      RunTree,
-      {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
-       {"name", MemberType::Text, nullptr, "the name as it stands in a path, escaped"},
-       {"kind", MemberType::Text, nullptr, "document, folder or server"},
-       {"depth", MemberType::Number, nullptr, "levels below PATH, from 1"}}};
+  return {"tree",
+          "Print a folder and all below it",
+          "Walks the tree below PATH depth first and prints one line for each folder and document, indented "
+          "by two blanks a level; a folder's name closes with \"/\". In each folder the documents come "
+          "first, as the server delivers them, then its folders by the bytes of their names. Only names of "
+          "folders are kept in memory, one folder's for each level.\n\n"
+          "A folder that can't be listed is passed over with a warning. A folder that contains itself would "
+          "have no end, so a walk goes 64 levels deep and lists a million folders at most. When any of this "
+          "leaves something out, the exit status is 11. A missing \"/\" at the end of PATH is added.",
+          {{"PATH", "A path; see ADDRESSES."}},
+          {{"depth", 'd', "LEVELS", false, Completion::Nothing,
+            "Show at most this many levels below PATH; what is left out is no failure."},
+           {"parallel", 0, "NUMBER", false, Completion::Nothing,
+            "List so many folders at one time, 16 at most; without it, one after the other. The output is "
+            "the same."},
+           {"full-paths", 'f', nullptr, false, Completion::Nothing,
+            "Print whole paths without indentation, fit for sort and grep."}},
+          true,
+          RunTree,
+          {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
+           {"name", MemberType::Text, nullptr, "the name as it is in a path, escaped"},
+           {"kind", MemberType::Text, nullptr, "document, folder or server"},
+           {"depth", MemberType::Number, nullptr, "levels below PATH, from 1"}}};
 }
 
 }  // namespace vtdirect_cli

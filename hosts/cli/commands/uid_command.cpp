@@ -1,9 +1,9 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -28,17 +28,16 @@ ExitCode RunUid(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow UidCommand() {
-  return {
-      "uid",
-      "Print the UID of an object",
-      "Prints the canonical UID of the object at ADDRESS, which stays valid when the object moves or the "
-      "language changes. A UID that holds a file name is answered from its text alone, without asking the "
-      "server whether the object is there.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {AnywhereOption()},
-      true,
-      RunUid,
-      {{"uid", MemberType::Text, nullptr, "the canonical UID"}}};
+  return {"uid",
+          "Print the UID of an object",
+          "Prints the canonical UID of the object at ADDRESS, which stays valid when the object moves or the "
+          "language changes. A UID that holds a file name is answered from its text alone, without asking "
+          "the server whether the object is there.",
+          {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+          {AnywhereOption()},
+          true,
+          RunUid,
+          {{"uid", MemberType::Text, nullptr, "the canonical UID"}}};
 }
 
 }  // namespace vtdirect_cli

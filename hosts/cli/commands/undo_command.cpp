@@ -22,19 +22,18 @@ ExitCode RunUndo(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow UndoCommand() {
-  return {
-      "undo",
-      "Throw a working copy away",
-      "Throws the working copy at ADDRESS away, with all that was stored in it, so that the document is as "
-      "it was before its checkout, and prints the UID to go on with. ADDRESS is that of the working copy, "
-      "or of a document that is checked out by vtdirect (see checkouts). Of a checkout that has "
-      "ended it clears away what is left of its temporary workspace, and says so.",
-      {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
-        Count::AtLeastOnce}},
-      ChangingManyOptions(OfFolders::CheckedOutHere),
-      true,
-      RunUndo,
-      Members()};
+  return {"undo",
+          "Throw a working copy away",
+          "Throws the working copy at ADDRESS away, with all that was stored in it, so that the document is "
+          "as it was before its checkout, and prints the UID to go on with. ADDRESS is that of the working "
+          "copy, or of a document that is checked out by vtdirect (see checkouts). Of a checkout that has "
+          "ended it clears away what is left of its temporary workspace, and says so.",
+          {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
+            Count::AtLeastOnce}},
+          ChangingManyOptions(OfFolders::CheckedOutHere),
+          true,
+          RunUndo,
+          Members()};
 }
 
 }  // namespace vtdirect_cli

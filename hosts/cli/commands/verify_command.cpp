@@ -1,17 +1,17 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption_report.h"
-#include "hosts/cli/reasons.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption_report.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -214,7 +214,7 @@ void Print(Host& host, const Verification& found) {
     message += "; the working copy " + workingCopy + " is gone, with all that was not checked in; " +
                CommandToType("verify --renew", address) + " checks the document out anew";
   } else if (kept && !found.isKept) {
-    message += "; the checkout that was kept does not stand any more, and is dropped";
+    message += "; the checkout that was kept has ended, and is dropped";
     if (IsTemporaryCopy(workingCopy) && found.standing.status == VtDirectManager::CheckoutNotPossible) {
       message += "; " + CommandToType("undo", workingCopy) +
                  " clears away what may be left of its temporary workspace";
@@ -253,7 +253,7 @@ ExitCode RunVerify(Host& host, const Arguments& arguments) {
   InterruptionReport report(host, "verify");
   const auto subject = FindSubject(host, address);
   if (!subject) return report.Fail(subject.failure());
-  report.Tell("where the checkout stands is not known; the same command can be given again");
+  report.Tell("the state of the checkout is not known; the same command can be given again");
   auto standing = Ask(host, *subject);
   if (standing && arguments.Has("renew") && IsGone(*subject, *standing) && !Interrupted()) {
     standing = Renew(host, *subject, standing->uid, report);
@@ -268,16 +268,16 @@ ExitCode RunVerify(Host& host, const Arguments& arguments) {
 
 CommandRow VerifyCommand() {
   return {"verify",
-          "Confirm that a checkout still stands",
-          "Asks the server whether the working copy at ADDRESS still stands, and prints the UID to go on "
+          "Confirm that a checkout is still there",
+          "Asks the server whether the working copy at ADDRESS is still there, and prints the UID to go on "
           "with. ADDRESS is that of the working copy, or of a document that is checked out by vtdirect (see "
           "checkouts). Nothing is changed on the server.\n\n"
           "When the server says that the working copy in a temporary workspace is gone and that nobody holds "
           "the document, --renew checks it out anew, which gives another UID. What was stored and not "
           "checked in is lost by then, and a warning says so. A question that fails is no such answer.\n\n"
-          "Where the checkout doesn't stand, the exit status is 1, standard error tells what does, and the "
-          "UID is the document's. What is kept is brought up to date: a checkout that stands is kept, and "
-          "one that has ended otherwise is dropped.",
+          "Where it is not, the exit status is 1, standard error tells what is, and the UID is the "
+          "document's. What is kept is brought up to date: a checkout that is still there is kept, and one "
+          "that has ended otherwise is dropped.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {{"renew", 0, nullptr, false, Completion::Nothing,
             "Check the document out anew when its working copy is gone."}},
@@ -285,7 +285,7 @@ CommandRow VerifyCommand() {
           RunVerify,
           {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
            {"uid", MemberType::Text, nullptr, "the UID to go on with"},
-           {"checkout", MemberType::Text, nullptr, "where the checkout stands; see status"},
+           {"checkout", MemberType::Text, nullptr, "the state of the checkout; see status"},
            {"renewed", MemberType::Flag, nullptr, "whether the document was checked out anew"},
            {"kept", MemberType::Flag, nullptr, "whether the UID is kept now"},
            {"checked_out_by", MemberType::Text, "when somebody else holds it", "who does"}}};

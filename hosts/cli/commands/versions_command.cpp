@@ -1,12 +1,12 @@
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
+#include "hosts/cli/browsing/listing.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/listing.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/many/batch_options.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -47,7 +47,7 @@ void Keep(const VtDirectManager::DirEntryExt& entry, const std::string& uid, His
   history.extent = Extent::Complete;
 }
 
-// Looks for the document in a listing of its folder, and ends that where it stands.
+// Looks for the document in a listing of its folder, and ends that where it is.
 [[nodiscard]] History FromFolder(const std::string& path, const std::string& uid) {
   History history;
   const std::size_t slash = path.rfind('/');
@@ -140,14 +140,14 @@ CommandRow VersionsCommand() {
   return AsListing(
       {"versions",
        "List the versions of a document",
-       "Prints version and UID of each version of the document at ADDRESS, parted by a tab, and \"latest\" "
-       "behind the newest.\n\nA server that lists versions, from schema 5 on, tells them in the listing of "
-       "the document's folder, which is read up to the document; the order is that listing's. Of any other "
-       "server, of a document in a workspace, and of a CAD document without --cad, the object's own version "
-       "and the newest are all that can be had; a note says so, and with --json \"complete\" is false. The "
-       "same two are printed when the listing breaks off, which gives exit status 11.\n\nOf several "
-       "documents "
-       "each line ends with the document's address, after a column that is \"latest\" or empty.",
+       "Prints version and UID of each version of the document at ADDRESS, separated by a tab, and "
+       "\"latest\" after the newest.\n\nA server that lists versions, from schema 5 on, tells them in the "
+       "listing of the document's folder, which is read up to the document; the order is that listing's. Of "
+       "any other server, of a document in a workspace, and of a CAD document without --cad, the object's "
+       "own version and the newest are all that can be had; a note says so, and with --json \"complete\" is "
+       "false. The same two are printed when the listing breaks off, which gives exit status 11.\n\nOf "
+       "several documents each line ends with the document's address, after a column that is \"latest\" or "
+       "empty.",
        {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
          Count::AtLeastOnce}},
        Options(),

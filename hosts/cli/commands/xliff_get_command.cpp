@@ -1,6 +1,6 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/files/content_download.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/translation/xliff_translations.h"
 
@@ -34,10 +34,10 @@ namespace {
 }
 
 [[nodiscard]] std::vector<OptionRow> Options() {
-  std::vector<OptionRow> options = {{"language", 'l', "LANGUAGE", false, Completion::Nothing,
-                                     "The language of the translation, as \"vtdirect xliff list\" shows it. "
-                                     "Needed. The case of its letters "
-                                     "doesn't matter, nor does \"_\" for \"-\"."}};
+  std::vector<OptionRow> options = {
+      {"language", 'l', "LANGUAGE", false, Completion::Nothing,
+       "The language of the translation, as \"vtdirect xliff list\" shows it. Needed. The case of its "
+       "letters doesn't matter, nor does \"_\" for \"-\"."}};
   options.push_back(AnywhereOption());
   for (const OptionRow& row : DownloadOptions()) options.push_back(row);
   return options;
@@ -67,9 +67,9 @@ CommandRow XliffGetCommand() {
   return {
       "xliff get",
       "Download a translation of a document",
-      "Downloads the translation of the document at ADDRESS into a language, as \"vtdirect get\" "
-      "downloads: the file is whole or not there, and without -o it is named after the translation.\n\nFor "
-      "a language that there is no translation into, the message tells those that are there.",
+      "Downloads the translation of the document at ADDRESS into a language, as \"vtdirect get\" downloads: "
+      "the file is whole or not there, and without -o it is named after the translation.\n\nFor a language "
+      "that there is no translation into, the message tells those that are there.",
       {{"ADDRESS", "A path or a UID of the document that is translated; see ADDRESSES."}},
       Options(),
       true,

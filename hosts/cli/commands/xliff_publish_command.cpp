@@ -4,9 +4,9 @@
 #include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/commands/dry_run.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption_report.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption_report.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/translation/xliff_subject.h"
 

@@ -1,6 +1,6 @@
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/translation/xliff_subject.h"
 
@@ -32,18 +32,17 @@ ExitCode RunXliffSource(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow XliffSourceCommand() {
-  return {
-      "xliff source",
-      "Print the UID of a document's source XLIFF",
-      "Prints the UID of the source XLIFF of the document at ADDRESS and its language as the server names "
-      "it, parted by a tab. A document that has none gives exit status 6.",
-      {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-      {AnywhereOption()},
-      true,
-      RunXliffSource,
-      {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-       {"uid", MemberType::Text, nullptr, "the UID of the source XLIFF"},
-       {"language", MemberType::Text, nullptr, "its language"}}};
+  return {"xliff source",
+          "Print the UID of a document's source XLIFF",
+          "Prints the UID of the source XLIFF of the document at ADDRESS and its language as the server "
+          "names it, separated by a tab. A document that has none gives exit status 6.",
+          {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
+          {AnywhereOption()},
+          true,
+          RunXliffSource,
+          {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+           {"uid", MemberType::Text, nullptr, "the UID of the source XLIFF"},
+           {"language", MemberType::Text, nullptr, "its language"}}};
 }
 
 }  // namespace vtdirect_cli

@@ -4,14 +4,14 @@
 
 #include <algorithm>
 
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 namespace {
 
 using du::http::ErrorCode;
 
-constexpr std::size_t kBodyBytes = std::size_t{64} << 10U;
+constexpr std::size_t bodyBytes = std::size_t{64} << 10U;
 
 /// Keeps the start of a body, and ends the exchange before it if only the head is wanted.
 class AnswerSink final : public du::http::FileSink {
@@ -24,7 +24,7 @@ class AnswerSink final : public du::http::FileSink {
   }
 
   ErrorCode Write(const std::uint8_t* data, std::size_t count) override {
-    const std::size_t room = kBodyBytes - answer_.body.size();
+    const std::size_t room = bodyBytes - answer_.body.size();
     answer_.body.append(reinterpret_cast<const char*>(data), std::min(count, room));
     return Interrupted() ? ErrorCode::Cancelled : ErrorCode::Done;
   }

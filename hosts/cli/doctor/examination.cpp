@@ -7,21 +7,21 @@
 #include <ctime>
 #include <memory>
 
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/browsing/tree_walk.h"
 #include "hosts/cli/doctor/direct_question.h"
 #include "hosts/cli/doctor/name_lookup.h"
 #include "hosts/cli/doctor/route_words.h"
 #include "hosts/cli/doctor/seen_way.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/servers/origin.h"
-#include "hosts/cli/tree_walk.h"
 
 namespace vtdirect_cli {
 namespace {
 
 // Enough for a document where most people keep theirs.
-constexpr std::uint64_t kFoldersToSearch = 12;
+constexpr std::uint64_t foldersToSearch = 12;
 
 /// The look at one server.
 class Examination {
@@ -165,7 +165,7 @@ class Examination {
     if (document.empty()) {
       return Tell({"content address",
                    ExaminedStep::State::Skipped,
-                   "no document was found in the first " + std::to_string(kFoldersToSearch) + " folders",
+                   "no document was found in the first " + std::to_string(foldersToSearch) + " folders",
                    {}});
     }
     std::string url;
@@ -184,7 +184,7 @@ class Examination {
   [[nodiscard]] std::string FindDocument() {
     std::string found;
     TreeBounds bounds;
-    bounds.folders = kFoldersToSearch;
+    bounds.folders = foldersToSearch;
     TreeWork work;
     work.list = [](const std::string& path, const EntryFunction& receive) {
       return ListPath(path, VtDirectManager::ReadDirFiles | VtDirectManager::ReadDirFolders, receive);

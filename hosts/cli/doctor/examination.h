@@ -3,8 +3,8 @@
 #include <string>
 
 #include "hosts/cli/doctor/examined_step.h"
-#include "hosts/cli/exit_code.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/exit_code.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 

@@ -12,7 +12,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::size_t kMostAddresses = 4;
+constexpr std::size_t mostAddresses = 4;
 
 [[nodiscard]] bool IsAddress(const std::string& host) {
   std::array<unsigned char, 16> bytes{};
@@ -35,10 +35,10 @@ constexpr std::size_t kMostAddresses = 4;
 
 [[nodiscard]] std::string ListOf(const std::vector<std::string>& addresses) {
   std::string text;
-  for (std::size_t i = 0; i < std::min(addresses.size(), kMostAddresses); ++i) {
+  for (std::size_t i = 0; i < std::min(addresses.size(), mostAddresses); ++i) {
     text += (text.empty() ? "" : ", ") + addresses[i];
   }
-  return addresses.size() > kMostAddresses ? text + ", ..." : text;
+  return addresses.size() > mostAddresses ? text + ", ..." : text;
 }
 
 }  // namespace

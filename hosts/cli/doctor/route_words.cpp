@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "hosts/cli/environment.h"
+#include "hosts/cli/program/environment.h"
 
 namespace vtdirect_cli {
 namespace {

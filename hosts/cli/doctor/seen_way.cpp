@@ -9,8 +9,8 @@ namespace {
 using du::http::ObservedCertificate;
 using du::http::ObservedExchange;
 
-constexpr long kSecondsOfADay = 24L * 60 * 60;
-constexpr long kDaysToWarn = 30;
+constexpr long secondsOfADay = 24L * 60 * 60;
+constexpr long daysToWarn = 30;
 
 [[nodiscard]] std::string LowerCase(std::string_view text) {
   std::string lower(text);
@@ -126,9 +126,9 @@ std::optional<ExaminedStep> CertificateSeen(const std::vector<ObservedExchange>&
         "certificate", ExaminedStep::State::Ok, own.subject + ", issued by " + own.issuer, {}};
     if (end == 0) return finding;
     finding.seen += ", valid until " + DateText(end);
-    if (end - now < kDaysToWarn * kSecondsOfADay) {
+    if (end - now < daysToWarn * secondsOfADay) {
       finding.state = ExaminedStep::State::Warning;
-      finding.advice = "it ends within " + std::to_string(std::max(0L, (end - now) / kSecondsOfADay)) +
+      finding.advice = "it ends within " + std::to_string(std::max(0L, (end - now) / secondsOfADay)) +
                        " days; tell whoever runs the server";
     }
     return finding;

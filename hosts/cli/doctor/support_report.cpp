@@ -16,11 +16,11 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr const char* kFolder = "vtdirect-support";
+constexpr const char* withFolder = "vtdirect-support";
 
 // What is harmless whatever its value is. Of all others that begin like ours, and of proxies, only that they are set.
-constexpr std::string_view kShownVariables[] = {"FENLOOM_TRACE", "FENLOOM_LANGUAGE", "LANG", "LC_ALL",
-                                                "LC_MESSAGES",   "NO_COLOR",         "TERM"};
+constexpr std::string_view shownVariables[] = {"FENLOOM_TRACE", "FENLOOM_LANGUAGE", "LANG", "LC_ALL",
+                                               "LC_MESSAGES",   "NO_COLOR",         "TERM"};
 
 [[nodiscard]] bool PlaysAPart(const std::string& name) {
   std::string lower = name;
@@ -35,7 +35,7 @@ constexpr std::string_view kShownVariables[] = {"FENLOOM_TRACE", "FENLOOM_LANGUA
     const std::string text = *entry;
     const std::string name = text.substr(0, text.find('='));
     const bool isShown =
-        std::find(std::begin(kShownVariables), std::end(kShownVariables), name) != std::end(kShownVariables);
+        std::find(std::begin(shownVariables), std::end(shownVariables), name) != std::end(shownVariables);
     if (isShown) {
       lines.push_back(Printable(text));
     } else if (PlaysAPart(name)) {
@@ -93,7 +93,7 @@ ReportFile ConfigurationReport(const Host& host) {
 
 std::optional<Failure> PackReport(const std::vector<ReportFile>& files, const std::string& directory,
                                   const std::string& path) {
-  const std::string folder = directory + "/" + kFolder;
+  const std::string folder = directory + "/" + withFolder;
   if (const int error = MakeDirectories(folder); error != 0) return CannotPack(folder, std::strerror(error));
   for (const ReportFile& file : files) {
     const int error = ReplaceDurably(folder + "/" + file.name, file.text);
@@ -101,7 +101,7 @@ std::optional<Failure> PackReport(const std::vector<ReportFile>& files, const st
   }
   DurableFile archive(path);
   if (archive.error() != 0) return CannotPack(path, std::strerror(archive.error()));
-  const int status = RunInForeground("tar -czf", {archive.path(), "-C", directory, kFolder});
+  const int status = RunInForeground("tar -czf", {archive.path(), "-C", directory, withFolder});
   std::error_code ignored;
   std::filesystem::remove_all(folder, ignored);
   if (status != 0)

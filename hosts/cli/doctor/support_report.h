@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 

@@ -1,8 +1,8 @@
 #include "hosts/cli/editing/edit_steps.h"
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/output.h"
 
 namespace vtdirect_cli {

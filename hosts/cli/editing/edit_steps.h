@@ -4,7 +4,7 @@
 #include <string>
 
 #include "hosts/cli/editing/kept_edit.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 
 /// The steps of an edit. Each is a command of this program, so that it looks, journals and asks afterwards as
 /// that does. What it finds is its failure; nothing else is shown of it.

@@ -11,17 +11,17 @@
 #include <utility>
 
 #include "hosts/cli/checkouts/kept_checkout.h"
-#include "hosts/cli/environment.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/fetch_record.h"
 #include "hosts/cli/files/local_text_file.h"
 #include "hosts/cli/files/sha256.h"
+#include "hosts/cli/program/environment.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::pair<EditStage, const char*> kStages[] = {
+constexpr std::pair<EditStage, const char*> stages[] = {
     {EditStage::Begun, "begun"}, {EditStage::CheckedOut, "checked out"}, {EditStage::Storing, "storing"}};
 
 [[nodiscard]] std::string DirectoryFor(const std::string& document) {
@@ -91,14 +91,14 @@ std::string KeptEdit::KnownVersion() const {
 EditStage KeptEdit::stage() const {
   std::string text;
   if (ReadLocalTextFile(directory_ + "/stage", text) != 0) return EditStage::Begun;
-  for (const auto& [stage, word] : kStages) {
+  for (const auto& [stage, word] : stages) {
     if (text == word) return stage;
   }
   return EditStage::Begun;
 }
 
 std::string KeptEdit::SetStage(EditStage stage) const {
-  for (const auto& [known, word] : kStages) {
+  for (const auto& [known, word] : stages) {
     if (known != stage) continue;
     const int error = ReplaceDurably(directory_ + "/stage", word);
     return error == 0 ? "" : std::strerror(error);

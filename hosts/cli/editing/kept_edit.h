@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
 
 namespace vtdirect_cli {
 

@@ -10,14 +10,14 @@
 #include <cstring>
 #include <iostream>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/commands/dry_run.h"
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/fetch_record.h"
 #include "hosts/cli/files/replacement.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/network_failures.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/texts/progress_line.h"

@@ -7,10 +7,10 @@
 #include <string>
 
 #include "hosts/cli/commands/command.h"
+#include "hosts/cli/failures/result.h"
 #include "hosts/cli/files/fetch_record.h"
 #include "hosts/cli/files/target_file.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/texts/output.h"
 
 namespace vtdirect_cli {

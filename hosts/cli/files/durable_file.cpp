@@ -13,7 +13,7 @@ namespace vtdirect_cli {
 namespace {
 
 // As many as the kernel follows.
-constexpr int kMostLinks = 40;
+constexpr int mostLinks = 40;
 
 // The group goes before the permissions, since giving one away takes permissions along. A user may give a
 // file to groups of their own alone; what can't be given stays the user's.
@@ -89,7 +89,7 @@ std::string DirectoryOf(const std::string& path) {
 std::string BehindLinks(const std::string& path) {
   std::filesystem::path place(path);
   std::error_code error;
-  for (int links = 0; links < kMostLinks && std::filesystem::is_symlink(place, error); ++links) {
+  for (int links = 0; links < mostLinks && std::filesystem::is_symlink(place, error); ++links) {
     const auto target = std::filesystem::read_symlink(place, error);
     if (error) return path;
     place = target.is_absolute() ? target : place.parent_path() / target;

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 /// What all files have in common that must be whole or not there. Errors are error numbers; 0 is none.
 namespace vtdirect_cli {
@@ -19,7 +19,7 @@ namespace vtdirect_cli {
 /// can't do this, which takes nothing from the file itself.
 void SyncDirectory(const std::string& directory);
 
-/// The file that a path leads to: that behind symbolic links, also when it isn't there yet. Replacing a link
+/// The file that a path leads to: that at the end of symbolic links, also when it isn't there yet. Replacing a link
 /// itself would leave the file that it leads to as it was, to the surprise of whoever made it.
 [[nodiscard]] std::string BehindLinks(const std::string& path);
 

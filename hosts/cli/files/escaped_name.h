@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-/// Names as they stand in paths on a server, where the ten characters |\/<>:"?*% have a meaning of their own.
+/// Names as they are in paths on a server, where the ten characters |\/<>:"?*% have a meaning of their own.
 namespace vtdirect_cli {
 
 /// Each of the ten characters as %hh; all else stays.

@@ -10,16 +10,16 @@
 #include <utility>
 
 #include "hosts/cli/checkouts/kept_checkout.h"
-#include "hosts/cli/environment.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/local_text_file.h"
 #include "hosts/cli/files/sha256.h"
+#include "hosts/cli/program/environment.h"
 #include "hosts/cli/texts/tabbed_line.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::string_view kFirstLine = "vtdirect-fetched 1\n";
+constexpr std::string_view firstLine = "vtdirect-fetched 1\n";
 
 // One path for each file, whatever the current directory is.
 [[nodiscard]] std::string AbsolutePath(const std::string& path) {
@@ -28,11 +28,11 @@ constexpr std::string_view kFirstLine = "vtdirect-fetched 1\n";
   return error ? path : real.string();
 }
 
-constexpr std::pair<CopyUse, std::string_view> kWordsOfCopyUse[] = {
+constexpr std::pair<CopyUse, std::string_view> wordsOfCopyUse[] = {
     {CopyUse::None, ""}, {CopyUse::Fetched, "fetched from a copy"}, {CopyUse::Stored, "stored in a copy"}};
 
 [[nodiscard]] std::string WordOf(CopyUse use) {
-  for (const auto& [known, word] : kWordsOfCopyUse) {
+  for (const auto& [known, word] : wordsOfCopyUse) {
     if (known == use) return std::string(word);
   }
   return {};
@@ -41,15 +41,15 @@ constexpr std::pair<CopyUse, std::string_view> kWordsOfCopyUse[] = {
 // A release before this one didn't tell what a file has to do with a working copy, and stored most of them.
 [[nodiscard]] std::optional<CopyUse> CopyUseOf(const std::vector<std::string>& fields) {
   if (fields.size() == 6) return IsTemporaryCopy(fields[2]) ? CopyUse::Stored : CopyUse::None;
-  for (const auto& [use, known] : kWordsOfCopyUse) {
+  for (const auto& [use, known] : wordsOfCopyUse) {
     if (known == fields[6]) return use;
   }
   return std::nullopt;
 }
 
 [[nodiscard]] std::optional<FetchRecord> RecordOfText(std::string_view text) {
-  if (!text.starts_with(kFirstLine)) return std::nullopt;
-  text.remove_prefix(kFirstLine.size());
+  if (!text.starts_with(firstLine)) return std::nullopt;
+  text.remove_prefix(firstLine.size());
   if (!text.ends_with('\n')) return std::nullopt;
   text.remove_suffix(1);
   const auto fields = FieldsOfLine(text);
@@ -89,7 +89,7 @@ std::string FetchRecords::Keep(const std::string& path, FetchRecord record) cons
         LineOfFields({record.file, record.address, record.uid, record.version, std::to_string(record.size),
                       record.sha256, WordOf(record.copyUse)});
     error =
-        ReplaceDurably(directory_ + "/" + Sha256OfText(record.file), std::string(kFirstLine) + line + "\n");
+        ReplaceDurably(directory_ + "/" + Sha256OfText(record.file), std::string(firstLine) + line + "\n");
   }
   return error == 0 ? "" : "cannot write in " + directory_ + ": " + std::strerror(error);
 }

@@ -9,7 +9,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::size_t kLargest = std::size_t{1} << 20U;
+constexpr std::size_t largest = std::size_t{1} << 20U;
 
 [[nodiscard]] bool IsPrivate(int descriptor) {
   struct stat facts = {};
@@ -26,7 +26,7 @@ constexpr std::size_t kLargest = std::size_t{1} << 20U;
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return errno;
     text.append(buffer, static_cast<std::size_t>(count));
-    if (text.size() > kLargest) return EFBIG;
+    if (text.size() > largest) return EFBIG;
   }
 }
 

@@ -11,7 +11,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr const char* kNext =
+constexpr const char* nextStep =
     "; nothing was fetched; --force replaces it and loses what is in it, -o writes to another file";
 
 // The administrator may write everything, but that a file is protected says that nobody should.
@@ -36,12 +36,12 @@ std::optional<Failure> RefusalOfReplacement(const Target& target, bool force) {
                    target.path +
                        " is there and was not saved by vtdirect, so that its content may be nowhere "
                        "else" +
-                       kNext};
+                       nextStep};
   }
   if (IsAsRecorded(target.path, *record)) return std::nullopt;
   const std::string version = record->version.empty() ? "" : " as version " + record->version;
   return Failure{ExitCode::LocalFile, target.path + " was changed since vtdirect saved it" + version +
-                                          " of " + record->address + kNext};
+                                          " of " + record->address + nextStep};
 }
 
 std::optional<Failure> RefusalToReplaceCopy(const Target& target, bool force, const std::string& fetched) {
@@ -52,7 +52,7 @@ std::optional<Failure> RefusalToReplaceCopy(const Target& target, bool force, co
   return Failure{ExitCode::LocalFile, target.path + " has the content of the working copy " + record->uid +
                                           ", which is not what is fetched, so that its content may be "
                                           "nowhere else" +
-                                          kNext};
+                                          nextStep};
 }
 
 }  // namespace vtdirect_cli

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 #include "hosts/cli/files/target_file.h"
 
 namespace vtdirect_cli {

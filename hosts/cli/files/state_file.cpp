@@ -11,25 +11,25 @@
 
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/local_text_file.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr int kLockTries = 500;
-constexpr long kNanosecondsBetween = 20'000'000;
+constexpr int lockTries = 500;
+constexpr long nanosecondsBetween = 20'000'000;
 // What ReadLocalTextFile takes back.
-constexpr std::size_t kLargest = std::size_t{1} << 20U;
+constexpr std::size_t largest = std::size_t{1} << 20U;
 
 [[nodiscard]] std::string Fault(const char* what, const std::string& path, int error) {
   return std::string(what) + " " + path + ": " + std::strerror(error);
 }
 
 [[nodiscard]] int LockWithPatience(int descriptor) {
-  for (int tries = 0; tries < kLockTries && !Interrupted(); ++tries) {
+  for (int tries = 0; tries < lockTries && !Interrupted(); ++tries) {
     if (flock(descriptor, LOCK_EX | LOCK_NB) == 0) return 0;
     if (errno != EWOULDBLOCK && errno != EINTR) return errno;
-    const timespec pause{0, kNanosecondsBetween};
+    const timespec pause{0, nanosecondsBetween};
     nanosleep(&pause, nullptr);
   }
   return EWOULDBLOCK;
@@ -67,7 +67,7 @@ class Lock {
 };
 
 [[nodiscard]] std::string Replace(const std::string& path, const std::string& text) {
-  if (text.size() > kLargest) return Fault("cannot write", path, EFBIG);
+  if (text.size() > largest) return Fault("cannot write", path, EFBIG);
   const int error = ReplaceDurably(path, text);
   return error == 0 ? "" : Fault("cannot write", path, error);
 }

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
 
 namespace vtdirect_cli {
 

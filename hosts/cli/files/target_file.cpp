@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "hosts/cli/files/durable_file.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
@@ -35,7 +35,7 @@ namespace {
   }
 }
 
-// A byte that is no UTF-8 may stand in a file name, but for the controls of a terminal among them: it is what an
+// A byte that is no UTF-8 may be in a file name, but for the controls of a terminal among them: it is what an
 // older server means by a letter.
 [[nodiscard]] bool IsSafe(std::string_view bytes, bool isPrintable, bool isFirst) {
   if (bytes == "/" || (isFirst && bytes == ".")) return false;
@@ -90,7 +90,7 @@ Result<Target> SettleTarget(const std::string& option, const std::string& name, 
     if (noClobber) return LocalFailure(path, EEXIST);
     return Target{Target::Kind::File, path, facts};
   }
-  // A device or a pipe is written into; replacing "/dev/null" by a file would be a bad joke.
+  // A device or a pipe is written into; nobody wants "/dev/null" replaced by a file.
   return Target{Target::Kind::Device, path};
 }
 

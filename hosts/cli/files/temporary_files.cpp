@@ -7,8 +7,8 @@
 #include <cstring>
 #include <filesystem>
 
-#include "hosts/cli/environment.h"
 #include "hosts/cli/files/target_file.h"
+#include "hosts/cli/program/environment.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
@@ -19,7 +19,7 @@ namespace {
   return std::filesystem::path(directory).parent_path().string();
 }
 
-constexpr const char* kMakeRoom = "make room there, or set TMPDIR to another directory";
+constexpr const char* makeRoom = "make room there, or set TMPDIR to another directory";
 
 }  // namespace
 
@@ -42,14 +42,14 @@ std::optional<Failure> TemporaryFilesFailure() {
   return Failure{
       ExitCode::LocalFile,
       "cannot write temporary files in " + Printable(ParentOf(directory)) + ": " + std::strerror(error),
-      kMakeRoom};
+      makeRoom};
 }
 
 Failure AnswerNotKept(const std::string& address) {
   return {ExitCode::LocalFile,
           "the server's answer about " + address + " could not be kept among the temporary files in " +
               Printable(ParentOf(TemporaryDirectory())),
-          kMakeRoom};
+          makeRoom};
 }
 
 }  // namespace vtdirect_cli

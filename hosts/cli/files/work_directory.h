@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 

@@ -14,19 +14,19 @@ namespace {
 using std::chrono::seconds;
 using std::chrono::system_clock;
 
-constexpr int kTooManyRequests = 429;
-constexpr int kUnavailable = 503;
-constexpr std::string_view kName = "retry-after:";
+constexpr int tooManyRequestsStatus = 429;
+constexpr int unavailable = 503;
+constexpr std::string_view encodingName = "retry-after:";
 // Nobody waits longer, and no clock overflows.
-constexpr seconds kLongest = std::chrono::hours(24 * 365);
+constexpr seconds longest = std::chrono::hours(24 * 365);
 
 // An exchange is made on the thread that asks for it, and so is the pause of that thread.
 thread_local std::optional<seconds> theAskedPause;
 
 [[nodiscard]] bool HasName(std::string_view line) {
   const auto isSame = [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; };
-  return line.size() >= kName.size() &&
-         std::equal(kName.begin(), kName.end(), line.begin(),
+  return line.size() >= encodingName.size() &&
+         std::equal(encodingName.begin(), encodingName.end(), line.begin(),
                     [&](char wanted, char found) { return isSame(found, wanted); });
 }
 
@@ -41,7 +41,7 @@ thread_local std::optional<seconds> theAskedPause;
   long count = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
   // What has too many digits for a number is long all the same.
-  if (error != std::errc() || count > kLongest.count()) return kLongest;
+  if (error != std::errc() || count > longest.count()) return longest;
   return seconds(count);
 }
 
@@ -56,7 +56,7 @@ thread_local std::optional<seconds> theAskedPause;
   // In whole seconds: the clock's own unit ends in the year 2262.
   const seconds end(timegm(&date));
   const auto begin = std::chrono::floor<seconds>(now.time_since_epoch());
-  return std::clamp(end - begin, seconds(0), kLongest);
+  return std::clamp(end - begin, seconds(0), longest);
 }
 
 }  // namespace
@@ -67,7 +67,7 @@ std::optional<seconds> PauseAskedIn(std::string_view answerHead, system_clock::t
     const std::string_view line = answerHead.substr(0, end);
     answerHead.remove_prefix(end == std::string_view::npos ? answerHead.size() : end + 1);
     if (!HasName(line)) continue;
-    const std::string_view value = Trimmed(line.substr(kName.size()));
+    const std::string_view value = Trimmed(line.substr(encodingName.size()));
     if (const auto pause = AsSeconds(value)) return pause;
     return UntilDate(value, now);
   }
@@ -75,7 +75,7 @@ std::optional<seconds> PauseAskedIn(std::string_view answerHead, system_clock::t
 }
 
 void NoteAskedPause(const du::http::ObservedExchange& exchange) {
-  if (exchange.status != kUnavailable && exchange.status != kTooManyRequests) return;
+  if (exchange.status != unavailable && exchange.status != tooManyRequestsStatus) return;
   if (exchange.turns.empty()) return;
   theAskedPause = PauseAskedIn(exchange.turns.back().answerHead, system_clock::now());
 }

@@ -12,8 +12,8 @@
 #include <fstream>
 
 #include "hosts/cli/commands/command_line.h"
-#include "hosts/cli/environment.h"
 #include "hosts/cli/files/durable_file.h"
+#include "hosts/cli/program/environment.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
@@ -22,7 +22,7 @@ namespace {
 using du::http::ObservedExchange;
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::ASCII<>>;
 
-constexpr const char* kBeginning = "{\"log\":{\"version\":\"1.2\",\"creator\":{\"name\":\"vtdirect\"";
+constexpr const char* beginningSize = "{\"log\":{\"version\":\"1.2\",\"creator\":{\"name\":\"vtdirect\"";
 
 struct HeaderLine {
   std::string_view name;
@@ -327,9 +327,9 @@ std::optional<Failure> HarFile::Refusal(const std::string& path) {
     return Failure{ExitCode::Usage, Printable(path) + " is no file; name another one"};
   }
   std::ifstream file(path);
-  std::string beginning(std::strlen(kBeginning), '\0');
+  std::string beginning(std::strlen(beginningSize), '\0');
   file.read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
-  if (file.gcount() == 0 || beginning == kBeginning) return std::nullopt;
+  if (file.gcount() == 0 || beginning == beginningSize) return std::nullopt;
   return Failure{ExitCode::Usage, Printable(path) + " is there and is no log of vtdirect; name another file"};
 }
 

@@ -4,10 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 #include "hosts/cli/http_log/http_log.h"
 #include "hosts/cli/http_log/redaction.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 

@@ -6,9 +6,9 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::size_t kBodyBytes = std::size_t{64} << 10U;
-constexpr std::size_t kMostBytes = std::size_t{64} << 20U;
-constexpr std::size_t kMostExchanges = 50'000;
+constexpr std::size_t bodyBytes = std::size_t{64} << 10U;
+constexpr std::size_t mostBytes = std::size_t{64} << 20U;
+constexpr std::size_t mostExchanges = 50'000;
 
 [[nodiscard]] std::size_t SizeOf(const du::http::ObservedExchange& exchange) {
   std::size_t size = exchange.url.size() + exchange.requestBody.size() + exchange.answerBody.size();
@@ -30,14 +30,14 @@ HttpLog::HttpLog(du::http::ExchangeObserver also)
     told(exchange);
     const std::lock_guard lock(state->mutex);
     const std::size_t size = SizeOf(exchange);
-    if (state->bytes + size > kMostBytes || state->seen.exchanges.size() >= kMostExchanges) {
+    if (state->bytes + size > mostBytes || state->seen.exchanges.size() >= mostExchanges) {
       ++state->seen.leftOut;
       return;
     }
     state->bytes += size;
     state->seen.exchanges.push_back(exchange);
   };
-  du::http::SetExchangeObserver(observe, kBodyBytes);
+  du::http::SetExchangeObserver(observe, bodyBytes);
 }
 
 HttpLog::~HttpLog() {

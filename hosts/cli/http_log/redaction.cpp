@@ -7,57 +7,57 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::size_t kShortestSecret = 6;
+constexpr std::size_t shortestSecret = 6;
 // Every text of a log is searched for each of them. A server that sends a new cookie with every answer has many.
-constexpr std::size_t kMostSecrets = 256;
+constexpr std::size_t mostSecrets = 256;
 
 // In small letters.
-constexpr std::array<std::string_view, 26> kHarmlessHeaders{"accept",
-                                                            "accept-encoding",
-                                                            "accept-ranges",
-                                                            "allow",
-                                                            "cache-control",
-                                                            "connection",
-                                                            "content-encoding",
-                                                            "content-length",
-                                                            "content-range",
-                                                            "content-type",
-                                                            "date",
-                                                            "expires",
-                                                            "host",
-                                                            "keep-alive",
-                                                            "last-modified",
-                                                            "odata-maxversion",
-                                                            "odata-version",
-                                                            "pragma",
-                                                            "prefer",
-                                                            "range",
-                                                            "retry-after",
-                                                            "server",
-                                                            "transfer-encoding",
-                                                            "user-agent",
-                                                            "vary",
-                                                            "via"};
+constexpr std::array<std::string_view, 26> harmlessHeaders{"accept",
+                                                           "accept-encoding",
+                                                           "accept-ranges",
+                                                           "allow",
+                                                           "cache-control",
+                                                           "connection",
+                                                           "content-encoding",
+                                                           "content-length",
+                                                           "content-range",
+                                                           "content-type",
+                                                           "date",
+                                                           "expires",
+                                                           "host",
+                                                           "keep-alive",
+                                                           "last-modified",
+                                                           "odata-maxversion",
+                                                           "odata-version",
+                                                           "pragma",
+                                                           "prefer",
+                                                           "range",
+                                                           "retry-after",
+                                                           "server",
+                                                           "transfer-encoding",
+                                                           "user-agent",
+                                                           "vary",
+                                                           "via"};
 
-constexpr std::array<std::string_view, 15> kHarmlessParameters{
+constexpr std::array<std::string_view, 15> harmlessParameters{
     "$count",  "$expand", "$filter", "$format",   "$orderby",
     "$select", "$skip",   "$top",    "contextId", "number",
     "path",    "scope",   "type",    "typeId",    "zvk.search.latestversion"};
 
 // What clients ask a server for. A path that goes on after one of them names objects and functions.
-constexpr std::array<std::string_view, 11> kKnownPaths{"/servlet/odata/",
-                                                       "/servlet/rest/v1/contexts",
-                                                       "/servlet/rest/v1/dkm/",
-                                                       "/servlet/rest/v1/folders/",
-                                                       "/servlet/rest/security/",
-                                                       "/servlet/rest/objects",
-                                                       "/servlet/rest/snx_gw/",
-                                                       "/servlet/rest/v1/content/creationFactory",
-                                                       "/servlet/rest/content/creationFactory",
-                                                       "/servlet/OrvetGW",
-                                                       "/servlet/VantryAuthGW/"};
+constexpr std::array<std::string_view, 11> knownPaths{"/servlet/odata/",
+                                                      "/servlet/rest/v1/contexts",
+                                                      "/servlet/rest/v1/dkm/",
+                                                      "/servlet/rest/v1/folders/",
+                                                      "/servlet/rest/security/",
+                                                      "/servlet/rest/objects",
+                                                      "/servlet/rest/snx_gw/",
+                                                      "/servlet/rest/v1/content/creationFactory",
+                                                      "/servlet/rest/content/creationFactory",
+                                                      "/servlet/OrvetGW",
+                                                      "/servlet/VantryAuthGW/"};
 
-constexpr std::array<std::string_view, 13> kSecretWords{
+constexpr std::array<std::string_view, 13> secretWords{
     "nonce",      "token", "passw",    "secret",    "ticket",    "cookie", "session",
     "credential", "csrf",  "authoriz", "authentic", "signature", "apikey"};
 
@@ -78,12 +78,12 @@ template <typename List>
 
 [[nodiscard]] bool SpeaksOfASecret(std::string_view name) {
   const std::string lower = LowerCase(name);
-  return std::any_of(kSecretWords.begin(), kSecretWords.end(),
+  return std::any_of(secretWords.begin(), secretWords.end(),
                      [&lower](std::string_view word) { return lower.find(word) != std::string::npos; });
 }
 
 [[nodiscard]] std::string RedactedPath(std::string_view path) {
-  for (const std::string_view known : kKnownPaths) {
+  for (const std::string_view known : knownPaths) {
     if (path.find(known) != std::string_view::npos) return std::string(path);
   }
   return path.empty() || path == "/" ? std::string(path) : "/" + std::string(hiddenText);
@@ -114,7 +114,7 @@ template <typename List>
          text.find("/servlet/") != std::string_view::npos;
 }
 
-// What stands in a JSON text, piece by piece.
+// What is in a JSON text, piece by piece.
 struct JsonPiece {
   enum class Kind { Key, Text, Other };
   Kind kind = Kind::Other;
@@ -180,12 +180,12 @@ void VisitJson(std::string_view json, const std::function<void(const JsonPiece&)
 }
 
 [[nodiscard]] std::string FromBase64(std::string_view text) {
-  constexpr std::string_view kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  constexpr std::string_view digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string bytes;
   unsigned bits = 0;
   int count = 0;
   for (const char c : text) {
-    const std::size_t digit = kDigits.find(c);
+    const std::size_t digit = digits.find(c);
     if (digit == std::string_view::npos) break;
     bits = (bits << 6U | static_cast<unsigned>(digit)) & 0xFFFFFU;
     count += 6;
@@ -219,7 +219,7 @@ class SecretNames {
 
 std::string RedactedHeader(std::string_view name, std::string_view value) {
   const std::string lower = LowerCase(name);
-  if (Holds(kHarmlessHeaders, lower)) return std::string(value);
+  if (Holds(harmlessHeaders, lower)) return std::string(value);
   if (lower == "location" || lower == "content-location") return RedactedUrl(value);
   if (lower == "www-authenticate" || lower == "proxy-authenticate" || lower == "authorization") {
     const std::string_view scheme = value.substr(0, value.find(' '));
@@ -230,7 +230,7 @@ std::string RedactedHeader(std::string_view name, std::string_view value) {
 }
 
 bool IsHarmlessParameter(std::string_view name) {
-  return Holds(kHarmlessParameters, name);
+  return Holds(harmlessParameters, name);
 }
 
 std::string RedactedUrl(std::string_view url) {
@@ -273,7 +273,7 @@ std::string RedactedJson(std::string_view text) {
 }
 
 void KnownSecrets::Add(std::string_view text) {
-  if (text.size() < kShortestSecret || text == hiddenText || texts_.size() >= kMostSecrets) return;
+  if (text.size() < shortestSecret || text == hiddenText || texts_.size() >= mostSecrets) return;
   if (!Holds(texts_, text)) texts_.emplace_back(text);
 }
 

@@ -8,10 +8,10 @@
 #include <optional>
 #include <sstream>
 
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
-#include "hosts/cli/retrying.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/failures/retrying.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/parallel.h"
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/result.h"
 #include "hosts/cli/many/subjects.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "hosts/cli/commands/dry_run.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/failures/retrying.h"
 #include "hosts/cli/many/listed_addresses.h"
-#include "hosts/cli/reasons.h"
-#include "hosts/cli/retrying.h"
 #include "hosts/cli/work_folder/pulling.h"
 
 namespace vtdirect_cli {

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
 
 namespace vtdirect_cli {
 

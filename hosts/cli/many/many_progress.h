@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 
 namespace vtdirect_cli {
 

@@ -2,10 +2,10 @@
 
 #include <set>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/many/batch.h"
 #include "hosts/cli/many/matched_files.h"
-#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/local_source.h"
 
 namespace vtdirect_cli {

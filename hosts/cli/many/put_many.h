@@ -1,7 +1,7 @@
 #pragma once
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <set>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/texts/name_pattern.h"
 
 namespace vtdirect_cli {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <set>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/work_folder/parallel.h"
 

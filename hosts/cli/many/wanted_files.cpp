@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/files/target_file.h"
 #include "hosts/cli/many/file_places.h"
 #include "hosts/cli/many/subjects_below.h"

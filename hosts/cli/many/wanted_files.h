@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 #include "hosts/cli/work_folder/remote_tree.h"
 
 namespace vtdirect_cli {

@@ -5,7 +5,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr int kMostPrompts = 3;
+constexpr int mostPrompts = 3;
 
 [[nodiscard]] bool IsUpgrade(const Origin& from, const Origin& to) {
   return from.scheme == "http" && from.port == 80 && to.scheme == "https" && to.port == 443 &&
@@ -144,7 +144,7 @@ bool Authenticator::OfferNetrc(const std::string& url, const std::string& host) 
 }
 
 bool Authenticator::OfferPrompt(Progress& progress, const std::string& url) {
-  if (!sources_.prompt || progress.prompts >= kMostPrompts) return false;
+  if (!sources_.prompt || progress.prompts >= mostPrompts) return false;
   ++progress.prompts;
   const auto answer = sources_.prompt(TextOf(progress.origin), sources_.user);
   if (!answer) return false;

@@ -56,7 +56,7 @@ struct CredentialSinks {
 /// "http" to "https" on the same host, both at their usual ports.
 ///
 /// The token and the user and password of the environment name no server. They are meant for the ones that the
-/// command works with, so no other one gets them, though it be listed: a server could name it as the place of
+/// command works with, so no other one gets them, even when it is listed: a server could name it as the place of
 /// a content. The other sources are asked for an origin and may give what is meant for that.
 class Authenticator {
  public:

@@ -12,7 +12,7 @@
 #include <cerrno>
 #include <chrono>
 
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 extern char** environ;
 
@@ -22,8 +22,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 // Far more than any name and password.
-constexpr std::size_t kMostOutput = std::size_t{1} << 16U;
-constexpr int kMillisecondsBetween = 20;
+constexpr std::size_t mostOutput = std::size_t{1} << 16U;
+constexpr int millisecondsBetween = 20;
 
 // Two ends of a pipe, closed when they go.
 struct Pipe {
@@ -103,10 +103,10 @@ void Feed(Pipe& input, std::string_view& rest) {
     if (Interrupted()) return ChildEnd::Interrupted;
     if (Clock::now() >= deadline) return ChildEnd::TooLate;
     std::array<pollfd, 2> waits{{{output.readEnd, POLLIN, 0}, {input.writeEnd, POLLOUT, 0}}};
-    if (poll(waits.data(), waits.size(), kMillisecondsBetween) <= 0) continue;
+    if (poll(waits.data(), waits.size(), millisecondsBetween) <= 0) continue;
     if (input.writeEnd >= 0 && waits[1].revents != 0) Feed(input, toSend);
     if (waits[0].revents != 0 && !Take(output.readEnd, answer)) return ChildEnd::Ended;
-    if (answer.size() > kMostOutput) return ChildEnd::TooMuch;
+    if (answer.size() > mostOutput) return ChildEnd::TooMuch;
   }
 }
 

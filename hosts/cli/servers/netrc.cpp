@@ -7,7 +7,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::string_view blankBytes = " \t\r\n";
 
 // Gives the words of the text one by one.
 class Words {
@@ -18,7 +18,7 @@ class Words {
     SkipBlanksAndComments();
     if (position_ >= text_.size()) return std::nullopt;
     if (text_[position_] == '"') return Quoted();
-    const std::size_t end = std::min(text_.find_first_of(kBlanks, position_), text_.size());
+    const std::size_t end = std::min(text_.find_first_of(blankBytes, position_), text_.size());
     std::string word(text_.substr(position_, end - position_));
     position_ = end;
     return word;
@@ -33,7 +33,7 @@ class Words {
  private:
   void SkipBlanksAndComments() {
     for (;;) {
-      position_ = std::min(text_.find_first_not_of(kBlanks, position_), text_.size());
+      position_ = std::min(text_.find_first_not_of(blankBytes, position_), text_.size());
       const bool atLineStart = LineStartsHere();
       if (position_ >= text_.size() || text_[position_] != '#' || !atLineStart) return;
       position_ = std::min(text_.find('\n', position_), text_.size());

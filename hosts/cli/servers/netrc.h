@@ -17,7 +17,7 @@ struct NetrcEntry {
 
 /// Reads the text of a netrc file: "machine NAME", "default", "login NAME", "password TEXT", "account TEXT",
 /// "macdef" up to the next empty line. A word in double quotes may hold blanks, and a backslash in it takes
-/// the next byte as it stands. "#" at the start of a line makes a comment. Unknown words are passed over.
+/// the next byte as it is. "#" at the start of a line makes a comment. Unknown words are passed over.
 [[nodiscard]] std::vector<NetrcEntry> ReadNetrc(std::string_view text);
 
 /// The first entry for the host that has a password and, when `user` is not empty, that login; else the

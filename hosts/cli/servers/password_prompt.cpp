@@ -8,13 +8,13 @@
 
 #include <cerrno>
 
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::size_t kLongestAnswer = 1024;
+constexpr std::size_t longestAnswer = 1024;
 
 class Terminal {
  public:
@@ -42,21 +42,21 @@ class NoStops {
   NoStops() {
     struct sigaction ignore = {};
     ignore.sa_handler = SIG_IGN;
-    for (std::size_t i = 0; i < std::size(kStops); ++i) sigaction(kStops[i], &ignore, &before_[i]);
+    for (std::size_t i = 0; i < std::size(stopSignals); ++i) sigaction(stopSignals[i], &ignore, &before_[i]);
   }
   ~NoStops() {
-    for (std::size_t i = 0; i < std::size(kStops); ++i) sigaction(kStops[i], &before_[i], nullptr);
+    for (std::size_t i = 0; i < std::size(stopSignals); ++i) sigaction(stopSignals[i], &before_[i], nullptr);
   }
   NoStops(const NoStops&) = delete;
   NoStops& operator=(const NoStops&) = delete;
 
  private:
-  static constexpr int kStops[] = {SIGTSTP, SIGTTIN, SIGTTOU};
-  struct sigaction before_[std::size(kStops)] = {};
+  static constexpr int stopSignals[] = {SIGTSTP, SIGTTIN, SIGTTOU};
+  struct sigaction before_[std::size(stopSignals)] = {};
 };
 
 [[nodiscard]] std::optional<std::string> ReadLine(int descriptor) {
-  char buffer[kLongestAnswer];
+  char buffer[longestAnswer];
   std::size_t size = 0;
   std::optional<std::string> line;
   while (size < sizeof buffer) {

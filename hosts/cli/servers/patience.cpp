@@ -5,17 +5,17 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr long kQuestionSeconds = 60;
-constexpr long kChangeSeconds = 120;
-constexpr long kMostSeconds = 900;
-constexpr long kSilentServerSeconds = 5;
+constexpr long questionSeconds = 60;
+constexpr long changeSeconds = 120;
+constexpr long mostSeconds = 900;
+constexpr long silentServerSeconds = 5;
 // What the slowest server that is still at work brings to its disk in a second.
-constexpr std::uint64_t kBytesPerSecond = 1'000'000;
+constexpr std::uint64_t bytesPerSecond = 1'000'000;
 
 // With as much longer as the server may need for a file.
 [[nodiscard]] long SecondsForChange(std::uint64_t fileBytes) {
-  const auto work = static_cast<long>(std::min<std::uint64_t>(fileBytes / kBytesPerSecond, kMostSeconds));
-  return std::min(kChangeSeconds + work, kMostSeconds);
+  const auto work = static_cast<long>(std::min<std::uint64_t>(fileBytes / bytesPerSecond, mostSeconds));
+  return std::min(changeSeconds + work, mostSeconds);
 }
 
 }  // namespace
@@ -44,9 +44,9 @@ void Patience::SendFile(std::uint64_t bytes) {
 
 void Patience::Apply() {
   const auto limited = [this](long seconds) {
-    return wasSilent_ ? std::min(seconds, kSilentServerSeconds) : seconds;
+    return wasSilent_ ? std::min(seconds, silentServerSeconds) : seconds;
   };
-  const long question = limited(seconds_.value_or(kQuestionSeconds));
+  const long question = limited(seconds_.value_or(questionSeconds));
   du::http::TransportSettings settings = du::http::GetTransportSettings();
   settings.connectTimeoutMilliseconds = limited(connectSeconds_) * 1000;
   settings.stallTimeoutSeconds = question;

@@ -8,8 +8,8 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::string_view kPrefix = "VTDIRECT_SERVER_";
-constexpr std::string_view kParting = "__";
+constexpr std::string_view prefix = "VTDIRECT_SERVER_";
+constexpr std::string_view partingSign = "__";
 
 // What the name of a variable says.
 struct Named {
@@ -24,11 +24,11 @@ struct Named {
 }
 
 [[nodiscard]] std::optional<Named> NamedBy(const std::string& variable) {
-  if (!variable.starts_with(kPrefix)) return std::nullopt;
-  const std::string rest = variable.substr(kPrefix.size());
-  const std::size_t parting = rest.find(kParting);
+  if (!variable.starts_with(prefix)) return std::nullopt;
+  const std::string rest = variable.substr(prefix.size());
+  const std::size_t parting = rest.find(partingSign);
   if (parting == std::string::npos) return Named{rest, {}};
-  return Named{rest.substr(0, parting), LowerCase(rest.substr(parting + kParting.size()))};
+  return Named{rest.substr(0, parting), LowerCase(rest.substr(parting + partingSign.size()))};
 }
 
 [[nodiscard]] Failure FaultOf(const std::string& variable, const std::string& what) {
@@ -49,7 +49,7 @@ Variables ServerVariables() {
   for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
     const std::string_view text = *entry;
     const std::size_t equals = text.find('=');
-    if (!text.starts_with(kPrefix) || equals == std::string_view::npos) continue;
+    if (!text.starts_with(prefix) || equals == std::string_view::npos) continue;
     variables.emplace_back(text.substr(0, equals), text.substr(equals + 1));
   }
   return variables;

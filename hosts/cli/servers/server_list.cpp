@@ -17,10 +17,10 @@ namespace {
 }
 
 [[nodiscard]] std::string_view Trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r";
-  const std::size_t first = text.find_first_not_of(kBlanks);
+  constexpr std::string_view blankBytes = " \t\r";
+  const std::size_t first = text.find_first_not_of(blankBytes);
   if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+  return text.substr(first, text.find_last_not_of(blankBytes) - first + 1);
 }
 
 [[nodiscard]] Failure LineFault(const std::string& name, int line, const std::string& what) {
@@ -53,16 +53,16 @@ struct Section {
 // "[servers]" or "[server NICK]".
 [[nodiscard]] std::optional<std::string> OpenSection(std::string_view line, Section& section,
                                                      Configuration& configuration) {
-  constexpr std::string_view kServer = "[server ";
+  constexpr std::string_view serverSection = "[server ";
   if (line == "[servers]") {
     section = {Section::Kind::Servers, {}};
     return std::nullopt;
   }
-  if (!line.starts_with(kServer) || !line.ends_with(']')) {
+  if (!line.starts_with(serverSection) || !line.ends_with(']')) {
     return "unknown section " + std::string(line) + "; those there are: [servers], [server NICK]";
   }
   section.kind = Section::Kind::Server;
-  section.nickname = Trimmed(line.substr(kServer.size(), line.size() - kServer.size() - 1));
+  section.nickname = Trimmed(line.substr(serverSection.size(), line.size() - serverSection.size() - 1));
   if (auto fault = NicknameFault(section.nickname)) return fault;
   if (configuration.settings.try_emplace(section.nickname).second) return std::nullopt;
   return "the section " + std::string(line) + " comes twice";
@@ -73,7 +73,7 @@ struct Section {
   const auto read = KeyAndValue(line);
   switch (section.kind) {
     case Section::Kind::None:
-      return "this line stands before any section; expected \"[servers]\"";
+      return "this line is before any section; expected \"[servers]\"";
     case Section::Kind::Servers:
       if (!read) return "expected \"NICK = URL\"";
       return ListServer(read->first, read->second, configuration.servers);

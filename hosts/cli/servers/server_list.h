@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
 #include "hosts/cli/servers/server_settings.h"
 
 namespace vtdirect_cli {

@@ -8,7 +8,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::pair<const char*, std::string ServerSettings::*> kTexts[] = {
+constexpr std::pair<const char*, std::string ServerSettings::*> texts[] = {
     {"client_cert", &ServerSettings::clientCertificate},
     {"client_key", &ServerSettings::clientKey},
     {"ca_file", &ServerSettings::authorityFile},
@@ -31,7 +31,7 @@ template <typename Value>
 
 [[nodiscard]] std::string UnknownKey(const std::string& key) {
   std::string known = "url";
-  for (const auto& [name, member] : kTexts) known += std::string(", ") + name;
+  for (const auto& [name, member] : texts) known += std::string(", ") + name;
   return "unknown setting \"" + key + "\"; those there are: " + known + ", negotiate, max_time";
 }
 
@@ -67,7 +67,7 @@ std::optional<std::string> ReadServerSetting(const std::string& key, const std::
     if (settings.maxTime) return std::nullopt;
     return "max_time takes a number of seconds from 1 to " + std::to_string(longestSeconds);
   }
-  for (const auto& [name, member] : kTexts) {
+  for (const auto& [name, member] : texts) {
     if (key != name) continue;
     settings.*member = value;
     if (key == "http_addresses") return HttpAddressesFault(value);
@@ -77,7 +77,7 @@ std::optional<std::string> ReadServerSetting(const std::string& key, const std::
 }
 
 std::string MergeSettings(const ServerSettings& other, ServerSettings& settings) {
-  for (const auto& [name, member] : kTexts) {
+  for (const auto& [name, member] : texts) {
     if ((settings.*member).empty()) settings.*member = other.*member;
     if (!(other.*member).empty() && other.*member != settings.*member) return name;
   }

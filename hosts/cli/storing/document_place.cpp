@@ -7,16 +7,16 @@
 #include <string_view>
 #include <vector>
 
-#include "hosts/cli/address.h"
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/browsing/address.h"
+#include "hosts/cli/browsing/listing.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/escaped_name.h"
-#include "hosts/cli/listing.h"
-#include "hosts/cli/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
 
-// The names of a path behind the server's, each written in one way. Several names may stand for one server.
+// The names of a path after the server's, each written in one way. Several names may stand for one server.
 [[nodiscard]] std::vector<std::string> NamesOf(std::string_view path) {
   std::vector<std::string> names;
   if (const std::size_t server = path.find("//"); server != std::string_view::npos) {
@@ -64,7 +64,7 @@ std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const s
   if (place.presence == Presence::NotKnown) return NotToldFailure(address, place.reason);
   return WithNothing("changed", {ExitCode::NotFound,
                                  "not found: " + address + "; the document of that name, " + uid +
-                                     ", stands in " + WithClosingSlash(place.folder),
+                                     ", is in " + WithClosingSlash(place.folder),
                                  "give its own address if it is meant"});
 }
 

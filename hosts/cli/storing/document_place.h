@@ -3,22 +3,22 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/failure.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/failure.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/host.h"
 
-/// Whether a document stands where a path says.
+/// Whether a document is where a path says.
 ///
 /// The library finds documents by their names: the only one of a name is found in whichever folder the path
 /// looks for it, and of several one in the path's context. Another document than the one that was named is
 /// neither changed nor, unasked, taken for it.
 namespace vtdirect_cli {
 
-/// A failure of the code NotFound that tells where the document stands that a path was resolved to, if that is
-/// another folder than the path's; one of another code if the server could not tell where it stands. Nothing
+/// A failure of the code NotFound that tells where the document is that a path was resolved to, if that is
+/// another folder than the path's; one of another code if the server could not tell where it is. Nothing
 /// for an address by id, and for a document that is in no folder. Makes requests.
 /// @param address  as it was given, with the document's name
 /// @param uid      what it was resolved to; empty for nothing
@@ -35,7 +35,7 @@ namespace vtdirect_cli {
 [[nodiscard]] Result<AddressKind> RequirePlacedAddress(Host& host, const Arguments& arguments,
                                                        const std::string& address);
 
-/// The UID of the document that stands at a path; empty when none does. Makes requests.
+/// The UID of the document that is at a path; empty when none does. Makes requests.
 /// @return a failure if the server could not tell
 [[nodiscard]] Result<std::string> UidAtPlace(const std::string& path);
 

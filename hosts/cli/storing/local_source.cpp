@@ -6,7 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/files/target_file.h"
 
 namespace vtdirect_cli {

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
 
 namespace vtdirect_cli {
 

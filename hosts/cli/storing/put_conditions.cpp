@@ -7,11 +7,11 @@
 #include <cstring>
 
 #include "hosts/cli/commands/dry_run.h"
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/sha256.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {

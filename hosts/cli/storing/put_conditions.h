@@ -1,7 +1,7 @@
 #pragma once
 
-#include "hosts/cli/host.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/put_request.h"
 #include "hosts/cli/storing/put_target.h"
 

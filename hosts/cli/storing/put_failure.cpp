@@ -2,8 +2,8 @@
 
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/storing_failure.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/texts/printable.h"
 
@@ -19,7 +19,7 @@ enum class Doubt {
   MayComeYet     // the server may store it after the question
 };
 
-constexpr const char* kAgain = "the same command can be given again";
+constexpr const char* againAdvice = "the same command can be given again";
 
 // How far it had come, from the bytes that the library has told of.
 [[nodiscard]] std::string PointOf(const PutOutcome& outcome) {
@@ -28,18 +28,18 @@ constexpr const char* kAgain = "the same command can be given again";
   return "after " + std::to_string(outcome.sent) + " of " + ByteCount(outcome.total);
 }
 
-[[nodiscard]] WhatStands Unknown(const std::string& command, const std::string& address) {
-  return {"what stands now could not be found out",
+[[nodiscard]] StateOnServer Unknown(const std::string& command, const std::string& address) {
+  return {"the state on the server could not be found out",
           CommandToType(command, address) + " tells when the server answers"};
 }
 
-[[nodiscard]] WhatStands NotCreated(Doubt doubt) {
+[[nodiscard]] StateOnServer NotCreated(Doubt doubt) {
   if (doubt == Doubt::MayComeYet) return NotSeenYet("there is no such document", "its creation");
-  return {"nothing was created", kAgain, true};
+  return {"nothing was created", againAdvice, true};
 }
 
 // The path leads to the other document of the name, so only the folder tells.
-[[nodiscard]] WhatStands StandingBesideNamesake(const PutTarget& target, Doubt doubt) {
+[[nodiscard]] StateOnServer StandingBesideNamesake(const PutTarget& target, Doubt doubt) {
   switch (PresenceInFolder(target.address)) {
     case Presence::There:
       return {"the folder has a document of that name now, and only the answer may have been lost",
@@ -52,7 +52,7 @@ constexpr const char* kAgain = "the same command can be given again";
 }
 
 // A name that isn't found on a server that answers is not there.
-[[nodiscard]] WhatStands StandingOfCreation(const PutTarget& target, Doubt doubt, bool answers) {
+[[nodiscard]] StateOnServer StandingOfCreation(const PutTarget& target, Doubt doubt, bool answers) {
   const bool mayBeStored = doubt != Doubt::None;
   const Result<std::string> found = answers ? UidAtPlace(target.address) : Result<std::string>(Failure{});
   if (!found && mayBeStored) return Unknown("info", target.address);
@@ -63,14 +63,14 @@ constexpr const char* kAgain = "the same command can be given again";
   const std::string& uid = *found;
   const std::string next =
       CommandToType("info", uid) + " tells of it, and a further put makes a new iteration";
-  if (!mayBeStored) return {"a document has come to stand there meanwhile: " + uid, next};
+  if (!mayBeStored) return {"a document has appeared there meanwhile: " + uid, next};
   if (VtDirectManager::ShouldCreate(uid.c_str())) {
     return {"the document is there now, without content: " + uid, next};
   }
   return {"a document is there now, and only the answer may have been lost: " + uid, next};
 }
 
-[[nodiscard]] WhatStands StandingOfIteration(const PutTarget& target, Doubt doubt) {
+[[nodiscard]] StateOnServer StandingOfIteration(const PutTarget& target, Doubt doubt) {
   const bool mayBeStored = doubt != Doubt::None;
   std::string version;
   std::string newest;
@@ -79,7 +79,7 @@ constexpr const char* kAgain = "the same command can be given again";
     return NotSeenYet(version + " is the newest iteration", "the new one");
   }
   if (status == 0) {
-    return {"nothing was changed, " + version + " is the newest iteration still", kAgain, true};
+    return {"nothing was changed, " + version + " is the newest iteration still", againAdvice, true};
   }
   if (status < 0 && !mayBeStored) return {"nothing was changed"};
   if (status < 0) return Unknown("info", target.address);
@@ -92,14 +92,15 @@ constexpr const char* kAgain = "the same command can be given again";
   return mayBeStored ? "whether the file is stored in it is not known" : "its content is as it was";
 }
 
-[[nodiscard]] WhatStands StandingOfStore(const PutTarget& target, bool mayBeStored) {
+[[nodiscard]] StateOnServer StandingOfStore(const PutTarget& target, bool mayBeStored) {
   const CheckoutState state = ReadCheckoutState(target.address);
   if (IsWorkingCopy(state.status)) {
     return {"you still have it checked out, and " + ContentOfWorkingCopy(mayBeStored)};
   }
   // The state of a temporary checkout is that of the document it was taken from.
   if (state.status == VtDirectManager::CheckoutNone || state.status == VtDirectManager::CheckoutNotPossible) {
-    return {"it is not checked out any more", CommandToType("verify", target.address) + " tells what stands"};
+    return {"it is not checked out any more",
+            CommandToType("verify", target.address) + " tells the state of the checkout"};
   }
   if (state.status == VtDirectManager::CheckoutByOther) {
     return {"it is checked out by " + state.user + " now",
@@ -109,7 +110,7 @@ constexpr const char* kAgain = "the same command can be given again";
   return Unknown("verify", target.address);
 }
 
-[[nodiscard]] WhatStands StandingOf(const PutTarget& target, Doubt doubt, bool answers) {
+[[nodiscard]] StateOnServer StandingOf(const PutTarget& target, Doubt doubt, bool answers) {
   switch (target.action) {
     case Action::Create:
       return StandingOfCreation(target, doubt, answers);
@@ -128,7 +129,7 @@ constexpr const char* kAgain = "the same command can be given again";
   if (outcome.brokenTicket) {
     return Failure{ExitCode::Failure,
                    "the server's answer for a place to upload to could not be understood; nothing was stored",
-                   kAgain};
+                   againAdvice};
   }
   if (outcome.copyIsShort) {
     return Failure{
@@ -158,14 +159,14 @@ constexpr const char* kAgain = "the same command can be given again";
   return ChangeMayStillHappen() ? Doubt::MayComeYet : Doubt::AnswerIsLost;
 }
 
-[[nodiscard]] WhatStands StandingOfCheckIn(const std::string& uid, bool mayBeDone) {
+[[nodiscard]] StateOnServer StandingOfCheckIn(const std::string& uid, bool mayBeDone) {
   if (!IsWorkingCopy(ReadCheckoutState(uid).status)) {
     return {"it is not seen to be checked out any more", CommandToType("verify", uid) + " tells"};
   }
   const std::string again = CommandToType("checkin", uid) + " tries again";
   const std::string now = "you still have it checked out";
   if (!mayBeDone) return {now, again};
-  WhatStands standing = NotSeenYet(now, "the check-in");
+  StateOnServer standing = NotSeenYet(now, "the check-in");
   // A check-in that was carried out after all is refused, so that this does no harm.
   standing.next = "\"vtdirect recover\" asks again, and " + again;
   return standing;
@@ -183,7 +184,7 @@ Failure PutCheckInFailure(Host& host, const std::string& uid) {
   failure.message = "the file is stored in the working copy " + uid + ", but checking it in failed";
   if (!why.empty()) failure.message += " (" + why + ")";
   if (server) failure.code = server->code;
-  return WithStanding(failure, StandingOfCheckIn(uid, mayBeDone));
+  return WithState(failure, StandingOfCheckIn(uid, mayBeDone));
 }
 
 Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& target,
@@ -200,13 +201,13 @@ Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& targe
     failure.code = server->code;
     why = server->Text();
   }
-  WhatStands standing = StandingOf(target, doubt, failure.code == ExitCode::Failure);
+  StateOnServer standing = StandingOf(target, doubt, failure.code == ExitCode::Failure);
   if (tooLarge) standing.next = "a smaller file, or a greater limit at the server, is needed";
   failure.message = WordsOf(target.action).doing + target.address + " from " + request.content.path +
                     " failed " + PointOf(outcome);
   if (!why.empty()) failure.message += " (" + why + ")";
   if (failure.reason) failure.reason->mayHaveHappened = doubt != Doubt::None;
-  return WithStanding(failure, standing);
+  return WithState(failure, standing);
 }
 
 }  // namespace vtdirect_cli

@@ -6,8 +6,8 @@
 #include <optional>
 
 #include "hosts/cli/checkouts/storing_failure.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 
 namespace vtdirect_cli {
 namespace {

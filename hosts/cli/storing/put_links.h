@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "hosts/cli/host.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/put_target.h"
 
 namespace vtdirect_cli {

@@ -9,13 +9,13 @@ namespace {
 
 using VtDirectManager::FileType;
 
-constexpr std::pair<const char*, FileType> kTypes[] = {{"fenlet", VtDirectManager::FileTypeFenlet},
-                                                       {"general", VtDirectManager::FileTypeGeneral},
-                                                       {"ugc", VtDirectManager::FileTypeUgc}};
+constexpr std::pair<const char*, FileType> types[] = {{"fenlet", VtDirectManager::FileTypeFenlet},
+                                                      {"general", VtDirectManager::FileTypeGeneral},
+                                                      {"ugc", VtDirectManager::FileTypeUgc}};
 
 [[nodiscard]] Result<FileType> ReadType(const Arguments& arguments) {
   if (!arguments.Has("kind")) return VtDirectManager::FileTypeFenlet;
-  for (const auto& [name, value] : kTypes) {
+  for (const auto& [name, value] : types) {
     if (arguments.Text("kind") == name) return value;
   }
   return Failure{ExitCode::Usage, "--kind takes fenlet, general or ugc"};

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/storing/local_source.h"
 

@@ -8,9 +8,9 @@
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/escaped_name.h"
-#include "hosts/cli/reasons.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/texts/printable.h"
 
@@ -38,14 +38,14 @@ namespace {
 [[nodiscard]] std::optional<Failure> RequireName(const std::string& path) {
   if (ValidUtf8(path) == path) return std::nullopt;
   return Failure{ExitCode::Usage, "no document can be called " + path.substr(path.rfind('/') + 1) +
-                                      ": its name is no UTF-8; name the document behind the folder's path"};
+                                      ": its name is no UTF-8; name the document after the folder's path"};
 }
 
 // Only a place below a context's folders, or in a workspace, takes documents. No request is made for this.
 [[nodiscard]] std::optional<Failure> RequirePlaceForDocuments(const std::string& path) {
   if (VtDirectManager::IsPathWritable(path.c_str())) return std::nullopt;
-  return Failure{ExitCode::Usage, "no document can stand at " + path +
-                                      ": documents stand in .../Folders/ and below, and in "
+  return Failure{ExitCode::Usage, "no document can be at " + path +
+                                      ": documents are in .../Folders/ and below, and in "
                                       ".../Workspaces/NAME/"};
 }
 
@@ -111,12 +111,12 @@ namespace {
 
 // What was kept is no checkout any more: it was checked in or undone by other means.
 [[nodiscard]] Failure LostCheckout(const std::string& uid) {
-  return Unsent("the checkout " + uid + " that is kept here does not stand any more",
-                CommandToType("verify", uid) + " tells what stands");
+  return Unsent("the checkout " + uid + " that is kept here has ended",
+                CommandToType("verify", uid) + " tells the state of the checkout");
 }
 
 // A store needs the workspace, which the id alone of a working copy does not tell. What the copy was taken from
-// stands in none.
+// is in none.
 [[nodiscard]] Result<PutTarget> StoreInto(const std::string& uid, bool isTemporary) {
   const std::string workingCopy = WithWorkspace(uid);
   if (!HasWorkspace(workingCopy)) return CheckedOutElsewhere(workingCopy);
@@ -129,7 +129,7 @@ namespace {
   return {PutTarget::Action::Iterate, document, false, false, document};
 }
 
-// Where the checkout stands was not told. That is an end of what is kept only if the server says that there is
+// The state of the checkout was not told. That is an end of what is kept only if the server says that there is
 // nothing.
 [[nodiscard]] Failure WhyUnknown(Host& host, const std::string& uid, bool isKept) {
   const auto reason = LastReason();

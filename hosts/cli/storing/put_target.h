@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/host.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/put_request.h"
 
 namespace vtdirect_cli {
@@ -18,7 +18,7 @@ struct PutTarget {
   };
   Action action = Action::Create;
   std::string address;     ///< the path of a new document, or a UID
-  bool temporary = false;  ///< the working copy stands in a temporary workspace
+  bool temporary = false;  ///< the working copy is in a temporary workspace
   /// Of a new document: another one of its name is in another folder, and the path leads to that.
   bool hasNamesake = false;
   /// By which UID the document is read that a store or an iteration follows. In a temporary workspace that of

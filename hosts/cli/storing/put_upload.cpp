@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "hosts/cli/checkouts/storing_failure.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/texts/progress_line.h"
 
 namespace vtdirect_cli {

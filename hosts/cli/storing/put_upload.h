@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption_report.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption_report.h"
 #include "hosts/cli/storing/put_request.h"
 #include "hosts/cli/storing/put_target.h"
 

@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "hosts/cli/environment.h"
 #include "hosts/cli/files/durable_file.h"
+#include "hosts/cli/program/environment.h"
 
 namespace vtdirect_cli {
 namespace {

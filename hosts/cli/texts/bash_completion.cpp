@@ -21,7 +21,7 @@ namespace {
   return out;
 }
 
-// One line of a "case": what is offered behind the options that take a value.
+// One line of a "case": what is offered after the options that take a value.
 [[nodiscard]] std::string ValueCases(std::span<const OptionRow> rows, std::string_view indent) {
   std::string out;
   for (const OptionRow& row : rows) {
@@ -38,7 +38,7 @@ namespace {
   return out;
 }
 
-// What is offered where the first word of a command stands.
+// What is offered where the first word of a command is.
 [[nodiscard]] std::string FirstWords() {
   std::string out;
   std::string last;
@@ -90,7 +90,7 @@ namespace {
 }
 
 // Names come from a server, so they are compared and never expanded: a name like "$(rm)" is text.
-constexpr const char* kRemoteFunctions =
+constexpr const char* remoteFunctions =
     "# What is below a folder of a server, or the listed servers, within half a second or not at all.\n"
     "_vtdirect_remote() {\n"
     "  local program=\"$1\" word=\"$2\" folder=\"//\" name\n"
@@ -111,7 +111,7 @@ constexpr const char* kRemoteFunctions =
     "}\n";
 
 // What is no option is an operand.
-constexpr const char* kOperands =
+constexpr const char* operands =
     "  if [[ \"$word\" != -* && -n \"$operands\" ]]; then\n"
     "    case \"$operands\" in *nick*) _vtdirect_nicknames \"$1\" \"$word\" ;; esac\n"
     "    case \"$operands\" in *files*) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "
@@ -125,7 +125,7 @@ constexpr const char* kOperands =
 
 std::string BashCompletion() {
   return "# Completion of vtdirect for bash. Made by \"vtdirect --generate completion\".\n" +
-         std::string(kRemoteFunctions) +
+         std::string(remoteFunctions) +
          "_vtdirect() {\n"
          "  local word=\"${COMP_WORDS[COMP_CWORD]}\" previous=\"${COMP_WORDS[COMP_CWORD-1]}\"\n"
          "  local command=\"\" words=\"\" operands=\"\" i\n"
@@ -136,7 +136,7 @@ std::string BashCompletion() {
          "    case \" $commands \" in *\" ${COMP_WORDS[i]} \"*) command=\"${COMP_WORDS[i]}\"; break ;; esac\n"
          "  done\n" +
          GroupCases() + "  case \"$previous\" in\n" + ValueCases(GlobalOptions(), "    ") + "  esac\n" +
-         CommandCases() + kOperands +
+         CommandCases() + operands +
          "  mapfile -t COMPREPLY < <(compgen -W \"$options\" -- \"$word\")\n"
          "}\n"
          "complete -F _vtdirect vtdirect\n";

@@ -18,11 +18,11 @@ struct Generated {
   std::string (*make)();
 };
 
-constexpr std::array<Generated, 5> kTexts{{{"manual", ManualPage},
-                                           {"completion", BashCompletion},
-                                           {"zsh-completion", ZshCompletion},
-                                           {"fish-completion", FishCompletion},
-                                           {"json-output", JsonDocument}}};
+constexpr std::array<Generated, 5> texts{{{"manual", ManualPage},
+                                          {"completion", BashCompletion},
+                                          {"zsh-completion", ZshCompletion},
+                                          {"fish-completion", FishCompletion},
+                                          {"json-output", JsonDocument}}};
 
 [[nodiscard]] ExitCode WritePages(const std::filesystem::path& directory) {
   std::error_code error;
@@ -45,7 +45,7 @@ std::optional<ExitCode> Generate(int argc, const char* const* argv) {
   if (argc < 3 || std::string_view(argv[1]) != "--generate") return std::nullopt;
   const std::string_view what = argv[2];
   if (argc == 4 && what == "manual-pages") return WritePages(argv[3]);
-  for (const Generated& text : kTexts) {
+  for (const Generated& text : texts) {
     if (argc != 3 || what != text.name) continue;
     std::cout << text.make();
     return ExitCode::Ok;

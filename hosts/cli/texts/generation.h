@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failures/exit_code.h"
 
 namespace vtdirect_cli {
 

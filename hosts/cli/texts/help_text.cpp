@@ -7,10 +7,10 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::size_t kColumns = 80;
-constexpr std::size_t kTermColumns = 28;
+constexpr std::size_t columns = 80;
+constexpr std::size_t termColumns = 28;
 
-// Sets a paragraph: every line but the first begins at `indent`, where the first is taken to stand already.
+// Sets a paragraph: every line but the first begins at `indent`, where the first is taken to be already.
 [[nodiscard]] std::string Wrapped(std::string_view text, std::size_t indent) {
   std::string out;
   std::size_t column = indent;
@@ -18,7 +18,7 @@ constexpr std::size_t kTermColumns = 28;
     const std::size_t end = std::min(text.find(' '), text.size());
     const std::string_view word = text.substr(0, end);
     text.remove_prefix(std::min(end + 1, text.size()));
-    if (column > indent && column + 1 + word.size() > kColumns) {
+    if (column > indent && column + 1 + word.size() > columns) {
       out += "\n" + std::string(indent, ' ');
       column = indent;
     } else if (column > indent) {
@@ -43,12 +43,12 @@ constexpr std::size_t kTermColumns = 28;
 
 [[nodiscard]] std::string Term(const std::string& term, std::string_view text) {
   std::string out = "  " + term;
-  if (out.size() + 1 > kTermColumns) {
-    out += "\n" + std::string(kTermColumns, ' ');
+  if (out.size() + 1 > termColumns) {
+    out += "\n" + std::string(termColumns, ' ');
   } else {
-    out.resize(kTermColumns, ' ');
+    out.resize(termColumns, ' ');
   }
-  return out + Wrapped(text, kTermColumns);
+  return out + Wrapped(text, termColumns);
 }
 
 [[nodiscard]] std::string OptionTerm(const OptionRow& row) {
@@ -67,8 +67,7 @@ constexpr std::size_t kTermColumns = 28;
 [[nodiscard]] std::string ProgramHelp() {
   std::string out = "Usage: vtdirect [options] COMMAND [options] [operands]\n\nCommands:\n";
   for (const CommandRow& row : Commands()) out += Term(row.name, row.summary);
-  out +=
-      "\nOptions, in front of a command or behind it:\n" + OptionList(GlobalOptions()) + "\nExit status:\n";
+  out += "\nOptions, before or after a command:\n" + OptionList(GlobalOptions()) + "\nExit status:\n";
   for (const ExitCodeRow& row : ExitCodes())
     out += Term(std::to_string(static_cast<int>(row.code)), row.meaning);
   return out + "\n" +

@@ -2,7 +2,7 @@
 #include <string>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 #include "hosts/cli/texts/generated_texts.h"
 
 namespace vtdirect_cli {
@@ -50,7 +50,7 @@ namespace {
   return out;
 }
 
-constexpr const char* kHead =
+constexpr const char* documentHead =
     "# What `vtdirect --json` prints\n"
     "\n"
     "<!-- Made by \"vtdirect --generate json-output\" from the program's own tables. -->\n"
@@ -62,8 +62,7 @@ constexpr const char* kHead =
     "failure is one object on one line of standard error, and the exit status tells it too; a command line "
     "that can't be\n"
     "understood is such a failure. A warning is one object on one line there as well. Plain lines on "
-    "standard "
-    "error are the\n"
+    "standard error are the\n"
     "trace alone.\n"
     "\n"
     "`schema` is the version of the form. It rises when a member goes, changes its type or changes its "
@@ -74,18 +73,18 @@ constexpr const char* kHead =
     "negative, `texts` is an\n"
     "array of strings. A member is never null: it is there or it is not.\n";
 
-constexpr const char* kVocabulary =
+constexpr const char* vocabulary =
     "\n## One name, one meaning\n"
     "\n"
     "These members mean the same in the results of every command. In a failure `kind` is that of the "
     "failure.\n"
     "\n";
 
-constexpr const char* kClasses =
+constexpr const char* classes =
     "\n## Classes of failures\n"
     "\n"
-    "The first are named after the exit statuses; the last five divide the exit statuses 1, 3 and 6 "
-    "further, by\n"
+    "The first are named after the exit statuses; the last five divide the exit statuses 1, 3 and 6 further, "
+    "by\n"
     "what the library tells of the failed call. A command may be given again as it is where `retryable` says "
     "so: the server\n"
     "may be there again by then, or the other user done. It is never true when `may_have_happened` is.\n"
@@ -94,9 +93,9 @@ constexpr const char* kClasses =
 }  // namespace
 
 std::string JsonDocument() {
-  std::string out = std::string(kHead) + "\n## Every object\n\n" + Table(CommonMembers()) + kVocabulary +
-                    VocabularyTable() + "\n## A failure\n\n" + Table(FailureMembers()) + kClasses +
-                    ClassTable() + "\n## A warning\n\n" + Table(WarningMembers());
+  std::string out = std::string(documentHead) + "\n## Every object\n\n" + Table(CommonMembers()) +
+                    vocabulary + VocabularyTable() + "\n## A failure\n\n" + Table(FailureMembers()) +
+                    classes + ClassTable() + "\n## A warning\n\n" + Table(WarningMembers());
   for (const CommandRow& row : Commands()) {
     out += "\n## " + std::string(row.name) + "\n\n" + row.summary + ".\n\n" + Table(row.members);
   }

@@ -137,7 +137,7 @@ std::string ManualPage() {
   out += ".SH SYNOPSIS\n.B vtdirect\n[options] \\fIcommand\\fP [options] [operands]\n";
   out += ".SH COMMANDS\n";
   for (const CommandRow& row : Commands()) out += CommandSection(row);
-  out += ".SH OPTIONS\n.PP\nThese are taken in front of a command and behind it.\n";
+  out += ".SH OPTIONS\n.PP\nThese are taken before or after a command.\n";
   out += OptionList(GlobalOptions());
   for (const SectionRow& section : Sections()) {
     out += ".SH " + std::string(section.heading) + "\n" + Paragraphs(section.text);

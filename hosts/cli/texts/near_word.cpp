@@ -7,7 +7,7 @@ namespace vtdirect_cli {
 namespace {
 
 // What nobody types by hand is near nothing, and would take its time.
-constexpr std::size_t kLongestWord = 64;
+constexpr std::size_t longestWord = 64;
 
 [[nodiscard]] char LowerCase(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -42,11 +42,11 @@ constexpr std::size_t kLongestWord = 64;
 }  // namespace
 
 std::string NearWord(std::string_view word, const std::vector<std::string>& candidates) {
-  if (word.empty() || word.size() > kLongestWord) return {};
+  if (word.empty() || word.size() > longestWord) return {};
   std::string nearest;
   std::size_t fewest = MostChanges(word.size()) + 1;
   for (const std::string& candidate : candidates) {
-    if (candidate.size() > kLongestWord) continue;
+    if (candidate.size() > longestWord) continue;
     const std::size_t changes = Changes(word, candidate);
     // As many changes as letters make any short word of any other.
     if (changes >= fewest || changes >= candidate.size()) continue;

@@ -12,25 +12,25 @@ using Detail = du::http::FailureDetail;
 using Kind = VtDirectManager::FailureKind;
 
 // So much of what a server says fits into a message.
-constexpr std::size_t kLongestServerText = 200;
+constexpr std::size_t longestServerText = 200;
 
-constexpr const char* kClock =
+constexpr const char* clockAdvice =
     "ask who runs the server for a new certificate, and look at this machine's date";
-constexpr const char* kTrust =
+constexpr const char* trustAdvice =
     "name the file of that certificate, or of its authority, by --ca-file or ca_file, if you know it to be "
     "genuine";
-constexpr const char* kAuthorityFile =
+constexpr const char* authorityFileAdvice =
     "name a PEM file with the certificates to trust by --ca-file or ca_file";
-constexpr const char* kClientCertificate =
+constexpr const char* clientCertificateAdvice =
     "name the right one by --client-cert and --client-key, or client_cert and client_key";
-constexpr const char* kProxy =
+constexpr const char* proxyAdvice =
     "look at --proxy, at proxy in the configuration file, and at http_proxy and https_proxy";
-constexpr const char* kSlow = "try again later, or with a larger --stall-timeout";
-constexpr const char* kAgain = "try again; if it stays so, ask who runs the server";
-constexpr const char* kAddress = "look whether host, port and path of the server's address are right";
-constexpr const char* kAskAdministrator = "ask who runs the server";
+constexpr const char* slowAdvice = "try again later, or with a larger --stall-timeout";
+constexpr const char* againAdvice = "try again; if it stays so, ask who runs the server";
+constexpr const char* addressAdvice = "look whether host, port and path of the server's address are right";
+constexpr const char* administratorAdvice = "ask who runs the server";
 
-constexpr NetworkAdvice kAdvices[] = {
+constexpr NetworkAdvice advices[] = {
     {Detail::NameUnknown, false,
      "look whether the server's name is spelt right, and whether this machine has a network"},
     {Detail::NameUnanswered, false, "look whether this machine has a network and a name server that answers"},
@@ -42,13 +42,13 @@ constexpr NetworkAdvice kAdvices[] = {
     {Detail::WrittenOff, false, "wait five seconds, and look whether the server runs"},
     {Detail::HandshakeUnanswered, true,
      "look whether the server speaks https on this port, or try again later"},
-    {Detail::AnswerUnanswered, true, kSlow},
-    {Detail::AnswerStalled, true, kSlow},
-    {Detail::BodyStalled, true, kSlow},
+    {Detail::AnswerUnanswered, true, slowAdvice},
+    {Detail::AnswerStalled, true, slowAdvice},
+    {Detail::BodyStalled, true, slowAdvice},
     {Detail::ClosedUnanswered, true,
      "try again; if it stays so, look whether the address should begin with https"},
-    {Detail::AnswerCut, true, kAgain},
-    {Detail::NoHttp, true, kAddress},
+    {Detail::AnswerCut, true, againAdvice},
+    {Detail::NoHttp, true, addressAdvice},
     {Detail::HttpVersionUnknown, true, "ask who runs the server to offer HTTP/1.1"},
     {Detail::WantsHttps, true, "write https in place of http in the server's address"},
     {Detail::WantsHttp, true,
@@ -56,36 +56,36 @@ constexpr NetworkAdvice kAdvices[] = {
     {Detail::LoginUnknown, true, "ask who runs the server to offer Basic, Digest, Negotiate or Bearer"},
     {Detail::CodingUnknown, true,
      "ask who runs the server, or the proxy before it, to send answers as they are or by gzip"},
-    {Detail::ForeignServer, true, kAddress},
-    {Detail::AnswerUnclear, true, kAskAdministrator},
+    {Detail::ForeignServer, true, addressAdvice},
+    {Detail::AnswerUnclear, true, administratorAdvice},
     {Detail::ContentCoded, true,
      "ask who runs the server, or the proxy before it, to send contents as they are"},
     {Detail::AddressLeavesHttps, true,
      "if a proxy before the server speaks https, set http_addresses = upgrade in the server's section of the "
      "configuration file"},
-    {Detail::ContentOfOtherLength, true, kAgain},
+    {Detail::ContentOfOtherLength, true, againAdvice},
     {Detail::TlsTooOld, true, "ask who runs the server to offer TLS 1.2 or newer"},
     {Detail::TlsNothingInCommon, true, "ask who runs the server to offer the usual ciphers"},
     {Detail::TlsBrokenOff, true, "look whether the server speaks https on this port, or try again later"},
-    {Detail::TlsFailed, true, kAskAdministrator},
-    {Detail::CertificateExpired, true, kClock},
-    {Detail::CertificateNotYetValid, true, kClock},
+    {Detail::TlsFailed, true, administratorAdvice},
+    {Detail::CertificateExpired, true, clockAdvice},
+    {Detail::CertificateNotYetValid, true, clockAdvice},
     {Detail::CertificateOfOtherHost, true,
      "write the server's address with a name that the certificate is for"},
-    {Detail::CertificateSelfSigned, true, kTrust},
-    {Detail::AuthorityUnknown, true, kTrust},
-    {Detail::CertificateInvalid, true, kAskAdministrator},
-    {Detail::AuthorityFileUnreadable, false, kAuthorityFile},
-    {Detail::AuthorityFileEmpty, false, kAuthorityFile},
-    {Detail::AuthorityFileBroken, false, kAuthorityFile},
+    {Detail::CertificateSelfSigned, true, trustAdvice},
+    {Detail::AuthorityUnknown, true, trustAdvice},
+    {Detail::CertificateInvalid, true, administratorAdvice},
+    {Detail::AuthorityFileUnreadable, false, authorityFileAdvice},
+    {Detail::AuthorityFileEmpty, false, authorityFileAdvice},
+    {Detail::AuthorityFileBroken, false, authorityFileAdvice},
     {Detail::ClientCertificateWanted, true,
      "name yours by --client-cert and --client-key, or client_cert and client_key"},
-    {Detail::ClientCertificateRefused, true, kClientCertificate},
-    {Detail::ClientCertificateUnreadable, false, kClientCertificate},
+    {Detail::ClientCertificateRefused, true, clientCertificateAdvice},
+    {Detail::ClientCertificateUnreadable, false, clientCertificateAdvice},
     {Detail::ClientKeyLocked, false, "give the passphrase when you are asked, or by VTDIRECT_KEY_PASSPHRASE"},
-    {Detail::ProxyNameUnknown, false, kProxy},
-    {Detail::ProxyUnreachable, false, kProxy},
-    {Detail::ProxyUnanswered, false, kProxy},
+    {Detail::ProxyNameUnknown, false, proxyAdvice},
+    {Detail::ProxyUnreachable, false, proxyAdvice},
+    {Detail::ProxyUnanswered, false, proxyAdvice},
     {Detail::ProxyWantsLogin, false, "set VTDIRECT_PROXY_USER and VTDIRECT_PROXY_PASSWORD"},
     {Detail::ProxyRefuses, false, "ask who runs the proxy, or reach the server without it by --proxy none"},
     {Detail::GatewayFailed, false, "try again later; if it stays so, ask who runs the server or the proxy"},
@@ -93,9 +93,9 @@ constexpr NetworkAdvice kAdvices[] = {
 
 [[nodiscard]] const NetworkAdvice* AdviceOf(int detail) {
   const auto* found =
-      std::find_if(std::begin(kAdvices), std::end(kAdvices),
+      std::find_if(std::begin(advices), std::end(advices),
                    [detail](const NetworkAdvice& row) { return static_cast<int>(row.detail) == detail; });
-  return found == std::end(kAdvices) ? nullptr : found;
+  return found == std::end(advices) ? nullptr : found;
 }
 
 // The library's sentences begin with a capital; here they follow a colon.
@@ -125,9 +125,9 @@ constexpr NetworkAdvice kAdvices[] = {
   failure.wasReached = true;
   failure.what =
       std::string(MeaningOf(reason.httpStatus)) + " (HTTP " + std::to_string(reason.httpStatus) + ")";
-  const std::string said = Printable(reason.serverText.substr(0, kLongestServerText));
+  const std::string said = Printable(reason.serverText.substr(0, longestServerText));
   if (!said.empty()) failure.what += ": " + said;
-  failure.advice = reason.httpStatus >= 500 || reason.httpStatus == 429 ? "try again later" : kAddress;
+  failure.advice = reason.httpStatus >= 500 || reason.httpStatus == 429 ? "try again later" : addressAdvice;
   return failure;
 }
 
@@ -144,7 +144,7 @@ constexpr NetworkAdvice kAdvices[] = {
 }  // namespace
 
 std::span<const NetworkAdvice> NetworkAdvices() {
-  return kAdvices;
+  return advices;
 }
 
 std::optional<NetworkFailure> NetworkFailureOf(const Reason& reason) {
@@ -155,9 +155,9 @@ std::optional<NetworkFailure> NetworkFailureOf(const Reason& reason) {
   if (!reason.platformText.empty()) return NetworkFailure{true, InASentence(reason.platformText), {}};
   switch (reason.kind) {
     case Kind::TimedOut:
-      return NetworkFailure{true, "the server did not answer in time", kSlow};
+      return NetworkFailure{true, "the server did not answer in time", slowAdvice};
     case Kind::AnswerBroken:
-      return NetworkFailure{true, "the answer is not what a server of this kind gives", kAddress};
+      return NetworkFailure{true, "the answer is not what a server of this kind gives", addressAdvice};
     default:
       return std::nullopt;
   }

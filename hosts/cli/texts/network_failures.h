@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/reasons.h"
 
 /// What went wrong between here and a server, in words, and what to do next. docs/troubleshooting.md is made
 /// of the same sentences; a test holds the two together.
@@ -45,7 +45,7 @@ struct NetworkFailure {
 /// @param reason  with a detail or with a status
 [[nodiscard]] std::string AnswerText(const Reason& reason);
 
-/// What the reason says of the way to the server, for brackets behind a message; empty when it says nothing.
+/// What the reason says of the way to the server, for brackets after a message; empty when it says nothing.
 [[nodiscard]] std::string NetworkHint(const std::optional<Reason>& reason);
 
 }  // namespace vtdirect_cli

@@ -21,7 +21,7 @@ struct OperandKinds {
   return kinds;
 }
 
-/// "remote files nick" as far as they apply, parted by blanks: what the scripts know them by.
+/// "remote files nick" as far as they apply, separated by blanks: what the scripts know them by.
 [[nodiscard]] inline std::string WordsOf(const OperandKinds& kinds) {
   std::string words = kinds.remote ? "remote" : "";
   if (kinds.files) words += words.empty() ? "files" : " files";

@@ -8,17 +8,17 @@
 #include <cerrno>
 #include <ostream>
 
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
 
 // Raised when a key goes or changes its meaning; new keys come without a raise.
-constexpr int kJsonSchema = 2;
+constexpr int jsonSchema = 2;
 
 // Often enough for whoever watches a slow listing in a pipe.
-constexpr std::chrono::milliseconds kBetweenPieces(100);
+constexpr std::chrono::milliseconds betweenPieces(100);
 
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::ASCII<>>;
 
@@ -96,7 +96,7 @@ std::string JsonLine(const std::string& command, const Record& record) {
   JsonWriter writer(buffer);
   writer.StartObject();
   writer.Key("schema");
-  writer.Int(kJsonSchema);
+  writer.Int(jsonSchema);
   writer.Key("command");
   WriteText(writer, command);
   for (const auto& [key, value] : record) {
@@ -237,7 +237,7 @@ bool Output::Flush() {
 
 bool Output::FlushRow() {
   if (!out_.good()) return Flush();
-  const bool isDue = std::chrono::steady_clock::now() - lastFlush_ >= kBetweenPieces;
+  const bool isDue = std::chrono::steady_clock::now() - lastFlush_ >= betweenPieces;
   return isDue || isatty(STDOUT_FILENO) == 1 ? Flush() : true;
 }
 

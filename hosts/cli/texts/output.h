@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 #include "hosts/cli/texts/table.h"
 
 namespace vtdirect_cli {
@@ -30,7 +30,7 @@ using Record = std::vector<std::pair<std::string, Value>>;
 [[nodiscard]] std::string WarningLine(const std::string& command, bool json, const std::string& text);
 
 /// The text of a value: a text as it can be shown on a terminal, "yes" or "no", a decimal number, texts
-/// parted by blanks.
+/// separated by blanks.
 [[nodiscard]] std::string TextOf(const Value& value);
 
 /// What a command has said while it was heard by another one, see OutputHold.
@@ -75,7 +75,7 @@ class Output {
 
   /// A result as "key: value" lines, or as JSON.
   void Lines(const Record& record);
-  /// A result as its values alone, parted by tabs on one line, or as JSON.
+  /// A result as its values alone, separated by tabs on one line, or as JSON.
   void Row(const Record& record);
   /// A row that text mode shows in another way than JSON does.
   void Row(const Record& shown, const Record& json);

@@ -22,7 +22,7 @@ struct FirstCharacter {
 /// The first character of a text that is not empty.
 [[nodiscard]] FirstCharacter FirstCharacterOf(std::string_view text);
 
-/// The text with every byte that is no UTF-8 replaced by U+FFFD, so that it can stand in JSON.
+/// The text with every byte that is no UTF-8 replaced by U+FFFD, so that it can be in JSON.
 [[nodiscard]] std::string ValidUtf8(std::string_view text);
 
 /// JSON with the byte 7F escaped. Writers of JSON take it for a character like the others of ASCII, and a terminal

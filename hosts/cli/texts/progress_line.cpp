@@ -12,19 +12,19 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr auto kInterval = std::chrono::milliseconds(100);
-constexpr std::size_t kNarrowest = 20;
-constexpr const char* kWipe = "\r\033[K";
+constexpr auto interval = std::chrono::milliseconds(100);
+constexpr std::size_t narrowest = 20;
+constexpr const char* wipe = "\r\033[K";
 
 }  // namespace
 
 std::string SizeForPeople(std::size_t bytes) {
-  constexpr const char* kUnits[] = {"B", "KiB", "MiB", "GiB", "TiB"};
+  constexpr const char* units[] = {"B", "KiB", "MiB", "GiB", "TiB"};
   double number = static_cast<double>(bytes);
   std::size_t unit = 0;
-  for (; number >= 1024 && unit + 1 < std::size(kUnits); ++unit) number /= 1024;
+  for (; number >= 1024 && unit + 1 < std::size(units); ++unit) number /= 1024;
   char text[32];
-  std::snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", number, kUnits[unit]);
+  std::snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", number, units[unit]);
   return text;
 }
 
@@ -43,12 +43,12 @@ std::string ProgressText(const std::string& name, std::size_t done, std::size_t 
 }
 
 ProgressLine::ProgressLine(std::ostream* terminal, std::string name, std::size_t width)
-    : terminal_(terminal), name_(Printable(name)), width_(width < kNarrowest ? kNarrowest : width) {
+    : terminal_(terminal), name_(Printable(name)), width_(width < narrowest ? narrowest : width) {
   if (terminal_ == nullptr) return;
   // A process that is ended by a signal takes the line away too; by the descriptor, since the stream may be
   // in use on another thread.
   wipe_ = std::make_unique<CleanUp>([this] {
-    if (shown_) static_cast<void>(!write(STDERR_FILENO, kWipe, 4));
+    if (shown_) static_cast<void>(!write(STDERR_FILENO, wipe, 4));
   });
 }
 
@@ -59,16 +59,16 @@ ProgressLine::~ProgressLine() {
 
 void ProgressLine::Show(std::size_t done, std::size_t total, Clock::time_point now) {
   if (terminal_ == nullptr || now < next_) return;
-  next_ = now + kInterval;
+  next_ = now + interval;
   shown_ = true;
   const std::string numbers = ProgressText("", done, total);
   const std::size_t forName = width_ > numbers.size() + 1 ? width_ - numbers.size() - 1 : 0;
-  *terminal_ << kWipe << CutTo(name_, forName) << numbers << std::flush;
+  *terminal_ << wipe << CutTo(name_, forName) << numbers << std::flush;
 }
 
 void ProgressLine::Clear() {
   if (!shown_) return;
-  *terminal_ << kWipe << std::flush;
+  *terminal_ << wipe << std::flush;
   shown_ = false;
 }
 

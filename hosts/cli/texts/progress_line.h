@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 

@@ -6,10 +6,10 @@ std::span<const SectionRow> Sections() {
   static const std::vector<SectionRow> rows = {
       {"ADDRESSES",
        "An ADDRESS is one text of either of two families.\n\n"
-       "A path names an object by where it stands. NICK is the nickname of a listed server:\n\n"
+       "A path names an object by where it is. NICK is the nickname of a listed server:\n\n"
        "  korvufenloom-vfs://NICK/Products/Bike/Folders/Frames/fork.lxz\n"
        "  //NICK/Products/Bike/Folders/Frames/fork.lxz\n\n"
-       "A version may follow behind \"|\", and an object can be named by its id: //NICK/?id=D1001.\n\n"
+       "A version may follow after \"|\", and an object can be named by its id: //NICK/?id=D1001.\n\n"
        "A UID names an object by the server's identity of it:\n\n"
        "  korvufenloom-vt://plm.example/vt/?id=D1001&file=/fork.lxz\n\n"
        "The server in a UID must be listed too, under any nickname; no server is ever added by itself. "
@@ -99,7 +99,8 @@ std::span<const SectionRow> Sections() {
        "characters as \\xHH.\n\n"
        "With --json every result is one line of ASCII with one JSON object. \"schema\" is the version of "
        "its form, now 2: it rises when a member goes or changes its meaning, and stays when one is added. "
-       "\"command\" is the command; the other members stand with the commands above. A listing prints its "
+       "\"command\" is the command; the other members are listed with the commands above. A listing prints "
+       "its "
        "lines as the rows arrive. When nobody reads standard output any more, as after \"| head\", the "
        "program "
        "ends without a word and with exit status 141.\n\n"

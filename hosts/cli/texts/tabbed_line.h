@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-/// Lines of the program's own state files: fields parted by tabs. A backslash and every control byte stand as
-/// "\xHH"; all other bytes stand for themselves.
+/// Lines of the program's own state files: fields separated by tabs. A backslash and every control byte are written as
+/// "\xHH"; all other bytes are written as they are.
 namespace vtdirect_cli {
 
 /// Without a line feed.

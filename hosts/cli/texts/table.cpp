@@ -6,22 +6,22 @@
 #include <array>
 #include <utility>
 
-#include "hosts/cli/environment.h"
+#include "hosts/cli/program/environment.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::size_t kMostHeld = 500;
-constexpr std::chrono::seconds kLongestHeld(1);
-constexpr const char* kBetween = "  ";
+constexpr std::size_t mostHeld = 500;
+constexpr std::chrono::seconds longestHeld(1);
+constexpr const char* between = "  ";
 
-constexpr std::string_view kPlain = "\x1B[0m";
-constexpr std::string_view kBold = "\x1B[1m";
-constexpr std::string_view kRed = "\x1B[31m";
-constexpr std::string_view kGreen = "\x1B[32m";
-constexpr std::string_view kYellow = "\x1B[33m";
-constexpr std::string_view kBlue = "\x1B[34m";
-constexpr std::string_view kCyan = "\x1B[36m";
+constexpr std::string_view plain = "\x1B[0m";
+constexpr std::string_view bold = "\x1B[1m";
+constexpr std::string_view red = "\x1B[31m";
+constexpr std::string_view green = "\x1B[32m";
+constexpr std::string_view yellow = "\x1B[33m";
+constexpr std::string_view blue = "\x1B[34m";
+constexpr std::string_view cyan = "\x1B[36m";
 
 /// The colour of a word that tells a state.
 struct Tone {
@@ -29,23 +29,23 @@ struct Tone {
   std::string_view colour;
 };
 
-constexpr std::array<Tone, 12> kTones{{{"both", kRed},
-                                       {"failed", kRed},
-                                       {"gone", kRed},
-                                       {"in-the-way", kRed},
-                                       {"here", kGreen},
-                                       {"latest", kGreen},
-                                       {"new", kGreen},
-                                       {"up-to-date", kGreen},
-                                       {"missing", kYellow},
-                                       {"modified", kYellow},
-                                       {"outdated", kYellow},
-                                       {"newer", kCyan}}};
+constexpr std::array<Tone, 12> tones{{{"both", red},
+                                      {"failed", red},
+                                      {"gone", red},
+                                      {"in-the-way", red},
+                                      {"here", green},
+                                      {"latest", green},
+                                      {"new", green},
+                                      {"up-to-date", green},
+                                      {"missing", yellow},
+                                      {"modified", yellow},
+                                      {"outdated", yellow},
+                                      {"newer", cyan}}};
 
 [[nodiscard]] std::string_view ColourOf(const std::string& key, const std::string& cell) {
-  if (key == "name" && cell.ends_with('/')) return kBlue;
+  if (key == "name" && cell.ends_with('/')) return blue;
   if (key != "state" && key != "status" && key != "latest" && key != "mark") return {};
-  for (const Tone& tone : kTones) {
+  for (const Tone& tone : tones) {
     if (cell.substr(0, cell.find(' ')) == tone.word) return tone.colour;
   }
   return {};
@@ -53,7 +53,7 @@ constexpr std::array<Tone, 12> kTones{{{"both", kRed},
 
 [[nodiscard]] std::string Coloured(std::string_view colour, const std::string& text) {
   if (colour.empty() || text.empty()) return text;
-  return std::string(colour) + text + std::string(kPlain);
+  return std::string(colour) + text + std::string(plain);
 }
 
 [[nodiscard]] std::string HeadingOf(const std::string& key) {
@@ -88,17 +88,17 @@ struct Range {
 };
 
 // Marks that stand over the letter before them.
-constexpr std::array<Range, 4> kNoColumn{
+constexpr std::array<Range, 4> noColumn{
     {{0x0300, 0x036F}, {0x200B, 0x200D}, {0x20D0, 0x20FF}, {0xFE00, 0xFE0F}}};
 // Characters of East Asia, and pictures.
-constexpr std::array<Range, 8> kTwoColumns{{{0x1100, 0x115F},
-                                            {0x2E80, 0x303E},
-                                            {0x3041, 0xA4CF},
-                                            {0xAC00, 0xD7A3},
-                                            {0xF900, 0xFAFF},
-                                            {0xFF00, 0xFF60},
-                                            {0x1F300, 0x1FAFF},
-                                            {0x20000, 0x3FFFD}}};
+constexpr std::array<Range, 8> twoColumns{{{0x1100, 0x115F},
+                                           {0x2E80, 0x303E},
+                                           {0x3041, 0xA4CF},
+                                           {0xAC00, 0xD7A3},
+                                           {0xF900, 0xFAFF},
+                                           {0xFF00, 0xFF60},
+                                           {0x1F300, 0x1FAFF},
+                                           {0x20000, 0x3FFFD}}};
 
 template <std::size_t Count>
 [[nodiscard]] bool IsIn(const std::array<Range, Count>& ranges, char32_t character) {
@@ -108,8 +108,8 @@ template <std::size_t Count>
 }
 
 [[nodiscard]] std::size_t ColumnsOf(char32_t character) {
-  if (IsIn(kNoColumn, character)) return 0;
-  return IsIn(kTwoColumns, character) ? 2 : 1;
+  if (IsIn(noColumn, character)) return 0;
+  return IsIn(twoColumns, character) ? 2 : 1;
 }
 
 // The character whose first byte this is, of a text that is whole UTF-8.
@@ -167,7 +167,7 @@ std::string Table::Add(TableRow row, Clock::time_point now) {
   if (!sorted_ && isShown) return Line(row);
   if (held_.empty()) firstHeld_ = now;
   held_.push_back(std::move(row));
-  const bool isDue = held_.size() >= kMostHeld || now - firstHeld_ >= kLongestHeld;
+  const bool isDue = held_.size() >= mostHeld || now - firstHeld_ >= longestHeld;
   return isDue ? ShowHeld() : "";
 }
 
@@ -216,10 +216,10 @@ std::string Table::Heading() const {
   std::string line;
   for (std::size_t column = 0; column < headings_.size(); ++column) {
     const std::string heading = HeadingOf(headings_[column]);
-    line += (column == 0 ? "" : kBetween) + heading;
+    line += (column == 0 ? "" : between) + heading;
     if (column + 1 < headings_.size()) line.append(widths_[column] - WidthOnScreen(heading), ' ');
   }
-  return Coloured(screen_.hasColours ? kBold : std::string_view(), line) + "\n";
+  return Coloured(screen_.hasColours ? bold : std::string_view(), line) + "\n";
 }
 
 std::string Table::Line(const TableRow& row) const {
@@ -228,7 +228,7 @@ std::string Table::Line(const TableRow& row) const {
   std::size_t missing = 0;  // blanks that only what comes after them needs
   for (std::size_t column = 0; column < row.cells.size(); ++column) {
     const std::string& cell = row.cells[column];
-    if (column > 0) missing += std::string_view(kBetween).size();
+    if (column > 0) missing += std::string_view(between).size();
     const std::size_t width = WidthOnScreen(cell);
     if (!cell.empty()) {
       line.append(missing, ' ');

@@ -76,7 +76,7 @@ namespace {
   return out + "  esac\n";
 }
 
-constexpr const char* kFunctions =
+constexpr const char* functions =
     "# What is below a folder of a server, or the listed servers, within half a second or not at all.\n"
     "_vtdirect_remote() {\n"
     "  local word=\"${(Q)PREFIX}\" folder=// line\n"
@@ -98,7 +98,7 @@ constexpr const char* kFunctions =
     "}\n";
 
 // The command on the line, with its second word where it belongs to a group.
-constexpr const char* kFindCommand =
+constexpr const char* findCommand =
     "  local command='' operands='' previous=\"${words[CURRENT-1]}\" word i\n"
     "  local -a second\n"
     "  for ((i = 2; i < CURRENT; i++)); do\n"
@@ -112,7 +112,7 @@ constexpr const char* kFindCommand =
     "    fi\n"
     "  done\n";
 
-constexpr const char* kOffer =
+constexpr const char* offer =
     "  if [[ \"$PREFIX\" == -* ]]; then _describe option offers; return; fi\n"
     "  if [[ -z \"$command\" ]]; then _describe command firstWords; return; fi\n"
     "  if (( ${#second} )); then _describe command second; return; fi\n"
@@ -126,10 +126,10 @@ constexpr const char* kOffer =
 std::string ZshCompletion() {
   return "#compdef vtdirect\n# Completion of vtdirect for zsh. Made by \"vtdirect --generate "
          "zsh-completion\".\n" +
-         std::string(kFunctions) + "_vtdirect_second() {\n" + GroupCases() + "}\n_vtdirect() {\n" +
+         std::string(functions) + "_vtdirect_second() {\n" + GroupCases() + "}\n_vtdirect() {\n" +
          "  local -a offers firstWords\n  offers=(" + Offers(GlobalOptions()) + ")\n  firstWords=(" +
-         FirstWords() + ")\n" + kFindCommand + "  case \"$previous\" in\n" +
-         ValueCases(GlobalOptions(), "    ") + "  esac\n" + CommandCases() + kOffer + "}\n_vtdirect \"$@\"\n";
+         FirstWords() + ")\n" + findCommand + "  case \"$previous\" in\n" +
+         ValueCases(GlobalOptions(), "    ") + "  esac\n" + CommandCases() + offer + "}\n_vtdirect \"$@\"\n";
 }
 
 }  // namespace vtdirect_cli

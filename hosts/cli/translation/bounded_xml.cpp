@@ -11,8 +11,8 @@ namespace {
 thread_local std::size_t taken = 0;
 
 // In front of each piece, its size; as large as the strictest alignment.
-constexpr std::size_t kHead = alignof(std::max_align_t);
-static_assert(kHead >= sizeof(std::size_t));
+constexpr std::size_t headSize = alignof(std::max_align_t);
+static_assert(headSize >= sizeof(std::size_t));
 
 [[nodiscard]] std::size_t SizeOf(void* head) {
   std::size_t size = 0;
@@ -23,44 +23,44 @@ static_assert(kHead >= sizeof(std::size_t));
 [[nodiscard]] void* Headed(void* head, std::size_t size) {
   std::memcpy(head, &size, sizeof size);
   taken += size;
-  return static_cast<char*>(head) + kHead;
+  return static_cast<char*>(head) + headSize;
 }
 
 [[nodiscard]] bool IsTooMuch(std::size_t size) {
-  return size > kMostXmlMemory || taken > kMostXmlMemory - size;
+  return size > mostXmlMemory || taken > mostXmlMemory - size;
 }
 
 void* Take(std::size_t size) {
   if (IsTooMuch(size)) return nullptr;
-  void* const head = std::malloc(kHead + size);
+  void* const head = std::malloc(headSize + size);
   return head == nullptr ? nullptr : Headed(head, size);
 }
 
 void GiveBack(void* piece) {
   if (piece == nullptr) return;
-  void* const head = static_cast<char*>(piece) - kHead;
+  void* const head = static_cast<char*>(piece) - headSize;
   taken -= SizeOf(head);
   std::free(head);
 }
 
 void* Resize(void* piece, std::size_t size) {
   if (piece == nullptr) return Take(size);
-  void* const head = static_cast<char*>(piece) - kHead;
+  void* const head = static_cast<char*>(piece) - headSize;
   const std::size_t before = SizeOf(head);
   // While it moves, both are there.
   if (size > before && IsTooMuch(size)) return nullptr;
-  void* const moved = std::realloc(head, kHead + size);
+  void* const moved = std::realloc(head, headSize + size);
   if (moved == nullptr) return nullptr;
   taken -= before;
   return Headed(moved, size);
 }
 
-constexpr XML_Memory_Handling_Suite kBounded{Take, Resize, GiveBack};
+constexpr XML_Memory_Handling_Suite boundedMemory{Take, Resize, GiveBack};
 
 }  // namespace
 
 XmlParser MakeBoundedXmlParser() {
-  return {XML_ParserCreate_MM(nullptr, &kBounded, &kNamespaceEnd), &XML_ParserFree};
+  return {XML_ParserCreate_MM(nullptr, &boundedMemory, &namespaceEnd), &XML_ParserFree};
 }
 
 }  // namespace vtdirect_cli

@@ -10,9 +10,9 @@ namespace vtdirect_cli {
 namespace {
 
 /// Longer than any declaration.
-constexpr std::size_t kBeginning = 1024;
-constexpr std::size_t kPiece = 16 * 1024;
-constexpr char kNoUtf8 = '\xFF';
+constexpr std::size_t beginningSize = 1024;
+constexpr std::size_t pieceSize = 16 * 1024;
+constexpr char noUtf8 = '\xFF';
 
 [[nodiscard]] bool IsNameByte(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '.' || c == '_' ||
@@ -50,12 +50,12 @@ constexpr char kNoUtf8 = '\xFF';
 }  // namespace
 
 std::string DeclaredEncoding(std::string_view beginning) {
-  constexpr std::string_view kName = "encoding";
+  constexpr std::string_view encodingName = "encoding";
   if (!beginning.starts_with("<?xml")) return {};
   std::string_view rest = beginning.substr(0, beginning.find("?>"));
-  const std::size_t name = rest.find(kName);
+  const std::size_t name = rest.find(encodingName);
   if (name == std::string_view::npos) return {};
-  rest = WithoutBlanksInFront(rest.substr(name + kName.size()));
+  rest = WithoutBlanksInFront(rest.substr(name + encodingName.size()));
   if (!rest.starts_with('=')) return {};
   rest = WithoutBlanksInFront(rest.substr(1));
   if (!rest.starts_with('"') && !rest.starts_with('\'')) return {};
@@ -68,8 +68,8 @@ Utf8Reading::~Utf8Reading() {
 }
 
 bool Utf8Reading::Begin() {
-  while (!ended_ && raw_.size() < kBeginning && AsciiOf(raw_).find("?>") == std::string::npos) {
-    std::array<char, kBeginning> piece;
+  while (!ended_ && raw_.size() < beginningSize && AsciiOf(raw_).find("?>") == std::string::npos) {
+    std::array<char, beginningSize> piece;
     const std::ptrdiff_t count = read_(piece.data(), piece.size());
     if (count < 0) return false;
     raw_.append(piece.data(), static_cast<std::size_t>(count));
@@ -102,7 +102,7 @@ std::ptrdiff_t Utf8Reading::ReadRaw(char* buffer, std::size_t size) {
 
 bool Utf8Reading::ConvertMore() {
   if (!ended_) {
-    std::array<char, kPiece> piece;
+    std::array<char, pieceSize> piece;
     const std::ptrdiff_t count = read_(piece.data(), piece.size());
     if (count < 0) return false;
     raw_.append(piece.data(), static_cast<std::size_t>(count));
@@ -126,7 +126,7 @@ void Utf8Reading::Convert() {
   converted_.append(out.data(), out.size() - room);
   raw_.erase(0, raw_.size() - left);
   if (!failed || (isIncomplete && !ended_)) return;
-  converted_ += kNoUtf8;
+  converted_ += noUtf8;
   raw_.clear();
   ended_ = true;
 }

@@ -27,19 +27,19 @@ class Utf8Reading {
   /// Reads the beginning. False when it can't be read.
   [[nodiscard]] bool Begin();
   /// Whether the parser gets UTF-8 whatever the declaration says.
-  [[nodiscard]] bool converts() const { return converter_ != kNone; }
+  [[nodiscard]] bool converts() const { return converter_ != noConversion; }
   /// As a ReadFunction. Bytes that are none of the file's encoding become one that is no UTF-8, after which the
   /// file ends: the parser then tells the line.
   [[nodiscard]] std::ptrdiff_t Read(char* buffer, std::size_t size);
 
  private:
-  static inline const iconv_t kNone = reinterpret_cast<iconv_t>(-1);
+  static inline const iconv_t noConversion = reinterpret_cast<iconv_t>(-1);
   [[nodiscard]] std::ptrdiff_t ReadRaw(char* buffer, std::size_t size);
   [[nodiscard]] bool ConvertMore();
   void Convert();
 
   const ReadFunction& read_;
-  iconv_t converter_ = kNone;
+  iconv_t converter_ = noConversion;
   std::string raw_;        ///< read and not handed out or converted yet
   std::string converted_;  ///< not handed out yet
   bool ended_ = false;

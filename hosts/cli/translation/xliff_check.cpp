@@ -15,7 +15,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr int kPieceSize = 64 * 1024;
+constexpr int pieceSize = 64 * 1024;
 
 [[nodiscard]] char Folded(char c) {
   if (c == '_') return '-';
@@ -28,9 +28,9 @@ constexpr int kPieceSize = 64 * 1024;
   if (!reading.Begin()) return false;
   if (reading.converts()) XML_SetEncoding(parser, "UTF-8");
   for (;;) {
-    void* const buffer = XML_GetBuffer(parser, kPieceSize);
+    void* const buffer = XML_GetBuffer(parser, pieceSize);
     if (buffer == nullptr) return true;
-    const std::ptrdiff_t count = reading.Read(static_cast<char*>(buffer), kPieceSize);
+    const std::ptrdiff_t count = reading.Read(static_cast<char*>(buffer), pieceSize);
     if (count < 0) return false;
     if (XML_ParseBuffer(parser, static_cast<int>(count), count == 0) != XML_STATUS_OK || count == 0)
       return true;

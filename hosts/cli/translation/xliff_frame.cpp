@@ -10,28 +10,28 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr unsigned kDeepest = 1000;
-constexpr std::size_t kLongestQuote = 60;
+constexpr unsigned deepest = 1000;
+constexpr std::size_t longestQuote = 60;
 
-constexpr std::string_view kNamespaces = "urn:oasis:names:tc:xliff:document:";
-constexpr std::string_view kVersions[] = {"1.2", "2.0", "2.1", "2.2"};
+constexpr std::string_view namespaces = "urn:oasis:names:tc:xliff:document:";
+constexpr std::string_view versions[] = {"1.2", "2.0", "2.1", "2.2"};
 
 // Of a name that may be hostile and as long as it likes, what a sentence can hold.
 [[nodiscard]] std::string Quoted(std::string_view text) {
-  if (text.size() <= kLongestQuote) return "\"" + std::string(text) + "\"";
+  if (text.size() <= longestQuote) return "\"" + std::string(text) + "\"";
   // A cut inside a character would leave a byte that means nothing.
-  std::size_t end = kLongestQuote;
+  std::size_t end = longestQuote;
   while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
   return "\"" + std::string(text.substr(0, end)) + "...\"";
 }
 
 [[nodiscard]] std::string_view LocalName(std::string_view name) {
-  const std::size_t end = name.rfind(kNamespaceEnd);
+  const std::size_t end = name.rfind(namespaceEnd);
   return end == std::string_view::npos ? name : name.substr(end + 1);
 }
 
 [[nodiscard]] std::string_view NamespaceOf(std::string_view name) {
-  const std::size_t end = name.rfind(kNamespaceEnd);
+  const std::size_t end = name.rfind(namespaceEnd);
   return end == std::string_view::npos ? std::string_view() : name.substr(0, end);
 }
 
@@ -44,8 +44,8 @@ constexpr std::string_view kVersions[] = {"1.2", "2.0", "2.1", "2.2"};
 
 // XLIFF 2.1 has kept the namespace of 2.0.
 [[nodiscard]] bool IsNamespaceOf(std::string_view space, std::string_view version) {
-  if (!space.starts_with(kNamespaces)) return false;
-  const std::string_view last = space.substr(kNamespaces.size());
+  if (!space.starts_with(namespaces)) return false;
+  const std::string_view last = space.substr(namespaces.size());
   return last == version || (version == "2.1" && last == "2.0");
 }
 
@@ -66,8 +66,8 @@ void XliffFrame::OnStart(void* frame, const XML_Char* name, const XML_Char** att
   if (self.depth_ == 2 && LocalName(name) == "file" && NamespaceOf(name) == self.namespace_) {
     return self.LookAtFile(attributes);
   }
-  if (self.depth_ > kDeepest) {
-    self.Refuse("its elements are nested more than " + std::to_string(kDeepest) + " deep");
+  if (self.depth_ > deepest) {
+    self.Refuse("its elements are nested more than " + std::to_string(deepest) + " deep");
   }
 }
 
@@ -94,13 +94,13 @@ void XliffFrame::LookAtRoot(const std::string& name, const XML_Char** attributes
   }
   const char* const version = Find(attributes, "version");
   if (version == nullptr) return Refuse("its <xliff> tells no version; 1.2 and 2.0 to 2.2 are taken");
-  if (std::find(std::begin(kVersions), std::end(kVersions), version) == std::end(kVersions)) {
+  if (std::find(std::begin(versions), std::end(versions), version) == std::end(versions)) {
     return Refuse("its XLIFF version is " + Quoted(version) + "; 1.2 and 2.0 to 2.2 are taken");
   }
   if (!IsNamespaceOf(namespace_, version)) {
     const std::string found = namespace_.empty() ? "no namespace" : "the namespace " + Quoted(namespace_);
     return Refuse("its <xliff> has " + found + "; that of XLIFF " + version + " is \"" +
-                  std::string(kNamespaces) + (std::strcmp(version, "2.1") == 0 ? "2.0" : version) + "\"");
+                  std::string(namespaces) + (std::strcmp(version, "2.1") == 0 ? "2.0" : version) + "\"");
   }
   form_ = std::strcmp(version, "1.2") == 0 ? Form::OnePointTwo : Form::TwoPointX;
   if (form_ == Form::TwoPointX) LookAtLanguage("xliff", "srcLang", attributes);
@@ -139,7 +139,7 @@ std::string XliffFrame::ParserFault() const {
   switch (error) {
     case XML_ERROR_NO_ELEMENTS:
       if (hasRoot_) return "it ends in the midst of its elements, as a file does that was cut off";
-      return "it is empty, or holds nothing but what may stand in front of XML";
+      return "it is empty, or holds nothing but what may come before XML";
     case XML_ERROR_UNCLOSED_TOKEN:
     case XML_ERROR_PARTIAL_CHAR:
     case XML_ERROR_UNCLOSED_CDATA_SECTION:

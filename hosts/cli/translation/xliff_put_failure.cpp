@@ -4,8 +4,8 @@
 
 #include <optional>
 
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -25,7 +25,7 @@ using VtDirectManager::FailureKind;
   if (told && !after.linked && !put.before.linked) {
     return "no source XLIFF is linked to the document" + UnlinkedOf(put, lost);
   }
-  if (!told || after.uid.empty()) return "what stands now could not be found out";
+  if (!told || after.uid.empty()) return "the state on the server could not be found out";
   if (after.uid == put.before.uid) {
     return "its source XLIFF is " + after.uid + " as before" + UnlinkedOf(put, lost);
   }

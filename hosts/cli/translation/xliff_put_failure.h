@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "hosts/cli/failure.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/failure.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/storing/local_source.h"
 #include "hosts/cli/translation/xliff_subject.h"
 
@@ -17,7 +17,7 @@ struct XliffPut {
   SourceXliff before;
 };
 
-/// Why the file was not taken, what stands on the server now, and what to do next. Makes requests.
+/// Why the file was not taken, what is on the server now, and what to do next. Makes requests.
 [[nodiscard]] Failure SendingFailure(Host& host, const XliffPut& put);
 
 /// The failure of a file that the server has taken, when the document doesn't show it as its source XLIFF.

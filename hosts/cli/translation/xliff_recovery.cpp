@@ -5,7 +5,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr const char* kMayBeUnlinked =
+constexpr const char* mayBeUnlinked =
     "; it may be on the server without a link, which its administrator can see; it can be sent again";
 
 }  // namespace
@@ -15,7 +15,7 @@ Finding FindSentXliff(Host& host, const JournalEntry& entry) {
   if (!source || (source->linked && source->uid.empty())) return NotKnown(entry.address);
   if (!source->linked) {
     return Known("no source XLIFF is linked to " + entry.address + ", so " + entry.file + " is not" +
-                 kMayBeUnlinked);
+                 mayBeUnlinked);
   }
   const std::string sum = SumOnServer(host, source->uid);
   if (sum.empty()) return NotKnown(entry.address);
@@ -23,7 +23,7 @@ Finding FindSentXliff(Host& host, const JournalEntry& entry) {
     return Known(entry.file + " is the source XLIFF of " + entry.address + ": " + source->uid);
   }
   return Known("the source XLIFF of " + entry.address + " is " + source->uid +
-               ", which has another content than " + entry.file + " had" + kMayBeUnlinked);
+               ", which has another content than " + entry.file + " had" + mayBeUnlinked);
 }
 
 Finding FindPublication(const JournalEntry& entry) {

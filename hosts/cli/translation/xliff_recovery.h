@@ -2,7 +2,7 @@
 
 #include "hosts/cli/checkouts/recovery.h"
 
-/// Where changes of translations stand that were not confirmed.
+/// The state of changes of translations that were not confirmed.
 namespace vtdirect_cli {
 
 /// Whether the file of the entry is the document's source XLIFF now, by its bytes. A file that is on the server

@@ -4,11 +4,11 @@
 
 #include <map>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/storing_failure.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/storing/document_place.h"
 
 namespace vtdirect_cli {
@@ -16,7 +16,7 @@ namespace {
 
 using VtDirectManager::FailureKind;
 
-constexpr int kNotFound = 404;
+constexpr int notFound = 404;
 
 [[nodiscard]] std::string ServerOf(const XliffSubject& subject) {
   return VtDirectManager::GetServerURL(subject.uid.c_str());
@@ -49,7 +49,7 @@ constexpr int kNotFound = 404;
 [[nodiscard]] bool MayLackTranslation(const XliffSubject& subject, const std::optional<Reason>& reason) {
   if (!reason) return false;
   if (reason->kind == FailureKind::ServiceMissing) return true;
-  const bool isUnknown = reason->kind == FailureKind::NotFound && reason->httpStatus == kNotFound;
+  const bool isUnknown = reason->kind == FailureKind::NotFound && reason->httpStatus == notFound;
   return isUnknown && !AnswersQuestions(subject);
 }
 

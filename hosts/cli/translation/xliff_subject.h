@@ -4,8 +4,8 @@
 #include <string>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/host.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 

@@ -2,7 +2,7 @@
 
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/translation/xliff_check.h"
 
 namespace vtdirect_cli {

@@ -3,8 +3,8 @@
 #include <map>
 #include <string>
 
-#include "hosts/cli/failure.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/failure.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/translation/xliff_subject.h"
 
 namespace vtdirect_cli {

@@ -11,7 +11,7 @@
 
 namespace vtdirect_cli {
 
-/// How a file of a work folder stands to the server.
+/// How a file of a work folder differs from the server.
 enum class FileState {
   Same,      ///< what the server has
   Modified,  ///< changed here

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <vector>
 
-#include "hosts/cli/environment.h"
+#include "hosts/cli/program/environment.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -24,7 +24,7 @@ constexpr int notFoundByShell = 127;
   if (tool.empty()) {
     return {"diff", "-u", "--label", before.label, "--label", after.label, "--", before.path, after.path};
   }
-  // The shell takes the tool apart, with the options that stand beside it, and the files as they are.
+  // The shell takes the tool apart, with the options beside it, and the files as they are.
   return {"sh", "-c", tool + " \"$@\"", "sh", before.path, after.path};
 }
 

@@ -9,7 +9,7 @@
 
 #include "hosts/cli/files/fetch_record.h"
 #include "hosts/cli/files/target_file.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/work_folder/why_failed.h"
 

@@ -11,9 +11,9 @@
 #include <thread>
 #include <utility>
 
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/listing.h"
-#include "hosts/cli/retrying.h"
+#include "hosts/cli/browsing/listing.h"
+#include "hosts/cli/failures/retrying.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/work_folder/why_failed.h"
 
 namespace vtdirect_cli {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 #include "hosts/cli/work_folder/local_names.h"
 
 namespace vtdirect_cli {

@@ -41,7 +41,7 @@ inline constexpr std::int64_t unsureTime = -1;
 /// Whether the bytes of a file are those that are kept of it. Reads the file when the sizes agree.
 [[nodiscard]] bool HasBytesOf(const std::string& path, const LocalFacts& facts, const FolderFile& file);
 
-/// How a file of a work folder stands to what is kept of it.
+/// How a file of a work folder differs from what is kept of it.
 enum class LocalState { Missing, Same, Modified };
 
 /// Looks at a file. Its bytes are read only where size or time differ from what is kept; when they are the

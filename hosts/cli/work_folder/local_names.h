@@ -8,7 +8,7 @@ namespace vtdirect_cli {
 
 /// A document as the listing of its folder tells it.
 struct ListedDocument {
-  std::string name;                   ///< as it stands in a path
+  std::string name;                   ///< as it is in a path
   std::string number;                 ///< empty when the server does not tell it
   std::vector<std::string> versions;  ///< newest first; empty when the server does not tell them
   std::vector<std::string> ids;       ///< of each version, in their order
@@ -27,12 +27,12 @@ using KeptNames = std::map<std::string, KeptName>;
 struct NamedEntries {
   std::map<std::string, ListedDocument> documents;
   std::map<std::string, std::string> folders;  ///< to their names on the server
-  std::vector<std::string> nameless;           ///< names that can't stand in a path
+  std::vector<std::string> nameless;           ///< names that can't be in a path
 };
 
 /// Gives each entry of a folder a name of its own on the disk.
 ///
-/// A name is the server's, as it stands in a path, with what is unfit for a disk escaped as SafeFileName does
+/// A name is the server's, as it is in a path, with what is unfit for a disk escaped as SafeFileName does
 /// it; so two names never become one, and each comes back the same. Rows of one document count once. A
 /// document whose name another one has, or a folder whose name a document has, gets a suffix that no name of a
 /// server has: "fork%(0000100001).lxz" with its number, "fork.lxz%(folder)". A document keeps the name that it has,

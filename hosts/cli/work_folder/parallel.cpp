@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 namespace {

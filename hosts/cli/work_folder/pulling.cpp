@@ -4,11 +4,11 @@
 #include <cstring>
 #include <iostream>
 
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/retrying.h"
 #include "hosts/cli/many/batch.h"
 #include "hosts/cli/many/many_progress.h"
-#include "hosts/cli/retrying.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
 #include "hosts/cli/texts/progress_line.h"
 #include "hosts/cli/work_folder/fetching.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "hosts/cli/host.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/work_folder/comparison.h"
 
 namespace vtdirect_cli {

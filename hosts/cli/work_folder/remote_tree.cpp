@@ -14,7 +14,7 @@
 namespace vtdirect_cli {
 namespace {
 
-// The characters that a path can't hold stand escaped in it, and plain in a UID, where a URL's rules hold.
+// The characters that a path can't hold are escaped in it, and plain in a UID, where a URL's rules hold.
 [[nodiscard]] std::string EscapedForUid(const std::string& nameInPath) {
   constexpr std::string_view plain = "-._~";
   constexpr char digits[] = "0123456789ABCDEF";

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 #include "hosts/cli/work_folder/file_store.h"
 #include "hosts/cli/work_folder/listed_folders.h"
 

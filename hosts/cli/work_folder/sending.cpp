@@ -8,10 +8,10 @@
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/sha256.h"
-#include "hosts/cli/interruption_report.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/interruption_report.h"
 #include "hosts/cli/storing/put_failure.h"
 #include "hosts/cli/storing/put_links.h"
 #include "hosts/cli/storing/put_target.h"
@@ -121,8 +121,8 @@ class Sending {
   }
 
   [[nodiscard]] Failure NoWorkingCopy() const {
-    return {ExitCode::Failure, Named("was not sent: the checkout that is kept of it does not stand any more"),
-            CommandToType("verify", workingCopy_) + " tells what stands"};
+    return {ExitCode::Failure, Named("was not sent: the checkout that is kept of it has ended"),
+            CommandToType("verify", workingCopy_) + " tells the state of the checkout"};
   }
 
   [[nodiscard]] std::optional<Failure> Upload(const PutTarget& target, const SourceLinks& links) {

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 #include "hosts/cli/work_folder/comparison.h"
 
 namespace vtdirect_cli {
@@ -11,7 +11,7 @@ namespace vtdirect_cli {
 /// What became of a file that was to be committed.
 struct SendResult {
   bool sent = false;               ///< stored and checked in, and kept as the version that it is now
-  std::optional<Failure> failure;  ///< what stands and what to do next, when it was not
+  std::optional<Failure> failure;  ///< what is on the server now and what to do next, when it was not
   FolderFile file;                 ///< for one that was sent
 };
 

@@ -1,6 +1,6 @@
 #include "hosts/cli/work_folder/why_failed.h"
 
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/network_failures.h"
 
 namespace vtdirect_cli {

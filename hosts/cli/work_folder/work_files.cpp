@@ -1,9 +1,9 @@
 #include "hosts/cli/work_folder/work_files.h"
 
 #include "hosts/cli/checkouts/kept_checkout.h"
-#include "hosts/cli/diagnosis.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/diagnosis.h"
+#include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {

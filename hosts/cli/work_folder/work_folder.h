@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
 #include "hosts/cli/work_folder/file_store.h"
 
 namespace vtdirect_cli {

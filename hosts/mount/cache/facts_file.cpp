@@ -18,7 +18,7 @@ namespace {
 constexpr off_t longestFile = off_t{64} << 20U;
 constexpr std::string_view form = "1 ";
 
-// The number at the start of the text, which it is then cut by, with the blank behind it.
+// The number at the start of the text, which it is then cut by, with the blank after it.
 template <typename Number>
 [[nodiscard]] bool TakeNumber(std::string_view& text, Number& number) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);

@@ -9,7 +9,7 @@
 
 namespace vtdirect_mount {
 
-/// What stands behind a name of the tree.
+/// What a name of the tree leads to.
 enum class NodeKind {
   Folder,        ///< a directory of the server
   Document,      ///< the newest iteration of a document

@@ -92,7 +92,7 @@ class ServerTree {
   DocumentTimes times_;
 
   std::mutex mutex_;                          // guards what follows
-  std::string uidStart_;                      // what stands before the id in every UID of the server
+  std::string uidStart_;                      // what comes before the id in every UID of the server
   std::map<std::string, std::size_t> asked_;  // how many documents of a folder were asked for by their path
 };
 

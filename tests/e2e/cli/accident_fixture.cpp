@@ -7,7 +7,7 @@
 namespace vtdirect_test {
 namespace {
 
-constexpr const char* kJournalHead = "vtdirect-journal 1\n";
+constexpr const char* journalHead = "vtdirect-journal 1\n";
 
 // Each command finds its document, and asks for something else about it at least.
 constexpr int fewestRequests = 4;
@@ -99,15 +99,15 @@ void AccidentTest::Meet(const std::vector<std::string>& words,
 
 void AccidentTest::LeaveOpen(const std::string& step, const std::string& address, const std::string& uid) {
   WriteHome(".local/state/vtdirect/journal",
-            kJournalHead + ("1:1\t2026-01-31T09:00:00Z\t" + step) + "\t" + address + "\t" + uid + "\t\t\n",
+            journalHead + ("1:1\t2026-01-31T09:00:00Z\t" + step) + "\t" + address + "\t" + uid + "\t\t\n",
             0600);
 }
 
 std::string AccidentTest::OpenEntries() const {
   const std::string path = Home(".local/state/vtdirect/journal");
-  const std::string journal = std::filesystem::exists(path) ? ReadFile(path) : kJournalHead;
-  EXPECT_TRUE(journal.starts_with(kJournalHead)) << journal;
-  return journal.substr(std::string(kJournalHead).size());
+  const std::string journal = std::filesystem::exists(path) ? ReadFile(path) : journalHead;
+  EXPECT_TRUE(journal.starts_with(journalHead)) << journal;
+  return journal.substr(std::string(journalHead).size());
 }
 
 void AccidentTest::ExpectRecovery() {

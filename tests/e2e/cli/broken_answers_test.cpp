@@ -12,7 +12,7 @@ using testing::Not;
 namespace vtdirect_test {
 namespace {
 
-constexpr const char* kStored = "stored before";
+constexpr const char* stored = "stored before";
 
 // What comes in place of an answer to a question.
 struct NoAnswer {
@@ -25,7 +25,7 @@ void PrintTo(const NoAnswer& answer, std::ostream* stream) {
   *stream << answer.name;
 }
 
-constexpr NoAnswer kNoAnswers[] = {{"Page", 200, "<html>"}, {"Refusal", 503, "{}"}};
+constexpr NoAnswer noAnswers[] = {{"Page", 200, "<html>"}, {"Refusal", 503, "{}"}};
 
 }  // namespace
 
@@ -37,10 +37,10 @@ class BrokenAnswers : public AccidentTest, public testing::WithParamInterface<No
 
   void SetUp() override {
     AccidentTest::SetUp();
-    WriteFile(Here("g"), kStored);
+    WriteFile(Here("g"), stored);
     WriteFile(Here("f"), "new content");
-    uid_ = CheckOut(kForkPath);
-    ASSERT_EQ(Run({"put", "g", kForkPath}).status, 0);
+    uid_ = CheckOut(forkPath);
+    ASSERT_EQ(Run({"put", "g", forkPath}).status, 0);
     KeepBeginning();
   }
 
@@ -122,18 +122,18 @@ TEST_P(BrokenRecord, IsToldOfByNoCommand) {
   EXPECT_THAT(result.err, HasSubstr("the answer is not what a server of this kind gives"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, BrokenAnswers, testing::ValuesIn(kNoAnswers),
+INSTANTIATE_TEST_SUITE_P(Of, BrokenAnswers, testing::ValuesIn(noAnswers),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST_P(BrokenAnswers, LetVerifyForgetNothing) {
-  MissEveryAnswer({"verify", kForkPath}, [this] {
+  MissEveryAnswer({"verify", forkPath}, [this] {
     EXPECT_TRUE(IsKept()) << Book();
     EXPECT_THAT(result_.err, Not(HasSubstr("vtdirect undo")));
   });
 }
 
 TEST_P(BrokenAnswers, LetPutCheckInOrSayThatItDidNot) {
-  MissEveryAnswer({"put", "f", kForkPath, "--checkin"}, [this] {
+  MissEveryAnswer({"put", "f", forkPath, "--checkin"}, [this] {
     const bool isHeld = HolderOf("D1001") == "anna";
     EXPECT_TRUE(result_.status != 0 || !isHeld);
     EXPECT_TRUE(!isHeld || IsKept()) << Book();
@@ -143,9 +143,9 @@ TEST_P(BrokenAnswers, LetPutCheckInOrSayThatItDidNot) {
 TEST_P(BrokenAnswers, LetGetFetchTheWorkingCopyOrNothing) {
   for (const bool isElsewhere : {false, true}) {
     isElsewhere_ = isElsewhere;
-    MissEveryAnswer({"get", kForkPath, "-o", "-"}, [this] {
-      EXPECT_THAT(result_.out, AnyOf("", kStored));
-      EXPECT_EQ(result_.status == 0, result_.out == kStored);
+    MissEveryAnswer({"get", forkPath, "-o", "-"}, [this] {
+      EXPECT_THAT(result_.out, AnyOf("", stored));
+      EXPECT_EQ(result_.status == 0, result_.out == stored);
     });
   }
 }
@@ -161,7 +161,7 @@ TEST_P(BrokenAnswers, LetCheckoutsListTheWorkingCopyOrFail) {
 // The server refuses it, and then tells nothing of the document.
 TEST_P(BrokenAnswers, LetUndoSayThatItIsDoneOnlyOnceTheDocumentTellsIt) {
   bool isSent = false;
-  const ProcessResult result = RunWithout({"undo", kForkPath}, [&isSent](const WireRequest& request) {
+  const ProcessResult result = RunWithout({"undo", forkPath}, [&isSent](const WireRequest& request) {
     if (request.method == "POST") isSent = true;
     return isSent && request.target.find("csrf") == std::string::npos;
   });
@@ -174,8 +174,8 @@ TEST_P(BrokenAnswers, LetUndoSayThatItIsDoneOnlyOnceTheDocumentTellsIt) {
 // A check-in whose answer was lost and that was not done.
 TEST_P(BrokenAnswers, LetRecoverThrowNothingAway) {
   WriteHome(".local/state/vtdirect/journal",
-            "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(kForkPath) + "\t" +
-                uid_ + "\t\t\n",
+            "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(forkPath) + "\t" + uid_ +
+                "\t\t\n",
             0600);
   KeepBeginning();
   MissEveryAnswer({"recover"}, [this] {
@@ -186,9 +186,9 @@ TEST_P(BrokenAnswers, LetRecoverThrowNothingAway) {
 
 // The copy's own id is not found, and the document still says that the user has it checked out.
 TEST_F(RecoverOfAHeldDocument, ThrowsNothingAwayForOneAnswerThatTheCopyIsGone) {
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   WriteHome(".local/state/vtdirect/journal",
-            "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(kForkPath) + "\t" + uid +
+            "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(forkPath) + "\t" + uid +
                 "\t\t\n",
             0600);
   const std::string copy = uid.substr(uid.find("|D") + 1, uid.find("|T") - uid.find("|D") - 1);

@@ -39,11 +39,11 @@ testing::Matcher<std::string> IsNotKnown() {
   return AnyOf(HasSubstr("is not known"), HasSubstr("could not be found out"));
 }
 
-constexpr Flow kFlows[] = {
-    {"checkout", nullptr, "Checkout"},           {"checkin", kForkPath, "Checkin"},
-    {"checkin", kForkOnBench, "CheckinOnBench"}, {"undo", kForkPath, "Undo"},
-    {"undo", kForkOnBench, "UndoOnBench"},       {"verify", kForkPath, "Verify"},
-    {"verify", kForkOnBench, "VerifyOnBench"},   {"verify", kForkPath, "VerifyOfWhatIsGone", true}};
+constexpr Flow flows[] = {
+    {"checkout", nullptr, "Checkout"},          {"checkin", forkPath, "Checkin"},
+    {"checkin", forkOnBench, "CheckinOnBench"}, {"undo", forkPath, "Undo"},
+    {"undo", forkOnBench, "UndoOnBench"},       {"verify", forkPath, "Verify"},
+    {"verify", forkOnBench, "VerifyOnBench"},   {"verify", forkPath, "VerifyOfWhatIsGone", true}};
 
 // What goes wrong.
 struct Accident {
@@ -52,12 +52,12 @@ struct Accident {
 };
 
 // A sanitized program takes long to start, and each accident starts hundreds. The other build knows all four.
-constexpr Accident kAccidents[] = {{"503", "Refused"},
+constexpr Accident accidents[] = {{"503", "Refused"},
 #ifndef __SANITIZE_ADDRESS__
-                                   {"503*1", "RefusedOnce"},
-                                   {"drop*1", "NotAnswered"},
+                                  {"503*1", "RefusedOnce"},
+                                  {"drop*1", "NotAnswered"},
 #endif
-                                   {"cut:1*1", "DoneAndAnsweredInPart"}};
+                                  {"cut:1*1", "DoneAndAnsweredInPart"}};
 
 }  // namespace
 
@@ -83,7 +83,7 @@ class CheckoutFaults : public CheckoutTest, public testing::WithParamInterface<s
   }
 
   [[nodiscard]] std::string Address() const {
-    return flow_.checkedOutFrom == nullptr ? kForkPath : flow_.checkedOutFrom;
+    return flow_.checkedOutFrom == nullptr ? forkPath : flow_.checkedOutFrom;
   }
 
   [[nodiscard]] std::set<std::string> RequestsOfFlow() {
@@ -109,18 +109,18 @@ class CheckoutFaults : public CheckoutTest, public testing::WithParamInterface<s
     if (result.status == 0) {
       EXPECT_TRUE(held);
       EXPECT_THAT(Book(), HasSubstr("\t" + FirstLine(result.out) + "\t"));
-      EXPECT_EQ(Run({"verify", kForkPath}).out, result.out);
+      EXPECT_EQ(Run({"verify", forkPath}).out, result.out);
       return;
     }
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(Book(), AnyOf("", kBookHead));
+    EXPECT_THAT(Book(), AnyOf("", bookHead));
     if (result.status != 1) return;
     if (held) {
       EXPECT_THAT(result.err, AnyOf(HasSubstr("you have it checked out now"), IsNotKnown()));
     } else {
       EXPECT_THAT(result.err, AnyOf(HasSubstr("nothing was changed"), HasSubstr("may still be carried out"),
                                     IsNotKnown()));
-      EXPECT_EQ(Run({"checkout", kForkPath}).status, 0) << "the same command again";
+      EXPECT_EQ(Run({"checkout", forkPath}).status, 0) << "the same command again";
     }
   }
 
@@ -128,7 +128,7 @@ class CheckoutFaults : public CheckoutTest, public testing::WithParamInterface<s
     const bool held = !HolderOf("D1001").empty();
     if (result.status == 0) {
       EXPECT_FALSE(held);
-      EXPECT_EQ(Book(), kBookHead);
+      EXPECT_EQ(Book(), bookHead);
       EXPECT_EQ(Run({"uid", FirstLine(result.out)}).status, 0);
       EXPECT_EQ(Run({"checkout", FirstLine(result.out)}).status, 0) << "the UID is one to go on with";
       return;
@@ -149,12 +149,12 @@ class CheckoutFaults : public CheckoutTest, public testing::WithParamInterface<s
 
   // What has ended without an answer is put right by what the message says.
   void FollowAdvice() {
-    const bool undoneInTemporary = std::string(flow_.command) == "undo" && flow_.checkedOutFrom == kForkPath;
+    const bool undoneInTemporary = std::string(flow_.command) == "undo" && flow_.checkedOutFrom == forkPath;
     const ProcessResult result = Run({undoneInTemporary ? "undo" : "verify", uid_});
     EXPECT_EQ(result.status, undoneInTemporary ? 0 : 1) << result.err;
     EXPECT_EQ(HolderOf("D1001"), "");
-    EXPECT_EQ(Book(), kBookHead);
-    if (!undoneInTemporary && flow_.checkedOutFrom == kForkPath) {
+    EXPECT_EQ(Book(), bookHead);
+    if (!undoneInTemporary && flow_.checkedOutFrom == forkPath) {
       EXPECT_THAT(result.err, HasSubstr("\"vtdirect undo '" + uid_ + "'\" clears away"));
       EXPECT_EQ(Run({"undo", uid_}).status, 0);
     }
@@ -165,8 +165,8 @@ class CheckoutFaults : public CheckoutTest, public testing::WithParamInterface<s
   void ExpectTruthOfVerify(const ProcessResult& result) {
     const bool held = !HolderOf("D1001").empty();
     if (!flow_.isGone) {
-      EXPECT_EQ(Run({"verify", kForkPath}).out, uid_ + "\n") << "the very working copy";
-      EXPECT_EQ(TemporaryWorkspaces(), flow_.checkedOutFrom == kForkPath ? 1U : 0U);
+      EXPECT_EQ(Run({"verify", forkPath}).out, uid_ + "\n") << "the very working copy";
+      EXPECT_EQ(TemporaryWorkspaces(), flow_.checkedOutFrom == forkPath ? 1U : 0U);
     }
     if (result.status != 0) {
       EXPECT_TRUE(!held || Book().find("\t" + uid_ + "\t") != std::string::npos) << "nothing is forgotten";
@@ -189,7 +189,7 @@ class CheckoutFaults : public CheckoutTest, public testing::WithParamInterface<s
 };
 
 INSTANTIATE_TEST_SUITE_P(Flows, CheckoutFaults,
-                         testing::Combine(testing::ValuesIn(kFlows), testing::ValuesIn(kAccidents)),
+                         testing::Combine(testing::ValuesIn(flows), testing::ValuesIn(accidents)),
                          [](const auto& test) {
                            return std::string(std::get<0>(test.param).name) + std::get<1>(test.param).name;
                          });
@@ -237,7 +237,7 @@ class CheckoutFailure : public CheckoutTest {
     return fault.ends_with("=409") || fault.ends_with("=500");
   }
 
-  const std::string path_ = kForkPath;
+  const std::string path_ = forkPath;
   const std::string recover_ = "; \"vtdirect recover\" asks again, before the same command is given again\n";
 };
 
@@ -288,18 +288,18 @@ TEST_F(CheckoutFailure, OfACheckInOrAnUndoSaysThatTheWorkingCopyStays) {
 }
 
 TEST_F(CheckoutFailure, OfACheckInWhoseAnswerIsLostSaysThatItMayHaveBeenDone) {
-  for (const char* address : {kForkOnBench, kForkPath}) {
+  for (const char* address : {forkOnBench, forkPath}) {
     const std::string uid = CheckOut(address);
     EXPECT_THAT(
         Fail({"POST *checkin=cut:1"}, {"checkin", address}),
         testing::EndsWith("; its working copy is not there any more, so the check-in may have been done, and "
                           "only the answer lost; \"vtdirect verify '" +
-                          uid + "'\" tells what stands\n"));
+                          uid + "'\" tells the state of the checkout\n"));
     EXPECT_EQ(HolderOf("D1001"), "");
     EXPECT_THAT(Book(), HasSubstr("\t" + uid + "\t"));
     EXPECT_EQ(Run({"verify", uid}).out, Run({"uid", address}).out);
-    EXPECT_EQ(Book(), kBookHead);
-    if (address == kForkPath) {
+    EXPECT_EQ(Book(), bookHead);
+    if (address == forkPath) {
       EXPECT_EQ(Run({"undo", uid}).status, 0);
     }
     EXPECT_EQ(TemporaryWorkspaces(), 0U);
@@ -311,7 +311,7 @@ TEST_F(CheckoutFailure, OfAnUndoInATemporaryWorkspaceIsNoneOnceThatIsGone) {
   Restart({"--fault", "POST *undocheckout=500"});
   EXPECT_EQ(Run({"undo", path_}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
   EXPECT_EQ(HolderOf("D1001"), "");
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
 }
 
 TEST_F(CheckoutFailure, IsNoneWhenOnlyTheTemporaryWorkspaceStays) {
@@ -325,7 +325,7 @@ TEST_F(CheckoutFailure, IsNoneWhenOnlyTheTemporaryWorkspaceStays) {
       ContainsRegex(
           "warning: the temporary workspace could not be deleted .*HTTP 500.*; it may stay on the server, at "
           "http://.*/workspaces/W[0-9]+/"));
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
 }
 
 TEST_F(CheckoutFailure, IsWarnedOfWhereTheAnswerNamesNoDocument) {
@@ -357,9 +357,9 @@ class CheckoutInterrupted : public CheckoutTest {
   }
 };
 
-TEST_F(CheckoutInterrupted, TellsHowToFindOutWhatStands) {
+TEST_F(CheckoutInterrupted, TellsHowToFindOutState) {
   Serve();
-  const std::string path = kForkPath;
+  const std::string path = forkPath;
   EXPECT_EQ(InterruptAt("POST *checkout", {"checkout", path}),
             "vtdirect: interrupted; whether " + path + " is checked out is not known; \"vtdirect status '" +
                 path + "'\" tells\n");
@@ -368,7 +368,8 @@ TEST_F(CheckoutInterrupted, TellsHowToFindOutWhatStands) {
   const std::string uid = CheckOut(path);
   EXPECT_EQ(InterruptAt("POST *checkin", {"checkin", path}),
             "vtdirect: interrupted; whether the checkout of " + path +
-                " has ended is not known; \"vtdirect verify '" + uid + "'\" tells what stands\n");
+                " has ended is not known; \"vtdirect verify '" + uid +
+                "'\" tells the state of the checkout\n");
   EXPECT_EQ(Run({"recover"}).status, 0);
   EXPECT_EQ(InterruptAt("POST *undocheckout", {"undo", path}),
             "vtdirect: interrupted; whether the checkout of " + path +

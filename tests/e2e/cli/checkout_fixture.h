@@ -8,11 +8,11 @@
 namespace vtdirect_test {
 
 /// The demo's D1001, by its path, and by its path in a workspace of anna's.
-inline constexpr const char* kForkPath = "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
-inline constexpr const char* kForkOnBench = "//sim/Products/Trekking Bike/Workspaces/Anna's bench/fork.lxz";
+inline constexpr const char* forkPath = "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
+inline constexpr const char* forkOnBench = "//sim/Products/Trekking Bike/Workspaces/Anna's bench/fork.lxz";
 
 /// The first line of the file that keeps checkouts.
-inline constexpr const char* kBookHead = "vtdirect-checkouts 1\n";
+inline constexpr const char* bookHead = "vtdirect-checkouts 1\n";
 
 /// Checks documents out, and looks at what the server holds and what is kept afterwards.
 class CheckoutTest : public VtDirect {

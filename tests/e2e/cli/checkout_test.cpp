@@ -27,13 +27,13 @@ class CheckoutOfADocument : public CheckoutTest {
 };
 
 TEST_F(CheckoutOfADocument, PrintsAndKeepsTheUidOfTheWorkingCopy) {
-  const ProcessResult result = Run({"checkout", kForkPath});
+  const ProcessResult result = Run({"checkout", forkPath});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.out, MatchesRegex(TemporaryUid("D1001", "fork.lxz") + "\n"));
-  EXPECT_EQ(result.err, "vtdirect: checked out " + std::string(kForkPath) +
+  EXPECT_EQ(result.err, "vtdirect: checked out " + std::string(forkPath) +
                             "; put, checkin and undo find its working copy by this address as well\n");
   const std::string uid = result.out.substr(0, result.out.size() - 1);
-  EXPECT_EQ(Book().substr(0, Book().rfind('\t')), kBookHead + Fork() + "\t" + uid + "\tfork.lxz\tanna");
+  EXPECT_EQ(Book().substr(0, Book().rfind('\t')), bookHead + Fork() + "\t" + uid + "\tfork.lxz\tanna");
   EXPECT_THAT(Book().substr(Book().rfind('\t')),
               MatchesRegex("\t20[0-9]{2}-[01][0-9]-[0-3][0-9]T[0-2][0-9]:[0-5][0-9]:[0-5][0-9]Z\n"));
   struct stat facts = {};
@@ -45,73 +45,73 @@ TEST_F(CheckoutOfADocument, PrintsAndKeepsTheUidOfTheWorkingCopy) {
 
 TEST_F(CheckoutOfADocument, EndsInACheckInByTheDocumentsAddress) {
   for (int round = 0; round < 3; ++round) {
-    const std::string line = Run({"uid", kForkPath}).out;
+    const std::string line = Run({"uid", forkPath}).out;
     const std::string document = line.substr(0, line.find('\n'));
     const std::string bare = document.substr(0, document.find('&'));
-    CheckOut(kForkPath);
-    const ProcessResult result = Run({"checkin", round == 0 ? kForkPath : round == 1 ? document : bare});
+    CheckOut(forkPath);
+    const ProcessResult result = Run({"checkin", round == 0 ? forkPath : round == 1 ? document : bare});
     EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.out, Run({"uid", kForkPath}).out);
-    EXPECT_EQ(Book(), kBookHead);
+    EXPECT_EQ(result.out, Run({"uid", forkPath}).out);
+    EXPECT_EQ(Book(), bookHead);
     EXPECT_EQ(TemporaryWorkspaces(), 0U);
   }
   EXPECT_EQ(HolderOf("D1001"), "");
-  EXPECT_THAT(Run({"status", kForkPath}).out, HasSubstr("up-to-date\tB.4\tB.4\tnone\t"));
+  EXPECT_THAT(Run({"status", forkPath}).out, HasSubstr("up-to-date\tB.4\tB.4\tnone\t"));
 }
 
 TEST_F(CheckoutOfADocument, TellsTheVersionThatACheckInHasMade) {
-  CheckOut(kForkPath);
-  const ProcessResult result = Run({"checkin", kForkPath});
-  EXPECT_EQ(result.err, "vtdirect: checked in " + std::string(kForkPath) + "; it is version B.2 now\n");
+  CheckOut(forkPath);
+  const ProcessResult result = Run({"checkin", forkPath});
+  EXPECT_EQ(result.err, "vtdirect: checked in " + std::string(forkPath) + "; it is version B.2 now\n");
   EXPECT_THAT(Run({"status", server().Uid("D1001")}).out, HasSubstr("outdated\tB.1\tB.2\t"));
 }
 
 TEST_F(CheckoutOfADocument, EndsInAnUndoThatLeavesTheDocumentAsItWas) {
-  for (const std::string& address : {std::string(kForkPath), Fork(), server().Uid("D1001")}) {
-    CheckOut(kForkPath);
+  for (const std::string& address : {std::string(forkPath), Fork(), server().Uid("D1001")}) {
+    CheckOut(forkPath);
     const ProcessResult result = Run({"undo", address});
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(result.out, Fork() + "\n");
     EXPECT_EQ(result.err, "vtdirect: undid the checkout of " + address + "; it is version B.1 now\n");
-    EXPECT_EQ(Book(), kBookHead);
+    EXPECT_EQ(Book(), bookHead);
     EXPECT_EQ(HolderOf("D1001"), "");
     EXPECT_EQ(TemporaryWorkspaces(), 0U);
   }
 }
 
 TEST_F(CheckoutOfADocument, EndsByTheUidOfItsWorkingCopyWithoutWhatIsKeptToo) {
-  const std::string first = CheckOut(kForkPath);
+  const std::string first = CheckOut(forkPath);
   EXPECT_EQ(RunElsewhere({"undo", first}).out, Fork() + "\n");
   EXPECT_EQ(HolderOf("D1001"), "");
-  const std::string second = CheckOut(kForkPath);
+  const std::string second = CheckOut(forkPath);
   const ProcessResult result = RunElsewhere({"checkin", second});
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_THAT(Run({"status", kForkPath}).out, HasSubstr("up-to-date\tB.2\tB.2\tnone\t"));
+  EXPECT_THAT(Run({"status", forkPath}).out, HasSubstr("up-to-date\tB.2\tB.2\tnone\t"));
 }
 
 TEST_F(CheckoutOfADocument, GoesToAWorkspaceOfOnesOwnByThePathThere) {
-  const std::string uid = CheckOut(kForkOnBench);
+  const std::string uid = CheckOut(forkOnBench);
   EXPECT_THAT(uid, MatchesRegex("korvufenloom-vt://" + server().authority() +
                                 "/\\?id=D[0-9]+\\|W301&file=/fork.lxz"));
   EXPECT_EQ(HolderOf("D1001"), "anna");
   EXPECT_EQ(TemporaryWorkspaces(), 0U);
   EXPECT_THAT(Book(), HasSubstr("\t" + uid + "\tfork.lxz\tanna\t"));
 
-  const ProcessResult result = Run({"checkin", kForkPath});
+  const ProcessResult result = Run({"checkin", forkPath});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.out, MatchesRegex("korvufenloom-vt://" + server().authority() +
                                        "/\\?id=D[0-9]+\\|W301&file=/fork.lxz\n"));
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
   EXPECT_EQ(HolderOf("D1001"), "");
-  EXPECT_THAT(Run({"status", kForkPath}).out, HasSubstr("\tB.2\tB.2\t"));
+  EXPECT_THAT(Run({"status", forkPath}).out, HasSubstr("\tB.2\tB.2\t"));
 }
 
 TEST_F(CheckoutOfADocument, InAWorkspaceOfOnesOwnIsUndoneThere) {
-  CheckOut(kForkOnBench);
-  const ProcessResult result = Run({"undo", kForkOnBench});
+  CheckOut(forkOnBench);
+  const ProcessResult result = Run({"undo", forkOnBench});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(result.out, server().Uid("D1001|W301") + "&file=/fork.lxz\n");
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
   EXPECT_EQ(HolderOf("D1001"), "");
 }
 
@@ -124,9 +124,9 @@ TEST_F(CheckoutOfADocument, ThatWasMadeByOtherMeansEndsByTheIdOfItsWorkingCopy) 
 }
 
 TEST_F(CheckoutOfADocument, ThatOneHasAlreadyTellsItsWorkingCopy) {
-  const std::string uid = CheckOut(kForkPath);
-  const ProcessResult result = Refuse({"checkout", kForkPath});
-  EXPECT_EQ(result.err, "vtdirect: you have " + std::string(kForkPath) +
+  const std::string uid = CheckOut(forkPath);
+  const ProcessResult result = Refuse({"checkout", forkPath});
+  EXPECT_EQ(result.err, "vtdirect: you have " + std::string(forkPath) +
                             " checked out already; its working copy is " + uid +
                             "; nothing was changed; go on with that, or \"vtdirect undo '" + uid +
                             "'\" gives it up\n");
@@ -145,7 +145,7 @@ TEST_F(CheckoutOfADocument, IsRefusedForAnOlderIterationWithTheNewest) {
 }
 
 TEST_F(CheckoutOfADocument, IsRefusedForTheUidOfAWorkingCopyThatIsGone) {
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   ASSERT_EQ(RunElsewhere({"undo", uid}).status, 0);
   EXPECT_THAT(Refuse({"checkout", uid}).err, HasSubstr("does not stand any more; nothing was changed; "
                                                        "\"vtdirect verify '" +
@@ -171,8 +171,8 @@ TEST_F(CheckoutOfADocument, IsRefusedWhereThereIsNone) {
 
 TEST_F(CheckoutOfADocument, CannotEndWhereThereIsNone) {
   for (const char* command : {"checkin", "undo"}) {
-    EXPECT_EQ(Refuse({command, kForkPath}).err,
-              "vtdirect: " + std::string(kForkPath) + " is not checked out; nothing was changed\n");
+    EXPECT_EQ(Refuse({command, forkPath}).err,
+              "vtdirect: " + std::string(forkPath) + " is not checked out; nothing was changed\n");
     EXPECT_THAT(
         Refuse({command, server().Uid("D1016")}).err,
         HasSubstr("checked out, but its working copy is not kept here; nothing was changed; give the UID "
@@ -196,24 +196,24 @@ TEST_F(CheckoutOfADocument, NeitherBeginsNorEndsByAPathWhereTheDocumentDoesNotSt
 }
 
 TEST_F(CheckoutOfADocument, UndoesNothingOfWhatWasCheckedIn) {
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   ASSERT_EQ(RunElsewhere({"checkin", uid}).status, 0);
-  const std::string newest = Run({"uid", kForkPath}).out;
+  const std::string newest = Run({"uid", forkPath}).out;
   for (int times = 0; times < 2; ++times) {
     const ProcessResult result = Run({"undo", uid});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.out, newest);
     EXPECT_EQ(result.err, "vtdirect: the checkout of " + uid +
                               " had ended before, and nothing was undone; it is version B.2 now\n");
-    EXPECT_EQ(Book(), kBookHead);
+    EXPECT_EQ(Book(), bookHead);
   }
   EXPECT_THAT(Run({"--json", "undo", uid}).out, HasSubstr("\"had_ended\":true"));
 }
 
 TEST_F(CheckoutOfADocument, IsNotUndoneByTheUidOfTheOneBefore) {
-  const std::string first = CheckOut(kForkPath);
+  const std::string first = CheckOut(forkPath);
   ASSERT_EQ(Run({"checkin", first}).status, 0);
-  const std::string second = CheckOut(kForkPath);
+  const std::string second = CheckOut(forkPath);
   const ProcessResult result = RunElsewhere({"undo", first});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.err, HasSubstr(" had ended before, and nothing was undone"));
@@ -229,13 +229,13 @@ TEST_F(CheckoutOfADocument, HasAnOddNameAllTheWay) {
   EXPECT_THAT(Run({"checkouts"}).out, HasSubstr("\tanna\t" + name + "\t" + uid + "\n"));
   EXPECT_EQ(Run({"verify", path}).out, uid + "\n");
   EXPECT_EQ(Run({"checkin", path}).status, 0);
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
 
   const std::string umlauts = "//sim/Products/Trekking Bike/Folders/Größen & Maße/Größentabelle Rahmen.lxz";
   CheckOut(umlauts);
   EXPECT_THAT(Run({"checkouts"}).out, HasSubstr("\tanna\tGrößentabelle Rahmen.lxz\t"));
   EXPECT_EQ(Run({"undo", umlauts}).status, 0);
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
 }
 
 class CheckoutInEachGeneration : public CheckoutTest, public testing::WithParamInterface<const char*> {};
@@ -245,15 +245,15 @@ INSTANTIATE_TEST_SUITE_P(Generations, CheckoutInEachGeneration,
 
 TEST_P(CheckoutInEachGeneration, IsFoundByPathAndUidUntilItEnds) {
   Serve({"--generation", GetParam()});
-  const std::string uid = CheckOut(kForkPath);
-  EXPECT_EQ(Run({"verify", kForkPath}).out, uid + "\n");
+  const std::string uid = CheckOut(forkPath);
+  EXPECT_EQ(Run({"verify", forkPath}).out, uid + "\n");
   EXPECT_EQ(Run({"verify", server().Uid("D1001")}).out, uid + "\n");
   EXPECT_EQ(Run({"verify", uid}).out, uid + "\n");
-  EXPECT_EQ(Run({"undo", kForkPath}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
-  CheckOut(kForkPath);
-  EXPECT_EQ(Run({"checkin", kForkPath}).status, 0);
-  EXPECT_EQ(Book(), kBookHead);
-  EXPECT_THAT(Run({"status", kForkPath}).out, HasSubstr("up-to-date\tB.2\tB.2\tnone\t"));
+  EXPECT_EQ(Run({"undo", forkPath}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  CheckOut(forkPath);
+  EXPECT_EQ(Run({"checkin", forkPath}).status, 0);
+  EXPECT_EQ(Book(), bookHead);
+  EXPECT_THAT(Run({"status", forkPath}).out, HasSubstr("up-to-date\tB.2\tB.2\tnone\t"));
 }
 
 }  // namespace vtdirect_test

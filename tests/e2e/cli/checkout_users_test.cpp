@@ -35,8 +35,8 @@ class CheckoutByTwo : public CheckoutTest {
 };
 
 TEST_F(CheckoutByTwo, IsRefusedToOneWhileTheOtherHasIt) {
-  const std::string uid = CheckOutAs("anna", kForkPath);
-  const std::string path = kForkPath;
+  const std::string uid = CheckOutAs("anna", forkPath);
+  const std::string path = forkPath;
   ExpectRefused("bruno", {"checkout", path},
                 path +
                     " is checked out by anna; nothing was changed; it can be checked out when that checkout "
@@ -52,63 +52,63 @@ TEST_F(CheckoutByTwo, IsRefusedToOneWhileTheOtherHasIt) {
 }
 
 TEST_F(CheckoutByTwo, ShowsTheOtherWhoHoldsIt) {
-  CheckOutAs("anna", kForkPath);
-  EXPECT_EQ(RunAs("bruno", {"status", kForkPath}).out,
-            "up-to-date\tB.1\tB.1\tby-other (anna)\t" + std::string(kForkPath) + "\n");
-  const ProcessResult verify = RunAs("bruno", {"verify", kForkPath});
+  CheckOutAs("anna", forkPath);
+  EXPECT_EQ(RunAs("bruno", {"status", forkPath}).out,
+            "up-to-date\tB.1\tB.1\tby-other (anna)\t" + std::string(forkPath) + "\n");
+  const ProcessResult verify = RunAs("bruno", {"verify", forkPath});
   EXPECT_EQ(verify.status, 1);
   EXPECT_EQ(verify.out, server().Uid("D1001") + "&file=/fork.lxz\n");
-  EXPECT_EQ(verify.err, "vtdirect: " + std::string(kForkPath) + " is checked out by anna\n");
+  EXPECT_EQ(verify.err, "vtdirect: " + std::string(forkPath) + " is checked out by anna\n");
 }
 
 TEST_F(CheckoutByTwo, GoesFromOneToTheOther) {
-  CheckOutAs("anna", kForkPath);
-  ASSERT_EQ(RunAs("anna", {"checkin", kForkPath}).status, 0);
-  EXPECT_THAT(RunAs("bruno", {"status", kForkPath}).out, HasSubstr("up-to-date\tB.2\tB.2\tnone\t"));
-  CheckOutAs("bruno", kForkPath);
-  EXPECT_EQ(RunAs("anna", {"checkout", kForkPath}).status, 1);
-  ASSERT_EQ(RunAs("bruno", {"undo", kForkPath}).status, 0);
-  EXPECT_THAT(RunAs("anna", {"status", kForkPath}).out, HasSubstr("up-to-date\tB.2\tB.2\tnone\t"));
-  CheckOutAs("anna", kForkPath);
+  CheckOutAs("anna", forkPath);
+  ASSERT_EQ(RunAs("anna", {"checkin", forkPath}).status, 0);
+  EXPECT_THAT(RunAs("bruno", {"status", forkPath}).out, HasSubstr("up-to-date\tB.2\tB.2\tnone\t"));
+  CheckOutAs("bruno", forkPath);
+  EXPECT_EQ(RunAs("anna", {"checkout", forkPath}).status, 1);
+  ASSERT_EQ(RunAs("bruno", {"undo", forkPath}).status, 0);
+  EXPECT_THAT(RunAs("anna", {"status", forkPath}).out, HasSubstr("up-to-date\tB.2\tB.2\tnone\t"));
+  CheckOutAs("anna", forkPath);
 }
 
 TEST_F(CheckoutByTwo, IsNotTakenForGoneByTheOtherInOneHome) {
   oneHome_ = true;
-  const std::string uid = CheckOutAs("anna", kForkPath);
+  const std::string uid = CheckOutAs("anna", forkPath);
   const std::string before = Book();
   EXPECT_NE(before, "");
-  const ProcessResult verify = RunAs("bruno", {"verify", kForkPath});
+  const ProcessResult verify = RunAs("bruno", {"verify", forkPath});
   EXPECT_EQ(verify.status, 1);
   EXPECT_EQ(verify.out, "");
   EXPECT_THAT(verify.err, HasSubstr("is kept for anna, and you are somebody else at the server"));
   for (const char* command : {"checkin", "undo", "checkout"}) {
-    EXPECT_THAT(RunAs("bruno", {command, kForkPath}).err, HasSubstr("is checked out by anna")) << command;
+    EXPECT_THAT(RunAs("bruno", {command, forkPath}).err, HasSubstr("is checked out by anna")) << command;
   }
   EXPECT_EQ(Book(), before);
-  EXPECT_EQ(RunAs("anna", {"verify", kForkPath}).out, uid + "\n");
+  EXPECT_EQ(RunAs("anna", {"verify", forkPath}).out, uid + "\n");
 }
 
 TEST_F(CheckoutByTwo, IsDroppedWhenTheOtherHasTakenItOver) {
-  const std::string uid = CheckOutAs("anna", kForkPath);
+  const std::string uid = CheckOutAs("anna", forkPath);
   oneHome_ = true;
   environment_["XDG_STATE_HOME"] = Home("elsewhere");
   ASSERT_EQ(RunAs("anna", {"undo", uid}).status, 0);
   oneHome_ = false;
-  const std::string brunos = CheckOutAs("bruno", kForkPath);
+  const std::string brunos = CheckOutAs("bruno", forkPath);
 
-  const ProcessResult verify = RunAs("anna", {"verify", kForkPath});
+  const ProcessResult verify = RunAs("anna", {"verify", forkPath});
   EXPECT_EQ(verify.status, 1);
   EXPECT_EQ(verify.out, server().Uid("D1001") + "&file=/fork.lxz\n");
   EXPECT_EQ(verify.err,
-            "vtdirect: " + std::string(kForkPath) +
+            "vtdirect: " + std::string(forkPath) +
                 " is checked out by bruno; the checkout that was kept does not stand any more, and "
                 "is dropped\n");
   EXPECT_EQ(RunAs("anna", {"checkouts"}).out, "");
-  EXPECT_EQ(RunAs("bruno", {"verify", kForkPath}).out, brunos + "\n");
+  EXPECT_EQ(RunAs("bruno", {"verify", forkPath}).out, brunos + "\n");
 }
 
 TEST_F(CheckoutByTwo, IsShownByTheServerToItsHolderAlone) {
-  const std::string uid = CheckOutAs("anna", kForkPath);
+  const std::string uid = CheckOutAs("anna", forkPath);
   EXPECT_THAT(RunAs("anna", {"checkouts", "--on", "sim"}).out, HasSubstr(uid));
   const ProcessResult brunos = RunAs("bruno", {"checkouts", "--on", "sim"});
   EXPECT_EQ(brunos.status, 0) << brunos.err;
@@ -117,7 +117,7 @@ TEST_F(CheckoutByTwo, IsShownByTheServerToItsHolderAlone) {
 
 TEST_F(CheckoutByTwo, AsksForCredentialsFirst) {
   for (const char* command : {"checkout", "checkin", "undo", "verify"}) {
-    const ProcessResult result = Run({"--no-prompt", command, kForkPath});
+    const ProcessResult result = Run({"--no-prompt", command, forkPath});
     EXPECT_EQ(result.status, 4) << command;
     EXPECT_EQ(result.out, "");
   }

@@ -30,7 +30,7 @@ std::string LineOf(int number) {
 class Checkouts : public CheckoutTest {
  protected:
   void WriteBook(const std::string& lines) {
-    WriteHome(".local/state/vtdirect/checkouts", kBookHead + lines, 0600);
+    WriteHome(".local/state/vtdirect/checkouts", bookHead + lines, 0600);
   }
 
   [[nodiscard]] std::string NamesBesideTheBook() const {
@@ -45,7 +45,7 @@ class Checkouts : public CheckoutTest {
 
   // A checkout is one all the same when it can't be kept; its UID is told twice.
   std::string ExpectUnkept(const std::string& why) {
-    const ProcessResult result = Run({"checkout", kForkPath});
+    const ProcessResult result = Run({"checkout", forkPath});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, testing::MatchesRegex(TemporaryUid("D1001", "fork.lxz") + "\n"));
     const std::string uid = result.out.substr(0, result.out.find('\n'));
@@ -85,7 +85,7 @@ TEST_F(Checkouts, AreNoneAtFirst) {
 TEST_F(Checkouts, AreFoundInTheStateDirectoryThatTheEnvironmentNames) {
   Serve();
   environment_["XDG_STATE_HOME"] = Home("state");
-  CheckOut(kForkPath);
+  CheckOut(forkPath);
   EXPECT_THAT(ReadFile(Home("state/vtdirect/checkouts")), HasSubstr("D1001"));
   EXPECT_FALSE(std::filesystem::exists(Home(".local")));
 }
@@ -95,26 +95,25 @@ TEST_F(Checkouts, AreForgottenByEitherUidWithoutTheServer) {
   const ProcessResult result = Run({"checkouts", "--forget", UidOf(1)});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, WorkingCopyOf(1) + "\n");
-  EXPECT_EQ(result.err,
-            "vtdirect: forgotten; the server was not told of it, and a checkout that stands there stays\n");
+  EXPECT_EQ(result.err, "vtdirect: forgotten; the server was not told of it, and a checkout there stays\n");
   EXPECT_EQ(Run({"checkouts", "--forget", WorkingCopyOf(3)}).status, 0);
-  EXPECT_EQ(Book(), kBookHead + LineOf(2));
+  EXPECT_EQ(Book(), bookHead + LineOf(2));
   const ProcessResult missing = Run({"checkouts", "--forget", UidOf(4)});
   EXPECT_EQ(missing.status, 6);
   EXPECT_THAT(missing.err, HasSubstr("no checkout of " + UidOf(4) + " is kept"));
-  EXPECT_EQ(Book(), kBookHead + LineOf(2));
+  EXPECT_EQ(Book(), bookHead + LineOf(2));
 }
 
 TEST_F(Checkouts, LoseNothingToManyRunsAtOnce) {
-  constexpr int kAll = 16;
+  constexpr int checkoutCount = 16;
   std::string lines;
-  for (int i = 1; i <= kAll; ++i) lines += LineOf(i);
+  for (int i = 1; i <= checkoutCount; ++i) lines += LineOf(i);
   WriteBook(lines);
   std::vector<std::unique_ptr<Process>> runs;
-  for (int i = 1; i <= kAll; i += 2) runs.push_back(Start({"checkouts", "--forget", UidOf(i)}));
+  for (int i = 1; i <= checkoutCount; i += 2) runs.push_back(Start({"checkouts", "--forget", UidOf(i)}));
   for (const auto& run : runs) EXPECT_EQ(run->Wait().status, 0);
-  std::string rest = kBookHead;
-  for (int i = 2; i <= kAll; i += 2) rest += LineOf(i);
+  std::string rest = bookHead;
+  for (int i = 2; i <= checkoutCount; i += 2) rest += LineOf(i);
   EXPECT_EQ(Book(), rest);
 }
 
@@ -132,12 +131,12 @@ TEST_F(Checkouts, KeepBrokenLinesAndSaySo) {
   EXPECT_THAT(listed.out, HasSubstr(WorkingCopyOf(1)));
   EXPECT_EQ(listed.err, "vtdirect: warning: " + BookPath() +
                             " holds lines that are no checkouts, and stay as they are: 2\n");
-  const std::string uid = CheckOut(kForkPath);
-  EXPECT_THAT(Book(), testing::StartsWith(kBookHead + ("not a checkout\n" + LineOf(1))));
-  const ProcessResult undone = Run({"undo", kForkPath});
+  const std::string uid = CheckOut(forkPath);
+  EXPECT_THAT(Book(), testing::StartsWith(bookHead + ("not a checkout\n" + LineOf(1))));
+  const ProcessResult undone = Run({"undo", forkPath});
   EXPECT_EQ(undone.status, 0);
   EXPECT_THAT(undone.err, HasSubstr("warning: " + BookPath() + " holds lines that are no checkouts"));
-  EXPECT_EQ(Book(), kBookHead + ("not a checkout\n" + LineOf(1)));
+  EXPECT_EQ(Book(), bookHead + ("not a checkout\n" + LineOf(1)));
 }
 
 TEST_F(Checkouts, OfAnotherReleaseAreLeftAlone) {
@@ -176,7 +175,7 @@ TEST_F(Checkouts, OnAFullDiskStayAsTheyWere) {
   // What is printed fits, and the book doesn't.
   fileSizeLimit_ = lines.size() - 1000;
   ExpectUnkept("cannot write " + BookPath() + ": File too large");
-  EXPECT_EQ(Book(), kBookHead + lines);
+  EXPECT_EQ(Book(), bookHead + lines);
   EXPECT_EQ(NamesBesideTheBook(), "checkouts checkouts.lock journal journal.lock ");
 }
 
@@ -190,8 +189,8 @@ TEST_F(Checkouts, ThatCannotBeReadAreNotReplaced) {
 
 TEST_F(Checkouts, LeaveNothingBesideTheirFile) {
   Serve();
-  CheckOut(kForkPath);
-  ASSERT_EQ(Run({"undo", kForkPath}).status, 0);
+  CheckOut(forkPath);
+  ASSERT_EQ(Run({"undo", forkPath}).status, 0);
   EXPECT_EQ(NamesBesideTheBook(), "checkouts checkouts.lock journal journal.lock ");
   EXPECT_THAT(HereNames(), IsEmpty());
 }

@@ -114,7 +114,7 @@ TEST_F(VtDirect, DescribesADocument) {
                                      "\nexists: yes\nkind: document\nuid: " + server().Uid("D1001") +
                                      "&file=/fork.lxz\ntitle: Fork\nnumber: 0000100001\nname: "
                                      "fork.lxz\nversion: B.1\nlatest_version: B.1\n"));
-  EXPECT_THAT(result.out, HasSubstr("\ncontent_url: http://" + server().authority() + kForkContent + "\n"));
+  EXPECT_THAT(result.out, HasSubstr("\ncontent_url: http://" + server().authority() + forkContent + "\n"));
 }
 
 TEST_F(VtDirect, DescribesADocumentAsJson) {

@@ -57,7 +57,7 @@ TEST_F(Completion, OfBashOffersCommandsOptionsNicknamesAndWhatAFolderHolds) {
   EXPECT_EQ(InBash("vtdirect get //", 2), "//plm/\n");
   EXPECT_EQ(InBash("vtdirect get '//plm/Products/Trek'", 2), "//plm/Products/Trekking Bike/\n");
   EXPECT_EQ(InBash("vtdirect get '//plm/Products/Trekking Bike/Folders/Frame/fo'", 2),
-            std::string("//plm") + (kForkPath + 5) + "\n");
+            std::string("//plm") + (forkPath + 5) + "\n");
 }
 
 TEST_F(Completion, OfBashOffersLocalFilesWhereACommandTakesThem) {

@@ -14,7 +14,7 @@ using testing::Not;
 namespace vtdirect_test {
 namespace {
 
-constexpr const char* kEdited = "edited\n";
+constexpr const char* edited = "edited\n";
 
 }  // namespace
 
@@ -44,18 +44,18 @@ class Edit : public AccidentTest {
     return contents;
   }
 
-  [[nodiscard]] std::string Newest() { return Run({"get", kForkPath, "-o", "-"}).out; }
+  [[nodiscard]] std::string Newest() { return Run({"get", forkPath, "-o", "-"}).out; }
 };
 
 TEST_F(Edit, StoresWhatWasEditedAndChecksItIn) {
-  const ProcessResult result = Run({"edit", kForkPath});
+  const ProcessResult result = Run({"edit", forkPath});
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(Newest(), kEdited);
+  EXPECT_EQ(Newest(), edited);
   EXPECT_EQ(HolderOf("D1001"), "");
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
   EXPECT_EQ(TemporaryWorkspaces(), 0U);
-  EXPECT_EQ(result.out, Run({"uid", kForkPath}).out);
-  EXPECT_THAT(result.err, HasSubstr("stored and checked in " + std::string(kForkPath)));
+  EXPECT_EQ(result.out, Run({"uid", forkPath}).out);
+  EXPECT_THAT(result.err, HasSubstr("stored and checked in " + std::string(forkPath)));
   EXPECT_TRUE(std::filesystem::is_empty(Home(".local/state/vtdirect/edits")));
   EXPECT_THAT(KeptContents(), IsEmpty());
 }
@@ -68,15 +68,15 @@ TEST_F(Edit, SaysThatTheMetadataGoesAndStoresWhatItIsGiven) {
     }
     return files;
   };
-  const ProcessResult plain = Run({"edit", kForkPath});
+  const ProcessResult plain = Run({"edit", forkPath});
   EXPECT_EQ(plain.status, 0) << plain.err;
   EXPECT_THAT(plain.err,
-              HasSubstr("warning: if " + std::string(kForkPath) +
+              HasSubstr("warning: if " + std::string(forkPath) +
                         " has metadata, the version that this edit makes has none; --metadata FILE"));
   EXPECT_EQ(metadataIn(plain), "");
   UseEditor("printf 'edited again\\n' > \"$1\"");
   WriteFile(Here("metadata.json"), "{}");
-  const ProcessResult kept = Run({"edit", kForkPath, "--metadata", "metadata.json"});
+  const ProcessResult kept = Run({"edit", forkPath, "--metadata", "metadata.json"});
   EXPECT_EQ(kept.status, 0) << kept.err;
   EXPECT_THAT(kept.err, Not(HasSubstr("warning")));
   EXPECT_EQ(metadataIn(kept), "cad-metadata.json");
@@ -84,16 +84,16 @@ TEST_F(Edit, SaysThatTheMetadataGoesAndStoresWhatItIsGiven) {
 
 TEST_F(Edit, SaysNothingOfMetadataWhereTheServerTakesNone) {
   Restart({"--fault", "GET *GetHVDFeatures()=status:200:{\"value\":[]}"});
-  const ProcessResult result = Run({"edit", kForkPath});
+  const ProcessResult result = Run({"edit", forkPath});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.err, Not(HasSubstr("metadata")));
 }
 
 TEST_F(Edit, TellsWhetherItCouldAndChangesNothing) {
   environment_.erase("VISUAL");
-  const ProcessResult result = Run({"edit", "--dry-run", kForkPath});
+  const ProcessResult result = Run({"edit", "--dry-run", forkPath});
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.out, "would edit\t" + std::string(kForkPath) + "\n");
+  EXPECT_EQ(result.out, "would edit\t" + std::string(forkPath) + "\n");
   EXPECT_EQ(HolderOf("D1001"), "");
   EXPECT_FALSE(std::filesystem::exists(Home(".local/state/vtdirect/edits")));
   EXPECT_EQ(Run({"edit", "--dry-run", "//sim/?id=D4711"}).status, 6);
@@ -101,22 +101,22 @@ TEST_F(Edit, TellsWhetherItCouldAndChangesNothing) {
 
 TEST_F(Edit, GivesTheEditorTheDocumentsBytesUnderTheDocumentsName) {
   UseEditor("cp \"$1\" \"$HOME/seen\"; basename \"$1\" > \"$HOME/name\"");
-  EXPECT_EQ(Run({"edit", kForkPath}).status, 0);
-  EXPECT_EQ(ReadFile(Home("seen")), server().Get(kForkContent));
+  EXPECT_EQ(Run({"edit", forkPath}).status, 0);
+  EXPECT_EQ(ReadFile(Home("seen")), server().Get(forkContent));
   EXPECT_EQ(ReadFile(Home("name")), "fork.lxz\n");
 }
 
 TEST_F(Edit, UndoesTheCheckoutWhenNothingWasChanged) {
   UseEditor("true");
   const std::string before = Newest();
-  const ProcessResult result = Run({"edit", "--json", kForkPath});
+  const ProcessResult result = Run({"edit", "--json", forkPath});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.out, HasSubstr("\"action\":\"unchanged\",\"checked_in\":false,\"checked_out\":false}"));
   EXPECT_EQ(HolderOf("D1001"), "");
   EXPECT_EQ(TemporaryWorkspaces(), 0U);
   EXPECT_EQ(Newest(), before);
-  EXPECT_THAT(Run({"versions", kForkPath}).out, HasSubstr("B.1\t"));
-  EXPECT_THAT(Run({"versions", kForkPath}).out, Not(HasSubstr("B.2\t")));
+  EXPECT_THAT(Run({"versions", forkPath}).out, HasSubstr("B.1\t"));
+  EXPECT_THAT(Run({"versions", forkPath}).out, Not(HasSubstr("B.2\t")));
 }
 
 // What it is made of would take a pattern for several documents.
@@ -124,30 +124,30 @@ TEST_F(Edit, TakesNoPattern) {
   const ProcessResult result = Run({"edit", "//sim/Products/Trekking Bike/Folders/Frame/f*k.lxz"});
   EXPECT_EQ(result.status, 6);
   EXPECT_THAT(result.err, HasSubstr("not found: "));
-  EXPECT_EQ(Newest(), server().Get(kForkContent));
+  EXPECT_EQ(Newest(), server().Get(forkContent));
   EXPECT_EQ(HolderOf("D1001"), "");
 }
 
 TEST_F(Edit, LeavesWhatWasCheckedOutBeforeCheckedOut) {
-  CheckOut(kForkPath);
-  const ProcessResult result = Run({"edit", kForkPath});
+  CheckOut(forkPath);
+  const ProcessResult result = Run({"edit", forkPath});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(HolderOf("D1001"), "anna");
-  EXPECT_EQ(Newest(), kEdited);
+  EXPECT_EQ(Newest(), edited);
   EXPECT_THAT(result.err, HasSubstr("; it is checked out, as it was before"));
   UseEditor("true");
-  EXPECT_EQ(Run({"edit", kForkPath}).status, 0);
+  EXPECT_EQ(Run({"edit", forkPath}).status, 0);
   EXPECT_EQ(HolderOf("D1001"), "anna");
 }
 
 TEST_F(Edit, TakesTheEditorOfEDITORWithoutVISUALAndNoneWithoutBoth) {
   environment_["EDITOR"] = environment_["VISUAL"];
   environment_.erase("VISUAL");
-  EXPECT_EQ(Run({"edit", kForkPath}).status, 0);
-  EXPECT_EQ(Newest(), kEdited);
+  EXPECT_EQ(Run({"edit", forkPath}).status, 0);
+  EXPECT_EQ(Newest(), edited);
   environment_.erase("EDITOR");
   const std::string before = server().Log();
-  const ProcessResult result = Run({"edit", kForkPath});
+  const ProcessResult result = Run({"edit", forkPath});
   EXPECT_EQ(result.status, 2);
   EXPECT_THAT(result.err, HasSubstr("set VISUAL or EDITOR"));
   EXPECT_EQ(server().Log(), before);
@@ -155,63 +155,63 @@ TEST_F(Edit, TakesTheEditorOfEDITORWithoutVISUALAndNoneWithoutBoth) {
 
 TEST_F(Edit, KeepsWhatWasEditedWhenTheEditorFails) {
   UseEditor("printf 'edited\\n' > \"$1\"; exit 3");
-  const ProcessResult result = Run({"edit", kForkPath});
+  const ProcessResult result = Run({"edit", forkPath});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("ended with status 3; nothing was stored; what was edited is kept in " +
                                     Home(".local/state/vtdirect/edits/")));
-  EXPECT_THAT(KeptContents(), testing::ElementsAre(kEdited));
+  EXPECT_THAT(KeptContents(), testing::ElementsAre(edited));
   UseEditor("cp \"$1\" \"$HOME/seen\"");
-  const ProcessResult second = Run({"edit", kForkPath});
+  const ProcessResult second = Run({"edit", forkPath});
   EXPECT_EQ(second.status, 0) << second.err;
-  EXPECT_EQ(ReadFile(Home("seen")), kEdited);
-  EXPECT_EQ(Newest(), kEdited);
+  EXPECT_EQ(ReadFile(Home("seen")), edited);
+  EXPECT_EQ(Newest(), edited);
   EXPECT_EQ(HolderOf("D1001"), "");
   EXPECT_THAT(KeptContents(), IsEmpty());
 }
 
 TEST_F(Edit, UndoesTheCheckoutWhenTheEditorCannotBeStarted) {
   environment_["VISUAL"] = "/no/such/editor";
-  EXPECT_EQ(Run({"edit", kForkPath}).status, 1);
+  EXPECT_EQ(Run({"edit", forkPath}).status, 1);
   EXPECT_EQ(HolderOf("D1001"), "");
   EXPECT_THAT(KeptContents(), IsEmpty());
 }
 
 TEST_F(Edit, StoresNothingOverAVersionThatSomebodyHasMadeMeanwhile) {
   UseEditor("printf 'edited\\n' > \"$1\"; exit 3");
-  EXPECT_EQ(Run({"edit", kForkPath}).status, 1);
-  EXPECT_EQ(Run({"undo", kForkPath}).status, 0);
+  EXPECT_EQ(Run({"edit", forkPath}).status, 1);
+  EXPECT_EQ(Run({"undo", forkPath}).status, 0);
   WriteFile(Here("f"), "another's");
-  EXPECT_EQ(Run({"put", "f", kForkPath}).status, 0);
-  const ProcessResult result = Run({"edit", kForkPath});
+  EXPECT_EQ(Run({"put", "f", forkPath}).status, 0);
+  const ProcessResult result = Run({"edit", forkPath});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("conflict: what was edited was made from version B.1, and the server has "
                                     "version B.2"));
   EXPECT_EQ(HolderOf("D1001"), "");
   EXPECT_EQ(Newest(), "another's");
-  EXPECT_THAT(KeptContents(), testing::ElementsAre(kEdited));
+  EXPECT_THAT(KeptContents(), testing::ElementsAre(edited));
 }
 
 // The store went through and the check-in did not; then somebody has undone the checkout with all that was in it.
 TEST_F(Edit, GoesOnWithWhatWasStoredInAWorkingCopyThatIsGone) {
   Restart({"--fault", "POST */checkin=409*1"});
-  ASSERT_NE(Run({"edit", kForkPath}).status, 0);
-  ASSERT_THAT(KeptContents(), testing::ElementsAre(kEdited));
+  ASSERT_NE(Run({"edit", forkPath}).status, 0);
+  ASSERT_THAT(KeptContents(), testing::ElementsAre(edited));
   const std::string book = Book();
   const std::size_t begin = book.find('\t') + 1;
   const std::string uid = book.substr(begin, book.find('\t', begin) - begin);
   ASSERT_EQ(RunElsewhere({"undo", uid}).status, 0);
   static_cast<void>(Run({"undo", uid}));
   UseEditor("true");
-  const ProcessResult result = Run({"edit", kForkPath});
+  const ProcessResult result = Run({"edit", forkPath});
   EXPECT_THAT(result.err, HasSubstr("going on with the edit that is kept"));
-  EXPECT_TRUE(Newest() == kEdited || KeptContents() == std::vector<std::string>{kEdited}) << result.err;
+  EXPECT_TRUE(Newest() == edited || KeptContents() == std::vector<std::string>{edited}) << result.err;
 }
 
 TEST_F(Edit, RefusesASecondEditOfADocumentAtTheSameTime) {
   UseEditor("touch \"$HOME/begun\"; while [ ! -e \"$HOME/end\" ]; do sleep 0.02; done");
-  const auto first = Start({"edit", kForkPath});
+  const auto first = Start({"edit", forkPath});
   ASSERT_TRUE(WaitUntil([this] { return std::filesystem::exists(Home("begun")); }));
-  const ProcessResult second = Run({"edit", kForkPath});
+  const ProcessResult second = Run({"edit", forkPath});
   EXPECT_EQ(second.status, 1);
   EXPECT_THAT(second.err, HasSubstr("another vtdirect edits this document now"));
   WriteHome("end", "", 0644);
@@ -223,21 +223,21 @@ TEST_F(Edit, IsNotEndedByAnInterruptAtTheTerminal) {
   UseEditor(
       "touch \"$HOME/begun\"; while [ ! -e \"$HOME/end\" ]; do sleep 0.02; done; printf 'edited\\n' > "
       "\"$1\"");
-  const auto edit = Start({"edit", kForkPath});
+  const auto edit = Start({"edit", forkPath});
   ASSERT_TRUE(WaitUntil([this] { return std::filesystem::exists(Home("begun")); }));
   edit->Signal(SIGINT);
   SleepMilliseconds(400);
   ASSERT_TRUE(edit->Running());
   WriteHome("end", "", 0644);
   EXPECT_EQ(edit->Wait().status, 0);
-  EXPECT_EQ(Newest(), kEdited);
+  EXPECT_EQ(Newest(), edited);
 }
 
 TEST_F(Edit, SaysWhereTheFileIsWhenASignalEndsIt) {
   UseEditor(
       "printf 'edited\\n' > \"$1\"; touch \"$HOME/begun\"; while [ ! -e \"$HOME/end\" ]; do sleep 0.02; "
       "done");
-  const auto edit = Start({"edit", kForkPath});
+  const auto edit = Start({"edit", forkPath});
   ASSERT_TRUE(WaitUntil([this] { return std::filesystem::exists(Home("begun")); }));
   edit->Signal(SIGTERM);
   const auto result = edit->Wait();
@@ -246,8 +246,8 @@ TEST_F(Edit, SaysWhereTheFileIsWhenASignalEndsIt) {
   EXPECT_THAT(result.err,
               HasSubstr("is checked out, and what was edited is in " + Home(".local/state/vtdirect/edits/")));
   UseEditor("true");
-  EXPECT_EQ(Run({"edit", kForkPath}).status, 0);
-  EXPECT_EQ(Newest(), kEdited);
+  EXPECT_EQ(Run({"edit", forkPath}).status, 0);
+  EXPECT_EQ(Newest(), edited);
   EXPECT_EQ(HolderOf("D1001"), "");
 }
 
@@ -258,20 +258,20 @@ class LosingNoEdit : public Edit {
   void ExpectNothingIsLost() {
     const bool wasEdited = std::filesystem::exists(Home(".local/edited"));
     const std::vector<std::string> kept = KeptContents();
-    const bool isKept = std::find(kept.begin(), kept.end(), kEdited) != kept.end();
-    const bool isOnServer = Newest() == kEdited;
+    const bool isKept = std::find(kept.begin(), kept.end(), edited) != kept.end();
+    const bool isOnServer = Newest() == edited;
     const bool isTold = result_.err.find("/edits/") != std::string::npos;
     EXPECT_TRUE(!wasEdited || isKept || isOnServer) << result_.err;
     // Of a killed program nobody can be told anything.
     EXPECT_TRUE(isOnServer || !isKept || isTold || result_.status <= 0) << result_.err;
-    const ProcessResult again = Run({"edit", kForkPath});
+    const ProcessResult again = Run({"edit", forkPath});
     EXPECT_EQ(again.status, 0) << result_.err << "then\n" << recovered_.err << "then\n" << again.err;
-    EXPECT_EQ(Newest(), kEdited);
+    EXPECT_EQ(Newest(), edited);
     EXPECT_THAT(KeptContents(), IsEmpty());
     // A checkout that only recover has found may be the user's own, and so it stays.
     const bool isHeld = HolderOf("D1001") == "anna";
-    EXPECT_TRUE(!isHeld || Run({"checkin", kForkPath}).status == 0);
-    EXPECT_EQ(Newest(), kEdited);
+    EXPECT_TRUE(!isHeld || Run({"checkin", forkPath}).status == 0);
+    EXPECT_EQ(Newest(), edited);
     std::filesystem::remove(Home(".local/edited"));
   }
 };
@@ -279,7 +279,7 @@ class LosingNoEdit : public Edit {
 TEST_F(LosingNoEdit, WhicheverRequestFailsInWhicheverWay) {
   UseEditor("printf 'edited\\n' > \"$1\"; touch \"$HOME/.local/edited\"");
   KeepBeginning();
-  MeetEveryAccident({"edit", kForkPath}, [this] {
+  MeetEveryAccident({"edit", forkPath}, [this] {
     ExpectRecovery();
     ExpectNothingIsLost();
   });

@@ -13,17 +13,17 @@ namespace vtdirect_test {
 namespace {
 
 // What has to be there before the examples of a command make sense.
-const std::map<std::string, std::vector<std::vector<std::string>>> kPreparations = {
-    {"checkin", {{"checkout", kForkPath}, {"checkout", "//sim/?id=D1002"}}},
-    {"undo", {{"checkout", kForkPath}, {"checkout", "//sim/?id=D1002"}}},
-    {"verify", {{"checkout", kForkPath}, {"checkout", "//sim/?id=D1002"}}},
+const std::map<std::string, std::vector<std::vector<std::string>>> preparations = {
+    {"checkin", {{"checkout", forkPath}, {"checkout", "//sim/?id=D1002"}}},
+    {"undo", {{"checkout", forkPath}, {"checkout", "//sim/?id=D1002"}}},
+    {"verify", {{"checkout", forkPath}, {"checkout", "//sim/?id=D1002"}}},
 };
 
 // These want what a test can't give: a mount, a terminal, or a server of the internet's.
-const std::set<std::string> kElsewhere = {"mount", "refresh", "unmount", "login"};
+const std::set<std::string> elsewhere = {"mount", "refresh", "unmount", "login"};
 
 // These are about a work folder that is there, with a file that was changed.
-const std::set<std::string> kInWorkFolder = {"st", "pull", "commit", "revert", "diff", "log"};
+const std::set<std::string> inWorkFolder = {"st", "pull", "commit", "revert", "diff", "log"};
 
 std::string WithoutServerOfOthers(std::string line, const std::string& url) {
   const std::string other = "https://plm.example/vt";
@@ -82,12 +82,12 @@ class Examples : public CheckoutTest {
         Here("manual.xlf"),
         "<xliff version='2.0' srcLang='en' xmlns='urn:oasis:names:tc:xliff:document:2.0'><file/></xliff>");
     std::filesystem::remove_all(Here("Frame"));
-    if (kInWorkFolder.contains(command)) {
+    if (inWorkFolder.contains(command)) {
       EXPECT_EQ(Run({"clone", "//plm/Products/Trekking Bike/Folders/Frame/", "Frame"}).status, 0) << command;
       WriteFile(Here("Frame/fork.lxz"), "changed");
     }
-    const auto preparation = kPreparations.find(command);
-    if (preparation == kPreparations.end()) return;
+    const auto preparation = preparations.find(command);
+    if (preparation == preparations.end()) return;
     for (const auto& words : preparation->second) {
       EXPECT_EQ(Run(words).status, 0) << command << ": " << testing::PrintToString(words);
     }
@@ -113,7 +113,7 @@ TEST_F(Examples, OfEveryHelpTextDoWhatTheySay) {
   for (const auto& [command, lines] : Shown()) {
     EXPECT_GE(lines.size(), 2U) << command;
     EXPECT_LE(lines.size(), 3U) << command;
-    if (kElsewhere.contains(command)) continue;
+    if (elsewhere.contains(command)) continue;
     PrepareFor(command);
     for (std::string line : lines) {
       // A file that others may see is none for a test.
@@ -122,7 +122,7 @@ TEST_F(Examples, OfEveryHelpTextDoWhatTheySay) {
            at = line.find("/tmp/", at + own.size())) {
         line.replace(at, 5, own);
       }
-      const ProcessResult result = RunLine(line, Here(kInWorkFolder.contains(command) ? "Frame" : ""));
+      const ProcessResult result = RunLine(line, Here(inWorkFolder.contains(command) ? "Frame" : ""));
       EXPECT_EQ(result.status, 0) << line << "\n" << result.err;
     }
   }

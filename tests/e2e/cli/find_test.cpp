@@ -10,20 +10,20 @@ namespace vtdirect_test {
 
 class Find : public CheckoutTest {
  protected:
-  static constexpr const char* kBike = "//sim/Products/Trekking Bike/";
+  static constexpr const char* bike = "//sim/Products/Trekking Bike/";
 };
 
 TEST_F(Find, PrintsThePathsOfTheDocumentsOfAName) {
   Serve();
-  const ProcessResult result = Run({"find", kBike, "--name", "FORK.*"});
+  const ProcessResult result = Run({"find", bike, "--name", "FORK.*"});
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_THAT(result.out, HasSubstr(std::string(kForkPath) + "\n"));
+  EXPECT_THAT(result.out, HasSubstr(std::string(forkPath) + "\n"));
   EXPECT_THAT(result.out, Not(HasSubstr("frame.lxz")));
 }
 
 TEST_F(Find, TakesATitleForANameToo) {
   Serve();
-  EXPECT_THAT(Run({"find", kBike, "--name", "Fork"}).out, HasSubstr(std::string(kForkPath) + "\n"));
+  EXPECT_THAT(Run({"find", bike, "--name", "Fork"}).out, HasSubstr(std::string(forkPath) + "\n"));
 }
 
 TEST_F(Find, FindsADocumentByItsNumber) {
@@ -38,15 +38,15 @@ TEST_F(Find, FindsWhatTheUserHasCheckedOut) {
   Serve();
   EXPECT_EQ(Run({"find", "//sim/Products/Trekking Bike/Folders/Frame/", "--mine", "--name", "fork*"}).out,
             "");
-  CheckOut(kForkPath);
+  CheckOut(forkPath);
   EXPECT_EQ(Run({"find", "//sim/Products/Trekking Bike/Folders/Frame/", "--mine", "--name", "fork*"}).out,
-            std::string(kForkPath) + "\n");
+            std::string(forkPath) + "\n");
 }
 
 TEST_F(Find, FindsWhatHasAVersionAfterAnother) {
   Serve();
   const std::string folder = "//sim/Products/Trekking Bike/Folders/Frame/";
-  EXPECT_THAT(Run({"find", folder, "--newer", "A.99"}).out, HasSubstr(std::string(kForkPath) + "\n"));
+  EXPECT_THAT(Run({"find", folder, "--newer", "A.99"}).out, HasSubstr(std::string(forkPath) + "\n"));
   EXPECT_THAT(Run({"find", folder, "--newer", "B.1", "--name", "fork*"}).out, IsEmpty());
 }
 

@@ -32,7 +32,7 @@ class FoundCheckouts : public CheckoutTest {
     EXPECT_EQ(Run({"verify", uid}).status, 0);
   }
 
-  const std::string path_ = kForkPath;
+  const std::string path_ = forkPath;
 };
 
 TEST_F(FoundCheckouts, AreListedByTheirServer) {
@@ -97,7 +97,7 @@ TEST_F(FoundCheckouts, AreFetchedInPlaceOfTheDocument) {
   const ProcessResult result = RunElsewhere({"get", path_, "-o", "-"});
   EXPECT_EQ(result.out, "an hour's work");
   EXPECT_THAT(result.err, HasSubstr("is not kept here; its working copy is "));
-  EXPECT_THAT(RunElsewhere({"get", "--base", path_, "-o", "-"}).out, StartsWith(kForkHead));
+  EXPECT_THAT(RunElsewhere({"get", "--base", path_, "-o", "-"}).out, StartsWith(forkHead));
 }
 
 TEST_F(FoundCheckouts, AreConfirmedAndKeptByVerify) {
@@ -165,14 +165,14 @@ TEST_F(FoundCheckouts, AreNamedAndRefusedWhenThereAreTwo) {
 TEST_F(FoundCheckouts, AreNotWhatAnotherWorkspaceOnlyShows) {
   const std::string uid = CheckOut(path_);
   const std::size_t posts = Posts();
-  const std::string words = std::string(kForkOnBench) +
+  const std::string words = std::string(forkOnBench) +
                             " is no working copy: the workspace only shows the document, which you have "
                             "checked out in the temporary workspace FenloomTMP";
-  for (const std::vector<std::string>& command : {std::vector<std::string>{"verify", kForkOnBench},
-                                                  {"put", "f", kForkOnBench},
-                                                  {"undo", kForkOnBench},
-                                                  {"checkin", kForkOnBench},
-                                                  {"get", kForkOnBench}}) {
+  for (const std::vector<std::string>& command : {std::vector<std::string>{"verify", forkOnBench},
+                                                  {"put", "f", forkOnBench},
+                                                  {"undo", forkOnBench},
+                                                  {"checkin", forkOnBench},
+                                                  {"get", forkOnBench}}) {
     const ProcessResult result = RunElsewhere(command);
     EXPECT_EQ(result.status, 1) << command.front();
     EXPECT_THAT(result.err, HasSubstr(words)) << command.front();

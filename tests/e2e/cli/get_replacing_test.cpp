@@ -20,7 +20,7 @@ class GetInto : public CheckoutTest {
   void SetUp() override { Serve(); }
 
   ProcessResult Get(const std::string& file, const std::vector<std::string>& more = {}) {
-    std::vector<std::string> words = {"get", kForkPath, "-o", file};
+    std::vector<std::string> words = {"get", forkPath, "-o", file};
     words.insert(words.end(), more.begin(), more.end());
     return Run(words);
   }
@@ -43,7 +43,7 @@ TEST_F(GetInto, AFileThatWasNeverSavedTakesForce) {
   EXPECT_THAT(Refusal("copy"), HasSubstr("copy is there and was not saved by vtdirect"));
   EXPECT_EQ(ReadFile(Here("copy")), "mine");
   EXPECT_EQ(Get("copy", {"--force"}).status, 0);
-  EXPECT_THAT(ReadFile(Here("copy")), StartsWith(kForkHead));
+  EXPECT_THAT(ReadFile(Here("copy")), StartsWith(forkHead));
   EXPECT_EQ(Get("copy").status, 0) << "it is as it was saved";
 }
 
@@ -53,7 +53,7 @@ TEST_F(GetInto, AFileThatWasEditedTakesForce) {
   const std::string saved = ReadFile(Here("copy"));
   WriteFile(Here("copy"), saved + "edited");
   EXPECT_THAT(Refusal("copy"), HasSubstr("copy was changed since vtdirect saved it as version B.1 of " +
-                                         std::string(kForkPath)));
+                                         std::string(forkPath)));
   std::string other = saved;
   other[0] = 'X';
   WriteFile(Here("copy"), other);
@@ -83,7 +83,7 @@ TEST_F(GetInto, OneFileIsKnownByAllItsPaths) {
 
 TEST_F(GetInto, AFileThatWasStoredMayBeReplaced) {
   WriteFile(Here("copy"), "stored");
-  ASSERT_EQ(Run({"put", "copy", kForkPath}).status, 0);
+  ASSERT_EQ(Run({"put", "copy", forkPath}).status, 0);
   EXPECT_EQ(Get("copy").status, 0) << "the server has it";
   WriteFile(Here("copy"), "stored and edited");
   Refusal("copy");
@@ -91,7 +91,7 @@ TEST_F(GetInto, AFileThatWasStoredMayBeReplaced) {
 
 // Undone, a working copy goes with all that is in it.
 TEST_F(GetInto, AFileThatWasStoredInAWorkingCopyIsReplacedByThatCopyAlone) {
-  for (const std::string& address : {std::string(kForkPath), std::string(kForkOnBench)}) {
+  for (const std::string& address : {std::string(forkPath), std::string(forkOnBench)}) {
     SCOPED_TRACE(address);
     const std::string uid = CheckOut(address);
     WriteFile(Here("copy"), "stored in " + address);
@@ -109,7 +109,7 @@ TEST_F(GetInto, AFileThatWasStoredInAWorkingCopyIsReplacedByThatCopyAlone) {
 }
 
 TEST_F(GetInto, AFileWhoseWorkingCopyWasUndoneIsLeft) {
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   WriteFile(Here("copy"), "stored");
   ASSERT_EQ(Run({"put", "copy", uid}).status, 0);
   ASSERT_EQ(Run({"undo", uid}).status, 0);
@@ -119,16 +119,16 @@ TEST_F(GetInto, AFileWhoseWorkingCopyWasUndoneIsLeft) {
 
 TEST_F(GetInto, AFileWhoseWorkingCopyWasCheckedInMayBeReplaced) {
   WriteFile(Here("copy"), "stored");
-  ASSERT_EQ(Run({"put", "copy", CheckOut(kForkPath)}).status, 0);
-  ASSERT_EQ(Run({"checkin", kForkPath}).status, 0);
+  ASSERT_EQ(Run({"put", "copy", CheckOut(forkPath)}).status, 0);
+  ASSERT_EQ(Run({"checkin", forkPath}).status, 0);
   EXPECT_EQ(Get("copy").status, 0) << "the server has it";
   WriteFile(Here("other"), "stored at once");
-  ASSERT_EQ(Run({"put", "other", CheckOut(kForkPath), "--checkin"}).status, 0);
+  ASSERT_EQ(Run({"put", "other", CheckOut(forkPath), "--checkin"}).status, 0);
   EXPECT_EQ(Get("other").status, 0) << "the server has it";
 }
 
 TEST_F(GetInto, AFileIsLeftWhenAnotherOneWasStoredInItsWorkingCopySince) {
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   WriteFile(Here("copy"), "stored first");
   WriteFile(Here("other"), "stored then");
   ASSERT_EQ(Run({"put", "copy", uid}).status, 0);
@@ -149,7 +149,7 @@ TEST_F(GetInto, ADanglingLinkMakesTheFileThatItLeadsTo) {
   ASSERT_EQ(symlink("d/new", Here("link").c_str()), 0);
   EXPECT_EQ(Get("link").status, 0);
   EXPECT_TRUE(std::filesystem::is_symlink(Here("link")));
-  EXPECT_THAT(ReadFile(Here("d/new")), StartsWith(kForkHead));
+  EXPECT_THAT(ReadFile(Here("d/new")), StartsWith(forkHead));
   ASSERT_EQ(symlink("round", Here("round").c_str()), 0);
   EXPECT_THAT(Refusal("round"), HasSubstr("cannot write round"));
 }
@@ -174,10 +174,10 @@ TEST_F(GetInto, AFileKeepsItsPermissionsAndItsGroup) {
 TEST_F(GetInto, AFileThatIsWrittenToMeanwhileIsLeft) {
   ASSERT_EQ(Get("copy").status, 0);
   Restart({"--fault", "GET *streams*=stall:100*1"});
-  const auto process = Start({"--stall-timeout", "2", "get", kForkPath, "-o", "copy", "-f"});
+  const auto process = Start({"--stall-timeout", "2", "get", forkPath, "-o", "copy", "-f"});
   EXPECT_EQ(process->Wait().status, 7);
   Restart({"--latency", "150"});
-  const auto slow = Start({"get", kForkPath, "-o", "copy"});
+  const auto slow = Start({"get", forkPath, "-o", "copy"});
   EXPECT_TRUE(WaitUntil([this] { return HereNames().size() == 2; })) << "the download has begun";
   WriteFile(Here("copy"), "edited meanwhile");
   const ProcessResult result = slow->Wait();
@@ -212,43 +212,43 @@ class GetOfACheckout : public CheckoutTest {
 };
 
 TEST_F(GetOfACheckout, IsTheWorkingCopysUnlessTheBaseIsAskedFor) {
-  const std::string base = server().Get(kForkContent);
+  const std::string base = server().Get(forkContent);
   WriteFile(Here("new"), "new content");
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   EXPECT_EQ(Content({uid}), base) << "nothing is stored yet";
-  ASSERT_EQ(Run({"put", "new", kForkPath}).status, 0);
+  ASSERT_EQ(Run({"put", "new", forkPath}).status, 0);
   for (const std::string& address :
-       {uid, std::string(kForkPath), server().Uid("D1001"), std::string("//sim/?id=D1001")}) {
+       {uid, std::string(forkPath), server().Uid("D1001"), std::string("//sim/?id=D1001")}) {
     EXPECT_EQ(Content({address}), "new content") << address;
     EXPECT_EQ(Content({address, "--base"}), base) << address;
   }
-  const ProcessResult json = Run({"--json", "get", kForkPath, "-o", "copy"});
+  const ProcessResult json = Run({"--json", "get", forkPath, "-o", "copy"});
   EXPECT_THAT(json.out, HasSubstr("\"uid\":\"" + uid + "\"")) << "the one to go on with";
 }
 
 TEST_F(GetOfACheckout, IsTheWorkingCopysByItsUidWhereNothingIsKept) {
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   WriteFile(Here("new"), "new content");
-  ASSERT_EQ(Run({"put", "new", kForkPath}).status, 0);
+  ASSERT_EQ(Run({"put", "new", forkPath}).status, 0);
   const ProcessResult elsewhere = RunElsewhere({"get", uid, "-o", "-"});
   EXPECT_EQ(elsewhere.out, "new content");
 }
 
 TEST_F(GetOfACheckout, IsTheWorkingCopysInAWorkspaceOfOnesOwn) {
-  const std::string base = server().Get(kForkContent);
+  const std::string base = server().Get(forkContent);
   WriteFile(Here("new"), "new content");
-  const std::string uid = CheckOut(kForkOnBench);
-  ASSERT_EQ(Run({"put", "new", kForkPath}).status, 0);
-  for (const std::string& address : {uid, std::string(kForkPath), server().Uid("D1001")}) {
+  const std::string uid = CheckOut(forkOnBench);
+  ASSERT_EQ(Run({"put", "new", forkPath}).status, 0);
+  for (const std::string& address : {uid, std::string(forkPath), server().Uid("D1001")}) {
     EXPECT_EQ(Content({address}), "new content") << address;
     EXPECT_EQ(Content({address, "--base"}), base) << address;
   }
 }
 
 TEST_F(GetOfACheckout, IsTheDocumentsWhenTheCopyIsGone) {
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   ASSERT_EQ(RunElsewhere({"undo", uid}).status, 0);
-  EXPECT_EQ(Content({kForkPath}), server().Get(kForkContent));
+  EXPECT_EQ(Content({forkPath}), server().Get(forkContent));
   const ProcessResult byUid = Run({"get", uid, "-o", "-"});
   EXPECT_EQ(byUid.status, 1);
   EXPECT_EQ(byUid.out, "") << "what was asked for is not there";
@@ -257,9 +257,9 @@ TEST_F(GetOfACheckout, IsTheDocumentsWhenTheCopyIsGone) {
 }
 
 TEST_F(GetOfACheckout, IsNotTheBasesWhenAQuestionFails) {
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   WriteFile(Here("new"), "new content");
-  ASSERT_EQ(Run({"put", "new", kForkPath}).status, 0);
+  ASSERT_EQ(Run({"put", "new", forkPath}).status, 0);
   for (const char* fault :
        {"GET *dkm/documents/D*=503", "GET *dkm/documents/D*=503*1", "GET *dkm/documents/D*=drop*2"}) {
     Restart({"--fault", fault});
@@ -339,7 +339,7 @@ TEST_F(GetByPath, TakesTheDocumentAnywhereWhenAsked) {
     EXPECT_EQ(Run({command, "--anywhere", wrong_}).status, std::string(command) == "edit-url" ? 1 : 0)
         << command;
   }
-  EXPECT_THAT(ReadFile(Here("fork.lxz")), StartsWith(kForkHead));
+  EXPECT_THAT(ReadFile(Here("fork.lxz")), StartsWith(forkHead));
 }
 
 }  // namespace vtdirect_test

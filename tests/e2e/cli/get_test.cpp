@@ -17,8 +17,8 @@ TEST_F(VtDirect, DownloadsADocumentByteForByte) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, "");
   const std::string content = ReadFile(Here("copy"));
-  EXPECT_THAT(content, StartsWith(kForkHead));
-  EXPECT_EQ(content, server().Get(kForkContent));
+  EXPECT_THAT(content, StartsWith(forkHead));
+  EXPECT_EQ(content, server().Get(forkContent));
   EXPECT_EQ(result.err, "vtdirect: saved copy, " + std::to_string(content.size()) + " bytes\n");
   EXPECT_THAT(HereNames(), ElementsAre("copy"));
 }
@@ -26,7 +26,7 @@ TEST_F(VtDirect, DownloadsADocumentByteForByte) {
 TEST_F(VtDirect, DownloadsADocumentByItsPlaceAndItsVersion) {
   Serve();
   const std::string path = "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
-  EXPECT_THAT(Run({"get", path, "-o", "-"}).out, StartsWith(kForkHead));
+  EXPECT_THAT(Run({"get", path, "-o", "-"}).out, StartsWith(forkHead));
   EXPECT_THAT(Run({"get", path + "|A.1", "-o", "-"}).out,
               StartsWith("FENLET DRAWING\nname fork.lxz\nversion A.1\n"));
   EXPECT_EQ(Run({"get", path + "|C.1", "-o", "-"}).status, 6);
@@ -69,7 +69,7 @@ TEST_F(VtDirect, PutsTheFileIntoADirectory) {
   ASSERT_EQ(mkdir(Here("d").c_str(), 0700), 0);
   EXPECT_EQ(Run({"get", server().Uid("D1001"), "-o", "d"}).status, 0);
   EXPECT_EQ(Run({"get", server().Uid("D1003"), "-o", "d/"}).status, 0);
-  EXPECT_THAT(ReadFile(Here("d/fork.lxz")), StartsWith(kForkHead));
+  EXPECT_THAT(ReadFile(Here("d/fork.lxz")), StartsWith(forkHead));
   EXPECT_THAT(ReadFile(Here("d/gear.lxz")), StartsWith("FENLET DRAWING\nname gear.lxz\nversion B.2\n"));
   EXPECT_EQ(Run({"get", server().Uid("D1001"), "-o", "none/"}).status, 8);
 }
@@ -78,7 +78,7 @@ TEST_F(VtDirect, WritesTheContentAloneToStandardOutput) {
   Serve();
   const ProcessResult result = Run({"get", server().Uid("D1001"), "-o", "-"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.out, server().Get(kForkContent));
+  EXPECT_EQ(result.out, server().Get(forkContent));
   EXPECT_EQ(result.err, "");
   EXPECT_THAT(HereNames(), IsEmpty());
 }
@@ -105,7 +105,7 @@ TEST_F(VtDirect, ReplacesWhatWasThereWhenTheDownloadIsComplete) {
   WriteFile(Here("copy"), "old");
   ASSERT_EQ(symlink("copy", Here("link").c_str()), 0);
   EXPECT_EQ(Run({"get", "--force", server().Uid("D1001"), "-o", "link"}).status, 0);
-  EXPECT_THAT(ReadFile(Here("copy")), StartsWith(kForkHead));
+  EXPECT_THAT(ReadFile(Here("copy")), StartsWith(forkHead));
   EXPECT_THAT(HereNames(), ElementsAre("copy", "link"));
 }
 
@@ -139,7 +139,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, BrokenDownload,
 TEST_F(VtDirect, TellsHowFarABrokenDownloadCame) {
   Serve({"--fault", "GET *streams*=cut:100*1"});
   const std::string err = Run({"get", server().Uid("D1001")}).err;
-  const std::string size = std::to_string(server().Get(kForkContent).size());
+  const std::string size = std::to_string(server().Get(forkContent).size());
   EXPECT_EQ(err,
             "vtdirect: the download of " + server().Uid("D1001") + " broke off after 100 bytes of " + size +
                 ": the connection ended before the end of the answer; try again; if it stays so, ask who "

@@ -97,7 +97,7 @@ TEST_F(VtDirect, SaysOfAContentThatWasCutWhatIsMissing) {
   environment_["http_proxy"] = meddler.Url();
   const ProcessResult result = Run({"get", server().Uid("D1001"), "-o", "copy"});
   environment_.erase("http_proxy");
-  const std::string size = std::to_string(server().Get(kForkContent).size());
+  const std::string size = std::to_string(server().Get(forkContent).size());
   EXPECT_EQ(result.status, 7);
   EXPECT_EQ(result.err,
             "vtdirect: the content of " + server().Uid("D1001") +
@@ -135,7 +135,7 @@ TEST_F(VtDirect, TakesAWholeContentWithoutALength) {
   environment_["http_proxy"] = meddler.Url();
   EXPECT_EQ(Run({"get", server().Uid("D1001"), "-o", "copy"}).status, 0);
   environment_.erase("http_proxy");
-  EXPECT_EQ(ReadFile(Here("copy")), server().Get(kForkContent));
+  EXPECT_EQ(ReadFile(Here("copy")), server().Get(forkContent));
 }
 
 }  // namespace vtdirect_test

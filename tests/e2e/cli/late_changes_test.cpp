@@ -24,13 +24,13 @@ void PrintTo(const LateChange& change, std::ostream* stream) {
   *stream << change.name;
 }
 
-const LateChange kLate[] = {
-    {"Checkout", false, {"checkout", kForkPath}, "/checkout"},
-    {"CheckoutOnBench", false, {"checkout", kForkOnBench}, "/checkout"},
-    {"Checkin", true, {"checkin", kForkPath}, "/checkin"},
-    {"CheckinOfWhatWasStored", true, {"put", "f", kForkPath, "--checkin"}, "/checkin"},
+const LateChange late[] = {
+    {"Checkout", false, {"checkout", forkPath}, "/checkout"},
+    {"CheckoutOnBench", false, {"checkout", forkOnBench}, "/checkout"},
+    {"Checkin", true, {"checkin", forkPath}, "/checkin"},
+    {"CheckinOfWhatWasStored", true, {"put", "f", forkPath, "--checkin"}, "/checkin"},
     {"Create", false, {"put", "f", "//sim/Products/Trekking Bike/Folders/Frame/new.lxz"}, "/dkm/documents"},
-    {"Iterate", false, {"put", "f", kForkPath}, "/dkm/documents"},
+    {"Iterate", false, {"put", "f", forkPath}, "/dkm/documents"},
 };
 
 }  // namespace
@@ -41,7 +41,7 @@ class CarriedOutLate : public AccidentTest, public testing::WithParamInterface<L
   void SetUp() override {
     AccidentTest::SetUp();
     WriteFile(Here("f"), "new content");
-    if (GetParam().isCheckedOut) CheckOut(kForkPath);
+    if (GetParam().isCheckedOut) CheckOut(forkPath);
   }
 
   // Runs the command, then lets the request pass that it has waited for in vain.
@@ -65,7 +65,7 @@ class CarriedOutLate : public AccidentTest, public testing::WithParamInterface<L
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Of, CarriedOutLate, testing::ValuesIn(kLate),
+INSTANTIATE_TEST_SUITE_P(Of, CarriedOutLate, testing::ValuesIn(late),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST_P(CarriedOutLate, IsNeverSaidToHaveChangedNothingAndIsFoundByRecover) {

@@ -14,7 +14,7 @@ using testing::UnorderedElementsAre;
 namespace vtdirect_test {
 namespace {
 
-constexpr const char* kFolders = "//sim/Products/Trekking Bike/Folders";
+constexpr const char* foldersPath = "//sim/Products/Trekking Bike/Folders";
 
 std::vector<std::string> LinesOf(const std::string& text) {
   std::vector<std::string> lines;
@@ -136,21 +136,21 @@ TEST_P(ListingOfEachGeneration, GoesDownFromTheServerToADocumentWithAndWithoutAC
     EXPECT_THAT(LinesOf(Run({"ls", std::string("//sim/Products") + end}).out),
                 UnorderedElementsAre("Trekking Bike/", "Lastenrad Größe L/"));
     EXPECT_EQ(Run({"ls", std::string("//sim/Products/Trekking Bike") + end}).out, "Folders/\nWorkspaces/\n");
-    EXPECT_THAT(LinesOf(Run({"ls", kFolders + std::string("/Frame") + end}).out),
+    EXPECT_THAT(LinesOf(Run({"ls", foldersPath + std::string("/Frame") + end}).out),
                 UnorderedElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
     EXPECT_THAT(
         LinesOf(Run({"ls", std::string("//sim/Products/Trekking Bike/Workspaces/Anna's bench") + end}).out),
         UnorderedElementsAre("crank.lxz", "saddle.lxz", "fork.lxz"));
   }
-  const ProcessResult empty = Run({"ls", kFolders + std::string("/Nothing yet")});
+  const ProcessResult empty = Run({"ls", foldersPath + std::string("/Nothing yet")});
   EXPECT_EQ(empty.out, "");
   EXPECT_EQ(empty.status, 0);
 }
 
 TEST_P(ListingOfEachGeneration, SaysThatADocumentIsNoFolder) {
   for (const char* command : {"ls", "tree"}) {
-    for (const std::string& address :
-         {kFolders + std::string("/Frame/fork.lxz"), server().Uid("D1001"), std::string("//sim/?id=D1001")}) {
+    for (const std::string& address : {foldersPath + std::string("/Frame/fork.lxz"), server().Uid("D1001"),
+                                       std::string("//sim/?id=D1001")}) {
       const ProcessResult result = Run({command, address});
       EXPECT_EQ(result.out, "");
       EXPECT_EQ(result.err,
@@ -164,7 +164,7 @@ TEST_P(ListingOfEachGeneration, SaysThatADocumentIsNoFolder) {
 TEST_P(ListingOfEachGeneration, Gives6ForAFolderThatIsNotThere) {
   for (const char* command : {"ls", "tree"}) {
     for (const std::string& path :
-         {kFolders + std::string("/Frame/none"), std::string("//sim/Nonsense"),
+         {foldersPath + std::string("/Frame/none"), std::string("//sim/Nonsense"),
           std::string("//sim/Products/Trekking Bike/Nonsense"), std::string("//sim/Products/None/Folders"),
           std::string("//sim/Products/Trekking Bike/Workspaces/None")}) {
       const ProcessResult result = Run({command, path});
@@ -186,7 +186,7 @@ TEST_F(VtDirect, ListsTheServersWithoutAnyRequest) {
 
 TEST_F(VtDirect, ShowsNumbersTitlesAndVersions) {
   Serve();
-  const ProcessResult result = Run({"ls", "-l", "--versions", kFolders + std::string("/Drivetrain")});
+  const ProcessResult result = Run({"ls", "-l", "--versions", foldersPath + std::string("/Drivetrain")});
   EXPECT_EQ(result.err, "");
   EXPECT_THAT(
       LinesOf(result.out),
@@ -199,7 +199,7 @@ TEST_F(VtDirect, ShowsNumbersTitlesAndVersions) {
 
 TEST_F(VtDirect, ShowsVersionsWithTheirIdsAsJson) {
   Serve();
-  const ProcessResult result = Run({"ls", "--json", "--versions", kFolders + std::string("/Frame/")});
+  const ProcessResult result = Run({"ls", "--json", "--versions", foldersPath + std::string("/Frame/")});
   EXPECT_THAT(
       result.out,
       HasSubstr("{\"schema\":2,\"command\":\"ls\",\"path\":\"//sim/Products/Trekking "
@@ -209,7 +209,7 @@ TEST_F(VtDirect, ShowsVersionsWithTheirIdsAsJson) {
 
 TEST_F(VtDirect, NotesWhatAListingDoesNotShow) {
   Serve({"--generation", "gateway"});
-  const ProcessResult result = Run({"ls", "-l", "--versions", kFolders + std::string("/Frame")});
+  const ProcessResult result = Run({"ls", "-l", "--versions", foldersPath + std::string("/Frame")});
   EXPECT_THAT(LinesOf(result.out),
               UnorderedElementsAre("-\tfork.lxz\t\t\t", "-\tframe.lxz\t\t\t", "-\twelding manual.xml\t\t\t"));
   EXPECT_THAT(result.err, HasSubstr("shows no numbers and titles"));
@@ -219,7 +219,7 @@ TEST_F(VtDirect, NotesWhatAListingDoesNotShow) {
 
 TEST_F(VtDirect, PrintsRowsAsTheyArrive) {
   Serve({"--page-size", "1", "--fault", "GET *skiptoken*=stall"});
-  const auto process = Start({"ls", kFolders + std::string("/Frame")});
+  const auto process = Start({"ls", foldersPath + std::string("/Frame")});
   EXPECT_TRUE(WaitUntil([&] { return process->OutputSoFar().find('\n') != std::string::npos; }));
   EXPECT_TRUE(process->Running());
   EXPECT_THAT(LinesOf(process->OutputSoFar()), testing::SizeIs(1));
@@ -249,27 +249,27 @@ TEST_F(VtDirect, ListsManyRowsInTheMemoryOfFew) {
 
 TEST_F(VtDirect, Gives11ForAListingThatBreaksOff) {
   Serve({"--page-size", "2", "--fault", "GET *skiptoken*=500"});
-  const ProcessResult ls = Run({"ls", kFolders + std::string("/Frame")});
+  const ProcessResult ls = Run({"ls", foldersPath + std::string("/Frame")});
   EXPECT_THAT(LinesOf(ls.out), testing::SizeIs(2));
   EXPECT_EQ(ls.err,
-            "vtdirect: the listing of " + std::string(kFolders) + "/Frame broke off after 2 entries\n");
+            "vtdirect: the listing of " + std::string(foldersPath) + "/Frame broke off after 2 entries\n");
   EXPECT_EQ(ls.status, 11);
   Serve({"--page-size", "1", "--fault", "GET *skiptoken*=500"});
-  EXPECT_EQ(Run({"ls", kFolders + std::string("/Frame")}).err,
-            "vtdirect: the listing of " + std::string(kFolders) + "/Frame broke off after 1 entry\n");
+  EXPECT_EQ(Run({"ls", foldersPath + std::string("/Frame")}).err,
+            "vtdirect: the listing of " + std::string(foldersPath) + "/Frame broke off after 1 entry\n");
 }
 
 TEST_F(VtDirect, EndsAListingWhenItsOutputCannotBeWritten) {
   Serve({"--page-size", "1"});
   outFile_ = "/dev/full";
-  EXPECT_EQ(Run({"ls", kFolders + std::string("/Frame")}).status, 8);
+  EXPECT_EQ(Run({"ls", foldersPath + std::string("/Frame")}).status, 8);
   // The second row is not asked for any more.
   EXPECT_THAT(server().Log(), testing::Not(HasSubstr("skiptoken")));
 }
 
 TEST_F(VtDirect, PrintsATreeIndentedWithDocumentsFirstAndFoldersByName) {
   Serve();
-  const ProcessResult result = Run({"tree", kFolders});
+  const ProcessResult result = Run({"tree", foldersPath});
   EXPECT_EQ(result.status, 0);
   const std::vector<std::string> lines = LinesOf(result.out);
   ASSERT_EQ(lines.size(), 26U);
@@ -309,8 +309,8 @@ TEST_F(VtDirect, PrintsTheSameTreeWhenItListsSeveralFoldersAtOneTime) {
 
 TEST_F(VtDirect, PassesOverAFolderThatCannotBeListedAmongSeveralAtOneTime) {
   Serve({"--generation", "gateway", "--fault", "GET *snx_gw*Frame*=500"});
-  const ProcessResult alone = Run({"tree", "--full-paths", kFolders});
-  const ProcessResult result = Run({"tree", "--parallel", "4", "--full-paths", kFolders});
+  const ProcessResult alone = Run({"tree", "--full-paths", foldersPath});
+  const ProcessResult result = Run({"tree", "--parallel", "4", "--full-paths", foldersPath});
   EXPECT_EQ(result.status, 11);
   EXPECT_EQ(result.out, alone.out);
   EXPECT_EQ(result.err, alone.err);
@@ -318,19 +318,19 @@ TEST_F(VtDirect, PassesOverAFolderThatCannotBeListedAmongSeveralAtOneTime) {
 
 TEST_F(VtDirect, PassesOverAFolderOfATreeThatCannotBeListed) {
   Serve({"--generation", "gateway", "--fault", "GET *snx_gw*Frame*=500"});
-  const ProcessResult result = Run({"tree", "--full-paths", kFolders});
+  const ProcessResult result = Run({"tree", "--full-paths", foldersPath});
   EXPECT_EQ(result.status, 11);
   EXPECT_THAT(result.out, HasSubstr("/Folders/Frame/\n"));
   EXPECT_THAT(result.out, testing::Not(HasSubstr("fork.lxz")));
   EXPECT_THAT(result.out, HasSubstr("/Folders/Größen & Maße/Größentabelle Rahmen.lxz\n"));
-  EXPECT_EQ(result.err, "vtdirect: warning: cannot list " + std::string(kFolders) +
+  EXPECT_EQ(result.err, "vtdirect: warning: cannot list " + std::string(foldersPath) +
                             "/Frame/ to its end\nvtdirect: the tree is not complete: some folders could not "
                             "be listed\n");
 }
 
 TEST_F(VtDirect, EndsATreeWhenTheServerCannotBeUsedAnyMore) {
   Serve({"--generation", "gateway", "--fault", "GET *snx_gw*path=*=500", "--fault", "GET *OrvetGW*=503"});
-  const ProcessResult result = Run({"tree", kFolders});
+  const ProcessResult result = Run({"tree", foldersPath});
   EXPECT_EQ(result.status, 3);
   // One folder has failed, and no other was tried.
   const std::string log = server().Log();

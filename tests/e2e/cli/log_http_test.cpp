@@ -16,8 +16,8 @@ using testing::Not;
 namespace vtdirect_test {
 namespace {
 
-constexpr const char* kPassword = "CanaryPassword";
-constexpr const char* kToken = "CanaryToken";
+constexpr const char* password = "CanaryPassword";
+constexpr const char* token = "CanaryToken";
 
 }  // namespace
 
@@ -27,11 +27,11 @@ class LogHttp : public CheckoutTest {
  protected:
   void SetUp() override {
     const std::string port = std::to_string(UnusedPort());
-    Serve({"--user", std::string("anna:") + kPassword, "--token", std::string("anna:") + kToken, "--sessions",
+    Serve({"--user", std::string("anna:") + password, "--token", std::string("anna:") + token, "--sessions",
            "--upload-port", port});
     uploads_ = "http://127.0.0.1:" + port + "/";
     environment_["VTDIRECT_USER"] = "anna";
-    environment_["VTDIRECT_PASSWORD"] = kPassword;
+    environment_["VTDIRECT_PASSWORD"] = password;
     WriteFile(Here("f"), "new content");
   }
 
@@ -56,7 +56,7 @@ TEST_F(LogHttp, HasEveryExchangeOfAStoreWithoutASecret) {
   environment_["VTDIRECT_SERVER_uploads"] = uploads_;
   environment_["VTDIRECT_SERVER_here"] = server().url();
   environment_["VTDIRECT_SERVER_here__LOGIN_ALSO_FOR"] = "uploads";
-  const ProcessResult result = Run({"--log-http", "log.har", "put", "f", kForkPath});
+  const ProcessResult result = Run({"--log-http", "log.har", "put", "f", forkPath});
   ASSERT_EQ(result.status, 0) << result.err;
   const std::string text = ReadFile(Here("log.har"));
   ExpectNoSecret(text);
@@ -93,15 +93,15 @@ TEST_F(LogHttp, HasEveryExchangeOfAStoreWithoutASecret) {
 TEST_F(LogHttp, HidesATokenToo) {
   environment_.erase("VTDIRECT_USER");
   environment_.erase("VTDIRECT_PASSWORD");
-  environment_["VTDIRECT_TOKEN"] = kToken;
-  ASSERT_EQ(Run({"--log-http", "log.har", "info", kForkPath}).status, 0);
+  environment_["VTDIRECT_TOKEN"] = token;
+  ASSERT_EQ(Run({"--log-http", "log.har", "info", forkPath}).status, 0);
   ExpectNoSecret(ReadFile(Here("log.har")));
   EXPECT_THAT(ReadFile(Here("log.har")), HasSubstr("Bearer ***"));
 }
 
 TEST_F(LogHttp, IsWrittenWhenTheCommandFails) {
   environment_["VTDIRECT_PASSWORD"] = "CanaryWrong";
-  EXPECT_EQ(Run({"--log-http", "log.har", "info", kForkPath}).status, 4);
+  EXPECT_EQ(Run({"--log-http", "log.har", "info", forkPath}).status, 4);
   ExpectNoSecret(ReadFile(Here("log.har")));
   EXPECT_THAT(ReadFile(Here("log.har")), HasSubstr("\"status\":401"));
 }

@@ -14,13 +14,13 @@ using testing::Not;
 namespace vtdirect_test {
 namespace {
 
-constexpr const char* kNewPath = "//sim/Products/Trekking Bike/Folders/Frame/new.lxz";
+constexpr const char* newPath = "//sim/Products/Trekking Bike/Folders/Frame/new.lxz";
 // Another gear.lxz is in the folder Drivetrain.
-constexpr const char* kBesideNamesake = "//sim/Products/Trekking Bike/Folders/Frame/gear.lxz";
-constexpr const char* kStoredBefore = "stored before";
-constexpr const char* kNewContent = "new content";
-constexpr const char* kBase = "(that of before the checkout)";
-constexpr const char* kNone = "(none)";
+constexpr const char* besideNamesake = "//sim/Products/Trekking Bike/Folders/Frame/gear.lxz";
+constexpr const char* storedBefore = "stored before";
+constexpr const char* newContent = "new content";
+constexpr const char* base = "(that of before the checkout)";
+constexpr const char* noConversion = "(none)";
 
 // How the document stands before the command.
 enum class Beginning {
@@ -45,35 +45,35 @@ void PrintTo(const Change& change, std::ostream* stream) {
   *stream << change.name;
 }
 
-const std::vector<std::string> kWhole = {
-    "put", "f", kForkPath, "--viewable", "view", "--metadata", "m", "--link", "made of=//sim/?id=D1003"};
+const std::vector<std::string> whole = {
+    "put", "f", forkPath, "--viewable", "view", "--metadata", "m", "--link", "made of=//sim/?id=D1003"};
 
 [[nodiscard]] std::vector<std::string> WholeAndCheckin() {
-  auto words = kWhole;
+  auto words = whole;
   words.emplace_back("--checkin");
   return words;
 }
 
 using enum Beginning;
 
-const Change kChanges[] = {
-    {"Checkout", {"checkout", kForkPath}, NotHeld, kForkPath, kBase, kBase},
-    {"Checkin", {"checkin", kForkPath}, Held, kForkPath, kStoredBefore, kStoredBefore},
-    {"Undo", {"undo", kForkPath}, Held, kForkPath, kStoredBefore, kBase},
-    {"Store", {"put", "f", kForkPath}, Held, kForkPath, kStoredBefore, kNewContent},
-    {"StoreAndCheckIn", {"put", "f", kForkPath, "--checkin"}, Held, kForkPath, kStoredBefore, kNewContent},
-    {"StoreWholeAndCheckIn", WholeAndCheckin(), Held, kForkPath, kStoredBefore, kNewContent},
-    {"Iterate", {"put", "f", kForkPath}, NotHeld, kForkPath, kBase, kNewContent},
-    {"IterateWhole", kWhole, NotHeld, kForkPath, kBase, kNewContent},
-    {"Create", {"put", "f", kNewPath}, NotHeld, kNewPath, kNone, kNewContent},
-    {"CreateBesideNamesake", {"put", "f", kBesideNamesake}, NotHeld, kBesideNamesake, kNone, kNewContent},
-    {"CheckoutOnBench", {"checkout", kForkOnBench}, NotHeld, kForkOnBench, kBase, kBase},
-    {"CheckinOnBench", {"checkin", kForkOnBench}, Held, kForkOnBench, kStoredBefore, kStoredBefore},
-    {"UndoOnBench", {"undo", kForkOnBench}, Held, kForkOnBench, kStoredBefore, kBase},
-    {"StoreOnBench", {"put", "f", kForkOnBench}, Held, kForkOnBench, kStoredBefore, kNewContent},
-    {"Renew", {"verify", "--renew", kForkPath}, Undone, kForkPath, kBase, kBase},
-    {"RecoverCheckout", {"recover"}, NotKept, kForkPath, kStoredBefore, kStoredBefore},
-    {"RecoverCheckin", {"recover"}, CheckedIn, kForkPath, kStoredBefore, kStoredBefore},
+const Change changes[] = {
+    {"Checkout", {"checkout", forkPath}, NotHeld, forkPath, base, base},
+    {"Checkin", {"checkin", forkPath}, Held, forkPath, storedBefore, storedBefore},
+    {"Undo", {"undo", forkPath}, Held, forkPath, storedBefore, base},
+    {"Store", {"put", "f", forkPath}, Held, forkPath, storedBefore, newContent},
+    {"StoreAndCheckIn", {"put", "f", forkPath, "--checkin"}, Held, forkPath, storedBefore, newContent},
+    {"StoreWholeAndCheckIn", WholeAndCheckin(), Held, forkPath, storedBefore, newContent},
+    {"Iterate", {"put", "f", forkPath}, NotHeld, forkPath, base, newContent},
+    {"IterateWhole", whole, NotHeld, forkPath, base, newContent},
+    {"Create", {"put", "f", newPath}, NotHeld, newPath, noConversion, newContent},
+    {"CreateBesideNamesake", {"put", "f", besideNamesake}, NotHeld, besideNamesake, noConversion, newContent},
+    {"CheckoutOnBench", {"checkout", forkOnBench}, NotHeld, forkOnBench, base, base},
+    {"CheckinOnBench", {"checkin", forkOnBench}, Held, forkOnBench, storedBefore, storedBefore},
+    {"UndoOnBench", {"undo", forkOnBench}, Held, forkOnBench, storedBefore, base},
+    {"StoreOnBench", {"put", "f", forkOnBench}, Held, forkOnBench, storedBefore, newContent},
+    {"Renew", {"verify", "--renew", forkPath}, Undone, forkPath, base, base},
+    {"RecoverCheckout", {"recover"}, NotKept, forkPath, storedBefore, storedBefore},
+    {"RecoverCheckin", {"recover"}, CheckedIn, forkPath, storedBefore, storedBefore},
 };
 
 }  // namespace
@@ -85,11 +85,11 @@ class LosingNothing : public AccidentTest, public testing::WithParamInterface<st
  protected:
   void SetUp() override {
     AccidentTest::SetUp();
-    WriteFile(Here("f"), kNewContent);
-    WriteFile(Here("g"), kStoredBefore);
+    WriteFile(Here("f"), newContent);
+    WriteFile(Here("g"), storedBefore);
     WriteFile(Here("view"), "new view");
     WriteFile(Here("m"), "new metadata");
-    base_ = server().Get(kForkContent);
+    base_ = server().Get(forkContent);
     if (change_.beginning != NotHeld) Begin();
     KeepBeginning();
   }
@@ -103,11 +103,11 @@ class LosingNothing : public AccidentTest, public testing::WithParamInterface<st
     }
     if (change_.beginning == NotKept) {
       std::filesystem::remove(BookPath());
-      LeaveOpen("checkout", kForkPath, document);
+      LeaveOpen("checkout", forkPath, document);
     }
     if (change_.beginning == CheckedIn) {
       ASSERT_EQ(RunElsewhere({"checkin", uid}).status, 0);
-      LeaveOpen("checkin", kForkPath, uid);
+      LeaveOpen("checkin", forkPath, uid);
     }
   }
 
@@ -116,9 +116,9 @@ class LosingNothing : public AccidentTest, public testing::WithParamInterface<st
   // What a reader of the path gets now, from the working copy if there is one.
   [[nodiscard]] std::string Content() {
     const ProcessResult result = Run({"get", change_.path, "-o", "-"});
-    if (result.status == 6) return kNone;
+    if (result.status == 6) return noConversion;
     if (result.status != 0) return "(" + std::to_string(result.status) + ") " + result.err;
-    return result.out == base_ ? kBase : result.out;
+    return result.out == base_ ? base : result.out;
   }
 
   // By what was asked for and whether that was told to be done.
@@ -142,8 +142,8 @@ class LosingNothing : public AccidentTest, public testing::WithParamInterface<st
   }
 
   void ExpectNothingIsLost() {
-    EXPECT_EQ(ReadFile(Here("f")), kNewContent);
-    EXPECT_EQ(ReadFile(Here("g")), kStoredBefore);
+    EXPECT_EQ(ReadFile(Here("f")), newContent);
+    EXPECT_EQ(ReadFile(Here("g")), storedBefore);
     const bool isHeld = HolderOf("D1001") == "anna";
     const bool done = result_.status == 0;
     const bool staysHeld =
@@ -157,12 +157,12 @@ class LosingNothing : public AccidentTest, public testing::WithParamInterface<st
     ExpectContent(content, isHeld, done);
     ExpectTheWordsAreTrue(content, isHeld);
     ExpectTheBookIsRight(isHeld);
-    if (change_.words.size() >= kWhole.size() && content == change_.after) ExpectTheWholeIsStored();
+    if (change_.words.size() >= whole.size() && content == change_.after) ExpectTheWholeIsStored();
   }
 
   // Whoever has it checked out can go on by the document's path; nobody else is told that they could.
   void ExpectTheBookIsRight(bool isHeld) {
-    const char* const subject = change_.path == kForkOnBench ? kForkOnBench : kForkPath;
+    const char* const subject = change_.path == forkOnBench ? forkOnBench : forkPath;
     // What is gone is kept until it is renewed or dropped.
     const bool isKept = isHeld || change_.beginning == Undone;
     EXPECT_EQ(Book().find("\tfork.lxz\t") != std::string::npos, isKept) << Book();
@@ -174,8 +174,8 @@ class LosingNothing : public AccidentTest, public testing::WithParamInterface<st
 
   // Of what is sent together nothing is left out unless it is told. It is checked in by now.
   void ExpectTheWholeIsStored() {
-    const ServerDocument document = DocumentOf(server(), IdIn(Run({"uid", kForkPath}).out));
-    ASSERT_EQ(document.bytes, kNewContent);
+    const ServerDocument document = DocumentOf(server(), IdIn(Run({"uid", forkPath}).out));
+    ASSERT_EQ(document.bytes, newContent);
     ASSERT_EQ(document.secondary.size(), 2U);
     EXPECT_EQ(document.secondary[0].bytes, "new view");
     EXPECT_EQ(document.secondary[1].bytes, "new metadata");
@@ -189,7 +189,7 @@ class LosingNothing : public AccidentTest, public testing::WithParamInterface<st
 };
 
 INSTANTIATE_TEST_SUITE_P(Changes, LosingNothing,
-                         testing::Combine(testing::ValuesIn(kChanges), testing::ValuesIn(everyAccident)),
+                         testing::Combine(testing::ValuesIn(changes), testing::ValuesIn(everyAccident)),
                          [](const auto& test) {
                            return std::get<Change>(test.param).name +
                                   std::string(NameOf(std::get<Accident>(test.param)));
@@ -218,52 +218,52 @@ TEST_F(Recover, FindsACheckoutWhoseAnswerNeverCame) {
   });
   Restart({});
   environment_["http_proxy"] = meddler.Url();
-  const auto running = Start({"checkout", kForkPath});
+  const auto running = Start({"checkout", forkPath});
   process = running.get();
   EXPECT_EQ(running->Wait().status, -SIGKILL);
   environment_.erase("http_proxy");
   ASSERT_EQ(HolderOf("D1001"), "anna");
   EXPECT_EQ(Book(), "");
 
-  const ProcessResult next = Run({"status", kForkPath});
-  EXPECT_THAT(next.err, HasSubstr("warning: a checkout of " + std::string(kForkPath) + " was begun "));
+  const ProcessResult next = Run({"status", forkPath});
+  EXPECT_THAT(next.err, HasSubstr("warning: a checkout of " + std::string(forkPath) + " was begun "));
   EXPECT_THAT(next.err, HasSubstr("was checked out; its working copy is "));
   EXPECT_EQ(Book(), "") << "it is only told";
   const ProcessResult recovered = Run({"recover"});
   EXPECT_EQ(recovered.status, 0);
-  EXPECT_THAT(recovered.out, HasSubstr("\tcheckout\t" + std::string(kForkPath) + "\tyes\t"));
+  EXPECT_THAT(recovered.out, HasSubstr("\tcheckout\t" + std::string(forkPath) + "\tyes\t"));
   EXPECT_THAT(Book(), HasSubstr("\tfork.lxz\t"));
-  EXPECT_EQ(Run({"checkin", kForkPath}).status, 0);
+  EXPECT_EQ(Run({"checkin", forkPath}).status, 0);
   for (const auto& name : std::filesystem::directory_iterator(Home("../temporary")))
     std::filesystem::remove_all(name);
 }
 
 TEST_F(Recover, LeavesOpenWhatTheServerDoesNotTell) {
   Serve();
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   const std::string line =
-      "1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(kForkPath) + "\t" + uid + "\t\t\n";
+      "1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(forkPath) + "\t" + uid + "\t\t\n";
   WriteHome(".local/state/vtdirect/journal", "vtdirect-journal 1\n" + line, 0600);
   Restart({"--fault", "GET *dkm/documents/D*=503"});
   const ProcessResult result = Run({"recover"});
   EXPECT_EQ(result.status, 11);
   EXPECT_THAT(result.out,
-              HasSubstr("\tno\twhere " + std::string(kForkPath) + " stands could not be found out"));
+              HasSubstr("\tno\twhere " + std::string(forkPath) + " stands could not be found out"));
   EXPECT_EQ(ReadFile(Home(".local/state/vtdirect/journal")), "vtdirect-journal 1\n" + line);
   Restart({});
   EXPECT_THAT(Run({"recover"}).out,
-              HasSubstr("\tyes\tyou still have " + std::string(kForkPath) + " checked out"));
+              HasSubstr("\tyes\tyou still have " + std::string(forkPath) + " checked out"));
   EXPECT_EQ(Run({"recover"}).out, "");
 }
 
 TEST_F(Recover, TellsOfLinesThatItDoesNotUnderstandAndKeepsThem) {
   Serve();
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   const std::string strange = "1:1\t2026-01-31T09:00:00Z\tmove\ta\tb\tc\td\te\n";
   const std::string known =
-      "1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(kForkPath) + "\t" + uid + "\t\t\n";
+      "1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(forkPath) + "\t" + uid + "\t\t\n";
   WriteHome(".local/state/vtdirect/journal", "vtdirect-journal 1\n" + strange + known, 0600);
-  EXPECT_THAT(Run({"status", kForkPath}).err,
+  EXPECT_THAT(Run({"status", forkPath}).err,
               HasSubstr("lines that this release of vtdirect does not understand (1)"));
   const ProcessResult result = Run({"recover"});
   EXPECT_EQ(result.status, 11);
@@ -274,9 +274,9 @@ TEST_F(Recover, TellsOfLinesThatItDoesNotUnderstandAndKeepsThem) {
 
 TEST_F(Recover, HasNothingToSettleWhenAllWasAnswered) {
   Serve();
-  WriteFile(Here("f"), kNewContent);
-  CheckOut(kForkPath);
-  EXPECT_EQ(Run({"put", "f", kForkPath, "--checkin"}).status, 0);
+  WriteFile(Here("f"), newContent);
+  CheckOut(forkPath);
+  EXPECT_EQ(Run({"put", "f", forkPath, "--checkin"}).status, 0);
   EXPECT_EQ(ReadFile(Home(".local/state/vtdirect/journal")), "vtdirect-journal 1\n");
   EXPECT_EQ(Run({"recover"}).out, "");
 }

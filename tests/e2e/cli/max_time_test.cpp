@@ -13,8 +13,8 @@ class MaxTime : public CheckoutTest {};
 TEST_F(MaxTime, EndsACommandThatWaitsForASilentServer) {
   Serve({"--fault", "* *=stall"});
   for (const auto& words : {std::vector<std::string>{"check", "sim"},
-                            {"get", kForkPath},
-                            {"--stall-timeout", "60", "info", kForkPath}}) {
+                            {"get", forkPath},
+                            {"--stall-timeout", "60", "info", forkPath}}) {
     std::vector<std::string> all = {"--max-time", "1"};
     all.insert(all.end(), words.begin(), words.end());
     const ProcessResult result = Run(all);
@@ -24,9 +24,9 @@ TEST_F(MaxTime, EndsACommandThatWaitsForASilentServer) {
   EXPECT_THAT(HereNames(), IsEmpty());
 }
 
-TEST_F(MaxTime, TellsWhatStandsAfterAChangeThatWasNotAnswered) {
+TEST_F(MaxTime, TellsStateOnServerAfterAChangeThatWasNotAnswered) {
   Serve({"--fault", "POST *checkout=stall"});
-  const ProcessResult result = Run({"--json", "--max-time", "1", "checkout", kForkPath});
+  const ProcessResult result = Run({"--json", "--max-time", "1", "checkout", forkPath});
   EXPECT_EQ(result.status, 12);
   EXPECT_THAT(result.err,
               HasSubstr("\"error\":\"timed-out\",\"exit\":12,\"message\":\"the time for the command "
@@ -38,7 +38,7 @@ TEST_F(MaxTime, TellsWhatStandsAfterAChangeThatWasNotAnswered) {
 TEST_F(MaxTime, OfAServerIsThatOfItsSection) {
   Serve({"--fault", "* *=stall"});
   WriteHome(".config/vtdirect/config", "[server slow]\nurl = " + server().url() + "\nmax_time = 1\n", 0600);
-  EXPECT_EQ(Run({"info", kForkPath}).status, 12);
+  EXPECT_EQ(Run({"info", forkPath}).status, 12);
   EXPECT_EQ(Run({"check", server().url()}).status, 12);
 }
 

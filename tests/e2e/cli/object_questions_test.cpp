@@ -10,8 +10,8 @@ using testing::IsEmpty;
 namespace vtdirect_test {
 namespace {
 
-constexpr const char* kFork = "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
-constexpr const char* kFullFork = "korvufenloom-vfs://sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
+constexpr const char* forkAddress = "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
+constexpr const char* fullFork = "korvufenloom-vfs://sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
 
 std::ptrdiff_t RequestsIn(const std::string& log) {
   return std::count(log.begin(), log.end(), '\n');
@@ -31,9 +31,9 @@ TEST_P(QuestionsToEachGeneration, TellWhetherObjectsAreUpToDate) {
   const std::string newest = server().Uid("D1001");
   const std::string older = server().Uid("D1101");
   const std::string brunos = server().Uid("D1015");
-  const ProcessResult result = Run({"status", newest, older, kFork, brunos});
+  const ProcessResult result = Run({"status", newest, older, forkAddress, brunos});
   EXPECT_EQ(result.out, "up-to-date\tB.1\tB.1\tnone\t" + newest + "\noutdated\tA.1\tB.1\tnot-possible\t" +
-                            older + "\nup-to-date\tB.1\tB.1\tnone\t" + kFork +
+                            older + "\nup-to-date\tB.1\tB.1\tnone\t" + forkAddress +
                             "\nup-to-date\tA.1\tA.1\tby-other (bruno)\t" + brunos + "\n");
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.status, 10);
@@ -42,24 +42,24 @@ TEST_P(QuestionsToEachGeneration, TellWhetherObjectsAreUpToDate) {
 
 TEST_P(QuestionsToEachGeneration, GiveThePathsOfAnObject) {
   for (const std::string& address :
-       {server().Uid("D1001"), std::string("//sim/?id=D1001"), std::string(kFork)}) {
-    EXPECT_EQ(Run({"path", address}).out, kFullFork + std::string("\n"));
-    EXPECT_EQ(Run({"path", "--latest", address}).out, kFullFork + std::string("\n"));
-    EXPECT_EQ(Run({"path", "--versioned", address}).out, kFullFork + std::string("\n"));
+       {server().Uid("D1001"), std::string("//sim/?id=D1001"), std::string(forkAddress)}) {
+    EXPECT_EQ(Run({"path", address}).out, fullFork + std::string("\n"));
+    EXPECT_EQ(Run({"path", "--latest", address}).out, fullFork + std::string("\n"));
+    EXPECT_EQ(Run({"path", "--versioned", address}).out, fullFork + std::string("\n"));
     EXPECT_EQ(Run({"path", "--folder", address}).out,
               "korvufenloom-vfs://sim/Products/Trekking Bike/Folders/Frame/\n");
   }
-  EXPECT_EQ(Run({"path", "--versioned", server().Uid("D1201")}).out, kFullFork + std::string("|A.2\n"));
+  EXPECT_EQ(Run({"path", "--versioned", server().Uid("D1201")}).out, fullFork + std::string("|A.2\n"));
 }
 
 TEST_P(QuestionsToEachGeneration, FindTheObjectOfAPathAndOfAPathWithAVersion) {
-  EXPECT_EQ(Run({"uid", kFork}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
-  EXPECT_EQ(Run({"uid", kFork + std::string("|A.2")}).out, server().Uid("D1201") + "&file=/fork.lxz\n");
+  EXPECT_EQ(Run({"uid", forkAddress}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  EXPECT_EQ(Run({"uid", forkAddress + std::string("|A.2")}).out, server().Uid("D1201") + "&file=/fork.lxz\n");
 }
 
 TEST_P(QuestionsToEachGeneration, GiveTheUrlOfAContent) {
-  const std::string url = "http://" + server().authority() + kForkContent;
-  EXPECT_EQ(Run({"url", kFork}).out, url + "\n");
+  const std::string url = "http://" + server().authority() + forkContent;
+  EXPECT_EQ(Run({"url", forkAddress}).out, url + "\n");
   EXPECT_THAT(Run({"url", "--json", server().Uid("D1001")}).out,
               testing::StartsWith("{\"schema\":2,\"command\":\"url\",\"url\":\"" + url +
                                   "\",\"cache_key\":\"_lxvdccache:"));
@@ -78,7 +78,7 @@ TEST_P(QuestionsToEachGeneration, DescribeADocumentWithItsVersionsAndItsPlace) {
                                     server().Uid("D1001") +
                                     "&file=/fork.lxz\ncheckout: not-possible\n"
                                     "path_latest: " +
-                                    kFullFork + "\npath_versioned: " + kFullFork +
+                                    fullFork + "\npath_versioned: " + fullFork +
                                     "|A.1\nfolder: korvufenloom-vfs://sim/Products/Trekking "
                                     "Bike/Folders/Frame/\nwritable: yes\n"));
   EXPECT_THAT(result.out, HasSubstr("\nweb_page: "));
@@ -101,7 +101,7 @@ TEST_P(QuestionsToEachGeneration, ListVersionsAsFarAsTheServerShowsThem) {
   const std::string b1 = server().Uid("D1001");
   const std::string a2 = server().Uid("D1201");
   const std::string a1 = server().Uid("D1101");
-  for (const std::string& address : {a2, kFork + std::string("|A.2"), std::string("//sim/?id=D1201")}) {
+  for (const std::string& address : {a2, forkAddress + std::string("|A.2"), std::string("//sim/?id=D1201")}) {
     const ProcessResult result = Run({"versions", address});
     EXPECT_EQ(result.status, 0);
     if (GetParam() == std::string("schema5")) {
@@ -133,7 +133,7 @@ TEST_F(VtDirect, Gives11ForVersionsWhoseListingBreaksOffAndPrintsWhatIsKnown) {
   EXPECT_EQ(json.status, 11);
 
   // What was looked for came before the listing broke.
-  const ProcessResult fork = Run({"versions", kFork});
+  const ProcessResult fork = Run({"versions", forkAddress});
   EXPECT_EQ(std::count(fork.out.begin(), fork.out.end(), '\n'), 3);
   EXPECT_EQ(fork.err, "");
   EXPECT_EQ(fork.status, 0);
@@ -190,24 +190,24 @@ TEST_F(VtDirect, GivesThePathOfAWorkingCopyInItsWorkspace) {
 
 TEST_F(VtDirect, AsksForOneFormOfAPathAtATime) {
   Serve();
-  EXPECT_EQ(Run({"path", "--latest", "--folder", kFork}).status, 2);
+  EXPECT_EQ(Run({"path", "--latest", "--folder", forkAddress}).status, 2);
   EXPECT_EQ(server().Log(), "");
 }
 
 TEST_F(VtDirect, TellsTheWorstOfSeveralStatuses) {
   Serve();
   const std::string dead = "http://127.0.0.1:" + std::to_string(UnusedPort()) + "/";
-  const ProcessResult missing = Run({"status", server().Uid("D1101"), server().Uid("D9999"), kFork});
+  const ProcessResult missing = Run({"status", server().Uid("D1101"), server().Uid("D9999"), forkAddress});
   EXPECT_EQ(missing.status, 6);
   EXPECT_THAT(missing.out, HasSubstr("\nfailed\t\t\t\t" + server().Uid("D9999") + "\nup-to-date\t"));
-  const ProcessResult unlisted = Run({"status", kFork, "//other/x"});
+  const ProcessResult unlisted = Run({"status", forkAddress, "//other/x"});
   EXPECT_EQ(unlisted.status, 9);
   EXPECT_THAT(unlisted.out, HasSubstr("up-to-date\tB.1\tB.1\tnone\t"));
-  const ProcessResult unreachable = Run({"status", "-s", "dead=" + dead, "//dead/Products/x", kFork});
+  const ProcessResult unreachable = Run({"status", "-s", "dead=" + dead, "//dead/Products/x", forkAddress});
   EXPECT_EQ(unreachable.status, 3);
   EXPECT_THAT(unreachable.out, HasSubstr("failed\t\t\t\t//dead/Products/x\nup-to-date\t"));
   EXPECT_THAT(unreachable.err, HasSubstr("cannot connect to " + dead));
-  EXPECT_EQ(Run({"status", kFork, "nonsense"}).status, 2);
+  EXPECT_EQ(Run({"status", forkAddress, "nonsense"}).status, 2);
 }
 
 TEST_F(VtDirect, AsksAServerThatCannotBeUsedOnce) {
@@ -216,7 +216,7 @@ TEST_F(VtDirect, AsksAServerThatCannotBeUsedOnce) {
   const std::ptrdiff_t ofOne = RequestsIn(server().Log());
   EXPECT_GT(ofOne, 0);
   const ProcessResult several =
-      Run({"status", server().Uid("D1001"), server().Uid("D1002"), kFork, "//sim/?id=D1003"});
+      Run({"status", server().Uid("D1001"), server().Uid("D1002"), forkAddress, "//sim/?id=D1003"});
   EXPECT_EQ(several.status, 3);
   EXPECT_EQ(std::count(several.out.begin(), several.out.end(), '\n'), 4);
   EXPECT_EQ(RequestsIn(server().Log()), 2 * ofOne);
@@ -224,10 +224,10 @@ TEST_F(VtDirect, AsksAServerThatCannotBeUsedOnce) {
 
 TEST_F(VtDirect, AsksAServerThatCannotBeUsedOnceForPathsToo) {
   Serve({"--fault", "* *=503"});
-  EXPECT_EQ(Run({"status", kFork}).status, 3);
+  EXPECT_EQ(Run({"status", forkAddress}).status, 3);
   const std::ptrdiff_t ofOne = RequestsIn(server().Log());
   EXPECT_GT(ofOne, 0);
-  EXPECT_EQ(Run({"status", kFork, kFork, kFork}).status, 3);
+  EXPECT_EQ(Run({"status", forkAddress, forkAddress, forkAddress}).status, 3);
   EXPECT_EQ(RequestsIn(server().Log()), 2 * ofOne);
 }
 

@@ -13,8 +13,8 @@ using testing::HasSubstr;
 namespace vtdirect_test {
 namespace {
 
-constexpr const char* kManual = "//sim/?id=D1032";
-constexpr const char* kTranslation = "//sim/?id=D1031";
+constexpr const char* manual = "//sim/?id=D1032";
+constexpr const char* translation = "//sim/?id=D1031";
 
 enum class Beginning { AsSeeded, CheckedOut, CheckoutIsGone };
 
@@ -29,87 +29,87 @@ struct EndedCommand {
   const char* told;
 };
 
-const EndedCommand kEnded[] = {
+const EndedCommand ended[] = {
     {"CheckoutThatLooks",
      Beginning::AsSeeded,
-     {"checkout", kForkPath},
+     {"checkout", forkPath},
      "GET",
      "/dkm/documents/",
      false,
      "nothing was changed"},
     {"Checkout",
      Beginning::AsSeeded,
-     {"checkout", kForkPath},
+     {"checkout", forkPath},
      "POST",
      "/checkout",
      true,
      " is checked out is not known"},
     {"Checkin",
      Beginning::CheckedOut,
-     {"checkin", kForkPath},
+     {"checkin", forkPath},
      "POST",
      "/checkin",
      true,
      " has ended is not known"},
     {"Undo",
      Beginning::CheckedOut,
-     {"undo", kForkPath},
+     {"undo", forkPath},
      "POST",
      "/undocheckout",
      true,
      " has ended is not known"},
     {"StoreThatAsksForAPlace",
      Beginning::CheckedOut,
-     {"put", "f", kForkPath},
+     {"put", "f", forkPath},
      "POST",
      "creationFactory",
      false,
      "nothing was stored"},
     {"Store",
      Beginning::CheckedOut,
-     {"put", "f", kForkPath},
+     {"put", "f", forkPath},
      "POST",
      "/store",
      true,
      "whether the server has stored it is not known"},
     {"CheckinOfWhatWasStored",
      Beginning::CheckedOut,
-     {"put", "f", kForkPath, "--checkin"},
+     {"put", "f", forkPath, "--checkin"},
      "POST",
      "/checkin",
      true,
      "the file is stored in the working copy"},
     {"VerifyThatAsks",
      Beginning::CheckedOut,
-     {"verify", kForkPath},
+     {"verify", forkPath},
      "GET",
      "/dkm/documents/",
      false,
      "nothing was changed"},
     {"Renewal",
      Beginning::CheckoutIsGone,
-     {"verify", "--renew", kForkPath},
+     {"verify", "--renew", forkPath},
      "POST",
      "/checkout",
      true,
      " is checked out anew is not known"},
     {"SourceXliff",
      Beginning::AsSeeded,
-     {"xliff", "put", kManual, "chain.xlf", "-l", "en"},
+     {"xliff", "put", manual, "chain.xlf", "-l", "en"},
      "POST",
      "/dkm/documents",
      true,
      "whether the server has taken chain.xlf is not known"},
     {"Publication",
      Beginning::AsSeeded,
-     {"xliff", "publish", kTranslation},
+     {"xliff", "publish", translation},
      "PATCH",
      "",
      true,
      " is marked as published is not known; the same command can be given again"},
     {"PublicationThatLooks",
      Beginning::AsSeeded,
-     {"xliff", "publish", kTranslation},
+     {"xliff", "publish", translation},
      "GET",
      "D1031",
      false,
@@ -127,7 +127,7 @@ class EndedWhileItWaits : public CheckoutTest, public testing::WithParamInterfac
     WriteFile(Here("f"), "new content");
     WriteFile(Here("chain.xlf"), English());
     if (GetParam().beginning == Beginning::AsSeeded) return;
-    const std::string uid = CheckOut(kForkPath);
+    const std::string uid = CheckOut(forkPath);
     if (GetParam().beginning == Beginning::CheckedOut) return;
     ASSERT_EQ(RunElsewhere({"undo", uid}).status, 0);
   }
@@ -156,7 +156,7 @@ class EndedWhileItWaits : public CheckoutTest, public testing::WithParamInterfac
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Commands, EndedWhileItWaits, testing::ValuesIn(kEnded),
+INSTANTIATE_TEST_SUITE_P(Commands, EndedWhileItWaits, testing::ValuesIn(ended),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST_P(EndedWhileItWaits, TellsWhetherAChangeIsOpen) {

@@ -16,8 +16,8 @@ class Open : public VtDirect {
 };
 
 TEST_F(Open, ShowsThePageOfADocumentInTheBrowser) {
-  const std::string url = Run({"browse-url", kForkPath}).out;
-  const ProcessResult result = Run({"open", kForkPath});
+  const std::string url = Run({"browse-url", forkPath}).out;
+  const ProcessResult result = Run({"open", forkPath});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(ReadFile(Home("shown")) + "\n", url);
   EXPECT_EQ(result.out, "");
@@ -25,13 +25,13 @@ TEST_F(Open, ShowsThePageOfADocumentInTheBrowser) {
 
 TEST_F(Open, GoesOnToTheNextBrowser) {
   environment_["BROWSER"] = "/no/such/browser:false:" + Home("browser");
-  EXPECT_EQ(Run({"open", kForkPath}).status, 0);
+  EXPECT_EQ(Run({"open", forkPath}).status, 0);
   EXPECT_THAT(ReadFile(Home("shown")), HasSubstr("http://"));
 }
 
 TEST_F(Open, NamesTheAddressWhenNoBrowserCanBeStarted) {
   environment_["BROWSER"] = "/no/such/browser";
-  const ProcessResult result = Run({"open", kForkPath});
+  const ProcessResult result = Run({"open", forkPath});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("no browser could be started for http://" + server().authority()));
 }

@@ -31,7 +31,7 @@ TEST_F(PasswordPrompt, AsksForUserAndPasswordAndDoesNotShowThePassword) {
   EXPECT_EQ(session->Wait(), 0);
   EXPECT_THAT(session->screen(), Not(HasSubstr("secret")));
   EXPECT_TRUE(session->Echoes());
-  EXPECT_THAT(ReadFile(Here("fork.lxz")), testing::StartsWith(kForkHead));
+  EXPECT_THAT(ReadFile(Here("fork.lxz")), testing::StartsWith(forkHead));
 }
 
 TEST_F(PasswordPrompt, AsksThreeTimesAtMost) {

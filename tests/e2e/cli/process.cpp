@@ -16,7 +16,7 @@
 namespace vtdirect_test {
 namespace {
 
-constexpr int kPatienceMilliseconds = 30'000;
+constexpr int patienceMilliseconds = 30'000;
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
@@ -112,13 +112,13 @@ void Process::AwaitEnd() const {
   const int end = static_cast<int>(syscall(SYS_pidfd_open, id_, 0));
   if (end < 0) return;
   pollfd waiting = {end, POLLIN, 0};
-  static_cast<void>(poll(&waiting, 1, kPatienceMilliseconds));
+  static_cast<void>(poll(&waiting, 1, patienceMilliseconds));
   close(end);
 }
 
 ProcessResult Process::Wait() {
   if (!ended_) AwaitEnd();
-  if (!WaitUntil([this] { return Reap(WNOHANG); }, kPatienceMilliseconds)) {
+  if (!WaitUntil([this] { return Reap(WNOHANG); }, patienceMilliseconds)) {
     ADD_FAILURE() << "the process does not end; standard error so far: " << Content(err_);
     kill(id_, SIGKILL);
     static_cast<void>(Reap(0));

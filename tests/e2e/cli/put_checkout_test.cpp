@@ -12,8 +12,8 @@ using testing::SizeIs;
 namespace vtdirect_test {
 namespace {
 
-const std::string kFrame = "//sim/Products/Trekking Bike/Folders/Frame/";
-const std::string kFramePath = kFrame + "frame.lxz";
+const std::string frameFolder = "//sim/Products/Trekking Bike/Folders/Frame/";
+const std::string framePath = frameFolder + "frame.lxz";
 
 }  // namespace
 
@@ -41,8 +41,8 @@ class PutIntoCheckout : public PutTest {
 };
 
 TEST_F(PutIntoCheckout, LeavesItCheckedOutUnlessToldToCheckIn) {
-  Checkout(kFramePath);
-  const ProcessResult stored = Run({"put", "f", kFramePath});
+  Checkout(framePath);
+  const ProcessResult stored = Run({"put", "f", framePath});
   EXPECT_EQ(stored.status, 0) << stored.err;
   EXPECT_EQ(stored.out, copy_ + "\n");
   EXPECT_EQ(DocumentOf(server(), CopyId()).bytes, "content");
@@ -54,7 +54,7 @@ TEST_F(PutIntoCheckout, LeavesItCheckedOutUnlessToldToCheckIn) {
   EXPECT_EQ(again.out, copy_ + "\n");
 
   WriteFile(Here("f"), "third content");
-  const ProcessResult checkedIn = Run({"put", "f", kFrame + "frame.lxz", "--checkin", "--json"});
+  const ProcessResult checkedIn = Run({"put", "f", frameFolder + "frame.lxz", "--checkin", "--json"});
   EXPECT_EQ(checkedIn.status, 0) << checkedIn.err;
   EXPECT_THAT(checkedIn.out, HasSubstr("\"checked_in\":true,\"checkout\":\"none\"}"));
   const ServerDocument document = DocumentOf(server(), IdIn(checkedIn.out));
@@ -63,13 +63,13 @@ TEST_F(PutIntoCheckout, LeavesItCheckedOutUnlessToldToCheckIn) {
   EXPECT_EQ(document.attributes.at("ZVK_DD_LANGUAGE"), "de");
   EXPECT_EQ(document.checkedOutBy, "");
   EXPECT_THAT(Book(), Not(HasSubstr(CopyId())));
-  EXPECT_EQ(Content(kFramePath), "third content");
+  EXPECT_EQ(Content(framePath), "third content");
 }
 
 TEST_F(PutIntoCheckout, StoresAllThereIsAndLeavesItCheckedOut) {
-  Checkout(kFramePath);
+  Checkout(framePath);
   const std::string before = DocumentOf(server(), "D1002").bytes;
-  const ProcessResult stored = Run({"put", "f", kFramePath, "--viewable", "view", "--metadata", "meta",
+  const ProcessResult stored = Run({"put", "f", framePath, "--viewable", "view", "--metadata", "meta",
                                     "--language", "de", "--link", "gear=" + server().Uid("D1003")});
   EXPECT_EQ(stored.status, 0) << stored.err;
   EXPECT_EQ(stored.out, copy_ + "\n");
@@ -83,9 +83,9 @@ TEST_F(PutIntoCheckout, StoresAllThereIsAndLeavesItCheckedOut) {
   EXPECT_EQ(DocumentOf(server(), "D1002").bytes, before);
   EXPECT_EQ(DocumentOf(server(), "D1002").checkedOutBy, "anna");
   EXPECT_THAT(Book(), HasSubstr("\t" + copy_ + "\t"));
-  EXPECT_EQ(Run({"links", kFramePath}).out, "gear\t" + server().Uid("D1003") + "&file=/gear.lxz\n");
+  EXPECT_EQ(Run({"links", framePath}).out, "gear\t" + server().Uid("D1003") + "&file=/gear.lxz\n");
 
-  const std::string checkedIn = Run({"checkin", kFramePath}).out;
+  const std::string checkedIn = Run({"checkin", framePath}).out;
   const ServerDocument document = DocumentOf(server(), IdIn(checkedIn));
   EXPECT_EQ(document.version, "A.4");
   EXPECT_EQ(document.bytes, "content");
@@ -96,33 +96,33 @@ TEST_F(PutIntoCheckout, StoresAllThereIsAndLeavesItCheckedOut) {
 
 // What the document was when it was checked out does not count any more.
 TEST_F(PutIntoCheckout, KeepsTheLinksThatTheWorkingCopyHasByNow) {
-  Checkout(kFramePath);
-  ASSERT_EQ(Run({"put", "f", kFramePath, "--link", "gear=" + server().Uid("D1003")}).status, 0);
+  Checkout(framePath);
+  ASSERT_EQ(Run({"put", "f", framePath, "--link", "gear=" + server().Uid("D1003")}).status, 0);
   WriteFile(Here("f"), "second content");
-  EXPECT_EQ(Run({"put", "f", kFramePath}).out, copy_ + "\n");
+  EXPECT_EQ(Run({"put", "f", framePath}).out, copy_ + "\n");
   EXPECT_EQ(DocumentOf(server(), CopyId()).bytes, "second content");
   EXPECT_THAT(DocumentOf(server(), CopyId()).sources, ElementsAre(Pair("gear", "D1003")));
-  EXPECT_EQ(Run({"put", "f", kFramePath, "--link", "gear="}).out, copy_ + "\n");
+  EXPECT_EQ(Run({"put", "f", framePath, "--link", "gear="}).out, copy_ + "\n");
   EXPECT_THAT(DocumentOf(server(), CopyId()).sources, IsEmpty());
   EXPECT_EQ(DocumentOf(server(), "D1002").checkedOutBy, "anna");
 }
 
 TEST_F(PutIntoCheckout, WithAViewableThatFailsAtTheStoreLeavesTheCheckout) {
-  Checkout(kFramePath, {"--fault", "POST */store=503*1"});
-  const ProcessResult failed = Run({"put", "f", kFramePath, "--viewable", "view"});
+  Checkout(framePath, {"--fault", "POST */store=503*1"});
+  const ProcessResult failed = Run({"put", "f", framePath, "--viewable", "view"});
   EXPECT_EQ(failed.status, 1);
   EXPECT_THAT(failed.err, HasSubstr("storing into the working copy " + copy_ + " from f failed"));
   EXPECT_THAT(failed.err,
               HasSubstr("; you still have it checked out, and whether the file is stored in it is "
                         "not known; the same command can be given again"));
-  EXPECT_EQ(Run({"put", "f", kFramePath, "--viewable", "view"}).out, copy_ + "\n");
+  EXPECT_EQ(Run({"put", "f", framePath, "--viewable", "view"}).out, copy_ + "\n");
 }
 
 // The library asks a search whether it has a working copy before it. Without an answer it must not take the
 // copy for a document and iterate or check it in.
 TEST_F(PutIntoCheckout, WithAViewableNeedsNoSearchForTheCopy) {
-  Checkout(kFramePath, {"--fault", "GET *documents/search*=503"});
-  const ProcessResult stored = Run({"put", "f", kFramePath, "--viewable", "view"});
+  Checkout(framePath, {"--fault", "GET *documents/search*=503"});
+  const ProcessResult stored = Run({"put", "f", framePath, "--viewable", "view"});
   EXPECT_EQ(stored.status, 0) << stored.err;
   EXPECT_EQ(DocumentOf(server(), CopyId()).bytes, "content");
   EXPECT_THAT(DocumentOf(server(), CopyId()).secondary, SizeIs(1));
@@ -132,9 +132,9 @@ TEST_F(PutIntoCheckout, WithAViewableNeedsNoSearchForTheCopy) {
 }
 
 TEST_F(PutIntoCheckout, StoresAllThereIsTogetherWithTheCheckIn) {
-  Checkout(kFramePath);
+  Checkout(framePath);
   const ProcessResult result =
-      Run({"put", "f", kFramePath, "--viewable", "view", "--metadata", "meta", "--language", "de", "--link",
+      Run({"put", "f", framePath, "--viewable", "view", "--metadata", "meta", "--language", "de", "--link",
            "gear=" + server().Uid("D1003"), "--checkin"});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.err, HasSubstr(", and checked in\n"));
@@ -151,10 +151,10 @@ TEST_F(PutIntoCheckout, StoresAllThereIsTogetherWithTheCheckIn) {
 }
 
 TEST_F(PutIntoCheckout, KeepsTheLinksOfADocumentThatHasSome) {
-  Checkout(kFrame + "fork.lxz");
-  EXPECT_EQ(Run({"put", "f", kFrame + "fork.lxz"}).out, copy_ + "\n");
+  Checkout(frameFolder + "fork.lxz");
+  EXPECT_EQ(Run({"put", "f", frameFolder + "fork.lxz"}).out, copy_ + "\n");
   EXPECT_THAT(DocumentOf(server(), CopyId()).sources, ElementsAre(Pair("frame.lxz", "D1002")));
-  const ProcessResult result = Run({"put", "f", kFrame + "fork.lxz", "--checkin"});
+  const ProcessResult result = Run({"put", "f", frameFolder + "fork.lxz", "--checkin"});
   EXPECT_EQ(result.status, 0) << result.err;
   const ServerDocument document = DocumentOf(server(), IdIn(result.out));
   EXPECT_EQ(document.bytes, "content");
@@ -163,28 +163,28 @@ TEST_F(PutIntoCheckout, KeepsTheLinksOfADocumentThatHasSome) {
 }
 
 TEST_F(PutIntoCheckout, OfAnotherKindStoresTheContentAlone) {
-  Checkout(kFramePath);
-  const ProcessResult result = Run({"put", "f", kFramePath, "--kind", "general", "--force"});
+  Checkout(framePath);
+  const ProcessResult result = Run({"put", "f", framePath, "--kind", "general", "--force"});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(result.out, copy_ + "\n");
   EXPECT_EQ(DocumentOf(server(), CopyId()).bytes, "content");
 }
 
 TEST_F(PutIntoCheckout, ThatFailsAtTheStoreLeavesTheCheckout) {
-  Checkout(kFramePath, {"--fault", "POST */store=503*1"});
-  const ProcessResult failed = Run({"put", "f", kFramePath, "--checkin"});
+  Checkout(framePath, {"--fault", "POST */store=503*1"});
+  const ProcessResult failed = Run({"put", "f", framePath, "--checkin"});
   EXPECT_EQ(failed.status, 1);
   EXPECT_THAT(failed.err, HasSubstr("storing into the working copy " + copy_ + " from f failed"));
   EXPECT_THAT(failed.err, HasSubstr("; you still have it checked out, and whether the file is stored"));
   EXPECT_EQ(DocumentOf(server(), "D1002").checkedOutBy, "anna");
-  EXPECT_EQ(Run({"put", "f", kFramePath, "--checkin"}).status, 0);
-  EXPECT_EQ(Content(kFramePath), "content");
+  EXPECT_EQ(Run({"put", "f", framePath, "--checkin"}).status, 0);
+  EXPECT_EQ(Content(framePath), "content");
 }
 
 // The library tells one failure for the store and the check-in behind it. What was refused is the second.
 TEST_F(PutIntoCheckout, WithAViewableThatIsRefusedAtTheCheckInDoesNotSayThatNothingIsStored) {
-  Checkout(kFramePath, {"--fault", "POST */checkin=409*1"});
-  const ProcessResult failed = Run({"put", "f", kFramePath, "--viewable", "view", "--checkin"});
+  Checkout(framePath, {"--fault", "POST */checkin=409*1"});
+  const ProcessResult failed = Run({"put", "f", framePath, "--viewable", "view", "--checkin"});
   EXPECT_EQ(failed.status, 1);
   EXPECT_THAT(failed.err,
               HasSubstr("the file is stored in the working copy " + copy_ + ", but checking it in failed"));
@@ -194,8 +194,8 @@ TEST_F(PutIntoCheckout, WithAViewableThatIsRefusedAtTheCheckInDoesNotSayThatNoth
 
 TEST_F(PutIntoCheckout, TellsOfTheWorkspaceThatStays) {
   for (const std::vector<std::string>& more : {std::vector<std::string>{}, {"--viewable", "view"}}) {
-    Checkout(kFramePath, {"--fault", "POST */delete=500*1"});
-    std::vector<std::string> words{"put", "f", kFramePath, "--checkin"};
+    Checkout(framePath, {"--fault", "POST */delete=500*1"});
+    std::vector<std::string> words{"put", "f", framePath, "--checkin"};
     words.insert(words.end(), more.begin(), more.end());
     const ProcessResult result = Run(words);
     EXPECT_EQ(result.status, 0);
@@ -207,60 +207,60 @@ TEST_F(PutIntoCheckout, TellsOfTheWorkspaceThatStays) {
 }
 
 TEST_F(PutIntoCheckout, ThatFailsAtTheCheckInLeavesTheStoredCopy) {
-  Checkout(kFramePath, {"--fault", "POST */checkin=503*1"});
-  const ProcessResult failed = Run({"put", "f", kFramePath, "--checkin"});
+  Checkout(framePath, {"--fault", "POST */checkin=503*1"});
+  const ProcessResult failed = Run({"put", "f", framePath, "--checkin"});
   EXPECT_EQ(failed.status, 1);
   EXPECT_THAT(failed.err, HasSubstr("the file is stored in the working copy " + copy_));
   EXPECT_EQ(DocumentOf(server(), CopyId()).bytes, "content");
   EXPECT_THAT(Book(), HasSubstr(CopyId()));
-  EXPECT_EQ(Run({"checkin", kFramePath}).status, 0);
-  EXPECT_EQ(Content(kFramePath), "content");
+  EXPECT_EQ(Run({"checkin", framePath}).status, 0);
+  EXPECT_EQ(Content(framePath), "content");
 }
 
 TEST_F(PutIntoCheckout, WithAViewableThatFailsAtTheCheckInIsToldFromTheStore) {
-  Checkout(kFramePath, {"--fault", "POST */checkin=503*1"});
-  const ProcessResult failed = Run({"put", "f", kFramePath, "--checkin", "--viewable", "view"});
+  Checkout(framePath, {"--fault", "POST */checkin=503*1"});
+  const ProcessResult failed = Run({"put", "f", framePath, "--checkin", "--viewable", "view"});
   EXPECT_EQ(failed.status, 1);
   EXPECT_THAT(failed.err,
               HasSubstr("the file is stored in the working copy " + copy_ + ", but checking it in failed"));
-  EXPECT_EQ(Run({"put", "f", kFramePath, "--checkin", "--viewable", "view"}).status, 0);
-  EXPECT_EQ(Content(kFramePath), "content");
+  EXPECT_EQ(Run({"put", "f", framePath, "--checkin", "--viewable", "view"}).status, 0);
+  EXPECT_EQ(Content(framePath), "content");
 }
 
 // The server checks in, and its answer is lost.
 TEST_F(PutIntoCheckout, WithAViewableWhoseCheckInWasNotConfirmedSaysThatItIsNotCheckedOut) {
-  Checkout(kFramePath, {"--fault", "POST */checkin=cut:10"});
-  const ProcessResult together = Run({"put", "f", kFramePath, "--checkin", "--viewable", "view"});
+  Checkout(framePath, {"--fault", "POST */checkin=cut:10"});
+  const ProcessResult together = Run({"put", "f", framePath, "--checkin", "--viewable", "view"});
   EXPECT_EQ(together.status, 1);
   EXPECT_THAT(together.err, HasSubstr("it is not seen to be checked out any more; "));
-  EXPECT_EQ(Content(kFramePath), "content");
+  EXPECT_EQ(Content(framePath), "content");
 }
 
 TEST_F(PutIntoCheckout, WhoseSeparateCheckInWasNotConfirmedSaysThatItIsNotCheckedOut) {
-  Checkout(kFramePath, {"--fault", "POST */checkin=cut:10"});
-  const ProcessResult apart = Run({"put", "f", kFramePath, "--checkin"});
+  Checkout(framePath, {"--fault", "POST */checkin=cut:10"});
+  const ProcessResult apart = Run({"put", "f", framePath, "--checkin"});
   EXPECT_EQ(apart.status, 1);
   EXPECT_THAT(apart.err, HasSubstr("it is not seen to be checked out any more; "));
-  EXPECT_EQ(Content(kFramePath), "content");
+  EXPECT_EQ(Content(framePath), "content");
 }
 
 TEST_F(PutIntoCheckout, ThatHasEndedElsewhereIsRefused) {
-  Checkout(kFramePath);
+  Checkout(framePath);
   environment_["XDG_STATE_HOME"] = Home("elsewhere");
   ASSERT_EQ(Run({"undo", copy_}).status, 0);
   environment_.erase("XDG_STATE_HOME");
-  const ProcessResult result = Run({"put", "f", kFramePath});
+  const ProcessResult result = Run({"put", "f", framePath});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("the checkout " + copy_ +
-                                    " that is kept here does not stand any more; nothing "
+                                    " that is kept here has ended; nothing "
                                     "was sent"));
 }
 
 TEST_F(PutIntoCheckout, TellsItsLinksAndThePageThatEditsItsAttributes) {
-  Checkout(kFrame + "fork.lxz");
-  EXPECT_EQ(Run({"links", kFrame + "fork.lxz"}).out,
+  Checkout(frameFolder + "fork.lxz");
+  EXPECT_EQ(Run({"links", frameFolder + "fork.lxz"}).out,
             "frame.lxz\t" + server().Uid("D1002") + "&file=/frame.lxz\n");
-  const ProcessResult page = Run({"edit-url", kFrame + "fork.lxz"});
+  const ProcessResult page = Run({"edit-url", frameFolder + "fork.lxz"});
   EXPECT_EQ(page.status, 0) << page.err;
   EXPECT_THAT(page.out, HasSubstr("action=MULTIEDITATTR&oid=D1001&wsName=FenloomTMP"));
 }

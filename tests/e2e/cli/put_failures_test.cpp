@@ -12,8 +12,8 @@ using testing::Not;
 namespace vtdirect_test {
 namespace {
 
-const std::string kFrame = "//sim/Products/Trekking Bike/Folders/Frame/";
-const std::string kBench = "//sim/Products/Trekking Bike/Workspaces/Anna's bench/";
+const std::string frameFolder = "//sim/Products/Trekking Bike/Folders/Frame/";
+const std::string bench = "//sim/Products/Trekking Bike/Workspaces/Anna's bench/";
 
 // Each request that stores, and how far the message says it came.
 struct Step {
@@ -22,13 +22,13 @@ struct Step {
   const char* point;
 };
 
-constexpr Step kTicket{"Ticket", "POST *creationFactory", "failed before the file was sent"};
-constexpr Step kUpload{"Upload", "POST *content/upload/*", "failed after the file was sent"};
-constexpr Step kCreation{"Creation", "POST *dkm/documents", "failed after the file was sent"};
-constexpr Step kStore{"Store", "POST *W301/store", "failed after the file was sent"};
+constexpr Step ticketPath{"Ticket", "POST *creationFactory", "failed before the file was sent"};
+constexpr Step uploadPath{"Upload", "POST *content/upload/*", "failed after the file was sent"};
+constexpr Step creation{"Creation", "POST *dkm/documents", "failed after the file was sent"};
+constexpr Step store{"Store", "POST *W301/store", "failed after the file was sent"};
 
 // What is answered in place of success without the server having done anything.
-constexpr const char* kRefusals[] = {"503", "409", "drop"};
+constexpr const char* refusals[] = {"503", "409", "drop"};
 
 }  // namespace
 
@@ -68,33 +68,34 @@ class IterationRefused : public PutRefused {};
 class StoreRefused : public PutRefused {};
 
 INSTANTIATE_TEST_SUITE_P(Steps, CreationRefused,
-                         testing::Combine(testing::Values(kTicket, kUpload, kCreation),
-                                          testing::ValuesIn(kRefusals)),
+                         testing::Combine(testing::Values(ticketPath, uploadPath, creation),
+                                          testing::ValuesIn(refusals)),
                          NameOfStep);
 INSTANTIATE_TEST_SUITE_P(Steps, IterationRefused,
-                         testing::Combine(testing::Values(kTicket, kUpload, kCreation),
-                                          testing::ValuesIn(kRefusals)),
+                         testing::Combine(testing::Values(ticketPath, uploadPath, creation),
+                                          testing::ValuesIn(refusals)),
                          NameOfStep);
 INSTANTIATE_TEST_SUITE_P(Steps, StoreRefused,
-                         testing::Combine(testing::Values(kTicket, kUpload, kStore),
-                                          testing::ValuesIn(kRefusals)),
+                         testing::Combine(testing::Values(ticketPath, uploadPath, store),
+                                          testing::ValuesIn(refusals)),
                          NameOfStep);
 
 TEST_P(CreationRefused, LeavesNothingAndSaysSo) {
   const auto [step, action] = GetParam();
-  const ProcessResult result = PutWithFault(std::string(step.request) + "=" + action, kFrame);
+  const ProcessResult result = PutWithFault(std::string(step.request) + "=" + action, frameFolder);
   EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.err, HasSubstr("creating " + kFrame + "f from f " + step.point + " ("));
+  EXPECT_THAT(result.err, HasSubstr("creating " + frameFolder + "f from f " + step.point + " ("));
   EXPECT_THAT(result.err,
               HasSubstr(MayComeYet() ? "; there is no such document, but its creation may still be "
                                        "carried out; \"vtdirect recover\" asks again, "
                                      : "; nothing was created; the same command can be given again"));
-  EXPECT_THAT(Run({"ls", kFrame}).out, Not(HasSubstr("/f\n")));
+  EXPECT_THAT(Run({"ls", frameFolder}).out, Not(HasSubstr("/f\n")));
 }
 
 TEST_P(IterationRefused, LeavesTheNewestIterationAndSaysSo) {
   const auto [step, action] = GetParam();
-  const ProcessResult result = PutWithFault(std::string(step.request) + "=" + action, kFrame + "frame.lxz");
+  const ProcessResult result =
+      PutWithFault(std::string(step.request) + "=" + action, frameFolder + "frame.lxz");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("making a new iteration of " + server().Uid("D1002") +
                                     "&file=/frame.lxz from f " + step.point));
@@ -103,12 +104,12 @@ TEST_P(IterationRefused, LeavesTheNewestIterationAndSaysSo) {
                                        "carried out; \"vtdirect recover\" asks again, "
                                      : "; nothing was changed, A.3 is the newest iteration still; the "
                                        "same command can be given again"));
-  EXPECT_THAT(Content(kFrame + "frame.lxz"), HasSubstr("version A.3\n"));
+  EXPECT_THAT(Content(frameFolder + "frame.lxz"), HasSubstr("version A.3\n"));
 }
 
 TEST_P(StoreRefused, LeavesTheWorkingCopyAndSaysSo) {
   const auto [step, action] = GetParam();
-  const ProcessResult result = PutWithFault(std::string(step.request) + "=" + action, kBench + "crank.lxz");
+  const ProcessResult result = PutWithFault(std::string(step.request) + "=" + action, bench + "crank.lxz");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("storing into the working copy " + server().Uid("D1026|W301") +
                                     "&file=/crank.lxz from f " + step.point));
@@ -121,17 +122,17 @@ TEST_P(StoreRefused, LeavesTheWorkingCopyAndSaysSo) {
 
 // The server does what it is asked, and its answer is lost.
 TEST_F(PutFailure, TellsOfADocumentWhoseCreationWasNotConfirmed) {
-  const ProcessResult result = PutWithFault("POST *dkm/documents=cut:10", kFrame);
+  const ProcessResult result = PutWithFault("POST *dkm/documents=cut:10", frameFolder);
   EXPECT_EQ(result.status, 1);
-  const std::string uid = Run({"uid", kFrame + "f"}).out;
+  const std::string uid = Run({"uid", frameFolder + "f"}).out;
   ASSERT_NE(uid, "");
   EXPECT_THAT(result.err, HasSubstr("; a document is there now, and only the answer may have been lost: " +
                                     uid.substr(0, uid.size() - 1) + "; "));
-  EXPECT_EQ(Content(kFrame + "f"), "content");
+  EXPECT_EQ(Content(frameFolder + "f"), "content");
 }
 
 TEST_F(PutFailure, TellsOfAnIterationThatWasNotConfirmed) {
-  const ProcessResult result = PutWithFault("POST *dkm/documents=cut:10", kFrame + "frame.lxz");
+  const ProcessResult result = PutWithFault("POST *dkm/documents=cut:10", frameFolder + "frame.lxz");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err,
               HasSubstr("; the newest iteration is A.4 now, and only the answer may have been lost; "));
@@ -141,27 +142,27 @@ TEST_F(PutFailure, OfOneWhoCameTooLateSaysThatSomebodyElseWasFaster) {
   Serve({"--latency", "200"});
   for (const std::string& name : {std::string("frame.lxz"), std::string("new.lxz")}) {
     const std::size_t before = server().Log().size();
-    const auto late = Start({"put", "f", kFrame + name});
+    const auto late = Start({"put", "f", frameFolder + name});
     ASSERT_TRUE(WaitUntil([&] { return server().Log().find("csrf", before) != std::string::npos; }));
     // Ticket and upload have still to be answered, and what makes the document comes behind them.
     late->Signal(SIGSTOP);
-    EXPECT_EQ(Run({"put", "f", kFrame + name}).status, 0);
+    EXPECT_EQ(Run({"put", "f", frameFolder + name}).status, 0);
     late->Signal(SIGCONT);
     const ProcessResult result = late->Wait();
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, HasSubstr("write the document: conflict, HTTP 409: "));
     EXPECT_THAT(result.err,
-                HasSubstr(name == "new.lxz" ? "; a document has come to stand there meanwhile: "
+                HasSubstr(name == "new.lxz" ? "; a document has appeared there meanwhile: "
                                             : "; somebody has made the iteration A.4 meanwhile; "));
   }
 }
 
 TEST_F(PutFailure, OfAnAnswerThatTellsOfNoDocumentIsToldWhenThereIsNone) {
-  const ProcessResult result = PutWithFault("POST *dkm/documents=200*1", kFrame);
+  const ProcessResult result = PutWithFault("POST *dkm/documents=200*1", frameFolder);
   EXPECT_EQ(result.status, 11);
   EXPECT_THAT(result.err, HasSubstr("the server has taken f and did not tell what became of it; it shows no "
                                     "document " +
-                                    kFrame + "f; "));
+                                    frameFolder + "f; "));
 }
 
 // What a server tells of itself passes through a temporary file. The bound holds for the message as well,
@@ -169,20 +170,20 @@ TEST_F(PutFailure, OfAnAnswerThatTellsOfNoDocumentIsToldWhenThereIsNone) {
 TEST_F(PutFailure, ForWantOfAnyRoomBlamesNoServer) {
   Serve();
   fileSizeLimit_ = 480;
-  const ProcessResult result = Run({"put", "f", kFrame});
+  const ProcessResult result = Run({"put", "f", frameFolder});
   EXPECT_EQ(result.status, 8);
   EXPECT_THAT(result.err, HasSubstr("could not be copied whole"));
 }
 
 TEST_F(PutFailure, OfTheUploadsAnswerLeavesNothing) {
-  const ProcessResult result = PutWithFault("POST *content/upload/*=cut:10", kFrame);
+  const ProcessResult result = PutWithFault("POST *content/upload/*=cut:10", frameFolder);
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("; nothing was created; "));
 }
 
 TEST_F(PutFailure, OfTheCheckInTellsThatTheFileIsStored) {
   Serve({"--fault", "POST *W301/checkin=503*1"});
-  const ProcessResult result = Run({"put", "f", kBench + "crank.lxz", "--checkin"});
+  const ProcessResult result = Run({"put", "f", bench + "crank.lxz", "--checkin"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, "");
   const std::string uid = server().Uid("D1026|W301") + "&file=/crank.lxz";
@@ -195,20 +196,20 @@ TEST_F(PutFailure, OfTheCheckInTellsThatTheFileIsStored) {
 TEST_F(PutFailure, OfAFileThatIsTooLargeSaysSo) {
   Serve({"--max-upload", "5000"});
   WriteFile(Here("f"), std::string(100'000, 'x'));
-  const ProcessResult created = Run({"put", "f", kFrame});
+  const ProcessResult created = Run({"put", "f", frameFolder});
   EXPECT_EQ(created.status, 1);
   EXPECT_THAT(created.err, HasSubstr("(the server takes no files as large as this); nothing was created"));
-  const ProcessResult iterated = Run({"put", "f", kFrame + "frame.lxz"});
+  const ProcessResult iterated = Run({"put", "f", frameFolder + "frame.lxz"});
   EXPECT_THAT(iterated.err, HasSubstr("(the server takes no files as large as this); nothing was changed"));
-  const ProcessResult stored = Run({"put", "f", kBench + "crank.lxz"});
+  const ProcessResult stored = Run({"put", "f", bench + "crank.lxz"});
   EXPECT_THAT(stored.err, HasSubstr("(the server takes no files as large as this); you still have it"));
   WriteFile(Here("f"), "small");
-  EXPECT_EQ(Run({"put", "f", kFrame}).status, 0);
+  EXPECT_EQ(Run({"put", "f", frameFolder}).status, 0);
 }
 
-TEST_F(PutFailure, WithoutAServerToAskSaysThatItIsNotKnownWhatStands) {
+TEST_F(PutFailure, WithoutAServerToAskSaysThatItIsNotKnownStateOnServer) {
   Serve({"--fault", "POST *dkm/documents=cut:10", "--fault", "GET *OrvetGW*=drop"});
-  const ProcessResult result = Run({"put", "f", kFrame});
+  const ProcessResult result = Run({"put", "f", frameFolder});
   EXPECT_EQ(result.status, 3);
   EXPECT_THAT(
       result.err,
@@ -217,7 +218,7 @@ TEST_F(PutFailure, WithoutAServerToAskSaysThatItIsNotKnownWhatStands) {
           ": the server closed the connection without an answer; try again; if it "
           "stays so, look whether the address should begin with https); what stands now could not be found "
           "out; \"vtdirect info '" +
-          kFrame + "f'\" tells when the server answers"));
+          frameFolder + "f'\" tells when the server answers"));
 }
 
 // The library copies the files before it sends them, and a copy that could not be made whole would be a torn
@@ -226,11 +227,11 @@ TEST_F(PutFailure, ForWantOfRoomForTheCopySaysSo) {
   Serve();
   WriteFile(Here("f"), std::string(300'000, 'x'));
   fileSizeLimit_ = 100'000;
-  const ProcessResult result = Run({"put", "f", kFrame});
+  const ProcessResult result = Run({"put", "f", frameFolder});
   EXPECT_EQ(result.status, 8);
   EXPECT_THAT(result.err, HasSubstr("could not be copied whole to the directory for temporary files"));
   EXPECT_THAT(result.err, HasSubstr("nothing was stored"));
-  EXPECT_THAT(Run({"ls", kFrame}).out, Not(HasSubstr("/f\n")));
+  EXPECT_THAT(Run({"ls", frameFolder}).out, Not(HasSubstr("/f\n")));
 }
 
 // What is around the file makes the body longer, so that a copy without its end may be longer than the file.
@@ -239,7 +240,7 @@ TEST_F(PutFailure, ForWantOfRoomForTheEndOfTheBodySendsNoHalfOne) {
   fileSizeLimit_ = 100'000;
   for (const std::size_t room : {0U, 100U, 300U}) {
     WriteFile(Here("f"), std::string(fileSizeLimit_ - room, 'x'));
-    const ProcessResult result = Run({"put", "f", kFrame});
+    const ProcessResult result = Run({"put", "f", frameFolder});
     EXPECT_EQ(result.status, 8) << room;
     EXPECT_THAT(result.err, HasSubstr("nothing was stored")) << room;
     EXPECT_THAT(server().Log(), Not(HasSubstr("content/upload"))) << room;
@@ -254,17 +255,17 @@ TEST_F(PutFailure, OfAFileThatGrowsStoresNothing) {
       std::ofstream(Here("f"), std::ios::app) << "x";
       SleepMilliseconds(1);
     });
-    result = Run({"put", "f", kFrame});
+    result = Run({"put", "f", frameFolder});
   }
   EXPECT_EQ(result.status, 8);
   EXPECT_THAT(result.err, HasSubstr("vtdirect: f was written to while it was read; nothing was stored"));
-  EXPECT_THAT(Run({"ls", kFrame}).out, Not(HasSubstr("/f\n")));
+  EXPECT_THAT(Run({"ls", frameFolder}).out, Not(HasSubstr("/f\n")));
 }
 
 TEST_F(PutFailure, OfAFileThatShrinksOrGoesStoresNothing) {
   Serve({"--latency", "50"});
   WriteFile(Here("frame.lxz"), std::string(100'000, 'x'));
-  auto process = Start({"put", "frame.lxz", kFrame, "--viewable", "f"});
+  auto process = Start({"put", "frame.lxz", frameFolder, "--viewable", "f"});
   // The first answer comes later than this, and the files are read behind the last of several.
   ASSERT_TRUE(WaitUntil([this] { return server().Log() != ""; }));
   WriteFile(Here("frame.lxz"), "short");
@@ -272,13 +273,13 @@ TEST_F(PutFailure, OfAFileThatShrinksOrGoesStoresNothing) {
   EXPECT_EQ(shrunk.status, 8);
   EXPECT_THAT(shrunk.err, HasSubstr("frame.lxz was written to while it was read"));
   const std::string before = server().Log();
-  process = Start({"put", "frame.lxz", kFrame, "--viewable", "f"});
+  process = Start({"put", "frame.lxz", frameFolder, "--viewable", "f"});
   ASSERT_TRUE(WaitUntil([&] { return server().Log() != before; }));
   unlink(Here("f").c_str());
   const ProcessResult gone = process->Wait();
   EXPECT_EQ(gone.status, 8);
   EXPECT_THAT(gone.err, HasSubstr("f was written to while it was read"));
-  EXPECT_THAT(Content(kFrame + "frame.lxz"), HasSubstr("version A.3\n"));
+  EXPECT_THAT(Content(frameFolder + "frame.lxz"), HasSubstr("version A.3\n"));
 }
 
 /// A server that answers a request no more, and a user who has had enough.
@@ -288,7 +289,7 @@ class PutInterrupted : public PutFailure {
     Serve({"--fault", request + "=stall"});
     words.insert(words.begin(), "put");
     const auto process = Start(words);
-    EXPECT_TRUE(WaitUntil([this] { return server().Log().find(kLookedUp) != std::string::npos; }));
+    EXPECT_TRUE(WaitUntil([this] { return server().Log().find(lookedUp) != std::string::npos; }));
     // The request is on its way; nothing else tells when it has arrived.
     SleepMilliseconds(1000);
     process->Signal(SIGINT);
@@ -299,23 +300,23 @@ class PutInterrupted : public PutFailure {
   }
 
  private:
-  static constexpr const char* kLookedUp = "csrf";
+  static constexpr const char* lookedUp = "csrf";
 };
 
 TEST_F(PutInterrupted, BeforeTheFileIsSentSaysThatNothingIsStored) {
-  EXPECT_EQ(InterruptAt("POST *creationFactory", {"f", kFrame}).err,
+  EXPECT_EQ(InterruptAt("POST *creationFactory", {"f", frameFolder}).err,
             "vtdirect: interrupted; nothing was stored\n");
 }
 
 TEST_F(PutInterrupted, WhileTheFileIsTakenSaysThatItIsNotKnown) {
-  EXPECT_EQ(InterruptAt("POST *content/upload/*", {"f", kFrame}).err,
+  EXPECT_EQ(InterruptAt("POST *content/upload/*", {"f", frameFolder}).err,
             "vtdirect: interrupted; the file was sent, and whether the server has stored it is not known; "
             "\"vtdirect info '" +
-                kFrame + "f'\" tells\n");
+                frameFolder + "f'\" tells\n");
 }
 
 TEST_F(PutInterrupted, WhileTheWorkingCopyIsStoredSaysSoInJsonToo) {
-  const std::string err = InterruptAt("POST *W301/store", {"f", kBench + "crank.lxz", "--json"}).err;
+  const std::string err = InterruptAt("POST *W301/store", {"f", bench + "crank.lxz", "--json"}).err;
   EXPECT_THAT(err,
               testing::StartsWith("{\"schema\":2,\"command\":\"put\",\"error\":\"interrupted\",\"exit\":130,"
                                   "\"message\":\"interrupted; the file was sent, and whether the server has "
@@ -324,7 +325,7 @@ TEST_F(PutInterrupted, WhileTheWorkingCopyIsStoredSaysSoInJsonToo) {
 }
 
 TEST_F(PutInterrupted, WhileItIsCheckedInSaysThatTheFileIsStored) {
-  const std::string err = InterruptAt("POST *W301/checkin", {"f", kBench + "crank.lxz", "--checkin"}).err;
+  const std::string err = InterruptAt("POST *W301/checkin", {"f", bench + "crank.lxz", "--checkin"}).err;
   EXPECT_THAT(err, testing::StartsWith("vtdirect: interrupted; the file is stored in the working copy " +
                                        server().Uid("D1026|W301")));
   EXPECT_EQ(DocumentOf(server(), "D1026").bytes, "content");

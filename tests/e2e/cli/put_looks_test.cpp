@@ -10,7 +10,7 @@ using testing::StartsWith;
 namespace vtdirect_test {
 namespace {
 
-const std::string kFork = "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
+const std::string forkAddress = "//sim/Products/Trekking Bike/Folders/Frame/fork.lxz";
 
 // The looks that come before a document with a source link is stored, and behind it.
 struct Look {
@@ -18,14 +18,14 @@ struct Look {
   const char* request;
 };
 
-constexpr Look kLooks[] = {{"Schema", "GET */DataAdmin/$metadata"},
-                           {"Container", "GET */DataAdmin/Containers/*"},
-                           {"Folder", "GET */DataAdmin/Containers(*"},
-                           {"Document", "GET *documents/D1001"},
-                           {"Versions", "GET *documents/D1001/versions*"},
-                           {"Source", "GET *documents/D1002"},
-                           {"Nonce", "GET *csrf"},
-                           {"Result", "GET *documents/D1000000*"}};
+constexpr Look looks[] = {{"Schema", "GET */DataAdmin/$metadata"},
+                          {"Container", "GET */DataAdmin/Containers/*"},
+                          {"Folder", "GET */DataAdmin/Containers(*"},
+                          {"Document", "GET *documents/D1001"},
+                          {"Versions", "GET *documents/D1001/versions*"},
+                          {"Source", "GET *documents/D1002"},
+                          {"Nonce", "GET *csrf"},
+                          {"Result", "GET *documents/D1000000*"}};
 
 // An action by a name that can be that of a test.
 struct Accident {
@@ -33,7 +33,7 @@ struct Accident {
   const char* action;
 };
 
-constexpr Accident kAccidents[] = {
+constexpr Accident accidents[] = {
     {"RefusedOnce", "503*1"}, {"Refused", "503"}, {"DroppedOnce", "drop*1"}, {"CutOnce", "cut:10*1"}};
 
 using LookAndAccident = std::tuple<Look, Accident>;
@@ -47,14 +47,14 @@ std::string NameOf(const testing::TestParamInfo<LookAndAccident>& info) {
 class PutLooks : public PutTest, public testing::WithParamInterface<LookAndAccident> {};
 
 INSTANTIATE_TEST_SUITE_P(Requests, PutLooks,
-                         testing::Combine(testing::ValuesIn(kLooks), testing::ValuesIn(kAccidents)), NameOf);
+                         testing::Combine(testing::ValuesIn(looks), testing::ValuesIn(accidents)), NameOf);
 
 // Either all is stored, the document's link included, or nothing is.
 TEST_P(PutLooks, ThatFailLoseNothing) {
   const auto [look, accident] = GetParam();
   Serve({"--fault", std::string(look.request) + "=" + accident.action});
   WriteFile(Here("f"), "content");
-  const ProcessResult result = Run({"put", "f", kFork});
+  const ProcessResult result = Run({"put", "f", forkAddress});
   // A question that no fault stands in the way of.
   const std::string newest = server().Get(
       "/servlet/odata/v2/DynamicDocMgmt/DynamicDocuments?zvk.search.latestversion=true&$select=ID&"

@@ -80,7 +80,7 @@ TEST_F(PutLosing, ChecksOutUnderTheNextNameWhileTheFirstIsTaken) {
     peer.Send(forward());
   });
   environment_["http_proxy"] = meddler.Url();
-  EXPECT_EQ(Run({"checkout", kForkPath}).status, 0);
+  EXPECT_EQ(Run({"checkout", forkPath}).status, 0);
   EXPECT_EQ(refusals, 3);
   EXPECT_EQ(TemporaryWorkspaces(), 1U);
 }

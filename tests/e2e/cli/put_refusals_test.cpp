@@ -10,8 +10,8 @@ using testing::Not;
 namespace vtdirect_test {
 namespace {
 
-const std::string kFrame = "//sim/Products/Trekking Bike/Folders/Frame/";
-const std::string kDrivetrain = "//sim/Products/Trekking Bike/Folders/Drivetrain/";
+const std::string frameFolder = "//sim/Products/Trekking Bike/Folders/Frame/";
+const std::string drivetrainFolder = "//sim/Products/Trekking Bike/Folders/Drivetrain/";
 
 }  // namespace
 
@@ -38,14 +38,14 @@ class PutRefusal : public PutTest {
 TEST_F(PutRefusal, OfAFileThatCannotBeSentComesWithoutARequest) {
   ASSERT_EQ(mkdir(Here("d").c_str(), 0700), 0);
   ASSERT_EQ(mkfifo(Here("pipe").c_str(), 0600), 0);
-  EXPECT_EQ(Refuse({"none", kFrame}, 8),
+  EXPECT_EQ(Refuse({"none", frameFolder}, 8),
             "vtdirect: cannot read none: No such file or directory; nothing was sent\n");
-  EXPECT_EQ(Refuse({"d", kFrame}, 8), "vtdirect: cannot read d: it is a directory; nothing was sent\n");
-  EXPECT_EQ(Refuse({"pipe", kFrame}, 8),
+  EXPECT_EQ(Refuse({"d", frameFolder}, 8), "vtdirect: cannot read d: it is a directory; nothing was sent\n");
+  EXPECT_EQ(Refuse({"pipe", frameFolder}, 8),
             "vtdirect: cannot read pipe: it is no regular file; nothing was sent\n");
-  EXPECT_EQ(Refuse({"f", kFrame, "--viewable", "none"}, 8),
+  EXPECT_EQ(Refuse({"f", frameFolder, "--viewable", "none"}, 8),
             "vtdirect: cannot read none: No such file or directory; nothing was sent\n");
-  EXPECT_EQ(Refuse({"f", kFrame, "--metadata", "d"}, 8),
+  EXPECT_EQ(Refuse({"f", frameFolder, "--metadata", "d"}, 8),
             "vtdirect: cannot read d: it is a directory; nothing was sent\n");
   EXPECT_EQ(server().Log(), "");
 }
@@ -53,7 +53,7 @@ TEST_F(PutRefusal, OfAFileThatCannotBeSentComesWithoutARequest) {
 TEST_F(PutRefusal, OfAFileWithoutPermissionComesWithoutARequest) {
   ASSERT_EQ(chmod(Here("f").c_str(), 0), 0);
   if (access(Here("f").c_str(), R_OK) == 0) GTEST_SKIP() << "this user reads every file";
-  EXPECT_EQ(Refuse({"f", kFrame}, 8), "vtdirect: cannot read f: Permission denied; nothing was sent\n");
+  EXPECT_EQ(Refuse({"f", frameFolder}, 8), "vtdirect: cannot read f: Permission denied; nothing was sent\n");
   EXPECT_EQ(server().Log(), "");
 }
 
@@ -61,15 +61,15 @@ TEST_F(PutRefusal, OfACallThatCannotBeMeantComesWithoutARequest) {
   EXPECT_THAT(Refuse({"f"}, 2), HasSubstr("ADDRESS"));
   EXPECT_THAT(Refuse({"f", "nonsense"}, 2), HasSubstr("neither a path"));
   EXPECT_THAT(Refuse({"f", "//other/x/"}, 9), HasSubstr("no server \"other\" is listed"));
-  EXPECT_THAT(Refuse({"f", kFrame, "--kind", "drawing"}, 2),
+  EXPECT_THAT(Refuse({"f", frameFolder, "--kind", "drawing"}, 2),
               HasSubstr("--kind takes fenlet, general or ugc"));
-  EXPECT_THAT(Refuse({"f", kFrame, "--kind", "ugc", "--viewable", "f"}, 2),
+  EXPECT_THAT(Refuse({"f", frameFolder, "--kind", "ugc", "--viewable", "f"}, 2),
               HasSubstr("--viewable is for Fenlet documents alone, not for ugc ones"));
-  EXPECT_THAT(Refuse({"f", kFrame, "--kind", "general", "--language", "de"}, 2),
+  EXPECT_THAT(Refuse({"f", frameFolder, "--kind", "general", "--language", "de"}, 2),
               HasSubstr("--language is for Fenlet documents alone"));
-  EXPECT_THAT(Refuse({"f", kFrame, "--language", ""}, 2), HasSubstr("--language takes"));
-  EXPECT_THAT(Refuse({"f", kFrame, "--viewable", ""}, 2), HasSubstr("--viewable takes a file name"));
-  EXPECT_THAT(Refuse({"f", kFrame, "--link", "nothing"}, 2), HasSubstr("\"nothing\" is no link"));
+  EXPECT_THAT(Refuse({"f", frameFolder, "--language", ""}, 2), HasSubstr("--language takes"));
+  EXPECT_THAT(Refuse({"f", frameFolder, "--viewable", ""}, 2), HasSubstr("--viewable takes a file name"));
+  EXPECT_THAT(Refuse({"f", frameFolder, "--link", "nothing"}, 2), HasSubstr("\"nothing\" is no link"));
   EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/x"}, 2), HasSubstr("no document can stand at"));
   EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/Workspaces/x"}, 2),
               HasSubstr("no document can stand at"));
@@ -79,43 +79,45 @@ TEST_F(PutRefusal, OfACallThatCannotBeMeantComesWithoutARequest) {
 TEST_F(PutRefusal, OfANameThatIsNoTextComesWithoutARequest) {
   WriteFile(Here("bad\xff.lxz"), "content");
   EXPECT_EQ(
-      Refuse({"bad\xff.lxz", kFrame}, 2),
+      Refuse({"bad\xff.lxz", frameFolder}, 2),
       "vtdirect: no document can be called bad\\xFF.lxz: its name is no UTF-8; name the document behind the "
       "folder's path\n");
   EXPECT_EQ(server().Log(), "");
 }
 
 TEST_F(PutRefusal, OfALinkThatLeadsNowhereComesBeforeTheFileIsSent) {
-  EXPECT_THAT(Refuse({"f", kFrame, "--link", "a=" + kFrame + "none.lxz"}, 6),
-              HasSubstr("the link a: not found: " + kFrame + "none.lxz"));
-  EXPECT_THAT(Refuse({"f", kFrame, "--link", "a=" + server().Uid("D9999")}, 6),
+  EXPECT_THAT(Refuse({"f", frameFolder, "--link", "a=" + frameFolder + "none.lxz"}, 6),
+              HasSubstr("the link a: not found: " + frameFolder + "none.lxz"));
+  EXPECT_THAT(Refuse({"f", frameFolder, "--link", "a=" + server().Uid("D9999")}, 6),
               HasSubstr("the link a: not found"));
   // What is told of the link is not what was traced of the new document before.
-  EXPECT_THAT(Refuse({"f", kFrame + "new.lxz", "--link", "a=" + kFrame + "none.lxz"}, 6),
+  EXPECT_THAT(Refuse({"f", frameFolder + "new.lxz", "--link", "a=" + frameFolder + "none.lxz"}, 6),
               Not(HasSubstr("CADName new.lxz")));
 }
 
 TEST_F(PutRefusal, OfALinkToAnotherServerComesBeforeTheFileIsSent) {
   const TemporaryDirectory directory;
   const Simulator other(directory.path(), {});
-  EXPECT_THAT(Refuse({"f", kFrame, "--server", "other=" + other.url(), "--link", "a=//other/?id=D1001"}, 2),
-              HasSubstr("on another server than the document; nothing was sent"));
+  EXPECT_THAT(
+      Refuse({"f", frameFolder, "--server", "other=" + other.url(), "--link", "a=//other/?id=D1001"}, 2),
+      HasSubstr("on another server than the document; nothing was sent"));
 }
 
 TEST_F(PutRefusal, OfADocumentThatSomebodyElseHasCheckedOutNamesHim) {
   EXPECT_THAT(
-      Refuse({"f", kDrivetrain + "brake.lxz"}, 1),
+      Refuse({"f", drivetrainFolder + "brake.lxz"}, 1),
       HasSubstr(server().Uid("D1015") + "&file=/brake.lxz is checked out by bruno; nothing was sent"));
 }
 
 TEST_F(PutRefusal, OfADocumentThatOneHasCheckedOutByOtherMeansTellsOfTheWorkingCopy) {
-  EXPECT_THAT(Refuse({"f", kDrivetrain + "crank.lxz"}, 1), HasSubstr("no working copy of it is kept here"));
+  EXPECT_THAT(Refuse({"f", drivetrainFolder + "crank.lxz"}, 1),
+              HasSubstr("no working copy of it is kept here"));
 }
 
 TEST_F(PutRefusal, OfAnOlderIterationTellsOfTheNewest) {
   EXPECT_THAT(Refuse({"f", server().Uid("D1102")}, 1), HasSubstr("is not the newest iteration"));
-  EXPECT_THAT(Refuse({"f", kFrame + "frame.lxz|A.1"}, 1), HasSubstr("is not the newest iteration"));
-  EXPECT_THAT(Refuse({"f", kFrame + "frame.lxz|Z.1"}, 6), HasSubstr("leave the version away"));
+  EXPECT_THAT(Refuse({"f", frameFolder + "frame.lxz|A.1"}, 1), HasSubstr("is not the newest iteration"));
+  EXPECT_THAT(Refuse({"f", frameFolder + "frame.lxz|Z.1"}, 6), HasSubstr("leave the version away"));
 }
 
 // Every way of writing the same place is that place.

@@ -14,8 +14,8 @@ using testing::StartsWith;
 namespace vtdirect_test {
 namespace {
 
-const std::string kFrame = "//sim/Products/Trekking Bike/Folders/Frame/";
-const std::string kBench = "//sim/Products/Trekking Bike/Workspaces/Anna's bench/";
+const std::string frameFolder = "//sim/Products/Trekking Bike/Folders/Frame/";
+const std::string bench = "//sim/Products/Trekking Bike/Workspaces/Anna's bench/";
 
 }  // namespace
 
@@ -29,18 +29,18 @@ INSTANTIATE_TEST_SUITE_P(Generations, PutToEachGeneration,
 
 TEST_P(PutToEachGeneration, CreatesADocumentInAFolderUnderTheFilesName) {
   WriteFile(Here("new.lxz"), EveryByte());
-  const ProcessResult result = Run({"put", "new.lxz", kFrame});
+  const ProcessResult result = Run({"put", "new.lxz", frameFolder});
   EXPECT_EQ(result.status, 0);
   const std::string id = IdIn(result.out);
   EXPECT_EQ(result.out, server().Uid(id) + "&file=/new.lxz\n");
-  EXPECT_EQ(result.err, "vtdirect: created " + kFrame + "new.lxz from new.lxz, 768 bytes\n");
+  EXPECT_EQ(result.err, "vtdirect: created " + frameFolder + "new.lxz from new.lxz, 768 bytes\n");
   const ServerDocument document = DocumentOf(server(), id);
   EXPECT_EQ(document.name, "new.lxz");
   EXPECT_EQ(document.version, "A.1");
   EXPECT_EQ(document.folder, "/Trekking Bike/Frame");
   EXPECT_EQ(document.checkedOutBy, "");
   EXPECT_TRUE(document.bytes == EveryByte());
-  EXPECT_TRUE(Content(kFrame + "new.lxz") == EveryByte());
+  EXPECT_TRUE(Content(frameFolder + "new.lxz") == EveryByte());
   EXPECT_THAT(HereNames(), ElementsAre("new.lxz"));
 }
 
@@ -60,9 +60,9 @@ TEST_P(PutToEachGeneration, ReplacesTheViewableOfTheIterationBefore) {
   WriteFile(Here("f.lxz"), "f");
   for (const char* viewable : {"first", "second"}) {
     WriteFile(Here("view"), viewable);
-    EXPECT_EQ(Run({"put", "f.lxz", kFrame, "--viewable", "view"}).status, 0);
+    EXPECT_EQ(Run({"put", "f.lxz", frameFolder, "--viewable", "view"}).status, 0);
   }
-  const ProcessResult kept = Run({"put", "f.lxz", kFrame});
+  const ProcessResult kept = Run({"put", "f.lxz", frameFolder});
   const ServerDocument document = DocumentOf(server(), IdIn(kept.out));
   EXPECT_EQ(document.version, "A.3");
   ASSERT_EQ(document.secondary.size(), 1U);
@@ -82,14 +82,14 @@ TEST_P(PutToEachGeneration, RefusesAFolderThatIsNotThere) {
 
 TEST_P(PutToEachGeneration, StoresIntoAWorkingCopyByItsPathAndChecksItIn) {
   WriteFile(Here("crank.lxz"), "longer crank");
-  const ProcessResult stored = Run({"put", "crank.lxz", kBench});
+  const ProcessResult stored = Run({"put", "crank.lxz", bench});
   EXPECT_EQ(stored.status, 0) << stored.err;
   EXPECT_EQ(stored.out, server().Uid("D1026|W301") + "&file=/crank.lxz\n");
   EXPECT_EQ(DocumentOf(server(), "D1026").bytes, "longer crank");
   EXPECT_EQ(DocumentOf(server(), "D1016").checkedOutBy, "anna");
 
   WriteFile(Here("crank.lxz"), "longest crank");
-  const ProcessResult checkedIn = Run({"put", "crank.lxz", kBench, "--checkin"});
+  const ProcessResult checkedIn = Run({"put", "crank.lxz", bench, "--checkin"});
   EXPECT_EQ(checkedIn.status, 0) << checkedIn.err;
   const ServerDocument document = DocumentOf(server(), IdIn(checkedIn.out));
   EXPECT_EQ(document.version, "A.2");
@@ -101,11 +101,11 @@ TEST_P(PutToEachGeneration, StoresIntoAWorkingCopyByItsPathAndChecksItIn) {
 TEST_F(PutTest, CreatesADocumentByItsName) {
   Serve();
   WriteFile(Here("local"), "content");
-  const ProcessResult result = Run({"put", "local", kFrame + "other.lxz", "--json"});
+  const ProcessResult result = Run({"put", "local", frameFolder + "other.lxz", "--json"});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.err, "");
   const std::string uid = server().Uid(IdIn(result.out)) + "&file=/other.lxz";
-  EXPECT_EQ(result.out, "{\"schema\":2,\"command\":\"put\",\"address\":\"" + kFrame +
+  EXPECT_EQ(result.out, "{\"schema\":2,\"command\":\"put\",\"address\":\"" + frameFolder +
                             "other.lxz\",\"file\":\"local\",\"bytes\":7,\"action\":\"created\",\"uid\":\"" +
                             uid + "\",\"checked_in\":false,\"checkout\":\"none\"}\n");
   EXPECT_EQ(DocumentOf(server(), IdIn(uid)).name, "other.lxz");
@@ -123,7 +123,7 @@ TEST_F(PutTest, CreatesADocumentInTheRootFolderOfAContext) {
 TEST_F(PutTest, StoresAnEmptyFile) {
   Serve();
   WriteFile(Here("empty.lxz"), "");
-  const ProcessResult result = Run({"put", "empty.lxz", kFrame});
+  const ProcessResult result = Run({"put", "empty.lxz", frameFolder});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(DocumentOf(server(), IdIn(result.out)).bytes, "");
 }
@@ -136,11 +136,11 @@ TEST_F(PutTest, NamesTheDocumentAfterTheFileEscapedAsInAPath) {
         std::pair("Größe 漢字 №1.lxz", "Größe 漢字 №1.lxz"), std::pair("x & y='z'+#.lxz", "x & y='z'+#.lxz"),
         std::pair("-leading", "-leading")}) {
     WriteFile(Here(local), "content");
-    const ProcessResult result = Run({"put", std::string("./") + local, kFrame});
+    const ProcessResult result = Run({"put", std::string("./") + local, frameFolder});
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(DocumentOf(server(), IdIn(result.out)).name, stored);
     EXPECT_EQ(Content(result.out.substr(0, result.out.size() - 1)), "content");
-    EXPECT_EQ(Content(kFrame + stored), "content");
+    EXPECT_EQ(Content(frameFolder + stored), "content");
   }
 }
 
@@ -148,7 +148,7 @@ TEST_F(PutTest, TakesANameOf255Bytes) {
   Serve();
   const std::string name = std::string(251, 'n') + ".lxz";
   WriteFile(Here(name), "content");
-  const ProcessResult result = Run({"put", name, kFrame});
+  const ProcessResult result = Run({"put", name, frameFolder});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(DocumentOf(server(), IdIn(result.out)).name, name);
 }
@@ -157,17 +157,18 @@ TEST_F(PutTest, CreatesDocumentsOfEachKind) {
   Serve();
   WriteFile(Here("f"), "content");
   const ServerDocument fenlet =
-      DocumentOf(server(), IdIn(Run({"put", "f", kFrame + "1", "--kind", "fenlet"}).out));
+      DocumentOf(server(), IdIn(Run({"put", "f", frameFolder + "1", "--kind", "fenlet"}).out));
   EXPECT_EQ(fenlet.category, "FENLET");
   EXPECT_EQ(fenlet.masterCategory, "iso");
   EXPECT_EQ(fenlet.application, "MERIDOX");
   EXPECT_EQ(fenlet.applicationVersion, "310");
   const ServerDocument general =
-      DocumentOf(server(), IdIn(Run({"put", "f", kFrame + "2", "--kind", "general"}).out));
+      DocumentOf(server(), IdIn(Run({"put", "f", frameFolder + "2", "--kind", "general"}).out));
   EXPECT_EQ(general.category, "GENERAL");
   EXPECT_EQ(general.masterCategory, "OTHER");
   EXPECT_EQ(general.application, "MERIDOX");
-  const ServerDocument ugc = DocumentOf(server(), IdIn(Run({"put", "f", kFrame + "3", "--kind", "ugc"}).out));
+  const ServerDocument ugc =
+      DocumentOf(server(), IdIn(Run({"put", "f", frameFolder + "3", "--kind", "ugc"}).out));
   EXPECT_EQ(ugc.category, "DOVA_UGC");
   EXPECT_EQ(ugc.masterCategory, "kdx");
   EXPECT_EQ(ugc.application, "DOVA");
@@ -180,8 +181,8 @@ TEST_F(PutTest, StoresAllThatAFenletDocumentCanHave) {
   WriteFile(Here("view"), "viewable");
   WriteFile(Here("meta"), "{\"commit\":1}");
   const ProcessResult result =
-      Run({"put", "main", kFrame + "all.lxz", "--viewable", "view", "--metadata", "meta", "--language", "de",
-           "--link", "a=b%7c.lxz=" + server().Uid("D1002"), "--link", "gear=//sim/?id=D1003"});
+      Run({"put", "main", frameFolder + "all.lxz", "--viewable", "view", "--metadata", "meta", "--language",
+           "de", "--link", "a=b%7c.lxz=" + server().Uid("D1002"), "--link", "gear=//sim/?id=D1003"});
   EXPECT_EQ(result.status, 0) << result.err;
   const ServerDocument document = DocumentOf(server(), IdIn(result.out));
   EXPECT_EQ(document.bytes, "content");
@@ -201,7 +202,7 @@ TEST_F(PutTest, StoresAllThatAFenletDocumentCanHave) {
 TEST_F(PutTest, KeepsTheLinksAttributesAndViewableOfADocumentThatIsIterated) {
   Serve();
   WriteFile(Here("fork.lxz"), "new fork");
-  const ProcessResult result = Run({"put", "fork.lxz", kFrame});
+  const ProcessResult result = Run({"put", "fork.lxz", frameFolder});
   EXPECT_EQ(result.status, 0) << result.err;
   const ServerDocument document = DocumentOf(server(), IdIn(result.out));
   EXPECT_EQ(document.version, "B.2");
@@ -223,7 +224,7 @@ TEST_F(PutTest, ChangesTheLinksOfADocumentAsItIsTold) {
   const ServerDocument more = DocumentOf(server(), IdIn(added.out));
   EXPECT_THAT(more.sources, ElementsAre(Pair("frame.lxz", "D1002"), Pair("gear", "D1003")));
   EXPECT_EQ(more.attributes.at("ZVK_DD_LANGUAGE"), "fr");
-  const ProcessResult taken = Run({"put", "fork.lxz", kFrame + "fork.lxz", "--link", "frame.lxz="});
+  const ProcessResult taken = Run({"put", "fork.lxz", frameFolder + "fork.lxz", "--link", "frame.lxz="});
   EXPECT_EQ(taken.status, 0) << taken.err;
   EXPECT_THAT(DocumentOf(server(), IdIn(taken.out)).sources, ElementsAre(Pair("gear", "D1003")));
 }
@@ -234,7 +235,7 @@ TEST_F(PutTest, GivesAnIterationAViewableAndMetadataOfItsOwn) {
   WriteFile(Here("view"), "new view");
   WriteFile(Here("meta"), "new meta");
   const ProcessResult result =
-      Run({"put", "frame.lxz", kFrame, "--viewable", "view", "--metadata", "meta", "--checkin"});
+      Run({"put", "frame.lxz", frameFolder, "--viewable", "view", "--metadata", "meta", "--checkin"});
   EXPECT_EQ(result.status, 0) << result.err;
   const ServerDocument document = DocumentOf(server(), IdIn(result.out));
   EXPECT_EQ(document.version, "A.4");
@@ -246,7 +247,7 @@ TEST_F(PutTest, GivesAnIterationAViewableAndMetadataOfItsOwn) {
 TEST_F(PutTest, CreatesADocumentInAWorkspaceAndKeepsItsWorkingCopy) {
   Serve();
   WriteFile(Here("seat.lxz"), "first");
-  const ProcessResult created = Run({"put", "seat.lxz", kBench});
+  const ProcessResult created = Run({"put", "seat.lxz", bench});
   EXPECT_EQ(created.status, 0) << created.err;
   const std::string id = IdIn(created.out);
   const std::string uid = server().Uid(id + "|W301") + "&file=/seat.lxz";
@@ -298,13 +299,13 @@ TEST_F(PutTest, FindsTheWorkspaceOfAWorkingCopyThatIsNamedByItsIdAlone) {
 TEST_F(PutTest, MakesANewIterationOfADocumentThatAWorkspaceHoldsWithoutACheckout) {
   Serve();
   WriteFile(Here("f"), "content");
-  const ProcessResult fork = Run({"put", "f", kBench + "fork.lxz"});
+  const ProcessResult fork = Run({"put", "f", bench + "fork.lxz"});
   EXPECT_EQ(fork.status, 0) << fork.err;
   EXPECT_EQ(DocumentOf(server(), IdIn(fork.out)).version, "B.2");
-  EXPECT_EQ(Content(kFrame + "fork.lxz"), "content");
+  EXPECT_EQ(Content(frameFolder + "fork.lxz"), "content");
 
   // What a check-in in a workspace of one's own leaves is such a document too.
-  const ProcessResult checkedIn = Run({"put", "f", kBench + "crank.lxz", "--checkin"});
+  const ProcessResult checkedIn = Run({"put", "f", bench + "crank.lxz", "--checkin"});
   ASSERT_EQ(checkedIn.status, 0) << checkedIn.err;
   const ProcessResult again = Run({"put", "f", checkedIn.out.substr(0, checkedIn.out.size() - 1)});
   EXPECT_EQ(again.status, 0) << again.err;

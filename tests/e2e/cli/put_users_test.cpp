@@ -7,8 +7,8 @@ using testing::HasSubstr;
 namespace vtdirect_test {
 namespace {
 
-const std::string kFrame = "//sim/Products/Trekking Bike/Folders/Frame/";
-const std::string kDrivetrain = "//sim/Products/Trekking Bike/Folders/Drivetrain/";
+const std::string frameFolder = "//sim/Products/Trekking Bike/Folders/Frame/";
+const std::string drivetrainFolder = "//sim/Products/Trekking Bike/Folders/Drivetrain/";
 
 }  // namespace
 
@@ -37,16 +37,16 @@ class PutByTwo : public PutTest {
 };
 
 TEST_F(PutByTwo, ShowsToOneWhatTheOtherStores) {
-  ASSERT_EQ(RunAs("bruno", {"put", "f", kFrame}).status, 0);
-  EXPECT_EQ(RunAs("anna", {"get", kFrame + "f", "-o", "-"}).out, "content");
+  ASSERT_EQ(RunAs("bruno", {"put", "f", frameFolder}).status, 0);
+  EXPECT_EQ(RunAs("anna", {"get", frameFolder + "f", "-o", "-"}).out, "content");
   WriteFile(Here("f"), "anna's content");
-  ASSERT_EQ(RunAs("anna", {"put", "f", kFrame}).status, 0);
-  EXPECT_EQ(RunAs("bruno", {"get", kFrame + "f", "-o", "-"}).out, "anna's content");
-  EXPECT_EQ(RunAs("bruno", {"get", kFrame + "f|A.1", "-o", "-"}).out, "content");
+  ASSERT_EQ(RunAs("anna", {"put", "f", frameFolder}).status, 0);
+  EXPECT_EQ(RunAs("bruno", {"get", frameFolder + "f", "-o", "-"}).out, "anna's content");
+  EXPECT_EQ(RunAs("bruno", {"get", frameFolder + "f|A.1", "-o", "-"}).out, "content");
 }
 
 TEST_F(PutByTwo, KeepsOneOutOfWhatTheOtherHasCheckedOut) {
-  const ProcessResult brunos = RunAs("bruno", {"put", "f", kDrivetrain + "crank.lxz"});
+  const ProcessResult brunos = RunAs("bruno", {"put", "f", drivetrainFolder + "crank.lxz"});
   EXPECT_EQ(brunos.status, 1);
   EXPECT_THAT(brunos.err, HasSubstr("is checked out by anna; nothing was sent"));
   EXPECT_EQ(RunAs("bruno", {"put", "f", "//sim/?id=D1026"}).status, 6);
@@ -54,15 +54,15 @@ TEST_F(PutByTwo, KeepsOneOutOfWhatTheOtherHasCheckedOut) {
       "anna", {"put", "f", "//sim/Products/Trekking Bike/Workspaces/Anna's bench/crank.lxz", "--checkin"});
   EXPECT_EQ(annas.status, 0) << annas.err;
   WriteFile(Here("f"), "bruno's content");
-  EXPECT_EQ(RunAs("bruno", {"put", "f", kDrivetrain + "crank.lxz"}).status, 0);
-  EXPECT_EQ(RunAs("anna", {"get", kDrivetrain + "crank.lxz|A.2", "-o", "-"}).out, "content");
-  EXPECT_EQ(RunAs("anna", {"get", kDrivetrain + "crank.lxz", "-o", "-"}).out, "bruno's content");
+  EXPECT_EQ(RunAs("bruno", {"put", "f", drivetrainFolder + "crank.lxz"}).status, 0);
+  EXPECT_EQ(RunAs("anna", {"get", drivetrainFolder + "crank.lxz|A.2", "-o", "-"}).out, "content");
+  EXPECT_EQ(RunAs("anna", {"get", drivetrainFolder + "crank.lxz", "-o", "-"}).out, "bruno's content");
 }
 
 TEST_F(PutByTwo, GivesNoCredentialsToAnUploadServerThatNobodyHasNamed) {
   environment_["VTDIRECT_USER"] = "anna";
   environment_["VTDIRECT_PASSWORD"] = "a";
-  const ProcessResult result = Run({"put", "f", kFrame});
+  const ProcessResult result = Run({"put", "f", frameFolder});
   EXPECT_EQ(result.status, 4);
   EXPECT_THAT(result.err, HasSubstr(uploads_.substr(0, uploads_.size() - 1) + " demands credentials"));
   EXPECT_THAT(result.err, HasSubstr("; nothing was created; "));
@@ -71,7 +71,7 @@ TEST_F(PutByTwo, GivesNoCredentialsToAnUploadServerThatNobodyHasNamed) {
 TEST_F(PutByTwo, TellsThatAPasswordIsWrong) {
   environment_["VTDIRECT_USER"] = "anna";
   environment_["VTDIRECT_PASSWORD"] = "wrong";
-  const ProcessResult result = Run({"put", "f", kFrame});
+  const ProcessResult result = Run({"put", "f", frameFolder});
   EXPECT_EQ(result.status, 4);
   EXPECT_THAT(result.err, HasSubstr("refused the credentials"));
 }

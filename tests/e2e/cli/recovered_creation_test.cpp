@@ -7,11 +7,11 @@ using testing::HasSubstr;
 namespace vtdirect_test {
 namespace {
 
-constexpr const char* kNewPath = "//sim/Products/Trekking Bike/Folders/Frame/new.lxz";
+constexpr const char* newPath = "//sim/Products/Trekking Bike/Folders/Frame/new.lxz";
 // Another gear.lxz is in the folder Drivetrain.
-constexpr const char* kBesideNamesake = "//sim/Products/Trekking Bike/Folders/Frame/gear.lxz";
+constexpr const char* besideNamesake = "//sim/Products/Trekking Bike/Folders/Frame/gear.lxz";
 // SHA-256 of "new content", as sha256sum tells it.
-constexpr const char* kSum = "fe32608c9ef5b6cf7e3f946480253ff76f24f4ec0678f3d0f07f9844cbff9601";
+constexpr const char* sum = "fe32608c9ef5b6cf7e3f946480253ff76f24f4ec0678f3d0f07f9844cbff9601";
 
 }  // namespace
 
@@ -21,10 +21,10 @@ class RecoveredCreation : public CheckoutTest {
   void SetUp() override { WriteFile(Here("f"), "new content"); }
 
   void LeaveCreationOpen(const std::string& path) {
-    WriteHome(".local/state/vtdirect/journal",
-              "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcreate\t" + path + "\t" + path + "\tf\t" +
-                  kSum + "\n",
-              0600);
+    WriteHome(
+        ".local/state/vtdirect/journal",
+        "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcreate\t" + path + "\t" + path + "\tf\t" + sum + "\n",
+        0600);
   }
 
   void ExpectSettled(const std::string& path, const std::string& words) {
@@ -48,20 +48,20 @@ class RecoveredCreation : public CheckoutTest {
 
 TEST_F(RecoveredCreation, IsStoredWhenTheDocumentHasTheBytes) {
   Serve();
-  ASSERT_EQ(Run({"put", "f", kNewPath}).status, 0);
-  ExpectSettled(kNewPath, "f is stored in " + server().Uid(""));
+  ASSERT_EQ(Run({"put", "f", newPath}).status, 0);
+  ExpectSettled(newPath, "f is stored in " + server().Uid(""));
 }
 
 TEST_F(RecoveredCreation, IsNotTakenForStoredWhenTheDocumentHasOtherBytes) {
   Serve();
   WriteFile(Here("g"), "somebody else's");
-  ASSERT_EQ(Run({"put", "g", kNewPath}).status, 0);
-  ExpectSettled(kNewPath, " has another content than f had");
+  ASSERT_EQ(Run({"put", "g", newPath}).status, 0);
+  ExpectSettled(newPath, " has another content than f had");
 }
 
 TEST_F(RecoveredCreation, IsNotDoneWhenThereIsNoDocument) {
   Serve();
-  for (const char* path : {kNewPath, kBesideNamesake}) {
+  for (const char* path : {newPath, besideNamesake}) {
     ExpectSettled(path,
                   "f was not stored: there is no document " + std::string(path) + "; it can be put again");
   }
@@ -69,17 +69,17 @@ TEST_F(RecoveredCreation, IsNotDoneWhenThereIsNoDocument) {
 
 TEST_F(RecoveredCreation, BesideANamesakeIsThereWhereThePathLeadsToTheNamesake) {
   Serve({"--generation", "gateway"});
-  ASSERT_EQ(Run({"put", "f", kBesideNamesake}).status, 0);
-  ExpectSettled(kBesideNamesake,
-                "there is a document " + std::string(kBesideNamesake) + " now, which was not there");
+  ASSERT_EQ(Run({"put", "f", besideNamesake}).status, 0);
+  ExpectSettled(besideNamesake,
+                "there is a document " + std::string(besideNamesake) + " now, which was not there");
 }
 
 TEST_F(RecoveredCreation, StaysOpenWhileTheServerDoesNotAnswer) {
   Serve();
-  ASSERT_EQ(Run({"put", "f", kNewPath}).status, 0);
+  ASSERT_EQ(Run({"put", "f", newPath}).status, 0);
   for (const char* fault : {"GET *=503", "GET *documents*=503", "GET *content*=503"}) {
     Restart({"--fault", fault});
-    ExpectOpen(kNewPath);
+    ExpectOpen(newPath);
   }
 }
 

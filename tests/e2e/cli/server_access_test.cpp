@@ -90,7 +90,7 @@ class SecuredServer : public VtDirect {
     return Run({"--connect-timeout", "2", "get", "--force", "//secured/?id=D1001", "-o", "copy"});
   }
 
-  static constexpr const char* kWhy =
+  static constexpr const char* why =
       "the server was asked by https and names an address with http, to which nothing is sent; if a proxy "
       "before the server speaks https, set http_addresses = upgrade in the server's section of the "
       "configuration file";
@@ -104,12 +104,12 @@ TEST_F(SecuredServer, IsLeftForAnHttpAddressOfItsOnlyWhereTheConfigurationSaysSo
     const ProcessResult refused = Get(rule);
     EXPECT_EQ(refused.status, 7) << refused.err;
     EXPECT_EQ(refused.err,
-              std::string("vtdirect: the download of //secured/?id=D1001 failed (") + kWhy + ")\n");
+              std::string("vtdirect: the download of //secured/?id=D1001 failed (") + why + ")\n");
     EXPECT_EQ(HereNames().size(), 0u);
   }
   const ProcessResult upgraded = Get("upgrade");
   EXPECT_EQ(upgraded.status, 0) << upgraded.err;
-  EXPECT_EQ(ReadFile(Here("copy")), server().Get(kForkContent));
+  EXPECT_EQ(ReadFile(Here("copy")), server().Get(forkContent));
   // It is asked in clear then, where this server speaks TLS.
   EXPECT_THAT(Get("allow").err, Not(HasSubstr("to which nothing is sent")));
   EXPECT_EQ(Get("always").status, 2);
@@ -120,7 +120,7 @@ TEST_F(SecuredServer, SaysOfAListingThatItNamesAnHttpAddressForTheNextPage) {
   const std::string folder = "//secured/Products/Trekking Bike/Folders/Frame";
   const ProcessResult refused = Run({"--connect-timeout", "2", "ls", folder});
   EXPECT_EQ(refused.status, 11);
-  EXPECT_EQ(refused.err, "vtdirect: the listing of " + folder + " broke off after 2 entries: " + kWhy + "\n");
+  EXPECT_EQ(refused.err, "vtdirect: the listing of " + folder + " broke off after 2 entries: " + why + "\n");
   Configure("upgrade");
   EXPECT_EQ(Run({"--connect-timeout", "2", "ls", folder}).status, 0);
 }

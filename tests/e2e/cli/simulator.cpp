@@ -13,7 +13,7 @@
 namespace vtdirect_test {
 namespace {
 
-constexpr std::string_view kReady = "vantry-sim listening on ";
+constexpr std::string_view readyLine = "vantry-sim listening on ";
 
 std::vector<std::string> Words(const std::string& directory, const std::string& log,
                                const std::vector<std::string>& options) {
@@ -58,11 +58,11 @@ Simulator::Simulator(const std::string& directory, const std::vector<std::string
   process_ = std::make_unique<Process>(Words(directory, log_, options), ProcessOptions{});
   const auto ready = [this] {
     const std::string output = process_->OutputSoFar();
-    const std::size_t start = output.find(kReady);
+    const std::size_t start = output.find(readyLine);
     if (start == std::string::npos || output.find('\n', start) == std::string::npos)
       return !process_->Running();
     // The address of the admin port may follow after a blank.
-    const std::size_t begin = start + kReady.size();
+    const std::size_t begin = start + readyLine.size();
     url_ = output.substr(begin, output.find_first_of(" \n", begin) - begin);
     return true;
   };

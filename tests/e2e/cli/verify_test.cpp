@@ -11,7 +11,7 @@ class Verify : public CheckoutTest {
  protected:
   void SetUp() override { Serve(); }
 
-  const std::string path_ = kForkPath;
+  const std::string path_ = forkPath;
 };
 
 TEST_F(Verify, TellsThatACheckoutStandsAndChangesNothing) {
@@ -123,12 +123,12 @@ TEST_F(Verify, DropsACheckoutThatWasCheckedInByOtherMeans) {
                             " is not checked out, and has a newer iteration; the checkout that was kept does "
                             "not stand any more, and is dropped; \"vtdirect undo '" +
                             uid + "'\" clears away what may be left of its temporary workspace\n");
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
   EXPECT_EQ(TemporaryWorkspaces(), 0U);
 }
 
 TEST_F(Verify, FindsWhatIsKeptOfAnOlderIterationByTheDocumentsPath) {
-  for (const std::string& address : {std::string(kForkOnBench), path_}) {
+  for (const std::string& address : {std::string(forkOnBench), path_}) {
     const std::string uid = CheckOut(address);
     const ProcessResult checkin = RunElsewhere({"checkin", uid});
     ASSERT_EQ(checkin.status, 0);
@@ -138,35 +138,35 @@ TEST_F(Verify, FindsWhatIsKeptOfAnOlderIterationByTheDocumentsPath) {
     EXPECT_THAT(result.err,
                 HasSubstr("is not checked out, and has a newer iteration; the checkout that was kept "
                           "does not stand any more, and is dropped"));
-    EXPECT_EQ(Book(), kBookHead);
+    EXPECT_EQ(Book(), bookHead);
   }
 }
 
 TEST_F(Verify, TellsThatADocumentInAWorkspaceIsNotCheckedOut) {
-  const ProcessResult result = Run({"verify", kForkOnBench});
+  const ProcessResult result = Run({"verify", forkOnBench});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, server().Uid("D1001|W301") + "&file=/fork.lxz\n");
-  EXPECT_EQ(result.err, "vtdirect: " + std::string(kForkOnBench) + " is not checked out\n");
+  EXPECT_EQ(result.err, "vtdirect: " + std::string(forkOnBench) + " is not checked out\n");
 }
 
 TEST_F(Verify, DropsWhatIsGoneFromAWorkspaceOfOnesOwn) {
-  std::string uid = CheckOut(kForkOnBench);
+  std::string uid = CheckOut(forkOnBench);
   ASSERT_EQ(RunElsewhere({"undo", uid}).status, 0);
   const ProcessResult undone = Run({"verify", path_});
   EXPECT_EQ(undone.status, 1);
   EXPECT_EQ(undone.out, server().Uid("D1001|W301") + "&file=/fork.lxz\n");
   EXPECT_THAT(undone.err,
               HasSubstr("is not checked out; the checkout that was kept does not stand any more"));
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
 
-  uid = CheckOut(kForkOnBench);
+  uid = CheckOut(forkOnBench);
   const ProcessResult checkin = RunElsewhere({"checkin", uid});
   ASSERT_EQ(checkin.status, 0);
   const ProcessResult checkedIn = Run({"verify", uid});
   EXPECT_EQ(checkedIn.status, 1);
   EXPECT_EQ(checkedIn.out, checkin.out);
   EXPECT_THAT(checkedIn.err, HasSubstr("is not checked out, and has a newer iteration; "));
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
 }
 
 TEST_F(Verify, TellsOfWhatWasNeverCheckedOut) {

@@ -15,8 +15,8 @@
 namespace vtdirect_test {
 
 /// Where the content of the document D1001 stands on the server, and its first lines.
-inline constexpr const char* kForkContent = "/servlet/rest/v1/content/streams/10010/fork.lxz";
-inline constexpr const char* kForkHead = "FENLET DRAWING\nname fork.lxz\nversion B.1\n";
+inline constexpr const char* forkContent = "/servlet/rest/v1/content/streams/10010/fork.lxz";
+inline constexpr const char* forkHead = "FENLET DRAWING\nname fork.lxz\nversion B.1\n";
 
 /// Runs the program in an empty current directory, with a home of its own and a directory for temporary files
 /// that has to be empty again at the end. What the program finds in a folder is under the test's control.

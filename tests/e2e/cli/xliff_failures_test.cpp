@@ -25,34 +25,35 @@ std::ostream& operator<<(std::ostream& stream, const Step& step) {
   return stream << step.request;
 }
 
-constexpr const char* kPreferences =
+constexpr const char* preferences =
     "no source XLIFF is linked to the document; where a first one goes is said by the "
     "server's XLIFF preferences for en";
 
-constexpr const char* kMended =
+constexpr const char* mended =
     "no source XLIFF is linked to the document; once that is mended, the same command can be given again";
 
 // Those of a first upload before the document stands on the server, in their order.
-constexpr Step kBefore[] = {
+constexpr Step beforeText[] = {
     {"GET *dkm/documents/D1032", 3, " for //sim/?id=D1032"},
     {"GET */OrvetGW", 3, "no usable answer from "},
-    {"GET *XliffPreferences*", 1, kMended},
-    {"GET *DataAdmin/Containers*", 1, kMended},
+    {"GET *XliffPreferences*", 1, mended},
+    {"GET *DataAdmin/Containers*", 1, mended},
     {"GET *csrf", 1, "sending chain.xlf as the source XLIFF of //sim/?id=D1032 failed ("},
     {"POST *creationFactory", 1, "the same command can be given again"},
     {"POST *content/upload/*", 1, "the same command can be given again"},
     {"POST *dkm/documents", 1, "the same command can be given again"}};
 
 // Those of an update before the new iteration stands on the server.
-constexpr Step kBeforeUpdate[] = {{"GET *dkm/documents/D1028", 3, " for //sim/?id=D1028"},
-                                  {"GET */OrvetGW", 3, "no usable answer from "},
-                                  {"GET *dkm/documents/D1029", 1, "what stands now could not be found out"},
-                                  {"GET *csrf", 1, "D1029&file=/welding%20manual.xlf as before"},
-                                  {"POST *creationFactory", 1, "D1029&file=/welding%20manual.xlf as before"},
-                                  {"POST *content/upload/*", 1, "D1029&file=/welding%20manual.xlf as before"},
-                                  {"POST *dkm/documents", 1, "D1029&file=/welding%20manual.xlf as before"}};
+constexpr Step beforeUpdate[] = {
+    {"GET *dkm/documents/D1028", 3, " for //sim/?id=D1028"},
+    {"GET */OrvetGW", 3, "no usable answer from "},
+    {"GET *dkm/documents/D1029", 1, "the state on the server could not be found out"},
+    {"GET *csrf", 1, "D1029&file=/welding%20manual.xlf as before"},
+    {"POST *creationFactory", 1, "D1029&file=/welding%20manual.xlf as before"},
+    {"POST *content/upload/*", 1, "D1029&file=/welding%20manual.xlf as before"},
+    {"POST *dkm/documents", 1, "D1029&file=/welding%20manual.xlf as before"}};
 
-const std::string kRefusals[] = {"503", "drop"};
+const std::string refusals[] = {"503", "drop"};
 
 }  // namespace
 
@@ -72,25 +73,25 @@ class FirstXliffStep : public XliffStep {};
 class UpdateXliffStep : public XliffStep {};
 
 INSTANTIATE_TEST_SUITE_P(Steps, FirstXliffStep,
-                         testing::Combine(testing::ValuesIn(kBefore), testing::ValuesIn(kRefusals)));
+                         testing::Combine(testing::ValuesIn(beforeText), testing::ValuesIn(refusals)));
 INSTANTIATE_TEST_SUITE_P(Steps, UpdateXliffStep,
-                         testing::Combine(testing::ValuesIn(kBeforeUpdate), testing::ValuesIn(kRefusals)));
+                         testing::Combine(testing::ValuesIn(beforeUpdate), testing::ValuesIn(refusals)));
 
 TEST_P(FirstXliffStep, FailsWithWordsAndLinksNothing) {
   ServeWithFault();
-  ExpectFailure(Put(kBareManual));
+  ExpectFailure(Put(bareManual));
   EXPECT_EQ(LinkOf("D1032"), "");
 }
 
 TEST_P(UpdateXliffStep, FailsWithWordsAndLeavesTheSourceAsItWas) {
   ServeWithFault();
-  ExpectFailure(Put(kManual));
+  ExpectFailure(Put(manual));
   EXPECT_EQ(LinkOf("D1028"), "D1029");
 }
 
 TEST_F(XliffTest, TellsAFirstXliffThatCouldNotBeLinked) {
   Serve({"--fault", "POST *CreateXliffLink=500"});
-  const ProcessResult result = Put(kBareManual);
+  const ProcessResult result = Put(bareManual);
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, "");
   EXPECT_THAT(
@@ -103,7 +104,7 @@ TEST_F(XliffTest, TellsAFirstXliffThatCouldNotBeLinked) {
 
 TEST_F(XliffTest, TellsAnUpdateThatCouldNotBeLinkedAndMayStandInTheWay) {
   Serve({"--fault", "POST *CreateXliffLink=500*1"});
-  const ProcessResult result = Put(kManual);
+  const ProcessResult result = Put(manual);
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err,
               HasSubstr("the server has taken chain.xlf, but //sim/?id=D1028 still shows the source XLIFF "
@@ -113,14 +114,14 @@ TEST_F(XliffTest, TellsAnUpdateThatCouldNotBeLinkedAndMayStandInTheWay) {
   EXPECT_EQ(LinkOf("D1028"), "D1029");
 
   // The link leads to an iteration that is not the newest any more.
-  const ProcessResult again = Put(kManual);
+  const ProcessResult again = Put(manual);
   EXPECT_EQ(again.status, 1);
   EXPECT_THAT(again.err, HasSubstr("D1029 has a newer version"));
   EXPECT_EQ(LinkOf("D1028"), "D1029");
 }
 
 TEST_F(XliffTest, TellsThatAFileMayBeThereWithoutALinkWhenTheAnswerIsLost) {
-  for (const char* address : {kBareManual, kManual}) {
+  for (const char* address : {bareManual, manual}) {
     EndServer();
     Serve({"--fault", "POST *dkm/documents=cut:10*1"});
     const ProcessResult lost = Put(address);
@@ -136,9 +137,9 @@ TEST_F(XliffTest, TellsThatAFileMayBeThereWithoutALinkWhenTheAnswerIsLost) {
 
 TEST_F(XliffTest, TellsASourceXliffThatCameMeanwhile) {
   Serve({"--fault", "POST *creationFactory=stall*1"});
-  const auto first = Start({"xliff", "put", kBareManual, "chain.xlf", "-l", "en", "--stall-timeout", "3"});
+  const auto first = Start({"xliff", "put", bareManual, "chain.xlf", "-l", "en", "--stall-timeout", "3"});
   ASSERT_TRUE(WaitUntil([this] { return server().Log().find("security/csrf") != std::string::npos; }));
-  EXPECT_EQ(Put(kBareManual).status, 0);
+  EXPECT_EQ(Put(bareManual).status, 0);
   const ProcessResult result = first->Wait();
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr(LinkOf("D1032") + "&file=/chain.xlf now: only the answer may have been "
@@ -147,14 +148,14 @@ TEST_F(XliffTest, TellsASourceXliffThatCameMeanwhile) {
 
 TEST_F(XliffTest, TellsAnXliffWhoseUidCanNotBeFoundOut) {
   Serve({"--fault", "GET *dkm/documents/D100000*=500"});
-  const ProcessResult result = Put(kBareManual);
+  const ProcessResult result = Put(bareManual);
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, "");
   EXPECT_THAT(result.err,
               AllOf(HasSubstr("the server has taken chain.xlf, but its UID could not be found out"),
                     HasSubstr("\"vtdirect xliff source '//sim/?id=D1032'\" asks again")));
   EXPECT_NE(LinkOf("D1032"), "");
-  const ProcessResult source = Run({"xliff", "source", kBareManual});
+  const ProcessResult source = Run({"xliff", "source", bareManual});
   EXPECT_EQ(source.status, 6);
   EXPECT_THAT(source.err, StartsWith("vtdirect: warning: an xliff put of //sim/?id=D1032 was begun "));
   EXPECT_THAT(source.err, HasSubstr("vtdirect: the source XLIFF of //sim/?id=D1032 could not be read"));
@@ -162,12 +163,12 @@ TEST_F(XliffTest, TellsAnXliffWhoseUidCanNotBeFoundOut) {
 
 TEST_F(XliffTest, DoesNotTakeAFailedQuestionForADocumentWithoutASource) {
   Serve({"--fault", "GET *DynamicDocuments('D1028')/Xliff=503*1"});
-  EXPECT_THAT(Put(kManual).err, HasSubstr("updated"));
+  EXPECT_THAT(Put(manual).err, HasSubstr("updated"));
 }
 
 TEST_F(XliffTest, NeedsNoneOfTheQuestionsThatOnlyInform) {
   Serve({"--fault", "GET *IsAssemblyInstalled*=500", "--fault", "GET /servlet/odata/=500"});
-  EXPECT_EQ(Put(kBareManual).status, 0);
+  EXPECT_EQ(Put(bareManual).status, 0);
 }
 
 /// A reason that the failed call tells is not asked for again.
@@ -186,19 +187,19 @@ class XliffReason : public XliffTest {
 
 TEST_F(XliffReason, OfARefusedListIsNotAskedFor) {
   Serve({"--fault", "GET *expand=Translations=500"});
-  EXPECT_THAT(Run({"xliff", "list", kManual}).err, HasSubstr("(list the translations: refused, HTTP 500"));
+  EXPECT_THAT(Run({"xliff", "list", manual}).err, HasSubstr("(list the translations: refused, HTTP 500"));
   EXPECT_EQ(RequestsAfter("expand=Translations"), 0U);
 }
 
 TEST_F(XliffReason, OfASourceThatIsNotThereIsNotAskedFor) {
   Serve();
-  EXPECT_EQ(Run({"xliff", "source", kBareManual}).status, 6);
+  EXPECT_EQ(Run({"xliff", "source", bareManual}).status, 6);
   EXPECT_EQ(RequestsAfter("('D1032')/Xliff"), 0U);
 }
 
 TEST_F(XliffReason, OfADocumentWithoutASourceIsTheAnswerAndIsNotAskedFor) {
   Serve();
-  EXPECT_EQ(Put(kBareManual).status, 0);
+  EXPECT_EQ(Put(bareManual).status, 0);
   EXPECT_THAT(server().Log(), testing::Not(HasSubstr("expand=Translations")));
 }
 
@@ -212,7 +213,7 @@ TEST_F(XliffReason, OfAMarkThatWasRefusedIsNotAskedFor) {
 
 TEST_F(XliffReason, OfAnUploadThatCouldNotLookBeforehandIsTold) {
   Serve({"--fault", "GET *DynamicDocuments('D1028')/Xliff=503"});
-  const ProcessResult result = Put(kManual);
+  const ProcessResult result = Put(manual);
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err,
               HasSubstr("whether //sim/?id=D1028 has a source XLIFF could not be found out; nothing "
@@ -227,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, XliffListFault, testing::Values("500", "drop", 
 TEST_P(XliffListFault, IsToldAsAListThatDoesNotCome) {
   Serve({"--fault", "GET *expand=Translations=" + std::string(GetParam())});
   for (const ProcessResult& result :
-       {Run({"xliff", "list", kManual}), Run({"xliff", "get", kManual, "-l", "de"})}) {
+       {Run({"xliff", "list", manual}), Run({"xliff", "get", manual, "-l", "de"})}) {
     EXPECT_EQ(result.status, 11);
     EXPECT_EQ(result.out, "");
     EXPECT_THAT(result.err, HasSubstr("the translations of //sim/?id=D1028 could not be read"));
@@ -247,10 +248,10 @@ TEST_F(XliffTest, TellsADocumentThatWasNotMarked) {
 class XliffCommands : public XliffTest {
  protected:
   void ExpectEach(int status, const std::string& text) {
-    const std::vector<std::vector<std::string>> calls = {{"put", kManual, "chain.xlf", "-l", "en"},
-                                                         {"source", kManual},
-                                                         {"list", kManual},
-                                                         {"get", kManual, "-l", "de"},
+    const std::vector<std::vector<std::string>> calls = {{"put", manual, "chain.xlf", "-l", "en"},
+                                                         {"source", manual},
+                                                         {"list", manual},
+                                                         {"get", manual, "-l", "de"},
                                                          {"publish", "//sim/?id=D1031"}};
     for (std::vector<std::string> words : calls) {
       words.insert(words.begin(), "xliff");
@@ -296,17 +297,17 @@ INSTANTIATE_TEST_SUITE_P(Names, XliffPreference,
 
 TEST_P(XliffPreference, IsNamedAsALikelyReasonAndNothingIsSentWithoutIt) {
   Serve({"--without-preference", GetParam()});
-  const ProcessResult result = Put(kBareManual);
+  const ProcessResult result = Put(bareManual);
   EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.err, HasSubstr(kPreferences));
+  EXPECT_THAT(result.err, HasSubstr(preferences));
   EXPECT_EQ(Writes(), "");
   // An update has its place already.
-  EXPECT_EQ(Put(kManual).status, 0);
+  EXPECT_EQ(Put(manual).status, 0);
 }
 
 TEST_F(XliffTest, PutsTheFileIntoTheRootWhenThePreferencesNameNoFolder) {
   Serve({"--without-preference", "SUB_FOLDER_OID"});
-  EXPECT_EQ(Put(kBareManual).status, 0);
+  EXPECT_EQ(Put(bareManual).status, 0);
   EXPECT_EQ(DocumentOf(server(), LinkOf("D1032")).folder, "/Trekking Bike");
 }
 

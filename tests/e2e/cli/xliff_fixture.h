@@ -35,8 +35,8 @@ namespace vtdirect_test {
 /// and D1032, which has none.
 class XliffTest : public VtDirect {
  protected:
-  static constexpr const char* kManual = "//sim/?id=D1028";
-  static constexpr const char* kBareManual = "//sim/?id=D1032";
+  static constexpr const char* manual = "//sim/?id=D1028";
+  static constexpr const char* bareManual = "//sim/?id=D1032";
 
   void SetUp() override { WriteFile(Here("chain.xlf"), English()); }
 

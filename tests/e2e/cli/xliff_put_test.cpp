@@ -18,7 +18,7 @@ namespace vtdirect_test {
 
 TEST_F(XliffTest, SendsTheFirstSourceXliffOfADocument) {
   Serve();
-  const ProcessResult result = Put(kBareManual);
+  const ProcessResult result = Put(bareManual);
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.err, "vtdirect: chain.xlf is the first source XLIFF of //sim/?id=D1032\n");
   const std::string id = LinkOf("D1032");
@@ -34,7 +34,7 @@ TEST_F(XliffTest, SendsTheFirstSourceXliffOfADocument) {
 
 TEST_F(XliffTest, UpdatesTheSourceXliffOfADocument) {
   Serve();
-  const ProcessResult result = Put(kManual);
+  const ProcessResult result = Put(manual);
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.err, "vtdirect: chain.xlf updated the source XLIFF of //sim/?id=D1028\n");
   const std::string id = LinkOf("D1028");
@@ -45,7 +45,7 @@ TEST_F(XliffTest, UpdatesTheSourceXliffOfADocument) {
   EXPECT_EQ(document.version, "A.2");
 
   WriteFile(Here("chain.xlf"), English("Oil it again."));
-  EXPECT_EQ(Put(kManual).status, 0);
+  EXPECT_EQ(Put(manual).status, 0);
   EXPECT_NE(LinkOf("D1028"), id);
   EXPECT_EQ(DocumentOf(server(), LinkOf("D1028")).bytes, English("Oil it again."));
   EXPECT_EQ(DocumentOf(server(), LinkOf("D1028")).version, "A.3");
@@ -60,7 +60,7 @@ TEST_F(XliffTest, SendsNothingOfAFileThatIsWrittenTo) {
       std::ofstream(Here("chain.xlf"), std::ios::app) << "\n";
       SleepMilliseconds(1);
     });
-    result = Put(kBareManual);
+    result = Put(bareManual);
   }
   EXPECT_EQ(result.status, 8);
   EXPECT_THAT(result.err,
@@ -73,7 +73,7 @@ TEST_F(XliffTest, SendsNothingOfAFileThatCannotBeCopiedWhole) {
   Serve();
   fileSizeLimit_ = 100'000;
   WriteFile(Here("chain.xlf"), English(std::string(fileSizeLimit_ + 1, 'x')));
-  const ProcessResult result = Put(kBareManual);
+  const ProcessResult result = Put(bareManual);
   EXPECT_EQ(result.status, 8);
   EXPECT_THAT(result.err, HasSubstr("could not be copied whole to the directory for temporary files"));
   EXPECT_EQ(Writes(), "");
@@ -92,15 +92,15 @@ TEST_F(XliffTest, TakesAPathAndAUid) {
 
 TEST_F(XliffTest, FindsThePlaceOnPagesOfOneRow) {
   Serve({"--page-size", "1", "--page-port", "0"});
-  EXPECT_EQ(Put(kBareManual).status, 0);
+  EXPECT_EQ(Put(bareManual).status, 0);
   EXPECT_EQ(DocumentOf(server(), LinkOf("D1032")).folder, "/Trekking Bike/Translations");
-  EXPECT_EQ(Put(kManual).status, 0);
+  EXPECT_EQ(Put(manual).status, 0);
   EXPECT_EQ(DocumentOf(server(), LinkOf("D1028")).version, "A.2");
 }
 
 TEST_F(XliffTest, EndsTheSearchForAFolderThatIsNamedByAPath) {
   Serve({"--xliff-folder", "path"});
-  EXPECT_EQ(Put(kBareManual).status, 0);
+  EXPECT_EQ(Put(bareManual).status, 0);
   EXPECT_EQ(DocumentOf(server(), LinkOf("D1032")).folder, "/Trekking Bike/Translations");
   EXPECT_EQ(DocumentOf(server(), LinkOf("D1032")).bytes, English());
 }
@@ -108,7 +108,7 @@ TEST_F(XliffTest, EndsTheSearchForAFolderThatIsNamedByAPath) {
 TEST_F(XliffTest, LeavesTheSearchWithoutAnEndToWhoAsksForIt) {
   environment_["FENLOOM_XLIFF_BOUNDED_FOLDER_SCAN"] = "";
   Serve({"--xliff-folder", "path"});
-  const auto process = Start({"xliff", "put", kBareManual, "chain.xlf", "-l", "en"});
+  const auto process = Start({"xliff", "put", bareManual, "chain.xlf", "-l", "en"});
   ASSERT_TRUE(
       WaitUntil([this] { return server().Log().find("/servlet/rest/v1/contexts\"") != std::string::npos; }));
   SleepMilliseconds(500);
@@ -124,7 +124,7 @@ TEST_F(XliffTest, LeavesTheSearchWithoutAnEndToWhoAsksForIt) {
 TEST_F(XliffTest, SendsNothingThatIsNoXliff) {
   Serve();
   WriteFile(Here("chain.xlf"), "<?xml version=\"1.0\"?>\n<tmx/>");
-  const ProcessResult result = Put(kBareManual);
+  const ProcessResult result = Put(bareManual);
   EXPECT_EQ(result.status, 8);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(
@@ -136,18 +136,18 @@ TEST_F(XliffTest, SendsNothingThatIsNoXliff) {
 
 TEST_F(XliffTest, SendsNothingOfAnotherLanguage) {
   Serve();
-  const ProcessResult result = Run({"xliff", "put", kBareManual, "chain.xlf", "--language", "de"});
+  const ProcessResult result = Run({"xliff", "put", bareManual, "chain.xlf", "--language", "de"});
   EXPECT_EQ(result.status, 8);
   EXPECT_THAT(result.err, StartsWith("vtdirect: chain.xlf, line 3: its <file> has the source language \"en\" "
                                      "(source-language), and --language is \"de\"; nothing was sent"));
   EXPECT_EQ(server().Log(), "");
-  EXPECT_EQ(Run({"xliff", "put", kBareManual, "chain.xlf", "--language", "EN_gb"}).status, 0);
+  EXPECT_EQ(Run({"xliff", "put", bareManual, "chain.xlf", "--language", "EN_gb"}).status, 0);
 }
 
 TEST_F(XliffTest, SendsAnythingWhenItIsForcedTo) {
   Serve();
   WriteFile(Here("chain.xlf"), "no XML");
-  const ProcessResult result = Run({"xliff", "put", kBareManual, "chain.xlf", "-l", "en", "--force"});
+  const ProcessResult result = Run({"xliff", "put", bareManual, "chain.xlf", "-l", "en", "--force"});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.err, AllOf(StartsWith("vtdirect: warning: chain.xlf, line 1: it is no XML file"),
                                 HasSubstr("; it is sent all the same\n")));
@@ -159,7 +159,7 @@ TEST_F(XliffTest, RefusesWhatIsNoFileForcedOrNot) {
   ASSERT_EQ(mkdir(Here("d").c_str(), 0700), 0);
   ASSERT_EQ(mkfifo(Here("pipe").c_str(), 0600), 0);
   for (const char* file : {"none", "d", "pipe", ""}) {
-    const ProcessResult result = Run({"xliff", "put", kBareManual, file, "-l", "en", "--force"});
+    const ProcessResult result = Run({"xliff", "put", bareManual, file, "-l", "en", "--force"});
     EXPECT_EQ(result.status, 8) << file;
     EXPECT_THAT(result.err, StartsWith("vtdirect: cannot read " + std::string(file)));
   }
@@ -169,7 +169,7 @@ TEST_F(XliffTest, RefusesWhatIsNoFileForcedOrNot) {
 TEST_F(XliffTest, WantsALanguage) {
   Serve();
   for (const char* command : {"put", "get"}) {
-    std::vector<std::string> words = {"xliff", command, kBareManual};
+    std::vector<std::string> words = {"xliff", command, bareManual};
     if (std::string(command) == "put") words.emplace_back("chain.xlf");
     EXPECT_EQ(Run(words).status, 2);
     EXPECT_THAT(Run(words).err, HasSubstr("--language is needed"));

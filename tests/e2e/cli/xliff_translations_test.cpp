@@ -15,11 +15,11 @@ INSTANTIATE_TEST_SUITE_P(Generations, XliffGeneration, testing::Values("schema1"
 
 TEST_F(XliffTest, PrintsTheSourceXliffAndItsLanguage) {
   Serve();
-  const ProcessResult result = Run({"xliff", "source", kManual});
+  const ProcessResult result = Run({"xliff", "source", manual});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, server().Uid("D1029") + "&file=/welding%20manual.xlf\ten\n");
   EXPECT_EQ(result.err, "");
-  const ProcessResult none = Run({"xliff", "source", kBareManual});
+  const ProcessResult none = Run({"xliff", "source", bareManual});
   EXPECT_EQ(none.status, 6);
   EXPECT_EQ(none.out, "");
   EXPECT_EQ(
@@ -29,7 +29,7 @@ TEST_F(XliffTest, PrintsTheSourceXliffAndItsLanguage) {
 
 TEST_P(XliffGeneration, ListsTranslationsByLanguage) {
   Serve({"--generation", GetParam(), "--page-size", "1", "--page-port", "0"});
-  const ProcessResult result = Run({"xliff", "list", kManual});
+  const ProcessResult result = Run({"xliff", "list", manual});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, "de\t" + server().Uid("D1030") + "&file=/welding%20manual_de.xlf\n" + "fr\t" +
                             server().Uid("D1031") + "&file=/welding%20manual_fr.xlf\n");
@@ -48,36 +48,36 @@ TEST_P(XliffGeneration, MarksATranslationAsPublished) {
 
 TEST_P(XliffGeneration, SendsAFirstXliffAndUpdatesIt) {
   Serve({"--generation", GetParam()});
-  EXPECT_EQ(Put(kBareManual).status, 0);
+  EXPECT_EQ(Put(bareManual).status, 0);
   const std::string first = LinkOf("D1032");
   EXPECT_EQ(DocumentOf(server(), first).bytes, English());
   WriteFile(Here("chain.xlf"), English("Oil it again."));
-  EXPECT_EQ(Put(kBareManual).status, 0);
+  EXPECT_EQ(Put(bareManual).status, 0);
   EXPECT_NE(LinkOf("D1032"), first);
   EXPECT_EQ(DocumentOf(server(), LinkOf("D1032")).bytes, English("Oil it again."));
 }
 
 TEST_F(XliffTest, ListsNoTranslations) {
   Serve();
-  const ProcessResult result = Run({"xliff", "list", kBareManual});
+  const ProcessResult result = Run({"xliff", "list", bareManual});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "vtdirect: //sim/?id=D1032 has no translations\n");
-  const ProcessResult get = Run({"xliff", "get", kBareManual, "-l", "de"});
+  const ProcessResult get = Run({"xliff", "get", bareManual, "-l", "de"});
   EXPECT_EQ(get.status, 6);
   EXPECT_EQ(get.err, "vtdirect: //sim/?id=D1032 has no translations\n");
 }
 
 TEST_F(XliffTest, ListsWhatItCanReadAndSaysThatThereIsMore) {
   Serve({"--fault", "GET *documents/D1030*=500"});
-  const ProcessResult result = Run({"xliff", "list", kManual});
+  const ProcessResult result = Run({"xliff", "list", manual});
   EXPECT_EQ(result.status, 11);
   EXPECT_EQ(result.out, "fr\t" + server().Uid("D1031") + "&file=/welding%20manual_fr.xlf\n");
   EXPECT_THAT(result.err,
               HasSubstr("the list of the translations of //sim/?id=D1028 is incomplete: the server has "
                         "more than the 1 that could be read"));
-  EXPECT_EQ(Run({"xliff", "get", kManual, "-l", "fr", "-o", "copy"}).status, 0);
-  const ProcessResult missing = Run({"xliff", "get", kManual, "-l", "de"});
+  EXPECT_EQ(Run({"xliff", "get", manual, "-l", "fr", "-o", "copy"}).status, 0);
+  const ProcessResult missing = Run({"xliff", "get", manual, "-l", "de"});
   EXPECT_EQ(missing.status, 11);
   EXPECT_THAT(missing.err, HasSubstr("; \"de\" is not among fr"));
   EXPECT_THAT(HereNames(), ElementsAre("chain.xlf", "copy"));
@@ -87,22 +87,22 @@ TEST_F(XliffTest, DownloadsATranslationByteForByte) {
   Serve();
   const std::string german = server().Get("/servlet/rest/v1/content/streams/10300/x");
   ASSERT_THAT(german, HasSubstr("Handschuhe tragen."));
-  const ProcessResult result = Run({"xliff", "get", kManual, "--language", "de", "-o", "copy"});
+  const ProcessResult result = Run({"xliff", "get", manual, "--language", "de", "-o", "copy"});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err, "vtdirect: saved copy, " + std::to_string(german.size()) + " bytes\n");
   EXPECT_EQ(ReadFile(Here("copy")), german);
-  EXPECT_EQ(Run({"xliff", "get", kManual, "-l", "DE", "-o", "-"}).out, german);
-  EXPECT_EQ(Run({"xliff", "get", kManual, "-l", "fr"}).status, 0);
+  EXPECT_EQ(Run({"xliff", "get", manual, "-l", "DE", "-o", "-"}).out, german);
+  EXPECT_EQ(Run({"xliff", "get", manual, "-l", "fr"}).status, 0);
   EXPECT_EQ(ReadFile(Here("welding manual_fr.xlf")),
             server().Get("/servlet/rest/v1/content/streams/10310/x"));
-  EXPECT_EQ(Run({"xliff", "get", kManual, "-l", "fr", "-n"}).status, 8);
+  EXPECT_EQ(Run({"xliff", "get", manual, "-l", "fr", "-n"}).status, 8);
   EXPECT_THAT(HereNames(), ElementsAre("chain.xlf", "copy", "welding manual_fr.xlf"));
 }
 
 TEST_F(XliffTest, NamesTheLanguagesThatThereAre) {
   Serve();
-  const ProcessResult result = Run({"xliff", "get", kManual, "-l", "it"});
+  const ProcessResult result = Run({"xliff", "get", manual, "-l", "it"});
   EXPECT_EQ(result.status, 6);
   EXPECT_EQ(result.err, "vtdirect: //sim/?id=D1028 has no translation into \"it\"; it has de, fr\n");
   EXPECT_THAT(HereNames(), ElementsAre("chain.xlf"));
@@ -111,14 +111,14 @@ TEST_F(XliffTest, NamesTheLanguagesThatThereAre) {
 TEST_F(XliffTest, LeavesWhatStoodThereWhenADownloadBreaksOff) {
   Serve({"--fault", "GET *content/streams/10300*=cut:20"});
   WriteFile(Here("copy"), "before");
-  EXPECT_EQ(Run({"xliff", "get", "-f", kManual, "-l", "de", "-o", "copy"}).status, 7);
+  EXPECT_EQ(Run({"xliff", "get", "-f", manual, "-l", "de", "-o", "copy"}).status, 7);
   EXPECT_EQ(ReadFile(Here("copy")), "before");
   EXPECT_THAT(HereNames(), ElementsAre("chain.xlf", "copy"));
 }
 
 TEST_F(XliffTest, TellsJsonOfAnUpdate) {
   Serve();
-  const ProcessResult result = Run({"--json", "xliff", "put", kManual, "chain.xlf", "-l", "en"});
+  const ProcessResult result = Run({"--json", "xliff", "put", manual, "chain.xlf", "-l", "en"});
   EXPECT_EQ(result.out,
             "{\"schema\":2,\"command\":\"xliff put\",\"address\":\"//sim/?id=D1028\",\"uid\":\"" +
                 server().Uid(LinkOf("D1028")) +

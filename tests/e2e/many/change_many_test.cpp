@@ -15,7 +15,7 @@ TEST_F(ChangeMany, ChecksOutAndUndoesWhatAPatternFinds) {
   EXPECT_EQ(HolderOf("D1001"), "anna");
   EXPECT_EQ(HolderOf("D1002"), "anna");
   EXPECT_EQ(HolderOf("D1028"), "");
-  const ProcessResult undone = Run({"undo", kForkPath, std::string(framePath) + "frame.lxz"});
+  const ProcessResult undone = Run({"undo", forkPath, std::string(framePath) + "frame.lxz"});
   EXPECT_EQ(undone.status, 0) << undone.err;
   EXPECT_EQ(HolderOf("D1001"), "");
   EXPECT_EQ(TemporaryWorkspaces(), 0U);
@@ -44,8 +44,8 @@ TEST_F(ChangeMany, TakesAFolderForItsDocumentsAndEndsTheCheckoutsOfThisMachineIn
 
 TEST_F(ChangeMany, ChecksInWhatItCanAndTellsTheRest) {
   Serve();
-  ASSERT_EQ(Run({"checkout", kForkPath}).status, 0);
-  WriteFile(Home("list"), std::string(weldingPath) + "\n" + kForkPath + "\n");
+  ASSERT_EQ(Run({"checkout", forkPath}).status, 0);
+  WriteFile(Home("list"), std::string(weldingPath) + "\n" + forkPath + "\n");
   const ProcessResult result = Run({"checkin", "--from", Home("list")});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(HolderOf("D1001"), "");
@@ -54,9 +54,9 @@ TEST_F(ChangeMany, ChecksInWhatItCanAndTellsTheRest) {
 
 TEST_F(ChangeMany, ChangesNothingFurtherAfterAFailureWhenItIsToldSo) {
   Serve();
-  EXPECT_EQ(Run({"checkout", "--stop-on-error", noSuchPath, kForkPath}).status, 6);
+  EXPECT_EQ(Run({"checkout", "--stop-on-error", noSuchPath, forkPath}).status, 6);
   EXPECT_EQ(HolderOf("D1001"), "");
-  EXPECT_EQ(Run({"checkout", "--stop-on-error", kForkPath, std::string(framePath) + "none*"}).status, 6);
+  EXPECT_EQ(Run({"checkout", "--stop-on-error", forkPath, std::string(framePath) + "none*"}).status, 6);
   EXPECT_EQ(HolderOf("D1001"), "");
 }
 
@@ -93,7 +93,7 @@ TEST_F(ChangeMany, TellsOfAPatternThatNoFileMatches) {
   EXPECT_EQ(result.status, 8);
   EXPECT_THAT(result.err, HasSubstr("1 of 2 failed:\nvtdirect:   no file matches *.none\n"));
   EXPECT_EQ(Run({"get", std::string(framePath) + "one.lxz", "-o", "-"}).out, "one");
-  EXPECT_EQ(Run({"put", "o*.lxz", kForkPath}).status, 2) << "a pattern may find several";
+  EXPECT_EQ(Run({"put", "o*.lxz", forkPath}).status, 2) << "a pattern may find several";
 }
 
 TEST_F(ChangeMany, RefusesFilesThatHaveNoPlaceOfTheirOwn) {
@@ -102,7 +102,7 @@ TEST_F(ChangeMany, RefusesFilesThatHaveNoPlaceOfTheirOwn) {
   WriteFile(Home("one.lxz"), "one");
   WriteFile(Home("sub/one.lxz"), "other");
   EXPECT_EQ(Run({"put", Home("one.lxz"), Home("sub/one.lxz"), framePath}).status, 2);
-  EXPECT_EQ(Run({"put", Home("one.lxz"), Home("one.lxz"), kForkPath}).status, 2);
+  EXPECT_EQ(Run({"put", Home("one.lxz"), Home("one.lxz"), forkPath}).status, 2);
   WriteFile(Home("two.lxz"), "two");
   EXPECT_EQ(Run({"put", Home("one.lxz"), Home("two.lxz"), framePath, "--viewable", Home("one.lxz")}).status,
             2);

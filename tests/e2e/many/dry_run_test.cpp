@@ -13,16 +13,16 @@ class DryRunOfGet : public ManyTest {};
 
 TEST_F(DryRunOfGet, TellsTheFileAndFetchesNothing) {
   Serve();
-  const ProcessResult result = Run({"get", "--dry-run", kForkPath});
+  const ProcessResult result = Run({"get", "--dry-run", forkPath});
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.out, "would write\tfork.lxz\t" + std::string(kForkPath) + "\n");
+  EXPECT_EQ(result.out, "would write\tfork.lxz\t" + std::string(forkPath) + "\n");
   EXPECT_THAT(HereNames(), IsEmpty());
   EXPECT_EQ(Requests("content/streams/"), 0U);
-  EXPECT_EQ(Run({"get", kForkPath}).status, 0);
-  EXPECT_EQ(Run({"get", "--dry-run", kForkPath}).out,
-            "would replace\tfork.lxz\t" + std::string(kForkPath) + "\n");
-  EXPECT_EQ(Run({"get", "--dry-run", kForkPath, "-o", "-"}).out,
-            "would write\t-\t" + std::string(kForkPath) + "\n");
+  EXPECT_EQ(Run({"get", forkPath}).status, 0);
+  EXPECT_EQ(Run({"get", "--dry-run", forkPath}).out,
+            "would replace\tfork.lxz\t" + std::string(forkPath) + "\n");
+  EXPECT_EQ(Run({"get", "--dry-run", forkPath, "-o", "-"}).out,
+            "would write\t-\t" + std::string(forkPath) + "\n");
 }
 
 TEST_F(DryRunOfGet, RefusesWhatTheCommandWouldRefuse) {
@@ -30,8 +30,8 @@ TEST_F(DryRunOfGet, RefusesWhatTheCommandWouldRefuse) {
   EXPECT_EQ(Run({"get", "--dry-run", noSuchPath}).status, 6);
   EXPECT_EQ(Run({"get", "--dry-run", "//sim/?id=D4711", "-o", "x"}).status, 6);
   WriteFile(Here("fork.lxz"), "mine");
-  EXPECT_EQ(Run({"get", "--dry-run", kForkPath}).status, 8);
-  EXPECT_EQ(Run({"get", "--dry-run", kForkPath, "--force"}).status, 0);
+  EXPECT_EQ(Run({"get", "--dry-run", forkPath}).status, 8);
+  EXPECT_EQ(Run({"get", "--dry-run", forkPath, "--force"}).status, 0);
   EXPECT_EQ(ReadFile(Here("fork.lxz")), "mine");
 }
 
@@ -39,7 +39,7 @@ TEST_F(DryRunOfGet, MakesNoDirectoryForAFolder) {
   Serve();
   const ProcessResult result = Run({"get", "-r", "--dry-run", framePath, "-o", "into"});
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(result.out, "would write\tinto/Frame/fork.lxz\t" + std::string(kForkPath) +
+  EXPECT_EQ(result.out, "would write\tinto/Frame/fork.lxz\t" + std::string(forkPath) +
                             "\n"
                             "would write\tinto/Frame/frame.lxz\t" +
                             framePath +
@@ -55,12 +55,12 @@ class DryRunOfXliff : public XliffTest {};
 
 TEST_F(DryRunOfXliff, TellsWhatWouldBeSentAndSendsNothing) {
   Serve();
-  const ProcessResult first = Run({"xliff", "put", "--dry-run", kBareManual, "chain.xlf", "-l", "en"});
+  const ProcessResult first = Run({"xliff", "put", "--dry-run", bareManual, "chain.xlf", "-l", "en"});
   EXPECT_EQ(first.status, 0) << first.err;
-  EXPECT_EQ(first.out, "would create\tchain.xlf\t" + std::string(kBareManual) + "\n");
-  EXPECT_EQ(Run({"xliff", "put", "--dry-run", kManual, "chain.xlf", "-l", "en"}).out,
-            "would update\tchain.xlf\t" + std::string(kManual) + "\n");
-  EXPECT_EQ(Run({"xliff", "put", "--dry-run", kManual, "chain.xlf", "-l", "fr"}).status, 8);
+  EXPECT_EQ(first.out, "would create\tchain.xlf\t" + std::string(bareManual) + "\n");
+  EXPECT_EQ(Run({"xliff", "put", "--dry-run", manual, "chain.xlf", "-l", "en"}).out,
+            "would update\tchain.xlf\t" + std::string(manual) + "\n");
+  EXPECT_EQ(Run({"xliff", "put", "--dry-run", manual, "chain.xlf", "-l", "fr"}).status, 8);
   EXPECT_EQ(Run({"xliff", "publish", "--dry-run", "//sim/?id=D1031"}).out,
             "would publish\t//sim/?id=D1031\n");
   EXPECT_EQ(Writes(), "");
@@ -70,7 +70,7 @@ TEST_F(DryRunOfXliff, TellsWhatWouldBeSentAndSendsNothing) {
 
 TEST_F(DryRunOfXliff, TellsWhereATranslationWouldGo) {
   Serve();
-  const ProcessResult result = Run({"xliff", "get", "--dry-run", kManual, "-l", "de", "-o", "copy"});
+  const ProcessResult result = Run({"xliff", "get", "--dry-run", manual, "-l", "de", "-o", "copy"});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.out, HasSubstr("would write\tcopy\t"));
   EXPECT_THAT(HereNames(), ElementsAre("chain.xlf"));
@@ -80,13 +80,13 @@ class DryRunOfRecover : public ManyTest {};
 
 TEST_F(DryRunOfRecover, TellsWhereThingsStandAndLeavesTheJournal) {
   Serve();
-  const std::string uid = CheckOut(kForkPath);
+  const std::string uid = CheckOut(forkPath);
   const std::string journal = "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" +
-                              std::string(kForkPath) + "\t" + uid + "\t\t\n";
+                              std::string(forkPath) + "\t" + uid + "\t\t\n";
   WriteHome(".local/state/vtdirect/journal", journal, 0600);
   const ProcessResult result = Run({"recover", "--dry-run"});
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_THAT(result.out, HasSubstr("\tyes\tyou still have " + std::string(kForkPath) + " checked out"));
+  EXPECT_THAT(result.out, HasSubstr("\tyes\tyou still have " + std::string(forkPath) + " checked out"));
   EXPECT_EQ(ReadFile(Home(".local/state/vtdirect/journal")), journal);
   EXPECT_EQ(Run({"recover"}).out, result.out);
   EXPECT_EQ(Run({"recover"}).out, "");

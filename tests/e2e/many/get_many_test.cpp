@@ -15,7 +15,7 @@ class GetMany : public ManyTest {};
 
 TEST_F(GetMany, BringsEachToAFileOfItsName) {
   Serve();
-  const ProcessResult result = Run({"get", kForkPath, server().Uid("D1002"), weldingPath});
+  const ProcessResult result = Run({"get", forkPath, server().Uid("D1002"), weldingPath});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(FilesHere(), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
   EXPECT_EQ(ReadFile(Here("fork.lxz")), BytesOf("D1001"));
@@ -63,10 +63,10 @@ TEST_F(GetMany, TakesAFolderWithoutItsSlashAndADocumentAsItIs) {
   EXPECT_EQ(Run({"get", "-r", folder, "-o", "into"}).status, 0);
   EXPECT_THAT(FilesHere(),
               ElementsAre("into/Frame/fork.lxz", "into/Frame/frame.lxz", "into/Frame/welding manual.xml"));
-  EXPECT_EQ(Run({"get", "-r", kForkPath}).status, 0);
+  EXPECT_EQ(Run({"get", "-r", forkPath}).status, 0);
   EXPECT_THAT(FilesHere(), testing::Contains("fork.lxz"));
   // Without -r a folder is no document, whatever else is asked for.
-  EXPECT_EQ(Run({"get", framePath, kForkPath}).status, 2);
+  EXPECT_EQ(Run({"get", framePath, forkPath}).status, 2);
 }
 
 TEST_F(GetMany, AsksForAContentByTwoRequestsOnceTheListingIsThere) {
@@ -96,7 +96,7 @@ TEST_F(GetMany, KeepsDocumentsOfOneNameApart) {
 
 TEST_F(GetMany, BringsADocumentThatIsNamedTwiceOnce) {
   Serve();
-  EXPECT_EQ(Run({"get", kForkPath, kForkPath}).status, 0);
+  EXPECT_EQ(Run({"get", forkPath, forkPath}).status, 0);
   EXPECT_EQ(Run({"get", "-r", framePath, std::string(framePath) + "*"}).status, 0);
   EXPECT_THAT(FilesHere(),
               ElementsAre("Frame/fork.lxz", "Frame/frame.lxz", "Frame/welding manual.xml", "fork.lxz"));
@@ -130,7 +130,7 @@ TEST_F(GetMany, WritesIntoNoDirectoryThatALinkLeadsTo) {
 
 TEST_F(GetMany, CarriesOnAndTellsTheFailuresOnceMoreAtTheEnd) {
   Serve();
-  const ProcessResult result = Run({"get", "--parallel", "1", noSuchPath, kForkPath});
+  const ProcessResult result = Run({"get", "--parallel", "1", noSuchPath, forkPath});
   EXPECT_EQ(result.status, 6);
   EXPECT_THAT(FilesHere(), ElementsAre("fork.lxz"));
   const std::string failure = "not found: " + std::string(noSuchPath);
@@ -144,7 +144,7 @@ TEST_F(GetMany, CarriesOnAndTellsTheFailuresOnceMoreAtTheEnd) {
 
 TEST_F(GetMany, TakesAddressesFromAFile) {
   Serve();
-  WriteFile(Home("list"), std::string(kForkPath) + "\n" + server().Uid("D1002") + "\n");
+  WriteFile(Home("list"), std::string(forkPath) + "\n" + server().Uid("D1002") + "\n");
   EXPECT_EQ(Run({"get", "--from", Home("list")}).status, 0);
   EXPECT_THAT(FilesHere(), ElementsAre("fork.lxz", "frame.lxz"));
   WriteFile(Home("zeros"), std::string(weldingPath) + '\0');
@@ -157,11 +157,11 @@ TEST_F(GetMany, TakesAddressesFromAFile) {
 
 TEST_F(GetMany, TellsEachFileWhenItIsAsked) {
   Serve();
-  const ProcessResult result = Run({"get", "-v", "--parallel", "1", kForkPath, weldingPath});
+  const ProcessResult result = Run({"get", "-v", "--parallel", "1", forkPath, weldingPath});
   EXPECT_THAT(result.err, testing::StartsWith("vtdirect: saved fork.lxz, "));
   EXPECT_THAT(result.err, HasSubstr("\nvtdirect: saved welding manual.xml, "));
   const ProcessResult json = Run({"get", "--json", "-r", framePath});
-  EXPECT_THAT(json.out, HasSubstr("\"command\":\"get\",\"address\":\"" + std::string(kForkPath) +
+  EXPECT_THAT(json.out, HasSubstr("\"command\":\"get\",\"address\":\"" + std::string(forkPath) +
                                   "\",\"uid\":\"" + server().Uid("D1001")));
   EXPECT_THAT(
       json.out,
@@ -171,9 +171,9 @@ TEST_F(GetMany, TellsEachFileWhenItIsAsked) {
 
 TEST_F(GetMany, RefusesOneTargetForSeveral) {
   Serve();
-  EXPECT_EQ(Run({"get", kForkPath, weldingPath, "-o", "-"}).status, 2);
-  EXPECT_EQ(Run({"get", kForkPath, weldingPath, "-o", "file"}).status, 2);
-  EXPECT_EQ(Run({"get", kForkPath, weldingPath, "--parallel", "17"}).status, 2);
+  EXPECT_EQ(Run({"get", forkPath, weldingPath, "-o", "-"}).status, 2);
+  EXPECT_EQ(Run({"get", forkPath, weldingPath, "-o", "file"}).status, 2);
+  EXPECT_EQ(Run({"get", forkPath, weldingPath, "--parallel", "17"}).status, 2);
   EXPECT_THAT(FilesHere(), IsEmpty());
 }
 
@@ -181,16 +181,16 @@ TEST_F(GetMany, AsksAServerThatIsGoneOnceForAll) {
   Serve();
   const std::string url = server().url();
   StopServer();
-  const ProcessResult result = Run({"--server", "sim=" + url, "get", kForkPath, weldingPath, noSuchPath});
+  const ProcessResult result = Run({"--server", "sim=" + url, "get", forkPath, weldingPath, noSuchPath});
   EXPECT_EQ(result.status, 3);
   EXPECT_THAT(result.err, HasSubstr("2 objects were not asked for, since the server can't be used"));
 }
 
 TEST_F(GetMany, BringsTheWorkingCopyOfWhatIsCheckedOut) {
   Serve();
-  ASSERT_EQ(Run({"checkout", kForkPath}).status, 0);
+  ASSERT_EQ(Run({"checkout", forkPath}).status, 0);
   WriteFile(Home("edited"), "edited");
-  ASSERT_EQ(Run({"put", Home("edited"), kForkPath}).status, 0);
+  ASSERT_EQ(Run({"put", Home("edited"), forkPath}).status, 0);
   ASSERT_EQ(Run({"get", "-r", framePath}).status, 0);
   EXPECT_EQ(ReadFile(Here("Frame/fork.lxz")), "edited");
   ASSERT_EQ(Run({"get", "-r", "--base", framePath, "-o", "base"}).status, 0);
@@ -199,7 +199,7 @@ TEST_F(GetMany, BringsTheWorkingCopyOfWhatIsCheckedOut) {
 
 TEST_F(GetMany, RepeatsAQuestionThatTheServerWasTooBusyFor) {
   Serve({"--fault", "GET *content/streams/*=503*2"});
-  const ProcessResult result = Run({"get", "--parallel", "1", kForkPath, weldingPath});
+  const ProcessResult result = Run({"get", "--parallel", "1", forkPath, weldingPath});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(ReadFile(Here("fork.lxz")), BytesOf("D1001"));
   EXPECT_THAT(result.err, testing::StartsWith("vtdirect: 2 of 2 documents saved"));
@@ -221,7 +221,7 @@ TEST_F(GetMany, RepeatsAListingToo) {
 TEST_F(GetMany, ComesBackNoEarlierThanABusyServerAsksFor) {
   Serve({"--fault", "GET *content/streams/*=busy:1*1"});
   const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ(Run({"get", "--parallel", "1", kForkPath, weldingPath}).status, 0);
+  EXPECT_EQ(Run({"get", "--parallel", "1", forkPath, weldingPath}).status, 0);
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
   EXPECT_THAT(FilesHere(), ElementsAre("fork.lxz", "welding manual.xml"));
 }
@@ -229,26 +229,26 @@ TEST_F(GetMany, ComesBackNoEarlierThanABusyServerAsksFor) {
 TEST_F(GetMany, KeepsTheAskedPauseWhenItsExchangesAreLoggedToo) {
   Serve({"--fault", "GET *content/streams/*=busy:1*1"});
   const auto begin = std::chrono::steady_clock::now();
-  EXPECT_EQ(Run({"get", "--log-http", "log.har", kForkPath, weldingPath}).status, 0);
+  EXPECT_EQ(Run({"get", "--log-http", "log.har", forkPath, weldingPath}).status, 0);
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
 }
 
 TEST_F(GetMany, DoesNotWaitForAServerThatAsksForMoreThanAMinute) {
   Serve({"--fault", "GET *content/streams/*=busy:3600*1"});
-  EXPECT_NE(Run({"get", "--parallel", "1", kForkPath, weldingPath}).status, 0);
+  EXPECT_NE(Run({"get", "--parallel", "1", forkPath, weldingPath}).status, 0);
   EXPECT_THAT(FilesHere(), ElementsAre("welding manual.xml"));
   EXPECT_EQ(Requests("content/streams/"), 2U);
 }
 
 TEST_F(GetMany, RepeatsNothingWhenItIsToldSoAndForOneDocumentAlone) {
   Serve({"--fault", "GET *content/streams/*=503"});
-  const ProcessResult none = Run({"get", "--retries", "0", "--parallel", "1", kForkPath, weldingPath});
+  const ProcessResult none = Run({"get", "--retries", "0", "--parallel", "1", forkPath, weldingPath});
   EXPECT_NE(none.status, 0);
   EXPECT_THAT(none.err, HasSubstr("2 of 2 failed:"));
   EXPECT_EQ(Requests("content/streams/"), 2U);
-  EXPECT_NE(Run({"get", kForkPath}).status, 0);
+  EXPECT_NE(Run({"get", forkPath}).status, 0);
   EXPECT_EQ(Requests("content/streams/"), 3U);
-  EXPECT_NE(Run({"get", "--retries", "1", kForkPath, kForkPath}).status, 0);
+  EXPECT_NE(Run({"get", "--retries", "1", forkPath, forkPath}).status, 0);
   EXPECT_EQ(Requests("content/streams/"), 5U);
 }
 

@@ -47,15 +47,15 @@ TEST_F(ListingOnTerminal, HasColoursUnlessSomebodyWantsNone) {
 
 TEST_F(ListingOnTerminal, ShowsSeveralDocumentsInOneTable) {
   Serve();
-  const std::string screen = Screen({"status", "-s", Sim(), kForkPath, weldingPath});
+  const std::string screen = Screen({"status", "-s", Sim(), forkPath, weldingPath});
   EXPECT_THAT(screen, testing::StartsWith("STATUS      VERSION  LATEST VERSION  CHECKOUT  ADDRESS\r\n"
                                           "up-to-date  B.1      B.1             none      " +
-                                          std::string(kForkPath) + "\r\nup-to-date  "));
+                                          std::string(forkPath) + "\r\nup-to-date  "));
 }
 
 TEST_F(ListingOnTerminal, TellsAFailureAfterTheRowThatItIsAbout) {
   Serve();
-  const std::string screen = Screen({"status", "-s", Sim(), noSuchPath, kForkPath}, 6);
+  const std::string screen = Screen({"status", "-s", Sim(), noSuchPath, forkPath}, 6);
   const std::size_t row = screen.find("failed ");
   const std::size_t failure = screen.find("vtdirect: ");
   const std::size_t next = screen.find("up-to-date");

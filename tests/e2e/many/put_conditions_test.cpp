@@ -11,7 +11,7 @@ class PutConditions : public ManyTest {
   PutConditions() { WriteFile(Home("edited"), "edited"); }
 
   [[nodiscard]] std::string ForkOnServer() {
-    return RunElsewhere({"get", kForkPath, "--base", "-o", "-"}).out;
+    return RunElsewhere({"get", forkPath, "--base", "-o", "-"}).out;
   }
   /// Requests of the log that change something.
   [[nodiscard]] std::size_t Changes() const {
@@ -21,7 +21,7 @@ class PutConditions : public ManyTest {
 
 TEST_F(PutConditions, StoresOverTheVersionThatIsExpected) {
   Serve();
-  const ProcessResult result = Run({"put", Home("edited"), kForkPath, "--expect", "B.1"});
+  const ProcessResult result = Run({"put", Home("edited"), forkPath, "--expect", "B.1"});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(ForkOnServer(), "edited");
 }
@@ -29,9 +29,9 @@ TEST_F(PutConditions, StoresOverTheVersionThatIsExpected) {
 TEST_F(PutConditions, StoresNothingOverSomebodyElsesWork) {
   Serve();
   WriteFile(Home("theirs"), "theirs");
-  ASSERT_EQ(RunElsewhere({"put", Home("theirs"), kForkPath}).status, 0);
+  ASSERT_EQ(RunElsewhere({"put", Home("theirs"), forkPath}).status, 0);
   const std::size_t before = Changes();
-  const ProcessResult result = Run({"put", Home("edited"), kForkPath, "--expect", "B.1", "--json"});
+  const ProcessResult result = Run({"put", Home("edited"), forkPath, "--expect", "B.1", "--json"});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("\"error\":\"conflict\""));
   EXPECT_THAT(result.err, HasSubstr("is version B.2 now, and B.1 is expected; nothing was sent"));
@@ -49,7 +49,7 @@ TEST_F(PutConditions, CreatesNothingWhereAVersionIsExpected) {
 TEST_F(PutConditions, SendsNothingThatIsTheSame) {
   Serve();
   WriteFile(Home("same"), BytesOf("D1001"));
-  const ProcessResult result = Run({"put", Home("same"), kForkPath, "--if-changed", "--json"});
+  const ProcessResult result = Run({"put", Home("same"), forkPath, "--if-changed", "--json"});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.out, HasSubstr("\"action\":\"unchanged\",\"uid\":\"" + server().Uid("D1001")));
   EXPECT_EQ(Changes(), 0U);
@@ -60,9 +60,9 @@ TEST_F(PutConditions, SendsOtherBytesOfTheSameLength) {
   std::string other = BytesOf("D1001");
   other.back() = static_cast<char>(other.back() + 1);
   WriteFile(Home("other"), other);
-  EXPECT_EQ(Run({"put", Home("other"), kForkPath, "--if-changed"}).status, 0);
+  EXPECT_EQ(Run({"put", Home("other"), forkPath, "--if-changed"}).status, 0);
   EXPECT_EQ(ForkOnServer(), other);
-  EXPECT_EQ(Run({"put", Home("edited"), kForkPath, "--if-changed"}).status, 0);
+  EXPECT_EQ(Run({"put", Home("edited"), forkPath, "--if-changed"}).status, 0);
   EXPECT_EQ(ForkOnServer(), "edited");
 }
 
@@ -73,7 +73,7 @@ TEST_F(PutConditions, SendsNothingWhenItCannotBeCompared) {
   std::filesystem::create_directory(Home("other"));
   const Simulator other(Home("other"), {});
   WriteFile(Home("same"), DocumentOf(other, "D1001").bytes);
-  const ProcessResult result = Run({"put", Home("same"), kForkPath, "--if-changed"});
+  const ProcessResult result = Run({"put", Home("same"), forkPath, "--if-changed"});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("nothing was sent"));
   EXPECT_EQ(Changes(), 0U);
@@ -81,19 +81,18 @@ TEST_F(PutConditions, SendsNothingWhenItCannotBeCompared) {
 
 TEST_F(PutConditions, ComparesTheContentAlone) {
   Serve();
-  EXPECT_EQ(Run({"put", Home("edited"), kForkPath, "--if-changed", "--viewable", Home("edited")}).status, 2);
+  EXPECT_EQ(Run({"put", Home("edited"), forkPath, "--if-changed", "--viewable", Home("edited")}).status, 2);
   EXPECT_EQ(server().Log(), "");
 }
 
 TEST_F(PutConditions, SayWhatWouldBeDone) {
   Serve();
-  EXPECT_EQ(Run({"put", Home("edited"), kForkPath, "--dry-run"}).out,
+  EXPECT_EQ(Run({"put", Home("edited"), forkPath, "--dry-run"}).out,
             "would iterate\t" + Home("edited") + "\t" + server().Uid("D1001") + "&file=/fork.lxz\n");
   EXPECT_EQ(Run({"put", Home("edited"), noSuchPath, "--dry-run"}).out,
             "would create\t" + Home("edited") + "\t" + noSuchPath + "\n");
-  EXPECT_EQ(Run({"checkout", kForkPath, "--dry-run"}).out,
-            "would check out\t" + std::string(kForkPath) + "\n");
-  EXPECT_THAT(Run({"checkout", kForkPath, "--dry-run", "--json"}).out, HasSubstr("\"dry_run\":true"));
+  EXPECT_EQ(Run({"checkout", forkPath, "--dry-run"}).out, "would check out\t" + std::string(forkPath) + "\n");
+  EXPECT_THAT(Run({"checkout", forkPath, "--dry-run", "--json"}).out, HasSubstr("\"dry_run\":true"));
   EXPECT_EQ(Changes(), 0U);
   EXPECT_EQ(HolderOf("D1001"), "");
   EXPECT_EQ(Book(), "");
@@ -101,12 +100,12 @@ TEST_F(PutConditions, SayWhatWouldBeDone) {
 
 TEST_F(PutConditions, SayWhatWouldBecomeOfAWorkingCopy) {
   Serve();
-  ASSERT_EQ(Run({"checkout", kForkPath}).status, 0);
+  ASSERT_EQ(Run({"checkout", forkPath}).status, 0);
   const std::string book = Book();
   const std::size_t before = Changes();
-  EXPECT_EQ(Run({"checkin", kForkPath, "--dry-run"}).out, "would check in\t" + std::string(kForkPath) + "\n");
-  EXPECT_EQ(Run({"undo", kForkPath, "--dry-run"}).out, "would undo\t" + std::string(kForkPath) + "\n");
-  EXPECT_THAT(Run({"put", Home("edited"), kForkPath, "--dry-run"}).out, testing::StartsWith("would store\t"));
+  EXPECT_EQ(Run({"checkin", forkPath, "--dry-run"}).out, "would check in\t" + std::string(forkPath) + "\n");
+  EXPECT_EQ(Run({"undo", forkPath, "--dry-run"}).out, "would undo\t" + std::string(forkPath) + "\n");
+  EXPECT_THAT(Run({"put", Home("edited"), forkPath, "--dry-run"}).out, testing::StartsWith("would store\t"));
   EXPECT_EQ(Changes(), before);
   EXPECT_EQ(HolderOf("D1001"), "anna");
   EXPECT_EQ(Book(), book);
@@ -116,8 +115,8 @@ TEST_F(PutConditions, SayWhatWouldBecomeOfAWorkingCopy) {
 TEST_F(PutConditions, FailWhereTheChangeWouldFail) {
   Serve();
   EXPECT_EQ(Run({"checkout", noSuchPath, "--dry-run"}).status, 6);
-  EXPECT_NE(Run({"checkin", kForkPath, "--dry-run"}).status, 0);
-  EXPECT_EQ(Run({"put", Home("none"), kForkPath, "--dry-run"}).status, 8);
+  EXPECT_NE(Run({"checkin", forkPath, "--dry-run"}).status, 0);
+  EXPECT_EQ(Run({"put", Home("none"), forkPath, "--dry-run"}).status, 8);
 }
 
 }  // namespace vtdirect_test

@@ -24,10 +24,10 @@ class MountCache : public MountTest {
 TEST_F(MountCache, AsksTheServerNothingForAContentThatIsThere) {
   Serve();
   Mount({"--refresh", "3600"});
-  const std::string content = Text(Tree(kFork));
+  const std::string content = Text(Tree(forkAddress));
   const std::size_t before = Requests();
-  EXPECT_EQ(Text(Tree(kFork)), content);
-  EXPECT_EQ(Shell("cat \"$TREE/" + std::string(kFork) + "\" | wc -c").out,
+  EXPECT_EQ(Text(Tree(forkAddress)), content);
+  EXPECT_EQ(Shell("cat \"$TREE/" + std::string(forkAddress) + "\" | wc -c").out,
             std::to_string(content.size()) + "\n");
   EXPECT_EQ(Requests(), before);
 }
@@ -35,12 +35,12 @@ TEST_F(MountCache, AsksTheServerNothingForAContentThatIsThere) {
 TEST_F(MountCache, IsThereForTheNextMountAndForOthers) {
   Serve();
   Mount();
-  const std::string content = Text(Tree(kFork));
+  const std::string content = Text(Tree(forkAddress));
   EXPECT_EQ(Asked("streams/10010"), 1U);
   SignalMount(SIGTERM);
   EXPECT_EQ(WaitForMount().status, 0);
   Mount();
-  EXPECT_EQ(Text(Tree(kFork)), content);
+  EXPECT_EQ(Text(Tree(forkAddress)), content);
   EXPECT_EQ(Asked("streams/10010"), 1U);
   EXPECT_EQ(Contents(), 1U);
 }
@@ -48,7 +48,7 @@ TEST_F(MountCache, IsThereForTheNextMountAndForOthers) {
 TEST_F(MountCache, FetchesAContentOnceForManyReaders) {
   Serve({"--fault", "GET *10010/*=delay:300"});
   Mount();
-  const auto result = Shell("for i in $(seq 16); do cat \"$TREE/" + std::string(kFork) +
+  const auto result = Shell("for i in $(seq 16); do cat \"$TREE/" + std::string(forkAddress) +
                             "\" > copy$i & done; wait; cmp copy1 copy16 && cat copy* | sha256sum | wc -l; "
                             "md5sum copy* | cut -c1-32 | "
                             "sort -u | wc -l");
@@ -59,12 +59,12 @@ TEST_F(MountCache, FetchesAContentOnceForManyReaders) {
 TEST_F(MountCache, FetchesAnewWhatSomebodyCutShort) {
   Serve();
   Mount();
-  const std::string content = Text(Tree(kFork));
+  const std::string content = Text(Tree(forkAddress));
   SignalMount(SIGTERM);
   EXPECT_EQ(WaitForMount().status, 0);
   ASSERT_EQ(Shell("find ~/.cache/vtdirect/contents -type f -exec truncate -s 5 {} +").status, 0);
   Mount();
-  EXPECT_EQ(Text(Tree(kFork)), content);
+  EXPECT_EQ(Text(Tree(forkAddress)), content);
 }
 
 TEST_F(MountCache, StaysWithinItsBound) {
@@ -86,7 +86,7 @@ TEST_F(MountCache, OnAFullDiskFailsTheReaderAndLeavesNothingBehind) {
   Mount({"--cache", Home("small")});
   // A megabyte does not fit; the small drawings do, and go on to be read.
   EXPECT_EQ(ErrorOfReading(Tree("Products/Trekking Bike/Folders/paint shop scan.bin")), ENOSPC);
-  EXPECT_EQ(Text(Tree(kFork)), server().Get(kForkContent));
+  EXPECT_EQ(Text(Tree(forkAddress)), server().Get(forkContent));
   EXPECT_EQ(Shell("find ~/small/parts -type f | wc -l").out, "0\n");
   SignalMount(SIGTERM);
   EXPECT_EQ(WaitForMount().status, 0);
@@ -97,12 +97,12 @@ TEST_F(MountCache, OnAFullDiskFailsTheReaderAndLeavesNothingBehind) {
 TEST_F(MountCache, ThatCannotBeWrittenKeepsWhatItHas) {
   Serve();
   Mount({"--log", Home("log")});
-  const std::string content = Text(Tree(kFork));
+  const std::string content = Text(Tree(forkAddress));
   ASSERT_EQ(Shell("rmdir ~/.cache/vtdirect/parts && touch ~/.cache/vtdirect/parts").status, 0);
-  EXPECT_EQ(ErrorOfReading(Tree(std::string(kFrame) + "frame.lxz")), EIO);
+  EXPECT_EQ(ErrorOfReading(Tree(std::string(frameFolder) + "frame.lxz")), EIO);
   EXPECT_THAT(ReadFile(Home("log")), testing::HasSubstr("cannot write to the cache: Not a directory"));
   EXPECT_EQ(Contents(), 1U);
-  EXPECT_EQ(Text(Tree(kFork)), content);
+  EXPECT_EQ(Text(Tree(forkAddress)), content);
 }
 
 TEST_F(MountCache, ThatOthersMayLookIntoIsNotUsed) {

@@ -13,18 +13,18 @@ namespace {
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr const char* kLongAgo = "1000000000";
+constexpr const char* longAgo = "1000000000";
 
 // Programs that copy files into a mount, with times and rights.
 class MountCopying : public MountWriting {
  protected:
-  [[nodiscard]] std::string Frame() const { return "\"$TREE/" + std::string(kFrame) + "\""; }
+  [[nodiscard]] std::string Frame() const { return "\"$TREE/" + std::string(frameFolder) + "\""; }
   // Files "in/NAME" that a program is to copy, of long ago.
   void Prepare(const std::vector<std::string>& names) {
     ASSERT_EQ(Shell("mkdir in && chmod 755 in").status, 0);
     for (const std::string& name : names) {
       WriteFile(Here("in/" + name), "FENLET copied\n");
-      ASSERT_EQ(Shell("chmod 644 'in/" + name + "' && touch -d @" + kLongAgo + " 'in/" + name + "'").status,
+      ASSERT_EQ(Shell("chmod 644 'in/" + name + "' && touch -d @" + longAgo + " 'in/" + name + "'").status,
                 0);
     }
   }
@@ -54,7 +54,7 @@ TEST_F(MountCopying, RsyncSendsNewDocumentsOnce) {
   Prepare({"new.lxz"});
   const std::string line = "rsync -rtO --itemize-changes in/ " + Frame();
   EXPECT_THAT(Shell(line).out, HasSubstr(">f+++++++++ new.lxz"));
-  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "new.lxz"), "FENLET copied\n");
+  EXPECT_EQ(OnServer("//sim/" + std::string(frameFolder) + "new.lxz"), "FENLET copied\n");
   const auto second = Shell(line);
   EXPECT_EQ(second.status, 0) << second.err;
   EXPECT_EQ(second.out, "");
@@ -62,7 +62,7 @@ TEST_F(MountCopying, RsyncSendsNewDocumentsOnce) {
   ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
   EXPECT_EQ(WaitForMount().status, 0);
   Mount({"--write"});
-  EXPECT_EQ(TimeOf("new.lxz"), std::string(kLongAgo) + "\n");
+  EXPECT_EQ(TimeOf("new.lxz"), std::string(longAgo) + "\n");
 }
 
 TEST_F(MountCopying, CpKeepsTheTime) {
@@ -70,8 +70,8 @@ TEST_F(MountCopying, CpKeepsTheTime) {
   Prepare({"fork.lxz", "new.lxz"});
   const auto result = Shell("cp -a in/* " + Frame());
   EXPECT_EQ(result.status, 0) << result.err;
-  EXPECT_EQ(TimeOf("fork.lxz"), std::string(kLongAgo) + "\n");
-  EXPECT_EQ(TimeOf("new.lxz"), std::string(kLongAgo) + "\n");
+  EXPECT_EQ(TimeOf("fork.lxz"), std::string(longAgo) + "\n");
+  EXPECT_EQ(TimeOf("new.lxz"), std::string(longAgo) + "\n");
   EXPECT_EQ(OnServer(Path()), "FENLET copied\n");
 }
 
@@ -93,7 +93,7 @@ TEST_F(MountCopying, TarUnpacks) {
       Shell("tar -C in -cf all.tar fork.lxz && tar -C " + Frame() + " --overwrite -xf all.tar");
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(OnServer(Path()), "FENLET copied\n");
-  EXPECT_EQ(TimeOf("fork.lxz"), std::string(kLongAgo) + "\n");
+  EXPECT_EQ(TimeOf("fork.lxz"), std::string(longAgo) + "\n");
 }
 
 TEST_F(MountCopying, RightsAndTimesThatWouldNotComeTrueAreRefused) {
@@ -106,7 +106,7 @@ TEST_F(MountCopying, RightsAndTimesThatWouldNotComeTrueAreRefused) {
   EXPECT_EQ(error(chown(fork.c_str(), getuid(), getgid())), 0);
   EXPECT_EQ(error(chown(fork.c_str(), getuid() + 1, getgid())), EPERM);
   EXPECT_EQ(error(utimensat(AT_FDCWD, fork.c_str(), times, 0)), EPERM);
-  const std::string made = Tree(std::string(kFrame) + "new.lxz");
+  const std::string made = Tree(std::string(frameFolder) + "new.lxz");
   const int file = open(made.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
   ASSERT_GE(file, 0);
   EXPECT_EQ(error(fchmod(file, 0600)), EPERM);
@@ -117,7 +117,7 @@ TEST_F(MountCopying, RightsAndTimesThatWouldNotComeTrueAreRefused) {
 TEST_F(MountCopying, AScratchFileHasTheRightsThatItIsGiven) {
   Serve();
   Mount({"--write"});
-  const std::string scratch = Tree(std::string(kFrame) + "a~");
+  const std::string scratch = Tree(std::string(frameFolder) + "a~");
   ASSERT_EQ(Shell("printf private >'" + scratch + "' && chmod 600 '" + scratch + "'").err, "");
   struct stat status = {};
   ASSERT_EQ(stat(scratch.c_str(), &status), 0);

@@ -35,16 +35,16 @@ class CutContent : public MountTest {
 
 TEST_F(CutContent, IsAFailureToRead) {
   Mount();
-  EXPECT_EQ(ErrorOfReading(Tree(kFork)), EIO);
-  EXPECT_EQ(ErrorOfReading(Tree(kFork)), EIO) << "it was not kept";
+  EXPECT_EQ(ErrorOfReading(Tree(forkAddress)), EIO);
+  EXPECT_EQ(ErrorOfReading(Tree(forkAddress)), EIO) << "it was not kept";
 }
 
 TEST_F(CutContent, IsNotWrittenOn) {
-  const std::string path = "//sim/" + std::string(kFork);
-  const std::string content = server().Get(kForkContent);
+  const std::string path = "//sim/" + std::string(forkAddress);
+  const std::string content = server().Get(forkContent);
   ASSERT_EQ(Run({"checkout", "-q", path}).status, 0);
   Mount({"--write"});
-  EXPECT_NE(Shell("printf more >>\"$TREE/" + std::string(kFork) + "\"").status, 0);
+  EXPECT_NE(Shell("printf more >>\"$TREE/" + std::string(forkAddress) + "\"").status, 0);
   ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
   environment_.erase("http_proxy");
   ASSERT_EQ(Run({"get", "-q", path, "-o", "stored"}).status, 0);
@@ -58,7 +58,7 @@ class UntoldSize : public MountTest {
     MountTest::SetUp();
     if (IsSkipped()) return;
     Serve();
-    content_ = server().Get(kForkContent);
+    content_ = server().Get(forkContent);
     ASSERT_EQ(Run({"checkout", "-q", path_}).status, 0);
     environment_["http_proxy"] = hider_.Url();
   }
@@ -74,7 +74,7 @@ class UntoldSize : public MountTest {
   }
 
   std::string content_;
-  const std::string path_ = "//sim/" + std::string(kFork);
+  const std::string path_ = "//sim/" + std::string(forkAddress);
 
  private:
   Meddler hider_{HideSizes};
@@ -82,13 +82,13 @@ class UntoldSize : public MountTest {
 
 TEST_F(UntoldSize, IsMeasured) {
   Mount();
-  EXPECT_EQ(std::filesystem::file_size(Tree(kFork)), content_.size());
-  EXPECT_EQ(Text(Tree(kFork)), content_);
+  EXPECT_EQ(std::filesystem::file_size(Tree(forkAddress)), content_.size());
+  EXPECT_EQ(Text(Tree(forkAddress)), content_);
 }
 
 TEST_F(UntoldSize, IsNotTakenForEmptyWhenTheDocumentIsWrittenOn) {
   Mount({"--write"});
-  EXPECT_EQ(Shell("printf more >>\"$TREE/" + std::string(kFork) + "\"").err, "");
+  EXPECT_EQ(Shell("printf more >>\"$TREE/" + std::string(forkAddress) + "\"").err, "");
   ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
   environment_.erase("http_proxy");
   ASSERT_EQ(Run({"get", "-q", path_, "-o", "stored"}).status, 0);

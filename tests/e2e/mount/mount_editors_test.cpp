@@ -18,15 +18,16 @@ class Editors : public MountWriting {
   void ExpectStored(const std::string& text) {
     EXPECT_EQ(OnServer(Path()), text);
     EXPECT_EQ(Text(Fork()), text);
-    EXPECT_EQ(Run({"ls", "//sim/" + std::string(kFrame)}).out, "fork.lxz\nframe.lxz\nwelding manual.xml\n");
+    EXPECT_EQ(Run({"ls", "//sim/" + std::string(frameFolder)}).out,
+              "fork.lxz\nframe.lxz\nwelding manual.xml\n");
     EXPECT_EQ(Run({"recover"}).out, "");
   }
   // The content of the fork with "EDITED " before its first line.
-  [[nodiscard]] std::string Edited() const { return "EDITED " + server().Get(kForkContent); }
+  [[nodiscard]] std::string Edited() const { return "EDITED " + server().Get(forkContent); }
   [[nodiscard]] ProcessResult Emacs(const std::string& settings) {
     return Shell(
         "emacs -Q --batch --eval '(progn (setq make-backup-files t backup-enable-predicate (lambda (_) t)) " +
-        settings + " (find-file \"'\"$TREE/" + std::string(kFork) +
+        settings + " (find-file \"'\"$TREE/" + std::string(forkAddress) +
         "\"'\") (insert \"EDITED \") (save-buffer))'");
   }
   // nano wants a terminal. Keys are pressed when it has read the file.
@@ -34,7 +35,7 @@ class Editors : public MountWriting {
     return Shell(
         "(for i in $(seq 500); do grep -q 'Read .* lines' screen 2>/dev/null && break; sleep 0.02; done; "
         "printf 'EDITED \\017\\r\\030') | TERM=xterm script -qefc \"nano --ignorercfiles " +
-        options + " '$TREE/" + std::string(kFork) + "'\" screen");
+        options + " '$TREE/" + std::string(forkAddress) + "'\" screen");
   }
   [[nodiscard]] static int Make(const std::string& file, const std::string& text, int flags) {
     const int descriptor = open(file.c_str(), flags | O_CLOEXEC, 0600);
@@ -52,7 +53,7 @@ TEST_F(Editors, EmacsMakesABackupByRenaming) {
   EXPECT_EQ(result.status, 0) << result.err;
   ExpectStored(Edited());
   // The backup is there until the mount ends, and on this machine alone.
-  EXPECT_EQ(Text(Fork() + "~"), server().Get(kForkContent));
+  EXPECT_EQ(Text(Fork() + "~"), server().Get(forkContent));
 }
 
 TEST_F(Editors, EmacsMakesABackupByCopying) {
@@ -61,7 +62,7 @@ TEST_F(Editors, EmacsMakesABackupByCopying) {
   const auto result = Emacs("(setq backup-by-copying t)");
   EXPECT_EQ(result.status, 0) << result.err;
   ExpectStored(Edited());
-  EXPECT_EQ(Text(Fork() + "~"), server().Get(kForkContent));
+  EXPECT_EQ(Text(Fork() + "~"), server().Get(forkContent));
 }
 
 TEST_F(Editors, NanoWritesInPlace) {
@@ -78,14 +79,15 @@ TEST_F(Editors, NanoMakesABackupAndALock) {
   const auto result = Nano("--backup --locking");
   EXPECT_EQ(result.status, 0) << result.err << result.out;
   ExpectStored(Edited());
-  EXPECT_EQ(Text(Fork() + "~"), server().Get(kForkContent));
-  EXPECT_THAT(Names(Tree(kFrame)), ElementsAre("fork.lxz", "fork.lxz~", "frame.lxz", "welding manual.xml"));
+  EXPECT_EQ(Text(Fork() + "~"), server().Get(forkContent));
+  EXPECT_THAT(Names(Tree(frameFolder)),
+              ElementsAre("fork.lxz", "fork.lxz~", "frame.lxz", "welding manual.xml"));
 }
 
 // The steps of LibreOffice, by their system calls: it is too large to be installed for a test.
 TEST_F(Editors, LibreOfficeSavesByRenamingItsFileOntoTheDocument) {
   MountAndCheckOut();
-  const std::string frame = Tree(kFrame);
+  const std::string frame = Tree(frameFolder);
   const std::string lock = frame + ".~lock.fork.lxz#";
   const std::string temporary = frame + "lu4711ab.tmp";
   ASSERT_EQ(Make(lock, "anna,host;", O_RDWR | O_CREAT | O_EXCL), 0);
@@ -111,7 +113,7 @@ TEST_F(Editors, LibreOfficeSavesByRenamingItsFileOntoTheDocument) {
 
 TEST_F(Editors, LibreOfficeSavesByABackupAndByWritingOverTheDocument) {
   MountAndCheckOut();
-  const std::string backup = Tree(kFrame) + "lu4711cd.tmp";
+  const std::string backup = Tree(frameFolder) + "lu4711cd.tmp";
   ASSERT_EQ(Make(backup, Text(Fork()), O_RDWR | O_CREAT | O_EXCL), 0);
   const int document = open(Fork().c_str(), O_RDWR | O_CLOEXEC);
   ASSERT_GE(document, 0) << errno;
@@ -121,7 +123,7 @@ TEST_F(Editors, LibreOfficeSavesByABackupAndByWritingOverTheDocument) {
   ASSERT_EQ(close(document), 0);
   ASSERT_EQ(unlink(backup.c_str()), 0);
   ExpectStored("FENLET by office\n");
-  EXPECT_THAT(Names(Tree(kFrame)), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
+  EXPECT_THAT(Names(Tree(frameFolder)), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
 }
 
 }  // namespace

@@ -14,7 +14,7 @@
 namespace vtdirect_test {
 namespace {
 
-constexpr long kFuseMagic = 0x65735546;
+constexpr long fuseMagic = 0x65735546;
 
 /// What keeps this machine from a mount; empty when nothing does. A container may have the device, and not the
 /// right to mount by it. An ordinary user mounts by the help of a program, which is not tried here.
@@ -80,7 +80,7 @@ bool MountTest::IsMounted() const {
 
 bool MountTest::AnswersAsMount() const {
   struct statfs status = {};
-  return statfs(Home("tree").c_str(), &status) == 0 && static_cast<long>(status.f_type) == kFuseMagic;
+  return statfs(Home("tree").c_str(), &status) == 0 && static_cast<long>(status.f_type) == fuseMagic;
 }
 
 std::vector<std::string> MountTest::Names(const std::string& directory) {

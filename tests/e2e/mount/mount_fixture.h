@@ -52,8 +52,8 @@ class MountTest : public VtDirect {
 };
 
 /// The folder of the demo's drawings, below the tree, with its closing "/".
-inline constexpr const char* kFrame = "Products/Trekking Bike/Folders/Frame/";
-inline constexpr const char* kDrivetrain = "Products/Trekking Bike/Folders/Drivetrain/";
-inline constexpr const char* kFork = "Products/Trekking Bike/Folders/Frame/fork.lxz";
+inline constexpr const char* frameFolder = "Products/Trekking Bike/Folders/Frame/";
+inline constexpr const char* drivetrainFolder = "Products/Trekking Bike/Folders/Drivetrain/";
+inline constexpr const char* forkAddress = "Products/Trekking Bike/Folders/Frame/fork.lxz";
 
 }  // namespace vtdirect_test

@@ -63,8 +63,8 @@ TEST_F(MountLosses, AServerKilledInTheMiddleOfAContentCostsTheReaderAloneAndOnce
   EXPECT_THAT(result.err, HasSubstr("Input/output error"));
   Serve(port_);
   EXPECT_TRUE(WaitUntil([this] { return ErrorOfReading(Fork()) == 0; }));
-  EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
-  EXPECT_EQ(Text(Tree(std::string(kFrame) + "frame.lxz")), content);
+  EXPECT_EQ(Text(Fork()), server().Get(forkContent));
+  EXPECT_EQ(Text(Tree(std::string(frameFolder) + "frame.lxz")), content);
 }
 
 TEST_F(MountLosses, AServerKilledInTheMiddleOfAStoreLeavesTheBytesWaiting) {
@@ -91,7 +91,7 @@ TEST_F(MountLosses, AMountKilledInTheMiddleOfAStoreIsRecovered) {
   const auto listed = Run({"recover"});
   EXPECT_EQ(listed.status, 11);
   EXPECT_THAT(listed.out, HasSubstr("mount\t" + Path()));
-  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(forkHead));
   Mount({"--write"});
   EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
   EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
@@ -123,7 +123,7 @@ TEST_F(MountLosses, AStoreWaitsForAConnectionNoLongerThanItsMountAndForAnAnswerL
 // An empty file is stored after its close, and here after the store that takes so long.
 TEST_F(MountLosses, WhatWasClosedWhileAnotherIsStoredIsRecovered) {
   const auto writer = StoreThatTheServerIsSilentAbout();
-  const std::string name = std::string(kFrame) + "new.lxz";
+  const std::string name = std::string(frameFolder) + "new.lxz";
   const int descriptor = open(Tree(name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
   ASSERT_GE(descriptor, 0);
   ASSERT_EQ(close(descriptor), 0);
@@ -146,11 +146,11 @@ TEST_F(MountLosses, WhatWasClosedWhileAnotherIsStoredIsRecovered) {
 TEST_F(MountLosses, AMountThatEndsLeavesNothingOfWhatProgramsHaveOpen) {
   Serve();
   Mount({"--write"});
-  const std::string backup = Tree(std::string(kFrame) + "a~");
+  const std::string backup = Tree(std::string(frameFolder) + "a~");
   ASSERT_EQ(Shell("printf backup >'" + backup + "'").err, "");
   const int file = open(backup.c_str(), O_RDONLY | O_CLOEXEC);
   const int document = open(Fork().c_str(), O_RDONLY | O_CLOEXEC);
-  const int directory = open(Tree(kFrame).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const int directory = open(Tree(frameFolder).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   SignalMount(SIGTERM);
   EXPECT_EQ(WaitForMount().status, 0);
   EXPECT_THAT(Names(Unstored()), IsEmpty());
@@ -166,7 +166,7 @@ TEST_F(MountLosses, AFullDiskFailsTheWriterAndNothingHalfIsStored) {
   const auto large = Shell("dd if=/dev/zero bs=4096 count=256 status=none of='" + Fork() + "'");
   EXPECT_NE(large.status, 0);
   EXPECT_THAT(large.err, HasSubstr("No space left on device"));
-  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(forkHead));
   EXPECT_THAT(Run({"recover"}).out, HasSubstr("may be half"));
   EXPECT_THAT(ReadFile(Home("log")), HasSubstr("not stored: a write to it failed: No space left on device"));
   // Written again and small enough, it is a file like any other.
@@ -183,38 +183,38 @@ TEST_F(MountLosses, AFullDiskIsToldBeforeAFileIsMadeThatNothingIsKnownOf) {
   if (!MountSmallDisk(disk, "64k")) GTEST_SKIP() << "this user can mount no small disk";
   Mount({"--write"});
   static_cast<void>(Shell("dd if=/dev/zero bs=4096 count=64 status=none of='" + disk + "/other'"));
-  const std::string file = Tree(std::string(kFrame) + "new.lxz");
+  const std::string file = Tree(std::string(frameFolder) + "new.lxz");
   EXPECT_EQ(open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), -1);
   EXPECT_EQ(errno, ENOSPC);
   EXPECT_EQ(open(Fork().c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC), -1);
   EXPECT_EQ(errno, ENOSPC);
   EXPECT_EQ(Text(Fork()), OnServer(Path()));
-  EXPECT_THAT(Names(Tree(kFrame)), Not(Contains("new.lxz")));
+  EXPECT_THAT(Names(Tree(frameFolder)), Not(Contains("new.lxz")));
   EndMountAndSmallDisk(disk);
 }
 
 TEST_F(MountLosses, NamesEndAt255Bytes) {
   Serve();
-  const std::string frame = "//sim/" + std::string(kFrame);
+  const std::string frame = "//sim/" + std::string(frameFolder);
   WriteFile(Here("a"), "FENLET long\n");
   const std::string onServer = std::string(300, 'n') + ".lxz";
   ASSERT_EQ(Run({"put", "-q", "a", frame + onServer}).status, 0);
   Mount({"--write"});
   // One that is too long for a file is cut, and read by the name that is shown.
   std::string shown;
-  for (const std::string& name : Names(Tree(kFrame))) {
+  for (const std::string& name : Names(Tree(frameFolder))) {
     if (name.starts_with("nnn")) shown = name;
   }
   EXPECT_EQ(shown.size(), 255U);
-  EXPECT_EQ(Text(Tree(kFrame + shown)), "FENLET long\n");
+  EXPECT_EQ(Text(Tree(frameFolder + shown)), "FENLET long\n");
   // The longest that a program can make, and one more.
   std::string longest = "x.lxz";
   while (longest.size() < 255) longest.insert(0, "ä");
-  EXPECT_EQ(Shell("cp a '" + Tree(kFrame + longest) + "'").err, "");
+  EXPECT_EQ(Shell("cp a '" + Tree(frameFolder + longest) + "'").err, "");
   ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
-  EXPECT_EQ(Text(Tree(kFrame + longest)), "FENLET long\n");
-  EXPECT_THAT(Names(Tree(kFrame)), Contains(longest));
-  const std::string tooLong = Tree(std::string(kFrame) + std::string(256, 'x'));
+  EXPECT_EQ(Text(Tree(frameFolder + longest)), "FENLET long\n");
+  EXPECT_THAT(Names(Tree(frameFolder)), Contains(longest));
+  const std::string tooLong = Tree(std::string(frameFolder) + std::string(256, 'x'));
   EXPECT_EQ(open(tooLong.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600), -1);
   EXPECT_EQ(errno, ENAMETOOLONG);
   struct stat status = {};

@@ -20,7 +20,7 @@ TEST_F(MountTest, ReturnsWhenTheTreeIsThereAndIsTakenAwayByUnmount) {
   const auto result = Run({"mount", "--no-prompt", "//sim/", Tree()});
   ASSERT_EQ(result.status, 0) << result.err;
   EXPECT_TRUE(IsMounted());
-  EXPECT_EQ(Text(Tree(kFork)), server().Get(kForkContent));
+  EXPECT_EQ(Text(Tree(forkAddress)), server().Get(forkContent));
   EXPECT_THAT(ReadFile(Home(".local/state/vtdirect/mount.log")), HasSubstr("is mounted at " + Tree()));
   EXPECT_EQ(Run({"unmount", Tree()}).status, 0);
   EXPECT_FALSE(IsMounted());
@@ -39,7 +39,7 @@ TEST_F(MountTest, IsToldInJsonToo) {
 
 TEST_F(MountTest, OfAFolderShowsThatFolder) {
   Serve();
-  const std::string folder = "//sim/" + std::string(kFrame);
+  const std::string folder = "//sim/" + std::string(frameFolder);
   ASSERT_EQ(Run({"mount", "--no-prompt", folder, Tree()}).status, 0);
   EXPECT_THAT(Names(Tree()), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
   EXPECT_EQ(Run({"unmount", Tree()}).status, 0);
@@ -75,7 +75,7 @@ TEST_F(MountTest, EndsBySignalAndUnmounts) {
   Serve();
   for (const int signal : {SIGINT, SIGTERM}) {
     Mount();
-    EXPECT_EQ(Text(Tree(kFork)), server().Get(kForkContent));
+    EXPECT_EQ(Text(Tree(forkAddress)), server().Get(forkContent));
     SignalMount(signal);
     EXPECT_EQ(WaitForMount().status, 0);
     EXPECT_FALSE(IsMounted());
@@ -87,9 +87,9 @@ TEST_F(MountTest, ThatWasKilledIsClearedAwayByTheNext) {
   Mount();
   SignalMount(SIGKILL);
   EXPECT_EQ(WaitForMount().status, -SIGKILL);
-  EXPECT_EQ(ErrorOfReading(Tree(kFork)), ENOTCONN);
+  EXPECT_EQ(ErrorOfReading(Tree(forkAddress)), ENOTCONN);
   Mount();
-  EXPECT_EQ(Text(Tree(kFork)), server().Get(kForkContent));
+  EXPECT_EQ(Text(Tree(forkAddress)), server().Get(forkContent));
   SignalMount(SIGKILL);
   EXPECT_EQ(WaitForMount().status, -SIGKILL);
   EXPECT_EQ(Run({"unmount", Tree()}).status, 0);
@@ -100,38 +100,38 @@ TEST_F(MountTest, ThatWasKilledIsClearedAwayByTheNext) {
 TEST_F(MountTest, IsRefreshedByAHangUp) {
   Serve();
   Mount({"--refresh", "3600"});
-  ASSERT_EQ(Names(Tree(kFrame)).size(), 3U);
+  ASSERT_EQ(Names(Tree(frameFolder)).size(), 3U);
   WriteFile(Here("new.lxz"), "FENLET new\n");
-  ASSERT_EQ(Run({"put", "-q", "new.lxz", "//sim/" + std::string(kFrame)}).status, 0);
+  ASSERT_EQ(Run({"put", "-q", "new.lxz", "//sim/" + std::string(frameFolder)}).status, 0);
   SignalMount(SIGHUP);
-  EXPECT_TRUE(WaitUntil([this] { return Names(Tree(kFrame)).size() == 4; }));
+  EXPECT_TRUE(WaitUntil([this] { return Names(Tree(frameFolder)).size() == 4; }));
 }
 
 TEST_F(MountTest, GivesNoContentToProgramsThatMakeThumbnails) {
   Serve();
   Mount({"--no-preview"});
   ASSERT_EQ(Shell("cp /bin/cat ./tumblerd").status, 0);
-  const auto result = Shell("./tumblerd \"$TREE/" + std::string(kFork) + "\"");
+  const auto result = Shell("./tumblerd \"$TREE/" + std::string(forkAddress) + "\"");
   EXPECT_NE(result.status, 0);
   EXPECT_THAT(result.err, HasSubstr("Permission denied"));
   EXPECT_EQ(Asked("/content/"), 0U);
-  EXPECT_EQ(Text(Tree(kFork)), server().Get(kForkContent));
+  EXPECT_EQ(Text(Tree(forkAddress)), server().Get(forkContent));
 }
 
 TEST_F(MountTest, LetsCommandsTakeItsPathsForAddresses) {
   Serve();
   Mount();
-  EXPECT_EQ(Run({"uid", Tree(kFork)}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
-  EXPECT_EQ(Run({"ls", Tree(kFrame)}).out, "fork.lxz\nframe.lxz\nwelding manual.xml\n");
-  EXPECT_EQ(Run({"uid", Tree(std::string(kFrame) + ".versions/fork.lxz/A.1.lxz")}).out,
+  EXPECT_EQ(Run({"uid", Tree(forkAddress)}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
+  EXPECT_EQ(Run({"ls", Tree(frameFolder)}).out, "fork.lxz\nframe.lxz\nwelding manual.xml\n");
+  EXPECT_EQ(Run({"uid", Tree(std::string(frameFolder) + ".versions/fork.lxz/A.1.lxz")}).out,
             server().Uid("D1101") + "&file=/fork.lxz\n");
-  ASSERT_EQ(Run({"checkout", "-q", Tree(kFork)}).status, 0);
-  EXPECT_EQ(Run({"undo", "-q", Tree(kFork)}).status, 0);
+  ASSERT_EQ(Run({"checkout", "-q", Tree(forkAddress)}).status, 0);
+  EXPECT_EQ(Run({"undo", "-q", Tree(forkAddress)}).status, 0);
   // A name that is not there yet is that of a new document.
   WriteFile(Here("source.lxz"), "FENLET new\n");
-  ASSERT_EQ(Run({"put", "-q", "source.lxz", Tree(std::string(kFrame) + "new.lxz")}).status, 0);
+  ASSERT_EQ(Run({"put", "-q", "source.lxz", Tree(std::string(frameFolder) + "new.lxz")}).status, 0);
   ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
-  EXPECT_EQ(Text(Tree(std::string(kFrame) + "new.lxz")), "FENLET new\n");
+  EXPECT_EQ(Text(Tree(std::string(frameFolder) + "new.lxz")), "FENLET new\n");
   // A local file outside of the mount is no address.
   EXPECT_EQ(Run({"uid", "source.lxz"}).status, 2);
 }

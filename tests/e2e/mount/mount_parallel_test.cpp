@@ -43,7 +43,7 @@ class Counter {
   std::size_t most_ = 0;
 };
 
-constexpr std::size_t kParallel = 3;
+constexpr std::size_t parallel = 3;
 
 class Parallel : public MountTest {
  protected:
@@ -51,7 +51,7 @@ class Parallel : public MountTest {
 
  private:
   Meddler proxy_{[this](Peer& peer, const WireRequest& /*request*/, const Meddler::Forward& forward) {
-    counter_.Enter(kParallel);
+    counter_.Enter(parallel);
     const std::string answer = forward();
     counter_.Leave();
     peer.Send(answer);
@@ -67,13 +67,13 @@ class Parallel : public MountTest {
 };
 
 TEST_F(Parallel, BoundsTheQuestionsOfManyPrograms) {
-  Mount({"--parallel", std::to_string(kParallel)});
+  Mount({"--parallel", std::to_string(parallel)});
   ASSERT_EQ(Shell("ls \"$TREE/Products/Bulk/Folders/Parts\" | wc -l").out, "40\n");
   counter_.Forget();
   const auto result =
       Shell("ls \"$TREE/Products/Bulk/Folders/Parts/\"* -1d | xargs -P 16 -n 1 -d '\\n' stat -c %s");
   EXPECT_EQ(result.err, "");
-  EXPECT_EQ(counter_.most(), kParallel);
+  EXPECT_EQ(counter_.most(), parallel);
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ TEST_F(MountPrograms, GitInAFolderAboveSeesFilesThatItDoesNotKnow) {
 TEST_F(MountPrograms, VimShowsADocumentAndSaysThatItIsReadOnly) {
   if (!Has("vim")) GTEST_SKIP() << "there is no vim";
   const auto result = Shell("vim -es -n -u NONE -c '1print' -c 'echo &readonly' -c 'qa!' \"$TREE/" +
-                            std::string(kFork) + "\" 2>&1");
+                            std::string(forkAddress) + "\" 2>&1");
   EXPECT_THAT(result.out, HasSubstr("FENLET DRAWING"));
 }
 

@@ -26,17 +26,17 @@ TEST_F(MountTest, ShowsContextsFoldersAndDocumentsByTheirNames) {
   EXPECT_THAT(Names(Tree()), ElementsAre("Libraries", "Products", "Projects", "Sites"));
   EXPECT_THAT(Names(Tree("Products")), ElementsAre("Lastenrad Größe L", "Trekking Bike"));
   EXPECT_THAT(Names(Tree("Products/Trekking Bike")), ElementsAre("Folders", "Workspaces"));
-  EXPECT_THAT(Names(Tree(kFrame)), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
+  EXPECT_THAT(Names(Tree(frameFolder)), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
   EXPECT_THAT(Names(Tree("Products/Trekking Bike/Folders/Nothing yet")), IsEmpty());
 }
 
 TEST_F(MountTest, GivesEachDocumentTheBytesOfItsNewestVersion) {
   Serve();
   Mount();
-  const std::string content = server().Get(kForkContent);
-  ASSERT_THAT(content, StartsWith(kForkHead));
-  EXPECT_EQ(Text(Tree(kFork)), content);
-  EXPECT_EQ(std::filesystem::file_size(Tree(kFork)), content.size());
+  const std::string content = server().Get(forkContent);
+  ASSERT_THAT(content, StartsWith(forkHead));
+  EXPECT_EQ(Text(Tree(forkAddress)), content);
+  EXPECT_EQ(std::filesystem::file_size(Tree(forkAddress)), content.size());
   EXPECT_EQ(std::filesystem::file_size(Tree("Products/Trekking Bike/Folders/empty note.lxz")), 0U);
   EXPECT_EQ(Text(Tree("Products/Trekking Bike/Folders/no content.lxz")), "");
 }
@@ -44,7 +44,7 @@ TEST_F(MountTest, GivesEachDocumentTheBytesOfItsNewestVersion) {
 TEST_F(MountTest, TellsDocumentsOfOneNameApart) {
   Serve();
   Mount();
-  EXPECT_EQ(Text(Tree(std::string(kDrivetrain) + "gear.lxz")),
+  EXPECT_EQ(Text(Tree(std::string(drivetrainFolder) + "gear.lxz")),
             server().Get("/servlet/rest/v1/content/streams/10030/gear.lxz"));
   EXPECT_EQ(Text(Tree("Products/Lastenrad Größe L/Folders/Drivetrain/gear.lxz")),
             server().Get("/servlet/rest/v1/content/streams/10130/gear.lxz"));
@@ -53,42 +53,42 @@ TEST_F(MountTest, TellsDocumentsOfOneNameApart) {
 TEST_F(MountTest, EscapesANameThatNoFileCanHave) {
   Serve();
   Mount();
-  const auto names = Names(Tree(kDrivetrain));
+  const auto names = Names(Tree(drivetrainFolder));
   EXPECT_THAT(names, Contains("bearing 1%2f2%22.lxz"));
   EXPECT_THAT(names, Contains("odd%7c%5c%2f%3c%3e%3a%22%3f%2a%25name.lxz"));
   EXPECT_THAT(names, Contains("O'Ring 12mm.lxz"));
-  EXPECT_THAT(Text(Tree(std::string(kDrivetrain) + "bearing 1%2f2%22.lxz")), HasSubstr("version A.1\n"));
+  EXPECT_THAT(Text(Tree(std::string(drivetrainFolder) + "bearing 1%2f2%22.lxz")), HasSubstr("version A.1\n"));
 }
 
 TEST_F(MountTest, ShowsFilesThatNobodyCanChange) {
   Serve();
   Mount();
   struct stat status = {};
-  ASSERT_EQ(stat(Tree(kFork).c_str(), &status), 0);
+  ASSERT_EQ(stat(Tree(forkAddress).c_str(), &status), 0);
   EXPECT_EQ(status.st_mode, S_IFREG | 0444U);
   EXPECT_EQ(status.st_uid, getuid());
   EXPECT_NEAR(static_cast<double>(status.st_mtime), static_cast<double>(std::time(nullptr)), 60);
-  EXPECT_EQ(open(Tree(kFork).c_str(), O_WRONLY | O_CLOEXEC), -1);
+  EXPECT_EQ(open(Tree(forkAddress).c_str(), O_WRONLY | O_CLOEXEC), -1);
   EXPECT_EQ(errno, EROFS);
   EXPECT_EQ(mkdir(Tree("Products/new").c_str(), 0700), -1);
   EXPECT_EQ(errno, EROFS);
-  EXPECT_EQ(unlink(Tree(kFork).c_str()), -1);
+  EXPECT_EQ(unlink(Tree(forkAddress).c_str()), -1);
   EXPECT_EQ(errno, EROFS);
   EXPECT_EQ(ErrorOfReading(Tree("Products/nothing")), ENOENT);
-  EXPECT_EQ(ErrorOfReading(Tree(std::string(kFrame) + "nothing.lxz")), ENOENT);
+  EXPECT_EQ(ErrorOfReading(Tree(std::string(frameFolder) + "nothing.lxz")), ENOENT);
 }
 
 TEST_F(MountTest, KeepsTheTimeOfAVersionFromOneMountToTheNext) {
   Serve();
   Mount();
   struct stat before = {};
-  ASSERT_EQ(stat(Tree(kFork).c_str(), &before), 0);
+  ASSERT_EQ(stat(Tree(forkAddress).c_str(), &before), 0);
   SignalMount(SIGTERM);
   EXPECT_EQ(WaitForMount().status, 0);
   SleepMilliseconds(1100);
   Mount();
   struct stat after = {};
-  ASSERT_EQ(stat(Tree(kFork).c_str(), &after), 0);
+  ASSERT_EQ(stat(Tree(forkAddress).c_str(), &after), 0);
   EXPECT_EQ(after.st_mtime, before.st_mtime);
   EXPECT_EQ(after.st_ino, before.st_ino);
 }
@@ -96,39 +96,39 @@ TEST_F(MountTest, KeepsTheTimeOfAVersionFromOneMountToTheNext) {
 TEST_F(MountTest, HoldsTheVersionsInAFolderThatNoListingShows) {
   Serve();
   Mount();
-  EXPECT_THAT(Names(Tree(kFrame)), Not(Contains(".versions")));
-  const std::string versions = std::string(kFrame) + ".versions";
+  EXPECT_THAT(Names(Tree(frameFolder)), Not(Contains(".versions")));
+  const std::string versions = std::string(frameFolder) + ".versions";
   EXPECT_THAT(Names(Tree(versions)), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
   EXPECT_THAT(Names(Tree(versions + "/fork.lxz")), ElementsAre("A.1.lxz", "A.2.lxz", "B.1.lxz"));
   EXPECT_EQ(Text(Tree(versions + "/fork.lxz/A.1.lxz")),
             server().Get("/servlet/rest/v1/content/streams/11010/fork.lxz"));
-  EXPECT_EQ(Text(Tree(versions + "/fork.lxz/B.1.lxz")), server().Get(kForkContent));
+  EXPECT_EQ(Text(Tree(versions + "/fork.lxz/B.1.lxz")), server().Get(forkContent));
   EXPECT_EQ(ErrorOfReading(Tree(versions + "/fork.lxz/C.1.lxz")), ENOENT);
 }
 
 TEST_F(MountTest, HoldsTheNewestVersionAloneWhereTheServerListsNone) {
   Serve({"--generation", "gateway"});
   Mount();
-  EXPECT_THAT(Names(Tree(kFrame)), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
-  EXPECT_EQ(Text(Tree(kFork)), server().Get(kForkContent));
-  EXPECT_THAT(Names(Tree(std::string(kFrame) + ".versions/fork.lxz")), ElementsAre("B.1.lxz"));
+  EXPECT_THAT(Names(Tree(frameFolder)), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
+  EXPECT_EQ(Text(Tree(forkAddress)), server().Get(forkContent));
+  EXPECT_THAT(Names(Tree(std::string(frameFolder) + ".versions/fork.lxz")), ElementsAre("B.1.lxz"));
 }
 
 TEST_F(MountTest, TellsTheRestByExtendedAttributes) {
   Serve();
   Mount();
-  EXPECT_EQ(Attribute(Tree(kFork), "user.vantry.uid"), server().Uid("D1001") + "&file=/fork.lxz");
-  EXPECT_EQ(Attribute(Tree(kFork), "user.vantry.version"), "B.1");
-  EXPECT_EQ(Attribute(Tree(kFork), "user.vantry.number"), "0000100001");
-  EXPECT_EQ(Attribute(Tree(kFork), "user.vantry.name"), "Fork");
-  EXPECT_EQ(Attribute(Tree(kFork), "user.vantry.checked_out_by"), "");
-  EXPECT_EQ(Attribute(Tree(kFork), "user.vantry.writable"), "no");
-  EXPECT_EQ(Attribute(Tree(kFork), "user.vantry.address"), "//sim/" + std::string(kFork));
-  const std::string brake = Tree(std::string(kDrivetrain) + "brake.lxz");
+  EXPECT_EQ(Attribute(Tree(forkAddress), "user.vantry.uid"), server().Uid("D1001") + "&file=/fork.lxz");
+  EXPECT_EQ(Attribute(Tree(forkAddress), "user.vantry.version"), "B.1");
+  EXPECT_EQ(Attribute(Tree(forkAddress), "user.vantry.number"), "0000100001");
+  EXPECT_EQ(Attribute(Tree(forkAddress), "user.vantry.name"), "Fork");
+  EXPECT_EQ(Attribute(Tree(forkAddress), "user.vantry.checked_out_by"), "");
+  EXPECT_EQ(Attribute(Tree(forkAddress), "user.vantry.writable"), "no");
+  EXPECT_EQ(Attribute(Tree(forkAddress), "user.vantry.address"), "//sim/" + std::string(forkAddress));
+  const std::string brake = Tree(std::string(drivetrainFolder) + "brake.lxz");
   EXPECT_EQ(Attribute(brake, "user.vantry.checked_out_by"), "bruno");
   EXPECT_EQ(Attribute(brake, "user.vantry.writable"), "no");
-  EXPECT_EQ(Attribute(Tree(std::string(kDrivetrain) + "crank.lxz"), "user.vantry.writable"), "yes");
-  EXPECT_EQ(Attribute(Tree(kFork), "security.selinux"), "(errno " + std::to_string(ENODATA) + ")");
+  EXPECT_EQ(Attribute(Tree(std::string(drivetrainFolder) + "crank.lxz"), "user.vantry.writable"), "yes");
+  EXPECT_EQ(Attribute(Tree(forkAddress), "security.selinux"), "(errno " + std::to_string(ENODATA) + ")");
 }
 
 TEST_F(MountTest, ListsAFolderWithoutAskingForItsDocuments) {
@@ -177,27 +177,27 @@ TEST_F(MountTest, FetchesAttributesAheadForAProgramThatAsksOneAfterTheOther) {
 TEST_F(MountTest, ShowsWhatIsNewAfterTheTimeOfRefreshing) {
   Serve();
   Mount({"--refresh", "1"});
-  ASSERT_THAT(Names(Tree(kFrame)), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
+  ASSERT_THAT(Names(Tree(frameFolder)), ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
   WriteFile(Here("new.lxz"), "FENLET new\n");
-  ASSERT_EQ(Run({"put", "-q", "new.lxz", "//sim/" + std::string(kFrame)}).status, 0);
-  EXPECT_TRUE(WaitUntil([this] { return Names(Tree(kFrame)).size() == 4; }));
-  EXPECT_EQ(Text(Tree(std::string(kFrame) + "new.lxz")), "FENLET new\n");
+  ASSERT_EQ(Run({"put", "-q", "new.lxz", "//sim/" + std::string(frameFolder)}).status, 0);
+  EXPECT_TRUE(WaitUntil([this] { return Names(Tree(frameFolder)).size() == 4; }));
+  EXPECT_EQ(Text(Tree(std::string(frameFolder) + "new.lxz")), "FENLET new\n");
 }
 
 TEST_F(MountTest, ShowsWhatIsNewAtOnceWhenItIsTold) {
   Serve();
   Mount({"--refresh", "3600"});
-  EXPECT_EQ(Text(Tree(kFork)), server().Get(kForkContent));
-  EXPECT_EQ(Names(Tree(kFrame)).size(), 3U);
+  EXPECT_EQ(Text(Tree(forkAddress)), server().Get(forkContent));
+  EXPECT_EQ(Names(Tree(frameFolder)).size(), 3U);
   WriteFile(Here("fork.lxz"), "FENLET DRAWING, another one\n");
-  ASSERT_EQ(Run({"put", "-q", "fork.lxz", "//sim/" + std::string(kFork)}).status, 0);
+  ASSERT_EQ(Run({"put", "-q", "fork.lxz", "//sim/" + std::string(forkAddress)}).status, 0);
   WriteFile(Here("new.lxz"), "FENLET new\n");
-  ASSERT_EQ(Run({"put", "-q", "new.lxz", "//sim/" + std::string(kFrame)}).status, 0);
-  EXPECT_EQ(Names(Tree(kFrame)).size(), 3U);
+  ASSERT_EQ(Run({"put", "-q", "new.lxz", "//sim/" + std::string(frameFolder)}).status, 0);
+  EXPECT_EQ(Names(Tree(frameFolder)).size(), 3U);
   ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
-  EXPECT_EQ(Names(Tree(kFrame)).size(), 4U);
-  EXPECT_EQ(Text(Tree(kFork)), "FENLET DRAWING, another one\n");
-  EXPECT_EQ(Text(Tree(std::string(kFrame) + "new.lxz")), "FENLET new\n");
+  EXPECT_EQ(Names(Tree(frameFolder)).size(), 4U);
+  EXPECT_EQ(Text(Tree(forkAddress)), "FENLET DRAWING, another one\n");
+  EXPECT_EQ(Text(Tree(std::string(frameFolder) + "new.lxz")), "FENLET new\n");
 }
 
 }  // namespace

@@ -44,15 +44,15 @@ TEST_F(MountUnit, MountsByItsCommandsRefreshesAndEnds) {
   EXPECT_EQ(Shell(Command("ExecStartPre")).status, 0);
   Process unit({"/bin/bash", "-c", "exec " + Command("ExecStart")},
                ProcessOptions{environment_, Here(""), "", 0});
-  const std::string file = Home("plm/") + kFork;
+  const std::string file = Home("plm/") + forkAddress;
   ASSERT_TRUE(WaitUntil([&] { return ErrorOfReading(file) == 0 || !unit.Running(); }));
   ASSERT_TRUE(unit.Running()) << unit.Wait().err;
-  EXPECT_EQ(Text(file), server().Get(kForkContent));
+  EXPECT_EQ(Text(file), server().Get(forkContent));
   // A reload reaches the process that systemd knows, and it goes on. By itself it would ask after 10 seconds.
   const std::size_t before = Asked("FolderContents");
   unit.Signal(SIGHUP);
   EXPECT_TRUE(WaitUntil(
-      [&] { return !Names(Home("plm/") + kFrame).empty() && Asked("FolderContents") > before; }, 5'000));
+      [&] { return !Names(Home("plm/") + frameFolder).empty() && Asked("FolderContents") > before; }, 5'000));
   unit.Signal(SIGTERM);
   EXPECT_EQ(unit.Wait().status, 0);
   EXPECT_THAT(Names(Home("plm")), testing::IsEmpty());

@@ -33,8 +33,8 @@ TEST_F(OrdinaryUser, MountsWritesAndUnmountsAndOthersSeeNothing) {
   // The build may be where nobody else can go.
   ASSERT_EQ(
       Shell("cp \"" VTDIRECT_PROGRAM "\" \"" VTDIRECT_PROGRAM "-mount\" . && chmod 755 vtdirect*").status, 0);
-  WriteFile(Here("expected"), server().Get(kForkContent));
-  const std::string fork = "\"$TREE/" + std::string(kFork) + "\"";
+  WriteFile(Here("expected"), server().Get(forkContent));
+  const std::string fork = "\"$TREE/" + std::string(forkAddress) + "\"";
   const std::string vtdirect = "as 65534 ./vtdirect --server sim=" + server().url() + " ";
   const auto result = InOwnView(
       vtdirect + "mount --no-prompt --write --auto-checkout //sim/ \"$TREE\"\n" +
@@ -42,7 +42,7 @@ TEST_F(OrdinaryUser, MountsWritesAndUnmountsAndOthersSeeNothing) {
       "as 65534 cat " + fork + " | cmp - expected\n" + "for other in 0 65533; do\n" +
       "as $other stat \"$TREE\" 2>&1 | grep -o 'Permission denied'\n" + "as $other cat " + fork +
       " 2>&1 | grep -o 'Permission denied'\n" + "done\n" + "as 65534 sh -c 'printf \"FENLET edited\\\\n\" >" +
-      fork + "'\n" + vtdirect + "get -q --force '//sim/" + kFork + "' -o stored\n" + "cat stored\n" +
+      fork + "'\n" + vtdirect + "get -q --force '//sim/" + forkAddress + "' -o stored\n" + "cat stored\n" +
       vtdirect + "refresh \"$TREE\"\n" + "as 65534 stat -c %u:%a " + fork + " \"$TREE\"\n" + vtdirect +
       "unmount \"$TREE\"\n" + "! grep -F \" $TREE \" /proc/mounts\n");
   EXPECT_EQ(result.status, 0) << result.err;

@@ -70,7 +70,7 @@ TEST_F(MountWaiting, WhatWaitsInOneMountIsLeftAloneByAnother) {
   EXPECT_NE(Shell("cp /etc/hostname '" + Fork() + "'").status, 0);
   std::filesystem::create_directory(Home("second"));
   ASSERT_EQ(Run({"mount", "--no-prompt", "--write", "//sim/", Home("second")}).status, 0);
-  EXPECT_EQ(Text(Home("second/") + kFork), server().Get(kForkContent));
+  EXPECT_EQ(Text(Home("second/") + forkAddress), server().Get(forkContent));
   EXPECT_EQ(Run({"unmount", Home("second")}).status, 0);
   EXPECT_EQ(Names(Unstored()).size(), 2U);
   EXPECT_EQ(Text(Fork()), ReadFile("/etc/hostname"));
@@ -101,11 +101,11 @@ TEST_F(MountWaiting, WhatWaitsIsNoDocumentOfAnotherName) {
   Serve(AtItsPort({"--fault", "POST *=503"}));
   Mount({"--write"});
   EXPECT_NE(Shell("cp /etc/hostname '" + Fork() + "'").status, 0);
-  const std::string other = Tree(std::string(kFrame) + "other.lxz");
+  const std::string other = Tree(std::string(frameFolder) + "other.lxz");
   EXPECT_EQ(rename(Fork().c_str(), other.c_str()), -1);
   EXPECT_EQ(errno, EPERM);
   EXPECT_EQ(Text(Fork()), ReadFile("/etc/hostname"));
-  EXPECT_THAT(Names(Tree(kFrame)), Not(Contains("other.lxz")));
+  EXPECT_THAT(Names(Tree(frameFolder)), Not(Contains("other.lxz")));
   EXPECT_THAT(Run({"recover"}).out, HasSubstr("mount\t" + Path()));
 }
 
@@ -119,7 +119,7 @@ TEST_F(MountWaiting, WhatWaitsGoesOnWaitingWhenABackupIsMadeOfItByRenaming) {
   EXPECT_NE(Shell("cp /etc/hostname '" + Fork() + "'").status, 0);
   EXPECT_EQ(Shell("mv '" + Fork() + "' '" + Fork() + "~'").err, "");
   EXPECT_EQ(Text(Fork() + "~"), ReadFile("/etc/hostname"));
-  EXPECT_THAT(Names(Tree(kFrame)), testing::ElementsAre("fork.lxz~", "frame.lxz", "welding manual.xml"));
+  EXPECT_THAT(Names(Tree(frameFolder)), testing::ElementsAre("fork.lxz~", "frame.lxz", "welding manual.xml"));
   EXPECT_EQ(open(Fork().c_str(), O_RDONLY | O_CLOEXEC), -1);
   EXPECT_THAT(Run({"recover"}).out, HasSubstr("mount\t" + Path()));
   SignalMount(SIGKILL);
@@ -156,7 +156,7 @@ TEST_F(MountWaiting, WhatWaitsCanBeGivenUp) {
   ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
   EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
   ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
-  EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
+  EXPECT_EQ(Text(Fork()), server().Get(forkContent));
 }
 
 TEST_F(MountWaiting, WhatWaitsWithoutAMountCanBeGivenUpAtOnce) {
@@ -193,9 +193,9 @@ TEST_F(MountWaiting, WhatWaitsForOneServerIsNotSentToAnotherOfItsNickname) {
   WriteFile(Unstored() + "/9-0-1.entry", Entry("2026-09-21T12:00:00Z", "https://elsewhere.example/Vantry"));
   Mount({"--write"});
   EXPECT_TRUE(RecoverSays("it was written for https://elsewhere.example/Vantry"));
-  EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
+  EXPECT_EQ(Text(Fork()), server().Get(forkContent));
   EXPECT_EQ(Names(Unstored()).size(), 2U);
-  EXPECT_EQ(OnServer(Path()), server().Get(kForkContent));
+  EXPECT_EQ(OnServer(Path()), server().Get(forkContent));
 }
 
 TEST_F(MountWaiting, ANewFileThatWaitsCanBeGivenAnotherName) {
@@ -203,16 +203,16 @@ TEST_F(MountWaiting, ANewFileThatWaitsCanBeGivenAnotherName) {
   port_ = AtItsPort();
   Serve(AtItsPort({"--fault", "POST *=503"}));
   Mount({"--write"});
-  const std::string one = Tree(std::string(kFrame) + "one.lxz");
-  const std::string two = Tree(std::string(kFrame) + "two.lxz");
+  const std::string one = Tree(std::string(frameFolder) + "one.lxz");
+  const std::string two = Tree(std::string(frameFolder) + "two.lxz");
   EXPECT_NE(Shell("cp /etc/hostname '" + one + "'").status, 0);
   EXPECT_EQ(rename(one.c_str(), two.c_str()), -1);
   EXPECT_EQ(errno, EIO) << "it is not stored there either";
   Serve(port_);
   ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
   EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
-  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "two.lxz"), ReadFile("/etc/hostname"));
-  EXPECT_NE(Run({"info", "//sim/" + std::string(kFrame) + "one.lxz"}).status, 0);
+  EXPECT_EQ(OnServer("//sim/" + std::string(frameFolder) + "two.lxz"), ReadFile("/etc/hostname"));
+  EXPECT_NE(Run({"info", "//sim/" + std::string(frameFolder) + "one.lxz"}).status, 0);
 }
 
 TEST_F(MountWaiting, TheNewestOfWhatWaitsForOneAddressIsStoredAndTheOthersAreLeft) {
@@ -272,9 +272,9 @@ TEST_F(MountWaiting, WhatWaitedIsNotStoredHalfWhileItIsWrittenAgain) {
   SignalMount(SIGKILL);
   EXPECT_EQ(WaitForMount().status, -SIGKILL);
   EXPECT_EQ(close(descriptor), -1);
-  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(forkHead));
   Mount({"--write"});
-  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(forkHead));
   EXPECT_THAT(Run({"recover"}).out, HasSubstr("may be half"));
   ClearAwayTemporaryFiles();
 }

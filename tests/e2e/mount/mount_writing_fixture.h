@@ -10,7 +10,7 @@ namespace vtdirect_test {
 /// A mount that can be written to, with the demo's fork for what is checked out.
 class MountWriting : public MountTest {
  protected:
-  static std::string Path() { return "//sim/" + std::string(kFork); }
+  static std::string Path() { return "//sim/" + std::string(forkAddress); }
   void CheckOut() { ASSERT_EQ(Run({"checkout", "-q", Path()}).status, 0); }
   void MountAndCheckOut() {
     Serve();
@@ -22,7 +22,7 @@ class MountWriting : public MountTest {
     const auto result = Run({"get", "-q", "--force", address, "-o", Here("got")});
     return result.status == 0 ? ReadFile(Here("got")) : "(" + result.err + ")";
   }
-  [[nodiscard]] std::string Fork() const { return Tree(kFork); }
+  [[nodiscard]] std::string Fork() const { return Tree(forkAddress); }
   /// The directory of what could not be stored.
   [[nodiscard]] std::string Unstored() const { return Home(".local/state/vtdirect/unstored"); }
   /// Options by which the server starts again where it was.

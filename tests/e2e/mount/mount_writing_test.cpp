@@ -20,16 +20,16 @@ using testing::Not;
 
 TEST_F(MountWriting, StoresACheckedOutDocumentWhenItIsClosed) {
   MountAndCheckOut();
-  const std::string before = server().Get(kForkContent);
+  const std::string before = server().Get(forkContent);
   EXPECT_EQ(Text(Fork()), before);
-  EXPECT_EQ(Shell("printf 'FENLET edited\\n' >\"$TREE/" + std::string(kFork) + "\"").err, "");
+  EXPECT_EQ(Shell("printf 'FENLET edited\\n' >\"$TREE/" + std::string(forkAddress) + "\"").err, "");
   EXPECT_EQ(Text(Fork()), "FENLET edited\n");
   EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
-  EXPECT_EQ(Shell("printf 'more\\n' >>\"$TREE/" + std::string(kFork) + "\"").err, "");
+  EXPECT_EQ(Shell("printf 'more\\n' >>\"$TREE/" + std::string(forkAddress) + "\"").err, "");
   EXPECT_EQ(OnServer(Path()), "FENLET edited\nmore\n");
   EXPECT_THAT(Names(Unstored()), IsEmpty());
   // The check-in stays a decision.
-  EXPECT_EQ(server().Get(kForkContent), before);
+  EXPECT_EQ(server().Get(forkContent), before);
   ASSERT_EQ(Run({"checkin", "-q", Fork()}).status, 0);
   ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
   EXPECT_EQ(Text(Fork()), "FENLET edited\nmore\n");
@@ -44,14 +44,14 @@ TEST_F(MountWriting, RefusesADocumentThatIsNotCheckedOut) {
   EXPECT_EQ(status.st_mode, S_IFREG | 0444U);
   EXPECT_EQ(open(Fork().c_str(), O_WRONLY | O_CLOEXEC), -1);
   EXPECT_EQ(errno, EACCES);
-  EXPECT_EQ(Shell("cd \"$TREE/" + std::string(kFrame) + "\" && sed -i s/fork/FORK/ fork.lxz").status, 4);
-  EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
+  EXPECT_EQ(Shell("cd \"$TREE/" + std::string(frameFolder) + "\" && sed -i s/fork/FORK/ fork.lxz").status, 4);
+  EXPECT_EQ(Text(Fork()), server().Get(forkContent));
 }
 
 TEST_F(MountWriting, ChecksOutByItselfWhenToldTo) {
   Serve();
   Mount({"--write", "--auto-checkout"});
-  EXPECT_EQ(Shell("printf 'FENLET edited\\n' >\"$TREE/" + std::string(kFork) + "\"").err, "");
+  EXPECT_EQ(Shell("printf 'FENLET edited\\n' >\"$TREE/" + std::string(forkAddress) + "\"").err, "");
   EXPECT_EQ(OnServer(Path()), "FENLET edited\n");
   EXPECT_THAT(Run({"checkouts"}).out, HasSubstr("fork.lxz"));
 }
@@ -60,12 +60,12 @@ TEST_F(MountWriting, ChecksOutByItselfWhenToldTo) {
 TEST_F(MountWriting, BeginsWithTheIterationThatItChecksOut) {
   Serve();
   Mount({"--write", "--auto-checkout", "--refresh", "3600"});
-  EXPECT_EQ(Text(Fork()), server().Get(kForkContent));
+  EXPECT_EQ(Text(Fork()), server().Get(forkContent));
   WriteFile(Here("edited"), "FENLET of a colleague\n");
   CheckOut();
   ASSERT_EQ(Run({"put", "-q", "edited", Path()}).status, 0);
   ASSERT_EQ(Run({"checkin", "-q", Path()}).status, 0);
-  EXPECT_EQ(Shell("printf 'more\\n' >>\"$TREE/" + std::string(kFork) + "\"").err, "");
+  EXPECT_EQ(Shell("printf 'more\\n' >>\"$TREE/" + std::string(forkAddress) + "\"").err, "");
   EXPECT_EQ(OnServer(Path()), "FENLET of a colleague\nmore\n");
 }
 
@@ -130,10 +130,10 @@ TEST_F(MountWriting, MakesANewFileADocument) {
   Serve();
   Mount({"--write"});
   WriteFile(Here("new.lxz"), "FENLET new\n");
-  EXPECT_EQ(Shell("cp new.lxz \"$TREE/" + std::string(kFrame) + "\"").err, "");
-  EXPECT_EQ(Text(Tree(std::string(kFrame) + "new.lxz")), "FENLET new\n");
-  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "new.lxz"), "FENLET new\n");
-  EXPECT_THAT(Names(Tree(kFrame)), Contains("new.lxz"));
+  EXPECT_EQ(Shell("cp new.lxz \"$TREE/" + std::string(frameFolder) + "\"").err, "");
+  EXPECT_EQ(Text(Tree(std::string(frameFolder) + "new.lxz")), "FENLET new\n");
+  EXPECT_EQ(OnServer("//sim/" + std::string(frameFolder) + "new.lxz"), "FENLET new\n");
+  EXPECT_THAT(Names(Tree(frameFolder)), Contains("new.lxz"));
   // There is no place for a document among the contexts.
   EXPECT_NE(Shell("cp new.lxz \"$TREE/Products/\"").status, 0);
   EXPECT_THAT(Names(Unstored()), IsEmpty());
@@ -142,9 +142,10 @@ TEST_F(MountWriting, MakesANewFileADocument) {
 TEST_F(MountWriting, StoresAFileThatSeveralProcessesWriteWhenTheLastHasClosedIt) {
   Serve();
   Mount({"--write"});
-  const std::string line = "(/bin/echo one; /bin/echo two) >\"$TREE/" + std::string(kFrame) + "new.lxz\"";
+  const std::string line =
+      "(/bin/echo one; /bin/echo two) >\"$TREE/" + std::string(frameFolder) + "new.lxz\"";
   EXPECT_EQ(Shell(line).err, "");
-  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "new.lxz"), "one\ntwo\n");
+  EXPECT_EQ(OnServer("//sim/" + std::string(frameFolder) + "new.lxz"), "one\ntwo\n");
   EXPECT_THAT(Names(Unstored()), IsEmpty());
 }
 
@@ -152,7 +153,7 @@ TEST_F(MountWriting, StoresAFileThatSeveralProcessesWriteWhenTheLastHasClosedIt)
 TEST_F(MountWriting, SaysThatAFileWaitsForTheProgramThatOpenedIt) {
   Serve();
   Mount({"--write", "--log", Home("log")});
-  const std::string made = Tree(std::string(kFrame) + "new.lxz");
+  const std::string made = Tree(std::string(frameFolder) + "new.lxz");
   const int descriptor = open(made.c_str(), O_WRONLY | O_CREAT, 0644);
   ASSERT_GE(descriptor, 0);
   EXPECT_EQ(Shell("/bin/echo one >&" + std::to_string(descriptor)).err, "");
@@ -161,29 +162,29 @@ TEST_F(MountWriting, SaysThatAFileWaitsForTheProgramThatOpenedIt) {
   EXPECT_THAT(Run({"recover"}).out, HasSubstr("not closed"));
   EXPECT_EQ(Text(made), "one\n");
   EXPECT_EQ(close(descriptor), 0);
-  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "new.lxz"), "one\n");
+  EXPECT_EQ(OnServer("//sim/" + std::string(frameFolder) + "new.lxz"), "one\n");
 }
 
 // A shell closes a duplicate after each line. The document is made of the first, and gets the others in one iteration.
 TEST_F(MountWriting, StoresAgainWhatItHasMadeADocumentOf) {
   Serve();
   Mount({"--write"});
-  const std::string document = "//sim/" + std::string(kFrame) + "new.lxz";
-  EXPECT_EQ(Shell("exec 3>'" + Tree(std::string(kFrame) + "new.lxz") +
+  const std::string document = "//sim/" + std::string(frameFolder) + "new.lxz";
+  EXPECT_EQ(Shell("exec 3>'" + Tree(std::string(frameFolder) + "new.lxz") +
                   "'; echo one >&3; echo two >&3; echo three >&3; exec 3>&-")
                 .err,
             "");
   EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
   EXPECT_EQ(OnServer(document), "one\ntwo\nthree\n");
-  EXPECT_EQ(Shell("ls '" + Tree(std::string(kFrame) + ".versions/new.lxz") + "' | wc -l").out, "2\n");
+  EXPECT_EQ(Shell("ls '" + Tree(std::string(frameFolder) + ".versions/new.lxz") + "' | wc -l").out, "2\n");
 }
 
 // Somebody else has made an iteration of it meanwhile, which must stay the newest.
 TEST_F(MountWriting, StoresNothingOverANewerIterationOfWhatItHasMade) {
   Serve();
   Mount({"--write"});
-  const std::string document = "//sim/" + std::string(kFrame) + "new.lxz";
-  const std::string made = Tree(std::string(kFrame) + "new.lxz");
+  const std::string document = "//sim/" + std::string(frameFolder) + "new.lxz";
+  const std::string made = Tree(std::string(frameFolder) + "new.lxz");
   const int descriptor = open(made.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
   ASSERT_GE(descriptor, 0);
   ASSERT_EQ(write(descriptor, "one\n", 4), 4);
@@ -205,14 +206,14 @@ TEST_F(MountWriting, MakesNoIterationOfADocumentThatIsNotCheckedOutAnyMore) {
   ASSERT_EQ(Run({"undo", "-q", Path()}).status, 0);
   EXPECT_EQ(close(descriptor), -1);
   EXPECT_EQ(errno, EIO);
-  EXPECT_THAT(OnServer(Path()), testing::StartsWith(kForkHead));
+  EXPECT_THAT(OnServer(Path()), testing::StartsWith(forkHead));
   EXPECT_THAT(Run({"recover"}).out, HasSubstr("not checked out"));
 }
 
 TEST_F(MountWriting, LetsSedEditInPlace) {
   MountAndCheckOut();
-  WriteFile(Here("local.lxz"), server().Get(kForkContent));
-  const auto result = Shell("sed -i s/fork/FORK/ local.lxz \"$TREE/" + std::string(kFork) + "\"");
+  WriteFile(Here("local.lxz"), server().Get(forkContent));
+  const auto result = Shell("sed -i s/fork/FORK/ local.lxz \"$TREE/" + std::string(forkAddress) + "\"");
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(Text(Fork()), ReadFile(Here("local.lxz")));
   EXPECT_EQ(OnServer(Path()), ReadFile(Here("local.lxz")));
@@ -222,20 +223,20 @@ TEST_F(MountWriting, LetsSedEditInPlace) {
 TEST_F(MountWriting, LetsVimEdit) {
   if (Shell("command -v vim").status != 0) GTEST_SKIP() << "there is no vim";
   MountAndCheckOut();
-  WriteFile(Here("local.lxz"), server().Get(kForkContent));
-  const auto result = Shell("vim -es -u NONE -c '%s/fork/FORK/' -c 'wq' \"$TREE/" + std::string(kFork) +
+  WriteFile(Here("local.lxz"), server().Get(forkContent));
+  const auto result = Shell("vim -es -u NONE -c '%s/fork/FORK/' -c 'wq' \"$TREE/" + std::string(forkAddress) +
                             "\" && vim -es -u NONE -c '%s/fork/FORK/' -c 'wq' local.lxz");
   EXPECT_EQ(result.status, 0) << result.err << result.out;
   EXPECT_THAT(ReadFile(Here("local.lxz")), HasSubstr("FORK"));
   EXPECT_EQ(OnServer(Path()), ReadFile(Here("local.lxz")));
-  EXPECT_THAT(Names(Tree(kFrame)), testing::ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
+  EXPECT_THAT(Names(Tree(frameFolder)), testing::ElementsAre("fork.lxz", "frame.lxz", "welding manual.xml"));
 }
 
 TEST_F(MountWriting, LetsRsyncRenameItsFileOntoADocument) {
   if (Shell("command -v rsync").status != 0) GTEST_SKIP() << "there is no rsync";
   MountAndCheckOut();
   WriteFile(Here("fork.lxz"), "FENLET by rsync\n");
-  const auto result = Shell("rsync fork.lxz \"$TREE/" + std::string(kFork) + "\"");
+  const auto result = Shell("rsync fork.lxz \"$TREE/" + std::string(forkAddress) + "\"");
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(OnServer(Path()), "FENLET by rsync\n");
 }
@@ -244,12 +245,13 @@ TEST_F(MountWriting, KeepsScratchFilesOnThisMachine) {
   Serve();
   Mount({"--write", "--scratch", "*.wip"});
   const auto result =
-      Shell("cd \"$TREE/" + std::string(kFrame) +
+      Shell("cd \"$TREE/" + std::string(frameFolder) +
             "\" && echo 1 >.a.swp && echo 2 >a.lxz~ && echo 3 >a.wip && cat .a.swp a.lxz~ a.wip && "
             "mv a.wip b.wip && ls -A && rm .a.swp a.lxz~ b.wip && ls -A | wc -l");
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.out, "1\n2\n3\n.a.swp\na.lxz~\nb.wip\nfork.lxz\nframe.lxz\nwelding manual.xml\n3\n");
-  EXPECT_EQ(Run({"ls", "//sim/" + std::string(kFrame)}).out, "fork.lxz\nframe.lxz\nwelding manual.xml\n");
+  EXPECT_EQ(Run({"ls", "//sim/" + std::string(frameFolder)}).out,
+            "fork.lxz\nframe.lxz\nwelding manual.xml\n");
   EXPECT_EQ(Asked("POST"), 0U);
 }
 
@@ -257,19 +259,19 @@ TEST_F(MountWriting, BringsDocumentsToTheServerWhoseNamesLookLikeThoseOfPrograms
   Serve();
   Mount({"--write"});
   for (const char* name : {"sediments", ".project.config", "4913"}) {
-    EXPECT_EQ(Shell("cp /etc/hostname '" + Tree(std::string(kFrame) + name) + "'").err, "") << name;
-    EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + name), ReadFile("/etc/hostname")) << name;
+    EXPECT_EQ(Shell("cp /etc/hostname '" + Tree(std::string(frameFolder) + name) + "'").err, "") << name;
+    EXPECT_EQ(OnServer("//sim/" + std::string(frameFolder) + name), ReadFile("/etc/hostname")) << name;
   }
 }
 
 TEST_F(MountWriting, StoresWhatIsRenamedOntoADocumentWhoseNameLooksLikeAProgramsFile) {
   Serve();
-  const std::string plan = "//sim/" + std::string(kFrame) + "plan.tmp";
+  const std::string plan = "//sim/" + std::string(frameFolder) + "plan.tmp";
   WriteFile(Here("a"), "FENLET plan\n");
   ASSERT_EQ(Run({"put", "-q", "a", plan}).status, 0);
   ASSERT_EQ(Run({"checkout", "-q", plan}).status, 0);
   Mount({"--write"});
-  const std::string tree = Tree(std::string(kFrame) + "plan.tmp");
+  const std::string tree = Tree(std::string(frameFolder) + "plan.tmp");
   EXPECT_EQ(Shell("printf edited >'" + tree + "~' && mv '" + tree + "~' '" + tree + "'").err, "");
   EXPECT_EQ(OnServer(plan), "edited");
 }
@@ -277,20 +279,21 @@ TEST_F(MountWriting, StoresWhatIsRenamedOntoADocumentWhoseNameLooksLikeAPrograms
 TEST_F(MountWriting, StoresWhatEditorsKeepHereWhenToldTo) {
   Serve();
   Mount({"--write", "--no-usual-scratch", "--scratch", "*.wip"});
-  const std::string frame = Tree(kFrame);
+  const std::string frame = Tree(frameFolder);
   EXPECT_EQ(Shell("cp /etc/hostname '" + frame + "a~' && cp /etc/hostname '" + frame + "a.wip'").err, "");
-  EXPECT_EQ(OnServer("//sim/" + std::string(kFrame) + "a~"), ReadFile("/etc/hostname"));
-  EXPECT_EQ(Run({"ls", "//sim/" + std::string(kFrame)}).out, "fork.lxz\nframe.lxz\nwelding manual.xml\na~\n");
+  EXPECT_EQ(OnServer("//sim/" + std::string(frameFolder) + "a~"), ReadFile("/etc/hostname"));
+  EXPECT_EQ(Run({"ls", "//sim/" + std::string(frameFolder)}).out,
+            "fork.lxz\nframe.lxz\nwelding manual.xml\na~\n");
 }
 
 TEST_F(MountWriting, RenamesToAFreeNameAloneWhenToldSo) {
   Serve();
   Mount({"--write"});
-  ASSERT_EQ(Shell("cd \"$TREE/" + std::string(kFrame) + "\" && echo 1 >a~ && echo 2 >b~").err, "");
+  ASSERT_EQ(Shell("cd \"$TREE/" + std::string(frameFolder) + "\" && echo 1 >a~ && echo 2 >b~").err, "");
   const auto rename = [](const std::string& from, const std::string& to) {
     return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
   };
-  const std::string frame = Tree(kFrame);
+  const std::string frame = Tree(frameFolder);
   EXPECT_EQ(rename(frame + "a~", frame + "b~"), EEXIST);
   EXPECT_EQ(rename(frame + "a~", frame + "fork.lxz"), EEXIST);
   EXPECT_EQ(rename(frame + "a~", frame + "c~"), 0);
@@ -299,18 +302,18 @@ TEST_F(MountWriting, RenamesToAFreeNameAloneWhenToldSo) {
 
 TEST_F(MountWriting, RefusesWhatTheServerDoesNotHave) {
   MountAndCheckOut();
-  const std::string frame = Tree(std::string(kFrame) + "frame.lxz");
-  const std::string other = Tree(std::string(kFrame) + "other.lxz");
+  const std::string frame = Tree(std::string(frameFolder) + "frame.lxz");
+  const std::string other = Tree(std::string(frameFolder) + "other.lxz");
   const auto error = [](int result) { return result == 0 ? 0 : errno; };
   EXPECT_EQ(error(unlink(frame.c_str())), EPERM);
   EXPECT_EQ(error(rename(frame.c_str(), other.c_str())), EPERM);
   EXPECT_EQ(error(chmod(frame.c_str(), 0600)), EPERM);
   EXPECT_EQ(error(mkdir(other.c_str(), 0700)), EPERM);
-  EXPECT_EQ(error(rmdir(Tree(kFrame).c_str())), EPERM);
+  EXPECT_EQ(error(rmdir(Tree(frameFolder).c_str())), EPERM);
   EXPECT_EQ(error(symlink("a", other.c_str())), EPERM);
   EXPECT_EQ(error(link(frame.c_str(), other.c_str())), EPERM);
   EXPECT_EQ(error(truncate(frame.c_str(), 0)), EPERM);
-  EXPECT_THAT(Names(Tree(kFrame)), Not(Contains("other.lxz")));
+  EXPECT_THAT(Names(Tree(frameFolder)), Not(Contains("other.lxz")));
 }
 
 TEST_F(MountWriting, KeepsWhatItCouldNotStoreAndTriesAgain) {
@@ -358,10 +361,10 @@ TEST_F(MountWriting, StoresAfterAKillWhatWasClosedBefore) {
   const auto port = AtItsPort();
   Serve(AtItsPort({"--fault", "POST *=503"}));
   Mount({"--write"});
-  EXPECT_NE(Shell("cp /etc/hostname \"$TREE/" + std::string(kFork) + "\"").status, 0);
+  EXPECT_NE(Shell("cp /etc/hostname \"$TREE/" + std::string(forkAddress) + "\"").status, 0);
   // One that was not closed is told of, and not stored.
   const int half =
-      ::open(Tree(std::string(kFrame) + "half.lxz").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+      ::open(Tree(std::string(frameFolder) + "half.lxz").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
   ASSERT_GE(half, 0);
   ASSERT_EQ(write(half, "half", 4), 4);
   SignalMount(SIGKILL);
@@ -373,7 +376,7 @@ TEST_F(MountWriting, StoresAfterAKillWhatWasClosedBefore) {
   EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).size() == 2; }));
   EXPECT_EQ(OnServer(Path()), ReadFile("/etc/hostname"));
   EXPECT_THAT(Run({"recover"}).out, HasSubstr("half.lxz"));
-  EXPECT_THAT(Names(Tree(kFrame)), Not(Contains("half.lxz")));
+  EXPECT_THAT(Names(Tree(frameFolder)), Not(Contains("half.lxz")));
   EXPECT_EQ(Shell("rm -rf \"$(dirname ~)\"/temporary/vtdirect-*; ls \"$TREE\" >/dev/null").status, 0);
 }
 
@@ -381,8 +384,8 @@ TEST_F(MountWriting, HoldsWhatFioVerifies) {
   if (Shell("command -v fio").status != 0) GTEST_SKIP() << "there is no fio";
   MountAndCheckOut();
   // fio begins a file that is too short by deleting it, which no document allows.
-  ASSERT_EQ(Shell("head -c 1048576 /dev/zero >\"$TREE/" + std::string(kFork) + "\"").err, "");
-  const auto result = Shell("fio --name=verify --filename=\"$TREE/" + std::string(kFork) +
+  ASSERT_EQ(Shell("head -c 1048576 /dev/zero >\"$TREE/" + std::string(forkAddress) + "\"").err, "");
+  const auto result = Shell("fio --name=verify --filename=\"$TREE/" + std::string(forkAddress) +
                             "\" --rw=randwrite --bs=4k --size=1m --verify=crc32c --do_verify=1 --overwrite=1 "
                             "--output=fio.out");
   EXPECT_EQ(result.status, 0) << result.err << result.out;

@@ -99,7 +99,7 @@ TEST_F(CloneCommand, TellsEachFileToAProgram) {
   const ProcessResult result = Run({"clone", framePath, "--json"});
   EXPECT_THAT(result.out,
               HasSubstr("\"command\":\"clone\",\"action\":\"fetched\",\"file\":\"fork.lxz\",\"path\":\"" +
-                        std::string(kForkPath) + "\""));
+                        std::string(forkPath) + "\""));
   EXPECT_THAT(result.out, HasSubstr("\"uid\":\"" + server().Uid("D1001") + "&file=/fork.lxz\""));
 }
 

@@ -19,7 +19,7 @@ TEST_F(CommitCommand, ChecksOutStoresAndChecksInWhatWasChanged) {
   EXPECT_EQ(ForkOnServer(), "mine");
   EXPECT_EQ(HolderOf("D1001"), "");
   EXPECT_EQ(TemporaryWorkspaces(), 0U);
-  EXPECT_EQ(Book(), kBookHead);
+  EXPECT_EQ(Book(), bookHead);
   EXPECT_EQ(St("Frame"), "");
   EXPECT_EQ(RunIn("Frame", {"commit"}).out, "") << "there is nothing left to send";
 }
@@ -95,7 +95,7 @@ TEST_F(CommitCommand, IsRefusedWhileSomebodyElseHasIt) {
   Clone({"--user", "anna:a", "--user", "bruno:b"});
   environment_["VTDIRECT_USER"] = "bruno";
   environment_["VTDIRECT_PASSWORD"] = "b";
-  ASSERT_EQ(RunElsewhere({"checkout", kForkPath}).status, 0);
+  ASSERT_EQ(RunElsewhere({"checkout", forkPath}).status, 0);
   environment_["VTDIRECT_USER"] = "anna";
   environment_["VTDIRECT_PASSWORD"] = "a";
   WriteFile(Fork(), "mine");
@@ -125,7 +125,7 @@ TEST_F(CommitCommand, IsToldWhoHasTheNewestVersion) {
   environment_["VTDIRECT_USER"] = "bruno";
   environment_["VTDIRECT_PASSWORD"] = "b";
   StoreElsewhere("newer");
-  ASSERT_EQ(RunElsewhere({"checkout", kForkPath}).status, 0);
+  ASSERT_EQ(RunElsewhere({"checkout", forkPath}).status, 0);
   environment_["VTDIRECT_USER"] = "anna";
   environment_["VTDIRECT_PASSWORD"] = "a";
   WriteFile(Fork(), "mine");

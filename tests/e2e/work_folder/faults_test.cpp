@@ -167,7 +167,7 @@ TEST_F(WorkFolderFaults, OfACommitLoseNothingAndASecondOneFinishesIt) {
         const ProcessResult second = RunIn("Frame", {"commit"});
         EXPECT_EQ(second.status, 0) << second.err;
         EXPECT_EQ(ReadFile(Fork()), mine);
-        EXPECT_EQ(Book(), kBookHead);
+        EXPECT_EQ(Book(), bookHead);
         ExpectAllIsHere();
       });
   EXPECT_GE(requests, 15);

@@ -87,7 +87,7 @@ TEST_F(PullCommand, LeavesAWriteProtectedFileAndALinkAlone) {
   StoreElsewhere("newer");
   ASSERT_EQ(chmod(Fork().c_str(), 0444), 0);
   EXPECT_EQ(RunIn("Frame", {"pull"}).status, 1);
-  EXPECT_THAT(ReadFile(Fork()), HasSubstr(kForkHead));
+  EXPECT_THAT(ReadFile(Fork()), HasSubstr(forkHead));
   std::filesystem::remove(Fork());
   WriteFile(Here("target"), "mine");
   std::filesystem::create_symlink(Here("target"), Fork());

@@ -38,13 +38,13 @@ std::string WorkFolderTest::ChangeUnseen() {
 
 void WorkFolderTest::StoreElsewhere(const std::string& bytes) {
   WriteFile(Home("elsewhere.lxz"), bytes);
-  const ProcessResult result = RunElsewhere({"put", Home("elsewhere.lxz"), kForkPath});
+  const ProcessResult result = RunElsewhere({"put", Home("elsewhere.lxz"), forkPath});
   ASSERT_EQ(result.status, 0) << result.err;
 }
 
 std::string WorkFolderTest::ForkOnServer() {
   // What others see, whatever was stored in a working copy.
-  return RunElsewhere({"get", kForkPath, "--base", "-o", "-"}).out;
+  return RunElsewhere({"get", forkPath, "--base", "-o", "-"}).out;
 }
 
 }  // namespace vtdirect_test

@@ -1,4 +1,4 @@
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -10,11 +10,11 @@ using testing::IsEmpty;
 namespace vtdirect_cli {
 namespace {
 
-constexpr const char* kServer = "https://plm.example/vt/";
+constexpr const char* serverUrl = "https://plm.example/vt/";
 
 class AuthenticatorTest : public testing::Test {
  protected:
-  Authenticator Make(const std::vector<std::string>& named = {kServer}) { return Make(named, named); }
+  Authenticator Make(const std::vector<std::string>& named = {serverUrl}) { return Make(named, named); }
   Authenticator Make(const std::vector<std::string>& named, const std::vector<std::string>& meant) {
     CredentialSinks sinks;
     sinks.setPassword = [this](const std::string& url, const std::string& user, const std::string& password) {
@@ -66,12 +66,12 @@ TEST_F(AuthenticatorTest, TriesTokenEnvironmentNetrcAndThreeQuestionsInThisOrder
   Netrc("machine plm.example login joe password n");
   Prompt("p");
   Authenticator authenticator = Make();
-  for (int i = 0; i < 6; ++i) EXPECT_TRUE(authenticator.Answer(kServer)) << i;
+  for (int i = 0; i < 6; ++i) EXPECT_TRUE(authenticator.Answer(serverUrl)) << i;
   EXPECT_FALSE(authenticator.refused());
-  EXPECT_FALSE(authenticator.Answer(kServer));
-  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_FALSE(authenticator.Answer(serverUrl));
+  EXPECT_FALSE(authenticator.Answer(serverUrl));
   EXPECT_EQ(authenticator.refusal(), "https://plm.example refused the credentials");
-  const std::string at = kServer;
+  const std::string at = serverUrl;
   EXPECT_THAT(set_, ElementsAre(at + " token t", at + " joe:e", at + " joe:n", at + " joe:p", at + " joe:p",
                                 at + " joe:p"));
   EXPECT_EQ(netrcReads_, 1);
@@ -79,7 +79,7 @@ TEST_F(AuthenticatorTest, TriesTokenEnvironmentNetrcAndThreeQuestionsInThisOrder
 
 TEST_F(AuthenticatorTest, WithNothingTellsHowToGiveCredentials) {
   Authenticator authenticator = Make();
-  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_FALSE(authenticator.Answer(serverUrl));
   EXPECT_THAT(authenticator.refusal(),
               HasSubstr("https://plm.example demands credentials; set VTDIRECT_USER"));
 }
@@ -88,8 +88,8 @@ TEST_F(AuthenticatorTest, DoesNotSendWrongEnvironmentCredentialsTwice) {
   sources_.user = "joe";
   sources_.password = "wrong";
   Authenticator authenticator = Make();
-  EXPECT_TRUE(authenticator.Answer(kServer));
-  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_TRUE(authenticator.Answer(serverUrl));
+  EXPECT_FALSE(authenticator.Answer(serverUrl));
   EXPECT_FALSE(authenticator.Answer("https://plm.example/other/"));
   EXPECT_EQ(set_.size(), 1U);
 }
@@ -98,8 +98,8 @@ TEST_F(AuthenticatorTest, TakesThePasswordOfANamedUserFromTheNetrcFile) {
   sources_.user = "ann";
   Netrc("machine plm.example login joe password 1 machine plm.example login ann password 2");
   Authenticator authenticator = Make();
-  EXPECT_TRUE(authenticator.Answer(kServer));
-  EXPECT_THAT(set_, ElementsAre(std::string(kServer) + " ann:2"));
+  EXPECT_TRUE(authenticator.Answer(serverUrl));
+  EXPECT_THAT(set_, ElementsAre(std::string(serverUrl) + " ann:2"));
 }
 
 TEST_F(AuthenticatorTest, StopsAskingWhenTheUserGivesUp) {
@@ -109,8 +109,8 @@ TEST_F(AuthenticatorTest, StopsAskingWhenTheUserGivesUp) {
     return std::nullopt;
   };
   Authenticator authenticator = Make();
-  EXPECT_FALSE(authenticator.Answer(kServer));
-  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_FALSE(authenticator.Answer(serverUrl));
+  EXPECT_FALSE(authenticator.Answer(serverUrl));
   EXPECT_THAT(asked_, ElementsAre("https://plm.example"));
 }
 
@@ -119,13 +119,13 @@ TEST_F(AuthenticatorTest, KeepsWhatIsMeantForOneServerFromAnotherThatIsListed) {
   sources_.token = "t";
   sources_.user = "joe";
   sources_.password = "e";
-  Authenticator authenticator = Make({kServer, other}, {kServer});
+  Authenticator authenticator = Make({serverUrl, other}, {serverUrl});
   EXPECT_FALSE(authenticator.Answer(other));
   EXPECT_THAT(set_, IsEmpty());
   EXPECT_THAT(authenticator.refusal(), HasSubstr("login_also_for"));
-  EXPECT_TRUE(authenticator.Answer(kServer));
-  EXPECT_THAT(set_, ElementsAre(std::string(kServer) + " token t"));
-  Authenticator paired = Make({kServer, other}, {kServer, other});
+  EXPECT_TRUE(authenticator.Answer(serverUrl));
+  EXPECT_THAT(set_, ElementsAre(std::string(serverUrl) + " token t"));
+  Authenticator paired = Make({serverUrl, other}, {serverUrl, other});
   EXPECT_TRUE(paired.Answer(other));
 }
 
@@ -134,7 +134,7 @@ TEST_F(AuthenticatorTest, AsksForWhatIsMeantForAnotherServerThatIsListed) {
   sources_.token = "t";
   Netrc("machine files.example login f password n");
   Prompt("p");
-  Authenticator authenticator = Make({kServer, other}, {kServer});
+  Authenticator authenticator = Make({serverUrl, other}, {serverUrl});
   EXPECT_TRUE(authenticator.Answer(other));
   EXPECT_TRUE(authenticator.Answer(other));
   EXPECT_THAT(set_, ElementsAre(other + " f:n", other + " typed:p"));
@@ -180,8 +180,8 @@ TEST_F(AuthenticatorTest, AsksTheHelperAfterTheEnvironmentAndBeforeTheNetrcFile)
   Helper({PasswordCredentials{"joe", "h"}, false});
   Netrc("machine plm.example login joe password n");
   Authenticator authenticator = Make();
-  for (int i = 0; i < 3; ++i) EXPECT_TRUE(authenticator.Answer(kServer)) << i;
-  const std::string at = kServer;
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(authenticator.Answer(serverUrl)) << i;
+  const std::string at = serverUrl;
   EXPECT_THAT(set_, ElementsAre(at + " joe:e", at + " joe:h", at + " joe:n"));
   EXPECT_THAT(asked_, ElementsAre("helper https://plm.example joe"));
   EXPECT_THAT(told_, ElementsAre("erase https://plm.example joe:h"));
@@ -190,7 +190,7 @@ TEST_F(AuthenticatorTest, AsksTheHelperAfterTheEnvironmentAndBeforeTheNetrcFile)
 TEST_F(AuthenticatorTest, TellsTheHelperWhatWasTaken) {
   Helper({PasswordCredentials{"joe", "h"}, false});
   Authenticator authenticator = Make();
-  EXPECT_TRUE(authenticator.Answer(kServer));
+  EXPECT_TRUE(authenticator.Answer(serverUrl));
   EXPECT_THAT(told_, IsEmpty());
   authenticator.TellAccepted();
   authenticator.TellAccepted();
@@ -201,8 +201,8 @@ TEST_F(AuthenticatorTest, TellsTheHelperWhatWasTypedWhenItWasTaken) {
   Helper({});
   Prompt("p");
   Authenticator authenticator = Make();
-  EXPECT_TRUE(authenticator.Answer(kServer));
-  EXPECT_TRUE(authenticator.Answer(kServer));
+  EXPECT_TRUE(authenticator.Answer(serverUrl));
+  EXPECT_TRUE(authenticator.Answer(serverUrl));
   EXPECT_THAT(told_, IsEmpty()) << "what the helper never gave is not taken from it";
   authenticator.TellAccepted();
   EXPECT_THAT(told_, ElementsAre("store https://plm.example typed:p"));
@@ -213,7 +213,7 @@ TEST_F(AuthenticatorTest, AsksNobodyElseWhenTheHelperSaysToQuit) {
   Netrc("machine plm.example login joe password n");
   Prompt("p");
   Authenticator authenticator = Make();
-  EXPECT_FALSE(authenticator.Answer(kServer));
+  EXPECT_FALSE(authenticator.Answer(serverUrl));
   EXPECT_THAT(set_, IsEmpty());
   EXPECT_EQ(netrcReads_, 0);
   EXPECT_TRUE(authenticator.refused());

@@ -7,7 +7,7 @@
 #include <atomic>
 #include <sstream>
 
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/reasons.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;

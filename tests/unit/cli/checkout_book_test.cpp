@@ -34,7 +34,7 @@ std::string LineOf(const std::string& document) {
          ".lxz\tanna\t2026-01-31T09:00:00Z\n";
 }
 
-constexpr const char* kHead = "vtdirect-checkouts 1\n";
+constexpr const char* bookHead = "vtdirect-checkouts 1\n";
 
 unsigned ModeOf(const std::string& path) {
   struct stat facts = {};
@@ -84,7 +84,7 @@ TEST_F(Book, IsEmptyWithoutAFile) {
 TEST_F(Book, KeepsForTheUserAlone) {
   EXPECT_EQ(book_.Keep(Checkout("D1")), "");
   EXPECT_EQ(book_.Keep(Checkout("D2")), "");
-  EXPECT_EQ(ReadFile(path_), kHead + LineOf("D1") + LineOf("D2"));
+  EXPECT_EQ(ReadFile(path_), bookHead + LineOf("D1") + LineOf("D2"));
   EXPECT_EQ(ModeOf(path_), 0600U);
   EXPECT_EQ(ModeOf(path_ + ".lock"), 0600U);
   EXPECT_EQ(ModeOf(directory_.File("state/vtdirect")), 0700U);
@@ -93,30 +93,30 @@ TEST_F(Book, KeepsForTheUserAlone) {
 }
 
 TEST_F(Book, TakesAFileFromOthersThatTheyCouldRead) {
-  WriteBook(kHead + LineOf("D1"));
+  WriteBook(bookHead + LineOf("D1"));
   ASSERT_EQ(chmod(path_.c_str(), 0666), 0);
   EXPECT_EQ(book_.Keep(Checkout("D2")), "");
   EXPECT_EQ(ModeOf(path_), 0600U);
 }
 
 TEST_F(Book, ReplacesWhatWasKeptOfTheSameDocument) {
-  WriteBook(kHead + LineOf("D1") + LineOf("D2") + LineOf("D1"));
+  WriteBook(bookHead + LineOf("D1") + LineOf("D2") + LineOf("D1"));
   KeptCheckout renewed = Checkout("D1", "2026-02-01T00:00:00Z");
   renewed.uid = Uid("D1|W9|D9|T");
   EXPECT_EQ(book_.Keep(renewed), "");
-  EXPECT_EQ(ReadFile(path_), kHead + Uid("D1") + "\t" + Uid("D1|W9|D9|T") +
+  EXPECT_EQ(ReadFile(path_), bookHead + Uid("D1") + "\t" + Uid("D1|W9|D9|T") +
                                  "\tD1.lxz\tanna\t2026-02-01T00:00:00Z\n" + LineOf("D2"));
 }
 
 TEST_F(Book, ForgetsByDocumentAndByWorkingCopy) {
-  WriteBook(kHead + LineOf("D1") + LineOf("D2") + LineOf("D3"));
+  WriteBook(bookHead + LineOf("D1") + LineOf("D2") + LineOf("D3"));
   EXPECT_EQ(book_.Forget(Uid("D1")), "");
   EXPECT_EQ(book_.Forget(Uid("D3|WD3|CD3|T")), "");
-  EXPECT_EQ(ReadFile(path_), kHead + LineOf("D2"));
+  EXPECT_EQ(ReadFile(path_), bookHead + LineOf("D2"));
 }
 
 TEST_F(Book, IsNotWrittenWhenNothingIsForgotten) {
-  WriteBook(kHead + LineOf("D1"));
+  WriteBook(bookHead + LineOf("D1"));
   struct stat before = {};
   struct stat after = {};
   ASSERT_EQ(stat(path_.c_str(), &before), 0);
@@ -126,30 +126,30 @@ TEST_F(Book, IsNotWrittenWhenNothingIsForgotten) {
 }
 
 TEST_F(Book, LeavesBrokenLinesWhereTheyAre) {
-  WriteBook(kHead + std::string("# mine\n") + LineOf("D1") + "\nD\tx\n" + LineOf("D2"));
+  WriteBook(bookHead + std::string("# mine\n") + LineOf("D1") + "\nD\tx\n" + LineOf("D2"));
   const BookContents contents = book_.Read();
   EXPECT_THAT(Documents(), ElementsAre(Uid("D1"), Uid("D2")));
   EXPECT_TRUE(contents.readable);
   EXPECT_EQ(contents.fault, path_ + " holds lines that are no checkouts, and stay as they are: 2, 4, 5");
   EXPECT_EQ(book_.Forget(Uid("D1")), "");
   EXPECT_EQ(book_.Keep(Checkout("D3")), "");
-  EXPECT_EQ(ReadFile(path_), kHead + std::string("# mine\n\nD\tx\n") + LineOf("D2") + LineOf("D3"));
+  EXPECT_EQ(ReadFile(path_), bookHead + std::string("# mine\n\nD\tx\n") + LineOf("D2") + LineOf("D3"));
 }
 
 TEST_F(Book, ReadsALastLineWithoutItsEnd) {
-  std::string text = kHead + LineOf("D1");
+  std::string text = bookHead + LineOf("D1");
   text.pop_back();
   WriteBook(text);
   EXPECT_THAT(Documents(), ElementsAre(Uid("D1")));
   EXPECT_EQ(book_.Keep(Checkout("D2")), "");
-  EXPECT_EQ(ReadFile(path_), kHead + LineOf("D1") + LineOf("D2"));
+  EXPECT_EQ(ReadFile(path_), bookHead + LineOf("D1") + LineOf("D2"));
 }
 
 TEST_F(Book, TakesAnEmptyFileForAnEmptyBook) {
   WriteBook("");
   EXPECT_EQ(book_.Read().fault, "");
   EXPECT_EQ(book_.Keep(Checkout("D1")), "");
-  EXPECT_EQ(ReadFile(path_), kHead + LineOf("D1"));
+  EXPECT_EQ(ReadFile(path_), bookHead + LineOf("D1"));
 }
 
 TEST_F(Book, NeverWritesToAFileOfAnotherForm) {
@@ -178,9 +178,9 @@ TEST_F(Book, NeverReplacesAFileThatCannotBeRead) {
 TEST_F(Book, DoesNotGrowBeyondWhatCanBeRead) {
   KeptCheckout large = Checkout("D1");
   large.name = std::string(std::size_t{1} << 20U, 'x');
-  WriteBook(kHead + LineOf("D2"));
+  WriteBook(bookHead + LineOf("D2"));
   EXPECT_THAT(book_.Keep(large), HasSubstr("File too large"));
-  EXPECT_EQ(ReadFile(path_), kHead + LineOf("D2"));
+  EXPECT_EQ(ReadFile(path_), bookHead + LineOf("D2"));
 }
 
 TEST_F(Book, TellsWhyItCannotBeWritten) {
@@ -192,24 +192,24 @@ TEST_F(Book, TellsWhyItCannotBeWritten) {
 
 TEST_F(Book, ThatIsALinkStaysOne) {
   WriteBook("");
-  WriteFile(directory_.File("elsewhere"), kHead + LineOf("D1"));
+  WriteFile(directory_.File("elsewhere"), bookHead + LineOf("D1"));
   std::filesystem::remove(path_);
   std::filesystem::create_symlink(directory_.File("elsewhere"), path_);
   EXPECT_EQ(book_.Keep(Checkout("D2")), "");
   EXPECT_TRUE(std::filesystem::is_symlink(path_));
-  EXPECT_EQ(ReadFile(directory_.File("elsewhere")), kHead + LineOf("D1") + LineOf("D2"));
+  EXPECT_EQ(ReadFile(directory_.File("elsewhere")), bookHead + LineOf("D1") + LineOf("D2"));
 }
 
 TEST_F(Book, LosesNothingToManyRunsAtOnce) {
-  constexpr int kRuns = 12;
-  constexpr int kEach = 5;
+  constexpr int runs = 12;
+  constexpr int callsOfEach = 5;
   std::vector<pid_t> children;
-  for (int run = 0; run < kRuns; ++run) {
+  for (int run = 0; run < runs; ++run) {
     const pid_t child = fork();
     if (child == 0) {
       int failures = 0;
-      for (int i = 0; i < kEach; ++i) {
-        const std::string document = "D" + std::to_string(run * kEach + i);
+      for (int i = 0; i < callsOfEach; ++i) {
+        const std::string document = "D" + std::to_string(run * callsOfEach + i);
         if (!book_.Keep(Checkout(document)).empty()) ++failures;
         if (i == 0 && !book_.Forget(Uid(document)).empty()) ++failures;
       }
@@ -222,7 +222,7 @@ TEST_F(Book, LosesNothingToManyRunsAtOnce) {
     ASSERT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
   }
-  EXPECT_EQ(Documents().size(), static_cast<std::size_t>(kRuns * (kEach - 1)));
+  EXPECT_EQ(Documents().size(), static_cast<std::size_t>(runs * (callsOfEach - 1)));
   EXPECT_EQ(book_.Read().fault, "");
   EXPECT_THAT(Names(), ElementsAre("checkouts", "checkouts.lock"));
 }

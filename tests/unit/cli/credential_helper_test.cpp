@@ -10,7 +10,7 @@
 namespace vtdirect_cli {
 namespace {
 
-const HelperFields kAbout = {{"protocol", "https"}, {"host", "plm.example:8443"}, {"username", "anna"}};
+const HelperFields about = {{"protocol", "https"}, {"host", "plm.example:8443"}, {"username", "anna"}};
 
 // As the program has it: a helper may end before it has read what it is told.
 class CredentialHelperTest : public testing::Test {
@@ -19,7 +19,7 @@ class CredentialHelperTest : public testing::Test {
 
   // Why it gives no answer that can be used.
   static std::string FaultOf(const CredentialHelper& helper) {
-    const auto answer = helper.Get(kAbout);
+    const auto answer = helper.Get(about);
     return answer ? "" : answer.failure().message;
   }
 };
@@ -39,7 +39,7 @@ TEST_F(CredentialHelperTest, IsToldAndAnswersAsGitsHelpersDo) {
   const vtdirect_test::TemporaryDirectory directory;
   const std::string log = directory.File("log");
   const CredentialHelper helper("f() { { echo \"$1\"; cat; } > " + log + "; echo password=p; }; f", 5);
-  const auto answer = helper.Get(kAbout);
+  const auto answer = helper.Get(about);
   ASSERT_TRUE(answer);
   EXPECT_EQ(*answer, (HelperFields{{"password", "p"}}));
   EXPECT_EQ(vtdirect_test::ReadFile(log), "get\nprotocol=https\nhost=plm.example:8443\nusername=anna\n\n");
@@ -50,7 +50,7 @@ TEST_F(CredentialHelperTest, IsToldAndAnswersAsGitsHelpersDo) {
 }
 
 TEST_F(CredentialHelperTest, ThatReadsNothingAndKnowsNothingIsNoFault) {
-  const auto answer = CredentialHelper("exit 3; :", 5).Get(kAbout);
+  const auto answer = CredentialHelper("exit 3; :", 5).Get(about);
   ASSERT_TRUE(answer);
   EXPECT_EQ(*answer, HelperFields{});
 }

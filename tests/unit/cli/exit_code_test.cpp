@@ -1,4 +1,4 @@
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failures/exit_code.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
-#include "hosts/cli/folders_ahead.h"
+#include "hosts/cli/browsing/folders_ahead.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <future>
 
-#include "hosts/cli/tree_walk.h"
+#include "hosts/cli/browsing/tree_walk.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

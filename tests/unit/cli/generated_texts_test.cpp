@@ -8,7 +8,7 @@
 #include <set>
 #include <sstream>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failures/exit_code.h"
 #include "tests/support/temporary_directory.h"
 
 using testing::HasSubstr;

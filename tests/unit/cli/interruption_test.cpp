@@ -1,4 +1,4 @@
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -5,10 +5,10 @@
 namespace vtdirect_cli {
 namespace {
 
-const std::string kServer = "korvufenloom-vt://plm.example/vt/";
+const std::string serverUrl = "korvufenloom-vt://plm.example/vt/";
 
 std::string Uid(const std::string& id) {
-  return kServer + "?id=" + id + "&file=/fork.lxz";
+  return serverUrl + "?id=" + id + "&file=/fork.lxz";
 }
 
 KeptCheckout Temporary() {
@@ -65,9 +65,9 @@ TEST(KeptCheckout, IsFoundByItsDocumentAndByItsWorkingCopy) {
   for (const KeptCheckout& checkout : {Temporary(), InWorkspace()}) {
     EXPECT_TRUE(LeadsTo(checkout, checkout.uid));
     EXPECT_TRUE(LeadsTo(checkout, checkout.document));
-    EXPECT_TRUE(LeadsTo(checkout, kServer + "?id=D1")) << "without a file name";
-    EXPECT_TRUE(LeadsTo(checkout, kServer + "?id=D2")) << "the working copy by its own id";
-    EXPECT_TRUE(LeadsTo(checkout, kServer + "?x=1&id=D1"));
+    EXPECT_TRUE(LeadsTo(checkout, serverUrl + "?id=D1")) << "without a file name";
+    EXPECT_TRUE(LeadsTo(checkout, serverUrl + "?id=D2")) << "the working copy by its own id";
+    EXPECT_TRUE(LeadsTo(checkout, serverUrl + "?x=1&id=D1"));
   }
 }
 
@@ -103,7 +103,7 @@ TEST(WorkingCopies, AreToldByTheFormOfTheirUids) {
 
 TEST(WorkingCopies, HaveTheirOwnIdAndTheirWorkspaceInAnyForm) {
   EXPECT_EQ(ByOwnId(Uid("D1|W7|D2|T")), Uid("D2|W7"));
-  EXPECT_EQ(ByOwnId(kServer + "?file=/a%7Cb&id=D1|W7|D2|T&x=1"), kServer + "?id=D2|W7&file=/a%7Cb");
+  EXPECT_EQ(ByOwnId(serverUrl + "?file=/a%7Cb&id=D1|W7|D2|T&x=1"), serverUrl + "?id=D2|W7&file=/a%7Cb");
   EXPECT_EQ(ByOwnId(Uid("D2|W3")), Uid("D2|W3"));
   EXPECT_EQ(ByOwnId(Uid("D1")), Uid("D1"));
   EXPECT_EQ(ByOwnId("//plm/fork.lxz"), "//plm/fork.lxz");
@@ -111,14 +111,14 @@ TEST(WorkingCopies, HaveTheirOwnIdAndTheirWorkspaceInAnyForm) {
 
 TEST(WorkingCopies, HaveADocument) {
   EXPECT_EQ(ByDocumentId(Uid("D1|W7|D2|T")), Uid("D1"));
-  EXPECT_EQ(ByDocumentId(kServer + "?id=D1|W7|D2|T&file=/gr%C3%BC%20b.lxz"),
-            kServer + "?id=D1&file=/gr%C3%BC%20b.lxz");
-  EXPECT_EQ(ByDocumentId(kServer + "?id=D1|W7|D2|T"), kServer + "?id=D1");
+  EXPECT_EQ(ByDocumentId(serverUrl + "?id=D1|W7|D2|T&file=/gr%C3%BC%20b.lxz"),
+            serverUrl + "?id=D1&file=/gr%C3%BC%20b.lxz");
+  EXPECT_EQ(ByDocumentId(serverUrl + "?id=D1|W7|D2|T"), serverUrl + "?id=D1");
   EXPECT_EQ(ByDocumentId(Uid("D2|W3")), Uid("D2|W3"));
 }
 
 TEST(Uids, AreTheSameWhenServerAndIdAre) {
-  EXPECT_TRUE(AreSameUid(Uid("D1"), kServer + "?id=D1"));
+  EXPECT_TRUE(AreSameUid(Uid("D1"), serverUrl + "?id=D1"));
   EXPECT_FALSE(AreSameUid(Uid("D1"), Uid("D2")));
   EXPECT_FALSE(AreSameUid("", ""));
   EXPECT_FALSE(AreSameUid("a", "a"));

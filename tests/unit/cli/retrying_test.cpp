@@ -1,4 +1,4 @@
-#include "hosts/cli/retrying.h"
+#include "hosts/cli/failures/retrying.h"
 
 #include <gtest/gtest.h>
 

@@ -18,7 +18,7 @@ du::http::ObservedExchange Answered(int status) {
   return exchange;
 }
 
-constexpr long kNow = 1'790'000'000;  // 2026-09-21
+constexpr long now = 1'790'000'000;  // 2026-09-21
 
 }  // namespace
 
@@ -41,15 +41,15 @@ TEST(SeenWay, TellsWhoseCertificateItIsAndWarnsBeforeItsEnd) {
   exchange.certificates = {
       {"CN = plm.example", "CN = Company CA", "Sep  1 00:00:00 2026 GMT", "Sep 21 00:00:00 2027 GMT"},
       {"CN = Company CA", "CN = Root", "", ""}};
-  const auto good = CertificateSeen({exchange}, kNow);
+  const auto good = CertificateSeen({exchange}, now);
   ASSERT_TRUE(good);
   EXPECT_EQ(good->state, ExaminedStep::State::Ok);
   EXPECT_EQ(good->seen, "CN = plm.example, issued by CN = Company CA, valid until 2027-09-21");
   exchange.certificates[0].notAfter = "Oct  1 14:13:20 2026 GMT";
-  const auto soon = CertificateSeen({exchange}, kNow);
+  const auto soon = CertificateSeen({exchange}, now);
   EXPECT_EQ(soon->state, ExaminedStep::State::Warning);
   EXPECT_EQ(soon->advice, "it ends within 10 days; tell whoever runs the server");
-  EXPECT_FALSE(CertificateSeen({Answered(200)}, kNow));
+  EXPECT_FALSE(CertificateSeen({Answered(200)}, now));
 }
 
 TEST(SeenWay, TellsWhichLoginWasTaken) {

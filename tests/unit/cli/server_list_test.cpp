@@ -37,7 +37,7 @@ TEST(Configuration, OfNothingListsNothing) {
 
 TEST(Configuration, NamesFileAndLineOfAFault) {
   EXPECT_EQ(FaultOf("[servers]\n\nplm\n"), "f:3: expected \"NICK = URL\"");
-  EXPECT_EQ(FaultOf("plm = http://h/\n"), "f:1: this line stands before any section; expected \"[servers]\"");
+  EXPECT_EQ(FaultOf("plm = http://h/\n"), "f:1: this line is before any section; expected \"[servers]\"");
   EXPECT_EQ(FaultOf("\n[options]"),
             "f:2: unknown section [options]; those there are: [servers], [server NICK]");
   EXPECT_EQ(FaultOf("[servers]\na=http://h/\na=http://i/"), "f:3: the nickname \"a\" comes twice");

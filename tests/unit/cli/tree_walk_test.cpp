@@ -1,4 +1,4 @@
-#include "hosts/cli/tree_walk.h"
+#include "hosts/cli/browsing/tree_walk.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 namespace vtdirect_cli {
 namespace {
 
-constexpr const char* kOne = "urn:oasis:names:tc:xliff:document:1.2";
+constexpr const char* version1Namespace = "urn:oasis:names:tc:xliff:document:1.2";
 
 // Hands a text out in pieces of the given size.
 ReadFunction Pieces(std::string text, std::size_t size) {
@@ -36,8 +36,8 @@ std::string Check(const std::string& text, const std::string& language = "en") {
 }
 
 std::string Version12(const std::string& content) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xliff version=\"1.2\" xmlns=\"" + std::string(kOne) +
-         "\">\n" + content + "\n</xliff>\n";
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<xliff version=\"1.2\" xmlns=\"" +
+         std::string(version1Namespace) + "\">\n" + content + "\n</xliff>\n";
 }
 
 std::string Version2(const std::string& version, const std::string& space, const std::string& language) {
@@ -55,7 +55,8 @@ std::string Utf16(const std::string& ascii) {
   return out;
 }
 
-constexpr const char* kFile = "<file original=\"a\" source-language=\"en\" datatype=\"xml\"><body/></file>";
+constexpr const char* fileElement =
+    "<file original=\"a\" source-language=\"en\" datatype=\"xml\"><body/></file>";
 
 // Makes a file of pieces, up to a size or an empty piece, and counts what was asked for.
 class Endless {
@@ -90,26 +91,27 @@ class Endless {
   bool ended_ = false;
 };
 
-constexpr std::size_t kHundredMegabytes = 100'000'000;
+constexpr std::size_t hundredMegabytes = 100'000'000;
 
 // That a file of a hundred megabytes is refused before a third of it was read, for the reason given.
 void ExpectRefusedEarly(const std::string& head, const std::function<std::string(std::size_t)>& piece,
                         const std::string& reason) {
-  Endless file(head, piece, kHundredMegabytes);
+  Endless file(head, piece, hundredMegabytes);
   const auto fault = CheckXliff(file.Reader(), "en");
   ASSERT_TRUE(fault);
   EXPECT_THAT(fault->what, HasSubstr(reason));
-  EXPECT_LT(file.read(), kHundredMegabytes / 3);
+  EXPECT_LT(file.read(), hundredMegabytes / 3);
 }
 
-const std::string kOpen = "<xliff version=\"1.2\" xmlns=\"" + std::string(kOne) + "\">" + kFile;
+const std::string openDocument =
+    "<xliff version=\"1.2\" xmlns=\"" + std::string(version1Namespace) + "\">" + fileElement;
 
 }  // namespace
 
 TEST(XliffCheck, TakesVersion12) {
-  EXPECT_EQ(Check(Version12(kFile)), "");
-  EXPECT_EQ(Check(Version12(std::string(kFile) + kFile)), "");
-  EXPECT_EQ(Check("<x:xliff xmlns:x='" + std::string(kOne) +
+  EXPECT_EQ(Check(Version12(fileElement)), "");
+  EXPECT_EQ(Check(Version12(std::string(fileElement) + fileElement)), "");
+  EXPECT_EQ(Check("<x:xliff xmlns:x='" + std::string(version1Namespace) +
                   "' version='1.2'><x:file source-language='en'/>" + "</x:xliff>"),
             "");
 }
@@ -124,7 +126,7 @@ TEST(XliffCheck, TakesVersions20To22) {
 // A file whose source text holds these bytes, in an encoding.
 std::string Encoded(const std::string& encoding, const std::string& bytes, const std::string& quote = "\"") {
   return "<?xml version=" + quote + "1.0" + quote + " encoding=" + quote + encoding + quote +
-         "?>\n<xliff version=\"1.2\" xmlns=\"" + kOne +
+         "?>\n<xliff version=\"1.2\" xmlns=\"" + version1Namespace +
          "\">\n<file original=\"a\" source-language=\"en\" datatype=\"xml\"><body><trans-unit "
          "id=\"1\"><source>" +
          bytes + "</source></trans-unit></body></file>\n</xliff>\n";
@@ -173,10 +175,12 @@ TEST(XliffCheck, RefusesBytesThatAreNoneOfTheEncoding) {
 }
 
 TEST(XliffCheck, TakesTheEncodingsOfXml) {
-  EXPECT_EQ(Check("\xEF\xBB\xBF" + Version12(kFile)), "");
-  EXPECT_EQ(Check(Utf16("<xliff version='1.2' xmlns='" + std::string(kOne) + "'>" + kFile + "</xliff>")), "");
+  EXPECT_EQ(Check("\xEF\xBB\xBF" + Version12(fileElement)), "");
+  EXPECT_EQ(Check(Utf16("<xliff version='1.2' xmlns='" + std::string(version1Namespace) + "'>" + fileElement +
+                        "</xliff>")),
+            "");
   EXPECT_EQ(Check("<?xml version='1.0' encoding='ISO-8859-1'?><xliff version='1.2' xmlns='" +
-                  std::string(kOne) + "'><!-- \xFC -->" + kFile + "</xliff>"),
+                  std::string(version1Namespace) + "'><!-- \xFC -->" + fileElement + "</xliff>"),
             "");
   EXPECT_THAT(Check("<?xml version='1.0' encoding='EBCDIC-1'?><xliff/>"),
               HasSubstr("its encoding can't be read"));
@@ -207,9 +211,9 @@ TEST(LanguagesFit, WhenTheyAreTheSameAsFarAsBothGo) {
 
 TEST(XliffCheck, NamesTheLineOfTheFirstSourceLanguageThatDoesNotFit) {
   const std::string german = "<file original='b'\n  source-language='de'/>";
-  EXPECT_EQ(Check(Version12(std::string(kFile) + "\n" + german)),
+  EXPECT_EQ(Check(Version12(std::string(fileElement) + "\n" + german)),
             "4: its <file> has the source language \"de\" (source-language), and --language is \"en\"");
-  EXPECT_EQ(Check(Version12(kFile), "en-US"), "");
+  EXPECT_EQ(Check(Version12(fileElement), "en-US"), "");
   EXPECT_EQ(Check("\n" + Version2("2.0", "2.0", " srcLang=\"en-GB\""), "en-US"),
             "2: its <xliff> has the source language \"en-GB\" (srcLang), and --language is \"en-US\"");
 }
@@ -217,14 +221,14 @@ TEST(XliffCheck, NamesTheLineOfTheFirstSourceLanguageThatDoesNotFit) {
 TEST(XliffCheck, WantsASourceLanguage) {
   EXPECT_EQ(Check(Version12("<file original='a'/>")),
             "3: its <file> tells no source language (source-language)");
-  EXPECT_EQ(Check(Version12(std::string(kFile) + "<file source-language=''/>")),
+  EXPECT_EQ(Check(Version12(std::string(fileElement) + "<file source-language=''/>")),
             "3: its <file> tells no source language (source-language)");
   EXPECT_EQ(Check(Version2("2.0", "2.0", "")), "1: its <xliff> tells no source language (srcLang)");
 }
 
 TEST(XliffCheck, WantsAFileRightInTheRoot) {
   EXPECT_EQ(Check(Version12("")), "4: it has no <file> in its <xliff>");
-  EXPECT_EQ(Check(Version12("<group>" + std::string(kFile) + "</group>")),
+  EXPECT_EQ(Check(Version12("<group>" + std::string(fileElement) + "</group>")),
             "4: it has no <file> in its <xliff>");
   EXPECT_EQ(Check(Version12("<file xmlns='urn:other' source-language='en'/>")),
             "4: it has no <file> in its <xliff>");
@@ -236,16 +240,16 @@ TEST(XliffCheck, WantsTheRootAndNamespaceAndVersionOfXliff) {
   EXPECT_EQ(Check("\n<tmx version='1.4'><file source-language='en'/></tmx>"),
             "2: it is no XLIFF file: its outermost element is \"tmx\" and not \"xliff\"");
   EXPECT_EQ(
-      Check("<xliff version='1.2'>" + std::string(kFile) + "</xliff>"),
+      Check("<xliff version='1.2'>" + std::string(fileElement) + "</xliff>"),
       "1: its <xliff> has no namespace; that of XLIFF 1.2 is \"urn:oasis:names:tc:xliff:document:1.2\"");
-  EXPECT_EQ(Check("<xliff version='1.2' xmlns='urn:x'>" + std::string(kFile) + "</xliff>"),
+  EXPECT_EQ(Check("<xliff version='1.2' xmlns='urn:x'>" + std::string(fileElement) + "</xliff>"),
             "1: its <xliff> has the namespace \"urn:x\"; that of XLIFF 1.2 is "
             "\"urn:oasis:names:tc:xliff:document:1.2\"");
   EXPECT_THAT(Check(Version2("2.0", "1.2", " srcLang='en'")), HasSubstr("that of XLIFF 2.0 is"));
   EXPECT_THAT(Check(Version2("2.0", "2.1", " srcLang='en'")), HasSubstr("that of XLIFF 2.0 is"));
   EXPECT_EQ(Check(Version2("1.1", "1.1", "")),
             "1: its XLIFF version is \"1.1\"; 1.2 and 2.0 to 2.2 are taken");
-  EXPECT_EQ(Check("<xliff xmlns='" + std::string(kOne) + "'>" + kFile + "</xliff>"),
+  EXPECT_EQ(Check("<xliff xmlns='" + std::string(version1Namespace) + "'>" + fileElement + "</xliff>"),
             "1: its <xliff> tells no version; 1.2 and 2.0 to 2.2 are taken");
 }
 
@@ -263,7 +267,8 @@ TEST(XliffCheck, TellsAFileThatWasCutOff) {
   EXPECT_THAT(cut("xliff>"), HasSubstr("cut off"));
   EXPECT_EQ(Check(whole.substr(0, whole.find("</xliff>") + 8)), "");
   // A character that was cut in two.
-  EXPECT_THAT(Check("<xliff version='1.2' xmlns='" + std::string(kOne) + "'>\xC3"), HasSubstr("cut off"));
+  EXPECT_THAT(Check("<xliff version='1.2' xmlns='" + std::string(version1Namespace) + "'>\xC3"),
+              HasSubstr("cut off"));
 }
 
 TEST(XliffCheck, TellsWhatIsNoXml) {
@@ -283,7 +288,7 @@ TEST(XliffCheck, TellsXmlThatIsNotWellFormed) {
             "4: it is no well-formed XML (mismatched tag)");
   EXPECT_THAT(Check(Version12("<file source-language='en' source-language='de'/>")),
               testing::StartsWith("3: it is no well-formed XML"));
-  EXPECT_THAT(Check(Version12(kFile) + "<more/>"), testing::StartsWith("5: it is no well-formed XML"));
+  EXPECT_THAT(Check(Version12(fileElement) + "<more/>"), testing::StartsWith("5: it is no well-formed XML"));
   EXPECT_THAT(Check(Version12(std::string("<file source-language='en'>\0</file>", 35))),
               testing::StartsWith("3: it is no well-formed XML"));
   EXPECT_THAT(Check(Version12("<file source-language='en'>&who;</file>")),
@@ -301,7 +306,7 @@ TEST(XliffCheck, RefusesDocumentTypesAndSoEveryEntity) {
 
 TEST(XliffCheck, EndsWithElementsNestedTooDeep) {
   const std::string start =
-      "<xliff version='1.2' xmlns='" + std::string(kOne) + "'><file source-language='en'>";
+      "<xliff version='1.2' xmlns='" + std::string(version1Namespace) + "'><file source-language='en'>";
   const auto nested = [&start](int depth) {
     std::string text = start;
     for (int i = 0; i < depth; ++i) text += "<g>";
@@ -317,27 +322,27 @@ TEST(XliffCheck, EndsWithElementsNestedTooDeep) {
 TEST(XliffCheck, EndsWithWhatWouldTakeMemoryWithoutEnd) {
   const std::string reason = "too long a tag, or too many different names";
   const auto filling = [](std::size_t) { return std::string(1000, 'a'); };
-  ExpectRefusedEarly(kOpen + "<file source-language='", filling, reason);
-  ExpectRefusedEarly(kOpen + "<", filling, reason);
-  ExpectRefusedEarly(kOpen + "<!--", filling, reason);
+  ExpectRefusedEarly(openDocument + "<file source-language='", filling, reason);
+  ExpectRefusedEarly(openDocument + "<", filling, reason);
+  ExpectRefusedEarly(openDocument + "<!--", filling, reason);
   ExpectRefusedEarly(
-      kOpen, [](std::size_t number) { return "<n" + std::to_string(number) + "/>"; }, reason);
+      openDocument, [](std::size_t number) { return "<n" + std::to_string(number) + "/>"; }, reason);
   ExpectRefusedEarly(
-      kOpen, [](std::size_t number) { return "<n a" + std::to_string(number) + "=''/>"; }, reason);
+      openDocument, [](std::size_t number) { return "<n a" + std::to_string(number) + "=''/>"; }, reason);
 }
 
 TEST(XliffCheck, ReadsAnyAmountOfText) {
-  constexpr std::size_t kPieces = 100'000;
+  constexpr std::size_t pieces = 100'000;
   Endless file(
-      "<xliff version='1.2' xmlns='" + std::string(kOne) + "'><file source-language='en'>",
+      "<xliff version='1.2' xmlns='" + std::string(version1Namespace) + "'><file source-language='en'>",
       [](std::size_t number) {
-        if (number < kPieces) return std::string(1000, 'a');
-        return std::string(number == kPieces ? "</file></xliff>" : "");
+        if (number < pieces) return std::string(1000, 'a');
+        return std::string(number == pieces ? "</file></xliff>" : "");
       },
-      2 * kHundredMegabytes);
+      2 * hundredMegabytes);
   const auto fault = CheckXliff(file.Reader(), "en");
   EXPECT_EQ(fault ? fault->what : "", "");
-  EXPECT_GT(file.read(), kHundredMegabytes);
+  EXPECT_GT(file.read(), hundredMegabytes);
 }
 
 TEST(XliffCheck, TellsAFileThatCanNotBeRead) {
@@ -355,7 +360,7 @@ TEST(XliffCheck, TellsAFileThatCanNotBeRead) {
 
 TEST(XliffCheck, ReadsALocalFile) {
   const vtdirect_test::TemporaryDirectory directory;
-  vtdirect_test::WriteFile(directory.File("a.xlf"), Version12(kFile));
+  vtdirect_test::WriteFile(directory.File("a.xlf"), Version12(fileElement));
   const auto fit = CheckXliffFile(directory.File("a.xlf"), "en");
   ASSERT_TRUE(fit);
   EXPECT_FALSE(*fit);

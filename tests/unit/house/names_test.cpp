@@ -193,15 +193,6 @@ TEST(Names, OfOthersAreUsedAsTheyAre) {
   EXPECT_THAT(OddNames("namespace a { bool is_readable() const override { return true; } }"), IsEmpty());
 }
 
-// The constants of these are still to be renamed.
-bool MayHaveConstantsWithK(const std::string& file) {
-  for (const char* folder : {"hosts/", "tests/unit/cli/", "tests/e2e/cli/", "tests/e2e/many/",
-                             "tests/e2e/mount/", "tests/e2e/work_folder/"}) {
-    if (file.starts_with(folder)) return true;
-  }
-  return false;
-}
-
 TEST(Names, FollowOneConvention) {
   std::size_t files = 0;
   for (const char* folder :
@@ -212,7 +203,6 @@ TEST(Names, FollowOneConvention) {
       if (file == "tests/unit/house/names_test.cpp") continue;
       ++files;
       for (const std::string& name : OddNames(ReadWhole(path))) {
-        if (name[0] == 'k' && MayHaveConstantsWithK(file)) continue;
         ADD_FAILURE() << file << ": " << name;
       }
     }

@@ -46,7 +46,7 @@ TEST(TracesOfTheCommandLine, AreTakenByTheLogAlone) {
 
 // What is shown is what comes in; nothing is kept of it that could be asked for.
 TEST(TracesOfTheCommandLine, GiveNothingBack) {
-  const std::string header = ReadWhole(root / "hosts/cli/trace_log.h");
+  const std::string header = ReadWhole(root / "hosts/cli/program/trace_log.h");
   const std::regex function(R"((\w+)\([^)]*\);)");
   std::set<std::string> functions;
   for (std::sregex_iterator hit(header.begin(), header.end(), function), end; hit != end; ++hit) {

@@ -353,7 +353,7 @@ std::map<std::pair<std::string, std::string>, CountedCall> WritingCalls() {
       {{"GetCheckoutStatus", "UID"}, {[] { return GetCheckoutStatus(uid, nullptr) == CheckoutNone; }}},
       {{"GetCheckoutStatus", "UID of a temporary checkout"},
        {[] { return GetCheckoutStatus(temporaryUid, nullptr) == CheckoutInTempWorkspace; }}},
-      {{"VerifyCheckout", "UID of a temporary checkout that stands"}, {Verify}},
+      {{"VerifyCheckout", "UID of a temporary checkout that is still there"}, {Verify}},
       {{"ConvertLegacyCheckout", "UID with a file name"},
        {[] { return !ConvertLegacyCheckout(uidWithName, "W9|D3").empty(); }}},
       {{"ConvertLegacyCheckout", "UID"}, {[] { return !ConvertLegacyCheckout(uid, "W9|D3").empty(); }}},

@@ -1,4 +1,4 @@
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failures/exit_code.h"
 
 #include <algorithm>
 #include <iterator>
@@ -6,7 +6,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr ExitCodeRow kRows[] = {
+constexpr ExitCodeRow rows[] = {
     {ExitCode::Ok, "ok", "The command did what it was asked."},
     {ExitCode::Failure, "failure", "A failure of no other class."},
     {ExitCode::Usage, "usage", "The command line or the configuration file is wrong. No request was made."},
@@ -17,7 +17,7 @@ constexpr ExitCodeRow kRows[] = {
      "The server is of a release that is not supported, or lacks what the command needs."},
     {ExitCode::NotFound, "not-found", "The server answered and did not deliver the object."},
     {ExitCode::DownloadFailed, "download-failed",
-     "The object is there, but its content did not arrive whole. What stood at the target is untouched."},
+     "The object is there, but its content did not arrive whole. What was at the target is untouched."},
     {ExitCode::LocalFile, "local-file",
      "A local file could not be read or written, or is not what the command takes."},
     {ExitCode::ServerNotListed, "server-not-listed",
@@ -32,23 +32,23 @@ constexpr ExitCodeRow kRows[] = {
 };
 
 // By rising weight.
-constexpr ExitCode kWeights[] = {ExitCode::Ok,
-                                 ExitCode::Outdated,
-                                 ExitCode::Incomplete,
-                                 ExitCode::NotFound,
-                                 ExitCode::DownloadFailed,
-                                 ExitCode::Failure,
-                                 ExitCode::ServerNotListed,
-                                 ExitCode::Usage,
-                                 ExitCode::ServerUnsupported,
-                                 ExitCode::AuthenticationRefused,
-                                 ExitCode::CannotConnect,
-                                 ExitCode::LocalFile,
-                                 ExitCode::TimedOut,
-                                 ExitCode::Interrupted};
+constexpr ExitCode weights[] = {ExitCode::Ok,
+                                ExitCode::Outdated,
+                                ExitCode::Incomplete,
+                                ExitCode::NotFound,
+                                ExitCode::DownloadFailed,
+                                ExitCode::Failure,
+                                ExitCode::ServerNotListed,
+                                ExitCode::Usage,
+                                ExitCode::ServerUnsupported,
+                                ExitCode::AuthenticationRefused,
+                                ExitCode::CannotConnect,
+                                ExitCode::LocalFile,
+                                ExitCode::TimedOut,
+                                ExitCode::Interrupted};
 
 [[nodiscard]] std::ptrdiff_t WeightOf(ExitCode code) {
-  return std::find(std::begin(kWeights), std::end(kWeights), code) - std::begin(kWeights);
+  return std::find(std::begin(weights), std::end(weights), code) - std::begin(weights);
 }
 
 }  // namespace
@@ -58,11 +58,11 @@ ExitCode Worse(ExitCode one, ExitCode other) {
 }
 
 std::span<const ExitCodeRow> ExitCodes() {
-  return kRows;
+  return rows;
 }
 
 const char* NameOf(ExitCode code) {
-  for (const ExitCodeRow& row : kRows) {
+  for (const ExitCodeRow& row : rows) {
     if (row.code == code) return row.name;
   }
   return "failure";

@@ -1,4 +1,4 @@
-#include "hosts/cli/program.h"
+#include "hosts/cli/program/program.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -13,25 +13,25 @@
 #include <iostream>
 #include <new>
 
+#include "hosts/cli/browsing/mounted_path.h"
 #include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command_line.h"
-#include "hosts/cli/environment.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/http_log/har_document.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/interruption_report.h"
 #include "hosts/cli/many/listed_addresses.h"
-#include "hosts/cli/mounted_path.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/environment.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption.h"
+#include "hosts/cli/program/interruption_report.h"
+#include "hosts/cli/program/trace_log.h"
 #include "hosts/cli/texts/generation.h"
 #include "hosts/cli/texts/near_word.h"
-#include "hosts/cli/trace_log.h"
 #include "hosts/cli/work_folder/work_folder.h"
 
 namespace vtdirect_cli {
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{1} << 16U;
+constexpr std::size_t pieceSize = std::size_t{1} << 16U;
 
 // The first file or connection that is opened would take the place of a closed standard descriptor, and get
 // what is written there. What takes it now refuses to be read, or to be written, as a closed one does.
@@ -43,7 +43,7 @@ void KeepStandardDescriptors() {
 }
 
 // A closed pipe and a file that may not grow are failures to be reported, after which temporary files go, and
-// no reason to drop dead.
+// no reason to end.
 void TurnSignalsIntoErrors() {
   signal(SIGPIPE, SIG_IGN);
   signal(SIGXFSZ, SIG_IGN);
@@ -152,7 +152,7 @@ void BoundTheFolderScan() {
 [[nodiscard]] int Finish(Output& output, ExitCode code) {
   errno = 0;
   const bool written = output.Flush();
-  // Who has read what they wanted needs no complaint, and a shell that counts it sees a closed pipe.
+  // A reader that has enough and goes is no fault, and a shell that counts it sees a closed pipe.
   if (output.nobodyReads()) return 128 + SIGPIPE;
   if (!written && code == ExitCode::Ok) {
     const std::string reason = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
@@ -167,7 +167,7 @@ void BoundTheFolderScan() {
 int RunProgram(int argc, const char* const* argv) {
   KeepStandardDescriptors();
   // Before anything is printed. What is no terminal gets large pieces.
-  if (isatty(STDOUT_FILENO) != 1) static_cast<void>(setvbuf(stdout, nullptr, _IOFBF, kPiece));
+  if (isatty(STDOUT_FILENO) != 1) static_cast<void>(setvbuf(stdout, nullptr, _IOFBF, pieceSize));
   TurnSignalsIntoErrors();
   BoundTheFolderScan();
   WatchForInterruption();

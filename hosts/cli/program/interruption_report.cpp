@@ -1,10 +1,10 @@
-#include "hosts/cli/interruption_report.h"
+#include "hosts/cli/program/interruption_report.h"
 
 #include <unistd.h>
 
 #include <exception>
 
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/texts/output.h"
 
 namespace vtdirect_cli {

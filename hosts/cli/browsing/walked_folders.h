@@ -5,7 +5,7 @@
 #include <string>
 #include <unordered_map>
 
-#include "hosts/cli/listing.h"
+#include "hosts/cli/browsing/listing.h"
 
 namespace vtdirect_cli {
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/environment.h"
+#include "hosts/cli/program/environment.h"
 
 #include <cstdlib>
 

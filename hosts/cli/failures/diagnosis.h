@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/failure.h"
-#include "hosts/cli/host.h"
+#include "hosts/cli/failures/failure.h"
+#include "hosts/cli/program/host.h"
 
 namespace vtdirect_cli {
 

@@ -1,11 +1,11 @@
-#include "hosts/cli/diagnosis.h"
+#include "hosts/cli/failures/diagnosis.h"
 
 #include <vtdirect/vt_direct_manager.h>
 
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
+#include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/temporary_files.h"
-#include "hosts/cli/interruption.h"
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/network_failures.h"
 
 namespace vtdirect_cli {
@@ -13,10 +13,10 @@ namespace {
 
 using VtDirectManager::FailureKind;
 
-constexpr int kFirstOfServerErrors = 500;
+constexpr int firstOfServerErrors = 500;
 
 [[nodiscard]] bool IsServerError(const Reason& reason) {
-  return reason.kind == FailureKind::Refused && reason.httpStatus >= kFirstOfServerErrors;
+  return reason.kind == FailureKind::Refused && reason.httpStatus >= firstOfServerErrors;
 }
 
 // Whether the content was on its way: the object was found by then.

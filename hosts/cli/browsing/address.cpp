@@ -1,4 +1,4 @@
-#include "hosts/cli/address.h"
+#include "hosts/cli/browsing/address.h"
 
 #include <vtdirect/vt_direct_manager.h>
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/host.h"
+#include "hosts/cli/program/host.h"
 
 #include <vtdirect/platform/http_credentials.h>
 #include <vtdirect/platform/http_settings.h>
@@ -7,11 +7,11 @@
 #include <cerrno>
 #include <cstring>
 
-#include "hosts/cli/environment.h"
+#include "hosts/cli/browsing/folders_ahead.h"
 #include "hosts/cli/files/local_text_file.h"
 #include "hosts/cli/files/temporary_files.h"
-#include "hosts/cli/folders_ahead.h"
 #include "hosts/cli/http_log/asked_pause.h"
+#include "hosts/cli/program/environment.h"
 #include "hosts/cli/servers/server_access.h"
 #include "hosts/cli/servers/server_environment.h"
 #include "hosts/cli/texts/near_word.h"
@@ -23,9 +23,9 @@ namespace {
 
 // Enough for every source of credentials and three questions at the terminal, so that it is the host that
 // ends the tries and knows it.
-constexpr int kAuthenticationTries = 8;
+constexpr int mostAuthenticationTries = 8;
 // Long enough to unlock a keyring.
-constexpr long kHelperSeconds = 60;
+constexpr long helperSeconds = 60;
 
 // The library's authentication callback is a plain function without an argument of ours.
 Host* theHost = nullptr;
@@ -221,7 +221,7 @@ std::optional<Failure> Host::SetTransport(const Arguments& arguments) {
   if (!connectSeconds) return connectSeconds.failure();
   const auto stallSeconds = ReadSecondsOption(arguments, "stall-timeout", settings.stallTimeoutSeconds);
   if (!stallSeconds) return stallSeconds.failure();
-  settings.authenticationTries = kAuthenticationTries;
+  settings.authenticationTries = mostAuthenticationTries;
   du::http::SetTransportSettings(settings);
   // Who names a time means any silence, also that of a server that has not begun to answer.
   patience_->Begin(arguments.Has("stall-timeout") ? std::optional(*stallSeconds) : std::nullopt,
@@ -297,7 +297,7 @@ std::optional<Failure> Host::StoreCredentials(const std::string& url,
 std::optional<CredentialHelper> Host::HelperOf(const Origin& origin) const {
   const std::string command = SettingsFor(configuration(), TextOf(origin)).credentialHelper;
   if (command.empty()) return std::nullopt;
-  return CredentialHelper(command, kHelperSeconds);
+  return CredentialHelper(command, helperSeconds);
 }
 
 // A helper without an answer is a warning, and the next source of credentials is asked.

@@ -1,4 +1,4 @@
-#include "hosts/cli/trace_log.h"
+#include "hosts/cli/program/trace_log.h"
 
 #include <vtdirect/platform/trace.h>
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/folders_ahead.h"
+#include "hosts/cli/browsing/folders_ahead.h"
 
 #include <algorithm>
 #include <utility>

@@ -3,7 +3,7 @@
 #include <utility>
 #include <variant>
 
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 
 namespace vtdirect_cli {
 

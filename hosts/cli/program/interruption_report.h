@@ -4,12 +4,12 @@
 #include <optional>
 #include <string>
 
-#include "hosts/cli/host.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/host.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 
-/// Says what stands when a signal ends the program in the middle of an operation that changes the server: the
+/// Says what is on the server when a signal ends the program in the middle of an operation that changes the server: the
 /// program may be ended while it waits for an answer, and can ask nobody then.
 class InterruptionReport {
  public:
@@ -19,7 +19,7 @@ class InterruptionReport {
   InterruptionReport(const InterruptionReport&) = delete;
   InterruptionReport& operator=(const InterruptionReport&) = delete;
 
-  /// What is to be said from now on, after "interrupted": no change is under way, and this is how things stand.
+  /// What is to be said from now on, after "interrupted": no change is under way, and this is the state.
   void Tell(const std::string& whatStands);
 
   /// What is to be said from now on, while the answer to a change has not come: it may be carried out all the

@@ -1,4 +1,4 @@
-#include "hosts/cli/tree_walk.h"
+#include "hosts/cli/browsing/tree_walk.h"
 
 #include <algorithm>
 
@@ -26,7 +26,7 @@ class Walk {
   }
 
  private:
-  // Lists a folder below the levels that stand, and makes a level of it.
+  // Lists a folder below the levels that are there, and makes a level of it.
   ListingEnd Enter(const std::string& path) {
     ++listed_;
     levels_.push_back({path, {}});

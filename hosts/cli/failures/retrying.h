@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "hosts/cli/commands/command.h"
-#include "hosts/cli/result.h"
+#include "hosts/cli/failures/result.h"
 
 namespace vtdirect_cli {
 

@@ -1,4 +1,4 @@
-#include "hosts/cli/listing.h"
+#include "hosts/cli/browsing/listing.h"
 
 namespace vtdirect_cli {
 namespace {

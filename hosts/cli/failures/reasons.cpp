@@ -1,4 +1,4 @@
-#include "hosts/cli/reasons.h"
+#include "hosts/cli/failures/reasons.h"
 
 #include <algorithm>
 #include <string_view>
@@ -10,20 +10,20 @@ namespace {
 thread_local VtDirectManager::Outcome* theOutcome = nullptr;
 
 // So much of what a server says fits into a message.
-constexpr std::size_t kLongestServerText = 200;
+constexpr std::size_t longestServerText = 200;
 
-constexpr int kFirstOfServerErrors = 500;
-constexpr int kBadGateway = 502;
-constexpr int kGatewayTimeout = 504;
+constexpr int firstOfServerErrors = 500;
+constexpr int badGateway = 502;
+constexpr int gatewayTimeout = 504;
 
 // Steps that bring bytes to the server or ask for a place for them. No document shows what they leave.
-constexpr std::string_view kStepsBeforeAChange[] = {
+constexpr std::string_view stepsBeforeAChange[] = {
     VtDirectManager::stepFetchNonce, VtDirectManager::stepAskForUploadPlace,
     VtDirectManager::stepUploadContents, VtDirectManager::stepRegisterApplication};
 
 [[nodiscard]] bool ComesBeforeAChange(const Reason& reason) {
-  return std::find(std::begin(kStepsBeforeAChange), std::end(kStepsBeforeAChange), reason.step) !=
-         std::end(kStepsBeforeAChange);
+  return std::find(std::begin(stepsBeforeAChange), std::end(stepsBeforeAChange), reason.step) !=
+         std::end(stepsBeforeAChange);
 }
 
 template <typename Condition>
@@ -68,7 +68,7 @@ bool AQuestionFailed(const VtDirectManager::Outcome& outcome) {
   return std::any_of(entries.begin(), entries.end(), [](const VtDirectManager::Failure& entry) {
     return entry.kind == FailureKind::AnswerBroken || entry.kind == FailureKind::TimedOut ||
            entry.kind == FailureKind::Unreachable ||
-           (entry.kind == FailureKind::Refused && entry.httpStatus >= kFirstOfServerErrors);
+           (entry.kind == FailureKind::Refused && entry.httpStatus >= firstOfServerErrors);
   });
 }
 
@@ -86,7 +86,7 @@ std::string WordsOf(const Reason& reason) {
   std::string words = reason.step + ": " + VtDirectManager::FailureKindText(reason.kind);
   if (reason.httpStatus != 0) words += ", HTTP " + std::to_string(reason.httpStatus);
   if (!reason.platformText.empty()) words += ": " + reason.platformText;
-  if (!reason.serverText.empty()) words += ": " + reason.serverText.substr(0, kLongestServerText);
+  if (!reason.serverText.empty()) words += ": " + reason.serverText.substr(0, longestServerText);
   return words;
 }
 
@@ -111,8 +111,8 @@ bool ChangeMayHaveHappened() {
 
 bool ChangeMayStillHappen() {
   return AnyReason([](const Reason& reason) {
-    const bool isAnswered = reason.httpStatus >= kFirstOfServerErrors && reason.httpStatus != kBadGateway &&
-                            reason.httpStatus != kGatewayTimeout;
+    const bool isAnswered = reason.httpStatus >= firstOfServerErrors && reason.httpStatus != badGateway &&
+                            reason.httpStatus != gatewayTimeout;
     return reason.mayHaveHappened && !ComesBeforeAChange(reason) && !isAnswered;
   });
 }

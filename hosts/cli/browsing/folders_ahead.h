@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "hosts/cli/listing.h"
+#include "hosts/cli/browsing/listing.h"
 
 namespace vtdirect_cli {
 

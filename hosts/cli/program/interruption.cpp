@@ -1,4 +1,4 @@
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 #include <signal.h>
 #include <unistd.h>
@@ -11,8 +11,8 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
-constexpr long kGraceNanoseconds = 250'000'000;
+constexpr int handledSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr long graceNanoseconds = 250'000'000;
 
 struct State {
   std::atomic<int> status{0};    // with which the program ends; 0 while nothing has come
@@ -59,7 +59,7 @@ void Watch(sigset_t signals) {
     if (sigwait(&signals, &signal) != 0) return;
   } while (signal == SIGINT && TheState().keyboardIsOfOthers);
   static_cast<void>(ComesFirst(128 + signal));
-  const timespec grace{0, kGraceNanoseconds};
+  const timespec grace{0, graceNanoseconds};
   static_cast<void>(sigtimedwait(&signals, nullptr, &grace));
   EndProgram();
 }
@@ -69,7 +69,7 @@ void WatchTheTime(long seconds) {
   while (nanosleep(&left, &left) != 0) {
   }
   if (!ComesFirst(TheState().timedOut)) return;
-  const timespec grace{0, kGraceNanoseconds};
+  const timespec grace{0, graceNanoseconds};
   nanosleep(&grace, nullptr);
   EndProgram();
 }
@@ -79,7 +79,7 @@ void WatchTheTime(long seconds) {
 void WatchForInterruption() {
   sigset_t signals;
   sigemptyset(&signals);
-  for (const int signal : kSignals) {
+  for (const int signal : handledSignals) {
     if (!IsIgnored(signal)) sigaddset(&signals, signal);
   }
   static_cast<void>(TheState());

@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "hosts/cli/exit_code.h"
+#include "hosts/cli/failures/exit_code.h"
 
 namespace vtdirect_cli {
 

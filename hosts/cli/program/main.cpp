@@ -1,4 +1,4 @@
-#include "hosts/cli/program.h"
+#include "hosts/cli/program/program.h"
 
 int main(int argc, char** argv) {
   return vtdirect_cli::RunProgram(argc, argv);

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/listing.h"
+#include "hosts/cli/browsing/listing.h"
 
 namespace vtdirect_cli {
 
@@ -46,7 +46,7 @@ struct TreeEnd {
   bool folderBound = false;              ///< as many folders were listed as the bounds allow
   bool waitingBound = false;             ///< folders were left out, for their names took too much memory
   std::uint64_t beyondDepth = 0;         ///< folders that were shown and not entered, for their depth
-  std::uint64_t notEnterable = 0;        ///< folders whose name can't stand in a path: empty, or with a "/"
+  std::uint64_t notEnterable = 0;        ///< folders whose name can't be in a path: empty, or with a "/"
 };
 
 /// Walks a tree depth first. In each folder the documents come first, as the server delivers them, none of

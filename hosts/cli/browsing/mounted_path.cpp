@@ -1,4 +1,4 @@
-#include "hosts/cli/mounted_path.h"
+#include "hosts/cli/browsing/mounted_path.h"
 
 #include <sys/xattr.h>
 

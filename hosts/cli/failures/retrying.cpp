@@ -1,11 +1,11 @@
-#include "hosts/cli/retrying.h"
+#include "hosts/cli/failures/retrying.h"
 
 #include <algorithm>
 #include <charconv>
 #include <thread>
 
 #include "hosts/cli/http_log/asked_pause.h"
-#include "hosts/cli/interruption.h"
+#include "hosts/cli/program/interruption.h"
 
 namespace vtdirect_cli {
 namespace {

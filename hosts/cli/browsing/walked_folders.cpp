@@ -1,4 +1,4 @@
-#include "hosts/cli/walked_folders.h"
+#include "hosts/cli/browsing/walked_folders.h"
 
 namespace vtdirect_cli {
 namespace {

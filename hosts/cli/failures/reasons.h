@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 
 /// Why the library's calls failed, as values. The program keeps one collector for all that a command asks, and
 /// one for each of several tasks that run at the same time.

@@ -1,16 +1,16 @@
-#include "hosts/cli/failure.h"
+#include "hosts/cli/failures/failure.h"
 
 namespace vtdirect_cli {
 namespace {
 
 using VtDirectManager::FailureKind;
 
-constexpr int kLocked = 423;
-constexpr int kTooManyRequests = 429;
-constexpr int kFirstOfServerErrors = 500;
+constexpr int lockedStatus = 423;
+constexpr int tooManyRequestsStatus = 429;
+constexpr int firstOfServerErrors = 500;
 
 // In the order of the enumeration, from the second of it on.
-constexpr FailureClassRow kRows[] = {
+constexpr FailureClassRow rows[] = {
     {"locked", true, "Somebody else has the document checked out."},
     {"refused", false, "The server answered and said no."},
     {"unavailable", true,
@@ -29,13 +29,13 @@ constexpr FailureClassRow kRows[] = {
 [[nodiscard]] FailureClass ClassOfReason(const Reason& reason) {
   switch (reason.kind) {
     case FailureKind::Conflict:
-      return reason.httpStatus == kLocked ? FailureClass::Locked : FailureClass::Conflict;
+      return reason.httpStatus == lockedStatus ? FailureClass::Locked : FailureClass::Conflict;
     case FailureKind::TimedOut:
     case FailureKind::Unreachable:
     case FailureKind::AnswerBroken:
       return FailureClass::Unavailable;
     case FailureKind::Refused:
-      return reason.httpStatus >= kFirstOfServerErrors || reason.httpStatus == kTooManyRequests
+      return reason.httpStatus >= firstOfServerErrors || reason.httpStatus == tooManyRequestsStatus
                  ? FailureClass::Unavailable
                  : FailureClass::Refused;
     case FailureKind::TooLarge:
@@ -61,7 +61,7 @@ constexpr FailureClassRow kRows[] = {
 }
 
 [[nodiscard]] const FailureClassRow& RowOf(FailureClass failureClass) {
-  return kRows[static_cast<std::size_t>(failureClass) - 1];
+  return rows[static_cast<std::size_t>(failureClass) - 1];
 }
 
 }  // namespace
@@ -73,7 +73,7 @@ Failure WithNothing(const char* done, Failure failure) {
 }
 
 std::span<const FailureClassRow> FailureClasses() {
-  return kRows;
+  return rows;
 }
 
 std::optional<bool> MayHaveHappened(const Failure& failure) {
