@@ -33,7 +33,7 @@ constexpr Form forms[] = {
 }
 
 [[nodiscard]] Failure WithoutPath(Host& host, const std::string& address) {
-  if (VtDirectManager::FileExists(address.c_str())) {
+  if (VtDirectManager::FileExists(address.c_str()) && !LastAnswerWasBroken()) {
     return {ExitCode::Failure, "the server shows no path of " + address};
   }
   return Diagnose(host, address, true);

@@ -100,7 +100,8 @@ class RecoverOfAHeldDocument : public CheckoutTest {
 /// A document whose record can't be read. The library has blanks in its place, of which nothing is true.
 class BrokenRecord : public VtDirect, public testing::WithParamInterface<const char*> {};
 
-INSTANTIATE_TEST_SUITE_P(Of, BrokenRecord, testing::Values("info", "links", "status", "url", "versions"));
+INSTANTIATE_TEST_SUITE_P(Of, BrokenRecord,
+                         testing::Values("info", "links", "path", "status", "url", "versions"));
 
 TEST_P(BrokenRecord, IsToldOfByNoCommand) {
   Serve();
