@@ -183,7 +183,7 @@ std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address,
     case VtDirectManager::CheckoutNone:
       if (!IsTemporaryCopy(uid)) return std::nullopt;
       return Refused(address + " is the UID of a working copy that is not there any more",
-                     CommandToType("verify", uid) + " tells what does");
+                     CommandToType("verify", uid) + " tells what is");
     case VtDirectManager::CheckoutByOther:
       return RefusedAs(FailureClass::Locked, address + " is checked out by " + standing.user,
                        "it can be checked out when that checkout has ended");

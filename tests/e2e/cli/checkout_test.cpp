@@ -147,7 +147,7 @@ TEST_F(CheckoutOfADocument, IsRefusedForAnOlderIterationWithTheNewest) {
 TEST_F(CheckoutOfADocument, IsRefusedForTheUidOfAWorkingCopyThatIsGone) {
   const std::string uid = CheckOut(forkPath);
   ASSERT_EQ(RunElsewhere({"undo", uid}).status, 0);
-  EXPECT_THAT(Refuse({"checkout", uid}).err, HasSubstr("does not stand any more; nothing was changed; "
+  EXPECT_THAT(Refuse({"checkout", uid}).err, HasSubstr("is not there any more; nothing was changed; "
                                                        "\"vtdirect verify '" +
                                                        uid + "'\""));
   EXPECT_EQ(HolderOf("D1001"), "");
@@ -189,7 +189,7 @@ TEST_F(CheckoutOfADocument, NeitherBeginsNorEndsByAPathWhereTheDocumentDoesNotSt
   for (const char* command : {"checkin", "undo", "verify"}) {
     const ProcessResult result = Run({command, wrong});
     EXPECT_EQ(result.status, 6);
-    EXPECT_THAT(result.err, HasSubstr("stands in korvufenloom-vfs://sim/Products/Trekking "
+    EXPECT_THAT(result.err, HasSubstr(", is in korvufenloom-vfs://sim/Products/Trekking "
                                       "Bike/Folders/Drivetrain/; nothing was changed"));
   }
   EXPECT_EQ(HolderOf("D1003"), "anna");

@@ -99,10 +99,9 @@ TEST_F(CheckoutByTwo, IsDroppedWhenTheOtherHasTakenItOver) {
   const ProcessResult verify = RunAs("anna", {"verify", forkPath});
   EXPECT_EQ(verify.status, 1);
   EXPECT_EQ(verify.out, server().Uid("D1001") + "&file=/fork.lxz\n");
-  EXPECT_EQ(verify.err,
-            "vtdirect: " + std::string(forkPath) +
-                " is checked out by bruno; the checkout that was kept does not stand any more, and "
-                "is dropped\n");
+  EXPECT_EQ(verify.err, "vtdirect: " + std::string(forkPath) +
+                            " is checked out by bruno; the checkout that was kept has ended, and "
+                            "is dropped\n");
   EXPECT_EQ(RunAs("anna", {"checkouts"}).out, "");
   EXPECT_EQ(RunAs("bruno", {"verify", forkPath}).out, brunos + "\n");
 }

@@ -33,7 +33,7 @@ std::string WithoutServerOfOthers(std::string line, const std::string& url) {
 
 }  // namespace
 
-/// The command lines at the end of the help texts, each run as it stands there.
+/// The command lines at the end of the help texts, each run as it is there.
 class Examples : public CheckoutTest {
  protected:
   // The commands with the lines, as --help shows them.

@@ -22,7 +22,7 @@ constexpr const char* newContent = "new content";
 constexpr const char* base = "(that of before the checkout)";
 constexpr const char* noConversion = "(none)";
 
-// How the document stands before the command.
+// The state of the document before the command.
 enum class Beginning {
   NotHeld,
   Held,       // by anna, with something stored in the working copy
@@ -248,7 +248,7 @@ TEST_F(Recover, LeavesOpenWhatTheServerDoesNotTell) {
   const ProcessResult result = Run({"recover"});
   EXPECT_EQ(result.status, 11);
   EXPECT_THAT(result.out,
-              HasSubstr("\tno\twhere " + std::string(forkPath) + " stands could not be found out"));
+              HasSubstr("\tno\tthe state of " + std::string(forkPath) + " could not be found out"));
   EXPECT_EQ(ReadFile(Home(".local/state/vtdirect/journal")), "vtdirect-journal 1\n" + line);
   Restart({});
   EXPECT_THAT(Run({"recover"}).out,

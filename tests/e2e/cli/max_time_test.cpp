@@ -24,7 +24,7 @@ TEST_F(MaxTime, EndsACommandThatWaitsForASilentServer) {
   EXPECT_THAT(HereNames(), IsEmpty());
 }
 
-TEST_F(MaxTime, TellsStateOnServerAfterAChangeThatWasNotAnswered) {
+TEST_F(MaxTime, TellsTheStateOnTheServerAfterAChangeThatWasNotAnswered) {
   Serve({"--fault", "POST *checkout=stall"});
   const ProcessResult result = Run({"--json", "--max-time", "1", "checkout", forkPath});
   EXPECT_EQ(result.status, 12);

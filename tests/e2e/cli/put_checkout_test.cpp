@@ -181,7 +181,7 @@ TEST_F(PutIntoCheckout, ThatFailsAtTheStoreLeavesTheCheckout) {
   EXPECT_EQ(Content(framePath), "content");
 }
 
-// The library tells one failure for the store and the check-in behind it. What was refused is the second.
+// The library tells one failure for the store and the check-in after it. What was refused is the second.
 TEST_F(PutIntoCheckout, WithAViewableThatIsRefusedAtTheCheckInDoesNotSayThatNothingIsStored) {
   Checkout(framePath, {"--fault", "POST */checkin=409*1"});
   const ProcessResult failed = Run({"put", "f", framePath, "--viewable", "view", "--checkin"});

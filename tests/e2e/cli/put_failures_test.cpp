@@ -144,7 +144,7 @@ TEST_F(PutFailure, OfOneWhoCameTooLateSaysThatSomebodyElseWasFaster) {
     const std::size_t before = server().Log().size();
     const auto late = Start({"put", "f", frameFolder + name});
     ASSERT_TRUE(WaitUntil([&] { return server().Log().find("csrf", before) != std::string::npos; }));
-    // Ticket and upload have still to be answered, and what makes the document comes behind them.
+    // Ticket and upload have still to be answered, and what makes the document comes after them.
     late->Signal(SIGSTOP);
     EXPECT_EQ(Run({"put", "f", frameFolder + name}).status, 0);
     late->Signal(SIGCONT);
@@ -207,18 +207,16 @@ TEST_F(PutFailure, OfAFileThatIsTooLargeSaysSo) {
   EXPECT_EQ(Run({"put", "f", frameFolder}).status, 0);
 }
 
-TEST_F(PutFailure, WithoutAServerToAskSaysThatItIsNotKnownStateOnServer) {
+TEST_F(PutFailure, WithoutAServerToAskSaysThatTheStateIsNotKnown) {
   Serve({"--fault", "POST *dkm/documents=cut:10", "--fault", "GET *OrvetGW*=drop"});
   const ProcessResult result = Run({"put", "f", frameFolder});
   EXPECT_EQ(result.status, 3);
-  EXPECT_THAT(
-      result.err,
-      HasSubstr(
-          "(no usable answer from " + server().url() +
-          ": the server closed the connection without an answer; try again; if it "
-          "stays so, look whether the address should begin with https); what stands now could not be found "
-          "out; \"vtdirect info '" +
-          frameFolder + "f'\" tells when the server answers"));
+  EXPECT_THAT(result.err, HasSubstr("(no usable answer from " + server().url() +
+                                    ": the server closed the connection without an answer; try again; if it "
+                                    "stays so, look whether the address should begin with https); the state "
+                                    "on the server could not be found "
+                                    "out; \"vtdirect info '" +
+                                    frameFolder + "f'\" tells when the server answers"));
 }
 
 // The library copies the files before it sends them, and a copy that could not be made whole would be a torn

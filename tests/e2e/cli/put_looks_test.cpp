@@ -55,7 +55,7 @@ TEST_P(PutLooks, ThatFailLoseNothing) {
   Serve({"--fault", std::string(look.request) + "=" + accident.action});
   WriteFile(Here("f"), "content");
   const ProcessResult result = Run({"put", "f", forkAddress});
-  // A question that no fault stands in the way of.
+  // A question that meets no fault.
   const std::string newest = server().Get(
       "/servlet/odata/v2/DynamicDocMgmt/DynamicDocuments?zvk.search.latestversion=true&$select=ID&"
       "$filter=CADName%20eq%20'fork.lxz'");

@@ -82,7 +82,7 @@ TEST_P(PutBesideNamesake, NeverCreatesASecondDocumentInTheFolder) {
 TEST_P(PutBesideNamesake, IsRefusedWhereAVersionSaysThatADocumentIsMeant) {
   const ProcessResult result = Run({"put", "gear.lxz", frameFolder + "gear.lxz|B.2"});
   EXPECT_EQ(result.status, 6);
-  EXPECT_THAT(result.err, HasSubstr("stands in korvufenloom-vfs://sim/Products/Trekking Bike/Folders/"
+  EXPECT_THAT(result.err, HasSubstr("is in korvufenloom-vfs://sim/Products/Trekking Bike/Folders/"
                                     "Drivetrain/; nothing was changed; "));
   EXPECT_THAT(server().Log(), Not(HasSubstr("\"POST\"")));
 }

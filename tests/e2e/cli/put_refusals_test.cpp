@@ -70,9 +70,9 @@ TEST_F(PutRefusal, OfACallThatCannotBeMeantComesWithoutARequest) {
   EXPECT_THAT(Refuse({"f", frameFolder, "--language", ""}, 2), HasSubstr("--language takes"));
   EXPECT_THAT(Refuse({"f", frameFolder, "--viewable", ""}, 2), HasSubstr("--viewable takes a file name"));
   EXPECT_THAT(Refuse({"f", frameFolder, "--link", "nothing"}, 2), HasSubstr("\"nothing\" is no link"));
-  EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/x"}, 2), HasSubstr("no document can stand at"));
+  EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/x"}, 2), HasSubstr("no document can be at"));
   EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/Workspaces/x"}, 2),
-              HasSubstr("no document can stand at"));
+              HasSubstr("no document can be at"));
   EXPECT_EQ(server().Log(), "");
 }
 
@@ -80,7 +80,7 @@ TEST_F(PutRefusal, OfANameThatIsNoTextComesWithoutARequest) {
   WriteFile(Here("bad\xff.lxz"), "content");
   EXPECT_EQ(
       Refuse({"bad\xff.lxz", frameFolder}, 2),
-      "vtdirect: no document can be called bad\\xFF.lxz: its name is no UTF-8; name the document behind the "
+      "vtdirect: no document can be called bad\\xFF.lxz: its name is no UTF-8; name the document after the "
       "folder's path\n");
   EXPECT_EQ(server().Log(), "");
 }

@@ -120,8 +120,8 @@ TEST_F(Verify, DropsACheckoutThatWasCheckedInByOtherMeans) {
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.out, checkin.out) << "the newest iteration is what to go on with";
   EXPECT_EQ(result.err, "vtdirect: " + server().Uid("D1001") +
-                            " is not checked out, and has a newer iteration; the checkout that was kept does "
-                            "not stand any more, and is dropped; \"vtdirect undo '" +
+                            " is not checked out, and has a newer iteration; the checkout that was kept has "
+                            "ended, and is dropped; \"vtdirect undo '" +
                             uid + "'\" clears away what may be left of its temporary workspace\n");
   EXPECT_EQ(Book(), bookHead);
   EXPECT_EQ(TemporaryWorkspaces(), 0U);
@@ -137,7 +137,7 @@ TEST_F(Verify, FindsWhatIsKeptOfAnOlderIterationByTheDocumentsPath) {
     EXPECT_EQ(result.out, checkin.out);
     EXPECT_THAT(result.err,
                 HasSubstr("is not checked out, and has a newer iteration; the checkout that was kept "
-                          "does not stand any more, and is dropped"));
+                          "has ended, and is dropped"));
     EXPECT_EQ(Book(), bookHead);
   }
 }
@@ -155,8 +155,7 @@ TEST_F(Verify, DropsWhatIsGoneFromAWorkspaceOfOnesOwn) {
   const ProcessResult undone = Run({"verify", path_});
   EXPECT_EQ(undone.status, 1);
   EXPECT_EQ(undone.out, server().Uid("D1001|W301") + "&file=/fork.lxz\n");
-  EXPECT_THAT(undone.err,
-              HasSubstr("is not checked out; the checkout that was kept does not stand any more"));
+  EXPECT_THAT(undone.err, HasSubstr("is not checked out; the checkout that was kept has ended"));
   EXPECT_EQ(Book(), bookHead);
 
   uid = CheckOut(forkOnBench);

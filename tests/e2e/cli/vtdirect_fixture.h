@@ -14,7 +14,7 @@
 
 namespace vtdirect_test {
 
-/// Where the content of the document D1001 stands on the server, and its first lines.
+/// Where the content of the document D1001 is on the server, and its first lines.
 inline constexpr const char* forkContent = "/servlet/rest/v1/content/streams/10010/fork.lxz";
 inline constexpr const char* forkHead = "FENLET DRAWING\nname fork.lxz\nversion B.1\n";
 

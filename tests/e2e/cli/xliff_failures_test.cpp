@@ -32,7 +32,7 @@ constexpr const char* preferences =
 constexpr const char* mended =
     "no source XLIFF is linked to the document; once that is mended, the same command can be given again";
 
-// Those of a first upload before the document stands on the server, in their order.
+// Those of a first upload before the document is on the server, in their order.
 constexpr Step beforeText[] = {
     {"GET *dkm/documents/D1032", 3, " for //sim/?id=D1032"},
     {"GET */OrvetGW", 3, "no usable answer from "},
@@ -43,7 +43,7 @@ constexpr Step beforeText[] = {
     {"POST *content/upload/*", 1, "the same command can be given again"},
     {"POST *dkm/documents", 1, "the same command can be given again"}};
 
-// Those of an update before the new iteration stands on the server.
+// Those of an update before the new iteration is on the server.
 constexpr Step beforeUpdate[] = {
     {"GET *dkm/documents/D1028", 3, " for //sim/?id=D1028"},
     {"GET */OrvetGW", 3, "no usable answer from "},

@@ -37,7 +37,7 @@ TEST(CommandLine, LetsTheLastOfSeveralValuesCount) {
   EXPECT_EQ(Parse({"servers", "--config", "a", "--config", "b"}).arguments.Text("config"), "b");
 }
 
-TEST(CommandLine, TakesADashAsAValueAndStateOnServerBehindTwoDashesAsAnOperand) {
+TEST(CommandLine, TakesADashAsAValueAndWhatIsAfterTwoDashesAsAnOperand) {
   EXPECT_EQ(Parse({"get", "-o", "-", "x"}).arguments.Text("output"), "-");
   EXPECT_EQ(Parse({"get", "-o-", "x"}).arguments.Text("output"), "-");
   EXPECT_EQ(Parse({"get", "--", "-x"}).arguments.Text("ADDRESS"), "-x");

@@ -104,7 +104,7 @@ TEST(HarDocument, TellsOfAnExchangeWithoutAnAnswerAndOfThoseThatAreLeftOut) {
   EXPECT_STREQ(har["log"]["comment"].GetString(), "3 later exchanges are left out for want of room");
 }
 
-// A secret of a later exchange may stand in an earlier one.
+// A secret of a later exchange may be in an earlier one.
 TEST(HarDocument, HidesASecretInEveryExchange) {
   du::http::ObservedExchange first = Exchange();
   first.answerBody = R"({"text":"CanaryLater"})";

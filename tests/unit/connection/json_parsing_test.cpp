@@ -95,7 +95,7 @@ TEST(JsonParsing, RefusesAnAnswerCutAnywhere) {
   }
 }
 
-TEST(JsonParsing, RefusesStateOnServerBehindTheValue) {
+TEST(JsonParsing, RefusesWhatIsAfterTheValue) {
   EXPECT_FALSE(Parses("{} {}"));
   EXPECT_FALSE(Parses("[]x"));
   EXPECT_TRUE(Parses(" {} \r\n\t"));

@@ -41,7 +41,7 @@ TEST(StringFileSink, KeepsTheFirst1024BytesOfAnErrorPageOf5000) {
   EXPECT_EQ(target, page.substr(0, 1024));
 }
 
-TEST(StringFileSink, AppendsToStateOnServerThere) {
+TEST(StringFileSink, AppendsToWhatIsThere) {
   std::string target = "before ";
   StringFileSink sink(target, 4);
   EXPECT_EQ(Pour(sink, 200, {"exact", "more"}), ErrorCode::Done);

@@ -18,7 +18,7 @@ class FolderTest : public SimulatorTest {
   }
 };
 
-TEST_F(FolderTest, ContextShowsStateOnServerRightBelowItsRoots) {
+TEST_F(FolderTest, ContextShowsWhatIsRightBelowItsRoots) {
   EXPECT_EQ(
       Names("/servlet/rest/v1/contexts/OR%3Avn.product.Product%3A101/folders"),
       (Texts{"Drivetrain", "Frame", "Größen & Maße", "Manuals", "Nothing yet", "Translations", "Jigs"}));

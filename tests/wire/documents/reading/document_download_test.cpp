@@ -141,7 +141,7 @@ TEST_F(Download, NeverFetchesSecondaryContents) {
   EXPECT_EQ(transport.requests().size(), 1u);
 }
 
-TEST_F(Download, WithoutAUrlTracesStateOnServerInTheFile) {
+TEST_F(Download, WithoutAUrlTracesWhatIsInTheFile) {
   WriteFile(file, "left from before");
   transport.Then(200, DocumentWith(""));
   ExpectFailure("left from before");
