@@ -14,6 +14,7 @@
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/many/listed_addresses.h"
 #include "hosts/cli/many/put_many.h"
+#include "hosts/cli/many/subjects_below.h"
 #include "hosts/cli/program/host.h"
 #include "hosts/cli/program/interruption_report.h"
 #include "hosts/cli/storing/document_place.h"
@@ -279,6 +280,7 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
 
 [[nodiscard]] std::vector<OptionRow> Options() {
   std::vector<OptionRow> options = {
+      RecursiveOption("Store the files of a directory, each in the folder of the same path below ADDRESS."),
       {"viewable", 0, "FILE", false, Completion::Files, "Store this file as the document's viewable."},
       {"metadata", 0, "FILE", false, Completion::Files, "Store this file as the document's metadata."},
       {"language", 0, "LANGUAGE", false, Completion::Nothing, "Set the document's language."},
@@ -300,8 +302,8 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
 
 [[nodiscard]] std::vector<MemberRow> Members() {
   constexpr const char* sent = "unless nothing was sent";
-  return {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-          {"file", MemberType::Text, nullptr, "FILE as it was given"},
+  return {{"address", MemberType::Text, nullptr, "ADDRESS as it was given; with -r that of the document"},
+          {"file", MemberType::Text, nullptr, "FILE as it was given; with -r the path of the file"},
           {"bytes", MemberType::Number, nullptr, "its size"},
           {"action", MemberType::Text, nullptr,
            "created, iterated or stored (into a working copy); unchanged when --if-changed has sent nothing"},
@@ -315,35 +317,42 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow PutCommand() {
-  return {"put",
-          "Store a file as a document",
-          "Stores FILE at ADDRESS, and prints the UID to go on with.\n\n"
-          "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
-          "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
-          "not there creates it. An existing document gets a new iteration; one that is checked out by "
-          "vtdirect, here or on another machine, gets a store into its working copy, as does the UID or the "
-          "path of a working copy. A document that somebody else has checked out, or you by other means, is "
-          "refused before anything is sent. A document of the same name in another folder is ignored: a new "
-          "one is created beside it, as long as the folder has none.\n\n"
-          "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
-          "A new iteration keeps the source links that it isn't told to change, the attributes and a "
-          "viewable that the server carries over. Metadata is of one iteration: without --metadata the new "
-          "one has none. Documents of the kinds general and ugc take a content alone: over a document that "
-          "is there they take --force, since the server does not tell whether it is a Fenlet document, whose "
-          "viewable, metadata and links would go.\n\n"
-          "The files must not be written to while they are sent; when they are, nothing is stored. They are "
-          "copied to the directory for temporary files first, which needs room for all of them. A failure "
-          "says which step failed, what is on the server now, and what can be done next.\n\n"
-          "Several files are stored in the folder or the workspace at ADDRESS, which ends in \"/\" then, one "
-          "after the other. If one fails, the others go on. Two of one name are refused, and so are options "
-          "that belong to one document.",
-          {{"FILE", "A local file, or a pattern with * or ? in quotes. Several go to the folder at ADDRESS.",
-            Count::AtLeastOnce},
-           {"ADDRESS", "A path or a UID; see ADDRESSES."}},
-          Options(),
-          true,
-          RunPut,
-          Members()};
+  return {
+      "put",
+      "Store a file as a document",
+      "Stores FILE at ADDRESS, and prints the UID to go on with.\n\n"
+      "A path that ends in \"/\" is that of a folder, or of a workspace (.../Workspaces/NAME/): the "
+      "document gets FILE's name, escaped as in a path, and stays named so. A path to a document that is "
+      "not there creates it. An existing document gets a new iteration; one that is checked out by "
+      "vtdirect, here or on another machine, gets a store into its working copy, as does the UID or the "
+      "path of a working copy. A document that somebody else has checked out, or you by other means, is "
+      "refused before anything is sent. A document of the same name in another folder is ignored: a new "
+      "one is created beside it, as long as the folder has none.\n\n"
+      "A store into a working copy leaves it checked out unless --checkin is given.\n\n"
+      "A new iteration keeps the source links that it isn't told to change, the attributes and a "
+      "viewable that the server carries over. Metadata is of one iteration: without --metadata the new "
+      "one has none. Documents of the kinds general and ugc take a content alone: over a document that "
+      "is there they take --force, since the server does not tell whether it is a Fenlet document, whose "
+      "viewable, metadata and links would go.\n\n"
+      "The files must not be written to while they are sent; when they are, nothing is stored. They are "
+      "copied to the directory for temporary files first, which needs room for all of them. A failure "
+      "says which step failed, what is on the server now, and what can be done next.\n\n"
+      "Several files are stored in the folder or the workspace at ADDRESS, which ends in \"/\" then, one "
+      "after the other. If one fails, the others go on. Two of one name are refused, and so are options "
+      "that belong to one document.\n\n"
+      "With -r FILE is a directory. Each file in it and below it is stored in the folder of the same path "
+      "below ADDRESS, and what get -r has escaped in its name becomes the document's own name again. The "
+      "server's folders have to be there: the files of others fail, one line for a folder. Hidden files "
+      "and directories, symbolic links and what is no regular file are left out, and told.",
+      {{"FILE",
+        "A local file, or a pattern with * or ? in quotes. Several go to the folder at ADDRESS. With -r "
+        "one directory.",
+        Count::AtLeastOnce},
+       {"ADDRESS", "A path or a UID; see ADDRESSES."}},
+      Options(),
+      true,
+      RunPut,
+      Members()};
 }
 
 }  // namespace vtdirect_cli
