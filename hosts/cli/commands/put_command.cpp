@@ -341,7 +341,7 @@ CommandRow PutCommand() {
       "after the other. If one fails, the others go on. Two of one name are refused, and so are options "
       "that belong to one document.\n\n"
       "With -r FILE is a directory. Each file in it and below it is stored in the folder of the same path "
-      "below ADDRESS, and what get -r has escaped in its name becomes the document's own name again. The "
+      "below ADDRESS; a document that get -r had to call otherwise is found by its own name. The "
       "server's folders have to be there: the files of others fail, one line for a folder. Hidden files "
       "and directories, symbolic links and what is no regular file are left out, and told.",
       {{"FILE",
