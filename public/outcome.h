@@ -51,19 +51,28 @@ enum class FailureKind : std::int32_t {
 /// that is no kind gives "unknown". Makes no request; any thread.
 [[nodiscard]] VTDIRECT_API const char* FailureKindText(FailureKind kind) noexcept;
 
-/// The words that `Failure::step` has for those steps that a host may want to tell apart. They stay as they are;
-/// docs/reasons.md has all of them. The first three ask for the server itself, and for no object of it. The four
-/// after the downloads bring bytes to the server, or ask for leave to: what they leave changes no document.
+/// The words that `Failure::step` has for the question whether a server answers. These and those below stay as
+/// they are; docs/reasons.md has the words of all steps.
 inline constexpr const char* stepAskWhetherServerAnswers = "ask whether the server answers";
+/// For the check of a server, before anything of it is asked for.
 inline constexpr const char* stepCheckServer = "check the server";
+/// For the question for the version of a server.
 inline constexpr const char* stepAskForVersion = "ask the server for its version";
+/// For a download as a whole.
 inline constexpr const char* stepDownload = "download";
+/// For the content of a download.
 inline constexpr const char* stepDownloadContent = "download the content";
+/// For the nonce that a server wants with what changes something. It changes no document.
 inline constexpr const char* stepFetchNonce = "fetch the nonce";
+/// For the address that bytes are sent to. It changes no document.
 inline constexpr const char* stepAskForUploadPlace = "ask for a place to upload to";
+/// For the bytes of a document. They change no document before they are taken over.
 inline constexpr const char* stepUploadContents = "upload the contents";
+/// For the application that a document is made with. It changes no document.
 inline constexpr const char* stepRegisterApplication = "register the application version";
+/// For the workspace of a checkout.
 inline constexpr const char* stepCreateWorkspace = "create a workspace";
+/// For the end of the workspace of a checkout.
 inline constexpr const char* stepDeleteWorkspace = "delete a workspace";
 
 /// One thing that went wrong. A plain record, the host's to keep.
