@@ -302,7 +302,7 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
 
 [[nodiscard]] std::vector<MemberRow> Members() {
   constexpr const char* sent = "unless nothing was sent";
-  return {{"address", MemberType::Text, nullptr, "ADDRESS as it was given; with -r that of the document"},
+  return {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
           {"file", MemberType::Text, nullptr, "FILE as it was given; with -r the path of the file"},
           {"bytes", MemberType::Number, nullptr, "its size"},
           {"action", MemberType::Text, nullptr,
