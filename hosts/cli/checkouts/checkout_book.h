@@ -12,9 +12,9 @@ namespace vtdirect_cli {
 
 /// What is in the book.
 struct BookContents {
-  std::vector<KeptCheckout> checkouts;  ///< in the order in which they were first kept
-  bool readable = true;                 ///< false: the file could not be read at all, or is of another form
-  std::string fault;                    ///< what could not be read, for a reader; empty when all could
+  std::vector<KeptCheckout> checkouts{};  ///< in the order in which they were first kept
+  bool readable = true;                   ///< false: the file could not be read at all, or is of another form
+  std::string fault;                      ///< what could not be read, for a reader; empty when all could
 };
 
 /// The file that keeps checkouts from one run to the next.

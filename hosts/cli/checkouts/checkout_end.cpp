@@ -27,7 +27,7 @@ struct Ending {
 struct Ended {
   std::string uid;      // to go on with
   bool isTold = false;  // the answer told that UID
-  std::string version;
+  std::string version{};
 };
 
 [[nodiscard]] const char* NameOf(CheckoutEnd end) {
@@ -44,12 +44,12 @@ struct Ended {
 // of what was checked in before leaves it with the iteration that was checked out, and there is a newer one.
 [[nodiscard]] Ended UidAfter(const Ending& ending, const std::string& told) {
   const bool isTold = !ending.hadEnded && HasObjectId(told) && !AreSameUid(told, ending.workingCopy);
-  if (isTold) return {told, true, {}};
+  if (isTold) return {.uid = told, .isTold = true};
   const std::string& known = ending.document.empty() ? ending.workingCopy : ending.document;
   const std::string newest = VtDirectManager::GetLatestUPath(known.c_str());
-  if (HasObjectId(newest)) return {newest, false, {}};
+  if (HasObjectId(newest)) return {.uid = newest};
   const bool isUnknown = ending.document.empty() && ending.hadEnded;
-  return {isUnknown ? told : ending.document, false, {}};
+  return {.uid = isUnknown ? told : ending.document};
 }
 
 // Of a temporary workspace the library reports an undo that the server has refused as done, so that is not taken

@@ -31,7 +31,7 @@ constexpr const char* unchangedText = "nothing was changed";
 
 // Before a command has changed anything.
 [[nodiscard]] Failure DiagnoseUnchanged(Host& host, const std::string& address) {
-  Failure failure = Diagnose(host, address, true);
+  Failure failure = Diagnose(host, address, Seen::Missing);
   if (failure.code != ExitCode::Interrupted) failure.message += std::string("; ") + unchangedText;
   return failure;
 }
@@ -97,7 +97,9 @@ constexpr const char* unchangedText = "nothing was changed";
   switch (standing.status) {
     case VtDirectManager::CheckoutNone:
       if (mayBeDone) return NotSeenYet("it is not checked out", "the checkout");
-      return {std::string(unchangedText) + ", it is not checked out", againAdvice, true};
+      return {.text = std::string(unchangedText) + ", it is not checked out",
+              .next = againAdvice,
+              .isUnchanged = true};
     case VtDirectManager::CheckoutByOther:
       return {"it is checked out by " + standing.user + " now",
               "it can be checked out when that checkout has ended"};
@@ -118,7 +120,7 @@ constexpr const char* unchangedText = "nothing was changed";
   if (IsWorkingCopy(standing.status)) {
     const std::string now = "you still have it checked out, and its working copy is " + uid;
     return mayBeDone ? NotSeenYet(now, std::string("the ") + NounOf(end))
-                     : StateOnServer{now, againAdvice, true};
+                     : StateOnServer{.text = now, .next = againAdvice, .isUnchanged = true};
   }
   if (standing.status == VtDirectManager::CheckoutByOther) {
     return {"it is checked out by " + standing.user + " now", next};

@@ -18,7 +18,7 @@ ExitCode RunBrowseUrl(Host& host, const Arguments& arguments) {
   std::string url;
   ForgetReasons();
   if (!VtDirectManager::BrowserInfo(address.c_str(), url)) {
-    return host.output().Fail(Diagnose(host, address, true));
+    return host.output().Fail(Diagnose(host, address, Seen::Missing));
   }
   host.output().Row({{"url", url}});
   return ExitCode::Ok;

@@ -56,7 +56,7 @@ class Editing {
     std::string newest;
     ForgetReasons();
     if (VtDirectManager::GetStatus(document_.c_str(), current, newest, nullptr) < 0) {
-      return Diagnose(host_, address_, false);
+      return Diagnose(host_, address_, Seen::Unknown);
     }
     const std::string known = kept_.KnownVersion();
     if (known.empty() || newest.empty() || known == newest) return std::nullopt;
@@ -265,7 +265,7 @@ ExitCode RunEdit(Host& host, const Arguments& arguments) {
   if (!kind) return host.output().Fail(kind.failure());
   ForgetReasons();
   const std::string document = VtDirectManager::GetUID(address.c_str());
-  if (document.empty()) return host.output().Fail(Diagnose(host, address, true));
+  if (document.empty()) return host.output().Fail(Diagnose(host, address, Seen::Missing));
   if (const auto elsewhere = RefusalOfAnotherPlace(address, document)) return host.output().Fail(*elsewhere);
   const std::string name = SafeFileName(FileNameOf(document));
   auto kept = KeptEdit::Open(LastingName(address, *kind, document), name.empty() ? "content" : name);

@@ -134,7 +134,7 @@ class Search {
       case VtDirectManager::CheckoutInWorkspace:
         return true;
       case VtDirectManager::CheckoutStatusFailed:
-        failure_ = Diagnose(host_, path, false);
+        failure_ = Diagnose(host_, path, Seen::Unknown);
         return false;
       default:
         return false;

@@ -29,8 +29,8 @@ namespace {
 
 // What is fetched, and what it is called to go on with.
 struct Content {
-  std::string source;         // empty for the address itself
-  std::string uidToGoOnWith;  // empty for the source's UID
+  std::string source;           // empty for the address itself
+  std::string uidToGoOnWith{};  // empty for the source's UID
   bool isOfWorkingCopy = false;
 };
 
@@ -40,7 +40,7 @@ struct Content {
                                             const std::string& workingCopy) {
   switch (PresenceOfWorkingCopy(workingCopy)) {
     case Presence::There:
-      return Content{ByOwnId(workingCopy), workingCopy, true};
+      return Content{.source = ByOwnId(workingCopy), .uidToGoOnWith = workingCopy, .isOfWorkingCopy = true};
     case Presence::Gone:
       if (IsTemporaryCopy(uid)) {
         return NotFetched("the working copy " + uid + " is not there any more",
@@ -48,7 +48,7 @@ struct Content {
       }
       host.output().Note("the working copy of " + address +
                          " that is kept here is not there any more; this is the document's own content");
-      return Content{uid, {}};
+      return Content{.source = uid};
     default:
       return NotFetched("whether the working copy " + workingCopy + " is there could not be found out",
                         "the same command can be given again; " + BaseInstead(address));
@@ -65,10 +65,12 @@ struct Content {
     failure.advice += (failure.advice.empty() ? "" : "; ") + BaseInstead(address);
     return failure;
   }
-  if (IsTemporaryCopy(found->uid)) return Content{ByOwnId(found->uid), found->uid, true};
+  if (IsTemporaryCopy(found->uid)) {
+    return Content{.source = ByOwnId(found->uid), .uidToGoOnWith = found->uid, .isOfWorkingCopy = true};
+  }
   // The walk to a path's document need not be made twice.
-  return Content{
-      VtDirectManager::IsUID(address.c_str()) ? "" : uid, {}, status == VtDirectManager::CheckoutInWorkspace};
+  return Content{.source = VtDirectManager::IsUID(address.c_str()) ? "" : uid,
+                 .isOfWorkingCopy = status == VtDirectManager::CheckoutInWorkspace};
 }
 
 // What a user means by a document that they have checked out is its working copy, unless they say otherwise.

@@ -99,7 +99,7 @@ void DescribeServer(const std::string& address, Record& record) {
 }
 
 ExitCode FailMissing(Host& host, const std::string& address, Record& record) {
-  const Failure failure = Diagnose(host, address, true);
+  const Failure failure = Diagnose(host, address, Seen::Missing);
   if (failure.code == ExitCode::NotFound) {
     record.emplace_back("exists", false);
     host.output().Lines(record);

@@ -36,7 +36,7 @@ constexpr Form forms[] = {
   if (VtDirectManager::FileExists(address.c_str()) && !LastAnswerWasBroken()) {
     return {ExitCode::Failure, "the server shows no path of " + address};
   }
-  return Diagnose(host, address, true);
+  return Diagnose(host, address, Seen::Missing);
 }
 
 ExitCode RunPath(Host& host, const Arguments& arguments) {

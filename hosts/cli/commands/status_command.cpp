@@ -15,7 +15,7 @@ namespace {
 
 struct Question {
   std::string address;
-  std::string serverUrl;  // taken before anything is asked: the library knows no server that is written off
+  std::string serverUrl{};  // taken before anything is asked: the library knows no server that is written off
   bool anywhere = false;
 };
 
@@ -106,7 +106,7 @@ void Ask(Host& host, const Question& question, Status& status) {
 [[nodiscard]] ExitCode TellUnusable(Host& host, const std::string& address, const Failure& why) {
   Status status;
   status.failure = why;
-  return Report(host, {address, {}, false}, status);
+  return Report(host, {.address = address}, status);
 }
 
 ExitCode RunStatus(Host& host, const Arguments& arguments) {

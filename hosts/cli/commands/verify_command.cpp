@@ -238,7 +238,7 @@ void Print(Host& host, const Verification& found) {
   ForgetReasons();
   const auto workingCopy = FindWorkingCopy(host, address);
   if (!workingCopy) return workingCopy.failure();
-  if (workingCopy->empty()) return Diagnose(host, address, true);
+  if (workingCopy->empty()) return Diagnose(host, address, Seen::Missing);
   Subject subject{address, *workingCopy, CheckoutBook().Find(*workingCopy)};
   if (!subject.kept) subject.kept = KeptOfOlderIteration(subject.workingCopy);
   if (subject.kept) subject.workingCopy = subject.kept->uid;

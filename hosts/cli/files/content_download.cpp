@@ -39,7 +39,8 @@ struct Progress {
 // Why no file name could be found for the target.
 [[nodiscard]] Failure NamelessFailure(Host& host, const std::string& address) {
   const bool isDirectory = address.ends_with('/');
-  if (!isDirectory && !VtDirectManager::FileExists(address.c_str())) return Diagnose(host, address, true);
+  if (!isDirectory && !VtDirectManager::FileExists(address.c_str()))
+    return Diagnose(host, address, Seen::Missing);
   return {ExitCode::Usage, "\"" + address + "\" has no file name; name a file with -o"};
 }
 
@@ -60,7 +61,7 @@ struct Progress {
                        "the content of " + download.address + " was not taken: " + NetworkHint(reason)});
   }
   const int status = reason ? reason->httpStatus : 0;
-  if (progress.received == 0 || status == 401) return Diagnose(host, download.address, false);
+  if (progress.received == 0 || status == 401) return Diagnose(host, download.address, Seen::Unknown);
   // What came is then no part of the content, but what the server says instead of it.
   if (status != 0 && status != 200) {
     return WithReason({ExitCode::DownloadFailed,
@@ -180,7 +181,7 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
 
 [[nodiscard]] Result<std::uint64_t> TellDownload(Host& host, const Download& download) {
   ForgetReasons();
-  if (!IsThere(download)) return Diagnose(host, download.address, false);
+  if (!IsThere(download)) return Diagnose(host, download.address, Seen::Unknown);
   const std::string file = download.target.path.empty() ? "-" : download.target.path;
   Record json = download.described;
   json.insert(json.end(), {{"file", file}, {"dry_run", true}});

@@ -239,11 +239,9 @@ std::optional<Failure> Host::SetCredentials(const Arguments& arguments) {
   if (arguments.Has("netrc")) {
     // The user counts on this file: not to use it is a failure, and not only a warning.
     const std::string path = arguments.Text("netrc");
-    std::string text;
-    if (const int error = ReadLocalTextFile(path, text, true); error != 0) {
-      return Failure{ExitCode::LocalFile, NetrcFault(path, error)};
-    }
-    sources_.netrc = [text] { return ReadNetrc(text); };
+    const LocalText netrc = ReadPrivateTextFile(path);
+    if (netrc.error != 0) return Failure{ExitCode::LocalFile, NetrcFault(path, netrc.error)};
+    sources_.netrc = [text = netrc.text] { return ReadNetrc(text); };
     return std::nullopt;
   }
   std::string path = Environment("NETRC");
@@ -326,10 +324,9 @@ HelperAnswer Host::AskHelper(const Origin& origin, const std::string& user) {
 }
 
 std::vector<NetrcEntry> Host::LoadNetrc(const std::string& path) {
-  std::string text;
-  const int error = ReadLocalTextFile(path, text, true);
-  if (error == 0) return ReadNetrc(text);
-  if (error != ENOENT) output_.Warning(NetrcFault(path, error));
+  const LocalText netrc = ReadPrivateTextFile(path);
+  if (netrc.error == 0) return ReadNetrc(netrc.text);
+  if (netrc.error != ENOENT) output_.Warning(NetrcFault(path, netrc.error));
   return {};
 }
 

@@ -83,7 +83,7 @@ Result<AddressKind> RequirePlacedAddress(Host& host, const Arguments& arguments,
   const VtDirectManager::Outcome outcome;
   const std::string uid = VtDirectManager::GetUID(address.c_str());
   // The next question may be answered, and lead to a document whose place nobody has looked at.
-  if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, address, true);
+  if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, address, Seen::Missing);
   auto refusal = RefusalOfAnotherPlace(address, uid);
   if (!refusal) return kind;
   if (refusal->code == ExitCode::NotFound) refusal->advice += ", or --anywhere";

@@ -69,7 +69,7 @@ std::optional<Failure> RefusalOfVersion(Host& host, const PutTarget& target, con
   std::string newest;
   std::string uid;
   if (!VtDirectManager::GetLatest(target.before.c_str(), newest, uid) || newest.empty()) {
-    return Diagnose(host, target.address, false);
+    return Diagnose(host, target.address, Seen::Unknown);
   }
   if (newest == expected) return std::nullopt;
   return WithNothing(

@@ -35,7 +35,7 @@ constexpr const char* againAdvice = "the same command can be given again";
 
 [[nodiscard]] StateOnServer NotCreated(Doubt doubt) {
   if (doubt == Doubt::MayComeYet) return NotSeenYet("there is no such document", "its creation");
-  return {"nothing was created", againAdvice, true};
+  return {.text = "nothing was created", .next = againAdvice, .isUnchanged = true};
 }
 
 // The path leads to the other document of the name, so only the folder tells.
@@ -79,7 +79,9 @@ constexpr const char* againAdvice = "the same command can be given again";
     return NotSeenYet(version + " is the newest iteration", "the new one");
   }
   if (status == 0) {
-    return {"nothing was changed, " + version + " is the newest iteration still", againAdvice, true};
+    return {.text = "nothing was changed, " + version + " is the newest iteration still",
+            .next = againAdvice,
+            .isUnchanged = true};
   }
   if (status < 0 && !mayBeStored) return {"nothing was changed"};
   if (status < 0) return Unknown("info", target.address);

@@ -34,8 +34,8 @@ class Sending {
     if (!failure) failure = Store();
     if (!failure) failure = CheckIn();
     if (failure && failure->code == ExitCode::Interrupted) report_.Report();
-    if (failure) return {false, failure, {}};
-    return {true, std::nullopt, KeepSent()};
+    if (failure) return {.sent = false, .failure = failure};
+    return {.sent = true, .file = KeepSent()};
   }
 
  private:
