@@ -51,9 +51,8 @@ class Writing {
   /// @param keepsContent  whether the file begins with the document's content
   [[nodiscard]] Writable Edit(const std::string& address, bool keepsContent);
   /// Notes that a file is about to be changed, so that a crash is told of.
-  /// @param isDue  as LocalFile::NoteChange
   /// @return an error number when that can't be noted; then it must not be changed
-  [[nodiscard]] int NoteChange(LocalFile& file, bool isDue);
+  [[nodiscard]] int NoteChange(LocalFile& file, Due due);
   /// What is written anew to a waiting file is written for; empty when that can't be told. May make requests.
   [[nodiscard]] std::string BaseNow(const std::string& address);
   [[nodiscard]] bool IsWaiting(const std::string& address) const { return waiting_.Has(address); }
