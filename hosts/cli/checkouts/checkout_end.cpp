@@ -121,11 +121,11 @@ struct Ended {
   ForgetReasons();
   const auto workingCopy = FindWorkingCopy(host, address);
   if (!workingCopy) return workingCopy.failure();
-  const auto standing = RequireCheckout(host, end, address, *workingCopy);
-  if (!standing) return standing.failure();
+  const auto state = RequireCheckout(host, end, address, *workingCopy);
+  if (!state) return state.failure();
   if (Interrupted()) return InterruptedFailure();
   const auto kept = CheckoutBook().Find(*workingCopy);
-  return Ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(standing->status)};
+  return Ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(state->status)};
 }
 
 [[nodiscard]] ExitCode ReportDryRun(Host& host, const Ending& ending) {

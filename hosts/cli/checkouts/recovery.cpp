@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "hosts/cli/checkouts/checkout_book.h"
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/content_download.h"
@@ -61,7 +61,7 @@ constexpr std::size_t mostWarnings = 3;
 // does not show may be there still, with all that is in it.
 [[nodiscard]] Presence PresenceUnlessHeld(const std::string& workingCopy) {
   if (!IsTemporaryCopy(workingCopy)) return PresenceOf(workingCopy);
-  const VtDirectManager::VtCheckoutStatus status = StandingOfTemporaryCopy(workingCopy).status;
+  const VtDirectManager::VtCheckoutStatus status = StateOfTemporaryCopy(workingCopy).status;
   if (status == VtDirectManager::CheckoutInTempWorkspace) return Presence::There;
   return HasEnded(status) ? Presence::Gone : Presence::NotKnown;
 }

@@ -33,7 +33,7 @@ CommandRow BrowseUrlCommand() {
           "an object by its id the server isn't asked, not even whether the object is there.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunBrowseUrl,
           {{"url", MemberType::Text, nullptr, "the URL"}}};
 }

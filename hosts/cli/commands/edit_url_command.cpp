@@ -53,7 +53,7 @@ CommandRow EditUrlCommand() {
           "of the working copy, or of a document that is checked out by vtdirect.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunEditUrl,
           {{"url", MemberType::Text, nullptr, "the URL"},
            {"uid", MemberType::Text, nullptr, "the working copy's UID"}}};

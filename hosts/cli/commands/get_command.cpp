@@ -4,7 +4,7 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/copy_search.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/failures/diagnosis.h"
@@ -122,8 +122,8 @@ ExitCode RunGet(Host& host, const Arguments& arguments) {
 [[nodiscard]] std::vector<OptionRow> Options() {
   std::vector<OptionRow> options = {
       AnywhereOption(),
-      {"base", 0, nullptr, false, Completion::Nothing,
-       "Of a document that you have checked out, fetch the content from before the checkout."}};
+      {.name = "base",
+       .help = "Of a document that you have checked out, fetch the content from before the checkout."}};
   for (const OptionRow& row : DownloadOptions()) options.push_back(row);
   for (const OptionRow& row : GetManyOptions()) options.push_back(row);
   return options;
@@ -163,13 +163,13 @@ CommandRow GetCommand() {
       "time. With -r a folder is fetched as a directory of its name, with all that is below it; directories "
       "are made. Each document gets a file of its own: of two that would have the same name, the second one "
       "is called \"fork%(2).lxz\", and in one folder it is called by its number, \"fork%(0000100002).lxz\". "
-      "One that fails does not keep the others: all failures are told once more at the end, and the exit "
+      "If one fails, the others go on: all failures are told once more at the end, and the exit "
       "status is that of the worst. A document of a folder that has no content yet is no failure; a warning "
       "tells of it. With --json, address is the path of a document that a folder or a pattern has led to.",
       {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
         Count::AtLeastOnce}},
       Options(),
-      true,
+      Requests::Some,
       RunGet,
       Members()};
 }

@@ -198,7 +198,7 @@ CommandRow InfoCommand() {
           {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
             Count::AtLeastOnce}},
           Options(),
-          true,
+          Requests::Some,
           RunInfo,
           Members()};
 }

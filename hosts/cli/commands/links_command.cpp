@@ -57,7 +57,7 @@ CommandRow LinksCommand() {
        "working copy. --link of put takes them as they are printed, with \"=\" in place of the tab.",
        {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
        {AnywhereOption()},
-       true,
+       Requests::Some,
        RunLinks,
        {{"link", MemberType::Text, nullptr,
          "by which name the document calls its source, escaped as in a path"},

@@ -61,7 +61,7 @@ CommandRow OpenCommand() {
           "counts. The browser logs in by itself: it is given no login of vtdirect's.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunOpen,
           {{"url", MemberType::Text, nullptr, "the URL that was opened"}}};
 }

@@ -142,7 +142,7 @@ CommandRow StatusCommand() {
        {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
          Count::AtLeastOnce}},
        Options(),
-       true,
+       Requests::Some,
        RunStatus,
        {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
         {"status", MemberType::Text, nullptr, "up-to-date, outdated or failed"},

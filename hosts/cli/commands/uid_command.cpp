@@ -35,7 +35,7 @@ CommandRow UidCommand() {
           "the server whether the object is there.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunUid,
           {{"uid", MemberType::Text, nullptr, "the canonical UID"}}};
 }

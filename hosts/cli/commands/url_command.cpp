@@ -36,7 +36,7 @@ CommandRow UrlCommand() {
           "Nothing is downloaded. The server may demand credentials there too.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunUrl,
           {{"url", MemberType::Text, nullptr, "the URL"},
            {"cache_key", MemberType::Text, nullptr, "a key under which the content may be cached"}}};

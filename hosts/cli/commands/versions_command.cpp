@@ -151,7 +151,7 @@ CommandRow VersionsCommand() {
        {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
          Count::AtLeastOnce}},
        Options(),
-       true,
+       Requests::Some,
        RunVersions,
        {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
         {"version", MemberType::Text, nullptr, "the version"},

@@ -194,12 +194,18 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
 
 std::vector<OptionRow> DownloadOptions() {
   return {
-      {"output", 'o', "FILE", false, Completion::Files,
-       "Write to FILE; into FILE when that is a directory or ends in \"/\"; to standard output when it is "
-       "\"-\", once the content has arrived whole."},
-      {"no-clobber", 'n', nullptr, false, Completion::Nothing, "Fail when the target exists."},
-      {"force", 'f', nullptr, false, Completion::Nothing,
-       "Replace a file that vtdirect did not save, or that was changed since; what is in it is lost."},
+      {.name = "output",
+       .letter = 'o',
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help = "Write to FILE; into FILE when that is a directory or ends in \"/\"; to standard output when "
+               "it is "
+               "\"-\", once the content has arrived whole."},
+      {.name = "no-clobber", .letter = 'n', .help = "Fail when the target exists."},
+      {.name = "force",
+       .letter = 'f',
+       .help =
+           "Replace a file that vtdirect did not save, or that was changed since; what is in it is lost."},
       DryRunOption("Say which files would be written, and fetch none.")};
 }
 

@@ -67,7 +67,7 @@ class Gathering {
 }  // namespace
 
 OptionRow RecursiveOption(const char* help) {
-  return {"recursive", 'r', nullptr, false, Completion::Nothing, help};
+  return {.name = "recursive", .letter = 'r', .help = help};
 }
 
 bool IsFolder(const Subject& subject) {

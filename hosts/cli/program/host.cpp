@@ -85,7 +85,7 @@ std::optional<Failure> Host::SetUp(const CommandRow& command, const Arguments& a
   if (auto failure = LoadServers(arguments)) return failure;
   if (auto failure = SetTransport(arguments)) return failure;
   if (auto failure = SetCredentials(arguments)) return failure;
-  if (command.makesRequests) {
+  if (command.requests == Requests::Some) {
     if (auto failure = MakeWorkDirectory()) return failure;
   }
   theHost = this;
@@ -200,7 +200,7 @@ std::optional<Failure> Host::LimitCommand(const CommandRow& command, const Argum
   const auto given = ReadSecondsOption(arguments, "max-time", 0);
   if (!given) return given.failure();
   long seconds = *given;
-  if (!command.makesRequests) return std::nullopt;
+  if (command.requests == Requests::None) return std::nullopt;
   if (!arguments.Has("max-time")) {
     for (const std::string& url : ServersOf(command, arguments)) {
       const auto limit = SettingsFor(configuration_, url).maxTime;

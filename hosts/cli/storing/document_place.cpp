@@ -69,12 +69,9 @@ std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const s
 }
 
 OptionRow AnywhereOption() {
-  return {"anywhere",
-          0,
-          nullptr,
-          false,
-          Completion::Nothing,
-          "Take the document of that name in whichever folder it is, as the server's search finds it."};
+  return {
+      .name = "anywhere",
+      .help = "Take the document of that name in whichever folder it is, as the server's search finds it."};
 }
 
 Result<AddressKind> RequirePlacedAddress(Host& host, const Arguments& arguments, const std::string& address) {
