@@ -41,8 +41,8 @@ void Stores::NoteStored(const std::string& address, const std::shared_ptr<LocalF
   parts_.waiting.StrikeReplaced(*file);
   parts_.waiting.Strike(*file);
   vtdirect_cli::FetchRecords().Forget(file->path());
-  // A program that still has it open may go on to write; then it goes when that closes it.
-  if (!file->isOpen()) parts_.overlay.Take(address, file);
+  // A program that has it open may go on to write; then it goes when that closes it.
+  parts_.overlay.TakeIfIdle(address, file);
   parts_.waiting.Remove(address);
 }
 

@@ -75,7 +75,6 @@ TEST_F(OverlayTest, LaysFilesOverAddresses) {
   EXPECT_EQ(overlay_.Find("//plm/F/a"), file);
   EXPECT_EQ(overlay_.Find("//plm/F/c"), nullptr);
   EXPECT_THAT(overlay_.NamesIn("//plm/F/"), ElementsAre("a"));
-  EXPECT_EQ(overlay_.LayIfFree("//plm/F/a", NewFile("other")), file);
   overlay_.Take("//plm/F/a", NewFile("another"));
   EXPECT_EQ(overlay_.Find("//plm/F/a"), file);
   overlay_.Take("//plm/F/a", file);
@@ -129,15 +128,28 @@ TEST_F(OverlayTest, KnowsOfAFileWhetherAnotherHasIt) {
   EXPECT_FALSE(another->Claim());
 }
 
-TEST(LocalFile, MayBeHalfWhileAWriterHasItOpen) {
-  LocalFile file("a", "/nowhere/a", -1);
-  file.NoteOpened(false);
-  EXPECT_FALSE(file.hasWriters());
-  file.NoteOpened(true);
-  EXPECT_TRUE(file.hasWriters());
-  EXPECT_EQ(file.NoteClosed(true), 1U);
-  EXPECT_FALSE(file.hasWriters());
-  EXPECT_EQ(file.NoteClosed(false), 0U);
+TEST_F(OverlayTest, KeepsAFileWhileSomebodyWritesToItOrTheServerDoesNotHaveIt) {
+  EXPECT_EQ(overlay_.FindToWrite("//plm/F/a"), nullptr);
+  const auto file = NewFile("a");
+  EXPECT_EQ(overlay_.LayToWrite("//plm/F/a", file), file);
+  EXPECT_EQ(overlay_.LayToWrite("//plm/F/a", NewFile("other")), file);
+  EXPECT_EQ(overlay_.FindToWrite("//plm/F/a"), file);
+  EXPECT_EQ(file->writers(), 3U);
+  while (file->hasWriters()) {
+    overlay_.TakeIfIdle("//plm/F/a", file);
+    EXPECT_EQ(overlay_.Find("//plm/F/a"), file);
+    file->NoteWriterGone();
+  }
+  file->NoteChange(true);
+  overlay_.TakeIfIdle("//plm/F/a", file);
+  EXPECT_EQ(overlay_.Find("//plm/F/a"), file);
+  file->NoteStored(file->changes());
+  file->SetScratch(true);
+  overlay_.TakeIfIdle("//plm/F/a", file);
+  EXPECT_EQ(overlay_.Find("//plm/F/a"), file);
+  file->SetScratch(false);
+  overlay_.TakeIfIdle("//plm/F/a", file);
+  EXPECT_EQ(overlay_.Find("//plm/F/a"), nullptr);
 }
 
 TEST(UnstoredFiles, AreKeptWithAllThatIsKnown) {
