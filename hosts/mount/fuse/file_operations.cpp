@@ -137,9 +137,11 @@ void OnOpen(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
     return;
   }
   const auto known = IterationOf(mount, *node, Effort::Known);
-  if (known.error != EAGAIN) return ReplyOpen(request, mount, number, known);
+  if (known.value != nullptr && !CanChange(known.value->uid)) return ReplyOpen(request, mount, number, known);
   mount.Ask(request, [&mount, node](const auto& pending) {
-    const auto answer = IterationOf(mount, *node, Effort::Ask);
+    const auto answer = IterationToRead(mount, *node);
+    // It may be longer or shorter than when the kernel heard of it, which reads no further than it knows.
+    mount.LetKernelForget(node->number, Kept::Attributes);
     pending->Answer([&](fuse_req_t asked) { ReplyOpen(asked, mount, node->number, answer); });
   });
 }

@@ -64,6 +64,7 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
 
 // A document that is not in its folder's listing is not there, whatever else has its name.
 std::string Mount::UidOf(const std::string& address, int& error) {
+  LearnCheckouts();
   const auto [folder, name] = PartsOfPath(address);
   const auto listing = tree_.Folder(folder);
   error = listing.error;
