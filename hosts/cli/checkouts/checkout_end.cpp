@@ -2,6 +2,8 @@
 
 #include <vtdirect/vt_direct_manager.h>
 
+#include <optional>
+
 #include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
@@ -11,6 +13,7 @@
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/content_download.h"
 #include "hosts/cli/program/interruption_report.h"
+#include "hosts/cli/storing/unstored_files.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -116,6 +119,22 @@ struct Ended {
   return ExitCode::Ok;
 }
 
+// What a program has written in a mount would be left out of the new iteration, and could be stored nowhere after that.
+[[nodiscard]] std::optional<Failure> FailureOfUnstored(const Ending& ending) {
+  if (ending.end != CheckoutEnd::Checkin || ending.hadEnded) return std::nullopt;
+  const UnstoredFiles unstored;
+  for (const UnstoredFile& file : unstored.All()) {
+    if (!AreSameUid(file.base, ending.workingCopy) || unstored.IsToBeDropped(file.name)) continue;
+    return Failure{ExitCode::Failure,
+                   ending.address +
+                       " was written to in a mount, and the server does not have that yet; nothing was " +
+                       "checked in; \"vtdirect recover\" tells why, \"vtdirect refresh DIR\" has the mount "
+                       "try again, and " +
+                       "\"vtdirect recover --discard '" + unstored.ContentOf(file.name) + "'\" gives it up"};
+  }
+  return std::nullopt;
+}
+
 // Which working copy is meant, and that its checkout can end.
 [[nodiscard]] Result<Ending> SettleEnding(Host& host, const std::string& address, CheckoutEnd end) {
   ForgetReasons();
@@ -125,7 +144,9 @@ struct Ended {
   if (!standing) return standing.failure();
   if (Interrupted()) return InterruptedFailure();
   const auto kept = CheckoutBook().Find(*workingCopy);
-  return Ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(standing->status)};
+  Ending ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(standing->status)};
+  if (const auto failure = FailureOfUnstored(ending)) return *failure;
+  return ending;
 }
 
 [[nodiscard]] ExitCode ReportDryRun(Host& host, const Ending& ending) {

@@ -74,6 +74,53 @@ TEST_F(MountBeside, ACheckoutOfANewerIterationCanBeWrittenTo) {
   EXPECT_EQ(OnServer(Path()), "FENLET of a colleague\nmore\n");
 }
 
+// What could not be stored would be left out, and could be stored nowhere after the checkout.
+TEST_F(MountBeside, ACheckinLeavesNothingOutThatWaits) {
+  Serve();
+  CheckOut();
+  port_ = AtItsPort();
+  Serve(AtItsPort({"--fault", "POST *=503"}));
+  Mount({"--write"});
+  EXPECT_NE(Shell("cp /etc/hostname '" + Fork() + "'").status, 0);
+  Serve(port_);
+  const auto refused = Run({"checkin", Fork()});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, HasSubstr("nothing was checked in"));
+  EXPECT_THAT(refused.err, HasSubstr(Unstored()));
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  CheckInByCommand();
+  EXPECT_EQ(Text(Fork()), ReadFile("/etc/hostname"));
+}
+
+// "cp -a" copies the extended attributes, too.
+TEST_F(MountBeside, ACopyOutsideOfItIsNoAddress) {
+  Serve();
+  Mount();
+  ASSERT_EQ(Shell("cp -a '" + Fork() + "' copy.lxz").err, "");
+  if (Attribute(Here("copy.lxz"), "user.vantry.address") != Path())
+    GTEST_SKIP() << "no attributes on this disk";
+  EXPECT_EQ(Run({"uid", "copy.lxz"}).status, 2);
+  EXPECT_EQ(Run({"uid", Fork()}).status, 0);
+}
+
+// As a mount in a container does, whose programs outside have no numbers in it.
+TEST_F(MountBeside, AProgramWithoutAProcessNumberWrites) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can begin a mount apart from other processes";
+  Serve();
+  CheckOut();
+  Process mount(
+      {"/usr/bin/unshare", "--pid", "--fork", "--kill-child", VTDIRECT_PROGRAM, "--server",
+       "sim=" + server().url(), "mount", "--foreground", "--no-prompt", "--write", "//sim/", Tree()},
+      ProcessOptions{environment_, Here(""), "", 0});
+  ASSERT_TRUE(WaitUntil([&] { return AnswersAsMount() || !mount.Running(); }));
+  if (!AnswersAsMount()) GTEST_SKIP() << mount.Wait().err;
+  EXPECT_EQ(Shell("printf edited >'" + Fork() + "'").err, "");
+  EXPECT_EQ(OnServer(Path()), "edited");
+  EXPECT_EQ(Shell("fusermount3 -u \"$TREE\"").status, 0);
+  static_cast<void>(mount.Wait());
+}
+
 TEST_F(MountBeside, SeveralProgramsThatWriteAtOnceCheckOutOnce) {
   Serve();
   Mount({"--write", "--auto-checkout", "--log", Home("log")});

@@ -47,6 +47,20 @@ TEST(ScratchNames, BelieveSomeNamesOnlyOfTheirProgram) {
   EXPECT_FALSE(names.HasNewOf("fork.lxz", "rsync"));
 }
 
+TEST(ScratchNames, KnowWhatProgramsRenameOntoADocument) {
+  const ScratchNames names;
+  EXPECT_TRUE(names.HasNewOf("fork.lxz.oA1b2C3", "patch"));
+  EXPECT_TRUE(names.HasNewOf("fork.lxz.orig", "patch"));
+  EXPECT_TRUE(names.HasNewOf("fork.lxz.rej", "patch"));
+  EXPECT_TRUE(names.HasNewOf("XXA1b2C3", "perl"));
+  EXPECT_TRUE(names.HasNewOf("fork.lxz.A1b2C3", "kate"));
+  EXPECT_TRUE(names.HasNewOf("fork.lxz.A1b2C3", "kwrite"));
+  for (const char* name :
+       {"fork.lxz.oA1b2C3", "fork.lxz.orig", "fork.lxz.rej", "XXA1b2C3", "fork.lxz.A1b2C3"}) {
+    EXPECT_FALSE(names.HasNewOf(name, "cp")) << name;
+  }
+}
+
 TEST(ScratchNames, TakeMorePatterns) {
   ScratchNames names;
   names.Add("*.wip");
