@@ -201,7 +201,8 @@ mount_walk_rows() {
   read -r ours again <"$work/mount-sizes-ours"
   if [ -s "$work/mount-rclone" ]; then
     read -r theirs theirs_again <"$work/mount-sizes-rclone"
-    say "| over the same tree | ours, s | rclone, s | time: ratio (quartiles) | ours, processor s | rclone | ratio (quartiles) |"
+    say "| over the same tree | ours, s | rclone, s | time: ratio (quartiles)" \
+      "| ours, processor s | rclone | ratio (quartiles) |"
     say "| --- | --- | --- | --- | --- | --- | --- |"
     mount_walk_row "\`find\`, cold" 1
     mount_walk_row "\`find\`, warm" 3
