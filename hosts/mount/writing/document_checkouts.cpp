@@ -51,7 +51,8 @@ DocumentCheckouts::Required DocumentCheckouts::Require(const std::string& addres
 std::string DocumentCheckouts::WhyNotNow(const std::string& address, const std::string& base) {
   int error = 0;
   const std::string uid = mounted_.uidNow(address, error);
-  if (uid.empty() && error != ENOENT) return std::strerror(error);
+  if (uid.empty() && error != ENOENT)
+    return std::string("the server can't be asked: ") + std::strerror(error);
   const bool isNew = base == vtdirect_cli::baseOfNewDocument;
   if (uid.empty()) return isNew ? "" : "the document is not there any more";
   if (isNew) return "there is a document of that name by now";

@@ -15,7 +15,7 @@ Writing::Writing(Settings settings, Mounted mounted)
       waiting_(mounted_, overlay_),
       files_(waiting_.unstored()),
       checkouts_(mounted_, runner_, settings_.autoCheckout),
-      stores_({mounted_, runner_, checkouts_, waiting_, overlay_}),
+      stores_({mounted_, runner_, files_, checkouts_, waiting_, overlay_}),
       renames_({mounted_, settings_.scratch, files_, checkouts_, waiting_, overlay_, stores_}),
       retries_([this] { BeginRetry(); }) {}
 
