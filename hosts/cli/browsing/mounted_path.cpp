@@ -42,6 +42,11 @@ std::string AddressOfMounted(const std::string& text) {
   return address.ends_with('/') ? address + NormalizedName(name) : text;
 }
 
+bool LiesInEndedMount(const std::string& path) {
+  if (getxattr(path.c_str(), mountAttribute, nullptr, 0) >= 0) return false;
+  return errno == ENOTCONN || errno == ECONNABORTED;
+}
+
 Arguments WithMountedAddresses(const CommandRow& command, Arguments arguments) {
   for (const OperandRow& operand : command.operands) {
     if (!TakesAddress(operand) || !arguments.Has(operand.name)) continue;

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -102,6 +103,19 @@ TEST_F(MountBeside, ACopyOutsideOfItIsNoAddress) {
     GTEST_SKIP() << "no attributes on this disk";
   EXPECT_EQ(Run({"uid", "copy.lxz"}).status, 2);
   EXPECT_EQ(Run({"uid", Fork()}).status, 0);
+}
+
+TEST_F(MountBeside, APathInAMountThatWasKilledIsToldFromOneThatIsNone) {
+  Serve();
+  Mount();
+  SignalMount(SIGKILL);
+  EXPECT_EQ(WaitForMount().status, -SIGKILL);
+  const auto result = Run({"uid", Fork()});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_THAT(result.err, HasSubstr("mount that has ended"));
+  EXPECT_THAT(Run({"uid", Here("nothing")}).err, HasSubstr("neither a path"));
+  ASSERT_EQ(Run({"unmount", Tree()}).status, 0);
+  ClearAwayTemporaryFiles();
 }
 
 // As a mount in a container does, whose programs outside have no numbers in it.
