@@ -8,6 +8,7 @@
 #include "hosts/cli/checkouts/copy_search.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -147,15 +148,7 @@ constexpr const char* unchangedText = "nothing was changed";
 }  // namespace
 
 std::string CommandToType(const std::string& command, const std::string& address) {
-  std::string quoted;
-  for (const char c : address) {
-    if (c == '\'') {
-      quoted += "'\\''";
-    } else {
-      quoted += c;
-    }
-  }
-  return "\"vtdirect " + command + " '" + quoted + "'\"";
+  return "\"vtdirect " + command + " " + QuotedForShell(address) + "\"";
 }
 
 Failure WithState(Failure failure, const StateOnServer& stands) {

@@ -169,13 +169,7 @@ class Editing {
   }
 
   [[nodiscard]] std::string StoreCommand() const {
-    return "vtdirect put " + ForShell(kept_.file()) + " " + ForShell(address_);
-  }
-
-  [[nodiscard]] static std::string ForShell(const std::string& text) {
-    std::string quoted = "'";
-    for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
+    return "vtdirect put " + QuotedForShell(kept_.file()) + " " + QuotedForShell(address_);
   }
 
   // Whatever has failed, nobody has to look for the file.

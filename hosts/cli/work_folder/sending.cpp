@@ -69,6 +69,7 @@ class Sending {
     static_cast<void>(KeepCheckout(host_, file_.uid, workingCopy_));
     step.Settle();
     report_.Tell(Named("was not sent; its document is checked out, and its working copy is ") + workingCopy_);
+    madeCheckout_ = true;
     return std::nullopt;
   }
 
@@ -94,7 +95,7 @@ class Sending {
     ForgetReasons();
     if (VtDirectManager::UndoCheckout(workingCopy_.c_str()).empty()) {
       step.SettleUnlessUnknown();
-      host_.output().Warning("the checkout of " + Printable(file_.path) + " may stand still; " +
+      host_.output().Warning("the checkout of " + Printable(file_.path) + " may not have ended; " +
                              CommandToType("undo", workingCopy_) + " ends it");
       return;
     }
@@ -103,19 +104,29 @@ class Sending {
     step.Settle();
   }
 
+  // A checkout that was made for a file that is not sent after all stays, for the next try.
+  [[nodiscard]] Failure NotSent(Failure failure) const {
+    if (!madeCheckout_ || failure.code == ExitCode::Interrupted) return failure;
+    failure.message += "; its document is checked out now";
+    failure.advice += (failure.advice.empty() ? "" : "; ") + CommandToType("undo", workingCopy_) +
+                      " ends the checkout, and a further commit goes on with it";
+    return failure;
+  }
+
   [[nodiscard]] std::optional<Failure> Store() {
     request_.address = workingCopy_;
     request_.kind = AddressKind::Uid;
+    request_.checkIn = true;
     inspected_ = TimeNow();
     const auto source = InspectSource(folder_.OnDisk(file_.path));
-    if (!source) return source.failure();
+    if (!source) return NotSent(source.failure());
     request_.content = *source;
     sha256_ = Sha256OfFile(request_.content.path);
     const auto target = SettlePutTarget(host_, request_);
-    if (!target) return target.failure();
+    if (!target) return NotSent(target.failure());
     if (target->action != PutTarget::Action::Store) return NoWorkingCopy();
     const auto links = SettleLinks(host_, request_, *target);
-    if (!links) return links.failure();
+    if (!links) return NotSent(links.failure());
     if (Interrupted()) return InterruptedFailure();
     return Upload(*target, *links);
   }
@@ -135,11 +146,10 @@ class Sending {
     }
     report_.Tell(Named("is stored in the working copy ") + target.address);
     step.Settle();
-    for (const auto& link : MissingLinks(host_, ByOwnId(target.address), links)) {
-      host_.output().Warning(Named("has no link ") + link.first + " on the server, though it was told of it");
-    }
     workingCopy_ = target.address;
-    return std::nullopt;
+    auto failure = FailureOfLinks(request_, workingCopy_, links, true);
+    if (Interrupted()) return InterruptedFailure();
+    return failure;
   }
 
   [[nodiscard]] std::optional<Failure> CheckIn() {
@@ -187,6 +197,7 @@ class Sending {
   InterruptionReport report_;
   PutRequest request_;
   std::string workingCopy_;
+  bool madeCheckout_ = false;
   std::string sha256_;
   std::int64_t inspected_ = 0;  // when the file was looked at
   std::string uid_;
