@@ -6,6 +6,7 @@
 #include "hosts/cli/checkouts/checkout_end.h"
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/checkouts/standing.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/failures/diagnosis.h"
@@ -75,14 +76,13 @@ class Sending {
 
   // Between the listing and the checkout somebody may have been faster. From now on nobody can be.
   [[nodiscard]] std::optional<Failure> RefuseIfNotNewest() {
-    std::string current;
-    std::string newest;
-    const int status = VtDirectManager::GetStatus(file_.uid.c_str(), current, newest, nullptr);
-    if (status == 0) return std::nullopt;
+    const auto state = AskForNewest(file_.uid);
+    if (state && state->isNewest()) return std::nullopt;
     if (Interrupted()) return InterruptedFailure();
     const auto reason = LastReason();
     Undo();
-    if (status > 0) return ConflictOf(file_.path, file_.version, newest);
+    if (Interrupted()) return InterruptedFailure();
+    if (state) return ConflictOf(file_.path, file_.version, state->newestVersion);
     return Failure{ExitCode::CannotConnect,
                    Named("was not sent: whether its document has a newer version could not be found out"),
                    "the same command can be given again", reason};
@@ -91,17 +91,11 @@ class Sending {
   void Undo() {
     report_.TellOfOpenChange(Named("was not sent, and whether its checkout has ended is not known; ") +
                              CommandToType("undo", workingCopy_) + " ends it");
-    JournaledStep step(host_, {"undo", file_.address, workingCopy_});
-    ForgetReasons();
-    if (VtDirectManager::UndoCheckout(workingCopy_.c_str()).empty()) {
-      step.SettleUnlessUnknown();
-      host_.output().Warning("the checkout of " + Printable(file_.path) + " may not have ended; " +
-                             CommandToType("undo", workingCopy_) + " ends it");
+    if (const auto failure = UndoOwnCheckout(host_, file_.address, workingCopy_)) {
+      if (!Interrupted()) host_.output().Warning(failure->Text());
       return;
     }
     report_.Tell(Named("is as it was on the server"));
-    ForgetCheckout(host_, workingCopy_);
-    step.Settle();
   }
 
   // A checkout that was made for a file that is not sent after all stays, for the next try.
