@@ -239,7 +239,8 @@ ExitCode ReportUnsent(Host& host, const Put& put) {
   auto put = Store(host, *settled, report);
   if (!put) return report.Fail(put.failure());
   if (const auto failure = CreatedElsewhere(*put)) return report.Fail(*failure);
-  if (const auto failure = FailureOfLinks(put->request, put->uid, put->links, LeavesWorkingCopy(*put))) {
+  if (const auto failure =
+          FailureOfLinks(host, put->request, put->uid, put->links, LeavesWorkingCopy(*put))) {
     return report.Fail(*failure);
   }
   if (put->request.checkIn && LeavesWorkingCopy(*put)) {

@@ -95,12 +95,19 @@ namespace {
   return stored;
 }
 
-[[nodiscard]] Failure LinksUnknown(const PutRequest& request, const std::string& uid, bool isCheckedOut) {
-  std::string advice = CommandToType("links", ByOwnId(uid)) + " tells its links";
-  if (isCheckedOut && request.checkIn) advice += ", and " + CommandToType("checkin", uid) + " checks it in";
-  const std::string unknown = "; whether it has its source links could not be found out";
+// Only a check-in can be held back until that is known.
+[[nodiscard]] std::optional<Failure> LinksUnknown(Host& host, const PutRequest& request,
+                                                  const std::string& uid, bool isCheckedOut) {
+  const std::string unknown = "whether it has its source links could not be found out";
+  const std::string message = WithWords(StoredAs(request, uid, isCheckedOut) + "; " + unknown);
+  const std::string advice = CommandToType("links", ByOwnId(uid)) + " tells its links";
+  if (!isCheckedOut || !request.checkIn) {
+    host.output().Warning(message + "; " + advice);
+    return std::nullopt;
+  }
   // Without the reason, which would call it safe to store the file once more.
-  return {ExitCode::Incomplete, WithWords(StoredAs(request, uid, isCheckedOut) + unknown), advice};
+  return Failure{ExitCode::Incomplete, message,
+                 advice + ", and " + CommandToType("checkin", uid) + " checks it in"};
 }
 
 }  // namespace
@@ -119,12 +126,12 @@ Result<SourceLinks> SettleLinks(Host& host, const PutRequest& request, const Put
   return links;
 }
 
-std::optional<Failure> FailureOfLinks(const PutRequest& request, const std::string& uid,
+std::optional<Failure> FailureOfLinks(Host& host, const PutRequest& request, const std::string& uid,
                                       const SourceLinks& links, bool isCheckedOut) {
   if (links.empty()) return std::nullopt;
   ForgetReasons();
   const auto stored = LinksOf(ByOwnId(uid));
-  if (!stored) return LinksUnknown(request, uid, isCheckedOut);
+  if (!stored) return LinksUnknown(host, request, uid, isCheckedOut);
   SourceLinks missing = links;
   for (const auto& link : *stored) missing.erase(link.first);
   if (missing.empty()) return std::nullopt;

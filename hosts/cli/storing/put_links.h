@@ -19,8 +19,10 @@ namespace vtdirect_cli {
 /// requests, unless there are no links.
 /// @param uid           of what was stored
 /// @param isCheckedOut  whether that is a working copy
-/// @return what is true now and the command to type, when a link is missing or whether one is could not be found out
-[[nodiscard]] std::optional<Failure> FailureOfLinks(const PutRequest& request, const std::string& uid,
-                                                    const SourceLinks& links, bool isCheckedOut);
+/// @return what is true now and the command to type, when a link is missing, or when the request asks for a check-in
+///         and whether one is missing could not be found out; without a check-in the latter is a warning
+[[nodiscard]] std::optional<Failure> FailureOfLinks(Host& host, const PutRequest& request,
+                                                    const std::string& uid, const SourceLinks& links,
+                                                    bool isCheckedOut);
 
 }  // namespace vtdirect_cli

@@ -141,7 +141,7 @@ class Sending {
     report_.Tell(Named("is stored in the working copy ") + target.address);
     step.Settle();
     workingCopy_ = target.address;
-    auto failure = FailureOfLinks(request_, workingCopy_, links, true);
+    auto failure = FailureOfLinks(host_, request_, workingCopy_, links, true);
     if (Interrupted()) return InterruptedFailure();
     return failure;
   }

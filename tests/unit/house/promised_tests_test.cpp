@@ -17,13 +17,16 @@ using vtdirect_house::SourcesBelow;
 
 // "Suite" and "Suite.Name" of all tests.
 std::set<std::string> TestsBelow(const std::string& folder) {
-  const std::regex head(R"((?:^|\n)TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\))");
+  const std::regex head(R"(\nTEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\))");
   std::set<std::string> tests;
   for (const auto& path : SourcesBelow(folder)) {
     const std::string text = ReadWhole(path);
-    for (std::sregex_iterator at(text.begin(), text.end(), head), end; at != end; ++at) {
-      tests.insert((*at)[1].str());
-      tests.insert((*at)[1].str() + "." + (*at)[2].str());
+    for (std::size_t at = text.find("\nTEST"); at != std::string::npos; at = text.find("\nTEST", at + 1)) {
+      std::smatch match;
+      const auto from = text.begin() + static_cast<std::ptrdiff_t>(at);
+      if (!std::regex_search(from, text.end(), match, head, std::regex_constants::match_continuous)) continue;
+      tests.insert(match[1].str());
+      tests.insert(match[1].str() + "." + match[2].str());
     }
   }
   return tests;
