@@ -7,7 +7,8 @@
 
 #include "tests/unit/house/sources.h"
 
-// The page of promises names a test for each of them. A test that is renamed or goes leaves a promise that nothing holds.
+// The page of promises names a test for each of them. A test that is renamed or goes leaves a promise that nothing
+// holds.
 namespace {
 
 using testing::IsEmpty;
