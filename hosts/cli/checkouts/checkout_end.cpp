@@ -9,6 +9,7 @@
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/content_download.h"
@@ -49,8 +50,9 @@ struct Ended {
   const bool isTold = !ending.hadEnded && HasObjectId(told) && !AreSameUid(told, ending.workingCopy);
   if (isTold) return {told, true, {}};
   const std::string& known = ending.document.empty() ? ending.workingCopy : ending.document;
-  const std::string newest = VtDirectManager::GetLatestUPath(known.c_str());
-  if (HasObjectId(newest)) return {newest, false, {}};
+  if (const auto newest = NewestUidOf(known)) return {*newest, false, {}};
+  // What was checked out is the newest iteration no more.
+  if (ending.end == CheckoutEnd::Checkin) return {};
   const bool isUnknown = ending.document.empty() && ending.hadEnded;
   return {isUnknown ? told : ending.document, false, {}};
 }
@@ -163,6 +165,14 @@ void WarnOfLeftWorkspace(Host& host) {
   if (!reason) return;
   host.output().Warning("the temporary workspace could not be deleted (" + WordsOf(*reason) +
                         "); it may stay on the server, at " + reason->url);
+}
+
+std::optional<Failure> UndoOwnCheckout(Host& host, const std::string& address,
+                                       const std::string& workingCopy) {
+  const auto kept = CheckoutBook().Find(workingCopy);
+  const auto ended =
+      Perform(host, {CheckoutEnd::Undo, address, workingCopy, kept ? kept->document : std::string(), false});
+  return ended ? std::nullopt : std::optional(ended.failure());
 }
 
 ExitCode EndCheckout(Host& host, const std::string& address, CheckoutEnd end, bool dryRun) {

@@ -113,8 +113,8 @@ struct Verification {
 
 [[nodiscard]] Failure NotFoundOut(const Subject& subject) {
   return {ExitCode::Failure,
-          "where the checkout of " + subject.address +
-              " stands could not be found out; nothing was changed; the same command can be given again"};
+          "the state of the checkout of " + subject.address +
+              " could not be found out; nothing was changed; the same command can be given again"};
 }
 
 // The checkout was not confirmed: that it has ended, or why it is not known.
