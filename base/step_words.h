@@ -12,6 +12,7 @@ inline constexpr const char* stepDownloadContent = "download the content";
 inline constexpr const char* stepAskForUploadPlace = "ask for a place to upload to";
 inline constexpr const char* stepUploadContents = "upload the contents";
 inline constexpr const char* stepRegisterApplication = "register the application version";
+inline constexpr const char* stepListVersions = "list the versions";
 inline constexpr const char* stepCreateWorkspace = "create a workspace";
 inline constexpr const char* stepDeleteWorkspace = "delete a workspace";
 

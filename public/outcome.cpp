@@ -28,6 +28,7 @@ static_assert(std::string_view(stepDownloadContent) == library::stepDownloadCont
 static_assert(std::string_view(stepAskForUploadPlace) == library::stepAskForUploadPlace);
 static_assert(std::string_view(stepUploadContents) == library::stepUploadContents);
 static_assert(std::string_view(stepRegisterApplication) == library::stepRegisterApplication);
+static_assert(std::string_view(stepListVersions) == library::stepListVersions);
 static_assert(std::string_view(stepCreateWorkspace) == library::stepCreateWorkspace);
 static_assert(std::string_view(stepDeleteWorkspace) == library::stepDeleteWorkspace);
 

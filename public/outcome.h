@@ -70,6 +70,8 @@ inline constexpr const char* stepAskForUploadPlace = "ask for a place to upload 
 inline constexpr const char* stepUploadContents = "upload the contents";
 /// For the application that a document is made with. It changes no document.
 inline constexpr const char* stepRegisterApplication = "register the application version";
+/// For the list of a document's versions. Without it a document may count as its own newest version.
+inline constexpr const char* stepListVersions = "list the versions";
 /// For the workspace of a checkout.
 inline constexpr const char* stepCreateWorkspace = "create a workspace";
 /// For the end of the workspace of a checkout.

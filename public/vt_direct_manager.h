@@ -396,6 +396,9 @@ VTDIRECT_API bool FileExists(const char* path);
 VTDIRECT_API std::string GetFileName(const char* path);
 
 /// The version and the UID of an object's newest iteration. Makes requests.
+///
+/// Here and in the two functions below an object counts as its own newest iteration when the server gives it and does
+/// not tell its versions. An Outcome has an entry of the step stepListVersions then.
 /// @return false, outputs untouched, when the object is not found
 VTDIRECT_API bool GetLatest(const char* path, std::string& version, std::string& uid);
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/failure_trace.h"
+#include "base/step_words.h"
 #include "connection/rest_stream.h"
 #include "connection/url_escape.h"
 #include "documents/reading/document_reader.h"
@@ -55,7 +56,7 @@ std::optional<rapidjson::Document> ReadDocumentJson(ServerContext& server, const
 
 std::optional<std::vector<DocumentSummary>> ReadDocumentVersions(ServerContext& server, const std::string& id,
                                                                  const std::string& contextId) {
-  const FailureStep step("list the versions");
+  const FailureStep step(stepListVersions);
   const std::string path =
       documentsPath + EscapeForUrl(id) + "/versions?contextId=" + EscapeForUrl(contextId);
   RestStream response(MakeGetRequest(server.http(), path.c_str(), nullptr), {});

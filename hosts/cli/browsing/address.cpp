@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "hosts/cli/browsing/mounted_path.h"
 #include "hosts/cli/texts/near_word.h"
 
 namespace vtdirect_cli {
@@ -52,6 +53,10 @@ Result<AddressKind> ClassifyAddress(const std::string& address) {
   }
   if (address.starts_with("http://") || address.starts_with("https://")) {
     return Unusable(address, "is a URL: list its server with --server NICK=URL and give //NICK/... or a UID");
+  }
+  if (LiesInEndedMount(address)) {
+    return Unusable(address,
+                    "lies in a mount that has ended: mount the server there again, or give //NICK/...");
   }
   return Unusable(address, "is neither a path (" + scheme + "://NICK/... or //NICK/...) nor a UID");
 }

@@ -11,10 +11,13 @@ namespace vtdirect_cli {
 namespace {
 
 constexpr const char* addressAttribute = "user.vantry.address";
+constexpr const char* mountAttribute = "user.vantry.mount";
 constexpr std::size_t longestAddress = 65'536;
 
-// Empty for what lies in no mount, with the error number in errno.
+// Empty for what lies in no mount, with the error number in errno. A copy by "cp -a" has the address too, and not what
+// only a mount answers.
 [[nodiscard]] std::string AddressAttribute(const std::string& path) {
+  if (getxattr(path.c_str(), mountAttribute, nullptr, 0) <= 0) return {};
   std::string address(longestAddress, '\0');
   const ssize_t length = getxattr(path.c_str(), addressAttribute, address.data(), address.size());
   if (length <= 0) return {};
@@ -37,6 +40,11 @@ std::string AddressOfMounted(const std::string& text) {
   if (errno != ENOENT || name.empty()) return text;
   address = AddressAttribute(DirectoryOf(text));
   return address.ends_with('/') ? address + NormalizedName(name) : text;
+}
+
+bool LiesInEndedMount(const std::string& path) {
+  if (getxattr(path.c_str(), mountAttribute, nullptr, 0) >= 0) return false;
+  return errno == ENOTCONN || errno == ECONNABORTED;
 }
 
 Arguments WithMountedAddresses(const CommandRow& command, Arguments arguments) {

@@ -12,6 +12,9 @@ namespace vtdirect_cli {
 /// @return the text itself when it lies in no mount, or is an address
 [[nodiscard]] std::string AddressOfMounted(const std::string& text);
 
+/// Whether a local path lies where a mount was that was killed, so that nobody can tell its address. Makes no request.
+[[nodiscard]] bool LiesInEndedMount(const std::string& path);
+
 /// The arguments with the address in place of each local path in a mount, so that every command takes one.
 /// Operands that are local files or directories stay.
 [[nodiscard]] Arguments WithMountedAddresses(const CommandRow& command, Arguments arguments);

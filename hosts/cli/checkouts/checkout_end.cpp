@@ -2,15 +2,19 @@
 
 #include <vtdirect/vt_direct_manager.h>
 
+#include <optional>
+
 #include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/content_download.h"
 #include "hosts/cli/program/interruption_report.h"
+#include "hosts/cli/storing/unstored_files.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -46,8 +50,9 @@ struct Ended {
   const bool isTold = !ending.hadEnded && HasObjectId(told) && !AreSameUid(told, ending.workingCopy);
   if (isTold) return {.uid = told, .isTold = true};
   const std::string& known = ending.document.empty() ? ending.workingCopy : ending.document;
-  const std::string newest = VtDirectManager::GetLatestUPath(known.c_str());
-  if (HasObjectId(newest)) return {.uid = newest};
+  if (const auto newest = NewestUidOf(known)) return {.uid = *newest};
+  // What was checked out is the newest iteration no more.
+  if (ending.end == CheckoutEnd::Checkin) return {};
   const bool isUnknown = ending.document.empty() && ending.hadEnded;
   return {.uid = isUnknown ? told : ending.document};
 }
@@ -116,6 +121,22 @@ struct Ended {
   return ExitCode::Ok;
 }
 
+// What a program has written in a mount would be left out of the new iteration, and could be stored nowhere after that.
+[[nodiscard]] std::optional<Failure> FailureOfUnstored(const Ending& ending) {
+  if (ending.end != CheckoutEnd::Checkin || ending.hadEnded) return std::nullopt;
+  const UnstoredFiles unstored;
+  for (const UnstoredFile& file : unstored.All()) {
+    if (!AreSameUid(file.base, ending.workingCopy) || unstored.IsToBeDropped(file.name)) continue;
+    return Failure{ExitCode::Failure,
+                   ending.address +
+                       " was written to in a mount, and the server does not have that yet; nothing was " +
+                       "checked in; \"vtdirect recover\" tells why, \"vtdirect refresh DIR\" has the mount "
+                       "try again, and " +
+                       "\"vtdirect recover --discard '" + unstored.ContentOf(file.name) + "'\" gives it up"};
+  }
+  return std::nullopt;
+}
+
 // Which working copy is meant, and that its checkout can end.
 [[nodiscard]] Result<Ending> SettleEnding(Host& host, const std::string& address, CheckoutEnd end) {
   ForgetReasons();
@@ -125,7 +146,9 @@ struct Ended {
   if (!state) return state.failure();
   if (Interrupted()) return InterruptedFailure();
   const auto kept = CheckoutBook().Find(*workingCopy);
-  return Ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(state->status)};
+  Ending ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(state->status)};
+  if (const auto failure = FailureOfUnstored(ending)) return *failure;
+  return ending;
 }
 
 [[nodiscard]] ExitCode ReportDryRun(Host& host, const Ending& ending) {
@@ -142,6 +165,14 @@ void WarnOfLeftWorkspace(Host& host) {
   if (!reason) return;
   host.output().Warning("the temporary workspace could not be deleted (" + WordsOf(*reason) +
                         "); it may stay on the server, at " + reason->url);
+}
+
+std::optional<Failure> UndoOwnCheckout(Host& host, const std::string& address,
+                                       const std::string& workingCopy) {
+  const auto kept = CheckoutBook().Find(workingCopy);
+  const auto ended =
+      Perform(host, {CheckoutEnd::Undo, address, workingCopy, kept ? kept->document : std::string()});
+  return ended ? std::nullopt : std::optional(ended.failure());
 }
 
 ExitCode EndCheckout(Host& host, const std::string& address, CheckoutEnd end, bool dryRun) {

@@ -83,9 +83,11 @@ Result<OpenChanges> Journal::Open() const {
     }
   }
   if (open.unreadable > 0) {
-    open.fault = path_ + " has lines that this release of vtdirect does not understand (" +
-                 std::to_string(open.unreadable) +
-                 "); each may be a change that was not confirmed, and is left as it is";
+    open.fault =
+        path_ + " has lines that this release of vtdirect does not understand (" +
+        std::to_string(open.unreadable) +
+        "); each may be a change that was not confirmed, and is left as it is; an editor takes it out "
+        "once you know how the change ended";
   }
   return open;
 }

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/failures/reasons.h"
@@ -101,9 +102,9 @@ constexpr std::size_t mostWarnings = 3;
 }
 
 [[nodiscard]] Finding FindIteration(Host& host, const JournalEntry& entry) {
-  const std::string newest = VtDirectManager::GetLatestUPath(entry.uid.c_str());
-  if (!HasObjectId(newest)) return NotKnown(entry.address);
-  if (!AreSameUid(newest, entry.uid)) return CompareContent(host, entry, newest);
+  const auto newest = NewestUidOf(entry.uid);
+  if (!newest) return NotKnown(entry.address);
+  if (!AreSameUid(*newest, entry.uid)) return CompareContent(host, entry, *newest);
   return Known(entry.file + " was not stored: " + entry.address +
                " has no newer iteration; it can be put again");
 }
@@ -141,12 +142,12 @@ constexpr std::size_t mostWarnings = 3;
 void KeepContentIfCheckedIn(Host& host, const JournalEntry& entry) {
   const auto records = FetchRecords().OfWorkingCopy(entry.uid);
   if (entry.step != "checkin" || records.empty()) return;
-  const std::string newest = VtDirectManager::GetLatestUPath(entry.uid.c_str());
-  if (!HasObjectId(newest)) return;
-  const std::string sum = SumOnServer(host, newest);
+  const auto newest = NewestUidOf(entry.uid);
+  if (!newest) return;
+  const std::string sum = SumOnServer(host, *newest);
   const bool isThere = std::any_of(records.begin(), records.end(),
                                    [&sum](const FetchRecord& record) { return record.sha256 == sum; });
-  if (isThere) KeepContentOf(host, entry.uid, newest);
+  if (isThere) KeepContentOf(host, entry.uid, *newest);
 }
 
 // "a checkout", "an undo", "an xliff put".

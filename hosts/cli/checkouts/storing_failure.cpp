@@ -6,8 +6,11 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/copy_search.h"
+#include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -45,14 +48,15 @@ constexpr const char* unchangedText = "nothing was changed";
   return failure;
 }
 
-[[nodiscard]] std::string NewestOf(const std::string& uid) {
-  return VtDirectManager::GetLatestUPath(uid.c_str());
+[[nodiscard]] std::string HowToCheckOutNewest(const std::string& uid) {
+  const auto newest = NewestUidOf(uid);
+  if (!newest || AreSameUid(*newest, uid)) return CommandToType("versions", uid) + " tells which one is";
+  return CommandToType("checkout", *newest) + " checks out that one";
 }
 
 [[nodiscard]] Failure RefusedOlderIteration(const std::string& address, const std::string& uid) {
-  const std::string newest = NewestOf(uid);
   return RefusedAs(FailureClass::Conflict, address + " is not the newest iteration",
-                   newest.empty() ? "" : CommandToType("checkout", newest) + " checks out that one");
+                   HowToCheckOutNewest(uid));
 }
 
 [[nodiscard]] Failure RefusedOwnCheckout(Host& host, const std::string& address, const std::string& uid) {
@@ -104,8 +108,7 @@ constexpr const char* unchangedText = "nothing was changed";
       return {"it is checked out by " + state.user + " now",
               "it can be checked out when that checkout has ended"};
     case VtDirectManager::CheckoutNotPossible:
-      return {"it has a newer iteration now",
-              CommandToType("checkout", NewestOf(uid)) + " checks out that one"};
+      return {"it has a newer iteration now", HowToCheckOutNewest(uid)};
     case VtDirectManager::CheckoutStatusFailed:
     case VtDirectManager::CheckoutUnsupported:
       return {"the state on the server could not be found out", CommandToType("status", uid) + " tells"};
@@ -149,15 +152,7 @@ constexpr const char* unchangedText = "nothing was changed";
 }  // namespace
 
 std::string CommandToType(const std::string& command, const std::string& address) {
-  std::string quoted;
-  for (const char c : address) {
-    if (c == '\'') {
-      quoted += "'\\''";
-    } else {
-      quoted += c;
-    }
-  }
-  return "\"vtdirect " + command + " '" + quoted + "'\"";
+  return "\"vtdirect " + command + " " + QuotedForShell(address) + "\"";
 }
 
 Failure WithState(Failure failure, const StateOnServer& state) {

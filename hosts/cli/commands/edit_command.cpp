@@ -5,6 +5,7 @@
 
 #include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
+#include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/commands/dry_run.h"
@@ -52,12 +53,10 @@ class Editing {
   [[nodiscard]] std::optional<Failure> RefusalToGoOn() {
     host_.output().Note("going on with the edit that is kept in " + kept_.file());
     if (IsCheckedOutHere()) return std::nullopt;
-    std::string current;
-    std::string newest;
     ForgetReasons();
-    if (VtDirectManager::GetStatus(document_.c_str(), current, newest, nullptr) < 0) {
-      return Diagnose(host_, address_, Seen::Unknown);
-    }
+    const auto state = AskForNewest(document_);
+    if (!state) return Diagnose(host_, address_, Seen::Unknown);
+    const std::string& newest = state->newestVersion;
     const std::string known = kept_.KnownVersion();
     if (known.empty() || newest.empty() || known == newest) return std::nullopt;
     return Failure{
@@ -169,13 +168,7 @@ class Editing {
   }
 
   [[nodiscard]] std::string StoreCommand() const {
-    return "vtdirect put " + ForShell(kept_.file()) + " " + ForShell(address_);
-  }
-
-  [[nodiscard]] static std::string ForShell(const std::string& text) {
-    std::string quoted = "'";
-    for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
+    return "vtdirect put " + QuotedForShell(kept_.file()) + " " + QuotedForShell(address_);
   }
 
   // Whatever has failed, nobody has to look for the file.

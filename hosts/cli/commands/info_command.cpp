@@ -2,6 +2,7 @@
 
 #include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
@@ -42,7 +43,8 @@ void DescribeVersion(const std::string& address, const std::string& uid, Record&
     AddUnlessEmpty(record, "version", current);
   }
   std::string latestUid;
-  if (VtDirectManager::GetLatest(address.c_str(), latest, latestUid)) {
+  const VtDirectManager::Outcome outcome;
+  if (VtDirectManager::GetLatest(address.c_str(), latest, latestUid) && !NewestIsUntold(outcome)) {
     AddUnlessEmpty(record, "latest_version", latest);
     AddUnlessEmpty(record, "latest_uid", latestUid);
   }

@@ -37,7 +37,6 @@ struct Put {
   PutOutcome outcome;
   std::string uid;  // to go on with
   CheckoutState state;
-  SourceLinks linksLeftOut;
   bool checkedIn = false;
   bool isUnchanged = false;  // the server has the file's bytes already
   bool isDryRun = false;
@@ -65,7 +64,7 @@ struct Put {
   if (!target) return target.failure();
   const auto links = SettleLinks(host, *request, *target);
   if (!links) return links.failure();
-  Put put{*request, *target, *links, {}, {}, {}, {}};
+  Put put{*request, *target, *links, {}, {}, {}};
   if (auto failure = SettleConditions(host, arguments, put)) return *failure;
   if (Interrupted()) return InterruptedFailure();
   return put;
@@ -126,28 +125,6 @@ void RecordStored(Host& host, const Put& put) {
     record->copyUse = CopyUse::Stored;
   }
   RecordFetch(host, source.path, *record);
-}
-
-void KeepWhatIsStored(Host& host, Put& put) {
-  UpdateBook(host, put);
-  RecordStored(host, put);
-  put.linksLeftOut = MissingLinks(host, ByOwnId(put.uid), put.links);
-}
-
-// The library leaves a link out whose document the server does not tell of while the store goes on.
-[[nodiscard]] std::optional<Failure> LeftOutLinks(const Put& put) {
-  if (put.linksLeftOut.empty()) return std::nullopt;
-  std::string names;
-  std::string options;
-  for (const auto& [name, address] : put.linksLeftOut) {
-    names += (names.empty() ? "" : " and ") + name;
-    options += " --link '" + name + "=" + address + "'";
-  }
-  std::string message =
-      put.request.content.path + " is stored as " + put.uid + ", but without the link " + names;
-  if (LeavesWorkingCopy(put)) message += "; it is checked out";
-  return Failure{ExitCode::Incomplete, message,
-                 "the same command with" + options + " stores it again with the link"};
 }
 
 // The UID of the iteration that this makes.
@@ -248,7 +225,8 @@ ExitCode ReportUnsent(Host& host, const Put& put) {
   if (put.uid.empty()) return NoDocument(host, put);
   report.Tell("the file is stored; the UID to go on with is " + put.uid);
   put.state = ReadCheckoutState(put.uid);
-  KeepWhatIsStored(host, put);
+  UpdateBook(host, put);
+  RecordStored(host, put);
   step.Settle();
   return put;
 }
@@ -261,7 +239,10 @@ ExitCode ReportUnsent(Host& host, const Put& put) {
   auto put = Store(host, *settled, report);
   if (!put) return report.Fail(put.failure());
   if (const auto failure = CreatedElsewhere(*put)) return report.Fail(*failure);
-  if (const auto failure = LeftOutLinks(*put)) return report.Fail(*failure);
+  if (const auto failure =
+          FailureOfLinks(host, put->request, put->uid, put->links, LeavesWorkingCopy(*put))) {
+    return report.Fail(*failure);
+  }
   if (put->request.checkIn && LeavesWorkingCopy(*put)) {
     if (Interrupted()) return report.Report();
     const auto uid = CheckIn(host, *put, report);

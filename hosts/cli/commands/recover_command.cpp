@@ -43,6 +43,15 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding, bool is
   return open;
 }
 
+[[nodiscard]] Failure StillOpen(std::uint64_t changes) {
+  if (changes == 1)
+    return {ExitCode::Incomplete,
+            "1 change could not be settled; it stays in the journal, or waits for a mount"};
+  return {ExitCode::Incomplete,
+          std::to_string(changes) +
+              " changes could not be settled; they stay in the journal, or wait for a mount"};
+}
+
 ExitCode RunRecover(Host& host, const Arguments& arguments) {
   if (arguments.Has("discard")) {
     return DiscardUnstored(host, arguments.All("discard"), IsDryRun(arguments));
@@ -59,11 +68,7 @@ ExitCode RunRecover(Host& host, const Arguments& arguments) {
     if (!finding.isKnown) ++open;
   }
   open += ShowUnstored(host);
-  if (open == 0) return ExitCode::Ok;
-  return host.output().Fail(
-      {ExitCode::Incomplete,
-       std::to_string(open) +
-           " changes could not be settled; they stay in the journal, or wait for a mount"});
+  return open == 0 ? ExitCode::Ok : host.output().Fail(StillOpen(open));
 }
 
 }  // namespace

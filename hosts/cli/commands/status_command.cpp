@@ -2,6 +2,7 @@
 
 #include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
@@ -45,10 +46,11 @@ void Ask(Host& host, const Question& question, Status& status) {
   if (status.failure) return;
   // How the UID was found out does not count any more.
   if (!status.uid.empty()) ForgetReasons();
+  const VtDirectManager::Outcome outcome;
   const int answer = status.uid.empty() ? -1
                                         : VtDirectManager::GetStatus(status.uid.c_str(), status.current,
                                                                      status.latest, nullptr);
-  if (answer < 0 || LastAnswerWasBroken()) {
+  if (answer < 0 || LastAnswerWasBroken() || (answer == 0 && NewestIsUntold(outcome))) {
     status.current.clear();
     status.latest.clear();
     status.failure = WhyFailed(host, question);

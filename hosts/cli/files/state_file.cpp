@@ -78,9 +78,10 @@ std::string StateFile::FaultOfFirstLine(std::string_view line) const {
   if (line == form_) return {};
   const std::string_view name = std::string_view(form_).substr(0, form_.rfind(' ') + 1);
   if (line.starts_with(name)) {
-    return path_ + " was written by another release of vtdirect, and is left as it is";
+    return path_ + " was written by another release of vtdirect, and is left as it is; " +
+           "go on with that release, or move the file away";
   }
-  return path_ + " holds no " + noun_ + ", and is left as it is";
+  return path_ + " holds no " + noun_ + ", and is left as it is; move it away";
 }
 
 Result<StateLines> StateFile::Read() const {

@@ -106,7 +106,9 @@ std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
     if (!read) return read.failure();
     configuration_ = std::move(*read);
   }
-  if (auto failure = AddServersOfEnvironment(ServerVariables(), configuration_)) return failure;
+  auto withEnvironment = WithServersOfEnvironment(std::move(configuration_), ServerVariables());
+  if (!withEnvironment) return withEnvironment.failure();
+  configuration_ = std::move(*withEnvironment);
   for (const std::string& argument : arguments.All("server")) {
     auto extended = WithServerArgument(argument, configuration_);
     if (!extended) return extended.failure();

@@ -20,14 +20,11 @@ namespace {
 }
 
 [[nodiscard]] ServerSettings SettingsOf(const ServerAccess& access, const std::string& url) {
-  ServerSettings settings = access.commandLine;
-  const ServerSettings said = SettingsFor(access.configuration, url);
+  // The command line counts for more where both say something.
+  auto merged = MergeSettings(access.commandLine, SettingsFor(access.configuration, url));
   // A key of the file belongs to its certificate.
-  const bool hasCertificate = !settings.clientCertificate.empty();
-  const std::string key = settings.clientKey;
-  static_cast<void>(MergeSettings(said, settings));
-  if (hasCertificate) settings.clientKey = key;
-  return settings;
+  if (!access.commandLine.clientCertificate.empty()) merged.settings.clientKey = access.commandLine.clientKey;
+  return merged.settings;
 }
 
 // What counts for the whole process.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace vtdirect_cli {
 namespace {
@@ -35,11 +36,14 @@ struct Named {
   return {ExitCode::Usage, variable + ": " + what};
 }
 
-[[nodiscard]] std::optional<std::string> Apply(const Named& named, const std::string& value,
-                                               Configuration& configuration) {
-  if (named.key.empty()) return SetServerUrl(named.nickname, value, configuration);
-  if (auto fault = NicknameFault(named.nickname)) return fault;
-  return ReadServerSetting(named.key, value, configuration.settings[named.nickname]);
+[[nodiscard]] Result<Configuration> With(Configuration configuration, const Named& named,
+                                         const std::string& value) {
+  if (named.key.empty()) return WithServerUrl(std::move(configuration), named.nickname, value);
+  if (const auto fault = NicknameFault(named.nickname)) return Failure{ExitCode::Usage, *fault};
+  auto settings = WithServerSetting(configuration.settings[named.nickname], named.key, value);
+  if (!settings) return settings.failure();
+  configuration.settings[named.nickname] = std::move(*settings);
+  return configuration;
 }
 
 }  // namespace
@@ -55,16 +59,18 @@ Variables ServerVariables() {
   return variables;
 }
 
-std::optional<Failure> AddServersOfEnvironment(const Variables& variables, Configuration& configuration) {
+Result<Configuration> WithServersOfEnvironment(Configuration configuration, const Variables& variables) {
   // The URLs come first: another URL takes away what was said of the nickname, and nothing that is said here.
   for (const bool isUrl : {true, false}) {
     for (const auto& [variable, value] : variables) {
       const auto named = NamedBy(variable);
       if (!named || value.empty() || named->key.empty() != isUrl) continue;
-      if (auto fault = Apply(*named, value, configuration)) return FaultOf(variable, *fault);
+      auto with = With(std::move(configuration), *named, value);
+      if (!with) return FaultOf(variable, with.failure().message);
+      configuration = std::move(*with);
     }
   }
-  return std::nullopt;
+  return configuration;
 }
 
 }  // namespace vtdirect_cli

@@ -21,8 +21,8 @@ using Variables = std::vector<std::pair<std::string, std::string>>;
 ///
 /// What the environment says goes before what the configuration says already. A nickname that gets another
 /// scheme, host or port takes none of the settings along that the configuration has for it.
-/// @return what is wrong with a variable, or nothing
-[[nodiscard]] std::optional<Failure> AddServersOfEnvironment(const Variables& variables,
-                                                             Configuration& configuration);
+/// @return the configuration with them, or what is wrong with a variable
+[[nodiscard]] Result<Configuration> WithServersOfEnvironment(Configuration configuration,
+                                                             const Variables& variables);
 
 }  // namespace vtdirect_cli

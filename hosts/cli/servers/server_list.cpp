@@ -42,46 +42,78 @@ struct Section {
                    std::string(Trimmed(line.substr(equals + 1)))};
 }
 
-[[nodiscard]] std::optional<std::string> ListServer(const std::string& nickname, const std::string& url,
-                                                    ServerMap& servers) {
-  if (auto fault = NicknameFault(nickname)) return fault;
-  if (auto fault = ServerUrlFault(url)) return fault;
-  if (!servers.emplace(nickname, url).second) return "the nickname \"" + nickname + "\" comes twice";
-  return std::nullopt;
+[[nodiscard]] Failure Fault(const std::string& what) {
+  return {ExitCode::Usage, what};
+}
+
+[[nodiscard]] Result<Configuration> WithListedServer(Configuration configuration, const std::string& nickname,
+                                                     const std::string& url) {
+  if (const auto fault = NicknameFault(nickname)) return Fault(*fault);
+  if (const auto fault = ServerUrlFault(url)) return Fault(*fault);
+  const bool isNew = configuration.servers.emplace(nickname, url).second;
+  if (!isNew) return Fault("the nickname \"" + nickname + "\" comes twice");
+  return configuration;
 }
 
 // "[servers]" or "[server NICK]".
-[[nodiscard]] std::optional<std::string> OpenSection(std::string_view line, Section& section,
-                                                     Configuration& configuration) {
+[[nodiscard]] Result<Section> ReadSection(std::string_view line) {
   constexpr std::string_view serverSection = "[server ";
-  if (line == "[servers]") {
-    section = {Section::Kind::Servers, {}};
-    return std::nullopt;
-  }
+  if (line == "[servers]") return Section{Section::Kind::Servers, {}};
   if (!line.starts_with(serverSection) || !line.ends_with(']')) {
-    return "unknown section " + std::string(line) + "; those there are: [servers], [server NICK]";
+    return Fault("unknown section " + std::string(line) + "; those there are: [servers], [server NICK]");
   }
-  section.kind = Section::Kind::Server;
-  section.nickname = Trimmed(line.substr(serverSection.size(), line.size() - serverSection.size() - 1));
-  if (auto fault = NicknameFault(section.nickname)) return fault;
-  if (configuration.settings.try_emplace(section.nickname).second) return std::nullopt;
-  return "the section " + std::string(line) + " comes twice";
+  const auto name = Trimmed(line.substr(serverSection.size(), line.size() - serverSection.size() - 1));
+  if (const auto fault = NicknameFault(name)) return Fault(*fault);
+  return Section{Section::Kind::Server, std::string(name)};
 }
 
-[[nodiscard]] std::optional<std::string> ReadLine(std::string_view line, const Section& section,
-                                                  Configuration& configuration) {
+// A configuration file, as far as it was read.
+struct Reading {
+  Configuration configuration;
+  Section section;
+};
+
+[[nodiscard]] Result<Reading> AfterSectionLine(Reading reading, std::string_view line) {
+  const auto section = ReadSection(line);
+  if (!section) return section.failure();
+  reading.section = *section;
+  if (section->kind == Section::Kind::Servers) return reading;
+  const bool isNew = reading.configuration.settings.try_emplace(section->nickname).second;
+  if (!isNew) return Fault("the section " + std::string(line) + " comes twice");
+  return reading;
+}
+
+[[nodiscard]] Result<Configuration> WithSetting(Configuration configuration, const std::string& nickname,
+                                                const std::string& key, const std::string& value) {
+  auto settings = WithServerSetting(configuration.settings[nickname], key, value);
+  if (!settings) return settings.failure();
+  configuration.settings[nickname] = std::move(*settings);
+  return configuration;
+}
+
+[[nodiscard]] Result<Configuration> WithLine(Configuration configuration, const Section& section,
+                                             std::string_view line) {
   const auto read = KeyAndValue(line);
   switch (section.kind) {
     case Section::Kind::None:
-      return "this line is before any section; expected \"[servers]\"";
+      return Fault("this line is before any section; expected \"[servers]\"");
     case Section::Kind::Servers:
-      if (!read) return "expected \"NICK = URL\"";
-      return ListServer(read->first, read->second, configuration.servers);
+      if (!read) return Fault("expected \"NICK = URL\"");
+      return WithListedServer(std::move(configuration), read->first, read->second);
     default:
-      if (!read) return "expected \"KEY = VALUE\"";
-      if (read->first == "url") return ListServer(section.nickname, read->second, configuration.servers);
-      return ReadServerSetting(read->first, read->second, configuration.settings[section.nickname]);
+      if (!read) return Fault("expected \"KEY = VALUE\"");
+      if (read->first == "url") {
+        return WithListedServer(std::move(configuration), section.nickname, read->second);
+      }
+      return WithSetting(std::move(configuration), section.nickname, read->first, read->second);
   }
+}
+
+[[nodiscard]] Result<Reading> AfterLine(Reading reading, std::string_view line) {
+  if (line.front() == '[') return AfterSectionLine(std::move(reading), line);
+  auto configuration = WithLine(std::move(reading.configuration), reading.section, line);
+  if (!configuration) return configuration.failure();
+  return Reading{std::move(*configuration), std::move(reading.section)};
 }
 
 // Host and, where the URL names one, port: what the library tells servers by, beside the path.
@@ -115,10 +147,11 @@ struct CollectedSettings {
   for (const auto& [nickname, listed] : configuration.servers) {
     const auto found = configuration.settings.find(nickname);
     if (found == configuration.settings.end() || !origin || OriginOf(listed) != origin) continue;
-    const std::string key = MergeSettings(found->second, collected.settings);
-    if (key.empty()) continue;
+    auto merged = MergeSettings(std::move(collected.settings), found->second);
+    collected.settings = std::move(merged.settings);
+    if (merged.contestedKey.empty()) continue;
     collected.fault =
-        Failure{ExitCode::Usage, "two sections set " + key + " for " + TextOf(*origin) +
+        Failure{ExitCode::Usage, "two sections set " + merged.contestedKey + " for " + TextOf(*origin) +
                                      " and do not agree; what is said of one nickname holds for "
                                      "its scheme, host and port"};
   }
@@ -164,17 +197,17 @@ std::optional<std::string> ServerUrlFault(std::string_view url) {
   return std::nullopt;
 }
 
-std::optional<std::string> SetServerUrl(const std::string& nickname, const std::string& url,
-                                        Configuration& configuration) {
-  if (auto fault = NicknameFault(nickname)) return fault;
-  if (auto fault = ServerUrlFault(url)) return fault;
+Result<Configuration> WithServerUrl(Configuration configuration, const std::string& nickname,
+                                    const std::string& url) {
+  if (const auto fault = NicknameFault(nickname)) return Fault(*fault);
+  if (const auto fault = ServerUrlFault(url)) return Fault(*fault);
   const auto before = configuration.servers.find(nickname);
   if (before != configuration.servers.end() && OriginOf(before->second) != OriginOf(url)) {
     // A certificate or a password of one server must not go to another.
     configuration.settings.erase(nickname);
   }
   configuration.servers[nickname] = url;
-  return std::nullopt;
+  return configuration;
 }
 
 Result<Configuration> WithServerArgument(std::string_view argument, Configuration configuration) {
@@ -183,24 +216,23 @@ Result<Configuration> WithServerArgument(std::string_view argument, Configuratio
     return Failure{ExitCode::Usage, "--server takes NICK=URL, for example plm=https://plm.example/vt"};
   }
   const std::string nickname(argument.substr(0, equals));
-  const auto fault = SetServerUrl(nickname, std::string(argument.substr(equals + 1)), configuration);
-  if (fault) return Failure{ExitCode::Usage, "--server: " + *fault};
-  return configuration;
+  auto with = WithServerUrl(std::move(configuration), nickname, std::string(argument.substr(equals + 1)));
+  if (!with) with.failure().message.insert(0, "--server: ");
+  return with;
 }
 
 Result<Configuration> ReadConfiguration(std::string_view text, const std::string& name) {
-  Configuration configuration;
-  Section section;
+  Reading reading;
   for (int number = 1; !text.empty(); ++number) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     const std::string_view line = Trimmed(text.substr(0, end));
     text.remove_prefix(std::min(end + 1, text.size()));
     if (line.empty() || line.front() == '#' || line.front() == ';') continue;
-    const auto fault = line.front() == '[' ? OpenSection(line, section, configuration)
-                                           : ReadLine(line, section, configuration);
-    if (fault) return LineFault(name, number, *fault);
+    auto next = AfterLine(std::move(reading), line);
+    if (!next) return LineFault(name, number, next.failure().message);
+    reading = std::move(*next);
   }
-  return configuration;
+  return reading.configuration;
 }
 
 std::string DefaultConfigurationPath(const std::string& configHome, const std::string& home) {

@@ -31,9 +31,9 @@ struct Configuration {
 
 /// Gives a nickname a URL, new or in place of the one that it has. What the configuration says of the nickname
 /// stays with the scheme, host and port that it was said of.
-/// @return what is wrong with it, or nothing
-[[nodiscard]] std::optional<std::string> SetServerUrl(const std::string& nickname, const std::string& url,
-                                                      Configuration& configuration);
+/// @return the configuration with it, or what is wrong with it
+[[nodiscard]] Result<Configuration> WithServerUrl(Configuration configuration, const std::string& nickname,
+                                                  const std::string& url);
 
 /// Adds one "NICK=URL" of the command line; a nickname that is there already gets the new URL. What the
 /// configuration file says of that nickname stays with the scheme, host and port that it was said of.

@@ -29,6 +29,15 @@ template <typename Value>
   return "http_addresses takes refuse, allow or upgrade";
 }
 
+[[nodiscard]] std::optional<std::string> FaultOfText(const std::string& key, const std::string& value) {
+  if (key == "http_addresses") return HttpAddressesFault(value);
+  return key == "proxy" ? ProxyFault(value) : std::nullopt;
+}
+
+[[nodiscard]] Failure Fault(const std::string& what) {
+  return {ExitCode::Usage, what};
+}
+
 [[nodiscard]] std::string UnknownKey(const std::string& key) {
   std::string known = "url";
   for (const auto& [name, member] : texts) known += std::string(", ") + name;
@@ -54,35 +63,40 @@ std::optional<std::string> ProxyFault(std::string_view proxy) {
   return std::nullopt;
 }
 
-std::optional<std::string> ReadServerSetting(const std::string& key, const std::string& value,
-                                             ServerSettings& settings) {
-  if (value.empty()) return "\"" + key + "\" has no value";
+Result<ServerSettings> WithServerSetting(ServerSettings settings, const std::string& key,
+                                         const std::string& value) {
+  if (value.empty()) return Fault("\"" + key + "\" has no value");
   if (key == "negotiate") {
-    if (value != "yes" && value != "no") return "negotiate takes yes or no";
+    if (value != "yes" && value != "no") return Fault("negotiate takes yes or no");
     settings.negotiate = value == "yes";
-    return std::nullopt;
+    return settings;
   }
   if (key == "max_time") {
     settings.maxTime = ReadSeconds(value);
-    if (settings.maxTime) return std::nullopt;
-    return "max_time takes a number of seconds from 1 to " + std::to_string(longestSeconds);
+    if (settings.maxTime) return settings;
+    return Fault("max_time takes a number of seconds from 1 to " + std::to_string(longestSeconds));
   }
   for (const auto& [name, member] : texts) {
     if (key != name) continue;
+    if (const auto fault = FaultOfText(key, value)) return Fault(*fault);
     settings.*member = value;
-    if (key == "http_addresses") return HttpAddressesFault(value);
-    return key == "proxy" ? ProxyFault(value) : std::nullopt;
+    return settings;
   }
-  return UnknownKey(key);
+  return Fault(UnknownKey(key));
 }
 
-std::string MergeSettings(const ServerSettings& other, ServerSettings& settings) {
+MergedSettings MergeSettings(ServerSettings settings, const ServerSettings& other) {
+  std::string contested;
+  const auto contest = [&contested](const char* key) {
+    if (contested.empty()) contested = key;
+  };
   for (const auto& [name, member] : texts) {
     if ((settings.*member).empty()) settings.*member = other.*member;
-    if (!(other.*member).empty() && other.*member != settings.*member) return name;
+    if (!(other.*member).empty() && other.*member != settings.*member) contest(name);
   }
-  if (!Merge(other.negotiate, settings.negotiate)) return "negotiate";
-  return Merge(other.maxTime, settings.maxTime) ? "" : "max_time";
+  if (!Merge(other.negotiate, settings.negotiate)) contest("negotiate");
+  if (!Merge(other.maxTime, settings.maxTime)) contest("max_time");
+  return {std::move(settings), std::move(contested)};
 }
 
 }  // namespace vtdirect_cli

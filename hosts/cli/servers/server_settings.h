@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "hosts/cli/failures/result.h"
+
 namespace vtdirect_cli {
 
 /// What the configuration file says of one server beside its URL. An empty text means that nothing is said.
@@ -30,13 +32,18 @@ inline constexpr long longestSeconds = 24L * 60 * 60;
 /// messages and process lists.
 [[nodiscard]] std::optional<std::string> ProxyFault(std::string_view proxy);
 
-/// Reads one "KEY = VALUE" of a server's section, apart from its URL.
-/// @return what is wrong with it, or nothing
-[[nodiscard]] std::optional<std::string> ReadServerSetting(const std::string& key, const std::string& value,
-                                                           ServerSettings& settings);
+/// Adds one "KEY = VALUE" of a server's section, apart from its URL.
+/// @return the settings with it, or what is wrong with it
+[[nodiscard]] Result<ServerSettings> WithServerSetting(ServerSettings settings, const std::string& key,
+                                                       const std::string& value);
 
-/// Puts what `other` says where `settings` says nothing.
-/// @return the key of which both say something else, or the empty text
-[[nodiscard]] std::string MergeSettings(const ServerSettings& other, ServerSettings& settings);
+/// Two descriptions of one server in one.
+struct MergedSettings {
+  ServerSettings settings;
+  std::string contestedKey;  ///< of which both say something else; empty without one
+};
+
+/// Puts what `other` says wherever `settings` says nothing.
+[[nodiscard]] MergedSettings MergeSettings(ServerSettings settings, const ServerSettings& other);
 
 }  // namespace vtdirect_cli

@@ -1,6 +1,7 @@
 #include "hosts/cli/storing/put_failure.h"
 
 #include "hosts/cli/checkouts/checkout_words.h"
+#include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
@@ -72,19 +73,18 @@ constexpr const char* againAdvice = "the same command can be given again";
 
 [[nodiscard]] StateOnServer StateAfterIteration(const PutTarget& target, Doubt doubt) {
   const bool mayBeStored = doubt != Doubt::None;
-  std::string version;
-  std::string newest;
-  const int status = VtDirectManager::GetStatus(target.address.c_str(), version, newest, nullptr);
-  if (status == 0 && doubt == Doubt::MayComeYet) {
+  const auto state = AskForNewest(target.address);
+  if (!state && !mayBeStored) return {"nothing was changed"};
+  if (!state) return Unknown("info", target.address);
+  const auto& [version, newest] = *state;
+  if (state->isNewest() && doubt == Doubt::MayComeYet) {
     return NotSeenYet(version + " is the newest iteration", "the new one");
   }
-  if (status == 0) {
+  if (state->isNewest()) {
     return {.text = "nothing was changed, " + version + " is the newest iteration still",
             .next = againAdvice,
             .isUnchanged = true};
   }
-  if (status < 0 && !mayBeStored) return {"nothing was changed"};
-  if (status < 0) return Unknown("info", target.address);
   const std::string next = CommandToType("versions", target.address) + " tells of them";
   if (!mayBeStored) return {"somebody has made the iteration " + newest + " meanwhile", next};
   return {"the newest iteration is " + newest + " now, and only the answer may have been lost", next};

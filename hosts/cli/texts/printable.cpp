@@ -109,6 +109,12 @@ std::string JsonWithoutDelete(std::string_view json) {
   return out;
 }
 
+std::string QuotedForShell(std::string_view text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
 std::string ByteCount(std::uint64_t count) {
   return std::to_string(count) + (count == 1 ? " byte" : " bytes");
 }

@@ -29,6 +29,9 @@ struct FirstCharacter {
 /// does not.
 [[nodiscard]] std::string JsonWithoutDelete(std::string_view json);
 
+/// The text in single quotes, as a shell takes it for one word.
+[[nodiscard]] std::string QuotedForShell(std::string_view text);
+
 /// "1 byte", "2 bytes".
 [[nodiscard]] std::string ByteCount(std::uint64_t count);
 

@@ -4,20 +4,14 @@
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/texts/generated_texts.h"
 #include "hosts/cli/texts/operand_kinds.h"
+#include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
 
-// Between single quotes.
-[[nodiscard]] std::string Quoted(std::string_view text) {
-  std::string quoted = "'";
-  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
-}
-
 // "NAME:what it is", of which the first colon parts the two.
 [[nodiscard]] std::string Described(const std::string& name, std::string_view text) {
-  return Quoted(name + ":" + std::string(text));
+  return QuotedForShell(name + ":" + std::string(text));
 }
 
 // The options as they are offered; those that take a value end their words with what that is.
@@ -37,7 +31,7 @@ namespace {
   std::string out;
   for (const OptionRow& row : rows) {
     if (row.value == nullptr) continue;
-    std::string action = "_message " + Quoted(row.value);
+    std::string action = "_message " + QuotedForShell(row.value);
     if (row.completion == Completion::Files) action = "_files";
     if (row.completion == Completion::Directories) action = "_files -/";
     out += indent + NamesOf(row) + ") " + action + "; return ;;\n";
@@ -69,7 +63,8 @@ namespace {
 [[nodiscard]] std::string CommandCases() {
   std::string out = "  case \"$command\" in\n";
   for (const CommandRow& row : Commands()) {
-    out += "    " + Quoted(row.name) + ") operands=" + Quoted(WordsOf(OperandKindsOf(row))) + "\n";
+    out += "    " + QuotedForShell(row.name) + ") operands=" + QuotedForShell(WordsOf(OperandKindsOf(row))) +
+           "\n";
     out += "      offers+=(" + Offers(row.options) + ")\n      case \"$previous\" in\n" +
            ValueCases(row.options, "        ") + "      esac ;;\n";
   }

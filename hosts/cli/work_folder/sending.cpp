@@ -6,6 +6,7 @@
 #include "hosts/cli/checkouts/checkout_end.h"
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/failures/diagnosis.h"
@@ -69,19 +70,19 @@ class Sending {
     static_cast<void>(KeepCheckout(host_, file_.uid, workingCopy_));
     step.Settle();
     report_.Tell(Named("was not sent; its document is checked out, and its working copy is ") + workingCopy_);
+    madeCheckout_ = true;
     return std::nullopt;
   }
 
   // Between the listing and the checkout somebody may have been faster. From now on nobody can be.
   [[nodiscard]] std::optional<Failure> RefuseIfNotNewest() {
-    std::string current;
-    std::string newest;
-    const int status = VtDirectManager::GetStatus(file_.uid.c_str(), current, newest, nullptr);
-    if (status == 0) return std::nullopt;
+    const auto state = AskForNewest(file_.uid);
+    if (state && state->isNewest()) return std::nullopt;
     if (Interrupted()) return InterruptedFailure();
     const auto reason = LastReason();
     Undo();
-    if (status > 0) return ConflictOf(file_.path, file_.version, newest);
+    if (Interrupted()) return InterruptedFailure();
+    if (state) return ConflictOf(file_.path, file_.version, state->newestVersion);
     return Failure{ExitCode::CannotConnect,
                    Named("was not sent: whether its document has a newer version could not be found out"),
                    "the same command can be given again", reason};
@@ -90,32 +91,36 @@ class Sending {
   void Undo() {
     report_.TellOfOpenChange(Named("was not sent, and whether its checkout has ended is not known; ") +
                              CommandToType("undo", workingCopy_) + " ends it");
-    JournaledStep step(host_, {"undo", file_.address, workingCopy_});
-    ForgetReasons();
-    if (VtDirectManager::UndoCheckout(workingCopy_.c_str()).empty()) {
-      step.SettleUnlessUnknown();
-      host_.output().Warning("the checkout of " + Printable(file_.path) + " may stand still; " +
-                             CommandToType("undo", workingCopy_) + " ends it");
+    if (const auto failure = UndoOwnCheckout(host_, file_.address, workingCopy_)) {
+      if (!Interrupted()) host_.output().Warning(failure->Text());
       return;
     }
     report_.Tell(Named("is as it was on the server"));
-    ForgetCheckout(host_, workingCopy_);
-    step.Settle();
+  }
+
+  // A checkout that was made for a file that is not sent after all stays, for the next try.
+  [[nodiscard]] Failure NotSent(Failure failure) const {
+    if (!madeCheckout_ || failure.code == ExitCode::Interrupted) return failure;
+    failure.message += "; its document is checked out now";
+    failure.advice += (failure.advice.empty() ? "" : "; ") + CommandToType("undo", workingCopy_) +
+                      " ends the checkout, and a further commit goes on with it";
+    return failure;
   }
 
   [[nodiscard]] std::optional<Failure> Store() {
     request_.address = workingCopy_;
     request_.kind = AddressKind::Uid;
+    request_.checkIn = true;
     inspected_ = TimeNow();
     const auto source = InspectSource(folder_.OnDisk(file_.path));
-    if (!source) return source.failure();
+    if (!source) return NotSent(source.failure());
     request_.content = *source;
     sha256_ = Sha256OfFile(request_.content.path);
     const auto target = SettlePutTarget(host_, request_);
-    if (!target) return target.failure();
+    if (!target) return NotSent(target.failure());
     if (target->action != PutTarget::Action::Store) return NoWorkingCopy();
     const auto links = SettleLinks(host_, request_, *target);
-    if (!links) return links.failure();
+    if (!links) return NotSent(links.failure());
     if (Interrupted()) return InterruptedFailure();
     return Upload(*target, *links);
   }
@@ -135,11 +140,10 @@ class Sending {
     }
     report_.Tell(Named("is stored in the working copy ") + target.address);
     step.Settle();
-    for (const auto& link : MissingLinks(host_, ByOwnId(target.address), links)) {
-      host_.output().Warning(Named("has no link ") + link.first + " on the server, though it was told of it");
-    }
     workingCopy_ = target.address;
-    return std::nullopt;
+    auto failure = FailureOfLinks(host_, request_, workingCopy_, links, true);
+    if (Interrupted()) return InterruptedFailure();
+    return failure;
   }
 
   [[nodiscard]] std::optional<Failure> CheckIn() {
@@ -187,6 +191,7 @@ class Sending {
   InterruptionReport report_;
   PutRequest request_;
   std::string workingCopy_;
+  bool madeCheckout_ = false;
   std::string sha256_;
   std::int64_t inspected_ = 0;  // when the file was looked at
   std::string uid_;

@@ -172,9 +172,16 @@ Answer<Iteration> IterationOf(Mount& mount, const Node& file, Effort effort) {
   if (file.kind == NodeKind::VersionFile) {
     return effort == Effort::Ask ? mount.tree().IterationOf(file.address) : Answer<Iteration>{EAGAIN};
   }
+  mount.LearnCheckouts();
   const auto [folder, name] = PartsOfPath(file.address);
   return effort == Effort::Ask ? mount.tree().Document(folder, name)
                                : KnownOnly(mount.tree().PeekDocument(folder, name));
+}
+
+Answer<Iteration> IterationToRead(Mount& mount, const Node& file) {
+  if (file.kind == NodeKind::VersionFile) return mount.tree().IterationOf(file.address);
+  const auto [folder, name] = PartsOfPath(file.address);
+  return mount.tree().DocumentToRead(folder, name);
 }
 
 struct stat AttributesOfLocal(const Mount& mount, const LocalFile& file) {

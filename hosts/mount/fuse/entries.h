@@ -35,6 +35,9 @@ struct LookedUp {
 /// The iteration that a file shows: of a document the newest one.
 [[nodiscard]] Answer<Iteration> IterationOf(Mount& mount, const Node& file, Effort effort);
 
+/// The same for a program that is about to read it. May make requests, and block.
+[[nodiscard]] Answer<Iteration> IterationToRead(Mount& mount, const Node& file);
+
 /// One line of a directory's listing.
 struct DirectoryLine {
   std::string name;

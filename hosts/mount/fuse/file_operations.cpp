@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <utility>
 
 #include "hosts/mount/fuse/calling_process.h"
@@ -18,7 +19,7 @@ namespace {
 void ReplyHandle(fuse_req_t request, Mount& mount, fuse_file_info file, const Handle& handle) {
   file.fh = mount.handles().Keep(handle);
   if (fuse_reply_open(request, &file) == 0) return;
-  if (const auto& local = handle->local(); local != nullptr) local->NoteClosed(handle->writes());
+  if (handle->writes()) mount.writing()->LetGo(handle->local());
   mount.handles().Drop(file.fh);
 }
 
@@ -45,55 +46,53 @@ struct Opening {
 };
 
 // What lies on this machine changes without the kernel's knowledge only by the kernel's own writes.
+// @param writable  counts as opened when it is to be written to
 void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Writable& writable, const Opening& opening) {
   if (writable.file == nullptr) {
     fuse_reply_err(request, writable.error);
     return;
   }
-  // Nobody stores what has a writer, as it is being emptied.
-  mount.writing()->NoteOpened(writable.file, opening.writes());
   if (opening.empties()) {
     if (const int error = mount.writing()->Empty(writable.file, opening.base); error != 0) {
-      mount.writing()->Close(writable.file, true);
+      mount.writing()->Close(writable.file);
       fuse_reply_err(request, error);
       return;
     }
   }
   static_cast<void>(mount.IsAsBefore(opening.node, writable.file->name()));
-  ReplyHandle(request, mount, {},
-              std::make_shared<OpenDocument>(writable.file,
-                                             opening.writes() ? ProcessOf(fuse_req_ctx(request)->pid) : 0));
+  std::optional<pid_t> writer;
+  if (opening.writes()) writer = ProcessOf(fuse_req_ctx(request)->pid);
+  ReplyHandle(request, mount, {}, std::make_shared<OpenDocument>(writable.file, writer));
 }
 
-// True when the request is taken care of.
-[[nodiscard]] bool OpenLocal(fuse_req_t request, Mount& mount, const std::shared_ptr<const Node>& node,
-                             int flags) {
-  Opening opening{node->number, flags};
-  if (const auto local = mount.LocalAt(*node)) {
-    // What waits may be of another checkout than what is written now.
-    if (opening.empties() && mount.writing()->IsWaiting(node->address)) {
-      mount.Ask(request, [&mount, node, opening, local](const auto& pending) {
-        Opening anew = opening;
-        anew.base = mount.writing()->BaseNow(node->address);
-        pending->Answer([&](fuse_req_t asked) { ReplyOpenLocal(asked, mount, {0, local}, anew); });
-      });
-    } else {
-      ReplyOpenLocal(request, mount, {0, local}, opening);
-    }
-    return true;
+// What a program that was interrupted has not got must not lie over the document for good.
+void EditAndReply(const std::shared_ptr<PendingRequest>& pending, Mount& mount, const Node& node,
+                  Opening opening) {
+  // What waits may be of another checkout than what is written now.
+  if (opening.empties() && mount.writing()->IsWaiting(node.address)) {
+    opening.base = mount.writing()->BaseNow(node.address);
   }
-  if (!opening.writes()) return false;
+  const Writable writable = mount.writing()->Edit(node.address, !opening.empties());
+  // The file may be longer or shorter than the document was when the kernel heard of it.
+  mount.LetKernelForget(node.number, Kept::Attributes);
+  const bool isTold =
+      pending->Answer([&](fuse_req_t asked) { ReplyOpenLocal(asked, mount, writable, opening); });
+  if (!isTold && writable.file != nullptr) mount.writing()->LetGo(writable.file);
+}
+
+void OpenToWrite(fuse_req_t request, Mount& mount, const std::shared_ptr<const Node>& node,
+                 const Opening& opening) {
   if (mount.writing() == nullptr || node->kind != NodeKind::Document) {
     fuse_reply_err(request, mount.writing() == nullptr ? EROFS : EPERM);
-    return true;
+    return;
   }
-  mount.Ask(request, [&mount, node, opening](const auto& pending) {
-    const Writable writable = mount.writing()->Edit(node->address, !opening.empties());
-    // The file may be longer or shorter than the document was when the kernel heard of it.
-    mount.LetKernelForget(node->number, Kept::Attributes);
-    pending->Answer([&](fuse_req_t asked) { ReplyOpenLocal(asked, mount, writable, opening); });
-  });
-  return true;
+  if (!opening.empties() || !mount.writing()->IsWaiting(node->address)) {
+    if (const auto known = mount.writing()->EditKnown(node->address)) {
+      return ReplyOpenLocal(request, mount, {0, known}, opening);
+    }
+  }
+  mount.Ask(request,
+            [&mount, node, opening](const auto& pending) { EditAndReply(pending, mount, *node, opening); });
 }
 
 // What is to be read of a file, as far as the file goes.
@@ -133,15 +132,19 @@ void OnOpen(fuse_req_t request, fuse_ino_t number, fuse_file_info* file) {
     fuse_reply_err(request, ESTALE);
     return;
   }
-  if (OpenLocal(request, mount, node, file->flags)) return;
+  const Opening opening{number, file->flags};
+  if (opening.writes()) return OpenToWrite(request, mount, node, opening);
+  if (const auto local = mount.LocalAt(*node)) return ReplyOpenLocal(request, mount, {0, local}, opening);
   if (mount.settings().noPreview && MakesPreviews(ProgramOf(fuse_req_ctx(request)->pid))) {
     fuse_reply_err(request, EACCES);
     return;
   }
   const auto known = IterationOf(mount, *node, Effort::Known);
-  if (known.error != EAGAIN) return ReplyOpen(request, mount, number, known);
+  if (known.value != nullptr && !CanChange(known.value->uid)) return ReplyOpen(request, mount, number, known);
   mount.Ask(request, [&mount, node](const auto& pending) {
-    const auto answer = IterationOf(mount, *node, Effort::Ask);
+    const auto answer = IterationToRead(mount, *node);
+    // It may be longer or shorter than when the kernel heard of it, which reads no further than it knows.
+    mount.LetKernelForget(node->number, Kept::Attributes);
     pending->Answer([&](fuse_req_t asked) { ReplyOpen(asked, mount, node->number, answer); });
   });
 }
@@ -170,7 +173,7 @@ void OnRead(fuse_req_t request, fuse_ino_t /*node*/, std::size_t size, off_t off
 void OnRelease(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* file) {
   Mount& mount = MountOf(request);
   const Handle handle = HandleOf(file);
-  if (const auto& local = handle->local(); local != nullptr) mount.writing()->Close(local, handle->writes());
+  if (handle->writes()) mount.writing()->Close(handle->local());
   mount.handles().Drop(file->fh);
   fuse_reply_err(request, 0);
 }

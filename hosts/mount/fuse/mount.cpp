@@ -64,6 +64,7 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
 
 // A document that is not in its folder's listing is not there, whatever else has its name.
 Answer<std::string> Mount::UidOf(const std::string& address) {
+  LearnCheckouts();
   const auto [folder, name] = PartsOfPath(address);
   const auto listing = tree_.Folder(folder);
   if (listing.value == nullptr) return {listing.error};

@@ -20,6 +20,7 @@
 #include "hosts/mount/tree/lookahead.h"
 #include "hosts/mount/tree/node_table.h"
 #include "hosts/mount/tree/server_tree.h"
+#include "hosts/mount/writing/kept_checkouts.h"
 #include "hosts/mount/writing/writing.h"
 
 namespace vtdirect_mount {
@@ -66,6 +67,10 @@ class Mount {
   /// What programs write; null where the tree can only be read.
   [[nodiscard]] Writing* writing() { return writing_.get(); }
   [[nodiscard]] const Writing* writing() const { return writing_.get(); }
+  /// Has the newest iterations asked for anew when vtdirect has checked something out or in meanwhile.
+  void LearnCheckouts() {
+    if (checkouts_.HaveChanged()) tree_.OutdateIterations();
+  }
   /// The file of this machine that lies over a document; null without one.
   [[nodiscard]] std::shared_ptr<LocalFile> LocalAt(const Node& node);
 
@@ -107,6 +112,7 @@ class Mount {
   fuse_session* session_ = nullptr;
   NodeTable nodes_;
   ServerTree tree_;
+  KeptCheckouts checkouts_;
   ContentFetches fetches_;
   Lookahead lookahead_;
   std::mutex mutex_;  // guards what was seen

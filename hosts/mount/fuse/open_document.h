@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 
 #include "hosts/mount/fuse/fuse_api.h"
 #include "hosts/mount/tree/document_facts.h"
@@ -16,14 +17,15 @@ namespace vtdirect_mount {
 class OpenDocument : public std::enable_shared_from_this<OpenDocument> {
  public:
   explicit OpenDocument(Iteration iteration) : iteration_(std::move(iteration)) {}
-  /// @param writer  the process that opened it for writing; 0 when it was opened for reading
-  OpenDocument(std::shared_ptr<LocalFile> local, pid_t writer) : local_(std::move(local)), writer_(writer) {}
+  /// @param writer  the process that opened it for writing; none when it was opened for reading
+  OpenDocument(std::shared_ptr<LocalFile> local, std::optional<pid_t> writer)
+      : local_(std::move(local)), writer_(writer) {}
 
   [[nodiscard]] const Iteration& iteration() const { return iteration_; }
   /// Null for a document of the server.
   [[nodiscard]] const std::shared_ptr<LocalFile>& local() const { return local_; }
-  [[nodiscard]] bool writes() const { return writer_ != 0; }
-  [[nodiscard]] pid_t writer() const { return writer_; }
+  [[nodiscard]] bool writes() const { return writer_.has_value(); }
+  [[nodiscard]] std::optional<pid_t> writer() const { return writer_; }
   [[nodiscard]] std::shared_ptr<const OpenFile> content() const {
     const std::lock_guard lock(mutex_);
     return content_;
@@ -36,7 +38,7 @@ class OpenDocument : public std::enable_shared_from_this<OpenDocument> {
  private:
   const Iteration iteration_;
   const std::shared_ptr<LocalFile> local_;
-  const pid_t writer_ = 0;
+  const std::optional<pid_t> writer_;
   mutable std::mutex mutex_;
   std::shared_ptr<const OpenFile> content_;
 };

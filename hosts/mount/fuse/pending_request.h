@@ -24,9 +24,12 @@ class PendingRequest {
 
   /// Answers, unless that was done.
   /// @param reply  called with the request; makes exactly one reply
+  /// @return false when nobody waited any more, so that no reply was made
   template <typename Reply>
-  void Answer(Reply reply) {
-    if (!isAnswered_.exchange(true)) reply(request_);
+  bool Answer(Reply reply) {
+    if (isAnswered_.exchange(true)) return false;
+    reply(request_);
+    return true;
   }
   /// Answers with an error number.
   void Fail(int error) {

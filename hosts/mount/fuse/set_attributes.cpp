@@ -76,6 +76,20 @@ void ReplySet(fuse_req_t request, const Mount& mount, fuse_ino_t number, const A
   fuse_reply_attr(request, &now, mount.seconds());
 }
 
+// A program that gives a document a length without opening it has that stored before it goes on, as at a close.
+void SetLengthAndReply(const std::shared_ptr<PendingRequest>& pending, Mount& mount, const Node& node,
+                       const struct stat& wanted, int what) {
+  const Writable writable = mount.writing()->Edit(node.address, wanted.st_size != 0);
+  if (writable.file == nullptr) return pending->Fail(writable.error);
+  const int error = pending->IsAnswered() ? EINTR : SetLocal(mount, *writable.file, wanted, what);
+  mount.writing()->Post([&mount, pending, number = node.number, local = writable.file, error] {
+    const int fault = error == 0 ? mount.writing()->Store(local) : error;
+    const auto now = fault == 0 ? Found(AttributesOfLocal(mount, *local)) : Answer<struct stat>{fault};
+    mount.writing()->LetGo(local);
+    pending->Answer([&](fuse_req_t asked) { ReplySet(asked, mount, number, now); });
+  });
+}
+
 }  // namespace
 
 void OnSetAttributes(fuse_req_t request, fuse_ino_t number, struct stat* wanted, int what,
@@ -92,7 +106,10 @@ void OnSetAttributes(fuse_req_t request, fuse_ino_t number, struct stat* wanted,
     ReplySet(request, mount, number, now);
     return;
   }
-  mount.Ask(request, [&mount, node, wanted = *wanted, what](const auto& pending) {
+  const bool setsLength =
+      (what & FUSE_SET_ATTR_SIZE) != 0 && mount.writing() != nullptr && node->kind == NodeKind::Document;
+  mount.Ask(request, [&mount, node, wanted = *wanted, what, setsLength](const auto& pending) {
+    if (setsLength) return SetLengthAndReply(pending, mount, *node, wanted, what);
     const auto answer = SetDocument(mount, *node, wanted, what);
     pending->Answer([&](fuse_req_t asked) { ReplySet(asked, mount, node->number, answer); });
   });

@@ -29,12 +29,11 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
   entry.attr = AttributesOfLocal(mount, *made.file);
   entry.attr.st_ino = node->number;
   entry.attr_timeout = entry.entry_timeout = mount.seconds();
-  mount.writing()->NoteOpened(made.file, true);
   fuse_file_info file = {};
   file.fh =
       mount.handles().Keep(std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid)));
   if (fuse_reply_create(request, &entry, &file) == 0) return;
-  made.file->NoteClosed(true);
+  made.file->NoteWriterGone();
   mount.handles().Drop(file.fh);
   mount.nodes().Forget(node->number, 1);
 }

@@ -81,6 +81,14 @@ Answer<Iteration> ServerTree::Document(const std::string& folder, const std::str
   return WithTime(path, IterationOf(readBy_(*uid.value), times_.JustStored(path)));
 }
 
+Answer<Iteration> ServerTree::DocumentToRead(const std::string& folder, const std::string& name) {
+  const Answer<std::string> uid = UidOf(folder, name);
+  if (uid.value == nullptr) return {uid.error};
+  const std::string readBy = readBy_(*uid.value);
+  if (CanChange(readBy)) workingCopies_.Outdate(readBy);
+  return Document(folder, name);
+}
+
 Answer<Iteration> ServerTree::PeekDocument(const std::string& folder, const std::string& name) {
   const Answer<std::string> uid = uids_.Peek(folder + name);
   if (uid.value == nullptr) return {};
@@ -173,6 +181,14 @@ void ServerTree::Outdate() {
   uids_.Outdate();
   workingCopies_.Outdate();
   times_.Forget();
+}
+
+// A listing with versions has to be worth it again, so that many check-ins one after the other don't cost one each.
+void ServerTree::OutdateIterations() {
+  uids_.Outdate();
+  versions_.Outdate();
+  const std::lock_guard lock(mutex_);
+  asked_.clear();
 }
 
 void ServerTree::OutdateStored(const std::string& folder, const std::string& name, const Facts& stored) {

@@ -35,6 +35,10 @@ class ServerTree {
   [[nodiscard]] Answer<Iteration> Document(const std::string& folder, const std::string& name);
   [[nodiscard]] Answer<Iteration> PeekDocument(const std::string& folder, const std::string& name);
 
+  /// The same for a program that is about to read it: of a working copy, which others may store into, the length is
+  /// what the server tells now.
+  [[nodiscard]] Answer<Iteration> DocumentToRead(const std::string& folder, const std::string& name);
+
   /// The UID of a document.
   [[nodiscard]] Answer<std::string> UidOf(const std::string& folder, const std::string& name);
 
@@ -62,6 +66,8 @@ class ServerTree {
   void Outdate();
   /// The same for one document and its folder.
   void Outdate(const std::string& folder, const std::string& name);
+  /// Lets it be asked anew which iteration of each document is the newest.
+  void OutdateIterations();
   /// The same after a document was stored.
   /// @param stored  its length, and when it was written
   void OutdateStored(const std::string& folder, const std::string& name, const Facts& stored);

@@ -30,25 +30,31 @@ DocumentCheckouts::Required DocumentCheckouts::Known(const std::string& address)
 
 DocumentCheckouts::Required DocumentCheckouts::Require(const std::string& address) {
   Required known = Known(address);
-  if (known.uid.empty() || known.error == 0 || !checksOut_) return known;
+  const auto isSettled = [&] { return known.uid.empty() || known.error == 0 || !checksOut_; };
+  if (isSettled()) return known;
+  // Of several programs that want to write, the first checks out for all: the server refuses a second checkout.
+  const Turns::Turn turn(turns_, address);
+  known = Known(address);
+  if (isSettled()) return known;
   std::vector<std::string> command = {"checkout", "--quiet"};
   PinServer(address, command);
   command.insert(command.end(), {"--", address});
   const std::string fault = runner_.Run(command);
-  if (!fault.empty()) {
-    mounted_.log("cannot check out " + address + ": " + fault);
-    return known;
-  }
   // What was known before may be an older iteration than the one that is checked out.
   mounted_.outdate(address);
-  return Known(address);
+  known = Known(address);
+  // A vtdirect outside of this mount may have checked it out at the same time.
+  if (known.error != 0 && !fault.empty()) mounted_.log("cannot check out " + address + ": " + fault);
+  return known;
 }
 
 // What was written for one checkout must not go into another one: the document may be newer there. And what was
 // written where no document was must not become a version of one that somebody else has made meanwhile.
 std::string DocumentCheckouts::WhyNotNow(const std::string& address, const std::string& base) {
   const auto found = mounted_.uidNow(address);
-  if (found.value == nullptr && found.error != ENOENT) return std::strerror(found.error);
+  if (found.value == nullptr && found.error != ENOENT) {
+    return std::string("the server can't be asked: ") + std::strerror(found.error);
+  }
   const std::string uid = found.value == nullptr ? "" : *found.value;
   const bool isNew = base == vtdirect_cli::baseOfNewDocument;
   if (uid.empty()) return isNew ? "" : "the document is not there any more";

@@ -5,6 +5,7 @@
 #include "hosts/mount/writing/command_runner.h"
 #include "hosts/mount/writing/kept_checkouts.h"
 #include "hosts/mount/writing/mounted.h"
+#include "hosts/mount/writing/turns.h"
 
 namespace vtdirect_mount {
 
@@ -39,6 +40,7 @@ class DocumentCheckouts {
   const Mounted& mounted_;
   const CommandRunner& runner_;
   const bool checksOut_;
+  Turns turns_;
   KeptCheckouts kept_;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <ctime>
 #include <mutex>
 #include <string>
@@ -17,9 +19,16 @@ class KeptCheckouts {
   /// out here.
   [[nodiscard]] std::string WorkingCopyOf(const std::string& uid);
 
+  /// Whether a checkout has begun or ended since the last call; true at the first one.
+  [[nodiscard]] bool HaveChanged();
+
  private:
-  std::mutex mutex_;
+  void ReadIfChanged();
+
+  std::mutex mutex_;  // guards what follows
   timespec changed_{};
+  ino_t file_ = 0;
+  bool haveChanged_ = true;
   std::vector<vtdirect_cli::KeptCheckout> checkouts_;
 };
 

@@ -94,17 +94,10 @@ class LocalFile {
   /// Whether its entry says that a program had closed it, so that it may be stored after a crash.
   [[nodiscard]] bool isListedWhole() const { return isListedWhole_; }
   void NoteListed(Written written) { isListedWhole_ = written == Written::Whole; }
-  /// Counts one more that has it open.
-  void NoteOpened(bool writes) {
-    ++opened_;
-    if (writes) ++writers_;
-  }
-  /// Counts one less. @return how many are left
-  std::size_t NoteClosed(bool writes) {
-    if (writes) --writers_;
-    return --opened_;
-  }
-  [[nodiscard]] bool isOpen() const { return opened_ != 0; }
+  /// Counts one more that has it open for writing.
+  void NoteWriter() { ++writers_; }
+  /// Counts one less.
+  void NoteWriterGone() { --writers_; }
   /// Whether somebody has it open for writing, so that it may be half.
   [[nodiscard]] bool hasWriters() const { return writers_ != 0; }
   [[nodiscard]] std::size_t writers() const { return writers_; }
@@ -131,7 +124,6 @@ class LocalFile {
   std::atomic<std::uint64_t> stored_{0};
   std::atomic<std::uint64_t> failedStore_{0};
   std::atomic<unsigned> mode_{0644U};
-  std::atomic<std::size_t> opened_{0};
   std::atomic<std::size_t> writers_{0};
   std::atomic<int> failedWrite_{0};
   std::atomic<bool> isDue_{false};

@@ -6,7 +6,9 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include <cerrno>
+#include <cstring>
 #include <ctime>
+#include <vector>
 
 #include "hosts/mount/requests/failure_errno.h"
 
@@ -55,6 +57,20 @@ Writable LocalFiles::MakeOf(const std::string& uid) {
   if (error == 0) return Open(name);
   unlink(unstored_.ContentOf(name).c_str());
   return {error};
+}
+
+bool HaveSameBytes(const LocalFile& one, const LocalFile& other) {
+  std::vector<char> bytes(65536);
+  std::vector<char> others(bytes.size());
+  off_t offset = 0;
+  ssize_t count = 0;
+  while ((count = pread(one.file().descriptor(), bytes.data(), bytes.size(), offset)) > 0) {
+    const auto length = static_cast<std::size_t>(count);
+    if (pread(other.file().descriptor(), others.data(), length, offset) != count) return false;
+    if (std::memcmp(bytes.data(), others.data(), length) != 0) return false;
+    offset += count;
+  }
+  return count == 0 && one.size() == other.size();
 }
 
 bool CopyBytes(const LocalFile& from, const LocalFile& to) {

@@ -35,6 +35,9 @@ class LocalFiles {
   std::atomic<std::uint64_t> next_{0};
 };
 
+/// Whether two files hold the same bytes; false when one can't be read.
+[[nodiscard]] bool HaveSameBytes(const LocalFile& one, const LocalFile& other);
+
 /// Copies all bytes of a file into an empty one. @return whether that was done
 [[nodiscard]] bool CopyBytes(const LocalFile& from, const LocalFile& to);
 

@@ -18,18 +18,35 @@ std::shared_ptr<LocalFile> Overlay::Lay(const std::string& address, std::shared_
   return file;
 }
 
-std::shared_ptr<LocalFile> Overlay::LayIfFree(const std::string& address,
-                                              const std::shared_ptr<LocalFile>& file) {
+std::shared_ptr<LocalFile> Overlay::FindToWrite(const std::string& address) const {
+  const std::lock_guard lock(mutex_);
+  const auto place = files_.find(address);
+  if (place == files_.end()) return nullptr;
+  place->second->NoteWriter();
+  return place->second;
+}
+
+std::shared_ptr<LocalFile> Overlay::LayToWrite(const std::string& address,
+                                               const std::shared_ptr<LocalFile>& file) {
   file->SetAddress(address);
   const std::lock_guard lock(mutex_);
   aside_.erase(address);
-  return files_.emplace(address, file).first->second;
+  auto laid = files_.emplace(address, file).first->second;
+  laid->NoteWriter();
+  return laid;
 }
 
 void Overlay::Take(const std::string& address, const std::shared_ptr<LocalFile>& file) {
   const std::lock_guard lock(mutex_);
   const auto place = files_.find(address);
   if (place != files_.end() && place->second == file) files_.erase(place);
+}
+
+void Overlay::TakeIfIdle(const std::string& address, const std::shared_ptr<LocalFile>& file) {
+  const std::lock_guard lock(mutex_);
+  const auto place = files_.find(address);
+  const bool isIdle = !file->hasWriters() && !file->isDirty() && !file->isScratch();
+  if (isIdle && place != files_.end() && place->second == file) files_.erase(place);
 }
 
 void Overlay::PutAside(const std::string& address, const std::string& base, Clock::time_point now) {

@@ -23,12 +23,16 @@ class Overlay {
   /// Lays a file over an address. A document put aside is aside no more.
   /// @return the file that lay there, or nothing
   std::shared_ptr<LocalFile> Lay(const std::string& address, std::shared_ptr<LocalFile> file);
-  /// The same, unless a file lies there already.
-  /// @return the file that lies there now
-  [[nodiscard]] std::shared_ptr<LocalFile> LayIfFree(const std::string& address,
-                                                     const std::shared_ptr<LocalFile>& file);
+  /// The file that lies there, with one more that writes to it; nothing when none does.
+  [[nodiscard]] std::shared_ptr<LocalFile> FindToWrite(const std::string& address) const;
+  /// Lays a file over an address, unless one lies there already.
+  /// @return the file that lies there now, with one more that writes to it
+  [[nodiscard]] std::shared_ptr<LocalFile> LayToWrite(const std::string& address,
+                                                      const std::shared_ptr<LocalFile>& file);
   /// Takes a file away, if it is that one.
   void Take(const std::string& address, const std::shared_ptr<LocalFile>& file);
+  /// The same, if nobody writes to it and the server has all that it holds. A scratch file stays.
+  void TakeIfIdle(const std::string& address, const std::shared_ptr<LocalFile>& file);
 
   /// Puts a document aside: its name is free.
   /// @param base  what a file is written for that takes the name

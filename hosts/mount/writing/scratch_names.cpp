@@ -30,6 +30,12 @@ ScratchNames::ScratchNames()
           {"lu*.tmp", ""},  // LibreOffice: locks, and contents on their way
           {"sed" + sixRandom, "sed"},
           {".?*." + sixRandom, "rsync"},
+          {"*.o" + sixRandom, "patch"},
+          {"*.orig", "patch"},
+          {"*.rej", "patch"},
+          {"XX" + sixRandom, "perl"},
+          {"*." + sixRandom, "kate"},
+          {"*." + sixRandom, "kwrite"},
           {".goutputstream-" + sixRandom, ""},  // programs of the GNOME desktop
           {"*.tmp", ""},
           {".DS_Store", ""},

@@ -1,6 +1,7 @@
 #include "hosts/mount/writing/stores.h"
 
 #include <unistd.h>
+#include <vtdirect/vt_direct_manager.h>
 
 #include <cerrno>
 #include <cstring>
@@ -17,10 +18,23 @@ int Stores::NoteHalf(LocalFile& file) {
   return error;
 }
 
+// Whether a new document was made of these very bytes, and only the answer was lost.
+bool Stores::IsWhatWasMade(const std::string& address, const LocalFile& file) {
+  if (file.base() != vtdirect_cli::baseOfNewDocument) return false;
+  const auto found = parts_.mounted.uidNow(address);
+  if (found.value == nullptr) return false;
+  const std::string& uid = *found.value;
+  // What tells no length is downloaded each time that the file is tried again.
+  const auto size = VtDirectManager::GetContentSize(uid.c_str());
+  if (size && *size != file.size()) return false;
+  const Writable made = parts_.files.MakeOf(uid);
+  return made.file != nullptr && HaveSameBytes(*made.file, file);
+}
+
 // @return why it is not stored; empty when it is
 std::string Stores::Put(const std::string& address, const LocalFile& file) {
   std::string fault = parts_.checkouts.WhyNotNow(address, file.base());
-  if (!fault.empty()) return fault;
+  if (!fault.empty()) return IsWhatWasMade(address, file) ? "" : fault;
   std::vector<std::string> command = {"put", "--quiet"};
   PinServer(address, command);
   command.insert(command.end(), {"--", file.path(), address});
@@ -41,8 +55,8 @@ void Stores::NoteStored(const std::string& address, const std::shared_ptr<LocalF
   parts_.waiting.StrikeReplaced(*file);
   parts_.waiting.Strike(*file);
   vtdirect_cli::FetchRecords().Forget(file->path());
-  // A program that still has it open may go on to write; then it goes when that closes it.
-  if (!file->isOpen()) parts_.overlay.Take(address, file);
+  // A program that has it open may go on to write; then it goes when that closes it.
+  parts_.overlay.TakeIfIdle(address, file);
   parts_.waiting.Remove(address);
 }
 

@@ -6,6 +6,7 @@
 #include "hosts/mount/writing/command_runner.h"
 #include "hosts/mount/writing/document_checkouts.h"
 #include "hosts/mount/writing/local_file.h"
+#include "hosts/mount/writing/local_files.h"
 #include "hosts/mount/writing/mounted.h"
 #include "hosts/mount/writing/overlay.h"
 #include "hosts/mount/writing/waiting_files.h"
@@ -16,6 +17,7 @@ namespace vtdirect_mount {
 struct StoreParts {
   const Mounted& mounted;
   const CommandRunner& runner;
+  LocalFiles& files;
   DocumentCheckouts& checkouts;
   WaitingFiles& waiting;
   Overlay& overlay;
@@ -33,6 +35,7 @@ class Stores {
 
  private:
   [[nodiscard]] int NoteHalf(LocalFile& file);
+  [[nodiscard]] bool IsWhatWasMade(const std::string& address, const LocalFile& file);
   [[nodiscard]] std::string Put(const std::string& address, const LocalFile& file);
   void NoteStored(const std::string& address, const std::shared_ptr<LocalFile>& file, std::uint64_t changes);
 

@@ -15,7 +15,7 @@ Writing::Writing(Settings settings, Mounted mounted)
       waiting_(mounted_, overlay_),
       files_(waiting_.unstored()),
       checkouts_(mounted_, runner_, settings_.autoCheckout),
-      stores_({mounted_, runner_, checkouts_, waiting_, overlay_}),
+      stores_({mounted_, runner_, files_, checkouts_, waiting_, overlay_}),
       renames_({mounted_, settings_.scratch, files_, checkouts_, waiting_, overlay_, stores_}),
       retries_([this] { BeginRetry(); }) {}
 
@@ -35,22 +35,24 @@ Writable Writing::Create(const std::string& address, const std::string& program)
   made.file->SetAddress(address);
   const std::string base = overlay_.BaseOfAside(address);
   made.file->SetBase(base.empty() ? vtdirect_cli::baseOfNewDocument : base);
+  made.file->NoteWriter();
   if (const int error = NoteChange(*made.file, Due::AfterNextChange); error != 0) return {error};
   waiting_.LayOver(address, made.file);
   return made;
 }
 
-void Writing::Close(const std::shared_ptr<LocalFile>& file, bool writes) {
-  const auto close = [this, file, writes] {
-    const bool isLast = file->NoteClosed(writes) == 0;
-    if (isLast && !file->isDirty() && !file->isScratch()) overlay_.Take(file->address(), file);
-  };
-  if (!writes || !file->isDirty() || file->isScratch()) return close();
+void Writing::LetGo(const std::shared_ptr<LocalFile>& file) {
+  file->NoteWriterGone();
+  overlay_.TakeIfIdle(file->address(), file);
+}
+
+void Writing::Close(const std::shared_ptr<LocalFile>& file) {
+  if (!file->isDirty() || file->isScratch()) return LetGo(file);
   NoteWhole(*file);
-  if (waiting_.Has(file->address())) return close();
-  Post([this, file, close] {
+  if (waiting_.Has(file->address())) return LetGo(file);
+  Post([this, file] {
     static_cast<void>(Store(file));
-    close();
+    LetGo(file);
   });
 }
 
@@ -62,14 +64,30 @@ void Writing::NoteWhole(LocalFile& file) {
   waiting_.Note(file, Written::Whole, unconfirmedStore);
 }
 
+std::shared_ptr<LocalFile> Writing::EditKnown(const std::string& address) {
+  auto known = overlay_.FindToWrite(address);
+  if (known == nullptr || known->isScratch() || (known->isDirty() && !known->isCreated())) return known;
+  LetGo(known);
+  return nullptr;
+}
+
+// Those who write to one checkout of a document write to one file. What the mount has made a document of is written to
+// by the programs that have it open; others need a checkout as for any document.
 Writable Writing::Edit(const std::string& address, bool keepsContent) {
-  if (auto known = overlay_.Find(address)) return {0, std::move(known)};
+  if (auto known = EditKnown(address)) return {0, std::move(known)};
   const auto required = checkouts_.Require(address);
   if (required.error != 0) return {required.error};
+  if (auto known = overlay_.FindToWrite(address)) {
+    if (known->isDirty() || known->isCreated() || known->base() == required.base)
+      return {0, std::move(known)};
+    // It was opened for an earlier checkout. What is written to it from now on waits.
+    LetGo(known);
+    overlay_.Take(address, known);
+  }
   const Writable made = keepsContent ? files_.MakeOf(ReadBy(required.uid)) : files_.MakeEmpty();
   if (made.file == nullptr) return made;
   made.file->SetBase(required.base);
-  return {0, overlay_.LayIfFree(address, made.file)};
+  return {0, overlay_.LayToWrite(address, made.file)};
 }
 
 int Writing::NoteChange(LocalFile& file, Due due) {

@@ -44,12 +44,17 @@ class Writing {
   [[nodiscard]] std::string ReadBy(const std::string& uid) { return checkouts_.ReadBy(uid); }
   [[nodiscard]] bool IsCheckedOut(const std::string& uid) { return checkouts_.Has(uid); }
 
-  /// A new file.
+  /// A new file, opened to be written to.
   /// @param program  the name of the process that makes it
   [[nodiscard]] Writable Create(const std::string& address, const std::string& program);
-  /// A document to write to: EACCES unless it is checked out here.
+  /// A file that can be opened to be written to without a question: a scratch file, or what is not stored yet.
+  /// Nothing for any other, which `Edit` opens. Makes no request.
+  [[nodiscard]] std::shared_ptr<LocalFile> EditKnown(const std::string& address);
+  /// A document, opened to be written to: EACCES unless it is checked out here.
   /// @param keepsContent  whether the file begins with the document's content
   [[nodiscard]] Writable Edit(const std::string& address, bool keepsContent);
+  /// Takes back that a file was opened to be written to, since no program has got it.
+  void LetGo(const std::shared_ptr<LocalFile>& file);
   /// Notes that a file is about to be changed, so that a crash is told of.
   /// @return an error number when that can't be noted; then it must not be changed
   [[nodiscard]] int NoteChange(LocalFile& file, Due due);
@@ -62,11 +67,10 @@ class Writing {
   [[nodiscard]] int Empty(const std::shared_ptr<LocalFile>& file, const std::string& base);
   /// Hands over a task that stores or renames: one at a time, in the order in which they come.
   void Post(TaskPool::Task task) { tasks_.Post(std::move(task)); }
-  /// A file was opened.
-  static void NoteOpened(const std::shared_ptr<LocalFile>& file, bool writes) { file->NoteOpened(writes); }
-  /// A file was closed for good, which nobody can be told the end of. What is new in it and was not stored yet
-  /// is stored, by the next mount if this one is killed first; one that holds nothing new goes with the last.
-  void Close(const std::shared_ptr<LocalFile>& file, bool writes);
+  /// A file that was written to was closed for good, which nobody can be told the end of. What is new in it and was
+  /// not stored yet is stored, by the next mount if this one is killed first. One that holds nothing new goes with
+  /// the last that wrote to it, so that the tree shows the document as the server has it; who reads it keeps it.
+  void Close(const std::shared_ptr<LocalFile>& file);
   /// Tries again to store what waits, and not only after a while.
   void RetryNow() { retries_.Now(); }
   /// Ends what is under way, and waits for it so long. @return whether all has ended

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <optional>
 
 #include "tests/e2e/cli/meddler.h"
 
@@ -21,6 +22,12 @@ void Happen(Accident accident, Peer& peer, const Meddler::Forward& forward, cons
   if (accident == Accident::Silent) peer.StaySilent();
 }
 
+// Only a server that stays silent is to be given up soon. On a busy machine any other answer may take longer than that,
+// which would be a second accident.
+[[nodiscard]] std::vector<std::string> PatienceIn(std::optional<Accident> accident) {
+  return {"--stall-timeout", accident == Accident::Silent ? "1" : "20"};
+}
+
 [[nodiscard]] ProcessResult RunWithAccident(const AccidentTrial& trial, int at, Accident accident) {
   std::atomic<int> number = 0;
   std::unique_ptr<Process> running;  // ends after all that speaks of it
@@ -31,7 +38,7 @@ void Happen(Accident accident, Peer& peer, const Meddler::Forward& forward, cons
     EXPECT_TRUE(WaitUntil([&process] { return process != nullptr; }));
     Happen(accident, peer, forward, *process);
   });
-  running = trial.start(meddler.Url());
+  running = trial.start(meddler.Url(), PatienceIn(accident));
   process = running.get();
   return running->Wait();
 }
@@ -48,7 +55,7 @@ void Happen(Accident accident, Peer& peer, const Meddler::Forward& forward, cons
     }
     peer.Send(forward());
   });
-  static_cast<void>(trial.start(meddler.Url())->Wait());
+  static_cast<void>(trial.start(meddler.Url(), PatienceIn(std::nullopt))->Wait());
   return writes;
 }
 

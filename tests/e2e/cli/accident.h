@@ -23,8 +23,9 @@ void PrintTo(Accident accident, std::ostream* stream);
 
 /// A command of which one request after the other meets with an accident.
 struct AccidentTrial {
-  /// Starts the program, with this proxy for all that it asks.
-  std::function<std::unique_ptr<Process>(const std::string& proxy)> start;
+  /// Starts the program, with this proxy for all that it asks, and with these options before its command.
+  std::function<std::unique_ptr<Process>(const std::string& proxy, const std::vector<std::string>& options)>
+      start;
   /// What is to happen to a request that writes, or to one that reads.
   std::function<std::vector<Accident>(bool isWrite)> accidentsOf;
   /// Goes back to the beginning; called before each run.

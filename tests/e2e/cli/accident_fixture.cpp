@@ -81,9 +81,8 @@ void AccidentTest::MeetEveryAccident(const std::vector<std::string>& words,
 void AccidentTest::Meet(const std::vector<std::string>& words,
                         const std::function<std::vector<Accident>(bool isWrite)>& accidentsOf,
                         const std::function<void()>& check) {
-  std::vector<std::string> all = {"--stall-timeout", "1"};
-  all.insert(all.end(), words.begin(), words.end());
-  const auto start = [this, &all](const std::string& proxy) {
+  const auto start = [this, &words](const std::string& proxy, std::vector<std::string> all) {
+    all.insert(all.end(), words.begin(), words.end());
     environment_["http_proxy"] = proxy;
     auto process = Start(all);
     environment_.erase("http_proxy");

@@ -143,7 +143,8 @@ TEST_F(Checkouts, OfAnotherReleaseAreLeftAlone) {
   Serve();
   const std::string text = "vtdirect-checkouts 2\n" + LineOf(1);
   WriteHome(".local/state/vtdirect/checkouts", text, 0600);
-  const std::string why = BookPath() + " was written by another release of vtdirect, and is left as it is";
+  const std::string why = BookPath() + " was written by another release of vtdirect, and is left as it is; " +
+                          "go on with that release, or move the file away";
   ExpectUnkept(why);
   EXPECT_EQ(Book(), text);
   for (const std::vector<std::string>& words :

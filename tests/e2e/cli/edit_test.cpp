@@ -2,9 +2,11 @@
 #include <signal.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <filesystem>
 
 #include "tests/e2e/cli/accident_fixture.h"
+#include "tests/e2e/cli/meddler.h"
 #include "tests/e2e/cli/server_document.h"
 
 using testing::HasSubstr;
@@ -205,6 +207,27 @@ TEST_F(Edit, GoesOnWithWhatWasStoredInAWorkingCopyThatIsGone) {
   const ProcessResult result = Run({"edit", forkPath});
   EXPECT_THAT(result.err, HasSubstr("going on with the edit that is kept"));
   EXPECT_TRUE(Newest() == edited || KeptContents() == std::vector<std::string>{edited}) << result.err;
+}
+
+// An edit has no option for links, so the command that stores them is one of put, with the file that is kept.
+TEST_F(Edit, TellsTheCommandThatStoresALinkThatTheServerHasNotTaken) {
+  std::atomic<bool> isStored = false;
+  const Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+    std::string answer = forward();
+    if (request.target.ends_with("/store")) isStored = true;
+    const std::size_t member = answer.find("derivedSourceDependencies");
+    if (isStored && request.method == "GET" && member != std::string::npos) answer[member] = 'x';
+    peer.Send(answer);
+  });
+  environment_["http_proxy"] = meddler.Url();
+  const ProcessResult result = Run({"edit", forkPath});
+  environment_.erase("http_proxy");
+  EXPECT_EQ(result.status, 11);
+  EXPECT_THAT(result.err, HasSubstr("\"vtdirect put '" + Home(".local/state/vtdirect/edits/")));
+  EXPECT_THAT(result.err, HasSubstr("' --link 'frame.lxz=" + server().Uid("D1002") +
+                                    "&file=/frame.lxz' --checkin\" stores it again with the link"));
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+  EXPECT_THAT(KeptContents(), testing::ElementsAre(edited));
 }
 
 TEST_F(Edit, RefusesASecondEditOfADocumentAtTheSameTime) {

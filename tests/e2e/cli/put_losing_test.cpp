@@ -44,6 +44,46 @@ TEST_F(PutLosing, KeepsTheSourceLinksWhenTheyCannotBeRead) {
   }
 }
 
+// The library asks for the linked document again while it stores, and leaves out what it can't read.
+TEST_F(PutLosing, TellsTheWholeCommandThatStoresALinkThatWasLeftOut) {
+  CheckOut(linked_);
+  int reads = 0;
+  Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+    const bool isRead = request.target.find("dkm/documents/D1003") != std::string::npos;
+    if (isRead && ++reads == 2) return peer.Answer(503, "{}");
+    peer.Send(forward());
+  });
+  environment_["http_proxy"] = meddler.Url();
+  const ProcessResult result = Run({"put", "f", linked_, "--link", "it's=//sim/?id=D1003", "--checkin"});
+  EXPECT_EQ(result.status, 11);
+  EXPECT_THAT(result.err,
+              HasSubstr(", which is checked out and was not checked in, but without the link it's; "
+                        "\"vtdirect put 'f' '" +
+                        linked_ +
+                        "' --link 'it'\\''s=//sim/?id=D1003' --checkin\" stores it again with the "
+                        "link"));
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+}
+
+TEST_F(PutLosing, ChecksNothingInWhileItIsNotKnownWhetherTheLinksWereTaken) {
+  CheckOut(linked_);
+  bool isStored = false;
+  Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
+    if (isStored && request.target.find("dkm/documents/D1000") != std::string::npos) {
+      return peer.Answer(503, "{}");
+    }
+    peer.Send(forward());
+    isStored = isStored || request.target.ends_with("/store");
+  });
+  environment_["http_proxy"] = meddler.Url();
+  const ProcessResult result = Run({"put", "f", linked_, "--checkin"});
+  environment_.erase("http_proxy");
+  EXPECT_EQ(result.status, 11);
+  EXPECT_THAT(result.err, HasSubstr("whether it has its source links could not be found out"));
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+  EXPECT_EQ(Run({"checkin", linked_}).status, 0);
+}
+
 TEST_F(PutLosing, EndsWithoutAnAccidentWhenATicketMakesNoSense) {
   Meddler meddler([&](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
     std::string answer = forward();

@@ -85,6 +85,27 @@ TEST_F(Editors, NanoMakesABackupAndALock) {
 }
 
 // The steps of LibreOffice, by their system calls: it is too large to be installed for a test.
+TEST_F(Editors, PerlEditsInPlaceByRenaming) {
+  if (Shell("command -v perl").status != 0) GTEST_SKIP() << "there is no perl";
+  MountAndCheckOut();
+  EXPECT_EQ(Shell("perl -pi -e 's/fork/FORK/' '" + Fork() + "'").err, "");
+  EXPECT_THAT(OnServer(Path()), testing::HasSubstr("name FORK.lxz\n"));
+  EXPECT_EQ(Run({"ls", "//sim/" + std::string(frameFolder)}).out,
+            "fork.lxz\nframe.lxz\nwelding manual.xml\n");
+}
+
+TEST_F(Editors, PatchRenamesItsFileOntoTheDocument) {
+  if (Shell("command -v patch").status != 0) GTEST_SKIP() << "there is no patch";
+  MountAndCheckOut();
+  WriteFile(Here("diff"),
+            "--- a\n+++ b\n@@ -1,3 +1,3 @@\n FENLET DRAWING\n-name fork.lxz\n+name FORK.lxz\n version B.1\n");
+  const auto result = Shell("patch '" + Fork() + "' <diff");
+  EXPECT_EQ(result.status, 0) << result.out << result.err;
+  EXPECT_THAT(OnServer(Path()), testing::HasSubstr("name FORK.lxz\n"));
+  EXPECT_EQ(Run({"ls", "//sim/" + std::string(frameFolder)}).out,
+            "fork.lxz\nframe.lxz\nwelding manual.xml\n");
+}
+
 TEST_F(Editors, LibreOfficeSavesByRenamingItsFileOntoTheDocument) {
   MountAndCheckOut();
   const std::string frame = Tree(frameFolder);

@@ -142,6 +142,34 @@ TEST_F(MountLosses, WhatWasClosedWhileAnotherIsStoredIsRecovered) {
   ClearAwayTemporaryFiles();
 }
 
+// The server has it, and the program was told that it failed.
+TEST_F(MountLosses, ANewDocumentWhoseAnswerWasLostDoesNotWaitForGood) {
+  Serve({"--fault", "POST *dkm/documents*=lost-answer*1"});
+  Mount({"--write"});
+  const std::string name = std::string(frameFolder) + "new.lxz";
+  EXPECT_NE(Shell("printf 'FENLET new\\n' >new && cp new '" + Tree(name) + "'").status, 0);
+  ASSERT_EQ(Run({"refresh", Tree()}).status, 0);
+  EXPECT_TRUE(WaitUntil([this] { return Names(Unstored()).empty(); }));
+  EXPECT_EQ(OnServer("//sim/" + name), "FENLET new\n");
+  EXPECT_EQ(Shell("ls '" + Tree(std::string(frameFolder) + ".versions/new.lxz") + "' | wc -l").out, "1\n");
+}
+
+// Somebody else has made a document of that name and length, with other bytes.
+TEST_F(MountLosses, ANewFileWaitsWhenTheDocumentOfItsNameIsAnothers) {
+  Serve();
+  Mount({"--write"});
+  const std::string name = std::string(frameFolder) + "new.lxz";
+  const int descriptor = open(Tree(name).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+  ASSERT_GE(descriptor, 0);
+  ASSERT_EQ(write(descriptor, "FENLET one\n", 11), 11);
+  WriteFile(Here("other"), "FENLET two\n");
+  ASSERT_EQ(Run({"put", "-q", "other", "//sim/" + name}).status, 0);
+  EXPECT_EQ(close(descriptor), -1);
+  EXPECT_EQ(errno, EIO);
+  EXPECT_THAT(Run({"recover"}).out, HasSubstr("there is a document of that name by now"));
+  EXPECT_EQ(OnServer("//sim/" + name), "FENLET two\n");
+}
+
 // The kernel tells of the last close late, or never when the mount ends before.
 TEST_F(MountLosses, AMountThatEndsLeavesNothingOfWhatProgramsHaveOpen) {
   Serve();

@@ -136,6 +136,18 @@ TEST_F(MountTest, LetsCommandsTakeItsPathsForAddresses) {
   EXPECT_EQ(Run({"uid", "source.lxz"}).status, 2);
 }
 
+// Not even where writing and checkouts are allowed.
+TEST_F(MountTest, ChangesNothingOnTheServerForThoseWhoOnlyLook) {
+  Serve();
+  Mount({"--write", "--auto-checkout"});
+  const auto result = Shell(
+      "cd \"$TREE\" && ls -lR && find . -print && find . -writable && find . -executable && "
+      "(! command -v getfattr || getfattr -R -d .) && grep -r FENLET . >/dev/null");
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_GT(Requests(), 0U);
+  EXPECT_EQ(Asked("\"method\":\"GET\""), Requests());
+}
+
 TEST_F(MountTest, IsSeenByItsUserAlone) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can look as somebody else";
   Serve();

@@ -41,9 +41,10 @@ class WorkFolderFaults : public WorkFolderTest {
   // Tries each accident at each request, until a run has no such request any more. Gives how many it made.
   int TryAll(const std::string& directory, const std::vector<std::string>& words,
              const std::function<void()>& before, const std::function<void()>& after) {
-    const auto start = [&](const std::string& proxy) {
+    const auto start = [&](const std::string& proxy, std::vector<std::string> all) {
+      all.insert(all.end(), words.begin(), words.end());
       environment_["http_proxy"] = proxy;
-      auto process = StartIn(directory, words);
+      auto process = StartIn(directory, all);
       environment_.erase("http_proxy");
       return process;
     };
@@ -108,8 +109,7 @@ TEST_F(WorkFolderFaults, OfACloneLeaveAWorkFolderThatAPullCompletes) {
   Serve();
   ReadServer();
   const int requests = TryAll(
-      "", {"--stall-timeout", "1", "clone", framePath, "--parallel", "2"},
-      [this] { std::filesystem::remove_all(Here("Frame")); },
+      "", {"clone", framePath, "--parallel", "2"}, [this] { std::filesystem::remove_all(Here("Frame")); },
       [this] {
         if (std::filesystem::exists(Here("Frame/.vtdirect/files.db"))) {
           ExpectStIsRight();
@@ -127,7 +127,7 @@ TEST_F(WorkFolderFaults, OfAPullLeaveAWorkFolderThatASecondOneCompletes) {
   ReadServer();
   int count = 0;
   const int requests = TryAll(
-      "Frame", {"--stall-timeout", "1", "pull", "--parallel", "2"},
+      "Frame", {"pull", "--parallel", "2"},
       [&] {
         StoreElsewhere("version " + std::to_string(++count));
         std::filesystem::remove(Here("Frame/frame.lxz"));
@@ -151,7 +151,7 @@ TEST_F(WorkFolderFaults, OfACommitLoseNothingAndASecondOneFinishesIt) {
   int count = 0;
   std::string mine;
   const int requests = TryAll(
-      "Frame", {"--stall-timeout", "1", "commit"},
+      "Frame", {"commit"},
       [&] {
         mine = "edit " + std::to_string(++count);
         WriteFile(Fork(), mine);

@@ -6,57 +6,56 @@ namespace vtdirect_cli {
 namespace {
 
 std::string FaultOf(const Variables& variables) {
-  Configuration configuration;
-  const auto fault = AddServersOfEnvironment(variables, configuration);
-  return fault ? fault->message : "";
+  const auto configuration = WithServersOfEnvironment({}, variables);
+  return configuration ? "" : configuration.failure().message;
 }
 
 }  // namespace
 
 TEST(ServersOfTheEnvironment, AreListedUnderTheNicknameAsItIsWritten) {
-  Configuration configuration;
-  EXPECT_FALSE(AddServersOfEnvironment({{"VTDIRECT_SERVER_plm", "https://plm.example/vt"},
-                                        {"VTDIRECT_SERVER_OLD_one", "http://old.example/"},
-                                        {"VTDIRECT_SERVER_empty", ""},
-                                        {"VTDIRECT_SERVER", "http://no.example/"}},
-                                       configuration));
-  EXPECT_EQ(configuration.servers,
+  const auto configuration = WithServersOfEnvironment({}, {{"VTDIRECT_SERVER_plm", "https://plm.example/vt"},
+                                                           {"VTDIRECT_SERVER_OLD_one", "http://old.example/"},
+                                                           {"VTDIRECT_SERVER_empty", ""},
+                                                           {"VTDIRECT_SERVER", "http://no.example/"}});
+  ASSERT_TRUE(configuration);
+  EXPECT_EQ(configuration->servers,
             (ServerMap{{"OLD_one", "http://old.example/"}, {"plm", "https://plm.example/vt"}}));
 }
 
 TEST(ServersOfTheEnvironment, HaveTheSettingsOfASectionOfTheConfigurationFile) {
-  Configuration configuration;
-  EXPECT_FALSE(AddServersOfEnvironment({{"VTDIRECT_SERVER_plm__CA_FILE", "/ca"},
-                                        {"VTDIRECT_SERVER_plm__max_time", "90"},
-                                        {"VTDIRECT_SERVER_plm", "https://plm.example/vt"}},
-                                       configuration));
-  EXPECT_EQ(SettingsFor(configuration, "https://plm.example/").authorityFile, "/ca");
-  EXPECT_EQ(SettingsFor(configuration, "https://plm.example/").maxTime, 90);
+  const auto configuration =
+      WithServersOfEnvironment({}, {{"VTDIRECT_SERVER_plm__CA_FILE", "/ca"},
+                                    {"VTDIRECT_SERVER_plm__max_time", "90"},
+                                    {"VTDIRECT_SERVER_plm", "https://plm.example/vt"}});
+  ASSERT_TRUE(configuration);
+  EXPECT_EQ(SettingsFor(*configuration, "https://plm.example/").authorityFile, "/ca");
+  EXPECT_EQ(SettingsFor(*configuration, "https://plm.example/").maxTime, 90);
 }
 
 TEST(ServersOfTheEnvironment, GoBeforeTheConfigurationFile) {
-  Configuration configuration;
-  configuration.servers = {{"plm", "https://plm.example/vt"}};
-  configuration.settings["plm"].proxy = "none";
-  configuration.settings["plm"].authorityFile = "/theirs";
-  EXPECT_FALSE(AddServersOfEnvironment(
-      {{"VTDIRECT_SERVER_plm", "https://plm.example/new"}, {"VTDIRECT_SERVER_plm__CA_FILE", "/ours"}},
-      configuration));
-  EXPECT_EQ(configuration.servers["plm"], "https://plm.example/new");
-  EXPECT_EQ(configuration.settings["plm"].proxy, "none");
-  EXPECT_EQ(configuration.settings["plm"].authorityFile, "/ours");
+  Configuration before;
+  before.servers = {{"plm", "https://plm.example/vt"}};
+  before.settings["plm"].proxy = "none";
+  before.settings["plm"].authorityFile = "/theirs";
+  auto configuration = WithServersOfEnvironment(before, {{"VTDIRECT_SERVER_plm", "https://plm.example/new"},
+                                                         {"VTDIRECT_SERVER_plm__CA_FILE", "/ours"}});
+  ASSERT_TRUE(configuration);
+  EXPECT_EQ(configuration->servers["plm"], "https://plm.example/new");
+  EXPECT_EQ(configuration->settings["plm"].proxy, "none");
+  EXPECT_EQ(configuration->settings["plm"].authorityFile, "/ours");
 }
 
 // A password or a certificate that the file says of one server must not go to another.
 TEST(ServersOfTheEnvironment, TakeNoSettingsOfAnotherHostAlong) {
-  Configuration configuration;
-  configuration.servers = {{"plm", "https://plm.example/vt"}};
-  configuration.settings["plm"].clientCertificate = "/theirs";
-  EXPECT_FALSE(AddServersOfEnvironment(
-      {{"VTDIRECT_SERVER_plm__CA_FILE", "/ours"}, {"VTDIRECT_SERVER_plm", "https://other.example/vt"}},
-      configuration));
-  EXPECT_EQ(configuration.settings["plm"].clientCertificate, "");
-  EXPECT_EQ(configuration.settings["plm"].authorityFile, "/ours");
+  Configuration before;
+  before.servers = {{"plm", "https://plm.example/vt"}};
+  before.settings["plm"].clientCertificate = "/theirs";
+  auto configuration = WithServersOfEnvironment(
+      before,
+      {{"VTDIRECT_SERVER_plm__CA_FILE", "/ours"}, {"VTDIRECT_SERVER_plm", "https://other.example/vt"}});
+  ASSERT_TRUE(configuration);
+  EXPECT_EQ(configuration->settings["plm"].clientCertificate, "");
+  EXPECT_EQ(configuration->settings["plm"].authorityFile, "/ours");
 }
 
 TEST(ServersOfTheEnvironment, NameTheVariableOfAFault) {
