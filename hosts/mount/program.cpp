@@ -85,7 +85,7 @@ void KeepFirstFolder(const char* name, bool isFolder, void* user) {
     return std::nullopt;
   }
   if (host.authenticationRefused()) {
-    return Failure{ExitCode::AuthenticationRefused, host.authenticationRefusal()};
+    return host.authenticationRefusal();
   }
   const int error = ErrorOf(outcome);
   if (error == ENOENT) return Failure{ExitCode::NotFound, "there is no directory " + address};

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "hosts/cli/browsing/mounted_path.h"
+#include "hosts/cli/servers/configuration_file.h"
 #include "hosts/cli/texts/near_word.h"
 
 namespace vtdirect_cli {
@@ -39,6 +40,14 @@ namespace {
   return nicknames;
 }
 
+// Who begins with a nickname alone has left the slashes out.
+[[nodiscard]] std::string PathOfNickname(const std::string& address) {
+  const std::vector<std::string> listed = ListedNicknames();
+  const std::string first = address.substr(0, address.find('/'));
+  if (std::find(listed.begin(), listed.end(), first) == listed.end()) return {};
+  return "did you mean //" + (first == address ? WithClosingSlash(address) : address) + "?";
+}
+
 }  // namespace
 
 Result<AddressKind> ClassifyAddress(const std::string& address) {
@@ -58,7 +67,10 @@ Result<AddressKind> ClassifyAddress(const std::string& address) {
     return Unusable(address,
                     "lies in a mount that has ended: mount the server there again, or give //NICK/...");
   }
-  return Unusable(address, "is neither a path (" + scheme + "://NICK/... or //NICK/...) nor a UID");
+  Failure neither =
+      Unusable(address, "is neither a path (" + scheme + "://NICK/... or //NICK/...) nor a UID");
+  neither.advice = PathOfNickname(address);
+  return neither;
 }
 
 std::string ServerHint(const std::string& address, AddressKind kind) {
@@ -73,9 +85,9 @@ std::optional<Failure> RequireListedServer(const std::string& address, AddressKi
                                : "the server of this UID, " + ServerOf(address) + ", is not listed";
   const std::string meant =
       kind == AddressKind::Path ? DidYouMean(NicknameOf(address), ListedNicknames()) : std::string();
-  return Failure{ExitCode::ServerNotListed, name + (kind == AddressKind::Path ? " is listed" : ""),
-                 meant + (meant.empty() ? "" : " else ") + "list it with --server " +
-                     ServerHint(address, kind) + " or in the configuration file"};
+  return Failure{
+      ExitCode::ServerNotListed, name + (kind == AddressKind::Path ? " is listed" : ""),
+      meant + (meant.empty() ? "" : " else ") + "list it " + HowToListServer(ServerHint(address, kind))};
 }
 
 bool IsById(const std::string& address, AddressKind kind) {

@@ -151,10 +151,6 @@ constexpr const char* unchangedText = "nothing was changed";
 
 }  // namespace
 
-std::string CommandToType(const std::string& command, const std::string& address) {
-  return "\"vtdirect " + command + " " + QuotedForShell(address) + "\"";
-}
-
 Failure WithState(Failure failure, const StateOnServer& state) {
   failure.message += "; " + state.text;
   failure.advice = state.next;

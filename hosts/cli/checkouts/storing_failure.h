@@ -7,6 +7,7 @@
 #include "hosts/cli/failures/failure.h"
 #include "hosts/cli/failures/result.h"
 #include "hosts/cli/program/host.h"
+#include "hosts/cli/texts/printable.h"
 
 /// What a checkout, a check-in and an undo say when they don't happen: the step, what is now on the
 /// server, and what to do next. Each asks the server, and changes nothing on it.
@@ -30,9 +31,6 @@ struct StateOnServer {
 
 /// The failure with the state on the server and what to do about it.
 [[nodiscard]] Failure WithState(Failure failure, const StateOnServer& state);
-
-/// A command line of this program in quotes, the address as a shell takes it.
-[[nodiscard]] std::string CommandToType(const std::string& command, const std::string& address);
 
 /// What to do when it is not known whether a checkout has ended.
 [[nodiscard]] std::string AdviceAfterEnd(CheckoutEnd end, const std::string& uid);

@@ -18,7 +18,7 @@ ExitCode RunBrowseUrl(Host& host, const Arguments& arguments) {
   std::string url;
   ForgetReasons();
   if (!VtDirectManager::BrowserInfo(address.c_str(), url)) {
-    return host.output().Fail(Diagnose(host, address, Seen::Missing));
+    return host.output().Fail(DiagnoseDocument(host, address));
   }
   host.output().Row({{"url", url}});
   return ExitCode::Ok;

@@ -157,12 +157,20 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
   return group == nullptr ? "" : group->name;
 }
 
-// "help get" is what "get --help" is. The parser takes the words from the back.
+[[nodiscard]] bool IsGroup(const std::string& word) {
+  return std::any_of(Groups().begin(), Groups().end(),
+                     [&word](const GroupRow& row) { return word == row.name; });
+}
+
+// "help get" is what "get --help" is, and "xliff help" what "xliff --help" is. The parser takes the words from the
+// back.
 [[nodiscard]] std::vector<std::string> WordsFor(int argc, const char* const* argv) {
   std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
   if (!words.empty() && words.front() == "help") {
     words.erase(words.begin());
     words.emplace_back("--help");
+  } else if (words.size() == 2 && IsGroup(words.front()) && words.back() == "help") {
+    words.back() = "--help";
   }
   std::reverse(words.begin(), words.end());
   return words;
@@ -191,16 +199,62 @@ void BindCommand(CLI::App& app, const CommandRow& row, Bindings& bindings) {
   return candidates;
 }
 
+// "see vtdirect get --help", of the command or the group that is on the line.
+[[nodiscard]] std::string SeeHelp(const CLI::App& app) {
+  const std::string named = NamedBy(app);
+  return "see vtdirect " + named + (named.empty() ? "" : " ") + "--help";
+}
+
+// What others call a command.
+struct OtherName {
+  const char* name;
+  const char* meant;
+};
+constexpr OtherName otherNames[] = {{"push", "did you mean put, or commit in a work folder?"},
+                                    {"upload", "did you mean put, or commit in a work folder?"},
+                                    {"download", "did you mean get?"}};
+
+// The first word, or the first one after a group's, if no command is called so.
+[[nodiscard]] std::optional<Failure> UnknownCommand(const CLI::App& app) {
+  const std::vector<std::string> words = app.remaining(true);
+  if (Chosen(app) != nullptr || words.empty() || words.front().starts_with('-')) return std::nullopt;
+  const std::string& word = words.front();
+  const GroupRow* const group = ChosenGroup(app);
+  std::string meant = DidYouMean(word, CandidatesFor(app, word));
+  for (const OtherName& other : otherNames) {
+    if (group == nullptr && word == other.name) meant = other.meant;
+  }
+  const std::string name = (group == nullptr ? "" : std::string(group->name) + " ") + word;
+  return Failure{ExitCode::Usage, "there is no command \"" + name + "\"",
+                 meant + (meant.empty() ? "" : " ") + SeeHelp(app)};
+}
+
+// The parser calls a value by its type; the table says what it is.
+[[nodiscard]] std::string WordsOf(const CLI::App& app, const CLI::ParseError& error) {
+  const std::string text = error.what();
+  const CommandRow* const command = Chosen(app);
+  std::vector<OptionRow> rows(GlobalOptions().begin(), GlobalOptions().end());
+  if (command != nullptr) rows.insert(rows.end(), command->options.begin(), command->options.end());
+  for (const OptionRow& row : rows) {
+    const std::string name = "--" + std::string(row.name.text());
+    if (row.value != nullptr && text.starts_with(name + ":") && text.ends_with(" missing")) {
+      const bool isVowel = std::string_view("AEIOU").find(row.value[0]) != std::string_view::npos;
+      return name + " takes " + (isVowel ? "an " : "a ") + row.value;
+    }
+  }
+  return text;
+}
+
 // In their order, which the parser's own text turns round.
 [[nodiscard]] Failure UnexpectedWords(const CLI::App& app) {
+  if (auto failure = UnknownCommand(app)) return *failure;
   std::string words;
   std::string meant;
   for (const std::string& word : app.remaining(true)) {
     if (words.empty()) meant = DidYouMean(word.substr(0, word.find('=')), CandidatesFor(app, word));
     words += " " + word;
   }
-  return {ExitCode::Usage, "not expected:" + words,
-          meant + (meant.empty() ? "" : " ") + "see vtdirect --help"};
+  return {ExitCode::Usage, "not expected:" + words, meant + (meant.empty() ? "" : " ") + SeeHelp(app)};
 }
 
 // Gives the operands after one that is given several times their values, which are the last ones.
@@ -250,7 +304,8 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
   try {
     app.parse(WordsFor(argc, argv));
   } catch (const CLI::CallForHelp&) {
-    line.text = ChosenHelp(app);
+    line.failure = UnknownCommand(app);
+    if (!line.failure) line.text = ChosenHelp(app);
     return line;
   } catch (const CLI::CallForVersion&) {
     line.text = VersionText() + "\n";
@@ -260,7 +315,7 @@ CommandLine ParseCommandLine(int argc, const char* const* argv) {
     line.named = NamedBy(app);
     return line;
   } catch (const CLI::ParseError& error) {
-    line.failure = Failure{ExitCode::Usage, error.what(), "see vtdirect --help"};
+    line.failure = Failure{ExitCode::Usage, WordsOf(app, error), SeeHelp(app)};
     line.named = NamedBy(app);
     return line;
   }

@@ -24,6 +24,9 @@
 namespace vtdirect_cli {
 namespace {
 
+// The status by which a shell says that there is no such program.
+constexpr int notFoundByShell = 127;
+
 /// One call of the command.
 class Editing {
  public:
@@ -38,7 +41,6 @@ class Editing {
   [[nodiscard]] ExitCode Run(const std::string& editor) {
     goesOn_ = HasUnstored();
     auto failure = goesOn_ ? RefusalToGoOn() : std::nullopt;
-    if (!failure) WarnOfMetadata();
     if (!failure) failure = CheckOut();
     if (!failure) failure = Fetch();
     if (!failure) failure = Edit(editor);
@@ -71,7 +73,7 @@ class Editing {
     if (!metadata_.empty() || !VtDirectManager::SupportsVCSMetadata(address_.c_str())) return;
     host_.output().Warning(
         "if " + address_ +
-        " has metadata, the version that this edit makes has none; --metadata FILE stores it");
+        " had metadata, what was stored now has none; give --metadata FILE to store it too");
     ForgetReasons();
   }
 
@@ -102,7 +104,7 @@ class Editing {
     if (goesOn_) return std::nullopt;
     const StepResult step = FetchToEdit(host_, address_, kept_.file());
     if (step.failure) {
-      UndoAfterFailure();
+      static_cast<void>(UndoAfterFailure());
       return step.failure;
     }
     fetched_ = Sha256OfFile(kept_.file());
@@ -117,12 +119,17 @@ class Editing {
     host_.output().Note("editing " + kept_.file());
     const int status = RunInForeground(editor, {kept_.file()});
     if (status == 0 && access(kept_.file().c_str(), R_OK) == 0) return std::nullopt;
-    if (!IsChanged()) UndoAfterFailure();
-    if (status == 0) return Failure{ExitCode::LocalFile, "the editor has left no file; nothing was stored"};
-    return Failure{ExitCode::Failure,
-                   "the editor " + Printable(editor) +
-                       (status < 0 ? " can't be started" : " ended with status " + std::to_string(status)) +
-                       "; nothing was stored"};
+    const bool isUndone = !IsChanged() && UndoAfterFailure();
+    const std::string now =
+        isUndone ? "; nothing was stored, and the checkout was undone" : "; nothing was stored";
+    if (status == 0) return Failure{ExitCode::LocalFile, "the editor has left no file" + now};
+    return Failure{ExitCode::Failure, "the editor " + Printable(editor) + EndOfEditor(status) + now,
+                   status == notFoundByShell ? "set VISUAL or EDITOR" : ""};
+  }
+
+  [[nodiscard]] static std::string EndOfEditor(int status) {
+    if (status < 0) return " can't be started";
+    return status == notFoundByShell ? " was not found" : " ended with status " + std::to_string(status);
   }
 
   [[nodiscard]] bool IsChanged() const {
@@ -141,6 +148,7 @@ class Editing {
     const StepResult step = StoreEdited(host_, address_, {kept_.file(), metadata_}, checkIn);
     uid_ = step.uid;
     checkedIn_ = !step.failure && checkIn;
+    if (!step.failure) WarnOfMetadata();
     return step.failure;
   }
 
@@ -157,14 +165,16 @@ class Editing {
   }
 
   // The checkout that was made for an edit that did not come to be. Its own failure is told beside the other.
-  void UndoAfterFailure() {
-    if (kept_.stage() != EditStage::CheckedOut || goesOn_ || Interrupted()) return;
+  // Returns whether it was undone.
+  bool UndoAfterFailure() {
+    if (kept_.stage() != EditStage::CheckedOut || goesOn_ || Interrupted()) return false;
     const StepResult step = UndoUnedited(host_, address_);
-    if (!step.failure) {
-      kept_.Remove();
-      return;
+    if (step.failure) {
+      host_.output().Warning(address_ + " is still checked out: " + step.failure->Text());
+      return false;
     }
-    host_.output().Warning(address_ + " is still checked out: " + step.failure->Text());
+    kept_.Remove();
+    return true;
   }
 
   [[nodiscard]] std::string StoreCommand() const {

@@ -15,7 +15,7 @@ namespace {
 
 [[nodiscard]] Failure WhyNoPage(Host& host, const std::string& address, const std::string& uid) {
   const std::string hint = WordsOfLastReason();
-  if (uid.empty() || !VtDirectManager::FileExists(uid.c_str())) return Diagnose(host, address, Seen::Missing);
+  if (uid.empty() || !VtDirectManager::FileExists(uid.c_str())) return DiagnoseDocument(host, address);
   const CheckoutState state = ReadCheckoutState(uid);
   if (state.status == VtDirectManager::CheckoutNone) {
     return {ExitCode::Failure, address + " is no working copy, and only those have attributes to edit; " +

@@ -26,12 +26,12 @@ ExitCode RunLinks(Host& host, const Arguments& arguments) {
 
   ForgetReasons();
   const std::string uid = ReadableUid(UidToGoOnWith(host, address));
-  if (uid.empty()) return host.output().Fail(Diagnose(host, address, Seen::Missing));
+  if (uid.empty()) return host.output().Fail(DiagnoseDocument(host, address));
   std::map<std::string, std::string> links;
   VtDirectManager::GetSourceLinks(uid.c_str(), links);
   // A document that can't be read has no links either.
   if (links.empty() && (!VtDirectManager::FileExists(uid.c_str()) || LastAnswerWasBroken())) {
-    return host.output().Fail(Diagnose(host, address, Seen::Missing));
+    return host.output().Fail(DiagnoseDocument(host, address));
   }
   std::uint64_t unreadable = 0;
   for (const auto& [name, source] : links) {

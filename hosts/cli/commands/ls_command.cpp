@@ -6,6 +6,7 @@
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/program/host.h"
+#include "hosts/cli/servers/configuration_file.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -72,7 +73,7 @@ void ShowNickname(const char* nickname, void* user) {
 ExitCode ListServers(Host& host) {
   VtDirectManager::ReadRootDirs(ShowNickname, &host.output());
   if (host.servers().empty()) {
-    host.output().Note("no servers are listed; list one with --server NICK=URL or in the configuration file");
+    host.output().Note("no servers are listed; list one " + HowToListServer("NICK=URL"));
   }
   return ExitCode::Ok;
 }

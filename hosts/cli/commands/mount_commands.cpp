@@ -214,7 +214,7 @@ CommandRow MountCommand() {
 
 CommandRow UnmountCommand() {
   return {"unmount",
-          "Take a mounted server away",
+          "Unmount a server",
           "Unmounts what mount has mounted at DIR, and returns when its program has ended. Also clears away "
           "what a killed mount has left.",
           {{"DIR", "The directory."}},

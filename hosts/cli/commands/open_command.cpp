@@ -34,7 +34,7 @@ ExitCode RunOpen(Host& host, const Arguments& arguments) {
   std::string url;
   ForgetReasons();
   if (!VtDirectManager::BrowserInfo(address.c_str(), url)) {
-    return host.output().Fail(Diagnose(host, address, Seen::Missing));
+    return host.output().Fail(DiagnoseDocument(host, address));
   }
   // What is no address of the web could be taken for an option, or for a file of this machine.
   if (!OriginOf(url)) {

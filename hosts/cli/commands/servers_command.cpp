@@ -2,6 +2,7 @@
 
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/program/host.h"
+#include "hosts/cli/servers/configuration_file.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -14,7 +15,7 @@ void ShowServer(const char* nickname, void* user) {
 ExitCode RunServers(Host& host, const Arguments& /*arguments*/) {
   VtDirectManager::ReadRootDirs(ShowServer, &host);
   if (host.servers().empty()) {
-    host.output().Note("no servers are listed; list one with --server NICK=URL or in the configuration file");
+    host.output().Note("no servers are listed; list one " + HowToListServer("NICK=URL"));
   }
   return ExitCode::Ok;
 }

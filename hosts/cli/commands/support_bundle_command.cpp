@@ -50,7 +50,7 @@ ExitCode RunSupportBundle(Host& host, const Arguments& arguments) {
 
 CommandRow SupportBundleCommand() {
   return {"support-bundle",
-          "Collect what a helper needs to find a fault",
+          "Collect what support needs to find a fault",
           "Writes FILE, a compressed tar archive: the versions of vtdirect and of the system, the servers "
           "with their settings, what doctor says of each of them, and the exchanges that it made with them, "
           "as --log-http writes them. FILE must not be there.\n\n"

@@ -20,7 +20,7 @@ ExitCode RunUid(Host& host, const Arguments& arguments) {
   const auto parsed = VtDirectManager::ParseUID(uid.c_str());
   const bool isNamed = parsed && !parsed->fileName.empty();
   const bool confirmed = isNamed || (!uid.empty() && VtDirectManager::FileExists(address.c_str()));
-  if (!confirmed) return host.output().Fail(Diagnose(host, address, Seen::Missing));
+  if (!confirmed) return host.output().Fail(DiagnoseDocument(host, address));
   host.output().Row({{"uid", uid}});
   return ExitCode::Ok;
 }

@@ -20,7 +20,7 @@ ExitCode RunUrl(Host& host, const Arguments& arguments) {
   ForgetReasons();
   const bool isTold = VtDirectManager::GetFileDownloadURL(address.c_str(), url, &cacheKey);
   if (!isTold || (url.empty() && LastAnswerWasBroken())) {
-    return host.output().Fail(Diagnose(host, address, Seen::Missing));
+    return host.output().Fail(DiagnoseDocument(host, address));
   }
   if (url.empty()) return host.output().Fail({ExitCode::DownloadFailed, address + " has no content"});
   host.output().Row({{"url", url}}, {{"url", url}, {"cache_key", cacheKey}});

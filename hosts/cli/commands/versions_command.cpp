@@ -111,7 +111,7 @@ void Show(Host& host, const std::string& address, bool isOfMany, const History& 
   if (!uid.empty()) ForgetReasons();
   const bool isTold = !uid.empty() && VtDirectManager::GetLatest(address.c_str(), latest.version, latest.uid);
   if (!isTold || LastAnswerWasBroken()) {
-    return host.output().Fail(Diagnose(host, address, Seen::Missing));
+    return host.output().Fail(DiagnoseDocument(host, address));
   }
   const std::string path = VtDirectManager::GetVFSPathLatest(PlacedAddress(address, *kind).c_str());
   History history = FromFolder(path, uid);

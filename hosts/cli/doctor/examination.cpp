@@ -15,6 +15,7 @@
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/program/interruption.h"
+#include "hosts/cli/servers/configuration_file.h"
 #include "hosts/cli/servers/origin.h"
 
 namespace vtdirect_cli {
@@ -110,7 +111,7 @@ class Examination {
     if (certificate) return Tell(*certificate);
     if (!isTls) {
       return Tell({"certificate", ExaminedStep::State::Warning,
-                   "none: the server is asked over http, so all goes in clear",
+                   "none: the server is asked over http, so everything goes unencrypted",
                    "list it with https if it can be reached so"});
     }
     Tell({"certificate", ExaminedStep::State::Skipped, "the connection was there already", {}});
@@ -212,7 +213,7 @@ class Examination {
       return Tell({"content address", ExaminedStep::State::Ok, place + " gives contents", {}});
     const std::string seen = answer.status == 0 ? answer.fault : "HTTP " + std::to_string(answer.status);
     Tell({"content address", ExaminedStep::State::Failed, place + " gives no contents: " + seen,
-          answer.status == 401 ? host_.authenticationRefusal()
+          answer.status == 401 ? host_.authenticationRefusal().Text()
                                : "the way from here to that address has to be open as well"},
          ExitCode::DownloadFailed);
   }
@@ -254,8 +255,7 @@ Result<std::vector<ExaminedServer>> ServersToExamine(const Host& host, const std
   }
   if (!servers.empty()) return servers;
   if (nickname.empty()) {
-    return Failure{ExitCode::Usage, "no servers are listed",
-                   "list one with --server NICK=URL or in the configuration file"};
+    return Failure{ExitCode::Usage, "no servers are listed", "list one " + HowToListServer("NICK=URL")};
   }
   return host.NotListed(nickname);
 }

@@ -41,7 +41,7 @@ Route RouteNow(const std::string& url) {
             .words = "through the proxy " + WithoutLogin(proxy) + ", as " + name + " says" +
                      (hasExceptions ? ", unless no_proxy names the host" : "")};
   }
-  return {.isProxy = false, .words = "direct; no proxy is named"};
+  return {.isProxy = false, .words = "direct; no proxy is set"};
 }
 
 }  // namespace vtdirect_cli

@@ -6,7 +6,10 @@
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/temporary_files.h"
 #include "hosts/cli/program/interruption.h"
+#include "hosts/cli/servers/login_advice.h"
+#include "hosts/cli/servers/origin.h"
 #include "hosts/cli/texts/network_failures.h"
+#include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -95,8 +98,14 @@ constexpr int firstOfServerErrors = 500;
 // The server may offer no way to log in that could ever be accepted.
 [[nodiscard]] Failure RefusedLogin(const Host& host) {
   const std::string hint = NetworkHint(LastReason());
-  const std::string refusal = host.authenticationRefusal();
-  return WithReason({ExitCode::AuthenticationRefused, hint.empty() ? refusal : refusal + " (" + hint + ")"});
+  Failure refusal = host.authenticationRefusal();
+  if (!hint.empty()) refusal.message += " (" + hint + ")";
+  return WithReason(refusal);
+}
+
+[[nodiscard]] std::string HowToLogInAnewAt(const Host& host, const std::string& url) {
+  const auto origin = OriginOf(url);
+  return HowToLogInAnew(origin ? LoginFactsOf(host.configuration(), *origin) : LoginFacts());
 }
 
 [[nodiscard]] Failure ServerFailureOfCode(const Host& host, const std::string& url, std::int32_t code) {
@@ -105,7 +114,7 @@ constexpr int firstOfServerErrors = 500;
   if (host.authenticationRefused()) return RefusedLogin(host);
   switch (code) {
     case VtDirectManager::StatusServerRefused:
-      return {ExitCode::AuthenticationRefused, url + " refused the credentials"};
+      return {ExitCode::AuthenticationRefused, url + " refused the credentials", HowToLogInAnewAt(host, url)};
     case VtDirectManager::StatusServerUnsupported:
       return UnsupportedFailure(url);
     default:
@@ -198,6 +207,19 @@ Failure Diagnose(Host& host, const std::string& address, Seen seen) {
   if (!failure) failure = DiagnoseByQuestions(host, address, seen, reason);
   if (!failure->reason) failure->reason = reason;
   return *failure;
+}
+
+bool IsPathOfFolder(const std::string& address) {
+  const auto kind = ClassifyAddress(address);
+  return kind && !IsById(address, *kind) &&
+         VtDirectManager::FileOrFolderExists(WithClosingSlash(address).c_str());
+}
+
+Failure DiagnoseDocument(Host& host, const std::string& address) {
+  Failure failure = Diagnose(host, address, Seen::Missing);
+  if (failure.code != ExitCode::NotFound || !IsPathOfFolder(address)) return failure;
+  return {ExitCode::Failure, address + " is a folder, and this command takes a document",
+          CommandToType("ls", address) + " lists the folder"};
 }
 
 Failure DiagnoseObjectAsDirectory(Host& host, const std::string& address) {

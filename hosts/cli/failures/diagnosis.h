@@ -20,6 +20,12 @@ enum class Seen { Missing, Unknown };
 /// object. An object that the server keeps from this user can't be told from one that is not there.
 [[nodiscard]] Failure Diagnose(Host& host, const std::string& address, Seen seen);
 
+/// Whether the address is the path of a folder, closed by "/" or not. Makes requests.
+[[nodiscard]] bool IsPathOfFolder(const std::string& address);
+
+/// Why a command that works on a document found none: Diagnose, and that the path is a folder's where it is.
+[[nodiscard]] Failure DiagnoseDocument(Host& host, const std::string& address);
+
 /// Why the server, which can be used, did not give an object. Makes no request.
 /// @param reason  of the call that asked for the object; nothing if it gave none
 [[nodiscard]] Failure ObjectFailure(const Host& host, const std::string& address,

@@ -17,7 +17,9 @@ constexpr ExitCodeRow rows[] = {
      "The server is of a release that is not supported, or lacks what the command needs."},
     {ExitCode::NotFound, "not-found", "The server answered and did not deliver the object."},
     {ExitCode::DownloadFailed, "download-failed",
-     "The object is there, but its content did not arrive whole. What was at the target is untouched."},
+     "The object is there, but it has no content, or its content did not arrive whole. What was at the "
+     "target is "
+     "untouched."},
     {ExitCode::LocalFile, "local-file",
      "A local file could not be read or written, or is not what the command takes."},
     {ExitCode::ServerNotListed, "server-not-listed",

@@ -36,11 +36,17 @@ struct Progress {
   return {ExitCode::LocalFile, "cannot write " + what + ": " + std::strerror(error)};
 }
 
+// Why nothing can be fetched from an address, which may be a folder's.
+[[nodiscard]] Failure DiagnoseDownload(Host& host, const std::string& address, Seen seen) {
+  Failure failure = Diagnose(host, address, seen);
+  if (failure.code != ExitCode::NotFound || !IsPathOfFolder(address)) return failure;
+  return {ExitCode::Failure, address + " is a folder; nothing was fetched",
+          CommandToType("get -r", address) + " fetches it"};
+}
+
 // Why no file name could be found for the target.
 [[nodiscard]] Failure NamelessFailure(Host& host, const std::string& address) {
-  const bool isDirectory = address.ends_with('/');
-  if (!isDirectory && !VtDirectManager::FileExists(address.c_str()))
-    return Diagnose(host, address, Seen::Missing);
+  if (!VtDirectManager::FileExists(address.c_str())) return DiagnoseDownload(host, address, Seen::Missing);
   return {ExitCode::Usage, "\"" + address + "\" has no file name; name a file with -o"};
 }
 
@@ -61,7 +67,7 @@ struct Progress {
                        "the content of " + download.address + " was not taken: " + NetworkHint(reason)});
   }
   const int status = reason ? reason->httpStatus : 0;
-  if (progress.received == 0 || status == 401) return Diagnose(host, download.address, Seen::Unknown);
+  if (progress.received == 0 || status == 401) return DiagnoseDownload(host, download.address, Seen::Unknown);
   // What came is then no part of the content, but what the server says instead of it.
   if (status != 0 && status != 200) {
     return WithReason({ExitCode::DownloadFailed,
@@ -181,7 +187,7 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
 
 [[nodiscard]] Result<std::uint64_t> TellDownload(Host& host, const Download& download) {
   ForgetReasons();
-  if (!IsThere(download)) return Diagnose(host, download.address, Seen::Unknown);
+  if (!IsThere(download)) return DiagnoseDownload(host, download.address, Seen::Unknown);
   const std::string file = download.target.path.empty() ? "-" : download.target.path;
   Record json = download.described;
   json.insert(json.end(), {{"file", file}, {"dry_run", true}});

@@ -18,9 +18,11 @@ namespace {
          !RequireListedServer(address, *kind);
 }
 
-[[nodiscard]] bool IsCheckedOutHere(const BookContents& book, const std::string& uid) {
-  return std::any_of(book.checkouts.begin(), book.checkouts.end(),
-                     [&uid](const KeptCheckout& checkout) { return LeadsTo(checkout, uid); });
+// The UID of the working copy that vtdirect keeps for what has this one; empty for none.
+[[nodiscard]] std::string KeptCopyOf(const BookContents& book, const std::string& uid) {
+  const auto found = std::find_if(book.checkouts.begin(), book.checkouts.end(),
+                                  [&uid](const KeptCheckout& checkout) { return LeadsTo(checkout, uid); });
+  return found == book.checkouts.end() ? std::string() : found->uid;
 }
 
 [[nodiscard]] std::vector<Subject> DocumentsOf(const RemoteTree& tree) {
@@ -39,15 +41,14 @@ class Gathering {
         book_(ofFolders == OfFolders::CheckedOutHere ? CheckoutBook().Read() : BookContents()) {}
 
   void AddDocument(const Subject& subject) {
-    if (known_.insert(subject.uid.empty() ? subject.address : subject.uid).second) {
-      gathered_.found.push_back(subject);
-    }
+    static_cast<void>(TakesItsCopy(subject));
+    AddOnce(subject);
   }
 
   void AddTree(const RemoteTree& tree) {
     AddFailures(tree.failures);
     for (const Subject& document : DocumentsOf(tree)) {
-      if (ofFolders_ == OfFolders::All || IsCheckedOutHere(book_, document.uid)) AddDocument(document);
+      if (ofFolders_ == OfFolders::All || TakesItsCopy(document)) AddOnce(document);
     }
   }
 
@@ -58,10 +59,27 @@ class Gathering {
   [[nodiscard]] Subjects TakeSubjects() { return std::move(gathered_); }
 
  private:
+  void AddOnce(const Subject& subject) {
+    if (known_.insert(UidOf(subject)).second) gathered_.found.push_back(subject);
+  }
+
+  // Whether the subject is the first one by which this working copy is met. A workspace of the folder shows the
+  // same one that its document leads to, and a checkout ends once.
+  [[nodiscard]] bool TakesItsCopy(const Subject& subject) {
+    const std::string copy = KeptCopyOf(book_, UidOf(subject));
+    return !copy.empty() && copies_.insert(copy).second;
+  }
+
+  // The UID of a document that was named by its path is not known before the command asks for it.
+  [[nodiscard]] static const std::string& UidOf(const Subject& subject) {
+    return subject.uid.empty() ? subject.address : subject.uid;
+  }
+
   OfFolders ofFolders_;
   BookContents book_;
   Subjects gathered_;
-  std::set<std::string> known_;  // UIDs, and addresses without one
+  std::set<std::string> known_;   // UIDs, and addresses without one
+  std::set<std::string> copies_;  // UIDs of working copies that are among what was gathered
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 #include "hosts/cli/browsing/folders_ahead.h"
@@ -12,6 +13,7 @@
 #include "hosts/cli/files/temporary_files.h"
 #include "hosts/cli/http_log/asked_pause.h"
 #include "hosts/cli/program/environment.h"
+#include "hosts/cli/servers/configuration_file.h"
 #include "hosts/cli/servers/server_access.h"
 #include "hosts/cli/servers/server_environment.h"
 #include "hosts/cli/texts/near_word.h"
@@ -97,10 +99,10 @@ std::optional<Failure> Host::SetUp(const CommandRow& command, const Arguments& a
 }
 
 std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
-  const std::string fromEnvironment = Environment("VTDIRECT_CONFIG");
-  const bool named = arguments.Has("config") || !fromEnvironment.empty();
-  std::string path = arguments.Has("config") ? arguments.Text("config") : fromEnvironment;
-  if (!named) path = DefaultConfigurationPath(Environment("XDG_CONFIG_HOME"), Environment("HOME"));
+  // A vtdirect that a helper or an editor starts works with the same servers.
+  if (arguments.Has("config")) setenv("VTDIRECT_CONFIG", arguments.Text("config").c_str(), 1);
+  const bool named = arguments.Has("config") || !Environment("VTDIRECT_CONFIG").empty();
+  const std::string path = arguments.Has("config") ? arguments.Text("config") : ConfigurationFile();
   if (!path.empty() || named) {
     auto read = LoadConfiguration(path, named);
     if (!read) return read.failure();
@@ -237,6 +239,7 @@ std::optional<Failure> Host::SetCredentials(const Arguments& arguments) {
   sources_.password = Environment("VTDIRECT_PASSWORD");
   if (!arguments.Has("no-prompt")) sources_.prompt = PromptForPassword;
   SetHelper();
+  sources_.facts = [this](const Origin& origin) { return LoginFactsOf(configuration_, origin); };
 
   if (arguments.Has("netrc")) {
     // The user counts on this file: not to use it is a failure, and not only a warning.
@@ -282,7 +285,7 @@ std::optional<Failure> Host::RequireHelper(const std::string& url) const {
   return Failure{ExitCode::Usage,
                  "no credential_helper is set for " + url + ", so there is nobody to keep a login",
                  "name one in the server's section of the configuration file, for example "
-                 "/usr/lib/git-core/git-credential-libsecret"};
+                 "/usr/lib/git-core/git-credential-cache, which keeps a login in memory for a while"};
 }
 
 std::optional<Failure> Host::StoreCredentials(const std::string& url,
@@ -344,9 +347,10 @@ bool Host::authenticationRefused() const {
   return whole_.authenticator_ && whole_.authenticator_->refused();
 }
 
-std::string Host::authenticationRefusal() const {
+Failure Host::authenticationRefusal() const {
   const std::lock_guard lock(whole_.authenticating_);
-  return whole_.authenticator_ ? whole_.authenticator_->refusal() : "";
+  if (!whole_.authenticator_) return {ExitCode::AuthenticationRefused, ""};
+  return {ExitCode::AuthenticationRefused, whole_.authenticator_->refusal(), whole_.authenticator_->advice()};
 }
 
 void Host::TellCredentialsAccepted() {

@@ -75,7 +75,7 @@ class Host {
 
   /// Whether a demand for authentication went without an answer, and what to tell the user.
   [[nodiscard]] bool authenticationRefused() const;
-  [[nodiscard]] std::string authenticationRefusal() const;
+  [[nodiscard]] Failure authenticationRefusal() const;
   /// Forgets the refusal of one server before the next one is asked.
   void ForgetAuthenticationRefusal();
 

@@ -46,8 +46,8 @@ bool Authenticator::Answer(const std::string& url) {
   const std::optional<Origin> origin = OriginOf(url);
   if (!origin || !IsAmong(named_, *origin)) {
     refusal_ = (origin ? TextOf(*origin) : url) +
-               " demands credentials; they go only to servers that you have named, and this is none of them; "
-               "list it with --server too if it may have them";
+               " demands credentials; they go only to servers that you have named, and this is none of them";
+    advice_ = "list it with --server too if it may have them";
     return false;
   }
   Progress& progress = ProgressOf(*origin);
@@ -56,19 +56,31 @@ bool Authenticator::Answer(const std::string& url) {
     progress.offered = true;
     return true;
   }
-  refusal_ = TextOf(*origin) + RefusalOf(progress);
+  Refuse(progress);
   return false;
 }
 
-std::string Authenticator::RefusalOf(const Progress& progress) const {
-  if (progress.offered) return " refused the credentials";
+LoginFacts Authenticator::FactsOf(const Origin& origin) const {
+  return sources_.facts ? sources_.facts(origin) : LoginFacts();
+}
+
+void Authenticator::Refuse(const Progress& progress) {
+  const std::string server = TextOf(progress.origin);
+  const LoginFacts facts = FactsOf(progress.origin);
+  if (progress.offered) {
+    refusal_ = server + " refused the credentials";
+    advice_ = HowToLogInAnew(facts);
+    return;
+  }
   const bool hasPassword = !sources_.user.empty() && !sources_.password.empty();
   if ((hasPassword || !sources_.token.empty()) && !IsAmong(meant_, progress.origin)) {
-    return " demands credentials; those of the environment are for the server that the command names; if "
-           "this one may have them too, name it in that server's login_also_for";
+    refusal_ =
+        server + " demands credentials; those of the environment are for the server that the command names";
+    advice_ = HowToLogInAlso(meant_.empty() ? LoginFacts() : FactsOf(meant_.front()), facts);
+    return;
   }
-  return " demands credentials; set VTDIRECT_USER and VTDIRECT_PASSWORD or VTDIRECT_TOKEN, or list it in a "
-         "netrc file";
+  refusal_ = server + " demands credentials";
+  advice_ = HowToLogIn(facts);
 }
 
 bool Authenticator::Take(Progress& progress, const std::string& url) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "hosts/cli/servers/login_advice.h"
 #include "hosts/cli/servers/netrc.h"
 #include "hosts/cli/servers/origin.h"
 #include "hosts/cli/servers/password_prompt.h"
@@ -38,6 +39,8 @@ struct CredentialSources {
   /// Asks the user; nothing when that is not possible. May be empty.
   std::function<std::optional<PasswordCredentials>(const std::string& origin, const std::string& user)>
       prompt;
+  /// What an advice about the login at an origin depends on. May be empty.
+  std::function<LoginFacts(const Origin& origin)> facts;
 };
 
 /// Where they go.
@@ -73,8 +76,9 @@ class Authenticator {
 
   /// Whether a demand has gone without an answer.
   [[nodiscard]] bool refused() const { return !refusal_.empty(); }
-  /// What to tell the user about it.
+  /// What to tell the user about it, and what to do next.
   [[nodiscard]] const std::string& refusal() const { return refusal_; }
+  [[nodiscard]] const std::string& advice() const { return advice_; }
   /// Starts anew with `refused`. What was tried stays tried.
   void ForgetRefusal() { refusal_.clear(); }
 
@@ -91,7 +95,8 @@ class Authenticator {
   };
 
   [[nodiscard]] Progress& ProgressOf(const Origin& origin);
-  [[nodiscard]] std::string RefusalOf(const Progress& progress) const;
+  void Refuse(const Progress& progress);
+  [[nodiscard]] LoginFacts FactsOf(const Origin& origin) const;
   [[nodiscard]] bool Take(Progress& progress, const std::string& url);
   [[nodiscard]] bool OfferToken(const Progress& progress, const std::string& url);
   [[nodiscard]] bool OfferEnvironment(const Progress& progress, const std::string& url);
@@ -107,6 +112,7 @@ class Authenticator {
   std::vector<Progress> progress_;
   std::optional<std::vector<NetrcEntry>> netrcEntries_;
   std::string refusal_;
+  std::string advice_;
 };
 
 }  // namespace vtdirect_cli

@@ -59,7 +59,7 @@ namespace {
                                 "to create it leave the version away, which the server chooses"});
   }
   if (!folderGiven && IsFolder(path)) {
-    return Unsent(path + " is a folder", "close it with \"/\" to put the file into it");
+    return Unsent(path + " is a folder", "end it with \"/\" to put the file into it");
   }
   const std::string folder = FolderOf(path);
   if (IsFolder(folder)) return PutTarget{.action = PutTarget::Action::Create, .address = path};

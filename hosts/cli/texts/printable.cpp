@@ -115,6 +115,10 @@ std::string QuotedForShell(std::string_view text) {
   return quoted + "'";
 }
 
+std::string CommandToType(const std::string& command, const std::string& address) {
+  return "\"vtdirect " + command + " " + QuotedForShell(address) + "\"";
+}
+
 std::string ByteCount(std::uint64_t count) {
   return std::to_string(count) + (count == 1 ? " byte" : " bytes");
 }

@@ -32,6 +32,9 @@ struct FirstCharacter {
 /// The text in single quotes, as a shell takes it for one word.
 [[nodiscard]] std::string QuotedForShell(std::string_view text);
 
+/// A command line of this program in quotes, the address as a shell takes it.
+[[nodiscard]] std::string CommandToType(const std::string& command, const std::string& address);
+
 /// "1 byte", "2 bytes".
 [[nodiscard]] std::string ByteCount(std::uint64_t count);
 

@@ -35,7 +35,7 @@ std::span<const SectionRow> Sections() {
        "  archive = http://archive.example:8080/vt\n\n"
        "  [server plm]\n"
        "  client_cert = /home/joe/plm.pem\n"
-       "  credential_helper = /usr/lib/git-core/git-credential-libsecret\n"
+       "  credential_helper = /usr/lib/git-core/git-credential-cache\n"
        "  max_time = 600\n\n"
        "What is said in a section of a server's own holds for scheme, host and port of its URL. All of it "
        "may "

@@ -54,12 +54,14 @@ TEST_F(VtDirect, AsksWhetherAnotherWordWasMeant) {
     return result.err;
   };
   EXPECT_THAT(adviceOf({"chekout", "//a/b"}, 2),
-              HasSubstr("not expected: chekout //a/b; did you mean checkout?"));
+              HasSubstr("there is no command \"chekout\"; did you mean checkout?"));
   EXPECT_THAT(adviceOf({"get", "//a/b", "--ouput", "f"}, 2), HasSubstr("did you mean --output?"));
   EXPECT_THAT(adviceOf({"xliff", "lst"}, 2), HasSubstr("did you mean list?"));
   EXPECT_THAT(adviceOf({"xlif", "put"}, 2), HasSubstr("did you mean xliff?"));
   EXPECT_THAT(adviceOf({"--server", "plm=http://h/", "get", "//plmm/b"}, 9), HasSubstr("did you mean plm?"));
   EXPECT_THAT(adviceOf({"--server", "plm=http://h/", "doctor", "lpm"}, 9), HasSubstr("did you mean plm?"));
+  EXPECT_THAT(adviceOf({"--server", "plm=http://h/", "ls", "plm"}, 2), HasSubstr("did you mean //plm/?"));
+  EXPECT_THAT(adviceOf({"--server", "plm=http://h/", "uid", "plm/b"}, 2), HasSubstr("did you mean //plm/b?"));
   EXPECT_EQ(adviceOf({"zzzzzz"}, 2).find("did you mean"), std::string::npos);
 }
 

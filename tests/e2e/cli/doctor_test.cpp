@@ -30,7 +30,7 @@ TEST_F(Doctor, WalksTheWayToAServerThatIsWell) {
   const ProcessResult result = Run({"doctor", "sim"});
   EXPECT_EQ(result.status, 0) << result.out << result.err;
   EXPECT_EQ(LineOf("name", result), "sim\tname\tok\t127.0.0.1 is an address");
-  EXPECT_EQ(LineOf("route", result), "sim\troute\tok\tdirect; no proxy is named");
+  EXPECT_EQ(LineOf("route", result), "sim\troute\tok\tdirect; no proxy is set");
   EXPECT_THAT(
       LineOf("connection", result),
       MatchesRegex(

@@ -72,9 +72,8 @@ TEST_F(Edit, SaysThatTheMetadataGoesAndStoresWhatItIsGiven) {
   };
   const ProcessResult plain = Run({"edit", forkPath});
   EXPECT_EQ(plain.status, 0) << plain.err;
-  EXPECT_THAT(plain.err,
-              HasSubstr("warning: if " + std::string(forkPath) +
-                        " has metadata, the version that this edit makes has none; --metadata FILE"));
+  EXPECT_THAT(plain.err, HasSubstr("warning: if " + std::string(forkPath) +
+                                   " had metadata, what was stored now has none; give --metadata FILE"));
   EXPECT_EQ(metadataIn(plain), "");
   UseEditor("printf 'edited again\\n' > \"$1\"");
   WriteFile(Here("metadata.json"), "{}");
@@ -82,6 +81,22 @@ TEST_F(Edit, SaysThatTheMetadataGoesAndStoresWhatItIsGiven) {
   EXPECT_EQ(kept.status, 0) << kept.err;
   EXPECT_THAT(kept.err, Not(HasSubstr("warning")));
   EXPECT_EQ(metadataIn(kept), "cad-metadata.json");
+}
+
+TEST_F(Edit, SaysNothingOfMetadataWhenNothingWasStored) {
+  UseEditor("true");
+  const ProcessResult result = Run({"edit", forkPath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.err, Not(HasSubstr("metadata")));
+}
+
+TEST_F(Edit, SaysThatThereIsNoSuchEditorAndThatTheCheckoutWasUndone) {
+  environment_["VISUAL"] = "no-such-editor";
+  const ProcessResult result = Run({"edit", forkPath});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("the editor no-such-editor was not found; nothing was stored, and the "
+                                    "checkout was undone; set VISUAL or EDITOR"));
+  EXPECT_EQ(HolderOf("D1001"), "");
 }
 
 TEST_F(Edit, SaysNothingOfMetadataWhereTheServerTakesNone) {

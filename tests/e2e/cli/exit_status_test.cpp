@@ -226,16 +226,26 @@ TEST_F(VtDirect, Gives9ForAServerThatIsNotListedWithoutAnyRequest) {
   EXPECT_EQ(server().Log(), "");
 }
 
+TEST_F(VtDirect, NamesTheConfigurationFileInWhichAServerIsListed) {
+  WriteHome("mine", "[servers]\n", 0600);
+  const ProcessResult named = Run({"--config", Home("mine"), "uid", "//other/x"});
+  EXPECT_THAT(named.err, HasSubstr("or in " + Home("mine") + ", under [servers]: other = URL"));
+  const ProcessResult usual = Run({"servers"});
+  EXPECT_THAT(usual.err, HasSubstr("list one with --server NICK=URL or in " +
+                                   Home(".config/vtdirect/config") + ", under [servers]: NICK = URL"));
+}
+
 TEST_F(VtDirect, ReportsAFailureAsJsonOnStandardError) {
   Serve();
   const ProcessResult result = Run({"--json", "uid", "//other/x"});
   EXPECT_EQ(result.out, "");
+  const std::string advice = "list it with --server other=URL or in " + Home(".config/vtdirect/config") +
+                             ", under [servers]: other = URL";
   EXPECT_EQ(
       result.err,
       "{\"schema\":2,\"command\":\"uid\",\"error\":\"server-not-listed\",\"exit\":9,\"message\":\"no server "
-      "\\\"other\\\" is listed; list it with --server other=URL or in the configuration "
-      "file\",\"retryable\":false,"
-      "\"advice\":\"list it with --server other=URL or in the configuration file\"}\n");
+      "\\\"other\\\" is listed; " +
+          advice + "\",\"retryable\":false,\"advice\":\"" + advice + "\"}\n");
 }
 
 TEST_F(VtDirect, EndsInBoundedTimeWhenTheServerStalls) {

@@ -115,6 +115,32 @@ TEST_P(QuestionsToEachGeneration, ListVersionsAsFarAsTheServerShowsThem) {
 }
 
 // Of the folder's three documents the fork alone is of revision B, so it comes first.
+TEST_F(VtDirect, TellsAFolderFromADocumentThatIsNotThere) {
+  Serve();
+  const std::string frame = "//sim/Products/Trekking Bike/Folders/Frame";
+  for (const std::string& folder :
+       {frame, frame + "/", std::string("//sim/Products/"), std::string("//sim/")}) {
+    for (const char* command : {"url", "versions", "uid", "browse-url", "open"}) {
+      const ProcessResult result = Run({command, folder});
+      EXPECT_EQ(result.status, 1) << command << " " << result.out;
+      EXPECT_THAT(result.err, HasSubstr(folder + " is a folder, and this command takes a document"))
+          << command;
+    }
+  }
+  for (const std::string& folder : {frame, frame + "/"}) {
+    for (const std::vector<std::string>& rest : {std::vector<std::string>{}, {"-o", "x"}}) {
+      std::vector<std::string> words{"get", folder};
+      words.insert(words.end(), rest.begin(), rest.end());
+      const ProcessResult result = Run(words);
+      EXPECT_EQ(result.status, 1) << folder;
+      EXPECT_THAT(result.err, HasSubstr(folder + " is a folder; nothing was fetched; \"vtdirect get -r '" +
+                                        folder + "'\" fetches it"));
+    }
+  }
+  EXPECT_EQ(Run({"uid", frame + "/none.lxz"}).status, 6);
+  EXPECT_EQ(Run({"get", "//sim/Products/Trekking Bike/Folders/None/", "-o", "x"}).status, 6);
+}
+
 TEST_F(VtDirect, Gives11ForVersionsWhoseListingBreaksOffAndPrintsWhatIsKnown) {
   Serve({"--page-size", "1", "--fault", "GET *FolderContents*skiptoken*=500"});
   const std::string frame = "//sim/Products/Trekking Bike/Folders/Frame/frame.lxz|A.2";

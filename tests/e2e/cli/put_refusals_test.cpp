@@ -138,8 +138,7 @@ TEST_F(PutRefusal, OfAnotherPlaceIsNoneOfTheSameOne) {
 }
 
 TEST_F(PutRefusal, OfAFolderWithoutItsSlashTellsOfTheSlash) {
-  EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/Folders/Frame"}, 1),
-              HasSubstr("close it with \"/\""));
+  EXPECT_THAT(Refuse({"f", "//sim/Products/Trekking Bike/Folders/Frame"}, 1), HasSubstr("end it with \"/\""));
 }
 
 TEST_F(PutRefusal, OfWhatIsNotThereTellsSo) {

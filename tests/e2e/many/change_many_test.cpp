@@ -42,6 +42,21 @@ TEST_F(ChangeMany, TakesAFolderForItsDocumentsAndEndsTheCheckoutsOfThisMachineIn
   EXPECT_THAT(nothing.err, HasSubstr("vtdirect has checked out nothing there"));
 }
 
+// The product's tree has the fork twice: in its folder, and in the workspace "Anna's bench", which shows it.
+TEST_F(ChangeMany, EndsACheckoutOnceThatAWorkspaceOfTheFolderShowsToo) {
+  Serve();
+  constexpr const char* productPath = "//sim/Products/Trekking Bike/";
+  ASSERT_EQ(Run({"checkout", forkPath}).status, 0);
+  for (const char* command : {"checkin", "undo"}) {
+    const ProcessResult told = Run({command, "-r", productPath, "--dry-run"});
+    EXPECT_EQ(told.status, 0) << told.err;
+    EXPECT_EQ(std::count(told.out.begin(), told.out.end(), '\n'), 1) << told.out;
+  }
+  const ProcessResult undone = Run({"undo", "-r", productPath});
+  EXPECT_EQ(undone.status, 0) << undone.err;
+  EXPECT_EQ(HolderOf("D1002"), "");
+}
+
 TEST_F(ChangeMany, ChecksInWhatItCanAndTellsTheRest) {
   Serve();
   ASSERT_EQ(Run({"checkout", forkPath}).status, 0);

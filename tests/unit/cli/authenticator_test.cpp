@@ -80,8 +80,37 @@ TEST_F(AuthenticatorTest, TriesTokenEnvironmentNetrcAndThreeQuestionsInThisOrder
 TEST_F(AuthenticatorTest, WithNothingTellsHowToGiveCredentials) {
   Authenticator authenticator = Make();
   EXPECT_FALSE(authenticator.Answer(serverUrl));
-  EXPECT_THAT(authenticator.refusal(),
-              HasSubstr("https://plm.example demands credentials; set VTDIRECT_USER"));
+  EXPECT_THAT(authenticator.refusal(), HasSubstr("https://plm.example demands credentials"));
+  EXPECT_THAT(authenticator.advice(), HasSubstr("set VTDIRECT_USER"));
+}
+
+TEST_F(AuthenticatorTest, NamesTheLoginCommandOfAServerWithACredentialHelper) {
+  Configuration configuration;
+  configuration.servers = {{"plm", serverUrl}};
+  configuration.settings["plm"].credentialHelper = "keyring";
+  sources_.facts = [configuration](const Origin& origin) { return LoginFactsOf(configuration, origin); };
+  Authenticator none = Make();
+  EXPECT_FALSE(none.Answer(serverUrl));
+  EXPECT_THAT(none.advice(), HasSubstr("\"vtdirect login 'plm'\""));
+  sources_.user = "joe";
+  sources_.password = "wrong";
+  Authenticator wrong = Make();
+  EXPECT_TRUE(wrong.Answer(serverUrl));
+  EXPECT_FALSE(wrong.Answer(serverUrl));
+  EXPECT_EQ(wrong.refusal(), "https://plm.example refused the credentials");
+  EXPECT_THAT(wrong.advice(), HasSubstr("\"vtdirect login 'plm'\""));
+}
+
+TEST_F(AuthenticatorTest, NamesTheLineThatLetsAnotherServerHaveTheLoginToo) {
+  const std::string other = "https://files.example/store";
+  Configuration configuration;
+  configuration.servers = {{"plm", serverUrl}, {"uploads", other}};
+  sources_.facts = [configuration](const Origin& origin) { return LoginFactsOf(configuration, origin); };
+  sources_.token = "t";
+  Authenticator authenticator = Make({serverUrl, other}, {serverUrl});
+  EXPECT_FALSE(authenticator.Answer(other));
+  EXPECT_THAT(authenticator.advice(), HasSubstr("login_also_for = uploads under [server plm]"));
+  EXPECT_THAT(authenticator.advice(), HasSubstr("VTDIRECT_SERVER_plm__LOGIN_ALSO_FOR=uploads"));
 }
 
 TEST_F(AuthenticatorTest, DoesNotSendWrongEnvironmentCredentialsTwice) {
@@ -122,7 +151,7 @@ TEST_F(AuthenticatorTest, KeepsWhatIsMeantForOneServerFromAnotherThatIsListed) {
   Authenticator authenticator = Make({serverUrl, other}, {serverUrl});
   EXPECT_FALSE(authenticator.Answer(other));
   EXPECT_THAT(set_, IsEmpty());
-  EXPECT_THAT(authenticator.refusal(), HasSubstr("login_also_for"));
+  EXPECT_THAT(authenticator.advice(), HasSubstr("login_also_for"));
   EXPECT_TRUE(authenticator.Answer(serverUrl));
   EXPECT_THAT(set_, ElementsAre(std::string(serverUrl) + " token t"));
   Authenticator paired = Make({serverUrl, other}, {serverUrl, other});

@@ -150,11 +150,35 @@ TEST(CommandLine, TakesHelpAsAWord) {
   EXPECT_EQ(Parse({"help", "xliff", "get"}).text, Parse({"xliff", "get", "--help"}).text);
 }
 
+TEST(CommandLine, SaysThatThereIsNoCommandOfAName) {
+  EXPECT_EQ(Parse({"bogusword"}).failure->Text(), "there is no command \"bogusword\"; see vtdirect --help");
+  EXPECT_THAT(Parse({"push", "f", "//a/x"}).failure->Text(),
+              StartsWith("there is no command \"push\"; did you mean put, or commit"));
+  EXPECT_THAT(Parse({"download"}).failure->Text(), HasSubstr("did you mean get?"));
+  for (const CommandLine& line : {Parse({"help", "chekout"}), Parse({"chekout", "--help"})}) {
+    ASSERT_TRUE(line.failure);
+    EXPECT_THAT(line.failure->Text(), HasSubstr("there is no command \"chekout\"; did you mean checkout?"));
+    EXPECT_EQ(line.text, "");
+  }
+  EXPECT_THAT(Parse({"xliff", "lst"}).failure->Text(),
+              HasSubstr("there is no command \"xliff lst\"; did you mean list?"));
+}
+
+TEST(CommandLine, TakesHelpAfterAGroup) {
+  EXPECT_EQ(Parse({"xliff", "help"}).text, Parse({"xliff", "--help"}).text);
+}
+
+TEST(CommandLine, RefersToTheHelpOfTheCommandThatIsUsedWrongly) {
+  EXPECT_THAT(Parse({"login"}).failure->Text(), HasSubstr("is required; see vtdirect login --help"));
+  EXPECT_EQ(Parse({"find", "//a/", "--name"}).failure->Text(),
+            "--name takes a PATTERN; see vtdirect find --help");
+}
+
 TEST(CommandLine, NamesUnexpectedWordsInTheirOrder) {
   const CommandLine line = Parse({"uid", "a", "b", "c"});
   ASSERT_TRUE(line.failure);
   EXPECT_EQ(line.failure->code, ExitCode::Usage);
-  EXPECT_EQ(line.failure->Text(), "not expected: b c; see vtdirect --help");
+  EXPECT_EQ(line.failure->Text(), "not expected: b c; see vtdirect uid --help");
 }
 
 TEST(CommandLine, TellsWhetherAFailureIsWantedAsJson) {
