@@ -46,6 +46,10 @@ struct Progress {
 
 // Why no file name could be found for the target.
 [[nodiscard]] Failure NamelessFailure(Host& host, const std::string& address) {
+  if (address.ends_with('/')) {
+    return {ExitCode::Usage, "\"" + address + "\" is a folder's path; nothing was fetched",
+            CommandToType("get -r", address) + " fetches a folder"};
+  }
   if (!VtDirectManager::FileExists(address.c_str())) return DiagnoseDownload(host, address, Seen::Missing);
   return {ExitCode::Usage, "\"" + address + "\" has no file name; name a file with -o"};
 }

@@ -215,10 +215,8 @@ TEST_F(VtDirect, Gives9ForAServerThatIsNotListedWithoutAnyRequest) {
   for (const char* command : {"get", "info", "uid"}) {
     const ProcessResult path = Run({command, "//other/x"});
     EXPECT_EQ(path.status, 9);
-    EXPECT_EQ(
-        path.err,
-        "vtdirect: no server \"other\" is listed; list it with --server other=URL or in the configuration "
-        "file\n");
+    EXPECT_EQ(path.err, "vtdirect: no server \"other\" is listed; list it with --server other=URL or in " +
+                            Home(".config/vtdirect/config") + ", under [servers]: other = URL\n");
     const ProcessResult uid = Run({command, "korvufenloom-vt://plm.example/vt/?id=D1"});
     EXPECT_EQ(uid.status, 9);
     EXPECT_THAT(uid.err, HasSubstr("--server NICK=https://plm.example/vt/"));
