@@ -184,7 +184,9 @@ int RunProgram(int argc, const char* const* argv) {
   const auto listed = WithListedAddresses(*line.command, line.arguments);
   if (!listed) return static_cast<int>(output.Fail(listed.failure()));
   const Arguments arguments = WithMountedAddresses(*line.command, *listed);
-  return Finish(output, RunGuarded(*line.command, arguments, output));
+  const ExitCode code = RunGuarded(*line.command, arguments, output);
+  AskMountsAnew(*line.command, *listed);
+  return Finish(output, code);
 }
 
 }  // namespace vtdirect_cli
