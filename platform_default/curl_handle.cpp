@@ -11,7 +11,6 @@
 #include "platform_default/environment_proxy.h"
 #include "platform_default/exchange_recording.h"
 #include "platform_default/failure_words.h"
-#include "platform_default/header_lines.h"
 
 namespace vtdirect::platform {
 namespace {
@@ -70,13 +69,6 @@ std::string LocationUrl(CURL* handle) {
   return absolute;
 }
 
-/// curl takes "Name:" as an order to leave a line out, and "Name;" for a line without a value.
-std::string AsCurlWantsIt(std::string_view line) {
-  const std::size_t colon = line.find(':');
-  if (line.find_first_not_of(" \t", colon + 1) != std::string_view::npos) return std::string(line);
-  return std::string(line.substr(0, colon)) + ";";
-}
-
 bool IsPlain(const OutgoingRequest& request) {
   return request.url.starts_with("http:");
 }
@@ -87,28 +79,6 @@ bool NeedsFreshConnection(const OutgoingRequest& request, const ConnectionWay& w
   if (request.method == Method::Get || !IsPlain(request)) return false;
   if (way.proxy) return !way.proxy->empty();
   return EnvironmentNamesProxy(IsPlain(request));
-}
-
-/// The caller's lines, and after them what keeps curl from adding lines of its own.
-std::vector<std::string> LinesForCurl(const OutgoingRequest& request, bool isChunked) {
-  std::vector<std::string> lines;
-  for (const std::string_view line : request.headerLines) lines.push_back(AsCurlWantsIt(line));
-  if (!ContainsHeader(request.headerLines, "Accept")) lines.emplace_back("Accept:");
-  if (request.asksForCompression) lines.emplace_back("Accept-Encoding: gzip, deflate");
-  if (request.asksForIdentity) lines.emplace_back("Accept-Encoding: identity");
-  if (request.method == Method::Get) return lines;
-  if (!ContainsHeader(request.headerLines, "Content-Type")) lines.emplace_back("Content-Type:");
-  // Waiting for "100 Continue" costs a round trip, or a second where the server does not know it.
-  lines.emplace_back("Expect:");
-  if (isChunked) lines.emplace_back("Transfer-Encoding: chunked");
-  return lines;
-}
-
-bool IsMadeFor(const HeaderOrder& order, const OutgoingRequest& request, bool isChunked) {
-  return order.method == request.method && order.asksForCompression == request.asksForCompression &&
-         order.isChunked == isChunked &&
-         std::equal(order.lines.begin(), order.lines.end(), request.headerLines.begin(),
-                    request.headerLines.end());
 }
 
 }  // namespace
@@ -270,13 +240,11 @@ void CurlHandle::SetMethod(const OutgoingRequest& request) {
 
 void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
   const bool isChunked = request.body != nullptr && !exchange_.BodySize();
-  if (headerList_ != nullptr && IsMadeFor(headerOrder_, request, isChunked)) return;
-  HeaderOrder order{{request.headerLines.begin(), request.headerLines.end()},
-                    request.method,
-                    request.asksForCompression,
-                    isChunked};
+  const BodyFraming framing = isChunked ? BodyFraming::Chunked : BodyFraming::BySize;
+  if (headerList_ != nullptr && IsMadeFor(headerOrder_, request, framing)) return;
+  HeaderOrder order = OrderOf(request, framing);
   std::unique_ptr<curl_slist, ListFreer> list;
-  for (const std::string& line : LinesForCurl(request, isChunked)) {
+  for (const std::string& line : LinesForCurl(request, framing)) {
     curl_slist* longer = curl_slist_append(list.get(), line.c_str());
     if (longer == nullptr) throw std::bad_alloc();
     static_cast<void>(list.release());

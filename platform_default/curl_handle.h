@@ -4,43 +4,20 @@
 
 #include <array>
 #include <memory>
-#include <span>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "platform/http.h"
 #include "platform/http_settings.h"
 #include "platform_default/certificate_store.h"
 #include "platform_default/curl_exchange.h"
 #include "platform_default/failure_explanation.h"
+#include "platform_default/header_order.h"
 #include "platform_default/origin_session.h"
+#include "platform_default/outgoing_request.h"
 #include "platform_default/request_address.h"
 #include "platform_default/tls_events.h"
 
 namespace vtdirect::platform {
-
-/// One request as it goes out, ready for the wire. The lines are not owned.
-struct OutgoingRequest {
-  du::http::Method method = du::http::Method::Get;
-  std::string_view url;  ///< a zero byte follows it
-  std::span<const std::string_view> headerLines;
-  du::http::FileSource* body = nullptr;  ///< null for a request without one
-  bool asksForCompression = false;       ///< gzip and deflate, to be decoded on the way to the sink
-  bool asksForIdentity = false;          ///< the content as it is; a coded one is refused
-  int demands = 1;                       ///< see ExchangeParts
-  long authenticationMask = CURLAUTH_NONE;
-  std::string user;
-  std::string password;
-};
-
-/// What the header lines that curl is given depend on. Most requests of a handle have the same.
-struct HeaderOrder {
-  std::vector<std::string> lines;
-  du::http::Method method = du::http::Method::Get;
-  bool asksForCompression = false;
-  bool isChunked = false;
-};
 
 /// One easy handle of libcurl with its callbacks, on which exchanges with one origin are performed one after
 /// the other, each on any thread. Between them it keeps its TCP connection and the state of a Digest login.

@@ -139,15 +139,16 @@ struct Parts {
 [[nodiscard]] ExitCode Serve(vtdirect_cli::Host& host, const MountOptions& options, Parts& parts,
                              Background* background) {
   Mount mount(options.settings, parts.facts, parts.cache, parts.log);
-  std::string fault = mount.writing() == nullptr ? "" : mount.writing()->Prepare(options.settings.address);
+  const std::string fault =
+      mount.writing() == nullptr ? "" : mount.writing()->Prepare(options.settings.address);
   if (!fault.empty()) return host.output().Fail({ExitCode::LocalFile, fault});
-  const auto session = Session::Open(mount, fault);
-  if (session == nullptr) return host.output().Fail({ExitCode::Failure, fault});
+  const auto opened = Session::Open(mount);
+  if (opened.session == nullptr) return host.output().Fail({ExitCode::Failure, opened.fault});
   parts.log.Write(options.settings.address + " is mounted at " + options.settings.directory);
   host.output().JsonOnly({{"path", options.settings.address}, {"directory", options.settings.directory}});
   static_cast<void>(host.output().Flush());
   if (background != nullptr) background->LetGo();
-  const ExitCode code = session->Run() ? ExitCode::Ok : ExitCode::Failure;
+  const ExitCode code = opened.session->Run() ? ExitCode::Ok : ExitCode::Failure;
   const bool allHasEnded = mount.Stop();
   parts.log.Write(options.settings.directory + " is unmounted");
   if (!allHasEnded) EndAtOnce(parts, code);

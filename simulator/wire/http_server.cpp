@@ -9,8 +9,10 @@
 #include <utility>
 
 #include "simulator/wire/answer_body.h"
-#include "simulator/wire/byte_range.h"
+#include "simulator/wire/content_part.h"
+#include "simulator/wire/fault_answer.h"
 #include "simulator/wire/http_refusals.h"
+#include "simulator/wire/own_request.h"
 #include "simulator/wire/redaction.h"
 #include "simulator/wire/request_body.h"
 
@@ -24,69 +26,6 @@ constexpr int keepAliveSeconds = 300;
 constexpr std::size_t keepAliveRequests = 1'000'000'000;
 /// The most of a body that is kept in memory.
 constexpr std::uint64_t mostBodyInMemory = 16 * 1024 * 1024;
-
-/// A multipart body reaches the routes as it was sent: under this name the HTTP library doesn't know its type
-/// and leaves it alone.
-constexpr const char* bodyType = "X-Vantry-Sim-Body-Type";
-
-bool HasBody(const httplib::Request& request) {
-  return request.has_header("Transfer-Encoding") ||
-         (request.has_header("Content-Length") && request.get_header_value("Content-Length") != "0");
-}
-
-bool TakesBody(const std::string& method) {
-  return method == "POST" || method == "PUT" || method == "PATCH" || method == "DELETE";
-}
-
-/// Which server's page a browser asks for. What a page of another server loads may come without an Origin,
-/// and newer browsers say so in another way. Whoever follows a link to here asks for nobody else.
-std::string OriginOf(const RequestHead& head) {
-  const std::string_view origin = head.Header("Origin");
-  const std::string_view site = head.Header("Sec-Fetch-Site");
-  const bool foreign = site == "cross-site" || site == "same-site";
-  return std::string(origin.empty() && foreign && head.Header("Sec-Fetch-Mode") != "navigate" ? "null"
-                                                                                              : origin);
-}
-
-/// The answer that a fault puts in the place of any other.
-Response FaultAnswer(const FaultAction& fault) {
-  if (fault.kind == Kind::Redirect) {
-    Response response = ErrorResponse(fault.status, "fault", "this answer was asked for by a fault");
-    response.headers.emplace_back("Location", fault.text);
-    return response;
-  }
-  if (fault.kind == Kind::Busy) {
-    Response response = ErrorResponse(fault.status, "fault", "this server was made busy by a fault");
-    response.headers.emplace_back("Retry-After", std::to_string(fault.amount.value_or(0)));
-    return response;
-  }
-  Response response = ErrorResponse(fault.status, "fault", "this answer was asked for by a fault");
-  if (!fault.text.empty()) {
-    const bool json = fault.text.starts_with('{') || fault.text.starts_with('[');
-    response.contentType = json ? "application/json;charset=UTF-8" : "text/plain;charset=UTF-8";
-    response.body = fault.text;
-  }
-  if (fault.status == 401) response.headers.emplace_back("WWW-Authenticate", "Basic realm=\"vantry-sim\"");
-  return response;
-}
-
-/// Makes a content's answer the part of it that was asked for.
-void ApplyRange(const Request& request, Response& response) {
-  if (!response.file || response.status != 200 || request.range.empty()) return;
-  const std::uint64_t size = response.file->size;
-  const RangeWish wish = ReadRange(request.range, size);
-  if (wish.kind == RangeWish::Kind::Unsatisfiable) {
-    response = ErrorResponse(416, "no-such-range", "the content has no such bytes");
-    response.headers.emplace_back("Content-Range", "bytes */" + std::to_string(size));
-  } else if (wish.kind == RangeWish::Kind::Part) {
-    response.status = 206;
-    response.file->first = wish.part.first;
-    response.file->size = wish.part.size;
-    response.headers.emplace_back("Content-Range", "bytes " + std::to_string(wish.part.first) + "-" +
-                                                       std::to_string(wish.part.first + wish.part.size - 1) +
-                                                       "/" + std::to_string(size));
-  }
-}
 
 }  // namespace
 
@@ -138,7 +77,6 @@ class HttpServer::Implementation final : public httplib::Server {
                       const httplib::ContentReader& reader);
   void AnswerUpload(const httplib::Request& request, httplib::Response& response,
                     const httplib::ContentReader& reader);
-  vantry_sim::Request OwnRequest(const httplib::Request& request, const Ongoing& ongoing);
   bool RefuseBody(const httplib::Request& request, httplib::Response& response, const BodyOutcome& outcome);
   void Fill(httplib::Response& out, const Response& answer, Ongoing& ongoing,
             const std::optional<FaultAction>& fault);
@@ -273,11 +211,7 @@ void HttpServer::Implementation::PrepareRequest(httplib::Request& request, Ongoi
     if (chunked && request.has_header("Content-Length")) ongoing.closeAfter = true;
     // Without either header the HTTP library would read until the client closes.
     if (!chunked && !request.has_header("Content-Length")) request.set_header("Content-Length", "0");
-    if (request.is_multipart_form_data()) {
-      const std::string type = request.get_header_value("Content-Type");
-      request.headers.erase("Content-Type");
-      request.set_header(bodyType, type);
-    }
+    HideMultipartType(request);
   }
   if (ongoing.closeAfter) {
     request.headers.erase("Connection");
@@ -314,7 +248,7 @@ void HttpServer::Implementation::AnswerUpload(const httplib::Request& request, h
                                               const httplib::ContentReader& reader) {
   const Ongoing* ongoing = Find(request);
   if (ongoing == nullptr) return;
-  vantry_sim::Request own = OwnRequest(request, *ongoing);
+  vantry_sim::Request own = OwnRequest(request, ongoing->head, ongoing->exchange.user);
   vantry_sim::Response refusal;
   const auto upload = simulator_.BeginUpload(own, refusal);
   const std::uint64_t limit =
@@ -352,26 +286,6 @@ bool HttpServer::Implementation::RefuseBody(const httplib::Request& request, htt
   return true;
 }
 
-vantry_sim::Request HttpServer::Implementation::OwnRequest(const httplib::Request& request,
-                                                           const Ongoing& ongoing) {
-  vantry_sim::Request own;
-  own.method = request.method == "HEAD" ? "GET" : request.method;
-  own.target = request.target;
-  own.client = request.remote_addr;
-  own.host = request.get_header_value("Host");
-  own.origin = OriginOf(ongoing.head);
-  own.prefer = request.get_header_value("Prefer");
-  own.nonce = request.get_header_value("X-Zvk-Nonce");
-  own.contentType = request.get_header_value(request.has_header(bodyType) ? bodyType : "Content-Type");
-  // A part can only be joined to what the client has when the server says what it is a part of, and this one
-  // gives contents no name to compare.
-  if (request.method == "GET" && !request.has_header("If-Range")) own.range = ongoing.head.Header("Range");
-  own.user = ongoing.exchange.user;
-  own.cookies = ongoing.head.Header("Cookie");
-  own.authorization = ongoing.head.Header("Authorization");
-  return own;
-}
-
 void HttpServer::Implementation::Answer(const httplib::Request& request, httplib::Response& response,
                                         const Produce& produce) {
   Ongoing* ongoing = Find(request);
@@ -380,7 +294,7 @@ void HttpServer::Implementation::Answer(const httplib::Request& request, httplib
     return;
   }
   if (door_ == Door::Admin) {
-    vantry_sim::Request own = OwnRequest(request, *ongoing);
+    vantry_sim::Request own = OwnRequest(request, ongoing->head, ongoing->exchange.user);
     Fill(response, produce(own), *ongoing, std::nullopt);
     return;
   }
@@ -395,7 +309,7 @@ void HttpServer::Implementation::Answer(const httplib::Request& request, httplib
          *ongoing, std::nullopt);
     return;
   }
-  vantry_sim::Request own = OwnRequest(request, *ongoing);
+  vantry_sim::Request own = OwnRequest(request, ongoing->head, ongoing->exchange.user);
   if (fault && fault->action.kind == Kind::ExpireSession) simulator_.ExpireSession(own);
   vantry_sim::Response answer = produce(own);
   if (fault && fault->action.kind == Kind::LostAnswer) {

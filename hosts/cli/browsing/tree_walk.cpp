@@ -5,6 +5,8 @@
 namespace vtdirect_cli {
 namespace {
 
+enum class EntryKind { Document, Folder };
+
 // A folder whose folders are being walked.
 struct Level {
   std::string path;
@@ -42,7 +44,7 @@ class Walk {
 
   [[nodiscard]] bool Receive(const VtDirectManager::DirEntryExt& entry) {
     const std::string name = TextOrEmpty(entry.name);
-    if (!entry.isFolder) return Show(name, false);
+    if (!entry.isFolder) return Show(name, EntryKind::Document);
     if (waiting_ + name.size() + sizeof(std::string) > bounds_.waitingBytes) {
       end_.waitingBound = true;
       return true;
@@ -52,7 +54,8 @@ class Walk {
     return true;
   }
 
-  [[nodiscard]] bool Show(const std::string& name, bool isFolder) {
+  [[nodiscard]] bool Show(const std::string& name, EntryKind kind) {
+    const bool isFolder = kind == EntryKind::Folder;
     const std::string path = levels_.back().path + name + (isFolder ? "/" : "");
     return work_.show({path, name, isFolder, static_cast<std::uint32_t>(levels_.size())});
   }
@@ -68,7 +71,7 @@ class Walk {
     level.folders.pop_back();
     // A name that came twice stays counted: the bound is reached a little early, and never late.
     waiting_ -= std::min<std::uint64_t>(waiting_, name.size() + sizeof(std::string));
-    if (!Show(name, true)) {
+    if (!Show(name, EntryKind::Folder)) {
       end_.stopped = true;
       return;
     }

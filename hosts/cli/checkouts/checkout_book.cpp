@@ -68,7 +68,7 @@ std::string CheckoutBook::Location() {
 
 BookContents CheckoutBook::Read() const {
   const auto lines = FileOf(path_).Read();
-  if (!lines) return {{}, false, lines.failure().message};
+  if (!lines) return {.readable = false, .fault = lines.failure().message};
   BookContents contents;
   contents.fault = BrokenLinesFault(*lines, path_);
   for (const std::string& line : *lines) {

@@ -12,9 +12,9 @@ namespace vtdirect_cli {
 
 /// What is in the book.
 struct BookContents {
-  std::vector<KeptCheckout> checkouts;  ///< in the order in which they were first kept
-  bool readable = true;                 ///< false: the file could not be read at all, or is of another form
-  std::string fault;                    ///< what could not be read, for a reader; empty when all could
+  std::vector<KeptCheckout> checkouts{};  ///< in the order in which they were first kept
+  bool readable = true;                   ///< false: the file could not be read at all, or is of another form
+  std::string fault;                      ///< what could not be read, for a reader; empty when all could
 };
 
 /// The file that keeps checkouts from one run to the next.
@@ -51,10 +51,9 @@ class CheckoutBook {
 /// empty when there is no such object. Makes requests for a path. Warns of a book that can't be read.
 [[nodiscard]] std::string UidToGoOnWith(Host& host, const std::string& address);
 
-/// The UID with the workspace that its object is in, which takes a working copy to be checked in; the UID
-/// itself when it has one, or its object is in no workspace of the user's own. Of a document that the
-/// user has checked out by other means, a path may lead to the working copy without its workspace. Makes
-/// requests.
+/// The UID with the workspace of its object, which a check-in needs. The UID itself if it has one already, or if the
+/// object is in no workspace of the user's own. A path of a document that the user has checked out by other means may
+/// lead to the working copy without its workspace. Makes requests.
 [[nodiscard]] std::string WithWorkspace(const std::string& uid);
 
 /// Both in one, for an address whose working copy is going to be changed; a working copy that is not kept is

@@ -31,7 +31,7 @@ struct Ending {
 struct Ended {
   std::string uid;      // to go on with
   bool isTold = false;  // the answer told that UID
-  std::string version;
+  std::string version{};
 };
 
 [[nodiscard]] const char* NameOf(CheckoutEnd end) {
@@ -48,13 +48,13 @@ struct Ended {
 // of what was checked in before leaves it with the iteration that was checked out, and there is a newer one.
 [[nodiscard]] Ended UidAfter(const Ending& ending, const std::string& told) {
   const bool isTold = !ending.hadEnded && HasObjectId(told) && !AreSameUid(told, ending.workingCopy);
-  if (isTold) return {told, true, {}};
+  if (isTold) return {.uid = told, .isTold = true};
   const std::string& known = ending.document.empty() ? ending.workingCopy : ending.document;
-  if (const auto newest = NewestUidOf(known)) return {*newest, false, {}};
+  if (const auto newest = NewestUidOf(known)) return {.uid = *newest};
   // What was checked out is the newest iteration no more.
   if (ending.end == CheckoutEnd::Checkin) return {};
   const bool isUnknown = ending.document.empty() && ending.hadEnded;
-  return {isUnknown ? told : ending.document, false, {}};
+  return {.uid = isUnknown ? told : ending.document};
 }
 
 // Of a temporary workspace the library reports an undo that the server has refused as done, so that is not taken
@@ -142,11 +142,11 @@ struct Ended {
   ForgetReasons();
   const auto workingCopy = FindWorkingCopy(host, address);
   if (!workingCopy) return workingCopy.failure();
-  const auto standing = RequireCheckout(host, end, address, *workingCopy);
-  if (!standing) return standing.failure();
+  const auto state = RequireCheckout(host, end, address, *workingCopy);
+  if (!state) return state.failure();
   if (Interrupted()) return InterruptedFailure();
   const auto kept = CheckoutBook().Find(*workingCopy);
-  Ending ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(standing->status)};
+  Ending ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(state->status)};
   if (const auto failure = FailureOfUnstored(ending)) return *failure;
   return ending;
 }
@@ -171,7 +171,7 @@ std::optional<Failure> UndoOwnCheckout(Host& host, const std::string& address,
                                        const std::string& workingCopy) {
   const auto kept = CheckoutBook().Find(workingCopy);
   const auto ended =
-      Perform(host, {CheckoutEnd::Undo, address, workingCopy, kept ? kept->document : std::string(), false});
+      Perform(host, {CheckoutEnd::Undo, address, workingCopy, kept ? kept->document : std::string()});
   return ended ? std::nullopt : std::optional(ended.failure());
 }
 

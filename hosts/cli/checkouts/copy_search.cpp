@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "hosts/cli/checkouts/kept_checkout.h"
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"

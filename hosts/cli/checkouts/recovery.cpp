@@ -7,7 +7,7 @@
 
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/newest_iteration.h"
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/content_download.h"
@@ -27,6 +27,12 @@ constexpr std::size_t mostWarnings = 3;
   return parsed ? parsed->document : std::string();
 }
 
+[[nodiscard]] Finding CheckedOutAs(const std::string& copy, const JournalEntry& entry) {
+  return {.isKnown = true,
+          .workingCopy = copy,
+          .words = entry.address + " was checked out; its working copy is " + copy};
+}
+
 [[nodiscard]] Finding FindCheckout(const JournalEntry& entry) {
   const VtDirectManager::Outcome outcome;
   const auto copies = VtDirectManager::FindTemporaryCheckouts(entry.uid.c_str());
@@ -35,20 +41,19 @@ constexpr std::size_t mostWarnings = 3;
     return NotKnown(entry.address);
   for (const auto& copy : *copies) {
     if (copy.uid.empty() || DocumentOf(copy.uid) != DocumentOf(entry.uid)) continue;
-    return {true, false, copy.uid, entry.address + " was checked out; its working copy is " + copy.uid};
+    return CheckedOutAs(copy.uid, entry);
   }
   if (state.status == VtDirectManager::CheckoutInWorkspace) {
     // In a workspace of the user's own the address leads to the working copy.
     const std::string copy = WithWorkspace(VtDirectManager::GetUID(entry.address.c_str()));
     if (!HasObjectId(copy)) return NotKnown(entry.address);
-    return {true, false, copy, entry.address + " was checked out; its working copy is " + copy};
+    return CheckedOutAs(copy, entry);
   }
   if (state.status == VtDirectManager::CheckoutByUserUnrecorded) {
-    return {false,
-            false,
-            {},
-            "you have " + entry.address + " checked out, and the server does not tell the working copy; " +
-                CommandToType("browse-url", entry.uid) + " tells where its page is"};
+    return {.isKnown = false,
+            .words = "you have " + entry.address +
+                     " checked out, and the server does not tell the working copy; " +
+                     CommandToType("browse-url", entry.uid) + " tells where its page is"};
   }
   return Known(entry.address + " was not checked out; nothing was changed");
 }
@@ -57,7 +62,7 @@ constexpr std::size_t mostWarnings = 3;
 // does not show may be there still, with all that is in it.
 [[nodiscard]] Presence PresenceUnlessHeld(const std::string& workingCopy) {
   if (!IsTemporaryCopy(workingCopy)) return PresenceOf(workingCopy);
-  const VtDirectManager::VtCheckoutStatus status = StandingOfTemporaryCopy(workingCopy).status;
+  const VtDirectManager::VtCheckoutStatus status = StateOfTemporaryCopy(workingCopy).status;
   if (status == VtDirectManager::CheckoutInTempWorkspace) return Presence::There;
   return HasEnded(status) ? Presence::Gone : Presence::NotKnown;
 }
@@ -68,7 +73,7 @@ constexpr std::size_t mostWarnings = 3;
       return Known("you still have " + entry.address + " checked out, and its working copy is " + entry.uid +
                    "; " + CommandToType(entry.step, entry.address) + " can be given again");
     case Presence::Gone:
-      return {true, true, {}, "the checkout of " + entry.address + " has ended"};
+      return {.isKnown = true, .hasEnded = true, .words = "the checkout of " + entry.address + " has ended"};
     default:
       return NotKnown(entry.address);
   }
@@ -154,14 +159,12 @@ void KeepContentIfCheckedIn(Host& host, const JournalEntry& entry) {
 }  // namespace
 
 Finding Known(const std::string& words) {
-  return {true, false, {}, words};
+  return {.isKnown = true, .words = words};
 }
 
 Finding NotKnown(const std::string& address) {
-  return {false,
-          false,
-          {},
-          "the state of " + address + " could not be found out; \"vtdirect recover\" asks again"};
+  return {.isKnown = false,
+          .words = "the state of " + address + " could not be found out; \"vtdirect recover\" asks again"};
 }
 
 std::string SumOnServer(Host& host, const std::string& uid) {
@@ -204,7 +207,7 @@ void SettleRepeated(Host& host, const std::string& step, const std::string& uid)
   const auto open = Journal().Open();
   if (!open) return;
   for (const JournalEntry& entry : open->entries) {
-    if (entry.step == step && AreSameUid(entry.uid, uid)) SettleEntry(host, entry, {true, false, {}, {}});
+    if (entry.step == step && AreSameUid(entry.uid, uid)) SettleEntry(host, entry, Known({}));
   }
 }
 

@@ -10,10 +10,10 @@ namespace vtdirect_cli {
 
 /// What the server says of an entry of the journal.
 struct Finding {
-  bool isKnown = false;     ///< whether the change was done or not is certain now
-  bool hasEnded = false;    ///< the checkout of a check-in or an undo is over
-  std::string workingCopy;  ///< of a checkout that was done: its UID
-  std::string words;        ///< the state on the server, and what to do next
+  bool isKnown = false;       ///< whether the change was done or not is certain now
+  bool hasEnded = false;      ///< the checkout of a check-in or an undo is over
+  std::string workingCopy{};  ///< of a checkout that was done: its UID
+  std::string words{};        ///< the state on the server, and what to do next
 };
 
 /// The SHA-256 of the content that the server has; empty when it could not be fetched. Makes requests.

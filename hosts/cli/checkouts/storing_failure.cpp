@@ -34,7 +34,7 @@ constexpr const char* unchangedText = "nothing was changed";
 
 // Before a command has changed anything.
 [[nodiscard]] Failure DiagnoseUnchanged(Host& host, const std::string& address) {
-  Failure failure = Diagnose(host, address, true);
+  Failure failure = Diagnose(host, address, Seen::Missing);
   if (failure.code != ExitCode::Interrupted) failure.message += std::string("; ") + unchangedText;
   return failure;
 }
@@ -97,13 +97,15 @@ constexpr const char* unchangedText = "nothing was changed";
 // What is on the server after a failed checkout, and what to do next.
 [[nodiscard]] StateOnServer OutcomeOfCheckout(Host& host, const std::string& address, const std::string& uid,
                                               bool mayBeDone) {
-  const CheckoutState standing = ReadCheckoutState(uid);
-  switch (standing.status) {
+  const CheckoutState state = ReadCheckoutState(uid);
+  switch (state.status) {
     case VtDirectManager::CheckoutNone:
       if (mayBeDone) return NotSeenYet("it is not checked out", "the checkout");
-      return {std::string(unchangedText) + ", it is not checked out", againAdvice, true};
+      return {.text = std::string(unchangedText) + ", it is not checked out",
+              .next = againAdvice,
+              .isUnchanged = true};
     case VtDirectManager::CheckoutByOther:
-      return {"it is checked out by " + standing.user + " now",
+      return {"it is checked out by " + state.user + " now",
               "it can be checked out when that checkout has ended"};
     case VtDirectManager::CheckoutNotPossible:
       return {"it has a newer iteration now", HowToCheckOutNewest(uid)};
@@ -116,18 +118,18 @@ constexpr const char* unchangedText = "nothing was changed";
 }
 
 [[nodiscard]] StateOnServer OutcomeOfEnd(CheckoutEnd end, const std::string& uid, bool mayBeDone) {
-  const CheckoutState standing = ReadCheckoutState(uid);
+  const CheckoutState state = ReadCheckoutState(uid);
   const std::string next = AdviceAfterEnd(end, uid);
-  if (IsWorkingCopy(standing.status)) {
+  if (IsWorkingCopy(state.status)) {
     const std::string now = "you still have it checked out, and its working copy is " + uid;
     return mayBeDone ? NotSeenYet(now, std::string("the ") + NounOf(end))
-                     : StateOnServer{now, againAdvice, true};
+                     : StateOnServer{.text = now, .next = againAdvice, .isUnchanged = true};
   }
-  if (standing.status == VtDirectManager::CheckoutByOther) {
-    return {"it is checked out by " + standing.user + " now", next};
+  if (state.status == VtDirectManager::CheckoutByOther) {
+    return {"it is checked out by " + state.user + " now", next};
   }
   // A working copy in a workspace of the user's own goes by its own id, which ends with it.
-  const bool isGone = standing.status != VtDirectManager::CheckoutStatusFailed ||
+  const bool isGone = state.status != VtDirectManager::CheckoutStatusFailed ||
                       (!IsTemporaryCopy(uid) && !VtDirectManager::FileExists(uid.c_str()));
   if (!isGone) return {"the state on the server could not be found out", next};
   return {std::string("its working copy is not there any more, so the ") + NounOf(end) +
@@ -153,10 +155,10 @@ std::string CommandToType(const std::string& command, const std::string& address
   return "\"vtdirect " + command + " " + QuotedForShell(address) + "\"";
 }
 
-Failure WithState(Failure failure, const StateOnServer& stands) {
-  failure.message += "; " + stands.text;
-  failure.advice = stands.next;
-  if (stands.isUnchanged && failure.reason) failure.reason->mayHaveHappened = false;
+Failure WithState(Failure failure, const StateOnServer& state) {
+  failure.message += "; " + state.text;
+  failure.advice = state.next;
+  if (state.isUnchanged && failure.reason) failure.reason->mayHaveHappened = false;
   return failure;
 }
 
@@ -173,14 +175,14 @@ std::string AdviceAfterEnd(CheckoutEnd end, const std::string& uid) {
 
 std::optional<Failure> RefusalOfCheckout(Host& host, const std::string& address, const std::string& uid) {
   if (uid.empty()) return NotFound(host, address);
-  const CheckoutState standing = ReadCheckoutState(uid);
-  switch (standing.status) {
+  const CheckoutState state = ReadCheckoutState(uid);
+  switch (state.status) {
     case VtDirectManager::CheckoutNone:
       if (!IsTemporaryCopy(uid)) return std::nullopt;
       return Refused(address + " is the UID of a working copy that is not there any more",
                      CommandToType("verify", uid) + " tells what is");
     case VtDirectManager::CheckoutByOther:
-      return RefusedAs(FailureClass::Locked, address + " is checked out by " + standing.user,
+      return RefusedAs(FailureClass::Locked, address + " is checked out by " + state.user,
                        "it can be checked out when that checkout has ended");
     case VtDirectManager::CheckoutNotPossible:
       return RefusedOlderIteration(address, uid);
@@ -205,15 +207,15 @@ Failure CheckoutFailure(Host& host, const std::string& address, const std::strin
 Result<CheckoutState> RequireCheckout(Host& host, CheckoutEnd end, const std::string& address,
                                       const std::string& uid) {
   if (uid.empty()) return NotFound(host, address);
-  const CheckoutState standing = ReadCheckoutState(uid);
+  const CheckoutState state = ReadCheckoutState(uid);
   const std::string verify = CommandToType("verify", uid) + " tells the state of the checkout";
-  switch (standing.status) {
+  switch (state.status) {
     case VtDirectManager::CheckoutInTempWorkspace:
     case VtDirectManager::CheckoutInWorkspace:
       if (!HasWorkspace(uid)) return RefusedUnknownCopy(address);
-      return standing;
+      return state;
     case VtDirectManager::CheckoutByOther:
-      return RefusedAs(FailureClass::Locked, address + " is checked out by " + standing.user,
+      return RefusedAs(FailureClass::Locked, address + " is checked out by " + state.user,
                        "only they can end that checkout");
     case VtDirectManager::CheckoutByUserUnrecorded:
       if (!HasWorkspace(uid)) return RefusedUnknownCopy(address);
@@ -223,7 +225,7 @@ Result<CheckoutState> RequireCheckout(Host& host, CheckoutEnd end, const std::st
     case VtDirectManager::CheckoutNone:
     case VtDirectManager::CheckoutNotPossible:
       if (!IsTemporaryCopy(uid)) return Refused(address + " is not checked out", "");
-      if (end == CheckoutEnd::Undo) return standing;
+      if (end == CheckoutEnd::Undo) return state;
       return Refused("the checkout of " + address + " has ended", verify);
     case VtDirectManager::CheckoutUnsupported:
       return Refused("the server of " + address + " offers no checkout", "");

@@ -29,7 +29,7 @@ struct StateOnServer {
 [[nodiscard]] StateOnServer NotSeenYet(const std::string& now, const std::string& noun);
 
 /// The failure with the state on the server and what to do about it.
-[[nodiscard]] Failure WithState(Failure failure, const StateOnServer& stands);
+[[nodiscard]] Failure WithState(Failure failure, const StateOnServer& state);
 
 /// A command line of this program in quotes, the address as a shell takes it.
 [[nodiscard]] std::string CommandToType(const std::string& command, const std::string& address);

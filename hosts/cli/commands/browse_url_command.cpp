@@ -18,7 +18,7 @@ ExitCode RunBrowseUrl(Host& host, const Arguments& arguments) {
   std::string url;
   ForgetReasons();
   if (!VtDirectManager::BrowserInfo(address.c_str(), url)) {
-    return host.output().Fail(Diagnose(host, address, true));
+    return host.output().Fail(Diagnose(host, address, Seen::Missing));
   }
   host.output().Row({{"url", url}});
   return ExitCode::Ok;
@@ -33,7 +33,7 @@ CommandRow BrowseUrlCommand() {
           "an object by its id the server isn't asked, not even whether the object is there.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunBrowseUrl,
           {{"url", MemberType::Text, nullptr, "the URL"}}};
 }

@@ -45,7 +45,7 @@ CommandRow CheckCommand() {
       "that address: it is the one to list.\n\nURL may also be a nickname of the list of servers.",
       {{"URL", "The server's URL, for example https://plm.example/vt."}},
       {},
-      true,
+      Requests::Some,
       RunCheck,
       {{"url", MemberType::Text, nullptr, "the URL that was asked"},
        {"supported", MemberType::Flag, nullptr, "whether the server can be used"},

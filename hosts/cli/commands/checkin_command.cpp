@@ -27,7 +27,7 @@ CommandRow CheckinCommand() {
           {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
             Count::AtLeastOnce}},
           ChangingManyOptions(OfFolders::CheckedOutHere),
-          true,
+          Requests::Some,
           RunCheckin,
           CheckoutEndMembers()};
 }

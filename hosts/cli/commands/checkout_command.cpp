@@ -3,7 +3,7 @@
 #include "hosts/cli/browsing/address.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/journaled_step.h"
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/failures/diagnosis.h"
@@ -82,7 +82,7 @@ CommandRow CheckoutCommand() {
       {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
         Count::AtLeastOnce}},
       ChangingManyOptions(OfFolders::All),
-      true,
+      Requests::Some,
       RunCheckout,
       {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
        {"document", MemberType::Text, nullptr, "the document's UID as it was before its checkout"},

@@ -110,8 +110,8 @@ CommandRow CheckoutsCommand() {
       {"checkouts",
        "List the checkouts that are kept, or those on a server",
        "Prints one line for each checkout that vtdirect keeps: since when, who holds it, the file name, and "
-       "the UID of the working copy, separated by tabs. No request is made: verify tells whether one still "
-       "stands.\n\n--on asks a server instead, and shows each working copy that you have there in a "
+       "the UID of the working copy, separated by tabs. No request is made: verify tells whether one is "
+       "still there.\n\n--on asks a server instead, and shows each working copy that you have there in a "
        "temporary workspace, also those that are not kept here: they were made on another machine, or by a "
        "program that was ended in the middle. What is not known is shown as \"-\". put, checkin, undo, "
        "verify and get find such a working copy by the document's address, and say so. Nothing is changed, "
@@ -119,11 +119,13 @@ CommandRow CheckoutsCommand() {
        "$XDG_STATE_HOME/vtdirect/checkouts, or ~/.local/state/vtdirect/checkouts: checkout and put write it, "
        "checkin and undo take from it. Commands that take a document's address find its working copy there.",
        {},
-       {{"forget", 0, "UID", false, Completion::Nothing,
-         "Drop the checkout of this UID, without telling the server."},
-        {"on", 0, "NICK", false, Completion::Nothing,
-         "Show your working copies in the temporary workspaces of this server."}},
-       true,
+       {{.name = "forget",
+         .value = "UID",
+         .help = "Drop the checkout of this UID, without telling the server."},
+        {.name = "on",
+         .value = "NICK",
+         .help = "Show your working copies in the temporary workspaces of this server."}},
+       Requests::Some,
        RunCheckouts,
        {{"since", MemberType::Text, nullptr,
          "when it was first kept: UTC, as 2026-01-31T09:00:00Z; empty for one that is not kept"},

@@ -98,7 +98,7 @@ CommandRow CloneCommand() {
           {{"PATH", "A folder's path; see ADDRESSES."}, {"DIR", "A directory.", Count::AtMostOnce}},
           {ParallelOption(), RetriesOption(),
            DryRunOption("Say which files would be fetched, and make no directory.")},
-          true,
+          Requests::Some,
           RunClone,
           PullMembers()};
 }

@@ -17,12 +17,12 @@ enum class Completion { Nothing, Files, Directories };
 
 /// One option of the program or of a command.
 struct OptionRow {
-  ArgumentName name;  ///< long name, without dashes
-  char letter;        ///< short name; 0 for none
-  const char* value;  ///< what stands for its value in the help; null for a flag
-  bool repeatable;    ///< may be given several times, all of which count; otherwise the last one counts
-  Completion completion;
-  const char* help;  ///< one sentence
+  ArgumentName name;            ///< long name, without dashes
+  char letter = 0;              ///< short name; 0 for none
+  const char* value = nullptr;  ///< what stands for its value in the help; null for a flag
+  bool repeatable = false;  ///< may be given several times, all of which count; otherwise the last one counts
+  Completion completion = Completion::Nothing;
+  const char* help = nullptr;  ///< one sentence
 };
 
 /// How often an operand is given.
@@ -64,6 +64,9 @@ class Arguments {
   std::map<ArgumentName, std::vector<std::string>> values_;
 };
 
+/// Whether a command asks a server anything.
+enum class Requests { None, Some };
+
 /// One command, named by one word, or by two of which the first is the name of a group. The parser, the help
 /// texts, the manual page, the completion and the description of the JSON all read this record.
 struct CommandRow {
@@ -72,7 +75,7 @@ struct CommandRow {
   const char* description;  ///< paragraphs, separated by an empty line
   std::vector<OperandRow> operands;
   std::vector<OptionRow> options;
-  bool makesRequests;
+  Requests requests;
   ExitCode (*run)(Host& host, const Arguments& arguments);
   std::vector<MemberRow> members = {};  ///< of the JSON objects on standard output
   bool worksInFolder = false;  ///< its server is that of the work folder around the current directory

@@ -117,48 +117,74 @@ std::span<const CommandRow> Commands() {
 }
 
 CommandRow AsListing(CommandRow row, std::vector<const char*> columns, const char* help) {
-  row.options.push_back({"sort", 0, "COLUMN", false, Completion::Nothing, help});
+  row.options.push_back({.name = "sort", .value = "COLUMN", .help = help});
   row.columns = std::move(columns);
   return row;
 }
 
 std::span<const OptionRow> GlobalOptions() {
   static const std::vector<OptionRow> rows = {
-      {"server", 's', "NICK=URL", true, Completion::Nothing,
-       "List a server under a nickname, or give a listed nickname another URL. May be given several times."},
-      {"config", 'c', "FILE", false, Completion::Files,
-       "Read this configuration file instead of the usual one."},
-      {"json", 'j', nullptr, false, Completion::Nothing,
-       "Print results, and on standard error a failure, as one JSON object a line."},
-      {"cad", 0, nullptr, false, Completion::Nothing,
-       "Look at CAD documents too, where the server keeps them apart from dynamic documents."},
-      {"quiet", 'q', nullptr, false, Completion::Nothing, "Show no progress and no notes."},
-      {"netrc", 0, "FILE", false, Completion::Files, "Take credentials from this netrc file."},
-      {"no-prompt", 0, nullptr, false, Completion::Nothing, "Never ask for a password at the terminal."},
-      {"ca-file", 0, "FILE", false, Completion::Files,
-       "Trust the certificates in this PEM file instead of the system's."},
-      {"client-cert", 0, "FILE", false, Completion::Files,
-       "Show this certificate (PEM or PKCS#12) to the listed servers that ask for one."},
-      {"client-key", 0, "FILE", false, Completion::Files,
-       "The key of --client-cert in PEM form, when that file does not hold it."},
-      {"proxy", 0, "URL", false, Completion::Nothing,
-       "Reach the servers by this proxy instead of the environment's; none for the direct way."},
-      {"connect-timeout", 0, "SECONDS", false, Completion::Nothing,
-       "Longest time to set up a connection; 30 unless given."},
-      {"stall-timeout", 0, "SECONDS", false, Completion::Nothing,
-       "Longest time in which no byte moves. Unless given: 60 for a question, 120 for a change, and a second "
-       "more for each megabyte of a file that is sent, up to 900. A server that has been silent for so long "
-       "gets 5 for each further question, until it answers one."},
-      {"max-time", 0, "SECONDS", false, Completion::Nothing,
-       "End the command when so many seconds have passed, however far it has come."},
-      {"trace", 0, "LEVELS", false, Completion::Nothing,
-       "Show the library's trace on standard error: digits of 0 information, 1 misses, 2 warnings, 3 "
-       "errors."},
-      {"log-http", 0, "FILE", false, Completion::Files,
-       "Write the exchanges with the servers into this file, in the form HAR 1.2 and without secrets."},
-      {"help", 'h', nullptr, false, Completion::Nothing,
-       "Show a help text; of a command, when one is given."},
-      {"version", 0, nullptr, false, Completion::Nothing, "Show the version."},
+      {.name = "server",
+       .letter = 's',
+       .value = "NICK=URL",
+       .repeatable = true,
+       .help = "List a server under a nickname, or give a listed nickname another URL. May be given several "
+               "times."},
+      {.name = "config",
+       .letter = 'c',
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help = "Read this configuration file instead of the usual one."},
+      {.name = "json",
+       .letter = 'j',
+       .help = "Print results, and on standard error a failure, as one JSON object a line."},
+      {.name = "cad",
+       .help = "Look at CAD documents too, where the server keeps them apart from dynamic documents."},
+      {.name = "quiet", .letter = 'q', .help = "Show no progress and no notes."},
+      {.name = "netrc",
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help = "Take credentials from this netrc file."},
+      {.name = "no-prompt", .help = "Never ask for a password at the terminal."},
+      {.name = "ca-file",
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help = "Trust the certificates in this PEM file instead of the system's."},
+      {.name = "client-cert",
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help = "Show this certificate (PEM or PKCS#12) to the listed servers that ask for one."},
+      {.name = "client-key",
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help = "The key of --client-cert in PEM form, when that file does not hold it."},
+      {.name = "proxy",
+       .value = "URL",
+       .help = "Reach the servers by this proxy instead of the environment's; none for the direct way."},
+      {.name = "connect-timeout",
+       .value = "SECONDS",
+       .help = "Longest time to set up a connection; 30 unless given."},
+      {.name = "stall-timeout",
+       .value = "SECONDS",
+       .help = "Longest time in which no byte moves. Unless given: 60 for a question, 120 for a change, and "
+               "a second "
+               "more for each megabyte of a file that is sent, up to 900. A server that has been silent for "
+               "so long "
+               "gets 5 for each further question, until it answers one."},
+      {.name = "max-time",
+       .value = "SECONDS",
+       .help = "End the command when so many seconds have passed, however far it has come."},
+      {.name = "trace",
+       .value = "LEVELS",
+       .help = "Show the library's trace on standard error: digits of 0 information, 1 misses, 2 warnings, 3 "
+               "errors."},
+      {.name = "log-http",
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help =
+           "Write the exchanges with the servers into this file, in the form HAR 1.2 and without secrets."},
+      {.name = "help", .letter = 'h', .help = "Show a help text; of a command, when one is given."},
+      {.name = "version", .help = "Show the version."},
   };
   return rows;
 }

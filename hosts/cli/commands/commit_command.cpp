@@ -155,9 +155,9 @@ CommandRow CommitCommand() {
       "given again: it goes on with the checkout that was made. A file that the server does not know is not "
       "sent; put creates a document.",
       {{"FILE", "A file of the work folder.", Count::AnyNumber}},
-      {{"dry-run", 0, nullptr, false, Completion::Nothing,
-        "Say which files would be sent and which are in conflict, and send nothing."}},
-      true,
+      {{.name = "dry-run",
+        .help = "Say which files would be sent and which are in conflict, and send nothing."}},
+      Requests::Some,
       RunCommit,
       {{"action", MemberType::Text, nullptr,
         "committed, known when the server had the file's content already, or with --dry-run would-commit"},

@@ -62,7 +62,7 @@ CommandRow DiffCommand() {
                     "differ is told.",
                     {{"FILE", "A file of the work folder.", Count::AnyNumber}},
                     {},
-                    true,
+                    Requests::Some,
                     RunDiff,
                     {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
                      {"version", MemberType::Text, nullptr, "the version that it came from"},

@@ -43,7 +43,7 @@ CommandRow DoctorCommand() {
           "The exit status is that of the worst failure; a warning is none.",
           {{"NICK", "The nickname of a listed server.", Count::AtMostOnce}},
           {},
-          true,
+          Requests::Some,
           RunDoctor,
           {{"server", MemberType::Text, nullptr, "the nickname"},
            {"step", MemberType::Text, nullptr, "what was looked at"},

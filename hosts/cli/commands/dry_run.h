@@ -9,7 +9,7 @@ namespace vtdirect_cli {
 /// @param help  one sentence; it has to live as long as the process
 [[nodiscard]] inline OptionRow DryRunOption(
     const char* help = "Say what would be done, and change nothing.") {
-  return {"dry-run", 0, nullptr, false, Completion::Nothing, help};
+  return {.name = "dry-run", .help = help};
 }
 
 /// Whether the option was given.

@@ -55,7 +55,7 @@ class Editing {
     if (IsCheckedOutHere()) return std::nullopt;
     ForgetReasons();
     const auto state = AskForNewest(document_);
-    if (!state) return Diagnose(host_, address_, false);
+    if (!state) return Diagnose(host_, address_, Seen::Unknown);
     const std::string& newest = state->newestVersion;
     const std::string known = kept_.KnownVersion();
     if (known.empty() || newest.empty() || known == newest) return std::nullopt;
@@ -191,18 +191,18 @@ class Editing {
   }
 
   [[nodiscard]] ExitCode Report() {
-    const bool stands = IsCheckedOutHere();
+    const bool isCheckedOut = IsCheckedOutHere();
     if (uid_.empty()) uid_ = document_;
     host_.output().Row({{"uid", uid_}}, {{"address", address_},
                                          {"uid", uid_},
                                          {"action", std::string(action_)},
                                          {"checked_in", checkedIn_},
-                                         {"checked_out", stands}});
+                                         {"checked_out", isCheckedOut}});
     static_cast<void>(host_.output().Flush());
     const std::string what = checkedIn_                         ? "stored and checked in "
                              : std::string(action_) == "stored" ? "stored "
                                                                 : "nothing was changed in ";
-    host_.output().Note(what + address_ + (stands ? "; it is checked out, as it was before" : ""));
+    host_.output().Note(what + address_ + (isCheckedOut ? "; it is checked out, as it was before" : ""));
     return ExitCode::Ok;
   }
 
@@ -223,8 +223,8 @@ class Editing {
   return visual.empty() ? Environment("EDITOR") : visual;
 }
 
-// What names the document whichever of its iterations is the newest, and whichever nickname its server has: an edit that
-// is gone on with later must be found after others have stored something. Makes a request for an address by id.
+// What names the document whichever of its iterations is the newest, and whichever nickname its server has. An edit
+// that is gone on with later must be found after others have stored something. Makes a request for an address by id.
 [[nodiscard]] std::string LastingName(const std::string& address, AddressKind kind,
                                       const std::string& document) {
   const auto kept = CheckoutBook().Find(document);
@@ -258,7 +258,7 @@ ExitCode RunEdit(Host& host, const Arguments& arguments) {
   if (!kind) return host.output().Fail(kind.failure());
   ForgetReasons();
   const std::string document = VtDirectManager::GetUID(address.c_str());
-  if (document.empty()) return host.output().Fail(Diagnose(host, address, true));
+  if (document.empty()) return host.output().Fail(Diagnose(host, address, Seen::Missing));
   if (const auto elsewhere = RefusalOfAnotherPlace(address, document)) return host.output().Fail(*elsewhere);
   const std::string name = SafeFileName(FileNameOf(document));
   auto kept = KeptEdit::Open(LastingName(address, *kind, document), name.empty() ? "content" : name);
@@ -285,9 +285,12 @@ CommandRow EditCommand() {
           "An editor that returns at once, with a window of its own, has to be told to wait: VISUAL=\"code "
           "--wait\".",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-          {{"metadata", 0, "FILE", false, Completion::Files, "Store this file as the document's metadata."},
+          {{.name = "metadata",
+            .value = "FILE",
+            .completion = Completion::Files,
+            .help = "Store this file as the document's metadata."},
            DryRunOption()},
-          true,
+          Requests::Some,
           RunEdit,
           {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
            {"uid", MemberType::Text, "without --dry-run", "the UID to go on with"},

@@ -15,7 +15,7 @@ namespace {
 
 [[nodiscard]] Failure WhyNoPage(Host& host, const std::string& address, const std::string& uid) {
   const std::string hint = WordsOfLastReason();
-  if (uid.empty() || !VtDirectManager::FileExists(uid.c_str())) return Diagnose(host, address, true);
+  if (uid.empty() || !VtDirectManager::FileExists(uid.c_str())) return Diagnose(host, address, Seen::Missing);
   const CheckoutState state = ReadCheckoutState(uid);
   if (state.status == VtDirectManager::CheckoutNone) {
     return {ExitCode::Failure, address + " is no working copy, and only those have attributes to edit; " +
@@ -53,7 +53,7 @@ CommandRow EditUrlCommand() {
           "of the working copy, or of a document that is checked out by vtdirect.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunEditUrl,
           {{"url", MemberType::Text, nullptr, "the URL"},
            {"uid", MemberType::Text, nullptr, "the working copy's UID"}}};

@@ -134,7 +134,7 @@ class Search {
       case VtDirectManager::CheckoutInWorkspace:
         return true;
       case VtDirectManager::CheckoutStatusFailed:
-        failure_ = Diagnose(host_, path, false);
+        failure_ = Diagnose(host_, path, Seen::Unknown);
         return false;
       default:
         return false;
@@ -177,11 +177,11 @@ CommandRow FindCommand() {
        "11. Versions are compared part by part, so that B.10 comes after B.9. --mine asks the server for "
        "each document that the other options leave, which takes its time.",
        {{"PATH", "A path; see ADDRESSES."}},
-       {{"name", 0, "PATTERN", false, Completion::Nothing, "Only documents with this file name or title."},
-        {"number", 0, "PATTERN", false, Completion::Nothing, "Only documents with this number."},
-        {"mine", 0, nullptr, false, Completion::Nothing, "Only documents that you have checked out."},
-        {"newer", 0, "VERSION", false, Completion::Nothing, "Only documents with a version after this one."}},
-       true,
+       {{.name = "name", .value = "PATTERN", .help = "Only documents with this file name or title."},
+        {.name = "number", .value = "PATTERN", .help = "Only documents with this number."},
+        {.name = "mine", .help = "Only documents that you have checked out."},
+        {.name = "newer", .value = "VERSION", .help = "Only documents with a version after this one."}},
+       Requests::Some,
        RunFind,
        {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
         {"name", MemberType::Text, nullptr, "the name as it is in a path, escaped"},

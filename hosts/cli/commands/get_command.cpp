@@ -4,7 +4,7 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/copy_search.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/failures/diagnosis.h"
@@ -29,8 +29,8 @@ namespace {
 
 // What is fetched, and what it is called to go on with.
 struct Content {
-  std::string source;         // empty for the address itself
-  std::string uidToGoOnWith;  // empty for the source's UID
+  std::string source;           // empty for the address itself
+  std::string uidToGoOnWith{};  // empty for the source's UID
   bool isOfWorkingCopy = false;
 };
 
@@ -40,7 +40,7 @@ struct Content {
                                             const std::string& workingCopy) {
   switch (PresenceOfWorkingCopy(workingCopy)) {
     case Presence::There:
-      return Content{ByOwnId(workingCopy), workingCopy, true};
+      return Content{.source = ByOwnId(workingCopy), .uidToGoOnWith = workingCopy, .isOfWorkingCopy = true};
     case Presence::Gone:
       if (IsTemporaryCopy(uid)) {
         return NotFetched("the working copy " + uid + " is not there any more",
@@ -48,7 +48,7 @@ struct Content {
       }
       host.output().Note("the working copy of " + address +
                          " that is kept here is not there any more; this is the document's own content");
-      return Content{uid, {}};
+      return Content{.source = uid};
     default:
       return NotFetched("whether the working copy " + workingCopy + " is there could not be found out",
                         "the same command can be given again; " + BaseInstead(address));
@@ -65,10 +65,12 @@ struct Content {
     failure.advice += (failure.advice.empty() ? "" : "; ") + BaseInstead(address);
     return failure;
   }
-  if (IsTemporaryCopy(found->uid)) return Content{ByOwnId(found->uid), found->uid, true};
+  if (IsTemporaryCopy(found->uid)) {
+    return Content{.source = ByOwnId(found->uid), .uidToGoOnWith = found->uid, .isOfWorkingCopy = true};
+  }
   // The walk to a path's document need not be made twice.
-  return Content{
-      VtDirectManager::IsUID(address.c_str()) ? "" : uid, {}, status == VtDirectManager::CheckoutInWorkspace};
+  return Content{.source = VtDirectManager::IsUID(address.c_str()) ? "" : uid,
+                 .isOfWorkingCopy = status == VtDirectManager::CheckoutInWorkspace};
 }
 
 // What a user means by a document that they have checked out is its working copy, unless they say otherwise.
@@ -120,8 +122,8 @@ ExitCode RunGet(Host& host, const Arguments& arguments) {
 [[nodiscard]] std::vector<OptionRow> Options() {
   std::vector<OptionRow> options = {
       AnywhereOption(),
-      {"base", 0, nullptr, false, Completion::Nothing,
-       "Of a document that you have checked out, fetch the content from before the checkout."}};
+      {.name = "base",
+       .help = "Of a document that you have checked out, fetch the content from before the checkout."}};
   for (const OptionRow& row : DownloadOptions()) options.push_back(row);
   for (const OptionRow& row : GetManyOptions()) options.push_back(row);
   return options;
@@ -161,13 +163,13 @@ CommandRow GetCommand() {
       "time. With -r a folder is fetched as a directory of its name, with all that is below it; directories "
       "are made. Each document gets a file of its own: of two that would have the same name, the second one "
       "is called \"fork%(2).lxz\", and in one folder it is called by its number, \"fork%(0000100002).lxz\". "
-      "One that fails does not keep the others: all failures are told once more at the end, and the exit "
+      "If one fails, the others go on: all failures are told once more at the end, and the exit "
       "status is that of the worst. A document of a folder that has no content yet is no failure; a warning "
       "tells of it. With --json, address is the path of a document that a folder or a pattern has led to.",
       {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
         Count::AtLeastOnce}},
       Options(),
-      true,
+      Requests::Some,
       RunGet,
       Members()};
 }

@@ -101,7 +101,7 @@ void DescribeServer(const std::string& address, Record& record) {
 }
 
 ExitCode FailMissing(Host& host, const std::string& address, Record& record) {
-  const Failure failure = Diagnose(host, address, true);
+  const Failure failure = Diagnose(host, address, Seen::Missing);
   if (failure.code == ExitCode::NotFound) {
     record.emplace_back("exists", false);
     host.output().Lines(record);
@@ -200,7 +200,7 @@ CommandRow InfoCommand() {
           {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
             Count::AtLeastOnce}},
           Options(),
-          true,
+          Requests::Some,
           RunInfo,
           Members()};
 }

@@ -26,12 +26,12 @@ ExitCode RunLinks(Host& host, const Arguments& arguments) {
 
   ForgetReasons();
   const std::string uid = ReadableUid(UidToGoOnWith(host, address));
-  if (uid.empty()) return host.output().Fail(Diagnose(host, address, true));
+  if (uid.empty()) return host.output().Fail(Diagnose(host, address, Seen::Missing));
   std::map<std::string, std::string> links;
   VtDirectManager::GetSourceLinks(uid.c_str(), links);
   // A document that can't be read has no links either.
   if (links.empty() && (!VtDirectManager::FileExists(uid.c_str()) || LastAnswerWasBroken())) {
-    return host.output().Fail(Diagnose(host, address, true));
+    return host.output().Fail(Diagnose(host, address, Seen::Missing));
   }
   std::uint64_t unreadable = 0;
   for (const auto& [name, source] : links) {
@@ -57,7 +57,7 @@ CommandRow LinksCommand() {
        "working copy. --link of put takes them as they are printed, with \"=\" in place of the tab.",
        {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
        {AnywhereOption()},
-       true,
+       Requests::Some,
        RunLinks,
        {{"link", MemberType::Text, nullptr,
          "by which name the document calls its source, escaped as in a path"},

@@ -49,7 +49,7 @@ CommandRow LogCommand() {
       "alone, and the file's own is shown beside it. Who made a version is not told by a listing.",
       {{"FILE", "A file of the work folder.", Count::AtLeastOnce}},
       {},
-      true,
+      Requests::Some,
       RunLog,
       {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
        {"version", MemberType::Text, nullptr, "the version"},

@@ -85,9 +85,9 @@ CommandRow LoginCommand() {
       "A token is kept as the password of the user \"bearer-token\"; what the helper gives for that user is "
       "sent as a token again.",
       {{"NICK", "The nickname of a listed server."}},
-      {{"token", 0, nullptr, false, Completion::Nothing, "Ask for a bearer token in place of a password."},
-       {"user", 0, "NAME", false, Completion::Nothing, "Ask for the password of this user."}},
-      true,
+      {{.name = "token", .help = "Ask for a bearer token in place of a password."},
+       {.name = "user", .value = "NAME", .help = "Ask for the password of this user."}},
+      Requests::Some,
       RunLogin,
       {{"server", MemberType::Text, nullptr, "the nickname"},
        {"user", MemberType::Text, nullptr, "the user whose login is kept; bearer-token for a token"}}};

@@ -127,9 +127,9 @@ CommandRow LsCommand() {
        "4 on, versions from schema 5 on; what it doesn't show is empty.\n\nA missing \"/\" at the end of "
        "PATH is added. A document's path is refused with a message that says so.",
        {{"PATH", "A path; see ADDRESSES.", Count::AtMostOnce}},
-       {{"long", 'l', nullptr, false, Completion::Nothing, "Show kind, number and title too."},
-        {"versions", 0, nullptr, false, Completion::Nothing, "Show the versions of each document."}},
-       true,
+       {{.name = "long", .letter = 'l', .help = "Show kind, number and title too."},
+        {.name = "versions", .help = "Show the versions of each document."}},
+       Requests::Some,
        RunLs,
        {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
         {"name", MemberType::Text, nullptr, "the name as it is in a path, escaped"},

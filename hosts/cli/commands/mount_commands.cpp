@@ -154,27 +154,37 @@ ExitCode RunUnmount(Host& host, const Arguments& arguments) {
 
 [[nodiscard]] std::vector<OptionRow> MountOptions() {
   return {
-      {"foreground", 'f', nullptr, false, Completion::Nothing,
-       "Stay in the foreground, and log to standard error."},
-      {"refresh", 0, "SECONDS", false, Completion::Nothing,
-       "How long a folder's listing counts; 10 unless given, 0 asks each time."},
-      {"parallel", 0, "COUNT", false, Completion::Nothing,
-       "How many folders and attributes are asked for at a time; 8 unless given."},
-      {"cache", 0, "DIR", false, Completion::Directories, "Where contents are kept; ~/.cache/vtdirect."},
-      {"cache-size", 0, "MIB", false, Completion::Nothing,
-       "How much the kept contents may take, in mebibytes; 4096 unless given."},
-      {"log", 0, "FILE", false, Completion::Files, "Where the mount says what went wrong."},
-      {"write", 'w', nullptr, false, Completion::Nothing,
-       "Let documents that are checked out be written to, and files be created."},
-      {"auto-checkout", 0, nullptr, false, Completion::Nothing,
-       "With --write: check a document out when it is first written to."},
-      {"scratch", 0, "PATTERN", true, Completion::Nothing,
-       "With --write: files whose names match this shell pattern stay on this machine, in addition to those "
-       "of well-known editors. May be given several times."},
-      {"no-usual-scratch", 0, nullptr, false, Completion::Nothing,
-       "With --write: ignore the usual names of editors' files; use only the patterns of --scratch."},
-      {"no-preview", 0, nullptr, false, Completion::Nothing,
-       "Give no contents to programs that make thumbnails."},
+      {.name = "foreground", .letter = 'f', .help = "Stay in the foreground, and log to standard error."},
+      {.name = "refresh",
+       .value = "SECONDS",
+       .help = "How long a folder's listing counts; 10 unless given, 0 asks each time."},
+      {.name = "parallel",
+       .value = "COUNT",
+       .help = "How many folders and attributes are asked for at a time; 8 unless given."},
+      {.name = "cache",
+       .value = "DIR",
+       .completion = Completion::Directories,
+       .help = "Where contents are kept; ~/.cache/vtdirect."},
+      {.name = "cache-size",
+       .value = "MIB",
+       .help = "How much the kept contents may take, in mebibytes; 4096 unless given."},
+      {.name = "log",
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help = "Where the mount says what went wrong."},
+      {.name = "write",
+       .letter = 'w',
+       .help = "Let documents that are checked out be written to, and files be created."},
+      {.name = "auto-checkout", .help = "With --write: check a document out when it is first written to."},
+      {.name = "scratch",
+       .value = "PATTERN",
+       .repeatable = true,
+       .help = "With --write: files whose names match this shell pattern stay on this machine, in addition "
+               "to those "
+               "of well-known editors. May be given several times."},
+      {.name = "no-usual-scratch",
+       .help = "With --write: ignore the usual names of editors' files; use only the patterns of --scratch."},
+      {.name = "no-preview", .help = "Give no contents to programs that make thumbnails."},
   };
 }
 
@@ -196,7 +206,7 @@ CommandRow MountCommand() {
           "The log is $XDG_STATE_HOME/vtdirect/mount.log, or ~/.local/state/vtdirect/mount.log.",
           {{"ADDRESS", "The path of a directory."}, {"DIR", "Where it is shown."}},
           MountOptions(),
-          false,
+          Requests::None,
           RunMount,
           {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
            DirectoryMember()}};
@@ -209,7 +219,7 @@ CommandRow UnmountCommand() {
           "what a killed mount has left.",
           {{"DIR", "The directory."}},
           {},
-          false,
+          Requests::None,
           RunUnmount,
           {DirectoryMember()}};
 }
@@ -220,7 +230,7 @@ CommandRow RefreshCommand() {
           "Lets the mount at DIR ask the server anew for folders and versions. Contents are kept.",
           {{"DIR", "The directory, or any file in it."}},
           {},
-          false,
+          Requests::None,
           RunRefresh,
           {DirectoryMember()}};
 }

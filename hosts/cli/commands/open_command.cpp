@@ -34,7 +34,7 @@ ExitCode RunOpen(Host& host, const Arguments& arguments) {
   std::string url;
   ForgetReasons();
   if (!VtDirectManager::BrowserInfo(address.c_str(), url)) {
-    return host.output().Fail(Diagnose(host, address, true));
+    return host.output().Fail(Diagnose(host, address, Seen::Missing));
   }
   // What is no address of the web could be taken for an option, or for a file of this machine.
   if (!OriginOf(url)) {
@@ -61,7 +61,7 @@ CommandRow OpenCommand() {
           "counts. The browser logs in by itself: it is given no login of vtdirect's.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunOpen,
           {{"url", MemberType::Text, nullptr, "the URL that was opened"}}};
 }

@@ -36,7 +36,7 @@ constexpr Form forms[] = {
   if (VtDirectManager::FileExists(address.c_str()) && !LastAnswerWasBroken()) {
     return {ExitCode::Failure, "the server shows no path of " + address};
   }
-  return Diagnose(host, address, true);
+  return Diagnose(host, address, Seen::Missing);
 }
 
 ExitCode RunPath(Host& host, const Arguments& arguments) {
@@ -66,11 +66,11 @@ CommandRow PathCommand() {
           "answered from its text alone, without asking the server whether the object is there.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption(),
-           {"latest", 0, nullptr, false, Completion::Nothing, "The path of the newest iteration."},
-           {"versioned", 0, nullptr, false, Completion::Nothing,
-            "The path of exactly this iteration: with its version when a newer one exists."},
-           {"folder", 0, nullptr, false, Completion::Nothing, "The path of the folder that holds it."}},
-          true,
+           {.name = "latest", .help = "The path of the newest iteration."},
+           {.name = "versioned",
+            .help = "The path of exactly this iteration: with its version when a newer one exists."},
+           {.name = "folder", .help = "The path of the folder that holds it."}},
+          Requests::Some,
           RunPath,
           {{"path", MemberType::Text, nullptr, "the path"}}};
 }

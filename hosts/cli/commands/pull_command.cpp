@@ -42,7 +42,7 @@ CommandRow PullCommand() {
       "there.",
       {},
       {ParallelOption(), RetriesOption(), DryRunOption("Say which files would be fetched, and fetch none.")},
-      true,
+      Requests::Some,
       RunPull,
       PullMembers()};
   row.worksInFolder = true;

@@ -262,19 +262,29 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
 [[nodiscard]] std::vector<OptionRow> Options() {
   std::vector<OptionRow> options = {
       RecursiveOption("Store the files of a directory, each in the folder of the same path below ADDRESS."),
-      {"viewable", 0, "FILE", false, Completion::Files, "Store this file as the document's viewable."},
-      {"metadata", 0, "FILE", false, Completion::Files, "Store this file as the document's metadata."},
-      {"language", 0, "LANGUAGE", false, Completion::Nothing, "Set the document's language."},
-      {"link", 0, "NAME=ADDRESS", true, Completion::Nothing,
-       "Say that the document was made from the one at ADDRESS, which it calls NAME; \"NAME=\" takes a link "
-       "away. May be given several times."},
-      {"force", 'f', nullptr, false, Completion::Nothing,
-       "Store a content of another kind over a document that may be a Fenlet; its viewable, metadata and "
-       "links go."},
-      {"kind", 0, "KIND", false, Completion::Nothing, "fenlet, general or ugc; fenlet unless given."},
-      {"checkin", 0, nullptr, false, Completion::Nothing, "Check the working copy in after the store."},
-      {"stop-on-error", 0, nullptr, false, Completion::Nothing,
-       "Of several files, send nothing further when one has failed."},
+      {.name = "viewable",
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help = "Store this file as the document's viewable."},
+      {.name = "metadata",
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help = "Store this file as the document's metadata."},
+      {.name = "language", .value = "LANGUAGE", .help = "Set the document's language."},
+      {.name = "link",
+       .value = "NAME=ADDRESS",
+       .repeatable = true,
+       .help = "Say that the document was made from the one at ADDRESS, which it calls NAME; \"NAME=\" takes "
+               "a link "
+               "away. May be given several times."},
+      {.name = "force",
+       .letter = 'f',
+       .help =
+           "Store a content of another kind over a document that may be a Fenlet; its viewable, metadata and "
+           "links go."},
+      {.name = "kind", .value = "KIND", .help = "fenlet, general or ugc; fenlet unless given."},
+      {.name = "checkin", .help = "Check the working copy in after the store."},
+      {.name = "stop-on-error", .help = "Of several files, send nothing further when one has failed."},
   };
   for (const OptionRow& row : FileListOptions()) options.push_back(row);
   for (const OptionRow& row : PutConditionOptions()) options.push_back(row);
@@ -331,7 +341,7 @@ CommandRow PutCommand() {
         Count::AtLeastOnce},
        {"ADDRESS", "A path or a UID; see ADDRESSES."}},
       Options(),
-      true,
+      Requests::Some,
       RunPut,
       Members()};
 }

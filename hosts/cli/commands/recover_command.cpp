@@ -74,36 +74,41 @@ ExitCode RunRecover(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow RecoverCommand() {
-  return {"recover",
-          "Settle changes that were not confirmed",
-          "Asks the servers about each change that was begun and whose answer never came: the program was "
-          "killed, the connection broke, the time was over. Prints one line for each: since when, the step "
-          "(checkout, checkin, undo, create, iterate, store, xliff put or xliff publish), the address, "
-          "whether it is settled, and the state on the server, separated by tabs. Nothing is guessed: what a "
-          "server doesn't answer stays open, and the exit status is 11.\n\n"
-          "A checkout that was done is kept (see checkouts), one that has ended is dropped and its temporary "
-          "workspace cleared away. A store is compared with the bytes that the server has. Nothing is "
-          "stored, checked in or thrown away. No question tells whether a translation is marked as "
-          "published: such a change stays open until xliff publish has marked it once more.\n\n"
-          "The changes are in $XDG_STATE_HOME/vtdirect/journal, or ~/.local/state/vtdirect/journal, from "
-          "before they are sent until their answers are in. Files that were written in a mount and could not "
-          "be stored are listed with the step mount; they are in $XDG_STATE_HOME/vtdirect/unstored, or "
-          "~/.local/state/vtdirect/unstored. --discard gives one of them up. Every command on a server with "
-          "such a change warns of it.",
-          {},
-          {{"discard", 0, "FILE", true, Completion::Files,
+  return {
+      "recover",
+      "Settle changes that were not confirmed",
+      "Asks the servers about each change that was begun and whose answer never came: the program was "
+      "killed, the connection broke, the time was over. Prints one line for each: since when, the step "
+      "(checkout, checkin, undo, create, iterate, store, xliff put or xliff publish), the address, "
+      "whether it is settled, and the state on the server, separated by tabs. Nothing is guessed: what a "
+      "server doesn't answer stays open, and the exit status is 11.\n\n"
+      "A checkout that was done is kept (see checkouts), one that has ended is dropped and its temporary "
+      "workspace cleared away. A store is compared with the bytes that the server has. Nothing is "
+      "stored, checked in or thrown away. No question tells whether a translation is marked as "
+      "published: such a change stays open until xliff publish has marked it once more.\n\n"
+      "The changes are in $XDG_STATE_HOME/vtdirect/journal, or ~/.local/state/vtdirect/journal, from "
+      "before they are sent until their answers are in. Files that were written in a mount and could not "
+      "be stored are listed with the step mount; they are in $XDG_STATE_HOME/vtdirect/unstored, or "
+      "~/.local/state/vtdirect/unstored. --discard gives one of them up. Every command on a server with "
+      "such a change warns of it.",
+      {},
+      {{.name = "discard",
+        .value = "FILE",
+        .repeatable = true,
+        .completion = Completion::Files,
+        .help =
             "Give up a file that was written in a mount, by the path that is printed for it. Its bytes are "
             "lost. Nothing else is settled. May be given several times."},
-           DryRunOption("Say what is found on the server, and leave the journal as it is.")},
-          true,
-          RunRecover,
-          {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
-           {"step", MemberType::Text, nullptr,
-            "checkout, checkin, undo, create, iterate, store, xliff put or xliff publish"},
-           {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
-           {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
-           {"found", MemberType::Text, nullptr, "the state on the server, for a reader"},
-           DryRunMember("true: the change is in the journal as before")}};
+       DryRunOption("Say what is found on the server, and leave the journal as it is.")},
+      Requests::Some,
+      RunRecover,
+      {{"since", MemberType::Text, nullptr, "when it was begun: UTC, as 2026-01-31T09:00:00Z"},
+       {"step", MemberType::Text, nullptr,
+        "checkout, checkin, undo, create, iterate, store, xliff put or xliff publish"},
+       {"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
+       {"settled", MemberType::Flag, nullptr, "whether it is certain now how it ended"},
+       {"found", MemberType::Text, nullptr, "the state on the server, for a reader"},
+       DryRunMember("true: the change is in the journal as before")}};
 }
 
 }  // namespace vtdirect_cli

@@ -96,7 +96,7 @@ CommandRow RevertCommand() {
       "A checkout of the document stays; undo ends it.",
       {{"FILE", "A file of the work folder.", Count::AtLeastOnce}},
       {DryRunOption()},
-      true,
+      Requests::Some,
       RunRevert,
       {{"file", MemberType::Text, nullptr, "the file, below the work folder"},
        {"version", MemberType::Text, nullptr, "the version that it is again"},

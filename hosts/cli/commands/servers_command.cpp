@@ -29,7 +29,7 @@ CommandRow ServersCommand() {
        "No request is made. Two nicknames of one server show one URL, since they share its connection.",
        {},
        {},
-       false,
+       Requests::None,
        RunServers,
        {{"nickname", MemberType::Text, nullptr, "the nickname"},
         {"url", MemberType::Text, nullptr, "the server's URL"}}},

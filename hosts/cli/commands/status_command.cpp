@@ -16,7 +16,7 @@ namespace {
 
 struct Question {
   std::string address;
-  std::string serverUrl;  // taken before anything is asked: the library knows no server that is written off
+  std::string serverUrl{};  // taken before anything is asked: the library knows no server that is written off
   bool anywhere = false;
 };
 
@@ -108,7 +108,7 @@ void Ask(Host& host, const Question& question, Status& status) {
 [[nodiscard]] ExitCode TellUnusable(Host& host, const std::string& address, const Failure& why) {
   Status status;
   status.failure = why;
-  return Report(host, {address, {}, false}, status);
+  return Report(host, {.address = address}, status);
 }
 
 ExitCode RunStatus(Host& host, const Arguments& arguments) {
@@ -144,7 +144,7 @@ CommandRow StatusCommand() {
        {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
          Count::AtLeastOnce}},
        Options(),
-       true,
+       Requests::Some,
        RunStatus,
        {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
         {"status", MemberType::Text, nullptr, "up-to-date, outdated or failed"},

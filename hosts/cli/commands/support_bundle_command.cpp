@@ -60,7 +60,7 @@ CommandRow SupportBundleCommand() {
           "that file too.",
           {{"FILE", "The archive to write: support.tar.gz."}},
           {},
-          true,
+          Requests::Some,
           RunSupportBundle,
           {{"file", MemberType::Text, nullptr, "the archive that was written"}}};
 }

@@ -138,29 +138,35 @@ ExitCode RunTree(Host& host, const Arguments& arguments) {
 }  // namespace
 
 CommandRow TreeCommand() {
-  return {"tree",
-          "Print a folder and all below it",
-          "Walks the tree below PATH depth first and prints one line for each folder and document, indented "
-          "by two blanks a level; a folder's name closes with \"/\". In each folder the documents come "
-          "first, as the server delivers them, then its folders by the bytes of their names. Only names of "
-          "folders are kept in memory, one folder's for each level.\n\n"
-          "A folder that can't be listed is passed over with a warning. A folder that contains itself would "
-          "have no end, so a walk goes 64 levels deep and lists a million folders at most. When any of this "
-          "leaves something out, the exit status is 11. A missing \"/\" at the end of PATH is added.",
-          {{"PATH", "A path; see ADDRESSES."}},
-          {{"depth", 'd', "LEVELS", false, Completion::Nothing,
-            "Show at most this many levels below PATH; what is left out is no failure."},
-           {"parallel", 0, "NUMBER", false, Completion::Nothing,
+  return {
+      "tree",
+      "Print a folder and all below it",
+      "Walks the tree below PATH depth first and prints one line for each folder and document, indented "
+      "by two blanks a level; a folder's name closes with \"/\". In each folder the documents come "
+      "first, as the server delivers them, then its folders by the bytes of their names. Only names of "
+      "folders are kept in memory, one folder's for each level.\n\n"
+      "A folder that can't be listed is passed over with a warning. A folder that contains itself would "
+      "have no end, so a walk goes 64 levels deep and lists a million folders at most. When any of this "
+      "leaves something out, the exit status is 11. A missing \"/\" at the end of PATH is added.",
+      {{"PATH", "A path; see ADDRESSES."}},
+      {{.name = "depth",
+        .letter = 'd',
+        .value = "LEVELS",
+        .help = "Show at most this many levels below PATH; what is left out is no failure."},
+       {.name = "parallel",
+        .value = "NUMBER",
+        .help =
             "List so many folders at one time, 16 at most; without it, one after the other. The output is "
             "the same."},
-           {"full-paths", 'f', nullptr, false, Completion::Nothing,
-            "Print whole paths without indentation, fit for sort and grep."}},
-          true,
-          RunTree,
-          {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
-           {"name", MemberType::Text, nullptr, "the name as it is in a path, escaped"},
-           {"kind", MemberType::Text, nullptr, "document, folder or server"},
-           {"depth", MemberType::Number, nullptr, "levels below PATH, from 1"}}};
+       {.name = "full-paths",
+        .letter = 'f',
+        .help = "Print whole paths without indentation, fit for sort and grep."}},
+      Requests::Some,
+      RunTree,
+      {{"path", MemberType::Text, nullptr, "the object's own path; a folder's closes with \"/\""},
+       {"name", MemberType::Text, nullptr, "the name as it is in a path, escaped"},
+       {"kind", MemberType::Text, nullptr, "document, folder or server"},
+       {"depth", MemberType::Number, nullptr, "levels below PATH, from 1"}}};
 }
 
 }  // namespace vtdirect_cli

@@ -20,7 +20,7 @@ ExitCode RunUid(Host& host, const Arguments& arguments) {
   const auto parsed = VtDirectManager::ParseUID(uid.c_str());
   const bool isNamed = parsed && !parsed->fileName.empty();
   const bool confirmed = isNamed || (!uid.empty() && VtDirectManager::FileExists(address.c_str()));
-  if (!confirmed) return host.output().Fail(Diagnose(host, address, true));
+  if (!confirmed) return host.output().Fail(Diagnose(host, address, Seen::Missing));
   host.output().Row({{"uid", uid}});
   return ExitCode::Ok;
 }
@@ -35,7 +35,7 @@ CommandRow UidCommand() {
           "the server whether the object is there.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunUid,
           {{"uid", MemberType::Text, nullptr, "the canonical UID"}}};
 }

@@ -31,7 +31,7 @@ CommandRow UndoCommand() {
           {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
             Count::AtLeastOnce}},
           ChangingManyOptions(OfFolders::CheckedOutHere),
-          true,
+          Requests::Some,
           RunUndo,
           Members()};
 }

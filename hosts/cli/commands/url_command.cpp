@@ -20,7 +20,7 @@ ExitCode RunUrl(Host& host, const Arguments& arguments) {
   ForgetReasons();
   const bool isTold = VtDirectManager::GetFileDownloadURL(address.c_str(), url, &cacheKey);
   if (!isTold || (url.empty() && LastAnswerWasBroken())) {
-    return host.output().Fail(Diagnose(host, address, true));
+    return host.output().Fail(Diagnose(host, address, Seen::Missing));
   }
   if (url.empty()) return host.output().Fail({ExitCode::DownloadFailed, address + " has no content"});
   host.output().Row({{"url", url}}, {{"url", url}, {"cache_key", cacheKey}});
@@ -36,7 +36,7 @@ CommandRow UrlCommand() {
           "Nothing is downloaded. The server may demand credentials there too.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunUrl,
           {{"url", MemberType::Text, nullptr, "the URL"},
            {"cache_key", MemberType::Text, nullptr, "a key under which the content may be cached"}}};

@@ -4,7 +4,7 @@
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/journaled_step.h"
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/failures/diagnosis.h"
@@ -29,36 +29,36 @@ struct Subject {
 };
 
 // What the server says.
-struct Standing {
+struct CopyState {
   VtCheckoutStatus status = VtDirectManager::CheckoutStatusFailed;
   std::string user;
   std::string uid;  // to go on with
 
   // Without its workspace the UID is none to go on with.
-  [[nodiscard]] bool stands() const { return HasWorkspace(uid) && IsWorkingCopy(status); }
+  [[nodiscard]] bool isThere() const { return HasWorkspace(uid) && IsWorkingCopy(status); }
 };
 
 struct Verification {
   Subject subject;
-  Standing standing;
+  CopyState state;
   bool isKept = false;
 
   [[nodiscard]] bool renewed() const {
-    return standing.stands() && !AreSameUid(standing.uid, subject.workingCopy);
+    return state.isThere() && !AreSameUid(state.uid, subject.workingCopy);
   }
 };
 
 // Nobody holds the document any more, and there is no newer iteration: the copy was thrown away.
-[[nodiscard]] bool IsGone(const Subject& subject, const Standing& standing) {
-  return IsTemporaryCopy(subject.workingCopy) && standing.status == VtDirectManager::CheckoutNone;
+[[nodiscard]] bool IsGone(const Subject& subject, const CopyState& state) {
+  return IsTemporaryCopy(subject.workingCopy) && state.status == VtDirectManager::CheckoutNone;
 }
 
-[[nodiscard]] std::string WordsOf(const Standing& found) {
+[[nodiscard]] std::string WordsOf(const CopyState& found) {
   switch (found.status) {
     case VtDirectManager::CheckoutInTempWorkspace:
       return "is checked out by you, in a temporary workspace";
     case VtDirectManager::CheckoutInWorkspace:
-      if (found.stands()) return "is checked out by you, in a workspace of yours";
+      if (found.isThere()) return "is checked out by you, in a workspace of yours";
       return "is checked out by you, and its working copy is not kept here; give the UID of that, or its "
              "path, .../Workspaces/NAME/FILE";
     case VtDirectManager::CheckoutByUserUnrecorded:
@@ -83,9 +83,9 @@ struct Verification {
 }
 
 // What another user of this home has checked out is theirs, and is not dropped.
-[[nodiscard]] std::optional<Failure> RefusalOfAnothers(const Subject& subject, const Standing& standing) {
-  if (!subject.kept || subject.kept->user.empty() || standing.status != VtDirectManager::CheckoutByOther ||
-      standing.user != subject.kept->user) {
+[[nodiscard]] std::optional<Failure> RefusalOfAnothers(const Subject& subject, const CopyState& state) {
+  if (!subject.kept || subject.kept->user.empty() || state.status != VtDirectManager::CheckoutByOther ||
+      state.user != subject.kept->user) {
     return std::nullopt;
   }
   return Failure{
@@ -95,7 +95,7 @@ struct Verification {
           subject.kept->user};
 }
 
-[[nodiscard]] Standing StandingOf(const std::string& uid) {
+[[nodiscard]] CopyState StateOf(const std::string& uid) {
   const CheckoutState state = ReadCheckoutState(uid);
   return {state.status, state.user, uid};
 }
@@ -103,12 +103,12 @@ struct Verification {
 // The library confirms only what is a checkout in a workspace of the user's own, and tells nothing of the rest.
 // Such a working copy is asked for by its own id, which ends with it; what is there then is what its document
 // tells. While the user has that checked out, the working copy may be there still.
-[[nodiscard]] std::optional<Standing> EndOfOwnCopy(const Subject& subject, Presence presence) {
+[[nodiscard]] std::optional<CopyState> EndOfOwnCopy(const Subject& subject, Presence presence) {
   if (IsTemporaryCopy(subject.workingCopy)) return std::nullopt;
   const bool isThere = presence == Presence::There;
   if (!isThere && !subject.kept) return std::nullopt;
-  const Standing standing = StandingOf(isThere ? subject.workingCopy : subject.kept->document);
-  return HasEnded(standing.status) ? std::optional(standing) : std::nullopt;
+  const CopyState state = StateOf(isThere ? subject.workingCopy : subject.kept->document);
+  return HasEnded(state.status) ? std::optional(state) : std::nullopt;
 }
 
 [[nodiscard]] Failure NotFoundOut(const Subject& subject) {
@@ -118,7 +118,7 @@ struct Verification {
 }
 
 // The checkout was not confirmed: that it has ended, or why it is not known.
-[[nodiscard]] Result<Standing> AskWhyUnknown(Host& host, const Subject& subject) {
+[[nodiscard]] Result<CopyState> AskWhyUnknown(Host& host, const Subject& subject) {
   if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(subject.workingCopy.c_str()))) {
     return *failure;
   }
@@ -133,43 +133,43 @@ struct Verification {
 
 // By reads alone: the library's own confirmation would throw a temporary checkout away and make another when
 // one of its questions fails.
-[[nodiscard]] Standing AskOfTemporaryCopy(const std::string& workingCopy) {
-  const CheckoutState state = StandingOfTemporaryCopy(workingCopy);
+[[nodiscard]] CopyState AskOfTemporaryCopy(const std::string& workingCopy) {
+  const CheckoutState state = StateOfTemporaryCopy(workingCopy);
   const bool isCopy = state.status == VtDirectManager::CheckoutInTempWorkspace;
   return {state.status, state.user, isCopy ? workingCopy : ByDocumentId(workingCopy)};
 }
 
 // Of any working copy that is not in a temporary workspace the library only reads.
-[[nodiscard]] Standing Confirm(const std::string& workingCopy) {
+[[nodiscard]] CopyState Confirm(const std::string& workingCopy) {
   if (IsTemporaryCopy(workingCopy)) return AskOfTemporaryCopy(workingCopy);
   const VtDirectManager::Outcome outcome;
-  Standing standing;
-  standing.status = VtDirectManager::VerifyCheckout(workingCopy.c_str(), standing.uid);
+  CopyState state;
+  state.status = VtDirectManager::VerifyCheckout(workingCopy.c_str(), state.uid);
   if (AQuestionFailed(outcome)) return {};
-  return standing;
+  return state;
 }
 
-[[nodiscard]] Result<Standing> Ask(Host& host, const Subject& subject) {
-  Standing standing = Confirm(subject.workingCopy);
-  if (standing.status == VtDirectManager::CheckoutStatusFailed) {
+[[nodiscard]] Result<CopyState> Ask(Host& host, const Subject& subject) {
+  CopyState state = Confirm(subject.workingCopy);
+  if (state.status == VtDirectManager::CheckoutStatusFailed) {
     const auto ended = AskWhyUnknown(host, subject);
     if (!ended) return ended;
-    standing = *ended;
+    state = *ended;
   }
-  if (standing.status == VtDirectManager::CheckoutByOther && standing.user.empty()) {
-    standing.user = ReadCheckoutState(standing.uid).user;
+  if (state.status == VtDirectManager::CheckoutByOther && state.user.empty()) {
+    state.user = ReadCheckoutState(state.uid).user;
   }
-  if (standing.status == VtDirectManager::CheckoutNotPossible) {
-    const std::string newest = VtDirectManager::GetLatestUPath(standing.uid.c_str());
-    if (HasObjectId(newest)) standing.uid = newest;
+  if (state.status == VtDirectManager::CheckoutNotPossible) {
+    const std::string newest = VtDirectManager::GetLatestUPath(state.uid.c_str());
+    if (HasObjectId(newest)) state.uid = newest;
   }
-  if (auto refusal = RefusalOfAnothers(subject, standing)) return *refusal;
-  return standing;
+  if (auto refusal = RefusalOfAnothers(subject, state)) return *refusal;
+  return state;
 }
 
 // Checks the document out anew. The server has said that nobody holds it.
-[[nodiscard]] Result<Standing> Renew(Host& host, const Subject& subject, const std::string& document,
-                                     InterruptionReport& report) {
+[[nodiscard]] Result<CopyState> Renew(Host& host, const Subject& subject, const std::string& document,
+                                      InterruptionReport& report) {
   report.TellOfOpenChange("whether " + subject.address + " is checked out anew is not known; " +
                           CommandToType("status", document) + " tells");
   JournaledStep step(host, {"checkout", subject.address, document});
@@ -181,41 +181,40 @@ struct Verification {
   report.Tell(subject.address + " is checked out anew; its working copy is " + uid);
   static_cast<void>(KeepCheckout(host, subject.kept ? subject.kept->document : document, uid));
   step.Settle();
-  return Standing{VtDirectManager::CheckoutInTempWorkspace, {}, uid};
+  return CopyState{VtDirectManager::CheckoutInTempWorkspace, {}, uid};
 }
 
 // Whether the checkout is kept from now on.
-[[nodiscard]] bool UpdateBook(Host& host, const Subject& subject, const Standing& standing) {
-  if (standing.stands()) return KeepCheckout(host, subject.document(), standing.uid);
+[[nodiscard]] bool UpdateBook(Host& host, const Subject& subject, const CopyState& state) {
+  if (state.isThere()) return KeepCheckout(host, subject.document(), state.uid);
   // What is gone can still be renewed, and what is left of its workspace be cleared away.
-  const bool isOver = HasEnded(standing.status) && !IsGone(subject, standing);
+  const bool isOver = HasEnded(state.status) && !IsGone(subject, state);
   if (!subject.kept || !isOver) return subject.kept.has_value();
   ForgetCheckout(host, subject.workingCopy);
   return false;
 }
 
 void Print(Host& host, const Verification& found) {
-  const Standing& standing = found.standing;
+  const CopyState& state = found.state;
   Record record{{"address", found.subject.address},
-                {"uid", standing.uid},
-                {"checkout", std::string(CheckoutWord(standing.status))},
+                {"uid", state.uid},
+                {"checkout", std::string(CheckoutWord(state.status))},
                 {"renewed", found.renewed()},
                 {"kept", found.isKept}};
-  if (standing.status == VtDirectManager::CheckoutByOther)
-    record.emplace_back("checked_out_by", standing.user);
-  host.output().Row({{"uid", standing.uid}}, record);
+  if (state.status == VtDirectManager::CheckoutByOther) record.emplace_back("checked_out_by", state.user);
+  host.output().Row({{"uid", state.uid}}, record);
   static_cast<void>(host.output().Flush());
 }
 
-[[nodiscard]] Failure NotStanding(const Verification& found) {
+[[nodiscard]] Failure NotThere(const Verification& found) {
   const auto& [address, workingCopy, kept] = found.subject;
-  std::string message = address + " " + WordsOf(found.standing);
-  if (IsGone(found.subject, found.standing)) {
+  std::string message = address + " " + WordsOf(found.state);
+  if (IsGone(found.subject, found.state)) {
     message += "; the working copy " + workingCopy + " is gone, with all that was not checked in; " +
                CommandToType("verify --renew", address) + " checks the document out anew";
   } else if (kept && !found.isKept) {
     message += "; the checkout that was kept has ended, and is dropped";
-    if (IsTemporaryCopy(workingCopy) && found.standing.status == VtDirectManager::CheckoutNotPossible) {
+    if (IsTemporaryCopy(workingCopy) && found.state.status == VtDirectManager::CheckoutNotPossible) {
       message += "; " + CommandToType("undo", workingCopy) +
                  " clears away what may be left of its temporary workspace";
     }
@@ -225,8 +224,8 @@ void Print(Host& host, const Verification& found) {
 
 [[nodiscard]] ExitCode Report(Host& host, const Verification& found) {
   Print(host, found);
-  if (!found.standing.stands()) return host.output().Fail(NotStanding(found));
-  host.output().Note(found.subject.address + " " + WordsOf(found.standing));
+  if (!found.state.isThere()) return host.output().Fail(NotThere(found));
+  host.output().Note(found.subject.address + " " + WordsOf(found.state));
   if (found.renewed()) {
     host.output().Warning("the working copy " + found.subject.workingCopy +
                           " was gone, with all that was not checked in; the document was checked out anew");
@@ -238,7 +237,7 @@ void Print(Host& host, const Verification& found) {
   ForgetReasons();
   const auto workingCopy = FindWorkingCopy(host, address);
   if (!workingCopy) return workingCopy.failure();
-  if (workingCopy->empty()) return Diagnose(host, address, true);
+  if (workingCopy->empty()) return Diagnose(host, address, Seen::Missing);
   Subject subject{address, *workingCopy, CheckoutBook().Find(*workingCopy)};
   if (!subject.kept) subject.kept = KeptOfOlderIteration(subject.workingCopy);
   if (subject.kept) subject.workingCopy = subject.kept->uid;
@@ -254,13 +253,13 @@ ExitCode RunVerify(Host& host, const Arguments& arguments) {
   const auto subject = FindSubject(host, address);
   if (!subject) return report.Fail(subject.failure());
   report.Tell("the state of the checkout is not known; the same command can be given again");
-  auto standing = Ask(host, *subject);
-  if (standing && arguments.Has("renew") && IsGone(*subject, *standing) && !Interrupted()) {
-    standing = Renew(host, *subject, standing->uid, report);
+  auto state = Ask(host, *subject);
+  if (state && arguments.Has("renew") && IsGone(*subject, *state) && !Interrupted()) {
+    state = Renew(host, *subject, state->uid, report);
   }
-  if (!standing) return report.Fail(standing.failure());
-  report.Tell("the UID to go on with is " + standing->uid);
-  const ExitCode code = Report(host, {*subject, *standing, UpdateBook(host, *subject, *standing)});
+  if (!state) return report.Fail(state.failure());
+  report.Tell("the UID to go on with is " + state->uid);
+  const ExitCode code = Report(host, {*subject, *state, UpdateBook(host, *subject, *state)});
   return Interrupted() ? report.Report() : code;
 }
 
@@ -279,9 +278,8 @@ CommandRow VerifyCommand() {
           "document's. What is kept is brought up to date: a checkout that is still there is kept, and one "
           "that has ended otherwise is dropped.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
-          {{"renew", 0, nullptr, false, Completion::Nothing,
-            "Check the document out anew when its working copy is gone."}},
-          true,
+          {{.name = "renew", .help = "Check the document out anew when its working copy is gone."}},
+          Requests::Some,
           RunVerify,
           {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
            {"uid", MemberType::Text, nullptr, "the UID to go on with"},

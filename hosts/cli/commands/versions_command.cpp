@@ -111,7 +111,7 @@ void Show(Host& host, const std::string& address, bool isOfMany, const History& 
   if (!uid.empty()) ForgetReasons();
   const bool isTold = !uid.empty() && VtDirectManager::GetLatest(address.c_str(), latest.version, latest.uid);
   if (!isTold || LastAnswerWasBroken()) {
-    return host.output().Fail(Diagnose(host, address, true));
+    return host.output().Fail(Diagnose(host, address, Seen::Missing));
   }
   const std::string path = VtDirectManager::GetVFSPathLatest(PlacedAddress(address, *kind).c_str());
   History history = FromFolder(path, uid);
@@ -151,7 +151,7 @@ CommandRow VersionsCommand() {
        {{"ADDRESS", "A path, a pattern or a UID; see ADDRESSES. May be given several times.",
          Count::AtLeastOnce}},
        Options(),
-       true,
+       Requests::Some,
        RunVersions,
        {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
         {"version", MemberType::Text, nullptr, "the version"},

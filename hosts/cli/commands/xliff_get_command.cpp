@@ -35,9 +35,12 @@ namespace {
 
 [[nodiscard]] std::vector<OptionRow> Options() {
   std::vector<OptionRow> options = {
-      {"language", 'l', "LANGUAGE", false, Completion::Nothing,
-       "The language of the translation, as \"vtdirect xliff list\" shows it. Needed. The case of its "
-       "letters doesn't matter, nor does \"_\" for \"-\"."}};
+      {.name = "language",
+       .letter = 'l',
+       .value = "LANGUAGE",
+       .help =
+           "The language of the translation, as \"vtdirect xliff list\" shows it. Needed. The case of its "
+           "letters doesn't matter, nor does \"_\" for \"-\"."}};
   options.push_back(AnywhereOption());
   for (const OptionRow& row : DownloadOptions()) options.push_back(row);
   return options;
@@ -72,7 +75,7 @@ CommandRow XliffGetCommand() {
       "that there is no translation into, the message tells those that are there.",
       {{"ADDRESS", "A path or a UID of the document that is translated; see ADDRESSES."}},
       Options(),
-      true,
+      Requests::Some,
       RunXliffGet,
       Members()};
 }

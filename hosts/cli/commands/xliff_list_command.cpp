@@ -31,7 +31,7 @@ CommandRow XliffListCommand() {
                     "translation can't be read, the others are printed, and the exit status is 11.",
                     {{"ADDRESS", "A path or a UID of the document that is translated; see ADDRESSES."}},
                     {AnywhereOption()},
-                    true,
+                    Requests::Some,
                     RunXliffList,
                     {{"language", MemberType::Text, nullptr, "the language"},
                      {"uid", MemberType::Text, nullptr, "the UID of the translation"}}},

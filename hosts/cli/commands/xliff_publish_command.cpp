@@ -60,7 +60,7 @@ CommandRow XliffPublishCommand() {
           "changes nothing.",
           {{"ADDRESS", "A path or a UID of the translation; see ADDRESSES."}},
           {DryRunOption()},
-          true,
+          Requests::Some,
           RunXliffPublish,
           {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
            {"uid", MemberType::Text, nullptr, "the UID of the document"},

@@ -38,7 +38,7 @@ CommandRow XliffSourceCommand() {
           "names it, separated by a tab. A document that has none gives exit status 6.",
           {{"ADDRESS", "A path or a UID; see ADDRESSES."}},
           {AnywhereOption()},
-          true,
+          Requests::Some,
           RunXliffSource,
           {{"address", MemberType::Text, nullptr, "ADDRESS as it was given"},
            {"uid", MemberType::Text, nullptr, "the UID of the source XLIFF"},

@@ -37,7 +37,8 @@ class AnswerSink final : public du::http::FileSink {
 
 }  // namespace
 
-DirectAnswer AskDirectly(Host& host, const std::string& url, bool headOnly) {
+DirectAnswer AskDirectly(Host& host, const std::string& url, AnswerPart wanted) {
+  const bool headOnly = wanted == AnswerPart::HeadAlone;
   DirectAnswer answer;
   answer.headOnly = headOnly;
   const auto connection = du::http::ConnectURI(url.c_str(), nullptr, nullptr);

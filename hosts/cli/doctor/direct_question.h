@@ -15,10 +15,12 @@ struct DirectAnswer {
   bool headOnly = false;
 };
 
+/// What is wanted of an answer; with the head alone the exchange ends when that is there.
+enum class AnswerPart { Whole, HeadAlone };
+
 /// Asks for a URL, past the library, with the login of the server: for what no call of the library asks for by
 /// itself, and for the head of a content. Changes nothing on a server. Makes a request.
-/// @param headOnly  end the exchange when the head of the answer is there
-[[nodiscard]] DirectAnswer AskDirectly(Host& host, const std::string& url, bool headOnly);
+[[nodiscard]] DirectAnswer AskDirectly(Host& host, const std::string& url, AnswerPart wanted);
 
 /// The URL of a resource below that of a server: "https://plm.example/vt" and "servlet/OrvetGW".
 [[nodiscard]] std::string UrlBelow(const std::string& server, const std::string& resource);

@@ -149,7 +149,7 @@ class Examination {
   // What every change needs first. A nonce changes nothing until it is used.
   void LookAtNonce() {
     const DirectAnswer answer =
-        AskDirectly(host_, UrlBelow(server_.url, "servlet/rest/security/csrf"), false);
+        AskDirectly(host_, UrlBelow(server_.url, "servlet/rest/security/csrf"), AnswerPart::Whole);
     if (answer.status == 200 && answer.body.find("nonce") != std::string::npos) {
       return Tell(
           {"nonce", ExaminedStep::State::Ok, "the server gives one, so that something can be stored", {}});
@@ -171,7 +171,7 @@ class Examination {
     std::string url;
     ForgetReasons();
     if (!VtDirectManager::GetFileDownloadURL(document.c_str(), url, nullptr)) {
-      const Failure failure = Diagnose(host_, document, false);
+      const Failure failure = Diagnose(host_, document, Seen::Unknown);
       return Tell({"content address", ExaminedStep::State::Failed, failure.message, failure.advice},
                   failure.code);
     }
@@ -207,7 +207,7 @@ class Examination {
                    place + ", in clear, though the server is asked over https; it was not asked",
                    "http_addresses in the server's section says what becomes of such an address"});
     }
-    const DirectAnswer answer = AskDirectly(host_, url, true);
+    const DirectAnswer answer = AskDirectly(host_, url, AnswerPart::HeadAlone);
     if (answer.status == 200)
       return Tell({"content address", ExaminedStep::State::Ok, place + " gives contents", {}});
     const std::string seen = answer.status == 0 ? answer.fault : "HTTP " + std::to_string(answer.status);

@@ -21,9 +21,12 @@ namespace {
 
 Route RouteNow(const std::string& url) {
   const auto named = du::http::GetTransportSettings().proxy;
-  if (named && named->empty()) return {false, "direct, as --proxy or the server's section says"};
+  if (named && named->empty())
+    return {.isProxy = false, .words = "direct, as --proxy or the server's section says"};
   if (named)
-    return {true, "through the proxy " + WithoutLogin(*named) + ", as --proxy or the server's section says"};
+    return {
+        .isProxy = true,
+        .words = "through the proxy " + WithoutLogin(*named) + ", as --proxy or the server's section says"};
   const bool isTls = url.starts_with("https:");
   // HTTP_PROXY in capital letters is not looked at: a web server's programs get it from a header line.
   const std::vector<std::string> names =
@@ -34,10 +37,11 @@ Route RouteNow(const std::string& url) {
     const std::string proxy = Environment(name.c_str());
     if (proxy.empty()) continue;
     const bool hasExceptions = !Environment("no_proxy").empty() || !Environment("NO_PROXY").empty();
-    return {true, "through the proxy " + WithoutLogin(proxy) + ", as " + name + " says" +
-                      (hasExceptions ? ", unless no_proxy names the host" : "")};
+    return {.isProxy = true,
+            .words = "through the proxy " + WithoutLogin(proxy) + ", as " + name + " says" +
+                     (hasExceptions ? ", unless no_proxy names the host" : "")};
   }
-  return {false, "direct; no proxy is named"};
+  return {.isProxy = false, .words = "direct; no proxy is named"};
 }
 
 }  // namespace vtdirect_cli

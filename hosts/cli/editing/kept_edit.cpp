@@ -89,10 +89,10 @@ std::string KeptEdit::KnownVersion() const {
 }
 
 EditStage KeptEdit::stage() const {
-  std::string text;
-  if (ReadLocalTextFile(directory_ + "/stage", text) != 0) return EditStage::Begun;
+  const LocalText kept = ReadLocalTextFile(directory_ + "/stage");
+  if (kept.error != 0) return EditStage::Begun;
   for (const auto& [stage, word] : stages) {
-    if (text == word) return stage;
+    if (kept.text == word) return stage;
   }
   return EditStage::Begun;
 }

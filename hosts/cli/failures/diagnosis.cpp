@@ -116,13 +116,13 @@ constexpr int firstOfServerErrors = 500;
   }
 }
 
-[[nodiscard]] Failure DiagnoseByQuestions(Host& host, const std::string& address, bool missing,
+[[nodiscard]] Failure DiagnoseByQuestions(Host& host, const std::string& address, Seen seen,
                                           const std::optional<Reason>& reason) {
   if (const auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(address.c_str())))
     return *failure;
   // A server that can be used has said so already.
   const bool isKnown = reason && reason->kind == FailureKind::NotFound && !IsOfContent(*reason);
-  if (missing || isKnown || !VtDirectManager::FileExists(address.c_str())) {
+  if (seen == Seen::Missing || isKnown || !VtDirectManager::FileExists(address.c_str())) {
     if (Interrupted()) return InterruptedFailure();
     return {ExitCode::NotFound, WithWordsOf("not found: " + address, reason)};
   }
@@ -190,19 +190,19 @@ Failure ObjectFailure(const Host& host, const std::string& address, const std::o
   return *failure;
 }
 
-Failure Diagnose(Host& host, const std::string& address, bool missing) {
+Failure Diagnose(Host& host, const std::string& address, Seen seen) {
   if (Interrupted()) return InterruptedFailure();
   const auto reason = LastReason();
   std::optional<Failure> failure;
   if (reason && !host.authenticationRefused()) failure = ObjectFailureByReason(host, address, *reason);
-  if (!failure) failure = DiagnoseByQuestions(host, address, missing, reason);
+  if (!failure) failure = DiagnoseByQuestions(host, address, seen, reason);
   if (!failure->reason) failure->reason = reason;
   return *failure;
 }
 
 Failure DiagnoseObjectAsDirectory(Host& host, const std::string& address) {
   if (VtDirectManager::FileExists(address.c_str())) return IsADocument(address);
-  return Diagnose(host, address, true);
+  return Diagnose(host, address, Seen::Missing);
 }
 
 Failure DiagnoseDirectory(Host& host, const std::string& path, std::uint64_t delivered) {

@@ -9,14 +9,16 @@
 
 namespace vtdirect_cli {
 
+/// What an operation that failed has shown of its object: that the server doesn't deliver it, or nothing.
+enum class Seen { Missing, Unknown };
+
 /// Why an operation on an address has failed.
 ///
 /// The reason of the last call of the library that failed tells most of it, without a request. Where it says
 /// that something was not found, or there is none, the server is asked whether it can be used at all, since
 /// one of another kind knows nothing of what it is asked for; and if that does not tell it either, for the
 /// object. An object that the server keeps from this user can't be told from one that is not there.
-/// @param missing  whether the operation has shown already that the server doesn't deliver the object
-[[nodiscard]] Failure Diagnose(Host& host, const std::string& address, bool missing);
+[[nodiscard]] Failure Diagnose(Host& host, const std::string& address, Seen seen);
 
 /// Why the server, which can be used, did not give an object. Makes no request.
 /// @param reason  of the call that asked for the object; nothing if it gave none

@@ -11,14 +11,19 @@ constexpr int firstOfServerErrors = 500;
 
 // In the order of the enumeration, from the second of it on.
 constexpr FailureClassRow rows[] = {
-    {"locked", true, "Somebody else has the document checked out."},
-    {"refused", false, "The server answered and said no."},
-    {"unavailable", true,
-     "The server said that it can't answer now, or its answer broke off. Nothing was changed."},
-    {"conflict", false, "The state of the object does not allow it: checked out already, or there already."},
-    {"lost-answer", false,
-     "A change was sent, and whether it was carried out is not known. To be looked at before it is sent "
-     "again."},
+    {.name = "locked", .retryable = true, .meaning = "Somebody else has the document checked out."},
+    {.name = "refused", .retryable = false, .meaning = "The server answered and said no."},
+    {.name = "unavailable",
+     .retryable = true,
+     .meaning = "The server said that it can't answer now, or its answer broke off. Nothing was changed."},
+    {.name = "conflict",
+     .retryable = false,
+     .meaning = "The state of the object does not allow it: checked out already, or there already."},
+    {.name = "lost-answer",
+     .retryable = false,
+     .meaning =
+         "A change was sent, and whether it was carried out is not known. To be looked at before it is sent "
+         "again."},
 };
 
 // These tell more by their own names than any answer of the server does.

@@ -59,12 +59,12 @@ void ForgetReasons();
 /// A message with the last reason in brackets.
 [[nodiscard]] std::string WithWords(const std::string& message);
 
-/// Whether a request that stores, creates, checks out, in or anything else but bring bytes to the server may
-/// have been carried out although it failed.
+/// Whether a request that changes something (all but the upload of bytes) may have been carried out although it
+/// failed.
 [[nodiscard]] bool ChangeMayHaveHappened();
 
-/// Whether such a request may be carried out even after the server was asked what is there: no answer came to it, or
-/// one of somebody on the way who has none. A server that has answered by itself is done with it.
+/// Whether such a request may be carried out even after the server was asked for its state: no answer came to it, or
+/// only one of a proxy that has none itself. A server that has answered by itself is done with the request.
 [[nodiscard]] bool ChangeMayStillHappen();
 
 /// Whether a local file could not be read or written.

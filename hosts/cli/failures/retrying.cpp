@@ -31,14 +31,12 @@ constexpr int unavailable = 503;
 }  // namespace
 
 OptionRow RetriesOption() {
-  return {
-      "retries",
-      0,
-      "N",
-      false,
-      Completion::Nothing,
-      "Repeat a question so many times when its answer breaks off or the server is too busy; 3 unless given. "
-      "What changes something is never repeated."};
+  return {.name = "retries",
+          .value = "N",
+          .help =
+              "Repeat a question so many times when its answer breaks off or the server is too busy; 3 "
+              "unless given. "
+              "What changes something is never repeated."};
 }
 
 Result<unsigned> ReadRetries(const Arguments& arguments) {

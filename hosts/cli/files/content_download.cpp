@@ -39,7 +39,8 @@ struct Progress {
 // Why no file name could be found for the target.
 [[nodiscard]] Failure NamelessFailure(Host& host, const std::string& address) {
   const bool isDirectory = address.ends_with('/');
-  if (!isDirectory && !VtDirectManager::FileExists(address.c_str())) return Diagnose(host, address, true);
+  if (!isDirectory && !VtDirectManager::FileExists(address.c_str()))
+    return Diagnose(host, address, Seen::Missing);
   return {ExitCode::Usage, "\"" + address + "\" has no file name; name a file with -o"};
 }
 
@@ -60,7 +61,7 @@ struct Progress {
                        "the content of " + download.address + " was not taken: " + NetworkHint(reason)});
   }
   const int status = reason ? reason->httpStatus : 0;
-  if (progress.received == 0 || status == 401) return Diagnose(host, download.address, false);
+  if (progress.received == 0 || status == 401) return Diagnose(host, download.address, Seen::Unknown);
   // What came is then no part of the content, but what the server says instead of it.
   if (status != 0 && status != 200) {
     return WithReason({ExitCode::DownloadFailed,
@@ -180,7 +181,7 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
 
 [[nodiscard]] Result<std::uint64_t> TellDownload(Host& host, const Download& download) {
   ForgetReasons();
-  if (!IsThere(download)) return Diagnose(host, download.address, false);
+  if (!IsThere(download)) return Diagnose(host, download.address, Seen::Unknown);
   const std::string file = download.target.path.empty() ? "-" : download.target.path;
   Record json = download.described;
   json.insert(json.end(), {{"file", file}, {"dry_run", true}});
@@ -193,12 +194,18 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
 
 std::vector<OptionRow> DownloadOptions() {
   return {
-      {"output", 'o', "FILE", false, Completion::Files,
-       "Write to FILE; into FILE when that is a directory or ends in \"/\"; to standard output when it is "
-       "\"-\", once the content has arrived whole."},
-      {"no-clobber", 'n', nullptr, false, Completion::Nothing, "Fail when the target exists."},
-      {"force", 'f', nullptr, false, Completion::Nothing,
-       "Replace a file that vtdirect did not save, or that was changed since; what is in it is lost."},
+      {.name = "output",
+       .letter = 'o',
+       .value = "FILE",
+       .completion = Completion::Files,
+       .help = "Write to FILE; into FILE when that is a directory or ends in \"/\"; to standard output when "
+               "it is "
+               "\"-\", once the content has arrived whole."},
+      {.name = "no-clobber", .letter = 'n', .help = "Fail when the target exists."},
+      {.name = "force",
+       .letter = 'f',
+       .help =
+           "Replace a file that vtdirect did not save, or that was changed since; what is in it is lost."},
       DryRunOption("Say which files would be written, and fetch none.")};
 }
 

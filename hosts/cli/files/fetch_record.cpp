@@ -73,9 +73,9 @@ std::string FetchRecords::Location() {
 std::optional<FetchRecord> FetchRecords::Find(const std::string& path) const {
   if (directory_.empty()) return std::nullopt;
   const std::string file = AbsolutePath(path);
-  std::string text;
-  if (ReadLocalTextFile(directory_ + "/" + Sha256OfText(file), text) != 0) return std::nullopt;
-  auto record = RecordOfText(text);
+  const LocalText kept = ReadLocalTextFile(directory_ + "/" + Sha256OfText(file));
+  if (kept.error != 0) return std::nullopt;
+  auto record = RecordOfText(kept.text);
   if (record && record->file != file) return std::nullopt;
   return record;
 }
@@ -104,9 +104,9 @@ std::vector<FetchRecord> FetchRecords::OfWorkingCopy(const std::string& workingC
   std::error_code error;
   for (std::filesystem::directory_iterator at(directory_, error), end; !error && at != end;
        at.increment(error)) {
-    std::string text;
-    if (ReadLocalTextFile(at->path().string(), text) != 0) continue;
-    auto record = RecordOfText(text);
+    const LocalText kept = ReadLocalTextFile(at->path().string());
+    if (kept.error != 0) continue;
+    auto record = RecordOfText(kept.text);
     if (record && record->copyUse != CopyUse::None && AreSameUid(record->uid, workingCopy)) {
       records.push_back(std::move(*record));
     }

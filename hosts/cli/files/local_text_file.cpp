@@ -18,27 +18,38 @@ constexpr std::size_t largest = std::size_t{1} << 20U;
   return !S_ISREG(facts.st_mode) || (facts.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
-[[nodiscard]] int ReadAll(int descriptor, std::string& text) {
+[[nodiscard]] LocalText ReadAll(int descriptor) {
+  LocalText read;
   char buffer[16384];
   for (;;) {
-    const ssize_t count = read(descriptor, buffer, sizeof buffer);
-    if (count == 0) return 0;
+    const ssize_t count = ::read(descriptor, buffer, sizeof buffer);
+    if (count == 0) return read;
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return errno;
-    text.append(buffer, static_cast<std::size_t>(count));
-    if (text.size() > largest) return EFBIG;
+    if (count < 0) return {errno, {}};
+    read.text.append(buffer, static_cast<std::size_t>(count));
+    if (read.text.size() > largest) return {EFBIG, {}};
   }
+}
+
+enum class MayBeReadBy { Anybody, OwnerAlone };
+
+[[nodiscard]] LocalText ReadFile(const std::string& path, MayBeReadBy who) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) return {errno, {}};
+  const bool isRefused = who == MayBeReadBy::OwnerAlone && !IsPrivate(descriptor);
+  LocalText read = isRefused ? LocalText{EPERM, {}} : ReadAll(descriptor);
+  close(descriptor);
+  return read;
 }
 
 }  // namespace
 
-int ReadLocalTextFile(const std::string& path, std::string& text, bool privately) {
-  text.clear();
-  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) return errno;
-  const int error = privately && !IsPrivate(descriptor) ? EPERM : ReadAll(descriptor, text);
-  close(descriptor);
-  return error;
+LocalText ReadLocalTextFile(const std::string& path) {
+  return ReadFile(path, MayBeReadBy::Anybody);
+}
+
+LocalText ReadPrivateTextFile(const std::string& path) {
+  return ReadFile(path, MayBeReadBy::OwnerAlone);
 }
 
 }  // namespace vtdirect_cli

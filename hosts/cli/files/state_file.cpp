@@ -87,8 +87,7 @@ std::string StateFile::FaultOfFirstLine(std::string_view line) const {
 Result<StateLines> StateFile::Read() const {
   StateLines lines;
   if (path_.empty()) return lines;
-  std::string text;
-  const int error = ReadLocalTextFile(path_, text);
+  const auto& [error, text] = ReadLocalTextFile(path_);
   if (error != 0 && error != ENOENT) return Failure{ExitCode::LocalFile, Fault("cannot read", path_, error)};
   if (text.empty()) return lines;
   std::istringstream stream(text);

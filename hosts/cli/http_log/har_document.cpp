@@ -73,6 +73,9 @@ struct Head {
   return line.substr(0, line.find(' '));
 }
 
+// What of a body is written: of service metadata and JSON the text, without the secrets of the JSON.
+enum class BodyKind { Json, ServiceMetadata, Other };
+
 [[nodiscard]] bool IsJson(std::string_view type) {
   return type.find("json") != std::string_view::npos;
 }
@@ -80,6 +83,11 @@ struct Head {
 // The one XML that says nothing of documents and users.
 [[nodiscard]] bool IsServiceMetadata(const ObservedExchange& exchange, std::string_view type) {
   return exchange.url.ends_with("/$metadata") && type.find("xml") != std::string_view::npos;
+}
+
+[[nodiscard]] BodyKind KindOfAnswer(const ObservedExchange& exchange, std::string_view type) {
+  if (IsJson(type)) return BodyKind::Json;
+  return IsServiceMetadata(exchange, type) ? BodyKind::ServiceMetadata : BodyKind::Other;
 }
 
 [[nodiscard]] std::string TimeText(std::chrono::system_clock::time_point time) {
@@ -219,7 +227,8 @@ class HarWriter {
       Object("postData");
       Text("mimeType", type);
       EmptyArray("params");
-      WriteBody(IsJson(type), false, exchange.requestBody, exchange.requestBodyBytes);
+      WriteBody(IsJson(type) ? BodyKind::Json : BodyKind::Other, exchange.requestBody,
+                exchange.requestBodyBytes);
       writer_.EndObject();
     }
     writer_.EndObject();
@@ -239,8 +248,7 @@ class HarWriter {
     Number("size", isLast ? static_cast<std::int64_t>(exchange.answerBodyBytes) : 0);
     Text("mimeType", type);
     if (isLast && exchange.answerBodyBytes > 0) {
-      WriteBody(IsJson(type), IsServiceMetadata(exchange, type), exchange.answerBody,
-                exchange.answerBodyBytes);
+      WriteBody(KindOfAnswer(exchange, type), exchange.answerBody, exchange.answerBodyBytes);
     }
     writer_.EndObject();
     Text("redirectURL", RedactedUrl(ValueOf(head, "location")));
@@ -252,12 +260,12 @@ class HarWriter {
     writer_.EndObject();
   }
 
-  void WriteBody(bool isJson, bool isMetadata, const std::string& body, std::uint64_t bytes) {
-    if (!isJson && !isMetadata) {
+  void WriteBody(BodyKind kind, const std::string& body, std::uint64_t bytes) {
+    if (kind == BodyKind::Other) {
       Text("comment", "left out: " + ByteCount(bytes));
       return;
     }
-    Text("text", isJson ? RedactedJson(body) : body);
+    Text("text", kind == BodyKind::Json ? RedactedJson(body) : body);
     if (body.size() < bytes)
       Text("comment", "the first " + ByteCount(body.size()) + " of " + std::to_string(bytes));
   }

@@ -143,7 +143,7 @@ void VisitJson(std::string_view json, const std::function<void(const JsonPiece&)
   while (at < json.size()) {
     if (json[at] != '"') {
       const std::size_t end = std::min(json.find('"', at), json.size());
-      visit({JsonPiece::Kind::Other, json.substr(at, end - at), true});
+      visit({.kind = JsonPiece::Kind::Other, .text = json.substr(at, end - at)});
       at = end;
       continue;
     }

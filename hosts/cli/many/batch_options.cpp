@@ -12,12 +12,7 @@ namespace vtdirect_cli {
 namespace {
 
 [[nodiscard]] OptionRow StopOption() {
-  return {"stop-on-error",
-          0,
-          nullptr,
-          false,
-          Completion::Nothing,
-          "Begin nothing further when something has failed."};
+  return {.name = "stop-on-error", .help = "Begin nothing further when something has failed."};
 }
 
 [[nodiscard]] Subjects SubjectsOf(Host& host, const Arguments& arguments, Wanted wanted, OfFolders ofFolders,

@@ -3,19 +3,30 @@
 namespace vtdirect_cli {
 namespace {
 
-// In front of the extension, so that the file is opened by what opens its kind. A folder has none.
-[[nodiscard]] std::string WithNumber(const std::string& name, int number, bool isFolder) {
-  const std::string inserted = "%(" + std::to_string(number) + ")";
+[[nodiscard]] std::string FolderWithNumber(const std::string& name, int number) {
+  return name + "%(" + std::to_string(number) + ")";
+}
+
+// In front of the extension, so that the file is opened by what opens its kind.
+[[nodiscard]] std::string FileWithNumber(const std::string& name, int number) {
   const std::size_t dot = name.rfind('.');
-  if (isFolder || dot == std::string::npos || dot == 0) return name + inserted;
-  return name.substr(0, dot) + inserted + name.substr(dot);
+  if (dot == std::string::npos || dot == 0) return FolderWithNumber(name, number);
+  return FolderWithNumber(name.substr(0, dot), number) + name.substr(dot);
 }
 
 }  // namespace
 
-std::string FilePlaces::Take(const std::string& name, bool isFolder) {
+std::string FilePlaces::TakeForFile(const std::string& name) {
+  return Take(name, FileWithNumber);
+}
+
+std::string FilePlaces::TakeForFolder(const std::string& name) {
+  return Take(name, FolderWithNumber);
+}
+
+std::string FilePlaces::Take(const std::string& name, Numbered numbered) {
   std::string free = name;
-  for (int number = 2; !taken_.insert(free).second; ++number) free = WithNumber(name, number, isFolder);
+  for (int number = 2; !taken_.insert(free).second; ++number) free = numbered(name, number);
   return free;
 }
 

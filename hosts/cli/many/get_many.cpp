@@ -170,8 +170,8 @@ class Fetching {
 }  // namespace
 
 std::vector<OptionRow> GetManyOptions() {
-  std::vector<OptionRow> options = {{"verbose", 'v', nullptr, false, Completion::Nothing,
-                                     "Of several documents, tell of each one that is saved."}};
+  std::vector<OptionRow> options = {
+      {.name = "verbose", .letter = 'v', .help = "Of several documents, tell of each one that is saved."}};
   for (const OptionRow& row :
        ReadingManyOptions("Fetch folders too, with all that is in them and below them.")) {
     options.push_back(row);

@@ -52,17 +52,28 @@ constexpr std::size_t largestList = std::size_t{256} << 20U;
 }  // namespace
 
 std::vector<OptionRow> FileListOptions() {
-  return {{"from", 0, "FILE", true, Completion::Files,
-           "Take the files that are named in this file too, one a line; \"-\" is standard input."},
-          {"null", '0', nullptr, false, Completion::Nothing,
-           "In the file of --from, a name ends with a zero byte and not with its line, as find -print0 "
-           "writes it."}};
+  return {
+      {.name = "from",
+       .value = "FILE",
+       .repeatable = true,
+       .completion = Completion::Files,
+       .help = "Take the files that are named in this file too, one a line; \"-\" is standard input."},
+      {.name = "null",
+       .letter = '0',
+       .help = "In the file of --from, a name ends with a zero byte and not with its line, as find -print0 "
+               "writes it."}};
 }
 
 std::vector<OptionRow> ListOptions() {
-  return {{"from", 0, "FILE", true, Completion::Files,
-           "Take the addresses in this file too, one a line; \"-\" is standard input."},
-          {"null", '0', nullptr, false, Completion::Nothing,
+  return {
+      {.name = "from",
+       .value = "FILE",
+       .repeatable = true,
+       .completion = Completion::Files,
+       .help = "Take the addresses in this file too, one a line; \"-\" is standard input."},
+      {.name = "null",
+       .letter = '0',
+       .help =
            "In the file of --from, an address ends with a zero byte and not with its line, as find -print0 "
            "writes it."}};
 }

@@ -85,13 +85,16 @@ class Search {
   static void TakeDocuments(const RemoteTree& tree, const std::string& step, std::vector<Subject>& found) {
     for (const auto& [path, document] : tree.documents) {
       if (!MatchesPattern(step, LastStep(document.address))) continue;
-      found.push_back({document.address, false, document.uid, document.version, LastStep(path)});
+      found.push_back({.address = document.address,
+                       .uid = document.uid,
+                       .version = document.version,
+                       .name = LastStep(path)});
     }
   }
 
   static void TakeFolders(const std::vector<RemoteFolder>& folders, std::vector<Subject>& found) {
     for (const RemoteFolder& folder : folders) {
-      found.push_back({folder.address, true, {}, {}, LastStep(folder.path)});
+      found.push_back({.address = folder.address, .isFolder = true, .name = LastStep(folder.path)});
     }
   }
 

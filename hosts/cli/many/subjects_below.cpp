@@ -26,7 +26,7 @@ namespace {
 [[nodiscard]] std::vector<Subject> DocumentsOf(const RemoteTree& tree) {
   std::vector<Subject> documents;
   for (const auto& [path, document] : tree.documents) {
-    documents.push_back({document.address, false, document.uid, document.version, {}});
+    documents.push_back({.address = document.address, .uid = document.uid, .version = document.version});
   }
   SortByPath(documents);
   return documents;
@@ -67,7 +67,7 @@ class Gathering {
 }  // namespace
 
 OptionRow RecursiveOption(const char* help) {
-  return {"recursive", 'r', nullptr, false, Completion::Nothing, help};
+  return {.name = "recursive", .letter = 'r', .help = help};
 }
 
 bool IsFolder(const Subject& subject) {

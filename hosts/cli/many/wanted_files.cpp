@@ -39,7 +39,7 @@ class Gathering {
     wanted_.failures.insert(wanted_.failures.end(), content.tree.failures.begin(),
                             content.tree.failures.end());
     if (!content.tree.Knows("")) return;
-    const std::string root = places_.Take(content.name, true) + "/";
+    const std::string root = places_.TakeForFolder(content.name) + "/";
     wanted_.folders.push_back(root);
     for (const std::string& folder : content.tree.folders) wanted_.folders.push_back(root + folder + "/");
     for (const auto& [path, document] : content.tree.documents) {
@@ -59,7 +59,7 @@ class Gathering {
   void AddDocument(const Subject& subject, const std::string& name) {
     if (!known_.insert(subject.uid.empty() ? subject.address : subject.uid).second) return;
     wanted_.files.push_back(
-        {subject.address, subject.uid, subject.version, name.empty() ? "" : places_.Take(name, false)});
+        {subject.address, subject.uid, subject.version, name.empty() ? "" : places_.TakeForFile(name)});
   }
 
   WantedFiles wanted_;

@@ -85,7 +85,7 @@ std::optional<Failure> Host::SetUp(const CommandRow& command, const Arguments& a
   if (auto failure = LoadServers(arguments)) return failure;
   if (auto failure = SetTransport(arguments)) return failure;
   if (auto failure = SetCredentials(arguments)) return failure;
-  if (command.makesRequests) {
+  if (command.requests == Requests::Some) {
     if (auto failure = MakeWorkDirectory()) return failure;
   }
   theHost = this;
@@ -202,7 +202,7 @@ std::optional<Failure> Host::LimitCommand(const CommandRow& command, const Argum
   const auto given = ReadSecondsOption(arguments, "max-time", 0);
   if (!given) return given.failure();
   long seconds = *given;
-  if (!command.makesRequests) return std::nullopt;
+  if (command.requests == Requests::None) return std::nullopt;
   if (!arguments.Has("max-time")) {
     for (const std::string& url : ServersOf(command, arguments)) {
       const auto limit = SettingsFor(configuration_, url).maxTime;
@@ -241,11 +241,9 @@ std::optional<Failure> Host::SetCredentials(const Arguments& arguments) {
   if (arguments.Has("netrc")) {
     // The user counts on this file: not to use it is a failure, and not only a warning.
     const std::string path = arguments.Text("netrc");
-    std::string text;
-    if (const int error = ReadLocalTextFile(path, text, true); error != 0) {
-      return Failure{ExitCode::LocalFile, NetrcFault(path, error)};
-    }
-    sources_.netrc = [text] { return ReadNetrc(text); };
+    const LocalText netrc = ReadPrivateTextFile(path);
+    if (netrc.error != 0) return Failure{ExitCode::LocalFile, NetrcFault(path, netrc.error)};
+    sources_.netrc = [text = netrc.text] { return ReadNetrc(text); };
     return std::nullopt;
   }
   std::string path = Environment("NETRC");
@@ -328,10 +326,9 @@ HelperAnswer Host::AskHelper(const Origin& origin, const std::string& user) {
 }
 
 std::vector<NetrcEntry> Host::LoadNetrc(const std::string& path) {
-  std::string text;
-  const int error = ReadLocalTextFile(path, text, true);
-  if (error == 0) return ReadNetrc(text);
-  if (error != ENOENT) output_.Warning(NetrcFault(path, error));
+  const LocalText netrc = ReadPrivateTextFile(path);
+  if (netrc.error == 0) return ReadNetrc(netrc.text);
+  if (netrc.error != ENOENT) output_.Warning(NetrcFault(path, netrc.error));
   return {};
 }
 

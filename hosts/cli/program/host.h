@@ -76,7 +76,7 @@ class Host {
   /// Whether a demand for authentication went without an answer, and what to tell the user.
   [[nodiscard]] bool authenticationRefused() const;
   [[nodiscard]] std::string authenticationRefusal() const;
-  /// Lets a refusal of one server not count for what is asked of the next.
+  /// Forgets the refusal of one server before the next one is asked.
   void ForgetAuthenticationRefusal();
 
   /// Answers a demand for authentication; called by the library's callback, on any thread.

@@ -11,7 +11,7 @@ namespace vtdirect_cli {
 namespace {
 
 // The catch at the top has nothing else of the command that was unwound.
-std::optional<InterruptionReport::Standing> toldBeforeException;
+std::optional<InterruptionReport::Told> toldBeforeException;
 
 }  // namespace
 
@@ -22,21 +22,21 @@ InterruptionReport::InterruptionReport(Host& host, const std::string& command)
 
 InterruptionReport::~InterruptionReport() {
   atTheEnd_.Dismiss();
-  if (std::uncaught_exceptions() > 0) toldBeforeException = standing_;
+  if (std::uncaught_exceptions() > 0) toldBeforeException = told_;
 }
 
-std::optional<InterruptionReport::Standing> InterruptionReport::ToldBeforeException() {
+std::optional<InterruptionReport::Told> InterruptionReport::ToldBeforeException() {
   return toldBeforeException;
 }
 
-void InterruptionReport::Tell(const std::string& whatStands) {
+void InterruptionReport::Tell(const std::string& stateNow) {
   const std::lock_guard lock(mutex_);
-  standing_ = {whatStands, false};
+  told_ = {.words = stateNow, .changeIsOpen = false};
 }
 
 void InterruptionReport::TellOfOpenChange(const std::string& howToFindOut) {
   const std::lock_guard lock(mutex_);
-  standing_ = {howToFindOut, true};
+  told_ = {.words = howToFindOut, .changeIsOpen = true};
 }
 
 ExitCode InterruptionReport::Report() {
@@ -55,8 +55,8 @@ ExitCode InterruptionReport::Fail(const Failure& failure) {
 void InterruptionReport::Write() {
   const std::lock_guard lock(mutex_);
   Failure failure = InterruptedFailure();
-  failure.message += "; " + standing_.words;
-  failure.changeIsOpen = standing_.changeIsOpen;
+  failure.message += "; " + told_.words;
+  failure.changeIsOpen = told_.changeIsOpen;
   const std::string line = FailureLine(command_, host_.output().json(), failure);
   static_cast<void>(!write(STDERR_FILENO, line.data(), line.size()));
   TellNothingOfTheLimit();

@@ -20,20 +20,20 @@ class InterruptionReport {
   InterruptionReport& operator=(const InterruptionReport&) = delete;
 
   /// What is to be said from now on, after "interrupted": no change is under way, and this is the state.
-  void Tell(const std::string& whatStands);
+  void Tell(const std::string& stateNow);
 
   /// What is to be said from now on, while the answer to a change has not come: it may be carried out all the
   /// same. Holds until the next call of either function.
   void TellOfOpenChange(const std::string& howToFindOut);
 
   /// What is known of a command that has ended in the middle.
-  struct Standing {
+  struct Told {
     std::string words;
     bool changeIsOpen = false;  ///< a change was sent whose answer had not come
   };
 
   /// What the report that an exception has destroyed would have said; nothing without one.
-  [[nodiscard]] static std::optional<Standing> ToldBeforeException();
+  [[nodiscard]] static std::optional<Told> ToldBeforeException();
 
   /// Says it now, once; for a command that has noticed the signal itself.
   ExitCode Report();
@@ -48,7 +48,7 @@ class InterruptionReport {
   Host& host_;
   std::string command_;
   std::mutex mutex_;
-  Standing standing_;
+  Told told_;
   CleanUp atTheEnd_;
 };
 

@@ -97,7 +97,7 @@ void BoundTheFolderScan() {
 [[nodiscard]] ExitCode RunOnHost(const CommandRow& command, const Arguments& arguments, Host& host) {
   if (const auto failure = RefusalOfSorting(command, arguments)) return host.output().Fail(*failure);
   if (const auto failure = host.SetUp(command, arguments)) return host.output().Fail(*failure);
-  if (command.makesRequests && std::strcmp(command.name, "recover") != 0) {
+  if (command.requests == Requests::Some && std::strcmp(command.name, "recover") != 0) {
     WarnOfOpenEntries(host, host.ServersOf(command, arguments));
   }
   const ExitCode code = RunListing(command, WithAddresses(command, arguments), host);
@@ -142,9 +142,9 @@ void BoundTheFolderScan() {
     what = "an unexpected failure ended the command";
   }
   Failure failure{ExitCode::Failure, what};
-  if (const auto standing = InterruptionReport::ToldBeforeException()) {
-    failure.message += "; " + standing->words;
-    failure.changeIsOpen = standing->changeIsOpen;
+  if (const auto told = InterruptionReport::ToldBeforeException()) {
+    failure.message += "; " + told->words;
+    failure.changeIsOpen = told->changeIsOpen;
   }
   return output.Fail(failure);
 }

@@ -11,7 +11,7 @@ struct PasswordCredentials {
 };
 
 /// Asks for a user name and a password on the terminal that controls the program, the password without echo.
-/// The terminal's mode is restored on every road, also when a signal ends the program.
+/// The terminal's mode is restored in every case, also when a signal ends the program.
 /// @param origin  server to be named in the question
 /// @param user    known already; empty asks for it
 /// @return nothing without a terminal, and when the user closes the input or gives no name

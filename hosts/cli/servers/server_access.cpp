@@ -14,8 +14,7 @@ namespace {
 // A file that is only too large for a text may hold certificates all the same.
 [[nodiscard]] std::optional<Failure> RequireReadable(const std::string& path) {
   if (path.empty()) return std::nullopt;
-  std::string ignored;
-  const int error = ReadLocalTextFile(path, ignored);
+  const int error = ReadLocalTextFile(path).error;
   if (error == 0 || error == EFBIG) return std::nullopt;
   return Failure{ExitCode::LocalFile, "cannot read " + path + ": " + std::strerror(error)};
 }

@@ -242,8 +242,7 @@ std::string DefaultConfigurationPath(const std::string& configHome, const std::s
 }
 
 Result<Configuration> LoadConfiguration(const std::string& path, bool required) {
-  std::string text;
-  const int error = ReadLocalTextFile(path, text);
+  const auto& [error, text] = ReadLocalTextFile(path);
   if (error == ENOENT && !required) return Configuration{};
   if (error != 0) {
     return Failure{ExitCode::LocalFile,

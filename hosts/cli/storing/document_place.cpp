@@ -69,12 +69,9 @@ std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const s
 }
 
 OptionRow AnywhereOption() {
-  return {"anywhere",
-          0,
-          nullptr,
-          false,
-          Completion::Nothing,
-          "Take the document of that name in whichever folder it is, as the server's search finds it."};
+  return {
+      .name = "anywhere",
+      .help = "Take the document of that name in whichever folder it is, as the server's search finds it."};
 }
 
 Result<AddressKind> RequirePlacedAddress(Host& host, const Arguments& arguments, const std::string& address) {
@@ -83,7 +80,7 @@ Result<AddressKind> RequirePlacedAddress(Host& host, const Arguments& arguments,
   const VtDirectManager::Outcome outcome;
   const std::string uid = VtDirectManager::GetUID(address.c_str());
   // The next question may be answered, and lead to a document whose place nobody has looked at.
-  if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, address, true);
+  if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, address, Seen::Missing);
   auto refusal = RefusalOfAnotherPlace(address, uid);
   if (!refusal) return kind;
   if (refusal->code == ExitCode::NotFound) refusal->advice += ", or --anywhere";

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "hosts/cli/browsing/address.h"
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/failures/failure.h"
 #include "hosts/cli/failures/result.h"

@@ -33,13 +33,13 @@ namespace {
 }  // namespace
 
 std::vector<OptionRow> PutConditionOptions() {
-  return {
-      {"expect", 0, "VERSION", false, Completion::Nothing,
-       "Store only if this is the document's newest version, so that nothing is stored over somebody else's "
-       "work."},
-      {"if-changed", 0, nullptr, false, Completion::Nothing,
-       "Send nothing when the document has the bytes of FILE already."},
-      DryRunOption()};
+  return {{.name = "expect",
+           .value = "VERSION",
+           .help = "Store only if this is the document's newest version, so that nothing is stored over "
+                   "somebody else's "
+                   "work."},
+          {.name = "if-changed", .help = "Send nothing when the document has the bytes of FILE already."},
+          DryRunOption()};
 }
 
 std::optional<Failure> RefusalOfConditions(const Arguments& arguments) {
@@ -69,7 +69,7 @@ std::optional<Failure> RefusalOfVersion(Host& host, const PutTarget& target, con
   std::string newest;
   std::string uid;
   if (!VtDirectManager::GetLatest(target.before.c_str(), newest, uid) || newest.empty()) {
-    return Diagnose(host, target.address, false);
+    return Diagnose(host, target.address, Seen::Unknown);
   }
   if (newest == expected) return std::nullopt;
   return WithNothing(

@@ -36,11 +36,11 @@ constexpr const char* againAdvice = "the same command can be given again";
 
 [[nodiscard]] StateOnServer NotCreated(Doubt doubt) {
   if (doubt == Doubt::MayComeYet) return NotSeenYet("there is no such document", "its creation");
-  return {"nothing was created", againAdvice, true};
+  return {.text = "nothing was created", .next = againAdvice, .isUnchanged = true};
 }
 
 // The path leads to the other document of the name, so only the folder tells.
-[[nodiscard]] StateOnServer StandingBesideNamesake(const PutTarget& target, Doubt doubt) {
+[[nodiscard]] StateOnServer StateBesideNamesake(const PutTarget& target, Doubt doubt) {
   switch (PresenceInFolder(target.address)) {
     case Presence::There:
       return {"the folder has a document of that name now, and only the answer may have been lost",
@@ -53,12 +53,12 @@ constexpr const char* againAdvice = "the same command can be given again";
 }
 
 // A name that isn't found on a server that answers is not there.
-[[nodiscard]] StateOnServer StandingOfCreation(const PutTarget& target, Doubt doubt, bool answers) {
+[[nodiscard]] StateOnServer StateAfterCreation(const PutTarget& target, Doubt doubt, bool answers) {
   const bool mayBeStored = doubt != Doubt::None;
   const Result<std::string> found = answers ? UidAtPlace(target.address) : Result<std::string>(Failure{});
   if (!found && mayBeStored) return Unknown("info", target.address);
   if (found && found->empty() && target.hasNamesake && mayBeStored) {
-    return StandingBesideNamesake(target, doubt);
+    return StateBesideNamesake(target, doubt);
   }
   if (!found || found->empty()) return NotCreated(doubt);
   const std::string& uid = *found;
@@ -71,7 +71,7 @@ constexpr const char* againAdvice = "the same command can be given again";
   return {"a document is there now, and only the answer may have been lost: " + uid, next};
 }
 
-[[nodiscard]] StateOnServer StandingOfIteration(const PutTarget& target, Doubt doubt) {
+[[nodiscard]] StateOnServer StateAfterIteration(const PutTarget& target, Doubt doubt) {
   const bool mayBeStored = doubt != Doubt::None;
   const auto state = AskForNewest(target.address);
   if (!state && !mayBeStored) return {"nothing was changed"};
@@ -81,7 +81,9 @@ constexpr const char* againAdvice = "the same command can be given again";
     return NotSeenYet(version + " is the newest iteration", "the new one");
   }
   if (state->isNewest()) {
-    return {"nothing was changed, " + version + " is the newest iteration still", againAdvice, true};
+    return {.text = "nothing was changed, " + version + " is the newest iteration still",
+            .next = againAdvice,
+            .isUnchanged = true};
   }
   const std::string next = CommandToType("versions", target.address) + " tells of them";
   if (!mayBeStored) return {"somebody has made the iteration " + newest + " meanwhile", next};
@@ -92,7 +94,7 @@ constexpr const char* againAdvice = "the same command can be given again";
   return mayBeStored ? "whether the file is stored in it is not known" : "its content is as it was";
 }
 
-[[nodiscard]] StateOnServer StandingOfStore(const PutTarget& target, bool mayBeStored) {
+[[nodiscard]] StateOnServer StateAfterStore(const PutTarget& target, bool mayBeStored) {
   const CheckoutState state = ReadCheckoutState(target.address);
   if (IsWorkingCopy(state.status)) {
     return {"you still have it checked out, and " + ContentOfWorkingCopy(mayBeStored)};
@@ -110,14 +112,14 @@ constexpr const char* againAdvice = "the same command can be given again";
   return Unknown("verify", target.address);
 }
 
-[[nodiscard]] StateOnServer StandingOf(const PutTarget& target, Doubt doubt, bool answers) {
+[[nodiscard]] StateOnServer StateAfter(const PutTarget& target, Doubt doubt, bool answers) {
   switch (target.action) {
     case Action::Create:
-      return StandingOfCreation(target, doubt, answers);
+      return StateAfterCreation(target, doubt, answers);
     case Action::Iterate:
-      return StandingOfIteration(target, doubt);
+      return StateAfterIteration(target, doubt);
     default:
-      return StandingOfStore(target, doubt != Doubt::None);
+      return StateAfterStore(target, doubt != Doubt::None);
   }
 }
 
@@ -159,17 +161,17 @@ constexpr const char* againAdvice = "the same command can be given again";
   return ChangeMayStillHappen() ? Doubt::MayComeYet : Doubt::AnswerIsLost;
 }
 
-[[nodiscard]] StateOnServer StandingOfCheckIn(const std::string& uid, bool mayBeDone) {
+[[nodiscard]] StateOnServer StateAfterCheckIn(const std::string& uid, bool mayBeDone) {
   if (!IsWorkingCopy(ReadCheckoutState(uid).status)) {
     return {"it is not seen to be checked out any more", CommandToType("verify", uid) + " tells"};
   }
   const std::string again = CommandToType("checkin", uid) + " tries again";
   const std::string now = "you still have it checked out";
   if (!mayBeDone) return {now, again};
-  StateOnServer standing = NotSeenYet(now, "the check-in");
+  StateOnServer state = NotSeenYet(now, "the check-in");
   // A check-in that was carried out after all is refused, so that this does no harm.
-  standing.next = "\"vtdirect recover\" asks again, and " + again;
-  return standing;
+  state.next = "\"vtdirect recover\" asks again, and " + again;
+  return state;
 }
 
 }  // namespace
@@ -184,7 +186,7 @@ Failure PutCheckInFailure(Host& host, const std::string& uid) {
   failure.message = "the file is stored in the working copy " + uid + ", but checking it in failed";
   if (!why.empty()) failure.message += " (" + why + ")";
   if (server) failure.code = server->code;
-  return WithState(failure, StandingOfCheckIn(uid, mayBeDone));
+  return WithState(failure, StateAfterCheckIn(uid, mayBeDone));
 }
 
 Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& target,
@@ -201,13 +203,13 @@ Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& targe
     failure.code = server->code;
     why = server->Text();
   }
-  StateOnServer standing = StandingOf(target, doubt, failure.code == ExitCode::Failure);
-  if (tooLarge) standing.next = "a smaller file, or a greater limit at the server, is needed";
+  StateOnServer state = StateAfter(target, doubt, failure.code == ExitCode::Failure);
+  if (tooLarge) state.next = "a smaller file, or a greater limit at the server, is needed";
   failure.message = WordsOf(target.action).doing + target.address + " from " + request.content.path +
                     " failed " + PointOf(outcome);
   if (!why.empty()) failure.message += " (" + why + ")";
   if (failure.reason) failure.reason->mayHaveHappened = doubt != Doubt::None;
-  return WithState(failure, standing);
+  return WithState(failure, state);
 }
 
 }  // namespace vtdirect_cli

@@ -70,7 +70,7 @@ namespace {
   }
   ForgetReasons();
   if (VtDirectManager::FileExists(address.c_str())) return std::nullopt;
-  Failure failure = Diagnose(host, address, true);
+  Failure failure = Diagnose(host, address, Seen::Missing);
   failure.message = "the link " + name + ": " + failure.message;
   return WithNothing("sent", failure);
 }

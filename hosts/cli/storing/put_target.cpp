@@ -6,7 +6,7 @@
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/copy_search.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
@@ -52,7 +52,7 @@ namespace {
 // The library would let a server without the folder choose another one.
 [[nodiscard]] Result<PutTarget> SettleCreation(Host& host, const PutRequest& request,
                                                const std::string& path) {
-  if (IsById(request.address, request.kind)) return Diagnose(host, request.address, true);
+  if (IsById(request.address, request.kind)) return Diagnose(host, request.address, Seen::Missing);
   const bool folderGiven = path != request.address;
   if (!folderGiven && NamesVersion(path)) {
     return WithNothing("sent", {ExitCode::NotFound, "not found: " + path,
@@ -62,7 +62,7 @@ namespace {
     return Unsent(path + " is a folder", "close it with \"/\" to put the file into it");
   }
   const std::string folder = FolderOf(path);
-  if (IsFolder(folder)) return PutTarget{PutTarget::Action::Create, path, false, false, {}};
+  if (IsFolder(folder)) return PutTarget{.action = PutTarget::Action::Create, .address = path};
   if (auto failure = DiagnoseServer(host, VtDirectManager::GetServerURL(path.c_str()))) return *failure;
   return WithNothing("sent", {ExitCode::NotFound, "there is no folder " + folder + " that you can see"});
 }
@@ -120,13 +120,15 @@ namespace {
 [[nodiscard]] Result<PutTarget> StoreInto(const std::string& uid, bool isTemporary) {
   const std::string workingCopy = WithWorkspace(uid);
   if (!HasWorkspace(workingCopy)) return CheckedOutElsewhere(workingCopy);
-  return PutTarget{PutTarget::Action::Store, workingCopy, isTemporary, false,
-                   isTemporary ? ByOwnId(workingCopy) : workingCopy};
+  return PutTarget{.action = PutTarget::Action::Store,
+                   .address = workingCopy,
+                   .temporary = isTemporary,
+                   .before = isTemporary ? ByOwnId(workingCopy) : workingCopy};
 }
 
 [[nodiscard]] PutTarget IterationOf(const std::string& uid) {
   const std::string document = WithoutWorkspace(uid);
-  return {PutTarget::Action::Iterate, document, false, false, document};
+  return {.action = PutTarget::Action::Iterate, .address = document, .before = document};
 }
 
 // The state of the checkout was not told. That is an end of what is kept only if the server says that there is
@@ -206,7 +208,7 @@ Result<PutTarget> SettlePutTarget(Host& host, const PutRequest& request) {
   const VtDirectManager::Outcome outcome;
   const std::string uid = VtDirectManager::GetUID(path.c_str());
   // A name that could not be asked for may be taken.
-  if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, path, true);
+  if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, path, Seen::Missing);
   if (uid.empty()) return SettleCreation(host, request, path);
   if (const auto elsewhere = RefusalOfAnotherPlace(path, uid)) {
     return SettleBesideNamesake(host, request, path, uid, *elsewhere);

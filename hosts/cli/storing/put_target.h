@@ -17,13 +17,13 @@ struct PutTarget {
     Store     ///< into a working copy
   };
   Action action = Action::Create;
-  std::string address;     ///< the path of a new document, or a UID
+  std::string address{};   ///< the path of a new document, or a UID
   bool temporary = false;  ///< the working copy is in a temporary workspace
   /// Of a new document: another one of its name is in another folder, and the path leads to that.
   bool hasNamesake = false;
   /// By which UID the document is read that a store or an iteration follows. In a temporary workspace that of
   /// the working copy by its own id: the UID to go on with reads as the document that was checked out.
-  std::string before;
+  std::string before{};
 };
 
 /// What an action is called.
@@ -39,11 +39,11 @@ struct ActionWords {
 /// is not part of the new document's name.
 [[nodiscard]] std::string PathToStoreAt(const PutTarget& target);
 
-/// Finds out what the address of the request means: a folder takes the file's name, what isn't there is
-/// created, also beside a document of the same name in another folder, and a document that this user has checked out by this program gets a store into its working copy.
-/// Makes requests, none of which changes anything.
-/// @return where it goes, or a failure for what the server can't take: no such folder, checked out by somebody else, an older
-///         iteration
+/// Finds out what the address of the request means. A folder takes the file's name. What isn't there is created, also
+/// beside a document of the same name in another folder. A document that this user has checked out by this program
+/// gets a store into its working copy. Makes requests, none of which changes anything.
+/// @return where it goes, or a failure for what the server can't take: no such folder, checked out by somebody
+///         else, an older iteration
 [[nodiscard]] Result<PutTarget> SettlePutTarget(Host& host, const PutRequest& request);
 
 }  // namespace vtdirect_cli

@@ -58,15 +58,21 @@ class CopyCheck {
          CommandToType(command, isNew ? target.address : request.address) + " tells";
 }
 
-[[nodiscard]] VtDirectManager::ProgressCallback ProgressOf(const PutRequest& request, const PutTarget& target,
-                                                           InterruptionReport& report, CopyCheck& check,
-                                                           ProgressLine& line, PutOutcome& outcome) {
+// What watches the transfer; all of it outlives the transfer.
+struct Watch {
+  InterruptionReport& report;
+  CopyCheck& check;
+  ProgressLine& line;
+  std::string unknownEnd;  // what is told if a signal ends the program when all was sent
+};
+
+[[nodiscard]] VtDirectManager::ProgressCallback ProgressOf(const Watch& watch, PutOutcome& outcome) {
   return [&](std::size_t sent, std::size_t total) {
     outcome.total = total;
-    if (!check.Passes(total, outcome) || Interrupted()) return false;
+    if (!watch.check.Passes(total, outcome) || Interrupted()) return false;
     outcome.sent = sent;
-    line.Show(sent, total, ProgressLine::Clock::now());
-    if (outcome.AllSent()) report.TellOfOpenChange(UnknownEnd(request, target));
+    watch.line.Show(sent, total, ProgressLine::Clock::now());
+    if (outcome.AllSent()) watch.report.TellOfOpenChange(watch.unknownEnd);
     return true;
   };
 }
@@ -119,7 +125,8 @@ PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& tar
   report.Tell("nothing was stored");
   const Patience::WhileSending patience(*host.patience(), request.content.size());
   ForgetReasons();
-  Send(request, target, links, ProgressOf(request, target, report, check, line, outcome), outcome);
+  const Watch watch{report, check, line, UnknownEnd(request, target)};
+  Send(request, target, links, ProgressOf(watch, outcome), outcome);
   if (!outcome.stored) check.LookAtFailure(outcome);
   line.Clear();
   return outcome;

@@ -31,64 +31,71 @@ constexpr const char* addressAdvice = "look whether host, port and path of the s
 constexpr const char* administratorAdvice = "ask who runs the server";
 
 constexpr NetworkAdvice advices[] = {
-    {Detail::NameUnknown, false,
+    {Detail::NameUnknown, Reached::Nobody,
      "look whether the server's name is spelt right, and whether this machine has a network"},
-    {Detail::NameUnanswered, false, "look whether this machine has a network and a name server that answers"},
-    {Detail::PortRefused, false, "look whether the server runs, and whether its address has the right port"},
-    {Detail::RouteDead, false,
+    {Detail::NameUnanswered, Reached::Nobody,
+     "look whether this machine has a network and a name server that answers"},
+    {Detail::PortRefused, Reached::Nobody,
+     "look whether the server runs, and whether its address has the right port"},
+    {Detail::RouteDead, Reached::Nobody,
      "look whether this machine has a network, and whether the server needs a VPN or a proxy"},
-    {Detail::ConnectUnanswered, false,
+    {Detail::ConnectUnanswered, Reached::Nobody,
      "look whether the server runs and no firewall is between, or try again with a larger --connect-timeout"},
-    {Detail::WrittenOff, false, "wait five seconds, and look whether the server runs"},
-    {Detail::HandshakeUnanswered, true,
+    {Detail::WrittenOff, Reached::Nobody, "wait five seconds, and look whether the server runs"},
+    {Detail::HandshakeUnanswered, Reached::Somebody,
      "look whether the server speaks https on this port, or try again later"},
-    {Detail::AnswerUnanswered, true, slowAdvice},
-    {Detail::AnswerStalled, true, slowAdvice},
-    {Detail::BodyStalled, true, slowAdvice},
-    {Detail::ClosedUnanswered, true,
+    {Detail::AnswerUnanswered, Reached::Somebody, slowAdvice},
+    {Detail::AnswerStalled, Reached::Somebody, slowAdvice},
+    {Detail::BodyStalled, Reached::Somebody, slowAdvice},
+    {Detail::ClosedUnanswered, Reached::Somebody,
      "try again; if it stays so, look whether the address should begin with https"},
-    {Detail::AnswerCut, true, againAdvice},
-    {Detail::NoHttp, true, addressAdvice},
-    {Detail::HttpVersionUnknown, true, "ask who runs the server to offer HTTP/1.1"},
-    {Detail::WantsHttps, true, "write https in place of http in the server's address"},
-    {Detail::WantsHttp, true,
+    {Detail::AnswerCut, Reached::Somebody, againAdvice},
+    {Detail::NoHttp, Reached::Somebody, addressAdvice},
+    {Detail::HttpVersionUnknown, Reached::Somebody, "ask who runs the server to offer HTTP/1.1"},
+    {Detail::WantsHttps, Reached::Somebody, "write https in place of http in the server's address"},
+    {Detail::WantsHttp, Reached::Somebody,
      "look whether the port is right; write http in place of https only where nobody can listen in"},
-    {Detail::LoginUnknown, true, "ask who runs the server to offer Basic, Digest, Negotiate or Bearer"},
-    {Detail::CodingUnknown, true,
+    {Detail::LoginUnknown, Reached::Somebody,
+     "ask who runs the server to offer Basic, Digest, Negotiate or Bearer"},
+    {Detail::CodingUnknown, Reached::Somebody,
      "ask who runs the server, or the proxy before it, to send answers as they are or by gzip"},
-    {Detail::ForeignServer, true, addressAdvice},
-    {Detail::AnswerUnclear, true, administratorAdvice},
-    {Detail::ContentCoded, true,
+    {Detail::ForeignServer, Reached::Somebody, addressAdvice},
+    {Detail::AnswerUnclear, Reached::Somebody, administratorAdvice},
+    {Detail::ContentCoded, Reached::Somebody,
      "ask who runs the server, or the proxy before it, to send contents as they are"},
-    {Detail::AddressLeavesHttps, true,
+    {Detail::AddressLeavesHttps, Reached::Somebody,
      "if a proxy before the server speaks https, set http_addresses = upgrade in the server's section of the "
      "configuration file"},
-    {Detail::ContentOfOtherLength, true, againAdvice},
-    {Detail::TlsTooOld, true, "ask who runs the server to offer TLS 1.2 or newer"},
-    {Detail::TlsNothingInCommon, true, "ask who runs the server to offer the usual ciphers"},
-    {Detail::TlsBrokenOff, true, "look whether the server speaks https on this port, or try again later"},
-    {Detail::TlsFailed, true, administratorAdvice},
-    {Detail::CertificateExpired, true, clockAdvice},
-    {Detail::CertificateNotYetValid, true, clockAdvice},
-    {Detail::CertificateOfOtherHost, true,
+    {Detail::ContentOfOtherLength, Reached::Somebody, againAdvice},
+    {Detail::TlsTooOld, Reached::Somebody, "ask who runs the server to offer TLS 1.2 or newer"},
+    {Detail::TlsNothingInCommon, Reached::Somebody, "ask who runs the server to offer the usual ciphers"},
+    {Detail::TlsBrokenOff, Reached::Somebody,
+     "look whether the server speaks https on this port, or try again later"},
+    {Detail::TlsFailed, Reached::Somebody, administratorAdvice},
+    {Detail::CertificateExpired, Reached::Somebody, clockAdvice},
+    {Detail::CertificateNotYetValid, Reached::Somebody, clockAdvice},
+    {Detail::CertificateOfOtherHost, Reached::Somebody,
      "write the server's address with a name that the certificate is for"},
-    {Detail::CertificateSelfSigned, true, trustAdvice},
-    {Detail::AuthorityUnknown, true, trustAdvice},
-    {Detail::CertificateInvalid, true, administratorAdvice},
-    {Detail::AuthorityFileUnreadable, false, authorityFileAdvice},
-    {Detail::AuthorityFileEmpty, false, authorityFileAdvice},
-    {Detail::AuthorityFileBroken, false, authorityFileAdvice},
-    {Detail::ClientCertificateWanted, true,
+    {Detail::CertificateSelfSigned, Reached::Somebody, trustAdvice},
+    {Detail::AuthorityUnknown, Reached::Somebody, trustAdvice},
+    {Detail::CertificateInvalid, Reached::Somebody, administratorAdvice},
+    {Detail::AuthorityFileUnreadable, Reached::Nobody, authorityFileAdvice},
+    {Detail::AuthorityFileEmpty, Reached::Nobody, authorityFileAdvice},
+    {Detail::AuthorityFileBroken, Reached::Nobody, authorityFileAdvice},
+    {Detail::ClientCertificateWanted, Reached::Somebody,
      "name yours by --client-cert and --client-key, or client_cert and client_key"},
-    {Detail::ClientCertificateRefused, true, clientCertificateAdvice},
-    {Detail::ClientCertificateUnreadable, false, clientCertificateAdvice},
-    {Detail::ClientKeyLocked, false, "give the passphrase when you are asked, or by VTDIRECT_KEY_PASSPHRASE"},
-    {Detail::ProxyNameUnknown, false, proxyAdvice},
-    {Detail::ProxyUnreachable, false, proxyAdvice},
-    {Detail::ProxyUnanswered, false, proxyAdvice},
-    {Detail::ProxyWantsLogin, false, "set VTDIRECT_PROXY_USER and VTDIRECT_PROXY_PASSWORD"},
-    {Detail::ProxyRefuses, false, "ask who runs the proxy, or reach the server without it by --proxy none"},
-    {Detail::GatewayFailed, false, "try again later; if it stays so, ask who runs the server or the proxy"},
+    {Detail::ClientCertificateRefused, Reached::Somebody, clientCertificateAdvice},
+    {Detail::ClientCertificateUnreadable, Reached::Nobody, clientCertificateAdvice},
+    {Detail::ClientKeyLocked, Reached::Nobody,
+     "give the passphrase when you are asked, or by VTDIRECT_KEY_PASSPHRASE"},
+    {Detail::ProxyNameUnknown, Reached::Nobody, proxyAdvice},
+    {Detail::ProxyUnreachable, Reached::Nobody, proxyAdvice},
+    {Detail::ProxyUnanswered, Reached::Nobody, proxyAdvice},
+    {Detail::ProxyWantsLogin, Reached::Nobody, "set VTDIRECT_PROXY_USER and VTDIRECT_PROXY_PASSWORD"},
+    {Detail::ProxyRefuses, Reached::Nobody,
+     "ask who runs the proxy, or reach the server without it by --proxy none"},
+    {Detail::GatewayFailed, Reached::Nobody,
+     "try again later; if it stays so, ask who runs the server or the proxy"},
 };
 
 [[nodiscard]] const NetworkAdvice* AdviceOf(int detail) {
@@ -122,7 +129,7 @@ constexpr NetworkAdvice advices[] = {
 // Of an answer that says by its status that nothing can be had of this server now.
 [[nodiscard]] NetworkFailure FailureOfStatus(const Reason& reason) {
   NetworkFailure failure;
-  failure.wasReached = true;
+  failure.reached = Reached::Somebody;
   failure.what =
       std::string(MeaningOf(reason.httpStatus)) + " (HTTP " + std::to_string(reason.httpStatus) + ")";
   const std::string said = Printable(reason.serverText.substr(0, longestServerText));
@@ -149,15 +156,17 @@ std::span<const NetworkAdvice> NetworkAdvices() {
 
 std::optional<NetworkFailure> NetworkFailureOf(const Reason& reason) {
   if (const NetworkAdvice* advice = AdviceOf(reason.platformDetail)) {
-    return NetworkFailure{advice->wasReached, InASentence(reason.platformText), advice->text};
+    return NetworkFailure{advice->reached, InASentence(reason.platformText), advice->text};
   }
   // A later platform may know details that this program does not.
-  if (!reason.platformText.empty()) return NetworkFailure{true, InASentence(reason.platformText), {}};
+  if (!reason.platformText.empty())
+    return NetworkFailure{Reached::Somebody, InASentence(reason.platformText), {}};
   switch (reason.kind) {
     case Kind::TimedOut:
-      return NetworkFailure{true, "the server did not answer in time", slowAdvice};
+      return NetworkFailure{Reached::Somebody, "the server did not answer in time", slowAdvice};
     case Kind::AnswerBroken:
-      return NetworkFailure{true, "the answer is not what a server of this kind gives", addressAdvice};
+      return NetworkFailure{Reached::Somebody, "the answer is not what a server of this kind gives",
+                            addressAdvice};
     default:
       return std::nullopt;
   }
@@ -169,8 +178,9 @@ Failure UnusableServer(const std::string& url, const std::optional<Reason>& reas
   if (!failure) return {ExitCode::CannotConnect, "cannot connect to " + url, {}, reason};
   const std::string subject = address.empty() ? url : url + " for " + address;
   return {ExitCode::CannotConnect,
-          (failure->wasReached ? "no usable answer from " + subject : "cannot connect to " + url) + ": " +
-              failure->what,
+          (failure->reached == Reached::Somebody ? "no usable answer from " + subject
+                                                 : "cannot connect to " + url) +
+              ": " + failure->what,
           failure->advice, reason};
 }
 

@@ -12,11 +12,13 @@
 /// of the same sentences; a test holds the two together.
 namespace vtdirect_cli {
 
+/// Whether a request has reached the server, or what answers in its place.
+enum class Reached { Nobody, Somebody };
+
 /// What to do next about one detail.
 struct NetworkAdvice {
   du::http::FailureDetail detail;
-  /// Whether the server, or what answers in its place, was reached at all.
-  bool wasReached;
+  Reached reached;
   const char* text;  ///< without a full stop, with a small letter in front
 };
 
@@ -25,7 +27,7 @@ struct NetworkAdvice {
 
 /// A failure of the way to a server, or of what answers there.
 struct NetworkFailure {
-  bool wasReached = false;
+  Reached reached = Reached::Nobody;
   std::string what;    ///< "the server's certificate expired on 2026-10-01"
   std::string advice;  ///< what to do next; empty when there is none
 };

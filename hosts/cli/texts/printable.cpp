@@ -20,7 +20,7 @@ struct Character {
 // something else than what was checked here.
 [[nodiscard]] Character CharacterAt(std::string_view text, std::size_t position) {
   const std::uint8_t first = ByteAt(text, position);
-  if (first < 0x80) return {1, first, true};
+  if (first < 0x80) return {.length = 1, .value = first, .valid = true};
   std::size_t length = 0;
   char32_t value = 0;
   char32_t smallest = 0;
@@ -40,7 +40,7 @@ struct Character {
     value = (value << 6U) | (next & 0x3FU);
   }
   if (value < smallest || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return {};
-  return {length, value, true};
+  return {.length = length, .value = value, .valid = true};
 }
 
 [[nodiscard]] bool HarmsTerminal(char32_t value) {

@@ -16,7 +16,7 @@ constexpr std::size_t longestQuote = 60;
 constexpr std::string_view namespaces = "urn:oasis:names:tc:xliff:document:";
 constexpr std::string_view versions[] = {"1.2", "2.0", "2.1", "2.2"};
 
-// Of a name that may be hostile and as long as it likes, what a sentence can hold.
+// A name as a sentence can show it: it may be hostile, and of any length.
 [[nodiscard]] std::string Quoted(std::string_view text) {
   if (text.size() <= longestQuote) return "\"" + std::string(text) + "\"";
   // A cut inside a character would leave a byte that means nothing.

@@ -20,7 +20,7 @@ using VtDirectManager::FailureKind;
   return "; if only the answer was lost, " + put.file.path + " is on the server without a link";
 }
 
-[[nodiscard]] std::string StandingOf(const XliffPut& put, const std::optional<SourceXliff>& told, bool lost) {
+[[nodiscard]] std::string StateAfter(const XliffPut& put, const std::optional<SourceXliff>& told, bool lost) {
   const SourceXliff& after = told ? *told : put.before;
   if (told && !after.linked && !put.before.linked) {
     return "no source XLIFF is linked to the document" + UnlinkedOf(put, lost);
@@ -35,7 +35,7 @@ using VtDirectManager::FailureKind;
 
 // @param known  whether the message says why
 [[nodiscard]] std::string NextOf(const XliffPut& put, bool known) {
-  if (put.before.linked || known) return "once that is mended, the same command can be given again";
+  if (put.before.linked || known) return "once that is put right, the same command can be given again";
   // Preferences that don't do are passed over without a word.
   return "where a first one goes is said by the server's XLIFF preferences for " + put.language +
          ", which its administrator can look at: they may be incomplete, or lead nowhere";
@@ -55,7 +55,7 @@ Failure SendingFailure(Host& host, const XliffPut& put) {
   Failure failure{ExitCode::Failure,
                   "sending " + put.file.path + " as the source XLIFF of " + put.subject.address + " failed"};
   if (tellsMore) failure.message += " (" + WordsOf(*reason) + ")";
-  failure.message += "; " + StandingOf(put, AskForSourceXliff(put.subject), lost);
+  failure.message += "; " + StateAfter(put, AskForSourceXliff(put.subject), lost);
   failure.advice = NextOf(put, known);
   failure.reason = reason;
   return failure;

@@ -27,12 +27,10 @@ Finding FindSentXliff(Host& host, const JournalEntry& entry) {
 }
 
 Finding FindPublication(const JournalEntry& entry) {
-  return {false,
-          false,
-          {},
-          "no question tells whether " + entry.address + " is marked as published; " +
-              XliffCommandFor("publish", entry.address) +
-              " can be given again: that changes nothing where it is marked, and settles this"};
+  return {.isKnown = false,
+          .words = "no question tells whether " + entry.address + " is marked as published; " +
+                   XliffCommandFor("publish", entry.address) +
+                   " can be given again: that changes nothing where it is marked, and settles this"};
 }
 
 }  // namespace vtdirect_cli

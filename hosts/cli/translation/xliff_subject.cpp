@@ -71,7 +71,7 @@ Result<XliffSubject> SettleSubject(Host& host, const Arguments& arguments) {
   if (!kind) return kind.failure();
   ForgetReasons();
   subject.uid = VtDirectManager::GetUID(subject.address.c_str());
-  if (!IsThere(subject, *kind)) return Diagnose(host, subject.address, true);
+  if (!IsThere(subject, *kind)) return Diagnose(host, subject.address, Seen::Missing);
   if (!VtDirectManager::TranslationSupported(subject.uid.c_str())) return NoTranslation(host, subject);
   if (Interrupted()) return InterruptedFailure();
   return subject;

@@ -85,16 +85,20 @@ std::vector<Comparison> Compare(const LocalSide& local, const RemoteTree& tree) 
   for (const auto& [path, file] : local.kept) {
     const auto document = DocumentAt(tree, path);
     const LocalState state = StateAt(local, path);
-    all[path] = {path, StateOfKept(state, file, tree.Knows(path), document), state == LocalState::Modified,
-                 file, document};
+    all[path] = {.path = path,
+                 .state = StateOfKept(state, file, tree.Knows(path), document),
+                 .isModified = state == LocalState::Modified,
+                 .file = file,
+                 .document = document};
   }
   for (const std::string& path : local.files) {
     if (all.contains(path)) continue;
     const auto document = DocumentAt(tree, path);
-    all[path] = {path, document ? FileState::InTheWay : FileState::Unknown, false, std::nullopt, document};
+    all[path] = {
+        .path = path, .state = document ? FileState::InTheWay : FileState::Unknown, .document = document};
   }
   for (const auto& [path, document] : tree.documents) {
-    if (!all.contains(path)) all[path] = {path, FileState::New, false, std::nullopt, document};
+    if (!all.contains(path)) all[path] = {.path = path, .state = FileState::New, .document = document};
   }
   std::vector<Comparison> sorted;
   for (auto& [path, comparison] : all) sorted.push_back(std::move(comparison));

@@ -31,9 +31,9 @@ enum class FileState {
 struct Comparison {
   std::string path;  ///< below the work folder
   FileState state = FileState::Same;
-  bool isModified = false;                 ///< changed here, whatever the server has
-  std::optional<FolderFile> file;          ///< what is kept of it
-  std::optional<RemoteDocument> document;  ///< what the server shows; nothing also when that is not known
+  bool isModified = false;                   ///< changed here, whatever the server has
+  std::optional<FolderFile> file{};          ///< what is kept of it
+  std::optional<RemoteDocument> document{};  ///< what the server shows; nothing also when that is not known
 };
 
 /// What is known of the files here.

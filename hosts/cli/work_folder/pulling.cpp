@@ -139,8 +139,7 @@ Result<unsigned> ReadThreads(const Arguments& arguments) {
 }
 
 OptionRow ParallelOption() {
-  return {
-      "parallel", 0, "N", false, Completion::Nothing, "Ask for so many things at a time; 4 unless given."};
+  return {.name = "parallel", .value = "N", .help = "Ask for so many things at a time; 4 unless given."};
 }
 
 Result<Effort> ReadEffort(const Arguments& arguments) {

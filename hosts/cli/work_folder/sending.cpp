@@ -7,7 +7,7 @@
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/newest_iteration.h"
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 #include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
@@ -35,8 +35,8 @@ class Sending {
     if (!failure) failure = Store();
     if (!failure) failure = CheckIn();
     if (failure && failure->code == ExitCode::Interrupted) report_.Report();
-    if (failure) return {false, failure, {}};
-    return {true, std::nullopt, KeepSent()};
+    if (failure) return {.sent = false, .failure = failure};
+    return {.sent = true, .file = KeepSent()};
   }
 
  private:

@@ -10,9 +10,9 @@ namespace vtdirect_cli {
 
 /// What became of a file that was to be committed.
 struct SendResult {
-  bool sent = false;               ///< stored and checked in, and kept as the version that it is now
-  std::optional<Failure> failure;  ///< what is on the server now and what to do next, when it was not
-  FolderFile file;                 ///< for one that was sent
+  bool sent = false;                 ///< stored and checked in, and kept as the version that it is now
+  std::optional<Failure> failure{};  ///< what is on the server now and what to do next, when it was not
+  FolderFile file{};                 ///< for one that was sent
 };
 
 /// Checks the document of a changed file out, unless this program has it checked out, stores the file, and

@@ -42,25 +42,41 @@ constexpr std::string_view askedAnew = "asked_anew";  // in no list of names: "c
   return Found(current);
 }
 
-// Who has the document checked out, and whether that is the user, who may then store into it.
-[[nodiscard]] Answer<std::string> CheckoutText(const std::string& uid, bool asksForHolder) {
+// Who has a document checked out, and whether that is the user, who may then store into it.
+struct Holder {
+  std::string name;
+  bool isUser = false;
+};
+
+[[nodiscard]] Answer<Holder> HolderOf(const std::string& uid) {
   const VtDirectManager::Outcome outcome;
-  std::string holder;
-  const auto status = VtDirectManager::GetCheckoutStatus(uid.c_str(), &holder);
+  Holder holder;
+  const auto status = VtDirectManager::GetCheckoutStatus(uid.c_str(), &holder.name);
   if (status == VtDirectManager::CheckoutStatusFailed) return {ErrorOf(outcome), nullptr, WordsOf(outcome)};
-  if (asksForHolder) return Found(holder);
-  const bool isMine = status == VtDirectManager::CheckoutByUserUnrecorded ||
-                      status == VtDirectManager::CheckoutInTempWorkspace ||
-                      status == VtDirectManager::CheckoutInWorkspace;
-  return Found(std::string(isMine ? "yes" : "no"));
+  holder.isUser = status == VtDirectManager::CheckoutByUserUnrecorded ||
+                  status == VtDirectManager::CheckoutInTempWorkspace ||
+                  status == VtDirectManager::CheckoutInWorkspace;
+  return Found(std::move(holder));
+}
+
+[[nodiscard]] Answer<std::string> HolderName(const std::string& uid) {
+  const auto holder = HolderOf(uid);
+  if (holder.value == nullptr) return {holder.error, nullptr, holder.words};
+  return Found(holder.value->name);
+}
+
+[[nodiscard]] Answer<std::string> WritableWord(const std::string& uid) {
+  const auto holder = HolderOf(uid);
+  if (holder.value == nullptr) return {holder.error, nullptr, holder.words};
+  return Found(std::string(holder.value->isUser ? "yes" : "no"));
 }
 
 [[nodiscard]] Answer<std::string> FileText(const std::string& uid, std::string_view name) {
   if (name == "version") return VersionOf(uid);
   if (name == "number") return DetailOf(uid, VtDirectManager::DetailNumber);
   if (name == "name") return DetailOf(uid, VtDirectManager::DetailName);
-  if (name == "checked_out_by") return CheckoutText(uid, true);
-  if (name == "writable") return CheckoutText(uid, false);
+  if (name == "checked_out_by") return HolderName(uid);
+  if (name == "writable") return WritableWord(uid);
   const std::string whole = VtDirectManager::GetUID(uid.c_str());
   return Found(whole.empty() ? uid : whole);
 }

@@ -56,10 +56,10 @@ template <typename Value>
 
 // "B.3.lxz" for version B.3 of "fork.lxz", so that programs know the kind of the file by its name.
 [[nodiscard]] std::string NameOfVersion(const std::string& version, const std::string& document) {
-  const std::string shown = ShownName(document, false);
+  const std::string shown = ShownName(document);
   const std::size_t dot = shown.rfind('.');
   const bool hasEnding = dot != std::string::npos && dot > 0;
-  return ShownName(version, true) + (hasEnding ? shown.substr(dot) : "");
+  return ShownFolderName(version) + (hasEnding ? shown.substr(dot) : "");
 }
 
 // The versions with the names of their files. A server that tells a version twice is believed once.
@@ -159,7 +159,7 @@ void AddLocalFiles(const Node& directory, const FolderListing& listing, const Ov
     return !line.isFolder && overlay.IsAside(directory.address + NameInPath(line.name), now);
   });
   for (const std::string& name : overlay.NamesIn(directory.address)) {
-    const std::string shown = ShownName(name, false);
+    const std::string shown = ShownName(name);
     if (listing.Find(shown) == nullptr && !overlay.IsAside(directory.address + name, now)) {
       lines.push_back(LineOf(shown, NodeKind::Document, directory.address + name));
     }

@@ -113,7 +113,10 @@ void ReplyContent(fuse_req_t request, const OpenFile& content, const Stretch& st
     fuse_reply_buf(request, nullptr, 0);
     return;
   }
-  fuse_bufvec buffer = FUSE_BUFVEC_INIT(stretch.size);
+  // libfuse's own macro for this is a literal of C.
+  fuse_bufvec buffer = {};
+  buffer.count = 1;
+  buffer.buf[0].size = stretch.size;
   buffer.buf[0].flags = static_cast<fuse_buf_flags>(FUSE_BUF_IS_FD | FUSE_BUF_FD_SEEK);
   buffer.buf[0].fd = content.descriptor();
   buffer.buf[0].pos = stretch.offset;

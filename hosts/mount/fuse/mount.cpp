@@ -40,8 +40,8 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
       questions_(settings_.parallel) {
   if (!settings_.write) return;
   Mounted mounted;
-  mounted.uidOf = [this](const std::string& address, int& error) { return UidOf(address, error); };
-  mounted.uidNow = [this](const std::string& address, int& error) { return UidNow(address, error); };
+  mounted.uidOf = [this](const std::string& address) { return UidOf(address); };
+  mounted.uidNow = [this](const std::string& address) { return UidNow(address); };
   mounted.uidStored = [this](const std::string& address) {
     const auto [folder, name] = PartsOfPath(address);
     const auto uid = tree_.UidOf(folder, name);
@@ -63,24 +63,18 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
 }
 
 // A document that is not in its folder's listing is not there, whatever else has its name.
-std::string Mount::UidOf(const std::string& address, int& error) {
+Answer<std::string> Mount::UidOf(const std::string& address) {
   LearnCheckouts();
   const auto [folder, name] = PartsOfPath(address);
   const auto listing = tree_.Folder(folder);
-  error = listing.error;
-  if (listing.value == nullptr) return {};
-  error = ENOENT;
-  if (!listing.value->HasDocument(name)) return {};
-  const auto uid = tree_.UidOf(folder, name);
-  error = uid.error;
-  return uid.value == nullptr ? "" : *uid.value;
+  if (listing.value == nullptr) return {listing.error};
+  if (!listing.value->HasDocument(name)) return {ENOENT};
+  return tree_.UidOf(folder, name);
 }
 
-std::string Mount::UidNow(const std::string& address, int& error) {
+Answer<std::string> Mount::UidNow(const std::string& address) {
   const auto [folder, name] = PartsOfPath(address);
-  const auto uid = tree_.UidNow(folder, name);
-  error = uid.error;
-  return uid.value == nullptr ? "" : *uid.value;
+  return tree_.UidNow(folder, name);
 }
 
 std::shared_ptr<LocalFile> Mount::LocalAt(const Node& node) {

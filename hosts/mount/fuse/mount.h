@@ -103,8 +103,8 @@ class Mount {
   [[nodiscard]] bool Stop();
 
  private:
-  [[nodiscard]] std::string UidOf(const std::string& address, int& error);
-  [[nodiscard]] std::string UidNow(const std::string& address, int& error);
+  [[nodiscard]] Answer<std::string> UidOf(const std::string& address);
+  [[nodiscard]] Answer<std::string> UidNow(const std::string& address);
 
   const MountSettings settings_;
   Log& log_;

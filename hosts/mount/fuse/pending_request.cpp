@@ -41,7 +41,7 @@ std::shared_ptr<PendingRequest> PendingRequest::Of(fuse_req_t request) {
   // Calls back at once when the interruption has come already, and touches the request after that, so it must
   // not be answered and gone by then.
   Registration& registration = theRegistration;
-  registration = {request, false};
+  registration = {.request = request};
   fuse_req_interrupt_func(request, Interrupted, reinterpret_cast<void*>(pending->ticket_));
   const bool isInterrupted = registration.isInterrupted;
   registration = {};

@@ -66,22 +66,19 @@ void Session::KeepSignals() {
   sigaction(SIGPIPE, &action, nullptr);
 }
 
-std::unique_ptr<Session> Session::Open(Mount& mount, std::string& fault) {
+Session::Opened Session::Open(Mount& mount) {
   const std::string& directory = mount.settings().directory;
   ClearAwayDeadMount(directory);
   fuse_session* const session = NewSession(mount);
-  if (session == nullptr) {
-    fault = "libfuse can't begin";
-    return nullptr;
-  }
+  if (session == nullptr) return {"libfuse can't begin"};
   if (fuse_session_mount(session, directory.c_str()) != 0) {
-    fault = "cannot mount at " + directory + (errno == 0 ? "" : std::string(": ") + std::strerror(errno));
+    const std::string why = errno == 0 ? "" : std::string(": ") + std::strerror(errno);
     fuse_session_destroy(session);
-    return nullptr;
+    return {"cannot mount at " + directory + why};
   }
   if (!AskForParallelLookups(session)) mount.log().Write("names of a directory are looked up one by one");
   mount.SetSession(session);
-  return std::unique_ptr<Session>(new Session(mount, session));
+  return {"", std::unique_ptr<Session>(new Session(mount, session))};
 }
 
 Session::~Session() {

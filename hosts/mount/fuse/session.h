@@ -14,10 +14,13 @@ class Session {
   /// Keeps SIGINT, SIGTERM and SIGHUP for Run. To be called before the process has a second thread.
   static void KeepSignals();
 
+  /// A session, or why there is none.
+  struct Opened {
+    std::string fault;  ///< empty with a session
+    std::unique_ptr<Session> session = nullptr;
+  };
   /// Mounts the tree. What a killed mount has left at the directory is cleared away first.
-  /// @param fault  why that was not possible
-  /// @return null then
-  [[nodiscard]] static std::unique_ptr<Session> Open(Mount& mount, std::string& fault);
+  [[nodiscard]] static Opened Open(Mount& mount);
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;

@@ -36,7 +36,7 @@ constexpr int timeOfChange = FUSE_SET_ATTR_MTIME | FUSE_SET_ATTR_MTIME_NOW;
   if (setsMode) local.SetMode(wanted.st_mode & rightsOfMode);
   const int descriptor = local.file().descriptor();
   if ((what & FUSE_SET_ATTR_SIZE) != 0) {
-    if (const int error = mount.writing()->NoteChange(local, true); error != 0) return error;
+    if (const int error = mount.writing()->NoteChange(local, Due::AtNextClose); error != 0) return error;
     if (ftruncate(descriptor, wanted.st_size) != 0) return errno;
     if (wanted.st_size == 0) local.NoteFailedWrite(0);
   }

@@ -102,7 +102,7 @@ void OnWrite(fuse_req_t request, fuse_ino_t number, const char* bytes, std::size
     return;
   }
   LocalFile& local = *handle->local();
-  int error = mount.writing()->NoteChange(local, true);
+  int error = mount.writing()->NoteChange(local, Due::AtNextClose);
   const off_t place = PlaceOfWrite(local, file->flags, offset);
   const ssize_t count = error == 0 ? pwrite(local.file().descriptor(), bytes, size, place) : -1;
   if (count < 0) {

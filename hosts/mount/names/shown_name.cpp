@@ -57,17 +57,30 @@ constexpr std::size_t hashDigits = 16;
   return name.substr(0, end) + "~" + hash;
 }
 
-}  // namespace
-
-std::string ShownName(std::string_view entry, bool isFolder) {
-  const std::string plain = isFolder ? std::string(entry) : Unescaped(entry);
+[[nodiscard]] std::string Shown(const std::string& plain, bool isToBeEscaped) {
   std::string shown = plain;
   if (IsReserved(plain)) {
     shown = "%2e" + plain.substr(1);
-  } else if (plain.find('/') != std::string::npos || (!isFolder && ReadsLikeEscaped(plain))) {
+  } else if (isToBeEscaped) {
     shown = vtdirect_cli::EscapedName(plain);
   }
   return shown.size() > longestName ? Cut(shown) : shown;
+}
+
+[[nodiscard]] bool HoldsSlash(const std::string& plain) {
+  return plain.find('/') != std::string::npos;
+}
+
+}  // namespace
+
+std::string ShownName(std::string_view entry) {
+  const std::string plain = Unescaped(entry);
+  return Shown(plain, HoldsSlash(plain) || ReadsLikeEscaped(plain));
+}
+
+std::string ShownFolderName(std::string_view entry) {
+  const std::string plain(entry);
+  return Shown(plain, HoldsSlash(plain));
 }
 
 std::string NameInPath(std::string_view shown) {

@@ -14,15 +14,17 @@ inline constexpr std::string_view versionsFolder = ".versions";
 /// The most bytes that a name in a directory can have.
 inline constexpr std::size_t longestName = 255;
 
-/// The name under which a program sees an entry of a listing.
+/// The name under which a program sees a document of a listing.
 ///
 /// People know a document by its plain name, so that is shown: "a: b?.txt" for "a%3a b%3f.txt". A name that
 /// no file can have stays in its escaped form, with every "%" of its own escaped too: one that holds "/", and
 /// one that would read like an escaped name. So two documents never share a name. What would be too long for
 /// a file's name is cut, and told apart by a hash.
-/// @param entry     as the library lists it, in the form of a path
-/// @param isFolder  a folder's name is listed as it is, with nothing escaped
-[[nodiscard]] std::string ShownName(std::string_view entry, bool isFolder);
+/// @param entry  as the library lists it, in the form of a path
+[[nodiscard]] std::string ShownName(std::string_view entry);
+
+/// The same for a folder or a version, which is listed as it is, with nothing escaped.
+[[nodiscard]] std::string ShownFolderName(std::string_view entry);
 
 /// The name in a path for a name that a program gives to something new: ShownName the other way round.
 [[nodiscard]] std::string NameInPath(std::string_view shown);

@@ -67,7 +67,8 @@ Answer<OpenFile> ContentFetches::FetchWithRoom(const Iteration& iteration,
   return Download(iteration, flight);
 }
 
-// What a program can understand of a cache that can't be written. Only a lack of room is mended by throwing away.
+// What a program can understand of a cache that can't be written. Only a lack of room goes away when contents are
+// thrown away.
 int ContentFetches::ErrorOfWriting(const Iteration& iteration) {
   const int error = cache_.ErrorOfWriting(iteration.facts.size);
   if (error != 0 && report_) report_(std::string("cannot write to the cache: ") + std::strerror(error));

@@ -32,7 +32,7 @@ void AddVersions(VtDirectManager::DirEntryExt& entry, void* user) {
 }  // namespace
 
 void FolderListing::Add(const std::string& name, bool isFolder) {
-  FolderEntry entry{ShownName(name, isFolder), name, isFolder};
+  FolderEntry entry{isFolder ? ShownFolderName(name) : ShownName(name), name, isFolder};
   const auto known = byShown_.find(entry.shown);
   if (known != byShown_.end()) {
     if (isFolder || !entries_[known->second].isFolder) return;

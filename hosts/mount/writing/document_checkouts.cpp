@@ -19,8 +19,10 @@ std::string DocumentCheckouts::ReadBy(const std::string& uid) {
 
 DocumentCheckouts::Required DocumentCheckouts::Known(const std::string& address) {
   Required known;
-  known.uid = mounted_.uidOf(address, known.error);
-  if (known.uid.empty()) return known;
+  const auto uid = mounted_.uidOf(address);
+  known.error = uid.error;
+  if (uid.value == nullptr) return known;
+  known.uid = *uid.value;
   known.base = kept_.WorkingCopyOf(known.uid);
   known.error = known.base.empty() ? EACCES : 0;
   return known;
@@ -49,10 +51,11 @@ DocumentCheckouts::Required DocumentCheckouts::Require(const std::string& addres
 // What was written for one checkout must not go into another one: the document may be newer there. And what was
 // written where no document was must not become a version of one that somebody else has made meanwhile.
 std::string DocumentCheckouts::WhyNotNow(const std::string& address, const std::string& base) {
-  int error = 0;
-  const std::string uid = mounted_.uidNow(address, error);
-  if (uid.empty() && error != ENOENT)
-    return std::string("the server can't be asked: ") + std::strerror(error);
+  const auto found = mounted_.uidNow(address);
+  if (found.value == nullptr && found.error != ENOENT) {
+    return std::string("the server can't be asked: ") + std::strerror(found.error);
+  }
+  const std::string uid = found.value == nullptr ? "" : *found.value;
   const bool isNew = base == vtdirect_cli::baseOfNewDocument;
   if (uid.empty()) return isNew ? "" : "the document is not there any more";
   if (isNew) return "there is a document of that name by now";

@@ -11,6 +11,13 @@
 
 namespace vtdirect_mount {
 
+/// When a file that was changed is to be stored: at the next close, or only after one more change. A file that was
+/// created or emptied when it was opened is about to be written to: a shell closes it once before that.
+enum class Due { AtNextClose, AfterNextChange };
+
+/// Whether a program had closed a file after its last change.
+enum class Written { Whole, MaybeHalf };
+
 /// A file that programs write to. It is on this machine until it is stored; a scratch file for good. Its
 /// content is removed with it, unless it waits to be stored.
 class LocalFile {
@@ -57,12 +64,9 @@ class LocalFile {
 
   /// How often it was changed; tells whether it was changed while it was stored.
   [[nodiscard]] std::uint64_t changes() const { return changes_; }
-  /// Notes a change.
-  /// @param isDue  whether it is to be stored at the next close. A file that was created or emptied when it
-  ///               was opened is about to be written to: a shell closes it once before that.
-  void NoteChange(bool isDue) {
+  void NoteChange(Due due) {
     ++changes_;
-    if (isDue) isDue_ = true;
+    if (due == Due::AtNextClose) isDue_ = true;
   }
   [[nodiscard]] bool isDue() const { return isDue_; }
   /// Whether it holds what the server doesn't have.
@@ -89,7 +93,7 @@ class LocalFile {
   void SetMode(unsigned mode) { mode_ = mode; }
   /// Whether its entry says that a program had closed it, so that it may be stored after a crash.
   [[nodiscard]] bool isListedWhole() const { return isListedWhole_; }
-  void NoteListed(bool isWhole) { isListedWhole_ = isWhole; }
+  void NoteListed(Written written) { isListedWhole_ = written == Written::Whole; }
   /// Counts one more that has it open for writing.
   void NoteWriter() { ++writers_; }
   /// Counts one less.
@@ -100,8 +104,10 @@ class LocalFile {
   /// Whether a newer file has its address, so that it must not be stored there.
   [[nodiscard]] bool isReplaced() const { return isReplaced_; }
   void NoteReplaced() { isReplaced_ = true; }
-  /// Whether its content stays when this is destroyed.
-  void Keep(bool keeps) { keeps_ = keeps; }
+  /// Lets its content stay when this is destroyed.
+  void KeepContent() { keeps_ = true; }
+  /// Lets its content go when this is destroyed, as at first.
+  void DropContent() { keeps_ = false; }
   /// Makes it this process's own until it is closed or the process ends, however that ends.
   /// @return false when it is another's
   [[nodiscard]] bool Claim() const;

@@ -8,15 +8,14 @@ namespace vtdirect_mount {
 
 // Whether what is renamed to an address is for this machine alone. A document of the server is none of a program's
 // own files, whatever its name looks like.
-// @param error  why that can't be told; 0 when it can
-bool Renames::StaysHere(const std::string& address, int& error) const {
-  error = 0;
-  if (!parts_.scratch.Has(NameOf(address))) return false;
+Renames::Stay Renames::StayOf(const std::string& address) const {
+  if (!parts_.scratch.Has(NameOf(address))) return {};
   const auto there = parts_.overlay.Find(address);
-  if (there != nullptr) return there->isScratch();
-  if (!parts_.mounted.uidOf(address, error).empty()) return false;
-  if (error == ENOENT) error = 0;
-  return error == 0;
+  if (there != nullptr) return {.isHere = there->isScratch()};
+  const auto uid = parts_.mounted.uidOf(address);
+  if (uid.value != nullptr) return {};
+  if (uid.error == ENOENT) return {.isHere = true};
+  return {.error = uid.error};
 }
 
 // What a document shows: the bytes that lie over it, or else those of its working copy.
@@ -53,10 +52,9 @@ int Renames::SetAside(const std::string& document, const std::string& backup) {
 
 int Renames::MoveOnto(const std::string& from, const std::string& to,
                       const std::shared_ptr<LocalFile>& file) {
-  int error = 0;
-  const bool isScratch = StaysHere(to, error);
-  if (error != 0) return error;
-  if (!isScratch) {
+  const Stay stay = StayOf(to);
+  if (stay.error != 0) return stay.error;
+  if (!stay.isHere) {
     if (file->failedWrite() != 0) return file->failedWrite();
     const auto required = parts_.checkouts.Require(to);
     const bool isNew = required.error == ENOENT;
@@ -64,15 +62,15 @@ int Renames::MoveOnto(const std::string& from, const std::string& to,
     if (isNew && !VtDirectManager::IsPathWritable(to.c_str())) return EPERM;
     file->SetBase(isNew ? vtdirect_cli::baseOfNewDocument : required.base);
   }
-  file->SetScratch(isScratch);
+  file->SetScratch(stay.isHere);
   parts_.waiting.LayOver(to, file);
   parts_.overlay.Take(from, file);
-  if (isScratch) {
+  if (stay.isHere) {
     parts_.waiting.StrikeReplaced(*file);
     parts_.waiting.Strike(*file);
     return 0;
   }
-  file->NoteChange(true);
+  file->NoteChange(Due::AtNextClose);
   return parts_.stores.Store(file);
 }
 
@@ -81,24 +79,26 @@ int Renames::Rename(const std::string& from, const std::string& to) {
   if (from == to) return 0;
   const auto file = parts_.overlay.Find(from);
   if (file != nullptr && file->isScratch()) return MoveOnto(from, to, file);
-  int error = 0;
-  if (StaysHere(to, error)) return SetAside(from, to);
-  if (error != 0) return error;
-  if (file == nullptr || !parts_.mounted.uidOf(from, error).empty()) return EPERM;
-  return error == ENOENT ? MoveOnto(from, to, file) : error;
+  const Stay stay = StayOf(to);
+  if (stay.isHere) return SetAside(from, to);
+  if (stay.error != 0) return stay.error;
+  if (file == nullptr) return EPERM;
+  const auto uid = parts_.mounted.uidOf(from);
+  if (uid.value != nullptr) return EPERM;
+  return uid.error == ENOENT ? MoveOnto(from, to, file) : uid.error;
 }
 
 int Renames::Remove(const std::string& address) {
   const auto file = parts_.overlay.Find(address);
   if (file == nullptr) return EPERM;
   if (!file->isScratch()) {
-    int error = 0;
-    if (!parts_.mounted.uidOf(address, error).empty() || error != ENOENT) return EPERM;
+    // A document's UID, or that it can't be told.
+    if (parts_.mounted.uidOf(address).error != ENOENT) return EPERM;
     parts_.waiting.Strike(*file);
     parts_.waiting.Remove(address);
   }
   parts_.waiting.StrikeReplaced(*file);
-  file->Keep(false);
+  file->DropContent();
   parts_.overlay.Take(address, file);
   return 0;
 }

@@ -36,7 +36,12 @@ class Renames {
   [[nodiscard]] int Remove(const std::string& address);
 
  private:
-  [[nodiscard]] bool StaysHere(const std::string& address, int& error) const;
+  /// Whether a file is for this machine alone.
+  struct Stay {
+    int error = 0;  ///< why that can't be told; 0 when it can
+    bool isHere = false;
+  };
+  [[nodiscard]] Stay StayOf(const std::string& address) const;
   [[nodiscard]] Writable CopyOf(const std::string& document);
   [[nodiscard]] int SetAside(const std::string& document, const std::string& backup);
   [[nodiscard]] int MoveOnto(const std::string& from, const std::string& to,

@@ -14,16 +14,16 @@ namespace vtdirect_mount {
 int Stores::NoteHalf(LocalFile& file) {
   const int error = file.failedWrite();
   parts_.mounted.log(file.address() + " is not stored: a write to it failed: " + std::strerror(error));
-  parts_.waiting.Note(file, false, std::string("a write failed: ") + std::strerror(error));
+  parts_.waiting.Note(file, Written::MaybeHalf, std::string("a write failed: ") + std::strerror(error));
   return error;
 }
 
 // Whether a new document was made of these very bytes, and only the answer was lost.
 bool Stores::IsWhatWasMade(const std::string& address, const LocalFile& file) {
   if (file.base() != vtdirect_cli::baseOfNewDocument) return false;
-  int error = 0;
-  const std::string uid = parts_.mounted.uidNow(address, error);
-  if (uid.empty()) return false;
+  const auto found = parts_.mounted.uidNow(address);
+  if (found.value == nullptr) return false;
+  const std::string& uid = *found.value;
   // What tells no length is downloaded each time that the file is tried again.
   const auto size = VtDirectManager::GetContentSize(uid.c_str());
   if (size && *size != file.size()) return false;
@@ -64,10 +64,10 @@ int Stores::Store(const std::shared_ptr<LocalFile>& file) {
   if (!file->isDirty() || file->isScratch() || file->isReplaced()) return 0;
   const std::string address = file->address();
   const std::uint64_t changes = file->changes();
-  file->Keep(true);
+  file->KeepContent();
   if (file->failedWrite() == 0 && fsync(file->file().descriptor()) != 0) file->NoteFailedWrite(errno);
   if (file->failedWrite() != 0) return NoteHalf(*file);
-  if (parts_.waiting.Note(*file, true, unconfirmedStore) == 0) parts_.waiting.StrikeReplaced(*file);
+  if (parts_.waiting.Note(*file, Written::Whole, unconfirmedStore) == 0) parts_.waiting.StrikeReplaced(*file);
   const std::string fault = Put(address, *file);
   if (fault.empty()) {
     NoteStored(address, file, changes);
@@ -75,7 +75,7 @@ int Stores::Store(const std::shared_ptr<LocalFile>& file) {
   }
   parts_.mounted.log(address + " is not stored, and waits: " + fault);
   file->NoteFailedStore(changes);
-  parts_.waiting.Note(*file, file->changes() == changes, fault);
+  parts_.waiting.Note(*file, file->changes() == changes ? Written::Whole : Written::MaybeHalf, fault);
   parts_.waiting.Add(address);
   return EIO;
 }

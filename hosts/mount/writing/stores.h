@@ -28,7 +28,8 @@ class Stores {
  public:
   explicit Stores(const StoreParts& parts) : parts_(parts) {}
 
-  /// Stores what was changed at its address; scratch files are stored nowhere. What fails waits. Makes requests, and blocks.
+  /// Stores what was changed at its address; scratch files are stored nowhere. What fails waits. Makes requests, and
+  /// blocks.
   /// @return EIO when it waits now; the error number of a write that failed, since half a file is never stored
   [[nodiscard]] int Store(const std::shared_ptr<LocalFile>& file);
 

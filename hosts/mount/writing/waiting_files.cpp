@@ -71,7 +71,7 @@ void WaitingFiles::ClearAway(const std::set<std::string>& entries) const {
     const int descriptor = open(entry->path().c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
     if (descriptor < 0) continue;
     LocalFile file(name, entry->path().string(), descriptor);
-    if (!file.Claim()) file.Keep(true);
+    if (!file.Claim()) file.KeepContent();
   }
 }
 
@@ -90,7 +90,7 @@ void WaitingFiles::TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<s
   const int descriptor = open(path.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
   if (descriptor < 0) return;
   auto file = std::make_shared<LocalFile>(unstored.name, path, descriptor);
-  file->Keep(true);
+  file->KeepContent();
   const std::string whyLeft = WhyLeft(unstored, taken);
   if (!file->Claim()) return;
   if (unstored_.IsToBeDropped(unstored.name)) return Strike(*file);
@@ -103,24 +103,29 @@ void WaitingFiles::TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<s
     return;
   }
   file->SetBase(unstored.base);
-  file->NoteChange(true);
-  file->NoteListed(true);
+  file->NoteChange(Due::AtNextClose);
+  file->NoteListed(Written::Whole);
   static_cast<void>(overlay_.Lay(unstored.address, std::move(file)));
   Add(unstored.address);
 }
 
-int WaitingFiles::Note(LocalFile& file, bool isWhole, const std::string& fault) {
+int WaitingFiles::Note(LocalFile& file, Written written, const std::string& fault) {
   const std::string address = file.address();
-  const int error = unstored_.Write({file.name(), address, Now(), isWhole, fault,
-                                     VtDirectManager::GetServerURL(address.c_str()), file.base()});
-  if (error == 0) file.NoteListed(isWhole);
+  const int error = unstored_.Write({.name = file.name(),
+                                     .address = address,
+                                     .since = Now(),
+                                     .isWhole = written == Written::Whole,
+                                     .fault = fault,
+                                     .server = VtDirectManager::GetServerURL(address.c_str()),
+                                     .base = file.base()});
+  if (error == 0) file.NoteListed(written);
   if (error != 0) mounted_.log("cannot note that " + address + " waits: " + std::strerror(error));
   return error;
 }
 
 void WaitingFiles::Strike(LocalFile& file) {
   unstored_.Strike(file.name());
-  file.Keep(false);
+  file.DropContent();
 }
 
 void WaitingFiles::Drop(const std::string& address, const std::shared_ptr<LocalFile>& file) {

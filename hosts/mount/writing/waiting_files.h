@@ -29,10 +29,9 @@ class WaitingFiles {
   [[nodiscard]] std::string Prepare(const std::string& below);
 
   /// Writes the entry of a file.
-  /// @param isWhole  whether a program had closed it
   /// @param fault    why it is not stored
   /// @return an error number when that can't be written
-  int Note(LocalFile& file, bool isWhole, const std::string& fault);
+  int Note(LocalFile& file, Written written, const std::string& fault);
   /// Removes the entry of a file; the content goes with the last who has it.
   void Strike(LocalFile& file);
 

@@ -36,7 +36,7 @@ Writable Writing::Create(const std::string& address, const std::string& program)
   const std::string base = overlay_.BaseOfAside(address);
   made.file->SetBase(base.empty() ? vtdirect_cli::baseOfNewDocument : base);
   made.file->NoteWriter();
-  if (const int error = NoteChange(*made.file, false); error != 0) return {error};
+  if (const int error = NoteChange(*made.file, Due::AfterNextChange); error != 0) return {error};
   waiting_.LayOver(address, made.file);
   return made;
 }
@@ -61,7 +61,7 @@ void Writing::NoteWhole(LocalFile& file) {
   const bool hasOtherWriters = file.writers() > 1;
   if (hasOtherWriters || file.isListedWhole() || file.isReplaced() || file.failedWrite() != 0) return;
   if (fsync(file.file().descriptor()) != 0) return file.NoteFailedWrite(errno);
-  waiting_.Note(file, true, unconfirmedStore);
+  waiting_.Note(file, Written::Whole, unconfirmedStore);
 }
 
 std::shared_ptr<LocalFile> Writing::EditKnown(const std::string& address) {
@@ -90,14 +90,15 @@ Writable Writing::Edit(const std::string& address, bool keepsContent) {
   return {0, overlay_.LayToWrite(address, made.file)};
 }
 
-int Writing::NoteChange(LocalFile& file, bool isDue) {
+int Writing::NoteChange(LocalFile& file, Due due) {
   // One that waits is half while it is written to again.
   if (!file.isReplaced() && (!file.isDirty() || file.isListedWhole()) && !file.isScratch()) {
-    if (const int error = waiting_.Note(file, false, "it was not closed"); error != 0) return error;
+    if (const int error = waiting_.Note(file, Written::MaybeHalf, "it was not closed"); error != 0)
+      return error;
     waiting_.unstored().KeepAfterAll(file.name());
-    file.Keep(true);
+    file.KeepContent();
   }
-  file.NoteChange(isDue);
+  file.NoteChange(due);
   return 0;
 }
 
@@ -107,7 +108,7 @@ std::string Writing::BaseNow(const std::string& address) {
 }
 
 int Writing::Empty(const std::shared_ptr<LocalFile>& file, const std::string& base) {
-  if (const int error = NoteChange(*file, false); error != 0) return error;
+  if (const int error = NoteChange(*file, Due::AfterNextChange); error != 0) return error;
   if (ftruncate(file->file().descriptor(), 0) != 0) return errno;
   file->NoteFailedWrite(0);
   if (!base.empty()) file->SetBase(base);

@@ -56,9 +56,8 @@ class Writing {
   /// Takes back that a file was opened to be written to, since no program has got it.
   void LetGo(const std::shared_ptr<LocalFile>& file);
   /// Notes that a file is about to be changed, so that a crash is told of.
-  /// @param isDue  as LocalFile::NoteChange
   /// @return an error number when that can't be noted; then it must not be changed
-  [[nodiscard]] int NoteChange(LocalFile& file, bool isDue);
+  [[nodiscard]] int NoteChange(LocalFile& file, Due due);
   /// What is written anew to a waiting file is written for; empty when that can't be told. May make requests.
   [[nodiscard]] std::string BaseNow(const std::string& address);
   [[nodiscard]] bool IsWaiting(const std::string& address) const { return waiting_.Has(address); }

@@ -29,15 +29,15 @@ constexpr const char* preferences =
     "no source XLIFF is linked to the document; where a first one goes is said by the "
     "server's XLIFF preferences for en";
 
-constexpr const char* mended =
-    "no source XLIFF is linked to the document; once that is mended, the same command can be given again";
+constexpr const char* putRight =
+    "no source XLIFF is linked to the document; once that is put right, the same command can be given again";
 
 // Those of a first upload before the document is on the server, in their order.
 constexpr Step beforeText[] = {
     {"GET *dkm/documents/D1032", 3, " for //sim/?id=D1032"},
     {"GET */OrvetGW", 3, "no usable answer from "},
-    {"GET *XliffPreferences*", 1, mended},
-    {"GET *DataAdmin/Containers*", 1, mended},
+    {"GET *XliffPreferences*", 1, putRight},
+    {"GET *DataAdmin/Containers*", 1, putRight},
     {"GET *csrf", 1, "sending chain.xlf as the source XLIFF of //sim/?id=D1032 failed ("},
     {"POST *creationFactory", 1, "the same command can be given again"},
     {"POST *content/upload/*", 1, "the same command can be given again"},

@@ -59,22 +59,22 @@ TEST(PrivateFile, IsRefusedWhenOthersMayReadIt) {
   const vtdirect_test::TemporaryDirectory directory;
   const std::string path = directory.File("netrc");
   vtdirect_test::WriteFile(path, "x");
-  std::string text;
   for (const mode_t mode : {0640, 0604, 0620, 0610}) {
     ASSERT_EQ(chmod(path.c_str(), mode), 0);
-    EXPECT_EQ(ReadLocalTextFile(path, text, true), EPERM) << std::oct << mode;
-    EXPECT_EQ(text, "");
+    const LocalText read = ReadPrivateTextFile(path);
+    EXPECT_EQ(read.error, EPERM) << std::oct << mode;
+    EXPECT_EQ(read.text, "");
   }
   ASSERT_EQ(chmod(path.c_str(), 0600), 0);
-  EXPECT_EQ(ReadLocalTextFile(path, text, true), 0);
-  EXPECT_EQ(text, "x");
+  const LocalText read = ReadPrivateTextFile(path);
+  EXPECT_EQ(read.error, 0);
+  EXPECT_EQ(read.text, "x");
 }
 
 TEST(PrivateFile, IsRefusedAboveOneMebibyte) {
   const vtdirect_test::TemporaryDirectory directory;
   vtdirect_test::WriteFile(directory.File("large"), std::string((1U << 20U) + 1, 'x'));
-  std::string text;
-  EXPECT_EQ(ReadLocalTextFile(directory.File("large"), text), EFBIG);
+  EXPECT_EQ(ReadLocalTextFile(directory.File("large")).error, EFBIG);
 }
 
 }  // namespace vtdirect_cli

@@ -71,14 +71,17 @@ const std::map<std::string, std::string>& Exceptions() {
       {"UploadAsync", "hosts call it"},
       {"UploadFenletAsync", "hosts call it"},
       {"MakeRestRequest", "its shape is promised to others"},
+      {"OnWrite", "libfuse calls it"},
+      {"OnRename", "libfuse calls it"},
+      {"Splice", "libfuse calls it"},
   };
   return exceptions;
 }
 
 TEST(ParameterLists, HaveFiveParametersAtMost) {
   std::size_t functions = 0;
-  for (const char* folder :
-       {"base", "connection", "documents", "browsing", "translation", "server", "public", "simulator"}) {
+  for (const char* folder : {"base", "connection", "documents", "browsing", "translation", "server", "public",
+                             "simulator", "hosts"}) {
     for (const fs::path& file : SourcesBelow(folder)) {
       for (const auto& [name, count] : ParameterListsOf(ReadWhole(file))) {
         ++functions;
@@ -87,7 +90,7 @@ TEST(ParameterLists, HaveFiveParametersAtMost) {
       }
     }
   }
-  EXPECT_GT(functions, 700u);
+  EXPECT_GT(functions, 3000u);
 }
 
 TEST(ParameterLists, AreToldFromCalls) {

@@ -112,7 +112,7 @@ TEST_F(OverlayTest, BringsBackWhatNothingTookTheNameOf) {
 TEST_F(OverlayTest, RemovesContentsThatNobodyWaitsFor) {
   auto gone = NewFile("gone");
   auto waiting = NewFile("waiting");
-  waiting->Keep(true);
+  waiting->KeepContent();
   gone.reset();
   waiting.reset();
   EXPECT_THAT(directory_.Entries(), ElementsAre("waiting"));
@@ -121,10 +121,10 @@ TEST_F(OverlayTest, RemovesContentsThatNobodyWaitsFor) {
 TEST(LocalFile, IsDirtyUntilItsLastChangeIsStored) {
   LocalFile file("a", "/nowhere/a", -1);
   EXPECT_FALSE(file.isDirty());
-  file.NoteChange(false);
+  file.NoteChange(Due::AfterNextChange);
   EXPECT_FALSE(file.isDue());
   const auto changes = file.changes();
-  file.NoteChange(true);
+  file.NoteChange(Due::AtNextClose);
   file.NoteStored(changes);
   EXPECT_TRUE(file.isDirty());
   EXPECT_TRUE(file.isDue());
@@ -138,7 +138,7 @@ TEST_F(OverlayTest, KnowsOfAFileWhetherAnotherHasIt) {
   EXPECT_TRUE(file->Claim());
   auto another =
       std::make_shared<LocalFile>("a", file->path(), open(file->path().c_str(), O_RDWR | O_CLOEXEC));
-  another->Keep(true);
+  another->KeepContent();
   EXPECT_FALSE(another->Claim());
 }
 
@@ -154,7 +154,7 @@ TEST_F(OverlayTest, KeepsAFileWhileSomebodyWritesToItOrTheServerDoesNotHaveIt) {
     EXPECT_EQ(overlay_.Find("//plm/F/a"), file);
     file->NoteWriterGone();
   }
-  file->NoteChange(true);
+  file->NoteChange(Due::AtNextClose);
   overlay_.TakeIfIdle("//plm/F/a", file);
   EXPECT_EQ(overlay_.Find("//plm/F/a"), file);
   file->NoteStored(file->changes());
@@ -192,14 +192,8 @@ TEST(UnstoredFiles, AreKeptWithAllThatIsKnown) {
 // The listing of before says that the document is not there, and a colleague may have made it since.
 TEST(DocumentCheckouts, LetNothingBeStoredByWhatWasKnownBeforeTheServerWentAway) {
   Mounted mounted;
-  mounted.uidOf = [](const std::string&, int& error) {
-    error = ENOENT;
-    return std::string();
-  };
-  mounted.uidNow = [](const std::string&, int& error) {
-    error = EIO;
-    return std::string();
-  };
+  mounted.uidOf = [](const std::string&) { return Answer<std::string>{ENOENT}; };
+  mounted.uidNow = [](const std::string&) { return Answer<std::string>{EIO}; };
   mounted.uidStored = [](const std::string&) { return std::string(); };
   mounted.outdate = [](const std::string&) {};
   mounted.outdateStored = [](const std::string&, const Facts&) {};

@@ -25,10 +25,10 @@ enum class Presence {
 /// CheckoutByUserUnrecorded if it says that they do, and that this working copy is not there. All else is
 /// CheckoutStatusFailed.
 /// @param uid  the working copy's, with its workspace
-[[nodiscard]] CheckoutState StandingOfTemporaryCopy(const std::string& uid);
+[[nodiscard]] CheckoutState StateOfTemporaryCopy(const std::string& uid);
 
-/// Whether a working copy is there, in whatever workspace; of one in a temporary workspace, whether its checkout
-/// stands as well. Makes requests.
+/// Whether a working copy is there, in whatever workspace. One in a temporary workspace is there only if its checkout
+/// has not ended. Makes requests.
 [[nodiscard]] Presence PresenceOfWorkingCopy(const std::string& workingCopy);
 
 /// Checks a document out into a temporary workspace whose name no other run of the program tries, and tries

@@ -1,4 +1,4 @@
-#include "hosts/cli/checkouts/standing.h"
+#include "hosts/cli/checkouts/presence.h"
 
 #include <vtdirect/outcome.h>
 #include <vtdirect/vt_direct_manager.h>
@@ -55,7 +55,7 @@ Presence PresenceOf(const std::string& uid) {
   return isGone ? Presence::Gone : Presence::NotKnown;
 }
 
-CheckoutState StandingOfTemporaryCopy(const std::string& uid) {
+CheckoutState StateOfTemporaryCopy(const std::string& uid) {
   // The state of a temporary checkout is that of the document that it was taken from.
   CheckoutState state = ReadCheckoutState(uid);
   if (state.status != VtDirectManager::CheckoutInTempWorkspace) return state;
@@ -72,7 +72,7 @@ CheckoutState StandingOfTemporaryCopy(const std::string& uid) {
 
 Presence PresenceOfWorkingCopy(const std::string& workingCopy) {
   if (!IsTemporaryCopy(workingCopy)) return PresenceOf(workingCopy);
-  switch (StandingOfTemporaryCopy(workingCopy).status) {
+  switch (StateOfTemporaryCopy(workingCopy).status) {
     case VtDirectManager::CheckoutInTempWorkspace:
       return Presence::There;
     case VtDirectManager::CheckoutStatusFailed:
