@@ -185,7 +185,7 @@ int RunProgram(int argc, const char* const* argv) {
   if (!listed) return static_cast<int>(output.Fail(listed.failure()));
   const Arguments arguments = WithMountedAddresses(*line.command, *listed);
   const ExitCode code = RunGuarded(*line.command, arguments, output);
-  AskMountsAnew(*line.command, *listed);
+  if (code == ExitCode::Ok) AskMountsAnew(*line.command, *listed);
   return Finish(output, code);
 }
 

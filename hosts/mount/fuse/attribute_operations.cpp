@@ -7,6 +7,7 @@
 
 #include "hosts/mount/fuse/entries.h"
 #include "hosts/mount/fuse/operations.h"
+#include "hosts/mount/names/shown_name.h"
 #include "hosts/mount/requests/failure_errno.h"
 
 namespace vtdirect_mount {
