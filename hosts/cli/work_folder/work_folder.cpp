@@ -175,7 +175,7 @@ std::string AddressOfWorkFolderHere() {
   return opening.store ? opening.store->address() : "";
 }
 
-std::optional<std::string> UidOfWorkFile(const std::string& text) {
+std::optional<FolderFile> FindWorkFile(const std::string& text) {
   if (text.starts_with("//") || VtDirectManager::IsManaged(text.c_str())) return std::nullopt;
   if (WorkFolder::RootAbove(CurrentDirectory()).empty()) return std::nullopt;
   const auto opened = WorkFolder::OpenHere();
@@ -185,7 +185,23 @@ std::optional<std::string> UidOfWorkFile(const std::string& text) {
   if (!files) return std::nullopt;
   const auto file = files->find(folder.PathOf(text));
   if (file == files->end()) return std::nullopt;
-  return file->second.uid;
+  return file->second;
+}
+
+std::optional<std::string> UidOfWorkFile(const std::string& text) {
+  const auto file = FindWorkFile(text);
+  return file ? std::optional(file->uid) : std::nullopt;
+}
+
+bool IsPlaceOfWorkFile(const std::string& path) {
+  std::error_code error;
+  const auto whole = std::filesystem::absolute(path, error);
+  const auto directory = std::filesystem::weakly_canonical(whole.parent_path(), error);
+  const std::string root = error ? "" : WorkFolder::RootAbove(directory.string());
+  if (root.empty()) return false;
+  const auto opening = FileStore::Open(DatabaseIn(root));
+  const auto files = opening.store ? opening.store->Files() : std::nullopt;
+  return files && files->contains((directory / whole.filename()).string().substr(root.size() + 1));
 }
 
 }  // namespace vtdirect_cli
