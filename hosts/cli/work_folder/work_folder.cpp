@@ -53,6 +53,17 @@ void EmptyDirectory(const std::string& directory) {
   return {ExitCode::LocalFile, what + ": " + std::strerror(error)};
 }
 
+// What is kept of the server's URL is without "http" or "https".
+[[nodiscard]] Failure NotListed(const FileStore& store) {
+  const std::string nickname = store.address().substr(2, store.address().find('/', 2) - 2);
+  const std::size_t host = store.server().find("://");
+  const std::string kept = host == std::string::npos ? "" : store.server().substr(host + 3);
+  return {ExitCode::ServerNotListed,
+          "the server of this work folder, " + Printable(store.address()) + ", is not in the list of servers",
+          "list it in the configuration file, or by --server " + Printable(nickname) +
+              "=URL; its URL is https://" + Printable(kept) + ", or the same with http"};
+}
+
 }  // namespace
 
 Failure StoreFailure(const std::string& fault) {
@@ -83,9 +94,7 @@ Result<std::unique_ptr<WorkFolder>> WorkFolder::OpenHere() {
   if (!store) return StoreFailure(fault);
   const std::string server = ServerOf(store->address());
   if (server.empty()) {
-    return Failure{
-        ExitCode::ServerNotListed,
-        "the server of this work folder, " + Printable(store->address()) + ", is not in the list of servers"};
+    return NotListed(*store);
   }
   if (server != store->server()) {
     return Failure{ExitCode::Usage,
@@ -93,7 +102,10 @@ Result<std::unique_ptr<WorkFolder>> WorkFolder::OpenHere() {
                        store->address() + " leads to " + server + " now; nothing was done",
                    "list that server by this nickname again"};
   }
-  return std::unique_ptr<WorkFolder>(new WorkFolder(root, std::move(store)));
+  std::unique_ptr<WorkFolder> folder(new WorkFolder(root, std::move(store)));
+  const std::string here = CurrentDirectory();
+  if (here != root) folder->here_ = here.substr(root.size() + 1);
+  return folder;
 }
 
 Result<std::unique_ptr<WorkFolder>> WorkFolder::Create(const std::string& directory,
@@ -166,6 +178,10 @@ std::string WorkFolder::PathOf(const std::string& name) const {
   const std::string whole = (parent / given.filename()).string();
   if (!whole.starts_with(root_ + "/")) return {};
   return whole.substr(root_.size() + 1);
+}
+
+std::string WorkFolder::Shown(const std::string& path) const {
+  return here_.empty() ? path : std::filesystem::path(path).lexically_relative(here_).string();
 }
 
 std::string AddressOfWorkFolderHere() {

@@ -48,6 +48,10 @@ class WorkFolder {
   /// outside.
   [[nodiscard]] std::string PathOf(const std::string& name) const;
 
+  /// The name of a file of the folder for a user: as the current directory has it when the object is of
+  /// OpenHere, "../fork.lxz"; its path below the work folder otherwise.
+  [[nodiscard]] std::string Shown(const std::string& path) const;
+
   ~WorkFolder();
   WorkFolder(const WorkFolder&) = delete;
   WorkFolder& operator=(const WorkFolder&) = delete;
@@ -59,6 +63,7 @@ class WorkFolder {
   void SettleAnnouncements();
 
   std::string root_;
+  std::string here_;  // the current directory, below the root; empty for the root
   std::unique_ptr<FileStore> store_;
   int lock_ = -1;
 };
