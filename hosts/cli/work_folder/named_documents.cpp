@@ -68,6 +68,11 @@ void KeepNewest(Host& host, WorkFolder& folder, const std::string& name, const F
   static_cast<void>(VtDirectManager::GetStatus(newest->c_str(), document.version, unused, nullptr));
   const FetchResult result = RecogniseFile(folder, {file.path, FileState::Both, true, file, document});
   if (result.end == FetchResult::End::Known) return;
+  if (result.failure) {
+    host.output().Warning(result.failure->Text() + "; \"vtdirect pull\" finds out whether " + name +
+                          " is that version");
+    return;
+  }
   host.output().Note(name + " does not have the content of that version; \"vtdirect pull\" fetches it");
 }
 
