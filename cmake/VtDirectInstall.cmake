@@ -65,12 +65,19 @@ if(TARGET vantry-sim)
           COMPONENT simulator)
   install(FILES ${PROJECT_SOURCE_DIR}/simulator/vantry-sim.bash-completion
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT simulator RENAME vantry-sim)
-  install(FILES ${PROJECT_SOURCE_DIR}/simulator/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vantry-sim
+  # In a folder of its own, where no page of the library is.
+  file(READ ${PROJECT_SOURCE_DIR}/simulator/README.md simulator_page)
+  string(REPLACE "[SECURITY.md](../SECURITY.md)" "`SECURITY.md` of the sources" simulator_page "${simulator_page}")
+  file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/simulator_page/README.md CONTENT "${simulator_page}" @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/simulator_page/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/vantry-sim
           COMPONENT simulator)
 endif()
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
-        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
 # README and the pages link to each other by where they are in the sources.
+foreach(page IN ITEMS LICENSE README.md CHANGELOG.md CONTRIBUTING.md SECURITY.md)
+  install(FILES ${PROJECT_SOURCE_DIR}/${page} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+endforeach()
+install(FILES ${PROJECT_SOURCE_DIR}/simulator/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/simulator
+        COMPONENT development)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
         COMPONENT development)
 

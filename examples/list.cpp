@@ -35,8 +35,7 @@ int main(int count, char** arguments) {
     std::cerr << arguments[2] << " is no directory, or could not be reached\n";
     return 1;
   }
-  const auto flags =
-      static_cast<ReadDirFlags>(ReadDirFiles | ReadDirFolders | ReadDirDetails | ReadDirVersions);
+  const ReadDirFlags flags = ReadDirFiles | ReadDirFolders | ReadDirDetails | ReadDirVersions;
   if (!ReadDir(directory, PrintEntry, nullptr, flags)) {
     std::cerr << "the listing is not complete\n";
     return 1;

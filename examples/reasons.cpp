@@ -13,10 +13,12 @@ namespace {
 using namespace VtDirectManager;
 
 // What a user can do about it. A program decides by the kind; texts of servers are for people.
-std::string Advice(FailureKind kind) {
-  switch (kind) {
+std::string Advice(const Failure& cause) {
+  switch (cause.kind) {
     case FailureKind::NotFound:
-      return "there is no such document";
+      // What is not found is told by the step: an address can name a server that is not in the list.
+      return cause.step == "find the server" ? "the address names no listed server"
+                                             : "there is no such document";
     case FailureKind::CredentialsWanted:
       return "log in with another name or password";
     case FailureKind::Unreachable:
@@ -37,7 +39,7 @@ void Explain(const Outcome& outcome) {
   if (!cause->url.empty()) std::cout << "  at " << cause->url << '\n';
   // Nothing is sent twice by itself: after a write whose answer was lost, ask for the state of things.
   if (outcome.MayHaveHappened()) std::cout << "  it may have been carried out all the same\n";
-  const std::string advice = Advice(cause->kind);
+  const std::string advice = Advice(*cause);
   if (!advice.empty()) std::cout << "  " << advice << '\n';
 }
 

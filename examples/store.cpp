@@ -25,6 +25,11 @@ std::optional<SourceLinks> ReadLinks(const std::string& uid) {
   return links;
 }
 
+// A folder of the path that is not there is passed over by a server: the document would be made in a folder above it.
+bool FolderExists(const std::string& path) {
+  return FileOrFolderExists(path.substr(0, path.rfind('/') + 1).c_str());
+}
+
 // Gives the UID of what was stored, or the empty text.
 std::string StoreFile(const std::string& address, const char* file, const SourceLinks& links) {
   std::string stored;
@@ -54,6 +59,10 @@ int main(int count, char** arguments) {
 
   // A path never overwrites: it names a new document. What exists is iterated by its UID.
   const std::string existing = FileExists(arguments[2]) ? GetUID(arguments[2]) : std::string();
+  if (existing.empty() && !FolderExists(arguments[2])) {
+    std::cerr << "there is no such folder; nothing was stored\n";
+    return 1;
+  }
   // An iteration has the links that it is told of and no others, so it is told of those that the document has.
   const std::optional<SourceLinks> links = existing.empty() ? SourceLinks() : ReadLinks(existing);
   if (!links) {

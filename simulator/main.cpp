@@ -43,7 +43,8 @@ int Serve(vantry_sim::Options options) {
   vantry_sim::Simulator simulator(std::move(options));
   vantry_sim::ServerGroup servers(simulator, log, vantry_sim::LimitsFor(simulator.options().maxConnections));
   if (const int refused = servers.Bind(); refused >= 0) {
-    std::fprintf(stderr, "vantry-sim: cannot listen on %s port %d\n", bindAddress.c_str(), refused);
+    const char* const advice = refused == 0 ? "" : "; if another program has it, 0 chooses a free one";
+    std::fprintf(stderr, "vantry-sim: cannot listen on %s port %d%s\n", bindAddress.c_str(), refused, advice);
     return exitFailed;
   }
   // Scripts wait for this line, the only one on standard output.

@@ -270,6 +270,11 @@ std::optional<CommandLine> Parse(CLI::App& app, int argc, const char* const* arg
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
     return Printed(app.help(), 0);
+  } catch (const CLI::ExtrasError&) {
+    // In their order, which the parser's own text turns round.
+    std::string words;
+    for (const std::string& word : app.remaining(true)) words += " " + word;
+    return Printed("vantry-sim: not expected:" + words + "; see --help\n", 2);
   } catch (const CLI::ParseError& error) {
     return Printed(std::string("vantry-sim: ") + error.what() + "\n", 2);
   }

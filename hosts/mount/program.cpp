@@ -1,5 +1,6 @@
 #include "hosts/mount/program.h"
 
+#include <sys/xattr.h>
 #include <unistd.h>
 #include <vtdirect/outcome.h>
 #include <vtdirect/platform/http_settings.h>
@@ -167,9 +168,18 @@ struct Parts {
   return Serve(host, options, parts, background);
 }
 
+// A second mount there would hide the first one, and each would store what the other has no idea of.
+[[nodiscard]] std::optional<Failure> RequireUnmounted(const std::string& directory) {
+  if (getxattr(directory.c_str(), "user.vantry.mount", nullptr, 0) < 0) return std::nullopt;
+  return Failure{ExitCode::Failure, directory + " is a mount of vtdirect already, or lies in one"};
+}
+
 [[nodiscard]] int Start(const vtdirect_cli::CommandLine& line, vtdirect_cli::Output& output) {
   MountOptions options;
   if (const auto failure = ReadMountOptions(line.arguments, options)) {
+    return static_cast<int>(output.Fail(*failure));
+  }
+  if (const auto failure = RequireUnmounted(options.settings.directory)) {
     return static_cast<int>(output.Fail(*failure));
   }
   std::optional<Background> background;

@@ -27,6 +27,8 @@ adapt_page() {
     /^```mermaid$/ {diagram = 1}
     diagram {
       if (/^```$/) diagram = 0
+      # The boxes of a chart are told as a list, from top to bottom.
+      if (match($0, /\["[^"]*"\]/)) print "- " substr($0, RSTART + 2, RLENGTH - 4)
       next
     }
     /^```/ {code = !code}

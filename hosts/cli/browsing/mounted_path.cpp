@@ -2,7 +2,10 @@
 
 #include <sys/xattr.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
+#include <string_view>
 
 #include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/files/escaped_name.h"
@@ -12,6 +15,7 @@ namespace {
 
 constexpr const char* addressAttribute = "user.vantry.address";
 constexpr const char* mountAttribute = "user.vantry.mount";
+constexpr const char* askedAnewAttribute = "user.vantry.asked_anew";
 constexpr std::size_t longestAddress = 65'536;
 
 // Empty for what lies in no mount, with the error number in errno. A copy by "cp -a" has the address too, and not what
@@ -55,6 +59,19 @@ Arguments WithMountedAddresses(const CommandRow& command, Arguments arguments) {
     arguments.Set(operand.name, std::move(texts));
   }
   return arguments;
+}
+
+void AskMountsAnew(const CommandRow& command, const Arguments& arguments) {
+  static constexpr std::string_view changing[] = {"checkout", "checkin", "put", "undo"};
+  if (std::find(std::begin(changing), std::end(changing), std::string_view(command.name)) ==
+      std::end(changing))
+    return;
+  for (const OperandRow& operand : command.operands) {
+    if (!TakesAddress(operand) || !arguments.Has(operand.name)) continue;
+    for (const std::string& text : arguments.All(operand.name)) {
+      if (AddressOfMounted(text) != text) getxattr(text.c_str(), askedAnewAttribute, nullptr, 0);
+    }
+  }
 }
 
 }  // namespace vtdirect_cli

@@ -19,4 +19,9 @@ namespace vtdirect_cli {
 /// Operands that are local files or directories stay.
 [[nodiscard]] Arguments WithMountedAddresses(const CommandRow& command, Arguments arguments);
 
+/// After a command that has changed documents: lets the mounts in which these local paths lie ask the server for them
+/// anew, and waits for that, so that a look at such a file shows what the command has done.
+/// @param arguments  as they were typed, with the local paths
+void AskMountsAnew(const CommandRow& command, const Arguments& arguments);
+
 }  // namespace vtdirect_cli

@@ -75,7 +75,7 @@ ExitCode RunClone(Host& host, const Arguments& arguments) {
   // A directory is made only for a folder that is there.
   if (!tree.Knows("")) return host.output().Fail(DiagnoseDirectory(host, address, 0));
   if (IsOfNothing(tree)) return TellFailures(host, tree);
-  if (IsDryRun(arguments)) return TellPull(host, {}, tree);
+  if (IsDryRun(arguments)) return TellPull(host, nullptr, tree);
   if (const auto failure = MakeDirectory(directory)) return host.output().Fail(*failure);
   const auto created = WorkFolder::Create(directory, address);
   if (!created) return host.output().Fail(created.failure());

@@ -23,8 +23,8 @@ namespace {
   return sorted;
 }
 
-void Show(Host& host, const std::string& action, const FolderFile& file) {
-  host.output().Row({{"action", action}, {"version", file.version}, {"file", file.path}},
+void Show(Host& host, const WorkFolder& folder, const std::string& action, const FolderFile& file) {
+  host.output().Row({{"action", action}, {"version", file.version}, {"file", folder.Shown(file.path)}},
                     {{"action", action},
                      {"file", file.path},
                      {"path", file.address},
@@ -38,16 +38,16 @@ void Show(Host& host, const std::string& action, const FolderFile& file) {
 [[nodiscard]] ExitCode CommitOverNewer(Host& host, WorkFolder& folder, const Comparison& file) {
   const FetchResult known = RecogniseFile(folder, file);
   if (known.end == FetchResult::End::Known) {
-    Show(host, "known", known.file);
+    Show(host, folder, "known", known.file);
     return ExitCode::Ok;
   }
   if (known.failure) return host.output().Fail(*known.failure);
-  return host.output().Fail(ConflictOf(file.path, file.file->version, file.document->version));
+  return host.output().Fail(ConflictOf(folder.Shown(file.path), file.file->version, file.document->version));
 }
 
 void ShowWouldCommit(Host& host, const WorkFolder& folder, FolderFile file) {
   file.size = FactsOf(folder.OnDisk(file.path)).size;
-  Show(host, "would-commit", file);
+  Show(host, folder, "would-commit", file);
 }
 
 [[nodiscard]] ExitCode CommitOne(Host& host, WorkFolder& folder, const Comparison& file, bool dryRun) {
@@ -59,7 +59,7 @@ void ShowWouldCommit(Host& host, const WorkFolder& folder, FolderFile file) {
         return ExitCode::Ok;
       }
       const SendResult result = SendFile(host, folder, file);
-      if (result.sent) Show(host, "committed", result.file);
+      if (result.sent) Show(host, folder, "committed", result.file);
       if (result.sent) return ExitCode::Ok;
       // What a signal leaves has been told with it.
       if (result.failure->code == ExitCode::Interrupted) return ExitCode::Interrupted;
@@ -68,18 +68,22 @@ void ShowWouldCommit(Host& host, const WorkFolder& folder, FolderFile file) {
     case FileState::Both:
       return CommitOverNewer(host, folder, file);
     case FileState::Gone:
-      return host.output().Fail(
-          {ExitCode::NotFound, Printable(file.path) + " is not on the server any more; nothing was sent"});
+      return host.output().Fail({ExitCode::NotFound, Printable(folder.Shown(file.path)) +
+                                                         " is not on the server any more; nothing was sent"});
     default:
       break;
   }
   if (file.isModified) {
     return host.output().Fail(
-        {ExitCode::Incomplete,
-         Printable(file.path) + " was not sent: the server could not be asked for its newest version"});
+        {ExitCode::Incomplete, Printable(folder.Shown(file.path)) +
+                                   " was not sent: the server could not be asked for its newest version"});
   }
-  const bool isHere = file.state != FileState::Missing;
-  host.output().Note(file.path + (isHere ? " is not changed, and not sent" : " is not here, and not sent"));
+  if (file.state == FileState::Missing) {
+    return host.output().Fail({ExitCode::LocalFile,
+                               Printable(folder.Shown(file.path)) + " is not here; nothing of it was sent",
+                               "vtdirect pull brings it back"});
+  }
+  host.output().Note(folder.Shown(file.path) + " is not changed, and not sent");
   return ExitCode::Ok;
 }
 

@@ -3,6 +3,7 @@
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/program/host.h"
 #include "hosts/cli/program/interruption.h"
+#include "hosts/cli/texts/progress_line.h"
 #include "hosts/cli/work_folder/difference.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/work_files.h"
@@ -11,19 +12,21 @@ namespace vtdirect_cli {
 namespace {
 
 [[nodiscard]] ExitCode DiffOne(Host& host, const WorkFolder& folder, const FolderFile& file) {
+  const std::string name = folder.Shown(file.path);
   const LocalState state = StateByBytes(folder.OnDisk(file.path), file);
   const bool differs = state != LocalState::Same;
   host.output().JsonOnly({{"file", file.path}, {"version", file.version}, {"differs", differs}});
+  if (!differs && TerminalWidth() != 0) host.output().Note(name + " does not differ");
   if (!differs || host.output().json()) return ExitCode::Ok;
   if (state == LocalState::Missing) {
-    return host.output().Fail({ExitCode::LocalFile, file.path + " is not here; vtdirect revert fetches it"});
+    return host.output().Fail({ExitCode::LocalFile, name + " is not here; vtdirect revert fetches it"});
   }
   const Arrival old =
       FetchVersion(folder, host.workDirectory(), {file.path, file.address, file.uid, file.version});
   if (old.failure) return host.output().Fail(*old.failure);
   static_cast<void>(host.output().Flush());
-  const auto failure = ShowDifference({old.pending->path(), file.path + " (version " + file.version + ")"},
-                                      {folder.OnDisk(file.path), file.path});
+  const auto failure = ShowDifference({old.pending->path(), name + " (version " + file.version + ")"},
+                                      {folder.OnDisk(file.path), name});
   return failure ? host.output().Fail(*failure) : ExitCode::Ok;
 }
 
@@ -35,7 +38,9 @@ namespace {
   if (!local) return host.output().Fail(local.failure());
   ForgetReasons();
   ExitCode worst = ExitCode::Ok;
-  for (const FolderFile& file : ChangedFiles(*local)) {
+  const std::vector<FolderFile> changed = ChangedFiles(*local);
+  if (changed.empty() && TerminalWidth() != 0) host.output().Note("nothing differs");
+  for (const FolderFile& file : changed) {
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
     worst = Worse(worst, work(**opened, file));
   }

@@ -164,7 +164,7 @@ ExitCode RunUnmount(Host& host, const Arguments& arguments) {
       {.name = "cache",
        .value = "DIR",
        .completion = Completion::Directories,
-       .help = "Where contents are kept; ~/.cache/vtdirect."},
+       .help = "Where contents are kept; $XDG_CACHE_HOME/vtdirect or ~/.cache/vtdirect unless given."},
       {.name = "cache-size",
        .value = "MIB",
        .help = "How much the kept contents may take, in mebibytes; 4096 unless given."},
@@ -195,7 +195,8 @@ CommandRow MountCommand() {
           "Show a server as a directory",
           "Mounts the directory ADDRESS of a server, such as //plm/, at DIR, an empty directory. Every "
           "program then sees contexts, folders, workspaces and documents as directories and files, which it "
-          "can read and not change. Returns when the tree is there, unless --foreground is given.\n\n"
+          "can read, and with --write change. Returns when the tree is there, unless --foreground is "
+          "given.\n\n"
           "Names are plain. One that a file can't have, as with a \"/\", is shown escaped as in a path. "
           "Beside the documents is a hidden directory .versions, with a directory for each document that "
           "holds its versions. Extended attributes tell the rest: user.vantry.uid, .version, .number, .name, "

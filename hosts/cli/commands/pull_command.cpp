@@ -19,10 +19,7 @@ ExitCode RunPull(Host& host, const Arguments& arguments) {
   if (!kept) return host.output().Fail(kept.failure());
   ForgetReasons();
   const RemoteTree tree = ReadRemoteTree(folder.store().server(), {"", folder.address()}, *effort, {}, *kept);
-  if (IsDryRun(arguments)) {
-    const auto local = ReadLocalSide(folder);
-    return local ? TellPull(host, *local, tree) : host.output().Fail(local.failure());
-  }
+  if (IsDryRun(arguments)) return TellPull(host, &folder, tree);
   return PullAll(host, folder, tree, *effort);
 }
 

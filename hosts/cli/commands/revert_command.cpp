@@ -36,9 +36,10 @@ struct KeptEdit {
           "cannot replace " + Printable(path) + ": " + std::strerror(error) + "; it is left as it is"};
 }
 
-[[nodiscard]] ExitCode TellRevert(Host& host, const FolderFile& file) {
-  host.output().Row({{"would", std::string("would revert")}, {"version", file.version}, {"file", file.path}},
-                    {{"file", file.path}, {"version", file.version}, {"uid", file.uid}, {"dry_run", true}});
+[[nodiscard]] ExitCode TellRevert(Host& host, const WorkFolder& folder, const FolderFile& file) {
+  host.output().Row(
+      {{"would", std::string("would revert")}, {"version", file.version}, {"file", folder.Shown(file.path)}},
+      {{"file", file.path}, {"version", file.version}, {"uid", file.uid}, {"dry_run", true}});
   return ExitCode::Ok;
 }
 
@@ -47,27 +48,29 @@ struct KeptEdit {
   std::optional<struct stat> before;
   struct stat facts = {};
   if (lstat(place.c_str(), &facts) == 0) before = facts;
-  if (before && !S_ISREG(facts.st_mode)) return host.output().Fail(NotReverted(file.path, EISDIR));
-  if (isDryRun) return TellRevert(host, file);
+  if (before && !S_ISREG(facts.st_mode))
+    return host.output().Fail(NotReverted(folder.Shown(file.path), EISDIR));
+  if (isDryRun) return TellRevert(host, folder, file);
   if (const int error = MakeFoldersFor(folder.root(), file.path); error != 0) {
-    return host.output().Fail(NotReverted(file.path, error));
+    return host.output().Fail(NotReverted(folder.Shown(file.path), error));
   }
   Arrival arrival =
       FetchVersion(folder, folder.incoming(), {file.path, file.address, file.uid, file.version});
   if (arrival.failure) return host.output().Fail(*arrival.failure);
   KeptEdit edit;
   if (before) edit = KeepEdit(place);
-  if (edit.error != 0) return host.output().Fail(NotReverted(file.path, edit.error));
+  if (edit.error != 0) return host.output().Fail(NotReverted(folder.Shown(file.path), edit.error));
   if (const auto failure = PutInPlace(folder, arrival, before)) {
     if (!edit.name.empty()) unlink(edit.name.c_str());
     return host.output().Fail(*failure);
   }
   const std::string kept = edit.name.empty() ? "" : edit.name.substr(folder.root().size() + 1);
-  host.output().Row({{"edit", kept}},
+  const std::string shown = kept.empty() ? "" : folder.Shown(kept);
+  host.output().Row({{"edit", shown}},
                     {{"file", file.path}, {"version", file.version}, {"uid", file.uid}, {"edit", kept}});
   static_cast<void>(host.output().Flush());
-  host.output().Note(file.path + " is version " + file.version + " again" +
-                     (kept.empty() ? "" : "; what it was is in " + kept));
+  host.output().Note(folder.Shown(file.path) + " is version " + file.version + " again" +
+                     (kept.empty() ? "" : "; what it was is in " + shown));
   return ExitCode::Ok;
 }
 
@@ -75,7 +78,7 @@ struct KeptEdit {
   if (StateByBytes(folder.OnDisk(file.path), file) != LocalState::Same) {
     return PutBack(host, folder, file, isDryRun);
   }
-  host.output().Note(file.path + " is not changed, and left as it is");
+  host.output().Note(folder.Shown(file.path) + " is not changed, and left as it is");
   return ExitCode::Ok;
 }
 

@@ -11,6 +11,7 @@
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/failures/retrying.h"
 #include "hosts/cli/program/host.h"
+#include "hosts/cli/texts/progress_line.h"
 #include "hosts/cli/work_folder/parallel.h"
 #include "hosts/cli/work_folder/pulling.h"
 
@@ -102,7 +103,7 @@ class Holders {
   std::vector<Question> asked_;
 };
 
-void Show(Host& host, const Line& line) {
+void Show(Host& host, const WorkFolder& folder, const Line& line) {
   const Comparison& file = line.file;
   const std::string version = file.file ? file.file->version : "";
   const std::string newest = file.document ? file.document->version : "";
@@ -116,7 +117,7 @@ void Show(Host& host, const Line& line) {
                      {"version", version},
                      {"latest_version", newest},
                      {"checkout", line.checkout},
-                     {"file", file.path}},
+                     {"file", folder.Shown(file.path)}},
                     json);
 }
 
@@ -140,9 +141,10 @@ ExitCode RunSt(Host& host, const Arguments& arguments) {
   for (Comparison& comparison : Compare(*local, tree)) lines.push_back({std::move(comparison), {}, {}});
   holders.Settle(lines, effort->threads);
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
-  for (const Line& line : lines) {
-    if (IsToShow(line, arguments.Has("all"))) Show(host, line);
-  }
+  const bool all = arguments.Has("all");
+  std::erase_if(lines, [all](const Line& line) { return !IsToShow(line, all); });
+  for (const Line& line : lines) Show(host, folder, line);
+  if (lines.empty() && tree.failures.empty() && TerminalWidth() != 0) host.output().Note("nothing differs");
   ExitCode worst = ExitCode::Ok;
   for (const Failure& told : tree.failures) worst = Worse(worst, host.output().Fail(told));
   return worst;

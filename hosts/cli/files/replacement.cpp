@@ -6,7 +6,9 @@
 #include <cstring>
 
 #include "hosts/cli/checkouts/kept_checkout.h"
+#include "hosts/cli/checkouts/storing_failure.h"
 #include "hosts/cli/files/fetch_record.h"
+#include "hosts/cli/work_folder/work_folder.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -17,6 +19,13 @@ constexpr const char* nextStep =
 // The administrator may write everything, but that a file is protected says that nobody should.
 [[nodiscard]] bool IsWriteProtected(const Target& target) {
   return (target.before->st_mode & 0222U) == 0 || access(target.path.c_str(), W_OK) != 0;
+}
+
+// A file that comes by another way than a pull would count as changed here.
+[[nodiscard]] Failure RefusalOfWorkFile(const std::string& path) {
+  return {ExitCode::LocalFile, path + " is a file of a work folder, and is not replaced; nothing was fetched",
+          "\"vtdirect pull\" brings it up to date, " + CommandToType("revert", path) +
+              " puts it back as it came, and -o writes to another file"};
 }
 
 }  // namespace
@@ -30,6 +39,7 @@ std::optional<Failure> RefusalOfReplacement(const Target& target, bool force) {
                        "to it (chmod u+w), or give another file with -o"};
   }
   if (force) return std::nullopt;
+  if (IsPlaceOfWorkFile(target.path)) return RefusalOfWorkFile(target.path);
   const auto record = FetchRecords().Find(target.path);
   if (!record) {
     return Failure{ExitCode::LocalFile,

@@ -8,9 +8,9 @@
 
 namespace vtdirect_cli {
 
-/// Why the file at a target must not be replaced: it is write-protected, it was never saved by this program,
-/// or somebody has changed it since. Nothing for a target where no file is, and for one that has the bytes
-/// that are recorded of it (see FetchRecords). Reads the file; makes no request.
+/// Why the file at a target must not be replaced: it is write-protected, it is a file of a work folder, it was never
+/// saved by this program, or somebody has changed it since. Nothing for a target where no file is, and for one that
+/// has the bytes that are recorded of it (see FetchRecords). Reads the file; makes no request.
 /// @param force  the user takes the loss of what is there, which lifts all but the write protection
 [[nodiscard]] std::optional<Failure> RefusalOfReplacement(const Target& target, bool force);
 

@@ -196,7 +196,8 @@ ExitCode FinishBatch(Host& host, const BatchEnd& end, std::size_t all) {
                           (end.notAsked == 1 ? " object was" : " objects were") +
                           " not asked for, since the server can't be used");
   }
-  if (end.failures.empty()) return end.worst;
+  // Of one object it has just been told.
+  if (end.failures.empty() || all < 2) return end.worst;
   host.output().Note(std::to_string(end.failures.size()) + " of " + std::to_string(all) + " failed:");
   for (const Failure& failure : end.failures) host.output().Note("  " + failure.Text());
   return end.worst;

@@ -50,7 +50,8 @@ struct BatchEnd {
 /// when the program ends in the middle of it.
 [[nodiscard]] BatchEnd RunOneByOne(Host& host, const std::vector<BatchTask>& tasks, bool stopOnError);
 
-/// Tells the failures of a command on several objects once more, together, where they are seen.
+/// Tells the failures of a command on several objects once more, together, where they are seen; those of a
+/// command on one object have been told.
 /// @param all  how many objects the command was to work on
 /// @return the exit status of the command, which is that of the worst
 [[nodiscard]] ExitCode FinishBatch(Host& host, const BatchEnd& end, std::size_t all);

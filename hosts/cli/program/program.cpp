@@ -26,6 +26,7 @@
 #include "hosts/cli/program/trace_log.h"
 #include "hosts/cli/texts/generation.h"
 #include "hosts/cli/texts/near_word.h"
+#include "hosts/cli/work_folder/named_documents.h"
 #include "hosts/cli/work_folder/work_folder.h"
 
 namespace vtdirect_cli {
@@ -100,8 +101,11 @@ void BoundTheFolderScan() {
   if (command.requests == Requests::Some && std::strcmp(command.name, "recover") != 0) {
     WarnOfOpenEntries(host, host.ServersOf(command, arguments));
   }
+  if (const auto failure = RefusalOfWorkFiles(command, arguments)) return host.output().Fail(*failure);
   const ExitCode code = RunListing(command, WithAddresses(command, arguments), host);
-  if (code == ExitCode::Ok) host.TellCredentialsAccepted();
+  if (code != ExitCode::Ok) return code;
+  host.TellCredentialsAccepted();
+  KeepCheckedIn(host, command, arguments);
   return code;
 }
 
@@ -184,7 +188,9 @@ int RunProgram(int argc, const char* const* argv) {
   const auto listed = WithListedAddresses(*line.command, line.arguments);
   if (!listed) return static_cast<int>(output.Fail(listed.failure()));
   const Arguments arguments = WithMountedAddresses(*line.command, *listed);
-  return Finish(output, RunGuarded(*line.command, arguments, output));
+  const ExitCode code = RunGuarded(*line.command, arguments, output);
+  if (code == ExitCode::Ok) AskMountsAnew(*line.command, *listed);
+  return Finish(output, code);
 }
 
 }  // namespace vtdirect_cli

@@ -33,6 +33,42 @@ namespace {
   return out;
 }
 
+// What fits on a terminal of 80 columns beside the margin of a page.
+constexpr std::size_t unfilledWidth = 71;
+
+// The column at which an entry of a list continues: below what follows the term, or a little to the right of
+// "TERM: ". 0 for a line that is no entry, as a command, which is to be copied whole.
+[[nodiscard]] std::size_t ContinuationOf(std::string_view line) {
+  const std::size_t term = std::min(line.find_first_not_of(' '), line.size());
+  const std::size_t gap = line.find("  ", term);
+  if (gap != std::string_view::npos) return line.find_first_not_of(' ', gap);
+  return line.find(": ", term) == std::string_view::npos ? 0 : term + 2;
+}
+
+[[nodiscard]] std::string FilledLine(std::string line) {
+  const std::size_t continuation = ContinuationOf(line);
+  if (continuation == 0 || continuation == std::string::npos) return line;
+  std::string out;
+  while (line.size() > unfilledWidth) {
+    const std::size_t blank = line.rfind(' ', unfilledWidth);
+    if (blank == std::string::npos || blank < continuation) break;
+    out += line.substr(0, blank) + "\n";
+    line = std::string(continuation, ' ') + line.substr(blank + 1);
+  }
+  return out + line;
+}
+
+[[nodiscard]] std::string FilledLines(std::string_view text) {
+  std::string out;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    out += FilledLine(std::string(text.substr(0, end)));
+    if (end < text.size()) out += '\n';
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return out;
+}
+
 [[nodiscard]] std::string Paragraphs(std::string_view text) {
   std::string out;
   while (!text.empty()) {
@@ -40,7 +76,7 @@ namespace {
     const std::string_view paragraph = text.substr(0, end);
     text.remove_prefix(std::min(end + 2, text.size()));
     if (paragraph.starts_with("  ")) {
-      out += ".PP\n.nf\n" + Escaped(paragraph) + "\n.fi\n";
+      out += ".PP\n.nf\n" + Escaped(FilledLines(paragraph)) + "\n.fi\n";
     } else {
       out += ".PP\n" + Escaped(paragraph) + "\n";
     }

@@ -123,6 +123,7 @@ std::span<const SectionRow> Sections() {
        "  VTDIRECT_CONFIG: the configuration file, for when --config isn't given\n"
        "  XDG_CONFIG_HOME, HOME: where the configuration file and the netrc file are looked for\n"
        "  XDG_STATE_HOME, HOME: where checkouts and edits are kept, see checkouts and edit\n"
+       "  XDG_CACHE_HOME, HOME: where a mount keeps contents, see mount\n"
        "  NO_COLOR: any text keeps colours from a terminal; so does TERM=dumb\n"
        "  VISUAL, EDITOR: see edit\n"
        "  BROWSER: see open\n"

@@ -38,14 +38,15 @@ using End = FetchResult::End;
   struct stat facts = {};
   if (lstat(place.c_str(), &facts) != 0) {
     if (errno == ENOENT) return std::nullopt;
-    return Failed(CannotWrite(wanted.path, errno));
+    return Failed(CannotWrite(folder.Shown(wanted.path), errno));
   }
-  if (!S_ISREG(facts.st_mode)) return Left(wanted.path, "is no file here; it is left as it is");
+  if (!S_ISREG(facts.st_mode)) return Left(folder.Shown(wanted.path), "is no file here; it is left as it is");
   if (!wanted.file || !HasBytesOf(place, FactsOf(place), *wanted.file)) {
-    return Left(wanted.path, "was changed here; it is left as it is");
+    return Left(folder.Shown(wanted.path), "was changed here; it is left as it is");
   }
   if ((facts.st_mode & 0222U) == 0 || access(place.c_str(), W_OK) != 0) {
-    return Left(wanted.path, "is write-protected; it is left as it is", "chmod u+w lets it be replaced");
+    return Left(folder.Shown(wanted.path), "is write-protected; it is left as it is",
+                "chmod u+w lets it be replaced");
   }
   expected = facts;
   return std::nullopt;
@@ -63,7 +64,7 @@ using End = FetchResult::End;
   std::optional<struct stat> expected;
   if (auto stays = WhyItStays(folder, wanted, expected)) return *stays;
   if (const int error = MakeFoldersFor(folder.root(), wanted.path); error != 0) {
-    return Failed(CannotWrite(wanted.path, error));
+    return Failed(CannotWrite(folder.Shown(wanted.path), error));
   }
   Arrival arrival = FetchVersion(folder, folder.incoming(), *wanted.document, progress);
   if (arrival.hasNoContent) return {End::Empty, std::nullopt, {}};
@@ -79,7 +80,7 @@ Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, con
   Arrival arrival;
   arrival.pending = std::make_unique<DurableFile>(folder.OnDisk(document.path), directory);
   if (const int error = arrival.pending->error(); error != 0) {
-    arrival.failure = CannotWrite(document.path, error);
+    arrival.failure = CannotWrite(folder.Shown(document.path), error);
     return arrival;
   }
   const VtDirectManager::Outcome outcome;
@@ -92,17 +93,17 @@ Arrival FetchVersion(const WorkFolder& folder, const std::string& directory, con
   std::string uid;
   const std::string& local = arrival.pending->path();
   if (!VtDirectManager::GetFile(document.uid.c_str(), local.c_str(), uid, options)) {
-    arrival.failure = WhyFailed(outcome, "cannot fetch " + Printable(document.path));
+    arrival.failure = WhyFailed(outcome, "cannot fetch " + Printable(folder.Shown(document.path)));
     arrival.hasNoContent =
         arrival.failure->code == ExitCode::NotFound && VtDirectManager::ShouldCreate(document.uid.c_str());
     if (const int full = Interrupted() ? 0 : ProbeWritable(local); full != 0) {
-      arrival.failure = CannotWrite(document.path, full);
+      arrival.failure = CannotWrite(folder.Shown(document.path), full);
     }
     return arrival;
   }
   const auto measured = Measure(local);
   if (!measured) {
-    arrival.failure = CannotWrite(document.path, EIO);
+    arrival.failure = CannotWrite(folder.Shown(document.path), EIO);
     return arrival;
   }
   arrival.file = {document.path,  document.address, document.uid,    document.version,
@@ -119,7 +120,7 @@ std::optional<Failure> PutInPlace(WorkFolder& folder, Arrival& arrival,
                                                 DurableFile::Condition::AsBefore, before);
       error != 0) {
     static_cast<void>(folder.store().Withdraw(arrival.file.path));
-    return NotPlaced(arrival.file.path, error);
+    return NotPlaced(folder.Shown(arrival.file.path), error);
   }
   static_cast<void>(folder.store().Keep(arrival.file));
   return std::nullopt;
@@ -131,7 +132,7 @@ FetchResult RecogniseFile(WorkFolder& folder, const Comparison& wanted, const Fe
   if (facts.kind != LocalFacts::Kind::File) return {End::Left, std::nullopt, {}};
   const VtDirectManager::Outcome outcome;
   const auto size = VtDirectManager::GetContentSize(wanted.document->uid.c_str());
-  if (!size) return Failed(WhyFailed(outcome, "cannot ask for " + Printable(wanted.path)));
+  if (!size) return Failed(WhyFailed(outcome, "cannot ask for " + Printable(folder.Shown(wanted.path))));
   if (*size != facts.size) return {End::Left, std::nullopt, {}};
   Arrival arrival = FetchVersion(folder, folder.incoming(), *wanted.document, progress);
   if (arrival.failure) return Failed(*arrival.failure);
@@ -149,13 +150,13 @@ FetchResult FetchFile(WorkFolder& folder, const Comparison& wanted, const FetchP
   FetchResult result = RecogniseFile(folder, wanted, progress);
   if (result.end != End::Left) return result;
   if (wanted.state == FileState::InTheWay) {
-    return Left(wanted.path,
+    return Left(folder.Shown(wanted.path),
                 "is here and did not come from the server, which has another document of that name; it is "
                 "left as it is",
                 "move it away and pull again");
   }
   return Left(
-      wanted.path,
+      folder.Shown(wanted.path),
       "was changed here, and the server has version " + wanted.document->version + "; it is left as it is",
       "vtdirect diff shows your changes, and vtdirect revert keeps them beside it before you pull again");
 }

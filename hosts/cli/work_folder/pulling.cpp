@@ -35,24 +35,25 @@ using End = FetchResult::End;
 /// Tells of the files, on whatever thread they come to their end.
 class PullReport {
  public:
-  explicit PullReport(Host& host) : host_(host) {}
+  PullReport(Host& host, const WorkFolder& folder) : host_(host), folder_(folder) {}
 
   // Called by one thread at a time.
   void Tell(const Comparison& wanted, const FetchResult& result) {
     if (result.failure) Take(*result.failure);
     if (result.end == End::Empty) {
-      host_.output().Note(wanted.path + " has no content on the server yet");
+      host_.output().Note(folder_.Shown(wanted.path) + " has no content on the server yet");
     }
     if (result.end != End::Fetched && result.end != End::Known) return;
     ++(result.end == End::Fetched ? fetched_ : known_);
     bytes_ += result.end == End::Fetched ? result.file.size : 0;
     const std::string action = result.end == End::Fetched ? "fetched" : "known";
-    host_.output().Row({{"action", action}, {"file", wanted.path}}, {{"action", action},
-                                                                     {"file", wanted.path},
-                                                                     {"path", wanted.document->address},
-                                                                     {"uid", result.file.uid},
-                                                                     {"version", result.file.version},
-                                                                     {"bytes", result.file.size}});
+    host_.output().Row({{"action", action}, {"file", folder_.Shown(wanted.path)}},
+                       {{"action", action},
+                        {"file", wanted.path},
+                        {"path", wanted.document->address},
+                        {"uid", result.file.uid},
+                        {"version", result.file.version},
+                        {"bytes", result.file.size}});
     static_cast<void>(host_.output().FlushRow());
   }
 
@@ -62,15 +63,14 @@ class PullReport {
     Take(failure);
   }
   void TellGone(const std::string& path) {
-    host_.output().Warning(Printable(path) + " is not on the server any more; it is left as it is");
+    host_.output().Warning(Printable(folder_.Shown(path)) +
+                           " is not on the server any more; it is left as it is");
   }
 
   // All failures are told together once more, where they are seen.
-  [[nodiscard]] ExitCode End(std::size_t all) {
-    std::string note =
-        std::to_string(fetched_) + " of " + std::to_string(all) + " files fetched, " + BytesToTell(bytes_);
-    if (known_ > 0) note += "; " + std::to_string(known_) + " had the server's content already";
-    host_.output().Note(note);
+  [[nodiscard]] ExitCode End(std::size_t all, const std::string& ofNothing) {
+    const bool isOfNothing = all + others_ == 0 && !Interrupted();
+    host_.output().Note(isOfNothing ? ofNothing : WhatCame(all));
     if (Interrupted()) {
       Failure failure = InterruptedFailure();
       failure.advice = "the same command goes on where this one ended";
@@ -80,12 +80,20 @@ class PullReport {
   }
 
  private:
+  [[nodiscard]] std::string WhatCame(std::size_t all) const {
+    std::string note =
+        std::to_string(fetched_) + " of " + std::to_string(all) + " files fetched, " + BytesToTell(bytes_);
+    if (known_ > 0) note += "; " + std::to_string(known_) + " had the server's content already";
+    return note;
+  }
+
   // What a signal has broken off is told once, at the end.
   void Take(const Failure& failure) {
     if (failure.code != ExitCode::Interrupted) TellFailures(host_, {failure}, end_);
   }
 
   Host& host_;
+  const WorkFolder& folder_;
   BatchEnd end_;
   std::size_t others_ = 0;
   std::size_t fetched_ = 0;
@@ -96,8 +104,8 @@ class PullReport {
 void MakeFolders(const WorkFolder& folder, const RemoteTree& tree, PullReport& report) {
   for (const std::string& path : tree.folders) {
     if (const int error = MakeFoldersFor(folder.root(), path + "/"); error != 0) {
-      report.Tell({ExitCode::LocalFile,
-                   "cannot make the directory " + Printable(path) + ": " + std::strerror(error)});
+      report.Tell({ExitCode::LocalFile, "cannot make the directory " + Printable(folder.Shown(path)) + ": " +
+                                            std::strerror(error)});
     }
   }
 }
@@ -117,7 +125,7 @@ void FetchAll(Host& host, WorkFolder& folder, const std::vector<Comparison>& wan
   const bool isSeen = !host.output().quiet() && !host.output().json() && TerminalWidth() != 0;
   ManyProgress progress(isSeen ? &std::cerr : nullptr, TerminalWidth(), wanted.size());
   RunInParallel(wanted.size(), effort.threads, [&](std::size_t number) {
-    progress.Begin(number, wanted[number].path);
+    progress.Begin(number, folder.Shown(wanted[number].path));
     const FetchResult result =
         FetchRepeatedly(folder, wanted[number], effort.retries,
                         [&progress, number](std::size_t received) { progress.Advance(number, received); });
@@ -153,7 +161,7 @@ Result<Effort> ReadEffort(const Arguments& arguments) {
 ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, Effort effort) {
   const auto local = ReadLocalSide(folder);
   if (!local) return host.output().Fail(local.failure());
-  PullReport report(host);
+  PullReport report(host, folder);
   for (const Failure& failure : tree.failures) report.Tell(failure);
   MakeFolders(folder, tree, report);
   std::vector<Comparison> wanted;
@@ -167,22 +175,26 @@ ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, Effort 
     }
   }
   FetchAll(host, folder, wanted, effort, report);
-  return report.End(wanted.size());
+  return report.End(wanted.size(), tree.documents.empty() ? "the folder on the server has no documents"
+                                                          : "nothing is newer on the server");
 }
 
-ExitCode TellPull(Host& host, const LocalSide& local, const RemoteTree& tree) {
+ExitCode TellPull(Host& host, WorkFolder* folder, const RemoteTree& tree) {
+  const auto local = folder ? ReadLocalSide(*folder) : LocalSide();
+  if (!local) return host.output().Fail(local.failure());
   ExitCode worst = ExitCode::Ok;
   for (const Failure& failure : tree.failures) worst = Worse(worst, host.output().Fail(failure));
-  for (const Comparison& comparison : Compare(local, tree)) {
+  for (const Comparison& comparison : Compare(*local, tree)) {
     if (!IsToFetch(comparison)) continue;
     const bool isKept = comparison.state == FileState::Both || comparison.state == FileState::InTheWay;
     const std::string action = isKept ? "would-leave" : "would-fetch";
-    host.output().Row({{"action", action}, {"file", comparison.path}},
-                      {{"action", action},
-                       {"file", comparison.path},
-                       {"path", comparison.document->address},
-                       {"uid", comparison.document->uid},
-                       {"version", comparison.document->version}});
+    host.output().Row(
+        {{"action", action}, {"file", folder ? folder->Shown(comparison.path) : comparison.path}},
+        {{"action", action},
+         {"file", comparison.path},
+         {"path", comparison.document->address},
+         {"uid", comparison.document->uid},
+         {"version", comparison.document->version}});
   }
   return worst;
 }

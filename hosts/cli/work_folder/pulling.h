@@ -25,8 +25,8 @@ inline constexpr unsigned mostThreads = 16;
 [[nodiscard]] ExitCode PullAll(Host& host, WorkFolder& folder, const RemoteTree& tree, Effort effort);
 
 /// Tells what PullAll would do with each file, and does nothing. Makes no request.
-/// @param local  empty for a work folder that is not there yet
-[[nodiscard]] ExitCode TellPull(Host& host, const LocalSide& local, const RemoteTree& tree);
+/// @param folder  null for one that is not there yet
+[[nodiscard]] ExitCode TellPull(Host& host, WorkFolder* folder, const RemoteTree& tree);
 
 /// The members of what a pull prints with --json.
 [[nodiscard]] std::vector<MemberRow> PullMembers();

@@ -41,7 +41,7 @@ class Sending {
 
  private:
   [[nodiscard]] std::string Named(const std::string& what) const {
-    return Printable(file_.path) + " " + what;
+    return Printable(folder_.Shown(file_.path)) + " " + what;
   }
 
   [[nodiscard]] std::optional<Failure> FindOrMakeWorkingCopy() {
@@ -82,7 +82,7 @@ class Sending {
     const auto reason = LastReason();
     Undo();
     if (Interrupted()) return InterruptedFailure();
-    if (state) return ConflictOf(file_.path, file_.version, state->newestVersion);
+    if (state) return ConflictOf(folder_.Shown(file_.path), file_.version, state->newestVersion);
     return Failure{ExitCode::CannotConnect,
                    Named("was not sent: whether its document has a newer version could not be found out"),
                    "the same command can be given again", reason};
@@ -203,9 +203,9 @@ SendResult SendFile(Host& host, WorkFolder& folder, const Comparison& changed) {
   return Sending(host, folder, *changed.file).Send();
 }
 
-Failure ConflictOf(const std::string& path, const std::string& base, const std::string& newest) {
+Failure ConflictOf(const std::string& name, const std::string& base, const std::string& newest) {
   return {ExitCode::Failure,
-          "conflict: " + Printable(path) + " was made from version " + base +
+          "conflict: " + Printable(name) + " was made from version " + base +
               ", and the server has version " + newest + "; nothing was sent",
           "vtdirect revert keeps your changes beside it, and vtdirect pull fetches the new version",
           std::nullopt, FailureClass::Conflict};

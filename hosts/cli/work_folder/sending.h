@@ -22,6 +22,7 @@ struct SendResult {
 [[nodiscard]] SendResult SendFile(Host& host, WorkFolder& folder, const Comparison& changed);
 
 /// The failure of a file whose document has another newest version than the one that it was made from.
-[[nodiscard]] Failure ConflictOf(const std::string& path, const std::string& base, const std::string& newest);
+/// @param name  of the file, for a user
+[[nodiscard]] Failure ConflictOf(const std::string& name, const std::string& base, const std::string& newest);
 
 }  // namespace vtdirect_cli

@@ -7,6 +7,18 @@
 #include "hosts/cli/texts/printable.h"
 
 namespace vtdirect_cli {
+namespace {
+
+[[nodiscard]] Failure NotOfServer(const WorkFolder& folder, const std::string& name) {
+  const std::string path = folder.PathOf(name);
+  const bool isHere = !path.empty() && FactsOf(folder.OnDisk(path)).kind == LocalFacts::Kind::File;
+  return {ExitCode::Usage,
+          Printable(name) + " did not come from the server of this work folder; nothing was done",
+          isHere ? "\"vtdirect put " + QuotedForShell(name) + " ADDRESS\" creates a document of it"
+                 : "vtdirect st --all shows the files that did"};
+}
+
+}  // namespace
 
 Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const KeptFiles& kept,
                                            const std::vector<std::string>& names) {
@@ -14,9 +26,7 @@ Result<std::vector<FolderFile>> FilesNamed(const WorkFolder& folder, const KeptF
   for (const std::string& name : names) {
     const auto file = kept.find(folder.PathOf(name));
     if (file == kept.end()) {
-      return Failure{ExitCode::Usage,
-                     Printable(name) + " did not come from the server of this work folder; nothing was done",
-                     "vtdirect st --all shows the files that did"};
+      return NotOfServer(folder, name);
     }
     files.push_back(file->second);
   }

@@ -53,6 +53,17 @@ void EmptyDirectory(const std::string& directory) {
   return {ExitCode::LocalFile, what + ": " + std::strerror(error)};
 }
 
+// What is kept of the server's URL is without "http" or "https".
+[[nodiscard]] Failure NotListed(const FileStore& store) {
+  const std::string nickname = store.address().substr(2, store.address().find('/', 2) - 2);
+  const std::size_t host = store.server().find("://");
+  const std::string kept = host == std::string::npos ? "" : store.server().substr(host + 3);
+  return {ExitCode::ServerNotListed,
+          "the server of this work folder, " + Printable(store.address()) + ", is not in the list of servers",
+          "list it in the configuration file, or by --server " + Printable(nickname) +
+              "=URL; its URL is https://" + Printable(kept) + ", or the same with http"};
+}
+
 }  // namespace
 
 Failure StoreFailure(const std::string& fault) {
@@ -83,9 +94,7 @@ Result<std::unique_ptr<WorkFolder>> WorkFolder::OpenHere() {
   if (!store) return StoreFailure(fault);
   const std::string server = ServerOf(store->address());
   if (server.empty()) {
-    return Failure{
-        ExitCode::ServerNotListed,
-        "the server of this work folder, " + Printable(store->address()) + ", is not in the list of servers"};
+    return NotListed(*store);
   }
   if (server != store->server()) {
     return Failure{ExitCode::Usage,
@@ -93,7 +102,10 @@ Result<std::unique_ptr<WorkFolder>> WorkFolder::OpenHere() {
                        store->address() + " leads to " + server + " now; nothing was done",
                    "list that server by this nickname again"};
   }
-  return std::unique_ptr<WorkFolder>(new WorkFolder(root, std::move(store)));
+  std::unique_ptr<WorkFolder> folder(new WorkFolder(root, std::move(store)));
+  const std::string here = CurrentDirectory();
+  if (here != root) folder->here_ = here.substr(root.size() + 1);
+  return folder;
 }
 
 Result<std::unique_ptr<WorkFolder>> WorkFolder::Create(const std::string& directory,
@@ -168,6 +180,10 @@ std::string WorkFolder::PathOf(const std::string& name) const {
   return whole.substr(root_.size() + 1);
 }
 
+std::string WorkFolder::Shown(const std::string& path) const {
+  return here_.empty() ? path : std::filesystem::path(path).lexically_relative(here_).string();
+}
+
 std::string AddressOfWorkFolderHere() {
   const std::string root = WorkFolder::RootAbove(CurrentDirectory());
   if (root.empty()) return {};
@@ -175,7 +191,7 @@ std::string AddressOfWorkFolderHere() {
   return opening.store ? opening.store->address() : "";
 }
 
-std::optional<std::string> UidOfWorkFile(const std::string& text) {
+std::optional<FolderFile> FindWorkFile(const std::string& text) {
   if (text.starts_with("//") || VtDirectManager::IsManaged(text.c_str())) return std::nullopt;
   if (WorkFolder::RootAbove(CurrentDirectory()).empty()) return std::nullopt;
   const auto opened = WorkFolder::OpenHere();
@@ -185,7 +201,23 @@ std::optional<std::string> UidOfWorkFile(const std::string& text) {
   if (!files) return std::nullopt;
   const auto file = files->find(folder.PathOf(text));
   if (file == files->end()) return std::nullopt;
-  return file->second.uid;
+  return file->second;
+}
+
+std::optional<std::string> UidOfWorkFile(const std::string& text) {
+  const auto file = FindWorkFile(text);
+  return file ? std::optional(file->uid) : std::nullopt;
+}
+
+bool IsPlaceOfWorkFile(const std::string& path) {
+  std::error_code error;
+  const auto whole = std::filesystem::absolute(path, error);
+  const auto directory = std::filesystem::weakly_canonical(whole.parent_path(), error);
+  const std::string root = error ? "" : WorkFolder::RootAbove(directory.string());
+  if (root.empty()) return false;
+  const auto opening = FileStore::Open(DatabaseIn(root));
+  const auto files = opening.store ? opening.store->Files() : std::nullopt;
+  return files && files->contains((directory / whole.filename()).string().substr(root.size() + 1));
 }
 
 }  // namespace vtdirect_cli

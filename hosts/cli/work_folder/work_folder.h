@@ -48,6 +48,10 @@ class WorkFolder {
   /// outside.
   [[nodiscard]] std::string PathOf(const std::string& name) const;
 
+  /// The name of a file of the folder for a user: as the current directory has it when the object is of
+  /// OpenHere, "../fork.lxz"; its path below the work folder otherwise.
+  [[nodiscard]] std::string Shown(const std::string& path) const;
+
   ~WorkFolder();
   WorkFolder(const WorkFolder&) = delete;
   WorkFolder& operator=(const WorkFolder&) = delete;
@@ -59,6 +63,7 @@ class WorkFolder {
   void SettleAnnouncements();
 
   std::string root_;
+  std::string here_;  // the current directory, below the root; empty for the root
   std::unique_ptr<FileStore> store_;
   int lock_ = -1;
 };
@@ -66,9 +71,16 @@ class WorkFolder {
 /// The address that the work folder around the current directory was made from; empty when there is none.
 [[nodiscard]] std::string AddressOfWorkFolderHere();
 
-/// The UID that is kept of a file of the work folder around the current directory, for a text that is no
-/// address and names such a file; nothing for any other text. Makes no request.
+/// What is kept of a file of the work folder around the current directory, for a text that is no address and
+/// names such a file; nothing for any other text. Makes no request.
+[[nodiscard]] std::optional<FolderFile> FindWorkFile(const std::string& text);
+
+/// The UID of the same.
 [[nodiscard]] std::optional<std::string> UidOfWorkFile(const std::string& text);
+
+/// Whether a path of the disk is that of a file that came from the server of the work folder that it lies in. Makes
+/// no request.
+[[nodiscard]] bool IsPlaceOfWorkFile(const std::string& path);
 
 /// The failure of who wants to make a work folder of one.
 [[nodiscard]] Failure AlreadyMade(const std::string& directory);

@@ -32,7 +32,8 @@ printed=$(PLM_PASSWORD=secret "$example/build/fetch" "$url" '//plm/?id=D1001' "$
 cmp "$example/fork.lxz" "$example/data/content/10010"
 
 # Without the password it fails and says so by its exit code.
-if "$example/build/fetch" "$url" '//plm/?id=D1001' "$example/refused.lxz" >/dev/null; then
+if "$example/build/fetch" "$url" '//plm/?id=D1001' "$example/refused.lxz" >/dev/null 2>"$example/said"; then
   echo "the example fetched a document without the password" >&2
   exit 1
 fi
+grep -q ': credentials wanted$' "$example/said"

@@ -83,6 +83,12 @@ check_store() {
   prints_like $'^A\\.2\t'
   fetched "$frame/stem.lxz" "$work/stem.lxz"
   run 1 "$url" "$frame/nothing.lxz" "$work/no such file"
+  # A server would make it in the folder above the one that is not there.
+  run 1 "$url" '//plm/Products/Trekking Bike/Folders/Nix/stem2.lxz' "$work/stem.lxz"
+  says 'there is no such folder'
+  "$programs/list" "$url" '//plm/Products/Trekking Bike/Folders/' >"$work/printed"
+  ! grep -q stem2 "$work/printed" || wrong 'it was stored into the folder above'
+  run 0 "$url" '//plm/Products/Trekking Bike/Folders/stem3.lxz' "$work/stem.lxz"
 }
 
 check_checkout() {
@@ -149,6 +155,9 @@ check_reasons() {
   prints_like ': not found$'
   prints '  HTTP 404'
   prints '  there is no such document'
+  run 1 "$url" nix
+  prints 'find the server: not found'
+  prints '  the address names no listed server'
   # A document without a content.
   run 1 "$url" '//plm/?id=D1011'
   prints_like ': not found$'

@@ -60,6 +60,37 @@ TEST_F(MountBeside, WhatWasCheckedInIsReadAtOnceWhereNothingIsWritten) {
   EXPECT_EQ(Text(Fork()), std::string(9000, 'l'));
 }
 
+TEST_F(MountBeside, ALookAfterACommandByAPathInItShowsWhatTheCommandDid) {
+  Serve();
+  MountForAnHour({"--write"});
+  const auto isAsLongAs = [this](const std::string& text) {
+    struct stat status = {};
+    return stat(Fork().c_str(), &status) == 0 && status.st_size == static_cast<off_t>(text.size());
+  };
+  ASSERT_EQ(Run({"checkout", "-q", Fork()}).status, 0);
+  for (const std::string& text : {std::string(9000, 'l'), std::string("short")}) {
+    EXPECT_FALSE(isAsLongAs(text));
+    WriteFile(Here("put"), text);
+    ASSERT_EQ(Run({"put", "-q", "put", Fork()}).status, 0);
+    EXPECT_TRUE(isAsLongAs(text));
+  }
+  ASSERT_EQ(Run({"undo", "-q", Fork()}).status, 0);
+  EXPECT_TRUE(isAsLongAs(server().Get(forkContent)));
+}
+
+TEST_F(MountBeside, ALookAfterACheckinByAPathInItShowsTheNewIteration) {
+  Serve();
+  MountForAnHour();
+  CheckOut();
+  PutByCommand("short");
+  struct stat status = {};
+  ASSERT_EQ(stat(Fork().c_str(), &status), 0);
+  EXPECT_EQ(status.st_size, static_cast<off_t>(server().Get(forkContent).size()));
+  ASSERT_EQ(Run({"checkin", "-q", Fork()}).status, 0);
+  ASSERT_EQ(stat(Fork().c_str(), &status), 0);
+  EXPECT_EQ(status.st_size, 5);
+}
+
 // The mount knows an older iteration than the one that is checked out.
 TEST_F(MountBeside, ACheckoutOfANewerIterationCanBeWrittenTo) {
   Serve();

@@ -97,6 +97,17 @@ TEST_F(MountTest, ThatWasKilledIsClearedAwayByTheNext) {
   EXPECT_EQ(Shell("rm -rf \"$(dirname ~)\"/temporary/vtdirect-*").status, 0);
 }
 
+TEST_F(MountTest, IsNotMountedOver) {
+  Serve();
+  Mount();
+  const auto again = Run({"mount", "--no-prompt", "//sim/", Tree()});
+  EXPECT_EQ(again.status, 1);
+  EXPECT_THAT(again.err, HasSubstr(Tree() + " is a mount of vtdirect already"));
+  EXPECT_EQ(Run({"unmount", Tree()}).status, 0);
+  EXPECT_FALSE(IsMounted());
+  EXPECT_EQ(WaitForMount().status, 0);
+}
+
 TEST_F(MountTest, IsRefreshedByAHangUp) {
   Serve();
   Mount({"--refresh", "3600"});

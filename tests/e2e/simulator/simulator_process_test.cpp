@@ -201,6 +201,22 @@ TEST_F(SimulatorProcess, SeedOfAFilledDirectoryIsIgnoredWithAWord) {
                       "vantry-sim: cannot listen on 203.0.113.1 port 0\n");
 }
 
+TEST_F(SimulatorProcess, WordsThatItDoesNotKnowAreSaidInTheirOrder) {
+  const auto [code, said] = RunToItsEnd("--data " + (directory_ / "data").string() + " --prot 3", directory_);
+  EXPECT_EQ(code, 2);
+  EXPECT_EQ(said, "vantry-sim: not expected: --prot 3; see --help\n");
+}
+
+TEST_F(SimulatorProcess, APortThatIsTakenIsToldWithTheWayOut) {
+  Process process(Arguments());
+  const std::string port = std::to_string(process.ReadyPort());
+  const auto [code, said] =
+      RunToItsEnd("--port " + port + " --data " + (directory_ / "other").string(), directory_);
+  EXPECT_EQ(code, 1);
+  EXPECT_EQ(said, "vantry-sim: cannot listen on 127.0.0.1 port " + port +
+                      "; if another program has it, 0 chooses a free one\n");
+}
+
 TEST_F(SimulatorProcess, BadUsageEndsWithTwo) {
   Process process({"--seed", "demo"});
   EXPECT_EQ(process.Wait(), 2);

@@ -45,6 +45,18 @@ TEST_F(CommitCommand, SendsTheNamedFilesAlone) {
   const ProcessResult unknown = RunIn("Frame", {"commit", "other"});
   EXPECT_EQ(unknown.status, 2);
   EXPECT_THAT(unknown.err, HasSubstr("other did not come from the server"));
+  EXPECT_THAT(unknown.err, HasSubstr("\"vtdirect put 'other' ADDRESS\" creates a document of it"));
+  EXPECT_THAT(RunIn("Frame", {"commit", "nothing"}).err, HasSubstr("vtdirect st --all shows"));
+}
+
+TEST_F(CommitCommand, FailsForANamedFileThatIsNotHere) {
+  Clone();
+  std::filesystem::remove(Fork());
+  const ProcessResult result = RunIn("Frame", {"commit", "fork.lxz"});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_EQ(result.err,
+            "vtdirect: fork.lxz is not here; nothing of it was sent; vtdirect pull brings it back\n");
+  EXPECT_EQ(RunIn("Frame", {"commit"}).status, 0) << "without a name only changed files are meant";
 }
 
 TEST_F(CommitCommand, SendsNothingOverANewerVersionAndGoesOnWithTheOthers) {

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 
+#include "tests/e2e/cli/terminal_session.h"
 #include "tests/e2e/work_folder/work_folder_fixture.h"
 
 using testing::HasSubstr;
@@ -98,6 +99,35 @@ TEST_F(WorkFiles, StandForTheirDocumentsInOtherCommands) {
   EXPECT_EQ(RunIn("Frame/below", {"uid", "../fork.lxz"}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
   EXPECT_EQ(RunIn("Frame", {"uid", Fork()}).out, server().Uid("D1001") + "&file=/fork.lxz\n");
   EXPECT_EQ(RunIn("Frame", {"uid", "nothing.lxz"}).status, 2);
+}
+
+TEST_F(WorkFiles, AreCalledAsTheCurrentDirectoryHasThem) {
+  Clone();
+  std::filesystem::create_directory(Here("Frame/below"));
+  WriteFile(Fork(), ReadFile(Fork()) + "one more line\n");
+  WriteFile(Here("Frame/below/new"), "new");
+  EXPECT_EQ(St("Frame/below"), "unknown\t\t\t\tnew\nmodified\tB.1\tB.1\t\t../fork.lxz\n");
+  EXPECT_THAT(RunIn("Frame/below", {"st", "--json"}).out, HasSubstr("\"file\":\"fork.lxz\""))
+      << "a program finds the path below the work folder";
+  EXPECT_THAT(RunIn("Frame/below", {"diff"}).out,
+              StartsWith("--- ../fork.lxz (version B.1)\n+++ ../fork.lxz\n@@ "));
+  EXPECT_EQ(RunIn("Frame/below", {"commit", "../fork.lxz"}).out, "committed\tB.2\t../fork.lxz\n");
+  WriteFile(Fork(), "mine");
+  const ProcessResult reverted = RunIn("Frame/below", {"revert", "../fork.lxz"});
+  EXPECT_EQ(reverted.out, "../fork.lxz.edited\n");
+  EXPECT_THAT(reverted.err, HasSubstr("../fork.lxz is version B.2 again"));
+  std::filesystem::remove(Fork());
+  EXPECT_EQ(RunIn("Frame/below", {"pull"}).out, "fetched\t../fork.lxz\n");
+}
+
+TEST_F(WorkFiles, ThatDoNotDifferAreNotedForPeopleAlone) {
+  Clone();
+  for (const char* command : {"st", "diff"}) {
+    EXPECT_EQ(RunIn("Frame", {command}).err, "");
+    TerminalSession session({"--server", "sim=" + server().url(), command}, environment_, Here("Frame"));
+    EXPECT_TRUE(session.Sees("vtdirect: nothing differs\r\n")) << session.screen();
+    EXPECT_EQ(session.Wait(), 0);
+  }
 }
 
 }  // namespace vtdirect_test

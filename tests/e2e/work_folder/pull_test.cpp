@@ -51,13 +51,23 @@ TEST_F(PullCommand, TellsItsFailuresOnceMoreAfterTheSummary) {
   Clone();
   WriteFile(Fork(), "mine");
   StoreElsewhere("theirs");
-  const ProcessResult result = RunIn("Frame", {"pull"});
   const std::string failure =
       "fork.lxz was changed here, and the server has version B.2; it is left as it is; vtdirect diff shows "
-      "your "
-      "changes, and vtdirect revert keeps them beside it before you pull again\n";
-  EXPECT_EQ(result.err, "vtdirect: " + failure + "vtdirect: 0 of 1 files fetched, 0 bytes\n" +
-                            "vtdirect: 1 of 1 failed:\nvtdirect:   " + failure);
+      "your changes, and vtdirect revert keeps them beside it before you pull again\n";
+  const std::string once = "vtdirect: " + failure + "vtdirect: 0 of 1 files fetched, 0 bytes\n";
+  EXPECT_EQ(RunIn("Frame", {"pull"}).err, once) << "of one file, once is enough";
+  const std::string bytes = ReadFile(Here("Frame/frame.lxz"));
+  std::filesystem::remove(Here("Frame/frame.lxz"));
+  EXPECT_THAT(RunIn("Frame", {"pull"}).err,
+              HasSubstr("vtdirect: 1 of 2 files fetched, " + std::to_string(bytes.size()) +
+                        " bytes\nvtdirect: 1 of 2 failed:\nvtdirect:   " + failure));
+}
+
+TEST_F(PullCommand, SaysThatNothingIsNewer) {
+  Clone();
+  const ProcessResult result = RunIn("Frame", {"pull"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.err, "vtdirect: nothing is newer on the server\n");
 }
 
 TEST_F(PullCommand, SeesAModificationThatSizeAndTimeHide) {
@@ -170,7 +180,13 @@ TEST_F(PullCommand, RefusesOutsideOfAWorkFolderAndWithAnotherServer) {
   const ProcessResult other = RunIn("Frame", {"--server", "sim=http://127.0.0.1:9/", "pull"});
   EXPECT_EQ(other.status, 2);
   EXPECT_THAT(other.err, HasSubstr("leads to"));
-  EXPECT_EQ(Process({VTDIRECT_PROGRAM, "st"}, {environment_, Here("Frame"), "", 0}).Wait().status, 9);
+  const ProcessResult unlisted =
+      Process({VTDIRECT_PROGRAM, "st"}, {environment_, Here("Frame"), "", 0}).Wait();
+  EXPECT_EQ(unlisted.status, 9);
+  const std::string host = server().url().substr(std::string("http://").size());
+  EXPECT_THAT(unlisted.err,
+              HasSubstr("; list it in the configuration file, or by --server sim=URL; its URL is https://" +
+                        host + ", or the same with http\n"));
 }
 
 // Without a length, half a content looks whole: only the size in the document's record tells.

@@ -71,6 +71,26 @@ TEST(GeneratedTexts, HoldNoTextThatAFormatterTakesForARequest) {
   }
 }
 
+// A formatter fills no line of a list, so it has to fit into 80 columns beside the margin of 7. Commands stay whole.
+TEST(GeneratedTexts, FitTheListsOfTheManualIntoATerminal) {
+  std::istringstream page(ManualPage());
+  bool isUnfilled = false;
+  bool isInExamples = false;
+  std::size_t lists = 0;
+  for (std::string line; std::getline(page, line);) {
+    if (line.starts_with(".SH")) isInExamples = line == ".SH EXAMPLES";
+    if (line.starts_with(".")) isUnfilled = line == ".nf";
+    if (!isUnfilled || isInExamples || line.starts_with("  vtdirect ")) continue;
+    for (std::size_t at = 0; (at = line.find('\\', at)) != std::string::npos; ++at) {
+      line.erase(at, line.compare(at, 2, "\\(") == 0 ? 3 : 1);
+    }
+    EXPECT_LE(line.size(), 73U) << line;
+    ++lists;
+  }
+  EXPECT_GT(lists, 30U);
+  EXPECT_THAT(ManualPage(), HasSubstr("\n                     asked by https, names"));
+}
+
 TEST(GeneratedTexts, NameEveryGroupAndItsCommands) {
   for (const GroupRow& group : Groups()) {
     EXPECT_THAT(BashCompletion(), HasSubstr("    " + std::string(group.name) + ") words=\""));

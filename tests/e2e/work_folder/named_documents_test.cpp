@@ -1,0 +1,88 @@
+#include <gmock/gmock.h>
+
+#include "tests/e2e/work_folder/work_folder_fixture.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+namespace vtdirect_test {
+
+class NamesOfWorkFiles : public WorkFolderTest {};
+
+TEST_F(NamesOfWorkFiles, DoNotCheckInWhatLeavesAnEditOut) {
+  Clone();
+  ASSERT_EQ(RunIn("Frame", {"checkout", "fork.lxz"}).status, 0);
+  const std::string edited = ChangeUnseen();
+  const ProcessResult result = RunIn("Frame", {"checkin", "fork.lxz"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.err,
+            "vtdirect: fork.lxz was changed here, and checkin does not send that; nothing was checked in; "
+            "\"vtdirect commit 'fork.lxz'\" stores and checks it in\n");
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(RunIn("Frame", {"checkin", "--dry-run", "fork.lxz"}).status, 1);
+  EXPECT_NE(HolderOf("D1001"), "");
+  EXPECT_EQ(RunIn("Frame", {"commit", "fork.lxz"}).out, "committed\tB.2\tfork.lxz\n");
+  EXPECT_EQ(ForkOnServer(), edited);
+}
+
+TEST_F(NamesOfWorkFiles, AreKeptAsTheVersionThatTheyAreAfterACheckin) {
+  Clone();
+  ASSERT_EQ(RunIn("Frame", {"checkout", "fork.lxz"}).status, 0);
+  const ProcessResult result = RunIn("Frame", {"checkin", "fork.lxz"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(St("Frame"), "");
+  EXPECT_THAT(RunIn("Frame", {"st", "--all"}).out, HasSubstr("same\tB.2\tB.2\t\tfork.lxz\n"));
+}
+
+TEST_F(NamesOfWorkFiles, AreNotTakenForAVersionThatHasOtherBytes) {
+  Clone();
+  ASSERT_EQ(RunIn("Frame", {"checkout", "fork.lxz"}).status, 0);
+  WriteFile(Home("other.lxz"), "stored from elsewhere");
+  ASSERT_EQ(Run({"put", Home("other.lxz"), forkPath}).status, 0);
+  const ProcessResult result = RunIn("Frame", {"checkin", "fork.lxz"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("fork.lxz does not have the content of that version"));
+  EXPECT_EQ(St("Frame"), "newer\tB.1\tB.2\t\tfork.lxz\n");
+  EXPECT_EQ(RunIn("Frame", {"pull"}).status, 0);
+  EXPECT_EQ(ReadFile(Fork()), "stored from elsewhere");
+}
+
+TEST_F(NamesOfWorkFiles, AreEditedInTheDirectory) {
+  Clone();
+  environment_["VISUAL"] = "true";
+  const ProcessResult result = RunIn("Frame", {"edit", "fork.lxz"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.err,
+            "vtdirect: fork.lxz is a file of this work folder, and edit works on a copy of its own; nothing "
+            "was done; edit the file here, then \"vtdirect commit 'fork.lxz'\" sends it\n");
+  EXPECT_EQ(RunIn("Frame", {"edit", forkPath}).status, 0) << "the address is no name";
+}
+
+TEST_F(NamesOfWorkFiles, AreNotReplacedByAGet) {
+  Clone();
+  StoreElsewhere("theirs");
+  const std::string before = ReadFile(Fork());
+  for (const std::string& address : {std::string("fork.lxz"), std::string(forkPath)}) {
+    const ProcessResult result = RunIn("Frame", {"get", address});
+    EXPECT_EQ(result.status, 8);
+    EXPECT_THAT(result.err, HasSubstr("fork.lxz is a file of a work folder, and is not replaced; nothing was "
+                                      "fetched; \"vtdirect pull\" brings it up to date, "));
+    EXPECT_THAT(result.err, Not(HasSubstr("--force")));
+  }
+  EXPECT_EQ(ReadFile(Fork()), before);
+  EXPECT_EQ(RunIn("Frame", {"get", forkPath, "-o", "-"}).out, "theirs");
+}
+
+TEST_F(NamesOfWorkFiles, AreNotStoredOverTheirOwnDocumentByAPut) {
+  Clone();
+  WriteFile(Fork(), "mine");
+  const ProcessResult result = RunIn("Frame", {"put", "fork.lxz", "fork.lxz"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(
+      result.err,
+      "vtdirect: fork.lxz is a file of this work folder; nothing was sent; \"vtdirect commit 'fork.lxz'\" "
+      "stores and checks it in\n");
+  EXPECT_EQ(St("Frame"), "modified\tB.1\tB.1\t\tfork.lxz\n");
+}
+
+}  // namespace vtdirect_test
