@@ -83,6 +83,7 @@ void ShowCopy(Host& host, const VtDirectManager::TemporaryCheckout& copy) {
                                                       "; the same command can be given again"});
   }
   for (const auto& copy : *copies) ShowCopy(host, copy);
+  if (copies->empty()) host.output().NoteToWatcher("you have no working copies there");
   return ExitCode::Ok;
 }
 
@@ -100,6 +101,8 @@ ExitCode RunCheckouts(Host& host, const Arguments& arguments) {
     const Record record = RecordOf(kept);
     host.output().Row(Record(record.begin(), record.end() - 1), record);
   }
+  if (contents.checkouts.empty() && contents.fault.empty())
+    host.output().NoteToWatcher("no checkouts are kept; \"vtdirect checkouts --on NICK\" asks a server");
   return ExitCode::Ok;
 }
 
@@ -124,6 +127,7 @@ CommandRow CheckoutsCommand() {
          .help = "Drop the checkout of this UID, without telling the server."},
         {.name = "on",
          .value = "NICK",
+         .completion = Completion::Nicknames,
          .help = "Show your working copies in the temporary workspaces of this server."}},
        Requests::Some,
        RunCheckouts,

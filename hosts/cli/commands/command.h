@@ -13,7 +13,7 @@ namespace vtdirect_cli {
 class Host;
 
 /// What a completion offers for a value.
-enum class Completion { Nothing, Files, Directories };
+enum class Completion { Nothing, Files, Directories, Nicknames };
 
 /// One option of the program or of a command.
 struct OptionRow {
@@ -22,8 +22,12 @@ struct OptionRow {
   const char* value = nullptr;  ///< what stands for its value in the help; null for a flag
   bool repeatable = false;  ///< may be given several times, all of which count; otherwise the last one counts
   Completion completion = Completion::Nothing;
-  const char* help = nullptr;  ///< one sentence
+  const char* help = nullptr;             ///< one sentence
+  std::vector<const char*> choices = {};  ///< all values that there are, when they can be listed
 };
+
+/// The choices of an option as words of a shell, separated by blanks.
+[[nodiscard]] std::string ChoicesOf(const OptionRow& row);
 
 /// How often an operand is given.
 enum class Count { Once, AtMostOnce, AtLeastOnce, AnyNumber };
@@ -89,6 +93,15 @@ struct CommandRow {
 
 /// Every command, in the order of the help text.
 [[nodiscard]] std::span<const CommandRow> Commands();
+
+/// What several commands are for that follow each other.
+struct HeadingRow {
+  const char* heading;
+  const char* first;  ///< name of the first of them
+};
+
+/// Every heading of the list of commands, in its order.
+[[nodiscard]] std::span<const HeadingRow> Headings();
 
 /// The options that were given of these, as words of a command line.
 [[nodiscard]] std::vector<std::string> WordsOf(std::span<const OptionRow> rows, const Arguments& arguments);

@@ -104,20 +104,39 @@ std::span<const MemberRow> Vocabulary() {
 
 std::span<const CommandRow> Commands() {
   static const std::vector<CommandRow> rows = {
-      CheckCommand(),    DoctorCommand(),        LsCommand(),        TreeCommand(),        FindCommand(),
-      InfoCommand(),     StatusCommand(),        VersionsCommand(),  UidCommand(),         PathCommand(),
-      UrlCommand(),      GetCommand(),           CheckoutCommand(),  PutCommand(),         CheckinCommand(),
-      EditCommand(),     UndoCommand(),          VerifyCommand(),    CheckoutsCommand(),   RecoverCommand(),
-      LinksCommand(),    EditUrlCommand(),       BrowseUrlCommand(), OpenCommand(),        CloneCommand(),
-      StCommand(),       PullCommand(),          CommitCommand(),    RevertCommand(),      DiffCommand(),
-      LogCommand(),      MountCommand(),         RefreshCommand(),   UnmountCommand(),     ServersCommand(),
-      LoginCommand(),    SupportBundleCommand(), XliffPutCommand(),  XliffSourceCommand(), XliffListCommand(),
-      XliffGetCommand(), XliffPublishCommand()};
+      LsCommand(),        TreeCommand(),         FindCommand(),     InfoCommand(),        StatusCommand(),
+      VersionsCommand(),  UidCommand(),          PathCommand(),     UrlCommand(),         GetCommand(),
+      CheckoutCommand(),  PutCommand(),          CheckinCommand(),  EditCommand(),        UndoCommand(),
+      VerifyCommand(),    CheckoutsCommand(),    RecoverCommand(),  CloneCommand(),       StCommand(),
+      PullCommand(),      CommitCommand(),       RevertCommand(),   DiffCommand(),        LogCommand(),
+      MountCommand(),     RefreshCommand(),      UnmountCommand(),  LinksCommand(),       OpenCommand(),
+      BrowseUrlCommand(), EditUrlCommand(),      XliffPutCommand(), XliffSourceCommand(), XliffListCommand(),
+      XliffGetCommand(),  XliffPublishCommand(), ServersCommand(),  LoginCommand(),       CheckCommand(),
+      DoctorCommand(),    SupportBundleCommand()};
   return rows;
 }
 
+std::span<const HeadingRow> Headings() {
+  static constexpr HeadingRow rows[] = {
+      {"Look around", "ls"},
+      {"Fetch, check out, store", "get"},
+      {"Work folders", "clone"},
+      {"A server as a directory", "mount"},
+      {"Links and pages", "links"},
+      {"Translations", "xliff put"},
+      {"Servers and logins", "servers"},
+  };
+  return rows;
+}
+
+std::string ChoicesOf(const OptionRow& row) {
+  std::string words;
+  for (const char* choice : row.choices) words += (words.empty() ? "" : " ") + std::string(choice);
+  return words;
+}
+
 CommandRow AsListing(CommandRow row, std::vector<const char*> columns, const char* help) {
-  row.options.push_back({.name = "sort", .value = "COLUMN", .help = help});
+  row.options.push_back({.name = "sort", .value = "COLUMN", .help = help, .choices = columns});
   row.columns = std::move(columns);
   return row;
 }

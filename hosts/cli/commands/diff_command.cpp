@@ -3,7 +3,6 @@
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/program/host.h"
 #include "hosts/cli/program/interruption.h"
-#include "hosts/cli/texts/progress_line.h"
 #include "hosts/cli/work_folder/difference.h"
 #include "hosts/cli/work_folder/fetching.h"
 #include "hosts/cli/work_folder/work_files.h"
@@ -16,7 +15,7 @@ namespace {
   const LocalState state = StateByBytes(folder.OnDisk(file.path), file);
   const bool differs = state != LocalState::Same;
   host.output().JsonOnly({{"file", file.path}, {"version", file.version}, {"differs", differs}});
-  if (!differs && TerminalWidth() != 0) host.output().Note(name + " does not differ");
+  if (!differs) host.output().NoteToWatcher(name + " does not differ");
   if (!differs || host.output().json()) return ExitCode::Ok;
   if (state == LocalState::Missing) {
     return host.output().Fail({ExitCode::LocalFile, name + " is not here; vtdirect revert fetches it"});
@@ -39,7 +38,7 @@ namespace {
   ForgetReasons();
   ExitCode worst = ExitCode::Ok;
   const std::vector<FolderFile> changed = ChangedFiles(*local);
-  if (changed.empty() && TerminalWidth() != 0) host.output().Note("nothing differs");
+  if (changed.empty()) host.output().NoteToWatcher("nothing differs");
   for (const FolderFile& file : changed) {
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
     worst = Worse(worst, work(**opened, file));

@@ -22,7 +22,10 @@ ExitCode RunDoctor(Host& host, const Arguments& arguments) {
   const ExitCode worst = ExamineAll(
       host, arguments, *servers,
       [&host](const std::string& nickname, const ExaminedStep& finding) { Show(host, nickname, finding); });
-  if (worst == ExitCode::Ok) return worst;
+  if (worst == ExitCode::Ok) {
+    host.output().NoteToWatcher("what was looked at works");
+    return worst;
+  }
   return host.output().Fail(
       {worst, "something on the way to a server does not work", "see the lines that say failed"});
 }

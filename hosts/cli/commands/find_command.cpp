@@ -60,6 +60,7 @@ class Search {
     if (broken) return host_.output().Fail(DiagnoseDirectory(host_, path, 0));
     const bool isWhole = !end.failures && !end.folderBound && !end.waitingBound && end.beyondDepth == 0 &&
                          end.notEnterable == 0 && !lacks_;
+    if (isWhole && !hasFound_) host_.output().NoteToWatcher("no document matches");
     if (isWhole) return ExitCode::Ok;
     return host_.output().Fail(
         {ExitCode::Incomplete, lacks_ ? LackText() : "not every folder could be searched"});
@@ -104,6 +105,7 @@ class Search {
     if (listed_.hasDetails) json.insert(json.end(), {{"number", listed_.number}, {"title", listed_.title}});
     if (listed_.hasVersions) json.emplace_back("versions", listed_.versions);
     host_.output().Row({{"path", entry.path}}, json);
+    hasFound_ = true;
     return host_.output().FlushRow();
   }
 
@@ -151,6 +153,7 @@ class Search {
   Listed listed_;
   std::optional<Failure> failure_;
   bool lacks_ = false;
+  bool hasFound_ = false;
 };
 
 ExitCode RunFind(Host& host, const Arguments& arguments) {

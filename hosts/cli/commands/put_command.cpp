@@ -282,7 +282,10 @@ ExitCode RunPut(Host& host, const Arguments& arguments) {
        .help =
            "Store a content of another kind over a document that may be a Fenlet; its viewable, metadata and "
            "links go."},
-      {.name = "kind", .value = "KIND", .help = "fenlet, general or ugc; fenlet unless given."},
+      {.name = "kind",
+       .value = "KIND",
+       .help = "fenlet, general or ugc; fenlet unless given.",
+       .choices = {"fenlet", "general", "ugc"}},
       {.name = "checkin", .help = "Check the working copy in after the store."},
       {.name = "stop-on-error", .help = "Of several files, send nothing further when one has failed."},
   };

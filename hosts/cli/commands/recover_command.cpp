@@ -68,6 +68,7 @@ ExitCode RunRecover(Host& host, const Arguments& arguments) {
     if (!finding.isKnown) ++open;
   }
   open += ShowUnstored(host);
+  if (open == 0 && changes->entries.empty()) host.output().NoteToWatcher("every change is confirmed");
   return open == 0 ? ExitCode::Ok : host.output().Fail(StillOpen(open));
 }
 

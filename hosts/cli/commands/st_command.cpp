@@ -11,7 +11,6 @@
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/failures/retrying.h"
 #include "hosts/cli/program/host.h"
-#include "hosts/cli/texts/progress_line.h"
 #include "hosts/cli/work_folder/parallel.h"
 #include "hosts/cli/work_folder/pulling.h"
 
@@ -144,7 +143,7 @@ ExitCode RunSt(Host& host, const Arguments& arguments) {
   const bool all = arguments.Has("all");
   std::erase_if(lines, [all](const Line& line) { return !IsToShow(line, all); });
   for (const Line& line : lines) Show(host, folder, line);
-  if (lines.empty() && tree.failures.empty() && TerminalWidth() != 0) host.output().Note("nothing differs");
+  if (lines.empty() && tree.failures.empty()) host.output().NoteToWatcher("nothing differs");
   ExitCode worst = ExitCode::Ok;
   for (const Failure& told : tree.failures) worst = Worse(worst, host.output().Fail(told));
   return worst;

@@ -42,7 +42,7 @@ struct Status {
 void Ask(Host& host, const Question& question, Status& status) {
   ForgetReasons();
   status.uid = VtDirectManager::GetUID(question.address.c_str());
-  if (!question.anywhere) status.failure = RefusalOfAnotherPlace(question.address, status.uid);
+  if (!question.anywhere) status.failure = FailureOfAnotherPlace(question.address, status.uid);
   if (status.failure) return;
   // How the UID was found out does not count any more.
   if (!status.uid.empty()) ForgetReasons();

@@ -46,13 +46,13 @@ bool AnswerDemand(const char* url) {
                                       std::to_string(longestSeconds)};
 }
 
-// The server that an operand names: by a nickname, an address, a URL or a file of a work folder; empty for any
+// The server that an operand names: by a nickname, an address, a URL or a name in a work folder; empty for any
 // other text.
 [[nodiscard]] std::string ServerOfOperand(const ServerMap& servers, const std::string& text) {
   const auto listed = servers.find(text);
   if (listed != servers.end()) return listed->second;
   if (OriginOf(text)) return text;
-  return VtDirectManager::GetServerURL(UidOfWorkFile(text).value_or(text).c_str());
+  return VtDirectManager::GetServerURL(AddressOfWorkName(text).c_str());
 }
 
 // As git's helpers are told of a server.

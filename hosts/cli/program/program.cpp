@@ -62,12 +62,17 @@ void BoundTheFolderScan() {
   return Environment("FENLOOM_TRACE");
 }
 
-// In a work folder the name of a file is as good as its document's address.
+// In a work folder the name of a file is as good as its document's address, and where a folder is looked at, that of a
+// directory as the folder's path. What is changed or cloned is never a whole directory by its local name: its files may
+// hold edits, of which such a command knows nothing.
 [[nodiscard]] Arguments WithAddresses(const CommandRow& command, Arguments arguments) {
   for (const OperandRow& operand : command.operands) {
-    if (!(operand.name == ArgumentName("ADDRESS")) || !arguments.Has(operand.name)) continue;
+    const bool isFolder = operand.name == ArgumentName("PATH") && std::strcmp(command.name, "clone") != 0;
+    if (!isFolder && !(operand.name == ArgumentName("ADDRESS"))) continue;
+    if (!arguments.Has(operand.name)) continue;
     std::vector<std::string> texts = arguments.All(operand.name);
-    for (std::string& text : texts) text = UidOfWorkFile(text).value_or(text);
+    for (std::string& text : texts)
+      text = isFolder ? AddressOfWorkName(text) : UidOfWorkFile(text).value_or(text);
     arguments.Set(operand.name, std::move(texts));
   }
   return arguments;

@@ -10,6 +10,7 @@
 
 #include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
+#include "hosts/cli/texts/progress_line.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -26,6 +27,9 @@ class Terminal {
   Terminal& operator=(const Terminal&) = delete;
 
   [[nodiscard]] int descriptor() const { return descriptor_; }
+
+  // A line of progress may stand where the question is to be.
+  void Ask(const std::string& question) const { Write(WipeOfProgress() + question); }
 
   void Write(const std::string& text) const {
     static_cast<void>(!write(descriptor_, text.data(), text.size()));
@@ -88,7 +92,7 @@ class NoStops {
   const Terminal terminal;
   if (terminal.descriptor() < 0) return std::nullopt;
   const NoStops noStops;
-  terminal.Write(question);
+  terminal.Ask(question);
   auto secret = ReadLineWithoutEcho(terminal.descriptor());
   terminal.Write("\n");
   return secret;
@@ -102,12 +106,12 @@ std::optional<PasswordCredentials> PromptForPassword(const std::string& origin, 
   const NoStops noStops;
   PasswordCredentials answer{user, {}};
   if (user.empty()) {
-    terminal.Write("User name for " + Printable(origin) + ": ");
+    terminal.Ask("User name for " + Printable(origin) + ": ");
     const std::optional<std::string> name = ReadLine(terminal.descriptor());
     if (!name || name->empty()) return std::nullopt;
     answer.user = *name;
   }
-  terminal.Write("Password for " + Printable(answer.user) + " at " + Printable(origin) + ": ");
+  terminal.Ask("Password for " + Printable(answer.user) + " at " + Printable(origin) + ": ");
   const std::optional<std::string> password = ReadLineWithoutEcho(terminal.descriptor());
   terminal.Write("\n");
   if (!password) return std::nullopt;

@@ -50,22 +50,28 @@ struct Place {
 }
 
 [[nodiscard]] Failure NotToldFailure(const std::string& address, const std::optional<Reason>& reason) {
-  return WithNothing("changed", {ExitCode::Failure,
-                                 "in which folder the document of the name is that " + address +
-                                     " leads to could not be found out (" + WordsOf(*reason) + ")",
-                                 "the same command can be given again", reason});
+  return {ExitCode::Failure,
+          "in which folder the document of the name is that " + address +
+              " leads to could not be found out (" + WordsOf(*reason) + ")",
+          "the same command can be given again", reason};
 }
 
 }  // namespace
 
-std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const std::string& uid) {
+std::optional<Failure> FailureOfAnotherPlace(const std::string& address, const std::string& uid) {
   const Place place = PlaceOf(address, uid);
   if (place.presence == Presence::There) return std::nullopt;
   if (place.presence == Presence::NotKnown) return NotToldFailure(address, place.reason);
-  return WithNothing("changed", {ExitCode::NotFound,
-                                 "not found: " + address + "; the document of that name, " + uid +
-                                     ", is in " + WithClosingSlash(place.folder),
-                                 "give its own address if it is meant"});
+  return Failure{ExitCode::NotFound,
+                 "not found: " + address + "; the document of that name, " + uid + ", is in " +
+                     WithClosingSlash(place.folder),
+                 "give its own address if it is meant"};
+}
+
+std::optional<Failure> RefusalOfAnotherPlace(const std::string& address, const std::string& uid) {
+  auto failure = FailureOfAnotherPlace(address, uid);
+  if (!failure) return std::nullopt;
+  return WithNothing("changed", std::move(*failure));
 }
 
 OptionRow AnywhereOption() {
@@ -81,7 +87,7 @@ Result<AddressKind> RequirePlacedAddress(Host& host, const Arguments& arguments,
   const std::string uid = VtDirectManager::GetUID(address.c_str());
   // The next question may be answered, and lead to a document whose place nobody has looked at.
   if (uid.empty() && AnswerIsMissing(outcome)) return Diagnose(host, address, Seen::Missing);
-  auto refusal = RefusalOfAnotherPlace(address, uid);
+  auto refusal = FailureOfAnotherPlace(address, uid);
   if (!refusal) return kind;
   if (refusal->code == ExitCode::NotFound) refusal->advice += ", or --anywhere";
   return *refusal;
@@ -90,9 +96,10 @@ Result<AddressKind> RequirePlacedAddress(Host& host, const Arguments& arguments,
 Result<std::string> UidAtPlace(const std::string& path) {
   const VtDirectManager::Outcome outcome;
   const std::string uid = VtDirectManager::GetUID(path.c_str());
-  if (uid.empty() && AnswerIsMissing(outcome)) return NotToldFailure(path, outcome.Cause());
+  if (uid.empty() && AnswerIsMissing(outcome))
+    return WithNothing("changed", NotToldFailure(path, outcome.Cause()));
   const Place place = PlaceOf(path, uid);
-  if (place.presence == Presence::NotKnown) return NotToldFailure(path, place.reason);
+  if (place.presence == Presence::NotKnown) return WithNothing("changed", NotToldFailure(path, place.reason));
   return place.presence == Presence::There ? uid : std::string();
 }
 

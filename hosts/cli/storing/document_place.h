@@ -22,6 +22,10 @@ namespace vtdirect_cli {
 /// for an address by id, and for a document that is in no folder. Makes requests.
 /// @param address  as it was given, with the document's name
 /// @param uid      what it was resolved to; empty for nothing
+[[nodiscard]] std::optional<Failure> FailureOfAnotherPlace(const std::string& address,
+                                                           const std::string& uid);
+
+/// The same for a command that changes something: it says that nothing was changed.
 [[nodiscard]] std::optional<Failure> RefusalOfAnotherPlace(const std::string& address,
                                                            const std::string& uid);
 

@@ -1,5 +1,6 @@
 #include "hosts/cli/storing/put_upload.h"
 
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <vector>
@@ -20,11 +21,16 @@ class CopyCheck {
   [[nodiscard]] bool Passes(std::size_t copied, PutOutcome& outcome) {
     if (done_) return true;
     done_ = true;
+    LookForChanges(outcome);
+    outcome.copyIsShort = copied < Size();
+    return outcome.changedFile.empty() && !outcome.copyIsShort;
+  }
+
+  /// Bytes of all files together, which are fewer than those that are sent.
+  [[nodiscard]] std::uint64_t Size() const {
     std::uint64_t size = 0;
     for (const LocalSource& source : sources_) size += source.size();
-    LookForChanges(outcome);
-    outcome.copyIsShort = copied < size;
-    return outcome.changedFile.empty() && !outcome.copyIsShort;
+    return size;
   }
 
   // Of an upload that failed: whether it ended because the copy could not be made. The library sends none
@@ -67,11 +73,11 @@ struct Watch {
 };
 
 [[nodiscard]] VtDirectManager::ProgressCallback ProgressOf(const Watch& watch, PutOutcome& outcome) {
-  return [&](std::size_t sent, std::size_t total) {
+  return [&, size = static_cast<std::size_t>(watch.check.Size())](std::size_t sent, std::size_t total) {
     outcome.total = total;
     if (!watch.check.Passes(total, outcome) || Interrupted()) return false;
     outcome.sent = sent;
-    watch.line.Show(sent, total, ProgressLine::Clock::now());
+    watch.line.Show(std::min<std::size_t>(sent, size), size, ProgressLine::Clock::now());
     if (outcome.AllSent()) watch.report.TellOfOpenChange(watch.unknownEnd);
     return true;
   };

@@ -33,6 +33,9 @@ namespace {
       action = "compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- \"$word\")";
     if (row.completion == Completion::Directories)
       action = "compopt -o filenames; mapfile -t COMPREPLY < <(compgen -d -- \"$word\")";
+    if (row.completion == Completion::Nicknames) action = "_vtdirect_nicknames \"$1\" \"$word\"";
+    if (!row.choices.empty())
+      action = "mapfile -t COMPREPLY < <(compgen -W \"" + ChoicesOf(row) + "\" -- \"$word\")";
     out += std::string(indent) + pattern + ") " + action + "; return ;;\n";
   }
   return out;
@@ -108,14 +111,26 @@ constexpr const char* remoteFunctions =
     "  while IFS= read -r name; do\n"
     "    [[ \"$name\" == \"$word\"*/ ]] && COMPREPLY+=(\"${name%/}\")\n"
     "  done < <(timeout 0.5 \"$program\" --quiet ls 2> /dev/null < /dev/null)\n"
+    "}\n"
+    "# Whether a file's name stands for a document here.\n"
+    "_vtdirect_in_work_folder() {\n"
+    "  local at=\"$PWD\"\n"
+    "  while [[ -n \"$at\" ]]; do\n"
+    "    [[ -e \"$at/.vtdirect/files.db\" ]] && return 0\n"
+    "    at=\"${at%/*}\"\n"
+    "  done\n"
+    "  return 1\n"
     "}\n";
 
-// What is no option is an operand.
+// What is no option is an operand. What a work folder keeps for itself is no file of a user.
 constexpr const char* operands =
+    "  if [[ \"$operands\" == remote && \"$word\" != /* ]] && _vtdirect_in_work_folder; then\n"
+    "    operands=\"remote files\"\n"
+    "  fi\n"
     "  if [[ \"$word\" != -* && -n \"$operands\" ]]; then\n"
     "    case \"$operands\" in *nick*) _vtdirect_nicknames \"$1\" \"$word\" ;; esac\n"
-    "    case \"$operands\" in *files*) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -- "
-    "\"$word\") ;; esac\n"
+    "    case \"$operands\" in *files*) compopt -o filenames; mapfile -t COMPREPLY < <(compgen -f -X "
+    ".vtdirect -- \"$word\") ;; esac\n"
     "    case \"$operands:$word\" in *remote*:|*remote*:/*|*remote*:[\\'\\\"]*) _vtdirect_remote \"$1\" "
     "\"$word\" ;; esac\n"
     "    [[ -n \"$word\" || ${#COMPREPLY[@]} -gt 0 ]] && return\n"

@@ -19,7 +19,10 @@ namespace {
   std::string line = "complete -c vtdirect" + condition + " -l " + row.name.text();
   if (row.letter != 0) line += std::string(" -s ") + row.letter;
   if (row.value != nullptr) {
-    line += row.completion == Completion::Nothing ? " -x" : " -r -F";
+    const bool isFile = row.completion == Completion::Files || row.completion == Completion::Directories;
+    line += isFile ? " -r -F" : " -x";
+    if (row.completion == Completion::Nicknames) line += " -a '(__vtdirect_nicknames)'";
+    if (!row.choices.empty()) line += " -a " + Quoted(ChoicesOf(row));
   }
   return line + " -d " + Quoted(row.help) + "\n";
 }
@@ -56,6 +59,8 @@ namespace {
     if (kinds.remote) out += "complete -c vtdirect" + condition + " -a '(__vtdirect_remote)'\n";
     if (kinds.nicknames) out += "complete -c vtdirect" + condition + " -a '(__vtdirect_nicknames)'\n";
     if (kinds.files) out += "complete -c vtdirect" + condition + " -F\n";
+    if (kinds.remote && !kinds.files)
+      out += "complete -c vtdirect" + condition + " -n __vtdirect_in_work_folder -F\n";
     for (const OptionRow& option : row.options) out += OptionLine(option, condition);
   }
   return out;
@@ -117,6 +122,15 @@ namespace {
          "function __vtdirect_nicknames\n"
          "  set -l program (commandline -opc)[1]\n"
          "  timeout 0.5 $program --quiet ls 2> /dev/null < /dev/null | string replace -r '/$' ''\n"
+         "end\n"
+         "# Whether a file's name stands for a document here.\n"
+         "function __vtdirect_in_work_folder\n"
+         "  set -l at $PWD\n"
+         "  while test -n \"$at\"\n"
+         "    test -e \"$at/.vtdirect/files.db\"; and return 0\n"
+         "    set at (string replace -r '/[^/]*$' '' -- $at)\n"
+         "  end\n"
+         "  return 1\n"
          "end\n";
 }
 

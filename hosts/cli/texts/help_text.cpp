@@ -64,9 +64,19 @@ constexpr std::size_t termColumns = 28;
   return out;
 }
 
+[[nodiscard]] std::string CommandList() {
+  std::string out;
+  for (const CommandRow& row : Commands()) {
+    for (const HeadingRow& heading : Headings()) {
+      if (row.name == std::string_view(heading.first)) out += std::string("\n") + heading.heading + ":\n";
+    }
+    out += Term(row.name, row.summary);
+  }
+  return out;
+}
+
 [[nodiscard]] std::string ProgramHelp() {
-  std::string out = "Usage: vtdirect [options] COMMAND [options] [operands]\n\nCommands:\n";
-  for (const CommandRow& row : Commands()) out += Term(row.name, row.summary);
+  std::string out = "Usage: vtdirect [options] COMMAND [options] [operands]\n" + CommandList();
   out += "\nOptions, before or after a command:\n" + OptionList(GlobalOptions()) + "\nExit status:\n";
   for (const ExitCodeRow& row : ExitCodes())
     out += Term(std::to_string(static_cast<int>(row.code)), row.meaning);

@@ -10,6 +10,7 @@
 
 #include "hosts/cli/program/interruption.h"
 #include "hosts/cli/texts/printable.h"
+#include "hosts/cli/texts/progress_line.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -192,6 +193,10 @@ void Output::Note(const std::string& text) {
   if (quiet_ || json_ || held_ != nullptr) return;
   ShowHeldRows();
   err_ << "vtdirect: " << Printable(text) << std::endl;
+}
+
+void Output::NoteToWatcher(const std::string& text) {
+  if (TerminalWidth() != 0) Note(text);
 }
 
 void Output::Warning(const std::string& text) {

@@ -83,6 +83,8 @@ class Output {
   void JsonOnly(const Record& record);
   /// Something good to know. Standard error; neither with --quiet nor with --json.
   void Note(const std::string& text);
+  /// Good to know for who looks on, as that a list is empty: a note on a terminal, and nothing elsewhere.
+  void NoteToWatcher(const std::string& text);
   /// Something that went wrong and didn't stop the command. Standard error.
   void Warning(const std::string& text);
   /// Reports why the command failed on standard error, and gives the failure's code.

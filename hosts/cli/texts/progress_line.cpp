@@ -77,6 +77,10 @@ std::string BytesToTell(std::uint64_t bytes) {
   return bytes < few || TerminalWidth() == 0 ? ByteCount(bytes) : SizeForPeople(bytes);
 }
 
+const char* WipeOfProgress() {
+  return isatty(STDERR_FILENO) == 0 ? "" : wipe;
+}
+
 std::size_t TerminalWidth() {
   if (isatty(STDERR_FILENO) == 0) return 0;
   winsize size = {};

@@ -52,6 +52,9 @@ class ProgressLine {
   std::unique_ptr<CleanUp> wipe_;
 };
 
+/// What takes a line of progress away, for who writes to the terminal meanwhile; empty when standard error is none.
+[[nodiscard]] const char* WipeOfProgress();
+
 /// The width of the terminal on standard error; 0 when it is none.
 [[nodiscard]] std::size_t TerminalWidth();
 

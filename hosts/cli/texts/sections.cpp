@@ -19,7 +19,7 @@ std::span<const SectionRow> Sections() {
        "takes "
        "addresses from a file or from standard input.\n\n"
        "In a work folder (see clone) the name of a file stands for the UID of the version that it came "
-       "from.\n\n"
+       "from, and for ls, tree and find that of a directory for its folder.\n\n"
        "A local path below a directory where mount shows a server stands for what it shows there."},
       {"SERVERS",
        "Servers are listed in the configuration file, by variables of the environment, which go before the "

@@ -34,6 +34,8 @@ namespace {
     std::string action = "_message " + QuotedForShell(row.value);
     if (row.completion == Completion::Files) action = "_files";
     if (row.completion == Completion::Directories) action = "_files -/";
+    if (row.completion == Completion::Nicknames) action = "_vtdirect_nicknames";
+    if (!row.choices.empty()) action = "compadd -- " + ChoicesOf(row);
     out += indent + NamesOf(row) + ") " + action + "; return ;;\n";
   }
   return out;
@@ -90,6 +92,15 @@ constexpr const char* functions =
     "    found+=(\"${line%/}\")\n"
     "  done < <(timeout 0.5 \"${(Q)words[1]}\" --quiet ls 2> /dev/null < /dev/null)\n"
     "  compadd -- \"${found[@]}\"\n"
+    "}\n"
+    "# Whether a file's name stands for a document here.\n"
+    "_vtdirect_in_work_folder() {\n"
+    "  local at=\"$PWD\"\n"
+    "  while [[ -n \"$at\" ]]; do\n"
+    "    [[ -e \"$at/.vtdirect/files.db\" ]] && return 0\n"
+    "    at=\"${at%/*}\"\n"
+    "  done\n"
+    "  return 1\n"
     "}\n";
 
 // The command on the line, with its second word where it belongs to a group.
@@ -114,6 +125,7 @@ constexpr const char* offer =
     "  [[ \"$operands\" == *remote* ]] && _vtdirect_remote\n"
     "  [[ \"$operands\" == *nick* ]] && _vtdirect_nicknames\n"
     "  [[ \"$operands\" == *files* ]] && _files\n"
+    "  [[ \"$operands\" == remote && \"$PREFIX\" != /* ]] && _vtdirect_in_work_folder && _files\n"
     "  return 0\n";
 
 }  // namespace

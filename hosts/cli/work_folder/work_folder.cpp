@@ -6,6 +6,7 @@
 #include <unistd.h>
 #include <vtdirect/vt_direct_manager.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -17,7 +18,7 @@
 namespace vtdirect_cli {
 namespace {
 
-constexpr const char* outsideText = "this is no work folder, and lies in none";
+constexpr const char* outsideText = "the current directory is not in a work folder";
 constexpr const char* outsideAdvice = "vtdirect clone makes one of a folder on a server";
 
 [[nodiscard]] std::string DatabaseIn(const std::string& root) {
@@ -51,6 +52,34 @@ void EmptyDirectory(const std::string& directory) {
 
 [[nodiscard]] Failure LocalFailure(const std::string& what, int error) {
   return {ExitCode::LocalFile, what + ": " + std::strerror(error)};
+}
+
+// The path of the server's folder that a directory below the root was made for. The steps of a name on the disk may be
+// other ones than on the server, so they are taken from a file that lies below.
+[[nodiscard]] std::optional<std::string> FolderBehind(FileStore& store, const std::string& path) {
+  if (path.empty()) return store.address();
+  const auto files = store.Files();
+  if (!files) return std::nullopt;
+  const auto below = files->lower_bound(path + "/");
+  if (below == files->end() || !below->first.starts_with(path + "/")) return std::nullopt;
+  std::string address = below->second.address;
+  const auto steps =
+      std::count(below->first.begin() + static_cast<std::ptrdiff_t>(path.size()), below->first.end(), '/');
+  for (auto step = steps; step > 0; --step) address.resize(address.find_last_of('/', address.size() - 2));
+  return address + "/";
+}
+
+// The path on the server for a text that is no address and names a directory of the work folder.
+[[nodiscard]] std::optional<std::string> AddressOfWorkDirectory(const std::string& text) {
+  if (text.empty() || text.starts_with("//") || VtDirectManager::IsManaged(text.c_str())) return std::nullopt;
+  std::error_code error;
+  const std::string whole = std::filesystem::canonical(text, error).string();
+  if (error || !std::filesystem::is_directory(whole, error)) return std::nullopt;
+  const std::string root = WorkFolder::RootAbove(CurrentDirectory());
+  if (root.empty() || (whole != root && !whole.starts_with(root + "/"))) return std::nullopt;
+  const auto opened = WorkFolder::OpenHere();
+  if (!opened) return std::nullopt;
+  return FolderBehind((*opened)->store(), whole == root ? "" : whole.substr(root.size() + 1));
 }
 
 // What is kept of the server's URL is without "http" or "https".
@@ -207,6 +236,12 @@ std::optional<FolderFile> FindWorkFile(const std::string& text) {
 std::optional<std::string> UidOfWorkFile(const std::string& text) {
   const auto file = FindWorkFile(text);
   return file ? std::optional(file->uid) : std::nullopt;
+}
+
+std::string AddressOfWorkName(const std::string& text) {
+  if (const auto uid = UidOfWorkFile(text)) return *uid;
+  const auto folder = AddressOfWorkDirectory(text);
+  return folder ? *folder : text;
 }
 
 bool IsPlaceOfWorkFile(const std::string& path) {

@@ -78,6 +78,11 @@ class WorkFolder {
 /// The UID of the same.
 [[nodiscard]] std::optional<std::string> UidOfWorkFile(const std::string& text);
 
+/// What stands on the server for a name in the work folder around the current directory: the UID of the version that a
+/// file came from, the path of the folder that a directory was made for. Makes no request.
+/// @return the text itself when it is an address, and when it names nothing that came from the server
+[[nodiscard]] std::string AddressOfWorkName(const std::string& text);
+
 /// Whether a path of the disk is that of a file that came from the server of the work folder that it lies in. Makes
 /// no request.
 [[nodiscard]] bool IsPlaceOfWorkFile(const std::string& path);

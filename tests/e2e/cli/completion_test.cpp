@@ -5,6 +5,7 @@
 
 #include "tests/e2e/cli/checkout_fixture.h"
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -31,22 +32,27 @@ class Completion : public CheckoutTest {
   }
 
   // What bash offers for the last word of a line.
-  [[nodiscard]] std::string InBash(const std::string& words, int at) {
-    return Shell("bash", "compopt() { :; }\nsource " CLI_FOLDER "/vtdirect.bash-completion\nCOMP_WORDS=(" +
-                             words + ")\nCOMP_CWORD=" + std::to_string(at) +
-                             "\n_vtdirect vtdirect\nprintf '%s\\n' \"${COMPREPLY[@]}\"\n");
+  [[nodiscard]] std::string InBash(const std::string& words, int at, const std::string& before = {}) {
+    return Shell("bash",
+                 before + "compopt() { :; }\nsource " CLI_FOLDER "/vtdirect.bash-completion\nCOMP_WORDS=(" +
+                     words + ")\nCOMP_CWORD=" + std::to_string(at) +
+                     "\n_vtdirect vtdirect\nprintf '%s\\n' \"${COMPREPLY[@]}\"\n");
   }
 
-  [[nodiscard]] std::string InZsh(const std::string& words, int at, const std::string& prefix) {
+  [[nodiscard]] std::string InZsh(const std::string& words, int at, const std::string& prefix,
+                                  const std::string& before = {}) {
     return Shell("zsh",
-                 "compadd() { while [[ \"$1\" != -- ]]; do shift; done; shift; print -rl -- \"$@\" }\n"
-                 "_describe() { print -rl -- \"${(P@)2}\" }\n_files() { }\n_message() { }\nwords=(" +
+                 before +
+                     "compadd() { while [[ \"$1\" != -- ]]; do shift; done; shift; print -rl -- \"$@\" }\n"
+                     "_describe() { print -rl -- \"${(P@)2}\" }\n_files() { print local files }\n_message() "
+                     "{ }\nwords=(" +
                      words + ")\nCURRENT=" + std::to_string(at) + "\nPREFIX=" + prefix +
                      "\nsource " CLI_FOLDER "/vtdirect.zsh-completion\n");
   }
 
-  [[nodiscard]] std::string InFish(const std::string& line) {
-    return Shell("fish", "source " CLI_FOLDER "/vtdirect.fish-completion; complete -C \"" + line + "\"");
+  [[nodiscard]] std::string InFish(const std::string& line, const std::string& before = {}) {
+    return Shell("fish",
+                 before + "source " CLI_FOLDER "/vtdirect.fish-completion; complete -C \"" + line + "\"");
   }
 };
 
@@ -64,6 +70,26 @@ TEST_F(Completion, OfBashOffersLocalFilesWhereACommandTakesThem) {
   WriteFile(Here("drawing.lxz"), "");
   EXPECT_EQ(InBash("vtdirect put draw", 2), "drawing.lxz\n");
   EXPECT_EQ(InBash("vtdirect get draw", 2), "\n");
+}
+
+TEST_F(Completion, OfBashOffersTheValuesThatThereAre) {
+  EXPECT_EQ(InBash("vtdirect servers --sort ''", 3), "nickname\nurl\n");
+  EXPECT_EQ(InBash("vtdirect put --kind g", 3), "general\n");
+  EXPECT_EQ(InBash("vtdirect checkouts --on p", 3), "plm\n");
+}
+
+// There the name of a file stands for its document.
+TEST_F(Completion, OfBashOffersTheFilesOfAWorkFolder) {
+  ASSERT_EQ(Run({"clone", "//sim/Products/Trekking Bike/Folders/Frame/"}).status, 0);
+  const std::string go = "cd Frame; ";
+  for (const char* command : {"checkout", "commit"}) {
+    EXPECT_EQ(InBash(std::string("vtdirect ") + command + " fo", 2, go), "fork.lxz\n") << command;
+    EXPECT_EQ(InBash(std::string("vtdirect ") + command + " .v", 2, go), "\n") << command;
+  }
+  EXPECT_EQ(InBash("vtdirect info //plm/Products/Trek", 2, go), "//plm/Products/Trekking Bike/\n");
+  EXPECT_THAT(InBash("vtdirect info ''", 2, go), AllOf(HasSubstr("fork.lxz\n"), HasSubstr("//plm/\n")));
+  if (HasShell("zsh")) EXPECT_THAT(InZsh("vtdirect checkout fo", 3, "fo", go), HasSubstr("local files\n"));
+  if (HasShell("fish")) EXPECT_THAT(InFish("vtdirect checkout fo", go), HasSubstr("fork.lxz\n"));
 }
 
 // A name is whatever somebody has called a document.
@@ -93,6 +119,8 @@ TEST_F(Completion, OfZshOffersTheSame) {
   EXPECT_THAT(InZsh("vtdirect xliff ''", 3, "''"), HasSubstr("publish:"));
   EXPECT_THAT(InZsh("vtdirect get --out", 3, "--out"), HasSubstr("--output:"));
   EXPECT_THAT(InZsh("vtdirect doctor pl", 3, "pl"), HasSubstr("plm\n"));
+  EXPECT_EQ(InZsh("vtdirect put --kind g", 4, "g"), "fenlet\ngeneral\nugc\n");
+  EXPECT_THAT(InZsh("vtdirect checkouts --on p", 4, "p"), HasSubstr("plm\n"));
   EXPECT_THAT(InZsh("vtdirect get //", 3, "//"), HasSubstr("//plm/\n"));
   EXPECT_THAT(InZsh("vtdirect get //plm/Products/", 3, "//plm/Products/"),
               HasSubstr("//plm/Products/Trekking Bike/\n"));
@@ -104,6 +132,8 @@ TEST_F(Completion, OfFishOffersTheSame) {
   EXPECT_THAT(InFish("vtdirect xliff "), HasSubstr("publish\t"));
   EXPECT_THAT(InFish("vtdirect get --out"), HasSubstr("--output"));
   EXPECT_THAT(InFish("vtdirect doctor pl"), HasSubstr("plm\n"));
+  EXPECT_THAT(InFish("vtdirect put --kind g"), HasSubstr("general\t"));
+  EXPECT_THAT(InFish("vtdirect checkouts --on p"), HasSubstr("plm"));
   EXPECT_THAT(InFish("vtdirect get //"), HasSubstr("//plm/\n"));
   EXPECT_THAT(InFish("vtdirect get //plm/Products/"), HasSubstr("//plm/Products/Trekking Bike/\n"));
 }

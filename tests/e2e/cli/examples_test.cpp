@@ -61,10 +61,8 @@ class Examples : public CheckoutTest {
   [[nodiscard]] std::vector<std::string> Commands() {
     std::vector<std::string> commands;
     std::istringstream help(Run({"--help"}).out);
-    bool inList = false;
     for (std::string line; std::getline(help, line);) {
-      if (line == "Commands:") inList = true;
-      if (inList && line.empty()) break;
+      if (line.starts_with("Options")) break;
       if (!line.starts_with("  ") || line.starts_with("   ")) continue;
       const std::size_t end = line.find("  ", 2);
       commands.push_back(line.substr(2, end - 2));

@@ -130,4 +130,24 @@ TEST_F(WorkFiles, ThatDoNotDifferAreNotedForPeopleAlone) {
   }
 }
 
+TEST_F(WorkFiles, AreFoundByNobodyAndPeopleAreToldSo) {
+  Serve();
+  const std::vector<std::pair<std::vector<std::string>, std::string>> empty = {
+      {{"find", framePath, "--name", "no such"}, "no document matches"},
+      {{"checkouts"}, "no checkouts are kept; \"vtdirect checkouts --on NICK\" asks a server"},
+      {{"checkouts", "--on", "sim"}, "you have no working copies there"},
+      {{"recover"}, "every change is confirmed"},
+  };
+  for (const auto& [command, note] : empty) {
+    const ProcessResult piped = Run(command);
+    EXPECT_EQ(piped.status, 0) << note;
+    EXPECT_EQ(piped.out + piped.err, "") << note;
+    std::vector<std::string> words = {"--server", "sim=" + server().url()};
+    words.insert(words.end(), command.begin(), command.end());
+    TerminalSession session(words, environment_, Here(""));
+    EXPECT_TRUE(session.Sees("vtdirect: " + note + "\r\n")) << session.screen();
+    EXPECT_EQ(session.Wait(), 0) << note;
+  }
+}
+
 }  // namespace vtdirect_test

@@ -85,4 +85,46 @@ TEST_F(NamesOfWorkFiles, AreNotStoredOverTheirOwnDocumentByAPut) {
   EXPECT_EQ(St("Frame"), "modified\tB.1\tB.1\t\tfork.lxz\n");
 }
 
+/// A directory stands for the folder that it was made for, where a command only looks.
+class NamesOfWorkDirectories : public WorkFolderTest {
+ protected:
+  void CloneBike() {
+    Serve();
+    ASSERT_EQ(Run({"clone", bikePath, "Bike"}).status, 0);
+  }
+};
+
+TEST_F(NamesOfWorkDirectories, AreListed) {
+  CloneBike();
+  const std::string folders = Run({"ls", bikePath}).out;
+  const std::string frame = Run({"ls", framePath}).out;
+  EXPECT_EQ(RunIn("Bike", {"ls", "."}).out, folders);
+  EXPECT_EQ(RunIn("Bike", {"ls", "Frame"}).out, frame);
+  EXPECT_EQ(RunIn("Bike", {"ls", "Frame/"}).out, frame);
+  EXPECT_EQ(RunIn("Bike/Frame", {"ls", "."}).out, frame);
+  EXPECT_EQ(RunIn("Bike/Frame", {"ls", ".."}).out, folders);
+  EXPECT_EQ(RunIn("Bike/Frame", {"ls", Here("Bike/Frame")}).out, frame);
+  EXPECT_EQ(RunIn("Bike", {"tree", "Frame"}).out, Run({"tree", framePath}).out);
+  EXPECT_EQ(RunIn("Bike", {"find", ".", "--name", "fork*"}).out, std::string(forkPath) + "\n");
+  EXPECT_THAT(RunIn("Bike", {"ls", "Frame/fork.lxz"}).err, HasSubstr("is a document"));
+}
+
+TEST_F(NamesOfWorkDirectories, AreNoAddressesWhereSomethingIsChangedOrNothingIsKnown) {
+  CloneBike();
+  WriteFile(Here("Bike/Frame/fork.lxz"), "mine");
+  for (const std::vector<std::string>& words : {std::vector<std::string>{"put", "Frame/fork.lxz", "Frame/"},
+                                                {"checkin", "-r", "Frame"},
+                                                {"undo", "-r", "."},
+                                                {"checkout", "-r", "."},
+                                                {"clone", ".", "copy"}}) {
+    const ProcessResult result = RunIn("Bike", words);
+    EXPECT_EQ(result.status, 2) << words.front() << result.err;
+    EXPECT_THAT(result.err, HasSubstr("is neither a path")) << words.front();
+  }
+  std::filesystem::create_directory(Here("Bike/mine"));
+  EXPECT_EQ(RunIn("Bike", {"ls", "mine"}).status, 2);
+  EXPECT_EQ(RunIn("Bike", {"ls", Here("")}).status, 2) << "above the work folder";
+  EXPECT_EQ(RunIn("Bike", {"ls", ".vtdirect"}).status, 2);
+}
+
 }  // namespace vtdirect_test

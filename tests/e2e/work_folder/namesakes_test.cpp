@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 #include "tests/e2e/cli/meddler.h"
 #include "tests/e2e/work_folder/work_folder_fixture.h"
 
@@ -60,6 +62,18 @@ TEST_F(WorkFolderNamesakes, KeepTheirFilesWhenOneOfThemIsCalledAnotherWay) {
   EXPECT_EQ(ReadFile(Here("Frame/" + secondFile)), "mine");
   EXPECT_THAT(RunWith("Frame", {"log", secondFile}, later).out, testing::StartsWith("A.1\t"));
   EXPECT_EQ(RunWith("Frame", {"commit", "--dry-run"}, later).out, "would-commit\tA.1\t" + secondFile + "\n");
+}
+
+// A name with a dot in front is escaped on the disk.
+TEST_F(WorkFolderNamesakes, AreDirectoriesOfOtherNamesThanTheirFolders) {
+  Serve();
+  const std::vector<Renaming> dotted = {{"\"Frame\"", "\".rame\""}};
+  const ProcessResult clone = RunWith("", {"clone", bikePath, "Bike"}, dotted);
+  ASSERT_EQ(clone.status, 0) << clone.err;
+  ASSERT_TRUE(std::filesystem::exists(Here("Bike/%2erame/fork.lxz")));
+  const ProcessResult result = RunWith("Bike", {"ls", "%2erame"}, dotted);
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.out, Run({"ls", framePath}).out);
 }
 
 }  // namespace vtdirect_test

@@ -175,7 +175,7 @@ TEST_F(PullCommand, RefusesOutsideOfAWorkFolderAndWithAnotherServer) {
   for (const char* command : {"st", "pull", "commit"}) {
     const ProcessResult result = Run({command});
     EXPECT_EQ(result.status, 2);
-    EXPECT_THAT(result.err, HasSubstr("this is no work folder"));
+    EXPECT_THAT(result.err, HasSubstr("the current directory is not in a work folder"));
   }
   const ProcessResult other = RunIn("Frame", {"--server", "sim=http://127.0.0.1:9/", "pull"});
   EXPECT_EQ(other.status, 2);

@@ -42,6 +42,15 @@ TEST(GeneratedTexts, NameEveryCommandAndEveryOption) {
   }
 }
 
+TEST(GeneratedTexts, ListTheCommandsBelowHeadings) {
+  const std::string help = HelpText(nullptr);
+  EXPECT_THAT(help, HasSubstr("operands]\n\nLook around:\n  ls   "));
+  EXPECT_THAT(help, HasSubstr("\n\nWork folders:\n  clone   "));
+  for (const HeadingRow& row : Headings()) {
+    EXPECT_THAT(help, HasSubstr("\n\n" + std::string(row.heading) + ":\n  " + row.first + " "));
+  }
+}
+
 TEST(GeneratedTexts, AreAManualPageACommand) {
   for (const CommandRow& row : Commands()) {
     const std::string page = ManualPage(row);
