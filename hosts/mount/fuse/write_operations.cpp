@@ -29,12 +29,11 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
   entry.attr = AttributesOfLocal(mount, *made.file);
   entry.attr.st_ino = node->number;
   entry.attr_timeout = entry.entry_timeout = mount.seconds();
-  fuse_file_info file = {};
-  file.fh =
-      mount.handles().Keep(std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid)));
+  const auto handle = std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid));
+  fuse_file_info file = mount.Keep(node->number, handle);
   if (fuse_reply_create(request, &entry, &file) == 0) return;
   made.file->NoteWriterGone();
-  mount.handles().Drop(file.fh);
+  mount.Drop(node->number, handle);
   mount.nodes().Forget(node->number, 1);
 }
 
