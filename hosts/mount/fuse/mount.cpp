@@ -43,8 +43,8 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
   mounted.uidOf = [this](const std::string& address) { return UidOf(address); };
   mounted.uidNow = [this](const std::string& address) { return UidNow(address); };
   mounted.uidStored = [this](const std::string& address) {
-    const auto [folder, name] = PartsOfPath(address);
-    const auto uid = tree_.UidOf(folder, name);
+    // Who asked before the store may be waiting for an older answer.
+    const auto uid = UidNow(address);
     return uid.value == nullptr ? std::string() : *uid.value;
   };
   mounted.outdate = [this](const std::string& address) {
