@@ -3,13 +3,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <string>
-#include <utility>
 
-#include "tests/e2e/cli/meddler.h"
+#include "tests/e2e/mount/held_content.h"
 #include "tests/e2e/mount/mount_writing_fixture.h"
 
 namespace vtdirect_test {
@@ -101,48 +97,16 @@ TEST_F(MountOpenIterations, OfAWorkingCopyAreToldApart) {
   EXPECT_EQ(close(newest), 0);
 }
 
-/// Keeps the answer with the first content that is asked for back until it is let go.
-class HeldContent {
- public:
-  void Pass(Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
-    const std::string answer = forward();
-    std::unique_lock lock(mutex_);
-    if (request.target.find("content/streams") != std::string::npos && !std::exchange(isHeld_, true)) {
-      changed_.notify_all();
-      changed_.wait_for(lock, std::chrono::seconds(20), [this] { return isLetGo_; });
-    }
-    lock.unlock();
-    peer.Send(answer);
-  }
-  [[nodiscard]] bool AwaitAnswer() {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(20), [this] { return isHeld_; });
-  }
-  void LetGo() {
-    const std::lock_guard lock(mutex_);
-    isLetGo_ = true;
-    changed_.notify_all();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool isHeld_ = false;
-  bool isLetGo_ = false;
-};
-
+// The one that began before gets what it began to fetch.
 TEST_F(MountOpenIterations, OfAWorkingCopyAreFetchedApart) {
   Serve();
   CheckOut();
   Put('a');
   HeldContent held;
-  const Meddler proxy([&held](Peer& peer, const WireRequest& request, const Meddler::Forward& forward) {
-    held.Pass(peer, request, forward);
-  });
-  environment_["http_proxy"] = proxy.Url();
+  environment_["http_proxy"] = held.Url();
   Mount({"--write"});
   Process earlier({"/usr/bin/tail", "-c", "1", Fork()}, ProcessOptions{});
-  EXPECT_TRUE(held.AwaitAnswer());
+  EXPECT_TRUE(held.AwaitFirstHalf());
   Put('b');
   EXPECT_EQ(Text(Fork()), Filled('b'));
   held.LetGo();
