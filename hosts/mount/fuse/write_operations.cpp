@@ -149,6 +149,7 @@ void OnRename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_
   wanted.address = AddressIn(*newFolder, newName);
   mount.writing()->Post([&mount, parent, name = std::string(name), from = AddressIn(*folder, name), wanted,
                          isToBeFree = flags != 0, newFolder, pending = PendingRequest::Of(request)] {
+    if (pending->IsAnswered()) return;  // the program was told that nothing was done
     const int taken = isToBeFree ? ErrorOfTakenName(mount, *newFolder, wanted.name) : 0;
     const int error = taken != 0 ? taken : mount.writing()->Rename(from, wanted.address);
     if (error == 0) mount.nodes().Move(parent, name, wanted);
@@ -164,7 +165,7 @@ void OnUnlink(fuse_req_t request, fuse_ino_t parent, const char* name) {
     return;
   }
   mount.writing()->Post([&mount, address = AddressIn(*folder, name), pending = PendingRequest::Of(request)] {
-    pending->Fail(mount.writing()->Remove(address));
+    if (!pending->IsAnswered()) pending->Fail(mount.writing()->Remove(address));
   });
 }
 
