@@ -8,7 +8,11 @@ KernelPages::Use KernelPages::NoteOpened(std::uint64_t file, const std::string& 
   const std::lock_guard lock(mutex_);
   auto& open = open_[file];
   open.insert(key);
-  if (open.count(key) != open.size()) return Use::Bypass;
+  if (open.count(key) != open.size()) {
+    // Who maps the file or copies it within the kernel brings in bytes all the same.
+    kept_.erase(file);
+    return Use::Bypass;
+  }
   return std::exchange(kept_[file], key) == key ? Use::Keep : Use::Renew;
 }
 

@@ -30,6 +30,10 @@ TEST(KernelPages, AreBypassedAsLongAsOtherBytesAreOpen) {
   pages.NoteClosed(7, "one");
   EXPECT_EQ(pages.NoteOpened(7, "other"), Use::Renew) << "they still hold what was opened first";
   EXPECT_EQ(pages.NoteOpened(7, "other"), Use::Keep);
+  EXPECT_EQ(pages.NoteOpened(8, "one"), Use::Renew);
+  EXPECT_EQ(pages.NoteOpened(8, "other"), Use::Bypass);
+  pages.NoteClosed(8, "other");
+  EXPECT_EQ(pages.NoteOpened(8, "one"), Use::Renew) << "the other may have brought in some by a mapping";
 }
 
 TEST(KernelPages, AreRenewedAfterTheyWereForgotten) {
