@@ -80,14 +80,31 @@ template <typename Value>
   return Found(LookedUp{std::move(node), *attributes.value});
 }
 
+[[nodiscard]] const FolderEntry* EntryIn(const Answer<FolderListing>& listing, const std::string& name) {
+  return listing.value == nullptr ? nullptr : listing.value->Find(name);
+}
+
+// What lies over a folder is there while its server is away, and an old listing tells well enough what a name is for.
+// Neither value nor error when nothing of that name lies there.
+[[nodiscard]] Answer<LookedUp> LookUpLocal(Mount& mount, const Node& parent, const std::string& name,
+                                           Effort effort) {
+  auto listing = mount.tree().RecallFolder(parent.address);
+  if (listing.value == nullptr) listing = ListingOf(mount, parent.address, effort);
+  if (listing.error == EAGAIN) return {EAGAIN};
+  const FolderEntry* const entry = EntryIn(listing, name);
+  if (entry != nullptr && entry->isFolder) return {};
+  const std::string address = AddressIn(mount, parent, name);
+  const Overlay& overlay = mount.writing()->overlay();
+  if (overlay.IsAside(address, Overlay::Clock::now())) return {ENOENT};
+  if (overlay.Find(address) == nullptr) return {};
+  return WithAttributes(mount, NodeBelow(parent, name, NodeKind::Document, address), effort);
+}
+
 [[nodiscard]] Answer<LookedUp> LookUpInFolder(Mount& mount, const Node& parent, const std::string& name,
                                               Effort effort) {
-  const std::string address = parent.address + NameInPath(name);
-  if (mount.writing() != nullptr && mount.writing()->overlay().IsAside(address, Overlay::Clock::now())) {
-    return {ENOENT};
-  }
-  if (mount.writing() != nullptr && mount.writing()->overlay().Find(address) != nullptr) {
-    return WithAttributes(mount, NodeBelow(parent, name, NodeKind::Document, address), effort);
+  if (mount.writing() != nullptr) {
+    const auto local = LookUpLocal(mount, parent, name, effort);
+    if (local.value != nullptr || local.error != 0) return local;
   }
   const auto listing = ListingOf(mount, parent.address, effort);
   if (listing.value == nullptr) return {listing.error};
@@ -156,7 +173,7 @@ void AddLocalFiles(const Node& directory, const FolderListing& listing, const Ov
                    std::vector<DirectoryLine>& lines) {
   const auto now = Overlay::Clock::now();
   std::erase_if(lines, [&](const DirectoryLine& line) {
-    return !line.isFolder && overlay.IsAside(directory.address + NameInPath(line.name), now);
+    return !line.isFolder && overlay.IsAside(directory.address + listing.Find(line.name)->name, now);
   });
   for (const std::string& name : overlay.NamesIn(directory.address)) {
     const std::string shown = ShownName(name);
@@ -207,6 +224,12 @@ Answer<struct stat> AttributesOf(Mount& mount, const Node& node, Effort effort) 
     attributes.st_mode = S_IFREG | writableMode;
   }
   return Found(attributes);
+}
+
+std::string AddressIn(Mount& mount, const Node& folder, const std::string& name) {
+  const auto listing = mount.tree().RecallFolder(folder.address);
+  const FolderEntry* const entry = EntryIn(listing, name);
+  return folder.address + (entry != nullptr && !entry->isFolder ? entry->name : NameInPath(name));
 }
 
 Answer<LookedUp> LookUp(Mount& mount, const Node& parent, const std::string& name, Effort effort) {

@@ -26,6 +26,10 @@ struct LookedUp {
 [[nodiscard]] Answer<LookedUp> LookUp(Mount& mount, const Node& parent, const std::string& name,
                                       Effort effort);
 
+/// The address of the document that has a name, or would have it: a listing may show one under another name than that
+/// in its path. Goes by what the kernel was told of the folder last, and makes no request.
+[[nodiscard]] std::string AddressIn(Mount& mount, const Node& folder, const std::string& name);
+
 /// The attributes of a node.
 [[nodiscard]] Answer<struct stat> AttributesOf(Mount& mount, const Node& node, Effort effort);
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "hosts/mount/fuse/calling_process.h"
@@ -16,11 +17,11 @@ namespace vtdirect_mount {
 namespace {
 
 // A program that was interrupted never closes what it opened.
-void ReplyHandle(fuse_req_t request, Mount& mount, fuse_file_info file, const Handle& handle) {
-  file.fh = mount.handles().Keep(handle);
+void ReplyHandle(fuse_req_t request, Mount& mount, std::uint64_t node, const Handle& handle) {
+  fuse_file_info file = mount.Keep(node, handle);
   if (fuse_reply_open(request, &file) == 0) return;
+  mount.Drop(node, handle);
   if (handle->writes()) mount.writing()->LetGo(handle->local());
-  mount.handles().Drop(file.fh);
 }
 
 void ReplyOpen(fuse_req_t request, Mount& mount, std::uint64_t node, const Answer<Iteration>& answer) {
@@ -28,10 +29,11 @@ void ReplyOpen(fuse_req_t request, Mount& mount, std::uint64_t node, const Answe
     fuse_reply_err(request, answer.error);
     return;
   }
-  fuse_file_info file = {};
-  const bool isAsBefore = mount.IsAsBefore(node, answer.value->key);
-  file.keep_cache = isAsBefore && !CanChange(answer.value->uid) ? 1 : 0;
-  ReplyHandle(request, mount, file, std::make_shared<OpenDocument>(*answer.value));
+  // A working copy may have other bytes at each open. Who opens it after a store must not get those that another began
+  // to fetch before.
+  Iteration iteration = *answer.value;
+  if (CanChange(iteration.uid)) iteration.key += " " + std::to_string(mount.NextOpen());
+  ReplyHandle(request, mount, node, std::make_shared<OpenDocument>(std::move(iteration)));
 }
 
 // How a file of this machine is opened.
@@ -45,7 +47,6 @@ struct Opening {
   [[nodiscard]] bool empties() const { return writes() && (flags & O_TRUNC) != 0; }
 };
 
-// What lies on this machine changes without the kernel's knowledge only by the kernel's own writes.
 // @param writable  counts as opened when it is to be written to
 void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Writable& writable, const Opening& opening) {
   if (writable.file == nullptr) {
@@ -59,10 +60,9 @@ void ReplyOpenLocal(fuse_req_t request, Mount& mount, const Writable& writable, 
       return;
     }
   }
-  static_cast<void>(mount.IsAsBefore(opening.node, writable.file->name()));
   std::optional<pid_t> writer;
   if (opening.writes()) writer = ProcessOf(fuse_req_ctx(request)->pid);
-  ReplyHandle(request, mount, {}, std::make_shared<OpenDocument>(writable.file, writer));
+  ReplyHandle(request, mount, opening.node, std::make_shared<OpenDocument>(writable.file, writer));
 }
 
 // What a program that was interrupted has not got must not lie over the document for good.
@@ -170,11 +170,11 @@ void OnRead(fuse_req_t request, fuse_ino_t /*node*/, std::size_t size, off_t off
   MountOf(request).fetches().Fetch(handle->iteration(), {[pending] { return !pending->IsAnswered(); }, done});
 }
 
-void OnRelease(fuse_req_t request, fuse_ino_t /*node*/, fuse_file_info* file) {
+void OnRelease(fuse_req_t request, fuse_ino_t node, fuse_file_info* file) {
   Mount& mount = MountOf(request);
   const Handle handle = HandleOf(file);
+  mount.Drop(node, handle);
   if (handle->writes()) mount.writing()->Close(handle->local());
-  mount.handles().Drop(file->fh);
   fuse_reply_err(request, 0);
 }
 

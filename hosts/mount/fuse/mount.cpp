@@ -43,8 +43,8 @@ Mount::Mount(MountSettings settings, FactsFile& facts, ContentCache& cache, Log&
   mounted.uidOf = [this](const std::string& address) { return UidOf(address); };
   mounted.uidNow = [this](const std::string& address) { return UidNow(address); };
   mounted.uidStored = [this](const std::string& address) {
-    const auto [folder, name] = PartsOfPath(address);
-    const auto uid = tree_.UidOf(folder, name);
+    // Who asked before the store may be waiting for an older answer.
+    const auto uid = UidNow(address);
     return uid.value == nullptr ? std::string() : *uid.value;
   };
   mounted.outdate = [this](const std::string& address) {
@@ -94,12 +94,30 @@ void Mount::LookAhead(const std::string& folder, const FolderListing& listing, c
   }
 }
 
+// What is being written to on this machine is not always what the kernel keeps: it appends where it believes the end.
+// To let go what another program is just reading, the kernel would wait for that.
+fuse_file_info Mount::Keep(std::uint64_t node, const Handle& handle) {
+  fuse_file_info file = {};
+  const auto use = pages_.NoteOpened(node, handle->key());
+  file.direct_io = use == KernelPages::Use::Bypass ? 1 : 0;
+  const bool isKept = use == KernelPages::Use::Keep && handle->local() == nullptr;
+  file.keep_cache = isKept || use == KernelPages::Use::Bypass ? 1 : 0;
+  file.fh = handles_.Keep(handle);
+  return file;
+}
+
+void Mount::Drop(std::uint64_t node, const Handle& handle) {
+  pages_.NoteClosed(node, handle->key());
+  handles_.Drop(reinterpret_cast<std::uint64_t>(handle.get()));
+}
+
 bool Mount::IsAsBefore(std::uint64_t node, const std::string& text) {
   const std::lock_guard lock(mutex_);
   return std::exchange(seen_[node], text) == text;
 }
 
 void Mount::ForgetNode(std::uint64_t node) {
+  pages_.Forget(node);
   const std::lock_guard lock(mutex_);
   seen_.erase(node);
 }
@@ -125,6 +143,7 @@ void Mount::Refresh() {
     LetKernelForget(node->number, isFile ? Kept::Attributes : Kept::AttributesAndContent);
     fuse_lowlevel_notify_inval_entry(session_, node->parent, node->name.c_str(), node->name.size());
   }
+  pages_.ForgetAll();
   {
     const std::lock_guard lock(mutex_);
     seen_.clear();

@@ -12,11 +12,13 @@
 #include <string>
 
 #include "hosts/mount/fuse/fuse_api.h"
+#include "hosts/mount/fuse/open_document.h"
 #include "hosts/mount/fuse/open_handles.h"
 #include "hosts/mount/fuse/pending_request.h"
 #include "hosts/mount/log.h"
 #include "hosts/mount/requests/content_fetches.h"
 #include "hosts/mount/requests/task_pool.h"
+#include "hosts/mount/tree/kernel_pages.h"
 #include "hosts/mount/tree/lookahead.h"
 #include "hosts/mount/tree/node_table.h"
 #include "hosts/mount/tree/server_tree.h"
@@ -55,6 +57,10 @@ class Mount {
   [[nodiscard]] ServerTree& tree() { return tree_; }
   [[nodiscard]] ContentFetches& fetches() { return fetches_; }
   [[nodiscard]] OpenHandles& handles() { return handles_; }
+  /// Keeps an open file until it is dropped.
+  /// @return what the kernel is told of it
+  [[nodiscard]] fuse_file_info Keep(std::uint64_t node, const Handle& handle);
+  void Drop(std::uint64_t node, const Handle& handle);
   [[nodiscard]] Log& log() { return log_; }
   /// How long the kernel may keep what it is told of a name. Not long, since that comes on top of the time of
   /// refreshing; long enough for a program that asks for a name several times.
@@ -81,8 +87,10 @@ class Mount {
 
   /// Whether this is the first answer to the kernel, which settles how the two speak.
   [[nodiscard]] bool IsFirstAnswer() { return !hasAnswered_.exchange(true); }
-  /// Whether the kernel has seen the node with this text before, and with no other one since. Notes the text.
+  /// Whether the kernel has seen the directory with this text before, and with no other one since. Notes the text.
   [[nodiscard]] bool IsAsBefore(std::uint64_t node, const std::string& text);
+  /// A number that no other open of a file has.
+  [[nodiscard]] std::uint64_t NextOpen() { return ++opens_; }
   /// Forgets what was noted of a node.
   void ForgetNode(std::uint64_t node);
 
@@ -117,6 +125,8 @@ class Mount {
   Lookahead lookahead_;
   std::mutex mutex_;  // guards what was seen
   std::map<std::uint64_t, std::string> seen_;
+  KernelPages pages_;
+  std::atomic<std::uint64_t> opens_{0};
   std::atomic<std::size_t> refreshes_{0};
   std::atomic<bool> hasAnswered_{false};
   TaskPool questions_;

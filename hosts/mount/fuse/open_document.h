@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 
 #include "hosts/mount/fuse/fuse_api.h"
 #include "hosts/mount/tree/document_facts.h"
@@ -24,6 +25,8 @@ class OpenDocument : public std::enable_shared_from_this<OpenDocument> {
   [[nodiscard]] const Iteration& iteration() const { return iteration_; }
   /// Null for a document of the server.
   [[nodiscard]] const std::shared_ptr<LocalFile>& local() const { return local_; }
+  /// Names the bytes that it shows, and no others.
+  [[nodiscard]] const std::string& key() const { return local_ == nullptr ? iteration_.key : local_->name(); }
   [[nodiscard]] bool writes() const { return writer_.has_value(); }
   [[nodiscard]] std::optional<pid_t> writer() const { return writer_; }
   [[nodiscard]] std::shared_ptr<const OpenFile> content() const {

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string>
 
 #include "hosts/mount/fuse/entries.h"
 #include "hosts/mount/fuse/open_document.h"
@@ -79,9 +80,13 @@ void ReplySet(fuse_req_t request, const Mount& mount, fuse_ino_t number, const A
 // A program that gives a document a length without opening it has that stored before it goes on, as at a close.
 void SetLengthAndReply(const std::shared_ptr<PendingRequest>& pending, Mount& mount, const Node& node,
                        const struct stat& wanted, int what) {
+  // What waits may be of another checkout than what is written now.
+  const bool isWrittenAnew = wanted.st_size == 0 && mount.writing()->IsWaiting(node.address);
+  const std::string base = isWrittenAnew ? mount.writing()->BaseNow(node.address) : "";
   const Writable writable = mount.writing()->Edit(node.address, wanted.st_size != 0);
   if (writable.file == nullptr) return pending->Fail(writable.error);
   const int error = pending->IsAnswered() ? EINTR : SetLocal(mount, *writable.file, wanted, what);
+  if (error == 0 && !base.empty()) writable.file->SetBase(base);
   mount.writing()->Post([&mount, pending, number = node.number, local = writable.file, error] {
     const int fault = error == 0 ? mount.writing()->Store(local) : error;
     const auto now = fault == 0 ? Found(AttributesOfLocal(mount, *local)) : Answer<struct stat>{fault};
@@ -100,16 +105,18 @@ void OnSetAttributes(fuse_req_t request, fuse_ino_t number, struct stat* wanted,
     fuse_reply_err(request, ESTALE);
     return;
   }
-  if (const auto local = LocalOf(mount, *node, file)) {
+  const auto local = LocalOf(mount, *node, file);
+  const bool setsLengthByName = (what & FUSE_SET_ATTR_SIZE) != 0 && file == nullptr &&
+                                mount.writing() != nullptr && node->kind == NodeKind::Document &&
+                                (local == nullptr || !local->isScratch());
+  if (local != nullptr && !setsLengthByName) {
     const int error = SetLocal(mount, *local, *wanted, what);
     const auto now = error == 0 ? Found(AttributesOfLocal(mount, *local)) : Answer<struct stat>{error};
     ReplySet(request, mount, number, now);
     return;
   }
-  const bool setsLength =
-      (what & FUSE_SET_ATTR_SIZE) != 0 && mount.writing() != nullptr && node->kind == NodeKind::Document;
-  mount.Ask(request, [&mount, node, wanted = *wanted, what, setsLength](const auto& pending) {
-    if (setsLength) return SetLengthAndReply(pending, mount, *node, wanted, what);
+  mount.Ask(request, [&mount, node, wanted = *wanted, what, setsLengthByName](const auto& pending) {
+    if (setsLengthByName) return SetLengthAndReply(pending, mount, *node, wanted, what);
     const auto answer = SetDocument(mount, *node, wanted, what);
     pending->Answer([&](fuse_req_t asked) { ReplySet(asked, mount, node->number, answer); });
   });

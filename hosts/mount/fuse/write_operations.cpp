@@ -14,10 +14,6 @@
 namespace vtdirect_mount {
 namespace {
 
-[[nodiscard]] std::string AddressIn(const Node& folder, const std::string& name) {
-  return folder.address + NameInPath(name);
-}
-
 void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Writable& made) {
   if (made.file == nullptr) {
     fuse_reply_err(request, made.error);
@@ -29,12 +25,11 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
   entry.attr = AttributesOfLocal(mount, *made.file);
   entry.attr.st_ino = node->number;
   entry.attr_timeout = entry.entry_timeout = mount.seconds();
-  fuse_file_info file = {};
-  file.fh =
-      mount.handles().Keep(std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid)));
+  const auto handle = std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid));
+  fuse_file_info file = mount.Keep(node->number, handle);
   if (fuse_reply_create(request, &entry, &file) == 0) return;
   made.file->NoteWriterGone();
-  mount.handles().Drop(file.fh);
+  mount.Drop(node->number, handle);
   mount.nodes().Forget(node->number, 1);
 }
 
@@ -87,7 +82,7 @@ void OnCreate(fuse_req_t request, fuse_ino_t parent, const char* name, mode_t /*
   wanted.parent = parent;
   wanted.name = name;
   wanted.kind = NodeKind::Document;
-  wanted.address = AddressIn(*folder, name);
+  wanted.address = AddressIn(mount, *folder, name);
   ReplyCreated(request, mount, wanted,
                mount.writing()->Create(wanted.address, ProgramOf(ProcessOf(fuse_req_ctx(request)->pid))));
 }
@@ -147,9 +142,10 @@ void OnRename(fuse_req_t request, fuse_ino_t parent, const char* name, fuse_ino_
   Node wanted;
   wanted.parent = newParent;
   wanted.name = newName;
-  wanted.address = AddressIn(*newFolder, newName);
-  mount.writing()->Post([&mount, parent, name = std::string(name), from = AddressIn(*folder, name), wanted,
-                         isToBeFree = flags != 0, newFolder, pending = PendingRequest::Of(request)] {
+  wanted.address = AddressIn(mount, *newFolder, newName);
+  mount.writing()->Post([&mount, parent, name = std::string(name), from = AddressIn(mount, *folder, name),
+                         wanted, isToBeFree = flags != 0, newFolder, pending = PendingRequest::Of(request)] {
+    if (pending->IsAnswered()) return;  // the program was told that nothing was done
     const int taken = isToBeFree ? ErrorOfTakenName(mount, *newFolder, wanted.name) : 0;
     const int error = taken != 0 ? taken : mount.writing()->Rename(from, wanted.address);
     if (error == 0) mount.nodes().Move(parent, name, wanted);
@@ -164,9 +160,10 @@ void OnUnlink(fuse_req_t request, fuse_ino_t parent, const char* name) {
     fuse_reply_err(request, EPERM);
     return;
   }
-  mount.writing()->Post([&mount, address = AddressIn(*folder, name), pending = PendingRequest::Of(request)] {
-    pending->Fail(mount.writing()->Remove(address));
-  });
+  mount.writing()->Post(
+      [&mount, address = AddressIn(mount, *folder, name), pending = PendingRequest::Of(request)] {
+        if (!pending->IsAnswered()) pending->Fail(mount.writing()->Remove(address));
+      });
 }
 
 void OnMakeDirectory(fuse_req_t request, fuse_ino_t /*parent*/, const char* /*name*/, mode_t /*mode*/) {

@@ -33,6 +33,13 @@ class KeptAnswers {
     return place != kept_.end() && Counts(place->second) ? place->second.answer : Answer<Value>{};
   }
 
+  /// The answer that was kept last, whether it still counts or not; neither value nor error when there is none.
+  [[nodiscard]] Answer<Value> Recall(const std::string& key) {
+    const std::lock_guard lock(mutex_);
+    const auto place = kept_.find(key);
+    return place == kept_.end() ? Answer<Value>{} : place->second.answer;
+  }
+
   /// The answer that counts, or else what the question gives. Blocks as long as the question does.
   [[nodiscard]] Answer<Value> Get(const std::string& key, const Question& ask) {
     std::unique_lock lock(mutex_);

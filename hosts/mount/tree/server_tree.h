@@ -28,6 +28,8 @@ class ServerTree {
   /// @param path  with its closing "/"
   [[nodiscard]] Answer<FolderListing> Folder(const std::string& path);
   [[nodiscard]] Answer<FolderListing> PeekFolder(const std::string& path) { return folders_.Peek(path); }
+  /// What was in a folder when it was last listed, however long ago. Makes no request.
+  [[nodiscard]] Answer<FolderListing> RecallFolder(const std::string& path) { return folders_.Recall(path); }
 
   /// The newest iteration of a document.
   /// @param folder  path of its folder, with the closing "/"

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -66,8 +67,12 @@ class LocalFile {
   [[nodiscard]] std::uint64_t changes() const { return changes_; }
   void NoteChange(Due due) {
     ++changes_;
+    SetChanged(std::time(nullptr));
     if (due == Due::AtNextClose) isDue_ = true;
   }
+  /// When it was last changed, by whichever mount.
+  [[nodiscard]] std::time_t changed() const { return changed_; }
+  void SetChanged(std::time_t changed) { changed_ = changed; }
   [[nodiscard]] bool isDue() const { return isDue_; }
   /// Whether it holds what the server doesn't have.
   [[nodiscard]] bool isDirty() const { return stored_ != changes_; }
@@ -98,12 +103,16 @@ class LocalFile {
   void NoteWriter() { ++writers_; }
   /// Counts one less.
   void NoteWriterGone() { --writers_; }
+  /// Counts one less, unless that is the last. @return false for the last
+  [[nodiscard]] bool LeaveToOtherWriters();
   /// Whether somebody has it open for writing, so that it may be half.
   [[nodiscard]] bool hasWriters() const { return writers_ != 0; }
   [[nodiscard]] std::size_t writers() const { return writers_; }
   /// Whether a newer file has its address, so that it must not be stored there.
   [[nodiscard]] bool isReplaced() const { return isReplaced_; }
   void NoteReplaced() { isReplaced_ = true; }
+  /// Held while its entry is written or struck, so that each goes by what the other did. Never over a request.
+  [[nodiscard]] std::unique_lock<std::mutex> LockEntry() { return std::unique_lock(entryMutex_); }
   /// Lets its content stay when this is destroyed.
   void KeepContent() { keeps_ = true; }
   /// Lets its content go when this is destroyed, as at first.
@@ -116,11 +125,13 @@ class LocalFile {
   const std::string name_;
   const std::string path_;
   const OpenFile file_;
+  std::mutex entryMutex_;
   mutable std::mutex mutex_;  // guards what follows
   std::string address_;
   std::string base_;
 
   std::atomic<std::uint64_t> changes_{0};
+  std::atomic<std::time_t> changed_{0};
   std::atomic<std::uint64_t> stored_{0};
   std::atomic<std::uint64_t> failedStore_{0};
   std::atomic<unsigned> mode_{0644U};

@@ -29,7 +29,7 @@ class LocalFiles {
 
  private:
   [[nodiscard]] std::string NewName();
-  [[nodiscard]] Writable Open(const std::string& name) const;
+  [[nodiscard]] Writable Open(const std::string& name, int flags) const;
 
   const vtdirect_cli::UnstoredFiles& unstored_;
   std::atomic<std::uint64_t> next_{0};

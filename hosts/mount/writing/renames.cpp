@@ -94,7 +94,8 @@ int Renames::Remove(const std::string& address) {
   if (!file->isScratch()) {
     // A document's UID, or that it can't be told.
     if (parts_.mounted.uidOf(address).error != ENOENT) return EPERM;
-    parts_.waiting.Strike(*file);
+    // A program that has it open may go on to write to it, and closes it.
+    parts_.waiting.StrikeForGood(*file);
     parts_.waiting.Remove(address);
   }
   parts_.waiting.StrikeReplaced(*file);

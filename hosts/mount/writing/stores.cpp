@@ -48,12 +48,11 @@ void Stores::NoteStored(const std::string& address, const std::shared_ptr<LocalF
   const bool isWhole = !file->isDirty();
   if (isWhole) parts_.mounted.outdateStored(address, file->facts());
   if (!isWhole) parts_.mounted.outdate(address);
-  if (file->base() == vtdirect_cli::baseOfNewDocument) {
+  if (file->isCreated() || file->base() == vtdirect_cli::baseOfNewDocument) {
     file->NoteCreated(parts_.mounted.uidStored(address));
   }
-  if (!isWhole) return;
   parts_.waiting.StrikeReplaced(*file);
-  parts_.waiting.Strike(*file);
+  if (!parts_.waiting.StrikeStored(*file)) return;
   vtdirect_cli::FetchRecords().Forget(file->path());
   // A program that has it open may go on to write; then it goes when that closes it.
   parts_.overlay.TakeIfIdle(address, file);

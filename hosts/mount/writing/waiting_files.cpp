@@ -18,12 +18,19 @@
 namespace vtdirect_mount {
 namespace {
 
-[[nodiscard]] std::string Now() {
-  const std::time_t now = std::time(nullptr);
+constexpr const char* formOfTime = "%Y-%m-%dT%H:%M:%SZ";
+
+[[nodiscard]] std::string TextOf(std::time_t time) {
   std::tm parts = {};
   char text[32] = "";
-  if (gmtime_r(&now, &parts) != nullptr) std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
+  if (gmtime_r(&time, &parts) != nullptr) std::strftime(text, sizeof text, formOfTime, &parts);
   return text;
+}
+
+// 0 for what is no time: any other is newer.
+[[nodiscard]] std::time_t TimeOf(const std::string& text) {
+  std::tm parts = {};
+  return strptime(text.c_str(), formOfTime, &parts) == nullptr ? 0 : timegm(&parts);
 }
 
 // Names of files begin with the number of the process that made them. That tells whether a content without an
@@ -104,6 +111,7 @@ void WaitingFiles::TakeUp(const vtdirect_cli::UnstoredFile& unstored, std::set<s
   }
   file->SetBase(unstored.base);
   file->NoteChange(Due::AtNextClose);
+  file->SetChanged(TimeOf(unstored.since));
   file->NoteListed(Written::Whole);
   static_cast<void>(overlay_.Lay(unstored.address, std::move(file)));
   Add(unstored.address);
@@ -113,7 +121,7 @@ int WaitingFiles::Note(LocalFile& file, Written written, const std::string& faul
   const std::string address = file.address();
   const int error = unstored_.Write({.name = file.name(),
                                      .address = address,
-                                     .since = Now(),
+                                     .since = TextOf(file.changed()),
                                      .isWhole = written == Written::Whole,
                                      .fault = fault,
                                      .server = VtDirectManager::GetServerURL(address.c_str()),
@@ -128,11 +136,23 @@ void WaitingFiles::Strike(LocalFile& file) {
   file.DropContent();
 }
 
+bool WaitingFiles::StrikeStored(LocalFile& file) {
+  const auto lock = file.LockEntry();
+  if (file.isDirty()) return false;
+  Strike(file);
+  return true;
+}
+
+void WaitingFiles::StrikeForGood(LocalFile& file) {
+  const auto lock = file.LockEntry();
+  file.NoteReplaced();
+  Strike(file);
+}
+
 void WaitingFiles::Drop(const std::string& address, const std::shared_ptr<LocalFile>& file) {
   mounted_.log(address + " was given up: what waited for it is gone");
-  file->NoteReplaced();
   StrikeReplaced(*file);
-  Strike(*file);
+  StrikeForGood(*file);
   overlay_.Take(address, file);
   Remove(address);
   mounted_.outdate(address);
@@ -153,10 +173,7 @@ void WaitingFiles::StrikeReplaced(const LocalFile& file) {
   const auto replaced = replaced_.extract(&file);
   lock.unlock();
   if (replaced.empty()) return;
-  for (const auto& before : replaced.mapped()) {
-    before->NoteReplaced();
-    Strike(*before);
-  }
+  for (const auto& before : replaced.mapped()) StrikeForGood(*before);
 }
 
 void WaitingFiles::Add(const std::string& address) {

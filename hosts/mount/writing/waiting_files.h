@@ -28,12 +28,17 @@ class WaitingFiles {
   /// @return why that can't be done, or an empty text
   [[nodiscard]] std::string Prepare(const std::string& below);
 
-  /// Writes the entry of a file.
+  /// Writes the entry of a file, as changed when it was last changed.
   /// @param fault    why it is not stored
   /// @return an error number when that can't be written
   int Note(LocalFile& file, Written written, const std::string& fault);
   /// Removes the entry of a file; the content goes with the last who has it.
   void Strike(LocalFile& file);
+
+  /// The same, unless it was changed since its store began. @return whether that was done
+  [[nodiscard]] bool StrikeStored(LocalFile& file);
+  /// The same for one that is to be stored no more, whoever still writes to it.
+  void StrikeForGood(LocalFile& file);
 
   /// Forgets a file that its user has given up: its bytes are nowhere after that.
   void Drop(const std::string& address, const std::shared_ptr<LocalFile>& file);

@@ -4,6 +4,7 @@
 #include <vtdirect/vt_direct_manager.h>
 
 #include <cerrno>
+#include <ctime>
 #include <utility>
 
 namespace vtdirect_mount {
@@ -48,6 +49,7 @@ void Writing::LetGo(const std::shared_ptr<LocalFile>& file) {
 
 void Writing::Close(const std::shared_ptr<LocalFile>& file) {
   if (!file->isDirty() || file->isScratch()) return LetGo(file);
+  if (file->isCreated() && file->LeaveToOtherWriters()) return;
   NoteWhole(*file);
   if (waiting_.Has(file->address())) return LetGo(file);
   Post([this, file] {
@@ -91,6 +93,8 @@ Writable Writing::Edit(const std::string& address, bool keepsContent) {
 }
 
 int Writing::NoteChange(LocalFile& file, Due due) {
+  const auto lock = file.LockEntry();
+  file.SetChanged(std::time(nullptr));
   // One that waits is half while it is written to again.
   if (!file.isReplaced() && (!file.isDirty() || file.isListedWhole()) && !file.isScratch()) {
     if (const int error = waiting_.Note(file, Written::MaybeHalf, "it was not closed"); error != 0)

@@ -35,6 +35,20 @@ class MountLosses : public MountWriting {
     server().Control("GET", "/requests?path=*content/upload*&state=arrived&count=1&wait=10000");
     return writer;
   }
+  // Starts a program that has the mount do something after that store, and interrupts it while it waits for that.
+  [[nodiscard]] ProcessResult InterruptedWhileItWaits(const std::string& line) {
+    Process program({"/bin/sh", "-c", "echo $$; exec " + line},
+                    ProcessOptions{environment_, Here(""), "", 0});
+    EXPECT_TRUE(WaitUntil([&] {
+      const std::string number = program.OutputSoFar();
+      if (!number.ends_with('\n')) return false;
+      const std::string process = "/proc/" + number.substr(0, number.size() - 1);
+      return ReadFile(process + "/comm") == line.substr(0, line.find(' ')) + "\n" &&
+             ReadFile(process + "/wchan").find("request_wait") != std::string::npos;
+    }));
+    program.Signal(SIGINT);
+    return program.Wait();
+  }
   // A small disk in the place of a directory. False where this user can't mount one.
   [[nodiscard]] bool MountSmallDisk(const std::string& directory, const std::string& size) {
     return Shell("mkdir -p '" + directory + "' && mount -t tmpfs -o mode=700,size=" + size + " none '" +
@@ -118,6 +132,22 @@ TEST_F(MountLosses, AStoreWaitsForAConnectionNoLongerThanItsMountAndForAnAnswerL
   EXPECT_THAT(command, HasSubstr("--server" + std::string(1, '\0') + "sim=" + ServerUrl()));
   StopServer();
   static_cast<void>(writer->Wait());
+}
+
+// Each was told that nothing was done.
+TEST_F(MountLosses, ProgramsThatWereInterruptedBeforeHaveRenamedAndRemovedNothing) {
+  const auto writer = StoreThatTheServerIsSilentAbout();
+  const std::string frame = Tree(frameFolder);
+  for (const char* name : {"one~", "two~", "last~"}) WriteFile(frame + name, name);
+  EXPECT_EQ(InterruptedWhileItWaits("rm -f '" + frame + "one~'").status, -SIGINT);
+  EXPECT_EQ(InterruptedWhileItWaits("mv '" + frame + "two~' '" + frame + "moved~'").status, -SIGINT);
+  StopServer();
+  static_cast<void>(writer->Wait());
+  // What is asked for after them is done after them.
+  EXPECT_EQ(unlink((frame + "last~").c_str()), 0);
+  EXPECT_EQ(Text(frame + "one~"), "one~");
+  EXPECT_EQ(Text(frame + "two~"), "two~");
+  EXPECT_EQ(access((frame + "moved~").c_str(), F_OK), -1);
 }
 
 // An empty file is stored after its close, and here after the store that takes so long.

@@ -1,10 +1,13 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
+#include "tests/e2e/mount/held_content.h"
 #include "tests/e2e/mount/mount_writing_fixture.h"
 
 namespace vtdirect_test {
@@ -53,6 +56,51 @@ TEST_F(MountOpening, ForReadingLetsOthersSeeWhatIsNewOnTheServer) {
   EXPECT_EQ(Shell("printf 'more\\n' >>'" + Fork() + "'").err, "");
   EXPECT_EQ(OnServer(Path()), "FENLET by a command\nmore\n");
   EXPECT_EQ(close(reader), 0);
+}
+
+// As a mount looks that begins meanwhile, on another machine that shares the directory: it clears away the contents
+// without an entry that nobody has.
+TEST_F(MountOpening, MakesTheFileItsOwnBeforeItsContentIsFetched) {
+  Serve();
+  CheckOut();
+  HeldContent held;
+  environment_["http_proxy"] = held.Url();
+  Mount({"--write"});
+  Process writer({"/bin/sh", "-c", "printf more >>'" + Fork() + "'"}, ProcessOptions{});
+  ASSERT_TRUE(held.AwaitFirstHalf());
+  ASSERT_TRUE(WaitUntil([this] { return Names(Unstored()).size() == 1; }));
+  const std::string content = Unstored() + "/" + Names(Unstored()).front();
+  const int descriptor = open(content.c_str(), O_RDWR | O_CLOEXEC);
+  EXPECT_EQ(flock(descriptor, LOCK_EX | LOCK_NB), -1);
+  EXPECT_EQ(errno, EWOULDBLOCK);
+  EXPECT_EQ(close(descriptor), 0);
+  held.LetGo();
+  EXPECT_EQ(writer.Wait().err, "");
+  EXPECT_EQ(OnServer(Path()), server().Get(forkContent) + "more");
+}
+
+// Where there are no locks, it may be cleared away all the same.
+TEST_F(MountOpening, FailsWhenWhatWasFetchedForItIsGone) {
+  Serve();
+  CheckOut();
+  HeldContent held;
+  environment_["http_proxy"] = held.Url();
+  Mount({"--write"});
+  Process writer({"/bin/sh", "-c", "printf more >>'" + Fork() + "'"}, ProcessOptions{});
+  ASSERT_TRUE(held.AwaitFirstHalf());
+  std::string content;
+  const auto hasBegun = [&] {
+    const auto names = Names(Unstored());
+    content = names.empty() ? "" : Unstored() + "/" + names.front();
+    struct stat status = {};
+    return !content.empty() && stat(content.c_str(), &status) == 0 && status.st_size > 0;
+  };
+  ASSERT_TRUE(WaitUntil(hasBegun));
+  ASSERT_EQ(unlink(content.c_str()), 0);
+  held.LetGo();
+  EXPECT_THAT(writer.Wait().err, HasSubstr("Input/output error"));
+  EXPECT_EQ(OnServer(Path()), server().Get(forkContent));
+  EXPECT_THAT(Names(Unstored()), IsEmpty());
 }
 
 // The program that has made the document goes on to write to it; for all others it is a document like any other.

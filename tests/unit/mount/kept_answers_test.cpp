@@ -38,6 +38,8 @@ TEST_F(KeptAnswersTest, AreAskedForEachTimeWithoutAnAge) {
   static_cast<void>(Ask(answers, Found(7)));
   EXPECT_EQ(*Ask(answers, Found(8)).value, 8);
   EXPECT_EQ(answers.Peek("key").value, nullptr);
+  EXPECT_EQ(*answers.Recall("key").value, 8);
+  EXPECT_EQ(answers.Recall("other").value, nullptr);
 }
 
 TEST_F(KeptAnswersTest, AreAskedForAnewWhenOutdated) {
