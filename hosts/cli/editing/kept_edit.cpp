@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -17,6 +18,7 @@
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/program/environment.h"
 #include "hosts/cli/texts/printable.h"
+#include "hosts/cli/texts/tabbed_line.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -26,6 +28,21 @@ constexpr std::pair<EditStage, const char*> stages[] = {
 
 [[nodiscard]] std::string DirectoryFor(const std::string& document) {
   return StateDirectory() + "/edits/" + Sha256OfText(document).substr(0, 16);
+}
+
+// A download that was killed leaves one. Nobody else has edited in it.
+[[nodiscard]] bool IsOwnTemporary(const std::string& path) {
+  return path.substr(path.rfind('/') + 1).starts_with(".vtdirect-");
+}
+
+void RemoveOwnTemporaries(const std::string& directory) {
+  std::vector<std::string> paths;
+  std::error_code error;
+  for (std::filesystem::directory_iterator at(directory, error), end; !error && at != end;
+       at.increment(error)) {
+    if (IsOwnTemporary(at->path().string())) paths.push_back(at->path().string());
+  }
+  for (const std::string& path : paths) unlink(path.c_str());
 }
 
 [[nodiscard]] Failure NoPlace(const std::string& directory, int error) {
@@ -88,32 +105,64 @@ std::string KeptEdit::KnownVersion() const {
   return record ? record->version : "";
 }
 
-EditStage KeptEdit::stage() const {
+EditState KeptEdit::state() const {
   const LocalText kept = ReadLocalTextFile(directory_ + "/stage");
-  if (kept.error != 0) return EditStage::Begun;
+  if (kept.error != 0) return {};
+  const auto fields = FieldsOfLine(kept.text);
+  if (!fields || fields->size() != 4) return {};
   for (const auto& [stage, word] : stages) {
-    if (kept.text == word) return stage;
+    if (fields->front() == word) return {stage, (*fields)[1], (*fields)[2], (*fields)[3]};
   }
-  return EditStage::Begun;
+  return {};
 }
 
-std::string KeptEdit::SetStage(EditStage stage) const {
+std::string KeptEdit::Keep(const EditState& state) const {
   for (const auto& [known, word] : stages) {
-    if (known != stage) continue;
-    const int error = ReplaceDurably(directory_ + "/stage", word);
+    if (known != state.stage) continue;
+    const std::string line = LineOfFields({word, state.workingCopy, state.version, state.sum});
+    const int error = ReplaceDurably(directory_ + "/stage", line);
     return error == 0 ? "" : std::strerror(error);
   }
   return {};
 }
 
-void KeptEdit::Remove() const {
+std::vector<std::string> KeptEdit::OtherFiles() const {
+  std::vector<std::string> others;
+  std::error_code error;
+  for (std::filesystem::recursive_directory_iterator at(place(), error), end; !error && at != end;
+       at.increment(error)) {
+    const std::string path = at->path().string();
+    if (path == file() || IsOwnTemporary(path)) continue;
+    struct stat facts = {};
+    static_cast<void>(lstat(path.c_str(), &facts));
+    others.push_back(
+        LineOfFields({path, std::to_string(facts.st_ino), std::to_string(facts.st_size),
+                      std::to_string(facts.st_mtim.tv_sec), std::to_string(facts.st_mtim.tv_nsec)}));
+  }
+  // What can't be looked at may hold anything.
+  if (error) others.push_back(error.message());
+  std::sort(others.begin(), others.end());
+  return others;
+}
+
+void KeptEdit::CountAsUnstored() const {
   FetchRecords().Forget(file());
+}
+
+void KeptEdit::Drop() const {
+  FetchRecords().Forget(file());
+  unlink(file().c_str());
+}
+
+bool KeptEdit::Remove() const {
+  Drop();
+  RemoveOwnTemporaries(place());
+  const bool isEmpty = rmdir(place().c_str()) == 0 || errno == ENOENT;
   // The lock goes last, so that no other run takes a directory that is about to go.
-  std::error_code ignored;
-  std::filesystem::remove_all(directory_ + "/content", ignored);
   unlink((directory_ + "/stage").c_str());
   unlink((directory_ + "/lock").c_str());
   rmdir(directory_.c_str());
+  return !isEmpty;
 }
 
 }  // namespace vtdirect_cli

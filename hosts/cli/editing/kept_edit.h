@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "hosts/cli/failures/result.h"
 
@@ -11,6 +12,14 @@ enum class EditStage {
   Begun,       ///< whoever has the document checked out, it was not this edit
   CheckedOut,  ///< this edit has checked the document out
   Storing      ///< and has begun to store what was edited
+};
+
+/// What an edit keeps for the next run beside its file.
+struct EditState {
+  EditStage stage = EditStage::Begun;
+  std::string workingCopy;  ///< UID of the one that the stage is about; another one has nothing to do with it
+  std::string version;      ///< that the file was made from; empty if that is not known
+  std::string sum;  ///< of the bytes that it had when the edit had checked it out, SHA-256; may be empty
 };
 
 /// Where the file of an edit lies until its bytes are on the server: a directory of the document's own, below
@@ -40,12 +49,24 @@ class KeptEdit {
   /// The version that the file was fetched as; empty if that is not known.
   [[nodiscard]] std::string KnownVersion() const;
 
-  [[nodiscard]] EditStage stage() const;
-  /// @return why the stage can't be kept, or an empty text
-  [[nodiscard]] std::string SetStage(EditStage stage) const;
+  /// A stage of which no working copy is known, as a release before this one kept it, is about none.
+  [[nodiscard]] EditState state() const;
+  /// @return why the state can't be kept, or an empty text
+  [[nodiscard]] std::string Keep(const EditState& state) const;
 
-  /// Removes the file and all that belongs to it: the server has what is in it.
-  void Remove() const;
+  /// Where the file is, with what editors put beside it.
+  [[nodiscard]] std::string place() const { return directory_ + "/content"; }
+  /// What lies beside the file, in order: an editor's backup, swap or recovery file may be all that there is of
+  /// what was edited. Each with its size and time, so that one that was written to is another.
+  [[nodiscard]] std::vector<std::string> OtherFiles() const;
+
+  /// From now on the server is not known to have what is in the file.
+  void CountAsUnstored() const;
+  /// Removes the file alone.
+  void Drop() const;
+  /// Removes the file and all that the program has kept with it: the server has what is in it. Other files stay.
+  /// @return whether any does
+  bool Remove() const;
 
  private:
   KeptEdit(std::string directory, std::string name)

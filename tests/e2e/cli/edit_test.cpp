@@ -5,7 +5,7 @@
 #include <atomic>
 #include <filesystem>
 
-#include "tests/e2e/cli/accident_fixture.h"
+#include "tests/e2e/cli/edit_fixture.h"
 #include "tests/e2e/cli/meddler.h"
 #include "tests/e2e/cli/server_document.h"
 
@@ -14,40 +14,6 @@ using testing::IsEmpty;
 using testing::Not;
 
 namespace vtdirect_test {
-namespace {
-
-constexpr const char* edited = "edited\n";
-
-}  // namespace
-
-/// What `edit` does with a document, with a script in the place of an editor.
-class Edit : public AccidentTest {
- protected:
-  void SetUp() override {
-    AccidentTest::SetUp();
-    UseEditor("printf 'edited\\n' > \"$1\"");
-  }
-
-  void UseEditor(const std::string& script) {
-    WriteHome("editor", "#!/bin/sh\n" + script + "\n", 0755);
-    environment_["VISUAL"] = Home("editor");
-  }
-
-  // The files that edits have left, with what they hold.
-  [[nodiscard]] std::vector<std::string> KeptContents() const {
-    std::vector<std::string> contents;
-    const std::string edits = Home(".local/state/vtdirect/edits");
-    if (!std::filesystem::exists(edits)) return contents;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(edits)) {
-      if (entry.is_regular_file() && entry.path().parent_path().filename() == "content") {
-        contents.push_back(ReadFile(entry.path()));
-      }
-    }
-    return contents;
-  }
-
-  [[nodiscard]] std::string Newest() { return Run({"get", forkPath, "-o", "-"}).out; }
-};
 
 TEST_F(Edit, StoresWhatWasEditedAndChecksItIn) {
   const ProcessResult result = Run({"edit", forkPath});
@@ -287,6 +253,53 @@ TEST_F(Edit, SaysWhereTheFileIsWhenASignalEndsIt) {
   EXPECT_EQ(Run({"edit", forkPath}).status, 0);
   EXPECT_EQ(Newest(), edited);
   EXPECT_EQ(HolderOf("D1001"), "");
+}
+
+TEST_F(Edit, UndoesNoCheckoutWhenTheEditorLeavesAnotherFile) {
+  for (const char* const end : {"0", "3"}) {
+    UseEditor("printf 'edited\\n' > \"$(dirname \"$1\")/.fork.lxz.swp\"; exit " + std::string(end));
+    const ProcessResult result = Run({"edit", forkPath});
+    EXPECT_NE(result.status, 0);
+    EXPECT_THAT(result.err, HasSubstr("what it has left is in " + Home(".local/state/vtdirect/edits/")));
+    EXPECT_EQ(HolderOf("D1001"), "anna") << end;
+    EXPECT_THAT(KeptContents(), testing::Contains(edited));
+    // It has been told of, so it keeps nobody from ending the next edit.
+    UseEditor("true");
+    const ProcessResult next = Run({"edit", forkPath});
+    EXPECT_EQ(next.status, 0) << next.err;
+    EXPECT_THAT(next.err, HasSubstr("what the editor has left beside the file stays in "));
+    EXPECT_EQ(HolderOf("D1001"), "");
+    EXPECT_THAT(KeptContents(), testing::ElementsAre(edited));
+    std::filesystem::remove_all(Home(".local/state/vtdirect/edits"));
+  }
+}
+
+TEST_F(Edit, UndoesNoCheckoutWhenTheEditorHasMovedTheFileAway) {
+  UseEditor("printf 'edited\\n' > \"$1.saved\"; rm \"$1\"");
+  const ProcessResult result = Run({"edit", forkPath});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_THAT(result.err, HasSubstr("that can be read; nothing was stored, and " + std::string(forkPath) +
+                                    " stays checked out; what it has left is in "));
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+  EXPECT_THAT(KeptContents(), testing::ElementsAre(edited));
+}
+
+TEST_F(Edit, UndoesNoCheckoutWhenTheFileIsGoneOrCannotBeRead) {
+  for (const char* const script : {"rm \"$1\"; exit 3", "rm \"$1\"; mkdir \"$1\"; exit 3"}) {
+    UseEditor(script);
+    EXPECT_EQ(Run({"edit", forkPath}).status, 1);
+    EXPECT_EQ(HolderOf("D1001"), "anna") << script;
+    EXPECT_EQ(Run({"undo", forkPath}).status, 0);
+    std::filesystem::remove_all(Home(".local/state/vtdirect/edits"));
+  }
+}
+
+TEST_F(Edit, KeepsOtherFilesOfTheEditorWhenItHasStored) {
+  UseEditor("cp \"$1\" \"$1~\"; touch \"$(dirname \"$1\")/.vtdirect-killed\"; printf 'edited\\n' > \"$1\"");
+  const ProcessResult result = Run({"edit", forkPath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(KeptContents(), testing::ElementsAre(server().Get(forkContent)));
+  EXPECT_EQ(Newest(), edited);
 }
 
 /// Every request of an edit fails in every way, and the program is killed before and after each. Afterwards what
