@@ -255,9 +255,13 @@ void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
   headerOrder_ = std::move(order);
 }
 
+bool CurlHandle::HoldsLoginBack(const OutgoingRequest& request) const {
+  return request.method != Method::Get && request.authenticationMask == CURLAUTH_DIGEST && !HasNonce();
+}
+
 void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
-  const bool with = request.authenticationMask != CURLAUTH_NONE;
+  const bool with = request.authenticationMask != CURLAUTH_NONE && !HoldsLoginBack(request);
   if (!with && !hasLogin_) return;
   hasLogin_ = with;
   negotiated_ = request.authenticationMask == CURLAUTH_NEGOTIATE;

@@ -37,9 +37,14 @@ class CurlHandle {
   ///         exchange logged in by Negotiate: a server may keep such a login for the connection
   [[nodiscard]] bool Join(std::shared_ptr<OriginSession> session);
 
+  /// True when Send holds back the login of this request, so that the server demands it and tells a nonce: it
+  /// writes, and has to log in by Digest, for which this handle has no nonce yet. curl would ask with an empty
+  /// body in place of the request's own, and a server that lets that pass would carry it out.
+  [[nodiscard]] bool HoldsLoginBack(const OutgoingRequest& request) const;
+
   /// Sends one request and reads its answer into the sink; follows no redirect. A demand for authentication
-  /// that the request's own user and password can answer is answered on the way. Throws what a source or a
-  /// sink has thrown.
+  /// that the request's own user and password can answer is answered on the way, as long as the login is not
+  /// held back. Throws what a source or a sink has thrown.
   [[nodiscard]] du::http::ErrorCode Send(const OutgoingRequest& request, du::http::FileSink& sink,
                                          const du::http::TransportSettings& settings, int* httpStatus);
 
@@ -56,6 +61,8 @@ class CurlHandle {
   [[nodiscard]] PasswordScheme DemandedScheme() const;
   /// Demands for authentication that it met, those included that were answered on the way.
   [[nodiscard]] int Demands() const { return exchange_.Demands(); }
+  /// True when this handle has a nonce for a login by Digest, of the last exchange or an earlier one.
+  [[nodiscard]] bool HasNonce() const { return exchange_.HasNonce(); }
   /// True when it left a TCP connection open for the next one.
   [[nodiscard]] bool IsConnected() const;
   /// True when the connect limit ended it.
