@@ -92,7 +92,6 @@ class CurlHandle {
   [[nodiscard]] bool CertificateWasRefused() const;
   [[nodiscard]] curl_socket_t KeptSocket() const;
   [[nodiscard]] const TlsEvents* WatchedTls(const OutgoingRequest& request) const;
-  [[nodiscard]] bool HasUnaskedBytes() const;
   [[nodiscard]] du::http::FailureReport ExplainIdentity() const;
   [[nodiscard]] ExchangeEvidence EvidenceOf(const Origin& origin, du::http::ErrorCode code) const;
   void SetFixedOptions();
@@ -101,7 +100,6 @@ class CurlHandle {
   void SetProxy();
   void SetEnvironmentProxy(const OutgoingRequest& request);
   void SetConnectLimit(long milliseconds);
-  void SetFreshConnection(bool isFresh);
   void SetMethod(const OutgoingRequest& request);
   void SetHeaderLines(const OutgoingRequest& request);
   void SetAuthentication(const OutgoingRequest& request);
@@ -112,7 +110,6 @@ class CurlHandle {
   // What the handle is set to, so that most exchanges change nothing of it.
   long connectLimit_ = 0;  ///< in milliseconds
   bool isForGet_ = false;
-  bool isFresh_ = false;         ///< whether an exchange takes a connection of its own
   bool asksEnvironment_ = true;  ///< whether curl looks there for a proxy
   bool hasLogin_ = false;
   bool negotiated_ = false;                       ///< the last exchange carried a login by Negotiate
