@@ -293,7 +293,7 @@ ErrorCode CurlHandle::Perform(const OutgoingRequest& request, du::http::FileSink
   SetHeaderLines(request);
   SetAuthentication(request);
   address_.Give(handle_.get(), request.url);
-  tlsEvents_ = {};
+  BeginAnew(&tlsEvents_, tlsEvents_.context);
   const ErrorCode result = exchange_.Perform(httpStatus);
   session_->share()->CookiesCame(handle_.get(), exchange_.CookieBytes());
   // For curl the handshake was over already.

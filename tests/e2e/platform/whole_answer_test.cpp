@@ -128,6 +128,26 @@ TEST_F(WholeAnswerOverTls, WithALengthNeedsNoClose) {
             ErrorCode::ProtocolFailure);
 }
 
+TEST_F(WholeAnswerOverTls, IsNotClosedByTheConnectionBefore) {
+  // The kept connection is closed just as the request goes out over it, which is then repeated.
+  ScriptedServer server([](Peer& peer, WireRequest& request) {
+    if (request.target == "/first") return peer.Answer(200, "first");
+    if (request.connection > 1) peer.Send("HTTP/1.1 200 OK\r\n\r\nhal");
+    peer.Close();
+  });
+  vtdirect_test::TlsDemand demand;
+  demand.cuts = true;
+  demand.uncut = 1;
+  const vtdirect_test::TlsFront front(directory_.path(), "front", server.port(), demand);
+  const auto connection = vtdirect_test::Connect(front.Url());
+  Asking asking;
+  asking.uri = "/first";
+  EXPECT_EQ(Fetch(*connection, asking).body, "first");
+  asking.uri = "/second";
+  EXPECT_EQ(Fetch(*connection, asking).code, ErrorCode::ProtocolFailure);
+  EXPECT_EQ(front.connections(), 2);
+}
+
 TEST_F(WholeAnswerOverTls, NeedsNoConnectionThatHasBeenClosed) {
   // The close of TLS waits on the kept connection. The one that is taken in its place is not kept.
   ScriptedServer server([](Peer& peer, WireRequest& request) {
