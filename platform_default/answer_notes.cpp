@@ -59,4 +59,12 @@ void AnswerNotes::Body(std::string_view bytes) {
   start_ += bytes.substr(0, longestStart - start_.size());
 }
 
+std::optional<bool> TellsNonce(std::string_view line) {
+  if (!HasHeaderName(line, "WWW-Authenticate")) return std::nullopt;
+  const std::string lower = LowerCase(line);
+  const std::size_t challenge = lower.find("digest ");
+  if (challenge == std::string::npos) return std::nullopt;
+  return lower.find("nonce=", challenge) != std::string::npos;
+}
+
 }  // namespace vtdirect::platform

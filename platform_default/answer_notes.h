@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,5 +30,9 @@ class AnswerNotes {
   std::string unknownCoding_;
   std::string start_;
 };
+
+/// Whether a line that demands a login by Digest tells a nonce for it: one that doesn't leaves curl with none,
+/// whatever it had before. Nothing for any other line.
+[[nodiscard]] std::optional<bool> TellsNonce(std::string_view line);
 
 }  // namespace vtdirect::platform

@@ -21,6 +21,7 @@ using du::http::ErrorCode;
 /// All header lines of one exchange. A server that never ends its header would otherwise never be stalled.
 constexpr std::size_t largestResponseHeader = 256 * 1024;
 constexpr int badRequest = 400;
+constexpr int unauthorized = 401;
 constexpr int payloadTooLarge = 413;
 
 /// The status of "HTTP/1.1 413 ..."; 0 for anything else.
@@ -38,7 +39,7 @@ int StatusOf(std::string_view line) {
 
 /// A demand for authentication, of the server or of a proxy. Nothing was done of what the request asks for.
 bool IsDemand(int status) {
-  return status == 401 || status == 407;
+  return status == unauthorized || status == 407;
 }
 
 bool IsConnected(int socket) {
@@ -185,6 +186,7 @@ bool CurlExchange::ReadHeaderLine(std::string_view line) {
     return true;
   }
   notes_.HeaderLine(line);
+  if (status_ == unauthorized) hasNonce_ = TellsNonce(line).value_or(hasNonce_);
   if (HasHeaderName(line, "Set-Cookie")) cookieBytes_ += line.size();
   if (decodes_ && HasHeaderName(line, "Content-Encoding")) {
     decoder_ = AnswerDecoder::For(line.substr(line.find(':') + 1));

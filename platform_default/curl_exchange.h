@@ -93,6 +93,9 @@ class CurlExchange {
   [[nodiscard]] bool WaitLimitRanOut() const { return waitLimitRanOut_; }
   [[nodiscard]] TransferClock::Wait LastWait() const { return clock_.CurrentWait(); }
 
+  /// True when curl has a nonce for a login by Digest. It keeps one for as long as the handle lives.
+  [[nodiscard]] bool HasNonce() const { return hasNonce_; }
+
   /// How often a kept connection has died under a request of this handle, which curl then sent over a new
   /// one.
   [[nodiscard]] int Revivals() const { return revivals_; }
@@ -168,6 +171,7 @@ class CurlExchange {
   AnswerNotes notes_;
   CURLcode result_ = CURLE_OK;
   int revivals_ = 0;
+  bool hasNonce_ = false;
   std::size_t headerBytes_ = 0;
   std::size_t cookieBytes_ = 0;
   bool begun_ = false;  ///< the sink has been begun

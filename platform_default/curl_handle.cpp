@@ -1,7 +1,5 @@
 #include "platform_default/curl_handle.h"
 
-#include <sys/socket.h>
-
 #include <algorithm>
 #include <limits>
 #include <mutex>
@@ -11,6 +9,7 @@
 #include "platform_default/environment_proxy.h"
 #include "platform_default/exchange_recording.h"
 #include "platform_default/failure_words.h"
+#include "platform_default/kept_socket.h"
 
 namespace vtdirect::platform {
 namespace {
@@ -131,7 +130,7 @@ void CurlHandle::SetFixedOptions() {
   curl_easy_setopt(handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, receiveBufferBytes);
   curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferBytes);
-  // Where a request takes a fresh connection, the one before it is closed.
+  // No other stays beside the one that KeptSocket shows.
   curl_easy_setopt(handle, CURLOPT_MAXCONNECTS, 1L);
 }
 
@@ -212,11 +211,6 @@ void CurlHandle::SetConnectLimit(long milliseconds) {
   curl_easy_setopt(handle_.get(), CURLOPT_CONNECTTIMEOUT_MS, std::min(milliseconds, longest));
 }
 
-void CurlHandle::SetFreshConnection(bool isFresh) {
-  if (std::exchange(isFresh_, isFresh) == isFresh) return;
-  curl_easy_setopt(handle_.get(), CURLOPT_FRESH_CONNECT, isFresh ? 1L : 0L);
-}
-
 void CurlHandle::SetMethod(const OutgoingRequest& request) {
   const bool isGet = request.method == Method::Get;
   if (std::exchange(isForGet_, isGet) && isGet) return;
@@ -255,9 +249,13 @@ void CurlHandle::SetHeaderLines(const OutgoingRequest& request) {
   headerOrder_ = std::move(order);
 }
 
+bool CurlHandle::HoldsLoginBack(const OutgoingRequest& request) const {
+  return request.method != Method::Get && request.authenticationMask == CURLAUTH_DIGEST && !HasNonce();
+}
+
 void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
-  const bool with = request.authenticationMask != CURLAUTH_NONE;
+  const bool with = request.authenticationMask != CURLAUTH_NONE && !HoldsLoginBack(request);
   if (!with && !hasLogin_) return;
   hasLogin_ = with;
   negotiated_ = request.authenticationMask == CURLAUTH_NEGOTIATE;
@@ -283,6 +281,8 @@ ErrorCode CurlHandle::Send(const OutgoingRequest& request, du::http::FileSink& s
 
 ErrorCode CurlHandle::Perform(const OutgoingRequest& request, du::http::FileSink& sink,
                               const du::http::TransportSettings& settings, int* httpStatus) {
+  if (NeedsFreshConnection(request, session_->way()) || HasUnaskedBytes(KeptSocket()))
+    CutConnection(KeptSocket());
   exchange_.Start({request.body, &sink, request.method == Method::Get, request.asksForCompression,
                    request.asksForIdentity, request.demands, WatchedTls(request)},
                   {settings.stallTimeoutSeconds, settings.firstByteTimeoutSeconds,
@@ -292,9 +292,8 @@ ErrorCode CurlHandle::Perform(const OutgoingRequest& request, du::http::FileSink
   SetMethod(request);
   SetHeaderLines(request);
   SetAuthentication(request);
-  SetFreshConnection(NeedsFreshConnection(request, session_->way()) || HasUnaskedBytes());
   address_.Give(handle_.get(), request.url);
-  tlsEvents_ = {};
+  BeginAnew(&tlsEvents_, tlsEvents_.context);
   const ErrorCode result = exchange_.Perform(httpStatus);
   session_->share()->CookiesCame(handle_.get(), exchange_.CookieBytes());
   // For curl the handshake was over already.
@@ -381,15 +380,6 @@ curl_socket_t CurlHandle::KeptSocket() const {
 
 bool CurlHandle::IsConnected() const {
   return KeptSocket() != CURL_SOCKET_BAD;
-}
-
-// What a server sends between two requests would be read as the answer to the second one, which may be for
-// another document or another user of this process.
-bool CurlHandle::HasUnaskedBytes() const {
-  const curl_socket_t socket = KeptSocket();
-  if (socket == CURL_SOCKET_BAD) return false;
-  char byte = 0;
-  return ::recv(socket, &byte, 1, MSG_PEEK | MSG_DONTWAIT) > 0;
 }
 
 }  // namespace vtdirect::platform

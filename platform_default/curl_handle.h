@@ -37,9 +37,14 @@ class CurlHandle {
   ///         exchange logged in by Negotiate: a server may keep such a login for the connection
   [[nodiscard]] bool Join(std::shared_ptr<OriginSession> session);
 
+  /// True when Send holds back the login of this request, so that the server demands it and tells a nonce: it
+  /// writes, and has to log in by Digest, for which this handle has no nonce yet. curl would ask with an empty
+  /// body in place of the request's own, and a server that lets that pass would carry it out.
+  [[nodiscard]] bool HoldsLoginBack(const OutgoingRequest& request) const;
+
   /// Sends one request and reads its answer into the sink; follows no redirect. A demand for authentication
-  /// that the request's own user and password can answer is answered on the way. Throws what a source or a
-  /// sink has thrown.
+  /// that the request's own user and password can answer is answered on the way, as long as the login is not
+  /// held back. Throws what a source or a sink has thrown.
   [[nodiscard]] du::http::ErrorCode Send(const OutgoingRequest& request, du::http::FileSink& sink,
                                          const du::http::TransportSettings& settings, int* httpStatus);
 
@@ -56,6 +61,8 @@ class CurlHandle {
   [[nodiscard]] PasswordScheme DemandedScheme() const;
   /// Demands for authentication that it met, those included that were answered on the way.
   [[nodiscard]] int Demands() const { return exchange_.Demands(); }
+  /// True when this handle has a nonce for a login by Digest, of the last exchange or an earlier one.
+  [[nodiscard]] bool HasNonce() const { return exchange_.HasNonce(); }
   /// True when it left a TCP connection open for the next one.
   [[nodiscard]] bool IsConnected() const;
   /// True when the connect limit ended it.
@@ -85,7 +92,6 @@ class CurlHandle {
   [[nodiscard]] bool CertificateWasRefused() const;
   [[nodiscard]] curl_socket_t KeptSocket() const;
   [[nodiscard]] const TlsEvents* WatchedTls(const OutgoingRequest& request) const;
-  [[nodiscard]] bool HasUnaskedBytes() const;
   [[nodiscard]] du::http::FailureReport ExplainIdentity() const;
   [[nodiscard]] ExchangeEvidence EvidenceOf(const Origin& origin, du::http::ErrorCode code) const;
   void SetFixedOptions();
@@ -94,7 +100,6 @@ class CurlHandle {
   void SetProxy();
   void SetEnvironmentProxy(const OutgoingRequest& request);
   void SetConnectLimit(long milliseconds);
-  void SetFreshConnection(bool isFresh);
   void SetMethod(const OutgoingRequest& request);
   void SetHeaderLines(const OutgoingRequest& request);
   void SetAuthentication(const OutgoingRequest& request);
@@ -105,7 +110,6 @@ class CurlHandle {
   // What the handle is set to, so that most exchanges change nothing of it.
   long connectLimit_ = 0;  ///< in milliseconds
   bool isForGet_ = false;
-  bool isFresh_ = false;         ///< whether an exchange takes a connection of its own
   bool asksEnvironment_ = true;  ///< whether curl looks there for a proxy
   bool hasLogin_ = false;
   bool negotiated_ = false;                       ///< the last exchange carried a login by Negotiate

@@ -81,6 +81,7 @@ ErrorCode OriginVisit::SendInPlace(const OutgoingRequest& request, du::http::Fil
   if (handle_ == nullptr) return ErrorCode::NoConnection;
   // An exchange that failed, or was left by an exception, has lost its connection: its handle is not kept.
   std::unique_ptr<CurlHandle> used = std::move(handle_);
+  heldLoginBack_ = used->HoldsLoginBack(request);
   const ErrorCode result = used->Send(request, sink, rules_.settings, httpStatus);
   found_ = used->Explain(state_->origin(), result);
   if (result == ErrorCode::Done) {

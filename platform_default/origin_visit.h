@@ -61,6 +61,11 @@ class OriginVisit {
   [[nodiscard]] PasswordScheme KnownScheme() const { return session_->passwordScheme(); }
   /// Keeps for all how the server takes a password, if the last answer has shown it, and gives it.
   PasswordScheme LearnScheme();
+  /// True when the last exchange went without its login, see CurlHandle::HoldsLoginBack. Holds within the
+  /// exchange as well.
+  [[nodiscard]] bool HeldLoginBack() const { return heldLoginBack_; }
+  /// True when the last exchange left a nonce for a login by Digest.
+  [[nodiscard]] bool HasNonce() const { return handle_->HasNonce(); }
   /// Demands for authentication that the last exchange met, those included that it answered by itself.
   [[nodiscard]] int Demands() const { return handle_->Demands(); }
   /// Where the last answer redirects to; empty when it does not.
@@ -80,6 +85,7 @@ class OriginVisit {
   /// Outlives the handle: who comes next for the place finds the handle there, and needs no new one.
   std::optional<ExchangePlaces::Place> place_;
   du::http::FailureReport found_;
+  bool heldLoginBack_ = false;
   std::unique_ptr<CurlHandle> handle_;  ///< null until one is needed, and after a failure
 };
 

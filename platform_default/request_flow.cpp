@@ -76,6 +76,7 @@ ErrorCode RequestFlow::Run(int* httpStatus) {
       TellWhatWasFound();
       return result;
     }
+    if (at_->HeldLoginBack()) carried_ = Carried::Nothing;
     LearnScheme();
     CountDemands(status);
     if (!FollowsUp(status)) {
@@ -224,7 +225,7 @@ PasswordScheme RequestFlow::KnownScheme() const {
 }
 
 bool RequestFlow::MayFollowUp(int status) const {
-  if (status == unauthorized) return place_ != Place::Foreign && triesLeft_ > 0;
+  if (status == unauthorized) return place_ != Place::Foreign && (triesLeft_ > 0 || OnlyAskedForNonce());
   return IsRedirect(status) && redirectsLeft_ > 0;
 }
 
@@ -234,7 +235,18 @@ bool RequestFlow::FollowsUp(int status) {
   return status == unauthorized ? FollowsDemand() : FollowsRedirect();
 }
 
+bool RequestFlow::OnlyAskedForNonce() const {
+  return at_->HeldLoginBack() && !nonceAskedFor_;
+}
+
 bool RequestFlow::FollowsDemand() {
+  // A demand that only tells how to log in uses up no try.
+  if (OnlyAskedForNonce()) {
+    nonceAskedFor_ = true;
+    standingPasswordTried_ = false;
+    if (HasUntriedCredentials()) return true;
+    if (triesLeft_ == 0) return at_->SessionHasEnded();
+  }
   --triesLeft_;
   // Another thread has answered the same demand meanwhile.
   if (at_->SessionHasEnded()) return true;
@@ -251,6 +263,8 @@ bool RequestFlow::HasUntriedCredentials() {
   if (standing->kind != CredentialKind::Password || standingPasswordTried_) return false;
   const Carried wanted = PasswordRoad(KnownScheme(), body_ != nullptr);
   if (carried_ == Carried::WhateverIsAsked || wanted == carried_ || wanted == Carried::Nothing) return false;
+  // Without a nonce the next try would go without the login as well.
+  if (wanted == Carried::Digest && at_->HeldLoginBack() && !at_->HasNonce()) return false;
   standingPasswordTried_ = true;
   return true;
 }
@@ -285,6 +299,7 @@ void RequestFlow::GoTo(const Origin& next) {
   demanded_ = PasswordScheme::Unknown;
   loginDemanded_ = false;
   standingPasswordTried_ = false;
+  nonceAskedFor_ = false;
 }
 
 }  // namespace vtdirect::platform

@@ -58,6 +58,7 @@ class RequestFlow {
   [[nodiscard]] bool FollowsUp(int status);
   [[nodiscard]] bool FollowsDemand();
   [[nodiscard]] bool HasUntriedCredentials();
+  [[nodiscard]] bool OnlyAskedForNonce() const;
   [[nodiscard]] bool FollowsRedirect();
   void GoTo(const Origin& next);
   [[nodiscard]] OriginVisit* VisitTo(const Origin& origin);
@@ -91,6 +92,7 @@ class RequestFlow {
   PasswordScheme demanded_ = PasswordScheme::Unknown;
   bool loginDemanded_ = false;  ///< by the origin that the request is at
   bool standingPasswordTried_ = false;
+  bool nonceAskedFor_ = false;  ///< by a try that the visit held the login back from
   int triesLeft_;
   int redirectsLeft_;
 };

@@ -13,14 +13,18 @@ int EventsIndex() {
   return index;
 }
 
-/// OpenSSL calls this when the server has asked for a certificate and has shown its own.
-int OnCertificateAsked(SSL*, void* events) {
-  static_cast<TlsEvents*>(events)->certificateAsked = true;
-  return 1;  // go on, with whatever there is
+/// Null when they are those of a later connection by now.
+TlsEvents* EventsOf(const SSL* connection) {
+  const SSL_CTX* context = SSL_get_SSL_CTX(connection);
+  auto* events = static_cast<TlsEvents*>(SSL_CTX_get_ex_data(context, EventsIndex()));
+  return events != nullptr && events->context == context ? events : nullptr;
 }
 
-TlsEvents* EventsOf(const SSL* connection) {
-  return static_cast<TlsEvents*>(SSL_CTX_get_ex_data(SSL_get_SSL_CTX(connection), EventsIndex()));
+/// OpenSSL calls this when the server has asked for a certificate and has shown its own.
+int OnCertificateAsked(SSL* connection, void*) {
+  TlsEvents* events = EventsOf(connection);
+  if (events != nullptr) events->certificateAsked = true;
+  return 1;  // go on, with whatever there is
 }
 
 void OnState(const SSL* connection, int where, int alert) {
@@ -63,10 +67,16 @@ int OnVerdict(int isGood, X509_STORE_CTX* verification) {
 
 }  // namespace
 
+void BeginAnew(TlsEvents* events, const ssl_ctx_st* context) {
+  *events = {};
+  events->context = context;
+}
+
 void WatchTls(ssl_ctx_st* context, TlsEvents* events) {
   if (SSL_CTX_set_ex_data(context, EventsIndex(), events) != 1) return;
+  BeginAnew(events, context);
   events->begun = true;
-  SSL_CTX_set_cert_cb(context, &OnCertificateAsked, events);
+  SSL_CTX_set_cert_cb(context, &OnCertificateAsked, nullptr);
   SSL_CTX_set_info_callback(context, &OnState);
   SSL_CTX_set_verify(context, SSL_CTX_get_verify_mode(context), &OnVerdict);
 }

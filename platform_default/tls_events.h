@@ -25,10 +25,15 @@ struct TlsEvents {
   CertificateFault fault;
   /// The hosts that its certificate is for: "a.example, b.example"; empty for one that names none.
   std::string certificateHosts;
+  const ssl_ctx_st* context = nullptr;  ///< of the connection that they are of
 };
 
-/// Notes the events of all TLS connections that are made with `context`.
-/// @param events  must outlive these connections
+/// Forgets what was noted. From now on it is what the connection with this context does, perhaps a kept one.
+void BeginAnew(TlsEvents* events, const ssl_ctx_st* context);
+
+/// Notes the events of the TLS connection that is made with `context`, and no more those of one before: its close
+/// says nothing of what comes over this one.
+/// @param events  begins anew; must outlive both connections
 void WatchTls(ssl_ctx_st* context, TlsEvents* events);
 
 /// True when the server ended the connection because of the certificate that it was shown or not shown. With

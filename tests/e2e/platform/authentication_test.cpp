@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <atomic>
+
 #include "platform/trace.h"
 #include "tests/e2e/platform/fetching.h"
 #include "tests/e2e/platform/scripted_server.h"
@@ -198,6 +200,92 @@ TEST_F(Authentication, SendsTheBodyOfADigestPostOnceTheServerIsKnown) {
   for (const WireRequest& request : server.requests()) bodies += request.body.empty() ? 0 : 1;
   EXPECT_EQ(bodies, 1);
   EXPECT_TRUE(server.requests().back().body == body);
+}
+
+/// Wants a login by Digest, but lets in whoever brings the cookie that its answers set.
+class DigestWithSession : public Authentication {
+ protected:
+  DigestWithSession() {
+    du::http::SetPasswordCredentials(server_.Url(), "paula", "s3cret");
+    // Each request takes a handle of its own, as one that comes while others are under way does.
+    du::http::TransportSettings settings = du::http::GetTransportSettings();
+    settings.idleConnections = 0;
+    du::http::SetTransportSettings(settings);
+  }
+  static Asking Writing(Method method, const std::string* body) {
+    Asking asking = Doc();
+    asking.method = method;
+    asking.body = body;
+    return asking;
+  }
+  std::atomic<bool> wantsEachLogin_{false};
+  ScriptedServer server_{[this](Peer& peer, WireRequest& request) {
+    peer.ReadBody(&request);
+    const std::string authorization = request.Header("Authorization");
+    const bool knowsCookie = !wantsEachLogin_ && request.Header("Cookie") == "session=open";
+    const bool knowsLogin = authorization.find(digestOfGet) != std::string::npos ||
+                            authorization.find(digestOfPost) != std::string::npos;
+    if (!knowsCookie && !knowsLogin) return peer.Answer(401, "", askDigest);
+    peer.Answer(200, "vaulted", "Set-Cookie: session=open\r\n");
+  }};
+};
+
+TEST_F(DigestWithSession, GetsEachWriteOnceAndWithItsBody) {
+  const std::string body = "create me";
+  for (const Method method : {Method::Post, Method::Patch}) {
+    for (const std::string* sent : {&body, static_cast<const std::string*>(nullptr)}) {
+      EXPECT_EQ(FetchFrom(server_.Url(), Doc()).body, "vaulted");
+      const std::size_t before = server_.requests().size();
+      EXPECT_EQ(FetchFrom(server_.Url(), Writing(method, sent)).body, "vaulted");
+      ASSERT_EQ(server_.requests().size(), before + 1);
+      EXPECT_EQ(server_.requests().back().body, sent == nullptr ? "" : body);
+    }
+  }
+}
+
+TEST_F(DigestWithSession, GetsTheBodyAgainWhenItWantsALoginAllTheSame) {
+  // The demand only tells how to log in, so it counts as no try.
+  du::http::TransportSettings settings = du::http::GetTransportSettings();
+  settings.authenticationTries = 0;
+  du::http::SetTransportSettings(settings);
+  wantsEachLogin_ = true;
+  EXPECT_EQ(FetchFrom(server_.Url(), Doc()).body, "vaulted");
+  const std::string body(100'000, 'p');
+  EXPECT_EQ(FetchFrom(server_.Url(), Writing(Method::Post, &body)).body, "vaulted");
+  const std::vector<WireRequest> requests = server_.requests();
+  ASSERT_EQ(requests.size(), 4u);
+  EXPECT_EQ(requests.at(2).Header("Authorization"), "(none)");
+  EXPECT_TRUE(requests.at(2).body == body);
+  EXPECT_THAT(requests.at(3).Header("Authorization"), HasSubstr(digestOfPost));
+  EXPECT_TRUE(requests.at(3).body == body);
+  EXPECT_EQ(requests.at(3).connection, requests.at(2).connection);
+}
+
+TEST_F(DigestWithSession, LeavesTheHostItsTriesWhenThePasswordIsWrong) {
+  wantsEachLogin_ = true;
+  const std::string body = "create me";
+  int asked = 0;
+  Asking asking = Writing(Method::Post, &body);
+  asking.reauthenticate = [this, &asked] {
+    du::http::SetPasswordCredentials(server_.Url(), "paula", ++asked < 3 ? "wrong" : "s3cret");
+    return true;
+  };
+  du::http::SetPasswordCredentials(server_.Url(), "paula", "wrong");
+  EXPECT_EQ(FetchFrom(server_.Url(), Doc()).status, 401);
+  EXPECT_EQ(FetchFrom(server_.Url(), asking).body, "vaulted");
+  EXPECT_EQ(asked, 3);
+}
+
+TEST_F(Authentication, ByDigestWithoutANonceEndsAsTheDemand) {
+  ScriptedServer server(Guarded(digestOfPost, "WWW-Authenticate: Digest realm=\"vault\"\r\n"));
+  du::http::SetPasswordCredentials(server.Url(), "paula", "s3cret");
+  const std::string body = "create me";
+  Asking asking = Doc();
+  asking.method = Method::Post;
+  asking.body = &body;
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(FetchFrom(server.Url(), asking).status, 401);
+  for (const WireRequest& request : server.requests()) EXPECT_EQ(request.body, body);
+  EXPECT_EQ(server.requests().size(), 3u);
 }
 
 TEST_F(Authentication, AsksTheHostWhenADigestPasswordIsWrong) {

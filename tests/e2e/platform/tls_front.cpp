@@ -42,7 +42,7 @@ void WaitForEnd(int socket) {
 }  // namespace
 
 TlsFront::TlsFront(const std::string& directory, const std::string& name, int port, const TlsDemand& demand)
-    : context_(SSL_CTX_new(TLS_server_method())), plainPort_(port), cuts_(demand.cuts) {
+    : context_(SSL_CTX_new(TLS_server_method())), plainPort_(port), cuts_(demand.cuts), uncut_(demand.uncut) {
   signal(SIGPIPE, SIG_IGN);  // a client may go while it is written to
   const std::string base = directory + "/" + name;
   if (SSL_CTX_use_certificate_file(context_.get(), (base + ".pem").c_str(), SSL_FILETYPE_PEM) != 1 ||
@@ -86,12 +86,12 @@ void TlsFront::Accept() {
     const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
     if (socket < 0) continue;
     Hurry(socket);
-    ++connections_;
-    threads_.emplace_back([this, socket] { Serve(socket); });
+    const bool cuts = ++connections_ > uncut_ && cuts_;
+    threads_.emplace_back([this, socket, cuts] { Serve(socket, cuts); });
   }
 }
 
-void TlsFront::Serve(int socket) {
+void TlsFront::Serve(int socket, bool cuts) {
   SSL* tls = SSL_new(context_.get());
   SSL_set_fd(tls, socket);
   if (SSL_accept(tls) == 1) {
@@ -103,7 +103,7 @@ void TlsFront::Serve(int socket) {
       Pump(tls, socket, plain);
       close(plain);
     }
-    if (!cuts_) SSL_shutdown(tls);
+    if (!cuts) SSL_shutdown(tls);
   } else {
     // A request that is on its way already would turn the end of the connection into a reset, and the reset
     // could overtake the alert.
@@ -112,6 +112,7 @@ void TlsFront::Serve(int socket) {
   }
   SSL_free(tls);
   close(socket);
+  ++ended_;
 }
 
 void TlsFront::Pump(SSL* tls, int socket, int plain) {
@@ -129,6 +130,7 @@ void TlsFront::Pump(SSL* tls, int socket, int plain) {
     if (waiting[1].revents != 0) {
       const ssize_t count = recv(plain, piece.data(), piece.size(), 0);
       if (count <= 0 || SSL_write(tls, piece.data(), static_cast<int>(count)) <= 0) return;
+      passed_ += static_cast<std::size_t>(count);
     }
   }
 }
