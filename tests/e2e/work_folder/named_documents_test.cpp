@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 #include "tests/e2e/work_folder/work_folder_fixture.h"
 
 using testing::HasSubstr;
