@@ -168,8 +168,8 @@ class Sending {
     return {ExitCode::Failure,
             "conflict: " + Named("was made from version ") + file_.version +
                 ", and something else was stored in the working copy " + copy + " since; nothing was sent",
-            CommandToType("get", copy) + " fetches what is there; \"vtdirect put " + file + " " +
-                QuotedForShell(copy) + " --checkin\" stores the file over it, and " +
+            "\"vtdirect get " + QuotedForShell(copy) + " -o FILE\" fetches what is there; \"vtdirect put " +
+                file + " " + QuotedForShell(copy) + " --checkin\" stores the file over it, and " +
                 CommandToType("undo", copy) + " gives it up",
             std::nullopt, FailureClass::Conflict};
   }

@@ -101,7 +101,9 @@ TEST_F(CommitInDoubt, StoresNothingOverWhatOthersHaveStoredInTheWorkingCopy) {
   EXPECT_EQ(result.out, "");
   EXPECT_THAT(result.err, HasSubstr("conflict: fork.lxz was made from version B.1, and something else was "
                                     "stored in the working copy " +
-                                    uid + " since; nothing was sent; \"vtdirect get '" + uid + "'\""));
+                                    uid + " since; nothing was sent; \"vtdirect get '" + uid +
+                                    "' -o FILE\" fetches what is there; \"vtdirect put 'fork.lxz' '" + uid +
+                                    "' --checkin\" stores the file over it"));
   EXPECT_EQ(Run({"get", uid, "-o", "-"}).out, "theirs");
   EXPECT_EQ(HolderOf("D1001"), "anna");
   EXPECT_EQ(RunIn("Frame", {"put", "fork.lxz", uid, "--checkin"}).status, 0) << "as it tells";
