@@ -5,16 +5,17 @@
 #include <optional>
 
 #include "hosts/cli/browsing/address.h"
+#include "hosts/cli/checkouts/checkin_answer.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/newest_iteration.h"
+#include "hosts/cli/checkouts/unstored_copy.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
 #include "hosts/cli/files/content_download.h"
 #include "hosts/cli/program/interruption_report.h"
-#include "hosts/cli/storing/unstored_files.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -46,13 +47,11 @@ struct Ended {
 
 // An answer that tells no document leaves the library with the id that went in, or with none at all. An undo
 // of what was checked in before leaves it with the iteration that was checked out, and there is a newer one.
-[[nodiscard]] Ended UidAfter(const Ending& ending, const std::string& told) {
+[[nodiscard]] Ended UidAfterUndo(const Ending& ending, const std::string& told) {
   const bool isTold = !ending.hadEnded && HasObjectId(told) && !AreSameUid(told, ending.workingCopy);
   if (isTold) return {.uid = told, .isTold = true};
   const std::string& known = ending.document.empty() ? ending.workingCopy : ending.document;
   if (const auto newest = NewestUidOf(known)) return {.uid = *newest};
-  // What was checked out is the newest iteration no more.
-  if (ending.end == CheckoutEnd::Checkin) return {};
   const bool isUnknown = ending.document.empty() && ending.hadEnded;
   return {.uid = isUnknown ? told : ending.document};
 }
@@ -60,7 +59,7 @@ struct Ended {
 // Of a temporary workspace the library reports an undo that the server has refused as done, so that is not taken
 // for done before the document tells it. Of another workspace a refusal is told.
 [[nodiscard]] bool MayStillStand(const Ending& ending, const std::string& uid) {
-  if (ending.end != CheckoutEnd::Undo || ending.hadEnded) return false;
+  if (ending.hadEnded) return false;
   switch (ReadCheckoutState(uid.empty() ? ending.workingCopy : uid).status) {
     case VtDirectManager::CheckoutByUserUnrecorded:
     case VtDirectManager::CheckoutInTempWorkspace:
@@ -73,24 +72,36 @@ struct Ended {
   }
 }
 
-[[nodiscard]] Result<Ended> Perform(Host& host, const Ending& ending) {
-  ForgetReasons();
-  JournaledStep step(host, {NameOf(ending.end), ending.address, ending.workingCopy});
-  const char* const workingCopy = ending.workingCopy.c_str();
-  const std::string told = ending.end == CheckoutEnd::Checkin ? VtDirectManager::Checkin(workingCopy)
-                                                              : VtDirectManager::UndoCheckout(workingCopy);
-  if (told.empty()) {
-    step.SettleUnlessUnknown();
-    return EndFailure(host, ending.end, ending.address, ending.workingCopy);
-  }
-  Ended ended = UidAfter(ending, told);
+[[nodiscard]] Result<Ended> SettleUndo(Host& host, const Ending& ending, const std::string& told) {
+  Ended ended = UidAfterUndo(ending, told);
   if (MayStillStand(ending, ended.uid)) {
     return EndFailure(host, ending.end, ending.address, ending.workingCopy);
   }
   if (!ending.hadEnded) WarnOfLeftWorkspace(host);
-  if (ending.end == CheckoutEnd::Checkin && !ended.uid.empty()) {
-    KeepContentOf(host, ending.workingCopy, ended.uid);
+  return ended;
+}
+
+[[nodiscard]] Result<Ended> SettleCheckin(Host& host, const Ending& ending, const std::string& told) {
+  const CheckinAnswer answer = ReadCheckinAnswer(host, told, ending.workingCopy, ending.document);
+  WarnOfLeftWorkspace(host);
+  if (answer.iteration.empty()) return UnknownCheckin(answer, ending.address + " was to be checked in");
+  KeepContentOf(host, ending.workingCopy, answer.iteration);
+  return Ended{.uid = answer.iteration, .isTold = answer.isTold};
+}
+
+[[nodiscard]] Result<Ended> Perform(Host& host, const Ending& ending) {
+  ForgetReasons();
+  JournaledStep step(host, {NameOf(ending.end), ending.address, ending.workingCopy});
+  const char* const workingCopy = ending.workingCopy.c_str();
+  const bool isCheckin = ending.end == CheckoutEnd::Checkin;
+  const std::string told =
+      isCheckin ? VtDirectManager::Checkin(workingCopy) : VtDirectManager::UndoCheckout(workingCopy);
+  if (told.empty()) {
+    step.SettleUnlessUnknown();
+    return EndFailure(host, ending.end, ending.address, ending.workingCopy);
   }
+  auto ended = isCheckin ? SettleCheckin(host, ending, told) : SettleUndo(host, ending, told);
+  if (!ended) return ended;
   ForgetCheckout(host, ending.workingCopy);
   step.Settle();
   return ended;
@@ -121,22 +132,6 @@ struct Ended {
   return ExitCode::Ok;
 }
 
-// What a program has written in a mount would be left out of the new iteration, and could be stored nowhere after that.
-[[nodiscard]] std::optional<Failure> FailureOfUnstored(const Ending& ending) {
-  if (ending.end != CheckoutEnd::Checkin || ending.hadEnded) return std::nullopt;
-  const UnstoredFiles unstored;
-  for (const UnstoredFile& file : unstored.All()) {
-    if (!AreSameUid(file.base, ending.workingCopy) || unstored.IsToBeDropped(file.name)) continue;
-    return Failure{ExitCode::Failure,
-                   ending.address +
-                       " was written to in a mount, and the server does not have that yet; nothing was " +
-                       "checked in; \"vtdirect recover\" tells why, \"vtdirect refresh DIR\" has the mount "
-                       "try again, and " +
-                       "\"vtdirect recover --discard '" + unstored.ContentOf(file.name) + "'\" gives it up"};
-  }
-  return std::nullopt;
-}
-
 // Which working copy is meant, and that its checkout can end.
 [[nodiscard]] Result<Ending> SettleEnding(Host& host, const std::string& address, CheckoutEnd end) {
   ForgetReasons();
@@ -147,7 +142,8 @@ struct Ended {
   if (Interrupted()) return InterruptedFailure();
   const auto kept = CheckoutBook().Find(*workingCopy);
   Ending ending{end, address, *workingCopy, kept ? kept->document : "", HasEnded(state->status)};
-  if (const auto failure = FailureOfUnstored(ending)) return *failure;
+  if (end == CheckoutEnd::Undo) return ending;
+  if (const auto failure = RefusalOfUnstored(address, *workingCopy, "checked in")) return *failure;
   return ending;
 }
 

@@ -140,14 +140,8 @@ constexpr std::size_t mostWarnings = 3;
 
 // Whether a checkout has ended by its check-in, its content tells.
 void KeepContentIfCheckedIn(Host& host, const JournalEntry& entry) {
-  const auto records = FetchRecords().OfWorkingCopy(entry.uid);
-  if (entry.step != "checkin" || records.empty()) return;
-  const auto newest = NewestUidOf(entry.uid);
-  if (!newest) return;
-  const std::string sum = SumOnServer(host, *newest);
-  const bool isThere = std::any_of(records.begin(), records.end(),
-                                   [&sum](const FetchRecord& record) { return record.sha256 == sum; });
-  if (isThere) KeepContentOf(host, entry.uid, *newest);
+  if (entry.step != "checkin" || FetchRecords().OfWorkingCopy(entry.uid).empty()) return;
+  if (const auto newest = NewestUidOf(entry.uid)) KeepContentOf(host, entry.uid, *newest);
 }
 
 // "a checkout", "an undo", "an xliff put".

@@ -45,6 +45,16 @@ void Show(Host& host, const WorkFolder& folder, const std::string& action, const
   return host.output().Fail(ConflictOf(folder.Shown(file.path), file.file->version, file.document->version));
 }
 
+// A commit without names takes what differs for changed, and what a link leads to is no change of this file.
+[[nodiscard]] std::optional<Failure> RefusalOfLink(const WorkFolder& folder, const std::string& path) {
+  if (IsReachedWithoutLink(folder.root(), path)) return std::nullopt;
+  return Failure{
+      ExitCode::LocalFile,
+      Printable(folder.Shown(path)) +
+          " is no regular file, or is reached by a symbolic link; nothing was sent",
+      "put the file itself in its place; without the link, vtdirect pull brings it back as it came"};
+}
+
 void ShowWouldCommit(Host& host, const WorkFolder& folder, FolderFile file) {
   file.size = FactsOf(folder.OnDisk(file.path)).size;
   Show(host, folder, "would-commit", file);
@@ -54,6 +64,7 @@ void ShowWouldCommit(Host& host, const WorkFolder& folder, FolderFile file) {
   switch (file.state) {
     case FileState::Modified: {
       if (!file.document) break;
+      if (const auto refusal = RefusalOfLink(folder, file.path)) return host.output().Fail(*refusal);
       if (dryRun) {
         ShowWouldCommit(host, folder, *file.file);
         return ExitCode::Ok;
@@ -153,7 +164,9 @@ CommandRow CommitCommand() {
       "and checks it in: one document after the other, and one line for each that is done. Without FILE all "
       "files are meant that st shows as changed here.\n\n"
       "A document whose newest version is not the one that the file came from is a conflict: nothing of it "
-      "is sent, and the others go on. It keeps its source links, attributes and a viewable that the server "
+      "is sent, and the others go on. So is one into whose working copy, checked out before, something else "
+      "was "
+      "stored. The document keeps its source links, attributes and a viewable that the server "
       "carries over, as with put. Metadata is of one iteration, and the new one has none.\n\n"
       "When one fails, the state on the server and what to do next are told, and the same command can be "
       "given again: it goes on with the checkout that was made. A file that the server does not know is not "

@@ -1,11 +1,13 @@
 #include <vtdirect/vt_direct_manager.h>
 
+#include "hosts/cli/checkouts/checkin_answer.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_end.h"
 #include "hosts/cli/checkouts/checkout_words.h"
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/checkouts/unstored_copy.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
@@ -35,7 +37,8 @@ struct Put {
   PutTarget target;
   SourceLinks links;
   PutOutcome outcome;
-  std::string uid;  // to go on with
+  std::string uid;     // to go on with
+  std::string sha256;  // of what is sent
   CheckoutState state;
   bool checkedIn = false;
   bool isUnchanged = false;  // the server has the file's bytes already
@@ -62,9 +65,12 @@ struct Put {
   if (!request) return request.failure();
   const auto target = SettlePutTarget(host, *request);
   if (!target) return target.failure();
+  if (request->checkIn && target->action == PutTarget::Action::Store) {
+    if (auto failure = RefusalOfUnstored(request->address, target->address, "sent")) return *failure;
+  }
   const auto links = SettleLinks(host, *request, *target);
   if (!links) return links.failure();
-  Put put{*request, *target, *links, {}, {}, {}};
+  Put put{*request, *target, *links, {}, {}, {}, {}};
   if (auto failure = SettleConditions(host, arguments, put)) return *failure;
   if (Interrupted()) return InterruptedFailure();
   return put;
@@ -134,22 +140,26 @@ void RecordStored(Host& host, const Put& put) {
                           " tells");
   ForgetReasons();
   JournaledStep step(host, {"checkin", put.request.address, put.uid});
-  const std::string uid = VtDirectManager::Checkin(put.uid.c_str());
-  if (uid.empty()) {
+  const std::string told = VtDirectManager::Checkin(put.uid.c_str());
+  if (told.empty()) {
     step.SettleUnlessUnknown();
     return PutCheckInFailure(host, put.uid);
   }
-  report.Tell("the file is stored and checked in; the UID to go on with is " + uid);
+  const auto kept = CheckoutBook().Find(put.uid);
+  const CheckinAnswer answer = ReadCheckinAnswer(host, told, put.uid, kept ? kept->document : "", put.sha256);
   WarnOfLeftWorkspace(host);
-  KeepContentOf(host, put.uid, uid);
+  const std::string& uid = answer.iteration;
+  if (uid.empty()) return UnknownCheckin(answer, "the file was stored in the working copy " + put.uid);
+  report.Tell("the file is stored and checked in; the UID to go on with is " + uid);
+  KeepContentOf(host, put.uid, uid, put.sha256);
   ForgetCheckout(host, put.uid);
   step.Settle();
   return uid;
 }
 
 [[nodiscard]] JournalEntry EntryOf(const Put& put) {
-  const std::string& file = put.request.content.path;
-  return {WordsOf(put.target.action).step, put.request.address, put.target.address, file, Sha256OfFile(file)};
+  return {WordsOf(put.target.action).step, put.request.address, put.target.address, put.request.content.path,
+          put.sha256};
 }
 
 void Report(Host& host, const Put& put) {
@@ -214,6 +224,7 @@ ExitCode ReportUnsent(Host& host, const Put& put) {
 
 // Sends the files, and keeps what follows from it.
 [[nodiscard]] Result<Put> Store(Host& host, Put put, InterruptionReport& report) {
+  put.sha256 = Sha256OfFile(put.request.content.path);
   JournaledStep step(host, EntryOf(put));
   put.outcome = RunUpload(host, put.request, put.target, put.links, report);
   if (!put.outcome.stored) {

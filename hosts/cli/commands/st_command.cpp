@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -23,6 +24,7 @@ struct Line {
   std::string checkout;     // as status calls it; empty when nobody has it, and when it was not asked
   std::string holder;       // who has it checked out
   bool isHeldHere = false;  // by this program
+  bool isUntold = false;    // it was asked, and there was no answer
 };
 
 /// Who has the documents checked out. A listing does not tell it, so it is asked for those alone whose user will
@@ -91,6 +93,8 @@ class Holders {
   }
 
   static void Take(Line& line, const CheckoutState& state) {
+    line.isUntold = state.status == VtDirectManager::CheckoutStatusFailed;
+    if (line.isUntold) line.checkout = CheckoutWord(state.status);
     if (state.user.empty()) return;
     line.holder = state.user;
     line.checkout = CheckoutWord(state.status);
@@ -121,7 +125,19 @@ void Show(Host& host, const WorkFolder& folder, const Line& line) {
 }
 
 [[nodiscard]] bool IsToShow(const Line& line, bool all) {
-  return all || line.file.state != FileState::Same || line.isHeldHere || !line.holder.empty();
+  return all || line.file.state != FileState::Same || line.isHeldHere || line.isUntold ||
+         !line.holder.empty();
+}
+
+// What the server does not tell is no sign that nobody has it.
+[[nodiscard]] ExitCode TellUntold(Host& host, const std::vector<Line>& lines) {
+  const auto count =
+      std::count_if(lines.begin(), lines.end(), [](const Line& line) { return line.isUntold; });
+  if (count == 0) return ExitCode::Ok;
+  return host.output().Fail({ExitCode::Incomplete,
+                             "whether somebody has " + std::to_string(count) +
+                                 (count == 1 ? " file" : " files") + " checked out could not be found out",
+                             "the same command can be given again"});
 }
 
 ExitCode RunSt(Host& host, const Arguments& arguments) {
@@ -144,7 +160,7 @@ ExitCode RunSt(Host& host, const Arguments& arguments) {
   std::erase_if(lines, [all](const Line& line) { return !IsToShow(line, all); });
   for (const Line& line : lines) Show(host, folder, line);
   if (lines.empty() && tree.failures.empty()) host.output().NoteToWatcher("nothing differs");
-  ExitCode worst = ExitCode::Ok;
+  ExitCode worst = TellUntold(host, lines);
   for (const Failure& told : tree.failures) worst = Worse(worst, host.output().Fail(told));
   return worst;
 }
@@ -162,7 +178,9 @@ CommandRow StCommand() {
       "its name here), unknown (here and not on the server) and gone (from the server). A folder that can't "
       "be listed is a failure, and of its files the local side alone is told.\n\n"
       "The checkout is by-you for a document that vtdirect has checked out (see checkouts). Whether somebody "
-      "else has is asked for the files that were changed here, and with --checkouts for all.\n\n"
+      "else has is asked for the files that were changed here, and with --checkouts for all; it is unknown "
+      "if the "
+      "server does not tell, which is a failure.\n\n"
       "A file is read only when its size or time is another than when it came. Each folder is listed once.",
       {},
       {{.name = "all", .letter = 'a', .help = "Show the files too that are the same."},

@@ -26,7 +26,9 @@ constexpr ExitCodeRow rows[] = {
      "The address names a server that is not in the list of servers. No request was made to it."},
     {ExitCode::Outdated, "outdated", "A newer iteration exists (status only). All objects were found."},
     {ExitCode::Incomplete, "incomplete",
-     "A listing broke off or reached a bound: what was printed is not all that is there."},
+     "A listing broke off or reached a bound, so that what was printed is not all that is there; or whether "
+     "a "
+     "change was carried out, or all that the command is to tell, could not be found out."},
     {ExitCode::TimedOut, "timed-out",
      "The time that --max-time or the configuration file allows was over before the command had ended."},
     {ExitCode::Interrupted, "interrupted",

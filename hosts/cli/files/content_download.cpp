@@ -11,6 +11,7 @@
 #include <iostream>
 
 #include "hosts/cli/browsing/address.h"
+#include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/dry_run.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
@@ -146,6 +147,9 @@ void Report(Host& host, const Download& download, const std::string& uid, std::u
   // Before anybody else can write to it: what is recorded is what the server has.
   auto record = Measure(pending.path());
   const auto condition = download.force ? DurableFile::Condition::Anything : DurableFile::Condition::AsBefore;
+  if (auto failure = RefusalToLoseContent(download.target, download.force, record ? record->sha256 : "")) {
+    return *failure;
+  }
   const int error = pending.Commit(DurableFile::Permissions::OfTarget, condition, download.target.before);
   if (error == ESTALE) return ChangedMeanwhile(download.target.path);
   if (error != 0) return WriteFailure(download.target.path, error);
@@ -270,8 +274,14 @@ void RecordFetch(Host& host, const std::string& file, FetchRecord record) {
                         "; a further get into it takes --force");
 }
 
-void KeepContentOf(Host& host, const std::string& workingCopy, const std::string& iteration) {
-  for (FetchRecord& record : FetchRecords().OfWorkingCopy(workingCopy)) {
+void KeepContentOf(Host& host, const std::string& workingCopy, const std::string& iteration,
+                   const std::string& sha256) {
+  auto records = FetchRecords().OfWorkingCopy(workingCopy);
+  if (records.empty()) return;
+  const std::string sum = sha256.empty() ? SumOnServer(host, iteration) : sha256;
+  for (FetchRecord& record : records) {
+    // It stays that of a working copy that is gone, and its file is not replaced.
+    if (record.sha256 != sum) continue;
     record.uid = iteration;
     record.version.clear();
     record.copyUse = CopyUse::None;

@@ -51,9 +51,11 @@ struct Download {
 /// @param record  with all but file, and perhaps version
 void RecordFetch(Host& host, const std::string& file, FetchRecord record);
 
-/// Local files whose bytes are in a working copy have them in this iteration from now on: it was checked in.
-/// Makes requests if there are such files.
-void KeepContentOf(Host& host, const std::string& workingCopy, const std::string& iteration);
+/// Local files whose bytes are in a working copy have them in this iteration from now on, if it has them: the working
+/// copy was checked in. Others may have stored something else in it meanwhile. Makes requests if there are such files.
+/// @param sha256  of the iteration's bytes; they are fetched unless it is known
+void KeepContentOf(Host& host, const std::string& workingCopy, const std::string& iteration,
+                   const std::string& sha256 = {});
 
 /// Forgets that a working copy has the bytes of local files: it has got other ones. Makes no request.
 void ForgetContentOf(const std::string& workingCopy);

@@ -65,4 +65,15 @@ std::optional<Failure> RefusalToReplaceCopy(const Target& target, bool force, co
                                           nextStep};
 }
 
+std::optional<Failure> RefusalToLoseContent(const Target& target, bool force, const std::string& sha256) {
+  if (target.kind != Target::Kind::File || !target.before || force) return std::nullopt;
+  const auto record = FetchRecords().Find(target.path);
+  if (!record || record->copyUse == CopyUse::None || record->sha256 == sha256) return std::nullopt;
+  return Failure{
+      ExitCode::LocalFile,
+      target.path + " has a content of the working copy " + record->uid +
+          " that was replaced there by another one, so that it may be nowhere else; the file is as it "
+          "was; --force replaces it and loses what is in it, -o writes to another file"};
+}
+
 }  // namespace vtdirect_cli

@@ -21,4 +21,10 @@ namespace vtdirect_cli {
 [[nodiscard]] std::optional<Failure> RefusalToReplaceCopy(const Target& target, bool force,
                                                           const std::string& fetched);
 
+/// Why the file at a target must not be replaced by the content that has come: its bytes were those of a working copy,
+/// and the working copy has other ones by now. Nothing for a file of which no such thing is recorded. Makes no request.
+/// @param sha256  of what has come
+[[nodiscard]] std::optional<Failure> RefusalToLoseContent(const Target& target, bool force,
+                                                          const std::string& sha256);
+
 }  // namespace vtdirect_cli

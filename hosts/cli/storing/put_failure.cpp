@@ -156,6 +156,7 @@ constexpr const char* againAdvice = "the same command can be given again";
 
 // To be asked before the reasons are forgotten.
 [[nodiscard]] Doubt DoubtAfter(const PutOutcome& outcome) {
+  if (outcome.isUnconfirmed) return Doubt::MayComeYet;
   const bool tooLarge = outcome.code == VtDirectManager::StatusFileTooLarge;
   if (!outcome.AllSent() || tooLarge || !ChangeMayHaveHappened()) return Doubt::None;
   return ChangeMayStillHappen() ? Doubt::MayComeYet : Doubt::AnswerIsLost;
@@ -203,7 +204,10 @@ Failure PutFailure(Host& host, const PutRequest& request, const PutTarget& targe
     failure.code = server->code;
     why = server->Text();
   }
-  StateOnServer state = StateAfter(target, doubt, failure.code == ExitCode::Failure);
+  // The server answers, so that its state is told all the same.
+  const bool answers = failure.code == ExitCode::Failure;
+  if (outcome.isUnconfirmed && answers) failure.code = ExitCode::Incomplete;
+  StateOnServer state = StateAfter(target, doubt, answers);
   if (tooLarge) state.next = "a smaller file, or a greater limit at the server, is needed";
   failure.message = WordsOf(target.action).doing + target.address + " from " + request.content.path +
                     " failed " + PointOf(outcome);

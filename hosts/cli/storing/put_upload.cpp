@@ -56,6 +56,17 @@ class CopyCheck {
   return source ? source->path : std::string();
 }
 
+// The library takes every answer of success for that of the server. Whether the document was created is asked for
+// in any case.
+[[nodiscard]] bool StoreIsUnconfirmed(const PutTarget& target) {
+  if (target.action == PutTarget::Action::Create) return false;
+  const auto reasons = Reasons();
+  return std::any_of(reasons.begin(), reasons.end(), [](const Reason& reason) {
+    return reason.mayHaveHappened && reason.kind == VtDirectManager::FailureKind::AnswerBroken &&
+           (reason.step == "store into the workspace" || reason.step == "write the document");
+  });
+}
+
 // What a signal leaves, once the server has all it needs.
 [[nodiscard]] std::string UnknownEnd(const PutRequest& request, const PutTarget& target) {
   const bool isNew = target.action == PutTarget::Action::Create;
@@ -133,6 +144,8 @@ PutOutcome RunUpload(Host& host, const PutRequest& request, const PutTarget& tar
   ForgetReasons();
   const Watch watch{report, check, line, UnknownEnd(request, target)};
   Send(request, target, links, ProgressOf(watch, outcome), outcome);
+  outcome.isUnconfirmed = outcome.stored && StoreIsUnconfirmed(target);
+  if (outcome.isUnconfirmed) outcome.stored = false;
   if (!outcome.stored) check.LookAtFailure(outcome);
   line.Clear();
   return outcome;

@@ -55,6 +55,15 @@ LocalFacts FactsOf(const std::string& path) {
   return local;
 }
 
+bool IsReachedWithoutLink(const std::string& root, const std::string& path) {
+  struct stat facts = {};
+  for (std::size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+    if (lstat((root + "/" + path.substr(0, slash)).c_str(), &facts) != 0 || !S_ISDIR(facts.st_mode))
+      return false;
+  }
+  return FactsOf(root + "/" + path).kind == LocalFacts::Kind::File;
+}
+
 bool HasBytesOf(const std::string& path, const LocalFacts& facts, const FolderFile& file) {
   return facts.kind == LocalFacts::Kind::File && facts.size == file.size && Sha256OfFile(path) == file.sha256;
 }

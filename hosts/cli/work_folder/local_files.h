@@ -35,6 +35,10 @@ inline constexpr std::int64_t unsureTime = -1;
 /// @return the time to keep; unsureTime where the disk does not hold times so exactly
 [[nodiscard]] std::int64_t StampFile(const std::string& path);
 
+/// Whether a file of a work folder is a regular file, and each step of its path below the root a directory. A symbolic
+/// link is neither: what it leads to came from elsewhere.
+[[nodiscard]] bool IsReachedWithoutLink(const std::string& root, const std::string& path);
+
 /// A symbolic link is not followed.
 [[nodiscard]] LocalFacts FactsOf(const std::string& path);
 

@@ -49,13 +49,16 @@ namespace {
   return name.substr(0, dot) + inserted + name.substr(dot);
 }
 
-[[nodiscard]] std::string FreeName(const std::map<std::string, ListedDocument>& taken,
-                                   const ListedDocument& document) {
+[[nodiscard]] bool IsTaken(const NamedEntries& entries, const std::string& name) {
+  return entries.documents.contains(name) || entries.folders.contains(name);
+}
+
+[[nodiscard]] std::string FreeName(const NamedEntries& entries, const ListedDocument& document) {
   const std::string name = SafeFileName(document.name);
-  if (!taken.contains(name)) return name;
+  if (!IsTaken(entries, name)) return name;
   const std::string number = document.number.empty() ? "2" : document.number;
   std::string free = WithSuffix(name, number);
-  for (int count = 2; taken.contains(free); ++count)
+  for (int count = 2; IsTaken(entries, free); ++count)
     free = WithSuffix(name, number + "-" + std::to_string(count));
   return free;
 }
@@ -91,6 +94,24 @@ namespace {
   return {};
 }
 
+constexpr const char* folderSuffix = "%(folder)";
+
+// Gives the folders of which files are here the names that they have, and gives the others.
+[[nodiscard]] std::vector<std::string> KeepFolders(const std::vector<std::string>& folders,
+                                                   const KeptFolders& kept, NamedEntries& entries) {
+  std::vector<std::string> others;
+  for (const std::string& folder : folders) {
+    const auto found = kept.find(folder);
+    const std::string name = SafeFileName(folder);
+    const bool isItsName =
+        found != kept.end() && (found->second == name || found->second == name + folderSuffix);
+    const bool isKept = isItsName && !IsTaken(entries, found->second);
+    if (isKept) entries.folders.emplace(found->second, folder);
+    if (!isKept) others.push_back(folder);
+  }
+  return others;
+}
+
 void NameFolders(const std::vector<std::string>& folders, NamedEntries& entries) {
   for (const std::string& folder : folders) {
     if (!IsFit(folder)) {
@@ -98,7 +119,7 @@ void NameFolders(const std::vector<std::string>& folders, NamedEntries& entries)
       continue;
     }
     const std::string name = SafeFileName(folder);
-    const std::string local = entries.documents.contains(name) ? name + "%(folder)" : name;
+    const std::string local = entries.documents.contains(name) ? name + folderSuffix : name;
     const auto [named, isNew] = entries.folders.emplace(local, folder);
     // A server may have folders whose names are escaped already.
     if (!isNew && named->second != folder) entries.nameless.push_back(folder);
@@ -108,7 +129,7 @@ void NameFolders(const std::vector<std::string>& folders, NamedEntries& entries)
 }  // namespace
 
 NamedEntries NameEntries(std::vector<ListedDocument> documents, const std::vector<std::string>& folders,
-                         const KeptNames& kept) {
+                         const KeptNames& kept, const KeptFolders& keptFolders) {
   NamedEntries entries;
   std::vector<ListedDocument> unnamed;
   for (ListedDocument& document : DocumentsIn(std::move(documents), entries.nameless)) {
@@ -116,11 +137,12 @@ NamedEntries NameEntries(std::vector<ListedDocument> documents, const std::vecto
     const bool isNamed = !name.empty() && entries.documents.emplace(name, document).second;
     if (!isNamed) unnamed.push_back(std::move(document));
   }
+  const std::vector<std::string> others = KeepFolders(folders, keptFolders, entries);
   for (ListedDocument& document : unnamed) {
-    const std::string name = FreeName(entries.documents, document);
+    const std::string name = FreeName(entries, document);
     entries.documents.emplace(name, std::move(document));
   }
-  NameFolders(folders, entries);
+  NameFolders(others, entries);
   return entries;
 }
 

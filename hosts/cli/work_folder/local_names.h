@@ -23,6 +23,9 @@ struct KeptName {
 /// The names of a folder's documents, by the id of the version that each file came from.
 using KeptNames = std::map<std::string, KeptName>;
 
+/// The names on the disk of the folders in a folder from which files came, by their names on the server.
+using KeptFolders = std::map<std::string, std::string>;
+
 /// What one folder of a server holds, by the names that its entries get on the disk.
 struct NamedEntries {
   std::map<std::string, ListedDocument> documents;
@@ -36,8 +39,10 @@ struct NamedEntries {
 /// it; so two names never become one, and each comes back the same. Rows of one document count once. A
 /// document whose name another one has, or a folder whose name a document has, gets a suffix that no name of a
 /// server has: "fork%(0000100001).lxz" with its number, "fork.lxz%(folder)". A document keeps the name that it has,
-/// or the file of one would become that of the other when a third one comes or the first one goes.
+/// or the file of one would become that of the other when a third one comes or the first one goes. So does a folder,
+/// or all that is in it would be fetched anew.
 [[nodiscard]] NamedEntries NameEntries(std::vector<ListedDocument> documents,
-                                       const std::vector<std::string>& folders, const KeptNames& kept = {});
+                                       const std::vector<std::string>& folders, const KeptNames& kept = {},
+                                       const KeptFolders& keptFolders = {});
 
 }  // namespace vtdirect_cli

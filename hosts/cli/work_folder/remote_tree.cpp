@@ -3,7 +3,9 @@
 #include <vtdirect/outcome.h>
 #include <vtdirect/vt_direct_manager.h>
 
+#include <algorithm>
 #include <mutex>
+#include <string_view>
 
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/storing/document_place.h"
@@ -34,6 +36,25 @@ namespace {
   return escaped;
 }
 
+// The names of the folders that a file lies in. The steps of its path and of its address belong together from the end.
+void AddFolders(const std::string& path, std::string_view address,
+                std::map<std::string, KeptFolders>& names) {
+  std::string_view local = path;
+  for (std::size_t slash = local.rfind('/'); slash != local.npos; slash = local.rfind('/')) {
+    local.remove_suffix(local.size() - slash);
+    address.remove_suffix(address.size() - std::min(address.rfind('/'), address.size()));
+    const std::size_t begin = local.rfind('/') + 1;
+    names[std::string(local.substr(0, begin))].emplace(address.substr(address.rfind('/') + 1),
+                                                       local.substr(begin));
+  }
+}
+
+[[nodiscard]] std::map<std::string, KeptFolders> FoldersOf(const KeptFiles& kept) {
+  std::map<std::string, KeptFolders> names;
+  for (const auto& [path, file] : kept) AddFolders(path, file.address, names);
+  return names;
+}
+
 // The names of each folder, by its path.
 [[nodiscard]] std::map<std::string, KeptNames> NamesOf(const KeptFiles& kept) {
   std::map<std::string, KeptNames> names;
@@ -50,7 +71,7 @@ namespace {
 class Naming {
  public:
   Naming(std::string server, Effort effort, const KeptFiles& kept = {})
-      : server_(std::move(server)), effort_(effort), kept_(NamesOf(kept)) {}
+      : server_(std::move(server)), effort_(effort), kept_(NamesOf(kept)), keptFolders_(FoldersOf(kept)) {}
 
   // Takes what one folder holds, and gives the folders in it.
   struct Below {
@@ -70,7 +91,8 @@ class Naming {
       // Of two folders of one name the path leads to the first.
       if (byName.emplace(folder->name, folder.get()).second) names.push_back(folder->name);
     }
-    const NamedEntries entries = NameEntries(std::move(listed.documents), names, kept_[path]);
+    const NamedEntries entries =
+        NameEntries(std::move(listed.documents), names, kept_[path], keptFolders_[path]);
     for (const auto& [name, document] : entries.documents) Add(path, listed.address, name, document);
     for (const std::string& name : entries.nameless) {
       tree_.failures.push_back({ExitCode::Incomplete, "an entry of " + listed.address +
@@ -145,6 +167,7 @@ class Naming {
   std::string server_;
   Effort effort_;
   std::map<std::string, KeptNames> kept_;
+  std::map<std::string, KeptFolders> keptFolders_;  // by the path of the folder above
   std::mutex mutex_;
   RemoteTree tree_;
 };

@@ -2,15 +2,21 @@
 
 #include <vtdirect/vt_direct_manager.h>
 
+#include <algorithm>
+
+#include "hosts/cli/checkouts/checkin_answer.h"
 #include "hosts/cli/checkouts/checkout_book.h"
 #include "hosts/cli/checkouts/checkout_end.h"
 #include "hosts/cli/checkouts/journaled_step.h"
 #include "hosts/cli/checkouts/kept_checkout.h"
 #include "hosts/cli/checkouts/newest_iteration.h"
 #include "hosts/cli/checkouts/presence.h"
+#include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/checkouts/storing_failure.h"
+#include "hosts/cli/checkouts/unstored_copy.h"
 #include "hosts/cli/failures/diagnosis.h"
 #include "hosts/cli/failures/reasons.h"
+#include "hosts/cli/files/content_download.h"
 #include "hosts/cli/files/sha256.h"
 #include "hosts/cli/program/interruption_report.h"
 #include "hosts/cli/storing/put_failure.h"
@@ -122,7 +128,50 @@ class Sending {
     const auto links = SettleLinks(host_, request_, *target);
     if (!links) return NotSent(links.failure());
     if (Interrupted()) return InterruptedFailure();
+    if (auto failure = RefusalOfCopy(*target)) return NotSent(*failure);
     return Upload(*target, *links);
+  }
+
+  // What was stored in a working copy before this run is nowhere else once the file is in it.
+  [[nodiscard]] std::optional<Failure> RefusalOfCopy(const PutTarget& target) const {
+    if (madeCheckout_) return std::nullopt;
+    if (auto failure = RefusalOfUnstored(file_.address, target.address, "sent")) return failure;
+    ForgetReasons();
+    const std::string there = SumOnServer(host_, target.before);
+    if (Interrupted()) return InterruptedFailure();
+    if (there.empty()) {
+      return WithReason(
+          {ExitCode::Failure,
+           Named("was not sent: what is in its working copy, which was checked out before, could not "
+                 "be found out"),
+           "the same command can be given again"});
+    }
+    if (there == file_.sha256 || there == sha256_ || WasSentBefore(target, there)) return std::nullopt;
+    return ConflictInCopy(target);
+  }
+
+  // By a commit whose check-in did not follow. The journal has one of which it is not known how it ended.
+  [[nodiscard]] bool WasSentBefore(const PutTarget& target, const std::string& sha256) const {
+    const auto record = FetchRecords().Find(request_.content.path);
+    if (record && AreSameUid(record->uid, target.address) && record->sha256 == sha256) return true;
+    const auto open = Journal().Open();
+    if (!open) return false;
+    return std::any_of(open->entries.begin(), open->entries.end(), [&](const JournalEntry& entry) {
+      return entry.step == "store" && AreSameUid(entry.uid, target.address) &&
+             entry.file == request_.content.path && entry.sha256 == sha256;
+    });
+  }
+
+  [[nodiscard]] Failure ConflictInCopy(const PutTarget& target) const {
+    const std::string& copy = target.address;
+    const std::string file = QuotedForShell(folder_.Shown(file_.path));
+    return {ExitCode::Failure,
+            "conflict: " + Named("was made from version ") + file_.version +
+                ", and something else was stored in the working copy " + copy + " since; nothing was sent",
+            "\"vtdirect get " + QuotedForShell(copy) + " -o FILE\" fetches what is there; \"vtdirect put " +
+                file + " " + QuotedForShell(copy) + " --checkin\" stores the file over it, and " +
+                CommandToType("undo", copy) + " gives it up",
+            std::nullopt, FailureClass::Conflict};
   }
 
   [[nodiscard]] Failure NoWorkingCopy() const {
@@ -133,6 +182,7 @@ class Sending {
   [[nodiscard]] std::optional<Failure> Upload(const PutTarget& target, const SourceLinks& links) {
     JournaledStep step(host_, {"store", file_.address, target.address, request_.content.path, sha256_});
     const PutOutcome outcome = RunUpload(host_, request_, target, links, report_);
+    if (outcome.stored || ChangeMayHaveHappened()) KeepWhatIsInCopy(target);
     if (!outcome.stored) {
       step.SettleUnlessUnknown();
       if (Interrupted()) return InterruptedFailure();
@@ -146,6 +196,18 @@ class Sending {
     return failure;
   }
 
+  // So that a further commit knows the bytes for its own. What was in the working copy before is in it no more.
+  void KeepWhatIsInCopy(const PutTarget& target) const {
+    ForgetContentOf(target.address);
+    FetchRecord record;
+    record.address = file_.address;
+    record.uid = target.address;
+    record.size = request_.content.size();
+    record.sha256 = sha256_;
+    record.copyUse = CopyUse::Stored;
+    static_cast<void>(FetchRecords().Keep(request_.content.path, record));
+  }
+
   [[nodiscard]] std::optional<Failure> CheckIn() {
     if (Interrupted()) return InterruptedFailure();
     report_.TellOfOpenChange(Named("is stored in the working copy ") + workingCopy_ +
@@ -153,13 +215,20 @@ class Sending {
                              CommandToType("verify", workingCopy_) + " tells");
     ForgetReasons();
     JournaledStep step(host_, {"checkin", file_.address, workingCopy_});
-    uid_ = VtDirectManager::Checkin(workingCopy_.c_str());
-    if (uid_.empty()) {
+    const std::string told = VtDirectManager::Checkin(workingCopy_.c_str());
+    if (told.empty()) {
       step.SettleUnlessUnknown();
       if (Interrupted()) return InterruptedFailure();
       return PutCheckInFailure(host_, workingCopy_);
     }
+    const CheckinAnswer answer = ReadCheckinAnswer(host_, told, workingCopy_, file_.uid, sha256_);
     WarnOfLeftWorkspace(host_);
+    uid_ = answer.iteration;
+    if (uid_.empty()) {
+      if (Interrupted()) return InterruptedFailure();
+      return UnknownCheckin(answer, Named("was stored in the working copy ") + workingCopy_);
+    }
+    FetchRecords().Forget(request_.content.path);
     ForgetCheckout(host_, workingCopy_);
     step.Settle();
     return std::nullopt;

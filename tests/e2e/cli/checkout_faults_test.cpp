@@ -328,16 +328,6 @@ TEST_F(CheckoutFailure, IsNoneWhenOnlyTheTemporaryWorkspaceStays) {
   EXPECT_EQ(Book(), bookHead);
 }
 
-TEST_F(CheckoutFailure, IsWarnedOfWhereTheAnswerNamesNoDocument) {
-  CheckOut(path_);
-  Restart({"--fault", "POST *checkin=200"});
-  const ProcessResult result = Run({"checkin", path_});
-  EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.out, server().Uid("D1001") + "&file=/fork.lxz\n");
-  EXPECT_THAT(result.err,
-              HasSubstr("warning: the server's answer named no document; this is the newest iteration"));
-}
-
 /// A user who has had enough of waiting for an answer.
 class CheckoutInterrupted : public CheckoutTest {
  protected:

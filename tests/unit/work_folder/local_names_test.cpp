@@ -4,6 +4,7 @@
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 
 namespace vtdirect_cli {
 namespace {
@@ -91,6 +92,19 @@ TEST(LocalNames, KeepAFolderApartFromADocumentOfItsName) {
   const auto entries = NameEntries({{"notes", "1", {}, {}}}, {"notes"});
   EXPECT_THAT(NamesIn(entries), ElementsAre("notes"));
   EXPECT_EQ(entries.folders.at("notes%(folder)"), "notes");
+}
+
+// All that is in it would be fetched anew, beside what is here.
+TEST(LocalNames, KeepThatOfAFolderWhenADocumentOfThatNameComesOrGoes) {
+  const std::vector<ListedDocument> documents = {{"Frame", "7", {}, {}}};
+  const auto come = NameEntries(documents, {"Frame"}, {}, {{"Frame", "Frame"}});
+  EXPECT_THAT(come.folders, ElementsAre(Pair("Frame", "Frame")));
+  EXPECT_THAT(NamesIn(come), ElementsAre("Frame%(7)"));
+  const auto gone = NameEntries({}, {"Frame"}, {}, {{"Frame", "Frame%(folder)"}});
+  EXPECT_THAT(gone.folders, ElementsAre(Pair("Frame%(folder)", "Frame")));
+  // A name that was never made of the folder's is none to keep.
+  const auto other = NameEntries(documents, {"Frame"}, {}, {{"Frame", "Fork"}});
+  EXPECT_THAT(other.folders, ElementsAre(Pair("Frame%(folder)", "Frame")));
 }
 
 TEST(LocalNames, LeaveOutWhatCannotStandInAPath) {
