@@ -88,8 +88,12 @@ TEST_F(Completion, OfBashOffersTheFilesOfAWorkFolder) {
   }
   EXPECT_EQ(InBash("vtdirect info //plm/Products/Trek", 2, go), "//plm/Products/Trekking Bike/\n");
   EXPECT_THAT(InBash("vtdirect info ''", 2, go), AllOf(HasSubstr("fork.lxz\n"), HasSubstr("//plm/\n")));
-  if (HasShell("zsh")) EXPECT_THAT(InZsh("vtdirect checkout fo", 3, "fo", go), HasSubstr("local files\n"));
-  if (HasShell("fish")) EXPECT_THAT(InFish("vtdirect checkout fo", go), HasSubstr("fork.lxz\n"));
+  if (HasShell("zsh")) {
+    EXPECT_THAT(InZsh("vtdirect checkout fo", 3, "fo", go), HasSubstr("local files\n"));
+  }
+  if (HasShell("fish")) {
+    EXPECT_THAT(InFish("vtdirect checkout fo", go), HasSubstr("fork.lxz\n"));
+  }
 }
 
 // A name is whatever somebody has called a document.
