@@ -125,7 +125,8 @@ struct Ended {
 [[nodiscard]] std::optional<Failure> FailureOfUnstored(const Ending& ending) {
   if (ending.end != CheckoutEnd::Checkin || ending.hadEnded) return std::nullopt;
   const UnstoredFiles unstored;
-  for (const UnstoredFile& file : unstored.All()) {
+  const auto listing = unstored.List();
+  for (const UnstoredFile& file : listing.files) {
     if (!AreSameUid(file.base, ending.workingCopy) || unstored.IsToBeDropped(file.name)) continue;
     return Failure{ExitCode::Failure,
                    ending.address +
@@ -134,7 +135,9 @@ struct Ended {
                        "try again, and " +
                        "\"vtdirect recover --discard '" + unstored.ContentOf(file.name) + "'\" gives it up"};
   }
-  return std::nullopt;
+  auto failure = unstored.FailureOf(listing);
+  if (failure) failure->message += "; nothing was checked in";
+  return failure;
 }
 
 // Which working copy is meant, and that its checkout can end.
