@@ -306,8 +306,13 @@ void AddSecretsOf(const ObservedExchange& exchange, KnownSecrets& secrets) {
 }  // namespace
 
 std::string HarDocument(const SeenExchanges& seen, KnownSecrets known) {
+  const KnownSecrets all = WithSecretsOf(seen, std::move(known));
+  return HarWriter(all).Write(seen);
+}
+
+KnownSecrets WithSecretsOf(const SeenExchanges& seen, KnownSecrets known) {
   for (const ObservedExchange& exchange : seen.exchanges) AddSecretsOf(exchange, known);
-  return HarWriter(known).Write(seen);
+  return known;
 }
 
 KnownSecrets SecretsOfEnvironment() {

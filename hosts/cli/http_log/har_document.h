@@ -12,6 +12,9 @@ namespace vtdirect_cli {
 /// @param known  secrets that may turn up anywhere; those of the exchanges are added
 [[nodiscard]] std::string HarDocument(const SeenExchanges& seen, KnownSecrets known);
 
+/// These secrets and those of the exchanges, for a text that may repeat what was sent.
+[[nodiscard]] KnownSecrets WithSecretsOf(const SeenExchanges& seen, KnownSecrets known);
+
 /// Every secret that the program was given by the environment.
 [[nodiscard]] KnownSecrets SecretsOfEnvironment();
 

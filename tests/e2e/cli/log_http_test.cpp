@@ -181,6 +181,22 @@ TEST_F(SupportBundle, HasWhatAHelperNeedsAndNoSecret) {
   EXPECT_THAT(text, HasSubstr("{\"log\":{\"version\":\"1.2\""));
 }
 
+// The login is known from no variable here.
+TEST_F(SupportBundle, HidesALoginThatAServerRepeatsInAnErrorText) {
+  environment_.erase("VTDIRECT_USER");
+  environment_.erase("VTDIRECT_PASSWORD");
+  WriteHome(".netrc", std::string("machine 127.0.0.1 login anna password ") + password + "\n", 0600);
+  Serve({"--user", std::string("anna:") + password, "--fault",
+         "GET *dkm/documents/*=status:403:{\"error\":{\"message\":\"not for Basic "
+         "YW5uYTpDYW5hcnlQYXNzd29yZA== of CanaryPassword\"}}"});
+  const ProcessResult result = Run({"support-bundle", "s.tar.gz"});
+  ASSERT_EQ(result.status, 0) << result.err;
+  const std::string text = Unpacked("s.tar.gz");
+  ExpectNoSecret(text);
+  EXPECT_THAT(text, HasSubstr("HTTP 403: {\"error\":{\"message\":\"not for *** of ***\"}})"))
+      << "as doctor says it";
+}
+
 TEST_F(SupportBundle, IsWrittenWhenNothingWorks) {
   StopServer();
   const std::string url = "http://127.0.0.1:" + std::to_string(UnusedPort()) + "/";
