@@ -131,14 +131,15 @@ TEST_F(NamesOfWorkDirectories, AreNoAddressesWhereSomethingIsChangedOrNothingIsK
 
 // The directory's own server has no part in storing its files on another one, with which it shares no proxy.
 TEST_F(NamesOfWorkFiles, OfAWorkFolderThatIsStoredElsewhereAreOnlyFiles) {
-  Clone();
+  Serve();
+  ASSERT_EQ(Run({"clone", bikePath}).status, 0);
   const std::string other = "http://localhost" + server().url().substr(server().url().rfind(':'));
   WriteHome(".config/vtdirect/config",
             "[server sim]\nurl = " + server().url() + "\nproxy = http://127.0.0.1:" +
                 std::to_string(UnusedPort()) + "\n[server other]\nurl = " + other + "\nproxy = none\n",
             0600);
   const ProcessResult result =
-      Run({"put", "--dry-run", "-r", "Frame", "//other/Products/Trekking Bike/Folders/Frame/"});
+      RunIn("Folders", {"put", "--dry-run", "-r", "Frame", "//other/Products/Trekking Bike/Folders/Frame/"});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_THAT(result.out, HasSubstr("fork.lxz"));
 }
