@@ -23,11 +23,10 @@ bool Exchange(const std::filesystem::path& one, const std::filesystem::path& oth
   if (errno != EINVAL && errno != ENOSYS) return false;
   // A filesystem without that kind of rename.
   const std::filesystem::path aside = one.string() + ".old";
-  std::error_code error;
-  std::filesystem::rename(other, aside, error);
-  if (!error) std::filesystem::rename(one, other, error);
-  if (!error) std::filesystem::rename(aside, one, error);
-  return !error;
+  if (rename(other.c_str(), aside.c_str()) != 0) return false;
+  if (rename(one.c_str(), other.c_str()) == 0) return rename(aside.c_str(), one.c_str()) == 0;
+  rename(aside.c_str(), other.c_str());
+  return false;
 }
 
 /// The contents beside a state. They are collected under another name, so that an older export stays whole until
@@ -42,7 +41,7 @@ class FilesBeside {
   FilesBeside& operator=(const FilesBeside&) = delete;
   ~FilesBeside() {
     std::error_code ignored;
-    std::filesystem::remove_all(part_, ignored);
+    if (!holdsOlder_) std::filesystem::remove_all(part_, ignored);
   }
 
   [[nodiscard]] FixtureBytesForm Form() const {
@@ -61,7 +60,7 @@ class FilesBeside {
   void GiveBack() {
     if (!taken_) return;
     if (replaced_) {
-      Exchange(part_, files_);
+      holdsOlder_ = !Exchange(part_, files_);
     } else {
       rename(files_.c_str(), part_.c_str());
     }
@@ -72,6 +71,7 @@ class FilesBeside {
   const std::filesystem::path part_;
   bool replaced_ = false;
   bool taken_ = false;
+  bool holdsOlder_ = false;  ///< the older contents are under the other name, and could not be given back
 };
 
 void WriteWhole(const std::string& file, const std::string& text, FilesBeside& files) {
