@@ -1,5 +1,9 @@
 #include "simulator/export_command.h"
 
+#include <fcntl.h>
+#include <stdio.h>
+
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -13,25 +17,89 @@
 namespace vantry_sim {
 namespace {
 
-FixtureBytesForm FormFor(const std::string& out) {
-  if (out.empty()) return {};
-  const std::filesystem::path file = out;
-  const std::string beside = file.filename().string() + ".files";
-  return {FixtureBytesForm::Kind::Beside, file.parent_path() / beside, beside + "/"};
+/// Lets two names change places. @return whether they have
+bool Exchange(const std::filesystem::path& one, const std::filesystem::path& other) {
+  if (renameat2(AT_FDCWD, one.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE) == 0) return true;
+  if (errno != EINVAL && errno != ENOSYS) return false;
+  // A filesystem without that kind of rename.
+  const std::filesystem::path aside = one.string() + ".old";
+  if (rename(other.c_str(), aside.c_str()) != 0) return false;
+  if (rename(one.c_str(), other.c_str()) == 0) return rename(aside.c_str(), one.c_str()) == 0;
+  rename(aside.c_str(), other.c_str());
+  return false;
 }
 
-void WriteWhole(const std::string& file, const std::string& text) {
+/// The contents beside a state. They are collected under another name, so that an older export stays whole until
+/// there is all of the new one.
+class FilesBeside {
+ public:
+  explicit FilesBeside(const std::filesystem::path& state)
+      : files_(state.string() + ".files"), part_(files_.string() + ".part") {
+    std::filesystem::remove_all(part_);
+  }
+  FilesBeside(const FilesBeside&) = delete;
+  FilesBeside& operator=(const FilesBeside&) = delete;
+  ~FilesBeside() {
+    std::error_code ignored;
+    if (!holdsOlder_) std::filesystem::remove_all(part_, ignored);
+  }
+
+  [[nodiscard]] FixtureBytesForm Form() const {
+    return {FixtureBytesForm::Kind::Beside, part_, files_.filename().string() + "/"};
+  }
+
+  /// Puts them in the place of the old ones, which `GiveBack` puts there again. @return whether it was possible
+  [[nodiscard]] bool TakePlace() {
+    // A state may have no content that goes beside it.
+    if (!std::filesystem::exists(part_)) return true;
+    replaced_ = std::filesystem::exists(files_);
+    taken_ = replaced_ ? Exchange(part_, files_) : rename(part_.c_str(), files_.c_str()) == 0;
+    return taken_;
+  }
+
+  void GiveBack() {
+    if (!taken_) return;
+    if (replaced_) {
+      holdsOlder_ = !Exchange(part_, files_);
+    } else {
+      rename(files_.c_str(), part_.c_str());
+    }
+  }
+
+ private:
+  const std::filesystem::path files_;
+  const std::filesystem::path part_;
+  bool replaced_ = false;
+  bool taken_ = false;
+  bool holdsOlder_ = false;  ///< the older contents are under the other name, and could not be given back
+};
+
+void WriteWhole(const std::string& file, const std::string& text, FilesBeside& files) {
   // A reader never sees half of it.
   const std::string part = file + ".part";
   std::ofstream stream(part, std::ios::binary | std::ios::trunc);
   stream << text;
   stream.close();
-  std::error_code error;
-  if (stream) std::filesystem::rename(part, file, error);
-  if (!stream || error) {
-    std::filesystem::remove(part, error);
-    throw std::runtime_error("cannot write " + file);
+  bool done = stream && files.TakePlace();
+  if (done && rename(part.c_str(), file.c_str()) != 0) {
+    files.GiveBack();
+    done = false;
   }
+  if (done) return;
+  std::error_code ignored;
+  std::filesystem::remove(part, ignored);
+  throw std::runtime_error("cannot write " + file);
+}
+
+std::unique_ptr<StateOutput> MakeOutput(const ExportOptions& options) {
+  return options.json ? MakeJsonOutput() : MakeYamlOutput();
+}
+
+void ExportIntoFile(const ExportOptions& options, const Fixture& fixture) {
+  FilesBeside files(options.out);
+  const auto out = MakeOutput(options);
+  WriteFixture(*out, fixture, files.Form());
+  WriteWhole(options.out, out->Take(), files);
 }
 
 std::string Counted(std::size_t count, const char* one, const char* more) {
@@ -43,10 +111,10 @@ std::string Counted(std::size_t count, const char* one, const char* more) {
 void ExportState(const ExportOptions& options) {
   const auto data = DataDirectory::OpenFilled(options.dataDirectory);
   const Fixture fixture = ExportFixture(data->database(), data->contents());
-  const auto out = options.json ? MakeJsonOutput() : MakeYamlOutput();
-  WriteFixture(*out, fixture, FormFor(options.out));
+  if (!options.out.empty()) return ExportIntoFile(options, fixture);
+  const auto out = MakeOutput(options);
+  WriteFixture(*out, fixture, {});
   const std::string text = out->Take();
-  if (!options.out.empty()) return WriteWhole(options.out, text);
   if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
     throw std::runtime_error("cannot write to standard output");
 }

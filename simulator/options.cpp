@@ -176,7 +176,8 @@ void AddAccessOptions(CLI::App& app, Raw& raw, Options& options) {
       ->type_name("CERT KEY")
       ->expected(2);
   app.add_option("--tls-self-signed", options.tlsSelfSigned,
-                 "Speak TLS with cert.pem and key.pem in this directory, made if missing")
+                 "Speak TLS with cert.pem and key.pem in this directory, made if missing; only those that "
+                 "were made so are renewed")
       ->type_name("DIR");
 }
 

@@ -19,6 +19,7 @@
 namespace vantry_sim {
 namespace {
 
+constexpr const char* ownName = "vantry-sim";
 constexpr long day = 86'400;
 /// Some clients refuse a certificate that is valid for longer.
 constexpr long validSeconds = 800 * day;
@@ -69,17 +70,68 @@ bool Names(X509& certificate, const std::string& address) {
          X509_check_host(&certificate, address.c_str(), address.size(), 0, nullptr) == 1;
 }
 
+/// Nobody is asked for the passphrase of a locked key.
+int NoPassphrase(char*, int, int, void*) {
+  return 0;
+}
+
+[[noreturn]] void Refuse(const std::string& path, const std::string& why) {
+  throw std::runtime_error(path + " " + why + "; name another directory, or move it away");
+}
+
+/// @return null if there is none. @throws std::runtime_error if it cannot be read
+File OpenIfThere(const std::string& path) {
+  File file(std::fopen(path.c_str(), "re"));
+  if (!file && errno != ENOENT) Refuse(path, std::string("cannot be read: ") + std::strerror(errno));
+  return file;
+}
+
+/// What is in the directory; null for a file that is not there.
+struct Found {
+  Certificate certificate{nullptr, X509_free};
+  Key key{nullptr, EVP_PKEY_free};
+};
+
+Found Read(const TlsFiles& files) {
+  Found found;
+  if (const File file = OpenIfThere(files.certificate)) {
+    found.certificate.reset(PEM_read_X509(file.get(), nullptr, NoPassphrase, nullptr));
+    if (!found.certificate) Refuse(files.certificate, "is no certificate");
+  }
+  if (const File file = OpenIfThere(files.key)) {
+    found.key.reset(PEM_read_PrivateKey(file.get(), nullptr, NoPassphrase, nullptr));
+    if (!found.key) Refuse(files.key, "is no private key that can be used without a passphrase");
+  }
+  return found;
+}
+
 /// Whether the two belong together, name the address, and can be used for another day.
-bool AreGood(const TlsFiles& files, const std::string& address) {
-  const File certificateFile(std::fopen(files.certificate.c_str(), "re"));
-  const File keyFile(std::fopen(files.key.c_str(), "re"));
-  if (!certificateFile || !keyFile) return false;
-  const Certificate certificate(PEM_read_X509(certificateFile.get(), nullptr, nullptr, nullptr), X509_free);
-  const Key key(PEM_read_PrivateKey(keyFile.get(), nullptr, nullptr, nullptr), EVP_PKEY_free);
-  if (!certificate || !key || !Names(*certificate, address.empty() ? "127.0.0.1" : address)) return false;
-  if (X509_check_private_key(certificate.get(), key.get()) != 1) return false;
+bool AreGood(const Found& found, const std::string& address) {
+  if (!found.certificate || !found.key) return false;
+  X509& certificate = *found.certificate;
+  if (!Names(certificate, address.empty() ? "127.0.0.1" : address)) return false;
+  if (X509_check_private_key(&certificate, found.key.get()) != 1) return false;
   time_t tomorrow = std::time(nullptr) + day;
-  return X509_cmp_time(X509_get0_notAfter(certificate.get()), &tomorrow) > 0;
+  return X509_cmp_time(X509_get0_notAfter(&certificate), &tomorrow) > 0;
+}
+
+/// Whether it was made here: signed by itself, for nobody but the simulator.
+bool IsOwn(X509& certificate) {
+  const X509_NAME* subject = X509_get_subject_name(&certificate);
+  if (X509_NAME_cmp(subject, X509_get_issuer_name(&certificate)) != 0) return false;
+  if (X509_NAME_entry_count(subject) != 1) return false;
+  const ASN1_STRING* name = X509_NAME_ENTRY_get_data(X509_NAME_get_entry(subject, 0));
+  const std::string text(reinterpret_cast<const char*>(ASN1_STRING_get0_data(name)),
+                         static_cast<std::size_t>(ASN1_STRING_length(name)));
+  return text == ownName;
+}
+
+/// What others have made is used if it is good, and never replaced.
+void RequireReplaceable(const TlsFiles& files, const Found& found) {
+  if (found.certificate && !IsOwn(*found.certificate))
+    Refuse(files.certificate,
+           "does not do for this address, or not with the key beside it, and was not made by vantry-sim");
+  if (found.key && !found.certificate) Refuse(files.key, "is there without its certificate");
 }
 
 void AddExtension(X509& certificate, int kind, const std::string& value) {
@@ -112,8 +164,8 @@ Certificate MakeCertificate(EVP_PKEY& key, const std::string& address) {
   X509_gmtime_adj(X509_getm_notBefore(&made), -day);
   X509_gmtime_adj(X509_getm_notAfter(&made), validSeconds);
   X509_NAME* name = X509_get_subject_name(&made);
-  X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_UTF8, reinterpret_cast<const unsigned char*>("vantry-sim"),
-                             -1, -1, 0);
+  X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_UTF8, reinterpret_cast<const unsigned char*>(ownName), -1,
+                             -1, 0);
   X509_set_issuer_name(&made, name);
   X509_set_pubkey(&made, &key);
   AddExtension(made, NID_basic_constraints, "critical,CA:TRUE");
@@ -130,14 +182,17 @@ TlsFiles SelfSignedFiles(const std::string& directory, const std::string& addres
   const std::filesystem::path place = directory;
   std::filesystem::create_directories(place);
   TlsFiles files{(place / "cert.pem").string(), (place / "key.pem").string()};
-  if (AreGood(files, address)) return files;
+  const Found found = Read(files);
+  if (AreGood(found, address)) return files;
+  RequireReplaceable(files, found);
   const Key key(EVP_EC_gen("P-256"), EVP_PKEY_free);
   if (!key) throw std::runtime_error("cannot make a key");
   const Certificate certificate = MakeCertificate(*key, address);
-  NewFile keyFile(files.key, 0600);
-  keyFile.Keep(PEM_write_PrivateKey(keyFile.file(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1);
+  // The certificate first: one that was made here is renewed if no key fits it, and a key alone is somebody's.
   NewFile certificateFile(files.certificate, 0644);
   certificateFile.Keep(PEM_write_X509(certificateFile.file(), certificate.get()) == 1);
+  NewFile keyFile(files.key, 0600);
+  keyFile.Keep(PEM_write_PrivateKey(keyFile.file(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1);
   return files;
 }
 

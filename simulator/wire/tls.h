@@ -33,8 +33,10 @@ struct TlsFiles {
 };
 
 /// A certificate for this machine's loopback names in a directory, `cert.pem` and `key.pem`: the one that is
-/// there, unless it is missing or about to expire. Clients trust it by taking `cert.pem` for an authority.
-/// @param address that the server listens on, which the certificate names too. @throws std::runtime_error
+/// there, unless it is missing, about to expire or for another address. Only one that was made here is replaced.
+/// Clients trust it by taking `cert.pem` for an authority.
+/// @param address that the server listens on, which the certificate names too. @throws std::runtime_error that
+/// names the file of somebody else that would have to be replaced, or cannot be read
 TlsFiles SelfSignedFiles(const std::string& directory, const std::string& address);
 
 }  // namespace vantry_sim

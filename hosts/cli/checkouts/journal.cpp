@@ -78,7 +78,9 @@ Result<OpenChanges> Journal::Open() const {
     auto entry = EntryOf(line);
     if (!entry) {
       ++open.unreadable;
-    } else if (!IsAlive(entry->writer)) {
+    } else if (IsAlive(entry->writer)) {
+      ++open.underWay;
+    } else {
       open.entries.push_back(std::move(*entry));
     }
   }

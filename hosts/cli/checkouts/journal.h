@@ -28,9 +28,10 @@ struct JournalEntry {
   std::string since;  ///< UTC, as 2026-01-31T09:00:00Z. Filled in by Write.
 };
 
-/// What the journal holds of programs that have gone.
+/// What the journal holds of programs that have gone, and how much of those that are at work.
 struct OpenChanges {
   std::vector<JournalEntry> entries;  ///< oldest first
+  std::size_t underWay = 0;           ///< entries of processes that are at work
   std::size_t unreadable = 0;         ///< lines that this release does not understand
   std::string fault;                  ///< that there are such lines, for a reader; empty without any
 };

@@ -8,7 +8,8 @@ namespace vtdirect_cli {
 std::optional<Failure> RefusalOfUnstored(const std::string& address, const std::string& workingCopy,
                                          const char* done) {
   const UnstoredFiles unstored;
-  for (const UnstoredFile& file : unstored.All()) {
+  const auto listing = unstored.List();
+  for (const UnstoredFile& file : listing.files) {
     if (!AreSameUid(file.base, workingCopy) || unstored.IsToBeDropped(file.name)) continue;
     return WithNothing(
         done,
@@ -17,7 +18,9 @@ std::optional<Failure> RefusalOfUnstored(const std::string& address, const std::
          "\"vtdirect recover --discard '" +
              unstored.ContentOf(file.name) + "'\" gives it up"});
   }
-  return std::nullopt;
+  auto failure = unstored.FailureOf(listing);
+  if (!failure) return std::nullopt;
+  return WithNothing(done, std::move(*failure));
 }
 
 }  // namespace vtdirect_cli

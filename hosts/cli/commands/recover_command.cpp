@@ -1,3 +1,5 @@
+#include <vtdirect/vt_direct_manager.h>
+
 #include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command.h"
 #include "hosts/cli/commands/discard_unstored.h"
@@ -22,13 +24,43 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding, bool is
   static_cast<void>(host.output().Flush());
 }
 
+/// Asks about entries, each of its server, by the way that is set for that one.
+class Asking {
+ public:
+  Asking(Host& host, const Arguments& arguments) : host_(host), arguments_(arguments) {}
+
+  [[nodiscard]] Finding FindOut(const JournalEntry& entry) {
+    if (const auto failure = WorkWithServerOf(entry)) {
+      return {.isKnown = false,
+              .words = "the state of " + entry.address + " could not be found out (" + failure->Text() +
+                       "); \"vtdirect recover\" asks again"};
+    }
+    return FindOutState(host_, entry);
+  }
+
+ private:
+  // Only where the server is another one: what the last one has made of a login would be forgotten.
+  [[nodiscard]] std::optional<Failure> WorkWithServerOf(const JournalEntry& entry) {
+    const std::string url = VtDirectManager::GetServerURL(entry.uid.c_str());
+    if (url.empty() || url == url_) return std::nullopt;
+    url_ = url;
+    auto failure = host_.WorkWith({url}, arguments_);
+    if (failure) url_.clear();
+    return failure;
+  }
+
+  Host& host_;
+  const Arguments& arguments_;
+  std::string url_;
+};
+
 // What programs have written in a mount and the server does not have. A mount stores it, and nobody else: the
 // one that is running may be just about to.
-[[nodiscard]] std::uint64_t ShowUnstored(Host& host) {
+[[nodiscard]] Result<std::uint64_t> ShowUnstored(Host& host) {
   const UnstoredFiles unstored;
-  const auto files = unstored.All();
+  const auto listing = unstored.List();
   std::uint64_t open = 0;
-  for (const UnstoredFile& file : files) {
+  for (const UnstoredFile& file : listing.files) {
     if (unstored.IsToBeDropped(file.name)) continue;
     ++open;
     const std::string content = unstored.ContentOf(file.name);
@@ -40,6 +72,7 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding, bool is
                        {"settled", false},
                        {"found", todo + content + " (" + file.fault + ")"}});
   }
+  if (auto failure = unstored.FailureOf(listing)) return *failure;
   return open;
 }
 
@@ -52,6 +85,13 @@ void Show(Host& host, const JournalEntry& entry, const Finding& finding, bool is
               " changes could not be settled; they stay in the journal, or wait for a mount"};
 }
 
+// What a command that is at work has begun is not confirmed yet, and is that command's to settle.
+void SayThatNothingIsOpen(Host& host, const OpenChanges& changes) {
+  host.output().NoteToWatcher(changes.underWay == 0
+                                  ? "every change is confirmed"
+                                  : "nothing is open but what commands that are at work have begun");
+}
+
 ExitCode RunRecover(Host& host, const Arguments& arguments) {
   if (arguments.Has("discard")) {
     return DiscardUnstored(host, arguments.All("discard"), IsDryRun(arguments));
@@ -60,15 +100,18 @@ ExitCode RunRecover(Host& host, const Arguments& arguments) {
   if (!changes) return host.output().Fail(changes.failure());
   if (!changes->fault.empty()) host.output().Warning(changes->fault);
   std::uint64_t open = changes->unreadable;
+  Asking asking(host, arguments);
   for (const JournalEntry& entry : changes->entries) {
-    const Finding finding = FindOutState(host, entry);
+    const Finding finding = asking.FindOut(entry);
     if (Interrupted()) return host.output().Fail(InterruptedFailure());
     if (!IsDryRun(arguments)) SettleEntry(host, entry, finding);
     Show(host, entry, finding, IsDryRun(arguments));
     if (!finding.isKnown) ++open;
   }
-  open += ShowUnstored(host);
-  if (open == 0 && changes->entries.empty()) host.output().NoteToWatcher("every change is confirmed");
+  const auto unstored = ShowUnstored(host);
+  if (!unstored) return host.output().Fail(unstored.failure());
+  open += *unstored;
+  if (open == 0 && changes->entries.empty()) SayThatNothingIsOpen(host, *changes);
   return open == 0 ? ExitCode::Ok : host.output().Fail(StillOpen(open));
 }
 

@@ -35,10 +35,12 @@ ExitCode RunSupportBundle(Host& host, const Arguments& arguments) {
         }));
   }
   if (Interrupted()) return host.output().Fail(InterruptedFailure());
-  const KnownSecrets secrets = SecretsOfEnvironment();
+  const SeenExchanges seen = log->Seen();
+  // A server may repeat in its error texts what it was sent.
+  const KnownSecrets secrets = WithSecretsOf(seen, SecretsOfEnvironment());
   std::vector<ReportFile> files = {VersionReport(), ConfigurationReport(host), {"doctor.txt", report}};
   for (ReportFile& file : files) file.text = secrets.Hide(file.text);
-  files.push_back({"exchanges.har", HarDocument(log->Seen(), secrets)});
+  files.push_back({"exchanges.har", HarDocument(seen, secrets)});
   if (const auto failure = PackReport(files, host.workDirectory(), path)) return host.output().Fail(*failure);
   Record record{{"file", path}};
   host.output().JsonOnly(record);

@@ -106,7 +106,9 @@ std::optional<Failure> PackReport(const std::vector<ReportFile>& files, const st
   std::filesystem::remove_all(folder, ignored);
   if (status != 0)
     return CannotPack(path, "tar, which packs it, ended with status " + std::to_string(status));
-  const int error = archive.Commit(DurableFile::Permissions::OfOwner);
+  // What another program has put there since the path was looked at is not this one's to replace.
+  const int error =
+      archive.Commit(DurableFile::Permissions::OfOwner, DurableFile::Condition::AsBefore, std::nullopt);
   if (error != 0) return CannotPack(path, std::strerror(error));
   return std::nullopt;
 }

@@ -21,7 +21,8 @@ struct ReportFile {
 /// secret, only that it is set.
 [[nodiscard]] ReportFile ConfigurationReport(const Host& host);
 
-/// Packs the files into an archive that "tar -xzf" opens, in the place of `path`, for this user alone.
+/// Packs the files into an archive that "tar -xzf" opens, for this user alone. Nothing is replaced.
+/// @param path  of the archive; no file may be there
 /// @param directory  an empty one to work in
 /// @return a failure, with `path` as it was
 [[nodiscard]] std::optional<Failure> PackReport(const std::vector<ReportFile>& files,

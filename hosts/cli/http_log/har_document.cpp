@@ -3,16 +3,10 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstring>
 #include <ctime>
-#include <fstream>
 
 #include "hosts/cli/commands/command_line.h"
-#include "hosts/cli/files/durable_file.h"
 #include "hosts/cli/program/environment.h"
 #include "hosts/cli/texts/printable.h"
 
@@ -21,8 +15,6 @@ namespace {
 
 using du::http::ObservedExchange;
 using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::ASCII<>>;
-
-constexpr const char* beginningSize = "{\"log\":{\"version\":\"1.2\",\"creator\":{\"name\":\"vtdirect\"";
 
 struct HeaderLine {
   std::string_view name;
@@ -314,8 +306,13 @@ void AddSecretsOf(const ObservedExchange& exchange, KnownSecrets& secrets) {
 }  // namespace
 
 std::string HarDocument(const SeenExchanges& seen, KnownSecrets known) {
+  const KnownSecrets all = WithSecretsOf(seen, std::move(known));
+  return HarWriter(all).Write(seen);
+}
+
+KnownSecrets WithSecretsOf(const SeenExchanges& seen, KnownSecrets known) {
   for (const ObservedExchange& exchange : seen.exchanges) AddSecretsOf(exchange, known);
-  return HarWriter(known).Write(seen);
+  return known;
 }
 
 KnownSecrets SecretsOfEnvironment() {
@@ -325,34 +322,6 @@ KnownSecrets SecretsOfEnvironment() {
     secrets.Add(Environment(name));
   }
   return secrets;
-}
-
-std::optional<Failure> HarFile::Refusal(const std::string& path) {
-  if (path.empty()) return Failure{ExitCode::Usage, "--log-http takes a file name"};
-  if (access(path.c_str(), F_OK) != 0) return std::nullopt;
-  struct stat facts = {};
-  if (stat(path.c_str(), &facts) != 0 || !S_ISREG(facts.st_mode)) {
-    return Failure{ExitCode::Usage, Printable(path) + " is no file; name another one"};
-  }
-  std::ifstream file(path);
-  std::string beginning(std::strlen(beginningSize), '\0');
-  file.read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
-  if (file.gcount() == 0 || beginning == beginningSize) return std::nullopt;
-  return Failure{ExitCode::Usage, Printable(path) + " is there and is no log of vtdirect; name another file"};
-}
-
-HarFile::HarFile(std::string path, std::shared_ptr<const HttpLog> log)
-    : path_(std::move(path)), log_(std::move(log)), atTheEnd_([this] { static_cast<void>(Put()); }) {}
-
-std::string HarFile::Write() {
-  const std::string fault = Put();
-  atTheEnd_.Dismiss();
-  return fault;
-}
-
-std::string HarFile::Put() const {
-  const int error = ReplaceDurably(path_, HarDocument(log_->Seen(), SecretsOfEnvironment()));
-  return error == 0 ? "" : "cannot write " + Printable(path_) + ": " + std::strerror(error);
 }
 
 }  // namespace vtdirect_cli

@@ -46,13 +46,24 @@ bool AnswerDemand(const char* url) {
                                       std::to_string(longestSeconds)};
 }
 
-// The server that an operand names: by a nickname, an address, a URL or a name in a work folder; empty for any
-// other text.
-[[nodiscard]] std::string ServerOfOperand(const ServerMap& servers, const std::string& text) {
+// The server that an address leads to, or a name in a work folder; empty for any other text.
+[[nodiscard]] std::string ServerOfAddress(const std::string& text) {
+  return VtDirectManager::GetServerURL(AddressOfWorkName(text).c_str());
+}
+
+// The server of a nickname or a URL; empty for any other text.
+[[nodiscard]] std::string ServerNamed(const ServerMap& servers, const std::string& text) {
   const auto listed = servers.find(text);
   if (listed != servers.end()) return listed->second;
-  if (OriginOf(text)) return text;
-  return VtDirectManager::GetServerURL(AddressOfWorkName(text).c_str());
+  return OriginOf(text) ? text : std::string();
+}
+
+// A file of this machine is no server, whatever it is called and wherever it lies.
+[[nodiscard]] std::string ServerOfOperand(const ServerMap& servers, ArgumentName operand,
+                                          const std::string& text) {
+  if (operand == ArgumentName("ADDRESS") || operand == ArgumentName("PATH")) return ServerOfAddress(text);
+  if (operand == ArgumentName("NICK") || operand == ArgumentName("URL")) return ServerNamed(servers, text);
+  return {};
 }
 
 // As git's helpers are told of a server.
@@ -122,18 +133,16 @@ std::optional<Failure> Host::LoadServers(const Arguments& arguments) {
 
 std::vector<std::string> Host::ServersOf(const CommandRow& command, const Arguments& arguments) const {
   std::vector<std::string> urls;
-  const auto add = [&](const std::vector<std::string>& texts) {
-    for (const std::string& text : texts) {
-      const std::string url = ServerOfOperand(servers(), text);
-      if (!url.empty()) urls.push_back(url);
-    }
-  };
-  for (const OperandRow& operand : command.operands) add(arguments.All(operand.name));
-  add(arguments.All("on"));
-  if (command.worksInFolder) {
-    const std::string url = VtDirectManager::GetServerURL(AddressOfWorkFolderHere().c_str());
+  const auto add = [&urls](const std::string& url) {
     if (!url.empty()) urls.push_back(url);
+  };
+  for (const OperandRow& operand : command.operands) {
+    for (const std::string& text : arguments.All(operand.name)) {
+      add(ServerOfOperand(servers(), operand.name, text));
+    }
   }
+  for (const std::string& text : arguments.All("on")) add(ServerNamed(servers(), text));
+  if (command.worksInFolder) add(VtDirectManager::GetServerURL(AddressOfWorkFolderHere().c_str()));
   return urls;
 }
 

@@ -17,7 +17,7 @@
 #include "hosts/cli/checkouts/recovery.h"
 #include "hosts/cli/commands/command_line.h"
 #include "hosts/cli/failures/reasons.h"
-#include "hosts/cli/http_log/har_document.h"
+#include "hosts/cli/http_log/har_file.h"
 #include "hosts/cli/many/listed_addresses.h"
 #include "hosts/cli/program/environment.h"
 #include "hosts/cli/program/host.h"
@@ -115,9 +115,9 @@ void BoundTheFolderScan() {
 }
 
 [[nodiscard]] ExitCode RunLogged(const CommandRow& command, const Arguments& arguments, Host& host) {
-  const std::string path = arguments.Text("log-http");
-  if (const auto refusal = HarFile::Refusal(path)) return host.output().Fail(*refusal);
-  HarFile log(path, host.ObserveHttp());
+  const auto place = HarFile::PlaceFor(arguments.Text("log-http"));
+  if (!place) return host.output().Fail(place.failure());
+  HarFile log(*place, host.ObserveHttp());
   const ExitCode code = RunOnHost(command, arguments, host);
   const std::string fault = log.Write();
   if (!fault.empty()) host.output().Warning("the exchanges of this run are not logged: " + fault);

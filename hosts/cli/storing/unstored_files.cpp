@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -117,7 +118,15 @@ UnstoredFiles::Listing UnstoredFiles::List() const {
   std::sort(files.begin(), files.end(),
             [](const UnstoredFile& one, const UnstoredFile& other) { return one.name < other.name; });
   listing.isComplete = !error;
+  listing.error = error.value();
   return listing;
+}
+
+std::optional<Failure> UnstoredFiles::FailureOf(const Listing& listing) const {
+  if (listing.error == 0 || listing.error == ENOENT) return std::nullopt;
+  return Failure{ExitCode::LocalFile,
+                 "what was written in a mount and waits there could not be found out: cannot read " +
+                     directory_ + ": " + std::strerror(listing.error)};
 }
 
 }  // namespace vtdirect_cli

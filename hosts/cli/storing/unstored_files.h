@@ -1,7 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "hosts/cli/failures/failure.h"
 
 namespace vtdirect_cli {
 
@@ -58,9 +61,12 @@ class UnstoredFiles {
   struct Listing {
     std::vector<UnstoredFile> files;
     bool isComplete = true;  ///< false when the directory could not be read to its end
+    int error = 0;           ///< its error number, of ENOENT too
   };
   /// All that is there, by their names. An entry that can't be read is given with a fault that says so.
   [[nodiscard]] Listing List() const;
+  /// Why there may be more than a listing has; nothing for a complete one, and if there is no directory.
+  [[nodiscard]] std::optional<Failure> FailureOf(const Listing& listing) const;
   /// The files of `List`, also when it is not complete.
   [[nodiscard]] std::vector<UnstoredFile> All() const { return List().files; }
 

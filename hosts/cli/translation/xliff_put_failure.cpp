@@ -41,6 +41,23 @@ using VtDirectManager::FailureKind;
          ", which its administrator can look at: they may be incomplete, or lead nowhere";
 }
 
+[[nodiscard]] std::optional<Failure> ServerFailed(Host& host, const XliffPut& put) {
+  return ServerFailureByReason(host, VtDirectManager::GetServerURL(put.subject.uid.c_str()));
+}
+
+// What a server failed at after it had taken the file does not hide that it has: whoever does not know would
+// send it again.
+[[nodiscard]] Failure AfterTaking(Host& host, const XliffPut& put, Failure taken) {
+  if (const auto failed = ServerFailed(host, put)) {
+    taken.message += " (" + failed->Text() + ")";
+    taken.reason = failed->reason;
+  } else {
+    taken = DiagnoseXliff(host, put.subject, taken);
+  }
+  taken.changeIsOpen = true;
+  return taken;
+}
+
 }  // namespace
 
 Failure SendingFailure(Host& host, const XliffPut& put) {
@@ -63,27 +80,24 @@ Failure SendingFailure(Host& host, const XliffPut& put) {
 
 Failure UnlinkedFailure(Host& host, const XliffPut& put, const SourceXliff& after) {
   const std::string taken = "the server has taken " + put.file.path;
-  if (put.before.linked && after.linked && !after.uid.empty()) {
-    return DiagnoseXliff(
-        host, put.subject,
-        {ExitCode::Failure, taken + ", but " + put.subject.address +
-                                " still shows the source XLIFF from before, " + after.uid +
-                                "; the new iteration is there without a link, and until its "
-                                "administrator has linked it, a further one may be refused"});
+  const bool showsOld = put.before.linked && after.linked && !after.uid.empty();
+  if (showsOld) {
+    return AfterTaking(host, put,
+                       {ExitCode::Failure, taken + ", but " + put.subject.address +
+                                               " still shows the source XLIFF from before, " + after.uid +
+                                               "; the new iteration is there without a link, and until its "
+                                               "administrator has linked it, a further one may be refused"});
   }
-  if (put.before.linked || after.linked) {
-    return DiagnoseXliff(
-        host, put.subject,
-        {ExitCode::Failure, taken + ", but its UID could not be found out; " +
-                                XliffCommandFor("source", put.subject.address) + " asks again"});
+  const std::string asksAgain = XliffCommandFor("source", put.subject.address) + " asks again";
+  if (put.before.linked || after.linked || ServerFailed(host, put)) {
+    return AfterTaking(host, put,
+                       {ExitCode::Failure, taken + ", but its UID could not be found out; " + asksAgain});
   }
-  return DiagnoseXliff(
-      host, put.subject,
-      {ExitCode::Failure, taken + " as a new document, but " + put.subject.address +
-                              " does not show it as its source XLIFF; " +
-                              XliffCommandFor("source", put.subject.address) +
-                              " asks again; before it is sent again, its administrator has to link that "
-                              "document or to remove it"});
+  return AfterTaking(host, put,
+                     {ExitCode::Failure, taken + " as a new document, but " + put.subject.address +
+                                             " does not show it as its source XLIFF; " + asksAgain +
+                                             "; before it is sent again, its administrator has to link that "
+                                             "document or to remove it"});
 }
 
 }  // namespace vtdirect_cli

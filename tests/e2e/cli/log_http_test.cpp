@@ -126,6 +126,29 @@ TEST_F(LogHttp, ReplacesAnOlderLogAndNoOtherFile) {
   EXPECT_EQ(Run({"--log-http", "/dev/null", "check", "sim"}).status, 2);
 }
 
+// Reading that file fails for every user, and so does opening one of another user.
+TEST_F(LogHttp, TakesNoFileThatCantBeRead) {
+  const ProcessResult refused = Run({"--log-http", "/proc/self/mem", "check", "sim"});
+  EXPECT_EQ(refused.status, 8);
+  EXPECT_THAT(refused.err, HasSubstr("cannot read /proc/self/mem"));
+  EXPECT_EQ(server().Log().find("GET"), std::string::npos);
+}
+
+TEST_F(LogHttp, LeavesAFileThatHasComeToBeMeanwhile) {
+  const ProcessResult result = Run({"--log-http", "x", "get", forkPath, "-o", "x"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("a file has come to be there meanwhile"));
+  EXPECT_THAT(ReadFile(Here("x")), Not(HasSubstr("\"log\"")));
+}
+
+TEST_F(LogHttp, LeavesAnEmptyFileThatIsWrittenToMeanwhile) {
+  WriteFile(Here("x"), "");
+  const ProcessResult result = Run({"--log-http", "x", "get", forkPath, "-o", "x", "--force"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.err, HasSubstr("it was changed meanwhile"));
+  EXPECT_THAT(ReadFile(Here("x")), Not(HasSubstr("\"log\"")));
+}
+
 class SupportBundle : public LogHttp {
  protected:
   // Everything in the archive, unpacked by tar.
@@ -158,6 +181,22 @@ TEST_F(SupportBundle, HasWhatAHelperNeedsAndNoSecret) {
   EXPECT_THAT(text, HasSubstr("{\"log\":{\"version\":\"1.2\""));
 }
 
+// The login is known from no variable here.
+TEST_F(SupportBundle, HidesALoginThatAServerRepeatsInAnErrorText) {
+  environment_.erase("VTDIRECT_USER");
+  environment_.erase("VTDIRECT_PASSWORD");
+  WriteHome(".netrc", std::string("machine 127.0.0.1 login anna password ") + password + "\n", 0600);
+  Serve({"--user", std::string("anna:") + password, "--fault",
+         "GET *dkm/documents/*=status:403:{\"error\":{\"message\":\"not for Basic "
+         "YW5uYTpDYW5hcnlQYXNzd29yZA== of CanaryPassword\"}}"});
+  const ProcessResult result = Run({"support-bundle", "s.tar.gz"});
+  ASSERT_EQ(result.status, 0) << result.err;
+  const std::string text = Unpacked("s.tar.gz");
+  ExpectNoSecret(text);
+  EXPECT_THAT(text, HasSubstr("HTTP 403: {\"error\":{\"message\":\"not for *** of ***\"}})"))
+      << "as doctor says it";
+}
+
 TEST_F(SupportBundle, IsWrittenWhenNothingWorks) {
   StopServer();
   const std::string url = "http://127.0.0.1:" + std::to_string(UnusedPort()) + "/";
@@ -170,6 +209,18 @@ TEST_F(SupportBundle, ReplacesNothing) {
   const ProcessResult result = Run({"support-bundle", "f"});
   EXPECT_EQ(result.status, 8);
   EXPECT_EQ(ReadFile(Here("f")), "new content");
+}
+
+// The credential helper is asked while the servers are examined, after the look at FILE.
+TEST_F(SupportBundle, ReplacesNothingThatHasComeToBeMeanwhile) {
+  environment_.erase("VTDIRECT_USER");
+  environment_.erase("VTDIRECT_PASSWORD");
+  WriteHome(".config/vtdirect/config",
+            "[server sim]\nurl = " + server().url() + "\ncredential_helper = printf other > s.tar.gz #\n",
+            0600);
+  const ProcessResult result = Run({"support-bundle", "s.tar.gz"});
+  EXPECT_EQ(result.status, 8) << result.err;
+  EXPECT_EQ(ReadFile(Here("s.tar.gz")), "other");
 }
 
 }  // namespace vtdirect_test

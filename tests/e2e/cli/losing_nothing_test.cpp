@@ -272,6 +272,52 @@ TEST_F(Recover, TellsOfLinesThatItDoesNotUnderstandAndKeepsThem) {
   EXPECT_EQ(ReadFile(Home(".local/state/vtdirect/journal")), "vtdirect-journal 1\n" + strange);
 }
 
+TEST_F(Recover, AsksEachServerByTheWayThatIsSetForIt) {
+  Serve();
+  const std::string uid = CheckOut(forkPath);
+  WriteHome(".local/state/vtdirect/journal",
+            "vtdirect-journal 1\n1:1\t2026-01-31T09:00:00Z\tcheckin\t" + std::string(forkPath) + "\t" + uid +
+                "\t\t\n",
+            0600);
+  WriteHome(".config/vtdirect/config", "[server sim]\nurl = " + server().url() + "\nproxy = none\n", 0600);
+  environment_["http_proxy"] = "http://127.0.0.1:" + std::to_string(UnusedPort());
+  const ProcessResult result = Run({"recover"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("\tyes\tyou still have " + std::string(forkPath) + " checked out"));
+}
+
+// Of a server whose settings can't be used nothing is found out, and the others are asked all the same.
+TEST_F(Recover, LeavesOpenWhatIsOnAServerThatCantBeAsked) {
+  Serve();
+  const std::string line = "1:1\t2026-01-31T09:00:00Z\tcheckin\t//other/?id=D1001\t//other/?id=D1001\t\t\n";
+  WriteHome(".local/state/vtdirect/journal", "vtdirect-journal 1\n" + line, 0600);
+  WriteHome(".config/vtdirect/config",
+            "[server other]\nurl = https://127.0.0.1:" + std::to_string(UnusedPort()) +
+                "/vt\nca_file = " + Home("none") + "\n",
+            0600);
+  const ProcessResult result = Run({"recover"});
+  EXPECT_EQ(result.status, 11);
+  EXPECT_THAT(
+      result.out,
+      HasSubstr("\tno\tthe state of //other/?id=D1001 could not be found out (cannot read " + Home("none")));
+  EXPECT_EQ(ReadFile(Home(".local/state/vtdirect/journal")), "vtdirect-journal 1\n" + line);
+}
+
+// A file in the place of the directory can be listed by nobody, root included.
+TEST_F(Recover, FailsWhenWhatWaitsForAMountCanNotBeFoundOut) {
+  Serve();
+  WriteHome(".local/state/vtdirect/unstored", "", 0600);
+  const ProcessResult result = Run({"recover"});
+  EXPECT_EQ(result.status, 8);
+  EXPECT_THAT(result.err, HasSubstr("cannot read " + Home(".local/state/vtdirect/unstored")));
+  const std::string uid = CheckOut(forkPath);
+  const ProcessResult checkin = Run({"checkin", forkPath});
+  EXPECT_EQ(checkin.status, 8);
+  EXPECT_THAT(checkin.err, HasSubstr("; nothing was checked in"));
+  EXPECT_EQ(HolderOf("D1001"), "anna");
+  EXPECT_EQ(Run({"undo", forkPath}).status, 0);
+}
+
 TEST_F(Recover, HasNothingToSettleWhenAllWasAnswered) {
   Serve();
   WriteFile(Here("f"), newContent);

@@ -161,6 +161,19 @@ TEST_F(XliffTest, TellsAnXliffWhoseUidCanNotBeFoundOut) {
   EXPECT_THAT(source.err, HasSubstr("vtdirect: the source XLIFF of //sim/?id=D1032 could not be read"));
 }
 
+// The file is on the server, and sending it again would make another document of it.
+TEST_F(XliffTest, SaysThatTheFileWasTakenWhenTheServerCanNotBeAskedAfterThat) {
+  Serve({"--fault", "GET *dkm/documents/D100000*=401"});
+  const ProcessResult result =
+      Run({"--json", "--no-prompt", "xliff", "put", bareManual, "chain.xlf", "-l", "en"});
+  EXPECT_NE(result.status, 0);
+  EXPECT_THAT(result.err,
+              AllOf(HasSubstr("the server has taken chain.xlf, but its UID could not be found out"),
+                    HasSubstr("credentials"), HasSubstr("\"may_have_happened\":true"),
+                    HasSubstr("\"retryable\":false")));
+  EXPECT_NE(LinkOf("D1032"), "");
+}
+
 TEST_F(XliffTest, DoesNotTakeAFailedQuestionForADocumentWithoutASource) {
   Serve({"--fault", "GET *DynamicDocuments('D1028')/Xliff=503*1"});
   EXPECT_THAT(Put(manual).err, HasSubstr("updated"));

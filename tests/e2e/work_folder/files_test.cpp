@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <sstream>
 
 #include "tests/e2e/cli/terminal_session.h"
 #include "tests/e2e/work_folder/work_folder_fixture.h"
@@ -148,6 +149,23 @@ TEST_F(WorkFiles, AreFoundByNobodyAndPeopleAreToldSo) {
     EXPECT_TRUE(session.Sees("vtdirect: " + note + "\r\n")) << session.screen();
     EXPECT_EQ(session.Wait(), 0) << note;
   }
+}
+
+// The change of a command that is at work is neither confirmed nor this one's to settle.
+TEST_F(WorkFiles, AreNotCalledConfirmedWhileAnotherCommandIsAtWork) {
+  Serve();
+  const std::string state = ReadFile("/proc/self/stat");
+  std::istringstream words(state.substr(state.rfind(')') + 1));
+  std::string started;
+  for (int word = 0; word < 20; ++word) words >> started;
+  WriteHome(".local/state/vtdirect/journal",
+            "vtdirect-journal 1\n" + std::to_string(getpid()) + ":" + started +
+                "\t2026-01-31T09:00:00Z\tcheckin\t//sim/?id=D1001\t//sim/?id=D1001\t\t\n",
+            0600);
+  TerminalSession session({"--server", "sim=" + server().url(), "recover"}, environment_, Here(""));
+  EXPECT_TRUE(session.Sees("nothing is open but what commands that are at work have begun\r\n"))
+      << session.screen();
+  EXPECT_EQ(session.Wait(), 0);
 }
 
 }  // namespace vtdirect_test

@@ -129,4 +129,33 @@ TEST_F(NamesOfWorkDirectories, AreNoAddressesWhereSomethingIsChangedOrNothingIsK
   EXPECT_EQ(RunIn("Bike", {"ls", ".vtdirect"}).status, 2);
 }
 
+// The directory's own server has no part in storing its files on another one, with which it shares no proxy.
+TEST_F(NamesOfWorkFiles, OfAWorkFolderThatIsStoredElsewhereAreOnlyFiles) {
+  Serve();
+  ASSERT_EQ(Run({"clone", bikePath}).status, 0);
+  const std::string other = "http://localhost" + server().url().substr(server().url().rfind(':'));
+  WriteHome(".config/vtdirect/config",
+            "[server sim]\nurl = " + server().url() + "\nproxy = http://127.0.0.1:" +
+                std::to_string(UnusedPort()) + "\n[server other]\nurl = " + other + "\nproxy = none\n",
+            0600);
+  const ProcessResult result =
+      RunIn("Folders", {"put", "--dry-run", "-r", "Frame", "//other/Products/Trekking Bike/Folders/Frame/"});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_THAT(result.out, HasSubstr("fork.lxz"));
+}
+
+TEST_F(NamesOfWorkFiles, AreNotMixedUpWithServersByAFileThatIsCalledAsOne) {
+  Serve();
+  WriteFile(Here("other"), "new content");
+  WriteHome(".config/vtdirect/config",
+            "[server sim]\nurl = " + server().url() +
+                "\nproxy = none\n[server other]\nurl = "
+                "http://127.0.0.1:" +
+                std::to_string(UnusedPort()) + "/\nproxy = http://127.0.0.1:" + std::to_string(UnusedPort()) +
+                "\n",
+            0600);
+  const ProcessResult result = Run({"put", "--dry-run", "other", "//sim/?id=D1001"});
+  EXPECT_EQ(result.status, 0) << result.err;
+}
+
 }  // namespace vtdirect_test

@@ -83,6 +83,12 @@ class ExportTest : public WriteTest {
     Upload({"left over"});
   }
 
+  static std::int64_t LastStream(const std::map<std::string, std::string>& contents) {
+    std::int64_t last = 0;
+    for (const auto& [name, bytes] : contents) last = std::max<std::int64_t>(last, std::stoll(name));
+    return last;
+  }
+
   void ExpectTheSameBehindAnExport(bool json) {
     const auto anna = Everything("anna");
     const auto bruno = Everything("bruno");
@@ -134,6 +140,50 @@ TEST_F(ExportTest, LargeGeneratedContentIsToldByItsSizeAlone) {
   EXPECT_NE(ReadFile(file).find("size: 5000000"), std::string::npos);
   StartWith(file);
   EXPECT_EQ(ReadFile(directory_ / "second/content/10090"), ReadFile(directory_ / "data/content/10090"));
+}
+
+// The bytes of D1001 come before those of D1003, which the second export can't read.
+TEST_F(ExportTest, OlderExportStaysWholeWhenANewOneFails) {
+  Start();
+  const std::string state = Export("state.yaml");
+  const std::filesystem::path files = state + ".files";
+  const std::string text = ReadFile(state);
+  std::map<std::string, std::string> before;
+  for (const auto& entry : std::filesystem::directory_iterator(files))
+    before[entry.path().filename().string()] = ReadFile(entry.path());
+  ASSERT_GT(before.size(), 1U);
+  const std::filesystem::path data = directory_ / "data/content";
+  for (const auto& [name, bytes] : before)
+    std::ofstream(data / name, std::ios::binary) << std::string(bytes.size(), 'x');
+  // A link in the place of a content is refused.
+  const std::string last = std::to_string(LastStream(before));
+  std::filesystem::remove(data / last);
+  std::filesystem::create_symlink(state, data / last);
+  EXPECT_THROW(Export("state.yaml"), std::exception);
+  EXPECT_EQ(ReadFile(state), text);
+  for (const auto& [name, bytes] : before) EXPECT_EQ(ReadFile(files / name), bytes) << name;
+  EXPECT_FALSE(std::filesystem::exists(state + ".part"));
+  EXPECT_FALSE(std::filesystem::exists(files.string() + ".part"));
+}
+
+TEST_F(ExportTest, NewExportHasNothingOfOlderOnes) {
+  Start();
+  const std::string state = Export("state.yaml");
+  const std::filesystem::path files = state + ".files";
+  std::ofstream(files / "of the older one") << "x";
+  std::filesystem::create_directory(files.string() + ".part");
+  std::ofstream(files.string() + ".part/of one that was killed") << "x";
+  std::set<std::string> names;
+  ExportState({options_.dataDirectory, state, false});
+  for (const auto& entry : std::filesystem::directory_iterator(files))
+    names.insert(entry.path().filename().string());
+  EXPECT_EQ(names.count("of the older one") + names.count("of one that was killed"), 0U);
+  EXPECT_GT(names.size(), 1U);
+  EXPECT_FALSE(std::filesystem::exists(files.string() + ".part"));
+  EXPECT_EQ(CheckState(state), 0);
+  // What --check finds is the same as what a server would.
+  std::filesystem::remove(files / *names.begin());
+  EXPECT_EQ(CheckState(state), 1);
 }
 
 TEST_F(ExportTest, DirectoryThatIsNoneIsRefusedAndLeftAlone) {

@@ -137,6 +137,77 @@ TEST_F(TlsTest, SelfSignedFilesAreMadeOnceAndTheKeyIsTheOwnersAlone) {
   EXPECT_EQ(count, 2U);
 }
 
+std::string ProblemWithSelfSigned(const std::string& directory, const std::string& address) {
+  try {
+    SelfSignedFiles(directory, address);
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+  return {};
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+// A certificate of somebody else for "elsewhere", with its key.
+TlsFiles MakeForeignFiles(const std::string& directory) {
+  std::filesystem::create_directories(directory);
+  TlsFiles files{directory + "/cert.pem", directory + "/key.pem"};
+  EVP_PKEY* key = EVP_EC_gen("P-256");
+  X509* certificate = X509_new();
+  X509_NAME_add_entry_by_txt(X509_get_subject_name(certificate), "CN", MBSTRING_UTF8,
+                             reinterpret_cast<const unsigned char*>("elsewhere"), -1, -1, 0);
+  X509_set_issuer_name(certificate, X509_get_subject_name(certificate));
+  X509_gmtime_adj(X509_getm_notBefore(certificate), 0);
+  X509_gmtime_adj(X509_getm_notAfter(certificate), 864'000);
+  X509_set_pubkey(certificate, key);
+  X509_sign(certificate, key, EVP_sha256());
+  std::FILE* file = std::fopen(files.certificate.c_str(), "w");
+  PEM_write_X509(file, certificate);
+  std::fclose(file);
+  file = std::fopen(files.key.c_str(), "w");
+  PEM_write_PrivateKey(file, key, nullptr, nullptr, 0, nullptr, nullptr);
+  std::fclose(file);
+  X509_free(certificate);
+  EVP_PKEY_free(key);
+  return files;
+}
+
+TEST_F(TlsTest, FilesOfAnotherOriginAreNeverReplaced) {
+  const TlsFiles files = MakeForeignFiles(options_.tlsSelfSigned);
+  const std::string certificate = ReadFile(files.certificate);
+  const std::string key = ReadFile(files.key);
+  EXPECT_NE(ProblemWithSelfSigned(options_.tlsSelfSigned, "127.0.0.1").find(files.certificate),
+            std::string::npos);
+  EXPECT_EQ(ReadFile(files.certificate), certificate);
+  EXPECT_EQ(ReadFile(files.key), key);
+  // For its own name it does.
+  EXPECT_EQ(ProblemWithSelfSigned(options_.tlsSelfSigned, "elsewhere"), "");
+  std::filesystem::remove(files.certificate);
+  EXPECT_NE(ProblemWithSelfSigned(options_.tlsSelfSigned, "127.0.0.1").find(files.key), std::string::npos);
+  EXPECT_EQ(ReadFile(files.key), key);
+}
+
+TEST_F(TlsTest, FilesThatAreNoPairOfKeyAndCertificateAreNeverReplaced) {
+  const TlsFiles files = SelfSignedFiles(options_.tlsSelfSigned, "127.0.0.1");
+  WriteText(files.key, "notes");
+  EXPECT_NE(ProblemWithSelfSigned(options_.tlsSelfSigned, "127.0.0.1").find(files.key), std::string::npos);
+  EXPECT_EQ(ReadFile(files.key), "notes");
+  WriteText(files.certificate, "more notes");
+  EXPECT_NE(ProblemWithSelfSigned(options_.tlsSelfSigned, "127.0.0.1").find(files.certificate),
+            std::string::npos);
+  EXPECT_EQ(ReadFile(files.certificate), "more notes");
+}
+
+// Making them was cut off between the two.
+TEST_F(TlsTest, CertificateOfItsOwnWithoutTheKeyIsMadeAnew) {
+  const TlsFiles files = SelfSignedFiles(options_.tlsSelfSigned, "127.0.0.1");
+  std::filesystem::remove(files.key);
+  EXPECT_EQ(ProblemWithSelfSigned(options_.tlsSelfSigned, "127.0.0.1"), "");
+  EXPECT_TRUE(TlsClient(Serve(), Certificate(), "127.0.0.1").trusted());
+}
+
 std::string ProblemWith(const std::string& certificate, const std::string& key) {
   try {
     TlsIdentity identity(certificate, key);
