@@ -85,7 +85,6 @@ struct Ended {
   const CheckinAnswer answer = ReadCheckinAnswer(host, told, ending.workingCopy, ending.document);
   WarnOfLeftWorkspace(host);
   if (answer.iteration.empty()) return UnknownCheckin(answer, ending.address + " was to be checked in");
-  KeepContentOf(host, ending.workingCopy, answer.iteration);
   return Ended{.uid = answer.iteration, .isTold = answer.isTold};
 }
 
@@ -186,6 +185,8 @@ ExitCode EndCheckout(Host& host, const std::string& address, CheckoutEnd end, bo
   report.Tell(DoneTo(*ending) + "; the UID to go on with is " + ended->uid);
   ended->version = VersionOf(ended->uid);
   const ExitCode code = Report(host, *ending, *ended);
+  // Reads the whole content, so all that the answer has told comes before it.
+  if (end == CheckoutEnd::Checkin && !Interrupted()) KeepContentOf(host, ending->workingCopy, ended->uid);
   return Interrupted() ? report.Report() : code;
 }
 

@@ -15,6 +15,7 @@
 #include "hosts/cli/program/interruption.h"
 #include "hosts/cli/storing/document_place.h"
 #include "hosts/cli/translation/xliff_recovery.h"
+#include "hosts/cli/work_folder/work_folder.h"
 
 namespace vtdirect_cli {
 namespace {
@@ -82,7 +83,9 @@ constexpr std::size_t mostWarnings = 3;
 [[nodiscard]] Finding CompareContent(Host& host, const JournalEntry& entry, const std::string& uid) {
   const std::string sum = SumOnServer(host, uid);
   if (sum.empty()) return NotKnown(entry.address);
-  if (sum == entry.sha256) return Known(entry.file + " is stored in " + uid);
+  if (sum == entry.sha256) {
+    return {.isKnown = true, .isSame = true, .words = entry.file + " is stored in " + uid};
+  }
   return Known(uid + " has another content than " + entry.file +
                " had, so that was not stored, or somebody has stored "
                "another since; it can be put again");
@@ -144,6 +147,17 @@ void KeepContentIfCheckedIn(Host& host, const JournalEntry& entry) {
   if (const auto newest = NewestUidOf(entry.uid)) KeepContentOf(host, entry.uid, *newest);
 }
 
+// A further commit of the file knows by this, and no more by the journal, that what is in the working copy is its own.
+void KeepForCommit(const JournalEntry& entry) {
+  if (!IsPlaceOfWorkFile(entry.file)) return;
+  FetchRecord record;
+  record.address = entry.address;
+  record.uid = entry.uid;
+  record.sha256 = entry.sha256;
+  record.copyUse = CopyUse::Stored;
+  static_cast<void>(FetchRecords().Keep(entry.file, record));
+}
+
 // "a checkout", "an undo", "an xliff put".
 [[nodiscard]] std::string WithArticle(const std::string& step) {
   const bool startsWithVowel = step.find_first_of("aeioux") == 0;
@@ -190,11 +204,13 @@ void SettleEntry(Host& host, const JournalEntry& entry, const Finding& finding) 
   if (finding.hasEnded) {
     // The library deletes the workspace and has nothing else left to undo. It may be gone already.
     if (IsTemporaryCopy(entry.uid)) static_cast<void>(VtDirectManager::UndoCheckout(entry.uid.c_str()));
-    KeepContentIfCheckedIn(host, entry);
     ForgetCheckout(host, entry.uid);
   }
+  if (finding.isSame && entry.step == "store") KeepForCommit(entry);
   const std::string fault = Journal().StrikeOut(entry);
   if (!fault.empty()) host.output().Warning("the entry is still in the journal: " + fault);
+  // Reads the whole content, and is not needed to settle the change.
+  if (finding.hasEnded) KeepContentIfCheckedIn(host, entry);
 }
 
 void SettleRepeated(Host& host, const std::string& step, const std::string& uid) {

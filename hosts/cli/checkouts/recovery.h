@@ -12,6 +12,7 @@ namespace vtdirect_cli {
 struct Finding {
   bool isKnown = false;       ///< whether the change was done or not is certain now
   bool hasEnded = false;      ///< the checkout of a check-in or an undo is over
+  bool isSame = false;        ///< the server has the very bytes that a store has sent
   std::string workingCopy{};  ///< of a checkout that was done: its UID
   std::string words{};        ///< the state on the server, and what to do next
 };

@@ -165,7 +165,14 @@ class Editing {
     for (const std::string& known : {state_.sum, kept_.KnownSum(), Sha256OfFile(kept_.file())}) {
       if (known == onServer_) return std::nullopt;
     }
-    return AnotherStored();
+    return HasBaseAlone() ? std::nullopt : std::optional(AnotherStored());
+  }
+
+  // Another checkout than that of the edit, in which nothing has been stored yet.
+  [[nodiscard]] bool HasBaseAlone() {
+    const auto checkout = CheckoutBook().Find(document_);
+    if (!checkout || !state_.sum.empty()) return false;
+    return SumOnServer(host_, ByDocumentId(checkout->document)) == onServer_;
   }
 
   [[nodiscard]] Failure AnotherStored() const {
@@ -357,8 +364,9 @@ class Editing {
   // Whatever has failed, nobody has to look for the file.
   [[nodiscard]] ExitCode FailWithPlace(Failure failure) {
     const bool isKept = HasUnstored() && (goesOn_ || InFile() != FileContent::Unchanged);
-    const std::string place = "what was edited is kept in " + kept_.file() + ", and " +
-                              CommandToType("edit", address_) + " goes on with it";
+    std::string place = "what was edited is kept in " + kept_.file();
+    if (failure.failureClass != FailureClass::Conflict)
+      place += ", and " + CommandToType("edit", address_) + " goes on with it";
     if (!isKept && !HasUnstored() && !hasLeftOthers_ && Stage() == EditStage::Begun) Remove();
     if (failure.code == ExitCode::Interrupted) {
       if (isKept) host_.output().Warning(place);

@@ -128,7 +128,8 @@ namespace {
          "  set -l at $PWD\n"
          "  while test -n \"$at\"\n"
          "    test -e \"$at/.vtdirect/files.db\"; and return 0\n"
-         "    set at (string replace -r '/[^/]*$' '' -- $at)\n"
+         "    # The first of several lines, which a name with a line feed makes, is shorter all the same.\n"
+         "    set at (string replace -r '/[^/]*$' '' -- $at)[1]\n"
          "  end\n"
          "  return 1\n"
          "end\n";

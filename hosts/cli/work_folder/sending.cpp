@@ -182,8 +182,9 @@ class Sending {
   [[nodiscard]] std::optional<Failure> Upload(const PutTarget& target, const SourceLinks& links) {
     JournaledStep step(host_, {"store", file_.address, target.address, request_.content.path, sha256_});
     const PutOutcome outcome = RunUpload(host_, request_, target, links, report_);
-    if (outcome.stored || ChangeMayHaveHappened()) KeepWhatIsInCopy(target);
+    if (outcome.stored) KeepWhatIsInCopy(target);
     if (!outcome.stored) {
+      if (ChangeMayHaveHappened()) KeepWhatMayBeInCopy(target);
       step.SettleUnlessUnknown();
       if (Interrupted()) return InterruptedFailure();
       return PutFailure(host_, request_, target, outcome);
@@ -206,6 +207,14 @@ class Sending {
     record.sha256 = sha256_;
     record.copyUse = CopyUse::Stored;
     static_cast<void>(FetchRecords().Keep(request_.content.path, record));
+  }
+
+  // The journal has what may be there now. What an earlier commit has stored may be there still.
+  void KeepWhatMayBeInCopy(const PutTarget& target) const {
+    const auto earlier = FetchRecords().Find(request_.content.path);
+    ForgetContentOf(target.address);
+    if (!earlier || !AreSameUid(earlier->uid, target.address)) return;
+    static_cast<void>(FetchRecords().Keep(request_.content.path, *earlier));
   }
 
   [[nodiscard]] std::optional<Failure> CheckIn() {

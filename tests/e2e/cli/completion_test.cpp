@@ -96,6 +96,14 @@ TEST_F(Completion, OfBashOffersTheFilesOfAWorkFolder) {
   }
 }
 
+// A line feed in its path must not keep the search for one going.
+TEST_F(Completion, OfFishEndsInADirectoryOfAnyName) {
+  if (!HasShell("fish")) GTEST_SKIP() << "fish is not installed";
+  std::filesystem::create_directories(Here("a\nb/c"));
+  EXPECT_THAT(InFish("vtdirect checkout //", "cd (printf 'a\\nb/c' | string collect); "),
+              HasSubstr("//plm/\n"));
+}
+
 // A name is whatever somebody has called a document.
 TEST_F(Completion, RunsNothingThatADocumentIsCalled) {
   WriteFile(Here("$(touch hacked)`touch hacked`.lxz"), "x");

@@ -173,6 +173,20 @@ TEST_F(EditMeanwhile, LeavesAnotherCheckoutOfTheSameVersionCheckedOut) {
   EXPECT_EQ(HolderOf("D1001"), "anna");
 }
 
+// Nobody has stored in the second checkout, though the first one was stored in.
+TEST_F(EditMeanwhile, GoesOnInAnotherCheckoutAfterItsCheckInWasRefused) {
+  Restart({"--fault", "POST *checkin=409"});
+  UseEditor("printf 'edited\\n' > \"$1\"");
+  EXPECT_NE(Run({"edit", forkPath}).status, 0);
+  Restart({});
+  EXPECT_EQ(Run({"undo", forkPath}).status, 0);
+  CheckOut(forkPath);
+  UseEditor("true");
+  const ProcessResult result = Run({"edit", forkPath});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(Run({"get", forkPath, "-o", "-"}).out, edited);
+}
+
 TEST_F(EditMeanwhile, ChangesNothingWhenTheServerDoesNotTellWhetherAnEditIsKept) {
   const std::string uid = server().Uid("D1001");
   UseEditor("printf 'edited\\n' > \"$1\"; exit 3");

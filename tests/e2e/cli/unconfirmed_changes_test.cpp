@@ -56,6 +56,25 @@ TEST_F(UnconfirmedChange, IsNoCheckin) {
   }
 }
 
+// The content may be large, and the program be ended while it comes.
+TEST_F(UnconfirmedChange, IsNoCheckinWhoseContentIsStillToBeRead) {
+  const std::string uid = CheckOut(forkPath);
+  ASSERT_EQ(Run({"put", "f", uid}).status, 0);
+  std::string openWhenRead = "the content was not read";
+  const Meddler meddler([&](Peer& peer, const WireRequest&, const Meddler::Forward& forward) {
+    const std::string answer = forward();
+    if (answer.ends_with("new content")) openWhenRead = OpenEntries() + Book();
+    peer.Send(answer);
+  });
+  environment_["http_proxy"] = meddler.Url();
+  EXPECT_EQ(Run({"checkin", forkPath}).status, 0);
+  environment_.erase("http_proxy");
+  EXPECT_THAT(openWhenRead, Not(HasSubstr("\tcheckin\t")));
+  EXPECT_THAT(openWhenRead, Not(HasSubstr(uid)));
+  EXPECT_THAT(openWhenRead, HasSubstr(bookHead));
+  EXPECT_EQ(Run({"get", forkPath, "-o", "f"}).status, 0) << "its bytes are in the iteration";
+}
+
 TEST_F(UnconfirmedChange, IsACheckinWhenTheServerShowsItsIteration) {
   // In this order, since the copy on the bench does not follow the document.
   for (const char* address : {forkOnBench, forkPath}) {

@@ -93,6 +93,33 @@ TEST_F(CommitInDoubt, ChecksNothingInThatIsNotKnownToBeStored) {
   EXPECT_EQ(ForkOnServer(), "mine");
 }
 
+// What the copy has is the first commit's, whatever may have become of the second one.
+TEST_F(CommitInDoubt, KnowsItsOwnStoreAfterAnotherOneThatFailed) {
+  CommitWithoutCheckin();
+  WriteFile(Fork(), "mine again");
+  Restart({"--fault", "POST *store=503"});
+  EXPECT_NE(RunIn("Frame", {"commit"}).status, 0);
+  Restart({});
+  WriteFile(Fork(), "mine at last");
+  const ProcessResult result = RunIn("Frame", {"commit"});
+  EXPECT_EQ(result.out, "committed\tB.2\tfork.lxz\n") << result.err;
+  EXPECT_EQ(ForkOnServer(), "mine at last");
+}
+
+TEST_F(CommitInDoubt, KnowsItsOwnStoreAfterARecoverHasSettledIt) {
+  Restart({"--fault", "POST *store=lost-answer"});
+  EXPECT_NE(RunIn("Frame", {"commit"}).status, 0);
+  Restart({});
+  const ProcessResult recovered = Run({"recover"});
+  EXPECT_EQ(recovered.status, 0) << recovered.err;
+  EXPECT_THAT(recovered.out, HasSubstr("is stored in "));
+  EXPECT_THAT(OpenEntries(), Not(HasSubstr("\tstore\t")));
+  WriteFile(Fork(), "mine at last");
+  const ProcessResult result = RunIn("Frame", {"commit"});
+  EXPECT_EQ(result.out, "committed\tB.2\tfork.lxz\n") << result.err;
+  EXPECT_EQ(ForkOnServer(), "mine at last");
+}
+
 TEST_F(CommitInDoubt, StoresNothingOverWhatOthersHaveStoredInTheWorkingCopy) {
   const std::string uid = CheckOutFork();
   StoreIn(uid, "theirs");
