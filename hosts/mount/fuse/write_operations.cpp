@@ -28,7 +28,7 @@ void ReplyCreated(fuse_req_t request, Mount& mount, const Node& wanted, const Wr
   const auto handle = std::make_shared<OpenDocument>(made.file, ProcessOf(fuse_req_ctx(request)->pid));
   fuse_file_info file = mount.Keep(node->number, handle);
   if (fuse_reply_create(request, &entry, &file) == 0) return;
-  made.file->NoteWriterGone();
+  mount.writing()->LetGo(made.file);
   mount.Drop(node->number, handle);
   mount.nodes().Forget(node->number, 1);
 }

@@ -16,14 +16,6 @@ bool LocalFile::Claim() const {
   return flock(file_.descriptor(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
-bool LocalFile::LeaveToOtherWriters() {
-  std::size_t count = writers_;
-  while (count > 1) {
-    if (writers_.compare_exchange_weak(count, count - 1)) return true;
-  }
-  return false;
-}
-
 Facts LocalFile::facts() const {
   struct stat status = {};
   if (fstat(file_.descriptor(), &status) != 0) return {};

@@ -85,6 +85,10 @@ class LocalFile {
   void NoteFailedStore(std::uint64_t changes) { failedStore_ = changes; }
   /// Whether the bytes that it holds now could not be stored.
   [[nodiscard]] bool couldNotBeStored() const { return isDirty() && failedStore_ == changes_; }
+  /// Whether it holds what a store may still bring to the server.
+  [[nodiscard]] bool isToBeStored() const {
+    return isDirty() && !isScratch_ && !isReplaced_ && !couldNotBeStored();
+  }
   /// Notes that a write failed with an error number, so that bytes of a program are missing in it. 0 notes that
   /// it was emptied, and is written anew.
   void NoteFailedWrite(int error) { failedWrite_ = error; }
@@ -101,10 +105,8 @@ class LocalFile {
   void NoteListed(Written written) { isListedWhole_ = written == Written::Whole; }
   /// Counts one more that has it open for writing.
   void NoteWriter() { ++writers_; }
-  /// Counts one less.
-  void NoteWriterGone() { --writers_; }
-  /// Counts one less, unless that is the last. @return false for the last
-  [[nodiscard]] bool LeaveToOtherWriters();
+  /// Counts one less. @return whether that was the last
+  bool NoteWriterGone() { return --writers_ == 0; }
   /// Whether somebody has it open for writing, so that it may be half.
   [[nodiscard]] bool hasWriters() const { return writers_ != 0; }
   [[nodiscard]] std::size_t writers() const { return writers_; }

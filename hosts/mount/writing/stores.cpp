@@ -11,8 +11,10 @@
 
 namespace vtdirect_mount {
 
-int Stores::NoteHalf(LocalFile& file) {
+// @param changes  how often the file had been changed when the store began
+int Stores::NoteHalf(LocalFile& file, std::uint64_t changes) {
   const int error = file.failedWrite();
+  file.NoteFailedStore(changes);
   parts_.mounted.log(file.address() + " is not stored: a write to it failed: " + std::strerror(error));
   parts_.waiting.Note(file, Written::MaybeHalf, std::string("a write failed: ") + std::strerror(error));
   return error;
@@ -65,7 +67,7 @@ int Stores::Store(const std::shared_ptr<LocalFile>& file) {
   const std::uint64_t changes = file->changes();
   file->KeepContent();
   if (file->failedWrite() == 0 && fsync(file->file().descriptor()) != 0) file->NoteFailedWrite(errno);
-  if (file->failedWrite() != 0) return NoteHalf(*file);
+  if (file->failedWrite() != 0) return NoteHalf(*file, changes);
   if (parts_.waiting.Note(*file, Written::Whole, unconfirmedStore) == 0) parts_.waiting.StrikeReplaced(*file);
   const std::string fault = Put(address, *file);
   if (fault.empty()) {

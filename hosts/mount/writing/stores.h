@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -34,7 +35,7 @@ class Stores {
   [[nodiscard]] int Store(const std::shared_ptr<LocalFile>& file);
 
  private:
-  [[nodiscard]] int NoteHalf(LocalFile& file);
+  [[nodiscard]] int NoteHalf(LocalFile& file, std::uint64_t changes);
   [[nodiscard]] bool IsWhatWasMade(const std::string& address, const LocalFile& file);
   [[nodiscard]] std::string Put(const std::string& address, const LocalFile& file);
   void NoteStored(const std::string& address, const std::shared_ptr<LocalFile>& file, std::uint64_t changes);

@@ -42,16 +42,30 @@ Writable Writing::Create(const std::string& address, const std::string& program)
   return made;
 }
 
+// The last one stores a document that the mount has made, and that may be a store that was under way when the last
+// program closed it. It looks only when it has let go, since somebody may leave his bytes to it until then.
 void Writing::LetGo(const std::shared_ptr<LocalFile>& file) {
-  file->NoteWriterGone();
+  const bool isLast = file->NoteWriterGone();
+  if (isLast && file->isCreated() && file->isToBeStored()) StoreLeft(file);
   overlay_.TakeIfIdle(file->address(), file);
 }
 
 void Writing::Close(const std::shared_ptr<LocalFile>& file) {
-  if (!file->isDirty() || file->isScratch()) return LetGo(file);
-  if (file->isCreated() && file->LeaveToOtherWriters()) return;
+  if (!file->isDirty() || file->isScratch() || file->isCreated()) return LetGo(file);
   NoteWhole(*file);
   if (waiting_.Has(file->address())) return LetGo(file);
+  PostStore(file);
+}
+
+// What waits is tried again in any case.
+void Writing::StoreLeft(const std::shared_ptr<LocalFile>& file) {
+  NoteWhole(*file);
+  if (waiting_.Has(file->address())) return;
+  file->NoteWriter();
+  PostStore(file);
+}
+
+void Writing::PostStore(const std::shared_ptr<LocalFile>& file) {
   Post([this, file] {
     static_cast<void>(Store(file));
     LetGo(file);
@@ -135,6 +149,8 @@ void Writing::RetryOnce() {
       continue;
     }
     if (file == nullptr || !file->isDirty() || Store(file) == 0) waiting_.Remove(address);
+    // Who closed it while it was stored has left it to this.
+    if (file != nullptr && !file->hasWriters() && file->isToBeStored()) StoreLeft(file);
   }
 }
 

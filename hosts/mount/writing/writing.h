@@ -53,7 +53,8 @@ class Writing {
   /// A document, opened to be written to: EACCES unless it is checked out here.
   /// @param keepsContent  whether the file begins with the document's content
   [[nodiscard]] Writable Edit(const std::string& address, bool keepsContent);
-  /// Takes back that a file was opened to be written to, since no program has got it.
+  /// Takes back that a file was opened to be written to, since no program has got it. What other programs have left
+  /// to this one is stored.
   void LetGo(const std::shared_ptr<LocalFile>& file);
   /// Notes that a file is about to be changed, so that a crash is told of.
   /// @return an error number when that can't be noted; then it must not be changed
@@ -90,6 +91,8 @@ class Writing {
 
  private:
   void NoteWhole(LocalFile& file);
+  void StoreLeft(const std::shared_ptr<LocalFile>& file);
+  void PostStore(const std::shared_ptr<LocalFile>& file);
   void BeginRetry();
   void RetryOnce();
 

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vtdirect/vt_direct_manager.h>
 
@@ -34,7 +35,10 @@ class Storing : public testing::Test {
     };
     mounted_.outdate = [](const std::string&) {};
     mounted_.outdateStored = [](const std::string&, const Facts&) {};
-    mounted_.log = [](const std::string&) {};
+    mounted_.log = [this](const std::string&) {
+      ++failures_;
+      if (duringFailure_) duringFailure_();
+    };
   }
   [[nodiscard]] static std::string UidOf(int iteration) {
     return "korvufenloom-vt://plm.example/Vantry/?id=D100" + std::to_string(iteration);
@@ -51,6 +55,30 @@ class Storing : public testing::Test {
     ASSERT_EQ(pwrite(file.file().descriptor(), text.data(), text.size(), end),
               static_cast<ssize_t>(text.size()));
   }
+  // A command that stores once, and nothing after that.
+  [[nodiscard]] std::string StoresOnce() const {
+    const std::string command = directory_.File("stores-once");
+    vtdirect_test::WriteFile(command, "#!/bin/sh\nmkdir '" + directory_.File("stored") + "'\n");
+    chmod(command.c_str(), 0700);
+    return command;
+  }
+  // A file that a document was made of, with bytes that are not stored yet; the test has it open.
+  [[nodiscard]] static std::shared_ptr<LocalFile> MakeCreated(Writing& writing) {
+    EXPECT_EQ(writing.Prepare("//plm/"), "");
+    const Writable made = writing.Create(address, "cp");
+    EXPECT_NE(made.file, nullptr) << made.error;
+    if (made.file == nullptr) return nullptr;
+    EXPECT_EQ(writing.Store(made.file), 0);
+    Write(writing, *made.file, "one");
+    return made.file;
+  }
+  // Another program, which has the document checked out, opens what is there, writes to it and closes it.
+  static void Append(Writing& writing, const std::string& text) {
+    const auto file = writing.overlay().FindToWrite(address);
+    ASSERT_NE(file, nullptr);
+    Write(writing, *file, text);
+    writing.Close(file);
+  }
   // Waits until what was posted before is carried out.
   static void Finish(Writing& writing) {
     std::promise<void> end;
@@ -63,7 +91,9 @@ class Storing : public testing::Test {
   Mounted mounted_;
   std::string uid_;
   int stores_ = 0;
+  int failures_ = 0;
   std::function<void()> duringLastQuestion_;
+  std::function<void()> duringFailure_;
 };
 
 TEST_F(Storing, OfAFileThatWasRemovedWhileItIsOpenIsNotDone) {
@@ -128,6 +158,88 @@ TEST_F(Storing, OfADocumentThatWasJustMadeIsLeftToTheLastWhoWritesToIt) {
   writing->Close(made.file);
   Finish(*writing);
   EXPECT_EQ(stores_, 2);
+  EXPECT_THAT(Entries(), IsEmpty());
+}
+
+TEST_F(Storing, OfADocumentThatWasJustMadeGoesOnWithWhatIsClosedMeanwhile) {
+  const auto writing = MakeWriting("/bin/true");
+  const auto file = MakeCreated(*writing);
+  ASSERT_NE(file, nullptr);
+  duringLastQuestion_ = [&] {
+    if (stores_ == 2) Append(*writing, "two");
+  };
+  writing->Close(file);
+  Finish(*writing);
+  Finish(*writing);
+  EXPECT_EQ(stores_, 3);
+  EXPECT_FALSE(file->isDirty());
+  EXPECT_FALSE(file->hasWriters());
+  EXPECT_THAT(Entries(), IsEmpty());
+}
+
+TEST_F(Storing, OfADocumentThatWasJustMadeIsDoneForOneWhoGetsNothing) {
+  const auto writing = MakeWriting("/bin/true");
+  const auto file = MakeCreated(*writing);
+  ASSERT_NE(file, nullptr);
+  ASSERT_EQ(writing->overlay().FindToWrite(address), file);
+  writing->Close(file);
+  Finish(*writing);
+  EXPECT_EQ(stores_, 1);
+  writing->LetGo(file);
+  Finish(*writing);
+  EXPECT_EQ(stores_, 2);
+  EXPECT_THAT(Entries(), IsEmpty());
+}
+
+TEST_F(Storing, ThatFailsMakesWhatIsClosedMeanwhileWait) {
+  const auto writing = MakeWriting(StoresOnce());
+  const auto file = MakeCreated(*writing);
+  ASSERT_NE(file, nullptr);
+  duringFailure_ = [&] {
+    if (failures_ == 1) Append(*writing, "two");
+  };
+  writing->Close(file);
+  Finish(*writing);
+  Finish(*writing);
+  EXPECT_EQ(failures_, 1);
+  EXPECT_TRUE(writing->IsWaiting(address));
+  ASSERT_THAT(Entries(), SizeIs(1));
+  EXPECT_TRUE(Entries()[0].isWhole);
+}
+
+TEST_F(Storing, OfHalfAFileIsNotTriedForEver) {
+  const auto writing = MakeWriting("/bin/true");
+  const auto file = MakeCreated(*writing);
+  ASSERT_NE(file, nullptr);
+  file->NoteFailedWrite(ENOSPC);
+  writing->Close(file);
+  Finish(*writing);
+  Finish(*writing);
+  EXPECT_EQ(failures_, 1);
+  EXPECT_EQ(stores_, 1);
+  ASSERT_THAT(Entries(), SizeIs(1));
+  EXPECT_FALSE(Entries()[0].isWhole);
+}
+
+TEST_F(Storing, OfAWaitingFileGoesOnWithWhatIsClosedMeanwhile) {
+  ASSERT_EQ(MakeWriting("/bin/false")->Prepare("//plm/"), "");
+  const vtdirect_cli::UnstoredFile waiting{"9-0-1", address, "2020-01-31T09:00:00Z", true, "refused",
+                                           url,     "new"};
+  ASSERT_EQ(unstored().Write(waiting), 0);
+  vtdirect_test::WriteFile(unstored().ContentOf(waiting.name), "FENLET new\n");
+  const auto writing = MakeWriting("/bin/true");
+  std::promise<void> retried;
+  duringLastQuestion_ = [&] {
+    if (stores_ != 1) return;
+    Append(*writing, "two");
+    retried.set_value();
+  };
+  ASSERT_EQ(writing->Prepare("//plm/"), "");
+  retried.get_future().wait();
+  Finish(*writing);
+  Finish(*writing);
+  EXPECT_EQ(stores_, 2);
+  EXPECT_FALSE(writing->IsWaiting(address));
   EXPECT_THAT(Entries(), IsEmpty());
 }
 
