@@ -255,11 +255,14 @@ bool CurlHandle::HoldsLoginBack(const OutgoingRequest& request) const {
 
 void CurlHandle::SetAuthentication(const OutgoingRequest& request) {
   CURL* handle = handle_.get();
-  const bool with = request.authenticationMask != CURLAUTH_NONE && !HoldsLoginBack(request);
+  const bool with = request.authenticationMask != CURLAUTH_NONE;
   if (!with && !hasLogin_) return;
   hasLogin_ = with;
   negotiated_ = request.authenticationMask == CURLAUTH_NEGOTIATE;
-  curl_easy_setopt(handle, CURLOPT_HTTPAUTH, with ? request.authenticationMask : CURLAUTH_BASIC);
+  // A login that is held back has its user all the same: without one, curl would overlook the demand that follows
+  // this one's, and log in once more with the old nonce.
+  curl_easy_setopt(handle, CURLOPT_HTTPAUTH,
+                   HoldsLoginBack(request) ? CURLAUTH_NONE : request.authenticationMask);
   curl_easy_setopt(handle, CURLOPT_USERNAME, with ? request.user.c_str() : nullptr);
   curl_easy_setopt(handle, CURLOPT_PASSWORD, with ? request.password.c_str() : nullptr);
 }
