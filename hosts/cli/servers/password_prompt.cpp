@@ -77,25 +77,28 @@ class NoStops {
   return line;
 }
 
-[[nodiscard]] std::optional<std::string> ReadLineWithoutEcho(int descriptor) {
+// The echo is off before the question is there, so that an answer to it is never shown, however fast it comes.
+[[nodiscard]] std::optional<std::string> AskWithoutEcho(const Terminal& terminal,
+                                                        const std::string& question) {
   termios before = {};
+  const int descriptor = terminal.descriptor();
   if (tcgetattr(descriptor, &before) != 0) return std::nullopt;
   const CleanUp restore([descriptor, before] { tcsetattr(descriptor, TCSAFLUSH, &before); });
   termios silent = before;
   silent.c_lflag &= ~static_cast<tcflag_t>(ECHO | ECHONL);
   silent.c_lflag |= ICANON;
   if (tcsetattr(descriptor, TCSAFLUSH, &silent) != 0) return std::nullopt;
-  return ReadLine(descriptor);
+  terminal.Ask(question);
+  auto secret = ReadLine(descriptor);
+  terminal.Write("\n");
+  return secret;
 }
 
 [[nodiscard]] std::optional<std::string> PromptForSecret(const std::string& question) {
   const Terminal terminal;
   if (terminal.descriptor() < 0) return std::nullopt;
   const NoStops noStops;
-  terminal.Ask(question);
-  auto secret = ReadLineWithoutEcho(terminal.descriptor());
-  terminal.Write("\n");
-  return secret;
+  return AskWithoutEcho(terminal, question);
 }
 
 }  // namespace
@@ -111,9 +114,8 @@ std::optional<PasswordCredentials> PromptForPassword(const std::string& origin, 
     if (!name || name->empty()) return std::nullopt;
     answer.user = *name;
   }
-  terminal.Ask("Password for " + Printable(answer.user) + " at " + Printable(origin) + ": ");
-  const std::optional<std::string> password = ReadLineWithoutEcho(terminal.descriptor());
-  terminal.Write("\n");
+  const std::optional<std::string> password =
+      AskWithoutEcho(terminal, "Password for " + Printable(answer.user) + " at " + Printable(origin) + ": ");
   if (!password) return std::nullopt;
   answer.password = *password;
   return answer;
