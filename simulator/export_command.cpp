@@ -29,13 +29,28 @@ bool Exchange(const std::filesystem::path& one, const std::filesystem::path& oth
   return false;
 }
 
+bool IsThere(const std::filesystem::path& path) {
+  return std::filesystem::exists(std::filesystem::symlink_status(path));
+}
+
+/// Whether an export can have made it: a file that has the number of a stream for its name.
+bool IsContent(const std::filesystem::directory_entry& entry) {
+  const std::string name = entry.path().filename().string();
+  return entry.symlink_status().type() == std::filesystem::file_type::regular &&
+         name.find_first_not_of("0123456789") == std::string::npos;
+}
+
 /// The contents beside a state. They are collected under another name, so that an older export stays whole until
 /// there is all of the new one.
 class FilesBeside {
  public:
   explicit FilesBeside(const std::filesystem::path& state)
       : files_(state.string() + ".files"), part_(files_.string() + ".part") {
-    std::filesystem::remove_all(part_);
+    // One that was killed after the two had changed places has left the older contents there.
+    if (IsThere(part_))
+      throw std::runtime_error(part_.string() +
+                               " is from an export that did not end, and may be the only copy of older "
+                               "contents; move it away, or remove it");
   }
   FilesBeside(const FilesBeside&) = delete;
   FilesBeside& operator=(const FilesBeside&) = delete;
@@ -48,11 +63,24 @@ class FilesBeside {
     return {FixtureBytesForm::Kind::Beside, part_, files_.filename().string() + "/"};
   }
 
+  /// @throws std::runtime_error if something in their place is from no export
+  void RequireReplaceable() const {
+    if (!IsThere(part_) || !IsThere(files_)) return;
+    if (!std::filesystem::is_directory(std::filesystem::symlink_status(files_)))
+      throw std::runtime_error(files_.string() + " is no directory; move it away, or name another file");
+    for (const auto& entry : std::filesystem::directory_iterator(files_)) {
+      if (!IsContent(entry))
+        throw std::runtime_error(entry.path().string() +
+                                 " is from no export, which would replace its directory; move it away, or "
+                                 "name another file");
+    }
+  }
+
   /// Puts them in the place of the old ones, which `GiveBack` puts there again. @return whether it was possible
   [[nodiscard]] bool TakePlace() {
     // A state may have no content that goes beside it.
-    if (!std::filesystem::exists(part_)) return true;
-    replaced_ = std::filesystem::exists(files_);
+    if (!IsThere(part_)) return true;
+    replaced_ = IsThere(files_);
     taken_ = replaced_ ? Exchange(part_, files_) : rename(part_.c_str(), files_.c_str()) == 0;
     return taken_;
   }
@@ -99,6 +127,7 @@ void ExportIntoFile(const ExportOptions& options, const Fixture& fixture) {
   FilesBeside files(options.out);
   const auto out = MakeOutput(options);
   WriteFixture(*out, fixture, files.Form());
+  files.RequireReplaceable();
   WriteWhole(options.out, out->Take(), files);
 }
 

@@ -287,7 +287,9 @@ void AddExportOptions(CLI::App& app, ExportOptions& options, std::string& format
   app.add_option("--data", options.dataDirectory, "Directory of the database and the contents")
       ->type_name("DIR")
       ->required();
-  app.add_option("--out", options.out, "File to write, with longer contents in FILE.files beside it")
+  app.add_option("--out", options.out,
+                 "File to write, with longer contents in FILE.files beside it, which is replaced only if all "
+                 "in it is from an export")
       ->type_name("FILE");
   app.add_option("--format", format, "yaml or json; without it as the name of FILE says, or yaml")
       ->type_name("yaml|json");

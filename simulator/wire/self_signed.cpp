@@ -52,9 +52,13 @@ class NewFile {
 
   [[nodiscard]] std::FILE* file() const { return file_.get(); }
 
-  void Keep(bool whole) {
+  void Close(bool whole) {
     whole = std::fclose(file_.release()) == 0 && whole;
-    if (!whole || rename(temporary_.c_str(), path_.c_str()) != 0)
+    if (!whole) throw std::runtime_error("cannot write " + path_.string());
+  }
+
+  void Keep() {
+    if (rename(temporary_.c_str(), path_.c_str()) != 0)
       throw std::runtime_error("cannot write " + path_.string());
     temporary_.clear();
   }
@@ -132,6 +136,8 @@ void RequireReplaceable(const TlsFiles& files, const Found& found) {
     Refuse(files.certificate,
            "does not do for this address, or not with the key beside it, and was not made by vantry-sim");
   if (found.key && !found.certificate) Refuse(files.key, "is there without its certificate");
+  if (found.key && X509_check_private_key(found.certificate.get(), found.key.get()) != 1)
+    Refuse(files.key, "does not fit the cert.pem beside it (once both are removed, both are made anew)");
 }
 
 void AddExtension(X509& certificate, int kind, const std::string& value) {
@@ -188,11 +194,16 @@ TlsFiles SelfSignedFiles(const std::string& directory, const std::string& addres
   const Key key(EVP_EC_gen("P-256"), EVP_PKEY_free);
   if (!key) throw std::runtime_error("cannot make a key");
   const Certificate certificate = MakeCertificate(*key, address);
-  // The certificate first: one that was made here is renewed if no key fits it, and a key alone is somebody's.
   NewFile certificateFile(files.certificate, 0644);
-  certificateFile.Keep(PEM_write_X509(certificateFile.file(), certificate.get()) == 1);
+  certificateFile.Close(PEM_write_X509(certificateFile.file(), certificate.get()) == 1);
   NewFile keyFile(files.key, 0600);
-  keyFile.Keep(PEM_write_PrivateKey(keyFile.file(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1);
+  keyFile.Close(PEM_write_PrivateKey(keyFile.file(), key.get(), nullptr, nullptr, 0, nullptr, nullptr) == 1);
+  // Wherever this is cut off, a certificate without a key is left, which is made anew. A key alone, or one that
+  // fits no certificate, would be somebody's.
+  if (unlink(files.key.c_str()) != 0 && errno != ENOENT)
+    throw std::runtime_error("cannot replace " + files.key + ": " + std::strerror(errno));
+  certificateFile.Keep();
+  keyFile.Keep();
   return files;
 }
 

@@ -14,6 +14,15 @@ class ExportTest : public WriteTest {
     return file;
   }
 
+  std::string ProblemWithExport(const std::string& file) {
+    try {
+      ExportState({options_.dataDirectory, file, false});
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+    return {};
+  }
+
   /// Starts a server in a new directory with a state file.
   void StartWith(const std::string& file) {
     simulator_.reset();
@@ -170,20 +179,70 @@ TEST_F(ExportTest, NewExportHasNothingOfOlderOnes) {
   Start();
   const std::string state = Export("state.yaml");
   const std::filesystem::path files = state + ".files";
-  std::ofstream(files / "of the older one") << "x";
-  std::filesystem::create_directory(files.string() + ".part");
-  std::ofstream(files.string() + ".part/of one that was killed") << "x";
+  std::ofstream(files / "9999999") << "of the older one";
   std::set<std::string> names;
   ExportState({options_.dataDirectory, state, false});
   for (const auto& entry : std::filesystem::directory_iterator(files))
     names.insert(entry.path().filename().string());
-  EXPECT_EQ(names.count("of the older one") + names.count("of one that was killed"), 0U);
+  EXPECT_EQ(names.count("9999999"), 0U);
   EXPECT_GT(names.size(), 1U);
   EXPECT_FALSE(std::filesystem::exists(files.string() + ".part"));
   EXPECT_EQ(CheckState(state), 0);
   // What --check finds is the same as what a server would.
   std::filesystem::remove(files / *names.begin());
   EXPECT_EQ(CheckState(state), 1);
+}
+
+TEST_F(ExportTest, ContentsOfAnExportThatWasKilledAreNeverDeleted) {
+  Start();
+  const std::string state = Export("state.yaml");
+  const std::string text = ReadFile(state);
+  const std::string part = state + ".files.part";
+  std::filesystem::create_directory(part);
+  std::ofstream(part + "/10010") << "older";
+  EXPECT_NE(ProblemWithExport(state).find(part + " is from an export that did not end"), std::string::npos);
+  EXPECT_EQ(ReadFile(part + "/10010"), "older");
+  EXPECT_EQ(ReadFile(state), text);
+  std::filesystem::remove_all(part);
+  EXPECT_EQ(ProblemWithExport(state), "");
+}
+
+TEST_F(ExportTest, DirectoryThatHoldsMoreThanAnExportIsNeverReplaced) {
+  Start();
+  const std::string state = Export("state.yaml");
+  const std::string text = ReadFile(state);
+  const std::filesystem::path files = state + ".files";
+  const auto refuses = [&](const std::filesystem::path& foreign) {
+    EXPECT_NE(ProblemWithExport(state).find(foreign.string() + " is "), std::string::npos) << foreign;
+    EXPECT_TRUE(std::filesystem::exists(foreign)) << foreign;
+    EXPECT_EQ(ReadFile(state), text);
+    EXPECT_FALSE(std::filesystem::exists(state + ".part"));
+    EXPECT_FALSE(std::filesystem::exists(files.string() + ".part"));
+    std::filesystem::remove(foreign);
+  };
+  std::ofstream(files / "notes.txt") << "x";
+  refuses(files / "notes.txt");
+  std::filesystem::create_directory(files / "2024");
+  refuses(files / "2024");
+  std::filesystem::create_symlink(state, files / "2025");
+  refuses(files / "2025");
+  std::filesystem::rename(files, directory_ / "elsewhere");
+  std::filesystem::create_directory_symlink(directory_ / "elsewhere", files);
+  refuses(files);
+  std::ofstream(files) << "x";
+  refuses(files);
+  EXPECT_EQ(ProblemWithExport(state), "");
+}
+
+// Nothing goes beside it, so nothing is replaced there.
+TEST_F(ExportTest, ExportWithoutFilesLeavesADirectoryAlone) {
+  options_.seed.kind = Seed::Kind::Empty;
+  Start();
+  const std::filesystem::path files = directory_ / "empty.yaml.files";
+  std::filesystem::create_directory(files);
+  std::ofstream(files / "notes.txt") << "x";
+  Export("empty.yaml");
+  EXPECT_EQ(ReadFile(files / "notes.txt"), "x");
 }
 
 TEST_F(ExportTest, DirectoryThatIsNoneIsRefusedAndLeftAlone) {

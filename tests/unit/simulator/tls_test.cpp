@@ -3,10 +3,15 @@
 #include <arpa/inet.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <array>
+#include <functional>
 #include <stdexcept>
 #include <thread>
+#include <vector>
 
 #include "raw_client.h"
 #include "simulator/wire/server_group.h"
@@ -206,6 +211,48 @@ TEST_F(TlsTest, CertificateOfItsOwnWithoutTheKeyIsMadeAnew) {
   std::filesystem::remove(files.key);
   EXPECT_EQ(ProblemWithSelfSigned(options_.tlsSelfSigned, "127.0.0.1"), "");
   EXPECT_TRUE(TlsClient(Serve(), Certificate(), "127.0.0.1").trusted());
+}
+
+TEST_F(TlsTest, KeyThatDoesNotFitACertificateOfItsOwnIsNeverReplaced) {
+  const TlsFiles files = SelfSignedFiles(options_.tlsSelfSigned, "127.0.0.1");
+  const std::string certificate = ReadFile(files.certificate);
+  const std::string key = ReadFile(MakeForeignFiles((directory_ / "other").string()).key);
+  WriteText(files.key, key);
+  for (const char* address : {"127.0.0.1", "192.0.2.1"}) {
+    const std::string problem = ProblemWithSelfSigned(options_.tlsSelfSigned, address);
+    EXPECT_NE(problem.find(files.key + " does not fit"), std::string::npos) << problem;
+    EXPECT_NE(problem.find("removed"), std::string::npos) << problem;
+    EXPECT_EQ(ReadFile(files.certificate), certificate);
+    EXPECT_EQ(ReadFile(files.key), key);
+  }
+  std::filesystem::remove(files.certificate);
+  std::filesystem::remove(files.key);
+  EXPECT_EQ(ProblemWithSelfSigned(options_.tlsSelfSigned, "127.0.0.1"), "");
+}
+
+/// What went away and what came by its own name, in the order in which it did.
+std::vector<std::string> ChangesOf(const std::string& directory, const std::function<void()>& act) {
+  const int watcher = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+  EXPECT_GE(inotify_add_watch(watcher, directory.c_str(), IN_DELETE | IN_MOVED_TO), 0);
+  act();
+  alignas(inotify_event) std::array<char, 4096> buffer{};
+  const ssize_t count = read(watcher, buffer.data(), buffer.size());
+  close(watcher);
+  std::vector<std::string> changes;
+  for (ssize_t at = 0; at < count;) {
+    const auto* event = reinterpret_cast<const inotify_event*>(buffer.data() + at);
+    changes.push_back(((event->mask & IN_DELETE) != 0 ? "-" : "+") + std::string(event->name));
+    at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+  }
+  return changes;
+}
+
+// Cut off anywhere, it leaves a certificate of its own that has no key.
+TEST_F(TlsTest, RenewalNeverLeavesAKeyThatDoesNotFit) {
+  SelfSignedFiles(options_.tlsSelfSigned, "127.0.0.1");
+  const auto changes =
+      ChangesOf(options_.tlsSelfSigned, [this] { SelfSignedFiles(options_.tlsSelfSigned, "192.0.2.1"); });
+  EXPECT_EQ(changes, (std::vector<std::string>{"-key.pem", "+cert.pem", "+key.pem"}));
 }
 
 std::string ProblemWith(const std::string& certificate, const std::string& key) {
